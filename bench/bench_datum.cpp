@@ -1,0 +1,314 @@
+// Boxes, three-point constructions, model segments, the in-plane sweep and script calls. Peers:
+// Eigen for boxes and circles, std::shared_ptr for the holders, and for the sweep its steps written
+// out on the public classes.
+
+#include "InPlaneTranscription.h"
+#include "gsl_BBox.h"
+#include "gsl_InPlaneSegSegMinDirectionalDist.h"
+#include "gsl_ModelSegment.h"
+#include "gsl_ThreePoints.h"
+#include "gsl_TransformIntObj.h"
+#include "omu_PrimTuple.h"
+
+#include <Eigen/Dense>
+#include <Eigen/Geometry>
+#include <benchmark/benchmark.h>
+
+#include <array>
+#include <cmath>
+#include <cstddef>
+#include <limits>
+#include <memory>
+#include <random>
+#include <vector>
+
+namespace {
+
+// Enough values that nothing is a constant, few enough that they stay in the first cache.
+constexpr std::size_t kCount = 64;
+
+class Numbers {
+public:
+  double operator()(double low, double high) {
+    return std::uniform_real_distribution<double>(low, high)(generator);
+  }
+  gsl_Point Point() {
+    const double x = (*this)(-10.0, 10.0);
+    const double y = (*this)(-10.0, 10.0);
+    return {x, y, (*this)(-10.0, 10.0)};
+  }
+
+private:
+  std::mt19937_64 generator{20240611};
+};
+
+Eigen::Vector3d EigenOf(const gsl_Point& p) {
+  return {p.x, p.y, p.z};
+}
+
+gsl_Matrix SomeTransform() {
+  gsl_Matrix m;
+  m.AxisRotation(gsl_Point(1.0, 2.0, 3.0), gsl_Vector(1.0, -1.0, 2.0), 0.7);
+  return m;
+}
+
+Eigen::Isometry3d SomeIsometry() {
+  const Eigen::Vector3d p(1.0, 2.0, 3.0);
+  return Eigen::Translation3d(p) *
+         Eigen::AngleAxisd(0.7, Eigen::Vector3d(1.0, -1.0, 2.0).normalized()) *
+         Eigen::Translation3d(-p);
+}
+
+struct Boxes {
+  std::vector<gsl_Point> points;
+  std::vector<gsl_BBox> ours;
+  std::vector<Eigen::Vector3d> eigenPoints;
+  std::vector<Eigen::AlignedBox3d> eigen;
+
+  Boxes() {
+    Numbers numbers;
+    for (std::size_t i = 0; i < kCount; ++i) {
+      const gsl_Point a = numbers.Point();
+      const gsl_Point b = numbers.Point();
+      points.push_back(a);
+      eigenPoints.push_back(EigenOf(a));
+      gsl_BBox box;
+      box.Add(a);
+      box.Add(b);
+      ours.push_back(box);
+      Eigen::AlignedBox3d peer(EigenOf(a));
+      peer.extend(EigenOf(b));
+      eigen.push_back(peer);
+    }
+  }
+};
+
+void BoxAddPoints(benchmark::State& state) {
+  const Boxes boxes;
+  for (auto _ : state) {
+    gsl_BBox box;
+    for (const gsl_Point& p : boxes.points)
+      box.Add(p);
+    benchmark::DoNotOptimize(box);
+  }
+}
+
+void BoxAddPointsEigen(benchmark::State& state) {
+  const Boxes boxes;
+  for (auto _ : state) {
+    Eigen::AlignedBox3d box;
+    for (const Eigen::Vector3d& p : boxes.eigenPoints)
+      box.extend(p);
+    benchmark::DoNotOptimize(box);
+  }
+}
+
+void BoxIntersect(benchmark::State& state) {
+  const Boxes boxes;
+  std::size_t i = 0;
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(boxes.ours[i % kCount].Intersect(boxes.ours[(i + 1) % kCount]));
+    ++i;
+  }
+}
+
+void BoxIntersectEigen(benchmark::State& state) {
+  const Boxes boxes;
+  std::size_t i = 0;
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(boxes.eigen[i % kCount].intersects(boxes.eigen[(i + 1) % kCount]));
+    ++i;
+  }
+}
+
+void BoxTransform(benchmark::State& state) {
+  const Boxes boxes;
+  const gsl_Matrix m = SomeTransform();
+  std::size_t i = 0;
+  for (auto _ : state) {
+    gsl_BBox box(boxes.ours[i++ % kCount]);
+    box.Transform(m);
+    benchmark::DoNotOptimize(box);
+  }
+}
+
+void BoxTransformEigen(benchmark::State& state) {
+  const Boxes boxes;
+  const Eigen::Isometry3d m = SomeIsometry();
+  std::size_t i = 0;
+  for (auto _ : state) {
+    // All eight corners, as ours does.
+    const Eigen::AlignedBox3d& source = boxes.eigen[i++ % kCount];
+    Eigen::AlignedBox3d box;
+    for (int k = 0; k < 8; ++k)
+      box.extend(m * source.corner(static_cast<Eigen::AlignedBox3d::CornerType>(k)));
+    benchmark::DoNotOptimize(box);
+  }
+}
+
+struct Triples {
+  std::vector<std::array<gsl_Point, 3>> ours;
+  std::vector<std::array<Eigen::Vector3d, 3>> eigen;
+
+  Triples() {
+    Numbers numbers;
+    for (std::size_t i = 0; i < kCount; ++i) {
+      ours.push_back({numbers.Point(), numbers.Point(), numbers.Point()});
+      eigen.push_back({EigenOf(ours.back()[0]), EigenOf(ours.back()[1]), EigenOf(ours.back()[2])});
+    }
+  }
+};
+
+void CircumCircle(benchmark::State& state) {
+  const Triples triples;
+  std::size_t i = 0;
+  gsl_Point centre;
+  gsl_Vector normal;
+  for (auto _ : state) {
+    const auto& p = triples.ours[i++ % kCount];
+    gsl_ComputeCircumCircle(p[0], p[1], p[2], centre, normal);
+    benchmark::DoNotOptimize(centre.x);
+  }
+}
+
+void CircumCircleEigen(benchmark::State& state) {
+  const Triples triples;
+  std::size_t i = 0;
+  for (auto _ : state) {
+    const auto& p = triples.eigen[i++ % kCount];
+    Eigen::Matrix3d m;
+    Eigen::Vector3d r;
+    const Eigen::Vector3d n = (p[1] - p[0]).cross(p[2] - p[0]).normalized();
+    for (int row = 0; row < 2; ++row) {
+      const Eigen::Vector3d& a = p[static_cast<std::size_t>(row)];
+      const Eigen::Vector3d& b = p[static_cast<std::size_t>(row) + 1];
+      const Eigen::Vector3d d = 2.0 * (a - b);
+      const double length = d.norm();
+      m.row(row) = d / length;
+      r[row] = (a.squaredNorm() - b.squaredNorm()) / length;
+    }
+    m.row(2) = n;
+    r[2] = n.dot(p[0]);
+    const Eigen::Vector3d centre = m.inverse() * r;
+    benchmark::DoNotOptimize(centre.x());
+  }
+}
+
+void HolderCopy(benchmark::State& state) {
+  const gsl_ModelSegment segment(gsl_Dot(1.0, 2.0, 3.0), gsl_Dot(4.0, 5.0, 6.0));
+  for (auto _ : state) {
+    const gsl_ModelSegment copy(segment);
+    benchmark::DoNotOptimize(&copy);
+  }
+}
+
+struct SharedPair {
+  std::shared_ptr<gsl_Dot> point1, point2;
+  cls_Uid uid;
+};
+
+void HolderCopyShared(benchmark::State& state) {
+  const SharedPair segment = {std::make_shared<gsl_Dot>(1.0, 2.0, 3.0),
+                              std::make_shared<gsl_Dot>(4.0, 5.0, 6.0), cls_Uid::AllocateUid()};
+  for (auto _ : state) {
+    const SharedPair copy(segment);
+    benchmark::DoNotOptimize(&copy);
+  }
+}
+
+void SegmentRegenerate(benchmark::State& state) {
+  const gsl_ModelSegment segment(gsl_Dot(1.0, 2.0, 3.0), gsl_Dot(4.0, 5.0, 6.0));
+  for (auto _ : state) {
+    gsl_ModelSegment copy(segment);
+    copy.Regenerate(nullptr);
+    benchmark::DoNotOptimize(&copy);
+  }
+}
+
+void SegmentRegenerateShared(benchmark::State& state) {
+  const SharedPair segment = {std::make_shared<gsl_Dot>(1.0, 2.0, 3.0),
+                              std::make_shared<gsl_Dot>(4.0, 5.0, 6.0), cls_Uid::AllocateUid()};
+  for (auto _ : state) {
+    SharedPair copy(segment);
+    copy.point1.reset(copy.point1->Copy());
+    copy.point1->Regenerate(nullptr);
+    copy.point2.reset(copy.point2->Copy());
+    copy.point2->Regenerate(nullptr);
+    benchmark::DoNotOptimize(&copy);
+  }
+}
+
+/// What lies about a segment that moves along +Y: 0 ahead of it across the direction, 1 along the
+/// direction, 2 anywhere.
+struct InPlanePairs {
+  std::vector<std::array<gsl_Point, 4>> pairs;
+  gsl_Vector direction{0.1, 1.0, 0.0};
+
+  explicit InPlanePairs(int kind) {
+    Numbers numbers;
+    const auto at = [&numbers](double x, double y) {
+      return gsl_Point(x + numbers(-0.5, 0.5), y + numbers(-0.5, 0.5), 0.0);
+    };
+    const gsl_Vector d = direction.NormalizedCopy();
+    for (std::size_t i = 0; i < kCount; ++i) {
+      std::array<gsl_Point, 4> p = {at(1.0, 0.0), at(-1.0, 0.0), at(-1.0, 4.0), at(1.0, 4.0)};
+      if (kind == 1) p[3] = p[2] + d * numbers(-2.0, 2.0);
+      if (kind == 2) {
+        for (gsl_Point& q : p)
+          q = gsl_Point(numbers(-3.0, 3.0), numbers(-3.0, 3.0), 0.0);
+      }
+      pairs.push_back(p);
+    }
+  }
+};
+
+template <class Sweep>
+void RunSweep(benchmark::State& state, const Sweep& sweep) {
+  const InPlanePairs work(static_cast<int>(state.range(0)));
+  const bool twoSided[2] = {true, true};
+  gsl_Point contacts[2];
+  std::size_t i = 0;
+  for (auto _ : state) {
+    const std::array<gsl_Point, 4>& p = work.pairs[i++ % kCount];
+    double distance = std::numeric_limits<double>::infinity();
+    benchmark::DoNotOptimize(
+        sweep(work.direction, p[0], p[1], p[2], p[3], twoSided, 0.0, contacts, distance));
+    benchmark::DoNotOptimize(distance);
+  }
+}
+
+void InPlaneSweep(benchmark::State& state) {
+  RunSweep(state, gsl_InPlaneSegSegMinDirectionalDist);
+}
+
+void InPlaneSweepSteps(benchmark::State& state) {
+  RunSweep(state, [](auto&&... arguments) {
+    return in_plane_transcription::SegSegMinDirectionalDist(arguments...);
+  });
+}
+
+void ScriptCallMatrix(benchmark::State& state) {
+  gsl_TransformIntObj object(omu_Shortcut("assembly.transform"), SomeTransform(), "");
+  const cow_String method("matrix");
+  const omu_PrimTuple arguments;
+  for (auto _ : state)
+    delete object.CallMethod(method, arguments);
+}
+
+BENCHMARK(BoxAddPoints)->Name("BoxAddPoints/ours");
+BENCHMARK(BoxAddPointsEigen)->Name("BoxAddPoints/Eigen");
+BENCHMARK(BoxIntersect)->Name("BoxIntersect/ours");
+BENCHMARK(BoxIntersectEigen)->Name("BoxIntersect/Eigen");
+BENCHMARK(BoxTransform)->Name("BoxTransform/ours");
+BENCHMARK(BoxTransformEigen)->Name("BoxTransform/Eigen");
+BENCHMARK(CircumCircle)->Name("CircumCircle/ours");
+BENCHMARK(CircumCircleEigen)->Name("CircumCircle/Eigen");
+BENCHMARK(HolderCopy)->Name("ModelSegmentCopy/ours");
+BENCHMARK(HolderCopyShared)->Name("ModelSegmentCopy/shared_ptr");
+BENCHMARK(SegmentRegenerate)->Name("ModelSegmentRegenerate/ours");
+BENCHMARK(SegmentRegenerateShared)->Name("ModelSegmentRegenerate/shared_ptr");
+BENCHMARK(InPlaneSweep)->Name("InPlaneSweep/ours")->DenseRange(0, 2);
+BENCHMARK(InPlaneSweepSteps)->Name("InPlaneSweep/steps")->DenseRange(0, 2);
+BENCHMARK(ScriptCallMatrix)->Name("ScriptCallMatrix/ours");
+
+} // namespace

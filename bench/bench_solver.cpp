@@ -1,0 +1,129 @@
+// Factor and solve one system: Eigen's PartialPivLU, OpenBLAS's dgesv on one thread, and the
+// column-by-column form of the textbook. Everybody is given a fresh copy of the matrix.
+//
+// OpenBLAS chooses its kernel by the processor; OPENBLAS_CORETYPE in the environment makes it take
+// another.
+
+#include "TextbookLu.h"
+#include "gsl_LinearEqnLUDSolver.h"
+
+#include <Eigen/LU>
+#include <benchmark/benchmark.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <random>
+#include <vector>
+
+#if defined(BENCH_OPENBLAS)
+extern "C" {
+void dgesv_(const int* n, const int* nrhs, double* a, const int* lda, int* pivots, double* b,
+            const int* ldb, int* info);
+void openblas_set_num_threads(int threads);
+}
+#endif
+
+namespace {
+
+struct Problem {
+  int n;
+  std::vector<double> a;
+  std::vector<double> b;
+
+  explicit Problem(const benchmark::State& state) : n(static_cast<int>(state.range(0))) {
+    std::mt19937_64 generator(20240229);
+    std::uniform_real_distribution<double> between(-1.0, 1.0);
+    const std::size_t size = static_cast<std::size_t>(n);
+    a.resize(size * size);
+    b.resize(size);
+    std::generate(a.begin(), a.end(), [&] { return between(generator); });
+    std::generate(b.begin(), b.end(), [&] { return between(generator); });
+  }
+};
+
+void Ours(benchmark::State& state) {
+  const Problem problem(state);
+  std::vector<double> b = problem.b;
+  std::vector<double> x = problem.b;
+  SquareMatrix a(problem.n);
+  gsl_LinearEqnLUDSolver solver;
+  for (auto _ : state) {
+    std::copy(problem.a.begin(), problem.a.end(), &a.At(0, 0));
+    solver.SetMatrix(a.Rows(), static_cast<unsigned int>(problem.n));
+    if (!solver.Solve(b.data(), x.data())) state.SkipWithError("singular");
+    benchmark::DoNotOptimize(x.data());
+    benchmark::ClobberMemory();
+  }
+}
+
+void Textbook(benchmark::State& state) {
+  const Problem problem(state);
+  std::vector<double> x = problem.b;
+  SquareMatrix a(problem.n);
+  for (auto _ : state) {
+    std::copy(problem.a.begin(), problem.a.end(), &a.At(0, 0));
+    TextbookLu textbook(a.Rows(), problem.n);
+    if (!textbook.Decompose()) state.SkipWithError("singular");
+    x = problem.b;
+    textbook.Substitute(x.data());
+    benchmark::DoNotOptimize(x.data());
+    benchmark::ClobberMemory();
+  }
+}
+
+void WithEigen(benchmark::State& state) {
+  const Problem problem(state);
+  const Eigen::MatrixXd a =
+      Eigen::Map<const Eigen::MatrixXd>(problem.a.data(), problem.n, problem.n);
+  const Eigen::VectorXd b = Eigen::Map<const Eigen::VectorXd>(problem.b.data(), problem.n);
+  Eigen::VectorXd x(problem.n);
+  for (auto _ : state) {
+    const Eigen::PartialPivLU<Eigen::MatrixXd> lu(a);
+    x = lu.solve(b);
+    benchmark::DoNotOptimize(x.data());
+    benchmark::ClobberMemory();
+  }
+}
+
+#if defined(BENCH_OPENBLAS)
+void WithOpenBlas(benchmark::State& state) {
+  openblas_set_num_threads(1);
+  const Problem problem(state);
+  std::vector<double> a = problem.a;
+  std::vector<double> x = problem.b;
+  std::vector<int> pivots(x.size());
+  const int one = 1;
+  for (auto _ : state) {
+    std::copy(problem.a.begin(), problem.a.end(), a.begin());
+    std::copy(problem.b.begin(), problem.b.end(), x.begin());
+    int info = 0;
+    dgesv_(&problem.n, &one, a.data(), &problem.n, pivots.data(), x.data(), &problem.n, &info);
+    if (info != 0) state.SkipWithError("singular");
+    benchmark::DoNotOptimize(x.data());
+    benchmark::ClobberMemory();
+  }
+}
+#endif
+
+void Register(const char* name, void (*run)(benchmark::State&), int largest) {
+  for (const int n : {3, 4, 8, 16, 32, 64, 128, 256, 512, 1024, 2048}) {
+    if (n > largest) continue;
+    benchmark::RegisterBenchmark(name, run)
+        ->Arg(n)
+        ->MinTime(n > 512 ? 0.3 : 0.05)
+        ->Repetitions(7)
+        ->ReportAggregatesOnly();
+  }
+}
+
+const bool kRegistered = [] {
+  Register("FactorAndSolve/ours", Ours, 2048);
+  Register("FactorAndSolve/Eigen", WithEigen, 2048);
+#if defined(BENCH_OPENBLAS)
+  Register("FactorAndSolve/OpenBLAS", WithOpenBlas, 2048);
+#endif
+  Register("FactorAndSolve/textbook", Textbook, 512);
+  return true;
+}();
+
+} // namespace

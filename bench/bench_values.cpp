@@ -1,0 +1,168 @@
+// Vectors, points and transforms beside Eigen, which does the same on its own types.
+
+#include "gsl_Matrix.h"
+#include "gsl_Point.h"
+#include "gsl_Vector.h"
+
+#include <Eigen/Geometry>
+#include <benchmark/benchmark.h>
+
+#include <array>
+#include <cstddef>
+#include <random>
+
+namespace {
+
+// Enough values that nothing is a constant, few enough that they stay in the first cache.
+constexpr std::size_t kCount = 64;
+
+std::array<double, 3 * kCount> RandomNumbers() {
+  std::mt19937_64 generator(20240229);
+  std::uniform_real_distribution<double> between(-10.0, 10.0);
+  std::array<double, 3 * kCount> numbers;
+  for (double& number : numbers)
+    number = between(generator);
+  return numbers;
+}
+
+template <class T>
+struct Corpus {
+  std::array<T, kCount> values;
+
+  Corpus() {
+    const std::array<double, 3 * kCount> numbers = RandomNumbers();
+    for (std::size_t i = 0; i < kCount; ++i)
+      values[i] = T(numbers[3 * i], numbers[3 * i + 1], numbers[3 * i + 2]);
+  }
+  const T& At(std::size_t i) const { return values[i % kCount]; }
+};
+
+/// Runs `work` on one value after the other and its successor.
+template <class T, class Work>
+void OnPairs(benchmark::State& state, Work work) {
+  const Corpus<T> corpus;
+  std::size_t i = 0;
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(work(corpus.At(i), corpus.At(i + 1)));
+    ++i;
+  }
+}
+
+gsl_Matrix SomeTransform() {
+  gsl_Matrix m;
+  m.AxisRotation(gsl_Point(1.0, 2.0, 3.0), gsl_Vector(1.0, -1.0, 2.0), 0.7);
+  return m;
+}
+
+Eigen::Isometry3d SomeIsometry() {
+  const Eigen::Vector3d p(1.0, 2.0, 3.0);
+  return Eigen::Translation3d(p) *
+         Eigen::AngleAxisd(0.7, Eigen::Vector3d(1.0, -1.0, 2.0).normalized()) *
+         Eigen::Translation3d(-p);
+}
+
+template <class Work>
+void Register(const char* name, Work work) {
+  benchmark::RegisterBenchmark(name, work);
+}
+
+void RegisterVectors() {
+  using V = gsl_Vector;
+  using E = Eigen::Vector3d;
+  Register("VectorDot/ours", [](benchmark::State& s) {
+    OnPairs<V>(s, [](const V& a, const V& b) { return a.DotProduct(b); });
+  });
+  Register("VectorDot/Eigen", [](benchmark::State& s) {
+    OnPairs<E>(s, [](const E& a, const E& b) { return a.dot(b); });
+  });
+  Register("VectorCrossAndLength/ours", [](benchmark::State& s) {
+    OnPairs<V>(s, [](const V& a, const V& b) { return a.CrossProduct(b); });
+  });
+  Register("VectorCrossAndLength/Eigen", [](benchmark::State& s) {
+    OnPairs<E>(s, [](const E& a, const E& b) {
+      const E c = a.cross(b);
+      return Eigen::Vector4d(c.x(), c.y(), c.z(), c.norm());
+    });
+  });
+  Register("VectorNormalize/ours", [](benchmark::State& s) {
+    OnPairs<V>(s, [](V a, const V&) {
+      a.Normalize();
+      return a;
+    });
+  });
+  Register("VectorNormalize/Eigen", [](benchmark::State& s) {
+    OnPairs<E>(s, [](E a, const E&) {
+      a.normalize();
+      return a;
+    });
+  });
+}
+
+void RegisterPoints() {
+  using P = gsl_Point;
+  using E = Eigen::Vector3d;
+  Register("PointDistance/ours", [](benchmark::State& s) {
+    OnPairs<P>(s, [](const P& a, const P& b) { return a.GetDistance(b); });
+  });
+  Register("PointDistance/Eigen", [](benchmark::State& s) {
+    OnPairs<E>(s, [](const E& a, const E& b) { return (a - b).norm(); });
+  });
+}
+
+void RegisterTransforms() {
+  using P = gsl_Point;
+  using E = Eigen::Vector3d;
+  Register("TransformPoint/ours", [](benchmark::State& s) {
+    const gsl_Matrix m = SomeTransform();
+    OnPairs<P>(s, [&](P a, const P&) {
+      m.Transform(a);
+      return a.x + a.y + a.z;
+    });
+  });
+  Register("TransformPoint/Eigen", [](benchmark::State& s) {
+    const Eigen::Isometry3d m = SomeIsometry();
+    OnPairs<E>(s, [&](const E& a, const E&) {
+      const E moved = m * a;
+      return moved.x() + moved.y() + moved.z();
+    });
+  });
+  Register("TransformConcatenate/ours", [](benchmark::State& s) {
+    gsl_Matrix product;
+    const gsl_Matrix m = SomeTransform();
+    for (auto _ : s) {
+      product.Concatenate(m);
+      benchmark::DoNotOptimize(product);
+    }
+  });
+  Register("TransformConcatenate/Eigen", [](benchmark::State& s) {
+    Eigen::Matrix4d product = Eigen::Matrix4d::Identity();
+    const Eigen::Matrix4d m = SomeIsometry().matrix();
+    for (auto _ : s) {
+      product = m * product;
+      benchmark::DoNotOptimize(product);
+    }
+  });
+  Register("TransformInverse/ours", [](benchmark::State& s) {
+    gsl_Matrix m = SomeTransform();
+    for (auto _ : s) {
+      benchmark::DoNotOptimize(m);
+      benchmark::DoNotOptimize(m.InverseRigidTransform());
+    }
+  });
+  Register("TransformInverse/Eigen", [](benchmark::State& s) {
+    Eigen::Isometry3d m = SomeIsometry();
+    for (auto _ : s) {
+      benchmark::DoNotOptimize(m);
+      benchmark::DoNotOptimize(Eigen::Isometry3d(m.inverse(Eigen::Isometry)));
+    }
+  });
+}
+
+const bool registered = [] {
+  RegisterVectors();
+  RegisterPoints();
+  RegisterTransforms();
+  return true;
+}();
+
+} // namespace

@@ -1,0 +1,56 @@
+# Build rules that every target of this project shares.
+
+set(CMAKE_CXX_STANDARD 17)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+# Installed programs and libraries find the libraries beside them, wherever the prefix is moved.
+set(CMAKE_INSTALL_RPATH "$ORIGIN" "$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
+if(PROJECT_IS_TOP_LEVEL)
+  set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+  if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
+    set(CMAKE_BUILD_TYPE Release CACHE STRING "Build type" FORCE)
+  endif()
+endif()
+
+# The host's prefixes, in the order in which one may include another.
+set(GSL_HOST_PREFIXES mem typ pnt omni atr cow cls nex g3d omu ftr)
+
+# Contraction of a*b+c would change results; consumers inline our arithmetic, so they carry it too.
+add_library(gsl_floating_point INTERFACE)
+set_target_properties(gsl_floating_point PROPERTIES EXPORT_NAME floating_point)
+target_compile_options(gsl_floating_point INTERFACE -ffp-contract=off)
+
+# These two change no result; they let loops with a square root vectorise.
+add_library(gsl_private_flags INTERFACE)
+target_compile_options(gsl_private_flags INTERFACE -fno-math-errno -fno-trapping-math)
+target_compile_options(gsl_private_flags INTERFACE -Wall -Wextra -Wpedantic -Wconversion -Wshadow
+                                                   -Wold-style-cast)
+# Value classes have a virtual operation and no virtual destructor; clang objects to any standard
+# container of them.
+# (SHELL keeps it behind -Wall, which would switch the objection on again.)
+target_compile_options(gsl_private_flags INTERFACE
+  "$<$<CXX_COMPILER_ID:Clang,AppleClang>:SHELL:-Wno-delete-non-abstract-non-virtual-dtor>")
+if(GSL_WERROR)
+  target_compile_options(gsl_private_flags INTERFACE -Werror)
+endif()
+target_link_libraries(gsl_private_flags INTERFACE gsl_floating_point)
+
+if(GSL_SANITIZE)
+  add_compile_options(-fsanitize=${GSL_SANITIZE} -fno-omit-frame-pointer
+                      -fno-sanitize-recover=all)
+  add_link_options(-fsanitize=${GSL_SANITIZE})
+endif()
+if(GSL_COVERAGE)
+  add_compile_options(--coverage -fprofile-update=atomic)
+  add_link_options(--coverage)
+endif()
+
+# A sanitizer's own symbols are left to the program that loads the library.
+function(gsl_refuse_undefined_symbols target)
+  if(NOT GSL_SANITIZE)
+    target_link_options(${target} PRIVATE -Wl,--no-undefined)
+  endif()
+endfunction()

@@ -1,0 +1,58 @@
+#ifndef ATR_STRING_H
+#define ATR_STRING_H
+
+#include "mem_Export.h"
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+/// A text of the message library: plain, or a format with numbered arguments still open.
+class GSL_HOST_API atr_String {
+public:
+  atr_String() = default;
+  /// Plain text; null is the empty text.
+  explicit atr_String(const char* text);
+  explicit atr_String(const std::string& text);
+
+  const char* CStr() const { return text.c_str(); }
+  std::size_t Length() const { return text.size(); }
+
+  friend bool operator==(const atr_String& a, const atr_String& b) { return a.text == b.text; }
+  friend bool operator!=(const atr_String& a, const atr_String& b) { return !(a == b); }
+
+private:
+  friend GSL_HOST_API atr_String atr_translate(const char* format);
+  friend GSL_HOST_API bool atr_SubstituteFormat(atr_String&, int, const char*);
+  friend GSL_HOST_API bool atr_SubstituteFormat(atr_String&, int, int);
+
+  struct OpenArgument {
+    int position;
+    char kind;
+    std::size_t offset;
+    std::size_t length;
+  };
+
+  void FindArguments();
+  bool Substitute(int position, char kind, const std::string& value);
+
+  std::string text;
+  std::vector<OpenArgument> open;
+};
+
+/// The format in the user's language, its arguments open: "%d" and "%s" count from 1 in their
+/// order, "%2$s" names its position, "%%" is a percent sign. A format without a translation is used
+/// as it is.
+GSL_HOST_API atr_String atr_translate(const char* format);
+
+/// Fills every open place of that position and kind. False, and nothing changed, when there is
+/// none. Text that was filled in is never searched for arguments again. Null text is the empty
+/// text.
+GSL_HOST_API bool atr_SubstituteFormat(atr_String& message, int position, const char* value);
+GSL_HOST_API bool atr_SubstituteFormat(atr_String& message, int position, int value);
+
+/// Sets the text that atr_translate uses for a format; null removes it. Nothing happens for a null
+/// format. Safe from any thread.
+GSL_HOST_API void atr_SetTranslation(const char* format, const char* translated);
+
+#endif

@@ -1,0 +1,61 @@
+#ifndef CLS_CLASS_METADATA_H
+#define CLS_CLASS_METADATA_H
+
+#include "cls_AttributeType.h"
+#include "cls_TypeAdapter.h"
+#include "mem_Export.h"
+
+#include <memory>
+#include <vector>
+
+/// What a class declares of its records.
+class GSL_HOST_API cls_ClassMetadata {
+public:
+  using Destructor = void (*)(void* object);
+  using Conversion = void* (*)(void* object);
+
+  struct Attribute {
+    const char* name;
+    cls_AttributeType type;
+    unsigned int argument;
+    cls_CollectionType collection;
+  };
+  struct Base {
+    unsigned int typeId;
+    Conversion convert;
+  };
+
+  ~cls_ClassMetadata();
+  cls_ClassMetadata(const cls_ClassMetadata&) = delete;
+  cls_ClassMetadata& operator=(const cls_ClassMetadata&) = delete;
+
+  const cls_TypeAdapterBase& Adapter() const { return *adapter; }
+  unsigned int TypeId() const { return adapter->TypeId(); }
+  const char* Name() const { return adapter->Name(); }
+  /// Null unless the class gave one.
+  Destructor Dtor() const { return dtor; }
+  const std::vector<Attribute>& Attributes() const { return attributes; }
+  const std::vector<Base>& Bases() const { return bases; }
+  /// As given to cls_MetadataRegistrar::initClassMetadata; 0 without it.
+  int Flags() const { return flags; }
+
+  cls_ClassMetadata& AddDtor(Destructor destroy);
+  /// The next attribute in write order. `name` must outlive the metadata: a literal.
+  cls_ClassMetadata& AddAttribute(const char* name, cls_AttributeType type, unsigned int argument,
+                                  cls_CollectionType collection);
+  /// Declares a direct base class; `convert` turns a pointer to an object into one to that base.
+  cls_ClassMetadata& AddBase(unsigned int typeId, Conversion convert);
+
+private:
+  friend class cls_ClassRegistrar;
+
+  cls_ClassMetadata(std::unique_ptr<cls_TypeAdapterBase> typeAdapter, int classFlags);
+
+  std::unique_ptr<cls_TypeAdapterBase> adapter;
+  Destructor dtor;
+  std::vector<Attribute> attributes;
+  std::vector<Base> bases;
+  int flags;
+};
+
+#endif

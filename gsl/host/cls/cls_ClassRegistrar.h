@@ -1,0 +1,53 @@
+#ifndef CLS_CLASS_REGISTRAR_H
+#define CLS_CLASS_REGISTRAR_H
+
+#include "cls_ClassMetadata.h"
+#include "mem_Export.h"
+
+#include <cstddef>
+#include <memory>
+#include <unordered_map>
+#include <vector>
+
+class cls_ReadVisitor;
+
+/// The persistent classes, in the order in which they were registered first.
+///
+/// Threads  registering needs the process's one starting thread; asking is safe from any thread
+///          afterwards.
+class GSL_HOST_API cls_ClassRegistrar {
+public:
+  cls_ClassRegistrar();
+  ~cls_ClassRegistrar();
+  cls_ClassRegistrar(const cls_ClassRegistrar&) = delete;
+  cls_ClassRegistrar& operator=(const cls_ClassRegistrar&) = delete;
+
+  /// Registers the adapter's class and takes the adapter over. A class that is registered already
+  /// keeps its place and starts anew.
+  cls_ClassMetadata& AddClassMD(cls_TypeAdapterBase* adapter);
+
+  std::size_t ClassCount() const { return classes.size(); }
+  const cls_ClassMetadata& Class(std::size_t i) const { return *classes[i]; }
+  /// Null for a class that is not registered.
+  const cls_ClassMetadata* FindClass(unsigned int typeId) const;
+
+  /// Whether `dynType` is `queried` or derives from it; a class need not be registered to be
+  /// itself.
+  bool InheritanceCheck(unsigned int dynType, unsigned int queried) const;
+
+  /// A new object of the class that the record names, as a pointer to the class `typeId`. Throws
+  /// cls_RecordException when the record's class is not registered or does not derive from that.
+  void* Create(const cls_ReadVisitor& visitor, unsigned int typeId) const;
+
+private:
+  friend class cls_MetadataRegistrar;
+
+  bool FindPath(unsigned int from, unsigned int to,
+                std::vector<cls_ClassMetadata::Conversion>& path) const;
+
+  std::vector<std::unique_ptr<cls_ClassMetadata>> classes;
+  std::unordered_map<unsigned int, std::size_t> placeOf;
+  int flagsOfNewClasses;
+};
+
+#endif

@@ -1,0 +1,45 @@
+#ifndef CLS_LIST_READER_H
+#define CLS_LIST_READER_H
+
+#include "cls_ReadVisitor.h"
+#include "mem_Export.h"
+
+/// Reads the entries of a list, in order.
+class GSL_HOST_API cls_ListReader {
+public:
+  cls_ListReader(const cls_ListReader&) = delete;
+  cls_ListReader& operator=(const cls_ListReader&) = delete;
+
+  /// True while there is a further entry.
+  bool HasNext() const { return next != nullptr; }
+
+  /// The next entry as a new object of the class that its record names: T, or a registered class
+  /// derived from it. Null for a null entry.
+  template <class T>
+  T* ReadObject() {
+    return Next().Create<T>();
+  }
+
+  /// The next entry as a value. Throws for a null entry and for one of another class.
+  template <class T>
+  T ReadValue() {
+    const cls_ReadVisitor entry = Next();
+    if (entry.IsAbsent()) RefuseNull();
+    entry.CheckTypeId(T::TypeId());
+    return T(entry);
+  }
+
+private:
+  friend class cls_ReadVisitor;
+
+  explicit cls_ListReader(const cls_ReadVisitor& list);
+
+  /// Absent for a null entry.
+  cls_ReadVisitor Next();
+  [[noreturn]] void RefuseNull() const;
+
+  const cls_ReadVisitor& list;
+  const cls_RecordStore::Field* next;
+};
+
+#endif

@@ -1,0 +1,38 @@
+#ifndef CLS_LIST_WRITER_H
+#define CLS_LIST_WRITER_H
+
+#include "cls_WriteVisitor.h"
+#include "mem_Export.h"
+
+/// Writes the entries of a list, in order.
+class GSL_HOST_API cls_ListWriter {
+public:
+  cls_ListWriter(const cls_ListWriter&) = delete;
+  cls_ListWriter& operator=(const cls_ListWriter&) = delete;
+
+  /// Keeps the position of an entry that holds nothing.
+  void WriteNull(unsigned int typeId);
+
+  /// Ends the list. True when the writer is now the caller's to delete.
+  bool Finish();
+
+private:
+  friend class cls_WriteVisitor;
+
+  explicit cls_ListWriter(const cls_WriteVisitor& list);
+
+  const cls_WriteVisitor& list;
+};
+
+/// Asks for the next entry of a list; the visitor made from it writes that entry's record.
+class GSL_HOST_API cls_WriteRequestListObj {
+public:
+  explicit cls_WriteRequestListObj(cls_ListWriter& listWriter) : writer(listWriter) {}
+
+private:
+  friend class cls_WriteVisitor;
+
+  cls_ListWriter& writer;
+};
+
+#endif

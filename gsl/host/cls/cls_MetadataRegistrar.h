@@ -1,0 +1,26 @@
+#ifndef CLS_METADATA_REGISTRAR_H
+#define CLS_METADATA_REGISTRAR_H
+
+#include "cls_ClassRegistrar.h"
+#include "mem_Export.h"
+#include "omi_Singleton.h"
+
+/// Collects what every module declares of its persistent classes. The process has one, reached
+/// through omi_Singleton.
+class GSL_HOST_API cls_MetadataRegistrar {
+public:
+  using InitializeMetadata = void (*)(cls_ClassRegistrar&);
+
+  /// Lets a class register itself; `flags` is kept with it.
+  void initClassMetadata(InitializeMetadata function, int flags);
+
+  cls_ClassRegistrar& ClassRegistrar() { return registrar; }
+  const cls_ClassRegistrar& ClassRegistrar() const { return registrar; }
+
+private:
+  cls_ClassRegistrar registrar;
+};
+
+extern template class GSL_HOST_API omi_Singleton<cls_MetadataRegistrar>;
+
+#endif

@@ -1,0 +1,139 @@
+#ifndef CLS_WRITE_VISITOR_H
+#define CLS_WRITE_VISITOR_H
+
+#include "cls_FieldHandle.h"
+#include "cls_RecordStore.h"
+#include "cls_Uid.h"
+#include "cow_String.h"
+#include "mem_Export.h"
+
+#include <cstddef>
+#include <functional>
+#include <memory>
+#include <unordered_map>
+
+class cls_ListWriter;
+class cls_WriteRequestListObj;
+
+/// One save into a store. It remembers, and keeps alive, the shared objects that it has written, so
+/// that each is stored once.
+class GSL_HOST_API cls_Save {
+public:
+  explicit cls_Save(cls_RecordStore& store);
+  ~cls_Save();
+  cls_Save(const cls_Save&) = delete;
+  cls_Save& operator=(const cls_Save&) = delete;
+
+private:
+  friend class cls_ListWriter;
+  friend class cls_WriteVisitor;
+
+  struct Key {
+    const void* object;
+    unsigned int typeId;
+    cls_Uid uid;
+
+    bool operator==(const Key& o) const {
+      return object == o.object && typeId == o.typeId && uid == o.uid;
+    }
+  };
+  struct HashOfKey {
+    std::size_t operator()(const Key& key) const {
+      return std::hash<const void*>()(key.object) ^ std::hash<cls_Uid>()(key.uid);
+    }
+  };
+  struct Written {
+    cls_RecordStore::Index record;
+    std::shared_ptr<const void> keptAlive;
+  };
+
+  cls_RecordStore& store;
+  std::unordered_map<Key, Written, HashOfKey> objects;
+};
+
+/// Writes one record of a save: the record is started, then its fields follow in order.
+///
+/// Lifetime  a child is used while its parent lives, the root while its save lives.
+/// Errors    cls_RecordException for a field before StartWrite, a second record in one place, and
+///           nesting deeper than kMostNesting. When a root visitor goes because of an exception,
+///           the records of its latest object are taken back.
+class GSL_HOST_API cls_WriteVisitor {
+public:
+  static constexpr unsigned int kMostNesting = 1000;
+
+  /// Writes the roots of the store: every StartWrite begins another one.
+  explicit cls_WriteVisitor(cls_Save& save);
+  /// For a record that belongs to a field of the parent's record.
+  cls_WriteVisitor(const cls_WriteVisitor& parent, const cls_FieldHandle& field);
+  /// For the object that a holder shares: the fields of several records may refer to it. `Holder`
+  /// has Get(), and keeps the object alive and unchanged as long as a copy of the holder exists.
+  template <class Holder>
+  cls_WriteVisitor(const cls_WriteVisitor& parent, const cls_FieldHandle& field,
+                   const Holder& shared)
+      : cls_WriteVisitor(parent, field, shared.Get(), &shared, &CopyOf<Holder>) {}
+  /// For the entry that the request asked for.
+  explicit cls_WriteVisitor(const cls_WriteRequestListObj& request);
+
+  ~cls_WriteVisitor();
+  cls_WriteVisitor(const cls_WriteVisitor&) = delete;
+  cls_WriteVisitor& operator=(const cls_WriteVisitor&) = delete;
+
+  /// Starts the record. 0, and the caller writes nothing more, when this save has written the
+  /// shared object already: then the field refers to it. A record that belongs to a field is never
+  /// declined, whatever uid it carries.
+  int StartWrite(unsigned int typeId, const cls_Uid& uid) const;
+
+  void WriteInteger(const cls_FieldHandle& field, int value) const;
+  void WriteDouble(const cls_FieldHandle& field, double value) const;
+  void WriteBoolean(const cls_FieldHandle& field, bool value) const;
+  void WriteString(const cls_FieldHandle& field, const cow_String& value) const;
+  /// An explicit empty object of that type.
+  void WriteNullObject(const cls_FieldHandle& field, unsigned int typeId) const;
+
+  /// Makes the started record a collection. A record is of one collection type.
+  void CheckCollectionType(int type) const;
+  /// The elements of a cls_UnsignedList.
+  void WriteUnsigneds(const unsigned int* values, std::size_t count) const;
+  /// The entries of a cls_DoubleMatrix, row by row.
+  void WriteDoubles(const double* values, std::size_t rows, std::size_t columns) const;
+  /// A new writer for the entries of a cls_ObjectList.
+  cls_ListWriter* GetListWriter() const;
+
+private:
+  friend class cls_ListWriter;
+
+  using CopyHolder = std::shared_ptr<const void> (*)(const void*);
+
+  template <class Holder>
+  static std::shared_ptr<const void> CopyOf(const void* shared) {
+    return std::make_shared<Holder>(*static_cast<const Holder*>(shared));
+  }
+
+  cls_WriteVisitor(const cls_WriteVisitor& parent, const cls_FieldHandle& field,
+                   const void* sharedObject, const void* sharedHolder, CopyHolder copy);
+
+  cls_RecordStore::Index Started() const;
+  int StartShared(unsigned int typeId, const cls_Uid& uid) const;
+  cls_RecordStore::Index AddChild(unsigned int typeId, const cls_Uid& uid,
+                                  cls_RecordStore::Kind kind) const;
+  cls_RecordStore::Field& AddField(const cls_FieldHandle& field, cls_RecordStore::Kind kind) const;
+  cls_RecordStore::Field& AddPlace(cls_RecordStore::Kind kind) const;
+  void TakeBack();
+
+  cls_Save& save;
+  /// Record that holds the place of this visitor's record; kNone at the root.
+  cls_RecordStore::Index parentRecord;
+  /// Name kNone is an entry of a list.
+  cls_RecordStore::Index placeName;
+  int placeIndex;
+  unsigned int depth;
+  const void* object;
+  const void* holder;
+  CopyHolder copyHolder;
+  mutable cls_RecordStore::Index record;
+  mutable bool declined;
+  mutable cls_RecordStore::Mark before;
+  int exceptionsBefore;
+};
+
+#endif

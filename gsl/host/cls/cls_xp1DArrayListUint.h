@@ -1,0 +1,49 @@
+#ifndef CLS_XP1DARRAYLISTUINT_H
+#define CLS_XP1DARRAYLISTUINT_H
+
+#include "cls_AttributeType.h"
+#include "cls_Uid.h"
+#include "mem_Export.h"
+
+#include <cstddef>
+#include <vector>
+
+class cls_ReadVisitor;
+class cls_WriteVisitor;
+
+/// Persistent list of unsigned integers. A copy keeps the identity of its source.
+class GSL_HOST_API cls_xp1DArrayListUint {
+public:
+  /// Empty, with a fresh identity.
+  cls_xp1DArrayListUint();
+  /// Empty from an absent record.
+  explicit cls_xp1DArrayListUint(const cls_ReadVisitor& visitor);
+
+  std::size_t Count() const { return elements.size(); }
+  bool IsEmpty() const { return elements.empty(); }
+  /// No range check.
+  unsigned int operator[](std::size_t i) const { return elements[i]; }
+  void Append(unsigned int value) { elements.push_back(value); }
+  void Clear() { elements.clear(); }
+
+  const cls_Uid& Uid() const { return uid; }
+
+  void DBWrite(const cls_WriteVisitor& visitor) const;
+
+  static constexpr unsigned int TypeId() { return cls_kCollectionTypeId; }
+  static constexpr cls_CollectionType CollectionType() { return cls_UnsignedList; }
+
+  /// The same elements in the same order; identities do not count.
+  friend bool operator==(const cls_xp1DArrayListUint& a, const cls_xp1DArrayListUint& b) {
+    return a.elements == b.elements;
+  }
+  friend bool operator!=(const cls_xp1DArrayListUint& a, const cls_xp1DArrayListUint& b) {
+    return !(a == b);
+  }
+
+private:
+  std::vector<unsigned int> elements;
+  cls_Uid uid;
+};
+
+#endif

@@ -1,0 +1,46 @@
+#ifndef CLS_XP2DARRAYDOUBLE_H
+#define CLS_XP2DARRAYDOUBLE_H
+
+#include "cls_AttributeType.h"
+#include "cls_Uid.h"
+#include "mem_Export.h"
+
+#include <cstddef>
+#include <vector>
+
+class cls_ReadVisitor;
+class cls_WriteVisitor;
+
+/// Persistent matrix of doubles, row by row. A copy keeps the identity of its source.
+class GSL_HOST_API cls_xp2DArrayDouble {
+public:
+  /// Zeros. The identity is fresh unless one is given.
+  cls_xp2DArrayDouble(std::size_t rowCount, std::size_t columnCount,
+                      const cls_Uid& identity = cls_Uid::AllocateUid());
+  /// 0 by 0 from an absent record.
+  explicit cls_xp2DArrayDouble(const cls_ReadVisitor& visitor);
+
+  std::size_t Rows() const { return rows; }
+  std::size_t Columns() const { return columns; }
+  /// No range check.
+  double operator()(std::size_t row, std::size_t column) const {
+    return entries[row * columns + column];
+  }
+  double& operator()(std::size_t row, std::size_t column) {
+    return entries[row * columns + column];
+  }
+  const cls_Uid& Uid() const { return uid; }
+
+  void DBWrite(const cls_WriteVisitor& visitor) const;
+
+  static constexpr unsigned int TypeId() { return cls_kCollectionTypeId; }
+  static constexpr cls_CollectionType CollectionType() { return cls_DoubleMatrix; }
+
+private:
+  std::size_t rows;
+  std::size_t columns;
+  std::vector<double> entries;
+  cls_Uid uid;
+};
+
+#endif

@@ -1,0 +1,17 @@
+#include "cls_xp1DArrayListUint.h"
+
+#include "cls_ReadVisitor.h"
+#include "cls_WriteVisitor.h"
+
+cls_xp1DArrayListUint::cls_xp1DArrayListUint() : uid(cls_Uid::AllocateUid()) {}
+
+cls_xp1DArrayListUint::cls_xp1DArrayListUint(const cls_ReadVisitor& visitor)
+    : uid(visitor.GetUid()) {
+  const cls_RecordStore::UnsignedArray stored = visitor.ReadUnsigneds();
+  elements.assign(stored.values, stored.values + stored.count);
+}
+
+void cls_xp1DArrayListUint::DBWrite(const cls_WriteVisitor& visitor) const {
+  if (visitor.StartWrite(TypeId(), uid) == 0) return;
+  visitor.WriteUnsigneds(elements.data(), elements.size());
+}

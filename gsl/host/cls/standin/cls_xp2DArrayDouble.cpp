@@ -1,0 +1,21 @@
+#include "cls_xp2DArrayDouble.h"
+
+#include "cls_ReadVisitor.h"
+#include "cls_WriteVisitor.h"
+
+cls_xp2DArrayDouble::cls_xp2DArrayDouble(std::size_t rowCount, std::size_t columnCount,
+                                         const cls_Uid& identity)
+    : rows(rowCount), columns(columnCount), entries(rowCount * columnCount, 0.0), uid(identity) {}
+
+cls_xp2DArrayDouble::cls_xp2DArrayDouble(const cls_ReadVisitor& visitor)
+    : rows(0), columns(0), uid(visitor.GetUid()) {
+  const cls_RecordStore::DoubleArray stored = visitor.ReadDoubles();
+  rows = stored.rows;
+  columns = stored.columns;
+  entries.assign(stored.values, stored.values + rows * columns);
+}
+
+void cls_xp2DArrayDouble::DBWrite(const cls_WriteVisitor& visitor) const {
+  if (visitor.StartWrite(TypeId(), uid) == 0) return;
+  visitor.WriteDoubles(entries.data(), rows, columns);
+}

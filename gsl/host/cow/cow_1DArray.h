@@ -1,0 +1,32 @@
+#ifndef COW_1DARRAY_H
+#define COW_1DARRAY_H
+
+#include "cow_Body.h"
+#include "mem_Export.h"
+
+#include <cstddef>
+#include <vector>
+
+/// Copy-on-write array of values.
+///
+/// Threads  copies are independent; one array follows the rules of the standard containers.
+template <class T>
+class GSL_HOST_API cow_1DArray {
+public:
+  std::size_t Count() const { return body.Read() != nullptr ? body.Read()->size() : 0; }
+  bool IsEmpty() const { return Count() == 0; }
+  /// No range check. Valid until this array changes.
+  const T& operator[](std::size_t i) const { return (*body.Read())[i]; }
+
+  /// For changing: the array is copied away from its other owners first. No range check.
+  T& Writable(std::size_t i) { return body.Write()[i]; }
+  void Append(const T& value) { body.Write().push_back(value); }
+  void Clear() { body = cow_Body<std::vector<T>>(); }
+
+  bool SharesWith(const cow_1DArray& other) const { return body.SharesWith(other.body); }
+
+private:
+  cow_Body<std::vector<T>> body;
+};
+
+#endif

@@ -1,0 +1,115 @@
+#ifndef COW_COW_H
+#define COW_COW_H
+
+#include "mem_Export.h"
+
+#include <atomic>
+#include <cstddef>
+#include <memory>
+#include <new>
+#include <utility>
+
+/// Shared holder of one T: copies share the object, whoever wants to change it takes a clone first.
+///
+/// Cloner    Clone(const T&) gives a new heap object, or null; then the operation that asked for
+///           it has no effect and says so. The last holder deletes the object, through the virtual
+///           destructor where T has one.
+/// Memory    a holder of an object costs one pointer and one shared block with the count. No memory
+///           for the block counts like a clone of null.
+/// Threads   the count is atomic: holders of one object may be copied, unshared and destroyed in
+///           different threads at once. One holder is used by one thread at a time.
+template <class T, class Cloner>
+class cow_COW {
+public:
+  /// Empty.
+  cow_COW() noexcept = default;
+  /// Holds a clone of `source`; empty when there is none.
+  explicit cow_COW(const T& source) : cow_COW(Adopt(Cloner::Clone(source))) {}
+  cow_COW(const cow_COW& other) noexcept : shared(Acquired(other.shared)) {}
+  cow_COW(cow_COW&& other) noexcept : shared(std::exchange(other.shared, nullptr)) {}
+  cow_COW& operator=(const cow_COW& other) noexcept;
+  cow_COW& operator=(cow_COW&& other) noexcept;
+  ~cow_COW() { Release(shared); }
+
+  /// Takes over a heap object without cloning it; null gives an empty holder.
+  static cow_COW Adopt(T* object);
+
+  bool IsEmpty() const noexcept { return shared == nullptr; }
+  explicit operator bool() const noexcept { return !IsEmpty(); }
+  /// The object, or null. Valid while this holder keeps it.
+  const T* Get() const noexcept { return shared != nullptr ? shared->object.get() : nullptr; }
+  /// Not for an empty holder; that is not checked.
+  const T& operator*() const noexcept { return *shared->object; }
+  const T* operator->() const noexcept { return shared->object.get(); }
+
+  /// The object for changing: a clone of it first when other holders share it. Null for an empty
+  /// holder and when the clone is null; then the holder is as before.
+  T* Unshared();
+
+  /// Lets go of the object.
+  void Clear() noexcept { Release(std::exchange(shared, nullptr)); }
+
+  /// Both hold the same object; two empty holders share nothing.
+  bool SharesWith(const cow_COW& other) const noexcept {
+    return shared != nullptr && shared == other.shared;
+  }
+  /// Number of holders of the object; 0 for an empty one. Another thread may change it meanwhile.
+  std::size_t Owners() const noexcept {
+    return shared != nullptr ? shared->owners.load(std::memory_order_relaxed) : 0;
+  }
+
+private:
+  struct Shared {
+    std::atomic<std::size_t> owners;
+    std::unique_ptr<T> object;
+  };
+
+  static Shared* Acquired(Shared* s) noexcept {
+    if (s != nullptr) s->owners.fetch_add(1, std::memory_order_relaxed);
+    return s;
+  }
+
+  static void Release(Shared* s) noexcept {
+    if (s == nullptr) return;
+    // The last owner must see what the others did with the object before it deletes it.
+    if (s->owners.fetch_sub(1, std::memory_order_acq_rel) == 1) delete s;
+  }
+
+  Shared* shared = nullptr;
+};
+
+template <class T, class Cloner>
+cow_COW<T, Cloner> cow_COW<T, Cloner>::Adopt(T* object) {
+  std::unique_ptr<T> owned(object);
+  cow_COW holder;
+  if (owned != nullptr) holder.shared = new (std::nothrow) Shared{{1}, std::move(owned)};
+  return holder;
+}
+
+template <class T, class Cloner>
+cow_COW<T, Cloner>& cow_COW<T, Cloner>::operator=(const cow_COW& other) noexcept {
+  if (shared == other.shared) return *this;
+  Release(std::exchange(shared, Acquired(other.shared)));
+  return *this;
+}
+
+template <class T, class Cloner>
+cow_COW<T, Cloner>& cow_COW<T, Cloner>::operator=(cow_COW&& other) noexcept {
+  if (this == &other) return *this;
+  Release(std::exchange(shared, std::exchange(other.shared, nullptr)));
+  return *this;
+}
+
+template <class T, class Cloner>
+T* cow_COW<T, Cloner>::Unshared() {
+  if (shared == nullptr) return nullptr;
+  // Pairs with the release of an owner that let go: what it read was read before we write.
+  if (shared->owners.load(std::memory_order_acquire) != 1) {
+    cow_COW clone(*shared->object);
+    if (clone.IsEmpty()) return nullptr;
+    std::swap(shared, clone.shared);
+  }
+  return shared->object.get();
+}
+
+#endif

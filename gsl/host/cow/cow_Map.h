@@ -1,0 +1,67 @@
+#ifndef COW_MAP_H
+#define COW_MAP_H
+
+#include "cow_Body.h"
+
+#include <cstddef>
+#include <unordered_map>
+#include <utility>
+#include <vector>
+
+/// Copy-on-write map that iterates in the order of insertion. Lookups take constant time.
+///
+/// Threads  copies are independent; one map follows the rules of the standard containers.
+template <class K, class V>
+class cow_Map {
+public:
+  using Entry = std::pair<K, V>;
+
+  std::size_t Count() const { return static_cast<std::size_t>(End() - Begin()); }
+  bool IsEmpty() const { return Count() == 0; }
+
+  /// False, and the entry kept as it was, for a key that is there already.
+  bool Insert(const K& key, const V& value) {
+    if (Find(key) != nullptr) return false;
+    Contents& contents = body.Write();
+    contents.entries.emplace_back(key, value);
+    try {
+      contents.positions.emplace(key, contents.entries.size() - 1);
+    } catch (...) {
+      contents.entries.pop_back();
+      throw;
+    }
+    return true;
+  }
+
+  /// Null for a key that is not there; valid until this map changes.
+  const V* Find(const K& key) const {
+    const Contents* const contents = body.Read();
+    if (contents == nullptr) return nullptr;
+    const auto found = contents->positions.find(key);
+    return found == contents->positions.end() ? nullptr : &contents->entries[found->second].second;
+  }
+
+  const Entry* begin() const { return Begin(); }
+  const Entry* end() const { return End(); }
+
+  bool SharesWith(const cow_Map& other) const noexcept { return body.SharesWith(other.body); }
+
+private:
+  struct Contents {
+    std::vector<Entry> entries;
+    std::unordered_map<K, std::size_t> positions;
+  };
+
+  const Entry* Begin() const {
+    const Contents* const contents = body.Read();
+    return contents != nullptr ? contents->entries.data() : nullptr;
+  }
+  const Entry* End() const {
+    const Contents* const contents = body.Read();
+    return contents != nullptr ? contents->entries.data() + contents->entries.size() : nullptr;
+  }
+
+  cow_Body<Contents> body;
+};
+
+#endif

@@ -1,0 +1,49 @@
+#ifndef COW_STRING_H
+#define COW_STRING_H
+
+#include "mem_Export.h"
+
+#include <cstddef>
+#include <functional>
+#include <string_view>
+
+/// Reference-counted immutable text; copies share one buffer. Bytes, not characters, and a
+/// terminating zero. The count is atomic: copies in different threads are independent.
+class GSL_HOST_API cow_String {
+public:
+  /// The empty text, without an allocation.
+  cow_String() noexcept = default;
+  /// A copy of the bytes up to the terminating zero; null is the empty text.
+  cow_String(const char* text);
+  cow_String(const char* bytes, std::size_t length);
+  cow_String(const cow_String& other) noexcept;
+  cow_String(cow_String&& other) noexcept;
+  cow_String& operator=(const cow_String& other) noexcept;
+  cow_String& operator=(cow_String&& other) noexcept;
+  ~cow_String();
+
+  std::size_t Length() const noexcept;
+  bool IsEmpty() const noexcept { return Length() == 0; }
+  /// Zero-terminated; never null; valid while a copy of this text exists.
+  const char* CStr() const noexcept;
+  /// True when both are empty or share one buffer.
+  bool SharesWith(const cow_String& other) const noexcept { return shared == other.shared; }
+
+  /// Byte by byte.
+  friend GSL_HOST_API bool operator==(const cow_String& a, const cow_String& b) noexcept;
+  friend bool operator!=(const cow_String& a, const cow_String& b) noexcept { return !(a == b); }
+  friend GSL_HOST_API bool operator<(const cow_String& a, const cow_String& b) noexcept;
+
+private:
+  struct Shared;
+  Shared* shared = nullptr;
+};
+
+template <>
+struct std::hash<cow_String> {
+  std::size_t operator()(const cow_String& text) const noexcept {
+    return std::hash<std::string_view>()(std::string_view(text.CStr(), text.Length()));
+  }
+};
+
+#endif

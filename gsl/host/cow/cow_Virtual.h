@@ -1,0 +1,11 @@
+#ifndef COW_VIRTUAL_H
+#define COW_VIRTUAL_H
+
+/// How a cow_COW clones an object of a class hierarchy: through its virtual Copy, which keeps the
+/// dynamic type and may answer null.
+template <class T>
+struct cow_Virtual {
+  static T* Clone(const T& source) { return source.Copy(); }
+};
+
+#endif

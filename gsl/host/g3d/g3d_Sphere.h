@@ -1,0 +1,26 @@
+#ifndef G3D_SPHERE_H
+#define G3D_SPHERE_H
+
+#include "g3d_Point.h"
+
+/// Bounding sphere of the display library, single precision.
+class GSL_HOST_API g3d_Sphere {
+public:
+  /// About the origin, radius 0.
+  constexpr g3d_Sphere() noexcept : radius(0.0f) {}
+
+  /// Nothing is checked; a negative radius marks an empty extent.
+  void Set(const g3d_Point& newCentre, float newRadius) noexcept {
+    centre = newCentre;
+    radius = newRadius;
+  }
+
+  constexpr const g3d_Point& Centre() const noexcept { return centre; }
+  constexpr float Radius() const noexcept { return radius; }
+
+private:
+  g3d_Point centre;
+  float radius;
+};
+
+#endif

@@ -1,0 +1,29 @@
+#ifndef MEM_LIFE_CYCLE_H
+#define MEM_LIFE_CYCLE_H
+
+#include "mem_Export.h"
+
+/// The starts and stops of one host library. Starting and stopping need the process's one starting
+/// thread.
+class GSL_HOST_API mem_LifeCycle {
+public:
+  /// Told of every start and stop: the library's prefix, true for a start, and the host's count.
+  using Listener = void (*)(const char* prefix, bool isStart, int count);
+
+  /// `libraryPrefix` is a literal.
+  constexpr explicit mem_LifeCycle(const char* libraryPrefix) : prefix(libraryPrefix), starts(0) {}
+
+  void Initialize(int count);
+  /// One stop for every start; more are ignored.
+  void Finalize(int count);
+  bool IsInitialized() const { return starts > 0; }
+
+  /// Replaces the process's listener; null for none. Answers the one before.
+  static Listener SetListener(Listener listener);
+
+private:
+  const char* prefix;
+  int starts;
+};
+
+#endif

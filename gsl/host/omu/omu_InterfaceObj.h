@@ -1,0 +1,109 @@
+#ifndef OMU_INTERFACE_OBJ_H
+#define OMU_INTERFACE_OBJ_H
+
+#include "omu_Shortcut.h"
+#include "omu_TypeDescription.h"
+
+#include <vector>
+
+class cls_WriteVisitor;
+
+class GSL_HOST_API omu_InterfaceObjVisitor {
+public:
+  virtual ~omu_InterfaceObjVisitor();
+  virtual void Visit(const omu_InterfaceObj& object) = 0;
+};
+
+/// Base of the objects that scripts see. A derived class names its type and its tables through
+/// DescribeType; looking up, listing and calling is done here.
+///
+/// Slots     the order of the virtual operations is part of the interface.
+/// Results   pointers are heap objects that the caller owns.
+/// Copies    share the shortcut; staleness is copied as it is.
+/// Errors    what a script got wrong throws nex_CommandException with a message that names the type
+///           and the offending name.
+class GSL_HOST_API omu_InterfaceObj {
+public:
+  explicit omu_InterfaceObj(const omu_Shortcut& shortcut);
+  omu_InterfaceObj(const omu_InterfaceObj&);
+  omu_InterfaceObj& operator=(const omu_InterfaceObj&);
+
+  virtual ~omu_InterfaceObj();
+  /// The name of the script type; "object" before DescribeType.
+  virtual cow_String TypeString() const;
+  /// "<Transform object at path>", or "<Transform object>" without a path.
+  virtual cow_String AsString() const;
+  /// What a script writes to reach the object: the command path; AsString() without one.
+  virtual cow_String AsRepr() const;
+  /// The same object, or one of the same type with the same shortcut.
+  virtual bool operator==(const omu_InterfaceObj& other) const;
+  virtual void Accept(omu_InterfaceObjVisitor& visitor) const;
+  virtual omu_InterfaceObj* Copy() const = 0;
+  /// 0: scripting objects are not stored, and DBWrite writes nothing.
+  virtual unsigned int DynTypeId() const;
+  virtual void DBWrite(const cls_WriteVisitor& visitor) const;
+
+  virtual bool IsMethod(const cow_String& name) const;
+  /// Calls a method by name. An error for a stale object, an unknown name, or a number of arguments
+  /// that the method does not take, tested in this order.
+  virtual omu_Primitive* CallMethod(const cow_String& name, const omu_PrimTuple& arguments);
+  /// The members of the type's table, by name. An error for a stale object, an unknown name, or a
+  /// member that cannot be changed or deleted.
+  virtual omu_Primitive* GetMember(const cow_String& name) const;
+  virtual void SetMember(const cow_String& name, const omu_Primitive& value);
+  virtual void DeleteMember(const cow_String& name);
+  /// Names in table order, without the deprecated ones.
+  virtual std::vector<cow_String> MemberList() const;
+  /// MemberList without MemberExcludeListForQry, which is empty unless a class overrides it.
+  virtual std::vector<cow_String> MemberListForQry() const;
+  virtual std::vector<cow_String> MemberExcludeListForQry() const;
+  virtual std::vector<cow_String> MethodList() const;
+  /// AsString(), and a line each for the members and methods where there are any.
+  virtual cow_String FullRepr() const;
+  /// A name for the object in a journal: the type name with a lower-case initial.
+  virtual cow_String JournalVariable() const;
+  virtual const omu_Shortcut& BaseShortcut() const;
+  /// The shortcut, or null when it leads nowhere; owned by the object.
+  virtual const omu_Shortcut* BaseShortcutGetABC() const;
+  virtual cow_String CommandPath() const;
+
+  /// `other` as an object of this type: a copy where it is one, else null.
+  virtual omu_InterfaceObj* Coerce(const omu_InterfaceObj& other) const;
+  /// This object as one of the named type: a copy for its own type, else an error.
+  virtual omu_InterfaceObj* Cast(const cow_String& typeName) const;
+  /// Arithmetic of scripts; an error unless a class overrides it.
+  virtual omu_InterfaceObj* Absolute() const;
+  virtual omu_InterfaceObj* AddOperation(const omu_InterfaceObj& other) const;
+  virtual omu_InterfaceObj* SubOperation(const omu_InterfaceObj& other) const;
+  virtual omu_InterfaceObj* MulOperation(const omu_InterfaceObj& other) const;
+  virtual omu_InterfaceObj* DivOperation(const omu_InterfaceObj& other) const;
+  virtual omu_InterfaceObj* UnaryNegative() const;
+  /// Truth value in a condition; true.
+  virtual bool NonZero() const;
+  /// The object that a script's constant wrapper holds; this one.
+  virtual const omu_InterfaceObj* ConstGetWrapper() const;
+  /// What the object stands for is gone: SetStale was called, or the shortcut has expired.
+  virtual bool IsStale() const;
+  virtual void SetStale();
+  /// -1, 0 or 1 by type name, path and then address; 0 exactly for equal objects.
+  virtual int Compare(const omu_InterfaceObj& other) const;
+  /// -1, 0 or 1 by command path.
+  virtual int ComparePath(const omu_InterfaceObj& other) const;
+
+protected:
+  /// Names the type of this object and enters it where scripts look types up; for constructors.
+  /// See omu_TypeDescription for the tables; null is an empty one.
+  void DescribeType(const char* typeName, const omu_MethodEntry* methods,
+                    const omu_MemberEntry* members, const omu_DeprecatedEntry* deprecatedMethods,
+                    const omu_DeprecatedEntry* deprecatedMembers);
+
+private:
+  void RefuseWhenStale() const;
+  const omu_MemberEntry& MemberEntry(const cow_String& name) const;
+
+  omu_Shortcut shortcut;
+  const omu_TypeDescription* description;
+  bool stale;
+};
+
+#endif

@@ -1,0 +1,52 @@
+#ifndef OMU_PRIM_ENUM_BASE_H
+#define OMU_PRIM_ENUM_BASE_H
+
+#include "atr_String.h"
+#include "cow_Map.h"
+#include "cow_String.h"
+#include "omu_Primitive.h"
+
+#include <cstdint>
+
+class cls_ReadVisitor;
+class cls_WriteVisitor;
+
+/// The current value and name of an enumeration primitive; the class derived for each enumeration
+/// supplies the names.
+class GSL_HOST_API omu_PrimEnumBase : public omu_Primitive {
+public:
+  ~omu_PrimEnumBase() override;
+
+  std::int32_t GetValue() const { return currentValue; }
+  /// The name of the current value.
+  const atr_String& GetString() const { return currentName; }
+  cow_String AsString(int style = 0) const override;
+
+  /// The names that this enumeration allows, in the order of its table, with ", " between them.
+  cow_String PermissibleValuesAsString() const;
+  /// Every name with its value, in the order of the table.
+  virtual cow_Map<cow_String, unsigned int> PermissibleValues() const = 0;
+
+  /// Another enumeration primitive with the same name and the same value; the enumerations
+  /// themselves are not compared.
+  bool operator==(const omu_Primitive& other) const override;
+
+  /// A record with the name as its one field, "_string".
+  void DBWrite(const cls_WriteVisitor& visitor) const;
+
+protected:
+  /// Value 0 and no name, until the derived class sets both.
+  omu_PrimEnumBase();
+  /// The name as stored, value 0; empty when the record has none.
+  explicit omu_PrimEnumBase(const cls_ReadVisitor& visitor);
+  omu_PrimEnumBase(const omu_PrimEnumBase&) = default;
+  omu_PrimEnumBase& operator=(const omu_PrimEnumBase&) = default;
+
+  void Set(std::int32_t newValue, const char* newName);
+
+private:
+  std::int32_t currentValue;
+  atr_String currentName;
+};
+
+#endif

@@ -1,0 +1,57 @@
+#ifndef OMU_PRIM_TUPLE_H
+#define OMU_PRIM_TUPLE_H
+
+#include "omu_Primitive.h"
+
+#include <cstddef>
+#include <memory>
+#include <vector>
+
+/// Sequence of numbers and other primitives, as scripts pass and receive them.
+///
+/// Kind      the character code of the opening bracket: '(' (40) for a tuple, '[' for a list.
+/// Errors    asking for an element that does not exist, or that is of the other sort, throws
+///           nex_CommandException.
+class GSL_HOST_API omu_PrimTuple : public omu_Primitive {
+public:
+  /// Empty, with room for `expectedCount` elements (a hint; below 1 it means nothing).
+  explicit omu_PrimTuple(int expectedCount = 0, int kind = '(');
+  omu_PrimTuple(const omu_PrimTuple& other);
+  omu_PrimTuple(omu_PrimTuple&&) noexcept = default;
+  omu_PrimTuple& operator=(const omu_PrimTuple& other);
+  omu_PrimTuple& operator=(omu_PrimTuple&&) noexcept = default;
+  ~omu_PrimTuple() override;
+
+  /// A tuple of the same kind with equal elements in the same order. Numbers compare exactly, so a
+  /// NaN is unequal even to itself.
+  bool operator==(const omu_Primitive& other) const override;
+  omu_PrimTuple* Copy() const override;
+  /// The elements between brackets, "(0.6, 0.0, 0.8)": numbers in the fewest digits that read back
+  /// the same, always recognisable as floating point; "(1.0,)" for one element.
+  cow_String AsString(int style = 0) const override;
+
+  /// Appends a number.
+  virtual void Put(double number);
+  /// Appends a copy.
+  virtual void Put(const omu_Primitive& value);
+
+  int Kind() const { return kind; }
+  std::size_t Count() const { return elements.size(); }
+  bool IsNumber(std::size_t i) const { return At(i).object == nullptr; }
+  double Number(std::size_t i) const;
+  /// Owned by the tuple.
+  const omu_Primitive& Primitive(std::size_t i) const;
+
+private:
+  struct Element {
+    double number;
+    std::unique_ptr<omu_Primitive> object; ///< null for a number
+  };
+
+  const Element& At(std::size_t i) const;
+
+  std::vector<Element> elements;
+  int kind;
+};
+
+#endif

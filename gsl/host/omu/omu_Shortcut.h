@@ -1,0 +1,38 @@
+#ifndef OMU_SHORTCUT_H
+#define OMU_SHORTCUT_H
+
+#include "cow_String.h"
+
+#include <cstddef>
+#include <memory>
+
+/// Handle on the place in the model where a script found an object: the command path that leads
+/// there, and whether it still does. Copies share one state, counted atomically.
+class GSL_HOST_API omu_Shortcut {
+public:
+  /// Leads nowhere: no path, never expires.
+  omu_Shortcut() noexcept = default;
+  explicit omu_Shortcut(const cow_String& path);
+
+  /// The command path as a script writes it; empty for a shortcut that leads nowhere.
+  cow_String Path() const;
+  bool IsEmpty() const noexcept { return state == nullptr; }
+
+  /// The object behind the path is gone, for every copy of this shortcut and for good. Safe from
+  /// any thread.
+  void Expire() noexcept;
+  bool IsExpired() const noexcept;
+
+  /// Copies of one shortcut; two that lead nowhere share nothing.
+  bool SharesWith(const omu_Shortcut& other) const noexcept {
+    return state != nullptr && state == other.state;
+  }
+  /// Number of copies; 0 for one that leads nowhere.
+  std::size_t Owners() const noexcept { return static_cast<std::size_t>(state.use_count()); }
+
+private:
+  struct State;
+  std::shared_ptr<State> state;
+};
+
+#endif

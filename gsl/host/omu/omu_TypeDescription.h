@@ -1,0 +1,75 @@
+#ifndef OMU_TYPE_DESCRIPTION_H
+#define OMU_TYPE_DESCRIPTION_H
+
+#include "cow_String.h"
+
+#include <vector>
+
+class omu_InterfaceObj;
+class omu_PrimTuple;
+class omu_Primitive;
+
+/// Tables that a class of scripting objects describes itself with. Each is a static array that ends
+/// with an entry whose name is null; a null pointer stands for an empty table.
+
+/// The answer is a heap object that the caller owns; null is "nothing".
+using omu_Method = omu_Primitive* (omu_InterfaceObj::*)(const omu_PrimTuple& arguments);
+
+struct omu_MethodEntry {
+  const char* name;
+  omu_Method method;
+  int fewestArguments;
+  int mostArguments;
+};
+
+struct omu_MemberEntry {
+  const char* name;
+  omu_Primitive* (omu_InterfaceObj::*get)() const;
+  void (omu_InterfaceObj::*set)(const omu_Primitive& value); ///< null: cannot be changed
+  void (omu_InterfaceObj::*remove)();                        ///< null: cannot be deleted
+};
+
+/// A name that still works and is no longer listed.
+struct omu_DeprecatedEntry {
+  const char* name;
+};
+
+/// What the scripting layer knows of one type.
+///
+/// A type is known from the construction of its first object on and is never forgotten; pointers to
+/// its description stay valid. Look-ups are safe from any thread.
+class GSL_HOST_API omu_TypeDescription {
+public:
+  /// Null for a type of which no object was made yet.
+  static const omu_TypeDescription* Find(const cow_String& typeName);
+  /// In alphabetical order.
+  static std::vector<cow_String> TypeNames();
+
+  /// Enters a type. The same name with the same tables again changes nothing; with other tables it
+  /// throws nex_AssertException. The tables and the name must live as long as the process.
+  static const omu_TypeDescription& Enter(const omu_TypeDescription& description);
+
+  omu_TypeDescription(const char* typeName, const omu_MethodEntry* methodTable,
+                      const omu_MemberEntry* memberTable,
+                      const omu_DeprecatedEntry* deprecatedMethodTable,
+                      const omu_DeprecatedEntry* deprecatedMemberTable);
+
+  const char* Name() const { return name; }
+  /// In table order, without the deprecated ones.
+  std::vector<cow_String> MethodNames() const;
+  std::vector<cow_String> MemberNames() const;
+  /// By exact name, deprecated ones included; null when there is none.
+  const omu_MethodEntry* FindMethod(const cow_String& methodName) const;
+  const omu_MemberEntry* FindMember(const cow_String& memberName) const;
+
+private:
+  bool SameTables(const omu_TypeDescription& other) const;
+
+  const char* name;
+  const omu_MethodEntry* methods;
+  const omu_MemberEntry* members;
+  const omu_DeprecatedEntry* deprecatedMethods;
+  const omu_DeprecatedEntry* deprecatedMembers;
+};
+
+#endif

@@ -1,0 +1,67 @@
+#include "omu_BaseVarray.h"
+
+#include "mem_Memory.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <limits>
+#include <new>
+
+namespace {
+
+constexpr unsigned int kMostEntries = std::numeric_limits<unsigned int>::max();
+constexpr unsigned int kLeastStep = 4;
+constexpr unsigned int kLeastStepDivisor = 16;
+constexpr unsigned int kFreeStep = 1u << 20;
+
+unsigned int Sum(unsigned int a, unsigned int b) {
+  return a > kMostEntries - b ? kMostEntries : a + b;
+}
+
+unsigned int LeastGrown(unsigned int capacity) {
+  return Sum(capacity, std::max(kLeastStep, capacity / kLeastStepDivisor));
+}
+
+unsigned int GrownBy(double ratio, unsigned int capacity) {
+  const unsigned int least = LeastGrown(capacity);
+  const unsigned int most = Sum(capacity, std::max(capacity, kFreeStep));
+  const double wanted = static_cast<double>(capacity) * ratio;
+  // Negated, so that a NaN takes the least step.
+  if (!(wanted > static_cast<double>(least))) return least;
+  return wanted < static_cast<double>(most) ? static_cast<unsigned int>(wanted) : most;
+}
+
+} // namespace
+
+omu_BaseVarray::omu_BaseVarray() : omu_BaseVarray(0, kDefaultGrowthRatio) {}
+
+omu_BaseVarray::omu_BaseVarray(unsigned int initialCapacity, double ratio)
+    : entries(nullptr), count(0), capacity(0), growthRatio(ratio) {
+  if (initialCapacity != 0 && !Resize(initialCapacity)) throw std::bad_alloc();
+}
+
+omu_BaseVarray::~omu_BaseVarray() {
+  mem_Free(static_cast<void*>(entries));
+}
+
+void omu_BaseVarray::add(void* element) {
+  if (count == capacity) Grow();
+  entries[count++] = element;
+}
+
+void omu_BaseVarray::Grow() {
+  if (capacity == kMostEntries) throw std::bad_alloc();
+  if (Resize(GrownBy(growthRatio, capacity))) return;
+  // The ratio may have asked for more than there is where a small step still fits.
+  if (!Resize(LeastGrown(capacity))) throw std::bad_alloc();
+}
+
+bool omu_BaseVarray::Resize(unsigned int newCapacity) {
+  const std::size_t slots = newCapacity;
+  if (slots > std::numeric_limits<std::size_t>::max() / sizeof(void*)) return false;
+  void* const block = mem_Realloc(static_cast<void*>(entries), slots * sizeof(void*));
+  if (block == nullptr) return false;
+  entries = static_cast<void**>(block);
+  capacity = newCapacity;
+  return true;
+}

@@ -1,0 +1,118 @@
+#include "omu_PrimTuple.h"
+
+#include "nex_CommandException.h"
+
+#include <charconv>
+#include <string>
+
+namespace {
+
+constexpr const char* kSourceUnit = "omu_PrimTuple";
+
+void AppendNumber(std::string& text, double number) {
+  // Sign, 17 digits, point, exponent of three digits: 24 characters at the most.
+  char digits[32];
+  const std::to_chars_result end = std::to_chars(digits, digits + sizeof digits, number);
+  const std::string shortest(digits, end.ptr);
+  text += shortest;
+  if (shortest.find_first_not_of("-0123456789") == std::string::npos) text += ".0";
+}
+
+char ClosingBracket(int opening) {
+  switch (opening) {
+  case '(':
+    return ')';
+  case '[':
+    return ']';
+  case '{':
+    return '}';
+  default:
+    return static_cast<char>(opening);
+  }
+}
+
+} // namespace
+
+omu_PrimTuple::omu_PrimTuple(int expectedCount, int bracket) : kind(bracket) {
+  if (expectedCount > 0) elements.reserve(static_cast<std::size_t>(expectedCount));
+}
+
+omu_PrimTuple::omu_PrimTuple(const omu_PrimTuple& other) : omu_Primitive(other), kind(other.kind) {
+  elements.reserve(other.elements.size());
+  for (const Element& e : other.elements) {
+    elements.push_back(
+        {e.number, std::unique_ptr<omu_Primitive>(e.object ? e.object->Copy() : nullptr)});
+  }
+}
+
+omu_PrimTuple& omu_PrimTuple::operator=(const omu_PrimTuple& other) {
+  if (this != &other) *this = omu_PrimTuple(other);
+  return *this;
+}
+
+omu_PrimTuple::~omu_PrimTuple() = default;
+
+bool omu_PrimTuple::operator==(const omu_Primitive& other) const {
+  const auto* const tuple = dynamic_cast<const omu_PrimTuple*>(&other);
+  if (tuple == nullptr || tuple->kind != kind || tuple->Count() != Count()) return false;
+  for (std::size_t i = 0; i < Count(); ++i) {
+    const Element& a = elements[i];
+    const Element& b = tuple->elements[i];
+    if ((a.object == nullptr) != (b.object == nullptr)) return false;
+    if (a.object == nullptr ? !(a.number == b.number) : !(*a.object == *b.object)) return false;
+  }
+  return true;
+}
+
+omu_PrimTuple* omu_PrimTuple::Copy() const {
+  return new omu_PrimTuple(*this);
+}
+
+cow_String omu_PrimTuple::AsString(int style) const {
+  std::string text(1, static_cast<char>(kind));
+  for (const Element& e : elements) {
+    if (text.size() > 1) text += ", ";
+    if (e.object != nullptr) {
+      text += e.object->AsString(style).CStr();
+    } else {
+      AppendNumber(text, e.number);
+    }
+  }
+  // With one element the comma tells a tuple from a number in brackets.
+  if (kind == '(' && elements.size() == 1) text += ',';
+  text += ClosingBracket(kind);
+  return text.c_str();
+}
+
+void omu_PrimTuple::Put(double number) {
+  elements.push_back({number, nullptr});
+}
+
+void omu_PrimTuple::Put(const omu_Primitive& value) {
+  elements.push_back({0.0, std::unique_ptr<omu_Primitive>(value.Copy())});
+}
+
+double omu_PrimTuple::Number(std::size_t i) const {
+  const Element& element = At(i);
+  if (element.object != nullptr) {
+    nex_Exception::Throw(nex_CommandException("tuple element is not a number"), kSourceUnit,
+                         __LINE__);
+  }
+  return element.number;
+}
+
+const omu_Primitive& omu_PrimTuple::Primitive(std::size_t i) const {
+  const Element& element = At(i);
+  if (element.object == nullptr) {
+    nex_Exception::Throw(nex_CommandException("tuple element is a plain number"), kSourceUnit,
+                         __LINE__);
+  }
+  return *element.object;
+}
+
+const omu_PrimTuple::Element& omu_PrimTuple::At(std::size_t i) const {
+  if (i >= elements.size()) {
+    nex_Exception::Throw(nex_CommandException("tuple index out of range"), kSourceUnit, __LINE__);
+  }
+  return elements[i];
+}

@@ -1,0 +1,3 @@
+#include "omu_Primitive.h"
+
+omu_Primitive::~omu_Primitive() = default;

@@ -1,0 +1,117 @@
+#include "omu_TypeDescription.h"
+
+#include "atr_String.h"
+#include "nex_AssertException.h"
+
+#include <cstring>
+#include <map>
+#include <mutex>
+#include <shared_mutex>
+#include <string_view>
+
+namespace {
+
+constexpr const char* kSourceUnit = "omu_TypeDescription";
+
+struct Types {
+  std::shared_mutex mutex;
+  std::map<std::string_view, omu_TypeDescription> byName;
+};
+
+Types& TheTypes() {
+  // Never destroyed: objects of static storage may still describe themselves while the process
+  // ends.
+  static Types* const types = new Types;
+  return *types;
+}
+
+std::string_view ViewOf(const cow_String& text) {
+  return {text.CStr(), text.Length()};
+}
+
+template <class Entry>
+const Entry* FindEntry(const Entry* table, std::string_view name) {
+  if (table == nullptr) return nullptr;
+  for (; table->name != nullptr; ++table) {
+    if (name == table->name) return table;
+  }
+  return nullptr;
+}
+
+template <class Entry>
+std::vector<cow_String> NamesOf(const Entry* table, const omu_DeprecatedEntry* hidden) {
+  std::vector<cow_String> names;
+  if (table == nullptr) return names;
+  for (; table->name != nullptr; ++table) {
+    if (FindEntry(hidden, table->name) == nullptr) names.emplace_back(table->name);
+  }
+  return names;
+}
+
+} // namespace
+
+omu_TypeDescription::omu_TypeDescription(const char* typeName, const omu_MethodEntry* methodTable,
+                                         const omu_MemberEntry* memberTable,
+                                         const omu_DeprecatedEntry* deprecatedMethodTable,
+                                         const omu_DeprecatedEntry* deprecatedMemberTable)
+    : name(typeName), methods(methodTable), members(memberTable),
+      deprecatedMethods(deprecatedMethodTable), deprecatedMembers(deprecatedMemberTable) {}
+
+const omu_TypeDescription* omu_TypeDescription::Find(const cow_String& typeName) {
+  Types& types = TheTypes();
+  const std::shared_lock<std::shared_mutex> lock(types.mutex);
+  const auto found = types.byName.find(ViewOf(typeName));
+  return found == types.byName.end() ? nullptr : &found->second;
+}
+
+std::vector<cow_String> omu_TypeDescription::TypeNames() {
+  Types& types = TheTypes();
+  const std::shared_lock<std::shared_mutex> lock(types.mutex);
+  std::vector<cow_String> names;
+  names.reserve(types.byName.size());
+  for (const auto& type : types.byName)
+    names.emplace_back(type.second.Name());
+  return names;
+}
+
+const omu_TypeDescription& omu_TypeDescription::Enter(const omu_TypeDescription& description) {
+  Types& types = TheTypes();
+  const omu_TypeDescription* known = nullptr;
+  {
+    const std::shared_lock<std::shared_mutex> lock(types.mutex);
+    const auto found = types.byName.find(description.name);
+    if (found != types.byName.end()) known = &found->second;
+  }
+  if (known == nullptr) {
+    const std::unique_lock<std::shared_mutex> lock(types.mutex);
+    known = &types.byName.emplace(description.name, description).first->second;
+  }
+  if (!known->SameTables(description)) {
+    atr_String message = atr_translate("type '%s' is described twice, with different tables");
+    atr_SubstituteFormat(message, 1, description.name);
+    nex_Exception::Throw(nex_AssertException(message.CStr()), kSourceUnit, __LINE__);
+  }
+  return *known;
+}
+
+std::vector<cow_String> omu_TypeDescription::MethodNames() const {
+  return NamesOf(methods, deprecatedMethods);
+}
+
+std::vector<cow_String> omu_TypeDescription::MemberNames() const {
+  return NamesOf(members, deprecatedMembers);
+}
+
+const omu_MethodEntry* omu_TypeDescription::FindMethod(const cow_String& methodName) const {
+  return FindEntry(methods, ViewOf(methodName));
+}
+
+const omu_MemberEntry* omu_TypeDescription::FindMember(const cow_String& memberName) const {
+  return FindEntry(members, ViewOf(memberName));
+}
+
+bool omu_TypeDescription::SameTables(const omu_TypeDescription& other) const {
+  return methods == other.methods && members == other.members &&
+         deprecatedMethods == other.deprecatedMethods &&
+         deprecatedMembers == other.deprecatedMembers;
+}

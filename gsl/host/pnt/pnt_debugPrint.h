@@ -1,0 +1,13 @@
+#ifndef PNT_DEBUG_PRINT_H
+#define PNT_DEBUG_PRINT_H
+
+#include "aio_ostream.h"
+
+/// The stream for debug output; standard error unless redirected.
+GSL_HOST_API aio_ostream& pnt_debugPrint();
+
+/// Sends debug output to `out`, which must outlive its use; null restores standard error.
+/// Not synchronised with concurrent debug output.
+GSL_HOST_API void pnt_redirectDebugPrint(aio_ostream* out);
+
+#endif

@@ -1,0 +1,41 @@
+#ifndef TYP_ARCH_COMP_TABLE_H
+#define TYP_ARCH_COMP_TABLE_H
+
+#include "mem_Export.h"
+
+/// A row of a module's type table. What the kind and the second word mean is the type tables' own.
+struct typ_Entry {
+  unsigned int kind;
+  unsigned int secondWord;
+  /// Null for the empty row at the head of a table.
+  const char* className;
+};
+
+/// A module's type table: rows that the module owns and keeps for the life of the process.
+class GSL_HOST_API typ_ArchCompEntry {
+public:
+  constexpr typ_ArchCompEntry(const typ_Entry* tableRows, unsigned int count)
+      : rows(tableRows), rowCount(count) {}
+
+  unsigned int RowCount() const { return rowCount; }
+  /// No range check.
+  const typ_Entry& Row(unsigned int i) const { return rows[i]; }
+
+private:
+  const typ_Entry* rows;
+  unsigned int rowCount;
+};
+
+/// The type tables of the process's modules, by module number. Safe from any thread.
+class GSL_HOST_API typ_ArchCompTable {
+public:
+  /// Enters a module's table, in place of the one it had.
+  static void InsertEntry(unsigned int module, const typ_ArchCompEntry& entry);
+  /// Rows 0 for a module without a table.
+  static typ_ArchCompEntry FindEntry(unsigned int module);
+  /// The row that a type id names: module in the upper 16 bits, row in the lower. Null for the
+  /// empty row and where there is none.
+  static const typ_Entry* FindType(unsigned int typeId);
+};
+
+#endif

@@ -1,0 +1,13 @@
+#ifndef TYP_DEBUG_FLAGS_H
+#define TYP_DEBUG_FLAGS_H
+
+#include "mem_Export.h"
+
+/// Integer debug levels by flag number, 0 until set. Safe from any thread.
+class GSL_HOST_API typ_DebugFlags {
+public:
+  static int GetDebugFlags(int flag);
+  static void SetDebugFlags(int flag, int level);
+};
+
+#endif

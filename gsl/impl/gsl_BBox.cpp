@@ -1,0 +1,70 @@
+#include "gsl_BBox.h"
+
+#include "gsl_Coordinates.h"
+#include "gsl_Matrix.h"
+#include "kernel/Box.h"
+
+using gsl_kernel::Box;
+using gsl_kernel::Coord3;
+
+namespace {
+
+/// Moves a corner; its identity stays.
+void Place(gsl_Point& corner, const Coord3& c) {
+  corner.x = c.x;
+  corner.y = c.y;
+  corner.z = c.z;
+}
+
+Box BoxOf(const gsl_BBox& box) {
+  return {box.min.Coords(), box.max.Coords()};
+}
+
+} // namespace
+
+gsl_BBox::gsl_BBox()
+    : min(ComputedPoint(gsl_kernel::kEmptyBox.min)), max(ComputedPoint(gsl_kernel::kEmptyBox.max)),
+      uid(cls_Uid::AllocateUid()) {}
+
+void gsl_BBox::Vacate() {
+  Place(min, gsl_kernel::kEmptyBox.min);
+  Place(max, gsl_kernel::kEmptyBox.max);
+}
+
+void gsl_BBox::Transform(const gsl_Matrix& m) {
+  if (IsEmpty()) return;
+  const Box moved = gsl_kernel::TransformBox(BoxOf(*this), m.m);
+  // transformed-box-is-a-new-box: the corners stem from one computed point and share its identity.
+  AcceptComputed(min, moved.min);
+  max = min;
+  Place(max, moved.max);
+  uid = cls_Uid::AllocateUid();
+}
+
+double gsl_BBox::Size() const {
+  return IsEmpty() ? -1.0 : min.GetDistance(max);
+}
+
+gsl_Vector gsl_BBox::Diag() const {
+  return IsEmpty() ? gsl_Vector(0.0, 0.0, 0.0) : gsl_Vector(min, max);
+}
+
+g3d_Sphere gsl_BBox::GetExtent() const {
+  // extent-of-an-empty-box-has-a-negative-radius: displays take it for "nothing".
+  const gsl_Point centre = Center();
+  g3d_Sphere sphere;
+  sphere.Set({static_cast<float>(centre.x), static_cast<float>(centre.y),
+              static_cast<float>(centre.z), 1.0f},
+             static_cast<float>(Size() / 2.0));
+  return sphere;
+}
+
+bool gsl_BBox::operator==(const gsl_BBox& o) const {
+  if (this == &o) return true;
+  return min == o.min && max == o.max;
+}
+
+void gsl_BBox::Print(aio_ostream& out, int indent) const {
+  min.Print(out, indent);
+  max.Print(out, indent);
+}

@@ -1,0 +1,286 @@
+#include "gsl_DepthFirstSearch.h"
+
+#include "gsl_WideKernels.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <memory>
+#include <new>
+
+// The order in which the vertices of a piece are visited does not show: a piece is a set. So the
+// rows that wait are not a stack or a queue but a set, and are scanned in the order of memory,
+// round after round: that is nearly one stream.
+
+static_assert(sizeof(bool) == 1, "rows are scanned as bytes");
+
+namespace {
+
+using gsl_kernel::kEdgeLine;
+
+/// The vertices that are visited but whose rows are not scanned yet: a bit each.
+class WaitingSet {
+public:
+  static std::size_t Words(int n) { return (static_cast<std::size_t>(n) + 63) / 64; }
+
+  WaitingSet(int n, std::uint64_t* memory) : words(Words(n)), bits(memory), count(0) {
+    std::fill(bits, bits + words, std::uint64_t{0});
+  }
+
+  /// `v` is not in the set.
+  void Add(int v) {
+    bits[Word(v)] |= std::uint64_t{1} << v % 64;
+    ++count;
+  }
+  /// `v` is in the set.
+  void Remove(int v) {
+    bits[Word(v)] &= ~(std::uint64_t{1} << v % 64);
+    --count;
+  }
+
+  /// The first one from `v` on, then from 0 on; -1 when the set is empty.
+  int From(int v) const {
+    if (count == 0) return -1;
+    const std::uint64_t here = bits[Word(v)] >> v % 64;
+    if (here != 0) return v + __builtin_ctzll(here);
+    std::size_t word = Word(v);
+    do {
+      word = word + 1 < words ? word + 1 : 0;
+    } while (bits[word] == 0);
+    return static_cast<int>(word) * 64 + __builtin_ctzll(bits[word]);
+  }
+
+private:
+  std::size_t words;
+  std::uint64_t* bits;
+  int count;
+
+  static std::size_t Word(int v) { return static_cast<std::size_t>(v) / 64; }
+};
+
+/// The unvisited vertices: a byte each, 0xFF or 0, padded to whole lines with 0; and a bit for each
+/// group of lines that has one left.
+class UnvisitedSet {
+public:
+  /// In units of 64 bits.
+  static std::size_t MemoryFor(int n) {
+    const std::size_t bytes = Lines(n) * kEdgeLine + Groups(n) * sizeof(std::uint16_t);
+    return Words(n) + (bytes + 7) / 8;
+  }
+
+  UnvisitedSet(int n, std::uint64_t* memory)
+      : lines(Lines(n)), words(Words(n)), live(memory),
+        bytes(reinterpret_cast<unsigned char*>(memory + words)),
+        left(reinterpret_cast<std::uint16_t*>(bytes + lines * kEdgeLine)) {
+    std::fill(live, live + words, std::uint64_t{0});
+    std::fill(bytes, bytes + n, static_cast<unsigned char>(0xFF));
+    std::fill(bytes + n, bytes + lines * kEdgeLine, static_cast<unsigned char>(0));
+    for (int u = 0; u < n; u += kGroup) {
+      const std::size_t group = Group(u);
+      left[group] = static_cast<std::uint16_t>(std::min(kGroup, n - u));
+      live[group / 64] |= std::uint64_t{1} << group % 64;
+    }
+  }
+
+  bool Has(int u) const { return bytes[u] != 0; }
+  std::size_t LineCount() const { return lines; }
+  const unsigned char* Line(std::size_t line) const { return bytes + line * kEdgeLine; }
+
+  void Remove(int u) {
+    bytes[u] = 0;
+    const std::size_t group = Group(u);
+    if (--left[group] == 0) live[group / 64] &= ~(std::uint64_t{1} << group % 64);
+  }
+
+  /// The first line from `line` on, a multiple of kGroupLines, in a group with a vertex left.
+  std::size_t NextLive(std::size_t line) const { return Next(line, 0); }
+  /// The first line from `line` on, a multiple of kGroupLines, in a group without one.
+  std::size_t NextDead(std::size_t line) const { return Next(line, ~std::uint64_t{0}); }
+
+private:
+  static constexpr std::size_t kGroupLines = 4;
+  static constexpr int kGroup = kEdgeLine * static_cast<int>(kGroupLines);
+
+  std::size_t lines;
+  std::size_t words;
+  std::uint64_t* live;
+  unsigned char* bytes;
+  std::uint16_t* left; ///< unvisited vertices of each group
+
+  static std::size_t Lines(int n) {
+    return (static_cast<std::size_t>(n) + kEdgeLine - 1) / kEdgeLine;
+  }
+  static std::size_t Groups(int n) { return (Lines(n) + kGroupLines - 1) / kGroupLines; }
+  static std::size_t Words(int n) { return (Groups(n) + 63) / 64; }
+  static std::size_t Group(int u) { return static_cast<std::size_t>(u / kGroup); }
+
+  std::size_t Next(std::size_t line, std::uint64_t flip) const {
+    const std::size_t group = line / kGroupLines;
+    std::size_t word = group / 64;
+    if (word >= words) return lines;
+    std::uint64_t bits = (live[word] ^ flip) & ~std::uint64_t{0} << group % 64;
+    while (bits == 0) {
+      if (++word >= words) return lines;
+      bits = live[word] ^ flip;
+    }
+    const std::size_t found = word * 64 + static_cast<std::size_t>(__builtin_ctzll(bits));
+    return std::min(lines, found * kGroupLines);
+  }
+};
+
+/// The first byte of a word in memory that is not 0; the word is not 0.
+int FirstByte(std::uint64_t word) {
+#if __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__
+  return __builtin_ctzll(word) / 8;
+#else
+  return __builtin_clzll(word) / 8;
+#endif
+}
+
+std::uint64_t WithoutByte(std::uint64_t word, int byte) {
+#if __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__
+  return word & ~(std::uint64_t{0xFF} << 8 * byte);
+#else
+  return word & ~(std::uint64_t{0xFF} << (56 - 8 * byte));
+#endif
+}
+
+std::uint64_t LoadWord(const unsigned char* from) {
+  std::uint64_t word = 0;
+  std::memcpy(&word, from, sizeof word);
+  return word;
+}
+
+class Labelling {
+public:
+  /// In units of 64 bits.
+  static std::size_t MemoryFor(int n) { return WaitingSet::Words(n) + UnvisitedSet::MemoryFor(n); }
+
+  Labelling(const bool* a, int count, int* l, std::uint64_t* memory)
+      : adjacency(reinterpret_cast<const unsigned char*>(a)), n(count), end(Row(count)), labels(l),
+        piece(0), unvisitedCount(count), waiting(count, memory),
+        unvisited(count, memory + WaitingSet::Words(count)), kernels(gsl_BestWideKernels()) {}
+
+  int Run() {
+    for (int start = 0; unvisitedCount > 0; ++start) {
+      // edges-are-followed-in-their-direction-only: a vertex that points into an earlier piece, and
+      // is not pointed to, is still here.
+      if (!unvisited.Has(start)) continue;
+      Visit(start);
+      for (int v = start; v >= 0 && unvisitedCount > 0; v = waiting.From(v)) {
+        waiting.Remove(v);
+        ScanRow(v);
+      }
+      ++piece;
+    }
+    return piece;
+  }
+
+private:
+  const unsigned char* const adjacency;
+  const int n;
+  const unsigned char* const end;
+  int* const labels;
+  int piece;
+  int unvisitedCount;
+  WaitingSet waiting;
+  UnvisitedSet unvisited;
+  const gsl_WideKernels& kernels;
+
+  const unsigned char* Row(int v) const {
+    return adjacency + static_cast<std::size_t>(v) * static_cast<std::size_t>(n);
+  }
+
+  void Visit(int u) {
+    labels[u] = piece;
+    // diagonal-changes-nothing: a vertex is visited before its row is looked at.
+    unvisited.Remove(u);
+    --unvisitedCount;
+    waiting.Add(u);
+  }
+
+  /// The row that probably comes next, to be fetched while this one is scanned.
+  const unsigned char* RowAfter(int v) const {
+    const int next = waiting.From(v);
+    return Row(next >= 0 ? next : std::min(v + 1, n - 1));
+  }
+
+  void ScanRow(int v) {
+    const unsigned char* const row = Row(v);
+    // The last line reaches into the next row, where nothing is open; after the last row there is
+    // nothing to read.
+    const std::size_t readable =
+        unvisited.LineCount() * kEdgeLine <= static_cast<std::size_t>(end - row)
+            ? unvisited.LineCount()
+            : static_cast<std::size_t>(n / kEdgeLine);
+    for (std::size_t line = unvisited.NextLive(0); line < readable;) {
+      const std::size_t dead = std::min(readable, unvisited.NextDead(line));
+      ScanLines(v, line, dead);
+      line = dead < readable ? unvisited.NextLive(dead) : readable;
+    }
+    if (readable < unvisited.LineCount()) {
+      unsigned char padded[kEdgeLine] = {};
+      std::memcpy(padded, row + readable * kEdgeLine, static_cast<std::size_t>(n % kEdgeLine));
+      VisitFrom(readable, padded);
+    }
+  }
+
+  void ScanLines(int v, std::size_t line, std::size_t dead) {
+    const unsigned char* const row = Row(v);
+    while (line < dead) {
+      line += kernels.skipLines(row + line * kEdgeLine, unvisited.Line(line),
+                                RowAfter(v) + line * kEdgeLine, dead - line);
+      if (line == dead) break;
+      VisitFrom(line, row + line * kEdgeLine);
+      ++line;
+    }
+  }
+
+  void VisitFrom(std::size_t line, const unsigned char* entries) {
+    const unsigned char* const open = unvisited.Line(line);
+    for (int k = 0; k < kEdgeLine; k += 8) {
+      std::uint64_t edges = LoadWord(entries + k) & LoadWord(open + k);
+      for (; edges != 0; edges = WithoutByte(edges, FirstByte(edges))) {
+        Visit(static_cast<int>(line) * kEdgeLine + k + FirstByte(edges));
+      }
+    }
+  }
+};
+
+/// The same without working memory. The labels say who is unvisited, and chain those that wait.
+int LabelEntryByEntry(const bool* adjacency, int n, int* labels) {
+  constexpr int kUnvisited = -1;
+  constexpr int kEndOfChain = -2;
+  const auto link = [](int vertex) { return kEndOfChain - 1 - vertex; };
+  std::fill(labels, labels + n, kUnvisited);
+  int piece = 0;
+  for (int start = 0; start < n; ++start) {
+    if (labels[start] != kUnvisited) continue;
+    labels[start] = kEndOfChain;
+    for (int waiting = link(start); waiting != kEndOfChain;) {
+      const int v = link(waiting);
+      waiting = labels[v];
+      labels[v] = piece;
+      const bool* const row = adjacency + static_cast<std::size_t>(v) * static_cast<std::size_t>(n);
+      for (int u = 0; u < n; ++u) {
+        if (labels[u] != kUnvisited || !row[u]) continue;
+        labels[u] = waiting;
+        waiting = link(u);
+      }
+    }
+    ++piece;
+  }
+  return piece;
+}
+
+} // namespace
+
+void gsl_DepthFirstSearch(bool const* adjacency, int n, int* labels, int& count) {
+  count = 0;
+  if (n <= 0) return;
+  const std::unique_ptr<std::uint64_t[]> memory(new (std::nothrow)
+                                                    std::uint64_t[Labelling::MemoryFor(n)]);
+  count = memory != nullptr ? Labelling(adjacency, n, labels, memory.get()).Run()
+                            : LabelEntryByEntry(adjacency, n, labels);
+}

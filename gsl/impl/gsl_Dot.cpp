@@ -1,0 +1,72 @@
+#include "gsl_Dot.h"
+
+#include <new>
+
+namespace {
+
+constexpr int kNoInstance = 0;
+constexpr int kNoEntity = -1;
+
+} // namespace
+
+gsl_Dot::gsl_Dot(const gsl_Point& p)
+    : uid(cls_Uid::AllocateUid()), _point(p), _method(gsl_FROM_POINT), _instanceId(kNoInstance),
+      _entityId(kNoEntity) {}
+
+gsl_Dot::gsl_Dot(double x, double y, double z) : gsl_Dot(gsl_Point(x, y, z)) {}
+
+gsl_Dot::gsl_Dot() : gsl_Dot(gsl_Point()) {}
+
+gsl_Dot::gsl_Dot(int instanceId, int entityId)
+    : uid(cls_Uid::AllocateUid()), _method(gsl_FROM_NODE), _instanceId(instanceId),
+      _entityId(entityId) {}
+
+// copy-constructor-keeps-everything-and-the-identity
+gsl_Dot::gsl_Dot(const gsl_Dot&) = default;
+
+gsl_Dot& gsl_Dot::operator=(const gsl_Dot&) = default;
+
+gsl_Dot::~gsl_Dot() = default;
+
+gsl_Dot* gsl_Dot::Copy() const {
+  // copy-answers-null
+  return new (std::nothrow) gsl_Dot(*this);
+}
+
+bool gsl_Dot::Regenerate(const ftr_FeatureList*) {
+  return true;
+}
+
+int gsl_Dot::GetEntityId() const {
+  return _entityId;
+}
+
+bool gsl_Dot::ExtensionPoint1(const void*) {
+  return false;
+}
+
+int gsl_Dot::NumOwnerFeatures() const {
+  return 0;
+}
+
+int gsl_Dot::OwnerFeatureId(int) const {
+  return 0;
+}
+
+void gsl_Dot::ExtensionPoint2(double, double, double) {}
+
+void gsl_Dot::ExtensionPoint3(const void*, const void*, const void*) {}
+
+unsigned int gsl_Dot::DynTypeId() const {
+  return TypeId();
+}
+
+void gsl_Dot::SetValues(double x, double y, double z) {
+  _point.x = x;
+  _point.y = y;
+  _point.z = z;
+}
+
+int gsl_Dot::OwnerFeatID() const {
+  return NumOwnerFeatures() < 1 ? 0 : OwnerFeatureId(0);
+}

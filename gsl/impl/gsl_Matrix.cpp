@@ -1,0 +1,172 @@
+#include "gsl_Matrix.h"
+
+#include "gsl_Coordinates.h"
+#include "kernel/Matrix.h"
+
+#include <cstring>
+
+using gsl_kernel::Coord3;
+
+namespace {
+
+constexpr std::int32_t kIsIdentity = 1;
+constexpr std::int32_t kIsNotIdentity = 0;
+constexpr std::int32_t kNotKnown = -1;
+
+} // namespace
+
+void gsl_Matrix::FillIdentity() {
+  for (int r = 0; r < 4; ++r) {
+    for (int c = 0; c < 4; ++c)
+      m[r][c] = r == c ? 1.0 : 0.0;
+  }
+  isIdentity = kIsIdentity;
+}
+
+bool gsl_Matrix::operator==(const gsl_Matrix& o) const {
+  if (this == &o) return true;
+  for (int c = 0; c < 4; ++c) {
+    for (int r = 0; r < 4; ++r) {
+      if (!gsl_kernel::WithinBand(m[r][c], o.m[r][c], gsl_kernel::kMatrixEqualTolerance)) {
+        return false;
+      }
+    }
+  }
+  return true;
+}
+
+void gsl_Matrix::Transform(gsl_Point& p) const {
+  const Coord3 moved = gsl_kernel::TransformPoint(m, p.Coords());
+  p.x = moved.x;
+  p.y = moved.y;
+  p.z = moved.z;
+}
+
+void gsl_Matrix::Transform(gsl_Vector& v) const {
+  v = gsl_Vector(gsl_kernel::Measure(gsl_kernel::TransformVector(m, v.Coords())));
+}
+
+void gsl_Matrix::Concatenate(const gsl_Matrix& o) {
+  double product[4][4];
+  // concatenate-applies-the-argument-afterwards
+  gsl_kernel::Product(o.m, m, product);
+  // concatenate-leaves-the-flag-unknown
+  std::memcpy(m, product, sizeof m);
+  isIdentity = kNotKnown;
+}
+
+bool gsl_Matrix::IsIdentity() const {
+  if (isIdentity != kNotKnown) return isIdentity == kIsIdentity;
+  for (int c = 0; c < 4; ++c) {
+    // row-three-is-not-checked-but-snapped
+    for (int r = 0; r < 3; ++r) {
+      const double exact = r == c ? 1.0 : 0.0;
+      const bool near = m[r][c] >= exact - gsl_kernel::kIdentityTolerance &&
+                        m[r][c] <= exact + gsl_kernel::kIdentityTolerance;
+      if (!near) {
+        isIdentity = kIsNotIdentity;
+        return false;
+      }
+    }
+  }
+  const gsl_Matrix exact;
+  // snaps-near-identities-to-the-exact-one
+  std::memcpy(m, exact.m, sizeof m);
+  isIdentity = kIsIdentity;
+  return true;
+}
+
+void gsl_Matrix::SetTranslation(const gsl_Vector& t) {
+  SetColumn(3, t);
+}
+
+void gsl_Matrix::GetTranslation(gsl_Vector& t) const {
+  t = Column(3);
+}
+
+void gsl_Matrix::SetRow(unsigned int r, const gsl_Vector& v) {
+  m[r][0] = v.x;
+  m[r][1] = v.y;
+  m[r][2] = v.z;
+  isIdentity = kNotKnown;
+}
+
+void gsl_Matrix::SetColumn(unsigned int c, const gsl_Vector& v) {
+  m[0][c] = v.x;
+  m[1][c] = v.y;
+  m[2][c] = v.z;
+  isIdentity = kNotKnown;
+}
+
+void gsl_Matrix::SetRotationVectors(const gsl_Vector& X, const gsl_Vector& Y, const gsl_Vector& Z) {
+  const gsl_Vector* const axes[3] = {&X, &Y, &Z};
+  for (int c = 0; c < 3; ++c) {
+    // set-rotation-vectors-does-not-check-orthogonality
+    const Coord3 unit = gsl_kernel::UnitComponents(axes[c]->Measured());
+    m[0][c] = unit.x;
+    m[1][c] = unit.y;
+    m[2][c] = unit.z;
+  }
+  isIdentity = kNotKnown;
+}
+
+void gsl_Matrix::GetRotationAngles(double& a, double& b, double& c) const {
+  const double cy = std::sqrt(m[0][0] * m[0][0] + m[1][0] * m[1][0]);
+  b = std::atan2(-m[2][0], cy);
+  if (cy > gsl_kernel::kGimbalLockCosine) {
+    a = std::atan2(m[2][1], m[2][2]);
+    c = std::atan2(m[1][0], m[0][0]);
+  } else {
+    // gimbal-lock-takes-what-is-left-about-x
+    a = std::atan2(-m[1][2], m[1][1]);
+    c = 0.0;
+  }
+}
+
+gsl_Matrix gsl_Matrix::InverseRigidTransform() const {
+  gsl_Matrix inverse;
+  if (isIdentity == kIsIdentity) return inverse;
+  for (int r = 0; r < 3; ++r) {
+    for (int c = 0; c < 3; ++c)
+      inverse.m[r][c] = m[c][r];
+  }
+  const Coord3 t = gsl_kernel::TransformVector(inverse.m, {-m[0][3], -m[1][3], -m[2][3]});
+  inverse.SetTranslation(gsl_Vector(t.x, t.y, t.z));
+  return inverse;
+}
+
+void gsl_Matrix::AxisRotation(const gsl_Point& p, const gsl_Vector& axis, double angle) {
+  FillIdentity();
+  gsl_Vector unit = axis;
+  // a-short-axis-leaves-the-identity
+  if (!unit.Normalize()) return;
+  SetTranslation(gsl_Vector(0.0 - p.x, 0.0 - p.y, 0.0 - p.z));
+  gsl_Matrix rotation;
+  gsl_kernel::AxisRotationBlock(unit.Coords(), std::cos(angle), std::sin(angle), rotation.m);
+  rotation.isIdentity = kNotKnown;
+  gsl_Matrix back;
+  back.SetTranslation(gsl_Vector(p.x, p.y, p.z));
+  Concatenate(rotation);
+  Concatenate(back);
+}
+
+void gsl_Matrix::GetAxisRotation(gsl_Point& p, gsl_Vector& axis, double& angle) const {
+  gsl_kernel::Quaternion q = gsl_kernel::QuaternionOfRotation(m);
+  if (m[3][3] != 1.0) {
+    const double scale = 1.0 / std::sqrt(m[3][3]);
+    q = {static_cast<float>(q.x * scale), static_cast<float>(q.y * scale),
+         static_cast<float>(q.z * scale), static_cast<float>(q.w * scale)};
+  }
+  const float sh = std::sqrt(q.x * q.x + q.y * q.y + q.z * q.z);
+  angle = 2.0 * std::atan2(static_cast<double>(sh), static_cast<double>(q.w));
+  axis = angle > Settings().cosineTolerance
+             ? gsl_Vector(static_cast<double>(q.x / sh), static_cast<double>(q.y / sh),
+                          static_cast<double>(q.z / sh))
+             : gsl_Vector(0.0, 0.0, 0.0);
+  // point-is-the-translation
+  AcceptComputed(p, {m[0][3], m[1][3], m[2][3]});
+}
+
+void gsl_Matrix::AsArray(double (*const out)[4]) const {
+  std::memcpy(out, m, sizeof m);
+}

@@ -1,0 +1,72 @@
+#include "gsl_StLine.h"
+
+#include "gsl_EntityPredicates.h"
+
+gsl_StLine::gsl_StLine() : gsl_StLine(gsl_Point(), gsl_Vector(1.0, 0.0, 0.0)) {}
+
+gsl_StLine::gsl_StLine(const gsl_Point& p, const gsl_Vector& d)
+    : point(p), direction(d), method(FROM_PNT_VECTOR), flip(false), ok(true), ownerFeatId(0),
+      uid(cls_Uid::AllocateUid()) {}
+
+gsl_StLine::gsl_StLine(const gsl_Point& p1, const gsl_Point& p2)
+    : point(p1), direction(gsl_Vector(p1, p2)), method(FROM_PNT_PNT), flip(false), ok(true),
+      ownerFeatId(0), uid(cls_Uid::AllocateUid()) {}
+
+gsl_StLine::gsl_StLine(const gsl_StLine&) = default;
+
+gsl_StLine& gsl_StLine::operator=(const gsl_StLine&) = default;
+
+gsl_StLine::~gsl_StLine() = default;
+
+gsl_StLine* gsl_StLine::Copy() const {
+  return new gsl_StLine(*this);
+}
+
+// regenerate-is-true-whatever-the-ok-flag-says
+bool gsl_StLine::Regenerate(const ftr_FeatureList*) {
+  return true;
+}
+
+int gsl_StLine::OwnerFeatID() const {
+  return ownerFeatId;
+}
+
+void gsl_StLine::SetOwnerFeatID(int id) {
+  ownerFeatId = id;
+}
+
+gsl_Vector gsl_StLine::DirectionForDatum() {
+  // direction-for-datum-deliberately-ignores-the-flip
+  return Direction();
+}
+
+unsigned int gsl_StLine::DynTypeId() const {
+  return TypeId();
+}
+
+bool gsl_StLine::Intersect(const gsl_Plane& plane, gsl_Point& out) const {
+  return point.RayIntersect(Direction(), plane, out);
+}
+
+bool gsl_StLine::Intersect(const gsl_StLine& other, gsl_Point& out, double& dist) const {
+  switch (gsl_kernel::ClassifyLines(LineOf(*this), LineOf(other), Settings().linearTolerance)) {
+  case gsl_kernel::LinePair::Skew:
+    return false;
+  case gsl_kernel::LinePair::Parallel:
+    // parallel-lines-give-their-distance
+    dist = point.GetDistance(other);
+    return false;
+  case gsl_kernel::LinePair::Crossing:
+    break;
+  }
+  // lines-a-tenth-of-the-tolerance-apart-count
+  dist = IntersectNonParallel(other, out);
+  return true;
+}
+
+double gsl_StLine::IntersectNonParallel(const gsl_StLine& other, gsl_Point& out) const {
+  const gsl_kernel::ClosestPoints closest =
+      gsl_kernel::ClosestOfNonParallel(LineOf(*this), LineOf(other), Settings().linearTolerance);
+  AcceptComputed(out, closest.onFirst);
+  return closest.distance;
+}

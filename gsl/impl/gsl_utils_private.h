@@ -1,0 +1,101 @@
+#ifndef GSL_UTILS_PRIVATE_H
+#define GSL_UTILS_PRIVATE_H
+
+#include "aio_istream.h"
+#include "aio_ostream.h"
+#include "kernel/Comparison.h"
+#include "pnt_debugPrint.h"
+#include "typ_DebugFlags.h"
+
+#include <cmath>
+#include <cstdint>
+#include <istream>
+#include <limits>
+#include <ostream>
+
+/// Routines of gsl_utils.cpp that are not exported; here so that tests reach them.
+
+/// The debug flag of this module.
+constexpr int kModuleDebugFlag = 778;
+
+/// As gsl_RealArrEqual with the band |a[i] * tol|, replaced by tol only where that product is
+/// exactly zero. Unlike gsl_RealRelEqual there is deliberately no floor at tol for small non-zero
+/// a[i].
+inline bool RealArrRelEqual(int n, const double* a, const double* b, double tol) {
+  for (int i = 0; i < n; ++i) {
+    double band = std::fabs(a[i] * tol);
+    // has-no-floor-for-small-elements
+    if (band == 0.0) band = tol;
+    if (!gsl_kernel::WithinBand(a[i], b[i], band)) return false;
+  }
+  return true;
+}
+
+/// The whole number at or below y, or the next one when y is at least half way to it.
+inline double RoundHalfUp(double y) {
+  // Adding zero turns -0 into +0, as a conversion through an integer does.
+  const double whole = std::floor(y) + 0.0;
+  return y - whole < 0.5 ? whole : whole + 1.0;
+}
+
+/// base^n by squaring; 1.0 for n = 0, the reciprocal of base^|n| for n < 0.
+inline double IntegerPower(double base, int n) {
+  double result = 1.0;
+  double square = base;
+  for (auto bits = n < 0 ? 0u - static_cast<unsigned int>(n) : static_cast<unsigned int>(n);
+       bits != 0; bits >>= 1) {
+    if ((bits & 1u) != 0) result *= square;
+    square *= square;
+  }
+  return n >= 0 ? result : 1.0 / result;
+}
+
+/// base^n with the running value rounded to single precision at every step, on purpose. 0.0 for
+/// base 0.0 (also for n = 0, which is tested later), 1.0 for n = 0.
+inline double SinglePrecisionPower(double base, int n) {
+  // zero-base-is-tested-before-zero-exponent
+  if (base == 0.0) return 0.0;
+  if (n == 0) return 1.0;
+  auto value = static_cast<float>(n > 0 ? base : 1.0 / base);
+  const std::int64_t steps = std::abs(static_cast<std::int64_t>(n)) - 1;
+  for (std::int64_t i = 0; i < steps; ++i) {
+    const double exact = n > 0 ? value * base : value / base;
+    // rounds-to-single-precision-at-every-step
+    const auto next = static_cast<float>(exact);
+    const bool settled = std::fabs(next) == std::fabs(value) || std::isnan(next);
+    value = next;
+    if (!settled) continue;
+    // The size is the same after every later step; only the sign may go on changing.
+    if (base < 0.0 && (steps - 1 - i) % 2 != 0) value = -value;
+    break;
+  }
+  return static_cast<double>(value);
+}
+
+/// 10^e with e = -floor(log10(v)) + digits - 1: moves `digits` digits of v > 0 before the point.
+inline double DigitScale(double v, int digits) {
+  const double e = -std::floor(std::log10(v)) + digits - 1;
+  // Exponents beyond the range of int are all beyond the range of 10^e too.
+  const double lowest = std::numeric_limits<int>::min();
+  const double highest = std::numeric_limits<int>::max();
+  return std::pow(10.0, static_cast<int>(e < lowest ? lowest : (e > highest ? highest : e)));
+}
+
+/// Reads up to and including the next newline and returns it; the end-of-file value when the input
+/// ends first.
+inline int SkipToEndOfLine(aio_istream& in) {
+  int c = in.get();
+  while (c != '\n' && c != std::istream::traits_type::eof())
+    c = in.get();
+  return c;
+}
+
+/// SkipToEndOfLine, behind a prompt on the debug stream when the module's debug flag exceeds 1.
+inline int WaitForReturn(aio_istream& in) {
+  if (typ_DebugFlags::GetDebugFlags(kModuleDebugFlag) > 1) {
+    pnt_debugPrint() << "Press <Return> to continue..." << std::flush;
+  }
+  return SkipToEndOfLine(in);
+}
+
+#endif

@@ -1,0 +1,29 @@
+#ifndef GSL_KERNEL_CONSTANTS_H
+#define GSL_KERNEL_CONSTANTS_H
+
+/// The tolerances that are fixed on purpose and none of the gsl_Util settings, and other constants
+/// of the formulas.
+namespace gsl_kernel {
+
+/// Largest difference between the entries of equal matrices.
+// matrix-equality-is-closed-at-a-fixed-tolerance
+constexpr double kMatrixEqualTolerance = 0.001;
+/// Distance from the exact identity that still counts as the identity.
+constexpr double kIdentityTolerance = 1e-5;
+/// Unit components of parallel directions, when two lines are intersected.
+// parallel-tolerance-is-fixed
+constexpr double kLineParallelTolerance = 1e-5;
+/// Bounds of equal intervals.
+// interval-equality-is-closed-at-a-fixed-tolerance
+constexpr double kIntervalTolerance = 1e-8;
+/// Cosine of the middle angle below which a rotation is in gimbal lock: 2 to the power -19.
+constexpr double kGimbalLockCosine = 1.9073486328125e-6;
+/// No distance between segments is looked for beyond this.
+constexpr double kSegmentDistanceCap = 1e10;
+
+constexpr double kPi = 3.141592653589793;
+constexpr double kTwoPi = 6.283185307179586;
+
+} // namespace gsl_kernel
+
+#endif

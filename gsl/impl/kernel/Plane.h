@@ -1,0 +1,72 @@
+#ifndef GSL_KERNEL_PLANE_H
+#define GSL_KERNEL_PLANE_H
+
+#include "kernel/Vector.h"
+
+namespace gsl_kernel {
+
+struct Plane {
+  Coord3 point;
+  Measured3 normal;
+};
+
+/// (v . n) / |n| with v from the plane's point to p.
+inline double SignedPlaneDistance(const Coord3& p, const Plane& plane) {
+  return Dot(Subtract(p, plane.point), plane.normal.c) / plane.normal.magnitude;
+}
+
+inline double PlaneDistance(const Coord3& p, const Plane& plane) {
+  const double distance = SignedPlaneDistance(p, plane);
+  // a-signed-distance-of-zero-is-negated
+  return distance > 0.0 ? distance : -distance;
+}
+
+/// Measured along `dir`: negative against the normal, not finite for a parallel `dir`.
+inline double PlaneDistanceAlong(const Coord3& p, const Plane& plane, const Measured3& dir) {
+  // along-a-direction-against-the-normal-is-negative
+  return PlaneDistance(p, plane) * dir.magnitude * plane.normal.magnitude /
+         Dot(dir.c, plane.normal.c);
+}
+
+inline bool IsOnPlane(const Coord3& p, const Plane& plane, double linearTolerance) {
+  return linearTolerance > PlaneDistance(p, plane);
+}
+
+inline Coord3 FootOnPlane(const Coord3& p, const Plane& plane, double linearTolerance) {
+  const Coord3 n = gsl_arithmetic::NormalizedCopy(plane.normal, linearTolerance).c;
+  return Subtract(p, Multiply(n, SignedPlaneDistance(p, plane)));
+}
+
+enum class RayPlane { ShortDirection, OriginOnPlane, ParallelDirection, Crossing };
+
+/// Crossing of the line through p along `dir` with the plane; `out` is written for Crossing only.
+inline RayPlane IntersectRayPlane(const Coord3& p, const Measured3& dir, const Plane& plane,
+                                  double linearTolerance, double cosineTolerance, Coord3& out) {
+  // zero-direction-fails-even-on-the-plane
+  if (linearTolerance > dir.magnitude) return RayPlane::ShortDirection;
+  // an-origin-on-the-plane-is-the-answer
+  if (IsOnPlane(p, plane, linearTolerance)) return RayPlane::OriginOnPlane;
+  if (gsl_arithmetic::IsOrthogonal(dir, plane.normal, cosineTolerance)) {
+    return RayPlane::ParallelDirection;
+  }
+  // is-crossed-in-both-senses
+  const double s = Dot(Subtract(plane.point, p), plane.normal.c) / Dot(dir.c, plane.normal.c);
+  out = Add(p, Multiply(dir.c, s));
+  return RayPlane::Crossing;
+}
+
+/// Opposite normals are parallel, a zero normal is parallel to nothing.
+inline bool PlanesParallel(const Plane& a, const Plane& b, double cosineTolerance) {
+  return gsl_arithmetic::IsOn(b.normal, a.normal, cosineTolerance);
+}
+
+/// 0.0 for planes that are not parallel.
+inline double DistanceBetweenParallelPlanes(const Plane& a, const Plane& b,
+                                            double cosineTolerance) {
+  if (!PlanesParallel(a, b, cosineTolerance)) return 0.0;
+  return PlaneDistance(a.point, b);
+}
+
+} // namespace gsl_kernel
+
+#endif

@@ -1,0 +1,52 @@
+#ifndef GSL_KERNEL_SEGMENT_H
+#define GSL_KERNEL_SEGMENT_H
+
+#include "kernel/Vector.h"
+
+namespace gsl_kernel {
+
+/// Position of x along p0-p1, the distance from its line not counting.
+///
+/// weights[0] is the fraction from p0 to p1, weights[1] the weight of p0; both always written, but
+/// for a degenerate segment (linearTolerance >= length), which takes (0, 1) when x is within
+/// linearTolerance of p0 (closed) and otherwise answers false and writes nothing.
+/// True within linearTolerance (closed) of the span.
+/// `length` is that of p0-p1.
+inline bool PointSegmentParameters(const Coord3& x, const Coord3& p0, const Coord3& p1,
+                                   double length, double linearTolerance, double* weights) {
+  if (linearTolerance >= length) {
+    // degenerate-segment-takes-its-first-points-neighbourhood
+    if (!(linearTolerance >= Distance(x, p0))) return false;
+    weights[0] = 0.0;
+    weights[1] = 1.0;
+    return true;
+  }
+  // first-weight-belongs-to-the-second-point
+  weights[0] = Dot(Subtract(p0, x), Subtract(p0, p1)) / (length * length);
+  weights[1] = Dot(Subtract(p1, x), Subtract(p1, p0)) / (length * length);
+  return !(weights[0] * length < -linearTolerance) && !(weights[1] * length < -linearTolerance);
+}
+
+inline bool PointSegmentParameters(const Coord3& x, const Coord3& p0, const Coord3& p1,
+                                   double linearTolerance, double* weights) {
+  return PointSegmentParameters(x, p0, p1, Distance(p0, p1), linearTolerance, weights);
+}
+
+enum class SegmentFoot { Degenerate, Inside, Outside };
+
+/// Foot of p on the line of p1-p2 and its fraction t; inside within `tol` of the span (open).
+/// Nothing is written for a degenerate segment, tol > length.
+inline SegmentFoot FootOnSegment(const Coord3& p, const Coord3& p1, const Coord3& p2, double tol,
+                                 Coord3& foot, double& t) {
+  const double length = Distance(p1, p2);
+  if (tol > length) return SegmentFoot::Degenerate;
+  const Coord3 u = Multiply(Subtract(p2, p1), 1.0 / length);
+  t = Dot(u, Subtract(p, p1)) / length;
+  foot = Add(p1, Multiply(u, t * length));
+  const double r = tol / length;
+  return t > -r && t < 1.0 + r ? SegmentFoot::Inside : SegmentFoot::Outside;
+}
+
+} // namespace gsl_kernel
+
+#endif

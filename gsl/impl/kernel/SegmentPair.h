@@ -1,0 +1,109 @@
+#ifndef GSL_KERNEL_SEGMENT_PAIR_H
+#define GSL_KERNEL_SEGMENT_PAIR_H
+
+#include "kernel/Line.h"
+#include "kernel/Segment.h"
+
+#include <limits>
+
+namespace gsl_kernel {
+
+struct Segment {
+  Coord3 p1, p2;
+};
+
+inline Line LineOf(const Segment& s) {
+  return LineThrough(s.p1, s.p2);
+}
+
+/// Missed writes nothing, Beyond and Crossing write the point.
+enum class SegmentCrossing { Missed, Beyond, Crossing };
+
+/// A direction of lines: divided by its length, and multiplied by the reciprocal, which are not the
+/// same bits.
+struct RayDirection {
+  Coord3 c, components, unit;
+
+  RayDirection(const Measured3& dir, double linearTolerance)
+      : c(dir.c), components(UnitComponents(dir)),
+        unit(gsl_arithmetic::NormalizedCopy(dir, linearTolerance).c) {}
+};
+
+/// A segment that lines of one direction are to cross: everything that does not depend on the line.
+struct RayTarget {
+  Coord3 start, end, unit;
+  double length;
+  Coord3 commonNormal;
+  bool hasCommonNormal;
+  /// Shorter than the tolerance or parallel to the lines.
+  bool isMissed;
+
+  RayTarget(const Segment& segment, const RayDirection& ray, double linearTolerance)
+      : start(segment.p1), end(segment.p2), commonNormal{0.0, 0.0, 0.0} {
+    const Measured3 edge = Between(start, end);
+    length = edge.magnitude;
+    unit = gsl_arithmetic::NormalizedCopy(edge, linearTolerance).c;
+    hasCommonNormal = CommonNormal(edge.c, ray.c, linearTolerance, commonNormal);
+    isMissed =
+        linearTolerance > length ||
+        SameOrOppositeComponents(UnitComponents(edge), ray.components, kLineParallelTolerance);
+  }
+};
+
+/// Where the line through `origin`, in both senses, crosses the target. The weights are those of
+/// PointSegmentParameters and written with the point; within linearTolerance (closed) of the
+/// segment.
+inline SegmentCrossing CrossRayTarget(const Coord3& origin, const RayDirection& ray,
+                                      const RayTarget& target, double linearTolerance, Coord3& out,
+                                      double* weights) {
+  if (target.isMissed) return SegmentCrossing::Missed;
+  if (target.hasCommonNormal &&
+      IsSkewDistance(DistanceAlongNormal(target.start, origin, target.commonNormal),
+                     linearTolerance)) {
+    return SegmentCrossing::Missed;
+  }
+  // is-crossed-in-both-senses
+  out = ClosestOfNonParallel(target.start, target.unit, origin, ray.unit).onFirst;
+  return PointSegmentParameters(out, target.start, target.end, target.length, linearTolerance,
+                                weights)
+             ? SegmentCrossing::Crossing
+             : SegmentCrossing::Beyond;
+}
+
+inline SegmentCrossing CrossRaySegment(const Coord3& origin, const Measured3& dir,
+                                       const Segment& segment, double linearTolerance, Coord3& out,
+                                       double* weights) {
+  const RayDirection ray(dir, linearTolerance);
+  return CrossRayTarget(origin, ray, RayTarget(segment, ray, linearTolerance), linearTolerance, out,
+                        weights);
+}
+
+/// Where a segment's line crosses another line, and whether that is within linearTolerance (closed)
+/// of the segment.
+inline SegmentCrossing CrossSegmentLine(const Segment& segment, const Line& line,
+                                        double linearTolerance, Coord3& out) {
+  const double length = Distance(segment.p1, segment.p2);
+  if (length < linearTolerance) return SegmentCrossing::Missed;
+  if (!CrossLines(LineOf(segment), line, linearTolerance, out)) return SegmentCrossing::Missed;
+  // segment-of-exactly-the-tolerance: it can leave the parameters unwritten; that is beyond it.
+  double weights[2] = {std::numeric_limits<double>::infinity(), 0.0};
+  PointSegmentParameters(out, segment.p1, segment.p2, length, linearTolerance, weights);
+  const double t = weights[0];
+  const double margin = linearTolerance / length;
+  return t < -margin || t > 1.0 + margin ? SegmentCrossing::Beyond : SegmentCrossing::Crossing;
+}
+
+/// Each segment must cross the other's line, a first. The point is the one written last.
+inline SegmentCrossing CrossSegments(const Segment& a, const Segment& b, double linearTolerance,
+                                     Coord3& out) {
+  const SegmentCrossing first = CrossSegmentLine(a, LineOf(b), linearTolerance, out);
+  // missing-the-first-test-leaves-its-point
+  if (first != SegmentCrossing::Crossing) return first;
+  // point-is-the-one-on-the-other-segments-line
+  const SegmentCrossing second = CrossSegmentLine(b, LineOf(a), linearTolerance, out);
+  return second == SegmentCrossing::Crossing ? second : SegmentCrossing::Beyond;
+}
+
+} // namespace gsl_kernel
+
+#endif

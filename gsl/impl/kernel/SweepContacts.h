@@ -1,0 +1,39 @@
+#ifndef GSL_KERNEL_SWEEP_CONTACTS_H
+#define GSL_KERNEL_SWEEP_CONTACTS_H
+
+#include "kernel/Vector.h"
+
+/// What the sweeps hand back. A kernel does not give out identities: every point says where it came
+/// from, and the caller does.
+namespace gsl_kernel {
+
+/// Where a point came from: 0 to 2 a vertex of A, 3 to 5 a vertex of B, or one of these.
+enum PointSource : int { kFirstOfA = 0, kFirstOfB = 3, kFirstContact = 6, kComputed = 7 };
+
+struct SourcedPoint {
+  Coord3 c;
+  int source;
+};
+
+/// The caller's running minimum: the contact on A (slot 0) and on B (slot 1).
+struct SweepContacts {
+  SourcedPoint point[2];
+  bool written[2];
+  double distance;
+
+  void Accept(int slot, const SourcedPoint& onSlot, const SourcedPoint& onOther, double g) {
+    point[slot] = onSlot;
+    point[1 - slot] = onOther;
+    written[0] = written[1] = true;
+    distance = g;
+  }
+};
+
+struct SweepTolerances {
+  double linear;
+  double cosine;
+};
+
+} // namespace gsl_kernel
+
+#endif

@@ -1,0 +1,68 @@
+#ifndef GSL_KERNEL_TRIANGLE_H
+#define GSL_KERNEL_TRIANGLE_H
+
+#include "kernel/Vector.h"
+
+namespace gsl_kernel {
+
+/// Corner i as the triangle test sees it: the doubled normal of its two edges, and its square.
+struct Corner {
+  Coord3 at, next, last;
+  Coord3 normal;
+  double normalSquared;
+};
+
+inline Corner CornerAt(const Coord3& at, const Coord3& next, const Coord3& last) {
+  const Coord3 normal = Cross(Subtract(next, at), Subtract(at, last));
+  return {at, next, last, normal, Dot(normal, normal)};
+}
+
+/// Barycentric weight of the corner at x, times normalSquared.
+inline double ScaledWeight(const Coord3& x, const Corner& corner) {
+  const Coord3 c = Cross(Subtract(corner.next, x), Subtract(x, corner.last));
+  return Dot(c, corner.normal);
+}
+
+/// Barycentric weights of x, a point of the triangle's plane; all three always written.
+///
+/// False when a weight times its squared doubled area falls below -linearTolerance^2, so the border
+/// and a hair beyond it are inside. A degenerate triangle gives NaN weights and true.
+inline bool PointInTriangle(const Coord3& x, const Coord3& p0, const Coord3& p1, const Coord3& p2,
+                            double linearTolerance, double* weights) {
+  const Corner corners[3] = {CornerAt(p0, p1, p2), CornerAt(p1, p2, p0), CornerAt(p2, p0, p1)};
+  const double tolerance2 = linearTolerance * linearTolerance;
+  bool inside = true;
+  for (int i = 0; i < 3; ++i) {
+    weights[i] = ScaledWeight(x, corners[i]) / corners[i].normalSquared;
+    // degenerate-triangle-is-not-rejected
+    if (weights[i] * corners[i].normalSquared < -tolerance2) inside = false;
+  }
+  return inside;
+}
+
+/// A triangle that many points are tested against: the answers of PointInTriangle, bit for bit,
+/// without the weights.
+class TriangleTest {
+public:
+  TriangleTest(const Coord3& p0, const Coord3& p1, const Coord3& p2, double linearTolerance)
+      : corners{CornerAt(p0, p1, p2), CornerAt(p1, p2, p0), CornerAt(p2, p0, p1)},
+        tolerance2(linearTolerance * linearTolerance) {}
+
+  bool Contains(const Coord3& x) const {
+    for (const Corner& corner : corners) {
+      const double scaled = ScaledWeight(x, corner);
+      // Only a negative one can be too small, and only then does its rounding matter.
+      if (!(scaled < 0.0)) continue;
+      if (scaled / corner.normalSquared * corner.normalSquared < -tolerance2) return false;
+    }
+    return true;
+  }
+
+private:
+  Corner corners[3];
+  double tolerance2;
+};
+
+} // namespace gsl_kernel
+
+#endif

@@ -1,0 +1,265 @@
+#ifndef GSL_KERNEL_TRIANGLE_SWEEP_H
+#define GSL_KERNEL_TRIANGLE_SWEEP_H
+
+#include "kernel/SegmentPair.h"
+#include "kernel/SweepContacts.h"
+#include "kernel/Triangle.h"
+
+/// One triangle swept along a direction onto another, on bare coordinates.
+namespace gsl_kernel {
+
+struct SourcedTriangle {
+  SourcedPoint p[3];
+};
+
+/// Slot of the contact on the first triangle of a routine: `side` is +1 when that is A, -1 for B.
+inline int SlotOfFirst(int side) {
+  return (1 - side) / 2;
+}
+
+/// The point moved along d onto the plane. It stays itself, identity included, where it lies on the
+/// plane or d does not lead there.
+inline SourcedPoint ShadowOf(const SourcedPoint& p, const Plane& plane, const Measured3& d,
+                             const SweepTolerances& tol) {
+  Coord3 crossing;
+  if (IntersectRayPlane(p.c, d, plane, tol.linear, tol.cosine, crossing) != RayPlane::Crossing) {
+    // is-its-own-shadow
+    return p;
+  }
+  return {crossing, kComputed};
+}
+
+inline SourcedTriangle ProjectTriangleAlong(const SourcedTriangle& tri, const Plane& plane,
+                                            const Measured3& d, const SweepTolerances& tol) {
+  return {{ShadowOf(tri.p[0], plane, d, tol), ShadowOf(tri.p[1], plane, d, tol),
+           ShadowOf(tri.p[2], plane, d, tol)}};
+}
+
+inline TriangleTest InsideTest(const SourcedTriangle& tri, double linearTolerance) {
+  return {tri.p[0].c, tri.p[1].c, tri.p[2].c, linearTolerance};
+}
+
+/// An edge with what its crossings with other edges share.
+struct PreparedEdge {
+  Coord3 start, end;
+  Line line;
+  /// The direction divided by its length, and multiplied by the reciprocal: not the same bits.
+  Coord3 components, unit;
+};
+
+struct PreparedEdges {
+  PreparedEdge edge[3];
+
+  PreparedEdges(const SourcedTriangle& tri, double linearTolerance) {
+    for (int i = 0; i < 3; ++i) {
+      const Coord3& start = tri.p[i].c;
+      const Coord3& end = tri.p[(i + 1) % 3].c;
+      const Line line = LineThrough(start, end);
+      edge[i] = {start, end, line, UnitComponents(line.direction),
+                 gsl_arithmetic::NormalizedCopy(line.direction, linearTolerance).c};
+    }
+  }
+};
+
+/// Where two edges cross: p on the line of the first, the weights those of p along the second.
+///
+/// The lines must be neither skew nor parallel and p within both edges. None of the four tests has
+/// an effect, so the cheap ones, which reject most, come first.
+inline bool CrossEdges(const PreparedEdge& first, const PreparedEdge& second,
+                       double linearTolerance, Coord3& p, double* weights) {
+  if (SameOrOppositeComponents(first.components, second.components, kLineParallelTolerance)) {
+    return false;
+  }
+  p = ClosestOfNonParallel(first.start, first.unit, second.start, second.unit).onFirst;
+  return PointSegmentParameters(p, first.start, first.end, first.line.direction.magnitude,
+                                linearTolerance, weights) &&
+         PointSegmentParameters(p, second.start, second.end, second.line.direction.magnitude,
+                                linearTolerance, weights) &&
+         !LinesAreSkew(first.line, second.line, linearTolerance);
+}
+
+/// Calls visit(j, p, weights) for every edge i of `first` and j of `second` that cross, in (i, j)
+/// order.
+template <class Visit>
+inline void ForEachEdgeCrossing(const SourcedTriangle& first, const SourcedTriangle& second,
+                                double linearTolerance, const Visit& visit) {
+  const PreparedEdges firstEdges(first, linearTolerance);
+  const PreparedEdges secondEdges(second, linearTolerance);
+  for (const PreparedEdge& edge : firstEdges.edge) {
+    for (int j = 0; j < 3; ++j) {
+      Coord3 p;
+      double weights[2];
+      if (CrossEdges(edge, secondEdges.edge[j], linearTolerance, p, weights)) {
+        visit(j, p, weights);
+      }
+    }
+  }
+}
+
+/// E edge-on to d against the face F. A vertex counts as found only when it improves the distance,
+/// an edge crossing whenever there is one.
+inline bool EdgeOnTriangleDist(const SourcedTriangle& edgeTri, const SourcedTriangle& faceTri,
+                               const Plane& facePlane, const Measured3& d, int side,
+                               const SweepTolerances& tol, SweepContacts& contacts) {
+  const int k = SlotOfFirst(side);
+  bool found = false;
+  const SourcedTriangle shadow = ProjectTriangleAlong(edgeTri, facePlane, d, tol);
+  const TriangleTest face = InsideTest(faceTri, tol.linear);
+  for (int i = 0; i < 3; ++i) {
+    if (!face.Contains(shadow.p[i].c)) continue;
+    const double g = std::fabs(Distance(edgeTri.p[i].c, shadow.p[i].c));
+    if (!(contacts.distance > g)) continue;
+    // edge-on-vertex-counts-when-closer
+    found = true;
+    contacts.Accept(k, edgeTri.p[i], shadow.p[i], g);
+  }
+  ForEachEdgeCrossing(faceTri, shadow, tol.linear, [&](int j, const Coord3& p, const double* w) {
+    // edge-on-crossing-always-counts
+    found = true;
+    const Coord3& e0 = edgeTri.p[j].c;
+    const Coord3& e1 = edgeTri.p[(j + 1) % 3].c;
+    const Coord3 q = Add(Multiply(e0, w[1]), Multiply(e1, w[0]));
+    const double g = std::fabs(Distance(p, q));
+    if (contacts.distance > g) {
+      contacts.Accept(k, {q, kComputed}, {p, kComputed}, g);
+    }
+  });
+  return found;
+}
+
+/// Both triangles edge-on, in one plane: vertex i of the first against edge i of the second.
+inline bool CoplanarVertexEdgeDist(const SourcedTriangle& tri1, const SourcedTriangle& tri2,
+                                   const Measured3& d, int side, const SweepTolerances& tol,
+                                   SweepContacts& contacts) {
+  const int k = SlotOfFirst(side);
+  bool found = false;
+  for (int i = 0; i < 3; ++i) {
+    const Line line = {tri1.p[i].c, d};
+    for (int j = 0; j < 3; ++j) {
+      // coplanar-edge-i-three-times: the edge follows i, not j; hosts have tuned to it.
+      const Segment edge = {tri2.p[i].c, tri2.p[(i + 1) % 3].c};
+      Coord3 p;
+      if (CrossSegmentLine(edge, line, tol.linear, p) != SegmentCrossing::Crossing) continue;
+      const double g = std::fabs(Dot(d.c, Subtract(p, tri1.p[i].c)));
+      if (!(contacts.distance > g)) continue;
+      found = true;
+      contacts.Accept(k, tri1.p[i], {p, kComputed}, g);
+    }
+  }
+  return found;
+}
+
+/// Neither triangle edge-on: vertices of A over B, vertices of B under A, crossing edges.
+inline bool FaceToFaceDist(const SourcedTriangle& a, const SourcedTriangle& b, const Plane& planeA,
+                           const Plane& planeB, const Measured3& d, const SweepTolerances& tol,
+                           SweepContacts& contacts) {
+  bool found = false;
+  const auto consider = [&](const SourcedPoint& onA) {
+    found = true;
+    // distances-are-unsigned
+    const double g = std::fabs(PlaneDistanceAlong(onA.c, planeB, d));
+    if (!(contacts.distance > g)) return;
+    contacts.point[0] = onA;
+    contacts.written[0] = true;
+    contacts.distance = g;
+  };
+  const SourcedTriangle shadow = ProjectTriangleAlong(b, planeA, d, tol);
+  const TriangleTest insideShadow = InsideTest(shadow, tol.linear);
+  for (const SourcedPoint& vertex : a.p) {
+    if (insideShadow.Contains(vertex.c)) consider(vertex);
+  }
+  const TriangleTest insideA = InsideTest(a, tol.linear);
+  for (const SourcedPoint& vertex : shadow.p) {
+    if (insideA.Contains(vertex.c)) consider(vertex);
+  }
+  ForEachEdgeCrossing(a, shadow, tol.linear, [&](int, const Coord3& p, const double*) {
+    consider({p, kComputed});
+  });
+  if (!found) return false;
+  // second-contact-follows-first: also when the first one is still what the caller passed in.
+  contacts.point[1] = ShadowOf({contacts.point[0].c, kFirstContact}, planeB, d, tol);
+  contacts.written[1] = true;
+  return true;
+}
+
+struct Extent {
+  double min, max;
+};
+
+/// Parameters of the vertices on the axis through `origin` along the unit vector d.
+inline Extent ExtentAlong(const Coord3& origin, const Coord3& d, const SourcedTriangle& tri) {
+  const double t0 = ParameterAlong(tri.p[0].c, origin, d);
+  Extent extent = {t0, t0};
+  for (int i = 1; i < 3; ++i) {
+    const double t = ParameterAlong(tri.p[i].c, origin, d);
+    if (t < extent.min) extent.min = t;
+    if (t > extent.max) extent.max = t;
+  }
+  return extent;
+}
+
+/// B lies wholly behind A along d, or farther ahead than `reach`.
+inline bool SlabsReject(const SourcedTriangle& a, const SourcedTriangle& b, const Measured3& d,
+                        double reach, double linearTolerance) {
+  const Coord3 axis = gsl_arithmetic::NormalizedCopy(d, linearTolerance).c;
+  const Extent extentA = ExtentAlong(a.p[0].c, axis, a);
+  const Extent extentB = ExtentAlong(a.p[0].c, axis, b);
+  return extentA.min > extentB.max || extentB.min - extentA.max > reach;
+}
+
+enum class Facing { Along, EdgeOn, Refused };
+
+/// Makes the normal point with `sense` * d, where the triangle may be turned.
+inline Facing Face(Measured3& normal, const Measured3& d, double sense, bool twoSided,
+                   double cosineTolerance) {
+  if (gsl_arithmetic::IsOrthogonal(normal, d, cosineTolerance)) return Facing::EdgeOn;
+  if (!(sense * Dot(normal.c, d.c) < 0.0)) return Facing::Along;
+  if (!twoSided) return Facing::Refused;
+  normal.c = Negated(normal.c);
+  return Facing::Along;
+}
+
+/// Shortest normal that still counts as one: a triangle's is 1 or 0.
+constexpr double kNormalPresent = 0.5;
+
+inline Measured3 NormalOf(const SourcedTriangle& tri, double cosineTolerance) {
+  return UnitNormal(tri.p[0].c, tri.p[1].c, tri.p[2].c, cosineTolerance);
+}
+
+/// The rejections - degenerate, refused, behind, out of reach - come first. None of them writes
+/// anything, so what they cost orders them: extents, then A and its facing, then B.
+inline bool SweepTriangle(const Measured3& direction, const SourcedTriangle& a,
+                          const SourcedTriangle& b, const bool* twoSided, double margin,
+                          const SweepTolerances& tol, SweepContacts& contacts) {
+  const Measured3 d = gsl_arithmetic::NormalizedCopy(direction, tol.linear);
+  // margin-loosens-the-rejection-only
+  if (SlabsReject(a, b, d, contacts.distance + margin, tol.linear)) return false;
+
+  Measured3 normalA = NormalOf(a, tol.cosine);
+  if (normalA.magnitude < kNormalPresent) return false;
+  const Facing facingA = Face(normalA, d, 1.0, twoSided[0], tol.cosine);
+  if (facingA == Facing::Refused) return false;
+  Measured3 normalB = NormalOf(b, tol.cosine);
+  if (normalB.magnitude < kNormalPresent) return false;
+  const Facing facingB = Face(normalB, d, -1.0, twoSided[1], tol.cosine);
+  if (facingB == Facing::Refused) return false;
+
+  const Plane planeA = {a.p[0].c, normalA};
+  const Plane planeB = {b.p[0].c, normalB};
+  const bool edgeOnA = facingA == Facing::EdgeOn;
+  const bool edgeOnB = facingB == Facing::EdgeOn;
+  if (!edgeOnA && edgeOnB) return EdgeOnTriangleDist(b, a, planeA, d, -1, tol, contacts);
+  if (edgeOnA && !edgeOnB) return EdgeOnTriangleDist(a, b, planeB, d, +1, tol, contacts);
+  if (edgeOnA) {
+    // separate-parallel-planes-find-nothing
+    if (DistanceBetweenParallelPlanes(planeA, planeB, tol.cosine) > tol.linear) return false;
+    // coplanar-b-only-without-a: what A's vertices found is kept, B's are then not tried.
+    return CoplanarVertexEdgeDist(a, b, d, +1, tol, contacts) ||
+           CoplanarVertexEdgeDist(b, a, d, -1, tol, contacts);
+  }
+  return FaceToFaceDist(a, b, planeA, planeB, d, tol, contacts);
+}
+
+} // namespace gsl_kernel
+
+#endif

@@ -1,0 +1,87 @@
+#ifndef CLS_XO1DARRAYLIST_H
+#define CLS_XO1DARRAYLIST_H
+
+#include "cls_ListReader.h"
+#include "cls_ListWriter.h"
+#include "cls_Uid.h"
+#include "cow_1DArray.h"
+#include "gsl_Export.h"
+#include "gsl_ModelSegment.h"
+#include "gsl_Point.h"
+
+#include <cstddef>
+#include <memory>
+
+/// Persistent list of values of class T. Copies share the elements until one of them changes, and
+/// keep the identity.
+///
+/// Record  the elements in order, each a full record; none is null.
+/// Errors  reading throws nex_Exception for an entry that is no T.
+template <class T>
+class GSL_API cls_xo1DArrayList {
+public:
+  /// Empty, with a fresh identity.
+  cls_xo1DArrayList();
+  /// The elements of the record, under the identity that the caller read for the list; an absent
+  /// record has none.
+  cls_xo1DArrayList(const cls_ReadVisitor& visitor, const cls_Uid& identity);
+
+  std::size_t Count() const { return elements.Count(); }
+  bool IsEmpty() const { return elements.IsEmpty(); }
+  /// No range check. Valid until the list changes.
+  const T& operator[](std::size_t i) const { return elements[i]; }
+  void Append(const T& value);
+  void Clear();
+
+  const cow_1DArray<T>& Elements() const { return elements; }
+  const cls_Uid& Uid() const { return uid; }
+
+  void DBWrite(const cls_WriteVisitor& visitor) const;
+
+  static constexpr unsigned int TypeId() { return cls_kCollectionTypeId; }
+  static constexpr cls_CollectionType CollectionType() { return cls_ObjectList; }
+
+private:
+  cow_1DArray<T> elements;
+  cls_Uid uid;
+};
+
+template <class T>
+cls_xo1DArrayList<T>::cls_xo1DArrayList() : uid(cls_Uid::AllocateUid()) {}
+
+template <class T>
+cls_xo1DArrayList<T>::cls_xo1DArrayList(const cls_ReadVisitor& visitor, const cls_Uid& identity)
+    : uid(identity) {
+  const std::unique_ptr<cls_ListReader> list(visitor.GetListReader());
+  while (list->HasNext())
+    Append(list->ReadValue<T>());
+}
+
+template <class T>
+void cls_xo1DArrayList<T>::Append(const T& value) {
+  elements.Append(value);
+}
+
+template <class T>
+void cls_xo1DArrayList<T>::Clear() {
+  elements.Clear();
+}
+
+template <class T>
+void cls_xo1DArrayList<T>::DBWrite(const cls_WriteVisitor& visitor) const {
+  if (visitor.StartWrite(TypeId(), uid) == 0) return;
+  visitor.CheckCollectionType(cls_ObjectList);
+  std::unique_ptr<cls_ListWriter> list(visitor.GetListWriter());
+  for (std::size_t i = 0; i < Count(); ++i) {
+    const cls_WriteRequestListObj request(*list);
+    elements[i].DBWrite(cls_WriteVisitor(request));
+  }
+  if (!list->Finish()) static_cast<void>(list.release());
+}
+
+extern template class GSL_API cow_1DArray<gsl_ModelSegment>;
+extern template class GSL_API cow_1DArray<gsl_Point>;
+extern template class GSL_API cls_xo1DArrayList<gsl_ModelSegment>;
+extern template class GSL_API cls_xo1DArrayList<gsl_Point>;
+
+#endif

@@ -1,0 +1,110 @@
+#ifndef GSL_ARITHMETIC_H
+#define GSL_ARITHMETIC_H
+
+#include "gsl_Export.h"
+
+#include <cmath>
+
+/// Arithmetic on bare coordinates, shared by the inline public operations and the kernels.
+///
+/// Every formula is evaluated left to right as written, without contraction, so that a result
+/// is the same bits wherever it is computed.
+namespace gsl_arithmetic {
+
+struct Coord3 {
+  double x, y, z;
+};
+
+inline Coord3 Add(const Coord3& a, const Coord3& b) {
+  return {a.x + b.x, a.y + b.y, a.z + b.z};
+}
+
+inline Coord3 Subtract(const Coord3& a, const Coord3& b) {
+  return {a.x - b.x, a.y - b.y, a.z - b.z};
+}
+
+inline Coord3 Multiply(const Coord3& a, double s) {
+  return {a.x * s, a.y * s, a.z * s};
+}
+
+inline Coord3 Divide(const Coord3& a, double s) {
+  return {a.x / s, a.y / s, a.z / s};
+}
+
+inline Coord3 Negated(const Coord3& a) {
+  return {-a.x, -a.y, -a.z};
+}
+
+inline double Dot(const Coord3& a, const Coord3& b) {
+  return a.x * b.x + a.y * b.y + a.z * b.z;
+}
+
+inline Coord3 Cross(const Coord3& a, const Coord3& b) {
+  return {a.y * b.z - a.z * b.y, a.z * b.x - a.x * b.z, a.x * b.y - a.y * b.x};
+}
+
+/// sqrt(x*x + y*y + z*z), without scaling: overflows to infinity above about 1e154.
+inline double Length(const Coord3& a) {
+  return std::sqrt(a.x * a.x + a.y * a.y + a.z * a.z);
+}
+
+/// A vector together with its cached length, which need not be fresh.
+struct Measured3 {
+  Coord3 c;
+  double magnitude;
+};
+
+inline Measured3 Measure(const Coord3& c) {
+  return {c, Length(c)};
+}
+
+/// The multiple by s; the length is scaled along, without a square root.
+inline Measured3 Scaled(const Measured3& v, double s) {
+  // magnitude-is-scaled-along
+  return {Multiply(v.c, s), s > 0.0 ? v.magnitude * s : -(v.magnitude * s)};
+}
+
+/// Divides by the cached length, which becomes exactly 1.0. False, and unchanged, when
+/// linearTolerance > magnitude.
+inline bool Normalize(Measured3& v, double linearTolerance) {
+  if (linearTolerance > v.magnitude) return false;
+  v = {Divide(v.c, v.magnitude), 1.0};
+  return true;
+}
+
+/// The multiple by 1 / magnitude, measured anew; zero when linearTolerance > magnitude.
+inline Measured3 NormalizedCopy(const Measured3& v, double linearTolerance) {
+  if (linearTolerance > v.magnitude) return {{0.0, 0.0, 0.0}, 0.0};
+  return Measure(Multiply(v.c, 1.0 / v.magnitude));
+}
+
+/// cosineTolerance * |a| * |b| > |a x b|.
+inline bool IsOn(const Measured3& a, const Measured3& b, double cosineTolerance) {
+  return cosineTolerance * a.magnitude * b.magnitude > Length(Cross(a.c, b.c));
+}
+
+/// cosineTolerance * |a| * |b| > |a . b|.
+inline bool IsOrthogonal(const Measured3& a, const Measured3& b, double cosineTolerance) {
+  return cosineTolerance * a.magnitude * b.magnitude > std::fabs(Dot(a.c, b.c));
+}
+
+/// On every axis where `limit` is below c, or above it for RaiseTo, c becomes the limit. C is any
+/// type with x, y and z. A NaN is neither below nor above.
+template <class C, class Limit>
+inline void LowerTo(C& c, const Limit& limit) {
+  // not-a-number-stays-where-it-entered-first
+  c.x = limit.x < c.x ? limit.x : c.x;
+  c.y = limit.y < c.y ? limit.y : c.y;
+  c.z = limit.z < c.z ? limit.z : c.z;
+}
+
+template <class C, class Limit>
+inline void RaiseTo(C& c, const Limit& limit) {
+  c.x = limit.x > c.x ? limit.x : c.x;
+  c.y = limit.y > c.y ? limit.y : c.y;
+  c.z = limit.z > c.z ? limit.z : c.z;
+}
+
+} // namespace gsl_arithmetic
+
+#endif

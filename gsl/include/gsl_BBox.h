@@ -1,0 +1,129 @@
+#ifndef GSL_BBOX_H
+#define GSL_BBOX_H
+
+#include "cls_Uid.h"
+#include "g3d_Sphere.h"
+#include "gsl_Point.h"
+#include "gsl_Vector.h"
+
+class cls_ClassRegistrar;
+class cls_ReadVisitor;
+class cls_WriteVisitor;
+class gsl_Matrix;
+
+template <class>
+struct gsl_RecordLayout;
+
+/// Axis-aligned box between two corners.
+///
+/// Units      model units.
+/// Empty      min exceeds max on some axis; the empty state is min (0, 0, 0), max (-1, -1, -1). A
+///            box around one point is not empty.
+/// Tolerance  none, but for operator==.
+/// NaN        is neither smaller nor larger: a coordinate that is NaN when it enters an empty box
+///            stays, one that comes later is passed over.
+/// Identity   corners and box have uids; a copy and an assignment take the source's.
+/// Errors     none thrown, none printed, but by the records.
+class GSL_API gsl_BBox {
+public:
+  gsl_Point min; ///< lower corner
+  gsl_Point max; ///< upper corner
+
+  /// Empty.
+  gsl_BBox();
+  /// From a record; a missing corner is (0, 0, 0) without an identity. Throws nex_Exception for a
+  /// field of another kind.
+  explicit gsl_BBox(const cls_ReadVisitor& visitor);
+
+  /// Writes the record; the only virtual operation.
+  virtual void DBWrite(const cls_WriteVisitor& visitor) const;
+  static void InitializeMetadata(cls_ClassRegistrar& registrar);
+
+  /// Becomes empty; the corners and the box keep their uids.
+  void Vacate();
+  bool IsEmpty() const { return min.x > max.x || min.y > max.y || min.z > max.z; }
+
+  /// Grows to hold p. An empty box takes copies of p, identity included, as both corners; otherwise
+  /// coordinates change and uids stay.
+  void Add(const gsl_Point& p) {
+    if (IsEmpty()) {
+      // p may be a corner of this box, so the second copy is of the first.
+      min = p;
+      max = min;
+      return;
+    }
+    gsl_arithmetic::LowerTo(min, p);
+    gsl_arithmetic::RaiseTo(max, p);
+  }
+  /// Grows to hold b; nothing for an empty b. An empty box takes copies of b's corners, identities
+  /// included.
+  void Add(const gsl_BBox& b) {
+    if (b.IsEmpty()) return;
+    if (IsEmpty()) {
+      min = b.min;
+      max = b.max;
+      return;
+    }
+    gsl_arithmetic::LowerTo(min, b.min);
+    gsl_arithmetic::RaiseTo(max, b.max);
+  }
+
+  /// On no axis is the extent of both together larger than the sum of their extents: boxes that
+  /// touch intersect (closed, in rounded arithmetic). The empty state has the extent -1, so it
+  /// intersects nothing, itself included, but a box of 2^54 or more on every axis, where rounding
+  /// hides the 1.
+  bool Intersect(const gsl_BBox& b) const {
+    gsl_arithmetic::Coord3 low = min.Coords();
+    gsl_arithmetic::Coord3 high = max.Coords();
+    if (!b.IsEmpty()) {
+      if (IsEmpty()) {
+        low = b.min.Coords();
+        high = b.max.Coords();
+      } else {
+        gsl_arithmetic::LowerTo(low, b.min);
+        gsl_arithmetic::RaiseTo(high, b.max);
+      }
+    }
+    // intersect-has-no-tolerance
+    return !(high.x - low.x > XLen() + b.XLen()) && !(high.y - low.y > YLen() + b.YLen()) &&
+           !(high.z - low.z > ZLen() + b.ZLen());
+  }
+
+  /// Becomes the box around its eight transformed corners, so a rotation makes it grow. That is a
+  /// new box: its uids are fresh, both corners sharing one. An empty box is left alone.
+  void Transform(const gsl_Matrix& m);
+
+  /// max - min; -1 for the empty state.
+  double XLen() const { return max.x - min.x; }
+  double YLen() const { return max.y - min.y; }
+  double ZLen() const { return max.z - min.z; }
+
+  /// Length of the diagonal; -1.0 for an empty box.
+  double Size() const;
+  /// 0.5 * (min + max), a fresh identity; deliberately (-0.5, -0.5, -0.5) for the empty state.
+  // empty-box-has-a-centre-all-the-same
+  gsl_Point Center() const { return gsl_Point(min, max); }
+  /// From min to max; the zero vector for an empty box.
+  gsl_Vector Diag() const;
+  /// Sphere about Center() with radius Size() / 2, both rounded to single precision, which may make
+  /// them infinite. The empty state deliberately gives radius -0.5.
+  g3d_Sphere GetExtent() const;
+
+  const cls_Uid& Uid() const { return uid; }
+
+  /// The same object, or equal corners as gsl_Point::operator== has it (zeroTolerance).
+  bool operator==(const gsl_BBox& o) const;
+  bool operator!=(const gsl_BBox& o) const { return !(*this == o); }
+
+  /// min, then max, a line each.
+  void Print(aio_ostream& out, int indent) const;
+
+  static constexpr unsigned int TypeId() { return 0x030A0007u; }
+
+private:
+  friend struct gsl_RecordLayout<gsl_BBox>;
+
+  cls_Uid uid;
+};
+
+#endif

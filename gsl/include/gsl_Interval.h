@@ -1,0 +1,21 @@
+#ifndef GSL_INTERVAL_H
+#define GSL_INTERVAL_H
+
+#include "gsl_Export.h"
+
+/// Two bounds; nothing requires that lower <= upper.
+class GSL_API gsl_Interval {
+public:
+  double lower;
+  double upper;
+
+  /// (1 - t) * lower + t * upper; t outside [0, 1] extrapolates.
+  double Interpolate(double t) const { return (1.0 - t) * lower + t * upper; }
+
+  /// The same object, or both bounds within 1e-8 (closed, so NaN counts as equal). The width is
+  /// fixed and deliberately none of the gsl_Util tolerances.
+  bool operator==(const gsl_Interval& o) const;
+  bool operator!=(const gsl_Interval& o) const { return !(*this == o); }
+};
+
+#endif

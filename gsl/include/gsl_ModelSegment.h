@@ -1,0 +1,79 @@
+#ifndef GSL_MODEL_SEGMENT_H
+#define GSL_MODEL_SEGMENT_H
+
+#include "cls_Uid.h"
+#include "cow_COW.h"
+#include "cow_Virtual.h"
+#include "ftr_FeatureList.h"
+#include "gsl_Dot.h"
+#include "gsl_Vector.h"
+
+class cls_ClassRegistrar;
+class cls_ReadVisitor;
+class cls_WriteVisitor;
+class omu_Primitive;
+
+template <class>
+struct gsl_RecordLayout;
+
+extern template class GSL_API cow_COW<gsl_Dot, cow_Virtual<gsl_Dot>>;
+
+/// Segment between two datum points, either of which may be missing.
+///
+/// Sharing    copies share the datum points; a point is cloned, through its virtual Copy, before a
+///            holder that shares it changes it. A derived datum point keeps its type.
+/// Identity   a constructor other than the copies allocates a fresh uid; a copy and an assignment
+///            take the source's.
+/// Threads    copies that share datum points may be used in different threads at once.
+/// Records    an empty end is stored as such. Segments written in one save that share a datum point
+///            share it again when they are read in one load.
+/// Errors     none thrown, none printed, but by the records.
+class GSL_API gsl_ModelSegment {
+public:
+  using DotHolder = cow_COW<gsl_Dot, cow_Virtual<gsl_Dot>>;
+
+  /// Both ends empty.
+  gsl_ModelSegment();
+  /// Each end holds its own copy of the datum point; it is empty when Copy() answers null.
+  gsl_ModelSegment(const gsl_Dot& p1, const gsl_Dot& p2);
+  /// From a record; a missing end is empty. Throws nex_Exception for an end that is no datum point.
+  explicit gsl_ModelSegment(const cls_ReadVisitor& visitor);
+  gsl_ModelSegment(const gsl_ModelSegment&);
+  gsl_ModelSegment& operator=(const gsl_ModelSegment&);
+
+  virtual unsigned int DynTypeId() const;
+  virtual void DBWrite(const cls_WriteVisitor& visitor) const;
+  static void InitializeMetadata(cls_ClassRegistrar& registrar);
+
+  bool HasPoint1() const { return !point1.IsEmpty(); }
+  bool HasPoint2() const { return !point2.IsEmpty(); }
+  /// The datum point at that end, which must not be empty; that is not checked.
+  const gsl_Dot& Point1() const { return *point1; }
+  const gsl_Dot& Point2() const { return *point2; }
+  const cls_Uid& Uid() const { return uid; }
+
+  /// From the first end to the second, not normalised; unit Z when an end is empty.
+  gsl_Vector Direction() const;
+  /// Distance of the ends; 0.0 when one is empty.
+  double Length() const;
+
+  /// Regenerates the datum point of each end that has one, point1 first; their answers are ignored.
+  /// A shared datum point is cloned before, so other segments keep theirs; when the clone is null
+  /// that end stays as it is.
+  void Regenerate(const ftr_FeatureList* features);
+
+  static constexpr unsigned int TypeId() { return 0x030A000Bu; }
+
+private:
+  friend struct gsl_RecordLayout<gsl_ModelSegment>;
+
+  DotHolder point1;
+  DotHolder point2;
+  cls_Uid uid;
+};
+
+/// The unit direction of the segment as a new tuple of three numbers that the caller owns: each
+/// component divided by the magnitude, or 0.0 when that is exactly 0.0; (0, 0, 1) for an empty end.
+GSL_API omu_Primitive* omu_ReturnPrim(const gsl_ModelSegment& segment);
+
+#endif

@@ -1,0 +1,21 @@
+#ifndef GSL_MODULE_H
+#define GSL_MODULE_H
+
+#include "gsl_Export.h"
+
+/// Start and stop of the library inside a host. Both count: with N starts only the first does the
+/// work and only the N-th stop undoes it.
+///
+/// Threads  plain counters: call both from the process's one starting or stopping thread.
+
+/// The first call raises the host's `count` by 1, starts the host libraries in the order of their
+/// dependence, enters the type table of module 778, creates the settings with their defaults and
+/// registers the persistent classes.
+GSL_API void gsl_initialize(int& count);
+
+/// The last call lowers `count` by 1, deletes the settings (a later start begins with the defaults)
+/// and stops the host libraries in reverse. The type table and the registered classes stay. A stop
+/// without a start unbalances the count until a further start.
+GSL_API void gsl_finalize(int& count);
+
+#endif

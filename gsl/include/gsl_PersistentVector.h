@@ -1,0 +1,37 @@
+#ifndef GSL_PERSISTENT_VECTOR_H
+#define GSL_PERSISTENT_VECTOR_H
+
+#include "cls_Uid.h"
+#include "gsl_Vector.h"
+
+class cls_ClassRegistrar;
+class cls_ReadVisitor;
+class cls_WriteVisitor;
+
+/// A vector with a persistent identity, for entities that store one. A copy keeps the identity.
+class GSL_API gsl_PersistentVector {
+public:
+  /// Unit Z, with a fresh identity.
+  gsl_PersistentVector() : uid(cls_Uid::AllocateUid()) {}
+  /// Exactly `v`, cached magnitude included, with a fresh identity.
+  explicit gsl_PersistentVector(const gsl_Vector& v) : vector(v), uid(cls_Uid::AllocateUid()) {}
+
+  /// The numbers as stored: the magnitude is neither checked nor computed; a missing number is 0.0.
+  /// Throws nex_Exception for a field of another kind.
+  explicit gsl_PersistentVector(const cls_ReadVisitor& visitor);
+
+  virtual unsigned int DynTypeId() const;
+  virtual void DBWrite(const cls_WriteVisitor& visitor) const;
+  static void InitializeMetadata(cls_ClassRegistrar& registrar);
+
+  const gsl_Vector& Vector() const { return vector; }
+  const cls_Uid& Uid() const { return uid; }
+
+  static constexpr unsigned int TypeId() { return 0x030A0003u; }
+
+private:
+  gsl_Vector vector;
+  cls_Uid uid;
+};
+
+#endif

@@ -1,0 +1,82 @@
+#ifndef GSL_PLANE_H
+#define GSL_PLANE_H
+
+#include "cls_Uid.h"
+#include "cls_xp1DArrayListUint.h"
+#include "ftr_FeatureList.h"
+#include "gsl_DirMethod.h"
+#include "gsl_PersistentVector.h"
+#include "gsl_Point.h"
+
+template <class>
+struct gsl_RecordLayout;
+
+/// Datum plane: a point, a normal kept exactly as supplied, and how it was made.
+///
+/// Flip      stored, copied and persisted only; no operation applies it to the normal.
+/// Identity  a constructor other than the copies allocates a fresh uid; a copy keeps its source's.
+/// Errors    none; a zero normal is accepted, and queries that divide by it say what they give.
+class GSL_API gsl_Plane {
+public:
+  /// The plane x = 0: through the origin with normal (1, 0, 0).
+  gsl_Plane();
+  /// Copies of p (identity kept) and n (not normalised).
+  gsl_Plane(const gsl_Point& p, const gsl_Vector& n);
+  /// From a record. Missing fields: false, 0, (0, 0, 0) with a zero normal, no parents. A missing
+  /// or unknown method name throws omu_ValueErrorException, a field of another kind nex_Exception.
+  explicit gsl_Plane(const cls_ReadVisitor& visitor);
+  gsl_Plane(const gsl_Plane&);
+  gsl_Plane& operator=(const gsl_Plane&);
+
+  virtual ~gsl_Plane();
+  /// A heap copy that the caller owns.
+  virtual gsl_Plane* Copy() const;
+  /// The ok flag; nothing is recomputed and the list is not read.
+  virtual bool Regenerate(const ftr_FeatureList* features);
+  virtual int OwnerFeatID() const;
+  virtual void SetOwnerFeatID(int id);
+  /// A copy of the point, identity included.
+  virtual gsl_Point Centroid();
+  /// Deliberately does nothing: the plane does not move its point.
+  virtual void ResetCentroid(const gsl_Point& centroid, const ftr_FeatureList* features);
+  /// For classes of the host that derive; null and false here, as for gsl_StLine.
+  virtual void* ExtensionObject() { return nullptr; }
+  virtual bool ExtensionQuery(const void*) { return false; }
+  virtual unsigned int DynTypeId() const;
+  virtual void DBWrite(const cls_WriteVisitor& visitor) const;
+
+  /// Whether the object is of that class, or of one registered as derived from it.
+  bool IsA(unsigned int typeId) const;
+  static void InitializeMetadata(cls_ClassRegistrar& registrar);
+
+  const gsl_Point& PointOn() const { return point; }
+  /// The normal as stored.
+  // flip-is-never-applied
+  const gsl_Vector& Direction() const { return normal.Vector(); }
+
+  gsl_DirMethod Method() const { return method; }
+  void SetMethod(gsl_DirMethod value) { method = value; }
+  bool Flip() const { return flip; }
+  void SetFlip(bool value) { flip = value; }
+  bool Ok() const { return ok; }
+  void SetOk(bool value) { ok = value; }
+  const cls_xp1DArrayListUint& ParentIds() const { return parentIds; }
+  cls_xp1DArrayListUint& ParentIds() { return parentIds; }
+  const cls_Uid& Uid() const { return uid; }
+
+  static constexpr unsigned int TypeId() { return 0x030A0004u; }
+
+private:
+  friend struct gsl_RecordLayout<gsl_Plane>;
+
+  bool ok;
+  gsl_Point point;
+  gsl_PersistentVector normal;
+  gsl_DirMethod method;
+  bool flip;
+  cls_xp1DArrayListUint parentIds;
+  int ownerFeatId;
+  cls_Uid uid;
+};
+
+#endif

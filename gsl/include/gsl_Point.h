@@ -1,0 +1,152 @@
+#ifndef GSL_POINT_H
+#define GSL_POINT_H
+
+#include "cls_Uid.h"
+#include "gsl_Vector.h"
+
+class cls_ClassRegistrar;
+class cls_ReadVisitor;
+class cls_WriteVisitor;
+class gsl_Matrix;
+class gsl_Plane;
+class gsl_Segment;
+class gsl_StLine;
+
+/// Position in model space with a persistent identity.
+///
+/// Units      model units.
+/// Identity   every constructor but the copies allocates a fresh uid; a copy and an assignment take
+///            the source's. A query that fills an output point gives it the uid of the point it
+///            chose, or a fresh one for a point it computed.
+/// Tolerance  gsl_Util fields, read at the call; strict, tolerance > quantity, unless a member says
+///            otherwise.
+/// Errors     queries never throw or print; a NaN spreads by the arithmetic and passes every
+///            rejection that compares it.
+class GSL_API gsl_Point {
+public:
+  double x;
+  double y;
+  double z;
+  /// Persistent identity.
+  cls_Uid uid;
+
+  /// The origin.
+  gsl_Point() : x(0.0), y(0.0), z(0.0), uid(cls_Uid::AllocateUid()) {}
+  gsl_Point(double xCoordinate, double yCoordinate, double zCoordinate)
+      : x(xCoordinate), y(yCoordinate), z(zCoordinate), uid(cls_Uid::AllocateUid()) {}
+  /// a * wa + b * wb; the weights need not sum to 1.
+  gsl_Point(const gsl_Point& a, double wa, const gsl_Point& b, double wb)
+      : x(a.x * wa + b.x * wb), y(a.y * wa + b.y * wb), z(a.z * wa + b.z * wb),
+        uid(cls_Uid::AllocateUid()) {}
+  /// The midpoint, 0.5 * (a + b).
+  gsl_Point(const gsl_Point& a, const gsl_Point& b)
+      : x(0.5 * (a.x + b.x)), y(0.5 * (a.y + b.y)), z(0.5 * (a.z + b.z)),
+        uid(cls_Uid::AllocateUid()) {}
+  /// From a record; a missing coordinate is 0.0. Throws nex_Exception for one of another kind.
+  explicit gsl_Point(const cls_ReadVisitor& visitor);
+  gsl_Point(const gsl_Point&) = default;
+  gsl_Point& operator=(const gsl_Point&) = default;
+
+  /// Writes the record; the only virtual operation.
+  virtual void DBWrite(const cls_WriteVisitor& visitor) const;
+  static void InitializeMetadata(cls_ClassRegistrar& registrar);
+
+  gsl_arithmetic::Coord3 Coords() const { return {x, y, z}; }
+
+  static constexpr unsigned int TypeId() { return 0x030A0001u; }
+  unsigned int DynTypeId() const { return TypeId(); }
+
+  /// The same object, or squared distance <= zeroTolerance (closed): with the default 1e-12 points
+  /// up to 1e-6 apart are equal.
+  bool operator==(const gsl_Point& o) const;
+  bool operator!=(const gsl_Point& o) const { return !(*this == o); }
+
+  /// Strict dominance: greater in every coordinate, no tolerance. Not an order of points.
+  // greater-is-strict-dominance
+  bool operator>(const gsl_Point& o) const { return this != &o && x > o.x && y > o.y && z > o.z; }
+  /// No coordinate is smaller than that of `o`, no tolerance.
+  bool operator>=(const gsl_Point& o) const {
+    if (this == &o) return true;
+    return !(o.x > x) && !(o.y > y) && !(o.z > z);
+  }
+
+  gsl_Point operator+(const gsl_Vector& v) const { return {x + v.x, y + v.y, z + v.z}; }
+  gsl_Point operator-(const gsl_Vector& v) const { return {x - v.x, y - v.y, z - v.z}; }
+
+  /// 0 is x, 1 is y, every other index is z.
+  // every-index-above-one-is-z
+  double operator[](unsigned int i) const { return i == 0 ? x : (i == 1 ? y : z); }
+  double& operator[](unsigned int i) { return i == 0 ? x : (i == 1 ? y : z); }
+
+  /// Applies rotation and translation in place; the identity stays.
+  void Transform(const gsl_Matrix& m);
+
+  /// One line behind `indent` blanks, flushed; 15 significant digits.
+  void Print(aio_ostream& out, int indent) const;
+
+  double GetDistance(const gsl_Point& o) const {
+    return gsl_arithmetic::Length({o.x - x, o.y - y, o.z - z});
+  }
+
+  /// |v x d| / |d| with v from the line's point to this one. NaN for a zero direction.
+  double GetDistance(const gsl_StLine& line) const;
+
+  /// (v . n) / |n|, positive on the side the normal points to. NaN for a zero normal.
+  double GetSignedDistance(const gsl_Plane& plane) const;
+
+  /// |GetSignedDistance|.
+  double GetDistance(const gsl_Plane& plane) const;
+
+  /// Distance to the plane measured along `dir`: GetDistance(plane) * |dir| * |n| / (dir . n).
+  /// Deliberately negative when `dir` points against the normal, and unguarded: infinite or NaN for
+  /// a `dir` parallel to the plane.
+  double GetDistance(const gsl_Plane& plane, const gsl_Vector& dir) const;
+
+  /// Distance to the segment; `closest` becomes the nearest point. Where that is an end point it
+  /// takes the end point's uid (at a tie Point2's). For a segment shorter than linearTolerance
+  /// `closest` is left alone and the result is the distance to what it held.
+  double GetDistance(const gsl_Segment& seg, gsl_Point& closest) const;
+
+  /// Distance to the triangle. NaN for one without a normal.
+  double GetDistance(const gsl_Point& p1, const gsl_Point& p2, const gsl_Point& p3) const;
+
+  /// linearTolerance > distance.
+  bool IsOn(const gsl_Plane& plane) const;
+  bool IsOn(const gsl_StLine& line) const;
+  bool IsOn(const gsl_Point& o) const;
+
+  /// The foot on the line; `t` is its signed distance from the line's point along the direction.
+  gsl_Point ProjectOn(const gsl_StLine& line, double& t) const;
+
+  /// The foot on the plane.
+  gsl_Point ProjectOn(const gsl_Plane& plane) const;
+
+  /// The foot on the segment's line, `t` its fraction from Point1 (0) to Point2 (1). True when the
+  /// foot lies within the segment lengthened by `tol` at both ends (open: exactly tol is outside);
+  /// outputs are written either way. A segment with tol > length answers true and writes nothing.
+  bool ProjectOn(const gsl_Segment& seg, double tol, gsl_Point& out, double& t) const;
+
+  /// The same with tol = linearTolerance.
+  bool ProjectOn(const gsl_Segment& seg, gsl_Point& out, double& t) const;
+
+  /// The foot on the triangle's plane and its three barycentric weights, both always written; true
+  /// when it lies in the triangle (the border, and linearTolerance^2 in area, included).
+  bool ProjectOn(const gsl_Point& p1, const gsl_Point& p2, const gsl_Point& p3, gsl_Point& out,
+                 double* const weights) const;
+
+  /// Crossing of the line through this point along `dir` with the segment p1-p2, in both senses of
+  /// `dir`. `out` is the crossing, weights[0] the weight of p2 and weights[1] that of p1.
+  ///
+  /// False, and nothing written, when linearTolerance > |p1 - p2| or the lines are parallel or
+  /// skew; false with outputs written when the crossing lies beyond an end by more than
+  /// linearTolerance.
+  bool RayIntersect(const gsl_Point& p1, const gsl_Point& p2, const gsl_Vector& dir, gsl_Point& out,
+                    double* const weights) const;
+
+  /// Crossing of the line through this point along `dir` with the plane, in both senses. `out` is
+  /// this point (with its uid) when that lies on the plane, and also on false. False when
+  /// linearTolerance > |dir|, or when `dir` is orthogonal to the normal.
+  bool RayIntersect(const gsl_Vector& dir, const gsl_Plane& plane, gsl_Point& out) const;
+};
+
+#endif

@@ -1,0 +1,65 @@
+#ifndef GSL_SEGMENT_H
+#define GSL_SEGMENT_H
+
+#include "cls_Uid.h"
+#include "gsl_Point.h"
+
+class gsl_StLine;
+
+template <class>
+struct gsl_RecordLayout;
+
+/// Straight segment between two points.
+///
+/// Tolerance  gsl_Util::linearTolerance, read at the call.
+/// Identity   holds copies of its end points with their uids; its own uid is fresh from a
+///            constructor and the source's from a copy or an assignment.
+/// Errors     none; equal end points are allowed.
+class GSL_API gsl_Segment {
+public:
+  /// Both ends at the origin.
+  gsl_Segment();
+  gsl_Segment(const gsl_Point& p1, const gsl_Point& p2);
+
+  /// From a record; a missing end is (0, 0, 0) without an identity. Throws nex_Exception for a
+  /// field of another kind.
+  explicit gsl_Segment(const cls_ReadVisitor& visitor);
+
+  virtual unsigned int DynTypeId() const;
+  virtual void DBWrite(const cls_WriteVisitor& visitor) const;
+  static void InitializeMetadata(cls_ClassRegistrar& registrar);
+
+  const gsl_Point& Point1() const { return point1; }
+  const gsl_Point& Point2() const { return point2; }
+  const cls_Uid& Uid() const { return uid; }
+  double Length() const { return point1.GetDistance(point2); }
+
+  static constexpr unsigned int TypeId() { return 0x030A0008u; }
+
+  /// Crossing with a line; `out` is the closest point on this segment's line.
+  ///
+  /// False with `out` unwritten when linearTolerance > Length() or the lines are skew or parallel;
+  /// false with `out` written when the crossing is more than linearTolerance beyond an end
+  /// (closed).
+  bool Intersect(const gsl_StLine& line, gsl_Point& out) const;
+
+  /// Crossing with a segment: each must cross the other's line, this one first. `out` is the point
+  /// on the other segment's line; on false it may hold a point of the first test.
+  bool Intersect(const gsl_Segment& other, gsl_Point& out) const;
+
+  /// The shortest connection: `connection` becomes the segment from this one to `other`, and its
+  /// Length() is the distance.
+  ///
+  /// End points keep their uids, computed points have fresh ones (one for both where the segments
+  /// cross). Segments 1e10 or farther apart leave `connection` alone; it may be either segment.
+  void GetDistance(const gsl_Segment& other, gsl_Segment& connection) const;
+
+private:
+  friend struct gsl_RecordLayout<gsl_Segment>;
+
+  gsl_Point point1;
+  gsl_Point point2;
+  cls_Uid uid;
+};
+
+#endif

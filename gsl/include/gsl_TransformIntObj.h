@@ -1,0 +1,41 @@
+#ifndef GSL_TRANSFORM_INT_OBJ_H
+#define GSL_TRANSFORM_INT_OBJ_H
+
+#include "cow_String.h"
+#include "gsl_Export.h"
+#include "gsl_Matrix.h"
+#include "omu_InterfaceObj.h"
+
+/// A rigid transform as scripts see it: type "Transform", no members, one method.
+///
+/// matrix()  a new tuple of 12 numbers, rows 0 to 2 of the transform column by column: the images
+///           of the X, Y and Z axes, then that of the origin. The fourth row is never part of it.
+/// Copies    share the shortcut and the text and hold a copy of the matrix.
+/// Errors    those of omu_InterfaceObj: nex_CommandException for an unknown method, arguments, or a
+///           stale object.
+class GSL_API gsl_TransformIntObj : public omu_InterfaceObj {
+public:
+  /// Copies m; `text` is kept for the creator and read by nothing here.
+  gsl_TransformIntObj(const omu_Shortcut& s, const gsl_Matrix& m, const cow_String& text);
+  gsl_TransformIntObj(const gsl_TransformIntObj&);
+  gsl_TransformIntObj& operator=(const gsl_TransformIntObj&);
+
+  ~gsl_TransformIntObj() override;
+  gsl_TransformIntObj* Copy() const override;
+
+  const gsl_Matrix& GetMatrix() const { return matrix; }
+  const cow_String& GetText() const { return text; }
+
+  static constexpr const char* TypeName() { return "Transform"; }
+
+private:
+  omu_Primitive* MatrixMethod(const omu_PrimTuple& arguments);
+
+  static const omu_MethodEntry methodTable[];
+  static const omu_MemberEntry memberTable[];
+
+  gsl_Matrix matrix;
+  cow_String text;
+};
+
+#endif

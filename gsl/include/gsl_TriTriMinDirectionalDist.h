@@ -1,0 +1,30 @@
+#ifndef GSL_TRI_TRI_MIN_DIRECTIONAL_DIST_H
+#define GSL_TRI_TRI_MIN_DIRECTIONAL_DIST_H
+
+#include "gsl_Point.h"
+#include "gsl_Vector.h"
+
+/// How far triangle A travels along `direction` before it touches triangle B, if that is less than
+/// `distance`: for a caller that sweeps one triangle against many and keeps the running minimum.
+///
+/// Units      model units; `direction` need not be unit.
+/// Arguments  twoSided[0] and [1]: whether A (facing along the direction) and B (facing against it)
+///            may be used reversed. `margin` only loosens the rejection by extents along the
+///            direction.
+/// Result     true when a contact was found: also one no closer than `distance`, where both face
+///            the direction or an edge of one crosses the other, edge-on.
+/// Outputs    `distance` falls only to a strictly smaller one. contacts[0] lies on A, contacts[1]
+///            on B; a vertex keeps its uid, a computed point has a fresh one. When both face the
+///            direction and a contact was found, contacts[1] is always recomputed from contacts[0].
+/// Untouched  everything, for a degenerate triangle, a refused orientation, a B behind A or out of
+///            reach, and edge-on triangles in separate planes.
+/// Tolerance  gsl_Util linearTolerance and cosineTolerance, read once.
+/// Limits     distances are unsigned, and of two triangles that are both edge-on vertex i is tried
+///            against edge i only: docs/triangle-sweep.md.
+GSL_API bool gsl_TriTriMinDirectionalDist(const gsl_Vector& direction, const gsl_Point& a0,
+                                          const gsl_Point& a1, const gsl_Point& a2,
+                                          const gsl_Point& b0, const gsl_Point& b1,
+                                          const gsl_Point& b2, const bool* twoSided, double margin,
+                                          gsl_Point* contacts, double& distance);
+
+#endif

@@ -1,0 +1,52 @@
+#ifndef GSL_UTILS_H
+#define GSL_UTILS_H
+
+#include "gsl_DepthFirstSearch.h"
+#include "gsl_Export.h"
+#include "gsl_InPlaneSegSegMinDirectionalDist.h"
+#include "gsl_Interval.h"
+#include "gsl_ModelSegment.h"
+#include "gsl_Module.h"
+#include "gsl_ThreePoints.h"
+#include "gsl_TriTriMinDirectionalDist.h"
+#include "gsl_Util.h"
+
+/// Tolerant comparison and rounding of reals. All functions are pure and none looks at gsl_Util.
+///
+/// The comparisons use d = b - a. Bands are closed: a difference of exactly the tolerance is equal.
+/// A NaN makes every test of a band fail to reject, so NaN compares equal to anything; hosts rely
+/// on it.
+
+/// -tol <= b - a <= tol.
+GSL_API bool gsl_RealEqual(double a, double b, double tol);
+
+/// gsl_RealEqual with the band max(|a| * tol, tol). The band follows the first argument only, so
+/// the function is not symmetric.
+GSL_API bool gsl_RealRelEqual(double a, double b, double tol);
+
+/// gsl_RealEqual for the first n elements; true for n <= 0.
+GSL_API bool gsl_RealArrEqual(int n, const double* a, const double* b, double tol);
+
+/// Equality of the leading `digits` significant digits.
+///
+/// Compares the two numbers as integers of that many digits, with sign; the exponents do not take
+/// part, so 1.0 and 10.0 are equal at one digit. Identical numbers are equal. With more than 15
+/// digits only those are. An infinity equals only itself; a NaN counts as 0 up to 15 digits.
+/// Numbers of one sign below about 10^(digits - 309) cannot be scaled and are equal.
+GSL_API bool gsl_RealEqualDig(double a, double b, int digits);
+
+/// x rounded to `digits` significant digits, ties away from zero.
+///
+/// 0.0, infinities, NaN, and everything for 16 digits or more, are returned unchanged. Digits below
+/// 1 round to a power of ten above the leading digit. The scale 10^e must be finite: magnitudes
+/// below about 10^(digits - 309) give NaN.
+GSL_API double gsl_RoundFloat(double x, int digits);
+
+/// x with its fractional part rounded to `places` decimal places, ties towards plus infinity.
+///
+/// Rounds, despite its name: gsl_Truncate(-1.25, 1) is -1.2 and gsl_Truncate(1.25, 1) is 1.3.
+/// Throws nex_AssertException "places > 0" for places <= 0. NaN for an infinity and for more than
+/// 308 places.
+GSL_API double gsl_Truncate(double x, int places);
+
+#endif

@@ -1,0 +1,128 @@
+#ifndef GSL_FIELD_KINDS_H
+#define GSL_FIELD_KINDS_H
+
+#include "cls_AttributeType.h"
+#include "cls_FieldHandle.h"
+#include "cls_ReadVisitor.h"
+#include "cls_WriteVisitor.h"
+#include "cls_xp1DArrayListUint.h"
+#include "cls_xp2DArrayDouble.h"
+#include "cow_COW.h"
+#include "omu_PrimEnum.h"
+
+#include <type_traits>
+
+/// How a member of type T is registered, written and read. A missing field reads as the default of
+/// its kind: 0, 0.0, false, an empty text, a record without fields.
+
+struct gsl_Attribute {
+  cls_AttributeType type;
+  unsigned int argument;
+  cls_CollectionType collection;
+};
+
+/// Objects: T writes itself through DBWrite and is read by its constructor.
+template <class T, class = void>
+struct gsl_FieldKind {
+  static constexpr gsl_Attribute kAttribute = {cls_ObjectAttribute, T::TypeId(), cls_NoCollection};
+
+  static void Write(const cls_WriteVisitor& visitor, const cls_FieldHandle& field, const T& value) {
+    value.DBWrite(cls_WriteVisitor(visitor, field));
+  }
+  static T Read(const cls_ReadVisitor& visitor, const cls_FieldHandle& field) {
+    const cls_ReadVisitor child(visitor, field);
+    child.CheckTypeId(T::TypeId());
+    return T(child);
+  }
+};
+
+template <class T>
+struct gsl_CollectionKind {
+  static constexpr gsl_Attribute kAttribute = {cls_ObjectAttribute, T::TypeId(),
+                                               T::CollectionType()};
+
+  static void Write(const cls_WriteVisitor& visitor, const cls_FieldHandle& field, const T& value) {
+    value.DBWrite(cls_WriteVisitor(visitor, field));
+  }
+  static T Read(const cls_ReadVisitor& visitor, const cls_FieldHandle& field) {
+    return T(cls_ReadVisitor(visitor, field));
+  }
+};
+
+template <>
+struct gsl_FieldKind<cls_xp1DArrayListUint> : gsl_CollectionKind<cls_xp1DArrayListUint> {};
+template <>
+struct gsl_FieldKind<cls_xp2DArrayDouble> : gsl_CollectionKind<cls_xp2DArrayDouble> {};
+
+/// Shared objects: stored once per save, shared again after reading; empty for a null.
+template <class T, class Cloner>
+struct gsl_FieldKind<cow_COW<T, Cloner>> {
+  static constexpr gsl_Attribute kAttribute = {cls_ObjectAttribute, T::TypeId(), cls_NoCollection};
+
+  static void Write(const cls_WriteVisitor& visitor, const cls_FieldHandle& field,
+                    const cow_COW<T, Cloner>& holder) {
+    if (holder.IsEmpty()) {
+      visitor.WriteNullObject(field, T::TypeId());
+    } else {
+      holder->DBWrite(cls_WriteVisitor(visitor, field, holder));
+    }
+  }
+  static cow_COW<T, Cloner> Read(const cls_ReadVisitor& visitor, const cls_FieldHandle& field) {
+    cow_COW<T, Cloner> holder;
+    visitor.ReadObject(field, holder);
+    return holder;
+  }
+};
+
+template <>
+struct gsl_FieldKind<int> {
+  static constexpr gsl_Attribute kAttribute = {cls_IntegerAttribute, 1, cls_NoCollection};
+
+  static void Write(const cls_WriteVisitor& visitor, const cls_FieldHandle& field, int value) {
+    visitor.WriteInteger(field, value);
+  }
+  static int Read(const cls_ReadVisitor& visitor, const cls_FieldHandle& field) {
+    return visitor.ReadInteger(field, 0);
+  }
+};
+
+template <>
+struct gsl_FieldKind<double> {
+  static constexpr gsl_Attribute kAttribute = {cls_DoubleAttribute, 1, cls_NoCollection};
+
+  static void Write(const cls_WriteVisitor& visitor, const cls_FieldHandle& field, double value) {
+    visitor.WriteDouble(field, value);
+  }
+  static double Read(const cls_ReadVisitor& visitor, const cls_FieldHandle& field) {
+    return visitor.ReadDouble(field, 0.0);
+  }
+};
+
+template <>
+struct gsl_FieldKind<bool> {
+  static constexpr gsl_Attribute kAttribute = {cls_BooleanAttribute, 1, cls_NoCollection};
+
+  static void Write(const cls_WriteVisitor& visitor, const cls_FieldHandle& field, bool value) {
+    visitor.WriteBoolean(field, value);
+  }
+  static bool Read(const cls_ReadVisitor& visitor, const cls_FieldHandle& field) {
+    return visitor.ReadBoolean(field, false);
+  }
+};
+
+/// Stored by name: a value or a name that the enumeration does not have throws.
+template <class E>
+struct gsl_FieldKind<E, std::enable_if_t<std::is_enum_v<E>>> {
+  static constexpr gsl_Attribute kAttribute = {cls_EnumerationAttribute, 1, cls_NoCollection};
+
+  static void Write(const cls_WriteVisitor& visitor, const cls_FieldHandle& field, E value) {
+    visitor.WriteString(field, omu_PrimEnum<E, 1>(value).AsString());
+  }
+  static E Read(const cls_ReadVisitor& visitor, const cls_FieldHandle& field) {
+    // missing-method-throws: the empty name is no name.
+    const omu_PrimEnum<E, 1> stored(visitor.ReadString(field, cow_String()));
+    return static_cast<E>(stored.GetValue());
+  }
+};
+
+#endif

@@ -1,0 +1,13 @@
+#ifndef GSL_INHERITANCE_CHECK_H
+#define GSL_INHERITANCE_CHECK_H
+
+#include "cls_MetadataRegistrar.h"
+
+/// Whether `dynType` is `queried` or derives from it, as the process's class registrar has it.
+inline bool gsl_InheritanceCheck(unsigned int dynType, unsigned int queried) {
+  const cls_ClassRegistrar& classes =
+      omi_Singleton<cls_MetadataRegistrar>::Instance().ClassRegistrar();
+  return classes.InheritanceCheck(dynType, queried);
+}
+
+#endif

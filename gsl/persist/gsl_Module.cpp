@@ -1,0 +1,110 @@
+#include "gsl_Module.h"
+
+#include "atr_Module.h"
+#include "cls_MetadataRegistrar.h"
+#include "cow_Module.h"
+#include "g3d_Module.h"
+#include "gsl_BBox.h"
+#include "gsl_Dot.h"
+#include "gsl_ModelSegment.h"
+#include "gsl_PersistentMatrix.h"
+#include "gsl_PersistentVector.h"
+#include "gsl_Plane.h"
+#include "gsl_Point.h"
+#include "gsl_Segment.h"
+#include "gsl_StLine.h"
+#include "gsl_TypeTable.h"
+#include "gsl_Util.h"
+#include "mem_Module.h"
+#include "nex_Module.h"
+#include "omni_Module.h"
+#include "omu_Module.h"
+#include "omu_xoObjVarray.h"
+#include "pnt_Module.h"
+#include "typ_Module.h"
+
+#include <iterator>
+
+namespace {
+
+unsigned int startCount = 0;
+
+struct HostLibrary {
+  void (*initialize)(int&);
+  void (*finalize)(int&);
+};
+
+constexpr HostLibrary kHostLibraries[] = {
+    {&mem_initialize, &mem_finalize}, {&typ_initialize, &typ_finalize},
+    {&pnt_initialize, &pnt_finalize}, {&omni_initialize, &omni_finalize},
+    {&atr_initialize, &atr_finalize}, {&cow_initialize, &cow_finalize},
+    {&nex_initialize, &nex_finalize}, {&g3d_initialize, &g3d_finalize},
+    {&omu_initialize, &omu_finalize}};
+
+struct RegisteredClass {
+  cls_MetadataRegistrar::InitializeMetadata function;
+  int flags;
+};
+
+/// Flags of classes stored as values, and of the others.
+constexpr int kValueFlags = 7;
+constexpr int kEntityFlags = 3;
+
+constexpr RegisteredClass kClasses[] = {
+    {&gsl_BBox::InitializeMetadata, kEntityFlags},
+    {&gsl_ModelSegment::InitializeMetadata, kEntityFlags},
+    {&gsl_Plane::InitializeMetadata, kEntityFlags},
+    {&omu_xoObjVarray<gsl_Plane>::InitializeMetadata, kEntityFlags},
+    {&gsl_Point::InitializeMetadata, kValueFlags},
+    {&gsl_Segment::InitializeMetadata, kEntityFlags},
+    {&gsl_StLine::InitializeMetadata, kEntityFlags},
+    {&omu_xoObjVarray<gsl_StLine>::InitializeMetadata, kEntityFlags},
+    {&gsl_PersistentVector::InitializeMetadata, kValueFlags},
+    {&gsl_Dot::InitializeMetadata, kValueFlags},
+    {&omu_xoObjVarray<gsl_Dot>::InitializeMetadata, kEntityFlags},
+    {&gsl_PersistentMatrix::InitializeMetadata, kValueFlags}};
+
+constexpr unsigned int TypeIdOfRow(unsigned int row) {
+  return (gsl_kModuleNumber << 16) + row;
+}
+
+static_assert(gsl_Point::TypeId() == TypeIdOfRow(1));
+static_assert(gsl_PersistentMatrix::TypeId() == TypeIdOfRow(2));
+static_assert(gsl_PersistentVector::TypeId() == TypeIdOfRow(3));
+static_assert(gsl_Plane::TypeId() == TypeIdOfRow(4));
+static_assert(gsl_Dot::TypeId() == TypeIdOfRow(5));
+static_assert(gsl_StLine::TypeId() == TypeIdOfRow(6));
+static_assert(gsl_BBox::TypeId() == TypeIdOfRow(7));
+static_assert(gsl_Segment::TypeId() == TypeIdOfRow(8));
+static_assert(omu_xoObjVarray<gsl_StLine>::TypeId() == TypeIdOfRow(10));
+static_assert(gsl_ModelSegment::TypeId() == TypeIdOfRow(11));
+static_assert(omu_xoObjVarray<gsl_Plane>::TypeId() == TypeIdOfRow(13));
+static_assert(omu_xoObjVarray<gsl_Dot>::TypeId() == TypeIdOfRow(14));
+
+void RegisterClasses() {
+  cls_MetadataRegistrar& registrar = omi_Singleton<cls_MetadataRegistrar>::Instance();
+  for (const RegisteredClass& registered : kClasses)
+    registrar.initClassMetadata(registered.function, registered.flags);
+}
+
+} // namespace
+
+void gsl_initialize(int& count) {
+  if (startCount++ != 0) return;
+  ++count;
+  for (const HostLibrary& library : kHostLibraries)
+    library.initialize(count);
+  const typ_ArchCompEntry entry(gsl_kTypeTable, gsl_kTypeTableRows);
+  typ_ArchCompTable::InsertEntry(gsl_kModuleNumber, entry);
+  omi_Singleton<gsl_Util>::Instance();
+  RegisterClasses();
+}
+
+void gsl_finalize(int& count) {
+  if (--startCount != 0) return;
+  --count;
+  // settings-come-back-with-their-defaults
+  omi_Singleton<gsl_Util>::Destroy();
+  for (auto library = std::rbegin(kHostLibraries); library != std::rend(kHostLibraries); ++library)
+    library->finalize(count);
+}

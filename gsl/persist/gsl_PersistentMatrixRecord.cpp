@@ -1,0 +1,67 @@
+#include "cls_RecordException.h"
+#include "gsl_PersistentMatrix.h"
+#include "gsl_RecordLayout.h"
+
+namespace {
+
+constexpr std::size_t kSize = 4;
+constexpr const char* kSourceUnit = "generated/module/gsl/persist/gsl_PersistentMatrixRecord";
+
+struct StoredMatrix {
+  int isIdentity;
+  cls_xp2DArrayDouble entries;
+};
+
+StoredMatrix StoredFormOf(const gsl_Matrix& matrix) {
+  // Nothing refers to the array: it goes without an identity, so that equal objects have equal
+  // records.
+  StoredMatrix stored = {0, cls_xp2DArrayDouble(kSize, kSize, cls_Uid())};
+  for (std::size_t r = 0; r < kSize; ++r) {
+    for (std::size_t c = 0; c < kSize; ++c)
+      stored.entries(r, c) = matrix.m[r][c];
+  }
+  // near-identity-is-written-unsnapped: asking may snap the matrix, so it comes after the entries.
+  stored.isIdentity = matrix.IsIdentity() ? 1 : 0;
+  return stored;
+}
+
+} // namespace
+
+// Registered under the name of the plain value class: that name is stored.
+template <>
+struct gsl_RecordLayout<gsl_PersistentMatrix> {
+  using Stored = StoredMatrix;
+  static constexpr gsl_RecordAdapter kAdapter = {"gsl_Matrix", 203, false};
+  static constexpr std::tuple kFields = {gsl_Field(-1, "_is_identity", &StoredMatrix::isIdentity),
+                                         gsl_Field(-1, "DDBmatrix", &StoredMatrix::entries)};
+};
+
+template class cls_TypeAdapter<gsl_PersistentMatrix>;
+
+gsl_PersistentMatrix::gsl_PersistentMatrix(const cls_ReadVisitor& visitor) : uid(visitor.GetUid()) {
+  StoredMatrix stored = {0, cls_xp2DArrayDouble(0, 0, cls_Uid())};
+  gsl_ReadRecord<gsl_PersistentMatrix>(visitor, stored);
+  // stored-flag-is-trusted
+  matrix.isIdentity = stored.isIdentity;
+  if (stored.entries.Rows() == 0 && stored.entries.Columns() == 0) return;
+  if (stored.entries.Rows() != kSize || stored.entries.Columns() != kSize) {
+    nex_Exception::Throw(cls_RecordException("A stored transform is not 4 by 4", uid), kSourceUnit,
+                         __LINE__);
+  }
+  for (std::size_t r = 0; r < kSize; ++r) {
+    for (std::size_t c = 0; c < kSize; ++c)
+      matrix.m[r][c] = stored.entries(r, c);
+  }
+}
+
+unsigned int gsl_PersistentMatrix::DynTypeId() const {
+  return TypeId();
+}
+
+void gsl_PersistentMatrix::DBWrite(const cls_WriteVisitor& visitor) const {
+  gsl_WriteRecord<gsl_PersistentMatrix>(visitor, uid, StoredFormOf(matrix));
+}
+
+void gsl_PersistentMatrix::InitializeMetadata(cls_ClassRegistrar& registrar) {
+  gsl_RegisterRecord<gsl_PersistentMatrix>(registrar);
+}

@@ -1,0 +1,56 @@
+#include "gsl_PersistentVector.h"
+#include "gsl_RecordLayout.h"
+
+namespace {
+
+/// The numbers as they stand: the magnitude is stored beside the components and not checked.
+struct StoredVector {
+  double x;
+  double y;
+  double z;
+  double magnitude;
+};
+
+StoredVector StoredFormOf(const gsl_Vector& v) {
+  return {v.x, v.y, v.z, v.magnitude};
+}
+
+} // namespace
+
+// Registered under the name of the plain value class: that name is stored.
+template <>
+struct gsl_RecordLayout<gsl_PersistentVector> {
+  using Stored = StoredVector;
+  static constexpr gsl_RecordAdapter kAdapter = {"gsl_Vector", 203, false};
+  static constexpr std::tuple kFields = {
+      gsl_Field(-1, "_x", &StoredVector::x), gsl_Field(-1, "_y", &StoredVector::y),
+      gsl_Field(-1, "_z", &StoredVector::z), gsl_Field(-1, "_magnitude", &StoredVector::magnitude)};
+};
+
+namespace {
+
+gsl_Vector VectorOf(const cls_ReadVisitor& visitor) {
+  StoredVector stored = {};
+  gsl_ReadRecord<gsl_PersistentVector>(visitor, stored);
+  // stale-magnitude-reads-back-unchanged
+  return gsl_Vector(gsl_arithmetic::Measured3{{stored.x, stored.y, stored.z}, stored.magnitude});
+}
+
+} // namespace
+
+template class cls_TypeAdapter<gsl_PersistentVector>;
+
+gsl_PersistentVector::gsl_PersistentVector(const cls_ReadVisitor& visitor)
+    : vector(VectorOf(visitor)), uid(visitor.GetUid()) {}
+
+unsigned int gsl_PersistentVector::DynTypeId() const {
+  return TypeId();
+}
+
+void gsl_PersistentVector::DBWrite(const cls_WriteVisitor& visitor) const {
+  gsl_WriteRecord<gsl_PersistentVector>(visitor, uid, StoredFormOf(vector));
+}
+
+void gsl_PersistentVector::InitializeMetadata(cls_ClassRegistrar& registrar) {
+  gsl_RegisterRecord<gsl_PersistentVector>(registrar);
+}

@@ -1,0 +1,77 @@
+#!/usr/bin/env python3
+"""Prints benchmark results with ours beside each peer.
+
+usage: bench_report.py RESULT.json...
+
+A benchmark Work/ours and one Work/PEER with otherwise equal names did the same work: the ratio is
+the peer's time over ours, so above 1 ours is faster.
+"""
+
+import json
+import sys
+
+NANOSECONDS = {"ns": 1.0, "us": 1e3, "ms": 1e6, "s": 1e9}
+
+
+def read(paths):
+    """Times in nanoseconds by name; the median where a benchmark was repeated."""
+    times = {}
+    for path in paths:
+        with open(path) as file:
+            text = file.read()
+        # A filter that fits nothing leaves an empty file.
+        for run in json.loads(text)["benchmarks"] if text.strip() else []:
+            if run.get("error_occurred"):
+                sys.exit(f"{path}: {run['name']}: {run.get('error_message')}")
+            if run.get("run_type") == "aggregate" and run.get("aggregate_name") != "median":
+                continue
+            times[run["run_name"].removeprefix("BM_")] = run["real_time"] * NANOSECONDS[run["time_unit"]]
+    return times
+
+
+def split(name):
+    """The work, with its arguments, and who does it; None when it stands alone."""
+    # How long and how often it was measured does not tell works apart.
+    parts = [p for p in name.split("/") if not p.startswith(("min_time:", "repeats:"))]
+    name = "/".join(parts)
+    if len(parts) < 2 or parts[1][0].isdigit() or ":" in parts[1]:
+        return name, None
+    return "/".join(parts[:1] + parts[2:]), parts[1]
+
+
+def shown(nanoseconds):
+    for unit, factor in (("s", 1e9), ("ms", 1e6), ("us", 1e3)):
+        if nanoseconds >= factor:
+            return f"{nanoseconds / factor:.3g} {unit}"
+    return f"{nanoseconds:.3g} ns"
+
+
+def rows(times):
+    works = {}
+    for name, time in times.items():
+        work, who = split(name)
+        works.setdefault(work, {})[who or "ours"] = time
+    for work, by in works.items():
+        ours = by.pop("ours", None)
+        if ours is None:
+            for who, time in by.items():
+                yield work, "", who, shown(time), ""
+        elif not by:
+            yield work, shown(ours), "", "", ""
+        for who, time in by.items() if ours else ():
+            yield work, shown(ours), who, shown(time), f"{time / ours:.2f}"
+
+
+def main():
+    if len(sys.argv) < 2:
+        sys.exit(__doc__)
+    table = [("work", "ours", "peer", "peer's time", "ratio")] + list(rows(read(sys.argv[1:])))
+    if len(table) == 1:
+        sys.exit("no benchmark of that name")
+    widths = [max(len(row[column]) for row in table) for column in range(5)]
+    for row in table:
+        print("  ".join(text.ljust(width) for text, width in zip(row, widths)).rstrip())
+
+
+if __name__ == "__main__":
+    main()

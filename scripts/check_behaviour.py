@@ -1,0 +1,105 @@
+#!/usr/bin/env python3
+"""Checks that docs/behaviour.md, the comments that name an oddity, and the tests belong together.
+
+usage: check_behaviour.py [ROOT]
+
+Every row names files of the library and tests. Each file must hold a comment with the row's name, each
+test must exist, and one of them must carry the name in its own: `ties-go-down` belongs to a test such as
+GslTruncate.TiesGoDownOnBothSides. A comment with a name that no row has is an error too.
+"""
+
+import pathlib
+import re
+import sys
+
+PAGE = "docs/behaviour.md"
+HEAD = ["name", "what it does", "where", "test"]
+# Three words or more, alone or before a colon: ordinary comments do not look like that.
+NAME_COMMENT = re.compile(r"^\s*//+ ([a-z0-9]+(?:-[a-z0-9]+){2,})(?::|$)", re.MULTILINE)
+TEST = re.compile(r"^(?:TEST|TEST_F|TEST_P|RC_GTEST_PROP)\(\s*(\w+),\s*(\w+)", re.MULTILINE)
+
+
+def cells_of(line):
+    return [cell.strip() for cell in line.strip().strip("|").split("|")]
+
+
+def rows_of(page):
+    """(line number, cells) of every row of the page's tables."""
+    for number, line in enumerate(page.splitlines(), 1):
+        if not line.startswith("|"):
+            continue
+        cells = cells_of(line)
+        if cells != HEAD and not all(set(cell) <= set("-: ") for cell in cells):
+            yield number, cells
+
+
+def quoted(cell):
+    return re.findall(r"`([^`]+)`", cell)
+
+
+def squeezed(name):
+    return re.sub(r"[^a-z0-9]", "", name.lower())
+
+
+def sources(root, folder):
+    return sorted(path for path in (root / folder).rglob("*") if path.suffix in (".h", ".cpp"))
+
+
+def tests_of(root):
+    found = set()
+    for path in sources(root, "tests"):
+        found.update(f"{suite}.{name}" for suite, name in TEST.findall(path.read_text()))
+    return found
+
+
+def names_in_code(root):
+    """Name of every oddity comment, and the files that hold it."""
+    found = {}
+    for path in sources(root, "gsl"):
+        for name in NAME_COMMENT.findall(path.read_text()):
+            found.setdefault(name, set()).add(path.relative_to(root).as_posix())
+    return found
+
+
+def check_row(cells, tests, named):
+    if len(cells) != len(HEAD):
+        return [f"has {len(cells)} cells, not {len(HEAD)}"]
+    name, what, where, test = cells[0].strip("`"), cells[1], quoted(cells[2]), quoted(cells[3])
+    problems = [f"{name}: {missing}" for missing, cell in
+                (("says nothing", what), ("names no file", where), ("names no test", test)) if not cell]
+    problems += [f"{name}: no comment of that name in {file}" for file in where
+                 if file not in named.get(name, ())]
+    problems += [f"{name}: there is no test {entry}" for entry in test if entry not in tests]
+    if test and not any(squeezed(name) in squeezed(entry) for entry in test):
+        problems.append(f"{name}: no test has the name in it")
+    return problems
+
+
+def check(root):
+    root = pathlib.Path(root)
+    tests, named = tests_of(root), names_in_code(root)
+    problems, seen = [], set()
+    for number, cells in rows_of((root / PAGE).read_text()):
+        name = cells[0].strip("`")
+        found = check_row(cells, tests, named)
+        if name in seen:
+            found.append(f"{name}: has two rows")
+        seen.add(name)
+        problems += [f"{PAGE}:{number}: {problem}" for problem in found]
+    problems += [f"{file}: {name} has no row in {PAGE}"
+                 for name in sorted(set(named) - seen) for file in sorted(named[name])]
+    return problems, len(seen)
+
+
+def main():
+    root = sys.argv[1] if len(sys.argv) > 1 else pathlib.Path(__file__).resolve().parent.parent
+    problems, count = check(root)
+    if count == 0:
+        problems.append(f"{root}: {PAGE} has no rows")
+    for problem in problems:
+        print(problem, file=sys.stderr)
+    return 1 if problems else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())

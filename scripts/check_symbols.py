@@ -1,0 +1,96 @@
+#!/usr/bin/env python3
+"""Checks what libgsl_geometry exports and what it needs of the host.
+
+usage: check_symbols.py LIBRARY HOST_HEADER_FOLDER...
+
+It may export what is declared GSL_API: names of this library, and the instantiations of the host's
+templates for its classes. It may need, beside the C++ runtime, only what a header of the host
+declares.
+"""
+
+import pathlib
+import re
+import subprocess
+import sys
+
+# A class, function or enumeration of this library; hosts' templates over them; functions that the
+# object model finds by name.
+EXPORTED = re.compile(
+    r"^(?:(?:vtable|VTT|typeinfo|typeinfo name|guard variable) for |(?:non-)?virtual thunk to )?"
+    r"(?:gsl_\w+|(?:(?:omi|omu|cls|cow|typ)_\w+(?:::\w+)?<)+(?:\w+, )*gsl_\w+|omu_ReturnPrim\()"
+)
+# A function template's demangled name begins with its result.
+EXPORTED_BEHIND_RESULT = re.compile(r"^[\w:*& ]+ (?:gsl_\w+|(?:(?:atr|(?:omi|omu|cls|cow|typ)_\w+(?:::\w+)?)<)+(?:\w+, )*gsl_\w+)")
+# The standard library marks its own templates visible; their instantiations are weak.
+STANDARD_TEMPLATE = re.compile(r"^(?:[\w:<>*& ,]+ )?(?:typeinfo (?:name )?for |vtable for |guard variable for )?(?:std|__gnu_cxx)::")
+
+WORD = re.compile(r"[A-Za-z_]\w*")
+LANGUAGE = set(
+    "bool char short int long float double void unsigned signed const volatile operator new delete "
+    "vtable typeinfo name for VTT thunk to virtual guard variable".split()
+)
+
+
+def symbols(library, *options):
+    """Pairs of nm's type letter and the demangled name, with its version."""
+    text = subprocess.run(
+        ["nm", "--dynamic", "--demangle", *options, library], check=True, capture_output=True, text=True
+    ).stdout
+    for line in text.splitlines():
+        match = re.match(r"^[0-9a-f]*\s*([A-Za-z]) (.*)$", line)
+        if match:
+            yield match.groups()
+
+
+def is_allowed_export(kind, name):
+    if STANDARD_TEMPLATE.match(name):
+        return kind in "WVu"
+    return bool(EXPORTED.match(name) or EXPORTED_BEHIND_RESULT.match(name))
+
+
+def undeclared_words(name, declared):
+    without_std = re.sub(r"\b(?:std|__gnu_cxx)::[\w:]+", "", name)
+    return [
+        word
+        for word in WORD.findall(without_std)
+        if word not in LANGUAGE and word not in declared and not word.startswith("gsl_")
+    ]
+
+
+def declared_words(folders):
+    words = set()
+    for folder in folders:
+        for header in pathlib.Path(folder).glob("*.h"):
+            text = re.sub(r"//[^\n]*|/\*.*?\*/", "", header.read_text(), flags=re.DOTALL)
+            words.update(WORD.findall(text))
+    return words
+
+
+def problems(library, folders):
+    exported = list(symbols(library, "--defined-only"))
+    if not exported:
+        yield f"{library} exports nothing"
+    for kind, name in exported:
+        if not is_allowed_export(kind, name):
+            yield f"exported, but not of this library's interface: {name}"
+    declared = declared_words(folders)
+    for kind, name in symbols(library, "--undefined-only"):
+        if kind in "wv" or "@" in name:  # optional, or of a versioned system library
+            continue
+        words = undeclared_words(name, declared)
+        if words:
+            yield f"needed, but declared in no header of the host ({', '.join(words)}): {name}"
+
+
+def main():
+    if len(sys.argv) < 3:
+        print(__doc__, file=sys.stderr)
+        return 2
+    found = sorted(set(problems(sys.argv[1], sys.argv[2:])))
+    for problem in found:
+        print(problem, file=sys.stderr)
+    return 1 if found else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())

@@ -1,0 +1,71 @@
+# What the scripts of this folder share; source it first.
+# shellcheck shell=bash
+
+set -euo pipefail
+
+root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
+cd "$root"
+jobs=${JOBS:-$(nproc)}
+# shellcheck source=scripts/packages.sh
+. "$root/scripts/packages.sh"
+
+# Real meshes for the tests: the user's choice, or a folder shared/meshes beside the checkout.
+if [ -z "${GSL_MESH_DIR:-}" ] && [ -d "$root/../shared/meshes" ]; then
+  GSL_MESH_DIR=$(cd "$root/../shared/meshes" && pwd)
+  export GSL_MESH_DIR
+fi
+
+if [ -z "${CMAKE_CXX_COMPILER_LAUNCHER:-}" ] && command -v ccache >/dev/null; then
+  export CMAKE_CXX_COMPILER_LAUNCHER=ccache
+fi
+
+# build_dir NAME: one folder per preset, and one more per compiler named in CXX.
+build_dir() {
+  echo "$root/build/$1${CXX:+-$(basename "${CXX%% *}")}"
+}
+
+# quietly COMMAND...: no output when it succeeds; its end, and the command, when it fails.
+quietly() {
+  local log status=0
+  log=$(mktemp)
+  "$@" >"$log" 2>&1 </dev/null || status=$?
+  if [ "$status" -ne 0 ]; then
+    tail -n 100 "$log" >&2
+    printf 'Failed. To run it again:\n  cd %q &&%s\n' "$PWD" "$(printf ' %q' "$@")" >&2
+  fi
+  rm -f "$log"
+  return "$status"
+}
+
+# configure PRESET [ARGUMENT...] and build PRESET [TARGET...], quiet when fine.
+configure() {
+  local preset=$1
+  shift
+  quietly cmake --preset "$preset" -B "$(build_dir "$preset")" "$@"
+}
+
+build() {
+  local dir
+  dir=$(build_dir "$1")
+  shift
+  quietly cmake --build "$dir" --parallel "$jobs" ${1:+--target "$@"}
+}
+
+# run_tests PRESET [CTEST ARGUMENT...]: ctest's closing lines; on failure what failed as well.
+run_tests() {
+  local dir log status=0
+  dir=$(build_dir "$1")
+  shift
+  log=$(mktemp)
+  ctest --test-dir "$dir" --no-tests=error --output-on-failure --parallel "$jobs" "$@" \
+    >"$log" 2>&1 </dev/null || status=$?
+  if [ "$status" -ne 0 ]; then
+    grep -vE '^ *([0-9]+/[0-9]+ Test .* Passed |Start +[0-9]+:)' "$log" >&2 || true
+    printf 'Failed. To run it again:\n  ctest --test-dir %q --output-on-failure --rerun-failed\n' \
+      "$dir" >&2
+  else
+    sed -n '/tests passed/,$p' "$log" | grep -v '^$'
+  fi
+  rm -f "$log"
+  return "$status"
+}

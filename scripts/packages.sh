@@ -1,0 +1,88 @@
+#!/usr/bin/env bash
+# The Debian packages this project needs, in one place.
+#
+#   ./scripts/packages.sh GROUP...            print the packages of the groups: test check bench
+#   ./scripts/packages.sh --install GROUP...  install those that are missing (as root)
+#
+# The other scripts source this file and call need_packages.
+
+packages_of() {
+  case $1 in
+    # Building and running every test.
+    test)
+      echo g++ cmake ninja-build python3 \
+        libgtest-dev libgmock-dev librapidcheck-dev \
+        libfast-float-dev libtinyobjloader-dev libassimp-dev libcli11-dev nlohmann-json3-dev
+      ;;
+    # The second compiler, formatting, lint, sanitizers, fuzzing, coverage.
+    check)
+      echo clang libclang-rt-14-dev llvm clang-format clang-tidy gcovr
+      ;;
+    # Benchmarks and the libraries measured beside ours.
+    bench)
+      echo libbenchmark-dev libeigen3-dev libopenblas-dev libboost-graph-dev libfcl-dev libcgal-dev
+      ;;
+    *)
+      echo "packages: no group named '$1'; there are: test check bench" >&2
+      return 2
+      ;;
+  esac
+}
+
+packages_of_groups() {
+  local group
+  for group in "$@"; do packages_of "$group" || return; done | tr ' ' '\n' | sort -u
+}
+
+missing_packages() {
+  local package
+  packages_of_groups "$@" | while read -r package; do
+    case $(dpkg-query -W -f='${db:Status-Abbrev}' "$package" 2>/dev/null) in
+      ?i*) ;;
+      *) echo "$package" ;;
+    esac
+  done
+}
+
+# need_packages GROUP...: installs what is missing as root; otherwise names it and exits with 2.
+need_packages() {
+  local missing
+  packages_of_groups "$@" >/dev/null || exit 2
+  if ! command -v dpkg-query >/dev/null || ! command -v apt-get >/dev/null; then
+    echo "This is not a Debian system; what Debian calls: $(packages_of_groups "$@" | xargs)" \
+      "must be there." >&2
+    return 0
+  fi
+  missing=$(missing_packages "$@" | xargs)
+  [ -n "$missing" ] || return 0
+  if [ "$(id -u)" -ne 0 ]; then
+    echo "Missing packages: $missing" >&2
+    echo "Install them as root: apt-get install --no-install-recommends $missing" >&2
+    exit 2
+  fi
+  echo "Installing: $missing"
+  local log
+  log=$(mktemp)
+  # shellcheck disable=SC2086  # one word per package
+  if ! { apt-get -o Acquire::Retries=3 update &&
+    DEBIAN_FRONTEND=noninteractive apt-get -o Acquire::Retries=3 -o Dpkg::Use-Pty=0 \
+      install -y --no-install-recommends $missing; } >"$log" 2>&1 </dev/null; then
+    tail -n 40 "$log" >&2
+    rm -f "$log"
+    echo "Installing failed. By hand: apt-get update && apt-get install --no-install-recommends" \
+      "$missing" >&2
+    exit 2
+  fi
+  rm -f "$log"
+}
+
+if [ "${BASH_SOURCE[0]}" = "$0" ]; then
+  set -euo pipefail
+  if [ "${1:-}" = --install ]; then
+    shift
+    need_packages "${@:-test}"
+  else
+    [ $# -gt 0 ] || set -- test check bench
+    packages_of_groups "$@"
+  fi
+fi

@@ -1,0 +1,420 @@
+#include "ContractionCanary.h"
+#include "Numbers.h"
+#include "gsl_EntityPredicates.h"
+#include "gsl_Matrix.h"
+#include "gsl_Plane.h"
+#include "gsl_Point.h"
+#include "gsl_Segment.h"
+#include "gsl_StLine.h"
+#include "gsl_Vector.h"
+#include "gsl_utils.h"
+#include "gsl_utils_private.h"
+#include "kernel/Matrix.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstdint>
+#include <cstdio>
+#include <cstring>
+#include <string>
+
+/// The bits of every result that is made of + - * / sqrt and floor alone, in one number.
+///
+/// The number must be the same for every compiler and every level of optimisation. It changes only
+/// when an operation is added here or its definition changes. To extend: one function per class,
+/// fed from the corpus, and a row in kFamilies. What goes through acos, atan2, sin, cos, pow or
+/// log10 stays out, and so do identities.
+
+using numbers::kSentinel;
+
+namespace {
+
+class Hasher {
+public:
+  void Add(std::uint64_t bits) {
+    state = (state ^ bits) * 0x9E3779B97F4A7C15ull;
+    state ^= state >> 29;
+  }
+  /// One NaN is as good as another: which one comes out is not part of the promise.
+  void Add(double x) { Add(std::isnan(x) ? std::uint64_t{0x7FF8000000000000} : numbers::Bits(x)); }
+  void Add(bool answer) { Add(std::uint64_t{answer ? 1u : 2u}); }
+  void Add(const gsl_arithmetic::Coord3& c) {
+    Add(c.x);
+    Add(c.y);
+    Add(c.z);
+  }
+  void Add(const gsl_Vector& v) {
+    Add(v.Coords());
+    Add(v.magnitude);
+  }
+  void Add(const gsl_Point& p) { Add(p.Coords()); }
+  void Add(const gsl_Matrix& m) {
+    for (const auto& row : m.m) {
+      for (const double entry : row)
+        Add(entry);
+    }
+    Add(static_cast<double>(m.isIdentity));
+  }
+  void Add(const gsl_Segment& s) {
+    Add(s.Point1());
+    Add(s.Point2());
+  }
+
+  std::uint64_t Value() const { return state; }
+
+private:
+  std::uint64_t state = 0x243F6A8885A308D3ull;
+};
+
+/// Numbers of every kind that decides a branch: general, on a coarse lattice, around the
+/// tolerances, very large and very small, and once in a while no number at all.
+class Corpus {
+public:
+  explicit Corpus(std::uint64_t seed) : random(seed) {}
+
+  /// What the coordinates of the next things are drawn from.
+  void NextKind() { kind = random.Below(16); }
+
+  double Number() {
+    static constexpr double kScales[] = {1e-12, 1e-9, 1e-6, 1e-3, 1e3, 1e6, 1e9, 1e150};
+    // One draw to a statement: the order of evaluation within an expression is the compiler's.
+    if (kind < 6) return random.Between(-10.0, 10.0);
+    const double whole = random.Below(5) - 2.0;
+    if (kind < 11) return whole;
+    if (kind < 13) return whole + (random.Below(9) - 4) * 2.5e-7;
+    const double part = random.Between(-1.0, 1.0);
+    if (kind < 14) return part * kScales[random.Below(8)];
+    if (kind < 15) return whole + part * 1e-10;
+    return random.Below(4) == 0 ? random.Hostile() : part * 2.0;
+  }
+
+  gsl_Point Point() {
+    const double px = Number(), py = Number(), pz = Number();
+    return {px, py, pz};
+  }
+
+  gsl_Vector Vector() {
+    const double vx = Number(), vy = Number(), vz = Number();
+    return {vx, vy, vz};
+  }
+
+  gsl_StLine Line() {
+    const gsl_Point p = Point();
+    return {p, Vector()};
+  }
+
+  gsl_Plane Plane() {
+    const gsl_Point p = Point();
+    return {p, Vector()};
+  }
+
+  gsl_Segment Segment() {
+    const gsl_Point p = Point();
+    return {p, Point()};
+  }
+
+  gsl_Matrix Matrix() {
+    gsl_Matrix m;
+    for (unsigned int r = 0; r < 3; ++r)
+      m.SetRow(r, Vector());
+    m.SetTranslation(Vector());
+    return m;
+  }
+
+  int Below(int n) { return random.Below(n); }
+
+private:
+  numbers::Random random;
+  int kind = 0;
+};
+
+constexpr int kRounds = 10000;
+
+void HashScalars(Hasher& h, Corpus& c) {
+  const double a[3] = {c.Number(), c.Number(), c.Number()};
+  const double b[3] = {c.Number(), c.Number(), c.Number()};
+  const double tol = std::fabs(c.Number());
+  h.Add(gsl_RealEqual(a[0], b[0], tol));
+  h.Add(gsl_RealRelEqual(a[0], b[0], tol));
+  h.Add(gsl_RealArrEqual(3, a, b, tol));
+  h.Add(RealArrRelEqual(3, a, b, tol));
+  const int n = c.Below(12) + 1;
+  // In the range of the operation: its whole part is a 32-bit number.
+  if (std::fabs(a[0]) < 2e9) h.Add(gsl_Truncate(a[0], n));
+  h.Add(RoundHalfUp(a[1]));
+  h.Add(IntegerPower(a[1], n - 6));
+  h.Add(SinglePrecisionPower(a[2], n - 6));
+  const gsl_Interval interval{a[0], b[0]};
+  h.Add(interval.Interpolate(a[1]));
+  h.Add(interval == gsl_Interval{a[0] + tol, b[0] - tol});
+}
+
+void HashVector(Hasher& h, Corpus& c) {
+  const gsl_Vector a = c.Vector(), b = c.Vector(), axis = c.Vector();
+  const gsl_Point p = c.Point(), q = c.Point(), r = c.Point();
+  const gsl_Plane plane = c.Plane();
+  const double s = c.Number(), tol = std::fabs(c.Number());
+  h.Add(a + b);
+  h.Add(a - b);
+  h.Add(a * s);
+  h.Add(gsl_Vector(p, q));
+  h.Add(gsl_Vector(p, q, r));
+  h.Add(a == b);
+  h.Add(a.DotProduct(b));
+  h.Add(a.CrossProduct(b));
+  gsl_Vector changed(a);
+  h.Add(changed.Normalize());
+  h.Add(changed);
+  changed.Scale(s);
+  h.Add(changed);
+  changed.Negate();
+  h.Add(changed);
+  h.Add(a.NormalizedCopy());
+  h.Add(a.ScaledCopy(s));
+  h.Add(a.IsOn(b));
+  h.Add(a.IsOrthogonal(b));
+  h.Add(a.SameDirection(b, tol));
+  h.Add(a.IsParallel(b, tol));
+  h.Add(a.AnyOrthogonalUnit());
+  h.Add(a.BestAlignedOrthogonalUnit());
+  h.Add(a.ProjectOn(plane));
+  double unused = 0.0;
+  h.Add(axis.AngleBetween(a, b, unused));
+  h.Add(gsl_kernel::CosineBetween(a.Measured(), b.Measured(), c.Below(2) == 0, 1e-6));
+}
+
+void HashPoint(Hasher& h, Corpus& c) {
+  gsl_Point p = c.Point();
+  const gsl_Point q = c.Point(), r = c.Point(), s = c.Point();
+  const gsl_Vector v = c.Vector();
+  const gsl_StLine line = c.Line();
+  const gsl_Plane plane = c.Plane();
+  const gsl_Segment segment = c.Segment();
+  const double wa = c.Number(), wb = c.Number(), tol = std::fabs(c.Number());
+  h.Add(gsl_Point(p, wa, q, wb));
+  h.Add(gsl_Point(p, q));
+  h.Add(p + v);
+  h.Add(p - v);
+  h.Add(p == q);
+  h.Add(p > q);
+  h.Add(p >= q);
+  h.Add(p.GetDistance(q));
+  h.Add(p.GetDistance(line));
+  h.Add(p.GetSignedDistance(plane));
+  h.Add(p.GetDistance(plane));
+  h.Add(p.GetDistance(plane, v));
+  h.Add(p.GetDistance(q, r, s));
+  h.Add(p.IsOn(q));
+  h.Add(p.IsOn(line));
+  h.Add(p.IsOn(plane));
+  gsl_Point out(kSentinel, kSentinel, kSentinel);
+  double t = kSentinel, weights[3] = {kSentinel, kSentinel, kSentinel};
+  h.Add(p.GetDistance(segment, out));
+  h.Add(out);
+  h.Add(p.ProjectOn(line, t));
+  h.Add(t);
+  h.Add(p.ProjectOn(plane));
+  h.Add(p.ProjectOn(segment, tol, out, t));
+  h.Add(out);
+  h.Add(t);
+  h.Add(p.ProjectOn(segment, out, t));
+  h.Add(out);
+  h.Add(p.ProjectOn(q, r, s, out, weights));
+  h.Add(out);
+  h.Add(p.RayIntersect(v, plane, out));
+  h.Add(out);
+  h.Add(p.RayIntersect(q, r, v, out, weights));
+  h.Add(out);
+  // Aimed at the segment, so that some of them meet it.
+  h.Add(p.RayIntersect(q, r, gsl_Vector(p, gsl_Point(q, 1.0 - wa, r, wa)), out, weights));
+  h.Add(out);
+  for (const double weight : weights)
+    h.Add(weight);
+  h.Add(pointInTriangle(p, q, r, s, weights));
+  h.Add(pointSegmentParameters(p, q, r, weights));
+  for (const double weight : weights)
+    h.Add(weight);
+}
+
+void HashMatrix(Hasher& h, Corpus& c) {
+  gsl_Matrix a = c.Matrix(), b = c.Matrix();
+  gsl_Point p = c.Point();
+  gsl_Vector v = c.Vector();
+  const gsl_Vector x = c.Vector(), y = c.Vector(), z = c.Vector();
+  a.Transform(p);
+  b.Transform(v);
+  h.Add(p);
+  h.Add(v);
+  h.Add(a == b);
+  h.Add(a.InverseRigidTransform());
+  b.Concatenate(a);
+  h.Add(b);
+  a.SetRotationVectors(x, y, z);
+  a.SetColumn(3, v);
+  h.Add(a);
+  h.Add(a.NewOrigin());
+  h.Add(a.NewYAxis());
+  h.Add(a.IsIdentity());
+  gsl_Matrix near;
+  const int row = c.Below(3);
+  const int column = c.Below(4);
+  near.m[row][column] += (c.Below(9) - 4) * 2.5e-6;
+  near.isIdentity = -1;
+  h.Add(near.IsIdentity());
+  h.Add(near);
+  // Three angles whose cosine and sine are exact enough to be written down.
+  static constexpr double kTurns[3][2] = {{0.6, 0.8}, {-0.28, 0.96}, {0.0, -1.0}};
+  const double* const turn = kTurns[c.Below(3)];
+  gsl_Matrix rotation;
+  gsl_kernel::AxisRotationBlock(x.NormalizedCopy().Coords(), turn[0], turn[1], rotation.m);
+  h.Add(rotation);
+  for (const gsl_Matrix* m : {&a, &rotation}) {
+    const gsl_kernel::Quaternion q = gsl_kernel::QuaternionOfRotation(m->m);
+    for (const float component : {q.x, q.y, q.z, q.w})
+      h.Add(static_cast<double>(component));
+  }
+}
+
+void HashLinesAndPlanes(Hasher& h, Corpus& c) {
+  const gsl_StLine a = c.Line(), b = c.Line();
+  const gsl_Point p = c.Point(), q = c.Point();
+  const gsl_Plane plane = c.Plane(), other = c.Plane();
+  gsl_Point out(kSentinel, kSentinel, kSentinel);
+  double distance = kSentinel;
+  h.Add(gsl_StLine(p, q).Direction());
+  h.Add(a.Intersect(plane, out));
+  h.Add(out);
+  h.Add(a.Intersect(b, out, distance));
+  h.Add(out);
+  h.Add(distance);
+  // Through one point, so that they are not skew.
+  h.Add(a.Intersect(gsl_StLine(a.PointOn() + a.Direction() * 0.5, b.Direction()), out, distance));
+  h.Add(out);
+  h.Add(distance);
+  h.Add(lineSkewDistance(a, b));
+  h.Add(linesAreSkew(a, b));
+  h.Add(linesCoincident(a, b));
+  h.Add(lineParallelToPlane(a, plane));
+  h.Add(lineLiesInPlane(a, plane));
+  h.Add(signedDistanceToParallelPlane(a, plane));
+  h.Add(distanceToParallelPlane(a, plane));
+  h.Add(planesParallel(plane, other));
+  h.Add(planesCoincident(plane, other));
+  h.Add(distanceBetweenParallelPlanes(plane, other));
+  h.Add(distanceBetweenParallelPlanes(plane, gsl_Plane(p, plane.Direction() * -2.0)));
+}
+
+void HashSegment(Hasher& h, Corpus& c) {
+  const gsl_Segment a = c.Segment(), b = c.Segment();
+  const gsl_StLine line = c.Line();
+  const double t = c.Number();
+  // Crosses a where t says.
+  const gsl_Point on(a.Point1(), 1.0 - t, a.Point2(), t);
+  const gsl_Segment crossing(on + line.Direction() * -0.5, on + line.Direction());
+  gsl_Point out(kSentinel, kSentinel, kSentinel);
+  gsl_Segment connection(out, out);
+  h.Add(a.Length());
+  h.Add(segmentVector(a));
+  h.Add(a.Intersect(line, out));
+  h.Add(out);
+  for (const gsl_Segment* other : {&b, &crossing}) {
+    h.Add(a.Intersect(*other, out));
+    h.Add(out);
+    a.GetDistance(*other, connection);
+    h.Add(connection);
+    h.Add(connection.Length());
+  }
+}
+
+void HashTriangleSweep(Hasher& h, Corpus& c) {
+  const gsl_Point a[3] = {c.Point(), c.Point(), c.Point()};
+  gsl_Point b[3] = {c.Point(), c.Point(), c.Point()};
+  const gsl_Vector d = c.Below(3) == 0 ? gsl_Vector(a[0], a[1]) : c.Vector();
+  // Half of them ahead of the first, so that they can meet.
+  if (c.Below(2) == 0) {
+    for (gsl_Point& p : b)
+      p = p + d * 1.5;
+  }
+  const bool twoSided[2] = {c.Below(4) != 0, c.Below(4) != 0};
+  gsl_Point contacts[2] = {{kSentinel, kSentinel, kSentinel}, {kSentinel, kSentinel, kSentinel}};
+  double distance = c.Below(4) == 0 ? std::fabs(c.Number()) : 1e10;
+  const double margin = c.Below(2) == 0 ? 0.0 : 1e10;
+  h.Add(gsl_TriTriMinDirectionalDist(d, a[0], a[1], a[2], b[0], b[1], b[2], twoSided, margin,
+                                     contacts, distance));
+  h.Add(distance);
+  h.Add(contacts[0]);
+  h.Add(contacts[1]);
+}
+
+struct Family {
+  const char* name;
+  void (*hash)(Hasher&, Corpus&);
+};
+
+constexpr Family kFamilies[] = {
+    {"scalars", HashScalars},
+    {"vector", HashVector},
+    {"point", HashPoint},
+    {"matrix", HashMatrix},
+    {"lines and planes", HashLinesAndPlanes},
+    {"segment", HashSegment},
+    {"triangle sweep", HashTriangleSweep},
+};
+
+} // namespace
+
+TEST(Golden, ResultsAreTheSameBitsEverywhere) {
+  Hasher all;
+  std::string families;
+  std::uint64_t seed = 1;
+  for (const Family& family : kFamilies) {
+    Hasher h;
+    Corpus corpus(seed++);
+    for (int round = 0; round < kRounds; ++round) {
+      corpus.NextKind();
+      family.hash(h, corpus);
+    }
+    all.Add(h.Value());
+    char line[96];
+    std::snprintf(line, sizeof line, "  %016llx  %s\n", static_cast<unsigned long long>(h.Value()),
+                  family.name);
+    families += line;
+  }
+  constexpr std::uint64_t kGolden = 0x8a2299048ec3363f;
+  EXPECT_EQ(all.Value(), kGolden) << std::hex << "is 0x" << all.Value() << ", by family:\n"
+                                  << families;
+}
+
+TEST(Golden, CorpusReachesTheBranches) {
+  // Not everything may be rejected, or the hash would say little.
+  Corpus corpus(7);
+  int crossings = 0, contacts = 0;
+  for (int round = 0; round < kRounds; ++round) {
+    corpus.NextKind();
+    const gsl_Segment a = corpus.Segment(), b = corpus.Segment();
+    gsl_Point out;
+    crossings += a.Intersect(b, out);
+    const gsl_Point t[6] = {corpus.Point(), corpus.Point(), corpus.Point(),
+                            corpus.Point(), corpus.Point(), corpus.Point()};
+    const bool twoSided[2] = {true, true};
+    gsl_Point pair[2];
+    double distance = 1e10;
+    contacts += gsl_TriTriMinDirectionalDist(corpus.Vector(), t[0], t[1], t[2], t[3], t[4], t[5],
+                                             twoSided, 1e10, pair, distance);
+  }
+  EXPECT_GT(crossings, 100);
+  EXPECT_GT(contacts, 1000);
+}
+
+TEST(Golden, CanaryContractionIsOffInTheConsumer) {
+  EXPECT_FALSE(IsInlineArithmeticContracted());
+}
+
+TEST(Golden, CanaryContractionIsOffInTheLibrary) {
+  // The signed distance of a point from a plane through the origin is their dot product.
+  EXPECT_FALSE(IsContracted([](const gsl_arithmetic::Coord3& a, const gsl_arithmetic::Coord3& b) {
+    const gsl_Plane plane(gsl_Point(0.0, 0.0, 0.0), gsl_Vector(b.x, b.y, b.z));
+    return gsl_Point(a.x, a.y, a.z).GetSignedDistance(plane);
+  }));
+}

@@ -1,0 +1,316 @@
+#include "cls_ReadVisitor.h"
+
+#include "HostObjects.h"
+#include "Records.h"
+#include "cls_ListReader.h"
+#include "cls_MetadataRegistrar.h"
+#include "cls_RecordException.h"
+#include "cls_xp1DArrayListUint.h"
+#include "cls_xp2DArrayDouble.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+const cls_FieldHandle kField(-1, "field");
+
+/// Bytes of `depth` records, each the only field of the one before.
+std::vector<unsigned char> NestedBytes(std::uint32_t depth) {
+  std::vector<unsigned char> bytes = {'g', 's', 'l', 'r', 1, 1, 4, 'n', 'e', 'x', 't'};
+  const auto varint = [&](std::uint32_t value) {
+    for (; value >= 0x80u; value >>= 7)
+      bytes.push_back(static_cast<unsigned char>((value & 0x7Fu) | 0x80u));
+    bytes.push_back(static_cast<unsigned char>(value));
+  };
+  varint(depth);
+  for (std::uint32_t i = 0; i < depth; ++i) {
+    bytes.push_back(i == 0 ? 1 : 0);
+    varint(TestNode::kTypeId);
+    bytes.insert(bytes.end(), 16, 0);
+    bytes.push_back(0);
+    const bool isLast = i + 1 == depth;
+    bytes.push_back(isLast ? 0 : 1);
+    if (isLast) break;
+    bytes.push_back(1);
+    bytes.push_back(1);
+    bytes.push_back(static_cast<unsigned char>(cls_RecordStore::Kind::Record));
+    varint(i + 1);
+  }
+  return bytes;
+}
+
+std::string MessageOf(const std::function<void()>& action) {
+  try {
+    action();
+  } catch (const cls_RecordException& e) {
+    return e.what();
+  }
+  return "nothing was thrown";
+}
+
+} // namespace
+
+TEST(ClsReadVisitor, MissingFieldsGiveTheCallersDefault) {
+  const cls_RecordStore store = Recorded(1, cls_Uid(), [](const cls_WriteVisitor&) {});
+  cls_Load load(store);
+  const cls_ReadVisitor root(load, 0);
+  EXPECT_EQ(root.ReadInteger(kField, 4), 4);
+  EXPECT_EQ(root.ReadDouble(kField, 2.5), 2.5);
+  EXPECT_TRUE(root.ReadBoolean(kField, true));
+  EXPECT_EQ(root.ReadString(kField, "text"), cow_String("text"));
+  EXPECT_TRUE(cls_ReadVisitor(root, kField).IsAbsent());
+}
+
+TEST(ClsReadVisitor, AbsentRecordHasNoFieldsAndANullIdentity) {
+  const cls_RecordStore store =
+      Recorded(1, cls_Uid(5, 6), [](const cls_WriteVisitor& to) { to.WriteNullObject(kField, 2); });
+  cls_Load load(store);
+  const cls_ReadVisitor root(load, 0);
+  EXPECT_EQ(root.GetUid(), cls_Uid(5, 6));
+  const cls_ReadVisitor absent(root, kField);
+  EXPECT_TRUE(absent.IsAbsent());
+  EXPECT_TRUE(absent.GetUid().IsNull());
+  EXPECT_EQ(absent.TypeId(), 0u);
+  EXPECT_EQ(absent.ReadInteger(kField, 3), 3);
+  EXPECT_TRUE(cls_ReadVisitor(absent, kField).IsAbsent());
+  EXPECT_EQ(absent.ReadUnsigneds().count, 0u);
+  EXPECT_EQ(absent.ReadDoubles().rows, 0u);
+  const std::unique_ptr<cls_ListReader> list(absent.GetListReader());
+  EXPECT_FALSE(list->HasNext());
+}
+
+TEST(ClsReadVisitor, FieldOfAnotherKindIsRefusedByName) {
+  const cls_RecordStore store = Recorded(1, cls_Uid(5, 6), [](const cls_WriteVisitor& to) {
+    to.WriteString({-1, "s"}, "1");
+    to.WriteInteger({-1, "i"}, 1);
+    to.WriteDouble({-1, "d"}, 1.0);
+    to.WriteBoolean({-1, "b"}, true);
+    to.WriteNullObject({-1, "n"}, 1);
+    TestNode(1).DBWrite(cls_WriteVisitor(to, {-1, "r"}));
+  });
+  cls_Load load(store);
+  const cls_ReadVisitor root(load, 0);
+  EXPECT_EQ(MessageOf([&] {
+              root.ReadInteger({-1, "s"}, 0);
+            }),
+            "Field \"s\" holds a string, not an integer");
+  EXPECT_EQ(MessageOf([&] {
+              root.ReadDouble({-1, "i"}, 0);
+            }),
+            "Field \"i\" holds an integer, not a double");
+  EXPECT_EQ(MessageOf([&] {
+              root.ReadBoolean({-1, "d"}, false);
+            }),
+            "Field \"d\" holds a double, not a boolean");
+  EXPECT_EQ(MessageOf([&] {
+              root.ReadString({-1, "b"}, "");
+            }),
+            "Field \"b\" holds a boolean, not a string");
+  EXPECT_EQ(MessageOf([&] {
+              root.ReadInteger({-1, "r"}, 0);
+            }),
+            "Field \"r\" holds a record, not an integer");
+  EXPECT_EQ(MessageOf([&] {
+              root.ReadInteger({-1, "n"}, 0);
+            }),
+            "Field \"n\" holds a null object, not an integer");
+  EXPECT_EQ(MessageOf([&] {
+              cls_ReadVisitor(root, {-1, "i"});
+            }),
+            "Field \"i\" holds an integer, not a record");
+}
+
+TEST(ClsReadVisitor, ErrorsCarryTheIdentityOfTheirRecord) {
+  const cls_RecordStore store =
+      Recorded(1, cls_Uid(5, 6), [](const cls_WriteVisitor& to) { to.WriteInteger(kField, 1); });
+  cls_Load load(store);
+  try {
+    cls_ReadVisitor(load, 0).ReadDouble(kField, 0.0);
+    FAIL() << "nothing was thrown";
+  } catch (const nex_CommandException& e) {
+    EXPECT_EQ(e.Uid(), cls_Uid(5, 6));
+    EXPECT_NE(e.LineNumber(), 0);
+  }
+}
+
+TEST(ClsReadVisitor, FirstOfTwoFieldsOfOneNameCounts) {
+  const cls_RecordStore store = Recorded(1, cls_Uid(), [](const cls_WriteVisitor& to) {
+    to.WriteInteger(kField, 1);
+    to.WriteInteger(kField, 2);
+  });
+  cls_Load load(store);
+  EXPECT_EQ(cls_ReadVisitor(load, 0).ReadInteger(kField, 0), 1);
+}
+
+TEST(ClsReadVisitor, NoSuchRoot) {
+  const cls_RecordStore store;
+  cls_Load load(store);
+  EXPECT_THROW(cls_ReadVisitor(load, 0), cls_RecordException);
+}
+
+TEST(ClsReadVisitor, WhatWasSharedIsSharedAgain) {
+  TestNode a(1);
+  a.next = TestHolder<TestNode>::Adopt(new TestNode(9));
+  TestNode b(2);
+  b.next = a.next;
+  TestNode c(3);
+  c.next = TestHolder<TestNode>::Adopt(new TestNode(9));
+  cls_RecordStore store;
+  {
+    cls_Save save(store);
+    for (const TestNode* node : {&a, &b, &c})
+      node->DBWrite(cls_WriteVisitor(save));
+  }
+  cls_Load load(store);
+  const TestNode first(cls_ReadVisitor(load, 0));
+  const TestNode second(cls_ReadVisitor(load, 1));
+  const TestNode third(cls_ReadVisitor(load, 2));
+  EXPECT_EQ(first.next.Get(), second.next.Get());
+  EXPECT_NE(first.next.Get(), third.next.Get());
+  EXPECT_EQ(first.next.Get()->uid, a.next.Get()->uid);
+  EXPECT_EQ(third.next.Get()->value, 9);
+}
+
+TEST(ClsReadVisitor, SharedObjectMayBeReadFromItsReferenceFirst) {
+  TestNode a(1);
+  a.next = TestHolder<TestNode>::Adopt(new TestNode(9));
+  TestNode b(2);
+  b.next = a.next;
+  cls_RecordStore store;
+  {
+    cls_Save save(store);
+    a.DBWrite(cls_WriteVisitor(save));
+    b.DBWrite(cls_WriteVisitor(save));
+  }
+  cls_Load load(store);
+  const TestNode second(cls_ReadVisitor(load, 1));
+  const TestNode first(cls_ReadVisitor(load, 0));
+  EXPECT_EQ(second.next.Get()->value, 9);
+  EXPECT_EQ(first.next.Get(), second.next.Get());
+}
+
+TEST(ClsReadVisitor, ObjectThatContainsItselfIsRefused) {
+  TestHolder<TestNode> loop = TestHolder<TestNode>::Adopt(new TestNode(1));
+  loop.Edit()->next = TestHolder<TestNode>::Adopt(new TestNode(2));
+  loop.Edit()->next.Edit()->next = loop;
+  TestNode top(0);
+  top.next = loop;
+  cls_RecordStore store;
+  {
+    cls_Save save(store);
+    top.DBWrite(cls_WriteVisitor(save));
+  }
+  EXPECT_EQ(MessageOf([&] { ReadBack<TestNode>(store); }), "An object contains itself");
+  // A load may go on after the failure and fails the same way again.
+  cls_Load load(store);
+  for (int i = 0; i < 2; ++i)
+    EXPECT_EQ(MessageOf([&] { TestNode(cls_ReadVisitor(load, 0)); }), "An object contains itself");
+  loop.Edit()->next.Edit()->next = TestHolder<TestNode>();
+}
+
+TEST(ClsReadVisitor, HundredThousandLevelsEndInAnErrorNotInTheStack) {
+  const std::vector<unsigned char> bytes = NestedBytes(100000);
+  const cls_RecordStore store = cls_RecordStore::FromBytes(bytes.data(), bytes.size());
+  EXPECT_EQ(store.RecordCount(), 100000u);
+  EXPECT_EQ(store.ToBytes(), bytes);
+  EXPECT_EQ(MessageOf([&] { ReadBack<TestNode>(store); }), "Records are nested too deep to read");
+}
+
+TEST(ClsReadVisitor, ObjectIsOfTheClassThatItsRecordNames) {
+  omi_Singleton<cls_MetadataRegistrar>::Instance().initClassMetadata(
+      &TestDerivedNode::InitializeMetadata, 3);
+  auto* const derived = new TestDerivedNode(5);
+  derived->extra = 6;
+  TestNode top(0);
+  top.next = TestHolder<TestNode>::Adopt(derived);
+  const TestNode read = ReadBack<TestNode>(Written(top));
+  const auto* const object = dynamic_cast<const TestDerivedNode*>(read.next.Get());
+  ASSERT_NE(object, nullptr);
+  EXPECT_EQ(object->value, 5);
+  EXPECT_EQ(object->extra, 6);
+  EXPECT_EQ(object->padding, 1.5);
+  EXPECT_EQ(object->uid, derived->uid);
+}
+
+TEST(ClsReadVisitor, ObjectOfAnUnknownOrForeignClassIsRefused) {
+  for (const unsigned int typeId : {0x7F1000FFu, cls_kCollectionTypeId, 0u}) {
+    const cls_RecordStore store =
+        Recorded(TestNode::kTypeId, cls_Uid(), [&](const cls_WriteVisitor& to) {
+          const cls_WriteVisitor child(to, {-1, "next"});
+          child.StartWrite(typeId, cls_Uid());
+        });
+    EXPECT_THROW(ReadBack<TestNode>(store), cls_RecordException);
+  }
+}
+
+TEST(ClsReadVisitor, ReferenceIsNoRecordOfItsOwn) {
+  const auto shared = TestHolder<TestNode>::Adopt(new TestNode(8));
+  const cls_RecordStore store = Recorded(1, cls_Uid(), [&](const cls_WriteVisitor& to) {
+    shared.Get()->DBWrite(cls_WriteVisitor(to, {-1, "object"}, shared));
+    shared.Get()->DBWrite(cls_WriteVisitor(to, {-1, "reference"}, shared));
+  });
+  cls_Load load(store);
+  const cls_ReadVisitor root(load, 0);
+  EXPECT_EQ(TestNode(cls_ReadVisitor(root, {-1, "object"})).value, 8);
+  EXPECT_EQ(MessageOf([&] {
+              cls_ReadVisitor(root, {-1, "reference"});
+            }),
+            "Field \"reference\" holds a reference, not a record");
+}
+
+TEST(ClsReadVisitor, NullObjectAndMissingObjectEmptyTheHolder) {
+  const cls_RecordStore whole = Written(TestNode(1));
+  EXPECT_EQ(ReadBack<TestNode>(whole).next.Get(), nullptr);
+  EXPECT_EQ(ReadBack<TestNode>(Without(whole, "next")).next.Get(), nullptr);
+  cls_Load load(whole);
+  TestHolder<TestNode> holder = TestHolder<TestNode>::Adopt(new TestNode(3));
+  cls_ReadVisitor(load, 0).ReadObject({-1, "next"}, holder);
+  EXPECT_EQ(holder.Get(), nullptr);
+}
+
+TEST(ClsReadVisitor, CollectionTypeIsChecked) {
+  const cls_RecordStore list = Written(cls_xp1DArrayListUint());
+  cls_Load load(list);
+  const cls_ReadVisitor root(load, 0);
+  root.CheckCollectionType(57);
+  EXPECT_THROW(root.CheckCollectionType(1), cls_RecordException);
+  EXPECT_THROW(root.ReadDoubles(), cls_RecordException);
+  EXPECT_THROW(root.GetListReader(), cls_RecordException);
+}
+
+TEST(ClsArrays, ReadBackWithTheirIdentity) {
+  cls_xp1DArrayListUint list;
+  for (const unsigned int value : {3u, 0u, 4294967295u})
+    list.Append(value);
+  const auto readList = ReadBack<cls_xp1DArrayListUint>(Written(list));
+  EXPECT_EQ(readList, list);
+  EXPECT_EQ(readList.Uid(), list.Uid());
+
+  cls_xp2DArrayDouble matrix(2, 3);
+  for (std::size_t r = 0; r < 2; ++r) {
+    for (std::size_t c = 0; c < 3; ++c)
+      matrix(r, c) = 10.0 * static_cast<double>(r) + static_cast<double>(c);
+  }
+  const auto readMatrix = ReadBack<cls_xp2DArrayDouble>(Written(matrix));
+  ASSERT_EQ(readMatrix.Rows(), 2u);
+  ASSERT_EQ(readMatrix.Columns(), 3u);
+  EXPECT_EQ(readMatrix(1, 2), 12.0);
+  EXPECT_EQ(readMatrix.Uid(), matrix.Uid());
+}
+
+TEST(ClsListReader, ListOfValuesHasNoNullEntries) {
+  const cls_RecordStore store =
+      Recorded(cls_kCollectionTypeId, cls_Uid(), [](const cls_WriteVisitor& to) {
+        const std::unique_ptr<cls_ListWriter> list(to.GetListWriter());
+        list->WriteNull(TestNode::kTypeId);
+        cls_WriteRequestListObj request(*list);
+        cls_xp1DArrayListUint().DBWrite(cls_WriteVisitor(request));
+      });
+  cls_Load load(store);
+  const cls_ReadVisitor root(load, 0);
+  const std::unique_ptr<cls_ListReader> list(root.GetListReader());
+  EXPECT_EQ(MessageOf([&] { list->ReadValue<TestNode>(); }),
+            "A list of values has an entry without a value");
+  EXPECT_EQ(MessageOf([&] { list->ReadValue<TestNode>(); }),
+            "A record is of another class than its place allows");
+}

@@ -1,0 +1,258 @@
+#include "HostObjects.h"
+#include "Records.h"
+#include "cls_RecordException.h"
+#include "cls_xp1DArrayListUint.h"
+#include "cls_xp2DArrayDouble.h"
+
+#include <gtest/gtest.h>
+
+#include <limits>
+#include <random>
+
+namespace {
+
+using Bytes = std::vector<unsigned char>;
+
+/// A store with every kind of field, a list, both arrays and a shared object.
+cls_RecordStore SampleStore() {
+  cls_RecordStore store;
+  cls_Save save(store);
+  const cls_WriteVisitor root(save);
+  root.StartWrite(0x7F100009u, cls_Uid(~0ull, 1));
+  root.WriteInteger({0, "least"}, std::numeric_limits<int>::min());
+  root.WriteInteger({1, "most"}, std::numeric_limits<int>::max());
+  root.WriteInteger({2, "minus one"}, -1);
+  root.WriteDouble({-1, "double"}, -0.1);
+  root.WriteBoolean({-1, "yes"}, true);
+  root.WriteBoolean({-1, "no"}, false);
+  root.WriteString({-1, "text"}, cow_String("a\0b", 3));
+  root.WriteString({-1, "empty"}, "");
+  root.WriteNullObject({-1, "null"}, 0xFFFFFFFFu);
+  const auto shared = TestHolder<TestNode>::Adopt(new TestNode(8));
+  shared.Get()->DBWrite(cls_WriteVisitor(root, {-1, "object"}, shared));
+  shared.Get()->DBWrite(cls_WriteVisitor(root, {-1, "reference"}, shared));
+  cls_xp1DArrayListUint numbers;
+  numbers.Append(300);
+  numbers.DBWrite(cls_WriteVisitor(root, {-1, "numbers"}));
+  cls_xp2DArrayDouble(2, 2).DBWrite(cls_WriteVisitor(root, {-1, "matrix"}));
+  const cls_WriteVisitor entries(root, {-1, "entries"});
+  entries.StartWrite(cls_kCollectionTypeId, cls_Uid());
+  const std::unique_ptr<cls_ListWriter> list(entries.GetListWriter());
+  list->WriteNull(5);
+  cls_WriteRequestListObj request(*list);
+  TestNode(9).DBWrite(cls_WriteVisitor(request));
+  TestNode(10).DBWrite(cls_WriteVisitor(save));
+  return store;
+}
+
+cls_RecordStore Decoded(const Bytes& bytes) {
+  return cls_RecordStore::FromBytes(bytes.data(), bytes.size());
+}
+
+void ExpectRefused(Bytes bytes, const std::string& why) {
+  try {
+    Decoded(bytes);
+    ADD_FAILURE() << "accepted: " << why;
+  } catch (const cls_RecordException& e) {
+    EXPECT_EQ(why, e.what());
+  }
+}
+
+/// Header, one name "n", then the records.
+Bytes WithRecords(const Bytes& records) {
+  Bytes bytes = {'g', 's', 'l', 'r', 1, 1, 1, 'n'};
+  bytes.insert(bytes.end(), records.begin(), records.end());
+  return bytes;
+}
+
+/// A record of type 1 without a uid, then what follows its collection type.
+void AppendRecord(Bytes& bytes, unsigned char flags, const Bytes& rest) {
+  bytes.push_back(flags);
+  bytes.push_back(1);
+  bytes.insert(bytes.end(), 16, 0);
+  bytes.insert(bytes.end(), rest.begin(), rest.end());
+}
+
+constexpr unsigned char kRecord = 4;
+constexpr unsigned char kObject = 5;
+constexpr unsigned char kReference = 6;
+
+} // namespace
+
+TEST(ClsRecordBytes, EmptyStore) {
+  const Bytes bytes = cls_RecordStore().ToBytes();
+  EXPECT_EQ(bytes, (Bytes{'g', 's', 'l', 'r', 1, 0, 0}));
+  EXPECT_EQ(Decoded(bytes).RootCount(), 0u);
+}
+
+TEST(ClsRecordBytes, OnePointLikeRecordByHand) {
+  const cls_RecordStore store = Recorded(0x81u, cls_Uid(2, 3), [](const cls_WriteVisitor& to) {
+    to.WriteDouble({-1, "x"}, 1.0);
+  });
+  EXPECT_EQ(store.ToBytes(), (Bytes{'g', 's', 'l',  'r', 1,             // header
+                                    1,   1,   'x',                      // one name
+                                    1,   1,   0x81, 1,                  // one root of type 0x81
+                                    2,   0,   0,    0,   0, 0, 0,    0, // prefix
+                                    3,   0,   0,    0,   0, 0, 0,    0, // serial
+                                    0,   1,   1,    1,   1,             // one field, a double
+                                    0,   0,   0,    0,   0, 0, 0xF0, 0x3F}));
+}
+
+TEST(ClsRecordBytes, EveryKindComesBack) {
+  const cls_RecordStore store = SampleStore();
+  const Bytes bytes = store.ToBytes();
+  const cls_RecordStore read = Decoded(bytes);
+  EXPECT_EQ(TextOf(read), TextOf(store));
+  EXPECT_EQ(read.ToBytes(), bytes);
+  EXPECT_EQ(read.RootCount(), 2u);
+  cls_Load load(read);
+  EXPECT_EQ(cls_ReadVisitor(load, 0).ReadString({-1, "text"}, ""), cow_String("a\0b", 3));
+}
+
+TEST(ClsRecordBytes, NamesThatAreNotUsedLeaveNoTrace) {
+  cls_RecordStore store;
+  cls_Save save(store);
+  try {
+    const cls_WriteVisitor root(save);
+    root.StartWrite(1, cls_Uid());
+    root.WriteInteger({-1, "forgotten"}, 1);
+    throw cls_RecordException("the host gives up");
+  } catch (const cls_RecordException&) {
+  }
+  EXPECT_EQ(store.ToBytes(), cls_RecordStore().ToBytes());
+}
+
+TEST(ClsRecordBytes, EveryShorterFormIsRefused) {
+  const Bytes bytes = SampleStore().ToBytes();
+  for (std::size_t length = 0; length < bytes.size(); ++length) {
+    const Bytes cut(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(length));
+    EXPECT_THROW(Decoded(cut), cls_RecordException) << length;
+  }
+}
+
+TEST(ClsRecordBytes, EveryChangedByteIsRefusedOrReadable) {
+  const Bytes bytes = SampleStore().ToBytes();
+  for (std::size_t i = 0; i < bytes.size(); ++i) {
+    for (unsigned int value = 0; value < 256; ++value) {
+      Bytes changed = bytes;
+      changed[i] = static_cast<unsigned char>(value);
+      try {
+        const cls_RecordStore store = Decoded(changed);
+        EXPECT_EQ(Decoded(store.ToBytes()).ToBytes(), store.ToBytes());
+        ReadBack<TestNode>(store);
+      } catch (const nex_Exception&) {
+      }
+    }
+  }
+}
+
+TEST(ClsRecordBytes, HeaderAndTrailingBytes) {
+  Bytes bytes = SampleStore().ToBytes();
+  bytes.push_back(0);
+  ExpectRefused(bytes, "Bytes follow the last record");
+  bytes[4] = 2;
+  ExpectRefused(bytes, "The bytes are no records of a known version");
+}
+
+TEST(ClsRecordBytes, AnnouncedSizesAreBoundedByTheBytes) {
+  const Bytes huge = {0xFF, 0xFF, 0xFF, 0xFF, 0x0F};
+  const std::string more = "The bytes announce more than they hold";
+  Bytes names = {'g', 's', 'l', 'r', 1};
+  names.insert(names.end(), huge.begin(), huge.end());
+  ExpectRefused(names, more);
+  ExpectRefused(WithRecords(huge), more);
+
+  Bytes fields = {1};
+  AppendRecord(fields, 1, {0, 0xFF, 0xFF, 0xFF, 0xFF, 0x0F});
+  ExpectRefused(WithRecords(fields), more);
+  Bytes unsigneds = {1};
+  AppendRecord(unsigneds, 1, {57, 0xFF, 0xFF, 0xFF, 0xFF, 0x0F, 0});
+  ExpectRefused(WithRecords(unsigneds), more);
+  // Rows times columns would wrap around.
+  Bytes doubles = {1};
+  AppendRecord(doubles, 1,
+               {82, 0x80, 0x80, 0x80, 0x80, 0x08, 0x80, 0x80, 0x80, 0x80, 0x08, 0, 0, 0});
+  ExpectRefused(WithRecords(doubles), more);
+  Bytes text = {1};
+  AppendRecord(text, 1, {0, 1, 1, 1, 3, 0xFF, 0xFF, 0xFF, 0xFF, 0x0F});
+  ExpectRefused(WithRecords(text), more);
+}
+
+TEST(ClsRecordBytes, NumbersHaveTheirWidth) {
+  ExpectRefused({'g', 's', 'l', 'r', 1, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80},
+                "A number in the bytes is too long");
+  Bytes type = {1, 1, 0x80, 0x80, 0x80, 0x80, 0x10};
+  type.insert(type.end(), 20, 0);
+  ExpectRefused(WithRecords(type), "A number in the bytes is too large");
+}
+
+TEST(ClsRecordBytes, RecordCannotHoldItselfNorOneBeforeIt) {
+  Bytes self = {1};
+  AppendRecord(self, 1, {0, 1, 1, 1, kRecord, 0});
+  ExpectRefused(WithRecords(self), "A field in the bytes holds no record after its own");
+  Bytes beyond = {1};
+  AppendRecord(beyond, 1, {0, 1, 1, 1, kRecord, 1});
+  ExpectRefused(WithRecords(beyond), "A field in the bytes holds no record after its own");
+}
+
+TEST(ClsRecordBytes, RecordBelongsToOnePlace) {
+  Bytes twice = {2};
+  AppendRecord(twice, 1, {0, 2, 1, 1, kRecord, 1, 1, 1, kRecord, 1});
+  AppendRecord(twice, 0, {0, 0});
+  ExpectRefused(WithRecords(twice), "A record in the bytes belongs to two places");
+  Bytes root = {2};
+  AppendRecord(root, 1, {0, 1, 1, 1, kRecord, 1});
+  AppendRecord(root, 1, {0, 0});
+  ExpectRefused(WithRecords(root), "A record in the bytes belongs to two places");
+  Bytes none = {2};
+  AppendRecord(none, 1, {0, 0});
+  AppendRecord(none, 0, {0, 0});
+  ExpectRefused(WithRecords(none), "A record in the bytes belongs to none before it");
+}
+
+TEST(ClsRecordBytes, ReferencesLeadToSharedObjectsOnly) {
+  for (const unsigned char target : Bytes{0, 1, 9}) {
+    Bytes records = {2};
+    AppendRecord(records, 1, {0, 2, 1, 1, kRecord, 1, 1, 1, kReference, target});
+    AppendRecord(records, 0, {0, 0});
+    ExpectRefused(WithRecords(records), "A field in the bytes refers to no shared object");
+  }
+  Bytes good = {2};
+  AppendRecord(good, 1, {0, 2, 1, 1, kReference, 1, 1, 1, kObject, 1});
+  AppendRecord(good, 0, {0, 0});
+  EXPECT_EQ(Decoded(WithRecords(good)).RecordCount(), 2u);
+}
+
+TEST(ClsRecordBytes, SmallChecks) {
+  ExpectRefused({'g', 's', 'l', 'r', 1, 1, 0, 0}, "A field name in the bytes is empty or cut");
+  ExpectRefused({'g', 's', 'l', 'r', 1, 1, 1, 0, 0}, "A field name in the bytes is empty or cut");
+  ExpectRefused({'g', 's', 'l', 'r', 1, 2, 1, 'n', 1, 'n', 0},
+                "A field name appears twice in the bytes");
+  const auto refuse = [](unsigned char flags, const Bytes& rest, const char* why) {
+    Bytes records = {1};
+    AppendRecord(records, flags, rest);
+    ExpectRefused(WithRecords(records), why);
+  };
+  refuse(2, {0, 0}, "A record in the bytes has unknown flags");
+  refuse(1, {58, 0}, "A record in the bytes is an unknown collection");
+  refuse(1, {0, 1, 2, 1, 0, 0}, "A field in the bytes has no such name");
+  refuse(1, {0, 1, 1, 1, 8, 0}, "A field in the bytes is of an unknown kind");
+  refuse(1, {0, 1, 1, 1, 2, 2}, "A boolean in the bytes is neither true nor false");
+}
+
+TEST(ClsRecordBytes, RandomBytesAreRefused) {
+  const unsigned int seed = std::random_device()();
+  RecordProperty("seed", std::to_string(seed));
+  std::mt19937 random(seed);
+  for (int i = 0; i < 20000; ++i) {
+    Bytes bytes = {'g', 's', 'l', 'r', 1};
+    const std::size_t length = random() % 100;
+    while (bytes.size() < length)
+      bytes.push_back(static_cast<unsigned char>(random() % 7));
+    try {
+      const cls_RecordStore store = Decoded(bytes);
+      EXPECT_EQ(Decoded(store.ToBytes()).ToBytes(), store.ToBytes()) << "seed " << seed;
+    } catch (const cls_RecordException&) {
+    }
+  }
+}

@@ -1,0 +1,244 @@
+#include "cls_WriteVisitor.h"
+
+#include "HostObjects.h"
+#include "Records.h"
+#include "cls_ListReader.h"
+#include "cls_ListWriter.h"
+#include "cls_RecordException.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+const cls_FieldHandle kFirst(0, "first");
+const cls_FieldHandle kSecond(1, "second");
+
+TestHolder<TestNode> Held(int value) {
+  return TestHolder<TestNode>::Adopt(new TestNode(value));
+}
+
+/// Writes both holders as objects of one record.
+void WritePair(const cls_WriteVisitor& to, const TestHolder<TestNode>& a,
+               const TestHolder<TestNode>& b) {
+  to.StartWrite(1, cls_Uid());
+  a.Get()->DBWrite(cls_WriteVisitor(to, kFirst, a));
+  b.Get()->DBWrite(cls_WriteVisitor(to, kSecond, b));
+}
+
+} // namespace
+
+TEST(ClsWriteVisitor, SharedObjectIsStoredOnce) {
+  const TestHolder<TestNode> shared = Held(4);
+  const TestHolder<TestNode> same(shared);
+  cls_RecordStore store;
+  {
+    cls_Save save(store);
+    WritePair(cls_WriteVisitor(save), shared, same);
+  }
+  EXPECT_EQ(TextOf(store), "0x00000001\n"
+                           "  0 first object 0x7F100001\n"
+                           "    -1 value integer 4\n"
+                           "    -1 next null 0x7F100001\n"
+                           "  1 second reference 0x7F100001\n");
+}
+
+TEST(ClsWriteVisitor, StartWriteDeclinesTheSharedObjectOfTheSameSave) {
+  const TestHolder<TestNode> shared = Held(4);
+  cls_RecordStore store;
+  cls_Save save(store);
+  const cls_WriteVisitor root(save);
+  EXPECT_NE(root.StartWrite(1, cls_Uid()), 0);
+  const cls_WriteVisitor first(root, kFirst, shared);
+  EXPECT_NE(first.StartWrite(TestNode::kTypeId, shared.Get()->uid), 0);
+  const cls_WriteVisitor second(root, kSecond, shared);
+  EXPECT_EQ(second.StartWrite(TestNode::kTypeId, shared.Get()->uid), 0);
+}
+
+TEST(ClsWriteVisitor, AnotherSaveWritesTheObjectAgain) {
+  const TestHolder<TestNode> shared = Held(4);
+  cls_RecordStore store;
+  for (int i = 0; i < 2; ++i) {
+    cls_Save save(store);
+    const cls_WriteVisitor root(save);
+    root.StartWrite(1, cls_Uid());
+    EXPECT_NE(cls_WriteVisitor(root, kFirst, shared).StartWrite(2, shared.Get()->uid), 0);
+  }
+}
+
+TEST(ClsWriteVisitor, TwoObjectsThatCarryOneUidAreBothStored) {
+  TestHolder<TestNode> a = Held(1);
+  TestHolder<TestNode> b = Held(2);
+  b.Edit()->uid = a.Get()->uid;
+  cls_RecordStore store;
+  cls_Save save(store);
+  WritePair(cls_WriteVisitor(save), a, b);
+  EXPECT_EQ(TextOf(store), "0x00000001\n"
+                           "  0 first object 0x7F100001\n"
+                           "    -1 value integer 1\n"
+                           "    -1 next null 0x7F100001\n"
+                           "  1 second object 0x7F100001\n"
+                           "    -1 value integer 2\n"
+                           "    -1 next null 0x7F100001\n");
+}
+
+TEST(ClsWriteVisitor, EmbeddedRecordsOfOneUidAreNeverDeclined) {
+  const TestNode node(3);
+  cls_RecordStore store;
+  cls_Save save(store);
+  const cls_WriteVisitor root(save);
+  root.StartWrite(1, node.uid);
+  node.DBWrite(cls_WriteVisitor(root, kFirst));
+  node.DBWrite(cls_WriteVisitor(root, kSecond));
+  EXPECT_EQ(store.RecordCount(), 3u);
+}
+
+TEST(ClsWriteVisitor, SaveKeepsSharedObjectsAliveUntilItEnds) {
+  TestHolder<TestNode> shared = Held(4);
+  cls_RecordStore store;
+  {
+    cls_Save save(store);
+    WritePair(cls_WriteVisitor(save), shared, shared);
+    EXPECT_EQ(shared.Owners(), 2);
+  }
+  EXPECT_EQ(shared.Owners(), 1);
+}
+
+TEST(ClsWriteVisitor, ObjectMadeWhereAnotherWasIsNotTakenForIt) {
+  cls_RecordStore store;
+  cls_Save save(store);
+  const cls_WriteVisitor root(save);
+  root.StartWrite(1, cls_Uid());
+  const cls_Uid uid(1, 1);
+  for (int i = 0; i < 100; ++i) {
+    TestHolder<TestNode> temporary = Held(i);
+    temporary.Edit()->uid = uid;
+    temporary.Get()->DBWrite(cls_WriteVisitor(root, kFirst, temporary));
+  }
+  EXPECT_EQ(store.RecordCount(), 101u);
+}
+
+TEST(ClsWriteVisitor, RecordMustBeStartedFirst) {
+  cls_RecordStore store;
+  cls_Save save(store);
+  const cls_WriteVisitor root(save);
+  EXPECT_THROW(root.WriteInteger(kFirst, 1), cls_RecordException);
+  EXPECT_THROW(root.WriteDouble(kFirst, 1.0), cls_RecordException);
+  EXPECT_THROW(root.WriteBoolean(kFirst, true), cls_RecordException);
+  EXPECT_THROW(root.WriteString(kFirst, "a"), cls_RecordException);
+  EXPECT_THROW(root.WriteNullObject(kFirst, 1), cls_RecordException);
+  EXPECT_THROW(root.CheckCollectionType(1), cls_RecordException);
+  EXPECT_THROW(cls_WriteVisitor(root, kFirst), cls_RecordException);
+  EXPECT_EQ(store.RecordCount(), 0u);
+}
+
+TEST(ClsWriteVisitor, PlaceTakesOneRecord) {
+  cls_RecordStore store;
+  cls_Save save(store);
+  const cls_WriteVisitor root(save);
+  root.StartWrite(1, cls_Uid());
+  const cls_WriteVisitor child(root, kFirst);
+  EXPECT_NE(child.StartWrite(2, cls_Uid()), 0);
+  EXPECT_THROW(child.StartWrite(2, cls_Uid()), cls_RecordException);
+}
+
+TEST(ClsWriteVisitor, RootVisitorWritesSeveralRoots) {
+  cls_RecordStore store;
+  cls_Save save(store);
+  const cls_WriteVisitor root(save);
+  for (int i = 0; i < 3; ++i)
+    TestNode(i).DBWrite(root);
+  ASSERT_EQ(store.RootCount(), 3u);
+  EXPECT_EQ(ReadBack<TestNode>(store, 2).value, 2);
+}
+
+TEST(ClsWriteVisitor, NestingAtTheLimitIsWrittenAndReadAndNoDeeper) {
+  for (const unsigned int depth : {cls_WriteVisitor::kMostNesting, 1001u}) {
+    TestHolder<TestNode> chain = Held(0);
+    for (unsigned int i = 1; i < depth; ++i) {
+      TestHolder<TestNode> outer = Held(static_cast<int>(i));
+      outer.Edit()->next = chain;
+      chain = outer;
+    }
+    TestNode top(-1);
+    top.next = chain;
+    cls_RecordStore store;
+    cls_Save save(store);
+    if (depth == cls_WriteVisitor::kMostNesting) {
+      top.DBWrite(cls_WriteVisitor(save));
+      EXPECT_EQ(ReadBack<TestNode>(store).next.Get()->value, static_cast<int>(depth) - 1);
+    } else {
+      EXPECT_THROW(top.DBWrite(cls_WriteVisitor(save)), cls_RecordException);
+      EXPECT_EQ(store.RecordCount(), 0u);
+    }
+  }
+}
+
+TEST(ClsWriteVisitor, FailedRootIsTakenBackWithItsSharedObjects) {
+  const TestHolder<TestNode> shared = Held(4);
+  cls_RecordStore store;
+  cls_Save save(store);
+  TestNode(7).DBWrite(cls_WriteVisitor(save));
+  const std::vector<unsigned char> before = store.ToBytes();
+  try {
+    const cls_WriteVisitor root(save);
+    WritePair(root, shared, shared);
+    root.WriteString({-1, "text"}, "a");
+    throw cls_RecordException("the host gives up");
+  } catch (const cls_RecordException&) {
+  }
+  EXPECT_EQ(store.ToBytes(), before);
+  // What was taken back counts as not written.
+  WritePair(cls_WriteVisitor(save), shared, shared);
+  EXPECT_EQ(ReadBack<TestNode>(store).value, 7);
+  EXPECT_EQ(store.RootCount(), 2u);
+  EXPECT_EQ(store.RecordCount(), 3u);
+}
+
+TEST(ClsWriteVisitor, RecordIsOfOneCollectionType) {
+  cls_RecordStore store;
+  cls_Save save(store);
+  const cls_WriteVisitor root(save);
+  root.StartWrite(cls_kCollectionTypeId, cls_Uid());
+  EXPECT_THROW(root.CheckCollectionType(2), cls_RecordException);
+  root.CheckCollectionType(57);
+  root.CheckCollectionType(57);
+  EXPECT_THROW(root.CheckCollectionType(82), cls_RecordException);
+  const unsigned int values[] = {1, 2};
+  root.WriteUnsigneds(values, 2);
+  EXPECT_THROW(root.WriteUnsigneds(values, 2), cls_RecordException);
+  EXPECT_THROW(root.WriteDoubles(nullptr, 0, 0), cls_RecordException);
+}
+
+TEST(ClsListWriter, KeepsTheOrderAndTheNullEntries) {
+  cls_RecordStore store;
+  {
+    cls_Save save(store);
+    const cls_WriteVisitor root(save);
+    root.StartWrite(cls_kCollectionTypeId, cls_Uid());
+    std::unique_ptr<cls_ListWriter> list(root.GetListWriter());
+    cls_WriteRequestListObj first(*list);
+    TestNode(1).DBWrite(cls_WriteVisitor(first));
+    list->WriteNull(TestNode::kTypeId);
+    cls_WriteRequestListObj third(*list);
+    TestNode(3).DBWrite(cls_WriteVisitor(third));
+    EXPECT_TRUE(list->Finish());
+  }
+  EXPECT_EQ(TextOf(store), "0x00230001 of 1\n"
+                           "  record 0x7F100001\n"
+                           "    -1 value integer 1\n"
+                           "    -1 next null 0x7F100001\n"
+                           "  null 0x7F100001\n"
+                           "  record 0x7F100001\n"
+                           "    -1 value integer 3\n"
+                           "    -1 next null 0x7F100001\n");
+  cls_Load load(store);
+  const cls_ReadVisitor root(load, 0);
+  std::unique_ptr<cls_ListReader> list(root.GetListReader());
+  std::string values;
+  while (list->HasNext()) {
+    const std::unique_ptr<TestNode> node(list->ReadObject<TestNode>());
+    values += node == nullptr ? " null" : " " + std::to_string(node->value);
+  }
+  EXPECT_EQ(values, " 1 null 3");
+  EXPECT_THROW(list->ReadObject<TestNode>(), cls_RecordException);
+}

@@ -1,0 +1,62 @@
+#include "cow_1DArray.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <thread>
+
+TEST(Cow1DArray, AppendsAndReads) {
+  cow_1DArray<std::string> array;
+  EXPECT_TRUE(array.IsEmpty());
+  array.Append("a");
+  array.Append("b");
+  EXPECT_EQ(array.Count(), 2u);
+  EXPECT_EQ(array[1], "b");
+}
+
+TEST(Cow1DArray, CopiesShareUntilOneWrites) {
+  cow_1DArray<std::string> array;
+  array.Append("a");
+  cow_1DArray<std::string> copy(array);
+  EXPECT_TRUE(copy.SharesWith(array));
+  EXPECT_EQ(&copy[0], &array[0]);
+  copy.Writable(0) = "changed";
+  EXPECT_FALSE(copy.SharesWith(array));
+  EXPECT_EQ(array[0], "a");
+  EXPECT_EQ(copy[0], "changed");
+}
+
+TEST(Cow1DArray, OnlyOwnerWritesInPlace) {
+  cow_1DArray<std::string> array;
+  array.Append("a");
+  const std::string* const place = &array[0];
+  array.Writable(0) = "b";
+  EXPECT_EQ(&array[0], place);
+}
+
+TEST(Cow1DArray, ClearLeavesCopiesAlone) {
+  cow_1DArray<std::string> array;
+  array.Append("a");
+  const cow_1DArray<std::string> copy(array);
+  array.Clear();
+  EXPECT_TRUE(array.IsEmpty());
+  EXPECT_EQ(copy[0], "a");
+}
+
+TEST(Cow1DArray, CopiesMayBeChangedInDifferentThreads) {
+  cow_1DArray<int> array;
+  array.Append(0);
+  const auto work = [](cow_1DArray<int> copy) {
+    for (int i = 0; i < 1000; ++i) {
+      cow_1DArray<int> other(copy);
+      other.Append(i);
+      copy.Writable(0) = i;
+      EXPECT_EQ(copy[0], i);
+    }
+  };
+  std::thread first(work, array);
+  std::thread second(work, array);
+  first.join();
+  second.join();
+  EXPECT_EQ(array[0], 0);
+}

@@ -1,0 +1,477 @@
+#include "gsl_InPlaneSegSegMinDirectionalDist.h"
+
+#include "ScopedSettings.h"
+#include "gsl_utils.h"
+
+#include <cmath>
+#include <gtest/gtest.h>
+#include <limits>
+
+namespace {
+
+constexpr double kInfinity = std::numeric_limits<double>::infinity();
+constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+
+double Above(double x) {
+  return std::nextafter(x, kInfinity);
+}
+
+/// One call along +Y with outputs that hold a sentinel. A segment of A faces along +Y when it runs
+/// towards -X, one of B when it runs towards +X.
+struct Sweep {
+  gsl_Vector direction{0.0, 1.0, 0.0};
+  gsl_Point a[2];
+  gsl_Point b[2];
+  bool twoSided[2] = {false, false};
+  double margin = 0.0;
+  double distance = kInfinity;
+  gsl_Point contacts[2] = {{91.0, 92.0, 93.0}, {94.0, 95.0, 96.0}};
+  const gsl_Point sentinel[2] = {contacts[0], contacts[1]};
+
+  Sweep(const gsl_Point& a0, const gsl_Point& a1, const gsl_Point& b0, const gsl_Point& b1)
+      : a{a0, a1}, b{b0, b1} {}
+
+  bool operator()() {
+    return gsl_InPlaneSegSegMinDirectionalDist(direction, a[0], a[1], b[0], b[1], twoSided, margin,
+                                               contacts, distance);
+  }
+
+  bool IsUntouched(int k) const {
+    return contacts[k].x == sentinel[k].x && contacts[k].y == sentinel[k].y &&
+           contacts[k].z == sentinel[k].z && contacts[k].uid == sentinel[k].uid;
+  }
+
+  void ExpectUntouched(double before = kInfinity) const {
+    EXPECT_TRUE(IsUntouched(0));
+    EXPECT_TRUE(IsUntouched(1));
+    EXPECT_EQ(distance, before);
+  }
+
+  bool IsKnown(const cls_Uid& uid) const {
+    return uid == a[0].uid || uid == a[1].uid || uid == b[0].uid || uid == b[1].uid ||
+           uid == sentinel[0].uid || uid == sentinel[1].uid || uid.IsNull();
+  }
+
+  void ExpectEnd(int k, const gsl_Point& end) const {
+    EXPECT_EQ(contacts[k].x, end.x);
+    EXPECT_EQ(contacts[k].y, end.y);
+    EXPECT_EQ(contacts[k].z, end.z);
+    EXPECT_EQ(contacts[k].uid, end.uid);
+  }
+
+  void ExpectComputed(int k, double x, double y) const {
+    EXPECT_NEAR(contacts[k].x, x, 1e-12);
+    EXPECT_NEAR(contacts[k].y, y, 1e-12);
+    EXPECT_FALSE(IsKnown(contacts[k].uid));
+  }
+};
+
+TEST(GslInPlaneSweep, FacingSegmentsMeetAfterTheGap) {
+  Sweep sweep({1.0, 0.0, 0.0}, {-1.0, 0.0, 0.0}, {-4.0, 3.0, 0.0}, {4.0, 3.0, 0.0});
+  EXPECT_TRUE(sweep());
+  EXPECT_EQ(sweep.distance, 3.0);
+  sweep.ExpectEnd(0, sweep.a[0]);
+  sweep.ExpectComputed(1, 1.0, 3.0);
+}
+
+TEST(GslInPlaneSweep, DirectionIsNormalised) {
+  Sweep sweep({1.0, 0.0, 0.0}, {-1.0, 0.0, 0.0}, {-4.0, 3.0, 0.0}, {4.0, 3.0, 0.0});
+  sweep.direction = gsl_Vector(0.0, 0.25, 0.0);
+  EXPECT_TRUE(sweep());
+  EXPECT_EQ(sweep.distance, 3.0);
+}
+
+TEST(GslInPlaneSweep, EndsThatMeetEndsTakeTheEndOfAAndAComputedPoint) {
+  Sweep sweep({1.0, 0.0, 0.0}, {-1.0, 0.0, 0.0}, {-1.0, 3.0, 0.0}, {1.0, 3.0, 0.0});
+  EXPECT_TRUE(sweep());
+  sweep.ExpectEnd(0, sweep.a[0]);
+  sweep.ExpectComputed(1, 1.0, 3.0);
+}
+
+TEST(GslInPlaneSweep, AAgainstTheDirectionIsRefusedBeforeBIsLookedAt) {
+  Sweep sweep({-1.0, 0.0, 0.0}, {1.0, 0.0, 0.0}, {-4.0, 3.0, 0.0}, {4.0, 3.0, 0.0});
+  EXPECT_FALSE(sweep());
+  sweep.ExpectUntouched();
+  Sweep nothing({-1.0, 0.0, 0.0}, {1.0, 0.0, 0.0}, {kNaN, kNaN, kNaN}, {kNaN, kNaN, kNaN});
+  EXPECT_FALSE(nothing());
+  nothing.ExpectUntouched();
+}
+
+TEST(GslInPlaneSweep, TwoSidedAIsTurnedAndItsSecondEndComesFirst) {
+  Sweep sweep({-1.0, 0.0, 0.0}, {1.0, 0.0, 0.0}, {-4.0, 3.0, 0.0}, {4.0, 3.0, 0.0});
+  sweep.twoSided[0] = true;
+  EXPECT_TRUE(sweep());
+  EXPECT_EQ(sweep.distance, 3.0);
+  sweep.ExpectEnd(0, sweep.a[1]);
+  sweep.ExpectComputed(1, 1.0, 3.0);
+}
+
+TEST(GslInPlaneSweep, BAlongTheDirectionIsRefusedUnlessTwoSided) {
+  Sweep sweep({1.0, 0.0, 0.0}, {-1.0, 0.0, 0.0}, {4.0, 3.0, 0.0}, {-4.0, 3.0, 0.0});
+  EXPECT_FALSE(sweep());
+  sweep.ExpectUntouched();
+  sweep.twoSided[1] = true;
+  EXPECT_TRUE(sweep());
+  EXPECT_EQ(sweep.distance, 3.0);
+}
+
+TEST(GslInPlaneSweep, TwoSidedOfAIsNotThatOfB) {
+  Sweep sweep({-1.0, 0.0, 0.0}, {1.0, 0.0, 0.0}, {-4.0, 3.0, 0.0}, {4.0, 3.0, 0.0});
+  sweep.twoSided[1] = true;
+  EXPECT_FALSE(sweep());
+  Sweep other({1.0, 0.0, 0.0}, {-1.0, 0.0, 0.0}, {4.0, 3.0, 0.0}, {-4.0, 3.0, 0.0});
+  other.twoSided[0] = true;
+  EXPECT_FALSE(other());
+}
+
+TEST(GslInPlaneSweep, SegmentsRunningTheSameWayAcrossAreNoContact) {
+  // Steep ones: both face as they must, and yet run the same way.
+  Sweep sweep({1.0, 0.0, 0.0}, {0.0, 5.0, 0.0}, {0.0, 10.0, 0.0}, {1.0, 15.0, 0.0});
+  EXPECT_FALSE(sweep());
+  sweep.ExpectUntouched();
+}
+
+TEST(GslInPlaneSweep, SegmentsAtRightAnglesAreAContact) {
+  Sweep sweep({1.0, 0.0, 0.0}, {0.0, 1.0, 0.0}, {0.0, 4.0, 0.0}, {1.0, 5.0, 0.0});
+  EXPECT_TRUE(sweep());
+  EXPECT_NEAR(sweep.distance, 3.0, 1e-12);
+}
+
+TEST(GslInPlaneSweep, RunningTheSameWayIsJudgedAfterTurning) {
+  // As given they run the same way; A is turned and then they do not.
+  Sweep sweep({-1.0, 0.0, 0.0}, {1.0, 0.0, 0.0}, {-4.0, 3.0, 0.0}, {4.0, 3.0, 0.0});
+  sweep.twoSided[0] = true;
+  EXPECT_TRUE(sweep());
+}
+
+TEST(GslInPlaneSweep, AcceptsOnlyStrictlyCloserByMoreThanTheMargin) {
+  Sweep sweep({1.0, 0.0, 0.0}, {-1.0, 0.0, 0.0}, {-4.0, 3.0, 0.0}, {4.0, 3.0, 0.0});
+  sweep.distance = 3.0;
+  EXPECT_FALSE(sweep());
+  sweep.ExpectUntouched(3.0);
+  sweep.distance = Above(3.0);
+  EXPECT_TRUE(sweep());
+  EXPECT_EQ(sweep.distance, 3.0);
+  sweep.margin = 0.5;
+  sweep.distance = 3.5;
+  EXPECT_FALSE(sweep());
+  EXPECT_EQ(sweep.distance, 3.5);
+  sweep.distance = Above(3.5);
+  EXPECT_TRUE(sweep());
+}
+
+TEST(GslInPlaneSweep, CloserContactWithinTheMarginDoesNotReplaceTheFirst) {
+  // A's first end travels 3, its second 2.75.
+  Sweep sweep({1.0, 0.0, 0.0}, {-1.0, 0.0, 0.0}, {-1.0, 2.75, 0.0}, {1.0, 3.0, 0.0});
+  sweep.margin = 0.5;
+  EXPECT_TRUE(sweep());
+  EXPECT_NEAR(sweep.distance, 3.0, 1e-12);
+  sweep.ExpectEnd(0, sweep.a[0]);
+  sweep.margin = 0.125;
+  sweep.distance = kInfinity;
+  EXPECT_TRUE(sweep());
+  EXPECT_NEAR(sweep.distance, 2.75, 1e-12);
+  sweep.ExpectEnd(0, sweep.a[1]);
+}
+
+TEST(GslInPlaneSweep, AcrossANegativeMarginDoesNotLoosenTheRunningMinimum) {
+  Sweep sweep({1.0, 0.0, 0.0}, {-1.0, 0.0, 0.0}, {-4.0, 3.0, 0.0}, {4.0, 3.0, 0.0});
+  sweep.margin = -5.0;
+  for (const double distance : {2.0, 3.0}) {
+    sweep.distance = distance;
+    EXPECT_FALSE(sweep());
+    sweep.ExpectUntouched(distance);
+  }
+  sweep.distance = Above(3.0);
+  EXPECT_TRUE(sweep());
+}
+
+TEST(GslInPlaneSweep, AlongANegativeMarginLoosensTheRunningMinimum) {
+  Sweep sweep({0.0, 0.0, 0.0}, {0.0, 1.0, 0.0}, {-4.0, 3.0, 0.0}, {4.0, 3.0, 0.0});
+  sweep.margin = -5.0;
+  sweep.distance = 1.5;
+  EXPECT_TRUE(sweep());
+  // End 0 travels 3, end 1 travels 2.
+  EXPECT_EQ(sweep.distance, 2.0);
+  sweep.ExpectEnd(0, sweep.a[1]);
+}
+
+TEST(GslInPlaneSweep, SecondPassStoresTheEndOfAWithTheSameIndex) {
+  Sweep first({2.0, 0.0, 0.0}, {-2.0, 0.0, 0.0}, {-1.0, 3.0, 0.0}, {1.0, 5.0, 0.0});
+  EXPECT_TRUE(first());
+  EXPECT_EQ(first.distance, 3.0);
+  first.ExpectComputed(0, -1.0, 0.0);
+  first.ExpectEnd(1, first.a[0]);
+  Sweep second({2.0, 0.0, 0.0}, {-2.0, 0.0, 0.0}, {-1.0, 5.0, 0.0}, {1.0, 3.0, 0.0});
+  EXPECT_TRUE(second());
+  EXPECT_EQ(second.distance, 3.0);
+  second.ExpectComputed(0, 1.0, 0.0);
+  second.ExpectEnd(1, second.a[1]);
+}
+
+TEST(GslInPlaneSweep, SecondPassStoresTheEndOfTheTurnedA) {
+  Sweep sweep({-2.0, 0.0, 0.0}, {2.0, 0.0, 0.0}, {-1.0, 3.0, 0.0}, {1.0, 5.0, 0.0});
+  sweep.twoSided[0] = true;
+  EXPECT_TRUE(sweep());
+  sweep.ExpectEnd(1, sweep.a[1]);
+}
+
+TEST(GslInPlaneSweep, BehindFromAKeepsTheResultSoFar) {
+  Sweep sweep({1.0, 0.0, 0.0}, {-1.0, 0.0, 0.0}, {-1.0, -1.0, 0.0}, {1.0, 1.0, 0.0});
+  EXPECT_TRUE(sweep());
+  EXPECT_NEAR(sweep.distance, 1.0, 1e-12);
+  sweep.ExpectEnd(0, sweep.a[0]);
+  sweep.ExpectComputed(1, 1.0, 1.0);
+}
+
+TEST(GslInPlaneSweep, BehindFromAAtTheFirstEndIsNoContact) {
+  // The second end would travel 1.
+  Sweep sweep({1.0, 0.0, 0.0}, {-1.0, 0.0, 0.0}, {-1.0, 1.0, 0.0}, {1.0, -1.0, 0.0});
+  EXPECT_FALSE(sweep());
+  sweep.ExpectUntouched();
+}
+
+TEST(GslInPlaneSweep, BehindFromBIsNoContactAlthoughTheFirstPassWroteOne) {
+  Sweep sweep({2.0, 0.0, 0.0}, {-2.0, 0.0, 0.0}, {-1.0, -1.0, 0.0}, {3.0, 3.0, 0.0});
+  EXPECT_FALSE(sweep());
+  EXPECT_NEAR(sweep.distance, 2.0, 1e-12);
+  sweep.ExpectEnd(0, sweep.a[0]);
+  sweep.ExpectComputed(1, 2.0, 2.0);
+}
+
+TEST(GslInPlaneSweep, BehindFromBIsNoContactAlthoughTheSecondPassWroteOne) {
+  Sweep sweep({4.0, 0.0, 0.0}, {-4.0, 0.0, 0.0}, {-1.0, 1.0, 0.0}, {1.0, -1.0, 0.0});
+  EXPECT_FALSE(sweep());
+  EXPECT_EQ(sweep.distance, 1.0);
+  sweep.ExpectComputed(0, -1.0, 0.0);
+  sweep.ExpectEnd(1, sweep.a[0]);
+}
+
+TEST(GslInPlaneSweep, BehindFromBAtItsFirstEndIsNoContact) {
+  Sweep sweep({4.0, 0.0, 0.0}, {-4.0, 0.0, 0.0}, {-1.0, -1.0, 0.0}, {1.0, 1.0, 0.0});
+  EXPECT_FALSE(sweep());
+  sweep.ExpectUntouched();
+}
+
+TEST(GslInPlaneSweep, TouchingSegmentsTravelNothing) {
+  Sweep sweep({1.0, 0.0, 0.0}, {-1.0, 0.0, 0.0}, {-1.0, 0.0, 0.0}, {1.0, 0.0, 0.0});
+  EXPECT_TRUE(sweep());
+  EXPECT_EQ(sweep.distance, 0.0);
+}
+
+TEST(GslInPlaneSweep, SegmentsBesideEachOtherDoNotMeet) {
+  Sweep sweep({1.0, 0.0, 0.0}, {-1.0, 0.0, 0.0}, {1.5, 3.0, 0.0}, {4.0, 3.0, 0.0});
+  EXPECT_FALSE(sweep());
+  sweep.ExpectUntouched();
+}
+
+TEST(GslInPlaneSweep, EndThatPassesWithinTheToleranceMeets) {
+  const ScopedSettings settings;
+  settings->linearTolerance = 0.25;
+  Sweep at({1.0, 0.0, 0.0}, {-1.0, 0.0, 0.0}, {1.25, 3.0, 0.0}, {4.25, 3.0, 0.0});
+  EXPECT_TRUE(at());
+  Sweep above({1.0, 0.0, 0.0}, {-1.0, 0.0, 0.0}, {1.3125, 3.0, 0.0}, {4.3125, 3.0, 0.0});
+  EXPECT_FALSE(above());
+}
+
+TEST(GslInPlaneSweep, AAcrossAndBAlongStoresTheEndOfB) {
+  Sweep sweep({1.0, 0.0, 0.0}, {-1.0, 0.0, 0.0}, {0.5, 6.0, 0.0}, {0.5, 4.0, 0.0});
+  EXPECT_TRUE(sweep());
+  EXPECT_EQ(sweep.distance, 4.0);
+  sweep.ExpectComputed(0, 0.5, 0.0);
+  sweep.ExpectEnd(1, sweep.b[1]);
+}
+
+TEST(GslInPlaneSweep, AAcrossAndBAlongAcceptsANegativeGap) {
+  Sweep sweep({1.0, 0.0, 0.0}, {-1.0, 0.0, 0.0}, {0.5, 2.0, 0.0}, {0.5, -4.0, 0.0});
+  EXPECT_TRUE(sweep());
+  EXPECT_EQ(sweep.distance, -4.0);
+  sweep.ExpectEnd(1, sweep.b[1]);
+}
+
+TEST(GslInPlaneSweep, AAlongAndBAcrossStoresTheEndOfA) {
+  Sweep sweep({0.5, 0.0, 0.0}, {0.5, 1.0, 0.0}, {-1.0, 4.0, 0.0}, {1.0, 4.0, 0.0});
+  EXPECT_TRUE(sweep());
+  EXPECT_EQ(sweep.distance, 3.0);
+  sweep.ExpectEnd(0, sweep.a[1]);
+  sweep.ExpectComputed(1, 0.5, 4.0);
+}
+
+TEST(GslInPlaneSweep, AAlongAndBAcrossAcceptsANegativeGap) {
+  Sweep sweep({0.5, 0.0, 0.0}, {0.5, 1.0, 0.0}, {-1.0, -4.0, 0.0}, {1.0, -4.0, 0.0});
+  EXPECT_TRUE(sweep());
+  EXPECT_EQ(sweep.distance, -5.0);
+  sweep.ExpectEnd(0, sweep.a[1]);
+}
+
+TEST(GslInPlaneSweep, BothAlongOnOneLineTakesTheSmallestGap) {
+  Sweep sweep({0.0, 0.0, 0.0}, {0.0, 1.0, 0.0}, {0.0, 5.0, 0.0}, {0.0, 3.0, 0.0});
+  EXPECT_TRUE(sweep());
+  EXPECT_EQ(sweep.distance, 2.0);
+  sweep.ExpectEnd(0, sweep.a[1]);
+  sweep.ExpectEnd(1, sweep.b[1]);
+}
+
+TEST(GslInPlaneSweep, BothAlongOnOneLineAcceptsANegativeGap) {
+  Sweep sweep({0.0, 5.0, 0.0}, {0.0, 6.0, 0.0}, {0.0, 0.0, 0.0}, {0.0, 1.0, 0.0});
+  EXPECT_TRUE(sweep());
+  EXPECT_EQ(sweep.distance, -6.0);
+  sweep.ExpectEnd(0, sweep.a[1]);
+  sweep.ExpectEnd(1, sweep.b[0]);
+}
+
+TEST(GslInPlaneSweep, BothAlongOffsetSidewaysIsNoContact) {
+  Sweep sweep({0.0, 0.0, 0.0}, {0.0, 1.0, 0.0}, {1e-3, 5.0, 0.0}, {1e-3, 3.0, 0.0});
+  EXPECT_FALSE(sweep());
+  sweep.ExpectUntouched();
+}
+
+TEST(GslInPlaneSweep, BothAlongWhoseFirstEndsCoincideIsNoContact) {
+  Sweep sweep({0.0, 0.0, 0.0}, {0.0, 1.0, 0.0}, {0.0, 0.0, 0.0}, {0.0, 3.0, 0.0});
+  EXPECT_FALSE(sweep());
+  sweep.ExpectUntouched();
+}
+
+TEST(GslInPlaneSweep, BothAlongKeepsTheFirstOfEqualGaps) {
+  // Ends (0, 0) and (1, 1) are both 3 apart, and ends (1, 0) are within the margin of that.
+  Sweep sweep({0.0, 0.0, 0.0}, {0.0, 1.0, 0.0}, {0.0, 3.0, 0.0}, {0.0, 4.0, 0.0});
+  sweep.margin = 1.0;
+  EXPECT_TRUE(sweep());
+  EXPECT_EQ(sweep.distance, 3.0);
+  sweep.ExpectEnd(0, sweep.a[0]);
+  sweep.ExpectEnd(1, sweep.b[0]);
+}
+
+TEST(GslInPlaneSweep, MarginLargerThanTheDistanceAcceptsOnlyGapsBelowTheDifference) {
+  Sweep along({0.5, 0.0, 0.0}, {0.5, 0.25, 0.0}, {-1.0, 0.5, 0.0}, {1.0, 0.5, 0.0});
+  along.distance = 1.0;
+  along.margin = 2.0;
+  EXPECT_FALSE(along());
+  along.ExpectUntouched(1.0);
+  Sweep behind({0.5, 0.0, 0.0}, {0.5, 0.25, 0.0}, {-1.0, -1.0, 0.0}, {1.0, -1.0, 0.0});
+  behind.distance = 1.0;
+  behind.margin = 2.0;
+  EXPECT_TRUE(behind());
+  EXPECT_EQ(behind.distance, -1.25);
+}
+
+TEST(GslInPlaneSweep, MarginAtTheDifferenceIsStrictForSegmentsAlong) {
+  Sweep sweep({0.5, 0.0, 0.0}, {0.5, 1.0, 0.0}, {-1.0, 4.0, 0.0}, {1.0, 4.0, 0.0});
+  sweep.distance = 3.5;
+  sweep.margin = 0.5;
+  EXPECT_FALSE(sweep());
+  sweep.ExpectUntouched(3.5);
+  sweep.margin = 0.25;
+  EXPECT_TRUE(sweep());
+  EXPECT_EQ(sweep.distance, 3.0);
+}
+
+TEST(GslInPlaneSweep, MarginAtTheDifferenceIsStrictForAAcrossAndBAlong) {
+  Sweep sweep({1.0, 0.0, 0.0}, {-1.0, 0.0, 0.0}, {0.5, 4.0, 0.0}, {0.5, 6.0, 0.0});
+  sweep.distance = 4.5;
+  sweep.margin = 0.5;
+  EXPECT_FALSE(sweep());
+  sweep.ExpectUntouched(4.5);
+  sweep.distance = Above(4.5);
+  EXPECT_TRUE(sweep());
+  EXPECT_EQ(sweep.distance, 4.0);
+}
+
+TEST(GslInPlaneSweep, ShortSegmentIsNeverMetByAnEnd) {
+  // B's ends miss the short A, and A's own ends still meet B.
+  Sweep shortA({5e-7, 0.0, 0.0}, {0.0, 0.0, 0.0}, {0.0, 3.0, 0.0}, {2e-7, 3.0, 0.0});
+  EXPECT_FALSE(shortA());
+  shortA.ExpectUntouched();
+  Sweep longB({5e-7, 0.0, 0.0}, {0.0, 0.0, 0.0}, {-1.0, 3.0, 0.0}, {1.0, 3.0, 0.0});
+  EXPECT_TRUE(longB());
+  EXPECT_EQ(longB.distance, 3.0);
+}
+
+TEST(GslInPlaneSweep, ShortSegmentCanStillLieAlong) {
+  Sweep sweep({0.0, 0.0, 0.0}, {0.0, 1e-7, 0.0}, {-1.0, -3.0, 0.0}, {1.0, -3.0, 0.0});
+  // Only a segment that counts as along accepts a negative gap.
+  EXPECT_TRUE(sweep());
+  EXPECT_NEAR(sweep.distance, -3.0 - 1e-7, 1e-15);
+}
+
+TEST(GslInPlaneSweep, SegmentOfExactlyTheToleranceIsMetNearItsFirstEndOnly) {
+  const ScopedSettings settings;
+  settings->linearTolerance = 0.5;
+  Sweep at({-1.75, 0.0, 0.0}, {-1.85, -9.0, 0.0}, {-2.0, 3.0, 0.0}, {-1.5, 3.0, 0.0});
+  EXPECT_TRUE(at());
+  Sweep beyond({-1.45, 0.0, 0.0}, {-1.48, -9.0, 0.0}, {-2.0, 3.0, 0.0}, {-1.5, 3.0, 0.0});
+  EXPECT_FALSE(beyond());
+  Sweep shorter({-1.75, 0.0, 0.0}, {-1.85, -9.0, 0.0}, {-2.0, 3.0, 0.0},
+                {std::nextafter(-1.5, -2.0), 3.0, 0.0});
+  EXPECT_FALSE(shorter());
+}
+
+TEST(GslInPlaneSweep, AlongIsStrictlyBelowTheCosineTolerance) {
+  const ScopedSettings settings;
+  // |d x A| is 3, and 0.6 |A| is 3 exactly. B lies behind A: only along it is a contact.
+  settings->cosineTolerance = 0.6;
+  Sweep at({3.0, 0.0, 0.0}, {0.0, 4.0, 0.0}, {-9.0, -5.0, 0.0}, {9.0, -5.0, 0.0});
+  EXPECT_FALSE(at());
+  at.ExpectUntouched();
+  settings->cosineTolerance = Above(0.6);
+  EXPECT_TRUE(at());
+  EXPECT_NEAR(at.distance, -9.0, 1e-12);
+}
+
+TEST(GslInPlaneSweep, AnyCommonHeightWill) {
+  Sweep sweep({1.0, 0.0, 7.0}, {-1.0, 0.0, 7.0}, {-4.0, 3.0, 7.0}, {4.0, 3.0, 7.0});
+  EXPECT_TRUE(sweep());
+  EXPECT_EQ(sweep.distance, 3.0);
+  EXPECT_EQ(sweep.contacts[1].z, 7.0);
+}
+
+TEST(GslInPlaneSweep, SegmentsAtDifferentHeightsDoNotMeet) {
+  Sweep sweep({1.0, 0.0, 0.0}, {-1.0, 0.0, 0.0}, {-4.0, 3.0, 0.5}, {4.0, 3.0, 0.5});
+  EXPECT_FALSE(sweep());
+  sweep.ExpectUntouched();
+}
+
+TEST(GslInPlaneSweep, DirectionShorterThanTheToleranceMeetsWithoutTravel) {
+  Sweep sweep({1.0, 0.0, 0.0}, {-1.0, 0.0, 0.0}, {-4.0, 3.0, 0.0}, {4.0, 3.0, 0.0});
+  sweep.direction = gsl_Vector(0.0, 1e-7, 0.0);
+  // The zero vector leads to the foot on B, and every gap along it is 0.
+  EXPECT_TRUE(sweep());
+  EXPECT_EQ(sweep.distance, 0.0);
+  sweep.ExpectEnd(0, sweep.a[0]);
+  sweep.ExpectComputed(1, 1.0, 3.0);
+}
+
+TEST(GslInPlaneSweep, NotANumberNeverCountsAsCloser) {
+  Sweep margin({1.0, 0.0, 0.0}, {-1.0, 0.0, 0.0}, {-4.0, 3.0, 0.0}, {4.0, 3.0, 0.0});
+  margin.margin = kNaN;
+  EXPECT_FALSE(margin());
+  margin.ExpectUntouched();
+  Sweep distance({1.0, 0.0, 0.0}, {-1.0, 0.0, 0.0}, {-4.0, 3.0, 0.0}, {4.0, 3.0, 0.0});
+  distance.distance = kNaN;
+  EXPECT_FALSE(distance());
+  Sweep direction({1.0, 0.0, 0.0}, {-1.0, 0.0, 0.0}, {-4.0, 3.0, 0.0}, {4.0, 3.0, 0.0});
+  direction.direction = gsl_Vector(kNaN, kNaN, kNaN);
+  EXPECT_FALSE(direction());
+  direction.ExpectUntouched();
+}
+
+TEST(GslInPlaneSweep, TolerancesAreReadAtTheCall) {
+  const ScopedSettings settings;
+  Sweep sweep({1.0, 0.0, 0.0}, {-1.0, 0.0, 0.0}, {1.5, 3.0, 0.0}, {4.5, 3.0, 0.0});
+  EXPECT_FALSE(sweep());
+  settings->linearTolerance = 0.75;
+  EXPECT_TRUE(sweep());
+}
+
+TEST(GslInPlaneSweep, RunningMinimumOverManyObstaclesEndsAtTheNearest) {
+  Sweep sweep({1.0, 0.0, 0.0}, {-1.0, 0.0, 0.0}, {}, {});
+  for (const double y : {7.0, 3.0, 5.0}) {
+    sweep.b[0] = gsl_Point(-4.0, y, 0.0);
+    sweep.b[1] = gsl_Point(4.0, y, 0.0);
+    EXPECT_EQ(sweep(), y != 5.0);
+  }
+  EXPECT_EQ(sweep.distance, 3.0);
+  EXPECT_EQ(sweep.contacts[1].y, 3.0);
+}
+
+} // namespace

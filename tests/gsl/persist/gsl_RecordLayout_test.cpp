@@ -1,0 +1,464 @@
+#include "gsl_RecordLayout.h"
+
+#include "Records.h"
+#include "cls_MetadataRegistrar.h"
+#include "cls_RecordException.h"
+#include "gsl_BBox.h"
+#include "gsl_Dot.h"
+#include "gsl_ModelSegment.h"
+#include "gsl_Module.h"
+#include "gsl_PersistentMatrix.h"
+#include "gsl_PersistentVector.h"
+#include "gsl_Plane.h"
+#include "gsl_Point.h"
+#include "gsl_Segment.h"
+#include "gsl_StLine.h"
+#include "omu_xoObjVarray.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <optional>
+#include <vector>
+
+// The records as tables, typed by hand and independent of those of the library: registration, write
+// order and what a reader makes of missing and misplaced fields are compared with them.
+
+namespace {
+
+constexpr unsigned int kCollection = 0x00230001u;
+
+enum class Value { Integer, Double, Boolean, Name, Record, Shared, Unsigneds, Doubles, List };
+
+struct FieldRow {
+  int index;
+  const char* name;
+  Value value;
+  int attributeType;
+  unsigned int argument;
+  int collection;
+};
+
+struct ClassRow {
+  unsigned int typeId;
+  const char* name;
+  int number;
+  int flags;
+  bool hasDtor;
+  std::vector<FieldRow> fields;
+};
+
+FieldRow Integer(int index, const char* name) {
+  return {index, name, Value::Integer, 5, 1, 0};
+}
+FieldRow Double(int index, const char* name) {
+  return {index, name, Value::Double, 10, 1, 0};
+}
+FieldRow Boolean(int index, const char* name) {
+  return {index, name, Value::Boolean, 13, 1, 0};
+}
+FieldRow Method(int index, const char* name) {
+  return {index, name, Value::Name, 14, 1, 0};
+}
+FieldRow Nested(int index, const char* name, unsigned int typeId) {
+  return {index, name, Value::Record, 15, typeId, 0};
+}
+
+/// In the order of registration.
+const std::vector<ClassRow>& Rows() {
+  static const std::vector<ClassRow> rows = {
+      {0x030A0007,
+       "gsl_BBox",
+       800,
+       3,
+       false,
+       {Nested(-1, "_low", 0x030A0001), Nested(-1, "_high", 0x030A0001)}},
+      {0x030A000B,
+       "gsl_ModelSegment",
+       332,
+       3,
+       true,
+       {{0, "point1", Value::Shared, 15, 0x030A0005, 0},
+        {1, "point2", Value::Shared, 15, 0x030A0005, 0}}},
+      {0x030A0004,
+       "gsl_Plane",
+       800,
+       3,
+       true,
+       {Boolean(0, "_ok"),
+        Nested(1, "_point", 0x030A0001),
+        Nested(2, "_normal", 0x030A0003),
+        Method(3, "_method"),
+        Boolean(4, "_flip"),
+        {5, "parent_ids", Value::Unsigneds, 15, kCollection, 57},
+        Integer(6, "owner_feat_id")}},
+      {0x030A000D,
+       "gsl_PlaneArray",
+       800,
+       3,
+       false,
+       {Double(-1, "growthRatio_"), {-1, "data_", Value::List, 15, kCollection, 1}}},
+      {0x030A0001,
+       "gsl_Point",
+       203,
+       7,
+       true,
+       {Double(-1, "_x"), Double(-1, "_y"), Double(-1, "_z")}},
+      {0x030A0008,
+       "gsl_Segment",
+       800,
+       3,
+       false,
+       {Nested(-1, "_point1", 0x030A0001), Nested(-1, "_point2", 0x030A0001)}},
+      {0x030A0006,
+       "gsl_StLine",
+       800,
+       3,
+       true,
+       {Nested(0, "_point", 0x030A0001),
+        Nested(1, "_dir", 0x030A0003),
+        Method(2, "_method"),
+        Boolean(3, "_flip"),
+        Boolean(4, "_ok"),
+        {5, "parent_ids", Value::Unsigneds, 15, kCollection, 57},
+        Integer(6, "owner_feat_id")}},
+      {0x030A000A,
+       "gsl_LineArray",
+       800,
+       3,
+       false,
+       {Double(-1, "growthRatio_"), {-1, "data_", Value::List, 15, kCollection, 1}}},
+      {0x030A0003,
+       "gsl_Vector",
+       203,
+       7,
+       false,
+       {Double(-1, "_x"), Double(-1, "_y"), Double(-1, "_z"), Double(-1, "_magnitude")}},
+      {0x030A0005,
+       "gsl_Dot",
+       203,
+       7,
+       true,
+       {Nested(-1, "_point", 0x030A0001), Method(-1, "_method"), Integer(-1, "_instanceId"),
+        Integer(-1, "_entityId")}},
+      {0x030A000E,
+       "gsl_DotArray",
+       800,
+       3,
+       false,
+       {Double(-1, "growthRatio_"), {-1, "data_", Value::List, 15, kCollection, 1}}},
+      {0x030A0002,
+       "gsl_Matrix",
+       203,
+       7,
+       false,
+       {Integer(-1, "_is_identity"), {-1, "DDBmatrix", Value::Doubles, 15, kCollection, 82}}}};
+  return rows;
+}
+
+using Kind = cls_RecordStore::Kind;
+
+Kind KindOf(Value value) {
+  switch (value) {
+  case Value::Integer:
+    return Kind::Integer;
+  case Value::Double:
+    return Kind::Double;
+  case Value::Boolean:
+    return Kind::Boolean;
+  case Value::Name:
+    return Kind::String;
+  case Value::Shared:
+    return Kind::Object;
+  default:
+    return Kind::Record;
+  }
+}
+
+/// A class by its type id: the record of a sample, and reading and writing it again.
+struct Class {
+  unsigned int typeId;
+  std::function<cls_RecordStore()> sample;
+  std::function<cls_RecordStore(const cls_RecordStore&)> readAndWrite;
+};
+
+template <class C>
+Class ClassOf() {
+  return {C::TypeId(),
+          [] {
+            if constexpr (std::is_same_v<C, gsl_ModelSegment>) {
+              return Written(gsl_ModelSegment(gsl_Dot(1.0, 2.0, 3.0), gsl_Dot(4, 5)));
+            } else {
+              return Written(C());
+            }
+          },
+          [](const cls_RecordStore& store) {
+            if constexpr (std::is_constructible_v<C, const cls_ReadVisitor&>) {
+              return Written(ReadBack<C>(store));
+            } else {
+              cls_Load load(store);
+              return Written(C(cls_ReadVisitor(load, 0), nullptr, nullptr));
+            }
+          }};
+}
+
+const std::vector<Class>& Classes() {
+  static const std::vector<Class> classes = {ClassOf<gsl_BBox>(),
+                                             ClassOf<gsl_ModelSegment>(),
+                                             ClassOf<gsl_Plane>(),
+                                             ClassOf<omu_xoObjVarray<gsl_Plane>>(),
+                                             ClassOf<gsl_Point>(),
+                                             ClassOf<gsl_Segment>(),
+                                             ClassOf<gsl_StLine>(),
+                                             ClassOf<omu_xoObjVarray<gsl_StLine>>(),
+                                             ClassOf<gsl_PersistentVector>(),
+                                             ClassOf<gsl_Dot>(),
+                                             ClassOf<omu_xoObjVarray<gsl_Dot>>(),
+                                             ClassOf<gsl_PersistentMatrix>()};
+  return classes;
+}
+
+class Started {
+public:
+  Started() { gsl_initialize(count); }
+  ~Started() { gsl_finalize(count); }
+
+private:
+  int count = 0;
+};
+
+const cls_RecordStore::Field* FindField(const cls_RecordStore& store, const std::string& name) {
+  for (auto* field = store.First(store.Root(0)); field != nullptr; field = store.Next(*field)) {
+    if (store.Name(*field) == name) return field;
+  }
+  return nullptr;
+}
+
+/// What stands for a missing field after the record was read and written again.
+void ExpectDefault(const cls_RecordStore& store, const FieldRow& row) {
+  const auto* const field = FindField(store, row.name);
+  ASSERT_NE(field, nullptr) << row.name;
+  switch (row.value) {
+  case Value::Integer:
+    EXPECT_EQ(field->integer, 0) << row.name;
+    break;
+  case Value::Double:
+    EXPECT_TRUE(SameBits(field->real, 0.0)) << row.name;
+    break;
+  case Value::Boolean:
+    EXPECT_FALSE(field->boolean) << row.name;
+    break;
+  case Value::Shared:
+    EXPECT_EQ(field->kind, Kind::Null) << row.name;
+    break;
+  case Value::Record:
+    EXPECT_TRUE(store.Uid(field->link).IsNull()) << row.name;
+    for (auto* number = store.First(field->link); number != nullptr; number = store.Next(*number))
+      EXPECT_TRUE(SameBits(number->real, 0.0)) << row.name << '/' << store.Name(*number);
+    break;
+  case Value::Unsigneds:
+    EXPECT_EQ(store.Unsigneds(field->link).count, 0u) << row.name;
+    break;
+  case Value::Doubles:
+    // The entries of a matrix that was just made.
+    EXPECT_EQ(store.Doubles(field->link).rows, 4u);
+    break;
+  case Value::List:
+    EXPECT_EQ(store.First(field->link), nullptr);
+    break;
+  case Value::Name:
+    FAIL() << "a missing name must not be readable";
+  }
+}
+
+struct Replacement {
+  const char* what;
+  Kind kind;
+  unsigned int typeId;
+  int collection;
+  std::function<void(const cls_WriteVisitor&, const cls_FieldHandle&)> write;
+};
+
+/// Something of every kind, to be put where it does not belong.
+const std::vector<Replacement>& Replacements() {
+  const auto record = [](unsigned int typeId, int collection) {
+    return [=](const cls_WriteVisitor& to, const cls_FieldHandle& field) {
+      const cls_WriteVisitor child(to, field);
+      child.StartWrite(typeId, cls_Uid(1, 2));
+      if (collection != 0) child.CheckCollectionType(collection);
+    };
+  };
+  static const std::vector<Replacement> replacements = {
+      {"integer", Kind::Integer, 0, 0, [](auto& to, auto& f) { to.WriteInteger(f, 3); }},
+      {"double", Kind::Double, 0, 0, [](auto& to, auto& f) { to.WriteDouble(f, 0.5); }},
+      {"boolean", Kind::Boolean, 0, 0, [](auto& to, auto& f) { to.WriteBoolean(f, true); }},
+      {"string", Kind::String, 0, 0, [](auto& to, auto& f) { to.WriteString(f, "text"); }},
+      {"null", Kind::Null, 0, 0, [](auto& to, auto& f) { to.WriteNullObject(f, 0x030A0001u); }},
+      {"point", Kind::Record, 0x030A0001u, 0, record(0x030A0001u, 0)},
+      {"vector", Kind::Record, 0x030A0003u, 0, record(0x030A0003u, 0)},
+      {"segment", Kind::Record, 0x030A0008u, 0, record(0x030A0008u, 0)},
+      {"unknown class", Kind::Record, 0x7F0F0F0Fu, 0, record(0x7F0F0F0Fu, 0)},
+      {"unsigned list", Kind::Record, kCollection, 57, record(kCollection, 57)},
+      {"double matrix", Kind::Record, kCollection, 82, record(kCollection, 82)},
+      {"object list", Kind::Record, kCollection, 1, record(kCollection, 1)}};
+  return replacements;
+}
+
+/// Whether a reader takes the replacement for what the field ought to hold.
+bool Fits(const FieldRow& row, const Replacement& r) {
+  switch (row.value) {
+  case Value::Integer:
+  case Value::Double:
+  case Value::Boolean:
+    return r.kind == KindOf(row.value);
+  case Value::Name:
+    return false;
+  case Value::Record:
+    return r.kind == Kind::Null || (r.kind == Kind::Record && r.typeId == row.argument);
+  case Value::Shared:
+    return r.kind == Kind::Null;
+  case Value::Unsigneds:
+  case Value::Doubles:
+  case Value::List:
+    return r.kind == Kind::Null || (r.kind == Kind::Record && r.collection == row.collection);
+  }
+  return false;
+}
+
+} // namespace
+
+TEST(GslRecordLayout, ClassesAreRegisteredAsTabulated) {
+  const Started module;
+  const cls_ClassRegistrar& registrar =
+      omi_Singleton<cls_MetadataRegistrar>::Instance().ClassRegistrar();
+  for (const ClassRow& row : Rows()) {
+    const cls_ClassMetadata* const registered = registrar.FindClass(row.typeId);
+    ASSERT_NE(registered, nullptr) << row.name;
+    EXPECT_STREQ(registered->Name(), row.name);
+    EXPECT_EQ(registered->Adapter().Number(), row.number) << row.name;
+    EXPECT_EQ(registered->Adapter().Argument(), 1u) << row.name;
+    EXPECT_EQ(registered->Flags(), row.flags) << row.name;
+    EXPECT_EQ(registered->Dtor() != nullptr, row.hasDtor) << row.name;
+    EXPECT_TRUE(registered->Bases().empty()) << row.name;
+    ASSERT_EQ(registered->Attributes().size(), row.fields.size()) << row.name;
+    for (std::size_t i = 0; i < row.fields.size(); ++i) {
+      const cls_ClassMetadata::Attribute& attribute = registered->Attributes()[i];
+      EXPECT_STREQ(attribute.name, row.fields[i].name) << row.name;
+      EXPECT_EQ(attribute.type, row.fields[i].attributeType) << row.name << attribute.name;
+      EXPECT_EQ(attribute.argument, row.fields[i].argument) << row.name << attribute.name;
+      EXPECT_EQ(attribute.collection, row.fields[i].collection) << row.name << attribute.name;
+    }
+  }
+}
+
+TEST(GslRecordLayout, ClassesAreRegisteredInOrder) {
+  const Started module;
+  const cls_ClassRegistrar& registrar =
+      omi_Singleton<cls_MetadataRegistrar>::Instance().ClassRegistrar();
+  std::vector<unsigned int> order;
+  for (std::size_t i = 0; i < registrar.ClassCount(); ++i) {
+    // Other tests of this program register classes of their own.
+    if (registrar.Class(i).TypeId() >> 16 == 778) order.push_back(registrar.Class(i).TypeId());
+  }
+  ASSERT_EQ(order.size(), Rows().size());
+  for (std::size_t i = 0; i < order.size(); ++i)
+    EXPECT_EQ(order[i], Rows()[i].typeId);
+}
+
+TEST(GslRecordLayout, RegisteredDestructorsDestroyAnInstance) {
+  const Started module;
+  const cls_ClassRegistrar& registrar =
+      omi_Singleton<cls_MetadataRegistrar>::Instance().ClassRegistrar();
+  for (std::size_t i = 0; i < Rows().size(); ++i) {
+    const cls_ClassMetadata* const registered = registrar.FindClass(Rows()[i].typeId);
+    if (registered->Dtor() == nullptr) continue;
+    const cls_RecordStore store = Classes()[i].sample();
+    cls_Load load(store);
+    void* const object = registered->Adapter().Create(cls_ReadVisitor(load, 0));
+    ASSERT_NE(object, nullptr);
+    registered->Dtor()(object);
+    registered->Dtor()(nullptr);
+  }
+}
+
+TEST(GslRecordLayout, RecordsAreWrittenInTheOrderOfTheTable) {
+  for (std::size_t i = 0; i < Rows().size(); ++i) {
+    const ClassRow& row = Rows()[i];
+    ASSERT_EQ(Classes()[i].typeId, row.typeId);
+    const cls_RecordStore store = Classes()[i].sample();
+    EXPECT_EQ(store.TypeId(store.Root(0)), row.typeId);
+    const cls_RecordStore::Field* field = store.First(store.Root(0));
+    for (const FieldRow& expected : row.fields) {
+      ASSERT_NE(field, nullptr) << row.name << ' ' << expected.name;
+      EXPECT_STREQ(store.Name(*field), expected.name);
+      EXPECT_EQ(field->index, expected.index) << expected.name;
+      EXPECT_EQ(field->kind, KindOf(expected.value)) << expected.name;
+      if (field->kind == Kind::Record || field->kind == Kind::Object) {
+        EXPECT_EQ(store.TypeId(field->link), expected.argument) << expected.name;
+        EXPECT_EQ(store.Collection(field->link), expected.collection) << expected.name;
+      }
+      field = store.Next(*field);
+    }
+    EXPECT_EQ(field, nullptr) << row.name;
+  }
+}
+
+TEST(GslRecordLayout, EachMissingFieldReadsAsTheDefaultOfItsKind) {
+  for (std::size_t i = 0; i < Rows().size(); ++i) {
+    const cls_RecordStore whole = Classes()[i].sample();
+    for (const FieldRow& row : Rows()[i].fields) {
+      const cls_RecordStore without = Without(whole, row.name);
+      if (row.value == Value::Name) {
+        EXPECT_THROW(Classes()[i].readAndWrite(without), omu_ValueErrorException) << row.name;
+      } else {
+        ExpectDefault(Classes()[i].readAndWrite(without), row);
+      }
+    }
+  }
+}
+
+TEST(GslRecordLayout, EachFieldOfEveryOtherKindIsRefusedOrReadAsAbsent) {
+  const Started module;
+  for (std::size_t i = 0; i < Rows().size(); ++i) {
+    const cls_RecordStore whole = Classes()[i].sample();
+    for (const FieldRow& row : Rows()[i].fields) {
+      for (const Replacement& r : Replacements()) {
+        const cls_RecordStore edited = Edited(whole, {row.name, r.write});
+        const std::string what = std::string(Rows()[i].name) + row.name + " as " + r.what;
+        // A 4 by 4 array it is not, but nothing else is wrong with the empty one.
+        if (Fits(row, r)) {
+          EXPECT_NO_THROW(Classes()[i].readAndWrite(edited)) << what;
+        } else {
+          EXPECT_THROW(Classes()[i].readAndWrite(edited), nex_CommandException) << what;
+        }
+      }
+    }
+  }
+}
+
+TEST(GslRecordLayout, FieldsOfUnknownNamesAreIgnored) {
+  for (const Class& c : Classes()) {
+    const cls_RecordStore whole = c.sample();
+    const std::string first = whole.Name(*whole.First(whole.Root(0)));
+    const cls_RecordStore more = Edited(whole, {"nothing of this name", [](auto&, auto&) {}});
+    cls_RecordStore store;
+    {
+      cls_Save save(store);
+      const cls_WriteVisitor root(save);
+      root.StartWrite(c.typeId, whole.Uid(whole.Root(0)));
+      for (int i = 0; i < 1000; ++i)
+        root.WriteInteger({i, "unknown"}, i);
+      for (auto* f = more.First(more.Root(0)); f != nullptr; f = more.Next(*f)) {
+        if (f->kind == Kind::String) root.WriteString({f->index, more.Name(*f)}, more.String(*f));
+      }
+    }
+    EXPECT_NO_THROW(c.readAndWrite(store)) << c.typeId;
+  }
+}
+
+TEST(GslRecordLayout, EveryRecordReadsBackByteForByte) {
+  for (const Class& c : Classes()) {
+    const cls_RecordStore store = c.sample();
+    EXPECT_EQ(c.readAndWrite(store).ToBytes(), store.ToBytes()) << c.typeId;
+  }
+}

@@ -1,0 +1,211 @@
+#include "omu_xoObjVarray.h"
+
+#include "Records.h"
+#include "cls_RecordException.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using DotArray = omu_xoObjVarray<gsl_Dot>;
+
+/// Counts how many of it there are.
+class CountedDot : public gsl_Dot {
+public:
+  CountedDot() { ++alive; }
+  CountedDot(const CountedDot& other) : gsl_Dot(other) { ++alive; }
+  ~CountedDot() override { --alive; }
+  CountedDot* Copy() const override { return new CountedDot(*this); }
+
+  static int alive;
+};
+
+int CountedDot::alive = 0;
+
+template <class T>
+omu_xoObjVarray<T> ReadArray(const cls_RecordStore& store, const cls_Uid* first = nullptr,
+                             const cls_Uid* second = nullptr) {
+  cls_Load load(store);
+  return omu_xoObjVarray<T>(cls_ReadVisitor(load, 0), first, second);
+}
+
+} // namespace
+
+TEST(OmuXoObjVarray, NullEntryBetweenTwoDatumPointsKeepsItsPlace) {
+  DotArray array(4, 1.5);
+  array.Add(new gsl_Dot(1, 10));
+  array.Add(nullptr);
+  array.Add(new gsl_Dot(2, 20));
+  const cls_RecordStore store = Written(array);
+  EXPECT_EQ(TextOf(store), "0x030A000E\n"
+                           "  -1 growthRatio_ double 0x1.8p+0\n"
+                           "  -1 data_ record 0x00230001 of 1\n"
+                           "    record 0x030A0005\n"
+                           "      -1 _point record 0x030A0001\n"
+                           "        -1 _x double 0x0p+0\n"
+                           "        -1 _y double 0x0p+0\n"
+                           "        -1 _z double 0x0p+0\n"
+                           "      -1 _method string gsl_FROM_NODE\n"
+                           "      -1 _instanceId integer 1\n"
+                           "      -1 _entityId integer 10\n"
+                           "    null 0x030A0005\n"
+                           "    record 0x030A0005\n"
+                           "      -1 _point record 0x030A0001\n"
+                           "        -1 _x double 0x0p+0\n"
+                           "        -1 _y double 0x0p+0\n"
+                           "        -1 _z double 0x0p+0\n"
+                           "      -1 _method string gsl_FROM_NODE\n"
+                           "      -1 _instanceId integer 2\n"
+                           "      -1 _entityId integer 20\n");
+  const DotArray read = ReadArray<gsl_Dot>(store);
+  ASSERT_EQ(read.Count(), 3u);
+  EXPECT_EQ(read[0]->GetEntityId(), 10);
+  EXPECT_EQ(read[0]->Uid(), array[0]->Uid());
+  EXPECT_EQ(read[1], nullptr);
+  EXPECT_EQ(read[2]->GetEntityId(), 20);
+  EXPECT_EQ(read.GrowthRatio(), 1.5);
+  EXPECT_EQ(read.Uid(), array.Uid());
+  EXPECT_EQ(read.DataUid(), array.DataUid());
+  EXPECT_EQ(Written(read).ToBytes(), store.ToBytes());
+}
+
+TEST(OmuXoObjVarray, EmptyArrayWritesItsRatioAndAnEmptyList) {
+  EXPECT_EQ(TextOf(Written(DotArray(0, 3.0))), "0x030A000E\n"
+                                               "  -1 growthRatio_ double 0x1.8p+1\n"
+                                               "  -1 data_ record 0x00230001 of 1\n");
+  EXPECT_EQ(ReadArray<gsl_Dot>(Written(DotArray())).Count(), 0u);
+}
+
+TEST(OmuXoObjVarray, MissingGrowthRatioReadsAsZeroAndTheArrayStillGrows) {
+  DotArray read = ReadArray<gsl_Dot>(Without(Written(DotArray()), "growthRatio_"));
+  EXPECT_TRUE(SameBits(read.GrowthRatio(), 0.0));
+  for (int i = 0; i < 1000; ++i)
+    read.Add(new gsl_Dot(0, i));
+  EXPECT_EQ(read.Count(), 1000u);
+  EXPECT_EQ(read[999]->GetEntityId(), 999);
+}
+
+TEST(OmuXoObjVarray, MissingDataReadsAsNoEntriesAndNoDataIdentity) {
+  const DotArray read = ReadArray<gsl_Dot>(Without(Written(DotArray()), "data_"));
+  EXPECT_EQ(read.Count(), 0u);
+  EXPECT_TRUE(read.DataUid().IsNull());
+}
+
+TEST(OmuXoObjVarray, ConstructorsKeepOwnersCapacityAndRatio) {
+  const cls_Uid first(1, 1);
+  const cls_Uid second(2, 2);
+  const DotArray plain;
+  EXPECT_EQ(plain.FirstOwner(), nullptr);
+  EXPECT_EQ(plain.SecondOwner(), nullptr);
+  EXPECT_EQ(plain.Capacity(), 0u);
+  EXPECT_FALSE(plain.Uid().IsNull());
+  EXPECT_FALSE(plain.DataUid().IsNull());
+  EXPECT_NE(plain.Uid(), plain.DataUid());
+
+  const DotArray sized(8, 1.25);
+  EXPECT_EQ(sized.Capacity(), 8u);
+  EXPECT_EQ(sized.GrowthRatio(), 1.25);
+  EXPECT_EQ(sized.FirstOwner(), nullptr);
+
+  const DotArray owned(&first, &second);
+  EXPECT_EQ(owned.FirstOwner(), &first);
+  EXPECT_EQ(owned.SecondOwner(), &second);
+  EXPECT_EQ(owned.Count(), 0u);
+
+  const DotArray both(&first, &second, 3, 4.0);
+  EXPECT_EQ(both.FirstOwner(), &first);
+  EXPECT_EQ(both.SecondOwner(), &second);
+  EXPECT_EQ(both.Capacity(), 3u);
+  EXPECT_EQ(both.GrowthRatio(), 4.0);
+
+  const DotArray read = ReadArray<gsl_Dot>(Written(plain), &second, &first);
+  EXPECT_EQ(read.FirstOwner(), &second);
+  EXPECT_EQ(read.SecondOwner(), &first);
+}
+
+TEST(OmuXoObjVarray, OwnersAreNotStored) {
+  const cls_Uid owner(1, 1);
+  DotArray owned(&owner, nullptr);
+  const DotArray read = ReadArray<gsl_Dot>(Written(owned));
+  EXPECT_EQ(read.FirstOwner(), nullptr);
+}
+
+TEST(OmuXoObjVarray, DeletesItsElementsAndGivesThemUpOnRelease) {
+  {
+    DotArray array;
+    for (int i = 0; i < 5; ++i)
+      array.Add(new CountedDot());
+    array.Add(nullptr);
+    EXPECT_EQ(CountedDot::alive, 5);
+    const std::unique_ptr<gsl_Dot> released(array.Release(2));
+    EXPECT_EQ(array[2], nullptr);
+    EXPECT_EQ(CountedDot::alive, 5);
+    array.Clear();
+    EXPECT_EQ(array.Count(), 0u);
+    EXPECT_EQ(CountedDot::alive, 1);
+    array.Add(new CountedDot());
+  }
+  EXPECT_EQ(CountedDot::alive, 0);
+}
+
+TEST(OmuXoObjVarray, ElementsOfOneIdentityAreAllKept) {
+  const gsl_Dot dot(1, 1);
+  DotArray array;
+  for (int i = 0; i < 3; ++i) {
+    auto* const copy = new gsl_Dot(dot);
+    copy->SetValues(i, 0.0, 0.0);
+    array.Add(copy);
+  }
+  const DotArray read = ReadArray<gsl_Dot>(Written(array));
+  for (unsigned int i = 0; i < 3; ++i) {
+    EXPECT_EQ(read[i]->GetPoint().x, i);
+    EXPECT_EQ(read[i]->Uid(), dot.Uid());
+  }
+}
+
+TEST(OmuXoObjVarray, PlanesAndAxesHaveArraysOfTheirOwn) {
+  omu_xoObjVarray<gsl_Plane> planes;
+  planes.Add(new gsl_Plane());
+  planes.Add(nullptr);
+  const cls_RecordStore planeStore = Written(planes);
+  EXPECT_EQ(planeStore.TypeId(planeStore.Root(0)), 0x030A000Du);
+  EXPECT_NE(TextOf(planeStore).find("null 0x030A0004"), std::string::npos);
+  EXPECT_EQ(ReadArray<gsl_Plane>(planeStore)[0]->Uid(), planes[0]->Uid());
+  EXPECT_EQ(planes.DynTypeId(), 0x030A000Du);
+
+  omu_xoObjVarray<gsl_StLine> axes;
+  axes.Add(nullptr);
+  axes.Add(new gsl_StLine());
+  const cls_RecordStore axisStore = Written(axes);
+  EXPECT_EQ(axisStore.TypeId(axisStore.Root(0)), 0x030A000Au);
+  EXPECT_NE(TextOf(axisStore).find("null 0x030A0006"), std::string::npos);
+  EXPECT_EQ(ReadArray<gsl_StLine>(axisStore)[1]->Uid(), axes[1]->Uid());
+}
+
+TEST(OmuXoObjVarray, ElementOfAnotherClassIsRefusedWithoutALeak) {
+  const cls_RecordStore store = Edited(
+      Written(DotArray()), {"data_", [](const cls_WriteVisitor& to, const auto& field) {
+                              const cls_WriteVisitor data(to, field);
+                              data.StartWrite(cls_kCollectionTypeId, cls_Uid());
+                              const std::unique_ptr<cls_ListWriter> list(data.GetListWriter());
+                              const cls_WriteRequestListObj first(*list);
+                              gsl_Dot().DBWrite(cls_WriteVisitor(first));
+                              const cls_WriteRequestListObj second(*list);
+                              gsl_Plane().DBWrite(cls_WriteVisitor(second));
+                            }});
+  EXPECT_THROW(ReadArray<gsl_Dot>(store), cls_RecordException);
+}
+
+TEST(OmuXoObjVarray, StoredRatioCannotExhaustMemory) {
+  for (const double ratio : {1e300, std::numeric_limits<double>::infinity(), -1e300,
+                             std::numeric_limits<double>::quiet_NaN()}) {
+    DotArray array(0, ratio);
+    for (int i = 0; i < 10; ++i)
+      array.Add(nullptr);
+    DotArray read = ReadArray<gsl_Dot>(Written(array));
+    EXPECT_TRUE(SameBits(read.GrowthRatio(), ratio));
+    read.Add(nullptr);
+    EXPECT_EQ(read.Count(), 11u);
+    EXPECT_LE(read.Capacity(), 2u << 20);
+  }
+}

@@ -1,0 +1,47 @@
+"""scripts/check_symbols.py accepts what the library may export and need, and nothing else."""
+
+import pathlib
+import sys
+import unittest
+
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[2] / "scripts"))
+import check_symbols
+
+
+class Exports(unittest.TestCase):
+    def test_names_of_the_library(self):
+        for name in ("gsl_RealEqual(double, double, double)", "vtable for gsl_Plane",
+                     "typeinfo name for gsl_Plane", "gsl_Plane::~gsl_Plane()",
+                     "omi_Singleton<gsl_Util>::instance", "omu_PrimEnum<gsl_DotMethod>::Get() const",
+                     "omu_ReturnPrim(gsl_ModelSegment const&)"):
+            self.assertTrue(check_symbols.is_allowed_export("T", name), name)
+
+    def test_other_names_are_refused(self):
+        for name in ("Helper(double)", "cow_String::cow_String()", "omi_Singleton<int>::instance",
+                     "mem_Malloc(unsigned long)", "Other::gsl_Hidden()", "vtable for Helper"):
+            self.assertFalse(check_symbols.is_allowed_export("T", name), name)
+
+    def test_templates_of_the_standard_library_only_weak(self):
+        name = "void std::vector<int, std::allocator<int> >::_M_realloc_insert<int>(int&&)"
+        self.assertTrue(check_symbols.is_allowed_export("W", name))
+        self.assertFalse(check_symbols.is_allowed_export("T", name))
+
+
+class Needs(unittest.TestCase):
+    DECLARED = {"cow_String", "aio_FormattedDouble", "cls_Uid", "AllocateUid"}
+
+    def undeclared(self, name):
+        return check_symbols.undeclared_words(name, self.DECLARED)
+
+    def test_declared_names_pass(self):
+        for name in ("cow_String::cow_String(char const*)", "cls_Uid::AllocateUid()",
+                     "operator<<(std::ostream&, aio_FormattedDouble const&)"):
+            self.assertEqual(self.undeclared(name), [], name)
+
+    def test_undeclared_names_are_reported(self):
+        self.assertEqual(self.undeclared("cls_Uid::Secret()"), ["Secret"])
+        self.assertEqual(self.undeclared("mem_Pool(unsigned long)"), ["mem_Pool"])
+
+
+if __name__ == "__main__":
+    unittest.main()

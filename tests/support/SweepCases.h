@@ -1,0 +1,233 @@
+#ifndef SWEEP_CASES_H
+#define SWEEP_CASES_H
+
+#include "RandomNumbers.h"
+#include "gsl_Point.h"
+#include "gsl_Vector.h"
+
+#include <cmath>
+#include <limits>
+
+/// One call of the triangle sweep; a[] moves, b[] stands.
+struct SweepCase {
+  gsl_Vector direction;
+  gsl_Point a[3];
+  gsl_Point b[3];
+  bool twoSided[2] = {true, true};
+  double margin = 0.0;
+  double distance = std::numeric_limits<double>::infinity();
+};
+
+/// Random calls of the triangle sweep, by families that reach its branches.
+class SweepCases {
+public:
+  explicit SweepCases(std::uint64_t seed) : random(seed) {}
+
+  enum Family {
+    Anywhere,
+    OnGrid,
+    EdgeOnA,
+    EdgeOnB,
+    BothEdgeOn,
+    ParallelEdgeOn,
+    SharedVertices,
+    TouchingPlanes,
+    NearTolerance,
+    Degenerate,
+    NotFinite,
+    kFamilies
+  };
+
+  SweepCase Next(Family family) {
+    switch (family) {
+    case OnGrid:
+      return GridCase();
+    case EdgeOnA:
+    case EdgeOnB:
+    case BothEdgeOn:
+    case ParallelEdgeOn:
+      return EdgeOnCase(family);
+    case SharedVertices:
+      return SharedCase();
+    case TouchingPlanes:
+      return TouchingCase();
+    case NearTolerance:
+      return SmallCase();
+    case Degenerate:
+      return DegenerateCase();
+    case NotFinite:
+      return NotFiniteCase();
+    default:
+      return AnywhereCase();
+    }
+  }
+
+private:
+  RandomNumbers random;
+
+  gsl_Vector AnyVector(double size) {
+    return {random.In(-size, size), random.In(-size, size), random.In(-size, size)};
+  }
+
+  gsl_Point AnyPoint(double size) { return gsl_Point() + AnyVector(size); }
+
+  void Terms(SweepCase& c) {
+    c.twoSided[0] = random.Chance(0.8);
+    c.twoSided[1] = random.Chance(0.8);
+    const double reaches[4] = {std::numeric_limits<double>::infinity(), 1e10, random.In(0.0, 4.0),
+                               0.0};
+    c.distance = reaches[random.Below(4)];
+    c.margin = random.Chance(0.5) ? 0.0 : random.In(-0.5, 3.0);
+  }
+
+  /// B moved ahead of A, somewhere near the line of sight.
+  void PlaceAhead(SweepCase& c, double distance) {
+    const gsl_Vector shift = c.direction.NormalizedCopy() * distance;
+    for (gsl_Point& p : c.b) {
+      p = p + shift;
+    }
+  }
+
+  SweepCase AnywhereCase() {
+    SweepCase c;
+    c.direction = AnyVector(2.0);
+    for (int i = 0; i < 3; ++i) {
+      c.a[i] = AnyPoint(1.0);
+      c.b[i] = AnyPoint(1.0);
+    }
+    PlaceAhead(c, random.In(-0.5, 4.0));
+    Terms(c);
+    return c;
+  }
+
+  gsl_Point GridPoint(int size) {
+    const double x = random.Below(size);
+    const double y = random.Below(size);
+    return {x, y, static_cast<double>(random.Below(size))};
+  }
+
+  /// Small whole coordinates: every coincidence there is, often.
+  SweepCase GridCase() {
+    SweepCase c;
+    const int size = 2 + random.Below(3);
+    c.direction = gsl_Vector(random.Below(3) - 1.0, random.Below(3) - 1.0, random.Below(3) - 1.0);
+    if (random.Chance(0.5)) c.direction = gsl_Vector(0.0, 0.0, 1.0);
+    for (int i = 0; i < 3; ++i) {
+      c.a[i] = GridPoint(size);
+      c.b[i] = GridPoint(size);
+    }
+    Terms(c);
+    return c;
+  }
+
+  /// Three points of the plane of `along` and `across` through `origin`.
+  void InPlane(gsl_Point* tri, const gsl_Point& origin, const gsl_Vector& along,
+               const gsl_Vector& across) {
+    for (int i = 0; i < 3; ++i) {
+      tri[i] = origin + along * random.In(-1.0, 1.0) + across * random.In(-1.0, 1.0);
+    }
+  }
+
+  SweepCase EdgeOnCase(Family family) {
+    SweepCase c = AnywhereCase();
+    const gsl_Vector d = c.direction.NormalizedCopy();
+    const gsl_Vector across = d.CrossProduct(AnyVector(1.0)).NormalizedCopy();
+    const double ahead = random.In(-0.5, 3.0);
+    if (family != EdgeOnB) InPlane(c.a, gsl_Point(), d, across);
+    if (family != EdgeOnA) InPlane(c.b, gsl_Point() + d * ahead, d, across);
+    if (family == ParallelEdgeOn) {
+      const double widths[4] = {1e-7, 9.9e-7, 1.1e-6, random.In(0.0, 1.0)};
+      const gsl_Vector shift = d.CrossProduct(across) * widths[random.Below(4)];
+      for (gsl_Point& p : c.b) {
+        p = p + shift;
+      }
+    }
+    return c;
+  }
+
+  SweepCase SharedCase() {
+    SweepCase c = AnywhereCase();
+    const int count = 1 + random.Below(3);
+    for (int i = 0; i < count; ++i) {
+      // As a copy with the vertex's identity, or as a point of its own.
+      const gsl_Point& from = c.a[random.Below(3)];
+      c.b[random.Below(3)] = random.Chance(0.5) ? from : gsl_Point(from.x, from.y, from.z);
+    }
+    return c;
+  }
+
+  /// Vertices of one triangle on the plane, the edges or straight ahead of the other's.
+  SweepCase TouchingCase() {
+    SweepCase c = AnywhereCase();
+    for (gsl_Point& p : c.b) {
+      if (random.Chance(0.3)) continue;
+      const double u = random.In(-0.2, 1.2);
+      const double v = random.Chance(0.5) ? 0.0 : random.In(-0.2, 1.2);
+      p = c.a[0] + gsl_Vector(c.a[0], c.a[1]) * u + gsl_Vector(c.a[0], c.a[2]) * v;
+      if (random.Chance(0.4)) p = p + c.direction.NormalizedCopy() * random.In(-2e-6, 2e-6);
+    }
+    return c;
+  }
+
+  SweepCase SmallCase() {
+    SweepCase c = AnywhereCase();
+    const double size = std::pow(10.0, random.In(-7.0, -4.0));
+    for (int i = 0; i < 3; ++i) {
+      c.a[i] = AnyPoint(size);
+      if (random.Chance(0.7)) c.b[i] = AnyPoint(size);
+    }
+    PlaceAhead(c, random.In(0.0, 2.0 * size));
+    return c;
+  }
+
+  SweepCase DegenerateCase() {
+    SweepCase c = random.Chance(0.5) ? AnywhereCase() : GridCase();
+    const double kind = random.Unit();
+    gsl_Point* const tri = random.Chance(0.5) ? c.a : c.b;
+    if (kind < 0.4) {
+      tri[2] = gsl_Point(tri[0], 1.0 - kind, tri[1], kind);
+    } else if (kind < 0.6) {
+      tri[random.Below(2)] = tri[2];
+    } else {
+      // A direction of no length, or of about the tolerance.
+      const double size = random.Chance(0.4) ? 0.0 : std::pow(10.0, random.In(-7.0, -5.0));
+      c.direction = c.direction.NormalizedCopy() * size;
+    }
+    return c;
+  }
+
+  SweepCase NotFiniteCase() {
+    SweepCase c = random.Chance(0.5) ? AnywhereCase() : GridCase();
+    const double infinity = std::numeric_limits<double>::infinity();
+    const double odd[6] = {
+        std::numeric_limits<double>::quiet_NaN(), infinity, -infinity, 1e200, 1e-320, -0.0};
+    const int count = 1 + random.Below(2);
+    for (int i = 0; i < count; ++i) {
+      const double value = odd[random.Below(6)];
+      const auto component = static_cast<unsigned int>(random.Below(3));
+      const int vertex = random.Below(3);
+      switch (random.Below(5)) {
+      case 0:
+        c.a[vertex][component] = value;
+        break;
+      case 1:
+        c.b[vertex][component] = value;
+        break;
+      case 2:
+        c.direction = gsl_Vector(component == 0 ? value : c.direction.x,
+                                 component == 1 ? value : c.direction.y,
+                                 component == 2 ? value : c.direction.z);
+        break;
+      case 3:
+        c.margin = value;
+        break;
+      default:
+        c.distance = value;
+        break;
+      }
+    }
+    return c;
+  }
+};
+
+#endif
