@@ -1,0 +1,51 @@
+// Any bytes through the mesh readers: a mesh of whole triangles, or one line about the file.
+//
+// The first byte chooses the reader. Assimp's formats are left out; its importers run in a child
+// process because they do not survive this.
+
+#include "Mesh.h"
+#include "MeshRead.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <string>
+#include <string_view>
+
+namespace {
+
+gsl_sweep::MeshFormat FormatOf(std::uint8_t choice) {
+  switch (choice) {
+  case 's':
+    return gsl_sweep::MeshFormat::Stl;
+  case 'o':
+    return gsl_sweep::MeshFormat::Obj;
+  case 'p':
+    return gsl_sweep::MeshFormat::Ply;
+  default:
+    return gsl_sweep::MeshFormat::Off;
+  }
+}
+
+void Require(bool holds) {
+  if (!holds) std::abort();
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  if (size == 0) return 0;
+  // A copy of its own size, so that reading beyond it is noticed.
+  const std::string bytes(reinterpret_cast<const char*>(data + 1), size - 1);
+  const std::string name = "input";
+  gsl_sweep::DetectMeshFormat(bytes, name);
+  try {
+    const gsl_sweep::Mesh mesh = gsl_sweep::ReadMeshFromMemory(bytes, name, FormatOf(data[0]));
+    Require(mesh.TriangleCount() > 0 && mesh.corners.size() == 3 * mesh.TriangleCount());
+  } catch (const gsl_sweep::MeshError& e) {
+    const std::string_view message = e.what();
+    Require(message.substr(0, name.size() + 2) == name + ": ");
+    Require(message.find('\n') == message.npos);
+  }
+  return 0;
+}

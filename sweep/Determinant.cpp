@@ -1,0 +1,61 @@
+#include "Determinant.h"
+
+namespace gsl_sweep {
+
+namespace {
+
+// Each term has three differences, three products and three sums: nine roundings of 2^-53 at most,
+// and as many in the bound itself.
+constexpr double relativeBound = 10.0 * 0x1p-53;
+
+struct ExactVector {
+  DoubleDouble x, y, z;
+};
+
+ExactVector Exactly(const Arrow& a) {
+  return {TwoDifference(a.to->x, a.from->x), TwoDifference(a.to->y, a.from->y),
+          TwoDifference(a.to->z, a.from->z)};
+}
+
+/// a * d - b * c.
+Expansion<16> Minor(const DoubleDouble& a, const DoubleDouble& b, const DoubleDouble& c,
+                    const DoubleDouble& d) {
+  return Sum(Product(Expand(a), d), Minus(Product(Expand(b), c)));
+}
+
+} // namespace
+
+Estimate EstimateDeterminant(const Arrow& u, const Arrow& v, const Arrow& w) {
+  const Coord3 a = u.Rounded();
+  const Coord3 b = v.Rounded();
+  const Coord3 c = w.Rounded();
+  const double byCz = b.y * c.z;
+  const double bzCy = b.z * c.y;
+  const double bzCx = b.z * c.x;
+  const double bxCz = b.x * c.z;
+  const double bxCy = b.x * c.y;
+  const double byCx = b.y * c.x;
+  const double value = a.x * (byCz - bzCy) + a.y * (bzCx - bxCz) + a.z * (bxCy - byCx);
+  const double terms = std::fabs(a.x) * (std::fabs(byCz) + std::fabs(bzCy)) +
+                       std::fabs(a.y) * (std::fabs(bzCx) + std::fabs(bxCz)) +
+                       std::fabs(a.z) * (std::fabs(bxCy) + std::fabs(byCx));
+  return {value, relativeBound * terms};
+}
+
+Expansion<192> ExactDeterminant(const Arrow& u, const Arrow& v, const Arrow& w) {
+  const ExactVector a = Exactly(u);
+  const ExactVector b = Exactly(v);
+  const ExactVector c = Exactly(w);
+  const Expansion<64> x = Product(Minor(b.y, b.z, c.y, c.z), a.x);
+  const Expansion<64> y = Product(Minor(b.z, b.x, c.z, c.x), a.y);
+  const Expansion<64> z = Product(Minor(b.x, b.y, c.x, c.y), a.z);
+  return Sum(Sum(x, y), z);
+}
+
+int DeterminantSign(const Arrow& u, const Arrow& v, const Arrow& w) {
+  const Estimate estimate = EstimateDeterminant(u, v, w);
+  if (estimate.IsCertain()) return estimate.Sign();
+  return ExactDeterminant(u, v, w).Sign();
+}
+
+} // namespace gsl_sweep

@@ -1,0 +1,172 @@
+#include "MeshRead.h"
+
+#include "MeshReadAssimp.h"
+#include "MeshReadFormats.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <new>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace gsl_sweep {
+
+namespace {
+
+class FileDescriptor {
+public:
+  explicit FileDescriptor(int value) : m_value(value) {}
+  FileDescriptor(const FileDescriptor&) = delete;
+  FileDescriptor& operator=(const FileDescriptor&) = delete;
+  ~FileDescriptor() {
+    if (m_value >= 0) close(m_value);
+  }
+  int Get() const { return m_value; }
+
+private:
+  int m_value;
+};
+
+[[noreturn]] void FailFile(const std::string& path, const std::string& message) {
+  FailRead({{}, path}, message);
+}
+
+const char* KindOf(mode_t mode) {
+  if (S_ISDIR(mode)) return "a directory";
+  if (S_ISFIFO(mode)) return "a pipe";
+  if (S_ISSOCK(mode)) return "a socket";
+  return "a device";
+}
+
+/// Size of a regular file that can be held in memory.
+std::size_t CheckedSize(const FileDescriptor& file, const std::string& path) {
+  struct stat status {};
+  if (fstat(file.Get(), &status) != 0) {
+    FailFile(path, std::string("cannot be read: ") + std::strerror(errno));
+  }
+  if (!S_ISREG(status.st_mode)) {
+    FailFile(path, std::string("is ") + KindOf(status.st_mode) + ", not a mesh file");
+  }
+  if (status.st_size <= 0) FailFile(path, "is empty");
+  const auto size = static_cast<std::uint64_t>(status.st_size);
+  const std::uint64_t memory = MemoryOfMachine();
+  if (memory > 0 && size > memory) {
+    FailFile(path,
+             "is larger (" + std::to_string(size) + " bytes) than the memory of this machine");
+  }
+  return size;
+}
+
+/// The whole file. Not mapped: a file that is cut while it is read would end the program.
+std::string Load(const std::string& path) {
+  // Without O_NONBLOCK the opening of a pipe would wait for its other end.
+  const FileDescriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+  if (file.Get() < 0) FailFile(path, std::string("cannot be opened: ") + std::strerror(errno));
+  std::string bytes(CheckedSize(file, path), '\0');
+  std::size_t done = 0;
+  while (done < bytes.size()) {
+    const ssize_t got = read(file.Get(), bytes.data() + done, bytes.size() - done);
+    if (got < 0 && errno == EINTR) continue;
+    if (got < 0) FailFile(path, std::string("cannot be read: ") + std::strerror(errno));
+    if (got == 0) FailFile(path, "became shorter while it was read");
+    done += static_cast<std::size_t>(got);
+  }
+  return bytes;
+}
+
+bool HasSizeOfBinaryStl(std::string_view bytes) {
+  constexpr std::size_t prefix = 84, record = 50;
+  if (bytes.size() < prefix) return false;
+  std::size_t count = 0;
+  for (const std::size_t k : {3U, 2U, 1U, 0U}) {
+    count = count << 8 | static_cast<unsigned char>(bytes[80 + k]);
+  }
+  return bytes.size() == prefix + record * count;
+}
+
+/// 'solid' alone may begin any text, so a facet or the end of the solid must follow.
+bool IsTextStl(std::string_view bytes) {
+  bytes = WithoutByteOrderMark(bytes);
+  const std::size_t begin = bytes.find_first_not_of(" \t\r\n\v\f");
+  if (begin == std::string_view::npos || !BeginsWithNoCase(bytes.substr(begin), "solid")) {
+    return false;
+  }
+  const std::size_t lineEnd = bytes.find_first_of("\r\n", begin);
+  if (lineEnd == std::string_view::npos) return false;
+  const std::size_t word = bytes.find_first_not_of(" \t\r\n\v\f", lineEnd);
+  if (word == std::string_view::npos) return false;
+  return BeginsWithNoCase(bytes.substr(word), "facet") ||
+         BeginsWithNoCase(bytes.substr(word), "endsolid");
+}
+
+MeshFormat FormatOfContents(std::string_view bytes) {
+  const std::string_view text = WithoutByteOrderMark(bytes);
+  if (text.substr(0, 4) == "ply\n" || text.substr(0, 4) == "ply\r") return MeshFormat::Ply;
+  if (bytes.substr(0, 4) == "glTF") return MeshFormat::Assimp;
+  if (HasSizeOfBinaryStl(bytes) || IsTextStl(bytes)) return MeshFormat::Stl;
+  if (BeginsWithOffKeyword(bytes)) return MeshFormat::Off;
+  return MeshFormat::Unknown;
+}
+
+MeshFormat FormatOfExtension(const std::string& extension) {
+  if (extension == "stl") return MeshFormat::Stl;
+  if (extension == "obj") return MeshFormat::Obj;
+  if (extension == "ply") return MeshFormat::Ply;
+  if (extension == "off") return MeshFormat::Off;
+  const bool known = !extension.empty() && AssimpKnowsExtension(extension);
+  return known ? MeshFormat::Assimp : MeshFormat::Unknown;
+}
+
+Mesh ReadSource(const MeshSource& source, MeshFormat format) {
+  switch (format) {
+  case MeshFormat::Stl:
+    return ReadStl(source);
+  case MeshFormat::Obj:
+    return ReadObj(source);
+  case MeshFormat::Ply:
+    return ReadPly(source);
+  case MeshFormat::Off:
+    return ReadOff(source);
+  case MeshFormat::Assimp:
+    return ReadThroughAssimp(source.file);
+  case MeshFormat::Unknown:
+    break;
+  }
+  FailRead(source, "unknown mesh format (STL, OBJ, PLY, OFF, 3MF, glTF and what Assimp reads)");
+}
+
+Mesh ReadChecked(std::string_view bytes, const std::string& name, MeshFormat format) {
+  const MeshSource source{bytes, name};
+  Mesh mesh = ReadSource(source, format);
+  mesh.file = name;
+  if (mesh.corners.empty()) FailRead(source, "holds no triangles");
+  return mesh;
+}
+
+} // namespace
+
+MeshFormat DetectMeshFormat(std::string_view bytes, const std::string& name) {
+  const MeshFormat format = FormatOfContents(bytes);
+  return format != MeshFormat::Unknown ? format : FormatOfExtension(ExtensionOf(name));
+}
+
+Mesh ReadMeshFromMemory(std::string_view bytes, const std::string& name, MeshFormat format) {
+  const MeshFormat readable = format == MeshFormat::Assimp ? MeshFormat::Unknown : format;
+  return ReadChecked(bytes, name, readable);
+}
+
+Mesh ReadMesh(const std::string& path) {
+  try {
+    const std::string bytes = Load(path);
+    return ReadChecked(bytes, path, DetectMeshFormat(bytes, path));
+  } catch (const std::bad_alloc&) {
+    FailFile(path, "not enough memory to read it");
+  } catch (const std::length_error&) {
+    FailFile(path, "not enough memory to read it");
+  }
+}
+
+} // namespace gsl_sweep

@@ -1,0 +1,233 @@
+#include "OutputFile.h"
+
+#include "OneLine.h"
+
+#include <atomic>
+#include <cerrno>
+#include <climits>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <random>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace gsl_sweep {
+
+namespace {
+
+constexpr int slotCount = 16;
+constexpr std::size_t longestName = 255; ///< of one component of a path
+
+/// What the signal handler sees: plain memory, taken and given back without locks.
+struct Slot {
+  enum State { Free, Taken, Armed };
+  std::atomic<int> state{Free};
+  pid_t owner = 0; ///< a forked child must not remove its parent's files
+  char path[PATH_MAX] = {};
+};
+
+Slot slots[slotCount];
+static_assert(std::atomic<int>::is_always_lock_free, "used in a signal handler");
+
+/// Notes a path for the signal handler before its file exists; -1 when all slots are taken or the
+/// path is too long for any file.
+int TakeSlot(const std::string& path) {
+  if (path.size() >= PATH_MAX) return -1;
+  for (int k = 0; k < slotCount; ++k) {
+    int free = Slot::Free;
+    if (!slots[k].state.compare_exchange_strong(free, Slot::Taken)) continue;
+    slots[k].owner = getpid();
+    std::memcpy(slots[k].path, path.c_str(), path.size() + 1);
+    slots[k].state.store(Slot::Armed);
+    return k;
+  }
+  return -1;
+}
+
+void GiveSlotBack(int slot) {
+  if (slot >= 0) slots[slot].state.store(Slot::Free);
+}
+
+[[noreturn]] void FailOutput(const std::string& name, const std::string& message) {
+  throw OutputError(OneLine(name) + ": " + message);
+}
+
+std::string Reason(int error) {
+  return std::strerror(error);
+}
+
+/// The path behind symbolic links, if there are any.
+std::string Resolved(const std::string& path) {
+  char* const real = realpath(path.c_str(), nullptr);
+  if (real == nullptr) return path;
+  std::string result = real;
+  std::free(real);
+  return result;
+}
+
+/// True when the file exists and may be replaced.
+bool CheckExisting(const std::string& name, bool force, struct stat& status) {
+  if (stat(name.c_str(), &status) != 0) {
+    if (errno == ENOENT) {
+      // stat follows a link that leads nowhere; renaming over it would replace the link.
+      if (lstat(name.c_str(), &status) == 0) FailOutput(name, "is a link that leads nowhere");
+      return false;
+    }
+    FailOutput(name, "cannot be written: " + Reason(errno));
+  }
+  if (!S_ISREG(status.st_mode)) {
+    FailOutput(name, "exists and is not a regular file; it is kept");
+  }
+  if (!force) FailOutput(name, "exists; it is kept unless replacing it is asked for (--force)");
+  return true;
+}
+
+std::string FolderOf(const std::string& path) {
+  const std::size_t slash = path.rfind('/');
+  return slash == std::string::npos ? "" : path.substr(0, slash + 1);
+}
+
+std::string RandomLetters() {
+  static std::atomic<unsigned> serial{0};
+  std::random_device random;
+  char text[32];
+  std::snprintf(text, sizeof text, "%ld.%u.%08x", static_cast<long>(getpid()), serial++, random());
+  return text;
+}
+
+std::string TemporaryName(const std::string& path) {
+  const std::string folder = FolderOf(path);
+  const std::string suffix = "." + RandomLetters() + ".tmp";
+  const std::string base = path.substr(folder.size());
+  return folder + "." + base.substr(0, longestName - 1 - suffix.size()) + suffix;
+}
+
+extern "C" void EndOnSignal(int signal) {
+  RemoveTemporaryFiles();
+  // The default action ends the process with the status that its parent expects.
+  std::signal(signal, SIG_DFL);
+  raise(signal);
+}
+
+} // namespace
+
+OutputFile::OutputFile(const std::string& path, bool force)
+    : m_name(path), m_path(Resolved(path)), m_force(force) {
+  if (path.empty()) FailOutput("output", "the file name is empty");
+  struct stat old {};
+  const bool replaces = CheckExisting(path, force, old);
+  CreateTemporary();
+  // Permissions that cannot be passed on are no reason to lose the result.
+  if (replaces) static_cast<void>(fchmod(m_file, old.st_mode & 07777));
+}
+
+OutputFile::~OutputFile() {
+  if (m_file >= 0) close(m_file);
+  DropTemporary();
+}
+
+void OutputFile::CreateTemporary() {
+  constexpr int attempts = 100;
+  for (int k = 0; k < attempts; ++k) {
+    m_temporary = TemporaryName(m_path);
+    m_slot = TakeSlot(m_temporary);
+    m_file = open(m_temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+    if (m_file >= 0) return;
+    const int error = errno;
+    m_temporary.clear();
+    GiveSlotBack(m_slot);
+    m_slot = -1;
+    if (error != EEXIST) Fail("cannot be written: " + Reason(error));
+  }
+  Fail("cannot be written: no free name beside it");
+}
+
+void OutputFile::Write(const void* data, std::size_t size) {
+  const char* next = static_cast<const char*>(data);
+  while (size > 0) {
+    const ssize_t written = write(m_file, next, size);
+    if (written < 0 && errno == EINTR) continue;
+    if (written < 0) Fail("cannot be written: " + Reason(errno));
+    next += written;
+    size -= static_cast<std::size_t>(written);
+  }
+}
+
+void OutputFile::Commit() {
+  Close();
+  MoveIntoPlace();
+  m_temporary.clear();
+  GiveSlotBack(m_slot);
+  m_slot = -1;
+}
+
+/// Some file systems report a full disk only here.
+void OutputFile::Close() {
+  const int file = m_file;
+  m_file = -1;
+  if (close(file) != 0 && errno != EINTR) Fail("cannot be written: " + Reason(errno));
+}
+
+void OutputFile::MoveIntoPlace() {
+  if (m_force) {
+    if (rename(m_temporary.c_str(), m_path.c_str()) != 0) {
+      Fail("cannot be written: " + Reason(errno));
+    }
+    return;
+  }
+  const int folder = AT_FDCWD;
+  if (renameat2(folder, m_temporary.c_str(), folder, m_path.c_str(), RENAME_NOREPLACE) == 0) {
+    return;
+  }
+  // Not every file system knows that call; a second name for a file cannot take a used one either.
+  const bool unknown = errno == EINVAL || errno == ENOSYS;
+  if (unknown && link(m_temporary.c_str(), m_path.c_str()) == 0) {
+    unlink(m_temporary.c_str());
+    return;
+  }
+  if (errno == EEXIST) Fail("appeared meanwhile; it is kept");
+  Fail("cannot be written: " + Reason(errno));
+}
+
+void OutputFile::DropTemporary() noexcept {
+  if (!m_temporary.empty()) unlink(m_temporary.c_str());
+  GiveSlotBack(m_slot);
+}
+
+void OutputFile::Fail(const std::string& message) const {
+  FailOutput(m_name, message);
+}
+
+void WriteTextFile(const std::string& path, std::string_view text, bool force) {
+  OutputFile file(path, force);
+  file.Write(text.data(), text.size());
+  file.Commit();
+}
+
+void CheckOutputPath(const std::string& path, bool force) {
+  const OutputFile file(path, force);
+}
+
+void RemoveTemporaryFiles() noexcept {
+  const pid_t self = getpid();
+  for (Slot& slot : slots) {
+    if (slot.state.load() == Slot::Armed && slot.owner == self) unlink(slot.path);
+  }
+}
+
+void RemoveTemporaryFilesOnInterrupt() {
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+    struct sigaction old {};
+    if (sigaction(signal, nullptr, &old) == 0 && old.sa_handler == SIG_IGN) continue;
+    struct sigaction action {};
+    action.sa_handler = EndOnSignal;
+    sigemptyset(&action.sa_mask);
+    sigaction(signal, &action, nullptr);
+  }
+}
+
+} // namespace gsl_sweep

@@ -1,0 +1,449 @@
+#include "PairKernel.h"
+
+#include <algorithm>
+#include <limits>
+
+namespace gsl_sweep {
+
+namespace {
+
+const Coord3 origin{0.0, 0.0, 0.0};
+const Coord3 axes[3] = {{1.0, 0.0, 0.0}, {0.0, 1.0, 0.0}, {0.0, 0.0, 1.0}};
+
+double Component(const Coord3& a, int axis) {
+  return axis == 0 ? a.x : axis == 1 ? a.y : a.z;
+}
+
+int Next(int k) {
+  return k == 2 ? 0 : k + 1;
+}
+
+Arrow FromOrigin(const Coord3& a) {
+  return {&origin, &a};
+}
+
+Arrow EdgeOf(const Triangle& t, int k) {
+  return {&t.corner[k], &t.corner[Next(k)]};
+}
+
+/// p + s * v, each component rounded once.
+Coord3 Advance(const Coord3& p, const DoubleDouble& s, const Arrow& v) {
+  const auto advance = [&s](double start, double from, double to) {
+    return Plus({start, 0.0}, Times(s, TwoDifference(to, from))).hi;
+  };
+  return {advance(p.x, v.from->x, v.to->x), advance(p.y, v.from->y, v.to->y),
+          advance(p.z, v.from->z, v.to->z)};
+}
+
+/// One way in which features meet. They do so after moving by s times the direction vector, where
+/// s = det[gap, u, v] / det[direction, u, v].
+struct Candidate {
+  ContactKind kind;
+  int onMoving, onFixed; ///< corner or edge; of a face, its corner or 0
+  Arrow gap, u, v;
+  int sign;         ///< of s
+  double low, high; ///< s is between them
+};
+
+/// What one pair does.
+class Pair {
+public:
+  Pair(const TravelDirection& direction, const Triangle& moving, const Triangle& fixed)
+      : m_direction(direction), m_along(FromOrigin(direction.Vector())), m_moving(moving),
+        m_fixed(fixed) {}
+
+  /// Collects every way in which features meet; false when the shadows are apart.
+  bool Meet();
+
+  bool SomeBehind() const { return m_behind; }
+  bool SomeAhead() const { return m_ahead; }
+  bool SomeAtZero() const { return m_atZero; }
+
+  /// No contact comes before this travel.
+  double LowerBound() const;
+  Contact First() { return Extreme(1.0); }
+  Contact Last() { return Extreme(-1.0); }
+
+private:
+  bool ShadowsMeet();
+  void CornersOverFace();
+  void FaceOverCorners();
+  void EdgesCrossing();
+  void CornersOnEdgeOnEdges();
+  void EdgeOnEdgesOnCorners();
+  void CornersOnCorners();
+  void AddCornerOverFace(int i, int zeros, int lastZero);
+  void AddFaceOverCorner(int j, int zeros, int lastZero);
+  void AddCornerOnCorner(int i, int j);
+  void Add(ContactKind kind, int onMoving, int onFixed, const Arrow& gap, const Arrow& u,
+           const Arrow& v);
+  void Bracket(Candidate& candidate) const;
+  int CompareShadows(const Coord3& p, const Coord3& q) const;
+  bool IsStrictlyBetween(const Coord3& p, const Arrow& edge) const;
+  const Coord3& AxisAcross(const Arrow& edge) const;
+  DoubleDouble Measure(const Candidate& candidate) const;
+  double TravelOf(const DoubleDouble& s) const { return Times(s, m_direction.Length()).hi; }
+  Contact Extreme(double sense);
+  Contact ContactOf(const Candidate& candidate, const DoubleDouble& s) const;
+  Coord3 PointOnMovingEdge(const Candidate& candidate) const;
+
+  // Three corners over a face, three faces over a corner, nine crossings; of two edge-on triangles
+  // nine corners on edges, nine edges on corners, nine corners on corners, nine crossings.
+  static constexpr int capacity = 48;
+
+  const TravelDirection& m_direction;
+  Arrow m_along;
+  const Triangle& m_moving;
+  const Triangle& m_fixed;
+  int m_ofFixedEdge[3][3] = {};  ///< [edge j][corner i]: side of the moving corner, in the shadow
+  int m_ofMovingEdge[3][3] = {}; ///< [edge i][corner j]
+  Candidate m_candidates[capacity];
+  int m_count = 0;
+  bool m_behind = false;
+  bool m_ahead = false;
+  bool m_atZero = false;
+};
+
+/// Sides of the corners of `other` as seen from edge k of `own`; true when the edge separates.
+bool FillSides(const Arrow& along, const Triangle& own, int k, const Triangle& other,
+               int sides[3]) {
+  const Arrow edge = EdgeOf(own, k);
+  int common = own.facing == 0 ? 0 : -own.facing;
+  bool separates = true;
+  for (int c = 0; c < 3; ++c) {
+    sides[c] = DeterminantSign(along, edge, {&own.corner[k], &other.corner[c]});
+    if (c == 0 && own.facing == 0) common = sides[0];
+    separates = separates && sides[c] != 0 && sides[c] == common;
+  }
+  return separates;
+}
+
+bool Pair::ShadowsMeet() {
+  for (int k = 0; k < 3; ++k) {
+    if (FillSides(m_along, m_fixed, k, m_moving, m_ofFixedEdge[k])) return false;
+  }
+  for (int k = 0; k < 3; ++k) {
+    if (FillSides(m_along, m_moving, k, m_fixed, m_ofMovingEdge[k])) return false;
+  }
+  return true;
+}
+
+bool Pair::Meet() {
+  if (!ShadowsMeet()) return false;
+  if (m_fixed.facing != 0) {
+    CornersOverFace();
+  } else {
+    CornersOnEdgeOnEdges();
+  }
+  if (m_moving.facing != 0) {
+    FaceOverCorners();
+  } else {
+    EdgeOnEdgesOnCorners();
+  }
+  EdgesCrossing();
+  if (m_moving.facing == 0 && m_fixed.facing == 0) CornersOnCorners();
+  return m_count > 0;
+}
+
+/// Counts the edges that a corner is on; false when the corner is outside one of them.
+bool IsInside(const int sides[3][3], int corner, int facing, int& zeros, int& lastZero) {
+  zeros = 0;
+  lastZero = 0;
+  for (int k = 0; k < 3; ++k) {
+    if (sides[k][corner] == -facing) return false;
+    if (sides[k][corner] != 0) continue;
+    ++zeros;
+    lastZero = k;
+  }
+  return true;
+}
+
+/// The corner at which the two edges meet that `corner` of the other triangle is on.
+int SharedCorner(const int sides[3][3], int corner) {
+  if (sides[0][corner] != 0) return 2;
+  return sides[1][corner] != 0 ? 0 : 1;
+}
+
+void Pair::CornersOverFace() {
+  for (int i = 0; i < 3; ++i) {
+    int zeros = 0;
+    int lastZero = 0;
+    if (!IsInside(m_ofFixedEdge, i, m_fixed.facing, zeros, lastZero)) continue;
+    AddCornerOverFace(i, zeros, lastZero);
+  }
+}
+
+void Pair::AddCornerOverFace(int i, int zeros, int lastZero) {
+  if (zeros == 2) return AddCornerOnCorner(i, SharedCorner(m_ofFixedEdge, i));
+  const ContactKind kind = zeros == 1 ? ContactKind::VertexEdge : ContactKind::VertexFace;
+  const Coord3* b = m_fixed.corner;
+  Add(kind, i, lastZero, {&m_moving.corner[i], &b[0]}, {&b[0], &b[1]}, {&b[0], &b[2]});
+}
+
+void Pair::FaceOverCorners() {
+  for (int j = 0; j < 3; ++j) {
+    int zeros = 0;
+    int lastZero = 0;
+    if (!IsInside(m_ofMovingEdge, j, m_moving.facing, zeros, lastZero)) continue;
+    AddFaceOverCorner(j, zeros, lastZero);
+  }
+}
+
+void Pair::AddFaceOverCorner(int j, int zeros, int lastZero) {
+  if (zeros == 2) return AddCornerOnCorner(SharedCorner(m_ofMovingEdge, j), j);
+  const ContactKind kind = zeros == 1 ? ContactKind::EdgeVertex : ContactKind::FaceVertex;
+  const Coord3* a = m_moving.corner;
+  Add(kind, lastZero, j, {&a[0], &m_fixed.corner[j]}, {&a[0], &a[1]}, {&a[0], &a[2]});
+}
+
+/// Crossings inside both edges. Where a corner lies on an edge, a face or an edge-on edge has it.
+void Pair::EdgesCrossing() {
+  for (int i = 0; i < 3; ++i) {
+    for (int j = 0; j < 3; ++j) {
+      if (m_ofFixedEdge[j][i] * m_ofFixedEdge[j][Next(i)] != -1) continue;
+      if (m_ofMovingEdge[i][j] * m_ofMovingEdge[i][Next(j)] != -1) continue;
+      Add(ContactKind::EdgeEdge, i, j, {&m_moving.corner[i], &m_fixed.corner[j]},
+          EdgeOf(m_moving, i), EdgeOf(m_fixed, j));
+    }
+  }
+}
+
+void Pair::CornersOnEdgeOnEdges() {
+  for (int i = 0; i < 3; ++i) {
+    for (int j = 0; j < 3; ++j) {
+      if (m_ofFixedEdge[j][i] != 0) continue;
+      const Arrow edge = EdgeOf(m_fixed, j);
+      if (!IsStrictlyBetween(m_moving.corner[i], edge)) continue;
+      Add(ContactKind::VertexEdge, i, j, {&m_moving.corner[i], edge.from}, edge,
+          FromOrigin(AxisAcross(edge)));
+    }
+  }
+}
+
+void Pair::EdgeOnEdgesOnCorners() {
+  for (int i = 0; i < 3; ++i) {
+    for (int j = 0; j < 3; ++j) {
+      if (m_ofMovingEdge[i][j] != 0) continue;
+      const Arrow edge = EdgeOf(m_moving, i);
+      if (!IsStrictlyBetween(m_fixed.corner[j], edge)) continue;
+      Add(ContactKind::EdgeVertex, i, j, {edge.from, &m_fixed.corner[j]}, edge,
+          FromOrigin(AxisAcross(edge)));
+    }
+  }
+}
+
+void Pair::CornersOnCorners() {
+  for (int i = 0; i < 3; ++i) {
+    for (int j = 0; j < 3; ++j) {
+      if (CompareShadows(m_moving.corner[i], m_fixed.corner[j]) == 0) AddCornerOnCorner(i, j);
+    }
+  }
+}
+
+void Pair::AddCornerOnCorner(int i, int j) {
+  const int axis = m_direction.Dominant();
+  Add(ContactKind::VertexVertex, i, j, {&m_moving.corner[i], &m_fixed.corner[j]},
+      FromOrigin(axes[Next(axis)]), FromOrigin(axes[Next(Next(axis))]));
+}
+
+void Pair::Add(ContactKind kind, int onMoving, int onFixed, const Arrow& gap, const Arrow& u,
+               const Arrow& v) {
+  Candidate& added = m_candidates[m_count++];
+  added = {kind, onMoving, onFixed, gap, u, v, 0, 0.0, 0.0};
+  Bracket(added);
+  m_behind = m_behind || added.sign < 0;
+  m_ahead = m_ahead || added.sign > 0;
+  m_atZero = m_atZero || added.sign == 0;
+}
+
+/// Finds the sign of s and, cheaply, numbers that it lies between.
+void Pair::Bracket(Candidate& candidate) const {
+  const Estimate gap = EstimateDeterminant(candidate.gap, candidate.u, candidate.v);
+  const Estimate whole = EstimateDeterminant(m_along, candidate.u, candidate.v);
+  candidate.sign = DeterminantSign(candidate.gap, candidate.u, candidate.v) *
+                   DeterminantSign(m_along, candidate.u, candidate.v);
+  if (std::fabs(whole.value) > 3.0 * whole.bound) {
+    const double s = gap.value / whole.value;
+    const double error = (gap.bound + std::fabs(s) * whole.bound) /
+                             (std::fabs(whole.value) - whole.bound) * (1.0 + 0x1p-40) +
+                         std::fabs(s) * 0x1p-50;
+    candidate.low = s - error;
+    candidate.high = s + error;
+    return;
+  }
+  candidate.low = candidate.high = Measure(candidate).hi;
+}
+
+DoubleDouble Pair::Measure(const Candidate& candidate) const {
+  const DoubleDouble gap = ExactDeterminant(candidate.gap, candidate.u, candidate.v).Rounded();
+  if (gap.hi == 0.0) return {};
+  return Over(gap, ExactDeterminant(m_along, candidate.u, candidate.v).Rounded());
+}
+
+/// A total order of shadows that runs along any line: -1, 0 for the same shadow, or 1.
+int Pair::CompareShadows(const Coord3& p, const Coord3& q) const {
+  const int axis = m_direction.Dominant();
+  for (const int other : {Next(axis), Next(Next(axis))}) {
+    const int sign = DeterminantSign(m_along, FromOrigin(axes[other]), {&p, &q});
+    if (sign != 0) return sign;
+  }
+  return 0;
+}
+
+bool Pair::IsStrictlyBetween(const Coord3& p, const Arrow& edge) const {
+  const int order = CompareShadows(*edge.from, p);
+  return order != 0 && order == CompareShadows(p, *edge.to);
+}
+
+/// An axis that is not in the plane of the direction and an edge, which are not parallel.
+const Coord3& Pair::AxisAcross(const Arrow& edge) const {
+  for (const int k : {0, 1}) {
+    if (DeterminantSign(m_along, edge, FromOrigin(axes[k])) != 0) return axes[k];
+  }
+  return axes[2];
+}
+
+double Pair::LowerBound() const {
+  double low = std::numeric_limits<double>::infinity();
+  for (int k = 0; k < m_count; ++k)
+    low = std::min(low, m_candidates[k].low);
+  const double travel = low * m_direction.Length().hi;
+  return travel - std::fabs(travel) * 0x1p-50;
+}
+
+/// The least travel for sense 1, the greatest for -1.
+Contact Pair::Extreme(double sense) {
+  const auto nearEnd = [sense](const Candidate& c) { return sense > 0.0 ? c.low : -c.high; };
+  const auto farEnd = [sense](const Candidate& c) { return sense > 0.0 ? c.high : -c.low; };
+  double reach = std::numeric_limits<double>::infinity();
+  for (int k = 0; k < m_count; ++k)
+    reach = std::min(reach, farEnd(m_candidates[k]));
+  const Candidate* best = nullptr;
+  DoubleDouble bestMeasure;
+  const auto precedes = [&](const Candidate& c, double travel) {
+    const double bestTravel = TravelOf(bestMeasure);
+    if (travel != bestTravel) return sense * travel < sense * bestTravel;
+    if (c.kind != best->kind) return c.kind < best->kind;
+    if (c.onMoving != best->onMoving) return c.onMoving < best->onMoving;
+    return c.onFixed < best->onFixed;
+  };
+  // One rounding of the travel, below, may make equal what the brackets keep apart.
+  reach += std::fabs(reach) * 0x1p-50;
+  for (int k = 0; k < m_count; ++k) {
+    const Candidate& candidate = m_candidates[k];
+    if (nearEnd(candidate) > reach) continue;
+    const DoubleDouble s = Measure(candidate);
+    if (best != nullptr && !precedes(candidate, TravelOf(s))) continue;
+    best = &candidate;
+    bestMeasure = s;
+  }
+  return ContactOf(*best, bestMeasure);
+}
+
+Contact Pair::ContactOf(const Candidate& candidate, const DoubleDouble& s) const {
+  Contact contact;
+  contact.travel = TravelOf(s);
+  contact.kind = candidate.kind;
+  const DoubleDouble back = Minus(s);
+  const Coord3& moving = m_moving.corner[candidate.onMoving];
+  const Coord3& fixed = m_fixed.corner[candidate.onFixed];
+  switch (candidate.kind) {
+  case ContactKind::VertexVertex:
+    contact.onMoving = moving;
+    contact.onFixed = fixed;
+    break;
+  case ContactKind::VertexEdge:
+  case ContactKind::VertexFace:
+    contact.onMoving = moving;
+    contact.onFixed = Advance(moving, s, m_along);
+    break;
+  case ContactKind::EdgeVertex:
+  case ContactKind::FaceVertex:
+    contact.onMoving = Advance(fixed, back, m_along);
+    contact.onFixed = fixed;
+    break;
+  case ContactKind::EdgeEdge:
+  case ContactKind::Overlap:
+    contact.onMoving = PointOnMovingEdge(candidate);
+    contact.onFixed = Advance(contact.onMoving, s, m_along);
+    break;
+  }
+  return contact;
+}
+
+/// Where the edges of an EdgeEdge candidate cross in the shadow.
+Coord3 Pair::PointOnMovingEdge(const Candidate& candidate) const {
+  // start + position * edge is on the line of the fixed edge, as seen along the direction.
+  const DoubleDouble start = ExactDeterminant(m_along, candidate.gap, candidate.v).Rounded();
+  const DoubleDouble whole = ExactDeterminant(m_along, candidate.u, candidate.v).Rounded();
+  return Advance(*candidate.u.from, Over(start, whole), candidate.u);
+}
+
+} // namespace
+
+TravelDirection::TravelDirection(const Coord3& direction) : m_dominant(0) {
+  for (int k = 1; k < 3; ++k) {
+    if (std::fabs(Component(direction, k)) > std::fabs(Component(direction, m_dominant))) {
+      m_dominant = k;
+    }
+  }
+  // A power of two keeps every ratio of the components exactly.
+  int exponent = 0;
+  std::frexp(Component(direction, m_dominant), &exponent);
+  m_vector = {std::ldexp(direction.x, -exponent), std::ldexp(direction.y, -exponent),
+              std::ldexp(direction.z, -exponent)};
+  const DoubleDouble squared =
+      Plus(Plus(TwoProduct(m_vector.x, m_vector.x), TwoProduct(m_vector.y, m_vector.y)),
+           TwoProduct(m_vector.z, m_vector.z));
+  m_length = Root(squared);
+  // Adding zero turns a negative zero into a positive one.
+  const auto over = [this](double c) { return Over({c, 0.0}, m_length).hi + 0.0; };
+  m_unit = {over(m_vector.x), over(m_vector.y), over(m_vector.z)};
+}
+
+Triangle MakeTriangle(const TravelDirection& direction, const Coord3& a, const Coord3& b,
+                      const Coord3& c) {
+  Triangle triangle{{a, b, c}, 0};
+  const Coord3* corner = triangle.corner;
+  triangle.facing = DeterminantSign(FromOrigin(direction.Vector()), {&corner[0], &corner[1]},
+                                    {&corner[0], &corner[2]});
+  return triangle;
+}
+
+bool FindContactInterval(const TravelDirection& direction, const Triangle& moving,
+                         const Triangle& fixed, ContactInterval& interval) {
+  Pair pair(direction, moving, fixed);
+  if (!pair.Meet()) return false;
+  interval = {pair.First(), pair.Last()};
+  return true;
+}
+
+PairOutcome JudgePair(const TravelDirection& direction, const Triangle& moving,
+                      const Triangle& fixed, double limit, Contact& first) {
+  Pair pair(direction, moving, fixed);
+  if (!pair.Meet()) return PairOutcome::Apart;
+  if (pair.SomeAtZero() || (pair.SomeBehind() && pair.SomeAhead())) return PairOutcome::Touching;
+  if (pair.SomeBehind() || pair.LowerBound() > limit) return PairOutcome::Apart;
+  const Contact contact = pair.First();
+  if (contact.travel > limit) return PairOutcome::Apart;
+  first = contact;
+  return PairOutcome::Ahead;
+}
+
+Contact ContactAtStart(const ContactInterval& interval) {
+  if (interval.first.travel == 0.0) return interval.first;
+  if (interval.last.travel == 0.0) return interval.last;
+  // Both triangles are convex: what the first and the last contact weigh to at zero is on both.
+  const double first = -interval.first.travel;
+  const double last = interval.last.travel;
+  const double sum = first + last;
+  const auto weigh = [&](double atFirst, double atLast) {
+    return atFirst * (last / sum) + atLast * (first / sum);
+  };
+  const Coord3& p = interval.first.onMoving;
+  const Coord3& q = interval.last.onMoving;
+  const Coord3 point{weigh(p.x, q.x), weigh(p.y, q.y), weigh(p.z, q.z)};
+  return {0.0, ContactKind::Overlap, point, point};
+}
+
+} // namespace gsl_sweep

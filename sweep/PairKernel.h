@@ -1,0 +1,93 @@
+#ifndef GSL_SWEEP_PAIR_KERNEL_H
+#define GSL_SWEEP_PAIR_KERNEL_H
+
+#include "Determinant.h"
+
+/// When two triangles touch, if one of them travels along a direction.
+///
+/// There are no tolerances. What is decided (whether the shadows across the direction meet, which
+/// features meet, on which side of travel zero) is decided by exact signs; what is measured
+/// (travel, points) is rounded from about 100 bits. Triangles are closed and have no orientation;
+/// degenerate ones are the segments or points that they are.
+///
+/// Range      of coordinates and direction: see Determinant.h. They must be finite.
+namespace gsl_sweep {
+
+/// Features that meet: of the moving body first. Overlap stands for bodies that share a point from
+/// the start and had already met before it, so that no single features meet there.
+enum class ContactKind : unsigned char {
+  VertexVertex,
+  VertexEdge,
+  EdgeVertex,
+  VertexFace,
+  FaceVertex,
+  EdgeEdge,
+  Overlap
+};
+
+/// A direction of travel; its length does not matter.
+class TravelDirection {
+public:
+  /// `direction` must not be zero.
+  explicit TravelDirection(const Coord3& direction);
+
+  const Coord3& Vector() const { return m_vector; }
+  const DoubleDouble& Length() const { return m_length; }
+  /// Rounded from twice the precision; axis-aligned directions give exact zeros and ones.
+  const Coord3& Unit() const { return m_unit; }
+  /// Index of the component of largest magnitude.
+  int Dominant() const { return m_dominant; }
+
+private:
+  Coord3 m_vector;
+  Coord3 m_unit;
+  DoubleDouble m_length;
+  int m_dominant;
+};
+
+struct Triangle {
+  Coord3 corner[3];
+  /// Exact sign of normal . direction; 0 for edge-on and for degenerate triangles.
+  int facing;
+};
+
+Triangle MakeTriangle(const TravelDirection& direction, const Coord3& a, const Coord3& b,
+                      const Coord3& c);
+
+/// Where two bodies touch after some travel.
+struct Contact {
+  double travel;
+  ContactKind kind;
+  Coord3 onMoving; ///< before the move
+  Coord3 onFixed;  ///< onMoving + travel * unit direction, up to rounding
+};
+
+/// The travels, first to last, in which a pair touches. The signs of first.travel and last.travel
+/// are exact, zero included.
+struct ContactInterval {
+  Contact first;
+  Contact last;
+};
+
+/// False, and nothing written, when the triangles never touch. Of features that meet at the same
+/// travel the first in the order of ContactKind, then of corners and edges, is named.
+bool FindContactInterval(const TravelDirection& direction, const Triangle& moving,
+                         const Triangle& fixed, ContactInterval& interval);
+
+enum class PairOutcome {
+  Apart,    ///< never touch, only behind, or not within the limit
+  Touching, ///< some travel of the interval is zero
+  Ahead     ///< the first travel is positive and at most the limit
+};
+
+/// The same, for a search: measures only what can still matter. `first` is written for Ahead alone.
+PairOutcome JudgePair(const TravelDirection& direction, const Triangle& moving,
+                      const Triangle& fixed, double limit, Contact& first);
+
+/// The contact at travel zero of a pair that touches there: one with first.travel <= 0 and
+/// last.travel >= 0.
+Contact ContactAtStart(const ContactInterval& interval);
+
+} // namespace gsl_sweep
+
+#endif

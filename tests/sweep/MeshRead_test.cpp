@@ -1,0 +1,187 @@
+#include "MeshRead.h"
+
+#include "MeshSamples.h"
+
+#include <chrono>
+#include <cstdlib>
+#include <filesystem>
+
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+using namespace gsl_mesh_samples;
+using gsl_sweep::DetectMeshFormat;
+using gsl_sweep::ReadMesh;
+using testing::HasSubstr;
+
+namespace {
+
+/// Restores what the tests of rights change.
+class Chmod {
+public:
+  Chmod(std::string path, mode_t mode) : m_path(std::move(path)) { chmod(m_path.c_str(), mode); }
+  Chmod(const Chmod&) = delete;
+  Chmod& operator=(const Chmod&) = delete;
+  ~Chmod() { chmod(m_path.c_str(), 0700); }
+
+private:
+  std::string m_path;
+};
+
+/// The superuser may read everything; while this lives, it is nobody.
+class OrdinaryUser {
+public:
+  OrdinaryUser() { EXPECT_TRUE(!m_wasSuperuser || seteuid(65534) == 0); }
+  OrdinaryUser(const OrdinaryUser&) = delete;
+  OrdinaryUser& operator=(const OrdinaryUser&) = delete;
+  ~OrdinaryUser() { EXPECT_TRUE(!m_wasSuperuser || seteuid(0) == 0); }
+
+private:
+  const bool m_wasSuperuser = geteuid() == 0;
+};
+
+} // namespace
+
+TEST(MeshRead, EverySampleGivesTheSameTriangles) {
+  const TemporaryFolder folder;
+  for (const Sample& sample : AllSamples()) {
+    SCOPED_TRACE(sample.name);
+    const std::string path = folder.Write(sample.name, sample.bytes);
+    const Mesh mesh = ReadMesh(path);
+    ExpectCorners(mesh, TetrahedronCorners());
+    EXPECT_EQ(mesh.file, path);
+    EXPECT_TRUE(mesh.warnings.empty());
+  }
+}
+
+TEST(MeshRead, ExtensionsMayBeInAnyCase) {
+  const TemporaryFolder folder;
+  ExpectCorners(ReadMesh(folder.Write("PART.OBJ", ObjText())), TetrahedronCorners());
+  ExpectCorners(ReadMesh(folder.Write("PART.3MF", ThreeMf())), TetrahedronCorners());
+  ExpectCorners(ReadMesh(folder.Write("PART.Stl", StlText(TetrahedronCorners()))),
+                TetrahedronCorners());
+}
+
+TEST(MeshRead, UnambiguousContentsWinOverTheExtension) {
+  const TemporaryFolder folder;
+  for (const Sample& sample : AllSamples()) {
+    if (sample.name == "text.obj" || sample.name == "text.gltf" || sample.name == "zipped.3mf") {
+      continue;
+    }
+    // Assimp wants the usual extension for its files.
+    if (sample.name == "binary.glb") continue;
+    for (const char* name : {"part", "part.txt", "part.obj", "part.stl", "part.ply", "part.3mf"}) {
+      SCOPED_TRACE(sample.name + " as " + name);
+      ExpectCorners(ReadMesh(folder.Write(name, sample.bytes)), TetrahedronCorners());
+    }
+  }
+}
+
+TEST(MeshRead, AmbiguousContentsFollowTheExtension) {
+  EXPECT_EQ(DetectMeshFormat("solid ground\nv 0 0 0\n", "part.obj"), MeshFormat::Obj);
+  EXPECT_EQ(DetectMeshFormat("OFFICE", "part.obj"), MeshFormat::Obj);
+  EXPECT_EQ(DetectMeshFormat("3 1 0\n", "part.off"), MeshFormat::Off);
+  EXPECT_EQ(DetectMeshFormat("ply with", "part.stl"), MeshFormat::Stl);
+  EXPECT_EQ(DetectMeshFormat("", "a.stl/part"), MeshFormat::Unknown);
+}
+
+TEST(MeshRead, UnknownFormatsAreRefused) {
+  const TemporaryFolder folder;
+  for (const char* name : {"part", "part.txt", "part.", ".stl.", "part.zae"}) {
+    const std::string path = folder.Write(name, "hello");
+    EXPECT_EQ(ErrorOfFile(path), path + ": unknown mesh format (STL, OBJ, PLY, OFF, 3MF, glTF and "
+                                        "what Assimp reads)");
+  }
+}
+
+TEST(MeshRead, FilesThatAreNoMeshFilesAreRefused) {
+  const TemporaryFolder folder;
+  const std::string missing = folder.Path("missing.stl");
+  EXPECT_EQ(ErrorOfFile(missing), missing + ": cannot be opened: No such file or directory");
+  EXPECT_EQ(ErrorOfFile(""), ": cannot be opened: No such file or directory");
+  const std::string directory = folder.Path("directory.stl");
+  std::filesystem::create_directory(directory);
+  EXPECT_EQ(ErrorOfFile(directory), directory + ": is a directory, not a mesh file");
+  const std::string below = folder.Write("file", "x") + "/part.stl";
+  EXPECT_EQ(ErrorOfFile(below), below + ": cannot be opened: Not a directory");
+  for (const char* name : {"empty.stl", "empty.obj", "empty.ply", "empty.off", "empty.3mf"}) {
+    const std::string empty = folder.Write(name, "");
+    EXPECT_EQ(ErrorOfFile(empty), empty + ": is empty");
+  }
+  EXPECT_EQ(ErrorOfFile("/dev/null"), "/dev/null: is a device, not a mesh file");
+  EXPECT_EQ(ErrorOfFile("/dev/zero"), "/dev/zero: is a device, not a mesh file");
+}
+
+TEST(MeshRead, PipesAreRefusedWithoutWaitingForThem) {
+  const TemporaryFolder folder;
+  const std::string pipe = folder.Path("pipe.stl");
+  ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+  EXPECT_EQ(ErrorOfFile(pipe), pipe + ": is a pipe, not a mesh file");
+}
+
+TEST(MeshRead, SocketsAreRefused) {
+  const TemporaryFolder folder;
+  const std::string path = folder.Path("s.stl");
+  sockaddr_un address{};
+  address.sun_family = AF_UNIX;
+  ASSERT_LT(path.size(), sizeof address.sun_path);
+  std::memcpy(address.sun_path, path.c_str(), path.size());
+  const int socketFile = socket(AF_UNIX, SOCK_STREAM, 0);
+  ASSERT_EQ(bind(socketFile, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
+  EXPECT_THAT(ErrorOfFile(path), HasSubstr(": cannot be opened: "));
+  close(socketFile);
+}
+
+TEST(MeshRead, UnreadableFilesAreRefused) {
+  const TemporaryFolder folder;
+  const std::string path = folder.Write("part.stl", StlBinary(TetrahedronCorners()));
+  const Chmod locked(path, 0);
+  const Chmod open(folder.Path(""), 0755);
+  const OrdinaryUser reader;
+  EXPECT_EQ(ErrorOfFile(path), path + ": cannot be opened: Permission denied");
+}
+
+TEST(MeshRead, FilesLargerThanTheMemoryAreRefused) {
+  const TemporaryFolder folder;
+  const std::string path = folder.Write("part.stl", "solid");
+  const auto pages = static_cast<std::uintmax_t>(sysconf(_SC_PHYS_PAGES));
+  const std::uintmax_t size = pages * static_cast<std::uintmax_t>(sysconf(_SC_PAGESIZE)) + 1;
+  std::error_code error;
+  std::filesystem::resize_file(path, size, error); // takes no room: the file has a hole
+  if (error) GTEST_SKIP() << "no file of " << size << " bytes here: " << error.message();
+  EXPECT_EQ(ErrorOfFile(path), path + ": is larger (" + std::to_string(size) +
+                                   " bytes) than the memory of this machine");
+}
+
+TEST(MeshRead, MessagesAreOneLineWhateverTheNameOfTheFile) {
+  const TemporaryFolder folder;
+  EXPECT_EQ(ErrorOfFile(folder.Path("a\nb.stl")),
+            folder.Path("a?b.stl") + ": cannot be opened: No such file or directory");
+}
+
+TEST(MeshRead, FromMemoryRefusesWhatOnlyFilesCanBe) {
+  EXPECT_THAT(ErrorOf(MeshFormat::Assimp, Glb()), HasSubstr("sample: unknown mesh format"));
+  EXPECT_THAT(ErrorOf(MeshFormat::Unknown, "x"), HasSubstr("sample: unknown mesh format"));
+}
+
+TEST(MeshRead, HundredThousandTrianglesTakeAFractionOfASecond) {
+  const TemporaryFolder folder;
+  std::string text;
+  for (int k = 0; k < 50000; ++k) {
+    text += "v " + std::to_string(k) + ".123456 -0.7654321 1.5e-3\n";
+  }
+  for (int k = 1; k + 2 <= 50000; ++k) {
+    for (int twice = 0; twice < 2; ++twice) {
+      text += "f " + std::to_string(k) + " " + std::to_string(k + 1) + " " + std::to_string(k + 2) +
+              "\n";
+    }
+  }
+  const std::string path = folder.Write("part.obj", text);
+  const auto start = std::chrono::steady_clock::now();
+  EXPECT_EQ(ReadMesh(path).TriangleCount(), 99996U);
+  const std::chrono::duration<double> time = std::chrono::steady_clock::now() - start;
+  std::printf("%.3f s\n", time.count());
+  EXPECT_LT(time.count(), 3.0); // under sanitizers too; without them it is about 0.05 s
+}

@@ -1,0 +1,425 @@
+#include "Search.h"
+
+#include "SweepShapes.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <random>
+#include <stdexcept>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace {
+
+using namespace gsl_sweep;
+using namespace sweep_shapes;
+
+constexpr double nan = std::numeric_limits<double>::quiet_NaN();
+constexpr double infinity = std::numeric_limits<double>::infinity();
+const Coord3 down{0.0, 0.0, -1.0};
+
+SweepAnswer Ask(const Mesh& moving, const Mesh& fixed, const Coord3& direction,
+                double maxDistance = infinity, unsigned threads = 1) {
+  SweepQuestion question;
+  question.direction = direction;
+  question.maxDistance = maxDistance;
+  question.threads = threads;
+  return Sweep(moving, fixed, question);
+}
+
+SweepAnswer AskOneSided(const Mesh& moving, const Mesh& fixed, const Coord3& direction) {
+  SweepQuestion question;
+  question.direction = direction;
+  question.oneSided = true;
+  return Sweep(moving, fixed, question);
+}
+
+void ExpectPoint(const Coord3& actual, const Coord3& expected) {
+  EXPECT_EQ(actual.x, expected.x);
+  EXPECT_EQ(actual.y, expected.y);
+  EXPECT_EQ(actual.z, expected.z);
+}
+
+/// Every field, bit for bit.
+void ExpectSame(const SweepAnswer& actual, const SweepAnswer& expected) {
+  EXPECT_EQ(actual.status, expected.status);
+  EXPECT_EQ(actual.travel, expected.travel);
+  EXPECT_EQ(actual.kind, expected.kind);
+  EXPECT_EQ(actual.moving.triangle, expected.moving.triangle);
+  EXPECT_EQ(actual.fixed.triangle, expected.fixed.triangle);
+  ExpectPoint(actual.moving.point, expected.moving.point);
+  ExpectPoint(actual.fixed.point, expected.fixed.point);
+}
+
+TEST(Search, CubeTowardsCubeInSixDirections) {
+  const Mesh fixed = Box({0.0, 0.0, 0.0}, {1.0, 1.0, 1.0});
+  const Coord3 directions[6] = {{1.0, 0.0, 0.0},  {-1.0, 0.0, 0.0}, {0.0, 1.0, 0.0},
+                                {0.0, -1.0, 0.0}, {0.0, 0.0, 1.0},  {0.0, 0.0, -1.0}};
+  for (const Coord3& d : directions) {
+    const Mesh aligned = Moved(fixed, gsl_arithmetic::Multiply(d, -3.0));
+    const SweepAnswer answer = Ask(aligned, fixed, d);
+    EXPECT_EQ(answer.status, SweepStatus::Contact);
+    EXPECT_EQ(answer.travel, 2.0);
+    EXPECT_EQ(answer.kind, ContactKind::VertexVertex);
+    const Coord3 aside{d.x == 0.0 ? 0.25 : 0.0, d.y == 0.0 ? 0.25 : 0.0, d.z == 0.0 ? 0.25 : 0.0};
+    const SweepAnswer shifted = Ask(Moved(aligned, aside), fixed, d);
+    EXPECT_EQ(shifted.status, SweepStatus::Contact);
+    EXPECT_EQ(shifted.travel, 2.0);
+    // Away from each other, and past each other.
+    EXPECT_EQ(Ask(aligned, fixed, gsl_arithmetic::Negated(d)).status, SweepStatus::None);
+    EXPECT_EQ(Ask(Moved(aligned, gsl_arithmetic::Multiply(aside, 5.0)), fixed, d).status,
+              SweepStatus::None);
+  }
+}
+
+TEST(Search, EdgeOverEdgeOfTwoRoofs) {
+  // Roofs with ridges across each other, one turned over; the ridges meet in their middles.
+  Mesh fixed;
+  AddQuad(fixed, {-4.0, 0.0, 2.0}, {-4.0, -4.0, 0.0}, {4.0, -4.0, 0.0}, {4.0, 0.0, 2.0});
+  AddQuad(fixed, {-4.0, 0.0, 2.0}, {4.0, 0.0, 2.0}, {4.0, 4.0, 0.0}, {-4.0, 4.0, 0.0});
+  Mesh moving;
+  AddQuad(moving, {0.5, -4.0, 5.0}, {-4.0, -4.0, 7.0}, {-4.0, 4.0, 7.0}, {0.5, 4.0, 5.0});
+  AddQuad(moving, {0.5, -4.0, 5.0}, {0.5, 4.0, 5.0}, {4.0, 4.0, 7.0}, {4.0, -4.0, 7.0});
+  const SweepAnswer answer = Ask(moving, fixed, down);
+  EXPECT_EQ(answer.status, SweepStatus::Contact);
+  EXPECT_EQ(answer.travel, 3.0);
+  EXPECT_EQ(answer.kind, ContactKind::EdgeEdge);
+  ExpectPoint(answer.moving.point, {0.5, 0.0, 5.0});
+  ExpectPoint(answer.fixed.point, {0.5, 0.0, 2.0});
+}
+
+Mesh Pyramid(const Coord3& apex, double height) {
+  const double z = apex.z + height;
+  const Coord3 base[4] = {{apex.x - 1.0, apex.y - 1.0, z},
+                          {apex.x + 1.0, apex.y - 1.0, z},
+                          {apex.x + 1.0, apex.y + 1.0, z},
+                          {apex.x - 1.0, apex.y + 1.0, z}};
+  Mesh mesh;
+  for (int k = 0; k < 4; ++k)
+    AddTriangle(mesh, apex, base[k], base[(k + 1) % 4]);
+  AddQuad(mesh, base[0], base[1], base[2], base[3]);
+  return mesh;
+}
+
+TEST(Search, VertexOverFaceAndVertexOverVertex) {
+  const Mesh point = Pyramid({0.25, 0.5, 5.0}, 2.0);
+  const SweepAnswer onFace = Ask(point, Box({-4.0, -4.0, -1.0}, {4.0, 4.0, 1.0}), down);
+  EXPECT_EQ(onFace.status, SweepStatus::Contact);
+  EXPECT_EQ(onFace.travel, 4.0);
+  EXPECT_EQ(onFace.kind, ContactKind::VertexFace);
+  ExpectPoint(onFace.fixed.point, {0.25, 0.5, 1.0});
+  const SweepAnswer onTip = Ask(point, Pyramid({0.25, 0.5, 2.0}, -2.0), down);
+  EXPECT_EQ(onTip.status, SweepStatus::Contact);
+  EXPECT_EQ(onTip.travel, 3.0);
+  EXPECT_EQ(onTip.kind, ContactKind::VertexVertex);
+  const SweepAnswer underFace =
+      Ask(Box({-4.0, -4.0, 6.0}, {4.0, 4.0, 7.0}), Pyramid({0.25, 0.5, 2.0}, -2.0), down);
+  EXPECT_EQ(underFace.travel, 4.0);
+  EXPECT_EQ(underFace.kind, ContactKind::FaceVertex);
+}
+
+TEST(Search, CoplanarWallsThatSlidePastEachOtherTouch) {
+  // Boxes side by side: the wall x = 1 is shared, so the closed surfaces meet at its rim.
+  const Mesh moving = Box({0.0, 0.0, 5.0}, {1.0, 1.0, 6.0});
+  const Mesh beside = Box({1.0, 0.0, 0.0}, {2.0, 1.0, 2.0});
+  const SweepAnswer answer = Ask(moving, beside, down);
+  EXPECT_EQ(answer.status, SweepStatus::Contact);
+  EXPECT_EQ(answer.travel, 3.0);
+  const double apart = std::nextafter(1.0, 2.0);
+  EXPECT_EQ(Ask(moving, Box({apart, 0.0, 0.0}, {2.0, 1.0, 2.0}), down).status, SweepStatus::None);
+  // Already side by side: they touch at the start.
+  const SweepAnswer started = Ask(Box({0.0, 0.0, 1.0}, {1.0, 1.0, 6.0}), beside, down);
+  EXPECT_EQ(started.status, SweepStatus::Start);
+  EXPECT_EQ(started.travel, 0.0);
+}
+
+TEST(Search, PegThatFitsExactlyTouchesTheRim) {
+  Mesh fixed = PlateWithHole(4.0, 1.0, 0.0, 2.0);
+  Append(fixed, Box({-4.0, -4.0, -3.0}, {4.0, 4.0, -2.0}));
+  const auto peg = [](double half) { return Box({-half, -half, 5.0}, {half, half, 9.0}); };
+  const SweepAnswer exact = Ask(peg(1.0), fixed, down);
+  EXPECT_EQ(exact.status, SweepStatus::Contact);
+  EXPECT_EQ(exact.travel, 3.0);
+  const SweepAnswer wide = Ask(peg(std::nextafter(1.0, 2.0)), fixed, down);
+  EXPECT_EQ(wide.status, SweepStatus::Contact);
+  EXPECT_EQ(wide.travel, 3.0);
+  // A hair too narrow: through the hole onto the floor below.
+  const SweepAnswer narrow = Ask(peg(std::nextafter(1.0, 0.0)), fixed, down);
+  EXPECT_EQ(narrow.status, SweepStatus::Contact);
+  EXPECT_EQ(narrow.travel, 7.0);
+}
+
+TEST(Search, BodyBehindIsNoContact) {
+  const Mesh fixed = Box({0.0, 0.0, 0.0}, {1.0, 1.0, 1.0});
+  const SweepAnswer answer = Ask(Box({0.0, 0.0, -5.0}, {1.0, 1.0, -2.0}), fixed, down);
+  EXPECT_EQ(answer.status, SweepStatus::None);
+  EXPECT_EQ(answer.travel, 0.0);
+}
+
+TEST(Search, BodyInsideAnotherMeetsItsWall) {
+  const Mesh fixed = Box({-8.0, -8.0, -8.0}, {8.0, 8.0, 8.0});
+  const SweepAnswer answer = Ask(Box({-1.0, -1.0, -1.0}, {1.0, 1.0, 1.0}), fixed, {0.0, 1.0, 0.0});
+  EXPECT_EQ(answer.status, SweepStatus::Contact);
+  EXPECT_EQ(answer.travel, 7.0);
+}
+
+TEST(Search, CrossingBodiesTouchAtTheStart) {
+  const Mesh fixed = Box({-1.0, -1.0, -1.0}, {1.0, 1.0, 1.0});
+  const SweepAnswer answer = Ask(Box({0.5, 0.25, 0.125}, {3.0, 3.0, 3.0}), fixed, down);
+  EXPECT_EQ(answer.status, SweepStatus::Start);
+  EXPECT_EQ(answer.travel, 0.0);
+  ExpectPoint(answer.moving.point, answer.fixed.point);
+  // Corner on corner only.
+  EXPECT_EQ(Ask(Box({1.0, 1.0, 1.0}, {3.0, 3.0, 3.0}), fixed, {1.0, 1.0, 1.0}).status,
+            SweepStatus::Start);
+}
+
+TEST(Search, StartNamesTheFirstPairByNumber) {
+  const Mesh fixed = Box({-1.0, -1.0, -1.0}, {1.0, 1.0, 1.0});
+  Mesh moving = Box({5.0, 5.0, 5.0}, {6.0, 6.0, 6.0});
+  Append(moving, Box({-0.5, -0.5, 0.5}, {0.5, 0.5, 3.0}));
+  const SweepAnswer answer = Ask(moving, fixed, {1.0, 0.5, 0.25});
+  EXPECT_EQ(answer.status, SweepStatus::Start);
+  // Of the second box, the side y = -0.5 is the first to cross the top: triangle 12 + 4; of the
+  // top, triangle 2 has the half where y <= x.
+  EXPECT_EQ(answer.moving.triangle, 16u);
+  EXPECT_EQ(answer.fixed.triangle, 2u);
+}
+
+TEST(Search, GreatestDistanceIsClosed) {
+  const Mesh fixed = Box({0.0, 0.0, 0.0}, {1.0, 1.0, 1.0});
+  const Mesh moving = Moved(fixed, {0.0, 0.0, 3.0});
+  EXPECT_EQ(Ask(moving, fixed, down, 2.0).status, SweepStatus::Contact);
+  EXPECT_EQ(Ask(moving, fixed, down, std::nextafter(2.0, 0.0)).status, SweepStatus::None);
+  EXPECT_EQ(Ask(moving, fixed, down, 0.0).status, SweepStatus::None);
+  EXPECT_EQ(Ask(fixed, fixed, down, 0.0).status, SweepStatus::Start);
+}
+
+TEST(Search, DirectionNeedNotBeUnit) {
+  const Mesh fixed = Box({0.0, 0.0, 0.0}, {1.0, 1.0, 1.0});
+  const Mesh moving = Moved(fixed, {-6.0, 0.0, 8.0});
+  const SweepAnswer answer = Ask(moving, fixed, {300.0, 0.0, -400.0});
+  EXPECT_EQ(answer.status, SweepStatus::Contact);
+  ExpectPoint(answer.direction, {0.6, 0.0, -0.8});
+  // Seven units down and a quarter more along the way, 5/4 of it: the faces z = 8 and z = 1.
+  EXPECT_EQ(answer.travel, 8.75);
+}
+
+TEST(Search, DirectionMustBeFiniteAndNotZero) {
+  const Mesh body = Box({0.0, 0.0, 0.0}, {1.0, 1.0, 1.0});
+  for (const Coord3& d :
+       {Coord3{0.0, 0.0, 0.0}, Coord3{nan, 0.0, 1.0}, Coord3{infinity, 0.0, 0.0}}) {
+    EXPECT_THROW(Ask(body, body, d), std::invalid_argument);
+  }
+  const double least = std::numeric_limits<double>::denorm_min();
+  EXPECT_EQ(Ask(Moved(body, {0.0, 0.0, 3.0}), body, {0.0, 0.0, -least}).travel, 2.0);
+  const double most = std::numeric_limits<double>::max();
+  EXPECT_EQ(Ask(Moved(body, {0.0, 0.0, 3.0}), body, {0.0, 0.0, -most}).travel, 2.0);
+}
+
+TEST(Search, OneSidedDropsWhatTurnsAway) {
+  // Downwards, the moving body keeps its bottom and the fixed one its top; the walls are edge-on.
+  const Mesh fixed = Box({-8.0, -8.0, -8.0}, {8.0, 8.0, 8.0});
+  const Mesh inside = Box({-1.0, -1.0, -1.0}, {1.0, 1.0, 1.0});
+  const SweepAnswer answer = AskOneSided(inside, fixed, down);
+  EXPECT_EQ(answer.status, SweepStatus::None);
+  EXPECT_EQ(answer.moving.turnedAway, 2u);
+  EXPECT_EQ(answer.fixed.turnedAway, 2u);
+  EXPECT_EQ(Ask(inside, fixed, down).status, SweepStatus::Contact);
+  const SweepAnswer above = AskOneSided(Moved(inside, {0.0, 0.0, 20.0}), fixed, down);
+  EXPECT_EQ(above.status, SweepStatus::Contact);
+  EXPECT_EQ(above.travel, 11.0);
+}
+
+TEST(Search, OneSidedKeepsEdgeOnAndDegenerateTriangles) {
+  Mesh moving;
+  AddTriangle(moving, {0.0, 0.0, 3.0}, {0.0, 0.0, 3.0}, {0.0, 0.0, 3.0});
+  Mesh wall;
+  AddTriangle(wall, {0.0, -1.0, 1.0}, {0.0, 1.0, 1.0}, {0.0, 0.0, -1.0});
+  const SweepAnswer answer = AskOneSided(moving, wall, down);
+  EXPECT_EQ(answer.status, SweepStatus::Contact);
+  EXPECT_EQ(answer.travel, 2.0);
+  EXPECT_EQ(answer.moving.turnedAway + answer.fixed.turnedAway, 0u);
+}
+
+TEST(Search, NonFiniteTrianglesAreSkippedAndCounted) {
+  const Mesh box = Box({0.0, 0.0, 0.0}, {1.0, 1.0, 1.0});
+  Mesh moving;
+  AddTriangle(moving, {nan, 0.0, 2.0}, {1.0, 0.0, 2.0}, {0.0, 1.0, 2.0});
+  AddTriangle(moving, {0.0, 0.0, 2.0}, {1.0, -infinity, 2.0}, {0.0, 1.0, 2.0});
+  Append(moving, Moved(box, {0.25, 0.25, 4.0}));
+  const SweepAnswer answer = Ask(moving, box, down);
+  EXPECT_EQ(answer.status, SweepStatus::Contact);
+  EXPECT_EQ(answer.travel, 3.0);
+  EXPECT_EQ(answer.moving.triangles, 14u);
+  EXPECT_EQ(answer.moving.skipped, 2u);
+  EXPECT_GE(answer.moving.triangle, 2u);
+  EXPECT_EQ(answer.fixed.skipped, 0u);
+  Mesh nothing;
+  AddTriangle(nothing, {nan, nan, nan}, {nan, nan, nan}, {nan, nan, nan});
+  EXPECT_EQ(Ask(nothing, box, down).status, SweepStatus::None);
+  EXPECT_EQ(Ask(box, Mesh{}, down).status, SweepStatus::None);
+}
+
+TEST(Search, EveryScaleGivesTheSameAnswer) {
+  const Mesh fixed = PlateWithHole(4.0, 1.0, 0.0, 2.0);
+  const Mesh moving = Pyramid({2.0, 2.25, 5.0}, 2.0);
+  const Coord3 d{0.25, -0.125, -1.0};
+  const SweepAnswer expected = Ask(moving, fixed, d);
+  ASSERT_EQ(expected.status, SweepStatus::Contact);
+  for (const int exponent : {-1000, -300, 300, 1000}) {
+    const double s = std::ldexp(1.0, exponent);
+    const SweepAnswer answer = Ask(Stretched(moving, {s, s, s}), Stretched(fixed, {s, s, s}), d);
+    EXPECT_EQ(answer.status, SweepStatus::Contact);
+    EXPECT_EQ(answer.travel, std::ldexp(expected.travel, exponent));
+    EXPECT_EQ(answer.moving.triangle, expected.moving.triangle);
+  }
+  // At the very end of the range the travel does not fit any more.
+  const double most = std::numeric_limits<double>::max();
+  Mesh far;
+  AddTriangle(far, {0.0, 0.0, most}, {0.0, 0.0, most}, {0.0, 0.0, most});
+  Mesh near;
+  AddTriangle(near, {0.0, 0.0, -most}, {0.0, 0.0, -most}, {0.0, 0.0, -most});
+  EXPECT_THROW(Ask(far, near, down), std::overflow_error);
+}
+
+/// All pairs, one after the other.
+SweepAnswer BruteForce(const Mesh& moving, const Mesh& fixed, const Coord3& d) {
+  const TravelDirection direction(d);
+  const auto triangle = [&direction](const Mesh& mesh, std::size_t k) {
+    const Coord3* c = mesh.corners.data() + 3 * k;
+    return MakeTriangle(direction, c[0], c[1], c[2]);
+  };
+  SweepAnswer answer;
+  const auto take = [&answer](SweepStatus status, const Contact& c, std::size_t i, std::size_t j) {
+    answer.status = status;
+    answer.travel = c.travel;
+    answer.kind = c.kind;
+    answer.moving.triangle = i;
+    answer.moving.point = c.onMoving;
+    answer.fixed.triangle = j;
+    answer.fixed.point = c.onFixed;
+  };
+  for (std::size_t i = 0; i < moving.TriangleCount(); ++i) {
+    for (std::size_t j = 0; j < fixed.TriangleCount(); ++j) {
+      ContactInterval interval{};
+      if (!FindContactInterval(direction, triangle(moving, i), triangle(fixed, j), interval)) {
+        continue;
+      }
+      if (interval.last.travel < 0.0) continue;
+      if (interval.first.travel <= 0.0) {
+        take(SweepStatus::Start, ContactAtStart(interval), i, j);
+        return answer;
+      }
+      const bool isFirst = answer.status == SweepStatus::None;
+      if (isFirst || interval.first.travel < answer.travel) {
+        take(SweepStatus::Contact, interval.first, i, j);
+      }
+    }
+  }
+  return answer;
+}
+
+struct SoupCase {
+  const char* name;
+  double step;
+  double size;
+  Coord3 stretch, offset, direction;
+  double gap; ///< between the cubes of the soups; negative for cubes within each other
+};
+
+class SearchSoup : public testing::TestWithParam<SoupCase> {};
+
+TEST_P(SearchSoup, CulledSearchEqualsAllPairsForAnyThreads) {
+  const SoupCase& c = GetParam();
+  const unsigned seed = 31337;
+  SCOPED_TRACE(testing::Message() << "seed " << seed);
+  std::mt19937_64 random(seed);
+  for (int round = 0; round < 12; ++round) {
+    SCOPED_TRACE(testing::Message() << "round " << round);
+    const double along = (2.0 + c.gap) / gsl_arithmetic::Length(c.direction);
+    const Mesh moving =
+        Moved(Stretched(Soup(random, 150, 1.0, c.size, c.step), c.stretch), c.offset);
+    const Mesh fixed =
+        Moved(Moved(Stretched(Soup(random, 150, 1.0, c.size, c.step), c.stretch), c.offset),
+              gsl_arithmetic::Multiply(c.direction, along));
+    const SweepAnswer expected = BruteForce(moving, fixed, c.direction);
+    for (const unsigned threads : {1u, 2u, 5u}) {
+      ExpectSame(Ask(moving, fixed, c.direction, infinity, threads), expected);
+    }
+    if (HasFailure()) return;
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Soups, SearchSoup,
+    testing::Values(SoupCase{"apart", 0.0, 0.2, {1, 1, 1}, {0, 0, 0}, {0, 0, -1}, 0.5},
+                    SoupCase{"oblique", 0.0, 0.2, {1, 1, 1}, {0, 0, 0}, {1, 2, -3}, 0.5},
+                    SoupCase{"within", 0.0, 0.02, {1, 1, 1}, {0, 0, 0}, {1, 2, -3}, -2.0},
+                    SoupCase{"within_dense", 0.0, 0.2, {1, 1, 1}, {0, 0, 0}, {1, 0, 0}, -2.0},
+                    SoupCase{"grid", 0.125, 0.25, {1, 1, 1}, {0, 0, 0}, {0, -1, 0}, 1.0},
+                    SoupCase{"grid_oblique", 0.125, 0.25, {1, 1, 1}, {0, 0, 0}, {1, 1, 0}, 1.0},
+                    SoupCase{"grid_within", 0.125, 0.125, {1, 1, 1}, {0, 0, 0}, {0, 0, 1}, -2.0},
+                    SoupCase{
+                        "far_from_origin", 0.0, 0.2, {1, 1, 1}, {1e7, -3e7, 2e7}, {1, 2, -3}, 0.5},
+                    SoupCase{"flat", 0.0, 0.3, {1, 1, 1e-9}, {0, 0, 0}, {1, 0.5, 1e-10}, 0.5},
+                    SoupCase{"needles", 0.0, 0.3, {1, 1e3, 1e-3}, {0, 0, 0}, {0, 0, -1}, -2.0},
+                    SoupCase{"plane", 0.0, 0.2, {1, 1, 0}, {0, 0, 5}, {1, 0.5, 0}, 0.5},
+                    SoupCase{"line", 0.0, 0.1, {1, 0, 0}, {0, 2, 5}, {1, 0, 0}, 0.5}),
+    [](const testing::TestParamInfo<SoupCase>& tested) { return std::string(tested.param.name); });
+
+TEST(Search, TiesGoToTheFirstPairWhateverTheThreads) {
+  // Forty boxes that all touch down at once.
+  Mesh moving;
+  for (int k = 0; k < 40; ++k) {
+    Append(moving, Box({3.0 * k, 0.0, 5.0}, {3.0 * k + 1.0, 1.0, 6.0}));
+  }
+  const Mesh fixed = Box({-10.0, -10.0, 0.0}, {200.0, 10.0, 1.0});
+  for (const unsigned threads : {1u, 2u, 3u, 8u}) {
+    const SweepAnswer answer = Ask(moving, fixed, down, infinity, threads);
+    EXPECT_EQ(answer.travel, 4.0);
+    EXPECT_EQ(answer.moving.triangle, 0u);
+  }
+}
+
+TEST(Search, ManyThinTrianglesAslantEndInTime) {
+  // Two combs of long strips across each other at 45 degrees to the axes.
+  const auto comb = [](double z, double sense) {
+    Mesh mesh;
+    for (int k = 0; k < 4000; ++k) {
+      const double at = 0.01 * k;
+      AddTriangle(mesh, {at, sense * at, z}, {at + 40.0, sense * at - sense * 40.0, z},
+                  {at + 0.005, sense * (at + 0.005), z});
+    }
+    return mesh;
+  };
+  const SweepAnswer answer = Ask(comb(5.0, 1.0), comb(2.0, 1.0), down);
+  EXPECT_EQ(answer.status, SweepStatus::Contact);
+  EXPECT_EQ(answer.travel, 3.0);
+}
+
+TEST(Search, ProgressRisesOnTheCallingThread) {
+  std::mt19937_64 random(5);
+  const Mesh moving = Soup(random, 3000, 1.0, 0.05, 0.0);
+  const Mesh fixed = Moved(Soup(random, 3000, 1.0, 0.05, 0.0), {0.0, 0.0, -4.0});
+  SweepQuestion question;
+  question.direction = down;
+  question.threads = 3;
+  std::vector<double> seen;
+  const auto caller = std::this_thread::get_id();
+  question.progress = [&](double part) {
+    EXPECT_EQ(std::this_thread::get_id(), caller);
+    seen.push_back(part);
+  };
+  Sweep(moving, fixed, question);
+  ASSERT_GE(seen.size(), 2u);
+  EXPECT_EQ(seen.front(), 0.0);
+  EXPECT_EQ(seen.back(), 1.0);
+  EXPECT_TRUE(std::is_sorted(seen.begin(), seen.end()));
+}
+
+} // namespace

@@ -1,0 +1,167 @@
+#include "MeshRead.h"
+#include "SweepShapes.h"
+#include "ToolRun.h"
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include <cstdio>
+#include <random>
+
+/// Files in and out of gsl-sweep, and what goes wrong with them.
+namespace {
+
+using namespace tool_run;
+using namespace sweep_shapes;
+using nlohmann::json;
+
+const std::string parts = GSL_EXAMPLE_MESHES "/bolt.stl " GSL_EXAMPLE_MESHES "/bracket.stl ";
+
+void ExpectOneErrorLine(const Outcome& run, int status) {
+  EXPECT_EQ(run.status, status) << run.err;
+  EXPECT_EQ(run.out, "");
+  EXPECT_EQ(LineCount(run.err), 1u) << run.err;
+  EXPECT_EQ(run.err.substr(0, 11), "gsl-sweep: ");
+}
+
+TEST(GslSweepFiles, UnreadableMeshesExitWithThree) {
+  const Folder folder;
+  const std::string good = GSL_EXAMPLE_MESHES "/bolt.stl";
+  const std::string nothing = folder.Write("nothing.stl", std::string());
+  const std::string noise = folder.Write("noise.obj", std::string("\x01\x02\x03 not a mesh\n"));
+  const std::string nans =
+      folder.Write("nans.obj", std::string("v nan 0 0\nv 0 1 0\nv 1 0 0\nf 1 2 3\n"));
+  for (const std::string& bad :
+       {folder.File("missing.stl"), nothing, noise, nans, folder.File("")}) {
+    ExpectOneErrorLine(Sweep(bad + " " + good + " --direction -z"), 3);
+    ExpectOneErrorLine(Sweep(good + " " + bad + " --direction -z --json -"), 3);
+  }
+}
+
+TEST(GslSweepFiles, MovedBodyTouchesAtOnce) {
+  const Folder folder;
+  const std::string moved = folder.File("moved.stl");
+  const Outcome run = Sweep(parts + "--direction -z --offset 0,0,8 --output " + moved);
+  EXPECT_EQ(run.status, 0);
+  EXPECT_NE(run.out.find("moved   " + moved), std::string::npos);
+  EXPECT_EQ(folder.List(), std::vector<std::string>{"moved.stl"});
+  const Mesh before = gsl_sweep::ReadMesh(GSL_EXAMPLE_MESHES "/bolt.stl");
+  const Mesh after = gsl_sweep::ReadMesh(moved);
+  ASSERT_EQ(after.corners.size(), before.corners.size());
+  for (std::size_t k = 0; k < after.corners.size(); ++k) {
+    EXPECT_EQ(after.corners[k].x, before.corners[k].x);
+    EXPECT_NEAR(after.corners[k].z, before.corners[k].z - 30.0, 1e-6);
+  }
+  const Outcome again =
+      Sweep(moved + " " GSL_EXAMPLE_MESHES "/bracket.stl --direction -z --json -");
+  EXPECT_EQ(json::parse(again.out)["status"], "start");
+}
+
+TEST(GslSweepFiles, StartWritesTheBodyWhereItIs) {
+  const Folder folder;
+  const std::string moved = folder.File("moved.stl");
+  EXPECT_EQ(Sweep(parts + "--direction -z --offset 0,0,-30 --output " + moved).status, 0);
+  const Mesh after = gsl_sweep::ReadMesh(moved);
+  const Mesh before = gsl_sweep::ReadMesh(GSL_EXAMPLE_MESHES "/bolt.stl");
+  EXPECT_EQ(after.corners[5].z, before.corners[5].z - 30.0);
+}
+
+TEST(GslSweepFiles, WithoutContactNothingIsWrittenAndThatIsSaid) {
+  const Folder folder;
+  const std::string moved = folder.File("moved.stl");
+  const Outcome run = Sweep(parts + "--direction +z --output " + moved);
+  EXPECT_EQ(run.status, 1);
+  EXPECT_EQ(FirstLine(run.out), "No contact along (0, 0, 1).");
+  EXPECT_NE(run.out.find("\n  moved   nothing written to " + moved + "\n"), std::string::npos);
+  const Outcome asJson = Sweep(parts + "--direction +z --json - --output " + moved);
+  EXPECT_EQ(asJson.status, 1);
+  EXPECT_TRUE(json::accept(asJson.out));
+  EXPECT_NE(asJson.err.find("nothing is written to " + moved), std::string::npos);
+  EXPECT_TRUE(folder.List().empty());
+}
+
+TEST(GslSweepFiles, JsonFileHoldsWhatStdoutWould) {
+  const Folder folder;
+  const std::string file = folder.File("answer.json");
+  const Outcome run = Sweep(parts + "--direction -z --json " + file);
+  EXPECT_EQ(run.status, 0);
+  EXPECT_EQ(LineCount(run.out), 3u);
+  EXPECT_EQ(ContentsOf(file), Sweep(parts + "--direction -z --json -").out);
+  const Outcome none = Sweep(parts + "--direction +z --force --json " + file);
+  EXPECT_EQ(none.status, 1);
+  EXPECT_EQ(json::parse(ContentsOf(file))["status"], "none");
+}
+
+TEST(GslSweepFiles, ExistingFilesAreKeptUnlessForced) {
+  const Folder folder;
+  for (const std::string& option : {std::string("--output "), std::string("--json ")}) {
+    const std::string file = folder.Write("old", std::string("old"));
+    ExpectOneErrorLine(Sweep(parts + "--direction -z " + option + file), 4);
+    EXPECT_EQ(ContentsOf(file), "old");
+    EXPECT_EQ(Sweep(parts + "--direction -z --force " + option + file).status, 0);
+    EXPECT_NE(ContentsOf(file), "old");
+  }
+  EXPECT_EQ(folder.List(), std::vector<std::string>{"old"});
+}
+
+TEST(GslSweepFiles, OutputsThatCannotBeWrittenExitWithFour) {
+  ExpectOneErrorLine(Sweep(parts + "--direction -z --output /nowhere/at/all.stl"), 4);
+  ExpectOneErrorLine(Sweep(parts + "--direction -z --json /dev/full"), 4);
+  ExpectOneErrorLine(Sweep(parts + "--direction -z >/dev/full"), 4);
+  ExpectOneErrorLine(Sweep(parts + "--direction -z --json - >/dev/full"), 4);
+  ExpectOneErrorLine(Sweep(parts + "--direction -z >&-"), 4);
+  ExpectOneErrorLine(Sweep("--help >/dev/full"), 4);
+}
+
+TEST(GslSweepFiles, ReaderThatGoesAwayIsNoMatter) {
+  const Outcome run = Shell("$SWEEP " + parts + "--direction -z | true");
+  EXPECT_EQ(run.status, 0);
+  EXPECT_EQ(run.err, "");
+}
+
+TEST(GslSweepFiles, InterruptLeavesNothingBehind) {
+  const Folder folder;
+  std::mt19937_64 random(1);
+  const std::string moving =
+      folder.Write("moving.stl", Moved(Soup(random, 60000, 1.0, 0.02, 0.0), {0, 0, 4}));
+  const std::string fixed = folder.Write("fixed.stl", Soup(random, 60000, 1.0, 0.02, 0.0));
+  const std::string moved = folder.File("moved.stl");
+  for (const char* delay : {"0", "0.02", "0.05", "0.1", "0.2", "0.4"}) {
+    // A background process of a plain shell ignores SIGINT, so the harder signal is sent.
+    Shell("$SWEEP " + moving + " " + fixed + " --direction -z --force --output " + moved +
+          " & sleep " + delay + "; kill -TERM $!; wait $!");
+    for (const std::string& name : folder.List()) {
+      const bool isWhole =
+          name == "moved.stl" && std::filesystem::file_size(moved) == 84 + 50 * 60000;
+      EXPECT_TRUE(name == "moving.stl" || name == "fixed.stl" || isWhole) << name;
+    }
+  }
+}
+
+TEST(GslSweepFiles, HostileFilesEndInAnAnswerOrOneLine) {
+  const char* const meshes = std::getenv("GSL_MESH_DIR");
+  if (meshes == nullptr) {
+    std::printf("GSL_MESH_DIR is not set: no hostile file is swept\n");
+    return;
+  }
+  const std::string good = GSL_EXAMPLE_MESHES "/bolt.stl";
+  int files = 0;
+  for (const auto& entry :
+       std::filesystem::directory_iterator(std::filesystem::path(meshes) / "hostile")) {
+    const std::string bad = "'" + entry.path().string() + "'";
+    for (const std::string& both : {bad + " " + good, good + " " + bad}) {
+      const Outcome run = Sweep(both + " --direction -z --quiet --json -");
+      if (run.status == 3) {
+        ExpectOneErrorLine(run, 3);
+      } else {
+        EXPECT_TRUE(run.status == 0 || run.status == 1) << both << run.err;
+        EXPECT_TRUE(json::accept(run.out)) << both;
+        EXPECT_EQ(run.err, "") << both;
+      }
+    }
+    ++files;
+  }
+  EXPECT_GE(files, 17);
+}
+
+} // namespace

@@ -1,0 +1,243 @@
+#include "SweepShapes.h"
+#include "ToolRun.h"
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include <cmath>
+#include <limits>
+
+#include <pty.h>
+
+namespace {
+
+using namespace tool_run;
+using namespace sweep_shapes;
+using nlohmann::json;
+
+const std::string bolt = GSL_EXAMPLE_MESHES "/bolt.stl";
+const std::string bracket = GSL_EXAMPLE_MESHES "/bracket.stl";
+const std::string parts = bolt + " " + bracket + " ";
+
+TEST(GslSweep, AnswersInThreeLines) {
+  const Outcome run = Sweep(parts + "--direction 0,0,-1");
+  EXPECT_EQ(run.status, 0);
+  EXPECT_EQ(run.err, "");
+  EXPECT_EQ(LineCount(run.out), 3u);
+  EXPECT_EQ(FirstLine(run.out), "Contact after 30 along (0, 0, -1): vertex on face.");
+}
+
+TEST(GslSweep, WritesOneJsonDocumentToStdout) {
+  const Outcome run = Sweep(parts + "--direction -z --json -");
+  EXPECT_EQ(run.status, 0);
+  EXPECT_EQ(run.err, "");
+  const json answer = json::parse(run.out);
+  EXPECT_EQ(answer["status"], "contact");
+  EXPECT_EQ(answer["travel"], 30.0);
+  EXPECT_EQ(answer["direction"], json::parse("[0.0, 0.0, -1.0]"));
+  EXPECT_EQ(answer["moving"]["file"], bolt);
+  EXPECT_EQ(answer["moving"]["triangles"], 288);
+  EXPECT_EQ(answer["moving"]["skipped"], 0);
+  EXPECT_EQ(answer["moving"]["point"][2], 30.0);
+  EXPECT_EQ(answer["fixed"]["triangles"], 252);
+  EXPECT_EQ(answer["fixed"]["point"][2], 0.0);
+  EXPECT_EQ(answer["warnings"], json::array());
+}
+
+TEST(GslSweep, TakesDirectionsInEveryForm) {
+  const std::string expected = Sweep(parts + "--direction 0,0,-1").out;
+  for (const char* form : {"--direction=0,0,-1", "--direction -z", "--direction=-Z",
+                           "--direction '0, 0, -7.5e2'", "--direction -0.0,+0,-.5"}) {
+    EXPECT_EQ(Sweep(parts + form).out, expected) << form;
+  }
+  EXPECT_EQ(Sweep(parts + "--direction -1,0,0").out, Sweep(parts + "--direction=-x").out);
+  EXPECT_EQ(Sweep(parts + "--direction -1,0,0").out, Sweep(parts + "--direction=-1,0,0").out);
+  EXPECT_EQ(Sweep("--direction -z -- " + parts).out, expected);
+}
+
+TEST(GslSweep, OffsetMovesTheMovingBodyFirst) {
+  const json answer = json::parse(Sweep(parts + "--direction -z --offset -0.25,0,5 --json -").out);
+  EXPECT_EQ(answer["travel"], 35.0);
+  EXPECT_EQ(answer["moving"]["point"][2], 35.0);
+  const json still = json::parse(Sweep(parts + "--direction -z --offset=0,0,5 --json -").out);
+  EXPECT_EQ(still["moving"]["point"][2], 35.0);
+}
+
+TEST(GslSweep, NoContactExitsWithOne) {
+  const Outcome run = Sweep(parts + "--direction +z");
+  EXPECT_EQ(run.status, 1);
+  EXPECT_EQ(FirstLine(run.out), "No contact along (0, 0, 1).");
+  EXPECT_EQ(LineCount(run.out), 3u);
+  const Outcome asJson = Sweep(parts + "--direction +z --json -");
+  EXPECT_EQ(asJson.status, 1);
+  const json answer = json::parse(asJson.out);
+  EXPECT_EQ(answer["status"], "none");
+  EXPECT_TRUE(answer["travel"].is_null());
+}
+
+TEST(GslSweep, ContactAtTheStartExitsWithZero) {
+  const Outcome run = Sweep(parts + "--direction -z --offset 0,0,-31 --json -");
+  EXPECT_EQ(run.status, 0);
+  const json answer = json::parse(run.out);
+  EXPECT_EQ(answer["status"], "start");
+  EXPECT_EQ(answer["travel"], 0.0);
+  EXPECT_EQ(answer["moving"]["point"], answer["fixed"]["point"]);
+}
+
+TEST(GslSweep, GreatestDistanceIsClosed) {
+  EXPECT_EQ(Sweep(parts + "--direction -z --max-distance 30").status, 0);
+  const Outcome below = Sweep(parts + "--direction -z --max-distance 29.999999999999996");
+  EXPECT_EQ(below.status, 1);
+  EXPECT_EQ(FirstLine(below.out), "No contact along (0, 0, -1) within 29.999999999999996.");
+}
+
+TEST(GslSweep, OneSidedLeavesOutWhatTurnsAway) {
+  // From inside the plate's middle upwards, only the underside of its top is ahead.
+  const Folder folder;
+  const std::string inner = folder.Write("inner.stl", Box({-1, -1, -1}, {1, 1, 1}));
+  const std::string outer = folder.Write("outer.stl", Box({-9, -9, -9}, {9, 9, 9}));
+  const std::string both = inner + " " + outer + " --direction +z";
+  EXPECT_EQ(Sweep(both).status, 0);
+  EXPECT_EQ(Sweep(both + " --one-sided").status, 1);
+}
+
+TEST(GslSweep, WrongUsageExitsWithTwoAndOneLine) {
+  for (const std::string& arguments : {std::string(),
+                                       bolt + " --direction -z",
+                                       parts,
+                                       parts + "--direction",
+                                       parts + "--direction 0,0,0",
+                                       parts + "--direction x",
+                                       parts + "--direction 1,2",
+                                       parts + "--direction nan,0,1",
+                                       parts + "--direction -z --offset 1,2",
+                                       parts + "--direction -z --offset inf,0,0",
+                                       parts + "--direction -z --max-distance -1",
+                                       parts + "--direction -z --max-distance nan",
+                                       parts + "--direction -z --threads 0",
+                                       parts + "--direction -z --threads -3",
+                                       parts + "--direction -z --threads 1025",
+                                       parts + "--direction -z --threads x",
+                                       parts + "--direction -z --progress sometimes",
+                                       parts + "--direction -z --unknown",
+                                       parts + "third.stl --direction -z",
+                                       parts + "--direction -z --direction -x",
+                                       parts + "--direction -z --json same --output same"}) {
+    const Outcome run = Sweep(arguments);
+    EXPECT_EQ(run.status, 2) << arguments;
+    EXPECT_EQ(run.out, "") << arguments;
+    EXPECT_EQ(LineCount(run.err), 1u) << arguments << "\n" << run.err;
+    EXPECT_EQ(run.err.substr(0, 11), "gsl-sweep: ") << arguments;
+  }
+}
+
+TEST(GslSweep, HelpAndVersionExitWithZero) {
+  EXPECT_EQ(Sweep("--version").out, "gsl-sweep " GSL_VERSION "\n");
+  EXPECT_EQ(Sweep("--version").status, 0);
+  const Outcome help = Sweep("--help");
+  EXPECT_EQ(help.status, 0);
+  for (const char* option : {"--direction", "--offset", "--one-sided", "--max-distance", "--json",
+                             "--output", "--threads", "--progress", "--quiet", "--force"}) {
+    EXPECT_NE(help.out.find(option), std::string::npos) << option;
+  }
+}
+
+TEST(GslSweep, SameBytesForAnyNumberOfThreads) {
+  const std::string question = parts + "--direction 0.1,0.2,-1 --offset 1,2,3 --json - --threads ";
+  const Outcome one = Sweep(question + "1");
+  EXPECT_EQ(one.status, 0);
+  for (const char* threads : {"2", "3", "16"})
+    EXPECT_EQ(Sweep(question + threads).out, one.out);
+}
+
+TEST(GslSweep, LocaleChangesNothing) {
+  const std::string question = parts + "--direction 0.5,0.25,-1 --offset 1.5,0,0";
+  const Outcome plain = Sweep(question);
+  EXPECT_EQ(plain.status, 0);
+  EXPECT_EQ(Shell("LC_ALL=de_DE.UTF-8 $SWEEP " + question).out, plain.out);
+}
+
+TEST(GslSweep, QuietLeavesTheAnswerToTheExitStatus) {
+  const Outcome touching = Sweep(parts + "--direction -z --quiet");
+  EXPECT_EQ(touching.status, 0);
+  EXPECT_EQ(touching.out + touching.err, "");
+  const Outcome apart = Sweep(parts + "--direction +z --quiet");
+  EXPECT_EQ(apart.status, 1);
+  EXPECT_EQ(apart.out + apart.err, "");
+  EXPECT_NE(Sweep(parts + "--direction -z --quiet --json -").out, "");
+  const Outcome failing = Sweep("missing.stl " + bracket + " --direction -z --quiet");
+  EXPECT_EQ(failing.status, 3);
+  EXPECT_EQ(LineCount(failing.err), 1u);
+}
+
+TEST(GslSweep, WarnsOfSizesThatDifferByAUnit) {
+  const Folder folder;
+  const std::string small = folder.Write("small.stl", Box({0, 0, 5}, {1, 1, 6}));
+  const std::string large = folder.Write("large.stl", Box({0, 0, -1000}, {1000, 1000, 0}));
+  const Outcome run = Sweep(small + " " + large + " --direction -z --json -");
+  EXPECT_EQ(run.status, 0);
+  const json answer = json::parse(run.out);
+  EXPECT_EQ(answer["travel"], 5.0);
+  ASSERT_EQ(answer["warnings"].size(), 1u);
+  const auto warning = answer["warnings"][0].get<std::string>();
+  EXPECT_NE(warning.find("1000"), std::string::npos);
+  EXPECT_EQ(run.err, "gsl-sweep: warning: " + warning + "\n");
+  EXPECT_EQ(Sweep(small + " " + large + " --direction -z --quiet").err, "");
+}
+
+TEST(GslSweep, SkipsAndCountsNonFiniteTriangles) {
+  const Folder folder;
+  Mesh mesh = Box({0, 0, 5}, {1, 1, 6});
+  const double nan = std::numeric_limits<double>::quiet_NaN();
+  AddTriangle(mesh, {nan, 0, 0}, {0, 1, 0}, {1, 0, 0});
+  const std::string moving = folder.Write("moving.stl", mesh);
+  const std::string fixed = folder.Write("fixed.stl", Box({0, 0, 0}, {1, 1, 1}));
+  const Outcome run = Sweep(moving + " " + fixed + " --direction -z --json -");
+  EXPECT_EQ(run.status, 0);
+  const json answer = json::parse(run.out);
+  EXPECT_EQ(answer["moving"]["skipped"], 1);
+  EXPECT_EQ(answer["moving"]["triangles"], 13);
+  EXPECT_EQ(answer["warnings"].size(), 1u);
+}
+
+TEST(GslSweep, ProgressStaysOffWhatIsNoTerminal) {
+  for (const char* style : {"auto", "plain", "never"}) {
+    EXPECT_EQ(Sweep(parts + "--direction -z --progress " + style).err, "") << style;
+  }
+}
+
+/// What the program writes when stdout and stderr are a terminal.
+std::string OnTerminal(const std::string& style, const char* terminalName) {
+  int terminal = -1;
+  const pid_t child = forkpty(&terminal, nullptr, nullptr, nullptr);
+  if (child == 0) {
+    setenv("TERM", terminalName, 1);
+    execl(GSL_SWEEP_PROGRAM, "gsl-sweep", bolt.c_str(), bracket.c_str(), "--direction", "-z",
+          "--progress", style.c_str(), static_cast<char*>(nullptr));
+    _exit(127);
+  }
+  std::string seen;
+  char buffer[512];
+  for (ssize_t n = 0; (n = read(terminal, buffer, sizeof buffer)) > 0;) {
+    seen.append(buffer, static_cast<std::size_t>(n));
+  }
+  close(terminal);
+  int status = 0;
+  waitpid(child, &status, 0);
+  EXPECT_EQ(WEXITSTATUS(status), 0);
+  return seen;
+}
+
+TEST(GslSweep, ProgressOnATerminal) {
+  const std::string plain = OnTerminal("plain", "xterm");
+  EXPECT_NE(plain.find("Searching\r\n"), std::string::npos) << plain;
+  EXPECT_EQ(plain.find('\033'), std::string::npos);
+  const std::string rewritten = OnTerminal("auto", "xterm");
+  // Removed again before the answer.
+  EXPECT_NE(rewritten.find("\r\033[KSearching"), std::string::npos) << rewritten;
+  EXPECT_NE(rewritten.find("\r\033[KContact after 30"), std::string::npos) << rewritten;
+  EXPECT_EQ(OnTerminal("auto", "dumb"), plain);
+  EXPECT_EQ(OnTerminal("never", "xterm").substr(0, 16), "Contact after 30");
+}
+
+} // namespace

@@ -1,0 +1,10 @@
+# The committed sample parts are what their script makes.
+file(MAKE_DIRECTORY ${WORK})
+execute_process(COMMAND ${PYTHON} -B ${MESHES}/make_meshes.py ${WORK} COMMAND_ERROR_IS_FATAL ANY)
+foreach(part bolt bracket)
+  file(SHA256 ${MESHES}/${part}.stl committed)
+  file(SHA256 ${WORK}/${part}.stl made)
+  if(NOT committed STREQUAL made)
+    message(FATAL_ERROR "${part}.stl is not what make_meshes.py makes")
+  endif()
+endforeach()
