@@ -4,10 +4,17 @@
 #include "gsl_Export.h"
 
 /// Two bounds; nothing requires that lower <= upper.
+///
+/// Units      whatever the caller's are.
+/// Errors     none thrown, none printed.
 class GSL_API gsl_Interval {
 public:
   double lower;
   double upper;
+
+  /// Bounds not set; gsl_Interval{} is [0, 0].
+  gsl_Interval() = default;
+  gsl_Interval(double lowerBound, double upperBound) : lower(lowerBound), upper(upperBound) {}
 
   /// (1 - t) * lower + t * upper; t outside [0, 1] extrapolates.
   double Interpolate(double t) const { return (1.0 - t) * lower + t * upper; }

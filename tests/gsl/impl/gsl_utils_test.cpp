@@ -569,6 +569,19 @@ TEST(GslInterval, IsTwoDoublesLowerFirst) {
   EXPECT_TRUE(std::is_trivially_copyable<gsl_Interval>::value);
 }
 
+TEST(GslInterval, BoundsAreGivenInBracesOrInParentheses) {
+  const gsl_Interval braces{2.0, 6.0};
+  const gsl_Interval copied = {2.0, 6.0};
+  const gsl_Interval parentheses(2.0, 6.0);
+  for (const gsl_Interval& i : {braces, copied, parentheses}) {
+    EXPECT_EQ(i.lower, 2.0);
+    EXPECT_EQ(i.upper, 6.0);
+  }
+  const gsl_Interval zero{};
+  EXPECT_EQ(zero.lower, 0.0);
+  EXPECT_EQ(zero.upper, 0.0);
+}
+
 TEST(GslInterval, InterpolatesWithoutClamping) {
   const gsl_Interval i{2.0, 6.0};
   EXPECT_EQ(i.Interpolate(0.0), 2.0);
