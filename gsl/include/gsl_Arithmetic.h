@@ -52,6 +52,10 @@ inline double Length(const Coord3& a) {
 struct Measured3 {
   Coord3 c;
   double magnitude;
+
+  Measured3() = default;
+  // Not an aggregate: three numbers in braces, as in gsl_Vector({1, 2, 3}), must not mean this.
+  constexpr Measured3(const Coord3& components, double length) : c(components), magnitude(length) {}
 };
 
 inline Measured3 Measure(const Coord3& c) {

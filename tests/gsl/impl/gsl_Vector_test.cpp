@@ -62,6 +62,13 @@ TEST(GslVector, ComponentsGiveTheMagnitude) {
   EXPECT_EQ(gsl_Vector(0.0, 0.0, 0.0).magnitude, 0.0);
 }
 
+TEST(GslVector, ComponentsMayStandInBraces) {
+  const gsl_Vector v({2.0, -3.0, 6.0});
+  EXPECT_XYZ(v, 2.0, -3.0, 6.0);
+  EXPECT_EQ(v.magnitude, 7.0);
+  EXPECT_EQ(v.DotProduct({1.0, 1.0, 1.0}), 5.0);
+}
+
 TEST(GslVector, TwoPointsGiveTheSecondLessTheFirst) {
   const gsl_Vector v(gsl_Point(1.0, 2.0, 3.0), gsl_Point(2.0, 4.0, 1.0));
   EXPECT_XYZ(v, 1.0, 2.0, -2.0);
