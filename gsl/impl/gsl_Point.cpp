@@ -36,6 +36,8 @@ double gsl_Point::GetDistance(const gsl_Plane& plane) const {
 }
 
 double gsl_Point::GetDistance(const gsl_Plane& plane, const gsl_Vector& dir) const {
+  // orthogonality-is-evaluated-and-its-answer-ignored
+  static_cast<void>(dir.IsOrthogonal(plane.Direction()));
   // along-a-direction-in-the-plane-is-unguarded: the size or the sign is the caller's to test.
   return gsl_kernel::PlaneDistanceAlong(Coords(), PlaneOf(plane), dir.Measured());
 }

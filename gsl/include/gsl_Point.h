@@ -98,8 +98,9 @@ public:
   double GetDistance(const gsl_Plane& plane) const;
 
   /// Distance to the plane measured along `dir`: GetDistance(plane) * |dir| * |n| / (dir . n).
-  /// Deliberately negative when `dir` points against the normal, and unguarded: infinite or NaN for
-  /// a `dir` parallel to the plane.
+  /// Deliberately negative when `dir` points against the normal, and unguarded: whether `dir` is
+  /// orthogonal to the normal is evaluated and ignored, and for one that is the result is infinite
+  /// or NaN.
   double GetDistance(const gsl_Plane& plane, const gsl_Vector& dir) const;
 
   /// Distance to the segment; `closest` becomes the nearest point. Where that is an end point it

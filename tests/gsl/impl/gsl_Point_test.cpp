@@ -284,6 +284,22 @@ TEST(GslPointDistance, AlongADirectionInThePlaneIsUnguarded) {
               6e12, 1.0);
 }
 
+TEST(GslPointDistance, OrthogonalityIsEvaluatedAndItsAnswerIgnored) {
+  const SettingsGuard settings;
+  const gsl_Plane plane(gsl_Point(0.0, 0.0, 0.0), gsl_Vector(0.0, 0.0, 1.0));
+  const gsl_Point p(0.0, 0.0, 6.0);
+  const gsl_Vector slanted(3.0, 0.0, 4.0);
+  // Everything is orthogonal, and nothing is: the distance is the same.
+  settings->cosineTolerance = 10.0;
+  EXPECT_EQ(p.GetDistance(plane, slanted), 7.5);
+  settings->cosineTolerance = -1.0;
+  EXPECT_EQ(p.GetDistance(plane, slanted), 7.5);
+  // The test reads the settings, and so makes them.
+  omi_Singleton<gsl_Util>::Destroy();
+  EXPECT_EQ(p.GetDistance(plane, slanted), 7.5);
+  EXPECT_TRUE(omi_Singleton<gsl_Util>::Exists());
+}
+
 TEST(GslPointDistance, ToASegmentIsToTheFootWithinTheSpan) {
   const gsl_Segment segment(gsl_Point(0.0, 0.0, 0.0), gsl_Point(4.0, 0.0, 0.0));
   OutPoint out;
