@@ -642,6 +642,13 @@ TEST(GslVectorAngleWith, ReferenceDecidesTheWayRound) {
               1e-15);
 }
 
+TEST(GslVectorAngleWith, AnAngleOfZeroTheOtherWayRoundIsTwoPi) {
+  // The cosine rounds to 1, but the cross product is not zero and points down.
+  const gsl_Vector x(1.0, 0.0, 0.0), below(1.0, -1e-9, 0.0), up(0.0, 0.0, 1.0);
+  EXPECT_EQ(x.AngleWith(below, false), 0.0);
+  EXPECT_EQ(x.AngleWith(below, false, up), 6.283185307179586);
+}
+
 TEST(GslVectorAngleWith, AZeroTripleProductKeepsTheAngle) {
   const gsl_Vector x(1.0, 0.0, 0.0), y(0.0, 1.0, 0.0);
   EXPECT_EQ(x.AngleWith(y, false, gsl_Vector(1.0, 1.0, 0.0)), kPi / 2);
