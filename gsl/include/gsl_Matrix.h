@@ -10,6 +10,7 @@
 ///
 /// Layout     m[row][column]; the upper left 3x3 block rotates, column 3 translates, row 3 is
 ///            (0, 0, 0, 1).
+/// Units      translation in model units, angles in radians.
 /// Flag       isIdentity is 1 (is), 0 (is not) or -1 (not known); setters and products make it -1,
 ///            IsIdentity() settles it.
 /// Threads    IsIdentity() const writes the flag, and the entries when it snaps them: a matrix with
@@ -23,6 +24,7 @@ public:
   /// The identity.
   gsl_Matrix() { FillIdentity(); }
 
+  /// Every entry exact, and the flag 1.
   void FillIdentity();
 
   /// The same object, or no entry differs by more than 0.001 (closed; NaN agrees). Fixed,
@@ -35,13 +37,15 @@ public:
   /// Rotates v in place, without translation; its magnitude is computed anew.
   void Transform(gsl_Vector& v) const;
 
-  /// this = o x this: transforming by the result is transforming by the old this, then by o.
+  /// this = o x this, in full: transforming by the result is transforming by the old this, then by
+  /// o, which may be this matrix.
   void Concatenate(const gsl_Matrix& o);
 
-  /// Whether rows 0 to 2 equal the identity's within 1e-5 (closed). On true the entries are set to
-  /// the exact identity. Looks at the entries only when the flag is -1.
+  /// Whether rows 0 to 2 equal the identity's within 1e-5 (closed; NaN does not). On true all
+  /// entries are set to the exact identity. Looks at the entries only when the flag is -1.
   bool IsIdentity() const;
 
+  /// m[0..2][3].
   void SetTranslation(const gsl_Vector& t);
   void GetTranslation(gsl_Vector& t) const;
 
@@ -53,22 +57,28 @@ public:
   /// checked for orthogonality. Translation and row 3 stay.
   void SetRotationVectors(const gsl_Vector& X, const gsl_Vector& Y, const gsl_Vector& Z);
 
-  /// Angles in radians with rotation = Rz(c) Ry(b) Rx(a). Where b is within about 2e-6 of +-pi/2, c
-  /// is set to 0.
+  /// Angles with rotation = Rz(c) Ry(b) Rx(a): about the fixed X axis by a first, then Y, then Z.
+  ///
+  /// In gimbal lock, where cos b is at most 2^-19, c is set to 0.
+  /// Method     K. Shoemake, Euler Angle Conversion, Graphics Gems IV (1994).
   void GetRotationAngles(double& a, double& b, double& c) const;
 
   /// The inverse of a rigid matrix; one whose flag is 1 gives the identity unseen.
   gsl_Matrix InverseRigidTransform() const;
 
   /// Becomes the rotation by `angle` (radians, right-handed) about the line through p along `axis`;
-  /// the identity when linearTolerance > |axis|.
+  /// the identity, flag 1, when linearTolerance > |axis|. By Rodrigues' formula.
   void AxisRotation(const gsl_Point& p, const gsl_Vector& axis, double angle);
 
   /// Axis and angle (in [0, 2 pi]) of the rotation, through a quaternion deliberately held in
   /// single precision. The zero vector when the angle is at most cosineTolerance. p is the
-  /// translation, with a fresh uid: not a point on the axis.
+  /// translation, with a fresh uid: not a point on the axis. For NaN in the
+  /// rotation the angle is NaN and the axis zero.
+  ///
+  /// Method     K. Shoemake, Polar Matrix Decomposition, Graphics Gems IV (1994).
   void GetAxisRotation(gsl_Point& p, gsl_Vector& axis, double& angle) const;
 
+  /// The sixteen entries, row by row.
   void AsArray(double (*const out)[4]) const;
 
   /// Images of the origin and of the coordinate axes.

@@ -13,9 +13,10 @@ struct gsl_RecordLayout;
 
 /// Datum plane: a point, a normal kept exactly as supplied, and how it was made.
 ///
+/// Units     model units.
 /// Flip      stored, copied and persisted only; no operation applies it to the normal.
 /// Identity  a constructor other than the copies allocates a fresh uid; a copy keeps its source's.
-/// Errors    none; a zero normal is accepted, and queries that divide by it say what they give.
+/// Errors    none; a zero or NaN normal is accepted; queries that divide by it say what they give.
 class GSL_API gsl_Plane {
 public:
   /// The plane x = 0: through the origin with normal (1, 0, 0).

@@ -111,7 +111,7 @@ public:
   /// Distance to the triangle. NaN for one without a normal.
   double GetDistance(const gsl_Point& p1, const gsl_Point& p2, const gsl_Point& p3) const;
 
-  /// linearTolerance > distance.
+  /// linearTolerance > distance. Never for NaN, nor for a zero normal or direction.
   bool IsOn(const gsl_Plane& plane) const;
   bool IsOn(const gsl_StLine& line) const;
   bool IsOn(const gsl_Point& o) const;

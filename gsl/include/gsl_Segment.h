@@ -11,6 +11,7 @@ struct gsl_RecordLayout;
 
 /// Straight segment between two points.
 ///
+/// Units      model units.
 /// Tolerance  gsl_Util::linearTolerance, read at the call.
 /// Identity   holds copies of its end points with their uids; its own uid is fresh from a
 ///            constructor and the source's from a copy or an assignment.
@@ -36,7 +37,8 @@ public:
 
   static constexpr unsigned int TypeId() { return 0x030A0008u; }
 
-  /// Crossing with a line; `out` is the closest point on this segment's line.
+  /// Crossing with a line; `out` is the closest point on this segment's line, with a fresh
+  /// identity.
   ///
   /// False with `out` unwritten when linearTolerance > Length() or the lines are skew or parallel;
   /// false with `out` written when the crossing is more than linearTolerance beyond an end
@@ -51,7 +53,8 @@ public:
   /// Length() is the distance.
   ///
   /// End points keep their uids, computed points have fresh ones (one for both where the segments
-  /// cross). Segments 1e10 or farther apart leave `connection` alone; it may be either segment.
+  /// cross). Segments 1e10 or farther apart, and NaN, leave `connection` alone; it may be either
+  /// segment. Seen from the other's ends, one shorter than linearTolerance is its first point.
   void GetDistance(const gsl_Segment& other, gsl_Segment& connection) const;
 
 private:

@@ -16,6 +16,7 @@ struct gsl_RecordLayout;
 /// Datum axis: an infinite line through a point, its direction kept exactly as supplied, and how it
 /// was made.
 ///
+/// Units      model units.
 /// Flip       stored, copied and persisted only.
 /// Tolerance  gsl_Util fields, read at the call.
 /// Identity   a constructor other than the copies allocates a fresh uid; a copy keeps its source's.
@@ -69,8 +70,9 @@ public:
 
   static constexpr unsigned int TypeId() { return 0x030A0006u; }
 
-  /// Crossing with the plane, as gsl_Point::RayIntersect from PointOn() along Direction(): on false
-  /// `out` holds the line's point.
+  /// Crossing with the plane, as gsl_Point::RayIntersect from PointOn() along Direction(): on
+  /// false, and for a point on the plane, `out` holds the line's point, identity included; a
+  /// computed point has a fresh one.
   bool Intersect(const gsl_Plane& plane, gsl_Point& out) const;
 
   /// Crossing with another line.
@@ -79,6 +81,10 @@ public:
   /// point on this line, `dist` the gap that is left. False for skew lines, with nothing written;
   /// false for parallel lines (unit components within 1e-5, either sense; tested after skew), with
   /// `dist` the distance of this line's point to the other and `out` unwritten.
+  ///
+  /// Degenerate a line without a direction crosses every line that has one; two are parallel, with
+  ///            `dist` NaN. A line with a NaN direction is parallel to every other.
+  /// Identity   `out` has a fresh one.
   bool Intersect(const gsl_StLine& other, gsl_Point& out, double& dist) const;
 
 private:

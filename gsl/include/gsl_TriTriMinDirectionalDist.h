@@ -18,6 +18,10 @@
 ///            direction and a contact was found, contacts[1] is always recomputed from contacts[0].
 /// Untouched  everything, for a degenerate triangle, a refused orientation, a B behind A or out of
 ///            reach, and edge-on triangles in separate planes.
+/// Degenerate a triangle collinear within cosineTolerance is refused; a `direction` shorter than
+///            linearTolerance acts as the zero vector, along which nothing improves.
+/// NaN        `distance` never becomes NaN, and one that is stays. A vertex of NaN is not refused:
+///            the others of its triangle can still improve the distance.
 /// Tolerance  gsl_Util linearTolerance and cosineTolerance, read once.
 /// Limits     distances are unsigned, and of two triangles that are both edge-on vertex i is tried
 ///            against edge i only: docs/triangle-sweep.md.

@@ -38,7 +38,7 @@ public:
   /// Unit normal of three points, right-handed over p1, p2, p3; (0, 0, 0) with magnitude 0 when
   /// cosineTolerance * |p1p2| * |p2p3| >= |p1p2 x p2p3| (closed), that is for collinear or
   /// coincident points. The magnitude is that of a scaling, so it may differ from 1 in the last
-  /// place.
+  /// place. A NaN coordinate gives NaN.
   gsl_Vector(const gsl_Point& p1, const gsl_Point& p2, const gsl_Point& p3);
 
   /// A vector whose length is known already; it is not checked.
@@ -106,13 +106,13 @@ public:
   }
 
   /// Collinear in either sense: cosineTolerance * |this| * |o| > |this x o|. Never for a zero
-  /// vector.
+  /// vector or NaN.
   bool IsOn(const gsl_Vector& o) const {
     return gsl_arithmetic::IsOn(Measured(), o.Measured(),
                                 omi_Singleton<gsl_Util>::Instance().cosineTolerance);
   }
 
-  /// cosineTolerance * |this| * |o| > |this . o|. Never for a zero vector.
+  /// cosineTolerance * |this| * |o| > |this . o|. Never for a zero vector or NaN.
   bool IsOrthogonal(const gsl_Vector& o) const {
     return gsl_arithmetic::IsOrthogonal(Measured(), o.Measured(),
                                         omi_Singleton<gsl_Util>::Instance().cosineTolerance);
@@ -150,8 +150,9 @@ public:
   /// magnitude at most linearTolerance makes it pi / 2.
   double AngleWith(const gsl_Vector& o, bool unitVectors) const;
 
-  /// Angle in [0, 2 pi): the unsigned angle, taken the other way round when
-  /// (this x o) . reference < 0.
+  /// Angle from 0 to 2 pi: the unsigned angle, taken the other way round when
+  /// (this x o) . reference < 0. That of vectors so close that their angle rounds to 0 is then 2 pi
+  /// itself.
   double AngleWith(const gsl_Vector& o, bool unitVectors, const gsl_Vector& reference) const;
 
   /// Applies the 3x3 block of m in place; no translation.

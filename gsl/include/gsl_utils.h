@@ -13,18 +13,21 @@
 
 /// Tolerant comparison and rounding of reals. All functions are pure and none looks at gsl_Util.
 ///
-/// The comparisons use d = b - a. Bands are closed: a difference of exactly the tolerance is equal.
-/// A NaN makes every test of a band fail to reject, so NaN compares equal to anything; hosts rely
-/// on it.
+/// Units      those of the numbers compared; a relative tolerance is a fraction.
+/// Tolerance  the comparisons use d = b - a. Bands are closed: exactly the tolerance is equal.
+/// NaN        makes every test of a band fail to reject, so it compares equal to anything; hosts
+///            rely on it.
+/// Errors     gsl_Truncate alone throws.
 
-/// -tol <= b - a <= tol.
+/// -tol <= b - a <= tol; a negative tol accepts nothing but NaN.
 GSL_API bool gsl_RealEqual(double a, double b, double tol);
 
 /// gsl_RealEqual with the band max(|a| * tol, tol). The band follows the first argument only, so
-/// the function is not symmetric.
+/// the function is not symmetric. An infinite `a` has an infinite band: everything is equal to it.
 GSL_API bool gsl_RealRelEqual(double a, double b, double tol);
 
-/// gsl_RealEqual for the first n elements; true for n <= 0.
+/// gsl_RealEqual for the first n elements, up to the first that differs. True for n <= 0, when
+/// neither array is looked at.
 GSL_API bool gsl_RealArrEqual(int n, const double* a, const double* b, double tol);
 
 /// Equality of the leading `digits` significant digits.

@@ -718,6 +718,22 @@ TEST(GslMatrixGetAxisRotation, AxisNeedsAnAngleStrictlyAboveTheCosineTolerance) 
   EXPECT_XYZ(AxisAngle(m).axis, 0.0, 0.0, 1.0);
 }
 
+TEST(GslMatrixGetAxisRotation, NaNInTheRotationGivesNoAngleAndTheZeroAxis) {
+  for (int entry = 0; entry < 9; ++entry) {
+    gsl_Matrix m;
+    m.SetTranslation(gsl_Vector(1.0, 2.0, 3.0));
+    m.m[entry / 3][entry % 3] = kNaN;
+    gsl_Point p;
+    gsl_Vector axis(kSentinel, kSentinel, kSentinel);
+    double angle = kSentinel;
+    m.GetAxisRotation(p, axis, angle);
+    EXPECT_TRUE(std::isnan(angle));
+    EXPECT_XYZ(axis, 0.0, 0.0, 0.0);
+    EXPECT_EQ(axis.magnitude, 0.0);
+    EXPECT_XYZ(p, 1.0, 2.0, 3.0);
+  }
+}
+
 TEST(GslMatrixGetAxisRotation, PointIsTheTranslationNotAPointOnTheAxis) {
   gsl_Matrix m;
   m.AxisRotation(gsl_Point(5.0, 0.0, 0.0), gsl_Vector(0.0, 0.0, 1.0), kPi);

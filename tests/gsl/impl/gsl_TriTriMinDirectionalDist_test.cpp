@@ -788,7 +788,17 @@ TEST(GslTriTriMinDirectionalDist, NaNReachIsNeverImproved) {
   EXPECT_TRUE(IsAt(sweep.contacts[1], sweep.before[0].x, sweep.before[0].y, 2.0));
 }
 
-TEST(GslTriTriMinDirectionalDist, NaNInputNeverImproves) {
+TEST(GslTriTriMinDirectionalDist, VertexOfNaNIsNotRefused) {
+  // Its triangle has no plane that rejects anything: the two other vertices are tried.
+  Triangle a = Up(0.0);
+  a.p[2][0] = kNaN;
+  Sweep sweep(7.0);
+  EXPECT_TRUE(sweep.EitherSide().Run(a, WideDown(2.0)));
+  EXPECT_EQ(sweep.distance, 2.0);
+  EXPECT_TRUE(IsAt(sweep.contacts[0], a.p[0][0], a.p[0][1], a.p[0][2]));
+}
+
+TEST(GslTriTriMinDirectionalDist, OddNumbersNeverMakeTheDistanceNaN) {
   for (unsigned int i = 0; i < 9; ++i) {
     for (const double odd : {kNaN, kInfinity, -kInfinity}) {
       Triangle a = Up(0.0);
