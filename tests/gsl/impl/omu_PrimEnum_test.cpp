@@ -5,12 +5,28 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <utility>
 #include <vector>
 
+/// An enumeration of a host, whose table repeats a value and a name and has a row behind its end.
+enum HostMethod : std::int32_t { HOST_FACE = 40, HOST_TWICE = 7, HOST_AGAIN = 8, HOST_BEHIND = 9 };
+
+template <>
+struct omu_PrimEnumTable<HostMethod> {
+  static const omu_PrimEnumEntry* Entries() {
+    static constexpr omu_PrimEnumEntry rows[] = {{"FROM_FACE", HOST_FACE}, {"FIRST", HOST_TWICE},
+                                                 {"SECOND", HOST_TWICE},   {"FIRST", HOST_AGAIN},
+                                                 {nullptr, HOST_BEHIND},   {"BEHIND", HOST_BEHIND}};
+    return rows;
+  }
+};
+
 namespace {
+
+using Host = omu_PrimEnum<HostMethod, 1>;
 
 using Dot = omu_PrimEnum<gsl_DotMethod, 1>;
 using Dir = omu_PrimEnum<gsl_DirMethod, 1>;
@@ -140,6 +156,24 @@ TEST(OmuPrimEnum, FirstValueIsZero) {
   EXPECT_EQ(static_cast<int>(Line::Value(0)), 0);
 }
 
+TEST(OmuPrimEnum, AddsNoDataToItsBase) {
+  EXPECT_EQ(sizeof(Dot), sizeof(omu_PrimEnumBase));
+  EXPECT_EQ(sizeof(gsl_DotMethod), 4u);
+  EXPECT_EQ(sizeof(gsl_DirMethod), 4u);
+  EXPECT_EQ(sizeof(gsl_LineMethod), 4u);
+}
+
+TEST(OmuPrimEnum, LookupsTakeTheFirstMatchAndEndAtTheNullRow) {
+  EXPECT_EQ(Host(HOST_TWICE).AsString(), cow_String("FIRST"));
+  EXPECT_EQ(Host(cow_String("FIRST")).GetValue(), HOST_TWICE);
+  // The value of the null row is no value, and what stands behind it is no row.
+  EXPECT_EQ(Host(cow_String("SECOND")).GetValue(), HOST_TWICE);
+  EXPECT_THROW(Host(cow_String("BEHIND")), omu_ValueErrorException);
+  Host prim(HOST_FACE);
+  EXPECT_FALSE(prim.SetValue(HOST_BEHIND));
+  EXPECT_EQ(prim.AsString(), cow_String("FROM_FACE"));
+}
+
 TEST(OmuPrimEnum, UnknownValueThrowsWithValueAndPermissibleNames) {
   EXPECT_EQ(Dot(gsl_DotMethod(12)).AsString(), cow_String("gsl_FROM_DATUM_CSYS_ORIGIN"));
   const auto e = Thrown([] { Dot bad(gsl_DotMethod(13)); });
@@ -165,6 +199,9 @@ TEST(OmuPrimEnum, UnknownTextThrowsWithTextAndPermissibleNames) {
               "omu_PrimEnum(const cow_String&) - str not allowed: FROM_POINT  Permissible: " +
                   kPermissibleDir,
               81);
+  // The names of another table are no better.
+  EXPECT_THROW(Dir(cow_String("gsl_FROM_POINT")), omu_ValueErrorException);
+  EXPECT_THROW(Dot(cow_String("FROM_POINT")), omu_ValueErrorException);
 }
 
 TEST(OmuPrimEnum, EmptyTextThrowsWithEmptyArgument) {
@@ -183,6 +220,8 @@ TEST(OmuPrimEnum, FromAnotherPrimitiveGoesByItsName) {
   const Line line(FROM_PNT_PNT);
   const omu_PrimEnumBase& base = line;
   EXPECT_EQ(Line(base).GetValue(), FROM_PNT_PNT);
+  // Another enumeration and another value: the name alone counts.
+  EXPECT_EQ(Dir(Host(HOST_FACE)).GetValue(), FROM_FACE);
 }
 
 TEST(OmuPrimEnum, ForeignPrimitiveThrowsWithoutPermissibleNames) {
