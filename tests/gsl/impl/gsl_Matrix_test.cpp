@@ -588,6 +588,17 @@ TEST(GslMatrixAxisRotation, AShortAxisLeavesTheIdentityStrictly) {
   EXPECT_NEAR(m.m[0][0], std::cos(1.0), 1e-15);
 }
 
+TEST(GslMatrixAxisRotation, ReadsTheToleranceAtOnce) {
+  const SettingsGuard settings;
+  gsl_Matrix m;
+  settings->linearTolerance = Above(2.0);
+  m.AxisRotation(gsl_Point(), gsl_Vector(0.0, 0.0, 2.0), 1.0);
+  EXPECT_EQ(m.isIdentity, 1);
+  settings->linearTolerance = 2.0;
+  m.AxisRotation(gsl_Point(), gsl_Vector(0.0, 0.0, 2.0), 1.0);
+  EXPECT_EQ(m.isIdentity, -1);
+}
+
 TEST(GslMatrixAxisRotation, LeavesTheCallersAxis) {
   const gsl_Vector axis(0.0, 0.0, 5.0);
   gsl_Matrix m;

@@ -473,6 +473,23 @@ TEST(GslPointProjectOn, APlaneGivesTheFoot) {
   EXPECT_NE(foot.uid, p.uid);
 }
 
+TEST(GslPointProjectOn, ReadsTheToleranceAtOnce) {
+  const SettingsGuard settings;
+  const gsl_Point p(3.0, 4.0, 5.0);
+  const gsl_StLine line(gsl_Point(1.0, 0.0, 0.0), gsl_Vector(2.0, 0.0, 0.0));
+  const gsl_Plane plane(gsl_Point(0.0, 0.0, 1.0), gsl_Vector(0.0, 0.0, 2.0));
+  double t = kSentinel;
+  // A direction and a normal of length 2 are too short, or just long enough.
+  settings->linearTolerance = Above(2.0);
+  EXPECT_XYZ(p.ProjectOn(line, t), 1.0, 0.0, 0.0);
+  EXPECT_EQ(t, 0.0);
+  EXPECT_XYZ(p.ProjectOn(plane), 3.0, 4.0, 5.0);
+  settings->linearTolerance = 2.0;
+  EXPECT_XYZ(p.ProjectOn(line, t), 3.0, 0.0, 0.0);
+  EXPECT_EQ(t, 2.0);
+  EXPECT_XYZ(p.ProjectOn(plane), 3.0, 4.0, 1.0);
+}
+
 TEST(GslPointProjectOn, ASegmentGivesTheFootAndItsFraction) {
   const gsl_Segment segment(gsl_Point(2.0, 0.0, 0.0), gsl_Point(6.0, 0.0, 0.0));
   OutPoint out;
@@ -817,6 +834,24 @@ TEST(GslPointRayIntersect, APlaneWithoutANormalSucceedsWithNaN) {
   gsl_Point out;
   EXPECT_TRUE(gsl_Point(1.0, 2.0, 3.0).RayIntersect(gsl_Vector(1.0, 0.0, 0.0), none, out));
   EXPECT_TRUE(std::isnan(out.x));
+}
+
+TEST(GslPointRayIntersect, ReadsTheTolerancesAtOnce) {
+  const SettingsGuard settings;
+  const gsl_Point p(1.0, 1.0, 4.0);
+  const gsl_Vector slanted(3.0, 0.0, -4.0);
+  OutPoint out;
+  EXPECT_TRUE(p.RayIntersect(slanted, GroundPlane(), out.p));
+  EXPECT_XYZ(out.p, 4.0, 1.0, 0.0);
+  // The cosine is 0.8.
+  settings->cosineTolerance = 0.9;
+  EXPECT_FALSE(p.RayIntersect(slanted, GroundPlane(), out.p));
+  // The distance is 4, and the length of the direction 5.
+  settings->linearTolerance = Above(4.0);
+  EXPECT_TRUE(p.RayIntersect(slanted, GroundPlane(), out.p));
+  EXPECT_EQ(out.p.uid, p.uid);
+  settings->linearTolerance = Above(5.0);
+  EXPECT_FALSE(p.RayIntersect(slanted, GroundPlane(), out.p));
 }
 
 TEST(GslPointRayIntersect, OriginMayTakeTheResult) {

@@ -290,6 +290,15 @@ TEST(GslVector, NormalizedCopyMultipliesByTheReciprocal) {
   EXPECT_XYZ(v, 3.0, 4.0, 5.0);
 }
 
+TEST(GslVector, NormalizedCopyReadsTheToleranceAtOnce) {
+  const SettingsGuard settings;
+  const gsl_Vector v(0.0, 0.0, 2.0);
+  settings->linearTolerance = Above(2.0);
+  EXPECT_XYZ(v.NormalizedCopy(), 0.0, 0.0, 0.0);
+  settings->linearTolerance = 2.0;
+  EXPECT_XYZ(v.NormalizedCopy(), 0.0, 0.0, 1.0);
+}
+
 TEST(GslVector, NormalizedCopyOfAShortVectorIsTheZeroVector) {
   const double tol = omi_Singleton<gsl_Util>::Instance().linearTolerance;
   const gsl_Vector none = gsl_Vector(0.0, Below(tol), 0.0).NormalizedCopy();
@@ -560,6 +569,19 @@ TEST(GslVectorAngleBetween, ShortArgumentsFailAndLeaveTheAngle) {
   EXPECT_EQ(angle, kSentinel);
   EXPECT_TRUE(z.AngleBetween(gsl_Vector(tol, 0.0, 0.0), gsl_Vector(0.0, tol, 0.0), angle));
   EXPECT_EQ(angle, kPi / 2);
+}
+
+TEST(GslVectorAngleBetween, ReadsTheToleranceAtOnce) {
+  const SettingsGuard settings;
+  const gsl_Vector axis(0.0, 0.0, 1.0), x(1.0, 0.0, 0.0), raised(0.0, 0.6, 0.8);
+  double angle = kSentinel;
+  EXPECT_FALSE(axis.AngleBetween(x, raised, angle)) << "0.8 apart along the axis";
+  settings->linearTolerance = 0.9;
+  EXPECT_TRUE(axis.AngleBetween(x, raised, angle));
+  settings->linearTolerance = Above(1.0);
+  angle = kSentinel;
+  EXPECT_FALSE(axis.AngleBetween(x, raised, angle)) << "the vectors are short";
+  EXPECT_EQ(angle, kSentinel);
 }
 
 TEST(GslVectorAngleBetween, FailedNormalisationsAreIgnored) {
