@@ -1,6 +1,9 @@
 #include "ContractionCanary.h"
 #include "Numbers.h"
+#include "TextbookLu.h"
+#include "gsl_DepthFirstSearch.h"
 #include "gsl_EntityPredicates.h"
+#include "gsl_LinearEqnLUDSolver.h"
 #include "gsl_Matrix.h"
 #include "gsl_Plane.h"
 #include "gsl_Point.h"
@@ -14,7 +17,10 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstddef>
 #include <cstdint>
+#include <memory>
+#include <vector>
 
 /// The bits of every result that is made of + - * / sqrt and floor alone, one number per family.
 ///
@@ -344,6 +350,70 @@ void HashTriangleSweep(Hasher& h, Corpus& c) {
   h.Add(contacts[1]);
 }
 
+/// Small systems, now and then one that is large enough for blocks: with ties, dependent columns,
+/// zero rows, and whatever the corpus has.
+SquareMatrix System(Corpus& c) {
+  const int n = c.Below(40) == 0 ? 17 + c.Below(80) : 1 + c.Below(12);
+  const int kind = c.Below(8);
+  SquareMatrix a(n);
+  for (int i = 0; i < n; ++i) {
+    for (int j = 0; j < n; ++j)
+      a.At(i, j) = kind < 3 ? c.Below(5) - 2.0 : c.Number();
+  }
+  const int last = n - 1;
+  const int other = c.Below(n);
+  for (int k = 0; k < n; ++k) {
+    if (kind == 3) a.At(last, k) = a.At(other, k) * 3.0;
+    if (kind == 4) a.At(k, last) = a.At(k, other) * 3.0;
+    if (kind == 5 && n > 2) a.At(other, k) = c.Below(2) == 0 ? 0.0 : 1e-17;
+  }
+  return a;
+}
+
+void HashSolver(Hasher& h, Corpus& c) {
+  SquareMatrix a = System(c);
+  const std::size_t n = static_cast<std::size_t>(a.Size());
+  gsl_LinearEqnLUDSolver solver;
+  solver.SetMatrix(a.Rows(), static_cast<unsigned int>(a.Size()));
+  for (int side = 0; side < 2; ++side) {
+    std::vector<double> b(n);
+    for (double& entry : b)
+      entry = c.Number();
+    std::vector<double> x(n, kSentinel);
+    h.Add(solver.Solve(b.data(), x.data()));
+    for (const double entry : x)
+      h.Add(entry);
+  }
+  for (const double entry : a.Data())
+    h.Add(entry);
+  h.Add(static_cast<double>(solver.Parity()));
+  h.Add(solver.IsSingular());
+  h.Add(solver.IsDecomposed());
+  for (std::size_t j = 0; solver.IsDecomposed() && j < n; ++j)
+    h.Add(static_cast<double>(solver.Pivots()[j]));
+}
+
+/// From no edges at all to twice as many as vertices, in one direction or in both.
+void HashLabelling(Hasher& h, Corpus& c) {
+  const int n = c.Below(40) == 0 ? 60 + c.Below(300) : c.Below(20);
+  const std::size_t size = static_cast<std::size_t>(n);
+  const std::unique_ptr<bool[]> adjacency(new bool[size * size + 1]());
+  const bool symmetric = c.Below(2) == 0;
+  const int edges = n == 0 ? 0 : c.Below(2 * n);
+  for (int k = 0; k < edges; ++k) {
+    const std::size_t v = static_cast<std::size_t>(c.Below(n));
+    const std::size_t u = static_cast<std::size_t>(c.Below(n));
+    adjacency[v * size + u] = true;
+    if (symmetric) adjacency[u * size + v] = true;
+  }
+  std::vector<int> labels(size + 1, -77);
+  int count = -77;
+  gsl_DepthFirstSearch(adjacency.get(), n, labels.data(), count);
+  h.Add(static_cast<double>(count));
+  for (const int label : labels)
+    h.Add(static_cast<double>(label));
+}
+
 struct Family {
   const char* name;
   void (*hash)(Hasher&, Corpus&);
@@ -359,6 +429,8 @@ constexpr Family kFamilies[] = {
     {"lines and planes", HashLinesAndPlanes, 5, 0x669032e79cfef9af},
     {"segment", HashSegment, 6, 0xcb6e2cbf805b0575},
     {"triangle sweep", HashTriangleSweep, 7, 0xe5e361c5e264a5d7},
+    {"linear solver", HashSolver, 16, 0x6d39e47e676fae65},
+    {"labelling", HashLabelling, 54, 0x36142e977c96fd00},
 };
 
 } // namespace
@@ -394,6 +466,28 @@ TEST(Golden, CorpusReachesTheBranches) {
   }
   EXPECT_GT(crossings, 100);
   EXPECT_GT(contacts, 1000);
+}
+
+TEST(Golden, SystemsAreSolvedRefusedExchangedAndFloored) {
+  Corpus corpus(8);
+  int refused = 0, exchanged = 0, floored = 0, blocked = 0;
+  for (int round = 0; round < kRounds; ++round) {
+    corpus.NextKind();
+    SquareMatrix a = System(corpus);
+    TextbookLu textbook(a.Rows(), a.Size());
+    if (!textbook.Decompose()) {
+      ++refused;
+      continue;
+    }
+    exchanged += textbook.Parity() < 0;
+    blocked += a.Size() > 16;
+    for (int i = 0; i < a.Size(); ++i)
+      floored += a.At(i, i) == 1e-16;
+  }
+  EXPECT_GT(refused, 500);
+  EXPECT_GT(exchanged, 1000);
+  EXPECT_GT(floored, 500);
+  EXPECT_GT(blocked, 100);
 }
 
 TEST(Golden, CanaryContractionIsOffInTheConsumer) {
