@@ -9,6 +9,8 @@
 #include <memory>
 #include <new>
 
+// any-depth-needs-the-same-stack
+//
 // The order in which the vertices of a piece are visited does not show: a piece is a set. So the
 // rows that wait are not a stack or a queue but a set, and are scanned in the order of memory,
 // round after round: that is nearly one stream.

@@ -12,9 +12,9 @@
 /// own.
 /// `labels` receives n piece numbers from 0, `count` the number of pieces; with n <= 0 count is 0
 /// and labels is not written.
-/// Depth      no recursion: the waiting vertices are chained through `labels`, so that any graph
-///            needs the same few hundred bytes of stack and n bytes and a little of memory; without
-///            that memory it is slower, not wrong.
+/// Depth      no recursion: the vertices that wait are a set, so that any graph needs the same few
+///            hundred bytes of stack, and a byte and a bit of memory per vertex; without that
+///            memory the search chains them through `labels`: slower, not wrong.
 /// Reads      rows many entries at a time, only where a vertex is left; none once all are reached.
 /// Errors     none thrown, none printed. `labels` must not overlap `adjacency`.
 GSL_API void gsl_DepthFirstSearch(bool const* adjacency, int n, int* labels, int& count);
