@@ -32,11 +32,11 @@ omu_Primitive* gsl_TransformIntObj::MatrixMethod(const omu_PrimTuple&) {
   matrix.AsArray(entries);
   constexpr int kColumns = 4;
   constexpr int kRows = 3;
-  auto* const tuple = new omu_PrimTuple(kColumns * kRows, '(');
+  omu_PrimTuple tuple(kColumns * kRows, '(');
   for (int c = 0; c < kColumns; ++c) {
     for (int r = 0; r < kRows; ++r)
       // matrix-is-column-by-column
-      tuple->Put(entries[r][c]);
+      tuple.Put(entries[r][c]);
   }
-  return tuple;
+  return tuple.Copy();
 }
