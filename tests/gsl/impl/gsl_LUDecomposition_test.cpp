@@ -125,12 +125,16 @@ TEST(GslLUDecomposition, SampledSizesTo700HaveTheBitsOfTheTextbook) {
   RecordProperty("seed", std::to_string(seed));
   RandomNumbers random(seed);
   const int sizes[] = {131, 144, 167, 191, 200, 256, 257, 320, 389, 511, 512, 700};
+  const int families = static_cast<int>(sizeof kMatrixFamilies / sizeof *kMatrixFamilies);
   int family = 0;
   for (const int n : sizes) {
     if (kTestScaleDivisor > 1 && n > 200) break;
-    for (int k = 0; k < (n < 300 ? 4 : 2); ++k, ++family) {
-      const int count = static_cast<int>(sizeof kMatrixFamilies / sizeof *kMatrixFamilies);
-      const Case c(MakeMatrix(kMatrixFamilies[family % count], n, random));
+    // All families up to 257; beyond, some at each size and all over the sizes.
+    const int count = kTestScaleDivisor > 1 ? 4 : n <= 257 ? families : n < 700 ? 5 : 3;
+    for (int k = 0; k < count; ++k, ++family) {
+      const MatrixFamily kind = kMatrixFamilies[family % families];
+      SCOPED_TRACE(::testing::Message() << "family " << static_cast<int>(kind) << " n " << n);
+      const Case c(MakeMatrix(kind, n, random));
       gsl_LUBlocking blocking = gsl_ChooseLUBlocking(n);
       blocking.inPlace = false;
       c.ExpectFromEveryWidth(blocking);

@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <type_traits>
 #include <vector>
@@ -49,10 +50,11 @@ struct System {
   }
 };
 
+/// One NaN is as good as another.
 std::vector<std::uint64_t> AllBits(const std::vector<double>& values) {
   std::vector<std::uint64_t> bits;
   for (const double value : values)
-    bits.push_back(numbers::Bits(value));
+    bits.push_back(numbers::Bits(std::isnan(value) ? kNaN : value));
   return bits;
 }
 
@@ -364,30 +366,62 @@ TEST(GslLinearEqnLUDSolver, InfiniteRowHasNoMerit) {
   EXPECT_EQ(s.a.At(1, 0), kInfinity);
 }
 
-TEST(GslLinearEqnLUDSolver, SolutionHasTheBitsOfTheTextbook) {
+namespace {
+
+/// Factors, pivots, parity and solution of the public class beside the textbook's.
+void ExpectBitsOfTheTextbook(MatrixFamily family, int n, RandomNumbers& random) {
+  SCOPED_TRACE(::testing::Message() << "family " << static_cast<int>(family) << " n " << n);
+  const SquareMatrix m = MakeMatrix(family, n, random);
+  std::vector<double> b;
+  for (int i = 0; i < n; ++i)
+    b.push_back(random.Chance(0.2) ? 0.0 : random.In(-1.0, 1.0));
+  SquareMatrix factors(m);
+  TextbookLu textbook(factors.Rows(), n);
+  const bool solvable = textbook.Decompose();
+  std::vector<double> expected = Sentinels(n);
+  if (solvable) {
+    expected = b;
+    textbook.Substitute(expected.data());
+  }
+  System s(m);
+  std::vector<double> x;
+  ASSERT_EQ(s.Solve(b, x), solvable);
+  EXPECT_EQ(AllBits(x), AllBits(expected)) << "solution";
+  EXPECT_EQ(AllBits(s.a.Data()), AllBits(factors.Data())) << "factors";
+  EXPECT_EQ(s.solver.Parity(), textbook.Parity());
+  ASSERT_EQ(s.solver.Pivots() != nullptr, solvable);
+  if (!solvable) return;
+  const std::vector<int>& pivots = textbook.Pivots();
+  EXPECT_TRUE(std::equal(pivots.begin(), pivots.end(), s.solver.Pivots())) << "pivots";
+}
+
+} // namespace
+
+TEST(GslLinearEqnLUDSolver, EverySizeTo130HasTheBitsOfTheTextbook) {
   const std::uint64_t seed = 99;
   RecordProperty("seed", std::to_string(seed));
   RandomNumbers random(seed);
   for (int n = 1; n <= 130; ++n) {
     if (kTestScaleDivisor > 1 && n > 40 && n % 16 != 1) continue;
     for (const MatrixFamily family : kMatrixFamilies) {
-      const SquareMatrix m = MakeMatrix(family, n, random);
-      std::vector<double> b;
-      for (int i = 0; i < n; ++i)
-        b.push_back(random.Chance(0.2) ? 0.0 : random.In(-1.0, 1.0));
-      SquareMatrix factors(m);
-      TextbookLu textbook(factors.Rows(), n);
-      const bool solvable = textbook.Decompose();
-      std::vector<double> expected = b;
-      if (solvable) textbook.Substitute(expected.data());
-      System s(m);
-      std::vector<double> x;
-      ASSERT_EQ(s.Solve(b, x), solvable);
-      for (std::size_t i = 0; solvable && i < b.size(); ++i) {
-        if (std::isnan(expected[i]) && std::isnan(x[i])) continue;
-        ASSERT_EQ(numbers::Bits(x[i]), numbers::Bits(expected[i]))
-            << "family " << static_cast<int>(family) << " n " << n << " x[" << i << "]";
-      }
+      ExpectBitsOfTheTextbook(family, n, random);
+      if (HasFailure()) return;
+    }
+  }
+}
+
+TEST(GslLinearEqnLUDSolver, LargeSystemsHaveTheBitsOfTheTextbook) {
+  // The last one is worked on in the caller's rows.
+  RandomNumbers random(100);
+  const int sizes[] = {131, 200, 257, 389, 512, 700, 1027};
+  int family = 0;
+  for (const int n : sizes) {
+    if (kTestScaleDivisor > 1 && n > 200) break;
+    for (int k = 0; k < (n < 600 ? 5 : 1); ++k) {
+      ExpectBitsOfTheTextbook(
+          kMatrixFamilies[family++ % (sizeof kMatrixFamilies / sizeof *kMatrixFamilies)], n,
+          random);
+      if (HasFailure()) return;
     }
   }
 }
