@@ -126,7 +126,7 @@ void Register(const std::string& who, void (*run)(benchmark::State&, Kind), int 
                                    k.kind)
           ->Arg(n)
           ->MinTime(0.05)
-          ->Repetitions(5)
+          ->Repetitions(9)
           ->ReportAggregatesOnly()
           ->Unit(benchmark::kMicrosecond);
     }

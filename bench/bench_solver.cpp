@@ -1,18 +1,27 @@
-// Factor and solve one system: Eigen's PartialPivLU, OpenBLAS's dgesv on one thread, and the
-// column-by-column form of the textbook. Everybody is given a fresh copy of the matrix.
+// Factor and solve one system: Eigen's PartialPivLU, compiled like the library and for the
+// processor at hand, OpenBLAS's dgesv on one thread, and the column-by-column form of the textbook.
+// Everybody is given a fresh copy of the matrix.
 //
 // OpenBLAS chooses its kernel by the processor; OPENBLAS_CORETYPE in the environment makes it take
-// another.
+// another. GSL_BENCH_WIDTH=avx2 (or baseline) makes ours take narrower vectors than it would; the
+// work is then called FactorAndSolve_avx2.
 
+#include "EigenNative.h"
 #include "TextbookLu.h"
+#include "gsl_LUDecomposition.h"
 #include "gsl_LinearEqnLUDSolver.h"
+#include "kernel/LuSubstitution.h"
 
 #include <Eigen/LU>
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
 #include <random>
+#include <string>
 #include <vector>
 
 #if defined(BENCH_OPENBLAS)
@@ -56,6 +65,26 @@ void Ours(benchmark::State& state) {
   }
 }
 
+/// The steps of the class with kernels that it would not choose.
+void OursWith(benchmark::State& state, const gsl_WideKernels* kernels) {
+  const Problem problem(state);
+  std::vector<double> x = problem.b;
+  std::vector<std::int32_t> pivots(problem.b.size());
+  SquareMatrix a(problem.n);
+  for (auto _ : state) {
+    std::copy(problem.a.begin(), problem.a.end(), &a.At(0, 0));
+    x = problem.b;
+    gsl_kernel::LuSystem system = {a.Rows(), problem.n, pivots.data(), 1};
+    if (gsl_LUDecompose(system, *kernels) != gsl_kernel::LuResult::Decomposed)
+      state.SkipWithError("singular");
+    gsl_kernel::PermuteRightSide(system, x.data());
+    gsl_kernel::SubstituteForward(system, x.data());
+    gsl_kernel::SubstituteBackward(system, x.data());
+    benchmark::DoNotOptimize(x.data());
+    benchmark::ClobberMemory();
+  }
+}
+
 void Textbook(benchmark::State& state) {
   const Problem problem(state);
   std::vector<double> x = problem.b;
@@ -85,6 +114,15 @@ void WithEigen(benchmark::State& state) {
   }
 }
 
+void WithEigenNative(benchmark::State& state) {
+  const Problem problem(state);
+  EigenNative eigen(problem.n, problem.a.data(), problem.b.data());
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(eigen.FactorAndSolve());
+    benchmark::ClobberMemory();
+  }
+}
+
 #if defined(BENCH_OPENBLAS)
 void WithOpenBlas(benchmark::State& state) {
   openblas_set_num_threads(1);
@@ -105,25 +143,47 @@ void WithOpenBlas(benchmark::State& state) {
 }
 #endif
 
-void Register(const char* name, void (*run)(benchmark::State&), int largest) {
+template <class Run>
+void Register(const std::string& name, Run run, int largest) {
   for (const int n : {3, 4, 8, 16, 32, 64, 128, 256, 512, 1024, 2048}) {
     if (n > largest) continue;
-    benchmark::RegisterBenchmark(name, run)
+    benchmark::RegisterBenchmark(name.c_str(), run)
         ->Arg(n)
         ->MinTime(n > 512 ? 0.3 : 0.05)
-        ->Repetitions(7)
+        ->Repetitions(9)
         ->ReportAggregatesOnly();
   }
 }
 
-const bool kRegistered = [] {
-  Register("FactorAndSolve/ours", Ours, 2048);
-  Register("FactorAndSolve/Eigen", WithEigen, 2048);
+void RegisterPeers(const std::string& work) {
+  Register(work + "/Eigen", WithEigen, 2048);
+  Register(work + "/Eigen_native", WithEigenNative, 2048);
 #if defined(BENCH_OPENBLAS)
-  Register("FactorAndSolve/OpenBLAS", WithOpenBlas, 2048);
+  Register(work + "/OpenBLAS", WithOpenBlas, 2048);
 #endif
-  Register("FactorAndSolve/textbook", Textbook, 512);
+  Register(work + "/textbook", Textbook, 512);
+}
+
+bool RegisterAll() {
+  const char* const width = std::getenv("GSL_BENCH_WIDTH");
+  if (width == nullptr) {
+    Register("FactorAndSolve/ours", Ours, 2048);
+    RegisterPeers("FactorAndSolve");
+    return true;
+  }
+  const gsl_WideKernels* const kernels = gsl_FindWideKernels(
+      std::string(width) == "avx2" ? gsl_VectorWidth::Avx2 : gsl_VectorWidth::Baseline);
+  if (kernels == nullptr) {
+    std::fprintf(stderr, "GSL_BENCH_WIDTH: this processor does not have %s\n", width);
+    return false;
+  }
+  const std::string work = std::string("FactorAndSolve_") + width;
+  Register(
+      work + "/ours", [kernels](benchmark::State& state) { OursWith(state, kernels); }, 2048);
+  RegisterPeers(work);
   return true;
-}();
+}
+
+const bool kRegistered = RegisterAll();
 
 } // namespace

@@ -2,12 +2,15 @@
 """Prints benchmark results with ours beside each peer.
 
 usage: bench_report.py RESULT.json...
+       bench_report.py --mean RESULT.json    the geometric mean of all times, in nanoseconds
 
 A benchmark Work/ours and one Work/PEER with otherwise equal names did the same work: the ratio is
-the peer's time over ours, so above 1 ours is faster.
+the peer's time over ours, so above 1 ours is faster. Times are those of the processor, so that other
+programs on the machine count as little as they can.
 """
 
 import json
+import statistics
 import sys
 
 NANOSECONDS = {"ns": 1.0, "us": 1e3, "ms": 1e6, "s": 1e9}
@@ -25,7 +28,7 @@ def read(paths):
                 sys.exit(f"{path}: {run['name']}: {run.get('error_message')}")
             if run.get("run_type") == "aggregate" and run.get("aggregate_name") != "median":
                 continue
-            times[run["run_name"].removeprefix("BM_")] = run["real_time"] * NANOSECONDS[run["time_unit"]]
+            times[run["run_name"].removeprefix("BM_")] = run["cpu_time"] * NANOSECONDS[run["time_unit"]]
     return times
 
 
@@ -65,6 +68,9 @@ def rows(times):
 def main():
     if len(sys.argv) < 2:
         sys.exit(__doc__)
+    if sys.argv[1] == "--mean":
+        print(round(statistics.geometric_mean(read(sys.argv[2:]).values())))
+        return
     table = [("work", "ours", "peer", "peer's time", "ratio")] + list(rows(read(sys.argv[1:])))
     if len(table) == 1:
         sys.exit("no benchmark of that name")

@@ -1,0 +1,24 @@
+// The library's Eigen in a namespace of its own: the linker must not take one set of flags' copy of
+// an inline function for the other's.
+#define Eigen EigenForThisProcessor
+#include <Eigen/LU>
+
+#include "EigenNative.h"
+
+struct EigenNative::System {
+  Eigen::MatrixXd a;
+  Eigen::VectorXd b;
+  Eigen::VectorXd x;
+};
+
+EigenNative::EigenNative(int n, const double* a, const double* b)
+    : system(new System{Eigen::Map<const Eigen::MatrixXd>(a, n, n),
+                        Eigen::Map<const Eigen::VectorXd>(b, n), Eigen::VectorXd(n)}) {}
+
+EigenNative::~EigenNative() = default;
+
+const double* EigenNative::FactorAndSolve() {
+  const Eigen::PartialPivLU<Eigen::MatrixXd> lu(system->a);
+  system->x = lu.solve(system->b);
+  return system->x.data();
+}
