@@ -67,21 +67,23 @@ public:
     work.whole = inPlace ? n / kLeaf * kLeaf : work.padded;
     work.pivots = system.pivots;
     work.parity = 1;
-    // An odd number of cache lines: columns of the copy do not crowd into few cache sets.
-    stride = (work.padded / kLeaf) % 2 == 0 ? work.padded + kLeaf : work.padded;
+    // Odd numbers of cache lines, and of blocks of lines: neither the columns of the copy nor the
+    // blocks of one row crowd into few cache sets.
+    stride = (work.padded / kLeaf | 1) * kLeaf;
+    work.leafStride = stride * kLeaf;
   }
 
   bool AllocateScratch() {
     const std::ptrdiff_t copy = inPlace ? RoundUp(n) * kLeaf + work.padded : work.padded * stride;
     const std::ptrdiff_t total =
-        copy + 3 * work.padded + work.padded * work.panel + work.panel * work.strip;
+        copy + 3 * work.padded + LeavesOf(work.panel) + work.panel * work.strip;
     scratch = Allocate(static_cast<std::size_t>(total));
     if (scratch == nullptr) return false;
     Pieces pieces(scratch.get());
     work.rows = pieces.TakePointers(work.padded);
     work.tails = pieces.TakePointers(work.padded);
     work.scale = pieces.Take(work.padded);
-    work.leaves = pieces.Take(work.padded * work.panel);
+    work.leaves = pieces.Take(LeavesOf(work.panel));
     work.upper = pieces.Take(work.panel * work.strip);
     if (inPlace) {
       spare = pieces.Take(work.padded);
@@ -136,6 +138,9 @@ private:
   double* spare = nullptr; ///< in place: one row
   double* tail = nullptr;  ///< the copy; in place: of the last columns
 
+  std::ptrdiff_t LeavesOf(std::ptrdiff_t columns) const {
+    return columns / kLeaf * work.leafStride;
+  }
   static void Clear(double* p, std::ptrdiff_t count) { std::fill(p, p + count, 0.0); }
   static void Copy(double* to, const double* from, std::ptrdiff_t count) {
     std::memcpy(to, from, static_cast<std::size_t>(count) * sizeof(double));

@@ -1,6 +1,7 @@
 #ifndef GSL_KERNEL_LANES_H
 #define GSL_KERNEL_LANES_H
 
+#include <cstddef>
 #include <cstdint>
 
 /// Vectors of doubles as wide as the instruction set that this source is compiled for, on the
@@ -38,6 +39,13 @@ GSL_ALWAYS_INLINE Vector Load(const double* from) {
 }
 GSL_ALWAYS_INLINE void Store(double* to, Vector v) {
   *reinterpret_cast<UnalignedVector*>(to) = v;
+}
+
+/// Has an element come near; it may lie outside its array, and nothing is read then.
+GSL_ALWAYS_INLINE void Prefetch(const double* array, std::ptrdiff_t index) {
+  const auto at =
+      reinterpret_cast<std::uintptr_t>(array) + static_cast<std::uintptr_t>(index) * sizeof(double);
+  __builtin_prefetch(reinterpret_cast<const void*>(at), 1, 3);
 }
 
 GSL_ALWAYS_INLINE Bits LoadBits(const unsigned char* from) {

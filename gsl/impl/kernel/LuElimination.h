@@ -60,6 +60,8 @@ private:
   /// A tile of the update: what fits in the registers.
   static constexpr int kTileRows = kLanes == 8 ? 8 : 4;
   static constexpr int kTileVectors = kLanes == 8 ? 3 : 2;
+  /// A tile of fewer terms is done before what is fetched for the next one arrives.
+  static constexpr std::ptrdiff_t kDepthToFetch = 32;
 
   LuWork& m;
   std::ptrdiff_t panelFirst;
@@ -68,7 +70,7 @@ private:
     return a < b ? a : b;
   }
 
-  GSL_ALWAYS_INLINE std::ptrdiff_t LeafStride() const { return m.padded * kLeaf; }
+  GSL_ALWAYS_INLINE std::ptrdiff_t LeafStride() const { return m.leafStride; }
 
   /// Rows row .. row + 7 of the leaf that starts at `column`; both are multiples of kLeaf.
   GSL_ALWAYS_INLINE double* Block(std::ptrdiff_t column, std::ptrdiff_t row) const {
@@ -277,12 +279,29 @@ private:
       double* upper = m.upper + j * width;
       const std::ptrdiff_t left = end - begin - j;
       if (left >= kTileVectors * kLanes) {
+        if (!kSolve && depth >= kDepthToFetch) FetchTileAfter(row, from, j, left);
         Tile<kTileVectors, kSolve>(lower, depth, upper, from.rows, from.offset + j);
         j += kTileVectors * kLanes;
       } else {
         LastTile<kSolve>(left, lower, depth, upper, from.rows, from.offset + j);
         j = end - begin;
       }
+    }
+  }
+
+  /// Has the tile to the right, or the first one of the rows below, come from memory while this one
+  /// is computed.
+  GSL_ALWAYS_INLINE void FetchTileAfter(std::ptrdiff_t row, const RowsFrom& from, std::ptrdiff_t j,
+                                        std::ptrdiff_t left) const {
+    constexpr std::ptrdiff_t kColumns = kTileVectors * kLanes;
+    const bool right = left >= 2 * kColumns || row + kLeaf >= m.padded;
+    double* const* const rows = right ? from.rows : from.rows + kLeaf;
+    const std::ptrdiff_t column = right ? from.offset + j + kColumns : from.offset;
+#pragma GCC unroll 8
+    for (int r = 0; r < kLeaf; ++r) {
+#pragma GCC unroll 8
+      for (std::ptrdiff_t k = 0; k < kColumns; k += kLeaf)
+        Prefetch(rows[r], column + k);
     }
   }
 
@@ -381,6 +400,8 @@ private:
                                               std::ptrdiff_t leafStride, std::ptrdiff_t depth,
                                               const double* upper) {
     for (std::ptrdiff_t k = 0; k < depth; k += kLeaf, lower += leafStride) {
+      // Unrolled, the broadcasts of all terms are hoisted, and spilled where registers are few.
+#pragma GCC unroll 1
       for (int c = 0; c < kLeaf; ++c, upper += kVectors * kLanes) {
         SubtractTerm(a, lower + c * kLeaf, upper);
       }

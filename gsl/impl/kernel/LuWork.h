@@ -32,8 +32,9 @@ struct LuWork {
   std::ptrdiff_t panel;  ///< columns of a panel, a multiple of kLeaf
   std::ptrdiff_t strip;  ///< columns updated before the next ones are looked at
   std::ptrdiff_t whole;  ///< columns that `rows` reach, a multiple of kLeaf; the rest is in `tails`
-  double** rows;         ///< in pivoted order
-  double** tails;        ///< in pivoted order; used when whole < padded
+  std::ptrdiff_t leafStride; ///< from one leaf to the next
+  double** rows;             ///< in pivoted order
+  double** tails;            ///< in pivoted order; used when whole < padded
   double* scale;
   double* leaves; ///< columns of the panel: leaf by leaf, block by block, column by column
   double* upper;  ///< rows of U right of the panel: tile by tile, row by row
