@@ -94,9 +94,9 @@ struct Case {
 };
 
 gsl_LUBlocking AnyBlocking(RandomNumbers& random) {
-  const std::ptrdiff_t panels[] = {8, 16, 24, 64, 128};
+  const std::ptrdiff_t panels[] = {8, 16, 24, 64, 128, 256};
   const std::ptrdiff_t strips[] = {8, 24, 40, 384};
-  return {panels[random.Below(5)], strips[random.Below(4)], random.Chance(0.5)};
+  return {panels[random.Below(6)], strips[random.Below(4)], random.Chance(0.5)};
 }
 
 } // namespace
