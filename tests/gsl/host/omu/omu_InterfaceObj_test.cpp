@@ -223,6 +223,11 @@ TEST(OmuInterfaceObj, CompareOrdersByTypeThenPathThenObject) {
   EXPECT_EQ(b.Compare(sameB), 0);
   EXPECT_EQ(a.Compare(b), -1);
   EXPECT_EQ(b.Compare(a), 1);
+  // The path decides, wherever the objects lie.
+  const Gauge rising[] = {Gauge{omu_Shortcut("a")}, Gauge{omu_Shortcut("b")}};
+  const Gauge falling[] = {Gauge{omu_Shortcut("b")}, Gauge{omu_Shortcut("a")}};
+  EXPECT_EQ(rising[0].Compare(rising[1]), -1);
+  EXPECT_EQ(falling[0].Compare(falling[1]), 1);
   EXPECT_EQ(b.Compare(object), -1);
   EXPECT_EQ(object.Compare(b), 1);
   EXPECT_NE(b.Compare(otherB), 0);
