@@ -38,6 +38,7 @@ public:
     Steep,
     OutOfPlane,
     NotFinite,
+    FarFromOne,
     kFamilies
   };
 
@@ -65,6 +66,8 @@ public:
       return OutOfPlaneCase();
     case NotFinite:
       return NotFiniteCase();
+    case FarFromOne:
+      return FarFromOneCase();
     default:
       return AnywhereCase();
     }
@@ -261,6 +264,21 @@ private:
         break;
       }
     }
+    return c;
+  }
+
+  /// Lengths whose squares overflow or lose their digits, or nearly.
+  InPlaneCase FarFromOneCase() {
+    InPlaneCase c = random.Chance(0.5) ? AnywhereCase() : FacingCase(random.In(-0.2, 3.0));
+    const double exponent = random.In(120.0, 210.0);
+    const double scale = std::pow(10.0, random.Chance(0.5) ? exponent : -exponent);
+    for (int i = 0; i < 2; ++i) {
+      for (gsl_Point* const p : {&c.a[i], &c.b[i]})
+        *p = gsl_Point(p->x * scale, p->y * scale, p->z * scale);
+    }
+    if (random.Chance(0.2)) c.direction = c.direction * scale;
+    c.distance *= scale;
+    c.margin *= scale;
     return c;
   }
 };

@@ -154,6 +154,10 @@ inline double SumOfSizes(const Coord3& c) {
 /// counts as neither along d nor parallel to it, which is at least 1e-5 off d.
 constexpr double kAsideRounding = 1e-9;
 
+/// Sizes between which no length overflows or loses its digits.
+constexpr double kLeastOrdinarySize = 1e-100;
+constexpr double kLargestOrdinarySize = 1e100;
+
 /// Segments in one plane that pass each other at a distance beyond every tolerance. Quick, and safe
 /// to miss some.
 inline bool PassAside(const SweptSegment& a, const SweptSegment& b, const Measured3& d,
@@ -169,9 +173,10 @@ inline bool PassAside(const SweptSegment& a, const SweptSegment& b, const Measur
   const double b1 = aside(b.p[1]);
   const double aThenB = (b0 < b1 ? b0 : b1) - (a0 > a1 ? a0 : a1);
   const double bThenA = (a0 < a1 ? a0 : a1) - (b0 > b1 ? b0 : b1);
-  // A NaN or an infinity among the coordinates makes this sum one, and the comparison false.
   const double size =
       SumOfSizes(a.p[0].c) + SumOfSizes(a.p[1].c) + SumOfSizes(b.p[0].c) + SumOfSizes(b.p[1].c);
+  // segment-whose-length-overflows: even what is far aside can meet it. False for a NaN too.
+  if (!(size > kLeastOrdinarySize && size < kLargestOrdinarySize)) return false;
   const double reach =
       4.0 * std::fabs(tol.linear) + (kAsideRounding + 2.0 * std::fabs(tol.cosine)) * size;
   return (aThenB > bThenA ? aThenB : bThenA) > reach;

@@ -1,20 +1,17 @@
 #include "gsl_InPlaneSegSegMinDirectionalDist.h"
 
+#include "Numbers.h"
 #include "ScopedSettings.h"
 #include "gsl_utils.h"
 
 #include <cmath>
 #include <gtest/gtest.h>
-#include <limits>
 
 namespace {
 
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-
-double Above(double x) {
-  return std::nextafter(x, kInfinity);
-}
+using numbers::Above;
+using numbers::kInfinity;
+using numbers::kNaN;
 
 /// One call along +Y with outputs that hold a sentinel. A segment of A faces along +Y when it runs
 /// towards -X, one of B when it runs towards +X.
@@ -429,6 +426,18 @@ TEST(GslInPlaneSweep, SegmentsAtDifferentHeightsDoNotMeet) {
   Sweep sweep({1.0, 0.0, 0.0}, {-1.0, 0.0, 0.0}, {-4.0, 3.0, 0.5}, {4.0, 3.0, 0.5});
   EXPECT_FALSE(sweep());
   sweep.ExpectUntouched();
+}
+
+TEST(GslInPlaneSweep, SegmentWhoseLengthOverflowsIsMetAtItsFirstEnd) {
+  // An infinite length leaves a unit vector of zeros: every line crosses such a segment in its
+  // first point, however far beside it.
+  Sweep sweep({1e200, 0.0, 0.0}, {0.0, 0.0, 0.0}, {3e200, 3.0, 0.0}, {5e200, 3.0, 0.0});
+  EXPECT_TRUE(sweep());
+  EXPECT_EQ(sweep.distance, 3.0);
+  sweep.ExpectEnd(0, sweep.a[0]);
+  EXPECT_EQ(sweep.contacts[1].x, 3e200);
+  EXPECT_EQ(sweep.contacts[1].y, 3.0);
+  EXPECT_FALSE(sweep.IsKnown(sweep.contacts[1].uid));
 }
 
 TEST(GslInPlaneSweep, DirectionShorterThanTheToleranceMeetsWithoutTravel) {
