@@ -15,7 +15,8 @@
 /// Outputs     contacts[0] on A, contacts[1] on B; an end point keeps its uid, a computed point has
 ///             a fresh one. For two segments across the direction a contact that an end of B makes
 ///             stores A's end of the same index as contacts[1], and an end of B that lies behind A
-///             makes the result false although an earlier contact stays written.
+///             makes the result false although an earlier contact stays written:
+///             docs/in-plane-sweep.md says where else the answer is not that of the motion.
 /// Untouched   everything, for a refused orientation, segments along the direction on two lines (or
 ///             whose first ends coincide), and segments across it that run the same way.
 /// Tolerance   gsl_Util linearTolerance and cosineTolerance, read once. A segment shorter than

@@ -7,6 +7,7 @@
 #include <cinttypes>
 #include <cstdio>
 #include <gtest/gtest.h>
+#include <limits>
 #include <string>
 #include <vector>
 
@@ -27,7 +28,7 @@ constexpr Real kLinearTolerance = 1e-6L;
 constexpr Real kCosineTolerance = 1e-10L;
 
 /// How a call compares with the motion. The first four agree with it; of the others each is a
-/// documented difference, and its own limits are checked.
+/// difference that docs/in-plane-sweep.md explains, and its own limits are checked.
 enum Verdict {
   AgreesContact,       ///< the travel is the smallest one, and the contacts are where it ends
   AgreesNoContact,     ///< apart, behind, or no closer than the running minimum
@@ -179,7 +180,7 @@ Verdict JudgeAlong(const Swept& run, bool alongA, bool alongB) {
     if (offset.sine.low > 2 * kCosineTolerance) {
       return run.Untouched() ? AgreesOnTwoLines : Unexplained;
     }
-    if (offset.sine.high > kCosineTolerance / 2) return OffsetAtTheLimit;
+    if (offset.sine.high > kCosineTolerance / 2 && run.Untouched()) return OffsetAtTheLimit;
     b.p[0].side = b.p[1].side = a.p[0].side;
     const Range travel = TouchingTravel(a, b);
     return JudgeTravel(run, travel, travel, false);
@@ -214,9 +215,9 @@ bool RunTheSameWay(const Swept& run, bool& rounded) {
 Verdict JudgeAcross(const Swept& run) {
   bool rounded = false;
   const bool sameWay = RunTheSameWay(run, rounded);
-  if (rounded) return SameWayRounded;
+  if (rounded && run.Untouched()) return SameWayRounded;
   const Range travel = TouchingTravel(run.a, run.b);
-  if (sameWay) {
+  if (sameWay && !rounded) {
     if (!run.Untouched()) return Unexplained;
     return travel.low > travel.high || travel.high < 0 ? AgreesNoContact : SameWay;
   }
@@ -254,16 +255,7 @@ Verdict JudgeAcross(const Swept& run) {
   return !run.result || withinWidest ? byOrder : Unexplained;
 }
 
-Verdict Judge(const Swept& run) {
-  const Real facingA = in_plane_oracle::Facing(run.a);
-  const Real facingB = in_plane_oracle::Facing(run.b);
-  const auto isRounded = [](Real facing) { return facing != 0 && std::fabs(facing) < 1e-12L; };
-  if ((isRounded(facingA) && !run.c.twoSided[0]) || (isRounded(facingB) && !run.c.twoSided[1])) {
-    return OrientationRounded;
-  }
-  if ((facingA < 0 && !run.c.twoSided[0]) || (facingB > 0 && !run.c.twoSided[1])) {
-    return run.Untouched() ? AgreesRefused : Unexplained;
-  }
+Verdict JudgeAllowed(const Swept& run) {
   const auto sine = [](const Segment2& s) { return Length(s) > 0 ? SineToDirection(s) : Real(1); };
   const Real sineA = sine(run.a);
   const Real sineB = sine(run.b);
@@ -272,6 +264,21 @@ Verdict Judge(const Swept& run) {
   const bool alongA = sineA < kCosineTolerance;
   const bool alongB = sineB < kCosineTolerance;
   return alongA || alongB ? JudgeAlong(run, alongA, alongB) : JudgeAcross(run);
+}
+
+Verdict Judge(const Swept& run) {
+  const Real facingA = in_plane_oracle::Facing(run.a);
+  const Real facingB = in_plane_oracle::Facing(run.b);
+  const auto isRounded = [](Real facing) { return facing != 0 && std::fabs(facing) < 1e-12L; };
+  const bool roundedA = isRounded(facingA) && !run.c.twoSided[0];
+  const bool roundedB = isRounded(facingB) && !run.c.twoSided[1];
+  if ((facingA < 0 && !run.c.twoSided[0] && !roundedA) ||
+      (facingB > 0 && !run.c.twoSided[1] && !roundedB)) {
+    return run.Untouched() ? AgreesRefused : Unexplained;
+  }
+  // What was not refused is judged like the others.
+  if ((roundedA || roundedB) && run.Untouched()) return OrientationRounded;
+  return JudgeAllowed(run);
 }
 
 TEST(InPlaneSweepOracle, LibraryFollowsTheMotionOrDiffersAsDocumented) {
@@ -306,6 +313,10 @@ TEST(InPlaneSweepOracle, LibraryFollowsTheMotionOrDiffersAsDocumented) {
   }
   for (const Verdict agreeing : {AgreesContact, AgreesNoContact, AgreesRefused, AgreesOnTwoLines})
     EXPECT_GE(verdicts[agreeing], Scaled(1000)) << kNames[agreeing];
+  for (const Verdict differing :
+       {OrientationRounded, ShortSegment, WithinReachOfAnEnd, FirstEndsCoincide, SameWay,
+        SameWayRounded, CrossingAlready, TouchingRounded, MarginKeepsEarlier, SecondPassStoresA})
+    EXPECT_GE(verdicts[differing], Scaled(1000)) << kNames[differing];
 }
 
 TEST(InPlaneSweepOracle, MotionOfASquareOnIsTheGapBetweenTheSegments) {
