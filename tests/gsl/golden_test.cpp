@@ -1,18 +1,22 @@
 #include "ContractionCanary.h"
 #include "Numbers.h"
 #include "TextbookLu.h"
+#include "gsl_BBox.h"
 #include "gsl_DepthFirstSearch.h"
 #include "gsl_EntityPredicates.h"
 #include "gsl_LinearEqnLUDSolver.h"
 #include "gsl_Matrix.h"
+#include "gsl_ModelSegment.h"
 #include "gsl_Plane.h"
 #include "gsl_Point.h"
 #include "gsl_Segment.h"
 #include "gsl_StLine.h"
+#include "gsl_ThreePoints.h"
 #include "gsl_Vector.h"
 #include "gsl_utils.h"
 #include "gsl_utils_private.h"
 #include "kernel/Matrix.h"
+#include "omu_PrimTuple.h"
 
 #include <gtest/gtest.h>
 
@@ -62,6 +66,10 @@ public:
   void Add(const gsl_Segment& s) {
     Add(s.Point1());
     Add(s.Point2());
+  }
+  void Add(const gsl_BBox& b) {
+    Add(b.min);
+    Add(b.max);
   }
 
   std::uint64_t Value() const { return state; }
@@ -350,6 +358,136 @@ void HashTriangleSweep(Hasher& h, Corpus& c) {
   h.Add(contacts[1]);
 }
 
+gsl_BBox BoxOf(const gsl_Point& p, const gsl_Point& q) {
+  gsl_BBox box;
+  box.Add(p);
+  box.Add(q);
+  return box;
+}
+
+void HashBox(Hasher& h, Corpus& c) {
+  const gsl_Point p = c.Point(), q = c.Point(), r = c.Point(), s = c.Point();
+  const gsl_Matrix m = c.Matrix();
+  gsl_BBox a = BoxOf(p, q);
+  // Corners as they come, so that some are empty.
+  gsl_BBox b(a);
+  b.min = r;
+  b.max = c.Below(2) == 0 ? s : r + gsl_Vector(p, q);
+  for (const gsl_BBox* const box : {&a, &b}) {
+    h.Add(*box);
+    h.Add(box->IsEmpty());
+    h.Add(box->XLen());
+    h.Add(box->YLen());
+    h.Add(box->ZLen());
+    h.Add(box->Size());
+    h.Add(box->Center());
+    h.Add(box->Diag());
+    const g3d_Sphere sphere = box->GetExtent();
+    for (const float part :
+         {sphere.Centre().x, sphere.Centre().y, sphere.Centre().z, sphere.Radius()})
+      h.Add(static_cast<double>(part));
+  }
+  h.Add(a.Intersect(b));
+  h.Add(b.Intersect(a));
+  h.Add(a == b);
+  a.Transform(m);
+  h.Add(a);
+  a.Add(s);
+  h.Add(a);
+  a.Add(b);
+  h.Add(a);
+}
+
+struct InPlaneCall {
+  gsl_Vector direction;
+  gsl_Point a[2], b[2];
+};
+
+/// Two segments at one height, every lie of them to the direction.
+InPlaneCall InPlane(Corpus& c) {
+  const double height = c.Below(8) == 0 ? c.Number() : 0.0;
+  const auto point = [&] {
+    const gsl_Point p = c.Point();
+    return gsl_Point(p.x, p.y, height);
+  };
+  InPlaneCall call = {gsl_Vector(), {point(), point()}, {point(), point()}};
+  const gsl_Vector any = c.Vector();
+  call.direction = gsl_Vector(any.x, any.y, 0.0);
+  const int lie = c.Below(6);
+  if (lie == 0) call.direction = gsl_Vector(call.a[0], call.a[1]);
+  if (lie == 1) call.direction = gsl_Vector(call.b[0], call.b[1]);
+  if (lie == 2) {
+    call.a[1] = call.a[0] + call.direction * any.z;
+    call.b[0] = call.a[0] + call.direction * c.Number();
+    call.b[1] = call.b[0] + call.direction * c.Number();
+  } else if (c.Below(2) == 0) {
+    for (gsl_Point& p : call.b)
+      p = p + call.direction * 1.5;
+  }
+  return call;
+}
+
+void HashInPlaneSweep(Hasher& h, Corpus& c) {
+  const InPlaneCall call = InPlane(c);
+  const bool twoSided[2] = {c.Below(4) != 0, c.Below(4) != 0};
+  gsl_Point contacts[2] = {{kSentinel, kSentinel, kSentinel}, {kSentinel, kSentinel, kSentinel}};
+  double distance = c.Below(4) == 0 ? std::fabs(c.Number()) : 1e10;
+  const double margin = c.Below(2) == 0 ? 0.0 : c.Number() * 0.25;
+  h.Add(gsl_InPlaneSegSegMinDirectionalDist(call.direction, call.a[0], call.a[1], call.b[0],
+                                            call.b[1], twoSided, margin, contacts, distance));
+  h.Add(distance);
+  h.Add(contacts[0]);
+  h.Add(contacts[1]);
+}
+
+void HashThreePoints(Hasher& h, Corpus& c) {
+  const gsl_Point p = c.Point(), q = c.Point(), r = c.Point();
+  gsl_Vector normal;
+  h.Add(gsl_NormalToThreePoints(p, q, r, normal));
+  h.Add(normal);
+  gsl_Point centre(kSentinel, kSentinel, kSentinel);
+  gsl_ComputeCircumCircle(p, q, r, centre, normal);
+  h.Add(centre);
+  h.Add(normal);
+  for (const bool atCircumcentre : {false, true}) {
+    gsl_Point origin(kSentinel, kSentinel, kSentinel);
+    gsl_Vector x, y, z;
+    gsl_Transcribe3PointsIntoOriginAndAxes(atCircumcentre, p, q, r, origin, x, y, z);
+    h.Add(origin);
+    h.Add(x);
+    h.Add(y);
+    h.Add(z);
+  }
+}
+
+void HashDatum(Hasher& h, Corpus& c) {
+  const gsl_Dot p(c.Point()), q(c.Point()), r(c.Point());
+  const gsl_StLine a = c.Line(), b = c.Line();
+  const gsl_Plane plane = c.Plane(), other = c.Plane();
+  const double s = c.Number();
+  h.Add(gsl_ThreePointsColinear(&p, &q, &r));
+  const gsl_Dot beyond(p.GetPoint() + gsl_Vector(p.GetPoint(), q.GetPoint()) * s);
+  h.Add(gsl_ThreePointsColinear(&p, &q, &beyond));
+  h.Add(gsl_PointsAreCoincident(&p, &q));
+  const gsl_Dot beside(p.GetPoint() + gsl_Vector(s * 1e-6, 0.0, 0.0));
+  h.Add(gsl_PointsAreCoincident(&p, &beside));
+  h.Add(gsl_LinesAreParallel(&a, &b));
+  const gsl_StLine along(b.PointOn(), a.Direction() * s);
+  h.Add(gsl_LinesAreParallel(&a, &along));
+  h.Add(gsl_LinesAreSkew(&a, &b));
+  const gsl_StLine through(a.PointOn() + a.Direction() * s, b.Direction());
+  h.Add(gsl_LinesAreSkew(&a, &through));
+  h.Add(gsl_PlanesAreParallel(&plane, &other));
+  const gsl_Plane opposite(other.PointOn(), plane.Direction() * -s);
+  h.Add(gsl_PlanesAreParallel(&plane, &opposite));
+  const gsl_ModelSegment segment(p, q);
+  h.Add(segment.Direction());
+  h.Add(segment.Length());
+  const std::unique_ptr<omu_Primitive> unit(omu_ReturnPrim(segment));
+  for (std::size_t i = 0; i < 3; ++i)
+    h.Add(static_cast<const omu_PrimTuple&>(*unit).Number(i));
+}
+
 /// Small systems, now and then one that is large enough for blocks: with ties, dependent columns,
 /// zero rows, and whatever the corpus has.
 SquareMatrix System(Corpus& c) {
@@ -429,6 +567,10 @@ constexpr Family kFamilies[] = {
     {"lines and planes", HashLinesAndPlanes, 5, 0x669032e79cfef9af},
     {"segment", HashSegment, 6, 0xcb6e2cbf805b0575},
     {"triangle sweep", HashTriangleSweep, 7, 0xe5e361c5e264a5d7},
+    {"box", HashBox, 8, 0x616b9fb15c0d744a},
+    {"in-plane sweep", HashInPlaneSweep, 9, 0x93ecf5c013f56004},
+    {"three points", HashThreePoints, 10, 0x941b264d66734884},
+    {"datum", HashDatum, 11, 0xee8a54dbcd92608c},
     {"linear solver", HashSolver, 16, 0x6d39e47e676fae65},
     {"labelling", HashLabelling, 54, 0x36142e977c96fd00},
 };
@@ -466,6 +608,34 @@ TEST(Golden, CorpusReachesTheBranches) {
   }
   EXPECT_GT(crossings, 100);
   EXPECT_GT(contacts, 1000);
+}
+
+TEST(Golden, CorpusReachesTheBranchesOfTheDatumFamilies) {
+  Corpus corpus(8);
+  int meeting = 0, empty = 0, inPlane = 0, centres = 0;
+  for (int round = 0; round < kRounds; ++round) {
+    corpus.NextKind();
+    const gsl_Point p[3] = {corpus.Point(), corpus.Point(), corpus.Point()};
+    const gsl_BBox box = BoxOf(p[0], p[1]);
+    gsl_BBox other(box);
+    other.min = p[2];
+    meeting += box.Intersect(other);
+    empty += other.IsEmpty();
+    gsl_Point centre(kSentinel, kSentinel, kSentinel);
+    gsl_Vector normal;
+    gsl_ComputeCircumCircle(p[0], p[1], p[2], centre, normal);
+    centres += centre.x != kSentinel;
+    const InPlaneCall call = InPlane(corpus);
+    const bool twoSided[2] = {true, true};
+    gsl_Point contacts[2];
+    double distance = 1e10;
+    inPlane += gsl_InPlaneSegSegMinDirectionalDist(call.direction, call.a[0], call.a[1], call.b[0],
+                                                   call.b[1], twoSided, 0.0, contacts, distance);
+  }
+  for (const int count : {meeting, empty, inPlane, centres}) {
+    EXPECT_GT(count, kRounds / 20);
+    EXPECT_LT(count, kRounds - kRounds / 20);
+  }
 }
 
 TEST(Golden, SystemsAreSolvedRefusedExchangedAndFloored) {
