@@ -1,7 +1,7 @@
 #include "EntityTranscription.h"
 
 #include "Numbers.h"
-#include "SettingsGuard.h"
+#include "ScopedSettings.h"
 #include "TestScale.h"
 #include "gsl_Plane.h"
 #include "gsl_Segment.h"
@@ -113,7 +113,7 @@ struct Scene {
 /// Calls agree(scene, tolerances) on many scenes under several settings.
 template <class Agree>
 void ForManyScenes(const Agree& agree) {
-  const SettingsGuard settings;
+  const ScopedSettings settings;
   const transcription::Tolerances all[] = {{1e-6, 1e-10}, {1e-3, 1e-10}, {0.5, 0.1}};
   numbers::Random random(kSeed);
   std::printf("seed %" PRIu64 "\n", kSeed);

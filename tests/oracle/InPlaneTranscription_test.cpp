@@ -1,13 +1,13 @@
 #include "InPlaneTranscription.h"
 
 #include "InPlaneCases.h"
+#include "PointChecks.h"
 #include "ScopedSettings.h"
 #include "TestScale.h"
 #include "gsl_InPlaneSegSegMinDirectionalDist.h"
 
 #include <cinttypes>
 #include <cstdio>
-#include <cstring>
 #include <gtest/gtest.h>
 #include <set>
 #include <string>
@@ -19,14 +19,6 @@ using in_plane_transcription::Branch;
 using Counts = std::vector<long>;
 
 constexpr std::uint64_t kSeed = 0x1A7E5EED;
-
-bool SameBits(double a, double b) {
-  return std::memcmp(&a, &b, sizeof a) == 0 || (std::isnan(a) && std::isnan(b));
-}
-
-bool SameBits(const gsl_Point& a, const gsl_Point& b) {
-  return SameBits(a.x, b.x) && SameBits(a.y, b.y) && SameBits(a.z, b.z);
-}
 
 /// Whose identity a contact carries.
 enum class Identity { A0, A1, B0, B1, Before0, Before1, Contact0, Null, Fresh };

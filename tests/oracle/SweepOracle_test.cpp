@@ -10,6 +10,7 @@
 #include <cstdio>
 #include <functional>
 #include <gtest/gtest.h>
+#include <limits>
 #include <string>
 #include <thread>
 

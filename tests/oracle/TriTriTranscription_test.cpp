@@ -1,5 +1,6 @@
 #include "TriTriTranscription.h"
 
+#include "PointChecks.h"
 #include "ScopedSettings.h"
 #include "SweepCases.h"
 #include "TestScale.h"
@@ -7,7 +8,6 @@
 
 #include <cinttypes>
 #include <cstdio>
-#include <cstring>
 #include <gtest/gtest.h>
 #include <set>
 #include <string>
@@ -19,14 +19,6 @@ using transcription::Branch;
 using Counts = std::vector<long>;
 
 constexpr std::uint64_t kSeed = 0x7A5C0DE5u;
-
-bool SameBits(double a, double b) {
-  return std::memcmp(&a, &b, sizeof a) == 0 || (std::isnan(a) && std::isnan(b));
-}
-
-bool SameBits(const gsl_Point& a, const gsl_Point& b) {
-  return SameBits(a.x, b.x) && SameBits(a.y, b.y) && SameBits(a.z, b.z);
-}
 
 /// What a call did.
 struct Outcome {

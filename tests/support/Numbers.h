@@ -36,6 +36,11 @@ inline std::uint64_t Bits(double x) {
   return bits;
 }
 
+/// The same bits; one NaN is as good as another.
+inline bool SameBits(double a, double b) {
+  return Bits(a) == Bits(b) || (std::isnan(a) && std::isnan(b));
+}
+
 /// Values that no caller would choose.
 inline const std::vector<double>& Hostile() {
   static const std::vector<double> values = {

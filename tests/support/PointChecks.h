@@ -1,15 +1,15 @@
 #ifndef POINT_CHECKS_H
 #define POINT_CHECKS_H
 
+#include "Numbers.h"
 #include "gsl_Point.h"
 #include "gsl_Vector.h"
 
-#include <cstring>
 #include <gtest/gtest.h>
-#include <limits>
 
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
+using numbers::kInfinity;
+using numbers::kNaN;
+using numbers::SameBits;
 
 /// What outputs hold before a call that must not write them.
 inline gsl_Point Sentinel() {
@@ -17,14 +17,13 @@ inline gsl_Point Sentinel() {
 }
 constexpr double kSentinelNumber = -77.0625;
 
-inline bool SameBits(double a, double b) {
-  return std::memcmp(&a, &b, sizeof a) == 0;
+inline bool SameBits(const gsl_Point& a, const gsl_Point& b) {
+  return SameBits(a.x, b.x) && SameBits(a.y, b.y) && SameBits(a.z, b.z);
 }
 
 /// The coordinates and the identity of `expected`, bit for bit.
 inline testing::AssertionResult Is(const gsl_Point& actual, const gsl_Point& expected) {
-  if (SameBits(actual.x, expected.x) && SameBits(actual.y, expected.y) &&
-      SameBits(actual.z, expected.z) && actual.uid == expected.uid) {
+  if (SameBits(actual, expected) && actual.uid == expected.uid) {
     return testing::AssertionSuccess();
   }
   return testing::AssertionFailure()

@@ -3,26 +3,20 @@
 
 #include "gsl_Util.h"
 
-/// Restores the tolerances of the process when it goes out of scope.
+/// The settings, to be changed freely: what they were comes back at the end of the scope.
 class ScopedSettings {
 public:
-  ScopedSettings()
-      : linear((*this)->linearTolerance), zero((*this)->zeroTolerance),
-        cosine((*this)->cosineTolerance) {}
-  ~ScopedSettings() {
-    (*this)->linearTolerance = linear;
-    (*this)->zeroTolerance = zero;
-    (*this)->cosineTolerance = cosine;
-  }
+  ScopedSettings() : before(*Get()) {}
+  ~ScopedSettings() { *Get() = before; }
   ScopedSettings(const ScopedSettings&) = delete;
   ScopedSettings& operator=(const ScopedSettings&) = delete;
 
-  gsl_Util* operator->() const { return &omi_Singleton<gsl_Util>::Instance(); }
+  gsl_Util* operator->() const { return Get(); }
 
 private:
-  double linear;
-  double zero;
-  double cosine;
+  static gsl_Util* Get() { return &omi_Singleton<gsl_Util>::Instance(); }
+
+  const gsl_Util before;
 };
 
 #endif

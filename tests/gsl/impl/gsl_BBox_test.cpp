@@ -1,5 +1,6 @@
 #include "gsl_BBox.h"
 
+#include "Numbers.h"
 #include "RandomNumbers.h"
 #include "ScopedSettings.h"
 #include "TestScale.h"
@@ -14,21 +15,14 @@
 
 namespace {
 
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
+using numbers::kInfinity;
+using numbers::kNaN;
 
 gsl_BBox BoxOf(const gsl_Point& a, const gsl_Point& b) {
   gsl_BBox box;
   box.Add(a);
   box.Add(b);
   return box;
-}
-
-template <class T>
-void ExpectXyz(const T& actual, double x, double y, double z, double tol = 0.0) {
-  EXPECT_NEAR(actual.x, x, tol);
-  EXPECT_NEAR(actual.y, y, tol);
-  EXPECT_NEAR(actual.z, z, tol);
 }
 
 gsl_Matrix RotationAbout(const gsl_Vector& axis, double angle) {
@@ -40,20 +34,20 @@ gsl_Matrix RotationAbout(const gsl_Vector& axis, double angle) {
 TEST(GslBBox, NewBoxIsEmpty) {
   const gsl_BBox box;
   EXPECT_TRUE(box.IsEmpty());
-  ExpectXyz(box.min, 0.0, 0.0, 0.0);
-  ExpectXyz(box.max, -1.0, -1.0, -1.0);
+  EXPECT_XYZ(box.min, 0.0, 0.0, 0.0);
+  EXPECT_XYZ(box.max, -1.0, -1.0, -1.0);
   EXPECT_EQ(box.Size(), -1.0);
   EXPECT_EQ(box.XLen(), -1.0);
   EXPECT_EQ(box.YLen(), -1.0);
   EXPECT_EQ(box.ZLen(), -1.0);
-  ExpectXyz(box.Diag(), 0.0, 0.0, 0.0);
+  EXPECT_XYZ(box.Diag(), 0.0, 0.0, 0.0);
   EXPECT_EQ(box.Diag().magnitude, 0.0);
   EXPECT_FALSE(box.Uid().IsNull());
 }
 
 TEST(GslBBox, EmptyBoxHasACentreAllTheSame) {
   gsl_BBox box;
-  ExpectXyz(box.Center(), -0.5, -0.5, -0.5);
+  EXPECT_XYZ(box.Center(), -0.5, -0.5, -0.5);
 }
 
 TEST(GslBBox, OnePointMakesABoxThatIsNotEmpty) {
@@ -61,8 +55,8 @@ TEST(GslBBox, OnePointMakesABoxThatIsNotEmpty) {
   gsl_BBox box;
   box.Add(p);
   EXPECT_FALSE(box.IsEmpty());
-  ExpectXyz(box.min, 1.5, -2.0, 3.0);
-  ExpectXyz(box.max, 1.5, -2.0, 3.0);
+  EXPECT_XYZ(box.min, 1.5, -2.0, 3.0);
+  EXPECT_XYZ(box.max, 1.5, -2.0, 3.0);
   EXPECT_EQ(box.min.uid, p.uid);
   EXPECT_EQ(box.max.uid, p.uid);
   EXPECT_EQ(box.Size(), 0.0);
@@ -72,8 +66,8 @@ TEST(GslBBox, OnePointMakesABoxThatIsNotEmpty) {
 TEST(GslBBox, PointOutsideGrowsOnlyTheAxesItIsBeyond) {
   gsl_BBox box = BoxOf({0.0, 0.0, 0.0}, {1.0, 1.0, 1.0});
   box.Add(gsl_Point(-0.5, 2.0, 0.0));
-  ExpectXyz(box.min, -0.5, 0.0, 0.0);
-  ExpectXyz(box.max, 1.0, 2.0, 1.0);
+  EXPECT_XYZ(box.min, -0.5, 0.0, 0.0);
+  EXPECT_XYZ(box.max, 1.0, 2.0, 1.0);
 }
 
 TEST(GslBBox, GrowingKeepsTheIdentitiesOfCornersAndBox) {
@@ -92,24 +86,24 @@ TEST(GslBBox, ItsOwnCornerCanBeAdded) {
   gsl_BBox box = BoxOf({0.0, 0.0, 0.0}, {1.0, 2.0, 3.0});
   box.Add(box.min);
   box.Add(box.max);
-  ExpectXyz(box.min, 0.0, 0.0, 0.0);
-  ExpectXyz(box.max, 1.0, 2.0, 3.0);
+  EXPECT_XYZ(box.min, 0.0, 0.0, 0.0);
+  EXPECT_XYZ(box.max, 1.0, 2.0, 3.0);
   gsl_BBox empty;
   empty.Add(empty.max);
-  ExpectXyz(empty.min, -1.0, -1.0, -1.0);
-  ExpectXyz(empty.max, -1.0, -1.0, -1.0);
+  EXPECT_XYZ(empty.min, -1.0, -1.0, -1.0);
+  EXPECT_XYZ(empty.max, -1.0, -1.0, -1.0);
 }
 
 TEST(GslBBox, AddingAnEmptyBoxChangesNothing) {
   gsl_BBox box = BoxOf({0.0, 0.0, 0.0}, {1.0, 2.0, 3.0});
   box.Add(gsl_BBox());
-  ExpectXyz(box.min, 0.0, 0.0, 0.0);
-  ExpectXyz(box.max, 1.0, 2.0, 3.0);
+  EXPECT_XYZ(box.min, 0.0, 0.0, 0.0);
+  EXPECT_XYZ(box.max, 1.0, 2.0, 3.0);
   // Nor does a box that does not hold the corners of the empty state.
   gsl_BBox away = BoxOf({5.0, 5.0, 5.0}, {6.0, 6.0, 6.0});
   away.Add(gsl_BBox());
-  ExpectXyz(away.min, 5.0, 5.0, 5.0);
-  ExpectXyz(away.max, 6.0, 6.0, 6.0);
+  EXPECT_XYZ(away.min, 5.0, 5.0, 5.0);
+  EXPECT_XYZ(away.max, 6.0, 6.0, 6.0);
   gsl_BBox empty;
   const cls_Uid corner = empty.min.uid;
   empty.Add(gsl_BBox());
@@ -122,8 +116,8 @@ TEST(GslBBox, EmptyBoxTakesTheCornersOfAnotherButNotItsIdentity) {
   gsl_BBox grown;
   const cls_Uid uid = grown.Uid();
   grown.Add(box);
-  ExpectXyz(grown.min, 0.0, 0.0, 0.0);
-  ExpectXyz(grown.max, 1.0, 2.0, 3.0);
+  EXPECT_XYZ(grown.min, 0.0, 0.0, 0.0);
+  EXPECT_XYZ(grown.max, 1.0, 2.0, 3.0);
   EXPECT_EQ(grown.min.uid, box.min.uid);
   EXPECT_EQ(grown.max.uid, box.max.uid);
   EXPECT_EQ(grown.Uid(), uid);
@@ -132,8 +126,8 @@ TEST(GslBBox, EmptyBoxTakesTheCornersOfAnotherButNotItsIdentity) {
 TEST(GslBBox, AddingABoxUnites) {
   gsl_BBox box = BoxOf({0.0, 0.0, 0.0}, {1.0, 1.0, 1.0});
   box.Add(BoxOf({-1.0, 0.5, 0.5}, {0.5, 4.0, 0.75}));
-  ExpectXyz(box.min, -1.0, 0.0, 0.0);
-  ExpectXyz(box.max, 1.0, 4.0, 1.0);
+  EXPECT_XYZ(box.min, -1.0, 0.0, 0.0);
+  EXPECT_XYZ(box.max, 1.0, 4.0, 1.0);
 }
 
 TEST(GslBBox, EmptyMeansMinBeyondMaxOnAnyAxis) {
@@ -146,8 +140,8 @@ TEST(GslBBox, EmptyMeansMinBeyondMaxOnAnyAxis) {
     EXPECT_EQ(box.Size(), -1.0);
     EXPECT_EQ(box.Diag().magnitude, 0.0);
     box.Add(gsl_Point(7.0, 8.0, 9.0));
-    ExpectXyz(box.min, 7.0, 8.0, 9.0);
-    ExpectXyz(box.max, 7.0, 8.0, 9.0);
+    EXPECT_XYZ(box.min, 7.0, 8.0, 9.0);
+    EXPECT_XYZ(box.max, 7.0, 8.0, 9.0);
   }
 }
 
@@ -156,8 +150,8 @@ TEST(GslBBox, VacateGivesTheEmptyState) {
   EXPECT_FALSE(box.IsEmpty());
   box.Vacate();
   EXPECT_TRUE(box.IsEmpty());
-  ExpectXyz(box.min, 0.0, 0.0, 0.0);
-  ExpectXyz(box.max, -1.0, -1.0, -1.0);
+  EXPECT_XYZ(box.min, 0.0, 0.0, 0.0);
+  EXPECT_XYZ(box.max, -1.0, -1.0, -1.0);
 }
 
 TEST(GslBBox, CornersComeFirstAndTheIdentityLast) {
@@ -182,8 +176,8 @@ TEST(GslBBox, CopyAndAssignmentTakeCornersAndIdentities) {
   gsl_BBox& result = (assigned = box);
   EXPECT_EQ(&result, &assigned);
   for (const gsl_BBox* const b : {&copy, static_cast<const gsl_BBox*>(&assigned)}) {
-    ExpectXyz(b->min, 0.0, 0.0, 0.0);
-    ExpectXyz(b->max, 1.0, 2.0, 3.0);
+    EXPECT_XYZ(b->min, 0.0, 0.0, 0.0);
+    EXPECT_XYZ(b->max, 1.0, 2.0, 3.0);
     EXPECT_EQ(b->Uid(), box.Uid());
     EXPECT_EQ(b->min.uid, box.min.uid);
     EXPECT_EQ(b->max.uid, box.max.uid);
@@ -232,15 +226,15 @@ TEST(GslBBox, IntersectLeavesBothAlone) {
   const gsl_BBox a = BoxOf({0.0, 0.0, 0.0}, {1.0, 1.0, 1.0});
   const gsl_BBox b = BoxOf({5.0, 5.0, 5.0}, {6.0, 6.0, 6.0});
   EXPECT_FALSE(a.Intersect(b));
-  ExpectXyz(a.max, 1.0, 1.0, 1.0);
-  ExpectXyz(b.min, 5.0, 5.0, 5.0);
+  EXPECT_XYZ(a.max, 1.0, 1.0, 1.0);
+  EXPECT_XYZ(b.min, 5.0, 5.0, 5.0);
 }
 
 TEST(GslBBox, RotationEnlargesToHoldEveryCorner) {
   gsl_BBox box = BoxOf({-1.0, -1.0, 0.0}, {1.0, 1.0, 0.0});
   box.Transform(RotationAbout({0.0, 0.0, 1.0}, std::acos(-1.0) / 4.0));
-  ExpectXyz(box.min, -std::sqrt(2.0), -std::sqrt(2.0), 0.0, 1e-15);
-  ExpectXyz(box.max, std::sqrt(2.0), std::sqrt(2.0), 0.0, 1e-15);
+  EXPECT_XYZ_NEAR(box.min, -std::sqrt(2.0), -std::sqrt(2.0), 0.0, 1e-15);
+  EXPECT_XYZ_NEAR(box.max, std::sqrt(2.0), std::sqrt(2.0), 0.0, 1e-15);
 }
 
 TEST(GslBBox, TranslationMovesTheBox) {
@@ -248,8 +242,8 @@ TEST(GslBBox, TranslationMovesTheBox) {
   m.SetTranslation({10.0, 20.0, 30.0});
   gsl_BBox box = BoxOf({0.0, 0.0, 0.0}, {1.0, 2.0, 4.0});
   box.Transform(m);
-  ExpectXyz(box.min, 10.0, 20.0, 30.0);
-  ExpectXyz(box.max, 11.0, 22.0, 34.0);
+  EXPECT_XYZ(box.min, 10.0, 20.0, 30.0);
+  EXPECT_XYZ(box.max, 11.0, 22.0, 34.0);
 }
 
 TEST(GslBBox, TransformOfAnEmptyBoxChangesNothing) {
@@ -259,8 +253,8 @@ TEST(GslBBox, TransformOfAnEmptyBoxChangesNothing) {
   const gsl_BBox before(box);
   box.Transform(m);
   EXPECT_TRUE(box.IsEmpty());
-  ExpectXyz(box.min, 0.0, 0.0, 0.0);
-  ExpectXyz(box.max, -1.0, -1.0, -1.0);
+  EXPECT_XYZ(box.min, 0.0, 0.0, 0.0);
+  EXPECT_XYZ(box.max, -1.0, -1.0, -1.0);
   EXPECT_EQ(box.Uid(), before.Uid());
   EXPECT_EQ(box.min.uid, before.min.uid);
 }
@@ -281,8 +275,8 @@ TEST(GslBBox, LengthsSizeCentreAndDiagonal) {
   EXPECT_EQ(box.YLen(), 3.0);
   EXPECT_EQ(box.ZLen(), 6.0);
   EXPECT_EQ(box.Size(), 7.0);
-  ExpectXyz(box.Center(), 2.0, 3.5, 6.0);
-  ExpectXyz(box.Diag(), 2.0, 3.0, 6.0);
+  EXPECT_XYZ(box.Center(), 2.0, 3.5, 6.0);
+  EXPECT_XYZ(box.Diag(), 2.0, 3.0, 6.0);
   EXPECT_EQ(box.Diag().magnitude, 7.0);
   EXPECT_NE(box.Center().uid, box.min.uid);
 }
@@ -343,8 +337,8 @@ TEST(GslBBox, NotANumberStaysWhereItEnteredFirstAndIsPassedOverLater) {
   EXPECT_EQ(first.max.y, 5.0);
   gsl_BBox later = BoxOf({0.0, 0.0, 0.0}, {1.0, 1.0, 1.0});
   later.Add(gsl_Point(kNaN, 5.0, kNaN));
-  ExpectXyz(later.min, 0.0, 0.0, 0.0);
-  ExpectXyz(later.max, 1.0, 5.0, 1.0);
+  EXPECT_XYZ(later.min, 0.0, 0.0, 0.0);
+  EXPECT_XYZ(later.max, 1.0, 5.0, 1.0);
 }
 
 TEST(GslBBox, InfiniteCornersAreKept) {

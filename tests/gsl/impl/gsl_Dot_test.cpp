@@ -2,6 +2,8 @@
 
 #include "CountedDot.h"
 #include "FailingAllocation.h"
+#include "FeatureList.h"
+#include "Numbers.h"
 #include "VirtualSlot.h"
 
 #include <gtest/gtest.h>
@@ -11,14 +13,7 @@
 namespace {
 
 void ExpectAt(const gsl_Dot& dot, double x, double y, double z) {
-  EXPECT_EQ(dot.GetPoint().x, x);
-  EXPECT_EQ(dot.GetPoint().y, y);
-  EXPECT_EQ(dot.GetPoint().z, z);
-}
-
-const ftr_FeatureList* AnyFeatures() {
-  static const char storage = 0;
-  return reinterpret_cast<const ftr_FeatureList*>(&storage);
+  EXPECT_XYZ(dot.GetPoint(), x, y, z);
 }
 
 TEST(GslDot, DefaultIsMadeFromAPointAtTheOriginAndStandsForNoEntity) {
@@ -128,7 +123,7 @@ TEST(GslDot, SetValuesKeepsMethodIdsAndIdentities) {
 TEST(GslDot, RegenerateIsTrueAndChangesNothing) {
   gsl_Dot dot(1.0, 2.0, 3.0);
   EXPECT_TRUE(dot.Regenerate(nullptr));
-  EXPECT_TRUE(dot.Regenerate(AnyFeatures()));
+  EXPECT_TRUE(dot.Regenerate(UnreadableList()));
   ExpectAt(dot, 1.0, 2.0, 3.0);
 }
 

@@ -193,6 +193,27 @@ TEST(GslInPlaneSweep, AlongANegativeMarginLoosensTheRunningMinimum) {
   sweep.ExpectEnd(0, sweep.a[1]);
 }
 
+TEST(GslInPlaneSweep, OnlyBAlongANegativeMarginLoosensTheRunningMinimum) {
+  Sweep sweep({1.0, 0.0, 0.0}, {-1.0, 0.0, 0.0}, {0.5, 4.0, 0.0}, {0.5, 6.0, 0.0});
+  sweep.margin = -5.0;
+  sweep.distance = 1.5;
+  EXPECT_TRUE(sweep());
+  // End 0 is 4 away, and then end 1 at 6 is no more than 5 farther.
+  EXPECT_EQ(sweep.distance, 6.0);
+  sweep.ExpectEnd(1, sweep.b[1]);
+}
+
+TEST(GslInPlaneSweep, BothAlongANegativeMarginLoosensTheRunningMinimum) {
+  Sweep sweep({0.0, 0.0, 0.0}, {0.0, 1.0, 0.0}, {0.0, 3.0, 0.0}, {0.0, 4.0, 0.0});
+  sweep.margin = -5.0;
+  sweep.distance = 1.5;
+  EXPECT_TRUE(sweep());
+  // The gaps are 3, 4, 2 and 3 in their order; the last one stays.
+  EXPECT_EQ(sweep.distance, 3.0);
+  sweep.ExpectEnd(0, sweep.a[1]);
+  sweep.ExpectEnd(1, sweep.b[1]);
+}
+
 TEST(GslInPlaneSweep, SecondPassStoresTheEndOfAWithTheSameIndex) {
   Sweep first({2.0, 0.0, 0.0}, {-2.0, 0.0, 0.0}, {-1.0, 3.0, 0.0}, {1.0, 5.0, 0.0});
   EXPECT_TRUE(first());

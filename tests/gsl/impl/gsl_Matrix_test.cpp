@@ -1,7 +1,7 @@
 #include "gsl_Matrix.h"
 
 #include "Numbers.h"
-#include "SettingsGuard.h"
+#include "ScopedSettings.h"
 
 #include <gtest/gtest.h>
 #include <rapidcheck/gtest.h>
@@ -115,7 +115,7 @@ TEST(GslMatrix, EqualityIsClosedAtAFixedTolerance) {
 }
 
 TEST(GslMatrix, EqualityUsesNoSettingAndNotTheFlag) {
-  const SettingsGuard settings;
+  const ScopedSettings settings;
   settings->linearTolerance = settings->cosineTolerance = settings->zeroTolerance =
       settings->coarseTolerance = 100.0;
   gsl_Matrix a, b;
@@ -301,7 +301,7 @@ TEST(GslMatrixIsIdentity, NaNIsNotTheIdentity) {
 }
 
 TEST(GslMatrixIsIdentity, UsesNoSetting) {
-  const SettingsGuard settings;
+  const ScopedSettings settings;
   settings->linearTolerance = settings->cosineTolerance = settings->zeroTolerance =
       settings->coarseTolerance = 100.0;
   gsl_Matrix m;
@@ -589,7 +589,7 @@ TEST(GslMatrixAxisRotation, AShortAxisLeavesTheIdentityStrictly) {
 }
 
 TEST(GslMatrixAxisRotation, ReadsTheToleranceAtOnce) {
-  const SettingsGuard settings;
+  const ScopedSettings settings;
   gsl_Matrix m;
   settings->linearTolerance = Above(2.0);
   m.AxisRotation(gsl_Point(), gsl_Vector(0.0, 0.0, 2.0), 1.0);
@@ -719,7 +719,7 @@ TEST(GslMatrixGetAxisRotation, ScalesByTheLastEntry) {
 }
 
 TEST(GslMatrixGetAxisRotation, AxisNeedsAnAngleStrictlyAboveTheCosineTolerance) {
-  const SettingsGuard settings;
+  const ScopedSettings settings;
   const gsl_Matrix m = Rotation(gsl_Vector(0.0, 0.0, 1.0), 0.5);
   const double angle = AxisAngle(m).angle;
   settings->cosineTolerance = angle;

@@ -2,6 +2,8 @@
 
 #include "CountedDot.h"
 #include "FailingAllocation.h"
+#include "FeatureList.h"
+#include "Numbers.h"
 #include "VirtualSlot.h"
 #include "omu_PrimTuple.h"
 
@@ -10,13 +12,6 @@
 #include <type_traits>
 
 namespace {
-
-template <class T>
-void ExpectXyz(const T& actual, double x, double y, double z) {
-  EXPECT_EQ(actual.x, x);
-  EXPECT_EQ(actual.y, y);
-  EXPECT_EQ(actual.z, z);
-}
 
 std::unique_ptr<omu_PrimTuple> TupleOf(const gsl_ModelSegment& segment) {
   omu_Primitive* const primitive = omu_ReturnPrim(segment);
@@ -39,14 +34,14 @@ TEST(GslModelSegment, DefaultHasNoEnds) {
   EXPECT_FALSE(segment.HasPoint1());
   EXPECT_FALSE(segment.HasPoint2());
   EXPECT_EQ(segment.Length(), 0.0);
-  ExpectXyz(segment.Direction(), 0.0, 0.0, 1.0);
+  EXPECT_XYZ(segment.Direction(), 0.0, 0.0, 1.0);
   EXPECT_EQ(segment.Direction().magnitude, 1.0);
   EXPECT_FALSE(segment.Uid().IsNull());
 }
 
 TEST(GslModelSegment, DirectionRunsFromTheFirstEndAndIsNotNormalised) {
   const gsl_ModelSegment segment(gsl_Dot(1.0, 0.0, 0.0), gsl_Dot(4.0, 0.0, 4.0));
-  ExpectXyz(segment.Direction(), 3.0, 0.0, 4.0);
+  EXPECT_XYZ(segment.Direction(), 3.0, 0.0, 4.0);
   EXPECT_EQ(segment.Direction().magnitude, 5.0);
   EXPECT_EQ(segment.Length(), 5.0);
 }
@@ -57,7 +52,7 @@ TEST(GslModelSegment, HoldsCopiesOfTheDotsWithTheirIdentities) {
   const gsl_ModelSegment segment(p1, p2);
   p1.SetValues(9.0, 9.0, 9.0);
   EXPECT_NE(&segment.Point1(), &p1);
-  ExpectXyz(segment.Point1().GetPoint(), 0.0, 0.0, 0.0);
+  EXPECT_XYZ(segment.Point1().GetPoint(), 0.0, 0.0, 0.0);
   EXPECT_EQ(segment.Point1().GetMethod(), gsl_FROM_NODE);
   EXPECT_EQ(segment.Point1().GetEntityId(), 42);
   EXPECT_EQ(segment.Point1().Uid(), p1.Uid());
@@ -119,10 +114,10 @@ TEST(GslModelSegment, RegeneratingACopyLeavesTheSourceAlone) {
                                  CountedDot(gsl_Point(5.0, 0.0, 0.0)));
   gsl_ModelSegment copy(segment);
   copy.Regenerate(nullptr);
-  ExpectXyz(segment.Point1().GetPoint(), 1.0, 0.0, 0.0);
-  ExpectXyz(segment.Point2().GetPoint(), 5.0, 0.0, 0.0);
-  ExpectXyz(copy.Point1().GetPoint(), 2.0, 0.0, 0.0);
-  ExpectXyz(copy.Point2().GetPoint(), 6.0, 0.0, 0.0);
+  EXPECT_XYZ(segment.Point1().GetPoint(), 1.0, 0.0, 0.0);
+  EXPECT_XYZ(segment.Point2().GetPoint(), 5.0, 0.0, 0.0);
+  EXPECT_XYZ(copy.Point1().GetPoint(), 2.0, 0.0, 0.0);
+  EXPECT_XYZ(copy.Point2().GetPoint(), 6.0, 0.0, 0.0);
   EXPECT_NE(&copy.Point1(), &segment.Point1());
   EXPECT_NE(&copy.Point2(), &segment.Point2());
   EXPECT_EQ(copy.Point1().Uid(), segment.Point1().Uid());
@@ -147,8 +142,7 @@ TEST(GslModelSegment, RegenerateOfAnUnsharedSegmentClonesNothing) {
 }
 
 TEST(GslModelSegment, RegeneratePassesTheFeatureListAndIgnoresTheAnswer) {
-  static const char storage = 0;
-  const auto* const features = reinterpret_cast<const ftr_FeatureList*>(&storage);
+  const ftr_FeatureList* const features = UnreadableList();
   gsl_ModelSegment segment(CountedDot(gsl_Point(1.0, 0.0, 0.0)),
                            CountedDot(gsl_Point(5.0, 0.0, 0.0)));
   CountedDot::lastFeatures = nullptr;
@@ -241,7 +235,7 @@ TEST(GslModelSegment, OneEmptyEndIsEnoughForNoLengthAndUnitZ) {
     EXPECT_NE(segment.HasPoint1(), first);
     EXPECT_EQ(segment.HasPoint2(), first);
     EXPECT_EQ(segment.Length(), 0.0);
-    ExpectXyz(segment.Direction(), 0.0, 0.0, 1.0);
+    EXPECT_XYZ(segment.Direction(), 0.0, 0.0, 1.0);
     ExpectTuple(segment, 0.0, 0.0, 1.0);
     segment.Regenerate(nullptr);
     const gsl_Dot& held = first ? segment.Point2() : segment.Point1();
@@ -270,10 +264,10 @@ TEST(GslModelSegment, RegenerateWithoutMemoryForTheCloneLeavesThatEndAsItIs) {
     const FailingAllocation failing(2);
     copy.Regenerate(nullptr);
   }
-  ExpectXyz(copy.Point1().GetPoint(), 2.0, 0.0, 0.0);
-  ExpectXyz(copy.Point2().GetPoint(), 5.0, 0.0, 0.0);
+  EXPECT_XYZ(copy.Point1().GetPoint(), 2.0, 0.0, 0.0);
+  EXPECT_XYZ(copy.Point2().GetPoint(), 5.0, 0.0, 0.0);
   EXPECT_EQ(&copy.Point2(), &segment.Point2());
-  ExpectXyz(segment.Point1().GetPoint(), 1.0, 0.0, 0.0);
+  EXPECT_XYZ(segment.Point1().GetPoint(), 1.0, 0.0, 0.0);
 }
 
 TEST(GslModelSegment, ReturnPrimIsTheUnitDirection) {

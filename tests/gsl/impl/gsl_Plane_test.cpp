@@ -1,5 +1,6 @@
 #include "gsl_Plane.h"
 
+#include "FeatureList.h"
 #include "PointChecks.h"
 #include "VirtualSlot.h"
 
@@ -8,11 +9,6 @@
 #include <type_traits>
 
 namespace {
-
-/// A list to pass that nobody may look into.
-const ftr_FeatureList* UnreadableList() {
-  return reinterpret_cast<const ftr_FeatureList*>(std::uintptr_t{8});
-}
 
 gsl_Plane PlaneWithEveryFieldSet() {
   gsl_Plane plane(gsl_Point(1.0, 2.0, 3.0), gsl_Vector(0.0, 3.0, 4.0));

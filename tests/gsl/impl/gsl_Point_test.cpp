@@ -1,7 +1,7 @@
 #include "gsl_Point.h"
 
 #include "Numbers.h"
-#include "SettingsGuard.h"
+#include "ScopedSettings.h"
 #include "VirtualSlot.h"
 #include "gsl_EntityPredicates.h"
 #include "gsl_Matrix.h"
@@ -118,7 +118,7 @@ TEST(GslPoint, EqualityComparesASquaredDistanceClosed) {
   const gsl_Point o(0.0, 0.0, 0.0);
   EXPECT_TRUE(o == gsl_Point(9e-7, 0.0, 0.0));
   EXPECT_FALSE(o == gsl_Point(1.1e-6, 0.0, 0.0));
-  const SettingsGuard settings;
+  const ScopedSettings settings;
   settings->zeroTolerance = 0.25;
   EXPECT_TRUE(o == gsl_Point(0.0, 0.5, 0.0));
   EXPECT_FALSE(o != gsl_Point(0.0, 0.5, 0.0));
@@ -131,7 +131,7 @@ TEST(GslPoint, EqualityComparesASquaredDistanceClosed) {
 }
 
 TEST(GslPoint, EqualityUsesNoOtherTolerance) {
-  const SettingsGuard settings;
+  const ScopedSettings settings;
   settings->linearTolerance = settings->cosineTolerance = settings->coarseTolerance = 100.0;
   EXPECT_FALSE(gsl_Point(0.0, 0.0, 0.0) == gsl_Point(1.0, 0.0, 0.0));
 }
@@ -285,7 +285,7 @@ TEST(GslPointDistance, AlongADirectionInThePlaneIsUnguarded) {
 }
 
 TEST(GslPointDistance, OrthogonalityIsEvaluatedAndItsAnswerIgnored) {
-  const SettingsGuard settings;
+  const ScopedSettings settings;
   const gsl_Plane plane(gsl_Point(0.0, 0.0, 0.0), gsl_Vector(0.0, 0.0, 1.0));
   const gsl_Point p(0.0, 0.0, 6.0);
   const gsl_Vector slanted(3.0, 0.0, 4.0);
@@ -323,7 +323,7 @@ TEST(GslPointDistance, ToASegmentFromBeyondItsSpanIsToTheNearerEnd) {
 
 TEST(GslPointDistance, ToASegmentATieOfTheEndsIsPointTwo) {
   // Only a projection that fails although it lies midway can tie: with a tolerance of NaN it does.
-  const SettingsGuard settings;
+  const ScopedSettings settings;
   settings->linearTolerance = kNaN;
   const gsl_Segment segment(gsl_Point(-1.0, 0.0, 0.0), gsl_Point(1.0, 0.0, 0.0));
   OutPoint out;
@@ -424,7 +424,7 @@ TEST(GslPointIsOn, APlaneIsStrictOnBothSides) {
 }
 
 TEST(GslPointIsOn, ReadsTheToleranceAtOnce) {
-  const SettingsGuard settings;
+  const ScopedSettings settings;
   const gsl_Point p(0.0, 0.0, 0.5), o(0.0, 0.0, 0.0);
   const gsl_StLine line(o, gsl_Vector(1.0, 0.0, 0.0));
   settings->linearTolerance = Above(0.5);
@@ -474,7 +474,7 @@ TEST(GslPointProjectOn, APlaneGivesTheFoot) {
 }
 
 TEST(GslPointProjectOn, ReadsTheToleranceAtOnce) {
-  const SettingsGuard settings;
+  const ScopedSettings settings;
   const gsl_Point p(3.0, 4.0, 5.0);
   const gsl_StLine line(gsl_Point(1.0, 0.0, 0.0), gsl_Vector(2.0, 0.0, 0.0));
   const gsl_Plane plane(gsl_Point(0.0, 0.0, 1.0), gsl_Vector(0.0, 0.0, 2.0));
@@ -527,7 +527,7 @@ TEST(GslPointProjectOn, ASegmentIsOpenAtExactlyTheTolerance) {
 }
 
 TEST(GslPointProjectOn, ASegmentWithoutAToleranceOfItsOwnTakesTheSetting) {
-  const SettingsGuard settings;
+  const ScopedSettings settings;
   settings->linearTolerance = 1.0;
   const gsl_Segment segment(gsl_Point(0.0, 0.0, 0.0), gsl_Point(4.0, 0.0, 0.0));
   OutPoint out;
@@ -638,7 +638,7 @@ TEST(PointInTriangle, AllWeightsAreWrittenWhenTheFirstFails) {
 }
 
 TEST(PointInTriangle, LimitIsTheSquaredToleranceAgainstTheSquaredDoubledArea) {
-  const SettingsGuard settings;
+  const ScopedSettings settings;
   settings->linearTolerance = 0.5;
   // Doubled area 4, nn = 16; a point at y = -d below the first edge has weight -d / 2 at the third
   // vertex, so its product is -8 d: inside up to d = 1/32, exactly included.
@@ -677,7 +677,7 @@ TEST(PointSegmentParameters, BothAreWrittenWhenTheFirstFails) {
 }
 
 TEST(PointSegmentParameters, ExactlyTheToleranceBeyondAnEndIsAccepted) {
-  const SettingsGuard settings;
+  const ScopedSettings settings;
   settings->linearTolerance = 0.5;
   const gsl_Point p0(0.0, 0.0, 0.0), p1(4.0, 0.0, 0.0);
   double w[2];
@@ -688,7 +688,7 @@ TEST(PointSegmentParameters, ExactlyTheToleranceBeyondAnEndIsAccepted) {
 }
 
 TEST(PointSegmentParameters, LengthOfExactlyTheToleranceIsDegenerate) {
-  const SettingsGuard settings;
+  const ScopedSettings settings;
   settings->linearTolerance = 0.5;
   const gsl_Point p0(0.0, 0.0, 0.0), p1(0.5, 0.0, 0.0);
   double w[2] = {kSentinel, kSentinel};
@@ -837,7 +837,7 @@ TEST(GslPointRayIntersect, APlaneWithoutANormalSucceedsWithNaN) {
 }
 
 TEST(GslPointRayIntersect, ReadsTheTolerancesAtOnce) {
-  const SettingsGuard settings;
+  const ScopedSettings settings;
   const gsl_Point p(1.0, 1.0, 4.0);
   const gsl_Vector slanted(3.0, 0.0, -4.0);
   OutPoint out;
@@ -925,7 +925,7 @@ TEST(GslPoint, HostileNumbersNeverCrash) {
 }
 
 TEST(GslPoint, HostileTolerancesNeverCrash) {
-  const SettingsGuard settings;
+  const ScopedSettings settings;
   numbers::Random random(22);
   int yes = 0;
   for (const double tolerance : numbers::Hostile()) {

@@ -1,5 +1,6 @@
 #include "gsl_StLine.h"
 
+#include "FeatureList.h"
 #include "PointChecks.h"
 #include "RandomNumbers.h"
 #include "ScopedSettings.h"
@@ -23,10 +24,6 @@ double JustAbove(double value) {
 
 double JustBelow(double value) {
   return std::nextafter(value, -kInfinity);
-}
-
-const ftr_FeatureList* UnreadableList() {
-  return reinterpret_cast<const ftr_FeatureList*>(std::uintptr_t{8});
 }
 
 gsl_StLine LineWithEveryFieldSet() {

@@ -1,5 +1,6 @@
 #include "gsl_ThreePoints.h"
 
+#include "Numbers.h"
 #include "RandomNumbers.h"
 #include "ScopedSettings.h"
 #include "TestScale.h"
@@ -7,26 +8,12 @@
 
 #include <cmath>
 #include <gtest/gtest.h>
-#include <limits>
 
 namespace {
 
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-
-double Above(double x) {
-  return std::nextafter(x, 1e300);
-}
-
-double Below(double x) {
-  return std::nextafter(x, -1e300);
-}
-
-template <class T>
-void ExpectXyz(const T& actual, double x, double y, double z, double tol = 0.0) {
-  EXPECT_NEAR(actual.x, x, tol);
-  EXPECT_NEAR(actual.y, y, tol);
-  EXPECT_NEAR(actual.z, z, tol);
-}
+using numbers::Above;
+using numbers::Below;
+using numbers::kNaN;
 
 gsl_StLine LineAlong(const gsl_Point& p, const gsl_Vector& d) {
   return {p, d};
@@ -35,15 +22,15 @@ gsl_StLine LineAlong(const gsl_Point& p, const gsl_Vector& d) {
 TEST(GslThreePoints, NormalIsRightHandedAndUnit) {
   gsl_Vector normal(7.0, 7.0, 7.0);
   EXPECT_TRUE(gsl_NormalToThreePoints({0.0, 0.0, 0.0}, {2.0, 0.0, 0.0}, {0.0, 3.0, 0.0}, normal));
-  ExpectXyz(normal, 0.0, 0.0, 1.0);
+  EXPECT_XYZ(normal, 0.0, 0.0, 1.0);
   EXPECT_TRUE(gsl_NormalToThreePoints({0.0, 0.0, 0.0}, {0.0, 3.0, 0.0}, {2.0, 0.0, 0.0}, normal));
-  ExpectXyz(normal, 0.0, 0.0, -1.0);
+  EXPECT_XYZ(normal, 0.0, 0.0, -1.0);
 }
 
 TEST(GslThreePoints, NormalOfCollinearPointsIsWrittenAsZeroAndRefused) {
   gsl_Vector normal(7.0, 7.0, 7.0);
   EXPECT_FALSE(gsl_NormalToThreePoints({0.0, 0.0, 0.0}, {1.0, 1.0, 1.0}, {3.0, 3.0, 3.0}, normal));
-  ExpectXyz(normal, 0.0, 0.0, 0.0);
+  EXPECT_XYZ(normal, 0.0, 0.0, 0.0);
   EXPECT_EQ(normal.magnitude, 0.0);
 }
 
@@ -52,7 +39,7 @@ TEST(GslThreePoints, NormalMustBeLongerThanTheTolerance) {
   settings->linearTolerance = 1.0;
   gsl_Vector normal(7.0, 7.0, 7.0);
   EXPECT_FALSE(gsl_NormalToThreePoints({0.0, 0.0, 0.0}, {1.0, 0.0, 0.0}, {1.0, 1.0, 0.0}, normal));
-  ExpectXyz(normal, 0.0, 0.0, 1.0);
+  EXPECT_XYZ(normal, 0.0, 0.0, 1.0);
   settings->linearTolerance = Below(1.0);
   EXPECT_TRUE(gsl_NormalToThreePoints({0.0, 0.0, 0.0}, {1.0, 0.0, 0.0}, {1.0, 1.0, 0.0}, normal));
 }
@@ -191,8 +178,8 @@ TEST(GslCircumCircle, RightTriangleHasItsCentreAtTheMiddleOfTheHypotenuse) {
   gsl_Point centre;
   gsl_Vector normal;
   gsl_ComputeCircumCircle({0.0, 0.0, 0.0}, {4.0, 0.0, 0.0}, {0.0, 3.0, 0.0}, centre, normal);
-  ExpectXyz(centre, 2.0, 1.5, 0.0, 1e-15);
-  ExpectXyz(normal, 0.0, 0.0, 1.0);
+  EXPECT_XYZ_NEAR(centre, 2.0, 1.5, 0.0, 1e-15);
+  EXPECT_XYZ(normal, 0.0, 0.0, 1.0);
   EXPECT_EQ(normal.magnitude, 1.0);
 }
 
@@ -200,8 +187,8 @@ TEST(GslCircumCircle, NormalFollowsTheOrderOfThePoints) {
   gsl_Point centre;
   gsl_Vector normal;
   gsl_ComputeCircumCircle({0.0, 0.0, 0.0}, {0.0, 3.0, 0.0}, {4.0, 0.0, 0.0}, centre, normal);
-  ExpectXyz(normal, 0.0, 0.0, -1.0);
-  ExpectXyz(centre, 2.0, 1.5, 0.0, 1e-15);
+  EXPECT_XYZ(normal, 0.0, 0.0, -1.0);
+  EXPECT_XYZ_NEAR(centre, 2.0, 1.5, 0.0, 1e-15);
 }
 
 TEST(GslCircumCircle, CentreKeepsItsIdentity) {
@@ -217,7 +204,7 @@ TEST(GslCircumCircle, CentreMayBeOneOfThePoints) {
   gsl_Point p(4.0, 0.0, 0.0);
   gsl_Vector normal;
   gsl_ComputeCircumCircle({0.0, 0.0, 0.0}, p, {0.0, 3.0, 0.0}, p, normal);
-  ExpectXyz(p, 2.0, 1.5, 0.0, 1e-15);
+  EXPECT_XYZ_NEAR(p, 2.0, 1.5, 0.0, 1e-15);
 }
 
 TEST(GslCircumCircle, CollinearPointsLeaveTheCentreAndWriteTheNormal) {
@@ -225,9 +212,9 @@ TEST(GslCircumCircle, CollinearPointsLeaveTheCentreAndWriteTheNormal) {
   const cls_Uid uid = centre.uid;
   gsl_Vector normal(5.0, 5.0, 5.0);
   gsl_ComputeCircumCircle({0.0, 0.0, 0.0}, {1.0, 1.0, 0.0}, {2.0, 2.0, 0.0}, centre, normal);
-  ExpectXyz(centre, 9.0, 8.0, 7.0);
+  EXPECT_XYZ(centre, 9.0, 8.0, 7.0);
   EXPECT_EQ(centre.uid, uid);
-  ExpectXyz(normal, 0.0, 0.0, 0.0);
+  EXPECT_XYZ(normal, 0.0, 0.0, 0.0);
 }
 
 TEST(GslCircumCircle, CoincidentPointsLeaveTheCentre) {
@@ -235,8 +222,8 @@ TEST(GslCircumCircle, CoincidentPointsLeaveTheCentre) {
   gsl_Vector normal(5.0, 5.0, 5.0);
   const gsl_Point p(1.0, 2.0, 3.0);
   gsl_ComputeCircumCircle(p, p, p, centre, normal);
-  ExpectXyz(centre, 9.0, 8.0, 7.0);
-  ExpectXyz(normal, 0.0, 0.0, 0.0);
+  EXPECT_XYZ(centre, 9.0, 8.0, 7.0);
+  EXPECT_XYZ(normal, 0.0, 0.0, 0.0);
 }
 
 TEST(GslCircumCircle, NormalShorterThanTheToleranceIsNotNormalised) {
@@ -245,7 +232,7 @@ TEST(GslCircumCircle, NormalShorterThanTheToleranceIsNotNormalised) {
   gsl_ComputeCircumCircle({0.0, 0.0, 0.0}, {1e-4, 0.0, 0.0}, {0.0, 1e-4, 0.0}, centre, normal);
   EXPECT_NEAR(normal.z, 1e-8, 1e-20);
   // The third equation is then as short, and so is the determinant.
-  ExpectXyz(centre, 9.0, 8.0, 7.0);
+  EXPECT_XYZ(centre, 9.0, 8.0, 7.0);
 }
 
 TEST(GslCircumCircle, DeterminantOfExactlyTheToleranceIsSolved) {
@@ -258,10 +245,10 @@ TEST(GslCircumCircle, DeterminantOfExactlyTheToleranceIsSolved) {
   gsl_Point centre(9.0, 8.0, 7.0);
   settings->linearTolerance = Above(1.0);
   gsl_ComputeCircumCircle(p0, p1, p2, centre, normal);
-  ExpectXyz(centre, 9.0, 8.0, 7.0);
+  EXPECT_XYZ(centre, 9.0, 8.0, 7.0);
   settings->linearTolerance = 1.0;
   gsl_ComputeCircumCircle(p0, p1, p2, centre, normal);
-  ExpectXyz(centre, 0.5, 0.5, 0.0);
+  EXPECT_XYZ(centre, 0.5, 0.5, 0.0);
 }
 
 TEST(GslCircumCircle, BisectingPlaneShorterThanTheToleranceIsNotScaled) {
@@ -271,10 +258,10 @@ TEST(GslCircumCircle, BisectingPlaneShorterThanTheToleranceIsNotScaled) {
   gsl_Point centre(9.0, 8.0, 7.0);
   gsl_Vector normal;
   gsl_ComputeCircumCircle({0.0, 0.0, 0.0}, {0.25, 0.0, 0.0}, {0.25, 100.0, 0.0}, centre, normal);
-  ExpectXyz(centre, 9.0, 8.0, 7.0);
+  EXPECT_XYZ(centre, 9.0, 8.0, 7.0);
   settings->linearTolerance = 0.5;
   gsl_ComputeCircumCircle({0.0, 0.0, 0.0}, {0.25, 0.0, 0.0}, {0.25, 100.0, 0.0}, centre, normal);
-  ExpectXyz(centre, 0.125, 50.0, 0.0);
+  EXPECT_XYZ(centre, 0.125, 50.0, 0.0);
 }
 
 TEST(GslCircumCircle, BisectingPlaneOfExactlyTheToleranceIsScaled) {
@@ -285,7 +272,7 @@ TEST(GslCircumCircle, BisectingPlaneOfExactlyTheToleranceIsScaled) {
   gsl_Point centre(9.0, 8.0, 7.0);
   gsl_Vector normal;
   gsl_ComputeCircumCircle({0.0, 0.0, 0.0}, {0.25, 0.0, 0.0}, {30.25, 40.0, 0.0}, centre, normal);
-  ExpectXyz(centre, 0.125, 31.34375, 0.0, 1e-12);
+  EXPECT_XYZ_NEAR(centre, 0.125, 31.34375, 0.0, 1e-12);
 }
 
 TEST(GslCircumCircle, NormalIsMadeOfTheEdgesFromTheFirstPoint) {
@@ -294,7 +281,7 @@ TEST(GslCircumCircle, NormalIsMadeOfTheEdgesFromTheFirstPoint) {
   gsl_Point centre;
   gsl_Vector normal;
   gsl_ComputeCircumCircle({0.0, 0.0, 0.0}, {far, far, 0.0}, {1.0, 0.0, 0.0}, centre, normal);
-  ExpectXyz(normal, 0.0, 0.0, -1.0);
+  EXPECT_XYZ(normal, 0.0, 0.0, -1.0);
   gsl_Vector throughTheSecond;
   EXPECT_FALSE(
       gsl_NormalToThreePoints({0.0, 0.0, 0.0}, {far, far, 0.0}, {1.0, 0.0, 0.0}, throughTheSecond));
@@ -374,37 +361,37 @@ struct FrameOf {
 TEST(GslThreePointFrame, AtTheFirstPointItStartsExactlyThereWithItsIdentity) {
   const gsl_Point p0(1.0, 2.0, 3.0);
   const FrameOf frame(false, p0, {4.0, 2.0, 3.0}, {2.0, 7.0, 3.0});
-  ExpectXyz(frame.origin, 1.0, 2.0, 3.0);
+  EXPECT_XYZ(frame.origin, 1.0, 2.0, 3.0);
   EXPECT_EQ(frame.origin.uid, p0.uid);
-  ExpectXyz(frame.x, 1.0, 0.0, 0.0);
-  ExpectXyz(frame.y, 0.0, 1.0, 0.0);
-  ExpectXyz(frame.z, 0.0, 0.0, 1.0);
+  EXPECT_XYZ(frame.x, 1.0, 0.0, 0.0);
+  EXPECT_XYZ(frame.y, 0.0, 1.0, 0.0);
+  EXPECT_XYZ(frame.z, 0.0, 0.0, 1.0);
 }
 
 TEST(GslThreePointFrame, AtTheCircumcentreXPointsToTheFirstPoint) {
   const gsl_Point p0(5.0, 1.0, 0.0);
   const FrameOf frame(true, p0, {1.0, 5.0, 0.0}, {-3.0, 1.0, 0.0});
-  ExpectXyz(frame.origin, 1.0, 1.0, 0.0, 1e-15);
+  EXPECT_XYZ_NEAR(frame.origin, 1.0, 1.0, 0.0, 1e-15);
   EXPECT_NE(frame.origin.uid, p0.uid);
-  ExpectXyz(frame.x, 1.0, 0.0, 0.0, 1e-15);
-  ExpectXyz(frame.y, 0.0, 1.0, 0.0, 1e-15);
-  ExpectXyz(frame.z, 0.0, 0.0, 1.0, 1e-15);
+  EXPECT_XYZ_NEAR(frame.x, 1.0, 0.0, 0.0, 1e-15);
+  EXPECT_XYZ_NEAR(frame.y, 0.0, 1.0, 0.0, 1e-15);
+  EXPECT_XYZ_NEAR(frame.z, 0.0, 0.0, 1.0, 1e-15);
 }
 
 TEST(GslThreePointFrame, AtTheCircumcentreTheOriginMayBeTheFirstPoint) {
   gsl_Point p0(5.0, 1.0, 0.0);
   gsl_Vector x, y, z;
   gsl_Transcribe3PointsIntoOriginAndAxes(true, p0, {1.0, 5.0, 0.0}, {-3.0, 1.0, 0.0}, p0, x, y, z);
-  ExpectXyz(p0, 1.0, 1.0, 0.0, 1e-15);
-  ExpectXyz(x, 1.0, 0.0, 0.0, 1e-15);
+  EXPECT_XYZ_NEAR(p0, 1.0, 1.0, 0.0, 1e-15);
+  EXPECT_XYZ_NEAR(x, 1.0, 0.0, 0.0, 1e-15);
 }
 
 TEST(GslThreePointFrame, CollinearPointsAtTheCircumcentreStandOnTheOriginAsItWas) {
   const FrameOf frame(true, {9.0, 8.0, 3.0}, {10.0, 8.0, 3.0}, {12.0, 8.0, 3.0});
-  ExpectXyz(frame.origin, 9.0, 8.0, 7.0);
-  ExpectXyz(frame.x, 0.0, 0.0, -1.0);
-  ExpectXyz(frame.y, 0.0, 0.0, 0.0);
-  ExpectXyz(frame.z, 0.0, 0.0, 0.0);
+  EXPECT_XYZ(frame.origin, 9.0, 8.0, 7.0);
+  EXPECT_XYZ(frame.x, 0.0, 0.0, -1.0);
+  EXPECT_XYZ(frame.y, 0.0, 0.0, 0.0);
+  EXPECT_XYZ(frame.z, 0.0, 0.0, 0.0);
 }
 
 TEST(GslThreePointFrame, AxesShorterThanTheToleranceAreNotNormalised) {

@@ -1,7 +1,7 @@
 #include "gsl_Vector.h"
 
 #include "Numbers.h"
-#include "SettingsGuard.h"
+#include "ScopedSettings.h"
 #include "gsl_Matrix.h"
 #include "gsl_Plane.h"
 #include "gsl_Point.h"
@@ -112,7 +112,7 @@ TEST(GslVectorNormal, ExactlyTheCosineToleranceIsCollinear) {
 }
 
 TEST(GslVectorNormal, UsesTheEdgesOneTwoAndTwoThree) {
-  const SettingsGuard settings;
+  const ScopedSettings settings;
   settings->cosineTolerance = 0.5;
   const gsl_Point o(0.0, 0.0, 0.0), e(1.0, 0.0, 0.0);
   // |b| = sqrt(2) and |a x b| = 1; with |p1p3| = sqrt(5) it would be collinear.
@@ -157,7 +157,7 @@ TEST(GslVector, EqualityIsStrictAtTheTolerance) {
 }
 
 TEST(GslVector, EqualityReadsTheToleranceAtOnce) {
-  const SettingsGuard settings;
+  const ScopedSettings settings;
   const gsl_Vector a(1.0, 0.0, 0.0), b(1.25, 0.0, 0.0);
   EXPECT_FALSE(a == b);
   settings->linearTolerance = Above(0.25);
@@ -171,7 +171,7 @@ TEST(GslVector, EqualsItselfEvenWithNaN) {
   const gsl_Vector& same = nan;
   EXPECT_TRUE(nan == same);
   EXPECT_FALSE(nan == gsl_Vector(nan));
-  const SettingsGuard settings;
+  const ScopedSettings settings;
   settings->linearTolerance = 0.0;
   const gsl_Vector v(1.0, 2.0, 3.0);
   const gsl_Vector& sameV = v;
@@ -272,7 +272,7 @@ TEST(GslVector, NormalizeDividesByTheCachedMagnitude) {
 }
 
 TEST(GslVector, NormalizeReadsTheToleranceAtOnce) {
-  const SettingsGuard settings;
+  const ScopedSettings settings;
   settings->linearTolerance = 2.0;
   gsl_Vector v(1.0, 0.0, 0.0);
   EXPECT_FALSE(v.Normalize());
@@ -291,7 +291,7 @@ TEST(GslVector, NormalizedCopyMultipliesByTheReciprocal) {
 }
 
 TEST(GslVector, NormalizedCopyReadsTheToleranceAtOnce) {
-  const SettingsGuard settings;
+  const ScopedSettings settings;
   const gsl_Vector v(0.0, 0.0, 2.0);
   settings->linearTolerance = Above(2.0);
   EXPECT_XYZ(v.NormalizedCopy(), 0.0, 0.0, 0.0);
@@ -320,7 +320,7 @@ TEST(GslVector, IsOnIsStrictAndTakesEitherSense) {
 }
 
 TEST(GslVector, IsOnIsRelativeToBothMagnitudes) {
-  const SettingsGuard settings;
+  const ScopedSettings settings;
   settings->cosineTolerance = 0.25;
   const gsl_Vector a = WithMagnitude(1.0, 0.0, 0.0, 2.0);
   EXPECT_TRUE(a.IsOn(WithMagnitude(0.0, Below(1.5), 0.0, 3.0)));
@@ -344,7 +344,7 @@ TEST(GslVector, IsOrthogonalIsStrict) {
   EXPECT_FALSE(x.IsOrthogonal(gsl_Vector(tol, 1.0, 0.0)));
   EXPECT_TRUE(x.IsOrthogonal(gsl_Vector(-Below(tol), 1.0, 0.0)));
   EXPECT_FALSE(x.IsOrthogonal(gsl_Vector(-tol, 1.0, 0.0)));
-  const SettingsGuard settings;
+  const ScopedSettings settings;
   settings->cosineTolerance = 0.25;
   EXPECT_TRUE(
       WithMagnitude(1.0, 0.0, 0.0, 2.0).IsOrthogonal(WithMagnitude(Below(1.5), 0.0, 0.0, 3.0)));
@@ -373,7 +373,7 @@ TEST(GslVector, SameDirectionTakesZeroComponentsForAMagnitudeOfExactlyZero) {
 }
 
 TEST(GslVector, SameDirectionUsesTheCallersToleranceAlone) {
-  const SettingsGuard settings;
+  const ScopedSettings settings;
   settings->linearTolerance = settings->cosineTolerance = 100.0;
   EXPECT_FALSE(gsl_Vector(1.0, 0.0, 0.0).SameDirection(gsl_Vector(0.0, 1.0, 0.0), 0.5));
   EXPECT_FALSE(gsl_Vector(1.0, 0.0, 0.0).IsParallel(gsl_Vector(0.0, 1.0, 0.0), 0.5));
@@ -423,7 +423,7 @@ TEST(GslVector, AnyOrthogonalUnitAlongOneOneOneFallsBack) {
 }
 
 TEST(GslVector, AnyOrthogonalUnitFallsBackStrictlyBelowTheTolerance) {
-  const SettingsGuard settings;
+  const ScopedSettings settings;
   const gsl_Vector v(3.0, 0.0, 4.0);
   // v x (1, 1, 1) = (-4, 1, 3).
   const double length = std::sqrt(26.0);
@@ -474,7 +474,7 @@ TEST(GslVector, BestAlignedOrthogonalUnitGivesNearTiesToTheEarlierAxis) {
 }
 
 TEST(GslVector, BestAlignedOrthogonalUnitReplacesStrictlyAboveTheTolerance) {
-  const SettingsGuard settings;
+  const ScopedSettings settings;
   const gsl_Vector v(0.6, 0.0, 0.8);
   gsl_Vector x(0.0, 0.0, 0.0);
   x[0] = 1.0;
@@ -486,7 +486,7 @@ TEST(GslVector, BestAlignedOrthogonalUnitReplacesStrictlyAboveTheTolerance) {
 }
 
 TEST(GslVector, BestAlignedOrthogonalUnitSurvivesATooWideTolerance) {
-  const SettingsGuard settings;
+  const ScopedSettings settings;
   settings->linearTolerance = 1.0;
   const gsl_Vector w = gsl_Vector(0.0, 0.0, 1.0).BestAlignedOrthogonalUnit();
   EXPECT_XYZ(w, 1.0, 0.0, 0.0);
@@ -572,7 +572,7 @@ TEST(GslVectorAngleBetween, ShortArgumentsFailAndLeaveTheAngle) {
 }
 
 TEST(GslVectorAngleBetween, ReadsTheToleranceAtOnce) {
-  const SettingsGuard settings;
+  const ScopedSettings settings;
   const gsl_Vector axis(0.0, 0.0, 1.0), x(1.0, 0.0, 0.0), raised(0.0, 0.6, 0.8);
   double angle = kSentinel;
   EXPECT_FALSE(axis.AngleBetween(x, raised, angle)) << "0.8 apart along the axis";
@@ -683,7 +683,7 @@ TEST(GslVectorAngleWith, NaNStaysNaN) {
 }
 
 TEST(GslVectorAngleWith, ToleranceIsReadAtOnce) {
-  const SettingsGuard settings;
+  const ScopedSettings settings;
   settings->linearTolerance = 1.0;
   EXPECT_EQ(gsl_Vector(1.0, 0.0, 0.0).AngleWith(gsl_Vector(5.0, 0.0, 0.0), false), kPi / 2);
   settings->linearTolerance = Below(1.0);

@@ -1,7 +1,7 @@
 #include "gsl_utils.h"
 
 #include "Numbers.h"
-#include "SettingsGuard.h"
+#include "ScopedSettings.h"
 #include "gsl_utils_private.h"
 #include "nex_AssertException.h"
 #include "omi_gettimecounter.h"
@@ -13,6 +13,7 @@
 #include <cstddef>
 #include <cstdio>
 #include <cstring>
+#include <limits>
 #include <memory>
 #include <new>
 #include <sstream>
@@ -598,7 +599,7 @@ TEST(GslInterval, EqualityIsClosedAtAFixedTolerance) {
   EXPECT_FALSE((zero == gsl_Interval{Above(1e-8), 0.0}));
   EXPECT_FALSE((zero == gsl_Interval{0.0, Above(1e-8)}));
   EXPECT_TRUE((zero != gsl_Interval{0.0, Below(-1e-8)}));
-  const SettingsGuard settings;
+  const ScopedSettings settings;
   settings->linearTolerance = settings->zeroTolerance = settings->cosineTolerance =
       settings->coarseTolerance = 1.0;
   EXPECT_FALSE((zero == gsl_Interval{0.5, 0.0}));

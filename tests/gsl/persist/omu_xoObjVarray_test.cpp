@@ -4,6 +4,7 @@
 #include "cls_RecordException.h"
 
 #include <gtest/gtest.h>
+#include <limits>
 
 namespace {
 
