@@ -1,6 +1,6 @@
-// Boxes, three-point constructions, model segments, the in-plane sweep and script calls. Peers:
-// Eigen for boxes and circles, std::shared_ptr for the holders, and for the sweep its steps written
-// out on the public classes.
+// Boxes, three-point constructions, datum predicates, model segments, the in-plane sweep and script
+// calls. Peers: Eigen for boxes, circles and skew lines, std::shared_ptr for the holders, and for
+// the sweep its steps written out on the public classes.
 
 #include "InPlaneTranscription.h"
 #include "gsl_BBox.h"
@@ -194,6 +194,58 @@ void CircumCircleEigen(benchmark::State& state) {
   }
 }
 
+struct LinePairs {
+  std::vector<gsl_StLine> ours;
+  std::vector<Eigen::ParametrizedLine<double, 3>> eigen;
+
+  LinePairs() {
+    Numbers numbers;
+    for (std::size_t i = 0; i < kCount; ++i) {
+      const gsl_Point p = numbers.Point();
+      const gsl_Point q = numbers.Point();
+      ours.emplace_back(p, q);
+      eigen.push_back(Eigen::ParametrizedLine<double, 3>::Through(EigenOf(p), EigenOf(q)));
+    }
+  }
+};
+
+void LinesAreSkew(benchmark::State& state) {
+  const LinePairs lines;
+  std::size_t i = 0;
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(
+        gsl_LinesAreSkew(&lines.ours[i % kCount], &lines.ours[(i + 1) % kCount]));
+    ++i;
+  }
+}
+
+void LinesAreSkewEigen(benchmark::State& state) {
+  const LinePairs lines;
+  std::size_t i = 0;
+  for (auto _ : state) {
+    const auto& a = lines.eigen[i % kCount];
+    const auto& b = lines.eigen[(i + 1) % kCount];
+    const Eigen::Vector3d n = a.direction().cross(b.direction());
+    const double length = n.norm();
+    const double apart = length < 1e-6 ? 0.0 : std::abs((b.origin() - a.origin()).dot(n / length));
+    benchmark::DoNotOptimize(apart > 1e-6);
+    ++i;
+  }
+}
+
+void ThreePointsColinear(benchmark::State& state) {
+  Numbers numbers;
+  std::vector<gsl_Dot> dots;
+  for (std::size_t i = 0; i < kCount; ++i)
+    dots.emplace_back(numbers.Point());
+  std::size_t i = 0;
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(gsl_ThreePointsColinear(&dots[i % kCount], &dots[(i + 1) % kCount],
+                                                     &dots[(i + 2) % kCount]));
+    ++i;
+  }
+}
+
 void HolderCopy(benchmark::State& state) {
   const gsl_ModelSegment segment(gsl_Dot(1.0, 2.0, 3.0), gsl_Dot(4.0, 5.0, 6.0));
   for (auto _ : state) {
@@ -303,6 +355,9 @@ BENCHMARK(BoxTransform)->Name("BoxTransform/ours");
 BENCHMARK(BoxTransformEigen)->Name("BoxTransform/Eigen");
 BENCHMARK(CircumCircle)->Name("CircumCircle/ours");
 BENCHMARK(CircumCircleEigen)->Name("CircumCircle/Eigen");
+BENCHMARK(LinesAreSkew)->Name("LinesAreSkew/ours");
+BENCHMARK(LinesAreSkewEigen)->Name("LinesAreSkew/Eigen");
+BENCHMARK(ThreePointsColinear)->Name("ThreePointsColinear/ours");
 BENCHMARK(HolderCopy)->Name("ModelSegmentCopy/ours");
 BENCHMARK(HolderCopyShared)->Name("ModelSegmentCopy/shared_ptr");
 BENCHMARK(SegmentRegenerate)->Name("ModelSegmentRegenerate/ours");
