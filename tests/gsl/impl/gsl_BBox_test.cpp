@@ -335,10 +335,20 @@ TEST(GslBBox, NotANumberStaysWhereItEnteredFirstAndIsPassedOverLater) {
   EXPECT_TRUE(std::isnan(first.min.x));
   EXPECT_TRUE(std::isnan(first.max.x));
   EXPECT_EQ(first.max.y, 5.0);
-  gsl_BBox later = BoxOf({0.0, 0.0, 0.0}, {1.0, 1.0, 1.0});
-  later.Add(gsl_Point(kNaN, 5.0, kNaN));
-  EXPECT_XYZ(later.min, 0.0, 0.0, 0.0);
-  EXPECT_XYZ(later.max, 1.0, 5.0, 1.0);
+  for (unsigned int axis = 0; axis < 3; ++axis) {
+    gsl_Point p(5.0, 5.0, 5.0);
+    p[axis] = kNaN;
+    gsl_BBox later = BoxOf({0.0, 0.0, 0.0}, {1.0, 1.0, 1.0});
+    later.Add(p);
+    EXPECT_XYZ(later.min, 0.0, 0.0, 0.0);
+    for (unsigned int i = 0; i < 3; ++i)
+      EXPECT_EQ(later.max[i], i == axis ? 1.0 : 5.0) << axis;
+    p = gsl_Point(-5.0, -5.0, -5.0);
+    p[axis] = kNaN;
+    later.Add(BoxOf(p, p));
+    for (unsigned int i = 0; i < 3; ++i)
+      EXPECT_EQ(later.min[i], i == axis ? 0.0 : -5.0) << axis;
+  }
 }
 
 TEST(GslBBox, InfiniteCornersAreKept) {
