@@ -226,11 +226,15 @@ private:
     InPlaneCase c = AnywhereCase();
     const double rises[3] = {1e-7, 1e-5, 1.0};
     const double rise = rises[random.Below(3)];
-    for (int i = 0; i < 2; ++i) {
-      c.a[i].z = random.In(-rise, rise);
-      c.b[i].z = random.In(-rise, rise);
+    // The points, the direction, or both.
+    const double kind = random.Unit();
+    if (kind < 0.7) {
+      for (int i = 0; i < 2; ++i) {
+        c.a[i].z = random.In(-rise, rise);
+        c.b[i].z = random.In(-rise, rise);
+      }
     }
-    if (random.Chance(0.3)) c.direction = c.direction + gsl_Vector(0.0, 0.0, rise);
+    if (kind > 0.4) c.direction = c.direction + gsl_Vector(0.0, 0.0, rise);
     return c;
   }
 

@@ -246,6 +246,15 @@ TEST(GslBBox, TranslationMovesTheBox) {
   EXPECT_XYZ(box.max, 11.0, 22.0, 34.0);
 }
 
+TEST(GslBBox, TransformGoesThroughTheCentreAndHalfTheDiagonal) {
+  // The centre of 1 and 2^53 rounds to 2^52, half the extent is 2^52 - 0.5.
+  const double large = std::ldexp(1.0, 53);
+  gsl_BBox box = BoxOf({1.0, 1.0, 1.0}, {large, 1.0, 1.0});
+  box.Transform(gsl_Matrix());
+  EXPECT_XYZ(box.min, 0.5, 1.0, 1.0);
+  EXPECT_XYZ(box.max, large, 1.0, 1.0);
+}
+
 TEST(GslBBox, TransformOfAnEmptyBoxChangesNothing) {
   gsl_Matrix m;
   m.SetTranslation({10.0, 20.0, 30.0});
