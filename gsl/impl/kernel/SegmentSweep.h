@@ -194,9 +194,9 @@ inline bool SweepSegment(const Measured3& direction, SweptSegment a, SweptSegmen
   if (!FaceSegment(b, d, -1.0, twoSided[1])) return false;
   const bool alongB = gsl_arithmetic::IsOn(d, b.edge, tol.cosine);
 
-  if (!alongA && alongB) return EndsOfAlongB(a, b, d, margin, tol.linear, contacts);
-  if (alongA && !alongB) return EndsOfAlongA(a, b, d, margin, tol.linear, contacts);
   if (alongA && alongB) return EndsOnOneLine(a, b, d, margin, tol.cosine, contacts);
+  if (alongA) return EndsOfAlongA(a, b, d, margin, tol.linear, contacts);
+  if (alongB) return EndsOfAlongB(a, b, d, margin, tol.linear, contacts);
   return EndsAcross(a, b, d, margin, tol.linear, contacts);
 }
 
