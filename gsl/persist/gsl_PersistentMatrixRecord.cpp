@@ -59,7 +59,9 @@ unsigned int gsl_PersistentMatrix::DynTypeId() const {
 }
 
 void gsl_PersistentMatrix::DBWrite(const cls_WriteVisitor& visitor) const {
-  gsl_WriteRecord<gsl_PersistentMatrix>(visitor, uid, StoredFormOf(matrix));
+  // A declined record asks nothing of the matrix: the question itself may snap it.
+  if (visitor.StartWrite(TypeId(), uid) == 0) return;
+  gsl_WriteFields<gsl_PersistentMatrix>(visitor, StoredFormOf(matrix));
 }
 
 void gsl_PersistentMatrix::InitializeMetadata(cls_ClassRegistrar& registrar) {

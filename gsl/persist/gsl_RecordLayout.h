@@ -35,16 +35,23 @@ struct gsl_Field {
       : handle(index, name), member(where) {}
 };
 
-/// Writes the record of `stored` under the identity of its object.
+/// Writes the fields of `stored` into a record that was started.
 template <class C>
-void gsl_WriteRecord(const cls_WriteVisitor& visitor, const cls_Uid& uid,
+void gsl_WriteFields(const cls_WriteVisitor& visitor,
                      const typename gsl_RecordLayout<C>::Stored& stored) {
-  if (visitor.StartWrite(C::TypeId(), uid) == 0) return;
   const auto write = [&](const auto& field) {
     using Member = std::decay_t<decltype(stored.*field.member)>;
     gsl_FieldKind<Member>::Write(visitor, field.handle, stored.*field.member);
   };
   std::apply([&](const auto&... field) { (write(field), ...); }, gsl_RecordLayout<C>::kFields);
+}
+
+/// Writes the record of `stored` under the identity of its object.
+template <class C>
+void gsl_WriteRecord(const cls_WriteVisitor& visitor, const cls_Uid& uid,
+                     const typename gsl_RecordLayout<C>::Stored& stored) {
+  if (visitor.StartWrite(C::TypeId(), uid) == 0) return;
+  gsl_WriteFields<C>(visitor, stored);
 }
 
 /// Overwrites every field of `stored`; the identity is the caller's to read.

@@ -9,6 +9,7 @@
 
 #include <any>
 #include <cstddef>
+#include <new>
 #include <type_traits>
 #include <unordered_map>
 
@@ -36,11 +37,13 @@ private:
 };
 
 /// Reads one record of a load. Fields are found by name, in any order; a record may have others.
+/// Of fields of one name, the one right behind the field read before counts, else the first.
 ///
 /// Absent    a field that the record does not have gives the caller's default. A child for such a
 ///           field, or for a null, is absent itself: every field is missing, the uid is null.
 /// Errors    cls_RecordException for a field of another kind than asked for, a nested record of
-///           another class, an object that contains itself, and nesting deeper than kMostNesting.
+///           another class, an object that contains itself, and nesting deeper than kMostNesting;
+///           std::bad_alloc.
 class GSL_HOST_API cls_ReadVisitor {
 public:
   static constexpr unsigned int kMostNesting = 1000;
@@ -138,6 +141,8 @@ void cls_ReadVisitor::ReadObject(const cls_FieldHandle& field, Holder& holder) c
   BeingRead guard{*this, object};
   const cls_ReadVisitor child(load, object, depth + 1);
   holder = Holder::Adopt(child.Create<T>());
+  // A holder that finds no memory stays empty; the object must not go missing silently.
+  if (holder.Get() == nullptr) throw std::bad_alloc();
   Remember(object, holder);
   guard.done = true;
 }

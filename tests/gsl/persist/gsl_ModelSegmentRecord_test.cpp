@@ -1,10 +1,13 @@
 #include "gsl_ModelSegment.h"
 
+#include "FailingAllocation.h"
 #include "Records.h"
 #include "cls_MetadataRegistrar.h"
 #include "cls_RecordException.h"
 
 #include <gtest/gtest.h>
+
+#include <new>
 
 namespace {
 
@@ -165,4 +168,16 @@ TEST(GslModelSegmentRecord, EndThatIsNoDatumPointIsRefused) {
                                              gsl_Point().DBWrite(cls_WriteVisitor(to, f));
                                            }});
   EXPECT_THROW(ReadBack<gsl_ModelSegment>(store), cls_RecordException);
+}
+
+TEST(GslModelSegmentRecord, EndThatFindsNoMemoryIsAnErrorAndNotAnEmptyEnd) {
+  const cls_RecordStore store = Written(gsl_ModelSegment(gsl_Dot(1, 1), gsl_Dot(2, 2)));
+  cls_Load load(store);
+  {
+    const FailingAllocation none(0);
+    EXPECT_THROW(gsl_ModelSegment(cls_ReadVisitor(load, 0)), std::bad_alloc);
+    EXPECT_GT(none.Refused(), 0);
+  }
+  // The same load goes on once there is memory again.
+  EXPECT_EQ(gsl_ModelSegment(cls_ReadVisitor(load, 0)).Point1().GetEntityId(), 1);
 }

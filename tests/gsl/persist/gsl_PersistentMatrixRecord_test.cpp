@@ -3,6 +3,7 @@
 #include "Records.h"
 #include "cls_RecordException.h"
 #include "cls_xp2DArrayDouble.h"
+#include "cow_COW.h"
 
 #include <gtest/gtest.h>
 
@@ -19,6 +20,12 @@ gsl_Matrix SampleMatrix() {
   m.isIdentity = -1;
   return m;
 }
+
+struct MatrixCloner {
+  static gsl_PersistentMatrix* Clone(const gsl_PersistentMatrix& m) {
+    return new gsl_PersistentMatrix(m);
+  }
+};
 
 /// A record with that flag and the entries of SampleMatrix.
 cls_RecordStore WithFlag(int flag) {
@@ -82,6 +89,25 @@ TEST(GslPersistentMatrixRecord, NearIdentityIsWrittenUnsnappedAsAnIdentity) {
   EXPECT_EQ(read.Matrix().isIdentity, 1);
   // The second record has the snapped entries.
   EXPECT_EQ(ReadBack<gsl_PersistentMatrix>(Written(matrix)).Matrix().m[0][1], 0.0);
+}
+
+TEST(GslPersistentMatrixRecord, DeclinedRecordLeavesFlagAndEntriesAlone) {
+  gsl_Matrix near;
+  near.m[0][1] = 1e-6;
+  near.isIdentity = -1;
+  auto* const matrix = new gsl_PersistentMatrix(near);
+  const auto shared = cow_COW<gsl_PersistentMatrix, MatrixCloner>::Adopt(matrix);
+  cls_RecordStore store;
+  cls_Save save(store);
+  const cls_WriteVisitor root(save);
+  root.StartWrite(1, cls_Uid());
+  shared->DBWrite(cls_WriteVisitor(root, {-1, "first"}, shared));
+  EXPECT_EQ(matrix->Matrix().m[0][1], 0.0);
+  const_cast<gsl_Matrix&>(matrix->Matrix()) = near;
+  shared->DBWrite(cls_WriteVisitor(root, {-1, "again"}, shared));
+  EXPECT_EQ(store.RecordCount(), 3u);
+  EXPECT_EQ(matrix->Matrix().isIdentity, -1);
+  EXPECT_EQ(matrix->Matrix().m[0][1], 1e-6);
 }
 
 TEST(GslPersistentMatrixRecord, StoredFlagIsTrustedNotComputed) {

@@ -1,6 +1,7 @@
 #include "cls_ReadVisitor.h"
 
 #include "HostObjects.h"
+#include "RawRecords.h"
 #include "Records.h"
 #include "cls_ListReader.h"
 #include "cls_MetadataRegistrar.h"
@@ -140,6 +141,54 @@ TEST(ClsReadVisitor, FirstOfTwoFieldsOfOneNameCounts) {
   });
   cls_Load load(store);
   EXPECT_EQ(cls_ReadVisitor(load, 0).ReadInteger(kField, 0), 1);
+  // But the second, where that stands right behind the field read before.
+  const cls_ReadVisitor twice(load, 0);
+  twice.ReadInteger(kField, 0);
+  EXPECT_EQ(twice.ReadInteger(kField, 0), 2);
+  EXPECT_EQ(twice.ReadInteger(kField, 0), 1);
+}
+
+namespace {
+
+/// A root whose field leads to the first of `count` shared nodes, each of which refers to the next;
+/// the last refers to node `last`.
+cls_RecordStore ChainOfReferences(std::uint32_t count, std::uint32_t last) {
+  RawRecord node;
+  node.typeId = TestNode::kTypeId;
+  RawRecords records(count + 1, node);
+  records[0].isRoot = true;
+  for (std::uint32_t i = 1; i <= count; ++i) {
+    RawField field;
+    field.name = i == 1 ? "next" : "another";
+    field.kind = cls_RecordStore::Kind::Object;
+    field.link = i;
+    records[0].fields.push_back(field);
+    field.name = "next";
+    field.kind = cls_RecordStore::Kind::Reference;
+    field.link = i < count ? i + 1 : last;
+    if (field.link != 0) records[i].fields.push_back(field);
+  }
+  const std::vector<unsigned char> bytes = RawBytes(records);
+  return cls_RecordStore::FromBytes(bytes.data(), bytes.size());
+}
+
+} // namespace
+
+TEST(ClsReadVisitor, HundredThousandReferencesInARowEndInAnErrorNotInTheStack) {
+  const auto read = [](const cls_RecordStore& store) { return ReadBack<TestNode>(store); };
+  EXPECT_EQ(MessageOf([&] { read(ChainOfReferences(100000, 0)); }),
+            "Records are nested too deep to read");
+  EXPECT_EQ(MessageOf([&] { read(ChainOfReferences(1001, 0)); }),
+            "Records are nested too deep to read");
+  EXPECT_NE(read(ChainOfReferences(1000, 0)).next.Get(), nullptr);
+}
+
+TEST(ClsReadVisitor, ReferencesInACircleAreRefused) {
+  for (const std::uint32_t count : {1u, 2u, 999u}) {
+    EXPECT_EQ(MessageOf([&] { ReadBack<TestNode>(ChainOfReferences(count, 1)); }),
+              "An object contains itself")
+        << count;
+  }
 }
 
 TEST(ClsReadVisitor, NoSuchRoot) {

@@ -1,0 +1,195 @@
+#ifndef TEST_SUPPORT_RAW_RECORDS_H
+#define TEST_SUPPORT_RAW_RECORDS_H
+
+#include "cls_RecordStore.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <map>
+#include <string>
+#include <utility>
+#include <vector>
+
+// Records as plain data that a test may bend in any way, and an encoder of its own for their byte
+// form: what no writer would ever write.
+
+struct RawField {
+  /// Empty for an entry of a list.
+  std::string name;
+  int index = -1;
+  cls_RecordStore::Kind kind = cls_RecordStore::Kind::Integer;
+  int integer = 0;
+  double real = 0.0;
+  bool boolean = false;
+  std::string text;
+  /// The number of a record, or a null's type id.
+  std::uint32_t link = 0;
+};
+
+struct RawRecord {
+  bool isRoot = false;
+  std::uint32_t typeId = 0;
+  std::uint64_t prefix = 0;
+  std::uint64_t serial = 0;
+  std::uint32_t collection = 0;
+  std::vector<std::uint32_t> unsigneds;
+  std::size_t rows = 0;
+  std::size_t columns = 0;
+  std::vector<double> doubles;
+  std::vector<RawField> fields;
+};
+
+using RawRecords = std::vector<RawRecord>;
+
+inline RawField RawCopy(const cls_RecordStore& store, const cls_RecordStore::Field& field) {
+  using Kind = cls_RecordStore::Kind;
+  RawField raw;
+  raw.name = store.Name(field);
+  raw.index = field.index;
+  raw.kind = field.kind;
+  switch (field.kind) {
+  case Kind::Integer:
+    raw.integer = field.integer;
+    break;
+  case Kind::Double:
+    raw.real = field.real;
+    break;
+  case Kind::Boolean:
+    raw.boolean = field.boolean;
+    break;
+  case Kind::String:
+    raw.text.assign(store.String(field).CStr(), store.String(field).Length());
+    break;
+  default:
+    raw.link = field.link;
+    break;
+  }
+  return raw;
+}
+
+inline RawRecords RawCopy(const cls_RecordStore& store) {
+  RawRecords records(store.RecordCount());
+  for (std::size_t i = 0; i < store.RootCount(); ++i)
+    records[store.Root(i)].isRoot = true;
+  for (std::uint32_t i = 0; i < records.size(); ++i) {
+    RawRecord& raw = records[i];
+    raw.typeId = store.TypeId(i);
+    raw.prefix = store.Uid(i).Prefix();
+    raw.serial = store.Uid(i).Serial();
+    raw.collection = static_cast<std::uint32_t>(store.Collection(i));
+    const auto unsigneds = store.Unsigneds(i);
+    raw.unsigneds.assign(unsigneds.values, unsigneds.values + unsigneds.count);
+    const auto doubles = store.Doubles(i);
+    raw.rows = doubles.rows;
+    raw.columns = doubles.columns;
+    raw.doubles.assign(doubles.values, doubles.values + doubles.rows * doubles.columns);
+    for (auto* field = store.First(i); field != nullptr; field = store.Next(*field))
+      raw.fields.push_back(RawCopy(store, *field));
+  }
+  return records;
+}
+
+/// The byte form.
+class RawEncoder {
+public:
+  std::vector<unsigned char> Encode(const RawRecords& records) {
+    Number(records.size());
+    for (const RawRecord& record : records)
+      Add(record);
+    const std::vector<unsigned char> body = std::move(bytes);
+    bytes = {'g', 's', 'l', 'r', 1};
+    Number(names.size());
+    for (const std::string& name : names)
+      Text(name);
+    bytes.insert(bytes.end(), body.begin(), body.end());
+    return std::move(bytes);
+  }
+
+private:
+  void Number(std::uint64_t value) {
+    do {
+      const auto low = static_cast<unsigned char>(value % 128);
+      value /= 128;
+      bytes.push_back(value != 0 ? static_cast<unsigned char>(low + 128) : low);
+    } while (value != 0);
+  }
+
+  void Signed(std::int64_t value) {
+    Number(value < 0 ? static_cast<std::uint64_t>(-2 * value - 1)
+                     : static_cast<std::uint64_t>(2 * value));
+  }
+
+  void Eight(std::uint64_t value) {
+    for (int i = 0; i < 8; ++i, value /= 256)
+      bytes.push_back(static_cast<unsigned char>(value % 256));
+  }
+
+  void Real(double value) {
+    std::uint64_t bits = 0;
+    std::memcpy(&bits, &value, sizeof bits);
+    Eight(bits);
+  }
+
+  void Text(const std::string& text) {
+    Number(text.size());
+    bytes.insert(bytes.end(), text.begin(), text.end());
+  }
+
+  void Name(const std::string& name) {
+    if (name.empty()) return Number(0);
+    const auto [place, isNew] = numberOf.emplace(name, names.size() + 1);
+    if (isNew) names.push_back(name);
+    Number(place->second);
+  }
+
+  void Add(const RawField& field) {
+    using Kind = cls_RecordStore::Kind;
+    Name(field.name);
+    Signed(field.index);
+    bytes.push_back(static_cast<unsigned char>(field.kind));
+    switch (field.kind) {
+    case Kind::Integer:
+      return Signed(field.integer);
+    case Kind::Double:
+      return Real(field.real);
+    case Kind::Boolean:
+      return bytes.push_back(field.boolean ? 1 : 0);
+    case Kind::String:
+      return Text(field.text);
+    default:
+      return Number(field.link);
+    }
+  }
+
+  void Add(const RawRecord& record) {
+    bytes.push_back(record.isRoot ? 1 : 0);
+    Number(record.typeId);
+    Eight(record.prefix);
+    Eight(record.serial);
+    Number(record.collection);
+    if (record.collection == 57) {
+      Number(record.unsigneds.size());
+      for (const std::uint32_t value : record.unsigneds)
+        Number(value);
+    } else if (record.collection == 82) {
+      Number(record.rows);
+      Number(record.columns);
+      for (const double value : record.doubles)
+        Real(value);
+    }
+    Number(record.fields.size());
+    for (const RawField& field : record.fields)
+      Add(field);
+  }
+
+  std::vector<unsigned char> bytes;
+  std::vector<std::string> names;
+  std::map<std::string, std::size_t> numberOf;
+};
+
+inline std::vector<unsigned char> RawBytes(const RawRecords& records) {
+  return RawEncoder().Encode(records);
+}
+
+#endif
