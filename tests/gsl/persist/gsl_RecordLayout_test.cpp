@@ -17,8 +17,9 @@
 
 #include <gtest/gtest.h>
 
+#include <fstream>
 #include <functional>
-#include <optional>
+#include <iterator>
 #include <vector>
 
 // The records as tables, typed by hand and independent of those of the library: registration, write
@@ -453,6 +454,18 @@ TEST(GslRecordLayout, FieldsOfUnknownNamesAreIgnored) {
       }
     }
     EXPECT_NO_THROW(c.readAndWrite(store)) << c.typeId;
+  }
+}
+
+TEST(GslRecordLayout, RecordsFromAnotherEncoderReadAndWriteTheSame) {
+  for (std::size_t i = 0; i < Rows().size(); ++i) {
+    const std::string path = std::string(RECORD_SEEDS "/") + Rows()[i].name;
+    std::ifstream file(path, std::ios::binary);
+    const std::vector<unsigned char> bytes{std::istreambuf_iterator<char>(file), {}};
+    ASSERT_FALSE(bytes.empty()) << path;
+    const cls_RecordStore store = cls_RecordStore::FromBytes(bytes.data(), bytes.size());
+    EXPECT_EQ(store.ToBytes(), bytes) << path;
+    EXPECT_EQ(Classes()[i].readAndWrite(store).ToBytes(), bytes) << path;
   }
 }
 
