@@ -19,6 +19,13 @@ void Note(const char* prefix, bool isStart, int count) {
   events += std::string(isStart ? "+" : "-") + prefix + std::to_string(count) + " ";
 }
 
+/// Whether there were settings while a host library started or stopped.
+bool settingsSeen = false;
+
+void LookForSettings(const char*, bool, int) {
+  settingsSeen = settingsSeen || omi_Singleton<gsl_Util>::Exists();
+}
+
 /// Collects what the host libraries are told.
 class Module : public testing::Test {
 protected:
@@ -109,6 +116,17 @@ TEST_F(Module, SettingsComeBackWithTheirDefaults) {
   EXPECT_EQ(omi_Singleton<gsl_Util>::Instance().displayFactor, 11.25);
   EXPECT_EQ(omi_Singleton<gsl_Util>::Instance().linearTolerance, 1e-6);
   gsl_finalize(count);
+}
+
+TEST_F(Module, SettingsLiveOnlyWhileEveryHostLibraryRuns) {
+  mem_LifeCycle::SetListener(&LookForSettings);
+  settingsSeen = false;
+  int count = 0;
+  gsl_initialize(count);
+  EXPECT_FALSE(settingsSeen);
+  EXPECT_TRUE(omi_Singleton<gsl_Util>::Exists());
+  gsl_finalize(count);
+  EXPECT_FALSE(settingsSeen);
 }
 
 TEST_F(Module, SettingsSurviveANestedStop) {

@@ -326,7 +326,77 @@ bool Fits(const FieldRow& row, const Replacement& r) {
   return false;
 }
 
+/// The C++ name of a class whose registered name is another one.
+std::string CppName(const ClassRow& row) {
+  const std::string name = row.name;
+  if (name == "gsl_Matrix") return "gsl_PersistentMatrix";
+  if (name == "gsl_Vector") return "gsl_PersistentVector";
+  if (name == "gsl_PlaneArray") return "omu_xoObjVarray<gsl_Plane>";
+  if (name == "gsl_LineArray") return "omu_xoObjVarray<gsl_StLine>";
+  if (name == "gsl_DotArray") return "omu_xoObjVarray<gsl_Dot>";
+  return name;
+}
+
+std::string Documented(const ClassRow& row) {
+  return "| `" + CppName(row) + "` | `" + record_text::Hex(row.typeId) + "` | `" + row.name +
+         "` | " + std::to_string(row.number) + " | " + std::to_string(row.flags) + " | " +
+         (row.hasDtor ? "yes" : "no") + " |\n";
+}
+
+/// What a record of class `typeId` is called.
+std::string RecordOf(unsigned int typeId) {
+  return typeId == 0x030A0001u ? "record of `gsl_Point`" : "record of `gsl_PersistentVector`";
+}
+
+std::string Documented(const FieldRow& row) {
+  const auto kindAndDefault = [&]() -> std::pair<std::string, std::string> {
+    switch (row.value) {
+    case Value::Integer:
+      return {"integer", "0"};
+    case Value::Double:
+      return {"double", "0.0"};
+    case Value::Boolean:
+      return {"boolean", "false"};
+    case Value::Name:
+      return {"name of the method", "refused"};
+    case Value::Record:
+      return {RecordOf(row.argument), "zeros, null uid"};
+    case Value::Shared:
+      return {"shared `gsl_Dot`, or null", "empty end"};
+    case Value::Unsigneds:
+      return {"list of unsigned integers", "empty list"};
+    case Value::Doubles:
+      return {"4 by 4 doubles", "those of the identity"};
+    case Value::List:
+      return {"list of records, or nulls", "no entries"};
+    }
+    return {};
+  }();
+  const std::string argument =
+      row.argument == 1 ? std::string("1") : record_text::Hex(row.argument);
+  return "| `" + std::string(row.name) + "` | " + std::to_string(row.index) + " | " +
+         kindAndDefault.first + " | " + std::to_string(row.attributeType) + ", " + argument + ", " +
+         std::to_string(row.collection) + " | " + kindAndDefault.second + " |\n";
+}
+
 } // namespace
+
+TEST(GslRecordLayout, TheDocumentHasTheseTables) {
+  std::ifstream file(RECORD_DOCUMENT);
+  const std::string text{std::istreambuf_iterator<char>(file), {}};
+  std::string classes = "| class | type id | registered as | number | flags | destructor |\n"
+                        "|---|---|---|---|---|---|\n";
+  for (const ClassRow& row : Rows()) {
+    classes += Documented(row);
+    std::string fields = "### `" + CppName(row) + "`\n\n" +
+                         "| field | handle | kind | registered | missing |\n"
+                         "|---|---|---|---|---|\n";
+    for (const FieldRow& field : row.fields)
+      fields += Documented(field);
+    EXPECT_NE(text.find("\n" + fields + "\n"), std::string::npos) << fields;
+  }
+  EXPECT_NE(text.find("\n" + classes + "\n"), std::string::npos) << classes;
+}
 
 TEST(GslRecordLayout, ClassesAreRegisteredAsTabulated) {
   const Started module;

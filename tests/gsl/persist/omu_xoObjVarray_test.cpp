@@ -1,6 +1,7 @@
 #include "omu_xoObjVarray.h"
 
 #include "Records.h"
+#include "cls_MetadataRegistrar.h"
 #include "cls_RecordException.h"
 
 #include <gtest/gtest.h>
@@ -22,6 +23,29 @@ public:
 };
 
 int CountedDot::alive = 0;
+
+constexpr unsigned int kHostDotTypeId = 0x7F000025u;
+
+/// A datum point class of a host module that writes records of its own class.
+class HostDot : public gsl_Dot {
+public:
+  explicit HostDot(int entity) : gsl_Dot(1, entity) {}
+  explicit HostDot(const cls_ReadVisitor& visitor) : gsl_Dot(visitor) {}
+  HostDot* Copy() const override { return new HostDot(*this); }
+  void DBWrite(const cls_WriteVisitor& visitor) const override {
+    if (visitor.StartWrite(kHostDotTypeId, Uid()) == 0) return;
+    GetPoint().DBWrite(cls_WriteVisitor(visitor, {-1, "_point"}));
+    visitor.WriteString({-1, "_method"}, "gsl_FROM_NODE");
+    visitor.WriteInteger({-1, "_entityId"}, GetEntityId());
+  }
+  static constexpr unsigned int TypeId() { return kHostDotTypeId; }
+  static void InitializeMetadata(cls_ClassRegistrar& registrar) {
+    registrar.AddClassMD(new cls_TypeAdapter<HostDot>("HostDot", 1, 1u))
+        .AddBase(gsl_Dot::TypeId(), [](void* dot) -> void* {
+          return static_cast<gsl_Dot*>(static_cast<HostDot*>(dot));
+        });
+  }
+};
 
 template <class T>
 omu_xoObjVarray<T> ReadArray(const cls_RecordStore& store, const cls_Uid* first = nullptr,
@@ -181,6 +205,20 @@ TEST(OmuXoObjVarray, PlanesAndAxesHaveArraysOfTheirOwn) {
   EXPECT_EQ(axisStore.TypeId(axisStore.Root(0)), 0x030A000Au);
   EXPECT_NE(TextOf(axisStore).find("null 0x030A0006"), std::string::npos);
   EXPECT_EQ(ReadArray<gsl_StLine>(axisStore)[1]->Uid(), axes[1]->Uid());
+}
+
+TEST(OmuXoObjVarray, DerivedElementsKeepTheirClass) {
+  omi_Singleton<cls_MetadataRegistrar>::Instance().initClassMetadata(&HostDot::InitializeMetadata,
+                                                                     7);
+  DotArray array;
+  array.Add(new gsl_Dot(1, 10));
+  array.Add(new HostDot(20));
+  const DotArray read = ReadArray<gsl_Dot>(Written(array));
+  ASSERT_EQ(read.Count(), 2u);
+  EXPECT_EQ(dynamic_cast<HostDot*>(read[0]), nullptr);
+  ASSERT_NE(dynamic_cast<HostDot*>(read[1]), nullptr);
+  EXPECT_EQ(read[1]->GetEntityId(), 20);
+  EXPECT_EQ(read[1]->Uid(), array[1]->Uid());
 }
 
 TEST(OmuXoObjVarray, ElementOfAnotherClassIsRefusedWithoutALeak) {
