@@ -194,6 +194,45 @@ TEST(ClsWriteVisitor, FailedRootIsTakenBackWithItsSharedObjects) {
   EXPECT_EQ(store.RecordCount(), 3u);
 }
 
+TEST(ClsWriteVisitor, FailedRootsLeaveNoMemoryBehind) {
+  cls_RecordStore store;
+  cls_Save save(store);
+  const std::vector<unsigned int> unsigneds(100, 1);
+  const std::vector<double> doubles(100, 1.0);
+  std::size_t afterOne = 0;
+  for (int i = 0; i < 1000; ++i) {
+    try {
+      const cls_WriteVisitor root(save);
+      root.StartWrite(1, cls_Uid());
+      root.WriteString(kFirst, std::string(1000, 'a').c_str());
+      for (const int collection : {57, 82}) {
+        const cls_WriteVisitor child(root, kSecond);
+        child.StartWrite(cls_kCollectionTypeId, cls_Uid());
+        if (collection == 57) child.WriteUnsigneds(unsigneds.data(), 100);
+        if (collection == 82) child.WriteDoubles(doubles.data(), 10, 10);
+      }
+      throw cls_RecordException("the host gives up");
+    } catch (const cls_RecordException&) {
+    }
+    if (i == 0) afterOne = store.MemoryUse();
+  }
+  EXPECT_EQ(store.MemoryUse(), afterOne);
+}
+
+TEST(ClsWriteVisitor, SharedObjectIsToldApartByAddressTypeAndUid) {
+  const TestHolder<TestNode> shared = Held(4);
+  const cls_Uid uid = shared.Get()->uid;
+  cls_RecordStore store;
+  cls_Save save(store);
+  const cls_WriteVisitor root(save);
+  root.StartWrite(1, cls_Uid());
+  EXPECT_NE(cls_WriteVisitor(root, kFirst, shared).StartWrite(2, uid), 0);
+  EXPECT_NE(cls_WriteVisitor(root, kFirst, shared).StartWrite(3, uid), 0);
+  EXPECT_NE(cls_WriteVisitor(root, kFirst, shared).StartWrite(2, cls_Uid(1, 1)), 0);
+  EXPECT_EQ(cls_WriteVisitor(root, kFirst, shared).StartWrite(2, uid), 0);
+  EXPECT_EQ(cls_WriteVisitor(root, kFirst, shared).StartWrite(3, uid), 0);
+}
+
 TEST(ClsWriteVisitor, RecordIsOfOneCollectionType) {
   cls_RecordStore store;
   cls_Save save(store);
