@@ -19,10 +19,11 @@
 
 #include <gtest/gtest.h>
 
-#include <chrono>
+#include <ctime>
 #include <functional>
 #include <random>
 #include <string>
+#include <utility>
 #include <vector>
 
 // Records that no writer would write, for every class and every field: an object or an exception of
@@ -118,7 +119,7 @@ bool HoldsRecord(const RawField& field) {
 
 /// Leaves out the records that no root holds any more, and numbers the others anew. A link that
 /// leads nowhere stays as it is.
-RawRecords WithoutOrphans(const RawRecords& records) {
+RawRecords WithoutOrphans(RawRecords records) {
   std::vector<bool> kept(records.size(), false);
   std::vector<std::size_t> pending;
   for (std::size_t i = 0; i < records.size(); ++i) {
@@ -137,12 +138,12 @@ RawRecords WithoutOrphans(const RawRecords& records) {
   RawRecords result;
   for (std::size_t i = 0; i < records.size(); ++i) {
     numbers[i] = static_cast<std::uint32_t>(result.size());
-    if (kept[i]) result.push_back(records[i]);
+    if (kept[i]) result.push_back(std::move(records[i]));
   }
   for (RawRecord& record : result) {
     for (RawField& field : record.fields) {
       const bool leads = HoldsRecord(field) || field.kind == Kind::Reference;
-      if (leads && field.link < records.size()) field.link = numbers[field.link];
+      if (leads && field.link < numbers.size()) field.link = numbers[field.link];
     }
   }
   return result;
@@ -175,7 +176,8 @@ RawRecords Wrapped(const RawRecords& records) {
 bool CanRead(const Class& c, const RawRecords& records, const char* inside = nullptr) {
   const std::vector<unsigned char> bytes = RawBytes(records);
   const PeakMemory memory;
-  const auto start = std::chrono::steady_clock::now();
+  // Processor time, so that other work of the machine does not count.
+  const std::clock_t start = std::clock();
   bool isRead = false;
   try {
     const cls_RecordStore store = cls_RecordStore::FromBytes(bytes.data(), bytes.size());
@@ -190,8 +192,7 @@ bool CanRead(const Class& c, const RawRecords& records, const char* inside = nul
   } catch (const nex_Exception& e) {
     EXPECT_STRNE(e.what(), "");
   }
-  const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - start;
-  EXPECT_LT(taken.count(), 10.0);
+  EXPECT_LT(static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC, 5.0);
   EXPECT_LT(memory.Bytes(), 100000 + 100 * bytes.size());
   return isRead;
 }
@@ -224,7 +225,7 @@ TEST_F(HostileRecords, FieldThatHoldsOrRefersToItsOwnRecordIsRefused) {
       RawRecords records = sample;
       records[0].fields[i].kind = kind;
       records[0].fields[i].link = 0;
-      EXPECT_FALSE(CanRead(c, WithoutOrphans(records))) << static_cast<int>(kind);
+      EXPECT_FALSE(CanRead(c, WithoutOrphans(std::move(records)))) << static_cast<int>(kind);
     }
   });
 }
@@ -288,7 +289,7 @@ TEST_F(HostileRecords, HundredThousandLevelsInAnyField) {
         RawField next = records[0].fields[i];
         next.link = static_cast<std::uint32_t>(sample.size()) + level;
         if (level < kLevels) deeper.fields.push_back(next);
-        records.push_back(deeper);
+        records.push_back(std::move(deeper));
       }
       // A reader looks no deeper than its own fields go: where a record of that class belongs, it
       // reads as one without fields; where a list does, as an empty one. A datum point cannot do
@@ -299,7 +300,7 @@ TEST_F(HostileRecords, HundredThousandLevelsInAnyField) {
         expected = isCollection ? keepsCollection && nested->collection != 1
                                 : std::string(c.name) != "gsl_ModelSegment";
       }
-      EXPECT_EQ(CanRead(c, WithoutOrphans(records)), expected) << keepsCollection;
+      EXPECT_EQ(CanRead(c, WithoutOrphans(std::move(records))), expected) << keepsCollection;
     }
   });
 }
@@ -347,10 +348,10 @@ TEST_F(HostileRecords, AMillionNullEntriesTakeMemoryInProportion) {
         if (record.collection != 1) continue;
         record.fields.assign(static_cast<std::size_t>(Scaled(1000000)), null);
       }
-      EXPECT_TRUE(CanRead(c, WithoutOrphans(records))) << c.name;
+      EXPECT_TRUE(CanRead(c, WithoutOrphans(std::move(records)))) << c.name;
     } else if (records[0].collection == 1) {
       records[0].fields.assign(static_cast<std::size_t>(Scaled(1000000)), null);
-      EXPECT_FALSE(CanRead(c, WithoutOrphans(records))) << c.name;
+      EXPECT_FALSE(CanRead(c, WithoutOrphans(std::move(records)))) << c.name;
     }
   }
 }
@@ -363,7 +364,8 @@ TEST_F(HostileRecords, EntryOfAnyOtherKindIsRefused) {
       for (const Kind kind : {Kind::Integer, Kind::Double, Kind::Boolean, Kind::String}) {
         RawRecords records = sample;
         records[list].fields[1].kind = kind;
-        EXPECT_FALSE(CanRead(c, WithoutOrphans(records))) << c.name << static_cast<int>(kind);
+        EXPECT_FALSE(CanRead(c, WithoutOrphans(std::move(records))))
+            << c.name << static_cast<int>(kind);
       }
       for (const std::uint32_t typeId : {kPointType, kVectorType, 0x00230001u, kWrapperType}) {
         RawRecords records = sample;
@@ -401,7 +403,7 @@ TEST_F(HostileRecords, AnyChangeOfAnyRecordIsReadOrRefused) {
         if (random.Chance(0.2)) record.fields.push_back(field);
         if (random.Chance(0.1)) record.fields.pop_back();
       }
-      records = WithoutOrphans(records);
+      records = WithoutOrphans(std::move(records));
       accepted += CanRead(c, records, "o") ? 1 : 0;
     }
     // Some changes are harmless and must not end the reading.

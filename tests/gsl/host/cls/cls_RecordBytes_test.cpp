@@ -173,6 +173,10 @@ TEST(ClsRecordBytes, AnnouncedSizesAreBoundedByTheBytes) {
   AppendRecord(doubles, 1,
                {82, 0x80, 0x80, 0x80, 0x80, 0x08, 0x80, 0x80, 0x80, 0x80, 0x08, 0, 0, 0});
   ExpectRefused(WithRecords(doubles), more);
+  // Few rows, but long ones.
+  Bytes wide = {1};
+  AppendRecord(wide, 1, {82, 1, 0xE8, 0x07, 0, 0, 0, 0, 0, 0, 0, 0, 0});
+  ExpectRefused(WithRecords(wide), more);
   Bytes text = {1};
   AppendRecord(text, 1, {0, 1, 1, 1, 3, 0xFF, 0xFF, 0xFF, 0xFF, 0x0F});
   ExpectRefused(WithRecords(text), more);
