@@ -99,6 +99,17 @@ struct Expansion {
   double component[Capacity];
   int count = 0;
 
+  Expansion() = default;
+  Expansion(const Expansion& other) { *this = other; }
+  ~Expansion() = default;
+  /// Copies only the components that are there.
+  Expansion& operator=(const Expansion& other) {
+    count = other.count;
+    for (int k = 0; k < count; ++k)
+      component[k] = other.component[k];
+    return *this;
+  }
+
   void Append(double c) {
     if (c != 0.0) component[count++] = c;
   }

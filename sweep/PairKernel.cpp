@@ -61,8 +61,8 @@ public:
 
   /// No contact comes before this travel.
   double LowerBound() const;
-  Contact First() { return Extreme(1.0); }
-  Contact Last() { return Extreme(-1.0); }
+  Contact First(ExactRatio& travel) { return Extreme(1, travel); }
+  Contact Last(ExactRatio& travel) { return Extreme(-1, travel); }
 
 private:
   bool ShadowsMeet();
@@ -81,9 +81,9 @@ private:
   int CompareShadows(const Coord3& p, const Coord3& q) const;
   bool IsStrictlyBetween(const Coord3& p, const Arrow& edge) const;
   const Coord3& AxisAcross(const Arrow& edge) const;
-  DoubleDouble Measure(const Candidate& candidate) const;
+  void Measure(const Candidate& candidate, ExactRatio& s) const;
   double TravelOf(const DoubleDouble& s) const { return Times(s, m_direction.Length()).hi; }
-  Contact Extreme(double sense);
+  Contact Extreme(int sense, ExactRatio& travel);
   Contact ContactOf(const Candidate& candidate, const DoubleDouble& s) const;
   Coord3 PointOnMovingEdge(const Candidate& candidate) const;
 
@@ -271,13 +271,16 @@ void Pair::Bracket(Candidate& candidate) const {
     candidate.high = s + error;
     return;
   }
-  candidate.low = candidate.high = Measure(candidate).hi;
+  ExactRatio exact;
+  Measure(candidate, exact);
+  const double rounded = exact.rounded.hi;
+  candidate.low = rounded - std::fabs(rounded) * 0x1p-50;
+  candidate.high = rounded + std::fabs(rounded) * 0x1p-50;
 }
 
-DoubleDouble Pair::Measure(const Candidate& candidate) const {
-  const DoubleDouble gap = ExactDeterminant(candidate.gap, candidate.u, candidate.v).Rounded();
-  if (gap.hi == 0.0) return {};
-  return Over(gap, ExactDeterminant(m_along, candidate.u, candidate.v).Rounded());
+void Pair::Measure(const Candidate& candidate, ExactRatio& s) const {
+  s.Set(ExactDeterminant(candidate.gap, candidate.u, candidate.v),
+        ExactDeterminant(m_along, candidate.u, candidate.v));
 }
 
 /// A total order of shadows that runs along any line: -1, 0 for the same shadow, or 1.
@@ -312,32 +315,30 @@ double Pair::LowerBound() const {
 }
 
 /// The least travel for sense 1, the greatest for -1.
-Contact Pair::Extreme(double sense) {
-  const auto nearEnd = [sense](const Candidate& c) { return sense > 0.0 ? c.low : -c.high; };
-  const auto farEnd = [sense](const Candidate& c) { return sense > 0.0 ? c.high : -c.low; };
+Contact Pair::Extreme(int sense, ExactRatio& travel) {
+  const auto nearEnd = [sense](const Candidate& c) { return sense > 0 ? c.low : -c.high; };
+  const auto farEnd = [sense](const Candidate& c) { return sense > 0 ? c.high : -c.low; };
   double reach = std::numeric_limits<double>::infinity();
   for (int k = 0; k < m_count; ++k)
     reach = std::min(reach, farEnd(m_candidates[k]));
   const Candidate* best = nullptr;
-  DoubleDouble bestMeasure;
-  const auto precedes = [&](const Candidate& c, double travel) {
-    const double bestTravel = TravelOf(bestMeasure);
-    if (travel != bestTravel) return sense * travel < sense * bestTravel;
+  const auto precedes = [&](const Candidate& c, const ExactRatio& s) {
+    const int order = sense * CompareRatios(s, travel);
+    if (order != 0) return order < 0;
     if (c.kind != best->kind) return c.kind < best->kind;
     if (c.onMoving != best->onMoving) return c.onMoving < best->onMoving;
     return c.onFixed < best->onFixed;
   };
-  // One rounding of the travel, below, may make equal what the brackets keep apart.
-  reach += std::fabs(reach) * 0x1p-50;
+  ExactRatio s;
   for (int k = 0; k < m_count; ++k) {
     const Candidate& candidate = m_candidates[k];
     if (nearEnd(candidate) > reach) continue;
-    const DoubleDouble s = Measure(candidate);
-    if (best != nullptr && !precedes(candidate, TravelOf(s))) continue;
+    Measure(candidate, s);
+    if (best != nullptr && !precedes(candidate, s)) continue;
     best = &candidate;
-    bestMeasure = s;
+    travel = s;
   }
-  return ContactOf(*best, bestMeasure);
+  return ContactOf(*best, travel.rounded);
 }
 
 Contact Pair::ContactOf(const Candidate& candidate, const DoubleDouble& s) const {
@@ -414,19 +415,22 @@ bool FindContactInterval(const TravelDirection& direction, const Triangle& movin
                          const Triangle& fixed, ContactInterval& interval) {
   Pair pair(direction, moving, fixed);
   if (!pair.Meet()) return false;
-  interval = {pair.First(), pair.Last()};
+  ExactRatio unused;
+  interval = {pair.First(unused), pair.Last(unused)};
   return true;
 }
 
 PairOutcome JudgePair(const TravelDirection& direction, const Triangle& moving,
-                      const Triangle& fixed, double limit, Contact& first) {
+                      const Triangle& fixed, double limit, Contact& first, ExactRatio& travel) {
   Pair pair(direction, moving, fixed);
   if (!pair.Meet()) return PairOutcome::Apart;
   if (pair.SomeAtZero() || (pair.SomeBehind() && pair.SomeAhead())) return PairOutcome::Touching;
   if (pair.SomeBehind() || pair.LowerBound() > limit) return PairOutcome::Apart;
-  const Contact contact = pair.First();
+  ExactRatio exact;
+  const Contact contact = pair.First(exact);
   if (contact.travel > limit) return PairOutcome::Apart;
   first = contact;
+  travel = exact;
   return PairOutcome::Ahead;
 }
 

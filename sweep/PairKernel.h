@@ -2,12 +2,13 @@
 #define GSL_SWEEP_PAIR_KERNEL_H
 
 #include "Determinant.h"
+#include "ExactRatio.h"
 
 /// When two triangles touch, if one of them travels along a direction.
 ///
 /// There are no tolerances. What is decided (whether the shadows across the direction meet, which
-/// features meet, on which side of travel zero) is decided by exact signs; what is measured
-/// (travel, points) is rounded from about 100 bits. Triangles are closed and have no orientation;
+/// features meet, on which side of travel zero, which contact comes first) is decided by exact
+/// signs; what is measured (travel, points) is rounded from about 100 bits. Triangles are closed and have no orientation;
 /// degenerate ones are the segments or points that they are.
 ///
 /// Range      of coordinates and direction: see Determinant.h. They must be finite.
@@ -80,9 +81,11 @@ enum class PairOutcome {
   Ahead     ///< the first travel is positive and at most the limit
 };
 
-/// The same, for a search: measures only what can still matter. `first` is written for Ahead alone.
+/// The same, for a search: measures only what can still matter. `first` and `travel`, its travel as
+/// an exact multiple of the direction vector, are written for Ahead alone. The limit is compared
+/// with the rounded travel.
 PairOutcome JudgePair(const TravelDirection& direction, const Triangle& moving,
-                      const Triangle& fixed, double limit, Contact& first);
+                      const Triangle& fixed, double limit, Contact& first, ExactRatio& travel);
 
 /// The contact at travel zero of a pair that touches there: one with first.travel <= 0 and
 /// last.travel >= 0.

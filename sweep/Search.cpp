@@ -191,12 +191,14 @@ ShadowTree TreeOf(const Body& body, const ShadowFrame& frame) {
 struct Found {
   std::uint32_t moving = 0, fixed = 0;
   Contact contact{infinity, ContactKind::Overlap, {}, {}};
+  ExactRatio travel; ///< of the contact, as a multiple of the direction vector
   bool any = false;
 
   bool Precedes(const Found& other) const {
     if (!other.any) return any;
     if (!any) return false;
-    if (contact.travel != other.contact.travel) return contact.travel < other.contact.travel;
+    const int order = CompareRatios(travel, other.travel);
+    if (order != 0) return order < 0;
     if (moving != other.moving) return moving < other.moving;
     return fixed < other.fixed;
   }
@@ -362,11 +364,11 @@ void ContactSearch::JudgeLeaves(const NodePair& pair, Found& first) {
 }
 
 void ContactSearch::Judge(const ShadowTriangle& a, const ShadowTriangle& b, Found& first) {
-  Found found{a.index, b.index, {}, true};
+  Found found;
   const double limit = m_limit.load(std::memory_order_relaxed);
   const Triangle moving = m_moving.TriangleAt(a.index);
   const Triangle fixed = m_fixed.TriangleAt(b.index);
-  switch (JudgePair(m_direction, moving, fixed, limit, found.contact)) {
+  switch (JudgePair(m_direction, moving, fixed, limit, found.contact, found.travel)) {
   case PairOutcome::Apart:
     return;
   case PairOutcome::Touching:
@@ -374,8 +376,12 @@ void ContactSearch::Judge(const ShadowTriangle& a, const ShadowTriangle& b, Foun
     m_stop = true;
     return;
   case PairOutcome::Ahead:
+    found.moving = a.index;
+    found.fixed = b.index;
+    found.any = true;
     if (found.Precedes(first)) first = found;
-    LowerLimit(found.contact.travel);
+    // Not below the travel before it was rounded: an earlier one may round to the same number.
+    LowerLimit(std::nextafter(found.contact.travel, infinity));
     return;
   }
 }
@@ -478,8 +484,9 @@ std::optional<std::uint32_t> StartSearch::FirstTouched(std::uint32_t moving,
 
 bool StartSearch::Touches(std::uint32_t moving, std::uint32_t fixed) const {
   Contact unused{};
+  ExactRatio unusedTravel;
   return JudgePair(m_direction, m_moving.TriangleAt(moving), m_fixed.TriangleAt(fixed), 0.0,
-                   unused) == PairOutcome::Touching;
+                   unused, unusedTravel) == PairOutcome::Touching;
 }
 
 /// The trees of both bodies, on two threads where there are.

@@ -49,10 +49,10 @@ struct SweepAnswer {
 /// Finds the first contact.
 ///
 /// Units      travel and points in those of the meshes.
-/// Decision   exact: whether there is a contact, and whether there is one at the start. Coordinates
-///            below 2^-288 of the largest, and such components of the direction, are rounded to
-///            2^-339 of it.
-/// Ties       of equal rounded travels: the first moving triangle, then the first fixed one, then
+/// Decision   exact: whether there is a contact, whether there is one at the start, and which comes
+///            first. Coordinates below 2^-288 of the largest, and such components of the direction,
+///            are rounded to 2^-339 of it. maxDistance is compared with the rounded travel.
+/// Ties       of exactly equal travels: the first moving triangle, then the first fixed one, then
 ///            the first kind; of pairs that touch at the start, the first in that order. The answer
 ///            is the same bits for any number of threads.
 /// Untouched  without a contact, triangle and point.

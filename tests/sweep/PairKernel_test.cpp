@@ -43,8 +43,9 @@ Answer Sweep(const Coord3& d, const Corners& a, const Corners& b) {
 PairOutcome Judge(const Coord3& d, const Corners& a, const Corners& b, double limit,
                   Contact& first) {
   const TravelDirection direction(d);
+  ExactRatio travel;
   return JudgePair(direction, MakeTriangle(direction, a.p[0], a.p[1], a.p[2]),
-                   MakeTriangle(direction, b.p[0], b.p[1], b.p[2]), limit, first);
+                   MakeTriangle(direction, b.p[0], b.p[1], b.p[2]), limit, first, travel);
 }
 
 void ExpectPoint(const Coord3& actual, const Coord3& expected) {
@@ -238,6 +239,23 @@ TEST(PairKernel, ContactAtStartIsOnBothTriangles) {
   ASSERT_TRUE(atRest.met);
   EXPECT_EQ(ContactAtStart(atRest.interval).kind, ContactKind::VertexFace);
   ExpectPoint(ContactAtStart(atRest.interval).onFixed, {0.0, 0.0, 0.0});
+}
+
+TEST(PairKernel, ContactsThatRoundToTheSameTravelAreToldApart) {
+  // Above the plane z = x / 3, corner 0 is by 2/3 and corner 1 by the double next below 2/3.
+  const double below = 0x1.5555555555555p-1;
+  const Corners slope{{{-9.0, -9.0, -3.0}, {9.0, -9.0, 3.0}, {0.0, 9.0, 0.0}}};
+  const Corners moving{{{1.0, 0.0, 1.0}, {0.0, 1.0, below}, {0.0, 0.0, 5.0}}};
+  const Answer answer = Sweep(down, moving, slope);
+  ASSERT_TRUE(answer.met);
+  EXPECT_EQ(answer.interval.first.travel, below);
+  ExpectPoint(answer.interval.first.onMoving, {0.0, 1.0, below});
+  // The other way about, the last contact is the one at 2/3.
+  const Corners upside{{{0.0, 1.0, below}, {1.0, 0.0, 1.0}, {0.0, 0.0, 0.5}}};
+  const Answer turned = Sweep(down, upside, slope);
+  ASSERT_TRUE(turned.met);
+  EXPECT_EQ(turned.interval.last.travel, below);
+  ExpectPoint(turned.interval.last.onMoving, {1.0, 0.0, 1.0});
 }
 
 TEST(PairKernel, SmallTrianglesAreNotTakenForTouching) {

@@ -1,6 +1,7 @@
 #include "Search.h"
 
 #include "SweepShapes.h"
+#include "oracle/PairSweepOracle.h"
 
 #include <gtest/gtest.h>
 
@@ -384,6 +385,119 @@ TEST(Search, TiesGoToTheFirstPairWhateverTheThreads) {
     EXPECT_EQ(answer.travel, 4.0);
     EXPECT_EQ(answer.moving.triangle, 0u);
   }
+}
+
+TEST(Search, TravelsThatRoundToTheSameNumberAreToldApart) {
+  // Two spikes fall beside each other, one onto a slope z = x / n, the other onto level ground.
+  // The travels are 2/3 and 1/5, and the doubles nearest to them: one is less, the other more.
+  const auto spike = [](Mesh& mesh, double x, double y, double z) {
+    AddTriangle(mesh, {x, y, z}, {x + 0.25, y, z + 9.0}, {x, y + 0.25, z + 9.0});
+  };
+  Mesh slopes;
+  AddTriangle(slopes, {-9.0, -9.0, -3.0}, {9.0, -9.0, 3.0}, {0.0, 9.0, 0.0});
+  AddTriangle(slopes, {20.0, -9.0, 0.0}, {40.0, -9.0, 0.0}, {30.0, 9.0, 0.0});
+  Mesh twoThirds;
+  spike(twoThirds, 1.0, 0.0, 1.0);
+  spike(twoThirds, 30.0, 0.0, 0x1.5555555555555p-1);
+  Mesh fifth;
+  AddTriangle(fifth, {-10.0, -9.0, -2.0}, {10.0, -9.0, 2.0}, {0.0, 9.0, 0.0});
+  AddTriangle(fifth, {20.0, -9.0, 0.0}, {40.0, -9.0, 0.0}, {30.0, 9.0, 0.0});
+  Mesh oneFifth;
+  spike(oneFifth, 30.0, 0.0, 0x1.999999999999ap-3);
+  spike(oneFifth, 4.0, 0.0, 1.0);
+  for (const unsigned threads : {1u, 2u, 3u}) {
+    const SweepAnswer level = Ask(twoThirds, slopes, down, infinity, threads);
+    EXPECT_EQ(level.travel, 0x1.5555555555555p-1);
+    EXPECT_EQ(level.moving.triangle, 1u);
+    EXPECT_EQ(level.fixed.triangle, 1u);
+    const SweepAnswer slope = Ask(oneFifth, fifth, down, infinity, threads);
+    EXPECT_EQ(slope.travel, 0x1.999999999999ap-3);
+    EXPECT_EQ(slope.moving.triangle, 1u);
+    EXPECT_EQ(slope.fixed.triangle, 0u);
+    // The greatest distance is held against the number that is told.
+    EXPECT_EQ(Ask(oneFifth, fifth, down, 0x1.999999999999ap-3, threads).moving.triangle, 1u);
+    EXPECT_EQ(Ask(oneFifth, fifth, down, 0x1.9999999999999p-3, threads).status, SweepStatus::None);
+  }
+}
+
+/// First contact by the linear programme of every pair, in fractions.
+struct ExactAnswer {
+  SweepStatus status = SweepStatus::None;
+  oracle::Fraction travel;
+  std::size_t moving = 0, fixed = 0;
+};
+
+ExactAnswer FirstByFractions(const oracle::IntPoint& d,
+                             const std::vector<oracle::IntTriangle>& moving,
+                             const std::vector<oracle::IntTriangle>& fixed) {
+  ExactAnswer answer;
+  for (std::size_t i = 0; i < moving.size(); ++i) {
+    for (std::size_t j = 0; j < fixed.size(); ++j) {
+      const auto interval = oracle::SweepPair(d, moving[i], fixed[j]);
+      if (!interval || interval->high.Sign() < 0) continue;
+      if (interval->low.Sign() <= 0) return {SweepStatus::Start, {}, i, j};
+      if (answer.status == SweepStatus::None || interval->low < answer.travel) {
+        answer = {SweepStatus::Contact, interval->low, i, j};
+      }
+    }
+  }
+  return answer;
+}
+
+/// Triangles with corners on a small grid: most contacts come in crowds at one travel.
+std::vector<oracle::IntTriangle> IntSoup(std::mt19937_64& random, std::size_t count, int reach,
+                                         const oracle::IntPoint& shift) {
+  std::uniform_int_distribution<std::int64_t> coordinate(-reach, reach);
+  std::vector<oracle::IntTriangle> soup(count);
+  for (oracle::IntTriangle& t : soup) {
+    for (oracle::IntPoint& p : t) {
+      for (std::size_t k = 0; k < 3; ++k)
+        p[k] = coordinate(random) + shift[k];
+    }
+  }
+  return soup;
+}
+
+Mesh MeshOf(const std::vector<oracle::IntTriangle>& soup) {
+  Mesh mesh;
+  for (const oracle::IntTriangle& t : soup) {
+    for (const oracle::IntPoint& p : t) {
+      mesh.corners.push_back(
+          {static_cast<double>(p[0]), static_cast<double>(p[1]), static_cast<double>(p[2])});
+    }
+  }
+  return mesh;
+}
+
+TEST(Search, AgreesWithFractionsOnGridsFullOfTies) {
+  const unsigned seed = 2718;
+  SCOPED_TRACE(testing::Message() << "seed " << seed);
+  std::mt19937_64 random(seed);
+  const oracle::IntPoint directions[] = {{0, 0, -1}, {1, 0, 0},  {0, 1, 1},
+                                         {1, 2, -3}, {-1, 1, 1}, {3, 0, -4}};
+  int counts[3] = {};
+  for (int round = 0; round < 90 && !testing::Test::HasFailure(); ++round) {
+    SCOPED_TRACE(testing::Message() << "round " << round);
+    const oracle::IntPoint& d = directions[static_cast<std::size_t>(round) % 6];
+    const int reach = 1 + round % 4;
+    const std::int64_t back = round % 5 == 0 ? 0 : -2 - round % 3;
+    const auto moving = IntSoup(random, 9, reach, {back * d[0], back * d[1], back * d[2]});
+    const auto fixed = IntSoup(random, 9, reach, {0, 0, 0});
+    const ExactAnswer expected = FirstByFractions(d, moving, fixed);
+    ++counts[static_cast<int>(expected.status)];
+    const Coord3 direction{static_cast<double>(d[0]), static_cast<double>(d[1]),
+                           static_cast<double>(d[2])};
+    const SweepAnswer answer = Ask(MeshOf(moving), MeshOf(fixed), direction, infinity, 2);
+    ASSERT_EQ(answer.status, expected.status);
+    if (expected.status == SweepStatus::None) continue;
+    EXPECT_EQ(answer.moving.triangle, expected.moving);
+    EXPECT_EQ(answer.fixed.triangle, expected.fixed);
+    const double travel = static_cast<double>(expected.travel.Value()) *
+                          gsl_arithmetic::Length(direction);
+    EXPECT_NEAR(answer.travel, travel, travel * 0x1p-51);
+  }
+  EXPECT_GT(counts[static_cast<int>(SweepStatus::Contact)], 30);
+  EXPECT_GT(counts[static_cast<int>(SweepStatus::Start)], 10);
 }
 
 TEST(Search, ManyThinTrianglesAslantEndInTime) {

@@ -1,0 +1,158 @@
+#include "ExactRatio.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+
+namespace gsl_sweep {
+
+namespace {
+
+constexpr int limbBits = 32;
+constexpr int mantissaBits = 53;
+constexpr int leastExponent = -1074; ///< of the least double
+
+/// The magnitude of an expansion as a whole number of units of 2^exponent. Floating point cannot
+/// hold the products of two determinants: their lowest bits are below the least double.
+class WideNumber {
+public:
+  /// No component may have a bit below 2^exponent; at least one component.
+  WideNumber(const Expansion<192>& value, int exponent) {
+    const double sense = static_cast<double>(value.Sign());
+    // From the largest component down, so that what is held never falls below zero.
+    for (int k = value.count - 1; k >= 0; --k)
+      Add(sense * value.component[k], exponent);
+    Trim();
+  }
+
+  /// Sign of a * b - c * d.
+  static int CompareProducts(const WideNumber& a, const WideNumber& b, const WideNumber& c,
+                             const WideNumber& d) {
+    std::uint32_t left[2 * capacity] = {};
+    std::uint32_t right[2 * capacity] = {};
+    Multiply(a, b, left);
+    Multiply(c, d, right);
+    const std::size_t count = std::max(a.m_count + b.m_count, c.m_count + d.m_count);
+    for (std::size_t k = count; k > 0; --k) {
+      if (left[k - 1] != right[k - 1]) return left[k - 1] < right[k - 1] ? -1 : 1;
+    }
+    return 0;
+  }
+
+private:
+  // The range of double, 1074 bits below one and 1024 above, and a limb to spare.
+  static constexpr std::size_t capacity = (1074 + 1024) / limbBits + 2;
+
+  void Add(double component, int exponent) {
+    int ownExponent = 0;
+    const double mantissa = std::ldexp(std::frexp(std::fabs(component), &ownExponent), mantissaBits);
+    int shift = ownExponent - mantissaBits - exponent;
+    auto bits = static_cast<std::uint64_t>(mantissa);
+    // A subnormal component ends in zeros.
+    for (; shift < 0; ++shift)
+      bits >>= 1;
+    const auto limb = static_cast<std::size_t>(shift / limbBits);
+    const int offset = shift % limbBits;
+    const std::uint64_t low = (bits & 0xffffffffU) << offset;
+    const std::uint64_t high = ((bits >> limbBits) << offset) + (low >> limbBits);
+    const std::uint32_t parts[3] = {static_cast<std::uint32_t>(low),
+                                    static_cast<std::uint32_t>(high),
+                                    static_cast<std::uint32_t>(high >> limbBits)};
+    if (component > 0.0) {
+      AddLimbs(parts, limb);
+    } else {
+      SubtractLimbs(parts, limb);
+    }
+    m_count = std::max(m_count, limb + 4);
+  }
+
+  void AddLimbs(const std::uint32_t (&parts)[3], std::size_t limb) {
+    std::uint64_t carry = 0;
+    for (std::size_t k = 0; k < 3 || carry != 0; ++k) {
+      carry += m_limbs[limb + k];
+      if (k < 3) carry += parts[k];
+      m_limbs[limb + k] = static_cast<std::uint32_t>(carry);
+      carry >>= limbBits;
+    }
+  }
+
+  void SubtractLimbs(const std::uint32_t (&parts)[3], std::size_t limb) {
+    std::uint64_t borrow = 0;
+    for (std::size_t k = 0; k < 3 || borrow != 0; ++k) {
+      const std::uint64_t taken = (k < 3 ? parts[k] : 0U) + borrow;
+      borrow = m_limbs[limb + k] < taken ? 1 : 0;
+      m_limbs[limb + k] = static_cast<std::uint32_t>(m_limbs[limb + k] - taken);
+    }
+  }
+
+  void Trim() {
+    while (m_count > 0 && m_limbs[m_count - 1] == 0)
+      --m_count;
+  }
+
+  static void Multiply(const WideNumber& a, const WideNumber& b, std::uint32_t* product) {
+    for (std::size_t i = 0; i < a.m_count; ++i) {
+      std::uint64_t carry = 0;
+      for (std::size_t j = 0; j < b.m_count; ++j) {
+        carry += static_cast<std::uint64_t>(a.m_limbs[i]) * b.m_limbs[j] + product[i + j];
+        product[i + j] = static_cast<std::uint32_t>(carry);
+        carry >>= limbBits;
+      }
+      product[i + b.m_count] = static_cast<std::uint32_t>(carry);
+    }
+  }
+
+  std::uint32_t m_limbs[capacity + 3] = {};
+  std::size_t m_count = 0;
+};
+
+/// No bit of either is below 2 to this power.
+int LowestExponent(const Expansion<192>& a, const Expansion<192>& b) {
+  const auto lowest = [](const Expansion<192>& e) {
+    int exponent = 0;
+    std::frexp(e.component[0], &exponent);
+    return std::max(exponent - mantissaBits, leastExponent);
+  };
+  return std::min(lowest(a), lowest(b));
+}
+
+/// Tells the ratios apart by their rounded values; 0 where these are too close to say.
+int CompareRounded(const ExactRatio& a, const ExactRatio& b) {
+  // Below this the rounded values have lost bits to underflow.
+  constexpr double leastMagnitude = 0x1p-850;
+  constexpr double relativeBound = 0x1p-85;
+  const double magnitude = std::fabs(a.rounded.hi) + std::fabs(b.rounded.hi);
+  const double difference = Plus(a.rounded, Minus(b.rounded)).hi;
+  if (!(magnitude > leastMagnitude) || !(std::fabs(difference) > relativeBound * magnitude)) {
+    return 0;
+  }
+  return difference < 0.0 ? -1 : 1;
+}
+
+int SignOf(const ExactRatio& ratio) {
+  return ratio.numerator.Sign() * ratio.denominator.Sign();
+}
+
+} // namespace
+
+void ExactRatio::Set(const Expansion<192>& over, const Expansion<192>& under) {
+  numerator = over;
+  denominator = under;
+  rounded = over.count == 0 ? DoubleDouble{} : Over(over.Rounded(), under.Rounded());
+}
+
+int CompareRatios(const ExactRatio& a, const ExactRatio& b) {
+  const int sign = SignOf(a);
+  if (sign != SignOf(b)) return sign < SignOf(b) ? -1 : 1;
+  if (sign == 0) return 0;
+  const int rounded = CompareRounded(a, b);
+  if (rounded != 0) return rounded;
+  const int above = LowestExponent(a.numerator, b.numerator);
+  const int below = LowestExponent(a.denominator, b.denominator);
+  const int larger = WideNumber::CompareProducts(
+      WideNumber(a.numerator, above), WideNumber(b.denominator, below),
+      WideNumber(b.numerator, above), WideNumber(a.denominator, below));
+  return sign * larger;
+}
+
+} // namespace gsl_sweep

@@ -1,0 +1,124 @@
+#include "ExactRatio.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <random>
+
+namespace {
+
+using namespace gsl_sweep;
+
+__extension__ using Wide = __int128;
+
+/// An expansion of one component, or of none.
+Expansion<192> Of(double value) {
+  Expansion<192> result;
+  result.Append(value);
+  return result;
+}
+
+/// large + small, of which the bits must not overlap.
+Expansion<192> Of(double large, double small) {
+  Expansion<192> result;
+  result.Append(small);
+  result.Append(large);
+  return result;
+}
+
+ExactRatio Ratio(const Expansion<192>& over, const Expansion<192>& under) {
+  ExactRatio ratio;
+  ratio.Set(over, under);
+  return ratio;
+}
+
+void ExpectOrder(const ExactRatio& a, const ExactRatio& b, int order) {
+  EXPECT_EQ(CompareRatios(a, b), order);
+  EXPECT_EQ(CompareRatios(b, a), -order);
+  EXPECT_EQ(CompareRatios(a, a), 0);
+  EXPECT_EQ(CompareRatios(b, b), 0);
+}
+
+TEST(ExactRatio, SignsComeFirst) {
+  const ExactRatio third = Ratio(Of(1.0), Of(3.0));
+  const ExactRatio minusThird = Ratio(Of(1.0), Of(-3.0));
+  const ExactRatio zero = Ratio(Of(0.0), Of(-3.0));
+  ExpectOrder(minusThird, third, -1);
+  ExpectOrder(minusThird, zero, -1);
+  ExpectOrder(zero, third, -1);
+  ExpectOrder(third, Ratio(Of(-1.0), Of(-3.0)), 0);
+  ExpectOrder(zero, Ratio(Of(0.0), Of(5.0)), 0);
+}
+
+TEST(ExactRatio, EqualRatiosOfDifferentTermsAreEqual) {
+  ExpectOrder(Ratio(Of(1.0), Of(3.0)), Ratio(Of(-7.0), Of(-21.0)), 0);
+  ExpectOrder(Ratio(Of(0x1p500), Of(3.0)), Ratio(Of(0x1p-500), Of(3.0 * 0x1p-1000)), 0);
+  // (2^60 + 1) / 3 of three times itself.
+  ExpectOrder(Ratio(Of(0x1p60, 1.0), Of(3.0)), Ratio(Of(0x1.8p61, 3.0), Of(9.0)), 0);
+}
+
+TEST(ExactRatio, DifferencesBelowTheRoundedValuesAreSeen) {
+  // 1/3 and 1/3 + 2^-202, far below one unit of a hundred bits.
+  const ExactRatio third = Ratio(Of(1.0), Of(3.0));
+  const ExactRatio above = Ratio(Of(1.0, 3.0 * 0x1p-202), Of(3.0));
+  EXPECT_EQ(third.rounded.hi, above.rounded.hi);
+  EXPECT_EQ(third.rounded.lo, above.rounded.lo);
+  ExpectOrder(third, above, -1);
+  ExpectOrder(third, Ratio(Of(1.0, -0x1p-900), Of(3.0)), 1);
+  ExpectOrder(Ratio(Of(-1.0), Of(3.0)), Ratio(Of(-1.0, -0x1p-900), Of(3.0)), 1);
+  ExpectOrder(third, Ratio(Of(1.0), Of(3.0, -0x1p-900)), -1);
+}
+
+TEST(ExactRatio, TheWholeRangeOfDoubleCounts) {
+  const double least = 0x1p-1074;
+  const double most = 0x1.fffffffffffffp1023;
+  // Products of these are 2^-2148 and nearly 2^2048.
+  ExpectOrder(Ratio(Of(least), Of(1.0, least)), Ratio(Of(least), Of(1.0)), -1);
+  ExpectOrder(Ratio(Of(most, least), Of(most)), Ratio(Of(most), Of(most)), 1);
+  ExpectOrder(Ratio(Of(most, -least), Of(most)), Ratio(Of(most), Of(most, least)), -1);
+}
+
+TEST(ExactRatio, CarriesAndBorrowsCrossLimbs) {
+  // 2^320 - 1 over 2^320, and 2^320 over 2^320 + 1: their cross products differ by one.
+  ExpectOrder(Ratio(Of(0x1p320, -1.0), Of(0x1p320)), Ratio(Of(0x1p320), Of(0x1p320, 1.0)), -1);
+  // (2^320 - 1)(2^320 + 1) is one less than 2^640.
+  ExpectOrder(Ratio(Of(0x1p320, -1.0), Of(1.0)), Ratio(Of(0x1p640), Of(0x1p320, 1.0)), -1);
+  ExpectOrder(Ratio(Of(0x1p320, -1.0), Of(1.0)), Ratio(Of(0x1p640, -1.0), Of(0x1p320, 1.0)), 0);
+}
+
+/// A whole number of up to 62 bits as the sum of two parts.
+Expansion<192> Whole(std::int64_t value) {
+  const auto high = static_cast<double>(value);
+  return Of(high, static_cast<double>(value - static_cast<std::int64_t>(high)));
+}
+
+TEST(ExactRatio, AgreesWithWholeNumbers) {
+  const unsigned seed = 77;
+  SCOPED_TRACE(testing::Message() << "seed " << seed);
+  std::mt19937_64 random(seed);
+  std::uniform_int_distribution<std::int64_t> wide(-(std::int64_t{1} << 61), std::int64_t{1} << 61);
+  std::uniform_int_distribution<std::int64_t> narrow(-3, 3);
+  int equal = 0;
+  for (int round = 0; round < 20000; ++round) {
+    // Terms near each other, so that the quotients are often equal or nearly so.
+    std::int64_t term[4] = {wide(random), wide(random), 0, 0};
+    term[2] = round % 3 == 0 ? wide(random) : term[0] + narrow(random);
+    term[3] = round % 3 == 0 ? wide(random) : term[1] + narrow(random);
+    if (round % 5 == 1) {
+      for (std::int64_t& t : term)
+        t = narrow(random);
+    }
+    if (term[1] == 0 || term[3] == 0) continue;
+    const Wide cross = static_cast<Wide>(term[0]) * term[3] - static_cast<Wide>(term[2]) * term[1];
+    int expected = (cross > 0) - (cross < 0);
+    if ((term[1] < 0) != (term[3] < 0)) expected = -expected;
+    equal += expected == 0 ? 1 : 0;
+    ASSERT_EQ(CompareRatios(Ratio(Whole(term[0]), Whole(term[1])),
+                            Ratio(Whole(term[2]), Whole(term[3]))),
+              expected)
+        << round;
+  }
+  EXPECT_GT(equal, 100);
+}
+
+} // namespace
