@@ -16,7 +16,7 @@ using gsl_arithmetic::Multiply;
 using gsl_arithmetic::Subtract;
 
 constexpr std::size_t leafSize = 4;
-constexpr int binCount = 16;
+constexpr std::size_t smallRange = 8;
 constexpr int costDepth = 48; ///< deeper than this, halves keep the depth logarithmic
 
 constexpr double infinity = std::numeric_limits<double>::infinity();
@@ -30,19 +30,6 @@ void Include(ShadowBox& box, const ShadowBox& other) {
              std::min(box.low.z, other.low.z)};
   box.high = {std::max(box.high.x, other.high.x), std::max(box.high.y, other.high.y),
               std::max(box.high.z, other.high.z)};
-}
-
-/// Half the surface: the chance that a box is met grows with it.
-double Surface(const ShadowBox& box) {
-  const Coord3 side = Subtract(box.high, box.low);
-  return side.x * side.y + side.y * side.z + side.z * side.x;
-}
-
-/// Twice the middle of a triangle's box along one axis.
-double Middle(const ShadowTriangle& t, int axis) {
-  if (axis == 2) return t.zLow + t.zHigh;
-  const double* c = axis == 0 ? t.u : t.v;
-  return std::min({c[0], c[1], c[2]}) + std::max({c[0], c[1], c[2]});
 }
 
 /// An axis of the coordinates that is far from parallel to a direction.
@@ -81,11 +68,6 @@ ShadowFrame ShadowFrame::Turned(double angle) const {
 Coord3 ShadowFrame::Transform(const Coord3& p) const {
   const Coord3 r = Subtract(p, m_center);
   return {Dot(r, m_u), Dot(r, m_v), Dot(r, m_z)};
-}
-
-ShadowBox ShadowTriangle::Box(double error) const {
-  return {{std::min({u[0], u[1], u[2]}) - error, std::min({v[0], v[1], v[2]}) - error, zLow},
-          {std::max({u[0], u[1], u[2]}) + error, std::max({v[0], v[1], v[2]}) + error, zHigh}};
 }
 
 namespace {
@@ -143,80 +125,118 @@ std::uint32_t ShadowTree::Build(Range range, int depth) {
   return node;
 }
 
+ShadowTree::Bounds::Bounds() {
+  std::fill(std::begin(least), std::end(least), infinity);
+}
+
+ShadowTree::Bounds::Bounds(const ShadowTriangle& t, double error) {
+  const ShadowBox box = t.Box(error);
+  least[0] = box.low.x;
+  least[1] = box.low.y;
+  least[2] = box.low.z;
+  least[3] = -box.high.x;
+  least[4] = -box.high.y;
+  least[5] = -box.high.z;
+}
+
+void ShadowTree::Bounds::Include(const Bounds& other) {
+  for (int k = 0; k < 6; ++k)
+    least[k] = other.least[k] < least[k] ? other.least[k] : least[k];
+}
+
+double ShadowTree::Bounds::Surface() const {
+  const double x = -least[3] - least[0];
+  const double y = -least[4] - least[1];
+  const double z = -least[5] - least[2];
+  return x * y + y * z + z * x;
+}
+
 /// Puts the triangles of two children in order; returns where the second begins.
 std::size_t ShadowTree::SplitRange(Range range, int depth) {
-  double low[3];
-  double high[3];
+  double low[3] = {infinity, infinity, infinity};
+  double high[3] = {-infinity, -infinity, -infinity};
+  for (std::size_t k = range.begin; k < range.end; ++k) {
+    const Bounds bounds(m_triangles[k], m_error);
+    for (int axis = 0; axis < 3; ++axis) {
+      const double middle = bounds.Middle(axis);
+      low[axis] = middle < low[axis] ? middle : low[axis];
+      high[axis] = middle > high[axis] ? middle : high[axis];
+    }
+  }
+  Cut cuts[3];
   int longest = 0;
   for (int axis = 0; axis < 3; ++axis) {
-    low[axis] = infinity;
-    high[axis] = -infinity;
-    for (std::size_t k = range.begin; k < range.end; ++k) {
-      const double middle = Middle(m_triangles[k], axis);
-      low[axis] = std::min(low[axis], middle);
-      high[axis] = std::max(high[axis], middle);
-    }
-    if (high[axis] - low[axis] > high[longest] - low[longest]) longest = axis;
+    const double spread = high[axis] - low[axis];
+    const double scale = binCount / spread;
+    if (spread > high[longest] - low[longest]) longest = axis;
+    // Middles that do not spread, or by a subnormal amount, have no cut.
+    if (spread > 0.0 && std::isfinite(scale)) cuts[axis] = {axis, 0, low[axis], scale, infinity};
   }
-  if (depth >= costDepth) return SplitInHalf(range, longest);
+  // Weighing costs more than it saves where there is little to divide.
+  const bool isSmall = range.end - range.begin <= smallRange;
+  if (isSmall || depth >= costDepth) return SplitInHalf(range, longest);
 
-  Cut best;
-  for (int axis = 0; axis < 3; ++axis) {
-    const Cut cut = CheapestCut(range, axis, low[axis], high[axis]);
-    if (cut.cost < best.cost) best = cut;
-  }
+  const Cut best = CheapestCut(range, cuts);
   if (best.axis < 0) return SplitInHalf(range, longest);
-  const auto isLeft = [&best](const ShadowTriangle& t) { return best.Bin(t) <= best.lastLeft; };
+  const auto isLeft = [&best, this](const ShadowTriangle& t) {
+    return best.Bin(Bounds(t, m_error).Middle(best.axis)) <= best.lastLeft;
+  };
   const auto begin = m_triangles.begin();
   const auto middle = std::partition(begin + static_cast<std::ptrdiff_t>(range.begin),
                                      begin + static_cast<std::ptrdiff_t>(range.end), isLeft);
   return static_cast<std::size_t>(middle - begin);
 }
 
-/// Weighs the cuts between equal slices of one axis by the surfaces and counts on both sides.
-ShadowTree::Cut ShadowTree::CheapestCut(Range range, int axis, double low, double high) const {
-  Cut cut;
-  const double scale = binCount / (high - low);
-  // Middles that do not spread, or by a subnormal amount, have no cut.
-  if (!(high > low) || !std::isfinite(scale)) return cut;
-  cut = {axis, 0, low, scale, infinity};
-  ShadowBox boxes[binCount];
-  std::size_t counts[binCount] = {};
-  std::fill(std::begin(boxes), std::end(boxes), EmptyBox());
+/// Weighs the cuts between equal slices of the axes by the surfaces and counts on both sides.
+ShadowTree::Cut ShadowTree::CheapestCut(Range range, Cut (&cuts)[3]) const {
+  Slices slices[3];
   for (std::size_t k = range.begin; k < range.end; ++k) {
-    const int bin = cut.Bin(m_triangles[k]);
-    Include(boxes[bin], m_triangles[k].Box(m_error));
-    ++counts[bin];
+    const Bounds bounds(m_triangles[k], m_error);
+    for (int axis = 0; axis < 3; ++axis) {
+      if (cuts[axis].axis < 0) continue;
+      const int bin = cuts[axis].Bin(bounds.Middle(axis));
+      slices[axis].bounds[bin].Include(bounds);
+      ++slices[axis].counts[bin];
+    }
   }
+  Cut best;
+  for (int axis = 0; axis < 3; ++axis) {
+    if (cuts[axis].axis < 0) continue;
+    slices[axis].Weigh(range.end - range.begin, cuts[axis]);
+    if (cuts[axis].cost < best.cost) best = cuts[axis];
+  }
+  return best;
+}
+
+void ShadowTree::Slices::Weigh(std::size_t total, Cut& cut) const {
   double rightCost[binCount];
-  ShadowBox right = EmptyBox();
+  Bounds right;
   std::size_t rightCount = 0;
   for (int bin = binCount - 1; bin > 0; --bin) {
-    Include(right, boxes[bin]);
+    right.Include(bounds[bin]);
     rightCount += counts[bin];
-    rightCost[bin] = rightCount == 0 ? 0.0 : Surface(right) * static_cast<double>(rightCount);
+    rightCost[bin] = rightCount == 0 ? 0.0 : right.Surface() * static_cast<double>(rightCount);
   }
-  ShadowBox left = EmptyBox();
+  Bounds left;
   std::size_t leftCount = 0;
   for (int bin = 0; bin + 1 < binCount; ++bin) {
-    Include(left, boxes[bin]);
+    left.Include(bounds[bin]);
     leftCount += counts[bin];
     // A cut that leaves one side empty is none.
-    if (leftCount == 0 || leftCount == range.end - range.begin) continue;
-    const double cost = Surface(left) * static_cast<double>(leftCount) + rightCost[bin + 1];
+    if (leftCount == 0 || leftCount == total) continue;
+    const double cost = left.Surface() * static_cast<double>(leftCount) + rightCost[bin + 1];
     if (!(cost < cut.cost)) continue;
     cut.cost = cost;
     cut.lastLeft = bin;
   }
-  return cut;
 }
 
 std::size_t ShadowTree::SplitInHalf(Range range, int axis) {
   const std::size_t middle = range.begin + (range.end - range.begin) / 2;
   const auto begin = m_triangles.begin();
-  const auto precedes = [axis](const ShadowTriangle& a, const ShadowTriangle& b) {
-    const double atA = Middle(a, axis);
-    const double atB = Middle(b, axis);
+  const auto precedes = [axis, this](const ShadowTriangle& a, const ShadowTriangle& b) {
+    const double atA = Bounds(a, m_error).Middle(axis);
+    const double atB = Bounds(b, m_error).Middle(axis);
     return atA != atB ? atA < atB : a.index < b.index;
   };
   std::nth_element(begin + static_cast<std::ptrdiff_t>(range.begin),
@@ -225,8 +245,8 @@ std::size_t ShadowTree::SplitInHalf(Range range, int axis) {
   return middle;
 }
 
-int ShadowTree::Cut::Bin(const ShadowTriangle& t) const {
-  const int bin = static_cast<int>((Middle(t, axis) - low) * scale);
+int ShadowTree::Cut::Bin(double middle) const {
+  const int bin = static_cast<int>((middle - low) * scale);
   return std::min(bin, binCount - 1);
 }
 

@@ -3,6 +3,7 @@
 
 #include "PairKernel.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <limits>
@@ -58,7 +59,11 @@ struct ShadowTriangle {
   double zLow, zHigh; ///< grown by the frame's error
   std::uint32_t index;
 
-  ShadowBox Box(double error) const;
+  ShadowBox Box(double error) const {
+    const auto least = [](const double(&c)[3]) { return std::min(c[0], std::min(c[1], c[2])); };
+    const auto most = [](const double(&c)[3]) { return std::max(c[0], std::max(c[1], c[2])); };
+    return {{least(u) - error, least(v) - error, zLow}, {most(u) + error, most(v) + error, zHigh}};
+  }
 };
 
 /// True when a line across the direction separates the shadows beyond doubt.
@@ -85,19 +90,43 @@ private:
     std::size_t begin, end;
   };
 
+  static constexpr int binCount = 16;
+
   /// Triangles whose middle on the axis is in one of the first slices go left.
   struct Cut {
-    int axis = -1;
+    int axis = -1; ///< -1: none
     int lastLeft = 0;
     double low = 0.0, scale = 0.0;
     double cost = std::numeric_limits<double>::infinity();
 
-    int Bin(const ShadowTriangle& t) const;
+    int Bin(double middle) const;
+  };
+
+  /// A box with its high side negated, so that including another is one minimum six times over.
+  struct Bounds {
+    double least[6];
+
+    Bounds();
+    Bounds(const ShadowTriangle& t, double error);
+    void Include(const Bounds& other);
+    /// Twice the middle along one axis.
+    double Middle(int axis) const { return least[axis] - least[axis + 3]; }
+    /// Half the surface: the chance that a box is met grows with it.
+    double Surface() const;
+  };
+
+  /// Equal slices of one axis, with the boxes and counts of the triangles in each.
+  struct Slices {
+    Bounds bounds[binCount];
+    std::size_t counts[binCount] = {};
+
+    /// Finds the cheapest cut between two slices of `total` triangles.
+    void Weigh(std::size_t total, Cut& cut) const;
   };
 
   std::uint32_t Build(Range range, int depth);
   std::size_t SplitRange(Range range, int depth);
-  Cut CheapestCut(Range range, int axis, double low, double high) const;
+  Cut CheapestCut(Range range, Cut (&cuts)[3]) const;
   std::size_t SplitInHalf(Range range, int axis);
 
   double m_error;
