@@ -131,7 +131,7 @@ Mesh ReadSource(const MeshSource& source, MeshFormat format) {
   case MeshFormat::Off:
     return ReadOff(source);
   case MeshFormat::Assimp:
-    return ReadThroughAssimp(source.file);
+    return ReadThroughAssimp(source.file, source.bytes.size());
   case MeshFormat::Unknown:
     break;
   }

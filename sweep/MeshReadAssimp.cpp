@@ -159,8 +159,8 @@ Mesh ImportWithAssimp(const std::string& path) {
   return mesh;
 }
 
-Mesh ReadThroughAssimp(const std::string& path) {
-  return ReadInChildProcess(path, ImportWithAssimp);
+Mesh ReadThroughAssimp(const std::string& path, std::uint64_t fileSize) {
+  return ReadInChildProcess(path, ImportWithAssimp, ReadLimitsFor(fileSize));
 }
 
 bool AssimpKnowsExtension(const std::string& extension) {

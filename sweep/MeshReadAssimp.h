@@ -3,6 +3,7 @@
 
 #include "Mesh.h"
 
+#include <cstdint>
 #include <string>
 
 namespace gsl_sweep {
@@ -14,8 +15,9 @@ namespace gsl_sweep {
 /// Order      nodes depth first, their meshes and faces as the file has them.
 /// Units      not applied: 3MF, glTF, AMF, Collada, FBX and X3D give the numbers of the file. Of
 ///            other formats Assimp turns or scales some, so they come with a warning.
-/// Errors     MeshError, also when the child crashes or runs out of memory.
-Mesh ReadThroughAssimp(const std::string& path);
+/// Errors     MeshError, also when the child crashes or runs out of memory or time.
+/// `fileSize`, in bytes, sets both limits.
+Mesh ReadThroughAssimp(const std::string& path, std::uint64_t fileSize);
 
 /// The same without a child process; a damaged file may end the program.
 Mesh ImportWithAssimp(const std::string& path);

@@ -2,6 +2,7 @@
 
 #include "MeshReadFormats.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <cstring>
@@ -9,6 +10,7 @@
 #include <new>
 
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/prctl.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
@@ -44,23 +46,23 @@ std::uint64_t MappedBytes() {
   return pages * static_cast<std::uint64_t>(sysconf(_SC_PAGESIZE));
 }
 
-/// Not below what is mapped already: sanitizers map more than the machine has.
-void LimitMemory() {
-  const std::uint64_t memory = MemoryOfMachine();
-  if (memory == 0 || MappedBytes() > memory / 2) return;
-  const rlimit limit{memory, memory};
+/// Sanitizers map more than any machine has; what they map is no measure.
+void LimitMemory(std::uint64_t bytes) {
+  const std::uint64_t mapped = MappedBytes();
+  if (bytes == 0 || mapped > MemoryOfMachine()) return;
+  const rlimit limit{mapped + bytes, mapped + bytes};
   setrlimit(RLIMIT_AS, &limit);
 }
 
-/// An importer that goes astray is held to the memory of the machine and leaves no trace.
-void ConfineChild() {
+/// An importer that goes astray is held to its share of memory and leaves no trace.
+void ConfineChild(const ReadLimits& limits) {
   prctl(PR_SET_PDEATHSIG, SIGKILL);
   for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGSEGV, SIGBUS, SIGFPE, SIGABRT}) {
     std::signal(signal, SIG_DFL);
   }
   const rlimit noCore{0, 0};
   setrlimit(RLIMIT_CORE, &noCore);
-  LimitMemory();
+  LimitMemory(limits.memory);
   const int nowhere = open("/dev/null", O_RDWR | O_CLOEXEC);
   if (nowhere >= 0) {
     for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
@@ -69,8 +71,9 @@ void ConfineChild() {
 }
 
 /// Sends either an error text, or an empty one, the warnings and the corners.
-[[noreturn]] void RunChild(const std::string& path, MeshReader read, int answer) {
-  ConfineChild();
+[[noreturn]] void RunChild(const std::string& path, MeshReader read, const ReadLimits& limits,
+                           int answer) {
+  ConfineChild(limits);
   std::string error;
   Mesh mesh;
   try {
@@ -101,7 +104,8 @@ void ConfineChild() {
 /// The parent's end of the pipe and the child itself; both are gone when it is destroyed.
 class Child {
 public:
-  Child(int pipeEnd, pid_t process) : m_pipe(pipeEnd), m_process(process) {}
+  Child(int pipeEnd, pid_t process, std::chrono::milliseconds time)
+      : m_pipe(pipeEnd), m_process(process), m_end(Clock::now() + time) {}
   Child(const Child&) = delete;
   Child& operator=(const Child&) = delete;
   ~Child() {
@@ -116,6 +120,7 @@ public:
   bool Read(void* data, std::size_t size) {
     char* next = static_cast<char*>(data);
     while (size > 0) {
+      if (!WaitForData()) return false;
       const ssize_t got = read(m_pipe, next, size);
       if (got < 0 && errno == EINTR) continue;
       if (got <= 0) return false;
@@ -132,6 +137,8 @@ public:
     return Read(text.data(), size);
   }
 
+  bool IsOutOfTime() const { return m_outOfTime; }
+
   /// How the child ended, in words.
   std::string Wait() {
     int status = 0;
@@ -143,8 +150,28 @@ public:
   }
 
 private:
+  using Clock = std::chrono::steady_clock;
+
+  /// False when the time is up; true when there is something to read, if only the end.
+  bool WaitForData() {
+    constexpr std::int64_t longest = 1000; // milliseconds; the clock is looked at again
+    for (;;) {
+      const auto left = std::chrono::ceil<std::chrono::milliseconds>(m_end - Clock::now()).count();
+      if (left <= 0) {
+        m_outOfTime = true;
+        return false;
+      }
+      pollfd waited{m_pipe, POLLIN, 0};
+      const int ready = poll(&waited, 1, static_cast<int>(std::min(left, longest)));
+      if (ready > 0) return true;
+      if (ready < 0 && errno != EINTR) return true; // reading tells what is wrong
+    }
+  }
+
   int m_pipe;
   pid_t m_process;
+  Clock::time_point m_end;
+  bool m_outOfTime = false;
 };
 
 /// The child's standard streams are replaced, so the ends must not be among them even when the
@@ -163,7 +190,7 @@ bool OpenPipe(int (&ends)[2]) {
   return false;
 }
 
-Child StartChild(const MeshSource& source, MeshReader read) {
+Child StartChild(const MeshSource& source, MeshReader read, const ReadLimits& limits) {
   int ends[2] = {-1, -1};
   if (!OpenPipe(ends)) {
     FailRead(source, std::string("its reader cannot be started: ") + std::strerror(errno));
@@ -171,7 +198,7 @@ Child StartChild(const MeshSource& source, MeshReader read) {
   const pid_t process = fork();
   if (process == 0) {
     close(ends[0]);
-    RunChild(source.file, read, ends[1]);
+    RunChild(source.file, read, limits, ends[1]);
   }
   close(ends[1]);
   if (process < 0) {
@@ -179,7 +206,7 @@ Child StartChild(const MeshSource& source, MeshReader read) {
     close(ends[0]);
     FailRead(source, std::string("its reader cannot be started: ") + std::strerror(error));
   }
-  return {ends[0], process};
+  return {ends[0], process, limits.time};
 }
 
 bool ReadAnswer(Child& child, Mesh& mesh) {
@@ -197,14 +224,27 @@ bool ReadAnswer(Child& child, Mesh& mesh) {
 
 } // namespace
 
-Mesh ReadInChildProcess(const std::string& path, MeshReader read) {
+ReadLimits ReadLimitsFor(std::uint64_t fileSize) {
+  constexpr std::uint64_t megabyte = 1000000;
+  const std::uint64_t seconds = 60 + fileSize / megabyte * 10;
+  const std::uint64_t machine = MemoryOfMachine();
+  const std::uint64_t wanted =
+      fileSize < machine / 500 ? 4000 * megabyte + 500 * fileSize : machine;
+  return {std::chrono::seconds(seconds), std::min(wanted, machine)};
+}
+
+Mesh ReadInChildProcess(const std::string& path, MeshReader read, const ReadLimits& limits) {
   const MeshSource source{{}, path};
-  Child child = StartChild(source, read);
+  Child child = StartChild(source, read, limits);
   std::string error;
   Mesh mesh;
   if (child.ReadText(error)) {
     if (!error.empty()) throw MeshError(error);
     if (ReadAnswer(child, mesh)) return mesh;
+  }
+  if (child.IsOutOfTime()) {
+    const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(limits.time).count();
+    FailRead(source, "given up: not read within " + std::to_string(seconds) + " seconds");
   }
   FailRead(source, "damaged: its reader did not survive it (" + child.Wait() + ")");
 }

@@ -1,9 +1,13 @@
 #include "MeshReadChild.h"
 
+#include "MeshReadFormats.h"
 #include "MeshSamples.h"
 
+#include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <csignal>
+#include <cstdint>
 #include <cstdlib>
 #include <new>
 #include <stdexcept>
@@ -14,13 +18,17 @@
 using namespace gsl_mesh_samples;
 using gsl_sweep::MeshReader;
 using gsl_sweep::ReadInChildProcess;
+using gsl_sweep::ReadLimits;
+using gsl_sweep::ReadLimitsFor;
 using testing::HasSubstr;
 
 namespace {
 
-std::string ErrorOfReader(MeshReader reader) {
+const ReadLimits ample = ReadLimitsFor(1000);
+
+std::string ErrorOfReader(MeshReader reader, const ReadLimits& limits = ample) {
   try {
-    ReadInChildProcess("sample", reader);
+    ReadInChildProcess("sample", reader, limits);
   } catch (const MeshError& e) {
     return e.what();
   }
@@ -30,20 +38,26 @@ std::string ErrorOfReader(MeshReader reader) {
 } // namespace
 
 TEST(MeshReadChild, MeshAndWarningsComeBack) {
-  const Mesh mesh = ReadInChildProcess("sample", [](const std::string& path) {
-    return Mesh{path, TetrahedronCorners(), {"first", "", "third"}};
-  });
+  const Mesh mesh = ReadInChildProcess(
+      "sample",
+      [](const std::string& path) {
+        return Mesh{path, TetrahedronCorners(), {"first", "", "third"}};
+      },
+      ample);
   ExpectCorners(mesh, TetrahedronCorners());
   EXPECT_THAT(mesh.warnings, testing::ElementsAre("first", "", "third"));
 }
 
 TEST(MeshReadChild, LargeMeshComesBack) {
-  const Mesh mesh = ReadInChildProcess("sample", [](const std::string&) {
-    Mesh large;
-    for (int k = 0; k < 300000; ++k)
-      large.corners.push_back({1.0 * k, 0.1 * k, -1.0 * k});
-    return large;
-  });
+  const Mesh mesh = ReadInChildProcess(
+      "sample",
+      [](const std::string&) {
+        Mesh large;
+        for (int k = 0; k < 300000; ++k)
+          large.corners.push_back({1.0 * k, 0.1 * k, -1.0 * k});
+        return large;
+      },
+      ample);
   ASSERT_EQ(mesh.corners.size(), 300000U);
   for (int k = 0; k < 300000; k += 7) {
     EXPECT_EQ(mesh.corners[static_cast<std::size_t>(k)].y, 0.1 * k);
@@ -74,15 +88,61 @@ TEST(MeshReadChild, CrashesStayInTheChild) {
             "sample: damaged: its reader did not survive it (exit status 0)");
 }
 
+TEST(MeshReadChild, ReaderThatHangsIsGivenUp) {
+  const ReadLimits brief{std::chrono::milliseconds(1200), 0};
+  const auto start = std::chrono::steady_clock::now();
+  EXPECT_EQ(ErrorOfReader(
+                [](const std::string&) -> Mesh {
+                  for (;;)
+                    pause();
+                },
+                brief),
+            "sample: given up: not read within 1 seconds");
+  const auto taken = std::chrono::steady_clock::now() - start;
+  EXPECT_GE(taken, std::chrono::milliseconds(1200));
+  EXPECT_LT(taken, std::chrono::seconds(30));
+  // Nothing goes on behind.
+  EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1);
+  EXPECT_EQ(errno, ECHILD);
+}
+
+TEST(MeshReadChild, MemoryIsLimited) {
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+  GTEST_SKIP() << "sanitizers map more than any limit";
+#endif
+  const MeshReader greedy = [](const std::string&) {
+    Mesh mesh;
+    mesh.corners.resize(8000000); // 192 MB
+    return Mesh{"", TetrahedronCorners(), {}};
+  };
+  const std::chrono::minutes time(1);
+  EXPECT_EQ(ErrorOfReader(greedy, {time, 100000000}), "sample: not enough memory to read it");
+  EXPECT_EQ(ErrorOfReader(greedy, {time, 400000000}), "no error");
+  EXPECT_EQ(ErrorOfReader(greedy, {time, 0}), "no error");
+}
+
+TEST(MeshReadChild, LimitsGrowWithTheFile) {
+  EXPECT_EQ(ReadLimitsFor(1).time, std::chrono::seconds(60));
+  EXPECT_EQ(ReadLimitsFor(100000000).time, std::chrono::seconds(1060));
+  const std::uint64_t machine = gsl_sweep::MemoryOfMachine();
+  EXPECT_EQ(ReadLimitsFor(0).memory, std::min<std::uint64_t>(4000000000, machine));
+  EXPECT_EQ(ReadLimitsFor(100000).memory, std::min<std::uint64_t>(4050000000, machine));
+  EXPECT_EQ(ReadLimitsFor(machine).memory, machine);
+  EXPECT_EQ(ReadLimitsFor(UINT64_MAX).memory, machine);
+}
+
 TEST(MeshReadChild, ChatterStaysInTheChild) {
   testing::internal::CaptureStdout();
   testing::internal::CaptureStderr();
-  ReadInChildProcess("sample", [](const std::string&) {
-    std::fputs("out", stdout);
-    std::fflush(stdout);
-    std::fputs("err", stderr);
-    return Mesh{};
-  });
+  ReadInChildProcess(
+      "sample",
+      [](const std::string&) {
+        std::fputs("out", stdout);
+        std::fflush(stdout);
+        std::fputs("err", stderr);
+        return Mesh{};
+      },
+      ample);
   EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
   EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
 }
@@ -92,9 +152,12 @@ TEST(MeshReadChild, WorksWithoutStandardStreams) {
   if (child == 0) {
     for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
       close(stream);
-    const Mesh mesh = ReadInChildProcess("sample", [](const std::string&) {
-      return Mesh{"", TetrahedronCorners(), {}};
-    });
+    const Mesh mesh = ReadInChildProcess(
+        "sample",
+        [](const std::string&) {
+          return Mesh{"", TetrahedronCorners(), {}};
+        },
+        ample);
     _exit(mesh.corners.size() == 12 ? 0 : 1);
   }
   int status = 0;
@@ -104,7 +167,8 @@ TEST(MeshReadChild, WorksWithoutStandardStreams) {
 
 TEST(MeshReadChild, NoProcessIsLeft) {
   ErrorOfReader([](const std::string&) -> Mesh { std::abort(); });
-  ReadInChildProcess("sample", [](const std::string&) { return Mesh{}; });
+  ReadInChildProcess(
+      "sample", [](const std::string&) { return Mesh{}; }, ample);
   EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1);
   EXPECT_EQ(errno, ECHILD);
 }
