@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 
 namespace gsl_sweep {
 
@@ -10,7 +11,22 @@ namespace {
 
 constexpr int limbBits = 32;
 constexpr int mantissaBits = 53;
-constexpr int leastExponent = -1074; ///< of the least double
+
+/// Exponent of the lowest bit that a double has room for; -1074 for the least of them.
+int UnitExponent(double value) {
+  std::uint64_t bits = 0;
+  std::memcpy(&bits, &value, sizeof bits);
+  const int biased = static_cast<int>(bits >> (mantissaBits - 1) & 0x7ffU);
+  return std::max(biased, 1) - 1075;
+}
+
+std::uint64_t MantissaOf(double value) {
+  constexpr std::uint64_t leading = std::uint64_t{1} << (mantissaBits - 1);
+  std::uint64_t bits = 0;
+  std::memcpy(&bits, &value, sizeof bits);
+  const bool isNormal = (bits >> (mantissaBits - 1) & 0x7ffU) != 0;
+  return (bits & (leading - 1)) | (isNormal ? leading : 0);
+}
 
 /// The magnitude of an expansion as a whole number of units of 2^exponent. Floating point cannot
 /// hold the products of two determinants: their lowest bits are below the least double.
@@ -18,21 +34,30 @@ class WideNumber {
 public:
   /// No component may have a bit below 2^exponent; at least one component.
   WideNumber(const Expansion<192>& value, int exponent) {
-    const double sense = static_cast<double>(value.Sign());
+    const int last = value.count - 1;
+    const int top = UnitExponent(value.component[last]) + mantissaBits - exponent;
+    m_count = static_cast<std::size_t>(top / limbBits) + 3;
+    std::fill_n(m_limbs, m_count, 0U);
     // From the largest component down, so that what is held never falls below zero.
-    for (int k = value.count - 1; k >= 0; --k)
-      Add(sense * value.component[k], exponent);
-    Trim();
+    for (int k = last; k >= 0; --k) {
+      const double c = value.component[k];
+      const bool adds = (c > 0.0) == (value.component[last] > 0.0);
+      Shifted(MantissaOf(c), UnitExponent(c) - exponent, adds);
+    }
+    while (m_limbs[m_count - 1] == 0)
+      --m_count;
   }
 
   /// Sign of a * b - c * d.
   static int CompareProducts(const WideNumber& a, const WideNumber& b, const WideNumber& c,
                              const WideNumber& d) {
-    std::uint32_t left[2 * capacity] = {};
-    std::uint32_t right[2 * capacity] = {};
+    std::uint32_t left[2 * capacity];
+    std::uint32_t right[2 * capacity];
+    const std::size_t count = std::max(a.m_count + b.m_count, c.m_count + d.m_count);
+    std::fill_n(left, count, 0U);
+    std::fill_n(right, count, 0U);
     Multiply(a, b, left);
     Multiply(c, d, right);
-    const std::size_t count = std::max(a.m_count + b.m_count, c.m_count + d.m_count);
     for (std::size_t k = count; k > 0; --k) {
       if (left[k - 1] != right[k - 1]) return left[k - 1] < right[k - 1] ? -1 : 1;
     }
@@ -40,17 +65,11 @@ public:
   }
 
 private:
-  // The range of double, 1074 bits below one and 1024 above, and a limb to spare.
-  static constexpr std::size_t capacity = (1074 + 1024) / limbBits + 2;
+  // The range of double, 1074 bits below one and 1024 above, and room for a whole mantissa.
+  static constexpr std::size_t capacity = (1074 + 1024) / limbBits + 4;
 
-  void Add(double component, int exponent) {
-    int ownExponent = 0;
-    const double mantissa = std::ldexp(std::frexp(std::fabs(component), &ownExponent), mantissaBits);
-    int shift = ownExponent - mantissaBits - exponent;
-    auto bits = static_cast<std::uint64_t>(mantissa);
-    // A subnormal component ends in zeros.
-    for (; shift < 0; ++shift)
-      bits >>= 1;
+  /// Adds or takes away bits * 2^shift.
+  void Shifted(std::uint64_t bits, int shift, bool adds) {
     const auto limb = static_cast<std::size_t>(shift / limbBits);
     const int offset = shift % limbBits;
     const std::uint64_t low = (bits & 0xffffffffU) << offset;
@@ -58,15 +77,14 @@ private:
     const std::uint32_t parts[3] = {static_cast<std::uint32_t>(low),
                                     static_cast<std::uint32_t>(high),
                                     static_cast<std::uint32_t>(high >> limbBits)};
-    if (component > 0.0) {
-      AddLimbs(parts, limb);
+    if (adds) {
+      Add(parts, limb);
     } else {
-      SubtractLimbs(parts, limb);
+      Subtract(parts, limb);
     }
-    m_count = std::max(m_count, limb + 4);
   }
 
-  void AddLimbs(const std::uint32_t (&parts)[3], std::size_t limb) {
+  void Add(const std::uint32_t (&parts)[3], std::size_t limb) {
     std::uint64_t carry = 0;
     for (std::size_t k = 0; k < 3 || carry != 0; ++k) {
       carry += m_limbs[limb + k];
@@ -76,18 +94,13 @@ private:
     }
   }
 
-  void SubtractLimbs(const std::uint32_t (&parts)[3], std::size_t limb) {
+  void Subtract(const std::uint32_t (&parts)[3], std::size_t limb) {
     std::uint64_t borrow = 0;
     for (std::size_t k = 0; k < 3 || borrow != 0; ++k) {
       const std::uint64_t taken = (k < 3 ? parts[k] : 0U) + borrow;
       borrow = m_limbs[limb + k] < taken ? 1 : 0;
       m_limbs[limb + k] = static_cast<std::uint32_t>(m_limbs[limb + k] - taken);
     }
-  }
-
-  void Trim() {
-    while (m_count > 0 && m_limbs[m_count - 1] == 0)
-      --m_count;
   }
 
   static void Multiply(const WideNumber& a, const WideNumber& b, std::uint32_t* product) {
@@ -102,18 +115,13 @@ private:
     }
   }
 
-  std::uint32_t m_limbs[capacity + 3] = {};
-  std::size_t m_count = 0;
+  std::uint32_t m_limbs[capacity];
+  std::size_t m_count;
 };
 
 /// No bit of either is below 2 to this power.
 int LowestExponent(const Expansion<192>& a, const Expansion<192>& b) {
-  const auto lowest = [](const Expansion<192>& e) {
-    int exponent = 0;
-    std::frexp(e.component[0], &exponent);
-    return std::max(exponent - mantissaBits, leastExponent);
-  };
-  return std::min(lowest(a), lowest(b));
+  return std::min(UnitExponent(a.component[0]), UnitExponent(b.component[0]));
 }
 
 /// Tells the ratios apart by their rounded values; 0 where these are too close to say.
@@ -149,9 +157,9 @@ int CompareRatios(const ExactRatio& a, const ExactRatio& b) {
   if (rounded != 0) return rounded;
   const int above = LowestExponent(a.numerator, b.numerator);
   const int below = LowestExponent(a.denominator, b.denominator);
-  const int larger = WideNumber::CompareProducts(
-      WideNumber(a.numerator, above), WideNumber(b.denominator, below),
-      WideNumber(b.numerator, above), WideNumber(a.denominator, below));
+  const int larger =
+      WideNumber::CompareProducts(WideNumber(a.numerator, above), WideNumber(b.denominator, below),
+                                  WideNumber(b.numerator, above), WideNumber(a.denominator, below));
   return sign * larger;
 }
 

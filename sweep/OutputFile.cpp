@@ -220,7 +220,7 @@ void RemoveTemporaryFiles() noexcept {
 }
 
 void RemoveTemporaryFilesOnInterrupt() {
-  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT}) {
     struct sigaction old {};
     if (sigaction(signal, nullptr, &old) == 0 && old.sa_handler == SIG_IGN) continue;
     struct sigaction action {};

@@ -58,8 +58,8 @@ void CheckOutputPath(const std::string& path, bool force);
 /// the process must end, for their OutputFiles know nothing of it.
 void RemoveTemporaryFiles() noexcept;
 
-/// Lets SIGINT, SIGTERM and SIGHUP remove the temporary files before they end the process as
-/// they would have done. A signal that is ignored stays ignored.
+/// Lets SIGINT, SIGTERM, SIGHUP and SIGQUIT remove the temporary files before they end the process
+/// as they would have done. A signal that is ignored stays ignored.
 void RemoveTemporaryFilesOnInterrupt();
 
 } // namespace gsl_sweep

@@ -8,8 +8,8 @@
 ///
 /// There are no tolerances. What is decided (whether the shadows across the direction meet, which
 /// features meet, on which side of travel zero, which contact comes first) is decided by exact
-/// signs; what is measured (travel, points) is rounded from about 100 bits. Triangles are closed and have no orientation;
-/// degenerate ones are the segments or points that they are.
+/// signs; what is measured (travel, points) is rounded from about 100 bits. Triangles are closed
+/// and have no orientation; degenerate ones are the segments or points that they are.
 ///
 /// Range      of coordinates and direction: see Determinant.h. They must be finite.
 namespace gsl_sweep {

@@ -485,8 +485,8 @@ std::optional<std::uint32_t> StartSearch::FirstTouched(std::uint32_t moving,
 bool StartSearch::Touches(std::uint32_t moving, std::uint32_t fixed) const {
   Contact unused{};
   ExactRatio unusedTravel;
-  return JudgePair(m_direction, m_moving.TriangleAt(moving), m_fixed.TriangleAt(fixed), 0.0,
-                   unused, unusedTravel) == PairOutcome::Touching;
+  return JudgePair(m_direction, m_moving.TriangleAt(moving), m_fixed.TriangleAt(fixed), 0.0, unused,
+                   unusedTravel) == PairOutcome::Touching;
 }
 
 /// The trees of both bodies, on two threads where there are.

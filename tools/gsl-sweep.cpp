@@ -10,13 +10,17 @@
 #include <CLI/CLI.hpp>
 
 #include <cerrno>
+#include <cmath>
+#include <csignal>
 #include <cstdio>
 #include <cstring>
 #include <exception>
+#include <filesystem>
 #include <limits>
 #include <new>
 #include <stdexcept>
 #include <string>
+#include <system_error>
 #include <thread>
 
 namespace {
@@ -118,14 +122,39 @@ Coord3 OffsetOf(const Options& options) {
   return *offset;
 }
 
+bool IsFinite(const Coord3& p) {
+  return std::isfinite(p.x) && std::isfinite(p.y) && std::isfinite(p.z);
+}
+
+void MoveBy(const Coord3& offset, Mesh& mesh) {
+  for (Coord3& corner : mesh.corners) {
+    const Coord3 moved = gsl_arithmetic::Add(corner, offset);
+    if (IsFinite(corner) && !IsFinite(moved)) {
+      throw std::overflow_error("--offset moves a corner of " + OneLine(mesh.file) +
+                                " beyond the range of double");
+    }
+    corner = moved;
+  }
+}
+
 ProgressStyle StyleOf(const Options& options) {
   if (options.quiet || options.progress == "never") return ProgressStyle::Never;
   return options.progress == "plain" ? ProgressStyle::Plain : ProgressStyle::Auto;
 }
 
+/// True also for two ways to write one path, through folders or links.
+bool NameSameFile(const std::string& a, const std::string& b) {
+  if (a.empty() || b.empty()) return false;
+  std::error_code error;
+  const auto canonicalA = std::filesystem::weakly_canonical(a, error);
+  if (error) return a == b;
+  const auto canonicalB = std::filesystem::weakly_canonical(b, error);
+  return error ? a == b : canonicalA == canonicalB;
+}
+
 /// Before the work, so that it is not done in vain.
 void CheckOutputs(const Options& options) {
-  if (options.JsonToFile() && options.jsonFile == options.outputFile) {
+  if (options.JsonToFile() && NameSameFile(options.jsonFile, options.outputFile)) {
     throw UsageError("--json and --output name the same file");
   }
   if (options.JsonToFile()) CheckOutputPath(options.jsonFile, options.force);
@@ -186,8 +215,7 @@ ExitStatus Run(const Options& options) {
   Progress progress(StyleOf(options));
   progress.Begin("Reading " + OneLine(options.movingFile));
   Mesh moving = ReadMesh(options.movingFile);
-  for (Coord3& corner : moving.corners)
-    corner = gsl_arithmetic::Add(corner, offset);
+  MoveBy(offset, moving);
   progress.Begin("Reading " + OneLine(options.fixedFile));
   const Mesh fixed = ReadMesh(options.fixedFile);
 
@@ -251,6 +279,8 @@ int ParseAndRun(int argc, char** argv) {
     throw UsageError(OneLine(error.what()));
   }
   RemoveTemporaryFilesOnInterrupt();
+  // A write beyond the limit for files then fails, and is told, instead of ending the program.
+  std::signal(SIGXFSZ, SIG_IGN);
   return Run(options);
 }
 

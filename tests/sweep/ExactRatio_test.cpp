@@ -113,9 +113,9 @@ TEST(ExactRatio, AgreesWithWholeNumbers) {
     int expected = (cross > 0) - (cross < 0);
     if ((term[1] < 0) != (term[3] < 0)) expected = -expected;
     equal += expected == 0 ? 1 : 0;
-    ASSERT_EQ(CompareRatios(Ratio(Whole(term[0]), Whole(term[1])),
-                            Ratio(Whole(term[2]), Whole(term[3]))),
-              expected)
+    ASSERT_EQ(
+        CompareRatios(Ratio(Whole(term[0]), Whole(term[1])), Ratio(Whole(term[2]), Whole(term[3]))),
+        expected)
         << round;
   }
   EXPECT_GT(equal, 100);

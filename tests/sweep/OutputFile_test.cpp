@@ -202,10 +202,10 @@ TEST(OutputFile, RelativeNamesAreWrittenBeside) {
 }
 
 TEST(OutputFile, InterruptRemovesTemporaryFilesAndEndsTheProcessAsItWould) {
-  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT}) {
     const TemporaryFolder folder;
     const int status = StatusOfChild([&] {
-      for (const int s : {SIGINT, SIGTERM, SIGHUP})
+      for (const int s : {SIGINT, SIGTERM, SIGHUP, SIGQUIT})
         std::signal(s, SIG_DFL);
       gsl_sweep::RemoveTemporaryFilesOnInterrupt();
       OutputFile done(folder.Path("done"), false);

@@ -492,8 +492,8 @@ TEST(Search, AgreesWithFractionsOnGridsFullOfTies) {
     if (expected.status == SweepStatus::None) continue;
     EXPECT_EQ(answer.moving.triangle, expected.moving);
     EXPECT_EQ(answer.fixed.triangle, expected.fixed);
-    const double travel = static_cast<double>(expected.travel.Value()) *
-                          gsl_arithmetic::Length(direction);
+    const double travel =
+        static_cast<double>(expected.travel.Value()) * gsl_arithmetic::Length(direction);
     EXPECT_NEAR(answer.travel, travel, travel * 0x1p-51);
   }
   EXPECT_GT(counts[static_cast<int>(SweepStatus::Contact)], 30);

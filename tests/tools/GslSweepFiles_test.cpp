@@ -113,6 +113,38 @@ TEST(GslSweepFiles, OutputsThatCannotBeWrittenExitWithFour) {
   ExpectOneErrorLine(Sweep("--help >/dev/full"), 4);
 }
 
+TEST(GslSweepFiles, FileSizeLimitIsAnErrorAndLeavesNothing) {
+  const Folder folder;
+  // One block is less than the 14484 bytes of the bolt.
+  const Outcome run = Shell("ulimit -f 1; $SWEEP " + parts + "--direction -z --quiet --output " +
+                            folder.File("moved.stl"));
+  ExpectOneErrorLine(run, 4);
+  EXPECT_TRUE(folder.List().empty());
+}
+
+TEST(GslSweepFiles, OneOutputUnderTwoNamesIsWrongUsage) {
+  const Folder folder;
+  std::filesystem::create_directory(folder.File("inner"));
+  std::filesystem::create_symlink("inner", folder.File("link"));
+  for (const char* other : {"/inner/../inner/out", "//inner/./out", "/link/out"}) {
+    const Outcome run = Sweep(parts + "--direction -z --force --json " + folder.File("inner/out") +
+                              " --output " + folder.File("") + other);
+    ExpectOneErrorLine(run, 2);
+  }
+  EXPECT_TRUE(std::filesystem::is_empty(folder.File("inner")));
+}
+
+TEST(GslSweepFiles, OffsetBeyondTheRangeOfDoubleIsAnError) {
+  const Folder folder;
+  const std::string far =
+      folder.Write("far.obj", std::string("v 0 0 1e308\nv 0 1 0\nv 1 0 0\nf 1 2 3\n"));
+  const std::string question = far + " " GSL_EXAMPLE_MESHES "/bracket.stl --direction -z --offset ";
+  const Outcome run = Sweep(question + "0,0,1e308");
+  ExpectOneErrorLine(run, 4);
+  EXPECT_NE(run.err.find("--offset"), std::string::npos);
+  EXPECT_LE(Sweep(question + "0,0,-1e308").status, 1);
+}
+
 TEST(GslSweepFiles, ReaderThatGoesAwayIsNoMatter) {
   const Outcome run = Shell("$SWEEP " + parts + "--direction -z | true");
   EXPECT_EQ(run.status, 0);

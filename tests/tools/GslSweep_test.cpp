@@ -44,6 +44,24 @@ TEST(GslSweep, WritesOneJsonDocumentToStdout) {
   EXPECT_EQ(answer["warnings"], json::array());
 }
 
+TEST(GslSweep, DocumentsShowWhatIsPrinted) {
+  const std::string folder = GSL_EXAMPLE_MESHES;
+  const std::string command = "gsl-sweep bolt.stl bracket.stl --direction 0,0,-1";
+  const Outcome run = Shell("cd " + folder + "; $SWEEP " + command.substr(command.find(' ')));
+  const std::string guide = ContentsOf(folder + "/../../docs/gsl-sweep.md");
+  for (const std::string& text : {ContentsOf(folder + "/../../README.md"), guide}) {
+    EXPECT_NE(text.find("```\n" + command + "\n```\n\n```\n" + run.out + "```\n"),
+              std::string::npos)
+        << text;
+  }
+  const std::string fence = "```json\n";
+  const std::size_t begin = guide.find(fence) + fence.size();
+  const Outcome asJson =
+      Shell("cd " + folder + "; $SWEEP " + command.substr(command.find(' ')) + " --json -");
+  EXPECT_EQ(json::parse(guide.substr(begin, guide.find("```", begin) - begin)),
+            json::parse(asJson.out));
+}
+
 TEST(GslSweep, TakesDirectionsInEveryForm) {
   const std::string expected = Sweep(parts + "--direction 0,0,-1").out;
   for (const char* form : {"--direction=0,0,-1", "--direction -z", "--direction=-Z",
