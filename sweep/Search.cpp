@@ -380,7 +380,7 @@ void ContactSearch::Judge(const ShadowTriangle& a, const ShadowTriangle& b, Foun
     found.fixed = b.index;
     found.any = true;
     if (found.Precedes(first)) first = found;
-    // Not below the travel before it was rounded: an earlier one may round to the same number.
+    // Travels are rounded from a hundred bits, which can turn the order of two by one unit.
     LowerLimit(std::nextafter(found.contact.travel, infinity));
     return;
   }

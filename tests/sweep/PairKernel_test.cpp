@@ -209,6 +209,19 @@ TEST(PairKernel, JudgeIsClosedAtTheLimit) {
   EXPECT_EQ(contact.travel, 3.0);
 }
 
+TEST(PairKernel, JudgeIsClosedAtTheLimitOnAFaceAllButEdgeOn) {
+  // The shadow is 2^-52 wide, less than the bound of its rounded area.
+  const double hair = 0x1p-52;
+  const Corners sliver{{{0.0, 0.0, 0.0}, {1.0, 1.0, 0.0}, {1.0 + hair, 1.0, 5.0}}};
+  const Coord3 p{0.5 + hair / 2.0, 0.5, 9.0};
+  Contact contact{};
+  EXPECT_EQ(Judge(down, {{p, p, p}}, sliver, 6.5, contact), PairOutcome::Ahead);
+  EXPECT_EQ(contact.travel, 6.5);
+  EXPECT_EQ(contact.kind, ContactKind::VertexEdge);
+  EXPECT_EQ(Judge(down, {{p, p, p}}, sliver, std::nextafter(6.5, 0.0), contact),
+            PairOutcome::Apart);
+}
+
 TEST(PairKernel, JudgeSeesBehindAndTouching) {
   Contact contact{};
   const Corners below{{{0.0, 0.0, -3.0}, {1.0, 0.0, -5.0}, {0.0, 1.0, -6.0}}};
@@ -239,6 +252,37 @@ TEST(PairKernel, ContactAtStartIsOnBothTriangles) {
   ASSERT_TRUE(atRest.met);
   EXPECT_EQ(ContactAtStart(atRest.interval).kind, ContactKind::VertexFace);
   ExpectPoint(ContactAtStart(atRest.interval).onFixed, {0.0, 0.0, 0.0});
+}
+
+/// What meets first of level triangles that land on each other all at once.
+void ExpectFirst(const Corners& moving, const Corners& fixed, ContactKind kind,
+                 const Coord3& onMoving) {
+  const Answer answer = Sweep(down, moving, fixed);
+  ASSERT_TRUE(answer.met);
+  for (const Contact& contact : {answer.interval.first, answer.interval.last}) {
+    EXPECT_EQ(contact.travel, 3.0);
+    EXPECT_EQ(contact.kind, kind);
+    ExpectPoint(contact.onMoving, onMoving);
+  }
+}
+
+TEST(PairKernel, OfContactsAtOnceTheFirstKindAndCornerIsNamed) {
+  const Corners floor{{{0.0, 0.0, 0.0}, {8.0, 0.0, 0.0}, {0.0, 8.0, 0.0}}};
+  // A corner over the face, one over a corner or an edge, one beyond, so that edges cross.
+  ExpectFirst({{{1.0, 1.0, 3.0}, {0.0, 0.0, 3.0}, {9.0, 1.0, 3.0}}}, floor,
+              ContactKind::VertexVertex, {0.0, 0.0, 3.0});
+  ExpectFirst({{{1.0, 1.0, 3.0}, {2.0, 0.0, 3.0}, {9.0, 1.0, 3.0}}}, floor, ContactKind::VertexEdge,
+              {2.0, 0.0, 3.0});
+  ExpectFirst({{{9.0, 1.0, 3.0}, {1.0, 2.0, 3.0}, {1.0, 1.0, 3.0}}}, floor, ContactKind::VertexFace,
+              {1.0, 2.0, 3.0});
+  // A corner of the floor under an edge, or under the face.
+  ExpectFirst({{{-9.0, 0.0, 3.0}, {9.0, 0.0, 3.0}, {-9.0, 18.0, 3.0}}}, floor,
+              ContactKind::EdgeVertex, {0.0, 0.0, 3.0});
+  ExpectFirst({{{-9.0, -9.0, 3.0}, {14.0, -9.0, 3.0}, {-9.0, 14.0, 3.0}}}, floor,
+              ContactKind::FaceVertex, {0.0, 0.0, 3.0});
+  // Edges alone; the first edge of the moving one, at the first edge of the floor.
+  ExpectFirst({{{3.0, -1.0, 3.0}, {3.0, 10.0, 3.0}, {2.0, -1.0, 3.0}}}, floor,
+              ContactKind::EdgeEdge, {3.0, 0.0, 3.0});
 }
 
 TEST(PairKernel, ContactsThatRoundToTheSameTravelAreToldApart) {
