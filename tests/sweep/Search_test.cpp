@@ -288,6 +288,24 @@ TEST(Search, EveryScaleGivesTheSameAnswer) {
   EXPECT_THROW(Ask(far, near, down), std::overflow_error);
 }
 
+TEST(Search, CoordinatesFarBelowTheLargestAreRounded) {
+  // To multiples of 2^-339 of the power of two above the largest coordinate, here 1.
+  const auto above = [](double z) {
+    Mesh point;
+    AddTriangle(point, {-0.25, -0.25, z}, {-0.25, -0.25, z}, {-0.25, -0.25, z});
+    Mesh floor;
+    AddTriangle(floor, {-0.5, -0.5, 0.0}, {0.75, -0.5, 0.0}, {-0.5, 0.75, 0.0});
+    Append(floor, Moved(floor, {0.0, 0.0, -0.5}));
+    return Ask(point, floor, down);
+  };
+  EXPECT_EQ(above(0x1p-400).status, SweepStatus::Start);
+  EXPECT_EQ(above(0x1p-300).status, SweepStatus::Contact);
+  EXPECT_EQ(above(0x1p-300).travel, 0x1p-300);
+  EXPECT_EQ(above(0x1p-300 + 0x1p-340).travel, 0x1p-300);
+  EXPECT_EQ(above(0x1p-300 + 0x3p-340).travel, 0x1p-300 + 0x1p-338);
+  EXPECT_EQ(above(0x1p-280 + 0x1p-330).travel, 0x1p-280 + 0x1p-330);
+}
+
 /// All pairs, one after the other.
 SweepAnswer BruteForce(const Mesh& moving, const Mesh& fixed, const Coord3& d) {
   const TravelDirection direction(d);
