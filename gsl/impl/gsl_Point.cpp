@@ -81,12 +81,13 @@ bool gsl_Point::IsOn(const gsl_Point& o) const {
   return Settings().linearTolerance > GetDistance(o);
 }
 
-gsl_Point gsl_Point::ProjectOn(const gsl_StLine& line, double& t) const {
+// feet-are-asked-of-a-changeable-point
+gsl_Point gsl_Point::ProjectOn(const gsl_StLine& line, double& t) {
   return ComputedPoint(
       gsl_kernel::FootOnLine(Coords(), LineOf(line), Settings().linearTolerance, t));
 }
 
-gsl_Point gsl_Point::ProjectOn(const gsl_Plane& plane) const {
+gsl_Point gsl_Point::ProjectOn(const gsl_Plane& plane) {
   return ComputedPoint(
       gsl_kernel::FootOnPlane(Coords(), PlaneOf(plane), Settings().linearTolerance));
 }

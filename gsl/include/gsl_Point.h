@@ -117,10 +117,11 @@ public:
   bool IsOn(const gsl_Point& o) const;
 
   /// The foot on the line; `t` is its signed distance from the line's point along the direction.
-  gsl_Point ProjectOn(const gsl_StLine& line, double& t) const;
+  /// Changes nothing here and is deliberately not const: hosts link against this signature.
+  gsl_Point ProjectOn(const gsl_StLine& line, double& t);
 
-  /// The foot on the plane.
-  gsl_Point ProjectOn(const gsl_Plane& plane) const;
+  /// The foot on the plane. Deliberately not const, like the one above.
+  gsl_Point ProjectOn(const gsl_Plane& plane);
 
   /// The foot on the segment's line, `t` its fraction from Point1 (0) to Point2 (1). True when the
   /// foot lies within the segment lengthened by `tol` at both ends (open: exactly tol is outside);

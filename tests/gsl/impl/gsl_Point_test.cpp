@@ -448,7 +448,7 @@ TEST(GslPointIsOn, NothingLiesOnALineOrPlaneWithoutADirection) {
 
 TEST(GslPointProjectOn, ALineGivesTheSignedDistanceAlongIt) {
   const gsl_StLine line(gsl_Point(1.0, 1.0, 0.0), gsl_Vector(0.0, 0.0, -2.0));
-  const gsl_Point p(4.0, 5.0, 6.0);
+  gsl_Point p(4.0, 5.0, 6.0);
   double t = kSentinel;
   const gsl_Point foot = p.ProjectOn(line, t);
   EXPECT_EQ(t, -6.0);
@@ -459,7 +459,7 @@ TEST(GslPointProjectOn, ALineGivesTheSignedDistanceAlongIt) {
 
 TEST(GslPointProjectOn, ALineWithoutADirectionGivesItsPoint) {
   const gsl_StLine line(gsl_Point(1.0, 2.0, 3.0), gsl_Vector(0.0, 0.0, 1e-7));
-  const gsl_Point p(4.0, 5.0, 6.0);
+  gsl_Point p(4.0, 5.0, 6.0);
   double t = kSentinel;
   EXPECT_XYZ(p.ProjectOn(line, t), 1.0, 2.0, 3.0);
   EXPECT_EQ(t, 0.0);
@@ -467,7 +467,7 @@ TEST(GslPointProjectOn, ALineWithoutADirectionGivesItsPoint) {
 
 TEST(GslPointProjectOn, APlaneGivesTheFoot) {
   const gsl_Plane plane(gsl_Point(0.0, 0.0, 1.0), gsl_Vector(0.0, 0.0, -4.0));
-  const gsl_Point p(5.0, 6.0, 9.0);
+  gsl_Point p(5.0, 6.0, 9.0);
   const gsl_Point foot = p.ProjectOn(plane);
   EXPECT_XYZ(foot, 5.0, 6.0, 1.0);
   EXPECT_NE(foot.uid, p.uid);
@@ -475,7 +475,7 @@ TEST(GslPointProjectOn, APlaneGivesTheFoot) {
 
 TEST(GslPointProjectOn, ReadsTheToleranceAtOnce) {
   const ScopedSettings settings;
-  const gsl_Point p(3.0, 4.0, 5.0);
+  gsl_Point p(3.0, 4.0, 5.0);
   const gsl_StLine line(gsl_Point(1.0, 0.0, 0.0), gsl_Vector(2.0, 0.0, 0.0));
   const gsl_Plane plane(gsl_Point(0.0, 0.0, 1.0), gsl_Vector(0.0, 0.0, 2.0));
   double t = kSentinel;
@@ -488,6 +488,23 @@ TEST(GslPointProjectOn, ReadsTheToleranceAtOnce) {
   EXPECT_XYZ(p.ProjectOn(line, t), 3.0, 0.0, 0.0);
   EXPECT_EQ(t, 2.0);
   EXPECT_XYZ(p.ProjectOn(plane), 3.0, 4.0, 1.0);
+}
+
+template <class P, class... Arguments>
+using CanProject = decltype(std::declval<P&>().ProjectOn(std::declval<Arguments>()...));
+
+template <class, class P, class... Arguments>
+struct Projects : std::false_type {};
+template <class P, class... Arguments>
+struct Projects<std::void_t<CanProject<P, Arguments...>>, P, Arguments...> : std::true_type {};
+
+TEST(GslPointProjectOn, FeetAreAskedOfAChangeablePoint) {
+  EXPECT_TRUE((Projects<void, gsl_Point, const gsl_StLine&, double&>::value));
+  EXPECT_FALSE((Projects<void, const gsl_Point, const gsl_StLine&, double&>::value));
+  EXPECT_TRUE((Projects<void, gsl_Point, const gsl_Plane&>::value));
+  EXPECT_FALSE((Projects<void, const gsl_Point, const gsl_Plane&>::value));
+  // On a segment it may be a constant one.
+  EXPECT_TRUE((Projects<void, const gsl_Point, const gsl_Segment&, gsl_Point&, double&>::value));
 }
 
 TEST(GslPointProjectOn, ASegmentGivesTheFootAndItsFraction) {
