@@ -117,10 +117,10 @@ private:
   static std::size_t Words(int n) { return (Groups(n) + 63) / 64; }
   static std::size_t Group(int u) { return static_cast<std::size_t>(u / kGroup); }
 
+  /// `line` is one of the lines.
   std::size_t Next(std::size_t line, std::uint64_t flip) const {
     const std::size_t group = line / kGroupLines;
     std::size_t word = group / 64;
-    if (word >= words) return lines;
     std::uint64_t bits = (live[word] ^ flip) & ~std::uint64_t{0} << group % 64;
     while (bits == 0) {
       if (++word >= words) return lines;

@@ -172,6 +172,12 @@ TEST(GslLUDecomposition, RowsAnywhereInMemoryAreLeftWhereTheyAre) {
   }
 }
 
+TEST(GslLUDecomposition, PanelsGrowWithTheSystem) {
+  EXPECT_EQ(gsl_ChooseLUBlocking(256).panel, 64);
+  EXPECT_EQ(gsl_ChooseLUBlocking(257).panel, 128);
+  EXPECT_EQ(gsl_ChooseLUBlocking(1536).panel, 256);
+}
+
 TEST(GslLUDecomposition, LargeSystemsAreWorkedOnInPlace) {
   EXPECT_FALSE(gsl_ChooseLUBlocking(100).inPlace);
   EXPECT_TRUE(gsl_ChooseLUBlocking(5000).inPlace);
