@@ -35,6 +35,7 @@ public:
     NearTolerance,
     Degenerate,
     NotFinite,
+    FarFromOne,
     kFamilies
   };
 
@@ -57,6 +58,8 @@ public:
       return DegenerateCase();
     case NotFinite:
       return NotFiniteCase();
+    case FarFromOne:
+      return FarFromOneCase();
     default:
       return AnywhereCase();
     }
@@ -97,6 +100,21 @@ private:
     }
     PlaceAhead(c, random.In(-0.5, 4.0));
     Terms(c);
+    return c;
+  }
+
+  /// Lengths whose squares overflow or lose their digits, or nearly.
+  SweepCase FarFromOneCase() {
+    SweepCase c = random.Chance(0.5) ? AnywhereCase() : EdgeOnCase(EdgeOnA);
+    const double exponent = random.In(120.0, 210.0);
+    const double scale = std::pow(10.0, random.Chance(0.5) ? exponent : -exponent);
+    for (int i = 0; i < 3; ++i) {
+      for (gsl_Point* const p : {&c.a[i], &c.b[i]})
+        *p = gsl_Point(p->x * scale, p->y * scale, p->z * scale);
+    }
+    if (random.Chance(0.2)) c.direction = c.direction * scale;
+    c.distance *= scale;
+    c.margin *= scale;
     return c;
   }
 
