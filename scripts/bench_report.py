@@ -54,14 +54,15 @@ def rows(times):
     for name, time in times.items():
         work, who = split(name)
         works.setdefault(work, {})[who or "ours"] = time
-    for work, by in works.items():
+    # Interleaved repetitions come in any order: by name, and numbers by size.
+    for work, by in sorted(works.items(), key=lambda item: [p.zfill(12) for p in item[0].split("/")]):
         ours = by.pop("ours", None)
         if ours is None:
             for who, time in by.items():
                 yield work, "", who, shown(time), ""
         elif not by:
             yield work, shown(ours), "", "", ""
-        for who, time in by.items() if ours else ():
+        for who, time in sorted(by.items()) if ours else ():
             yield work, shown(ours), who, shown(time), f"{time / ours:.2f}"
 
 
