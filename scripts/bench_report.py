@@ -49,13 +49,17 @@ def shown(nanoseconds):
     return f"{nanoseconds:.3g} ns"
 
 
+def in_order(name):
+    return [part.zfill(12) if part.isdigit() else part for part in name.split("/")]
+
+
 def rows(times):
     works = {}
     for name, time in times.items():
         work, who = split(name)
         works.setdefault(work, {})[who or "ours"] = time
     # Interleaved repetitions come in any order: by name, and numbers by size.
-    for work, by in sorted(works.items(), key=lambda item: [p.zfill(12) for p in item[0].split("/")]):
+    for work, by in sorted(works.items(), key=lambda item: in_order(item[0])):
         ours = by.pop("ours", None)
         if ours is None:
             for who, time in by.items():
