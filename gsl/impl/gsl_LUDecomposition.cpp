@@ -202,7 +202,7 @@ private:
 gsl_LUBlocking gsl_ChooseLUBlocking(std::int32_t size) {
   // The wider a panel, the less often the rest of the matrix is read and written, and the more of
   // the work is done inside the panel, in smaller pieces.
-  const std::ptrdiff_t panel = size <= 256 ? 64 : size < 1536 ? 128 : 256;
+  const std::ptrdiff_t panel = size < kInPlaceSize ? 64 : size < 1536 ? 128 : 256;
   return {panel, 384, size >= kInPlaceSize};
 }
 
