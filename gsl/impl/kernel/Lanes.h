@@ -45,6 +45,8 @@ GSL_ALWAYS_INLINE void Store(double* to, Vector v) {
 GSL_ALWAYS_INLINE void Prefetch(const double* array, std::ptrdiff_t index) {
   const auto at =
       reinterpret_cast<std::uintptr_t>(array) + static_cast<std::uintptr_t>(index) * sizeof(double);
+  // Arithmetic on pointers may not leave the array.
+  // NOLINTNEXTLINE(performance-no-int-to-ptr)
   __builtin_prefetch(reinterpret_cast<const void*>(at), 1, 3);
 }
 
