@@ -3,6 +3,7 @@
 #include "MeshSamples.h"
 
 #include <cstdlib>
+#include <filesystem>
 #include <random>
 
 using namespace gsl_mesh_samples;

@@ -3,6 +3,7 @@
 
 #include "Mesh.h"
 #include "MeshRead.h"
+#include "TemporaryFolder.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -13,14 +14,9 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
-#include <filesystem>
-#include <fstream>
-#include <sstream>
 #include <string>
 #include <string_view>
 #include <vector>
-
-#include <unistd.h>
 
 /// Small mesh files of every format, written by the tests themselves.
 namespace gsl_mesh_samples {
@@ -32,48 +28,6 @@ using gsl_sweep::MeshFormat;
 
 inline bool operator==(const Coord3& a, const Coord3& b) {
   return std::memcmp(&a, &b, sizeof a) == 0;
-}
-
-/// A folder that is gone after the test.
-class TemporaryFolder {
-public:
-  TemporaryFolder() {
-    std::string name = (std::filesystem::temp_directory_path() / "mesh_testXXXXXX").string();
-    m_path = mkdtemp(name.data());
-  }
-  TemporaryFolder(const TemporaryFolder&) = delete;
-  TemporaryFolder& operator=(const TemporaryFolder&) = delete;
-  ~TemporaryFolder() {
-    std::error_code ignored;
-    std::filesystem::remove_all(m_path, ignored);
-  }
-
-  std::string Path(const std::string& name) const { return (m_path / name).string(); }
-
-  std::string Write(const std::string& name, std::string_view bytes) const {
-    std::ofstream(Path(name), std::ios::binary)
-        .write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-    return Path(name);
-  }
-
-  std::vector<std::string> Names() const {
-    std::vector<std::string> names;
-    for (const auto& entry : std::filesystem::directory_iterator(m_path)) {
-      names.push_back(entry.path().filename().string());
-    }
-    std::sort(names.begin(), names.end());
-    return names;
-  }
-
-private:
-  std::filesystem::path m_path;
-};
-
-inline std::string BytesOf(const std::string& path) {
-  std::ifstream file(path, std::ios::binary);
-  std::ostringstream bytes;
-  bytes << file.rdbuf();
-  return bytes.str();
 }
 
 /// The message with which reading fails; "no error" when it does not.

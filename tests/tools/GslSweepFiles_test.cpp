@@ -6,6 +6,7 @@
 #include <nlohmann/json.hpp>
 
 #include <cstdio>
+#include <filesystem>
 #include <random>
 
 /// Files in and out of gsl-sweep, and what goes wrong with them.
@@ -32,7 +33,7 @@ TEST(GslSweepFiles, UnreadableMeshesExitWithThree) {
   const std::string nans =
       folder.Write("nans.obj", std::string("v nan 0 0\nv 0 1 0\nv 1 0 0\nf 1 2 3\n"));
   for (const std::string& bad :
-       {folder.File("missing.stl"), nothing, noise, nans, folder.File("")}) {
+       {folder.Path("missing.stl"), nothing, noise, nans, folder.Path("")}) {
     ExpectOneErrorLine(Sweep(bad + " " + good + " --direction -z"), 3);
     ExpectOneErrorLine(Sweep(good + " " + bad + " --direction -z --json -"), 3);
   }
@@ -40,11 +41,11 @@ TEST(GslSweepFiles, UnreadableMeshesExitWithThree) {
 
 TEST(GslSweepFiles, MovedBodyTouchesAtOnce) {
   const Folder folder;
-  const std::string moved = folder.File("moved.stl");
+  const std::string moved = folder.Path("moved.stl");
   const Outcome run = Sweep(parts + "--direction -z --offset 0,0,8 --output " + moved);
   EXPECT_EQ(run.status, 0);
   EXPECT_NE(run.out.find("moved   " + moved), std::string::npos);
-  EXPECT_EQ(folder.List(), std::vector<std::string>{"moved.stl"});
+  EXPECT_EQ(folder.Names(), std::vector<std::string>{"moved.stl"});
   const Mesh before = gsl_sweep::ReadMesh(GSL_EXAMPLE_MESHES "/bolt.stl");
   const Mesh after = gsl_sweep::ReadMesh(moved);
   ASSERT_EQ(after.corners.size(), before.corners.size());
@@ -59,7 +60,7 @@ TEST(GslSweepFiles, MovedBodyTouchesAtOnce) {
 
 TEST(GslSweepFiles, StartWritesTheBodyWhereItIs) {
   const Folder folder;
-  const std::string moved = folder.File("moved.stl");
+  const std::string moved = folder.Path("moved.stl");
   EXPECT_EQ(Sweep(parts + "--direction -z --offset 0,0,-30 --output " + moved).status, 0);
   const Mesh after = gsl_sweep::ReadMesh(moved);
   const Mesh before = gsl_sweep::ReadMesh(GSL_EXAMPLE_MESHES "/bolt.stl");
@@ -68,7 +69,7 @@ TEST(GslSweepFiles, StartWritesTheBodyWhereItIs) {
 
 TEST(GslSweepFiles, WithoutContactNothingIsWrittenAndThatIsSaid) {
   const Folder folder;
-  const std::string moved = folder.File("moved.stl");
+  const std::string moved = folder.Path("moved.stl");
   const Outcome run = Sweep(parts + "--direction +z --output " + moved);
   EXPECT_EQ(run.status, 1);
   EXPECT_EQ(FirstLine(run.out), "No contact along (0, 0, 1).");
@@ -77,19 +78,19 @@ TEST(GslSweepFiles, WithoutContactNothingIsWrittenAndThatIsSaid) {
   EXPECT_EQ(asJson.status, 1);
   EXPECT_TRUE(json::accept(asJson.out));
   EXPECT_NE(asJson.err.find("nothing is written to " + moved), std::string::npos);
-  EXPECT_TRUE(folder.List().empty());
+  EXPECT_TRUE(folder.Names().empty());
 }
 
 TEST(GslSweepFiles, JsonFileHoldsWhatStdoutWould) {
   const Folder folder;
-  const std::string file = folder.File("answer.json");
+  const std::string file = folder.Path("answer.json");
   const Outcome run = Sweep(parts + "--direction -z --json " + file);
   EXPECT_EQ(run.status, 0);
   EXPECT_EQ(LineCount(run.out), 3u);
-  EXPECT_EQ(ContentsOf(file), Sweep(parts + "--direction -z --json -").out);
+  EXPECT_EQ(BytesOf(file), Sweep(parts + "--direction -z --json -").out);
   const Outcome none = Sweep(parts + "--direction +z --force --json " + file);
   EXPECT_EQ(none.status, 1);
-  EXPECT_EQ(json::parse(ContentsOf(file))["status"], "none");
+  EXPECT_EQ(json::parse(BytesOf(file))["status"], "none");
 }
 
 TEST(GslSweepFiles, ExistingFilesAreKeptUnlessForced) {
@@ -97,11 +98,11 @@ TEST(GslSweepFiles, ExistingFilesAreKeptUnlessForced) {
   for (const std::string& option : {std::string("--output "), std::string("--json ")}) {
     const std::string file = folder.Write("old", std::string("old"));
     ExpectOneErrorLine(Sweep(parts + "--direction -z " + option + file), 4);
-    EXPECT_EQ(ContentsOf(file), "old");
+    EXPECT_EQ(BytesOf(file), "old");
     EXPECT_EQ(Sweep(parts + "--direction -z --force " + option + file).status, 0);
-    EXPECT_NE(ContentsOf(file), "old");
+    EXPECT_NE(BytesOf(file), "old");
   }
-  EXPECT_EQ(folder.List(), std::vector<std::string>{"old"});
+  EXPECT_EQ(folder.Names(), std::vector<std::string>{"old"});
 }
 
 TEST(GslSweepFiles, OutputsThatCannotBeWrittenExitWithFour) {
@@ -117,21 +118,21 @@ TEST(GslSweepFiles, FileSizeLimitIsAnErrorAndLeavesNothing) {
   const Folder folder;
   // One block is less than the 14484 bytes of the bolt.
   const Outcome run = Shell("ulimit -f 1; $SWEEP " + parts + "--direction -z --quiet --output " +
-                            folder.File("moved.stl"));
+                            folder.Path("moved.stl"));
   ExpectOneErrorLine(run, 4);
-  EXPECT_TRUE(folder.List().empty());
+  EXPECT_TRUE(folder.Names().empty());
 }
 
 TEST(GslSweepFiles, OneOutputUnderTwoNamesIsWrongUsage) {
   const Folder folder;
-  std::filesystem::create_directory(folder.File("inner"));
-  std::filesystem::create_symlink("inner", folder.File("link"));
+  std::filesystem::create_directory(folder.Path("inner"));
+  std::filesystem::create_symlink("inner", folder.Path("link"));
   for (const char* other : {"/inner/../inner/out", "//inner/./out", "/link/out"}) {
-    const Outcome run = Sweep(parts + "--direction -z --force --json " + folder.File("inner/out") +
-                              " --output " + folder.File("") + other);
+    const Outcome run = Sweep(parts + "--direction -z --force --json " + folder.Path("inner/out") +
+                              " --output " + folder.Path("") + other);
     ExpectOneErrorLine(run, 2);
   }
-  EXPECT_TRUE(std::filesystem::is_empty(folder.File("inner")));
+  EXPECT_TRUE(std::filesystem::is_empty(folder.Path("inner")));
 }
 
 TEST(GslSweepFiles, OffsetBeyondTheRangeOfDoubleIsAnError) {
@@ -157,12 +158,12 @@ TEST(GslSweepFiles, InterruptLeavesNothingBehind) {
   const std::string moving =
       folder.Write("moving.stl", Moved(Soup(random, 60000, 1.0, 0.02, 0.0), {0, 0, 4}));
   const std::string fixed = folder.Write("fixed.stl", Soup(random, 60000, 1.0, 0.02, 0.0));
-  const std::string moved = folder.File("moved.stl");
+  const std::string moved = folder.Path("moved.stl");
   for (const char* delay : {"0", "0.02", "0.05", "0.1", "0.2", "0.4"}) {
     // A background process of a plain shell ignores SIGINT, so the harder signal is sent.
     Shell("$SWEEP " + moving + " " + fixed + " --direction -z --force --output " + moved +
           " & sleep " + delay + "; kill -TERM $!; wait $!");
-    for (const std::string& name : folder.List()) {
+    for (const std::string& name : folder.Names()) {
       const bool isWhole =
           name == "moved.stl" && std::filesystem::file_size(moved) == 84 + 50 * 60000;
       EXPECT_TRUE(name == "moving.stl" || name == "fixed.stl" || isWhole) << name;

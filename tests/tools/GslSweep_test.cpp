@@ -8,6 +8,7 @@
 #include <limits>
 
 #include <pty.h>
+#include <unistd.h>
 
 namespace {
 
@@ -48,8 +49,8 @@ TEST(GslSweep, DocumentsShowWhatIsPrinted) {
   const std::string folder = GSL_EXAMPLE_MESHES;
   const std::string command = "gsl-sweep bolt.stl bracket.stl --direction 0,0,-1";
   const Outcome run = Shell("cd " + folder + "; $SWEEP " + command.substr(command.find(' ')));
-  const std::string guide = ContentsOf(folder + "/../../docs/gsl-sweep.md");
-  for (const std::string& text : {ContentsOf(folder + "/../../README.md"), guide}) {
+  const std::string guide = BytesOf(folder + "/../../docs/gsl-sweep.md");
+  for (const std::string& text : {BytesOf(folder + "/../../README.md"), guide}) {
     EXPECT_NE(text.find("```\n" + command + "\n```\n\n```\n" + run.out + "```\n"),
               std::string::npos)
         << text;
