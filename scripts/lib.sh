@@ -37,7 +37,8 @@ quietly() {
   return "$status"
 }
 
-# configure PRESET [ARGUMENT...] and build PRESET [TARGET...], quiet when fine.
+# configure PRESET [ARGUMENT...] and build PRESET [TARGET...], quiet when fine; on a terminal the build
+# shows in one line how far it is.
 configure() {
   local preset=$1
   shift
@@ -48,7 +49,8 @@ build() {
   local dir
   dir=$(build_dir "$1")
   shift
-  quietly cmake --build "$dir" --parallel "$jobs" ${1:+--target "$@"}
+  set -- cmake --build "$dir" --parallel "$jobs" ${1:+--target "$@"}
+  if [ -t 1 ]; then "$@"; else quietly "$@"; fi
 }
 
 # run_tests PRESET [CTEST ARGUMENT...]: ctest's closing lines; on failure what failed as well.

@@ -1,29 +1,34 @@
 #!/usr/bin/env bash
 # The Debian packages this project needs, in one place.
 #
-#   ./scripts/packages.sh GROUP...            print the packages of the groups: test check bench
-#   ./scripts/packages.sh --install GROUP...  install those that are missing (as root)
+#   ./scripts/packages.sh [GROUP...]            print the packages of the groups
+#   ./scripts/packages.sh --install [GROUP...]  install those that are missing (as root)
+#
+# Groups: build test check bench; printing takes all of them when none is named, installing build.
 #
 # The other scripts source this file and call need_packages.
 
 packages_of() {
   case $1 in
-    # Building and running every test.
-    test)
-      echo g++ cmake ninja-build python3 \
-        libgtest-dev libgmock-dev librapidcheck-dev \
-        libfast-float-dev libtinyobjloader-dev libassimp-dev libcli11-dev nlohmann-json3-dev
+    # Building and installing the library and the programs. (Assimp's CMake files name libz.so.)
+    build)
+      echo g++ cmake ninja-build \
+        libfast-float-dev libtinyobjloader-dev libassimp-dev zlib1g-dev libcli11-dev \
+        nlohmann-json3-dev
       ;;
+    # Building and running every test.
+    test) echo "$(packages_of build)" python3 libgtest-dev libgmock-dev librapidcheck-dev ;;
     # The second compiler, formatting, lint, sanitizers, fuzzing, coverage.
     check)
       echo clang libclang-rt-14-dev llvm clang-format clang-tidy gcovr
       ;;
     # Benchmarks and the libraries measured beside ours.
     bench)
-      echo libbenchmark-dev libeigen3-dev libopenblas-dev libboost-graph-dev libfcl-dev libcgal-dev
+      echo "$(packages_of build)" python3 libbenchmark-dev \
+        libeigen3-dev libopenblas-dev libboost-graph-dev libfcl-dev libcgal-dev
       ;;
     *)
-      echo "packages: no group named '$1'; there are: test check bench" >&2
+      echo "packages: no group named '$1'; there are: build test check bench" >&2
       return 2
       ;;
   esac
@@ -80,9 +85,9 @@ if [ "${BASH_SOURCE[0]}" = "$0" ]; then
   set -euo pipefail
   if [ "${1:-}" = --install ]; then
     shift
-    need_packages "${@:-test}"
+    need_packages "${@:-build}"
   else
-    [ $# -gt 0 ] || set -- test check bench
+    [ $# -gt 0 ] || set -- build test check bench
     packages_of_groups "$@"
   fi
 fi
