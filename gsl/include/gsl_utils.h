@@ -10,6 +10,7 @@
 #include "gsl_ThreePoints.h"
 #include "gsl_TriTriMinDirectionalDist.h"
 #include "gsl_Util.h"
+#include "gsl_Version.h"
 
 /// Tolerant comparison and rounding of reals. All functions are pure and none looks at gsl_Util.
 ///
