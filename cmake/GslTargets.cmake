@@ -48,6 +48,12 @@ if(GSL_COVERAGE)
   add_link_options(--coverage)
 endif()
 
+# The host's registrar keeps adapters, and the process keeps handlers, whose code is in these libraries:
+# once loaded they stay, whoever closes them.
+function(gsl_stay_loaded target)
+  target_link_options(${target} PRIVATE LINKER:-z,nodelete)
+endfunction()
+
 # A sanitizer's own symbols are left to the program that loads the library.
 function(gsl_refuse_undefined_symbols target)
   if(NOT GSL_SANITIZE)
