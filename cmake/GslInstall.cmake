@@ -1,4 +1,4 @@
-# cmake --install and find_package(gsl_geometry CONFIG).
+# cmake --install, find_package(gsl_geometry CONFIG) and pkg-config.
 
 include(CMakePackageConfigHelpers)
 
@@ -28,3 +28,25 @@ write_basic_package_version_file(${CMAKE_CURRENT_BINARY_DIR}/gsl_geometryConfigV
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/gsl_geometryConfig.cmake
               ${CMAKE_CURRENT_BINARY_DIR}/gsl_geometryConfigVersion.cmake
   DESTINATION ${gsl_config_dir})
+
+# pkg-config: the same flags and libraries for a plain compiler line.
+get_target_property(gsl_pc_flags gsl_floating_point INTERFACE_COMPILE_OPTIONS)
+list(JOIN gsl_pc_flags " " gsl_pc_flags)
+set(gsl_pc_dir ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+file(RELATIVE_PATH gsl_pc_to_prefix ${CMAKE_INSTALL_PREFIX}/${gsl_pc_dir} ${CMAKE_INSTALL_PREFIX})
+string(REGEX REPLACE "/$" "" gsl_pc_to_prefix "${gsl_pc_to_prefix}")
+set(gsl_pc_files gsl_geometry.pc)
+if(GSL_HOST STREQUAL "standin")
+  list(APPEND gsl_pc_files gsl_host.pc)
+  set(gsl_pc_requires "gsl_host = ${PROJECT_VERSION}")
+else()
+  list(TRANSFORM GSL_HOST_INCLUDE_DIRS PREPEND "-I" OUTPUT_VARIABLE gsl_pc_host_cflags)
+  list(JOIN gsl_pc_host_cflags " " gsl_pc_host_cflags)
+  list(JOIN GSL_HOST_LIBRARIES " " gsl_pc_host_libs)
+endif()
+foreach(file IN LISTS gsl_pc_files)
+  configure_file(cmake/${file}.in ${CMAKE_CURRENT_BINARY_DIR}/${file} @ONLY)
+  install(FILES ${CMAKE_CURRENT_BINARY_DIR}/${file} DESTINATION ${gsl_pc_dir})
+endforeach()
+
+install(FILES LICENSE THIRD_PARTY_NOTICES DESTINATION ${CMAKE_INSTALL_DATADIR}/licenses/gsl_geometry)
