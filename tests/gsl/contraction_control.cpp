@@ -1,10 +1,15 @@
-#include "ContractionCanary.h"
+#include "gsl_FloatingPoint.h"
 
-/// Built with contraction on: proves that the canary would notice. 0 when it does, 77 where the
+#include <cstdio>
+#include <cstring>
+
+/// Built with contraction on: proves that the check would notice. 0 when it does, 77 where the
 /// processor cannot fuse.
 int main() {
 #if defined(__x86_64__)
   if (__builtin_cpu_supports("fma") == 0) return 77;
 #endif
-  return IsInlineArithmeticContracted() ? 0 : 1;
+  const char* const fault = gsl_CheckFloatingPoint();
+  std::puts(fault != nullptr ? fault : "nothing noticed");
+  return fault != nullptr && std::strstr(fault, "-ffp-contract=off") != nullptr ? 0 : 1;
 }

@@ -21,11 +21,4 @@ bool IsContracted(const DotProduct& dot) {
   return false;
 }
 
-/// The arithmetic that public headers inline into whoever includes them.
-inline bool IsInlineArithmeticContracted() {
-  return IsContracted([](const gsl_arithmetic::Coord3& a, const gsl_arithmetic::Coord3& b) {
-    return gsl_arithmetic::Dot(a, b);
-  });
-}
-
 #endif

@@ -1,0 +1,108 @@
+#ifndef GSL_FLOATING_POINT_H
+#define GSL_FLOATING_POINT_H
+
+#include "gsl_Arithmetic.h"
+
+#include <cstring>
+
+/// The steps of gsl_CheckFloatingPoint, which is below.
+///
+/// Everything is static: each source file must get a copy that is compiled with its own flags; of
+/// inline functions the linker would keep one. Each mention of a volatile number reads it, so that
+/// the compiler can neither compute a result itself nor take two operations for the same one.
+namespace gsl_floating_point {
+
+/// Half a unit in the last place of 1 and less than that, to both sides.
+static inline bool RoundsToNearest() {
+  const volatile double one = 1.0, half = 0x1p-53, quarter = 0x1p-55;
+  return one + half == 1.0 && one + quarter == 1.0 && one - quarter == 1.0 &&
+         -one - quarter == -1.0;
+}
+
+/// A subnormal result, and a subnormal argument.
+static inline bool KeepsSubnormals() {
+  const volatile double smallestNormal = 0x1p-1022, half = 0.5;
+  const volatile double subnormal = 0x1p-1074, large = 0x1p100;
+  return smallestNormal * half != 0.0 && subnormal * large == 0x1p-974;
+}
+
+static inline double LocalDot(const gsl_arithmetic::Coord3& a, const gsl_arithmetic::Coord3& b) {
+  return a.x * b.x + a.y * b.y + a.z * b.z;
+}
+
+static inline double LocalDifference(double a, double b, double c, double d) {
+  return a * b - c * d;
+}
+
+/// (1 + 2^-30)^2 = 1 + 2^-29 + 2^-60, whose last term a product loses when it is rounded. Every
+/// line takes the rounded product away again: 0 when each operation rounds, 2^-60 when the one that
+/// makes the square is fused. Each product of a formula is the square once.
+static inline bool RoundsProducts() {
+  const volatile double h = 1.0 + 0x1p-30, k = 1.0 + 0x1p-29, one = 1.0, minus = -1.0, zero = 0.0;
+  const gsl_arithmetic::Coord3 rows[3][2] = {{{h, minus, zero}, {h, k, zero}},
+                                             {{minus, h, zero}, {k, h, zero}},
+                                             {{minus, zero, h}, {k, zero, h}}};
+  for (const auto& row : rows) {
+    // As this source file has it, and as whichever the linker kept.
+    if (LocalDot(row[0], row[1]) != 0.0 || gsl_arithmetic::Dot(row[0], row[1]) != 0.0) return false;
+  }
+  return LocalDifference(h, h, one, k) == 0.0 && LocalDifference(one, k, h, h) == 0.0;
+}
+
+/// 1 is lost beside 2^60, unless the sum is never formed or has more bits than a double.
+static inline bool KeepsOrderOfSums() {
+  const volatile double small = 1.0, large = 0x1p60;
+  const double x = small, y = large;
+  return (x + y) - y == 0.0;
+}
+
+/// 49 * (1 / 49) is below 1. A compiler that may divides once for several divisions by one number,
+/// and not at all by a number that it knows.
+static inline bool Divides() {
+  const volatile double numerators[] = {49.0, 98.0, 196.0}, divisor = 49.0;
+  const double d = divisor;
+  // Stored before any is looked at: a comparison in between would keep the divisions apart.
+  const volatile double quotients[] = {numerators[0] / d, numerators[1] / d, numerators[2] / d};
+  return quotients[0] == 1.0 && quotients[1] == 2.0 && quotients[2] == 4.0 &&
+         numerators[0] / 49.0 == 1.0;
+}
+
+/// -0.0 + 0.0 is +0.0; a compiler leaves the sum out only where signs of zero do not matter to it.
+static inline bool KeepsSignsOfZero() {
+  const volatile double minusZero = -0.0;
+  const double sum = minusZero + 0.0, plusZero = 0.0;
+  return std::memcmp(&sum, &plusZero, sizeof sum) == 0;
+}
+
+static inline bool HonoursNaN() {
+  const volatile double zero = 0.0;
+  const double nan = zero / zero;
+  return nan != nan;
+}
+
+} // namespace gsl_floating_point
+
+/// Whether arithmetic that public headers inline has the documented bits in the source file that
+/// calls this, and on the thread that does.
+///
+/// Null when it has; otherwise a literal of one line that says what is wrong and how to mend it. A
+/// host calls it at start-up, once in a source file of each module that is compiled with flags of
+/// its own. Notices fused products and sums, reordered sums, excess precision, divisions turned
+/// into products, lost signs of zero and NaN, flushed subnormals, and a rounding mode other than
+/// nearest. Not for inline functions in headers, of which the linker keeps one copy.
+static inline const char* gsl_CheckFloatingPoint() {
+  using namespace gsl_floating_point;
+  if (!RoundsToNearest())
+    return "results are not rounded to nearest: call fesetround(FE_TONEAREST)";
+  if (!KeepsSubnormals())
+    return "subnormal numbers count as zero: link every module without -ffast-math";
+  if (!RoundsProducts()) return "products are fused with sums: compile with -ffp-contract=off";
+  if (!KeepsOrderOfSums())
+    return "sums are not rounded in order: compile without -fassociative-math, with SSE2";
+  if (!Divides()) return "divisions are turned into products: compile without -freciprocal-math";
+  if (!KeepsSignsOfZero()) return "signs of zero are lost: compile without -fno-signed-zeros";
+  if (!HonoursNaN()) return "NaN counts as a number: compile without -ffinite-math-only";
+  return nullptr;
+}
+
+#endif
