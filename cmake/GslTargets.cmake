@@ -20,6 +20,7 @@ set(GSL_HOST_PREFIXES mem typ pnt omni atr cow cls nex g3d omu ftr)
 
 # Contraction of a*b+c would change results; consumers inline our arithmetic, so they carry it too.
 add_library(gsl_floating_point INTERFACE)
+add_library(gsl::floating_point ALIAS gsl_floating_point)
 set_target_properties(gsl_floating_point PROPERTIES EXPORT_NAME floating_point)
 target_compile_options(gsl_floating_point INTERFACE -ffp-contract=off)
 

@@ -18,9 +18,9 @@ packages_of() {
       ;;
     # Building and running every test.
     test) echo "$(packages_of build)" python3 libgtest-dev libgmock-dev librapidcheck-dev ;;
-    # The second compiler, formatting, lint, sanitizers, fuzzing, coverage.
+    # The second compiler, formatting, lint, sanitizers, fuzzing, coverage, consumers.
     check)
-      echo clang libclang-rt-14-dev llvm clang-format clang-tidy gcovr
+      echo clang libclang-rt-14-dev llvm clang-format clang-tidy gcovr make pkg-config
       ;;
     # Benchmarks and the libraries measured beside ours.
     bench)

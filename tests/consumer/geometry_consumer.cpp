@@ -3,6 +3,7 @@
 
 #include "check.h"
 
+#include <gsl_FloatingPoint.h>
 #include <gsl_Matrix.h>
 #include <gsl_Plane.h>
 #include <gsl_Point.h>
@@ -10,6 +11,7 @@
 #include <gsl_StLine.h>
 #include <gsl_Util.h>
 #include <gsl_Vector.h>
+#include <gsl_Version.h>
 #include <gsl_utils.h>
 #include <nex_AssertException.h>
 
@@ -69,6 +71,10 @@ void ExceptionsCrossTheLibraries() {
 } // namespace
 
 int main() {
+  // Once in a module's own code: its flags make the bits of what its headers inline.
+  const char* const fault = gsl_CheckFloatingPoint();
+  Check(fault == nullptr, fault);
+  Check(gsl_LibraryVersion() == GSL_VERSION_NUMBER, "the library is of the version of its headers");
   ValuesAndQueries();
   TheSettingsAreTheLibrarysOwn();
   DerivedClassesWork();

@@ -1,0 +1,37 @@
+# The programs of a host, the same however its project came by gsl_geometry.
+
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+enable_testing()
+set(here ${CMAKE_CURRENT_LIST_DIR})
+
+function(add_host_code_flags target)
+  target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wconversion -Wshadow
+                                           -Wold-style-cast -Werror)
+  # As ordinary headers, so that the warnings are about them as well.
+  set_target_properties(${target} PROPERTIES NO_SYSTEM_FROM_IMPORTED ON)
+endfunction()
+
+# The second program uses the host's libraries alone, as another module of the host would.
+foreach(name geometry host)
+  add_executable(${name}_consumer ${here}/${name}_consumer.cpp)
+  target_link_libraries(${name}_consumer PRIVATE gsl::${name})
+  add_host_code_flags(${name}_consumer)
+  add_test(NAME ${name}_consumer COMMAND ${name}_consumer)
+endforeach()
+install(TARGETS geometry_consumer)
+
+# A host from elsewhere has another name, and no store of records.
+get_target_property(host_type gsl::host TYPE)
+if(host_type STREQUAL "SHARED_LIBRARY")
+  add_library(loading_module MODULE ${here}/loading_module.cpp)
+  target_link_libraries(loading_module PRIVATE gsl::geometry)
+  add_host_code_flags(loading_module)
+  add_executable(loading_consumer ${here}/loading_consumer.cpp)
+  target_compile_features(loading_consumer PRIVATE cxx_std_17)
+  target_link_libraries(loading_consumer PRIVATE gsl::floating_point ${CMAKE_DL_LIBS})
+  add_host_code_flags(loading_consumer)
+  set(loaded_files $<TARGET_FILE:loading_module> $<TARGET_SONAME_FILE:gsl::geometry>
+    $<TARGET_SONAME_FILE:gsl::host>)
+  add_test(NAME loading_consumer COMMAND loading_consumer ${loaded_files})
+  add_test(NAME loading_consumer_keeping_the_host COMMAND loading_consumer ${loaded_files} --keep-host)
+endif()
