@@ -4,7 +4,7 @@
 #   ./scripts/packages.sh [GROUP...]            print the packages of the groups
 #   ./scripts/packages.sh --install [GROUP...]  install those that are missing (as root)
 #
-# Groups: build test check bench; printing takes all of them when none is named, installing build.
+# Groups: build test check bench bare. Printing takes all of them when none is named, installing build.
 #
 # The other scripts source this file and call need_packages.
 
@@ -27,8 +27,10 @@ packages_of() {
       echo "$(packages_of build)" python3 libbenchmark-dev \
         libeigen3-dev libopenblas-dev libboost-graph-dev libfcl-dev libcgal-dev
       ;;
+    # The minimal root of ./scripts/check bare, which is skipped where this is not to be had.
+    bare) echo mmdebstrap ;;
     *)
-      echo "packages: no group named '$1'; there are: build test check bench" >&2
+      echo "packages: no group named '$1'; there are: build test check bench bare" >&2
       return 2
       ;;
   esac
@@ -87,7 +89,7 @@ if [ "${BASH_SOURCE[0]}" = "$0" ]; then
     shift
     need_packages "${@:-build}"
   else
-    [ $# -gt 0 ] || set -- build test check bench
+    [ $# -gt 0 ] || set -- build test check bench bare
     packages_of_groups "$@"
   fi
 fi
