@@ -2,6 +2,7 @@
 
 #include "MeshReadFormats.h"
 #include "MeshSamples.h"
+#include "TestScale.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -107,7 +108,8 @@ TEST(MeshReadChild, ReaderThatHangsIsGivenUp) {
 }
 
 TEST(MeshReadChild, MemoryIsLimited) {
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__) ||                               \
+    TEST_HAS_FEATURE(address_sanitizer) || TEST_HAS_FEATURE(thread_sanitizer)
   GTEST_SKIP() << "sanitizers map more than any limit";
 #endif
   const MeshReader greedy = [](const std::string&) {

@@ -414,7 +414,7 @@ TEST(GslLinearEqnLUDSolver, LargeSystemsHaveTheBitsOfTheTextbook) {
   // The last one is worked on in the caller's rows.
   RandomNumbers random(100);
   const int sizes[] = {131, 200, 257, 389, 512, 700, 1027};
-  int family = 0;
+  std::size_t family = 0;
   for (const int n : sizes) {
     if (kTestScaleDivisor > 1 && n > 200) break;
     for (int k = 0; k < (n < 600 ? 5 : 1); ++k) {
