@@ -3,6 +3,7 @@
 
 #include "gsl_Arithmetic.h"
 
+#include <cstdint>
 #include <cstring>
 
 /// The steps of gsl_CheckFloatingPoint, which is below.
@@ -64,8 +65,10 @@ static inline bool Divides() {
 /// -0.0 + 0.0 is +0.0; a compiler leaves the sum out only where signs of zero do not matter to it.
 static inline bool KeepsSignsOfZero() {
   const volatile double minusZero = -0.0;
-  const double sum = minusZero + 0.0, plusZero = 0.0;
-  return std::memcmp(&sum, &plusZero, sizeof sum) == 0;
+  const double sum = minusZero + 0.0;
+  std::uint64_t bits = 0;
+  std::memcpy(&bits, &sum, sizeof bits);
+  return bits == 0;
 }
 
 static inline bool HonoursNaN() {
