@@ -12,7 +12,8 @@ packages_of() {
     test)
       echo g++ cmake ninja-build python3 \
         libgtest-dev libgmock-dev librapidcheck-dev \
-        libfast-float-dev libtinyobjloader-dev libassimp-dev libcli11-dev nlohmann-json3-dev
+        libfast-float-dev libtinyobjloader-dev libassimp-dev libcli11-dev nlohmann-json3-dev \
+        python3-jsonschema help2man
       ;;
     # The second compiler, formatting, lint, sanitizers, fuzzing, coverage.
     check)
