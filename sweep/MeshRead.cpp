@@ -112,10 +112,8 @@ MeshFormat FormatOfContents(std::string_view bytes) {
 }
 
 MeshFormat FormatOfExtension(const std::string& extension) {
-  if (extension == "stl") return MeshFormat::Stl;
-  if (extension == "obj") return MeshFormat::Obj;
-  if (extension == "ply") return MeshFormat::Ply;
-  if (extension == "off") return MeshFormat::Off;
+  const MeshFormat named = MeshFormatNamed(extension);
+  if (named != MeshFormat::Unknown) return named;
   const bool known = !extension.empty() && AssimpKnowsExtension(extension);
   return known ? MeshFormat::Assimp : MeshFormat::Unknown;
 }

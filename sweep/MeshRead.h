@@ -2,13 +2,12 @@
 #define GSL_SWEEP_MESH_READ_H
 
 #include "Mesh.h"
+#include "MeshFormat.h"
 
 #include <string>
 #include <string_view>
 
 namespace gsl_sweep {
-
-enum class MeshFormat { Stl, Obj, Ply, Off, Assimp, Unknown };
 
 /// Reads a mesh file of any known format.
 ///

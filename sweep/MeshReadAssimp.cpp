@@ -1,5 +1,6 @@
 #include "MeshReadAssimp.h"
 
+#include "MeshFormat.h"
 #include "MeshReadChild.h"
 #include "MeshReadFormats.h"
 

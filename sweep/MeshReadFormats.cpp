@@ -97,14 +97,6 @@ bool BeginsWithNoCase(std::string_view text, std::string_view lowerCase) {
                     [](char expected, char c) { return expected == LowerCase(c); });
 }
 
-std::string ExtensionOf(const std::string& path) {
-  const std::size_t dot = path.find_last_of("./");
-  if (dot == std::string::npos || path[dot] == '/') return {};
-  std::string extension = path.substr(dot + 1);
-  std::transform(extension.begin(), extension.end(), extension.begin(), LowerCase);
-  return extension;
-}
-
 std::uint64_t MemoryOfMachine() {
   const auto pages = sysconf(_SC_PHYS_PAGES);
   const auto pageSize = sysconf(_SC_PAGESIZE);

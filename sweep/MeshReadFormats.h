@@ -55,9 +55,6 @@ inline bool IsSpace(char c) {
 /// True when `text` begins with `lowerCase`, letters compared in any case.
 bool BeginsWithNoCase(std::string_view text, std::string_view lowerCase);
 
-/// What stands behind the last dot of a file name, in lower case.
-std::string ExtensionOf(const std::string& path);
-
 /// Physical memory in bytes; 0 when it is not known.
 std::uint64_t MemoryOfMachine();
 

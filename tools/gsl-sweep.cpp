@@ -1,5 +1,5 @@
 #include "MeshRead.h"
-#include "MeshWriteStl.h"
+#include "MeshWrite.h"
 #include "OneLine.h"
 #include "OutputFile.h"
 #include "Progress.h"
@@ -77,7 +77,7 @@ void Declare(CLI::App& app, Options& options) {
                  "Writes the answer as JSON; - for stdout, instead of the text")
       ->type_name("FILE");
   app.add_option("--output", options.outputFile,
-                 "Writes the moving body at its contact, as binary STL")
+                 "Writes the moving body at its contact: .stl, .ply, .obj or .off")
       ->type_name("MOVED.stl");
   app.add_option("--threads", options.threads,
                  "Number of threads; the answer does not depend on it")
@@ -154,6 +154,10 @@ bool NameSameFile(const std::string& a, const std::string& b) {
 
 /// Before the work, so that it is not done in vain.
 void CheckOutputs(const Options& options) {
+  if (!options.outputFile.empty() && MeshFormatToWrite(options.outputFile) == MeshFormat::Unknown) {
+    throw UsageError("--output must end in " + MeshFormatNames(".") + " (got " +
+                     OneLine(options.outputFile) + ")");
+  }
   if (options.JsonToFile() && NameSameFile(options.jsonFile, options.outputFile)) {
     throw UsageError("--json and --output name the same file");
   }
@@ -192,7 +196,7 @@ std::string OutputLine(const Options& options, const SweepAnswer& answer) {
 void WriteResults(const Options& options, const SweepReport& report, Mesh moving) {
   const bool touches = report.answer.status != SweepStatus::None;
   if (touches && !options.outputFile.empty()) {
-    WriteStl(options.outputFile, MovedMesh(std::move(moving), report.answer), options.force);
+    WriteMesh(options.outputFile, MovedMesh(std::move(moving), report.answer), options.force);
   }
   if (options.JsonToFile()) {
     WriteTextFile(options.jsonFile, ReportAsJson(report), options.force);

@@ -121,27 +121,28 @@ TEST(GslSweep, OneSidedLeavesOutWhatTurnsAway) {
 }
 
 TEST(GslSweep, WrongUsageExitsWithTwoAndOneLine) {
-  for (const std::string& arguments : {std::string(),
-                                       bolt + " --direction -z",
-                                       parts,
-                                       parts + "--direction",
-                                       parts + "--direction 0,0,0",
-                                       parts + "--direction x",
-                                       parts + "--direction 1,2",
-                                       parts + "--direction nan,0,1",
-                                       parts + "--direction -z --offset 1,2",
-                                       parts + "--direction -z --offset inf,0,0",
-                                       parts + "--direction -z --max-distance -1",
-                                       parts + "--direction -z --max-distance nan",
-                                       parts + "--direction -z --threads 0",
-                                       parts + "--direction -z --threads -3",
-                                       parts + "--direction -z --threads 1025",
-                                       parts + "--direction -z --threads x",
-                                       parts + "--direction -z --progress sometimes",
-                                       parts + "--direction -z --unknown",
-                                       parts + "third.stl --direction -z",
-                                       parts + "--direction -z --direction -x",
-                                       parts + "--direction -z --json same --output same"}) {
+  for (const std::string& arguments :
+       {std::string(),
+        bolt + " --direction -z",
+        parts,
+        parts + "--direction",
+        parts + "--direction 0,0,0",
+        parts + "--direction x",
+        parts + "--direction 1,2",
+        parts + "--direction nan,0,1",
+        parts + "--direction -z --offset 1,2",
+        parts + "--direction -z --offset inf,0,0",
+        parts + "--direction -z --max-distance -1",
+        parts + "--direction -z --max-distance nan",
+        parts + "--direction -z --threads 0",
+        parts + "--direction -z --threads -3",
+        parts + "--direction -z --threads 1025",
+        parts + "--direction -z --threads x",
+        parts + "--direction -z --progress sometimes",
+        parts + "--direction -z --unknown",
+        parts + "third.stl --direction -z",
+        parts + "--direction -z --direction -x",
+        parts + "--direction -z --json same.stl --output same.stl"}) {
     const Outcome run = Sweep(arguments);
     EXPECT_EQ(run.status, 2) << arguments;
     EXPECT_EQ(run.out, "") << arguments;

@@ -1,7 +1,7 @@
 #ifndef GSL_TESTS_TOOL_RUN_H
 #define GSL_TESTS_TOOL_RUN_H
 
-#include "MeshWriteStl.h"
+#include "MeshWrite.h"
 #include "TemporaryFolder.h"
 
 #include <algorithm>
@@ -22,7 +22,7 @@ class Folder : public TemporaryFolder {
 public:
   using TemporaryFolder::Write;
   std::string Write(const std::string& name, const gsl_sweep::Mesh& mesh) const {
-    gsl_sweep::WriteStl(Path(name), mesh, true);
+    gsl_sweep::WriteMesh(Path(name), mesh, true);
     return Path(name);
   }
 };
