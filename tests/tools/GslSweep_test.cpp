@@ -65,12 +65,15 @@ TEST(GslSweep, DocumentsShowWhatIsPrinted) {
 
 TEST(GslSweep, TakesDirectionsInEveryForm) {
   const std::string expected = Sweep(parts + "--direction 0,0,-1").out;
-  for (const char* form : {"--direction=0,0,-1", "--direction -z", "--direction=-Z",
-                           "--direction '0, 0, -7.5e2'", "--direction -0.0,+0,-.5"}) {
+  for (const char* form :
+       {"--direction=0,0,-1", "--direction -z", "--direction=-Z", "--direction '0, 0, -7.5e2'",
+        "--direction -0.0,+0,-.5", "--direction '0 0 -1'"}) {
     EXPECT_EQ(Sweep(parts + form).out, expected) << form;
   }
   EXPECT_EQ(Sweep(parts + "--direction -1,0,0").out, Sweep(parts + "--direction=-x").out);
   EXPECT_EQ(Sweep(parts + "--direction -1,0,0").out, Sweep(parts + "--direction=-1,0,0").out);
+  EXPECT_EQ(Sweep(parts + "--direction x").out, Sweep(parts + "--direction 1,0,0").out);
+  EXPECT_EQ(Sweep(parts + "--direction=Z").out, Sweep(parts + "--direction +z").out);
   EXPECT_EQ(Sweep("--direction -z -- " + parts).out, expected);
 }
 
@@ -127,7 +130,7 @@ TEST(GslSweep, WrongUsageExitsWithTwoAndOneLine) {
         parts,
         parts + "--direction",
         parts + "--direction 0,0,0",
-        parts + "--direction x",
+        parts + "--direction w",
         parts + "--direction 1,2",
         parts + "--direction nan,0,1",
         parts + "--direction -z --offset 1,2",
