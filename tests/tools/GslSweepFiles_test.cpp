@@ -85,8 +85,8 @@ TEST(GslSweepFiles, OutputOfAnotherFormatIsWrongUsage) {
     const std::string moved = folder.Path(name);
     const Outcome run = Sweep(parts + "--direction -z --output " + moved);
     ExpectOneErrorLine(run, 2);
-    EXPECT_EQ(run.err, "gsl-sweep: --output must end in .stl, .ply, .obj or .off (got " + moved +
-                           ") (see gsl-sweep --help)\n");
+    EXPECT_EQ(run.err,
+              "gsl-sweep: --output must end in .stl, .ply, .obj or .off (got " + moved + ")\n");
   }
   EXPECT_TRUE(folder.Names().empty());
 }
