@@ -1,5 +1,6 @@
 #include "MeshRead.h"
 
+#include "MeshForeign.h"
 #include "MeshReadAssimp.h"
 #include "MeshReadFormats.h"
 
@@ -144,6 +145,14 @@ Mesh ReadChecked(std::string_view bytes, const std::string& name, MeshFormat for
   return mesh;
 }
 
+Mesh ReadDetected(std::string_view bytes, const std::string& name) {
+  if (FormatOfContents(bytes) == MeshFormat::Unknown) {
+    const std::string foreign = ForeignFile(bytes, name);
+    if (!foreign.empty()) FailRead({bytes, name}, foreign);
+  }
+  return ReadChecked(bytes, name, DetectMeshFormat(bytes, name));
+}
+
 } // namespace
 
 MeshFormat DetectMeshFormat(std::string_view bytes, const std::string& name) {
@@ -159,7 +168,7 @@ Mesh ReadMeshFromMemory(std::string_view bytes, const std::string& name, MeshFor
 Mesh ReadMesh(const std::string& path) {
   try {
     const std::string bytes = Load(path);
-    return ReadChecked(bytes, path, DetectMeshFormat(bytes, path));
+    return ReadDetected(bytes, path);
   } catch (const std::bad_alloc&) {
     FailFile(path, "not enough memory to read it");
   } catch (const std::length_error&) {
