@@ -36,6 +36,13 @@ MeshFormat MeshFormatNamed(std::string_view name) {
   return MeshFormat::Unknown;
 }
 
+std::string_view NameOf(MeshFormat format) {
+  for (const NamedFormat& named : namedFormats) {
+    if (named.format == format) return named.name;
+  }
+  return {};
+}
+
 std::string MeshFormatNames(std::string_view prefix) {
   constexpr std::size_t count = std::size(namedFormats);
   std::string names;

@@ -20,6 +20,9 @@ enum class MeshFormat {
 /// "ply", "obj" or "off", in any case. Unknown for any other name.
 MeshFormat MeshFormatNamed(std::string_view name);
 
+/// "stl", "ply", "obj" or "off"; empty for a format that is not read here.
+std::string_view NameOf(MeshFormat format);
+
 /// The names in a sentence, each after `prefix`: with "." it is ".stl, .ply, .obj or .off".
 std::string MeshFormatNames(std::string_view prefix);
 

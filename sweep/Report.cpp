@@ -56,7 +56,8 @@ std::string BodyLine(const char* role, const std::string& file, const SweptBody&
   const std::string what = touches ? "triangle " + std::to_string(body.triangle) + " of " + count +
                                          ", at " + VectorText(body.point)
                                    : count + " triangles";
-  return std::string("  ") + role + OneLine(file) + ", " + what + "\n";
+  const std::string name = file == "-" ? "standard input" : OneLine(file);
+  return std::string("  ") + role + name + ", " + what + "\n";
 }
 
 std::string FirstLine(const SweepReport& report) {

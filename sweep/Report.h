@@ -10,7 +10,7 @@
 namespace gsl_sweep {
 
 struct SweepReport {
-  std::string movingFile, fixedFile; ///< as they were given
+  std::string movingFile, fixedFile; ///< as they were given; "-" is standard input
   SweepAnswer answer;
   double maxDistance = std::numeric_limits<double>::infinity(); ///< that was asked for
   std::vector<std::string> warnings;

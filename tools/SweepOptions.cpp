@@ -72,6 +72,8 @@ std::vector<OptionRow> OptionRows() {
        "Writes the answer as JSON; - writes it to stdout in place of the text"},
       {"--output", "FILE", nullptr,
        "Writes MOVING where it touches, in the format of the extension: " + MeshFormatNames(".")},
+      {"--format", "NAME", nullptr,
+       "Format of a mesh on stdin: " + MeshFormatNames("") + "; obj needs it, the others show it"},
       {"--threads", "N", nullptr, "Number of threads, 1 to 1024; the answer does not depend on it"},
       {"--progress", "STYLE", nullptr,
        "Shows progress on stderr if that is a terminal: auto, plain or never"},
@@ -87,8 +89,8 @@ void Declare(CLI::App& app, SweepOptions& options) {
   app.set_help_flag("-h,--help", "Prints this help and exits");
   app.set_version_flag("--version", std::string("gsl-sweep ") + GSL_VERSION,
                        "Prints the version and exits");
-  app.add_option("MOVING")->description("Mesh file of the body that moves");
-  app.add_option("FIXED")->description("Mesh file of the body that stays");
+  app.add_option("MOVING")->description("Mesh file of the body that moves; - for stdin");
+  app.add_option("FIXED")->description("Mesh file of the body that stays; - for stdin");
   for (const OptionRow& row : OptionRows()) {
     if (row.flag != nullptr) {
       app.add_flag(row.names, options.*row.flag, row.text);
@@ -242,6 +244,12 @@ std::string OutputFileOf(const std::string& value) {
   return FileOf("--output", value, "be a file name");
 }
 
+MeshFormat FormatOf(const std::string& value) {
+  const MeshFormat format = gsl_sweep::MeshFormatNamed(value);
+  if (format == MeshFormat::Unknown) FailValue("--format", "be " + MeshFormatNames(""), value);
+  return format;
+}
+
 unsigned ThreadsOf(const std::string& value) {
   unsigned threads = 0;
   const char* const end = value.data() + value.size();
@@ -270,6 +278,7 @@ void TakeValues(const CLI::App& app, SweepOptions& options) {
     options.jsonFile = FileOf("--json", *value, "be a file name or -");
   }
   if (const auto value = ValueOf(app, "--output")) options.outputFile = OutputFileOf(*value);
+  if (const auto value = ValueOf(app, "--format")) options.format = FormatOf(*value);
   if (const auto value = ValueOf(app, "--threads")) options.threads = ThreadsOf(*value);
   if (const auto value = ValueOf(app, "--progress")) options.progress = ProgressOf(*value);
   if (const auto value = ValueOf(app, "MOVING")) {
@@ -293,6 +302,15 @@ void RefuseMissing(const CLI::App& app) {
     list += (k + 1 == missing.size() ? " and " : ", ") + missing[k];
   FailWithHelp(list + (missing.size() == 1 ? " is" : " are") +
                " missing; expected gsl-sweep MOVING FIXED --direction X,Y,Z");
+}
+
+void RefuseMisusedStdin(const SweepOptions& options) {
+  if (options.movingFile == "-" && options.fixedFile == "-") {
+    Fail("MOVING and FIXED are both -; expected standard input for one of them");
+  }
+  if (options.format != MeshFormat::Unknown && !options.ReadsStdin()) {
+    Fail("--format is for a mesh on standard input; expected - as MOVING or FIXED");
+  }
 }
 
 unsigned ThreadsOfMachine() {
@@ -324,6 +342,7 @@ std::string ParseSweepOptions(int argc, const char* const* argv, SweepOptions& o
   TakeValues(app, options);
   RefuseUnexpectedArguments(app);
   RefuseMissing(app);
+  RefuseMisusedStdin(options);
   return {};
 }
 

@@ -1,6 +1,7 @@
 #ifndef GSL_TOOLS_SWEEP_OPTIONS_H
 #define GSL_TOOLS_SWEEP_OPTIONS_H
 
+#include "MeshFormat.h"
 #include "Progress.h"
 #include "support/UsageError.h"
 
@@ -13,8 +14,9 @@
 namespace gsl_tools {
 
 struct SweepOptions {
-  std::string movingFile, fixedFile;               ///< as typed
-  gsl_arithmetic::Coord3 direction{0.0, 0.0, 0.0}; ///< not zero
+  std::string movingFile, fixedFile; ///< as typed; "-" in one of them is standard input
+  gsl_sweep::MeshFormat format = gsl_sweep::MeshFormat::Unknown; ///< of standard input
+  gsl_arithmetic::Coord3 direction{0.0, 0.0, 0.0};               ///< not zero
   gsl_arithmetic::Coord3 offset{0.0, 0.0, 0.0};
   bool oneSided = false;
   double maxDistance = std::numeric_limits<double>::infinity(); ///< at least 0
@@ -23,6 +25,7 @@ struct SweepOptions {
   gsl_sweep::ProgressStyle progress = gsl_sweep::ProgressStyle::Auto;
   bool quiet = false, force = false;
 
+  bool ReadsStdin() const { return movingFile == "-" || fixedFile == "-"; }
   bool JsonToStdout() const { return jsonFile == "-"; }
   bool JsonToFile() const { return !jsonFile.empty() && !JsonToStdout(); }
 };

@@ -19,6 +19,8 @@
 #include <string>
 #include <system_error>
 
+#include <unistd.h>
+
 namespace {
 
 using namespace gsl_sweep;
@@ -35,6 +37,16 @@ SweepQuestion QuestionOf(const SweepOptions& options) {
   question.maxDistance = options.maxDistance;
   question.threads = options.threads;
   return question;
+}
+
+/// What messages call a mesh.
+std::string NameOfMesh(const std::string& file) {
+  return file == "-" ? "standard input" : file;
+}
+
+Mesh ReadBody(const std::string& file, const SweepOptions& options) {
+  if (file == "-") return ReadMeshFromStream(STDIN_FILENO, NameOfMesh(file), options.format);
+  return ReadMesh(file);
 }
 
 bool IsFinite(const Coord3& p) {
@@ -122,11 +134,11 @@ ExitStatus Run(const SweepOptions& options) {
   CheckOutputs(options);
 
   Progress progress(options.quiet ? ProgressStyle::Never : options.progress);
-  progress.Begin("Reading " + OneLine(options.movingFile));
-  Mesh moving = ReadMesh(options.movingFile);
+  progress.Begin("Reading " + OneLine(NameOfMesh(options.movingFile)));
+  Mesh moving = ReadBody(options.movingFile, options);
   MoveBy(options.offset, moving);
-  progress.Begin("Reading " + OneLine(options.fixedFile));
-  const Mesh fixed = ReadMesh(options.fixedFile);
+  progress.Begin("Reading " + OneLine(NameOfMesh(options.fixedFile)));
+  const Mesh fixed = ReadBody(options.fixedFile, options);
 
   progress.Begin("Searching");
   question.progress = [&progress](double part) { progress.Update(part); };
@@ -137,12 +149,12 @@ ExitStatus Run(const SweepOptions& options) {
   report.answer = Sweep(moving, fixed, question);
   progress.Clear();
 
-  RequireFiniteTriangles(options.movingFile, report.answer.moving);
-  RequireFiniteTriangles(options.fixedFile, report.answer.fixed);
+  RequireFiniteTriangles(moving.file, report.answer.moving);
+  RequireFiniteTriangles(fixed.file, report.answer.fixed);
   report.warnings = moving.warnings;
   report.warnings.insert(report.warnings.end(), fixed.warnings.begin(), fixed.warnings.end());
-  AddWarning(report, SkippedWarning(options.movingFile, report.answer.moving));
-  AddWarning(report, SkippedWarning(options.fixedFile, report.answer.fixed));
+  AddWarning(report, SkippedWarning(moving.file, report.answer.moving));
+  AddWarning(report, SkippedWarning(fixed.file, report.answer.fixed));
   AddWarning(report, SizeWarning(moving, fixed));
   for (const std::string& warning : report.warnings) {
     if (!options.quiet) PrintLine("warning: " + warning);

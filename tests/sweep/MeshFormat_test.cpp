@@ -14,6 +14,16 @@ TEST(MeshFormat, NamesAreExtensionsInAnyCase) {
   }
 }
 
+TEST(MeshFormat, EveryFormatThatHasANameIsFoundByIt) {
+  for (const MeshFormat format :
+       {MeshFormat::Stl, MeshFormat::Ply, MeshFormat::Obj, MeshFormat::Off}) {
+    EXPECT_EQ(MeshFormatNamed(NameOf(format)), format);
+  }
+  EXPECT_EQ(NameOf(MeshFormat::Obj), "obj");
+  EXPECT_EQ(NameOf(MeshFormat::Assimp), "");
+  EXPECT_EQ(NameOf(MeshFormat::Unknown), "");
+}
+
 TEST(MeshFormat, NamesMakeASentence) {
   EXPECT_EQ(MeshFormatNames("."), ".stl, .ply, .obj or .off");
   EXPECT_EQ(MeshFormatNames(""), "stl, ply, obj or off");

@@ -50,6 +50,12 @@ TEST(Report, TextWithoutContactNamesTheLimit) {
   EXPECT_EQ(ReportAsText(report), "No contact along (0, 0, -1) within 12.5.\n" + bodies);
 }
 
+TEST(Report, TextNamesStandardInput) {
+  SweepReport report = SampleReport();
+  report.fixedFile = "-";
+  EXPECT_NE(ReportAsText(report).find("  fixed   standard input, triangle 9"), std::string::npos);
+}
+
 TEST(Report, TextKeepsControlCharactersOfFileNamesOut) {
   SweepReport report = SampleReport();
   report.movingFile = "a\n\x1b[2Jb.stl";

@@ -169,6 +169,37 @@ TEST(GslSweepFiles, OneOutputUnderTwoNamesIsWrongUsage) {
   EXPECT_TRUE(std::filesystem::is_empty(folder.Path("inner")));
 }
 
+TEST(GslSweepFiles, EitherBodyMayComeFromStandardInput) {
+  const std::string bolt = GSL_EXAMPLE_MESHES "/bolt.stl";
+  const std::string bracket = GSL_EXAMPLE_MESHES "/bracket.stl";
+  const json expected = json::parse(Sweep(parts + "--direction -z --json -").out);
+  for (const char* side : {"moving", "fixed"}) {
+    const bool isMoving = side == std::string("moving");
+    const std::string both = isMoving ? "- " + bracket : bolt + " -";
+    const std::string piped =
+        "cat " + (isMoving ? bolt : bracket) + " | $SWEEP " + both + " -d -z ";
+    json answer = json::parse(Shell(piped + "--json -").out);
+    EXPECT_EQ(answer[side]["file"], "-");
+    answer[side]["file"] = expected[side]["file"];
+    EXPECT_EQ(answer, expected);
+    EXPECT_EQ(Shell(piped + "--format stl --json -").status, 0);
+    EXPECT_NE(Shell(piped).out.find(std::string("  ") + (isMoving ? "moving  " : "fixed   ") +
+                                    "standard input, triangle "),
+              std::string::npos);
+  }
+}
+
+TEST(GslSweepFiles, StandardInputThatIsNoMeshExitsWithThree) {
+  const std::string onto = "$SWEEP - " GSL_EXAMPLE_MESHES "/bracket.stl -d -z";
+  const Outcome nothing = Shell(onto + " </dev/null");
+  ExpectOneErrorLine(nothing, 3);
+  EXPECT_EQ(nothing.err, "gsl-sweep: standard input: is empty\n");
+  ExpectOneErrorLine(Shell("echo v 0 0 0 | " + onto), 3);
+  ExpectOneErrorLine(Shell("echo v 0 0 0 | " + onto + " --format obj"), 3);
+  ExpectOneErrorLine(Shell(onto + " </"), 3);
+  ExpectOneErrorLine(Shell(onto + " <&-"), 3);
+}
+
 TEST(GslSweepFiles, OffsetBeyondTheRangeOfDoubleIsAnError) {
   const Folder folder;
   const std::string far =

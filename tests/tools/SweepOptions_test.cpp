@@ -123,8 +123,8 @@ TEST(SweepOptions, EmptyValuesAreRefused) {
 }
 
 TEST(SweepOptions, EmptyValueAfterAnEqualsSignDoesNotTakeTheNextArgument) {
-  for (const char* option :
-       {"--json=", "--output=", "--offset=", "--max-distance=", "--threads=", "--progress="}) {
+  for (const char* option : {"--json=", "--output=", "--offset=", "--max-distance=", "--threads=",
+                             "--progress=", "--format="}) {
     const std::string name(option, std::string(option).size() - 1);
     EXPECT_EQ(ParseMore({option, "1.stl"}).error, name + " must be followed by a value" + seeHelp);
   }
@@ -201,6 +201,27 @@ TEST(SweepOptions, ValuesThatMakeNoSenseAreNamedWithWhatWasExpected) {
 TEST(SweepOptions, VectorInThreeArgumentsIsNamedAsTheDirection) {
   EXPECT_EQ(Parse({"a", "b", "-d", "0", "0", "-1"}).error,
             "--direction must be X,Y,Z or an axis such as z or -z (got 0)");
+}
+
+TEST(SweepOptions, OneBodyMayBeStandardInput) {
+  const Parsed moving = Parse({"-", "b", "-d", "z", "--format", "OBJ"});
+  EXPECT_EQ(moving.error, "");
+  EXPECT_EQ(moving.options.movingFile, "-");
+  EXPECT_EQ(moving.options.format, gsl_sweep::MeshFormat::Obj);
+  const Parsed fixed = Parse({"a", "-", "-d", "z"});
+  EXPECT_EQ(fixed.error, "");
+  EXPECT_TRUE(fixed.options.ReadsStdin());
+  EXPECT_EQ(fixed.options.format, gsl_sweep::MeshFormat::Unknown);
+  EXPECT_EQ(Parse({"-", "-", "-d", "z"}).error,
+            "MOVING and FIXED are both -; expected standard input for one of them");
+  EXPECT_EQ(ParseMore({"--format", "obj"}).error,
+            "--format is for a mesh on standard input; expected - as MOVING or FIXED");
+  EXPECT_EQ(Parse({"./-", "b", "-d", "z", "--format", "obj"}).error,
+            "--format is for a mesh on standard input; expected - as MOVING or FIXED");
+  EXPECT_EQ(Parse({"-", "b", "-d", "z", "--format", "step"}).error,
+            "--format must be stl, ply, obj or off (got step)");
+  EXPECT_EQ(Parse({"-", "b", "-d", "z", "--format", ""}).error,
+            "--format must be stl, ply, obj or off (got an empty value)");
 }
 
 TEST(SweepOptions, UnexpectedArgumentsAreListedAsTyped) {
