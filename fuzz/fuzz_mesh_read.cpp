@@ -1,7 +1,7 @@
 // Any bytes through the mesh readers: a mesh of whole triangles, or one line about the file.
 //
-// The first byte chooses the reader. Assimp's formats are left out; its importers run in a child
-// process because they do not survive this.
+// The first byte chooses the reader. Assimp's formats are left out; its importers run in a
+// program of their own because they do not survive this.
 
 #include "Mesh.h"
 #include "MeshRead.h"

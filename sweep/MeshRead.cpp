@@ -1,7 +1,7 @@
 #include "MeshRead.h"
 
 #include "MeshForeign.h"
-#include "MeshReadAssimp.h"
+#include "MeshImport.h"
 #include "MeshReadFormats.h"
 
 #include <algorithm>
@@ -147,8 +147,8 @@ MeshFormat FormatOfContents(std::string_view bytes) {
 MeshFormat FormatOfExtension(const std::string& extension) {
   const MeshFormat named = MeshFormatNamed(extension);
   if (named != MeshFormat::Unknown) return named;
-  const bool known = !extension.empty() && AssimpKnowsExtension(extension);
-  return known ? MeshFormat::Assimp : MeshFormat::Unknown;
+  // Which others Assimp knows, the import program decides.
+  return extension.empty() ? MeshFormat::Unknown : MeshFormat::Assimp;
 }
 
 Mesh ReadSource(const MeshSource& source, MeshFormat format) {
@@ -162,11 +162,11 @@ Mesh ReadSource(const MeshSource& source, MeshFormat format) {
   case MeshFormat::Off:
     return ReadOff(source);
   case MeshFormat::Assimp:
-    return ReadThroughAssimp(source.file, source.bytes.size());
+    return ImportMesh(MeshImportProgram(), source.file, ImportLimitsFor(source.bytes.size()));
   case MeshFormat::Unknown:
     break;
   }
-  FailRead(source, "unknown mesh format (STL, OBJ, PLY, OFF, 3MF, glTF and what Assimp reads)");
+  FailUnknownFormat(source);
 }
 
 Mesh ReadChecked(std::string_view bytes, const std::string& name, MeshFormat format) {

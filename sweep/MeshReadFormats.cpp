@@ -48,6 +48,10 @@ void FailReadAt(const MeshSource& source, const char* position, const std::strin
   FailRead(source, "line " + std::to_string(LineOf(source.bytes, position)) + ": " + message);
 }
 
+void FailUnknownFormat(const MeshSource& source) {
+  FailRead(source, "unknown mesh format (STL, OBJ, PLY, OFF, 3MF, glTF and what Assimp reads)");
+}
+
 std::string Quoted(std::string_view text) {
   const bool tooLong = text.size() > longestQuote;
   std::string shown = OneLine(std::string(text.substr(0, longestQuote)));

@@ -35,6 +35,8 @@ bool BeginsWithOffKeyword(std::string_view bytes);
 [[noreturn]] void FailReadAt(const MeshSource& source, const char* position,
                              const std::string& message);
 
+[[noreturn]] void FailUnknownFormat(const MeshSource& source);
+
 /// `text` in quotes, made fit for a message: shortened, control characters as '?'.
 std::string Quoted(std::string_view text);
 
