@@ -511,14 +511,24 @@ void Describe(SweptBody& described, const Mesh& mesh, const Body& body) {
   described.turnedAway = body.turnedAway;
 }
 
-void WriteContact(const Contact& contact, std::uint32_t moving, std::uint32_t fixed,
-                  const RangeScale& scale, SweepAnswer& answer) {
-  answer.travel = scale.Up(contact.travel);
+/// What a contact is described with.
+struct Scene {
+  const TravelDirection& direction;
+  const RangeScale& scale;
+  const Body& moving;
+  const Body& fixed;
+};
+
+void WriteContact(const Scene& scene, const Contact& contact, std::uint32_t moving,
+                  std::uint32_t fixed, SweepAnswer& answer) {
+  answer.travel = scene.scale.Up(contact.travel);
   answer.kind = contact.kind;
   answer.moving.triangle = moving;
-  answer.moving.point = scale.Up(contact.onMoving);
+  answer.moving.point = scene.scale.Up(contact.onMoving);
   answer.fixed.triangle = fixed;
-  answer.fixed.point = scale.Up(contact.onFixed);
+  answer.fixed.point = scene.scale.Up(contact.onFixed);
+  answer.hasNormal = ContactNormal(scene.direction, scene.moving.TriangleAt(moving),
+                                   scene.fixed.TriangleAt(fixed), contact, answer.normal);
 }
 
 TravelDirection DirectionOf(const SweepQuestion& question) {
@@ -542,6 +552,7 @@ SweepAnswer Sweep(const Mesh& moving, const Mesh& fixed, const SweepQuestion& qu
   Describe(answer.fixed, fixed, fixedBody);
   if (movingBody.used.empty() || fixedBody.used.empty()) return answer;
 
+  const Scene scene{direction, scale, movingBody, fixedBody};
   const ShadowFrame frame = FrameAround(direction, movingBody, fixedBody);
   std::optional<ShadowTree> movingTree;
   std::optional<ShadowTree> fixedTree;
@@ -556,10 +567,10 @@ SweepAnswer Sweep(const Mesh& moving, const Mesh& fixed, const SweepQuestion& qu
     FindContactInterval(direction, movingBody.TriangleAt(pair->first),
                         fixedBody.TriangleAt(pair->second), interval);
     answer.status = SweepStatus::Start;
-    WriteContact(ContactAtStart(interval), pair->first, pair->second, scale, answer);
+    WriteContact(scene, ContactAtStart(interval), pair->first, pair->second, answer);
   } else if (search.First().any) {
     answer.status = SweepStatus::Contact;
-    WriteContact(search.First().contact, search.First().moving, search.First().fixed, scale,
+    WriteContact(scene, search.First().contact, search.First().moving, search.First().fixed,
                  answer);
   }
   return answer;

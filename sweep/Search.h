@@ -44,6 +44,10 @@ struct SweepAnswer {
   Coord3 direction{0.0, 0.0, 0.0}; ///< of length one
   ContactKind kind = ContactKind::Overlap;
   SweptBody moving, fixed;
+  /// Of length one, against the direction; see ContactNormal. Only with a contact, and only where
+  /// its features define a plane.
+  bool hasNormal = false;
+  Coord3 normal{0.0, 0.0, 0.0};
 };
 
 /// Finds the first contact.
@@ -55,7 +59,7 @@ struct SweepAnswer {
 /// Ties       of exactly equal travels: the first moving triangle, then the first fixed one, then
 ///            the first kind; of pairs that touch at the start, the first in that order. The answer
 ///            is the same bits for any number of threads.
-/// Untouched  without a contact, triangle and point.
+/// Untouched  without a contact, triangle, point and normal.
 /// Errors     std::invalid_argument for a direction that is zero or not finite; std::length_error
 ///            for more than 2^32 - 1 triangles; std::overflow_error for a travel beyond the range
 ///            of double.

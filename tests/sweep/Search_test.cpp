@@ -54,6 +54,8 @@ void ExpectSame(const SweepAnswer& actual, const SweepAnswer& expected) {
   EXPECT_EQ(actual.fixed.triangle, expected.fixed.triangle);
   ExpectPoint(actual.moving.point, expected.moving.point);
   ExpectPoint(actual.fixed.point, expected.fixed.point);
+  EXPECT_EQ(actual.hasNormal, expected.hasNormal);
+  ExpectPoint(actual.normal, expected.normal);
 }
 
 TEST(Search, CubeTowardsCubeInSixDirections) {
@@ -91,6 +93,8 @@ TEST(Search, EdgeOverEdgeOfTwoRoofs) {
   EXPECT_EQ(answer.kind, ContactKind::EdgeEdge);
   ExpectPoint(answer.moving.point, {0.5, 0.0, 5.0});
   ExpectPoint(answer.fixed.point, {0.5, 0.0, 2.0});
+  EXPECT_TRUE(answer.hasNormal);
+  ExpectPoint(answer.normal, {0.0, 0.0, 1.0});
 }
 
 Mesh Pyramid(const Coord3& apex, double height) {
@@ -121,6 +125,31 @@ TEST(Search, VertexOverFaceAndVertexOverVertex) {
       Ask(Box({-4.0, -4.0, 6.0}, {4.0, 4.0, 7.0}), Pyramid({0.25, 0.5, 2.0}, -2.0), down);
   EXPECT_EQ(underFace.travel, 4.0);
   EXPECT_EQ(underFace.kind, ContactKind::FaceVertex);
+  EXPECT_TRUE(onFace.hasNormal && underFace.hasNormal);
+  ExpectPoint(onFace.normal, {0.0, 0.0, 1.0});
+  ExpectPoint(underFace.normal, {0.0, 0.0, 1.0});
+  EXPECT_FALSE(onTip.hasNormal);
+}
+
+TEST(Search, NormalIsAgainstTheDirectionFromEitherSide) {
+  // A wall y = 2x / 3 at the foot of a spike, met from above and, at the start, from below.
+  Mesh wall;
+  AddTriangle(wall, {-6.0, -4.0, -9.0}, {6.0, 4.0, -9.0}, {0.0, 0.0, 9.0});
+  Mesh spike;
+  AddTriangle(spike, {0.0, 13.0, 0.0}, {0.0, 14.0, 1.0}, {0.0, 15.0, -1.0});
+  const Coord3 across{0.0, -1.0, 0.0};
+  const SweepAnswer above = Ask(spike, wall, across);
+  EXPECT_EQ(above.kind, ContactKind::VertexFace);
+  const double length = std::sqrt(13.0);
+  EXPECT_TRUE(above.hasNormal);
+  EXPECT_NEAR(above.normal.x, -2.0 / length, 1e-16);
+  EXPECT_NEAR(above.normal.y, 3.0 / length, 2e-16);
+  EXPECT_EQ(above.normal.z, 0.0);
+  const SweepAnswer atStart = Ask(Moved(spike, {0.0, -13.0, 0.0}), wall, {0.0, 1.0, 0.0});
+  EXPECT_EQ(atStart.status, SweepStatus::Start);
+  EXPECT_EQ(atStart.kind, ContactKind::VertexFace);
+  EXPECT_TRUE(atStart.hasNormal);
+  ExpectPoint(atStart.normal, {-above.normal.x, -above.normal.y, 0.0});
 }
 
 TEST(Search, CoplanarWallsThatSlidePastEachOtherTouch) {
@@ -314,7 +343,7 @@ SweepAnswer BruteForce(const Mesh& moving, const Mesh& fixed, const Coord3& d) {
     return MakeTriangle(direction, c[0], c[1], c[2]);
   };
   SweepAnswer answer;
-  const auto take = [&answer](SweepStatus status, const Contact& c, std::size_t i, std::size_t j) {
+  const auto take = [&](SweepStatus status, const Contact& c, std::size_t i, std::size_t j) {
     answer.status = status;
     answer.travel = c.travel;
     answer.kind = c.kind;
@@ -322,6 +351,9 @@ SweepAnswer BruteForce(const Mesh& moving, const Mesh& fixed, const Coord3& d) {
     answer.moving.point = c.onMoving;
     answer.fixed.triangle = j;
     answer.fixed.point = c.onFixed;
+    answer.normal = {0.0, 0.0, 0.0};
+    answer.hasNormal =
+        ContactNormal(direction, triangle(moving, i), triangle(fixed, j), c, answer.normal);
   };
   for (std::size_t i = 0; i < moving.TriangleCount(); ++i) {
     for (std::size_t j = 0; j < fixed.TriangleCount(); ++j) {
