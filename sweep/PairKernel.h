@@ -85,8 +85,8 @@ enum class PairOutcome {
 };
 
 /// The same, for a search: measures only what can still matter. `first` and `travel`, its travel as
-/// an exact multiple of the direction vector, are written for Ahead alone. The limit is compared
-/// with the rounded travel.
+/// an exact multiple of the direction vector, are written for Ahead alone. The limit, which is
+/// there to save work, is compared with the rounded travel.
 PairOutcome JudgePair(const TravelDirection& direction, const Triangle& moving,
                       const Triangle& fixed, double limit, Contact& first, ExactRatio& travel);
 

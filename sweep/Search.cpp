@@ -30,8 +30,8 @@ public:
   explicit RangeScale(double largest) { std::frexp(largest, &m_exponent); }
 
   Coord3 Down(const Coord3& p) const { return {Down(p.x), Down(p.y), Down(p.z)}; }
-  double Down(double c) const { return Snapped(DownLength(c)); }
-  double DownLength(double length) const { return std::ldexp(length, -m_exponent); }
+  double Down(double c) const { return Snapped(std::ldexp(c, -m_exponent)); }
+  ScaledLength DownLength(double length) const { return {length, -m_exponent}; }
 
   double Up(double c) const {
     const double result = std::ldexp(c, m_exponent);
@@ -217,10 +217,10 @@ class ContactSearch {
 public:
   ContactSearch(const TravelDirection& direction, const ShadowFrame& frame, const Body& moving,
                 const Body& fixed, const ShadowTree& movingTree, const ShadowTree& fixedTree,
-                double limit)
+                const ScaledLength& maxDistance)
       : m_direction(direction), m_crossError(frame.CrossError()), m_error(frame.Error()),
         m_moving(moving), m_fixed(fixed), m_movingTree(movingTree), m_fixedTree(fixedTree),
-        m_limit(limit) {}
+        m_maxDistance(maxDistance), m_limit(JustBeyond(maxDistance)) {}
 
   void Run(unsigned threads, const std::function<void(double)>& progress);
 
@@ -237,6 +237,7 @@ private:
   void JudgeLeaves(const NodePair& pair, Found& first);
   void Judge(const ShadowTriangle& a, const ShadowTriangle& b, Found& first);
   void LowerLimit(double travel);
+  static double JustBeyond(const ScaledLength& length);
 
   const TravelDirection& m_direction;
   double m_crossError, m_error;
@@ -246,7 +247,8 @@ private:
   const ShadowTree& m_fixedTree;
   std::vector<NodePair> m_tasks;
   std::atomic<std::size_t> m_nextTask{0};
-  std::atomic<double> m_limit;
+  const ScaledLength m_maxDistance; ///< decides
+  std::atomic<double> m_limit;      ///< nothing with a rounded travel beyond it matters any more
   std::atomic<bool> m_touching{false};
   std::atomic<bool> m_stop{false};
   std::mutex m_firstMutex;
@@ -376,6 +378,7 @@ void ContactSearch::Judge(const ShadowTriangle& a, const ShadowTriangle& b, Foun
     m_stop = true;
     return;
   case PairOutcome::Ahead:
+    if (CompareLength(found.travel, m_direction.Vector(), m_maxDistance) > 0) return;
     found.moving = a.index;
     found.fixed = b.index;
     found.any = true;
@@ -384,6 +387,12 @@ void ContactSearch::Judge(const ShadowTriangle& a, const ShadowTriangle& b, Foun
     LowerLimit(std::nextafter(found.contact.travel, infinity));
     return;
   }
+}
+
+/// A double that no rounded travel exceeds whose exact travel is at most `length`. A travel is
+/// rounded within 2^-52 of it, or within a few units of 2^-1074 where it is subnormal.
+double ContactSearch::JustBeyond(const ScaledLength& length) {
+  return std::ldexp(length.value, length.exponent) * (1.0 + 0x1p-50) + 0x1p-1060;
 }
 
 void ContactSearch::LowerLimit(double travel) {

@@ -23,7 +23,7 @@ struct SweepQuestion {
   /// fixed one whose normal points along it. Edge-on and degenerate triangles point neither way
   /// and stay.
   bool oneSided = false;
-  /// A contact at exactly this travel counts.
+  /// Not negative. A contact at exactly this travel counts.
   double maxDistance = std::numeric_limits<double>::infinity();
   unsigned threads = 1;
   /// Called on the calling thread with the part done, from 0 to 1, now and then.
@@ -55,7 +55,9 @@ struct SweepAnswer {
 /// Units      travel and points in those of the meshes.
 /// Decision   exact: whether there is a contact, whether there is one at the start, and which comes
 ///            first. Coordinates below 2^-288 of the largest, and such components of the direction,
-///            are rounded to 2^-339 of it. maxDistance is compared with the rounded travel.
+///            are rounded to 2^-339 of it. maxDistance is compared with the exact travel, of which
+///            the answer has the rounded one: that may be maxDistance where the exact one is
+///            beyond.
 /// Ties       of exactly equal travels: the first moving triangle, then the first fixed one, then
 ///            the first kind; of pairs that touch at the start, the first in that order. The answer
 ///            is the same bits for any number of threads.
