@@ -145,7 +145,10 @@ ExitStatus Run(const SweepOptions& options) {
   SweepReport report;
   report.movingFile = options.movingFile;
   report.fixedFile = options.fixedFile;
-  report.maxDistance = question.maxDistance;
+  report.offset = options.offset;
+  report.maxDistance = options.maxDistance;
+  report.oneSided = options.oneSided;
+  report.toolVersion = GSL_VERSION;
   report.answer = Sweep(moving, fixed, question);
   progress.Clear();
 

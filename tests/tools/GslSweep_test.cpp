@@ -43,6 +43,27 @@ TEST(GslSweep, WritesOneJsonDocumentToStdout) {
   EXPECT_EQ(answer["fixed"]["triangles"], 252);
   EXPECT_EQ(answer["fixed"]["point"][2], 0.0);
   EXPECT_EQ(answer["warnings"], json::array());
+  EXPECT_EQ(answer["schema_version"], 2);
+  EXPECT_EQ(answer["tool_version"], GSL_VERSION);
+  EXPECT_EQ(answer["normal"], json::parse("[0.0, 0.0, 1.0]"));
+}
+
+TEST(GslSweep, JsonRepeatsTheQuestionAndNotTheThreads) {
+  const json answer = json::parse(Sweep(parts + "-d -z --offset 0,0,5 --max-distance 12.5 "
+                                                "--one-sided --threads 2 --json -")
+                                      .out);
+  EXPECT_EQ(answer["question"],
+            json::parse(R"({"offset": [0.0, 0.0, 5.0], "max_distance": 12.5, "one_sided": true})"));
+  EXPECT_EQ(answer["status"], "none");
+  EXPECT_TRUE(answer["normal"].is_null());
+  // Of each part, what faces away.
+  EXPECT_GT(answer["moving"]["left_out"], 0);
+  EXPECT_GT(answer["fixed"]["left_out"], 0);
+  const json free = json::parse(Sweep(parts + "-d -z --json -").out);
+  EXPECT_EQ(
+      free["question"],
+      json::parse(R"({"offset": [0.0, 0.0, 0.0], "max_distance": null, "one_sided": false})"));
+  EXPECT_EQ(free["moving"]["left_out"], 0);
 }
 
 TEST(GslSweep, DocumentsShowWhatIsPrinted) {

@@ -1,6 +1,7 @@
 #ifndef GSL_TESTS_TOOL_RUN_H
 #define GSL_TESTS_TOOL_RUN_H
 
+#include "JsonDocuments.h"
 #include "MeshWrite.h"
 #include "TemporaryFolder.h"
 
@@ -27,7 +28,7 @@ public:
   }
 };
 
-/// Runs a shell command in which $SWEEP is the program.
+/// Runs a shell command in which $SWEEP is the program. A JSON document on its stdout is validated.
 inline Outcome Shell(const std::string& command) {
   const Folder folder;
   const std::string line = "SWEEP='" GSL_SWEEP_PROGRAM "'; { " + command + "; } >'" +
@@ -37,6 +38,7 @@ inline Outcome Shell(const std::string& command) {
   outcome.status = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
   outcome.out = BytesOf(folder.Path("out"));
   outcome.err = BytesOf(folder.Path("err"));
+  if (outcome.out.substr(0, 1) == "{") json_documents::Keep(outcome.out);
   return outcome;
 }
 
