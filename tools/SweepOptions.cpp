@@ -46,8 +46,8 @@ const char* const footer = "Exit status:\n"
                            "  4   another failure\n"
                            "\n"
                            "Examples:\n"
-                           "  gsl-sweep bolt.stl bracket.stl --direction -z\n"
-                           "  gsl-sweep bolt.stl bracket.stl -d 0,0,-1 --json -";
+                           "  $ gsl-sweep bolt.stl bracket.stl --direction -z\n"
+                           "  $ gsl-sweep bolt.stl bracket.stl -d 0,0,-1 --json -";
 
 const char* const directionForms = "be X,Y,Z or an axis such as z or -z";
 

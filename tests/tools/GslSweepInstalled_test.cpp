@@ -52,6 +52,15 @@ TEST_F(GslSweepInstalled, IsFoundThroughALink) {
   EXPECT_EQ(run.status, 0) << run.err;
 }
 
+TEST_F(GslSweepInstalled, ManPageAndCompletionAreWhereTheyAreLookedFor) {
+  const std::string source = GSL_EXAMPLE_MESHES "/../../tools/gsl-sweep";
+  EXPECT_NE(BytesOf(source + ".1"), "");
+  EXPECT_EQ(BytesOf(m_prefix + "/share/man/man1/gsl-sweep.1"), BytesOf(source + ".1"));
+  EXPECT_NE(BytesOf(source + ".bash"), "");
+  EXPECT_EQ(BytesOf(m_prefix + "/share/bash-completion/completions/gsl-sweep"),
+            BytesOf(source + ".bash"));
+}
+
 TEST_F(GslSweepInstalled, WithoutTheImportProgramOnlyItsFormatsAreLost) {
   const std::string program = m_prefix + "/libexec/gsl_geometry/gsl-mesh-import";
   ASSERT_TRUE(std::filesystem::remove(program));

@@ -6,6 +6,7 @@
 
 #include <cmath>
 #include <limits>
+#include <set>
 
 #include <pty.h>
 #include <unistd.h>
@@ -178,12 +179,22 @@ TEST(GslSweep, WrongUsageExitsWithTwoAndOneLine) {
 TEST(GslSweep, HelpAndVersionExitWithZero) {
   EXPECT_EQ(Sweep("--version").out, "gsl-sweep " GSL_VERSION "\n");
   EXPECT_EQ(Sweep("--version").status, 0);
-  const Outcome help = Sweep("--help");
-  EXPECT_EQ(help.status, 0);
-  for (const char* option : {"--direction", "--offset", "--one-sided", "--max-distance", "--json",
-                             "--output", "--threads", "--progress", "--quiet", "--force"}) {
-    EXPECT_NE(help.out.find(option), std::string::npos) << option;
+  EXPECT_EQ(Sweep("--help").status, 0);
+  EXPECT_EQ(Sweep("-h").out, Sweep("--help").out);
+}
+
+TEST(GslSweep, DocumentsNameEveryOptionOfTheHelp) {
+  const std::string help = Sweep("--help").out;
+  const std::string guide = BytesOf(GSL_EXAMPLE_MESHES "/../../docs/gsl-sweep.md");
+  std::set<std::string> names;
+  for (std::size_t at = help.find(" --"); at != help.npos; at = help.find(" --", at + 1)) {
+    const std::size_t begin = at + 1;
+    names.insert(
+        help.substr(begin, help.find_first_not_of("abcdefghijklmnopqrstuvwxyz-", begin) - begin));
   }
+  EXPECT_EQ(names.size(), 13u);
+  for (const std::string& name : names)
+    EXPECT_NE(guide.find("`" + name), std::string::npos) << name;
 }
 
 TEST(GslSweep, SameBytesForAnyNumberOfThreads) {
