@@ -190,8 +190,8 @@ int CompareRatios(const ExactRatio& a, const ExactRatio& b) {
 }
 
 int CompareLength(const ExactRatio& ratio, const Coord3& vector, const ScaledLength& length) {
+  if (!(length.value > 0.0)) return 1;
   if (std::isinf(length.value)) return -1;
-  if (length.value == 0.0) return 1;
   const int rounded = CompareRoundedLength(ratio, vector, length);
   if (rounded != 0) return rounded;
   // Both sides are positive, so their squares compare as they do: with the ratio n / d,

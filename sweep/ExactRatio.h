@@ -24,7 +24,7 @@ int CompareRatios(const ExactRatio& a, const ExactRatio& b);
 
 /// value * 2^exponent, which may leave the range of double.
 struct ScaledLength {
-  double value; ///< not negative, not NaN; infinity is beyond every length
+  double value; ///< infinity is beyond every length; a negative number and NaN are below
   int exponent;
 };
 

@@ -388,6 +388,8 @@ bool NormalAgainst(const TravelDirection& direction, const Arrow& u, const Arrow
                    Coord3& normal) {
   const int along = DeterminantSign(FromOrigin(direction.Vector()), u, v);
   if (along == 0) return false;
+  // The components, the length and their quotients are each known within 2^-98 of them, so that
+  // what counts is the one rounding of a quotient to double.
   const ExactCross cross = ExactCrossProduct(u, v);
   const DoubleDouble component[3] = {cross.x.Rounded(), cross.y.Rounded(), cross.z.Rounded()};
   double largest = 0.0;
@@ -403,7 +405,7 @@ bool NormalAgainst(const TravelDirection& direction, const Arrow& u, const Arrow
     squared = Plus(squared, Times(scaled, scaled));
   }
   const DoubleDouble length = Root(squared);
-  // Divided before it is scaled, so that a small component is rounded no more than once more.
+  // Divided before it is scaled, so that only a subnormal component is rounded twice.
   const auto unit = [&](const DoubleDouble& c) {
     const double quotient = c.hi == 0.0 ? 0.0 : std::ldexp(Over(c, length).hi, -exponent);
     return (along > 0 ? -quotient : quotient) + 0.0;

@@ -99,10 +99,9 @@ Contact ContactAtStart(const ContactInterval& interval);
 ///
 /// Plane      VertexFace: of the fixed face. FaceVertex: of the moving face. EdgeEdge: along both
 ///            edges. The other kinds define none.
-/// Accuracy   each component is that of the exact vector within one unit in its last place,
-/// whatever
-///            the size of the triangles. Where the plane is all but along the direction, the
-///            product of the rounded numbers may be zero.
+/// Accuracy   each component is that of the exact vector within one unit in its last place, for
+///            triangles of any size. Where the plane is all but along the direction, rounding may
+///            make the product of the numbers zero or positive.
 /// False, and nothing written, for a kind without a plane, or when the exact product is zero.
 bool ContactNormal(const TravelDirection& direction, const Triangle& moving, const Triangle& fixed,
                    const Contact& contact, Coord3& normal);

@@ -87,10 +87,6 @@ std::string FirstLine(const SweepReport& report) {
          ".\n";
 }
 
-bool IsFinite(const Coord3& p) {
-  return std::isfinite(p.x) && std::isfinite(p.y) && std::isfinite(p.z);
-}
-
 /// Diagonal of the box around all finite triangles.
 double SizeOf(const Mesh& mesh) {
   constexpr double infinity = std::numeric_limits<double>::infinity();
@@ -177,16 +173,19 @@ std::string SkippedWarning(const std::string& file, const SweptBody& body) {
          std::to_string(body.triangles) + " triangles, which have a NaN or infinite corner";
 }
 
-Mesh MovedMesh(Mesh mesh, const SweepAnswer& answer) {
-  const Coord3 step = gsl_arithmetic::Multiply(answer.direction, answer.travel);
+void Translate(Mesh& mesh, const Coord3& step, const std::string& cause) {
   for (Coord3& corner : mesh.corners) {
     const Coord3 moved = gsl_arithmetic::Add(corner, step);
     if (IsFinite(corner) && !IsFinite(moved)) {
-      throw std::overflow_error("the travel moves a corner of " + OneLine(mesh.file) +
+      throw std::overflow_error(cause + " moves a corner of " + OneLine(mesh.file) +
                                 " beyond the range of double");
     }
     corner = moved;
   }
+}
+
+Mesh MovedMesh(Mesh mesh, const SweepAnswer& answer) {
+  Translate(mesh, gsl_arithmetic::Multiply(answer.direction, answer.travel), "the travel");
   return mesh;
 }
 

@@ -37,8 +37,11 @@ std::string SizeWarning(const Mesh& moving, const Mesh& fixed);
 /// One line when the answer skipped triangles of a mesh; else empty.
 std::string SkippedWarning(const std::string& file, const SweptBody& body);
 
-/// The body after its travel. std::overflow_error when that moves a finite corner beyond the range
-/// of double.
+/// Adds `step` to every corner. std::overflow_error when that moves a finite corner beyond the
+/// range of double; what() begins with `cause`.
+void Translate(Mesh& mesh, const Coord3& step, const std::string& cause);
+
+/// The body after its travel. std::overflow_error as for Translate.
 Mesh MovedMesh(Mesh mesh, const SweepAnswer& answer);
 
 } // namespace gsl_sweep

@@ -16,10 +16,6 @@ namespace {
 
 constexpr double infinity = std::numeric_limits<double>::infinity();
 
-bool IsFinite(const Coord3& p) {
-  return std::isfinite(p.x) && std::isfinite(p.y) && std::isfinite(p.z);
-}
-
 double Largest(const Coord3& p) {
   return std::max({std::fabs(p.x), std::fabs(p.y), std::fabs(p.z)});
 }
@@ -551,6 +547,9 @@ TravelDirection DirectionOf(const SweepQuestion& question) {
 } // namespace
 
 SweepAnswer Sweep(const Mesh& moving, const Mesh& fixed, const SweepQuestion& question) {
+  if (!(question.maxDistance >= 0.0)) {
+    throw std::invalid_argument("the greatest distance must be at least 0");
+  }
   SweepAnswer answer;
   const TravelDirection direction = DirectionOf(question);
   answer.direction = direction.Unit();

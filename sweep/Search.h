@@ -23,7 +23,7 @@ struct SweepQuestion {
   /// fixed one whose normal points along it. Edge-on and degenerate triangles point neither way
   /// and stay.
   bool oneSided = false;
-  /// Not negative. A contact at exactly this travel counts.
+  /// At least 0. A contact at exactly this travel counts.
   double maxDistance = std::numeric_limits<double>::infinity();
   unsigned threads = 1;
   /// Called on the calling thread with the part done, from 0 to 1, now and then.
@@ -62,9 +62,10 @@ struct SweepAnswer {
 ///            the first kind; of pairs that touch at the start, the first in that order. The answer
 ///            is the same bits for any number of threads.
 /// Untouched  without a contact, triangle, point and normal.
-/// Errors     std::invalid_argument for a direction that is zero or not finite; std::length_error
-///            for more than 2^32 - 1 triangles; std::overflow_error for a travel beyond the range
-///            of double.
+/// Errors     std::invalid_argument for a direction that is zero or not finite and for a negative
+/// or
+///            NaN maxDistance; std::length_error for more than 2^32 - 1 triangles;
+///            std::overflow_error for a travel beyond the range of double.
 SweepAnswer Sweep(const Mesh& moving, const Mesh& fixed, const SweepQuestion& question);
 
 } // namespace gsl_sweep

@@ -26,13 +26,10 @@ std::string_view TakeWord(std::string_view& text) {
   return word;
 }
 
-/// Removes a comma with spaces around it, or spaces; false when there is neither.
-bool TakeSeparator(std::string_view& text) {
-  const std::size_t spaces = std::min(text.find_first_not_of(" \t"), text.size());
-  text.remove_prefix(spaces);
-  const bool comma = !text.empty() && text.front() == ',';
-  if (comma) text.remove_prefix(1);
-  return comma || spaces > 0;
+/// Removes the spaces after a word, and a comma.
+void SkipSeparator(std::string_view& text) {
+  text.remove_prefix(std::min(text.find_first_not_of(" \t"), text.size()));
+  if (!text.empty() && text.front() == ',') text.remove_prefix(1);
 }
 
 /// x, y or z with or without a sign.
@@ -61,7 +58,7 @@ std::optional<double> ParseNumber(std::string_view text) {
 std::optional<Coord3> ParseVector(std::string_view text) {
   double c[3];
   for (int k = 0; k < 3; ++k) {
-    if (k > 0 && !TakeSeparator(text)) return std::nullopt;
+    if (k > 0) SkipSeparator(text);
     const auto number = ParseNumber(TakeWord(text));
     if (!number) return std::nullopt;
     c[k] = *number;

@@ -199,13 +199,18 @@ std::optional<std::string> ValueOf(const CLI::App& app, const std::string& name)
   if (values.size() > 1) {
     Fail(name + " is given " + std::to_string(values.size()) + " times; expected once");
   }
-  // -d=-z is taken for the option -d with the value =-z.
+  // The parser takes -d=-z for the option -d with the value =-z.
   const bool isAssigned = name == "--direction" && values[0].substr(0, 1) == "=";
   return isAssigned ? values[0].substr(1) : values[0];
 }
 
-/// A file name; one that begins with a dash is most often an option whose value is missing.
-std::string FileOf(const std::string& name, const std::string& value, const char* expected) {
+std::string MeshFileOf(const std::string& name, const std::string& value) {
+  if (value.empty()) FailValue(name, "be a file name", value);
+  return value;
+}
+
+/// A name that begins with a dash is most often an option, and the value before it is missing.
+std::string OutputNameOf(const std::string& name, const std::string& value, const char* expected) {
   if (value.empty()) FailValue(name, expected, value);
   if (value != "-" && value[0] == '-') {
     FailValue(name, expected, value + "; a file of that name is ./" + value);
@@ -226,13 +231,13 @@ Coord3 DirectionOf(const std::string& value) {
 
 Coord3 OffsetOf(const std::string& value) {
   const auto offset = ParseVector(value);
-  if (!offset) FailValue("--offset", "be X,Y,Z", value);
+  if (!offset) FailValue("--offset", "be three finite numbers X,Y,Z", value);
   return *offset;
 }
 
 double MaxDistanceOf(const std::string& value) {
   const auto limit = ParseNumber(value);
-  if (!limit) FailValue("--max-distance", "be a number", value);
+  if (!limit) FailValue("--max-distance", "be a finite number", value);
   if (*limit < 0.0) FailValue("--max-distance", "be at least 0", value);
   return *limit;
 }
@@ -241,7 +246,7 @@ std::string OutputFileOf(const std::string& value) {
   if (gsl_sweep::MeshFormatToWrite(value) == MeshFormat::Unknown) {
     FailValue("--output", "end in " + MeshFormatNames("."), value);
   }
-  return FileOf("--output", value, "be a file name");
+  return OutputNameOf("--output", value, "be a file name");
 }
 
 MeshFormat FormatOf(const std::string& value) {
@@ -275,20 +280,14 @@ void TakeValues(const CLI::App& app, SweepOptions& options) {
     options.maxDistance = MaxDistanceOf(*value);
   }
   if (const auto value = ValueOf(app, "--json")) {
-    options.jsonFile = FileOf("--json", *value, "be a file name or -");
+    options.jsonFile = OutputNameOf("--json", *value, "be a file name or -");
   }
   if (const auto value = ValueOf(app, "--output")) options.outputFile = OutputFileOf(*value);
   if (const auto value = ValueOf(app, "--format")) options.format = FormatOf(*value);
   if (const auto value = ValueOf(app, "--threads")) options.threads = ThreadsOf(*value);
   if (const auto value = ValueOf(app, "--progress")) options.progress = ProgressOf(*value);
-  if (const auto value = ValueOf(app, "MOVING")) {
-    if (value->empty()) FailValue("MOVING", "be a file name", *value);
-    options.movingFile = *value;
-  }
-  if (const auto value = ValueOf(app, "FIXED")) {
-    if (value->empty()) FailValue("FIXED", "be a file name", *value);
-    options.fixedFile = *value;
-  }
+  if (const auto value = ValueOf(app, "MOVING")) options.movingFile = MeshFileOf("MOVING", *value);
+  if (const auto value = ValueOf(app, "FIXED")) options.fixedFile = MeshFileOf("FIXED", *value);
 }
 
 void RefuseMissing(const CLI::App& app) {

@@ -8,7 +8,6 @@
 #include "SweepOptions.h"
 
 #include <cerrno>
-#include <cmath>
 #include <csignal>
 #include <cstdio>
 #include <cstring>
@@ -47,21 +46,6 @@ std::string NameOfMesh(const std::string& file) {
 Mesh ReadBody(const std::string& file, const SweepOptions& options) {
   if (file == "-") return ReadMeshFromStream(STDIN_FILENO, NameOfMesh(file), options.format);
   return ReadMesh(file);
-}
-
-bool IsFinite(const Coord3& p) {
-  return std::isfinite(p.x) && std::isfinite(p.y) && std::isfinite(p.z);
-}
-
-void MoveBy(const Coord3& offset, Mesh& mesh) {
-  for (Coord3& corner : mesh.corners) {
-    const Coord3 moved = gsl_arithmetic::Add(corner, offset);
-    if (IsFinite(corner) && !IsFinite(moved)) {
-      throw std::overflow_error("--offset moves a corner of " + OneLine(mesh.file) +
-                                " beyond the range of double");
-    }
-    corner = moved;
-  }
 }
 
 /// True also for two ways to write one path, through folders or links.
@@ -136,7 +120,7 @@ ExitStatus Run(const SweepOptions& options) {
   Progress progress(options.quiet ? ProgressStyle::Never : options.progress);
   progress.Begin("Reading " + OneLine(NameOfMesh(options.movingFile)));
   Mesh moving = ReadBody(options.movingFile, options);
-  MoveBy(options.offset, moving);
+  Translate(moving, options.offset, "--offset");
   progress.Begin("Reading " + OneLine(NameOfMesh(options.fixedFile)));
   const Mesh fixed = ReadBody(options.fixedFile, options);
 

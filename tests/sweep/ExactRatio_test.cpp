@@ -166,7 +166,10 @@ TEST(ExactRatio, LengthsBeyondTheRangeOfDoubleAreCompared) {
   EXPECT_EQ(CompareLength(one, alongX, {1e300, 1000}), -1);
   EXPECT_EQ(CompareLength(one, alongX, {std::numeric_limits<double>::infinity(), 0}), -1);
   EXPECT_EQ(CompareLength(one, alongX, {1e-300, -1000}), 1);
-  EXPECT_EQ(CompareLength(one, alongX, {0.0, 0}), 1);
+  for (const double below : {0.0, -0.0, -1.0, -std::numeric_limits<double>::infinity(),
+                             std::numeric_limits<double>::quiet_NaN()}) {
+    EXPECT_EQ(CompareLength(one, alongX, {below, 0}), 1);
+  }
   const ExactRatio tiny = Ratio(Of(0x1p-1020), Of(3.0));
   // 2^-1020 / 3 in the scale of 2^-500: its square is far below the least double.
   EXPECT_EQ(CompareLength(tiny, alongX, {0x1.5555555555555p-2, -1020}), 1);

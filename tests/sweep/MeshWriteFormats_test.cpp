@@ -87,6 +87,12 @@ TEST(MeshWriteFormats, CornersOfTheSameBitsShareAVertexInTheOrderOfFirstUse) {
   EXPECT_THAT(shared.ofCorner, ElementsAre(0, 1, 0, 2, 3, 1));
 }
 
+TEST(MeshWriteFormats, CornersOfTheSameNanShareAVertex) {
+  const double nan = std::numeric_limits<double>::quiet_NaN();
+  const Mesh mesh{"", {{nan, 0, 0}, {-nan, 0, 0}, {nan, 0, 0}}, {}};
+  EXPECT_THAT(VerticesOf(mesh).ofCorner, ElementsAre(0, 1, 0));
+}
+
 TEST(MeshWriteFormats, EveryCoordinateTellsCornersApart) {
   Mesh mesh;
   for (int k = 0; k < 20 * 20 * 20; ++k)

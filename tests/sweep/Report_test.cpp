@@ -251,4 +251,19 @@ TEST(Report, MovedMeshStaysInTheRangeOfDouble) {
   EXPECT_THROW(MovedMesh(mesh, answer), std::overflow_error);
 }
 
+TEST(Report, TranslateNamesWhatMovesTooFar) {
+  Mesh mesh = NamedCube("one.stl", 1.0);
+  Translate(mesh, {1.5, -2.0, 0.25}, "--offset");
+  EXPECT_EQ(mesh.corners[0].x, 1.5);
+  EXPECT_EQ(mesh.corners[0].y, -2.0);
+  EXPECT_EQ(mesh.corners[0].z, 0.25);
+  Translate(mesh, {1e308, 0.0, 0.0}, "--offset");
+  try {
+    Translate(mesh, {1e308, 0.0, 0.0}, "--offset");
+    ADD_FAILURE() << "not refused";
+  } catch (const std::overflow_error& e) {
+    EXPECT_STREQ(e.what(), "--offset moves a corner of one.stl beyond the range of double");
+  }
+}
+
 } // namespace

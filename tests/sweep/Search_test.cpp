@@ -227,6 +227,10 @@ TEST(Search, GreatestDistanceIsClosed) {
   EXPECT_EQ(Ask(moving, fixed, down, std::nextafter(2.0, 0.0)).status, SweepStatus::None);
   EXPECT_EQ(Ask(moving, fixed, down, 0.0).status, SweepStatus::None);
   EXPECT_EQ(Ask(fixed, fixed, down, 0.0).status, SweepStatus::Start);
+  EXPECT_EQ(Ask(fixed, fixed, down, -0.0).status, SweepStatus::Start);
+  for (const double noDistance : {-1.0, -infinity, nan}) {
+    EXPECT_THROW(Ask(moving, fixed, down, noDistance), std::invalid_argument);
+  }
 }
 
 TEST(Search, DirectionNeedNotBeUnit) {

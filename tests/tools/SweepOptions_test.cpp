@@ -109,12 +109,14 @@ TEST(SweepOptions, EmptyValuesAreRefused) {
   EXPECT_EQ(ParseMore({"--json", ""}).error, "--json must be a file name or -" + empty);
   EXPECT_EQ(ParseMore({"--output", ""}).error,
             "--output must end in .stl, .ply, .obj or .off" + empty);
-  EXPECT_EQ(ParseMore({"--offset", ""}).error, "--offset must be X,Y,Z" + empty);
+  EXPECT_EQ(ParseMore({"--offset", ""}).error,
+            "--offset must be three finite numbers X,Y,Z" + empty);
   EXPECT_EQ(Parse({"a", "b", "-d", ""}).error,
             "--direction must be X,Y,Z or an axis such as z or -z" + empty);
   EXPECT_EQ(Parse({"a", "b", "-d="}).error,
             "--direction must be X,Y,Z or an axis such as z or -z" + empty);
-  EXPECT_EQ(ParseMore({"--max-distance", ""}).error, "--max-distance must be a number" + empty);
+  EXPECT_EQ(ParseMore({"--max-distance", ""}).error,
+            "--max-distance must be a finite number" + empty);
   EXPECT_EQ(ParseMore({"--threads", ""}).error,
             "--threads must be a whole number from 1 to 1024" + empty);
   EXPECT_EQ(ParseMore({"--progress", ""}).error, "--progress must be auto, plain or never" + empty);
@@ -180,11 +182,13 @@ TEST(SweepOptions, ValuesThatMakeNoSenseAreNamedWithWhatWasExpected) {
             "--max-distance must be at least 0 (got -3)");
   EXPECT_EQ(ParseMore({"--max-distance=-3"}).error, "--max-distance must be at least 0 (got -3)");
   EXPECT_EQ(ParseMore({"--max-distance", "far"}).error,
-            "--max-distance must be a number (got far)");
+            "--max-distance must be a finite number (got far)");
   EXPECT_EQ(ParseMore({"--max-distance", "nan"}).error,
-            "--max-distance must be a number (got nan)");
-  EXPECT_EQ(ParseMore({"--offset", "1,2"}).error, "--offset must be X,Y,Z (got 1,2)");
-  EXPECT_EQ(ParseMore({"--offset", "inf,0,0"}).error, "--offset must be X,Y,Z (got inf,0,0)");
+            "--max-distance must be a finite number (got nan)");
+  EXPECT_EQ(ParseMore({"--offset", "1,2"}).error,
+            "--offset must be three finite numbers X,Y,Z (got 1,2)");
+  EXPECT_EQ(ParseMore({"--offset", "inf,0,0"}).error,
+            "--offset must be three finite numbers X,Y,Z (got inf,0,0)");
   for (const char* threads : {"0", "-3", "1025", "x", "1.5", "4294967297"}) {
     EXPECT_EQ(ParseMore({"--threads", threads}).error,
               std::string("--threads must be a whole number from 1 to 1024 (got ") + threads + ")");
