@@ -1,5 +1,6 @@
 #include "MeshImport.h"
 
+#include "FileDescriptor.h"
 #include "MeshImportProtocol.h"
 #include "MeshReadFormats.h"
 
@@ -105,20 +106,10 @@ private:
   bool m_outOfTime = false;
 };
 
-/// Two ends above the descriptors that the program gets, which would be closed otherwise when the
-/// caller has closed its own standard streams.
-bool OpenPipe(int (&ends)[2]) {
-  int low[2];
-  if (pipe2(low, O_CLOEXEC) != 0) return false;
-  for (int k = 0; k < 2; ++k) {
-    ends[k] = fcntl(low[k], F_DUPFD_CLOEXEC, protocol::answerDescriptor + 1);
-    close(low[k]);
-  }
-  if (ends[0] >= 0 && ends[1] >= 0) return true;
-  for (const int end : ends) {
-    if (end >= 0) close(end);
-  }
-  return false;
+/// A copy of a descriptor that none of those of the new process can fall on: it would be closed
+/// there when the caller has closed its own standard streams.
+FileDescriptor MovedUp(const FileDescriptor& low) {
+  return FileDescriptor(fcntl(low.Get(), F_DUPFD_CLOEXEC, protocol::answerDescriptor + 1));
 }
 
 /// What is done in the new process before the program starts.
@@ -130,8 +121,10 @@ public:
     for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
       posix_spawn_file_actions_addopen(&m_actions, stream, "/dev/null", O_RDWR, 0);
     posix_spawn_file_actions_adddup2(&m_actions, answer, protocol::answerDescriptor);
-#if defined(__GLIBC_PREREQ) && __GLIBC_PREREQ(2, 34)
+#ifdef __GLIBC_PREREQ
+#if __GLIBC_PREREQ(2, 34)
     posix_spawn_file_actions_addclosefrom_np(&m_actions, protocol::answerDescriptor + 1);
+#endif
 #endif
     // What the caller's thread has blocked would stay so.
     sigset_t signals;
@@ -171,17 +164,18 @@ private:
 ImportProcess StartImport(const MeshSource& source, const std::string& program,
                           const ImportLimits& limits) {
   int ends[2] = {-1, -1};
-  if (!OpenPipe(ends)) FailStart(source, program, errno);
+  if (pipe2(ends, O_CLOEXEC) != 0) FailStart(source, program, errno);
+  const FileDescriptor lowFrom(ends[0]);
+  const FileDescriptor lowTo(ends[1]);
+  FileDescriptor from = MovedUp(lowFrom);
+  const FileDescriptor to = MovedUp(lowTo);
+  if (from.Get() < 0 || to.Get() < 0) FailStart(source, program, errno);
   pid_t process = 0;
-  const int error =
-      SpawnPlan(ends[1]).Start(process, {program, protocol::greeting, std::to_string(limits.memory),
-                                         std::to_string(getpid()), source.file});
-  close(ends[1]);
-  if (error != 0) {
-    close(ends[0]);
-    FailStart(source, program, error);
-  }
-  return {ends[0], process, limits.time};
+  const int error = SpawnPlan(to.Get()).Start(process, {program, protocol::greeting,
+                                                        std::to_string(limits.memory),
+                                                        std::to_string(getpid()), source.file});
+  if (error != 0) FailStart(source, program, error);
+  return {from.Release(), process, limits.time};
 }
 
 bool ReadGreeting(ImportProcess& process) {

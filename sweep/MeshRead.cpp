@@ -1,5 +1,6 @@
 #include "MeshRead.h"
 
+#include "FileDescriptor.h"
 #include "MeshForeign.h"
 #include "MeshImport.h"
 #include "MeshReadFormats.h"
@@ -17,20 +18,6 @@
 namespace gsl_sweep {
 
 namespace {
-
-class FileDescriptor {
-public:
-  explicit FileDescriptor(int value) : m_value(value) {}
-  FileDescriptor(const FileDescriptor&) = delete;
-  FileDescriptor& operator=(const FileDescriptor&) = delete;
-  ~FileDescriptor() {
-    if (m_value >= 0) close(m_value);
-  }
-  int Get() const { return m_value; }
-
-private:
-  int m_value;
-};
 
 [[noreturn]] void FailFile(const std::string& path, const std::string& message) {
   FailRead({{}, path}, message);

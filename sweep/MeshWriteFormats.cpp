@@ -16,10 +16,8 @@ constexpr std::size_t blockSize = 1 << 16;
 constexpr std::uint32_t none = std::numeric_limits<std::uint32_t>::max();
 constexpr std::size_t mostVertices = std::numeric_limits<std::int32_t>::max();
 
-template <class Bits>
-Bits BitsOf(double value) {
-  Bits bits = 0;
-  static_assert(sizeof bits == sizeof value, "a copy of every bit");
+std::uint64_t BitsOf(double value) {
+  std::uint64_t bits = 0;
   std::memcpy(&bits, &value, sizeof bits);
   return bits;
 }
@@ -27,14 +25,14 @@ Bits BitsOf(double value) {
 std::size_t HashOf(const Coord3& c) {
   std::uint64_t hash = 0;
   for (const double value : {c.x, c.y, c.z}) {
-    hash = (hash ^ BitsOf<std::uint64_t>(value)) * 0x9e3779b97f4a7c15U;
+    hash = (hash ^ BitsOf(value)) * 0x9e3779b97f4a7c15U;
     hash ^= hash >> 32;
   }
   return static_cast<std::size_t>(hash);
 }
 
 bool SameBits(const Coord3& a, const Coord3& b) {
-  return std::memcmp(&a, &b, sizeof a) == 0;
+  return BitsOf(a.x) == BitsOf(b.x) && BitsOf(a.y) == BitsOf(b.y) && BitsOf(a.z) == BitsOf(b.z);
 }
 
 std::size_t TableSize(std::size_t corners) {
@@ -75,7 +73,7 @@ void MeshOutput::Float(double value) {
 }
 
 void MeshOutput::Double(double value) {
-  const auto bits = BitsOf<std::uint64_t>(value);
+  const std::uint64_t bits = BitsOf(value);
   Bits32(static_cast<std::uint32_t>(bits));
   Bits32(static_cast<std::uint32_t>(bits >> 32));
 }

@@ -38,7 +38,7 @@ Json JsonOf(const SweptBody& body, const std::string& file, bool touches) {
   json["file"] = file;
   json["triangles"] = body.triangles;
   json["skipped"] = body.skipped;
-  json["left_out"] = body.turnedAway;
+  json["left_out"] = body.leftOut;
   json["triangle"] = touches ? Json(body.triangle) : Json();
   json["point"] = touches ? JsonOf(body.point) : Json();
   return json;

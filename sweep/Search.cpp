@@ -49,7 +49,7 @@ struct Body {
   std::vector<Coord3> corners; ///< scaled; of skipped triangles as they were
   std::vector<signed char> facing;
   std::vector<std::uint32_t> used; ///< triangles that take part
-  std::size_t skipped = 0, turnedAway = 0;
+  std::size_t skipped = 0, leftOut = 0;
 
   Triangle TriangleAt(std::uint32_t k) const {
     const Coord3* c = corners.data() + 3 * static_cast<std::size_t>(k);
@@ -94,7 +94,7 @@ Body PrepareBody(const Mesh& mesh, const TravelDirection& direction, const Range
     const int facing = MakeTriangle(direction, corner[0], corner[1], corner[2]).facing;
     body.facing[k] = static_cast<signed char>(facing);
     if (refused != 0 && facing == refused) {
-      ++body.turnedAway;
+      ++body.leftOut;
       continue;
     }
     body.used.push_back(static_cast<std::uint32_t>(k));
@@ -513,7 +513,7 @@ void PlantTrees(unsigned threads, const Body& moving, const Body& fixed, const S
 void Describe(SweptBody& described, const Mesh& mesh, const Body& body) {
   described.triangles = mesh.TriangleCount();
   described.skipped = body.skipped;
-  described.turnedAway = body.turnedAway;
+  described.leftOut = body.leftOut;
 }
 
 /// What a contact is described with.

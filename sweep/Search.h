@@ -33,7 +33,7 @@ struct SweepQuestion {
 struct SweptBody {
   std::size_t triangles = 0;   ///< of the mesh
   std::size_t skipped = 0;     ///< with a NaN or infinite corner
-  std::size_t turnedAway = 0;  ///< left out by oneSided
+  std::size_t leftOut = 0;     ///< by oneSided
   std::size_t triangle = 0;    ///< that touches
   Coord3 point{0.0, 0.0, 0.0}; ///< on that triangle, before the move
 };

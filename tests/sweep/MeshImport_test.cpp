@@ -23,7 +23,7 @@ using gsl_sweep::ImportLimitsFor;
 using gsl_sweep::ImportMesh;
 using gsl_sweep::MeshImportProgram;
 using testing::ElementsAre;
-using testing::HasSubstr;
+using testing::EndsWith;
 using testing::StartsWith;
 
 namespace {
@@ -260,6 +260,6 @@ TEST(MeshImport, ProgramIsLookedForBesideTheRunningOneAndInItsPrefix) {
   const auto folder = std::filesystem::read_symlink("/proc/self/exe").parent_path();
   const auto beside = folder / "gsl-mesh-import";
   ASSERT_FALSE(std::filesystem::exists(beside));
-  EXPECT_EQ(MeshImportProgram(),
-            (folder.parent_path() / "libexec/gsl_geometry/gsl-mesh-import").string());
+  EXPECT_THAT(MeshImportProgram(), StartsWith(folder.parent_path().string() + "/"));
+  EXPECT_THAT(MeshImportProgram(), EndsWith("/gsl_geometry/gsl-mesh-import"));
 }

@@ -261,8 +261,8 @@ TEST(Search, OneSidedDropsWhatTurnsAway) {
   const Mesh inside = Box({-1.0, -1.0, -1.0}, {1.0, 1.0, 1.0});
   const SweepAnswer answer = AskOneSided(inside, fixed, down);
   EXPECT_EQ(answer.status, SweepStatus::None);
-  EXPECT_EQ(answer.moving.turnedAway, 2u);
-  EXPECT_EQ(answer.fixed.turnedAway, 2u);
+  EXPECT_EQ(answer.moving.leftOut, 2u);
+  EXPECT_EQ(answer.fixed.leftOut, 2u);
   EXPECT_EQ(Ask(inside, fixed, down).status, SweepStatus::Contact);
   const SweepAnswer above = AskOneSided(Moved(inside, {0.0, 0.0, 20.0}), fixed, down);
   EXPECT_EQ(above.status, SweepStatus::Contact);
@@ -277,7 +277,7 @@ TEST(Search, OneSidedKeepsEdgeOnAndDegenerateTriangles) {
   const SweepAnswer answer = AskOneSided(moving, wall, down);
   EXPECT_EQ(answer.status, SweepStatus::Contact);
   EXPECT_EQ(answer.travel, 2.0);
-  EXPECT_EQ(answer.moving.turnedAway + answer.fixed.turnedAway, 0u);
+  EXPECT_EQ(answer.moving.leftOut + answer.fixed.leftOut, 0u);
 }
 
 TEST(Search, NonFiniteTrianglesAreSkippedAndCounted) {

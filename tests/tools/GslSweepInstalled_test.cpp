@@ -25,7 +25,8 @@ protected:
 
   /// GSL_MESH_IMPORT must not help.
   Outcome Installed(const std::string& arguments) const {
-    return Shell("unset GSL_MESH_IMPORT; '" + m_prefix + "/bin/gsl-sweep' " + arguments);
+    return Shell("unset GSL_MESH_IMPORT; '" + m_prefix + "/" GSL_BIN_DIR "/gsl-sweep' " +
+                 arguments);
   }
 
   Folder m_folder;
@@ -46,7 +47,7 @@ TEST_F(GslSweepInstalled, ReadsEveryFormat) {
 
 TEST_F(GslSweepInstalled, IsFoundThroughALink) {
   const std::string link = m_folder.Path("link");
-  std::filesystem::create_symlink(m_prefix + "/bin/gsl-sweep", link);
+  std::filesystem::create_symlink(m_prefix + "/" GSL_BIN_DIR "/gsl-sweep", link);
   const std::string glb = m_folder.Write("part.glb", gsl_mesh_samples::Glb());
   const Outcome run = Shell("unset GSL_MESH_IMPORT; '" + link + "' " + glb + m_onFloor);
   EXPECT_EQ(run.status, 0) << run.err;
@@ -55,14 +56,14 @@ TEST_F(GslSweepInstalled, IsFoundThroughALink) {
 TEST_F(GslSweepInstalled, ManPageAndCompletionAreWhereTheyAreLookedFor) {
   const std::string source = GSL_EXAMPLE_MESHES "/../../tools/gsl-sweep";
   EXPECT_NE(BytesOf(source + ".1"), "");
-  EXPECT_EQ(BytesOf(m_prefix + "/share/man/man1/gsl-sweep.1"), BytesOf(source + ".1"));
+  EXPECT_EQ(BytesOf(m_prefix + "/" GSL_MAN_DIR "/man1/gsl-sweep.1"), BytesOf(source + ".1"));
   EXPECT_NE(BytesOf(source + ".bash"), "");
-  EXPECT_EQ(BytesOf(m_prefix + "/share/bash-completion/completions/gsl-sweep"),
+  EXPECT_EQ(BytesOf(m_prefix + "/" GSL_DATA_DIR "/bash-completion/completions/gsl-sweep"),
             BytesOf(source + ".bash"));
 }
 
 TEST_F(GslSweepInstalled, WithoutTheImportProgramOnlyItsFormatsAreLost) {
-  const std::string program = m_prefix + "/libexec/gsl_geometry/gsl-mesh-import";
+  const std::string program = m_prefix + "/" GSL_LIBEXEC_DIR "/gsl_geometry/gsl-mesh-import";
   ASSERT_TRUE(std::filesystem::remove(program));
   for (const gsl_mesh_samples::Sample& sample : gsl_mesh_samples::AllSamples()) {
     const std::string path = m_folder.Write(sample.name, sample.bytes);
