@@ -13,6 +13,7 @@
 #include <thread>
 
 #include <fcntl.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -154,6 +155,17 @@ TEST(MeshImport, ChatterStaysInTheProgram) {
   Import("chatter");
   EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
   EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+}
+
+TEST(MeshImport, ProgramLeavesNoCoreEvenWhereItsCallerWould) {
+  rlimit old{};
+  ASSERT_EQ(getrlimit(RLIMIT_CORE, &old), 0);
+  const rlimit some{old.rlim_max, old.rlim_max};
+  ASSERT_EQ(setrlimit(RLIMIT_CORE, &some), 0);
+  const Mesh mesh = Import("surroundings");
+  setrlimit(RLIMIT_CORE, &old);
+  ASSERT_EQ(mesh.warnings.size(), 6U);
+  EXPECT_EQ(mesh.warnings[5], "no core");
 }
 
 TEST(MeshImport, ProgramSeesNothingOfItsCaller) {

@@ -3,6 +3,7 @@
 #include "MeshSamples.h"
 
 #include <chrono>
+#include <csignal>
 #include <cstdlib>
 #include <filesystem>
 #include <thread>
@@ -176,6 +177,7 @@ class Stream {
 public:
   explicit Stream(std::string bytes) {
     EXPECT_EQ(pipe(m_ends), 0);
+    std::signal(SIGPIPE, SIG_IGN); // a reader may give up
     m_sender = std::thread([this, sent = std::move(bytes)] {
       for (std::size_t done = 0; done < sent.size();) {
         const ssize_t written = write(m_ends[1], sent.data() + done, sent.size() - done);
@@ -188,8 +190,8 @@ public:
   Stream(const Stream&) = delete;
   Stream& operator=(const Stream&) = delete;
   ~Stream() {
-    m_sender.join();
     close(m_ends[0]);
+    m_sender.join();
   }
 
   Mesh Read(MeshFormat format) {

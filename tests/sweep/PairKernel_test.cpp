@@ -383,6 +383,15 @@ TEST(PairKernel, SmallComponentOfANormalIsKept) {
   const Corners floor{{{-run, -run, -rise}, {run, -run, rise}, {0.0, run, 0.0}}};
   const Corners spike{{{1.0, 1.0, 3.0}, {1.0, 1.0, 5.0}, {1.0, 1.0, 6.0}}};
   ExpectPoint(FirstNormal(down, spike, floor), {-0x1p-400, 0.0, 1.0});
+  // The cross product of the edges is (15 2^-470, -5 2^65, 2^600) but for far lower bits: the first
+  // component of the normal is subnormal.
+  const double big = 0x1p300;
+  const TravelDirection direction(down);
+  const Triangle face =
+      MakeTriangle(direction, {0.0, 0.0, 0.0}, {big, 0x3p-235, 0.0}, {big, big, 0x5p-235});
+  Coord3 normal = noNormal;
+  ASSERT_TRUE(ContactNormal(direction, face, face, {1.0, ContactKind::VertexFace, {}, {}}, normal));
+  ExpectPoint(normal, {0xfp-1070, -0x5p-535, 1.0});
 }
 
 /// What meets first of level triangles that land on each other all at once.

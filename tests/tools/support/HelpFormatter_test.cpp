@@ -51,7 +51,7 @@ TEST(HelpFormatter, OptionsAreInColumns) {
 }
 
 TEST(HelpFormatter, NameThatLeavesTwoSpacesKeepsItsLine) {
-  for (const int letters : {10, 11, 12, 13, 14}) {
+  for (const int letters : {14, 15, 16, 17, 18, 19}) {
     CLI::App app("About", "tool");
     app.formatter(std::make_shared<HelpFormatter>(""));
     app.set_help_flag();
