@@ -1,9 +1,10 @@
 // Any bytes through the mesh readers: a mesh of whole triangles, or one line about the file.
 //
-// The first byte chooses the reader. Assimp's formats are left out; its importers run in a child
-// process because they do not survive this.
+// The first byte chooses the reader. Assimp's formats are left out; its importers run in a
+// program of their own because they do not survive this.
 
 #include "Mesh.h"
+#include "MeshForeign.h"
 #include "MeshRead.h"
 
 #include <cstddef>
@@ -39,6 +40,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const std::string bytes(reinterpret_cast<const char*>(data + 1), size - 1);
   const std::string name = "input";
   gsl_sweep::DetectMeshFormat(bytes, name);
+  Require(gsl_sweep::ForeignFile(bytes, name).find('\n') == std::string::npos);
   try {
     const gsl_sweep::Mesh mesh = gsl_sweep::ReadMeshFromMemory(bytes, name, FormatOf(data[0]));
     Require(mesh.TriangleCount() > 0 && mesh.corners.size() == 3 * mesh.TriangleCount());

@@ -17,7 +17,10 @@ packages_of() {
         nlohmann-json3-dev
       ;;
     # Building and running every test.
-    test) echo "$(packages_of build)" python3 libgtest-dev libgmock-dev librapidcheck-dev ;;
+    test)
+      echo "$(packages_of build)" python3 libgtest-dev libgmock-dev librapidcheck-dev \
+        python3-jsonschema help2man
+      ;;
     # The second compiler, formatting, lint, sanitizers, fuzzing, coverage, consumers.
     check)
       echo clang libclang-rt-14-dev llvm clang-format clang-tidy gcovr make pkg-config

@@ -42,13 +42,18 @@ Estimate EstimateDeterminant(const Arrow& u, const Arrow& v, const Arrow& w) {
   return {value, relativeBound * terms};
 }
 
-Expansion<192> ExactDeterminant(const Arrow& u, const Arrow& v, const Arrow& w) {
+ExactCross ExactCrossProduct(const Arrow& u, const Arrow& v) {
   const ExactVector a = Exactly(u);
   const ExactVector b = Exactly(v);
-  const ExactVector c = Exactly(w);
-  const Expansion<64> x = Product(Minor(b.y, b.z, c.y, c.z), a.x);
-  const Expansion<64> y = Product(Minor(b.z, b.x, c.z, c.x), a.y);
-  const Expansion<64> z = Product(Minor(b.x, b.y, c.x, c.y), a.z);
+  return {Minor(a.y, a.z, b.y, b.z), Minor(a.z, a.x, b.z, b.x), Minor(a.x, a.y, b.x, b.y)};
+}
+
+Expansion<192> ExactDeterminant(const Arrow& u, const Arrow& v, const Arrow& w) {
+  const ExactVector a = Exactly(u);
+  const ExactCross cross = ExactCrossProduct(v, w);
+  const Expansion<64> x = Product(cross.x, a.x);
+  const Expansion<64> y = Product(cross.y, a.y);
+  const Expansion<64> z = Product(cross.z, a.z);
   return Sum(Sum(x, y), z);
 }
 

@@ -34,6 +34,12 @@ struct Estimate {
 /// det[u, v, w] in double with its error bound; a bound of zero means exactly zero.
 Estimate EstimateDeterminant(const Arrow& u, const Arrow& v, const Arrow& w);
 
+/// u x v without error.
+struct ExactCross {
+  Expansion<16> x, y, z;
+};
+ExactCross ExactCrossProduct(const Arrow& u, const Arrow& v);
+
 /// det[u, v, w] without error.
 Expansion<192> ExactDeterminant(const Arrow& u, const Arrow& v, const Arrow& w);
 

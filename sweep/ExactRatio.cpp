@@ -1,6 +1,9 @@
 #include "ExactRatio.h"
 
+#include "BigNatural.h"
+
 #include <algorithm>
+#include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -137,6 +140,29 @@ int CompareRounded(const ExactRatio& a, const ExactRatio& b) {
   return difference < 0.0 ? -1 : 1;
 }
 
+Expansion<6> SquaredLength(const Coord3& v) {
+  return Sum(Sum(Expand(TwoProduct(v.x, v.x)), Expand(TwoProduct(v.y, v.y))),
+             Expand(TwoProduct(v.z, v.z)));
+}
+
+/// CompareLength by rounded values; 0 where these are too close to say.
+int CompareRoundedLength(const ExactRatio& ratio, const Coord3& vector,
+                         const ScaledLength& length) {
+  // Between these the product has all its bits.
+  constexpr double least = 0x1p-850;
+  constexpr double greatest = 0x1p900;
+  // The ratio is known within 2^-90 of it, the root and the product within 2^-98.
+  constexpr double relativeBound = 0x1p-85;
+  const DoubleDouble product = Times(ratio.rounded, Root(SquaredLength(vector).Rounded()));
+  if (!(product.hi > least && product.hi < greatest)) return 0;
+  const double limit = std::ldexp(length.value, length.exponent);
+  if (limit >= greatest) return -1;
+  if (limit <= least) return 1;
+  const double difference = Plus(product, {-limit, 0.0}).hi;
+  if (!(std::fabs(difference) > relativeBound * limit)) return 0;
+  return difference < 0.0 ? -1 : 1;
+}
+
 int SignOf(const ExactRatio& ratio) {
   return ratio.numerator.Sign() * ratio.denominator.Sign();
 }
@@ -161,6 +187,22 @@ int CompareRatios(const ExactRatio& a, const ExactRatio& b) {
       WideNumber::CompareProducts(WideNumber(a.numerator, above), WideNumber(b.denominator, below),
                                   WideNumber(b.numerator, above), WideNumber(a.denominator, below));
   return sign * larger;
+}
+
+int CompareLength(const ExactRatio& ratio, const Coord3& vector, const ScaledLength& length) {
+  if (!(length.value > 0.0)) return 1;
+  if (std::isinf(length.value)) return -1;
+  const int rounded = CompareRoundedLength(ratio, vector, length);
+  if (rounded != 0) return rounded;
+  // Both sides are positive, so their squares compare as they do: with the ratio n / d,
+  // n^2 |vector|^2 against length^2 d^2, all of them exact.
+  const BigNatural over = BigNatural::MagnitudeOf(ratio.numerator);
+  const BigNatural under = BigNatural::MagnitudeOf(ratio.denominator);
+  const BigNatural limit(length.value, length.exponent);
+  const BigNatural squared = BigNatural::MagnitudeOf(SquaredLength(vector));
+  const auto times = BigNatural::Times;
+  return BigNatural::Compare(times(times(over, over), squared),
+                             times(times(limit, limit), times(under, under)));
 }
 
 } // namespace gsl_sweep

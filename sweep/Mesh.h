@@ -3,6 +3,7 @@
 
 #include "gsl_Arithmetic.h"
 
+#include <cmath>
 #include <cstddef>
 #include <stdexcept>
 #include <string>
@@ -23,6 +24,10 @@ struct Mesh {
 
   std::size_t TriangleCount() const { return corners.size() / 3; }
 };
+
+inline bool IsFinite(const gsl_arithmetic::Coord3& p) {
+  return std::isfinite(p.x) && std::isfinite(p.y) && std::isfinite(p.z);
+}
 
 /// A mesh file that cannot be read or that holds no usable mesh. what() is one line that names the
 /// file, without a newline at its end.

@@ -1,6 +1,8 @@
 #include "MeshRead.h"
 
-#include "MeshReadAssimp.h"
+#include "FileDescriptor.h"
+#include "MeshForeign.h"
+#include "MeshImport.h"
 #include "MeshReadFormats.h"
 
 #include <algorithm>
@@ -9,26 +11,13 @@
 #include <new>
 
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 namespace gsl_sweep {
 
 namespace {
-
-class FileDescriptor {
-public:
-  explicit FileDescriptor(int value) : m_value(value) {}
-  FileDescriptor(const FileDescriptor&) = delete;
-  FileDescriptor& operator=(const FileDescriptor&) = delete;
-  ~FileDescriptor() {
-    if (m_value >= 0) close(m_value);
-  }
-  int Get() const { return m_value; }
-
-private:
-  int m_value;
-};
 
 [[noreturn]] void FailFile(const std::string& path, const std::string& message) {
   FailRead({{}, path}, message);
@@ -60,21 +49,52 @@ std::size_t CheckedSize(const FileDescriptor& file, const std::string& path) {
   return size;
 }
 
+/// At most `size` bytes, fewer only at the end of the file.
+std::size_t ReadBytes(int descriptor, const std::string& name, char* bytes, std::size_t size) {
+  std::size_t done = 0;
+  while (done < size) {
+    const ssize_t got = read(descriptor, bytes + done, size - done);
+    if (got < 0 && errno == EINTR) continue;
+    if (got < 0 && errno == EAGAIN) {
+      // Who started the program may have left a pipe in this mode.
+      pollfd waited{descriptor, POLLIN, 0};
+      poll(&waited, 1, -1);
+      continue;
+    }
+    if (got < 0) FailFile(name, std::string("cannot be read: ") + std::strerror(errno));
+    if (got == 0) break;
+    done += static_cast<std::size_t>(got);
+  }
+  return done;
+}
+
 /// The whole file. Not mapped: a file that is cut while it is read would end the program.
 std::string Load(const std::string& path) {
   // Without O_NONBLOCK the opening of a pipe would wait for its other end.
   const FileDescriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
   if (file.Get() < 0) FailFile(path, std::string("cannot be opened: ") + std::strerror(errno));
   std::string bytes(CheckedSize(file, path), '\0');
-  std::size_t done = 0;
-  while (done < bytes.size()) {
-    const ssize_t got = read(file.Get(), bytes.data() + done, bytes.size() - done);
-    if (got < 0 && errno == EINTR) continue;
-    if (got < 0) FailFile(path, std::string("cannot be read: ") + std::strerror(errno));
-    if (got == 0) FailFile(path, "became shorter while it was read");
-    done += static_cast<std::size_t>(got);
+  if (ReadBytes(file.Get(), path, bytes.data(), bytes.size()) < bytes.size()) {
+    FailFile(path, "became shorter while it was read");
   }
   return bytes;
+}
+
+/// All that comes until the end of a file or a pipe.
+std::string LoadStream(int descriptor, const std::string& name) {
+  constexpr std::size_t leastRoom = 1 << 16;
+  const std::uint64_t memory = MemoryOfMachine();
+  std::string bytes;
+  for (std::size_t size = 0;;) {
+    if (memory > 0 && size > memory) FailFile(name, "is larger than the memory of this machine");
+    bytes.resize(size + std::max(leastRoom, size / 2));
+    const std::size_t got = ReadBytes(descriptor, name, bytes.data() + size, bytes.size() - size);
+    size += got;
+    if (size < bytes.size()) {
+      bytes.resize(size);
+      return bytes;
+    }
+  }
 }
 
 bool HasSizeOfBinaryStl(std::string_view bytes) {
@@ -112,12 +132,10 @@ MeshFormat FormatOfContents(std::string_view bytes) {
 }
 
 MeshFormat FormatOfExtension(const std::string& extension) {
-  if (extension == "stl") return MeshFormat::Stl;
-  if (extension == "obj") return MeshFormat::Obj;
-  if (extension == "ply") return MeshFormat::Ply;
-  if (extension == "off") return MeshFormat::Off;
-  const bool known = !extension.empty() && AssimpKnowsExtension(extension);
-  return known ? MeshFormat::Assimp : MeshFormat::Unknown;
+  const MeshFormat named = MeshFormatNamed(extension);
+  if (named != MeshFormat::Unknown) return named;
+  // Which others Assimp knows, the import program decides.
+  return extension.empty() ? MeshFormat::Unknown : MeshFormat::Assimp;
 }
 
 Mesh ReadSource(const MeshSource& source, MeshFormat format) {
@@ -131,11 +149,11 @@ Mesh ReadSource(const MeshSource& source, MeshFormat format) {
   case MeshFormat::Off:
     return ReadOff(source);
   case MeshFormat::Assimp:
-    return ReadThroughAssimp(source.file, source.bytes.size());
+    return ImportMesh(MeshImportProgram(), source.file, ImportLimitsFor(source.bytes.size()));
   case MeshFormat::Unknown:
     break;
   }
-  FailRead(source, "unknown mesh format (STL, OBJ, PLY, OFF, 3MF, glTF and what Assimp reads)");
+  FailUnknownFormat(source);
 }
 
 Mesh ReadChecked(std::string_view bytes, const std::string& name, MeshFormat format) {
@@ -144,6 +162,46 @@ Mesh ReadChecked(std::string_view bytes, const std::string& name, MeshFormat for
   mesh.file = name;
   if (mesh.corners.empty()) FailRead(source, "holds no triangles");
   return mesh;
+}
+
+void RefuseForeign(const MeshSource& source) {
+  const std::string foreign = ForeignFile(source.bytes, source.file);
+  if (!foreign.empty()) FailRead(source, foreign);
+}
+
+Mesh ReadDetected(std::string_view bytes, const std::string& path) {
+  if (FormatOfContents(bytes) == MeshFormat::Unknown) RefuseForeign({bytes, path});
+  return ReadChecked(bytes, path, DetectMeshFormat(bytes, path));
+}
+
+/// A stream has no extension: `wanted` takes its place.
+MeshFormat FormatOfStream(const MeshSource& source, MeshFormat wanted) {
+  const MeshFormat found = FormatOfContents(source.bytes);
+  if (found == MeshFormat::Assimp) {
+    FailRead(source, "is of a format that is read from files only; expected " +
+                         MeshFormatNames("") + " here");
+  }
+  if (found == MeshFormat::Unknown) RefuseForeign(source);
+  if (found == MeshFormat::Unknown && wanted == MeshFormat::Unknown) {
+    FailRead(source,
+             "its contents do not show the format; expected --format with " + MeshFormatNames(""));
+  }
+  if (found != MeshFormat::Unknown && wanted != MeshFormat::Unknown && found != wanted) {
+    FailRead(source, "its contents are " + std::string(NameOf(found)) + ", but --format says " +
+                         std::string(NameOf(wanted)));
+  }
+  return found != MeshFormat::Unknown ? found : wanted;
+}
+
+template <class Read>
+Mesh WithMemory(const std::string& name, const Read& read) {
+  try {
+    return read();
+  } catch (const std::bad_alloc&) {
+    FailFile(name, "not enough memory to read it");
+  } catch (const std::length_error&) {
+    FailFile(name, "not enough memory to read it");
+  }
 }
 
 } // namespace
@@ -159,14 +217,15 @@ Mesh ReadMeshFromMemory(std::string_view bytes, const std::string& name, MeshFor
 }
 
 Mesh ReadMesh(const std::string& path) {
-  try {
-    const std::string bytes = Load(path);
-    return ReadChecked(bytes, path, DetectMeshFormat(bytes, path));
-  } catch (const std::bad_alloc&) {
-    FailFile(path, "not enough memory to read it");
-  } catch (const std::length_error&) {
-    FailFile(path, "not enough memory to read it");
-  }
+  return WithMemory(path, [&] { return ReadDetected(Load(path), path); });
+}
+
+Mesh ReadMeshFromStream(int descriptor, const std::string& name, MeshFormat format) {
+  return WithMemory(name, [&] {
+    const std::string bytes = LoadStream(descriptor, name);
+    if (bytes.empty()) FailFile(name, "is empty");
+    return ReadChecked(bytes, name, FormatOfStream({bytes, name}, format));
+  });
 }
 
 } // namespace gsl_sweep

@@ -2,13 +2,12 @@
 #define GSL_SWEEP_MESH_READ_H
 
 #include "Mesh.h"
+#include "MeshFormat.h"
 
 #include <string>
 #include <string_view>
 
 namespace gsl_sweep {
-
-enum class MeshFormat { Stl, Obj, Ply, Off, Assimp, Unknown };
 
 /// Reads a mesh file of any known format.
 ///
@@ -21,6 +20,15 @@ enum class MeshFormat { Stl, Obj, Ply, Off, Assimp, Unknown };
 ///            warning.
 /// Errors     MeshError when the file is unreadable, damaged, or holds no triangle.
 Mesh ReadMesh(const std::string& path);
+
+/// Reads a mesh from an open file descriptor, such as that of standard input, to its end; `name` is
+/// what messages call it. The descriptor stays open.
+///
+/// Format     `format`, or for MeshFormat::Unknown that of the contents where they are unambiguous.
+/// Errors     MeshError as for ReadMesh; also when the format is unknown, when the contents are
+///            unambiguously of another format than `format`, and for what Assimp reads, whose
+///            files may refer to others.
+Mesh ReadMeshFromStream(int descriptor, const std::string& name, MeshFormat format);
 
 /// Reads a mesh that is already in memory; `name` stands for it in messages. Not for
 /// MeshFormat::Assimp, whose files may refer to others.

@@ -1,6 +1,6 @@
 #include "MeshReadAssimp.h"
 
-#include "MeshReadChild.h"
+#include "MeshFormat.h"
 #include "MeshReadFormats.h"
 
 #include <assimp/Importer.hpp>
@@ -141,6 +141,10 @@ Mesh ImportWithAssimp(const std::string& path) {
   const MeshSource source{{}, path};
   const std::string extension = ExtensionOf(path);
   Assimp::Importer importer;
+  // In a compressed Collada file the unit cannot be kept from scaling.
+  if (extension == "zae" || !importer.IsExtensionSupported("." + extension)) {
+    FailUnknownFormat(source);
+  }
   importer.SetPropertyBool(AI_CONFIG_IMPORT_COLLADA_IGNORE_UP_DIRECTION, true);
   const aiScene* scene = nullptr;
   if (extension == "dae") {
@@ -157,16 +161,6 @@ Mesh ImportWithAssimp(const std::string& path) {
                                             "size and the position with what you expect");
   }
   return mesh;
-}
-
-Mesh ReadThroughAssimp(const std::string& path, std::uint64_t fileSize) {
-  return ReadInChildProcess(path, ImportWithAssimp, ReadLimitsFor(fileSize));
-}
-
-bool AssimpKnowsExtension(const std::string& extension) {
-  // In a compressed Collada file the unit cannot be kept from scaling.
-  if (extension == "zae") return false;
-  return Assimp::Importer().IsExtensionSupported("." + extension);
 }
 
 } // namespace gsl_sweep

@@ -48,6 +48,10 @@ void FailReadAt(const MeshSource& source, const char* position, const std::strin
   FailRead(source, "line " + std::to_string(LineOf(source.bytes, position)) + ": " + message);
 }
 
+void FailUnknownFormat(const MeshSource& source) {
+  FailRead(source, "unknown mesh format (STL, OBJ, PLY, OFF, 3MF, glTF and what Assimp reads)");
+}
+
 std::string Quoted(std::string_view text) {
   const bool tooLong = text.size() > longestQuote;
   std::string shown = OneLine(std::string(text.substr(0, longestQuote)));
@@ -95,14 +99,6 @@ bool BeginsWithNoCase(std::string_view text, std::string_view lowerCase) {
   return text.size() >= lowerCase.size() &&
          std::equal(lowerCase.begin(), lowerCase.end(), text.begin(),
                     [](char expected, char c) { return expected == LowerCase(c); });
-}
-
-std::string ExtensionOf(const std::string& path) {
-  const std::size_t dot = path.find_last_of("./");
-  if (dot == std::string::npos || path[dot] == '/') return {};
-  std::string extension = path.substr(dot + 1);
-  std::transform(extension.begin(), extension.end(), extension.begin(), LowerCase);
-  return extension;
 }
 
 std::uint64_t MemoryOfMachine() {

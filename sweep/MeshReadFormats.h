@@ -35,6 +35,8 @@ bool BeginsWithOffKeyword(std::string_view bytes);
 [[noreturn]] void FailReadAt(const MeshSource& source, const char* position,
                              const std::string& message);
 
+[[noreturn]] void FailUnknownFormat(const MeshSource& source);
+
 /// `text` in quotes, made fit for a message: shortened, control characters as '?'.
 std::string Quoted(std::string_view text);
 
@@ -54,9 +56,6 @@ inline bool IsSpace(char c) {
 
 /// True when `text` begins with `lowerCase`, letters compared in any case.
 bool BeginsWithNoCase(std::string_view text, std::string_view lowerCase);
-
-/// What stands behind the last dot of a file name, in lower case.
-std::string ExtensionOf(const std::string& path);
 
 /// Physical memory in bytes; 0 when it is not known.
 std::uint64_t MemoryOfMachine();

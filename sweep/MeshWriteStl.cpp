@@ -1,12 +1,7 @@
-#include "MeshWriteStl.h"
-
-#include "OneLine.h"
-#include "OutputFile.h"
+#include "MeshWriteFormats.h"
 
 #include <array>
 #include <cmath>
-#include <cstdint>
-#include <cstring>
 #include <limits>
 
 using gsl_arithmetic::Coord3;
@@ -16,35 +11,25 @@ namespace gsl_sweep {
 namespace {
 
 constexpr std::size_t headerSize = 80;
-constexpr std::size_t recordSize = 50;
-constexpr std::size_t recordsPerBlock = 1024;
 
 // A header that began with 'solid' would be taken for a text by some readers.
-constexpr char headerText[] = "binary STL, coordinates in the units of the source file";
-static_assert(sizeof headerText <= headerSize, "the rest is filled with zeros");
-
-void Append32(std::string& bytes, std::uint32_t value) {
-  for (int k = 0; k < 4; ++k)
-    bytes.push_back(static_cast<char>(value >> (8 * k) & 0xffU));
-}
-
-void AppendFloat(std::string& bytes, double value) {
-  const float narrow = static_cast<float>(value);
-  std::uint32_t bits = 0;
-  std::memcpy(&bits, &narrow, sizeof bits);
-  Append32(bytes, bits);
-}
-
-void AppendCoord(std::string& bytes, const Coord3& c) {
-  AppendFloat(bytes, c.x);
-  AppendFloat(bytes, c.y);
-  AppendFloat(bytes, c.z);
-}
+constexpr std::string_view headerText = "binary STL, coordinates in the units of the source file";
+static_assert(headerText.size() <= headerSize, "the rest is filled with zeros");
 
 /// False when a finite value would become infinite.
 bool Fits(double value) {
   constexpr double largest = std::numeric_limits<float>::max();
   return !std::isfinite(value) || std::fabs(value) <= largest;
+}
+
+void CheckWritable(const Mesh& mesh, const MeshOutput& output) {
+  if (mesh.TriangleCount() > std::numeric_limits<std::uint32_t>::max()) {
+    output.Fail("too many triangles for an STL file");
+  }
+  for (const Coord3& c : mesh.corners) {
+    if (Fits(c.x) && Fits(c.y) && Fits(c.z)) continue;
+    output.Fail("a coordinate is too large for the single precision of STL");
+  }
 }
 
 Coord3 Rounded(const Coord3& c) {
@@ -62,42 +47,30 @@ Coord3 NormalOf(const std::array<Coord3, 3>& t) {
   return gsl_arithmetic::Divide(normal, length);
 }
 
-void AppendRecord(std::string& bytes, const Coord3* corners) {
-  const std::array<Coord3, 3> t{Rounded(corners[0]), Rounded(corners[1]), Rounded(corners[2])};
-  AppendCoord(bytes, NormalOf(t));
-  for (const Coord3& corner : t)
-    AppendCoord(bytes, corner);
-  bytes.append(2, '\0');
+void WriteCoord(const Coord3& c, MeshOutput& output) {
+  output.Float(c.x);
+  output.Float(c.y);
+  output.Float(c.z);
 }
 
-void CheckWritable(const std::string& path, const Mesh& mesh) {
-  if (mesh.TriangleCount() > std::numeric_limits<std::uint32_t>::max()) {
-    throw OutputError(OneLine(path) + ": too many triangles for an STL file");
-  }
-  for (const Coord3& c : mesh.corners) {
-    if (Fits(c.x) && Fits(c.y) && Fits(c.z)) continue;
-    throw OutputError(OneLine(path) +
-                      ": a coordinate is too large for the single precision of STL");
-  }
+void WriteFacet(const Coord3* corners, MeshOutput& output) {
+  const std::array<Coord3, 3> t{Rounded(corners[0]), Rounded(corners[1]), Rounded(corners[2])};
+  WriteCoord(NormalOf(t), output);
+  for (const Coord3& corner : t)
+    WriteCoord(corner, output);
+  output.Byte(0);
+  output.Byte(0);
 }
 
 } // namespace
 
-void WriteStl(const std::string& path, const Mesh& mesh, bool force) {
-  CheckWritable(path, mesh);
-  OutputFile file(path, force);
-  std::string bytes(headerText);
-  bytes.resize(headerSize, '\0');
-  Append32(bytes, static_cast<std::uint32_t>(mesh.TriangleCount()));
-  for (std::size_t k = 0; k < mesh.TriangleCount(); ++k) {
-    AppendRecord(bytes, &mesh.corners[3 * k]);
-    if (bytes.size() >= recordsPerBlock * recordSize) {
-      file.Write(bytes.data(), bytes.size());
-      bytes.clear();
-    }
-  }
-  file.Write(bytes.data(), bytes.size());
-  file.Commit();
+void WriteStl(const Mesh& mesh, MeshOutput& output) {
+  CheckWritable(mesh, output);
+  output.Text(headerText);
+  output.Text(std::string(headerSize - headerText.size(), '\0'));
+  output.Bits32(static_cast<std::uint32_t>(mesh.TriangleCount()));
+  for (std::size_t k = 0; k < mesh.TriangleCount(); ++k)
+    WriteFacet(&mesh.corners[3 * k], output);
 }
 
 } // namespace gsl_sweep

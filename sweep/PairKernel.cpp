@@ -345,6 +345,8 @@ Contact Pair::ContactOf(const Candidate& candidate, const DoubleDouble& s) const
   Contact contact;
   contact.travel = TravelOf(s);
   contact.kind = candidate.kind;
+  contact.movingFeature = candidate.onMoving;
+  contact.fixedFeature = candidate.onFixed;
   const DoubleDouble back = Minus(s);
   const Coord3& moving = m_moving.corner[candidate.onMoving];
   const Coord3& fixed = m_fixed.corner[candidate.onFixed];
@@ -378,6 +380,38 @@ Coord3 Pair::PointOnMovingEdge(const Candidate& candidate) const {
   const DoubleDouble start = ExactDeterminant(m_along, candidate.gap, candidate.v).Rounded();
   const DoubleDouble whole = ExactDeterminant(m_along, candidate.u, candidate.v).Rounded();
   return Advance(*candidate.u.from, Over(start, whole), candidate.u);
+}
+
+/// u x v or its opposite, of length one, against the direction; false when they are in a plane with
+/// it.
+bool NormalAgainst(const TravelDirection& direction, const Arrow& u, const Arrow& v,
+                   Coord3& normal) {
+  const int along = DeterminantSign(FromOrigin(direction.Vector()), u, v);
+  if (along == 0) return false;
+  // The components, the length and their quotients are each known within 2^-98 of them, so that
+  // what counts is the one rounding of a quotient to double.
+  const ExactCross cross = ExactCrossProduct(u, v);
+  const DoubleDouble component[3] = {cross.x.Rounded(), cross.y.Rounded(), cross.z.Rounded()};
+  double largest = 0.0;
+  for (const DoubleDouble& c : component)
+    largest = std::max(largest, std::fabs(c.hi));
+  // A power of two brings the largest component near one, so that no square leaves the range; what
+  // the squares of small ones lose is far below the last place of the length.
+  int exponent = 0;
+  std::frexp(largest, &exponent);
+  DoubleDouble squared;
+  for (const DoubleDouble& c : component) {
+    const DoubleDouble scaled{std::ldexp(c.hi, -exponent), std::ldexp(c.lo, -exponent)};
+    squared = Plus(squared, Times(scaled, scaled));
+  }
+  const DoubleDouble length = Root(squared);
+  // Divided before it is scaled, so that only a subnormal component is rounded twice.
+  const auto unit = [&](const DoubleDouble& c) {
+    const double quotient = c.hi == 0.0 ? 0.0 : std::ldexp(Over(c, length).hi, -exponent);
+    return (along > 0 ? -quotient : quotient) + 0.0;
+  };
+  normal = {unit(component[0]), unit(component[1]), unit(component[2])};
+  return true;
 }
 
 } // namespace
@@ -448,6 +482,25 @@ Contact ContactAtStart(const ContactInterval& interval) {
   const Coord3& q = interval.last.onMoving;
   const Coord3 point{weigh(p.x, q.x), weigh(p.y, q.y), weigh(p.z, q.z)};
   return {0.0, ContactKind::Overlap, point, point};
+}
+
+bool ContactNormal(const TravelDirection& direction, const Triangle& moving, const Triangle& fixed,
+                   const Contact& contact, Coord3& normal) {
+  switch (contact.kind) {
+  case ContactKind::VertexFace:
+    return NormalAgainst(direction, EdgeOf(fixed, 0), EdgeOf(fixed, 1), normal);
+  case ContactKind::FaceVertex:
+    return NormalAgainst(direction, EdgeOf(moving, 0), EdgeOf(moving, 1), normal);
+  case ContactKind::EdgeEdge:
+    return NormalAgainst(direction, EdgeOf(moving, contact.movingFeature),
+                         EdgeOf(fixed, contact.fixedFeature), normal);
+  case ContactKind::VertexVertex:
+  case ContactKind::VertexEdge:
+  case ContactKind::EdgeVertex:
+  case ContactKind::Overlap:
+    break;
+  }
+  return false;
 }
 
 } // namespace gsl_sweep

@@ -61,6 +61,9 @@ struct Contact {
   ContactKind kind;
   Coord3 onMoving; ///< before the move
   Coord3 onFixed;  ///< onMoving + travel * unit direction, up to rounding
+  /// Of the features that meet: the corner, or the edge from that corner to the next; 0 for a face
+  /// and for Overlap.
+  int movingFeature = 0, fixedFeature = 0;
 };
 
 /// The travels, first to last, in which a pair touches. The signs of first.travel and last.travel
@@ -82,14 +85,26 @@ enum class PairOutcome {
 };
 
 /// The same, for a search: measures only what can still matter. `first` and `travel`, its travel as
-/// an exact multiple of the direction vector, are written for Ahead alone. The limit is compared
-/// with the rounded travel.
+/// an exact multiple of the direction vector, are written for Ahead alone. The limit, which is
+/// there to save work, is compared with the rounded travel.
 PairOutcome JudgePair(const TravelDirection& direction, const Triangle& moving,
                       const Triangle& fixed, double limit, Contact& first, ExactRatio& travel);
 
 /// The contact at travel zero of a pair that touches there: one with first.travel <= 0 and
 /// last.travel >= 0.
 Contact ContactAtStart(const ContactInterval& interval);
+
+/// The normal of the plane in which the features of a contact meet, of length one, on the side of
+/// it from which the moving body comes: its product with the direction is negative.
+///
+/// Plane      VertexFace: of the fixed face. FaceVertex: of the moving face. EdgeEdge: along both
+///            edges. The other kinds define none.
+/// Accuracy   each component is that of the exact vector within one unit in its last place, for
+///            triangles of any size. Where the plane is all but along the direction, rounding may
+///            make the product of the numbers zero or positive.
+/// False, and nothing written, for a kind without a plane, or when the exact product is zero.
+bool ContactNormal(const TravelDirection& direction, const Triangle& moving, const Triangle& fixed,
+                   const Contact& contact, Coord3& normal);
 
 } // namespace gsl_sweep
 

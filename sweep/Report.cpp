@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <stdexcept>
 
 namespace gsl_sweep {
 
@@ -14,7 +15,7 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-constexpr int schemaVersion = 1;
+constexpr int schemaVersion = 2;
 
 const char* StatusName(SweepStatus status) {
   switch (status) {
@@ -37,8 +38,17 @@ Json JsonOf(const SweptBody& body, const std::string& file, bool touches) {
   json["file"] = file;
   json["triangles"] = body.triangles;
   json["skipped"] = body.skipped;
+  json["left_out"] = body.leftOut;
   json["triangle"] = touches ? Json(body.triangle) : Json();
   json["point"] = touches ? JsonOf(body.point) : Json();
+  return json;
+}
+
+Json QuestionAsJson(const SweepReport& report) {
+  Json json;
+  json["offset"] = JsonOf(report.offset);
+  json["max_distance"] = std::isfinite(report.maxDistance) ? Json(report.maxDistance) : Json();
+  json["one_sided"] = report.oneSided;
   return json;
 }
 
@@ -56,7 +66,8 @@ std::string BodyLine(const char* role, const std::string& file, const SweptBody&
   const std::string what = touches ? "triangle " + std::to_string(body.triangle) + " of " + count +
                                          ", at " + VectorText(body.point)
                                    : count + " triangles";
-  return std::string("  ") + role + OneLine(file) + ", " + what + "\n";
+  const std::string name = file == "-" ? "standard input" : OneLine(file);
+  return std::string("  ") + role + name + ", " + what + "\n";
 }
 
 std::string FirstLine(const SweepReport& report) {
@@ -85,8 +96,7 @@ double SizeOf(const Mesh& mesh) {
     const Coord3* corner = mesh.corners.data() + 3 * k;
     bool finite = true;
     for (std::size_t c = 0; c < 3; ++c) {
-      finite = finite && std::isfinite(corner[c].x) && std::isfinite(corner[c].y) &&
-               std::isfinite(corner[c].z);
+      finite = finite && IsFinite(corner[c]);
     }
     for (std::size_t c = 0; finite && c < 3; ++c) {
       const Coord3& p = corner[c];
@@ -131,10 +141,13 @@ std::string ReportAsJson(const SweepReport& report) {
   const bool touches = answer.status != SweepStatus::None;
   Json json;
   json["schema_version"] = schemaVersion;
+  json["tool_version"] = report.toolVersion;
+  json["question"] = QuestionAsJson(report);
   json["status"] = StatusName(answer.status);
   json["travel"] = touches ? Json(answer.travel) : Json();
   json["direction"] = JsonOf(answer.direction);
   json["kind"] = touches ? Json(KindName(answer.kind)) : Json();
+  json["normal"] = touches && answer.hasNormal ? JsonOf(answer.normal) : Json();
   json["moving"] = JsonOf(answer.moving, report.movingFile, touches);
   json["fixed"] = JsonOf(answer.fixed, report.fixedFile, touches);
   json["warnings"] = report.warnings;
@@ -160,10 +173,19 @@ std::string SkippedWarning(const std::string& file, const SweptBody& body) {
          std::to_string(body.triangles) + " triangles, which have a NaN or infinite corner";
 }
 
+void Translate(Mesh& mesh, const Coord3& step, const std::string& cause) {
+  for (Coord3& corner : mesh.corners) {
+    const Coord3 moved = gsl_arithmetic::Add(corner, step);
+    if (IsFinite(corner) && !IsFinite(moved)) {
+      throw std::overflow_error(cause + " moves a corner of " + OneLine(mesh.file) +
+                                " beyond the range of double");
+    }
+    corner = moved;
+  }
+}
+
 Mesh MovedMesh(Mesh mesh, const SweepAnswer& answer) {
-  const Coord3 step = gsl_arithmetic::Multiply(answer.direction, answer.travel);
-  for (Coord3& corner : mesh.corners)
-    corner = gsl_arithmetic::Add(corner, step);
+  Translate(mesh, gsl_arithmetic::Multiply(answer.direction, answer.travel), "the travel");
   return mesh;
 }
 

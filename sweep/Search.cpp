@@ -16,10 +16,6 @@ namespace {
 
 constexpr double infinity = std::numeric_limits<double>::infinity();
 
-bool IsFinite(const Coord3& p) {
-  return std::isfinite(p.x) && std::isfinite(p.y) && std::isfinite(p.z);
-}
-
 double Largest(const Coord3& p) {
   return std::max({std::fabs(p.x), std::fabs(p.y), std::fabs(p.z)});
 }
@@ -30,8 +26,8 @@ public:
   explicit RangeScale(double largest) { std::frexp(largest, &m_exponent); }
 
   Coord3 Down(const Coord3& p) const { return {Down(p.x), Down(p.y), Down(p.z)}; }
-  double Down(double c) const { return Snapped(DownLength(c)); }
-  double DownLength(double length) const { return std::ldexp(length, -m_exponent); }
+  double Down(double c) const { return Snapped(std::ldexp(c, -m_exponent)); }
+  ScaledLength DownLength(double length) const { return {length, -m_exponent}; }
 
   double Up(double c) const {
     const double result = std::ldexp(c, m_exponent);
@@ -53,7 +49,7 @@ struct Body {
   std::vector<Coord3> corners; ///< scaled; of skipped triangles as they were
   std::vector<signed char> facing;
   std::vector<std::uint32_t> used; ///< triangles that take part
-  std::size_t skipped = 0, turnedAway = 0;
+  std::size_t skipped = 0, leftOut = 0;
 
   Triangle TriangleAt(std::uint32_t k) const {
     const Coord3* c = corners.data() + 3 * static_cast<std::size_t>(k);
@@ -98,7 +94,7 @@ Body PrepareBody(const Mesh& mesh, const TravelDirection& direction, const Range
     const int facing = MakeTriangle(direction, corner[0], corner[1], corner[2]).facing;
     body.facing[k] = static_cast<signed char>(facing);
     if (refused != 0 && facing == refused) {
-      ++body.turnedAway;
+      ++body.leftOut;
       continue;
     }
     body.used.push_back(static_cast<std::uint32_t>(k));
@@ -217,10 +213,10 @@ class ContactSearch {
 public:
   ContactSearch(const TravelDirection& direction, const ShadowFrame& frame, const Body& moving,
                 const Body& fixed, const ShadowTree& movingTree, const ShadowTree& fixedTree,
-                double limit)
+                const ScaledLength& maxDistance)
       : m_direction(direction), m_crossError(frame.CrossError()), m_error(frame.Error()),
         m_moving(moving), m_fixed(fixed), m_movingTree(movingTree), m_fixedTree(fixedTree),
-        m_limit(limit) {}
+        m_maxDistance(maxDistance), m_limit(JustBeyond(maxDistance)) {}
 
   void Run(unsigned threads, const std::function<void(double)>& progress);
 
@@ -237,6 +233,7 @@ private:
   void JudgeLeaves(const NodePair& pair, Found& first);
   void Judge(const ShadowTriangle& a, const ShadowTriangle& b, Found& first);
   void LowerLimit(double travel);
+  static double JustBeyond(const ScaledLength& length);
 
   const TravelDirection& m_direction;
   double m_crossError, m_error;
@@ -246,7 +243,8 @@ private:
   const ShadowTree& m_fixedTree;
   std::vector<NodePair> m_tasks;
   std::atomic<std::size_t> m_nextTask{0};
-  std::atomic<double> m_limit;
+  const ScaledLength m_maxDistance; ///< decides
+  std::atomic<double> m_limit;      ///< nothing with a rounded travel beyond it matters any more
   std::atomic<bool> m_touching{false};
   std::atomic<bool> m_stop{false};
   std::mutex m_firstMutex;
@@ -376,6 +374,7 @@ void ContactSearch::Judge(const ShadowTriangle& a, const ShadowTriangle& b, Foun
     m_stop = true;
     return;
   case PairOutcome::Ahead:
+    if (CompareLength(found.travel, m_direction.Vector(), m_maxDistance) > 0) return;
     found.moving = a.index;
     found.fixed = b.index;
     found.any = true;
@@ -384,6 +383,12 @@ void ContactSearch::Judge(const ShadowTriangle& a, const ShadowTriangle& b, Foun
     LowerLimit(std::nextafter(found.contact.travel, infinity));
     return;
   }
+}
+
+/// A double that no rounded travel exceeds whose exact travel is at most `length`. A travel is
+/// rounded within 2^-52 of it, or within a few units of 2^-1074 where it is subnormal.
+double ContactSearch::JustBeyond(const ScaledLength& length) {
+  return std::ldexp(length.value, length.exponent) * (1.0 + 0x1p-50) + 0x1p-1060;
 }
 
 void ContactSearch::LowerLimit(double travel) {
@@ -508,17 +513,27 @@ void PlantTrees(unsigned threads, const Body& moving, const Body& fixed, const S
 void Describe(SweptBody& described, const Mesh& mesh, const Body& body) {
   described.triangles = mesh.TriangleCount();
   described.skipped = body.skipped;
-  described.turnedAway = body.turnedAway;
+  described.leftOut = body.leftOut;
 }
 
-void WriteContact(const Contact& contact, std::uint32_t moving, std::uint32_t fixed,
-                  const RangeScale& scale, SweepAnswer& answer) {
-  answer.travel = scale.Up(contact.travel);
+/// What a contact is described with.
+struct Scene {
+  const TravelDirection& direction;
+  const RangeScale& scale;
+  const Body& moving;
+  const Body& fixed;
+};
+
+void WriteContact(const Scene& scene, const Contact& contact, std::uint32_t moving,
+                  std::uint32_t fixed, SweepAnswer& answer) {
+  answer.travel = scene.scale.Up(contact.travel);
   answer.kind = contact.kind;
   answer.moving.triangle = moving;
-  answer.moving.point = scale.Up(contact.onMoving);
+  answer.moving.point = scene.scale.Up(contact.onMoving);
   answer.fixed.triangle = fixed;
-  answer.fixed.point = scale.Up(contact.onFixed);
+  answer.fixed.point = scene.scale.Up(contact.onFixed);
+  answer.hasNormal = ContactNormal(scene.direction, scene.moving.TriangleAt(moving),
+                                   scene.fixed.TriangleAt(fixed), contact, answer.normal);
 }
 
 TravelDirection DirectionOf(const SweepQuestion& question) {
@@ -532,6 +547,9 @@ TravelDirection DirectionOf(const SweepQuestion& question) {
 } // namespace
 
 SweepAnswer Sweep(const Mesh& moving, const Mesh& fixed, const SweepQuestion& question) {
+  if (!(question.maxDistance >= 0.0)) {
+    throw std::invalid_argument("the greatest distance must be at least 0");
+  }
   SweepAnswer answer;
   const TravelDirection direction = DirectionOf(question);
   answer.direction = direction.Unit();
@@ -542,6 +560,7 @@ SweepAnswer Sweep(const Mesh& moving, const Mesh& fixed, const SweepQuestion& qu
   Describe(answer.fixed, fixed, fixedBody);
   if (movingBody.used.empty() || fixedBody.used.empty()) return answer;
 
+  const Scene scene{direction, scale, movingBody, fixedBody};
   const ShadowFrame frame = FrameAround(direction, movingBody, fixedBody);
   std::optional<ShadowTree> movingTree;
   std::optional<ShadowTree> fixedTree;
@@ -556,10 +575,10 @@ SweepAnswer Sweep(const Mesh& moving, const Mesh& fixed, const SweepQuestion& qu
     FindContactInterval(direction, movingBody.TriangleAt(pair->first),
                         fixedBody.TriangleAt(pair->second), interval);
     answer.status = SweepStatus::Start;
-    WriteContact(ContactAtStart(interval), pair->first, pair->second, scale, answer);
+    WriteContact(scene, ContactAtStart(interval), pair->first, pair->second, answer);
   } else if (search.First().any) {
     answer.status = SweepStatus::Contact;
-    WriteContact(search.First().contact, search.First().moving, search.First().fixed, scale,
+    WriteContact(scene, search.First().contact, search.First().moving, search.First().fixed,
                  answer);
   }
   return answer;

@@ -13,10 +13,11 @@ namespace gsl_sweep {
 /// A finite decimal number, correctly rounded; spaces around it and a leading '+' are allowed.
 std::optional<double> ParseNumber(std::string_view text);
 
-/// Three numbers with commas between, as in "0,0,-1.5".
+/// Three numbers with a comma or spaces between two of them, as in "0,0,-1.5" or "0 0 -1.5".
 std::optional<gsl_arithmetic::Coord3> ParseVector(std::string_view text);
 
-/// A vector that is not zero, or an axis with its sign: +x -x +y -y +z -z, in either case.
+/// A vector that is not zero, or an axis with or without a sign: x +x -x y +y -y z +z -z, in either
+/// case.
 std::optional<gsl_arithmetic::Coord3> ParseDirection(std::string_view text);
 
 /// The shortest decimal number that reads back as the same double.

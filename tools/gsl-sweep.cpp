@@ -1,145 +1,51 @@
 #include "MeshRead.h"
-#include "MeshWriteStl.h"
+#include "MeshWrite.h"
 #include "OneLine.h"
 #include "OutputFile.h"
 #include "Progress.h"
 #include "Report.h"
 #include "Search.h"
-#include "VectorText.h"
-
-#include <CLI/CLI.hpp>
+#include "SweepOptions.h"
 
 #include <cerrno>
-#include <cmath>
 #include <csignal>
 #include <cstdio>
 #include <cstring>
 #include <exception>
 #include <filesystem>
-#include <limits>
 #include <new>
 #include <stdexcept>
 #include <string>
 #include <system_error>
-#include <thread>
+
+#include <unistd.h>
 
 namespace {
 
 using namespace gsl_sweep;
+using gsl_tools::ParseSweepOptions;
+using gsl_tools::SweepOptions;
+using gsl_tools::UsageError;
 
 enum ExitStatus { Touching = 0, NoContact = 1, Usage = 2, BadInput = 3, Failure = 4 };
 
-constexpr unsigned mostThreads = 1024;
-
-struct Options {
-  std::string movingFile, fixedFile;
-  std::string direction, offset, maxDistance; ///< as typed
-  std::string jsonFile, outputFile;
-  std::string progress = "auto";
-  unsigned threads = 0; ///< 0: as many as there are
-  bool oneSided = false, quiet = false, force = false;
-
-  bool JsonToStdout() const { return jsonFile == "-"; }
-  bool JsonToFile() const { return !jsonFile.empty() && !JsonToStdout(); }
-};
-
-/// What was typed makes no sense; what() is one line.
-class UsageError : public std::runtime_error {
-public:
-  using std::runtime_error::runtime_error;
-};
-
-const char* const description =
-    "How far does one body travel along a direction before it touches another, and where?\n"
-    "Reads two meshes (STL, OBJ, PLY, OFF, 3MF, glTF and others), moves the first along the\n"
-    "direction and finds the first contact.";
-
-const char* const footer = "Exit status: 0 contact, or in contact from the start; 1 no contact;\n"
-                           "2 wrong usage; 3 a mesh is unreadable or rejected; 4 other failure.\n"
-                           "Example: gsl-sweep bolt.stl bracket.stl --direction 0,0,-1 --json -";
-
-void Declare(CLI::App& app, Options& options) {
-  app.set_version_flag("--version", std::string("gsl-sweep ") + GSL_VERSION,
-                       "Print the version and exit");
-  app.add_option("MOVING", options.movingFile, "Mesh file of the body that moves")->required();
-  app.add_option("FIXED", options.fixedFile, "Mesh file of the body that stays")->required();
-  app.add_option("--direction", options.direction,
-                 "Direction of travel, of any length: X,Y,Z or +x -x +y -y +z -z")
-      ->required()
-      ->type_name("X,Y,Z");
-  app.add_option("--offset", options.offset, "Moves the moving body first")->type_name("X,Y,Z");
-  app.add_flag("--one-sided", options.oneSided,
-               "Leaves out triangles of MOVING whose normal points against the direction and of "
-               "FIXED whose normal points along it");
-  app.add_option("--max-distance", options.maxDistance, "Greatest travel that counts, itself too")
-      ->type_name("L");
-  app.add_option("--json", options.jsonFile,
-                 "Writes the answer as JSON; - for stdout, instead of the text")
-      ->type_name("FILE");
-  app.add_option("--output", options.outputFile,
-                 "Writes the moving body at its contact, as binary STL")
-      ->type_name("MOVED.stl");
-  app.add_option("--threads", options.threads,
-                 "Number of threads; the answer does not depend on it")
-      ->check(CLI::Range(1u, mostThreads));
-  app.add_option("--progress", options.progress,
-                 "How to show progress, on stderr and only on a terminal")
-      ->check(CLI::IsMember({"auto", "plain", "never"}));
-  app.add_flag("--quiet", options.quiet,
-               "Only errors on stderr, and nothing on stdout but --json -");
-  app.add_flag("--force", options.force, "Replaces existing output files");
-  app.footer(footer);
-}
-
-SweepQuestion QuestionOf(const Options& options) {
+SweepQuestion QuestionOf(const SweepOptions& options) {
   SweepQuestion question;
-  const auto direction = ParseDirection(options.direction);
-  if (!direction) {
-    throw UsageError("--direction: " + OneLine(options.direction) +
-                     " is neither X,Y,Z with a number that is not zero nor +x -x +y -y +z -z");
-  }
-  question.direction = *direction;
+  question.direction = options.direction;
   question.oneSided = options.oneSided;
-  if (!options.maxDistance.empty()) {
-    const auto limit = ParseNumber(options.maxDistance);
-    if (!limit || *limit < 0.0) {
-      throw UsageError("--max-distance: " + OneLine(options.maxDistance) +
-                       " is not a number of at least zero");
-    }
-    question.maxDistance = *limit;
-  }
-  const unsigned available = std::max(1u, std::thread::hardware_concurrency());
-  question.threads = options.threads != 0 ? options.threads : std::min(available, mostThreads);
+  question.maxDistance = options.maxDistance;
+  question.threads = options.threads;
   return question;
 }
 
-Coord3 OffsetOf(const Options& options) {
-  if (options.offset.empty()) return {0.0, 0.0, 0.0};
-  const auto offset = ParseVector(options.offset);
-  if (!offset) {
-    throw UsageError("--offset: " + OneLine(options.offset) + " is not X,Y,Z");
-  }
-  return *offset;
+/// What messages call a mesh.
+std::string NameOfMesh(const std::string& file) {
+  return file == "-" ? "standard input" : file;
 }
 
-bool IsFinite(const Coord3& p) {
-  return std::isfinite(p.x) && std::isfinite(p.y) && std::isfinite(p.z);
-}
-
-void MoveBy(const Coord3& offset, Mesh& mesh) {
-  for (Coord3& corner : mesh.corners) {
-    const Coord3 moved = gsl_arithmetic::Add(corner, offset);
-    if (IsFinite(corner) && !IsFinite(moved)) {
-      throw std::overflow_error("--offset moves a corner of " + OneLine(mesh.file) +
-                                " beyond the range of double");
-    }
-    corner = moved;
-  }
-}
-
-ProgressStyle StyleOf(const Options& options) {
-  if (options.quiet || options.progress == "never") return ProgressStyle::Never;
-  return options.progress == "plain" ? ProgressStyle::Plain : ProgressStyle::Auto;
+Mesh ReadBody(const std::string& file, const SweepOptions& options) {
+  if (file == "-") return ReadMeshFromStream(STDIN_FILENO, NameOfMesh(file), options.format);
+  return ReadMesh(file);
 }
 
 /// True also for two ways to write one path, through folders or links.
@@ -153,7 +59,7 @@ bool NameSameFile(const std::string& a, const std::string& b) {
 }
 
 /// Before the work, so that it is not done in vain.
-void CheckOutputs(const Options& options) {
+void CheckOutputs(const SweepOptions& options) {
   if (options.JsonToFile() && NameSameFile(options.jsonFile, options.outputFile)) {
     throw UsageError("--json and --output name the same file");
   }
@@ -182,17 +88,17 @@ void WriteStdout(const std::string& text) {
 }
 
 /// What the text says about --output.
-std::string OutputLine(const Options& options, const SweepAnswer& answer) {
+std::string OutputLine(const SweepOptions& options, const SweepAnswer& answer) {
   if (options.outputFile.empty()) return {};
   const std::string file = OneLine(options.outputFile);
   return "  moved   " + (answer.status == SweepStatus::None ? "nothing written to " + file : file) +
          "\n";
 }
 
-void WriteResults(const Options& options, const SweepReport& report, Mesh moving) {
+void WriteResults(const SweepOptions& options, const SweepReport& report, Mesh moving) {
   const bool touches = report.answer.status != SweepStatus::None;
   if (touches && !options.outputFile.empty()) {
-    WriteStl(options.outputFile, MovedMesh(std::move(moving), report.answer), options.force);
+    WriteMesh(options.outputFile, MovedMesh(std::move(moving), report.answer), options.force);
   }
   if (options.JsonToFile()) {
     WriteTextFile(options.jsonFile, ReportAsJson(report), options.force);
@@ -207,33 +113,35 @@ void WriteResults(const Options& options, const SweepReport& report, Mesh moving
   }
 }
 
-ExitStatus Run(const Options& options) {
+ExitStatus Run(const SweepOptions& options) {
   SweepQuestion question = QuestionOf(options);
-  const Coord3 offset = OffsetOf(options);
   CheckOutputs(options);
 
-  Progress progress(StyleOf(options));
-  progress.Begin("Reading " + OneLine(options.movingFile));
-  Mesh moving = ReadMesh(options.movingFile);
-  MoveBy(offset, moving);
-  progress.Begin("Reading " + OneLine(options.fixedFile));
-  const Mesh fixed = ReadMesh(options.fixedFile);
+  Progress progress(options.quiet ? ProgressStyle::Never : options.progress);
+  progress.Begin("Reading " + OneLine(NameOfMesh(options.movingFile)));
+  Mesh moving = ReadBody(options.movingFile, options);
+  Translate(moving, options.offset, "--offset");
+  progress.Begin("Reading " + OneLine(NameOfMesh(options.fixedFile)));
+  const Mesh fixed = ReadBody(options.fixedFile, options);
 
   progress.Begin("Searching");
   question.progress = [&progress](double part) { progress.Update(part); };
   SweepReport report;
   report.movingFile = options.movingFile;
   report.fixedFile = options.fixedFile;
-  report.maxDistance = question.maxDistance;
+  report.offset = options.offset;
+  report.maxDistance = options.maxDistance;
+  report.oneSided = options.oneSided;
+  report.toolVersion = GSL_VERSION;
   report.answer = Sweep(moving, fixed, question);
   progress.Clear();
 
-  RequireFiniteTriangles(options.movingFile, report.answer.moving);
-  RequireFiniteTriangles(options.fixedFile, report.answer.fixed);
+  RequireFiniteTriangles(moving.file, report.answer.moving);
+  RequireFiniteTriangles(fixed.file, report.answer.fixed);
   report.warnings = moving.warnings;
   report.warnings.insert(report.warnings.end(), fixed.warnings.begin(), fixed.warnings.end());
-  AddWarning(report, SkippedWarning(options.movingFile, report.answer.moving));
-  AddWarning(report, SkippedWarning(options.fixedFile, report.answer.fixed));
+  AddWarning(report, SkippedWarning(moving.file, report.answer.moving));
+  AddWarning(report, SkippedWarning(fixed.file, report.answer.fixed));
   AddWarning(report, SizeWarning(moving, fixed));
   for (const std::string& warning : report.warnings) {
     if (!options.quiet) PrintLine("warning: " + warning);
@@ -249,7 +157,7 @@ int Guarded(const Work& work) {
   try {
     return work();
   } catch (const UsageError& error) {
-    PrintLine(std::string(error.what()) + " (see gsl-sweep --help)");
+    PrintLine(error.what());
     return Usage;
   } catch (const MeshError& error) {
     PrintLine(error.what());
@@ -264,19 +172,11 @@ int Guarded(const Work& work) {
 }
 
 int ParseAndRun(int argc, char** argv) {
-  CLI::App app(description, "gsl-sweep");
-  Options options;
-  Declare(app, options);
-  try {
-    app.parse(argc, argv);
-  } catch (const CLI::CallForHelp&) {
-    WriteStdout(app.help());
+  SweepOptions options;
+  const std::string text = ParseSweepOptions(argc, argv, options);
+  if (!text.empty()) {
+    WriteStdout(text);
     return 0;
-  } catch (const CLI::CallForVersion& version) {
-    WriteStdout(std::string(version.what()) + "\n");
-    return 0;
-  } catch (const CLI::ParseError& error) {
-    throw UsageError(OneLine(error.what()));
   }
   RemoveTemporaryFilesOnInterrupt();
   // A write beyond the limit for files then fails, and is told, instead of ending the program.

@@ -1,18 +1,11 @@
 #include "AllocationCounter.h"
 
+#include "TestScale.h"
+
 #include <atomic>
 #include <cstddef>
 #include <cstdlib>
 #include <new>
-
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-#define COUNTER_UNDER_SANITIZER 1
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer) ||                         \
-    __has_feature(memory_sanitizer)
-#define COUNTER_UNDER_SANITIZER 1
-#endif
-#endif
 
 namespace {
 std::atomic<long> allocations{0};
@@ -26,7 +19,7 @@ long AllocationCount() {
   return allocations.load(std::memory_order_relaxed);
 }
 
-#if defined(__GLIBC__) && !defined(COUNTER_UNDER_SANITIZER)
+#if defined(__GLIBC__) && !TEST_UNDER_SANITIZER
 
 // Every allocation of the process ends here: the program's definitions come before the C library's.
 extern "C" {

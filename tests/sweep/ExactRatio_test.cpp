@@ -2,7 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cmath>
 #include <cstdint>
+#include <limits>
 #include <random>
 
 namespace {
@@ -129,6 +132,84 @@ TEST(ExactRatio, AgreesWithWholeNumbers) {
         << round;
   }
   EXPECT_GT(equal, 2000);
+}
+
+constexpr Coord3 alongX{1.0, 0.0, 0.0};
+
+TEST(ExactRatio, LengthsAreComparedWithoutRounding) {
+  const ExactRatio third = Ratio(Of(1.0), Of(3.0));
+  const double nearest = 1.0 / 3.0; // below a third
+  EXPECT_EQ(CompareLength(third, alongX, {nearest, 0}), 1);
+  EXPECT_EQ(CompareLength(third, alongX, {std::nextafter(nearest, 1.0), 0}), -1);
+  const ExactRatio fifth = Ratio(Of(-1.0), Of(-5.0));
+  EXPECT_EQ(CompareLength(fifth, alongX, {0.2, 0}), -1); // the double is above
+  EXPECT_EQ(CompareLength(Ratio(Of(3.0), Of(4.0)), alongX, {0.75, 0}), 0);
+  EXPECT_EQ(CompareLength(Ratio(Of(3.0), Of(4.0)), alongX, {0x1.8p-101, 100}), 0);
+  EXPECT_EQ(CompareLength(Ratio(Of(3.0), Of(4.0)), {0.0, -8.0, 0.0}, {6.0, 0}), 0);
+}
+
+TEST(ExactRatio, LengthOfTheVectorIsARootWithoutRounding) {
+  // |(1, 1, 1)| is between 0x1.bb67ae8584caap+0 and the next double.
+  const ExactRatio one = Ratio(Of(1.0), Of(1.0));
+  const Coord3 diagonal{1.0, 1.0, 1.0};
+  EXPECT_EQ(CompareLength(one, diagonal, {0x1.bb67ae8584caap+0, 0}), 1);
+  EXPECT_EQ(CompareLength(one, diagonal, {0x1.bb67ae8584cabp+0, 0}), -1);
+  // (3, 0, 4) has the length 5; a last bit more or less is seen.
+  EXPECT_EQ(CompareLength(one, {3.0, 0.0, 4.0}, {5.0, 0}), 0);
+  EXPECT_EQ(CompareLength(Ratio(Of(1.0, 0x1p-200), Of(1.0)), {3.0, 0.0, 4.0}, {5.0, 0}), 1);
+  EXPECT_EQ(CompareLength(Ratio(Of(1.0, -0x1p-200), Of(1.0)), {3.0, 0.0, 4.0}, {5.0, 0}), -1);
+  EXPECT_EQ(CompareLength(one, {0.75, 0x1p-280, 1.0}, {1.25, 0}), 1);
+}
+
+TEST(ExactRatio, LengthsBeyondTheRangeOfDoubleAreCompared) {
+  const ExactRatio one = Ratio(Of(1.0), Of(1.0));
+  EXPECT_EQ(CompareLength(one, alongX, {1e300, 1000}), -1);
+  EXPECT_EQ(CompareLength(one, alongX, {std::numeric_limits<double>::infinity(), 0}), -1);
+  EXPECT_EQ(CompareLength(one, alongX, {1e-300, -1000}), 1);
+  for (const double below : {0.0, -0.0, -1.0, -std::numeric_limits<double>::infinity(),
+                             std::numeric_limits<double>::quiet_NaN()}) {
+    EXPECT_EQ(CompareLength(one, alongX, {below, 0}), 1);
+  }
+  const ExactRatio tiny = Ratio(Of(0x1p-1020), Of(3.0));
+  // 2^-1020 / 3 in the scale of 2^-500: its square is far below the least double.
+  EXPECT_EQ(CompareLength(tiny, alongX, {0x1.5555555555555p-2, -1020}), 1);
+  EXPECT_EQ(CompareLength(tiny, alongX, {0x1.5555555555556p-2, -1020}), -1);
+  EXPECT_EQ(CompareLength(Ratio(Of(0x1p-1020), Of(4.0)), alongX, {0x1p-2, -1020}), 0);
+  EXPECT_EQ(CompareLength(Ratio(Of(0x1p-1020), Of(4.0)), alongX, {0x1p-1022, 0}), 0);
+  EXPECT_EQ(CompareLength(Ratio(Of(0x1p1000), Of(0x1p-1000)), alongX, {1.0, 2000}), 0);
+  EXPECT_EQ(CompareLength(Ratio(Of(0x1p1000), Of(0x1p-1000)), alongX, {1.0, 2001}), -1);
+}
+
+TEST(ExactRatio, LengthsAgreeWithWholeNumbers) {
+  const unsigned seed = 78;
+  SCOPED_TRACE(testing::Message() << "seed " << seed);
+  std::mt19937_64 random(seed);
+  std::uniform_int_distribution<std::int64_t> term(1, 2000);
+  std::uniform_int_distribution<std::int64_t> component(-30, 30);
+  int counts[3] = {};
+  for (int round = 0; round < 20000; ++round) {
+    // Every third time the length of the vector and the ratio are whole.
+    const bool isWhole = round % 3 == 0;
+    const std::int64_t x = isWhole ? 3 * component(random) : component(random);
+    const std::int64_t y = isWhole ? x / 3 * 4 : component(random);
+    const std::int64_t square = x * x + y * y;
+    if (square == 0) continue;
+    const std::int64_t under = term(random);
+    const std::int64_t over = isWhole ? under * (1 + round % 7) : term(random);
+    const auto near = static_cast<std::int64_t>(std::sqrt(static_cast<double>(square)) *
+                                                static_cast<double>(over)) /
+                      under;
+    const std::int64_t limit = std::max<std::int64_t>(1, near + round % 4 / 3);
+    const Wide cross =
+        static_cast<Wide>(over) * over * square - static_cast<Wide>(limit) * limit * under * under;
+    const int expected = (cross > 0) - (cross < 0);
+    ++counts[expected + 1];
+    const ExactRatio ratio = Ratio(Whole(-over), Whole(-under));
+    const Coord3 vector{static_cast<double>(x), static_cast<double>(y), 0.0};
+    ASSERT_EQ(CompareLength(ratio, vector, {static_cast<double>(limit), 0}), expected) << round;
+  }
+  for (const int count : counts)
+    EXPECT_GT(count, 3000);
 }
 
 } // namespace

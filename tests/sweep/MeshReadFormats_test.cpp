@@ -94,13 +94,6 @@ TEST(MeshReadFormats, QuotesAreShortAndPrintable) {
   EXPECT_EQ(gsl_sweep::Quoted(std::string(41, 'x')), "'" + std::string(40, 'x') + "...'");
 }
 
-TEST(MeshReadFormats, ExtensionIsBehindTheLastDotOfTheName) {
-  EXPECT_EQ(gsl_sweep::ExtensionOf("a.b/part.STL"), "stl");
-  EXPECT_EQ(gsl_sweep::ExtensionOf("a.stl/part"), "");
-  EXPECT_EQ(gsl_sweep::ExtensionOf("part."), "");
-  EXPECT_EQ(gsl_sweep::ExtensionOf("part.tar.gz"), "gz");
-}
-
 TEST(MeshReadFormats, CommentsAreSkippedOnlyWhereTheFormatHasThem) {
   const MeshSource source{"a #b c\nd#e\nf", "sample"};
   gsl_sweep::WordScanner with(source, source.bytes, true);

@@ -3,9 +3,13 @@
 #include "MeshSamples.h"
 
 #include <chrono>
+#include <csignal>
 #include <cstdlib>
 #include <filesystem>
+#include <thread>
+#include <utility>
 
+#include <fcntl.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
@@ -164,6 +168,102 @@ TEST(MeshRead, MessagesAreOneLineWhateverTheNameOfTheFile) {
 TEST(MeshRead, FromMemoryRefusesWhatOnlyFilesCanBe) {
   EXPECT_THAT(ErrorOf(MeshFormat::Assimp, Glb()), HasSubstr("sample: unknown mesh format"));
   EXPECT_THAT(ErrorOf(MeshFormat::Unknown, "x"), HasSubstr("sample: unknown mesh format"));
+}
+
+namespace {
+
+/// Reads bytes that another thread sends through a pipe.
+class Stream {
+public:
+  explicit Stream(std::string bytes) {
+    EXPECT_EQ(pipe(m_ends), 0);
+    std::signal(SIGPIPE, SIG_IGN); // a reader may give up
+    m_sender = std::thread([this, sent = std::move(bytes)] {
+      for (std::size_t done = 0; done < sent.size();) {
+        const ssize_t written = write(m_ends[1], sent.data() + done, sent.size() - done);
+        if (written < 0) break;
+        done += static_cast<std::size_t>(written);
+      }
+      close(m_ends[1]);
+    });
+  }
+  Stream(const Stream&) = delete;
+  Stream& operator=(const Stream&) = delete;
+  ~Stream() {
+    close(m_ends[0]);
+    m_sender.join();
+  }
+
+  Mesh Read(MeshFormat format) {
+    return gsl_sweep::ReadMeshFromStream(m_ends[0], "a pipe", format);
+  }
+  int End() const { return m_ends[0]; }
+
+private:
+  int m_ends[2] = {-1, -1};
+  std::thread m_sender;
+};
+
+std::string ErrorOfStream(const std::string& bytes, MeshFormat format) {
+  try {
+    Stream(bytes).Read(format);
+  } catch (const MeshError& e) {
+    return e.what();
+  }
+  return "no error";
+}
+
+} // namespace
+
+TEST(MeshRead, StreamIsReadToItsEnd) {
+  const std::pair<std::string, MeshFormat> samples[] = {
+      {StlText(TetrahedronCorners()), MeshFormat::Stl},
+      {StlBinary(TetrahedronCorners()), MeshFormat::Stl},
+      {PlyText(), MeshFormat::Ply},
+      {PlyBinary(true), MeshFormat::Ply},
+      {OffText(), MeshFormat::Off}};
+  for (const auto& [bytes, format] : samples) {
+    for (const MeshFormat asked : {format, MeshFormat::Unknown}) {
+      const Mesh mesh = Stream(bytes).Read(asked);
+      ExpectCorners(mesh, TetrahedronCorners());
+      EXPECT_EQ(mesh.file, "a pipe");
+    }
+  }
+  ExpectCorners(Stream(ObjText()).Read(MeshFormat::Obj), TetrahedronCorners());
+  std::vector<Coord3> many;
+  for (int k = 0; k < 3 * 50000; ++k)
+    many.push_back({0.5 * k, 1.0, 2.0});
+  ExpectCorners(Stream(StlBinary(many)).Read(MeshFormat::Stl), many); // more than a pipe holds
+}
+
+TEST(MeshRead, StreamThatDoesNotBlockIsWaitedFor) {
+  Stream stream(ObjText() + std::string(1 << 20, '\n'));
+  ASSERT_EQ(fcntl(stream.End(), F_SETFL, O_NONBLOCK), 0);
+  ExpectCorners(stream.Read(MeshFormat::Obj), TetrahedronCorners());
+}
+
+TEST(MeshRead, StreamOfNoClearFormatIsRefused) {
+  const std::string names = "stl, ply, obj or off";
+  EXPECT_EQ(ErrorOfStream(ObjText(), MeshFormat::Unknown),
+            "a pipe: its contents do not show the format; expected --format with " + names);
+  EXPECT_EQ(ErrorOfStream(PlyText(), MeshFormat::Stl),
+            "a pipe: its contents are ply, but --format says stl");
+  EXPECT_EQ(ErrorOfStream(Glb(), MeshFormat::Unknown),
+            "a pipe: is of a format that is read from files only; expected " + names + " here");
+  EXPECT_EQ(ErrorOfStream(Glb(), MeshFormat::Stl), ErrorOfStream(Glb(), MeshFormat::Unknown));
+  EXPECT_EQ(ErrorOfStream("", MeshFormat::Stl), "a pipe: is empty");
+  EXPECT_THAT(ErrorOfStream("\x1F\x8B\x08", MeshFormat::Obj),
+              testing::StartsWith("a pipe: is compressed with gzip; "));
+  EXPECT_THAT(ErrorOfStream("v 0 0\n", MeshFormat::Obj), testing::StartsWith("a pipe: line 1: "));
+}
+
+TEST(MeshRead, StreamThatCannotBeReadIsRefused) {
+  try {
+    gsl_sweep::ReadMeshFromStream(-1, "a pipe", MeshFormat::Stl);
+    ADD_FAILURE() << "not refused";
+  } catch (const MeshError& e) {
+    EXPECT_STREQ(e.what(), "a pipe: cannot be read: Bad file descriptor");
+  }
 }
 
 TEST(MeshRead, HundredThousandTrianglesTakeAFractionOfASecond) {

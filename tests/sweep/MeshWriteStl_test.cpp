@@ -1,4 +1,4 @@
-#include "MeshWriteStl.h"
+#include "MeshWrite.h"
 
 #include "MeshSamples.h"
 #include "OutputFile.h"
@@ -9,9 +9,7 @@
 using namespace gsl_mesh_samples;
 using gsl_sweep::OutputError;
 using gsl_sweep::ReadMesh;
-using gsl_sweep::WriteStl;
-using testing::ElementsAre;
-using testing::IsEmpty;
+using gsl_sweep::WriteMesh;
 
 namespace {
 
@@ -40,7 +38,7 @@ TEST(MeshWriteStl, WrittenAndReadIsExactInSinglePrecision) {
         {static_cast<double>(c[0]), static_cast<double>(c[1]), static_cast<double>(c[2])});
   }
   const std::string path = folder.Path("part.stl");
-  WriteStl(path, mesh, false);
+  WriteMesh(path, mesh, false);
   const Mesh read = ReadMesh(path);
   ASSERT_EQ(read.corners.size(), mesh.corners.size());
   for (std::size_t k = 0; k < mesh.corners.size(); ++k) {
@@ -58,7 +56,7 @@ TEST(MeshWriteStl, WrittenAndReadIsExactInSinglePrecision) {
 TEST(MeshWriteStl, CoordinatesAreRoundedToNearest) {
   const TemporaryFolder folder;
   const std::string path = folder.Path("part.stl");
-  WriteStl(path, {"", {{0.1, 1.0 / 3.0, 1e-50}, {1, 0, 0}, {0, 1, 0}}, {}}, false);
+  WriteMesh(path, {"", {{0.1, 1.0 / 3.0, 1e-50}, {1, 0, 0}, {0, 1, 0}}, {}}, false);
   const Mesh read = ReadMesh(path);
   EXPECT_EQ(read.corners[0].x, 0.100000001490116119384765625);
   EXPECT_EQ(read.corners[0].y, 0.3333333432674407958984375);
@@ -68,7 +66,7 @@ TEST(MeshWriteStl, CoordinatesAreRoundedToNearest) {
 TEST(MeshWriteStl, LayoutIsTheFormats) {
   const TemporaryFolder folder;
   const std::string path = folder.Path("part.stl");
-  WriteStl(path, {"", {{0, 0, 5}, {2, 0, 5}, {0, 3, 5}}, {}}, false);
+  WriteMesh(path, {"", {{0, 0, 5}, {2, 0, 5}, {0, 3, 5}}, {}}, false);
   const std::string bytes = BytesOf(path);
   ASSERT_EQ(bytes.size(), 134U);
   EXPECT_NE(bytes.substr(0, 5), "solid");
@@ -83,19 +81,19 @@ TEST(MeshWriteStl, NormalOfATriangleWithoutAreaIsZero) {
   const TemporaryFolder folder;
   const std::string path = folder.Path("part.stl");
   const double nan = std::numeric_limits<double>::quiet_NaN();
-  WriteStl(path,
-           {"",
-            {{0, 0, 0},
-             {1, 1, 1},
-             {2, 2, 2},
-             {nan, 0, 0},
-             {1, 0, 0},
-             {0, 1, 0},
-             {0, 0, 0},
-             {infinity, 0, 0},
-             {0, 1, 0}},
-            {}},
-           false);
+  WriteMesh(path,
+            {"",
+             {{0, 0, 0},
+              {1, 1, 1},
+              {2, 2, 2},
+              {nan, 0, 0},
+              {1, 0, 0},
+              {0, 1, 0},
+              {0, 0, 0},
+              {infinity, 0, 0},
+              {0, 1, 0}},
+             {}},
+            false);
   const std::string bytes = BytesOf(path);
   ASSERT_EQ(bytes.size(), 84U + 3 * 50);
   for (const std::size_t record : {0U, 1U, 2U}) {
@@ -109,25 +107,14 @@ TEST(MeshWriteStl, CoordinateBeyondSinglePrecisionIsRefused) {
   const TemporaryFolder folder;
   const std::string path = folder.Path("part.stl");
   const double largest = std::numeric_limits<float>::max();
-  WriteStl(path, {"", {{largest, 0, 0}, {1, 0, 0}, {0, 1, 0}}, {}}, false);
+  WriteMesh(path, {"", {{largest, 0, 0}, {1, 0, 0}, {0, 1, 0}}, {}}, false);
   EXPECT_EQ(ReadMesh(path).corners[0].x, largest);
   const double beyond = std::nextafter(largest, infinity);
   try {
-    WriteStl(path, {"", {{0, 0, 0}, {1, -beyond, 0}, {0, 1, 0}}, {}}, true);
+    WriteMesh(path, {"", {{0, 0, 0}, {1, -beyond, 0}, {0, 1, 0}}, {}}, true);
     ADD_FAILURE() << "not refused";
   } catch (const OutputError& e) {
     EXPECT_EQ(e.what(), path + ": a coordinate is too large for the single precision of STL");
   }
   EXPECT_EQ(ReadMesh(path).corners[0].x, largest);
-}
-
-TEST(MeshWriteStl, ExistingFileIsKeptUnlessForced) {
-  const TemporaryFolder folder;
-  const std::string path = folder.Write("part.stl", "old");
-  const Mesh mesh{"", TetrahedronCorners(), {}};
-  EXPECT_THROW(WriteStl(path, mesh, false), OutputError);
-  EXPECT_EQ(BytesOf(path), "old");
-  WriteStl(path, mesh, true);
-  ExpectCorners(ReadMesh(path), TetrahedronCorners());
-  EXPECT_THAT(folder.Names(), ElementsAre("part.stl"));
 }

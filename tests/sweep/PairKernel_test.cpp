@@ -6,8 +6,11 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
+#include <cstdint>
 #include <limits>
+#include <optional>
 #include <random>
 
 namespace {
@@ -254,6 +257,143 @@ TEST(PairKernel, ContactAtStartIsOnBothTriangles) {
   ExpectPoint(ContactAtStart(atRest.interval).onFixed, {0.0, 0.0, 0.0});
 }
 
+/// The normal of the first contact; the sentinel when there is none.
+constexpr Coord3 noNormal{-7.0, -8.0, -9.0};
+
+Coord3 FirstNormal(const Coord3& d, const Corners& a, const Corners& b) {
+  const TravelDirection direction(d);
+  const Triangle moving = MakeTriangle(direction, a.p[0], a.p[1], a.p[2]);
+  const Triangle fixed = MakeTriangle(direction, b.p[0], b.p[1], b.p[2]);
+  ContactInterval interval{};
+  EXPECT_TRUE(FindContactInterval(direction, moving, fixed, interval));
+  Coord3 normal = noNormal;
+  const bool found = ContactNormal(direction, moving, fixed, interval.first, normal);
+  EXPECT_EQ(found, normal.x != noNormal.x);
+  return normal;
+}
+
+Corners Scaled(Corners t, double scale) {
+  for (Coord3& p : t.p)
+    p = Multiply(p, scale);
+  return t;
+}
+
+TEST(PairKernel, NormalOfAVertexOnAFaceIsThatOfTheFixedFace) {
+  const Corners spike{{{0.0, 0.0, 3.0}, {1.0, 0.5, 9.0}, {0.0, 1.0, 8.0}}};
+  ExpectPoint(FirstNormal(down, spike, bigFloor), {0.0, 0.0, 1.0});
+  ExpectPoint(FirstNormal({1.0, 0.0, -1.0}, spike, bigFloor), {0.0, 0.0, 1.0});
+  // The plane 3x + 4z = 0, whichever way the fixed triangle turns.
+  const Corners slope{{{-8.0, -8.0, 6.0}, {8.0, -8.0, -6.0}, {0.0, 8.0, 0.0}}};
+  const Corners turned{{slope.p[1], slope.p[0], slope.p[2]}};
+  ExpectPoint(FirstNormal(down, spike, slope), {0.6, 0.0, 0.8});
+  ExpectPoint(FirstNormal(down, spike, turned), {0.6, 0.0, 0.8});
+  // From below it is the other side.
+  const Corners hanging{{{0.0, 0.0, -3.0}, {1.0, 0.5, -9.0}, {0.0, 1.0, -8.0}}};
+  ExpectPoint(FirstNormal({0.0, 0.0, 1.0}, hanging, slope), {-0.6, 0.0, -0.8});
+}
+
+TEST(PairKernel, NormalOfAFaceOnAVertexIsThatOfTheMovingFace) {
+  const Corners plate{{{-8.0, -8.0, 10.0}, {8.0, -8.0, -2.0}, {0.0, 8.0, 4.0}}};
+  const Corners spike{{{0.0, 0.0, -3.0}, {1.0, 0.0, -15.0}, {0.0, 1.0, -16.0}}};
+  ExpectPoint(FirstNormal(down, plate, spike), {0.6, 0.0, 0.8});
+  ExpectPoint(FirstNormal(down, {{plate.p[2], plate.p[1], plate.p[0]}}, spike), {0.6, 0.0, 0.8});
+}
+
+TEST(PairKernel, NormalOfTwoEdgesIsAcrossBoth) {
+  const Corners ridge{{{-1.0, 0.0, 5.0}, {1.0, 0.0, 5.0}, {0.0, 0.5, 9.0}}};
+  const Corners level{{{0.25, -1.0, 2.0}, {0.25, 1.0, 2.0}, {0.5, 0.0, -9.0}}};
+  ExpectPoint(FirstNormal(down, ridge, level), {0.0, 0.0, 1.0});
+  // The fixed edge rises by 3 in 4 along y, so that the normal is (0, -3, 4) / 5.
+  const Corners rising{{{0.25, -4.0, -1.0}, {0.25, 4.0, 5.0}, {0.5, 0.0, -19.0}}};
+  for (int k = 0; k < 3; ++k) {
+    const Corners moving{{ridge.p[k], ridge.p[(k + 1) % 3], ridge.p[(k + 2) % 3]}};
+    const Corners fixed{{rising.p[2 - k], rising.p[(4 - k) % 3], rising.p[(3 - k) % 3]}};
+    ExpectPoint(FirstNormal(down, moving, fixed), {0.0, -0.6, 0.8});
+  }
+}
+
+TEST(PairKernel, OtherKindsHaveNoNormal) {
+  const Corners onEdge{{{0.0, -8.0, 3.0}, {1.0, -9.0, 3.5}, {-1.0, -9.0, 4.0}}};
+  ExpectPoint(FirstNormal(down, onEdge, bigFloor), noNormal);
+  const Corners onCorner{{{8.0, -8.0, 3.0}, {18.0, -9.0, 3.5}, {17.0, -9.0, 4.0}}};
+  ExpectPoint(FirstNormal(down, onCorner, bigFloor), noNormal);
+  const Corners wall{{{1.0, 0.0, 5.0}, {1.0, 4.0, 5.0}, {1.0, 2.0, 9.0}}};
+  const Corners below{{{1.0, 1.0, 2.0}, {1.0, 3.0, 2.0}, {1.0, 2.0, -2.0}}};
+  ExpectPoint(FirstNormal(down, wall, below), noNormal); // edge on corner
+  const TravelDirection direction(down);
+  const Triangle floor = MakeTriangle(direction, bigFloor.p[0], bigFloor.p[1], bigFloor.p[2]);
+  Coord3 normal = noNormal;
+  EXPECT_FALSE(ContactNormal(direction, floor, floor, {0.0, ContactKind::Overlap, {}, {}}, normal));
+  ExpectPoint(normal, noNormal);
+}
+
+TEST(PairKernel, NormalIsNullWhereTheProductWithTheDirectionIsZero) {
+  // No contact of these kinds is found on such triangles; the rule holds for any that is named.
+  const Corners wall{{{1.0, 0.0, 5.0}, {1.0, 4.0, 5.0}, {1.0, 2.0, 9.0}}};
+  const TravelDirection direction(down);
+  const Triangle edgeOn = MakeTriangle(direction, wall.p[0], wall.p[1], wall.p[2]);
+  Coord3 normal = noNormal;
+  for (const ContactKind kind :
+       {ContactKind::VertexFace, ContactKind::FaceVertex, ContactKind::EdgeEdge}) {
+    EXPECT_FALSE(ContactNormal(direction, edgeOn, edgeOn, {1.0, kind, {}, {}, 0, 1}, normal));
+    EXPECT_FALSE(ContactNormal(direction, edgeOn, edgeOn, {1.0, kind, {}, {}, 2, 2}, normal));
+  }
+  ExpectPoint(normal, noNormal);
+}
+
+TEST(PairKernel, NormalIsTheSameAtEverySize) {
+  const Corners spike{{{0.25, 0.5, 30.0}, {1.0, 0.5, 90.0}, {0.0, 1.0, 80.0}}};
+  const Corners slope{{{-8.0, -7.0, 6.0}, {9.0, -8.0, -6.0}, {1.0, 8.0, 0.125}}};
+  const Coord3 d{0.0625, 0.03125, -1.0};
+  const Coord3 expected = FirstNormal(d, spike, slope);
+  ASSERT_NE(expected.x, noNormal.x);
+  for (const double scale : {0x1p-270, 0x1p-100, 0x1p100, 0x1p290})
+    ExpectPoint(FirstNormal(d, Scaled(spike, scale), Scaled(slope, scale)), expected);
+}
+
+TEST(PairKernel, NormalKeepsEveryDigitWhereTheEdgesAreAllButParallel) {
+  // Neighbours of the Fibonacci series: F(n) F(n+2) - F(n+1)^2 is 1 for the odd n = 69, though the
+  // products have 29 digits. The cross product of the edges is (-F(69), F(68), 1).
+  const double f68 = 72723460248141.0;
+  const double f69 = 117669030460994.0;
+  const double f70 = 190392490709135.0;
+  const double f71 = 308061521170129.0;
+  const Corners needle{{{0.0, 0.0, 0.0}, {f69, f70, 1.0}, {f70, f71, 1.0}}};
+  // No double is over the inside of this face, so that the contact is only named.
+  const TravelDirection direction(down);
+  const Triangle fixed = MakeTriangle(direction, needle.p[0], needle.p[1], needle.p[2]);
+  Coord3 normal = noNormal;
+  ASSERT_TRUE(
+      ContactNormal(direction, fixed, fixed, {1.0, ContactKind::VertexFace, {}, {}}, normal));
+  const long double length =
+      std::sqrt(static_cast<long double>(f69) * static_cast<long double>(f69) +
+                static_cast<long double>(f68) * static_cast<long double>(f68) + 1.0L);
+  const auto expected = [length](double c) {
+    return static_cast<double>(static_cast<long double>(c) / length);
+  };
+  EXPECT_NEAR(normal.x, expected(-f69), 0x1p-53);
+  EXPECT_NEAR(normal.y, expected(f68), 0x1p-53);
+  EXPECT_NEAR(normal.z, expected(1.0), expected(1.0) * 0x1p-52);
+}
+
+TEST(PairKernel, SmallComponentOfANormalIsKept) {
+  // The plane z = 2^-400 x, made of coordinates that are in range.
+  const double rise = 0x1p-240;
+  const double run = 0x1p160;
+  const Corners floor{{{-run, -run, -rise}, {run, -run, rise}, {0.0, run, 0.0}}};
+  const Corners spike{{{1.0, 1.0, 3.0}, {1.0, 1.0, 5.0}, {1.0, 1.0, 6.0}}};
+  ExpectPoint(FirstNormal(down, spike, floor), {-0x1p-400, 0.0, 1.0});
+  // The cross product of the edges is (15 2^-470, -5 2^65, 2^600) but for far lower bits: the first
+  // component of the normal is subnormal.
+  const double big = 0x1p300;
+  const TravelDirection direction(down);
+  const Triangle face =
+      MakeTriangle(direction, {0.0, 0.0, 0.0}, {big, 0x3p-235, 0.0}, {big, big, 0x5p-235});
+  Coord3 normal = noNormal;
+  ASSERT_TRUE(ContactNormal(direction, face, face, {1.0, ContactKind::VertexFace, {}, {}}, normal));
+  ExpectPoint(normal, {0xfp-1070, -0x5p-535, 1.0});
+}
+
 /// What meets first of level triangles that land on each other all at once.
 void ExpectFirst(const Corners& moving, const Corners& fixed, ContactKind kind,
                  const Coord3& onMoving) {
@@ -386,6 +526,89 @@ void CompareWithOracle(std::mt19937_64& random, int range, double scale, double 
   for (const Contact& contact : {first, last}) {
     EXPECT_LE(DistanceToTriangle(contact.onMoving, moving), 1e-15 * size);
     EXPECT_LE(DistanceToTriangle(contact.onFixed, fixed), 1e-15 * size);
+  }
+}
+
+using WholeVector = std::array<std::int64_t, 3>;
+
+WholeVector WholeEdge(const oracle::IntTriangle& t, int k) {
+  const auto from = static_cast<std::size_t>(k);
+  const std::size_t to = (from + 1) % 3;
+  return {t[to][0] - t[from][0], t[to][1] - t[from][1], t[to][2] - t[from][2]};
+}
+
+WholeVector WholeCross(const WholeVector& u, const WholeVector& v) {
+  return {u[1] * v[2] - u[2] * v[1], u[2] * v[0] - u[0] * v[2], u[0] * v[1] - u[1] * v[0]};
+}
+
+/// A vector across the features that a contact names, in whole numbers; nothing for the kinds that
+/// name no plane.
+std::optional<WholeVector> AcrossFeatures(const oracle::IntTriangle& a,
+                                          const oracle::IntTriangle& b, const Contact& contact) {
+  switch (contact.kind) {
+  case ContactKind::VertexFace:
+    return WholeCross(WholeEdge(b, 0), WholeEdge(b, 1));
+  case ContactKind::FaceVertex:
+    return WholeCross(WholeEdge(a, 0), WholeEdge(a, 1));
+  case ContactKind::EdgeEdge:
+    return WholeCross(WholeEdge(a, contact.movingFeature), WholeEdge(b, contact.fixedFeature));
+  default:
+    return std::nullopt;
+  }
+}
+
+double DistanceToEdge(const Coord3& p, const Corners& t, int k) {
+  const Coord3& from = t.p[k];
+  return DistanceToTriangle(p, {{from, t.p[(k + 1) % 3], from}});
+}
+
+TEST(PairKernel, NormalsAgreeWithWholeNumbers) {
+  const unsigned seed = 515;
+  SCOPED_TRACE(testing::Message() << "seed " << seed);
+  std::mt19937_64 random(seed);
+  int counts[7] = {};
+  for (int round = 0; round < 40000 && !testing::Test::HasFailure(); ++round) {
+    SCOPED_TRACE(testing::Message() << "round " << round);
+    const int range = round % 2 == 0 ? 1000 : 3;
+    const oracle::IntTriangle a = RandomIntTriangle(random, range);
+    const oracle::IntTriangle b = RandomIntTriangle(random, range);
+    const oracle::IntPoint d = RandomIntTriangle(random, range)[0];
+    if (d == oracle::IntPoint{}) continue;
+    const TravelDirection direction(
+        {static_cast<double>(d[0]), static_cast<double>(d[1]), static_cast<double>(d[2])});
+    const Corners movingCorners = ToCorners(a, 0x1p-7, 0.0);
+    const Corners fixedCorners = ToCorners(b, 0x1p-7, 0.0);
+    const Triangle moving =
+        MakeTriangle(direction, movingCorners.p[0], movingCorners.p[1], movingCorners.p[2]);
+    const Triangle fixed =
+        MakeTriangle(direction, fixedCorners.p[0], fixedCorners.p[1], fixedCorners.p[2]);
+    ContactInterval interval{};
+    if (!FindContactInterval(direction, moving, fixed, interval)) continue;
+    const Contact& contact = round % 3 == 0 ? interval.last : interval.first;
+    ++counts[static_cast<int>(contact.kind)];
+    Coord3 normal = noNormal;
+    const bool found = ContactNormal(direction, moving, fixed, contact, normal);
+    const auto across = AcrossFeatures(a, b, contact);
+    ASSERT_EQ(found, across.has_value());
+    if (!found) continue;
+    if (contact.kind == ContactKind::EdgeEdge) {
+      EXPECT_LT(DistanceToEdge(contact.onMoving, movingCorners, contact.movingFeature), 1e-13);
+      EXPECT_LT(DistanceToEdge(contact.onFixed, fixedCorners, contact.fixedFeature), 1e-13);
+    }
+    const auto& n = *across;
+    const std::int64_t along = n[0] * d[0] + n[1] * d[1] + n[2] * d[2];
+    ASSERT_NE(along, 0);
+    const auto square = static_cast<long double>(n[0] * n[0] + n[1] * n[1] + n[2] * n[2]);
+    const long double length = (along > 0 ? -1.0L : 1.0L) * std::sqrt(square);
+    const double values[3] = {normal.x, normal.y, normal.z};
+    for (std::size_t k = 0; k < 3; ++k) {
+      const auto expected = static_cast<double>(static_cast<long double>(n[k]) / length);
+      EXPECT_NEAR(values[k], expected, std::fabs(expected) * 0x1p-52);
+    }
+  }
+  for (const ContactKind kind :
+       {ContactKind::VertexFace, ContactKind::FaceVertex, ContactKind::EdgeEdge}) {
+    EXPECT_GT(counts[static_cast<int>(kind)], 500) << static_cast<int>(kind);
   }
 }
 

@@ -1,11 +1,16 @@
 #include "Report.h"
 
+#include "JsonDocuments.h"
 #include "SweepShapes.h"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
 #include <cmath>
+#include <limits>
+#include <stdexcept>
+#include <string>
+#include <vector>
 
 namespace {
 
@@ -14,6 +19,7 @@ using namespace sweep_shapes;
 
 SweepReport SampleReport() {
   SweepReport report;
+  report.toolVersion = "1.2.3";
   report.movingFile = "bolt.stl";
   report.fixedFile = "bracket.stl";
   report.answer.status = SweepStatus::Contact;
@@ -21,8 +27,24 @@ SweepReport SampleReport() {
   report.answer.direction = {0.0, 0.0, -1.0};
   report.answer.kind = ContactKind::VertexFace;
   report.answer.moving = {12, 1, 0, 7, {1.0, 2.0, 1.0 / 3.0}};
-  report.answer.fixed = {34, 0, 0, 9, {1.0, 2.0, 0.25}};
+  report.answer.fixed = {34, 0, 5, 9, {1.0, 2.0, 0.25}};
+  report.answer.hasNormal = true;
+  report.answer.normal = {0.6, 0.0, 0.8};
   return report;
+}
+
+/// The JSON of a report, which is held against its schema.
+nlohmann::ordered_json JsonOf(const SweepReport& report) {
+  const std::string document = ReportAsJson(report);
+  json_documents::Keep(document);
+  return nlohmann::ordered_json::parse(document);
+}
+
+std::vector<std::string> KeysOf(const nlohmann::ordered_json& json) {
+  std::vector<std::string> keys;
+  for (const auto& [key, value] : json.items())
+    keys.push_back(key);
+  return keys;
 }
 
 TEST(Report, TextOfAContact) {
@@ -50,6 +72,12 @@ TEST(Report, TextWithoutContactNamesTheLimit) {
   EXPECT_EQ(ReportAsText(report), "No contact along (0, 0, -1) within 12.5.\n" + bodies);
 }
 
+TEST(Report, TextNamesStandardInput) {
+  SweepReport report = SampleReport();
+  report.fixedFile = "-";
+  EXPECT_NE(ReportAsText(report).find("  fixed   standard input, triangle 9"), std::string::npos);
+}
+
 TEST(Report, TextKeepsControlCharactersOfFileNamesOut) {
   SweepReport report = SampleReport();
   report.movingFile = "a\n\x1b[2Jb.stl";
@@ -57,25 +85,53 @@ TEST(Report, TextKeepsControlCharactersOfFileNamesOut) {
 }
 
 TEST(Report, JsonHasExactlyTheDocumentedKeysInOrder) {
-  const auto json = nlohmann::ordered_json::parse(ReportAsJson(SampleReport()));
-  std::vector<std::string> keys;
-  for (const auto& [key, value] : json.items())
-    keys.push_back(key);
-  EXPECT_EQ(keys, (std::vector<std::string>{"schema_version", "status", "travel", "direction",
-                                            "kind", "moving", "fixed", "warnings"}));
-  keys.clear();
-  for (const auto& [key, value] : json["moving"].items())
-    keys.push_back(key);
-  EXPECT_EQ(keys, (std::vector<std::string>{"file", "triangles", "skipped", "triangle", "point"}));
-  EXPECT_EQ(json["schema_version"], 1);
+  const auto json = JsonOf(SampleReport());
+  EXPECT_EQ(KeysOf(json), (std::vector<std::string>{"schema_version", "tool_version", "question",
+                                                    "status", "travel", "direction", "kind",
+                                                    "normal", "moving", "fixed", "warnings"}));
+  EXPECT_EQ(KeysOf(json["question"]),
+            (std::vector<std::string>{"offset", "max_distance", "one_sided"}));
+  for (const char* body : {"moving", "fixed"}) {
+    EXPECT_EQ(KeysOf(json[body]), (std::vector<std::string>{"file", "triangles", "skipped",
+                                                            "left_out", "triangle", "point"}));
+  }
+  EXPECT_EQ(json["schema_version"], 2);
+  EXPECT_EQ(json["tool_version"], "1.2.3");
   EXPECT_EQ(json["status"], "contact");
   EXPECT_EQ(json["kind"], "vertex-face");
+  EXPECT_EQ(json["normal"], nlohmann::ordered_json::parse("[0.6, 0.0, 0.8]"));
   EXPECT_EQ(json["moving"]["file"], "bolt.stl");
   EXPECT_EQ(json["moving"]["triangles"], 12);
   EXPECT_EQ(json["moving"]["skipped"], 1);
+  EXPECT_EQ(json["moving"]["left_out"], 0);
   EXPECT_EQ(json["moving"]["triangle"], 7);
+  EXPECT_EQ(json["fixed"]["left_out"], 5);
   EXPECT_EQ(json["fixed"]["triangle"], 9);
   EXPECT_TRUE(json["warnings"].is_array());
+}
+
+TEST(Report, JsonRepeatsTheQuestion) {
+  SweepReport report = SampleReport();
+  auto question = JsonOf(report)["question"];
+  EXPECT_EQ(question["offset"], nlohmann::ordered_json::parse("[0.0, 0.0, 0.0]"));
+  EXPECT_TRUE(question["max_distance"].is_null());
+  EXPECT_EQ(question["one_sided"], false);
+  report.offset = {1.5, -2.0, 1e300};
+  report.maxDistance = 0.25;
+  report.oneSided = true;
+  question = JsonOf(report)["question"];
+  EXPECT_EQ(question["offset"], nlohmann::ordered_json::parse("[1.5, -2.0, 1e300]"));
+  EXPECT_EQ(question["max_distance"], 0.25);
+  EXPECT_EQ(question["one_sided"], true);
+}
+
+TEST(Report, JsonNormalIsNullWhereThereIsNone) {
+  SweepReport report = SampleReport();
+  report.answer.hasNormal = false;
+  EXPECT_TRUE(JsonOf(report)["normal"].is_null());
+  report.answer.hasNormal = true;
+  report.answer.status = SweepStatus::None;
+  EXPECT_TRUE(JsonOf(report)["normal"].is_null());
 }
 
 TEST(Report, JsonNumbersReadBackAsTheSameDoubles) {
@@ -90,7 +146,7 @@ TEST(Report, JsonNumbersReadBackAsTheSameDoubles) {
   for (const double value : values) {
     report.answer.travel = value;
     report.answer.moving.point = {-value, value, 0.0};
-    const auto json = nlohmann::json::parse(ReportAsJson(report));
+    const auto json = JsonOf(report);
     EXPECT_EQ(json["travel"].get<double>(), value);
     EXPECT_EQ(json["moving"]["point"][0].get<double>(), -value);
   }
@@ -99,7 +155,7 @@ TEST(Report, JsonNumbersReadBackAsTheSameDoubles) {
 TEST(Report, JsonIsNullWhereThereIsNoContact) {
   SweepReport report = SampleReport();
   report.answer.status = SweepStatus::None;
-  const auto json = nlohmann::json::parse(ReportAsJson(report));
+  const auto json = JsonOf(report);
   EXPECT_EQ(json["status"], "none");
   EXPECT_TRUE(json["travel"].is_null());
   EXPECT_TRUE(json["kind"].is_null());
@@ -114,7 +170,8 @@ TEST(Report, JsonOfAStartHasTravelZero) {
   SweepReport report = SampleReport();
   report.answer.status = SweepStatus::Start;
   report.answer.travel = 0.0;
-  const auto json = nlohmann::json::parse(ReportAsJson(report));
+  report.warnings = {"one", "two"};
+  const auto json = JsonOf(report);
   EXPECT_EQ(json["status"], "start");
   EXPECT_EQ(json["travel"], 0.0);
 }
@@ -123,7 +180,7 @@ TEST(Report, JsonSurvivesFileNamesThatAreNotUtf8) {
   SweepReport report = SampleReport();
   report.movingFile = "a\xff\"\n.stl";
   report.warnings = {"\xc3\x28"};
-  const auto json = nlohmann::json::parse(ReportAsJson(report));
+  const auto json = JsonOf(report);
   EXPECT_EQ(json["moving"]["file"], "a\xef\xbf\xbd\"\n.stl");
 }
 
@@ -181,6 +238,32 @@ TEST(Report, MovedMeshIsAdvancedByTheTravel) {
   EXPECT_EQ(moved.corners[0].y, -2.5);
   EXPECT_EQ(moved.corners[0].x, 0.0);
   EXPECT_EQ(moved.corners.size(), 36u);
+}
+
+TEST(Report, MovedMeshStaysInTheRangeOfDouble) {
+  SweepAnswer answer;
+  answer.travel = 1e308;
+  answer.direction = {0.0, 0.0, 1.0};
+  Mesh mesh = NamedCube("one.stl", 1.0);
+  mesh.corners[0].x = std::numeric_limits<double>::infinity();
+  EXPECT_EQ(MovedMesh(mesh, answer).corners[0].z, 1e308); // was not finite before
+  mesh.corners[5].z = 1e308;
+  EXPECT_THROW(MovedMesh(mesh, answer), std::overflow_error);
+}
+
+TEST(Report, TranslateNamesWhatMovesTooFar) {
+  Mesh mesh = NamedCube("one.stl", 1.0);
+  Translate(mesh, {1.5, -2.0, 0.25}, "--offset");
+  EXPECT_EQ(mesh.corners[0].x, 1.5);
+  EXPECT_EQ(mesh.corners[0].y, -2.0);
+  EXPECT_EQ(mesh.corners[0].z, 0.25);
+  Translate(mesh, {1e308, 0.0, 0.0}, "--offset");
+  try {
+    Translate(mesh, {1e308, 0.0, 0.0}, "--offset");
+    ADD_FAILURE() << "not refused";
+  } catch (const std::overflow_error& e) {
+    EXPECT_STREQ(e.what(), "--offset moves a corner of one.stl beyond the range of double");
+  }
 }
 
 } // namespace

@@ -54,6 +54,8 @@ void ExpectSame(const SweepAnswer& actual, const SweepAnswer& expected) {
   EXPECT_EQ(actual.fixed.triangle, expected.fixed.triangle);
   ExpectPoint(actual.moving.point, expected.moving.point);
   ExpectPoint(actual.fixed.point, expected.fixed.point);
+  EXPECT_EQ(actual.hasNormal, expected.hasNormal);
+  ExpectPoint(actual.normal, expected.normal);
 }
 
 TEST(Search, CubeTowardsCubeInSixDirections) {
@@ -91,6 +93,8 @@ TEST(Search, EdgeOverEdgeOfTwoRoofs) {
   EXPECT_EQ(answer.kind, ContactKind::EdgeEdge);
   ExpectPoint(answer.moving.point, {0.5, 0.0, 5.0});
   ExpectPoint(answer.fixed.point, {0.5, 0.0, 2.0});
+  EXPECT_TRUE(answer.hasNormal);
+  ExpectPoint(answer.normal, {0.0, 0.0, 1.0});
 }
 
 Mesh Pyramid(const Coord3& apex, double height) {
@@ -121,6 +125,31 @@ TEST(Search, VertexOverFaceAndVertexOverVertex) {
       Ask(Box({-4.0, -4.0, 6.0}, {4.0, 4.0, 7.0}), Pyramid({0.25, 0.5, 2.0}, -2.0), down);
   EXPECT_EQ(underFace.travel, 4.0);
   EXPECT_EQ(underFace.kind, ContactKind::FaceVertex);
+  EXPECT_TRUE(onFace.hasNormal && underFace.hasNormal);
+  ExpectPoint(onFace.normal, {0.0, 0.0, 1.0});
+  ExpectPoint(underFace.normal, {0.0, 0.0, 1.0});
+  EXPECT_FALSE(onTip.hasNormal);
+}
+
+TEST(Search, NormalIsAgainstTheDirectionFromEitherSide) {
+  // A wall y = 2x / 3 at the foot of a spike, met from above and, at the start, from below.
+  Mesh wall;
+  AddTriangle(wall, {-6.0, -4.0, -9.0}, {6.0, 4.0, -9.0}, {0.0, 0.0, 9.0});
+  Mesh spike;
+  AddTriangle(spike, {0.0, 13.0, 0.0}, {0.0, 14.0, 1.0}, {0.0, 15.0, -1.0});
+  const Coord3 across{0.0, -1.0, 0.0};
+  const SweepAnswer above = Ask(spike, wall, across);
+  EXPECT_EQ(above.kind, ContactKind::VertexFace);
+  const double length = std::sqrt(13.0);
+  EXPECT_TRUE(above.hasNormal);
+  EXPECT_NEAR(above.normal.x, -2.0 / length, 1e-16);
+  EXPECT_NEAR(above.normal.y, 3.0 / length, 2e-16);
+  EXPECT_EQ(above.normal.z, 0.0);
+  const SweepAnswer atStart = Ask(Moved(spike, {0.0, -13.0, 0.0}), wall, {0.0, 1.0, 0.0});
+  EXPECT_EQ(atStart.status, SweepStatus::Start);
+  EXPECT_EQ(atStart.kind, ContactKind::VertexFace);
+  EXPECT_TRUE(atStart.hasNormal);
+  ExpectPoint(atStart.normal, {-above.normal.x, -above.normal.y, 0.0});
 }
 
 TEST(Search, CoplanarWallsThatSlidePastEachOtherTouch) {
@@ -198,6 +227,10 @@ TEST(Search, GreatestDistanceIsClosed) {
   EXPECT_EQ(Ask(moving, fixed, down, std::nextafter(2.0, 0.0)).status, SweepStatus::None);
   EXPECT_EQ(Ask(moving, fixed, down, 0.0).status, SweepStatus::None);
   EXPECT_EQ(Ask(fixed, fixed, down, 0.0).status, SweepStatus::Start);
+  EXPECT_EQ(Ask(fixed, fixed, down, -0.0).status, SweepStatus::Start);
+  for (const double noDistance : {-1.0, -infinity, nan}) {
+    EXPECT_THROW(Ask(moving, fixed, down, noDistance), std::invalid_argument);
+  }
 }
 
 TEST(Search, DirectionNeedNotBeUnit) {
@@ -228,8 +261,8 @@ TEST(Search, OneSidedDropsWhatTurnsAway) {
   const Mesh inside = Box({-1.0, -1.0, -1.0}, {1.0, 1.0, 1.0});
   const SweepAnswer answer = AskOneSided(inside, fixed, down);
   EXPECT_EQ(answer.status, SweepStatus::None);
-  EXPECT_EQ(answer.moving.turnedAway, 2u);
-  EXPECT_EQ(answer.fixed.turnedAway, 2u);
+  EXPECT_EQ(answer.moving.leftOut, 2u);
+  EXPECT_EQ(answer.fixed.leftOut, 2u);
   EXPECT_EQ(Ask(inside, fixed, down).status, SweepStatus::Contact);
   const SweepAnswer above = AskOneSided(Moved(inside, {0.0, 0.0, 20.0}), fixed, down);
   EXPECT_EQ(above.status, SweepStatus::Contact);
@@ -244,7 +277,7 @@ TEST(Search, OneSidedKeepsEdgeOnAndDegenerateTriangles) {
   const SweepAnswer answer = AskOneSided(moving, wall, down);
   EXPECT_EQ(answer.status, SweepStatus::Contact);
   EXPECT_EQ(answer.travel, 2.0);
-  EXPECT_EQ(answer.moving.turnedAway + answer.fixed.turnedAway, 0u);
+  EXPECT_EQ(answer.moving.leftOut + answer.fixed.leftOut, 0u);
 }
 
 TEST(Search, NonFiniteTrianglesAreSkippedAndCounted) {
@@ -314,7 +347,7 @@ SweepAnswer BruteForce(const Mesh& moving, const Mesh& fixed, const Coord3& d) {
     return MakeTriangle(direction, c[0], c[1], c[2]);
   };
   SweepAnswer answer;
-  const auto take = [&answer](SweepStatus status, const Contact& c, std::size_t i, std::size_t j) {
+  const auto take = [&](SweepStatus status, const Contact& c, std::size_t i, std::size_t j) {
     answer.status = status;
     answer.travel = c.travel;
     answer.kind = c.kind;
@@ -322,6 +355,9 @@ SweepAnswer BruteForce(const Mesh& moving, const Mesh& fixed, const Coord3& d) {
     answer.moving.point = c.onMoving;
     answer.fixed.triangle = j;
     answer.fixed.point = c.onFixed;
+    answer.normal = {0.0, 0.0, 0.0};
+    answer.hasNormal =
+        ContactNormal(direction, triangle(moving, i), triangle(fixed, j), c, answer.normal);
   };
   for (std::size_t i = 0; i < moving.TriangleCount(); ++i) {
     for (std::size_t j = 0; j < fixed.TriangleCount(); ++j) {
@@ -432,10 +468,106 @@ TEST(Search, TravelsThatRoundToTheSameNumberAreToldApart) {
     EXPECT_EQ(slope.travel, 0x1.999999999999ap-3);
     EXPECT_EQ(slope.moving.triangle, 1u);
     EXPECT_EQ(slope.fixed.triangle, 0u);
-    // The greatest distance is held against the number that is told.
+    // The greatest distance is compared with the exact travel, 1/5 or the double below 2/3.
     EXPECT_EQ(Ask(oneFifth, fifth, down, 0x1.999999999999ap-3, threads).moving.triangle, 1u);
     EXPECT_EQ(Ask(oneFifth, fifth, down, 0x1.9999999999999p-3, threads).status, SweepStatus::None);
+    EXPECT_EQ(Ask(twoThirds, slopes, down, 0x1.5555555555555p-1, threads).moving.triangle, 1u);
+    EXPECT_EQ(Ask(twoThirds, slopes, down, 0x1.5555555555554p-1, threads).status,
+              SweepStatus::None);
   }
+}
+
+/// A body that is a single point.
+Mesh PointAt(const Coord3& p) {
+  Mesh mesh;
+  AddTriangle(mesh, p, p, p);
+  return mesh;
+}
+
+/// The plane z = x / 3, for 9 units around the origin.
+Mesh Slope(double unit) {
+  Mesh mesh;
+  AddTriangle(mesh, {-9.0, -9.0, -3.0}, {9.0, -9.0, 3.0}, {0.0, 9.0, 0.0});
+  return Stretched(mesh, {unit, unit, unit});
+}
+
+TEST(Search, GreatestDistanceIsComparedWithTheExactTravel) {
+  // 2/3 and 4/3, which are reported as the doubles below them.
+  for (const double z : {1.0, 2.0}) {
+    const Mesh moving = PointAt({z, 0.0, z});
+    const SweepAnswer answer = Ask(moving, Slope(1.0), down);
+    EXPECT_EQ(answer.travel, z * 0x1.5555555555555p-1);
+    EXPECT_EQ(Ask(moving, Slope(1.0), down, answer.travel).status, SweepStatus::None);
+    const double above = std::nextafter(answer.travel, 9.0);
+    EXPECT_EQ(Ask(moving, Slope(1.0), down, above).status, SweepStatus::Contact);
+  }
+  // From (1, 0, 0) along (-1, 1, 1): a quarter of the root of 3, which is above the nearest double.
+  const Coord3 diagonal{-1.0, 1.0, 1.0};
+  const Mesh moving = PointAt({1.0, 0.0, 0.0});
+  const SweepAnswer root = Ask(moving, Slope(1.0), diagonal);
+  EXPECT_EQ(root.travel, 0x1.bb67ae8584caap-2);
+  EXPECT_EQ(Ask(moving, Slope(1.0), diagonal, root.travel).status, SweepStatus::None);
+  EXPECT_EQ(Ask(moving, Slope(1.0), diagonal, 0x1.bb67ae8584cabp-2).status, SweepStatus::Contact);
+}
+
+TEST(Search, GreatestDistanceIsExactBelowTheNormalNumbers) {
+  // In units of the least number: the point (x, 0, z) is by z - x / 3 above the slope.
+  const double unit = std::numeric_limits<double>::denorm_min();
+  const auto ask = [unit](double x, double z, double limit) {
+    return Ask(PointAt({x * unit, 0.0, z * unit}), Slope(unit), down, limit * unit);
+  };
+  EXPECT_EQ(ask(3.0, 3.0, 2.0).status, SweepStatus::Contact); // 2, at the limit
+  EXPECT_EQ(ask(3.0, 3.0, 1.0).status, SweepStatus::None);
+  EXPECT_EQ(ask(2.0, 2.0, 1.0).status, SweepStatus::None); // 4/3, reported as 1
+  EXPECT_EQ(ask(2.0, 2.0, 2.0).travel, unit);
+  EXPECT_EQ(ask(1.0, 2.0, 1.0).status, SweepStatus::None); // 5/3
+  EXPECT_EQ(ask(1.0, 2.0, 2.0).status, SweepStatus::Contact);
+  EXPECT_EQ(ask(1.0, 1.0, 1.0).status, SweepStatus::Contact); // 2/3
+  EXPECT_EQ(ask(2.0, 1.0, 0.0).status, SweepStatus::None);    // 1/3
+  EXPECT_EQ(ask(2.0, 1.0, 1.0).status, SweepStatus::Contact);
+}
+
+TEST(Search, GreatestDistanceFarBelowTheSizeOfTheBodiesIsExact) {
+  // The edges (1, h, 0) and (0, 1, -h) with h = 2^-280 are in the plane z = h^2 x - h y, which is
+  // 3/4 h^2 below the point (1/4, h, 0).
+  const double h = 0x1p-280;
+  Mesh plane;
+  AddTriangle(plane, {0.0, 0.0, 0.0}, {1.0, h, 0.0}, {0.0, 1.0, -h});
+  const Mesh point = PointAt({0.25, h, 0.0});
+  const double travel = 0.75 * h * h;
+  EXPECT_EQ(Ask(point, plane, down).travel, travel);
+  EXPECT_EQ(Ask(point, plane, down, travel).status, SweepStatus::Contact);
+  EXPECT_EQ(Ask(point, plane, down, std::nextafter(travel, 0.0)).status, SweepStatus::None);
+  EXPECT_EQ(Ask(point, plane, down, 0.0).status, SweepStatus::None);
+}
+
+TEST(Search, ReportedTravelIsNeverBeyondTheGreatestDistance) {
+  const unsigned seed = 161;
+  SCOPED_TRACE(testing::Message() << "seed " << seed);
+  std::mt19937_64 random(seed);
+  std::uniform_real_distribution<double> unit(-1.0, 1.0);
+  int within = 0;
+  int beyond = 0;
+  for (int round = 0; round < 4000; ++round) {
+    const double size = std::ldexp(1.0, static_cast<int>(random() % 2000) - 1060);
+    const Mesh moving = PointAt({size * unit(random), size * unit(random), 4.0 * size});
+    const Coord3 d{0.1 * unit(random), 0.1 * unit(random), -1.0};
+    const SweepAnswer free = Ask(moving, Slope(size), d);
+    ASSERT_EQ(free.status, SweepStatus::Contact);
+    const double limit = free.travel;
+    const SweepAnswer limited = Ask(moving, Slope(size), d, limit);
+    if (limited.status == SweepStatus::Contact) {
+      ++within;
+      ExpectSame(limited, free);
+    } else {
+      ++beyond; // the exact travel is between the limit and half a unit more
+    }
+    EXPECT_EQ(Ask(moving, Slope(size), d, std::nextafter(limit, infinity)).status,
+              SweepStatus::Contact);
+    EXPECT_EQ(Ask(moving, Slope(size), d, std::nextafter(limit, 0.0)).status, SweepStatus::None);
+  }
+  EXPECT_GT(within, 1000);
+  EXPECT_GT(beyond, 1000);
 }
 
 /// First contact by the linear programme of every pair, in fractions.

@@ -34,7 +34,13 @@ TEST(VectorText, RefusesWhatIsNoFiniteDecimalNumber) {
 TEST(VectorText, ReadsVectors) {
   ExpectVector(ParseVector("0,0,-1"), 0.0, 0.0, -1.0);
   ExpectVector(ParseVector("1e3, +2 ,-.25"), 1000.0, 2.0, -0.25);
-  for (const char* text : {"", "1", "1,2", "1,2,", ",,", "1,2,3,4", "1;2;3", "1,2,x"}) {
+  ExpectVector(ParseVector("0 0 -1"), 0.0, 0.0, -1.0);
+  ExpectVector(ParseVector("  1\t2  -.25 "), 1.0, 2.0, -0.25);
+  ExpectVector(ParseVector("1 ,2 , 3"), 1.0, 2.0, 3.0);
+  ExpectVector(ParseVector("1, 2 3"), 1.0, 2.0, 3.0);
+  for (const char* text :
+       {"", " ", "1", "1,2", "1,2,", "1 2 ", ",,", ",1,2", "1,,2", "1,2,,3", "1 2 3 4", "1,2,3,4",
+        "1,2,3,", "1;2;3", "1,2,x", "1 2 x", "1\n2\n3", "123"}) {
     EXPECT_FALSE(ParseVector(text).has_value()) << text;
   }
 }
@@ -46,8 +52,13 @@ TEST(VectorText, ReadsDirections) {
   ExpectVector(ParseDirection("-y"), 0.0, -1.0, 0.0);
   ExpectVector(ParseDirection("+Z"), 0.0, 0.0, 1.0);
   ExpectVector(ParseDirection("-z"), 0.0, 0.0, -1.0);
+  ExpectVector(ParseDirection("x"), 1.0, 0.0, 0.0);
+  ExpectVector(ParseDirection("Y"), 0.0, 1.0, 0.0);
+  ExpectVector(ParseDirection(" z "), 0.0, 0.0, 1.0);
   ExpectVector(ParseDirection("3,0,-4"), 3.0, 0.0, -4.0);
-  for (const char* text : {"", "x", "+w", "+xy", "0,0,0", "-0,0,0", "z-", "nan,0,1"}) {
+  ExpectVector(ParseDirection("0 0 -1"), 0.0, 0.0, -1.0);
+  for (const char* text : {"", "+", "-", "w", "+w", "xy", "+xy", "--z", "+-z", "- z", "0,0,0",
+                           "-0 0 0", "z-", "nan,0,1", "1"}) {
     EXPECT_FALSE(ParseDirection(text).has_value()) << text;
   }
 }

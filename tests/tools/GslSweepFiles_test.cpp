@@ -58,6 +58,39 @@ TEST(GslSweepFiles, MovedBodyTouchesAtOnce) {
   EXPECT_EQ(json::parse(again.out)["status"], "start");
 }
 
+TEST(GslSweepFiles, OutputIsInTheFormatOfItsExtension) {
+  const Folder folder;
+  const Mesh before = gsl_sweep::ReadMesh(GSL_EXAMPLE_MESHES "/bolt.stl");
+  for (const char* name : {"moved.stl", "moved.PLY", "moved.obj", "moved.off"}) {
+    const std::string moved = folder.Path(name);
+    // A third of a unit aside, which single precision cannot hold.
+    const Outcome run =
+        Sweep(parts + "--direction -z --offset 0.3333333333333333,0,0 --output " + moved);
+    EXPECT_EQ(run.status, 0) << run.err;
+    EXPECT_EQ(gsl_sweep::DetectMeshFormat(BytesOf(moved), moved),
+              gsl_sweep::MeshFormatToWrite(moved));
+    const Mesh after = gsl_sweep::ReadMesh(moved);
+    ASSERT_EQ(after.corners.size(), before.corners.size());
+    const bool isStl = gsl_sweep::MeshFormatToWrite(moved) == gsl_sweep::MeshFormat::Stl;
+    for (std::size_t k = 0; k < after.corners.size(); ++k) {
+      const double x = before.corners[k].x + 0.3333333333333333;
+      EXPECT_EQ(after.corners[k].x, isStl ? static_cast<double>(static_cast<float>(x)) : x);
+    }
+  }
+}
+
+TEST(GslSweepFiles, OutputOfAnotherFormatIsWrongUsage) {
+  const Folder folder;
+  for (const char* name : {"moved.step", "moved.3mf", "moved"}) {
+    const std::string moved = folder.Path(name);
+    const Outcome run = Sweep(parts + "--direction -z --output " + moved);
+    ExpectOneErrorLine(run, 2);
+    EXPECT_EQ(run.err,
+              "gsl-sweep: --output must end in .stl, .ply, .obj or .off (got " + moved + ")\n");
+  }
+  EXPECT_TRUE(folder.Names().empty());
+}
+
 TEST(GslSweepFiles, StartWritesTheBodyWhereItIs) {
   const Folder folder;
   const std::string moved = folder.Path("moved.stl");
@@ -96,13 +129,13 @@ TEST(GslSweepFiles, JsonFileHoldsWhatStdoutWould) {
 TEST(GslSweepFiles, ExistingFilesAreKeptUnlessForced) {
   const Folder folder;
   for (const std::string& option : {std::string("--output "), std::string("--json ")}) {
-    const std::string file = folder.Write("old", std::string("old"));
+    const std::string file = folder.Write("old.stl", std::string("old"));
     ExpectOneErrorLine(Sweep(parts + "--direction -z " + option + file), 4);
     EXPECT_EQ(BytesOf(file), "old");
     EXPECT_EQ(Sweep(parts + "--direction -z --force " + option + file).status, 0);
     EXPECT_NE(BytesOf(file), "old");
   }
-  EXPECT_EQ(folder.Names(), std::vector<std::string>{"old"});
+  EXPECT_EQ(folder.Names(), std::vector<std::string>{"old.stl"});
 }
 
 TEST(GslSweepFiles, OutputsThatCannotBeWrittenExitWithFour) {
@@ -127,12 +160,44 @@ TEST(GslSweepFiles, OneOutputUnderTwoNamesIsWrongUsage) {
   const Folder folder;
   std::filesystem::create_directory(folder.Path("inner"));
   std::filesystem::create_symlink("inner", folder.Path("link"));
-  for (const char* other : {"/inner/../inner/out", "//inner/./out", "/link/out"}) {
-    const Outcome run = Sweep(parts + "--direction -z --force --json " + folder.Path("inner/out") +
-                              " --output " + folder.Path("") + other);
+  for (const char* other : {"/inner/../inner/out.stl", "//inner/./out.stl", "/link/out.stl"}) {
+    const Outcome run =
+        Sweep(parts + "--direction -z --force --json " + folder.Path("inner/out.stl") +
+              " --output " + folder.Path("") + other);
     ExpectOneErrorLine(run, 2);
   }
   EXPECT_TRUE(std::filesystem::is_empty(folder.Path("inner")));
+}
+
+TEST(GslSweepFiles, EitherBodyMayComeFromStandardInput) {
+  const std::string bolt = GSL_EXAMPLE_MESHES "/bolt.stl";
+  const std::string bracket = GSL_EXAMPLE_MESHES "/bracket.stl";
+  const json expected = json::parse(Sweep(parts + "--direction -z --json -").out);
+  for (const char* side : {"moving", "fixed"}) {
+    const bool isMoving = side == std::string("moving");
+    const std::string both = isMoving ? "- " + bracket : bolt + " -";
+    const std::string piped =
+        "cat " + (isMoving ? bolt : bracket) + " | $SWEEP " + both + " -d -z ";
+    json answer = json::parse(Shell(piped + "--json -").out);
+    EXPECT_EQ(answer[side]["file"], "-");
+    answer[side]["file"] = expected[side]["file"];
+    EXPECT_EQ(answer, expected);
+    EXPECT_EQ(Shell(piped + "--format stl --json -").status, 0);
+    EXPECT_NE(Shell(piped).out.find(std::string("  ") + (isMoving ? "moving  " : "fixed   ") +
+                                    "standard input, triangle "),
+              std::string::npos);
+  }
+}
+
+TEST(GslSweepFiles, StandardInputThatIsNoMeshExitsWithThree) {
+  const std::string onto = "$SWEEP - " GSL_EXAMPLE_MESHES "/bracket.stl -d -z";
+  const Outcome nothing = Shell(onto + " </dev/null");
+  ExpectOneErrorLine(nothing, 3);
+  EXPECT_EQ(nothing.err, "gsl-sweep: standard input: is empty\n");
+  ExpectOneErrorLine(Shell("echo v 0 0 0 | " + onto), 3);
+  ExpectOneErrorLine(Shell("echo v 0 0 0 | " + onto + " --format obj"), 3);
+  ExpectOneErrorLine(Shell(onto + " </"), 3);
+  ExpectOneErrorLine(Shell(onto + " <&-"), 3);
 }
 
 TEST(GslSweepFiles, OffsetBeyondTheRangeOfDoubleIsAnError) {

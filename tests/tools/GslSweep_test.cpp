@@ -6,6 +6,7 @@
 
 #include <cmath>
 #include <limits>
+#include <set>
 
 #include <pty.h>
 #include <unistd.h>
@@ -43,6 +44,27 @@ TEST(GslSweep, WritesOneJsonDocumentToStdout) {
   EXPECT_EQ(answer["fixed"]["triangles"], 252);
   EXPECT_EQ(answer["fixed"]["point"][2], 0.0);
   EXPECT_EQ(answer["warnings"], json::array());
+  EXPECT_EQ(answer["schema_version"], 2);
+  EXPECT_EQ(answer["tool_version"], GSL_VERSION);
+  EXPECT_EQ(answer["normal"], json::parse("[0.0, 0.0, 1.0]"));
+}
+
+TEST(GslSweep, JsonRepeatsTheQuestionAndNotTheThreads) {
+  const json answer = json::parse(Sweep(parts + "-d -z --offset 0,0,5 --max-distance 12.5 "
+                                                "--one-sided --threads 2 --json -")
+                                      .out);
+  EXPECT_EQ(answer["question"],
+            json::parse(R"({"offset": [0.0, 0.0, 5.0], "max_distance": 12.5, "one_sided": true})"));
+  EXPECT_EQ(answer["status"], "none");
+  EXPECT_TRUE(answer["normal"].is_null());
+  // Of each part, what faces away.
+  EXPECT_GT(answer["moving"]["left_out"], 0);
+  EXPECT_GT(answer["fixed"]["left_out"], 0);
+  const json free = json::parse(Sweep(parts + "-d -z --json -").out);
+  EXPECT_EQ(
+      free["question"],
+      json::parse(R"({"offset": [0.0, 0.0, 0.0], "max_distance": null, "one_sided": false})"));
+  EXPECT_EQ(free["moving"]["left_out"], 0);
 }
 
 TEST(GslSweep, DocumentsShowWhatIsPrinted) {
@@ -65,12 +87,15 @@ TEST(GslSweep, DocumentsShowWhatIsPrinted) {
 
 TEST(GslSweep, TakesDirectionsInEveryForm) {
   const std::string expected = Sweep(parts + "--direction 0,0,-1").out;
-  for (const char* form : {"--direction=0,0,-1", "--direction -z", "--direction=-Z",
-                           "--direction '0, 0, -7.5e2'", "--direction -0.0,+0,-.5"}) {
+  for (const char* form :
+       {"--direction=0,0,-1", "--direction -z", "--direction=-Z", "--direction '0, 0, -7.5e2'",
+        "--direction -0.0,+0,-.5", "--direction '0 0 -1'"}) {
     EXPECT_EQ(Sweep(parts + form).out, expected) << form;
   }
   EXPECT_EQ(Sweep(parts + "--direction -1,0,0").out, Sweep(parts + "--direction=-x").out);
   EXPECT_EQ(Sweep(parts + "--direction -1,0,0").out, Sweep(parts + "--direction=-1,0,0").out);
+  EXPECT_EQ(Sweep(parts + "--direction x").out, Sweep(parts + "--direction 1,0,0").out);
+  EXPECT_EQ(Sweep(parts + "--direction=Z").out, Sweep(parts + "--direction +z").out);
   EXPECT_EQ(Sweep("--direction -z -- " + parts).out, expected);
 }
 
@@ -121,27 +146,28 @@ TEST(GslSweep, OneSidedLeavesOutWhatTurnsAway) {
 }
 
 TEST(GslSweep, WrongUsageExitsWithTwoAndOneLine) {
-  for (const std::string& arguments : {std::string(),
-                                       bolt + " --direction -z",
-                                       parts,
-                                       parts + "--direction",
-                                       parts + "--direction 0,0,0",
-                                       parts + "--direction x",
-                                       parts + "--direction 1,2",
-                                       parts + "--direction nan,0,1",
-                                       parts + "--direction -z --offset 1,2",
-                                       parts + "--direction -z --offset inf,0,0",
-                                       parts + "--direction -z --max-distance -1",
-                                       parts + "--direction -z --max-distance nan",
-                                       parts + "--direction -z --threads 0",
-                                       parts + "--direction -z --threads -3",
-                                       parts + "--direction -z --threads 1025",
-                                       parts + "--direction -z --threads x",
-                                       parts + "--direction -z --progress sometimes",
-                                       parts + "--direction -z --unknown",
-                                       parts + "third.stl --direction -z",
-                                       parts + "--direction -z --direction -x",
-                                       parts + "--direction -z --json same --output same"}) {
+  for (const std::string& arguments :
+       {std::string(),
+        bolt + " --direction -z",
+        parts,
+        parts + "--direction",
+        parts + "--direction 0,0,0",
+        parts + "--direction w",
+        parts + "--direction 1,2",
+        parts + "--direction nan,0,1",
+        parts + "--direction -z --offset 1,2",
+        parts + "--direction -z --offset inf,0,0",
+        parts + "--direction -z --max-distance -1",
+        parts + "--direction -z --max-distance nan",
+        parts + "--direction -z --threads 0",
+        parts + "--direction -z --threads -3",
+        parts + "--direction -z --threads 1025",
+        parts + "--direction -z --threads x",
+        parts + "--direction -z --progress sometimes",
+        parts + "--direction -z --unknown",
+        parts + "third.stl --direction -z",
+        parts + "--direction -z --direction -x",
+        parts + "--direction -z --json same.stl --output same.stl"}) {
     const Outcome run = Sweep(arguments);
     EXPECT_EQ(run.status, 2) << arguments;
     EXPECT_EQ(run.out, "") << arguments;
@@ -153,12 +179,22 @@ TEST(GslSweep, WrongUsageExitsWithTwoAndOneLine) {
 TEST(GslSweep, HelpAndVersionExitWithZero) {
   EXPECT_EQ(Sweep("--version").out, "gsl-sweep " GSL_VERSION "\n");
   EXPECT_EQ(Sweep("--version").status, 0);
-  const Outcome help = Sweep("--help");
-  EXPECT_EQ(help.status, 0);
-  for (const char* option : {"--direction", "--offset", "--one-sided", "--max-distance", "--json",
-                             "--output", "--threads", "--progress", "--quiet", "--force"}) {
-    EXPECT_NE(help.out.find(option), std::string::npos) << option;
+  EXPECT_EQ(Sweep("--help").status, 0);
+  EXPECT_EQ(Sweep("-h").out, Sweep("--help").out);
+}
+
+TEST(GslSweep, DocumentsNameEveryOptionOfTheHelp) {
+  const std::string help = Sweep("--help").out;
+  const std::string guide = BytesOf(GSL_EXAMPLE_MESHES "/../../docs/gsl-sweep.md");
+  std::set<std::string> names;
+  for (std::size_t at = help.find(" --"); at != help.npos; at = help.find(" --", at + 1)) {
+    const std::size_t begin = at + 1;
+    names.insert(
+        help.substr(begin, help.find_first_not_of("abcdefghijklmnopqrstuvwxyz-", begin) - begin));
   }
+  EXPECT_EQ(names.size(), 13u);
+  for (const std::string& name : names)
+    EXPECT_NE(guide.find("`" + name), std::string::npos) << name;
 }
 
 TEST(GslSweep, SameBytesForAnyNumberOfThreads) {

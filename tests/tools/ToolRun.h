@@ -1,7 +1,8 @@
 #ifndef GSL_TESTS_TOOL_RUN_H
 #define GSL_TESTS_TOOL_RUN_H
 
-#include "MeshWriteStl.h"
+#include "JsonDocuments.h"
+#include "MeshWrite.h"
 #include "TemporaryFolder.h"
 
 #include <algorithm>
@@ -22,12 +23,12 @@ class Folder : public TemporaryFolder {
 public:
   using TemporaryFolder::Write;
   std::string Write(const std::string& name, const gsl_sweep::Mesh& mesh) const {
-    gsl_sweep::WriteStl(Path(name), mesh, true);
+    gsl_sweep::WriteMesh(Path(name), mesh, true);
     return Path(name);
   }
 };
 
-/// Runs a shell command in which $SWEEP is the program.
+/// Runs a shell command in which $SWEEP is the program. A JSON document on its stdout is validated.
 inline Outcome Shell(const std::string& command) {
   const Folder folder;
   const std::string line = "SWEEP='" GSL_SWEEP_PROGRAM "'; { " + command + "; } >'" +
@@ -37,6 +38,7 @@ inline Outcome Shell(const std::string& command) {
   outcome.status = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
   outcome.out = BytesOf(folder.Path("out"));
   outcome.err = BytesOf(folder.Path("err"));
+  if (outcome.out.substr(0, 1) == "{") json_documents::Keep(outcome.out);
   return outcome;
 }
 

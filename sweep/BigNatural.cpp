@@ -1,0 +1,119 @@
+#include "BigNatural.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+
+namespace gsl_sweep {
+
+namespace {
+
+constexpr int limbBits = 32;
+
+using Limbs = std::vector<std::uint32_t>;
+
+int CompareLimbs(const Limbs& a, const Limbs& b) {
+  if (a.size() != b.size()) return a.size() < b.size() ? -1 : 1;
+  for (std::size_t k = a.size(); k > 0; --k) {
+    if (a[k - 1] != b[k - 1]) return a[k - 1] < b[k - 1] ? -1 : 1;
+  }
+  return 0;
+}
+
+} // namespace
+
+BigNatural::BigNatural(double value, int exponent) {
+  constexpr int mantissaBits = 53;
+  int scale = 0;
+  const double fraction = std::frexp(value, &scale);
+  const auto mantissa = static_cast<std::uint64_t>(std::ldexp(fraction, mantissaBits));
+  m_limbs = {static_cast<std::uint32_t>(mantissa),
+             static_cast<std::uint32_t>(mantissa >> limbBits)};
+  m_exponent = scale - mantissaBits + exponent;
+  Trim();
+}
+
+void BigNatural::Trim() {
+  while (!m_limbs.empty() && m_limbs.back() == 0)
+    m_limbs.pop_back();
+}
+
+/// Lets the lowest limb begin at 2^exponent, which must not be above where it begins now.
+void BigNatural::Align(int exponent) {
+  const int shift = m_exponent - exponent;
+  m_exponent = exponent;
+  if (m_limbs.empty() || shift == 0) return;
+  const int bits = shift % limbBits;
+  std::uint64_t carry = 0;
+  for (std::uint32_t& limb : m_limbs) {
+    carry |= static_cast<std::uint64_t>(limb) << bits;
+    limb = static_cast<std::uint32_t>(carry);
+    carry >>= limbBits;
+  }
+  m_limbs.push_back(static_cast<std::uint32_t>(carry));
+  m_limbs.insert(m_limbs.begin(), static_cast<std::size_t>(shift / limbBits), 0U);
+  Trim();
+}
+
+BigNatural BigNatural::Plus(const BigNatural& a, const BigNatural& b) {
+  BigNatural sum = a;
+  BigNatural other = b;
+  const int exponent = std::min(a.m_exponent, b.m_exponent);
+  sum.Align(exponent);
+  other.Align(exponent);
+  sum.m_limbs.resize(std::max(sum.m_limbs.size(), other.m_limbs.size()) + 1, 0U);
+  std::uint64_t carry = 0;
+  for (std::size_t k = 0; k < sum.m_limbs.size(); ++k) {
+    carry += sum.m_limbs[k];
+    if (k < other.m_limbs.size()) carry += other.m_limbs[k];
+    sum.m_limbs[k] = static_cast<std::uint32_t>(carry);
+    carry >>= limbBits;
+  }
+  sum.Trim();
+  return sum;
+}
+
+BigNatural BigNatural::Difference(const BigNatural& a, const BigNatural& b) {
+  if (Compare(a, b) < 0) return Difference(b, a);
+  BigNatural rest = a;
+  BigNatural taken = b;
+  const int exponent = std::min(a.m_exponent, b.m_exponent);
+  rest.Align(exponent);
+  taken.Align(exponent);
+  std::uint64_t borrow = 0;
+  for (std::size_t k = 0; k < rest.m_limbs.size(); ++k) {
+    const std::uint64_t less = borrow + (k < taken.m_limbs.size() ? taken.m_limbs[k] : 0U);
+    borrow = rest.m_limbs[k] < less ? 1 : 0;
+    rest.m_limbs[k] = static_cast<std::uint32_t>(rest.m_limbs[k] - less);
+  }
+  rest.Trim();
+  return rest;
+}
+
+BigNatural BigNatural::Times(const BigNatural& a, const BigNatural& b) {
+  BigNatural product;
+  product.m_exponent = a.m_exponent + b.m_exponent;
+  product.m_limbs.assign(a.m_limbs.size() + b.m_limbs.size(), 0U);
+  for (std::size_t i = 0; i < a.m_limbs.size(); ++i) {
+    std::uint64_t carry = 0;
+    for (std::size_t j = 0; j < b.m_limbs.size(); ++j) {
+      carry += static_cast<std::uint64_t>(a.m_limbs[i]) * b.m_limbs[j] + product.m_limbs[i + j];
+      product.m_limbs[i + j] = static_cast<std::uint32_t>(carry);
+      carry >>= limbBits;
+    }
+    product.m_limbs[i + b.m_limbs.size()] = static_cast<std::uint32_t>(carry);
+  }
+  product.Trim();
+  return product;
+}
+
+int BigNatural::Compare(const BigNatural& a, const BigNatural& b) {
+  BigNatural left = a;
+  BigNatural right = b;
+  const int exponent = std::min(a.m_exponent, b.m_exponent);
+  left.Align(exponent);
+  right.Align(exponent);
+  return CompareLimbs(left.m_limbs, right.m_limbs);
+}
+
+} // namespace gsl_sweep

@@ -1,0 +1,94 @@
+#include "BigNatural.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <limits>
+#include <random>
+
+namespace {
+
+using gsl_sweep::BigNatural;
+using gsl_sweep::Expansion;
+
+__extension__ using Wide = unsigned __int128;
+
+void ExpectSame(const BigNatural& a, const BigNatural& b) {
+  EXPECT_EQ(BigNatural::Compare(a, b), 0);
+}
+
+void ExpectLess(const BigNatural& a, const BigNatural& b) {
+  EXPECT_EQ(BigNatural::Compare(a, b), -1);
+  EXPECT_EQ(BigNatural::Compare(b, a), 1);
+}
+
+/// value * 2^exponent, from four numbers that doubles hold.
+BigNatural Of(Wide value, int exponent = 0) {
+  BigNatural sum;
+  for (int k = 0; k < 4; ++k) {
+    const auto part = static_cast<double>(static_cast<std::uint32_t>(value >> (32 * k)));
+    sum = BigNatural::Plus(sum, BigNatural(part, 32 * k + exponent));
+  }
+  return sum;
+}
+
+TEST(BigNatural, EveryDoubleIsHeld) {
+  const double least = std::numeric_limits<double>::denorm_min();
+  const double most = std::numeric_limits<double>::max();
+  ExpectSame(BigNatural(0.0), BigNatural());
+  ExpectSame(BigNatural(0.0, -3000), BigNatural(0.0, 3000));
+  ExpectLess(BigNatural(), BigNatural(least));
+  ExpectLess(BigNatural(least), BigNatural(2.0 * least));
+  ExpectLess(BigNatural(1.0), BigNatural(std::nextafter(1.0, 2.0)));
+  ExpectLess(BigNatural(std::nextafter(most, 0.0)), BigNatural(most));
+  ExpectSame(BigNatural(0.75, 3), BigNatural(6.0));
+  ExpectSame(BigNatural(least, 1074), BigNatural(1.0));
+  ExpectLess(BigNatural(most), BigNatural(1.0, 1024));
+  ExpectLess(BigNatural(1.0, -1075), BigNatural(least));
+}
+
+TEST(BigNatural, SumsAndDifferencesCarry) {
+  const BigNatural big(1.0, 320);
+  const BigNatural one(1.0);
+  const BigNatural below = BigNatural::Difference(big, one);
+  ExpectLess(below, big);
+  ExpectSame(BigNatural::Plus(below, one), big);
+  ExpectSame(BigNatural::Difference(one, big), below);
+  ExpectSame(BigNatural::Difference(big, big), BigNatural());
+  ExpectSame(BigNatural::Plus(big, BigNatural()), big);
+  // (2^320 - 1) (2^320 + 1) is 2^640 - 1.
+  ExpectSame(BigNatural::Times(below, BigNatural::Plus(big, one)),
+             BigNatural::Difference(BigNatural(1.0, 640), one));
+  ExpectSame(BigNatural::Times(big, BigNatural()), BigNatural());
+}
+
+TEST(BigNatural, ExpansionsAreSummedWhateverTheirSigns) {
+  Expansion<8> expansion;
+  for (const double c : {0x1p-1074, -0x1p-900, 3.0, -0x1p100})
+    expansion.Append(c);
+  BigNatural expected = BigNatural::Difference(BigNatural(1.0, 100), BigNatural(3.0));
+  expected = BigNatural::Plus(expected, BigNatural(1.0, -900));
+  expected = BigNatural::Difference(expected, BigNatural(1.0, -1074));
+  ExpectSame(BigNatural::MagnitudeOf(expansion), expected);
+  ExpectSame(BigNatural::MagnitudeOf(Minus(expansion)), expected);
+  ExpectSame(BigNatural::MagnitudeOf(Expansion<8>()), BigNatural());
+}
+
+TEST(BigNatural, AgreesWithWholeNumbers) {
+  const unsigned seed = 3;
+  SCOPED_TRACE(testing::Message() << "seed " << seed);
+  std::mt19937_64 random(seed);
+  for (int round = 0; round < 5000; ++round) {
+    const std::uint64_t a = random() >> (random() % 64);
+    const std::uint64_t b = round % 5 == 0 ? a : random() >> (random() % 64);
+    const int up = static_cast<int>(random() % 60);
+    ExpectSame(BigNatural::Times(Of(a), Of(b)), Of(static_cast<Wide>(a) * b));
+    ExpectSame(BigNatural::Plus(Of(a, up), Of(b)), Of((static_cast<Wide>(a) << up) + b));
+    const Wide shifted = static_cast<Wide>(a) << up;
+    const Wide difference = shifted > b ? shifted - b : b - shifted;
+    ExpectSame(BigNatural::Difference(Of(a, up), Of(b)), Of(difference));
+    EXPECT_EQ(BigNatural::Compare(Of(a), Of(b)), a < b ? -1 : a > b ? 1 : 0);
+  }
+}
+
+} // namespace

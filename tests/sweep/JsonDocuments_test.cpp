@@ -1,0 +1,125 @@
+#include "JsonDocuments.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include <string>
+#include <vector>
+
+namespace {
+
+using json_documents::ErrorsOf;
+using Json = nlohmann::json;
+using testing::Each;
+using testing::Ne;
+
+/// A document of each status, as the description of the program shows them.
+Json Contact() {
+  return Json::parse(R"({
+    "schema_version": 2, "tool_version": "0.1.0",
+    "question": {"offset": [0.0, 0.0, 0.0], "max_distance": null, "one_sided": false},
+    "status": "contact", "travel": 30.0, "direction": [0.0, 0.0, -1.0],
+    "kind": "vertex-face", "normal": [0.0, 0.0, 1.0],
+    "moving": {"file": "a", "triangles": 9, "skipped": 0, "left_out": 0, "triangle": 1,
+               "point": [1.0, 2.0, 3.0]},
+    "fixed": {"file": "-", "triangles": 9, "skipped": 0, "left_out": 0, "triangle": 0,
+              "point": [1.0, 2.0, 3.0]},
+    "warnings": []})");
+}
+
+Json None() {
+  Json json = Contact();
+  json["status"] = "none";
+  for (const char* key : {"travel", "kind", "normal"})
+    json[key] = nullptr;
+  for (const char* body : {"moving", "fixed"}) {
+    json[body]["triangle"] = nullptr;
+    json[body]["point"] = nullptr;
+  }
+  return json;
+}
+
+Json Start() {
+  Json json = Contact();
+  json["status"] = "start";
+  json["travel"] = 0.0;
+  json["kind"] = "overlap";
+  json["normal"] = nullptr;
+  return json;
+}
+
+std::vector<std::string> Texts(const std::vector<Json>& documents) {
+  std::vector<std::string> texts;
+  for (const Json& document : documents)
+    texts.push_back(document.dump());
+  return texts;
+}
+
+void ExpectInvalid(const std::vector<Json>& documents) {
+  const std::vector<std::string> errors = ErrorsOf(Texts(documents));
+  for (std::size_t k = 0; k < documents.size(); ++k)
+    EXPECT_NE(errors[k], "") << documents[k];
+}
+
+/// A document with another value at a place such as "/moving/file".
+Json With(Json json, const char* place, const Json& value) {
+  json[Json::json_pointer(place)] = value;
+  return json;
+}
+
+Json Without(Json json, const char* place) {
+  const Json::json_pointer pointer(place);
+  json[pointer.parent_pointer()].erase(pointer.back());
+  return json;
+}
+
+TEST(JsonDocuments, WhatTheProgramWritesIsValid) {
+  const std::vector<Json> documents = {Contact(),
+                                       None(),
+                                       Start(),
+                                       With(Contact(), "/normal", nullptr),
+                                       With(Contact(), "/question/max_distance", 0.0),
+                                       With(Contact(), "/warnings", Json::array({"one", "two"}))};
+  EXPECT_THAT(ErrorsOf(Texts(documents)), Each(""));
+}
+
+TEST(JsonDocuments, WhatIsNotJsonIsNoticed) {
+  const std::string text = Contact().dump();
+  const std::size_t number = text.find("30.0");
+  ASSERT_NE(number, text.npos);
+  EXPECT_THAT(ErrorsOf({text.substr(1), text + "{}", std::string(text).replace(number, 4, "NaN")}),
+              Each(Ne("")));
+}
+
+TEST(JsonDocuments, KeysTooFewOrTooManyAreNoticed) {
+  ExpectInvalid({Without(Contact(), "/normal"), Without(Contact(), "/question"),
+                 Without(Contact(), "/question/one_sided"), Without(Contact(), "/tool_version"),
+                 Without(Contact(), "/fixed/left_out"), With(Contact(), "/threads", 2),
+                 With(Contact(), "/question/threads", 2), With(Contact(), "/moving/name", "a")});
+}
+
+TEST(JsonDocuments, WrongValuesAreNoticed) {
+  ExpectInvalid({With(Contact(), "/schema_version", 1), With(Contact(), "/status", "touch"),
+                 With(Contact(), "/travel", "30"), With(Contact(), "/travel", -1.0),
+                 With(Contact(), "/kind", "face-face"), With(Contact(), "/moving/file", ""),
+                 With(Contact(), "/moving/triangle", 1.5), With(Contact(), "/fixed/skipped", -1),
+                 With(Contact(), "/direction", Json::array({0.0, 0.0})),
+                 With(Contact(), "/direction", Json::array({0.0, 0.0, -2.0})),
+                 With(Contact(), "/normal", Json::array({0.0, 0.0, 1.0, 0.0})),
+                 With(Contact(), "/question/max_distance", -1.0),
+                 With(Contact(), "/warnings", Json::array({"two\nlines"}))});
+}
+
+TEST(JsonDocuments, ValuesThatContradictEachOtherAreNoticed) {
+  const Json up = Json::array({0.0, 0.0, 1.0});
+  ExpectInvalid({With(Contact(), "/travel", nullptr), With(Contact(), "/kind", nullptr),
+                 With(Contact(), "/kind", "overlap"), With(Contact(), "/kind", "vertex-edge"),
+                 With(Contact(), "/moving/point", nullptr),
+                 With(Contact(), "/fixed/triangle", nullptr), With(None(), "/travel", 0.0),
+                 With(None(), "/kind", "edge-edge"), With(None(), "/normal", up),
+                 With(None(), "/fixed/triangle", 0), With(Start(), "/travel", 1.0),
+                 With(Start(), "/normal", up)});
+}
+
+} // namespace

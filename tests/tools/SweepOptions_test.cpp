@@ -1,0 +1,276 @@
+#include "SweepOptions.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <sstream>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace {
+
+using gsl_sweep::ProgressStyle;
+using gsl_tools::ParseSweepOptions;
+using gsl_tools::SweepOptions;
+using gsl_tools::UsageError;
+using testing::HasSubstr;
+
+struct Parsed {
+  SweepOptions options;
+  std::string text;  ///< to be printed
+  std::string error; ///< of the UsageError
+};
+
+Parsed Parse(std::vector<const char*> arguments) {
+  arguments.insert(arguments.begin(), "gsl-sweep");
+  Parsed parsed;
+  try {
+    parsed.text =
+        ParseSweepOptions(static_cast<int>(arguments.size()), arguments.data(), parsed.options);
+  } catch (const UsageError& error) {
+    parsed.error = error.what();
+  }
+  return parsed;
+}
+
+/// With both files and a direction before the arguments.
+Parsed ParseMore(std::vector<const char*> arguments) {
+  arguments.insert(arguments.begin(), {"a.stl", "b.stl", "-d", "-z"});
+  return Parse(std::move(arguments));
+}
+
+void ExpectVector(const gsl_arithmetic::Coord3& v, double x, double y, double z) {
+  EXPECT_EQ(v.x, x);
+  EXPECT_EQ(v.y, y);
+  EXPECT_EQ(v.z, z);
+}
+
+const std::string seeHelp = " (see gsl-sweep --help)";
+
+} // namespace
+
+TEST(SweepOptions, LeastCommandLineLeavesTheRestAtItsDefaults) {
+  const Parsed parsed = Parse({"a.stl", "b.stl", "--direction", "0,0,-1"});
+  EXPECT_EQ(parsed.error, "");
+  EXPECT_EQ(parsed.text, "");
+  const SweepOptions& options = parsed.options;
+  EXPECT_EQ(options.movingFile, "a.stl");
+  EXPECT_EQ(options.fixedFile, "b.stl");
+  ExpectVector(options.direction, 0.0, 0.0, -1.0);
+  ExpectVector(options.offset, 0.0, 0.0, 0.0);
+  EXPECT_FALSE(options.oneSided || options.quiet || options.force);
+  EXPECT_EQ(options.maxDistance, std::numeric_limits<double>::infinity());
+  EXPECT_EQ(options.jsonFile, "");
+  EXPECT_EQ(options.outputFile, "");
+  EXPECT_FALSE(options.JsonToFile() || options.JsonToStdout());
+  EXPECT_EQ(options.progress, ProgressStyle::Auto);
+  EXPECT_EQ(options.threads, std::max(1u, std::min(1024u, std::thread::hardware_concurrency())));
+}
+
+TEST(SweepOptions, EveryOptionArrives) {
+  const Parsed parsed = ParseMore({"--offset", "1,2,3", "--one-sided", "--max-distance", "0",
+                                   "--json", "j", "--output", "o.PLY", "--threads", "1024",
+                                   "--progress", "plain", "--quiet", "--force"});
+  EXPECT_EQ(parsed.error, "");
+  const SweepOptions& options = parsed.options;
+  ExpectVector(options.offset, 1.0, 2.0, 3.0);
+  EXPECT_TRUE(options.oneSided && options.quiet && options.force);
+  EXPECT_EQ(options.maxDistance, 0.0);
+  EXPECT_EQ(options.jsonFile, "j");
+  EXPECT_TRUE(options.JsonToFile());
+  EXPECT_EQ(options.outputFile, "o.PLY");
+  EXPECT_EQ(options.threads, 1024u);
+  EXPECT_EQ(options.progress, ProgressStyle::Plain);
+  EXPECT_TRUE(ParseMore({"--json", "-"}).options.JsonToStdout());
+  EXPECT_EQ(ParseMore({"--progress=never"}).options.progress, ProgressStyle::Never);
+  EXPECT_EQ(ParseMore({"--progress=auto"}).options.progress, ProgressStyle::Auto);
+}
+
+TEST(SweepOptions, DirectionIsTakenInEveryForm) {
+  const std::vector<std::vector<const char*>> forms = {
+      {"-d", "-z"},       {"-d-z"},         {"-d=-z"},           {"--direction", "-z"},
+      {"--direction=-z"}, {"-d", "0,0,-1"}, {"-d", "0 0 -1"},    {"--direction=0 0 -1"},
+      {"-d0,0,-1"},       {"-d", "-Z"},     {"-d", " 0, 0, -1 "}};
+  for (std::vector<const char*> form : forms) {
+    const std::string shown = testing::PrintToString(form);
+    form.insert(form.end(), {"a.stl", "b.stl"});
+    const Parsed parsed = Parse(form);
+    EXPECT_EQ(parsed.error, "") << shown;
+    ExpectVector(parsed.options.direction, 0.0, 0.0, -1.0);
+  }
+  ExpectVector(Parse({"a", "b", "-d", "z"}).options.direction, 0.0, 0.0, 1.0);
+  ExpectVector(Parse({"a", "b", "-dx"}).options.direction, 1.0, 0.0, 0.0);
+  ExpectVector(Parse({"a", "b", "-d", "-.5,0,0"}).options.direction, -0.5, 0.0, 0.0);
+}
+
+TEST(SweepOptions, EmptyValuesAreRefused) {
+  const std::string empty = " (got an empty value)";
+  EXPECT_EQ(ParseMore({"--json", ""}).error, "--json must be a file name or -" + empty);
+  EXPECT_EQ(ParseMore({"--output", ""}).error,
+            "--output must end in .stl, .ply, .obj or .off" + empty);
+  EXPECT_EQ(ParseMore({"--offset", ""}).error,
+            "--offset must be three finite numbers X,Y,Z" + empty);
+  EXPECT_EQ(Parse({"a", "b", "-d", ""}).error,
+            "--direction must be X,Y,Z or an axis such as z or -z" + empty);
+  EXPECT_EQ(Parse({"a", "b", "-d="}).error,
+            "--direction must be X,Y,Z or an axis such as z or -z" + empty);
+  EXPECT_EQ(ParseMore({"--max-distance", ""}).error,
+            "--max-distance must be a finite number" + empty);
+  EXPECT_EQ(ParseMore({"--threads", ""}).error,
+            "--threads must be a whole number from 1 to 1024" + empty);
+  EXPECT_EQ(ParseMore({"--progress", ""}).error, "--progress must be auto, plain or never" + empty);
+  EXPECT_EQ(Parse({"", "b", "-d", "-z"}).error, "MOVING must be a file name" + empty);
+  EXPECT_EQ(Parse({"a", "", "-d", "-z"}).error, "FIXED must be a file name" + empty);
+}
+
+TEST(SweepOptions, EmptyValueAfterAnEqualsSignDoesNotTakeTheNextArgument) {
+  for (const char* option : {"--json=", "--output=", "--offset=", "--max-distance=", "--threads=",
+                             "--progress=", "--format="}) {
+    const std::string name(option, std::string(option).size() - 1);
+    EXPECT_EQ(ParseMore({option, "1.stl"}).error, name + " must be followed by a value" + seeHelp);
+  }
+  EXPECT_EQ(Parse({"a", "b", "--direction=", "-z"}).error,
+            "--direction must be followed by a value" + seeHelp);
+}
+
+TEST(SweepOptions, OptionAtTheEndWithoutItsValueIsRefused) {
+  for (const char* option : {"--json", "--output", "--offset", "--max-distance", "--threads",
+                             "--progress", "--direction", "-d"}) {
+    EXPECT_EQ(Parse({"a", "b", option}).error,
+              std::string(option) + " must be followed by a value" + seeHelp);
+  }
+}
+
+TEST(SweepOptions, OptionIsNotTakenForAFile) {
+  EXPECT_EQ(ParseMore({"--json", "--quiet"}).error,
+            "--json must be a file name or - (got --quiet; a file of that name is ./--quiet)");
+  EXPECT_EQ(ParseMore({"--json", "-d", "x"}).error,
+            "--json must be a file name or - (got -d; a file of that name is ./-d)");
+  EXPECT_EQ(ParseMore({"--output", "--force"}).error,
+            "--output must end in .stl, .ply, .obj or .off (got --force)");
+  EXPECT_EQ(ParseMore({"--output", "-x.stl"}).error,
+            "--output must be a file name (got -x.stl; a file of that name is ./-x.stl)");
+  EXPECT_EQ(ParseMore({"--json", "./--quiet"}).options.jsonFile, "./--quiet");
+}
+
+TEST(SweepOptions, OutputGoesToAFileOfAKnownFormat) {
+  const std::string wanted = "--output must end in .stl, .ply, .obj or .off (got ";
+  for (const char* name : {"-", "moved", "moved.step", "moved.3mf", "stl", "moved.stl/"}) {
+    EXPECT_EQ(ParseMore({"--output", name}).error, wanted + name + ")");
+  }
+}
+
+TEST(SweepOptions, UnknownOptionIsNamedBeforeAnythingElse) {
+  EXPECT_EQ(Parse({"a", "b", "--directoin", "-z"}).error,
+            "unknown option --directoin; did you mean --direction?");
+  EXPECT_EQ(Parse({"a", "b", "--directoin=-z"}).error,
+            "unknown option --directoin; did you mean --direction?");
+  EXPECT_EQ(Parse({"--bogus"}).error, "unknown option --bogus" + seeHelp);
+  EXPECT_EQ(ParseMore({"--bogus=3", "--threads", "0", "c.stl"}).error,
+            "unknown option --bogus" + seeHelp);
+  EXPECT_EQ(Parse({"a", "b", "-z"}).error, "unknown option -z; did you mean --direction -z?");
+  EXPECT_EQ(Parse({"a", "b", "-direction", "-z"}).error,
+            "unknown option -direction; did you mean --direction?");
+  EXPECT_EQ(ParseMore({"-quiet"}).error, "unknown option -quiet; did you mean --quiet?");
+  EXPECT_EQ(ParseMore({"--out", "x"}).error, "unknown option --out; did you mean --output?");
+  EXPECT_EQ(ParseMore({"--b\nad"}).error, "unknown option --b?ad" + seeHelp);
+}
+
+TEST(SweepOptions, ValuesThatMakeNoSenseAreNamedWithWhatWasExpected) {
+  EXPECT_EQ(ParseMore({"--max-distance", "-3"}).error,
+            "--max-distance must be at least 0 (got -3)");
+  EXPECT_EQ(ParseMore({"--max-distance=-3"}).error, "--max-distance must be at least 0 (got -3)");
+  EXPECT_EQ(ParseMore({"--max-distance", "far"}).error,
+            "--max-distance must be a finite number (got far)");
+  EXPECT_EQ(ParseMore({"--max-distance", "nan"}).error,
+            "--max-distance must be a finite number (got nan)");
+  EXPECT_EQ(ParseMore({"--offset", "1,2"}).error,
+            "--offset must be three finite numbers X,Y,Z (got 1,2)");
+  EXPECT_EQ(ParseMore({"--offset", "inf,0,0"}).error,
+            "--offset must be three finite numbers X,Y,Z (got inf,0,0)");
+  for (const char* threads : {"0", "-3", "1025", "x", "1.5", "4294967297"}) {
+    EXPECT_EQ(ParseMore({"--threads", threads}).error,
+              std::string("--threads must be a whole number from 1 to 1024 (got ") + threads + ")");
+  }
+  EXPECT_EQ(ParseMore({"--progress", "loud"}).error,
+            "--progress must be auto, plain or never (got loud)");
+  EXPECT_EQ(Parse({"a", "b", "-d", "0,0,0"}).error,
+            "--direction must be a vector that is not zero (got 0,0,0)");
+  EXPECT_EQ(Parse({"a", "b", "-d", "1,2"}).error,
+            "--direction must be X,Y,Z or an axis such as z or -z (got 1,2)");
+  EXPECT_EQ(ParseMore({"--quiet=maybe"}).error, "--quiet takes no value (got --quiet=maybe)");
+}
+
+TEST(SweepOptions, VectorInThreeArgumentsIsNamedAsTheDirection) {
+  EXPECT_EQ(Parse({"a", "b", "-d", "0", "0", "-1"}).error,
+            "--direction must be X,Y,Z or an axis such as z or -z (got 0)");
+}
+
+TEST(SweepOptions, OneBodyMayBeStandardInput) {
+  const Parsed moving = Parse({"-", "b", "-d", "z", "--format", "OBJ"});
+  EXPECT_EQ(moving.error, "");
+  EXPECT_EQ(moving.options.movingFile, "-");
+  EXPECT_EQ(moving.options.format, gsl_sweep::MeshFormat::Obj);
+  const Parsed fixed = Parse({"a", "-", "-d", "z"});
+  EXPECT_EQ(fixed.error, "");
+  EXPECT_TRUE(fixed.options.ReadsStdin());
+  EXPECT_EQ(fixed.options.format, gsl_sweep::MeshFormat::Unknown);
+  EXPECT_EQ(Parse({"-", "-", "-d", "z"}).error,
+            "MOVING and FIXED are both -; expected standard input for one of them");
+  EXPECT_EQ(ParseMore({"--format", "obj"}).error,
+            "--format is for a mesh on standard input; expected - as MOVING or FIXED");
+  EXPECT_EQ(Parse({"./-", "b", "-d", "z", "--format", "obj"}).error,
+            "--format is for a mesh on standard input; expected - as MOVING or FIXED");
+  EXPECT_EQ(Parse({"-", "b", "-d", "z", "--format", "step"}).error,
+            "--format must be stl, ply, obj or off (got step)");
+  EXPECT_EQ(Parse({"-", "b", "-d", "z", "--format", ""}).error,
+            "--format must be stl, ply, obj or off (got an empty value)");
+}
+
+TEST(SweepOptions, UnexpectedArgumentsAreListedAsTyped) {
+  EXPECT_EQ(ParseMore({"c.stl"}).error, "unexpected argument c.stl" + seeHelp);
+  EXPECT_EQ(ParseMore({"c.stl", "d part.stl", "e"}).error,
+            "unexpected arguments c.stl 'd part.stl' e" + seeHelp);
+  EXPECT_EQ(ParseMore({"--", "-c"}).error, "unexpected argument -c" + seeHelp);
+  EXPECT_EQ(ParseMore({""}).error, "unexpected argument ''" + seeHelp);
+}
+
+TEST(SweepOptions, MissingArgumentsAreNamedTogether) {
+  const std::string expected =
+      " missing; expected gsl-sweep MOVING FIXED --direction X,Y,Z" + seeHelp;
+  EXPECT_EQ(Parse({}).error, "MOVING, FIXED and --direction are" + expected);
+  EXPECT_EQ(Parse({"a"}).error, "FIXED and --direction are" + expected);
+  EXPECT_EQ(Parse({"a", "b"}).error, "--direction is" + expected);
+  EXPECT_EQ(Parse({"a", "-d", "z"}).error, "FIXED is" + expected);
+}
+
+TEST(SweepOptions, OptionGivenTwiceIsRefused) {
+  EXPECT_EQ(ParseMore({"--direction", "x"}).error, "--direction is given 2 times; expected once");
+  EXPECT_EQ(ParseMore({"--json", "a", "--json", "b", "--json", "c"}).error,
+            "--json is given 3 times; expected once");
+  EXPECT_EQ(ParseMore({"--quiet", "--quiet"}).error, "");
+}
+
+TEST(SweepOptions, FilesMayFollowTwoDashes) {
+  const Parsed parsed = Parse({"-d", "-z", "--", "-a.stl", "--quiet"});
+  EXPECT_EQ(parsed.error, "");
+  EXPECT_EQ(parsed.options.movingFile, "-a.stl");
+  EXPECT_EQ(parsed.options.fixedFile, "--quiet");
+  EXPECT_FALSE(parsed.options.quiet);
+}
+
+TEST(SweepOptions, HelpAndVersionWinOverWhatIsWrong) {
+  EXPECT_EQ(Parse({"--version"}).text, "gsl-sweep " GSL_VERSION "\n");
+  EXPECT_EQ(Parse({"--bogus", "--version"}).text, "gsl-sweep " GSL_VERSION "\n");
+  EXPECT_THAT(Parse({"-h"}).text, HasSubstr("Usage: gsl-sweep MOVING FIXED --direction X,Y,Z"));
+  EXPECT_EQ(Parse({"--help", "--threads", "0"}).text, Parse({"-h"}).text);
+}
+
+TEST(SweepOptions, HelpFitsATerminalOfEightyColumns) {
+  std::istringstream help(Parse({"--help"}).text);
+  int lines = 0;
+  for (std::string line; std::getline(help, line); ++lines)
+    EXPECT_LT(line.size(), 80u) << line;
+  EXPECT_GT(lines, 20);
+}

@@ -1,0 +1,7 @@
+# tools/gsl-sweep.1 is what scripts/man makes.
+execute_process(COMMAND bash ${SOURCE}/scripts/man ${PROGRAM} ${MADE} COMMAND_ERROR_IS_FATAL ANY)
+file(READ ${SOURCE}/tools/gsl-sweep.1 committed)
+file(READ ${MADE} made)
+if(NOT committed STREQUAL made)
+  message(FATAL_ERROR "tools/gsl-sweep.1 is not made from the help of today; run ./scripts/man")
+endif()

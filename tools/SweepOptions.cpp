@@ -1,0 +1,348 @@
+#include "SweepOptions.h"
+
+#include "MeshWrite.h"
+#include "OneLine.h"
+#include "VectorText.h"
+#include "support/HelpFormatter.h"
+#include "support/NearName.h"
+
+#include <CLI/CLI.hpp>
+
+#include <algorithm>
+#include <charconv>
+#include <memory>
+#include <optional>
+#include <string_view>
+#include <system_error>
+#include <thread>
+#include <vector>
+
+namespace gsl_tools {
+
+namespace {
+
+using gsl_arithmetic::Coord3;
+using gsl_sweep::MeshFormat;
+using gsl_sweep::MeshFormatNames;
+using gsl_sweep::OneLine;
+using gsl_sweep::ParseNumber;
+using gsl_sweep::ParseVector;
+using gsl_sweep::ProgressStyle;
+
+constexpr unsigned mostThreads = 1024;
+
+const char* const description =
+    "Finds how far one body travels along a direction before it touches another, and where. Reads "
+    "two meshes (STL, OBJ, PLY, OFF, 3MF, glTF and others), moves the first along the direction "
+    "and reports the first contact.";
+
+const char* const usage = "MOVING FIXED --direction X,Y,Z [OPTION...]";
+
+const char* const footer = "Exit status:\n"
+                           "  0   contact, or in contact from the start\n"
+                           "  1   no contact\n"
+                           "  2   wrong usage\n"
+                           "  3   a mesh is unreadable or rejected\n"
+                           "  4   another failure\n"
+                           "\n"
+                           "Examples:\n"
+                           "  $ gsl-sweep bolt.stl bracket.stl --direction -z\n"
+                           "  $ gsl-sweep bolt.stl bracket.stl -d 0,0,-1 --json -";
+
+const char* const directionForms = "be X,Y,Z or an axis such as z or -z";
+
+struct OptionRow {
+  const char* names;
+  const char* value;        ///< what follows the option; null for a flag
+  bool SweepOptions::*flag; ///< what a flag sets; null for a value
+  std::string text;
+};
+
+/// In the order of the help.
+std::vector<OptionRow> OptionRows() {
+  return {
+      {"-d,--direction", "X,Y,Z", nullptr,
+       "Direction of travel, of any length but zero, or an axis: x -x y -y z -z"},
+      {"--offset", "X,Y,Z", nullptr, "Moves MOVING by this vector first"},
+      {"--one-sided", nullptr, &SweepOptions::oneSided,
+       "Leaves out triangles of MOVING that face against the direction and triangles of FIXED that "
+       "face along it"},
+      {"--max-distance", "L", nullptr, "Counts contacts up to this travel, L itself included"},
+      {"--json", "FILE", nullptr,
+       "Writes the answer as JSON; - writes it to stdout in place of the text"},
+      {"--output", "FILE", nullptr,
+       "Writes MOVING where it touches, in the format of the extension: " + MeshFormatNames(".")},
+      {"--format", "NAME", nullptr,
+       "Format of a mesh on stdin: " + MeshFormatNames("") + "; obj needs it, the others show it"},
+      {"--threads", "N", nullptr, "Number of threads, 1 to 1024; the answer does not depend on it"},
+      {"--progress", "STYLE", nullptr,
+       "Shows progress on stderr if that is a terminal: auto, plain or never"},
+      {"--quiet", nullptr, &SweepOptions::quiet,
+       "Prints only errors, and on stdout only what --json - asks for"},
+      {"--force", nullptr, &SweepOptions::force, "Replaces existing output files"},
+  };
+}
+
+void Declare(CLI::App& app, SweepOptions& options) {
+  app.formatter(std::make_shared<HelpFormatter>(usage));
+  app.get_formatter()->label("Positionals", "Arguments");
+  app.set_help_flag("-h,--help", "Prints this help and exits");
+  app.set_version_flag("--version", std::string("gsl-sweep ") + GSL_VERSION,
+                       "Prints the version and exits");
+  app.add_option("MOVING")->description("Mesh file of the body that moves; - for stdin");
+  app.add_option("FIXED")->description("Mesh file of the body that stays; - for stdin");
+  for (const OptionRow& row : OptionRows()) {
+    if (row.flag != nullptr) {
+      app.add_flag(row.names, options.*row.flag, row.text);
+      continue;
+    }
+    app.add_option(row.names)->description(row.text)->type_name(row.value)->multi_option_policy(
+        CLI::MultiOptionPolicy::TakeAll);
+  }
+  app.footer(footer);
+  // What is left over and what is missing is reported below, in an order of our own.
+  app.allow_extras();
+}
+
+[[noreturn]] void Fail(const std::string& message) {
+  throw UsageError(message);
+}
+
+[[noreturn]] void FailWithHelp(const std::string& message) {
+  Fail(message + " (see gsl-sweep --help)");
+}
+
+/// "--max-distance must be at least 0 (got -3)"; `expected` follows "must".
+[[noreturn]] void FailValue(const std::string& name, const std::string& expected,
+                            const std::string& value) {
+  const std::string got = value.empty() ? "an empty value" : OneLine(value);
+  Fail(name + " must " + expected + " (got " + got + ")");
+}
+
+/// As a person would type it in a shell.
+std::string AsTyped(const std::string& argument) {
+  const bool isPlain = !argument.empty() && argument.find_first_of(" \t'\"") == std::string::npos;
+  return isPlain ? OneLine(argument) : "'" + OneLine(argument) + "'";
+}
+
+std::vector<std::string> LongNames(const CLI::App& app) {
+  std::vector<std::string> names;
+  for (const CLI::Option* option : app.get_options()) {
+    for (const std::string& name : option->get_lnames())
+      names.push_back("--" + name);
+  }
+  return names;
+}
+
+[[noreturn]] void FailUnknown(const std::string& name, const std::string& meant) {
+  const std::string unknown = "unknown option " + AsTyped(name);
+  if (!meant.empty()) Fail(unknown + "; did you mean " + meant + "?");
+  FailWithHelp(unknown);
+}
+
+/// What the parser would misunderstand: "--json=" takes the next argument for its value,
+/// "-direction" is "-d" with the value "irection".
+void RefuseMalformedOption(const CLI::App& app, const std::string& argument) {
+  const std::size_t equals = argument.find('=');
+  const std::string name = argument.substr(0, equals);
+  const std::vector<std::string> names = LongNames(app);
+  const bool hasOneDash = argument.size() > 1 && argument[0] == '-' && argument[1] != '-';
+  if (hasOneDash && std::find(names.begin(), names.end(), "-" + name) != names.end()) {
+    FailUnknown(name, "-" + name);
+  }
+  const bool isKnown = std::find(names.begin(), names.end(), name) != names.end();
+  if (!isKnown || equals == std::string::npos) return;
+  const bool isFlag = app.get_option(name)->get_items_expected_max() == 0;
+  if (isFlag) Fail(name + " takes no value (got " + AsTyped(argument) + ")");
+  if (equals + 1 == argument.size()) FailWithHelp(name + " must be followed by a value");
+}
+
+/// The arguments that no option and neither body took, as typed.
+std::vector<std::string> LeftOver(const CLI::App& app) {
+  std::vector<std::string> arguments = app.remaining();
+  const auto mark = std::find(arguments.begin(), arguments.end(), "--");
+  if (mark != arguments.end()) arguments.erase(mark);
+  return arguments;
+}
+
+bool LooksLikeOption(const std::string& argument) {
+  if (argument.size() < 2 || argument[0] != '-') return false;
+  const char c = argument[1];
+  return c == '-' || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
+}
+
+/// `end` is where options end: at "--" or at the end of the arguments.
+void RefuseUnknownOptions(const CLI::App& app, const char* const* begin, const char* const* end) {
+  for (const std::string& argument : LeftOver(app)) {
+    const bool isBeforeEnd = std::find(begin, end, std::string_view(argument)) != end;
+    if (!LooksLikeOption(argument) || !isBeforeEnd) continue;
+    const std::string name = argument.substr(0, argument.find('='));
+    const bool isDirection = gsl_sweep::ParseDirection(argument).has_value();
+    FailUnknown(name, isDirection ? "--direction " + name : NearName(name, LongNames(app)));
+  }
+}
+
+void RefuseUnexpectedArguments(const CLI::App& app) {
+  const std::vector<std::string> arguments = LeftOver(app);
+  if (arguments.empty()) return;
+  std::string list;
+  for (const std::string& argument : arguments)
+    list += " " + AsTyped(argument);
+  FailWithHelp(std::string("unexpected ") + (arguments.size() == 1 ? "argument" : "arguments") +
+               list);
+}
+
+/// The value of an option or an argument, if it is given.
+std::optional<std::string> ValueOf(const CLI::App& app, const std::string& name) {
+  const std::vector<std::string> values = app.get_option(name)->results();
+  if (values.empty()) return std::nullopt;
+  if (values.size() > 1) {
+    Fail(name + " is given " + std::to_string(values.size()) + " times; expected once");
+  }
+  // The parser takes -d=-z for the option -d with the value =-z.
+  const bool isAssigned = name == "--direction" && values[0].substr(0, 1) == "=";
+  return isAssigned ? values[0].substr(1) : values[0];
+}
+
+std::string MeshFileOf(const std::string& name, const std::string& value) {
+  if (value.empty()) FailValue(name, "be a file name", value);
+  return value;
+}
+
+/// A name that begins with a dash is most often an option, and the value before it is missing.
+std::string OutputNameOf(const std::string& name, const std::string& value, const char* expected) {
+  if (value.empty()) FailValue(name, expected, value);
+  if (value != "-" && value[0] == '-') {
+    FailValue(name, expected, value + "; a file of that name is ./" + value);
+  }
+  return value;
+}
+
+bool IsZero(const Coord3& v) {
+  return v.x == 0.0 && v.y == 0.0 && v.z == 0.0;
+}
+
+Coord3 DirectionOf(const std::string& value) {
+  if (const auto direction = gsl_sweep::ParseDirection(value)) return *direction;
+  const auto vector = ParseVector(value);
+  if (vector && IsZero(*vector)) FailValue("--direction", "be a vector that is not zero", value);
+  FailValue("--direction", directionForms, value);
+}
+
+Coord3 OffsetOf(const std::string& value) {
+  const auto offset = ParseVector(value);
+  if (!offset) FailValue("--offset", "be three finite numbers X,Y,Z", value);
+  return *offset;
+}
+
+double MaxDistanceOf(const std::string& value) {
+  const auto limit = ParseNumber(value);
+  if (!limit) FailValue("--max-distance", "be a finite number", value);
+  if (*limit < 0.0) FailValue("--max-distance", "be at least 0", value);
+  return *limit;
+}
+
+std::string OutputFileOf(const std::string& value) {
+  if (gsl_sweep::MeshFormatToWrite(value) == MeshFormat::Unknown) {
+    FailValue("--output", "end in " + MeshFormatNames("."), value);
+  }
+  return OutputNameOf("--output", value, "be a file name");
+}
+
+MeshFormat FormatOf(const std::string& value) {
+  const MeshFormat format = gsl_sweep::MeshFormatNamed(value);
+  if (format == MeshFormat::Unknown) FailValue("--format", "be " + MeshFormatNames(""), value);
+  return format;
+}
+
+unsigned ThreadsOf(const std::string& value) {
+  unsigned threads = 0;
+  const char* const end = value.data() + value.size();
+  const auto result = std::from_chars(value.data(), end, threads);
+  const bool isNumber = result.ec == std::errc() && result.ptr == end;
+  if (!isNumber || threads < 1 || threads > mostThreads) {
+    FailValue("--threads", "be a whole number from 1 to " + std::to_string(mostThreads), value);
+  }
+  return threads;
+}
+
+ProgressStyle ProgressOf(const std::string& value) {
+  if (value == "auto") return ProgressStyle::Auto;
+  if (value == "plain") return ProgressStyle::Plain;
+  if (value == "never") return ProgressStyle::Never;
+  FailValue("--progress", "be auto, plain or never", value);
+}
+
+void TakeValues(const CLI::App& app, SweepOptions& options) {
+  if (const auto value = ValueOf(app, "--direction")) options.direction = DirectionOf(*value);
+  if (const auto value = ValueOf(app, "--offset")) options.offset = OffsetOf(*value);
+  if (const auto value = ValueOf(app, "--max-distance")) {
+    options.maxDistance = MaxDistanceOf(*value);
+  }
+  if (const auto value = ValueOf(app, "--json")) {
+    options.jsonFile = OutputNameOf("--json", *value, "be a file name or -");
+  }
+  if (const auto value = ValueOf(app, "--output")) options.outputFile = OutputFileOf(*value);
+  if (const auto value = ValueOf(app, "--format")) options.format = FormatOf(*value);
+  if (const auto value = ValueOf(app, "--threads")) options.threads = ThreadsOf(*value);
+  if (const auto value = ValueOf(app, "--progress")) options.progress = ProgressOf(*value);
+  if (const auto value = ValueOf(app, "MOVING")) options.movingFile = MeshFileOf("MOVING", *value);
+  if (const auto value = ValueOf(app, "FIXED")) options.fixedFile = MeshFileOf("FIXED", *value);
+}
+
+void RefuseMissing(const CLI::App& app) {
+  std::vector<std::string> missing;
+  for (const char* const name : {"MOVING", "FIXED", "--direction"}) {
+    if (app.get_option(name)->count() == 0) missing.push_back(name);
+  }
+  if (missing.empty()) return;
+  std::string list = missing[0];
+  for (std::size_t k = 1; k < missing.size(); ++k)
+    list += (k + 1 == missing.size() ? " and " : ", ") + missing[k];
+  FailWithHelp(list + (missing.size() == 1 ? " is" : " are") +
+               " missing; expected gsl-sweep MOVING FIXED --direction X,Y,Z");
+}
+
+void RefuseMisusedStdin(const SweepOptions& options) {
+  if (options.movingFile == "-" && options.fixedFile == "-") {
+    Fail("MOVING and FIXED are both -; expected standard input for one of them");
+  }
+  if (options.format != MeshFormat::Unknown && !options.ReadsStdin()) {
+    Fail("--format is for a mesh on standard input; expected - as MOVING or FIXED");
+  }
+}
+
+unsigned ThreadsOfMachine() {
+  return std::clamp(std::thread::hardware_concurrency(), 1u, mostThreads);
+}
+
+} // namespace
+
+std::string ParseSweepOptions(int argc, const char* const* argv, SweepOptions& options) {
+  CLI::App app(description, "gsl-sweep");
+  Declare(app, options);
+  const char* const* const begin = argv + std::min(argc, 1);
+  const char* const* const end = std::find(begin, argv + argc, std::string_view("--"));
+  std::for_each(begin, end, [&](const char* argument) { RefuseMalformedOption(app, argument); });
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::CallForHelp&) {
+    return app.help();
+  } catch (const CLI::CallForVersion& version) {
+    return std::string(version.what()) + "\n";
+  } catch (const CLI::ArgumentMismatch&) {
+    // Only the last argument can be an option whose value is missing.
+    FailWithHelp(AsTyped(argv[argc - 1]) + " must be followed by a value");
+  } catch (const CLI::ParseError& error) {
+    FailWithHelp(OneLine(error.what()));
+  }
+  RefuseUnknownOptions(app, begin, end);
+  options.threads = ThreadsOfMachine();
+  TakeValues(app, options);
+  RefuseUnexpectedArguments(app);
+  RefuseMissing(app);
+  RefuseMisusedStdin(options);
+  return {};
+}
+
+} // namespace gsl_tools

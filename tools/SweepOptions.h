@@ -1,0 +1,42 @@
+#ifndef GSL_TOOLS_SWEEP_OPTIONS_H
+#define GSL_TOOLS_SWEEP_OPTIONS_H
+
+#include "MeshFormat.h"
+#include "Progress.h"
+#include "support/UsageError.h"
+
+#include <gsl_Arithmetic.h>
+
+#include <limits>
+#include <string>
+
+/// The command line of gsl-sweep.
+namespace gsl_tools {
+
+struct SweepOptions {
+  std::string movingFile, fixedFile; ///< as typed; "-" in one of them is standard input
+  gsl_sweep::MeshFormat format = gsl_sweep::MeshFormat::Unknown; ///< of standard input
+  gsl_arithmetic::Coord3 direction{0.0, 0.0, 0.0};               ///< not zero
+  gsl_arithmetic::Coord3 offset{0.0, 0.0, 0.0};
+  bool oneSided = false;
+  double maxDistance = std::numeric_limits<double>::infinity(); ///< at least 0
+  std::string jsonFile, outputFile;                             ///< empty when not asked for
+  unsigned threads = 1;
+  gsl_sweep::ProgressStyle progress = gsl_sweep::ProgressStyle::Auto;
+  bool quiet = false, force = false;
+
+  bool ReadsStdin() const { return movingFile == "-" || fixedFile == "-"; }
+  bool JsonToStdout() const { return jsonFile == "-"; }
+  bool JsonToFile() const { return !jsonFile.empty() && !JsonToStdout(); }
+};
+
+/// Reads the command line. Returns what is to be printed in place of a sweep, the help or the
+/// version with a newline at its end, or an empty text.
+///
+/// Errors     UsageError. An unknown option is named before a value that makes no sense, that
+///            before an unexpected argument, and a missing argument comes last.
+std::string ParseSweepOptions(int argc, const char* const* argv, SweepOptions& options);
+
+} // namespace gsl_tools
+
+#endif

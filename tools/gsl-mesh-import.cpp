@@ -1,0 +1,6 @@
+#include "MeshImporter.h"
+#include "MeshReadAssimp.h"
+
+int main(int argc, char** argv) {
+  return gsl_sweep::RunMeshImporter(argc, argv, gsl_sweep::ImportWithAssimp);
+}
