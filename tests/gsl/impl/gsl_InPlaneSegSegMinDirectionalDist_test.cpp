@@ -471,6 +471,61 @@ TEST(GslInPlaneSweep, DirectionShorterThanTheToleranceMeetsWithoutTravel) {
   sweep.ExpectComputed(1, 1.0, 3.0);
 }
 
+TEST(GslInPlaneSweep, ToleranceAboveTheUnitDirectionMeetsAtTheFoot) {
+  // A direction is one long, and then too short to be divided by its length again: an end meets the
+  // foot on the other segment's line, however far aside.
+  const ScopedSettings settings;
+  for (const double tolerance : {Above(1.0), 1.5}) {
+    settings->linearTolerance = tolerance;
+    Sweep sweep({0.0, 0.0, 0.0}, {10.0, 0.0, 0.0}, {20.0, 50.0, 0.0}, {40.0, 10.0, 0.0});
+    sweep.direction = gsl_Vector(4.0, 0.0, 0.0);
+    sweep.twoSided[0] = sweep.twoSided[1] = true;
+    sweep.distance = 1e30;
+    EXPECT_TRUE(sweep());
+    EXPECT_NEAR(sweep.distance, 28.0, 1e-12);
+    sweep.ExpectEnd(0, sweep.a[1]);
+    EXPECT_NEAR(sweep.contacts[1].x, 38.0, 1e-12);
+    EXPECT_NEAR(sweep.contacts[1].y, 14.0, 1e-12);
+  }
+}
+
+TEST(GslInPlaneSweep, ToleranceOfExactlyTheUnitDirectionMeetsAlongTheDirection) {
+  const ScopedSettings settings;
+  settings->linearTolerance = 1.0;
+  Sweep aside({0.0, 0.0, 0.0}, {10.0, 0.0, 0.0}, {20.0, 50.0, 0.0}, {40.0, 10.0, 0.0});
+  aside.direction = gsl_Vector(4.0, 0.0, 0.0);
+  aside.twoSided[0] = aside.twoSided[1] = true;
+  EXPECT_FALSE(aside());
+  aside.ExpectUntouched();
+}
+
+TEST(GslInPlaneSweep, StaleDirectionIsDividedByItsCachedMagnitude) {
+  // The direction in use is ten long: gaps along it count tenfold, distances aside do not.
+  Sweep sweep({0.0, 0.0, 0.0}, {0.0, 1.0, 0.0}, {5.0, 1.0000005, 0.0}, {5.0, 2.0, 0.0});
+  sweep.direction = gsl_Vector(1.0, 0.0, 0.0);
+  sweep.direction[0] = 10.0;
+  sweep.twoSided[0] = sweep.twoSided[1] = true;
+  EXPECT_TRUE(sweep());
+  EXPECT_EQ(sweep.distance, 50.0);
+  Sweep aside({0.0, 0.0, 0.0}, {0.0, 1.0, 0.0}, {5.0, 1.000002, 0.0}, {5.0, 2.0, 0.0});
+  aside.direction = sweep.direction;
+  aside.twoSided[0] = aside.twoSided[1] = true;
+  EXPECT_FALSE(aside());
+  aside.ExpectUntouched();
+}
+
+TEST(GslInPlaneSweep, TinySegmentAlongTheDirectionIsMetHoweverFarAside) {
+  // The square of its length has one digit left: its unit vector is not a unit vector, so that a
+  // segment along the direction counts as across it, and every line meets it at its first end.
+  const ScopedSettings settings;
+  settings->linearTolerance = 0.0;
+  settings->cosineTolerance = 0.0;
+  Sweep sweep({1.0, 0.0, 0.0}, {-1.0, 0.0, 0.0}, {3.0, 0.0, 0.0}, {3.0, 1.6e-162, 0.0});
+  EXPECT_TRUE(sweep());
+  EXPECT_EQ(sweep.distance, 0.0);
+  EXPECT_EQ(sweep.contacts[1].x, 3.0);
+}
+
 TEST(GslInPlaneSweep, NotANumberNeverCountsAsCloser) {
   Sweep margin({1.0, 0.0, 0.0}, {-1.0, 0.0, 0.0}, {-4.0, 3.0, 0.0}, {4.0, 3.0, 0.0});
   margin.margin = kNaN;
