@@ -9,7 +9,8 @@
 ///
 /// Units       model units; `direction` need not be unit.
 /// Orientation a segment's side normal is its edge x Z. A's must not point against the direction,
-///             B's must not point along it; twoSided[0] and [1] allow A and B to be reversed.
+///             B's must not point along it; twoSided[0] and [1] allow A and B to be reversed. A
+///             flag is read only when its segment has to be, A's first.
 /// Result      true when a contact was accepted; of equal ones the first counts. Two segments along
 ///             the direction, or one, may also be accepted with a negative gap.
 /// Outputs     contacts[0] on A, contacts[1] on B; an end point keeps its uid, a computed point has
@@ -17,8 +18,9 @@
 ///             stores A's end of the same index as contacts[1], and an end of B that lies behind A
 ///             makes the result false although an earlier contact stays written:
 ///             docs/in-plane-sweep.md says where else the answer is not that of the motion.
-/// Untouched   everything, for a refused orientation, segments along the direction on two lines (or
-///             whose first ends coincide), and segments across it that run the same way.
+/// Untouched   every output where no contact was accepted, `contacts` not even read: for a refused
+///             orientation, segments along the direction on two lines (or whose first ends
+///             coincide), and segments across it that run the same way.
 /// Tolerance   gsl_Util linearTolerance and cosineTolerance, read once. A segment shorter than
 ///             linearTolerance is never met by another's end; a `direction` shorter than it acts as
 ///             the zero vector, along which every gap is 0.

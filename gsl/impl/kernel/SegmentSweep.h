@@ -28,11 +28,12 @@ inline SweptSegment SweptSegmentBetween(const SourcedPoint& p0, const SourcedPoi
 }
 
 /// Turns the segment so that its side normal, edge x Z, does not point against `sense` * d. False
-/// for one that would have to be turned and may not.
-inline bool FaceSegment(SweptSegment& segment, const Measured3& d, double sense, bool twoSided) {
+/// for one that would have to be turned and may not; the flag of another is not looked at.
+inline bool FaceSegment(SweptSegment& segment, const Measured3& d, double sense,
+                        const bool* twoSided) {
   const Coord3 sideNormal = Cross(segment.edge.c, {0.0, 0.0, 1.0});
   if (!(sense * Dot(sideNormal, d.c) < 0.0)) return true;
-  if (!twoSided) return false;
+  if (!*twoSided) return false;
   segment.Reverse();
   return true;
 }
@@ -226,16 +227,13 @@ inline bool PassAside(const SweptSegment& a, const SweptSegment& b, const Measur
   return GapAside(a, b, d) > AsideReach(a, b, d, tol);
 }
 
-inline bool SweepSegment(const Measured3& direction, SweptSegment a, SweptSegment b,
-                         const bool* twoSided, double margin, const SweepTolerances& tol,
-                         SweepContacts& contacts) {
-  // direction-shorter-than-the-tolerance
-  const Measured3 d = gsl_arithmetic::NormalizedCopy(direction, tol.linear);
-  if (PassAside(a, b, d, tol)) return false;
+/// The sweep along d, the direction after NormalizedCopy, of a pair that PassAside keeps.
+inline bool SweepSegment(const Measured3& d, SweptSegment a, SweptSegment b, const bool* twoSided,
+                         double margin, const SweepTolerances& tol, SweepContacts& contacts) {
   // A is judged, and may be refused, before B is looked at.
-  if (!FaceSegment(a, d, 1.0, twoSided[0])) return false;
+  if (!FaceSegment(a, d, 1.0, &twoSided[0])) return false;
   const bool alongA = gsl_arithmetic::IsOn(d, a.edge, tol.cosine);
-  if (!FaceSegment(b, d, -1.0, twoSided[1])) return false;
+  if (!FaceSegment(b, d, -1.0, &twoSided[1])) return false;
   const bool alongB = gsl_arithmetic::IsOn(d, b.edge, tol.cosine);
 
   if (alongA && alongB) return EndsOnOneLine(a, b, d, margin, tol.cosine, contacts);

@@ -1,5 +1,6 @@
 #include "gsl_InPlaneSegSegMinDirectionalDist.h"
 
+#include "GuardedMemory.h"
 #include "Numbers.h"
 #include "ScopedSettings.h"
 #include "gsl_utils.h"
@@ -546,6 +547,65 @@ TEST(GslInPlaneSweep, TolerancesAreReadAtTheCall) {
   EXPECT_FALSE(sweep());
   settings->linearTolerance = 0.75;
   EXPECT_TRUE(sweep());
+}
+
+/// A call along +Y whose flags and outputs are closed but for what a test opens: nothing may be
+/// written.
+struct GuardedSweep {
+  GuardedPair<bool> twoSided;
+  GuardedPair<gsl_Point> contacts{gsl_Point(), gsl_Point()};
+  GuardedPair<double> distance;
+  double margin = 0.0;
+
+  explicit GuardedSweep(bool first = false, bool second = false, double reach = kInfinity)
+      : twoSided(first, second), distance(reach, 0.0) {
+    twoSided.CloseBoth();
+    contacts.CloseBoth();
+    distance.KeepAsItIs(0);
+  }
+
+  /// The call may read flag k.
+  GuardedSweep& Ask(int k) {
+    twoSided.KeepAsItIs(k);
+    return *this;
+  }
+
+  bool operator()(const gsl_Point& a0, const gsl_Point& a1, const gsl_Point& b0,
+                  const gsl_Point& b1) {
+    return gsl_InPlaneSegSegMinDirectionalDist(gsl_Vector(0.0, 1.0, 0.0), a0, a1, b0, b1,
+                                               twoSided.Get(), margin, contacts.Get(),
+                                               *distance.Get());
+  }
+};
+
+TEST(GslInPlaneSweepTouches, TheFlagOfBOnlyAfterThatOfA) {
+  const gsl_Point left(-4.0, 3.0, 0.0), right(4.0, 3.0, 0.0);
+  const gsl_Point a0(-1.0, 0.0, 0.0), a1(1.0, 0.0, 0.0);
+  EXPECT_FALSE(GuardedSweep(false, true).Ask(0)(a0, a1, left, right)) << "A is refused";
+  EXPECT_FALSE(GuardedSweep(false, true).Ask(0)(a0, a1, right, left)) << "A, and B is not asked";
+  EXPECT_FALSE(GuardedSweep(true, false).Ask(0).Ask(1)(a0, a1, right, left)) << "B is refused";
+}
+
+TEST(GslInPlaneSweepTouches, AFlagOnlyOfASegmentThatFacesTheWrongWay) {
+  const gsl_Point left(-4.0, 3.0, 0.0), right(4.0, 3.0, 0.0);
+  EXPECT_FALSE(GuardedSweep(true, false).Ask(1)({1.0, 0.0, 0.0}, {-1.0, 0.0, 0.0}, right, left));
+  // Along the direction neither way is wrong.
+  EXPECT_FALSE(GuardedSweep(true, false).Ask(1)({0.0, 0.0, 0.0}, {0.0, 1.0, 0.0}, right, left));
+}
+
+TEST(GslInPlaneSweepTouches, NoOutputWithoutAContact) {
+  EXPECT_FALSE(GuardedSweep()({1.0, 0.0, 0.0}, {-1.0, 0.0, 0.0}, {9.0, 3.0, 0.0}, {11.0, 3.0, 0.0}))
+      << "aside";
+  EXPECT_FALSE(GuardedSweep()({0.0, 0.0, 0.0}, {0.0, 1.0, 0.0}, {1e-3, 5.0, 0.0}, {1e-3, 3.0, 0.0}))
+      << "on two lines";
+  EXPECT_FALSE(GuardedSweep()({1.0, 0.0, 0.0}, {0.0, 5.0, 0.0}, {0.0, 10.0, 0.0}, {1.0, 15.0, 0.0}))
+      << "running the same way";
+  EXPECT_FALSE(
+      GuardedSweep()({1.0, 0.0, 0.0}, {-1.0, 0.0, 0.0}, {-1.0, -3.0, 0.0}, {1.0, -3.0, 0.0}))
+      << "behind";
+  EXPECT_FALSE(GuardedSweep(false, false, 1.0)({1.0, 0.0, 0.0}, {-1.0, 0.0, 0.0}, {-4.0, 3.0, 0.0},
+                                               {4.0, 3.0, 0.0}))
+      << "no closer";
 }
 
 TEST(GslInPlaneSweep, RunningMinimumOverManyObstaclesEndsAtTheNearest) {
