@@ -12,7 +12,9 @@ struct gsl_RecordLayout;
 /// Straight segment between two points.
 ///
 /// Units      model units.
-/// Tolerance  gsl_Util::linearTolerance, read at the call.
+/// Tolerance  gsl_Util::linearTolerance, read at the call. At 0 a segment of no length is not
+/// shorter
+///            than it: it crosses every line and segment that has a direction, at NaN.
 /// Identity   holds copies of its end points with their uids; its own uid is fresh from a
 ///            constructor and the source's from a copy or an assignment.
 /// Errors     none; equal end points are allowed.
@@ -53,8 +55,9 @@ public:
   /// Length() is the distance.
   ///
   /// End points keep their uids, computed points have fresh ones (one for both where the segments
-  /// cross). Segments 1e10 or farther apart, and NaN, leave `connection` alone; it may be either
-  /// segment. Seen from the other's ends, one shorter than linearTolerance is its first point.
+  /// cross). Segments 1e10 or farther apart, and segments of NaN, leave `connection` alone; it may
+  /// be either segment. Seen from the other's ends, one shorter than linearTolerance is its first
+  /// point.
   void GetDistance(const gsl_Segment& other, gsl_Segment& connection) const;
 
 private:
