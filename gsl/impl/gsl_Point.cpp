@@ -43,9 +43,19 @@ double gsl_Point::GetDistance(const gsl_Plane& plane, const gsl_Vector& dir) con
 }
 
 double gsl_Point::GetDistance(const gsl_Segment& seg, gsl_Point& closest) const {
+  using gsl_kernel::SegmentFoot;
+  // `closest` may be this point, so it is written last.
+  const Coord3 here = Coords();
+  Coord3 foot;
   double t = 0.0;
+  const SegmentFoot where = gsl_kernel::FootOnSegment(
+      here, seg.Point1().Coords(), seg.Point2().Coords(), Settings().linearTolerance, foot, t);
   // to-a-degenerate-segment-is-to-what-closest-held
-  if (ProjectOn(seg, closest, t)) return GetDistance(closest);
+  if (where == SegmentFoot::Degenerate) return GetDistance(closest);
+  if (where == SegmentFoot::Inside) {
+    AcceptComputed(closest, foot);
+    return gsl_kernel::Distance(here, foot);
+  }
   const double d1 = GetDistance(seg.Point1());
   const double d2 = GetDistance(seg.Point2());
   // a-tie-of-the-ends-is-point-two

@@ -30,6 +30,7 @@ public:
   bool IsEmpty() const { return elements.IsEmpty(); }
   /// No range check. Valid until the list changes.
   const T& operator[](std::size_t i) const { return elements[i]; }
+  /// `value` may be an element of this list.
   void Append(const T& value);
   void Clear();
 

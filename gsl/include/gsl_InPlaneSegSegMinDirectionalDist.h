@@ -17,7 +17,9 @@
 ///             a fresh one. For two segments across the direction a contact that an end of B makes
 ///             stores A's end of the same index as contacts[1], and an end of B that lies behind A
 ///             makes the result false although an earlier contact stays written:
-///             docs/in-plane-sweep.md says where else the answer is not that of the motion.
+///             docs/in-plane-sweep.md says where else the answer is not that of the motion. The
+///             contacts may be end points, `distance` a coordinate of one or of `direction`; the
+///             contacts and `distance` must be apart.
 /// Untouched   every output where no contact was accepted, `contacts` not even read: for a refused
 ///             orientation, segments along the direction on two lines (or whose first ends
 ///             coincide), and segments across it that run the same way.

@@ -32,8 +32,9 @@ public:
   /// Null: the solver has no matrix.
   void SetMatrix(double** a, unsigned int n);
 
-  /// Decomposes on first use; later calls reuse the factors. `b` and `x` hold n doubles and are
-  /// apart or the same array; `b` is not modified unless it is `x`. True at once for n = 0.
+  /// Decomposes on first use; later calls reuse the factors. `b` and `x` hold n doubles; they are
+  /// apart or the same array, and apart from the matrix. `b` is not modified unless it is `x`. True
+  /// at once for n = 0.
   /// False, with `x` and the matrix untouched, without a matrix, for a row whose every magnitude
   /// is below 1e-16 (strict), without memory for n figures, and for n above 2147483640. A failed
   /// decomposition is tried again by the next call.

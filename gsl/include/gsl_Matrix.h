@@ -15,6 +15,7 @@
 ///            IsIdentity() settles it.
 /// Threads    IsIdentity() const writes the flag, and the entries when it snaps them: a matrix with
 ///            flag -1 is not safe to ask from two threads.
+/// Outputs    a number may be an entry of the matrix, an array its own; two outputs must be apart.
 /// Errors     none thrown, none printed; nothing checks that the matrix is rigid.
 class GSL_API gsl_Matrix {
 public:

@@ -84,6 +84,7 @@ public:
   ///
   /// Degenerate a line without a direction crosses every line that has one; two are parallel, with
   ///            `dist` NaN. A line with a NaN direction is parallel to every other.
+  /// Outputs    `dist` must not be a coordinate of `out`.
   /// Identity   `out` has a fresh one.
   bool Intersect(const gsl_StLine& other, gsl_Point& out, double& dist) const;
 

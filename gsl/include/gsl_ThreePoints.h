@@ -12,6 +12,7 @@
 /// Tolerance  gsl_Util fields, read at the call.
 /// NaN        makes three points collinear and every other predicate false; it spreads into what is
 ///            built.
+/// Outputs    a point may be one of the inputs; two outputs must be apart.
 /// Errors     none thrown, none printed. Pointers must not be null; that is not checked.
 
 /// Unit normal of p0, p1, p2, right-handed, or the zero vector when they are collinear within

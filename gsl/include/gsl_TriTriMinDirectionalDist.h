@@ -17,6 +17,8 @@
 ///            on A, contacts[1] on B; a vertex keeps its uid, a computed point has a fresh one.
 ///            When both face the direction and a contact was found, contacts[1] is always
 ///            recomputed from contacts[0].
+///            The contacts may be vertices, `distance` a coordinate of one or of `direction`; the
+///            contacts and `distance` must be apart.
 /// Untouched  every output where no contact was found, `contacts` not even read: for a degenerate
 ///            triangle, a refused orientation, a B behind A or out of reach, edge-on triangles in
 ///            separate planes.

@@ -140,7 +140,8 @@ public:
   /// gives the vector itself.
   gsl_Vector ProjectOn(const gsl_Plane& plane) const;
 
-  /// Signed angle in (-pi, pi] from a to b about this vector, right-handed.
+  /// Signed angle in (-pi, pi] from a to b about this vector, right-handed. `angle` may be a
+  /// component of this vector.
   ///
   /// False, and `angle` unwritten, when linearTolerance > |a| or > |b|, or when the components of
   /// a and b along the axis (all as unit vectors) differ by more than linearTolerance.

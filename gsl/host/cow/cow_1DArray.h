@@ -5,6 +5,7 @@
 #include "mem_Export.h"
 
 #include <cstddef>
+#include <utility>
 #include <vector>
 
 /// Copy-on-write array of values.
@@ -20,7 +21,16 @@ public:
 
   /// For changing: the array is copied away from its other owners first. No range check.
   T& Writable(std::size_t i) { return body.Write()[i]; }
-  void Append(const T& value) { body.Write().push_back(value); }
+  /// `value` may be an element of this array.
+  void Append(const T& value) {
+    if (body.IsShared()) {
+      // It may be an element that goes with the other owners.
+      T kept(value);
+      body.Write().push_back(std::move(kept));
+    } else {
+      body.Write().push_back(value);
+    }
+  }
   void Clear() { body = cow_Body<std::vector<T>>(); }
 
   bool SharesWith(const cow_1DArray& other) const { return body.SharesWith(other.body); }

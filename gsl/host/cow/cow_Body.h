@@ -31,7 +31,7 @@ public:
   T& Write() {
     if (shared == nullptr) {
       shared = new Shared{{1}, T()};
-    } else if (shared->owners.load(std::memory_order_acquire) != 1) {
+    } else if (IsShared()) {
       Shared* const own = new Shared{{1}, shared->value};
       Release();
       shared = own;
@@ -40,6 +40,10 @@ public:
   }
 
   bool SharesWith(const cow_Body& other) const noexcept { return shared == other.shared; }
+  /// Another owner holds the value. It may let go of the value meanwhile.
+  bool IsShared() const noexcept {
+    return shared != nullptr && shared->owners.load(std::memory_order_acquire) != 1;
+  }
 
 private:
   struct Shared {

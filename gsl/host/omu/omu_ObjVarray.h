@@ -17,7 +17,8 @@ public:
   /// Null for an empty entry; the array keeps the object. No range check.
   T* operator[](unsigned int i) const { return static_cast<T*>(Entry(i)); }
 
-  /// Appends an element, or null, and takes it over. On an exception it is still the caller's.
+  /// Appends an element, or null, and takes it over: it must not be in an array already. On an
+  /// exception it is still the caller's.
   void Add(T* element) { add(element); }
   /// Takes the element out, leaving null; it is the caller's now. No range check.
   T* Release(unsigned int i);

@@ -32,7 +32,7 @@ public:
 
   /// Appends a number.
   virtual void Put(double number);
-  /// Appends a copy.
+  /// Appends a copy; `value` may be this tuple or an element of it.
   virtual void Put(const omu_Primitive& value);
 
   int Kind() const { return kind; }

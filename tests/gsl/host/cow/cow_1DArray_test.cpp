@@ -43,6 +43,28 @@ TEST(Cow1DArray, ClearLeavesCopiesAlone) {
   EXPECT_EQ(copy[0], "a");
 }
 
+/// Its first copy drops another array, as another thread may at any time.
+struct Dropper {
+  std::string text;
+  cow_1DArray<Dropper>** victim;
+
+  Dropper(const char* t, cow_1DArray<Dropper>** v) : text(t), victim(v) {}
+  Dropper(const Dropper& other) : text(other.text), victim(other.victim) {
+    delete *victim;
+    *victim = nullptr;
+  }
+};
+
+TEST(Cow1DArray, OwnElementIsAppendedAlthoughTheOtherOwnerLetsGo) {
+  cow_1DArray<Dropper>* victim = nullptr;
+  cow_1DArray<Dropper> array;
+  array.Append(Dropper("a text too long to be kept within the string", &victim));
+  victim = new cow_1DArray<Dropper>(array);
+  array.Append(array[0]);
+  EXPECT_EQ(victim, nullptr);
+  EXPECT_EQ(array[1].text, "a text too long to be kept within the string");
+}
+
 TEST(Cow1DArray, CopiesMayBeChangedInDifferentThreads) {
   cow_1DArray<int> array;
   array.Append(0);
