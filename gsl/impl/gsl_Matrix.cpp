@@ -43,7 +43,8 @@ void gsl_Matrix::Transform(gsl_Point& p) const {
 }
 
 void gsl_Matrix::Transform(gsl_Vector& v) const {
-  v = gsl_Vector(gsl_kernel::Measure(gsl_kernel::TransformVector(m, v.Coords())));
+  const Coord3 turned = gsl_kernel::TransformVector(m, v.Coords());
+  v = gsl_Vector(turned.x, turned.y, turned.z);
 }
 
 void gsl_Matrix::Concatenate(const gsl_Matrix& o) {

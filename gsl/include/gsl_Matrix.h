@@ -12,13 +12,16 @@
 ///            (0, 0, 0, 1).
 /// Units      translation in model units, angles in radians.
 /// Flag       isIdentity is 1 (is), 0 (is not) or -1 (not known); setters and products make it -1,
-///            IsIdentity() settles it.
+///            IsIdentity() settles it. Writing m does not touch it.
 /// Threads    IsIdentity() const writes the flag, and the entries when it snaps them: a matrix with
 ///            flag -1 is not safe to ask from two threads.
 /// Outputs    a number may be an entry of the matrix, an array its own; two outputs must be apart.
 /// Errors     none thrown, none printed; nothing checks that the matrix is rigid.
 class GSL_API gsl_Matrix {
 public:
+  /// The entries. Writing one here leaves the flag as it is, and IsIdentity() then answers for the
+  /// entries before: set isIdentity to -1 as well.
+  // writing-an-entry-leaves-the-flag-stale
   mutable double m[4][4];
   mutable std::int32_t isIdentity;
 

@@ -12,7 +12,8 @@ class gsl_Point;
 /// Free vector that carries its own length.
 ///
 /// Units      components and length in model units, angles in radians.
-/// Invariant  magnitude == sqrt(x*x + y*y + z*z); only the writable operator[] lets it go stale.
+/// Invariant  magnitude == sqrt(x*x + y*y + z*z), up to rounding; only the writable operator[], and
+///            writing a member, let it go stale.
 /// Tolerance  gsl_Util fields, read at the call; strict, tolerance > quantity, unless a member says
 ///            otherwise. A NaN therefore never counts as small.
 /// Errors     none thrown, none printed.
@@ -40,10 +41,6 @@ public:
   /// coincident points. The magnitude is that of a scaling, so it may differ from 1 in the last
   /// place. A NaN coordinate gives NaN.
   gsl_Vector(const gsl_Point& p1, const gsl_Point& p2, const gsl_Point& p3);
-
-  /// A vector whose length is known already; it is not checked.
-  explicit gsl_Vector(const gsl_arithmetic::Measured3& v)
-      : x(v.c.x), y(v.c.y), z(v.c.z), magnitude(v.magnitude) {}
 
   /// Components, and components with the cached length, as the arithmetic takes them.
   gsl_arithmetic::Coord3 Coords() const { return {x, y, z}; }
@@ -162,6 +159,11 @@ public:
   /// Two lines, each behind `indent` blanks and flushed: the magnitude, then the components, 15
   /// significant digits.
   void Print(aio_ostream& out, int indent) const;
+
+private:
+  /// The length is that of the components, or scaled along with them.
+  explicit gsl_Vector(const gsl_arithmetic::Measured3& v)
+      : x(v.c.x), y(v.c.y), z(v.c.z), magnitude(v.magnitude) {}
 };
 
 #endif
