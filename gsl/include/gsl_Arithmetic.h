@@ -76,7 +76,7 @@ inline bool Normalize(Measured3& v, double linearTolerance) {
   return true;
 }
 
-/// The multiple by 1 / magnitude, measured anew; zero when linearTolerance > magnitude.
+/// The multiple by 1 / magnitude, measured again; zero when linearTolerance > magnitude.
 inline Measured3 NormalizedCopy(const Measured3& v, double linearTolerance) {
   if (linearTolerance > v.magnitude) return {{0.0, 0.0, 0.0}, 0.0};
   return Measure(Multiply(v.c, 1.0 / v.magnitude));

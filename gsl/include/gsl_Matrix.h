@@ -38,22 +38,22 @@ public:
 
   /// Moves p in place; it keeps its uid.
   void Transform(gsl_Point& p) const;
-  /// Rotates v in place, without translation; its magnitude is computed anew.
+  /// Rotates v in place, without translation, and measures its magnitude again.
   void Transform(gsl_Vector& v) const;
 
   /// this = o x this, in full: transforming by the result is transforming by the old this, then by
   /// o, which may be this matrix.
   void Concatenate(const gsl_Matrix& o);
 
-  /// Whether rows 0 to 2 equal the identity's within 1e-5 (closed; NaN does not). On true all
-  /// entries are set to the exact identity. Looks at the entries only when the flag is -1.
+  /// What the flag says; when it is -1, whether rows 0 to 2 equal the identity's within 1e-5
+  /// (closed; NaN does not), and then all entries are set to the exact identity.
   bool IsIdentity() const;
 
   /// m[0..2][3].
   void SetTranslation(const gsl_Vector& t);
   void GetTranslation(gsl_Vector& t) const;
 
-  /// m[r][0..2] and m[0..2][c]; r and c are not checked.
+  /// m[r][0..2] and m[0..2][c]; that r and c are below 4 is not checked.
   void SetRow(unsigned int r, const gsl_Vector& v);
   void SetColumn(unsigned int c, const gsl_Vector& v);
 

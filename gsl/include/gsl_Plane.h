@@ -30,7 +30,7 @@ public:
   gsl_Plane& operator=(const gsl_Plane&);
 
   virtual ~gsl_Plane();
-  /// A heap copy that the caller owns.
+  /// A heap copy that the caller owns. Throws std::bad_alloc.
   virtual gsl_Plane* Copy() const;
   /// The ok flag; nothing is recomputed and the list is not read.
   virtual bool Regenerate(const ftr_FeatureList* features);

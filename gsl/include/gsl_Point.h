@@ -106,9 +106,10 @@ public:
   /// or NaN.
   double GetDistance(const gsl_Plane& plane, const gsl_Vector& dir) const;
 
-  /// Distance to the segment; `closest` becomes the nearest point. Where that is an end point it
-  /// takes the end point's uid (at a tie Point2's). For a segment shorter than linearTolerance
-  /// `closest` is left alone and the result is the distance to what it held.
+  /// Distance to the segment; `closest` becomes the nearest point. That is the foot, with a fresh
+  /// uid, wherever ProjectOn is true: also at an end exactly, and up to linearTolerance beyond it.
+  /// Elsewhere it is the nearer end point with its uid (at a tie Point2). For a segment shorter
+  /// than linearTolerance `closest` is left alone and the result is the distance to what it held.
   double GetDistance(const gsl_Segment& seg, gsl_Point& closest) const;
 
   /// Distance to the triangle. NaN for one without a normal.
@@ -120,10 +121,12 @@ public:
   bool IsOn(const gsl_Point& o) const;
 
   /// The foot on the line; `t` is its signed distance from the line's point along the direction.
-  /// Changes nothing here and is deliberately not const: hosts link against this signature.
+  /// For a direction shorter than linearTolerance it is the line's point, and t is 0. Changes
+  /// nothing here and is deliberately not const: its exported name is the one without.
   gsl_Point ProjectOn(const gsl_StLine& line, double& t);
 
-  /// The foot on the plane. Deliberately not const, like the one above.
+  /// The foot on the plane; this point itself for a normal shorter than linearTolerance, NaN for a
+  /// zero one. Deliberately not const, like the one above.
   gsl_Point ProjectOn(const gsl_Plane& plane);
 
   /// The foot on the segment's line, `t` its fraction from Point1 (0) to Point2 (1). True when the
@@ -134,8 +137,10 @@ public:
   /// The same with tol = linearTolerance.
   bool ProjectOn(const gsl_Segment& seg, gsl_Point& out, double& t) const;
 
-  /// The foot on the triangle's plane and its three barycentric weights, both always written; true
-  /// when it lies in the triangle (the border, and linearTolerance^2 in area, included).
+  /// The foot on the triangle's plane and its three barycentric weights, both always written. True
+  /// when it lies in the triangle, the border included, and a hair beyond: each weight times the
+  /// square of the doubled area is at least -linearTolerance^2. A triangle without a normal gives
+  /// NaN and true.
   bool ProjectOn(const gsl_Point& p1, const gsl_Point& p2, const gsl_Point& p3, gsl_Point& out,
                  double* const weights) const;
 
@@ -143,8 +148,9 @@ public:
   /// `dir`. `out` is the crossing, weights[0] the weight of p2 and weights[1] that of p1.
   ///
   /// False, and nothing written, when linearTolerance > |p1 - p2| or the lines are parallel or
-  /// skew; false with outputs written when the crossing lies beyond an end by more than
-  /// linearTolerance.
+  /// skew (gsl_StLine::Intersect); false with outputs written when the crossing lies beyond an end
+  /// by more than linearTolerance. Of a segment of exactly linearTolerance only what is that near
+  /// p1 is met, and `weights` stay where it is missed.
   bool RayIntersect(const gsl_Point& p1, const gsl_Point& p2, const gsl_Vector& dir, gsl_Point& out,
                     double* const weights) const;
 

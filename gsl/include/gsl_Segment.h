@@ -44,7 +44,7 @@ public:
   ///
   /// False with `out` unwritten when linearTolerance > Length() or the lines are skew or parallel;
   /// false with `out` written when the crossing is more than linearTolerance beyond an end
-  /// (closed).
+  /// (closed), or more than that from Point1() for a segment of exactly linearTolerance.
   bool Intersect(const gsl_StLine& line, gsl_Point& out) const;
 
   /// Crossing with a segment: each must cross the other's line, this one first. `out` is the point
@@ -55,9 +55,9 @@ public:
   /// Length() is the distance.
   ///
   /// End points keep their uids, computed points have fresh ones (one for both where the segments
-  /// cross). Segments 1e10 or farther apart, and segments of NaN, leave `connection` alone; it may
-  /// be either segment. Seen from the other's ends, one shorter than linearTolerance is its first
-  /// point.
+  /// cross; also a foot at an end, as gsl_Point::GetDistance has it). Segments 1e10 or farther
+  /// apart, and segments of NaN, leave `connection` alone; it may be either segment. Seen from the
+  /// other's ends, one shorter than linearTolerance is its first point.
   void GetDistance(const gsl_Segment& other, gsl_Segment& connection) const;
 
 private:

@@ -37,7 +37,7 @@ public:
   gsl_StLine& operator=(const gsl_StLine&);
 
   virtual ~gsl_StLine();
-  /// A heap copy that the caller owns.
+  /// A heap copy that the caller owns. Throws std::bad_alloc.
   virtual gsl_StLine* Copy() const;
   /// True, whatever the ok flag says; nothing is recomputed and the list is not read.
   virtual bool Regenerate(const ftr_FeatureList* features);

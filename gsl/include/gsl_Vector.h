@@ -82,7 +82,7 @@ public:
   /// Multiplies the components by s and `magnitude` by |s|, without a square root.
   void Scale(double s) { *this = gsl_Vector(gsl_arithmetic::Scaled(Measured(), s)); }
 
-  /// this * s with its length computed anew.
+  /// this * s, its length measured again.
   gsl_Vector ScaledCopy(double s) const { return *this * s; }
 
   /// Scales to length exactly 1.0. False, and unchanged, when linearTolerance > magnitude; exactly
@@ -153,7 +153,7 @@ public:
   /// itself.
   double AngleWith(const gsl_Vector& o, bool unitVectors, const gsl_Vector& reference) const;
 
-  /// Applies the 3x3 block of m in place; no translation.
+  /// Applies the 3x3 block of m in place, without translation, and measures the magnitude again.
   void RotateAndTransform(const gsl_Matrix& m);
 
   /// Two lines, each behind `indent` blanks and flushed: the magnitude, then the components, 15

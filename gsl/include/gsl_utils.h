@@ -15,8 +15,8 @@
 ///
 /// Units      those of the numbers compared; a relative tolerance is a fraction.
 /// Tolerance  the comparisons use d = b - a. Bands are closed: exactly the tolerance is equal.
-/// NaN        makes every test of a band fail to reject, so it compares equal to anything; hosts
-///            rely on it.
+/// NaN        makes every test of a band fail to reject, so it compares equal to anything, by
+///            promise.
 /// Errors     gsl_Truncate alone throws.
 
 /// -tol <= b - a <= tol; a negative tol accepts nothing but NaN.

@@ -23,7 +23,7 @@ public:
   cls_ClassRegistrar& operator=(const cls_ClassRegistrar&) = delete;
 
   /// Registers the adapter's class and takes the adapter over. A class that is registered already
-  /// keeps its place and starts anew.
+  /// keeps its place and starts again.
   cls_ClassMetadata& AddClassMD(cls_TypeAdapterBase* adapter);
 
   std::size_t ClassCount() const { return classes.size(); }

@@ -41,6 +41,7 @@ private:
 ///
 /// Absent    a field that the record does not have gives the caller's default. A child for such a
 ///           field, or for a null, is absent itself: every field is missing, the uid is null.
+/// Threads   a load and its visitors belong to one thread at a time, also where they are const.
 /// Errors    cls_RecordException for a field of another kind than asked for, a nested record of
 ///           another class, an object that contains itself, and nesting deeper than kMostNesting;
 ///           std::bad_alloc.

@@ -54,6 +54,7 @@ private:
 /// Writes one record of a save: the record is started, then its fields follow in order.
 ///
 /// Lifetime  a child is used while its parent lives, the root while its save lives.
+/// Threads   a save and its visitors belong to one thread at a time, also where they are const.
 /// Errors    cls_RecordException for a field before StartWrite, a second record in one place, and
 ///           nesting deeper than kMostNesting. When a root visitor goes because of an exception,
 ///           the records of its latest object are taken back.
