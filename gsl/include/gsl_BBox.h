@@ -119,6 +119,8 @@ public:
   void Print(aio_ostream& out, int indent) const;
 
   static constexpr unsigned int TypeId() { return 0x030A0007u; }
+  /// Not virtual, as that of gsl_Point.
+  unsigned int DynTypeId() const { return TypeId(); }
 
 private:
   friend struct gsl_RecordLayout<gsl_BBox>;
