@@ -43,7 +43,8 @@ def types_of(parameters):
         if not match:
             return None, False
         before, base, after, reference = match.groups()
-        is_output = bool(reference) and not before and not after
+        # What is moved from is no output of its caller.
+        is_output = reference not in ("", "&&") and not before and not after
         has_output = has_output or (is_output and base not in NOT_OUTPUTS)
         types.append(base + (reference if is_output else ""))
     return ", ".join(types), has_output

@@ -12,6 +12,7 @@ HEADER = """
 class GSL_API gsl_Thing {
 public:
   gsl_Thing(const gsl_Thing&);
+  gsl_Thing(gsl_Thing&& other) noexcept;
   bool Find(const gsl_Point& from, unsigned int n, gsl_Point& out,
             double* const weights) const; // writes gsl_Point& out
   double Area(gsl_Thing const* other) const { return Of(a * b); }

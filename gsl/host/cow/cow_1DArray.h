@@ -8,7 +8,7 @@
 #include <utility>
 #include <vector>
 
-/// Copy-on-write array of values.
+/// Copy-on-write array of values. A move leaves its source empty.
 ///
 /// Threads  copies are independent; one array follows the rules of the standard containers.
 template <class T>
@@ -18,6 +18,10 @@ public:
   bool IsEmpty() const { return Count() == 0; }
   /// No range check. Valid until this array changes.
   const T& operator[](std::size_t i) const { return (*body.Read())[i]; }
+
+  /// The elements in order; valid until this array changes.
+  const T* begin() const { return body.Read() != nullptr ? body.Read()->data() : nullptr; }
+  const T* end() const { return begin() + Count(); }
 
   /// For changing: the array is copied away from its other owners first. No range check.
   T& Writable(std::size_t i) { return body.Write()[i]; }

@@ -18,8 +18,11 @@ public:
     std::swap(shared, copy.shared);
     return *this;
   }
+  /// Leaves the other one without a value.
   cow_Body& operator=(cow_Body&& other) noexcept {
-    std::swap(shared, other.shared);
+    if (this == &other) return *this;
+    Release();
+    shared = std::exchange(other.shared, nullptr);
     return *this;
   }
   ~cow_Body() { Release(); }
