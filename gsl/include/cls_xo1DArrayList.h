@@ -33,7 +33,7 @@ public:
   cls_xo1DArrayList& operator=(cls_xo1DArrayList&& other) noexcept;
 
   std::size_t Count() const { return elements.Count(); }
-  bool IsEmpty() const { return elements.IsEmpty(); }
+  [[nodiscard]] bool IsEmpty() const { return elements.IsEmpty(); }
   /// No range check. Valid until the list changes.
   const T& operator[](std::size_t i) const { return elements[i]; }
   /// The elements in order; valid until the list changes.

@@ -83,12 +83,13 @@ inline Measured3 NormalizedCopy(const Measured3& v, double linearTolerance) {
 }
 
 /// cosineTolerance * |a| * |b| > |a x b|.
-inline bool IsOn(const Measured3& a, const Measured3& b, double cosineTolerance) {
+[[nodiscard]] inline bool IsOn(const Measured3& a, const Measured3& b, double cosineTolerance) {
   return cosineTolerance * a.magnitude * b.magnitude > Length(Cross(a.c, b.c));
 }
 
 /// cosineTolerance * |a| * |b| > |a . b|.
-inline bool IsOrthogonal(const Measured3& a, const Measured3& b, double cosineTolerance) {
+[[nodiscard]] inline bool IsOrthogonal(const Measured3& a, const Measured3& b,
+                                       double cosineTolerance) {
   return cosineTolerance * a.magnitude * b.magnitude > std::fabs(Dot(a.c, b.c));
 }
 

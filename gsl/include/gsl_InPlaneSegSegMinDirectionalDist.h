@@ -26,10 +26,10 @@
 /// Tolerance   gsl_Util linearTolerance and cosineTolerance, read once. A segment shorter than
 ///             linearTolerance is never met by another's end; a `direction` shorter than it acts as
 ///             the zero vector, along which every gap is 0.
-GSL_API bool gsl_InPlaneSegSegMinDirectionalDist(const gsl_Vector& direction, const gsl_Point& a0,
-                                                 const gsl_Point& a1, const gsl_Point& b0,
-                                                 const gsl_Point& b1, const bool* twoSided,
-                                                 double margin, gsl_Point* contacts,
-                                                 double& distance);
+[[nodiscard]] GSL_API bool
+gsl_InPlaneSegSegMinDirectionalDist(const gsl_Vector& direction, const gsl_Point& a0,
+                                    const gsl_Point& a1, const gsl_Point& b0, const gsl_Point& b1,
+                                    const bool* twoSided, double margin, gsl_Point* contacts,
+                                    double& distance);
 
 #endif

@@ -42,7 +42,7 @@ public:
   /// False, with `x` and the matrix untouched, without a matrix, for a row whose every magnitude
   /// is below 1e-16 (strict), without memory for n numbers and n integers, and for n above
   /// 2147483640. A failed decomposition is tried again by the next call.
-  bool Solve(double* b, double* x);
+  [[nodiscard]] bool Solve(double* b, double* x);
 
   /// Entry j is the row that was exchanged with row j at step j; Size() entries, null while
   /// IsDecomposed() is false.
@@ -52,9 +52,9 @@ public:
   /// the determinant.
   int Parity() const { return parity; }
   /// A decomposition met a zero row since SetMatrix.
-  bool IsSingular() const { return isSingular; }
+  [[nodiscard]] bool IsSingular() const { return isSingular; }
   /// The matrix holds its factors.
-  bool IsDecomposed() const { return isDecomposed; }
+  [[nodiscard]] bool IsDecomposed() const { return isDecomposed; }
 
 private:
   double** matrix;
@@ -65,7 +65,7 @@ private:
   bool isDecomposed;
 
   void Reset();
-  bool Decompose();
+  [[nodiscard]] bool Decompose();
 };
 
 #endif

@@ -33,8 +33,8 @@ public:
 
   /// The same object, or no entry differs by more than 0.001 (closed; NaN agrees). Fixed,
   /// deliberately none of the gsl_Util tolerances; the flag does not count.
-  bool operator==(const gsl_Matrix& o) const;
-  bool operator!=(const gsl_Matrix& o) const { return !(*this == o); }
+  [[nodiscard]] bool operator==(const gsl_Matrix& o) const;
+  [[nodiscard]] bool operator!=(const gsl_Matrix& o) const { return !(*this == o); }
 
   /// Moves p in place; it keeps its uid.
   void Transform(gsl_Point& p) const;
@@ -47,7 +47,7 @@ public:
 
   /// What the flag says; when it is -1, whether rows 0 to 2 equal the identity's within 1e-5
   /// (closed; NaN does not), and then all entries are set to the exact identity.
-  bool IsIdentity() const;
+  [[nodiscard]] bool IsIdentity() const;
 
   /// m[0..2][3].
   void SetTranslation(const gsl_Vector& t);

@@ -31,7 +31,7 @@ public:
 
   virtual ~gsl_Plane();
   /// A heap copy that the caller owns. Throws std::bad_alloc.
-  virtual gsl_Plane* Copy() const;
+  [[nodiscard]] virtual gsl_Plane* Copy() const;
   /// The ok flag; nothing is recomputed and the list is not read.
   virtual bool Regenerate(const ftr_FeatureList* features);
   virtual int OwnerFeatID() const;
@@ -42,12 +42,12 @@ public:
   virtual void ResetCentroid(const gsl_Point& centroid, const ftr_FeatureList* features);
   /// For classes of the host that derive; null and false here, as for gsl_StLine.
   virtual void* ExtensionObject() { return nullptr; }
-  virtual bool ExtensionQuery(const void*) { return false; }
+  [[nodiscard]] virtual bool ExtensionQuery(const void*) { return false; }
   virtual unsigned int DynTypeId() const;
   virtual void DBWrite(const cls_WriteVisitor& visitor) const;
 
   /// Whether the object is of that class, or of one registered as derived from it.
-  bool IsA(unsigned int typeId) const;
+  [[nodiscard]] bool IsA(unsigned int typeId) const;
   static void InitializeMetadata(cls_ClassRegistrar& registrar);
 
   const gsl_Point& PointOn() const { return point; }
@@ -57,9 +57,9 @@ public:
 
   gsl_DirMethod Method() const { return method; }
   void SetMethod(gsl_DirMethod value) { method = value; }
-  bool Flip() const { return flip; }
+  [[nodiscard]] bool Flip() const { return flip; }
   void SetFlip(bool value) { flip = value; }
-  bool Ok() const { return ok; }
+  [[nodiscard]] bool Ok() const { return ok; }
   void SetOk(bool value) { ok = value; }
   const cls_xp1DArrayListUint& ParentIds() const { return parentIds; }
   cls_xp1DArrayListUint& ParentIds() { return parentIds; }

@@ -61,14 +61,16 @@ public:
 
   /// The same object, or squared distance <= zeroTolerance (closed): with the default 1e-12 points
   /// up to 1e-6 apart are equal.
-  bool operator==(const gsl_Point& o) const;
-  bool operator!=(const gsl_Point& o) const { return !(*this == o); }
+  [[nodiscard]] bool operator==(const gsl_Point& o) const;
+  [[nodiscard]] bool operator!=(const gsl_Point& o) const { return !(*this == o); }
 
   /// Strict dominance: greater in every coordinate, no tolerance. Not an order of points.
   // greater-is-strict-dominance
-  bool operator>(const gsl_Point& o) const { return this != &o && x > o.x && y > o.y && z > o.z; }
+  [[nodiscard]] bool operator>(const gsl_Point& o) const {
+    return this != &o && x > o.x && y > o.y && z > o.z;
+  }
   /// No coordinate is smaller than that of `o`, no tolerance.
-  bool operator>=(const gsl_Point& o) const {
+  [[nodiscard]] bool operator>=(const gsl_Point& o) const {
     if (this == &o) return true;
     return !(o.x > x) && !(o.y > y) && !(o.z > z);
   }
@@ -116,9 +118,9 @@ public:
   double GetDistance(const gsl_Point& p1, const gsl_Point& p2, const gsl_Point& p3) const;
 
   /// linearTolerance > distance. Never for NaN, nor for a zero normal or direction.
-  bool IsOn(const gsl_Plane& plane) const;
-  bool IsOn(const gsl_StLine& line) const;
-  bool IsOn(const gsl_Point& o) const;
+  [[nodiscard]] bool IsOn(const gsl_Plane& plane) const;
+  [[nodiscard]] bool IsOn(const gsl_StLine& line) const;
+  [[nodiscard]] bool IsOn(const gsl_Point& o) const;
 
   /// The foot on the line; `t` is its signed distance from the line's point along the direction.
   /// For a direction shorter than linearTolerance it is the line's point, and t is 0. Changes
@@ -132,17 +134,17 @@ public:
   /// The foot on the segment's line, `t` its fraction from Point1 (0) to Point2 (1). True when the
   /// foot lies within the segment lengthened by `tol` at both ends (open: exactly tol is outside);
   /// outputs are written either way. A segment with tol > length answers true and writes nothing.
-  bool ProjectOn(const gsl_Segment& seg, double tol, gsl_Point& out, double& t) const;
+  [[nodiscard]] bool ProjectOn(const gsl_Segment& seg, double tol, gsl_Point& out, double& t) const;
 
   /// The same with tol = linearTolerance.
-  bool ProjectOn(const gsl_Segment& seg, gsl_Point& out, double& t) const;
+  [[nodiscard]] bool ProjectOn(const gsl_Segment& seg, gsl_Point& out, double& t) const;
 
   /// The foot on the triangle's plane and its three barycentric weights, both always written. True
   /// when it lies in the triangle, the border included, and a hair beyond: each weight times the
   /// square of the doubled area is at least -linearTolerance^2. A triangle without a normal gives
   /// NaN and true.
-  bool ProjectOn(const gsl_Point& p1, const gsl_Point& p2, const gsl_Point& p3, gsl_Point& out,
-                 double* const weights) const;
+  [[nodiscard]] bool ProjectOn(const gsl_Point& p1, const gsl_Point& p2, const gsl_Point& p3,
+                               gsl_Point& out, double* const weights) const;
 
   /// Crossing of the line through this point along `dir` with the segment p1-p2, in both senses of
   /// `dir`. `out` is the crossing, weights[0] the weight of p2 and weights[1] that of p1.
@@ -151,13 +153,14 @@ public:
   /// skew (gsl_StLine::Intersect); false with outputs written when the crossing lies beyond an end
   /// by more than linearTolerance. Of a segment of exactly linearTolerance only what is that near
   /// p1 is met, and `weights` stay where it is missed.
-  bool RayIntersect(const gsl_Point& p1, const gsl_Point& p2, const gsl_Vector& dir, gsl_Point& out,
-                    double* const weights) const;
+  [[nodiscard]] bool RayIntersect(const gsl_Point& p1, const gsl_Point& p2, const gsl_Vector& dir,
+                                  gsl_Point& out, double* const weights) const;
 
   /// Crossing of the line through this point along `dir` with the plane, in both senses. `out` is
   /// this point (with its uid) when that lies on the plane, and also on false. False when
   /// linearTolerance > |dir|, or when `dir` is orthogonal to the normal.
-  bool RayIntersect(const gsl_Vector& dir, const gsl_Plane& plane, gsl_Point& out) const;
+  [[nodiscard]] bool RayIntersect(const gsl_Vector& dir, const gsl_Plane& plane,
+                                  gsl_Point& out) const;
 };
 
 #endif

@@ -45,11 +45,11 @@ public:
   /// False with `out` unwritten when linearTolerance > Length() or the lines are skew or parallel;
   /// false with `out` written when the crossing is more than linearTolerance beyond an end
   /// (closed), or more than that from Point1() for a segment of exactly linearTolerance.
-  bool Intersect(const gsl_StLine& line, gsl_Point& out) const;
+  [[nodiscard]] bool Intersect(const gsl_StLine& line, gsl_Point& out) const;
 
   /// Crossing with a segment: each must cross the other's line, this one first. `out` is the point
   /// on the other segment's line; on false it may hold a point of the first test.
-  bool Intersect(const gsl_Segment& other, gsl_Point& out) const;
+  [[nodiscard]] bool Intersect(const gsl_Segment& other, gsl_Point& out) const;
 
   /// The shortest connection: `connection` becomes the segment from this one to `other`, and its
   /// Length() is the distance.

@@ -29,10 +29,11 @@
 /// Tolerance  gsl_Util linearTolerance and cosineTolerance, read once.
 /// Limits     distances are unsigned, and of two triangles that are both edge-on vertex i is tried
 ///            against edge i only: docs/triangle-sweep.md.
-GSL_API bool gsl_TriTriMinDirectionalDist(const gsl_Vector& direction, const gsl_Point& a0,
-                                          const gsl_Point& a1, const gsl_Point& a2,
-                                          const gsl_Point& b0, const gsl_Point& b1,
-                                          const gsl_Point& b2, const bool* twoSided, double margin,
-                                          gsl_Point* contacts, double& distance);
+[[nodiscard]] GSL_API bool gsl_TriTriMinDirectionalDist(const gsl_Vector& direction,
+                                                        const gsl_Point& a0, const gsl_Point& a1,
+                                                        const gsl_Point& a2, const gsl_Point& b0,
+                                                        const gsl_Point& b1, const gsl_Point& b2,
+                                                        const bool* twoSided, double margin,
+                                                        gsl_Point* contacts, double& distance);
 
 #endif

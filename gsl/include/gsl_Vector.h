@@ -52,11 +52,11 @@ public:
 
   /// The same object, or linearTolerance > |this - o|: a difference of exactly linearTolerance is
   /// unequal.
-  bool operator==(const gsl_Vector& o) const {
+  [[nodiscard]] bool operator==(const gsl_Vector& o) const {
     if (this == &o) return true;
     return omi_Singleton<gsl_Util>::Instance().linearTolerance > (*this - o).magnitude;
   }
-  bool operator!=(const gsl_Vector& o) const { return !(*this == o); }
+  [[nodiscard]] bool operator!=(const gsl_Vector& o) const { return !(*this == o); }
 
   /// 0 is x, 1 is y, every other index is z.
   // every-index-above-one-is-z
@@ -104,23 +104,23 @@ public:
 
   /// Collinear in either sense: cosineTolerance * |this| * |o| > |this x o|. Never for a zero
   /// vector or NaN.
-  bool IsOn(const gsl_Vector& o) const {
+  [[nodiscard]] bool IsOn(const gsl_Vector& o) const {
     return gsl_arithmetic::IsOn(Measured(), o.Measured(),
                                 omi_Singleton<gsl_Util>::Instance().cosineTolerance);
   }
 
   /// cosineTolerance * |this| * |o| > |this . o|. Never for a zero vector or NaN.
-  bool IsOrthogonal(const gsl_Vector& o) const {
+  [[nodiscard]] bool IsOrthogonal(const gsl_Vector& o) const {
     return gsl_arithmetic::IsOrthogonal(Measured(), o.Measured(),
                                         omi_Singleton<gsl_Util>::Instance().cosineTolerance);
   }
 
   /// The unit components agree within `tol`, a cosine (closed, gsl_RealEqual: NaN agrees). A vector
   /// of magnitude exactly 0 has unit components 0.
-  bool SameDirection(const gsl_Vector& o, double tol) const;
+  [[nodiscard]] bool SameDirection(const gsl_Vector& o, double tol) const;
 
   /// SameDirection, or the same against the opposite of `o`.
-  bool IsParallel(const gsl_Vector& o, double tol) const;
+  [[nodiscard]] bool IsParallel(const gsl_Vector& o, double tol) const;
 
   /// A unit vector orthogonal to this one: this x (1, 1, 1), or (1, -1, 0) when that is shorter
   /// than linearTolerance; normalised.
@@ -142,7 +142,7 @@ public:
   ///
   /// False, and `angle` unwritten, when linearTolerance > |a| or > |b|, or when the components of
   /// a and b along the axis (all as unit vectors) differ by more than linearTolerance.
-  bool AngleBetween(gsl_Vector a, gsl_Vector b, double& angle) const;
+  [[nodiscard]] bool AngleBetween(gsl_Vector a, gsl_Vector b, double& angle) const;
 
   /// Unsigned angle in [0, pi]; `unitVectors` promises that both have length 1. A vector of
   /// magnitude at most linearTolerance makes it pi / 2.

@@ -11,12 +11,12 @@ public:
   cls_ListReader& operator=(const cls_ListReader&) = delete;
 
   /// True while there is a further entry.
-  bool HasNext() const { return next != nullptr; }
+  [[nodiscard]] bool HasNext() const { return next != nullptr; }
 
   /// The next entry as a new object of the class that its record names: T, or a registered class
   /// derived from it. Null for a null entry.
   template <class T>
-  T* ReadObject() {
+  [[nodiscard]] T* ReadObject() {
     return Next().Create<T>();
   }
 

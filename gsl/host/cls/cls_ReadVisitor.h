@@ -55,7 +55,7 @@ public:
   /// read from references would multiply what is stored once.
   cls_ReadVisitor(const cls_ReadVisitor& parent, const cls_FieldHandle& field);
 
-  bool IsAbsent() const { return record == cls_RecordStore::kNone; }
+  [[nodiscard]] bool IsAbsent() const { return record == cls_RecordStore::kNone; }
   /// 0 when absent.
   unsigned int TypeId() const;
   /// Null when absent.
@@ -63,7 +63,7 @@ public:
 
   int ReadInteger(const cls_FieldHandle& field, int defaultValue) const;
   double ReadDouble(const cls_FieldHandle& field, double defaultValue) const;
-  bool ReadBoolean(const cls_FieldHandle& field, bool defaultValue) const;
+  [[nodiscard]] bool ReadBoolean(const cls_FieldHandle& field, bool defaultValue) const;
   cow_String ReadString(const cls_FieldHandle& field, const cow_String& defaultValue) const;
 
   /// Throws unless this record is absent or of that class, or of one registered as derived from it.
@@ -77,7 +77,7 @@ public:
   /// A new object from this record, of the class that the record names: T, or a registered class
   /// derived from it. Null when absent.
   template <class T>
-  T* Create() const;
+  [[nodiscard]] T* Create() const;
 
   /// Throws unless this record is absent or a collection of that type.
   void CheckCollectionType(int type) const;
@@ -86,7 +86,7 @@ public:
   /// The entries of a cls_DoubleMatrix; 0 by 0 when absent.
   cls_RecordStore::DoubleArray ReadDoubles() const;
   /// A new reader for the entries of a cls_ObjectList.
-  cls_ListReader* GetListReader() const;
+  [[nodiscard]] cls_ListReader* GetListReader() const;
 
 private:
   friend class cls_ListReader;
@@ -102,11 +102,11 @@ private:
   cls_RecordStore::Index ObjectRecord(const Field* field) const;
   [[noreturn]] void RefuseKind(const Field& field, const char* wanted) const;
   /// Null for an object that was not read yet, which is then marked as being read.
-  std::any* KnownObject(cls_RecordStore::Index object) const;
+  [[nodiscard]] std::any* KnownObject(cls_RecordStore::Index object) const;
   void Remember(cls_RecordStore::Index object, std::any holder) const;
   void Forget(cls_RecordStore::Index object) const noexcept;
   [[noreturn]] void RefuseHolder(cls_RecordStore::Index object) const;
-  void* CreateDerived(unsigned int typeId) const;
+  [[nodiscard]] void* CreateDerived(unsigned int typeId) const;
 
   /// Takes the mark of an object being read away again when its reading fails.
   struct BeingRead {

@@ -33,7 +33,7 @@ private:
     unsigned int typeId;
     cls_Uid uid;
 
-    bool operator==(const Key& o) const {
+    [[nodiscard]] bool operator==(const Key& o) const {
       return object == o.object && typeId == o.typeId && uid == o.uid;
     }
   };
@@ -98,7 +98,7 @@ public:
   /// The entries of a cls_DoubleMatrix, row by row.
   void WriteDoubles(const double* values, std::size_t rows, std::size_t columns) const;
   /// A new writer for the entries of a cls_ObjectList.
-  cls_ListWriter* GetListWriter() const;
+  [[nodiscard]] cls_ListWriter* GetListWriter() const;
 
 private:
   friend class cls_ListWriter;

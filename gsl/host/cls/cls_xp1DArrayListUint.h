@@ -25,7 +25,7 @@ public:
   cls_xp1DArrayListUint& operator=(cls_xp1DArrayListUint&& other) noexcept;
 
   std::size_t Count() const { return elements.size(); }
-  bool IsEmpty() const { return elements.empty(); }
+  [[nodiscard]] bool IsEmpty() const { return elements.empty(); }
   /// No range check.
   unsigned int operator[](std::size_t i) const { return elements[i]; }
   /// The elements in order; valid until the list changes.
@@ -42,10 +42,12 @@ public:
   static constexpr cls_CollectionType CollectionType() { return cls_UnsignedList; }
 
   /// The same elements in the same order; identities do not count.
-  friend bool operator==(const cls_xp1DArrayListUint& a, const cls_xp1DArrayListUint& b) {
+  [[nodiscard]] friend bool operator==(const cls_xp1DArrayListUint& a,
+                                       const cls_xp1DArrayListUint& b) {
     return a.elements == b.elements;
   }
-  friend bool operator!=(const cls_xp1DArrayListUint& a, const cls_xp1DArrayListUint& b) {
+  [[nodiscard]] friend bool operator!=(const cls_xp1DArrayListUint& a,
+                                       const cls_xp1DArrayListUint& b) {
     return !(a == b);
   }
 

@@ -15,7 +15,7 @@ template <class T>
 class GSL_HOST_API cow_1DArray {
 public:
   std::size_t Count() const { return body.Read() != nullptr ? body.Read()->size() : 0; }
-  bool IsEmpty() const { return Count() == 0; }
+  [[nodiscard]] bool IsEmpty() const { return Count() == 0; }
   /// No range check. Valid until this array changes.
   const T& operator[](std::size_t i) const { return (*body.Read())[i]; }
 
@@ -37,7 +37,9 @@ public:
   }
   void Clear() { body = cow_Body<std::vector<T>>(); }
 
-  bool SharesWith(const cow_1DArray& other) const { return body.SharesWith(other.body); }
+  [[nodiscard]] bool SharesWith(const cow_1DArray& other) const {
+    return body.SharesWith(other.body);
+  }
 
 private:
   cow_Body<std::vector<T>> body;

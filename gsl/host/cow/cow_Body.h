@@ -42,9 +42,11 @@ public:
     return shared->value;
   }
 
-  bool SharesWith(const cow_Body& other) const noexcept { return shared == other.shared; }
+  [[nodiscard]] bool SharesWith(const cow_Body& other) const noexcept {
+    return shared == other.shared;
+  }
   /// Another owner holds the value. It may let go of the value meanwhile.
-  bool IsShared() const noexcept {
+  [[nodiscard]] bool IsShared() const noexcept {
     return shared != nullptr && shared->owners.load(std::memory_order_acquire) != 1;
   }
 

@@ -42,7 +42,7 @@ protected:
 
 private:
   void Grow();
-  bool Resize(unsigned int newCapacity);
+  [[nodiscard]] bool Resize(unsigned int newCapacity);
 
   void** entries;
   unsigned int count;

@@ -22,8 +22,8 @@ public:
     using reference = T*;
 
     explicit Iterator(void* const* place = nullptr) : at(place) {}
-    T* operator*() const { return static_cast<T*>(*at); }
-    T* operator[](std::ptrdiff_t n) const { return static_cast<T*>(at[n]); }
+    [[nodiscard]] T* operator*() const { return static_cast<T*>(*at); }
+    [[nodiscard]] T* operator[](std::ptrdiff_t n) const { return static_cast<T*>(at[n]); }
     Iterator& operator++() { return *this += 1; }
     Iterator& operator--() { return *this -= 1; }
     Iterator operator++(int) { return Iterator(at++); }
@@ -37,12 +37,12 @@ public:
     friend Iterator operator+(std::ptrdiff_t n, Iterator i) { return i += n; }
     friend Iterator operator-(Iterator i, std::ptrdiff_t n) { return i -= n; }
     friend std::ptrdiff_t operator-(Iterator a, Iterator b) { return a.at - b.at; }
-    friend bool operator==(Iterator a, Iterator b) { return a.at == b.at; }
-    friend bool operator!=(Iterator a, Iterator b) { return a.at != b.at; }
-    friend bool operator<(Iterator a, Iterator b) { return a.at < b.at; }
-    friend bool operator>(Iterator a, Iterator b) { return b < a; }
-    friend bool operator<=(Iterator a, Iterator b) { return !(b < a); }
-    friend bool operator>=(Iterator a, Iterator b) { return !(a < b); }
+    [[nodiscard]] friend bool operator==(Iterator a, Iterator b) { return a.at == b.at; }
+    [[nodiscard]] friend bool operator!=(Iterator a, Iterator b) { return a.at != b.at; }
+    [[nodiscard]] friend bool operator<(Iterator a, Iterator b) { return a.at < b.at; }
+    [[nodiscard]] friend bool operator>(Iterator a, Iterator b) { return b < a; }
+    [[nodiscard]] friend bool operator<=(Iterator a, Iterator b) { return !(b < a); }
+    [[nodiscard]] friend bool operator>=(Iterator a, Iterator b) { return !(a < b); }
 
   private:
     void* const* at;
@@ -57,7 +57,7 @@ public:
   ~omu_ObjVarray() override;
 
   /// Null for an empty entry; the array keeps the object. No range check.
-  T* operator[](unsigned int i) const { return static_cast<T*>(Entry(i)); }
+  [[nodiscard]] T* operator[](unsigned int i) const { return static_cast<T*>(Entry(i)); }
 
   /// Valid until the array changes.
   Iterator begin() const { return Iterator(Entries()); }
@@ -67,7 +67,7 @@ public:
   /// exception it is still the caller's.
   void Add(T* element) { add(element); }
   /// Takes the element out, leaving null; it is the caller's now. No range check.
-  T* Release(unsigned int i);
+  [[nodiscard]] T* Release(unsigned int i);
   /// Deletes the elements and keeps the storage.
   void Clear();
 };

@@ -772,8 +772,8 @@ TEST(GslVector, HostileNumbersNeverCrash) {
     }
     a.NormalizedCopy();
     EXPECT_NE(a == b, a != b);
-    a.IsOn(b);
-    a.IsOrthogonal(b);
+    static_cast<void>(a.IsOn(b));
+    static_cast<void>(a.IsOrthogonal(b));
     if (a.SameDirection(b, 1e-6)) {
       EXPECT_TRUE(a.IsParallel(b, 1e-6));
     }
