@@ -32,7 +32,7 @@ public:
   /// Empty.
   gsl_BBox();
   /// From a record; a missing corner is (0, 0, 0) without an identity. Throws nex_Exception for a
-  /// field of another kind.
+  /// record of another class and a field of another kind.
   explicit gsl_BBox(const cls_ReadVisitor& visitor);
 
   /// Writes the record; the only virtual operation.

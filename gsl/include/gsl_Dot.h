@@ -32,7 +32,7 @@ public:
   gsl_Dot(int instanceId, int entityId);
   /// From a record. Missing numbers are 0, deliberately the entity id too; a missing point is the
   /// origin without an identity. A missing or unknown method name throws omu_ValueErrorException, a
-  /// field of another kind nex_Exception.
+  /// record of another class and a field of another kind nex_Exception.
   explicit gsl_Dot(const cls_ReadVisitor& visitor);
   gsl_Dot(const gsl_Dot&);
   gsl_Dot& operator=(const gsl_Dot&);

@@ -36,7 +36,8 @@ public:
   gsl_ModelSegment();
   /// Each end holds its own copy of the datum point; it is empty when Copy() answers null.
   gsl_ModelSegment(const gsl_Dot& p1, const gsl_Dot& p2);
-  /// From a record; a missing end is empty. Throws nex_Exception for an end that is no datum point.
+  /// From a record; a missing end is empty. Throws nex_Exception for a record of another class and
+  /// an end that is not a datum point.
   explicit gsl_ModelSegment(const cls_ReadVisitor& visitor);
   gsl_ModelSegment(const gsl_ModelSegment&);
   gsl_ModelSegment& operator=(const gsl_ModelSegment&);

@@ -24,7 +24,8 @@ public:
   /// Copies of p (identity kept) and n (not normalised).
   gsl_Plane(const gsl_Point& p, const gsl_Vector& n);
   /// From a record. Missing fields: false, 0, (0, 0, 0) with a zero normal, no parents. A missing
-  /// or unknown method name throws omu_ValueErrorException, a field of another kind nex_Exception.
+  /// or unknown method name throws omu_ValueErrorException, a record of another class and a field
+  /// of another kind nex_Exception.
   explicit gsl_Plane(const cls_ReadVisitor& visitor);
   gsl_Plane(const gsl_Plane&);
   gsl_Plane& operator=(const gsl_Plane&);

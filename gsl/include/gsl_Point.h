@@ -45,7 +45,8 @@ public:
   gsl_Point(const gsl_Point& a, const gsl_Point& b)
       : x(0.5 * (a.x + b.x)), y(0.5 * (a.y + b.y)), z(0.5 * (a.z + b.z)),
         uid(cls_Uid::AllocateUid()) {}
-  /// From a record; a missing coordinate is 0.0. Throws nex_Exception for one of another kind.
+  /// From a record; a missing coordinate is 0.0. Throws nex_Exception for a record of another class
+  /// and a field of another kind.
   explicit gsl_Point(const cls_ReadVisitor& visitor);
   gsl_Point(const gsl_Point&) = default;
   gsl_Point& operator=(const gsl_Point&) = default;

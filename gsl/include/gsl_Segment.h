@@ -25,7 +25,7 @@ public:
   gsl_Segment(const gsl_Point& p1, const gsl_Point& p2);
 
   /// From a record; a missing end is (0, 0, 0) without an identity. Throws nex_Exception for a
-  /// field of another kind.
+  /// record of another class and a field of another kind.
   explicit gsl_Segment(const cls_ReadVisitor& visitor);
 
   virtual unsigned int DynTypeId() const;

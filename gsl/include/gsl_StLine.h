@@ -30,8 +30,8 @@ public:
   /// Through p1, with direction p2 - p1; coincident points give a zero direction.
   gsl_StLine(const gsl_Point& p1, const gsl_Point& p2);
   /// From a record. Missing fields: false, 0, (0, 0, 0) with a zero direction, no parents. A
-  /// missing or unknown method name throws omu_ValueErrorException, a field of another kind
-  /// nex_Exception.
+  /// missing or unknown method name throws omu_ValueErrorException, a record of another class and a
+  /// field of another kind nex_Exception.
   explicit gsl_StLine(const cls_ReadVisitor& visitor);
   gsl_StLine(const gsl_StLine&);
   gsl_StLine& operator=(const gsl_StLine&);

@@ -28,8 +28,9 @@ struct omu_xoObjVarrayTable;
 ///           stored.
 /// Moves     take the identities and the owners along; the source is empty then, with fresh
 ///           identities and no owners.
-/// Errors    reading throws nex_Exception for a field of another kind and for an element that is no
-///           T; std::bad_alloc.
+/// Errors    reading throws nex_Exception for a record of another class, a field of another kind
+/// and
+///           an element that is not a T; std::bad_alloc.
 template <class T>
 class GSL_API omu_xoObjVarray : public omu_ObjVarray<T> {
 public:
@@ -91,6 +92,7 @@ template <class T>
 omu_xoObjVarray<T>::omu_xoObjVarray(const cls_ReadVisitor& visitor, const cls_Uid* firstOwner,
                                     const cls_Uid* secondOwner)
     : uid(visitor.GetUid()), owners{firstOwner, secondOwner} {
+  visitor.CheckTypeId(TypeId());
   // missing-growth-ratio-reads-as-zero
   this->SetGrowthRatio(visitor.ReadDouble(kGrowthRatio, 0.0));
   DBReadData(cls_ReadVisitor(visitor, kData));

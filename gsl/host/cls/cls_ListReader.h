@@ -4,6 +4,8 @@
 #include "cls_ReadVisitor.h"
 #include "mem_Export.h"
 
+#include <cstddef>
+
 /// Reads the entries of a list, in order.
 class GSL_HOST_API cls_ListReader {
 public:
@@ -40,6 +42,7 @@ private:
 
   const cls_ReadVisitor& list;
   const cls_RecordStore::Field* next;
+  std::size_t taken;
 };
 
 #endif

@@ -10,6 +10,7 @@
 #include <any>
 #include <cstddef>
 #include <new>
+#include <string>
 #include <type_traits>
 #include <unordered_map>
 
@@ -67,6 +68,7 @@ public:
   cow_String ReadString(const cls_FieldHandle& field, const cow_String& defaultValue) const;
 
   /// Throws unless this record is absent or of that class, or of one registered as derived from it.
+  /// The message names the place of the record and both classes.
   void CheckTypeId(unsigned int typeId) const;
 
   /// Reads the object that a field holds or refers to into a holder: the one that this load has
@@ -93,7 +95,20 @@ private:
 
   using Field = cls_RecordStore::Field;
 
-  cls_ReadVisitor(cls_Load& load, cls_RecordStore::Index record, unsigned int depth);
+  static constexpr std::size_t kNoEntry = static_cast<std::size_t>(-1);
+
+  /// Where a record was found, for messages: in a field of the record `holder`, or as a root; and
+  /// as which entry, where a list is there. The name lives in the store.
+  struct Place {
+    cls_RecordStore::Index holder;
+    const char* field;
+    std::size_t root;
+    std::size_t entry;
+  };
+
+  cls_ReadVisitor(cls_Load& load, cls_RecordStore::Index record, unsigned int depth,
+                  const Place& place);
+  cls_ReadVisitor(const cls_ReadVisitor& parent, const Field* field);
 
   const Field* Find(const cls_FieldHandle& field) const;
   const Field* Find(const cls_FieldHandle& field, cls_RecordStore::Kind kind) const;
@@ -107,6 +122,8 @@ private:
   void Forget(cls_RecordStore::Index object) const noexcept;
   [[noreturn]] void RefuseHolder(cls_RecordStore::Index object) const;
   [[nodiscard]] void* CreateDerived(unsigned int typeId) const;
+  Place PlaceOf(const Field* field) const;
+  std::string DescribePlace() const;
 
   /// Takes the mark of an object being read away again when its reading fails.
   struct BeingRead {
@@ -121,6 +138,7 @@ private:
   cls_Load& load;
   cls_RecordStore::Index record;
   unsigned int depth;
+  Place foundAt;
   /// Where the next field is looked for first: fields are mostly read in the order written.
   mutable const Field* expected;
 };
@@ -128,7 +146,8 @@ private:
 template <class Holder>
 void cls_ReadVisitor::ReadObject(const cls_FieldHandle& field, Holder& holder) const {
   using T = std::remove_const_t<std::remove_pointer_t<decltype(holder.Get())>>;
-  const cls_RecordStore::Index object = ObjectRecord(Find(field));
+  const Field* const found = Find(field);
+  const cls_RecordStore::Index object = ObjectRecord(found);
   if (object == cls_RecordStore::kNone) {
     holder = Holder();
     return;
@@ -140,7 +159,7 @@ void cls_ReadVisitor::ReadObject(const cls_FieldHandle& field, Holder& holder) c
     return;
   }
   BeingRead guard{*this, object};
-  const cls_ReadVisitor child(load, object, depth + 1);
+  const cls_ReadVisitor child(load, object, depth + 1, PlaceOf(found));
   holder = Holder::Adopt(child.Create<T>());
   // A holder that finds no memory stays empty; the object must not go missing silently.
   if (holder.Get() == nullptr) throw std::bad_alloc();

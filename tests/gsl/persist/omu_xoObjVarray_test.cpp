@@ -312,3 +312,16 @@ TEST(OmuXoObjVarray, MoveTakesElementsIdentitiesAndOwnersAlong) {
   source.Clear();
   EXPECT_EQ(CountedDot::alive, 0);
 }
+
+TEST(OmuXoObjVarray, RootOfADerivedClassIsReadAsItsBase) {
+  HostDot dot(7);
+  dot.SetValues(1.0, 2.0, 3.0);
+  const cls_RecordStore store = Written(dot);
+  omi_Singleton<cls_MetadataRegistrar>::Instance().initClassMetadata(&HostDot::InitializeMetadata,
+                                                                     3);
+  const gsl_Dot read = ReadBack<gsl_Dot>(store);
+  EXPECT_EQ(read.GetEntityId(), 7);
+  EXPECT_EQ(read.GetPoint().z, 3.0);
+  EXPECT_EQ(read.Uid(), dot.Uid());
+  EXPECT_THROW(ReadBack<gsl_Point>(store), cls_RecordException) << "derived from another class";
+}

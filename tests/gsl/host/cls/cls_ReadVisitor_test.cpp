@@ -361,5 +361,5 @@ TEST(ClsListReader, ListOfValuesHasNoNullEntries) {
   EXPECT_EQ(MessageOf([&] { list->ReadValue<TestNode>(); }),
             "A list of values has an entry without a value");
   EXPECT_EQ(MessageOf([&] { list->ReadValue<TestNode>(); }),
-            "A record is of another class than its place allows");
+            "Entry 1 of root 0 holds a record of class 0x00230001, not 0x7F100001");
 }
