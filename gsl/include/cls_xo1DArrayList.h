@@ -18,8 +18,8 @@
 /// one.
 ///
 /// Record  the elements in order, each a full record; none is null.
-/// Errors  reading throws nex_Exception for a record that is not a list and an entry that is not a
-/// T.
+/// Errors  reading throws nex_Exception for a record that is not a list, and for an entry that is
+///         not a T.
 template <class T>
 class GSL_API cls_xo1DArrayList {
 public:

@@ -18,10 +18,9 @@
 /// Floor      a pivot with 1e-16 > |pivot| becomes +1e-16: a column that turns out dependent gives
 ///            large values, not a failure.
 /// NaN        passes into the solution; a row of nothing but NaN counts as a zero row.
-/// Memory     n 32-bit integers. One decomposition takes scratch, freed before Solve returns: none
-/// up
-///            to n = 16, a copy of the matrix (at most n^2 + 89 n + 25662 numbers) below 1024, at
-///            most 268 n + 102228 numbers from there. Without it n numbers do: slower, the same
+/// Memory     n 32-bit integers. One decomposition takes scratch, freed before Solve returns: up to
+///            n = 16 none, below 1024 a copy of the matrix (at most n^2 + 89 n + 25662 numbers),
+///            from there at most 268 n + 102228 numbers. Without it n numbers do: slower, the same
 ///            bits.
 /// Errors     none thrown, none printed. Not copyable: the factors live in the caller's matrix.
 /// Threads    one solver belongs to one thread at a time.

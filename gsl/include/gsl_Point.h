@@ -20,9 +20,8 @@ class gsl_StLine;
 ///            chose, or a fresh one for a point it computed.
 /// Tolerance  gsl_Util fields, read at the call; strict, tolerance > quantity, unless a member says
 ///            otherwise.
-/// Outputs    a point may be this one or an input, a number a coordinate of either. Two outputs,
-/// and
-///            an array of weights and everything else, must be apart.
+/// Outputs    a point may be this one or an input, a number a coordinate of either. Two outputs
+///            must be apart, and an array of weights from everything else.
 /// Errors     queries never throw or print; a NaN spreads by the arithmetic and passes every
 ///            rejection that compares it.
 class GSL_API gsl_Point {

@@ -12,9 +12,8 @@ struct gsl_RecordLayout;
 /// Straight segment between two points.
 ///
 /// Units      model units.
-/// Tolerance  gsl_Util::linearTolerance, read at the call. At 0 a segment of no length is not
-/// shorter
-///            than it: it crosses every line and segment that has a direction, at NaN.
+/// Tolerance  gsl_Util::linearTolerance, read at the call. At 0 a segment of no length is not too
+///            short: it crosses every line and segment that has a direction, at NaN.
 /// Identity   holds copies of its end points with their uids; its own uid is fresh from a
 ///            constructor and the source's from a copy or an assignment.
 /// Errors     none; equal end points are allowed.

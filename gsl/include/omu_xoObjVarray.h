@@ -28,9 +28,8 @@ struct omu_xoObjVarrayTable;
 ///           stored.
 /// Moves     take the identities and the owners along; the source is empty then, with fresh
 ///           identities and no owners.
-/// Errors    reading throws nex_Exception for a record of another class, a field of another kind
-/// and
-///           an element that is not a T; std::bad_alloc.
+/// Errors    reading throws nex_Exception for a record of another class, a field of another kind,
+///           and an element that is not a T; std::bad_alloc.
 template <class T>
 class GSL_API omu_xoObjVarray : public omu_ObjVarray<T> {
 public:

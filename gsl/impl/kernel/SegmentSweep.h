@@ -221,10 +221,12 @@ inline bool PassAside(const SweptSegment& a, const SweptSegment& b, const Measur
   if (d.c.z != 0.0 || a.p[1].c.z != height || b.p[0].c.z != height || b.p[1].c.z != height) {
     return false;
   }
+  const double gap = GapAside(a, b, d);
+  if (!(gap > 0.0)) return false;
   // tolerance-above-the-unit-direction: no line is crossed then, an end meets its foot on the
   // other.
   if (tol.linear > d.magnitude || !AreOrdinary(a, b, d)) return false;
-  return GapAside(a, b, d) > AsideReach(a, b, d, tol);
+  return gap > AsideReach(a, b, d, tol);
 }
 
 /// The sweep along d, the direction after NormalizedCopy, of a pair that PassAside keeps.

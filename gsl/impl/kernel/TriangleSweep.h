@@ -136,7 +136,7 @@ inline bool CoplanarVertexEdgeDist(const SourcedTriangle& tri1, const SourcedTri
   for (int i = 0; i < 3; ++i) {
     const Line line = {tri1.p[i].c, d};
     for (int j = 0; j < 3; ++j) {
-      // coplanar-edge-i-three-times: the edge follows i, not j, as promised.
+      // coplanar-edge-i-three-times: the edge follows i, not j.
       const Segment edge = {tri2.p[i].c, tri2.p[(i + 1) % 3].c};
       Coord3 p;
       if (CrossSegmentLine(edge, line, tol.linear, p) != SegmentCrossing::Crossing) continue;
