@@ -106,7 +106,7 @@ void ProjectTriangleAlong(const gsl_Point* tri, const gsl_Plane& plane, const gs
                           gsl_Point* shadow, const Trace& trace) {
   for (int i = 0; i < 3; ++i) {
     const gsl_StLine line(tri[i], d);
-    line.Intersect(plane, shadow[i]);
+    static_cast<void>(line.Intersect(plane, shadow[i]));
     trace(shadow[i].uid == tri[i].uid ? Branch::ShadowStays : Branch::ShadowMoved);
   }
 }
@@ -269,7 +269,7 @@ bool FaceToFace(const gsl_Point* a, const gsl_Point* b, const gsl_Plane& planeA,
   }
   if (!(before > distance)) trace(Branch::FoundNoCloser);
   const gsl_StLine line(contacts[0], d);
-  line.Intersect(planeB, contacts[1]);
+  static_cast<void>(line.Intersect(planeB, contacts[1]));
   trace(contacts[1].uid == contacts[0].uid ? Branch::SecondContactStays
                                            : Branch::SecondContactMoved);
   return true;

@@ -51,7 +51,8 @@ std::vector<unsigned char> WrittenBytes(const C& object) {
   return store.ToBytes();
 }
 
-/// Reads the root as a C, whatever it is. What can be read can be written, and reads the same.
+/// Reads the root as a C; one of another class is refused. What can be read can be written, and
+/// reads the same.
 template <class C>
 void ReadAs(const cls_ReadVisitor& root) {
   std::vector<unsigned char> first;

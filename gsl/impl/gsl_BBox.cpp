@@ -50,7 +50,7 @@ gsl_Vector gsl_BBox::Diag() const {
 }
 
 g3d_Sphere gsl_BBox::GetExtent() const {
-  // extent-of-an-empty-box-has-a-negative-radius: displays take it for "nothing".
+  // extent-of-an-empty-box-has-a-negative-radius
   const gsl_Point centre = Center();
   g3d_Sphere sphere;
   sphere.Set({static_cast<float>(centre.x), static_cast<float>(centre.y),

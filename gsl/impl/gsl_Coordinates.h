@@ -13,6 +13,16 @@ inline gsl_Point ComputedPoint(const gsl_kernel::Coord3& c) {
   return {c.x, c.y, c.z};
 }
 
+/// A vector with a length that is known already.
+inline gsl_Vector VectorOf(const gsl_kernel::Measured3& v) {
+  gsl_Vector vector;
+  vector.x = v.c.x;
+  vector.y = v.c.y;
+  vector.z = v.c.z;
+  vector.magnitude = v.magnitude;
+  return vector;
+}
+
 /// Writes a computed point over an output: coordinates and a fresh identity.
 inline void AcceptComputed(gsl_Point& out, const gsl_kernel::Coord3& c) {
   out.x = c.x;

@@ -3,23 +3,44 @@
 #include "gsl_SweepOutputs.h"
 #include "kernel/SegmentSweep.h"
 
+namespace {
+
+using gsl_kernel::Measured3;
+using gsl_kernel::SweepTolerances;
+using gsl_kernel::SweptSegment;
+
+SweptSegment SegmentOf(const gsl_Point& p0, const gsl_Point& p1, int firstSource) {
+  return gsl_kernel::SweptSegmentBetween({p0.Coords(), firstSource},
+                                         {p1.Coords(), firstSource + 1});
+}
+
+/// A function of its own, which leaves the rejection of pairs that pass aside short. `inputs` are
+/// the ends by their source.
+[[gnu::noinline]] bool SweepWithinReach(const Measured3& d, const SweptSegment& a,
+                                        const SweptSegment& b, const gsl_Point* const* inputs,
+                                        const bool* twoSided, double margin,
+                                        const SweepTolerances& tol, gsl_Point* contacts,
+                                        double& distance) {
+  gsl_kernel::SweepContacts found = {};
+  found.distance = distance;
+  const bool result = gsl_kernel::SweepSegment(d, a, b, twoSided, margin, tol, found);
+  WriteOutputs(found, inputs, contacts, distance);
+  return result;
+}
+
+} // namespace
+
 bool gsl_InPlaneSegSegMinDirectionalDist(const gsl_Vector& direction, const gsl_Point& a0,
                                          const gsl_Point& a1, const gsl_Point& b0,
                                          const gsl_Point& b1, const bool* twoSided, double margin,
                                          gsl_Point* contacts, double& distance) {
-  using gsl_kernel::kFirstOfA;
-  using gsl_kernel::kFirstOfB;
   const gsl_Util& settings = Settings();
-  gsl_kernel::SweepContacts found = {};
-  found.distance = distance;
-  const bool result = gsl_kernel::SweepSegment(
-      direction.Measured(),
-      gsl_kernel::SweptSegmentBetween({a0.Coords(), kFirstOfA}, {a1.Coords(), kFirstOfA + 1}),
-      gsl_kernel::SweptSegmentBetween({b0.Coords(), kFirstOfB}, {b1.Coords(), kFirstOfB + 1}),
-      twoSided, margin, {settings.linearTolerance, settings.cosineTolerance}, found);
-
+  const SweepTolerances tol = {settings.linearTolerance, settings.cosineTolerance};
+  // direction-shorter-than-the-tolerance
+  const Measured3 d = gsl_arithmetic::NormalizedCopy(direction.Measured(), tol.linear);
+  const SweptSegment a = SegmentOf(a0, a1, gsl_kernel::kFirstOfA);
+  const SweptSegment b = SegmentOf(b0, b1, gsl_kernel::kFirstOfB);
+  if (gsl_kernel::PassAside(a, b, d, tol)) return false;
   const gsl_Point* const inputs[] = {&a0, &a1, nullptr, &b0, &b1, nullptr};
-  WriteContacts(found, inputs, contacts);
-  distance = found.distance;
-  return result;
+  return SweepWithinReach(d, a, b, inputs, twoSided, margin, tol, contacts, distance);
 }

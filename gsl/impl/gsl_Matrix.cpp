@@ -43,7 +43,8 @@ void gsl_Matrix::Transform(gsl_Point& p) const {
 }
 
 void gsl_Matrix::Transform(gsl_Vector& v) const {
-  v = gsl_Vector(gsl_kernel::Measure(gsl_kernel::TransformVector(m, v.Coords())));
+  const Coord3 turned = gsl_kernel::TransformVector(m, v.Coords());
+  v = gsl_Vector(turned.x, turned.y, turned.z);
 }
 
 void gsl_Matrix::Concatenate(const gsl_Matrix& o) {
@@ -112,15 +113,15 @@ void gsl_Matrix::SetRotationVectors(const gsl_Vector& X, const gsl_Vector& Y, co
 
 void gsl_Matrix::GetRotationAngles(double& a, double& b, double& c) const {
   const double cy = std::sqrt(m[0][0] * m[0][0] + m[1][0] * m[1][0]);
-  b = std::atan2(-m[2][0], cy);
-  if (cy > gsl_kernel::kGimbalLockCosine) {
-    a = std::atan2(m[2][1], m[2][2]);
-    c = std::atan2(m[1][0], m[0][0]);
-  } else {
-    // gimbal-lock-takes-what-is-left-about-x
-    a = std::atan2(-m[1][2], m[1][1]);
-    c = 0.0;
-  }
+  const bool locked = !(cy > gsl_kernel::kGimbalLockCosine);
+  // gimbal-lock-takes-what-is-left-about-x
+  const double aboutX = locked ? std::atan2(-m[1][2], m[1][1]) : std::atan2(m[2][1], m[2][2]);
+  const double aboutY = std::atan2(-m[2][0], cy);
+  const double aboutZ = locked ? 0.0 : std::atan2(m[1][0], m[0][0]);
+  // The angles may be entries of this matrix, so they are written last.
+  a = aboutX;
+  b = aboutY;
+  c = aboutZ;
 }
 
 gsl_Matrix gsl_Matrix::InverseRigidTransform() const {
@@ -158,15 +159,18 @@ void gsl_Matrix::GetAxisRotation(gsl_Point& p, gsl_Vector& axis, double& angle) 
          static_cast<float>(q.z * scale), static_cast<float>(q.w * scale)};
   }
   const float sh = std::sqrt(q.x * q.x + q.y * q.y + q.z * q.z);
-  angle = 2.0 * std::atan2(static_cast<double>(sh), static_cast<double>(q.w));
-  axis = angle > Settings().cosineTolerance
+  // point-is-the-translation
+  AcceptComputed(p, {m[0][3], m[1][3], m[2][3]});
+  const double turn = 2.0 * std::atan2(static_cast<double>(sh), static_cast<double>(q.w));
+  axis = turn > Settings().cosineTolerance
              ? gsl_Vector(static_cast<double>(q.x / sh), static_cast<double>(q.y / sh),
                           static_cast<double>(q.z / sh))
              : gsl_Vector(0.0, 0.0, 0.0);
-  // point-is-the-translation
-  AcceptComputed(p, {m[0][3], m[1][3], m[2][3]});
+  // It may be an entry of this matrix, so it is written last.
+  angle = turn;
 }
 
 void gsl_Matrix::AsArray(double (*const out)[4]) const {
-  std::memcpy(out, m, sizeof m);
+  // `out` may be the array itself.
+  std::memmove(out, m, sizeof m);
 }

@@ -43,9 +43,20 @@ double gsl_Point::GetDistance(const gsl_Plane& plane, const gsl_Vector& dir) con
 }
 
 double gsl_Point::GetDistance(const gsl_Segment& seg, gsl_Point& closest) const {
+  using gsl_kernel::SegmentFoot;
+  // `closest` may be this point, so it is written last.
+  const Coord3 here = Coords();
+  Coord3 foot;
   double t = 0.0;
+  const SegmentFoot where = gsl_kernel::FootOnSegment(
+      here, seg.Point1().Coords(), seg.Point2().Coords(), Settings().linearTolerance, foot, t);
   // to-a-degenerate-segment-is-to-what-closest-held
-  if (ProjectOn(seg, closest, t)) return GetDistance(closest);
+  if (where == SegmentFoot::Degenerate) return GetDistance(closest);
+  // a-foot-at-the-end-is-no-end-point
+  if (where == SegmentFoot::Inside) {
+    AcceptComputed(closest, foot);
+    return gsl_kernel::Distance(here, foot);
+  }
   const double d1 = GetDistance(seg.Point1());
   const double d2 = GetDistance(seg.Point2());
   // a-tie-of-the-ends-is-point-two
@@ -96,7 +107,7 @@ bool gsl_Point::ProjectOn(const gsl_Segment& seg, double tol, gsl_Point& out, do
   Coord3 foot;
   const gsl_kernel::SegmentFoot where = gsl_kernel::FootOnSegment(
       Coords(), seg.Point1().Coords(), seg.Point2().Coords(), tol, foot, t);
-  // degenerate-segment-succeeds: callers rely on the outputs being left alone.
+  // degenerate-segment-succeeds: the outputs are left alone.
   if (where == gsl_kernel::SegmentFoot::Degenerate) return true;
   AcceptComputed(out, foot);
   // beyond-its-ends-fails-but-writes-the-outputs

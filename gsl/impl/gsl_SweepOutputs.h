@@ -4,20 +4,22 @@
 #include "gsl_Coordinates.h"
 #include "kernel/SweepContacts.h"
 
-/// Writes the contacts that a sweep found, with their identities: a vertex's uid for a vertex, a
-/// fresh one for a computed point. `inputs` are the vertices by their source.
-inline void WriteContacts(const gsl_kernel::SweepContacts& found, const gsl_Point* const* inputs,
-                          gsl_Point* contacts) {
+/// Writes what a sweep found, and touches no output otherwise: the distance, and the contacts with
+/// their identities, a vertex's uid for a vertex and a fresh one for a computed point. `inputs` are
+/// the vertices by their source.
+inline void WriteOutputs(const gsl_kernel::SweepContacts& found, const gsl_Point* const* inputs,
+                         gsl_Point* contacts, double& distance) {
   // All identities are taken before anything is written: a contact may be one of the inputs.
   cls_Uid identity[2];
   for (int k = 0; k < 2; ++k) {
+    if (!found.written[k]) continue;
     const int source = found.point[k].source;
-    if (!found.written[k]) {
-      identity[k] = contacts[k].uid;
-    } else if (source == gsl_kernel::kComputed) {
+    if (source == gsl_kernel::kComputed) {
       identity[k] = cls_Uid::AllocateUid();
+    } else if (source == gsl_kernel::kFirstContact) {
+      identity[k] = found.written[0] ? identity[0] : contacts[0].uid;
     } else {
-      identity[k] = source == gsl_kernel::kFirstContact ? identity[0] : inputs[source]->uid;
+      identity[k] = inputs[source]->uid;
     }
   }
   for (int k = 0; k < 2; ++k) {
@@ -27,6 +29,8 @@ inline void WriteContacts(const gsl_kernel::SweepContacts& found, const gsl_Poin
     contacts[k].z = found.point[k].c.z;
     contacts[k].uid = identity[k];
   }
+  // The first contact is written whenever the distance falls.
+  if (found.written[0]) distance = found.distance;
 }
 
 #endif

@@ -42,7 +42,7 @@ void gsl_ComputeCircumCircle(const gsl_Point& p0, const gsl_Point& p1, const gsl
   const Coord3 c1 = p1.Coords();
   const Coord3 c2 = p2.Coords();
   const gsl_kernel::Measured3 n = gsl_kernel::CircumNormal(c0, c1, c2, tolerance);
-  normal = gsl_Vector(n);
+  normal = VectorOf(n);
   Coord3 found;
   // collinear-points-leave-the-centre-and-write-the-normal
   if (!gsl_kernel::CircumCentre(c0, c1, c2, n.c, tolerance, found)) return;
@@ -61,7 +61,7 @@ void gsl_Transcribe3PointsIntoOriginAndAxes(bool atCircumcentre, const gsl_Point
     const Coord3 first = p0.Coords();
     // stand-on-the-origin-as-it-was
     gsl_ComputeCircumCircle(p0, p1, p2, origin, zAxis);
-    xAxis = gsl_Vector(gsl_kernel::Between(origin.Coords(), first));
+    xAxis = VectorOf(gsl_kernel::Between(origin.Coords(), first));
   } else {
     xAxis = gsl_Vector(p0, p1);
     zAxis = xAxis.CrossProduct(gsl_Vector(p0, p2));

@@ -11,12 +11,15 @@
 
 #include <cstddef>
 #include <memory>
+#include <utility>
 
 /// Persistent list of values of class T. Copies share the elements until one of them changes, and
-/// keep the identity.
+/// keep the identity; a move takes the identity along and leaves its source empty, with a fresh
+/// one.
 ///
 /// Record  the elements in order, each a full record; none is null.
-/// Errors  reading throws nex_Exception for an entry that is no T.
+/// Errors  reading throws nex_Exception for a record that is not a list, and for an entry that is
+///         not a T.
 template <class T>
 class GSL_API cls_xo1DArrayList {
 public:
@@ -25,11 +28,19 @@ public:
   /// The elements of the record, under the identity that the caller read for the list; an absent
   /// record has none.
   cls_xo1DArrayList(const cls_ReadVisitor& visitor, const cls_Uid& identity);
+  cls_xo1DArrayList(const cls_xo1DArrayList&) = default;
+  cls_xo1DArrayList(cls_xo1DArrayList&& other) noexcept;
+  cls_xo1DArrayList& operator=(const cls_xo1DArrayList&) = default;
+  cls_xo1DArrayList& operator=(cls_xo1DArrayList&& other) noexcept;
 
   std::size_t Count() const { return elements.Count(); }
-  bool IsEmpty() const { return elements.IsEmpty(); }
+  [[nodiscard]] bool IsEmpty() const { return elements.IsEmpty(); }
   /// No range check. Valid until the list changes.
   const T& operator[](std::size_t i) const { return elements[i]; }
+  /// The elements in order; valid until the list changes.
+  const T* begin() const { return elements.begin(); }
+  const T* end() const { return elements.end(); }
+  /// `value` may be an element of this list.
   void Append(const T& value);
   void Clear();
 
@@ -55,6 +66,18 @@ cls_xo1DArrayList<T>::cls_xo1DArrayList(const cls_ReadVisitor& visitor, const cl
   const std::unique_ptr<cls_ListReader> list(visitor.GetListReader());
   while (list->HasNext())
     Append(list->ReadValue<T>());
+}
+
+template <class T>
+cls_xo1DArrayList<T>::cls_xo1DArrayList(cls_xo1DArrayList&& other) noexcept
+    : elements(std::move(other.elements)), uid(std::exchange(other.uid, cls_Uid::AllocateUid())) {}
+
+template <class T>
+cls_xo1DArrayList<T>& cls_xo1DArrayList<T>::operator=(cls_xo1DArrayList&& other) noexcept {
+  if (this == &other) return *this;
+  elements = std::move(other.elements);
+  uid = std::exchange(other.uid, cls_Uid::AllocateUid());
+  return *this;
 }
 
 template <class T>

@@ -76,19 +76,20 @@ inline bool Normalize(Measured3& v, double linearTolerance) {
   return true;
 }
 
-/// The multiple by 1 / magnitude, measured anew; zero when linearTolerance > magnitude.
+/// The multiple by 1 / magnitude, measured again; zero when linearTolerance > magnitude.
 inline Measured3 NormalizedCopy(const Measured3& v, double linearTolerance) {
   if (linearTolerance > v.magnitude) return {{0.0, 0.0, 0.0}, 0.0};
   return Measure(Multiply(v.c, 1.0 / v.magnitude));
 }
 
 /// cosineTolerance * |a| * |b| > |a x b|.
-inline bool IsOn(const Measured3& a, const Measured3& b, double cosineTolerance) {
+[[nodiscard]] inline bool IsOn(const Measured3& a, const Measured3& b, double cosineTolerance) {
   return cosineTolerance * a.magnitude * b.magnitude > Length(Cross(a.c, b.c));
 }
 
 /// cosineTolerance * |a| * |b| > |a . b|.
-inline bool IsOrthogonal(const Measured3& a, const Measured3& b, double cosineTolerance) {
+[[nodiscard]] inline bool IsOrthogonal(const Measured3& a, const Measured3& b,
+                                       double cosineTolerance) {
   return cosineTolerance * a.magnitude * b.magnitude > std::fabs(Dot(a.c, b.c));
 }
 

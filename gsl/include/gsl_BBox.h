@@ -32,7 +32,7 @@ public:
   /// Empty.
   gsl_BBox();
   /// From a record; a missing corner is (0, 0, 0) without an identity. Throws nex_Exception for a
-  /// field of another kind.
+  /// record of another class and a field of another kind.
   explicit gsl_BBox(const cls_ReadVisitor& visitor);
 
   /// Writes the record; the only virtual operation.
@@ -41,7 +41,7 @@ public:
 
   /// Becomes empty; the corners and the box keep their uids.
   void Vacate();
-  bool IsEmpty() const { return min.x > max.x || min.y > max.y || min.z > max.z; }
+  [[nodiscard]] bool IsEmpty() const { return min.x > max.x || min.y > max.y || min.z > max.z; }
 
   /// Grows to hold p. An empty box takes copies of p, identity included, as both corners; otherwise
   /// coordinates change and uids stay.
@@ -72,7 +72,7 @@ public:
   /// touch intersect (closed, in rounded arithmetic). The empty state has the extent -1, so it
   /// intersects nothing, itself included, but a box of 2^54 or more on every axis, where rounding
   /// hides the 1.
-  bool Intersect(const gsl_BBox& b) const {
+  [[nodiscard]] bool Intersect(const gsl_BBox& b) const {
     gsl_arithmetic::Coord3 low = min.Coords();
     gsl_arithmetic::Coord3 high = max.Coords();
     if (!b.IsEmpty()) {
@@ -112,13 +112,15 @@ public:
   const cls_Uid& Uid() const { return uid; }
 
   /// The same object, or equal corners as gsl_Point::operator== has it (zeroTolerance).
-  bool operator==(const gsl_BBox& o) const;
-  bool operator!=(const gsl_BBox& o) const { return !(*this == o); }
+  [[nodiscard]] bool operator==(const gsl_BBox& o) const;
+  [[nodiscard]] bool operator!=(const gsl_BBox& o) const { return !(*this == o); }
 
   /// min, then max, a line each.
   void Print(aio_ostream& out, int indent) const;
 
   static constexpr unsigned int TypeId() { return 0x030A0007u; }
+  /// Not virtual, as that of gsl_Point.
+  unsigned int DynTypeId() const { return TypeId(); }
 
 private:
   friend struct gsl_RecordLayout<gsl_BBox>;

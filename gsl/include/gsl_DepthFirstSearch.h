@@ -16,7 +16,7 @@
 ///            hundred bytes of stack, and a byte and a bit of memory per vertex; without that
 ///            memory the search chains them through `labels`: slower, not wrong.
 /// Reads      rows many entries at a time, only where a vertex is left; none once all are reached.
-/// Errors     none thrown, none printed. `labels` must not overlap `adjacency`.
+/// Errors     none thrown, none printed. `labels`, `count` and `adjacency` must be apart.
 GSL_API void gsl_DepthFirstSearch(bool const* adjacency, int n, int* labels, int& count);
 
 #endif

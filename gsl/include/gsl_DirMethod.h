@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-/// How a datum plane was created. The numbers and the names are stored.
+/// How a datum plane was created. Records hold the name; neither names nor numbers change.
 enum gsl_DirMethod : std::int32_t {
   FROM_POINT_VECTOR = 0,
   FROM_FACE = 1,

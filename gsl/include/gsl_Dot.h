@@ -32,7 +32,7 @@ public:
   gsl_Dot(int instanceId, int entityId);
   /// From a record. Missing numbers are 0, deliberately the entity id too; a missing point is the
   /// origin without an identity. A missing or unknown method name throws omu_ValueErrorException, a
-  /// field of another kind nex_Exception.
+  /// record of another class and a field of another kind nex_Exception.
   explicit gsl_Dot(const cls_ReadVisitor& visitor);
   gsl_Dot(const gsl_Dot&);
   gsl_Dot& operator=(const gsl_Dot&);
@@ -40,12 +40,12 @@ public:
   virtual ~gsl_Dot();
   /// A heap copy of the dynamic type that the caller owns; null when there is no memory. A derived
   /// class that does not override this is sliced.
-  virtual gsl_Dot* Copy() const;
+  [[nodiscard]] virtual gsl_Dot* Copy() const;
   /// True; nothing is recomputed and the list is not read.
   virtual bool Regenerate(const ftr_FeatureList* features);
   virtual int GetEntityId() const;
   /// The extension points are for classes of the host; here they do nothing and answer false.
-  virtual bool ExtensionPoint1(const void*);
+  [[nodiscard]] virtual bool ExtensionPoint1(const void*);
   /// Number and ids of the features that own the point: none here, and id 0 for every index.
   virtual int NumOwnerFeatures() const;
   virtual int OwnerFeatureId(int index) const;
@@ -55,7 +55,7 @@ public:
   virtual void DBWrite(const cls_WriteVisitor& visitor) const;
 
   /// Whether the object is of that class, or of one registered as derived from it.
-  bool IsA(unsigned int typeId) const;
+  [[nodiscard]] bool IsA(unsigned int typeId) const;
   static void InitializeMetadata(cls_ClassRegistrar& registrar);
 
   const gsl_Point& GetPoint() const { return _point; }

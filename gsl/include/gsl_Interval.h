@@ -21,8 +21,8 @@ public:
 
   /// The same object, or both bounds within 1e-8 (closed, so NaN counts as equal). The width is
   /// fixed and deliberately none of the gsl_Util tolerances.
-  bool operator==(const gsl_Interval& o) const;
-  bool operator!=(const gsl_Interval& o) const { return !(*this == o); }
+  [[nodiscard]] bool operator==(const gsl_Interval& o) const;
+  [[nodiscard]] bool operator!=(const gsl_Interval& o) const { return !(*this == o); }
 };
 
 #endif

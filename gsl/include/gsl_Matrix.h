@@ -12,12 +12,16 @@
 ///            (0, 0, 0, 1).
 /// Units      translation in model units, angles in radians.
 /// Flag       isIdentity is 1 (is), 0 (is not) or -1 (not known); setters and products make it -1,
-///            IsIdentity() settles it.
+///            IsIdentity() settles it. Writing m does not touch it.
 /// Threads    IsIdentity() const writes the flag, and the entries when it snaps them: a matrix with
 ///            flag -1 is not safe to ask from two threads.
+/// Outputs    a number may be an entry of the matrix, an array its own; two outputs must be apart.
 /// Errors     none thrown, none printed; nothing checks that the matrix is rigid.
 class GSL_API gsl_Matrix {
 public:
+  /// The entries. Writing one here leaves the flag as it is, and IsIdentity() then answers for the
+  /// entries before: set isIdentity to -1 as well.
+  // writing-an-entry-leaves-the-flag-stale
   mutable double m[4][4];
   mutable std::int32_t isIdentity;
 
@@ -29,27 +33,27 @@ public:
 
   /// The same object, or no entry differs by more than 0.001 (closed; NaN agrees). Fixed,
   /// deliberately none of the gsl_Util tolerances; the flag does not count.
-  bool operator==(const gsl_Matrix& o) const;
-  bool operator!=(const gsl_Matrix& o) const { return !(*this == o); }
+  [[nodiscard]] bool operator==(const gsl_Matrix& o) const;
+  [[nodiscard]] bool operator!=(const gsl_Matrix& o) const { return !(*this == o); }
 
   /// Moves p in place; it keeps its uid.
   void Transform(gsl_Point& p) const;
-  /// Rotates v in place, without translation; its magnitude is computed anew.
+  /// Rotates v in place, without translation, and measures its magnitude again.
   void Transform(gsl_Vector& v) const;
 
   /// this = o x this, in full: transforming by the result is transforming by the old this, then by
   /// o, which may be this matrix.
   void Concatenate(const gsl_Matrix& o);
 
-  /// Whether rows 0 to 2 equal the identity's within 1e-5 (closed; NaN does not). On true all
-  /// entries are set to the exact identity. Looks at the entries only when the flag is -1.
-  bool IsIdentity() const;
+  /// What the flag says; when it is -1, whether rows 0 to 2 equal the identity's within 1e-5
+  /// (closed; NaN does not), and then all entries are set to the exact identity.
+  [[nodiscard]] bool IsIdentity() const;
 
   /// m[0..2][3].
   void SetTranslation(const gsl_Vector& t);
   void GetTranslation(gsl_Vector& t) const;
 
-  /// m[r][0..2] and m[0..2][c]; r and c are not checked.
+  /// m[r][0..2] and m[0..2][c]; that r and c are below 4 is not checked.
   void SetRow(unsigned int r, const gsl_Vector& v);
   void SetColumn(unsigned int c, const gsl_Vector& v);
 

@@ -36,7 +36,8 @@ public:
   gsl_ModelSegment();
   /// Each end holds its own copy of the datum point; it is empty when Copy() answers null.
   gsl_ModelSegment(const gsl_Dot& p1, const gsl_Dot& p2);
-  /// From a record; a missing end is empty. Throws nex_Exception for an end that is no datum point.
+  /// From a record; a missing end is empty. Throws nex_Exception for a record of another class and
+  /// an end that is not a datum point.
   explicit gsl_ModelSegment(const cls_ReadVisitor& visitor);
   gsl_ModelSegment(const gsl_ModelSegment&);
   gsl_ModelSegment& operator=(const gsl_ModelSegment&);
@@ -45,8 +46,8 @@ public:
   virtual void DBWrite(const cls_WriteVisitor& visitor) const;
   static void InitializeMetadata(cls_ClassRegistrar& registrar);
 
-  bool HasPoint1() const { return !point1.IsEmpty(); }
-  bool HasPoint2() const { return !point2.IsEmpty(); }
+  [[nodiscard]] bool HasPoint1() const { return !point1.IsEmpty(); }
+  [[nodiscard]] bool HasPoint2() const { return !point2.IsEmpty(); }
   /// The datum point at that end, which must not be empty; that is not checked.
   const gsl_Dot& Point1() const { return *point1; }
   const gsl_Dot& Point2() const { return *point2; }
@@ -74,6 +75,6 @@ private:
 
 /// The unit direction of the segment as a new tuple of three numbers that the caller owns: each
 /// component divided by the magnitude, or 0.0 when that is exactly 0.0; (0, 0, 1) for an empty end.
-GSL_API omu_Primitive* omu_ReturnPrim(const gsl_ModelSegment& segment);
+[[nodiscard]] GSL_API omu_Primitive* omu_ReturnPrim(const gsl_ModelSegment& segment);
 
 #endif

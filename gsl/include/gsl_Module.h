@@ -14,8 +14,8 @@
 GSL_API void gsl_initialize(int& count);
 
 /// The last call lowers `count` by 1, deletes the settings (a later start begins with the defaults)
-/// and stops the host libraries in reverse. The type table and the registered classes stay. A stop
-/// without a start unbalances the count until a further start.
+/// and stops the host libraries in reverse. The type table and the registered classes stay. After
+/// a stop without a start the next start does nothing.
 GSL_API void gsl_finalize(int& count);
 
 #endif

@@ -17,7 +17,7 @@ public:
   explicit gsl_PersistentVector(const gsl_Vector& v) : vector(v), uid(cls_Uid::AllocateUid()) {}
 
   /// The numbers as stored: the magnitude is neither checked nor computed; a missing number is 0.0.
-  /// Throws nex_Exception for a field of another kind.
+  /// Throws nex_Exception for a record of another class and a field of another kind.
   explicit gsl_PersistentVector(const cls_ReadVisitor& visitor);
 
   virtual unsigned int DynTypeId() const;

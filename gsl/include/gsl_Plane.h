@@ -24,14 +24,15 @@ public:
   /// Copies of p (identity kept) and n (not normalised).
   gsl_Plane(const gsl_Point& p, const gsl_Vector& n);
   /// From a record. Missing fields: false, 0, (0, 0, 0) with a zero normal, no parents. A missing
-  /// or unknown method name throws omu_ValueErrorException, a field of another kind nex_Exception.
+  /// or unknown method name throws omu_ValueErrorException, a record of another class and a field
+  /// of another kind nex_Exception.
   explicit gsl_Plane(const cls_ReadVisitor& visitor);
   gsl_Plane(const gsl_Plane&);
   gsl_Plane& operator=(const gsl_Plane&);
 
   virtual ~gsl_Plane();
-  /// A heap copy that the caller owns.
-  virtual gsl_Plane* Copy() const;
+  /// A heap copy that the caller owns. Throws std::bad_alloc.
+  [[nodiscard]] virtual gsl_Plane* Copy() const;
   /// The ok flag; nothing is recomputed and the list is not read.
   virtual bool Regenerate(const ftr_FeatureList* features);
   virtual int OwnerFeatID() const;
@@ -42,12 +43,12 @@ public:
   virtual void ResetCentroid(const gsl_Point& centroid, const ftr_FeatureList* features);
   /// For classes of the host that derive; null and false here, as for gsl_StLine.
   virtual void* ExtensionObject() { return nullptr; }
-  virtual bool ExtensionQuery(const void*) { return false; }
+  [[nodiscard]] virtual bool ExtensionQuery(const void*) { return false; }
   virtual unsigned int DynTypeId() const;
   virtual void DBWrite(const cls_WriteVisitor& visitor) const;
 
   /// Whether the object is of that class, or of one registered as derived from it.
-  bool IsA(unsigned int typeId) const;
+  [[nodiscard]] bool IsA(unsigned int typeId) const;
   static void InitializeMetadata(cls_ClassRegistrar& registrar);
 
   const gsl_Point& PointOn() const { return point; }
@@ -57,9 +58,9 @@ public:
 
   gsl_DirMethod Method() const { return method; }
   void SetMethod(gsl_DirMethod value) { method = value; }
-  bool Flip() const { return flip; }
+  [[nodiscard]] bool Flip() const { return flip; }
   void SetFlip(bool value) { flip = value; }
-  bool Ok() const { return ok; }
+  [[nodiscard]] bool Ok() const { return ok; }
   void SetOk(bool value) { ok = value; }
   const cls_xp1DArrayListUint& ParentIds() const { return parentIds; }
   cls_xp1DArrayListUint& ParentIds() { return parentIds; }

@@ -20,6 +20,8 @@ class gsl_StLine;
 ///            chose, or a fresh one for a point it computed.
 /// Tolerance  gsl_Util fields, read at the call; strict, tolerance > quantity, unless a member says
 ///            otherwise.
+/// Outputs    a point may be this one or an input, a number a coordinate of either. Two outputs
+///            must be apart, and an array of weights from everything else.
 /// Errors     queries never throw or print; a NaN spreads by the arithmetic and passes every
 ///            rejection that compares it.
 class GSL_API gsl_Point {
@@ -42,7 +44,8 @@ public:
   gsl_Point(const gsl_Point& a, const gsl_Point& b)
       : x(0.5 * (a.x + b.x)), y(0.5 * (a.y + b.y)), z(0.5 * (a.z + b.z)),
         uid(cls_Uid::AllocateUid()) {}
-  /// From a record; a missing coordinate is 0.0. Throws nex_Exception for one of another kind.
+  /// From a record; a missing coordinate is 0.0. Throws nex_Exception for a record of another class
+  /// and a field of another kind.
   explicit gsl_Point(const cls_ReadVisitor& visitor);
   gsl_Point(const gsl_Point&) = default;
   gsl_Point& operator=(const gsl_Point&) = default;
@@ -58,14 +61,16 @@ public:
 
   /// The same object, or squared distance <= zeroTolerance (closed): with the default 1e-12 points
   /// up to 1e-6 apart are equal.
-  bool operator==(const gsl_Point& o) const;
-  bool operator!=(const gsl_Point& o) const { return !(*this == o); }
+  [[nodiscard]] bool operator==(const gsl_Point& o) const;
+  [[nodiscard]] bool operator!=(const gsl_Point& o) const { return !(*this == o); }
 
   /// Strict dominance: greater in every coordinate, no tolerance. Not an order of points.
   // greater-is-strict-dominance
-  bool operator>(const gsl_Point& o) const { return this != &o && x > o.x && y > o.y && z > o.z; }
+  [[nodiscard]] bool operator>(const gsl_Point& o) const {
+    return this != &o && x > o.x && y > o.y && z > o.z;
+  }
   /// No coordinate is smaller than that of `o`, no tolerance.
-  bool operator>=(const gsl_Point& o) const {
+  [[nodiscard]] bool operator>=(const gsl_Point& o) const {
     if (this == &o) return true;
     return !(o.x > x) && !(o.y > y) && !(o.z > z);
   }
@@ -103,52 +108,59 @@ public:
   /// or NaN.
   double GetDistance(const gsl_Plane& plane, const gsl_Vector& dir) const;
 
-  /// Distance to the segment; `closest` becomes the nearest point. Where that is an end point it
-  /// takes the end point's uid (at a tie Point2's). For a segment shorter than linearTolerance
-  /// `closest` is left alone and the result is the distance to what it held.
+  /// Distance to the segment; `closest` becomes the nearest point. That is the foot, with a fresh
+  /// uid, wherever ProjectOn is true: also at an end exactly, and up to linearTolerance beyond it.
+  /// Elsewhere it is the nearer end point with its uid (at a tie Point2). For a segment shorter
+  /// than linearTolerance `closest` is left alone and the result is the distance to what it held.
   double GetDistance(const gsl_Segment& seg, gsl_Point& closest) const;
 
   /// Distance to the triangle. NaN for one without a normal.
   double GetDistance(const gsl_Point& p1, const gsl_Point& p2, const gsl_Point& p3) const;
 
   /// linearTolerance > distance. Never for NaN, nor for a zero normal or direction.
-  bool IsOn(const gsl_Plane& plane) const;
-  bool IsOn(const gsl_StLine& line) const;
-  bool IsOn(const gsl_Point& o) const;
+  [[nodiscard]] bool IsOn(const gsl_Plane& plane) const;
+  [[nodiscard]] bool IsOn(const gsl_StLine& line) const;
+  [[nodiscard]] bool IsOn(const gsl_Point& o) const;
 
   /// The foot on the line; `t` is its signed distance from the line's point along the direction.
-  /// Changes nothing here and is deliberately not const: hosts link against this signature.
+  /// For a direction shorter than linearTolerance it is the line's point, and t is 0. Changes
+  /// nothing here and is deliberately not const: its exported name is the one without.
   gsl_Point ProjectOn(const gsl_StLine& line, double& t);
 
-  /// The foot on the plane. Deliberately not const, like the one above.
+  /// The foot on the plane; this point itself for a normal shorter than linearTolerance, NaN for a
+  /// zero one. Deliberately not const, like the one above.
   gsl_Point ProjectOn(const gsl_Plane& plane);
 
   /// The foot on the segment's line, `t` its fraction from Point1 (0) to Point2 (1). True when the
   /// foot lies within the segment lengthened by `tol` at both ends (open: exactly tol is outside);
   /// outputs are written either way. A segment with tol > length answers true and writes nothing.
-  bool ProjectOn(const gsl_Segment& seg, double tol, gsl_Point& out, double& t) const;
+  [[nodiscard]] bool ProjectOn(const gsl_Segment& seg, double tol, gsl_Point& out, double& t) const;
 
   /// The same with tol = linearTolerance.
-  bool ProjectOn(const gsl_Segment& seg, gsl_Point& out, double& t) const;
+  [[nodiscard]] bool ProjectOn(const gsl_Segment& seg, gsl_Point& out, double& t) const;
 
-  /// The foot on the triangle's plane and its three barycentric weights, both always written; true
-  /// when it lies in the triangle (the border, and linearTolerance^2 in area, included).
-  bool ProjectOn(const gsl_Point& p1, const gsl_Point& p2, const gsl_Point& p3, gsl_Point& out,
-                 double* const weights) const;
+  /// The foot on the triangle's plane and its three barycentric weights, both always written. True
+  /// when it lies in the triangle, the border included, and a hair beyond: each weight times the
+  /// square of the doubled area is at least -linearTolerance^2. A triangle without a normal gives
+  /// NaN and true.
+  [[nodiscard]] bool ProjectOn(const gsl_Point& p1, const gsl_Point& p2, const gsl_Point& p3,
+                               gsl_Point& out, double* const weights) const;
 
   /// Crossing of the line through this point along `dir` with the segment p1-p2, in both senses of
   /// `dir`. `out` is the crossing, weights[0] the weight of p2 and weights[1] that of p1.
   ///
   /// False, and nothing written, when linearTolerance > |p1 - p2| or the lines are parallel or
-  /// skew; false with outputs written when the crossing lies beyond an end by more than
-  /// linearTolerance.
-  bool RayIntersect(const gsl_Point& p1, const gsl_Point& p2, const gsl_Vector& dir, gsl_Point& out,
-                    double* const weights) const;
+  /// skew (gsl_StLine::Intersect); false with outputs written when the crossing lies beyond an end
+  /// by more than linearTolerance. Of a segment of exactly linearTolerance only what is that near
+  /// p1 is met, and `weights` stay where it is missed.
+  [[nodiscard]] bool RayIntersect(const gsl_Point& p1, const gsl_Point& p2, const gsl_Vector& dir,
+                                  gsl_Point& out, double* const weights) const;
 
   /// Crossing of the line through this point along `dir` with the plane, in both senses. `out` is
   /// this point (with its uid) when that lies on the plane, and also on false. False when
   /// linearTolerance > |dir|, or when `dir` is orthogonal to the normal.
-  bool RayIntersect(const gsl_Vector& dir, const gsl_Plane& plane, gsl_Point& out) const;
+  [[nodiscard]] bool RayIntersect(const gsl_Vector& dir, const gsl_Plane& plane,
+                                  gsl_Point& out) const;
 };
 
 #endif

@@ -12,7 +12,8 @@ struct gsl_RecordLayout;
 /// Straight segment between two points.
 ///
 /// Units      model units.
-/// Tolerance  gsl_Util::linearTolerance, read at the call.
+/// Tolerance  gsl_Util::linearTolerance, read at the call. At 0 a segment of no length is not too
+///            short: it crosses every line and segment that has a direction, at NaN.
 /// Identity   holds copies of its end points with their uids; its own uid is fresh from a
 ///            constructor and the source's from a copy or an assignment.
 /// Errors     none; equal end points are allowed.
@@ -23,7 +24,7 @@ public:
   gsl_Segment(const gsl_Point& p1, const gsl_Point& p2);
 
   /// From a record; a missing end is (0, 0, 0) without an identity. Throws nex_Exception for a
-  /// field of another kind.
+  /// record of another class and a field of another kind.
   explicit gsl_Segment(const cls_ReadVisitor& visitor);
 
   virtual unsigned int DynTypeId() const;
@@ -42,19 +43,20 @@ public:
   ///
   /// False with `out` unwritten when linearTolerance > Length() or the lines are skew or parallel;
   /// false with `out` written when the crossing is more than linearTolerance beyond an end
-  /// (closed).
-  bool Intersect(const gsl_StLine& line, gsl_Point& out) const;
+  /// (closed), or more than that from Point1() for a segment of exactly linearTolerance.
+  [[nodiscard]] bool Intersect(const gsl_StLine& line, gsl_Point& out) const;
 
   /// Crossing with a segment: each must cross the other's line, this one first. `out` is the point
   /// on the other segment's line; on false it may hold a point of the first test.
-  bool Intersect(const gsl_Segment& other, gsl_Point& out) const;
+  [[nodiscard]] bool Intersect(const gsl_Segment& other, gsl_Point& out) const;
 
   /// The shortest connection: `connection` becomes the segment from this one to `other`, and its
   /// Length() is the distance.
   ///
   /// End points keep their uids, computed points have fresh ones (one for both where the segments
-  /// cross). Segments 1e10 or farther apart, and NaN, leave `connection` alone; it may be either
-  /// segment. Seen from the other's ends, one shorter than linearTolerance is its first point.
+  /// cross; also a foot at an end, as gsl_Point::GetDistance has it). Segments 1e10 or farther
+  /// apart, and segments of NaN, leave `connection` alone; it may be either segment. Seen from the
+  /// other's ends, one shorter than linearTolerance is its first point.
   void GetDistance(const gsl_Segment& other, gsl_Segment& connection) const;
 
 private:

@@ -30,29 +30,29 @@ public:
   /// Through p1, with direction p2 - p1; coincident points give a zero direction.
   gsl_StLine(const gsl_Point& p1, const gsl_Point& p2);
   /// From a record. Missing fields: false, 0, (0, 0, 0) with a zero direction, no parents. A
-  /// missing or unknown method name throws omu_ValueErrorException, a field of another kind
-  /// nex_Exception.
+  /// missing or unknown method name throws omu_ValueErrorException, a record of another class and a
+  /// field of another kind nex_Exception.
   explicit gsl_StLine(const cls_ReadVisitor& visitor);
   gsl_StLine(const gsl_StLine&);
   gsl_StLine& operator=(const gsl_StLine&);
 
   virtual ~gsl_StLine();
-  /// A heap copy that the caller owns.
-  virtual gsl_StLine* Copy() const;
+  /// A heap copy that the caller owns. Throws std::bad_alloc.
+  [[nodiscard]] virtual gsl_StLine* Copy() const;
   /// True, whatever the ok flag says; nothing is recomputed and the list is not read.
   virtual bool Regenerate(const ftr_FeatureList* features);
   virtual int OwnerFeatID() const;
   virtual void SetOwnerFeatID(int id);
   /// For classes of the host that derive; null and false here, as for gsl_Plane.
   virtual void* ExtensionObject() { return nullptr; }
-  virtual bool ExtensionQuery(const void*) { return false; }
+  [[nodiscard]] virtual bool ExtensionQuery(const void*) { return false; }
   /// The direction as stored; the flip flag is deliberately not applied.
   virtual gsl_Vector DirectionForDatum();
   virtual unsigned int DynTypeId() const;
   virtual void DBWrite(const cls_WriteVisitor& visitor) const;
 
   /// Whether the object is of that class, or of one registered as derived from it.
-  bool IsA(unsigned int typeId) const;
+  [[nodiscard]] bool IsA(unsigned int typeId) const;
   static void InitializeMetadata(cls_ClassRegistrar& registrar);
 
   const gsl_Vector& Direction() const { return direction.Vector(); }
@@ -60,9 +60,9 @@ public:
 
   gsl_LineMethod Method() const { return method; }
   void SetMethod(gsl_LineMethod value) { method = value; }
-  bool Flip() const { return flip; }
+  [[nodiscard]] bool Flip() const { return flip; }
   void SetFlip(bool value) { flip = value; }
-  bool Ok() const { return ok; }
+  [[nodiscard]] bool Ok() const { return ok; }
   void SetOk(bool value) { ok = value; }
   const cls_xp1DArrayListUint& ParentIds() const { return parentIds; }
   cls_xp1DArrayListUint& ParentIds() { return parentIds; }
@@ -73,7 +73,7 @@ public:
   /// Crossing with the plane, as gsl_Point::RayIntersect from PointOn() along Direction(): on
   /// false, and for a point on the plane, `out` holds the line's point, identity included; a
   /// computed point has a fresh one.
-  bool Intersect(const gsl_Plane& plane, gsl_Point& out) const;
+  [[nodiscard]] bool Intersect(const gsl_Plane& plane, gsl_Point& out) const;
 
   /// Crossing with another line.
   ///
@@ -84,8 +84,9 @@ public:
   ///
   /// Degenerate a line without a direction crosses every line that has one; two are parallel, with
   ///            `dist` NaN. A line with a NaN direction is parallel to every other.
+  /// Outputs    `dist` must not be a coordinate of `out`.
   /// Identity   `out` has a fresh one.
-  bool Intersect(const gsl_StLine& other, gsl_Point& out, double& dist) const;
+  [[nodiscard]] bool Intersect(const gsl_StLine& other, gsl_Point& out, double& dist) const;
 
 private:
   friend struct gsl_RecordLayout<gsl_StLine>;

@@ -12,30 +12,32 @@
 /// Tolerance  gsl_Util fields, read at the call.
 /// NaN        makes three points collinear and every other predicate false; it spreads into what is
 ///            built.
+/// Outputs    a point may be one of the inputs; two outputs must be apart.
 /// Errors     none thrown, none printed. Pointers must not be null; that is not checked.
 
 /// Unit normal of p0, p1, p2, right-handed, or the zero vector when they are collinear within
 /// cosineTolerance; written in every case. True when |normal| > linearTolerance.
-GSL_API bool gsl_NormalToThreePoints(const gsl_Point& p0, const gsl_Point& p1, const gsl_Point& p2,
-                                     gsl_Vector& normal);
+[[nodiscard]] GSL_API bool gsl_NormalToThreePoints(const gsl_Point& p0, const gsl_Point& p1,
+                                                   const gsl_Point& p2, gsl_Vector& normal);
 
 /// gsl_NormalToThreePoints is false for the three points. At the limit the order counts: the sine
 /// of the angle at d1 decides.
-GSL_API bool gsl_ThreePointsColinear(const gsl_Dot* d0, const gsl_Dot* d1, const gsl_Dot* d2);
+[[nodiscard]] GSL_API bool gsl_ThreePointsColinear(const gsl_Dot* d0, const gsl_Dot* d1,
+                                                   const gsl_Dot* d2);
 
 /// linearTolerance > distance.
-GSL_API bool gsl_PointsAreCoincident(const gsl_Dot* a, const gsl_Dot* b);
+[[nodiscard]] GSL_API bool gsl_PointsAreCoincident(const gsl_Dot* a, const gsl_Dot* b);
 
 /// gsl_Vector::IsOn of the directions, so opposite ones are parallel and a zero one never is.
-GSL_API bool gsl_LinesAreParallel(const gsl_StLine* a, const gsl_StLine* b);
+[[nodiscard]] GSL_API bool gsl_LinesAreParallel(const gsl_StLine* a, const gsl_StLine* b);
 
 /// gsl_Vector::IsOn of the normals.
-GSL_API bool gsl_PlanesAreParallel(const gsl_Plane* a, const gsl_Plane* b);
+[[nodiscard]] GSL_API bool gsl_PlanesAreParallel(const gsl_Plane* a, const gsl_Plane* b);
 
 /// The distance along the common normal exceeds linearTolerance (exactly that is not skew).
 /// Parallel lines are never skew; nor are lines so short that the cross product of their directions
 /// cannot be normalised.
-GSL_API bool gsl_LinesAreSkew(const gsl_StLine* a, const gsl_StLine* b);
+[[nodiscard]] GSL_API bool gsl_LinesAreSkew(const gsl_StLine* a, const gsl_StLine* b);
 
 /// Centre of the circle through three points and the unit normal of their plane, p0p1 x p0p2.
 ///

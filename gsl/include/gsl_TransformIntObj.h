@@ -21,7 +21,7 @@ public:
   gsl_TransformIntObj& operator=(const gsl_TransformIntObj&);
 
   ~gsl_TransformIntObj() override;
-  gsl_TransformIntObj* Copy() const override;
+  [[nodiscard]] gsl_TransformIntObj* Copy() const override;
 
   const gsl_Matrix& GetMatrix() const { return matrix; }
   const cow_String& GetText() const { return text; }
@@ -29,7 +29,7 @@ public:
   static constexpr const char* TypeName() { return "Transform"; }
 
 private:
-  omu_Primitive* MatrixMethod(const omu_PrimTuple& arguments);
+  [[nodiscard]] omu_Primitive* MatrixMethod(const omu_PrimTuple& arguments);
 
   static const omu_MethodEntry methodTable[];
   static const omu_MemberEntry memberTable[];

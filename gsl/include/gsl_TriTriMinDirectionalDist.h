@@ -9,15 +9,19 @@
 ///
 /// Units      model units; `direction` need not be unit.
 /// Arguments  twoSided[0] and [1]: whether A (facing along the direction) and B (facing against it)
-///            may be used reversed. `margin` only loosens the rejection by extents along the
-///            direction.
+///            may be used reversed; a flag is read only when its triangle has to be, A's first.
+///            `margin` only loosens the rejection by extents along the direction.
 /// Result     true when a contact was found: also one no closer than `distance`, where both face
 ///            the direction or an edge of one crosses the other, edge-on.
-/// Outputs    `distance` falls only to a strictly smaller one. contacts[0] lies on A, contacts[1]
-///            on B; a vertex keeps its uid, a computed point has a fresh one. When both face the
-///            direction and a contact was found, contacts[1] is always recomputed from contacts[0].
-/// Untouched  everything, for a degenerate triangle, a refused orientation, a B behind A or out of
-///            reach, and edge-on triangles in separate planes.
+/// Outputs    `distance` is written only when it falls, to a strictly smaller one. contacts[0] lies
+///            on A, contacts[1] on B; a vertex keeps its uid, a computed point has a fresh one.
+///            When both face the direction and a contact was found, contacts[1] is always
+///            recomputed from contacts[0].
+///            The contacts may be vertices, `distance` a coordinate of one or of `direction`; the
+///            contacts and `distance` must be apart.
+/// Untouched  every output where no contact was found, `contacts` not even read: for a degenerate
+///            triangle, a refused orientation, a B behind A or out of reach, edge-on triangles in
+///            separate planes.
 /// Degenerate a triangle collinear within cosineTolerance is refused; a `direction` shorter than
 ///            linearTolerance acts as the zero vector, along which nothing improves.
 /// NaN        `distance` never becomes NaN, and one that is stays. A vertex of NaN is not refused:
@@ -25,10 +29,11 @@
 /// Tolerance  gsl_Util linearTolerance and cosineTolerance, read once.
 /// Limits     distances are unsigned, and of two triangles that are both edge-on vertex i is tried
 ///            against edge i only: docs/triangle-sweep.md.
-GSL_API bool gsl_TriTriMinDirectionalDist(const gsl_Vector& direction, const gsl_Point& a0,
-                                          const gsl_Point& a1, const gsl_Point& a2,
-                                          const gsl_Point& b0, const gsl_Point& b1,
-                                          const gsl_Point& b2, const bool* twoSided, double margin,
-                                          gsl_Point* contacts, double& distance);
+[[nodiscard]] GSL_API bool gsl_TriTriMinDirectionalDist(const gsl_Vector& direction,
+                                                        const gsl_Point& a0, const gsl_Point& a1,
+                                                        const gsl_Point& a2, const gsl_Point& b0,
+                                                        const gsl_Point& b1, const gsl_Point& b2,
+                                                        const bool* twoSided, double margin,
+                                                        gsl_Point* contacts, double& distance);
 
 #endif

@@ -14,7 +14,8 @@
 ///          meanwhile. Reading is safe from any thread once Instance() was called.
 class GSL_API gsl_Util {
 public:
-  /// Lengths and distances, in model units.
+  /// Lengths and distances, in model units. At 0 nothing counts as too short, so that divisions by
+  /// a length of 0 give NaN.
   double linearTolerance;
   /// Point equality only, compared with a squared distance.
   double zeroTolerance;

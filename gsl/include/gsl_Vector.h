@@ -12,7 +12,8 @@ class gsl_Point;
 /// Free vector that carries its own length.
 ///
 /// Units      components and length in model units, angles in radians.
-/// Invariant  magnitude == sqrt(x*x + y*y + z*z); only the writable operator[] lets it go stale.
+/// Invariant  magnitude == sqrt(x*x + y*y + z*z), up to rounding; only the writable operator[], and
+///            writing a member, let it go stale.
 /// Tolerance  gsl_Util fields, read at the call; strict, tolerance > quantity, unless a member says
 ///            otherwise. A NaN therefore never counts as small.
 /// Errors     none thrown, none printed.
@@ -41,10 +42,6 @@ public:
   /// place. A NaN coordinate gives NaN.
   gsl_Vector(const gsl_Point& p1, const gsl_Point& p2, const gsl_Point& p3);
 
-  /// A vector whose length is known already; it is not checked.
-  explicit gsl_Vector(const gsl_arithmetic::Measured3& v)
-      : x(v.c.x), y(v.c.y), z(v.c.z), magnitude(v.magnitude) {}
-
   /// Components, and components with the cached length, as the arithmetic takes them.
   gsl_arithmetic::Coord3 Coords() const { return {x, y, z}; }
   gsl_arithmetic::Measured3 Measured() const { return {{x, y, z}, magnitude}; }
@@ -55,11 +52,11 @@ public:
 
   /// The same object, or linearTolerance > |this - o|: a difference of exactly linearTolerance is
   /// unequal.
-  bool operator==(const gsl_Vector& o) const {
+  [[nodiscard]] bool operator==(const gsl_Vector& o) const {
     if (this == &o) return true;
     return omi_Singleton<gsl_Util>::Instance().linearTolerance > (*this - o).magnitude;
   }
-  bool operator!=(const gsl_Vector& o) const { return !(*this == o); }
+  [[nodiscard]] bool operator!=(const gsl_Vector& o) const { return !(*this == o); }
 
   /// 0 is x, 1 is y, every other index is z.
   // every-index-above-one-is-z
@@ -85,7 +82,7 @@ public:
   /// Multiplies the components by s and `magnitude` by |s|, without a square root.
   void Scale(double s) { *this = gsl_Vector(gsl_arithmetic::Scaled(Measured(), s)); }
 
-  /// this * s with its length computed anew.
+  /// this * s, its length measured again.
   gsl_Vector ScaledCopy(double s) const { return *this * s; }
 
   /// Scales to length exactly 1.0. False, and unchanged, when linearTolerance > magnitude; exactly
@@ -107,23 +104,23 @@ public:
 
   /// Collinear in either sense: cosineTolerance * |this| * |o| > |this x o|. Never for a zero
   /// vector or NaN.
-  bool IsOn(const gsl_Vector& o) const {
+  [[nodiscard]] bool IsOn(const gsl_Vector& o) const {
     return gsl_arithmetic::IsOn(Measured(), o.Measured(),
                                 omi_Singleton<gsl_Util>::Instance().cosineTolerance);
   }
 
   /// cosineTolerance * |this| * |o| > |this . o|. Never for a zero vector or NaN.
-  bool IsOrthogonal(const gsl_Vector& o) const {
+  [[nodiscard]] bool IsOrthogonal(const gsl_Vector& o) const {
     return gsl_arithmetic::IsOrthogonal(Measured(), o.Measured(),
                                         omi_Singleton<gsl_Util>::Instance().cosineTolerance);
   }
 
   /// The unit components agree within `tol`, a cosine (closed, gsl_RealEqual: NaN agrees). A vector
   /// of magnitude exactly 0 has unit components 0.
-  bool SameDirection(const gsl_Vector& o, double tol) const;
+  [[nodiscard]] bool SameDirection(const gsl_Vector& o, double tol) const;
 
   /// SameDirection, or the same against the opposite of `o`.
-  bool IsParallel(const gsl_Vector& o, double tol) const;
+  [[nodiscard]] bool IsParallel(const gsl_Vector& o, double tol) const;
 
   /// A unit vector orthogonal to this one: this x (1, 1, 1), or (1, -1, 0) when that is shorter
   /// than linearTolerance; normalised.
@@ -140,11 +137,12 @@ public:
   /// gives the vector itself.
   gsl_Vector ProjectOn(const gsl_Plane& plane) const;
 
-  /// Signed angle in (-pi, pi] from a to b about this vector, right-handed.
+  /// Signed angle in (-pi, pi] from a to b about this vector, right-handed. `angle` may be a
+  /// component of this vector.
   ///
   /// False, and `angle` unwritten, when linearTolerance > |a| or > |b|, or when the components of
   /// a and b along the axis (all as unit vectors) differ by more than linearTolerance.
-  bool AngleBetween(gsl_Vector a, gsl_Vector b, double& angle) const;
+  [[nodiscard]] bool AngleBetween(gsl_Vector a, gsl_Vector b, double& angle) const;
 
   /// Unsigned angle in [0, pi]; `unitVectors` promises that both have length 1. A vector of
   /// magnitude at most linearTolerance makes it pi / 2.
@@ -155,12 +153,17 @@ public:
   /// itself.
   double AngleWith(const gsl_Vector& o, bool unitVectors, const gsl_Vector& reference) const;
 
-  /// Applies the 3x3 block of m in place; no translation.
+  /// Applies the 3x3 block of m in place, without translation, and measures the magnitude again.
   void RotateAndTransform(const gsl_Matrix& m);
 
   /// Two lines, each behind `indent` blanks and flushed: the magnitude, then the components, 15
   /// significant digits.
   void Print(aio_ostream& out, int indent) const;
+
+private:
+  /// The length is that of the components, or scaled along with them.
+  explicit gsl_Vector(const gsl_arithmetic::Measured3& v)
+      : x(v.c.x), y(v.c.y), z(v.c.z), magnitude(v.magnitude) {}
 };
 
 #endif

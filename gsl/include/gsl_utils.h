@@ -16,20 +16,20 @@
 ///
 /// Units      those of the numbers compared; a relative tolerance is a fraction.
 /// Tolerance  the comparisons use d = b - a. Bands are closed: exactly the tolerance is equal.
-/// NaN        makes every test of a band fail to reject, so it compares equal to anything; hosts
-///            rely on it.
+/// NaN        makes every test of a band fail to reject, so it compares equal to anything, by
+///            promise.
 /// Errors     gsl_Truncate alone throws.
 
 /// -tol <= b - a <= tol; a negative tol accepts nothing but NaN.
-GSL_API bool gsl_RealEqual(double a, double b, double tol);
+[[nodiscard]] GSL_API bool gsl_RealEqual(double a, double b, double tol);
 
 /// gsl_RealEqual with the band max(|a| * tol, tol). The band follows the first argument only, so
 /// the function is not symmetric. An infinite `a` has an infinite band: everything is equal to it.
-GSL_API bool gsl_RealRelEqual(double a, double b, double tol);
+[[nodiscard]] GSL_API bool gsl_RealRelEqual(double a, double b, double tol);
 
 /// gsl_RealEqual for the first n elements, up to the first that differs. True for n <= 0, when
 /// neither array is looked at.
-GSL_API bool gsl_RealArrEqual(int n, const double* a, const double* b, double tol);
+[[nodiscard]] GSL_API bool gsl_RealArrEqual(int n, const double* a, const double* b, double tol);
 
 /// Equality of the leading `digits` significant digits.
 ///
@@ -37,7 +37,7 @@ GSL_API bool gsl_RealArrEqual(int n, const double* a, const double* b, double to
 /// part, so 1.0 and 10.0 are equal at one digit. Identical numbers are equal. With more than 15
 /// digits only those are. An infinity equals only itself; a NaN counts as 0 up to 15 digits.
 /// Numbers of one sign below about 10^(digits - 309) cannot be scaled and are equal.
-GSL_API bool gsl_RealEqualDig(double a, double b, int digits);
+[[nodiscard]] GSL_API bool gsl_RealEqualDig(double a, double b, int digits);
 
 /// x rounded to `digits` significant digits, ties away from zero.
 ///

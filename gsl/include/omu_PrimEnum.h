@@ -48,17 +48,17 @@ public:
   ~omu_PrimEnum() override;
 
   /// False, and value and name as they were, for a value that the table does not hold.
-  bool SetValue(E value);
+  [[nodiscard]] bool SetValue(E value);
 
   /// The value of the row at `index`; no bounds check.
   static E Value(int index);
 
-  bool operator==(const omu_Primitive& other) const override;
-  omu_Primitive* Copy() const override;
+  [[nodiscard]] bool operator==(const omu_Primitive& other) const override;
+  [[nodiscard]] omu_Primitive* Copy() const override;
   cow_Map<cow_String, unsigned int> PermissibleValues() const override;
 
 private:
-  bool SetString(const char* text, std::size_t length);
+  [[nodiscard]] bool SetString(const char* text, std::size_t length);
 };
 
 /// What the constructors throw with.

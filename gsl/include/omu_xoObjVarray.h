@@ -12,6 +12,7 @@
 #include "omu_ObjVarray.h"
 
 #include <memory>
+#include <utility>
 
 /// Name and type id of the persistent array of T: specialised for every class that has one, with
 /// `kName` and `kTypeId`.
@@ -25,8 +26,10 @@ struct omu_xoObjVarrayTable;
 /// Identity  uid of the array and of its data record, fresh from a constructor and as stored from
 ///           a record. The two owner uids are the caller's: kept as pointers, neither owned nor
 ///           stored.
-/// Errors    reading throws nex_Exception for a field of another kind and for an element that is no
-///           T; std::bad_alloc.
+/// Moves     take the identities and the owners along; the source is empty then, with fresh
+///           identities and no owners.
+/// Errors    reading throws nex_Exception for a record of another class, a field of another kind,
+///           and an element that is not a T; std::bad_alloc.
 template <class T>
 class GSL_API omu_xoObjVarray : public omu_ObjVarray<T> {
 public:
@@ -38,6 +41,8 @@ public:
   /// A missing growth ratio reads as 0.0; missing data reads as no entries.
   omu_xoObjVarray(const cls_ReadVisitor& visitor, const cls_Uid* firstOwner,
                   const cls_Uid* secondOwner);
+  omu_xoObjVarray(omu_xoObjVarray&& other) noexcept;
+  omu_xoObjVarray& operator=(omu_xoObjVarray&& other) noexcept;
   ~omu_xoObjVarray() override;
 
   virtual unsigned int DynTypeId() const;
@@ -86,9 +91,28 @@ template <class T>
 omu_xoObjVarray<T>::omu_xoObjVarray(const cls_ReadVisitor& visitor, const cls_Uid* firstOwner,
                                     const cls_Uid* secondOwner)
     : uid(visitor.GetUid()), owners{firstOwner, secondOwner} {
+  visitor.CheckTypeId(TypeId());
   // missing-growth-ratio-reads-as-zero
   this->SetGrowthRatio(visitor.ReadDouble(kGrowthRatio, 0.0));
   DBReadData(cls_ReadVisitor(visitor, kData));
+}
+
+template <class T>
+omu_xoObjVarray<T>::omu_xoObjVarray(omu_xoObjVarray&& other) noexcept
+    : omu_ObjVarray<T>(static_cast<omu_ObjVarray<T>&&>(other)),
+      uid(std::exchange(other.uid, cls_Uid::AllocateUid())),
+      dataUid(std::exchange(other.dataUid, cls_Uid::AllocateUid())),
+      owners{std::exchange(other.owners[0], nullptr), std::exchange(other.owners[1], nullptr)} {}
+
+template <class T>
+omu_xoObjVarray<T>& omu_xoObjVarray<T>::operator=(omu_xoObjVarray&& other) noexcept {
+  if (this == &other) return *this;
+  omu_ObjVarray<T>::operator=(static_cast<omu_ObjVarray<T>&&>(other));
+  uid = std::exchange(other.uid, cls_Uid::AllocateUid());
+  dataUid = std::exchange(other.dataUid, cls_Uid::AllocateUid());
+  for (int i = 0; i < 2; ++i)
+    owners[i] = std::exchange(other.owners[i], nullptr);
+  return *this;
 }
 
 template <class T>

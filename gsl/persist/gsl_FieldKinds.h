@@ -21,7 +21,8 @@ struct gsl_Attribute {
   cls_CollectionType collection;
 };
 
-/// Objects: T writes itself through DBWrite and is read by its constructor.
+/// Objects: T writes itself through DBWrite and is read by its constructor, which refuses a record
+/// of another class.
 template <class T, class = void>
 struct gsl_FieldKind {
   static constexpr gsl_Attribute kAttribute = {cls_ObjectAttribute, T::TypeId(), cls_NoCollection};
@@ -30,9 +31,7 @@ struct gsl_FieldKind {
     value.DBWrite(cls_WriteVisitor(visitor, field));
   }
   static T Read(const cls_ReadVisitor& visitor, const cls_FieldHandle& field) {
-    const cls_ReadVisitor child(visitor, field);
-    child.CheckTypeId(T::TypeId());
-    return T(child);
+    return T(cls_ReadVisitor(visitor, field));
   }
 };
 

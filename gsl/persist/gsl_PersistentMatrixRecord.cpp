@@ -1,11 +1,25 @@
+#include "atr_String.h"
 #include "cls_RecordException.h"
 #include "gsl_PersistentMatrix.h"
 #include "gsl_RecordLayout.h"
+
+#include <string>
 
 namespace {
 
 constexpr std::size_t kSize = 4;
 constexpr const char* kSourceUnit = "generated/module/gsl/persist/gsl_PersistentMatrixRecord";
+/// Fixed, as those of the enumerations are: it does not move with the code.
+constexpr int kWrongSizeLine = 62;
+constexpr const char* kWrongSize = "A stored transform must have 4 by 4 entries (got %s by %s)";
+
+[[noreturn]] void RefuseSize(const cls_xp2DArrayDouble& entries, const cls_Uid& uid) {
+  atr_String message = atr_translate(kWrongSize);
+  atr_SubstituteFormat(message, 1, std::to_string(entries.Rows()).c_str());
+  atr_SubstituteFormat(message, 2, std::to_string(entries.Columns()).c_str());
+  nex_Exception::Throw(cls_RecordException(cow_String(message.CStr(), message.Length()), uid),
+                       kSourceUnit, kWrongSizeLine);
+}
 
 struct StoredMatrix {
   int isIdentity;
@@ -45,8 +59,7 @@ gsl_PersistentMatrix::gsl_PersistentMatrix(const cls_ReadVisitor& visitor) : uid
   matrix.isIdentity = stored.isIdentity;
   if (stored.entries.Rows() == 0 && stored.entries.Columns() == 0) return;
   if (stored.entries.Rows() != kSize || stored.entries.Columns() != kSize) {
-    nex_Exception::Throw(cls_RecordException("A stored transform is not 4 by 4", uid), kSourceUnit,
-                         __LINE__);
+    RefuseSize(stored.entries, uid);
   }
   for (std::size_t r = 0; r < kSize; ++r) {
     for (std::size_t c = 0; c < kSize; ++c)

@@ -33,7 +33,9 @@ gsl_Vector VectorOf(const cls_ReadVisitor& visitor) {
   StoredVector stored = {};
   gsl_ReadRecord<gsl_PersistentVector>(visitor, stored);
   // stale-magnitude-reads-back-unchanged
-  return gsl_Vector(gsl_arithmetic::Measured3{{stored.x, stored.y, stored.z}, stored.magnitude});
+  gsl_Vector vector(stored.x, stored.y, stored.z);
+  vector.magnitude = stored.magnitude;
+  return vector;
 }
 
 } // namespace

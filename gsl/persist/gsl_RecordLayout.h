@@ -54,9 +54,12 @@ void gsl_WriteRecord(const cls_WriteVisitor& visitor, const cls_Uid& uid,
   gsl_WriteFields<C>(visitor, stored);
 }
 
-/// Overwrites every field of `stored`; the identity is the caller's to read.
+/// Overwrites every field of `stored`; the identity is the caller's to read. Throws for a record of
+/// another class, whether it is a root or nested; one of a derived class is read, and so is an
+/// absent one.
 template <class C>
 void gsl_ReadRecord(const cls_ReadVisitor& visitor, typename gsl_RecordLayout<C>::Stored& stored) {
+  visitor.CheckTypeId(C::TypeId());
   const auto read = [&](const auto& field) {
     using Member = std::decay_t<decltype(stored.*field.member)>;
     stored.*field.member = gsl_FieldKind<Member>::Read(visitor, field.handle);

@@ -11,6 +11,7 @@ namespace transcription {
 
 struct Tolerances {
   double linear;
+  double zero;
   double cosine;
 };
 
@@ -115,6 +116,11 @@ inline bool IsParallel(const Vec& a, const Vec& b, double tol) {
 
 inline double Distance(const Pt& a, const Pt& b) {
   return FromTo(a, b).magnitude;
+}
+
+inline bool Equal(const Pt& a, const Pt& b, const Tolerances& tol) {
+  const Vec d = FromTo(b, a);
+  return d.x * d.x + d.y * d.y + d.z * d.z <= tol.zero;
 }
 
 inline double Distance(const Pt& p, const StLine& line) {

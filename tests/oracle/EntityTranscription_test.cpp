@@ -1,7 +1,7 @@
 #include "EntityTranscription.h"
 
 #include "Numbers.h"
-#include "ScopedSettings.h"
+#include "RandomSettings.h"
 #include "TestScale.h"
 #include "gsl_Plane.h"
 #include "gsl_Segment.h"
@@ -60,7 +60,7 @@ struct Scene {
   double number[3];
   double plainNumber[3];
 
-  explicit Scene(numbers::Random& random) {
+  Scene(numbers::Random& random, RandomSettings& settings) {
     for (gsl_Point& point : p)
       point = gsl_Point(Coordinate(random), Coordinate(random), Coordinate(random));
     // Some segments are shorter than the tolerances.
@@ -71,6 +71,8 @@ struct Scene {
     v[1] = random.Below(4) == 0
                ? v[0] * Coordinate(random)
                : gsl_Vector(Coordinate(random), Coordinate(random), Coordinate(random));
+    for (gsl_Vector& vector : v)
+      settings.MakeStale(vector);
     for (int i = 0; i < 2; ++i)
       plainV[i] = {v[i].x, v[i].y, v[i].z, v[i].magnitude};
     Reset();
@@ -110,22 +112,20 @@ struct Scene {
   }
 };
 
-/// Calls agree(scene, tolerances) on many scenes under several settings.
+/// Calls agree(scene, tolerances) on many scenes, each under settings of its own.
 template <class Agree>
 void ForManyScenes(const Agree& agree) {
-  const ScopedSettings settings;
-  const transcription::Tolerances all[] = {{1e-6, 1e-10}, {1e-3, 1e-10}, {0.5, 0.1}};
+  RandomSettings settings(kSeed);
   numbers::Random random(kSeed);
   std::printf("seed %" PRIu64 "\n", kSeed);
-  for (const transcription::Tolerances& tol : all) {
-    settings->linearTolerance = tol.linear;
-    settings->cosineTolerance = tol.cosine;
-    for (long i = 0; i < Scaled(20000); ++i) {
-      Scene scene(random);
-      agree(scene, tol);
-      if (testing::Test::HasFailure()) {
-        FAIL() << "scene " << i << ", linear " << tol.linear << '\n' << scene.Describe();
-      }
+  for (long i = 0; i < Scaled(80000); ++i) {
+    settings.Draw();
+    Scene scene(random, settings);
+    const gsl_Util& drawn = settings.Get();
+    agree(scene, transcription::Tolerances{drawn.linearTolerance, drawn.zeroTolerance,
+                                           drawn.cosineTolerance});
+    if (testing::Test::HasFailure()) {
+      FAIL() << "scene " << i << ' ' << settings.Describe() << scene.Describe();
     }
   }
 }
@@ -138,6 +138,7 @@ TEST(EntityTranscription, DistancesOfPointsAgreeBitForBit) {
     const transcription::Plane plainPlane = {s.plainP[1], s.plainV[1]};
     const gsl_Point& p = s.p[0];
     const Pt& plain = s.plainP[0];
+    EXPECT_EQ(p == s.p[1], Equal(plain, s.plainP[1], tol));
     EXPECT_EQ(Text(p.GetDistance(s.p[1])), Text(Distance(plain, s.plainP[1])));
     EXPECT_EQ(Text(p.GetDistance(gsl_StLine(s.p[1], s.v[0]))),
               Text(Distance(plain, transcription::StLine{s.plainP[1], s.plainV[0]})));

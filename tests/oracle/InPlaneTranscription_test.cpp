@@ -2,7 +2,7 @@
 
 #include "InPlaneCases.h"
 #include "PointChecks.h"
-#include "ScopedSettings.h"
+#include "RandomSettings.h"
 #include "TestScale.h"
 #include "gsl_InPlaneSegSegMinDirectionalDist.h"
 
@@ -94,10 +94,15 @@ bool Agrees(const InPlaneCase& c, Counts& counts) {
 }
 
 void AgreeOnFamily(InPlaneCases::Family family, long count, Counts& counts) {
-  InPlaneCases cases(kSeed + static_cast<std::uint64_t>(family));
+  const std::uint64_t seed = kSeed + static_cast<std::uint64_t>(family);
+  InPlaneCases cases(seed);
+  RandomSettings settings(seed);
   for (long i = 0; i < count; ++i) {
-    ASSERT_TRUE(Agrees(cases.Next(family), counts))
-        << "family " << family << ", case " << i << ", seed " << kSeed;
+    InPlaneCase c = cases.Next(family);
+    settings.Draw();
+    settings.MakeStale(c.direction);
+    ASSERT_TRUE(Agrees(c, counts))
+        << settings.Describe() << "family " << family << ", case " << i << ", seed " << kSeed;
   }
 }
 
@@ -125,39 +130,35 @@ TEST(InPlaneTranscription, LibraryAgreesBitForBitAndIdentityForIdentityInEveryBr
   }
 }
 
-TEST(InPlaneTranscription, LibraryAgreesUnderOtherTolerances) {
-  const ScopedSettings settings;
-  const double tolerances[4][2] = {{0.3, 1e-10}, {1e-6, 0.05}, {0.0, 0.0}, {1e-12, 1e-16}};
-  Counts counts = NoCounts();
-  for (const double* tolerance : tolerances) {
-    settings->linearTolerance = tolerance[0];
-    settings->cosineTolerance = tolerance[1];
-    for (int family = 0; family < InPlaneCases::kFamilies; ++family)
-      AgreeOnFamily(static_cast<InPlaneCases::Family>(family), Scaled(5000), counts);
-  }
-}
-
 TEST(InPlaneTranscription, LibraryAgreesOverARunningMinimum) {
   InPlaneCases cases(kSeed);
+  RandomSettings settings(kSeed);
   Counts counts = NoCounts();
   for (long round = 0; round < Scaled(3000); ++round) {
     InPlaneCase c = cases.Next(InPlaneCases::Facing);
+    settings.Draw();
+    settings.MakeStale(c.direction);
     for (int i = 0; i < 10; ++i) {
       const InPlaneCase obstacle = cases.Next(InPlaneCases::Anywhere);
       c.b[0] = obstacle.b[0];
       c.b[1] = obstacle.b[1];
-      ASSERT_TRUE(Agrees(c, counts)) << "round " << round << ", seed " << kSeed;
+      ASSERT_TRUE(Agrees(c, counts))
+          << settings.Describe() << "round " << round << ", seed " << kSeed;
       gsl_Point contacts[2];
-      gsl_InPlaneSegSegMinDirectionalDist(c.direction, c.a[0], c.a[1], c.b[0], c.b[1], c.twoSided,
-                                          c.margin, contacts, c.distance);
+      // Also a false one may have lowered the distance.
+      static_cast<void>(gsl_InPlaneSegSegMinDirectionalDist(
+          c.direction, c.a[0], c.a[1], c.b[0], c.b[1], c.twoSided, c.margin, contacts, c.distance));
     }
   }
 }
 
 TEST(InPlaneTranscription, ContactsMayBeTheEndPointsThemselves) {
   InPlaneCases cases(kSeed + 2);
+  RandomSettings settings(kSeed);
   for (long i = 0; i < Scaled(30000); ++i) {
-    const InPlaneCase c = cases.Next(i % 2 == 0 ? InPlaneCases::Facing : InPlaneCases::BothAlong);
+    InPlaneCase c = cases.Next(i % 2 == 0 ? InPlaneCases::Facing : InPlaneCases::BothAlong);
+    settings.Draw();
+    settings.MakeStale(c.direction);
     InPlaneCase own = c;
     gsl_Point apart[2] = {c.a[0], c.a[1]};
     double distance = c.distance;

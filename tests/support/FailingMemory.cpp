@@ -1,5 +1,6 @@
 #include "FailingMemory.h"
 
+#include <algorithm>
 #include <limits>
 #include <new>
 
@@ -7,19 +8,30 @@ namespace {
 
 constexpr std::size_t kNoLimit = std::numeric_limits<std::size_t>::max();
 thread_local std::size_t limitBytes = kNoLimit;
+thread_local std::size_t largestAsked = 0;
+
+bool IsRefused(std::size_t size) {
+  largestAsked = std::max(largestAsked, size);
+  return size >= limitBytes;
+}
 
 } // namespace
 
 FailingMemory::FailingMemory(std::size_t limit) {
   limitBytes = limit;
+  largestAsked = 0;
 }
 FailingMemory::~FailingMemory() {
   limitBytes = kNoLimit;
 }
 
+std::size_t FailingMemory::LargestAsked() const {
+  return largestAsked;
+}
+
 // They replace the standard ones in the whole program, the library included.
 void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {
-  if (size >= limitBytes) return nullptr;
+  if (IsRefused(size)) return nullptr;
   try {
     return ::operator new[](size);
   } catch (const std::bad_alloc&) {
@@ -28,7 +40,7 @@ void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {
 }
 
 void* operator new[](std::size_t size, std::align_val_t alignment, const std::nothrow_t&) noexcept {
-  if (size >= limitBytes) return nullptr;
+  if (IsRefused(size)) return nullptr;
   try {
     return ::operator new[](size, alignment);
   } catch (const std::bad_alloc&) {

@@ -11,6 +11,10 @@ public:
   ~FailingMemory();
   FailingMemory(const FailingMemory&) = delete;
   FailingMemory& operator=(const FailingMemory&) = delete;
+
+  /// Bytes of the largest array that was asked for without exceptions since it was made, granted or
+  /// not.
+  std::size_t LargestAsked() const;
 };
 
 #endif

@@ -18,8 +18,12 @@ public:
   const char* CStr() const { return text.c_str(); }
   std::size_t Length() const { return text.size(); }
 
-  friend bool operator==(const atr_String& a, const atr_String& b) { return a.text == b.text; }
-  friend bool operator!=(const atr_String& a, const atr_String& b) { return !(a == b); }
+  [[nodiscard]] friend bool operator==(const atr_String& a, const atr_String& b) {
+    return a.text == b.text;
+  }
+  [[nodiscard]] friend bool operator!=(const atr_String& a, const atr_String& b) {
+    return !(a == b);
+  }
 
 private:
   friend GSL_HOST_API atr_String atr_translate(const char* format);

@@ -1,7 +1,7 @@
 #ifndef CLS_ATTRIBUTE_TYPE_H
 #define CLS_ATTRIBUTE_TYPE_H
 
-/// Kinds of attribute that a class registers. The numbers are stored.
+/// Kinds of attribute that a class registers, under the numbers of the persistence library.
 enum cls_AttributeType {
   cls_IntegerAttribute = 5,
   cls_DoubleAttribute = 10,

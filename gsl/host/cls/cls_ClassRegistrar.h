@@ -23,7 +23,7 @@ public:
   cls_ClassRegistrar& operator=(const cls_ClassRegistrar&) = delete;
 
   /// Registers the adapter's class and takes the adapter over. A class that is registered already
-  /// keeps its place and starts anew.
+  /// keeps its place and starts again.
   cls_ClassMetadata& AddClassMD(cls_TypeAdapterBase* adapter);
 
   std::size_t ClassCount() const { return classes.size(); }
@@ -33,17 +33,17 @@ public:
 
   /// Whether `dynType` is `queried` or derives from it; a class need not be registered to be
   /// itself.
-  bool InheritanceCheck(unsigned int dynType, unsigned int queried) const;
+  [[nodiscard]] bool InheritanceCheck(unsigned int dynType, unsigned int queried) const;
 
   /// A new object of the class that the record names, as a pointer to the class `typeId`. Throws
   /// cls_RecordException when the record's class is not registered or does not derive from that.
-  void* Create(const cls_ReadVisitor& visitor, unsigned int typeId) const;
+  [[nodiscard]] void* Create(const cls_ReadVisitor& visitor, unsigned int typeId) const;
 
 private:
   friend class cls_MetadataRegistrar;
 
-  bool FindPath(unsigned int from, unsigned int to,
-                std::vector<cls_ClassMetadata::Conversion>& path) const;
+  [[nodiscard]] bool FindPath(unsigned int from, unsigned int to,
+                              std::vector<cls_ClassMetadata::Conversion>& path) const;
 
   std::vector<std::unique_ptr<cls_ClassMetadata>> classes;
   std::unordered_map<unsigned int, std::size_t> placeOf;

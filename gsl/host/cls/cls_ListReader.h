@@ -4,6 +4,8 @@
 #include "cls_ReadVisitor.h"
 #include "mem_Export.h"
 
+#include <cstddef>
+
 /// Reads the entries of a list, in order.
 class GSL_HOST_API cls_ListReader {
 public:
@@ -11,12 +13,12 @@ public:
   cls_ListReader& operator=(const cls_ListReader&) = delete;
 
   /// True while there is a further entry.
-  bool HasNext() const { return next != nullptr; }
+  [[nodiscard]] bool HasNext() const { return next != nullptr; }
 
   /// The next entry as a new object of the class that its record names: T, or a registered class
   /// derived from it. Null for a null entry.
   template <class T>
-  T* ReadObject() {
+  [[nodiscard]] T* ReadObject() {
     return Next().Create<T>();
   }
 
@@ -40,6 +42,7 @@ private:
 
   const cls_ReadVisitor& list;
   const cls_RecordStore::Field* next;
+  std::size_t taken;
 };
 
 #endif

@@ -14,7 +14,7 @@ public:
   void WriteNull(unsigned int typeId);
 
   /// Ends the list. True when the writer is now the caller's to delete.
-  bool Finish();
+  [[nodiscard]] bool Finish();
 
 private:
   friend class cls_WriteVisitor;

@@ -10,6 +10,7 @@
 #include <any>
 #include <cstddef>
 #include <new>
+#include <string>
 #include <type_traits>
 #include <unordered_map>
 
@@ -41,6 +42,7 @@ private:
 ///
 /// Absent    a field that the record does not have gives the caller's default. A child for such a
 ///           field, or for a null, is absent itself: every field is missing, the uid is null.
+/// Threads   a load and its visitors belong to one thread at a time, also where they are const.
 /// Errors    cls_RecordException for a field of another kind than asked for, a nested record of
 ///           another class, an object that contains itself, and nesting deeper than kMostNesting;
 ///           std::bad_alloc.
@@ -54,7 +56,7 @@ public:
   /// read from references would multiply what is stored once.
   cls_ReadVisitor(const cls_ReadVisitor& parent, const cls_FieldHandle& field);
 
-  bool IsAbsent() const { return record == cls_RecordStore::kNone; }
+  [[nodiscard]] bool IsAbsent() const { return record == cls_RecordStore::kNone; }
   /// 0 when absent.
   unsigned int TypeId() const;
   /// Null when absent.
@@ -62,10 +64,11 @@ public:
 
   int ReadInteger(const cls_FieldHandle& field, int defaultValue) const;
   double ReadDouble(const cls_FieldHandle& field, double defaultValue) const;
-  bool ReadBoolean(const cls_FieldHandle& field, bool defaultValue) const;
+  [[nodiscard]] bool ReadBoolean(const cls_FieldHandle& field, bool defaultValue) const;
   cow_String ReadString(const cls_FieldHandle& field, const cow_String& defaultValue) const;
 
   /// Throws unless this record is absent or of that class, or of one registered as derived from it.
+  /// The message names the place of the record and both classes.
   void CheckTypeId(unsigned int typeId) const;
 
   /// Reads the object that a field holds or refers to into a holder: the one that this load has
@@ -76,7 +79,7 @@ public:
   /// A new object from this record, of the class that the record names: T, or a registered class
   /// derived from it. Null when absent.
   template <class T>
-  T* Create() const;
+  [[nodiscard]] T* Create() const;
 
   /// Throws unless this record is absent or a collection of that type.
   void CheckCollectionType(int type) const;
@@ -85,14 +88,27 @@ public:
   /// The entries of a cls_DoubleMatrix; 0 by 0 when absent.
   cls_RecordStore::DoubleArray ReadDoubles() const;
   /// A new reader for the entries of a cls_ObjectList.
-  cls_ListReader* GetListReader() const;
+  [[nodiscard]] cls_ListReader* GetListReader() const;
 
 private:
   friend class cls_ListReader;
 
   using Field = cls_RecordStore::Field;
 
-  cls_ReadVisitor(cls_Load& load, cls_RecordStore::Index record, unsigned int depth);
+  static constexpr std::size_t kNoEntry = static_cast<std::size_t>(-1);
+
+  /// Where a record was found, for messages: in a field of the record `holder`, or as a root; and
+  /// as which entry, where a list is there. The name lives in the store.
+  struct Place {
+    cls_RecordStore::Index holder;
+    const char* field;
+    std::size_t root;
+    std::size_t entry;
+  };
+
+  cls_ReadVisitor(cls_Load& load, cls_RecordStore::Index record, unsigned int depth,
+                  const Place& place);
+  cls_ReadVisitor(const cls_ReadVisitor& parent, const Field* field);
 
   const Field* Find(const cls_FieldHandle& field) const;
   const Field* Find(const cls_FieldHandle& field, cls_RecordStore::Kind kind) const;
@@ -101,11 +117,13 @@ private:
   cls_RecordStore::Index ObjectRecord(const Field* field) const;
   [[noreturn]] void RefuseKind(const Field& field, const char* wanted) const;
   /// Null for an object that was not read yet, which is then marked as being read.
-  std::any* KnownObject(cls_RecordStore::Index object) const;
+  [[nodiscard]] std::any* KnownObject(cls_RecordStore::Index object) const;
   void Remember(cls_RecordStore::Index object, std::any holder) const;
   void Forget(cls_RecordStore::Index object) const noexcept;
   [[noreturn]] void RefuseHolder(cls_RecordStore::Index object) const;
-  void* CreateDerived(unsigned int typeId) const;
+  [[nodiscard]] void* CreateDerived(unsigned int typeId) const;
+  Place PlaceOf(const Field* field) const;
+  std::string DescribePlace() const;
 
   /// Takes the mark of an object being read away again when its reading fails.
   struct BeingRead {
@@ -120,6 +138,7 @@ private:
   cls_Load& load;
   cls_RecordStore::Index record;
   unsigned int depth;
+  Place foundAt;
   /// Where the next field is looked for first: fields are mostly read in the order written.
   mutable const Field* expected;
 };
@@ -127,7 +146,8 @@ private:
 template <class Holder>
 void cls_ReadVisitor::ReadObject(const cls_FieldHandle& field, Holder& holder) const {
   using T = std::remove_const_t<std::remove_pointer_t<decltype(holder.Get())>>;
-  const cls_RecordStore::Index object = ObjectRecord(Find(field));
+  const Field* const found = Find(field);
+  const cls_RecordStore::Index object = ObjectRecord(found);
   if (object == cls_RecordStore::kNone) {
     holder = Holder();
     return;
@@ -139,7 +159,7 @@ void cls_ReadVisitor::ReadObject(const cls_FieldHandle& field, Holder& holder) c
     return;
   }
   BeingRead guard{*this, object};
-  const cls_ReadVisitor child(load, object, depth + 1);
+  const cls_ReadVisitor child(load, object, depth + 1, PlaceOf(found));
   holder = Holder::Adopt(child.Create<T>());
   // A holder that finds no memory stays empty; the object must not go missing silently.
   if (holder.Get() == nullptr) throw std::bad_alloc();

@@ -21,7 +21,7 @@ public:
 
   virtual unsigned int TypeId() const = 0;
   /// A new object; the caller owns it and knows its class.
-  virtual void* Create(const cls_ReadVisitor& visitor) const = 0;
+  [[nodiscard]] virtual void* Create(const cls_ReadVisitor& visitor) const = 0;
 
 protected:
   /// `adapterName` must outlive the adapter: a literal.
@@ -43,7 +43,7 @@ public:
 
   unsigned int TypeId() const override { return T::TypeId(); }
 
-  void* Create(const cls_ReadVisitor& visitor) const override {
+  [[nodiscard]] void* Create(const cls_ReadVisitor& visitor) const override {
     if constexpr (std::is_constructible_v<T, const cls_ReadVisitor&>) {
       return new T(visitor);
     } else {

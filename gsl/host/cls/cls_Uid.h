@@ -25,17 +25,17 @@ public:
   /// thread, and without contention: a thread takes 2^20 serials at a time.
   static cls_Uid AllocateUid() noexcept;
 
-  constexpr bool IsNull() const noexcept { return prefix == 0 && serial == 0; }
+  [[nodiscard]] constexpr bool IsNull() const noexcept { return prefix == 0 && serial == 0; }
   constexpr std::uint64_t Prefix() const noexcept { return prefix; }
   constexpr std::uint64_t Serial() const noexcept { return serial; }
 
-  friend constexpr bool operator==(const cls_Uid& a, const cls_Uid& b) noexcept {
+  [[nodiscard]] friend constexpr bool operator==(const cls_Uid& a, const cls_Uid& b) noexcept {
     return a.prefix == b.prefix && a.serial == b.serial;
   }
-  friend constexpr bool operator!=(const cls_Uid& a, const cls_Uid& b) noexcept {
+  [[nodiscard]] friend constexpr bool operator!=(const cls_Uid& a, const cls_Uid& b) noexcept {
     return !(a == b);
   }
-  friend constexpr bool operator<(const cls_Uid& a, const cls_Uid& b) noexcept {
+  [[nodiscard]] friend constexpr bool operator<(const cls_Uid& a, const cls_Uid& b) noexcept {
     return a.prefix != b.prefix ? a.prefix < b.prefix : a.serial < b.serial;
   }
 

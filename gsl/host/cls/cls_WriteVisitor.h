@@ -33,7 +33,7 @@ private:
     unsigned int typeId;
     cls_Uid uid;
 
-    bool operator==(const Key& o) const {
+    [[nodiscard]] bool operator==(const Key& o) const {
       return object == o.object && typeId == o.typeId && uid == o.uid;
     }
   };
@@ -54,6 +54,7 @@ private:
 /// Writes one record of a save: the record is started, then its fields follow in order.
 ///
 /// Lifetime  a child is used while its parent lives, the root while its save lives.
+/// Threads   a save and its visitors belong to one thread at a time, also where they are const.
 /// Errors    cls_RecordException for a field before StartWrite, a second record in one place, and
 ///           nesting deeper than kMostNesting. When a root visitor goes because of an exception,
 ///           the records of its latest object are taken back.
@@ -97,7 +98,7 @@ public:
   /// The entries of a cls_DoubleMatrix, row by row.
   void WriteDoubles(const double* values, std::size_t rows, std::size_t columns) const;
   /// A new writer for the entries of a cls_ObjectList.
-  cls_ListWriter* GetListWriter() const;
+  [[nodiscard]] cls_ListWriter* GetListWriter() const;
 
 private:
   friend class cls_ListWriter;

@@ -11,18 +11,26 @@
 class cls_ReadVisitor;
 class cls_WriteVisitor;
 
-/// Persistent list of unsigned integers. A copy keeps the identity of its source.
+/// Persistent list of unsigned integers. A copy keeps the identity of its source; a move takes it
+/// along and leaves the source empty, with a fresh one.
 class GSL_HOST_API cls_xp1DArrayListUint {
 public:
   /// Empty, with a fresh identity.
   cls_xp1DArrayListUint();
   /// Empty from an absent record.
   explicit cls_xp1DArrayListUint(const cls_ReadVisitor& visitor);
+  cls_xp1DArrayListUint(const cls_xp1DArrayListUint&) = default;
+  cls_xp1DArrayListUint(cls_xp1DArrayListUint&& other) noexcept;
+  cls_xp1DArrayListUint& operator=(const cls_xp1DArrayListUint&) = default;
+  cls_xp1DArrayListUint& operator=(cls_xp1DArrayListUint&& other) noexcept;
 
   std::size_t Count() const { return elements.size(); }
-  bool IsEmpty() const { return elements.empty(); }
+  [[nodiscard]] bool IsEmpty() const { return elements.empty(); }
   /// No range check.
   unsigned int operator[](std::size_t i) const { return elements[i]; }
+  /// The elements in order; valid until the list changes.
+  const unsigned int* begin() const { return elements.data(); }
+  const unsigned int* end() const { return elements.data() + elements.size(); }
   void Append(unsigned int value) { elements.push_back(value); }
   void Clear() { elements.clear(); }
 
@@ -34,10 +42,12 @@ public:
   static constexpr cls_CollectionType CollectionType() { return cls_UnsignedList; }
 
   /// The same elements in the same order; identities do not count.
-  friend bool operator==(const cls_xp1DArrayListUint& a, const cls_xp1DArrayListUint& b) {
+  [[nodiscard]] friend bool operator==(const cls_xp1DArrayListUint& a,
+                                       const cls_xp1DArrayListUint& b) {
     return a.elements == b.elements;
   }
-  friend bool operator!=(const cls_xp1DArrayListUint& a, const cls_xp1DArrayListUint& b) {
+  [[nodiscard]] friend bool operator!=(const cls_xp1DArrayListUint& a,
+                                       const cls_xp1DArrayListUint& b) {
     return !(a == b);
   }
 

@@ -11,7 +11,8 @@
 class cls_ReadVisitor;
 class cls_WriteVisitor;
 
-/// Persistent matrix of doubles, row by row. A copy keeps the identity of its source.
+/// Persistent matrix of doubles, row by row. A copy keeps the identity of its source; a move takes
+/// it along and leaves the source 0 by 0, with a fresh one.
 class GSL_HOST_API cls_xp2DArrayDouble {
 public:
   /// Zeros. The identity is fresh unless one is given.
@@ -19,6 +20,10 @@ public:
                       const cls_Uid& identity = cls_Uid::AllocateUid());
   /// 0 by 0 from an absent record.
   explicit cls_xp2DArrayDouble(const cls_ReadVisitor& visitor);
+  cls_xp2DArrayDouble(const cls_xp2DArrayDouble&) = default;
+  cls_xp2DArrayDouble(cls_xp2DArrayDouble&& other) noexcept;
+  cls_xp2DArrayDouble& operator=(const cls_xp2DArrayDouble&) = default;
+  cls_xp2DArrayDouble& operator=(cls_xp2DArrayDouble&& other) noexcept;
 
   std::size_t Rows() const { return rows; }
   std::size_t Columns() const { return columns; }
@@ -29,6 +34,11 @@ public:
   double& operator()(std::size_t row, std::size_t column) {
     return entries[row * columns + column];
   }
+  /// The entries row by row.
+  const double* begin() const { return entries.data(); }
+  const double* end() const { return entries.data() + entries.size(); }
+  double* begin() { return entries.data(); }
+  double* end() { return entries.data() + entries.size(); }
   const cls_Uid& Uid() const { return uid; }
 
   void DBWrite(const cls_WriteVisitor& visitor) const;

@@ -18,8 +18,11 @@ public:
     std::swap(shared, copy.shared);
     return *this;
   }
+  /// Leaves the other one without a value.
   cow_Body& operator=(cow_Body&& other) noexcept {
-    std::swap(shared, other.shared);
+    if (this == &other) return *this;
+    Release();
+    shared = std::exchange(other.shared, nullptr);
     return *this;
   }
   ~cow_Body() { Release(); }
@@ -31,7 +34,7 @@ public:
   T& Write() {
     if (shared == nullptr) {
       shared = new Shared{{1}, T()};
-    } else if (shared->owners.load(std::memory_order_acquire) != 1) {
+    } else if (IsShared()) {
       Shared* const own = new Shared{{1}, shared->value};
       Release();
       shared = own;
@@ -39,7 +42,13 @@ public:
     return shared->value;
   }
 
-  bool SharesWith(const cow_Body& other) const noexcept { return shared == other.shared; }
+  [[nodiscard]] bool SharesWith(const cow_Body& other) const noexcept {
+    return shared == other.shared;
+  }
+  /// Another owner holds the value. It may let go of the value meanwhile.
+  [[nodiscard]] bool IsShared() const noexcept {
+    return shared != nullptr && shared->owners.load(std::memory_order_acquire) != 1;
+  }
 
 private:
   struct Shared {

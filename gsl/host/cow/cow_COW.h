@@ -34,7 +34,7 @@ public:
   /// Takes over a heap object without cloning it; null gives an empty holder.
   static cow_COW Adopt(T* object);
 
-  bool IsEmpty() const noexcept { return shared == nullptr; }
+  [[nodiscard]] bool IsEmpty() const noexcept { return shared == nullptr; }
   explicit operator bool() const noexcept { return !IsEmpty(); }
   /// The object, or null. Valid while this holder keeps it.
   const T* Get() const noexcept { return shared != nullptr ? shared->object.get() : nullptr; }
@@ -50,7 +50,7 @@ public:
   void Clear() noexcept { Release(std::exchange(shared, nullptr)); }
 
   /// Both hold the same object; two empty holders share nothing.
-  bool SharesWith(const cow_COW& other) const noexcept {
+  [[nodiscard]] bool SharesWith(const cow_COW& other) const noexcept {
     return shared != nullptr && shared == other.shared;
   }
   /// Number of holders of the object; 0 for an empty one. Another thread may change it meanwhile.
@@ -64,7 +64,7 @@ private:
     std::unique_ptr<T> object;
   };
 
-  static Shared* Acquired(Shared* s) noexcept {
+  [[nodiscard]] static Shared* Acquired(Shared* s) noexcept {
     if (s != nullptr) s->owners.fetch_add(1, std::memory_order_relaxed);
     return s;
   }

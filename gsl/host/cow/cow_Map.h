@@ -17,7 +17,7 @@ public:
   using Entry = std::pair<K, V>;
 
   std::size_t Count() const { return static_cast<std::size_t>(End() - Begin()); }
-  bool IsEmpty() const { return Count() == 0; }
+  [[nodiscard]] bool IsEmpty() const { return Count() == 0; }
 
   /// False, and the entry kept as it was, for a key that is there already.
   bool Insert(const K& key, const V& value) {
@@ -44,7 +44,9 @@ public:
   const Entry* begin() const { return Begin(); }
   const Entry* end() const { return End(); }
 
-  bool SharesWith(const cow_Map& other) const noexcept { return body.SharesWith(other.body); }
+  [[nodiscard]] bool SharesWith(const cow_Map& other) const noexcept {
+    return body.SharesWith(other.body);
+  }
 
 private:
   struct Contents {

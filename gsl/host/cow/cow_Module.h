@@ -7,6 +7,6 @@
 /// started modules, which this library leaves as it is. Calls nest.
 GSL_HOST_API void cow_initialize(int& count);
 GSL_HOST_API void cow_finalize(int& count);
-GSL_HOST_API bool cow_isInitialized();
+[[nodiscard]] GSL_HOST_API bool cow_isInitialized();
 
 #endif

@@ -23,15 +23,19 @@ public:
   ~cow_String();
 
   std::size_t Length() const noexcept;
-  bool IsEmpty() const noexcept { return Length() == 0; }
+  [[nodiscard]] bool IsEmpty() const noexcept { return Length() == 0; }
   /// Zero-terminated; never null; valid while a copy of this text exists.
   const char* CStr() const noexcept;
   /// True when both are empty or share one buffer.
-  bool SharesWith(const cow_String& other) const noexcept { return shared == other.shared; }
+  [[nodiscard]] bool SharesWith(const cow_String& other) const noexcept {
+    return shared == other.shared;
+  }
 
   /// Byte by byte.
   friend GSL_HOST_API bool operator==(const cow_String& a, const cow_String& b) noexcept;
-  friend bool operator!=(const cow_String& a, const cow_String& b) noexcept { return !(a == b); }
+  [[nodiscard]] friend bool operator!=(const cow_String& a, const cow_String& b) noexcept {
+    return !(a == b);
+  }
   friend GSL_HOST_API bool operator<(const cow_String& a, const cow_String& b) noexcept;
 
 private:

@@ -5,7 +5,7 @@
 /// dynamic type and may answer null.
 template <class T>
 struct cow_Virtual {
-  static T* Clone(const T& source) { return source.Copy(); }
+  [[nodiscard]] static T* Clone(const T& source) { return source.Copy(); }
 };
 
 #endif

@@ -7,6 +7,6 @@
 /// which this library leaves as it is. Calls nest.
 GSL_HOST_API void g3d_initialize(int& count);
 GSL_HOST_API void g3d_finalize(int& count);
-GSL_HOST_API bool g3d_isInitialized();
+[[nodiscard]] GSL_HOST_API bool g3d_isInitialized();
 
 #endif

@@ -17,10 +17,10 @@ public:
       : x(xValue), y(yValue), z(zValue), w(wValue) {}
 
   /// All four values exactly.
-  friend constexpr bool operator==(const g3d_Point& a, const g3d_Point& b) noexcept {
+  [[nodiscard]] friend constexpr bool operator==(const g3d_Point& a, const g3d_Point& b) noexcept {
     return a.x == b.x && a.y == b.y && a.z == b.z && a.w == b.w;
   }
-  friend constexpr bool operator!=(const g3d_Point& a, const g3d_Point& b) noexcept {
+  [[nodiscard]] friend constexpr bool operator!=(const g3d_Point& a, const g3d_Point& b) noexcept {
     return !(a == b);
   }
 };

@@ -16,7 +16,7 @@ public:
   void Initialize(int count);
   /// One stop for every start; more are ignored.
   void Finalize(int count);
-  bool IsInitialized() const { return starts > 0; }
+  [[nodiscard]] bool IsInitialized() const { return starts > 0; }
 
   /// Replaces the process's listener; null for none. Answers the one before.
   static Listener SetListener(Listener listener);

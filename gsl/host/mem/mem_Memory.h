@@ -8,11 +8,11 @@
 /// The process allocator. Blocks are aligned for any type and released with mem_Free.
 
 /// Null when the system has no memory left or `size` is 0.
-GSL_HOST_API void* mem_Malloc(std::size_t size);
+[[nodiscard]] GSL_HOST_API void* mem_Malloc(std::size_t size);
 
 /// Grows or shrinks a block, keeping its first min(old, new) bytes; a null block is allocated.
 /// Null, and the block kept as it was, when there is no memory. Size 0 frees and answers null.
-GSL_HOST_API void* mem_Realloc(void* block, std::size_t size);
+[[nodiscard]] GSL_HOST_API void* mem_Realloc(void* block, std::size_t size);
 
 /// Nothing happens for null.
 GSL_HOST_API void mem_Free(void* block);

@@ -7,6 +7,6 @@
 /// which this library leaves as it is. Calls nest.
 GSL_HOST_API void mem_initialize(int& count);
 GSL_HOST_API void mem_finalize(int& count);
-GSL_HOST_API bool mem_isInitialized();
+[[nodiscard]] GSL_HOST_API bool mem_isInitialized();
 
 #endif

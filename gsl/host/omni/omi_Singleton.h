@@ -22,7 +22,7 @@ public:
   }
 
   /// True between the first Instance() and Destroy(); creates nothing.
-  static bool Exists() { return instance != nullptr; }
+  [[nodiscard]] static bool Exists() { return instance != nullptr; }
 
   /// Deletes the object; a later Instance() makes a fresh one. Nothing happens without an object.
   static void Destroy();

@@ -7,6 +7,6 @@
 /// modules, which this library leaves as it is. Calls nest.
 GSL_HOST_API void omni_initialize(int& count);
 GSL_HOST_API void omni_finalize(int& count);
-GSL_HOST_API bool omni_isInitialized();
+[[nodiscard]] GSL_HOST_API bool omni_isInitialized();
 
 #endif

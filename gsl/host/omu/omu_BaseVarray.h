@@ -19,6 +19,9 @@ public:
   omu_BaseVarray(unsigned int initialCapacity, double ratio);
   omu_BaseVarray(const omu_BaseVarray&) = delete;
   omu_BaseVarray& operator=(const omu_BaseVarray&) = delete;
+  /// Take the storage and the ratio; the source is empty then, without storage.
+  omu_BaseVarray(omu_BaseVarray&& other) noexcept;
+  omu_BaseVarray& operator=(omu_BaseVarray&& other) noexcept;
 
   unsigned int Count() const { return count; }
   unsigned int Capacity() const { return capacity; }
@@ -33,12 +36,13 @@ protected:
 
   /// No range check.
   void* Entry(unsigned int i) const { return entries[i]; }
+  void* const* Entries() const { return entries; }
   void SetEntry(unsigned int i, void* element) { entries[i] = element; }
   void ForgetEntries() { count = 0; }
 
 private:
   void Grow();
-  bool Resize(unsigned int newCapacity);
+  [[nodiscard]] bool Resize(unsigned int newCapacity);
 
   void** entries;
   unsigned int count;

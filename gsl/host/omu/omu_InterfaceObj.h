@@ -4,6 +4,7 @@
 #include "omu_Shortcut.h"
 #include "omu_TypeDescription.h"
 
+#include <type_traits>
 #include <vector>
 
 class cls_WriteVisitor;
@@ -36,20 +37,21 @@ public:
   /// What a script writes to reach the object: the command path; AsString() without one.
   virtual cow_String AsRepr() const;
   /// The same object, or one of the same type with the same shortcut.
-  virtual bool operator==(const omu_InterfaceObj& other) const;
+  [[nodiscard]] virtual bool operator==(const omu_InterfaceObj& other) const;
   virtual void Accept(omu_InterfaceObjVisitor& visitor) const;
-  virtual omu_InterfaceObj* Copy() const = 0;
+  [[nodiscard]] virtual omu_InterfaceObj* Copy() const = 0;
   /// 0: scripting objects are not stored, and DBWrite writes nothing.
   virtual unsigned int DynTypeId() const;
   virtual void DBWrite(const cls_WriteVisitor& visitor) const;
 
-  virtual bool IsMethod(const cow_String& name) const;
+  [[nodiscard]] virtual bool IsMethod(const cow_String& name) const;
   /// Calls a method by name. An error for a stale object, an unknown name, or a number of arguments
   /// that the method does not take, tested in this order.
-  virtual omu_Primitive* CallMethod(const cow_String& name, const omu_PrimTuple& arguments);
+  [[nodiscard]] virtual omu_Primitive* CallMethod(const cow_String& name,
+                                                  const omu_PrimTuple& arguments);
   /// The members of the type's table, by name. An error for a stale object, an unknown name, or a
   /// member that cannot be changed or deleted.
-  virtual omu_Primitive* GetMember(const cow_String& name) const;
+  [[nodiscard]] virtual omu_Primitive* GetMember(const cow_String& name) const;
   virtual void SetMember(const cow_String& name, const omu_Primitive& value);
   virtual void DeleteMember(const cow_String& name);
   /// Names in table order, without the deprecated ones.
@@ -68,22 +70,22 @@ public:
   virtual cow_String CommandPath() const;
 
   /// `other` as an object of this type: a copy where it is one, else null.
-  virtual omu_InterfaceObj* Coerce(const omu_InterfaceObj& other) const;
+  [[nodiscard]] virtual omu_InterfaceObj* Coerce(const omu_InterfaceObj& other) const;
   /// This object as one of the named type: a copy for its own type, else an error.
-  virtual omu_InterfaceObj* Cast(const cow_String& typeName) const;
+  [[nodiscard]] virtual omu_InterfaceObj* Cast(const cow_String& typeName) const;
   /// Arithmetic of scripts; an error unless a class overrides it.
-  virtual omu_InterfaceObj* Absolute() const;
-  virtual omu_InterfaceObj* AddOperation(const omu_InterfaceObj& other) const;
-  virtual omu_InterfaceObj* SubOperation(const omu_InterfaceObj& other) const;
-  virtual omu_InterfaceObj* MulOperation(const omu_InterfaceObj& other) const;
-  virtual omu_InterfaceObj* DivOperation(const omu_InterfaceObj& other) const;
-  virtual omu_InterfaceObj* UnaryNegative() const;
+  [[nodiscard]] virtual omu_InterfaceObj* Absolute() const;
+  [[nodiscard]] virtual omu_InterfaceObj* AddOperation(const omu_InterfaceObj& other) const;
+  [[nodiscard]] virtual omu_InterfaceObj* SubOperation(const omu_InterfaceObj& other) const;
+  [[nodiscard]] virtual omu_InterfaceObj* MulOperation(const omu_InterfaceObj& other) const;
+  [[nodiscard]] virtual omu_InterfaceObj* DivOperation(const omu_InterfaceObj& other) const;
+  [[nodiscard]] virtual omu_InterfaceObj* UnaryNegative() const;
   /// Truth value in a condition; true.
-  virtual bool NonZero() const;
+  [[nodiscard]] virtual bool NonZero() const;
   /// The object that a script's constant wrapper holds; this one.
   virtual const omu_InterfaceObj* ConstGetWrapper() const;
   /// What the object stands for is gone: SetStale was called, or the shortcut has expired.
-  virtual bool IsStale() const;
+  [[nodiscard]] virtual bool IsStale() const;
   virtual void SetStale();
   /// -1, 0 or 1 by type name, path and then address; 0 exactly for equal objects.
   virtual int Compare(const omu_InterfaceObj& other) const;
@@ -105,5 +107,15 @@ private:
   const omu_TypeDescription* description;
   bool stale;
 };
+
+/// Objects of any two classes, compared as the first one does. C++20 also tries the comparison of
+/// the second, turned round, and could not choose between the two.
+template <class A, class B>
+[[nodiscard]] std::enable_if_t<
+    std::is_base_of_v<omu_InterfaceObj, A> && std::is_base_of_v<omu_InterfaceObj, B>, bool>
+operator==(const A& a, const B& b) {
+  const omu_InterfaceObj& first = a;
+  return first.operator==(b);
+}
 
 #endif

@@ -7,6 +7,6 @@
 /// which this library leaves as it is. Calls nest.
 GSL_HOST_API void omu_initialize(int& count);
 GSL_HOST_API void omu_finalize(int& count);
-GSL_HOST_API bool omu_isInitialized();
+[[nodiscard]] GSL_HOST_API bool omu_isInitialized();
 
 #endif

@@ -4,23 +4,70 @@
 #include "mem_Export.h"
 #include "omu_BaseVarray.h"
 
+#include <cstddef>
+#include <iterator>
+
 /// Array that owns heap objects of class T, or of classes derived from it; an entry may be null.
-/// A thin layer over omu_BaseVarray.
+/// A thin layer over omu_BaseVarray. A move leaves its source empty.
 template <class T>
 class GSL_HOST_API omu_ObjVarray : public omu_BaseVarray {
 public:
+  /// Goes over the entries in order; null for an empty one.
+  class Iterator {
+  public:
+    using iterator_category = std::random_access_iterator_tag;
+    using value_type = T*;
+    using difference_type = std::ptrdiff_t;
+    using pointer = void;
+    using reference = T*;
+
+    explicit Iterator(void* const* place = nullptr) : at(place) {}
+    [[nodiscard]] T* operator*() const { return static_cast<T*>(*at); }
+    [[nodiscard]] T* operator[](std::ptrdiff_t n) const { return static_cast<T*>(at[n]); }
+    Iterator& operator++() { return *this += 1; }
+    Iterator& operator--() { return *this -= 1; }
+    Iterator operator++(int) { return Iterator(at++); }
+    Iterator operator--(int) { return Iterator(at--); }
+    Iterator& operator+=(std::ptrdiff_t n) {
+      at += n;
+      return *this;
+    }
+    Iterator& operator-=(std::ptrdiff_t n) { return *this += -n; }
+    friend Iterator operator+(Iterator i, std::ptrdiff_t n) { return i += n; }
+    friend Iterator operator+(std::ptrdiff_t n, Iterator i) { return i += n; }
+    friend Iterator operator-(Iterator i, std::ptrdiff_t n) { return i -= n; }
+    friend std::ptrdiff_t operator-(Iterator a, Iterator b) { return a.at - b.at; }
+    [[nodiscard]] friend bool operator==(Iterator a, Iterator b) { return a.at == b.at; }
+    [[nodiscard]] friend bool operator!=(Iterator a, Iterator b) { return a.at != b.at; }
+    [[nodiscard]] friend bool operator<(Iterator a, Iterator b) { return a.at < b.at; }
+    [[nodiscard]] friend bool operator>(Iterator a, Iterator b) { return b < a; }
+    [[nodiscard]] friend bool operator<=(Iterator a, Iterator b) { return !(b < a); }
+    [[nodiscard]] friend bool operator>=(Iterator a, Iterator b) { return !(a < b); }
+
+  private:
+    void* const* at;
+  };
+
   omu_ObjVarray();
   omu_ObjVarray(unsigned int initialCapacity, double ratio);
+  omu_ObjVarray(omu_ObjVarray&& other) noexcept;
+  /// Deletes the elements that it had.
+  omu_ObjVarray& operator=(omu_ObjVarray&& other) noexcept;
   /// Deletes the elements.
   ~omu_ObjVarray() override;
 
   /// Null for an empty entry; the array keeps the object. No range check.
-  T* operator[](unsigned int i) const { return static_cast<T*>(Entry(i)); }
+  [[nodiscard]] T* operator[](unsigned int i) const { return static_cast<T*>(Entry(i)); }
 
-  /// Appends an element, or null, and takes it over. On an exception it is still the caller's.
+  /// Valid until the array changes.
+  Iterator begin() const { return Iterator(Entries()); }
+  Iterator end() const { return begin() + static_cast<std::ptrdiff_t>(Count()); }
+
+  /// Appends an element, or null, and takes it over: it must not be in an array already. On an
+  /// exception it is still the caller's.
   void Add(T* element) { add(element); }
   /// Takes the element out, leaving null; it is the caller's now. No range check.
-  T* Release(unsigned int i);
+  [[nodiscard]] T* Release(unsigned int i);
   /// Deletes the elements and keeps the storage.
   void Clear();
 };
@@ -31,6 +78,17 @@ omu_ObjVarray<T>::omu_ObjVarray() = default;
 template <class T>
 omu_ObjVarray<T>::omu_ObjVarray(unsigned int initialCapacity, double ratio)
     : omu_BaseVarray(initialCapacity, ratio) {}
+
+template <class T>
+omu_ObjVarray<T>::omu_ObjVarray(omu_ObjVarray&& other) noexcept = default;
+
+template <class T>
+omu_ObjVarray<T>& omu_ObjVarray<T>::operator=(omu_ObjVarray&& other) noexcept {
+  if (this == &other) return *this;
+  Clear();
+  omu_BaseVarray::operator=(static_cast<omu_BaseVarray&&>(other));
+  return *this;
+}
 
 template <class T>
 omu_ObjVarray<T>::~omu_ObjVarray() {

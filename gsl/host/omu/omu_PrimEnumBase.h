@@ -29,7 +29,7 @@ public:
 
   /// Another enumeration primitive with the same name and the same value; the enumerations
   /// themselves are not compared.
-  bool operator==(const omu_Primitive& other) const override;
+  [[nodiscard]] bool operator==(const omu_Primitive& other) const override;
 
   /// A record with the name as its one field, "_string".
   void DBWrite(const cls_WriteVisitor& visitor) const;

@@ -24,20 +24,20 @@ public:
 
   /// A tuple of the same kind with equal elements in the same order. Numbers compare exactly, so a
   /// NaN is unequal even to itself.
-  bool operator==(const omu_Primitive& other) const override;
-  omu_PrimTuple* Copy() const override;
+  [[nodiscard]] bool operator==(const omu_Primitive& other) const override;
+  [[nodiscard]] omu_PrimTuple* Copy() const override;
   /// The elements between brackets, "(0.6, 0.0, 0.8)": numbers in the fewest digits that read back
   /// the same, always recognisable as floating point; "(1.0,)" for one element.
   cow_String AsString(int style = 0) const override;
 
   /// Appends a number.
   virtual void Put(double number);
-  /// Appends a copy.
+  /// Appends a copy; `value` may be this tuple or an element of it.
   virtual void Put(const omu_Primitive& value);
 
   int Kind() const { return kind; }
   std::size_t Count() const { return elements.size(); }
-  bool IsNumber(std::size_t i) const { return At(i).object == nullptr; }
+  [[nodiscard]] bool IsNumber(std::size_t i) const { return At(i).object == nullptr; }
   double Number(std::size_t i) const;
   /// Owned by the tuple.
   const omu_Primitive& Primitive(std::size_t i) const;

@@ -16,15 +16,15 @@ public:
 
   /// The command path as a script writes it; empty for a shortcut that leads nowhere.
   cow_String Path() const;
-  bool IsEmpty() const noexcept { return state == nullptr; }
+  [[nodiscard]] bool IsEmpty() const noexcept { return state == nullptr; }
 
   /// The object behind the path is gone, for every copy of this shortcut and for good. Safe from
   /// any thread.
   void Expire() noexcept;
-  bool IsExpired() const noexcept;
+  [[nodiscard]] bool IsExpired() const noexcept;
 
   /// Copies of one shortcut; two that lead nowhere share nothing.
-  bool SharesWith(const omu_Shortcut& other) const noexcept {
+  [[nodiscard]] bool SharesWith(const omu_Shortcut& other) const noexcept {
     return state != nullptr && state == other.state;
   }
   /// Number of copies; 0 for one that leads nowhere.

@@ -63,7 +63,7 @@ public:
   const omu_MemberEntry* FindMember(const cow_String& memberName) const;
 
 private:
-  bool SameTables(const omu_TypeDescription& other) const;
+  [[nodiscard]] bool SameTables(const omu_TypeDescription& other) const;
 
   const char* name;
   const omu_MethodEntry* methods;

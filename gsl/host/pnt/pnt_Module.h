@@ -7,6 +7,6 @@
 /// modules, which this library leaves as it is. Calls nest.
 GSL_HOST_API void pnt_initialize(int& count);
 GSL_HOST_API void pnt_finalize(int& count);
-GSL_HOST_API bool pnt_isInitialized();
+[[nodiscard]] GSL_HOST_API bool pnt_isInitialized();
 
 #endif

@@ -7,6 +7,6 @@
 /// which this library leaves as it is. Calls nest.
 GSL_HOST_API void typ_initialize(int& count);
 GSL_HOST_API void typ_finalize(int& count);
-GSL_HOST_API bool typ_isInitialized();
+[[nodiscard]] GSL_HOST_API bool typ_isInitialized();
 
 #endif

@@ -21,6 +21,9 @@ constexpr double kGimbalLockCosine = 1.9073486328125e-6;
 /// No distance between segments is looked for beyond this.
 constexpr double kSegmentDistanceCap = 1e10;
 
+/// Half a last place of 1: the largest relative error of one rounding.
+constexpr double kUnitRoundoff = 0x1p-53;
+
 constexpr double kPi = 3.141592653589793;
 constexpr double kTwoPi = 6.283185307179586;
 

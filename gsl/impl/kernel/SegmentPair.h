@@ -86,6 +86,7 @@ inline SegmentCrossing CrossSegmentLine(const Segment& segment, const Line& line
   if (length < linearTolerance) return SegmentCrossing::Missed;
   if (!CrossLines(LineOf(segment), line, linearTolerance, out)) return SegmentCrossing::Missed;
   // segment-of-exactly-the-tolerance: it can leave the parameters unwritten; that is beyond it.
+  // no-length-and-no-tolerance: then the margin is NaN, and no parameter is beyond that.
   double weights[2] = {std::numeric_limits<double>::infinity(), 0.0};
   PointSegmentParameters(out, segment.p1, segment.p2, length, linearTolerance, weights);
   const double t = weights[0];

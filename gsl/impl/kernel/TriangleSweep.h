@@ -136,7 +136,7 @@ inline bool CoplanarVertexEdgeDist(const SourcedTriangle& tri1, const SourcedTri
   for (int i = 0; i < 3; ++i) {
     const Line line = {tri1.p[i].c, d};
     for (int j = 0; j < 3; ++j) {
-      // coplanar-edge-i-three-times: the edge follows i, not j; hosts have tuned to it.
+      // coplanar-edge-i-three-times: the edge follows i, not j.
       const Segment edge = {tri2.p[i].c, tri2.p[(i + 1) % 3].c};
       Coord3 p;
       if (CrossSegmentLine(edge, line, tol.linear, p) != SegmentCrossing::Crossing) continue;
@@ -150,9 +150,10 @@ inline bool CoplanarVertexEdgeDist(const SourcedTriangle& tri1, const SourcedTri
 }
 
 /// Neither triangle edge-on: vertices of A over B, vertices of B under A, crossing edges.
+template <class CallerContact>
 inline bool FaceToFaceDist(const SourcedTriangle& a, const SourcedTriangle& b, const Plane& planeA,
                            const Plane& planeB, const Measured3& d, const SweepTolerances& tol,
-                           SweepContacts& contacts) {
+                           const CallerContact& callerContact, SweepContacts& contacts) {
   bool found = false;
   const auto consider = [&](const SourcedPoint& onA) {
     found = true;
@@ -177,7 +178,8 @@ inline bool FaceToFaceDist(const SourcedTriangle& a, const SourcedTriangle& b, c
   });
   if (!found) return false;
   // second-contact-follows-first: also when the first one is still what the caller passed in.
-  contacts.point[1] = ShadowOf({contacts.point[0].c, kFirstContact}, planeB, d, tol);
+  const Coord3 first = contacts.written[0] ? contacts.point[0].c : callerContact();
+  contacts.point[1] = ShadowOf({first, kFirstContact}, planeB, d, tol);
   contacts.written[1] = true;
   return true;
 }
@@ -198,7 +200,8 @@ inline Extent ExtentAlong(const Coord3& origin, const Coord3& d, const SourcedTr
   return extent;
 }
 
-/// B lies wholly behind A along d, or farther ahead than `reach`.
+/// B lies wholly behind A along d, or farther ahead than `reach`. No rejection writes anything, so
+/// what they cost orders them: this one, the cheapest, comes first.
 inline bool SlabsReject(const SourcedTriangle& a, const SourcedTriangle& b, const Measured3& d,
                         double reach, double linearTolerance) {
   const Coord3 axis = gsl_arithmetic::NormalizedCopy(d, linearTolerance).c;
@@ -207,16 +210,13 @@ inline bool SlabsReject(const SourcedTriangle& a, const SourcedTriangle& b, cons
   return extentA.min > extentB.max || extentB.min - extentA.max > reach;
 }
 
-enum class Facing { Along, EdgeOn, Refused };
+enum class Facing { Right, EdgeOn, Wrong };
 
-/// Makes the normal point with `sense` * d, where the triangle may be turned.
-inline Facing Face(Measured3& normal, const Measured3& d, double sense, bool twoSided,
-                   double cosineTolerance) {
+/// Whether the normal points with `sense` * d.
+inline Facing FacingOf(const Measured3& normal, const Measured3& d, double sense,
+                       double cosineTolerance) {
   if (gsl_arithmetic::IsOrthogonal(normal, d, cosineTolerance)) return Facing::EdgeOn;
-  if (!(sense * Dot(normal.c, d.c) < 0.0)) return Facing::Along;
-  if (!twoSided) return Facing::Refused;
-  normal.c = Negated(normal.c);
-  return Facing::Along;
+  return sense * Dot(normal.c, d.c) < 0.0 ? Facing::Wrong : Facing::Right;
 }
 
 /// Shortest normal that still counts as one: a triangle's is 1 or 0.
@@ -226,23 +226,31 @@ inline Measured3 NormalOf(const SourcedTriangle& tri, double cosineTolerance) {
   return UnitNormal(tri.p[0].c, tri.p[1].c, tri.p[2].c, cosineTolerance);
 }
 
-/// The rejections - degenerate, refused, behind, out of reach - come first. None of them writes
-/// anything, so what they cost orders them: extents, then A and its facing, then B.
-inline bool SweepTriangle(const Measured3& direction, const SourcedTriangle& a,
-                          const SourcedTriangle& b, const bool* twoSided, double margin,
-                          const SweepTolerances& tol, SweepContacts& contacts) {
-  const Measured3 d = gsl_arithmetic::NormalizedCopy(direction, tol.linear);
-  // margin-loosens-the-rejection-only
-  if (SlabsReject(a, b, d, contacts.distance + margin, tol.linear)) return false;
+/// Makes the normal of a triangle that faces the wrong way point the other way; false where the
+/// caller does not allow that. The flag of a triangle that faces the right way is not looked at.
+inline bool Turn(Measured3& normal, Facing facing, const bool* twoSided) {
+  if (facing != Facing::Wrong) return true;
+  if (!*twoSided) return false;
+  normal.c = Negated(normal.c);
+  return true;
+}
 
+/// The sweep along the unit direction d, or the zero vector, of a pair that SlabsReject keeps. A
+/// triangle without a normal, and then one that faces the wrong way, ends it before anything is
+/// written. `callerContact` gives what the caller passed in as contacts[0], and is asked only where
+/// that counts.
+template <class CallerContact>
+inline bool SweepTriangle(const Measured3& d, const SourcedTriangle& a, const SourcedTriangle& b,
+                          const bool* twoSided, const SweepTolerances& tol,
+                          const CallerContact& callerContact, SweepContacts& contacts) {
   Measured3 normalA = NormalOf(a, tol.cosine);
   if (normalA.magnitude < kNormalPresent) return false;
-  const Facing facingA = Face(normalA, d, 1.0, twoSided[0], tol.cosine);
-  if (facingA == Facing::Refused) return false;
   Measured3 normalB = NormalOf(b, tol.cosine);
   if (normalB.magnitude < kNormalPresent) return false;
-  const Facing facingB = Face(normalB, d, -1.0, twoSided[1], tol.cosine);
-  if (facingB == Facing::Refused) return false;
+  const Facing facingA = FacingOf(normalA, d, 1.0, tol.cosine);
+  if (!Turn(normalA, facingA, &twoSided[0])) return false;
+  const Facing facingB = FacingOf(normalB, d, -1.0, tol.cosine);
+  if (!Turn(normalB, facingB, &twoSided[1])) return false;
 
   const Plane planeA = {a.p[0].c, normalA};
   const Plane planeB = {b.p[0].c, normalB};
@@ -257,7 +265,7 @@ inline bool SweepTriangle(const Measured3& direction, const SourcedTriangle& a,
     return CoplanarVertexEdgeDist(a, b, d, +1, tol, contacts) ||
            CoplanarVertexEdgeDist(b, a, d, -1, tol, contacts);
   }
-  return FaceToFaceDist(a, b, planeA, planeB, d, tol, contacts);
+  return FaceToFaceDist(a, b, planeA, planeB, d, tol, callerContact, contacts);
 }
 
 } // namespace gsl_kernel

@@ -377,6 +377,8 @@ TEST(GslBBox, PrintsMinThenMax) {
 TEST(GslBBox, WritingIsTheOnlyVirtualOperation) {
   EXPECT_FALSE(std::has_virtual_destructor_v<gsl_BBox>);
   EXPECT_EQ(VirtualSlot(&gsl_BBox::DBWrite), 0);
+  EXPECT_EQ(VirtualSlot(&gsl_BBox::DynTypeId), -1);
+  EXPECT_EQ(gsl_BBox().DynTypeId(), 0x030A0007u);
 }
 
 TEST(GslBBox, TypeIdIsFixed) {

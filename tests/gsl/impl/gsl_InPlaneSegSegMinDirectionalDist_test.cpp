@@ -1,5 +1,6 @@
 #include "gsl_InPlaneSegSegMinDirectionalDist.h"
 
+#include "GuardedMemory.h"
 #include "Numbers.h"
 #include "ScopedSettings.h"
 #include "gsl_utils.h"
@@ -471,6 +472,61 @@ TEST(GslInPlaneSweep, DirectionShorterThanTheToleranceMeetsWithoutTravel) {
   sweep.ExpectComputed(1, 1.0, 3.0);
 }
 
+TEST(GslInPlaneSweep, ToleranceAboveTheUnitDirectionMeetsAtTheFoot) {
+  // A direction is one long, and then too short to be divided by its length again: an end meets the
+  // foot on the other segment's line, however far aside.
+  const ScopedSettings settings;
+  for (const double tolerance : {Above(1.0), 1.5}) {
+    settings->linearTolerance = tolerance;
+    Sweep sweep({0.0, 0.0, 0.0}, {10.0, 0.0, 0.0}, {20.0, 50.0, 0.0}, {40.0, 10.0, 0.0});
+    sweep.direction = gsl_Vector(4.0, 0.0, 0.0);
+    sweep.twoSided[0] = sweep.twoSided[1] = true;
+    sweep.distance = 1e30;
+    EXPECT_TRUE(sweep());
+    EXPECT_NEAR(sweep.distance, 28.0, 1e-12);
+    sweep.ExpectEnd(0, sweep.a[1]);
+    EXPECT_NEAR(sweep.contacts[1].x, 38.0, 1e-12);
+    EXPECT_NEAR(sweep.contacts[1].y, 14.0, 1e-12);
+  }
+}
+
+TEST(GslInPlaneSweep, ToleranceOfExactlyTheUnitDirectionMeetsAlongTheDirection) {
+  const ScopedSettings settings;
+  settings->linearTolerance = 1.0;
+  Sweep aside({0.0, 0.0, 0.0}, {10.0, 0.0, 0.0}, {20.0, 50.0, 0.0}, {40.0, 10.0, 0.0});
+  aside.direction = gsl_Vector(4.0, 0.0, 0.0);
+  aside.twoSided[0] = aside.twoSided[1] = true;
+  EXPECT_FALSE(aside());
+  aside.ExpectUntouched();
+}
+
+TEST(GslInPlaneSweep, StaleDirectionIsDividedByItsCachedMagnitude) {
+  // The direction in use is ten long: gaps along it count tenfold, distances aside do not.
+  Sweep sweep({0.0, 0.0, 0.0}, {0.0, 1.0, 0.0}, {5.0, 1.0000005, 0.0}, {5.0, 2.0, 0.0});
+  sweep.direction = gsl_Vector(1.0, 0.0, 0.0);
+  sweep.direction[0] = 10.0;
+  sweep.twoSided[0] = sweep.twoSided[1] = true;
+  EXPECT_TRUE(sweep());
+  EXPECT_EQ(sweep.distance, 50.0);
+  Sweep aside({0.0, 0.0, 0.0}, {0.0, 1.0, 0.0}, {5.0, 1.000002, 0.0}, {5.0, 2.0, 0.0});
+  aside.direction = sweep.direction;
+  aside.twoSided[0] = aside.twoSided[1] = true;
+  EXPECT_FALSE(aside());
+  aside.ExpectUntouched();
+}
+
+TEST(GslInPlaneSweep, TinySegmentAlongTheDirectionIsMetHoweverFarAside) {
+  // The square of its length has one digit left: its unit vector is not a unit vector, so that a
+  // segment along the direction counts as across it, and every line meets it at its first end.
+  const ScopedSettings settings;
+  settings->linearTolerance = 0.0;
+  settings->cosineTolerance = 0.0;
+  Sweep sweep({1.0, 0.0, 0.0}, {-1.0, 0.0, 0.0}, {3.0, 0.0, 0.0}, {3.0, 1.6e-162, 0.0});
+  EXPECT_TRUE(sweep());
+  EXPECT_EQ(sweep.distance, 0.0);
+  EXPECT_EQ(sweep.contacts[1].x, 3.0);
+}
+
 TEST(GslInPlaneSweep, NotANumberNeverCountsAsCloser) {
   Sweep margin({1.0, 0.0, 0.0}, {-1.0, 0.0, 0.0}, {-4.0, 3.0, 0.0}, {4.0, 3.0, 0.0});
   margin.margin = kNaN;
@@ -491,6 +547,65 @@ TEST(GslInPlaneSweep, TolerancesAreReadAtTheCall) {
   EXPECT_FALSE(sweep());
   settings->linearTolerance = 0.75;
   EXPECT_TRUE(sweep());
+}
+
+/// A call along +Y whose flags and outputs are closed but for what a test opens: nothing may be
+/// written.
+struct GuardedSweep {
+  GuardedPair<bool> twoSided;
+  GuardedPair<gsl_Point> contacts{gsl_Point(), gsl_Point()};
+  GuardedPair<double> distance;
+  double margin = 0.0;
+
+  explicit GuardedSweep(bool first = false, bool second = false, double reach = kInfinity)
+      : twoSided(first, second), distance(reach, 0.0) {
+    twoSided.CloseBoth();
+    contacts.CloseBoth();
+    distance.KeepAsItIs(0);
+  }
+
+  /// The call may read flag k.
+  GuardedSweep& Ask(int k) {
+    twoSided.KeepAsItIs(k);
+    return *this;
+  }
+
+  bool operator()(const gsl_Point& a0, const gsl_Point& a1, const gsl_Point& b0,
+                  const gsl_Point& b1) {
+    return gsl_InPlaneSegSegMinDirectionalDist(gsl_Vector(0.0, 1.0, 0.0), a0, a1, b0, b1,
+                                               twoSided.Get(), margin, contacts.Get(),
+                                               *distance.Get());
+  }
+};
+
+TEST(GslInPlaneSweepTouches, TheFlagOfBOnlyAfterThatOfA) {
+  const gsl_Point left(-4.0, 3.0, 0.0), right(4.0, 3.0, 0.0);
+  const gsl_Point a0(-1.0, 0.0, 0.0), a1(1.0, 0.0, 0.0);
+  EXPECT_FALSE(GuardedSweep(false, true).Ask(0)(a0, a1, left, right)) << "A is refused";
+  EXPECT_FALSE(GuardedSweep(false, true).Ask(0)(a0, a1, right, left)) << "A, and B is not asked";
+  EXPECT_FALSE(GuardedSweep(true, false).Ask(0).Ask(1)(a0, a1, right, left)) << "B is refused";
+}
+
+TEST(GslInPlaneSweepTouches, AFlagOnlyOfASegmentThatFacesTheWrongWay) {
+  const gsl_Point left(-4.0, 3.0, 0.0), right(4.0, 3.0, 0.0);
+  EXPECT_FALSE(GuardedSweep(true, false).Ask(1)({1.0, 0.0, 0.0}, {-1.0, 0.0, 0.0}, right, left));
+  // Along the direction neither way is wrong.
+  EXPECT_FALSE(GuardedSweep(true, false).Ask(1)({0.0, 0.0, 0.0}, {0.0, 1.0, 0.0}, right, left));
+}
+
+TEST(GslInPlaneSweepTouches, NoOutputWithoutAContact) {
+  EXPECT_FALSE(GuardedSweep()({1.0, 0.0, 0.0}, {-1.0, 0.0, 0.0}, {9.0, 3.0, 0.0}, {11.0, 3.0, 0.0}))
+      << "aside";
+  EXPECT_FALSE(GuardedSweep()({0.0, 0.0, 0.0}, {0.0, 1.0, 0.0}, {1e-3, 5.0, 0.0}, {1e-3, 3.0, 0.0}))
+      << "on two lines";
+  EXPECT_FALSE(GuardedSweep()({1.0, 0.0, 0.0}, {0.0, 5.0, 0.0}, {0.0, 10.0, 0.0}, {1.0, 15.0, 0.0}))
+      << "running the same way";
+  EXPECT_FALSE(
+      GuardedSweep()({1.0, 0.0, 0.0}, {-1.0, 0.0, 0.0}, {-1.0, -3.0, 0.0}, {1.0, -3.0, 0.0}))
+      << "behind";
+  EXPECT_FALSE(GuardedSweep(false, false, 1.0)({1.0, 0.0, 0.0}, {-1.0, 0.0, 0.0}, {-4.0, 3.0, 0.0},
+                                               {4.0, 3.0, 0.0}))
+      << "no closer";
 }
 
 TEST(GslInPlaneSweep, RunningMinimumOverManyObstaclesEndsAtTheNearest) {

@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <type_traits>
 #include <vector>
 
@@ -445,6 +446,25 @@ TEST(GslLinearEqnLUDSolver, WithoutMemoryFailsUntouchedAndTriesAgain) {
   }
   EXPECT_EQ(s.a.Data(), before);
   EXPECT_TRUE(s.solver.Solve(b.data(), x.data()));
+}
+
+TEST(GslLinearEqnLUDSolver, TakesNoMoreScratchThanItSays) {
+  RandomNumbers random(7);
+  for (const int n :
+       {16, 17, 20, 100, 640, 1023, 1024, 1025, kTestScaleDivisor == 1 ? 1536 : 1100}) {
+    System s(MakeMatrix(MatrixFamily::Random, n, random));
+    std::vector<double> x;
+    const FailingMemory watched(std::numeric_limits<std::size_t>::max());
+    ASSERT_TRUE(s.Solve(std::vector<double>(static_cast<std::size_t>(n), 1.0), x));
+    const auto size = static_cast<std::size_t>(n);
+    const std::size_t most = n <= 16    ? 0
+                             : n < 1024 ? size * size + 89 * size + 25662
+                                        : 268 * size + 102228;
+    const std::size_t pivots = size * sizeof(std::int32_t);
+    EXPECT_LE(watched.LargestAsked(), std::max(most * sizeof(double), pivots)) << n;
+    if (n < 640) continue;
+    EXPECT_GE(2 * watched.LargestAsked(), most * sizeof(double)) << n << ": the bound is too wide";
+  }
 }
 
 TEST(GslLinearEqnLUDSolver, MoreRowsThanRowNumbersFail) {

@@ -210,6 +210,15 @@ TEST(GslMatrix, ConcatenateIsTheFullProductOfTheArgumentAndThis) {
   EXPECT_EQ(product.isIdentity, -1);
 }
 
+TEST(GslMatrix, WritingAnEntryLeavesTheFlagStale) {
+  gsl_Matrix m;
+  m.m[0][1] = 7.0;
+  EXPECT_EQ(m.isIdentity, 1);
+  EXPECT_TRUE(m.IsIdentity()) << "asked of the flag, not of the entries";
+  m.isIdentity = -1;
+  EXPECT_FALSE(m.IsIdentity());
+}
+
 TEST(GslMatrix, ConcatenateLeavesTheFlagUnknownEvenForIdentities) {
   gsl_Matrix m;
   m.Concatenate(gsl_Matrix());

@@ -321,6 +321,20 @@ TEST(GslPointDistance, ToASegmentFromBeyondItsSpanIsToTheNearerEnd) {
   EXPECT_EQ(out.p.uid, segment.Point2().uid);
 }
 
+TEST(GslPointDistance, AFootAtTheEndIsNoEndPoint) {
+  const gsl_Segment segment(gsl_Point(0.0, 0.0, 0.0), gsl_Point(2.0, 0.0, 0.0));
+  OutPoint out;
+  EXPECT_EQ(gsl_Point(2.0, 3.0, 0.0).GetDistance(segment, out.p), 3.0);
+  EXPECT_XYZ(out.p, 2.0, 0.0, 0.0);
+  EXPECT_NE(out.p.uid, segment.Point2().uid);
+  // Within the tolerance of the end the foot counts, and lies beyond it.
+  const double beyond = 2.0 + 0.5 * omi_Singleton<gsl_Util>::Instance().linearTolerance;
+  EXPECT_EQ(gsl_Point(beyond, 3.0, 0.0).GetDistance(segment, out.p), 3.0);
+  EXPECT_GT(out.p.x, 2.0);
+  EXPECT_NEAR(out.p.x, beyond, 1e-15);
+  EXPECT_NE(out.p.uid, segment.Point2().uid);
+}
+
 TEST(GslPointDistance, ToASegmentATieOfTheEndsIsPointTwo) {
   // Only a projection that fails although it lies midway can tie: with a tolerance of NaN it does.
   const ScopedSettings settings;

@@ -143,6 +143,45 @@ TEST(GslSegmentWithLine, SegmentOfExactlyTheToleranceIsMissedFartherFromItsFirst
   EXPECT_TRUE(IsNear(out, 1.5e-6, 0.0, 0.0, 1e-15)) << "written, as beyond an end";
 }
 
+TEST(GslSegmentWithLine, NoLengthAndNoToleranceIsCrossedAtNaN) {
+  const ScopedSettings settings;
+  const gsl_Segment dot = Segment(1, 2, 3, 1, 2, 3);
+  for (const gsl_StLine& line : {LineAcross(1.0), LineAcross(-70.0)}) {
+    settings->linearTolerance = 0.0;
+    gsl_Point out = Sentinel();
+    const gsl_Point before = out;
+    EXPECT_TRUE(dot.Intersect(line, out));
+    EXPECT_TRUE(std::isnan(out.x) && std::isnan(out.y) && std::isnan(out.z));
+    EXPECT_NE(out.uid, before.uid);
+    // The least tolerance makes it degenerate again.
+    settings->linearTolerance = numbers::kDenormal;
+    out = before;
+    EXPECT_FALSE(dot.Intersect(line, out));
+    EXPECT_TRUE(Is(out, before));
+  }
+  // A line without a direction is parallel to it.
+  settings->linearTolerance = 0.0;
+  gsl_Point out = Sentinel();
+  EXPECT_FALSE(dot.Intersect(gsl_StLine(gsl_Point(), gsl_Vector(0.0, 0.0, 0.0)), out));
+  EXPECT_TRUE(IsAt(out, -901.5, 902.25, -903.125));
+}
+
+TEST(GslSegmentWithSegment, NoLengthAndNoToleranceIsCrossedAtNaN) {
+  const ScopedSettings settings;
+  settings->linearTolerance = 0.0;
+  const gsl_Segment dot = Segment(1, 2, 3, 1, 2, 3);
+  const gsl_Segment other = Segment(5, 0, 0, 6, 1, 0);
+  gsl_Point out = Sentinel();
+  EXPECT_TRUE(dot.Intersect(other, out));
+  EXPECT_TRUE(std::isnan(out.x));
+  out = Sentinel();
+  EXPECT_TRUE(other.Intersect(dot, out));
+  EXPECT_TRUE(std::isnan(out.x));
+  gsl_Segment connection;
+  dot.GetDistance(other, connection);
+  EXPECT_TRUE(std::isnan(connection.Length()));
+}
+
 TEST(GslSegmentWithLine, SkewLineLeavesThePointUntouched) {
   gsl_Point out = Sentinel();
   const gsl_Point before = out;

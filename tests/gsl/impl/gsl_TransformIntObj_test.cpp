@@ -160,7 +160,7 @@ TEST(GslTransformIntObj, StaleObjectIsAClearError) {
 
 TEST(GslTransformIntObj, UnknownMemberIsAClearError) {
   gsl_TransformIntObj object(omu_Shortcut(kPath), gsl_Matrix(), "");
-  EXPECT_THROW(object.GetMember("origin"), nex_CommandException);
+  EXPECT_THROW(static_cast<void>(object.GetMember("origin")), nex_CommandException);
   EXPECT_THROW(object.SetMember("origin", omu_PrimTuple()), nex_CommandException);
   EXPECT_THROW(object.DeleteMember("origin"), nex_CommandException);
 }

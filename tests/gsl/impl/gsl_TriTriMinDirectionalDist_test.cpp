@@ -1,5 +1,6 @@
 #include "gsl_TriTriMinDirectionalDist.h"
 
+#include "GuardedMemory.h"
 #include "PointChecks.h"
 #include "ScopedSettings.h"
 
@@ -202,6 +203,97 @@ TEST(GslTriTriMinDirectionalDist, NegativeMarginTightensTheRejection) {
   Sweep sweep(10.0, -8.5);
   EXPECT_FALSE(sweep.Run(Up(0.0), WideDown(2.0)));
   EXPECT_TRUE(sweep.AllUntouched(10.0));
+}
+
+// ---- What is touched, and when
+
+/// A call whose flags and outputs are closed but for what a test opens: nothing may be written.
+struct GuardedSweep {
+  GuardedPair<bool> twoSided;
+  GuardedPair<gsl_Point> contacts{Sentinel(), Sentinel()};
+  GuardedPair<double> distance;
+  double margin = 0.0;
+  gsl_Vector direction = gsl_Vector(0.0, 0.0, 1.0);
+
+  explicit GuardedSweep(bool first = false, bool second = false, double reach = 1e10)
+      : twoSided(first, second), distance(reach, 0.0) {
+    twoSided.CloseBoth();
+    contacts.CloseBoth();
+    distance.KeepAsItIs(0);
+  }
+
+  /// The call may read flag k.
+  GuardedSweep& Ask(int k) {
+    twoSided.KeepAsItIs(k);
+    return *this;
+  }
+
+  bool Run(const Triangle& a, const Triangle& b) {
+    return gsl_TriTriMinDirectionalDist(direction, a.p[0], a.p[1], a.p[2], b.p[0], b.p[1], b.p[2],
+                                        twoSided.Get(), margin, contacts.Get(), *distance.Get());
+  }
+};
+
+/// Edge-on to Z, in the plane x = `x`, above z.
+Triangle EdgeOn(double x, double z) {
+  return {{{x, 0.0, z}, {x, 1.0, z}, {x, 0.0, z + 1.0}}};
+}
+
+const Triangle kFlat = {{{0.0, 0.0, 0.0}, {1.0, 1.0, 0.0}, {3.0, 3.0, 0.0}}};
+
+TEST(GslTriTriMinDirectionalDistTouches, NoFlagAndNoOutputOfADegenerateTriangle) {
+  EXPECT_FALSE(GuardedSweep().Run(kFlat, WideDown(2.0)));
+  EXPECT_FALSE(GuardedSweep().Run(Up(0.0).Reversed(), kFlat));
+  EXPECT_FALSE(GuardedSweep().Run(kFlat, kFlat));
+}
+
+TEST(GslTriTriMinDirectionalDistTouches, TheFlagOfBOnlyAfterThatOfA) {
+  const Triangle wrongA = Up(0.0).Reversed();
+  const Triangle wrongB = WideDown(2.0).Reversed();
+  EXPECT_FALSE(GuardedSweep(false, true).Ask(0).Run(wrongA, wrongB));
+  EXPECT_FALSE(GuardedSweep(false, false).Ask(0).Run(wrongA, WideDown(2.0)));
+  EXPECT_FALSE(GuardedSweep(true, false).Ask(0).Ask(1).Run(wrongA, wrongB));
+}
+
+TEST(GslTriTriMinDirectionalDistTouches, AFlagOnlyOfATriangleThatFacesTheWrongWay) {
+  EXPECT_FALSE(GuardedSweep(true, false).Ask(1).Run(Up(0.0), WideDown(2.0).Reversed()));
+  EXPECT_FALSE(GuardedSweep(true, false).Ask(1).Run(EdgeOn(0.0, 0.0), WideDown(2.0).Reversed()));
+  EXPECT_FALSE(GuardedSweep(false, true).Ask(0).Run(Up(0.0).Reversed(), EdgeOn(0.0, 2.0)));
+  EXPECT_FALSE(GuardedSweep().Run(EdgeOn(0.0, 0.0), EdgeOn(1.0, 2.0))) << "two planes";
+}
+
+TEST(GslTriTriMinDirectionalDistTouches, NoOutputOfATriangleBehindOrOutOfReach) {
+  EXPECT_FALSE(GuardedSweep().Run(Up(0.0), WideDown(-1.0)));
+  EXPECT_FALSE(
+      GuardedSweep(true, true).Ask(0).Ask(1).Run(Up(0.0).Reversed(), WideDown(-1.0).Reversed()));
+  EXPECT_FALSE(GuardedSweep(false, false, 1.0).Run(Up(0.0), WideDown(2.0)));
+}
+
+TEST(GslTriTriMinDirectionalDistTouches, NoOutputWithoutAContact) {
+  const Triangle beside = {{{9.0, 9.0, 2.0}, {9.0, 10.0, 2.0}, {10.0, 9.0, 2.0}}};
+  EXPECT_FALSE(GuardedSweep().Run(Up(0.0), beside));
+  EXPECT_FALSE(GuardedSweep().Run(EdgeOn(-3.0, 0.0), beside));
+  EXPECT_FALSE(GuardedSweep().Run(Up(0.0), EdgeOn(9.0, 2.0)));
+}
+
+TEST(GslTriTriMinDirectionalDistTouches, NoOutputForAnEdgeOnCrossingThatIsNoCloser) {
+  // Edge-on across a corner of the face: edges cross, 2 apart, with the margin letting them be
+  // tried.
+  const Triangle across = {{{-1.0, 0.5, -3.0}, {3.0, 0.5, -3.0}, {0.0, 0.5, -2.0}}};
+  const Triangle face = {{{0.0, 0.0, 0.0}, {0.0, 2.0, 0.0}, {1.0, 0.0, 0.0}}};
+  GuardedSweep sweep(false, false, 1.0);
+  sweep.margin = 10.0;
+  EXPECT_TRUE(sweep.Run(across, face));
+}
+
+TEST(GslTriTriMinDirectionalDistTouches, OnlyTheSecondContactOfFacesThatAreNoCloser) {
+  GuardedSweep sweep(false, false, 1.0);
+  sweep.margin = 10.0;
+  sweep.contacts.KeepAsItIs(0);
+  sweep.contacts.Open(1);
+  EXPECT_TRUE(sweep.Run(Up(0.0), WideDown(2.0)));
+  const gsl_Point& first = sweep.contacts.Get()[0];
+  EXPECT_TRUE(IsAt(sweep.contacts.Get()[1], first.x, first.y, 2.0));
 }
 
 // ---- Faces

@@ -27,7 +27,9 @@ namespace {
 
 /// A vector whose cached length is what the test wants it to be.
 gsl_Vector WithMagnitude(double x, double y, double z, double magnitude) {
-  return gsl_Vector(gsl_arithmetic::Measured3{{x, y, z}, magnitude});
+  gsl_Vector v(x, y, z);
+  v.magnitude = magnitude;
+  return v;
 }
 
 bool SameBits(const gsl_Vector& a, const gsl_Vector& b) {
@@ -47,6 +49,11 @@ TEST(GslVector, IsFourDoublesAndNothingElse) {
   EXPECT_FALSE(std::is_polymorphic<gsl_Vector>::value);
   EXPECT_TRUE(std::is_standard_layout<gsl_Vector>::value);
   EXPECT_TRUE(std::is_trivially_copyable<gsl_Vector>::value);
+}
+
+TEST(GslVector, IsNotMadeFromALengthOfTheCallersOwn) {
+  EXPECT_FALSE((std::is_constructible_v<gsl_Vector, gsl_arithmetic::Measured3>));
+  EXPECT_FALSE((std::is_constructible_v<gsl_Vector, gsl_arithmetic::Coord3, double>));
 }
 
 TEST(GslVector, DefaultIsUnitZNotTheZeroVector) {
@@ -765,8 +772,8 @@ TEST(GslVector, HostileNumbersNeverCrash) {
     }
     a.NormalizedCopy();
     EXPECT_NE(a == b, a != b);
-    a.IsOn(b);
-    a.IsOrthogonal(b);
+    static_cast<void>(a.IsOn(b));
+    static_cast<void>(a.IsOrthogonal(b));
     if (a.SameDirection(b, 1e-6)) {
       EXPECT_TRUE(a.IsParallel(b, 1e-6));
     }

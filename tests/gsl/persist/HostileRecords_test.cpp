@@ -22,6 +22,7 @@
 #include <ctime>
 #include <functional>
 #include <random>
+#include <stdexcept>
 #include <string>
 #include <utility>
 #include <vector>
@@ -217,6 +218,62 @@ TEST_F(HostileRecords, SamplesAreEncodedAndReadAsTheyAre) {
     EXPECT_TRUE(CanRead(c, sample)) << c.name;
     EXPECT_TRUE(CanRead(c, Wrapped(sample), "o")) << c.name;
   }
+}
+
+TEST_F(HostileRecords, RootOfAnyOtherClassIsRefused) {
+  for (const Class& c : Classes()) {
+    for (const Class& other : Classes()) {
+      const bool same = &other == &c;
+      EXPECT_EQ(CanRead(c, RawCopy(other.sample)), same) << other.name << " read as " << c.name;
+    }
+    // A list is known by its collection type, every other class by its type id.
+    for (const unsigned int typeId : {0u, kPointType - 1, kWrapperType, 0x00230001u}) {
+      RawRecords records = RawCopy(c.sample);
+      if (records[0].collection != 0) continue;
+      records[0].typeId = typeId;
+      EXPECT_FALSE(CanRead(c, records)) << c.name << ' ' << typeId;
+    }
+  }
+}
+
+TEST_F(HostileRecords, RecordOfAnotherClassIsNamedWithItsPlace) {
+  const auto message = [](const Class& c, const RawRecords& records) {
+    const std::vector<unsigned char> bytes = RawBytes(records);
+    const cls_RecordStore store = cls_RecordStore::FromBytes(bytes.data(), bytes.size());
+    cls_Load load(store);
+    try {
+      c.read(cls_ReadVisitor(load, 0));
+    } catch (const nex_Exception& e) {
+      return std::string(e.what());
+    }
+    return std::string("nothing");
+  };
+  const auto named = [](const char* name) -> const Class& {
+    for (const Class& c : Classes()) {
+      if (std::string(c.name) == name) return c;
+    }
+    throw std::out_of_range(name);
+  };
+  EXPECT_EQ(message(named("gsl_Point"), RawCopy(named("gsl_BBox").sample)),
+            "Root 0 holds a record of class gsl_BBox, not gsl_Point");
+  EXPECT_EQ(message(named("array of gsl_Dot"), RawCopy(named("array of gsl_Plane").sample)),
+            "Root 0 holds a record of class gsl_PlaneArray, not gsl_DotArray");
+  // The second record of a plane is its point; that of a list or an array is, or leads to, an
+  // entry.
+  const auto changed = [&](const char* name, std::size_t record, unsigned int typeId) {
+    RawRecords records = RawCopy(named(name).sample);
+    records.at(record).typeId = typeId;
+    return message(named(name), records);
+  };
+  EXPECT_EQ(changed("gsl_Plane", 1, kVectorType),
+            "Field \"_point\" of gsl_Plane holds a record of class gsl_Vector, not gsl_Point");
+  EXPECT_EQ(changed("gsl_ModelSegment", 1, kWrapperType),
+            "Field \"point1\" of gsl_ModelSegment holds a record of class 0x7F0F0F0F, not gsl_Dot");
+  EXPECT_EQ(changed("list of gsl_Point", 2, kVectorType),
+            "Entry 1 of root 0 holds a record of class gsl_Vector, not gsl_Point");
+  EXPECT_EQ(changed("array of gsl_Dot", 2, kPointType),
+            "Entry 0 of field \"data_\" of gsl_DotArray holds a record of class gsl_Point, not "
+            "gsl_Dot");
 }
 
 TEST_F(HostileRecords, FieldThatHoldsOrRefersToItsOwnRecordIsRefused) {

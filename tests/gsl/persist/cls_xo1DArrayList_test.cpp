@@ -5,6 +5,9 @@
 
 #include <gtest/gtest.h>
 
+#include <type_traits>
+#include <utility>
+
 namespace {
 
 template <class T>
@@ -109,4 +112,42 @@ TEST(ClsXo1DArrayList, NullAndForeignEntriesAreRefused) {
         });
     EXPECT_THROW(ReadList<gsl_Point>(store), cls_RecordException);
   }
+}
+
+TEST(ClsXo1DArrayList, IteratesOverItsElementsInOrder) {
+  cls_xo1DArrayList<gsl_Point> list;
+  EXPECT_EQ(list.begin(), list.end());
+  list.Append(gsl_Point(1.0, 0.0, 0.0));
+  list.Append(gsl_Point(2.0, 0.0, 0.0));
+  double sum = 0.0;
+  for (const gsl_Point& p : list)
+    sum = 10.0 * sum + p.x;
+  EXPECT_EQ(sum, 12.0);
+}
+
+TEST(ClsXo1DArrayList, MoveTakesTheElementsAndTheIdentityAlong) {
+  using PointList = cls_xo1DArrayList<gsl_Point>;
+  EXPECT_TRUE(std::is_nothrow_move_constructible_v<PointList>);
+  EXPECT_TRUE(std::is_nothrow_move_assignable_v<PointList>);
+  PointList source;
+  source.Append(gsl_Point(1.0, 0.0, 0.0));
+  const gsl_Point* const first = &source[0];
+  const cls_Uid uid = source.Uid();
+  PointList list(std::move(source));
+  EXPECT_EQ(&list[0], first);
+  EXPECT_EQ(list.Uid(), uid);
+  // NOLINTBEGIN(bugprone-use-after-move): what a moved list holds is said.
+  EXPECT_TRUE(source.IsEmpty());
+  EXPECT_NE(source.Uid(), uid);
+  EXPECT_FALSE(source.Uid().IsNull());
+  source.Append(gsl_Point(2.0, 0.0, 0.0));
+  source = std::move(list);
+  EXPECT_EQ(&source[0], first);
+  EXPECT_EQ(source.Count(), 1u);
+  EXPECT_EQ(source.Uid(), uid);
+  EXPECT_TRUE(list.IsEmpty());
+  // NOLINTEND(bugprone-use-after-move)
+  PointList& same = source;
+  source = std::move(same);
+  EXPECT_EQ(source.Count(), 1u);
 }

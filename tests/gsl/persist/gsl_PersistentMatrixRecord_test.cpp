@@ -1,6 +1,7 @@
 #include "gsl_PersistentMatrix.h"
 
 #include "Records.h"
+#include "atr_String.h"
 #include "cls_RecordException.h"
 #include "cls_xp2DArrayDouble.h"
 #include "cow_COW.h"
@@ -8,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <string>
 
 namespace {
 
@@ -143,4 +145,28 @@ TEST(GslPersistentMatrixRecord, EntriesAreFourByFour) {
     EXPECT_THROW(ReadBack<gsl_PersistentMatrix>(WithArray(rows, columns)), cls_RecordException);
   }
   EXPECT_NO_THROW(ReadBack<gsl_PersistentMatrix>(WithArray(4, 4)));
+}
+
+namespace {
+
+/// What reading entries of another size throws: the message, and where.
+std::string Refusal(std::size_t rows, std::size_t columns) {
+  try {
+    ReadBack<gsl_PersistentMatrix>(WithArray(rows, columns));
+  } catch (const cls_RecordException& e) {
+    return std::string(e.Message().CStr()) + " | " + e.SourceName().CStr() + ":" +
+           std::to_string(e.LineNumber());
+  }
+  return "nothing";
+}
+
+} // namespace
+
+TEST(GslPersistentMatrixRecord, WrongSizeIsSaidThroughTheTranslationAndFromAFixedLine) {
+  const char* const format = "A stored transform must have 4 by 4 entries (got %s by %s)";
+  const std::string place = " | generated/module/gsl/persist/gsl_PersistentMatrixRecord:62";
+  EXPECT_EQ(Refusal(3, 4), "A stored transform must have 4 by 4 entries (got 3 by 4)" + place);
+  atr_SetTranslation(format, "%2$s Spalten, %1$s Zeilen statt 4 mal 4");
+  EXPECT_EQ(Refusal(16, 1), "1 Spalten, 16 Zeilen statt 4 mal 4" + place);
+  atr_SetTranslation(format, nullptr);
 }

@@ -5,7 +5,12 @@
 #include "cls_RecordException.h"
 
 #include <gtest/gtest.h>
+
+#include <algorithm>
 #include <limits>
+#include <string>
+#include <type_traits>
+#include <utility>
 
 namespace {
 
@@ -247,4 +252,76 @@ TEST(OmuXoObjVarray, StoredRatioCannotExhaustMemory) {
     EXPECT_EQ(read.Count(), 11u);
     EXPECT_LE(read.Capacity(), 2u << 20);
   }
+}
+
+TEST(OmuXoObjVarray, IteratesOverItsEntriesInOrder) {
+  DotArray array;
+  EXPECT_EQ(array.begin(), array.end());
+  array.Add(new gsl_Dot(1.0, 0.0, 0.0));
+  array.Add(nullptr);
+  array.Add(new gsl_Dot(3.0, 0.0, 0.0));
+  std::string seen;
+  for (gsl_Dot* const dot : array)
+    seen += dot != nullptr ? std::to_string(dot->GetPoint().x) + " " : "null ";
+  EXPECT_EQ(seen, "1.000000 null 3.000000 ");
+  EXPECT_EQ(array.end() - array.begin(), 3);
+  EXPECT_EQ(array.begin()[2], array[2]);
+  EXPECT_EQ(std::count(array.begin(), array.end(), nullptr), 1);
+  const auto isFar = [](const gsl_Dot* dot) { return dot != nullptr && dot->GetPoint().x > 2.0; };
+  EXPECT_EQ(*std::find_if(array.begin(), array.end(), isFar), array[2]);
+}
+
+TEST(OmuXoObjVarray, MoveTakesElementsIdentitiesAndOwnersAlong) {
+  EXPECT_TRUE(std::is_nothrow_move_constructible_v<DotArray>);
+  EXPECT_TRUE(std::is_nothrow_move_assignable_v<DotArray>);
+  EXPECT_FALSE(std::is_copy_constructible_v<DotArray>);
+  const cls_Uid owners[2] = {cls_Uid::AllocateUid(), cls_Uid::AllocateUid()};
+  DotArray source(&owners[0], &owners[1], 8, 1.5);
+  source.Add(new CountedDot());
+  source.Add(new CountedDot());
+  const gsl_Dot* const first = source[0];
+  const cls_Uid uid = source.Uid(), dataUid = source.DataUid();
+
+  DotArray array(std::move(source));
+  EXPECT_EQ(array.Count(), 2u);
+  EXPECT_EQ(array[0], first);
+  EXPECT_EQ(array.GrowthRatio(), 1.5);
+  EXPECT_EQ(array.Uid(), uid);
+  EXPECT_EQ(array.DataUid(), dataUid);
+  EXPECT_EQ(array.FirstOwner(), &owners[0]);
+  EXPECT_EQ(array.SecondOwner(), &owners[1]);
+  EXPECT_EQ(CountedDot::alive, 2);
+  // NOLINTBEGIN(bugprone-use-after-move): what a moved array holds is said.
+  EXPECT_EQ(source.Count(), 0u);
+  EXPECT_NE(source.Uid(), uid);
+  EXPECT_FALSE(source.Uid().IsNull());
+  EXPECT_NE(source.DataUid(), dataUid);
+  EXPECT_EQ(source.FirstOwner(), nullptr);
+  source.Add(new CountedDot());
+  EXPECT_EQ(source.Count(), 1u);
+  // NOLINTEND(bugprone-use-after-move)
+
+  source = std::move(array);
+  EXPECT_EQ(CountedDot::alive, 2) << "what it had is deleted";
+  EXPECT_EQ(source[0], first);
+  EXPECT_EQ(source.Uid(), uid);
+  DotArray& same = source;
+  source = std::move(same);
+  EXPECT_EQ(source.Count(), 2u);
+  EXPECT_EQ(source.Uid(), uid);
+  source.Clear();
+  EXPECT_EQ(CountedDot::alive, 0);
+}
+
+TEST(OmuXoObjVarray, RootOfADerivedClassIsReadAsItsBase) {
+  HostDot dot(7);
+  dot.SetValues(1.0, 2.0, 3.0);
+  const cls_RecordStore store = Written(dot);
+  omi_Singleton<cls_MetadataRegistrar>::Instance().initClassMetadata(&HostDot::InitializeMetadata,
+                                                                     3);
+  const gsl_Dot read = ReadBack<gsl_Dot>(store);
+  EXPECT_EQ(read.GetEntityId(), 7);
+  EXPECT_EQ(read.GetPoint().z, 3.0);
+  EXPECT_EQ(read.Uid(), dot.Uid());
+  EXPECT_THROW(ReadBack<gsl_Point>(store), cls_RecordException) << "derived from another class";
 }

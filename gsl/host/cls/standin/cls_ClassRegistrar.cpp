@@ -77,7 +77,7 @@ void* cls_ClassRegistrar::Create(const cls_ReadVisitor& visitor, unsigned int ty
   if (found == nullptr) Refuse("A record is of an unknown class", __LINE__, visitor.GetUid());
   std::vector<cls_ClassMetadata::Conversion> path;
   if (!FindPath(visitor.TypeId(), typeId, path)) {
-    Refuse("A record is of another class than its place allows", __LINE__, visitor.GetUid());
+    Refuse("A record is of another class than is wanted", __LINE__, visitor.GetUid());
   }
   void* object = found->Adapter().Create(visitor);
   for (const cls_ClassMetadata::Conversion convert : path)

@@ -4,6 +4,7 @@
 #include "cls_MetadataRegistrar.h"
 #include "cls_RecordException.h"
 
+#include <cstdio>
 #include <cstring>
 #include <string>
 
@@ -41,6 +42,16 @@ const char* NameOf(Kind kind) {
   return "nothing known";
 }
 
+/// The name that the class is registered under, or its number.
+std::string ClassName(unsigned int typeId) {
+  const cls_ClassMetadata* const known =
+      omi_Singleton<cls_MetadataRegistrar>::Instance().ClassRegistrar().FindClass(typeId);
+  if (known != nullptr) return known->Name();
+  char number[16];
+  std::snprintf(number, sizeof number, "0x%08X", typeId);
+  return number;
+}
+
 bool HoldsRecord(Kind kind) {
   return kind == Kind::Record || kind == Kind::Object;
 }
@@ -51,19 +62,40 @@ cls_Load::cls_Load(const cls_RecordStore& source) : store(source) {}
 
 cls_Load::~cls_Load() = default;
 
-cls_ReadVisitor::cls_ReadVisitor(cls_Load& owner, Index place, unsigned int level)
-    : load(owner), record(place), depth(level),
-      expected(place != kNone ? owner.store.First(place) : nullptr) {
+cls_ReadVisitor::cls_ReadVisitor(cls_Load& owner, Index index, unsigned int level,
+                                 const Place& where)
+    : load(owner), record(index), depth(level), foundAt(where),
+      expected(index != kNone ? owner.store.First(index) : nullptr) {
   if (depth > kMostNesting) Refuse("Records are nested too deep to read", __LINE__, GetUid());
 }
 
 cls_ReadVisitor::cls_ReadVisitor(cls_Load& owner, std::size_t root)
-    : cls_ReadVisitor(owner, root < owner.store.RootCount() ? owner.store.Root(root) : kNone, 0u) {
+    : cls_ReadVisitor(owner, root < owner.store.RootCount() ? owner.store.Root(root) : kNone, 0u,
+                      Place{kNone, "", root, kNoEntry}) {
   if (record == kNone) Refuse("The store has no such root", __LINE__);
 }
 
 cls_ReadVisitor::cls_ReadVisitor(const cls_ReadVisitor& parent, const cls_FieldHandle& field)
-    : cls_ReadVisitor(parent.load, parent.OwnRecord(parent.Find(field)), parent.depth + 1) {}
+    : cls_ReadVisitor(parent, parent.Find(field)) {}
+
+cls_ReadVisitor::cls_ReadVisitor(const cls_ReadVisitor& parent, const Field* field)
+    : cls_ReadVisitor(parent.load, parent.OwnRecord(field), parent.depth + 1,
+                      parent.PlaceOf(field)) {}
+
+cls_ReadVisitor::Place cls_ReadVisitor::PlaceOf(const Field* field) const {
+  return {record, field != nullptr ? load.store.Name(*field) : "", 0, kNoEntry};
+}
+
+std::string cls_ReadVisitor::DescribePlace() const {
+  std::string where = "root " + std::to_string(foundAt.root);
+  if (foundAt.holder != kNone) {
+    where = std::string("field \"") + foundAt.field + "\" of " +
+            ClassName(load.store.TypeId(foundAt.holder));
+  }
+  if (foundAt.entry != kNoEntry) return "Entry " + std::to_string(foundAt.entry) + " of " + where;
+  where[0] = where[0] == 'r' ? 'R' : 'F';
+  return where;
+}
 
 unsigned int cls_ReadVisitor::TypeId() const {
   return IsAbsent() ? 0 : load.store.TypeId(record);
@@ -138,7 +170,9 @@ void cls_ReadVisitor::CheckTypeId(unsigned int typeId) const {
   const cls_ClassRegistrar& classes =
       omi_Singleton<cls_MetadataRegistrar>::Instance().ClassRegistrar();
   if (!classes.InheritanceCheck(TypeId(), typeId)) {
-    Refuse("A record is of another class than its place allows", __LINE__, GetUid());
+    Refuse(DescribePlace() + " holds a record of class " + ClassName(TypeId()) + ", not " +
+               ClassName(typeId),
+           __LINE__, GetUid());
   }
 }
 
@@ -193,13 +227,16 @@ cls_ListReader* cls_ReadVisitor::GetListReader() const {
 }
 
 cls_ListReader::cls_ListReader(const cls_ReadVisitor& owner)
-    : list(owner), next(owner.IsAbsent() ? nullptr : owner.load.store.First(owner.record)) {}
+    : list(owner), next(owner.IsAbsent() ? nullptr : owner.load.store.First(owner.record)),
+      taken(0) {}
 
 cls_ReadVisitor cls_ListReader::Next() {
   if (next == nullptr) Refuse("A list has no further entry", __LINE__, list.GetUid());
-  const cls_RecordStore::Field* const entry = next;
-  next = list.load.store.Next(*entry);
-  return cls_ReadVisitor(list.load, list.OwnRecord(entry), list.depth + 1);
+  const cls_RecordStore::Field* const field = next;
+  next = list.load.store.Next(*field);
+  cls_ReadVisitor::Place place = list.foundAt;
+  place.entry = taken++;
+  return cls_ReadVisitor(list.load, list.OwnRecord(field), list.depth + 1, place);
 }
 
 void cls_ListReader::RefuseNull() const {

@@ -3,12 +3,25 @@
 #include "cls_ReadVisitor.h"
 #include "cls_WriteVisitor.h"
 
+#include <utility>
+
 cls_xp1DArrayListUint::cls_xp1DArrayListUint() : uid(cls_Uid::AllocateUid()) {}
 
 cls_xp1DArrayListUint::cls_xp1DArrayListUint(const cls_ReadVisitor& visitor)
     : uid(visitor.GetUid()) {
   const cls_RecordStore::UnsignedArray stored = visitor.ReadUnsigneds();
   elements.assign(stored.values, stored.values + stored.count);
+}
+
+cls_xp1DArrayListUint::cls_xp1DArrayListUint(cls_xp1DArrayListUint&& other) noexcept
+    : elements(std::exchange(other.elements, {})),
+      uid(std::exchange(other.uid, cls_Uid::AllocateUid())) {}
+
+cls_xp1DArrayListUint& cls_xp1DArrayListUint::operator=(cls_xp1DArrayListUint&& other) noexcept {
+  if (this == &other) return *this;
+  elements = std::exchange(other.elements, {});
+  uid = std::exchange(other.uid, cls_Uid::AllocateUid());
+  return *this;
 }
 
 void cls_xp1DArrayListUint::DBWrite(const cls_WriteVisitor& visitor) const {

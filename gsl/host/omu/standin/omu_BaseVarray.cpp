@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <limits>
 #include <new>
+#include <utility>
 
 namespace {
 
@@ -38,6 +39,20 @@ omu_BaseVarray::omu_BaseVarray() : omu_BaseVarray(0, kDefaultGrowthRatio) {}
 omu_BaseVarray::omu_BaseVarray(unsigned int initialCapacity, double ratio)
     : entries(nullptr), count(0), capacity(0), growthRatio(ratio) {
   if (initialCapacity != 0 && !Resize(initialCapacity)) throw std::bad_alloc();
+}
+
+omu_BaseVarray::omu_BaseVarray(omu_BaseVarray&& other) noexcept
+    : entries(std::exchange(other.entries, nullptr)), count(std::exchange(other.count, 0)),
+      capacity(std::exchange(other.capacity, 0)), growthRatio(other.growthRatio) {}
+
+omu_BaseVarray& omu_BaseVarray::operator=(omu_BaseVarray&& other) noexcept {
+  if (this == &other) return *this;
+  mem_Free(static_cast<void*>(entries));
+  entries = std::exchange(other.entries, nullptr);
+  count = std::exchange(other.count, 0);
+  capacity = std::exchange(other.capacity, 0);
+  growthRatio = other.growthRatio;
+  return *this;
 }
 
 omu_BaseVarray::~omu_BaseVarray() {

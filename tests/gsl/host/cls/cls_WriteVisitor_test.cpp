@@ -279,5 +279,5 @@ TEST(ClsListWriter, KeepsTheOrderAndTheNullEntries) {
     values += node == nullptr ? " null" : " " + std::to_string(node->value);
   }
   EXPECT_EQ(values, " 1 null 3");
-  EXPECT_THROW(list->ReadObject<TestNode>(), cls_RecordException);
+  EXPECT_THROW(static_cast<void>(list->ReadObject<TestNode>()), cls_RecordException);
 }

@@ -4,6 +4,7 @@
 
 #include <string>
 #include <thread>
+#include <utility>
 
 TEST(Cow1DArray, AppendsAndReads) {
   cow_1DArray<std::string> array;
@@ -41,6 +42,55 @@ TEST(Cow1DArray, ClearLeavesCopiesAlone) {
   array.Clear();
   EXPECT_TRUE(array.IsEmpty());
   EXPECT_EQ(copy[0], "a");
+}
+
+TEST(Cow1DArray, IteratesOverItsElementsInOrder) {
+  cow_1DArray<std::string> array;
+  EXPECT_EQ(array.begin(), array.end());
+  array.Append("a");
+  array.Append("b");
+  std::string all;
+  for (const std::string& text : array)
+    all += text;
+  EXPECT_EQ(all, "ab");
+}
+
+TEST(Cow1DArray, MoveLeavesItsSourceEmpty) {
+  cow_1DArray<std::string> source, array;
+  source.Append("a");
+  array.Append("before");
+  array = std::move(source);
+  EXPECT_EQ(array[0], "a");
+  // NOLINTBEGIN(bugprone-use-after-move): what a moved array holds is said.
+  EXPECT_TRUE(source.IsEmpty());
+  source.Append("again");
+  EXPECT_EQ(source[0], "again");
+  // NOLINTEND(bugprone-use-after-move)
+  cow_1DArray<std::string>& same = array;
+  array = std::move(same);
+  EXPECT_EQ(array[0], "a");
+}
+
+/// Its first copy drops another array, as another thread may at any time.
+struct Dropper {
+  std::string text;
+  cow_1DArray<Dropper>** victim;
+
+  Dropper(const char* t, cow_1DArray<Dropper>** v) : text(t), victim(v) {}
+  Dropper(const Dropper& other) : text(other.text), victim(other.victim) {
+    delete *victim;
+    *victim = nullptr;
+  }
+};
+
+TEST(Cow1DArray, OwnElementIsAppendedAlthoughTheOtherOwnerLetsGo) {
+  cow_1DArray<Dropper>* victim = nullptr;
+  cow_1DArray<Dropper> array;
+  array.Append(Dropper("a text too long to be kept within the string", &victim));
+  victim = new cow_1DArray<Dropper>(array);
+  array.Append(array[0]);
+  EXPECT_EQ(victim, nullptr);
+  EXPECT_EQ(array[1].text, "a text too long to be kept within the string");
 }
 
 TEST(Cow1DArray, CopiesMayBeChangedInDifferentThreads) {

@@ -119,7 +119,7 @@ TEST(OmuPrimTuple, AskingForWhatIsNotThereThrows) {
   EXPECT_THROW(tuple.Number(1), nex_CommandException);
   EXPECT_THROW(tuple.Primitive(0), nex_CommandException);
   EXPECT_THROW(tuple.Number(2), nex_CommandException);
-  EXPECT_THROW(tuple.IsNumber(2), nex_CommandException);
+  EXPECT_THROW(static_cast<void>(tuple.IsNumber(2)), nex_CommandException);
 }
 
 TEST(OmuPrimTuple, TextHasTheFewestDigitsThatReadBack) {

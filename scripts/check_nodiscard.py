@@ -1,0 +1,67 @@
+#!/usr/bin/env python3
+"""Checks that public headers mark with [[nodiscard]] what a caller must not drop.
+
+usage: check_nodiscard.py [ROOT]
+
+That is every answer of type bool, and every pointer to something that is not const: what the operation made,
+or what it handed over.
+"""
+
+import pathlib
+import re
+import sys
+
+HEADERS = ("gsl/include/*.h", "gsl/host/*/*.h")
+# Work with a yes or no beside it, which a caller may not need; pointers that the object keeps.
+MAY_BE_DROPPED = {"Normalize", "Regenerate", "Insert", "Substitute", "atr_SubstituteFormat", "Entry", "Unshared",
+                  "ExtensionObject", "begin", "end"}
+DECLARATION = re.compile(
+    r"^ *(?P<mark>\[\[nodiscard\]\] )?(?:static |virtual |explicit |constexpr |inline |friend |GSL_API |GSL_HOST_API )*"
+    r"(?P<type>bool|[\w:<>, ]+\*) (?P<name>\w+|operator[^\w(]+)\((?P<rest>[^;{]*[;{])?", re.MULTILINE)
+NO_TYPE = {"return", "new", "delete", "else", "throw", "using", "operator"}
+
+
+def without_comments(text):
+    return re.sub(r"//[^\n]*", "", text)
+
+
+def unmarked(text):
+    """Names of the declarations that lack the mark, and the number of those that need it."""
+    missing, count = [], 0
+    for match in DECLARATION.finditer(without_comments(text)):
+        name = match["name"]
+        words = match["type"].replace("*", " ").split()
+        if name in MAY_BE_DROPPED or "const" in words or (words and words[0] in NO_TYPE):
+            continue
+        # The language has no attribute on a friend that is not defined there.
+        if "friend " in match[0] and (match["rest"] or "").endswith(";"):
+            continue
+        count += 1
+        if not match["mark"]:
+            missing.append(name)
+    return missing, count
+
+
+def check(root):
+    root = pathlib.Path(root)
+    problems, total = [], 0
+    for pattern in HEADERS:
+        for header in sorted(root.glob(pattern)):
+            missing, count = unmarked(header.read_text())
+            total += count
+            problems += [f"{header.relative_to(root)}: {name} is not marked [[nodiscard]]" for name in missing]
+    return problems, total
+
+
+def main():
+    root = sys.argv[1] if len(sys.argv) > 1 else pathlib.Path(__file__).resolve().parent.parent
+    problems, count = check(root)
+    if count == 0:
+        problems.append(f"{root}: no declarations found")
+    for problem in problems:
+        print(problem, file=sys.stderr)
+    return 1 if problems else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())

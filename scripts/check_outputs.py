@@ -1,0 +1,94 @@
+#!/usr/bin/env python3
+"""Checks that the test of aliases names every public operation that has an output parameter.
+
+usage: check_outputs.py [ROOT]
+
+An output is a parameter that refers or points to something not const. The test names an operation in a
+comment with the types of its parameters, & and * on the outputs alone:
+
+    // output: gsl_Point::ProjectOn(gsl_StLine, double&)
+
+An operation that the test does not name is an error, and so is a name that no header has.
+"""
+
+import pathlib
+import re
+import sys
+
+HEADERS = "gsl/include"
+TEST = "tests/gsl/aliasing_test.cpp"
+# Handed on, never read beside an input.
+NOT_OUTPUTS = {"aio_ostream", "cls_ClassRegistrar"}
+
+# A scope that opens or closes, a label of access, or something like a call: a declaration or not.
+TOKEN = re.compile(
+    r"(?:(?P<kind>class|struct|namespace) (?:GSL_API )?(?P<scope>\w+)[^;{}()]*)?(?P<brace>[{}])"
+    r"|(?P<access>public|private|protected):"
+    r"|(?P<name>\w+)\((?P<parameters>[^(){};]*)\)")
+PARAMETER = re.compile(r"(const )?([\w:<>]+)( const)?([&*]*)(?: const)?(?: \w+)?(?: = .*)?")
+NAMED = re.compile(r"// output: ([^)]*\))")
+
+
+def plain(text):
+    """The text without comments, with types of one word, and with pointers to arrays as pointers."""
+    text = re.sub(r"//[^\n]*", "", text).replace("unsigned int", "unsigned")
+    return re.sub(r"double \(\*const (\w+)\)\[4\]", r"double* \1", text)
+
+
+def types_of(parameters):
+    """Types without const and names, and whether one of them is an output; None for what is no declaration."""
+    types, has_output = [], False
+    for parameter in parameters.split(","):
+        match = PARAMETER.fullmatch(" ".join(parameter.split()))
+        if not match:
+            return None, False
+        before, base, after, reference = match.groups()
+        # What is moved from is no output of its caller.
+        is_output = reference not in ("", "&&") and not before and not after
+        has_output = has_output or (is_output and base not in NOT_OUTPUTS)
+        types.append(base + (reference if is_output else ""))
+    return ", ".join(types), has_output
+
+
+def operations_of(text):
+    """Every public operation with an output that a header declares: its name and its types."""
+    scopes = []
+    for token in TOKEN.finditer(plain(text)):
+        if token["brace"] == "{":
+            scopes.append([token["scope"], token["kind"] != "class"])
+        elif token["brace"]:
+            scopes.pop()
+        elif token["access"]:
+            scopes[-1][1] = token["access"] == "public"
+        else:
+            types, has_output = types_of(token["parameters"])
+            if has_output and all(public for _, public in scopes):
+                yield "::".join([scope for scope, _ in scopes] + [token["name"]]) + f"({types})"
+
+
+def check(root):
+    root = pathlib.Path(root)
+    declared = {}
+    for header in sorted((root / HEADERS).glob("*.h")):
+        for operation in operations_of(header.read_text()):
+            declared.setdefault(operation, header.name)
+    lines = re.sub(r"\n\s*//(?! output:) *", " ", (root / TEST).read_text())
+    named = [" ".join(name.split()) for name in NAMED.findall(lines)]
+    problems = [f"{HEADERS}/{header}: {TEST} does not name {operation}"
+                for operation, header in declared.items() if operation not in named]
+    problems += [f"{TEST}: no header declares {name}" for name in named if name not in declared]
+    return problems, len(declared)
+
+
+def main():
+    root = sys.argv[1] if len(sys.argv) > 1 else pathlib.Path(__file__).resolve().parent.parent
+    problems, count = check(root)
+    if count == 0:
+        problems.append(f"{root}: no operations with an output found")
+    for problem in problems:
+        print(problem, file=sys.stderr)
+    return 1 if problems else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())

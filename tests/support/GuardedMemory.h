@@ -1,0 +1,55 @@
+#ifndef GUARDED_MEMORY_H
+#define GUARDED_MEMORY_H
+
+#include <cstddef>
+#include <cstdlib>
+#include <new>
+#include <sys/mman.h>
+#include <unistd.h>
+
+/// An array of two T, the first at the end of one page and the second at the start of the next.
+/// Each can be closed or made readable only: a call that touches what it must not then ends the
+/// program.
+template <class T>
+class GuardedPair {
+public:
+  GuardedPair(const T& first, const T& second)
+      : page(static_cast<std::size_t>(sysconf(_SC_PAGESIZE))),
+        pages(static_cast<char*>(
+            mmap(nullptr, 2 * page, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0))) {
+    if (static_cast<void*>(pages) == MAP_FAILED) std::abort();
+    new (Get()) T(first);
+    new (Get() + 1) T(second);
+  }
+  ~GuardedPair() {
+    Open(0);
+    Open(1);
+    Get()[0].~T();
+    Get()[1].~T();
+    munmap(pages, 2 * page);
+  }
+  GuardedPair(const GuardedPair&) = delete;
+  GuardedPair& operator=(const GuardedPair&) = delete;
+
+  T* Get() { return reinterpret_cast<T*>(pages + page) - 1; }
+
+  /// Entry k can be neither read nor written.
+  void Close(int k) { Protect(k, PROT_NONE); }
+  void CloseBoth() {
+    Close(0);
+    Close(1);
+  }
+  /// Entry k can be read only.
+  void KeepAsItIs(int k) { Protect(k, PROT_READ); }
+  void Open(int k) { Protect(k, PROT_READ | PROT_WRITE); }
+
+private:
+  std::size_t page;
+  char* pages;
+
+  void Protect(int k, int access) {
+    if (mprotect(pages + static_cast<std::size_t>(k) * page, page, access) != 0) std::abort();
+  }
+};
+
+#endif

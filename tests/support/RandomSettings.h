@@ -1,0 +1,68 @@
+#ifndef RANDOM_SETTINGS_H
+#define RANDOM_SETTINGS_H
+
+#include "RandomNumbers.h"
+#include "ScopedSettings.h"
+#include "gsl_Vector.h"
+
+#include <cmath>
+#include <cstdio>
+#include <limits>
+#include <string>
+
+/// The library's settings, drawn again for every case of a test against a second implementation:
+/// the defaults; and each 0, 1 (the length of a unit vector) or a neighbour of it, or anything up
+/// to 10.
+class RandomSettings {
+public:
+  explicit RandomSettings(std::uint64_t seed) : random(seed) {}
+
+  void Draw() {
+    const bool usual = random.Chance(0.4);
+    settings->linearTolerance = usual ? 1e-6 : Tolerance(1e-6);
+    settings->zeroTolerance = usual ? 1e-12 : Tolerance(1e-12);
+    settings->cosineTolerance = usual ? 1e-10 : Tolerance(1e-10);
+  }
+
+  /// Now and then changes a component or the magnitude, so that the two do not agree.
+  void MakeStale(gsl_Vector& v) {
+    if (!random.Chance(0.25)) return;
+    if (random.Chance(0.6)) {
+      const auto component = static_cast<unsigned int>(random.Below(3));
+      v[component] = v[component] * Factor();
+    } else {
+      const double odd[] = {0.0,
+                            -1.0,
+                            1e-7,
+                            1e300,
+                            std::numeric_limits<double>::infinity(),
+                            std::numeric_limits<double>::quiet_NaN()};
+      v.magnitude = random.Chance(0.2) ? odd[random.Below(6)] : v.magnitude * Factor();
+    }
+  }
+
+  const gsl_Util& Get() const { return omi_Singleton<gsl_Util>::Instance(); }
+
+  std::string Describe() const {
+    char text[120];
+    std::snprintf(text, sizeof text, "linear %a zero %a cosine %a\n", settings->linearTolerance,
+                  settings->zeroTolerance, settings->cosineTolerance);
+    return text;
+  }
+
+private:
+  ScopedSettings settings;
+  RandomNumbers random;
+
+  double Factor() { return std::pow(10.0, random.In(-3.0, 3.0)); }
+
+  double Tolerance(double usual) {
+    const double special[] = {0.0, 1.0, std::nextafter(1.0, 0.0), std::nextafter(1.0, 2.0)};
+    const double kind = random.Unit();
+    if (kind < 0.3) return usual;
+    if (kind < 0.6) return special[random.Below(4)];
+    return kind < 0.8 ? std::pow(10.0, random.In(-16.0, 1.0)) : random.In(0.0, 10.0);
+  }
+};
+
+#endif
