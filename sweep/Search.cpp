@@ -31,7 +31,17 @@ public:
 
   Coord3 Down(const Coord3& p) const { return {Down(p.x), Down(p.y), Down(p.z)}; }
   double Down(double c) const { return Snapped(DownLength(c)); }
-  double DownLength(double length) const { return std::ldexp(length, -m_exponent); }
+
+  /// The greatest scaled length that Up() reports as at most `length`.
+  double DownLimit(double length) const {
+    const double limit = DownLength(length);
+    // Subnormal lengths round up or down by as much as half the least double.
+    const double beyond = limit + std::ldexp(0.5, -1074 - m_exponent);
+    for (const double candidate : {beyond, std::nextafter(beyond, 0.0)}) {
+      if (std::ldexp(candidate, m_exponent) <= length) return candidate;
+    }
+    return limit;
+  }
 
   double Up(double c) const {
     const double result = std::ldexp(c, m_exponent);
@@ -41,6 +51,8 @@ public:
   Coord3 Up(const Coord3& p) const { return {Up(p.x), Up(p.y), Up(p.z)}; }
 
 private:
+  double DownLength(double length) const { return std::ldexp(length, -m_exponent); }
+
   static double Snapped(double c) {
     constexpr double round = 0x1.8p-287; // one unit in its last place is 2^-339
     return std::fabs(c) < 0x1p-288 ? (c + round) - round : c;
@@ -547,7 +559,7 @@ SweepAnswer Sweep(const Mesh& moving, const Mesh& fixed, const SweepQuestion& qu
   std::optional<ShadowTree> fixedTree;
   PlantTrees(question.threads, movingBody, fixedBody, frame, movingTree, fixedTree);
   ContactSearch search(direction, frame, movingBody, fixedBody, *movingTree, *fixedTree,
-                       scale.DownLength(question.maxDistance));
+                       scale.DownLimit(question.maxDistance));
   search.Run(question.threads, question.progress);
   if (search.TouchesAtStart()) {
     const auto pair =

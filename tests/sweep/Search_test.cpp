@@ -200,6 +200,25 @@ TEST(Search, GreatestDistanceIsClosed) {
   EXPECT_EQ(Ask(fixed, fixed, down, 0.0).status, SweepStatus::Start);
 }
 
+TEST(Search, GreatestDistanceIsComparedWithASubnormalTravelAsItIsTold) {
+  // Two units of the least double down and one aside: the root of five, which rounds to two.
+  const double least = std::numeric_limits<double>::denorm_min();
+  const auto point = [](double x, double z) {
+    Mesh mesh;
+    AddTriangle(mesh, {x, 0.0, z}, {x, 0.0, z}, {x, 0.0, z});
+    return mesh;
+  };
+  const Mesh moving = point(-least, 2.0 * least);
+  const Mesh fixed = point(0.0, 0.0);
+  const Coord3 d{1.0, 0.0, -2.0};
+  EXPECT_EQ(Ask(moving, fixed, d).travel, 2.0 * least);
+  EXPECT_EQ(Ask(moving, fixed, d, 2.0 * least).status, SweepStatus::Contact);
+  EXPECT_EQ(Ask(moving, fixed, d, least).status, SweepStatus::None);
+  // Of one unit each way the root of two rounds to one.
+  EXPECT_EQ(Ask(point(-least, least), fixed, {1.0, 0.0, -1.0}, least).status, SweepStatus::Contact);
+  EXPECT_EQ(Ask(point(-least, least), fixed, {1.0, 0.0, -1.0}, 0.0).status, SweepStatus::None);
+}
+
 TEST(Search, DirectionNeedNotBeUnit) {
   const Mesh fixed = Box({0.0, 0.0, 0.0}, {1.0, 1.0, 1.0});
   const Mesh moving = Moved(fixed, {-6.0, 0.0, 8.0});
