@@ -11,7 +11,7 @@ packages_of() {
     # Building and running every test.
     test)
       echo g++ cmake ninja-build python3 \
-        libgtest-dev libgmock-dev librapidcheck-dev \
+        libgtest-dev libgmock-dev librapidcheck-dev libgmp-dev \
         libfast-float-dev libtinyobjloader-dev libassimp-dev libcli11-dev nlohmann-json3-dev
       ;;
     # The second compiler, formatting, lint, sanitizers, fuzzing, coverage.
