@@ -88,6 +88,7 @@ public:
   void EndsOfRange();
   void SignedZeros();
   void CrowdedStart();
+  void LateStart();
   void CrowdedTies();
   void NotFinite();
   void Pegs();
@@ -178,6 +179,7 @@ private:
   Scene m_scene;
   Mesh m_moving, m_fixed;
   Coord3 m_direction{0.0, 0.0, -1.0};
+  bool m_keepsNumbers = false;
 };
 
 template <class Change>
@@ -317,7 +319,7 @@ void SceneMaker::FlipZeros(Mesh& mesh) {
 }
 
 void SceneMaker::Disturb() {
-  Renumber();
+  if (!m_keepsNumbers) Renumber();
   Mesh& either = EitherBody();
   if (Chance(0.1)) Nudge(either, Between(1, 6));
   if (Chance(0.1)) Duplicate(either, Between(1, 4));
@@ -622,8 +624,10 @@ void SceneMaker::TinyGaps() {
 void SceneMaker::TinyComponents() {
   SomeBasicFamily();
   if (Chance(0.7)) m_direction = AxisDirection();
-  const double tiny[] = {1e-300,  0x1p-289, 0x1p-288, 0x1p-287,  0x1p-340, 1e-160, 1e-30, 0x1p-60,
-                         0x1p-53, 0x1p-52,  5e-324,   0x1p-1022, 0x1p-339, 1e-100, 1e-12, 0x1p-26};
+  const double tiny[] = {
+      1e-300,  0x1p-289, 0x1p-288,   0x1p-287,   0x1p-340,          1e-160,   1e-30,
+      0x1p-60, 0x1p-53,  0x1p-52,    5e-324,     0x1p-1022,         0x1p-339, 1e-100,
+      1e-12,   0x1p-26,  0x1.8p-338, 0x1.8p-337, 0x1.000000001p-289};
   for (int k = 0; k < 3; ++k) {
     double& c = Component(m_direction, k);
     if (c != 0.0 || Chance(0.2)) continue;
@@ -706,7 +710,8 @@ void SceneMaker::StrayVertices() {
   for (int k = Between(1, 3); k > 0; --k) {
     Mesh& mesh = EitherBody();
     const double sign = Sign();
-    const double far = std::ldexp(sign, Chance(0.5) ? 100 : Between(20, 280));
+    const int exponents[4] = {100, Between(20, 280), Between(280, 300), Between(300, 345)};
+    const double far = std::ldexp(sign, exponents[Below(4)]);
     auto& p = mesh.corners[static_cast<std::size_t>(Below(static_cast<int>(mesh.corners.size())))];
     if (Chance(0.4)) {
       Component(p, Below(3)) = far;
@@ -952,7 +957,12 @@ void SceneMaker::EndsOfRange() {
   } else {
     ScaleBodies(Between(-1074, -1040));
   }
-  if (Chance(0.5)) ScaleDirection(Chance(0.5) ? 1020 : -1060);
+  if (Chance(0.5)) {
+    std::frexp(
+        std::max({std::fabs(m_direction.x), std::fabs(m_direction.y), std::fabs(m_direction.z)}),
+        &exponent);
+    ScaleDirection(Chance(0.5) ? 1024 - exponent : -1060);
+  }
   if (m_direction.x == 0.0 && m_direction.y == 0.0 && m_direction.z == 0.0) m_direction.x = 5e-324;
 }
 
@@ -972,6 +982,35 @@ void SceneMaker::CrowdedStart() {
   if (Chance(0.5)) Append(m_moving, Moved(SoupOf(count / 2, 1.0, 0.3), {20.0, 0.0, 0.0}));
   Shuffle(m_moving);
   Shuffle(m_fixed);
+}
+
+/// Touching from the start, where the triangles that say so come at different pains: some after
+/// many that all but touch, some at once. Whoever shares the work must not mix up their numbers.
+void SceneMaker::LateStart() {
+  m_keepsNumbers = true;
+  m_direction = LatticeDirection();
+  // A crowd of needles that crosses the plane z = 0 inside of the unit square.
+  const int crowd = Between(60, 200);
+  for (int k = 0; k < crowd; ++k) {
+    const Coord3 p{In(0.0, 1.0), In(0.0, 1.0), -1.0};
+    AddTriangle(m_fixed, p, {p.x, p.y, 1.0}, {p.x + 0x1p-20, p.y, 1.0});
+  }
+  AddTriangle(m_fixed, {9.0, 9.0, 0.0}, {9.5, 9.0, 0.0}, {9.0, 9.5, 0.0});
+  const int block = 16 << Below(3);
+  const int count = block * Between(1, 3);
+  const int first = Below(2) * (block - 1) + Below(2);
+  for (int k = 0; k < count; ++k) {
+    if (k < first || (k != first && Chance(0.9))) {
+      // Level, around the crowd with its extents, beside it with its longest edge.
+      const double reach = Between(3, 9);
+      AddTriangle(m_moving, {-reach, -reach, 0.0}, {reach - 1.0, -reach, 0.0},
+                  {-reach, reach - 1.0, 0.0});
+    } else if (k == first || Chance(0.5)) {
+      AddTriangle(m_moving, {9.125, 9.125, 0.0}, {9.25, 9.125, 3.0}, {9.125, 9.25, 3.0});
+    } else {
+      AddTriangle(m_moving, {-4.0, -4.0, 0.0}, {9.0, -4.0, 0.0}, {-4.0, 9.0, 0.0});
+    }
+  }
 }
 
 /// Many places that are reached at once, or all but at once.
@@ -1091,6 +1130,7 @@ const Family families[] = {
     {"not_finite", &SceneMaker::NotFinite},
     {"pegs", &SceneMaker::Pegs},
     {"bowls", &SceneMaker::Bowls},
+    {"late_start", &SceneMaker::LateStart},
 };
 
 void Write(std::string& text, const Coord3& p) {
@@ -1121,7 +1161,9 @@ const char* FamilyName(std::size_t family) {
 }
 
 Scene MakeScene(std::size_t family, std::uint64_t seed) {
-  SceneMaker maker(seed * FamilyCount() + family);
+  // Another family leaves the scenes of the others as they are.
+  constexpr std::uint64_t mostFamilies = 64;
+  SceneMaker maker(seed * mostFamilies + family);
   (maker.*families[family].make)();
   maker.Disturb();
   return maker.Finish(std::string(FamilyName(family)) + " " + std::to_string(seed));
