@@ -2,6 +2,7 @@
 
 #include "RandomNumbers.h"
 #include "SweepScenes.h"
+#include "TestScale.h"
 #include "oracle/PairSweepOracle.h"
 
 #include <gtest/gtest.h>
@@ -96,7 +97,7 @@ TEST(RationalSweepPair, DegenerateTrianglesAreSegmentsAndPoints) {
 TEST(RationalSweepPair, AgreesWithTheProgrammeInSixWeights) {
   RandomNumbers random(77);
   int met = 0;
-  for (int round = 0; round < 3000; ++round) {
+  for (int round = 0; round < Scaled(3000); ++round) {
     const int reach = 1 + round % 5;
     oracle::IntTriangle a{};
     oracle::IntTriangle b{};
@@ -125,7 +126,7 @@ TEST(RationalSweepPair, AgreesWithTheProgrammeInSixWeights) {
     ASSERT_EQ(actual->first, ratio(expected->low)) << round;
     ASSERT_EQ(actual->last, ratio(expected->high)) << round;
   }
-  EXPECT_GT(met, 1000);
+  EXPECT_GT(met, Scaled(1000));
 }
 
 void ExpectMeeting(const WholeTriangle& moving, const WholeTriangle& fixed, Kind kind,
@@ -290,7 +291,7 @@ TEST(RationalJudge, DecidesUponCoordinatesRoundedFarBelowTheLargest) {
 
 TEST(RationalJudge, ExtentsLeaveOutNothing) {
   for (std::size_t family = 0; family < FamilyCount(); ++family) {
-    for (std::uint64_t seed = 500; seed < 503; ++seed) {
+    for (std::uint64_t seed = 500; seed < 501 + Scaled(40) / 20; ++seed) {
       const Scene scene = MakeScene(family, seed);
       if (scene.question.moving.size() * scene.question.fixed.size() > 9 * 2000) continue;
       const Verdict expected = JudgeEveryPair(scene.question);
