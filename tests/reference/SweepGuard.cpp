@@ -95,6 +95,8 @@ public:
 
   /// Empty when all is right. `limited` when a limit keeps the contact out of reach.
   std::string Run(bool limited) {
+    CheckFinite();
+    if (!m_complaint.empty()) return m_complaint;
     CheckBodies();
     CheckDirection();
     if (limited || m_verdict.outcome == Outcome::None) {
@@ -117,6 +119,17 @@ public:
 
 private:
   void Complain(const std::string& what) { m_complaint += what + "\n"; }
+
+  /// A rational cannot be made of anything else.
+  void CheckFinite() {
+    const double told[] = {m_told.travel,         m_told.direction.x,    m_told.direction.y,
+                           m_told.direction.z,    m_told.moving.point.x, m_told.moving.point.y,
+                           m_told.moving.point.z, m_told.fixed.point.x,  m_told.fixed.point.y,
+                           m_told.fixed.point.z};
+    for (const double c : told) {
+      if (!std::isfinite(c)) return Complain("a number that is not finite");
+    }
+  }
 
   void CheckBodies() {
     const gsl_sweep::SweptBody* bodies[2] = {&m_told.moving, &m_told.fixed};

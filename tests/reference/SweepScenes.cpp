@@ -996,19 +996,31 @@ void SceneMaker::LateStart() {
     AddTriangle(m_fixed, p, {p.x, p.y, 1.0}, {p.x + 0x1p-20, p.y, 1.0});
   }
   AddTriangle(m_fixed, {9.0, 9.0, 0.0}, {9.5, 9.0, 0.0}, {9.0, 9.5, 0.0});
+  // Level, around the crowd with its extents, beside it with its longest edge.
+  const auto addBeside = [this] {
+    const double reach = Between(3, 9);
+    AddTriangle(m_moving, {-reach, -reach, 0.0}, {reach - 1.0, -reach, 0.0},
+                {-reach, reach - 1.0, 0.0});
+  };
+  const auto addAtOnce = [this] {
+    AddTriangle(m_moving, {9.125, 9.125, 0.0}, {9.25, 9.125, 3.0}, {9.125, 9.25, 3.0});
+  };
+  // Through the whole crowd, so that the first needle is known last.
+  const auto addThrough = [this] {
+    AddTriangle(m_moving, {-4.0, -4.0, 0.0}, {9.0, -4.0, 0.0}, {-4.0, 9.0, 0.0});
+  };
   const int block = 16 << Below(3);
-  const int count = block * Between(1, 3);
-  const int first = Below(2) * (block - 1) + Below(2);
+  const int count = block * Between(1, 3) + 1;
+  const bool isLate = Chance(0.5);
+  const int first = block * Below(2) - (isLate ? Below(2) : 0);
   for (int k = 0; k < count; ++k) {
-    if (k < first || (k != first && Chance(0.9))) {
-      // Level, around the crowd with its extents, beside it with its longest edge.
-      const double reach = Between(3, 9);
-      AddTriangle(m_moving, {-reach, -reach, 0.0}, {reach - 1.0, -reach, 0.0},
-                  {-reach, reach - 1.0, 0.0});
-    } else if (k == first || Chance(0.5)) {
-      AddTriangle(m_moving, {9.125, 9.125, 0.0}, {9.25, 9.125, 3.0}, {9.125, 9.25, 3.0});
+    const bool misses = isLate ? k < first || (k > first && Chance(0.9)) : k % block != 0;
+    if (misses) {
+      addBeside();
+    } else if (isLate && (k <= first || Chance(0.5))) {
+      addAtOnce();
     } else {
-      AddTriangle(m_moving, {-4.0, -4.0, 0.0}, {9.0, -4.0, 0.0}, {-4.0, 9.0, 0.0});
+      addThrough();
     }
   }
 }
