@@ -19,7 +19,7 @@ packages_of() {
     # Building and running every test.
     test)
       echo "$(packages_of build)" python3 libgtest-dev libgmock-dev librapidcheck-dev \
-        python3-jsonschema help2man
+        libgmp-dev python3-jsonschema help2man
       ;;
     # The second compiler, formatting, lint, sanitizers, fuzzing, coverage, consumers.
     check)

@@ -1,0 +1,49 @@
+#include "SweepGuard.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+
+/// Judges the sweep on as many scenes as are asked for, and prints what they showed.
+///
+/// usage: sweep_guard COUNT [SEED [FAMILY]]
+///
+/// Exit status 1 when an answer is wrong.
+int main(int argc, char** argv) {
+  using namespace reference;
+  const std::size_t count = argc > 1 ? std::strtoull(argv[1], nullptr, 10) : 0;
+  if (count == 0) {
+    std::fprintf(stderr, "usage: sweep_guard COUNT [SEED [FAMILY]]\n");
+    return 2;
+  }
+  const std::uint64_t first = argc > 2 ? std::strtoull(argv[2], nullptr, 10) : 1000000;
+  std::size_t wrong = 0;
+  Tally all;
+  std::printf("%-18s %6s %8s %6s %6s %5s %6s %7s %8s  by kind\n", "", "scenes", "contact", "start",
+              "none", "tied", "single", "limited", "overflow");
+  const auto print = [](const char* name, const Tally& t) {
+    std::printf("%-18s %6zu %8zu %6zu %6zu %5zu %6zu %7zu %8zu ", name, t.scenes, t.contacts,
+                t.starts, t.nones, t.tied, t.single, t.limited, t.overflows);
+    for (const std::size_t kind : t.kinds)
+      std::printf(" %zu", kind);
+    std::printf("\n");
+    std::fflush(stdout);
+  };
+  for (std::size_t family = 0; family < FamilyCount(); ++family) {
+    if (argc > 3 && std::string(argv[3]) != FamilyName(family)) continue;
+    Tally tally;
+    const std::size_t ofFamily = (count + FamilyCount() - 1) / FamilyCount();
+    for (std::size_t k = 0; k < ofFamily; ++k) {
+      const Scene scene = MakeScene(family, first + k);
+      const std::string complaint = Complaint(scene, tally);
+      if (complaint.empty()) continue;
+      ++wrong;
+      if (wrong <= 3) std::fprintf(stderr, "%s%s", complaint.c_str(), Describe(scene).c_str());
+    }
+    print(FamilyName(family), tally);
+    all.Add(tally);
+  }
+  print("all", all);
+  if (wrong > 0) std::fprintf(stderr, "%zu answers are wrong\n", wrong);
+  return wrong == 0 ? 0 : 1;
+}
