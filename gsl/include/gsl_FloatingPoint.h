@@ -14,13 +14,13 @@
 namespace gsl_floating_point {
 
 /// Upward, the first sum is above 1; downward and towards zero, the difference is below.
-static inline bool RoundsToNearest() {
+[[nodiscard]] static inline bool RoundsToNearest() {
   const volatile double one = 1.0, half = 0x1p-53, quarter = 0x1p-55;
   return one + half == 1.0 && one - quarter == 1.0;
 }
 
 /// Both the product and the comparison would count a subnormal number as zero.
-static inline bool KeepsSubnormals() {
+[[nodiscard]] static inline bool KeepsSubnormals() {
   const volatile double smallestNormal = 0x1p-1022, half = 0.5;
   return smallestNormal * half != 0.0;
 }
@@ -34,7 +34,7 @@ static inline double LocalDot(gsl_arithmetic::Coord3 a, gsl_arithmetic::Coord3 b
 /// (1 + 2^-30)^2 = 1 + 2^-29 + 2^-60, whose last term a product loses when it is rounded. Every
 /// row takes the rounded product away again: 0 when each operation rounds, 2^-60 when the one that
 /// makes the square is fused. Each of the three products is the square once.
-static inline bool RoundsProducts() {
+[[nodiscard]] static inline bool RoundsProducts() {
   const volatile double h = 1.0 + 0x1p-30, k = 1.0 + 0x1p-29, minus = -1.0, zero = 0.0;
   const gsl_arithmetic::Coord3 rows[3][2] = {{{h, minus, zero}, {h, k, zero}},
                                              {{minus, h, zero}, {k, h, zero}},
@@ -47,7 +47,7 @@ static inline bool RoundsProducts() {
 }
 
 /// 1 is lost beside 2^60, unless the sum is never formed or has more bits than a double.
-static inline bool KeepsOrderOfSums() {
+[[nodiscard]] static inline bool KeepsOrderOfSums() {
   const volatile double small = 1.0, large = 0x1p60;
   const double x = small, y = large;
   return (x + y) - y == 0.0;
@@ -55,7 +55,7 @@ static inline bool KeepsOrderOfSums() {
 
 /// 49 * (1 / 49) is below 1. A compiler that may divides once for several divisions by one number,
 /// and not at all by a number that it knows.
-static inline bool Divides() {
+[[nodiscard]] static inline bool Divides() {
   const volatile double numerators[] = {49.0, 98.0, 196.0}, divisor = 49.0;
   const double d = divisor;
   // Stored before any is looked at: a comparison in between would keep the divisions apart.
@@ -65,7 +65,7 @@ static inline bool Divides() {
 }
 
 /// -0.0 + 0.0 is +0.0; a compiler leaves the sum out only where signs of zero do not matter to it.
-static inline bool KeepsSignsOfZero() {
+[[nodiscard]] static inline bool KeepsSignsOfZero() {
   const volatile double minusZero = -0.0;
   const double sum = minusZero + 0.0;
   std::uint64_t bits = 0;
@@ -73,7 +73,7 @@ static inline bool KeepsSignsOfZero() {
   return bits == 0;
 }
 
-static inline bool HonoursNaN() {
+[[nodiscard]] static inline bool HonoursNaN() {
   const volatile double zero = 0.0;
   const double nan = zero / zero;
   return nan != nan;

