@@ -5,7 +5,7 @@
 
 namespace gsl_sweep {
 
-/// Closes a file when it is destroyed. A negative descriptor stands for none.
+/// Closes a file when it is destroyed. A negative descriptor means no file.
 class FileDescriptor {
 public:
   explicit FileDescriptor(int value) : m_value(value) {}
@@ -20,7 +20,7 @@ public:
     m_value = -1;
   }
 
-  /// Gives the descriptor away; it is not closed here any more.
+  /// Returns the descriptor, which this object then no longer closes.
   int Release() {
     const int value = m_value;
     m_value = -1;

@@ -14,7 +14,7 @@ bool IsOneOf(std::string_view extension, std::initializer_list<std::string_view>
   return std::find(names.begin(), names.end(), extension) != names.end();
 }
 
-/// The header of a STEP file says by which schema the rest is to be read.
+/// The header of a STEP file names the schema of the rest of the file.
 bool IsBuildingModel(std::string_view bytes) {
   const std::string_view header = bytes.substr(0, bytes.find("ENDSEC"));
   const std::size_t schema = header.find("FILE_SCHEMA");
@@ -28,8 +28,8 @@ bool IsStep(std::string_view bytes, std::string_view extension) {
   return (begins || IsOneOf(extension, {"step", "stp", "p21"})) && !IsBuildingModel(text);
 }
 
-/// Records of 80 characters, of which column 73 names the section, here the first, and the last
-/// seven hold the number of the record.
+/// IGES has records of 80 characters. Column 73 names the section, here the first section, and the
+/// last seven columns hold the number of the record.
 bool BeginsAsIges(std::string_view bytes) {
   constexpr std::size_t sectionColumn = 72;
   constexpr std::size_t recordSize = 80;
@@ -44,7 +44,7 @@ bool IsTextCharacter(char c) {
   return IsSpace(c) || (c >= ' ' && c <= '~');
 }
 
-/// True when the bytes from `first` on, every other one, are zero and the others text.
+/// True when every other byte from `first` on is zero and the bytes between are text.
 bool HasZerosBetween(std::string_view bytes, std::size_t first) {
   constexpr std::size_t least = 8;
   constexpr std::size_t enough = 64;

@@ -16,17 +16,17 @@ enum class MeshFormat {
   Unknown
 };
 
-/// The format that is read and written here and has this name, which is also its extension: "stl",
-/// "ply", "obj" or "off", in any case. Unknown for any other name.
+/// Returns the format with this name, which is also its extension: "stl", "ply", "obj" or "off", in
+/// upper or lower case. Returns Unknown for any other name.
 MeshFormat MeshFormatNamed(std::string_view name);
 
-/// "stl", "ply", "obj" or "off"; empty for a format that is not read here.
+/// Returns "stl", "ply", "obj" or "off"; empty for a format that has no reader of ours.
 std::string_view NameOf(MeshFormat format);
 
-/// The names in a sentence, each after `prefix`: with "." it is ".stl, .ply, .obj or .off".
+/// Returns the names for a sentence, each after `prefix`: ".stl, .ply, .obj or .off" with ".".
 std::string MeshFormatNames(std::string_view prefix);
 
-/// The part of a file name after its last dot, in lower case; empty without a dot.
+/// Returns the part of a file name after its last dot, in lower case; empty without a dot.
 std::string ExtensionOf(const std::string& path);
 
 } // namespace gsl_sweep

@@ -29,8 +29,8 @@ namespace protocol = import_protocol;
 
 const char* const programName = "gsl-mesh-import";
 
-/// The end of a pipe that the answer comes from, and the program; both are gone when it is
-/// destroyed.
+/// The end of the pipe that the result comes from, and the program. The destructor closes the pipe
+/// and ends the program.
 class ImportProcess {
 public:
   ImportProcess(int pipeEnd, pid_t process, std::chrono::milliseconds time)
@@ -68,7 +68,7 @@ public:
 
   bool IsOutOfTime() const { return m_outOfTime; }
 
-  /// How the process ended, in words.
+  /// Returns how the process ended, in words.
   std::string Wait() {
     int status = 0;
     pid_t ended = 0;
@@ -84,9 +84,9 @@ public:
 private:
   using Clock = std::chrono::steady_clock;
 
-  /// False when the time is up; true when there is something to read, if only the end.
+  /// False when the time is up; true when there is data to read, or the end of the data.
   bool WaitForData() {
-    constexpr std::int64_t longest = 1000; // milliseconds; the clock is looked at again
+    constexpr std::int64_t longest = 1000; // milliseconds; then the clock is read again
     for (;;) {
       const auto left = std::chrono::ceil<std::chrono::milliseconds>(m_end - Clock::now()).count();
       if (left <= 0) {
@@ -96,7 +96,7 @@ private:
       pollfd waited{m_pipe, POLLIN, 0};
       const int ready = poll(&waited, 1, static_cast<int>(std::min(left, longest)));
       if (ready > 0) return true;
-      if (ready < 0 && errno != EINTR) return true; // reading finds out what is wrong
+      if (ready < 0 && errno != EINTR) return true; // the read reports what is wrong
     }
   }
 
@@ -106,8 +106,8 @@ private:
   bool m_outOfTime = false;
 };
 
-/// A copy of a descriptor that none of those of the new process can fall on: it would be closed
-/// there when the caller has closed its own standard streams.
+/// Returns a copy of a descriptor above all descriptors that the new process uses. The low
+/// descriptor would be closed there if the caller has closed its own standard streams.
 FileDescriptor MovedUp(const FileDescriptor& low) {
   return FileDescriptor(fcntl(low.Get(), F_DUPFD_CLOEXEC, protocol::answerDescriptor + 1));
 }
@@ -126,7 +126,7 @@ public:
     posix_spawn_file_actions_addclosefrom_np(&m_actions, protocol::answerDescriptor + 1);
 #endif
 #endif
-    // What the caller's thread has blocked would stay so.
+    // Signals that the caller's thread blocks would stay blocked.
     sigset_t signals;
     sigemptyset(&signals);
     posix_spawnattr_setsigmask(&m_attributes, &signals);
@@ -139,7 +139,7 @@ public:
     posix_spawn_file_actions_destroy(&m_actions);
   }
 
-  /// The error, or 0.
+  /// Returns the error, or 0.
   int Start(pid_t& process, std::vector<std::string> arguments) const {
     std::vector<char*> pointers;
     pointers.reserve(arguments.size() + 1);

@@ -31,7 +31,7 @@ void Send(const void* data, std::size_t size) {
   while (size > 0) {
     const ssize_t written = write(protocol::answerDescriptor, next, size);
     if (written < 0 && errno == EINTR) continue;
-    if (written <= 0) std::_Exit(1); // nobody listens any more
+    if (written <= 0) std::_Exit(1); // no process reads any more
     next += written;
     size -= static_cast<std::size_t>(written);
   }
@@ -61,7 +61,7 @@ std::uint64_t MappedBytes() {
   return pages * static_cast<std::uint64_t>(sysconf(_SC_PAGESIZE));
 }
 
-/// Sanitizers map more than any machine has; what they map is no measure.
+/// Sanitizers map more memory than any machine has, so no limit can be computed from it.
 void LimitMemory(std::uint64_t bytes) {
   const std::uint64_t mapped = MappedBytes();
   if (bytes == 0 || mapped > MemoryOfMachine()) return;
@@ -69,10 +69,11 @@ void LimitMemory(std::uint64_t bytes) {
   setrlimit(RLIMIT_AS, &limit);
 }
 
-/// An importer that goes astray leaves no core behind and does not outlive its caller.
+/// An importer that fails leaves no core file and does not outlive its caller.
 void Confine(std::uint64_t memory, std::uint64_t caller) {
   prctl(PR_SET_PDEATHSIG, SIGKILL);
-  if (static_cast<std::uint64_t>(getppid()) != caller) std::_Exit(1); // it ended before that
+  if (static_cast<std::uint64_t>(getppid()) != caller)
+    std::_Exit(1); // the caller ended before the prctl
   const rlimit noCore{0, 0};
   setrlimit(RLIMIT_CORE, &noCore);
   LimitMemory(memory);
@@ -114,7 +115,7 @@ int RunMeshImporter(int argc, const char* const* argv, MeshReader read) {
   }
   Send(error);
   if (error.empty()) Send(mesh);
-  // What an importer left behind is not worth the risk of taking it apart.
+  // Destructors could crash on what a damaged file left in memory.
   std::_Exit(0);
 }
 

@@ -9,8 +9,8 @@ namespace gsl_sweep {
 
 using MeshReader = Mesh (*)(const std::string& path);
 
-/// The main function of an import program, whose caller is ImportMesh: keeps the process within its
-/// limits, reads the mesh and sends it, or the error. Returns the exit status.
+/// The main function of an import program, which ImportMesh starts. It sets the limits of the
+/// process, reads the mesh, and sends the mesh or the error. Returns the exit status.
 int RunMeshImporter(int argc, const char* const* argv, MeshReader read);
 
 } // namespace gsl_sweep

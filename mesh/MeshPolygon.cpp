@@ -24,8 +24,8 @@ double LargestCoordinate(const Coord3* ring, std::size_t count) {
   return largest;
 }
 
-/// Twice the area vector of the ring (Newell), from differences so that a far place costs no
-/// digits.
+/// Twice the area vector of the ring (Newell). It is computed from differences, so that a ring far
+/// from the origin loses no digits.
 Coord3 NewellNormal(const std::vector<Coord3>& ring) {
   Coord3 normal{0.0, 0.0, 0.0};
   for (std::size_t k = 1; k + 1 < ring.size(); ++k) {
@@ -65,7 +65,7 @@ PolygonTriangulator::Triangulate(const Coord3* ring, std::size_t count) {
 bool PolygonTriangulator::Project(const Coord3* ring, std::size_t count) {
   const double largest = LargestCoordinate(ring, count);
   if (!std::isfinite(largest) || largest == 0.0) return false;
-  // A power of two keeps every digit and keeps products from overflowing.
+  // Scaling by a power of two keeps every digit, and products do not overflow.
   const int exponent = -std::ilogb(largest) - 1;
   std::vector<Coord3> scaled(ring, ring + count);
   for (Coord3& p : scaled) {
@@ -89,7 +89,8 @@ bool PolygonTriangulator::Project(const Coord3* ring, std::size_t count) {
   return true;
 }
 
-/// Sign of the turn a, b, c; 0 also when rounding hides it, which moves the area by rounding only.
+/// Returns the sign of the turn a, b, c. It is 0 also when rounding hides the sign; that changes
+/// the area by a rounding error only.
 int PolygonTriangulator::Turn(std::size_t a, std::size_t b, std::size_t c) const {
   const Point& p = m_points[a];
   const Point& q = m_points[b];
@@ -106,8 +107,8 @@ bool PolygonTriangulator::SamePlace(std::size_t a, std::size_t b) const {
   return m_points[a].u == m_points[b].u && m_points[a].v == m_points[b].v;
 }
 
-// Triangles that share their edges, have the polygon as their border and turn its way cover each
-// place as often as the polygon winds around it: once, unless it crosses itself.
+// Take triangles that share their edges, have the polygon as their border and have its orientation.
+// They cover each place as often as the polygon winds around it: once, unless it crosses itself.
 bool PolygonTriangulator::FanCovers(std::size_t count) const {
   for (std::size_t k = 1; k + 1 < count; ++k) {
     if (Turn(0, k, k + 1) < 0) return false;
@@ -148,7 +149,7 @@ PolygonTriangulator::Outcome PolygonTriangulator::ClipEars(std::size_t count) {
   return Outcome::Done;
 }
 
-/// Clips the first ear from the current corner on.
+/// Clips the first ear at or after the current corner.
 bool PolygonTriangulator::ClipOne(Strictness strictness) {
   std::size_t corner = m_current;
   for (std::size_t k = 0; k < m_remaining; ++k) {
@@ -161,7 +162,7 @@ bool PolygonTriangulator::ClipOne(Strictness strictness) {
   return false;
 }
 
-/// A corner in line with its neighbours adds a triangle without area, so it is left to the end.
+/// A corner in line with its neighbours adds a triangle without area, so it is clipped last.
 bool PolygonTriangulator::ClipFlat() {
   std::size_t corner = m_current;
   for (std::size_t k = 0; k < m_remaining; ++k) {
@@ -174,8 +175,8 @@ bool PolygonTriangulator::ClipFlat() {
   return false;
 }
 
-/// Only corners that are not convex can be the first to lie in the way. One that shares its place
-/// with a corner of the ear (the ends of a bridge to a hole) is not in the way.
+/// Only a corner that is not convex can be the first obstacle of an ear. A corner at the same place
+/// as a corner of the ear (an end of a bridge to a hole) is not an obstacle.
 bool PolygonTriangulator::IsEar(std::size_t corner, Strictness strictness) {
   if (m_turns[corner] != 1) return false;
   const std::size_t a = m_previous[corner], b = corner, c = m_following[corner];
@@ -209,7 +210,7 @@ void PolygonTriangulator::Clip(std::size_t corner) {
   --m_remaining;
   UpdateTurn(before);
   UpdateTurn(after);
-  // Going on behind the ear keeps the triangles from all meeting in one corner.
+  // The search continues after the ear, so that the triangles do not all meet in one corner.
   m_current = m_following[after];
 }
 

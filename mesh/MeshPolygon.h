@@ -10,19 +10,18 @@
 namespace gsl_sweep {
 
 /// Cuts the polygons of a mesh file into triangles without adding corners.
-///
-/// Judged in the coordinate plane in which the polygon's area (Newell's normal) is largest. The fan
-/// from the first corner is taken when none of its triangles is turned over, which covers every
-/// convex polygon; otherwise ears are clipped (Meisters 1975), so that concave polygons, with or
+/// The polygon is projected to the coordinate plane in which its area (Newell's normal) is largest.
+/// It becomes the fan from its first corner when no triangle of the fan is turned over, as in every
+/// convex polygon. Otherwise ears are clipped (Meisters 1975), so that concave polygons, with or
 /// without a bridge to a hole, keep their area. A polygon that crosses itself, has no area or has a
-/// corner that is not finite has no inside to keep: it gives the fan.
+/// corner that is not finite has no inside to keep and becomes the fan.
 class PolygonTriangulator {
 public:
-  using Triangle = std::array<std::size_t, 3>; ///< positions in the ring, turning as the ring does
+  using Triangle = std::array<std::size_t, 3>; ///< positions in the ring, in its orientation
 
-  /// The count - 2 triangles of a ring of at least three corners; they live until the next call.
-  /// Null when the polygon is so large and winding that clipping its ears would not end in
-  /// reasonable time (more than 4e8 tests; about 16000 corners of which half are reflex).
+  /// Returns the count - 2 triangles of a ring of at least three corners; they live until the next
+  /// call. Returns null when clipping the ears would take more than 4e8 tests, as for about 16000
+  /// corners of which half are reflex.
   const std::vector<Triangle>* Triangulate(const gsl_arithmetic::Coord3* ring, std::size_t count);
 
 private:

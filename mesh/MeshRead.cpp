@@ -30,7 +30,7 @@ const char* KindOf(mode_t mode) {
   return "a device";
 }
 
-/// Size of a regular file that can be held in memory.
+/// Returns the size of a regular file that fits into memory.
 std::size_t CheckedSize(const FileDescriptor& file, const std::string& path) {
   struct stat status {};
   if (fstat(file.Get(), &status) != 0) {
@@ -49,14 +49,14 @@ std::size_t CheckedSize(const FileDescriptor& file, const std::string& path) {
   return size;
 }
 
-/// At most `size` bytes, fewer only at the end of the file.
+/// Reads `size` bytes, or fewer at the end of the file.
 std::size_t ReadBytes(int descriptor, const std::string& name, char* bytes, std::size_t size) {
   std::size_t done = 0;
   while (done < size) {
     const ssize_t got = read(descriptor, bytes + done, size - done);
     if (got < 0 && errno == EINTR) continue;
     if (got < 0 && errno == EAGAIN) {
-      // Who started the program may have left a pipe in this mode.
+      // The caller of the program may have left a pipe in this mode.
       pollfd waited{descriptor, POLLIN, 0};
       poll(&waited, 1, -1);
       continue;
@@ -68,9 +68,10 @@ std::size_t ReadBytes(int descriptor, const std::string& name, char* bytes, std:
   return done;
 }
 
-/// The whole file. Not mapped: a file that is cut while it is read would end the program.
+/// Returns the whole file. It is not mapped: a file that is cut while it is read would then end the
+/// program.
 std::string Load(const std::string& path) {
-  // Without O_NONBLOCK the opening of a pipe would wait for its other end.
+  // Without O_NONBLOCK, opening a pipe would wait for its other end.
   const FileDescriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
   if (file.Get() < 0) FailFile(path, std::string("cannot be opened: ") + std::strerror(errno));
   std::string bytes(CheckedSize(file, path), '\0');
@@ -80,7 +81,7 @@ std::string Load(const std::string& path) {
   return bytes;
 }
 
-/// All that comes until the end of a file or a pipe.
+/// Reads to the end of a file or a pipe.
 std::string LoadStream(int descriptor, const std::string& name) {
   constexpr std::size_t leastRoom = 1 << 16;
   const std::uint64_t memory = MemoryOfMachine();
@@ -107,7 +108,7 @@ bool HasSizeOfBinaryStl(std::string_view bytes) {
   return bytes.size() == prefix + record * count;
 }
 
-/// 'solid' alone may begin any text, so a facet or the end of the solid must follow.
+/// Any text may begin with 'solid', so a facet or the end of the solid must follow.
 bool IsTextStl(std::string_view bytes) {
   bytes = WithoutByteOrderMark(bytes);
   const std::size_t begin = bytes.find_first_not_of(" \t\r\n\v\f");
@@ -134,7 +135,7 @@ MeshFormat FormatOfContents(std::string_view bytes) {
 MeshFormat FormatOfExtension(const std::string& extension) {
   const MeshFormat named = MeshFormatNamed(extension);
   if (named != MeshFormat::Unknown) return named;
-  // Which others Assimp knows, the import program decides.
+  // The import program decides which other formats Assimp knows.
   return extension.empty() ? MeshFormat::Unknown : MeshFormat::Assimp;
 }
 

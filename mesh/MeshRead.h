@@ -10,31 +10,29 @@
 namespace gsl_sweep {
 
 /// Reads a mesh file of any known format.
-///
-/// Format     by content where that is unambiguous (PLY, OFF, STL, binary glTF), else by the
-///            extension, in any case.
-/// Precision  STL, OBJ, PLY and OFF keep the file's numbers, correctly rounded to double. All
-///            other formats are read by Assimp in single precision; node transforms are applied in
+/// Format     by content where the content is unambiguous (PLY, OFF, STL, binary glTF), else by the
+///            extension, in upper or lower case.
+/// Precision  STL, OBJ, PLY and OFF keep the numbers of the file, correctly rounded to double.
+///            Assimp reads all other formats in single precision; node transforms are applied in
 ///            double, nodes depth first, meshes and faces in the order of the file.
 /// Polygons   see PolygonTriangulator; faces of fewer than three corners are left out, with a
 ///            warning.
-/// Errors     MeshError when the file is unreadable, damaged, or holds no triangle.
+/// Errors     MeshError when the file cannot be read, is damaged, or holds no triangle.
 Mesh ReadMesh(const std::string& path);
 
-/// Reads a mesh from an open file descriptor, such as that of standard input, to its end; `name` is
-/// what messages call it. The descriptor stays open.
-///
-/// Format     `format`, or for MeshFormat::Unknown that of the contents where they are unambiguous.
+/// Reads a mesh from an open file descriptor, such as standard input, to its end. Messages call the
+/// mesh `name`. The descriptor stays open.
+/// Format     `format`; for MeshFormat::Unknown the contents decide, where they are unambiguous.
 /// Errors     MeshError as for ReadMesh; also when the format is unknown, when the contents are
-///            unambiguously of another format than `format`, and for what Assimp reads, whose
-///            files may refer to others.
+///            unambiguously of another format than `format`, and for formats that Assimp reads,
+///            whose files may refer to other files.
 Mesh ReadMeshFromStream(int descriptor, const std::string& name, MeshFormat format);
 
-/// Reads a mesh that is already in memory; `name` stands for it in messages. Not for
-/// MeshFormat::Assimp, whose files may refer to others.
+/// Reads a mesh that is already in memory; messages call it `name`. Requires a format other than
+/// MeshFormat::Assimp, whose files may refer to other files.
 Mesh ReadMeshFromMemory(std::string_view bytes, const std::string& name, MeshFormat format);
 
-/// The format that ReadMesh would take for these contents and this name.
+/// Returns the format that ReadMesh would choose for these contents and this name.
 MeshFormat DetectMeshFormat(std::string_view bytes, const std::string& name);
 
 } // namespace gsl_sweep

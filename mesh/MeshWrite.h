@@ -8,12 +8,12 @@
 
 namespace gsl_sweep {
 
-/// The format that WriteMesh takes for a file name, by its extension in any case; Unknown when
-/// there is none for it.
+/// Returns the format that WriteMesh chooses for a file name, by its extension in upper or lower
+/// case. Returns Unknown when no writer has that extension.
 MeshFormat MeshFormatToWrite(const std::string& path);
 
-/// Writes a mesh file in the format of its extension by an OutputFile: whole or not at all, an
-/// existing one kept unless `force`.
+/// Writes a mesh file in the format of its extension through an OutputFile: the file appears whole
+/// or not at all, and an existing file is kept unless `force` is set.
 ///
 /// Formats    binary STL; binary little-endian PLY; OBJ and OFF as text.
 /// Precision  STL rounds coordinates to single precision and computes normals from the rounded
@@ -21,8 +21,8 @@ MeshFormat MeshFormatToWrite(const std::string& path);
 ///            zero. PLY keeps every double; OBJ and OFF have the shortest decimal that reads back
 ///            as the same double.
 /// Order      triangle k of the file is triangle k of the mesh. In PLY, OBJ and OFF corners with
-///            the same bits share a vertex; vertices come in the order of their first use.
-/// NaN        triangles with such corners are written too, so that indices stay.
+///            the same bits share a vertex; vertices are in the order of their first use.
+/// NaN        triangles with NaN corners are written too, so that indices do not change.
 /// Errors     OutputError; also for a name of another format, when a finite coordinate does not fit
 ///            into the single precision of STL, and when there are more triangles or vertices than
 ///            the format can count (STL 4294967295 triangles, the others 1431655765 triangles and

@@ -22,19 +22,19 @@ namespace {
 constexpr int slotCount = 16;
 constexpr std::size_t longestName = 255; ///< of one component of a path
 
-/// What the signal handler sees: plain memory, taken and given back without locks.
+/// What the signal handler sees: plain memory, which is taken and released without locks.
 struct Slot {
   enum State { Free, Taken, Armed };
   std::atomic<int> state{Free};
-  pid_t owner = 0; ///< a forked child must not remove its parent's files
+  pid_t owner = 0; ///< a forked child must not remove files of its parent
   char path[PATH_MAX] = {};
 };
 
 Slot slots[slotCount];
 static_assert(std::atomic<int>::is_always_lock_free, "used in a signal handler");
 
-/// Notes a path for the signal handler before its file exists; -1 when all slots are taken or the
-/// path is too long for any file.
+/// Records a path for the signal handler before its file exists. Returns -1 when all slots are
+/// taken or the path is too long for any file.
 int TakeSlot(const std::string& path) {
   if (path.size() >= PATH_MAX) return -1;
   for (int k = 0; k < slotCount; ++k) {
@@ -60,7 +60,7 @@ std::string Reason(int error) {
   return std::strerror(error);
 }
 
-/// The path behind symbolic links, if there are any.
+/// Returns the path with symbolic links resolved.
 std::string Resolved(const std::string& path) {
   char* const real = realpath(path.c_str(), nullptr);
   if (real == nullptr) return path;
@@ -73,7 +73,7 @@ std::string Resolved(const std::string& path) {
 bool CheckExisting(const std::string& name, bool force, struct stat& status) {
   if (stat(name.c_str(), &status) != 0) {
     if (errno == ENOENT) {
-      // stat follows a link that leads nowhere; renaming over it would replace the link.
+      // stat fails for a link without a target; renaming over it would replace the link.
       if (lstat(name.c_str(), &status) == 0) FailOutput(name, "is a link that leads nowhere");
       return false;
     }
@@ -121,7 +121,7 @@ OutputFile::OutputFile(const std::string& path, bool force)
   struct stat old {};
   const bool replaces = CheckExisting(path, force, old);
   CreateTemporary();
-  // Permissions that cannot be passed on are no reason to lose the result.
+  // The result is kept even if its permissions cannot be set.
   if (replaces) static_cast<void>(fchmod(m_file, old.st_mode & 07777));
 }
 
@@ -183,7 +183,7 @@ void OutputFile::MoveIntoPlace() {
   if (renameat2(folder, m_temporary.c_str(), folder, m_path.c_str(), RENAME_NOREPLACE) == 0) {
     return;
   }
-  // Not every file system knows that call; a second name for a file cannot take a used one either.
+  // Some file systems lack that call; a hard link cannot take a name that is in use either.
   const bool unknown = errno == EINVAL || errno == ENOSYS;
   if (unknown && link(m_temporary.c_str(), m_path.c_str()) == 0) {
     unlink(m_temporary.c_str());

@@ -8,19 +8,20 @@
 
 namespace gsl_sweep {
 
-/// An output that cannot be written. what() is one line that names the file.
+/// An output cannot be written. what() is one line that names the file.
 class OutputError : public std::runtime_error {
 public:
   using std::runtime_error::runtime_error;
 };
 
-/// A file that appears under its name whole or not at all.
+/// A file that appears under its name either whole or not at all.
+/// It is written under a temporary name in the same folder, and Commit renames it; without Commit
+/// no file is left. A symbolic link stays and its target is replaced. The file is not flushed to
+/// the disk.
 ///
-/// Written beside its place under a temporary name and renamed by Commit; without Commit nothing
-/// is left. A symbolic link stays and its target is replaced. Not flushed to the disk.
-/// Existing   kept, with OutputError, unless `force`; also one that appears before Commit. With
-///            `force` its permissions pass to the new one. Directories, devices and pipes are
-///            never replaced.
+/// Existing   an existing file is kept, with OutputError, unless `force` is set; so is a file that
+///            appears before Commit. With `force` the new file takes the permissions of the old
+///            file. Directories, devices and pipes are never replaced.
 /// Errors     OutputError; the temporary file is then removed by the destructor.
 class OutputFile {
 public:
@@ -40,26 +41,26 @@ private:
   [[noreturn]] void Fail(const std::string& message) const;
 
   std::string m_name;      ///< as it was given, for messages
-  std::string m_path;      ///< behind symbolic links
+  std::string m_path;      ///< with symbolic links resolved
   std::string m_temporary; ///< empty once it is gone
   bool m_force;
   int m_file = -1;
   int m_slot = -1; ///< in the table that the signal handler sees
 };
 
-/// Writes a whole text, such as a report, by an OutputFile.
+/// Writes a whole text, such as a report, through an OutputFile.
 void WriteTextFile(const std::string& path, std::string_view text, bool force);
 
-/// Throws the OutputError with which an OutputFile would begin, and writes nothing. For programs
-/// that want to know before a long computation.
+/// Throws the OutputError that the constructor of an OutputFile would throw, and writes nothing.
+/// Programs call it before a long computation.
 void CheckOutputPath(const std::string& path, bool force);
 
-/// Removes the temporary files that this process is writing. Safe in a signal handler; afterwards
-/// the process must end, for their OutputFiles know nothing of it.
+/// Removes the temporary files that this process is writing. It is safe in a signal handler. The
+/// process must end afterwards, because the OutputFile objects do not notice the removal.
 void RemoveTemporaryFiles() noexcept;
 
-/// Lets SIGINT, SIGTERM, SIGHUP and SIGQUIT remove the temporary files before they end the process
-/// as they would have done. A signal that is ignored stays ignored.
+/// Makes SIGINT, SIGTERM, SIGHUP and SIGQUIT remove the temporary files before they end the process
+/// as usual. A signal that is ignored stays ignored.
 void RemoveTemporaryFilesOnInterrupt();
 
 } // namespace gsl_sweep

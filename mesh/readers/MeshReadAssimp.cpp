@@ -18,7 +18,7 @@ namespace gsl_sweep {
 
 namespace {
 
-/// Rows of the affine part of a node's transform.
+/// The rows of the affine part of a node's transform.
 struct Transform {
   std::array<std::array<double, 4>, 3> rows;
 };
@@ -58,7 +58,7 @@ public:
       : m_source(source), m_scene(scene), m_collector(source, mesh) {}
 
   void Read() {
-    // A stack of its own: files may nest nodes deeper than the program's stack.
+    // An explicit stack: files may nest nodes deeper than the stack of the program allows.
     struct Visit {
       const aiNode* node;
       Transform toWorld;
@@ -104,7 +104,7 @@ private:
   std::vector<Coord3> m_ring;
 };
 
-/// Formats whose coordinates are known to arrive as the file has them.
+/// True for formats whose coordinates are known to arrive unchanged.
 bool KeepsCoordinates(const std::string& extension) {
   for (const char* const known : {"3mf", "amf", "dae", "fbx", "glb", "gltf", "x3d"}) {
     if (extension == known) return true;
@@ -119,8 +119,8 @@ std::string TextOf(const std::string& path) {
   return text.str();
 }
 
-/// Collada's importer scales by the declared unit and cannot be told not to; without the attribute
-/// meter="..." the unit is 1.
+/// The Collada importer always scales by the declared unit. Without the attribute meter="..." the
+/// unit is 1.
 std::string WithoutUnit(std::string text) {
   constexpr std::string_view name = "meter";
   const auto isSpace = [](char c) { return IsSpace(c); };
@@ -141,7 +141,7 @@ Mesh ImportWithAssimp(const std::string& path) {
   const MeshSource source{{}, path};
   const std::string extension = ExtensionOf(path);
   Assimp::Importer importer;
-  // In a compressed Collada file the unit cannot be kept from scaling.
+  // The unit of a compressed Collada file would always scale.
   if (extension == "zae" || !importer.IsExtensionSupported("." + extension)) {
     FailUnknownFormat(source);
   }

@@ -7,13 +7,12 @@
 
 namespace gsl_sweep {
 
-/// Reads 3MF, glTF and other formats that Assimp knows. For the import program alone: a damaged
-/// file may end the process.
-///
-/// Precision  single, as Assimp keeps it; node transforms are applied in double.
-/// Order      nodes depth first, their meshes and faces as the file has them.
-/// Units      not applied: 3MF, glTF, AMF, Collada, FBX and X3D give the numbers of the file. Of
-///            other formats Assimp turns or scales some, so they come with a warning.
+/// Reads 3MF, glTF and other formats that Assimp knows. Only the import program calls it, because a
+/// damaged file may end the process.
+/// Precision  single, as in Assimp; node transforms are applied in double.
+/// Order      nodes depth first, their meshes and faces in the order of the file.
+/// Units      not applied: 3MF, glTF, AMF, Collada, FBX and X3D keep the numbers of the file.
+///            Assimp rotates or scales some other formats, so all other formats add a warning.
 /// Errors     MeshError, also for a format that Assimp does not know.
 Mesh ImportWithAssimp(const std::string& path);
 

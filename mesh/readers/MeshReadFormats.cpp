@@ -22,7 +22,7 @@ bool IsAscii(char c) {
   return static_cast<unsigned char>(c) < 0x80;
 }
 
-/// Number without its sign, in a spelling of the Microsoft C library: 1.#QNAN, 1.#IND, 1.#INF.
+/// A number without its sign, as the Microsoft C library prints it: 1.#QNAN, 1.#IND, 1.#INF.
 bool ParseHashName(std::string_view text, double& value) {
   if (!BeginsWithNoCase(text, "1.#")) return false;
   text.remove_prefix(3);
@@ -55,7 +55,7 @@ void FailUnknownFormat(const MeshSource& source) {
 std::string Quoted(std::string_view text) {
   const bool tooLong = text.size() > longestQuote;
   std::string shown = OneLine(std::string(text.substr(0, longestQuote)));
-  // The message stays readable whatever bytes a damaged file holds.
+  // The message stays readable for all bytes that a damaged file may hold.
   std::replace_if(
       shown.begin(), shown.end(), [](char c) { return !IsAscii(c); }, '?');
   return "'" + shown + (tooLong ? "...'" : "'");

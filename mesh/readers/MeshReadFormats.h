@@ -10,10 +10,10 @@
 #include <string>
 #include <string_view>
 
-/// What the mesh readers share. Not for use outside them.
+/// What the mesh readers share. No other code uses it.
 namespace gsl_sweep {
 
-/// A whole file in memory, with the name that messages use.
+/// A whole file in memory, and the name that messages use.
 struct MeshSource {
   std::string_view bytes;
   std::string file;
@@ -30,57 +30,57 @@ bool IsBinaryStl(std::string_view bytes);
 /// True when the first word is an OFF keyword such as OFF, COFF or STNOFF.
 bool BeginsWithOffKeyword(std::string_view bytes);
 
-/// Throws MeshError: file, then the message; the second form puts the line of `position` between.
+/// Throws MeshError: the file, then the message. The second form adds the line of `position`.
 [[noreturn]] void FailRead(const MeshSource& source, const std::string& message);
 [[noreturn]] void FailReadAt(const MeshSource& source, const char* position,
                              const std::string& message);
 
 [[noreturn]] void FailUnknownFormat(const MeshSource& source);
 
-/// `text` in quotes, made fit for a message: shortened, control characters as '?'.
+/// Returns `text` in quotes for a message: shortened, with '?' for control characters.
 std::string Quoted(std::string_view text);
 
-/// Number, from 1, of the line that holds `position`; LF, CRLF and CR each end a line.
+/// Returns the number, from 1, of the line that holds `position`; LF, CRLF and CR each end a line.
 std::size_t LineOf(std::string_view bytes, const char* position);
 
-/// All of `token` as a number, correctly rounded; a leading '+' and the names that C libraries
-/// print for NaN and infinity are read too. False when it is anything else.
+/// Reads all of `token` as a number, correctly rounded. A leading '+' and the names that C
+/// libraries print for NaN and infinity are read too. False for anything else.
 bool ParseReal(std::string_view token, double& value);
 
-/// All of `token` as a decimal integer of at most 64 bits.
+/// Reads all of `token` as a decimal integer of at most 64 bits.
 bool ParseInteger(std::string_view token, std::int64_t& value);
 
 inline bool IsSpace(char c) {
   return c == ' ' || (c >= '\t' && c <= '\r');
 }
 
-/// True when `text` begins with `lowerCase`, letters compared in any case.
+/// True when `text` begins with `lowerCase`, in upper or lower case.
 bool BeginsWithNoCase(std::string_view text, std::string_view lowerCase);
 
-/// Physical memory in bytes; 0 when it is not known.
+/// Returns the physical memory in bytes; 0 when it is not known.
 std::uint64_t MemoryOfMachine();
 
 /// `bytes` without the mark that some editors put before UTF-8 text.
 std::string_view WithoutByteOrderMark(std::string_view bytes);
 
-/// White-space separated words of a text, wherever its lines end. A '#' begins a comment when
-/// `comments` is set.
+/// Splits a text into words between white space; the ends of lines count as white space. A '#'
+/// begins a comment when `comments` is set.
 class WordScanner {
 public:
   WordScanner(const MeshSource& source, std::string_view text, bool comments)
       : m_source(source), m_next(text.data()), m_end(text.data() + text.size()),
         m_word(text.data()), m_comments(comments) {}
 
-  /// The next word; empty at the end of the text.
+  /// Returns the next word; empty at the end of the text.
   std::string_view Next();
 
-  /// The next word if it stands on the line of the last one, else empty.
+  /// Returns the next word if it is on the line of the last word, else an empty word.
   std::string_view NextOnLine();
 
-  /// Goes behind the end of the line of the last word.
+  /// Skips the rest of the line of the last word.
   void SkipLine();
 
-  /// The next word as a number; `what` names it in the error.
+  /// Returns the next word as a number; `what` names the number in the error.
   double Real(const char* what);
   std::int64_t Integer(const char* what);
 
@@ -109,7 +109,7 @@ class FaceCollector {
 public:
   FaceCollector(const MeshSource& source, Mesh& mesh) : m_source(source), m_mesh(mesh) {}
 
-  /// Appends the triangles of one face; `position` is where messages say that it stands, or null.
+  /// Appends the triangles of one face; messages name the line of `position` if it is not null.
   void Add(const gsl_arithmetic::Coord3* ring, std::size_t count, const char* position);
 
   /// Writes the warning about faces that were left out.

@@ -14,16 +14,16 @@ namespace gsl_sweep {
 
 namespace {
 
-/// The face statements of a file, one per line, and what is needed to resolve their indices.
+/// The face statements of a file, one per line, and the data that resolves their indices.
 struct Statements {
   std::vector<Coord3> vertices;
   std::string faces; ///< 'f' and the corners, without comments and continued lines
   struct Face {
-    std::size_t verticesBefore; ///< what a negative index counts back from
+    std::size_t verticesBefore; ///< a negative index counts back from here
     const char* position;
   };
   std::vector<Face> places;
-  const char* freeForm = nullptr; ///< first statement of a curved surface
+  const char* freeForm = nullptr; ///< the first statement of a curved surface
 };
 
 bool EndsLine(char c) {
@@ -60,8 +60,8 @@ bool IsContinued(std::string_view line) {
   return !line.empty() && line.back() == '\\';
 }
 
-/// The statement that begins at `p`, its continued lines joined in `joined` when there are any;
-/// `p` goes behind it. A comment ends the statement.
+/// Returns the statement that begins at `p`, and moves `p` after it. `joined` holds the statement
+/// when it has continued lines. A comment ends the statement.
 std::string_view TakeStatement(const char*& p, const char* end, std::string& joined) {
   const char* const lineEnd = LineEnd(p, end);
   std::string_view line = Between(p, lineEnd);
@@ -99,7 +99,7 @@ std::string_view TakeWord(std::string_view& text) {
   return word;
 }
 
-/// The first three numbers; a weight or a colour behind them is not used.
+/// Reads the first three numbers; a weight or a colour after them is not used.
 Coord3 ReadVertex(const MeshSource& source, std::string_view rest, const char* position) {
   double c[3];
   for (double& value : c) {
@@ -112,8 +112,8 @@ Coord3 ReadVertex(const MeshSource& source, std::string_view rest, const char* p
   return {c[0], c[1], c[2]};
 }
 
-/// v, v/vt, v//vn, v/vt/vn; the second and third part may be missing though their slash is there.
-/// The loader takes what it can get of anything else, and its conversion overflows unnoticed.
+/// Accepts v, v/vt, v//vn and v/vt/vn; the second and third part may be missing after their slash.
+/// The loader accepts the beginning of any other word, and its conversion overflows unnoticed.
 bool IsCornerWord(std::string_view word) {
   for (int part = 0; part < 3; ++part) {
     const std::size_t slash = word.find('/');
@@ -163,8 +163,8 @@ Statements ScanStatements(const MeshSource& source) {
     } else if (short1 && *p == 'f') {
       TakeFace(source, TakeStatement(p, end, joined).substr(1), position, statements);
     } else {
-      // The rest says nothing about triangles. Names may end in a backslash, so they are not
-      // continued; what a continued line of numbers leaves is no statement either.
+      // No other statement describes triangles. Names may end in a backslash, so other lines are
+      // not continued; the rest of a continued line of numbers is not a statement.
       const char* const lineEnd = LineEnd(p, end);
       std::string_view line = Between(p, lineEnd);
       const std::string_view keyword = TakeWord(line);
@@ -179,7 +179,7 @@ Statements ScanStatements(const MeshSource& source) {
   return statements;
 }
 
-/// Lets the loader read from memory without a copy.
+/// A stream that lets the loader read from memory without a copy.
 class MemoryBuffer : public std::streambuf {
 public:
   explicit MemoryBuffer(std::string& text) {
@@ -221,9 +221,9 @@ void ReceiveFace(void* user, tinyobj::index_t* indices, int count) {
 
 } // namespace
 
-// The loader's numbers are off in the last digits and NaN becomes zero, it does not join continued
-// lines, it halves concave quadrangles along the shorter diagonal, and it opens material files. So
-// it is given the face statements alone, and gives their corners back one face at a time.
+// The loader's numbers are wrong in the last digits, and it reads NaN as zero. It does not join
+// continued lines, it halves concave quadrangles along the shorter diagonal, and it opens material
+// files. So it reads the face statements alone, and returns their corners one face at a time.
 Mesh ReadObj(const MeshSource& source) {
   Statements statements = ScanStatements(source);
   Mesh mesh;

@@ -8,8 +8,8 @@ namespace gsl_sweep {
 
 namespace {
 
-/// The keyword at the front of `word`, [ST][C][N][4][n]OFF, or nothing. Counts may follow without
-/// a space.
+/// Returns the keyword at the beginning of `word`, [ST][C][N][4][n]OFF, or an empty text. A count
+/// may follow without a space.
 std::string_view KeywordOf(std::string_view word) {
   std::size_t size = 0;
   for (const std::string_view letters : {"ST", "C", "N", "4", "n"}) {
@@ -21,7 +21,7 @@ std::string_view KeywordOf(std::string_view word) {
   return size == word.size() || countFollows ? word.substr(0, size) : std::string_view{};
 }
 
-/// The words behind the keyword.
+/// Returns the words after the keyword.
 WordScanner BehindKeyword(const MeshSource& source) {
   const std::string_view text = WithoutByteOrderMark(source.bytes);
   WordScanner words(source, text, true);
@@ -39,7 +39,7 @@ WordScanner BehindKeyword(const MeshSource& source) {
   return rest;
 }
 
-/// A count of things of which each takes at least `leastBytes` of the text that is left.
+/// Reads a count of things; each takes at least `leastBytes` of the rest of the text.
 std::size_t ReadCount(WordScanner& words, const char* what, std::size_t leastBytes) {
   const std::int64_t count = words.Integer(what);
   const std::size_t room = words.BytesLeft() / leastBytes + 1;
@@ -49,7 +49,7 @@ std::size_t ReadCount(WordScanner& words, const char* what, std::size_t leastByt
   return static_cast<std::size_t>(count);
 }
 
-/// The count of edges means nothing; some writers leave it out, some put it on a line of its own.
+/// The count of edges is not used. Some writers leave it out, and some write it on its own line.
 void SkipEdgeCount(WordScanner& words) {
   std::int64_t count = 0;
   WordScanner ahead = words;

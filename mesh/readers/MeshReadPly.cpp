@@ -69,8 +69,8 @@ struct Header {
   std::size_t size = 0; ///< bytes before the data
 };
 
-/// Lines of the header. Binary data may begin with the byte of a line break, so the way in which
-/// the first line ends decides how all do.
+/// The lines of the header. Binary data may begin with the byte of a line break, so all lines must
+/// end as the first line does.
 class HeaderLines {
 public:
   explicit HeaderLines(const MeshSource& source) : m_source(source) {
@@ -178,7 +178,7 @@ Header ParseHeader(const MeshSource& source) {
   return header;
 }
 
-/// Values of a text body.
+/// Reads the values of a text body.
 class TextValues {
 public:
   TextValues(const MeshSource& source, std::size_t begin)
@@ -191,7 +191,7 @@ public:
       if (m_words.Next().empty()) m_words.Fail("the file ends before a value");
     }
   }
-  /// Each value but the last takes a digit and a space.
+  /// Each value except the last takes at least a digit and a space.
   bool HasRoom(Scalar, std::uint64_t count) const {
     return count == 0 || count - 1 <= m_words.BytesLeft() / 2;
   }
@@ -207,7 +207,7 @@ private:
   WordScanner m_words;
 };
 
-/// Values of a binary body.
+/// Reads the values of a binary body.
 class BinaryValues {
 public:
   BinaryValues(const MeshSource& source, std::size_t begin, bool bigEndian)
@@ -228,7 +228,7 @@ public:
     return static_cast<double>(value);
   }
 
-  /// Of a whole type only.
+  /// Requires an integer type.
   std::int64_t Integer(Scalar type) {
     const std::uint64_t bits = Bits(SizeOf(type));
     switch (type) {
@@ -279,7 +279,7 @@ private:
   bool m_bigEndian;
 };
 
-/// Corners of all faces, as indices into the vertices, which may stand behind them in the file.
+/// The corners of all faces, as indices of vertices, which may be after the faces in the file.
 struct Faces {
   std::vector<std::int64_t> indices;
   struct Face {
@@ -315,7 +315,7 @@ private:
     }
   }
 
-  /// A count beyond what the file can hold is refused before anything is allocated for it.
+  /// Refuses a count that the file cannot hold before anything is allocated for it.
   void CheckRoom(const Element& element) const {
     if (element.properties.empty()) return;
     std::uint64_t least = 0;

@@ -42,15 +42,15 @@ bool BeginsWithSolid(std::string_view bytes) {
   return BeginsWithNoCase(WithoutLeadingSpace(WithoutByteOrderMark(bytes)), "solid");
 }
 
-/// Control characters other than white space; a text holds none.
+/// True for control characters other than white space, which no text holds.
 bool HoldsBinary(std::string_view bytes) {
   return std::any_of(bytes.begin(), bytes.end(), [](char c) {
     return (static_cast<unsigned char>(c) < 0x20 && !IsSpace(c)) || c == '\x7f';
   });
 }
 
-/// A count that is smaller than what the file holds would lose triangles without a word; fewer
-/// bytes than a record, or nothing but padding, cannot hold one.
+/// A count that is too small would silently lose triangles. Fewer bytes than a record, or zeros
+/// alone, cannot hold a triangle.
 void CheckTrailing(const MeshSource& source, std::string_view trailing, std::size_t count,
                    Mesh& mesh) {
   if (trailing.empty()) return;
@@ -98,7 +98,8 @@ void Expect(WordScanner& words, std::string_view keyword) {
   words.Fail(expected + ", found " + Quoted(word) + (fourth ? " (a facet has three corners)" : ""));
 }
 
-/// The normal is not used and some writers print one that is no number; only its place counts.
+/// The normal is not used, and some writers print words that are not numbers. Three words are
+/// skipped.
 void SkipNormal(WordScanner& words) {
   Expect(words, "normal");
   for (int k = 0; k < 3; ++k) {
@@ -124,7 +125,7 @@ void ReadFacet(WordScanner& words, Mesh& mesh) {
   Expect(words, "endfacet");
 }
 
-/// From behind the word 'solid' to the end of the line of 'endsolid'; both may carry a name.
+/// Reads from after the word 'solid' to the end of the line of 'endsolid'; a name may follow each.
 void ReadSolid(WordScanner& words, Mesh& mesh) {
   words.SkipLine();
   for (;;) {
@@ -141,7 +142,7 @@ void ReadSolid(WordScanner& words, Mesh& mesh) {
 
 Mesh ReadText(const MeshSource& source) {
   Mesh mesh;
-  // A facet takes about 250 bytes; at least 90 with one digit for each number.
+  // A facet takes about 250 bytes, and at least 90 with one digit for each number.
   mesh.corners.reserve(source.bytes.size() / 80);
   WordScanner words(source, WithoutByteOrderMark(source.bytes), false);
   do {
@@ -157,7 +158,7 @@ bool IsBinaryStl(std::string_view bytes) {
   if (bytes.size() < prefixSize) return false;
   const std::size_t count = LittleEndian32(bytes.data() + headerSize);
   if (bytes.size() == prefixSize + count * recordSize) return true;
-  // Of a wrong size: a damaged binary file, unless it looks like a text from its first bytes on.
+  // A file of the wrong size is a damaged binary file, unless its first bytes look like a text.
   return !BeginsWithSolid(bytes) || HoldsBinary(bytes.substr(0, 512));
 }
 

@@ -97,7 +97,7 @@ SharedVertices ShareVertices(const Mesh& mesh, const MeshOutput& output) {
   if (count > none) output.Fail("too many triangles for this format");
   SharedVertices shared;
   shared.ofCorner.resize(count);
-  // Open addressing: a slot holds a vertex, and the first free slot from its hash on is its own.
+  // Open addressing: a slot holds a vertex; a new vertex takes the next free slot from its hash on.
   std::vector<std::uint32_t> slots(TableSize(count), none);
   const std::size_t mask = slots.size() - 1;
   for (std::size_t k = 0; k < count; ++k) {

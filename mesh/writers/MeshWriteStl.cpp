@@ -12,11 +12,11 @@ namespace {
 
 constexpr std::size_t headerSize = 80;
 
-// A header that began with 'solid' would be taken for a text by some readers.
+// Some readers take a file whose header begins with 'solid' for a text.
 constexpr std::string_view headerText = "binary STL, coordinates in the units of the source file";
 static_assert(headerText.size() <= headerSize, "the rest is filled with zeros");
 
-/// False when a finite value would become infinite.
+/// False when single precision would make a finite value infinite.
 bool Fits(double value) {
   constexpr double largest = std::numeric_limits<float>::max();
   return !std::isfinite(value) || std::fabs(value) <= largest;
@@ -38,7 +38,8 @@ Coord3 Rounded(const Coord3& c) {
           static_cast<double>(static_cast<float>(c.z))};
 }
 
-/// Unit normal, or zero. Products of single precision numbers do not overflow in double.
+/// Returns the unit normal, or zero. Products of single precision numbers do not overflow in
+/// double.
 Coord3 NormalOf(const std::array<Coord3, 3>& t) {
   const Coord3 normal = gsl_arithmetic::Cross(gsl_arithmetic::Subtract(t[1], t[0]),
                                               gsl_arithmetic::Subtract(t[2], t[0]));
