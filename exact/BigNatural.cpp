@@ -38,7 +38,8 @@ void BigNatural::Trim() {
     m_limbs.pop_back();
 }
 
-/// Lets the lowest limb begin at 2^exponent, which must not be above where it begins now.
+/// Extends the number so that its lowest limb begins at 2^exponent. Requires an exponent that is
+/// not above the present one.
 void BigNatural::Align(int exponent) {
   const int shift = m_exponent - exponent;
   m_exponent = exponent;

@@ -8,14 +8,14 @@
 
 namespace gsl_sweep {
 
-/// A natural number times a power of two, of any size. For the rare comparison whose terms leave
-/// the range of double: it allocates.
+/// A natural number of any size times a power of two. It allocates, so it is used only for the rare
+/// comparison whose terms are outside the range of double.
 class BigNatural {
 public:
   /// Zero.
   BigNatural() = default;
 
-  /// A finite number that is not negative, times 2^exponent.
+  /// The number times 2^exponent. Requires a finite number that is not negative.
   explicit BigNatural(double value, int exponent = 0);
 
   /// The magnitude of an expansion.
@@ -34,18 +34,18 @@ public:
   static BigNatural Plus(const BigNatural& a, const BigNatural& b);
   static BigNatural Times(const BigNatural& a, const BigNatural& b);
 
-  /// |a - b|
+  /// Returns |a - b|.
   static BigNatural Difference(const BigNatural& a, const BigNatural& b);
 
-  /// Sign of a - b: -1, 0 or 1.
+  /// Returns the sign of a - b: -1, 0 or 1.
   static int Compare(const BigNatural& a, const BigNatural& b);
 
 private:
   void Align(int exponent);
   void Trim();
 
-  std::vector<std::uint32_t> m_limbs; ///< from the lowest; the last is not zero
-  int m_exponent = 0;                 ///< of the lowest bit
+  std::vector<std::uint32_t> m_limbs; ///< from the lowest limb; the last limb is not zero
+  int m_exponent = 0;                 ///< the exponent of the lowest bit
 };
 
 } // namespace gsl_sweep

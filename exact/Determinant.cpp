@@ -4,8 +4,8 @@ namespace gsl_sweep {
 
 namespace {
 
-// Each term has three differences, three products and three sums: nine roundings of 2^-53 at most,
-// and as many in the bound itself.
+// Each term has three differences, three products and three sums: at most nine roundings of 2^-53.
+// The bound itself has as many roundings.
 constexpr double relativeBound = 10.0 * 0x1p-53;
 
 struct ExactVector {
@@ -17,7 +17,7 @@ ExactVector Exactly(const Arrow& a) {
           TwoDifference(a.to->z, a.from->z)};
 }
 
-/// a * d - b * c.
+/// Returns a * d - b * c.
 Expansion<16> Minor(const DoubleDouble& a, const DoubleDouble& b, const DoubleDouble& c,
                     const DoubleDouble& d) {
   return Sum(Product(Expand(a), d), Minus(Product(Expand(b), c)));

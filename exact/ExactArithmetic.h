@@ -7,16 +7,16 @@
 ///
 /// Source     Shewchuk, Adaptive Precision Floating-Point Arithmetic and Fast Robust Geometric
 ///            Predicates, 1997; Dekker 1971 for the product and the double-double operations.
-/// Range      exact while no product overflows and no error term is subnormal; the callers see to
-///            that.
+/// Range      exact while no product overflows and no error term is subnormal; the callers
+///            ensure that.
 namespace gsl_sweep {
 
-/// hi + lo, where hi is the double nearest to the sum.
+/// The number hi + lo, where hi is the double nearest to the sum.
 struct DoubleDouble {
   double hi = 0.0, lo = 0.0;
 };
 
-/// a + b exactly.
+/// Returns a + b exactly.
 inline DoubleDouble TwoSum(double a, double b) {
   const double sum = a + b;
   const double bRounded = sum - a;
@@ -24,25 +24,25 @@ inline DoubleDouble TwoSum(double a, double b) {
   return {sum, (a - aRounded) + (b - bRounded)};
 }
 
-/// a + b exactly, for |a| >= |b| or a == 0.
+/// Returns a + b exactly. Requires |a| >= |b| or a == 0.
 inline DoubleDouble FastTwoSum(double a, double b) {
   const double sum = a + b;
   return {sum, b - (sum - a)};
 }
 
-/// a - b exactly.
+/// Returns a - b exactly.
 inline DoubleDouble TwoDifference(double a, double b) {
   return TwoSum(a, -b);
 }
 
-/// Two halves of at most 26 bits each.
+/// Splits a number into two halves of at most 26 bits each.
 inline DoubleDouble Split(double a) {
   const double scaled = 134217729.0 * a; // 2^27 + 1
   const double hi = scaled - (scaled - a);
   return {hi, a - hi};
 }
 
-/// a * b exactly.
+/// Returns a * b exactly.
 inline DoubleDouble TwoProduct(double a, double b) {
   const double product = a * b;
   const DoubleDouble x = Split(a);
@@ -51,7 +51,7 @@ inline DoubleDouble TwoProduct(double a, double b) {
   return {product, error};
 }
 
-/// Double-double operations: relative error below 2^-100.
+/// Double-double operations, with a relative error below 2^-100.
 inline DoubleDouble Plus(const DoubleDouble& a, const DoubleDouble& b) {
   const DoubleDouble high = TwoSum(a.hi, b.hi);
   const DoubleDouble low = TwoSum(a.lo, b.lo);
@@ -68,9 +68,9 @@ inline DoubleDouble Times(const DoubleDouble& a, const DoubleDouble& b) {
   return FastTwoSum(product.hi, product.lo + (a.hi * b.lo + a.lo * b.hi));
 }
 
-/// b must not be zero.
+/// Requires b other than zero.
 inline DoubleDouble Over(const DoubleDouble& a, const DoubleDouble& b) {
-  // Both are brought near 1 so that no error term below is lost to underflow.
+  // Both numbers are scaled to be near 1, so that no error term below is lost to underflow.
   int aExponent = 0;
   int bExponent = 0;
   std::frexp(a.hi, &aExponent);
@@ -86,14 +86,14 @@ inline DoubleDouble Over(const DoubleDouble& a, const DoubleDouble& b) {
   return {std::ldexp(quotient.hi, exponent), std::ldexp(quotient.lo, exponent)};
 }
 
-/// Square root of a positive number.
+/// Returns the square root of a positive number.
 inline DoubleDouble Root(const DoubleDouble& a) {
   const double root = std::sqrt(a.hi);
   const DoubleDouble rest = Plus(a, Minus(TwoProduct(root, root)));
   return FastTwoSum(root, rest.hi / (2.0 * root));
 }
 
-/// A sum of doubles, exact: components do not overlap and grow in magnitude; none is zero.
+/// An exact sum of doubles. Its components do not overlap, grow in magnitude and are not zero.
 template <int Capacity>
 struct Expansion {
   double component[Capacity];
@@ -102,7 +102,7 @@ struct Expansion {
   Expansion() = default;
   Expansion(const Expansion& other) { *this = other; }
   ~Expansion() = default;
-  /// Copies only the components that are there.
+  /// Copies only the components that are in use.
   Expansion& operator=(const Expansion& other) {
     count = other.count;
     for (int k = 0; k < count; ++k)
@@ -134,7 +134,7 @@ inline Expansion<2> Expand(const DoubleDouble& a) {
   return result;
 }
 
-/// a + b (Shewchuk's fast expansion sum).
+/// Returns a + b (Shewchuk's fast expansion sum).
 template <int N, int M>
 Expansion<N + M> Sum(const Expansion<N>& a, const Expansion<M>& b) {
   Expansion<N + M> result;
@@ -157,7 +157,7 @@ Expansion<N + M> Sum(const Expansion<N>& a, const Expansion<M>& b) {
   return result;
 }
 
-/// a * factor (Shewchuk's scaled expansion).
+/// Returns a * factor (Shewchuk's scaled expansion).
 template <int N>
 Expansion<2 * N> Scaled(const Expansion<N>& a, double factor) {
   Expansion<2 * N> result;
@@ -177,7 +177,7 @@ Expansion<2 * N> Scaled(const Expansion<N>& a, double factor) {
   return result;
 }
 
-/// a * b for a factor of two components.
+/// Returns a * b for a factor of two components.
 template <int N>
 Expansion<4 * N> Product(const Expansion<N>& a, const DoubleDouble& b) {
   return Sum(Scaled(a, b.lo), Scaled(a, b.hi));

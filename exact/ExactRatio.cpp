@@ -15,7 +15,7 @@ namespace {
 constexpr int limbBits = 32;
 constexpr int mantissaBits = 53;
 
-/// Exponent of the lowest bit that a double has room for; -1074 for the least of them.
+/// Returns the exponent of the lowest bit in the mantissa of a double; -1074 for the least double.
 int UnitExponent(double value) {
   std::uint64_t bits = 0;
   std::memcpy(&bits, &value, sizeof bits);
@@ -31,17 +31,17 @@ std::uint64_t MantissaOf(double value) {
   return (bits & (leading - 1)) | (isNormal ? leading : 0);
 }
 
-/// The magnitude of an expansion as a whole number of units of 2^exponent. Floating point cannot
-/// hold the products of two determinants: their lowest bits are below the least double.
+/// The magnitude of an expansion as a whole number of units of 2^exponent. The lowest bits of a
+/// product of two determinants are below the least double, so floating point cannot hold it.
 class WideNumber {
 public:
-  /// No component may have a bit below 2^exponent; at least one component.
+  /// Requires at least one component, and no component with a bit below 2^exponent.
   WideNumber(const Expansion<192>& value, int exponent) {
     const int last = value.count - 1;
     const int top = UnitExponent(value.component[last]) + mantissaBits - exponent;
     m_count = static_cast<std::size_t>(top / limbBits) + 3;
     std::fill_n(m_limbs, m_count, 0U);
-    // From the largest component down, so that what is held never falls below zero.
+    // From the largest component down, so that the number never falls below zero.
     for (int k = last; k >= 0; --k) {
       const double c = value.component[k];
       const bool adds = (c > 0.0) == (value.component[last] > 0.0);
@@ -51,7 +51,7 @@ public:
       --m_count;
   }
 
-  /// Sign of a * b - c * d.
+  /// Returns the sign of a * b - c * d.
   static int CompareProducts(const WideNumber& a, const WideNumber& b, const WideNumber& c,
                              const WideNumber& d) {
     std::uint32_t left[2 * capacity];
@@ -68,10 +68,10 @@ public:
   }
 
 private:
-  // The range of double, 1074 bits below one and 1024 above, and room for a whole mantissa.
+  // The range of double, 1074 bits below one and 1024 bits above, and one whole mantissa.
   static constexpr std::size_t capacity = (1074 + 1024) / limbBits + 4;
 
-  /// Adds or takes away bits * 2^shift.
+  /// Adds or subtracts bits * 2^shift.
   void Shifted(std::uint64_t bits, int shift, bool adds) {
     const auto limb = static_cast<std::size_t>(shift / limbBits);
     const int offset = shift % limbBits;
@@ -122,14 +122,14 @@ private:
   std::size_t m_count;
 };
 
-/// No bit of either is below 2 to this power.
+/// Returns an exponent such that no bit of either expansion is below 2 to that power.
 int LowestExponent(const Expansion<192>& a, const Expansion<192>& b) {
   return std::min(UnitExponent(a.component[0]), UnitExponent(b.component[0]));
 }
 
-/// Tells the ratios apart by their rounded values; 0 where these are too close to say.
+/// Compares the ratios by their rounded values; returns 0 when these are too close to decide.
 int CompareRounded(const ExactRatio& a, const ExactRatio& b) {
-  // Below this the rounded values have lost bits to underflow.
+  // Rounded values below this bound have lost bits to underflow.
   constexpr double leastMagnitude = 0x1p-850;
   constexpr double relativeBound = 0x1p-85;
   const double magnitude = std::fabs(a.rounded.hi) + std::fabs(b.rounded.hi);
@@ -145,13 +145,14 @@ Expansion<6> SquaredLength(const Coord3& v) {
              Expand(TwoProduct(v.z, v.z)));
 }
 
-/// CompareLength by rounded values; 0 where these are too close to say.
+/// CompareLength by rounded values; returns 0 when these are too close to decide.
 int CompareRoundedLength(const ExactRatio& ratio, const Coord3& vector,
                          const ScaledLength& length) {
-  // Between these the product has all its bits.
+  // Between these bounds the product has all its bits.
   constexpr double least = 0x1p-850;
   constexpr double greatest = 0x1p900;
-  // The ratio is known within 2^-90 of it, the root and the product within 2^-98.
+  // The relative error of the ratio is below 2^-90, and that of the root and the product below
+  // 2^-98.
   constexpr double relativeBound = 0x1p-85;
   const DoubleDouble product = Times(ratio.rounded, Root(SquaredLength(vector).Rounded()));
   if (!(product.hi > least && product.hi < greatest)) return 0;
@@ -194,8 +195,8 @@ int CompareLength(const ExactRatio& ratio, const Coord3& vector, const ScaledLen
   if (std::isinf(length.value)) return -1;
   const int rounded = CompareRoundedLength(ratio, vector, length);
   if (rounded != 0) return rounded;
-  // Both sides are positive, so their squares compare as they do: with the ratio n / d,
-  // n^2 |vector|^2 against length^2 d^2, all of them exact.
+  // Both sides are positive, so their squares compare in the same way. With the ratio n / d this
+  // compares n^2 |vector|^2 with length^2 d^2, and all factors are exact.
   const BigNatural over = BigNatural::MagnitudeOf(ratio.numerator);
   const BigNatural under = BigNatural::MagnitudeOf(ratio.denominator);
   const BigNatural limit(length.value, length.exponent);

@@ -39,10 +39,12 @@ const char* const description =
 const char* const usage = "MOVING FIXED --direction X,Y,Z [OPTION...]";
 
 const char* const footer = "Exit status:\n"
-                           "  0   contact, or in contact from the start\n"
+                           "  0   contact, including contact from the start
+                           "
                            "  1   no contact\n"
                            "  2   wrong usage\n"
-                           "  3   a mesh is unreadable or rejected\n"
+                           "  3   a mesh cannot be read or was rejected
+                           "
                            "  4   another failure\n"
                            "\n"
                            "Examples:\n"
@@ -53,32 +55,32 @@ const char* const directionForms = "be X,Y,Z or an axis such as z or -z";
 
 struct OptionRow {
   const char* names;
-  const char* value;        ///< what follows the option; null for a flag
-  bool SweepOptions::*flag; ///< what a flag sets; null for a value
+  const char* value;        ///< the value that follows the option; null for a flag
+  bool SweepOptions::*flag; ///< the field that a flag sets; null for an option with a value
   std::string text;
 };
 
-/// In the order of the help.
+/// The options, in the order of the help.
 std::vector<OptionRow> OptionRows() {
   return {
       {"-d,--direction", "X,Y,Z", nullptr,
-       "Direction of travel, of any length but zero, or an axis: x -x y -y z -z"},
+       "Direction of travel, of any length except zero, or an axis: x -x y -y z -z"},
       {"--offset", "X,Y,Z", nullptr, "Moves MOVING by this vector first"},
       {"--one-sided", nullptr, &SweepOptions::oneSided,
        "Leaves out triangles of MOVING that face against the direction and triangles of FIXED that "
        "face along it"},
-      {"--max-distance", "L", nullptr, "Counts contacts up to this travel, L itself included"},
+      {"--max-distance", "L", nullptr, "Reports contacts up to and including this travel"},
       {"--json", "FILE", nullptr,
-       "Writes the answer as JSON; - writes it to stdout in place of the text"},
+       "Writes the result as JSON; - writes it to stdout in place of the text"},
       {"--output", "FILE", nullptr,
-       "Writes MOVING where it touches, in the format of the extension: " + MeshFormatNames(".")},
+       "Writes MOVING at its contact, in the format of the extension: " + MeshFormatNames(".")},
       {"--format", "NAME", nullptr,
-       "Format of a mesh on stdin: " + MeshFormatNames("") + "; obj needs it, the others show it"},
-      {"--threads", "N", nullptr, "Number of threads, 1 to 1024; the answer does not depend on it"},
+       "Format of a mesh on stdin: " + MeshFormatNames("") + "; only obj requires it"},
+      {"--threads", "N", nullptr, "Number of threads, 1 to 1024; the result does not depend on it"},
       {"--progress", "STYLE", nullptr,
-       "Shows progress on stderr if that is a terminal: auto, plain or never"},
+       "Shows progress on stderr if stderr is a terminal: auto, plain or never"},
       {"--quiet", nullptr, &SweepOptions::quiet,
-       "Prints only errors, and on stdout only what --json - asks for"},
+       "Prints only errors, and on stdout only the JSON of --json -"},
       {"--force", nullptr, &SweepOptions::force, "Replaces existing output files"},
   };
 }
@@ -100,7 +102,7 @@ void Declare(CLI::App& app, SweepOptions& options) {
         CLI::MultiOptionPolicy::TakeAll);
   }
   app.footer(footer);
-  // What is left over and what is missing is reported below, in an order of our own.
+  // The code below reports unexpected and missing arguments, in its own order.
   app.allow_extras();
 }
 
@@ -119,7 +121,7 @@ void Declare(CLI::App& app, SweepOptions& options) {
   Fail(name + " must " + expected + " (got " + got + ")");
 }
 
-/// As a person would type it in a shell.
+/// Returns the argument as a person would type it in a shell.
 std::string AsTyped(const std::string& argument) {
   const bool isPlain = !argument.empty() && argument.find_first_of(" \t'\"") == std::string::npos;
   return isPlain ? OneLine(argument) : "'" + OneLine(argument) + "'";
@@ -140,7 +142,7 @@ std::vector<std::string> LongNames(const CLI::App& app) {
   FailWithHelp(unknown);
 }
 
-/// What the parser would misunderstand: "--json=" takes the next argument for its value,
+/// Refuses what the parser would misunderstand: "--json=" takes the next argument as its value, and
 /// "-direction" is "-d" with the value "irection".
 void RefuseMalformedOption(const CLI::App& app, const std::string& argument) {
   const std::size_t equals = argument.find('=');
@@ -157,7 +159,7 @@ void RefuseMalformedOption(const CLI::App& app, const std::string& argument) {
   if (equals + 1 == argument.size()) FailWithHelp(name + " must be followed by a value");
 }
 
-/// The arguments that no option and neither body took, as typed.
+/// Returns the arguments that belong to no option and to neither body, as typed.
 std::vector<std::string> LeftOver(const CLI::App& app) {
   std::vector<std::string> arguments = app.remaining();
   const auto mark = std::find(arguments.begin(), arguments.end(), "--");
@@ -171,7 +173,7 @@ bool LooksLikeOption(const std::string& argument) {
   return c == '-' || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
 }
 
-/// `end` is where options end: at "--" or at the end of the arguments.
+/// Options end at `end`: at "--" or at the end of the arguments.
 void RefuseUnknownOptions(const CLI::App& app, const char* const* begin, const char* const* end) {
   for (const std::string& argument : LeftOver(app)) {
     const bool isBeforeEnd = std::find(begin, end, std::string_view(argument)) != end;
@@ -192,14 +194,14 @@ void RefuseUnexpectedArguments(const CLI::App& app) {
                list);
 }
 
-/// The value of an option or an argument, if it is given.
+/// Returns the value of an option or an argument, if it is given.
 std::optional<std::string> ValueOf(const CLI::App& app, const std::string& name) {
   const std::vector<std::string> values = app.get_option(name)->results();
   if (values.empty()) return std::nullopt;
   if (values.size() > 1) {
-    Fail(name + " is given " + std::to_string(values.size()) + " times; expected once");
+    Fail(name + " was given " + std::to_string(values.size()) + " times; expected once");
   }
-  // The parser takes -d=-z for the option -d with the value =-z.
+  // The parser reads -d=-z as the option -d with the value =-z.
   const bool isAssigned = name == "--direction" && values[0].substr(0, 1) == "=";
   return isAssigned ? values[0].substr(1) : values[0];
 }
@@ -209,7 +211,7 @@ std::string MeshFileOf(const std::string& name, const std::string& value) {
   return value;
 }
 
-/// A name that begins with a dash is most often an option, and the value before it is missing.
+/// A file name that begins with a dash is usually an option whose preceding value is missing.
 std::string OutputNameOf(const std::string& name, const std::string& value, const char* expected) {
   if (value.empty()) FailValue(name, expected, value);
   if (value != "-" && value[0] == '-') {
@@ -308,7 +310,7 @@ void RefuseMisusedStdin(const SweepOptions& options) {
     Fail("MOVING and FIXED are both -; expected standard input for one of them");
   }
   if (options.format != MeshFormat::Unknown && !options.ReadsStdin()) {
-    Fail("--format is for a mesh on standard input; expected - as MOVING or FIXED");
+    Fail("--format needs a mesh on standard input; expected - as MOVING or FIXED");
   }
 }
 

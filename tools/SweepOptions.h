@@ -14,13 +14,13 @@
 namespace gsl_tools {
 
 struct SweepOptions {
-  std::string movingFile, fixedFile; ///< as typed; "-" in one of them is standard input
+  std::string movingFile, fixedFile; ///< as typed; one of them may be "-", standard input
   gsl_sweep::MeshFormat format = gsl_sweep::MeshFormat::Unknown; ///< of standard input
   gsl_arithmetic::Coord3 direction{0.0, 0.0, 0.0};               ///< not zero
   gsl_arithmetic::Coord3 offset{0.0, 0.0, 0.0};
   bool oneSided = false;
   double maxDistance = std::numeric_limits<double>::infinity(); ///< at least 0
-  std::string jsonFile, outputFile;                             ///< empty when not asked for
+  std::string jsonFile, outputFile;                             ///< empty when not requested
   unsigned threads = 1;
   gsl_sweep::ProgressStyle progress = gsl_sweep::ProgressStyle::Auto;
   bool quiet = false, force = false;
@@ -30,11 +30,11 @@ struct SweepOptions {
   bool JsonToFile() const { return !jsonFile.empty() && !JsonToStdout(); }
 };
 
-/// Reads the command line. Returns what is to be printed in place of a sweep, the help or the
-/// version with a newline at its end, or an empty text.
+/// Reads the command line. Returns the text that is printed instead of a sweep, which is the help
+/// or the version with a newline at its end; or returns an empty text.
 ///
-/// Errors     UsageError. An unknown option is named before a value that makes no sense, that
-///            before an unexpected argument, and a missing argument comes last.
+/// Errors     UsageError. An unknown option is reported before a wrong value, a wrong value before
+///            an unexpected argument, and a missing argument comes last.
 std::string ParseSweepOptions(int argc, const char* const* argv, SweepOptions& options);
 
 } // namespace gsl_tools

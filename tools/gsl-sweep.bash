@@ -1,11 +1,11 @@
 # Completion of gsl-sweep for bash. It works with and without the bash-completion package.
 
-# Words of a list that begin with what is typed.
+# Offers the words of a list that begin with the typed text.
 _gsl_sweep_words() {
   mapfile -t COMPREPLY < <(compgen -W "$1" -- "$2")
 }
 
-# Folders, and files whose extension is in a pattern.
+# Offers folders, and files whose extension matches a pattern.
 _gsl_sweep_files() {
   local name pattern='^('$1')$' names
   mapfile -t names < <(compgen -f -- "$2")

@@ -38,7 +38,7 @@ SweepQuestion QuestionOf(const SweepOptions& options) {
   return question;
 }
 
-/// What messages call a mesh.
+/// Returns the name of a mesh in messages.
 std::string NameOfMesh(const std::string& file) {
   return file == "-" ? "standard input" : file;
 }
@@ -48,7 +48,7 @@ Mesh ReadBody(const std::string& file, const SweepOptions& options) {
   return ReadMesh(file);
 }
 
-/// True also for two ways to write one path, through folders or links.
+/// True also for one file under two paths, through folders or links.
 bool NameSameFile(const std::string& a, const std::string& b) {
   if (a.empty() || b.empty()) return false;
   std::error_code error;
@@ -58,7 +58,7 @@ bool NameSameFile(const std::string& a, const std::string& b) {
   return error ? a == b : canonicalA == canonicalB;
 }
 
-/// Before the work, so that it is not done in vain.
+/// Runs before the search, so that a bad output name costs no time.
 void CheckOutputs(const SweepOptions& options) {
   if (options.JsonToFile() && NameSameFile(options.jsonFile, options.outputFile)) {
     throw UsageError("--json and --output name the same file");
@@ -87,7 +87,7 @@ void WriteStdout(const std::string& text) {
   throw OutputError(std::string("standard output: cannot be written: ") + std::strerror(errno));
 }
 
-/// What the text says about --output.
+/// Returns the line of the report about --output.
 std::string OutputLine(const SweepOptions& options, const SweepAnswer& answer) {
   if (options.outputFile.empty()) return {};
   const std::string file = OneLine(options.outputFile);
@@ -151,7 +151,7 @@ ExitStatus Run(const SweepOptions& options) {
   return touches ? Touching : NoContact;
 }
 
-/// Runs `work` and turns what it throws into one line and an exit status.
+/// Runs `work`, and turns an exception into one line and an exit status.
 template <class Work>
 int Guarded(const Work& work) {
   try {
@@ -179,7 +179,7 @@ int ParseAndRun(int argc, char** argv) {
     return 0;
   }
   RemoveTemporaryFilesOnInterrupt();
-  // A write beyond the limit for files then fails, and is told, instead of ending the program.
+  // A write beyond the limit for files then fails and is reported, and does not end the program.
   std::signal(SIGXFSZ, SIG_IGN);
   return Run(options);
 }

@@ -219,9 +219,9 @@ TEST(SweepOptions, OneBodyMayBeStandardInput) {
   EXPECT_EQ(Parse({"-", "-", "-d", "z"}).error,
             "MOVING and FIXED are both -; expected standard input for one of them");
   EXPECT_EQ(ParseMore({"--format", "obj"}).error,
-            "--format is for a mesh on standard input; expected - as MOVING or FIXED");
+            "--format needs a mesh on standard input; expected - as MOVING or FIXED");
   EXPECT_EQ(Parse({"./-", "b", "-d", "z", "--format", "obj"}).error,
-            "--format is for a mesh on standard input; expected - as MOVING or FIXED");
+            "--format needs a mesh on standard input; expected - as MOVING or FIXED");
   EXPECT_EQ(Parse({"-", "b", "-d", "z", "--format", "step"}).error,
             "--format must be stl, ply, obj or off (got step)");
   EXPECT_EQ(Parse({"-", "b", "-d", "z", "--format", ""}).error,
@@ -246,9 +246,9 @@ TEST(SweepOptions, MissingArgumentsAreNamedTogether) {
 }
 
 TEST(SweepOptions, OptionGivenTwiceIsRefused) {
-  EXPECT_EQ(ParseMore({"--direction", "x"}).error, "--direction is given 2 times; expected once");
+  EXPECT_EQ(ParseMore({"--direction", "x"}).error, "--direction was given 2 times; expected once");
   EXPECT_EQ(ParseMore({"--json", "a", "--json", "b", "--json", "c"}).error,
-            "--json is given 3 times; expected once");
+            "--json was given 3 times; expected once");
   EXPECT_EQ(ParseMore({"--quiet", "--quiet"}).error, "");
 }
 

@@ -11,7 +11,7 @@ constexpr std::size_t textColumn = 26;
 constexpr std::size_t nameIndent = 2;
 constexpr std::size_t leastGap = 2;
 
-/// "-d, --direction X,Y,Z", or "    --offset X,Y,Z" so that the long names are below each other.
+/// Returns "-d, --direction X,Y,Z", or "    --offset X,Y,Z" so that the long names are aligned.
 std::string NamesOf(const CLI::Option* option, bool isPositional) {
   if (isPositional) return option->get_name(true);
   std::string names = option->get_snames().empty() ? "    " : "-" + option->get_snames()[0] + ", ";
@@ -64,7 +64,7 @@ std::string HelpFormatter::make_option(const CLI::Option* option, bool isPositio
       column = 0;
     }
     text += std::string(textColumn - column, ' ') + line;
-    column = textColumn + 1; // any further line is a new one
+    column = textColumn + 1; // later lines begin a new line
   }
   return text + "\n";
 }

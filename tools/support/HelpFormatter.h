@@ -10,11 +10,10 @@
 
 namespace gsl_tools {
 
-/// `text` broken between words into lines of at most `width` bytes; a longer word has a line of its
-/// own.
+/// Breaks `text` between words into lines of at most `width` bytes; a longer word has its own line.
 std::vector<std::string> WrappedLines(std::string_view text, std::size_t width);
 
-/// Help whose lines fit a terminal of 80 columns.
+/// Formats help whose lines fit a terminal of 80 columns.
 class HelpFormatter : public CLI::Formatter {
 public:
   /// `usage` follows the name of the program.

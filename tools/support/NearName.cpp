@@ -10,7 +10,7 @@ namespace {
 constexpr std::size_t mostErrors = 2;
 constexpr std::size_t leastLetters = 3;
 
-/// Typing errors between two words (optimal string alignment distance).
+/// Returns the number of typing errors between two words (optimal string alignment distance).
 std::size_t TypingErrors(std::string_view a, std::string_view b) {
   // Row i holds the errors between the first i letters of a and the first j of b.
   std::vector<std::vector<std::size_t>> errors(a.size() + 1,

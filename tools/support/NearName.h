@@ -7,11 +7,11 @@
 
 namespace gsl_tools {
 
-/// The one name that a mistyped word can only mean; empty when there is none or more than one.
+/// Returns the only name that a mistyped word can mean; empty when no name or several names fit.
 ///
-/// A word means a name that begins with it, if it has at least three letters after its dashes; else
-/// a name at most two typing errors away. A typing error is a letter too many, too few or wrong, or
-/// two neighbours exchanged.
+/// A word with at least three letters after its dashes means a name that begins with the word;
+/// otherwise it means a name at most two typing errors away. A typing error is an extra, missing or
+/// wrong letter, or two neighbours exchanged.
 std::string NearName(std::string_view word, const std::vector<std::string>& names);
 
 } // namespace gsl_tools

@@ -7,13 +7,13 @@
 namespace gsl_sweep {
 
 enum class ProgressStyle {
-  Auto,  ///< one line that is written over and removed at the end
+  Auto,  ///< one line that is rewritten, and removed at the end
   Plain, ///< whole lines, without control characters
   Never
 };
 
-/// Tells a person at a terminal how far a long computation is. Writes to stderr, and only when that
-/// is a terminal; Auto is Plain on a terminal that cannot write over a line (TERM is dumb or
+/// Shows a person at a terminal how far a long computation is. It writes to stderr, and only when
+/// stderr is a terminal. Auto is Plain on a terminal that cannot rewrite a line (TERM is dumb or
 /// unset).
 class Progress {
 public:
@@ -22,14 +22,14 @@ public:
   Progress(const Progress&) = delete;
   Progress& operator=(const Progress&) = delete;
 
-  /// Names what is done now.
+  /// Begins a stage of the work and shows its name.
   void Begin(const std::string& stage);
 
-  /// The part of the stage that is done, from 0 to 1; shown at most ten times a second, in plain
+  /// Shows the part of the stage that is done, from 0 to 1: at most ten times a second, in plain
   /// style once a second.
   void Update(double part);
 
-  /// Removes what was written over; before other output.
+  /// Removes the rewritten line. Call it before other output.
   void Clear();
 
 private:

@@ -52,7 +52,7 @@ Json QuestionAsJson(const SweepReport& report) {
   return json;
 }
 
-/// What the features are called in a sentence, that of the moving body first.
+/// Returns the names of the features for a sentence, the moving body's feature first.
 std::string KindInWords(ContactKind kind) {
   if (kind == ContactKind::Overlap) return "they share a point";
   std::string words = KindName(kind);
@@ -87,7 +87,7 @@ std::string FirstLine(const SweepReport& report) {
          ".\n";
 }
 
-/// Diagonal of the box around all finite triangles.
+/// Returns the diagonal of the box around all finite triangles.
 double SizeOf(const Mesh& mesh) {
   constexpr double infinity = std::numeric_limits<double>::infinity();
   Coord3 low{infinity, infinity, infinity};

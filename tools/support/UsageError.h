@@ -5,7 +5,7 @@
 
 namespace gsl_tools {
 
-/// A command line that makes no sense. what() is one line: what is wrong, then what was expected.
+/// A command line is wrong. what() is one line: what is wrong, then what was expected.
 class UsageError : public std::runtime_error {
 public:
   using std::runtime_error::runtime_error;

@@ -18,7 +18,7 @@ std::string_view Trimmed(std::string_view text) {
   return text.substr(first, text.find_last_not_of(" \t") - first + 1);
 }
 
-/// Removes the spaces before a word, and the word, which ends at a space or a comma.
+/// Removes and returns the next word, with the spaces before it; a word ends at a space or a comma.
 std::string_view TakeWord(std::string_view& text) {
   text.remove_prefix(std::min(text.find_first_not_of(" \t"), text.size()));
   const std::string_view word = text.substr(0, text.find_first_of(" \t,"));
@@ -32,7 +32,7 @@ void SkipSeparator(std::string_view& text) {
   if (!text.empty() && text.front() == ',') text.remove_prefix(1);
 }
 
-/// x, y or z with or without a sign.
+/// Reads x, y or z, with or without a sign.
 std::optional<Coord3> ParseAxis(std::string_view text) {
   const bool isSigned = !text.empty() && (text[0] == '+' || text[0] == '-');
   const double one = isSigned && text[0] == '-' ? -1.0 : 1.0;
