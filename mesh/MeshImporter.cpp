@@ -1,7 +1,7 @@
 #include "MeshImporter.h"
 
+#include "MachineMemory.h"
 #include "MeshImportProtocol.h"
-#include "readers/MeshReadFormats.h"
 
 #include <cerrno>
 #include <charconv>
@@ -106,11 +106,11 @@ int RunMeshImporter(int argc, const char* const* argv, MeshReader read) {
   } catch (const MeshError& e) {
     error = e.what();
   } catch (const std::bad_alloc&) {
-    error = OneLine(path) + ": not enough memory to read it";
+    error = path + ": not enough memory to read it";
   } catch (const std::exception& e) {
-    error = OneLine(path + ": cannot be read: " + e.what());
+    error = path + ": cannot be read: " + e.what();
   } catch (...) {
-    error = OneLine(path) + ": cannot be read";
+    error = path + ": cannot be read";
   }
   Send(error);
   if (error.empty()) Send(mesh);

@@ -1,9 +1,12 @@
 #include "MeshRead.h"
 
 #include "FileDescriptor.h"
+#include "MachineMemory.h"
 #include "MeshForeign.h"
 #include "MeshImport.h"
-#include "readers/MeshReadFormats.h"
+#include "MeshSource.h"
+#include "readers/MeshReaders.h"
+#include "readers/WordScanner.h"
 
 #include <algorithm>
 #include <cerrno>

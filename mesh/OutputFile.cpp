@@ -1,7 +1,5 @@
 #include "OutputFile.h"
 
-#include "OneLine.h"
-
 #include <atomic>
 #include <cerrno>
 #include <climits>
@@ -53,7 +51,7 @@ void GiveSlotBack(int slot) {
 }
 
 [[noreturn]] void FailOutput(const std::string& name, const std::string& message) {
-  throw OutputError(OneLine(name) + ": " + message);
+  throw OutputError(name + ": " + message);
 }
 
 std::string Reason(int error) {

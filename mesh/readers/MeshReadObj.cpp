@@ -1,4 +1,6 @@
-#include "readers/MeshReadFormats.h"
+#include "readers/FaceCollector.h"
+#include "readers/MeshReaders.h"
+#include "readers/WordScanner.h"
 
 #define TINYOBJLOADER_USE_DOUBLE
 #define TINYOBJLOADER_IMPLEMENTATION
@@ -241,9 +243,9 @@ Mesh ReadObj(const MeshSource& source) {
   }
   receiver.faces.Finish();
   if (statements.freeForm != nullptr) {
-    mesh.warnings.push_back(OneLine(source.file) +
-                            ": left out curved surfaces, the first in line " +
-                            std::to_string(LineOf(source.bytes, statements.freeForm)));
+    Warn(mesh, source,
+         "left out curved surfaces, the first in line " +
+             std::to_string(LineNumberAt(source.bytes, statements.freeForm)));
   }
   return mesh;
 }

@@ -1,4 +1,5 @@
-#include "readers/MeshReadFormats.h"
+#include "readers/MeshReaders.h"
+#include "readers/WordScanner.h"
 
 #include <algorithm>
 #include <array>
@@ -61,8 +62,8 @@ void CheckTrailing(const MeshSource& source, std::string_view trailing, std::siz
                          std::to_string(trailing.size()) +
                          " bytes at the end of the file; one of the two is damaged");
   }
-  mesh.warnings.push_back(OneLine(source.file) + ": ignored " + std::to_string(trailing.size()) +
-                          " bytes behind the last triangle");
+  Warn(mesh, source,
+       "ignored " + std::to_string(trailing.size()) + " bytes behind the last triangle");
 }
 
 Mesh ReadBinary(const MeshSource& source) {
