@@ -1,7 +1,7 @@
 #include "MeshForeign.h"
 
 #include "MeshFormat.h"
-#include "readers/MeshReadFormats.h"
+#include "readers/WordScanner.h"
 
 #include <algorithm>
 #include <initializer_list>

@@ -1,8 +1,9 @@
 #include "MeshImport.h"
 
 #include "FileDescriptor.h"
+#include "MachineMemory.h"
 #include "MeshImportProtocol.h"
-#include "readers/MeshReadFormats.h"
+#include "MeshSource.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -158,7 +159,7 @@ private:
   const std::string what = error == ENOENT ? "is missing" : std::strerror(error);
   FailRead(source, "is not STL, PLY, OBJ or OFF, and the program that reads other formats cannot "
                    "be started: " +
-                       OneLine(program) + " " + what);
+                       program + " " + what);
 }
 
 ImportProcess StartImport(const MeshSource& source, const std::string& program,
@@ -231,12 +232,11 @@ Mesh ImportMesh(const std::string& program, const std::string& path, const Impor
   }
   if (process.IsOutOfTime()) {
     const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(limits.time).count();
-    FailRead(source, "given up: not read within " + std::to_string(seconds) + " seconds");
+    FailRead(source, "cannot be read within " + std::to_string(seconds) + " seconds");
   }
   if (!greeted) {
-    FailRead(source, "cannot be read: " + OneLine(program) +
-                         " does not answer as this version of " + programName + " would (" +
-                         process.Wait() + ")");
+    FailRead(source, "cannot be read: " + program + " is not this version of " + programName +
+                         " (" + process.Wait() + ")");
   }
   FailRead(source, "is damaged: the program that imports it ended early (" + process.Wait() + ")");
 }

@@ -1,7 +1,7 @@
 #include "MeshImporter.h"
 
+#include "MachineMemory.h"
 #include "MeshImportProtocol.h"
-#include "readers/MeshReadFormats.h"
 
 #include <cerrno>
 #include <charconv>
@@ -93,8 +93,8 @@ int RunMeshImporter(int argc, const char* const* argv, MeshReader read) {
   std::uint64_t caller = 0;
   if (argc != protocol::Count || argv[protocol::Greeting] != std::string_view(protocol::greeting) ||
       !ParseWhole(argv[protocol::Memory], memory) || !ParseWhole(argv[protocol::Caller], caller)) {
-    std::fprintf(stderr, "gsl-mesh-import: reads mesh files for gsl-sweep, which starts it; "
-                         "expected gsl-sweep\n");
+    std::fprintf(stderr,
+                 "gsl-mesh-import: only gsl-sweep starts this program; expected gsl-sweep\n");
     return 2;
   }
   Confine(memory, caller);
@@ -107,11 +107,11 @@ int RunMeshImporter(int argc, const char* const* argv, MeshReader read) {
   } catch (const MeshError& e) {
     error = e.what();
   } catch (const std::bad_alloc&) {
-    error = OneLine(path) + ": not enough memory to read it";
+    error = path + ": not enough memory to read it";
   } catch (const std::exception& e) {
-    error = OneLine(path + ": cannot be read: " + e.what());
+    error = path + ": cannot be read: " + e.what();
   } catch (...) {
-    error = OneLine(path) + ": cannot be read";
+    error = path + ": cannot be read";
   }
   Send(error);
   if (error.empty()) Send(mesh);

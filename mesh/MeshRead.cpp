@@ -1,9 +1,12 @@
 #include "MeshRead.h"
 
 #include "FileDescriptor.h"
+#include "MachineMemory.h"
 #include "MeshForeign.h"
 #include "MeshImport.h"
-#include "readers/MeshReadFormats.h"
+#include "MeshSource.h"
+#include "readers/MeshReaders.h"
+#include "readers/WordScanner.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -43,8 +46,7 @@ std::size_t CheckedSize(const FileDescriptor& file, const std::string& path) {
   const auto size = static_cast<std::uint64_t>(status.st_size);
   const std::uint64_t memory = MemoryOfMachine();
   if (memory > 0 && size > memory) {
-    FailFile(path,
-             "is larger (" + std::to_string(size) + " bytes) than the memory of this machine");
+    FailFile(path, "has " + std::to_string(size) + " bytes, more than the memory of this machine");
   }
   return size;
 }

@@ -1,7 +1,5 @@
 #include "OutputFile.h"
 
-#include "OneLine.h"
-
 #include <atomic>
 #include <cerrno>
 #include <climits>
@@ -53,7 +51,7 @@ void GiveSlotBack(int slot) {
 }
 
 [[noreturn]] void FailOutput(const std::string& name, const std::string& message) {
-  throw OutputError(OneLine(name) + ": " + message);
+  throw OutputError(name + ": " + message);
 }
 
 std::string Reason(int error) {
@@ -74,15 +72,16 @@ bool CheckExisting(const std::string& name, bool force, struct stat& status) {
   if (stat(name.c_str(), &status) != 0) {
     if (errno == ENOENT) {
       // stat fails for a link without a target; renaming over it would replace the link.
-      if (lstat(name.c_str(), &status) == 0) FailOutput(name, "is a link that leads nowhere");
+      if (lstat(name.c_str(), &status) == 0)
+        FailOutput(name, "is a link whose target does not exist");
       return false;
     }
     FailOutput(name, "cannot be written: " + Reason(errno));
   }
   if (!S_ISREG(status.st_mode)) {
-    FailOutput(name, "exists and is not a regular file; it is kept");
+    FailOutput(name, "exists, is not a regular file, and is kept");
   }
-  if (!force) FailOutput(name, "exists; it is kept unless replacing it is asked for (--force)");
+  if (!force) FailOutput(name, "already exists and is kept; --force replaces it");
   return true;
 }
 
@@ -143,7 +142,7 @@ void OutputFile::CreateTemporary() {
     m_slot = -1;
     if (error != EEXIST) Fail("cannot be written: " + Reason(error));
   }
-  Fail("cannot be written: no free name beside it");
+  Fail("cannot be written: no temporary name is free in its folder");
 }
 
 void OutputFile::Write(const void* data, std::size_t size) {
@@ -189,7 +188,7 @@ void OutputFile::MoveIntoPlace() {
     unlink(m_temporary.c_str());
     return;
   }
-  if (errno == EEXIST) Fail("appeared meanwhile; it is kept");
+  if (errno == EEXIST) Fail("was created by another process meanwhile and is kept");
   Fail("cannot be written: " + Reason(errno));
 }
 

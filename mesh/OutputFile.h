@@ -1,6 +1,8 @@
 #ifndef GSL_MESH_OUTPUT_FILE_H
 #define GSL_MESH_OUTPUT_FILE_H
 
+#include "Printable.h"
+
 #include <cstddef>
 #include <stdexcept>
 #include <string>
@@ -11,7 +13,7 @@ namespace gsl_sweep {
 /// An output cannot be written. what() is one line that names the file.
 class OutputError : public std::runtime_error {
 public:
-  using std::runtime_error::runtime_error;
+  explicit OutputError(const std::string& message) : std::runtime_error(Printable(message)) {}
 };
 
 /// A file that appears under its name either whole or not at all.

@@ -1,7 +1,6 @@
 #include "SweepOptions.h"
 
 #include "MeshWrite.h"
-#include "OneLine.h"
 #include "support/HelpFormatter.h"
 #include "support/NearName.h"
 #include "support/VectorText.h"
@@ -24,7 +23,6 @@ namespace {
 using gsl_arithmetic::Coord3;
 using gsl_sweep::MeshFormat;
 using gsl_sweep::MeshFormatNames;
-using gsl_sweep::OneLine;
 using gsl_sweep::ParseNumber;
 using gsl_sweep::ParseVector;
 using gsl_sweep::ProgressStyle;
@@ -39,12 +37,10 @@ const char* const description =
 const char* const usage = "MOVING FIXED --direction X,Y,Z [OPTION...]";
 
 const char* const footer = "Exit status:\n"
-                           "  0   contact, including contact from the start
-                           "
+                           "  0   contact, including contact from the start\n"
                            "  1   no contact\n"
                            "  2   wrong usage\n"
-                           "  3   a mesh cannot be read or was rejected
-                           "
+                           "  3   a mesh cannot be read or was rejected\n"
                            "  4   another failure\n"
                            "\n"
                            "Examples:\n"
@@ -117,14 +113,14 @@ void Declare(CLI::App& app, SweepOptions& options) {
 /// "--max-distance must be at least 0 (got -3)"; `expected` follows "must".
 [[noreturn]] void FailValue(const std::string& name, const std::string& expected,
                             const std::string& value) {
-  const std::string got = value.empty() ? "an empty value" : OneLine(value);
+  const std::string got = value.empty() ? "an empty value" : value;
   Fail(name + " must " + expected + " (got " + got + ")");
 }
 
 /// Returns the argument as a person would type it in a shell.
 std::string AsTyped(const std::string& argument) {
   const bool isPlain = !argument.empty() && argument.find_first_of(" \t'\"") == std::string::npos;
-  return isPlain ? OneLine(argument) : "'" + OneLine(argument) + "'";
+  return isPlain ? argument : "'" + argument + "'";
 }
 
 std::vector<std::string> LongNames(const CLI::App& app) {
@@ -336,7 +332,7 @@ std::string ParseSweepOptions(int argc, const char* const* argv, SweepOptions& o
     // Only the last argument can be an option whose value is missing.
     FailWithHelp(AsTyped(argv[argc - 1]) + " must be followed by a value");
   } catch (const CLI::ParseError& error) {
-    FailWithHelp(OneLine(error.what()));
+    FailWithHelp(error.what());
   }
   RefuseUnknownOptions(app, begin, end);
   options.threads = ThreadsOfMachine();

@@ -1,7 +1,8 @@
 #include "readers/MeshReadAssimp.h"
 
 #include "MeshFormat.h"
-#include "readers/MeshReadFormats.h"
+#include "readers/FaceCollector.h"
+#include "readers/WordScanner.h"
 
 #include <assimp/Importer.hpp>
 #include <assimp/config.h>
@@ -153,12 +154,14 @@ Mesh ImportWithAssimp(const std::string& path) {
   } else {
     scene = importer.ReadFile(path, 0);
   }
-  if (scene == nullptr) FailRead(source, "cannot be read: " + OneLine(importer.GetErrorString()));
+  if (scene == nullptr)
+    FailRead(source, std::string("cannot be read: ") + importer.GetErrorString());
   Mesh mesh;
   SceneReader(source, *scene, mesh).Read();
   if (!KeepsCoordinates(extension)) {
-    mesh.warnings.push_back(OneLine(path) + ": Assimp may turn or scale this format; compare the "
-                                            "size and the position with what you expect");
+    Warn(mesh, source,
+         "Assimp may rotate or scale this format; compare the size and the position with what you "
+         "expect");
   }
   return mesh;
 }

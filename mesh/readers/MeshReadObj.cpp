@@ -1,4 +1,6 @@
-#include "readers/MeshReadFormats.h"
+#include "readers/FaceCollector.h"
+#include "readers/MeshReaders.h"
+#include "readers/WordScanner.h"
 
 #define TINYOBJLOADER_USE_DOUBLE
 #define TINYOBJLOADER_IMPLEMENTATION
@@ -135,13 +137,14 @@ void TakeFace(const MeshSource& source, std::string_view rest, const char* posit
   statements.faces.push_back('f');
   for (std::string_view word = TakeWord(rest); !word.empty(); word = TakeWord(rest)) {
     if (!IsCornerWord(word)) {
-      FailReadAt(source, position, "not the corner of a face: " + Quoted(word));
+      FailReadAt(source, position,
+                 Quoted(word) + " is not a corner of a face; expected v, v/vt, v//vn or v/vt/vn");
     }
     statements.faces.push_back(' ');
     statements.faces.append(word);
     any = true;
   }
-  if (!any) FailReadAt(source, position, "a face without corners");
+  if (!any) FailReadAt(source, position, "a face has no corners");
   statements.faces.push_back('\n');
   statements.places.push_back({statements.vertices.size(), position});
 }
@@ -171,7 +174,7 @@ Statements ScanStatements(const MeshSource& source) {
       if (keyword == "surf" && statements.freeForm == nullptr) statements.freeForm = position;
       if (keyword == "v" || keyword == "f") {
         FailReadAt(source, position,
-                   keyword == "v" ? "a vertex without coordinates" : "a face without corners");
+                   keyword == "v" ? "a vertex has no coordinates" : "a face has no corners");
       }
       p = lineEnd;
     }
@@ -241,9 +244,9 @@ Mesh ReadObj(const MeshSource& source) {
   }
   receiver.faces.Finish();
   if (statements.freeForm != nullptr) {
-    mesh.warnings.push_back(OneLine(source.file) +
-                            ": left out curved surfaces, the first in line " +
-                            std::to_string(LineOf(source.bytes, statements.freeForm)));
+    Warn(mesh, source,
+         "left out curved surfaces, the first in line " +
+             std::to_string(LineNumberAt(source.bytes, statements.freeForm)));
   }
   return mesh;
 }

@@ -1,4 +1,6 @@
-#include "readers/MeshReadFormats.h"
+#include "readers/FaceCollector.h"
+#include "readers/MeshReaders.h"
+#include "readers/WordScanner.h"
 
 #include <algorithm>
 

@@ -1,4 +1,6 @@
-#include "readers/MeshReadFormats.h"
+#include "readers/FaceCollector.h"
+#include "readers/MeshReaders.h"
+#include "readers/WordScanner.h"
 
 #include <algorithm>
 #include <cmath>
@@ -166,7 +168,7 @@ Header ParseHeader(const MeshSource& source) {
       header.elements.push_back(ParseElement(source, words));
     } else if (words[0] == "property") {
       if (header.elements.empty()) {
-        FailReadAt(source, words[0].data(), "a property before the first element");
+        FailReadAt(source, words[0].data(), "a 'property' comes before the first 'element'");
       }
       header.elements.back().properties.push_back(ParseProperty(source, words));
     } else {

@@ -1,4 +1,5 @@
-#include "readers/MeshReadFormats.h"
+#include "readers/MeshReaders.h"
+#include "readers/WordScanner.h"
 
 #include <algorithm>
 #include <array>
@@ -59,17 +60,17 @@ void CheckTrailing(const MeshSource& source, std::string_view trailing, std::siz
   if (trailing.size() >= recordSize && !padding) {
     FailRead(source, "the count of " + std::to_string(count) + " triangles leaves " +
                          std::to_string(trailing.size()) +
-                         " bytes at the end of the file; one of the two is damaged");
+                         " bytes at the end of the file; the count or the file is damaged");
   }
-  mesh.warnings.push_back(OneLine(source.file) + ": ignored " + std::to_string(trailing.size()) +
-                          " bytes behind the last triangle");
+  Warn(mesh, source,
+       "ignored " + std::to_string(trailing.size()) + " bytes after the last triangle");
 }
 
 Mesh ReadBinary(const MeshSource& source) {
   const std::string_view bytes = source.bytes;
   if (bytes.size() < prefixSize) {
-    FailRead(source, "too short for an STL file (" + std::to_string(bytes.size()) +
-                         " bytes; a binary one has at least 84, a text begins with 'solid')");
+    FailRead(source, "is too short for an STL file (" + std::to_string(bytes.size()) +
+                         " bytes); a binary file has at least 84, a text begins with 'solid'");
   }
   const std::size_t count = LittleEndian32(bytes.data() + headerSize);
   const std::size_t room = (bytes.size() - prefixSize) / recordSize;
@@ -93,7 +94,7 @@ void Expect(WordScanner& words, std::string_view keyword) {
   const std::string_view word = words.Next();
   if (word.size() == keyword.size() && BeginsWithNoCase(word, keyword)) return;
   const std::string expected = "expected '" + std::string(keyword) + "'";
-  if (word.empty()) words.Fail("the file ends where it is " + expected);
+  if (word.empty()) words.Fail("the file ends here; " + expected);
   const bool fourth = keyword == "endloop" && BeginsWithNoCase(word, "vertex");
   words.Fail(expected + ", found " + Quoted(word) + (fourth ? " (a facet has three corners)" : ""));
 }

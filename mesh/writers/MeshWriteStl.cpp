@@ -1,4 +1,4 @@
-#include "writers/MeshWriteFormats.h"
+#include "writers/MeshWriters.h"
 
 #include <array>
 #include <cmath>

@@ -95,8 +95,9 @@ TEST(MeshRead, UnknownFormatsAreRefused) {
   const TemporaryFolder folder;
   for (const char* name : {"part", "part.txt", "part.", ".stl.", "part.zae"}) {
     const std::string path = folder.Write(name, "hello");
-    EXPECT_EQ(ErrorOfFile(path), path + ": unknown mesh format (STL, OBJ, PLY, OFF, 3MF, glTF and "
-                                        "what Assimp reads)");
+    EXPECT_EQ(ErrorOfFile(path),
+              path + ": is not of a known mesh format; expected STL, OBJ, PLY, OFF, "
+                     "3MF, glTF or another format that Assimp reads");
   }
 }
 
@@ -155,8 +156,8 @@ TEST(MeshRead, FilesLargerThanTheMemoryAreRefused) {
   std::error_code error;
   std::filesystem::resize_file(path, size, error); // takes no room: the file has a hole
   if (error) GTEST_SKIP() << "no file of " << size << " bytes here: " << error.message();
-  EXPECT_EQ(ErrorOfFile(path), path + ": is larger (" + std::to_string(size) +
-                                   " bytes) than the memory of this machine");
+  EXPECT_EQ(ErrorOfFile(path), path + ": has " + std::to_string(size) +
+                                   " bytes, more than the memory of this machine");
 }
 
 TEST(MeshRead, MessagesAreOneLineWhateverTheNameOfTheFile) {
@@ -166,8 +167,10 @@ TEST(MeshRead, MessagesAreOneLineWhateverTheNameOfTheFile) {
 }
 
 TEST(MeshRead, FromMemoryRefusesWhatOnlyFilesCanBe) {
-  EXPECT_THAT(ErrorOf(MeshFormat::Assimp, Glb()), HasSubstr("sample: unknown mesh format"));
-  EXPECT_THAT(ErrorOf(MeshFormat::Unknown, "x"), HasSubstr("sample: unknown mesh format"));
+  EXPECT_THAT(ErrorOf(MeshFormat::Assimp, Glb()),
+              HasSubstr("sample: is not of a known mesh format"));
+  EXPECT_THAT(ErrorOf(MeshFormat::Unknown, "x"),
+              HasSubstr("sample: is not of a known mesh format"));
 }
 
 namespace {

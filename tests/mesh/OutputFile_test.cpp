@@ -20,8 +20,7 @@ using testing::IsEmpty;
 
 namespace {
 
-constexpr const char* keptMessage =
-    ": exists; it is kept unless replacing it is asked for (--force)";
+constexpr const char* keptMessage = ": already exists and is kept; --force replaces it";
 
 template <typename Action>
 std::string OutputErrorOf(Action action) {
@@ -104,7 +103,8 @@ TEST(OutputFile, FileThatAppearsBeforeCommitIsKept) {
     OutputFile file(path, false);
     file.Write("new", 3);
     folder.Write("report.json", "other");
-    EXPECT_EQ(OutputErrorOf([&] { file.Commit(); }), path + ": appeared meanwhile; it is kept");
+    EXPECT_EQ(OutputErrorOf([&] { file.Commit(); }),
+              path + ": was created by another process meanwhile and is kept");
   }
   EXPECT_EQ(BytesOf(path), "other");
   EXPECT_THAT(folder.Names(), ElementsAre("report.json"));
@@ -135,7 +135,7 @@ TEST(OutputFile, LinkThatLeadsNowhereIsKept) {
   std::filesystem::create_symlink("nowhere", link);
   for (const bool force : {false, true}) {
     EXPECT_EQ(OutputErrorOf([&] { WriteTextFile(link, "new", force); }),
-              link + ": is a link that leads nowhere");
+              link + ": is a link whose target does not exist");
   }
   EXPECT_THAT(folder.Names(), ElementsAre("link"));
 }
@@ -146,7 +146,7 @@ TEST(OutputFile, OnlyRegularFilesAreReplaced) {
   ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
   for (const std::string& path : {folder.Path(""), pipe, std::string("/dev/null")}) {
     EXPECT_EQ(OutputErrorOf([&] { WriteTextFile(path, "new", true); }),
-              path + ": exists and is not a regular file; it is kept");
+              path + ": exists, is not a regular file, and is kept");
   }
 }
 

@@ -23,7 +23,7 @@ public:
       : best(Splat(0.0)), row(Splat(-1.0)),
         next(Splat(static_cast<double>(firstRow)) + ZeroToLast()) {}
 
-  GSL_ALWAYS_INLINE void See(Vector merit) {
+  GSL_ALWAYS_INLINE void See(Doubles merit) {
     // equal-merits-take-the-last-row: but never a NaN.
     const auto better = merit >= best;
     best = better ? merit : best;
@@ -33,14 +33,14 @@ public:
 
   /// -1 when every merit was NaN.
   GSL_ALWAYS_INLINE std::ptrdiff_t Row() const {
-    const Vector winner = Splat(Largest(best));
+    const Doubles winner = Splat(Largest(best));
     return static_cast<std::ptrdiff_t>(Largest(best == winner ? row : Splat(-1.0)));
   }
 
 private:
-  Vector best;
-  Vector row;
-  Vector next;
+  Doubles best;
+  Doubles row;
+  Doubles next;
 };
 
 class LuElimination {
@@ -121,7 +121,7 @@ private:
       const RowsFrom from = Rows(row, first);
       for (int i = 0; i < kLeaf; i += kLanes) {
         for (int j = 0; j < kLeaf; j += kLanes) {
-          Vector t[kLanes];
+          Doubles t[kLanes];
 #pragma GCC unroll 8
           for (int k = 0; k < kLanes; ++k)
             t[k] = Load(from.rows[i + k] + from.offset + j);
@@ -140,7 +140,7 @@ private:
       const RowsFrom to = Rows(row, first);
       for (int i = 0; i < kLeaf; i += kLanes) {
         for (int j = 0; j < kLeaf; j += kLanes) {
-          Vector t[kLanes];
+          Doubles t[kLanes];
 #pragma GCC unroll 8
           for (int k = 0; k < kLanes; ++k)
             t[k] = Load(block + (j + k) * kLeaf + i);
@@ -213,7 +213,7 @@ private:
   template <int c>
   std::ptrdiff_t EliminateColumn(std::ptrdiff_t first) {
     double* block = Block(first, first);
-    Vector u[kLeaf];
+    Doubles u[kLeaf];
 #pragma GCC unroll 8
     for (int k = c; k < kLeaf; ++k)
       u[k] = Splat(block[k * kLeaf + c]);
@@ -221,16 +221,16 @@ private:
 #pragma GCC unroll 8
     for (int h = 0; h < kLeaf; h += kLanes) {
       const auto below = Splat(h) + ZeroToLast() > Splat(c); // the rows above keep their U
-      const Vector old = Load(block + c * kLeaf + h);
-      const Vector l = below ? old / u[c] : old;
+      const Doubles old = Load(block + c * kLeaf + h);
+      const Doubles l = below ? old / u[c] : old;
       Store(block + c * kLeaf + h, l);
 #pragma GCC unroll 8
       for (int k = c + 1; k < kLeaf; ++k) {
-        const Vector a = Load(block + k * kLeaf + h);
-        const Vector updated = below ? a - l * u[k] : a;
+        const Doubles a = Load(block + k * kLeaf + h);
+        const Doubles updated = below ? a - l * u[k] : a;
         Store(block + k * kLeaf + h, updated);
         if (k == c + 1) {
-          const Vector merit = Load(m.scale + first + h) * Magnitude(updated);
+          const Doubles merit = Load(m.scale + first + h) * Magnitude(updated);
           search.See(below ? merit : Splat(-1.0));
         }
       }
@@ -239,11 +239,11 @@ private:
     for (std::ptrdiff_t row = first + kLeaf; row < m.padded; row += kLeaf, block += kLeaf * kLeaf) {
 #pragma GCC unroll 8
       for (int h = 0; h < kLeaf; h += kLanes) {
-        const Vector l = Load(block + c * kLeaf + h) / u[c];
+        const Doubles l = Load(block + c * kLeaf + h) / u[c];
         Store(block + c * kLeaf + h, l);
 #pragma GCC unroll 8
         for (int k = c + 1; k < kLeaf; ++k) {
-          const Vector updated = Load(block + k * kLeaf + h) - l * u[k];
+          const Doubles updated = Load(block + k * kLeaf + h) - l * u[k];
           Store(block + k * kLeaf + h, updated);
           if (k == c + 1) search.See(Load(m.scale + row + h) * Magnitude(updated));
         }
@@ -340,7 +340,7 @@ private:
   static __attribute__((noinline)) void
   SubtractProduct(const double* lower, std::ptrdiff_t leafStride, std::ptrdiff_t depth,
                   const double* upper, double* const* rows, std::ptrdiff_t j) {
-    Vector a[kTileRows][kVectors];
+    Doubles a[kTileRows][kVectors];
     LoadTile(a, rows, j);
     SubtractTerms(a, lower, leafStride, depth, upper);
     StoreTile(a, rows, j);
@@ -351,7 +351,7 @@ private:
   static __attribute__((noinline)) void SolveRows(const double* lower, std::ptrdiff_t leafStride,
                                                   std::ptrdiff_t depth, double* upper,
                                                   double* const* rows, std::ptrdiff_t j) {
-    Vector a[kTileRows][kVectors];
+    Doubles a[kTileRows][kVectors];
     LoadTile(a, rows + kSolved, j);
     SubtractTerms(a, lower + kSolved, leafStride, depth, upper);
     const double* triangle = lower + depth / kLeaf * leafStride;
@@ -374,7 +374,7 @@ private:
   }
 
   template <int kVectors>
-  static GSL_ALWAYS_INLINE void LoadTile(Vector (&a)[kTileRows][kVectors], double* const* rows,
+  static GSL_ALWAYS_INLINE void LoadTile(Doubles (&a)[kTileRows][kVectors], double* const* rows,
                                          std::ptrdiff_t j) {
 #pragma GCC unroll 8
     for (int r = 0; r < kTileRows; ++r) {
@@ -385,7 +385,7 @@ private:
   }
 
   template <int kVectors>
-  static GSL_ALWAYS_INLINE void StoreTile(const Vector (&a)[kTileRows][kVectors],
+  static GSL_ALWAYS_INLINE void StoreTile(const Doubles (&a)[kTileRows][kVectors],
                                           double* const* rows, std::ptrdiff_t j) {
 #pragma GCC unroll 8
     for (int r = 0; r < kTileRows; ++r) {
@@ -396,9 +396,9 @@ private:
   }
 
   template <int kVectors>
-  static GSL_ALWAYS_INLINE void SubtractTerms(Vector (&a)[kTileRows][kVectors], const double* lower,
-                                              std::ptrdiff_t leafStride, std::ptrdiff_t depth,
-                                              const double* upper) {
+  static GSL_ALWAYS_INLINE void SubtractTerms(Doubles (&a)[kTileRows][kVectors],
+                                              const double* lower, std::ptrdiff_t leafStride,
+                                              std::ptrdiff_t depth, const double* upper) {
     for (std::ptrdiff_t k = 0; k < depth; k += kLeaf, lower += leafStride) {
       // Unrolled, the broadcasts of all terms are hoisted, and spilled where registers are few.
 #pragma GCC unroll 1
@@ -409,9 +409,9 @@ private:
   }
 
   template <int kVectors>
-  static GSL_ALWAYS_INLINE void SubtractTerm(Vector (&a)[kTileRows][kVectors], const double* l,
+  static GSL_ALWAYS_INLINE void SubtractTerm(Doubles (&a)[kTileRows][kVectors], const double* l,
                                              const double* upper) {
-    Vector u[kVectors];
+    Doubles u[kVectors];
 #pragma GCC unroll 8
     for (int v = 0; v < kVectors; ++v)
       u[v] = Load(upper + v * kLanes);
@@ -427,10 +427,10 @@ private:
 /// Copies a row to a working row (to may be null: nothing is copied), and returns its largest
 /// magnitude, NaN set aside.
 inline double LargestOfRow(const double* row, std::ptrdiff_t n, double* to) {
-  Vector largest = Splat(0.0);
+  Doubles largest = Splat(0.0);
   std::ptrdiff_t j = 0;
   for (; j + kLanes <= n; j += kLanes) {
-    const Vector v = Load(row + j);
+    const Doubles v = Load(row + j);
     if (to != nullptr) Store(to + j, v);
     largest = Larger(Magnitude(v), largest);
   }

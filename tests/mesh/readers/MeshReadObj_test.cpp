@@ -131,20 +131,20 @@ TEST(MeshReadObj, IndicesThatDoNotExistAreRefusedWithTheirLine) {
 }
 
 TEST(MeshReadObj, BrokenStatementsAreRefusedWithTheirLine) {
+  const std::string noCorner = " is not a corner of a face; expected v, v/vt, v//vn or v/vt/vn";
   const struct {
     std::string text, message;
-  } rows[] = {
-      {"f 1 2 x\n", "line 5: not the corner of a face: 'x'"},
-      {"f 1 2 3.0\n", "line 5: not the corner of a face: '3.0'"},
-      {"f 1/2/3/4 2 3\n", "line 5: not the corner of a face: '1/2/3/4'"},
-      {"f /1 2 3\n", "line 5: not the corner of a face: '/1'"},
-      {"f 1 2 99999999999\n", "line 5: not the corner of a face: '99999999999'"},
-      {"f 1 2 99999999999999999999\n", "line 5: not the corner of a face: '99999999999999999999'"},
-      {"f\n", "line 5: a face without corners"},
-      {"f # 1 2 3\n", "line 5: a face without corners"},
-      {"v\n", "line 5: a vertex without coordinates"},
-      {"v 1 2\nf 1 2 3\n", "line 5: a vertex has fewer than three coordinates"},
-      {"v 1 2 1,5\n", "line 5: a coordinate is not a number: '1,5'"}};
+  } rows[] = {{"f 1 2 x\n", "line 5: 'x'" + noCorner},
+              {"f 1 2 3.0\n", "line 5: '3.0'" + noCorner},
+              {"f 1/2/3/4 2 3\n", "line 5: '1/2/3/4'" + noCorner},
+              {"f /1 2 3\n", "line 5: '/1'" + noCorner},
+              {"f 1 2 99999999999\n", "line 5: '99999999999'" + noCorner},
+              {"f 1 2 99999999999999999999\n", "line 5: '99999999999999999999'" + noCorner},
+              {"f\n", "line 5: a face has no corners"},
+              {"f # 1 2 3\n", "line 5: a face has no corners"},
+              {"v\n", "line 5: a vertex has no coordinates"},
+              {"v 1 2\nf 1 2 3\n", "line 5: a vertex has fewer than three coordinates"},
+              {"v 1 2 1,5\n", "line 5: a coordinate is not a number: '1,5'"}};
   for (const auto& row : rows) {
     EXPECT_EQ(ErrorOf(MeshFormat::Obj, square + row.text), "sample: " + row.message);
   }

@@ -71,7 +71,7 @@ TEST(MeshReadStl, AbsurdCountIsRefusedBeforeItIsAllocated) {
 
 TEST(MeshReadStl, CountThatLosesTrianglesIsRefused) {
   EXPECT_EQ(ErrorOfStl(WithCount(3)), "sample: the count of 3 triangles leaves 50 bytes at the end "
-                                      "of the file; one of the two is damaged");
+                                      "of the file; the count or the file is damaged");
 }
 
 TEST(MeshReadStl, TrailingBytesThatCannotHoldATriangleAreIgnoredWithAWarning) {
@@ -81,13 +81,13 @@ TEST(MeshReadStl, TrailingBytesThatCannotHoldATriangleAreIgnoredWithAWarning) {
     ExpectCorners(mesh, TetrahedronCorners());
     ASSERT_EQ(mesh.warnings.size(), 1U);
     EXPECT_EQ(mesh.warnings[0],
-              "sample: ignored " + std::to_string(tail.size()) + " bytes behind the last triangle");
+              "sample: ignored " + std::to_string(tail.size()) + " bytes after the last triangle");
   }
 }
 
 TEST(MeshReadStl, ShorterThanAHeaderIsRefused) {
-  EXPECT_EQ(ErrorOfStl("abc"), "sample: too short for an STL file (3 bytes; a binary one has at "
-                               "least 84, a text begins with 'solid')");
+  EXPECT_EQ(ErrorOfStl("abc"), "sample: is too short for an STL file (3 bytes); a binary file has "
+                               "at least 84, a text begins with 'solid'");
 }
 
 TEST(MeshReadStl, NoTrianglesIsRefused) {
@@ -144,7 +144,7 @@ TEST(MeshReadStl, BrokenTextIsRefusedWithItsLine) {
       {TextWith("facet normal 0 0 outer loop"), "line 2: expected three components of a normal"},
       {TextWith("face normal"), "line 2: expected 'facet' or 'endsolid', found 'face'"},
       {"solid a\n" + facet, "line 3: the file ends before 'endsolid'"},
-      {"solid a\nfacet normal 0 0 1\nouter", "line 3: the file ends where it is expected 'loop'"},
+      {"solid a\nfacet normal 0 0 1\nouter", "line 3: the file ends here; expected 'loop'"},
       {TextWith(facet) + "more", "line 5: expected 'solid', found 'more'"},
       {facet, "line 1: expected 'solid' before the first facet"}};
   for (const auto& row : rows)

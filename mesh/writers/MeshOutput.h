@@ -1,15 +1,14 @@
-#ifndef GSL_MESH_WRITE_FORMATS_H
-#define GSL_MESH_WRITE_FORMATS_H
+#ifndef GSL_MESH_OUTPUT_H
+#define GSL_MESH_OUTPUT_H
 
-#include "Mesh.h"
 #include "OutputFile.h"
+#include "gsl_Arithmetic.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
-#include <vector>
 
-/// What the mesh writers share. No other code uses it.
 namespace gsl_sweep {
 
 /// Collects the bytes of a mesh file and passes them on in blocks.
@@ -44,24 +43,8 @@ private:
   std::string m_bytes;
 };
 
-/// The vertices of a mesh, and the vertex of each corner. Corners share a vertex when all their
-/// bits are the same, so that a reader reads the same bits that were written.
-struct SharedVertices {
-  std::vector<std::uint32_t> corner;   ///< the first corner of each vertex
-  std::vector<std::uint32_t> ofCorner; ///< the vertex of each corner
-};
-
-/// Fails for more than 1431655765 triangles, whose corners 32 bits can count, or 2147483647
-/// vertices: some readers have signed indices of 32 bits.
-SharedVertices ShareVertices(const Mesh& mesh, const MeshOutput& output);
-
 /// Writes three decimals and the end of the line.
 void WriteVertexLine(const gsl_arithmetic::Coord3& vertex, MeshOutput& output);
-
-void WriteStl(const Mesh& mesh, MeshOutput& output);
-void WritePly(const Mesh& mesh, MeshOutput& output);
-void WriteObj(const Mesh& mesh, MeshOutput& output);
-void WriteOff(const Mesh& mesh, MeshOutput& output);
 
 } // namespace gsl_sweep
 
