@@ -42,7 +42,7 @@ private:
   [[noreturn]] void Fail(const std::string& message) const;
 
   std::string m_name;      ///< as it was given, for messages
-  std::string m_path;      ///< behind symbolic links
+  std::string m_path;      ///< with symbolic links resolved
   std::string m_temporary; ///< empty once it is gone
   bool m_force;
   int m_file = -1;

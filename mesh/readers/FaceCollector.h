@@ -13,7 +13,7 @@ class FaceCollector {
 public:
   FaceCollector(const MeshSource& source, Mesh& mesh) : m_source(source), m_mesh(mesh) {}
 
-  /// Appends the triangles of one face; `position` is where messages say that it stands, or null.
+  /// Appends the triangles of one face; `position` is its place in the file for messages, or null.
   void Add(const gsl_arithmetic::Coord3* ring, std::size_t count, const char* position);
 
   /// Writes the warning about faces that were left out.

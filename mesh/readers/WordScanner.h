@@ -34,10 +34,10 @@ public:
   /// The next word; empty at the end of the text.
   std::string_view Next();
 
-  /// The next word if it stands on the line of the last one, else empty.
+  /// The next word when it is on the line of the last one, else empty.
   std::string_view NextOnLine();
 
-  /// Goes behind the end of the line of the last word.
+  /// Goes to the end of the line of the last word.
   void SkipLine();
 
   /// The next word as a number; `what` names it in the error.
