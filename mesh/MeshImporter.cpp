@@ -29,7 +29,7 @@ namespace protocol = import_protocol;
 void Send(const void* data, std::size_t size) {
   const char* next = static_cast<const char*>(data);
   while (size > 0) {
-    const ssize_t written = write(protocol::answerDescriptor, next, size);
+    const ssize_t written = write(protocol::kAnswerDescriptor, next, size);
     if (written < 0 && errno == EINTR) continue;
     if (written <= 0) std::_Exit(1); // no process reads any more
     next += written;
@@ -91,14 +91,15 @@ bool ParseWhole(const char* text, std::uint64_t& number) {
 int RunMeshImporter(int argc, const char* const* argv, MeshReader read) {
   std::uint64_t memory = 0;
   std::uint64_t caller = 0;
-  if (argc != protocol::Count || argv[protocol::Greeting] != std::string_view(protocol::greeting) ||
+  if (argc != protocol::Count ||
+      argv[protocol::Greeting] != std::string_view(protocol::kGreeting) ||
       !ParseWhole(argv[protocol::Memory], memory) || !ParseWhole(argv[protocol::Caller], caller)) {
     std::fprintf(stderr,
                  "gsl-mesh-import: only gsl-sweep starts this program; expected gsl-sweep\n");
     return 2;
   }
   Confine(memory, caller);
-  Send(protocol::greeting, sizeof protocol::greeting);
+  Send(protocol::kGreeting, sizeof protocol::kGreeting);
   const std::string path = argv[protocol::Path];
   std::string error;
   Mesh mesh;

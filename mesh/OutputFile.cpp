@@ -17,8 +17,8 @@ namespace gsl_sweep {
 
 namespace {
 
-constexpr int slotCount = 16;
-constexpr std::size_t longestName = 255; ///< of one component of a path
+constexpr int kSlotCount = 16;
+constexpr std::size_t kLongestName = 255; ///< of one component of a path
 
 /// What the signal handler sees: plain memory, which is taken and released without locks.
 struct Slot {
@@ -28,14 +28,14 @@ struct Slot {
   char path[PATH_MAX] = {};
 };
 
-Slot slots[slotCount];
+Slot slots[kSlotCount];
 static_assert(std::atomic<int>::is_always_lock_free, "used in a signal handler");
 
 /// Records a path for the signal handler before its file exists. Returns -1 when all slots are
 /// taken or the path is too long for any file.
 int TakeSlot(const std::string& path) {
   if (path.size() >= PATH_MAX) return -1;
-  for (int k = 0; k < slotCount; ++k) {
+  for (int k = 0; k < kSlotCount; ++k) {
     int free = Slot::Free;
     if (!slots[k].state.compare_exchange_strong(free, Slot::Taken)) continue;
     slots[k].owner = getpid();
@@ -58,7 +58,7 @@ std::string Reason(int error) {
   return std::strerror(error);
 }
 
-/// Returns the path with symbolic links resolved.
+/// Returns the path with its symbolic links resolved.
 std::string Resolved(const std::string& path) {
   char* const real = realpath(path.c_str(), nullptr);
   if (real == nullptr) return path;
@@ -102,7 +102,7 @@ std::string TemporaryName(const std::string& path) {
   const std::string folder = FolderOf(path);
   const std::string suffix = "." + RandomLetters() + ".tmp";
   const std::string base = path.substr(folder.size());
-  return folder + "." + base.substr(0, longestName - 1 - suffix.size()) + suffix;
+  return folder + "." + base.substr(0, kLongestName - 1 - suffix.size()) + suffix;
 }
 
 extern "C" void EndOnSignal(int signal) {
@@ -130,8 +130,8 @@ OutputFile::~OutputFile() {
 }
 
 void OutputFile::CreateTemporary() {
-  constexpr int attempts = 100;
-  for (int k = 0; k < attempts; ++k) {
+  constexpr int kAttempts = 100;
+  for (int k = 0; k < kAttempts; ++k) {
     m_temporary = TemporaryName(m_path);
     m_slot = TakeSlot(m_temporary);
     m_file = open(m_temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);

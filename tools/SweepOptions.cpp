@@ -27,27 +27,27 @@ using gsl_sweep::ParseNumber;
 using gsl_sweep::ParseVector;
 using gsl_sweep::ProgressStyle;
 
-constexpr unsigned mostThreads = 1024;
+constexpr unsigned kMostThreads = 1024;
 
-const char* const description =
+const char* const kDescription =
     "Finds how far one body travels along a direction before it touches another, and where. Reads "
     "two meshes (STL, OBJ, PLY, OFF, 3MF, glTF and others), moves the first along the direction "
     "and reports the first contact.";
 
-const char* const usage = "MOVING FIXED --direction X,Y,Z [OPTION...]";
+const char* const kUsage = "MOVING FIXED --direction X,Y,Z [OPTION...]";
 
-const char* const footer = "Exit status:\n"
-                           "  0   contact, including contact from the start\n"
-                           "  1   no contact\n"
-                           "  2   wrong usage\n"
-                           "  3   a mesh cannot be read or was rejected\n"
-                           "  4   another failure\n"
-                           "\n"
-                           "Examples:\n"
-                           "  $ gsl-sweep bolt.stl bracket.stl --direction -z\n"
-                           "  $ gsl-sweep bolt.stl bracket.stl -d 0,0,-1 --json -";
+const char* const kFooter = "Exit status:\n"
+                            "  0   contact, including contact from the start\n"
+                            "  1   no contact\n"
+                            "  2   wrong usage\n"
+                            "  3   a mesh cannot be read or was rejected\n"
+                            "  4   another failure\n"
+                            "\n"
+                            "Examples:\n"
+                            "  $ gsl-sweep bolt.stl bracket.stl --direction -z\n"
+                            "  $ gsl-sweep bolt.stl bracket.stl -d 0,0,-1 --json -";
 
-const char* const directionForms = "be X,Y,Z or an axis such as z or -z";
+const char* const kDirectionForms = "be X,Y,Z or an axis such as z or -z";
 
 struct OptionRow {
   const char* names;
@@ -82,7 +82,7 @@ std::vector<OptionRow> OptionRows() {
 }
 
 void Declare(CLI::App& app, SweepOptions& options) {
-  app.formatter(std::make_shared<HelpFormatter>(usage));
+  app.formatter(std::make_shared<HelpFormatter>(kUsage));
   app.get_formatter()->label("Positionals", "Arguments");
   app.set_help_flag("-h,--help", "Prints this help and exits");
   app.set_version_flag("--version", std::string("gsl-sweep ") + GSL_VERSION,
@@ -97,7 +97,7 @@ void Declare(CLI::App& app, SweepOptions& options) {
     app.add_option(row.names)->description(row.text)->type_name(row.value)->multi_option_policy(
         CLI::MultiOptionPolicy::TakeAll);
   }
-  app.footer(footer);
+  app.footer(kFooter);
   // The code below reports unexpected and missing arguments, in its own order.
   app.allow_extras();
 }
@@ -224,7 +224,7 @@ Coord3 DirectionOf(const std::string& value) {
   if (const auto direction = gsl_sweep::ParseDirection(value)) return *direction;
   const auto vector = ParseVector(value);
   if (vector && IsZero(*vector)) FailValue("--direction", "be a vector that is not zero", value);
-  FailValue("--direction", directionForms, value);
+  FailValue("--direction", kDirectionForms, value);
 }
 
 Coord3 OffsetOf(const std::string& value) {
@@ -258,8 +258,8 @@ unsigned ThreadsOf(const std::string& value) {
   const char* const end = value.data() + value.size();
   const auto result = std::from_chars(value.data(), end, threads);
   const bool isNumber = result.ec == std::errc() && result.ptr == end;
-  if (!isNumber || threads < 1 || threads > mostThreads) {
-    FailValue("--threads", "be a whole number from 1 to " + std::to_string(mostThreads), value);
+  if (!isNumber || threads < 1 || threads > kMostThreads) {
+    FailValue("--threads", "be a whole number from 1 to " + std::to_string(kMostThreads), value);
   }
   return threads;
 }
@@ -311,13 +311,13 @@ void RefuseMisusedStdin(const SweepOptions& options) {
 }
 
 unsigned ThreadsOfMachine() {
-  return std::clamp(std::thread::hardware_concurrency(), 1u, mostThreads);
+  return std::clamp(std::thread::hardware_concurrency(), 1u, kMostThreads);
 }
 
 } // namespace
 
 std::string ParseSweepOptions(int argc, const char* const* argv, SweepOptions& options) {
-  CLI::App app(description, "gsl-sweep");
+  CLI::App app(kDescription, "gsl-sweep");
   Declare(app, options);
   const char* const* const begin = argv + std::min(argc, 1);
   const char* const* const end = std::find(begin, argv + argc, std::string_view("--"));

@@ -58,7 +58,7 @@ bool NameSameFile(const std::string& a, const std::string& b) {
   return error ? a == b : canonicalA == canonicalB;
 }
 
-/// Runs before the search, so that a bad output name costs no time.
+/// Runs before the search, so that nothing is computed for an output that cannot be written.
 void CheckOutputs(const SweepOptions& options) {
   if (options.JsonToFile() && NameSameFile(options.jsonFile, options.outputFile)) {
     throw UsageError("--json and --output name the same file");
@@ -179,7 +179,7 @@ int ParseAndRun(int argc, char** argv) {
     return 0;
   }
   RemoveTemporaryFilesOnInterrupt();
-  // A write beyond the limit for files then fails and is reported, and does not end the program.
+  // A write beyond the limit for files then fails with a message and does not end the program.
   std::signal(SIGXFSZ, SIG_IGN);
   return Run(options);
 }

@@ -123,8 +123,8 @@ bool IsCornerWord(std::string_view word) {
     std::int64_t value = 0;
     const bool present = ParseInteger(number, value);
     if (!present && (part == 0 || !number.empty())) return false;
-    constexpr std::int64_t largest = std::numeric_limits<int>::max();
-    if (value > largest || value < -largest) return false;
+    constexpr std::int64_t kLargest = std::numeric_limits<int>::max();
+    if (value > kLargest || value < -kLargest) return false;
     if (slash == word.npos) return true;
     word.remove_prefix(slash + 1);
   }

@@ -24,7 +24,7 @@ std::string_view KeywordOf(std::string_view word) {
 }
 
 /// Returns the words after the keyword.
-WordScanner BehindKeyword(const MeshSource& source) {
+WordScanner AfterKeyword(const MeshSource& source) {
   const std::string_view text = WithoutByteOrderMark(source.bytes);
   WordScanner words(source, text, true);
   const std::string_view keyword = KeywordOf(words.Next());
@@ -90,7 +90,7 @@ bool BeginsWithOffKeyword(std::string_view bytes) {
 }
 
 Mesh ReadOff(const MeshSource& source) {
-  WordScanner words = BehindKeyword(source);
+  WordScanner words = AfterKeyword(source);
   const std::size_t vertexCount = ReadCount(words, "the count of vertices", 6);
   const std::size_t faceCount = ReadCount(words, "the count of faces", 2);
   SkipEdgeCount(words);

@@ -20,7 +20,7 @@ struct ScalarName {
   Scalar type;
 };
 
-constexpr ScalarName scalarNames[] = {
+constexpr ScalarName kScalarNames[] = {
     {"char", Scalar::Int8},      {"int8", Scalar::Int8},       {"uchar", Scalar::Uint8},
     {"uint8", Scalar::Uint8},    {"short", Scalar::Int16},     {"int16", Scalar::Int16},
     {"ushort", Scalar::Uint16},  {"uint16", Scalar::Uint16},   {"int", Scalar::Int32},
@@ -112,7 +112,7 @@ std::vector<std::string_view> WordsOf(std::string_view line) {
 }
 
 Scalar ParseScalar(const MeshSource& source, std::string_view word) {
-  for (const ScalarName& row : scalarNames) {
+  for (const ScalarName& row : kScalarNames) {
     if (row.name == word) return row.type;
   }
   FailReadAt(source, word.data(), "unknown PLY type " + Quoted(word));

@@ -11,9 +11,9 @@ namespace gsl_sweep {
 
 namespace {
 
-constexpr std::size_t headerSize = 80;
-constexpr std::size_t prefixSize = 84; ///< header and count
-constexpr std::size_t recordSize = 50; ///< normal, three corners, two attribute bytes
+constexpr std::size_t kHeaderSize = 80;
+constexpr std::size_t kPrefixSize = 84; ///< header and count
+constexpr std::size_t kRecordSize = 50; ///< normal, three corners, two attribute bytes
 
 std::uint32_t LittleEndian32(const char* p) {
   const auto byte = [p](int k) {
@@ -57,7 +57,7 @@ void CheckTrailing(const MeshSource& source, std::string_view trailing, std::siz
   if (trailing.empty()) return;
   const bool padding =
       std::all_of(trailing.begin(), trailing.end(), [](char c) { return c == '\0'; });
-  if (trailing.size() >= recordSize && !padding) {
+  if (trailing.size() >= kRecordSize && !padding) {
     FailRead(source, "the count of " + std::to_string(count) + " triangles leaves " +
                          std::to_string(trailing.size()) +
                          " bytes at the end of the file; the count or the file is damaged");
@@ -68,21 +68,21 @@ void CheckTrailing(const MeshSource& source, std::string_view trailing, std::siz
 
 Mesh ReadBinary(const MeshSource& source) {
   const std::string_view bytes = source.bytes;
-  if (bytes.size() < prefixSize) {
+  if (bytes.size() < kPrefixSize) {
     FailRead(source, "is too short for an STL file (" + std::to_string(bytes.size()) +
                          " bytes); a binary file has at least 84, a text begins with 'solid'");
   }
-  const std::size_t count = LittleEndian32(bytes.data() + headerSize);
-  const std::size_t room = (bytes.size() - prefixSize) / recordSize;
+  const std::size_t count = LittleEndian32(bytes.data() + kHeaderSize);
+  const std::size_t room = (bytes.size() - kPrefixSize) / kRecordSize;
   if (count > room) {
     FailRead(source, "truncated: the count says " + std::to_string(count) +
                          " triangles, the file has room for " + std::to_string(room));
   }
   Mesh mesh;
-  CheckTrailing(source, bytes.substr(prefixSize + count * recordSize), count, mesh);
+  CheckTrailing(source, bytes.substr(kPrefixSize + count * kRecordSize), count, mesh);
   mesh.corners.resize(3 * count);
-  const char* record = bytes.data() + prefixSize;
-  for (std::size_t k = 0; k < count; ++k, record += recordSize) {
+  const char* record = bytes.data() + kPrefixSize;
+  for (std::size_t k = 0; k < count; ++k, record += kRecordSize) {
     for (std::size_t c = 0; c < 3; ++c) {
       mesh.corners[3 * k + c] = LittleEndianCorner(record + 12 * (c + 1));
     }
@@ -153,14 +153,19 @@ Mesh ReadText(const MeshSource& source) {
   return mesh;
 }
 
-} // namespace
-
+/// Judges a file by its size or, when the size is wrong, by its bytes.
 bool IsBinaryStl(std::string_view bytes) {
-  if (bytes.size() < prefixSize) return false;
-  const std::size_t count = LittleEndian32(bytes.data() + headerSize);
-  if (bytes.size() == prefixSize + count * recordSize) return true;
+  if (bytes.size() < kPrefixSize) return false;
+  if (HasSizeOfBinaryStl(bytes)) return true;
   // A file of the wrong size is a damaged binary file, unless its first bytes look like a text.
   return !BeginsWithSolid(bytes) || HoldsBinary(bytes.substr(0, 512));
+}
+
+} // namespace
+
+bool HasSizeOfBinaryStl(std::string_view bytes) {
+  return bytes.size() >= kPrefixSize &&
+         bytes.size() == kPrefixSize + LittleEndian32(bytes.data() + kHeaderSize) * kRecordSize;
 }
 
 Mesh ReadStl(const MeshSource& source) {

@@ -15,8 +15,8 @@ Mesh ReadObj(const MeshSource& source);
 Mesh ReadPly(const MeshSource& source);
 Mesh ReadOff(const MeshSource& source);
 
-/// True for a file that is a binary STL by its size or, when the size is wrong, by its bytes.
-bool IsBinaryStl(std::string_view bytes);
+/// True when the file has just the size that its count of triangles gives a binary STL.
+bool HasSizeOfBinaryStl(std::string_view bytes);
 
 /// True when the first word is an OFF keyword such as OFF, COFF or STNOFF.
 bool BeginsWithOffKeyword(std::string_view bytes);

@@ -15,7 +15,7 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-constexpr int schemaVersion = 2;
+constexpr int kSchemaVersion = 2;
 
 const char* StatusName(SweepStatus status) {
   switch (status) {
@@ -89,9 +89,9 @@ std::string FirstLine(const SweepReport& report) {
 
 /// Returns the diagonal of the box around all finite triangles.
 double SizeOf(const Mesh& mesh) {
-  constexpr double infinity = std::numeric_limits<double>::infinity();
-  Coord3 low{infinity, infinity, infinity};
-  Coord3 high{-infinity, -infinity, -infinity};
+  constexpr double kInfinity = std::numeric_limits<double>::infinity();
+  Coord3 low{kInfinity, kInfinity, kInfinity};
+  Coord3 high{-kInfinity, -kInfinity, -kInfinity};
   for (std::size_t k = 0; k < mesh.TriangleCount(); ++k) {
     const Coord3* corner = mesh.corners.data() + 3 * k;
     bool finite = true;
@@ -140,7 +140,7 @@ std::string ReportAsJson(const SweepReport& report) {
   const SweepAnswer& answer = report.answer;
   const bool touches = answer.status != SweepStatus::None;
   Json json;
-  json["schema_version"] = schemaVersion;
+  json["schema_version"] = kSchemaVersion;
   json["tool_version"] = report.toolVersion;
   json["question"] = QuestionAsJson(report);
   json["status"] = StatusName(answer.status);

@@ -41,7 +41,8 @@ GSL_ALWAYS_INLINE void Store(double* to, Doubles v) {
   *reinterpret_cast<UnalignedDoubles*>(to) = v;
 }
 
-/// Has an element come near; it may lie outside its array, and nothing is read then.
+/// Asks for an element to be fetched into the cache. It may lie outside its array; nothing is read
+/// then.
 GSL_ALWAYS_INLINE void Prefetch(const double* array, std::ptrdiff_t index) {
   const auto at =
       reinterpret_cast<std::uintptr_t>(array) + static_cast<std::uintptr_t>(index) * sizeof(double);
