@@ -1,4 +1,4 @@
-# cmake --install, find_package(gsl_geometry CONFIG) and pkg-config.
+# Rules for cmake --install, find_package(gsl_geometry CONFIG) and pkg-config.
 
 include(CMakePackageConfigHelpers)
 

@@ -18,7 +18,7 @@ endif()
 # The host's prefixes, in the order in which one may include another.
 set(GSL_HOST_PREFIXES mem typ pnt omni atr cow cls nex g3d omu ftr)
 
-# Contraction of a*b+c would change results; consumers inline our arithmetic, so they carry it too.
+# Contraction of a*b+c would change results. Consumers inline our arithmetic, so they get the flag too.
 add_library(gsl_floating_point INTERFACE)
 add_library(gsl::floating_point ALIAS gsl_floating_point)
 set_target_properties(gsl_floating_point PROPERTIES EXPORT_NAME floating_point)
@@ -29,9 +29,8 @@ add_library(gsl_private_flags INTERFACE)
 target_compile_options(gsl_private_flags INTERFACE -fno-math-errno -fno-trapping-math)
 target_compile_options(gsl_private_flags INTERFACE -Wall -Wextra -Wpedantic -Wconversion -Wshadow
                                                    -Wold-style-cast)
-# Value classes have a virtual operation and no virtual destructor; clang objects to any standard
-# container of them.
-# (SHELL keeps it behind -Wall, which would switch the objection on again.)
+# Value classes have a virtual operation and no virtual destructor; clang warns about any standard
+# container of them. (SHELL keeps the flag after -Wall, which would switch the warning on again.)
 target_compile_options(gsl_private_flags INTERFACE
   "$<$<CXX_COMPILER_ID:Clang,AppleClang>:SHELL:-Wno-delete-non-abstract-non-virtual-dtor>")
 if(GSL_WERROR)
@@ -49,13 +48,13 @@ if(GSL_COVERAGE)
   add_link_options(--coverage)
 endif()
 
-# The host's registrar keeps adapters, and the process keeps handlers, whose code is in these libraries:
-# once loaded they stay, whoever closes them.
+# The host's registrar keeps adapters, and the process keeps handlers, whose code is in these libraries,
+# so they stay loaded after any caller closes them.
 function(gsl_stay_loaded target)
   target_link_options(${target} PRIVATE LINKER:-z,nodelete)
 endfunction()
 
-# A sanitizer's own symbols are left to the program that loads the library.
+# The program that loads the library provides the symbols of a sanitizer.
 function(gsl_refuse_undefined_symbols target)
   if(NOT GSL_SANITIZE)
     target_link_options(${target} PRIVATE -Wl,--no-undefined)

@@ -1,12 +1,12 @@
 #!/usr/bin/env python3
-"""Prints benchmark results with ours beside each peer.
+"""Prints the times of benchmarks, ours beside each peer's.
 
 usage: bench_report.py RESULT.json...
        bench_report.py --mean RESULT.json    the geometric mean of all times, in nanoseconds
 
-A benchmark Work/ours and one Work/PEER with otherwise equal names did the same work: the ratio is
-the peer's time over ours, so above 1 ours is faster. Times are those of the processor, so that other
-programs on the machine count as little as they can.
+The benchmarks Work/ours and Work/PEER, with otherwise equal names, do the same work. The ratio is
+the peer's time divided by ours, so ours is faster when it is above 1. Times are processor times, so that
+other programs on the machine count as little as possible.
 """
 
 import json
@@ -22,7 +22,7 @@ def read(paths):
     for path in paths:
         with open(path) as file:
             text = file.read()
-        # A filter that fits nothing leaves an empty file.
+        # A filter that matches no benchmark leaves an empty file.
         for run in json.loads(text)["benchmarks"] if text.strip() else []:
             if run.get("error_occurred"):
                 sys.exit(f"{path}: {run['name']}: {run.get('error_message')}")
@@ -33,8 +33,8 @@ def read(paths):
 
 
 def split(name):
-    """The work, with its arguments, and who does it; None when it stands alone."""
-    # How long and how often it was measured does not tell works apart.
+    """Returns the work with its arguments, and who does it; None when the work has no peer."""
+    # The time and the number of measurements are not part of the work.
     parts = [p for p in name.split("/") if not p.startswith(("min_time:", "repeats:"))]
     name = "/".join(parts)
     if len(parts) < 2 or parts[1][0].isdigit() or ":" in parts[1]:
@@ -58,7 +58,7 @@ def rows(times):
     for name, time in times.items():
         work, who = split(name)
         works.setdefault(work, {})[who or "ours"] = time
-    # Interleaved repetitions come in any order: by name, and numbers by size.
+    # Interleaved repetitions come in any order, so rows are sorted by name, and numbers by size.
     for work, by in sorted(works.items(), key=lambda item: in_order(item[0])):
         ours = by.pop("ours", None)
         if ours is None:
@@ -78,7 +78,7 @@ def main():
         return
     table = [("work", "ours", "peer", "peer's time", "ratio")] + list(rows(read(sys.argv[1:])))
     if len(table) == 1:
-        sys.exit("no benchmark of that name")
+        sys.exit("no benchmark matches the filter")
     widths = [max(len(row[column]) for row in table) for column in range(5)]
     for row in table:
         print("  ".join(text.ljust(width) for text, width in zip(row, widths)).rstrip())

@@ -14,7 +14,7 @@ import sys
 
 PAGE = "docs/behaviour.md"
 HEAD = ["name", "what it does", "where", "test"]
-# Three words or more, alone or before a colon: ordinary comments do not look like that.
+# Three words or more joined by hyphens, alone or before a colon: ordinary comments do not look like that.
 NAME_COMMENT = re.compile(r"^\s*//+ ([a-z0-9]+(?:-[a-z0-9]+){2,})(?::|$)", re.MULTILINE)
 TEST = re.compile(r"^(?:TEST|TEST_F|TEST_P|RC_GTEST_PROP)\(\s*(\w+),\s*(\w+)", re.MULTILINE)
 

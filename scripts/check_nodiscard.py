@@ -3,8 +3,8 @@
 
 usage: check_nodiscard.py [ROOT]
 
-That is every answer of type bool, and every pointer to something that is not const: what the operation made,
-or what it handed over.
+That is every result of type bool, and every pointer to something that is not const, because the caller may
+own it.
 """
 
 import pathlib
@@ -12,7 +12,7 @@ import re
 import sys
 
 HEADERS = ("gsl/include/*.h", "gsl/host/*/*.h")
-# Work with a yes or no beside it, which a caller may not need; pointers that the object keeps.
+# Operations whose result a caller may not need, and pointers to what the object keeps.
 MAY_BE_DROPPED = {"Normalize", "Regenerate", "Insert", "Substitute", "atr_SubstituteFormat", "Entry", "Unshared",
                   "ExtensionObject", "begin", "end"}
 DECLARATION = re.compile(
@@ -33,7 +33,7 @@ def unmarked(text):
         words = match["type"].replace("*", " ").split()
         if name in MAY_BE_DROPPED or "const" in words or (words and words[0] in NO_TYPE):
             continue
-        # The language has no attribute on a friend that is not defined there.
+        # The language allows no attribute on a friend declaration that is not a definition.
         if "friend " in match[0] and (match["rest"] or "").endswith(";"):
             continue
         count += 1

@@ -17,10 +17,10 @@ import sys
 
 HEADERS = "gsl/include"
 TEST = "tests/gsl/aliasing_test.cpp"
-# Handed on, never read beside an input.
+# These are passed on and never read beside an input.
 NOT_OUTPUTS = {"aio_ostream", "cls_ClassRegistrar"}
 
-# A scope that opens or closes, a label of access, or something like a call: a declaration or not.
+# A scope that opens or closes, an access label, or something like a call, which may be a declaration.
 TOKEN = re.compile(
     r"(?:(?P<kind>class|struct|namespace) (?:GSL_API )?(?P<scope>\w+)[^;{}()]*)?(?P<brace>[{}])"
     r"|(?P<access>public|private|protected):"
@@ -30,20 +30,20 @@ NAMED = re.compile(r"// output: ([^)]*\))")
 
 
 def plain(text):
-    """The text without comments, with types of one word, and with pointers to arrays as pointers."""
+    """Returns the text without comments, with types of one word, and with pointers to arrays as pointers."""
     text = re.sub(r"//[^\n]*", "", text).replace("unsigned int", "unsigned")
     return re.sub(r"double \(\*const (\w+)\)\[4\]", r"double* \1", text)
 
 
 def types_of(parameters):
-    """Types without const and names, and whether one of them is an output; None for what is no declaration."""
+    """Returns the types without const and names, and whether one is an output; None if it is not a declaration."""
     types, has_output = [], False
     for parameter in parameters.split(","):
         match = PARAMETER.fullmatch(" ".join(parameter.split()))
         if not match:
             return None, False
         before, base, after, reference = match.groups()
-        # What is moved from is no output of its caller.
+        # A parameter that is moved from is not an output.
         is_output = reference not in ("", "&&") and not before and not after
         has_output = has_output or (is_output and base not in NOT_OUTPUTS)
         types.append(base + (reference if is_output else ""))
@@ -51,7 +51,7 @@ def types_of(parameters):
 
 
 def operations_of(text):
-    """Every public operation with an output that a header declares: its name and its types."""
+    """Yields every public operation of a header that has an output: its name and its types."""
     scopes = []
     for token in TOKEN.finditer(plain(text)):
         if token["brace"] == "{":

@@ -1,10 +1,10 @@
 #!/usr/bin/env python3
-"""Checks what libgsl_geometry exports and what it needs of the host.
+"""Checks the names that libgsl_geometry exports and the names that it needs from the host.
 
 usage: check_symbols.py LIBRARY HOST_HEADER_FOLDER...
 
-It may export what is declared GSL_API: names of this library, and the instantiations of the host's
-templates for its classes. It may need, beside the C++ runtime, only what a header of the host
+It may export names that are declared GSL_API: names of this library, and the instantiations of the host's
+templates for its classes. Apart from the C++ runtime it may need only names that a header of the host
 declares.
 """
 

@@ -5,8 +5,8 @@ usage: document_commands.py DOCUMENT...
 
 A fenced block marked `sh` holds commands, one to a line (a backslash continues it); one marked with a
 language and a path, like `cpp app/main.cpp`, is the content of that file. Everything happens in the
-working folder, in the order of the documents. Each command is printed before it runs, after `$ `, and
-afterwards the seconds that it took; the first that fails ends the script.
+working folder, in the order of the documents. Before a command runs, the script prints it after `$ `;
+afterwards it prints the seconds that the command took. The first command that fails ends the script.
 """
 
 import pathlib
@@ -31,7 +31,7 @@ def commands_in(block):
 
 
 def steps_of(document):
-    """Pairs: a command and None, or a path and the content of the file."""
+    """Yields pairs: a command and None, or a path and the content of the file."""
     for mark, block in BLOCK.findall(document):
         words = mark.split()
         if words == ["sh"]:
@@ -42,7 +42,7 @@ def steps_of(document):
 
 
 def script_of(documents):
-    """The script, and how many commands it types."""
+    """Returns the script, and the number of commands that it types."""
     lines, count = [PROLOGUE], 0
     for document in documents:
         for text, content in steps_of(document):

@@ -1,4 +1,4 @@
-# What the scripts of this folder share; source it first.
+# Functions that the scripts of this folder share. Each script sources this file first.
 # shellcheck shell=bash
 
 set -euo pipefail
@@ -9,7 +9,7 @@ jobs=${JOBS:-$(nproc)}
 # shellcheck source=scripts/packages.sh
 . "$root/scripts/packages.sh"
 
-# Real meshes for the tests: the user's choice, or a folder shared/meshes beside the checkout.
+# The tests use real meshes from the user's folder, or from a folder shared/meshes beside the checkout.
 if [ -z "${GSL_MESH_DIR:-}" ] && [ -d "$root/../shared/meshes" ]; then
   GSL_MESH_DIR=$(cd "$root/../shared/meshes" && pwd)
   export GSL_MESH_DIR
@@ -19,12 +19,13 @@ if [ -z "${CMAKE_CXX_COMPILER_LAUNCHER:-}" ] && command -v ccache >/dev/null; th
   export CMAKE_CXX_COMPILER_LAUNCHER=ccache
 fi
 
-# build_dir NAME: one folder per preset, and one more per compiler named in CXX.
+# build_dir NAME: prints the build folder of a preset; each compiler named in CXX has its own folder.
 build_dir() {
   echo "$root/build/$1${CXX:+-$(basename "${CXX%% *}")}"
 }
 
-# quietly COMMAND...: no output when it succeeds; its end, and the command, when it fails.
+# quietly COMMAND...: prints nothing when the command succeeds; prints the end of its output, and the
+# command, when it fails.
 quietly() {
   local log status=0
   log=$(mktemp)
@@ -37,8 +38,8 @@ quietly() {
   return "$status"
 }
 
-# configure PRESET [ARGUMENT...] and build PRESET [TARGET...], quiet when fine; on a terminal the build
-# shows in one line how far it is.
+# configure PRESET [ARGUMENT...] and build PRESET [TARGET...] print nothing when they succeed; on a
+# terminal the build shows its progress.
 configure() {
   local preset=$1
   shift
@@ -53,7 +54,8 @@ build() {
   if [ -t 1 ]; then "$@"; else quietly "$@"; fi
 }
 
-# run_tests PRESET [CTEST ARGUMENT...]: ctest's closing lines; on failure what failed as well.
+# run_tests PRESET [CTEST ARGUMENT...]: prints the closing lines of ctest, and also the failures if
+# there are any.
 run_tests() {
   local dir log status=0
   dir=$(build_dir "$1")

@@ -1,22 +1,23 @@
 #!/usr/bin/env bash
-# The Debian packages this project needs, in one place.
+# The only list of the Debian packages that this project needs.
 #
 #   ./scripts/packages.sh [GROUP...]            print the packages of the groups
 #   ./scripts/packages.sh --install [GROUP...]  install those that are missing (as root)
 #
-# Groups: build test check bench bare. Printing takes all of them when none is named, installing build.
+# Groups: build test check bench bare. Without a group, printing takes all groups and installing takes
+# build.
 #
 # The other scripts source this file and call need_packages.
 
 packages_of() {
   case $1 in
-    # Building and installing the library and the programs. (Assimp's CMake files name libz.so.)
+    # Packages to build and install the library and the programs. (Assimp's CMake files name libz.so.)
     build)
       echo g++ cmake ninja-build \
         libfast-float-dev libtinyobjloader-dev libassimp-dev zlib1g-dev libcli11-dev \
         nlohmann-json3-dev
       ;;
-    # Building and running every test.
+    # Packages to build and run every test.
     test)
       echo "$(packages_of build)" python3 libgtest-dev libgmock-dev librapidcheck-dev \
         libgmp-dev python3-jsonschema help2man
@@ -25,12 +26,12 @@ packages_of() {
     check)
       echo clang libclang-rt-14-dev llvm clang-format clang-tidy gcovr make pkg-config
       ;;
-    # Benchmarks and the libraries measured beside ours.
+    # Benchmarks, and the libraries that they compare with ours.
     bench)
       echo "$(packages_of build)" python3 libbenchmark-dev \
         libeigen3-dev libopenblas-dev libboost-graph-dev libfcl-dev libcgal-dev
       ;;
-    # The minimal root of ./scripts/check bare, which is skipped where this is not to be had.
+    # The minimal root of ./scripts/check bare, which is skipped where this package cannot be installed.
     bare) echo mmdebstrap ;;
     *)
       echo "packages: no group named '$1'; there are: build test check bench bare" >&2
@@ -54,12 +55,12 @@ missing_packages() {
   done
 }
 
-# need_packages GROUP...: installs what is missing as root; otherwise names it and exits with 2.
+# need_packages GROUP...: as root installs missing packages; otherwise names them and exits with 2.
 need_packages() {
   local missing
   packages_of_groups "$@" >/dev/null || exit 2
   if ! command -v dpkg-query >/dev/null || ! command -v apt-get >/dev/null; then
-    echo "This is not a Debian system; what Debian calls: $(packages_of_groups "$@" | xargs)" \
+    echo "This is not a Debian system; the Debian packages $(packages_of_groups "$@" | xargs)" \
       "must be there." >&2
     return 0
   fi
@@ -79,7 +80,7 @@ need_packages() {
       install -y --no-install-recommends $missing; } >"$log" 2>&1 </dev/null; then
     tail -n 40 "$log" >&2
     rm -f "$log"
-    echo "Installing failed. By hand: apt-get update && apt-get install --no-install-recommends" \
+    echo "The installation failed. To install by hand: apt-get update && apt-get install --no-install-recommends" \
       "$missing" >&2
     exit 2
   fi

@@ -1,4 +1,4 @@
-# The programs of a host, the same however its project came by gsl_geometry.
+# The programs of a host; they are the same for every way to get gsl_geometry.
 
 set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 enable_testing()
@@ -7,11 +7,11 @@ set(here ${CMAKE_CURRENT_LIST_DIR})
 function(add_host_code_flags target)
   target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wconversion -Wshadow
                                            -Wold-style-cast -Werror)
-  # As ordinary headers, so that the warnings are about them as well.
+  # The headers are ordinary headers, so that the compiler warns about them too.
   set_target_properties(${target} PROPERTIES NO_SYSTEM_FROM_IMPORTED ON)
 endfunction()
 
-# The second program uses the host's libraries alone, as another module of the host would.
+# The second program uses only the host's libraries, as another module of the host would.
 foreach(name geometry host)
   add_executable(${name}_consumer ${here}/${name}_consumer.cpp)
   target_link_libraries(${name}_consumer PRIVATE gsl::${name})
@@ -20,7 +20,7 @@ foreach(name geometry host)
 endforeach()
 install(TARGETS geometry_consumer)
 
-# A host from elsewhere has another name, and no store of records.
+# An external host has another name, and no store of records.
 get_target_property(host_type gsl::host TYPE)
 if(host_type STREQUAL "SHARED_LIBRARY")
   add_library(loading_module MODULE ${here}/loading_module.cpp)

@@ -1,4 +1,4 @@
-# tools/gsl-sweep.1 is what scripts/man makes.
+# tools/gsl-sweep.1 is the page that scripts/man makes.
 execute_process(COMMAND bash ${SOURCE}/scripts/man ${PROGRAM} ${MADE} COMMAND_ERROR_IS_FATAL ANY)
 file(READ ${SOURCE}/tools/gsl-sweep.1 committed)
 file(READ ${MADE} made)

@@ -1,4 +1,4 @@
-# The committed sample parts are what their script makes.
+# The committed sample parts are the files that their script makes.
 file(MAKE_DIRECTORY ${WORK})
 execute_process(COMMAND ${PYTHON} -B ${MESHES}/make_meshes.py ${WORK} COMMAND_ERROR_IS_FATAL ANY)
 foreach(part bolt bracket)

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Completes lines as bash would and compares what is offered.
+# Completes lines as bash does, and compares the offers with the expected ones.
 #
 #   completion_test.sh COMPLETION PROGRAM
 set -euo pipefail
@@ -9,7 +9,7 @@ source "$1"
 program=$(realpath "$2")
 failures=0
 
-# offered WORD...: what is offered for the last of the words, sorted, in one line.
+# offered WORD...: prints the offers for the last of the words, sorted, in one line.
 offered() {
   COMP_WORDS=(gsl-sweep "$@")
   COMP_CWORD=$#
@@ -54,7 +54,7 @@ expect "--max-distance" --m
 expect "--offset --one-sided --output" --o
 expect "" --output-
 
-# Every option of the help is offered, and no other.
+# Exactly the options of the help are offered.
 help=$("$program" --help | sed -nE 's/^  (-[a-z], |    )(--[a-z-]+).*/\1\2/p' | tr -s ', ' '\n' |
   grep -e - | sort | tr '\n' ' ' | sed 's/ $//')
 expect "$help" -
