@@ -1,7 +1,8 @@
-// Any bytes through the mesh readers: a mesh of whole triangles, or one line about the file.
+// Feeds any bytes to the mesh readers. Each returns a mesh of whole triangles, or one line that
+// names the file.
 //
-// The first byte chooses the reader. Assimp's formats are left out; its importers run in a
-// program of their own because they do not survive this.
+// The first byte chooses the reader. Assimp's formats are left out: its importers run in a separate
+// program because such input makes them crash.
 
 #include "Mesh.h"
 #include "MeshForeign.h"
@@ -36,7 +37,7 @@ void Require(bool holds) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   if (size == 0) return 0;
-  // A copy of its own size, so that reading beyond it is noticed.
+  // A copy of the exact size, so that a read beyond its end is noticed.
   const std::string bytes(reinterpret_cast<const char*>(data + 1), size - 1);
   const std::string name = "input";
   gsl_sweep::DetectMeshFormat(bytes, name);

@@ -1,5 +1,5 @@
-// Any doubles, whatever their bits, through the queries: no crash, no undefined behaviour, and
-// outputs untouched where a false result promises it.
+// Feeds doubles of any bits to the queries. Nothing crashes, no behaviour is undefined, and outputs
+// are unchanged where a false result promises that.
 
 #include "gsl_Matrix.h"
 #include "gsl_Plane.h"
@@ -16,7 +16,7 @@
 
 namespace {
 
-/// Hands out the input as doubles; zeros when it is used up.
+/// Returns the input as doubles, and zeros after its end.
 class Doubles {
 public:
   Doubles(const std::uint8_t* bytes, std::size_t count) : next(bytes), left(count) {}
@@ -49,7 +49,7 @@ void Require(bool holds) {
   if (!holds) std::abort();
 }
 
-/// Any answer will do.
+/// Any result is acceptable.
 void Ignore(bool) {}
 
 void Vectors(Doubles& in) {

@@ -1,5 +1,5 @@
-// Any bytes through the record reader and the readers of every class: objects that can be written
-// and read again, or an exception of the host's family.
+// Feeds any bytes to the record reader and to the readers of every class. The result is objects
+// that can be written and read again, or an exception of the host's family.
 
 #include "cls_ReadVisitor.h"
 #include "cls_RecordStore.h"

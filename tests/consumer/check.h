@@ -4,7 +4,7 @@
 #include <cstdio>
 #include <cstdlib>
 
-/// Ends the program with 1, and says what did not hold.
+/// Ends the program with status 1 and prints the condition that failed.
 inline void Check(bool holds, const char* what) {
   if (holds) return;
   std::fprintf(stderr, "does not hold: %s\n", what);

@@ -1,4 +1,4 @@
-// Asks for nothing but what its own flags make of the arithmetic.
+// Checks only the arithmetic that its own flags produce.
 
 #include "check.h"
 

@@ -71,7 +71,7 @@ void ExceptionsCrossTheLibraries() {
 } // namespace
 
 int main() {
-  // Once in a module's own code: its flags make the bits of what its headers inline.
+  // A module calls it once in its own code, because its flags decide the bits of inline arithmetic.
   const char* const fault = gsl_CheckFloatingPoint();
   Check(fault == nullptr, fault);
   Check(gsl_LibraryVersion() == GSL_VERSION_NUMBER, "the library is of the version of its headers");

@@ -1,4 +1,4 @@
-// The host's libraries without the geometry.
+// Uses the host's libraries without the geometry.
 
 #include "check.h"
 

@@ -1,5 +1,5 @@
 // A host that loads and unloads the libraries at run time, a thousand times, from two folders in
-// turn and never twice in a row to one address.
+// turn, and never twice in a row at the same address.
 //
 //   loading_consumer MODULE GEOMETRY HOST [--keep-host]
 //
@@ -23,7 +23,7 @@ constexpr int kCycles = 1000;
 
 using std::filesystem::path;
 
-/// A copy of the three files in a folder of its own.
+/// A copy of the three files in its own folder.
 struct Place {
   path module, geometry, host;
 
@@ -37,7 +37,7 @@ struct Place {
   }
 };
 
-/// A loaded library, closed at the end of its scope.
+/// A loaded library, which is closed at the end of its scope.
 class Loaded {
 public:
   explicit Loaded(const path& file) : handle(dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL)) {
@@ -58,8 +58,8 @@ private:
   void* handle;
 };
 
-/// Keeps the page at an address that a library has left, so that the next one is loaded elsewhere
-/// and whoever still goes there crashes. Nothing happens where the library is still loaded.
+/// Keeps the page at an address that a library has left. So the next library is loaded elsewhere,
+/// and a call to the old address crashes. Nothing happens where the library is still loaded.
 class Blocked {
 public:
   void MoveTo(void* address) {
@@ -73,7 +73,8 @@ private:
   void* page = MAP_FAILED;
 };
 
-/// Started and stopped without a module: registers the classes of this copy. Where it was loaded.
+/// Starts and stops the library without a module, which registers the classes of this copy. Returns
+/// its address.
 void* StartAndStop(const Loaded& geometry) {
   int count = 0;
   auto* const start = geometry.Find<void(int&)>("_Z14gsl_initializeRi");
@@ -86,8 +87,8 @@ void* StartAndStop(const Loaded& geometry) {
   return about.dli_fbase;
 }
 
-/// One load of library and module; where the library was. What a module needs is found by name
-/// among what is loaded, so the order says which copy it gets.
+/// Loads the library and the module once, and returns the address of the library. A module finds
+/// symbols by name in the loaded libraries, so the order decides which copy the module uses.
 void* Cycle(const Place& place) {
   const Loaded geometry(place.geometry);
   void* const address = StartAndStop(geometry);

@@ -29,7 +29,7 @@ const char* SaveAndLoad() {
 
 } // namespace
 
-/// Null when all is well, else what is not.
+/// Returns null when all is well, else a text that says what is wrong.
 extern "C" __attribute__((visibility("default"))) const char* UseGeometry() {
   int count = 0;
   gsl_initialize(count);

@@ -22,7 +22,7 @@ void ExpectLess(const BigNatural& a, const BigNatural& b) {
   EXPECT_EQ(BigNatural::Compare(b, a), 1);
 }
 
-/// value * 2^exponent, from four numbers that doubles hold.
+/// Returns value * 2^exponent, from four numbers that doubles hold.
 BigNatural Of(Wide value, int exponent = 0) {
   BigNatural sum;
   for (int k = 0; k < 4; ++k) {

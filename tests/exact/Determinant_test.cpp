@@ -54,7 +54,8 @@ TEST(Determinant, DifferencesThatRoundAreTakenExactly) {
   const Coord3 near{1.0, 1.0, 0.0};
   const Coord3 second{1.0, 0.0, 1.0};
   const Coord3 third{1.0, 1.0, 1.0};
-  // Columns (1 - 1e30, 1, 0), (1 - 1e30, 0, 1), (1 - 1e30, 1, 1): determinant 1e30 - 1 or so.
+  // Columns (1 - 1e30, 1, 0), (1 - 1e30, 0, 1), (1 - 1e30, 1, 1): the determinant is about 1e30 -
+  // 1.
   const auto exact = ExactDeterminant({&far, &near}, {&far, &second}, {&far, &third});
   EXPECT_EQ(exact.Rounded().hi, 1e30);
   EXPECT_EQ(exact.Rounded().lo, -1.0);

@@ -11,7 +11,7 @@ using namespace gsl_sweep;
 
 __extension__ using Wide = __int128;
 
-/// An expansion of integers, added up exactly.
+/// Returns the exact sum of an expansion of integers.
 template <int N>
 Wide Total(const Expansion<N>& e) {
   Wide total = 0;
@@ -25,7 +25,7 @@ bool IsWellFormed(const Expansion<N>& e) {
   for (int k = 0; k < e.count; ++k) {
     if (e.component[k] == 0.0) return false;
     if (k == 0) continue;
-    // Nothing of a smaller component reaches the lowest bit of a larger one.
+    // Each component is smaller than the lowest bit of the next larger component.
     int exponent = 0;
     const double mantissa = std::frexp(e.component[k], &exponent);
     double lowest = std::ldexp(1.0, exponent - 53);
@@ -62,7 +62,7 @@ TEST(ExactArithmetic, ExpansionsOfIntegersMatchWideIntegers) {
     return random() % 2 == 0 ? value : -value;
   };
   for (int round = 0; round < 20000; ++round) {
-    // Pairs of 30 and 60 bits: each needs two doubles.
+    // Pairs of 30 and 60 bits; each number needs two doubles.
     const double high = integer() * 0x1p30;
     const DoubleDouble a = TwoSum(high, integer());
     const DoubleDouble b = TwoSum(integer(), integer() * 0x1p-0);

@@ -14,14 +14,14 @@ using namespace gsl_sweep;
 
 __extension__ using Wide = __int128;
 
-/// An expansion of one component, or of none.
+/// Returns an expansion of one component, or of no component for zero.
 Expansion<192> Of(double value) {
   Expansion<192> result;
   result.Append(value);
   return result;
 }
 
-/// large + small, of which the bits must not overlap.
+/// Returns large + small. Requires numbers whose bits do not overlap.
 Expansion<192> Of(double large, double small) {
   Expansion<192> result;
   result.Append(small);
@@ -61,7 +61,7 @@ TEST(ExactRatio, EqualRatiosOfDifferentTermsAreEqual) {
 }
 
 TEST(ExactRatio, DifferencesBelowTheRoundedValuesAreSeen) {
-  // 1/3 and 1/3 + 2^-202, far below one unit of a hundred bits.
+  // 1/3 and 1/3 + 2^-202; the difference is far below one unit of a hundred bits.
   const ExactRatio third = Ratio(Of(1.0), Of(3.0));
   const ExactRatio above = Ratio(Of(1.0, 3.0 * 0x1p-202), Of(3.0));
   EXPECT_EQ(third.rounded.hi, above.rounded.hi);
@@ -75,21 +75,22 @@ TEST(ExactRatio, DifferencesBelowTheRoundedValuesAreSeen) {
 TEST(ExactRatio, TheWholeRangeOfDoubleCounts) {
   const double least = 0x1p-1074;
   const double most = 0x1.fffffffffffffp1023;
-  // Products of these are 2^-2148 and nearly 2^2048.
+  // The products of these numbers are 2^-2148 and nearly 2^2048.
   ExpectOrder(Ratio(Of(least), Of(1.0, least)), Ratio(Of(least), Of(1.0)), -1);
   ExpectOrder(Ratio(Of(most, least), Of(most)), Ratio(Of(most), Of(most)), 1);
   ExpectOrder(Ratio(Of(most, -least), Of(most)), Ratio(Of(most), Of(most, least)), -1);
 }
 
 TEST(ExactRatio, CarriesAndBorrowsCrossLimbs) {
-  // 2^320 - 1 over 2^320, and 2^320 over 2^320 + 1: their cross products differ by one.
+  // The ratios are 2^320 - 1 over 2^320, and 2^320 over 2^320 + 1. Their cross products differ by
+  // one.
   ExpectOrder(Ratio(Of(0x1p320, -1.0), Of(0x1p320)), Ratio(Of(0x1p320), Of(0x1p320, 1.0)), -1);
   // (2^320 - 1)(2^320 + 1) is one less than 2^640.
   ExpectOrder(Ratio(Of(0x1p320, -1.0), Of(1.0)), Ratio(Of(0x1p640), Of(0x1p320, 1.0)), -1);
   ExpectOrder(Ratio(Of(0x1p320, -1.0), Of(1.0)), Ratio(Of(0x1p640, -1.0), Of(0x1p320, 1.0)), 0);
 }
 
-/// A whole number of up to 62 bits as the sum of two parts.
+/// Returns a whole number of up to 62 bits as the sum of two parts.
 Expansion<192> Whole(std::int64_t value) {
   const auto high = static_cast<double>(value);
   return Of(high, static_cast<double>(value - static_cast<std::int64_t>(high)));
@@ -103,7 +104,7 @@ TEST(ExactRatio, AgreesWithWholeNumbers) {
   std::uniform_int_distribution<std::int64_t> narrow(-3, 3);
   int equal = 0;
   for (int round = 0; round < 20000; ++round) {
-    // Terms near each other, so that the quotients are often equal or nearly so.
+    // The terms are near each other, so that the quotients are often equal or nearly equal.
     std::int64_t term[4] = {wide(random), wide(random), 0, 0};
     term[2] = round % 3 == 0 ? wide(random) : term[0] + narrow(random);
     term[3] = round % 3 == 0 ? wide(random) : term[1] + narrow(random);
@@ -112,7 +113,7 @@ TEST(ExactRatio, AgreesWithWholeNumbers) {
         t = narrow(random);
     }
     if (round % 7 == 2) {
-      // One quotient of different terms: rounding alone would tell them apart.
+      // The same quotient of different terms; only rounding would make a difference.
       const std::int64_t over = wide(random) >> 31;
       const std::int64_t under = wide(random) >> 31;
       for (int k = 0; k < 4; k += 2) {
@@ -154,7 +155,7 @@ TEST(ExactRatio, LengthOfTheVectorIsARootWithoutRounding) {
   const Coord3 diagonal{1.0, 1.0, 1.0};
   EXPECT_EQ(CompareLength(one, diagonal, {0x1.bb67ae8584caap+0, 0}), 1);
   EXPECT_EQ(CompareLength(one, diagonal, {0x1.bb67ae8584cabp+0, 0}), -1);
-  // (3, 0, 4) has the length 5; a last bit more or less is seen.
+  // (3, 0, 4) has the length 5; a change of the last bit is noticed.
   EXPECT_EQ(CompareLength(one, {3.0, 0.0, 4.0}, {5.0, 0}), 0);
   EXPECT_EQ(CompareLength(Ratio(Of(1.0, 0x1p-200), Of(1.0)), {3.0, 0.0, 4.0}, {5.0, 0}), 1);
   EXPECT_EQ(CompareLength(Ratio(Of(1.0, -0x1p-200), Of(1.0)), {3.0, 0.0, 4.0}, {5.0, 0}), -1);
@@ -171,7 +172,7 @@ TEST(ExactRatio, LengthsBeyondTheRangeOfDoubleAreCompared) {
     EXPECT_EQ(CompareLength(one, alongX, {below, 0}), 1);
   }
   const ExactRatio tiny = Ratio(Of(0x1p-1020), Of(3.0));
-  // 2^-1020 / 3 in the scale of 2^-500: its square is far below the least double.
+  // 2^-1020 / 3 at the scale of 2^-500; its square is far below the least double.
   EXPECT_EQ(CompareLength(tiny, alongX, {0x1.5555555555555p-2, -1020}), 1);
   EXPECT_EQ(CompareLength(tiny, alongX, {0x1.5555555555556p-2, -1020}), -1);
   EXPECT_EQ(CompareLength(Ratio(Of(0x1p-1020), Of(4.0)), alongX, {0x1p-2, -1020}), 0);
@@ -188,7 +189,7 @@ TEST(ExactRatio, LengthsAgreeWithWholeNumbers) {
   std::uniform_int_distribution<std::int64_t> component(-30, 30);
   int counts[3] = {};
   for (int round = 0; round < 20000; ++round) {
-    // Every third time the length of the vector and the ratio are whole.
+    // In every third case the length of the vector and the ratio are whole numbers.
     const bool isWhole = round % 3 == 0;
     const std::int64_t x = isWhole ? 3 * component(random) : component(random);
     const std::int64_t y = isWhole ? x / 3 * 4 : component(random);

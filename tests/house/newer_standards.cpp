@@ -1,5 +1,5 @@
-// What newer standards judge differently from C++17: compiled as C++20 and C++23 by ./scripts/check
-// headers, behind every public header.
+// Code that newer standards judge differently from C++17. ./scripts/check headers compiles it as
+// C++20 and C++23, after every public header.
 
 #include "gsl_BBox.h"
 #include "gsl_TransformIntObj.h"
@@ -7,7 +7,7 @@
 #include "omu_PrimTuple.h"
 #include "omu_xoObjVarray.h"
 
-// Defined nowhere: nothing here runs.
+// It is not defined, because nothing here runs.
 extern const omu_PrimTuple& tuple;
 extern const omu_PrimEnum<gsl_DotMethod, 1>& dotMethod;
 extern const omu_PrimEnum<gsl_LineMethod, 1>& lineMethod;

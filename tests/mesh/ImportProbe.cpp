@@ -61,7 +61,7 @@ Mesh Surroundings() {
   return mesh;
 }
 
-/// Leaves its process id in the file and waits for ever.
+/// Writes its process id to the file and waits for ever.
 [[noreturn]] void Hang(const std::string& path) {
   std::ofstream(path) << getpid() << std::endl;
   for (;;)

@@ -22,7 +22,7 @@ const std::string isGzip = "is compressed with gzip; unpack it first, for exampl
 const std::string isUtf16 = "is text in UTF-16; convert it to UTF-8 first, for example with iconv "
                             "-f UTF-16 -t UTF-8";
 
-/// A record of an IGES file: 72 columns, the section, the number.
+/// Returns a record of an IGES file: 72 columns, the section, the number.
 std::string IgesRecord(const std::string& text, const std::string& sectionAndNumber) {
   std::string record = text;
   record.resize(72, ' ');
@@ -52,7 +52,7 @@ TEST(MeshForeign, StepIsKnownByItsContentsOrItsExtension) {
   EXPECT_EQ(ForeignFile("ISO-10303-2", "part.obj"), "");
 }
 
-TEST(MeshForeign, BuildingModelsAreNotMeant) {
+TEST(MeshForeign, BuildingModelsAreNotForeign) {
   EXPECT_EQ(ForeignFile(buildingText, "house.ifc"), "");
   EXPECT_EQ(ForeignFile(buildingText, "house.step"), "");
 }

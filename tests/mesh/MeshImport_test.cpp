@@ -52,7 +52,7 @@ void ExpectNoProcessIsLeft() {
   EXPECT_EQ(errno, ECHILD);
 }
 
-/// Sets an environment variable as long as it lives.
+/// Sets an environment variable during its lifetime.
 class Environment {
 public:
   Environment(const char* name, const std::string& value) : m_name(name) {
@@ -77,7 +77,7 @@ private:
   std::string m_old;
 };
 
-/// The process that hangs on `path` has written its number there.
+/// True when the process that hangs on `path` has written its process id there.
 pid_t ProcessNamedIn(const std::string& path) {
   for (int k = 0; k < 3000; ++k) {
     const std::string text = BytesOf(path);
@@ -150,7 +150,7 @@ TEST(MeshImport, LimitsGrowWithTheFile) {
   EXPECT_EQ(ImportLimitsFor(UINT64_MAX).memory, machine);
 }
 
-TEST(MeshImport, ChatterStaysInTheProgram) {
+TEST(MeshImport, OutputStaysInTheProgram) {
   testing::internal::CaptureStdout();
   testing::internal::CaptureStderr();
   Import("chatter");
@@ -169,8 +169,8 @@ TEST(MeshImport, ProgramLeavesNoCoreEvenWhereItsCallerWould) {
   EXPECT_EQ(mesh.warnings[5], "no core");
 }
 
-TEST(MeshImport, ProgramSeesNothingOfItsCaller) {
-  // A descriptor that the caller forgot to close, and a signal that it blocks.
+TEST(MeshImport, ProgramInheritsNothingFromItsCaller) {
+  // The caller has an open descriptor and blocks a signal.
   const int forgotten = open("/dev/null", O_RDONLY);
   const int far = dup2(forgotten, 500);
   sigset_t old;
@@ -214,7 +214,7 @@ TEST(MeshImport, ProgramEndsWithItsCaller) {
   bool gone = false;
   for (int k = 0; k < 3000 && !gone; ++k) {
     std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    // It may stay a while as an entry that nobody has asked about.
+    // The process may remain for a while as an entry that has not been waited for.
     const std::string state = BytesOf("/proc/" + std::to_string(program) + "/stat");
     gone = state.empty() || state.find(") Z ") != std::string::npos;
   }

@@ -19,7 +19,7 @@ struct Outcome {
   std::string answer, err;
 };
 
-/// Runs the probe by hand, as nobody should.
+/// Runs the probe by hand.
 Outcome Probe(const std::string& arguments) {
   const TemporaryFolder folder;
   const std::string line = "'" GSL_IMPORT_PROBE "' " + arguments + " 3>'" + folder.Path("answer") +
@@ -44,16 +44,16 @@ TEST(MeshImporter, StartedByHandItSaysWhoStartsIt) {
   }
 }
 
-TEST(MeshImporter, ItEndsWhenItsCallerIsNotThereAnyMore) {
+TEST(MeshImporter, EndsWhenItsCallerHasEnded) {
   const std::string greeting = gsl_sweep::import_protocol::kGreeting;
   const Outcome orphan = Probe(greeting + " 0 1 mesh");
   EXPECT_EQ(orphan.status, 1);
   EXPECT_EQ(orphan.answer, "");
 }
 
-TEST(MeshImporter, AnswerIsTheGreetingAndTheMesh) {
+TEST(MeshImporter, ResultIsTheGreetingAndTheMesh) {
   const std::string greeting = gsl_sweep::import_protocol::kGreeting;
-  // The shell stays and waits, so that the shell is its caller.
+  // The shell waits, so that it is the caller of the program.
   const Outcome outcome = Probe(greeting + " 0 $$ surroundings");
   EXPECT_EQ(outcome.status, 0);
   EXPECT_EQ(outcome.answer.substr(0, 9), greeting + std::string(1, '\0'));

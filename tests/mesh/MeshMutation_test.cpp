@@ -10,7 +10,7 @@ using namespace gsl_mesh_samples;
 
 namespace {
 
-/// As ReadMesh does it, but without a file unless a child process must open it.
+/// Reads as ReadMesh does, but without a file unless a child process must open it.
 Mesh ReadDamaged(const TemporaryFolder& folder, const std::string& name, const std::string& bytes,
                  std::string& path) {
   path = name;
@@ -20,7 +20,7 @@ Mesh ReadDamaged(const TemporaryFolder& folder, const std::string& name, const s
   return gsl_sweep::ReadMesh(path);
 }
 
-/// A damaged file must end in a mesh or in one clear line about that file.
+/// Checks that a damaged file is read as a mesh or refused in one clear line that names the file.
 void ExpectAnAnswer(const TemporaryFolder& folder, const std::string& name,
                     const std::string& bytes) {
   std::string path;
@@ -49,7 +49,7 @@ std::string Flipped(std::string bytes, std::mt19937& random) {
   return bytes;
 }
 
-/// Puts another number where one stands: a word of digits, or four bytes.
+/// Replaces a number, which is a word of digits or four bytes.
 std::string Recounted(std::string bytes, std::mt19937& random) {
   static const char* const numbers[] = {
       "0", "-1", "1", "65536", "5", "3", "4294967295", "99999999999999999999", "1e9"};
@@ -65,7 +65,7 @@ std::string Recounted(std::string bytes, std::mt19937& random) {
   return bytes.replace(begin, end - begin, numbers[random() % 9]);
 }
 
-/// Two pieces of the file change places.
+/// Exchanges two parts of the file.
 std::string Exchanged(const std::string& bytes, std::mt19937& random) {
   std::size_t cuts[3] = {random() % bytes.size(), random() % bytes.size(), random() % bytes.size()};
   std::sort(cuts, cuts + 3);
@@ -86,7 +86,7 @@ void ReadMutations(const Sample& sample, int rounds, std::mt19937& random) {
 
 } // namespace
 
-TEST(MeshMutation, EveryTruncationOfASampleEndsInAnAnswer) {
+TEST(MeshMutation, EveryTruncationOfASampleIsReadOrRefused) {
   const TemporaryFolder folder;
   for (const Sample& sample : AllSamples()) {
     const bool ours = gsl_sweep::DetectMeshFormat(sample.bytes, sample.name) != MeshFormat::Assimp;
@@ -99,7 +99,7 @@ TEST(MeshMutation, EveryTruncationOfASampleEndsInAnAnswer) {
   }
 }
 
-TEST(MeshMutation, DamagedSamplesEndInAnAnswer) {
+TEST(MeshMutation, DamagedSamplesAreReadOrRefused) {
   const unsigned seed = 4;
   std::printf("seed %u\n", seed);
   std::mt19937 random(seed);
@@ -109,7 +109,7 @@ TEST(MeshMutation, DamagedSamplesEndInAnAnswer) {
   }
 }
 
-TEST(MeshMutation, DamagedRealMeshesEndInAnAnswer) {
+TEST(MeshMutation, DamagedRealMeshesAreReadOrRefused) {
   const char* const folder = std::getenv("GSL_MESH_DIR");
   if (folder == nullptr) {
     std::printf("GSL_MESH_DIR is not set: no real meshes are damaged\n");

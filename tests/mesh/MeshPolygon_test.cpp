@@ -14,7 +14,7 @@ namespace {
 using Triangle = PolygonTriangulator::Triangle;
 constexpr double pi = 3.14159265358979323846;
 
-/// Shoelace formula, a slower way to the same area.
+/// The shoelace formula, a slower way to the same area.
 double SignedArea(const std::vector<Coord3>& ring) {
   double sum = 0.0;
   for (std::size_t k = 0; k < ring.size(); ++k) {
@@ -31,7 +31,8 @@ std::vector<Triangle> Cut(const std::vector<Coord3>& ring) {
   return triangles == nullptr ? std::vector<Triangle>{} : *triangles;
 }
 
-/// Every triangle turns as the ring does and the areas add up: the ring is covered once.
+/// Checks that every triangle has the orientation of the ring and that the areas add up, so that
+/// the ring is covered once.
 void ExpectCovered(const std::vector<Coord3>& ring) {
   const std::vector<Triangle> triangles = Cut(ring);
   ASSERT_EQ(triangles.size(), ring.size() - 2);
@@ -49,7 +50,7 @@ std::vector<Coord3> Reversed(std::vector<Coord3> ring) {
   return {ring.rbegin(), ring.rend()};
 }
 
-/// Every first corner and both senses.
+/// Checks every first corner and both orientations.
 void ExpectCoveredFromEverywhere(std::vector<Coord3> ring) {
   for (std::size_t k = 0; k < ring.size(); ++k) {
     ExpectCovered(ring);
@@ -60,7 +61,7 @@ void ExpectCoveredFromEverywhere(std::vector<Coord3> ring) {
 
 } // namespace
 
-TEST(MeshPolygon, ConvexPolygonGivesTheFanFromItsFirstCorner) {
+TEST(MeshPolygon, ConvexPolygonBecomesTheFanFromItsFirstCorner) {
   const std::vector<Triangle> expected{{0, 1, 2}, {0, 2, 3}, {0, 3, 4}};
   EXPECT_EQ(Cut({{0, 0, 0}, {2, 0, 0}, {3, 1, 0}, {2, 2, 0}, {0, 2, 0}}), expected);
 }
@@ -71,7 +72,7 @@ TEST(MeshPolygon, QuadrangleIsHalvedFromItsFirstCornerWhicheverDiagonalIsShorter
 }
 
 TEST(MeshPolygon, ConcaveQuadrangleIsHalvedInside) {
-  // The diagonal between corners 0 and 2 is the shorter one, and lies outside.
+  // The diagonal between corners 0 and 2 is shorter and lies outside.
   const std::vector<Coord3> dart{{-1, 0, 0}, {0, 1, 0}, {1, 0, 0}, {0, 100, 0}};
   ExpectCoveredFromEverywhere(dart);
   for (const Triangle& t : Cut(dart)) {
@@ -194,7 +195,7 @@ TEST(MeshPolygon, FarFromTheOriginIsCovered) {
   EXPECT_EQ(Cut(ring), expected);
 }
 
-TEST(MeshPolygon, PolygonWithoutInsideGivesTheFan) {
+TEST(MeshPolygon, PolygonWithoutInsideBecomesTheFan) {
   const std::vector<Triangle> expected{{0, 1, 2}, {0, 2, 3}};
   const double nan = std::numeric_limits<double>::quiet_NaN();
   const double infinity = std::numeric_limits<double>::infinity();
@@ -204,14 +205,14 @@ TEST(MeshPolygon, PolygonWithoutInsideGivesTheFan) {
   EXPECT_EQ(Cut({{0, 0, 0}, {1, 0, 0}, {1, 1, infinity}, {0, 1, 0}}), expected);
 }
 
-TEST(MeshPolygon, PolygonThatCrossesItselfGivesTheFan) {
+TEST(MeshPolygon, PolygonThatCrossesItselfBecomesTheFan) {
   const std::vector<Coord3> bow{{0, 0, 0}, {4, 4, 0}, {4, 0, 0}, {0, 3, 0}};
   const std::vector<Triangle> expected{{0, 1, 2}, {0, 2, 3}};
   EXPECT_EQ(Cut(bow), expected);
 }
 
 TEST(MeshPolygon, LongWindingPolygonIsRefusedInsteadOfTakingMinutes) {
-  // A comb of needles that all end above the same corner: nearly every ear is blocked.
+  // A comb of needles that all end above the same corner blocks nearly every ear.
   constexpr std::size_t teeth = 60000;
   std::vector<Coord3> ring{{0.0, -1.0, 0.0}};
   for (std::size_t k = 0; k < teeth; ++k) {

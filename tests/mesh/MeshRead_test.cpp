@@ -22,7 +22,7 @@ using testing::HasSubstr;
 
 namespace {
 
-/// Restores what the tests of rights change.
+/// Restores the rights that the tests change.
 class Chmod {
 public:
   Chmod(std::string path, mode_t mode) : m_path(std::move(path)) { chmod(m_path.c_str(), mode); }
@@ -34,7 +34,8 @@ private:
   std::string m_path;
 };
 
-/// The superuser may read everything; while this lives, it is nobody.
+/// The superuser may read every file, so the process is another user during the lifetime of this
+/// object.
 class OrdinaryUser {
 public:
   OrdinaryUser() { EXPECT_TRUE(!m_wasSuperuser || seteuid(65534) == 0); }
@@ -74,7 +75,7 @@ TEST(MeshRead, UnambiguousContentsWinOverTheExtension) {
     if (sample.name == "text.obj" || sample.name == "text.gltf" || sample.name == "zipped.3mf") {
       continue;
     }
-    // Assimp wants the usual extension for its files.
+    // Assimp requires the usual extension for its files.
     if (sample.name == "binary.glb") continue;
     for (const char* name : {"part", "part.txt", "part.obj", "part.stl", "part.ply", "part.3mf"}) {
       SCOPED_TRACE(sample.name + " as " + name);
@@ -101,7 +102,7 @@ TEST(MeshRead, UnknownFormatsAreRefused) {
   }
 }
 
-TEST(MeshRead, FilesThatAreNoMeshFilesAreRefused) {
+TEST(MeshRead, FilesThatAreNotMeshFilesAreRefused) {
   const TemporaryFolder folder;
   const std::string missing = folder.Path("missing.stl");
   EXPECT_EQ(ErrorOfFile(missing), missing + ": cannot be opened: No such file or directory");
@@ -236,7 +237,8 @@ TEST(MeshRead, StreamIsReadToItsEnd) {
   std::vector<Coord3> many;
   for (int k = 0; k < 3 * 50000; ++k)
     many.push_back({0.5 * k, 1.0, 2.0});
-  ExpectCorners(Stream(StlBinary(many)).Read(MeshFormat::Stl), many); // more than a pipe holds
+  ExpectCorners(Stream(StlBinary(many)).Read(MeshFormat::Stl),
+                many); // more bytes than a pipe holds
 }
 
 TEST(MeshRead, StreamThatDoesNotBlockIsWaitedFor) {

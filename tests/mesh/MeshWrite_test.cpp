@@ -20,7 +20,7 @@ Mesh Tetrahedron() {
   return {"", TetrahedronCorners(), {}};
 }
 
-/// Doubles of any pattern of bits: large, tiny, subnormal, NaN and infinite ones.
+/// Doubles of any pattern of bits: large, tiny, subnormal, NaN and infinite numbers.
 double AnyDouble(std::mt19937_64& random) {
   const std::uint64_t bits = random();
   double value = 0.0;
@@ -69,7 +69,7 @@ TEST(MeshWrite, DoublesComeBackBitForBitFromEveryFormatButStl) {
   Mesh mesh;
   for (int k = 0; k < 3 * 3000; ++k) {
     mesh.corners.push_back({AnyDouble(random), AnyDouble(random), AnyDouble(random)});
-    // Corners that come again, and such as differ in one bit or in a sign of zero alone.
+    // Some corners repeat, and some differ only in one bit or in the sign of zero.
     if (k % 4 == 1) mesh.corners.back() = mesh.corners[random() % mesh.corners.size()];
     if (k % 4 == 2) mesh.corners.back().z = std::nextafter(mesh.corners.back().z, 0.0);
     if (k % 4 == 3) mesh.corners.back() = {random() % 2 == 0 ? 0.0 : -0.0, 0.1, 1.0 / 3.0};

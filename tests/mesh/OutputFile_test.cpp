@@ -38,7 +38,7 @@ mode_t ModeOf(const std::string& path) {
   return status.st_mode & 07777;
 }
 
-/// Runs `action` in a child and gives how it ended, as waitpid does.
+/// Runs `action` in a child and returns its status, as waitpid does.
 template <typename Action>
 int StatusOfChild(Action action) {
   const pid_t child = fork();
@@ -129,7 +129,7 @@ TEST(OutputFile, SymbolicLinkStaysAndItsTargetIsReplaced) {
   EXPECT_EQ(BytesOf(target), "new");
 }
 
-TEST(OutputFile, LinkThatLeadsNowhereIsKept) {
+TEST(OutputFile, LinkWithoutATargetIsKept) {
   const TemporaryFolder folder;
   const std::string link = folder.Path("link");
   std::filesystem::create_symlink("nowhere", link);
@@ -173,7 +173,7 @@ TEST(OutputFile, FullDiskIsReported) {
     std::string message;
     {
       OutputFile file(folder.Path("report.json"), false);
-      // The limit on the size of files stands for a full disk.
+      // A limit on the size of files simulates a full disk.
       std::signal(SIGXFSZ, SIG_IGN);
       const rlimit small{4, 4};
       setrlimit(RLIMIT_FSIZE, &small);

@@ -12,7 +12,7 @@ TEST(Printable, EveryControlCharacterBecomesAQuestionMark) {
   }
 }
 
-TEST(Printable, TwiceIsOnce) {
+TEST(Printable, SecondCallChangesNothing) {
   const std::string text = "a\n\x1b[2J\t\xc3\xa9?";
   EXPECT_EQ(Printable(text), "a??[2J?\xc3\xa9?");
   EXPECT_EQ(Printable(Printable(text)), Printable(text));

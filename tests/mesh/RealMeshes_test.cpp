@@ -7,8 +7,8 @@
 using namespace gsl_mesh_samples;
 using gsl_sweep::ReadMesh;
 
-/// Meshes from elsewhere, in the folder that the environment names as GSL_MESH_DIR. Without it
-/// these tests say so and pass.
+/// The meshes are in the folder that the environment variable GSL_MESH_DIR names. Without that
+/// folder these tests are skipped.
 namespace {
 
 const char* MeshFolder() {
@@ -21,7 +21,7 @@ struct Expected {
   const char* name;
   std::size_t triangles;
   std::size_t notFinite;
-  std::size_t withoutArea; ///< among the finite ones
+  std::size_t withoutArea; ///< among the finite triangles
 };
 
 std::size_t CountNotFinite(const Mesh& mesh) {
@@ -82,13 +82,13 @@ TEST(RealMeshes, ConcavePolygonsAndContinuedLinesKeepTheirArea) {
   EXPECT_NEAR(Area(mesh), expected, 1e-9);
 }
 
-TEST(RealMeshes, HostileFilesEndInAnAnswer) {
+TEST(RealMeshes, HostileFilesAreReadOrRefused) {
   const char* const folder = MeshFolder();
   if (folder == nullptr) return;
   const struct {
     const char* name;
     std::size_t triangles;
-    const char* message; ///< null when it is read
+    const char* message; ///< null when the file can be read
   } rows[] = {{"comments.off", 12, nullptr},
               {"empty.stl", 0, "holds no triangles"},
               {"face_in_group_name.obj", 0, "holds no triangles"},

@@ -34,7 +34,7 @@ Parsed Parse(std::vector<const char*> arguments) {
   return parsed;
 }
 
-/// With both files and a direction before the arguments.
+/// Parses both files and a direction, followed by the arguments.
 Parsed ParseMore(std::vector<const char*> arguments) {
   arguments.insert(arguments.begin(), {"a.stl", "b.stl", "-d", "-z"});
   return Parse(std::move(arguments));
@@ -177,7 +177,7 @@ TEST(SweepOptions, UnknownOptionIsNamedBeforeAnythingElse) {
   EXPECT_EQ(ParseMore({"--b\nad"}).error, "unknown option --b?ad" + seeHelp);
 }
 
-TEST(SweepOptions, ValuesThatMakeNoSenseAreNamedWithWhatWasExpected) {
+TEST(SweepOptions, WrongValuesAreNamedWithWhatWasExpected) {
   EXPECT_EQ(ParseMore({"--max-distance", "-3"}).error,
             "--max-distance must be at least 0 (got -3)");
   EXPECT_EQ(ParseMore({"--max-distance=-3"}).error, "--max-distance must be at least 0 (got -3)");
@@ -260,7 +260,7 @@ TEST(SweepOptions, FilesMayFollowTwoDashes) {
   EXPECT_FALSE(parsed.options.quiet);
 }
 
-TEST(SweepOptions, HelpAndVersionWinOverWhatIsWrong) {
+TEST(SweepOptions, HelpAndVersionWinOverErrors) {
   EXPECT_EQ(Parse({"--version"}).text, "gsl-sweep " GSL_VERSION "\n");
   EXPECT_EQ(Parse({"--bogus", "--version"}).text, "gsl-sweep " GSL_VERSION "\n");
   EXPECT_THAT(Parse({"-h"}).text, HasSubstr("Usage: gsl-sweep MOVING FIXED --direction X,Y,Z"));

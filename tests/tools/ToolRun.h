@@ -11,7 +11,7 @@
 
 #include <sys/wait.h>
 
-/// Running gsl-sweep as a person would, through a shell.
+/// Runs gsl-sweep as a person does, through a shell.
 namespace tool_run {
 
 struct Outcome {

@@ -21,7 +21,7 @@ const std::string bolt = GSL_EXAMPLE_MESHES "/bolt.stl";
 const std::string bracket = GSL_EXAMPLE_MESHES "/bracket.stl";
 const std::string parts = bolt + " " + bracket + " ";
 
-TEST(GslSweep, AnswersInThreeLines) {
+TEST(GslSweep, ReportsInThreeLines) {
   const Outcome run = Sweep(parts + "--direction 0,0,-1");
   EXPECT_EQ(run.status, 0);
   EXPECT_EQ(run.err, "");
@@ -57,7 +57,7 @@ TEST(GslSweep, JsonRepeatsTheQuestionAndNotTheThreads) {
             json::parse(R"({"offset": [0.0, 0.0, 5.0], "max_distance": 12.5, "one_sided": true})"));
   EXPECT_EQ(answer["status"], "none");
   EXPECT_TRUE(answer["normal"].is_null());
-  // Of each part, what faces away.
+  // Each part has triangles that face away.
   EXPECT_GT(answer["moving"]["left_out"], 0);
   EXPECT_GT(answer["fixed"]["left_out"], 0);
   const json free = json::parse(Sweep(parts + "-d -z --json -").out);
@@ -135,7 +135,7 @@ TEST(GslSweep, GreatestDistanceIsClosed) {
   EXPECT_EQ(FirstLine(below.out), "No contact along (0, 0, -1) within 29.999999999999996.");
 }
 
-TEST(GslSweep, OneSidedLeavesOutWhatTurnsAway) {
+TEST(GslSweep, OneSidedLeavesOutTrianglesThatFaceAway) {
   // From inside the plate's middle upwards, only the underside of its top is ahead.
   const Folder folder;
   const std::string inner = folder.Write("inner.stl", Box({-1, -1, -1}, {1, 1, 1}));

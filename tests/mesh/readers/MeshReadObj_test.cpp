@@ -117,7 +117,7 @@ TEST(MeshReadObj, CurvedSurfacesAreLeftOutWithAWarning) {
   EXPECT_EQ(mesh.warnings[0], "sample: left out curved surfaces, the first in line 6");
 }
 
-TEST(MeshReadObj, PointsAndLinesAreNoTriangles) {
+TEST(MeshReadObj, PointsAndLinesAreNotTriangles) {
   EXPECT_EQ(ErrorOf(MeshFormat::Obj, square + "p 1\nl 1 2 3\n"), "sample: holds no triangles");
   EXPECT_EQ(ErrorOf(MeshFormat::Obj, "g a f b\nv 0 0 0"), "sample: holds no triangles");
 }

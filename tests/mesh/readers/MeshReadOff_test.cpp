@@ -36,7 +36,7 @@ TEST(MeshReadOff, TextKeepsEveryDigitOfADouble) {
   ExpectCorners(Read(text + faces), vertices);
 }
 
-TEST(MeshReadOff, CountsMayStandAnywhere) {
+TEST(MeshReadOff, CountsMayBeAnywhere) {
   for (const char* head :
        {"OFF\n3 1 0\n", "OFF 3 1 0\n", "OFF3 1 0\n", "OFF\n3\n1\n0\n", "OFF 3 1\n",
         "\t OFF # c\n# d\n\n3 1 3\n", "3 1 0\n", "\xEF\xBB\xBFOFF\r\n3 1 0\r\n"}) {
@@ -53,12 +53,12 @@ TEST(MeshReadOff, ColoursNormalsAndTextureCoordinatesAreNotRead) {
   }
 }
 
-TEST(MeshReadOff, CommentsMayStandAnywhere) {
+TEST(MeshReadOff, CommentsMayBeAnywhere) {
   ExpectCorners(Read("# a\nOFF # b\n3 1 0 # c\n0 0 0 # d\n# e\n1 0 0\n\n1 1 0#f\n3 0 1 2 # g\n# h"),
                 corners);
 }
 
-TEST(MeshReadOff, CornersOfAFaceMayStandOnSeveralLines) {
+TEST(MeshReadOff, CornersOfAFaceMayBeOnSeveralLines) {
   ExpectCorners(Read("OFF 3 1 0 0 0 0\n1 0\n0\n1 1 0\n3\n0\n1 2\n"), corners);
 }
 

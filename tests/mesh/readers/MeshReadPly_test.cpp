@@ -48,7 +48,7 @@ std::string FormatName(char format) {
 const std::vector<std::string> wholeTypes{"char", "uchar", "short", "ushort", "int",   "uint",
                                           "int8", "uint8", "int16", "uint16", "int32", "uint32"};
 
-/// A text file of one triangle with other lines before the end of the header.
+/// Returns a text file of one triangle with `lines` before the end of the header.
 std::string TextWith(const std::string& header, const std::string& body) {
   return "ply\nformat ascii 1.0\n" + header + "end_header\n" + body;
 }

@@ -20,7 +20,7 @@ std::string ErrorOfStl(std::string_view bytes) {
 const std::string facet = "facet normal 0 0 1 outer loop vertex 0 0 0 vertex 1 0 0 vertex 0 1 0 "
                           "endloop endfacet\n";
 
-/// A text of one solid in which one facet has other words.
+/// Returns a text of one solid that holds `words`.
 std::string TextWith(const std::string& words) {
   return "solid a\n" + words + "\nendsolid a\n";
 }

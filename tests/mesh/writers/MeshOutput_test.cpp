@@ -12,7 +12,7 @@ using namespace gsl_sweep;
 
 namespace {
 
-/// What a writer leaves in a file.
+/// Returns the bytes that a writer leaves in a file.
 std::string Written(const std::function<void(MeshOutput&)>& write) {
   const TemporaryFolder folder;
   const std::string path = folder.Path("out");

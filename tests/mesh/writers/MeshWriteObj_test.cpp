@@ -3,7 +3,7 @@
 
 using namespace gsl_mesh_samples;
 
-TEST(MeshWriteObj, LayoutIsTheFormats) {
+TEST(MeshWriteObj, FollowsTheLayoutOfTheFormat) {
   const TemporaryFolder folder;
   const std::string path = folder.Path("part.obj");
   gsl_sweep::WriteMesh(

@@ -3,7 +3,7 @@
 
 using namespace gsl_mesh_samples;
 
-TEST(MeshWriteOff, LayoutIsTheFormats) {
+TEST(MeshWriteOff, FollowsTheLayoutOfTheFormat) {
   const TemporaryFolder folder;
   const std::string path = folder.Path("part.off");
   gsl_sweep::WriteMesh(

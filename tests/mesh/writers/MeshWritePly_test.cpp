@@ -3,7 +3,7 @@
 
 using namespace gsl_mesh_samples;
 
-TEST(MeshWritePly, LayoutIsTheFormats) {
+TEST(MeshWritePly, FollowsTheLayoutOfTheFormat) {
   const TemporaryFolder folder;
   const std::string path = folder.Path("part.ply");
   gsl_sweep::WriteMesh(

@@ -63,7 +63,7 @@ TEST(MeshWriteStl, CoordinatesAreRoundedToNearest) {
   EXPECT_EQ(read.corners[0].z, 0.0);
 }
 
-TEST(MeshWriteStl, LayoutIsTheFormats) {
+TEST(MeshWriteStl, FollowsTheLayoutOfTheFormat) {
   const TemporaryFolder folder;
   const std::string path = folder.Path("part.stl");
   WriteMesh(path, {"", {{0, 0, 5}, {2, 0, 5}, {0, 3, 5}}, {}}, false);

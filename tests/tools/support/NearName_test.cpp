@@ -11,7 +11,7 @@ const std::vector<std::string> names = {"--direction", "--offset", "--output",
 
 } // namespace
 
-TEST(NearName, OneOrTwoTypingErrorsAreMended) {
+TEST(NearName, OneOrTwoTypingErrorsAreCorrected) {
   EXPECT_EQ(NearName("--directoin", names), "--direction");  // exchanged
   EXPECT_EQ(NearName("--direcction", names), "--direction"); // too many
   EXPECT_EQ(NearName("--drection", names), "--direction");   // too few

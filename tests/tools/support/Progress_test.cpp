@@ -19,7 +19,7 @@ using gsl_sweep::ProgressStyle;
 
 namespace {
 
-/// What `act` writes to stderr while that is a terminal of this name.
+/// Returns what `act` writes to stderr while stderr is a terminal of this name.
 std::string SeenOnTerminal(const char* terminalName, const std::function<void()>& act) {
   int master = -1;
   int terminal = -1;

@@ -24,7 +24,7 @@ TEST(VectorText, ReadsNumbersCorrectlyRounded) {
   EXPECT_EQ(ParseNumber("9007199254740993"), 9007199254740992.0);
 }
 
-TEST(VectorText, RefusesWhatIsNoFiniteDecimalNumber) {
+TEST(VectorText, RefusesWhatIsNotAFiniteDecimalNumber) {
   for (const char* text : {"", " ", "+", "-", "+-1", "++1", "1x", "0x10", "nan", "inf", "-infinity",
                            "1e999", "1,5", "1 2"}) {
     EXPECT_FALSE(ParseNumber(text).has_value()) << text;
