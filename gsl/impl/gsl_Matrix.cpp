@@ -1,6 +1,7 @@
 #include "gsl_Matrix.h"
 
 #include "gsl_Coordinates.h"
+#include "gsl_Settings.h"
 #include "kernel/Matrix.h"
 
 #include <cstring>

@@ -1,7 +1,10 @@
 #include "gsl_Point.h"
 
+#include "gsl_Coordinates.h"
 #include "gsl_EntityPredicates.h"
 #include "gsl_Matrix.h"
+#include "gsl_Printing.h"
+#include "gsl_Settings.h"
 #include "kernel/SegmentPair.h"
 
 #include <algorithm>

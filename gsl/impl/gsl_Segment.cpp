@@ -1,6 +1,8 @@
 #include "gsl_Segment.h"
 
+#include "gsl_Coordinates.h"
 #include "gsl_EntityPredicates.h"
+#include "gsl_Settings.h"
 #include "kernel/SegmentPair.h"
 
 using gsl_kernel::Coord3;
@@ -99,7 +101,8 @@ void gsl_Segment::GetDistance(const gsl_Segment& other, gsl_Segment& connection)
     connection = gsl_Segment(meeting, meeting);
     return;
   }
-  if (gsl_kernel::LinesAreSkew(gsl_kernel::LineOf(a), gsl_kernel::LineOf(b), tolerance) &&
+  if (gsl_kernel::LinesAreSkew(gsl_kernel::SupportingLine(a), gsl_kernel::SupportingLine(b),
+                               tolerance) &&
       ConnectAlongNormal(a, b, tolerance, connection)) {
     return;
   }

@@ -1,6 +1,8 @@
 #include "gsl_ThreePoints.h"
 
+#include "gsl_Coordinates.h"
 #include "gsl_EntityPredicates.h"
+#include "gsl_Settings.h"
 #include "kernel/ThreePoints.h"
 
 using gsl_kernel::Coord3;

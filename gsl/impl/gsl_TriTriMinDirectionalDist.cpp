@@ -1,5 +1,6 @@
 #include "gsl_TriTriMinDirectionalDist.h"
 
+#include "gsl_Settings.h"
 #include "gsl_SweepOutputs.h"
 #include "kernel/TriangleSweep.h"
 

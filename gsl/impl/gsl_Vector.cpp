@@ -1,8 +1,9 @@
 #include "gsl_Vector.h"
 
-#include "gsl_Coordinates.h"
 #include "gsl_Matrix.h"
 #include "gsl_Plane.h"
+#include "gsl_Printing.h"
+#include "gsl_Settings.h"
 
 #include <ostream>
 

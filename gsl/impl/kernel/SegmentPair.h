@@ -12,7 +12,7 @@ struct Segment {
   Coord3 p1, p2;
 };
 
-inline Line LineOf(const Segment& s) {
+inline Line SupportingLine(const Segment& s) {
   return LineThrough(s.p1, s.p2);
 }
 
@@ -84,7 +84,8 @@ inline SegmentCrossing CrossSegmentLine(const Segment& segment, const Line& line
                                         double linearTolerance, Coord3& out) {
   const double length = Distance(segment.p1, segment.p2);
   if (length < linearTolerance) return SegmentCrossing::Missed;
-  if (!CrossLines(LineOf(segment), line, linearTolerance, out)) return SegmentCrossing::Missed;
+  if (!CrossLines(SupportingLine(segment), line, linearTolerance, out))
+    return SegmentCrossing::Missed;
   // segment-of-exactly-the-tolerance: it can leave the parameters unwritten; that is beyond it.
   // no-length-and-no-tolerance: then the margin is NaN, and no parameter is beyond that.
   double weights[2] = {std::numeric_limits<double>::infinity(), 0.0};
@@ -97,11 +98,11 @@ inline SegmentCrossing CrossSegmentLine(const Segment& segment, const Line& line
 /// Each segment must cross the other's line, a first. The point is the one written last.
 inline SegmentCrossing CrossSegments(const Segment& a, const Segment& b, double linearTolerance,
                                      Coord3& out) {
-  const SegmentCrossing first = CrossSegmentLine(a, LineOf(b), linearTolerance, out);
+  const SegmentCrossing first = CrossSegmentLine(a, SupportingLine(b), linearTolerance, out);
   // missing-the-first-test-leaves-its-point
   if (first != SegmentCrossing::Crossing) return first;
   // point-is-the-one-on-the-other-segments-line
-  const SegmentCrossing second = CrossSegmentLine(b, LineOf(a), linearTolerance, out);
+  const SegmentCrossing second = CrossSegmentLine(b, SupportingLine(a), linearTolerance, out);
   return second == SegmentCrossing::Crossing ? second : SegmentCrossing::Beyond;
 }
 

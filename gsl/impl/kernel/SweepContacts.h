@@ -15,6 +15,11 @@ struct SourcedPoint {
   int source;
 };
 
+/// Slot of the contact on the body that `side` names: +1 for A, -1 for B.
+inline int SlotOf(int side) {
+  return (1 - side) / 2;
+}
+
 /// The caller's running minimum: the contact on A (slot 0) and on B (slot 1).
 struct SweepContacts {
   SourcedPoint point[2];

@@ -12,11 +12,6 @@ struct SourcedTriangle {
   SourcedPoint p[3];
 };
 
-/// Slot of the contact on the first triangle of a routine: `side` is +1 when that is A, -1 for B.
-inline int SlotOfFirst(int side) {
-  return (1 - side) / 2;
-}
-
 /// The point moved along d onto the plane. It stays itself, identity included, where it lies on the
 /// plane or d does not lead there.
 inline SourcedPoint ShadowOf(const SourcedPoint& p, const Plane& plane, const Measured3& d,
@@ -101,7 +96,7 @@ inline void ForEachEdgeCrossing(const SourcedTriangle& first, const SourcedTrian
 inline bool EdgeOnTriangleDist(const SourcedTriangle& edgeTri, const SourcedTriangle& faceTri,
                                const Plane& facePlane, const Measured3& d, int side,
                                const SweepTolerances& tol, SweepContacts& contacts) {
-  const int k = SlotOfFirst(side);
+  const int k = SlotOf(side);
   bool found = false;
   const SourcedTriangle shadow = ProjectTriangleAlong(edgeTri, facePlane, d, tol);
   const TriangleTest face = InsideTest(faceTri, tol.linear);
@@ -131,7 +126,7 @@ inline bool EdgeOnTriangleDist(const SourcedTriangle& edgeTri, const SourcedTria
 inline bool CoplanarVertexEdgeDist(const SourcedTriangle& tri1, const SourcedTriangle& tri2,
                                    const Measured3& d, int side, const SweepTolerances& tol,
                                    SweepContacts& contacts) {
-  const int k = SlotOfFirst(side);
+  const int k = SlotOf(side);
   bool found = false;
   for (int i = 0; i < 3; ++i) {
     const Line line = {tri1.p[i].c, d};
@@ -164,15 +159,16 @@ inline bool FaceToFaceDist(const SourcedTriangle& a, const SourcedTriangle& b, c
     contacts.written[0] = true;
     contacts.distance = g;
   };
+  const auto considerCornersInside = [&](const SourcedTriangle& corners,
+                                         const SourcedTriangle& face) {
+    const TriangleTest inside = InsideTest(face, tol.linear);
+    for (const SourcedPoint& corner : corners.p) {
+      if (inside.Contains(corner.c)) consider(corner);
+    }
+  };
   const SourcedTriangle shadow = ProjectTriangleAlong(b, planeA, d, tol);
-  const TriangleTest insideShadow = InsideTest(shadow, tol.linear);
-  for (const SourcedPoint& vertex : a.p) {
-    if (insideShadow.Contains(vertex.c)) consider(vertex);
-  }
-  const TriangleTest insideA = InsideTest(a, tol.linear);
-  for (const SourcedPoint& vertex : shadow.p) {
-    if (insideA.Contains(vertex.c)) consider(vertex);
-  }
+  considerCornersInside(a, shadow);
+  considerCornersInside(shadow, a);
   ForEachEdgeCrossing(a, shadow, tol.linear, [&](int, const Coord3& p, const double*) {
     consider({p, kComputed});
   });
@@ -184,20 +180,20 @@ inline bool FaceToFaceDist(const SourcedTriangle& a, const SourcedTriangle& b, c
   return true;
 }
 
-struct Extent {
+struct Slab {
   double min, max;
 };
 
 /// Parameters of the vertices on the axis through `origin` along the unit vector d.
-inline Extent ExtentAlong(const Coord3& origin, const Coord3& d, const SourcedTriangle& tri) {
+inline Slab SlabAlong(const Coord3& origin, const Coord3& d, const SourcedTriangle& tri) {
   const double t0 = ParameterAlong(tri.p[0].c, origin, d);
-  Extent extent = {t0, t0};
+  Slab slab = {t0, t0};
   for (int i = 1; i < 3; ++i) {
     const double t = ParameterAlong(tri.p[i].c, origin, d);
-    if (t < extent.min) extent.min = t;
-    if (t > extent.max) extent.max = t;
+    if (t < slab.min) slab.min = t;
+    if (t > slab.max) slab.max = t;
   }
-  return extent;
+  return slab;
 }
 
 /// B lies wholly behind A along d, or farther ahead than `reach`. No rejection writes anything, so
@@ -205,9 +201,9 @@ inline Extent ExtentAlong(const Coord3& origin, const Coord3& d, const SourcedTr
 inline bool SlabsReject(const SourcedTriangle& a, const SourcedTriangle& b, const Measured3& d,
                         double reach, double linearTolerance) {
   const Coord3 axis = gsl_arithmetic::NormalizedCopy(d, linearTolerance).c;
-  const Extent extentA = ExtentAlong(a.p[0].c, axis, a);
-  const Extent extentB = ExtentAlong(a.p[0].c, axis, b);
-  return extentA.min > extentB.max || extentB.min - extentA.max > reach;
+  const Slab slabA = SlabAlong(a.p[0].c, axis, a);
+  const Slab slabB = SlabAlong(a.p[0].c, axis, b);
+  return slabA.min > slabB.max || slabB.min - slabA.max > reach;
 }
 
 enum class Facing { Right, EdgeOn, Wrong };
