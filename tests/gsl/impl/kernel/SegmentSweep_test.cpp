@@ -4,6 +4,8 @@
 #include "TestScale.h"
 
 #include <algorithm>
+#include <array>
+#include <cfloat>
 #include <cinttypes>
 #include <cmath>
 #include <cstdio>
@@ -110,6 +112,145 @@ struct SteepCrossing {
     return worst.ratio;
   }
 };
+
+/// Three angles and a length, from which the tests of the parts of kCrossingRounding make their
+/// vectors. A search moves from one to a worse one nearby.
+using Parameters = std::array<double, 4>;
+
+/// The largest value of `measure` that a search by random restarts and ever smaller steps finds.
+template <class Measure>
+Real SearchForTheWorst(RandomNumbers& random, const Measure& measure) {
+  Real worst = 0.0;
+  for (long restart = 0; restart < Scaled(300); ++restart) {
+    Parameters best = {};
+    Real most = -1.0;
+    for (int step = 0; step < 1000; ++step) {
+      Parameters other = best;
+      const double size = std::pow(10.0, random.In(-16.0, 0.0));
+      for (double& value : other)
+        value = step < 50 ? random.In(0.01, 6.28) : value * (1.0 + random.In(-size, size));
+      const Real found = measure(other);
+      if (!(found > most)) continue;
+      best = other;
+      most = found;
+    }
+    worst = std::max(worst, most);
+  }
+  return worst;
+}
+
+Coord3 UnitAt(double angle, double length) {
+  return gsl_arithmetic::NormalizedCopy(
+             gsl_kernel::Measure({length * std::cos(angle), length * std::sin(angle), 0.0}), 0.0)
+      .c;
+}
+
+Real ExactDot(const Coord3& a, const Coord3& b) {
+  return Real(a.x) * Real(b.x) + Real(a.y) * Real(b.y);
+}
+
+Real ExactCross(const Coord3& a, const Coord3& b) {
+  return Real(a.x) * Real(b.y) - Real(a.y) * Real(b.x);
+}
+
+constexpr Real kRoundoff = gsl_kernel::kUnitRoundoff;
+
+TEST(CrossingRounding, IsMadeOfItsParts) {
+  const double h = std::ldexp(1.0, -53);
+  EXPECT_EQ(gsl_kernel::kUnitSquareRoundoffs, 8.0);
+  EXPECT_EQ(gsl_kernel::kCosineRoundoffs, 2.0);
+  EXPECT_EQ(gsl_kernel::kDenominatorRoundoffs, 22.0);
+  EXPECT_EQ(gsl_kernel::kNumeratorRoundoffs, 16.0);
+  EXPECT_EQ(gsl_kernel::kUndividedRoundoffs, 47.0);
+  EXPECT_EQ(gsl_kernel::kLeastCross, 1e-5 * (1.0 - 1e-5 * 1e-5 / 4.0) - 10.0 * h);
+  EXPECT_EQ(gsl_kernel::kCrossingRounding, (38.0 / gsl_kernel::kLeastCross + 47.0) * h);
+}
+
+TEST(CrossingRounding, SquareOfAUnitVectorReachesAQuarterOfItsBound) {
+  RandomNumbers random(kSeed);
+  const Real worst = SearchForTheWorst(random, [](const Parameters& p) {
+    const Coord3 u = UnitAt(p[0], p[3]);
+    return std::fabs(ExactDot(u, u) - 1.0L) / kRoundoff;
+  });
+  std::printf("seed %" PRIu64 ", worst %.3Lf roundoffs\n", kSeed, worst);
+  EXPECT_LE(worst, gsl_kernel::kUnitSquareRoundoffs);
+  EXPECT_GE(worst, gsl_kernel::kUnitSquareRoundoffs / 4.0);
+}
+
+TEST(CrossingRounding, CosineReachesAQuarterOfItsBound) {
+  RandomNumbers random(kSeed);
+  const Real worst = SearchForTheWorst(random, [](const Parameters& p) {
+    const Coord3 u = UnitAt(p[0], 1.0), v = UnitAt(p[1], p[3]);
+    return std::fabs(Real(gsl_kernel::Dot(u, v)) - ExactDot(u, v)) / kRoundoff;
+  });
+  std::printf("seed %" PRIu64 ", worst %.3Lf roundoffs\n", kSeed, worst);
+  EXPECT_LE(worst, gsl_kernel::kCosineRoundoffs);
+  EXPECT_GE(worst, gsl_kernel::kCosineRoundoffs / 4.0);
+}
+
+TEST(CrossingRounding, DenominatorReachesAQuarterOfItsBound) {
+  RandomNumbers random(kSeed);
+  const Real worst = SearchForTheWorst(random, [](const Parameters& p) {
+    const Coord3 u = UnitAt(p[0], 1.0), v = UnitAt(p[0] + 1e-3 * p[1], p[3]);
+    const double c = gsl_kernel::Dot(u, v);
+    const Real cross = ExactCross(u, v);
+    return std::fabs(Real(c * c - 1.0) + cross * cross) / kRoundoff;
+  });
+  std::printf("seed %" PRIu64 ", worst %.3Lf roundoffs\n", kSeed, worst);
+  EXPECT_LE(worst, gsl_kernel::kDenominatorRoundoffs);
+  EXPECT_GE(worst, gsl_kernel::kDenominatorRoundoffs / 4.0);
+}
+
+TEST(CrossingRounding, NumeratorReachesAQuarterOfItsBound) {
+  RandomNumbers random(kSeed);
+  const Real worst = SearchForTheWorst(random, [](const Parameters& p) {
+    const Coord3 u = UnitAt(p[0], 1.0), v = UnitAt(p[0] + 1e-3 * p[1], p[3]);
+    const Coord3 w = {std::cos(p[2]), std::sin(p[2]), 0.0};
+    const double c = gsl_kernel::Dot(u, v);
+    const double n = gsl_kernel::Dot(w, v) * c - gsl_kernel::Dot(w, u);
+    return std::fabs(Real(n) + ExactCross(w, v) * ExactCross(u, v)) /
+           (kRoundoff * std::sqrt(ExactDot(w, w)));
+  });
+  std::printf("seed %" PRIu64 ", worst %.3Lf roundoffs\n", kSeed, worst);
+  EXPECT_LE(worst, gsl_kernel::kNumeratorRoundoffs);
+  EXPECT_GE(worst, gsl_kernel::kNumeratorRoundoffs / 4.0);
+}
+
+TEST(CrossingRounding, LeastCrossIsTheLeastOfTargetsThatAreNotParallel) {
+  RandomNumbers random(kSeed);
+  Real least = 1.0;
+  long counted = 0;
+  for (long i = 0; i < Scaled(1000000); ++i) {
+    // Symmetric about an axis, so that the whole difference is in one component.
+    const double half = 0.5e-5 * (1.0 + random.In(-1e-10, 1e-10));
+    const double axis = random.Below(4) * 1.5707963267948966;
+    const Measured3 along =
+        gsl_kernel::Measure({std::cos(axis + half), std::sin(axis + half), 0.0});
+    const Measured3 other =
+        gsl_kernel::Measure({std::cos(axis - half), std::sin(axis - half), 0.0});
+    const gsl_kernel::RayDirection ray(other, 0.0);
+    if (gsl_kernel::SameOrOppositeComponents(gsl_kernel::UnitComponents(along), ray.components,
+                                             gsl_kernel::kLineParallelTolerance)) {
+      continue;
+    }
+    ++counted;
+    const Coord3 u = gsl_arithmetic::NormalizedCopy(along, 0.0).c;
+    least = std::min(least, std::fabs(ExactCross(u, ray.unit)));
+  }
+  std::printf("seed %" PRIu64 ", %ld targets, least %.15Lg of the bound\n", kSeed, counted,
+              least / Real(gsl_kernel::kLeastCross));
+  EXPECT_GT(counted, Scaled(100000));
+  EXPECT_GE(least, Real(gsl_kernel::kLeastCross));
+  EXPECT_LE(least, Real(gsl_kernel::kLeastCross) * (1.0L + 1e-9L));
+}
+
+TEST(OrdinarySizes, SquaresKeepTheirDigitsAndProductsStayFinite) {
+  const double leastSquare = gsl_kernel::kLeastOrdinarySize * gsl_kernel::kLeastOrdinarySize / 9.0;
+  EXPECT_GT(leastSquare * gsl_kernel::kUnitRoundoff, DBL_MIN);
+  const double mostProduct =
+      4.0 * gsl_kernel::kLargestOrdinarySize * gsl_kernel::kLargestOrdinarySize;
+  EXPECT_LT(mostProduct, DBL_MAX * gsl_kernel::kUnitRoundoff);
+}
 
 TEST(AsideReach, CoversWhatRoundingAcceptsOfTheSteepestTargetsWithinAFactorOfTwenty) {
   RandomNumbers random(kSeed);
