@@ -215,7 +215,14 @@ inline Facing FacingOf(const Measured3& normal, const Measured3& d, double sense
   return sense * Dot(normal.c, d.c) < 0.0 ? Facing::Wrong : Facing::Right;
 }
 
-/// Shortest normal that still counts as one: a triangle's is 1 or 0.
+/// Error of the length of a normal that is present, in unit roundoffs.
+// The length is m (1 / m) with a rounding of the reciprocal and one of the product. A length that
+// overflows gives NaN, and a subnormal one can give infinity: both count as present.
+constexpr double kUnitNormalRoundoffs = 1.0 + 1.0;
+
+/// Length below which a triangle has no normal.
+// The length of a normal is exactly 0, or within kUnitNormalRoundoffs of 1: anything between the
+// two separates them.
 constexpr double kNormalPresent = 0.5;
 
 inline Measured3 NormalOf(const SourcedTriangle& tri, double cosineTolerance) {

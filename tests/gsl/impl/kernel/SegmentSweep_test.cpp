@@ -1,5 +1,6 @@
 #include "kernel/SegmentSweep.h"
 
+#include "Numbers.h"
 #include "RandomNumbers.h"
 #include "TestScale.h"
 
@@ -16,6 +17,7 @@ namespace {
 using gsl_kernel::AsideReach;
 using gsl_kernel::Coord3;
 using gsl_kernel::Measured3;
+using gsl_kernel::SweepContacts;
 using gsl_kernel::SweepTolerances;
 using gsl_kernel::SweptSegment;
 using Real = long double;
@@ -112,6 +114,163 @@ struct SteepCrossing {
     return worst.ratio;
   }
 };
+
+SweptSegment OfA(const Coord3& p0, const Coord3& p1) {
+  return gsl_kernel::SweptSegmentBetween({p0, 0}, {p1, 1});
+}
+
+SweptSegment OfB(const Coord3& p0, const Coord3& p1) {
+  return gsl_kernel::SweptSegmentBetween({p0, 3}, {p1, 4});
+}
+
+SweepContacts Within(double distance) {
+  SweepContacts contacts = {};
+  contacts.distance = distance;
+  return contacts;
+}
+
+void ExpectContact(const gsl_kernel::SourcedPoint& actual, double x, double y, int source) {
+  EXPECT_XYZ(actual.c, x, y, 0.0);
+  EXPECT_EQ(actual.source, source);
+}
+
+void ExpectUnwritten(const SweepContacts& contacts, double distance) {
+  EXPECT_FALSE(contacts.written[0]);
+  EXPECT_FALSE(contacts.written[1]);
+  EXPECT_EQ(contacts.distance, distance);
+}
+
+const Measured3 kForward = gsl_kernel::Measure({0.0, 1.0, 0.0});
+constexpr double kTolerance = 1e-6;
+
+TEST(KernelSegmentSweep, SideNormalThatFacesTheWrongWayIsTurnedIfAllowed) {
+  const bool oneSided = false, twoSided = true;
+  // (1, 0, 0) x Z = (0, -1, 0), against the direction.
+  SweptSegment segment = OfA({0, 0, 0}, {1, 0, 0});
+  EXPECT_FALSE(TurnSegment(segment, kForward, +1.0, &oneSided));
+  EXPECT_EQ(segment.p[0].source, 0);
+  EXPECT_TRUE(TurnSegment(segment, kForward, -1.0, nullptr));
+  EXPECT_EQ(segment.p[0].source, 0);
+  EXPECT_TRUE(TurnSegment(segment, kForward, +1.0, &twoSided));
+  ExpectContact(segment.p[0], 1.0, 0.0, 1);
+  ExpectContact(segment.p[1], 0.0, 0.0, 0);
+  EXPECT_XYZ(segment.edge.c, -1.0, 0.0, 0.0);
+  EXPECT_EQ(segment.edge.magnitude, 1.0);
+}
+
+TEST(KernelSegmentSweep, SegmentAlongTheDirectionOrOfNaNNeedNotTurn) {
+  SweptSegment along = OfA({0, 0, 0}, {0, 1, 0});
+  EXPECT_TRUE(TurnSegment(along, kForward, +1.0, nullptr));
+  SweptSegment nan = OfA({0, 0, 0}, {std::nan(""), 1, 0});
+  EXPECT_TRUE(TurnSegment(nan, kForward, +1.0, nullptr));
+}
+
+TEST(KernelSegmentSweep, GapLeadsFromAToB) {
+  EXPECT_EQ(gsl_kernel::GapFromEnd(+1, kForward, {0, 1, 0}, {0, 4, 0}), 3.0);
+  EXPECT_EQ(gsl_kernel::GapFromEnd(-1, kForward, {0, 4, 0}, {0, 1, 0}), 3.0);
+  EXPECT_FALSE(std::signbit(gsl_kernel::GapFromEnd(+1, kForward, {0, 1, 0}, {0, 1, 0})));
+  EXPECT_TRUE(std::signbit(gsl_kernel::GapFromEnd(-1, kForward, {0, 1, 0}, {0, 1, 0})));
+}
+
+TEST(KernelSegmentSweep, EndsOfASegmentAlongMeetTheOtherFromBothSides) {
+  SweepContacts fromA = Within(100.0);
+  EXPECT_TRUE(EndsOfAlong(+1, OfA({1, 0, 0}, {1, 2, 0}), OfB({0, 5, 0}, {4, 5, 0}), kForward, 0.0,
+                          kTolerance, fromA));
+  EXPECT_EQ(fromA.distance, 3.0);
+  ExpectContact(fromA.point[0], 1.0, 2.0, 1);
+  ExpectContact(fromA.point[1], 1.0, 5.0, gsl_kernel::kComputed);
+  SweepContacts fromB = Within(100.0);
+  EXPECT_TRUE(EndsOfAlong(-1, OfB({1, 5, 0}, {1, 7, 0}), OfA({0, 0, 0}, {4, 0, 0}), kForward, 0.0,
+                          kTolerance, fromB));
+  EXPECT_EQ(fromB.distance, 5.0);
+  ExpectContact(fromB.point[1], 1.0, 5.0, 3);
+  ExpectContact(fromB.point[0], 1.0, 0.0, gsl_kernel::kComputed);
+}
+
+TEST(KernelSegmentSweep, EndOfASegmentAlongMustBeatTheDistanceLessTheMargin) {
+  const SweptSegment along = OfA({1, 0, 0}, {1, 2, 0}), across = OfB({0, 5, 0}, {4, 5, 0});
+  SweepContacts at = Within(4.0);
+  EXPECT_FALSE(EndsOfAlong(+1, along, across, kForward, 1.0, kTolerance, at));
+  ExpectUnwritten(at, 4.0);
+  SweepContacts above = Within(std::nextafter(4.0, 5.0));
+  EXPECT_TRUE(EndsOfAlong(+1, along, across, kForward, 1.0, kTolerance, above));
+  SweepContacts behind = Within(0.0);
+  EXPECT_TRUE(
+      EndsOfAlong(+1, along, OfB({0, -5, 0}, {4, -5, 0}), kForward, 0.0, kTolerance, behind));
+  EXPECT_EQ(behind.distance, -7.0);
+}
+
+TEST(KernelSegmentSweep, EndsOnOneLineTakeTheLeastGap) {
+  SweepContacts contacts = Within(100.0);
+  EXPECT_TRUE(EndsOnOneLine(OfA({0, 0, 0}, {0, 2, 0}), OfB({0, 5, 0}, {0, 7, 0}), kForward, 0.0,
+                            1e-10, contacts));
+  EXPECT_EQ(contacts.distance, 3.0);
+  ExpectContact(contacts.point[0], 0.0, 2.0, 1);
+  ExpectContact(contacts.point[1], 0.0, 5.0, 3);
+}
+
+TEST(KernelSegmentSweep, EndsOnOneLineNeedFirstEndsThatDifferAlongIt) {
+  SweepContacts contacts = Within(100.0);
+  const SweptSegment a = OfA({0, 0, 0}, {0, 2, 0});
+  EXPECT_FALSE(EndsOnOneLine(a, OfB({0, 0, 0}, {0, 7, 0}), kForward, 0.0, 1e-10, contacts));
+  EXPECT_FALSE(EndsOnOneLine(a, OfB({1, 5, 0}, {1, 7, 0}), kForward, 0.0, 1e-10, contacts));
+  ExpectUnwritten(contacts, 100.0);
+}
+
+// Both turned: A faces along the direction, B against it.
+const SweptSegment kAcrossA = OfA({4, 0, 0}, {0, 0, 0});
+
+TEST(KernelSegmentSweep, EndOfAAcrossMeetsB) {
+  SweepContacts contacts = Within(100.0);
+  EXPECT_TRUE(EndsAcross(kAcrossA, OfB({3, 5, 0}, {9, 5, 0}), kForward, 0.0, kTolerance, contacts));
+  EXPECT_EQ(contacts.distance, 5.0);
+  ExpectContact(contacts.point[0], 4.0, 0.0, 0);
+  ExpectContact(contacts.point[1], 4.0, 5.0, gsl_kernel::kComputed);
+}
+
+TEST(KernelSegmentSweep, EndOfBAcrossStoresTheEndOfAWithItsIndex) {
+  SweepContacts contacts = Within(100.0);
+  EXPECT_TRUE(EndsAcross(kAcrossA, OfB({1, 6, 0}, {2, 5, 0}), kForward, 0.0, kTolerance, contacts));
+  EXPECT_EQ(contacts.distance, 5.0);
+  ExpectContact(contacts.point[0], 2.0, 0.0, gsl_kernel::kComputed);
+  ExpectContact(contacts.point[1], 0.0, 0.0, 1);
+}
+
+TEST(KernelSegmentSweep, SegmentsThatRunTheSameWayOrHavePassedAreNoContact) {
+  SweepContacts contacts = Within(100.0);
+  EXPECT_FALSE(
+      EndsAcross(kAcrossA, OfB({9, 5, 0}, {3, 5, 0}), kForward, 0.0, kTolerance, contacts));
+  EXPECT_FALSE(
+      EndsAcross(kAcrossA, OfB({3, -5, 0}, {9, -5, 0}), kForward, 0.0, kTolerance, contacts));
+  EXPECT_FALSE(
+      EndsAcross(kAcrossA, OfB({1, -5, 0}, {2, -5, 0}), kForward, 0.0, kTolerance, contacts));
+  ExpectUnwritten(contacts, 100.0);
+}
+
+TEST(KernelSegmentSweep, AcrossTheDistanceAndTheMarginMustBothBeBeaten) {
+  const SweptSegment b = OfB({3, 5, 0}, {9, 5, 0});
+  SweepContacts at = Within(5.0);
+  EXPECT_FALSE(EndsAcross(kAcrossA, b, kForward, 0.0, kTolerance, at));
+  EXPECT_FALSE(EndsAcross(kAcrossA, b, kForward, -1.0, kTolerance, at));
+  ExpectUnwritten(at, 5.0);
+  SweepContacts margin = Within(6.0);
+  EXPECT_FALSE(EndsAcross(kAcrossA, b, kForward, 1.0, kTolerance, margin));
+  SweepContacts above = Within(std::nextafter(6.0, 7.0));
+  EXPECT_TRUE(EndsAcross(kAcrossA, b, kForward, 1.0, kTolerance, above));
+}
+
+TEST(KernelSegmentSweep, AIsRefusedBeforeBIsLookedAt) {
+  const SweepTolerances tol = {kTolerance, 1e-10};
+  const bool neither[2] = {false, false}, both[2] = {true, true};
+  SweepContacts contacts = Within(100.0);
+  const SweptSegment wrongA = OfA({0, 0, 0}, {4, 0, 0}), b = OfB({3, 5, 0}, {9, 5, 0});
+  EXPECT_FALSE(SweepSegment(kForward, wrongA, b, neither, 0.0, tol, contacts));
+  EXPECT_FALSE(
+      SweepSegment(kForward, kAcrossA, OfB({9, 5, 0}, {3, 5, 0}), neither, 0.0, tol, contacts));
+  ExpectUnwritten(contacts, 100.0);
+  EXPECT_TRUE(SweepSegment(kForward, wrongA, b, both, 0.0, tol, contacts));
+  ExpectContact(contacts.point[0], 4.0, 0.0, 1);
+}
 
 /// Three angles and a length, from which the tests of the parts of kCrossingRounding make their
 /// vectors. A search moves from one to a worse one nearby.
