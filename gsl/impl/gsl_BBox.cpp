@@ -34,7 +34,7 @@ void gsl_BBox::Vacate() {
 void gsl_BBox::Transform(const gsl_Matrix& m) {
   if (IsEmpty()) return;
   const Box moved = gsl_kernel::TransformBox(BoxOf(*this), m.m);
-  // transformed-box-is-a-new-box: the corners stem from one computed point and share its identity.
+  // corners-share-an-identity: the corners stem from one computed point and share its identity.
   AcceptComputed(min, moved.min);
   max = min;
   Place(max, moved.max);
@@ -50,7 +50,7 @@ gsl_Vector gsl_BBox::Diag() const {
 }
 
 g3d_Sphere gsl_BBox::GetExtent() const {
-  // extent-of-an-empty-box-has-a-negative-radius
+  // empty-box-has-a-negative-radius: the size of an empty box is -1.
   const gsl_Point centre = Center();
   g3d_Sphere sphere;
   sphere.Set({static_cast<float>(centre.x), static_cast<float>(centre.y),

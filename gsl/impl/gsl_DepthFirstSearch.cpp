@@ -9,11 +9,9 @@
 #include <memory>
 #include <new>
 
-// any-depth-needs-the-same-stack
-//
-// The order in which the vertices of a piece are visited does not show: a piece is a set. So the
-// rows that wait are not a stack or a queue but a set, and are scanned in the order of memory,
-// round after round: that is nearly one stream.
+// The order in which the vertices of a component are visited does not show: a component is a set.
+// So the rows that wait are not a stack or a queue but a set. They are scanned in the order of
+// memory, round after round, which is nearly one stream.
 
 static_assert(sizeof(bool) == 1, "rows are scanned as bytes");
 
@@ -166,7 +164,7 @@ public:
 
   int Run() {
     for (int start = 0; unvisitedCount > 0; ++start) {
-      // edges-are-followed-in-their-direction-only: a vertex that points into an earlier piece, and
+      // edges-lead-one-way: a vertex that points into an earlier piece, and
       // is not pointed to, is still here.
       if (!unvisited.Has(start)) continue;
       Visit(start);
@@ -196,7 +194,7 @@ private:
 
   void Visit(int u) {
     labels[u] = piece;
-    // diagonal-changes-nothing: a vertex is visited before its row is looked at.
+    // A vertex is visited before its row is looked at.
     unvisited.Remove(u);
     --unvisitedCount;
     waiting.Add(u);

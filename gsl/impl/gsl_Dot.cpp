@@ -21,7 +21,6 @@ gsl_Dot::gsl_Dot(int instanceId, int entityId)
     : uid(cls_Uid::AllocateUid()), _method(gsl_FROM_NODE), _instanceId(instanceId),
       _entityId(entityId) {}
 
-// copy-constructor-keeps-everything-and-the-identity
 gsl_Dot::gsl_Dot(const gsl_Dot&) = default;
 
 gsl_Dot& gsl_Dot::operator=(const gsl_Dot&) = default;
@@ -29,7 +28,6 @@ gsl_Dot& gsl_Dot::operator=(const gsl_Dot&) = default;
 gsl_Dot::~gsl_Dot() = default;
 
 gsl_Dot* gsl_Dot::Copy() const {
-  // copy-answers-null
   return new (std::nothrow) gsl_Dot(*this);
 }
 

@@ -40,7 +40,7 @@ void gsl_LinearEqnLUDSolver::SetMatrix(double** a, unsigned int n) {
 
 bool gsl_LinearEqnLUDSolver::Decompose() {
   if (matrix == nullptr) return false;
-  // failed-decomposition-is-tried-again
+  // failed-decomposition-is-tried-again: the failure is not remembered.
   if (isDecomposed) return true;
   if (size > kLargestSize) return false;
   if (pivots == nullptr) pivots = new (std::nothrow) std::int32_t[size];

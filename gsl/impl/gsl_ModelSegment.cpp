@@ -19,7 +19,7 @@ unsigned int gsl_ModelSegment::DynTypeId() const {
 }
 
 gsl_Vector gsl_ModelSegment::Direction() const {
-  // empty-end-is-unit-z
+  // empty-end-is-unit-z: the direction is the default vector.
   if (point1.IsEmpty() || point2.IsEmpty()) return {};
   return {point1->GetPoint(), point2->GetPoint()};
 }
@@ -31,13 +31,11 @@ double gsl_ModelSegment::Length() const {
 
 void gsl_ModelSegment::Regenerate(const ftr_FeatureList* features) {
   for (DotHolder* const end : {&point1, &point2}) {
-    // regenerate-clones-plain-dots-too
     if (gsl_Dot* const dot = end->Unshared()) dot->Regenerate(features);
   }
 }
 
 omu_Primitive* omu_ReturnPrim(const gsl_ModelSegment& segment) {
-  // very-short-segment-is-unit-all-the-same
   const gsl_kernel::Coord3 unit = gsl_kernel::UnitComponents(segment.Direction().Measured());
   constexpr int kComponents = 3;
   auto* const tuple = new omu_PrimTuple(kComponents, '(');

@@ -1,6 +1,6 @@
 #include "gsl_Plane.h"
 
-// default-is-the-plane-x-equals-zero
+// default-plane-faces-x: the default vector is Z.
 gsl_Plane::gsl_Plane() : gsl_Plane(gsl_Point(), gsl_Vector(1.0, 0.0, 0.0)) {}
 
 gsl_Plane::gsl_Plane(const gsl_Point& p, const gsl_Vector& n)
@@ -33,7 +33,7 @@ gsl_Point gsl_Plane::Centroid() {
   return point;
 }
 
-// reset-centroid-deliberately-leaves-the-plane
+// reset-centroid-does-nothing: the centroid is the point of the plane.
 void gsl_Plane::ResetCentroid(const gsl_Point&, const ftr_FeatureList*) {}
 
 unsigned int gsl_Plane::DynTypeId() const {

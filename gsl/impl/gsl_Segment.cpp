@@ -42,14 +42,12 @@ bool ConnectAlongNormal(const gsl_kernel::Segment& a, const gsl_kernel::Segment&
 
 /// The best of the four end-point distances; ties go to the earlier one.
 void ConnectEndPoints(const gsl_Segment& a, const gsl_Segment& b, gsl_Segment& connection) {
-  // at-the-cap-the-connection-deliberately-stays
+  // far-segments-keep-the-connection: no distance at or above the cap counts.
   double best = gsl_kernel::kSegmentDistanceCap;
   const auto tryEnd = [&best](const gsl_Point& end, const gsl_Segment& target, gsl_Point& closest) {
-    // degenerate-segments-are-measured-as-their-first-point: a target shorter than the tolerance
-    // leaves the point as it is.
+    // A target shorter than the tolerance leaves the point as it is.
     closest = target.Point1();
     const double distance = end.GetDistance(target, closest);
-    // among-equal-distances-the-earliest-candidate-wins
     if (!(distance < best)) return false;
     best = distance;
     return true;
@@ -106,6 +104,6 @@ void gsl_Segment::GetDistance(const gsl_Segment& other, gsl_Segment& connection)
       ConnectAlongNormal(a, b, tolerance, connection)) {
     return;
   }
-  // collinear-overlap-falls-back-to-end-points
+  // overlapping-segments-do-not-cross: parallel lines have no crossing.
   ConnectEndPoints(*this, other, connection);
 }

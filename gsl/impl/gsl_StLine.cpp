@@ -24,7 +24,7 @@ gsl_StLine* gsl_StLine::Copy() const {
   return new gsl_StLine(*this);
 }
 
-// regenerate-is-true-whatever-the-ok-flag-says
+// regenerate-ignores-the-ok-flag: a plane returns its flag, an axis does not.
 bool gsl_StLine::Regenerate(const ftr_FeatureList*) {
   return true;
 }
@@ -38,7 +38,7 @@ void gsl_StLine::SetOwnerFeatID(int id) {
 }
 
 gsl_Vector gsl_StLine::DirectionForDatum() {
-  // direction-for-datum-deliberately-ignores-the-flip
+  // datum-direction-ignores-the-flip: the direction is returned as stored.
   return Direction();
 }
 
@@ -55,13 +55,12 @@ bool gsl_StLine::Intersect(const gsl_StLine& other, gsl_Point& out, double& dist
   case gsl_kernel::LinePair::Skew:
     return false;
   case gsl_kernel::LinePair::Parallel:
-    // parallel-lines-give-their-distance
+    // false-with-the-distance-written: parallel lines have a distance and no point.
     dist = point.GetDistance(other);
     return false;
   case gsl_kernel::LinePair::Crossing:
     break;
   }
-  // lines-a-tenth-of-the-tolerance-apart-count
   dist = IntersectNonParallel(other, out);
   return true;
 }

@@ -35,7 +35,6 @@ omu_Primitive* gsl_TransformIntObj::MatrixMethod(const omu_PrimTuple&) {
   omu_PrimTuple tuple(kColumns * kRows, '(');
   for (int c = 0; c < kColumns; ++c) {
     for (int r = 0; r < kRows; ++r)
-      // matrix-is-column-by-column
       tuple.Put(entries[r][c]);
   }
   return tuple.Copy();

@@ -84,7 +84,6 @@ public:
         gsl_arithmetic::RaiseTo(high, b.max);
       }
     }
-    // intersect-has-no-tolerance
     return !(high.x - low.x > XLen() + b.XLen()) && !(high.y - low.y > YLen() + b.YLen()) &&
            !(high.z - low.z > ZLen() + b.ZLen());
   }
@@ -101,7 +100,6 @@ public:
   /// Length of the diagonal; -1.0 for an empty box.
   double Size() const;
   /// 0.5 * (min + max), a fresh identity; deliberately (-0.5, -0.5, -0.5) for the empty state.
-  // empty-box-has-a-centre-all-the-same
   gsl_Point Center() const { return gsl_Point(min, max); }
   /// From min to max; the zero vector for an empty box.
   gsl_Vector Diag() const;

@@ -21,7 +21,7 @@ class GSL_API gsl_Matrix {
 public:
   /// The entries. Writing one here leaves the flag as it is, and IsIdentity() then answers for the
   /// entries before: set isIdentity to -1 as well.
-  // writing-an-entry-leaves-the-flag-stale
+  // entry-write-keeps-the-flag: the flag is kept by the operations alone.
   mutable double m[4][4];
   mutable std::int32_t isIdentity;
 

@@ -53,7 +53,7 @@ public:
 
   const gsl_Point& PointOn() const { return point; }
   /// The normal as stored.
-  // flip-is-never-applied
+  // flip-is-never-applied: the flag is stored for the host alone.
   const gsl_Vector& Direction() const { return normal.Vector(); }
 
   gsl_DirMethod Method() const { return method; }

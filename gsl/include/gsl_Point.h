@@ -65,7 +65,6 @@ public:
   [[nodiscard]] bool operator!=(const gsl_Point& o) const { return !(*this == o); }
 
   /// Strict dominance: greater in every coordinate, no tolerance. Not an order of points.
-  // greater-is-strict-dominance
   [[nodiscard]] bool operator>(const gsl_Point& o) const {
     return this != &o && x > o.x && y > o.y && z > o.z;
   }
@@ -79,7 +78,7 @@ public:
   gsl_Point operator-(const gsl_Vector& v) const { return {x - v.x, y - v.y, z - v.z}; }
 
   /// 0 is x, 1 is y, every other index is z.
-  // every-index-above-one-is-z
+  // every-index-above-one-is-z: an index out of range is not an error.
   double operator[](unsigned int i) const { return i == 0 ? x : (i == 1 ? y : z); }
   double& operator[](unsigned int i) { return i == 0 ? x : (i == 1 ? y : z); }
 

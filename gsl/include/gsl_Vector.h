@@ -26,7 +26,7 @@ public:
   double magnitude;
 
   /// Unit Z, (0, 0, 1); not the zero vector.
-  // default-is-unit-z
+  // default-vector-is-unit-z: it is not the zero vector.
   gsl_Vector() : x(0.0), y(0.0), z(1.0), magnitude(1.0) {}
 
   gsl_Vector(double xComponent, double yComponent, double zComponent)
@@ -59,10 +59,10 @@ public:
   [[nodiscard]] bool operator!=(const gsl_Vector& o) const { return !(*this == o); }
 
   /// 0 is x, 1 is y, every other index is z.
-  // every-index-above-one-is-z
+  // every-index-above-one-is-z: an index out of range is not an error.
   double operator[](unsigned int i) const { return i == 0 ? x : (i == 1 ? y : z); }
   /// The same mapping, writable. Deliberately leaves `magnitude` as it is.
-  // writing-through-the-index-leaves-the-magnitude-stale
+  // index-write-keeps-the-magnitude: the length is measured when the vector is made.
   double& operator[](unsigned int i) { return i == 0 ? x : (i == 1 ? y : z); }
 
   double DotProduct(const gsl_Vector& o) const { return gsl_arithmetic::Dot(Coords(), o.Coords()); }

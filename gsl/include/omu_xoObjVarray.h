@@ -92,7 +92,6 @@ omu_xoObjVarray<T>::omu_xoObjVarray(const cls_ReadVisitor& visitor, const cls_Ui
                                     const cls_Uid* secondOwner)
     : uid(visitor.GetUid()), owners{firstOwner, secondOwner} {
   visitor.CheckTypeId(TypeId());
-  // missing-growth-ratio-reads-as-zero
   this->SetGrowthRatio(visitor.ReadDouble(kGrowthRatio, 0.0));
   DBReadData(cls_ReadVisitor(visitor, kData));
 }
@@ -140,7 +139,6 @@ void omu_xoObjVarray<T>::DBWriteData(const cls_WriteVisitor& visitor) const {
       const cls_WriteRequestListObj request(*list);
       element->DBWrite(cls_WriteVisitor(request));
     } else {
-      // null-entry-between-two-datum-points-keeps-its-place
       list->WriteNull(T::TypeId());
     }
   }

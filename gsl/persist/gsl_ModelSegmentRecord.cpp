@@ -1,7 +1,7 @@
 #include "gsl_ModelSegment.h"
 #include "gsl_RecordLayout.h"
 
-// writes-its-ends-without-underscores: unlike those of gsl_Segment.
+// ends-without-underscores: unlike those of gsl_Segment.
 template <>
 struct gsl_RecordLayout<gsl_ModelSegment> {
   using Stored = gsl_ModelSegment;

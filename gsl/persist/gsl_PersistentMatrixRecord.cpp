@@ -34,7 +34,7 @@ StoredMatrix StoredFormOf(const gsl_Matrix& matrix) {
     for (std::size_t c = 0; c < kSize; ++c)
       stored.entries(r, c) = matrix.m[r][c];
   }
-  // near-identity-is-written-unsnapped: asking may snap the matrix, so it comes after the entries.
+  // near-identity-is-written-as-it-is: asking may snap the matrix, so it comes after the entries.
   stored.isIdentity = matrix.IsIdentity() ? 1 : 0;
   return stored;
 }
@@ -55,7 +55,7 @@ template class cls_TypeAdapter<gsl_PersistentMatrix>;
 gsl_PersistentMatrix::gsl_PersistentMatrix(const cls_ReadVisitor& visitor) : uid(visitor.GetUid()) {
   StoredMatrix stored = {0, cls_xp2DArrayDouble(0, 0, cls_Uid())};
   gsl_ReadRecord<gsl_PersistentMatrix>(visitor, stored);
-  // stored-flag-is-trusted
+  // stored-flag-is-trusted: the entries are not compared.
   matrix.isIdentity = stored.isIdentity;
   if (stored.entries.Rows() == 0 && stored.entries.Columns() == 0) return;
   if (stored.entries.Rows() != kSize || stored.entries.Columns() != kSize) {

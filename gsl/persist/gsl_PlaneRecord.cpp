@@ -2,7 +2,7 @@
 #include "gsl_Plane.h"
 #include "gsl_RecordLayout.h"
 
-// writes-fields-in-order-ok-first: in the axis it comes after the flip flag; both are stored.
+// ok-flag-comes-first: in the axis it comes after the flip flag; both are stored.
 template <>
 struct gsl_RecordLayout<gsl_Plane> {
   using Stored = gsl_Plane;
@@ -19,7 +19,7 @@ struct gsl_RecordLayout<gsl_Plane> {
 template class cls_TypeAdapter<gsl_Plane>;
 
 gsl_Plane::gsl_Plane(const cls_ReadVisitor& visitor) : gsl_Plane() {
-  // missing-fields-read-as-the-defaults-of-their-kinds
+  // missing-ok-flag-is-false: a missing field reads as the default of its kind.
   gsl_ReadRecord<gsl_Plane>(visitor, *this);
   uid = visitor.GetUid();
 }

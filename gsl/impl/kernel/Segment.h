@@ -15,13 +15,13 @@ namespace gsl_kernel {
 inline bool PointSegmentParameters(const Coord3& x, const Coord3& p0, const Coord3& p1,
                                    double length, double linearTolerance, double* weights) {
   if (linearTolerance >= length) {
-    // degenerate-segment-takes-its-first-points-neighbourhood
+    // degenerate-segment-is-its-first-point: the second end point does not count.
     if (!(linearTolerance >= Distance(x, p0))) return false;
     weights[0] = 0.0;
     weights[1] = 1.0;
     return true;
   }
-  // first-weight-belongs-to-the-second-point
+  // first-weight-belongs-to-the-second-point: it is the fraction towards that point.
   weights[0] = Dot(Subtract(p0, x), Subtract(p0, p1)) / (length * length);
   weights[1] = Dot(Subtract(p1, x), Subtract(p1, p0)) / (length * length);
   return !(weights[0] * length < -linearTolerance) && !(weights[1] * length < -linearTolerance);

@@ -62,7 +62,7 @@ inline SegmentCrossing CrossRayTarget(const Coord3& origin, const RayDirection& 
                      linearTolerance)) {
     return SegmentCrossing::Missed;
   }
-  // is-crossed-in-both-senses
+  // ray-runs-both-ways: a crossing behind the origin counts.
   out = ClosestOfNonParallel(target.start, target.unit, origin, ray.unit).onFirst;
   return PointSegmentParameters(out, target.start, target.end, target.length, linearTolerance,
                                 weights)
@@ -86,8 +86,9 @@ inline SegmentCrossing CrossSegmentLine(const Segment& segment, const Line& line
   if (length < linearTolerance) return SegmentCrossing::Missed;
   if (!CrossLines(SupportingLine(segment), line, linearTolerance, out))
     return SegmentCrossing::Missed;
-  // segment-of-exactly-the-tolerance: it can leave the parameters unwritten; that is beyond it.
-  // no-length-and-no-tolerance: then the margin is NaN, and no parameter is beyond that.
+  // segment-as-long-as-the-tolerance: it can leave the parameters unwritten, which counts as
+  // beyond. A segment of no length without a tolerance has a margin of NaN, and no parameter is
+  // beyond it.
   double weights[2] = {std::numeric_limits<double>::infinity(), 0.0};
   PointSegmentParameters(out, segment.p1, segment.p2, length, linearTolerance, weights);
   const double t = weights[0];
@@ -99,9 +100,9 @@ inline SegmentCrossing CrossSegmentLine(const Segment& segment, const Line& line
 inline SegmentCrossing CrossSegments(const Segment& a, const Segment& b, double linearTolerance,
                                      Coord3& out) {
   const SegmentCrossing first = CrossSegmentLine(a, SupportingLine(b), linearTolerance, out);
-  // missing-the-first-test-leaves-its-point
+  // false-with-the-first-point-written: the point of the first test stays.
   if (first != SegmentCrossing::Crossing) return first;
-  // point-is-the-one-on-the-other-segments-line
+  // point-lies-on-the-other-segment: the second test writes last.
   const SegmentCrossing second = CrossSegmentLine(b, SupportingLine(a), linearTolerance, out);
   return second == SegmentCrossing::Crossing ? second : SegmentCrossing::Beyond;
 }

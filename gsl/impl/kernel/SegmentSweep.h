@@ -78,12 +78,12 @@ inline bool EndsOfAlong(int side, const SweptSegment& along, const SweptSegment&
 /// Both along d: end against end, where they are on one line. Gaps of either sign count.
 inline bool EndsOnOneLine(const SweptSegment& a, const SweptSegment& b, const Measured3& d,
                           double margin, double cosineTolerance, SweepContacts& contacts) {
-  // first-ends-coincide: a zero vector is on no line.
+  // first-ends-that-coincide: a zero vector is on no line.
   if (!gsl_arithmetic::IsOn(Between(a.p[0].c, b.p[0].c), d, cosineTolerance)) return false;
   bool found = false;
   for (const SourcedPoint& endA : a.p) {
     for (const SourcedPoint& endB : b.p) {
-      // accepts-a-negative-gap
+      // negative-gap-counts-along: a segment along the direction can be met behind.
       const double g = GapFromEnd(+1, d, endA.c, endB.c);
       if (!(contacts.distance - margin > g)) continue;
       contacts.Accept(0, endA, endB, g);
@@ -96,10 +96,11 @@ inline bool EndsOnOneLine(const SweptSegment& a, const SweptSegment& b, const Me
 /// Both across d: the ends of A against B, then those of B against A.
 inline bool EndsAcross(const SweptSegment& a, const SweptSegment& b, const Measured3& d,
                        double margin, double linearTolerance, SweepContacts& contacts) {
-  // segments-running-the-same-way
+  // segments-that-run-the-same-way: they do not face each other.
   if (Dot(a.edge.c, b.edge.c) > 0.0) return false;
   const auto improves = [&contacts, margin](double g) {
-    // a-negative-margin-does-not-loosen
+    // negative-margin-loosens-along-only: across the direction a contact must beat the distance
+    // itself too.
     return contacts.distance - margin > g && contacts.distance > g;
   };
   bool found = false;
@@ -109,7 +110,7 @@ inline bool EndsAcross(const SweptSegment& a, const SweptSegment& b, const Measu
     SourcedPoint hit;
     if (!MeetTarget(end.c, ray, targetB, linearTolerance, hit)) continue;
     const double g = GapFromEnd(+1, d, end.c, hit.c);
-    // behind-from-a-keeps-the-result
+    // passed-end-of-a-keeps-the-result: the search ends with what was found so far.
     if (g < 0.0) return found;
     if (!improves(g)) continue;
     contacts.Accept(0, end, hit, g);
@@ -120,7 +121,7 @@ inline bool EndsAcross(const SweptSegment& a, const SweptSegment& b, const Measu
     SourcedPoint hit;
     if (!MeetTarget(b.p[i].c, ray, targetA, linearTolerance, hit)) continue;
     const double g = GapFromEnd(-1, d, b.p[i].c, hit.c);
-    // behind-from-b-is-no-contact: what the first pass wrote stays all the same.
+    // passed-end-of-b-is-no-contact: what the first pass wrote stays all the same.
     if (g < 0.0) return false;
     if (!improves(g)) continue;
     // second-pass-stores-the-end-of-a: with the same index, not that of B.
@@ -222,8 +223,8 @@ inline double AsideReach(const SweptSegment& a, const SweptSegment& b, const Mea
 
 /// Whether AsideReach holds for them. False for a NaN.
 inline bool AreOrdinary(const SweptSegment& a, const SweptSegment& b, const Measured3& d) {
-  // segment-whose-length-overflows: a segment longer than about 1e154 can be met from far aside.
-  // tiny-segment-along-the-direction: so can a segment whose length has lost its digits.
+  // A segment whose length overflows (beyond about 1e154) can be met from far aside, and so can a
+  // segment whose length has lost its digits.
   return SumOfSizes(a.edge.c) > kLeastOrdinarySize && SumOfSizes(b.edge.c) > kLeastOrdinarySize &&
          d.magnitude > kLeastOrdinarySize && d.magnitude < kLargestOrdinarySize &&
          SumOfSizes(a.p[0].c) + SumOfSizes(a.p[1].c) < kLargestOrdinarySize &&
@@ -252,8 +253,7 @@ inline bool PassAside(const SweptSegment& a, const SweptSegment& b, const Measur
   }
   const double gap = GapAside(a, b, d);
   if (!(gap > 0.0)) return false;
-  // tolerance-above-the-unit-direction: no line is crossed then, an end meets its foot on the
-  // other.
+  // With a tolerance above |d| no line is crossed: an end meets its foot on the other segment.
   if (tol.linear > d.magnitude || !AreOrdinary(a, b, d)) return false;
   return gap > AsideReach(a, b, d, tol);
 }

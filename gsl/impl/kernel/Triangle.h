@@ -34,7 +34,7 @@ inline bool PointInTriangle(const Coord3& x, const Coord3& p0, const Coord3& p1,
   bool inside = true;
   for (int i = 0; i < 3; ++i) {
     weights[i] = ScaledWeight(x, corners[i]) / corners[i].normalSquared;
-    // degenerate-triangle-is-not-rejected
+    // degenerate-triangle-holds-every-point: weights of NaN pass the rejection.
     if (weights[i] * corners[i].normalSquared < -tolerance2) inside = false;
   }
   return inside;

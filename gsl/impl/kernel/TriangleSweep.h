@@ -18,7 +18,6 @@ inline SourcedPoint ShadowOf(const SourcedPoint& p, const Plane& plane, const Me
                              const SweepTolerances& tol) {
   Coord3 crossing;
   if (IntersectRayPlane(p.c, d, plane, tol.linear, tol.cosine, crossing) != RayPlane::Crossing) {
-    // is-its-own-shadow
     return p;
   }
   return {crossing, kComputed};
@@ -104,12 +103,12 @@ inline bool EdgeOnTriangleDist(const SourcedTriangle& edgeTri, const SourcedTria
     if (!face.Contains(shadow.p[i].c)) continue;
     const double g = std::fabs(Distance(edgeTri.p[i].c, shadow.p[i].c));
     if (!(contacts.distance > g)) continue;
-    // edge-on-vertex-counts-when-closer
+    // edge-on-vertex-counts-when-closer: a crossing counts always.
     found = true;
     contacts.Accept(k, edgeTri.p[i], shadow.p[i], g);
   }
   ForEachEdgeCrossing(faceTri, shadow, tol.linear, [&](int j, const Coord3& p, const double* w) {
-    // edge-on-crossing-always-counts
+    // edge-on-crossing-always-counts: a vertex counts only when it is closer.
     found = true;
     const Coord3& e0 = edgeTri.p[j].c;
     const Coord3& e1 = edgeTri.p[(j + 1) % 3].c;
@@ -152,7 +151,7 @@ inline bool FaceToFaceDist(const SourcedTriangle& a, const SourcedTriangle& b, c
   bool found = false;
   const auto consider = [&](const SourcedPoint& onA) {
     found = true;
-    // distances-are-unsigned
+    // distances-are-unsigned: the way back counts like the way ahead.
     const double g = std::fabs(PlaneDistanceAlong(onA.c, planeB, d));
     if (!(contacts.distance > g)) return;
     contacts.point[0] = onA;
@@ -262,7 +261,7 @@ inline bool SweepTriangle(const Measured3& d, const SourcedTriangle& a, const So
   if (!edgeOnA && edgeOnB) return EdgeOnTriangleDist(b, a, planeA, d, -1, tol, contacts);
   if (edgeOnA && !edgeOnB) return EdgeOnTriangleDist(a, b, planeB, d, +1, tol, contacts);
   if (edgeOnA) {
-    // separate-parallel-planes-find-nothing
+    // crossing-planes-count-as-one: planes that are not parallel have the distance 0.
     if (DistanceBetweenParallelPlanes(planeA, planeB, tol.cosine) > tol.linear) return false;
     // coplanar-b-only-without-a: what A's vertices found is kept, B's are then not tried.
     return CoplanarVertexEdgeDist(a, b, d, +1, tol, contacts) ||

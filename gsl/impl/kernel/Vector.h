@@ -36,7 +36,7 @@ inline Measured3 UnitNormal(const Coord3& p1, const Coord3& p2, const Coord3& p3
   const Measured3 a = Between(p1, p2);
   const Measured3 b = Between(p2, p3);
   const Measured3 c = Measure(Cross(a.c, b.c));
-  // exactly-the-cosine-tolerance-is-collinear
+  // cosine-tolerance-itself-is-collinear: this test is closed, the others are strict.
   if (cosineTolerance * a.magnitude * b.magnitude >= c.magnitude) return {{0.0, 0.0, 0.0}, 0.0};
   return gsl_arithmetic::Scaled(c, 1.0 / c.magnitude);
 }
@@ -48,7 +48,6 @@ inline Coord3 UnitComponents(const Measured3& v) {
 }
 
 inline bool SameComponents(const Coord3& a, const Coord3& b, double tol) {
-  // nan-passes-same-direction
   return WithinBand(a.x, b.x, tol) && WithinBand(a.y, b.y, tol) && WithinBand(a.z, b.z, tol);
 }
 
@@ -93,7 +92,7 @@ inline Measured3 BestAlignedOrthogonalUnit(const Measured3& v, double linearTole
     }
   }
   const Coord3 t = Cross(v.c, best.c);
-  // best-aligned-orthogonal-unit-is-not-normalised
+  // best-aligned-unit-is-not-a-unit: the product keeps the lengths of its factors.
   return Measure(Cross(t, v.c));
 }
 
@@ -108,7 +107,6 @@ inline bool AngleBetween(Measured3 axis, Measured3 a, Measured3 b, double linear
   const double da = Dot(a.c, axis.c);
   const double db = Dot(b.c, axis.c);
   if (std::fabs(da - db) > linearTolerance) return false;
-  // failed-normalisations-are-ignored
   Measured3 pa = Measure(Subtract(a.c, Multiply(axis.c, da)));
   Measured3 pb = Measure(Subtract(b.c, Multiply(axis.c, db)));
   gsl_arithmetic::Normalize(pa, linearTolerance);
@@ -127,7 +125,7 @@ inline double CosineBetween(const Measured3& a, const Measured3& b, bool unitVec
                             double linearTolerance) {
   double c = Dot(a.c, b.c);
   if (unitVectors) return c;
-  // a-zero-vector-is-at-a-right-angle
+  // zero-vector-is-at-a-right-angle: a length within the tolerance makes the cosine 0.
   c = a.magnitude > linearTolerance ? c / a.magnitude : 0.0;
   c = b.magnitude > linearTolerance ? c / b.magnitude : 0.0;
   return c;
