@@ -164,7 +164,7 @@ public:
 
   int Run() {
     for (int start = 0; unvisitedCount > 0; ++start) {
-      // edges-lead-one-way: a vertex that points into an earlier piece, and
+      // edges-lead-one-way: a vertex that points into an earlier component, and
       // is not pointed to, is still here.
       if (!unvisited.Has(start)) continue;
       Visit(start);

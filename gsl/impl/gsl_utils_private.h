@@ -90,7 +90,7 @@ inline int SkipToEndOfLine(aio_istream& in) {
   return c;
 }
 
-/// SkipToEndOfLine, behind a prompt on the debug stream when the module's debug flag exceeds 1.
+/// SkipToEndOfLine, after a prompt on the debug stream when the module's debug flag exceeds 1.
 inline int WaitForReturn(aio_istream& in) {
   if (typ_DebugFlags::GetDebugFlags(kModuleDebugFlag) > 1) {
     pnt_debugPrint() << "Press <Return> to continue..." << std::flush;

@@ -23,7 +23,7 @@ struct gsl_RecordLayout;
 /// NaN        is neither smaller nor larger: a coordinate that is NaN when it enters an empty box
 ///            stays, one that comes later is passed over.
 /// Identity   corners and box have uids; a copy and an assignment take the source's.
-/// Errors     none thrown, none printed, but by the records.
+/// Errors     none thrown and none printed, except by the records.
 class GSL_API gsl_BBox {
 public:
   gsl_Point min; ///< lower corner
@@ -104,7 +104,7 @@ public:
   /// From min to max; the zero vector for an empty box.
   gsl_Vector Diag() const;
   /// Sphere about Center() with radius Size() / 2, both rounded to single precision, which may make
-  /// them infinite. The empty state deliberately gives radius -0.5.
+  /// them infinite. The empty state deliberately has the radius -0.5.
   g3d_Sphere GetExtent() const;
 
   const cls_Uid& Uid() const { return uid; }
@@ -117,7 +117,7 @@ public:
   void Print(aio_ostream& out, int indent) const;
 
   static constexpr unsigned int TypeId() { return 0x030A0007u; }
-  /// Not virtual, as that of gsl_Point.
+  /// Not virtual, like the operation of gsl_Point.
   unsigned int DynTypeId() const { return TypeId(); }
 
 private:

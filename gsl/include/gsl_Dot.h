@@ -20,7 +20,7 @@ struct gsl_RecordLayout;
 ///            stored object and deliberately keeps its source's.
 /// Hooks      classes of the host derive from this one; the order of the virtual operations is part
 ///            of the interface.
-/// Errors     none thrown, none printed, but by the records; coordinates are not checked.
+/// Errors     none thrown and none printed, except by the records; coordinates are not checked.
 class GSL_API gsl_Dot {
 public:
   /// A copy of p (identity kept), method gsl_FROM_POINT, instance 0, entity -1.
@@ -44,7 +44,7 @@ public:
   /// True; nothing is recomputed and the list is not read.
   virtual bool Regenerate(const ftr_FeatureList* features);
   virtual int GetEntityId() const;
-  /// The extension points are for classes of the host; here they do nothing and answer false.
+  /// The extension points are for classes of the host; here they do nothing and return false.
   [[nodiscard]] virtual bool ExtensionPoint1(const void*);
   /// Number and ids of the features that own the point: none here, and id 0 for every index.
   virtual int NumOwnerFeatures() const;

@@ -17,9 +17,9 @@ public:
   gsl_PersistentMatrix() : uid(cls_Uid::AllocateUid()) {}
   /// Exactly `m`, flag included, with a fresh uid.
   explicit gsl_PersistentMatrix(const gsl_Matrix& m) : matrix(m), uid(cls_Uid::AllocateUid()) {}
-  /// Entries and flag as stored; the flag is trusted, 0 when missing. Missing entries are those of
-  /// the identity. Throws nex_Exception for entries that are not 4 by 4, a record of another class
-  /// and a field of another kind.
+  /// Entries and flag as stored; the flag is trusted, 0 when missing. Missing entries are taken
+  /// from the identity. Throws nex_Exception for entries that are not 4 by 4, a record of another
+  /// class and a field of another kind.
   explicit gsl_PersistentMatrix(const cls_ReadVisitor& visitor);
 
   virtual unsigned int DynTypeId() const;

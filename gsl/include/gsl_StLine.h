@@ -27,7 +27,7 @@ public:
   gsl_StLine();
   /// Copies of p (identity kept) and d (not normalised).
   gsl_StLine(const gsl_Point& p, const gsl_Vector& d);
-  /// Through p1, with direction p2 - p1; coincident points give a zero direction.
+  /// Through p1, with direction p2 - p1; coincident points have a zero direction.
   gsl_StLine(const gsl_Point& p1, const gsl_Point& p2);
   /// From a record. Missing fields: false, 0, (0, 0, 0) with a zero direction, no parents. A
   /// missing or unknown method name throws omu_ValueErrorException, a record of another class and a

@@ -39,7 +39,7 @@ public:
   /// Unit normal of three points, right-handed over p1, p2, p3; (0, 0, 0) with magnitude 0 when
   /// cosineTolerance * |p1p2| * |p2p3| >= |p1p2 x p2p3| (closed), that is for collinear or
   /// coincident points. The magnitude is that of a scaling, so it may differ from 1 in the last
-  /// place. A NaN coordinate gives NaN.
+  /// place. A NaN coordinate results in NaN.
   gsl_Vector(const gsl_Point& p1, const gsl_Point& p2, const gsl_Point& p3);
 
   /// Components, and components with the cached length, as the arithmetic takes them.
@@ -156,7 +156,7 @@ public:
   /// Applies the 3x3 block of m in place, without translation, and measures the magnitude again.
   void RotateAndTransform(const gsl_Matrix& m);
 
-  /// Two lines, each behind `indent` blanks and flushed: the magnitude, then the components, 15
+  /// Two lines, each after `indent` blanks and flushed: the magnitude, then the components, 15
   /// significant digits.
   void Print(aio_ostream& out, int indent) const;
 

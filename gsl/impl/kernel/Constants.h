@@ -1,7 +1,7 @@
 #ifndef GSL_KERNEL_CONSTANTS_H
 #define GSL_KERNEL_CONSTANTS_H
 
-/// The tolerances that are fixed on purpose and none of the gsl_Util settings, and other constants
+/// The tolerances that are fixed on purpose, whatever the settings say, and other constants
 /// of the formulas.
 namespace gsl_kernel {
 

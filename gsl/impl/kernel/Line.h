@@ -65,8 +65,8 @@ struct ClosestPoints {
   double distance;
 };
 
-/// Closest points of the lines through p along the unit vector u and through q along v; not guarded
-/// against parallel ones.
+/// Computes the closest points of the lines through p along the unit vector u and through q along
+/// v. Parallel lines are not refused: their points are not finite.
 inline ClosestPoints ClosestOfNonParallel(const Coord3& p, const Coord3& u, const Coord3& q,
                                           const Coord3& v) {
   const Coord3 w = Subtract(q, p);

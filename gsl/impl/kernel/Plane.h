@@ -53,7 +53,7 @@ inline RayPlane IntersectRayPlane(const Coord3& p, const Measured3& dir, const P
   return RayPlane::Crossing;
 }
 
-/// Opposite normals are parallel, a zero normal is parallel to nothing.
+/// Opposite normals are parallel; a zero normal is parallel to nothing.
 inline bool PlanesParallel(const Plane& a, const Plane& b, double cosineTolerance) {
   return gsl_arithmetic::IsOn(b.normal, a.normal, cosineTolerance);
 }

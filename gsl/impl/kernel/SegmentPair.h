@@ -16,11 +16,11 @@ inline Line SupportingLine(const Segment& s) {
   return LineThrough(s.p1, s.p2);
 }
 
-/// Missed writes nothing, Beyond and Crossing write the point.
+/// Result of a crossing test. Missed writes nothing; Beyond and Crossing write the point.
 enum class SegmentCrossing { Missed, Beyond, Crossing };
 
-/// A direction of lines: divided by its length, and multiplied by the reciprocal, which are not the
-/// same bits.
+/// A direction of lines: divided by its length (`components`), and multiplied by the reciprocal
+/// (`unit`). The two do not have the same bits.
 struct RayDirection {
   Coord3 c, components, unit;
 
@@ -29,7 +29,8 @@ struct RayDirection {
         unit(gsl_arithmetic::NormalizedCopy(dir, linearTolerance).c) {}
 };
 
-/// A segment that lines of one direction are to cross: everything that does not depend on the line.
+/// A segment that lines of one direction may cross, with everything that does not depend on the
+/// line.
 struct RayTarget {
   Coord3 start, end, unit;
   double length;
@@ -96,7 +97,7 @@ inline SegmentCrossing CrossSegmentLine(const Segment& segment, const Line& line
   return t < -margin || t > 1.0 + margin ? SegmentCrossing::Beyond : SegmentCrossing::Crossing;
 }
 
-/// Each segment must cross the other's line, a first. The point is the one written last.
+/// Finds where each segment crosses the other's line, a first. The point written last stays.
 inline SegmentCrossing CrossSegments(const Segment& a, const Segment& b, double linearTolerance,
                                      Coord3& out) {
   const SegmentCrossing first = CrossSegmentLine(a, SupportingLine(b), linearTolerance, out);

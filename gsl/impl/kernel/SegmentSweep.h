@@ -28,7 +28,7 @@ inline SweptSegment SweptSegmentBetween(const SourcedPoint& p0, const SourcedPoi
 }
 
 /// Turns the segment so that its side normal, edge x Z, does not point against `sense` * d. False
-/// for one that would have to be turned and may not; the flag of another is not looked at.
+/// when the segment must be turned and the caller does not allow it. The flag is read only then.
 inline bool TurnSegment(SweptSegment& segment, const Measured3& d, double sense,
                         const bool* twoSided) {
   const Coord3 sideNormal = Cross(segment.edge.c, {0.0, 0.0, 1.0});
@@ -47,7 +47,7 @@ inline double GapFromEnd(int side, const Measured3& d, const Coord3& end, const 
   return side > 0 ? ahead : -ahead;
 }
 
-/// Where the line through p meets the target; false when it misses it.
+/// Finds where the line through p meets the target; false when the line misses the target.
 inline bool MeetTarget(const Coord3& p, const RayDirection& ray, const RayTarget& target,
                        double linearTolerance, SourcedPoint& hit) {
   double weights[2];
@@ -93,7 +93,7 @@ inline bool EndsOnOneLine(const SweptSegment& a, const SweptSegment& b, const Me
   return found;
 }
 
-/// Both across d: the ends of A against B, then those of B against A.
+/// Both across d: the ends of A against B, then the ends of B against A.
 inline bool EndsAcross(const SweptSegment& a, const SweptSegment& b, const Measured3& d,
                        double margin, double linearTolerance, SweepContacts& contacts) {
   // segments-that-run-the-same-way: they do not face each other.
@@ -121,10 +121,10 @@ inline bool EndsAcross(const SweptSegment& a, const SweptSegment& b, const Measu
     SourcedPoint hit;
     if (!MeetTarget(b.p[i].c, ray, targetA, linearTolerance, hit)) continue;
     const double g = GapFromEnd(-1, d, b.p[i].c, hit.c);
-    // passed-end-of-b-is-no-contact: what the first pass wrote stays all the same.
+    // passed-end-of-b-is-no-contact: what the first pass wrote stays.
     if (g < 0.0) return false;
     if (!improves(g)) continue;
-    // second-pass-stores-the-end-of-a: with the same index, not that of B.
+    // second-pass-stores-the-end-of-a: with the same index, not the end of B.
     contacts.Accept(0, hit, a.p[i], g);
     found = true;
   }
@@ -221,7 +221,7 @@ inline double AsideReach(const SweptSegment& a, const SweptSegment& b, const Mea
   return (widest + kCrossingRounding * (widest + size)) * d.magnitude;
 }
 
-/// Whether AsideReach holds for them. False for a NaN.
+/// Whether AsideReach holds for these segments and this direction. False for a NaN.
 inline bool AreOrdinary(const SweptSegment& a, const SweptSegment& b, const Measured3& d) {
   // A segment whose length overflows (beyond about 1e154) can be met from far aside, and so can a
   // segment whose length has lost its digits.
@@ -231,7 +231,8 @@ inline bool AreOrdinary(const SweptSegment& a, const SweptSegment& b, const Meas
          SumOfSizes(b.p[0].c) + SumOfSizes(b.p[1].c) < kLargestOrdinarySize;
 }
 
-/// The gap between segments of one plane, across d and times |d|; not positive when they overlap.
+/// Returns the gap between segments of one plane, across d and times |d|. It is not positive when
+/// they overlap.
 inline double GapAside(const SweptSegment& a, const SweptSegment& b, const Measured3& d) {
   const auto aside = [&d](const SourcedPoint& p) { return d.c.y * p.c.x - d.c.x * p.c.y; };
   const double a0 = aside(a.p[0]);
@@ -243,8 +244,8 @@ inline double GapAside(const SweptSegment& a, const SweptSegment& b, const Measu
   return aThenB > bThenA ? aThenB : bThenA;
 }
 
-/// Segments in one plane that pass each other too far aside for the steps to find a contact. Quick,
-/// and safe to miss some.
+/// True when two segments of one plane pass each other too far aside for the steps of the sweep to
+/// find a contact. It may be false for such a pair: then the steps find nothing.
 inline bool PassAside(const SweptSegment& a, const SweptSegment& b, const Measured3& d,
                       const SweepTolerances& tol) {
   const double height = a.p[0].c.z;

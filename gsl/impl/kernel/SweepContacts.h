@@ -3,7 +3,7 @@
 
 #include "kernel/Vector.h"
 
-/// What the sweeps hand back. A kernel does not give out identities: every point says where it came
+/// What the sweeps return. A kernel does not allocate identities: every point says where it came
 /// from, and the caller does.
 namespace gsl_kernel {
 

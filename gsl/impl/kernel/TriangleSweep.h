@@ -12,8 +12,8 @@ struct SourcedTriangle {
   SourcedPoint p[3];
 };
 
-/// The point moved along d onto the plane. It stays itself, identity included, where it lies on the
-/// plane or d does not lead there.
+/// Returns the point moved along d onto the plane. A point that lies on the plane, or that d does
+/// not lead there, is returned as it is, identity included.
 inline SourcedPoint ShadowOf(const SourcedPoint& p, const Plane& plane, const Measured3& d,
                              const SweepTolerances& tol) {
   Coord3 crossing;
@@ -55,10 +55,11 @@ struct PreparedEdges {
   }
 };
 
-/// Where two edges cross: p on the line of the first, the weights those of p along the second.
+/// Finds where two edges cross. p lies on the line of the first; the weights locate p along the
+/// second.
 ///
-/// The lines must be neither skew nor parallel and p within both edges. None of the four tests has
-/// an effect, so the cheap ones, which reject most, come first.
+/// The lines must be neither skew nor parallel, and p must be within both edges. The four tests can
+/// run in any order, so the cheap tests, which reject most, come first.
 inline bool CrossEdges(const PreparedEdge& first, const PreparedEdge& second,
                        double linearTolerance, Coord3& p, double* weights) {
   if (SameOrOppositeComponents(first.components, second.components, kLineParallelTolerance)) {
@@ -90,8 +91,8 @@ inline void ForEachEdgeCrossing(const SourcedTriangle& first, const SourcedTrian
   }
 }
 
-/// E edge-on to d against the face F. A vertex counts as found only when it improves the distance,
-/// an edge crossing whenever there is one.
+/// Sweeps a triangle that is edge-on to d against a face. A vertex counts as found only when it
+/// improves the distance; an edge crossing always counts.
 inline bool EdgeOnTriangleDist(const SourcedTriangle& edgeTri, const SourcedTriangle& faceTri,
                                const Plane& facePlane, const Measured3& d, int side,
                                const SweepTolerances& tol, SweepContacts& contacts) {
@@ -121,7 +122,8 @@ inline bool EdgeOnTriangleDist(const SourcedTriangle& edgeTri, const SourcedTria
   return found;
 }
 
-/// Both triangles edge-on, in one plane: vertex i of the first against edge i of the second.
+/// Sweeps two triangles that are edge-on and in one plane: vertex i of the first against edge i of
+/// the second.
 inline bool CoplanarVertexEdgeDist(const SourcedTriangle& tri1, const SourcedTriangle& tri2,
                                    const Measured3& d, int side, const SweepTolerances& tol,
                                    SweepContacts& contacts) {
@@ -143,7 +145,8 @@ inline bool CoplanarVertexEdgeDist(const SourcedTriangle& tri1, const SourcedTri
   return found;
 }
 
-/// Neither triangle edge-on: vertices of A over B, vertices of B under A, crossing edges.
+/// Sweeps two triangles that are not edge-on: vertices of A over B, vertices of B under A, crossing
+/// edges.
 template <class CallerContact>
 inline bool FaceToFaceDist(const SourcedTriangle& a, const SourcedTriangle& b, const Plane& planeA,
                            const Plane& planeB, const Measured3& d, const SweepTolerances& tol,
@@ -195,8 +198,8 @@ inline Slab SlabAlong(const Coord3& origin, const Coord3& d, const SourcedTriang
   return slab;
 }
 
-/// B lies wholly behind A along d, or farther ahead than `reach`. No rejection writes anything, so
-/// what they cost orders them: this one, the cheapest, comes first.
+/// True when B lies wholly behind A along d, or farther ahead than `reach`. No rejection writes
+/// anything, so that the cheapest comes first: this one.
 inline bool SlabsReject(const SourcedTriangle& a, const SourcedTriangle& b, const Measured3& d,
                         double reach, double linearTolerance) {
   const Coord3 axis = gsl_arithmetic::NormalizedCopy(d, linearTolerance).c;
@@ -216,7 +219,7 @@ inline Facing FacingOf(const Measured3& normal, const Measured3& d, double sense
 
 /// Error of the length of a normal that is present, in unit roundoffs.
 // The length is m (1 / m) with a rounding of the reciprocal and one of the product. A length that
-// overflows gives NaN, and a subnormal one can give infinity: both count as present.
+// overflows results in NaN, and a subnormal length can result in infinity: both count as present.
 constexpr double kUnitNormalRoundoffs = 1.0 + 1.0;
 
 /// Length below which a triangle has no normal.
@@ -228,8 +231,8 @@ inline Measured3 NormalOf(const SourcedTriangle& tri, double cosineTolerance) {
   return UnitNormal(tri.p[0].c, tri.p[1].c, tri.p[2].c, cosineTolerance);
 }
 
-/// Makes the normal of a triangle that faces the wrong way point the other way; false where the
-/// caller does not allow that. The flag of a triangle that faces the right way is not looked at.
+/// Turns the normal of a triangle that faces the wrong way; false where the caller does not allow
+/// that. The flag of a triangle that faces the right way is not read.
 inline bool Turn(Measured3& normal, Facing facing, const bool* twoSided) {
   if (facing != Facing::Wrong) return true;
   if (!*twoSided) return false;
@@ -239,8 +242,8 @@ inline bool Turn(Measured3& normal, Facing facing, const bool* twoSided) {
 
 /// The sweep along the unit direction d, or the zero vector, of a pair that SlabsReject keeps. A
 /// triangle without a normal, and then one that faces the wrong way, ends it before anything is
-/// written. `callerContact` gives what the caller passed in as contacts[0], and is asked only where
-/// that counts.
+/// written. `callerContact` returns what the caller passed in as contacts[0], and is asked only
+/// where that counts.
 template <class CallerContact>
 inline bool SweepTriangle(const Measured3& d, const SourcedTriangle& a, const SourcedTriangle& b,
                           const bool* twoSided, const SweepTolerances& tol,

@@ -29,8 +29,8 @@ inline double Distance(const Coord3& a, const Coord3& b) {
 }
 
 /// Unit normal of p1, p2, p3, right-handed; zero when
-/// cosineTolerance * |p1p2| * |p2p3| >= |p1p2 x p2p3|. The length is scaled along, so it can miss 1
-/// by a last place.
+/// cosineTolerance * |p1p2| * |p2p3| >= |p1p2 x p2p3|. The length is scaled with the components, so
+/// that it can miss 1 by a last place.
 inline Measured3 UnitNormal(const Coord3& p1, const Coord3& p2, const Coord3& p3,
                             double cosineTolerance) {
   const Measured3 a = Between(p1, p2);
@@ -41,7 +41,7 @@ inline Measured3 UnitNormal(const Coord3& p1, const Coord3& p2, const Coord3& p3
   return gsl_arithmetic::Scaled(c, 1.0 / c.magnitude);
 }
 
-/// Components divided by the cached length; zero when that is exactly 0.
+/// Returns the components divided by the cached length, or zero when that length is exactly 0.
 inline Coord3 UnitComponents(const Measured3& v) {
   if (v.magnitude == 0.0) return {0.0, 0.0, 0.0};
   return Divide(v.c, v.magnitude);
@@ -55,12 +55,12 @@ inline bool SameDirection(const Measured3& a, const Measured3& b, double tol) {
   return SameComponents(UnitComponents(a), UnitComponents(b), tol);
 }
 
-/// The same direction or the opposite one, both as unit components.
+/// The same direction or the opposite direction, both as unit components.
 inline bool SameOrOppositeComponents(const Coord3& a, const Coord3& b, double tol) {
   return SameComponents(a, b, tol) || SameComponents(a, Negated(b), tol);
 }
 
-/// The same direction or the opposite one.
+/// The same direction or the opposite direction.
 inline bool IsParallel(const Measured3& a, const Measured3& b, double tol) {
   return SameOrOppositeComponents(UnitComponents(a), UnitComponents(b), tol);
 }
@@ -119,8 +119,8 @@ inline bool AngleBetween(Measured3 axis, Measured3 a, Measured3 b, double linear
   return true;
 }
 
-/// a . b, divided by each length that exceeds the tolerance unless both are promised to be 1; a
-/// length that does not makes it 0.
+/// Returns a . b, divided by each length unless both are promised to be 1. A length that does not
+/// exceed the tolerance makes the result 0.
 inline double CosineBetween(const Measured3& a, const Measured3& b, bool unitVectors,
                             double linearTolerance) {
   double c = Dot(a.c, b.c);
