@@ -24,7 +24,7 @@ Box BoxOf(const gsl_BBox& box) {
 
 gsl_BBox::gsl_BBox()
     : min(ComputedPoint(gsl_kernel::kEmptyBox.min)), max(ComputedPoint(gsl_kernel::kEmptyBox.max)),
-      uid(cls_Uid::AllocateUid()) {}
+      m_uid(cls_Uid::AllocateUid()) {}
 
 void gsl_BBox::Vacate() {
   Place(min, gsl_kernel::kEmptyBox.min);
@@ -38,7 +38,7 @@ void gsl_BBox::Transform(const gsl_Matrix& m) {
   AcceptComputed(min, moved.min);
   max = min;
   Place(max, moved.max);
-  uid = cls_Uid::AllocateUid();
+  m_uid = cls_Uid::AllocateUid();
 }
 
 double gsl_BBox::Size() const {

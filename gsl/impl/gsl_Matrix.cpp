@@ -98,8 +98,8 @@ void gsl_Matrix::SetColumn(unsigned int c, const gsl_Vector& v) {
   isIdentity = kNotKnown;
 }
 
-void gsl_Matrix::SetRotationVectors(const gsl_Vector& X, const gsl_Vector& Y, const gsl_Vector& Z) {
-  const gsl_Vector* const axes[3] = {&X, &Y, &Z};
+void gsl_Matrix::SetRotationVectors(const gsl_Vector& x, const gsl_Vector& y, const gsl_Vector& z) {
+  const gsl_Vector* const axes[3] = {&x, &y, &z};
   for (int c = 0; c < 3; ++c) {
     const Coord3 unit = gsl_kernel::UnitComponents(axes[c]->Measured());
     m[0][c] = unit.x;

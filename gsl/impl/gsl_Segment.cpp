@@ -66,10 +66,10 @@ void ConnectEndPoints(const gsl_Segment& a, const gsl_Segment& b, gsl_Segment& c
 
 } // namespace
 
-gsl_Segment::gsl_Segment() : uid(cls_Uid::AllocateUid()) {}
+gsl_Segment::gsl_Segment() : m_uid(cls_Uid::AllocateUid()) {}
 
 gsl_Segment::gsl_Segment(const gsl_Point& p1, const gsl_Point& p2)
-    : point1(p1), point2(p2), uid(cls_Uid::AllocateUid()) {}
+    : m_point1(p1), m_point2(p2), m_uid(cls_Uid::AllocateUid()) {}
 
 unsigned int gsl_Segment::DynTypeId() const {
   return TypeId();

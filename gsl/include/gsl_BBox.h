@@ -107,7 +107,7 @@ public:
   /// them infinite. The empty state deliberately has the radius -0.5.
   g3d_Sphere GetExtent() const;
 
-  const cls_Uid& Uid() const { return uid; }
+  const cls_Uid& Uid() const { return m_uid; }
 
   /// The same object, or equal corners as gsl_Point::operator== has it (zeroTolerance).
   [[nodiscard]] bool operator==(const gsl_BBox& o) const;
@@ -123,7 +123,7 @@ public:
 private:
   friend struct gsl_RecordLayout<gsl_BBox>;
 
-  cls_Uid uid;
+  cls_Uid m_uid;
 };
 
 #endif

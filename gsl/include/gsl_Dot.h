@@ -58,10 +58,10 @@ public:
   [[nodiscard]] bool IsA(unsigned int typeId) const;
   static void InitializeMetadata(cls_ClassRegistrar& registrar);
 
-  const gsl_Point& GetPoint() const { return _point; }
-  gsl_DotMethod GetMethod() const { return _method; }
-  int GetInstanceId() const { return _instanceId; }
-  const cls_Uid& Uid() const { return uid; }
+  const gsl_Point& GetPoint() const { return m_point; }
+  gsl_DotMethod GetMethod() const { return m_method; }
+  int GetInstanceId() const { return m_instanceId; }
+  const cls_Uid& Uid() const { return m_uid; }
 
   /// Moves the point; its identity, the method and both ids stay.
   void SetValues(double x, double y, double z);
@@ -75,11 +75,11 @@ public:
 private:
   friend struct gsl_RecordLayout<gsl_Dot>;
 
-  cls_Uid uid;
-  gsl_Point _point;
-  gsl_DotMethod _method;
-  int _instanceId;
-  int _entityId;
+  cls_Uid m_uid;
+  gsl_Point m_point;
+  gsl_DotMethod m_method;
+  int m_instanceId;
+  int m_entityId;
 };
 
 #endif

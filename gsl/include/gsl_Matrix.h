@@ -59,7 +59,7 @@ public:
 
   /// Columns 0 to 2 become the unit vectors of X, Y, Z (zero for a magnitude of exactly 0); not
   /// checked for orthogonality. Translation and row 3 stay.
-  void SetRotationVectors(const gsl_Vector& X, const gsl_Vector& Y, const gsl_Vector& Z);
+  void SetRotationVectors(const gsl_Vector& x, const gsl_Vector& y, const gsl_Vector& z);
 
   /// Angles with rotation = Rz(c) Ry(b) Rx(a): about the fixed X axis by a first, then Y, then Z.
   ///

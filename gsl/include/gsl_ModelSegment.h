@@ -46,12 +46,12 @@ public:
   virtual void DBWrite(const cls_WriteVisitor& visitor) const;
   static void InitializeMetadata(cls_ClassRegistrar& registrar);
 
-  [[nodiscard]] bool HasPoint1() const { return !point1.IsEmpty(); }
-  [[nodiscard]] bool HasPoint2() const { return !point2.IsEmpty(); }
+  [[nodiscard]] bool HasPoint1() const { return !m_point1.IsEmpty(); }
+  [[nodiscard]] bool HasPoint2() const { return !m_point2.IsEmpty(); }
   /// The datum point at that end, which must not be empty; that is not checked.
-  const gsl_Dot& Point1() const { return *point1; }
-  const gsl_Dot& Point2() const { return *point2; }
-  const cls_Uid& Uid() const { return uid; }
+  const gsl_Dot& Point1() const { return *m_point1; }
+  const gsl_Dot& Point2() const { return *m_point2; }
+  const cls_Uid& Uid() const { return m_uid; }
 
   /// From the first end to the second, not normalised; unit Z when an end is empty.
   gsl_Vector Direction() const;
@@ -68,9 +68,9 @@ public:
 private:
   friend struct gsl_RecordLayout<gsl_ModelSegment>;
 
-  DotHolder point1;
-  DotHolder point2;
-  cls_Uid uid;
+  DotHolder m_point1;
+  DotHolder m_point2;
+  cls_Uid m_uid;
 };
 
 /// The unit direction of the segment as a new tuple of three numbers that the caller owns: each

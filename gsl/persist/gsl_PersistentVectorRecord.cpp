@@ -43,14 +43,14 @@ gsl_Vector VectorOf(const cls_ReadVisitor& visitor) {
 template class cls_TypeAdapter<gsl_PersistentVector>;
 
 gsl_PersistentVector::gsl_PersistentVector(const cls_ReadVisitor& visitor)
-    : vector(VectorOf(visitor)), uid(visitor.GetUid()) {}
+    : m_vector(VectorOf(visitor)), m_uid(visitor.GetUid()) {}
 
 unsigned int gsl_PersistentVector::DynTypeId() const {
   return TypeId();
 }
 
 void gsl_PersistentVector::DBWrite(const cls_WriteVisitor& visitor) const {
-  gsl_WriteRecord<gsl_PersistentVector>(visitor, uid, StoredFormOf(vector));
+  gsl_WriteRecord<gsl_PersistentVector>(visitor, m_uid, StoredFormOf(m_vector));
 }
 
 void gsl_PersistentVector::InitializeMetadata(cls_ClassRegistrar& registrar) {

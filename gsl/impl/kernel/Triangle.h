@@ -47,24 +47,24 @@ inline bool PointInTriangle(const Coord3& x, const Coord3& p0, const Coord3& p1,
 class TriangleTest {
 public:
   TriangleTest(const Coord3& p0, const Coord3& p1, const Coord3& p2, double linearTolerance)
-      : corners{CornerAt(p0, p1, p2), CornerAt(p1, p2, p0), CornerAt(p2, p0, p1)},
-        tolerance2(linearTolerance * linearTolerance) {}
+      : m_corners{CornerAt(p0, p1, p2), CornerAt(p1, p2, p0), CornerAt(p2, p0, p1)},
+        m_tolerance2(linearTolerance * linearTolerance) {}
 
   bool Contains(const Coord3& x) const {
-    for (const Corner& corner : corners) {
+    for (const Corner& corner : m_corners) {
       const double scaled = ScaledWeight(x, corner);
       // Only a negative weight can be too small, and only then does its rounding matter: the
       // quotient and the product of a number that is not negative with a square are not negative
       // either, or NaN.
       if (!(scaled < 0.0)) continue;
-      if (scaled / corner.normalSquared * corner.normalSquared < -tolerance2) return false;
+      if (scaled / corner.normalSquared * corner.normalSquared < -m_tolerance2) return false;
     }
     return true;
   }
 
 private:
-  Corner corners[3];
-  double tolerance2;
+  Corner m_corners[3];
+  double m_tolerance2;
 };
 
 } // namespace gsl_kernel

@@ -20,39 +20,39 @@ namespace GSL_LANES_NAMESPACE {
 class PivotSearch {
 public:
   explicit PivotSearch(std::ptrdiff_t firstRow)
-      : best(Splat(0.0)), row(Splat(-1.0)),
-        next(Splat(static_cast<double>(firstRow)) + ZeroToLast()) {}
+      : m_best(Splat(0.0)), m_row(Splat(-1.0)),
+        m_next(Splat(static_cast<double>(firstRow)) + ZeroToLast()) {}
 
   GSL_ALWAYS_INLINE void See(Vector merit) {
     // equal-merits-take-the-last-row: but never a NaN.
-    const auto better = merit >= best;
-    best = better ? merit : best;
-    row = better ? next : row;
-    next += Splat(kLanes);
+    const auto better = merit >= m_best;
+    m_best = better ? merit : m_best;
+    m_row = better ? m_next : m_row;
+    m_next += Splat(kLanes);
   }
 
   /// -1 when every merit was NaN.
   GSL_ALWAYS_INLINE std::ptrdiff_t Row() const {
-    const Vector winner = Splat(Largest(best));
-    return static_cast<std::ptrdiff_t>(Largest(best == winner ? row : Splat(-1.0)));
+    const Vector winner = Splat(Largest(m_best));
+    return static_cast<std::ptrdiff_t>(Largest(m_best == winner ? m_row : Splat(-1.0)));
   }
 
 private:
-  Vector best;
-  Vector row;
-  Vector next;
+  Vector m_best;
+  Vector m_row;
+  Vector m_next;
 };
 
 class LuElimination {
 public:
-  explicit LuElimination(LuWork& work) : m(work), panelFirst(0) {}
+  explicit LuElimination(LuWork& work) : m_m(work), m_panelFirst(0) {}
 
   void Run() {
-    for (std::ptrdiff_t first = 0; first < m.padded; first += m.panel) {
-      const std::ptrdiff_t width = Least(m.panel, m.padded - first);
-      panelFirst = first;
+    for (std::ptrdiff_t first = 0; first < m_m.padded; first += m_m.panel) {
+      const std::ptrdiff_t width = Least(m_m.panel, m_m.padded - first);
+      m_panelFirst = first;
       Factor(first, width);
-      Update(first, width, first + width, m.padded);
+      Update(first, width, first + width, m_m.padded);
     }
   }
 
@@ -63,18 +63,18 @@ private:
   /// A tile of fewer terms is done before what is fetched for the next one arrives.
   static constexpr std::ptrdiff_t kDepthToFetch = 32;
 
-  LuWork& m;
-  std::ptrdiff_t panelFirst;
+  LuWork& m_m;
+  std::ptrdiff_t m_panelFirst;
 
   static GSL_ALWAYS_INLINE std::ptrdiff_t Least(std::ptrdiff_t a, std::ptrdiff_t b) {
     return a < b ? a : b;
   }
 
-  GSL_ALWAYS_INLINE std::ptrdiff_t LeafStride() const { return m.leafStride; }
+  GSL_ALWAYS_INLINE std::ptrdiff_t LeafStride() const { return m_m.leafStride; }
 
   /// Rows row .. row + 7 of the leaf that starts at `column`; both are multiples of kLeaf.
   GSL_ALWAYS_INLINE double* Block(std::ptrdiff_t column, std::ptrdiff_t row) const {
-    return m.leaves + (column - panelFirst) / kLeaf * LeafStride() + row * kLeaf;
+    return m_m.leaves + (column - m_panelFirst) / kLeaf * LeafStride() + row * kLeaf;
   }
 
   struct RowsFrom {
@@ -83,8 +83,8 @@ private:
   };
   /// Where rows row, row + 1, ... hold column `column`.
   GSL_ALWAYS_INLINE RowsFrom Rows(std::ptrdiff_t row, std::ptrdiff_t column) const {
-    if (column < m.whole) return {m.rows + row, column};
-    return {m.tails + row, column - m.whole};
+    if (column < m_m.whole) return {m_m.rows + row, column};
+    return {m_m.tails + row, column - m_m.whole};
   }
 
   void Factor(std::ptrdiff_t first, std::ptrdiff_t width) {
@@ -100,13 +100,13 @@ private:
 
   void FactorLeaf(std::ptrdiff_t first) {
     FetchLeaf(first);
-    const std::ptrdiff_t columns = Least(kLeaf, m.size - first);
+    const std::ptrdiff_t columns = Least(kLeaf, m_m.size - first);
     std::ptrdiff_t p = FirstPivot(first);
     for (std::ptrdiff_t c = 0; c < columns; ++c) {
       const std::ptrdiff_t j = first + c;
       if (p < 0) p = j;
       if (p != j) Exchange(j, p);
-      m.pivots[j] = static_cast<std::int32_t>(p);
+      m_m.pivots[j] = static_cast<std::int32_t>(p);
       double& pivot = Block(first, first)[c * kLeaf + c];
       // small-negative-pivot-becomes-positive: the sign of a tiny pivot is rounding.
       if (kTinyPivot > __builtin_fabs(pivot)) pivot = kTinyPivot;
@@ -117,7 +117,7 @@ private:
 
   void FetchLeaf(std::ptrdiff_t first) {
     double* block = Block(first, first);
-    for (std::ptrdiff_t row = first; row < m.padded; row += kLeaf, block += kLeaf * kLeaf) {
+    for (std::ptrdiff_t row = first; row < m_m.padded; row += kLeaf, block += kLeaf * kLeaf) {
       const RowsFrom from = Rows(row, first);
       for (int i = 0; i < kLeaf; i += kLanes) {
         for (int j = 0; j < kLeaf; j += kLanes) {
@@ -136,7 +136,7 @@ private:
 
   void StoreLeaf(std::ptrdiff_t first) {
     const double* block = Block(first, first);
-    for (std::ptrdiff_t row = first; row < m.padded; row += kLeaf, block += kLeaf * kLeaf) {
+    for (std::ptrdiff_t row = first; row < m_m.padded; row += kLeaf, block += kLeaf * kLeaf) {
       const RowsFrom to = Rows(row, first);
       for (int i = 0; i < kLeaf; i += kLanes) {
         for (int j = 0; j < kLeaf; j += kLanes) {
@@ -156,16 +156,16 @@ private:
   std::ptrdiff_t FirstPivot(std::ptrdiff_t first) const {
     PivotSearch search(first);
     const double* block = Block(first, first);
-    for (std::ptrdiff_t row = first; row < m.padded; row += kLeaf, block += kLeaf * kLeaf) {
+    for (std::ptrdiff_t row = first; row < m_m.padded; row += kLeaf, block += kLeaf * kLeaf) {
       for (int h = 0; h < kLeaf; h += kLanes) {
-        search.See(Load(m.scale + row + h) * Magnitude(Load(block + h)));
+        search.See(Load(m_m.scale + row + h) * Magnitude(Load(block + h)));
       }
     }
     return search.Row();
   }
 
   void Exchange(std::ptrdiff_t j, std::ptrdiff_t p) {
-    for (std::ptrdiff_t column = panelFirst; column <= j; column += kLeaf) {
+    for (std::ptrdiff_t column = m_panelFirst; column <= j; column += kLeaf) {
       double* a = Block(column, j / kLeaf * kLeaf) + j % kLeaf;
       double* b = Block(column, p / kLeaf * kLeaf) + p % kLeaf;
 #pragma GCC unroll 8
@@ -175,10 +175,10 @@ private:
         b[c * kLeaf] = t;
       }
     }
-    SwapPointers(m.rows, j, p);
-    if (m.whole < m.padded) SwapPointers(m.tails, j, p);
-    m.scale[p] = m.scale[j];
-    m.parity = -m.parity;
+    SwapPointers(m_m.rows, j, p);
+    if (m_m.whole < m_m.padded) SwapPointers(m_m.tails, j, p);
+    m_m.scale[p] = m_m.scale[j];
+    m_m.parity = -m_m.parity;
   }
 
   static GSL_ALWAYS_INLINE void SwapPointers(double** rows, std::ptrdiff_t j, std::ptrdiff_t p) {
@@ -230,13 +230,14 @@ private:
         const Vector updated = below ? a - l * u[k] : a;
         Store(block + k * kLeaf + h, updated);
         if (k == c + 1) {
-          const Vector merit = Load(m.scale + first + h) * Magnitude(updated);
+          const Vector merit = Load(m_m.scale + first + h) * Magnitude(updated);
           search.See(below ? merit : Splat(-1.0));
         }
       }
     }
     block += kLeaf * kLeaf;
-    for (std::ptrdiff_t row = first + kLeaf; row < m.padded; row += kLeaf, block += kLeaf * kLeaf) {
+    for (std::ptrdiff_t row = first + kLeaf; row < m_m.padded;
+         row += kLeaf, block += kLeaf * kLeaf) {
 #pragma GCC unroll 8
       for (int h = 0; h < kLeaf; h += kLanes) {
         const Vector l = Load(block + c * kLeaf + h) / u[c];
@@ -245,7 +246,7 @@ private:
         for (int k = c + 1; k < kLeaf; ++k) {
           const Vector updated = Load(block + k * kLeaf + h) - l * u[k];
           Store(block + k * kLeaf + h, updated);
-          if (k == c + 1) search.See(Load(m.scale + row + h) * Magnitude(updated));
+          if (k == c + 1) search.See(Load(m_m.scale + row + h) * Magnitude(updated));
         }
       }
     }
@@ -257,12 +258,12 @@ private:
   void Update(std::ptrdiff_t first, std::ptrdiff_t width, std::ptrdiff_t begin,
               std::ptrdiff_t end) {
     for (std::ptrdiff_t strip = begin, next; strip < end; strip = next) {
-      next = Least(end, strip + m.strip);
-      if (strip < m.whole) next = Least(next, m.whole);
+      next = Least(end, strip + m_m.strip);
+      if (strip < m_m.whole) next = Least(next, m_m.whole);
       for (std::ptrdiff_t done = 0; done < width; done += kLeaf) {
         Tiles<true>(first, width, done, first + done, strip, next);
       }
-      for (std::ptrdiff_t row = first + width; row < m.padded; row += kLeaf) {
+      for (std::ptrdiff_t row = first + width; row < m_m.padded; row += kLeaf) {
         Tiles<false>(first, width, width, row, strip, next);
       }
     }
@@ -276,7 +277,7 @@ private:
     const double* lower = Block(first, row);
     const RowsFrom from = Rows(row, begin);
     for (std::ptrdiff_t j = 0; j < end - begin;) {
-      double* upper = m.upper + j * width;
+      double* upper = m_m.upper + j * width;
       const std::ptrdiff_t left = end - begin - j;
       if (left >= kTileVectors * kLanes) {
         if (!kSolve && depth >= kDepthToFetch) FetchTileAfter(row, from, j, left);
@@ -294,7 +295,7 @@ private:
   GSL_ALWAYS_INLINE void FetchTileAfter(std::ptrdiff_t row, const RowsFrom& from, std::ptrdiff_t j,
                                         std::ptrdiff_t left) const {
     constexpr std::ptrdiff_t kColumns = kTileVectors * kLanes;
-    const bool right = left >= 2 * kColumns || row + kLeaf >= m.padded;
+    const bool right = left >= 2 * kColumns || row + kLeaf >= m_m.padded;
     double* const* const rows = right ? from.rows : from.rows + kLeaf;
     const std::ptrdiff_t column = right ? from.offset + j + kColumns : from.offset;
 #pragma GCC unroll 8

@@ -192,7 +192,7 @@ TEST(KernelSegmentSweep, EndOfASegmentAlongMustBeatTheDistanceLessTheMargin) {
   SweepContacts at = Within(4.0);
   EXPECT_FALSE(EndsOfAlong(+1, along, across, kForward, 1.0, kTolerance, at));
   ExpectUnwritten(at, 4.0);
-  SweepContacts above = Within(std::nextafter(4.0, 5.0));
+  SweepContacts above = Within(numbers::Above(4.0));
   EXPECT_TRUE(EndsOfAlong(+1, along, across, kForward, 1.0, kTolerance, above));
   SweepContacts behind = Within(0.0);
   EXPECT_TRUE(
@@ -255,7 +255,7 @@ TEST(KernelSegmentSweep, AcrossTheDistanceAndTheMarginMustBothBeBeaten) {
   ExpectUnwritten(at, 5.0);
   SweepContacts margin = Within(6.0);
   EXPECT_FALSE(EndsAcross(kAcrossA, b, kForward, 1.0, kTolerance, margin));
-  SweepContacts above = Within(std::nextafter(6.0, 7.0));
+  SweepContacts above = Within(numbers::Above(6.0));
   EXPECT_TRUE(EndsAcross(kAcrossA, b, kForward, 1.0, kTolerance, above));
 }
 
@@ -487,7 +487,7 @@ TEST(PassAside, TriesPairsWhoseReachIsNotKnown) {
   const SweptSegment far = SegmentBetween({5.0, 3.0, 0.0}, {6.0, 3.0, 0.0});
   ASSERT_TRUE(gsl_kernel::PassAside(a, far, d, tol));
   // Above |d|; a direction and segments of no ordinary length; not one plane; not a number.
-  EXPECT_FALSE(gsl_kernel::PassAside(a, far, d, {std::nextafter(1.0, 2.0), 0.0}));
+  EXPECT_FALSE(gsl_kernel::PassAside(a, far, d, {numbers::Above(1.0), 0.0}));
   EXPECT_TRUE(gsl_kernel::PassAside(a, far, d, {1.0, 0.0}));
   for (const double size : {0.0, 1e-170, 1e-101, 1e101, 1e170}) {
     EXPECT_FALSE(gsl_kernel::PassAside(a, far, gsl_kernel::Measure({0.0, size, 0.0}), {0.0, 0.0}));
