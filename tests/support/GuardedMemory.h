@@ -15,8 +15,8 @@ class GuardedPair {
 public:
   GuardedPair(const T& first, const T& second)
       : m_page(static_cast<std::size_t>(sysconf(_SC_PAGESIZE))),
-        m_pages(static_cast<char*>(
-            mmap(nullptr, 2 * m_page, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0))) {
+        m_pages(static_cast<char*>(mmap(nullptr, 2 * m_page, PROT_READ | PROT_WRITE,
+                                        MAP_PRIVATE | MAP_ANONYMOUS, -1, 0))) {
     if (static_cast<void*>(m_pages) == MAP_FAILED) std::abort();
     new (Get()) T(first);
     new (Get() + 1) T(second);

@@ -37,14 +37,14 @@ std::ptrdiff_t RoundUp(std::ptrdiff_t n) {
   return (n + kLeaf - 1) / kLeaf * kLeaf;
 }
 
-/// Hands out pieces of the scratch block, each on a cache line of its own.
-class Pieces {
+/// Divides the scratch block into areas, each on a cache line of its own.
+class ScratchAreas {
 public:
-  explicit Pieces(double* block) : m_next(block) {}
+  explicit ScratchAreas(double* block) : m_next(block) {}
   double* Take(std::ptrdiff_t doubles) {
-    double* const piece = m_next;
+    double* const area = m_next;
     m_next += RoundUp(doubles);
-    return piece;
+    return area;
   }
   double** TakePointers(std::ptrdiff_t count) {
     static_assert(sizeof(double*) <= sizeof(double), "a pointer fits in a double's place");
@@ -58,13 +58,13 @@ private:
 /// Blocked elimination of one system, from its scratch to the factors.
 class Blocked {
 public:
-  Blocked(LuSystem& s, const gsl_WideKernels& k, const gsl_LUBlocking& b)
-      : m_system(s), m_kernels(k), m_n(s.size), m_inPlace(b.inPlace) {
-    m_work.size = m_n;
-    m_work.padded = RoundUp(m_n);
-    m_work.panel = std::min(b.panel, m_work.padded);
-    m_work.strip = std::min(b.strip, m_work.padded);
-    m_work.whole = m_inPlace ? m_n / kLeaf * kLeaf : m_work.padded;
+  Blocked(LuSystem& system, const gsl_WideKernels& kernels, const gsl_LUBlocking& blocking)
+      : m_system(system), m_kernels(kernels), m_size(system.size), m_inPlace(blocking.inPlace) {
+    m_work.size = m_size;
+    m_work.padded = RoundUp(m_size);
+    m_work.panel = std::min(blocking.panel, m_work.padded);
+    m_work.strip = std::min(blocking.strip, m_work.padded);
+    m_work.whole = m_inPlace ? m_size / kLeaf * kLeaf : m_work.padded;
     m_work.pivots = m_system.pivots;
     m_work.parity = 1;
     // Odd numbers of cache lines, and of blocks of lines: neither the columns of the copy nor the
@@ -75,31 +75,31 @@ public:
 
   bool AllocateScratch() {
     const std::ptrdiff_t copy =
-        m_inPlace ? RoundUp(m_n) * kLeaf + m_work.padded : m_work.padded * m_stride;
+        m_inPlace ? RoundUp(m_size) * kLeaf + m_work.padded : m_work.padded * m_stride;
     const std::ptrdiff_t total =
         copy + 3 * m_work.padded + LeavesOf(m_work.panel) + m_work.panel * m_work.strip;
     m_scratch = Allocate(static_cast<std::size_t>(total));
     if (m_scratch == nullptr) return false;
-    Pieces pieces(m_scratch.get());
-    m_work.rows = pieces.TakePointers(m_work.padded);
-    m_work.tails = pieces.TakePointers(m_work.padded);
-    m_work.scale = pieces.Take(m_work.padded);
-    m_work.leaves = pieces.Take(LeavesOf(m_work.panel));
-    m_work.upper = pieces.Take(m_work.panel * m_work.strip);
+    ScratchAreas areas(m_scratch.get());
+    m_work.rows = areas.TakePointers(m_work.padded);
+    m_work.tails = areas.TakePointers(m_work.padded);
+    m_work.scale = areas.Take(m_work.padded);
+    m_work.leaves = areas.Take(LeavesOf(m_work.panel));
+    m_work.upper = areas.Take(m_work.panel * m_work.strip);
     if (m_inPlace) {
-      m_spare = pieces.Take(m_work.padded);
-      m_tail = pieces.Take(m_work.padded * kLeaf);
+      m_spare = areas.Take(m_work.padded);
+      m_tail = areas.Take(m_work.padded * kLeaf);
     } else {
-      m_tail = pieces.Take(m_work.padded * m_stride);
+      m_tail = areas.Take(m_work.padded * m_stride);
     }
     return true;
   }
 
   /// False for a zero row.
   bool FetchRows() {
-    for (std::ptrdiff_t i = 0; i < m_n; ++i) {
+    for (std::ptrdiff_t i = 0; i < m_size; ++i) {
       double* const copy = m_inPlace ? nullptr : m_tail + i * m_stride;
-      const double big = m_kernels.largestOfRow(m_system.matrix[i], m_n, copy);
+      const double big = m_kernels.largestOfRow(m_system.matrix[i], m_size, copy);
       if (gsl_kernel::kTinyPivot > big) return false;
       m_work.scale[i] = 1.0 / big;
       m_work.rows[i] = m_inPlace ? m_system.matrix[i] : copy;
@@ -107,8 +107,8 @@ public:
     if (m_inPlace) {
       FetchTails();
     } else {
-      for (std::ptrdiff_t i = 0; i < m_n; ++i)
-        Clear(m_work.rows[i] + m_n, m_work.padded - m_n);
+      for (std::ptrdiff_t i = 0; i < m_size; ++i)
+        Clear(m_work.rows[i] + m_size, m_work.padded - m_size);
     }
     PadRows();
     return true;
@@ -119,11 +119,11 @@ public:
   void StoreRows() {
     if (m_inPlace) {
       MoveRows();
-      for (std::ptrdiff_t i = 0; i < m_n; ++i)
-        Copy(m_system.matrix[i] + m_work.whole, m_work.tails[i], m_n - m_work.whole);
+      for (std::ptrdiff_t i = 0; i < m_size; ++i)
+        Copy(m_system.matrix[i] + m_work.whole, m_work.tails[i], m_size - m_work.whole);
     } else {
-      for (std::ptrdiff_t i = 0; i < m_n; ++i)
-        Copy(m_system.matrix[i], m_work.rows[i], m_n);
+      for (std::ptrdiff_t i = 0; i < m_size; ++i)
+        Copy(m_system.matrix[i], m_work.rows[i], m_size);
     }
     m_system.parity = m_work.parity;
   }
@@ -131,7 +131,7 @@ public:
 private:
   LuSystem& m_system;
   const gsl_WideKernels& m_kernels;
-  const std::ptrdiff_t m_n;
+  const std::ptrdiff_t m_size;
   const bool m_inPlace;
   std::ptrdiff_t m_stride;
   LuWork m_work;
@@ -151,14 +151,15 @@ private:
     for (std::ptrdiff_t i = 0; i < m_work.padded; ++i) {
       m_work.tails[i] = m_tail + i * kLeaf;
       Clear(m_work.tails[i], kLeaf);
-      if (i < m_n) Copy(m_work.tails[i], m_system.matrix[i] + m_work.whole, m_n - m_work.whole);
+      if (i < m_size)
+        Copy(m_work.tails[i], m_system.matrix[i] + m_work.whole, m_size - m_work.whole);
     }
   }
 
   /// In place the rows below the last are all the spare row: nobody reads what is computed there.
   void PadRows() {
     if (m_inPlace) Clear(m_spare, m_work.padded);
-    for (std::ptrdiff_t i = m_n; i < m_work.padded; ++i) {
+    for (std::ptrdiff_t i = m_size; i < m_work.padded; ++i) {
       m_work.scale[i] = std::numeric_limits<double>::quiet_NaN();
       m_work.rows[i] = m_inPlace ? m_spare : m_tail + i * m_stride;
       if (!m_inPlace) Clear(m_work.rows[i], m_work.padded);
@@ -169,7 +170,7 @@ private:
   void MoveRows() {
     // where[i]: the caller's row that holds what belongs in row i
     std::ptrdiff_t* const where = OriginOfRows();
-    for (std::ptrdiff_t i = 0; i < m_n; ++i) {
+    for (std::ptrdiff_t i = 0; i < m_size; ++i) {
       if (where[i] == i) continue;
       Copy(m_spare, m_system.matrix[i], m_work.whole);
       std::ptrdiff_t to = i;
@@ -189,10 +190,10 @@ private:
     static_assert(sizeof(std::ptrdiff_t) <= sizeof(double),
                   "a row number fits in a double's place");
     std::ptrdiff_t* const where =
-        ::new (static_cast<void*>(m_work.leaves)) std::ptrdiff_t[static_cast<std::size_t>(m_n)];
-    for (std::ptrdiff_t i = 0; i < m_n; ++i)
+        ::new (static_cast<void*>(m_work.leaves)) std::ptrdiff_t[static_cast<std::size_t>(m_size)];
+    for (std::ptrdiff_t i = 0; i < m_size; ++i)
       where[i] = i;
-    for (std::ptrdiff_t i = 0; i < m_n; ++i)
+    for (std::ptrdiff_t i = 0; i < m_size; ++i)
       std::swap(where[i], where[m_system.pivots[i]]);
     return where;
   }
