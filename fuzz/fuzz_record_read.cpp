@@ -2,7 +2,6 @@
 // and read again, or an exception of the host's family.
 
 #include "cls_ReadVisitor.h"
-#include "cls_RecordStore.h"
 #include "cls_WriteVisitor.h"
 #include "cls_xo1DArrayList.h"
 #include "gsl_BBox.h"
@@ -13,6 +12,8 @@
 #include "gsl_PersistentVector.h"
 #include "gsl_Plane.h"
 #include "gsl_Point.h"
+#include "gsl_RecordError.h"
+#include "gsl_RecordStore.h"
 #include "gsl_Segment.h"
 #include "gsl_StLine.h"
 #include "nex_Exception.h"
@@ -43,7 +44,7 @@ C Read(const cls_ReadVisitor& visitor) {
 
 template <class C>
 std::vector<unsigned char> WrittenBytes(const C& object) {
-  cls_RecordStore store;
+  gsl_RecordStore store;
   {
     cls_Save save(store);
     object.DBWrite(cls_WriteVisitor(save));
@@ -64,7 +65,7 @@ void ReadAs(const cls_ReadVisitor& root) {
   } catch (const nex_Exception&) {
     return;
   }
-  const cls_RecordStore store = cls_RecordStore::FromBytes(first.data(), first.size());
+  const gsl_RecordStore store = gsl_RecordStore::FromBytes(first.data(), first.size());
   cls_Load load(store);
   const C again = Read<C>(cls_ReadVisitor(load, 0));
   Require(WrittenBytes(again) == first);
@@ -96,14 +97,14 @@ extern "C" int LLVMFuzzerInitialize(int*, char***) {
 }
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  cls_RecordStore store;
+  gsl_RecordStore store;
   try {
-    store = cls_RecordStore::FromBytes(data, size);
-  } catch (const nex_Exception&) {
+    store = gsl_RecordStore::FromBytes(data, size);
+  } catch (const gsl_RecordError&) {
     return 0;
   }
   const std::vector<unsigned char> bytes = store.ToBytes();
-  Require(cls_RecordStore::FromBytes(bytes.data(), bytes.size()).ToBytes() == bytes);
+  Require(gsl_RecordStore::FromBytes(bytes.data(), bytes.size()).ToBytes() == bytes);
   cls_Load load(store);
   for (std::size_t i = 0; i < store.RootCount(); ++i)
     ReadAsEveryClass(cls_ReadVisitor(load, i));

@@ -1,7 +1,7 @@
 #ifndef TEST_SUPPORT_RAW_RECORDS_H
 #define TEST_SUPPORT_RAW_RECORDS_H
 
-#include "cls_RecordStore.h"
+#include "gsl_RecordStore.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -18,7 +18,7 @@ struct RawField {
   /// Empty for an entry of a list.
   std::string name;
   int index = -1;
-  cls_RecordStore::Kind kind = cls_RecordStore::Kind::Integer;
+  gsl_RecordKind kind = gsl_RecordKind::Integer;
   int integer = 0;
   double real = 0.0;
   bool boolean = false;
@@ -42,10 +42,10 @@ struct RawRecord {
 
 using RawRecords = std::vector<RawRecord>;
 
-inline RawField RawCopy(const cls_RecordStore& store, const cls_RecordStore::Field& field) {
-  using Kind = cls_RecordStore::Kind;
+inline RawField RawCopy(const gsl_RecordField& field) {
+  using Kind = gsl_RecordKind;
   RawField raw;
-  raw.name = store.Name(field);
+  raw.name = field.name;
   raw.index = field.index;
   raw.kind = field.kind;
   switch (field.kind) {
@@ -59,7 +59,7 @@ inline RawField RawCopy(const cls_RecordStore& store, const cls_RecordStore::Fie
     raw.boolean = field.boolean;
     break;
   case Kind::String:
-    raw.text.assign(store.String(field).CStr(), store.String(field).Length());
+    raw.text = field.text;
     break;
   default:
     raw.link = field.link;
@@ -68,15 +68,15 @@ inline RawField RawCopy(const cls_RecordStore& store, const cls_RecordStore::Fie
   return raw;
 }
 
-inline RawRecords RawCopy(const cls_RecordStore& store) {
+inline RawRecords RawCopy(const gsl_RecordStore& store) {
   RawRecords records(store.RecordCount());
   for (std::size_t i = 0; i < store.RootCount(); ++i)
     records[store.Root(i)].isRoot = true;
   for (std::uint32_t i = 0; i < records.size(); ++i) {
     RawRecord& raw = records[i];
     raw.typeId = store.TypeId(i);
-    raw.prefix = store.Uid(i).Prefix();
-    raw.serial = store.Uid(i).Serial();
+    raw.prefix = store.Identity(i).prefix;
+    raw.serial = store.Identity(i).serial;
     raw.collection = static_cast<std::uint32_t>(store.Collection(i));
     const auto unsigneds = store.Unsigneds(i);
     raw.unsigneds.assign(unsigneds.values, unsigneds.values + unsigneds.count);
@@ -84,8 +84,8 @@ inline RawRecords RawCopy(const cls_RecordStore& store) {
     raw.rows = doubles.rows;
     raw.columns = doubles.columns;
     raw.doubles.assign(doubles.values, doubles.values + doubles.rows * doubles.columns);
-    for (auto* field = store.First(i); field != nullptr; field = store.Next(*field))
-      raw.fields.push_back(RawCopy(store, *field));
+    for (const gsl_RecordField& field : store.Fields(i))
+      raw.fields.push_back(RawCopy(field));
   }
   return records;
 }
@@ -144,7 +144,7 @@ private:
   }
 
   void Add(const RawField& field) {
-    using Kind = cls_RecordStore::Kind;
+    using Kind = gsl_RecordKind;
     Name(field.name);
     Signed(field.index);
     bytes.push_back(static_cast<unsigned char>(field.kind));

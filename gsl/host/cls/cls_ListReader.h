@@ -5,6 +5,7 @@
 #include "mem_Export.h"
 
 #include <cstddef>
+#include <cstdint>
 
 /// Reads the entries of a list, in order.
 class GSL_HOST_API cls_ListReader {
@@ -13,7 +14,7 @@ public:
   cls_ListReader& operator=(const cls_ListReader&) = delete;
 
   /// True while there is a further entry.
-  [[nodiscard]] bool HasNext() const { return next != nullptr; }
+  [[nodiscard]] bool HasNext() const;
 
   /// The next entry as a new object of the class that its record names: T, or a registered class
   /// derived from it. Null for a null entry.
@@ -41,7 +42,7 @@ private:
   [[noreturn]] void RefuseNull() const;
 
   const cls_ReadVisitor& list;
-  const cls_RecordStore::Field* next;
+  std::uint64_t next;
   std::size_t taken;
 };
 

@@ -5,13 +5,13 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <functional>
+#include <typeindex>
 
 /// Persistent object identifier: 128 bits, a prefix drawn at random once per process and a serial
 /// number. Trivially copyable; copies are the same identity.
 ///
-/// A forked child draws a prefix of its own. Only equality is meaningful; the order is that of the
-/// bits and says nothing of age.
+/// A forked child draws a prefix of its own. Only equality is meaningful; the order is the order of
+/// the bits, not of age.
 class GSL_HOST_API cls_Uid {
 public:
   /// The null identifier, equal only to itself.
@@ -63,6 +63,7 @@ inline cls_Uid cls_Uid::AllocateUid() noexcept {
   return cls_Uid(block.prefix, block.next++);
 }
 
+// <typeindex> declares std::hash at a hundredth of the lines of <functional>.
 template <>
 struct std::hash<cls_Uid> {
   std::size_t operator()(const cls_Uid& uid) const noexcept {

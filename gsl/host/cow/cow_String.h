@@ -4,7 +4,6 @@
 #include "mem_Export.h"
 
 #include <cstddef>
-#include <functional>
 #include <string_view>
 
 /// Reference-counted immutable text; copies share one buffer. Bytes, not characters, and a

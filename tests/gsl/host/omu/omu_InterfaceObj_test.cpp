@@ -273,7 +273,7 @@ TEST(OmuInterfaceObj, IsTrueIsNotStoredAndWrapsItself) {
 }
 
 TEST(OmuInterfaceObj, WritesNoRecord) {
-  cls_RecordStore store;
+  gsl_RecordStore store;
   cls_Save save(store);
   const cls_WriteVisitor visitor(save);
   Gauge(omu_Shortcut(kPath)).DBWrite(visitor);

@@ -1,9 +1,13 @@
-#include "cls_RecordException.h"
-#include "cls_RecordStore.h"
+#include "gsl_RecordError.h"
+#include "gsl_RecordStore.h"
 
 #include <cstring>
+#include <iterator>
+#include <string>
+#include <string_view>
 #include <unordered_map>
 #include <utility>
+#include <vector>
 
 // The byte form, all numbers little-endian, "varint" in groups of seven bits, lowest first:
 //
@@ -21,16 +25,14 @@
 
 namespace {
 
-using Index = cls_RecordStore::Index;
-using Kind = cls_RecordStore::Kind;
+using Kind = gsl_RecordKind;
 
-constexpr const char* kSourceUnit = "gsl/host/cls/cls_RecordBytes";
 constexpr unsigned char kHeader[] = {'g', 's', 'l', 'r', 1};
 constexpr unsigned char kRootFlag = 1;
 constexpr std::size_t kMostVarintBytes = 10;
 
-[[noreturn]] void Refuse(const char* why, int line) {
-  nex_Exception::Throw(cls_RecordException(why), kSourceUnit, line);
+[[noreturn]] void Refuse(const char* why) {
+  throw gsl_RecordError(why);
 }
 
 class Writer {
@@ -61,9 +63,9 @@ public:
     Fixed64(bits);
   }
 
-  void Text(const char* text, std::size_t length) {
-    Varint(length);
-    bytes.insert(bytes.end(), text, text + length);
+  void Text(std::string_view text) {
+    Varint(text.size());
+    bytes.insert(bytes.end(), text.begin(), text.end());
   }
 
   std::vector<unsigned char> bytes;
@@ -76,7 +78,7 @@ public:
   std::size_t Remaining() const { return static_cast<std::size_t>(end - at); }
 
   unsigned int Byte() {
-    if (at == end) Refuse("The bytes end inside a record", __LINE__);
+    if (at == end) Refuse("The bytes end inside a record");
     return *at++;
   }
 
@@ -87,12 +89,12 @@ public:
       value |= (byte & 0x7Fu) << (7 * i);
       if (byte < 0x80u) return value;
     }
-    Refuse("A number in the bytes is too long", __LINE__);
+    Refuse("A number in the bytes is too long");
   }
 
   std::uint32_t Varint32() {
     const std::uint64_t value = Varint();
-    if (value > 0xFFFFFFFFu) Refuse("A number in the bytes is too large", __LINE__);
+    if (value > 0xFFFFFFFFu) Refuse("A number in the bytes is too large");
     return static_cast<std::uint32_t>(value);
   }
 
@@ -121,15 +123,15 @@ public:
   /// A number of items of which each takes at least `bytesEach` bytes.
   std::size_t Count(std::size_t bytesEach) {
     const std::uint64_t count = Varint();
-    if (count > Remaining() / bytesEach) Refuse("The bytes announce more than they hold", __LINE__);
+    if (count > Remaining() / bytesEach) Refuse("The bytes announce more than they hold");
     return static_cast<std::size_t>(count);
   }
 
-  std::pair<const char*, std::size_t> Text() {
+  std::string_view Text() {
     const std::size_t length = Count(1);
-    const char* const text = reinterpret_cast<const char*>(at);
+    const std::string_view text(reinterpret_cast<const char*>(at), length);
     at += length;
-    return {text, length};
+    return text;
   }
 
 private:
@@ -141,20 +143,20 @@ private:
 /// not use leave no trace.
 class NameTable {
 public:
-  std::uint64_t NumberOf(Index name) {
-    if (name == cls_RecordStore::kNone) return 0;
+  std::uint64_t NumberOf(std::string_view name) {
+    if (name.empty()) return 0;
     const auto [place, isNew] = numbers.try_emplace(name, inOrder.size() + 1);
     if (isNew) inOrder.push_back(name);
     return place->second;
   }
-  const std::vector<Index>& InOrder() const { return inOrder; }
+  const std::vector<std::string_view>& InOrder() const { return inOrder; }
 
 private:
-  std::unordered_map<Index, std::uint64_t> numbers;
-  std::vector<Index> inOrder;
+  std::unordered_map<std::string_view, std::uint64_t> numbers;
+  std::vector<std::string_view> inOrder;
 };
 
-void WriteValue(Writer& out, const cls_RecordStore& store, const cls_RecordStore::Field& field) {
+void WriteValue(Writer& out, const gsl_RecordField& field) {
   switch (field.kind) {
   case Kind::Integer:
     out.Zigzag(field.integer);
@@ -166,7 +168,7 @@ void WriteValue(Writer& out, const cls_RecordStore& store, const cls_RecordStore
     out.Byte(field.boolean ? 1 : 0);
     break;
   case Kind::String:
-    out.Text(store.String(field).CStr(), store.String(field).Length());
+    out.Text(field.text);
     break;
   case Kind::Record:
   case Kind::Object:
@@ -177,14 +179,14 @@ void WriteValue(Writer& out, const cls_RecordStore& store, const cls_RecordStore
   }
 }
 
-void WriteElements(Writer& out, const cls_RecordStore& store, Index record) {
-  if (store.Collection(record) == cls_UnsignedList) {
-    const cls_RecordStore::UnsignedArray array = store.Unsigneds(record);
+void WriteElements(Writer& out, const gsl_RecordStore& store, gsl_RecordIndex record) {
+  if (store.Collection(record) == gsl_RecordCollection::Unsigneds) {
+    const gsl_RecordStore::UnsignedArray array = store.Unsigneds(record);
     out.Varint(array.count);
     for (std::size_t i = 0; i < array.count; ++i)
       out.Varint(array.values[i]);
-  } else if (store.Collection(record) == cls_DoubleMatrix) {
-    const cls_RecordStore::DoubleArray array = store.Doubles(record);
+  } else if (store.Collection(record) == gsl_RecordCollection::Doubles) {
+    const gsl_RecordStore::DoubleArray array = store.Doubles(record);
     out.Varint(array.rows);
     out.Varint(array.columns);
     for (std::size_t i = 0; i < array.rows * array.columns; ++i)
@@ -192,43 +194,45 @@ void WriteElements(Writer& out, const cls_RecordStore& store, Index record) {
   }
 }
 
-void WriteRecord(Writer& out, NameTable& names, const cls_RecordStore& store, Index record,
-                 bool isRoot) {
+void WriteRecord(Writer& out, NameTable& names, const gsl_RecordStore& store,
+                 gsl_RecordIndex record, bool isRoot) {
   out.Byte(isRoot ? kRootFlag : 0u);
   out.Varint(store.TypeId(record));
-  out.Fixed64(store.Uid(record).Prefix());
-  out.Fixed64(store.Uid(record).Serial());
+  out.Fixed64(store.Identity(record).prefix);
+  out.Fixed64(store.Identity(record).serial);
   out.Varint(static_cast<std::uint64_t>(store.Collection(record)));
   WriteElements(out, store, record);
   std::uint64_t count = 0;
-  for (const auto* field = store.First(record); field != nullptr; field = store.Next(*field))
+  for (const gsl_RecordField& field : store.Fields(record)) {
+    static_cast<void>(field);
     ++count;
+  }
   out.Varint(count);
-  for (const auto* field = store.First(record); field != nullptr; field = store.Next(*field)) {
-    out.Varint(names.NumberOf(field->name));
-    out.Zigzag(field->index);
-    out.Byte(static_cast<unsigned int>(field->kind));
-    WriteValue(out, store, *field);
+  for (const gsl_RecordField& field : store.Fields(record)) {
+    out.Varint(names.NumberOf(field.name));
+    out.Zigzag(field.index);
+    out.Byte(static_cast<unsigned int>(field.kind));
+    WriteValue(out, field);
   }
 }
 
 } // namespace
 
 /// Fills a store from its byte form.
-class cls_RecordDecoder {
+class gsl_RecordDecoder {
 public:
-  cls_RecordDecoder(const unsigned char* bytes, std::size_t count) : in(bytes, count) {}
+  gsl_RecordDecoder(const unsigned char* bytes, std::size_t count) : in(bytes, count) {}
 
-  cls_RecordStore Decode() {
+  gsl_RecordStore Decode() {
     for (const unsigned char expected : kHeader) {
-      if (in.Byte() != expected) Refuse("The bytes are no records of a known version", __LINE__);
+      if (in.Byte() != expected) Refuse("The bytes are no records of a known version");
     }
     ReadNames();
     recordCount = in.Count(kFewestRecordBytes);
     holders.assign(recordCount, Holder::None);
     for (std::size_t i = 0; i < recordCount; ++i)
-      ReadRecord(static_cast<Index>(i));
-    if (in.Remaining() != 0) Refuse("Bytes follow the last record", __LINE__);
+      ReadRecord(static_cast<gsl_RecordIndex>(i));
+    if (in.Remaining() != 0) Refuse("Bytes follow the last record");
     CheckReferences();
     return std::move(store);
   }
@@ -236,34 +240,37 @@ public:
 private:
   enum class Holder : unsigned char { None, Root, Field, SharedField };
 
+  static constexpr gsl_RecordIndex kNone = gsl_RecordStore::kNone;
   static constexpr std::size_t kFewestRecordBytes = 20;
   static constexpr std::size_t kFewestFieldBytes = 4;
 
   void ReadNames() {
     const std::size_t count = in.Count(2);
     for (std::size_t i = 0; i < count; ++i) {
-      const auto [text, length] = in.Text();
-      const std::string name(text, length);
+      const std::string name(in.Text());
       if (name.empty() || name.find('\0') != std::string::npos) {
-        Refuse("A field name in the bytes is empty or cut", __LINE__);
+        Refuse("A field name in the bytes is empty or cut");
       }
       if (store.InternName(name.c_str()) != i) {
-        Refuse("A field name appears twice in the bytes", __LINE__);
+        Refuse("A field name appears twice in the bytes");
       }
     }
   }
 
-  void ReadRecord(Index record) {
+  void ReadRecord(gsl_RecordIndex record) {
     const unsigned int flags = in.Byte();
-    if (flags > kRootFlag) Refuse("A record in the bytes has unknown flags", __LINE__);
-    const unsigned int typeId = in.Varint32();
-    const std::uint64_t prefix = in.Fixed64();
-    store.AddRecord(typeId, cls_Uid(prefix, in.Fixed64()));
+    if (flags > kRootFlag) Refuse("A record in the bytes has unknown flags");
+    const std::uint32_t typeId = in.Varint32();
+    gsl_RecordIdentity identity;
+    identity.prefix = in.Fixed64();
+    identity.serial = in.Fixed64();
     if (flags == kRootFlag) {
       Claim(record, Holder::Root);
-      store.roots.push_back(record);
+      store.AddRoot(typeId, identity);
     } else if (holders[record] == Holder::None) {
-      Refuse("A record in the bytes belongs to none before it", __LINE__);
+      Refuse("A record in the bytes belongs to none before it");
+    } else {
+      store.records.push_back({typeId, gsl_RecordCollection::None, identity, kNone, kNone, kNone});
     }
     ReadElements(record);
     const std::size_t fieldCount = in.Count(kFewestFieldBytes);
@@ -271,37 +278,38 @@ private:
       ReadField(record);
   }
 
-  void ReadElements(Index record) {
-    const std::uint32_t collection = in.Varint32();
+  void ReadElements(gsl_RecordIndex record) {
+    const auto collection = static_cast<gsl_RecordCollection>(in.Varint32());
     switch (collection) {
-    case cls_NoCollection:
-    case cls_ObjectList:
+    case gsl_RecordCollection::None:
       break;
-    case cls_UnsignedList:
+    case gsl_RecordCollection::Objects:
+      store.SetCollection(record, collection);
+      break;
+    case gsl_RecordCollection::Unsigneds:
       ReadUnsigneds(record);
       break;
-    case cls_DoubleMatrix:
+    case gsl_RecordCollection::Doubles:
       ReadDoubles(record);
       break;
     default:
-      Refuse("A record in the bytes is an unknown collection", __LINE__);
+      Refuse("A record in the bytes is an unknown collection");
     }
-    store.records[record].collection = static_cast<cls_CollectionType>(collection);
   }
 
-  void ReadUnsigneds(Index record) {
-    std::vector<unsigned int> values(in.Count(1));
-    for (unsigned int& value : values)
+  void ReadUnsigneds(gsl_RecordIndex record) {
+    std::vector<std::uint32_t> values(in.Count(1));
+    for (std::uint32_t& value : values)
       value = in.Varint32();
     store.SetUnsigneds(record, values.data(), values.size());
   }
 
-  void ReadDoubles(Index record) {
+  void ReadDoubles(gsl_RecordIndex record) {
     const std::size_t rows = in.Varint32();
     const std::size_t columns = in.Varint32();
     const std::size_t most = in.Remaining() / sizeof(double);
     if (columns != 0 && rows > most / columns) {
-      Refuse("The bytes announce more than they hold", __LINE__);
+      Refuse("The bytes announce more than they hold");
     }
     std::vector<double> values(rows * columns);
     for (double& value : values)
@@ -309,105 +317,107 @@ private:
     store.SetDoubles(record, values.data(), rows, columns);
   }
 
-  void ReadField(Index record) {
+  void ReadField(gsl_RecordIndex record) {
     const std::uint32_t number = in.Varint32();
-    if (number > store.names.size()) Refuse("A field in the bytes has no such name", __LINE__);
-    const std::int32_t index = in.Zigzag();
+    if (number > store.names.size()) Refuse("A field in the bytes has no such name");
+    const char* const name = number != 0 ? store.names[number - 1].c_str() : nullptr;
+    const gsl_RecordPlace place = {name, in.Zigzag()};
     const unsigned int kind = in.Byte();
     if (kind > static_cast<unsigned int>(Kind::Null)) {
-      Refuse("A field in the bytes is of an unknown kind", __LINE__);
+      Refuse("A field in the bytes is of an unknown kind");
     }
-    const Index name = number != 0 ? number - 1 : cls_RecordStore::kNone;
-    ReadValue(record, store.AddField(record, name, index, static_cast<Kind>(kind)));
+    ReadValue(record, place, static_cast<Kind>(kind));
   }
 
-  void ReadValue(Index record, cls_RecordStore::Field& field) {
-    switch (field.kind) {
+  void ReadValue(gsl_RecordIndex record, const gsl_RecordPlace& place, Kind kind) {
+    switch (kind) {
     case Kind::Integer:
-      field.integer = in.Zigzag();
+      store.AddInteger(record, place, in.Zigzag());
       break;
     case Kind::Double:
-      field.real = in.Double();
+      store.AddDouble(record, place, in.Double());
       break;
     case Kind::Boolean:
-      field.boolean = ReadBoolean();
+      store.AddBoolean(record, place, ReadBoolean());
       break;
-    case Kind::String: {
-      const auto [text, length] = in.Text();
-      store.AddString(field, cow_String(text, length));
+    case Kind::String:
+      store.AddString(record, place, in.Text());
       break;
-    }
     case Kind::Record:
     case Kind::Object:
-      field.link = ReadChild(record, field.kind);
+      AddHolder(record, place, kind);
       break;
     case Kind::Reference:
-      field.link = in.Varint32();
-      references.push_back(field.link);
+      references.push_back(in.Varint32());
+      store.AddReference(record, place, references.back());
       break;
     case Kind::Null:
-      field.link = in.Varint32();
+      store.AddNull(record, place, in.Varint32());
       break;
     }
   }
 
   bool ReadBoolean() {
     const unsigned int value = in.Byte();
-    if (value > 1) Refuse("A boolean in the bytes is neither true nor false", __LINE__);
+    if (value > 1) Refuse("A boolean in the bytes is neither true nor false");
     return value == 1;
   }
 
-  /// A record follows the one that holds it: so nothing can hold itself.
-  Index ReadChild(Index record, Kind kind) {
-    const Index child = in.Varint32();
+  /// Adds a field whose record follows. Nothing can hold itself, because a record follows the
+  /// record that holds it.
+  void AddHolder(gsl_RecordIndex record, const gsl_RecordPlace& place, Kind kind) {
+    const gsl_RecordIndex child = in.Varint32();
     if (child <= record || child >= recordCount) {
-      Refuse("A field in the bytes holds no record after its own", __LINE__);
+      Refuse("A field in the bytes holds no record after its own");
     }
     Claim(child, kind == Kind::Object ? Holder::SharedField : Holder::Field);
-    return child;
+    gsl_RecordStore::Field field = {};
+    field.kind = kind;
+    field.link = child;
+    store.AddField(record, place, field);
   }
 
-  void Claim(Index record, Holder holder) {
+  void Claim(gsl_RecordIndex record, Holder holder) {
     if (holders[record] != Holder::None) {
-      Refuse("A record in the bytes belongs to two places", __LINE__);
+      Refuse("A record in the bytes belongs to two places");
     }
     holders[record] = holder;
   }
 
   void CheckReferences() const {
-    for (const Index target : references) {
+    for (const gsl_RecordIndex target : references) {
       if (target >= recordCount || holders[target] != Holder::SharedField) {
-        Refuse("A field in the bytes refers to no shared object", __LINE__);
+        Refuse("A field in the bytes refers to no shared object");
       }
     }
   }
 
   Reader in;
-  cls_RecordStore store;
+  gsl_RecordStore store;
   std::size_t recordCount = 0;
   std::vector<Holder> holders;
-  std::vector<Index> references;
+  std::vector<gsl_RecordIndex> references;
 };
 
-std::vector<unsigned char> cls_RecordStore::ToBytes() const {
+std::vector<unsigned char> gsl_RecordStore::ToBytes() const {
   Writer body;
   NameTable used;
   std::size_t nextRoot = 0;
   body.Varint(records.size());
-  for (Index i = 0; i < records.size(); ++i) {
-    const bool isRoot = nextRoot < roots.size() && roots[nextRoot] == i;
+  for (gsl_RecordIndex i = 0; i < records.size(); ++i) {
+    const bool isRoot = nextRoot < roots.size() && roots[nextRoot].record == i;
     if (isRoot) ++nextRoot;
     WriteRecord(body, used, *this, i, isRoot);
   }
   Writer out;
   out.bytes.assign(std::begin(kHeader), std::end(kHeader));
   out.Varint(used.InOrder().size());
-  for (const Index name : used.InOrder())
-    out.Text(names[name].data(), names[name].size());
+  for (const std::string_view name : used.InOrder())
+    out.Text(name);
   out.bytes.insert(out.bytes.end(), body.bytes.begin(), body.bytes.end());
   return std::move(out.bytes);
 }
 
-cls_RecordStore cls_RecordStore::FromBytes(const unsigned char* bytes, std::size_t count) {
-  return cls_RecordDecoder(bytes, count).Decode();
+gsl_RecordStore gsl_RecordStore::FromBytes(const unsigned char* bytes, std::size_t count) {
+  return gsl_RecordDecoder(bytes, count).Decode();
 }

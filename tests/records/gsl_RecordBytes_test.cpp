@@ -3,6 +3,7 @@
 #include "cls_RecordException.h"
 #include "cls_xp1DArrayListUint.h"
 #include "cls_xp2DArrayDouble.h"
+#include "gsl_RecordError.h"
 
 #include <gtest/gtest.h>
 
@@ -14,8 +15,8 @@ namespace {
 using Bytes = std::vector<unsigned char>;
 
 /// A store with every kind of field, a list, both arrays and a shared object.
-cls_RecordStore SampleStore() {
-  cls_RecordStore store;
+gsl_RecordStore SampleStore() {
+  gsl_RecordStore store;
   cls_Save save(store);
   const cls_WriteVisitor root(save);
   root.StartWrite(0x7F100009u, cls_Uid(~0ull, 1));
@@ -45,15 +46,15 @@ cls_RecordStore SampleStore() {
   return store;
 }
 
-cls_RecordStore Decoded(const Bytes& bytes) {
-  return cls_RecordStore::FromBytes(bytes.data(), bytes.size());
+gsl_RecordStore Decoded(const Bytes& bytes) {
+  return gsl_RecordStore::FromBytes(bytes.data(), bytes.size());
 }
 
 void ExpectRefused(Bytes bytes, const std::string& why) {
   try {
     Decoded(bytes);
     ADD_FAILURE() << "accepted: " << why;
-  } catch (const cls_RecordException& e) {
+  } catch (const gsl_RecordError& e) {
     EXPECT_EQ(why, e.what());
   }
 }
@@ -79,14 +80,14 @@ constexpr unsigned char kReference = 6;
 
 } // namespace
 
-TEST(ClsRecordBytes, EmptyStore) {
-  const Bytes bytes = cls_RecordStore().ToBytes();
+TEST(GslRecordBytes, EmptyStore) {
+  const Bytes bytes = gsl_RecordStore().ToBytes();
   EXPECT_EQ(bytes, (Bytes{'g', 's', 'l', 'r', 1, 0, 0}));
   EXPECT_EQ(Decoded(bytes).RootCount(), 0u);
 }
 
-TEST(ClsRecordBytes, OnePointLikeRecordByHand) {
-  const cls_RecordStore store = Recorded(0x81u, cls_Uid(2, 3), [](const cls_WriteVisitor& to) {
+TEST(GslRecordBytes, OnePointLikeRecordByHand) {
+  const gsl_RecordStore store = Recorded(0x81u, cls_Uid(2, 3), [](const cls_WriteVisitor& to) {
     to.WriteDouble({-1, "x"}, 1.0);
   });
   EXPECT_EQ(store.ToBytes(), (Bytes{'g', 's', 'l',  'r', 1,             // header
@@ -98,10 +99,10 @@ TEST(ClsRecordBytes, OnePointLikeRecordByHand) {
                                     0,   0,   0,    0,   0, 0, 0xF0, 0x3F}));
 }
 
-TEST(ClsRecordBytes, EveryKindComesBack) {
-  const cls_RecordStore store = SampleStore();
+TEST(GslRecordBytes, EveryKindComesBack) {
+  const gsl_RecordStore store = SampleStore();
   const Bytes bytes = store.ToBytes();
-  const cls_RecordStore read = Decoded(bytes);
+  const gsl_RecordStore read = Decoded(bytes);
   EXPECT_EQ(TextOf(read), TextOf(store));
   EXPECT_EQ(read.ToBytes(), bytes);
   EXPECT_EQ(read.RootCount(), 2u);
@@ -109,8 +110,8 @@ TEST(ClsRecordBytes, EveryKindComesBack) {
   EXPECT_EQ(cls_ReadVisitor(load, 0).ReadString({-1, "text"}, ""), cow_String("a\0b", 3));
 }
 
-TEST(ClsRecordBytes, NamesThatAreNotUsedLeaveNoTrace) {
-  cls_RecordStore store;
+TEST(GslRecordBytes, NamesThatAreNotUsedLeaveNoTrace) {
+  gsl_RecordStore store;
   cls_Save save(store);
   try {
     const cls_WriteVisitor root(save);
@@ -119,34 +120,35 @@ TEST(ClsRecordBytes, NamesThatAreNotUsedLeaveNoTrace) {
     throw cls_RecordException("the host gives up");
   } catch (const cls_RecordException&) {
   }
-  EXPECT_EQ(store.ToBytes(), cls_RecordStore().ToBytes());
+  EXPECT_EQ(store.ToBytes(), gsl_RecordStore().ToBytes());
 }
 
-TEST(ClsRecordBytes, EveryShorterFormIsRefused) {
+TEST(GslRecordBytes, EveryShorterFormIsRefused) {
   const Bytes bytes = SampleStore().ToBytes();
   for (std::size_t length = 0; length < bytes.size(); ++length) {
     const Bytes cut(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(length));
-    EXPECT_THROW(Decoded(cut), cls_RecordException) << length;
+    EXPECT_THROW(Decoded(cut), gsl_RecordError) << length;
   }
 }
 
-TEST(ClsRecordBytes, EveryChangedByteIsRefusedOrReadable) {
+TEST(GslRecordBytes, EveryChangedByteIsRefusedOrReadable) {
   const Bytes bytes = SampleStore().ToBytes();
   for (std::size_t i = 0; i < bytes.size(); ++i) {
     for (unsigned int value = 0; value < 256; ++value) {
       Bytes changed = bytes;
       changed[i] = static_cast<unsigned char>(value);
       try {
-        const cls_RecordStore store = Decoded(changed);
+        const gsl_RecordStore store = Decoded(changed);
         EXPECT_EQ(Decoded(store.ToBytes()).ToBytes(), store.ToBytes());
         ReadBack<TestNode>(store);
+      } catch (const gsl_RecordError&) {
       } catch (const nex_Exception&) {
       }
     }
   }
 }
 
-TEST(ClsRecordBytes, HeaderAndTrailingBytes) {
+TEST(GslRecordBytes, HeaderAndTrailingBytes) {
   Bytes bytes = SampleStore().ToBytes();
   bytes.push_back(0);
   ExpectRefused(bytes, "Bytes follow the last record");
@@ -154,7 +156,7 @@ TEST(ClsRecordBytes, HeaderAndTrailingBytes) {
   ExpectRefused(bytes, "The bytes are no records of a known version");
 }
 
-TEST(ClsRecordBytes, AnnouncedSizesAreBoundedByTheBytes) {
+TEST(GslRecordBytes, AnnouncedSizesAreBoundedByTheBytes) {
   const Bytes huge = {0xFF, 0xFF, 0xFF, 0xFF, 0x0F};
   const std::string more = "The bytes announce more than they hold";
   Bytes names = {'g', 's', 'l', 'r', 1};
@@ -182,7 +184,7 @@ TEST(ClsRecordBytes, AnnouncedSizesAreBoundedByTheBytes) {
   ExpectRefused(WithRecords(text), more);
 }
 
-TEST(ClsRecordBytes, NumbersHaveTheirWidth) {
+TEST(GslRecordBytes, NumbersHaveTheirWidth) {
   ExpectRefused({'g', 's', 'l', 'r', 1, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80},
                 "A number in the bytes is too long");
   Bytes type = {1, 1, 0x80, 0x80, 0x80, 0x80, 0x10};
@@ -190,7 +192,7 @@ TEST(ClsRecordBytes, NumbersHaveTheirWidth) {
   ExpectRefused(WithRecords(type), "A number in the bytes is too large");
 }
 
-TEST(ClsRecordBytes, RecordCannotHoldItselfNorOneBeforeIt) {
+TEST(GslRecordBytes, RecordCannotHoldItselfNorOneBeforeIt) {
   Bytes self = {1};
   AppendRecord(self, 1, {0, 1, 1, 1, kRecord, 0});
   ExpectRefused(WithRecords(self), "A field in the bytes holds no record after its own");
@@ -199,7 +201,7 @@ TEST(ClsRecordBytes, RecordCannotHoldItselfNorOneBeforeIt) {
   ExpectRefused(WithRecords(beyond), "A field in the bytes holds no record after its own");
 }
 
-TEST(ClsRecordBytes, RecordBelongsToOnePlace) {
+TEST(GslRecordBytes, RecordBelongsToOnePlace) {
   Bytes twice = {2};
   AppendRecord(twice, 1, {0, 2, 1, 1, kRecord, 1, 1, 1, kRecord, 1});
   AppendRecord(twice, 0, {0, 0});
@@ -214,7 +216,7 @@ TEST(ClsRecordBytes, RecordBelongsToOnePlace) {
   ExpectRefused(WithRecords(none), "A record in the bytes belongs to none before it");
 }
 
-TEST(ClsRecordBytes, ReferencesLeadToSharedObjectsOnly) {
+TEST(GslRecordBytes, ReferencesLeadToSharedObjectsOnly) {
   for (const unsigned char target : Bytes{0, 1, 9}) {
     Bytes records = {2};
     AppendRecord(records, 1, {0, 2, 1, 1, kRecord, 1, 1, 1, kReference, target});
@@ -227,7 +229,7 @@ TEST(ClsRecordBytes, ReferencesLeadToSharedObjectsOnly) {
   EXPECT_EQ(Decoded(WithRecords(good)).RecordCount(), 2u);
 }
 
-TEST(ClsRecordBytes, SmallChecks) {
+TEST(GslRecordBytes, SmallChecks) {
   ExpectRefused({'g', 's', 'l', 'r', 1, 1, 0, 0}, "A field name in the bytes is empty or cut");
   ExpectRefused({'g', 's', 'l', 'r', 1, 1, 1, 0, 0}, "A field name in the bytes is empty or cut");
   ExpectRefused({'g', 's', 'l', 'r', 1, 2, 1, 'n', 1, 'n', 0},
@@ -244,7 +246,7 @@ TEST(ClsRecordBytes, SmallChecks) {
   refuse(1, {0, 1, 1, 1, 2, 2}, "A boolean in the bytes is neither true nor false");
 }
 
-TEST(ClsRecordBytes, RandomBytesAreRefused) {
+TEST(GslRecordBytes, RandomBytesAreRefused) {
   const unsigned int seed = std::random_device()();
   RecordProperty("seed", std::to_string(seed));
   std::mt19937 random(seed);
@@ -254,9 +256,9 @@ TEST(ClsRecordBytes, RandomBytesAreRefused) {
     while (bytes.size() < length)
       bytes.push_back(static_cast<unsigned char>(random() % 7));
     try {
-      const cls_RecordStore store = Decoded(bytes);
+      const gsl_RecordStore store = Decoded(bytes);
       EXPECT_EQ(Decoded(store.ToBytes()).ToBytes(), store.ToBytes()) << "seed " << seed;
-    } catch (const cls_RecordException&) {
+    } catch (const gsl_RecordError&) {
     }
   }
 }
