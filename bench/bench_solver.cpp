@@ -8,9 +8,9 @@
 
 #include "EigenNative.h"
 #include "TextbookLu.h"
-#include "gsl_LUDecomposition.h"
 #include "gsl_LinearEqnLUDSolver.h"
-#include "kernel/LuSubstitution.h"
+#include "wide/LuSubstitution.h"
+#include "wide/gsl_LUDecomposition.h"
 
 #include <Eigen/LU>
 #include <benchmark/benchmark.h>

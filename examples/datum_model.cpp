@@ -1,16 +1,16 @@
 // Builds a small datum model, writes it to bytes, reads it back and prints it.
 
-#include "cls_ReadVisitor.h"
-#include "cls_WriteVisitor.h"
-#include "cls_xo1DArrayList.h"
-#include "gsl_Dot.h"
-#include "gsl_ModelSegment.h"
-#include "gsl_Plane.h"
-#include "gsl_RecordStore.h"
-#include "gsl_StLine.h"
-#include "gsl_utils.h"
-#include "omu_PrimEnum.h"
-#include "omu_xoObjVarray.h"
+#include <cls_ReadVisitor.h>
+#include <cls_WriteVisitor.h>
+#include <cls_xo1DArrayList.h>
+#include <gsl_Dot.h>
+#include <gsl_ModelSegment.h>
+#include <gsl_Plane.h>
+#include <gsl_RecordStore.h>
+#include <gsl_StLine.h>
+#include <gsl_utils.h>
+#include <omu_PrimEnum.h>
+#include <omu_xoObjVarray.h>
 
 #include <cstddef>
 #include <cstdio>

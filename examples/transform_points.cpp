@@ -1,10 +1,10 @@
 // Builds a rigid transform, moves points with it and prints distances.
 
-#include "gsl_Matrix.h"
-#include "gsl_Plane.h"
-#include "gsl_Point.h"
-#include "gsl_StLine.h"
-#include "gsl_Vector.h"
+#include <gsl_Matrix.h>
+#include <gsl_Plane.h>
+#include <gsl_Point.h>
+#include <gsl_StLine.h>
+#include <gsl_Vector.h>
 
 #include <cstddef>
 #include <cstdio>

@@ -1,16 +1,21 @@
 #!/usr/bin/env python3
-"""Checks who includes whom.
+"""Checks who includes whom, by the table of rooms below.
 
 usage: check_includes.py [ROOT]
+       check_includes.py --table
 
-Each source of the tree belongs to a zone; the table below says what a zone may include. Everything
-in quotes must be a file of this project, found by its name; everything in angle brackets is of the
-standard library, or, where the table says so, of another library.
+Every source of the tree belongs to a room. A room may include itself, the C++17 standard library and what
+its row names. Headers of this project are found by their names, in quotes and in angle brackets alike, and
+are included in quotes; only examples/ and tests/consumer/ use angle brackets, as users do.
+
+--table prints the table as it is in CONTRIBUTING.md, where a test compares it.
 """
 
 import pathlib
+import posixpath
 import re
 import sys
+from dataclasses import dataclass
 
 STANDARD = set("""
 algorithm any array atomic bitset charconv chrono codecvt complex condition_variable deque exception
@@ -23,46 +28,93 @@ cassert cctype cerrno cfenv cfloat cinttypes climits clocale cmath csetjmp csign
 cstdint cstdio cstdlib cstring ctime cuchar cwchar cwctype
 """.split())
 
-# The order in which one prefix of the host may include another. The uid header stands alone.
-HOST_ORDER = ["mem", "typ", "pnt", "omni", "atr", "cow", "cls_Uid", "nex", "cls", "g3d", "omu", "ftr"]
-
-# Zone by folder; the first match counts. Files elsewhere (tests, bench, fuzz) are free.
-ZONES = [
-    (r"gsl/host/[^/]+/standin/", "standin"),
-    (r"gsl/host/", "host"),
-    (r"gsl/include/", "include"),
-    (r"gsl/impl/kernel/", "kernel"),
-    (r"gsl/impl/", "impl"),
-    (r"gsl/persist/", "persist"),
-    (r"sweep/", "sweep"),
-    (r"model/", "model"),
-    (r"tools/", "tools"),
-    (r"examples/", "examples"),
-]
-
-# What each zone may include beside the standard library. "other libraries" allows any <header>;
-# single headers are given by path.
-MAY_INCLUDE = {
-    "host": {"host"},
-    "standin": {"host", "standin", "other libraries"},
-    "include": {"host", "include"},
-    "kernel": {"kernel", "gsl/include/gsl_Arithmetic.h"},
-    "impl": {"host", "include", "kernel", "impl"},
-    "persist": {"host", "include", "gsl/impl/kernel/Constants.h", "persist"},
-    "sweep": {"host", "include", "sweep", "other libraries"},
-    "model": {"host", "include", "model", "other libraries"},
-    "tools": {"host", "include", "sweep", "model", "tools", "other libraries"},
-    "examples": {"host", "include", "sweep", "model", "other libraries"},
+# Other libraries by the headers that they are known by.
+LIBRARIES = {
+    "POSIX": r"(sys/.+|dlfcn|fcntl|poll|pthread|spawn|stdlib|unistd)\.h",
+    "fast_float": r"fast_float/.+",
+    "tinyobjloader": r"tiny_obj_loader\.h",
+    "Assimp": r"assimp/.+",
+    "CLI11": r"CLI/.+",
+    "nlohmann-json": r"nlohmann/.+",
+    "any library": r".+",
 }
+
+# The order in which one prefix of the host may include another. The uid header stands alone, before nex.
+PREFIXES = pathlib.Path(__file__).resolve().parent.parent / "gsl/host/prefixes.txt"
+HOST_ORDER = [line for line in PREFIXES.read_text().split("\n") if line and not line.startswith("#")]
+HOST_ORDER.insert(HOST_ORDER.index("nex"), "cls_Uid")
+
+PUBLIC = "gsl/include/, gsl/host/"
+RECORDS = "records/include/"
+VALUES = "gsl/include/gsl_Arithmetic.h, gsl/include/gsl_Matrix.h"
+LIBRARY = f"{PUBLIC}, {RECORDS}, gsl/impl/, gsl/impl/kernel/, gsl/impl/wide/, gsl/persist/"
+PROGRAMS = "exact/, mesh/, mesh/readers/, mesh/writers/, sweep/, tools/, tools/support/"
+
+
+@dataclass(frozen=True)
+class Room:
+    folder: str  # * is any one name
+    holds: str
+    may_include: str  # rooms, headers and libraries; a remark in brackets is for people
+    as_users_do: bool = False  # headers of this project in angle brackets
+
+
+# A file belongs to the first room that its path begins with.
+ROOMS = [
+    Room("gsl/include/", "public headers, one per class or family", "gsl/host/"),
+    Room("gsl/impl/kernel/", "geometry on bare coordinates: inline functions, no entity, no host",
+         "gsl/include/gsl_Arithmetic.h"),
+    Room("gsl/impl/wide/", "what works on vector registers: lanes, solver, labelling, their choice at run time", ""),
+    Room("gsl/impl/", "one source per class or family", f"{PUBLIC}, gsl/impl/kernel/, gsl/impl/wide/"),
+    Room("gsl/persist/", "module start-up, type table, registration, persistent arrays",
+         f"{PUBLIC}, gsl/impl/kernel/Constants.h"),
+    Room("gsl/host/*/standin/", "the implementation that is used without a host",
+         "gsl/host/, records/include/, POSIX"),
+    Room("gsl/host/", "what is seen of the host, one folder per prefix; includes earlier prefixes only", ""),
+    Room("records/include/", "the reader and the writer of records; the store of records in memory", ""),
+    Room("records/", "the store of records and its byte form", "records/include/"),
+    Room("exact/", "exact signs, expansions, ratios", "gsl/include/gsl_Arithmetic.h"),
+    Room("mesh/readers/", "one reader per mesh format, and the scanner that they share",
+         f"mesh/, {VALUES}, fast_float, tinyobjloader, Assimp, POSIX"),
+    Room("mesh/writers/", "one writer per mesh format", f"mesh/, {VALUES}"),
+    Room("mesh/", "the mesh; reading and writing files, by format; the import program's two ends",
+         f"mesh/readers/, mesh/writers/, {VALUES}, POSIX"),
+    Room("sweep/", "the engine: the exact contact of two triangles, the search for the first one",
+         f"exact/, {VALUES}, mesh/Mesh.h (until the engine takes plain arrays of triangles)"),
+    Room("tools/support/", "what programs say: report, progress, help; numbers as text",
+         "gsl/include/, mesh/, sweep/, CLI11, fast_float, nlohmann-json, POSIX"),
+    Room("tools/", "command-line programs: parse, call, print",
+         "tools/support/, gsl/include/, mesh/, mesh/readers/MeshReadAssimp.h, sweep/, CLI11, POSIX"),
+    Room("examples/", "programs of users", f"{PUBLIC}, {RECORDS}, mesh/, sweep/", True),
+    Room("bench/", "benchmarks, ours beside other libraries",
+         f"{LIBRARY}, {PROGRAMS}, tests/reference/, any library"),
+    Room("fuzz/", "fuzz targets and their seeds", f"{PUBLIC}, {RECORDS}, mesh/, sweep/"),
+    Room("tests/consumer/", "projects that use the library, installed or as sources",
+         f"{PUBLIC}, {RECORDS}, POSIX", True),
+    Room("tests/reference/", "second implementations and judges: transcriptions, oracles, rationals",
+         f"{LIBRARY}, {PROGRAMS}, tests/support/, any library"),
+    Room("tests/support/", "what tests share: samples, shapes, random numbers", f"{LIBRARY}, {PROGRAMS}, any library"),
+    Room("tests/", "mirrors the rooms above: one test file per source file",
+         f"{LIBRARY}, {PROGRAMS}, tests/support/, tests/reference/, any library"),
+]
 
 INCLUDE = re.compile(r'^\s*#\s*include\s*(?:<([^>]+)>|"([^"]+)")', re.MULTILINE)
 COMMENT = re.compile(r"/\*.*?\*/", re.DOTALL)
 
 
-def zone_of(path):
-    for pattern, zone in ZONES:
-        if re.match(pattern, path):
-            return zone
+def entries_of(room):
+    return [entry for entry in room.may_include.split(", ") if entry]
+
+
+def allowed(room):
+    """Rooms, headers and libraries of a row without the remarks."""
+    return [entry.split(" (")[0] for entry in entries_of(room)]
+
+
+def room_of(path):
+    for room in ROOMS:
+        if re.match(re.escape(room.folder).replace(r"\*", "[^/]+"), path):
+            return room
     return None
 
 
@@ -71,65 +123,96 @@ def host_rank(path):
     return HOST_ORDER.index("cls_Uid" if name == "cls_Uid.h" else prefix)
 
 
+def table():
+    """The lines of the table in CONTRIBUTING.md."""
+    yield "| room | holds | may include |"
+    yield "|---|---|---|"
+    for room in ROOMS:
+        names = [re.sub(r"^[^ ]*[/.][^ ]*", lambda m: f"`{m.group()}`", entry) for entry in entries_of(room)]
+        yield f"| `{room.folder}` | {room.holds} | {', '.join(names)} |".replace("  ", " ")
+
+
 class Tree:
     def __init__(self, root):
         self.root = pathlib.Path(root)
         self.sources = sorted(
             path.relative_to(self.root).as_posix()
-            for folder in ("gsl", "sweep", "model", "tools", "examples")
-            for path in (self.root / folder).rglob("*")
+            for folder in self.root.iterdir()
+            if folder.is_dir() and not folder.name.startswith((".", "build"))
+            for path in folder.rglob("*")
             if path.suffix in (".h", ".cpp")
         )
+        self.known = set(self.sources)
 
     def find(self, includer, name):
-        """The project's file that `includer` reaches as "name": beside it, or unique in the tree."""
-        beside = (pathlib.PurePosixPath(includer).parent / name).as_posix()
-        if beside in self.sources:
+        """The project's files that `includer` may mean by `name`: beside it, or by the end of their paths."""
+        beside = posixpath.normpath(posixpath.join(posixpath.dirname(includer), name))
+        if beside in self.known:
             return [beside]
+        name = re.sub(r"^(\.\./)+", "", posixpath.normpath(name))
         return [s for s in self.sources if s == name or s.endswith("/" + name)]
 
 
+def problem_with_name(room, name, is_quoted, found):
+    """What is wrong with how a header is named, or None."""
+    if not found:
+        if is_quoted:
+            return f'"{name}" is not a file of this project'
+        if any(re.fullmatch(LIBRARIES[entry], name) for entry in allowed(room) if entry in LIBRARIES):
+            return None
+        return f"<{name}> is neither of the C++17 standard library nor of a library that {room.folder} may include"
+    if len(found) > 1:
+        return f"{name} is ambiguous: {', '.join(found)}"
+    is_own = room_of(found[0]) == room
+    if is_quoted and room.as_users_do and not is_own:
+        return f'"{name}" is included in angle brackets here, as users do'
+    if not is_quoted and not room.as_users_do:
+        return f"<{name}> is a header of this project, which is included in quotes"
+    return None
+
+
+def problem_between(source, target):
+    """What is wrong with one file of this project including another, or None."""
+    room, other = room_of(source), room_of(target)
+    if other != room and other.folder not in allowed(room) and target not in allowed(room):
+        return f"{room.folder} may not include {target}"
+    if room.folder == "gsl/host/" and host_rank(target) > host_rank(source):
+        return f"{target} comes later in the order of the prefixes ({' '.join(HOST_ORDER)})"
+    if "standin" in other.folder and target.split("/")[2] != source.split("/")[2]:
+        return f"{target} is private to the stand-in of another prefix"
+    return None
+
+
 def problems_of(tree, source):
-    zone = zone_of(source)
-    allowed = MAY_INCLUDE[zone]
+    room = room_of(source)
     text = COMMENT.sub(lambda m: "\n" * m.group().count("\n"), (tree.root / source).read_text())
     for match in INCLUDE.finditer(text):
-        where = f"{source}:{text.count(chr(10), 0, match.start(1) if match.group(1) else match.start(2)) + 1}"
-        outside, inside = match.groups()
-        if outside is not None:
-            if outside not in STANDARD and "other libraries" not in allowed:
-                yield f"{where}: <{outside}> is not of the C++17 standard library"
+        is_quoted = match.group(2) is not None
+        name = match.group(2) if is_quoted else match.group(1)
+        if not is_quoted and name in STANDARD:
             continue
-        found = tree.find(source, inside)
-        if not found:
-            yield f'{where}: "{inside}" is no file of this project'
-        elif len(found) > 1:
-            yield f'{where}: "{inside}" is ambiguous: {", ".join(found)}'
-        else:
-            yield from problems_between(where, source, zone, found[0])
-
-
-def problems_between(where, source, zone, target):
-    target_zone = zone_of(target)
-    if target_zone not in MAY_INCLUDE[zone] and target not in MAY_INCLUDE[zone]:
-        yield f"{where}: {zone} may not include {target} ({target_zone})"
-    elif zone == "host" and host_rank(target) > host_rank(source):
-        yield f"{where}: {target} comes later in the order of the prefixes ({' '.join(HOST_ORDER)})"
-    elif zone == "standin" and target_zone == "standin" and target.split("/")[2] != source.split("/")[2]:
-        yield f"{where}: {target} is private to the stand-in of another prefix"
+        found = [f for f in tree.find(source, name) if room_of(f)]
+        problem = problem_between(source, found[0]) if len(found) == 1 else None
+        problem = problem or problem_with_name(room, name, is_quoted, found)
+        if problem:
+            yield f"{source}:{text.count(chr(10), 0, match.start(2 if is_quoted else 1)) + 1}: {problem}"
 
 
 def check(root):
     tree = Tree(root)
-    unknown = [s for s in tree.sources if zone_of(s) is None]
-    problems = [f"{s}: belongs to no zone of scripts/check_includes.py" for s in unknown]
+    problems = []
     for source in tree.sources:
-        if source not in unknown:
+        if room_of(source) is None:
+            problems.append(f"{source}: is in no room of scripts/check_includes.py")
+        else:
             problems.extend(problems_of(tree, source))
     return problems, len(tree.sources)
 
 
 def main():
+    if sys.argv[1:] == ["--table"]:
+        print("\n".join(table()))
+        return 0
     root = sys.argv[1] if len(sys.argv) > 1 else pathlib.Path(__file__).resolve().parent.parent
     problems, count = check(root)
     if count == 0:

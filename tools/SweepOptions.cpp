@@ -2,9 +2,9 @@
 
 #include "MeshWrite.h"
 #include "OneLine.h"
-#include "VectorText.h"
 #include "support/HelpFormatter.h"
 #include "support/NearName.h"
+#include "support/VectorText.h"
 
 #include <CLI/CLI.hpp>
 

@@ -2,10 +2,10 @@
 #define GSL_TOOLS_SWEEP_OPTIONS_H
 
 #include "MeshFormat.h"
-#include "Progress.h"
+#include "support/Progress.h"
 #include "support/UsageError.h"
 
-#include <gsl_Arithmetic.h>
+#include "gsl_Arithmetic.h"
 
 #include <limits>
 #include <string>

@@ -1,5 +1,5 @@
 #include "MeshImporter.h"
-#include "MeshReadAssimp.h"
+#include "readers/MeshReadAssimp.h"
 
 int main(int argc, char** argv) {
   return gsl_sweep::RunMeshImporter(argc, argv, gsl_sweep::ImportWithAssimp);

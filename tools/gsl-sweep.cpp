@@ -2,10 +2,10 @@
 #include "MeshWrite.h"
 #include "OneLine.h"
 #include "OutputFile.h"
-#include "Progress.h"
-#include "Report.h"
 #include "Search.h"
 #include "SweepOptions.h"
+#include "support/Progress.h"
+#include "support/Report.h"
 
 #include <cerrno>
 #include <csignal>

@@ -1,6 +1,6 @@
 #include "gsl_DepthFirstSearch.h"
 
-#include "gsl_WideKernels.h"
+#include "wide/gsl_WideKernels.h"
 
 #include <algorithm>
 #include <cstddef>

@@ -1,7 +1,7 @@
 #include "gsl_LinearEqnLUDSolver.h"
 
-#include "gsl_LUDecomposition.h"
-#include "kernel/LuSubstitution.h"
+#include "wide/LuSubstitution.h"
+#include "wide/gsl_LUDecomposition.h"
 
 #include <algorithm>
 #include <new>

@@ -1,7 +1,7 @@
 #ifndef REFERENCE_RATIONAL_SWEEP_H
 #define REFERENCE_RATIONAL_SWEEP_H
 
-#include <gsl_Arithmetic.h>
+#include "gsl_Arithmetic.h"
 
 #include <array>
 #include <cstddef>

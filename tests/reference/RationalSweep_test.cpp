@@ -3,7 +3,7 @@
 #include "RandomNumbers.h"
 #include "SweepScenes.h"
 #include "TestScale.h"
-#include "oracle/PairSweepOracle.h"
+#include "reference/PairSweepOracle.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 #include "SweepScenes.h"
 
 #include "RandomNumbers.h"
-#include "sweep/SweepShapes.h"
+#include "SweepShapes.h"
 
 #include <algorithm>
 #include <cmath>

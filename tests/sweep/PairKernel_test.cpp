@@ -1,8 +1,8 @@
 #include "PairKernel.h"
 
-#include "oracle/PairSweepOracle.h"
+#include "reference/PairSweepOracle.h"
 
-#include <gsl_TriTriMinDirectionalDist.h>
+#include "gsl_TriTriMinDirectionalDist.h"
 #include <gtest/gtest.h>
 
 #include <algorithm>

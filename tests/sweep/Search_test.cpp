@@ -1,7 +1,7 @@
 #include "Search.h"
 
 #include "SweepShapes.h"
-#include "oracle/PairSweepOracle.h"
+#include "reference/PairSweepOracle.h"
 
 #include <gtest/gtest.h>
 

@@ -46,8 +46,8 @@ private:
 /// Among fields of one name the field right after the field read before counts, otherwise the
 /// first.
 ///
-/// Absent    a field that the record does not have gives the caller's default. A child for such a
-///           field, or for a null, is absent itself: every field is missing, the uid is null.
+/// Absent    a field that the record does not have reads as the caller's default. A child for such
+///           a field, or for a null, is absent itself: it has no fields, and its uid is null.
 /// Threads   a load and its visitors belong to one thread at a time, also where they are const.
 /// Errors    cls_RecordException for a field of another kind than asked for, a nested record of
 ///           another class, an object that contains itself, and nesting deeper than kMostNesting;
@@ -56,16 +56,16 @@ class GSL_HOST_API cls_ReadVisitor {
 public:
   static constexpr unsigned int kMostNesting = 1000;
 
-  /// Root number `root` of the load.
+  /// Reads root number `root` of the load.
   cls_ReadVisitor(cls_Load& load, std::size_t root);
-  /// The record that belongs to a field. What only refers to a shared object is refused: values
-  /// read from references would multiply what is stored once.
+  /// Reads the record that belongs to a field. A field that only refers to a shared object is
+  /// refused: values that are read from references would multiply what is stored once.
   cls_ReadVisitor(const cls_ReadVisitor& parent, const cls_FieldHandle& field);
 
   [[nodiscard]] bool IsAbsent() const { return record == kNoRecord; }
-  /// 0 when absent.
+  /// Returns 0 when absent.
   unsigned int TypeId() const;
-  /// Null when absent.
+  /// Returns the null uid when absent.
   cls_Uid GetUid() const;
 
   int ReadInteger(const cls_FieldHandle& field, int defaultValue) const;
@@ -73,27 +73,27 @@ public:
   [[nodiscard]] bool ReadBoolean(const cls_FieldHandle& field, bool defaultValue) const;
   cow_String ReadString(const cls_FieldHandle& field, const cow_String& defaultValue) const;
 
-  /// Throws unless this record is absent or of that class, or of one registered as derived from it.
-  /// The message names the place of the record and both classes.
+  /// Throws unless this record is absent, or its class is that class or is registered as derived
+  /// from it. The message names the place of the record and both classes.
   void CheckTypeId(unsigned int typeId) const;
 
-  /// Reads the object that a field holds or refers to into a holder: the one that this load has
-  /// read already, or a new one. Empty for a null and for a missing field.
+  /// Reads the object that a field holds or refers to into a holder. An object that this load has
+  /// read before is shared. The holder is empty for a null and for a missing field.
   template <class Holder>
   void ReadObject(const cls_FieldHandle& field, Holder& holder) const;
 
-  /// A new object from this record, of the class that the record names: T, or a registered class
-  /// derived from it. Null when absent.
+  /// Returns a new object of the class that this record names: T, or a registered class that
+  /// derives from T. Returns null when absent.
   template <class T>
   [[nodiscard]] T* Create() const;
 
   /// Throws unless this record is absent or a collection of that type.
   void CheckCollectionType(int type) const;
-  /// Writes the elements of a cls_UnsignedList; none when absent.
+  /// Writes the elements of a cls_UnsignedList, or no elements when absent.
   void ReadUnsigneds(std::vector<unsigned int>& elements) const;
   /// Writes the entries of a cls_DoubleMatrix row by row; 0 by 0 when absent.
   void ReadDoubles(std::vector<double>& entries, std::size_t& rows, std::size_t& columns) const;
-  /// A new reader for the entries of a cls_ObjectList.
+  /// Returns a new reader for the entries of a cls_ObjectList; the caller owns it.
   [[nodiscard]] cls_ListReader* GetListReader() const;
 
 private:

@@ -66,40 +66,41 @@ public:
 
   /// Writes roots: every StartWrite starts a further one.
   explicit cls_WriteVisitor(cls_Save& save);
-  /// For a record that belongs to a field of the parent's record.
+  /// Writes a record that belongs to a field of the parent's record.
   cls_WriteVisitor(const cls_WriteVisitor& parent, const cls_FieldHandle& field);
-  /// For the object that a holder shares: the fields of several records may refer to it. `Holder`
-  /// has Get(), and keeps the object alive and unchanged as long as a copy of the holder exists.
+  /// Writes the object that a holder shares: the fields of several records may refer to it.
+  /// Requires that `Holder` has Get(), and that the object lives and does not change as long as a
+  /// copy of the holder exists.
   template <class Holder>
   cls_WriteVisitor(const cls_WriteVisitor& parent, const cls_FieldHandle& field,
                    const Holder& shared)
       : cls_WriteVisitor(parent, field, shared.Get(), &shared, &CopyOf<Holder>) {}
-  /// For the entry that the request asked for.
+  /// Writes the entry that the request asked for.
   explicit cls_WriteVisitor(const cls_WriteRequestListObj& request);
 
   ~cls_WriteVisitor();
   cls_WriteVisitor(const cls_WriteVisitor&) = delete;
   cls_WriteVisitor& operator=(const cls_WriteVisitor&) = delete;
 
-  /// Starts the record. 0, and the caller writes nothing more, when this save has written the
-  /// shared object already: then the field refers to it. A record that belongs to a field is never
-  /// declined, whatever uid it carries.
+  /// Starts the record. Returns 0, and the caller writes nothing more, when this save has written
+  /// the shared object before: then the field refers to it. A record that belongs to a field is
+  /// never declined, whatever its uid is.
   int StartWrite(unsigned int typeId, const cls_Uid& uid) const;
 
   void WriteInteger(const cls_FieldHandle& field, int value) const;
   void WriteDouble(const cls_FieldHandle& field, double value) const;
   void WriteBoolean(const cls_FieldHandle& field, bool value) const;
   void WriteString(const cls_FieldHandle& field, const cow_String& value) const;
-  /// An explicit empty object of that type.
+  /// Writes an explicit empty object of that type.
   void WriteNullObject(const cls_FieldHandle& field, unsigned int typeId) const;
 
-  /// Makes the started record a collection. A record is of one collection type.
+  /// Makes the started record a collection. A record is one collection at most.
   void CheckCollectionType(int type) const;
-  /// The elements of a cls_UnsignedList.
+  /// Writes the elements of a cls_UnsignedList, once.
   void WriteUnsigneds(const unsigned int* values, std::size_t count) const;
-  /// The entries of a cls_DoubleMatrix, row by row.
+  /// Writes the entries of a cls_DoubleMatrix row by row, once.
   void WriteDoubles(const double* values, std::size_t rows, std::size_t columns) const;
-  /// A new writer for the entries of a cls_ObjectList.
+  /// Returns a new writer for the entries of a cls_ObjectList; the caller owns it.
   [[nodiscard]] cls_ListWriter* GetListWriter() const;
 
 private:

@@ -3,8 +3,7 @@
 
 #include "mem_Export.h"
 
-/// The starts and stops of one host library. Starting and stopping need the process's one starting
-/// thread.
+/// Counts the starts and stops of one host library. Both need the process's one starting thread.
 class GSL_HOST_API mem_LifeCycle {
 public:
   /// Receives every start and stop: the library's prefix, true for a start, and the host's count.

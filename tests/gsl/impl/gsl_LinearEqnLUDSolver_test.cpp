@@ -4,6 +4,7 @@
 #include "MatrixFamilies.h"
 #include "Numbers.h"
 #include "TestScale.h"
+#include "TextbookLu.h"
 
 #include <gtest/gtest.h>
 

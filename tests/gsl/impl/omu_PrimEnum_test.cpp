@@ -2,6 +2,7 @@
 
 #include "cls_ReadVisitor.h"
 #include "cls_WriteVisitor.h"
+#include "gsl_RecordStore.h"
 
 #include <gtest/gtest.h>
 

@@ -4,6 +4,7 @@
 #include "VirtualSlot.h"
 #include "atr_String.h"
 #include "cls_WriteVisitor.h"
+#include "gsl_RecordStore.h"
 #include "nex_CommandException.h"
 
 #include <functional>

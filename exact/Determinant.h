@@ -1,0 +1,51 @@
+#ifndef GSL_EXACT_DETERMINANT_H
+#define GSL_EXACT_DETERMINANT_H
+
+#include "ExactArithmetic.h"
+
+#include "gsl_Arithmetic.h"
+
+/// Determinants of three vectors between points, with their exact sign.
+///
+/// Range      exact when every coordinate is zero or of a magnitude from 2^-288 to 2^300; then no
+///            term of three factors leaves the range of double.
+namespace gsl_sweep {
+
+using gsl_arithmetic::Coord3;
+
+/// The vector from one point to another, kept as its ends because the difference may round.
+struct Arrow {
+  const Coord3* from;
+  const Coord3* to;
+
+  Coord3 Rounded() const { return gsl_arithmetic::Subtract(*to, *from); }
+};
+
+/// A number known up to |exact - value| <= bound.
+struct Estimate {
+  double value;
+  double bound;
+
+  /// The sign, for a value that the bound does not put in doubt.
+  bool IsCertain() const { return std::fabs(value) > bound || bound == 0.0; }
+  int Sign() const { return (value > 0.0) - (value < 0.0); }
+};
+
+/// det[u, v, w] in double with its error bound; a bound of zero means exactly zero.
+Estimate EstimateDeterminant(const Arrow& u, const Arrow& v, const Arrow& w);
+
+/// u x v without error.
+struct ExactCross {
+  Expansion<16> x, y, z;
+};
+ExactCross ExactCrossProduct(const Arrow& u, const Arrow& v);
+
+/// det[u, v, w] without error.
+Expansion<192> ExactDeterminant(const Arrow& u, const Arrow& v, const Arrow& w);
+
+/// Exact sign of det[u, v, w]: -1, 0 or 1.
+int DeterminantSign(const Arrow& u, const Arrow& v, const Arrow& w);
+
+} // namespace gsl_sweep
+
+#endif

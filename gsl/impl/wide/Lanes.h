@@ -1,0 +1,204 @@
+#ifndef GSL_WIDE_LANES_H
+#define GSL_WIDE_LANES_H
+
+#include <cstddef>
+#include <cstdint>
+
+/// Vectors of doubles as wide as the instruction set that this source is compiled for, on the
+/// compiler's vector extension. Every operation rounds lane by lane like the scalar one.
+///
+/// The same source is compiled once per instruction set. Each set has a namespace of its own, so
+/// that the linker never takes one set's copy of an inline function for another's. For the same
+/// reason nothing in these headers calls an inline function of the standard library.
+
+#if defined(__AVX512F__)
+#define GSL_LANES 8
+#define GSL_LANES_NAMESPACE avx512
+#elif defined(__AVX2__)
+#define GSL_LANES 4
+#define GSL_LANES_NAMESPACE avx2
+#else
+#define GSL_LANES 2
+#define GSL_LANES_NAMESPACE baseline
+#endif
+
+#define GSL_ALWAYS_INLINE inline __attribute__((always_inline))
+
+namespace gsl_kernel {
+namespace GSL_LANES_NAMESPACE {
+
+constexpr int kLanes = GSL_LANES;
+
+typedef double Vector __attribute__((vector_size(kLanes * 8)));
+typedef std::int64_t Bits __attribute__((vector_size(kLanes * 8)));
+typedef Vector UnalignedVector __attribute__((aligned(8), may_alias));
+typedef Bits UnalignedBits __attribute__((aligned(1), may_alias));
+
+GSL_ALWAYS_INLINE Vector Load(const double* from) {
+  return *reinterpret_cast<const UnalignedVector*>(from);
+}
+GSL_ALWAYS_INLINE void Store(double* to, Vector v) {
+  *reinterpret_cast<UnalignedVector*>(to) = v;
+}
+
+/// Has an element come near; it may lie outside its array, and nothing is read then.
+GSL_ALWAYS_INLINE void Prefetch(const double* array, std::ptrdiff_t index) {
+  const auto at =
+      reinterpret_cast<std::uintptr_t>(array) + static_cast<std::uintptr_t>(index) * sizeof(double);
+  // Arithmetic on pointers may not leave the array.
+  // NOLINTNEXTLINE(performance-no-int-to-ptr)
+  __builtin_prefetch(reinterpret_cast<const void*>(at), 1, 3);
+}
+
+GSL_ALWAYS_INLINE Bits LoadBits(const unsigned char* from) {
+  return *reinterpret_cast<const UnalignedBits*>(from);
+}
+
+#if GSL_LANES == 8
+
+GSL_ALWAYS_INLINE Vector Splat(double s) {
+  return Vector{s, s, s, s, s, s, s, s};
+}
+GSL_ALWAYS_INLINE Vector ZeroToLast() {
+  return Vector{0, 1, 2, 3, 4, 5, 6, 7};
+}
+GSL_ALWAYS_INLINE Bits SplatBits(std::int64_t s) {
+  return Bits{s, s, s, s, s, s, s, s};
+}
+GSL_ALWAYS_INLINE Vector SwapHalves(Vector v) {
+  return __builtin_shufflevector(v, v, 4, 5, 6, 7, 0, 1, 2, 3);
+}
+GSL_ALWAYS_INLINE Vector SwapPairs(Vector v) {
+  return __builtin_shufflevector(v, v, 2, 3, 0, 1, 6, 7, 4, 5);
+}
+GSL_ALWAYS_INLINE Vector SwapNeighbours(Vector v) {
+  return __builtin_shufflevector(v, v, 1, 0, 3, 2, 5, 4, 7, 6);
+}
+
+#elif GSL_LANES == 4
+
+GSL_ALWAYS_INLINE Vector Splat(double s) {
+  return Vector{s, s, s, s};
+}
+GSL_ALWAYS_INLINE Vector ZeroToLast() {
+  return Vector{0, 1, 2, 3};
+}
+GSL_ALWAYS_INLINE Bits SplatBits(std::int64_t s) {
+  return Bits{s, s, s, s};
+}
+GSL_ALWAYS_INLINE Vector SwapHalves(Vector v) {
+  return v;
+}
+GSL_ALWAYS_INLINE Vector SwapPairs(Vector v) {
+  return __builtin_shufflevector(v, v, 2, 3, 0, 1);
+}
+GSL_ALWAYS_INLINE Vector SwapNeighbours(Vector v) {
+  return __builtin_shufflevector(v, v, 1, 0, 3, 2);
+}
+
+#else
+
+GSL_ALWAYS_INLINE Vector Splat(double s) {
+  return Vector{s, s};
+}
+GSL_ALWAYS_INLINE Vector ZeroToLast() {
+  return Vector{0, 1};
+}
+GSL_ALWAYS_INLINE Bits SplatBits(std::int64_t s) {
+  return Bits{s, s};
+}
+GSL_ALWAYS_INLINE Vector SwapHalves(Vector v) {
+  return v;
+}
+GSL_ALWAYS_INLINE Vector SwapPairs(Vector v) {
+  return v;
+}
+GSL_ALWAYS_INLINE Vector SwapNeighbours(Vector v) {
+  return __builtin_shufflevector(v, v, 1, 0);
+}
+
+#endif
+
+/// *s times each lane.
+#if GSL_LANES == 8 && defined(__x86_64__)
+GSL_ALWAYS_INLINE Vector Times(const double* s, Vector v) {
+  // The compilers would broadcast into a register once and use it often. On processors that split
+  // wide vectors that costs a quarter of the arithmetic; broadcasting in the operand is free.
+  Vector product;
+  __asm__("vmulpd %1%{1to8%}, %2, %0" : "=v"(product) : "m"(*s), "v"(v));
+  return product;
+}
+#else
+GSL_ALWAYS_INLINE Vector Times(const double* s, Vector v) {
+  return Splat(*s) * v;
+}
+#endif
+
+GSL_ALWAYS_INLINE Vector Magnitude(Vector v) {
+  return reinterpret_cast<Vector>(reinterpret_cast<Bits>(v) & SplatBits(INT64_MAX));
+}
+
+/// b where a is NaN.
+GSL_ALWAYS_INLINE Vector Larger(Vector a, Vector b) {
+  return a > b ? a : b;
+}
+
+/// The largest lane; no lane may be NaN.
+GSL_ALWAYS_INLINE double Largest(Vector v) {
+  v = Larger(v, SwapHalves(v));
+  v = Larger(v, SwapPairs(v));
+  v = Larger(v, SwapNeighbours(v));
+  return v[0];
+}
+
+GSL_ALWAYS_INLINE bool AnyBit(Bits v) {
+  v |= reinterpret_cast<Bits>(SwapHalves(reinterpret_cast<Vector>(v)));
+  v |= reinterpret_cast<Bits>(SwapPairs(reinterpret_cast<Vector>(v)));
+  return (v[0] | v[1]) != 0;
+}
+
+/// Transposes kLanes rows of kLanes doubles.
+#if GSL_LANES == 8
+GSL_ALWAYS_INLINE void Transpose(Vector (&r)[kLanes]) {
+  Vector pair[8]; // of two neighbouring rows: the even columns, then the odd ones
+#pragma GCC unroll 8
+  for (int i = 0; i < 8; i += 2) {
+    pair[i] = __builtin_shufflevector(r[i], r[i + 1], 0, 8, 2, 10, 4, 12, 6, 14);
+    pair[i + 1] = __builtin_shufflevector(r[i], r[i + 1], 1, 9, 3, 11, 5, 13, 7, 15);
+  }
+#pragma GCC unroll 8
+  for (int o = 0; o < 2; ++o) {
+    const Vector a = __builtin_shufflevector(pair[o], pair[2 + o], 0, 1, 4, 5, 8, 9, 12, 13);
+    const Vector b = __builtin_shufflevector(pair[o], pair[2 + o], 2, 3, 6, 7, 10, 11, 14, 15);
+    const Vector c = __builtin_shufflevector(pair[4 + o], pair[6 + o], 0, 1, 4, 5, 8, 9, 12, 13);
+    const Vector d = __builtin_shufflevector(pair[4 + o], pair[6 + o], 2, 3, 6, 7, 10, 11, 14, 15);
+    r[o] = __builtin_shufflevector(a, c, 0, 1, 4, 5, 8, 9, 12, 13);
+    r[4 + o] = __builtin_shufflevector(a, c, 2, 3, 6, 7, 10, 11, 14, 15);
+    r[2 + o] = __builtin_shufflevector(b, d, 0, 1, 4, 5, 8, 9, 12, 13);
+    r[6 + o] = __builtin_shufflevector(b, d, 2, 3, 6, 7, 10, 11, 14, 15);
+  }
+}
+#elif GSL_LANES == 4
+GSL_ALWAYS_INLINE void Transpose(Vector (&r)[kLanes]) {
+  const Vector a = __builtin_shufflevector(r[0], r[1], 0, 4, 2, 6);
+  const Vector b = __builtin_shufflevector(r[0], r[1], 1, 5, 3, 7);
+  const Vector c = __builtin_shufflevector(r[2], r[3], 0, 4, 2, 6);
+  const Vector d = __builtin_shufflevector(r[2], r[3], 1, 5, 3, 7);
+  r[0] = __builtin_shufflevector(a, c, 0, 1, 4, 5);
+  r[1] = __builtin_shufflevector(b, d, 0, 1, 4, 5);
+  r[2] = __builtin_shufflevector(a, c, 2, 3, 6, 7);
+  r[3] = __builtin_shufflevector(b, d, 2, 3, 6, 7);
+}
+#else
+GSL_ALWAYS_INLINE void Transpose(Vector (&r)[kLanes]) {
+  const Vector a = r[0];
+  const Vector b = r[1];
+  r[0] = __builtin_shufflevector(a, b, 0, 2);
+  r[1] = __builtin_shufflevector(a, b, 1, 3);
+}
+#endif
+
+} // namespace GSL_LANES_NAMESPACE
+} // namespace gsl_kernel
+
+#endif

@@ -1,0 +1,449 @@
+#ifndef GSL_WIDE_LU_ELIMINATION_H
+#define GSL_WIDE_LU_ELIMINATION_H
+
+#include "wide/Lanes.h"
+#include "wide/LuWork.h"
+
+/// Blocked LU elimination with scaled partial pivoting.
+///
+/// Columns are eliminated eight at a time (a leaf). The columns of a panel are halved down to
+/// leaves (S. Toledo, Locality of reference in LU decomposition with partial pivoting, 1997), and
+/// the rest of the matrix is updated once per panel. Whatever the blocking, each element has l_ik *
+/// u_kj subtracted term by term, k increasing, each product and each difference rounded. So the
+/// results are the bits of the column-by-column form.
+///
+/// Rows are not moved; their pointers are.
+namespace gsl_kernel {
+namespace GSL_LANES_NAMESPACE {
+
+/// Best figure of merit seen so far in each lane, and the row it was seen in.
+class PivotSearch {
+public:
+  explicit PivotSearch(std::ptrdiff_t firstRow)
+      : best(Splat(0.0)), row(Splat(-1.0)),
+        next(Splat(static_cast<double>(firstRow)) + ZeroToLast()) {}
+
+  GSL_ALWAYS_INLINE void See(Vector merit) {
+    // equal-merits-take-the-last-row: but never a NaN.
+    const auto better = merit >= best;
+    best = better ? merit : best;
+    row = better ? next : row;
+    next += Splat(kLanes);
+  }
+
+  /// -1 when every merit was NaN.
+  GSL_ALWAYS_INLINE std::ptrdiff_t Row() const {
+    const Vector winner = Splat(Largest(best));
+    return static_cast<std::ptrdiff_t>(Largest(best == winner ? row : Splat(-1.0)));
+  }
+
+private:
+  Vector best;
+  Vector row;
+  Vector next;
+};
+
+class LuElimination {
+public:
+  explicit LuElimination(LuWork& work) : m(work), panelFirst(0) {}
+
+  void Run() {
+    for (std::ptrdiff_t first = 0; first < m.padded; first += m.panel) {
+      const std::ptrdiff_t width = Least(m.panel, m.padded - first);
+      panelFirst = first;
+      Factor(first, width);
+      Update(first, width, first + width, m.padded);
+    }
+  }
+
+private:
+  /// A tile of the update: what fits in the registers.
+  static constexpr int kTileRows = kLanes == 8 ? 8 : 4;
+  static constexpr int kTileVectors = kLanes == 8 ? 3 : 2;
+  /// A tile of fewer terms is done before what is fetched for the next one arrives.
+  static constexpr std::ptrdiff_t kDepthToFetch = 32;
+
+  LuWork& m;
+  std::ptrdiff_t panelFirst;
+
+  static GSL_ALWAYS_INLINE std::ptrdiff_t Least(std::ptrdiff_t a, std::ptrdiff_t b) {
+    return a < b ? a : b;
+  }
+
+  GSL_ALWAYS_INLINE std::ptrdiff_t LeafStride() const { return m.leafStride; }
+
+  /// Rows row .. row + 7 of the leaf that starts at `column`; both are multiples of kLeaf.
+  GSL_ALWAYS_INLINE double* Block(std::ptrdiff_t column, std::ptrdiff_t row) const {
+    return m.leaves + (column - panelFirst) / kLeaf * LeafStride() + row * kLeaf;
+  }
+
+  struct RowsFrom {
+    double* const* rows;
+    std::ptrdiff_t offset;
+  };
+  /// Where rows row, row + 1, ... hold column `column`.
+  GSL_ALWAYS_INLINE RowsFrom Rows(std::ptrdiff_t row, std::ptrdiff_t column) const {
+    if (column < m.whole) return {m.rows + row, column};
+    return {m.tails + row, column - m.whole};
+  }
+
+  void Factor(std::ptrdiff_t first, std::ptrdiff_t width) {
+    if (width == kLeaf) {
+      FactorLeaf(first);
+      return;
+    }
+    const std::ptrdiff_t half = width / (2 * kLeaf) * kLeaf;
+    Factor(first, half);
+    Update(first, half, first + half, first + width);
+    Factor(first + half, width - half);
+  }
+
+  void FactorLeaf(std::ptrdiff_t first) {
+    FetchLeaf(first);
+    const std::ptrdiff_t columns = Least(kLeaf, m.size - first);
+    std::ptrdiff_t p = FirstPivot(first);
+    for (std::ptrdiff_t c = 0; c < columns; ++c) {
+      const std::ptrdiff_t j = first + c;
+      if (p < 0) p = j;
+      if (p != j) Exchange(j, p);
+      m.pivots[j] = static_cast<std::int32_t>(p);
+      double& pivot = Block(first, first)[c * kLeaf + c];
+      // small-negative-pivot-becomes-positive
+      if (kTinyPivot > __builtin_fabs(pivot)) pivot = kTinyPivot;
+      p = EliminateColumn(first, c);
+    }
+    StoreLeaf(first);
+  }
+
+  void FetchLeaf(std::ptrdiff_t first) {
+    double* block = Block(first, first);
+    for (std::ptrdiff_t row = first; row < m.padded; row += kLeaf, block += kLeaf * kLeaf) {
+      const RowsFrom from = Rows(row, first);
+      for (int i = 0; i < kLeaf; i += kLanes) {
+        for (int j = 0; j < kLeaf; j += kLanes) {
+          Vector t[kLanes];
+#pragma GCC unroll 8
+          for (int k = 0; k < kLanes; ++k)
+            t[k] = Load(from.rows[i + k] + from.offset + j);
+          Transpose(t);
+#pragma GCC unroll 8
+          for (int k = 0; k < kLanes; ++k)
+            Store(block + (j + k) * kLeaf + i, t[k]);
+        }
+      }
+    }
+  }
+
+  void StoreLeaf(std::ptrdiff_t first) {
+    const double* block = Block(first, first);
+    for (std::ptrdiff_t row = first; row < m.padded; row += kLeaf, block += kLeaf * kLeaf) {
+      const RowsFrom to = Rows(row, first);
+      for (int i = 0; i < kLeaf; i += kLanes) {
+        for (int j = 0; j < kLeaf; j += kLanes) {
+          Vector t[kLanes];
+#pragma GCC unroll 8
+          for (int k = 0; k < kLanes; ++k)
+            t[k] = Load(block + (j + k) * kLeaf + i);
+          Transpose(t);
+#pragma GCC unroll 8
+          for (int k = 0; k < kLanes; ++k)
+            Store(to.rows[i + k] + to.offset + j, t[k]);
+        }
+      }
+    }
+  }
+
+  std::ptrdiff_t FirstPivot(std::ptrdiff_t first) const {
+    PivotSearch search(first);
+    const double* block = Block(first, first);
+    for (std::ptrdiff_t row = first; row < m.padded; row += kLeaf, block += kLeaf * kLeaf) {
+      for (int h = 0; h < kLeaf; h += kLanes) {
+        search.See(Load(m.scale + row + h) * Magnitude(Load(block + h)));
+      }
+    }
+    return search.Row();
+  }
+
+  void Exchange(std::ptrdiff_t j, std::ptrdiff_t p) {
+    for (std::ptrdiff_t column = panelFirst; column <= j; column += kLeaf) {
+      double* a = Block(column, j / kLeaf * kLeaf) + j % kLeaf;
+      double* b = Block(column, p / kLeaf * kLeaf) + p % kLeaf;
+#pragma GCC unroll 8
+      for (int c = 0; c < kLeaf; ++c) {
+        const double t = a[c * kLeaf];
+        a[c * kLeaf] = b[c * kLeaf];
+        b[c * kLeaf] = t;
+      }
+    }
+    SwapPointers(m.rows, j, p);
+    if (m.whole < m.padded) SwapPointers(m.tails, j, p);
+    m.scale[p] = m.scale[j];
+    m.parity = -m.parity;
+  }
+
+  static GSL_ALWAYS_INLINE void SwapPointers(double** rows, std::ptrdiff_t j, std::ptrdiff_t p) {
+    double* const t = rows[j];
+    rows[j] = rows[p];
+    rows[p] = t;
+  }
+
+  /// Divides column c of the leaf by its pivot, subtracts it from the columns to its right, and
+  /// returns the pivot row of the next column.
+  std::ptrdiff_t EliminateColumn(std::ptrdiff_t first, std::ptrdiff_t c) {
+    switch (c) {
+    case 0:
+      return EliminateColumn<0>(first);
+    case 1:
+      return EliminateColumn<1>(first);
+    case 2:
+      return EliminateColumn<2>(first);
+    case 3:
+      return EliminateColumn<3>(first);
+    case 4:
+      return EliminateColumn<4>(first);
+    case 5:
+      return EliminateColumn<5>(first);
+    case 6:
+      return EliminateColumn<6>(first);
+    default:
+      return EliminateColumn<7>(first);
+    }
+  }
+
+  template <int c>
+  std::ptrdiff_t EliminateColumn(std::ptrdiff_t first) {
+    double* block = Block(first, first);
+    Vector u[kLeaf];
+#pragma GCC unroll 8
+    for (int k = c; k < kLeaf; ++k)
+      u[k] = Splat(block[k * kLeaf + c]);
+    PivotSearch search(first);
+#pragma GCC unroll 8
+    for (int h = 0; h < kLeaf; h += kLanes) {
+      const auto below = Splat(h) + ZeroToLast() > Splat(c); // the rows above keep their U
+      const Vector old = Load(block + c * kLeaf + h);
+      const Vector l = below ? old / u[c] : old;
+      Store(block + c * kLeaf + h, l);
+#pragma GCC unroll 8
+      for (int k = c + 1; k < kLeaf; ++k) {
+        const Vector a = Load(block + k * kLeaf + h);
+        const Vector updated = below ? a - l * u[k] : a;
+        Store(block + k * kLeaf + h, updated);
+        if (k == c + 1) {
+          const Vector merit = Load(m.scale + first + h) * Magnitude(updated);
+          search.See(below ? merit : Splat(-1.0));
+        }
+      }
+    }
+    block += kLeaf * kLeaf;
+    for (std::ptrdiff_t row = first + kLeaf; row < m.padded; row += kLeaf, block += kLeaf * kLeaf) {
+#pragma GCC unroll 8
+      for (int h = 0; h < kLeaf; h += kLanes) {
+        const Vector l = Load(block + c * kLeaf + h) / u[c];
+        Store(block + c * kLeaf + h, l);
+#pragma GCC unroll 8
+        for (int k = c + 1; k < kLeaf; ++k) {
+          const Vector updated = Load(block + k * kLeaf + h) - l * u[k];
+          Store(block + k * kLeaf + h, updated);
+          if (k == c + 1) search.See(Load(m.scale + row + h) * Magnitude(updated));
+        }
+      }
+    }
+    return search.Row();
+  }
+
+  /// Turns rows first .. first + width - 1 of columns begin .. end - 1 into U, and subtracts L * U
+  /// from the rows below them.
+  void Update(std::ptrdiff_t first, std::ptrdiff_t width, std::ptrdiff_t begin,
+              std::ptrdiff_t end) {
+    for (std::ptrdiff_t strip = begin, next; strip < end; strip = next) {
+      next = Least(end, strip + m.strip);
+      if (strip < m.whole) next = Least(next, m.whole);
+      for (std::ptrdiff_t done = 0; done < width; done += kLeaf) {
+        Tiles<true>(first, width, done, first + done, strip, next);
+      }
+      for (std::ptrdiff_t row = first + width; row < m.padded; row += kLeaf) {
+        Tiles<false>(first, width, width, row, strip, next);
+      }
+    }
+  }
+
+  /// Subtracts the first `depth` terms of L * U from one block of rows; kSolve: the block is then
+  /// solved with the leaf's own triangle and packed.
+  template <bool kSolve>
+  void Tiles(std::ptrdiff_t first, std::ptrdiff_t width, std::ptrdiff_t depth, std::ptrdiff_t row,
+             std::ptrdiff_t begin, std::ptrdiff_t end) const {
+    const double* lower = Block(first, row);
+    const RowsFrom from = Rows(row, begin);
+    for (std::ptrdiff_t j = 0; j < end - begin;) {
+      double* upper = m.upper + j * width;
+      const std::ptrdiff_t left = end - begin - j;
+      if (left >= kTileVectors * kLanes) {
+        if (!kSolve && depth >= kDepthToFetch) FetchTileAfter(row, from, j, left);
+        Tile<kTileVectors, kSolve>(lower, depth, upper, from.rows, from.offset + j);
+        j += kTileVectors * kLanes;
+      } else {
+        LastTile<kSolve>(left, lower, depth, upper, from.rows, from.offset + j);
+        j = end - begin;
+      }
+    }
+  }
+
+  /// Has the tile to the right, or the first one of the rows below, come from memory while this one
+  /// is computed.
+  GSL_ALWAYS_INLINE void FetchTileAfter(std::ptrdiff_t row, const RowsFrom& from, std::ptrdiff_t j,
+                                        std::ptrdiff_t left) const {
+    constexpr std::ptrdiff_t kColumns = kTileVectors * kLanes;
+    const bool right = left >= 2 * kColumns || row + kLeaf >= m.padded;
+    double* const* const rows = right ? from.rows : from.rows + kLeaf;
+    const std::ptrdiff_t column = right ? from.offset + j + kColumns : from.offset;
+#pragma GCC unroll 8
+    for (int r = 0; r < kLeaf; ++r) {
+#pragma GCC unroll 8
+      for (std::ptrdiff_t k = 0; k < kColumns; k += kLeaf)
+        Prefetch(rows[r], column + k);
+    }
+  }
+
+#if GSL_LANES == 8
+  template <bool kSolve>
+  GSL_ALWAYS_INLINE void LastTile(std::ptrdiff_t columns, const double* lower, std::ptrdiff_t depth,
+                                  double* upper, double* const* rows, std::ptrdiff_t j) const {
+    if (columns == 2 * kLanes)
+      Tile<2, kSolve>(lower, depth, upper, rows, j);
+    else
+      Tile<1, kSolve>(lower, depth, upper, rows, j);
+  }
+#else
+  /// The tiles divide every number of columns.
+  template <bool kSolve>
+  GSL_ALWAYS_INLINE void LastTile(std::ptrdiff_t, const double*, std::ptrdiff_t, double*,
+                                  double* const*, std::ptrdiff_t) const {}
+#endif
+
+  template <int kVectors, bool kSolve>
+  GSL_ALWAYS_INLINE void Tile(const double* lower, std::ptrdiff_t depth, double* upper,
+                              double* const* rows, std::ptrdiff_t j) const {
+    if constexpr (kSolve) {
+      SolveRows<kVectors, 0>(lower, LeafStride(), depth, upper, rows, j);
+      if constexpr (kTileRows < kLeaf) {
+        SolveRows<kVectors, kTileRows>(lower, LeafStride(), depth, upper, rows, j);
+      }
+    } else {
+      for (int r = 0; r < kLeaf; r += kTileRows) {
+        SubtractProduct<kVectors>(lower + r, LeafStride(), depth, upper, rows + r, j);
+      }
+    }
+  }
+
+  template <int kVectors>
+  static __attribute__((noinline)) void
+  SubtractProduct(const double* lower, std::ptrdiff_t leafStride, std::ptrdiff_t depth,
+                  const double* upper, double* const* rows, std::ptrdiff_t j) {
+    Vector a[kTileRows][kVectors];
+    LoadTile(a, rows, j);
+    SubtractTerms(a, lower, leafStride, depth, upper);
+    StoreTile(a, rows, j);
+  }
+
+  /// Rows kSolved .. kSolved + kTileRows - 1 of a diagonal block, the rows above them being solved.
+  template <int kVectors, int kSolved>
+  static __attribute__((noinline)) void SolveRows(const double* lower, std::ptrdiff_t leafStride,
+                                                  std::ptrdiff_t depth, double* upper,
+                                                  double* const* rows, std::ptrdiff_t j) {
+    Vector a[kTileRows][kVectors];
+    LoadTile(a, rows + kSolved, j);
+    SubtractTerms(a, lower + kSolved, leafStride, depth, upper);
+    const double* triangle = lower + depth / kLeaf * leafStride;
+    double* solved = upper + depth * kVectors * kLanes;
+    for (int k = 0; k < kSolved; ++k) {
+      SubtractTerm(a, triangle + k * kLeaf + kSolved, solved + k * kVectors * kLanes);
+    }
+#pragma GCC unroll 8
+    for (int k = 0; k < kTileRows; ++k) {
+      const double* column = triangle + (kSolved + k) * kLeaf + kSolved;
+#pragma GCC unroll 8
+      for (int v = 0; v < kVectors; ++v) {
+        Store(solved + ((kSolved + k) * kVectors + v) * kLanes, a[k][v]);
+#pragma GCC unroll 8
+        for (int r = k + 1; r < kTileRows; ++r)
+          a[r][v] -= Times(column + r, a[k][v]);
+      }
+    }
+    StoreTile(a, rows + kSolved, j);
+  }
+
+  template <int kVectors>
+  static GSL_ALWAYS_INLINE void LoadTile(Vector (&a)[kTileRows][kVectors], double* const* rows,
+                                         std::ptrdiff_t j) {
+#pragma GCC unroll 8
+    for (int r = 0; r < kTileRows; ++r) {
+#pragma GCC unroll 8
+      for (int v = 0; v < kVectors; ++v)
+        a[r][v] = Load(rows[r] + j + v * kLanes);
+    }
+  }
+
+  template <int kVectors>
+  static GSL_ALWAYS_INLINE void StoreTile(const Vector (&a)[kTileRows][kVectors],
+                                          double* const* rows, std::ptrdiff_t j) {
+#pragma GCC unroll 8
+    for (int r = 0; r < kTileRows; ++r) {
+#pragma GCC unroll 8
+      for (int v = 0; v < kVectors; ++v)
+        Store(rows[r] + j + v * kLanes, a[r][v]);
+    }
+  }
+
+  template <int kVectors>
+  static GSL_ALWAYS_INLINE void SubtractTerms(Vector (&a)[kTileRows][kVectors], const double* lower,
+                                              std::ptrdiff_t leafStride, std::ptrdiff_t depth,
+                                              const double* upper) {
+    for (std::ptrdiff_t k = 0; k < depth; k += kLeaf, lower += leafStride) {
+      // Unrolled, the broadcasts of all terms are hoisted, and spilled where registers are few.
+#pragma GCC unroll 1
+      for (int c = 0; c < kLeaf; ++c, upper += kVectors * kLanes) {
+        SubtractTerm(a, lower + c * kLeaf, upper);
+      }
+    }
+  }
+
+  template <int kVectors>
+  static GSL_ALWAYS_INLINE void SubtractTerm(Vector (&a)[kTileRows][kVectors], const double* l,
+                                             const double* upper) {
+    Vector u[kVectors];
+#pragma GCC unroll 8
+    for (int v = 0; v < kVectors; ++v)
+      u[v] = Load(upper + v * kLanes);
+#pragma GCC unroll 8
+    for (int r = 0; r < kTileRows; ++r) {
+#pragma GCC unroll 8
+      for (int v = 0; v < kVectors; ++v)
+        a[r][v] -= Times(l + r, u[v]);
+    }
+  }
+};
+
+/// Copies a row to a working row (to may be null: nothing is copied), and returns its largest
+/// magnitude, NaN set aside.
+inline double LargestOfRow(const double* row, std::ptrdiff_t n, double* to) {
+  Vector largest = Splat(0.0);
+  std::ptrdiff_t j = 0;
+  for (; j + kLanes <= n; j += kLanes) {
+    const Vector v = Load(row + j);
+    if (to != nullptr) Store(to + j, v);
+    largest = Larger(Magnitude(v), largest);
+  }
+  double big = Largest(largest);
+  for (; j < n; ++j) {
+    if (to != nullptr) to[j] = row[j];
+    const double magnitude = __builtin_fabs(row[j]);
+    if (magnitude > big) big = magnitude;
+  }
+  return big;
+}
+
+} // namespace GSL_LANES_NAMESPACE
+} // namespace gsl_kernel
+
+#endif

@@ -1,0 +1,35 @@
+#ifndef GSL_WIDE_WIDE_KERNELS_H
+#define GSL_WIDE_WIDE_KERNELS_H
+
+#include "wide/EdgeLine.h"
+#include "wide/LuWork.h"
+
+#include <cstddef>
+
+/// Instruction sets that the wide kernels are compiled for.
+enum class gsl_VectorWidth { Baseline, Avx2, Avx512 };
+
+/// The kernels that are compiled once per instruction set. The results are the same with each.
+struct gsl_WideKernels {
+  /// gsl_kernel::LargestOfRow
+  double (*largestOfRow)(const double* row, std::ptrdiff_t n, double* to);
+  /// gsl_kernel::LuElimination
+  void (*eliminate)(gsl_kernel::LuWork& work);
+  /// gsl_kernel::SkipLines
+  std::size_t (*skipLines)(const unsigned char* entries, const unsigned char* open,
+                           const unsigned char* next, std::size_t lines);
+};
+
+extern const gsl_WideKernels gsl_WideKernelsBaseline;
+#if defined(GSL_X86_WIDTHS)
+extern const gsl_WideKernels gsl_WideKernelsAvx2;
+extern const gsl_WideKernels gsl_WideKernelsAvx512;
+#endif
+
+/// Null when this processor (or this build) does not have that instruction set.
+const gsl_WideKernels* gsl_FindWideKernels(gsl_VectorWidth width);
+
+/// Those of the widest instruction set of this processor.
+const gsl_WideKernels& gsl_BestWideKernels();
+
+#endif

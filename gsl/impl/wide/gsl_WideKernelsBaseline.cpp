@@ -1,0 +1,15 @@
+#include "wide/EdgeScan.h"
+#include "wide/LuElimination.h"
+#include "wide/gsl_WideKernels.h"
+
+namespace wide = gsl_kernel::GSL_LANES_NAMESPACE;
+
+namespace {
+
+void Eliminate(gsl_kernel::LuWork& work) {
+  wide::LuElimination(work).Run();
+}
+
+} // namespace
+
+const gsl_WideKernels gsl_WideKernelsBaseline = {wide::LargestOfRow, Eliminate, wide::SkipLines};

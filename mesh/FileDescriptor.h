@@ -1,0 +1,36 @@
+#ifndef GSL_MESH_FILE_DESCRIPTOR_H
+#define GSL_MESH_FILE_DESCRIPTOR_H
+
+#include <unistd.h>
+
+namespace gsl_sweep {
+
+/// Closes a file when it is destroyed. A negative descriptor stands for none.
+class FileDescriptor {
+public:
+  explicit FileDescriptor(int value) : m_value(value) {}
+  FileDescriptor(const FileDescriptor&) = delete;
+  FileDescriptor& operator=(const FileDescriptor&) = delete;
+  ~FileDescriptor() { Close(); }
+
+  int Get() const { return m_value; }
+
+  void Close() {
+    if (m_value >= 0) close(m_value);
+    m_value = -1;
+  }
+
+  /// Gives the descriptor away; it is not closed here any more.
+  int Release() {
+    const int value = m_value;
+    m_value = -1;
+    return value;
+  }
+
+private:
+  int m_value;
+};
+
+} // namespace gsl_sweep
+
+#endif

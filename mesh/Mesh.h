@@ -1,0 +1,41 @@
+#ifndef GSL_MESH_H
+#define GSL_MESH_H
+
+#include "gsl_Arithmetic.h"
+
+#include <cmath>
+#include <cstddef>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace gsl_sweep {
+
+/// Triangles of one body, in the order in which the file holds them.
+///
+/// Units      the file's own numbers; nothing is guessed, scaled, welded or reordered.
+/// Order      triangle k has corners[3k], corners[3k+1], corners[3k+2]; a face with more corners
+///            gives consecutive triangles.
+/// NaN        triangles with a NaN or infinite corner stay in the list.
+struct Mesh {
+  std::string file;                            ///< path as it was given
+  std::vector<gsl_arithmetic::Coord3> corners; ///< three per triangle
+  std::vector<std::string> warnings;           ///< one line each: what was left out, and where
+
+  std::size_t TriangleCount() const { return corners.size() / 3; }
+};
+
+inline bool IsFinite(const gsl_arithmetic::Coord3& p) {
+  return std::isfinite(p.x) && std::isfinite(p.y) && std::isfinite(p.z);
+}
+
+/// A mesh file that cannot be read or that holds no usable mesh. what() is one line that names the
+/// file, without a newline at its end.
+class MeshError : public std::runtime_error {
+public:
+  using std::runtime_error::runtime_error;
+};
+
+} // namespace gsl_sweep
+
+#endif

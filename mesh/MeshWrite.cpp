@@ -1,0 +1,48 @@
+#include "MeshWrite.h"
+
+#include "OneLine.h"
+#include "writers/MeshWriteFormats.h"
+
+namespace gsl_sweep {
+
+namespace {
+
+using MeshWriter = void (*)(const Mesh& mesh, MeshOutput& output);
+
+MeshWriter WriterOf(MeshFormat format) {
+  switch (format) {
+  case MeshFormat::Stl:
+    return WriteStl;
+  case MeshFormat::Ply:
+    return WritePly;
+  case MeshFormat::Obj:
+    return WriteObj;
+  case MeshFormat::Off:
+    return WriteOff;
+  case MeshFormat::Assimp:
+  case MeshFormat::Unknown:
+    break;
+  }
+  return nullptr;
+}
+
+} // namespace
+
+MeshFormat MeshFormatToWrite(const std::string& path) {
+  return MeshFormatNamed(ExtensionOf(path));
+}
+
+void WriteMesh(const std::string& path, const Mesh& mesh, bool force) {
+  const MeshWriter write = WriterOf(MeshFormatToWrite(path));
+  if (write == nullptr) {
+    throw OutputError(OneLine(path) + ": cannot be written in this format; expected a name in " +
+                      MeshFormatNames("."));
+  }
+  OutputFile file(path, force);
+  MeshOutput output(path, file);
+  write(mesh, output);
+  output.Flush();
+  file.Commit();
+}
+
+} // namespace gsl_sweep

@@ -1,0 +1,172 @@
+#include "readers/MeshReadFormats.h"
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+
+using gsl_arithmetic::Coord3;
+
+namespace gsl_sweep {
+
+namespace {
+
+constexpr std::size_t headerSize = 80;
+constexpr std::size_t prefixSize = 84; ///< header and count
+constexpr std::size_t recordSize = 50; ///< normal, three corners, two attribute bytes
+
+std::uint32_t LittleEndian32(const char* p) {
+  const auto byte = [p](int k) {
+    return static_cast<std::uint32_t>(static_cast<unsigned char>(p[k]));
+  };
+  return byte(0) | byte(1) << 8 | byte(2) << 16 | byte(3) << 24;
+}
+
+double LittleEndianFloat(const char* p) {
+  const std::uint32_t bits = LittleEndian32(p);
+  float value = 0.0F;
+  std::memcpy(&value, &bits, sizeof value);
+  return static_cast<double>(value);
+}
+
+Coord3 LittleEndianCorner(const char* p) {
+  return {LittleEndianFloat(p), LittleEndianFloat(p + 4), LittleEndianFloat(p + 8)};
+}
+
+std::string_view WithoutLeadingSpace(std::string_view text) {
+  while (!text.empty() && IsSpace(text.front()))
+    text.remove_prefix(1);
+  return text;
+}
+
+bool BeginsWithSolid(std::string_view bytes) {
+  return BeginsWithNoCase(WithoutLeadingSpace(WithoutByteOrderMark(bytes)), "solid");
+}
+
+/// Control characters other than white space; a text holds none.
+bool HoldsBinary(std::string_view bytes) {
+  return std::any_of(bytes.begin(), bytes.end(), [](char c) {
+    return (static_cast<unsigned char>(c) < 0x20 && !IsSpace(c)) || c == '\x7f';
+  });
+}
+
+/// A count that is smaller than what the file holds would lose triangles without a word; fewer
+/// bytes than a record, or nothing but padding, cannot hold one.
+void CheckTrailing(const MeshSource& source, std::string_view trailing, std::size_t count,
+                   Mesh& mesh) {
+  if (trailing.empty()) return;
+  const bool padding =
+      std::all_of(trailing.begin(), trailing.end(), [](char c) { return c == '\0'; });
+  if (trailing.size() >= recordSize && !padding) {
+    FailRead(source, "the count of " + std::to_string(count) + " triangles leaves " +
+                         std::to_string(trailing.size()) +
+                         " bytes at the end of the file; one of the two is damaged");
+  }
+  mesh.warnings.push_back(OneLine(source.file) + ": ignored " + std::to_string(trailing.size()) +
+                          " bytes behind the last triangle");
+}
+
+Mesh ReadBinary(const MeshSource& source) {
+  const std::string_view bytes = source.bytes;
+  if (bytes.size() < prefixSize) {
+    FailRead(source, "too short for an STL file (" + std::to_string(bytes.size()) +
+                         " bytes; a binary one has at least 84, a text begins with 'solid')");
+  }
+  const std::size_t count = LittleEndian32(bytes.data() + headerSize);
+  const std::size_t room = (bytes.size() - prefixSize) / recordSize;
+  if (count > room) {
+    FailRead(source, "truncated: the count says " + std::to_string(count) +
+                         " triangles, the file has room for " + std::to_string(room));
+  }
+  Mesh mesh;
+  CheckTrailing(source, bytes.substr(prefixSize + count * recordSize), count, mesh);
+  mesh.corners.resize(3 * count);
+  const char* record = bytes.data() + prefixSize;
+  for (std::size_t k = 0; k < count; ++k, record += recordSize) {
+    for (std::size_t c = 0; c < 3; ++c) {
+      mesh.corners[3 * k + c] = LittleEndianCorner(record + 12 * (c + 1));
+    }
+  }
+  return mesh;
+}
+
+void Expect(WordScanner& words, std::string_view keyword) {
+  const std::string_view word = words.Next();
+  if (word.size() == keyword.size() && BeginsWithNoCase(word, keyword)) return;
+  const std::string expected = "expected '" + std::string(keyword) + "'";
+  if (word.empty()) words.Fail("the file ends where it is " + expected);
+  const bool fourth = keyword == "endloop" && BeginsWithNoCase(word, "vertex");
+  words.Fail(expected + ", found " + Quoted(word) + (fourth ? " (a facet has three corners)" : ""));
+}
+
+/// The normal is not used and some writers print one that is no number; only its place counts.
+void SkipNormal(WordScanner& words) {
+  Expect(words, "normal");
+  for (int k = 0; k < 3; ++k) {
+    const std::string_view word = words.Next();
+    if (word.empty() || BeginsWithNoCase(word, "outer")) {
+      words.Fail("expected three components of a normal");
+    }
+  }
+}
+
+void ReadFacet(WordScanner& words, Mesh& mesh) {
+  SkipNormal(words);
+  Expect(words, "outer");
+  Expect(words, "loop");
+  for (int k = 0; k < 3; ++k) {
+    Expect(words, "vertex");
+    const double x = words.Real("a coordinate");
+    const double y = words.Real("a coordinate");
+    const double z = words.Real("a coordinate");
+    mesh.corners.push_back({x, y, z});
+  }
+  Expect(words, "endloop");
+  Expect(words, "endfacet");
+}
+
+/// From behind the word 'solid' to the end of the line of 'endsolid'; both may carry a name.
+void ReadSolid(WordScanner& words, Mesh& mesh) {
+  words.SkipLine();
+  for (;;) {
+    const std::string_view word = words.Next();
+    if (word.empty()) words.Fail("the file ends before 'endsolid'");
+    if (BeginsWithNoCase(word, "endsolid")) break;
+    if (word.size() != 5 || !BeginsWithNoCase(word, "facet")) {
+      words.Fail("expected 'facet' or 'endsolid', found " + Quoted(word));
+    }
+    ReadFacet(words, mesh);
+  }
+  words.SkipLine();
+}
+
+Mesh ReadText(const MeshSource& source) {
+  Mesh mesh;
+  // A facet takes about 250 bytes; at least 90 with one digit for each number.
+  mesh.corners.reserve(source.bytes.size() / 80);
+  WordScanner words(source, WithoutByteOrderMark(source.bytes), false);
+  do {
+    Expect(words, "solid");
+    ReadSolid(words, mesh);
+  } while (!words.AtEnd());
+  return mesh;
+}
+
+} // namespace
+
+bool IsBinaryStl(std::string_view bytes) {
+  if (bytes.size() < prefixSize) return false;
+  const std::size_t count = LittleEndian32(bytes.data() + headerSize);
+  if (bytes.size() == prefixSize + count * recordSize) return true;
+  // Of a wrong size: a damaged binary file, unless it looks like a text from its first bytes on.
+  return !BeginsWithSolid(bytes) || HoldsBinary(bytes.substr(0, 512));
+}
+
+Mesh ReadStl(const MeshSource& source) {
+  const bool text = !IsBinaryStl(source.bytes) && BeginsWithSolid(source.bytes);
+  if (text) return ReadText(source);
+  const bool facetFirst = BeginsWithNoCase(WithoutLeadingSpace(source.bytes), "facet");
+  if (facetFirst) FailRead(source, "line 1: expected 'solid' before the first facet");
+  return ReadBinary(source);
+}
+
+} // namespace gsl_sweep

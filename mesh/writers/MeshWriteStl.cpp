@@ -1,0 +1,76 @@
+#include "writers/MeshWriteFormats.h"
+
+#include <array>
+#include <cmath>
+#include <limits>
+
+using gsl_arithmetic::Coord3;
+
+namespace gsl_sweep {
+
+namespace {
+
+constexpr std::size_t headerSize = 80;
+
+// A header that began with 'solid' would be taken for a text by some readers.
+constexpr std::string_view headerText = "binary STL, coordinates in the units of the source file";
+static_assert(headerText.size() <= headerSize, "the rest is filled with zeros");
+
+/// False when a finite value would become infinite.
+bool Fits(double value) {
+  constexpr double largest = std::numeric_limits<float>::max();
+  return !std::isfinite(value) || std::fabs(value) <= largest;
+}
+
+void CheckWritable(const Mesh& mesh, const MeshOutput& output) {
+  if (mesh.TriangleCount() > std::numeric_limits<std::uint32_t>::max()) {
+    output.Fail("too many triangles for an STL file");
+  }
+  for (const Coord3& c : mesh.corners) {
+    if (Fits(c.x) && Fits(c.y) && Fits(c.z)) continue;
+    output.Fail("a coordinate is too large for the single precision of STL");
+  }
+}
+
+Coord3 Rounded(const Coord3& c) {
+  return {static_cast<double>(static_cast<float>(c.x)),
+          static_cast<double>(static_cast<float>(c.y)),
+          static_cast<double>(static_cast<float>(c.z))};
+}
+
+/// Unit normal, or zero. Products of single precision numbers do not overflow in double.
+Coord3 NormalOf(const std::array<Coord3, 3>& t) {
+  const Coord3 normal = gsl_arithmetic::Cross(gsl_arithmetic::Subtract(t[1], t[0]),
+                                              gsl_arithmetic::Subtract(t[2], t[0]));
+  const double length = gsl_arithmetic::Length(normal);
+  if (!std::isfinite(length) || !(length > 0.0)) return {0.0, 0.0, 0.0};
+  return gsl_arithmetic::Divide(normal, length);
+}
+
+void WriteCoord(const Coord3& c, MeshOutput& output) {
+  output.Float(c.x);
+  output.Float(c.y);
+  output.Float(c.z);
+}
+
+void WriteFacet(const Coord3* corners, MeshOutput& output) {
+  const std::array<Coord3, 3> t{Rounded(corners[0]), Rounded(corners[1]), Rounded(corners[2])};
+  WriteCoord(NormalOf(t), output);
+  for (const Coord3& corner : t)
+    WriteCoord(corner, output);
+  output.Byte(0);
+  output.Byte(0);
+}
+
+} // namespace
+
+void WriteStl(const Mesh& mesh, MeshOutput& output) {
+  CheckWritable(mesh, output);
+  output.Text(headerText);
+  output.Text(std::string(headerSize - headerText.size(), '\0'));
+  output.Bits32(static_cast<std::uint32_t>(mesh.TriangleCount()));
+  for (std::size_t k = 0; k < mesh.TriangleCount(); ++k)
+    WriteFacet(&mesh.corners[3 * k], output);
+}
+
+} // namespace gsl_sweep

@@ -1,0 +1,216 @@
+#include "wide/gsl_LUDecomposition.h"
+
+#include "FailingMemory.h"
+#include "MatrixFamilies.h"
+#include "Numbers.h"
+#include "TestScale.h"
+#include "TextbookLu.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <functional>
+#include <sstream>
+#include <string>
+#include <vector>
+
+using gsl_kernel::LuResult;
+using gsl_kernel::LuSystem;
+
+namespace {
+
+struct Width {
+  const char* name;
+  const gsl_WideKernels* kernels;
+};
+
+std::vector<Width> Widths() {
+  std::vector<Width> widths;
+  const auto add = [&](const char* name, gsl_VectorWidth width) {
+    if (const gsl_WideKernels* const kernels = gsl_FindWideKernels(width))
+      widths.push_back({name, kernels});
+  };
+  add("baseline", gsl_VectorWidth::Baseline);
+  add("AVX2", gsl_VectorWidth::Avx2);
+  add("AVX-512", gsl_VectorWidth::Avx512);
+  return widths;
+}
+
+bool SameBits(double a, double b) {
+  return numbers::Bits(a) == numbers::Bits(b) || (std::isnan(a) && std::isnan(b));
+}
+
+/// The first element that differs, or an empty string.
+std::string FirstDifference(const SquareMatrix& expected, const SquareMatrix& actual) {
+  for (int i = 0; i < expected.Size(); ++i) {
+    for (int j = 0; j < expected.Size(); ++j) {
+      if (SameBits(expected.At(i, j), actual.At(i, j))) continue;
+      std::ostringstream text;
+      text << std::hexfloat << "(" << i << ", " << j << "): " << expected.At(i, j) << " became "
+           << actual.At(i, j);
+      return text.str();
+    }
+  }
+  return std::string();
+}
+
+/// A matrix with the factors that the textbook finds.
+struct Case {
+  SquareMatrix matrix;
+  SquareMatrix factors;
+  bool decomposed;
+  std::vector<int> pivots;
+  int parity;
+
+  explicit Case(const SquareMatrix& m) : matrix(m), factors(m) {
+    TextbookLu textbook(factors.Rows(), factors.Size());
+    decomposed = textbook.Decompose();
+    pivots = textbook.Pivots();
+    parity = textbook.Parity();
+  }
+
+  void ExpectFrom(const std::function<LuResult(LuSystem&)>& decompose) const {
+    SquareMatrix actual(matrix);
+    const std::vector<double*> rows(actual.Rows(), actual.Rows() + actual.Size());
+    std::vector<std::int32_t> found(pivots.size(), -1);
+    LuSystem system = {actual.Rows(), matrix.Size(), found.data(), 1};
+    const LuResult result = decompose(system);
+    ASSERT_EQ(result, decomposed ? LuResult::Decomposed : LuResult::ZeroRow);
+    EXPECT_EQ(FirstDifference(decomposed ? factors : matrix, actual), "");
+    EXPECT_TRUE(std::equal(rows.begin(), rows.end(), actual.Rows())) << "row pointers were moved";
+    if (!decomposed) return;
+    EXPECT_EQ(found, pivots);
+    EXPECT_EQ(system.parity, parity);
+  }
+
+  void ExpectFromEveryWidth(const gsl_LUBlocking& blocking) const {
+    for (const Width& width : Widths()) {
+      SCOPED_TRACE(::testing::Message() << width.name << " n " << matrix.Size() << " panel "
+                                        << blocking.panel << " strip " << blocking.strip
+                                        << (blocking.inPlace ? " in place" : " on a copy"));
+      ExpectFrom([&](LuSystem& s) { return gsl_LUDecomposeBlocked(s, *width.kernels, blocking); });
+    }
+  }
+};
+
+gsl_LUBlocking AnyBlocking(RandomNumbers& random) {
+  const std::ptrdiff_t panels[] = {8, 16, 24, 64, 128, 256};
+  const std::ptrdiff_t strips[] = {8, 24, 40, 384};
+  return {panels[random.Below(6)], strips[random.Below(4)], random.Chance(0.5)};
+}
+
+} // namespace
+
+TEST(GslLUDecomposition, EverySizeTo130HasTheBitsOfTheTextbook) {
+  const std::uint64_t seed = 20240611;
+  RecordProperty("seed", std::to_string(seed));
+  RandomNumbers random(seed);
+  for (int n = 1; n <= 130; ++n) {
+    for (const MatrixFamily family : kMatrixFamilies) {
+      if (kTestScaleDivisor > 1 && n > 30 && random.Below(kTestScaleDivisor) != 0) continue;
+      SCOPED_TRACE(::testing::Message() << "family " << static_cast<int>(family) << " n " << n);
+      const Case c(MakeMatrix(family, n, random));
+      c.ExpectFromEveryWidth(gsl_ChooseLUBlocking(n));
+      c.ExpectFromEveryWidth(AnyBlocking(random));
+      for (const Width& width : Widths()) {
+        c.ExpectFrom([&](LuSystem& s) { return gsl_LUDecompose(s, *width.kernels); });
+      }
+      if (HasFailure()) return;
+    }
+  }
+}
+
+TEST(GslLUDecomposition, SampledSizesTo700HaveTheBitsOfTheTextbook) {
+  const std::uint64_t seed = 700;
+  RecordProperty("seed", std::to_string(seed));
+  RandomNumbers random(seed);
+  const int sizes[] = {131, 144, 167, 191, 200, 256, 257, 320, 389, 511, 512, 700};
+  const int families = static_cast<int>(sizeof kMatrixFamilies / sizeof *kMatrixFamilies);
+  int family = 0;
+  for (const int n : sizes) {
+    if (kTestScaleDivisor > 1 && n > 200) break;
+    // All families up to 257; beyond, some at each size and all over the sizes.
+    const int count = kTestScaleDivisor > 1 ? 4 : n <= 257 ? families : n < 700 ? 5 : 3;
+    for (int k = 0; k < count; ++k, ++family) {
+      const MatrixFamily kind = kMatrixFamilies[family % families];
+      SCOPED_TRACE(::testing::Message() << "family " << static_cast<int>(kind) << " n " << n);
+      const Case c(MakeMatrix(kind, n, random));
+      gsl_LUBlocking blocking = gsl_ChooseLUBlocking(n);
+      blocking.inPlace = false;
+      c.ExpectFromEveryWidth(blocking);
+      blocking.inPlace = true;
+      c.ExpectFromEveryWidth(blocking);
+      // The panels of systems too large to compare at every size.
+      blocking.panel = k % 2 == 0 ? 128 : 256;
+      if (n > 257) c.ExpectFromEveryWidth(blocking);
+      if (HasFailure()) return;
+    }
+  }
+}
+
+TEST(GslLUDecomposition, RowsAnywhereInMemoryAreLeftWhereTheyAre) {
+  RandomNumbers random(3);
+  const int n = 45;
+  const Case c(MakeMatrix(MatrixFamily::Random, n, random));
+  for (const bool inPlace : {false, true}) {
+    std::vector<std::vector<double>> storage;
+    std::vector<double*> rows;
+    for (int i = 0; i < n; ++i) {
+      storage.emplace_back(static_cast<std::size_t>(n + i % 9 + 2), numbers::kSentinel);
+      rows.push_back(storage.back().data() + 1 + i % 9);
+      for (int j = 0; j < n; ++j)
+        rows.back()[j] = c.matrix.At(i, j);
+    }
+    std::vector<std::int32_t> pivots(static_cast<std::size_t>(n));
+    LuSystem system = {rows.data(), n, pivots.data(), 1};
+    ASSERT_EQ(gsl_LUDecomposeBlocked(system, gsl_BestWideKernels(), {16, 24, inPlace}),
+              LuResult::Decomposed);
+    for (int i = 0; i < n; ++i) {
+      for (int j = 0; j < n; ++j) {
+        ASSERT_EQ(rows[static_cast<std::size_t>(i)][j], c.factors.At(i, j)) << i << " " << j;
+      }
+      EXPECT_EQ(rows[static_cast<std::size_t>(i)][-1], numbers::kSentinel);
+      EXPECT_EQ(rows[static_cast<std::size_t>(i)][n], numbers::kSentinel);
+    }
+  }
+}
+
+TEST(GslLUDecomposition, PanelsGrowWithTheSystem) {
+  EXPECT_EQ(gsl_ChooseLUBlocking(1023).panel, 64);
+  EXPECT_EQ(gsl_ChooseLUBlocking(1024).panel, 128);
+  EXPECT_EQ(gsl_ChooseLUBlocking(1536).panel, 256);
+}
+
+TEST(GslLUDecomposition, LargeSystemsAreWorkedOnInPlace) {
+  EXPECT_FALSE(gsl_ChooseLUBlocking(100).inPlace);
+  EXPECT_TRUE(gsl_ChooseLUBlocking(5000).inPlace);
+}
+
+TEST(GslLUDecomposition, WithoutScratchTheResultIsTheSame) {
+  RandomNumbers random(4);
+  const Case c(MakeMatrix(MatrixFamily::SmallIntegers, 60, random));
+  const FailingMemory noMore(4096);
+  c.ExpectFrom([](LuSystem& s) {
+    EXPECT_EQ(gsl_LUDecomposeBlocked(s, gsl_BestWideKernels(), {64, 384, false}),
+              LuResult::NoMemory);
+    return gsl_LUDecompose(s, gsl_BestWideKernels());
+  });
+}
+
+TEST(GslLUDecomposition, WithoutAnyMemoryTheMatrixIsUntouched) {
+  RandomNumbers random(5);
+  SquareMatrix matrix = MakeMatrix(MatrixFamily::Random, 60, random);
+  const SquareMatrix before(matrix);
+  std::vector<std::int32_t> pivots(60);
+  LuSystem system = {matrix.Rows(), 60, pivots.data(), 1};
+  const FailingMemory none(0);
+  EXPECT_EQ(gsl_LUDecompose(system, gsl_BestWideKernels()), LuResult::NoMemory);
+  EXPECT_EQ(matrix.Data(), before.Data());
+}
+
+TEST(GslLUDecomposition, ScratchBeyondTheAddressSpaceIsRefused) {
+  LuSystem system = {nullptr, 2147483640, nullptr, 1};
+  EXPECT_EQ(gsl_LUDecomposeBlocked(system, gsl_BestWideKernels(), {128, 384, false}),
+            LuResult::NoMemory);
+}

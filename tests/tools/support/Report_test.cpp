@@ -1,0 +1,269 @@
+#include "support/Report.h"
+
+#include "JsonDocuments.h"
+#include "SweepShapes.h"
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include <cmath>
+#include <limits>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace {
+
+using namespace gsl_sweep;
+using namespace sweep_shapes;
+
+SweepReport SampleReport() {
+  SweepReport report;
+  report.toolVersion = "1.2.3";
+  report.movingFile = "bolt.stl";
+  report.fixedFile = "bracket.stl";
+  report.answer.status = SweepStatus::Contact;
+  report.answer.travel = 0.1;
+  report.answer.direction = {0.0, 0.0, -1.0};
+  report.answer.kind = ContactKind::VertexFace;
+  report.answer.moving = {12, 1, 0, 7, {1.0, 2.0, 1.0 / 3.0}};
+  report.answer.fixed = {34, 0, 5, 9, {1.0, 2.0, 0.25}};
+  report.answer.hasNormal = true;
+  report.answer.normal = {0.6, 0.0, 0.8};
+  return report;
+}
+
+/// The JSON of a report, which is held against its schema.
+nlohmann::ordered_json JsonOf(const SweepReport& report) {
+  const std::string document = ReportAsJson(report);
+  json_documents::Keep(document);
+  return nlohmann::ordered_json::parse(document);
+}
+
+std::vector<std::string> KeysOf(const nlohmann::ordered_json& json) {
+  std::vector<std::string> keys;
+  for (const auto& [key, value] : json.items())
+    keys.push_back(key);
+  return keys;
+}
+
+TEST(Report, TextOfAContact) {
+  EXPECT_EQ(ReportAsText(SampleReport()),
+            "Contact after 0.1 along (0, 0, -1): vertex on face.\n"
+            "  moving  bolt.stl, triangle 7 of 12, at (1, 2, 0.3333333333333333)\n"
+            "  fixed   bracket.stl, triangle 9 of 34, at (1, 2, 0.25)\n");
+}
+
+TEST(Report, TextOfAStart) {
+  SweepReport report = SampleReport();
+  report.answer.status = SweepStatus::Start;
+  report.answer.travel = 0.0;
+  report.answer.kind = ContactKind::Overlap;
+  EXPECT_EQ(ReportAsText(report).substr(0, 45), "In contact from the start: they share a point");
+}
+
+TEST(Report, TextWithoutContactNamesTheLimit) {
+  SweepReport report = SampleReport();
+  report.answer.status = SweepStatus::None;
+  const std::string bodies = "  moving  bolt.stl, 12 triangles\n"
+                             "  fixed   bracket.stl, 34 triangles\n";
+  EXPECT_EQ(ReportAsText(report), "No contact along (0, 0, -1).\n" + bodies);
+  report.maxDistance = 12.5;
+  EXPECT_EQ(ReportAsText(report), "No contact along (0, 0, -1) within 12.5.\n" + bodies);
+}
+
+TEST(Report, TextNamesStandardInput) {
+  SweepReport report = SampleReport();
+  report.fixedFile = "-";
+  EXPECT_NE(ReportAsText(report).find("  fixed   standard input, triangle 9"), std::string::npos);
+}
+
+TEST(Report, TextKeepsControlCharactersOfFileNamesOut) {
+  SweepReport report = SampleReport();
+  report.movingFile = "a\n\x1b[2Jb.stl";
+  EXPECT_NE(ReportAsText(report).find("  moving  a??[2Jb.stl, triangle"), std::string::npos);
+}
+
+TEST(Report, JsonHasExactlyTheDocumentedKeysInOrder) {
+  const auto json = JsonOf(SampleReport());
+  EXPECT_EQ(KeysOf(json), (std::vector<std::string>{"schema_version", "tool_version", "question",
+                                                    "status", "travel", "direction", "kind",
+                                                    "normal", "moving", "fixed", "warnings"}));
+  EXPECT_EQ(KeysOf(json["question"]),
+            (std::vector<std::string>{"offset", "max_distance", "one_sided"}));
+  for (const char* body : {"moving", "fixed"}) {
+    EXPECT_EQ(KeysOf(json[body]), (std::vector<std::string>{"file", "triangles", "skipped",
+                                                            "left_out", "triangle", "point"}));
+  }
+  EXPECT_EQ(json["schema_version"], 2);
+  EXPECT_EQ(json["tool_version"], "1.2.3");
+  EXPECT_EQ(json["status"], "contact");
+  EXPECT_EQ(json["kind"], "vertex-face");
+  EXPECT_EQ(json["normal"], nlohmann::ordered_json::parse("[0.6, 0.0, 0.8]"));
+  EXPECT_EQ(json["moving"]["file"], "bolt.stl");
+  EXPECT_EQ(json["moving"]["triangles"], 12);
+  EXPECT_EQ(json["moving"]["skipped"], 1);
+  EXPECT_EQ(json["moving"]["left_out"], 0);
+  EXPECT_EQ(json["moving"]["triangle"], 7);
+  EXPECT_EQ(json["fixed"]["left_out"], 5);
+  EXPECT_EQ(json["fixed"]["triangle"], 9);
+  EXPECT_TRUE(json["warnings"].is_array());
+}
+
+TEST(Report, JsonRepeatsTheQuestion) {
+  SweepReport report = SampleReport();
+  auto question = JsonOf(report)["question"];
+  EXPECT_EQ(question["offset"], nlohmann::ordered_json::parse("[0.0, 0.0, 0.0]"));
+  EXPECT_TRUE(question["max_distance"].is_null());
+  EXPECT_EQ(question["one_sided"], false);
+  report.offset = {1.5, -2.0, 1e300};
+  report.maxDistance = 0.25;
+  report.oneSided = true;
+  question = JsonOf(report)["question"];
+  EXPECT_EQ(question["offset"], nlohmann::ordered_json::parse("[1.5, -2.0, 1e300]"));
+  EXPECT_EQ(question["max_distance"], 0.25);
+  EXPECT_EQ(question["one_sided"], true);
+}
+
+TEST(Report, JsonNormalIsNullWhereThereIsNone) {
+  SweepReport report = SampleReport();
+  report.answer.hasNormal = false;
+  EXPECT_TRUE(JsonOf(report)["normal"].is_null());
+  report.answer.hasNormal = true;
+  report.answer.status = SweepStatus::None;
+  EXPECT_TRUE(JsonOf(report)["normal"].is_null());
+}
+
+TEST(Report, JsonNumbersReadBackAsTheSameDoubles) {
+  SweepReport report = SampleReport();
+  const double values[] = {0.1,
+                           1.0 / 3.0,
+                           5e-324,
+                           1.7976931348623157e308,
+                           1e23,
+                           123456789012345680.0,
+                           2.2250738585072011e-308};
+  for (const double value : values) {
+    report.answer.travel = value;
+    report.answer.moving.point = {-value, value, 0.0};
+    const auto json = JsonOf(report);
+    EXPECT_EQ(json["travel"].get<double>(), value);
+    EXPECT_EQ(json["moving"]["point"][0].get<double>(), -value);
+  }
+}
+
+TEST(Report, JsonIsNullWhereThereIsNoContact) {
+  SweepReport report = SampleReport();
+  report.answer.status = SweepStatus::None;
+  const auto json = JsonOf(report);
+  EXPECT_EQ(json["status"], "none");
+  EXPECT_TRUE(json["travel"].is_null());
+  EXPECT_TRUE(json["kind"].is_null());
+  for (const char* body : {"moving", "fixed"}) {
+    EXPECT_TRUE(json[body]["triangle"].is_null());
+    EXPECT_TRUE(json[body]["point"].is_null());
+    EXPECT_TRUE(json[body]["triangles"].is_number());
+  }
+}
+
+TEST(Report, JsonOfAStartHasTravelZero) {
+  SweepReport report = SampleReport();
+  report.answer.status = SweepStatus::Start;
+  report.answer.travel = 0.0;
+  report.warnings = {"one", "two"};
+  const auto json = JsonOf(report);
+  EXPECT_EQ(json["status"], "start");
+  EXPECT_EQ(json["travel"], 0.0);
+}
+
+TEST(Report, JsonSurvivesFileNamesThatAreNotUtf8) {
+  SweepReport report = SampleReport();
+  report.movingFile = "a\xff\"\n.stl";
+  report.warnings = {"\xc3\x28"};
+  const auto json = JsonOf(report);
+  EXPECT_EQ(json["moving"]["file"], "a\xef\xbf\xbd\"\n.stl");
+}
+
+TEST(Report, EveryKindHasItsName) {
+  EXPECT_STREQ(KindName(ContactKind::VertexVertex), "vertex-vertex");
+  EXPECT_STREQ(KindName(ContactKind::VertexEdge), "vertex-edge");
+  EXPECT_STREQ(KindName(ContactKind::EdgeVertex), "edge-vertex");
+  EXPECT_STREQ(KindName(ContactKind::VertexFace), "vertex-face");
+  EXPECT_STREQ(KindName(ContactKind::FaceVertex), "face-vertex");
+  EXPECT_STREQ(KindName(ContactKind::EdgeEdge), "edge-edge");
+  EXPECT_STREQ(KindName(ContactKind::Overlap), "overlap");
+}
+
+Mesh NamedCube(const char* file, double side) {
+  Mesh mesh = Box({0.0, 0.0, 0.0}, {side, side, side});
+  mesh.file = file;
+  return mesh;
+}
+
+TEST(Report, SizesThatDifferByAUnitAreNamed) {
+  const Mesh one = NamedCube("one.stl", 1.0);
+  EXPECT_NE(SizeWarning(one, NamedCube("inch.stl", 25.4)).find("25.4"), std::string::npos);
+  const std::string metre = SizeWarning(NamedCube("metre.stl", 1000.0), one);
+  EXPECT_NE(metre.find("metre.stl (1732.0508"), std::string::npos) << metre;
+  EXPECT_NE(metre.find("one.stl (1.732"), std::string::npos) << metre;
+  EXPECT_NE(metre.find("1000"), std::string::npos) << metre;
+  EXPECT_EQ(metre.find('\n'), std::string::npos);
+}
+
+TEST(Report, OtherSizesAreNotNamed) {
+  const Mesh one = NamedCube("one.stl", 1.0);
+  for (const double side : {1.0, 2.54, 10.0, 22.8, 28.0, 100.0, 890.0, 1110.0, 25400.0}) {
+    EXPECT_EQ(SizeWarning(one, NamedCube("other.stl", side)), "") << side;
+  }
+  EXPECT_NE(SizeWarning(one, NamedCube("other.stl", 23.0)), "");
+  EXPECT_NE(SizeWarning(one, NamedCube("other.stl", 1099.0)), "");
+  EXPECT_EQ(SizeWarning(one, NamedCube("point.stl", 0.0)), "");
+  EXPECT_EQ(SizeWarning(one, Mesh{}), "");
+}
+
+TEST(Report, SkippedTrianglesAreNamed) {
+  SweptBody body;
+  body.triangles = 10;
+  EXPECT_EQ(SkippedWarning("a.stl", body), "");
+  body.skipped = 2;
+  EXPECT_EQ(SkippedWarning("a.stl", body),
+            "a.stl: skipped 2 of 10 triangles, which have a NaN or infinite corner");
+}
+
+TEST(Report, MovedMeshIsAdvancedByTheTravel) {
+  SweepAnswer answer;
+  answer.travel = 2.5;
+  answer.direction = {0.0, -1.0, 0.0};
+  const Mesh moved = MovedMesh(NamedCube("one.stl", 1.0), answer);
+  EXPECT_EQ(moved.corners[0].y, -2.5);
+  EXPECT_EQ(moved.corners[0].x, 0.0);
+  EXPECT_EQ(moved.corners.size(), 36u);
+}
+
+TEST(Report, MovedMeshStaysInTheRangeOfDouble) {
+  SweepAnswer answer;
+  answer.travel = 1e308;
+  answer.direction = {0.0, 0.0, 1.0};
+  Mesh mesh = NamedCube("one.stl", 1.0);
+  mesh.corners[0].x = std::numeric_limits<double>::infinity();
+  EXPECT_EQ(MovedMesh(mesh, answer).corners[0].z, 1e308); // was not finite before
+  mesh.corners[5].z = 1e308;
+  EXPECT_THROW(MovedMesh(mesh, answer), std::overflow_error);
+}
+
+TEST(Report, TranslateNamesWhatMovesTooFar) {
+  Mesh mesh = NamedCube("one.stl", 1.0);
+  Translate(mesh, {1.5, -2.0, 0.25}, "--offset");
+  EXPECT_EQ(mesh.corners[0].x, 1.5);
+  EXPECT_EQ(mesh.corners[0].y, -2.0);
+  EXPECT_EQ(mesh.corners[0].z, 0.25);
+  Translate(mesh, {1e308, 0.0, 0.0}, "--offset");
+  try {
+    Translate(mesh, {1e308, 0.0, 0.0}, "--offset");
+    ADD_FAILURE() << "not refused";
+  } catch (const std::overflow_error& e) {
+    EXPECT_STREQ(e.what(), "--offset moves a corner of one.stl beyond the range of double");
+  }
+}
+
+} // namespace

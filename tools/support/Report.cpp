@@ -1,0 +1,192 @@
+#include "support/Report.h"
+
+#include "OneLine.h"
+#include "support/VectorText.h"
+
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+#include <cmath>
+#include <stdexcept>
+
+namespace gsl_sweep {
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+constexpr int schemaVersion = 2;
+
+const char* StatusName(SweepStatus status) {
+  switch (status) {
+  case SweepStatus::Contact:
+    return "contact";
+  case SweepStatus::Start:
+    return "start";
+  case SweepStatus::None:
+    break;
+  }
+  return "none";
+}
+
+Json JsonOf(const Coord3& p) {
+  return Json::array({p.x, p.y, p.z});
+}
+
+Json JsonOf(const SweptBody& body, const std::string& file, bool touches) {
+  Json json;
+  json["file"] = file;
+  json["triangles"] = body.triangles;
+  json["skipped"] = body.skipped;
+  json["left_out"] = body.leftOut;
+  json["triangle"] = touches ? Json(body.triangle) : Json();
+  json["point"] = touches ? JsonOf(body.point) : Json();
+  return json;
+}
+
+Json QuestionAsJson(const SweepReport& report) {
+  Json json;
+  json["offset"] = JsonOf(report.offset);
+  json["max_distance"] = std::isfinite(report.maxDistance) ? Json(report.maxDistance) : Json();
+  json["one_sided"] = report.oneSided;
+  return json;
+}
+
+/// What the features are called in a sentence, that of the moving body first.
+std::string KindInWords(ContactKind kind) {
+  if (kind == ContactKind::Overlap) return "they share a point";
+  std::string words = KindName(kind);
+  words.replace(words.find('-'), 1, " on ");
+  return words;
+}
+
+std::string BodyLine(const char* role, const std::string& file, const SweptBody& body,
+                     bool touches) {
+  const std::string count = std::to_string(body.triangles);
+  const std::string what = touches ? "triangle " + std::to_string(body.triangle) + " of " + count +
+                                         ", at " + VectorText(body.point)
+                                   : count + " triangles";
+  const std::string name = file == "-" ? "standard input" : OneLine(file);
+  return std::string("  ") + role + name + ", " + what + "\n";
+}
+
+std::string FirstLine(const SweepReport& report) {
+  const SweepAnswer& answer = report.answer;
+  const std::string along = " along " + VectorText(answer.direction);
+  switch (answer.status) {
+  case SweepStatus::Contact:
+    return "Contact after " + NumberText(answer.travel) + along + ": " + KindInWords(answer.kind) +
+           ".\n";
+  case SweepStatus::Start:
+    return "In contact from the start: " + KindInWords(answer.kind) + ".\n";
+  case SweepStatus::None:
+    break;
+  }
+  const bool limited = std::isfinite(report.maxDistance);
+  return "No contact" + along + (limited ? " within " + NumberText(report.maxDistance) : "") +
+         ".\n";
+}
+
+/// Diagonal of the box around all finite triangles.
+double SizeOf(const Mesh& mesh) {
+  constexpr double infinity = std::numeric_limits<double>::infinity();
+  Coord3 low{infinity, infinity, infinity};
+  Coord3 high{-infinity, -infinity, -infinity};
+  for (std::size_t k = 0; k < mesh.TriangleCount(); ++k) {
+    const Coord3* corner = mesh.corners.data() + 3 * k;
+    bool finite = true;
+    for (std::size_t c = 0; c < 3; ++c) {
+      finite = finite && IsFinite(corner[c]);
+    }
+    for (std::size_t c = 0; finite && c < 3; ++c) {
+      const Coord3& p = corner[c];
+      low = {std::min(low.x, p.x), std::min(low.y, p.y), std::min(low.z, p.z)};
+      high = {std::max(high.x, p.x), std::max(high.y, p.y), std::max(high.z, p.z)};
+    }
+  }
+  return std::hypot(high.x - low.x, high.y - low.y, high.z - low.z);
+}
+
+} // namespace
+
+const char* KindName(ContactKind kind) {
+  switch (kind) {
+  case ContactKind::VertexVertex:
+    return "vertex-vertex";
+  case ContactKind::VertexEdge:
+    return "vertex-edge";
+  case ContactKind::EdgeVertex:
+    return "edge-vertex";
+  case ContactKind::VertexFace:
+    return "vertex-face";
+  case ContactKind::FaceVertex:
+    return "face-vertex";
+  case ContactKind::EdgeEdge:
+    return "edge-edge";
+  case ContactKind::Overlap:
+    break;
+  }
+  return "overlap";
+}
+
+std::string ReportAsText(const SweepReport& report) {
+  const bool touches = report.answer.status != SweepStatus::None;
+  return FirstLine(report) +
+         BodyLine("moving  ", report.movingFile, report.answer.moving, touches) +
+         BodyLine("fixed   ", report.fixedFile, report.answer.fixed, touches);
+}
+
+std::string ReportAsJson(const SweepReport& report) {
+  const SweepAnswer& answer = report.answer;
+  const bool touches = answer.status != SweepStatus::None;
+  Json json;
+  json["schema_version"] = schemaVersion;
+  json["tool_version"] = report.toolVersion;
+  json["question"] = QuestionAsJson(report);
+  json["status"] = StatusName(answer.status);
+  json["travel"] = touches ? Json(answer.travel) : Json();
+  json["direction"] = JsonOf(answer.direction);
+  json["kind"] = touches ? Json(KindName(answer.kind)) : Json();
+  json["normal"] = touches && answer.hasNormal ? JsonOf(answer.normal) : Json();
+  json["moving"] = JsonOf(answer.moving, report.movingFile, touches);
+  json["fixed"] = JsonOf(answer.fixed, report.fixedFile, touches);
+  json["warnings"] = report.warnings;
+  return json.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
+}
+
+std::string SizeWarning(const Mesh& moving, const Mesh& fixed) {
+  const double movingSize = SizeOf(moving);
+  const double fixedSize = SizeOf(fixed);
+  const double ratio = std::max(movingSize, fixedSize) / std::min(movingSize, fixedSize);
+  for (const double factor : {25.4, 1000.0}) {
+    if (!(std::fabs(ratio - factor) <= 0.1 * factor)) continue;
+    return "the sizes of " + OneLine(moving.file) + " (" + NumberText(movingSize) + ") and " +
+           OneLine(fixed.file) + " (" + NumberText(fixedSize) + ") differ by a factor of about " +
+           NumberText(factor) + "; nothing was scaled, are both in the same unit?";
+  }
+  return {};
+}
+
+std::string SkippedWarning(const std::string& file, const SweptBody& body) {
+  if (body.skipped == 0) return {};
+  return OneLine(file) + ": skipped " + std::to_string(body.skipped) + " of " +
+         std::to_string(body.triangles) + " triangles, which have a NaN or infinite corner";
+}
+
+void Translate(Mesh& mesh, const Coord3& step, const std::string& cause) {
+  for (Coord3& corner : mesh.corners) {
+    const Coord3 moved = gsl_arithmetic::Add(corner, step);
+    if (IsFinite(corner) && !IsFinite(moved)) {
+      throw std::overflow_error(cause + " moves a corner of " + OneLine(mesh.file) +
+                                " beyond the range of double");
+    }
+    corner = moved;
+  }
+}
+
+Mesh MovedMesh(Mesh mesh, const SweepAnswer& answer) {
+  Translate(mesh, gsl_arithmetic::Multiply(answer.direction, answer.travel), "the travel");
+  return mesh;
+}
+
+} // namespace gsl_sweep

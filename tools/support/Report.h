@@ -1,0 +1,49 @@
+#ifndef GSL_TOOLS_REPORT_H
+#define GSL_TOOLS_REPORT_H
+
+#include "Search.h"
+
+#include <string>
+#include <vector>
+
+/// What the sweep of two mesh files found, for people and for programs.
+namespace gsl_sweep {
+
+struct SweepReport {
+  std::string movingFile, fixedFile; ///< as they were given; "-" is standard input
+  Coord3 offset{0.0, 0.0, 0.0};      ///< that was added to the moving body
+  double maxDistance = std::numeric_limits<double>::infinity(); ///< that was asked for
+  bool oneSided = false;
+  std::string toolVersion; ///< of the program that reports
+  SweepAnswer answer;
+  std::vector<std::string> warnings;
+};
+
+/// "vertex-face" and so on, moving body first; "overlap".
+const char* KindName(ContactKind kind);
+
+/// Three lines, each ended by a newline.
+std::string ReportAsText(const SweepReport& report);
+
+/// One strict JSON document, ended by a newline; docs/gsl-sweep.md and docs/gsl-sweep.schema.json
+/// describe it. Numbers read back as the same doubles. Bytes of file names that are not UTF-8
+/// become U+FFFD.
+std::string ReportAsJson(const SweepReport& report);
+
+/// One line when the sizes of two bodies (diagonals of their boxes) differ by a factor of 25.4 or
+/// 1000, within a tenth of it, as if they were in different units; else empty.
+std::string SizeWarning(const Mesh& moving, const Mesh& fixed);
+
+/// One line when the answer skipped triangles of a mesh; else empty.
+std::string SkippedWarning(const std::string& file, const SweptBody& body);
+
+/// Adds `step` to every corner. std::overflow_error when that moves a finite corner beyond the
+/// range of double; what() begins with `cause`.
+void Translate(Mesh& mesh, const Coord3& step, const std::string& cause);
+
+/// The body after its travel. std::overflow_error as for Translate.
+Mesh MovedMesh(Mesh mesh, const SweepAnswer& answer);
+
+} // namespace gsl_sweep
+
+#endif
