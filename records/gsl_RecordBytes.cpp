@@ -1,3 +1,4 @@
+#include "RecordFrame.h"
 #include "gsl_RecordError.h"
 #include "gsl_RecordStore.h"
 
@@ -9,25 +10,30 @@
 #include <utility>
 #include <vector>
 
-// The byte form, all numbers little-endian, "varint" in groups of seven bits, lowest first:
+// The body of the byte form, all numbers little-endian, "varint" in groups of seven bits, lowest
+// first. RecordFrame.h describes the frame around it.
 //
-//   "gslr" 1
-//   varint names       each: varint length, bytes
+//   text               the program that wrote the records: varint length, bytes
+//   varint names       each: a text that is not empty
+//   varint prefixes    each: 8 bytes
 //   varint records     each, in the order in which they were started:
 //     byte flags       bit 0: root
-//     varint type id, 16 bytes uid, varint collection type
+//     varint type id
+//     varint prefix    0: the null identity; otherwise the number of the prefix, from 1, and then
+//     zigzag serial    minus the last serial of the same prefix, 0 before the first, modulo 2^64
+//     varint collection type
 //     unsigned list    varint count, varints
 //     double matrix    varint rows, varint columns, doubles
 //     varint fields    each: varint name + 1 (0: list entry), zigzag index, byte kind, value
 //
-// A value is a zigzag varint, 8 bytes, a byte, varint length and bytes, the number of a record, or
-// a type id. A record follows the one that holds it.
+// A value is a zigzag varint, 8 bytes, a byte, a text, the number of a record, or a type id. A
+// record follows the record that holds it.
 
 namespace {
 
 using Kind = gsl_RecordKind;
 
-constexpr unsigned char kHeader[] = {'g', 's', 'l', 'r', 1};
+constexpr std::string_view kWriter = "gsl_geometry " GSL_RECORDS_VERSION;
 constexpr unsigned char kRootFlag = 1;
 constexpr std::size_t kMostVarintBytes = 10;
 
@@ -35,8 +41,11 @@ constexpr std::size_t kMostVarintBytes = 10;
   throw gsl_RecordError(why);
 }
 
+/// Appends numbers and texts to bytes.
 class Writer {
 public:
+  explicit Writer(std::vector<unsigned char> start = {}) : bytes(std::move(start)) {}
+
   void Byte(unsigned int value) { bytes.push_back(static_cast<unsigned char>(value)); }
 
   void Varint(std::uint64_t value) {
@@ -47,9 +56,9 @@ public:
     Byte(static_cast<unsigned int>(value));
   }
 
-  void Zigzag(std::int32_t value) {
-    const auto bits = static_cast<std::uint32_t>(value);
-    Varint((bits << 1) ^ (value < 0 ? 0xFFFFFFFFu : 0u));
+  void Zigzag(std::int64_t value) {
+    const auto bits = static_cast<std::uint64_t>(value);
+    Varint((bits << 1) ^ (value < 0 ? ~std::uint64_t{0} : 0u));
   }
 
   void Fixed64(std::uint64_t value) {
@@ -96,6 +105,11 @@ public:
     const std::uint64_t value = Varint();
     if (value > 0xFFFFFFFFu) Refuse("A number in the bytes is too large");
     return static_cast<std::uint32_t>(value);
+  }
+
+  std::uint64_t Zigzag64() {
+    const std::uint64_t value = Varint();
+    return (value >> 1) ^ ((value & 1u) != 0 ? ~std::uint64_t{0} : 0u);
   }
 
   std::int32_t Zigzag() {
@@ -156,6 +170,36 @@ private:
   std::vector<std::string_view> inOrder;
 };
 
+/// Gives the prefixes of identities their numbers in the order of first use, and remembers the last
+/// serial under each.
+class PrefixTable {
+public:
+  void Write(Writer& out, const gsl_RecordIdentity& identity) {
+    if (identity == gsl_RecordIdentity()) return out.Varint(0);
+    const auto [place, isNew] = numbers.try_emplace(identity.prefix, inOrder.size());
+    if (isNew) {
+      inOrder.push_back(identity.prefix);
+      lastSerials.push_back(0);
+    }
+    std::uint64_t& last = lastSerials[place->second];
+    out.Varint(place->second + 1);
+    out.Zigzag(Signed(identity.serial - last));
+    last = identity.serial;
+  }
+  const std::vector<std::uint64_t>& InOrder() const { return inOrder; }
+
+private:
+  static std::int64_t Signed(std::uint64_t bits) {
+    std::int64_t value = 0;
+    std::memcpy(&value, &bits, sizeof value);
+    return value;
+  }
+
+  std::unordered_map<std::uint64_t, std::size_t> numbers;
+  std::vector<std::uint64_t> inOrder;
+  std::vector<std::uint64_t> lastSerials;
+};
+
 void WriteValue(Writer& out, const gsl_RecordField& field) {
   switch (field.kind) {
   case Kind::Integer:
@@ -194,12 +238,11 @@ void WriteElements(Writer& out, const gsl_RecordStore& store, gsl_RecordIndex re
   }
 }
 
-void WriteRecord(Writer& out, NameTable& names, const gsl_RecordStore& store,
+void WriteRecord(Writer& out, NameTable& names, PrefixTable& prefixes, const gsl_RecordStore& store,
                  gsl_RecordIndex record, bool isRoot) {
   out.Byte(isRoot ? kRootFlag : 0u);
   out.Varint(store.TypeId(record));
-  out.Fixed64(store.Identity(record).prefix);
-  out.Fixed64(store.Identity(record).serial);
+  prefixes.Write(out, store.Identity(record));
   out.Varint(static_cast<std::uint64_t>(store.Collection(record)));
   WriteElements(out, store, record);
   std::uint64_t count = 0;
@@ -224,10 +267,9 @@ public:
   gsl_RecordDecoder(const unsigned char* bytes, std::size_t count) : in(bytes, count) {}
 
   gsl_RecordStore Decode() {
-    for (const unsigned char expected : kHeader) {
-      if (in.Byte() != expected) Refuse("The bytes are no records of a known version");
-    }
+    in.Text();
     ReadNames();
+    ReadPrefixes();
     recordCount = in.Count(kFewestRecordBytes);
     holders.assign(recordCount, Holder::None);
     for (std::size_t i = 0; i < recordCount; ++i)
@@ -241,7 +283,7 @@ private:
   enum class Holder : unsigned char { None, Root, Field, SharedField };
 
   static constexpr gsl_RecordIndex kNone = gsl_RecordStore::kNone;
-  static constexpr std::size_t kFewestRecordBytes = 20;
+  static constexpr std::size_t kFewestRecordBytes = 5;
   static constexpr std::size_t kFewestFieldBytes = 4;
 
   void ReadNames() {
@@ -257,18 +299,32 @@ private:
     }
   }
 
+  void ReadPrefixes() {
+    prefixes.resize(in.Count(sizeof(std::uint64_t)));
+    for (std::uint64_t& prefix : prefixes)
+      prefix = in.Fixed64();
+    lastSerials.assign(prefixes.size(), 0);
+  }
+
+  gsl_RecordIdentity ReadIdentity() {
+    const std::uint64_t number = in.Varint();
+    if (number == 0) return {};
+    if (number > prefixes.size()) Refuse("An identity in the bytes has an unknown prefix");
+    const auto place = static_cast<std::size_t>(number - 1);
+    lastSerials[place] += in.Zigzag64();
+    return {prefixes[place], lastSerials[place]};
+  }
+
   void ReadRecord(gsl_RecordIndex record) {
     const unsigned int flags = in.Byte();
     if (flags > kRootFlag) Refuse("A record in the bytes has unknown flags");
     const std::uint32_t typeId = in.Varint32();
-    gsl_RecordIdentity identity;
-    identity.prefix = in.Fixed64();
-    identity.serial = in.Fixed64();
+    const gsl_RecordIdentity identity = ReadIdentity();
     if (flags == kRootFlag) {
       Claim(record, Holder::Root);
       store.AddRoot(typeId, identity);
     } else if (holders[record] == Holder::None) {
-      Refuse("A record in the bytes belongs to none before it");
+      Refuse("A record in the bytes does not belong to an earlier record");
     } else {
       store.records.push_back({typeId, gsl_RecordCollection::None, identity, kNone, kNone, kNone});
     }
@@ -319,7 +375,7 @@ private:
 
   void ReadField(gsl_RecordIndex record) {
     const std::uint32_t number = in.Varint32();
-    if (number > store.names.size()) Refuse("A field in the bytes has no such name");
+    if (number > store.names.size()) Refuse("A field in the bytes has an unknown name");
     const char* const name = number != 0 ? store.names[number - 1].c_str() : nullptr;
     const gsl_RecordPlace place = {name, in.Zigzag()};
     const unsigned int kind = in.Byte();
@@ -368,7 +424,7 @@ private:
   void AddHolder(gsl_RecordIndex record, const gsl_RecordPlace& place, Kind kind) {
     const gsl_RecordIndex child = in.Varint32();
     if (child <= record || child >= recordCount) {
-      Refuse("A field in the bytes holds no record after its own");
+      Refuse("A field in the bytes must hold a record after its own record");
     }
     Claim(child, kind == Kind::Object ? Holder::SharedField : Holder::Field);
     gsl_RecordStore::Field field = {};
@@ -387,7 +443,7 @@ private:
   void CheckReferences() const {
     for (const gsl_RecordIndex target : references) {
       if (target >= recordCount || holders[target] != Holder::SharedField) {
-        Refuse("A field in the bytes refers to no shared object");
+        Refuse("A field in the bytes must refer to a shared object");
       }
     }
   }
@@ -397,27 +453,35 @@ private:
   std::size_t recordCount = 0;
   std::vector<Holder> holders;
   std::vector<gsl_RecordIndex> references;
+  std::vector<std::uint64_t> prefixes;
+  std::vector<std::uint64_t> lastSerials;
 };
 
 std::vector<unsigned char> gsl_RecordStore::ToBytes() const {
   Writer body;
-  NameTable used;
+  NameTable usedNames;
+  PrefixTable usedPrefixes;
   std::size_t nextRoot = 0;
   body.Varint(records.size());
   for (gsl_RecordIndex i = 0; i < records.size(); ++i) {
     const bool isRoot = nextRoot < roots.size() && roots[nextRoot].record == i;
     if (isRoot) ++nextRoot;
-    WriteRecord(body, used, *this, i, isRoot);
+    WriteRecord(body, usedNames, usedPrefixes, *this, i, isRoot);
   }
-  Writer out;
-  out.bytes.assign(std::begin(kHeader), std::end(kHeader));
-  out.Varint(used.InOrder().size());
-  for (const std::string_view name : used.InOrder())
+  Writer out(gsl_records::StartFrame());
+  out.Text(kWriter);
+  out.Varint(usedNames.InOrder().size());
+  for (const std::string_view name : usedNames.InOrder())
     out.Text(name);
+  out.Varint(usedPrefixes.InOrder().size());
+  for (const std::uint64_t prefix : usedPrefixes.InOrder())
+    out.Fixed64(prefix);
   out.bytes.insert(out.bytes.end(), body.bytes.begin(), body.bytes.end());
+  gsl_records::FinishFrame(out.bytes);
   return std::move(out.bytes);
 }
 
 gsl_RecordStore gsl_RecordStore::FromBytes(const unsigned char* bytes, std::size_t count) {
-  return gsl_RecordDecoder(bytes, count).Decode();
+  const gsl_records::Bytes body = gsl_records::BodyOf({bytes, count});
+  return gsl_RecordDecoder(body.begin, body.count).Decode();
 }

@@ -47,7 +47,7 @@ HOST_ORDER.insert(HOST_ORDER.index("nex"), "cls_Uid")
 PUBLIC = "gsl/include/, gsl/host/"
 RECORDS = "records/include/"
 VALUES = "gsl/include/gsl_Arithmetic.h, gsl/include/gsl_Matrix.h"
-LIBRARY = f"{PUBLIC}, {RECORDS}, gsl/impl/, gsl/impl/kernel/, gsl/impl/wide/, gsl/persist/"
+LIBRARY = f"{PUBLIC}, {RECORDS}, records/, gsl/impl/, gsl/impl/kernel/, gsl/impl/wide/, gsl/persist/"
 PROGRAMS = "exact/, mesh/, mesh/readers/, mesh/writers/, sweep/, tools/, tools/support/"
 
 
@@ -88,7 +88,7 @@ ROOMS = [
     Room("examples/", "programs of users", f"{PUBLIC}, {RECORDS}, mesh/, sweep/", True),
     Room("bench/", "benchmarks, ours beside other libraries",
          f"{LIBRARY}, {PROGRAMS}, tests/reference/, any library"),
-    Room("fuzz/", "fuzz targets and their seeds", f"{PUBLIC}, {RECORDS}, mesh/, sweep/"),
+    Room("fuzz/", "fuzz targets and their seeds", f"{PUBLIC}, {RECORDS}, records/, mesh/, sweep/"),
     Room("tests/consumer/", "projects that use the library, installed or as sources",
          f"{PUBLIC}, {RECORDS}, POSIX", True),
     Room("tests/reference/", "second implementations and judges: transcriptions, oracles, rationals",

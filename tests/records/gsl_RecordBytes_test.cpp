@@ -1,4 +1,5 @@
 #include "HostObjects.h"
+#include "RawRecords.h"
 #include "Records.h"
 #include "cls_RecordException.h"
 #include "cls_xp1DArrayListUint.h"
@@ -7,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include <iterator>
 #include <limits>
 #include <random>
 
@@ -50,6 +52,17 @@ gsl_RecordStore Decoded(const Bytes& bytes) {
   return gsl_RecordStore::FromBytes(bytes.data(), bytes.size());
 }
 
+/// The names, the prefixes and the records after the text of this library's writer.
+Bytes Body(const Bytes& rest) {
+  const std::string writer = "gsl_geometry " + std::to_string(GSL_VERSION_MAJOR) + '.' +
+                             std::to_string(GSL_VERSION_MINOR) + '.' +
+                             std::to_string(GSL_VERSION_PATCH);
+  Bytes body = {static_cast<unsigned char>(writer.size())};
+  body.insert(body.end(), writer.begin(), writer.end());
+  body.insert(body.end(), rest.begin(), rest.end());
+  return body;
+}
+
 void ExpectRefused(Bytes bytes, const std::string& why) {
   try {
     Decoded(bytes);
@@ -59,18 +72,18 @@ void ExpectRefused(Bytes bytes, const std::string& why) {
   }
 }
 
-/// Header, one name "n", then the records.
+/// A body of nobody's writing with the name "n" and no prefix, then the records, in their frame.
 Bytes WithRecords(const Bytes& records) {
-  Bytes bytes = {'g', 's', 'l', 'r', 1, 1, 1, 'n'};
-  bytes.insert(bytes.end(), records.begin(), records.end());
-  return bytes;
+  Bytes body = {0, 1, 1, 'n', 0};
+  body.insert(body.end(), records.begin(), records.end());
+  return RawFrame(body);
 }
 
 /// A record of type 1 without a uid, then what follows its collection type.
 void AppendRecord(Bytes& bytes, unsigned char flags, const Bytes& rest) {
   bytes.push_back(flags);
   bytes.push_back(1);
-  bytes.insert(bytes.end(), 16, 0);
+  bytes.push_back(0);
   bytes.insert(bytes.end(), rest.begin(), rest.end());
 }
 
@@ -82,7 +95,7 @@ constexpr unsigned char kReference = 6;
 
 TEST(GslRecordBytes, EmptyStore) {
   const Bytes bytes = gsl_RecordStore().ToBytes();
-  EXPECT_EQ(bytes, (Bytes{'g', 's', 'l', 'r', 1, 0, 0}));
+  EXPECT_EQ(bytes, RawFrame(Body({0, 0, 0})));
   EXPECT_EQ(Decoded(bytes).RootCount(), 0u);
 }
 
@@ -90,13 +103,12 @@ TEST(GslRecordBytes, OnePointLikeRecordByHand) {
   const gsl_RecordStore store = Recorded(0x81u, cls_Uid(2, 3), [](const cls_WriteVisitor& to) {
     to.WriteDouble({-1, "x"}, 1.0);
   });
-  EXPECT_EQ(store.ToBytes(), (Bytes{'g', 's', 'l',  'r', 1,             // header
-                                    1,   1,   'x',                      // one name
-                                    1,   1,   0x81, 1,                  // one root of type 0x81
-                                    2,   0,   0,    0,   0, 0, 0,    0, // prefix
-                                    3,   0,   0,    0,   0, 0, 0,    0, // serial
-                                    0,   1,   1,    1,   1,             // one field, a double
-                                    0,   0,   0,    0,   0, 0, 0xF0, 0x3F}));
+  EXPECT_EQ(store.ToBytes(), RawFrame(Body({1, 1, 'x',                         // one name
+                                            1, 2, 0,    0, 0, 0, 0,    0,   0, // one prefix
+                                            1, 1, 0x81, 1,    // one root of type 0x81
+                                            1, 6,             // prefix 1, serial 0 + 3
+                                            0, 1, 1,    1, 1, // one field, a double
+                                            0, 0, 0,    0, 0, 0, 0xF0, 0x3F})));
 }
 
 TEST(GslRecordBytes, EveryKindComesBack) {
@@ -123,6 +135,60 @@ TEST(GslRecordBytes, NamesThatAreNotUsedLeaveNoTrace) {
   EXPECT_EQ(store.ToBytes(), gsl_RecordStore().ToBytes());
 }
 
+TEST(GslRecordBytes, IdentitiesOfSeveralPrefixesComeBack) {
+  const std::uint64_t most = ~std::uint64_t{0};
+  const gsl_RecordIdentity identities[] = {{0, 0}, {0, 1},    {1, 0},    {most, most},    {1, most},
+                                           {1, 1}, {0, most}, {most, 0}, {5, 1ull << 63}, {5, 0}};
+  gsl_RecordStore store;
+  for (const gsl_RecordIdentity& identity : identities)
+    store.AddRoot(1, identity);
+  const gsl_RecordStore read = Decoded(store.ToBytes());
+  ASSERT_EQ(read.RootCount(), std::size(identities));
+  for (gsl_RecordIndex i = 0; i < std::size(identities); ++i)
+    EXPECT_EQ(read.Identity(i), identities[i]) << i;
+}
+
+TEST(GslRecordBytes, EverySingleDoubleAndTripleBitFlipIsRefused) {
+  const gsl_RecordStore store = SampleStore();
+  const Bytes bytes = store.ToBytes();
+  const auto flip = [](Bytes& form, std::size_t bit) {
+    form[bit / 8] = static_cast<unsigned char>(form[bit / 8] ^ (1u << (bit % 8)));
+  };
+  const auto isRefused = [](const Bytes& form) {
+    try {
+      Decoded(form);
+      return false;
+    } catch (const gsl_RecordError&) {
+      return true;
+    }
+  };
+  const std::size_t bits = 8 * bytes.size();
+  Bytes changed = bytes;
+  for (std::size_t i = 0; i < bits; ++i) {
+    flip(changed, i);
+    ASSERT_TRUE(isRefused(changed)) << i;
+    for (std::size_t j = i + 1; j < bits; j += 1 + (i % 7)) {
+      flip(changed, j);
+      ASSERT_TRUE(isRefused(changed)) << i << ' ' << j;
+      flip(changed, j);
+    }
+    flip(changed, i);
+  }
+  ASSERT_EQ(changed, bytes);
+  std::mt19937 random(20261122);
+  for (int n = 0; n < 200000; ++n) {
+    std::size_t places[3];
+    for (std::size_t& place : places)
+      place = random() % bits;
+    if (places[0] == places[1] || places[0] == places[2] || places[1] == places[2]) continue;
+    for (const std::size_t place : places)
+      flip(changed, place);
+    ASSERT_TRUE(isRefused(changed)) << places[0] << ' ' << places[1] << ' ' << places[2];
+    for (const std::size_t place : places)
+      flip(changed, place);
+  }
+}
+
 TEST(GslRecordBytes, EveryShorterFormIsRefused) {
   const Bytes bytes = SampleStore().ToBytes();
   for (std::size_t length = 0; length < bytes.size(); ++length) {
@@ -131,14 +197,16 @@ TEST(GslRecordBytes, EveryShorterFormIsRefused) {
   }
 }
 
-TEST(GslRecordBytes, EveryChangedByteIsRefusedOrReadable) {
+TEST(GslRecordBytes, EveryChangedByteOfABodyIsRefusedOrReadable) {
   const Bytes bytes = SampleStore().ToBytes();
-  for (std::size_t i = 0; i < bytes.size(); ++i) {
+  const Bytes body(bytes.begin() + 20, bytes.end() - 4);
+  ASSERT_EQ(RawFrame(body), bytes);
+  for (std::size_t i = 0; i < body.size(); ++i) {
     for (unsigned int value = 0; value < 256; ++value) {
-      Bytes changed = bytes;
+      Bytes changed = body;
       changed[i] = static_cast<unsigned char>(value);
       try {
-        const gsl_RecordStore store = Decoded(changed);
+        const gsl_RecordStore store = Decoded(RawFrame(changed));
         EXPECT_EQ(Decoded(store.ToBytes()).ToBytes(), store.ToBytes());
         ReadBack<TestNode>(store);
       } catch (const gsl_RecordError&) {
@@ -148,20 +216,20 @@ TEST(GslRecordBytes, EveryChangedByteIsRefusedOrReadable) {
   }
 }
 
-TEST(GslRecordBytes, HeaderAndTrailingBytes) {
-  Bytes bytes = SampleStore().ToBytes();
-  bytes.push_back(0);
-  ExpectRefused(bytes, "Bytes follow the last record");
-  bytes[4] = 2;
-  ExpectRefused(bytes, "The bytes are no records of a known version");
+TEST(GslRecordBytes, BytesAfterTheLastRecord) {
+  Bytes records = {1};
+  AppendRecord(records, 1, {0, 0, 7});
+  ExpectRefused(WithRecords(records), "Bytes follow the last record");
 }
 
 TEST(GslRecordBytes, AnnouncedSizesAreBoundedByTheBytes) {
   const Bytes huge = {0xFF, 0xFF, 0xFF, 0xFF, 0x0F};
   const std::string more = "The bytes announce more than they hold";
-  Bytes names = {'g', 's', 'l', 'r', 1};
+  Bytes names = {0};
   names.insert(names.end(), huge.begin(), huge.end());
-  ExpectRefused(names, more);
+  ExpectRefused(RawFrame(huge), more);
+  ExpectRefused(RawFrame(names), more);
+  ExpectRefused(RawFrame({0, 0, 2, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0}), more);
   ExpectRefused(WithRecords(huge), more);
 
   Bytes fields = {1};
@@ -185,7 +253,7 @@ TEST(GslRecordBytes, AnnouncedSizesAreBoundedByTheBytes) {
 }
 
 TEST(GslRecordBytes, NumbersHaveTheirWidth) {
-  ExpectRefused({'g', 's', 'l', 'r', 1, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80},
+  ExpectRefused(RawFrame({0, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80}),
                 "A number in the bytes is too long");
   Bytes type = {1, 1, 0x80, 0x80, 0x80, 0x80, 0x10};
   type.insert(type.end(), 20, 0);
@@ -195,10 +263,11 @@ TEST(GslRecordBytes, NumbersHaveTheirWidth) {
 TEST(GslRecordBytes, RecordCannotHoldItselfNorOneBeforeIt) {
   Bytes self = {1};
   AppendRecord(self, 1, {0, 1, 1, 1, kRecord, 0});
-  ExpectRefused(WithRecords(self), "A field in the bytes holds no record after its own");
+  ExpectRefused(WithRecords(self), "A field in the bytes must hold a record after its own record");
   Bytes beyond = {1};
   AppendRecord(beyond, 1, {0, 1, 1, 1, kRecord, 1});
-  ExpectRefused(WithRecords(beyond), "A field in the bytes holds no record after its own");
+  ExpectRefused(WithRecords(beyond),
+                "A field in the bytes must hold a record after its own record");
 }
 
 TEST(GslRecordBytes, RecordBelongsToOnePlace) {
@@ -213,7 +282,7 @@ TEST(GslRecordBytes, RecordBelongsToOnePlace) {
   Bytes none = {2};
   AppendRecord(none, 1, {0, 0});
   AppendRecord(none, 0, {0, 0});
-  ExpectRefused(WithRecords(none), "A record in the bytes belongs to none before it");
+  ExpectRefused(WithRecords(none), "A record in the bytes does not belong to an earlier record");
 }
 
 TEST(GslRecordBytes, ReferencesLeadToSharedObjectsOnly) {
@@ -221,7 +290,7 @@ TEST(GslRecordBytes, ReferencesLeadToSharedObjectsOnly) {
     Bytes records = {2};
     AppendRecord(records, 1, {0, 2, 1, 1, kRecord, 1, 1, 1, kReference, target});
     AppendRecord(records, 0, {0, 0});
-    ExpectRefused(WithRecords(records), "A field in the bytes refers to no shared object");
+    ExpectRefused(WithRecords(records), "A field in the bytes must refer to a shared object");
   }
   Bytes good = {2};
   AppendRecord(good, 1, {0, 2, 1, 1, kReference, 1, 1, 1, kObject, 1});
@@ -230,10 +299,12 @@ TEST(GslRecordBytes, ReferencesLeadToSharedObjectsOnly) {
 }
 
 TEST(GslRecordBytes, SmallChecks) {
-  ExpectRefused({'g', 's', 'l', 'r', 1, 1, 0, 0}, "A field name in the bytes is empty or cut");
-  ExpectRefused({'g', 's', 'l', 'r', 1, 1, 1, 0, 0}, "A field name in the bytes is empty or cut");
-  ExpectRefused({'g', 's', 'l', 'r', 1, 2, 1, 'n', 1, 'n', 0},
-                "A field name appears twice in the bytes");
+  ExpectRefused(RawFrame({0, 1, 0, 0, 0}), "A field name in the bytes is empty or cut");
+  ExpectRefused(RawFrame({0, 1, 1, 0, 0, 0}), "A field name in the bytes is empty or cut");
+  ExpectRefused(RawFrame({0, 2, 1, 'n', 1, 'n', 0, 0}), "A field name appears twice in the bytes");
+  // Root, type 1, prefix 1 of none.
+  ExpectRefused(WithRecords({1, 1, 1, 1, 0, 0, 0}),
+                "An identity in the bytes has an unknown prefix");
   const auto refuse = [](unsigned char flags, const Bytes& rest, const char* why) {
     Bytes records = {1};
     AppendRecord(records, flags, rest);
@@ -241,7 +312,7 @@ TEST(GslRecordBytes, SmallChecks) {
   };
   refuse(2, {0, 0}, "A record in the bytes has unknown flags");
   refuse(1, {58, 0}, "A record in the bytes is an unknown collection");
-  refuse(1, {0, 1, 2, 1, 0, 0}, "A field in the bytes has no such name");
+  refuse(1, {0, 1, 2, 1, 0, 0}, "A field in the bytes has an unknown name");
   refuse(1, {0, 1, 1, 1, 8, 0}, "A field in the bytes is of an unknown kind");
   refuse(1, {0, 1, 1, 1, 2, 2}, "A boolean in the bytes is neither true nor false");
 }
@@ -251,12 +322,12 @@ TEST(GslRecordBytes, RandomBytesAreRefused) {
   RecordProperty("seed", std::to_string(seed));
   std::mt19937 random(seed);
   for (int i = 0; i < 20000; ++i) {
-    Bytes bytes = {'g', 's', 'l', 'r', 1};
+    Bytes body;
     const std::size_t length = random() % 100;
-    while (bytes.size() < length)
-      bytes.push_back(static_cast<unsigned char>(random() % 7));
+    while (body.size() < length)
+      body.push_back(static_cast<unsigned char>(random() % 7));
     try {
-      const gsl_RecordStore store = Decoded(bytes);
+      const gsl_RecordStore store = Decoded(RawFrame(body));
       EXPECT_EQ(Decoded(store.ToBytes()).ToBytes(), store.ToBytes()) << "seed " << seed;
     } catch (const gsl_RecordError&) {
     }

@@ -17,27 +17,19 @@ const cls_FieldHandle kField(-1, "field");
 
 /// Bytes of `depth` records, each the only field of the one before.
 std::vector<unsigned char> NestedBytes(std::uint32_t depth) {
-  std::vector<unsigned char> bytes = {'g', 's', 'l', 'r', 1, 1, 4, 'n', 'e', 'x', 't'};
-  const auto varint = [&](std::uint32_t value) {
-    for (; value >= 0x80u; value >>= 7)
-      bytes.push_back(static_cast<unsigned char>((value & 0x7Fu) | 0x80u));
-    bytes.push_back(static_cast<unsigned char>(value));
-  };
-  varint(depth);
-  for (std::uint32_t i = 0; i < depth; ++i) {
-    bytes.push_back(i == 0 ? 1 : 0);
-    varint(TestNode::kTypeId);
-    bytes.insert(bytes.end(), 16, 0);
-    bytes.push_back(0);
-    const bool isLast = i + 1 == depth;
-    bytes.push_back(isLast ? 0 : 1);
-    if (isLast) break;
-    bytes.push_back(1);
-    bytes.push_back(1);
-    bytes.push_back(static_cast<unsigned char>(gsl_RecordKind::Record));
-    varint(i + 1);
+  RawRecord record;
+  record.typeId = TestNode::kTypeId;
+  RawRecords records(depth, record);
+  records[0].isRoot = true;
+  for (std::uint32_t i = 0; i + 1 < depth; ++i) {
+    RawField field;
+    field.name = "next";
+    field.index = -1;
+    field.kind = gsl_RecordKind::Record;
+    field.link = i + 1;
+    records[i].fields.push_back(field);
   }
-  return bytes;
+  return RawBytes(records);
 }
 
 std::string MessageOf(const std::function<void()>& action) {
