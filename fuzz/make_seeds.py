@@ -79,7 +79,8 @@ class Record:
             out += varint(0)
         else:
             last = serials.setdefault(prefix, 0)
-            out += varint(list(serials).index(prefix) + 1) + zigzag(serial - last)
+            step = (serial - last + 2**63) % 2**64 - 2**63
+            out += varint(list(serials).index(prefix) + 1) + zigzag(step)
             serials[prefix] = serial
         out += varint(self.collection)
         if self.collection == 57:

@@ -84,9 +84,8 @@ std::uint64_t CheckedBodySize(Bytes bytes) {
   if (features != 0) {
     char text[8];
     std::snprintf(text, sizeof text, "0x%02x", features);
-    throw gsl_RecordError(
-        std::string("The records use features that this library does not know: ") + text +
-        ", but it knows none");
+    throw gsl_RecordError(std::string("The records use the features ") + text +
+                          ", but this library knows none");
   }
   return Get(bytes.begin + kLengthAt, 8);
 }

@@ -95,6 +95,8 @@ public:
     std::uint64_t value = 0;
     for (std::size_t i = 0; i < kMostVarintBytes; ++i) {
       const std::uint64_t byte = Byte();
+      // The tenth byte has room for the highest bit alone.
+      if (i + 1 == kMostVarintBytes && byte > 1) break;
       value |= (byte & 0x7Fu) << (7 * i);
       if (byte < 0x80u) return value;
     }

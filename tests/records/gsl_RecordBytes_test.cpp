@@ -8,9 +8,16 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
 #include <iterator>
 #include <limits>
 #include <random>
+#include <set>
+#include <sstream>
+#include <string>
 
 namespace {
 
@@ -91,6 +98,66 @@ constexpr unsigned char kRecord = 4;
 constexpr unsigned char kObject = 5;
 constexpr unsigned char kReference = 6;
 
+std::string HexOf(double value) {
+  if (value == 0.0) return std::signbit(value) ? "-0x0.0p+0" : "0x0.0p+0";
+  char text[40];
+  std::snprintf(text, sizeof text, "%.13a", value);
+  return text;
+}
+
+/// The value as the texts beside the golden files have it.
+std::string ValueOf(const gsl_RecordField& field) {
+  switch (field.kind) {
+  case gsl_RecordKind::Integer:
+    return std::to_string(field.integer);
+  case gsl_RecordKind::Double:
+    return HexOf(field.real);
+  case gsl_RecordKind::Boolean:
+    return field.boolean ? "1" : "0";
+  case gsl_RecordKind::String:
+    return std::string(field.text);
+  default:
+    return std::to_string(field.link);
+  }
+}
+
+/// The records as the texts beside the golden files have them, but for the writer.
+std::string GoldenText(const gsl_RecordStore& store) {
+  std::set<gsl_RecordIndex> roots;
+  for (std::size_t i = 0; i < store.RootCount(); ++i)
+    roots.insert(store.Root(i));
+  std::ostringstream out;
+  for (gsl_RecordIndex i = 0; i < store.RecordCount(); ++i) {
+    char head[100];
+    std::snprintf(head, sizeof head, "record %u%s 0x%08X %llx:%llx collection %u", i,
+                  roots.count(i) != 0 ? " root" : "", store.TypeId(i),
+                  static_cast<unsigned long long>(store.Identity(i).prefix),
+                  static_cast<unsigned long long>(store.Identity(i).serial),
+                  static_cast<unsigned int>(store.Collection(i)));
+    out << head << '\n';
+    const auto unsigneds = store.Unsigneds(i);
+    const auto doubles = store.Doubles(i);
+    if (unsigneds.count != 0 || doubles.rows != 0) out << "  elements";
+    for (std::size_t n = 0; n < unsigneds.count; ++n)
+      out << ' ' << unsigneds.values[n];
+    if (doubles.rows != 0) out << ' ' << doubles.rows << ' ' << doubles.columns;
+    for (std::size_t n = 0; n < doubles.rows * doubles.columns; ++n)
+      out << ' ' << HexOf(doubles.values[n]);
+    if (unsigneds.count != 0 || doubles.rows != 0) out << '\n';
+    for (const gsl_RecordField& field : store.Fields(i)) {
+      out << "  " << (field.name.empty() ? std::string("-") : std::string(field.name)) << ' '
+          << field.index << " kind " << static_cast<int>(field.kind) << ' ' << ValueOf(field)
+          << '\n';
+    }
+  }
+  return out.str();
+}
+
+std::string ContentsOf(const std::filesystem::path& path) {
+  std::ifstream file(path, std::ios::binary);
+  return std::string(std::istreambuf_iterator<char>(file), {});
+}
+
 } // namespace
 
 TEST(GslRecordBytes, EmptyStore) {
@@ -133,6 +200,21 @@ TEST(GslRecordBytes, NamesThatAreNotUsedLeaveNoTrace) {
   } catch (const cls_RecordException&) {
   }
   EXPECT_EQ(store.ToBytes(), gsl_RecordStore().ToBytes());
+}
+
+TEST(GslRecordBytes, GoldenFilesReadAsTheirTexts) {
+  int count = 0;
+  for (const auto& entry : std::filesystem::directory_iterator(GOLDEN_RECORDS)) {
+    if (entry.path().extension() != ".gslr") continue;
+    ++count;
+    const std::string bytes = ContentsOf(entry.path());
+    const gsl_RecordStore store = gsl_RecordStore::FromBytes(
+        reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size());
+    std::filesystem::path text = entry.path();
+    const std::string expected = ContentsOf(text.replace_extension(".txt"));
+    EXPECT_EQ(GoldenText(store), expected.substr(expected.find('\n') + 1)) << entry.path();
+  }
+  EXPECT_GT(count, 0);
 }
 
 TEST(GslRecordBytes, IdentitiesOfSeveralPrefixesComeBack) {
@@ -255,6 +337,10 @@ TEST(GslRecordBytes, AnnouncedSizesAreBoundedByTheBytes) {
 TEST(GslRecordBytes, NumbersHaveTheirWidth) {
   ExpectRefused(RawFrame({0, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80}),
                 "A number in the bytes is too long");
+  ExpectRefused(RawFrame({0, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 2}),
+                "A number in the bytes is too long");
+  ExpectRefused(RawFrame({0, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 1}),
+                "The bytes announce more than they hold");
   Bytes type = {1, 1, 0x80, 0x80, 0x80, 0x80, 0x10};
   type.insert(type.end(), 20, 0);
   ExpectRefused(WithRecords(type), "A number in the bytes is too large");
