@@ -7,7 +7,7 @@
 /// row in the lower 16 bits.
 constexpr unsigned int gsl_kModuleNumber = 778;
 
-// type-table-is-exactly-this: only the second word of the vector is not 1.
+// one-row-differs-in-its-second-word: only the second word of the vector is not 1.
 constexpr typ_Entry gsl_kTypeTable[] = {{0, 1, nullptr},
                                         {7, 1, "gsl_Point"},
                                         {7, 1, "gsl_Matrix"},
