@@ -98,8 +98,9 @@ TEST(RecordFrame, CutOrExtendedBytesAreNamed) {
 }
 
 TEST(RecordFrame, AnnouncedLengthCannotWrapAround) {
-  for (const std::uint64_t length :
-       {~std::uint64_t{0}, ~std::uint64_t{0} - 3, std::uint64_t{1} << 63}) {
+  // With the checksums of its blocks, the first length has 2^64 bytes.
+  for (const std::uint64_t length : {std::uint64_t{18446673705233808384u}, ~std::uint64_t{0},
+                                     ~std::uint64_t{0} - 3, std::uint64_t{1} << 63}) {
     Form bytes = {'g', 's', 'l', 'r', 2, 0, 0, 0};
     AppendNumber(bytes, length, 8);
     AppendNumber(bytes, RawChecksum(bytes), 4);

@@ -1,0 +1,163 @@
+#include "gsl_RecordFile.h"
+
+#include "gsl_RecordError.h"
+
+#include <algorithm>
+#include <atomic>
+#include <cerrno>
+#include <cstddef>
+#include <cstdlib>
+#include <cstring>
+#include <fcntl.h>
+#include <memory>
+#include <string>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <vector>
+
+namespace {
+
+[[noreturn]] void Fail(const std::string& path, const char* doing, int error) {
+  throw gsl_RecordError(path + ": cannot " + doing + ": " + std::strerror(error));
+}
+
+/// The folder of a path, which must be flushed after a rename.
+std::string FolderOf(const std::string& path) {
+  const std::size_t slash = path.rfind('/');
+  if (slash == std::string::npos) return ".";
+  return slash == 0 ? "/" : path.substr(0, slash);
+}
+
+/// The path behind symbolic links; the path itself where there is no file yet.
+std::string ResolvedPath(const std::string& path) {
+  const std::unique_ptr<char, decltype(&std::free)> resolved(realpath(path.c_str(), nullptr),
+                                                             &std::free);
+  return resolved != nullptr ? std::string(resolved.get()) : path;
+}
+
+/// A descriptor that is closed when it goes out of scope.
+class Descriptor {
+public:
+  explicit Descriptor(int number) : descriptor(number) {}
+  ~Descriptor() {
+    if (descriptor >= 0) close(descriptor);
+  }
+  Descriptor(const Descriptor&) = delete;
+  Descriptor& operator=(const Descriptor&) = delete;
+
+  int Number() const { return descriptor; }
+  /// Returns 0, or the error.
+  int Close() {
+    const int status = close(descriptor);
+    descriptor = -1;
+    return status == 0 ? 0 : errno;
+  }
+
+private:
+  int descriptor;
+};
+
+/// A file beside its place, which is removed unless it was renamed.
+class TemporaryFile {
+public:
+  explicit TemporaryFile(const std::string& place) : file(Create(place)) {
+    if (file.Number() < 0) Fail(place, "write beside the file", errno);
+  }
+  ~TemporaryFile() {
+    if (isThere) unlink(name.c_str());
+  }
+  TemporaryFile(const TemporaryFile&) = delete;
+  TemporaryFile& operator=(const TemporaryFile&) = delete;
+
+  /// Gives the file the permissions of the file that it replaces, if there is one.
+  void TakePermissions(const std::string& place) {
+    struct stat existing = {};
+    if (stat(place.c_str(), &existing) != 0) return;
+    if (fchmod(file.Number(), existing.st_mode & 07777) != 0) Fail(place, "set permissions", errno);
+  }
+
+  void Write(const std::string& place, const std::vector<unsigned char>& bytes) {
+    for (std::size_t at = 0; at < bytes.size();) {
+      const ssize_t written = write(file.Number(), bytes.data() + at, bytes.size() - at);
+      if (written < 0 && errno == EINTR) continue;
+      if (written <= 0) Fail(place, "write", written < 0 ? errno : ENOSPC);
+      at += static_cast<std::size_t>(written);
+    }
+    if (fsync(file.Number()) != 0) Fail(place, "flush to the disk", errno);
+    if (const int error = file.Close()) Fail(place, "write", error);
+  }
+
+  void MoveTo(const std::string& place) {
+    if (rename(name.c_str(), place.c_str()) != 0) Fail(place, "replace the file", errno);
+    isThere = false;
+  }
+
+private:
+  /// Creates a file whose name no other process and no other thread uses.
+  int Create(const std::string& place) {
+    static std::atomic<unsigned int> counter{0};
+    int number = -1;
+    do {
+      name = place + '.' + std::to_string(getpid()) + '.' + std::to_string(counter++);
+      number = open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+    } while (number < 0 && errno == EEXIST);
+    isThere = number >= 0;
+    return number;
+  }
+
+  std::string name;
+  bool isThere = false;
+  Descriptor file;
+};
+
+void RefuseAllButFiles(const std::string& path) {
+  struct stat existing = {};
+  if (stat(path.c_str(), &existing) == 0 && !S_ISREG(existing.st_mode)) {
+    throw gsl_RecordError(path + ": cannot be replaced: it is not a regular file");
+  }
+}
+
+std::vector<unsigned char> ContentsOf(const std::string& path) {
+  const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC));
+  if (file.Number() < 0) Fail(path, "open", errno);
+  struct stat status = {};
+  if (fstat(file.Number(), &status) != 0) Fail(path, "read", errno);
+  std::vector<unsigned char> bytes;
+  if (S_ISREG(status.st_mode)) bytes.reserve(static_cast<std::size_t>(status.st_size) + 1);
+  for (;;) {
+    constexpr std::size_t kStep = std::size_t{1} << 16;
+    const std::size_t before = bytes.size();
+    bytes.resize(std::max(bytes.capacity(), before + kStep));
+    const ssize_t taken = read(file.Number(), bytes.data() + before, bytes.size() - before);
+    const int error = errno;
+    bytes.resize(before + (taken > 0 ? static_cast<std::size_t>(taken) : 0));
+    if (taken < 0 && error == EINTR) continue;
+    if (taken < 0) Fail(path, "read", error);
+    if (taken == 0) return bytes;
+  }
+}
+
+} // namespace
+
+void gsl_SaveRecords(const gsl_RecordStore& store, const std::string& path) {
+  const std::string place = ResolvedPath(path);
+  RefuseAllButFiles(place);
+  const std::vector<unsigned char> bytes = store.ToBytes();
+  TemporaryFile file(place);
+  file.TakePermissions(place);
+  file.Write(place, bytes);
+  file.MoveTo(place);
+  // The rename is on the disk when the folder is; a folder that cannot be opened is left to the
+  // system.
+  const Descriptor folder(open(FolderOf(place).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  if (folder.Number() >= 0) fsync(folder.Number());
+}
+
+gsl_RecordStore gsl_LoadRecords(const std::string& path) {
+  const std::vector<unsigned char> bytes = ContentsOf(path);
+  try {
+    return gsl_RecordStore::FromBytes(bytes.data(), bytes.size());
+  } catch (const gsl_RecordError& error) {
+    throw gsl_RecordError(path + ": " + error.what());
+  }
+}

@@ -1,0 +1,156 @@
+#include "gsl_RecordFile.h"
+
+#include "RawRecords.h"
+#include "Records.h"
+#include "TemporaryFolder.h"
+#include "gsl_RecordError.h"
+
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <random>
+#include <string>
+#include <vector>
+
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace {
+
+/// A store of `count` roots that hold the number `mark`.
+gsl_RecordStore Marked(int mark, int count = 10) {
+  gsl_RecordStore store;
+  for (int i = 0; i < count; ++i)
+    store.AddInteger(store.AddRoot(1, {1, static_cast<std::uint64_t>(i)}), {"mark", 0}, mark);
+  return store;
+}
+
+std::string MessageOfLoading(const std::string& path) {
+  try {
+    static_cast<void>(gsl_LoadRecords(path));
+  } catch (const gsl_RecordError& error) {
+    return error.what();
+  }
+  return "loaded";
+}
+
+std::string MessageOfSaving(const std::string& path) {
+  try {
+    gsl_SaveRecords(Marked(2), path);
+  } catch (const gsl_RecordError& error) {
+    return error.what();
+  }
+  return "saved";
+}
+
+} // namespace
+
+TEST(GslRecordFile, WhatWasSavedIsLoaded) {
+  const TemporaryFolder folder;
+  const std::string path = folder.Path("model.gslr");
+  gsl_SaveRecords(Marked(1), path);
+  EXPECT_TRUE(SameRecords(gsl_LoadRecords(path), Marked(1)));
+  // More than a block of the frame, over a file that is there.
+  gsl_SaveRecords(Marked(2, 300000), path);
+  EXPECT_TRUE(SameRecords(gsl_LoadRecords(path), Marked(2, 300000)));
+  EXPECT_EQ(folder.Names(), (std::vector<std::string>{"model.gslr"}));
+}
+
+TEST(GslRecordFile, NewFileHasTheUsualPermissionsAndAReplacedOneKeepsItsOwn) {
+  const TemporaryFolder folder;
+  const std::string path = folder.Path("model.gslr");
+  const auto mode = [&] {
+    struct stat status = {};
+    stat(path.c_str(), &status);
+    return status.st_mode & 0777u;
+  };
+  const mode_t mask = umask(027);
+  gsl_SaveRecords(Marked(1), path);
+  EXPECT_EQ(mode(), 0640u);
+  umask(mask);
+  chmod(path.c_str(), 0600);
+  gsl_SaveRecords(Marked(2), path);
+  EXPECT_EQ(mode(), 0600u);
+}
+
+TEST(GslRecordFile, SymbolicLinkStaysAndItsTargetIsReplaced) {
+  const TemporaryFolder folder;
+  gsl_SaveRecords(Marked(1), folder.Path("target"));
+  std::filesystem::create_symlink("target", folder.Path("link"));
+  gsl_SaveRecords(Marked(2), folder.Path("link"));
+  EXPECT_TRUE(std::filesystem::is_symlink(folder.Path("link")));
+  EXPECT_TRUE(SameRecords(gsl_LoadRecords(folder.Path("target")), Marked(2)));
+}
+
+TEST(GslRecordFile, ErrorsNameTheFileAndTheReason) {
+  const TemporaryFolder folder;
+  const std::string missing = folder.Path("missing");
+  EXPECT_EQ(MessageOfLoading(missing), missing + ": cannot open: No such file or directory");
+  EXPECT_EQ(MessageOfLoading(folder.Path("")), folder.Path("") + ": cannot read: Is a directory");
+  EXPECT_EQ(MessageOfSaving(folder.Path("none/model")),
+            folder.Path("none/model") +
+                ": cannot write beside the file: No such file or directory");
+  EXPECT_EQ(MessageOfSaving("/dev/null"),
+            "/dev/null: cannot be replaced: it is not a regular file");
+  const std::string foreign = folder.Write("foreign", "solid cube");
+  EXPECT_EQ(MessageOfLoading(foreign),
+            foreign + ": The bytes are not records: they start with 73 6f 6c 69, but records start "
+                      "with 67 73 6c 72 (\"gslr\")");
+  const std::string empty = folder.Write("empty", "");
+  EXPECT_NE(MessageOfLoading(empty).find("there are no bytes"), std::string::npos);
+  const std::string newer = folder.Write("newer", std::string("gslr\x07", 5));
+  EXPECT_EQ(MessageOfLoading(newer),
+            newer + ": The records have format version 7, which is newer, but this library reads "
+                    "version 2");
+}
+
+TEST(GslRecordFile, FullDiskLeavesTheOldFileAndNothingElse) {
+  const TemporaryFolder folder;
+  const std::string path = folder.Path("model.gslr");
+  gsl_SaveRecords(Marked(1), path);
+  const pid_t child = fork();
+  if (child == 0) {
+    signal(SIGXFSZ, SIG_IGN);
+    const rlimit small = {1000, 1000};
+    setrlimit(RLIMIT_FSIZE, &small);
+    try {
+      gsl_SaveRecords(Marked(2, 10000), path);
+      _exit(1);
+    } catch (const gsl_RecordError& error) {
+      _exit(error.what() == path + ": cannot write: File too large" ? 0 : 2);
+    }
+  }
+  int status = -1;
+  waitpid(child, &status, 0);
+  EXPECT_TRUE(WIFEXITED(status));
+  EXPECT_EQ(WEXITSTATUS(status), 0);
+  EXPECT_TRUE(SameRecords(gsl_LoadRecords(path), Marked(1)));
+  EXPECT_EQ(folder.Names(), (std::vector<std::string>{"model.gslr"}));
+}
+
+TEST(GslRecordFile, WriterKilledAtAnyMomentLeavesAWholeFile) {
+  const TemporaryFolder folder;
+  const std::string path = folder.Path("model.gslr");
+  gsl_SaveRecords(Marked(0, 1000), path);
+  std::mt19937 random(20261122);
+  for (int round = 0; round < 100; ++round) {
+    const pid_t child = fork();
+    if (child == 0) {
+      for (int mark = 1;; ++mark)
+        gsl_SaveRecords(Marked(mark, 1000), path);
+    }
+    usleep(static_cast<useconds_t>(random() % 20000));
+    kill(child, SIGKILL);
+    waitpid(child, nullptr, 0);
+    const gsl_RecordStore store = gsl_LoadRecords(path);
+    ASSERT_EQ(store.RootCount(), 1000u);
+    const int mark = (*store.Fields(0).begin()).integer;
+    ASSERT_TRUE(SameRecords(store, Marked(mark, 1000))) << round;
+  }
+}
