@@ -94,9 +94,9 @@ inline DoubleDouble Root(const DoubleDouble& a) {
 }
 
 /// A sum of doubles, exact: components do not overlap and grow in magnitude; none is zero.
-template <int Capacity>
+template <int kCapacity>
 struct Expansion {
-  double component[Capacity];
+  double component[kCapacity];
   int count = 0;
 
   Expansion() = default;
