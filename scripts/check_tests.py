@@ -23,17 +23,6 @@ EXCEPTIONS = {
     "gsl/impl/wide/gsl_WideKernelsAvx512.cpp": "gsl_WideKernels_test.cpp runs the kernels of every width",
     "gsl/impl/wide/gsl_WideKernelsBaseline.cpp": "gsl_WideKernels_test.cpp runs the kernels of every width",
     "gsl/persist/gsl_Arrays.cpp": "instantiates what cls_xo1DArrayList_test.cpp and omu_xoObjVarray_test.cpp test",
-    "gsl/impl/kernel/Box.h": "until its test is written: the tests of the classes that use it cover it",
-    "gsl/impl/kernel/Comparison.h": "until its test is written: the tests of the classes that use it cover it",
-    "gsl/impl/kernel/Line.h": "until its test is written: the tests of the classes that use it cover it",
-    "gsl/impl/kernel/Matrix.h": "until its test is written: the tests of the classes that use it cover it",
-    "gsl/impl/kernel/Plane.h": "until its test is written: the tests of the classes that use it cover it",
-    "gsl/impl/kernel/Segment.h": "until its test is written: the tests of the classes that use it cover it",
-    "gsl/impl/kernel/SegmentPair.h": "until its test is written: the tests of the classes that use it cover it",
-    "gsl/impl/kernel/SweepContacts.h": "until its test is written: the tests of the classes that use it cover it",
-    "gsl/impl/kernel/ThreePoints.h": "until its test is written: the tests of the classes that use it cover it",
-    "gsl/impl/kernel/TriangleSweep.h": "until its test is written: the tests of the classes that use it cover it",
-    "gsl/impl/kernel/Vector.h": "until its test is written: the tests of the classes that use it cover it",
 }
 
 # A parameter list, what may follow it, and a brace.
