@@ -94,9 +94,9 @@ inline DoubleDouble Root(const DoubleDouble& a) {
 }
 
 /// An exact sum of doubles. Its components do not overlap, grow in magnitude and are not zero.
-template <int Capacity>
+template <int kCapacity>
 struct Expansion {
-  double component[Capacity];
+  double component[kCapacity];
   int count = 0;
 
   Expansion() = default;

@@ -17,7 +17,7 @@ static_assert(sizeof(bool) == 1, "rows are scanned as bytes");
 
 namespace {
 
-using gsl_kernel::kEdgeLine;
+using gsl_kernel::kAdjacencyRun;
 
 /// The vertices that are visited but whose rows are not scanned yet: a bit each.
 class WaitingSet {
@@ -65,17 +65,17 @@ class UnvisitedSet {
 public:
   /// In units of 64 bits.
   static std::size_t MemoryFor(int n) {
-    const std::size_t bytes = Lines(n) * kEdgeLine + Groups(n) * sizeof(std::uint16_t);
+    const std::size_t bytes = Lines(n) * kAdjacencyRun + Groups(n) * sizeof(std::uint16_t);
     return Words(n) + (bytes + 7) / 8;
   }
 
   UnvisitedSet(int n, std::uint64_t* memory)
       : m_lines(Lines(n)), m_words(Words(n)), m_live(memory),
         m_bytes(reinterpret_cast<unsigned char*>(memory + m_words)),
-        m_left(reinterpret_cast<std::uint16_t*>(m_bytes + m_lines * kEdgeLine)) {
+        m_left(reinterpret_cast<std::uint16_t*>(m_bytes + m_lines * kAdjacencyRun)) {
     std::fill(m_live, m_live + m_words, std::uint64_t{0});
     std::fill(m_bytes, m_bytes + n, static_cast<unsigned char>(0xFF));
-    std::fill(m_bytes + n, m_bytes + m_lines * kEdgeLine, static_cast<unsigned char>(0));
+    std::fill(m_bytes + n, m_bytes + m_lines * kAdjacencyRun, static_cast<unsigned char>(0));
     for (int u = 0; u < n; u += kGroup) {
       const std::size_t group = Group(u);
       m_left[group] = static_cast<std::uint16_t>(std::min(kGroup, n - u));
@@ -85,7 +85,7 @@ public:
 
   bool Has(int u) const { return m_bytes[u] != 0; }
   std::size_t LineCount() const { return m_lines; }
-  const unsigned char* Line(std::size_t line) const { return m_bytes + line * kEdgeLine; }
+  const unsigned char* Line(std::size_t line) const { return m_bytes + line * kAdjacencyRun; }
 
   void Remove(int u) {
     m_bytes[u] = 0;
@@ -100,7 +100,7 @@ public:
 
 private:
   static constexpr std::size_t kGroupLines = 4;
-  static constexpr int kGroup = kEdgeLine * static_cast<int>(kGroupLines);
+  static constexpr int kGroup = kAdjacencyRun * static_cast<int>(kGroupLines);
 
   std::size_t m_lines;
   std::size_t m_words;
@@ -109,7 +109,7 @@ private:
   std::uint16_t* m_left; ///< unvisited vertices of each group
 
   static std::size_t Lines(int n) {
-    return (static_cast<std::size_t>(n) + kEdgeLine - 1) / kEdgeLine;
+    return (static_cast<std::size_t>(n) + kAdjacencyRun - 1) / kAdjacencyRun;
   }
   static std::size_t Groups(int n) { return (Lines(n) + kGroupLines - 1) / kGroupLines; }
   static std::size_t Words(int n) { return (Groups(n) + 63) / 64; }
@@ -211,17 +211,18 @@ private:
     // The last line reaches into the next row, where nothing is open; after the last row there is
     // nothing to read.
     const std::size_t readable =
-        m_unvisited.LineCount() * kEdgeLine <= static_cast<std::size_t>(m_end - row)
+        m_unvisited.LineCount() * kAdjacencyRun <= static_cast<std::size_t>(m_end - row)
             ? m_unvisited.LineCount()
-            : static_cast<std::size_t>(m_n / kEdgeLine);
+            : static_cast<std::size_t>(m_n / kAdjacencyRun);
     for (std::size_t line = m_unvisited.NextLive(0); line < readable;) {
       const std::size_t dead = std::min(readable, m_unvisited.NextDead(line));
       ScanLines(v, line, dead);
       line = dead < readable ? m_unvisited.NextLive(dead) : readable;
     }
     if (readable < m_unvisited.LineCount()) {
-      unsigned char padded[kEdgeLine] = {};
-      std::memcpy(padded, row + readable * kEdgeLine, static_cast<std::size_t>(m_n % kEdgeLine));
+      unsigned char padded[kAdjacencyRun] = {};
+      std::memcpy(padded, row + readable * kAdjacencyRun,
+                  static_cast<std::size_t>(m_n % kAdjacencyRun));
       VisitFrom(readable, padded);
     }
   }
@@ -229,20 +230,20 @@ private:
   void ScanLines(int v, std::size_t line, std::size_t dead) {
     const unsigned char* const row = Row(v);
     while (line < dead) {
-      line += m_kernels.skipLines(row + line * kEdgeLine, m_unvisited.Line(line),
-                                  RowAfter(v) + line * kEdgeLine, dead - line);
+      line += m_kernels.skipLines(row + line * kAdjacencyRun, m_unvisited.Line(line),
+                                  RowAfter(v) + line * kAdjacencyRun, dead - line);
       if (line == dead) break;
-      VisitFrom(line, row + line * kEdgeLine);
+      VisitFrom(line, row + line * kAdjacencyRun);
       ++line;
     }
   }
 
   void VisitFrom(std::size_t line, const unsigned char* entries) {
     const unsigned char* const open = m_unvisited.Line(line);
-    for (int k = 0; k < kEdgeLine; k += 8) {
+    for (int k = 0; k < kAdjacencyRun; k += 8) {
       std::uint64_t edges = LoadWord(entries + k) & LoadWord(open + k);
       for (; edges != 0; edges = WithoutByte(edges, FirstByte(edges))) {
-        Visit(static_cast<int>(line) * kEdgeLine + k + FirstByte(edges));
+        Visit(static_cast<int>(line) * kAdjacencyRun + k + FirstByte(edges));
       }
     }
   }

@@ -138,7 +138,7 @@ public:
   int Below(int n) { return random.Below(n); }
 
 private:
-  RandomNumbers random;
+  CorpusNumbers random;
   int kind = 0;
 };
 

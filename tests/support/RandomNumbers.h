@@ -5,21 +5,34 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <random>
 #include <vector>
 
-/// The random numbers of the tests. Generator and distributions are its own, so that a seed makes
-/// the same numbers with every standard library.
-class RandomNumbers {
+/// The engine that the corpus of the golden numbers is made with.
+class SplitMix {
 public:
-  explicit RandomNumbers(std::uint64_t seed) : m_state(seed) {}
+  explicit SplitMix(std::uint64_t seed) : m_state(seed) {}
 
-  /// 64 random bits.
-  std::uint64_t Next() {
+  std::uint64_t operator()() {
     std::uint64_t z = (m_state += 0x9E3779B97F4A7C15ull);
     z = (z ^ (z >> 30)) * 0xBF58476D1CE4E5B9ull;
     z = (z ^ (z >> 27)) * 0x94D049BB133111EBull;
     return z ^ (z >> 31);
   }
+
+private:
+  std::uint64_t m_state;
+};
+
+/// Random numbers of the tests. The distributions are their own, so that a seed makes the same
+/// numbers with every standard library.
+template <class Engine>
+class RandomNumbersOf {
+public:
+  explicit RandomNumbersOf(std::uint64_t seed) : m_engine(seed) {}
+
+  /// 64 random bits.
+  std::uint64_t Next() { return m_engine(); }
 
   /// Uniform in [0, 1).
   double Unit() { return static_cast<double>(Next() >> 11) * 0x1p-53; }
@@ -36,7 +49,11 @@ public:
   }
 
 private:
-  std::uint64_t m_state;
+  Engine m_engine;
 };
+
+using RandomNumbers = RandomNumbersOf<std::mt19937_64>;
+/// Stored hashes depend on this engine.
+using CorpusNumbers = RandomNumbersOf<SplitMix>;
 
 #endif

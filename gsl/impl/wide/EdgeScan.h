@@ -1,7 +1,7 @@
 #ifndef GSL_WIDE_EDGE_SCAN_H
 #define GSL_WIDE_EDGE_SCAN_H
 
-#include "wide/EdgeLine.h"
+#include "wide/AdjacencyRun.h"
 #include "wide/Lanes.h"
 
 #include <cstddef>
@@ -13,7 +13,7 @@ namespace GSL_LANES_NAMESPACE {
 GSL_ALWAYS_INLINE Bits OpenEdges(const unsigned char* entries, const unsigned char* open) {
   Bits found = LoadBits(entries) & LoadBits(open);
 #pragma GCC unroll 4
-  for (int k = kLanes * 8; k < kEdgeLine; k += kLanes * 8) {
+  for (int k = kLanes * 8; k < kAdjacencyRun; k += kLanes * 8) {
     found |= LoadBits(entries + k) & LoadBits(open + k);
   }
   return found;
@@ -25,12 +25,12 @@ inline std::size_t SkipLines(const unsigned char* entries, const unsigned char* 
                              const unsigned char* next, std::size_t lines) {
   std::size_t line = 0;
   for (; line + 4 <= lines; line += 4) {
-    const std::size_t at = line * kEdgeLine;
+    const std::size_t at = line * kAdjacencyRun;
     Bits found[4];
 #pragma GCC unroll 4
     for (int k = 0; k < 4; ++k) {
-      __builtin_prefetch(next + at + k * kEdgeLine, 0, 2);
-      found[k] = OpenEdges(entries + at + k * kEdgeLine, open + at + k * kEdgeLine);
+      __builtin_prefetch(next + at + k * kAdjacencyRun, 0, 2);
+      found[k] = OpenEdges(entries + at + k * kAdjacencyRun, open + at + k * kAdjacencyRun);
     }
     if (AnyBit(found[0] | found[1] | found[2] | found[3])) {
       // No branch: which of the four it is cannot be predicted.
@@ -39,7 +39,7 @@ inline std::size_t SkipLines(const unsigned char* entries, const unsigned char* 
     }
   }
   for (; line < lines; ++line) {
-    if (AnyBit(OpenEdges(entries + line * kEdgeLine, open + line * kEdgeLine))) break;
+    if (AnyBit(OpenEdges(entries + line * kAdjacencyRun, open + line * kAdjacencyRun))) break;
   }
   return line;
 }

@@ -1,7 +1,7 @@
 #ifndef GSL_WIDE_WIDE_KERNELS_H
 #define GSL_WIDE_WIDE_KERNELS_H
 
-#include "wide/EdgeLine.h"
+#include "wide/AdjacencyRun.h"
 #include "wide/LuWork.h"
 
 #include <cstddef>

@@ -45,7 +45,7 @@ TEST(GslBBox, NewBoxIsEmpty) {
   EXPECT_FALSE(box.Uid().IsNull());
 }
 
-TEST(GslBBox, EmptyBoxHasACentreAllTheSame) {
+TEST(GslBBox, EmptyBoxStillHasACentre) {
   gsl_BBox box;
   EXPECT_XYZ(box.Center(), -0.5, -0.5, -0.5);
 }
@@ -145,7 +145,7 @@ TEST(GslBBox, EmptyMeansMinBeyondMaxOnAnyAxis) {
   }
 }
 
-TEST(GslBBox, VacateGivesTheEmptyState) {
+TEST(GslBBox, VacateRestoresTheEmptyState) {
   gsl_BBox box = BoxOf({0.0, 0.0, 0.0}, {1.0, 1.0, 1.0});
   EXPECT_FALSE(box.IsEmpty());
   box.Vacate();
@@ -317,7 +317,7 @@ TEST(GslBBox, ExtentOfAnEmptyBoxHasANegativeRadius) {
   EXPECT_EQ(sphere.Radius(), -0.5f);
 }
 
-TEST(GslBBox, EqualityIsThatOfTheCorners) {
+TEST(GslBBox, BoxesAreEqualWhenTheirCornersAre) {
   const ScopedSettings settings;
   settings->zeroTolerance = 0.25;
   const gsl_BBox box = BoxOf({0.0, 0.0, 0.0}, {1.0, 1.0, 1.0});

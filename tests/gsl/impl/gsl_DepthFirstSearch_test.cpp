@@ -106,7 +106,7 @@ const int kSizes[] = {1, 2, 3, 7, 8, 63, 64, 65, 127, 128, 200, 255, 256, 257, 3
 
 } // namespace
 
-TEST(GslDepthFirstSearch, NoVerticesAreNoPieces) {
+TEST(GslDepthFirstSearch, NoVerticesHaveNoComponents) {
   int label = kSentinel;
   int count = kSentinel;
   gsl_DepthFirstSearch(nullptr, 0, &label, count);
@@ -114,7 +114,7 @@ TEST(GslDepthFirstSearch, NoVerticesAreNoPieces) {
   EXPECT_EQ(label, kSentinel);
 }
 
-TEST(GslDepthFirstSearch, NegativeSizeIsNoVertices) {
+TEST(GslDepthFirstSearch, NegativeSizeMeansNoVertices) {
   int label = kSentinel;
   int count = kSentinel;
   gsl_DepthFirstSearch(nullptr, -5, &label, count);
@@ -122,7 +122,7 @@ TEST(GslDepthFirstSearch, NegativeSizeIsNoVertices) {
   EXPECT_EQ(label, kSentinel);
 }
 
-TEST(GslDepthFirstSearch, WithoutEdgesEveryVertexIsItsOwnPiece) {
+TEST(GslDepthFirstSearch, WithoutEdgesEveryVertexIsItsOwnComponent) {
   for (const int n : kSizes) {
     const Pieces found = Search(Graph(n));
     EXPECT_EQ(found.count, n);
@@ -130,7 +130,7 @@ TEST(GslDepthFirstSearch, WithoutEdgesEveryVertexIsItsOwnPiece) {
   }
 }
 
-TEST(GslDepthFirstSearch, FullMatrixIsOnePiece) {
+TEST(GslDepthFirstSearch, FullMatrixIsOneComponent) {
   for (const int n : kSizes) {
     Graph graph(n);
     for (int v = 0; v < n; ++v) {
@@ -154,7 +154,7 @@ TEST(GslDepthFirstSearch, DiagonalChangesNothing) {
   }
 }
 
-TEST(GslDepthFirstSearch, VertexThatOnlyPointsBackStartsItsOwnPiece) {
+TEST(GslDepthFirstSearch, VertexThatOnlyPointsBackStartsItsOwnComponent) {
   Graph graph(2);
   graph.Edge(1, 0) = true;
   const Pieces found = Search(graph);
@@ -171,7 +171,7 @@ TEST(GslDepthFirstSearch, EdgesAreFollowedInTheirDirectionOnly) {
   EXPECT_EQ(found.labels, (std::vector<int>{0, 1, 0, 2}));
 }
 
-TEST(GslDepthFirstSearch, PieceReachesBackToLowerVertices) {
+TEST(GslDepthFirstSearch, ComponentReachesBackToLowerVertices) {
   // 0 -> 5 -> 1 -> 4; 2 and 3 are left, joined.
   Graph graph(6);
   graph.Edge(0, 5) = graph.Edge(5, 1) = graph.Edge(1, 4) = graph.Edge(2, 3) = true;
@@ -231,7 +231,7 @@ TEST(GslDepthFirstSearch, ClustersAreSkippedOnceTheyAreDone) {
   ExpectAsDefined(graph);
 }
 
-TEST(GslDepthFirstSearch, PathInAnyOrderIsOnePiece) {
+TEST(GslDepthFirstSearch, PathInAnyOrderIsOneComponent) {
   RandomNumbers random(7);
   const int n = 700;
   std::vector<int> order = UpTo(n);

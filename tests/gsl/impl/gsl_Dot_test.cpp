@@ -16,7 +16,7 @@ void ExpectAt(const gsl_Dot& dot, double x, double y, double z) {
   EXPECT_XYZ(dot.GetPoint(), x, y, z);
 }
 
-TEST(GslDot, DefaultIsMadeFromAPointAtTheOriginAndStandsForNoEntity) {
+TEST(GslDot, DefaultIsMadeFromAPointAtTheOriginWithoutAnEntity) {
   const gsl_Dot dot;
   ExpectAt(dot, 0.0, 0.0, 0.0);
   EXPECT_EQ(dot.GetMethod(), gsl_FROM_POINT);
@@ -87,7 +87,7 @@ TEST(GslDot, CopyIsAHeapObjectWithTheSameIdentity) {
   EXPECT_EQ(copy->Uid(), dot.Uid());
 }
 
-TEST(GslDot, EveryOtherConstructorGivesAnIdentityOfItsOwn) {
+TEST(GslDot, EveryOtherConstructorAllocatesAnIdentity) {
   const gsl_Point p;
   const gsl_Dot dots[] = {gsl_Dot(),     gsl_Dot(p),   gsl_Dot(p), gsl_Dot(0.0, 0.0, 0.0),
                           gsl_Dot(0, 0), gsl_Dot(0, 0)};
@@ -100,7 +100,7 @@ TEST(GslDot, EveryOtherConstructorGivesAnIdentityOfItsOwn) {
   }
 }
 
-TEST(GslDot, CopyAnswersNullWhenThereIsNoMemory) {
+TEST(GslDot, CopyReturnsNullWithoutMemory) {
   const gsl_Dot dot(1.0, 2.0, 3.0);
   const FailingAllocation failing(0);
   EXPECT_EQ(dot.Copy(), nullptr);
@@ -191,7 +191,7 @@ TEST(GslDot, TypeIdIsFixed) {
   EXPECT_EQ(gsl_Dot().DynTypeId(), gsl_Dot::TypeId());
 }
 
-TEST(GslDot, FieldsComeInTheirOrderBehindTheIdentity) {
+TEST(GslDot, FieldsFollowTheIdentityInTheirOrder) {
   const gsl_Dot dot;
   const void* const uid = &dot.Uid();
   const void* const point = &dot.GetPoint();

@@ -113,7 +113,7 @@ TEST(GslInPlaneSweep, BAlongTheDirectionIsRefusedUnlessTwoSided) {
   EXPECT_EQ(sweep.distance, 3.0);
 }
 
-TEST(GslInPlaneSweep, TwoSidedOfAIsNotThatOfB) {
+TEST(GslInPlaneSweep, TwoSidedOfAIsNotTwoSidedOfB) {
   Sweep sweep({-1.0, 0.0, 0.0}, {1.0, 0.0, 0.0}, {-4.0, 3.0, 0.0}, {4.0, 3.0, 0.0});
   sweep.twoSided[1] = true;
   EXPECT_FALSE(sweep());
@@ -235,7 +235,7 @@ TEST(GslInPlaneSweep, SecondPassStoresTheEndOfTheTurnedA) {
   sweep.ExpectEnd(1, sweep.a[1]);
 }
 
-TEST(GslInPlaneSweep, BehindFromAKeepsTheResultSoFar) {
+TEST(GslInPlaneSweep, PassedEndOfAKeepsTheResultSoFar) {
   Sweep sweep({1.0, 0.0, 0.0}, {-1.0, 0.0, 0.0}, {-1.0, -1.0, 0.0}, {1.0, 1.0, 0.0});
   EXPECT_TRUE(sweep());
   EXPECT_NEAR(sweep.distance, 1.0, 1e-12);
@@ -243,14 +243,14 @@ TEST(GslInPlaneSweep, BehindFromAKeepsTheResultSoFar) {
   sweep.ExpectComputed(1, 1.0, 1.0);
 }
 
-TEST(GslInPlaneSweep, BehindFromAAtTheFirstEndIsNoContact) {
+TEST(GslInPlaneSweep, PassedFirstEndOfAMakesNoContact) {
   // The second end would travel 1.
   Sweep sweep({1.0, 0.0, 0.0}, {-1.0, 0.0, 0.0}, {-1.0, 1.0, 0.0}, {1.0, -1.0, 0.0});
   EXPECT_FALSE(sweep());
   sweep.ExpectUntouched();
 }
 
-TEST(GslInPlaneSweep, BehindFromBIsNoContactAlthoughTheFirstPassWroteOne) {
+TEST(GslInPlaneSweep, PassedEndOfBMakesNoContactAlthoughTheFirstPassWroteOne) {
   Sweep sweep({2.0, 0.0, 0.0}, {-2.0, 0.0, 0.0}, {-1.0, -1.0, 0.0}, {3.0, 3.0, 0.0});
   EXPECT_FALSE(sweep());
   EXPECT_NEAR(sweep.distance, 2.0, 1e-12);
@@ -258,7 +258,7 @@ TEST(GslInPlaneSweep, BehindFromBIsNoContactAlthoughTheFirstPassWroteOne) {
   sweep.ExpectComputed(1, 2.0, 2.0);
 }
 
-TEST(GslInPlaneSweep, BehindFromBIsNoContactAlthoughTheSecondPassWroteOne) {
+TEST(GslInPlaneSweep, PassedEndOfBMakesNoContactAlthoughTheSecondPassWroteOne) {
   Sweep sweep({4.0, 0.0, 0.0}, {-4.0, 0.0, 0.0}, {-1.0, 1.0, 0.0}, {1.0, -1.0, 0.0});
   EXPECT_FALSE(sweep());
   EXPECT_EQ(sweep.distance, 1.0);
@@ -266,7 +266,7 @@ TEST(GslInPlaneSweep, BehindFromBIsNoContactAlthoughTheSecondPassWroteOne) {
   sweep.ExpectEnd(1, sweep.a[0]);
 }
 
-TEST(GslInPlaneSweep, BehindFromBAtItsFirstEndIsNoContact) {
+TEST(GslInPlaneSweep, PassedFirstEndOfBMakesNoContact) {
   Sweep sweep({4.0, 0.0, 0.0}, {-4.0, 0.0, 0.0}, {-1.0, -1.0, 0.0}, {1.0, 1.0, 0.0});
   EXPECT_FALSE(sweep());
   sweep.ExpectUntouched();
@@ -578,7 +578,7 @@ struct GuardedSweep {
   }
 };
 
-TEST(GslInPlaneSweepTouches, TheFlagOfBOnlyAfterThatOfA) {
+TEST(GslInPlaneSweepTouches, TheFlagOfBOnlyAfterTheFlagOfA) {
   const gsl_Point left(-4.0, 3.0, 0.0), right(4.0, 3.0, 0.0);
   const gsl_Point a0(-1.0, 0.0, 0.0), a1(1.0, 0.0, 0.0);
   EXPECT_FALSE(GuardedSweep(false, true).Ask(0)(a0, a1, left, right)) << "A is refused";

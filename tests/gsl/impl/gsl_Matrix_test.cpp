@@ -239,7 +239,7 @@ TEST(GslMatrix, ConcatenateWithItselfSquares) {
 
 // ---- the identity flag
 
-TEST(GslMatrixIsIdentity, AKnownFlagAnswersWithoutLookingAtTheEntries) {
+TEST(GslMatrixIsIdentity, AKnownFlagDecidesWithoutTheEntries) {
   gsl_Matrix m = Counting();
   m.isIdentity = 1;
   EXPECT_TRUE(m.IsIdentity());
@@ -374,7 +374,7 @@ TEST(GslMatrix, SetRotationVectorsDividesByTheirMagnitudes) {
   ExpectEntries(m, {{0.6, 0, 0, 4}, {0, 0, -1, 8}, {0.8, 4, 0, 12}, {13, 14, 15, 16}});
 }
 
-TEST(GslMatrix, SetRotationVectorsGivesZeroForAMagnitudeOfExactlyZero) {
+TEST(GslMatrix, SetRotationVectorsWritesZeroForAMagnitudeOfExactlyZero) {
   gsl_Matrix m;
   gsl_Vector noLength(5.0, 6.0, 7.0);
   noLength.magnitude = 0.0;
@@ -631,7 +631,7 @@ struct AxisAngle {
 
 } // namespace
 
-TEST(GslMatrixGetAxisRotation, OfTheIdentityIsNoAngleAndTheZeroAxis) {
+TEST(GslMatrixGetAxisRotation, OfTheIdentityIsAZeroAngleAndTheZeroAxis) {
   const AxisAngle r{gsl_Matrix()};
   EXPECT_EQ(r.angle, 0.0);
   EXPECT_XYZ(r.axis, 0.0, 0.0, 0.0);

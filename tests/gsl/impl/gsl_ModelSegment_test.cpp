@@ -141,7 +141,7 @@ TEST(GslModelSegment, RegenerateOfAnUnsharedSegmentClonesNothing) {
   EXPECT_EQ(&segment.Point1(), first);
 }
 
-TEST(GslModelSegment, RegeneratePassesTheFeatureListAndIgnoresTheAnswer) {
+TEST(GslModelSegment, RegeneratePassesTheFeatureListAndIgnoresTheResult) {
   const ftr_FeatureList* const features = UnreadableList();
   gsl_ModelSegment segment(CountedDot(gsl_Point(1.0, 0.0, 0.0)),
                            CountedDot(gsl_Point(5.0, 0.0, 0.0)));
@@ -282,7 +282,7 @@ TEST(GslModelSegment, ReturnPrimOfEqualEndsIsZero) {
   ExpectTuple(gsl_ModelSegment(gsl_Dot(3.0, 0.0, 4.0), gsl_Dot(3.0, 0.0, 4.0)), 0.0, 0.0, 0.0);
 }
 
-TEST(GslModelSegment, ReturnPrimOfAVeryShortSegmentIsUnitAllTheSame) {
+TEST(GslModelSegment, ReturnPrimOfAVeryShortSegmentIsStillUnit) {
   ExpectTuple(gsl_ModelSegment(gsl_Dot(0.0, 0.0, 0.0), gsl_Dot(0.0, -1e-9, 0.0)), 0.0, -1.0, 0.0);
 }
 

@@ -172,19 +172,19 @@ TEST(GslPlane, FlipIsNeverAppliedToTheNormal) {
   EXPECT_EQ(gsl_Point(0.0, 0.0, 2.0).GetSignedDistance(plane), 2.0);
 }
 
-TEST(GslPlane, ExtensionsAnswerNullAndFalse) {
+TEST(GslPlane, ExtensionsReturnNullAndFalse) {
   gsl_Plane plane;
   EXPECT_EQ(plane.ExtensionObject(), nullptr);
   EXPECT_FALSE(plane.ExtensionQuery(&plane));
   EXPECT_FALSE(plane.ExtensionQuery(nullptr));
 }
 
-TEST(GslPlane, TypeIdIsThatOfItsRow) {
+TEST(GslPlane, TypeIdMatchesItsRow) {
   EXPECT_EQ(gsl_Plane::TypeId(), 0x30A0004u);
   EXPECT_EQ(gsl_Plane().DynTypeId(), 0x30A0004u);
 }
 
-TEST(GslPlane, VirtualSlotsComeInOrderBehindTheDestructor) {
+TEST(GslPlane, VirtualSlotsFollowTheDestructorInOrder) {
   EXPECT_TRUE(std::has_virtual_destructor_v<gsl_Plane>);
   EXPECT_EQ(VirtualSlot(&gsl_Plane::Copy), 2);
   EXPECT_EQ(VirtualSlot(&gsl_Plane::Regenerate), 3);

@@ -285,7 +285,7 @@ TEST(GslPointDistance, AlongADirectionInThePlaneIsUnguarded) {
               6e12, 1.0);
 }
 
-TEST(GslPointDistance, OrthogonalityIsEvaluatedAndItsAnswerIgnored) {
+TEST(GslPointDistance, OrthogonalityIsAskedAndIgnored) {
   const ScopedSettings settings;
   const gsl_Plane plane(gsl_Point(0.0, 0.0, 0.0), gsl_Vector(0.0, 0.0, 1.0));
   const gsl_Point p(0.0, 0.0, 6.0);
@@ -322,7 +322,7 @@ TEST(GslPointDistance, ToASegmentFromBeyondItsSpanIsToTheNearerEnd) {
   EXPECT_EQ(out.p.uid, segment.Point2().uid);
 }
 
-TEST(GslPointDistance, AFootAtTheEndIsNoEndPoint) {
+TEST(GslPointDistance, AFootAtTheEndIsAComputedPoint) {
   const gsl_Segment segment(gsl_Point(0.0, 0.0, 0.0), gsl_Point(2.0, 0.0, 0.0));
   OutPoint out;
   EXPECT_EQ(gsl_Point(2.0, 3.0, 0.0).GetDistance(segment, out.p), 3.0);
@@ -461,7 +461,7 @@ TEST(GslPointIsOn, NothingLiesOnALineOrPlaneWithoutADirection) {
 
 // ---- projections
 
-TEST(GslPointProjectOn, ALineGivesTheSignedDistanceAlongIt) {
+TEST(GslPointProjectOn, ALineWritesTheSignedDistanceAlongIt) {
   const gsl_StLine line(gsl_Point(1.0, 1.0, 0.0), gsl_Vector(0.0, 0.0, -2.0));
   gsl_Point p(4.0, 5.0, 6.0);
   double t = kSentinel;
@@ -472,7 +472,7 @@ TEST(GslPointProjectOn, ALineGivesTheSignedDistanceAlongIt) {
   EXPECT_NE(foot.uid, line.PointOn().uid);
 }
 
-TEST(GslPointProjectOn, ALineWithoutADirectionGivesItsPoint) {
+TEST(GslPointProjectOn, ALineWithoutADirectionReturnsItsPoint) {
   const gsl_StLine line(gsl_Point(1.0, 2.0, 3.0), gsl_Vector(0.0, 0.0, 1e-7));
   gsl_Point p(4.0, 5.0, 6.0);
   double t = kSentinel;
@@ -480,7 +480,7 @@ TEST(GslPointProjectOn, ALineWithoutADirectionGivesItsPoint) {
   EXPECT_EQ(t, 0.0);
 }
 
-TEST(GslPointProjectOn, APlaneGivesTheFoot) {
+TEST(GslPointProjectOn, APlaneReturnsTheFoot) {
   const gsl_Plane plane(gsl_Point(0.0, 0.0, 1.0), gsl_Vector(0.0, 0.0, -4.0));
   gsl_Point p(5.0, 6.0, 9.0);
   const gsl_Point foot = p.ProjectOn(plane);
@@ -522,7 +522,7 @@ TEST(GslPointProjectOn, FeetAreAskedOfAChangeablePoint) {
   EXPECT_TRUE((Projects<void, const gsl_Point, const gsl_Segment&, gsl_Point&, double&>::value));
 }
 
-TEST(GslPointProjectOn, ASegmentGivesTheFootAndItsFraction) {
+TEST(GslPointProjectOn, ASegmentWritesTheFootAndItsFraction) {
   const gsl_Segment segment(gsl_Point(2.0, 0.0, 0.0), gsl_Point(6.0, 0.0, 0.0));
   OutPoint out;
   double t = kSentinel;
@@ -591,7 +591,7 @@ TEST(GslPointProjectOn, SegmentOfExactlyTheToleranceIsNotDegenerate) {
   EXPECT_TRUE(untouched.Untouched());
 }
 
-TEST(GslPointProjectOn, ATriangleGivesTheFootAndItsWeights) {
+TEST(GslPointProjectOn, ATriangleWritesTheFootAndItsWeights) {
   const gsl_Point a(0.0, 0.0, 2.0), b(4.0, 0.0, 2.0), c(0.0, 4.0, 2.0);
   OutPoint out;
   double w[3] = {kSentinel, kSentinel, kSentinel};
@@ -840,7 +840,7 @@ TEST(GslPointRayIntersect, ParallelToThePlaneFailsUnlessTheOriginLiesOnIt) {
   EXPECT_EQ(out.uid, on.uid);
 }
 
-TEST(GslPointRayIntersect, AnOriginOnThePlaneIsTheAnswerInEveryDirection) {
+TEST(GslPointRayIntersect, AnOriginOnThePlaneIsTheCrossingInEveryDirection) {
   const gsl_Point near(1.0, 2.0, Below(Tolerance())), notNear(1.0, 2.0, Tolerance());
   const gsl_Vector down(0.0, 0.0, -1.0);
   gsl_Point out;

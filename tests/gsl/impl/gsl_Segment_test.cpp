@@ -72,7 +72,7 @@ TEST(GslSegment, CopyAndAssignmentTakeTheIdentitiesOfPointsAndSegment) {
   EXPECT_EQ(assigned.Uid(), source.Uid());
 }
 
-TEST(GslSegment, TypeIdIsThatOfItsRow) {
+TEST(GslSegment, TypeIdMatchesItsRow) {
   EXPECT_EQ(gsl_Segment::TypeId(), 0x30A0008u);
   EXPECT_EQ(gsl_Segment().DynTypeId(), 0x30A0008u);
 }
@@ -244,7 +244,7 @@ TEST(GslSegmentWithSegment, CrossingInTheInteriors) {
   EXPECT_FALSE(SharesAnEndPointsIdentity(out, a, b));
 }
 
-TEST(GslSegmentWithSegment, PointIsTheOneOnTheOtherSegmentsLine) {
+TEST(GslSegmentWithSegment, PointLiesOnTheOtherSegmentsLine) {
   gsl_Point out = Sentinel();
   EXPECT_TRUE(Segment(0, 0, 0, 4, 0, 0).Intersect(Segment(1, -1, 1e-7, 1, 3, 1e-7), out));
   EXPECT_TRUE(IsAt(out, 1.0, 0.0, 1e-7)) << "the second of the two tests writes last";
@@ -285,7 +285,7 @@ TEST(GslSegmentWithSegment, DegenerateOtherKeepsThePointOfTheFirstTest) {
   EXPECT_TRUE(IsAt(out, 1.0, 0.0, 0.0));
 }
 
-TEST(GslSegmentDistance, CrossingInTheInteriorsGivesOnePointTwice) {
+TEST(GslSegmentDistance, CrossingInTheInteriorsIsOnePointTwice) {
   const gsl_Segment a = Segment(0, 0, 0, 4, 0, 0);
   const gsl_Segment b = Segment(1, -1, 0, 1, 3, 0);
   gsl_Segment r;

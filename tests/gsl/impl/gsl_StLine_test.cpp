@@ -177,18 +177,18 @@ TEST(GslStLine, DirectionForDatumDeliberatelyIgnoresTheFlip) {
   EXPECT_TRUE(IsAt(line.Direction(), 2.0, 3.0, 0.0));
 }
 
-TEST(GslStLine, ExtensionsAnswerNullAndFalse) {
+TEST(GslStLine, ExtensionsReturnNullAndFalse) {
   gsl_StLine line;
   EXPECT_EQ(line.ExtensionObject(), nullptr);
   EXPECT_FALSE(line.ExtensionQuery(&line));
 }
 
-TEST(GslStLine, TypeIdIsThatOfItsRow) {
+TEST(GslStLine, TypeIdMatchesItsRow) {
   EXPECT_EQ(gsl_StLine::TypeId(), 0x30A0006u);
   EXPECT_EQ(gsl_StLine().DynTypeId(), 0x30A0006u);
 }
 
-TEST(GslStLine, VirtualSlotsComeInOrderBehindTheDestructor) {
+TEST(GslStLine, VirtualSlotsFollowTheDestructorInOrder) {
   EXPECT_TRUE(std::has_virtual_destructor_v<gsl_StLine>);
   EXPECT_EQ(VirtualSlot(&gsl_StLine::Copy), 2);
   EXPECT_EQ(VirtualSlot(&gsl_StLine::Regenerate), 3);

@@ -59,7 +59,7 @@ TEST(GslTransformIntObj, MatrixIsColumnByColumnWithoutTheFourthRow) {
     EXPECT_EQ(tuple->Number(i), expected[i]) << i;
 }
 
-TEST(GslTransformIntObj, MatrixIsGivenAsItStandsAndNotSnapped) {
+TEST(GslTransformIntObj, MatrixIsReturnedAsItIsAndNotSnapped) {
   gsl_Matrix nearlyIdentity;
   nearlyIdentity.SetTranslation({1e-6, 0.0, 0.0});
   gsl_TransformIntObj object(omu_Shortcut(kPath), nearlyIdentity, "");
@@ -75,7 +75,7 @@ TEST(GslTransformIntObj, HoldsACopyOfTheMatrixAndTheText) {
   EXPECT_TRUE(object.GetText().SharesWith(text));
 }
 
-TEST(GslTransformIntObj, EveryCallGivesATupleOfItsOwn) {
+TEST(GslTransformIntObj, EveryCallReturnsATupleOfItsOwn) {
   gsl_TransformIntObj object(omu_Shortcut(kPath), Numbered(), "");
   const std::unique_ptr<omu_PrimTuple> first = MatrixOf(object);
   const std::unique_ptr<omu_PrimTuple> second = MatrixOf(object);
@@ -83,7 +83,7 @@ TEST(GslTransformIntObj, EveryCallGivesATupleOfItsOwn) {
   EXPECT_TRUE(*first == *second);
 }
 
-TEST(GslTransformIntObj, CopyHasTypeMatrixTextAndAnswers) {
+TEST(GslTransformIntObj, CopyHasTypeMatrixTextAndResults) {
   const omu_Shortcut shortcut(kPath);
   const cow_String text("left wheel");
   gsl_TransformIntObj object(shortcut, Numbered(), text);

@@ -138,7 +138,7 @@ TEST(GslTriTriMinDirectionalDist, BothFacingTheWrongWayAreRefused) {
   EXPECT_TRUE(sweep.AllUntouched(1e10));
 }
 
-TEST(GslTriTriMinDirectionalDist, TurnedTriangleGivesTheResultOfTheReverseWinding) {
+TEST(GslTriTriMinDirectionalDist, TurnedTriangleSweepsLikeTheReverseWinding) {
   const Triangle a = {{{0.1, 0.2, 0.3}, {1.1, 0.1, -0.2}, {0.2, 0.9, 0.1}}};
   const Triangle b = {{{-0.2, 0.1, 2.0}, {0.3, 1.2, 2.5}, {1.3, 0.2, 2.2}}};
   Sweep plain;
@@ -242,7 +242,7 @@ TEST(GslTriTriMinDirectionalDistTouches, NoFlagAndNoOutputOfADegenerateTriangle)
   EXPECT_FALSE(GuardedSweep().Run(kFlat, kFlat));
 }
 
-TEST(GslTriTriMinDirectionalDistTouches, TheFlagOfBOnlyAfterThatOfA) {
+TEST(GslTriTriMinDirectionalDistTouches, TheFlagOfBOnlyAfterTheFlagOfA) {
   const Triangle wrongA = Up(0.0).Reversed();
   const Triangle wrongB = WideDown(2.0).Reversed();
   EXPECT_FALSE(GuardedSweep(false, true).Ask(0).Run(wrongA, wrongB));
@@ -271,7 +271,7 @@ TEST(GslTriTriMinDirectionalDistTouches, NoOutputWithoutAContact) {
   EXPECT_FALSE(GuardedSweep().Run(Up(0.0), EdgeOn(9.0, 2.0)));
 }
 
-TEST(GslTriTriMinDirectionalDistTouches, NoOutputForAnEdgeOnCrossingThatIsNoCloser) {
+TEST(GslTriTriMinDirectionalDistTouches, NoOutputForAnEdgeOnCrossingThatIsNotCloser) {
   // Edge-on across a corner of the face: edges cross, 2 apart, with the margin letting them be
   // tried.
   const Triangle across = {{{-1.0, 0.5, -3.0}, {3.0, 0.5, -3.0}, {0.0, 0.5, -2.0}}};

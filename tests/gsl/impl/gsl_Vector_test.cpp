@@ -475,7 +475,7 @@ TEST(GslVector, BestAlignedOrthogonalUnitOfTheZeroVectorIsTheZeroVector) {
   EXPECT_EQ(w.magnitude, 0.0);
 }
 
-TEST(GslVector, BestAlignedOrthogonalUnitGivesNearTiesToTheEarlierAxis) {
+TEST(GslVector, BestAlignedOrthogonalUnitTakesTheEarlierAxisOfANearTie) {
   // X projects to sqrt(1 - a^2) and Y to 1 nearly: 5e-7 shorter is a tie, 2e-6 is not.
   EXPECT_GT(gsl_Vector(1e-3, 0.0, 1.0).BestAlignedOrthogonalUnit().x, 0.9);
   EXPECT_GT(gsl_Vector(2e-3, 0.0, 1.0).BestAlignedOrthogonalUnit().y, 0.9);
@@ -508,7 +508,7 @@ TEST(GslVector, ProjectOnRemovesTheComponentAlongTheNormal) {
   EXPECT_XYZ(gsl_Vector(0.0, 0.0, -4.0).ProjectOn(plane), 0.0, 0.0, 0.0);
 }
 
-TEST(GslVector, ProjectOnAPlaneWithoutANormalGivesTheVector) {
+TEST(GslVector, ProjectOnAPlaneWithoutANormalReturnsTheVector) {
   const gsl_Plane plane(gsl_Point(), gsl_Vector(0.0, 0.0, 1e-7));
   EXPECT_XYZ(gsl_Vector(1.0, 2.0, 3.0).ProjectOn(plane), 1.0, 2.0, 3.0);
 }

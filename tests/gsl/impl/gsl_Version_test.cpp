@@ -7,7 +7,7 @@
 
 // PROJECT_VERSION_TEXT is the version that the build gives the package and the libraries' names.
 
-TEST(GslVersion, TheLibrarysTextIsThatOfTheBuild) {
+TEST(GslVersion, TheLibraryReportsTheVersionOfTheBuild) {
   EXPECT_STREQ(gsl_LibraryVersionText(), PROJECT_VERSION_TEXT);
 }
 

@@ -464,7 +464,7 @@ TEST(GslTruncate, NegativeZeroBecomesZero) {
   EXPECT_EQ(Bits(gsl_Truncate(-0.0, 3)), Bits(0.0));
 }
 
-TEST(GslTruncate, NoNumberGivesNoNumber) {
+TEST(GslTruncate, NaNStaysNaN) {
   EXPECT_TRUE(std::isnan(gsl_Truncate(kNaN, 2)));
   EXPECT_TRUE(std::isnan(gsl_Truncate(kInfinity, 2)));
   EXPECT_TRUE(std::isnan(gsl_Truncate(0.5, 400)));

@@ -35,7 +35,7 @@ TEST(KernelPlane, DistanceOfZeroHasTheOtherSign) {
   EXPECT_TRUE(std::signbit(PlaneDistance(on, AtOne())));
 }
 
-TEST(KernelPlane, ZeroNormalGivesNaNAndIsOnNothing) {
+TEST(KernelPlane, ZeroNormalMeasuresNaNAndHoldsNoPoint) {
   const Plane none = {{0.0, 0.0, 0.0}, Measure({0.0, 0.0, 0.0})};
   EXPECT_TRUE(std::isnan(PlaneDistance({1.0, 2.0, 3.0}, none)));
   EXPECT_FALSE(IsOnPlane({0.0, 0.0, 0.0}, none, 1e300));

@@ -83,7 +83,7 @@ bool WithoutRounding(const Triangle& t, const Coord3& x) {
   return !(gsl_kernel::ScaledWeight(x, corner) < -(kTolerance * kTolerance));
 }
 
-TEST(TriangleTest, AnswersAsTheWeightsDoWithinRoundingOfTheLimit) {
+TEST(TriangleTest, AgreesWithTheWeightsWithinRoundingOfTheLimit) {
   RandomNumbers random(0x7719);
   long inside = 0;
   long outside = 0;
@@ -104,7 +104,7 @@ TEST(TriangleTest, AnswersAsTheWeightsDoWithinRoundingOfTheLimit) {
   EXPECT_GT(roundingDecides, 100);
 }
 
-TEST(TriangleTest, AnswersAsTheWeightsDoAnywhere) {
+TEST(TriangleTest, AgreesWithTheWeightsAnywhere) {
   RandomNumbers random(0x7720);
   const auto any = [&random] {
     return Coord3{random.In(-1.0, 1.0), random.In(-1.0, 1.0), random.In(-1.0, 1.0)};

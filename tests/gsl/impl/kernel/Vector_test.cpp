@@ -131,7 +131,7 @@ TEST(KernelVector, ProjectionOnAPlaneDropsTheComponentAlongItsNormal) {
   EXPECT_XYZ(whole.c, 3.0, 4.0, 5.0);
 }
 
-TEST(KernelVector, BestAlignedOrthogonalGivesTiesToTheEarlierAxis) {
+TEST(KernelVector, BestAlignedOrthogonalTakesTheEarlierAxisOfATie) {
   // X and Y are both orthogonal to Z; X comes first. (Z x X) x Z = X.
   EXPECT_XYZ(gsl_kernel::BestAlignedOrthogonalUnit(Measure({0.0, 0.0, 1.0}), 1e-6).c, 1.0, 0.0,
              0.0);
