@@ -31,6 +31,7 @@ cstdint cstdio cstdlib cstring ctime cuchar cwchar cwctype
 # Other libraries by the headers that they are known by.
 LIBRARIES = {
     "POSIX": r"(sys/.+|dlfcn|fcntl|poll|pthread|spawn|stdlib|unistd)\.h",
+    "SSE2": r"emmintrin\.h",
     "fast_float": r"fast_float/.+",
     "tinyobjloader": r"tiny_obj_loader\.h",
     "Assimp": r"assimp/.+",
@@ -73,8 +74,8 @@ ROOMS = [
     Room("mesh/writers/", "one writer per mesh format", f"mesh/, {VALUES}"),
     Room("mesh/", "the mesh; reading and writing files, by format; the import program's two ends",
          f"mesh/readers/, mesh/writers/, {VALUES}, POSIX"),
-    Room("sweep/", "the engine: the exact contact of two triangles, the search for the first one",
-         f"exact/, {VALUES}, mesh/Mesh.h (until the engine takes plain arrays of triangles)"),
+    Room("sweep/", "the engine: bodies and pairs, the search for the first contact, the exact contact of two triangles",
+         f"exact/, {VALUES}, gsl/include/gsl_Point.h (to move corners as a matrix does), POSIX (pages of large arrays), SSE2"),
     Room("tools/support/", "what programs say: report, progress, help; numbers as text",
          "gsl/include/, mesh/, sweep/, CLI11, fast_float, nlohmann-json, POSIX"),
     Room("tools/", "command-line programs: parse, call, print",
@@ -83,7 +84,7 @@ ROOMS = [
     Room("bench/", "benchmarks, ours beside other libraries",
          f"{LIBRARY}, {PROGRAMS}, tests/reference/, any library"),
     Room("fuzz/", "fuzz targets and their seeds", f"{PUBLIC}, mesh/, sweep/"),
-    Room("tests/consumer/", "projects that use the library, installed or as sources", f"{PUBLIC}, POSIX", True),
+    Room("tests/consumer/", "projects that use the library, installed or as sources", f"{PUBLIC}, sweep/, POSIX", True),
     Room("tests/reference/", "second implementations and judges: transcriptions, oracles, rationals",
          f"{LIBRARY}, {PROGRAMS}, tests/support/, any library"),
     Room("tests/support/", "what tests share: samples, shapes, random numbers", f"{LIBRARY}, {PROGRAMS}, any library"),
