@@ -8,7 +8,7 @@ namespace gsl_sweep {
 
 namespace {
 
-constexpr int limbBits = 32;
+constexpr int kLimbBits = 32;
 
 using Limbs = std::vector<std::uint32_t>;
 
@@ -23,13 +23,13 @@ int CompareLimbs(const Limbs& a, const Limbs& b) {
 } // namespace
 
 BigNatural::BigNatural(double value, int exponent) {
-  constexpr int mantissaBits = 53;
+  constexpr int kMantissaBits = 53;
   int scale = 0;
   const double fraction = std::frexp(value, &scale);
-  const auto mantissa = static_cast<std::uint64_t>(std::ldexp(fraction, mantissaBits));
+  const auto mantissa = static_cast<std::uint64_t>(std::ldexp(fraction, kMantissaBits));
   m_limbs = {static_cast<std::uint32_t>(mantissa),
-             static_cast<std::uint32_t>(mantissa >> limbBits)};
-  m_exponent = scale - mantissaBits + exponent;
+             static_cast<std::uint32_t>(mantissa >> kLimbBits)};
+  m_exponent = scale - kMantissaBits + exponent;
   Trim();
 }
 
@@ -43,15 +43,15 @@ void BigNatural::Align(int exponent) {
   const int shift = m_exponent - exponent;
   m_exponent = exponent;
   if (m_limbs.empty() || shift == 0) return;
-  const int bits = shift % limbBits;
+  const int bits = shift % kLimbBits;
   std::uint64_t carry = 0;
   for (std::uint32_t& limb : m_limbs) {
     carry |= static_cast<std::uint64_t>(limb) << bits;
     limb = static_cast<std::uint32_t>(carry);
-    carry >>= limbBits;
+    carry >>= kLimbBits;
   }
   m_limbs.push_back(static_cast<std::uint32_t>(carry));
-  m_limbs.insert(m_limbs.begin(), static_cast<std::size_t>(shift / limbBits), 0U);
+  m_limbs.insert(m_limbs.begin(), static_cast<std::size_t>(shift / kLimbBits), 0U);
   Trim();
 }
 
@@ -67,7 +67,7 @@ BigNatural BigNatural::Plus(const BigNatural& a, const BigNatural& b) {
     carry += sum.m_limbs[k];
     if (k < other.m_limbs.size()) carry += other.m_limbs[k];
     sum.m_limbs[k] = static_cast<std::uint32_t>(carry);
-    carry >>= limbBits;
+    carry >>= kLimbBits;
   }
   sum.Trim();
   return sum;
@@ -99,7 +99,7 @@ BigNatural BigNatural::Times(const BigNatural& a, const BigNatural& b) {
     for (std::size_t j = 0; j < b.m_limbs.size(); ++j) {
       carry += static_cast<std::uint64_t>(a.m_limbs[i]) * b.m_limbs[j] + product.m_limbs[i + j];
       product.m_limbs[i + j] = static_cast<std::uint32_t>(carry);
-      carry >>= limbBits;
+      carry >>= kLimbBits;
     }
     product.m_limbs[i + b.m_limbs.size()] = static_cast<std::uint32_t>(carry);
   }

@@ -6,13 +6,13 @@ namespace {
 
 // Each term has three differences, three products and three sums: nine roundings of 2^-53 at most,
 // and as many in the bound itself.
-constexpr double relativeBound = 10.0 * 0x1p-53;
+constexpr double kRelativeBound = 10.0 * 0x1p-53;
 
 struct ExactVector {
   DoubleDouble x, y, z;
 };
 
-ExactVector Exactly(const Arrow& a) {
+ExactVector Exactly(const VectorBetween& a) {
   return {TwoDifference(a.to->x, a.from->x), TwoDifference(a.to->y, a.from->y),
           TwoDifference(a.to->z, a.from->z)};
 }
@@ -25,7 +25,8 @@ Expansion<16> Minor(const DoubleDouble& a, const DoubleDouble& b, const DoubleDo
 
 } // namespace
 
-Estimate EstimateDeterminant(const Arrow& u, const Arrow& v, const Arrow& w) {
+Estimate EstimateDeterminant(const VectorBetween& u, const VectorBetween& v,
+                             const VectorBetween& w) {
   const Coord3 a = u.Rounded();
   const Coord3 b = v.Rounded();
   const Coord3 c = w.Rounded();
@@ -39,16 +40,17 @@ Estimate EstimateDeterminant(const Arrow& u, const Arrow& v, const Arrow& w) {
   const double terms = std::fabs(a.x) * (std::fabs(byCz) + std::fabs(bzCy)) +
                        std::fabs(a.y) * (std::fabs(bzCx) + std::fabs(bxCz)) +
                        std::fabs(a.z) * (std::fabs(bxCy) + std::fabs(byCx));
-  return {value, relativeBound * terms};
+  return {value, kRelativeBound * terms};
 }
 
-ExactCross ExactCrossProduct(const Arrow& u, const Arrow& v) {
+ExactCross ExactCrossProduct(const VectorBetween& u, const VectorBetween& v) {
   const ExactVector a = Exactly(u);
   const ExactVector b = Exactly(v);
   return {Minor(a.y, a.z, b.y, b.z), Minor(a.z, a.x, b.z, b.x), Minor(a.x, a.y, b.x, b.y)};
 }
 
-Expansion<192> ExactDeterminant(const Arrow& u, const Arrow& v, const Arrow& w) {
+Expansion<192> ExactDeterminant(const VectorBetween& u, const VectorBetween& v,
+                                const VectorBetween& w) {
   const ExactVector a = Exactly(u);
   const ExactCross cross = ExactCrossProduct(v, w);
   const Expansion<64> x = Product(cross.x, a.x);
@@ -57,7 +59,7 @@ Expansion<192> ExactDeterminant(const Arrow& u, const Arrow& v, const Arrow& w) 
   return Sum(Sum(x, y), z);
 }
 
-int DeterminantSign(const Arrow& u, const Arrow& v, const Arrow& w) {
+int DeterminantSign(const VectorBetween& u, const VectorBetween& v, const VectorBetween& w) {
   const Estimate estimate = EstimateDeterminant(u, v, w);
   if (estimate.IsCertain()) return estimate.Sign();
   return ExactDeterminant(u, v, w).Sign();

@@ -14,7 +14,7 @@ namespace gsl_sweep {
 using gsl_arithmetic::Coord3;
 
 /// The vector from one point to another, kept as its ends because the difference may round.
-struct Arrow {
+struct VectorBetween {
   const Coord3* from;
   const Coord3* to;
 
@@ -32,19 +32,21 @@ struct Estimate {
 };
 
 /// det[u, v, w] in double with its error bound; a bound of zero means exactly zero.
-Estimate EstimateDeterminant(const Arrow& u, const Arrow& v, const Arrow& w);
+Estimate EstimateDeterminant(const VectorBetween& u, const VectorBetween& v,
+                             const VectorBetween& w);
 
 /// u x v without error.
 struct ExactCross {
   Expansion<16> x, y, z;
 };
-ExactCross ExactCrossProduct(const Arrow& u, const Arrow& v);
+ExactCross ExactCrossProduct(const VectorBetween& u, const VectorBetween& v);
 
 /// det[u, v, w] without error.
-Expansion<192> ExactDeterminant(const Arrow& u, const Arrow& v, const Arrow& w);
+Expansion<192> ExactDeterminant(const VectorBetween& u, const VectorBetween& v,
+                                const VectorBetween& w);
 
 /// Exact sign of det[u, v, w]: -1, 0 or 1.
-int DeterminantSign(const Arrow& u, const Arrow& v, const Arrow& w);
+int DeterminantSign(const VectorBetween& u, const VectorBetween& v, const VectorBetween& w);
 
 } // namespace gsl_sweep
 

@@ -12,23 +12,23 @@ namespace gsl_sweep {
 
 namespace {
 
-constexpr int limbBits = 32;
-constexpr int mantissaBits = 53;
+constexpr int kLimbBits = 32;
+constexpr int kMantissaBits = 53;
 
 /// Exponent of the lowest bit that a double has room for; -1074 for the least of them.
 int UnitExponent(double value) {
   std::uint64_t bits = 0;
   std::memcpy(&bits, &value, sizeof bits);
-  const int biased = static_cast<int>(bits >> (mantissaBits - 1) & 0x7ffU);
+  const int biased = static_cast<int>(bits >> (kMantissaBits - 1) & 0x7ffU);
   return std::max(biased, 1) - 1075;
 }
 
 std::uint64_t MantissaOf(double value) {
-  constexpr std::uint64_t leading = std::uint64_t{1} << (mantissaBits - 1);
+  constexpr std::uint64_t kLeading = std::uint64_t{1} << (kMantissaBits - 1);
   std::uint64_t bits = 0;
   std::memcpy(&bits, &value, sizeof bits);
-  const bool isNormal = (bits >> (mantissaBits - 1) & 0x7ffU) != 0;
-  return (bits & (leading - 1)) | (isNormal ? leading : 0);
+  const bool isNormal = (bits >> (kMantissaBits - 1) & 0x7ffU) != 0;
+  return (bits & (kLeading - 1)) | (isNormal ? kLeading : 0);
 }
 
 /// The magnitude of an expansion as a whole number of units of 2^exponent. Floating point cannot
@@ -38,8 +38,8 @@ public:
   /// No component may have a bit below 2^exponent; at least one component.
   WideNumber(const Expansion<192>& value, int exponent) {
     const int last = value.count - 1;
-    const int top = UnitExponent(value.component[last]) + mantissaBits - exponent;
-    m_count = static_cast<std::size_t>(top / limbBits) + 3;
+    const int top = UnitExponent(value.component[last]) + kMantissaBits - exponent;
+    m_count = static_cast<std::size_t>(top / kLimbBits) + 3;
     std::fill_n(m_limbs, m_count, 0U);
     // From the largest component down, so that what is held never falls below zero.
     for (int k = last; k >= 0; --k) {
@@ -54,8 +54,8 @@ public:
   /// Sign of a * b - c * d.
   static int CompareProducts(const WideNumber& a, const WideNumber& b, const WideNumber& c,
                              const WideNumber& d) {
-    std::uint32_t left[2 * capacity];
-    std::uint32_t right[2 * capacity];
+    std::uint32_t left[2 * kCapacity];
+    std::uint32_t right[2 * kCapacity];
     const std::size_t count = std::max(a.m_count + b.m_count, c.m_count + d.m_count);
     std::fill_n(left, count, 0U);
     std::fill_n(right, count, 0U);
@@ -69,17 +69,17 @@ public:
 
 private:
   // The range of double, 1074 bits below one and 1024 above, and room for a whole mantissa.
-  static constexpr std::size_t capacity = (1074 + 1024) / limbBits + 4;
+  static constexpr std::size_t kCapacity = (1074 + 1024) / kLimbBits + 4;
 
   /// Adds or takes away bits * 2^shift.
   void Shifted(std::uint64_t bits, int shift, bool adds) {
-    const auto limb = static_cast<std::size_t>(shift / limbBits);
-    const int offset = shift % limbBits;
+    const auto limb = static_cast<std::size_t>(shift / kLimbBits);
+    const int offset = shift % kLimbBits;
     const std::uint64_t low = (bits & 0xffffffffU) << offset;
-    const std::uint64_t high = ((bits >> limbBits) << offset) + (low >> limbBits);
+    const std::uint64_t high = ((bits >> kLimbBits) << offset) + (low >> kLimbBits);
     const std::uint32_t parts[3] = {static_cast<std::uint32_t>(low),
                                     static_cast<std::uint32_t>(high),
-                                    static_cast<std::uint32_t>(high >> limbBits)};
+                                    static_cast<std::uint32_t>(high >> kLimbBits)};
     if (adds) {
       Add(parts, limb);
     } else {
@@ -93,7 +93,7 @@ private:
       carry += m_limbs[limb + k];
       if (k < 3) carry += parts[k];
       m_limbs[limb + k] = static_cast<std::uint32_t>(carry);
-      carry >>= limbBits;
+      carry >>= kLimbBits;
     }
   }
 
@@ -112,13 +112,13 @@ private:
       for (std::size_t j = 0; j < b.m_count; ++j) {
         carry += static_cast<std::uint64_t>(a.m_limbs[i]) * b.m_limbs[j] + product[i + j];
         product[i + j] = static_cast<std::uint32_t>(carry);
-        carry >>= limbBits;
+        carry >>= kLimbBits;
       }
       product[i + b.m_count] = static_cast<std::uint32_t>(carry);
     }
   }
 
-  std::uint32_t m_limbs[capacity];
+  std::uint32_t m_limbs[kCapacity];
   std::size_t m_count;
 };
 
@@ -130,11 +130,11 @@ int LowestExponent(const Expansion<192>& a, const Expansion<192>& b) {
 /// Tells the ratios apart by their rounded values; 0 where these are too close to say.
 int CompareRounded(const ExactRatio& a, const ExactRatio& b) {
   // Below this the rounded values have lost bits to underflow.
-  constexpr double leastMagnitude = 0x1p-850;
-  constexpr double relativeBound = 0x1p-85;
+  constexpr double kLeastMagnitude = 0x1p-850;
+  constexpr double kRelativeBound = 0x1p-85;
   const double magnitude = std::fabs(a.rounded.hi) + std::fabs(b.rounded.hi);
   const double difference = Plus(a.rounded, Minus(b.rounded)).hi;
-  if (!(magnitude > leastMagnitude) || !(std::fabs(difference) > relativeBound * magnitude)) {
+  if (!(magnitude > kLeastMagnitude) || !(std::fabs(difference) > kRelativeBound * magnitude)) {
     return 0;
   }
   return difference < 0.0 ? -1 : 1;
@@ -149,17 +149,17 @@ Expansion<6> SquaredLength(const Coord3& v) {
 int CompareRoundedLength(const ExactRatio& ratio, const Coord3& vector,
                          const ScaledLength& length) {
   // Between these the product has all its bits.
-  constexpr double least = 0x1p-850;
-  constexpr double greatest = 0x1p900;
+  constexpr double kLeast = 0x1p-850;
+  constexpr double kGreatest = 0x1p900;
   // The ratio is known within 2^-90 of it, the root and the product within 2^-98.
-  constexpr double relativeBound = 0x1p-85;
+  constexpr double kRelativeBound = 0x1p-85;
   const DoubleDouble product = Times(ratio.rounded, Root(SquaredLength(vector).Rounded()));
-  if (!(product.hi > least && product.hi < greatest)) return 0;
+  if (!(product.hi > kLeast && product.hi < kGreatest)) return 0;
   const double limit = std::ldexp(length.value, length.exponent);
-  if (limit >= greatest) return -1;
-  if (limit <= least) return 1;
+  if (limit >= kGreatest) return -1;
+  if (limit <= kLeast) return 1;
   const double difference = Plus(product, {-limit, 0.0}).hi;
-  if (!(std::fabs(difference) > relativeBound * limit)) return 0;
+  if (!(std::fabs(difference) > kRelativeBound * limit)) return 0;
   return difference < 0.0 ? -1 : 1;
 }
 

@@ -5,7 +5,7 @@
 
 namespace gsl_sweep {
 
-/// Closes a file when it is destroyed. A negative descriptor stands for none.
+/// Closes a file when it is destroyed. A negative descriptor means no file.
 class FileDescriptor {
 public:
   explicit FileDescriptor(int value) : m_value(value) {}

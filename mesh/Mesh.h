@@ -1,6 +1,7 @@
 #ifndef GSL_MESH_H
 #define GSL_MESH_H
 
+#include "Printable.h"
 #include "gsl_Arithmetic.h"
 
 #include <cmath>
@@ -33,7 +34,7 @@ inline bool IsFinite(const gsl_arithmetic::Coord3& p) {
 /// file, without a newline at its end.
 class MeshError : public std::runtime_error {
 public:
-  using std::runtime_error::runtime_error;
+  explicit MeshError(const std::string& message) : std::runtime_error(Printable(message)) {}
 };
 
 } // namespace gsl_sweep

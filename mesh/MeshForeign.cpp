@@ -1,7 +1,7 @@
 #include "MeshForeign.h"
 
 #include "MeshFormat.h"
-#include "readers/MeshReadFormats.h"
+#include "readers/WordScanner.h"
 
 #include <algorithm>
 #include <initializer_list>
@@ -31,11 +31,11 @@ bool IsStep(std::string_view bytes, std::string_view extension) {
 /// Records of 80 characters, of which column 73 names the section, here the first, and the last
 /// seven hold the number of the record.
 bool BeginsAsIges(std::string_view bytes) {
-  constexpr std::size_t sectionColumn = 72;
-  constexpr std::size_t recordSize = 80;
-  const std::string_view record = bytes.substr(0, recordSize);
-  if (record.size() < recordSize || record[sectionColumn] != 'S') return false;
-  const std::string_view number = record.substr(sectionColumn + 1);
+  constexpr std::size_t kSectionColumn = 72;
+  constexpr std::size_t kRecordSize = 80;
+  const std::string_view record = bytes.substr(0, kRecordSize);
+  if (record.size() < kRecordSize || record[kSectionColumn] != 'S') return false;
+  const std::string_view number = record.substr(kSectionColumn + 1);
   const std::size_t digit = std::min(number.find_first_not_of(" 0"), number.size());
   return number.substr(digit) == "1" && record.find_first_of("\r\n") == record.npos;
 }
@@ -46,10 +46,10 @@ bool IsTextCharacter(char c) {
 
 /// True when the bytes from `first` on, every other one, are zero and the others text.
 bool HasZerosBetween(std::string_view bytes, std::size_t first) {
-  constexpr std::size_t least = 8;
-  constexpr std::size_t enough = 64;
-  const std::size_t size = std::min(bytes.size() / 2 * 2, enough);
-  if (size < least) return false;
+  constexpr std::size_t kLeast = 8;
+  constexpr std::size_t kEnough = 64;
+  const std::size_t size = std::min(bytes.size() / 2 * 2, kEnough);
+  if (size < kLeast) return false;
   for (std::size_t k = 0; k < size; ++k) {
     const bool shouldBeZero = k % 2 == first;
     if (shouldBeZero ? bytes[k] != '\0' : !IsTextCharacter(bytes[k])) return false;

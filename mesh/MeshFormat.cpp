@@ -13,10 +13,10 @@ struct NamedFormat {
   MeshFormat format;
 };
 
-constexpr NamedFormat namedFormats[] = {{"stl", MeshFormat::Stl},
-                                        {"ply", MeshFormat::Ply},
-                                        {"obj", MeshFormat::Obj},
-                                        {"off", MeshFormat::Off}};
+constexpr NamedFormat kNamedFormats[] = {{"stl", MeshFormat::Stl},
+                                         {"ply", MeshFormat::Ply},
+                                         {"obj", MeshFormat::Obj},
+                                         {"off", MeshFormat::Off}};
 
 std::string LowerCase(std::string_view text) {
   std::string lower(text);
@@ -30,25 +30,25 @@ std::string LowerCase(std::string_view text) {
 
 MeshFormat MeshFormatNamed(std::string_view name) {
   const std::string lower = LowerCase(name);
-  for (const NamedFormat& named : namedFormats) {
+  for (const NamedFormat& named : kNamedFormats) {
     if (named.name == lower) return named.format;
   }
   return MeshFormat::Unknown;
 }
 
 std::string_view NameOf(MeshFormat format) {
-  for (const NamedFormat& named : namedFormats) {
+  for (const NamedFormat& named : kNamedFormats) {
     if (named.format == format) return named.name;
   }
   return {};
 }
 
 std::string MeshFormatNames(std::string_view prefix) {
-  constexpr std::size_t count = std::size(namedFormats);
+  constexpr std::size_t kCount = std::size(kNamedFormats);
   std::string names;
-  for (std::size_t k = 0; k < count; ++k) {
-    if (k > 0) names += k + 1 == count ? " or " : ", ";
-    names.append(prefix).append(namedFormats[k].name);
+  for (std::size_t k = 0; k < kCount; ++k) {
+    if (k > 0) names += k + 1 == kCount ? " or " : ", ";
+    names.append(prefix).append(kNamedFormats[k].name);
   }
   return names;
 }

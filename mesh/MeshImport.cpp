@@ -1,8 +1,9 @@
 #include "MeshImport.h"
 
 #include "FileDescriptor.h"
+#include "MachineMemory.h"
 #include "MeshImportProtocol.h"
-#include "readers/MeshReadFormats.h"
+#include "MeshSource.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -27,7 +28,7 @@ namespace {
 
 namespace protocol = import_protocol;
 
-const char* const programName = "gsl-mesh-import";
+const char* const kProgramName = "gsl-mesh-import";
 
 /// The end of a pipe that the answer comes from, and the program; both are gone when it is
 /// destroyed.
@@ -86,7 +87,7 @@ private:
 
   /// False when the time is up; true when there is something to read, if only the end.
   bool WaitForData() {
-    constexpr std::int64_t longest = 1000; // milliseconds; the clock is looked at again
+    constexpr std::int64_t kLongest = 1000; // milliseconds; the clock is looked at again
     for (;;) {
       const auto left = std::chrono::ceil<std::chrono::milliseconds>(m_end - Clock::now()).count();
       if (left <= 0) {
@@ -94,7 +95,7 @@ private:
         return false;
       }
       pollfd waited{m_pipe, POLLIN, 0};
-      const int ready = poll(&waited, 1, static_cast<int>(std::min(left, longest)));
+      const int ready = poll(&waited, 1, static_cast<int>(std::min(left, kLongest)));
       if (ready > 0) return true;
       if (ready < 0 && errno != EINTR) return true; // reading finds out what is wrong
     }
@@ -109,7 +110,7 @@ private:
 /// A copy of a descriptor that none of those of the new process can fall on: it would be closed
 /// there when the caller has closed its own standard streams.
 FileDescriptor MovedUp(const FileDescriptor& low) {
-  return FileDescriptor(fcntl(low.Get(), F_DUPFD_CLOEXEC, protocol::answerDescriptor + 1));
+  return FileDescriptor(fcntl(low.Get(), F_DUPFD_CLOEXEC, protocol::kAnswerDescriptor + 1));
 }
 
 /// What is done in the new process before the program starts.
@@ -120,10 +121,10 @@ public:
     posix_spawnattr_init(&m_attributes);
     for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
       posix_spawn_file_actions_addopen(&m_actions, stream, "/dev/null", O_RDWR, 0);
-    posix_spawn_file_actions_adddup2(&m_actions, answer, protocol::answerDescriptor);
+    posix_spawn_file_actions_adddup2(&m_actions, answer, protocol::kAnswerDescriptor);
 #ifdef __GLIBC_PREREQ
 #if __GLIBC_PREREQ(2, 34)
-    posix_spawn_file_actions_addclosefrom_np(&m_actions, protocol::answerDescriptor + 1);
+    posix_spawn_file_actions_addclosefrom_np(&m_actions, protocol::kAnswerDescriptor + 1);
 #endif
 #endif
     // What the caller's thread has blocked would stay so.
@@ -158,7 +159,7 @@ private:
   const std::string what = error == ENOENT ? "is missing" : std::strerror(error);
   FailRead(source, "is not STL, PLY, OBJ or OFF, and the program that reads other formats cannot "
                    "be started: " +
-                       OneLine(program) + " " + what);
+                       program + " " + what);
 }
 
 ImportProcess StartImport(const MeshSource& source, const std::string& program,
@@ -171,7 +172,7 @@ ImportProcess StartImport(const MeshSource& source, const std::string& program,
   const FileDescriptor to = MovedUp(lowTo);
   if (from.Get() < 0 || to.Get() < 0) FailStart(source, program, errno);
   pid_t process = 0;
-  const int error = SpawnPlan(to.Get()).Start(process, {program, protocol::greeting,
+  const int error = SpawnPlan(to.Get()).Start(process, {program, protocol::kGreeting,
                                                         std::to_string(limits.memory),
                                                         std::to_string(getpid()), source.file});
   if (error != 0) FailStart(source, program, error);
@@ -179,9 +180,9 @@ ImportProcess StartImport(const MeshSource& source, const std::string& program,
 }
 
 bool ReadGreeting(ImportProcess& process) {
-  char greeting[sizeof protocol::greeting] = {};
+  char greeting[sizeof protocol::kGreeting] = {};
   return process.Read(greeting, sizeof greeting) &&
-         std::memcmp(greeting, protocol::greeting, sizeof greeting) == 0;
+         std::memcmp(greeting, protocol::kGreeting, sizeof greeting) == 0;
 }
 
 bool ReadMeshOf(ImportProcess& process, Mesh& mesh) {
@@ -200,11 +201,11 @@ bool ReadMeshOf(ImportProcess& process, Mesh& mesh) {
 } // namespace
 
 ImportLimits ImportLimitsFor(std::uint64_t fileSize) {
-  constexpr std::uint64_t megabyte = 1000000;
-  const std::uint64_t seconds = 60 + fileSize / megabyte * 10;
+  constexpr std::uint64_t kMegabyte = 1000000;
+  const std::uint64_t seconds = 60 + fileSize / kMegabyte * 10;
   const std::uint64_t machine = MemoryOfMachine();
   const std::uint64_t wanted =
-      fileSize < machine / 500 ? 4000 * megabyte + 500 * fileSize : machine;
+      fileSize < machine / 500 ? 4000 * kMegabyte + 500 * fileSize : machine;
   return {std::chrono::seconds(seconds), std::min(wanted, machine)};
 }
 
@@ -214,9 +215,9 @@ std::string MeshImportProgram() {
   }
   std::error_code error;
   const auto folder = std::filesystem::read_symlink("/proc/self/exe", error).parent_path();
-  const auto beside = folder / programName;
+  const auto beside = folder / kProgramName;
   if (access(beside.c_str(), X_OK) == 0) return beside.string();
-  return (folder / GSL_LIBEXEC_FROM_BIN / programName).lexically_normal().string();
+  return (folder / GSL_LIBEXEC_FROM_BIN / kProgramName).lexically_normal().string();
 }
 
 Mesh ImportMesh(const std::string& program, const std::string& path, const ImportLimits& limits) {
@@ -234,9 +235,8 @@ Mesh ImportMesh(const std::string& program, const std::string& path, const Impor
     FailRead(source, "given up: not read within " + std::to_string(seconds) + " seconds");
   }
   if (!greeted) {
-    FailRead(source, "cannot be read: " + OneLine(program) +
-                         " does not answer as this version of " + programName + " would (" +
-                         process.Wait() + ")");
+    FailRead(source, "cannot be read: " + program + " does not answer as this version of " +
+                         kProgramName + " would (" + process.Wait() + ")");
   }
   FailRead(source, "is damaged: the program that imports it ended early (" + process.Wait() + ")");
 }

@@ -13,11 +13,11 @@
 namespace gsl_sweep::import_protocol {
 
 /// Changes whenever the rest does.
-constexpr char greeting[] = "gslmesh1";
+constexpr char kGreeting[] = "gslmesh1";
 
 enum Argument { Greeting = 1, Memory, Caller, Path, Count };
 
-constexpr int answerDescriptor = 3;
+constexpr int kAnswerDescriptor = 3;
 
 } // namespace gsl_sweep::import_protocol
 

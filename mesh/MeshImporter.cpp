@@ -1,7 +1,7 @@
 #include "MeshImporter.h"
 
+#include "MachineMemory.h"
 #include "MeshImportProtocol.h"
-#include "readers/MeshReadFormats.h"
 
 #include <cerrno>
 #include <charconv>
@@ -29,7 +29,7 @@ namespace protocol = import_protocol;
 void Send(const void* data, std::size_t size) {
   const char* next = static_cast<const char*>(data);
   while (size > 0) {
-    const ssize_t written = write(protocol::answerDescriptor, next, size);
+    const ssize_t written = write(protocol::kAnswerDescriptor, next, size);
     if (written < 0 && errno == EINTR) continue;
     if (written <= 0) std::_Exit(1); // nobody listens any more
     next += written;
@@ -90,14 +90,15 @@ bool ParseWhole(const char* text, std::uint64_t& number) {
 int RunMeshImporter(int argc, const char* const* argv, MeshReader read) {
   std::uint64_t memory = 0;
   std::uint64_t caller = 0;
-  if (argc != protocol::Count || argv[protocol::Greeting] != std::string_view(protocol::greeting) ||
+  if (argc != protocol::Count ||
+      argv[protocol::Greeting] != std::string_view(protocol::kGreeting) ||
       !ParseWhole(argv[protocol::Memory], memory) || !ParseWhole(argv[protocol::Caller], caller)) {
     std::fprintf(stderr, "gsl-mesh-import: reads mesh files for gsl-sweep, which starts it; "
                          "expected gsl-sweep\n");
     return 2;
   }
   Confine(memory, caller);
-  Send(protocol::greeting, sizeof protocol::greeting);
+  Send(protocol::kGreeting, sizeof protocol::kGreeting);
   const std::string path = argv[protocol::Path];
   std::string error;
   Mesh mesh;
@@ -106,11 +107,11 @@ int RunMeshImporter(int argc, const char* const* argv, MeshReader read) {
   } catch (const MeshError& e) {
     error = e.what();
   } catch (const std::bad_alloc&) {
-    error = OneLine(path) + ": not enough memory to read it";
+    error = path + ": not enough memory to read it";
   } catch (const std::exception& e) {
-    error = OneLine(path + ": cannot be read: " + e.what());
+    error = path + ": cannot be read: " + e.what();
   } catch (...) {
-    error = OneLine(path) + ": cannot be read";
+    error = path + ": cannot be read";
   }
   Send(error);
   if (error.empty()) Send(mesh);

@@ -9,8 +9,8 @@ namespace gsl_sweep {
 
 namespace {
 
-constexpr std::size_t testBudget = 400'000'000;
-constexpr signed char gone = 2;
+constexpr std::size_t kTestBudget = 400'000'000;
+constexpr signed char kGone = 2;
 
 /// Largest absolute coordinate; NaN or infinity when a coordinate is not finite.
 double LargestCoordinate(const Coord3* ring, std::size_t count) {
@@ -135,7 +135,7 @@ PolygonTriangulator::Outcome PolygonTriangulator::ClipEars(std::size_t count) {
     UpdateTurn(k);
   m_remaining = count;
   m_current = 1;
-  m_testsLeft = testBudget;
+  m_testsLeft = kTestBudget;
 
   while (m_remaining > 3) {
     const bool clipped = ClipOne(Strictness::Closed) || ClipOne(Strictness::Open) || ClipFlat();
@@ -205,11 +205,11 @@ void PolygonTriangulator::Clip(std::size_t corner) {
   m_triangles.push_back({before, corner, after});
   m_following[before] = after;
   m_previous[after] = before;
-  m_turns[corner] = gone;
+  m_turns[corner] = kGone;
   --m_remaining;
   UpdateTurn(before);
   UpdateTurn(after);
-  // Going on behind the ear keeps the triangles from all meeting in one corner.
+  // Going on after the ear keeps the triangles from all meeting in one corner.
   m_current = m_following[after];
 }
 

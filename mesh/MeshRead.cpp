@@ -1,9 +1,12 @@
 #include "MeshRead.h"
 
 #include "FileDescriptor.h"
+#include "MachineMemory.h"
 #include "MeshForeign.h"
 #include "MeshImport.h"
-#include "readers/MeshReadFormats.h"
+#include "MeshSource.h"
+#include "readers/MeshReaders.h"
+#include "readers/WordScanner.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -82,12 +85,12 @@ std::string Load(const std::string& path) {
 
 /// All that comes until the end of a file or a pipe.
 std::string LoadStream(int descriptor, const std::string& name) {
-  constexpr std::size_t leastRoom = 1 << 16;
+  constexpr std::size_t kLeastRoom = 1 << 16;
   const std::uint64_t memory = MemoryOfMachine();
   std::string bytes;
   for (std::size_t size = 0;;) {
     if (memory > 0 && size > memory) FailFile(name, "is larger than the memory of this machine");
-    bytes.resize(size + std::max(leastRoom, size / 2));
+    bytes.resize(size + std::max(kLeastRoom, size / 2));
     const std::size_t got = ReadBytes(descriptor, name, bytes.data() + size, bytes.size() - size);
     size += got;
     if (size < bytes.size()) {
@@ -95,16 +98,6 @@ std::string LoadStream(int descriptor, const std::string& name) {
       return bytes;
     }
   }
-}
-
-bool HasSizeOfBinaryStl(std::string_view bytes) {
-  constexpr std::size_t prefix = 84, record = 50;
-  if (bytes.size() < prefix) return false;
-  std::size_t count = 0;
-  for (const std::size_t k : {3U, 2U, 1U, 0U}) {
-    count = count << 8 | static_cast<unsigned char>(bytes[80 + k]);
-  }
-  return bytes.size() == prefix + record * count;
 }
 
 /// 'solid' alone may begin any text, so a facet or the end of the solid must follow.

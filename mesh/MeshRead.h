@@ -30,7 +30,7 @@ Mesh ReadMesh(const std::string& path);
 ///            files may refer to others.
 Mesh ReadMeshFromStream(int descriptor, const std::string& name, MeshFormat format);
 
-/// Reads a mesh that is already in memory; `name` stands for it in messages. Not for
+/// Reads a mesh that is already in memory; messages call it `name`. Not for
 /// MeshFormat::Assimp, whose files may refer to others.
 Mesh ReadMeshFromMemory(std::string_view bytes, const std::string& name, MeshFormat format);
 

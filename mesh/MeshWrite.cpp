@@ -1,7 +1,6 @@
 #include "MeshWrite.h"
 
-#include "OneLine.h"
-#include "writers/MeshWriteFormats.h"
+#include "writers/MeshWriters.h"
 
 namespace gsl_sweep {
 
@@ -35,7 +34,7 @@ MeshFormat MeshFormatToWrite(const std::string& path) {
 void WriteMesh(const std::string& path, const Mesh& mesh, bool force) {
   const MeshWriter write = WriterOf(MeshFormatToWrite(path));
   if (write == nullptr) {
-    throw OutputError(OneLine(path) + ": cannot be written in this format; expected a name in " +
+    throw OutputError(path + ": cannot be written in this format; expected a name in " +
                       MeshFormatNames("."));
   }
   OutputFile file(path, force);

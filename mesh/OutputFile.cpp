@@ -1,7 +1,5 @@
 #include "OutputFile.h"
 
-#include "OneLine.h"
-
 #include <atomic>
 #include <cerrno>
 #include <climits>
@@ -19,8 +17,8 @@ namespace gsl_sweep {
 
 namespace {
 
-constexpr int slotCount = 16;
-constexpr std::size_t longestName = 255; ///< of one component of a path
+constexpr int kSlotCount = 16;
+constexpr std::size_t kLongestName = 255; ///< of one component of a path
 
 /// What the signal handler sees: plain memory, taken and given back without locks.
 struct Slot {
@@ -30,14 +28,14 @@ struct Slot {
   char path[PATH_MAX] = {};
 };
 
-Slot slots[slotCount];
+Slot slots[kSlotCount];
 static_assert(std::atomic<int>::is_always_lock_free, "used in a signal handler");
 
 /// Notes a path for the signal handler before its file exists; -1 when all slots are taken or the
 /// path is too long for any file.
 int TakeSlot(const std::string& path) {
   if (path.size() >= PATH_MAX) return -1;
-  for (int k = 0; k < slotCount; ++k) {
+  for (int k = 0; k < kSlotCount; ++k) {
     int free = Slot::Free;
     if (!slots[k].state.compare_exchange_strong(free, Slot::Taken)) continue;
     slots[k].owner = getpid();
@@ -53,14 +51,14 @@ void GiveSlotBack(int slot) {
 }
 
 [[noreturn]] void FailOutput(const std::string& name, const std::string& message) {
-  throw OutputError(OneLine(name) + ": " + message);
+  throw OutputError(name + ": " + message);
 }
 
 std::string Reason(int error) {
   return std::strerror(error);
 }
 
-/// The path behind symbolic links, if there are any.
+/// The path with its symbolic links resolved, if there are any.
 std::string Resolved(const std::string& path) {
   char* const real = realpath(path.c_str(), nullptr);
   if (real == nullptr) return path;
@@ -103,7 +101,7 @@ std::string TemporaryName(const std::string& path) {
   const std::string folder = FolderOf(path);
   const std::string suffix = "." + RandomLetters() + ".tmp";
   const std::string base = path.substr(folder.size());
-  return folder + "." + base.substr(0, longestName - 1 - suffix.size()) + suffix;
+  return folder + "." + base.substr(0, kLongestName - 1 - suffix.size()) + suffix;
 }
 
 extern "C" void EndOnSignal(int signal) {
@@ -131,8 +129,8 @@ OutputFile::~OutputFile() {
 }
 
 void OutputFile::CreateTemporary() {
-  constexpr int attempts = 100;
-  for (int k = 0; k < attempts; ++k) {
+  constexpr int kAttempts = 100;
+  for (int k = 0; k < kAttempts; ++k) {
     m_temporary = TemporaryName(m_path);
     m_slot = TakeSlot(m_temporary);
     m_file = open(m_temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);

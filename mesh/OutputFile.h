@@ -1,6 +1,8 @@
 #ifndef GSL_MESH_OUTPUT_FILE_H
 #define GSL_MESH_OUTPUT_FILE_H
 
+#include "Printable.h"
+
 #include <cstddef>
 #include <stdexcept>
 #include <string>
@@ -11,7 +13,7 @@ namespace gsl_sweep {
 /// An output that cannot be written. what() is one line that names the file.
 class OutputError : public std::runtime_error {
 public:
-  using std::runtime_error::runtime_error;
+  explicit OutputError(const std::string& message) : std::runtime_error(Printable(message)) {}
 };
 
 /// A file that appears under its name whole or not at all.
@@ -40,7 +42,7 @@ private:
   [[noreturn]] void Fail(const std::string& message) const;
 
   std::string m_name;      ///< as it was given, for messages
-  std::string m_path;      ///< behind symbolic links
+  std::string m_path;      ///< with symbolic links resolved
   std::string m_temporary; ///< empty once it is gone
   bool m_force;
   int m_file = -1;

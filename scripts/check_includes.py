@@ -45,8 +45,9 @@ HOST_ORDER = ["mem", "typ", "pnt", "omni", "atr", "cow", "cls_Uid", "nex", "cls"
 
 PUBLIC = "gsl/include/, gsl/host/"
 VALUES = "gsl/include/gsl_Arithmetic.h, gsl/include/gsl_Matrix.h"
-LIBRARY = f"{PUBLIC}, gsl/impl/, gsl/impl/kernel/, gsl/impl/wide/, gsl/persist/"
-PROGRAMS = "exact/, mesh/, mesh/readers/, mesh/writers/, sweep/, tools/, tools/support/"
+# Every room that is not for tests, benchmarks, fuzzing or examples.
+PRODUCT = "every room of the product"
+OUTSIDE = ("tests/", "bench/", "fuzz/", "examples/")
 
 
 @dataclass(frozen=True)
@@ -57,39 +58,39 @@ class Room:
     as_users_do: bool = False  # headers of this project in angle brackets
 
 
-# A file belongs to the first room that its path begins with.
+# A file belongs to the room with the longest folder that its path begins with.
 ROOMS = [
+    Room("tools/", "command-line programs: parse, call, print",
+         "tools/support/, gsl/include/, mesh/, mesh/readers/MeshReadAssimp.h, sweep/, CLI11, POSIX"),
+    Room("tools/support/", "what programs say: report, progress, help; numbers as text",
+         "gsl/include/, mesh/, sweep/, CLI11, fast_float, nlohmann-json, POSIX"),
+    Room("sweep/", "the engine: bodies and pairs, the search for the first contact, the exact contact of two triangles",
+         f"exact/, {VALUES}, gsl/include/gsl_Point.h (to move corners as a matrix does), POSIX (pages of large arrays), "
+         "SSE2"),
+    Room("mesh/", "the mesh; reading and writing files, by format; both ends of the import program",
+         f"mesh/readers/, mesh/writers/, {VALUES}, POSIX"),
+    Room("mesh/readers/", "one reader per mesh format, and what the readers share",
+         f"mesh/, {VALUES}, fast_float, tinyobjloader, Assimp"),
+    Room("mesh/writers/", "one writer per mesh format, and what the writers share", f"mesh/, {VALUES}"),
+    Room("exact/", "exact signs, expansions, ratios", "gsl/include/gsl_Arithmetic.h"),
     Room("gsl/include/", "public headers, one per class or family", "gsl/host/"),
+    Room("gsl/impl/", "one source per class or family", f"{PUBLIC}, gsl/impl/kernel/, gsl/impl/wide/"),
     Room("gsl/impl/kernel/", "geometry on bare coordinates: inline functions, no entity, no host",
          "gsl/include/gsl_Arithmetic.h"),
     Room("gsl/impl/wide/", "what works on vector registers: lanes, solver, labelling, their choice at run time", ""),
-    Room("gsl/impl/", "one source per class or family", f"{PUBLIC}, gsl/impl/kernel/, gsl/impl/wide/"),
     Room("gsl/persist/", "module start-up, type table, registration, persistent arrays",
          f"{PUBLIC}, gsl/impl/kernel/Constants.h"),
+    Room("gsl/host/", "what is seen of the host, one folder per prefix; each includes earlier prefixes only", ""),
     Room("gsl/host/*/standin/", "the implementation that is used without a host", "gsl/host/, POSIX"),
-    Room("gsl/host/", "what is seen of the host, one folder per prefix; includes earlier prefixes only", ""),
-    Room("exact/", "exact signs, expansions, ratios", "gsl/include/gsl_Arithmetic.h"),
-    Room("mesh/readers/", "one reader per mesh format, and the scanner that they share",
-         f"mesh/, {VALUES}, fast_float, tinyobjloader, Assimp, POSIX"),
-    Room("mesh/writers/", "one writer per mesh format", f"mesh/, {VALUES}"),
-    Room("mesh/", "the mesh; reading and writing files, by format; the import program's two ends",
-         f"mesh/readers/, mesh/writers/, {VALUES}, POSIX"),
-    Room("sweep/", "the engine: bodies and pairs, the search for the first contact, the exact contact of two triangles",
-         f"exact/, {VALUES}, gsl/include/gsl_Point.h (to move corners as a matrix does), POSIX (pages of large arrays), SSE2"),
-    Room("tools/support/", "what programs say: report, progress, help; numbers as text",
-         "gsl/include/, mesh/, sweep/, CLI11, fast_float, nlohmann-json, POSIX"),
-    Room("tools/", "command-line programs: parse, call, print",
-         "tools/support/, gsl/include/, mesh/, mesh/readers/MeshReadAssimp.h, sweep/, CLI11, POSIX"),
-    Room("examples/", "programs of users", f"{PUBLIC}, mesh/, sweep/", True),
-    Room("bench/", "benchmarks, ours beside other libraries",
-         f"{LIBRARY}, {PROGRAMS}, tests/reference/, any library"),
-    Room("fuzz/", "fuzz targets and their seeds", f"{PUBLIC}, mesh/, sweep/"),
-    Room("tests/consumer/", "projects that use the library, installed or as sources", f"{PUBLIC}, sweep/, POSIX", True),
-    Room("tests/reference/", "second implementations and judges: transcriptions, oracles, rationals",
-         f"{LIBRARY}, {PROGRAMS}, tests/support/, any library"),
-    Room("tests/support/", "what tests share: samples, shapes, random numbers", f"{LIBRARY}, {PROGRAMS}, any library"),
     Room("tests/", "mirrors the rooms above: one test file per source file",
-         f"{LIBRARY}, {PROGRAMS}, tests/support/, tests/reference/, any library"),
+         f"{PRODUCT}, tests/support/, tests/reference/, any library"),
+    Room("tests/support/", "what tests share: samples, shapes, random numbers", f"{PRODUCT}, any library"),
+    Room("tests/reference/", "second implementations and judges: transcriptions, oracles, rationals",
+         f"{PRODUCT}, tests/support/, any library"),
+    Room("tests/consumer/", "projects that use the library, installed or as sources", f"{PUBLIC}, sweep/, POSIX", True),
+    Room("bench/", "benchmarks, ours beside other libraries", f"{PRODUCT}, tests/reference/, any library"),
+    Room("fuzz/", "fuzz targets and their seeds", f"{PUBLIC}, mesh/, sweep/"),
+    Room("examples/", "programs as users write them", f"{PUBLIC}, mesh/, sweep/", True),
 ]
 
 INCLUDE = re.compile(r'^\s*#\s*include\s*(?:<([^>]+)>|"([^"]+)")', re.MULTILINE)
@@ -102,14 +103,15 @@ def entries_of(room):
 
 def allowed(room):
     """Rooms, headers and libraries of a row without the remarks."""
-    return [entry.split(" (")[0] for entry in entries_of(room)]
+    names = [entry.split(" (")[0] for entry in entries_of(room)]
+    if PRODUCT in names:
+        names += [other.folder for other in ROOMS if not other.folder.startswith(OUTSIDE)]
+    return names
 
 
 def room_of(path):
-    for room in ROOMS:
-        if re.match(re.escape(room.folder).replace(r"\*", "[^/]+"), path):
-            return room
-    return None
+    rooms = [r for r in ROOMS if re.match(re.escape(r.folder).replace(r"\*", "[^/]+"), path)]
+    return max(rooms, key=lambda room: len(room.folder), default=None)
 
 
 def host_rank(path):

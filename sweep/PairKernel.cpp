@@ -18,16 +18,16 @@ int Next(int k) {
   return k == 2 ? 0 : k + 1;
 }
 
-Arrow FromOrigin(const Coord3& a) {
+VectorBetween FromOrigin(const Coord3& a) {
   return {&origin, &a};
 }
 
-Arrow EdgeOf(const Triangle& t, int k) {
+VectorBetween EdgeOf(const Triangle& t, int k) {
   return {&t.corner[k], &t.corner[Next(k)]};
 }
 
 /// p + s * v, each component rounded once.
-Coord3 Advance(const Coord3& p, const DoubleDouble& s, const Arrow& v) {
+Coord3 Advance(const Coord3& p, const DoubleDouble& s, const VectorBetween& v) {
   const auto advance = [&s](double start, double from, double to) {
     return Plus({start, 0.0}, Times(s, TwoDifference(to, from))).hi;
   };
@@ -40,7 +40,7 @@ Coord3 Advance(const Coord3& p, const DoubleDouble& s, const Arrow& v) {
 struct Candidate {
   ContactKind kind;
   int onMoving, onFixed; ///< corner or edge; of a face, its corner or 0
-  Arrow gap, u, v;
+  VectorBetween gap, u, v;
   int sign;         ///< of s
   double low, high; ///< s is between them
 };
@@ -75,12 +75,12 @@ private:
   void AddCornerOverFace(int i, int zeros, int lastZero);
   void AddFaceOverCorner(int j, int zeros, int lastZero);
   void AddCornerOnCorner(int i, int j);
-  void Add(ContactKind kind, int onMoving, int onFixed, const Arrow& gap, const Arrow& u,
-           const Arrow& v);
+  void Add(ContactKind kind, int onMoving, int onFixed, const VectorBetween& gap,
+           const VectorBetween& u, const VectorBetween& v);
   void Bracket(Candidate& candidate) const;
   int CompareShadows(const Coord3& p, const Coord3& q) const;
-  bool IsStrictlyBetween(const Coord3& p, const Arrow& edge) const;
-  const Coord3& AxisAcross(const Arrow& edge) const;
+  bool IsStrictlyBetween(const Coord3& p, const VectorBetween& edge) const;
+  const Coord3& AxisAcross(const VectorBetween& edge) const;
   void Measure(const Candidate& candidate, ExactRatio& s) const;
   double TravelOf(const DoubleDouble& s) const { return Times(s, m_direction.Length()).hi; }
   PairContact Extreme(int sense, ExactRatio& travel);
@@ -92,7 +92,7 @@ private:
   static constexpr int capacity = 48;
 
   const TravelDirection& m_direction;
-  Arrow m_along;
+  VectorBetween m_along;
   const Triangle& m_moving;
   const Triangle& m_fixed;
   int m_ofFixedEdge[3][3] = {};  ///< [edge j][corner i]: side of the moving corner, in the shadow
@@ -105,9 +105,9 @@ private:
 };
 
 /// Sides of the corners of `other` as seen from edge k of `own`; true when the edge separates.
-bool FillSides(const Arrow& along, const Triangle& own, int k, const Triangle& other,
+bool FillSides(const VectorBetween& along, const Triangle& own, int k, const Triangle& other,
                int sides[3]) {
-  const Arrow edge = EdgeOf(own, k);
+  const VectorBetween edge = EdgeOf(own, k);
   int common = own.facing == 0 ? 0 : -own.facing;
   bool separates = true;
   for (int c = 0; c < 3; ++c) {
@@ -212,7 +212,7 @@ void TrianglePair::CornersOnEdgeOnEdges() {
   for (int i = 0; i < 3; ++i) {
     for (int j = 0; j < 3; ++j) {
       if (m_ofFixedEdge[j][i] != 0) continue;
-      const Arrow edge = EdgeOf(m_fixed, j);
+      const VectorBetween edge = EdgeOf(m_fixed, j);
       if (!IsStrictlyBetween(m_moving.corner[i], edge)) continue;
       Add(ContactKind::VertexEdge, i, j, {&m_moving.corner[i], edge.from}, edge,
           FromOrigin(AxisAcross(edge)));
@@ -224,7 +224,7 @@ void TrianglePair::EdgeOnEdgesOnCorners() {
   for (int i = 0; i < 3; ++i) {
     for (int j = 0; j < 3; ++j) {
       if (m_ofMovingEdge[i][j] != 0) continue;
-      const Arrow edge = EdgeOf(m_moving, i);
+      const VectorBetween edge = EdgeOf(m_moving, i);
       if (!IsStrictlyBetween(m_fixed.corner[j], edge)) continue;
       Add(ContactKind::EdgeVertex, i, j, {edge.from, &m_fixed.corner[j]}, edge,
           FromOrigin(AxisAcross(edge)));
@@ -246,8 +246,8 @@ void TrianglePair::AddCornerOnCorner(int i, int j) {
       FromOrigin(axes[Next(axis)]), FromOrigin(axes[Next(Next(axis))]));
 }
 
-void TrianglePair::Add(ContactKind kind, int onMoving, int onFixed, const Arrow& gap,
-                       const Arrow& u, const Arrow& v) {
+void TrianglePair::Add(ContactKind kind, int onMoving, int onFixed, const VectorBetween& gap,
+               const VectorBetween& u, const VectorBetween& v) {
   Candidate& added = m_candidates[m_count++];
   added = {kind, onMoving, onFixed, gap, u, v, 0, 0.0, 0.0};
   Bracket(added);
@@ -293,13 +293,13 @@ int TrianglePair::CompareShadows(const Coord3& p, const Coord3& q) const {
   return 0;
 }
 
-bool TrianglePair::IsStrictlyBetween(const Coord3& p, const Arrow& edge) const {
+bool TrianglePair::IsStrictlyBetween(const Coord3& p, const VectorBetween& edge) const {
   const int order = CompareShadows(*edge.from, p);
   return order != 0 && order == CompareShadows(p, *edge.to);
 }
 
 /// An axis that is not in the plane of the direction and an edge, which are not parallel.
-const Coord3& TrianglePair::AxisAcross(const Arrow& edge) const {
+const Coord3& TrianglePair::AxisAcross(const VectorBetween& edge) const {
   for (const int k : {0, 1}) {
     if (DeterminantSign(m_along, edge, FromOrigin(axes[k])) != 0) return axes[k];
   }
@@ -384,7 +384,7 @@ Coord3 TrianglePair::PointOnMovingEdge(const Candidate& candidate) const {
 
 /// u x v or its opposite, of length one, against the direction; false when they are in a plane with
 /// it.
-bool NormalAgainst(const TravelDirection& direction, const Arrow& u, const Arrow& v,
+bool NormalAgainst(const TravelDirection& direction, const VectorBetween& u, const VectorBetween& v,
                    Coord3& normal) {
   const int along = DeterminantSign(FromOrigin(direction.Vector()), u, v);
   if (along == 0) return false;

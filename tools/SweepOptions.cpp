@@ -1,7 +1,6 @@
 #include "SweepOptions.h"
 
 #include "MeshWrite.h"
-#include "OneLine.h"
 #include "support/HelpFormatter.h"
 #include "support/NearName.h"
 #include "support/VectorText.h"
@@ -24,32 +23,31 @@ namespace {
 using gsl_arithmetic::Coord3;
 using gsl_sweep::MeshFormat;
 using gsl_sweep::MeshFormatNames;
-using gsl_sweep::OneLine;
 using gsl_sweep::ParseNumber;
 using gsl_sweep::ParseVector;
 using gsl_sweep::ProgressStyle;
 
-constexpr unsigned mostThreads = 1024;
+constexpr unsigned kMostThreads = 1024;
 
-const char* const description =
+const char* const kDescription =
     "Finds how far one body travels along a direction before it touches another, and where. Reads "
     "two meshes (STL, OBJ, PLY, OFF, 3MF, glTF and others), moves the first along the direction "
     "and reports the first contact.";
 
-const char* const usage = "MOVING FIXED --direction X,Y,Z [OPTION...]";
+const char* const kUsage = "MOVING FIXED --direction X,Y,Z [OPTION...]";
 
-const char* const footer = "Exit status:\n"
-                           "  0   contact, or in contact from the start\n"
-                           "  1   no contact\n"
-                           "  2   wrong usage\n"
-                           "  3   a mesh is unreadable or rejected\n"
-                           "  4   another failure\n"
-                           "\n"
-                           "Examples:\n"
-                           "  $ gsl-sweep bolt.stl bracket.stl --direction -z\n"
-                           "  $ gsl-sweep bolt.stl bracket.stl -d 0,0,-1 --json -";
+const char* const kFooter = "Exit status:\n"
+                            "  0   contact, or in contact from the start\n"
+                            "  1   no contact\n"
+                            "  2   wrong usage\n"
+                            "  3   a mesh is unreadable or rejected\n"
+                            "  4   another failure\n"
+                            "\n"
+                            "Examples:\n"
+                            "  $ gsl-sweep bolt.stl bracket.stl --direction -z\n"
+                            "  $ gsl-sweep bolt.stl bracket.stl -d 0,0,-1 --json -";
 
-const char* const directionForms = "be X,Y,Z or an axis such as z or -z";
+const char* const kDirectionForms = "be X,Y,Z or an axis such as z or -z";
 
 struct OptionRow {
   const char* names;
@@ -84,7 +82,7 @@ std::vector<OptionRow> OptionRows() {
 }
 
 void Declare(CLI::App& app, SweepOptions& options) {
-  app.formatter(std::make_shared<HelpFormatter>(usage));
+  app.formatter(std::make_shared<HelpFormatter>(kUsage));
   app.get_formatter()->label("Positionals", "Arguments");
   app.set_help_flag("-h,--help", "Prints this help and exits");
   app.set_version_flag("--version", std::string("gsl-sweep ") + GSL_VERSION,
@@ -99,7 +97,7 @@ void Declare(CLI::App& app, SweepOptions& options) {
     app.add_option(row.names)->description(row.text)->type_name(row.value)->multi_option_policy(
         CLI::MultiOptionPolicy::TakeAll);
   }
-  app.footer(footer);
+  app.footer(kFooter);
   // What is left over and what is missing is reported below, in an order of our own.
   app.allow_extras();
 }
@@ -115,14 +113,14 @@ void Declare(CLI::App& app, SweepOptions& options) {
 /// "--max-distance must be at least 0 (got -3)"; `expected` follows "must".
 [[noreturn]] void FailValue(const std::string& name, const std::string& expected,
                             const std::string& value) {
-  const std::string got = value.empty() ? "an empty value" : OneLine(value);
+  const std::string got = value.empty() ? "an empty value" : value;
   Fail(name + " must " + expected + " (got " + got + ")");
 }
 
 /// As a person would type it in a shell.
 std::string AsTyped(const std::string& argument) {
   const bool isPlain = !argument.empty() && argument.find_first_of(" \t'\"") == std::string::npos;
-  return isPlain ? OneLine(argument) : "'" + OneLine(argument) + "'";
+  return isPlain ? argument : "'" + argument + "'";
 }
 
 std::vector<std::string> LongNames(const CLI::App& app) {
@@ -226,7 +224,7 @@ Coord3 DirectionOf(const std::string& value) {
   if (const auto direction = gsl_sweep::ParseDirection(value)) return *direction;
   const auto vector = ParseVector(value);
   if (vector && IsZero(*vector)) FailValue("--direction", "be a vector that is not zero", value);
-  FailValue("--direction", directionForms, value);
+  FailValue("--direction", kDirectionForms, value);
 }
 
 Coord3 OffsetOf(const std::string& value) {
@@ -260,8 +258,8 @@ unsigned ThreadsOf(const std::string& value) {
   const char* const end = value.data() + value.size();
   const auto result = std::from_chars(value.data(), end, threads);
   const bool isNumber = result.ec == std::errc() && result.ptr == end;
-  if (!isNumber || threads < 1 || threads > mostThreads) {
-    FailValue("--threads", "be a whole number from 1 to " + std::to_string(mostThreads), value);
+  if (!isNumber || threads < 1 || threads > kMostThreads) {
+    FailValue("--threads", "be a whole number from 1 to " + std::to_string(kMostThreads), value);
   }
   return threads;
 }
@@ -313,13 +311,13 @@ void RefuseMisusedStdin(const SweepOptions& options) {
 }
 
 unsigned ThreadsOfMachine() {
-  return std::clamp(std::thread::hardware_concurrency(), 1u, mostThreads);
+  return std::clamp(std::thread::hardware_concurrency(), 1u, kMostThreads);
 }
 
 } // namespace
 
 std::string ParseSweepOptions(int argc, const char* const* argv, SweepOptions& options) {
-  CLI::App app(description, "gsl-sweep");
+  CLI::App app(kDescription, "gsl-sweep");
   Declare(app, options);
   const char* const* const begin = argv + std::min(argc, 1);
   const char* const* const end = std::find(begin, argv + argc, std::string_view("--"));
@@ -334,7 +332,7 @@ std::string ParseSweepOptions(int argc, const char* const* argv, SweepOptions& o
     // Only the last argument can be an option whose value is missing.
     FailWithHelp(AsTyped(argv[argc - 1]) + " must be followed by a value");
   } catch (const CLI::ParseError& error) {
-    FailWithHelp(OneLine(error.what()));
+    FailWithHelp(error.what());
   }
   RefuseUnknownOptions(app, begin, end);
   options.threads = ThreadsOfMachine();

@@ -1,7 +1,7 @@
 #include "MeshRead.h"
 #include "MeshWrite.h"
-#include "OneLine.h"
 #include "OutputFile.h"
+#include "Printable.h"
 #include "SweepOptions.h"
 #include "gsl_Sweep.h"
 #include "support/MeshView.h"
@@ -58,7 +58,7 @@ bool NameSameFile(const std::string& a, const std::string& b) {
   return error ? a == b : canonicalA == canonicalB;
 }
 
-/// Before the work, so that it is not done in vain.
+/// Before the search, so that nothing is computed for an output that cannot be written.
 void CheckOutputs(const SweepOptions& options) {
   if (options.JsonToFile() && NameSameFile(options.jsonFile, options.outputFile)) {
     throw UsageError("--json and --output name the same file");
@@ -69,15 +69,15 @@ void CheckOutputs(const SweepOptions& options) {
 
 void RequireFiniteTriangles(const std::string& file, const BodyCounts& body) {
   if (body.skipped < body.triangles) return;
-  throw MeshError(OneLine(file) + ": every triangle has a NaN or infinite corner");
+  throw MeshError(file + ": every triangle has a NaN or infinite corner");
 }
 
 void AddWarning(SweepReport& report, const std::string& warning) {
-  if (!warning.empty()) report.warnings.push_back(warning);
+  if (!warning.empty()) report.warnings.push_back(Printable(warning));
 }
 
 void PrintLine(const std::string& line) {
-  std::fprintf(stderr, "gsl-sweep: %s\n", line.c_str());
+  std::fprintf(stderr, "gsl-sweep: %s\n", Printable(line).c_str());
 }
 
 void WriteStdout(const std::string& text) {
@@ -90,7 +90,7 @@ void WriteStdout(const std::string& text) {
 /// What the text says about --output.
 std::string OutputLine(const SweepOptions& options, const Answer& answer) {
   if (options.outputFile.empty()) return {};
-  const std::string file = OneLine(options.outputFile);
+  const std::string file = Printable(options.outputFile);
   return "  moved   " + (answer.status == SweepStatus::None ? "nothing written to " + file : file) +
          "\n";
 }
@@ -106,7 +106,7 @@ void WriteResults(const SweepOptions& options, const SweepReport& report, Mesh m
   if (options.JsonToStdout()) {
     WriteStdout(ReportAsJson(report));
     if (!touches && !options.outputFile.empty() && !options.quiet) {
-      PrintLine("no contact, so nothing is written to " + OneLine(options.outputFile));
+      PrintLine("no contact, so nothing is written to " + options.outputFile);
     }
   } else if (!options.quiet) {
     WriteStdout(ReportAsText(report) + OutputLine(options, report.answer));
@@ -140,10 +140,10 @@ ExitStatus SweepFiles(const SweepOptions& options) {
   CheckOutputs(options);
 
   Progress progress(options.quiet ? ProgressStyle::Never : options.progress);
-  progress.Begin("Reading " + OneLine(NameOfMesh(options.movingFile)));
+  progress.Begin("Reading " + NameOfMesh(options.movingFile));
   Mesh moving = ReadBody(options.movingFile, options);
   Translate(moving, options.offset, "--offset");
-  progress.Begin("Reading " + OneLine(NameOfMesh(options.fixedFile)));
+  progress.Begin("Reading " + NameOfMesh(options.fixedFile));
   const Mesh fixed = ReadBody(options.fixedFile, options);
 
   progress.Begin("Searching");
@@ -200,7 +200,7 @@ int ParseAndRun(int argc, char** argv) {
     return 0;
   }
   RemoveTemporaryFilesOnInterrupt();
-  // A write beyond the limit for files then fails, and is told, instead of ending the program.
+  // A write beyond the limit for files then fails with a message instead of ending the program.
   std::signal(SIGXFSZ, SIG_IGN);
   return SweepFiles(options);
 }

@@ -1,7 +1,8 @@
 #include "readers/MeshReadAssimp.h"
 
 #include "MeshFormat.h"
-#include "readers/MeshReadFormats.h"
+#include "readers/FaceCollector.h"
+#include "readers/WordScanner.h"
 
 #include <assimp/Importer.hpp>
 #include <assimp/config.h>
@@ -23,7 +24,7 @@ struct Transform {
   std::array<std::array<double, 4>, 3> rows;
 };
 
-constexpr Transform identity{{{{1, 0, 0, 0}, {0, 1, 0, 0}, {0, 0, 1, 0}}}};
+constexpr Transform kIdentity{{{{1, 0, 0, 0}, {0, 1, 0, 0}, {0, 0, 1, 0}}}};
 
 Transform InDouble(const aiMatrix4x4& m) {
   return {{{{m.a1, m.a2, m.a3, m.a4}, {m.b1, m.b2, m.b3, m.b4}, {m.c1, m.c2, m.c3, m.c4}}}};
@@ -64,7 +65,7 @@ public:
       Transform toWorld;
     };
     std::vector<Visit> open;
-    if (m_scene.mRootNode != nullptr) open.push_back({m_scene.mRootNode, identity});
+    if (m_scene.mRootNode != nullptr) open.push_back({m_scene.mRootNode, kIdentity});
     while (!open.empty()) {
       const Visit visit = open.back();
       open.pop_back();
@@ -122,13 +123,13 @@ std::string TextOf(const std::string& path) {
 /// Collada's importer scales by the declared unit and cannot be told not to; without the attribute
 /// meter="..." the unit is 1.
 std::string WithoutUnit(std::string text) {
-  constexpr std::string_view name = "meter";
+  constexpr std::string_view kName = "meter";
   const auto isSpace = [](char c) { return IsSpace(c); };
   for (std::size_t tag = text.find("<unit"); tag != text.npos; tag = text.find("<unit", tag + 1)) {
     const std::size_t end = std::min(text.find('>', tag), text.size());
-    for (std::size_t at = text.find(name, tag); at < end; at = text.find(name, at + 1)) {
+    for (std::size_t at = text.find(kName, tag); at < end; at = text.find(kName, at + 1)) {
       const auto next = std::find_if_not(
-          text.begin() + static_cast<std::ptrdiff_t>(at + name.size()), text.end(), isSpace);
+          text.begin() + static_cast<std::ptrdiff_t>(at + kName.size()), text.end(), isSpace);
       if (IsSpace(text[at - 1]) && next != text.end() && *next == '=') text[at] = 'M';
     }
   }
@@ -153,12 +154,14 @@ Mesh ImportWithAssimp(const std::string& path) {
   } else {
     scene = importer.ReadFile(path, 0);
   }
-  if (scene == nullptr) FailRead(source, "cannot be read: " + OneLine(importer.GetErrorString()));
+  if (scene == nullptr)
+    FailRead(source, std::string("cannot be read: ") + importer.GetErrorString());
   Mesh mesh;
   SceneReader(source, *scene, mesh).Read();
   if (!KeepsCoordinates(extension)) {
-    mesh.warnings.push_back(OneLine(path) + ": Assimp may turn or scale this format; compare the "
-                                            "size and the position with what you expect");
+    Warn(mesh, source,
+         "Assimp may turn or scale this format; compare the size and the position with what you "
+         "expect");
   }
   return mesh;
 }

@@ -1,4 +1,6 @@
-#include "readers/MeshReadFormats.h"
+#include "readers/FaceCollector.h"
+#include "readers/MeshReaders.h"
+#include "readers/WordScanner.h"
 
 #define TINYOBJLOADER_USE_DOUBLE
 #define TINYOBJLOADER_IMPLEMENTATION
@@ -61,7 +63,7 @@ bool IsContinued(std::string_view line) {
 }
 
 /// The statement that begins at `p`, its continued lines joined in `joined` when there are any;
-/// `p` goes behind it. A comment ends the statement.
+/// `p` goes past it. A comment ends the statement.
 std::string_view TakeStatement(const char*& p, const char* end, std::string& joined) {
   const char* const lineEnd = LineEnd(p, end);
   std::string_view line = Between(p, lineEnd);
@@ -99,7 +101,7 @@ std::string_view TakeWord(std::string_view& text) {
   return word;
 }
 
-/// The first three numbers; a weight or a colour behind them is not used.
+/// The first three numbers; a weight or a colour after them is not used.
 Coord3 ReadVertex(const MeshSource& source, std::string_view rest, const char* position) {
   double c[3];
   for (double& value : c) {
@@ -121,8 +123,8 @@ bool IsCornerWord(std::string_view word) {
     std::int64_t value = 0;
     const bool present = ParseInteger(number, value);
     if (!present && (part == 0 || !number.empty())) return false;
-    constexpr std::int64_t largest = std::numeric_limits<int>::max();
-    if (value > largest || value < -largest) return false;
+    constexpr std::int64_t kLargest = std::numeric_limits<int>::max();
+    if (value > kLargest || value < -kLargest) return false;
     if (slash == word.npos) return true;
     word.remove_prefix(slash + 1);
   }
@@ -164,7 +166,7 @@ Statements ScanStatements(const MeshSource& source) {
       TakeFace(source, TakeStatement(p, end, joined).substr(1), position, statements);
     } else {
       // The rest says nothing about triangles. Names may end in a backslash, so they are not
-      // continued; what a continued line of numbers leaves is no statement either.
+      // continued; what a continued line of numbers leaves is not a statement either.
       const char* const lineEnd = LineEnd(p, end);
       std::string_view line = Between(p, lineEnd);
       const std::string_view keyword = TakeWord(line);
@@ -241,9 +243,9 @@ Mesh ReadObj(const MeshSource& source) {
   }
   receiver.faces.Finish();
   if (statements.freeForm != nullptr) {
-    mesh.warnings.push_back(OneLine(source.file) +
-                            ": left out curved surfaces, the first in line " +
-                            std::to_string(LineOf(source.bytes, statements.freeForm)));
+    Warn(mesh, source,
+         "left out curved surfaces, the first in line " +
+             std::to_string(LineNumberAt(source.bytes, statements.freeForm)));
   }
   return mesh;
 }

@@ -1,4 +1,6 @@
-#include "readers/MeshReadFormats.h"
+#include "readers/FaceCollector.h"
+#include "readers/MeshReaders.h"
+#include "readers/WordScanner.h"
 
 #include <algorithm>
 
@@ -21,8 +23,8 @@ std::string_view KeywordOf(std::string_view word) {
   return size == word.size() || countFollows ? word.substr(0, size) : std::string_view{};
 }
 
-/// The words behind the keyword.
-WordScanner BehindKeyword(const MeshSource& source) {
+/// The words after the keyword.
+WordScanner AfterKeyword(const MeshSource& source) {
   const std::string_view text = WithoutByteOrderMark(source.bytes);
   WordScanner words(source, text, true);
   const std::string_view keyword = KeywordOf(words.Next());
@@ -88,7 +90,7 @@ bool BeginsWithOffKeyword(std::string_view bytes) {
 }
 
 Mesh ReadOff(const MeshSource& source) {
-  WordScanner words = BehindKeyword(source);
+  WordScanner words = AfterKeyword(source);
   const std::size_t vertexCount = ReadCount(words, "the count of vertices", 6);
   const std::size_t faceCount = ReadCount(words, "the count of faces", 2);
   SkipEdgeCount(words);

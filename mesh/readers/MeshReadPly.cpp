@@ -1,4 +1,6 @@
-#include "readers/MeshReadFormats.h"
+#include "readers/FaceCollector.h"
+#include "readers/MeshReaders.h"
+#include "readers/WordScanner.h"
 
 #include <algorithm>
 #include <cmath>
@@ -18,7 +20,7 @@ struct ScalarName {
   Scalar type;
 };
 
-constexpr ScalarName scalarNames[] = {
+constexpr ScalarName kScalarNames[] = {
     {"char", Scalar::Int8},      {"int8", Scalar::Int8},       {"uchar", Scalar::Uint8},
     {"uint8", Scalar::Uint8},    {"short", Scalar::Int16},     {"int16", Scalar::Int16},
     {"ushort", Scalar::Uint16},  {"uint16", Scalar::Uint16},   {"int", Scalar::Int32},
@@ -110,7 +112,7 @@ std::vector<std::string_view> WordsOf(std::string_view line) {
 }
 
 Scalar ParseScalar(const MeshSource& source, std::string_view word) {
-  for (const ScalarName& row : scalarNames) {
+  for (const ScalarName& row : kScalarNames) {
     if (row.name == word) return row.type;
   }
   FailReadAt(source, word.data(), "unknown PLY type " + Quoted(word));
@@ -279,7 +281,7 @@ private:
   bool m_bigEndian;
 };
 
-/// Corners of all faces, as indices into the vertices, which may stand behind them in the file.
+/// Corners of all faces, as indices into the vertices, which may come after them in the file.
 struct Faces {
   std::vector<std::int64_t> indices;
   struct Face {

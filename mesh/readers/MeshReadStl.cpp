@@ -1,4 +1,5 @@
-#include "readers/MeshReadFormats.h"
+#include "readers/MeshReaders.h"
+#include "readers/WordScanner.h"
 
 #include <algorithm>
 #include <array>
@@ -10,9 +11,9 @@ namespace gsl_sweep {
 
 namespace {
 
-constexpr std::size_t headerSize = 80;
-constexpr std::size_t prefixSize = 84; ///< header and count
-constexpr std::size_t recordSize = 50; ///< normal, three corners, two attribute bytes
+constexpr std::size_t kHeaderSize = 80;
+constexpr std::size_t kPrefixSize = 84; ///< header and count
+constexpr std::size_t kRecordSize = 50; ///< normal, three corners, two attribute bytes
 
 std::uint32_t LittleEndian32(const char* p) {
   const auto byte = [p](int k) {
@@ -56,32 +57,32 @@ void CheckTrailing(const MeshSource& source, std::string_view trailing, std::siz
   if (trailing.empty()) return;
   const bool padding =
       std::all_of(trailing.begin(), trailing.end(), [](char c) { return c == '\0'; });
-  if (trailing.size() >= recordSize && !padding) {
+  if (trailing.size() >= kRecordSize && !padding) {
     FailRead(source, "the count of " + std::to_string(count) + " triangles leaves " +
                          std::to_string(trailing.size()) +
                          " bytes at the end of the file; one of the two is damaged");
   }
-  mesh.warnings.push_back(OneLine(source.file) + ": ignored " + std::to_string(trailing.size()) +
-                          " bytes behind the last triangle");
+  Warn(mesh, source,
+       "ignored " + std::to_string(trailing.size()) + " bytes behind the last triangle");
 }
 
 Mesh ReadBinary(const MeshSource& source) {
   const std::string_view bytes = source.bytes;
-  if (bytes.size() < prefixSize) {
+  if (bytes.size() < kPrefixSize) {
     FailRead(source, "too short for an STL file (" + std::to_string(bytes.size()) +
                          " bytes; a binary one has at least 84, a text begins with 'solid')");
   }
-  const std::size_t count = LittleEndian32(bytes.data() + headerSize);
-  const std::size_t room = (bytes.size() - prefixSize) / recordSize;
+  const std::size_t count = LittleEndian32(bytes.data() + kHeaderSize);
+  const std::size_t room = (bytes.size() - kPrefixSize) / kRecordSize;
   if (count > room) {
     FailRead(source, "truncated: the count says " + std::to_string(count) +
                          " triangles, the file has room for " + std::to_string(room));
   }
   Mesh mesh;
-  CheckTrailing(source, bytes.substr(prefixSize + count * recordSize), count, mesh);
+  CheckTrailing(source, bytes.substr(kPrefixSize + count * kRecordSize), count, mesh);
   mesh.corners.resize(3 * count);
-  const char* record = bytes.data() + prefixSize;
-  for (std::size_t k = 0; k < count; ++k, record += recordSize) {
+  const char* record = bytes.data() + kPrefixSize;
+  for (std::size_t k = 0; k < count; ++k, record += kRecordSize) {
     for (std::size_t c = 0; c < 3; ++c) {
       mesh.corners[3 * k + c] = LittleEndianCorner(record + 12 * (c + 1));
     }
@@ -98,7 +99,7 @@ void Expect(WordScanner& words, std::string_view keyword) {
   words.Fail(expected + ", found " + Quoted(word) + (fourth ? " (a facet has three corners)" : ""));
 }
 
-/// The normal is not used and some writers print one that is no number; only its place counts.
+/// The normal is not used, and some writers print one that is not a number; only its place counts.
 void SkipNormal(WordScanner& words) {
   Expect(words, "normal");
   for (int k = 0; k < 3; ++k) {
@@ -124,7 +125,7 @@ void ReadFacet(WordScanner& words, Mesh& mesh) {
   Expect(words, "endfacet");
 }
 
-/// From behind the word 'solid' to the end of the line of 'endsolid'; both may carry a name.
+/// From after the word 'solid' to the end of the line of 'endsolid'; both may carry a name.
 void ReadSolid(WordScanner& words, Mesh& mesh) {
   words.SkipLine();
   for (;;) {
@@ -151,14 +152,19 @@ Mesh ReadText(const MeshSource& source) {
   return mesh;
 }
 
-} // namespace
-
+/// By its size or, when the size is wrong, by its bytes.
 bool IsBinaryStl(std::string_view bytes) {
-  if (bytes.size() < prefixSize) return false;
-  const std::size_t count = LittleEndian32(bytes.data() + headerSize);
-  if (bytes.size() == prefixSize + count * recordSize) return true;
+  if (bytes.size() < kPrefixSize) return false;
+  if (HasSizeOfBinaryStl(bytes)) return true;
   // Of a wrong size: a damaged binary file, unless it looks like a text from its first bytes on.
   return !BeginsWithSolid(bytes) || HoldsBinary(bytes.substr(0, 512));
+}
+
+} // namespace
+
+bool HasSizeOfBinaryStl(std::string_view bytes) {
+  return bytes.size() >= kPrefixSize &&
+         bytes.size() == kPrefixSize + LittleEndian32(bytes.data() + kHeaderSize) * kRecordSize;
 }
 
 Mesh ReadStl(const MeshSource& source) {

@@ -1,4 +1,5 @@
-#include "writers/MeshWriteFormats.h"
+#include "writers/MeshWriters.h"
+#include "writers/SharedVertices.h"
 
 namespace gsl_sweep {
 

@@ -1,4 +1,4 @@
-#include "writers/MeshWriteFormats.h"
+#include "writers/MeshWriters.h"
 
 #include <array>
 #include <cmath>
@@ -10,16 +10,16 @@ namespace gsl_sweep {
 
 namespace {
 
-constexpr std::size_t headerSize = 80;
+constexpr std::size_t kHeaderSize = 80;
 
 // A header that began with 'solid' would be taken for a text by some readers.
-constexpr std::string_view headerText = "binary STL, coordinates in the units of the source file";
-static_assert(headerText.size() <= headerSize, "the rest is filled with zeros");
+constexpr std::string_view kHeaderText = "binary STL, coordinates in the units of the source file";
+static_assert(kHeaderText.size() <= kHeaderSize, "the rest is filled with zeros");
 
 /// False when a finite value would become infinite.
 bool Fits(double value) {
-  constexpr double largest = std::numeric_limits<float>::max();
-  return !std::isfinite(value) || std::fabs(value) <= largest;
+  constexpr double kLargest = std::numeric_limits<float>::max();
+  return !std::isfinite(value) || std::fabs(value) <= kLargest;
 }
 
 void CheckWritable(const Mesh& mesh, const MeshOutput& output) {
@@ -66,8 +66,8 @@ void WriteFacet(const Coord3* corners, MeshOutput& output) {
 
 void WriteStl(const Mesh& mesh, MeshOutput& output) {
   CheckWritable(mesh, output);
-  output.Text(headerText);
-  output.Text(std::string(headerSize - headerText.size(), '\0'));
+  output.Text(kHeaderText);
+  output.Text(std::string(kHeaderSize - kHeaderText.size(), '\0'));
   output.Bits32(static_cast<std::uint32_t>(mesh.TriangleCount()));
   for (std::size_t k = 0; k < mesh.TriangleCount(); ++k)
     WriteFacet(&mesh.corners[3 * k], output);

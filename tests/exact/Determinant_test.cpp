@@ -11,7 +11,7 @@ using namespace gsl_sweep;
 
 const Coord3 origin{0.0, 0.0, 0.0};
 
-Arrow FromOrigin(const Coord3& a) {
+VectorBetween FromOrigin(const Coord3& a) {
   return {&origin, &a};
 }
 

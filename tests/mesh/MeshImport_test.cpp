@@ -1,8 +1,8 @@
 #include "MeshImport.h"
 
+#include "MachineMemory.h"
 #include "MeshSamples.h"
 #include "TestScale.h"
-#include "readers/MeshReadFormats.h"
 
 #include <algorithm>
 #include <cerrno>

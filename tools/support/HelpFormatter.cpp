@@ -6,10 +6,10 @@ namespace gsl_tools {
 
 namespace {
 
-constexpr std::size_t lineWidth = 79; // some terminals break a line that fills all 80 columns
-constexpr std::size_t textColumn = 26;
-constexpr std::size_t nameIndent = 2;
-constexpr std::size_t leastGap = 2;
+constexpr std::size_t kLineWidth = 79; // some terminals break a line that fills all 80 columns
+constexpr std::size_t kTextColumn = 26;
+constexpr std::size_t kNameIndent = 2;
+constexpr std::size_t kLeastGap = 2;
 
 /// "-d, --direction X,Y,Z", or "    --offset X,Y,Z" so that the long names are below each other.
 std::string NamesOf(const CLI::Option* option, bool isPositional) {
@@ -42,7 +42,7 @@ std::string HelpFormatter::make_usage(const CLI::App* /*app*/, std::string name)
 
 std::string HelpFormatter::make_description(const CLI::App* app) const {
   std::string text;
-  for (const std::string& line : WrappedLines(app->get_description(), lineWidth))
+  for (const std::string& line : WrappedLines(app->get_description(), kLineWidth))
     text += line + "\n";
   return text;
 }
@@ -56,15 +56,16 @@ std::string HelpFormatter::make_group(std::string group, bool isPositional,
 }
 
 std::string HelpFormatter::make_option(const CLI::Option* option, bool isPositional) const {
-  std::string text = std::string(nameIndent, ' ') + NamesOf(option, isPositional);
-  std::size_t column = text.size() + leastGap <= textColumn ? text.size() : textColumn + 1;
-  for (const std::string& line : WrappedLines(option->get_description(), lineWidth - textColumn)) {
-    if (column > textColumn) {
+  std::string text = std::string(kNameIndent, ' ') + NamesOf(option, isPositional);
+  std::size_t column = text.size() + kLeastGap <= kTextColumn ? text.size() : kTextColumn + 1;
+  for (const std::string& line :
+       WrappedLines(option->get_description(), kLineWidth - kTextColumn)) {
+    if (column > kTextColumn) {
       text += "\n";
       column = 0;
     }
-    text += std::string(textColumn - column, ' ') + line;
-    column = textColumn + 1; // any further line is a new one
+    text += std::string(kTextColumn - column, ' ') + line;
+    column = kTextColumn + 1; // any further line is a new one
   }
   return text + "\n";
 }

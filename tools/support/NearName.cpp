@@ -7,8 +7,8 @@ namespace gsl_tools {
 
 namespace {
 
-constexpr std::size_t mostErrors = 2;
-constexpr std::size_t leastLetters = 3;
+constexpr std::size_t kMostErrors = 2;
+constexpr std::size_t kLeastLetters = 3;
 
 /// Typing errors between two words (optimal string alignment distance).
 std::size_t TypingErrors(std::string_view a, std::string_view b) {
@@ -33,14 +33,14 @@ std::size_t TypingErrors(std::string_view a, std::string_view b) {
 
 bool IsBeginningOf(std::string_view name, std::string_view word) {
   const std::size_t dashes = std::min(word.find_first_not_of('-'), word.size());
-  return word.size() >= dashes + leastLetters && name.substr(0, word.size()) == word;
+  return word.size() >= dashes + kLeastLetters && name.substr(0, word.size()) == word;
 }
 
 } // namespace
 
 std::string NearName(std::string_view word, const std::vector<std::string>& names) {
   std::string nearest;
-  std::size_t least = mostErrors + 1;
+  std::size_t least = kMostErrors + 1;
   for (const std::string& name : names) {
     const std::size_t errors = IsBeginningOf(name, word) ? 0 : TypingErrors(word, name);
     if (errors > least) continue;
@@ -48,7 +48,7 @@ std::string NearName(std::string_view word, const std::vector<std::string>& name
     nearest = alone ? name : std::string();
     least = errors;
   }
-  return least <= mostErrors ? nearest : std::string();
+  return least <= kMostErrors ? nearest : std::string();
 }
 
 } // namespace gsl_tools

@@ -1,5 +1,7 @@
 #include "support/Progress.h"
 
+#include "Printable.h"
+
 #include <cstdio>
 #include <cstdlib>
 #include <string_view>
@@ -24,7 +26,7 @@ ProgressStyle StyleFor(ProgressStyle wanted) {
 Progress::Progress(ProgressStyle style) : m_style(StyleFor(style)) {}
 
 void Progress::Begin(const std::string& stage) {
-  m_stage = stage;
+  m_stage = Printable(stage);
   m_shown = Clock::now();
   Show(m_stage);
 }

@@ -1,6 +1,6 @@
 #include "support/Report.h"
 
-#include "OneLine.h"
+#include "Printable.h"
 #include "support/VectorText.h"
 
 #include <nlohmann/json.hpp>
@@ -15,7 +15,7 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-constexpr int schemaVersion = 2;
+constexpr int kSchemaVersion = 2;
 
 const char* StatusName(SweepStatus status) {
   switch (status) {
@@ -81,7 +81,7 @@ std::string BodyLine(const char* role, const std::string& file, const BodyCounts
   const std::string what = touches ? "triangle " + std::to_string(place.triangle) + " of " + count +
                                          ", at " + VectorText(place.point)
                                    : count + " triangles";
-  const std::string name = file == "-" ? "standard input" : OneLine(file);
+  const std::string name = file == "-" ? "standard input" : Printable(file);
   return std::string("  ") + role + name + ", " + what + "\n";
 }
 
@@ -105,9 +105,9 @@ std::string FirstLine(const SweepReport& report) {
 
 /// Diagonal of the box around all finite triangles.
 double SizeOf(const Mesh& mesh) {
-  constexpr double infinity = std::numeric_limits<double>::infinity();
-  Coord3 low{infinity, infinity, infinity};
-  Coord3 high{-infinity, -infinity, -infinity};
+  constexpr double kInfinity = std::numeric_limits<double>::infinity();
+  Coord3 low{kInfinity, kInfinity, kInfinity};
+  Coord3 high{-kInfinity, -kInfinity, -kInfinity};
   for (std::size_t k = 0; k < mesh.TriangleCount(); ++k) {
     const Coord3* corner = mesh.corners.data() + 3 * k;
     bool finite = true;
@@ -157,7 +157,7 @@ std::string ReportAsJson(const SweepReport& report) {
   const Answer& answer = report.answer;
   const bool touches = answer.status != SweepStatus::None;
   Json json;
-  json["schema_version"] = schemaVersion;
+  json["schema_version"] = kSchemaVersion;
   json["tool_version"] = report.toolVersion;
   json["question"] = QuestionAsJson(report);
   json["status"] = StatusName(answer.status);
@@ -177,16 +177,16 @@ std::string SizeWarning(const Mesh& moving, const Mesh& fixed) {
   const double ratio = std::max(movingSize, fixedSize) / std::min(movingSize, fixedSize);
   for (const double factor : {25.4, 1000.0}) {
     if (!(std::fabs(ratio - factor) <= 0.1 * factor)) continue;
-    return "the sizes of " + OneLine(moving.file) + " (" + NumberText(movingSize) + ") and " +
-           OneLine(fixed.file) + " (" + NumberText(fixedSize) + ") differ by a factor of about " +
-           NumberText(factor) + "; nothing was scaled, are both in the same unit?";
+    return "the sizes of " + moving.file + " (" + NumberText(movingSize) + ") and " + fixed.file +
+           " (" + NumberText(fixedSize) + ") differ by a factor of about " + NumberText(factor) +
+           "; nothing was scaled, are both in the same unit?";
   }
   return {};
 }
 
 std::string SkippedWarning(const std::string& file, const BodyCounts& body) {
   if (body.skipped == 0) return {};
-  return OneLine(file) + ": skipped " + std::to_string(body.skipped) + " of " +
+  return file + ": skipped " + std::to_string(body.skipped) + " of " +
          std::to_string(body.triangles) + " triangles, which have a NaN or infinite corner";
 }
 
@@ -194,7 +194,7 @@ void Translate(Mesh& mesh, const Coord3& step, const std::string& cause) {
   for (Coord3& corner : mesh.corners) {
     const Coord3 moved = gsl_arithmetic::Add(corner, step);
     if (IsFinite(corner) && !IsFinite(moved)) {
-      throw std::overflow_error(cause + " moves a corner of " + OneLine(mesh.file) +
+      throw std::overflow_error(cause + " moves a corner of " + mesh.file +
                                 " beyond the range of double");
     }
     corner = moved;

@@ -1,14 +1,18 @@
 #ifndef GSL_TOOLS_USAGE_ERROR_H
 #define GSL_TOOLS_USAGE_ERROR_H
 
+#include "Printable.h"
+
 #include <stdexcept>
+#include <string>
 
 namespace gsl_tools {
 
 /// A command line that makes no sense. what() is one line: what is wrong, then what was expected.
 class UsageError : public std::runtime_error {
 public:
-  using std::runtime_error::runtime_error;
+  explicit UsageError(const std::string& message)
+      : std::runtime_error(gsl_sweep::Printable(message)) {}
 };
 
 } // namespace gsl_tools

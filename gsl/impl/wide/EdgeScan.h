@@ -33,7 +33,7 @@ inline std::size_t SkipLines(const unsigned char* entries, const unsigned char* 
       found[k] = OpenEdges(entries + at + k * kEdgeLine, open + at + k * kEdgeLine);
     }
     if (AnyBit(found[0] | found[1] | found[2] | found[3])) {
-      // which of them is as good as random, so that nothing branches on it
+      // No branch: which of the four it is cannot be predicted.
       const int which = AnyBit(found[0]) | AnyBit(found[1]) << 1 | AnyBit(found[2]) << 2 | 8;
       return line + static_cast<std::size_t>(__builtin_ctz(static_cast<unsigned>(which)));
     }

@@ -29,19 +29,20 @@ namespace GSL_LANES_NAMESPACE {
 
 constexpr int kLanes = GSL_LANES;
 
-typedef double Vector __attribute__((vector_size(kLanes * 8)));
+typedef double Doubles __attribute__((vector_size(kLanes * 8)));
 typedef std::int64_t Bits __attribute__((vector_size(kLanes * 8)));
-typedef Vector UnalignedVector __attribute__((aligned(8), may_alias));
+typedef Doubles UnalignedDoubles __attribute__((aligned(8), may_alias));
 typedef Bits UnalignedBits __attribute__((aligned(1), may_alias));
 
-GSL_ALWAYS_INLINE Vector Load(const double* from) {
-  return *reinterpret_cast<const UnalignedVector*>(from);
+GSL_ALWAYS_INLINE Doubles Load(const double* from) {
+  return *reinterpret_cast<const UnalignedDoubles*>(from);
 }
-GSL_ALWAYS_INLINE void Store(double* to, Vector v) {
-  *reinterpret_cast<UnalignedVector*>(to) = v;
+GSL_ALWAYS_INLINE void Store(double* to, Doubles v) {
+  *reinterpret_cast<UnalignedDoubles*>(to) = v;
 }
 
-/// Has an element come near; it may lie outside its array, and nothing is read then.
+/// Asks for an element to be fetched into the cache. It may lie outside its array; nothing is read
+/// then.
 GSL_ALWAYS_INLINE void Prefetch(const double* array, std::ptrdiff_t index) {
   const auto at =
       reinterpret_cast<std::uintptr_t>(array) + static_cast<std::uintptr_t>(index) * sizeof(double);
@@ -56,64 +57,64 @@ GSL_ALWAYS_INLINE Bits LoadBits(const unsigned char* from) {
 
 #if GSL_LANES == 8
 
-GSL_ALWAYS_INLINE Vector Splat(double s) {
-  return Vector{s, s, s, s, s, s, s, s};
+GSL_ALWAYS_INLINE Doubles Splat(double s) {
+  return Doubles{s, s, s, s, s, s, s, s};
 }
-GSL_ALWAYS_INLINE Vector ZeroToLast() {
-  return Vector{0, 1, 2, 3, 4, 5, 6, 7};
+GSL_ALWAYS_INLINE Doubles ZeroToLast() {
+  return Doubles{0, 1, 2, 3, 4, 5, 6, 7};
 }
 GSL_ALWAYS_INLINE Bits SplatBits(std::int64_t s) {
   return Bits{s, s, s, s, s, s, s, s};
 }
-GSL_ALWAYS_INLINE Vector SwapHalves(Vector v) {
+GSL_ALWAYS_INLINE Doubles SwapHalves(Doubles v) {
   return __builtin_shufflevector(v, v, 4, 5, 6, 7, 0, 1, 2, 3);
 }
-GSL_ALWAYS_INLINE Vector SwapPairs(Vector v) {
+GSL_ALWAYS_INLINE Doubles SwapPairs(Doubles v) {
   return __builtin_shufflevector(v, v, 2, 3, 0, 1, 6, 7, 4, 5);
 }
-GSL_ALWAYS_INLINE Vector SwapNeighbours(Vector v) {
+GSL_ALWAYS_INLINE Doubles SwapNeighbours(Doubles v) {
   return __builtin_shufflevector(v, v, 1, 0, 3, 2, 5, 4, 7, 6);
 }
 
 #elif GSL_LANES == 4
 
-GSL_ALWAYS_INLINE Vector Splat(double s) {
-  return Vector{s, s, s, s};
+GSL_ALWAYS_INLINE Doubles Splat(double s) {
+  return Doubles{s, s, s, s};
 }
-GSL_ALWAYS_INLINE Vector ZeroToLast() {
-  return Vector{0, 1, 2, 3};
+GSL_ALWAYS_INLINE Doubles ZeroToLast() {
+  return Doubles{0, 1, 2, 3};
 }
 GSL_ALWAYS_INLINE Bits SplatBits(std::int64_t s) {
   return Bits{s, s, s, s};
 }
-GSL_ALWAYS_INLINE Vector SwapHalves(Vector v) {
+GSL_ALWAYS_INLINE Doubles SwapHalves(Doubles v) {
   return v;
 }
-GSL_ALWAYS_INLINE Vector SwapPairs(Vector v) {
+GSL_ALWAYS_INLINE Doubles SwapPairs(Doubles v) {
   return __builtin_shufflevector(v, v, 2, 3, 0, 1);
 }
-GSL_ALWAYS_INLINE Vector SwapNeighbours(Vector v) {
+GSL_ALWAYS_INLINE Doubles SwapNeighbours(Doubles v) {
   return __builtin_shufflevector(v, v, 1, 0, 3, 2);
 }
 
 #else
 
-GSL_ALWAYS_INLINE Vector Splat(double s) {
-  return Vector{s, s};
+GSL_ALWAYS_INLINE Doubles Splat(double s) {
+  return Doubles{s, s};
 }
-GSL_ALWAYS_INLINE Vector ZeroToLast() {
-  return Vector{0, 1};
+GSL_ALWAYS_INLINE Doubles ZeroToLast() {
+  return Doubles{0, 1};
 }
 GSL_ALWAYS_INLINE Bits SplatBits(std::int64_t s) {
   return Bits{s, s};
 }
-GSL_ALWAYS_INLINE Vector SwapHalves(Vector v) {
+GSL_ALWAYS_INLINE Doubles SwapHalves(Doubles v) {
   return v;
 }
-GSL_ALWAYS_INLINE Vector SwapPairs(Vector v) {
+GSL_ALWAYS_INLINE Doubles SwapPairs(Doubles v) {
   return v;
 }
-GSL_ALWAYS_INLINE Vector SwapNeighbours(Vector v) {
+GSL_ALWAYS_INLINE Doubles SwapNeighbours(Doubles v) {
   return __builtin_shufflevector(v, v, 1, 0);
 }
 
@@ -121,30 +122,30 @@ GSL_ALWAYS_INLINE Vector SwapNeighbours(Vector v) {
 
 /// *s times each lane.
 #if GSL_LANES == 8 && defined(__x86_64__)
-GSL_ALWAYS_INLINE Vector Times(const double* s, Vector v) {
+GSL_ALWAYS_INLINE Doubles Times(const double* s, Doubles v) {
   // The compilers would broadcast into a register once and use it often. On processors that split
   // wide vectors that costs a quarter of the arithmetic; broadcasting in the operand is free.
-  Vector product;
+  Doubles product;
   __asm__("vmulpd %1%{1to8%}, %2, %0" : "=v"(product) : "m"(*s), "v"(v));
   return product;
 }
 #else
-GSL_ALWAYS_INLINE Vector Times(const double* s, Vector v) {
+GSL_ALWAYS_INLINE Doubles Times(const double* s, Doubles v) {
   return Splat(*s) * v;
 }
 #endif
 
-GSL_ALWAYS_INLINE Vector Magnitude(Vector v) {
-  return reinterpret_cast<Vector>(reinterpret_cast<Bits>(v) & SplatBits(INT64_MAX));
+GSL_ALWAYS_INLINE Doubles Magnitude(Doubles v) {
+  return reinterpret_cast<Doubles>(reinterpret_cast<Bits>(v) & SplatBits(INT64_MAX));
 }
 
 /// b where a is NaN.
-GSL_ALWAYS_INLINE Vector Larger(Vector a, Vector b) {
+GSL_ALWAYS_INLINE Doubles Larger(Doubles a, Doubles b) {
   return a > b ? a : b;
 }
 
 /// The largest lane; no lane may be NaN.
-GSL_ALWAYS_INLINE double Largest(Vector v) {
+GSL_ALWAYS_INLINE double Largest(Doubles v) {
   v = Larger(v, SwapHalves(v));
   v = Larger(v, SwapPairs(v));
   v = Larger(v, SwapNeighbours(v));
@@ -152,15 +153,15 @@ GSL_ALWAYS_INLINE double Largest(Vector v) {
 }
 
 GSL_ALWAYS_INLINE bool AnyBit(Bits v) {
-  v |= reinterpret_cast<Bits>(SwapHalves(reinterpret_cast<Vector>(v)));
-  v |= reinterpret_cast<Bits>(SwapPairs(reinterpret_cast<Vector>(v)));
+  v |= reinterpret_cast<Bits>(SwapHalves(reinterpret_cast<Doubles>(v)));
+  v |= reinterpret_cast<Bits>(SwapPairs(reinterpret_cast<Doubles>(v)));
   return (v[0] | v[1]) != 0;
 }
 
 /// Transposes kLanes rows of kLanes doubles.
 #if GSL_LANES == 8
-GSL_ALWAYS_INLINE void Transpose(Vector (&r)[kLanes]) {
-  Vector pair[8]; // of two neighbouring rows: the even columns, then the odd ones
+GSL_ALWAYS_INLINE void Transpose(Doubles (&r)[kLanes]) {
+  Doubles pair[8]; // of two neighbouring rows: the even columns, then the odd ones
 #pragma GCC unroll 8
   for (int i = 0; i < 8; i += 2) {
     pair[i] = __builtin_shufflevector(r[i], r[i + 1], 0, 8, 2, 10, 4, 12, 6, 14);
@@ -168,10 +169,10 @@ GSL_ALWAYS_INLINE void Transpose(Vector (&r)[kLanes]) {
   }
 #pragma GCC unroll 8
   for (int o = 0; o < 2; ++o) {
-    const Vector a = __builtin_shufflevector(pair[o], pair[2 + o], 0, 1, 4, 5, 8, 9, 12, 13);
-    const Vector b = __builtin_shufflevector(pair[o], pair[2 + o], 2, 3, 6, 7, 10, 11, 14, 15);
-    const Vector c = __builtin_shufflevector(pair[4 + o], pair[6 + o], 0, 1, 4, 5, 8, 9, 12, 13);
-    const Vector d = __builtin_shufflevector(pair[4 + o], pair[6 + o], 2, 3, 6, 7, 10, 11, 14, 15);
+    const Doubles a = __builtin_shufflevector(pair[o], pair[2 + o], 0, 1, 4, 5, 8, 9, 12, 13);
+    const Doubles b = __builtin_shufflevector(pair[o], pair[2 + o], 2, 3, 6, 7, 10, 11, 14, 15);
+    const Doubles c = __builtin_shufflevector(pair[4 + o], pair[6 + o], 0, 1, 4, 5, 8, 9, 12, 13);
+    const Doubles d = __builtin_shufflevector(pair[4 + o], pair[6 + o], 2, 3, 6, 7, 10, 11, 14, 15);
     r[o] = __builtin_shufflevector(a, c, 0, 1, 4, 5, 8, 9, 12, 13);
     r[4 + o] = __builtin_shufflevector(a, c, 2, 3, 6, 7, 10, 11, 14, 15);
     r[2 + o] = __builtin_shufflevector(b, d, 0, 1, 4, 5, 8, 9, 12, 13);
@@ -179,20 +180,20 @@ GSL_ALWAYS_INLINE void Transpose(Vector (&r)[kLanes]) {
   }
 }
 #elif GSL_LANES == 4
-GSL_ALWAYS_INLINE void Transpose(Vector (&r)[kLanes]) {
-  const Vector a = __builtin_shufflevector(r[0], r[1], 0, 4, 2, 6);
-  const Vector b = __builtin_shufflevector(r[0], r[1], 1, 5, 3, 7);
-  const Vector c = __builtin_shufflevector(r[2], r[3], 0, 4, 2, 6);
-  const Vector d = __builtin_shufflevector(r[2], r[3], 1, 5, 3, 7);
+GSL_ALWAYS_INLINE void Transpose(Doubles (&r)[kLanes]) {
+  const Doubles a = __builtin_shufflevector(r[0], r[1], 0, 4, 2, 6);
+  const Doubles b = __builtin_shufflevector(r[0], r[1], 1, 5, 3, 7);
+  const Doubles c = __builtin_shufflevector(r[2], r[3], 0, 4, 2, 6);
+  const Doubles d = __builtin_shufflevector(r[2], r[3], 1, 5, 3, 7);
   r[0] = __builtin_shufflevector(a, c, 0, 1, 4, 5);
   r[1] = __builtin_shufflevector(b, d, 0, 1, 4, 5);
   r[2] = __builtin_shufflevector(a, c, 2, 3, 6, 7);
   r[3] = __builtin_shufflevector(b, d, 2, 3, 6, 7);
 }
 #else
-GSL_ALWAYS_INLINE void Transpose(Vector (&r)[kLanes]) {
-  const Vector a = r[0];
-  const Vector b = r[1];
+GSL_ALWAYS_INLINE void Transpose(Doubles (&r)[kLanes]) {
+  const Doubles a = r[0];
+  const Doubles b = r[1];
   r[0] = __builtin_shufflevector(a, b, 0, 2);
   r[1] = __builtin_shufflevector(a, b, 1, 3);
 }

@@ -20,39 +20,39 @@ namespace GSL_LANES_NAMESPACE {
 class PivotSearch {
 public:
   explicit PivotSearch(std::ptrdiff_t firstRow)
-      : best(Splat(0.0)), row(Splat(-1.0)),
-        next(Splat(static_cast<double>(firstRow)) + ZeroToLast()) {}
+      : m_best(Splat(0.0)), m_row(Splat(-1.0)),
+        m_next(Splat(static_cast<double>(firstRow)) + ZeroToLast()) {}
 
-  GSL_ALWAYS_INLINE void See(Vector merit) {
+  GSL_ALWAYS_INLINE void See(Doubles merit) {
     // equal-merits-take-the-last-row: but never a NaN.
-    const auto better = merit >= best;
-    best = better ? merit : best;
-    row = better ? next : row;
-    next += Splat(kLanes);
+    const auto better = merit >= m_best;
+    m_best = better ? merit : m_best;
+    m_row = better ? m_next : m_row;
+    m_next += Splat(kLanes);
   }
 
   /// -1 when every merit was NaN.
   GSL_ALWAYS_INLINE std::ptrdiff_t Row() const {
-    const Vector winner = Splat(Largest(best));
-    return static_cast<std::ptrdiff_t>(Largest(best == winner ? row : Splat(-1.0)));
+    const Doubles winner = Splat(Largest(m_best));
+    return static_cast<std::ptrdiff_t>(Largest(m_best == winner ? m_row : Splat(-1.0)));
   }
 
 private:
-  Vector best;
-  Vector row;
-  Vector next;
+  Doubles m_best;
+  Doubles m_row;
+  Doubles m_next;
 };
 
 class LuElimination {
 public:
-  explicit LuElimination(LuWork& work) : m(work), panelFirst(0) {}
+  explicit LuElimination(LuWork& work) : m_work(work), m_panelFirst(0) {}
 
   void Run() {
-    for (std::ptrdiff_t first = 0; first < m.padded; first += m.panel) {
-      const std::ptrdiff_t width = Least(m.panel, m.padded - first);
-      panelFirst = first;
+    for (std::ptrdiff_t first = 0; first < m_work.padded; first += m_work.panel) {
+      const std::ptrdiff_t width = Least(m_work.panel, m_work.padded - first);
+      m_panelFirst = first;
       Factor(first, width);
-      Update(first, width, first + width, m.padded);
+      Update(first, width, first + width, m_work.padded);
     }
   }
 
@@ -63,18 +63,18 @@ private:
   /// A tile of fewer terms is done before what is fetched for the next one arrives.
   static constexpr std::ptrdiff_t kDepthToFetch = 32;
 
-  LuWork& m;
-  std::ptrdiff_t panelFirst;
+  LuWork& m_work;
+  std::ptrdiff_t m_panelFirst;
 
   static GSL_ALWAYS_INLINE std::ptrdiff_t Least(std::ptrdiff_t a, std::ptrdiff_t b) {
     return a < b ? a : b;
   }
 
-  GSL_ALWAYS_INLINE std::ptrdiff_t LeafStride() const { return m.leafStride; }
+  GSL_ALWAYS_INLINE std::ptrdiff_t LeafStride() const { return m_work.leafStride; }
 
   /// Rows row .. row + 7 of the leaf that starts at `column`; both are multiples of kLeaf.
   GSL_ALWAYS_INLINE double* Block(std::ptrdiff_t column, std::ptrdiff_t row) const {
-    return m.leaves + (column - panelFirst) / kLeaf * LeafStride() + row * kLeaf;
+    return m_work.leaves + (column - m_panelFirst) / kLeaf * LeafStride() + row * kLeaf;
   }
 
   struct RowsFrom {
@@ -83,8 +83,8 @@ private:
   };
   /// Where rows row, row + 1, ... hold column `column`.
   GSL_ALWAYS_INLINE RowsFrom Rows(std::ptrdiff_t row, std::ptrdiff_t column) const {
-    if (column < m.whole) return {m.rows + row, column};
-    return {m.tails + row, column - m.whole};
+    if (column < m_work.whole) return {m_work.rows + row, column};
+    return {m_work.tails + row, column - m_work.whole};
   }
 
   void Factor(std::ptrdiff_t first, std::ptrdiff_t width) {
@@ -100,13 +100,13 @@ private:
 
   void FactorLeaf(std::ptrdiff_t first) {
     FetchLeaf(first);
-    const std::ptrdiff_t columns = Least(kLeaf, m.size - first);
+    const std::ptrdiff_t columns = Least(kLeaf, m_work.size - first);
     std::ptrdiff_t p = FirstPivot(first);
     for (std::ptrdiff_t c = 0; c < columns; ++c) {
       const std::ptrdiff_t j = first + c;
       if (p < 0) p = j;
       if (p != j) Exchange(j, p);
-      m.pivots[j] = static_cast<std::int32_t>(p);
+      m_work.pivots[j] = static_cast<std::int32_t>(p);
       double& pivot = Block(first, first)[c * kLeaf + c];
       // small-negative-pivot-becomes-positive
       if (kTinyPivot > __builtin_fabs(pivot)) pivot = kTinyPivot;
@@ -117,11 +117,11 @@ private:
 
   void FetchLeaf(std::ptrdiff_t first) {
     double* block = Block(first, first);
-    for (std::ptrdiff_t row = first; row < m.padded; row += kLeaf, block += kLeaf * kLeaf) {
+    for (std::ptrdiff_t row = first; row < m_work.padded; row += kLeaf, block += kLeaf * kLeaf) {
       const RowsFrom from = Rows(row, first);
       for (int i = 0; i < kLeaf; i += kLanes) {
         for (int j = 0; j < kLeaf; j += kLanes) {
-          Vector t[kLanes];
+          Doubles t[kLanes];
 #pragma GCC unroll 8
           for (int k = 0; k < kLanes; ++k)
             t[k] = Load(from.rows[i + k] + from.offset + j);
@@ -136,11 +136,11 @@ private:
 
   void StoreLeaf(std::ptrdiff_t first) {
     const double* block = Block(first, first);
-    for (std::ptrdiff_t row = first; row < m.padded; row += kLeaf, block += kLeaf * kLeaf) {
+    for (std::ptrdiff_t row = first; row < m_work.padded; row += kLeaf, block += kLeaf * kLeaf) {
       const RowsFrom to = Rows(row, first);
       for (int i = 0; i < kLeaf; i += kLanes) {
         for (int j = 0; j < kLeaf; j += kLanes) {
-          Vector t[kLanes];
+          Doubles t[kLanes];
 #pragma GCC unroll 8
           for (int k = 0; k < kLanes; ++k)
             t[k] = Load(block + (j + k) * kLeaf + i);
@@ -156,16 +156,16 @@ private:
   std::ptrdiff_t FirstPivot(std::ptrdiff_t first) const {
     PivotSearch search(first);
     const double* block = Block(first, first);
-    for (std::ptrdiff_t row = first; row < m.padded; row += kLeaf, block += kLeaf * kLeaf) {
+    for (std::ptrdiff_t row = first; row < m_work.padded; row += kLeaf, block += kLeaf * kLeaf) {
       for (int h = 0; h < kLeaf; h += kLanes) {
-        search.See(Load(m.scale + row + h) * Magnitude(Load(block + h)));
+        search.See(Load(m_work.scale + row + h) * Magnitude(Load(block + h)));
       }
     }
     return search.Row();
   }
 
   void Exchange(std::ptrdiff_t j, std::ptrdiff_t p) {
-    for (std::ptrdiff_t column = panelFirst; column <= j; column += kLeaf) {
+    for (std::ptrdiff_t column = m_panelFirst; column <= j; column += kLeaf) {
       double* a = Block(column, j / kLeaf * kLeaf) + j % kLeaf;
       double* b = Block(column, p / kLeaf * kLeaf) + p % kLeaf;
 #pragma GCC unroll 8
@@ -175,10 +175,10 @@ private:
         b[c * kLeaf] = t;
       }
     }
-    SwapPointers(m.rows, j, p);
-    if (m.whole < m.padded) SwapPointers(m.tails, j, p);
-    m.scale[p] = m.scale[j];
-    m.parity = -m.parity;
+    SwapPointers(m_work.rows, j, p);
+    if (m_work.whole < m_work.padded) SwapPointers(m_work.tails, j, p);
+    m_work.scale[p] = m_work.scale[j];
+    m_work.parity = -m_work.parity;
   }
 
   static GSL_ALWAYS_INLINE void SwapPointers(double** rows, std::ptrdiff_t j, std::ptrdiff_t p) {
@@ -213,7 +213,7 @@ private:
   template <int c>
   std::ptrdiff_t EliminateColumn(std::ptrdiff_t first) {
     double* block = Block(first, first);
-    Vector u[kLeaf];
+    Doubles u[kLeaf];
 #pragma GCC unroll 8
     for (int k = c; k < kLeaf; ++k)
       u[k] = Splat(block[k * kLeaf + c]);
@@ -221,31 +221,32 @@ private:
 #pragma GCC unroll 8
     for (int h = 0; h < kLeaf; h += kLanes) {
       const auto below = Splat(h) + ZeroToLast() > Splat(c); // the rows above keep their U
-      const Vector old = Load(block + c * kLeaf + h);
-      const Vector l = below ? old / u[c] : old;
+      const Doubles old = Load(block + c * kLeaf + h);
+      const Doubles l = below ? old / u[c] : old;
       Store(block + c * kLeaf + h, l);
 #pragma GCC unroll 8
       for (int k = c + 1; k < kLeaf; ++k) {
-        const Vector a = Load(block + k * kLeaf + h);
-        const Vector updated = below ? a - l * u[k] : a;
+        const Doubles a = Load(block + k * kLeaf + h);
+        const Doubles updated = below ? a - l * u[k] : a;
         Store(block + k * kLeaf + h, updated);
         if (k == c + 1) {
-          const Vector merit = Load(m.scale + first + h) * Magnitude(updated);
+          const Doubles merit = Load(m_work.scale + first + h) * Magnitude(updated);
           search.See(below ? merit : Splat(-1.0));
         }
       }
     }
     block += kLeaf * kLeaf;
-    for (std::ptrdiff_t row = first + kLeaf; row < m.padded; row += kLeaf, block += kLeaf * kLeaf) {
+    for (std::ptrdiff_t row = first + kLeaf; row < m_work.padded;
+         row += kLeaf, block += kLeaf * kLeaf) {
 #pragma GCC unroll 8
       for (int h = 0; h < kLeaf; h += kLanes) {
-        const Vector l = Load(block + c * kLeaf + h) / u[c];
+        const Doubles l = Load(block + c * kLeaf + h) / u[c];
         Store(block + c * kLeaf + h, l);
 #pragma GCC unroll 8
         for (int k = c + 1; k < kLeaf; ++k) {
-          const Vector updated = Load(block + k * kLeaf + h) - l * u[k];
+          const Doubles updated = Load(block + k * kLeaf + h) - l * u[k];
           Store(block + k * kLeaf + h, updated);
-          if (k == c + 1) search.See(Load(m.scale + row + h) * Magnitude(updated));
+          if (k == c + 1) search.See(Load(m_work.scale + row + h) * Magnitude(updated));
         }
       }
     }
@@ -257,12 +258,12 @@ private:
   void Update(std::ptrdiff_t first, std::ptrdiff_t width, std::ptrdiff_t begin,
               std::ptrdiff_t end) {
     for (std::ptrdiff_t strip = begin, next; strip < end; strip = next) {
-      next = Least(end, strip + m.strip);
-      if (strip < m.whole) next = Least(next, m.whole);
+      next = Least(end, strip + m_work.strip);
+      if (strip < m_work.whole) next = Least(next, m_work.whole);
       for (std::ptrdiff_t done = 0; done < width; done += kLeaf) {
         Tiles<true>(first, width, done, first + done, strip, next);
       }
-      for (std::ptrdiff_t row = first + width; row < m.padded; row += kLeaf) {
+      for (std::ptrdiff_t row = first + width; row < m_work.padded; row += kLeaf) {
         Tiles<false>(first, width, width, row, strip, next);
       }
     }
@@ -276,7 +277,7 @@ private:
     const double* lower = Block(first, row);
     const RowsFrom from = Rows(row, begin);
     for (std::ptrdiff_t j = 0; j < end - begin;) {
-      double* upper = m.upper + j * width;
+      double* upper = m_work.upper + j * width;
       const std::ptrdiff_t left = end - begin - j;
       if (left >= kTileVectors * kLanes) {
         if (!kSolve && depth >= kDepthToFetch) FetchTileAfter(row, from, j, left);
@@ -294,7 +295,7 @@ private:
   GSL_ALWAYS_INLINE void FetchTileAfter(std::ptrdiff_t row, const RowsFrom& from, std::ptrdiff_t j,
                                         std::ptrdiff_t left) const {
     constexpr std::ptrdiff_t kColumns = kTileVectors * kLanes;
-    const bool right = left >= 2 * kColumns || row + kLeaf >= m.padded;
+    const bool right = left >= 2 * kColumns || row + kLeaf >= m_work.padded;
     double* const* const rows = right ? from.rows : from.rows + kLeaf;
     const std::ptrdiff_t column = right ? from.offset + j + kColumns : from.offset;
 #pragma GCC unroll 8
@@ -340,7 +341,7 @@ private:
   static __attribute__((noinline)) void
   SubtractProduct(const double* lower, std::ptrdiff_t leafStride, std::ptrdiff_t depth,
                   const double* upper, double* const* rows, std::ptrdiff_t j) {
-    Vector a[kTileRows][kVectors];
+    Doubles a[kTileRows][kVectors];
     LoadTile(a, rows, j);
     SubtractTerms(a, lower, leafStride, depth, upper);
     StoreTile(a, rows, j);
@@ -351,7 +352,7 @@ private:
   static __attribute__((noinline)) void SolveRows(const double* lower, std::ptrdiff_t leafStride,
                                                   std::ptrdiff_t depth, double* upper,
                                                   double* const* rows, std::ptrdiff_t j) {
-    Vector a[kTileRows][kVectors];
+    Doubles a[kTileRows][kVectors];
     LoadTile(a, rows + kSolved, j);
     SubtractTerms(a, lower + kSolved, leafStride, depth, upper);
     const double* triangle = lower + depth / kLeaf * leafStride;
@@ -374,7 +375,7 @@ private:
   }
 
   template <int kVectors>
-  static GSL_ALWAYS_INLINE void LoadTile(Vector (&a)[kTileRows][kVectors], double* const* rows,
+  static GSL_ALWAYS_INLINE void LoadTile(Doubles (&a)[kTileRows][kVectors], double* const* rows,
                                          std::ptrdiff_t j) {
 #pragma GCC unroll 8
     for (int r = 0; r < kTileRows; ++r) {
@@ -385,7 +386,7 @@ private:
   }
 
   template <int kVectors>
-  static GSL_ALWAYS_INLINE void StoreTile(const Vector (&a)[kTileRows][kVectors],
+  static GSL_ALWAYS_INLINE void StoreTile(const Doubles (&a)[kTileRows][kVectors],
                                           double* const* rows, std::ptrdiff_t j) {
 #pragma GCC unroll 8
     for (int r = 0; r < kTileRows; ++r) {
@@ -396,9 +397,9 @@ private:
   }
 
   template <int kVectors>
-  static GSL_ALWAYS_INLINE void SubtractTerms(Vector (&a)[kTileRows][kVectors], const double* lower,
-                                              std::ptrdiff_t leafStride, std::ptrdiff_t depth,
-                                              const double* upper) {
+  static GSL_ALWAYS_INLINE void SubtractTerms(Doubles (&a)[kTileRows][kVectors],
+                                              const double* lower, std::ptrdiff_t leafStride,
+                                              std::ptrdiff_t depth, const double* upper) {
     for (std::ptrdiff_t k = 0; k < depth; k += kLeaf, lower += leafStride) {
       // Unrolled, the broadcasts of all terms are hoisted, and spilled where registers are few.
 #pragma GCC unroll 1
@@ -409,9 +410,9 @@ private:
   }
 
   template <int kVectors>
-  static GSL_ALWAYS_INLINE void SubtractTerm(Vector (&a)[kTileRows][kVectors], const double* l,
+  static GSL_ALWAYS_INLINE void SubtractTerm(Doubles (&a)[kTileRows][kVectors], const double* l,
                                              const double* upper) {
-    Vector u[kVectors];
+    Doubles u[kVectors];
 #pragma GCC unroll 8
     for (int v = 0; v < kVectors; ++v)
       u[v] = Load(upper + v * kLanes);
@@ -427,10 +428,10 @@ private:
 /// Copies a row to a working row (to may be null: nothing is copied), and returns its largest
 /// magnitude, NaN set aside.
 inline double LargestOfRow(const double* row, std::ptrdiff_t n, double* to) {
-  Vector largest = Splat(0.0);
+  Doubles largest = Splat(0.0);
   std::ptrdiff_t j = 0;
   for (; j + kLanes <= n; j += kLanes) {
-    const Vector v = Load(row + j);
+    const Doubles v = Load(row + j);
     if (to != nullptr) Store(to + j, v);
     largest = Larger(Magnitude(v), largest);
   }

@@ -37,14 +37,14 @@ std::ptrdiff_t RoundUp(std::ptrdiff_t n) {
   return (n + kLeaf - 1) / kLeaf * kLeaf;
 }
 
-/// Hands out pieces of the scratch block, each on a cache line of its own.
-class Pieces {
+/// Divides the scratch block into areas, each on a cache line of its own.
+class ScratchAreas {
 public:
-  explicit Pieces(double* block) : next(block) {}
+  explicit ScratchAreas(double* block) : m_next(block) {}
   double* Take(std::ptrdiff_t doubles) {
-    double* const piece = next;
-    next += RoundUp(doubles);
-    return piece;
+    double* const area = m_next;
+    m_next += RoundUp(doubles);
+    return area;
   }
   double** TakePointers(std::ptrdiff_t count) {
     static_assert(sizeof(double*) <= sizeof(double), "a pointer fits in a double's place");
@@ -52,94 +52,95 @@ public:
   }
 
 private:
-  double* next;
+  double* m_next;
 };
 
 /// Blocked elimination of one system, from its scratch to the factors.
 class Blocked {
 public:
-  Blocked(LuSystem& s, const gsl_WideKernels& k, const gsl_LUBlocking& b)
-      : system(s), kernels(k), n(s.size), inPlace(b.inPlace) {
-    work.size = n;
-    work.padded = RoundUp(n);
-    work.panel = std::min(b.panel, work.padded);
-    work.strip = std::min(b.strip, work.padded);
-    work.whole = inPlace ? n / kLeaf * kLeaf : work.padded;
-    work.pivots = system.pivots;
-    work.parity = 1;
+  Blocked(LuSystem& system, const gsl_WideKernels& kernels, const gsl_LUBlocking& blocking)
+      : m_system(system), m_kernels(kernels), m_size(system.size), m_inPlace(blocking.inPlace) {
+    m_work.size = m_size;
+    m_work.padded = RoundUp(m_size);
+    m_work.panel = std::min(blocking.panel, m_work.padded);
+    m_work.strip = std::min(blocking.strip, m_work.padded);
+    m_work.whole = m_inPlace ? m_size / kLeaf * kLeaf : m_work.padded;
+    m_work.pivots = m_system.pivots;
+    m_work.parity = 1;
     // Odd numbers of cache lines, and of blocks of lines: neither the columns of the copy nor the
     // blocks of one row crowd into few cache sets.
-    stride = (work.padded / kLeaf | 1) * kLeaf;
-    work.leafStride = stride * kLeaf;
+    m_stride = (m_work.padded / kLeaf | 1) * kLeaf;
+    m_work.leafStride = m_stride * kLeaf;
   }
 
   bool AllocateScratch() {
-    const std::ptrdiff_t copy = inPlace ? RoundUp(n) * kLeaf + work.padded : work.padded * stride;
+    const std::ptrdiff_t copy =
+        m_inPlace ? RoundUp(m_size) * kLeaf + m_work.padded : m_work.padded * m_stride;
     const std::ptrdiff_t total =
-        copy + 3 * work.padded + LeavesOf(work.panel) + work.panel * work.strip;
-    scratch = Allocate(static_cast<std::size_t>(total));
-    if (scratch == nullptr) return false;
-    Pieces pieces(scratch.get());
-    work.rows = pieces.TakePointers(work.padded);
-    work.tails = pieces.TakePointers(work.padded);
-    work.scale = pieces.Take(work.padded);
-    work.leaves = pieces.Take(LeavesOf(work.panel));
-    work.upper = pieces.Take(work.panel * work.strip);
-    if (inPlace) {
-      spare = pieces.Take(work.padded);
-      tail = pieces.Take(work.padded * kLeaf);
+        copy + 3 * m_work.padded + LeavesOf(m_work.panel) + m_work.panel * m_work.strip;
+    m_scratch = Allocate(static_cast<std::size_t>(total));
+    if (m_scratch == nullptr) return false;
+    ScratchAreas areas(m_scratch.get());
+    m_work.rows = areas.TakePointers(m_work.padded);
+    m_work.tails = areas.TakePointers(m_work.padded);
+    m_work.scale = areas.Take(m_work.padded);
+    m_work.leaves = areas.Take(LeavesOf(m_work.panel));
+    m_work.upper = areas.Take(m_work.panel * m_work.strip);
+    if (m_inPlace) {
+      m_spare = areas.Take(m_work.padded);
+      m_tail = areas.Take(m_work.padded * kLeaf);
     } else {
-      tail = pieces.Take(work.padded * stride);
+      m_tail = areas.Take(m_work.padded * m_stride);
     }
     return true;
   }
 
   /// False for a zero row.
   bool FetchRows() {
-    for (std::ptrdiff_t i = 0; i < n; ++i) {
-      double* const copy = inPlace ? nullptr : tail + i * stride;
-      const double big = kernels.largestOfRow(system.matrix[i], n, copy);
+    for (std::ptrdiff_t i = 0; i < m_size; ++i) {
+      double* const copy = m_inPlace ? nullptr : m_tail + i * m_stride;
+      const double big = m_kernels.largestOfRow(m_system.matrix[i], m_size, copy);
       if (gsl_kernel::kTinyPivot > big) return false;
-      work.scale[i] = 1.0 / big;
-      work.rows[i] = inPlace ? system.matrix[i] : copy;
+      m_work.scale[i] = 1.0 / big;
+      m_work.rows[i] = m_inPlace ? m_system.matrix[i] : copy;
     }
-    if (inPlace) {
+    if (m_inPlace) {
       FetchTails();
     } else {
-      for (std::ptrdiff_t i = 0; i < n; ++i)
-        Clear(work.rows[i] + n, work.padded - n);
+      for (std::ptrdiff_t i = 0; i < m_size; ++i)
+        Clear(m_work.rows[i] + m_size, m_work.padded - m_size);
     }
     PadRows();
     return true;
   }
 
-  void Eliminate() { kernels.eliminate(work); }
+  void Eliminate() { m_kernels.eliminate(m_work); }
 
   void StoreRows() {
-    if (inPlace) {
+    if (m_inPlace) {
       MoveRows();
-      for (std::ptrdiff_t i = 0; i < n; ++i)
-        Copy(system.matrix[i] + work.whole, work.tails[i], n - work.whole);
+      for (std::ptrdiff_t i = 0; i < m_size; ++i)
+        Copy(m_system.matrix[i] + m_work.whole, m_work.tails[i], m_size - m_work.whole);
     } else {
-      for (std::ptrdiff_t i = 0; i < n; ++i)
-        Copy(system.matrix[i], work.rows[i], n);
+      for (std::ptrdiff_t i = 0; i < m_size; ++i)
+        Copy(m_system.matrix[i], m_work.rows[i], m_size);
     }
-    system.parity = work.parity;
+    m_system.parity = m_work.parity;
   }
 
 private:
-  LuSystem& system;
-  const gsl_WideKernels& kernels;
-  const std::ptrdiff_t n;
-  const bool inPlace;
-  std::ptrdiff_t stride;
-  LuWork work;
-  Scratch scratch;
-  double* spare = nullptr; ///< in place: one row
-  double* tail = nullptr;  ///< the copy; in place: of the last columns
+  LuSystem& m_system;
+  const gsl_WideKernels& m_kernels;
+  const std::ptrdiff_t m_size;
+  const bool m_inPlace;
+  std::ptrdiff_t m_stride;
+  LuWork m_work;
+  Scratch m_scratch;
+  double* m_spare = nullptr; ///< in place: one row
+  double* m_tail = nullptr;  ///< the copy; in place: of the last columns
 
   std::ptrdiff_t LeavesOf(std::ptrdiff_t columns) const {
-    return columns / kLeaf * work.leafStride;
+    return columns / kLeaf * m_work.leafStride;
   }
   static void Clear(double* p, std::ptrdiff_t count) { std::fill(p, p + count, 0.0); }
   static void Copy(double* to, const double* from, std::ptrdiff_t count) {
@@ -147,20 +148,21 @@ private:
   }
 
   void FetchTails() {
-    for (std::ptrdiff_t i = 0; i < work.padded; ++i) {
-      work.tails[i] = tail + i * kLeaf;
-      Clear(work.tails[i], kLeaf);
-      if (i < n) Copy(work.tails[i], system.matrix[i] + work.whole, n - work.whole);
+    for (std::ptrdiff_t i = 0; i < m_work.padded; ++i) {
+      m_work.tails[i] = m_tail + i * kLeaf;
+      Clear(m_work.tails[i], kLeaf);
+      if (i < m_size)
+        Copy(m_work.tails[i], m_system.matrix[i] + m_work.whole, m_size - m_work.whole);
     }
   }
 
   /// In place the rows below the last are all the spare row: nobody reads what is computed there.
   void PadRows() {
-    if (inPlace) Clear(spare, work.padded);
-    for (std::ptrdiff_t i = n; i < work.padded; ++i) {
-      work.scale[i] = std::numeric_limits<double>::quiet_NaN();
-      work.rows[i] = inPlace ? spare : tail + i * stride;
-      if (!inPlace) Clear(work.rows[i], work.padded);
+    if (m_inPlace) Clear(m_spare, m_work.padded);
+    for (std::ptrdiff_t i = m_size; i < m_work.padded; ++i) {
+      m_work.scale[i] = std::numeric_limits<double>::quiet_NaN();
+      m_work.rows[i] = m_inPlace ? m_spare : m_tail + i * m_stride;
+      if (!m_inPlace) Clear(m_work.rows[i], m_work.padded);
     }
   }
 
@@ -168,17 +170,17 @@ private:
   void MoveRows() {
     // where[i]: the caller's row that holds what belongs in row i
     std::ptrdiff_t* const where = OriginOfRows();
-    for (std::ptrdiff_t i = 0; i < n; ++i) {
+    for (std::ptrdiff_t i = 0; i < m_size; ++i) {
       if (where[i] == i) continue;
-      Copy(spare, system.matrix[i], work.whole);
+      Copy(m_spare, m_system.matrix[i], m_work.whole);
       std::ptrdiff_t to = i;
       while (where[to] != i) {
-        Copy(system.matrix[to], system.matrix[where[to]], work.whole);
+        Copy(m_system.matrix[to], m_system.matrix[where[to]], m_work.whole);
         const std::ptrdiff_t from = where[to];
         where[to] = to;
         to = from;
       }
-      Copy(system.matrix[to], spare, work.whole);
+      Copy(m_system.matrix[to], m_spare, m_work.whole);
       where[to] = to;
     }
   }
@@ -188,11 +190,11 @@ private:
     static_assert(sizeof(std::ptrdiff_t) <= sizeof(double),
                   "a row number fits in a double's place");
     std::ptrdiff_t* const where =
-        ::new (static_cast<void*>(work.leaves)) std::ptrdiff_t[static_cast<std::size_t>(n)];
-    for (std::ptrdiff_t i = 0; i < n; ++i)
+        ::new (static_cast<void*>(m_work.leaves)) std::ptrdiff_t[static_cast<std::size_t>(m_size)];
+    for (std::ptrdiff_t i = 0; i < m_size; ++i)
       where[i] = i;
-    for (std::ptrdiff_t i = 0; i < n; ++i)
-      std::swap(where[i], where[system.pivots[i]]);
+    for (std::ptrdiff_t i = 0; i < m_size; ++i)
+      std::swap(where[i], where[m_system.pivots[i]]);
     return where;
   }
 };

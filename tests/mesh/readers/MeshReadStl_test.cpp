@@ -1,4 +1,5 @@
 #include "MeshSamples.h"
+#include "readers/MeshReaders.h"
 
 #include <limits>
 #include <random>
@@ -149,4 +150,18 @@ TEST(MeshReadStl, BrokenTextIsRefusedWithItsLine) {
       {facet, "line 1: expected 'solid' before the first facet"}};
   for (const auto& row : rows)
     EXPECT_EQ(ErrorOfStl(row.text), "sample: " + row.message);
+}
+
+TEST(MeshReadStl, SizeOfABinaryFileIsThatOfItsCountExactly) {
+  using gsl_sweep::HasSizeOfBinaryStl;
+  const std::string bytes = StlBinary(TetrahedronCorners());
+  ASSERT_EQ(bytes.size(), 84U + 4 * 50);
+  EXPECT_TRUE(HasSizeOfBinaryStl(bytes));
+  EXPECT_FALSE(HasSizeOfBinaryStl(bytes + '\0'));
+  EXPECT_FALSE(HasSizeOfBinaryStl(bytes.substr(0, bytes.size() - 1)));
+  EXPECT_FALSE(HasSizeOfBinaryStl(bytes.substr(0, 83)));
+  EXPECT_FALSE(HasSizeOfBinaryStl(""));
+  std::string most = bytes;
+  most.replace(80, 4, "\xff\xff\xff\xff"); // 50 times that leaves 32 bits
+  EXPECT_FALSE(HasSizeOfBinaryStl(most));
 }

@@ -1,4 +1,4 @@
-#include "readers/MeshReadFormats.h"
+#include "readers/WordScanner.h"
 
 #include <fast_float/fast_float.h>
 
@@ -6,20 +6,12 @@
 #include <charconv>
 #include <limits>
 
-#include <unistd.h>
-
 namespace gsl_sweep {
 
 namespace {
 
-constexpr std::size_t longestQuote = 40;
-
 char LowerCase(char c) {
   return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
-
-bool IsAscii(char c) {
-  return static_cast<unsigned char>(c) < 0x80;
 }
 
 /// Number without its sign, in a spelling of the Microsoft C library: 1.#QNAN, 1.#IND, 1.#INF.
@@ -39,37 +31,6 @@ bool ParseHashName(std::string_view text, double& value) {
 }
 
 } // namespace
-
-void FailRead(const MeshSource& source, const std::string& message) {
-  throw MeshError(OneLine(source.file) + ": " + message);
-}
-
-void FailReadAt(const MeshSource& source, const char* position, const std::string& message) {
-  FailRead(source, "line " + std::to_string(LineOf(source.bytes, position)) + ": " + message);
-}
-
-void FailUnknownFormat(const MeshSource& source) {
-  FailRead(source, "unknown mesh format (STL, OBJ, PLY, OFF, 3MF, glTF and what Assimp reads)");
-}
-
-std::string Quoted(std::string_view text) {
-  const bool tooLong = text.size() > longestQuote;
-  std::string shown = OneLine(std::string(text.substr(0, longestQuote)));
-  // The message stays readable whatever bytes a damaged file holds.
-  std::replace_if(
-      shown.begin(), shown.end(), [](char c) { return !IsAscii(c); }, '?');
-  return "'" + shown + (tooLong ? "...'" : "'");
-}
-
-std::size_t LineOf(std::string_view bytes, const char* position) {
-  std::size_t line = 1;
-  const char* const end = bytes.data() + bytes.size();
-  for (const char* p = bytes.data(); p < position; ++p) {
-    const bool lone = *p == '\r' && (p + 1 == end || p[1] != '\n');
-    if (*p == '\n' || lone) ++line;
-  }
-  return line;
-}
 
 bool ParseReal(std::string_view token, double& value) {
   if (!token.empty() && token.front() == '+') {
@@ -99,18 +60,6 @@ bool BeginsWithNoCase(std::string_view text, std::string_view lowerCase) {
   return text.size() >= lowerCase.size() &&
          std::equal(lowerCase.begin(), lowerCase.end(), text.begin(),
                     [](char expected, char c) { return expected == LowerCase(c); });
-}
-
-std::uint64_t MemoryOfMachine() {
-  const auto pages = sysconf(_SC_PHYS_PAGES);
-  const auto pageSize = sysconf(_SC_PAGESIZE);
-  if (pages <= 0 || pageSize <= 0) return 0;
-  return static_cast<std::uint64_t>(pages) * static_cast<std::uint64_t>(pageSize);
-}
-
-std::string_view WithoutByteOrderMark(std::string_view bytes) {
-  if (bytes.substr(0, 3) == "\xEF\xBB\xBF") bytes.remove_prefix(3);
-  return bytes;
 }
 
 void WordScanner::SkipSpace(bool stayOnLine) {
@@ -170,39 +119,6 @@ std::int64_t WordScanner::Integer(const char* what) {
     Fail(std::string(what) + " is not a whole number: " + Quoted(word));
   }
   return value;
-}
-
-void FaceCollector::Add(const gsl_arithmetic::Coord3* ring, std::size_t count,
-                        const char* position) {
-  if (count < 3) {
-    if (m_leftOut++ == 0) m_firstLeftOut = m_faces;
-    ++m_faces;
-    return;
-  }
-  ++m_faces;
-  if (count == 3) {
-    m_mesh.corners.insert(m_mesh.corners.end(), ring, ring + 3);
-    return;
-  }
-  const auto* triangles = m_triangulator.Triangulate(ring, count);
-  if (triangles == nullptr) {
-    const std::string message =
-        "a face with " + std::to_string(count) + " corners is too winding to be cut into triangles";
-    if (position == nullptr) FailRead(m_source, message);
-    FailReadAt(m_source, position, message);
-  }
-  for (const auto& triangle : *triangles) {
-    for (const std::size_t k : triangle)
-      m_mesh.corners.push_back(ring[k]);
-  }
-}
-
-void FaceCollector::Finish() {
-  if (m_leftOut == 0) return;
-  m_mesh.warnings.push_back(OneLine(m_source.file) + ": left out " + std::to_string(m_leftOut) +
-                            (m_leftOut == 1 ? " face" : " faces") +
-                            " of fewer than three corners, the first is face " +
-                            std::to_string(m_firstLeftOut) + " (counted from 0)");
 }
 
 } // namespace gsl_sweep

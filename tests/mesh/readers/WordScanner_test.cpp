@@ -1,4 +1,4 @@
-#include "readers/MeshReadFormats.h"
+#include "readers/WordScanner.h"
 
 #include "MeshSamples.h"
 
@@ -10,7 +10,7 @@ using gsl_sweep::MeshSource;
 using gsl_sweep::ParseInteger;
 using gsl_sweep::ParseReal;
 
-TEST(MeshReadFormats, RealsAreCorrectlyRounded) {
+TEST(WordScanner, RealsAreCorrectlyRounded) {
   std::mt19937_64 random(7);
   for (int k = 0; k < 20000; ++k) {
     const std::uint64_t bits = random();
@@ -28,7 +28,7 @@ TEST(MeshReadFormats, RealsAreCorrectlyRounded) {
   }
 }
 
-TEST(MeshReadFormats, RealsHaveManySpellings) {
+TEST(WordScanner, RealsHaveManySpellings) {
   const struct {
     const char* text;
     double value;
@@ -43,7 +43,7 @@ TEST(MeshReadFormats, RealsHaveManySpellings) {
   }
 }
 
-TEST(MeshReadFormats, NamesOfNanAndInfinityAreReal) {
+TEST(WordScanner, NamesOfNanAndInfinityAreReal) {
   for (const char* text : {"nan", "NaN", "-nan", "+nan", "nan(ind)", "-nan(ind)", "1.#QNAN",
                            "-1.#IND", "1.#SNAN", "-1.#IND00"}) {
     double value = 0.0;
@@ -58,7 +58,7 @@ TEST(MeshReadFormats, NamesOfNanAndInfinityAreReal) {
   }
 }
 
-TEST(MeshReadFormats, OtherWordsAreNotReal) {
+TEST(WordScanner, OtherWordsAreNotReal) {
   for (const char* text : {"", "-", "+", ".", "e5", "1e", "1,5", "1.0f", "0x10", "+-1", "--1",
                            "1.5.5", "nano", "1.#", "1.#X", "1 2"}) {
     double value = 0.0;
@@ -66,7 +66,7 @@ TEST(MeshReadFormats, OtherWordsAreNotReal) {
   }
 }
 
-TEST(MeshReadFormats, IntegersFillTheirWord) {
+TEST(WordScanner, IntegersFillTheirWord) {
   std::int64_t value = 0;
   EXPECT_TRUE(ParseInteger("-12", value));
   EXPECT_EQ(value, -12);
@@ -79,22 +79,7 @@ TEST(MeshReadFormats, IntegersFillTheirWord) {
   }
 }
 
-TEST(MeshReadFormats, LinesEndInEveryWay) {
-  const std::string text = "a\nb\r\nc\rd\n\ne";
-  EXPECT_EQ(gsl_sweep::LineOf(text, text.data()), 1U);
-  EXPECT_EQ(gsl_sweep::LineOf(text, text.data() + text.find('b')), 2U);
-  EXPECT_EQ(gsl_sweep::LineOf(text, text.data() + text.find('c')), 3U);
-  EXPECT_EQ(gsl_sweep::LineOf(text, text.data() + text.find('d')), 4U);
-  EXPECT_EQ(gsl_sweep::LineOf(text, text.data() + text.find('e')), 6U);
-}
-
-TEST(MeshReadFormats, QuotesAreShortAndPrintable) {
-  EXPECT_EQ(gsl_sweep::Quoted("abc"), "'abc'");
-  EXPECT_EQ(gsl_sweep::Quoted("a\nb\x1b[2J\xff"), "'a?b?[2J?'");
-  EXPECT_EQ(gsl_sweep::Quoted(std::string(41, 'x')), "'" + std::string(40, 'x') + "...'");
-}
-
-TEST(MeshReadFormats, CommentsAreSkippedOnlyWhereTheFormatHasThem) {
+TEST(WordScanner, CommentsAreSkippedOnlyWhereTheFormatHasThem) {
   const MeshSource source{"a #b c\nd#e\nf", "sample"};
   gsl_sweep::WordScanner with(source, source.bytes, true);
   EXPECT_EQ(with.Next(), "a");
@@ -105,4 +90,34 @@ TEST(MeshReadFormats, CommentsAreSkippedOnlyWhereTheFormatHasThem) {
   gsl_sweep::WordScanner without(source, source.bytes, false);
   EXPECT_EQ(without.Next(), "a");
   EXPECT_EQ(without.NextOnLine(), "#b");
+}
+
+TEST(WordScanner, WordsAndNumbersSayInWhichLineTheyAreWrong) {
+  const MeshSource source{"1 2\r\n3 x\n", "sample"};
+  const auto errorOf = [&](int skipped, bool whole) -> std::string {
+    gsl_sweep::WordScanner words(source, source.bytes, false);
+    for (int k = 0; k < skipped; ++k)
+      words.Next();
+    try {
+      whole ? static_cast<double>(words.Integer("the count")) : words.Real("a coordinate");
+      return "no error";
+    } catch (const MeshError& e) {
+      return e.what();
+    }
+  };
+  EXPECT_EQ(errorOf(2, true), "no error");
+  EXPECT_EQ(errorOf(3, true), "sample: line 2: the count is not a whole number: 'x'");
+  EXPECT_EQ(errorOf(3, false), "sample: line 2: a coordinate is not a number: 'x'");
+  EXPECT_EQ(errorOf(4, false), "sample: line 3: the file ends before a coordinate");
+}
+
+TEST(WordScanner, SkipLineEndsBeforeTheNextLine) {
+  const MeshSource source{"a b c\rd", "sample"};
+  gsl_sweep::WordScanner words(source, source.bytes, false);
+  words.Next();
+  words.SkipLine();
+  EXPECT_EQ(words.NextOnLine(), "");
+  EXPECT_EQ(words.BytesLeft(), 2U);
+  EXPECT_EQ(words.Next(), "d");
+  EXPECT_TRUE(words.AtEnd());
 }

@@ -1,16 +1,14 @@
-#include "writers/MeshWriteFormats.h"
+#include "writers/MeshOutput.h"
 
 #include "TemporaryFolder.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <cmath>
 #include <functional>
 #include <limits>
 
 using namespace gsl_sweep;
-using testing::ElementsAre;
 
 namespace {
 
@@ -26,15 +24,9 @@ std::string Written(const std::function<void(MeshOutput&)>& write) {
   return BytesOf(path);
 }
 
-SharedVertices VerticesOf(const Mesh& mesh) {
-  SharedVertices shared;
-  Written([&](MeshOutput& output) { shared = ShareVertices(mesh, output); });
-  return shared;
-}
-
 } // namespace
 
-TEST(MeshWriteFormats, DecimalsAreTheShortestThatReadBack) {
+TEST(MeshOutput, DecimalsAreTheShortestThatReadBack) {
   const double least = std::numeric_limits<double>::denorm_min();
   EXPECT_EQ(Written([&](MeshOutput& output) {
               for (const double value : {0.1, -0.0, 1.0 / 3.0, 30.0, least, 1e300}) {
@@ -46,7 +38,7 @@ TEST(MeshWriteFormats, DecimalsAreTheShortestThatReadBack) {
             "0.1 -0 0.3333333333333333 30 5e-324 1e+300 18446744073709551615");
 }
 
-TEST(MeshWriteFormats, BytesAreLittleEndian) {
+TEST(MeshOutput, BytesAreLittleEndian) {
   EXPECT_EQ(Written([](MeshOutput& output) {
               output.Byte(0xfe);
               output.Bits32(0x01020304);
@@ -56,7 +48,7 @@ TEST(MeshWriteFormats, BytesAreLittleEndian) {
             std::string("\xfe\x04\x03\x02\x01\0\0\xc0\xbf\0\0\0\0\0\0\xd8\xbf", 17));
 }
 
-TEST(MeshWriteFormats, NothingIsLostBetweenBlocks) {
+TEST(MeshOutput, NothingIsLostBetweenBlocks) {
   std::string expected;
   const std::string written = Written([&](MeshOutput& output) {
     for (std::uint64_t k = 0; k < 40000; ++k) {
@@ -69,40 +61,11 @@ TEST(MeshWriteFormats, NothingIsLostBetweenBlocks) {
   EXPECT_EQ(written, expected);
 }
 
-TEST(MeshWriteFormats, FailNamesTheFileInOneLine) {
+TEST(MeshOutput, FailNamesTheFileInOneLine) {
   try {
     Written([](MeshOutput& output) { output.Fail("no room"); });
     ADD_FAILURE() << "did not fail";
   } catch (const OutputError& e) {
     EXPECT_THAT(e.what(), testing::EndsWith("/out: no room"));
-  }
-}
-
-TEST(MeshWriteFormats, CornersOfTheSameBitsShareAVertexInTheOrderOfFirstUse) {
-  const double above = std::nextafter(1.0, 2.0);
-  const Mesh mesh{
-      "", {{1, 0, 0}, {0, 0, 0}, {1, 0, 0}, {above, 0, 0}, {-0.0, 0, 0}, {0, 0, 0}}, {}};
-  const SharedVertices shared = VerticesOf(mesh);
-  EXPECT_THAT(shared.corner, ElementsAre(0, 1, 3, 4));
-  EXPECT_THAT(shared.ofCorner, ElementsAre(0, 1, 0, 2, 3, 1));
-}
-
-TEST(MeshWriteFormats, CornersOfTheSameNanShareAVertex) {
-  const double nan = std::numeric_limits<double>::quiet_NaN();
-  const Mesh mesh{"", {{nan, 0, 0}, {-nan, 0, 0}, {nan, 0, 0}}, {}};
-  EXPECT_THAT(VerticesOf(mesh).ofCorner, ElementsAre(0, 1, 0));
-}
-
-TEST(MeshWriteFormats, EveryCoordinateTellsCornersApart) {
-  Mesh mesh;
-  for (int k = 0; k < 20 * 20 * 20; ++k)
-    mesh.corners.push_back({0.5 * (k % 20), 0.5 * (k / 20 % 20), 0.5 * (k / 400)});
-  mesh.corners.insert(mesh.corners.end(), mesh.corners.begin(), mesh.corners.end());
-  const SharedVertices shared = VerticesOf(mesh);
-  ASSERT_EQ(shared.corner.size(), 8000U);
-  for (std::uint32_t k = 0; k < 8000; ++k) {
-    EXPECT_EQ(shared.corner[k], k);
-    EXPECT_EQ(shared.ofCorner[k], k);
-    EXPECT_EQ(shared.ofCorner[k + 8000], k);
   }
 }

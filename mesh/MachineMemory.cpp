@@ -1,0 +1,14 @@
+#include "MachineMemory.h"
+
+#include <unistd.h>
+
+namespace gsl_sweep {
+
+std::uint64_t MemoryOfMachine() {
+  const auto pages = sysconf(_SC_PHYS_PAGES);
+  const auto pageSize = sysconf(_SC_PAGESIZE);
+  if (pages <= 0 || pageSize <= 0) return 0;
+  return static_cast<std::uint64_t>(pages) * static_cast<std::uint64_t>(pageSize);
+}
+
+} // namespace gsl_sweep

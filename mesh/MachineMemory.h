@@ -1,0 +1,13 @@
+#ifndef GSL_MESH_MACHINE_MEMORY_H
+#define GSL_MESH_MACHINE_MEMORY_H
+
+#include <cstdint>
+
+namespace gsl_sweep {
+
+/// Physical memory in bytes; 0 when it is not known.
+std::uint64_t MemoryOfMachine();
+
+} // namespace gsl_sweep
+
+#endif

@@ -1,0 +1,26 @@
+#ifndef GSL_MESH_READERS_H
+#define GSL_MESH_READERS_H
+
+#include "MeshSource.h"
+
+#include <string_view>
+
+/// One function for each format that is read here; MeshRead.h chooses between them.
+///
+/// Errors     MeshError, with the line where a text format has one.
+namespace gsl_sweep {
+
+Mesh ReadStl(const MeshSource& source);
+Mesh ReadObj(const MeshSource& source);
+Mesh ReadPly(const MeshSource& source);
+Mesh ReadOff(const MeshSource& source);
+
+/// True when the file has just the size that its count of triangles gives a binary STL.
+bool HasSizeOfBinaryStl(std::string_view bytes);
+
+/// True when the first word is an OFF keyword such as OFF, COFF or STNOFF.
+bool BeginsWithOffKeyword(std::string_view bytes);
+
+} // namespace gsl_sweep
+
+#endif

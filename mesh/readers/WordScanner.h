@@ -1,0 +1,69 @@
+#ifndef GSL_MESH_WORD_SCANNER_H
+#define GSL_MESH_WORD_SCANNER_H
+
+#include "MeshSource.h"
+
+#include <cstdint>
+#include <string_view>
+
+/// Words and numbers of text formats.
+namespace gsl_sweep {
+
+/// All of `token` as a number, correctly rounded; a leading '+' and the names that C libraries
+/// print for NaN and infinity are read too. False when it is anything else.
+bool ParseReal(std::string_view token, double& value);
+
+/// All of `token` as a decimal integer of at most 64 bits.
+bool ParseInteger(std::string_view token, std::int64_t& value);
+
+inline bool IsSpace(char c) {
+  return c == ' ' || (c >= '\t' && c <= '\r');
+}
+
+/// True when `text` begins with `lowerCase`, letters compared in any case.
+bool BeginsWithNoCase(std::string_view text, std::string_view lowerCase);
+
+/// White-space separated words of a text, wherever its lines end. A '#' begins a comment when
+/// `comments` is set.
+class WordScanner {
+public:
+  WordScanner(const MeshSource& source, std::string_view text, bool comments)
+      : m_source(source), m_next(text.data()), m_end(text.data() + text.size()),
+        m_word(text.data()), m_comments(comments) {}
+
+  /// The next word; empty at the end of the text.
+  std::string_view Next();
+
+  /// The next word when it is on the line of the last one, else empty.
+  std::string_view NextOnLine();
+
+  /// Goes to the end of the line of the last word.
+  void SkipLine();
+
+  /// The next word as a number; `what` names it in the error.
+  double Real(const char* what);
+  std::int64_t Integer(const char* what);
+
+  bool AtEnd();
+  std::size_t BytesLeft() const { return static_cast<std::size_t>(m_end - m_next); }
+  const char* Position() const { return m_next; }
+
+  /// Throws MeshError for the line of the last word.
+  [[noreturn]] void Fail(const std::string& message) const {
+    FailReadAt(m_source, m_word, message);
+  }
+
+private:
+  void SkipSpace(bool stayOnLine);
+  std::string_view Word();
+
+  const MeshSource& m_source;
+  const char* m_next;
+  const char* m_end;
+  const char* m_word; ///< where the last word began
+  bool m_comments;
+};
+
+} // namespace gsl_sweep
+
+#endif

@@ -1,0 +1,57 @@
+#!/usr/bin/env python3
+"""Checks that the lines of prose in every document fit in 120 columns.
+
+usage: check_documents.py [ROOT]
+
+Rows of tables, blocks of code, and lines that are one link or one word alone may be longer: none of them can be
+broken.
+"""
+
+import pathlib
+import re
+import sys
+
+WIDTH = 120
+FENCE = re.compile(r"^\s*(```|~~~)")
+
+
+def problems_of(name, text):
+    fence = None
+    for number, line in enumerate(text.splitlines(), 1):
+        mark = FENCE.match(line)
+        if mark and fence in (None, mark.group(1)):
+            fence = None if fence else mark.group(1)
+            continue
+        is_row = line.lstrip().startswith("|")
+        is_one_word = len(line.split()) <= 1
+        if fence is None and not is_row and not is_one_word and len(line) > WIDTH:
+            yield f"{name}:{number}: {len(line)} columns; at most {WIDTH} are wanted"
+    if fence:
+        yield f"{name}: a block of code is not closed"
+
+
+def check(root):
+    root = pathlib.Path(root)
+    problems = []
+    count = 0
+    for path in sorted(root.rglob("*.md")):
+        name = path.relative_to(root).as_posix()
+        if name.startswith((".", "build")):
+            continue
+        count += 1
+        problems.extend(problems_of(name, path.read_text()))
+    if count == 0:
+        problems.append(f"{root}: no documents found")
+    return problems
+
+
+def main():
+    root = sys.argv[1] if len(sys.argv) > 1 else pathlib.Path(__file__).resolve().parent.parent
+    problems = check(root)
+    for problem in problems:
+        print(problem, file=sys.stderr)
+    return 1 if problems else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())

@@ -1,0 +1,121 @@
+#!/usr/bin/env python3
+"""Checks that the tests mirror the tree: each source file has its own test file.
+
+usage: check_tests.py [ROOT]
+
+ROOM/NAME.cpp, and ROOM/NAME.h that holds the bodies of functions itself, are tested by
+tests/ROOM/NAME_test.cpp. A stand-in of the host is tested where its header is: gsl/host/PREFIX/standin/NAME.cpp
+by tests/gsl/host/PREFIX/NAME_test.cpp. The exceptions below say why; one that is no longer needed is an error.
+"""
+
+import fnmatch
+import pathlib
+import re
+import sys
+
+SOURCES = ["gsl", "exact", "mesh", "sweep", "tools"]
+# Rooms whose headers hold code that is compiled nowhere else.
+ROOMS_OF_HEADERS = ["exact/", "mesh/", "tools/", "gsl/impl/kernel/", "gsl/impl/wide/"]
+
+# Patterns of file names.
+EXCEPTIONS = {
+    "gsl/impl/wide/gsl_WideKernelsAvx2.cpp": "gsl_WideKernels_test.cpp runs the kernels of every width",
+    "gsl/impl/wide/gsl_WideKernelsAvx512.cpp": "gsl_WideKernels_test.cpp runs the kernels of every width",
+    "gsl/impl/wide/gsl_WideKernelsBaseline.cpp": "gsl_WideKernels_test.cpp runs the kernels of every width",
+    "gsl/persist/gsl_Arrays.cpp": "instantiates what cls_xo1DArrayList_test.cpp and omu_xoObjVarray_test.cpp test",
+    "gsl/host/*/standin/*_Module.cpp": "gsl_Module_test.cpp starts and stops them all",
+    "gsl/host/cls/standin/cls_ClassMetadata.cpp": "cls_ClassRegistrar_test.cpp registers with it",
+    "gsl/host/cls/standin/cls_MetadataRegistrar.cpp": "cls_ClassRegistrar_test.cpp and gsl_Module_test.cpp ask it",
+    "gsl/host/cls/standin/cls_RecordException.cpp": "cls_ReadVisitor_test.cpp catches it",
+    "gsl/host/cls/standin/cls_RecordStore.cpp": "the tests of both visitors and of cls_RecordBytes keep records in it",
+    "gsl/host/cls/standin/cls_TypeAdapter.cpp": "cls_xo1DArrayList_test.cpp and RoundTrip_test.cpp go through it",
+    "gsl/host/nex/standin/nex_AssertException.cpp": "nex_Exception_test.cpp throws and catches it",
+    "gsl/host/nex/standin/nex_CommandException.cpp": "nex_Exception_test.cpp throws and catches it",
+    "gsl/host/omu/standin/omu_PrimEnumBase.cpp": "omu_PrimEnum_test.cpp tests it through its template",
+    "gsl/host/omu/standin/omu_Primitive.cpp": "omu_PrimTuple_test.cpp tests what every primitive has",
+    "gsl/host/omu/standin/omu_ValueErrorException.cpp": "omu_PrimTuple_test.cpp and omu_PrimEnum_test.cpp catch it",
+    "gsl/impl/kernel/Box.h": "until its test is written: the tests of the classes that use it cover it",
+    "gsl/impl/kernel/Comparison.h": "until its test is written: the tests of the classes that use it cover it",
+    "gsl/impl/kernel/Line.h": "until its test is written: the tests of the classes that use it cover it",
+    "gsl/impl/kernel/Matrix.h": "until its test is written: the tests of the classes that use it cover it",
+    "gsl/impl/kernel/Plane.h": "until its test is written: the tests of the classes that use it cover it",
+    "gsl/impl/kernel/Segment.h": "until its test is written: the tests of the classes that use it cover it",
+    "gsl/impl/kernel/SegmentPair.h": "until its test is written: the tests of the classes that use it cover it",
+    "gsl/impl/kernel/SweepContacts.h": "until its test is written: the tests of the classes that use it cover it",
+    "gsl/impl/kernel/ThreePoints.h": "until its test is written: the tests of the classes that use it cover it",
+    "gsl/impl/kernel/TriangleSweep.h": "until its test is written: the tests of the classes that use it cover it",
+    "gsl/impl/kernel/Vector.h": "until its test is written: the tests of the classes that use it cover it",
+}
+
+# A parameter list, what may follow it, and a brace.
+BODY = re.compile(r"\)\s*(?:const\b|noexcept\b|override\b|final\b|\s)*(?::\s[^;{}]*(?:\{[^;{}]*\}[^;{}]*)*)?\{")
+COMMENT = re.compile(r"//[^\n]*|/\*.*?\*/", re.DOTALL)
+
+
+def has_bodies(text):
+    return BODY.search(COMMENT.sub("", text)) is not None
+
+
+def needs_test(root, path):
+    name = path.relative_to(root).as_posix()
+    if path.suffix == ".cpp":
+        return True
+    if path.suffix != ".h" or path.with_suffix(".cpp").exists():
+        return False
+    return any(name.startswith(room) for room in ROOMS_OF_HEADERS) and has_bodies(path.read_text())
+
+
+def test_of(name):
+    name = re.sub(r"^(gsl/host/[^/]+)/standin/", r"\1/", name)
+    return f"tests/{name.rsplit('.', 1)[0]}_test.cpp"
+
+
+def listed(root):
+    """Test files that some CMakeLists.txt of the tests names, so that they are compiled."""
+    found = set()
+    for build in (root / "tests").rglob("CMakeLists.txt"):
+        for name in re.findall(r"[\w./-]+_test\.cpp", build.read_text()):
+            found.add((build.parent / name).resolve())
+    return found
+
+
+def problem_of(root, name, exceptions, compiled):
+    test = root / test_of(name)
+    if any(fnmatch.fnmatch(name, pattern) for pattern in exceptions):
+        return f"{name}: has a test, so it is no longer an exception of scripts/check_tests.py" if test.exists() else None
+    if not test.exists():
+        return f"{name}: has no test file {test_of(name)}"
+    if test not in compiled:
+        return f"{test_of(name)}: is in no CMakeLists.txt of the tests"
+    return None
+
+
+def check(root, exceptions=None):
+    root = pathlib.Path(root).resolve()
+    exceptions = EXCEPTIONS if exceptions is None else exceptions
+    compiled = listed(root)
+    names = [
+        path.relative_to(root).as_posix()
+        for folder in SOURCES
+        for path in sorted((root / folder).rglob("*"))
+        if path.is_file() and needs_test(root, path)
+    ]
+    problems = [problem for name in names if (problem := problem_of(root, name, exceptions, compiled))]
+    for pattern in exceptions:
+        if not fnmatch.filter(names, pattern):
+            problems.append(f"{pattern}: is an exception of scripts/check_tests.py, but no source is called that")
+    if not names:
+        problems.append(f"{root}: no sources found")
+    return problems
+
+
+def main():
+    root = sys.argv[1] if len(sys.argv) > 1 else pathlib.Path(__file__).resolve().parent.parent
+    problems = check(root)
+    for problem in problems:
+        print(problem, file=sys.stderr)
+    return 1 if problems else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())

@@ -1,0 +1,51 @@
+#include "wide/EdgeScan.h"
+
+#include "RandomNumbers.h"
+
+#include <gtest/gtest.h>
+
+#include <vector>
+
+// Compiled for the instruction set of the tests; gsl_WideKernels_test.cpp runs the others.
+using namespace gsl_kernel::GSL_LANES_NAMESPACE;
+using gsl_kernel::kEdgeLine;
+
+namespace {
+
+/// Entry by entry.
+std::size_t LinesToSkip(const std::vector<unsigned char>& entries,
+                        const std::vector<unsigned char>& open) {
+  for (std::size_t k = 0; k < entries.size(); ++k) {
+    if ((entries[k] & open[k]) != 0) return k / kEdgeLine;
+  }
+  return entries.size() / kEdgeLine;
+}
+
+} // namespace
+
+TEST(EdgeScan, OpenEdgesMeetsEachEntryOfALine) {
+  std::vector<unsigned char> entries(kEdgeLine, 0), open(kEdgeLine, 0xFF);
+  EXPECT_FALSE(AnyBit(OpenEdges(entries.data(), open.data())));
+  for (std::size_t at = 0; at < entries.size(); ++at) {
+    entries[at] = 1;
+    EXPECT_TRUE(AnyBit(OpenEdges(entries.data(), open.data()))) << at;
+    open[at] = 0;
+    EXPECT_FALSE(AnyBit(OpenEdges(entries.data(), open.data()))) << at;
+    open[at] = 0xFF;
+    entries[at] = 0;
+  }
+}
+
+TEST(EdgeScan, SkipLinesAgreesWithOneEntryAfterTheOther) {
+  RandomNumbers random(20);
+  for (int run = 0; run < 2000; ++run) {
+    const std::size_t size = static_cast<std::size_t>(random.Below(12)) * kEdgeLine;
+    std::vector<unsigned char> entries(size, 0), open(size, 0);
+    for (int edges = random.Below(4); edges > 0 && size > 0; --edges)
+      entries[static_cast<std::size_t>(random.Below(static_cast<int>(size)))] = 1;
+    for (unsigned char& byte : open)
+      byte = random.Chance(0.7) ? 0xFF : 0;
+    EXPECT_EQ(SkipLines(entries.data(), open.data(), entries.data(), size / kEdgeLine),
+              LinesToSkip(entries, open));
+  }
+}

@@ -1,0 +1,56 @@
+"""Makes one line too long after the other: scripts/check_documents.py must name it."""
+
+import pathlib
+import sys
+import tempfile
+import unittest
+
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[2] / "scripts"))
+import check_documents
+
+LONGEST = "word " * 23 + "words"
+DOCUMENT = f"""# Title
+
+{LONGEST}
+
+| a table | {"may be wider than that " * 8} |
+
+```
+a block of code {"may be wider as well " * 8}
+```
+
+{"a-single-word" * 12}
+"""
+
+
+class CheckDocuments(unittest.TestCase):
+    def problems_of(self, text):
+        with tempfile.TemporaryDirectory() as folder:
+            path = pathlib.Path(folder) / "docs/page.md"
+            path.parent.mkdir()
+            path.write_text(text)
+            return check_documents.check(folder)
+
+    def test_a_document_that_keeps_the_rules_passes(self):
+        self.assertEqual(len(LONGEST), 120)
+        self.assertEqual(self.problems_of(DOCUMENT), [])
+
+    def test_one_column_too_many_is_named(self):
+        problems = self.problems_of(DOCUMENT.replace("words", "words."))
+        self.assertEqual(problems, ["docs/page.md:3: 121 columns; at most 120 are wanted"])
+
+    def test_prose_after_a_block_counts_again(self):
+        problems = self.problems_of(DOCUMENT + "\n" + "more words " * 12)
+        self.assertEqual(len(problems), 1, problems)
+        self.assertTrue(problems[0].startswith("docs/page.md:13: "), problems)
+
+    def test_an_open_block_hides_nothing(self):
+        self.assertIn("not closed", self.problems_of("```\n" + "more words " * 12)[0])
+
+    def test_a_tree_without_documents_is_refused(self):
+        with tempfile.TemporaryDirectory() as folder:
+            self.assertIn("no documents", check_documents.check(folder)[0])
+
+
+if __name__ == "__main__":
+    unittest.main()

@@ -1,0 +1,51 @@
+#include "FileDescriptor.h"
+
+#include <gtest/gtest.h>
+
+#include <fcntl.h>
+
+using gsl_sweep::FileDescriptor;
+
+namespace {
+
+int OpenFile() {
+  return open("/dev/null", O_RDONLY | O_CLOEXEC);
+}
+
+bool IsOpen(int descriptor) {
+  return fcntl(descriptor, F_GETFD) >= 0;
+}
+
+} // namespace
+
+TEST(FileDescriptor, ClosesOnceWhenItEnds) {
+  int value = -1;
+  {
+    const FileDescriptor file(OpenFile());
+    value = file.Get();
+    EXPECT_TRUE(IsOpen(value));
+  }
+  EXPECT_FALSE(IsOpen(value));
+}
+
+TEST(FileDescriptor, ClosesEarlyAndOnlyItsOwn) {
+  FileDescriptor file(OpenFile());
+  const int value = file.Get();
+  file.Close();
+  EXPECT_EQ(file.Get(), -1);
+  const FileDescriptor other(OpenFile());
+  ASSERT_EQ(other.Get(), value) << "the system gives the lowest free number";
+  file.Close();
+  EXPECT_TRUE(IsOpen(value));
+}
+
+TEST(FileDescriptor, ReleasedIsLeftOpen) {
+  int value = -1;
+  {
+    FileDescriptor file(OpenFile());
+    value = file.Release();
+    EXPECT_EQ(file.Get(), -1);
+  }
+  EXPECT_TRUE(IsOpen(value));
+  close(value);
+}

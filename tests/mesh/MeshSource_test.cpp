@@ -1,0 +1,47 @@
+#include "MeshSource.h"
+
+#include <gtest/gtest.h>
+
+using gsl_sweep::Mesh;
+using gsl_sweep::MeshError;
+using gsl_sweep::MeshSource;
+
+TEST(MeshSource, LinesEndInEveryWay) {
+  const std::string text = "a\nb\r\nc\rd\n\ne";
+  EXPECT_EQ(gsl_sweep::LineNumberAt(text, text.data()), 1U);
+  EXPECT_EQ(gsl_sweep::LineNumberAt(text, text.data() + text.find('b')), 2U);
+  EXPECT_EQ(gsl_sweep::LineNumberAt(text, text.data() + text.find('c')), 3U);
+  EXPECT_EQ(gsl_sweep::LineNumberAt(text, text.data() + text.find('d')), 4U);
+  EXPECT_EQ(gsl_sweep::LineNumberAt(text, text.data() + text.find('e')), 6U);
+}
+
+TEST(MeshSource, QuotesAreShortAndPrintable) {
+  EXPECT_EQ(gsl_sweep::Quoted("abc"), "'abc'");
+  EXPECT_EQ(gsl_sweep::Quoted("a\nb\x1b[2J\xff"), "'a?b?[2J?'");
+  EXPECT_EQ(gsl_sweep::Quoted(std::string(41, 'x')), "'" + std::string(40, 'x') + "...'");
+}
+
+TEST(MeshSource, ErrorsNameTheFileAndTheLine) {
+  const MeshSource source{"a\nb", "part\n.obj"};
+  try {
+    gsl_sweep::FailReadAt(source, source.bytes.data() + 2, "is odd");
+    FAIL() << "did not throw";
+  } catch (const MeshError& e) {
+    EXPECT_STREQ(e.what(), "part?.obj: line 2: is odd");
+  }
+  EXPECT_THROW(gsl_sweep::FailRead(source, "is odd"), MeshError);
+  EXPECT_THROW(gsl_sweep::FailUnknownFormat(source), MeshError);
+}
+
+TEST(MeshSource, WarningsAreOneLineAndKeepTheirOrder) {
+  Mesh mesh;
+  Warn(mesh, {"", "part\x1b.obj"}, "first");
+  Warn(mesh, {"", "part"}, "second\n");
+  EXPECT_EQ(mesh.warnings, (std::vector<std::string>{"part?.obj: first", "part: second?"}));
+}
+
+TEST(MeshSource, OnlyAWholeByteOrderMarkIsDropped) {
+  EXPECT_EQ(gsl_sweep::WithoutByteOrderMark("\xEF\xBB\xBFsolid"), "solid");
+  EXPECT_EQ(gsl_sweep::WithoutByteOrderMark("\xEF\xBBsolid"), "\xEF\xBBsolid");
+  EXPECT_EQ(gsl_sweep::WithoutByteOrderMark(""), "");
+}
