@@ -247,7 +247,7 @@ void TrianglePair::AddCornerOnCorner(int i, int j) {
 }
 
 void TrianglePair::Add(ContactKind kind, int onMoving, int onFixed, const VectorBetween& gap,
-               const VectorBetween& u, const VectorBetween& v) {
+                       const VectorBetween& u, const VectorBetween& v) {
   Candidate& added = m_candidates[m_count++];
   added = {kind, onMoving, onFixed, gap, u, v, 0, 0.0, 0.0};
   Bracket(added);

@@ -1,5 +1,6 @@
 #include "gsl_Sweep.h"
 
+#include "Jobs.h"
 #include "PairKernel.h"
 #include "SweepAsk.h"
 #include "SweepShapes.h"
@@ -672,6 +673,200 @@ TEST(Pair, ManyThinTrianglesAslantEndInTime) {
   const Answer answer = Ask(comb(5.0, 1.0), comb(2.0, 1.0), down);
   EXPECT_EQ(answer.status, SweepStatus::Contact);
   EXPECT_EQ(answer.contact.travel, 3.0);
+}
+
+/// Directions around a scene, of all kinds of answer.
+std::vector<Question> ManyQuestions(std::size_t count) {
+  std::vector<Question> questions(count);
+  for (std::size_t k = 0; k < count; ++k) {
+    const double angle = 2.4 * static_cast<double>(k);
+    questions[k].direction = {std::cos(angle), std::sin(angle),
+                              1.0 - 2.0 * static_cast<double>(k) / static_cast<double>(count)};
+    if (k % 3 == 0) questions[k].offset = {0.125, 0.1, -0.3};
+  }
+  return questions;
+}
+
+struct BatchScene {
+  BatchScene() {
+    std::mt19937_64 random(8);
+    moving = Soup(random, 600, 1.0, 0.1, 0.0);
+    fixed = Soup(random, 600, 1.0, 0.1, 0.0);
+    Append(fixed, Moved(fixed, {4.0, 0.0, 0.0}));
+    moving = Moved(moving, {0.0, 0.0, 3.0});
+  }
+  Mesh moving, fixed;
+};
+
+TEST(Pair, BatchesAnswerAsSingleQuestionsOfFreshPairs) {
+  const BatchScene scene;
+  const std::vector<Question> questions = ManyQuestions(60);
+  const Pair pair = PairOf(scene.moving, scene.fixed);
+  std::vector<Answer> answers(questions.size());
+  pair.First(questions.data(), questions.size(), answers.data(), OnThreads(3));
+  int counts[4] = {};
+  for (std::size_t k = 0; k < questions.size(); ++k) {
+    const Answer fresh = PairOf(scene.moving, scene.fixed).First(questions[k], OnThreads(1));
+    EXPECT_TRUE(SameBits(answers[k], fresh)) << k;
+    ++counts[static_cast<int>(fresh.status)];
+  }
+  EXPECT_GT(counts[static_cast<int>(SweepStatus::Contact)], 3);
+  EXPECT_GT(counts[static_cast<int>(SweepStatus::None)], 3);
+}
+
+TEST(Pair, ManyThreadsMayAskWhileItIsBeingPrepared) {
+  const BatchScene scene;
+  const std::vector<Question> questions = ManyQuestions(12);
+  std::vector<Answer> expected(questions.size());
+  PairOf(scene.moving, scene.fixed)
+      .First(questions.data(), questions.size(), expected.data(), OnThreads(1));
+  const Pair pair = PairOf(scene.moving, scene.fixed);
+  std::vector<std::vector<Answer>> told(4, std::vector<Answer>(questions.size()));
+  gsl_sweep::Run run;
+  run.threads = 4;
+  gsl_sweep::RunJobs(run, 4, [&](std::size_t thread) {
+    for (std::size_t k = 0; k < questions.size(); ++k)
+      told[thread][k] = pair.First(questions[k], OnThreads(1));
+  });
+  for (const std::vector<Answer>& answers : told) {
+    for (std::size_t k = 0; k < questions.size(); ++k)
+      EXPECT_TRUE(SameBits(answers[k], expected[k]));
+  }
+}
+
+TEST(Pair, CancelledBatchesKeepWhatWasAnswered) {
+  const BatchScene scene;
+  const std::vector<Question> questions = ManyQuestions(10);
+  const Pair pair = PairOf(scene.moving, scene.fixed);
+  std::vector<Answer> all(questions.size());
+  std::vector<double> parts;
+  gsl_sweep::Run run = OnThreads(1);
+  run.progress = [&](double part) {
+    parts.push_back(part);
+    return true;
+  };
+  pair.First(questions.data(), questions.size(), all.data(), run);
+  EXPECT_EQ(parts.size(), 10u);
+  EXPECT_TRUE(std::is_sorted(parts.begin(), parts.end()));
+  EXPECT_EQ(parts.back(), 1.0);
+  std::vector<Answer> some(questions.size(), all[0]);
+  run.progress = [](double part) { return part < 0.4; };
+  pair.First(questions.data(), questions.size(), some.data(), run);
+  for (std::size_t k = 0; k < questions.size(); ++k)
+    EXPECT_TRUE(SameBits(some[k], k < 4 ? all[k] : Answer())) << k;
+}
+
+TEST(Pair, ErrorsOfABatchNameTheQuestion) {
+  const Mesh box = Box({0.0, 0.0, 0.0}, {1.0, 1.0, 1.0});
+  const Pair pair = PairOf(box, box);
+  std::vector<Question> questions(4);
+  for (Question& question : questions)
+    question.direction = down;
+  questions[2].direction = {0.0, 0.0, 0.0};
+  const Answer sentinel = pair.First(questions[0]);
+  std::vector<Answer> answers(4, sentinel);
+  try {
+    pair.First(questions.data(), 4, answers.data());
+    FAIL();
+  } catch (const std::invalid_argument& error) {
+    EXPECT_STREQ(error.what(), "question 2: the direction must be finite and not zero");
+  }
+  EXPECT_TRUE(SameBits(answers[3], sentinel));
+}
+
+TEST(Pair, AnOverflowInABatchIsToldAfterTheOthersAreAnswered) {
+  const double most = std::numeric_limits<double>::max();
+  const Mesh far = PointAt({0.0, 0.0, most});
+  Mesh fixed = PointAt({0.0, 0.0, -most});
+  const Pair pair = PairOf(far, fixed);
+  std::vector<Question> questions(3);
+  questions[0].direction = questions[2].direction = {1.0, 0.0, 0.0};
+  questions[1].direction = down;
+  std::vector<Answer> answers(3);
+  try {
+    pair.First(questions.data(), 3, answers.data(), OnThreads(1));
+    FAIL();
+  } catch (const std::overflow_error& error) {
+    EXPECT_STREQ(error.what(), "question 1: the travel is too large for a double");
+  }
+  EXPECT_EQ(answers[0].status, SweepStatus::None);
+  EXPECT_EQ(answers[1].status, SweepStatus::Cancelled);
+  EXPECT_EQ(answers[2].status, SweepStatus::None);
+}
+
+TEST(Pair, SeveralFixedBodiesAnswerAsTheirConcatenation) {
+  const BatchScene scene;
+  Mesh parts[3];
+  for (std::size_t k = 0; k < scene.fixed.TriangleCount(); ++k) {
+    const Coord3* c = scene.fixed.corners.data() + 3 * k;
+    AddTriangle(parts[k < 100 ? 0 : k < 700 ? 1 : 2], c[0], c[1], c[2]);
+  }
+  const Pair whole = PairOf(scene.moving, scene.fixed);
+  const Pair several(BodyOf(scene.moving),
+                     {BodyOf(parts[0]), BodyOf(Mesh{}), BodyOf(parts[1]), BodyOf(parts[2])});
+  const std::size_t begin[] = {0, 100, 100, 700};
+  for (const Question& question : ManyQuestions(40)) {
+    const Answer expected = whole.First(question);
+    Answer answer = several.First(question);
+    const std::vector<Answer> each = several.FirstOfEach(question);
+    ASSERT_EQ(each.size(), 4u);
+    EXPECT_EQ(each[1].status, SweepStatus::None);
+    if (expected.status == SweepStatus::Contact) {
+      const Answer& own = each[answer.contact.fixedBody];
+      EXPECT_EQ(own.contact.travel, expected.contact.travel);
+      EXPECT_EQ(own.contact.fixedBody, answer.contact.fixedBody);
+      for (const Answer& other : each) {
+        if (other.status == SweepStatus::Contact) {
+          EXPECT_GE(other.contact.travel, expected.contact.travel);
+        }
+      }
+    }
+    answer.contact.fixedTriangle += begin[answer.contact.fixedBody];
+    answer.contact.fixedBody = 0;
+    EXPECT_TRUE(SameBits(answer, expected));
+  }
+  EXPECT_EQ(Pair(BodyOf(scene.moving), {}).First(ManyQuestions(1)[0]).status, SweepStatus::None);
+}
+
+TEST(Pair, OffsetsAnswerAsABodyMovedBeforehand) {
+  const BatchScene scene;
+  const Pair pair = PairOf(scene.moving, scene.fixed);
+  for (const Coord3& offset :
+       {Coord3{0.1, -0.7, 1.3}, Coord3{1e7, 0.0, 0.0}, Coord3{0.0, 1e-200, -0.0}}) {
+    const Pair moved = PairOf(Moved(scene.moving, offset), scene.fixed);
+    for (Question question : ManyQuestions(20)) {
+      question.offset = {0.0, 0.0, 0.0};
+      if (offset.x > 1e6) question.direction = {-1.0, 1e-9, -3e-7};
+      const Answer expected = moved.First(question);
+      question.offset = offset;
+      EXPECT_TRUE(SameBits(pair.First(question), expected));
+    }
+  }
+}
+
+TEST(Pair, HalfTheTravelAndThenTheRestIsTheWhole) {
+  const BatchScene scene;
+  const Pair pair = PairOf(scene.moving, scene.fixed);
+  Question question;
+  question.direction = down;
+  const Answer whole = pair.First(question);
+  ASSERT_EQ(whole.status, SweepStatus::Contact);
+  question.offset = {0.0, 0.0, -whole.contact.travel / 2.0};
+  const Answer rest = pair.First(question);
+  EXPECT_NEAR(rest.contact.travel, whole.contact.travel / 2.0, 1e-14);
+  EXPECT_EQ(rest.contact.movingTriangle, whole.contact.movingTriangle);
+}
+
+TEST(Pair, SwappedAndReversedHasTheSameTravel) {
+  const BatchScene scene;
+  for (Question question : ManyQuestions(30)) {
+    question.offset = {0.0, 0.0, 0.0};
+    const Answer answer = PairOf(scene.moving, scene.fixed).First(question);
+    question.direction = gsl_arithmetic::Negated(question.direction);
+    const Answer swapped = PairOf(scene.fixed, scene.moving).First(question);
+    EXPECT_EQ(swapped.status, answer.status);
+    EXPECT_EQ(swapped.contact.travel, answer.contact.travel);
+  }
 }
 
 } // namespace
