@@ -76,8 +76,7 @@ void RegisterLines() {
     const gsl_Plane plane(gsl_Point(1.0, 2.0, 3.0), gsl_Vector(0.6, 0.0, 0.8));
     gsl_Point out;
     OnPairs(s, Corpus<gsl_StLine>(1, AnyLine), [&](const gsl_StLine& a, const gsl_StLine&) {
-      a.Intersect(plane, out);
-      return out.x;
+      return a.Intersect(plane, out) ? out.x : 0.0;
     });
   });
   benchmark::RegisterBenchmark("LinePlaneIntersection/Eigen", [](benchmark::State& s) {

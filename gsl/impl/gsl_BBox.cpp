@@ -24,7 +24,7 @@ Box BoxOf(const gsl_BBox& box) {
 
 gsl_BBox::gsl_BBox()
     : min(ComputedPoint(gsl_kernel::kEmptyBox.min)), max(ComputedPoint(gsl_kernel::kEmptyBox.max)),
-      uid(cls_Uid::AllocateUid()) {}
+      m_uid(cls_Uid::AllocateUid()) {}
 
 void gsl_BBox::Vacate() {
   Place(min, gsl_kernel::kEmptyBox.min);
@@ -34,11 +34,11 @@ void gsl_BBox::Vacate() {
 void gsl_BBox::Transform(const gsl_Matrix& m) {
   if (IsEmpty()) return;
   const Box moved = gsl_kernel::TransformBox(BoxOf(*this), m.m);
-  // transformed-box-is-a-new-box: the corners stem from one computed point and share its identity.
+  // corners-share-an-identity: the corners stem from one computed point and share its identity.
   AcceptComputed(min, moved.min);
   max = min;
   Place(max, moved.max);
-  uid = cls_Uid::AllocateUid();
+  m_uid = cls_Uid::AllocateUid();
 }
 
 double gsl_BBox::Size() const {
@@ -50,7 +50,7 @@ gsl_Vector gsl_BBox::Diag() const {
 }
 
 g3d_Sphere gsl_BBox::GetExtent() const {
-  // extent-of-an-empty-box-has-a-negative-radius
+  // empty-box-has-a-negative-radius: the size of an empty box is -1.
   const gsl_Point centre = Center();
   g3d_Sphere sphere;
   sphere.Set({static_cast<float>(centre.x), static_cast<float>(centre.y),

@@ -9,11 +9,9 @@
 #include <memory>
 #include <new>
 
-// any-depth-needs-the-same-stack
-//
-// The order in which the vertices of a piece are visited does not show: a piece is a set. So the
-// rows that wait are not a stack or a queue but a set, and are scanned in the order of memory,
-// round after round: that is nearly one stream.
+// The order in which the vertices of a component are visited does not show: a component is a set.
+// So the rows that wait are not a stack or a queue but a set. They are scanned in the order of
+// memory, round after round, which is nearly one stream.
 
 static_assert(sizeof(bool) == 1, "rows are scanned as bytes");
 
@@ -26,37 +24,37 @@ class WaitingSet {
 public:
   static std::size_t Words(int n) { return (static_cast<std::size_t>(n) + 63) / 64; }
 
-  WaitingSet(int n, std::uint64_t* memory) : words(Words(n)), bits(memory), count(0) {
-    std::fill(bits, bits + words, std::uint64_t{0});
+  WaitingSet(int n, std::uint64_t* memory) : m_words(Words(n)), m_bits(memory), m_count(0) {
+    std::fill(m_bits, m_bits + m_words, std::uint64_t{0});
   }
 
   /// `v` is not in the set.
   void Add(int v) {
-    bits[Word(v)] |= std::uint64_t{1} << v % 64;
-    ++count;
+    m_bits[Word(v)] |= std::uint64_t{1} << v % 64;
+    ++m_count;
   }
   /// `v` is in the set.
   void Remove(int v) {
-    bits[Word(v)] &= ~(std::uint64_t{1} << v % 64);
-    --count;
+    m_bits[Word(v)] &= ~(std::uint64_t{1} << v % 64);
+    --m_count;
   }
 
   /// The first one from `v` on, then from 0 on; -1 when the set is empty.
   int From(int v) const {
-    if (count == 0) return -1;
-    const std::uint64_t here = bits[Word(v)] >> v % 64;
+    if (m_count == 0) return -1;
+    const std::uint64_t here = m_bits[Word(v)] >> v % 64;
     if (here != 0) return v + __builtin_ctzll(here);
     std::size_t word = Word(v);
     do {
-      word = word + 1 < words ? word + 1 : 0;
-    } while (bits[word] == 0);
-    return static_cast<int>(word) * 64 + __builtin_ctzll(bits[word]);
+      word = word + 1 < m_words ? word + 1 : 0;
+    } while (m_bits[word] == 0);
+    return static_cast<int>(word) * 64 + __builtin_ctzll(m_bits[word]);
   }
 
 private:
-  std::size_t words;
-  std::uint64_t* bits;
-  int count;
+  std::size_t m_words;
+  std::uint64_t* m_bits;
+  int m_count;
 
   static std::size_t Word(int v) { return static_cast<std::size_t>(v) / 64; }
 };
@@ -72,27 +70,27 @@ public:
   }
 
   UnvisitedSet(int n, std::uint64_t* memory)
-      : lines(Lines(n)), words(Words(n)), live(memory),
-        bytes(reinterpret_cast<unsigned char*>(memory + words)),
-        left(reinterpret_cast<std::uint16_t*>(bytes + lines * kEdgeLine)) {
-    std::fill(live, live + words, std::uint64_t{0});
-    std::fill(bytes, bytes + n, static_cast<unsigned char>(0xFF));
-    std::fill(bytes + n, bytes + lines * kEdgeLine, static_cast<unsigned char>(0));
+      : m_lines(Lines(n)), m_words(Words(n)), m_live(memory),
+        m_bytes(reinterpret_cast<unsigned char*>(memory + m_words)),
+        m_left(reinterpret_cast<std::uint16_t*>(m_bytes + m_lines * kEdgeLine)) {
+    std::fill(m_live, m_live + m_words, std::uint64_t{0});
+    std::fill(m_bytes, m_bytes + n, static_cast<unsigned char>(0xFF));
+    std::fill(m_bytes + n, m_bytes + m_lines * kEdgeLine, static_cast<unsigned char>(0));
     for (int u = 0; u < n; u += kGroup) {
       const std::size_t group = Group(u);
-      left[group] = static_cast<std::uint16_t>(std::min(kGroup, n - u));
-      live[group / 64] |= std::uint64_t{1} << group % 64;
+      m_left[group] = static_cast<std::uint16_t>(std::min(kGroup, n - u));
+      m_live[group / 64] |= std::uint64_t{1} << group % 64;
     }
   }
 
-  bool Has(int u) const { return bytes[u] != 0; }
-  std::size_t LineCount() const { return lines; }
-  const unsigned char* Line(std::size_t line) const { return bytes + line * kEdgeLine; }
+  bool Has(int u) const { return m_bytes[u] != 0; }
+  std::size_t LineCount() const { return m_lines; }
+  const unsigned char* Line(std::size_t line) const { return m_bytes + line * kEdgeLine; }
 
   void Remove(int u) {
-    bytes[u] = 0;
+    m_bytes[u] = 0;
     const std::size_t group = Group(u);
-    if (--left[group] == 0) live[group / 64] &= ~(std::uint64_t{1} << group % 64);
+    if (--m_left[group] == 0) m_live[group / 64] &= ~(std::uint64_t{1} << group % 64);
   }
 
   /// The first line from `line` on, a multiple of kGroupLines, in a group with a vertex left.
@@ -104,11 +102,11 @@ private:
   static constexpr std::size_t kGroupLines = 4;
   static constexpr int kGroup = kEdgeLine * static_cast<int>(kGroupLines);
 
-  std::size_t lines;
-  std::size_t words;
-  std::uint64_t* live;
-  unsigned char* bytes;
-  std::uint16_t* left; ///< unvisited vertices of each group
+  std::size_t m_lines;
+  std::size_t m_words;
+  std::uint64_t* m_live;
+  unsigned char* m_bytes;
+  std::uint16_t* m_left; ///< unvisited vertices of each group
 
   static std::size_t Lines(int n) {
     return (static_cast<std::size_t>(n) + kEdgeLine - 1) / kEdgeLine;
@@ -121,13 +119,13 @@ private:
   std::size_t Next(std::size_t line, std::uint64_t flip) const {
     const std::size_t group = line / kGroupLines;
     std::size_t word = group / 64;
-    std::uint64_t bits = (live[word] ^ flip) & ~std::uint64_t{0} << group % 64;
+    std::uint64_t bits = (m_live[word] ^ flip) & ~std::uint64_t{0} << group % 64;
     while (bits == 0) {
-      if (++word >= words) return lines;
-      bits = live[word] ^ flip;
+      if (++word >= m_words) return m_lines;
+      bits = m_live[word] ^ flip;
     }
     const std::size_t found = word * 64 + static_cast<std::size_t>(__builtin_ctzll(bits));
-    return std::min(lines, found * kGroupLines);
+    return std::min(m_lines, found * kGroupLines);
   }
 };
 
@@ -160,52 +158,52 @@ public:
   static std::size_t MemoryFor(int n) { return WaitingSet::Words(n) + UnvisitedSet::MemoryFor(n); }
 
   Labelling(const bool* a, int count, int* l, std::uint64_t* memory)
-      : adjacency(reinterpret_cast<const unsigned char*>(a)), n(count), end(Row(count)), labels(l),
-        piece(0), unvisitedCount(count), waiting(count, memory),
-        unvisited(count, memory + WaitingSet::Words(count)), kernels(gsl_BestWideKernels()) {}
+      : m_adjacency(reinterpret_cast<const unsigned char*>(a)), m_n(count), m_end(Row(count)),
+        m_labels(l), m_piece(0), m_unvisitedCount(count), m_waiting(count, memory),
+        m_unvisited(count, memory + WaitingSet::Words(count)), m_kernels(gsl_BestWideKernels()) {}
 
   int Run() {
-    for (int start = 0; unvisitedCount > 0; ++start) {
-      // edges-are-followed-in-their-direction-only: a vertex that points into an earlier piece, and
+    for (int start = 0; m_unvisitedCount > 0; ++start) {
+      // edges-lead-one-way: a vertex that points into an earlier component, and
       // is not pointed to, is still here.
-      if (!unvisited.Has(start)) continue;
+      if (!m_unvisited.Has(start)) continue;
       Visit(start);
-      for (int v = start; v >= 0 && unvisitedCount > 0; v = waiting.From(v)) {
-        waiting.Remove(v);
+      for (int v = start; v >= 0 && m_unvisitedCount > 0; v = m_waiting.From(v)) {
+        m_waiting.Remove(v);
         ScanRow(v);
       }
-      ++piece;
+      ++m_piece;
     }
-    return piece;
+    return m_piece;
   }
 
 private:
-  const unsigned char* const adjacency;
-  const int n;
-  const unsigned char* const end;
-  int* const labels;
-  int piece;
-  int unvisitedCount;
-  WaitingSet waiting;
-  UnvisitedSet unvisited;
-  const gsl_WideKernels& kernels;
+  const unsigned char* const m_adjacency;
+  const int m_n;
+  const unsigned char* const m_end;
+  int* const m_labels;
+  int m_piece;
+  int m_unvisitedCount;
+  WaitingSet m_waiting;
+  UnvisitedSet m_unvisited;
+  const gsl_WideKernels& m_kernels;
 
   const unsigned char* Row(int v) const {
-    return adjacency + static_cast<std::size_t>(v) * static_cast<std::size_t>(n);
+    return m_adjacency + static_cast<std::size_t>(v) * static_cast<std::size_t>(m_n);
   }
 
   void Visit(int u) {
-    labels[u] = piece;
-    // diagonal-changes-nothing: a vertex is visited before its row is looked at.
-    unvisited.Remove(u);
-    --unvisitedCount;
-    waiting.Add(u);
+    m_labels[u] = m_piece;
+    // A vertex is visited before its row is looked at.
+    m_unvisited.Remove(u);
+    --m_unvisitedCount;
+    m_waiting.Add(u);
   }
 
   /// The row that probably comes next, to be fetched while this one is scanned.
   const unsigned char* RowAfter(int v) const {
-    const int next = waiting.From(v);
-    return Row(next >= 0 ? next : std::min(v + 1, n - 1));
+    const int next = m_waiting.From(v);
+    return Row(next >= 0 ? next : std::min(v + 1, m_n - 1));
   }
 
   void ScanRow(int v) {
@@ -213,17 +211,17 @@ private:
     // The last line reaches into the next row, where nothing is open; after the last row there is
     // nothing to read.
     const std::size_t readable =
-        unvisited.LineCount() * kEdgeLine <= static_cast<std::size_t>(end - row)
-            ? unvisited.LineCount()
-            : static_cast<std::size_t>(n / kEdgeLine);
-    for (std::size_t line = unvisited.NextLive(0); line < readable;) {
-      const std::size_t dead = std::min(readable, unvisited.NextDead(line));
+        m_unvisited.LineCount() * kEdgeLine <= static_cast<std::size_t>(m_end - row)
+            ? m_unvisited.LineCount()
+            : static_cast<std::size_t>(m_n / kEdgeLine);
+    for (std::size_t line = m_unvisited.NextLive(0); line < readable;) {
+      const std::size_t dead = std::min(readable, m_unvisited.NextDead(line));
       ScanLines(v, line, dead);
-      line = dead < readable ? unvisited.NextLive(dead) : readable;
+      line = dead < readable ? m_unvisited.NextLive(dead) : readable;
     }
-    if (readable < unvisited.LineCount()) {
+    if (readable < m_unvisited.LineCount()) {
       unsigned char padded[kEdgeLine] = {};
-      std::memcpy(padded, row + readable * kEdgeLine, static_cast<std::size_t>(n % kEdgeLine));
+      std::memcpy(padded, row + readable * kEdgeLine, static_cast<std::size_t>(m_n % kEdgeLine));
       VisitFrom(readable, padded);
     }
   }
@@ -231,8 +229,8 @@ private:
   void ScanLines(int v, std::size_t line, std::size_t dead) {
     const unsigned char* const row = Row(v);
     while (line < dead) {
-      line += kernels.skipLines(row + line * kEdgeLine, unvisited.Line(line),
-                                RowAfter(v) + line * kEdgeLine, dead - line);
+      line += m_kernels.skipLines(row + line * kEdgeLine, m_unvisited.Line(line),
+                                  RowAfter(v) + line * kEdgeLine, dead - line);
       if (line == dead) break;
       VisitFrom(line, row + line * kEdgeLine);
       ++line;
@@ -240,7 +238,7 @@ private:
   }
 
   void VisitFrom(std::size_t line, const unsigned char* entries) {
-    const unsigned char* const open = unvisited.Line(line);
+    const unsigned char* const open = m_unvisited.Line(line);
     for (int k = 0; k < kEdgeLine; k += 8) {
       std::uint64_t edges = LoadWord(entries + k) & LoadWord(open + k);
       for (; edges != 0; edges = WithoutByte(edges, FirstByte(edges))) {

@@ -10,18 +10,17 @@ constexpr int kNoEntity = -1;
 } // namespace
 
 gsl_Dot::gsl_Dot(const gsl_Point& p)
-    : uid(cls_Uid::AllocateUid()), _point(p), _method(gsl_FROM_POINT), _instanceId(kNoInstance),
-      _entityId(kNoEntity) {}
+    : m_uid(cls_Uid::AllocateUid()), m_point(p), m_method(gsl_FROM_POINT),
+      m_instanceId(kNoInstance), m_entityId(kNoEntity) {}
 
 gsl_Dot::gsl_Dot(double x, double y, double z) : gsl_Dot(gsl_Point(x, y, z)) {}
 
 gsl_Dot::gsl_Dot() : gsl_Dot(gsl_Point()) {}
 
 gsl_Dot::gsl_Dot(int instanceId, int entityId)
-    : uid(cls_Uid::AllocateUid()), _method(gsl_FROM_NODE), _instanceId(instanceId),
-      _entityId(entityId) {}
+    : m_uid(cls_Uid::AllocateUid()), m_method(gsl_FROM_NODE), m_instanceId(instanceId),
+      m_entityId(entityId) {}
 
-// copy-constructor-keeps-everything-and-the-identity
 gsl_Dot::gsl_Dot(const gsl_Dot&) = default;
 
 gsl_Dot& gsl_Dot::operator=(const gsl_Dot&) = default;
@@ -29,7 +28,6 @@ gsl_Dot& gsl_Dot::operator=(const gsl_Dot&) = default;
 gsl_Dot::~gsl_Dot() = default;
 
 gsl_Dot* gsl_Dot::Copy() const {
-  // copy-answers-null
   return new (std::nothrow) gsl_Dot(*this);
 }
 
@@ -38,7 +36,7 @@ bool gsl_Dot::Regenerate(const ftr_FeatureList*) {
 }
 
 int gsl_Dot::GetEntityId() const {
-  return _entityId;
+  return m_entityId;
 }
 
 bool gsl_Dot::ExtensionPoint1(const void*) {
@@ -62,9 +60,9 @@ unsigned int gsl_Dot::DynTypeId() const {
 }
 
 void gsl_Dot::SetValues(double x, double y, double z) {
-  _point.x = x;
-  _point.y = y;
-  _point.z = z;
+  m_point.x = x;
+  m_point.y = y;
+  m_point.z = z;
 }
 
 int gsl_Dot::OwnerFeatID() const {

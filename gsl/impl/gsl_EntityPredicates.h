@@ -1,9 +1,9 @@
 #ifndef GSL_ENTITY_PREDICATES_H
 #define GSL_ENTITY_PREDICATES_H
 
-#include "gsl_Coordinates.h"
 #include "gsl_Plane.h"
 #include "gsl_Segment.h"
+#include "gsl_Settings.h"
 #include "gsl_StLine.h"
 #include "kernel/Line.h"
 #include "kernel/Segment.h"

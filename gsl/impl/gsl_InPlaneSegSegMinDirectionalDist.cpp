@@ -1,5 +1,6 @@
 #include "gsl_InPlaneSegSegMinDirectionalDist.h"
 
+#include "gsl_Settings.h"
 #include "gsl_SweepOutputs.h"
 #include "kernel/SegmentSweep.h"
 
@@ -36,7 +37,6 @@ bool gsl_InPlaneSegSegMinDirectionalDist(const gsl_Vector& direction, const gsl_
                                          gsl_Point* contacts, double& distance) {
   const gsl_Util& settings = Settings();
   const SweepTolerances tol = {settings.linearTolerance, settings.cosineTolerance};
-  // direction-shorter-than-the-tolerance
   const Measured3 d = gsl_arithmetic::NormalizedCopy(direction.Measured(), tol.linear);
   const SweptSegment a = SegmentOf(a0, a1, gsl_kernel::kFirstOfA);
   const SweptSegment b = SegmentOf(b0, b1, gsl_kernel::kFirstOfB);

@@ -17,46 +17,46 @@ constexpr std::uint32_t kLargestSize = 2147483640;
 } // namespace
 
 gsl_LinearEqnLUDSolver::gsl_LinearEqnLUDSolver()
-    : matrix(nullptr), size(0), pivots(nullptr), parity(1), isSingular(false), isDecomposed(false) {
-}
+    : m_matrix(nullptr), m_size(0), m_pivots(nullptr), m_parity(1), m_isSingular(false),
+      m_isDecomposed(false) {}
 
 gsl_LinearEqnLUDSolver::~gsl_LinearEqnLUDSolver() {
-  delete[] pivots;
+  delete[] m_pivots;
 }
 
 void gsl_LinearEqnLUDSolver::Reset() {
-  delete[] pivots;
-  pivots = nullptr;
-  parity = 1;
-  isSingular = false;
-  isDecomposed = false;
+  delete[] m_pivots;
+  m_pivots = nullptr;
+  m_parity = 1;
+  m_isSingular = false;
+  m_isDecomposed = false;
 }
 
 void gsl_LinearEqnLUDSolver::SetMatrix(double** a, unsigned int n) {
-  if (matrix != nullptr) Reset();
-  matrix = a;
-  size = n;
+  if (m_matrix != nullptr) Reset();
+  m_matrix = a;
+  m_size = n;
 }
 
 bool gsl_LinearEqnLUDSolver::Decompose() {
-  if (matrix == nullptr) return false;
-  // failed-decomposition-is-tried-again
-  if (isDecomposed) return true;
-  if (size > kLargestSize) return false;
-  if (pivots == nullptr) pivots = new (std::nothrow) std::int32_t[size];
-  if (pivots == nullptr) return false;
-  LuSystem system = {matrix, static_cast<std::int32_t>(size), pivots, 1};
+  if (m_matrix == nullptr) return false;
+  // failed-decomposition-is-tried-again: the failure is not remembered.
+  if (m_isDecomposed) return true;
+  if (m_size > kLargestSize) return false;
+  if (m_pivots == nullptr) m_pivots = new (std::nothrow) std::int32_t[m_size];
+  if (m_pivots == nullptr) return false;
+  LuSystem system = {m_matrix, static_cast<std::int32_t>(m_size), m_pivots, 1};
   const LuResult result = gsl_LUDecompose(system, gsl_BestWideKernels());
-  if (result == LuResult::ZeroRow) isSingular = true;
-  isDecomposed = result == LuResult::Decomposed;
-  parity = system.parity;
-  return isDecomposed;
+  if (result == LuResult::ZeroRow) m_isSingular = true;
+  m_isDecomposed = result == LuResult::Decomposed;
+  m_parity = system.parity;
+  return m_isDecomposed;
 }
 
 bool gsl_LinearEqnLUDSolver::Solve(double* b, double* x) {
   if (!Decompose()) return false;
-  if (x != b) std::copy(b, b + size, x);
-  const LuSystem system = {matrix, static_cast<std::int32_t>(size), pivots, parity};
+  if (x != b) std::copy(b, b + m_size, x);
+  const LuSystem system = {m_matrix, static_cast<std::int32_t>(m_size), m_pivots, m_parity};
   gsl_kernel::PermuteRightSide(system, x);
   gsl_kernel::SubstituteForward(system, x);
   gsl_kernel::SubstituteBackward(system, x);

@@ -1,6 +1,7 @@
 #include "gsl_Matrix.h"
 
 #include "gsl_Coordinates.h"
+#include "gsl_Settings.h"
 #include "kernel/Matrix.h"
 
 #include <cstring>
@@ -49,9 +50,7 @@ void gsl_Matrix::Transform(gsl_Vector& v) const {
 
 void gsl_Matrix::Concatenate(const gsl_Matrix& o) {
   double product[4][4];
-  // concatenate-applies-the-argument-afterwards
   gsl_kernel::Product(o.m, m, product);
-  // concatenate-leaves-the-flag-unknown
   std::memcpy(m, product, sizeof m);
   isIdentity = kNotKnown;
 }
@@ -59,7 +58,7 @@ void gsl_Matrix::Concatenate(const gsl_Matrix& o) {
 bool gsl_Matrix::IsIdentity() const {
   if (isIdentity != kNotKnown) return isIdentity == kIsIdentity;
   for (int c = 0; c < 4; ++c) {
-    // row-three-is-not-checked-but-snapped
+    // fourth-row-is-rewritten-unchecked: three rows decide about four.
     for (int r = 0; r < 3; ++r) {
       const double exact = r == c ? 1.0 : 0.0;
       const bool near = m[r][c] >= exact - gsl_kernel::kIdentityTolerance &&
@@ -71,7 +70,7 @@ bool gsl_Matrix::IsIdentity() const {
     }
   }
   const gsl_Matrix exact;
-  // snaps-near-identities-to-the-exact-one
+  // identity-test-rewrites-the-matrix: a matrix near the identity becomes the identity.
   std::memcpy(m, exact.m, sizeof m);
   isIdentity = kIsIdentity;
   return true;
@@ -99,10 +98,9 @@ void gsl_Matrix::SetColumn(unsigned int c, const gsl_Vector& v) {
   isIdentity = kNotKnown;
 }
 
-void gsl_Matrix::SetRotationVectors(const gsl_Vector& X, const gsl_Vector& Y, const gsl_Vector& Z) {
-  const gsl_Vector* const axes[3] = {&X, &Y, &Z};
+void gsl_Matrix::SetRotationVectors(const gsl_Vector& x, const gsl_Vector& y, const gsl_Vector& z) {
+  const gsl_Vector* const axes[3] = {&x, &y, &z};
   for (int c = 0; c < 3; ++c) {
-    // set-rotation-vectors-does-not-check-orthogonality
     const Coord3 unit = gsl_kernel::UnitComponents(axes[c]->Measured());
     m[0][c] = unit.x;
     m[1][c] = unit.y;
@@ -114,7 +112,6 @@ void gsl_Matrix::SetRotationVectors(const gsl_Vector& X, const gsl_Vector& Y, co
 void gsl_Matrix::GetRotationAngles(double& a, double& b, double& c) const {
   const double cy = std::sqrt(m[0][0] * m[0][0] + m[1][0] * m[1][0]);
   const bool locked = !(cy > gsl_kernel::kGimbalLockCosine);
-  // gimbal-lock-takes-what-is-left-about-x
   const double aboutX = locked ? std::atan2(-m[1][2], m[1][1]) : std::atan2(m[2][1], m[2][2]);
   const double aboutY = std::atan2(-m[2][0], cy);
   const double aboutZ = locked ? 0.0 : std::atan2(m[1][0], m[0][0]);
@@ -139,7 +136,6 @@ gsl_Matrix gsl_Matrix::InverseRigidTransform() const {
 void gsl_Matrix::AxisRotation(const gsl_Point& p, const gsl_Vector& axis, double angle) {
   FillIdentity();
   gsl_Vector unit = axis;
-  // a-short-axis-leaves-the-identity
   if (!unit.Normalize()) return;
   SetTranslation(gsl_Vector(0.0 - p.x, 0.0 - p.y, 0.0 - p.z));
   gsl_Matrix rotation;
@@ -159,7 +155,7 @@ void gsl_Matrix::GetAxisRotation(gsl_Point& p, gsl_Vector& axis, double& angle) 
          static_cast<float>(q.z * scale), static_cast<float>(q.w * scale)};
   }
   const float sh = std::sqrt(q.x * q.x + q.y * q.y + q.z * q.z);
-  // point-is-the-translation
+  // rotation-point-is-the-translation: the image of the origin need not lie on the axis.
   AcceptComputed(p, {m[0][3], m[1][3], m[2][3]});
   const double turn = 2.0 * std::atan2(static_cast<double>(sh), static_cast<double>(q.w));
   axis = turn > Settings().cosineTolerance

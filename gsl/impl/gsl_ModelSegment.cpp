@@ -5,10 +5,10 @@
 
 template class cow_COW<gsl_Dot, cow_Virtual<gsl_Dot>>;
 
-gsl_ModelSegment::gsl_ModelSegment() : uid(cls_Uid::AllocateUid()) {}
+gsl_ModelSegment::gsl_ModelSegment() : m_uid(cls_Uid::AllocateUid()) {}
 
 gsl_ModelSegment::gsl_ModelSegment(const gsl_Dot& p1, const gsl_Dot& p2)
-    : point1(p1), point2(p2), uid(cls_Uid::AllocateUid()) {}
+    : m_point1(p1), m_point2(p2), m_uid(cls_Uid::AllocateUid()) {}
 
 gsl_ModelSegment::gsl_ModelSegment(const gsl_ModelSegment&) = default;
 
@@ -19,25 +19,23 @@ unsigned int gsl_ModelSegment::DynTypeId() const {
 }
 
 gsl_Vector gsl_ModelSegment::Direction() const {
-  // empty-end-is-unit-z
-  if (point1.IsEmpty() || point2.IsEmpty()) return {};
-  return {point1->GetPoint(), point2->GetPoint()};
+  // empty-end-is-unit-z: the direction is the default vector.
+  if (m_point1.IsEmpty() || m_point2.IsEmpty()) return {};
+  return {m_point1->GetPoint(), m_point2->GetPoint()};
 }
 
 double gsl_ModelSegment::Length() const {
-  if (point1.IsEmpty() || point2.IsEmpty()) return 0.0;
-  return point1->GetPoint().GetDistance(point2->GetPoint());
+  if (m_point1.IsEmpty() || m_point2.IsEmpty()) return 0.0;
+  return m_point1->GetPoint().GetDistance(m_point2->GetPoint());
 }
 
 void gsl_ModelSegment::Regenerate(const ftr_FeatureList* features) {
-  for (DotHolder* const end : {&point1, &point2}) {
-    // regenerate-clones-plain-dots-too
+  for (DotHolder* const end : {&m_point1, &m_point2}) {
     if (gsl_Dot* const dot = end->Unshared()) dot->Regenerate(features);
   }
 }
 
 omu_Primitive* omu_ReturnPrim(const gsl_ModelSegment& segment) {
-  // very-short-segment-is-unit-all-the-same
   const gsl_kernel::Coord3 unit = gsl_kernel::UnitComponents(segment.Direction().Measured());
   constexpr int kComponents = 3;
   auto* const tuple = new omu_PrimTuple(kComponents, '(');

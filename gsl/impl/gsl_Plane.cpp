@@ -1,11 +1,11 @@
 #include "gsl_Plane.h"
 
-// default-is-the-plane-x-equals-zero
+// default-plane-faces-x: the default vector is Z.
 gsl_Plane::gsl_Plane() : gsl_Plane(gsl_Point(), gsl_Vector(1.0, 0.0, 0.0)) {}
 
 gsl_Plane::gsl_Plane(const gsl_Point& p, const gsl_Vector& n)
-    : ok(true), point(p), normal(n), method(FROM_POINT_VECTOR), flip(false), ownerFeatId(0),
-      uid(cls_Uid::AllocateUid()) {}
+    : m_ok(true), m_point(p), m_normal(n), m_method(FROM_POINT_VECTOR), m_flip(false),
+      m_ownerFeatId(0), m_uid(cls_Uid::AllocateUid()) {}
 
 gsl_Plane::gsl_Plane(const gsl_Plane&) = default;
 
@@ -18,22 +18,22 @@ gsl_Plane* gsl_Plane::Copy() const {
 }
 
 bool gsl_Plane::Regenerate(const ftr_FeatureList*) {
-  return ok;
+  return m_ok;
 }
 
 int gsl_Plane::OwnerFeatID() const {
-  return ownerFeatId;
+  return m_ownerFeatId;
 }
 
 void gsl_Plane::SetOwnerFeatID(int id) {
-  ownerFeatId = id;
+  m_ownerFeatId = id;
 }
 
 gsl_Point gsl_Plane::Centroid() {
-  return point;
+  return m_point;
 }
 
-// reset-centroid-deliberately-leaves-the-plane
+// reset-centroid-does-nothing: the centroid is the point of the plane.
 void gsl_Plane::ResetCentroid(const gsl_Point&, const ftr_FeatureList*) {}
 
 unsigned int gsl_Plane::DynTypeId() const {

@@ -1,7 +1,10 @@
 #include "gsl_Point.h"
 
+#include "gsl_Coordinates.h"
 #include "gsl_EntityPredicates.h"
 #include "gsl_Matrix.h"
+#include "gsl_Printing.h"
+#include "gsl_Settings.h"
 #include "kernel/SegmentPair.h"
 
 #include <algorithm>
@@ -11,7 +14,7 @@ using gsl_kernel::Coord3;
 bool gsl_Point::operator==(const gsl_Point& o) const {
   if (this == &o) return true;
   const Coord3 d = gsl_kernel::Subtract(Coords(), o.Coords());
-  // equality-compares-a-squared-distance
+  // tolerance-bounds-a-squared-distance: points up to the root of the tolerance apart are equal.
   return gsl_kernel::Dot(d, d) <= Settings().zeroTolerance;
 }
 
@@ -36,9 +39,9 @@ double gsl_Point::GetDistance(const gsl_Plane& plane) const {
 }
 
 double gsl_Point::GetDistance(const gsl_Plane& plane, const gsl_Vector& dir) const {
-  // orthogonality-is-evaluated-and-its-answer-ignored
+  // orthogonality-is-asked-and-ignored: the result decides nothing.
   static_cast<void>(dir.IsOrthogonal(plane.Direction()));
-  // along-a-direction-in-the-plane-is-unguarded: the size or the sign is the caller's to test.
+  // A direction in the plane is not refused: the caller tests the size and the sign.
   return gsl_kernel::PlaneDistanceAlong(Coords(), PlaneOf(plane), dir.Measured());
 }
 
@@ -50,16 +53,15 @@ double gsl_Point::GetDistance(const gsl_Segment& seg, gsl_Point& closest) const 
   double t = 0.0;
   const SegmentFoot where = gsl_kernel::FootOnSegment(
       here, seg.Point1().Coords(), seg.Point2().Coords(), Settings().linearTolerance, foot, t);
-  // to-a-degenerate-segment-is-to-what-closest-held
+  // distance-to-what-closest-held: a degenerate segment leaves the output as it was.
   if (where == SegmentFoot::Degenerate) return GetDistance(closest);
-  // a-foot-at-the-end-is-no-end-point
   if (where == SegmentFoot::Inside) {
     AcceptComputed(closest, foot);
     return gsl_kernel::Distance(here, foot);
   }
   const double d1 = GetDistance(seg.Point1());
   const double d2 = GetDistance(seg.Point2());
-  // a-tie-of-the-ends-is-point-two
+  // tie-goes-to-the-second-end: the first end must be strictly nearer.
   const bool firstIsNearer = d2 > d1;
   closest = firstIsNearer ? seg.Point1() : seg.Point2();
   return firstIsNearer ? d1 : d2;
@@ -92,7 +94,6 @@ bool gsl_Point::IsOn(const gsl_Point& o) const {
   return Settings().linearTolerance > GetDistance(o);
 }
 
-// feet-are-asked-of-a-changeable-point
 gsl_Point gsl_Point::ProjectOn(const gsl_StLine& line, double& t) {
   return ComputedPoint(
       gsl_kernel::FootOnLine(Coords(), LineOf(line), Settings().linearTolerance, t));
@@ -110,7 +111,7 @@ bool gsl_Point::ProjectOn(const gsl_Segment& seg, double tol, gsl_Point& out, do
   // degenerate-segment-succeeds: the outputs are left alone.
   if (where == gsl_kernel::SegmentFoot::Degenerate) return true;
   AcceptComputed(out, foot);
-  // beyond-its-ends-fails-but-writes-the-outputs
+  // false-with-the-foot-written: the caller may want the foot beyond the end.
   return where == gsl_kernel::SegmentFoot::Inside;
 }
 
@@ -153,7 +154,7 @@ bool gsl_Point::RayIntersect(const gsl_Vector& dir, const gsl_Plane& plane, gsl_
     AcceptComputed(out, crossing);
     return true;
   }
-  // fails-with-the-origin-written
+  // false-with-the-origin-written: the output takes the identity of the origin.
   out = *this;
   return where == gsl_kernel::RayPlane::OriginOnPlane;
 }

@@ -1,6 +1,8 @@
 #include "gsl_Segment.h"
 
+#include "gsl_Coordinates.h"
 #include "gsl_EntityPredicates.h"
+#include "gsl_Settings.h"
 #include "kernel/SegmentPair.h"
 
 using gsl_kernel::Coord3;
@@ -40,14 +42,12 @@ bool ConnectAlongNormal(const gsl_kernel::Segment& a, const gsl_kernel::Segment&
 
 /// The best of the four end-point distances; ties go to the earlier one.
 void ConnectEndPoints(const gsl_Segment& a, const gsl_Segment& b, gsl_Segment& connection) {
-  // at-the-cap-the-connection-deliberately-stays
+  // far-segments-keep-the-connection: no distance at or above the cap counts.
   double best = gsl_kernel::kSegmentDistanceCap;
   const auto tryEnd = [&best](const gsl_Point& end, const gsl_Segment& target, gsl_Point& closest) {
-    // degenerate-segments-are-measured-as-their-first-point: a target shorter than the tolerance
-    // leaves the point as it is.
+    // A target shorter than the tolerance leaves the point as it is.
     closest = target.Point1();
     const double distance = end.GetDistance(target, closest);
-    // among-equal-distances-the-earliest-candidate-wins
     if (!(distance < best)) return false;
     best = distance;
     return true;
@@ -66,10 +66,10 @@ void ConnectEndPoints(const gsl_Segment& a, const gsl_Segment& b, gsl_Segment& c
 
 } // namespace
 
-gsl_Segment::gsl_Segment() : uid(cls_Uid::AllocateUid()) {}
+gsl_Segment::gsl_Segment() : m_uid(cls_Uid::AllocateUid()) {}
 
 gsl_Segment::gsl_Segment(const gsl_Point& p1, const gsl_Point& p2)
-    : point1(p1), point2(p2), uid(cls_Uid::AllocateUid()) {}
+    : m_point1(p1), m_point2(p2), m_uid(cls_Uid::AllocateUid()) {}
 
 unsigned int gsl_Segment::DynTypeId() const {
   return TypeId();
@@ -99,10 +99,11 @@ void gsl_Segment::GetDistance(const gsl_Segment& other, gsl_Segment& connection)
     connection = gsl_Segment(meeting, meeting);
     return;
   }
-  if (gsl_kernel::LinesAreSkew(gsl_kernel::LineOf(a), gsl_kernel::LineOf(b), tolerance) &&
+  if (gsl_kernel::LinesAreSkew(gsl_kernel::SupportingLine(a), gsl_kernel::SupportingLine(b),
+                               tolerance) &&
       ConnectAlongNormal(a, b, tolerance, connection)) {
     return;
   }
-  // collinear-overlap-falls-back-to-end-points
+  // overlapping-segments-do-not-cross: parallel lines have no crossing.
   ConnectEndPoints(*this, other, connection);
 }

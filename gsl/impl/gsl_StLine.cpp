@@ -1,16 +1,18 @@
 #include "gsl_StLine.h"
 
+#include "gsl_Coordinates.h"
 #include "gsl_EntityPredicates.h"
+#include "gsl_Settings.h"
 
 gsl_StLine::gsl_StLine() : gsl_StLine(gsl_Point(), gsl_Vector(1.0, 0.0, 0.0)) {}
 
 gsl_StLine::gsl_StLine(const gsl_Point& p, const gsl_Vector& d)
-    : point(p), direction(d), method(FROM_PNT_VECTOR), flip(false), ok(true), ownerFeatId(0),
-      uid(cls_Uid::AllocateUid()) {}
+    : m_point(p), m_direction(d), m_method(FROM_PNT_VECTOR), m_flip(false), m_ok(true),
+      m_ownerFeatId(0), m_uid(cls_Uid::AllocateUid()) {}
 
 gsl_StLine::gsl_StLine(const gsl_Point& p1, const gsl_Point& p2)
-    : point(p1), direction(gsl_Vector(p1, p2)), method(FROM_PNT_PNT), flip(false), ok(true),
-      ownerFeatId(0), uid(cls_Uid::AllocateUid()) {}
+    : m_point(p1), m_direction(gsl_Vector(p1, p2)), m_method(FROM_PNT_PNT), m_flip(false),
+      m_ok(true), m_ownerFeatId(0), m_uid(cls_Uid::AllocateUid()) {}
 
 gsl_StLine::gsl_StLine(const gsl_StLine&) = default;
 
@@ -22,21 +24,21 @@ gsl_StLine* gsl_StLine::Copy() const {
   return new gsl_StLine(*this);
 }
 
-// regenerate-is-true-whatever-the-ok-flag-says
+// regenerate-ignores-the-ok-flag: a plane returns its flag, an axis does not.
 bool gsl_StLine::Regenerate(const ftr_FeatureList*) {
   return true;
 }
 
 int gsl_StLine::OwnerFeatID() const {
-  return ownerFeatId;
+  return m_ownerFeatId;
 }
 
 void gsl_StLine::SetOwnerFeatID(int id) {
-  ownerFeatId = id;
+  m_ownerFeatId = id;
 }
 
 gsl_Vector gsl_StLine::DirectionForDatum() {
-  // direction-for-datum-deliberately-ignores-the-flip
+  // datum-direction-ignores-the-flip: the direction is returned as stored.
   return Direction();
 }
 
@@ -45,7 +47,7 @@ unsigned int gsl_StLine::DynTypeId() const {
 }
 
 bool gsl_StLine::Intersect(const gsl_Plane& plane, gsl_Point& out) const {
-  return point.RayIntersect(Direction(), plane, out);
+  return m_point.RayIntersect(Direction(), plane, out);
 }
 
 bool gsl_StLine::Intersect(const gsl_StLine& other, gsl_Point& out, double& dist) const {
@@ -53,13 +55,12 @@ bool gsl_StLine::Intersect(const gsl_StLine& other, gsl_Point& out, double& dist
   case gsl_kernel::LinePair::Skew:
     return false;
   case gsl_kernel::LinePair::Parallel:
-    // parallel-lines-give-their-distance
-    dist = point.GetDistance(other);
+    // false-with-the-distance-written: parallel lines have a distance and no point.
+    dist = m_point.GetDistance(other);
     return false;
   case gsl_kernel::LinePair::Crossing:
     break;
   }
-  // lines-a-tenth-of-the-tolerance-apart-count
   dist = IntersectNonParallel(other, out);
   return true;
 }

@@ -4,9 +4,9 @@
 #include "gsl_Coordinates.h"
 #include "kernel/SweepContacts.h"
 
-/// Writes what a sweep found, and touches no output otherwise: the distance, and the contacts with
-/// their identities, a vertex's uid for a vertex and a fresh one for a computed point. `inputs` are
-/// the vertices by their source.
+/// Writes what a sweep found: the distance, and the contacts with their identities. A vertex has
+/// its own uid, a computed point a fresh uid. Outputs without a result stay as they are. `inputs`
+/// are the vertices by their source.
 inline void WriteOutputs(const gsl_kernel::SweepContacts& found, const gsl_Point* const* inputs,
                          gsl_Point* contacts, double& distance) {
   // All identities are taken before anything is written: a contact may be one of the inputs.

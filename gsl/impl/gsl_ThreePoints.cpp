@@ -1,20 +1,22 @@
 #include "gsl_ThreePoints.h"
 
+#include "gsl_Coordinates.h"
 #include "gsl_EntityPredicates.h"
+#include "gsl_Settings.h"
 #include "kernel/ThreePoints.h"
 
 using gsl_kernel::Coord3;
 
 bool gsl_NormalToThreePoints(const gsl_Point& p0, const gsl_Point& p1, const gsl_Point& p2,
                              gsl_Vector& normal) {
-  // is-written-as-zero-and-refused
+  // false-with-a-zero-normal-written: the normal is written in every case.
   normal = gsl_Vector(p0, p1, p2);
   return normal.magnitude > Settings().linearTolerance;
 }
 
 bool gsl_ThreePointsColinear(const gsl_Dot* d0, const gsl_Dot* d1, const gsl_Dot* d2) {
   gsl_Vector normal;
-  // middle-dot-decides-about-colinear
+  // middle-dot-decides: the sine at the middle point decides.
   return !gsl_NormalToThreePoints(d0->GetPoint(), d1->GetPoint(), d2->GetPoint(), normal);
 }
 
@@ -31,7 +33,6 @@ bool gsl_PlanesAreParallel(const gsl_Plane* a, const gsl_Plane* b) {
 }
 
 bool gsl_LinesAreSkew(const gsl_StLine* a, const gsl_StLine* b) {
-  // short-directions-count-as-parallel-for-skewness
   return linesAreSkew(*a, *b);
 }
 
@@ -44,7 +45,7 @@ void gsl_ComputeCircumCircle(const gsl_Point& p0, const gsl_Point& p1, const gsl
   const gsl_kernel::Measured3 n = gsl_kernel::CircumNormal(c0, c1, c2, tolerance);
   normal = VectorOf(n);
   Coord3 found;
-  // collinear-points-leave-the-centre-and-write-the-normal
+  // normal-without-a-centre: collinear points have no centre.
   if (!gsl_kernel::CircumCentre(c0, c1, c2, n.c, tolerance, found)) return;
   // centre-keeps-its-identity: the caller's point is moved, not replaced.
   centre.x = found.x;
@@ -59,7 +60,7 @@ void gsl_Transcribe3PointsIntoOriginAndAxes(bool atCircumcentre, const gsl_Point
   if (atCircumcentre) {
     // p0 may be `origin` itself, so it is remembered before that is written.
     const Coord3 first = p0.Coords();
-    // stand-on-the-origin-as-it-was
+    // frame-keeps-the-old-origin: collinear points leave the origin as it was.
     gsl_ComputeCircumCircle(p0, p1, p2, origin, zAxis);
     xAxis = VectorOf(gsl_kernel::Between(origin.Coords(), first));
   } else {
@@ -67,7 +68,6 @@ void gsl_Transcribe3PointsIntoOriginAndAxes(bool atCircumcentre, const gsl_Point
     zAxis = xAxis.CrossProduct(gsl_Vector(p0, p2));
     origin = p0;
   }
-  // y-is-crossed-before-the-others-are-normalised
   yAxis = zAxis.CrossProduct(xAxis);
   xAxis.Normalize();
   yAxis.Normalize();

@@ -13,7 +13,7 @@ const omu_MemberEntry gsl_TransformIntObj::memberTable[] = {
 
 gsl_TransformIntObj::gsl_TransformIntObj(const omu_Shortcut& s, const gsl_Matrix& m,
                                          const cow_String& t)
-    : omu_InterfaceObj(s), matrix(m), text(t) {
+    : omu_InterfaceObj(s), m_matrix(m), m_text(t) {
   DescribeType(TypeName(), methodTable, memberTable, nullptr, nullptr);
 }
 
@@ -29,13 +29,12 @@ gsl_TransformIntObj* gsl_TransformIntObj::Copy() const {
 
 omu_Primitive* gsl_TransformIntObj::MatrixMethod(const omu_PrimTuple&) {
   double entries[4][4];
-  matrix.AsArray(entries);
+  m_matrix.AsArray(entries);
   constexpr int kColumns = 4;
   constexpr int kRows = 3;
   omu_PrimTuple tuple(kColumns * kRows, '(');
   for (int c = 0; c < kColumns; ++c) {
     for (int r = 0; r < kRows; ++r)
-      // matrix-is-column-by-column
       tuple.Put(entries[r][c]);
   }
   return tuple.Copy();

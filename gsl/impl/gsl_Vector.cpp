@@ -1,8 +1,9 @@
 #include "gsl_Vector.h"
 
-#include "gsl_Coordinates.h"
 #include "gsl_Matrix.h"
 #include "gsl_Plane.h"
+#include "gsl_Printing.h"
+#include "gsl_Settings.h"
 
 #include <ostream>
 
@@ -47,7 +48,6 @@ double gsl_Vector::AngleWith(const gsl_Vector& o, bool unitVectors) const {
 double gsl_Vector::AngleWith(const gsl_Vector& o, bool unitVectors,
                              const gsl_Vector& reference) const {
   const double angle = AngleWith(o, unitVectors);
-  // an-angle-of-zero-the-other-way-round-is-two-pi
   return CrossProduct(o).DotProduct(reference) < 0.0 ? gsl_kernel::kTwoPi - angle : angle;
 }
 

@@ -32,7 +32,7 @@ std::int64_t SignedDigitMantissa(double v, int digits) {
 
 } // namespace
 
-// constructor-leaves-the-reserved-setting
+// reserved-setting-is-not-initialised: the field only keeps the layout.
 gsl_Util::gsl_Util()
     : linearTolerance(1e-6), zeroTolerance(1e-12), cosineTolerance(1e-10), coarseTolerance(1e-4),
       displayAngleCoarse(45.0), displayAngleMedium(22.5), displayFactor(11.25),
@@ -53,7 +53,7 @@ bool gsl_RealEqual(double a, double b, double tol) {
 }
 
 bool gsl_RealRelEqual(double a, double b, double tol) {
-  // band-scales-with-the-first-argument
+  // band-scales-with-the-first-argument: the comparison is not symmetric.
   double band = std::fabs(a * tol);
   if (tol > band) band = tol;
   return gsl_kernel::WithinBand(a, b, band);
@@ -70,7 +70,7 @@ bool gsl_RealEqualDig(double a, double b, int digits) {
   if (a == b) return true;
   if (digits > kMostDigits) return false;
   if (std::isinf(a) || std::isinf(b)) return false;
-  // exponents-do-not-take-part
+  // digits-without-exponents: powers of ten are equal to each other.
   return SignedDigitMantissa(a, digits) == SignedDigitMantissa(b, digits);
 }
 
@@ -89,10 +89,10 @@ double gsl_Truncate(double x, int places) {
   if (places <= 0) {
     nex_Exception::Throw(nex_AssertException("places > 0"), kSourceUnit, kPlacesAssertionLine);
   }
-  // ties-go-towards-plus-infinity
+  // ties-go-towards-plus-infinity: the whole part is taken with floor.
   const double whole = std::floor(x) + 0.0;
   const double fraction = x - whole;
   const double power = IntegerPower(10.0, places);
-  // rounds-the-fraction-despite-its-name
+  // truncate-rounds-the-fraction: the name promises a cut.
   return whole + RoundHalfUp(fraction * power) / power;
 }

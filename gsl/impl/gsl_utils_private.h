@@ -24,7 +24,7 @@ constexpr int kModuleDebugFlag = 778;
 inline bool RealArrRelEqual(int n, const double* a, const double* b, double tol) {
   for (int i = 0; i < n; ++i) {
     double band = std::fabs(a[i] * tol);
-    // has-no-floor-for-small-elements
+    // no-floor-for-small-elements: only a product of exactly zero takes the tolerance.
     if (band == 0.0) band = tol;
     if (!gsl_kernel::WithinBand(a[i], b[i], band)) return false;
   }
@@ -53,14 +53,14 @@ inline double IntegerPower(double base, int n) {
 /// base^n with the running value rounded to single precision at every step, on purpose. 0.0 for
 /// base 0.0 (also for n = 0, which is tested later), 1.0 for n = 0.
 inline double SinglePrecisionPower(double base, int n) {
-  // zero-base-is-tested-before-zero-exponent
+  // zero-to-the-power-zero: the base is tested before the exponent.
   if (base == 0.0) return 0.0;
   if (n == 0) return 1.0;
   auto value = static_cast<float>(n > 0 ? base : 1.0 / base);
   const std::int64_t steps = std::abs(static_cast<std::int64_t>(n)) - 1;
   for (std::int64_t i = 0; i < steps; ++i) {
     const double exact = n > 0 ? value * base : value / base;
-    // rounds-to-single-precision-at-every-step
+    // power-in-single-precision: the running value loses digits on purpose.
     const auto next = static_cast<float>(exact);
     const bool settled = std::fabs(next) == std::fabs(value) || std::isnan(next);
     value = next;
@@ -90,7 +90,7 @@ inline int SkipToEndOfLine(aio_istream& in) {
   return c;
 }
 
-/// SkipToEndOfLine, behind a prompt on the debug stream when the module's debug flag exceeds 1.
+/// SkipToEndOfLine, after a prompt on the debug stream when the module's debug flag exceeds 1.
 inline int WaitForReturn(aio_istream& in) {
   if (typ_DebugFlags::GetDebugFlags(kModuleDebugFlag) > 1) {
     pnt_debugPrint() << "Press <Return> to continue..." << std::flush;

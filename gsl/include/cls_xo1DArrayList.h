@@ -33,19 +33,19 @@ public:
   cls_xo1DArrayList& operator=(const cls_xo1DArrayList&) = default;
   cls_xo1DArrayList& operator=(cls_xo1DArrayList&& other) noexcept;
 
-  std::size_t Count() const { return elements.Count(); }
-  [[nodiscard]] bool IsEmpty() const { return elements.IsEmpty(); }
+  std::size_t Count() const { return m_elements.Count(); }
+  [[nodiscard]] bool IsEmpty() const { return m_elements.IsEmpty(); }
   /// No range check. Valid until the list changes.
-  const T& operator[](std::size_t i) const { return elements[i]; }
+  const T& operator[](std::size_t i) const { return m_elements[i]; }
   /// The elements in order; valid until the list changes.
-  const T* begin() const { return elements.begin(); }
-  const T* end() const { return elements.end(); }
+  const T* begin() const { return m_elements.begin(); }
+  const T* end() const { return m_elements.end(); }
   /// `value` may be an element of this list.
   void Append(const T& value);
   void Clear();
 
-  const cow_1DArray<T>& Elements() const { return elements; }
-  const cls_Uid& Uid() const { return uid; }
+  const cow_1DArray<T>& Elements() const { return m_elements; }
+  const cls_Uid& Uid() const { return m_uid; }
 
   void DBWrite(const cls_WriteVisitor& visitor) const;
 
@@ -53,16 +53,16 @@ public:
   static constexpr cls_CollectionType CollectionType() { return cls_ObjectList; }
 
 private:
-  cow_1DArray<T> elements;
-  cls_Uid uid;
+  cow_1DArray<T> m_elements;
+  cls_Uid m_uid;
 };
 
 template <class T>
-cls_xo1DArrayList<T>::cls_xo1DArrayList() : uid(cls_Uid::AllocateUid()) {}
+cls_xo1DArrayList<T>::cls_xo1DArrayList() : m_uid(cls_Uid::AllocateUid()) {}
 
 template <class T>
 cls_xo1DArrayList<T>::cls_xo1DArrayList(const cls_ReadVisitor& visitor, const cls_Uid& identity)
-    : uid(identity) {
+    : m_uid(identity) {
   const std::unique_ptr<cls_ListReader> list(visitor.GetListReader());
   while (list->HasNext())
     Append(list->ReadValue<T>());
@@ -70,34 +70,35 @@ cls_xo1DArrayList<T>::cls_xo1DArrayList(const cls_ReadVisitor& visitor, const cl
 
 template <class T>
 cls_xo1DArrayList<T>::cls_xo1DArrayList(cls_xo1DArrayList&& other) noexcept
-    : elements(std::move(other.elements)), uid(std::exchange(other.uid, cls_Uid::AllocateUid())) {}
+    : m_elements(std::move(other.m_elements)),
+      m_uid(std::exchange(other.m_uid, cls_Uid::AllocateUid())) {}
 
 template <class T>
 cls_xo1DArrayList<T>& cls_xo1DArrayList<T>::operator=(cls_xo1DArrayList&& other) noexcept {
   if (this == &other) return *this;
-  elements = std::move(other.elements);
-  uid = std::exchange(other.uid, cls_Uid::AllocateUid());
+  m_elements = std::move(other.m_elements);
+  m_uid = std::exchange(other.m_uid, cls_Uid::AllocateUid());
   return *this;
 }
 
 template <class T>
 void cls_xo1DArrayList<T>::Append(const T& value) {
-  elements.Append(value);
+  m_elements.Append(value);
 }
 
 template <class T>
 void cls_xo1DArrayList<T>::Clear() {
-  elements.Clear();
+  m_elements.Clear();
 }
 
 template <class T>
 void cls_xo1DArrayList<T>::DBWrite(const cls_WriteVisitor& visitor) const {
-  if (visitor.StartWrite(TypeId(), uid) == 0) return;
+  if (visitor.StartWrite(TypeId(), m_uid) == 0) return;
   visitor.CheckCollectionType(cls_ObjectList);
   std::unique_ptr<cls_ListWriter> list(visitor.GetListWriter());
   for (std::size_t i = 0; i < Count(); ++i) {
     const cls_WriteRequestListObj request(*list);
-    elements[i].DBWrite(cls_WriteVisitor(request));
+    m_elements[i].DBWrite(cls_WriteVisitor(request));
   }
   if (!list->Finish()) static_cast<void>(list.release());
 }

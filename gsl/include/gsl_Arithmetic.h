@@ -64,7 +64,6 @@ inline Measured3 Measure(const Coord3& c) {
 
 /// The multiple by s; the length is scaled along, without a square root.
 inline Measured3 Scaled(const Measured3& v, double s) {
-  // magnitude-is-scaled-along
   return {Multiply(v.c, s), s > 0.0 ? v.magnitude * s : -(v.magnitude * s)};
 }
 
@@ -97,7 +96,6 @@ inline Measured3 NormalizedCopy(const Measured3& v, double linearTolerance) {
 /// type with x, y and z. A NaN is neither below nor above.
 template <class C, class Limit>
 inline void LowerTo(C& c, const Limit& limit) {
-  // not-a-number-stays-where-it-entered-first
   c.x = limit.x < c.x ? limit.x : c.x;
   c.y = limit.y < c.y ? limit.y : c.y;
   c.z = limit.z < c.z ? limit.z : c.z;

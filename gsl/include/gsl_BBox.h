@@ -23,7 +23,7 @@ struct gsl_RecordLayout;
 /// NaN        is neither smaller nor larger: a coordinate that is NaN when it enters an empty box
 ///            stays, one that comes later is passed over.
 /// Identity   corners and box have uids; a copy and an assignment take the source's.
-/// Errors     none thrown, none printed, but by the records.
+/// Errors     none thrown and none printed, except by the records.
 class GSL_API gsl_BBox {
 public:
   gsl_Point min; ///< lower corner
@@ -84,7 +84,6 @@ public:
         gsl_arithmetic::RaiseTo(high, b.max);
       }
     }
-    // intersect-has-no-tolerance
     return !(high.x - low.x > XLen() + b.XLen()) && !(high.y - low.y > YLen() + b.YLen()) &&
            !(high.z - low.z > ZLen() + b.ZLen());
   }
@@ -101,15 +100,14 @@ public:
   /// Length of the diagonal; -1.0 for an empty box.
   double Size() const;
   /// 0.5 * (min + max), a fresh identity; deliberately (-0.5, -0.5, -0.5) for the empty state.
-  // empty-box-has-a-centre-all-the-same
   gsl_Point Center() const { return gsl_Point(min, max); }
   /// From min to max; the zero vector for an empty box.
   gsl_Vector Diag() const;
   /// Sphere about Center() with radius Size() / 2, both rounded to single precision, which may make
-  /// them infinite. The empty state deliberately gives radius -0.5.
+  /// them infinite. The empty state deliberately has the radius -0.5.
   g3d_Sphere GetExtent() const;
 
-  const cls_Uid& Uid() const { return uid; }
+  const cls_Uid& Uid() const { return m_uid; }
 
   /// The same object, or equal corners as gsl_Point::operator== has it (zeroTolerance).
   [[nodiscard]] bool operator==(const gsl_BBox& o) const;
@@ -119,13 +117,13 @@ public:
   void Print(aio_ostream& out, int indent) const;
 
   static constexpr unsigned int TypeId() { return 0x030A0007u; }
-  /// Not virtual, as that of gsl_Point.
+  /// Not virtual, like the operation of gsl_Point.
   unsigned int DynTypeId() const { return TypeId(); }
 
 private:
   friend struct gsl_RecordLayout<gsl_BBox>;
 
-  cls_Uid uid;
+  cls_Uid m_uid;
 };
 
 #endif

@@ -3,16 +3,15 @@
 
 #include "gsl_Export.h"
 
-/// Labels the vertices of a graph with the piece that each is reached in.
+/// Labels the vertices of a graph with the component that each is reached in.
 ///
 /// `adjacency` is n x n, row by row: entry v * n + u is true when an edge leads from v to u. The
-/// diagonal does not count. A piece is what can be reached along out-edges from its start, without
-/// the pieces before it; starts are taken in increasing order. So for a symmetric matrix pieces are
-/// the connected components; otherwise a vertex that only points into an earlier piece starts its
-/// own.
-/// `labels` receives n piece numbers from 0, `count` the number of pieces; with n <= 0 count is 0
-/// and labels is not written.
-/// Depth      no recursion: the vertices that wait are a set, so that any graph needs the same few
+/// diagonal does not count. A component is what can be reached along out-edges from its start,
+/// without the pieces before it; starts are taken in increasing order. So for a symmetric matrix
+/// pieces are the connected components; otherwise a vertex that only points into an earlier
+/// component starts its own. `labels` receives n component numbers from 0, `count` the number of
+/// components; with n <= 0 count is 0 and labels is not written. Depth      no recursion: the
+/// vertices that wait are a set, so that any graph needs the same few
 ///            hundred bytes of stack, and a byte and a bit of memory per vertex; without that
 ///            memory the search chains them through `labels`: slower, not wrong.
 /// Reads      rows many entries at a time, only where a vertex is left; none once all are reached.

@@ -20,7 +20,7 @@ struct gsl_RecordLayout;
 ///            stored object and deliberately keeps its source's.
 /// Hooks      classes of the host derive from this one; the order of the virtual operations is part
 ///            of the interface.
-/// Errors     none thrown, none printed, but by the records; coordinates are not checked.
+/// Errors     none thrown and none printed, except by the records; coordinates are not checked.
 class GSL_API gsl_Dot {
 public:
   /// A copy of p (identity kept), method gsl_FROM_POINT, instance 0, entity -1.
@@ -44,7 +44,7 @@ public:
   /// True; nothing is recomputed and the list is not read.
   virtual bool Regenerate(const ftr_FeatureList* features);
   virtual int GetEntityId() const;
-  /// The extension points are for classes of the host; here they do nothing and answer false.
+  /// The extension points are for classes of the host; here they do nothing and return false.
   [[nodiscard]] virtual bool ExtensionPoint1(const void*);
   /// Number and ids of the features that own the point: none here, and id 0 for every index.
   virtual int NumOwnerFeatures() const;
@@ -58,10 +58,10 @@ public:
   [[nodiscard]] bool IsA(unsigned int typeId) const;
   static void InitializeMetadata(cls_ClassRegistrar& registrar);
 
-  const gsl_Point& GetPoint() const { return _point; }
-  gsl_DotMethod GetMethod() const { return _method; }
-  int GetInstanceId() const { return _instanceId; }
-  const cls_Uid& Uid() const { return uid; }
+  const gsl_Point& GetPoint() const { return m_point; }
+  gsl_DotMethod GetMethod() const { return m_method; }
+  int GetInstanceId() const { return m_instanceId; }
+  const cls_Uid& Uid() const { return m_uid; }
 
   /// Moves the point; its identity, the method and both ids stay.
   void SetValues(double x, double y, double z);
@@ -75,11 +75,11 @@ public:
 private:
   friend struct gsl_RecordLayout<gsl_Dot>;
 
-  cls_Uid uid;
-  gsl_Point _point;
-  gsl_DotMethod _method;
-  int _instanceId;
-  int _entityId;
+  cls_Uid m_uid;
+  gsl_Point m_point;
+  gsl_DotMethod m_method;
+  int m_instanceId;
+  int m_entityId;
 };
 
 #endif

@@ -17,7 +17,7 @@ enum gsl_DotMethod : std::int32_t {
   gsl_FROM_IP_CENTER_OF_EDGE = 8,
   gsl_FROM_IP_MIDPT_OF_EDGE = 9,
   gsl_FROM_NODE = 10,
-  // values-follow-the-invalid-marker
+  // values-follow-the-invalid-marker: the numbers are stored.
   gsl_DOT_INVALID = 11,
   gsl_FROM_DATUM_CSYS_ORIGIN = 12
 };

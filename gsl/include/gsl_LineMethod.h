@@ -12,7 +12,7 @@ enum gsl_LineMethod : std::int32_t {
   FROM_DATUM_AXIS = 3,
   FROM_ELEM_EDGE = 4,
   FROM_PNT_PNT = 5,
-  // values-follow-the-invalid-marker
+  // values-follow-the-invalid-marker: the numbers are stored.
   STLINE_INVALID = 6,
   FROM_DATUM_CSYS = 7
 };

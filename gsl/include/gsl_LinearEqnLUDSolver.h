@@ -45,23 +45,23 @@ public:
 
   /// Entry j is the row that was exchanged with row j at step j; Size() entries, null while
   /// IsDecomposed() is false.
-  const std::int32_t* Pivots() const { return isDecomposed ? pivots : nullptr; }
-  unsigned int Size() const { return size; }
+  const std::int32_t* Pivots() const { return m_isDecomposed ? m_pivots : nullptr; }
+  unsigned int Size() const { return m_size; }
   /// +1 or -1, the sign of the row permutation: times the product of the factors' diagonal it is
   /// the determinant.
-  int Parity() const { return parity; }
+  int Parity() const { return m_parity; }
   /// A decomposition met a zero row since SetMatrix.
-  [[nodiscard]] bool IsSingular() const { return isSingular; }
+  [[nodiscard]] bool IsSingular() const { return m_isSingular; }
   /// The matrix holds its factors.
-  [[nodiscard]] bool IsDecomposed() const { return isDecomposed; }
+  [[nodiscard]] bool IsDecomposed() const { return m_isDecomposed; }
 
 private:
-  double** matrix;
-  std::uint32_t size;
-  std::int32_t* pivots;
-  std::int32_t parity;
-  bool isSingular;
-  bool isDecomposed;
+  double** m_matrix;
+  std::uint32_t m_size;
+  std::int32_t* m_pivots;
+  std::int32_t m_parity;
+  bool m_isSingular;
+  bool m_isDecomposed;
 
   void Reset();
   [[nodiscard]] bool Decompose();

@@ -21,7 +21,7 @@ class GSL_API gsl_Matrix {
 public:
   /// The entries. Writing one here leaves the flag as it is, and IsIdentity() then answers for the
   /// entries before: set isIdentity to -1 as well.
-  // writing-an-entry-leaves-the-flag-stale
+  // entry-write-keeps-the-flag: the flag is kept by the operations alone.
   mutable double m[4][4];
   mutable std::int32_t isIdentity;
 
@@ -59,7 +59,7 @@ public:
 
   /// Columns 0 to 2 become the unit vectors of X, Y, Z (zero for a magnitude of exactly 0); not
   /// checked for orthogonality. Translation and row 3 stay.
-  void SetRotationVectors(const gsl_Vector& X, const gsl_Vector& Y, const gsl_Vector& Z);
+  void SetRotationVectors(const gsl_Vector& x, const gsl_Vector& y, const gsl_Vector& z);
 
   /// Angles with rotation = Rz(c) Ry(b) Rx(a): about the fixed X axis by a first, then Y, then Z.
   ///

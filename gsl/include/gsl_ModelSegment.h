@@ -27,14 +27,14 @@ extern template class GSL_API cow_COW<gsl_Dot, cow_Virtual<gsl_Dot>>;
 /// Threads    copies that share datum points may be used in different threads at once.
 /// Records    an empty end is stored as such. Segments written in one save that share a datum point
 ///            share it again when they are read in one load.
-/// Errors     none thrown, none printed, but by the records.
+/// Errors     none thrown and none printed, except by the records.
 class GSL_API gsl_ModelSegment {
 public:
   using DotHolder = cow_COW<gsl_Dot, cow_Virtual<gsl_Dot>>;
 
   /// Both ends empty.
   gsl_ModelSegment();
-  /// Each end holds its own copy of the datum point; it is empty when Copy() answers null.
+  /// Each end holds its own copy of the datum point; it is empty when Copy() returns null.
   gsl_ModelSegment(const gsl_Dot& p1, const gsl_Dot& p2);
   /// From a record; a missing end is empty. Throws nex_Exception for a record of another class and
   /// an end that is not a datum point.
@@ -46,19 +46,19 @@ public:
   virtual void DBWrite(const cls_WriteVisitor& visitor) const;
   static void InitializeMetadata(cls_ClassRegistrar& registrar);
 
-  [[nodiscard]] bool HasPoint1() const { return !point1.IsEmpty(); }
-  [[nodiscard]] bool HasPoint2() const { return !point2.IsEmpty(); }
+  [[nodiscard]] bool HasPoint1() const { return !m_point1.IsEmpty(); }
+  [[nodiscard]] bool HasPoint2() const { return !m_point2.IsEmpty(); }
   /// The datum point at that end, which must not be empty; that is not checked.
-  const gsl_Dot& Point1() const { return *point1; }
-  const gsl_Dot& Point2() const { return *point2; }
-  const cls_Uid& Uid() const { return uid; }
+  const gsl_Dot& Point1() const { return *m_point1; }
+  const gsl_Dot& Point2() const { return *m_point2; }
+  const cls_Uid& Uid() const { return m_uid; }
 
   /// From the first end to the second, not normalised; unit Z when an end is empty.
   gsl_Vector Direction() const;
   /// Distance of the ends; 0.0 when one is empty.
   double Length() const;
 
-  /// Regenerates the datum point of each end that has one, point1 first; their answers are ignored.
+  /// Regenerates the datum point of each end that has one, point1 first; their results are ignored.
   /// A shared datum point is cloned before, so other segments keep theirs; when the clone is null
   /// that end stays as it is.
   void Regenerate(const ftr_FeatureList* features);
@@ -68,9 +68,9 @@ public:
 private:
   friend struct gsl_RecordLayout<gsl_ModelSegment>;
 
-  DotHolder point1;
-  DotHolder point2;
-  cls_Uid uid;
+  DotHolder m_point1;
+  DotHolder m_point2;
+  cls_Uid m_uid;
 };
 
 /// The unit direction of the segment as a new tuple of three numbers that the caller owns: each

@@ -14,12 +14,12 @@ class cls_WriteVisitor;
 class GSL_API gsl_PersistentMatrix {
 public:
   /// The identity, with a fresh uid.
-  gsl_PersistentMatrix() : uid(cls_Uid::AllocateUid()) {}
+  gsl_PersistentMatrix() : m_uid(cls_Uid::AllocateUid()) {}
   /// Exactly `m`, flag included, with a fresh uid.
-  explicit gsl_PersistentMatrix(const gsl_Matrix& m) : matrix(m), uid(cls_Uid::AllocateUid()) {}
-  /// Entries and flag as stored; the flag is trusted, 0 when missing. Missing entries are those of
-  /// the identity. Throws nex_Exception for entries that are not 4 by 4, a record of another class
-  /// and a field of another kind.
+  explicit gsl_PersistentMatrix(const gsl_Matrix& m) : m_matrix(m), m_uid(cls_Uid::AllocateUid()) {}
+  /// Entries and flag as stored; the flag is trusted, 0 when missing. Missing entries are taken
+  /// from the identity. Throws nex_Exception for entries that are not 4 by 4, a record of another
+  /// class and a field of another kind.
   explicit gsl_PersistentMatrix(const cls_ReadVisitor& visitor);
 
   virtual unsigned int DynTypeId() const;
@@ -28,14 +28,14 @@ public:
   virtual void DBWrite(const cls_WriteVisitor& visitor) const;
   static void InitializeMetadata(cls_ClassRegistrar& registrar);
 
-  const gsl_Matrix& Matrix() const { return matrix; }
-  const cls_Uid& Uid() const { return uid; }
+  const gsl_Matrix& Matrix() const { return m_matrix; }
+  const cls_Uid& Uid() const { return m_uid; }
 
   static constexpr unsigned int TypeId() { return 0x030A0002u; }
 
 private:
-  gsl_Matrix matrix;
-  cls_Uid uid;
+  gsl_Matrix m_matrix;
+  cls_Uid m_uid;
 };
 
 #endif

@@ -12,9 +12,9 @@ class cls_WriteVisitor;
 class GSL_API gsl_PersistentVector {
 public:
   /// Unit Z, with a fresh identity.
-  gsl_PersistentVector() : uid(cls_Uid::AllocateUid()) {}
+  gsl_PersistentVector() : m_uid(cls_Uid::AllocateUid()) {}
   /// Exactly `v`, cached magnitude included, with a fresh identity.
-  explicit gsl_PersistentVector(const gsl_Vector& v) : vector(v), uid(cls_Uid::AllocateUid()) {}
+  explicit gsl_PersistentVector(const gsl_Vector& v) : m_vector(v), m_uid(cls_Uid::AllocateUid()) {}
 
   /// The numbers as stored: the magnitude is neither checked nor computed; a missing number is 0.0.
   /// Throws nex_Exception for a record of another class and a field of another kind.
@@ -24,14 +24,14 @@ public:
   virtual void DBWrite(const cls_WriteVisitor& visitor) const;
   static void InitializeMetadata(cls_ClassRegistrar& registrar);
 
-  const gsl_Vector& Vector() const { return vector; }
-  const cls_Uid& Uid() const { return uid; }
+  const gsl_Vector& Vector() const { return m_vector; }
+  const cls_Uid& Uid() const { return m_uid; }
 
   static constexpr unsigned int TypeId() { return 0x030A0003u; }
 
 private:
-  gsl_Vector vector;
-  cls_Uid uid;
+  gsl_Vector m_vector;
+  cls_Uid m_uid;
 };
 
 #endif

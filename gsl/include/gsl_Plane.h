@@ -51,34 +51,34 @@ public:
   [[nodiscard]] bool IsA(unsigned int typeId) const;
   static void InitializeMetadata(cls_ClassRegistrar& registrar);
 
-  const gsl_Point& PointOn() const { return point; }
+  const gsl_Point& PointOn() const { return m_point; }
   /// The normal as stored.
-  // flip-is-never-applied
-  const gsl_Vector& Direction() const { return normal.Vector(); }
+  // flip-is-never-applied: the flag is stored for the host alone.
+  const gsl_Vector& Direction() const { return m_normal.Vector(); }
 
-  gsl_DirMethod Method() const { return method; }
-  void SetMethod(gsl_DirMethod value) { method = value; }
-  [[nodiscard]] bool Flip() const { return flip; }
-  void SetFlip(bool value) { flip = value; }
-  [[nodiscard]] bool Ok() const { return ok; }
-  void SetOk(bool value) { ok = value; }
-  const cls_xp1DArrayListUint& ParentIds() const { return parentIds; }
-  cls_xp1DArrayListUint& ParentIds() { return parentIds; }
-  const cls_Uid& Uid() const { return uid; }
+  gsl_DirMethod Method() const { return m_method; }
+  void SetMethod(gsl_DirMethod value) { m_method = value; }
+  [[nodiscard]] bool Flip() const { return m_flip; }
+  void SetFlip(bool value) { m_flip = value; }
+  [[nodiscard]] bool Ok() const { return m_ok; }
+  void SetOk(bool value) { m_ok = value; }
+  const cls_xp1DArrayListUint& ParentIds() const { return m_parentIds; }
+  cls_xp1DArrayListUint& ParentIds() { return m_parentIds; }
+  const cls_Uid& Uid() const { return m_uid; }
 
   static constexpr unsigned int TypeId() { return 0x030A0004u; }
 
 private:
   friend struct gsl_RecordLayout<gsl_Plane>;
 
-  bool ok;
-  gsl_Point point;
-  gsl_PersistentVector normal;
-  gsl_DirMethod method;
-  bool flip;
-  cls_xp1DArrayListUint parentIds;
-  int ownerFeatId;
-  cls_Uid uid;
+  bool m_ok;
+  gsl_Point m_point;
+  gsl_PersistentVector m_normal;
+  gsl_DirMethod m_method;
+  bool m_flip;
+  cls_xp1DArrayListUint m_parentIds;
+  int m_ownerFeatId;
+  cls_Uid m_uid;
 };
 
 #endif

@@ -15,7 +15,8 @@ class gsl_StLine;
 /// Position in model space with a persistent identity.
 ///
 /// Units      model units.
-/// Identity   every constructor but the copies allocates a fresh uid; a copy and an assignment take
+/// Identity   every constructor except the copies allocates a fresh uid; a copy and an assignment
+/// take
 ///            the source's. A query that fills an output point gives it the uid of the point it
 ///            chose, or a fresh one for a point it computed.
 /// Tolerance  gsl_Util fields, read at the call; strict, tolerance > quantity, unless a member says
@@ -65,11 +66,10 @@ public:
   [[nodiscard]] bool operator!=(const gsl_Point& o) const { return !(*this == o); }
 
   /// Strict dominance: greater in every coordinate, no tolerance. Not an order of points.
-  // greater-is-strict-dominance
   [[nodiscard]] bool operator>(const gsl_Point& o) const {
     return this != &o && x > o.x && y > o.y && z > o.z;
   }
-  /// No coordinate is smaller than that of `o`, no tolerance.
+  /// True when no coordinate is smaller than the same coordinate of `o`. No tolerance.
   [[nodiscard]] bool operator>=(const gsl_Point& o) const {
     if (this == &o) return true;
     return !(o.x > x) && !(o.y > y) && !(o.z > z);
@@ -79,14 +79,14 @@ public:
   gsl_Point operator-(const gsl_Vector& v) const { return {x - v.x, y - v.y, z - v.z}; }
 
   /// 0 is x, 1 is y, every other index is z.
-  // every-index-above-one-is-z
+  // every-index-above-one-is-z: an index out of range is not an error.
   double operator[](unsigned int i) const { return i == 0 ? x : (i == 1 ? y : z); }
   double& operator[](unsigned int i) { return i == 0 ? x : (i == 1 ? y : z); }
 
   /// Applies rotation and translation in place; the identity stays.
   void Transform(const gsl_Matrix& m);
 
-  /// One line behind `indent` blanks, flushed; 15 significant digits.
+  /// One line after `indent` blanks, flushed; 15 significant digits.
   void Print(aio_ostream& out, int indent) const;
 
   double GetDistance(const gsl_Point& o) const {
@@ -133,7 +133,7 @@ public:
 
   /// The foot on the segment's line, `t` its fraction from Point1 (0) to Point2 (1). True when the
   /// foot lies within the segment lengthened by `tol` at both ends (open: exactly tol is outside);
-  /// outputs are written either way. A segment with tol > length answers true and writes nothing.
+  /// outputs are written either way. A segment with tol > length returns true and writes nothing.
   [[nodiscard]] bool ProjectOn(const gsl_Segment& seg, double tol, gsl_Point& out, double& t) const;
 
   /// The same with tol = linearTolerance.
@@ -141,7 +141,7 @@ public:
 
   /// The foot on the triangle's plane and its three barycentric weights, both always written. True
   /// when it lies in the triangle, the border included, and a hair beyond: each weight times the
-  /// square of the doubled area is at least -linearTolerance^2. A triangle without a normal gives
+  /// square of the doubled area is at least -linearTolerance^2. A triangle without a normal has
   /// NaN and true.
   [[nodiscard]] bool ProjectOn(const gsl_Point& p1, const gsl_Point& p2, const gsl_Point& p3,
                                gsl_Point& out, double* const weights) const;

@@ -31,10 +31,10 @@ public:
   virtual void DBWrite(const cls_WriteVisitor& visitor) const;
   static void InitializeMetadata(cls_ClassRegistrar& registrar);
 
-  const gsl_Point& Point1() const { return point1; }
-  const gsl_Point& Point2() const { return point2; }
-  const cls_Uid& Uid() const { return uid; }
-  double Length() const { return point1.GetDistance(point2); }
+  const gsl_Point& Point1() const { return m_point1; }
+  const gsl_Point& Point2() const { return m_point2; }
+  const cls_Uid& Uid() const { return m_uid; }
+  double Length() const { return m_point1.GetDistance(m_point2); }
 
   static constexpr unsigned int TypeId() { return 0x030A0008u; }
 
@@ -62,9 +62,9 @@ public:
 private:
   friend struct gsl_RecordLayout<gsl_Segment>;
 
-  gsl_Point point1;
-  gsl_Point point2;
-  cls_Uid uid;
+  gsl_Point m_point1;
+  gsl_Point m_point2;
+  cls_Uid m_uid;
 };
 
 #endif

@@ -27,7 +27,7 @@ public:
   gsl_StLine();
   /// Copies of p (identity kept) and d (not normalised).
   gsl_StLine(const gsl_Point& p, const gsl_Vector& d);
-  /// Through p1, with direction p2 - p1; coincident points give a zero direction.
+  /// Through p1, with direction p2 - p1; coincident points have a zero direction.
   gsl_StLine(const gsl_Point& p1, const gsl_Point& p2);
   /// From a record. Missing fields: false, 0, (0, 0, 0) with a zero direction, no parents. A
   /// missing or unknown method name throws omu_ValueErrorException, a record of another class and a
@@ -55,18 +55,18 @@ public:
   [[nodiscard]] bool IsA(unsigned int typeId) const;
   static void InitializeMetadata(cls_ClassRegistrar& registrar);
 
-  const gsl_Vector& Direction() const { return direction.Vector(); }
-  const gsl_Point& PointOn() const { return point; }
+  const gsl_Vector& Direction() const { return m_direction.Vector(); }
+  const gsl_Point& PointOn() const { return m_point; }
 
-  gsl_LineMethod Method() const { return method; }
-  void SetMethod(gsl_LineMethod value) { method = value; }
-  [[nodiscard]] bool Flip() const { return flip; }
-  void SetFlip(bool value) { flip = value; }
-  [[nodiscard]] bool Ok() const { return ok; }
-  void SetOk(bool value) { ok = value; }
-  const cls_xp1DArrayListUint& ParentIds() const { return parentIds; }
-  cls_xp1DArrayListUint& ParentIds() { return parentIds; }
-  const cls_Uid& Uid() const { return uid; }
+  gsl_LineMethod Method() const { return m_method; }
+  void SetMethod(gsl_LineMethod value) { m_method = value; }
+  [[nodiscard]] bool Flip() const { return m_flip; }
+  void SetFlip(bool value) { m_flip = value; }
+  [[nodiscard]] bool Ok() const { return m_ok; }
+  void SetOk(bool value) { m_ok = value; }
+  const cls_xp1DArrayListUint& ParentIds() const { return m_parentIds; }
+  cls_xp1DArrayListUint& ParentIds() { return m_parentIds; }
+  const cls_Uid& Uid() const { return m_uid; }
 
   static constexpr unsigned int TypeId() { return 0x030A0006u; }
 
@@ -93,14 +93,14 @@ private:
 
   double IntersectNonParallel(const gsl_StLine& other, gsl_Point& out) const;
 
-  gsl_Point point;
-  gsl_PersistentVector direction;
-  gsl_LineMethod method;
-  bool flip;
-  bool ok;
-  cls_xp1DArrayListUint parentIds;
-  int ownerFeatId;
-  cls_Uid uid;
+  gsl_Point m_point;
+  gsl_PersistentVector m_direction;
+  gsl_LineMethod m_method;
+  bool m_flip;
+  bool m_ok;
+  cls_xp1DArrayListUint m_parentIds;
+  int m_ownerFeatId;
+  cls_Uid m_uid;
 };
 
 #endif

@@ -23,8 +23,8 @@ public:
   ~gsl_TransformIntObj() override;
   [[nodiscard]] gsl_TransformIntObj* Copy() const override;
 
-  const gsl_Matrix& GetMatrix() const { return matrix; }
-  const cow_String& GetText() const { return text; }
+  const gsl_Matrix& GetMatrix() const { return m_matrix; }
+  const cow_String& GetText() const { return m_text; }
 
   static constexpr const char* TypeName() { return "Transform"; }
 
@@ -34,8 +34,8 @@ private:
   static const omu_MethodEntry methodTable[];
   static const omu_MemberEntry memberTable[];
 
-  gsl_Matrix matrix;
-  cow_String text;
+  gsl_Matrix m_matrix;
+  cow_String m_text;
 };
 
 #endif

@@ -15,7 +15,7 @@
 class GSL_API gsl_Util {
 public:
   /// Lengths and distances, in model units. At 0 nothing counts as too short, so that divisions by
-  /// a length of 0 give NaN.
+  /// a length of 0 result in NaN.
   double linearTolerance;
   /// Point equality only, compared with a squared distance.
   double zeroTolerance;

@@ -26,7 +26,7 @@ public:
   double magnitude;
 
   /// Unit Z, (0, 0, 1); not the zero vector.
-  // default-is-unit-z
+  // default-vector-is-unit-z: it is not the zero vector.
   gsl_Vector() : x(0.0), y(0.0), z(1.0), magnitude(1.0) {}
 
   gsl_Vector(double xComponent, double yComponent, double zComponent)
@@ -39,7 +39,7 @@ public:
   /// Unit normal of three points, right-handed over p1, p2, p3; (0, 0, 0) with magnitude 0 when
   /// cosineTolerance * |p1p2| * |p2p3| >= |p1p2 x p2p3| (closed), that is for collinear or
   /// coincident points. The magnitude is that of a scaling, so it may differ from 1 in the last
-  /// place. A NaN coordinate gives NaN.
+  /// place. A NaN coordinate results in NaN.
   gsl_Vector(const gsl_Point& p1, const gsl_Point& p2, const gsl_Point& p3);
 
   /// Components, and components with the cached length, as the arithmetic takes them.
@@ -59,10 +59,10 @@ public:
   [[nodiscard]] bool operator!=(const gsl_Vector& o) const { return !(*this == o); }
 
   /// 0 is x, 1 is y, every other index is z.
-  // every-index-above-one-is-z
+  // every-index-above-one-is-z: an index out of range is not an error.
   double operator[](unsigned int i) const { return i == 0 ? x : (i == 1 ? y : z); }
   /// The same mapping, writable. Deliberately leaves `magnitude` as it is.
-  // writing-through-the-index-leaves-the-magnitude-stale
+  // index-write-keeps-the-magnitude: the length is measured when the vector is made.
   double& operator[](unsigned int i) { return i == 0 ? x : (i == 1 ? y : z); }
 
   double DotProduct(const gsl_Vector& o) const { return gsl_arithmetic::Dot(Coords(), o.Coords()); }
@@ -156,7 +156,7 @@ public:
   /// Applies the 3x3 block of m in place, without translation, and measures the magnitude again.
   void RotateAndTransform(const gsl_Matrix& m);
 
-  /// Two lines, each behind `indent` blanks and flushed: the magnitude, then the components, 15
+  /// Two lines, each after `indent` blanks and flushed: the magnitude, then the components, 15
   /// significant digits.
   void Print(aio_ostream& out, int indent) const;
 

@@ -72,7 +72,7 @@ constexpr int kFromRecordLine = 95;
 
 constexpr const char* kFromValue =
     "omu_PrimEnum(Enum) - Enum value not allowed: %d  Permissible: %s";
-// foreign-primitive-throws-without-permissible-names
+// foreign-name-lists-no-names: the message for another enumeration is shorter.
 constexpr const char* kFromPrimitive =
     "omu_PrimEnum(const omu_PrimEnumBase&) - str not allowed: %s";
 constexpr const char* kFromText =

@@ -49,11 +49,11 @@ public:
   virtual void DBWrite(const cls_WriteVisitor& visitor) const;
   static void InitializeMetadata(cls_ClassRegistrar& registrar);
 
-  const cls_Uid& Uid() const { return uid; }
-  const cls_Uid& DataUid() const { return dataUid; }
+  const cls_Uid& Uid() const { return m_uid; }
+  const cls_Uid& DataUid() const { return m_dataUid; }
   /// Null unless given.
-  const cls_Uid* FirstOwner() const { return owners[0]; }
-  const cls_Uid* SecondOwner() const { return owners[1]; }
+  const cls_Uid* FirstOwner() const { return m_owners[0]; }
+  const cls_Uid* SecondOwner() const { return m_owners[1]; }
 
   static constexpr unsigned int TypeId() { return omu_xoObjVarrayTable<T>::kTypeId; }
 
@@ -64,9 +64,9 @@ private:
   static constexpr cls_FieldHandle kGrowthRatio = {-1, "growthRatio_"};
   static constexpr cls_FieldHandle kData = {-1, "data_"};
 
-  cls_Uid uid;
-  cls_Uid dataUid;
-  const cls_Uid* owners[2];
+  cls_Uid m_uid;
+  cls_Uid m_dataUid;
+  const cls_Uid* m_owners[2];
 };
 
 template <class T>
@@ -78,21 +78,20 @@ omu_xoObjVarray<T>::omu_xoObjVarray(unsigned int initialCapacity, double ratio)
 
 template <class T>
 omu_xoObjVarray<T>::omu_xoObjVarray(const cls_Uid* firstOwner, const cls_Uid* secondOwner)
-    : uid(cls_Uid::AllocateUid()),
-      dataUid(cls_Uid::AllocateUid()), owners{firstOwner, secondOwner} {}
+    : m_uid(cls_Uid::AllocateUid()),
+      m_dataUid(cls_Uid::AllocateUid()), m_owners{firstOwner, secondOwner} {}
 
 template <class T>
 omu_xoObjVarray<T>::omu_xoObjVarray(const cls_Uid* firstOwner, const cls_Uid* secondOwner,
                                     unsigned int initialCapacity, double ratio)
-    : omu_ObjVarray<T>(initialCapacity, ratio), uid(cls_Uid::AllocateUid()),
-      dataUid(cls_Uid::AllocateUid()), owners{firstOwner, secondOwner} {}
+    : omu_ObjVarray<T>(initialCapacity, ratio), m_uid(cls_Uid::AllocateUid()),
+      m_dataUid(cls_Uid::AllocateUid()), m_owners{firstOwner, secondOwner} {}
 
 template <class T>
 omu_xoObjVarray<T>::omu_xoObjVarray(const cls_ReadVisitor& visitor, const cls_Uid* firstOwner,
                                     const cls_Uid* secondOwner)
-    : uid(visitor.GetUid()), owners{firstOwner, secondOwner} {
+    : m_uid(visitor.GetUid()), m_owners{firstOwner, secondOwner} {
   visitor.CheckTypeId(TypeId());
-  // missing-growth-ratio-reads-as-zero
   this->SetGrowthRatio(visitor.ReadDouble(kGrowthRatio, 0.0));
   DBReadData(cls_ReadVisitor(visitor, kData));
 }
@@ -100,18 +99,19 @@ omu_xoObjVarray<T>::omu_xoObjVarray(const cls_ReadVisitor& visitor, const cls_Ui
 template <class T>
 omu_xoObjVarray<T>::omu_xoObjVarray(omu_xoObjVarray&& other) noexcept
     : omu_ObjVarray<T>(static_cast<omu_ObjVarray<T>&&>(other)),
-      uid(std::exchange(other.uid, cls_Uid::AllocateUid())),
-      dataUid(std::exchange(other.dataUid, cls_Uid::AllocateUid())),
-      owners{std::exchange(other.owners[0], nullptr), std::exchange(other.owners[1], nullptr)} {}
+      m_uid(std::exchange(other.m_uid, cls_Uid::AllocateUid())),
+      m_dataUid(std::exchange(other.m_dataUid, cls_Uid::AllocateUid())),
+      m_owners{std::exchange(other.m_owners[0], nullptr),
+               std::exchange(other.m_owners[1], nullptr)} {}
 
 template <class T>
 omu_xoObjVarray<T>& omu_xoObjVarray<T>::operator=(omu_xoObjVarray&& other) noexcept {
   if (this == &other) return *this;
   omu_ObjVarray<T>::operator=(static_cast<omu_ObjVarray<T>&&>(other));
-  uid = std::exchange(other.uid, cls_Uid::AllocateUid());
-  dataUid = std::exchange(other.dataUid, cls_Uid::AllocateUid());
+  m_uid = std::exchange(other.m_uid, cls_Uid::AllocateUid());
+  m_dataUid = std::exchange(other.m_dataUid, cls_Uid::AllocateUid());
   for (int i = 0; i < 2; ++i)
-    owners[i] = std::exchange(other.owners[i], nullptr);
+    m_owners[i] = std::exchange(other.m_owners[i], nullptr);
   return *this;
 }
 
@@ -125,14 +125,14 @@ unsigned int omu_xoObjVarray<T>::DynTypeId() const {
 
 template <class T>
 void omu_xoObjVarray<T>::DBWrite(const cls_WriteVisitor& visitor) const {
-  if (visitor.StartWrite(TypeId(), uid) == 0) return;
+  if (visitor.StartWrite(TypeId(), m_uid) == 0) return;
   visitor.WriteDouble(kGrowthRatio, this->GrowthRatio());
   DBWriteData(cls_WriteVisitor(visitor, kData));
 }
 
 template <class T>
 void omu_xoObjVarray<T>::DBWriteData(const cls_WriteVisitor& visitor) const {
-  if (visitor.StartWrite(cls_kCollectionTypeId, dataUid) == 0) return;
+  if (visitor.StartWrite(cls_kCollectionTypeId, m_dataUid) == 0) return;
   visitor.CheckCollectionType(cls_ObjectList);
   std::unique_ptr<cls_ListWriter> list(visitor.GetListWriter());
   for (unsigned int i = 0; i < this->Count(); ++i) {
@@ -140,7 +140,6 @@ void omu_xoObjVarray<T>::DBWriteData(const cls_WriteVisitor& visitor) const {
       const cls_WriteRequestListObj request(*list);
       element->DBWrite(cls_WriteVisitor(request));
     } else {
-      // null-entry-between-two-datum-points-keeps-its-place
       list->WriteNull(T::TypeId());
     }
   }
@@ -150,7 +149,7 @@ void omu_xoObjVarray<T>::DBWriteData(const cls_WriteVisitor& visitor) const {
 
 template <class T>
 void omu_xoObjVarray<T>::DBReadData(const cls_ReadVisitor& visitor) {
-  dataUid = visitor.GetUid();
+  m_dataUid = visitor.GetUid();
   const std::unique_ptr<cls_ListReader> list(visitor.GetListReader());
   while (list->HasNext()) {
     std::unique_ptr<T> element(list->ReadObject<T>());

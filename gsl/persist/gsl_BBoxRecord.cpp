@@ -11,12 +11,12 @@ struct gsl_RecordLayout<gsl_BBox> {
 
 template class cls_TypeAdapter<gsl_BBox>;
 
-gsl_BBox::gsl_BBox(const cls_ReadVisitor& visitor) : uid(visitor.GetUid()) {
+gsl_BBox::gsl_BBox(const cls_ReadVisitor& visitor) : m_uid(visitor.GetUid()) {
   gsl_ReadRecord<gsl_BBox>(visitor, *this);
 }
 
 void gsl_BBox::DBWrite(const cls_WriteVisitor& visitor) const {
-  gsl_WriteRecord<gsl_BBox>(visitor, uid, *this);
+  gsl_WriteRecord<gsl_BBox>(visitor, m_uid, *this);
 }
 
 void gsl_BBox::InitializeMetadata(cls_ClassRegistrar& registrar) {

@@ -103,7 +103,6 @@ void gsl_initialize(int& count) {
 void gsl_finalize(int& count) {
   if (--startCount != 0) return;
   --count;
-  // settings-come-back-with-their-defaults
   omi_Singleton<gsl_Util>::Destroy();
   for (auto library = std::rbegin(kHostLibraries); library != std::rend(kHostLibraries); ++library)
     library->finalize(count);

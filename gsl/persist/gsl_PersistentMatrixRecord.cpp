@@ -34,7 +34,7 @@ StoredMatrix StoredFormOf(const gsl_Matrix& matrix) {
     for (std::size_t c = 0; c < kSize; ++c)
       stored.entries(r, c) = matrix.m[r][c];
   }
-  // near-identity-is-written-unsnapped: asking may snap the matrix, so it comes after the entries.
+  // near-identity-is-written-as-it-is: asking may snap the matrix, so it comes after the entries.
   stored.isIdentity = matrix.IsIdentity() ? 1 : 0;
   return stored;
 }
@@ -52,18 +52,19 @@ struct gsl_RecordLayout<gsl_PersistentMatrix> {
 
 template class cls_TypeAdapter<gsl_PersistentMatrix>;
 
-gsl_PersistentMatrix::gsl_PersistentMatrix(const cls_ReadVisitor& visitor) : uid(visitor.GetUid()) {
+gsl_PersistentMatrix::gsl_PersistentMatrix(const cls_ReadVisitor& visitor)
+    : m_uid(visitor.GetUid()) {
   StoredMatrix stored = {0, cls_xp2DArrayDouble(0, 0, cls_Uid())};
   gsl_ReadRecord<gsl_PersistentMatrix>(visitor, stored);
-  // stored-flag-is-trusted
-  matrix.isIdentity = stored.isIdentity;
+  // stored-flag-is-trusted: the entries are not compared.
+  m_matrix.isIdentity = stored.isIdentity;
   if (stored.entries.Rows() == 0 && stored.entries.Columns() == 0) return;
   if (stored.entries.Rows() != kSize || stored.entries.Columns() != kSize) {
-    RefuseSize(stored.entries, uid);
+    RefuseSize(stored.entries, m_uid);
   }
   for (std::size_t r = 0; r < kSize; ++r) {
     for (std::size_t c = 0; c < kSize; ++c)
-      matrix.m[r][c] = stored.entries(r, c);
+      m_matrix.m[r][c] = stored.entries(r, c);
   }
 }
 
@@ -73,8 +74,8 @@ unsigned int gsl_PersistentMatrix::DynTypeId() const {
 
 void gsl_PersistentMatrix::DBWrite(const cls_WriteVisitor& visitor) const {
   // A declined record asks nothing of the matrix: the question itself may snap it.
-  if (visitor.StartWrite(TypeId(), uid) == 0) return;
-  gsl_WriteFields<gsl_PersistentMatrix>(visitor, StoredFormOf(matrix));
+  if (visitor.StartWrite(TypeId(), m_uid) == 0) return;
+  gsl_WriteFields<gsl_PersistentMatrix>(visitor, StoredFormOf(m_matrix));
 }
 
 void gsl_PersistentMatrix::InitializeMetadata(cls_ClassRegistrar& registrar) {

@@ -32,7 +32,7 @@ namespace {
 gsl_Vector VectorOf(const cls_ReadVisitor& visitor) {
   StoredVector stored = {};
   gsl_ReadRecord<gsl_PersistentVector>(visitor, stored);
-  // stale-magnitude-reads-back-unchanged
+  // stale-magnitude-is-stored: the magnitude is not computed again.
   gsl_Vector vector(stored.x, stored.y, stored.z);
   vector.magnitude = stored.magnitude;
   return vector;
@@ -43,14 +43,14 @@ gsl_Vector VectorOf(const cls_ReadVisitor& visitor) {
 template class cls_TypeAdapter<gsl_PersistentVector>;
 
 gsl_PersistentVector::gsl_PersistentVector(const cls_ReadVisitor& visitor)
-    : vector(VectorOf(visitor)), uid(visitor.GetUid()) {}
+    : m_vector(VectorOf(visitor)), m_uid(visitor.GetUid()) {}
 
 unsigned int gsl_PersistentVector::DynTypeId() const {
   return TypeId();
 }
 
 void gsl_PersistentVector::DBWrite(const cls_WriteVisitor& visitor) const {
-  gsl_WriteRecord<gsl_PersistentVector>(visitor, uid, StoredFormOf(vector));
+  gsl_WriteRecord<gsl_PersistentVector>(visitor, m_uid, StoredFormOf(m_vector));
 }
 
 void gsl_PersistentVector::InitializeMetadata(cls_ClassRegistrar& registrar) {

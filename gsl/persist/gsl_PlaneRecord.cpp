@@ -2,30 +2,30 @@
 #include "gsl_Plane.h"
 #include "gsl_RecordLayout.h"
 
-// writes-fields-in-order-ok-first: in the axis it comes after the flip flag; both are stored.
+// ok-flag-comes-first: in the axis it comes after the flip flag; both are stored.
 template <>
 struct gsl_RecordLayout<gsl_Plane> {
   using Stored = gsl_Plane;
   static constexpr gsl_RecordAdapter kAdapter = {"gsl_Plane", 800, true};
-  static constexpr std::tuple kFields = {gsl_Field(0, "_ok", &gsl_Plane::ok),
-                                         gsl_Field(1, "_point", &gsl_Plane::point),
-                                         gsl_Field(2, "_normal", &gsl_Plane::normal),
-                                         gsl_Field(3, "_method", &gsl_Plane::method),
-                                         gsl_Field(4, "_flip", &gsl_Plane::flip),
-                                         gsl_Field(5, "parent_ids", &gsl_Plane::parentIds),
-                                         gsl_Field(6, "owner_feat_id", &gsl_Plane::ownerFeatId)};
+  static constexpr std::tuple kFields = {gsl_Field(0, "_ok", &gsl_Plane::m_ok),
+                                         gsl_Field(1, "_point", &gsl_Plane::m_point),
+                                         gsl_Field(2, "_normal", &gsl_Plane::m_normal),
+                                         gsl_Field(3, "_method", &gsl_Plane::m_method),
+                                         gsl_Field(4, "_flip", &gsl_Plane::m_flip),
+                                         gsl_Field(5, "parent_ids", &gsl_Plane::m_parentIds),
+                                         gsl_Field(6, "owner_feat_id", &gsl_Plane::m_ownerFeatId)};
 };
 
 template class cls_TypeAdapter<gsl_Plane>;
 
 gsl_Plane::gsl_Plane(const cls_ReadVisitor& visitor) : gsl_Plane() {
-  // missing-fields-read-as-the-defaults-of-their-kinds
+  // missing-ok-flag-is-false: a missing field reads as the default of its kind.
   gsl_ReadRecord<gsl_Plane>(visitor, *this);
-  uid = visitor.GetUid();
+  m_uid = visitor.GetUid();
 }
 
 void gsl_Plane::DBWrite(const cls_WriteVisitor& visitor) const {
-  gsl_WriteRecord<gsl_Plane>(visitor, uid, *this);
+  gsl_WriteRecord<gsl_Plane>(visitor, m_uid, *this);
 }
 
 void gsl_Plane::InitializeMetadata(cls_ClassRegistrar& registrar) {

@@ -81,16 +81,16 @@ void gsl_DestroyInstance(void* object) {
 
 template <class C>
 void gsl_RegisterRecord(cls_ClassRegistrar& registrar) {
-  constexpr gsl_RecordAdapter adapter = gsl_RecordLayout<C>::kAdapter;
+  constexpr gsl_RecordAdapter kAdapter = gsl_RecordLayout<C>::kAdapter;
   cls_ClassMetadata& metadata =
-      registrar.AddClassMD(new cls_TypeAdapter<C>(adapter.name, adapter.number, 1u));
-  if constexpr (adapter.hasDtor) metadata.AddDtor(&gsl_DestroyInstance<C>);
+      registrar.AddClassMD(new cls_TypeAdapter<C>(kAdapter.name, kAdapter.number, 1u));
+  if constexpr (kAdapter.hasDtor) metadata.AddDtor(&gsl_DestroyInstance<C>);
   const auto add = [&](const auto& field) {
     using Stored = typename gsl_RecordLayout<C>::Stored;
     using Member = std::decay_t<decltype(std::declval<Stored&>().*field.member)>;
-    constexpr gsl_Attribute attribute = gsl_FieldKind<Member>::kAttribute;
-    metadata.AddAttribute(field.handle.Name(), attribute.type, attribute.argument,
-                          attribute.collection);
+    constexpr gsl_Attribute kAttribute = gsl_FieldKind<Member>::kAttribute;
+    metadata.AddAttribute(field.handle.Name(), kAttribute.type, kAttribute.argument,
+                          kAttribute.collection);
   };
   std::apply([&](const auto&... field) { (add(field), ...); }, gsl_RecordLayout<C>::kFields);
 }

@@ -7,7 +7,7 @@
 /// row in the lower.
 constexpr unsigned int gsl_kModuleNumber = 778;
 
-// type-table-is-exactly-this: the vector's second word differs from all others.
+// one-row-differs-in-its-second-word: the vector's second word differs from all others.
 constexpr typ_Entry gsl_kTypeTable[] = {{0, 1, nullptr},
                                         {7, 1, "gsl_Point"},
                                         {7, 1, "gsl_Matrix"},

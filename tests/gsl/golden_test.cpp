@@ -1,5 +1,6 @@
 #include "ContractionCanary.h"
 #include "Numbers.h"
+#include "RandomNumbers.h"
 #include "TextbookLu.h"
 #include "gsl_BBox.h"
 #include "gsl_DepthFirstSearch.h"
@@ -91,11 +92,11 @@ public:
   double Number() {
     static constexpr double kScales[] = {1e-12, 1e-9, 1e-6, 1e-3, 1e3, 1e6, 1e9, 1e150};
     // One draw to a statement: the order of evaluation within an expression is the compiler's.
-    if (kind < 6) return random.Between(-10.0, 10.0);
+    if (kind < 6) return random.In(-10.0, 10.0);
     const double whole = random.Below(5) - 2.0;
     if (kind < 11) return whole;
     if (kind < 13) return whole + (random.Below(9) - 4) * 2.5e-7;
-    const double part = random.Between(-1.0, 1.0);
+    const double part = random.In(-1.0, 1.0);
     if (kind < 14) return part * kScales[random.Below(8)];
     if (kind < 15) return whole + part * 1e-10;
     return random.Below(4) == 0 ? random.Hostile() : part * 2.0;
@@ -137,7 +138,7 @@ public:
   int Below(int n) { return random.Below(n); }
 
 private:
-  numbers::Random random;
+  RandomNumbers random;
   int kind = 0;
 };
 

@@ -39,8 +39,13 @@ class BehaviourNames(unittest.TestCase):
         self.refuses("tests/a_test.cpp", "TEST(Suite, Ties", "// TEST(Suite, Ties",
                      "there is no test Suite.TiesGoDownOnBothSides")
 
-    def test_one_test_must_carry_the_name(self):
-        self.refuses(PAGE, "`Suite.TiesGoDownOnBothSides`, ", "", "no test has the name in it")
+    def test_the_name_need_not_be_in_a_test(self):
+        self.assertEqual(self.problems_with(PAGE, "`Suite.TiesGoDownOnBothSides`, ", ""), [])
+
+    def test_a_comment_needs_a_reason(self):
+        for bare in ("ties-go-down", "ties-go-down:", "ties-go-down: "):
+            self.refuses("gsl/a.cpp", "ties-go-down: callers count on it.", bare,
+                         "gsl/a.cpp: ties-go-down has no colon and reason after it")
 
     def test_a_comment_that_is_gone_is_named(self):
         self.refuses("gsl/a.cpp", "ties-go-down", "ties go down", "no comment of that name in gsl/a.cpp")

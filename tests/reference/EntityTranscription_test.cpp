@@ -1,6 +1,7 @@
 #include "EntityTranscription.h"
 
 #include "Numbers.h"
+#include "RandomNumbers.h"
 #include "RandomSettings.h"
 #include "TestScale.h"
 #include "gsl_Plane.h"
@@ -40,12 +41,12 @@ std::string Text(const Pt& p) {
 
 /// Coordinates from a lattice, where much coincides, from near the tolerances, from a range, and
 /// now and then odd ones.
-double Coordinate(numbers::Random& random) {
+double Coordinate(RandomNumbers& random) {
   const double edge[] = {1e-6, -1e-6, 9.99999e-7, 1.000001e-6, 1e-7, 1e-10, 1e-5, 0.5, 1e5};
   const int kind = random.Below(400);
   if (kind < 200) return random.Below(5) - 2;
   if (kind < 260) return edge[random.Below(9)];
-  return kind == 399 ? random.Hostile() : random.Between(-3.0, 3.0);
+  return kind == 399 ? random.Hostile() : random.In(-3.0, 3.0);
 }
 
 /// The same objects twice, and an output of each kind.
@@ -60,7 +61,7 @@ struct Scene {
   double number[3];
   double plainNumber[3];
 
-  Scene(numbers::Random& random, RandomSettings& settings) {
+  Scene(RandomNumbers& random, RandomSettings& settings) {
     for (gsl_Point& point : p)
       point = gsl_Point(Coordinate(random), Coordinate(random), Coordinate(random));
     // Some segments are shorter than the tolerances.
@@ -116,7 +117,7 @@ struct Scene {
 template <class Agree>
 void ForManyScenes(const Agree& agree) {
   RandomSettings settings(kSeed);
-  numbers::Random random(kSeed);
+  RandomNumbers random(kSeed);
   std::printf("seed %" PRIu64 "\n", kSeed);
   for (long i = 0; i < Scaled(80000); ++i) {
     settings.Draw();

@@ -14,10 +14,10 @@ template <class T>
 class GuardedPair {
 public:
   GuardedPair(const T& first, const T& second)
-      : page(static_cast<std::size_t>(sysconf(_SC_PAGESIZE))),
-        pages(static_cast<char*>(
-            mmap(nullptr, 2 * page, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0))) {
-    if (static_cast<void*>(pages) == MAP_FAILED) std::abort();
+      : m_page(static_cast<std::size_t>(sysconf(_SC_PAGESIZE))),
+        m_pages(static_cast<char*>(mmap(nullptr, 2 * m_page, PROT_READ | PROT_WRITE,
+                                        MAP_PRIVATE | MAP_ANONYMOUS, -1, 0))) {
+    if (static_cast<void*>(m_pages) == MAP_FAILED) std::abort();
     new (Get()) T(first);
     new (Get() + 1) T(second);
   }
@@ -26,12 +26,12 @@ public:
     Open(1);
     Get()[0].~T();
     Get()[1].~T();
-    munmap(pages, 2 * page);
+    munmap(m_pages, 2 * m_page);
   }
   GuardedPair(const GuardedPair&) = delete;
   GuardedPair& operator=(const GuardedPair&) = delete;
 
-  T* Get() { return reinterpret_cast<T*>(pages + page) - 1; }
+  T* Get() { return reinterpret_cast<T*>(m_pages + m_page) - 1; }
 
   /// Entry k can be neither read nor written.
   void Close(int k) { Protect(k, PROT_NONE); }
@@ -44,11 +44,11 @@ public:
   void Open(int k) { Protect(k, PROT_READ | PROT_WRITE); }
 
 private:
-  std::size_t page;
-  char* pages;
+  std::size_t m_page;
+  char* m_pages;
 
   void Protect(int k, int access) {
-    if (mprotect(pages + static_cast<std::size_t>(k) * page, page, access) != 0) std::abort();
+    if (mprotect(m_pages + static_cast<std::size_t>(k) * m_page, m_page, access) != 0) std::abort();
   }
 };
 

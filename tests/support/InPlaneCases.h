@@ -21,7 +21,7 @@ struct InPlaneCase {
 /// Random calls of the in-plane sweep, by families that reach its branches.
 class InPlaneCases {
 public:
-  explicit InPlaneCases(std::uint64_t seed) : random(seed) {}
+  explicit InPlaneCases(std::uint64_t seed) : m_random(seed) {}
 
   enum Family {
     Anywhere,
@@ -47,7 +47,7 @@ public:
     case OnGrid:
       return GridCase();
     case Facing:
-      return FacingCase(random.In(-0.2, 3.0));
+      return FacingCase(m_random.In(-0.2, 3.0));
     case AlongA:
     case AlongB:
     case BothAlong:
@@ -55,7 +55,7 @@ public:
     case SharedEnds:
       return SharedCase();
     case Crossing:
-      return FacingCase(random.In(-0.5, 0.5));
+      return FacingCase(m_random.In(-0.5, 0.5));
     case NearTolerance:
       return SmallCase();
     case Degenerate:
@@ -74,27 +74,27 @@ public:
   }
 
 private:
-  RandomNumbers random;
-  double height = 0.0;
+  RandomNumbers m_random;
+  double m_height = 0.0;
 
   gsl_Point AnyPoint(double size) {
-    return {random.In(-size, size), random.In(-size, size), height};
+    return {m_random.In(-size, size), m_random.In(-size, size), m_height};
   }
 
   void Terms(InPlaneCase& c) {
-    c.twoSided[0] = random.Chance(0.8);
-    c.twoSided[1] = random.Chance(0.8);
-    const double reaches[4] = {std::numeric_limits<double>::infinity(), 1e10, random.In(0.0, 3.0),
+    c.twoSided[0] = m_random.Chance(0.8);
+    c.twoSided[1] = m_random.Chance(0.8);
+    const double reaches[4] = {std::numeric_limits<double>::infinity(), 1e10, m_random.In(0.0, 3.0),
                                0.0};
-    c.distance = reaches[random.Below(4)];
-    c.margin = random.Chance(0.6) ? 0.0 : random.In(-0.2, 1.0);
+    c.distance = reaches[m_random.Below(4)];
+    c.margin = m_random.Chance(0.6) ? 0.0 : m_random.In(-0.2, 1.0);
   }
 
   InPlaneCase AnywhereCase() {
     InPlaneCase c;
-    height = random.Chance(0.5) ? 0.0 : random.In(-2.0, 2.0);
-    const double turn = random.In(0.0, 6.283);
-    const double length = random.Chance(0.5) ? 1.0 : random.In(0.1, 5.0);
+    m_height = m_random.Chance(0.5) ? 0.0 : m_random.In(-2.0, 2.0);
+    const double turn = m_random.In(0.0, 6.283);
+    const double length = m_random.Chance(0.5) ? 1.0 : m_random.In(0.1, 5.0);
     c.direction = gsl_Vector(length * std::cos(turn), length * std::sin(turn), 0.0);
     for (int i = 0; i < 2; ++i) {
       c.a[i] = AnyPoint(1.0);
@@ -105,17 +105,17 @@ private:
   }
 
   gsl_Point GridPoint(int size) {
-    const double x = random.Below(size);
-    return {x, static_cast<double>(random.Below(size)), 0.0};
+    const double x = m_random.Below(size);
+    return {x, static_cast<double>(m_random.Below(size)), 0.0};
   }
 
   /// Small whole coordinates: every coincidence there is, often.
   InPlaneCase GridCase() {
     InPlaneCase c;
-    const int size = 2 + random.Below(4);
+    const int size = 2 + m_random.Below(4);
     do {
-      const double x = random.Below(3) - 1;
-      c.direction = gsl_Vector(x, random.Below(3) - 1, 0.0);
+      const double x = m_random.Below(3) - 1;
+      c.direction = gsl_Vector(x, m_random.Below(3) - 1, 0.0);
     } while (c.direction.magnitude == 0.0);
     for (int i = 0; i < 2; ++i) {
       c.a[i] = GridPoint(size);
@@ -131,14 +131,14 @@ private:
     const gsl_Vector d = c.direction.NormalizedCopy();
     const gsl_Vector across = gsl_Vector(0.0, 0.0, 1.0).CrossProduct(d);
     const auto end = [&](double side, double forward) {
-      return gsl_Point(0.0, 0.0, height) + across * (side * random.In(0.05, 1.0)) +
-             d * (forward + random.In(-0.4, 0.4));
+      return gsl_Point(0.0, 0.0, m_height) + across * (side * m_random.In(0.05, 1.0)) +
+             d * (forward + m_random.In(-0.4, 0.4));
     };
     c.a[0] = end(-1.0, 0.0);
     c.a[1] = end(1.0, 0.0);
     c.b[0] = end(1.0, ahead);
     c.b[1] = end(-1.0, ahead);
-    const gsl_Vector aside = across * random.In(-1.0, 1.0);
+    const gsl_Vector aside = across * m_random.In(-1.0, 1.0);
     for (gsl_Point& p : c.b)
       p = p + aside;
     return c;
@@ -148,11 +148,11 @@ private:
     InPlaneCase c = AnywhereCase();
     const gsl_Vector d = c.direction.NormalizedCopy();
     const gsl_Vector across = gsl_Vector(0.0, 0.0, 1.0).CrossProduct(d);
-    const auto place = [&](gsl_Point* s) { s[1] = s[0] + d * random.In(-1.0, 1.0); };
+    const auto place = [&](gsl_Point* s) { s[1] = s[0] + d * m_random.In(-1.0, 1.0); };
     if (family == BothAlong) {
-      const double asides[5] = {0.0, 0.0, 1e-12, 1e-7, random.In(-1.0, 1.0)};
-      c.b[0] = c.a[0] + d * random.In(-2.0, 2.0) + across * asides[random.Below(5)];
-      if (random.Chance(0.05)) c.b[0] = c.a[0];
+      const double asides[5] = {0.0, 0.0, 1e-12, 1e-7, m_random.In(-1.0, 1.0)};
+      c.b[0] = c.a[0] + d * m_random.In(-2.0, 2.0) + across * asides[m_random.Below(5)];
+      if (m_random.Chance(0.05)) c.b[0] = c.a[0];
     }
     if (family != AlongB) place(c.a);
     if (family != AlongA) place(c.b);
@@ -160,28 +160,28 @@ private:
   }
 
   InPlaneCase SharedCase() {
-    InPlaneCase c = random.Chance(0.5) ? AnywhereCase() : FacingCase(random.In(-0.2, 2.0));
+    InPlaneCase c = m_random.Chance(0.5) ? AnywhereCase() : FacingCase(m_random.In(-0.2, 2.0));
     // As a copy with the end's identity, or as a point of its own, or a hair beyond it.
-    const gsl_Point& from = c.a[random.Below(2)];
-    gsl_Point& to = c.b[random.Below(2)];
-    to = random.Chance(0.5) ? from : gsl_Point(from.x, from.y, from.z);
-    if (random.Chance(0.5)) to = to + c.direction.NormalizedCopy() * random.In(0.0, 2.0);
-    if (random.Chance(0.3)) to = to + c.direction * random.In(-3e-6, 3e-6);
+    const gsl_Point& from = c.a[m_random.Below(2)];
+    gsl_Point& to = c.b[m_random.Below(2)];
+    to = m_random.Chance(0.5) ? from : gsl_Point(from.x, from.y, from.z);
+    if (m_random.Chance(0.5)) to = to + c.direction.NormalizedCopy() * m_random.In(0.0, 2.0);
+    if (m_random.Chance(0.3)) to = to + c.direction * m_random.In(-3e-6, 3e-6);
     return c;
   }
 
   InPlaneCase SmallCase() {
-    InPlaneCase c = FacingCase(random.In(-0.2, 2.0));
+    InPlaneCase c = FacingCase(m_random.In(-0.2, 2.0));
     const gsl_Vector across = gsl_Vector(0.0, 0.0, 1.0).CrossProduct(c.direction.NormalizedCopy());
-    const double sizes[4] = {5e-7, 1e-6, 2e-6, std::pow(10.0, random.In(-7.0, -4.0))};
-    const double size = sizes[random.Below(4)];
-    if (random.Chance(0.5)) c.a[1] = c.a[0] + across * size;
-    if (random.Chance(0.5)) c.b[1] = c.b[0] - across * size;
-    if (random.Chance(0.5)) {
+    const double sizes[4] = {5e-7, 1e-6, 2e-6, std::pow(10.0, m_random.In(-7.0, -4.0))};
+    const double size = sizes[m_random.Below(4)];
+    if (m_random.Chance(0.5)) c.a[1] = c.a[0] + across * size;
+    if (m_random.Chance(0.5)) c.b[1] = c.b[0] - across * size;
+    if (m_random.Chance(0.5)) {
       // Ends that lie within about the tolerance of each other across the direction.
       const gsl_Vector between(c.a[0], c.b[1]);
-      const double reach = random.Chance(0.5) ? 2e-6 : 1e-5;
-      const double aside = between.DotProduct(across) + random.In(-reach, reach);
+      const double reach = m_random.Chance(0.5) ? 2e-6 : 1e-5;
+      const double aside = between.DotProduct(across) + m_random.In(-reach, reach);
       for (gsl_Point& p : c.b)
         p = p - across * aside;
     }
@@ -189,15 +189,15 @@ private:
   }
 
   InPlaneCase DegenerateCase() {
-    InPlaneCase c = random.Chance(0.5) ? AnywhereCase() : GridCase();
-    const double kind = random.Unit();
+    InPlaneCase c = m_random.Chance(0.5) ? AnywhereCase() : GridCase();
+    const double kind = m_random.Unit();
     if (kind < 0.3) {
       c.a[1] = c.a[0];
     } else if (kind < 0.6) {
       c.b[1] = c.b[0];
     } else {
       // A direction of no length, or of about the tolerance.
-      const double size = random.Chance(0.4) ? 0.0 : std::pow(10.0, random.In(-7.0, -5.0));
+      const double size = m_random.Chance(0.4) ? 0.0 : std::pow(10.0, m_random.In(-7.0, -5.0));
       c.direction = c.direction.NormalizedCopy() * size;
     }
     return c;
@@ -209,14 +209,14 @@ private:
     const gsl_Vector d = c.direction.NormalizedCopy();
     const gsl_Vector across = gsl_Vector(0.0, 0.0, 1.0).CrossProduct(d);
     const auto extend = [&](gsl_Point* s, double side) {
-      const double sine = side * std::pow(10.0, random.In(-11.0, -1.0));
-      s[1] = s[0] + (d * random.In(-1.0, 1.0) + across * sine) * random.In(0.1, 3.0);
+      const double sine = side * std::pow(10.0, m_random.In(-11.0, -1.0));
+      s[1] = s[0] + (d * m_random.In(-1.0, 1.0) + across * sine) * m_random.In(0.1, 3.0);
     };
     extend(c.a, 1.0);
     extend(c.b, -1.0);
-    const gsl_Vector between(c.b[random.Below(2)], c.a[random.Below(2)]);
-    const double aside = between.DotProduct(across) +
-                         (random.Chance(0.5) ? 1.0 : -1.0) * std::pow(10.0, random.In(-9.0, -4.0));
+    const gsl_Vector between(c.b[m_random.Below(2)], c.a[m_random.Below(2)]);
+    const double aside = between.DotProduct(across) + (m_random.Chance(0.5) ? 1.0 : -1.0) *
+                                                          std::pow(10.0, m_random.In(-9.0, -4.0));
     for (gsl_Point& p : c.b)
       p = p + across * aside;
     return c;
@@ -225,13 +225,13 @@ private:
   InPlaneCase OutOfPlaneCase() {
     InPlaneCase c = AnywhereCase();
     const double rises[3] = {1e-7, 1e-5, 1.0};
-    const double rise = rises[random.Below(3)];
+    const double rise = rises[m_random.Below(3)];
     // The points, the direction, or both.
-    const double kind = random.Unit();
+    const double kind = m_random.Unit();
     if (kind < 0.7) {
       for (int i = 0; i < 2; ++i) {
-        c.a[i].z = random.In(-rise, rise);
-        c.b[i].z = random.In(-rise, rise);
+        c.a[i].z = m_random.In(-rise, rise);
+        c.b[i].z = m_random.In(-rise, rise);
       }
     }
     if (kind > 0.4) c.direction = c.direction + gsl_Vector(0.0, 0.0, rise);
@@ -239,16 +239,16 @@ private:
   }
 
   InPlaneCase NotFiniteCase() {
-    InPlaneCase c = random.Chance(0.5) ? AnywhereCase() : GridCase();
+    InPlaneCase c = m_random.Chance(0.5) ? AnywhereCase() : GridCase();
     const double infinity = std::numeric_limits<double>::infinity();
     const double odd[6] = {
         std::numeric_limits<double>::quiet_NaN(), infinity, -infinity, 1e200, 1e-320, -0.0};
-    const int count = 1 + random.Below(2);
+    const int count = 1 + m_random.Below(2);
     for (int i = 0; i < count; ++i) {
-      const double value = odd[random.Below(6)];
-      const auto component = static_cast<unsigned int>(random.Below(3));
-      const int end = random.Below(2);
-      switch (random.Below(5)) {
+      const double value = odd[m_random.Below(6)];
+      const auto component = static_cast<unsigned int>(m_random.Below(3));
+      const int end = m_random.Below(2);
+      switch (m_random.Below(5)) {
       case 0:
         c.a[end][component] = value;
         break;
@@ -273,14 +273,14 @@ private:
 
   /// Lengths whose squares overflow or lose their digits, or nearly.
   InPlaneCase FarFromOneCase() {
-    InPlaneCase c = random.Chance(0.5) ? AnywhereCase() : FacingCase(random.In(-0.2, 3.0));
-    const double exponent = random.In(120.0, 210.0);
-    const double scale = std::pow(10.0, random.Chance(0.5) ? exponent : -exponent);
+    InPlaneCase c = m_random.Chance(0.5) ? AnywhereCase() : FacingCase(m_random.In(-0.2, 3.0));
+    const double exponent = m_random.In(120.0, 210.0);
+    const double scale = std::pow(10.0, m_random.Chance(0.5) ? exponent : -exponent);
     for (int i = 0; i < 2; ++i) {
       for (gsl_Point* const p : {&c.a[i], &c.b[i]})
         *p = gsl_Point(p->x * scale, p->y * scale, p->z * scale);
     }
-    if (random.Chance(0.2)) c.direction = c.direction * scale;
+    if (m_random.Chance(0.2)) c.direction = c.direction * scale;
     c.distance *= scale;
     c.margin *= scale;
     return c;

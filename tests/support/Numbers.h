@@ -22,10 +22,12 @@ constexpr double kPi = 3.141592653589793;
 /// What outputs hold before a call that must leave them alone.
 constexpr double kSentinel = -987654.25;
 
+/// The next double above x.
 inline double Above(double x) {
   return std::nextafter(x, kInfinity);
 }
 
+/// The next double below x.
 inline double Below(double x) {
   return std::nextafter(x, -kInfinity);
 }
@@ -36,7 +38,7 @@ inline std::uint64_t Bits(double x) {
   return bits;
 }
 
-/// The same bits; one NaN is as good as another.
+/// True for the same bits, and for any two NaN.
 inline bool SameBits(double a, double b) {
   return Bits(a) == Bits(b) || (std::isnan(a) && std::isnan(b));
 }
@@ -49,34 +51,6 @@ inline const std::vector<double>& Hostile() {
       kInfinity, -kInfinity, kNaN};
   return values;
 }
-
-/// A small deterministic generator, so that a failure can be repeated from its seed.
-class Random {
-public:
-  explicit Random(std::uint64_t seed) : state(seed) {}
-
-  std::uint64_t Next() {
-    std::uint64_t z = (state += 0x9E3779B97F4A7C15ull);
-    z = (z ^ (z >> 30)) * 0xBF58476D1CE4E5B9ull;
-    z = (z ^ (z >> 27)) * 0x94D049BB133111EBull;
-    return z ^ (z >> 31);
-  }
-
-  /// In [low, high).
-  double Between(double low, double high) {
-    return low + static_cast<double>(Next() >> 11) * 0x1p-53 * (high - low);
-  }
-
-  int Below(int n) { return static_cast<int>(Next() % static_cast<std::uint64_t>(n)); }
-
-  double Hostile() {
-    const std::vector<double>& all = numbers::Hostile();
-    return all[static_cast<std::size_t>(Below(static_cast<int>(all.size())))];
-  }
-
-private:
-  std::uint64_t state;
-};
 
 } // namespace numbers
 

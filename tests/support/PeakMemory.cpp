@@ -30,12 +30,12 @@ void Release(void* block) {
 
 } // namespace
 
-PeakMemory::PeakMemory() : before(held) {
-  most = before;
+PeakMemory::PeakMemory() : m_before(held) {
+  most = m_before;
 }
 
 std::size_t PeakMemory::Bytes() const {
-  return most - before;
+  return most - m_before;
 }
 
 void* operator new(std::size_t size) {

@@ -12,7 +12,7 @@ public:
   std::size_t Bytes() const;
 
 private:
-  std::size_t before;
+  std::size_t m_before;
 };
 
 #endif

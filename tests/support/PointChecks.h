@@ -9,13 +9,13 @@
 
 using numbers::kInfinity;
 using numbers::kNaN;
+using numbers::kSentinel;
 using numbers::SameBits;
 
 /// What outputs hold before a call that must not write them.
 inline gsl_Point Sentinel() {
-  return {-901.5, 902.25, -903.125};
+  return {kSentinel, kSentinel - 1.0, kSentinel - 2.0};
 }
-constexpr double kSentinelNumber = -77.0625;
 
 inline bool SameBits(const gsl_Point& a, const gsl_Point& b) {
   return SameBits(a.x, b.x) && SameBits(a.y, b.y) && SameBits(a.z, b.z);

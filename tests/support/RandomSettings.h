@@ -15,20 +15,20 @@
 /// to 10.
 class RandomSettings {
 public:
-  explicit RandomSettings(std::uint64_t seed) : random(seed) {}
+  explicit RandomSettings(std::uint64_t seed) : m_random(seed) {}
 
   void Draw() {
-    const bool usual = random.Chance(0.4);
-    settings->linearTolerance = usual ? 1e-6 : Tolerance(1e-6);
-    settings->zeroTolerance = usual ? 1e-12 : Tolerance(1e-12);
-    settings->cosineTolerance = usual ? 1e-10 : Tolerance(1e-10);
+    const bool usual = m_random.Chance(0.4);
+    m_settings->linearTolerance = usual ? 1e-6 : Tolerance(1e-6);
+    m_settings->zeroTolerance = usual ? 1e-12 : Tolerance(1e-12);
+    m_settings->cosineTolerance = usual ? 1e-10 : Tolerance(1e-10);
   }
 
   /// Now and then changes a component or the magnitude, so that the two do not agree.
   void MakeStale(gsl_Vector& v) {
-    if (!random.Chance(0.25)) return;
-    if (random.Chance(0.6)) {
-      const auto component = static_cast<unsigned int>(random.Below(3));
+    if (!m_random.Chance(0.25)) return;
+    if (m_random.Chance(0.6)) {
+      const auto component = static_cast<unsigned int>(m_random.Below(3));
       v[component] = v[component] * Factor();
     } else {
       const double odd[] = {0.0,
@@ -37,7 +37,7 @@ public:
                             1e300,
                             std::numeric_limits<double>::infinity(),
                             std::numeric_limits<double>::quiet_NaN()};
-      v.magnitude = random.Chance(0.2) ? odd[random.Below(6)] : v.magnitude * Factor();
+      v.magnitude = m_random.Chance(0.2) ? odd[m_random.Below(6)] : v.magnitude * Factor();
     }
   }
 
@@ -45,23 +45,23 @@ public:
 
   std::string Describe() const {
     char text[120];
-    std::snprintf(text, sizeof text, "linear %a zero %a cosine %a\n", settings->linearTolerance,
-                  settings->zeroTolerance, settings->cosineTolerance);
+    std::snprintf(text, sizeof text, "linear %a zero %a cosine %a\n", m_settings->linearTolerance,
+                  m_settings->zeroTolerance, m_settings->cosineTolerance);
     return text;
   }
 
 private:
-  ScopedSettings settings;
-  RandomNumbers random;
+  ScopedSettings m_settings;
+  RandomNumbers m_random;
 
-  double Factor() { return std::pow(10.0, random.In(-3.0, 3.0)); }
+  double Factor() { return std::pow(10.0, m_random.In(-3.0, 3.0)); }
 
   double Tolerance(double usual) {
-    const double special[] = {0.0, 1.0, std::nextafter(1.0, 0.0), std::nextafter(1.0, 2.0)};
-    const double kind = random.Unit();
+    const double special[] = {0.0, 1.0, numbers::Below(1.0), numbers::Above(1.0)};
+    const double kind = m_random.Unit();
     if (kind < 0.3) return usual;
-    if (kind < 0.6) return special[random.Below(4)];
-    return kind < 0.8 ? std::pow(10.0, random.In(-16.0, 1.0)) : random.In(0.0, 10.0);
+    if (kind < 0.6) return special[m_random.Below(4)];
+    return kind < 0.8 ? std::pow(10.0, m_random.In(-16.0, 1.0)) : m_random.In(0.0, 10.0);
   }
 };
 

@@ -6,8 +6,8 @@
 /// The settings, to be changed freely: what they were comes back at the end of the scope.
 class ScopedSettings {
 public:
-  ScopedSettings() : before(*Get()) {}
-  ~ScopedSettings() { *Get() = before; }
+  ScopedSettings() : m_before(*Get()) {}
+  ~ScopedSettings() { *Get() = m_before; }
   ScopedSettings(const ScopedSettings&) = delete;
   ScopedSettings& operator=(const ScopedSettings&) = delete;
 
@@ -16,7 +16,7 @@ public:
 private:
   static gsl_Util* Get() { return &omi_Singleton<gsl_Util>::Instance(); }
 
-  const gsl_Util before;
+  const gsl_Util m_before;
 };
 
 #endif

@@ -21,7 +21,7 @@ struct SweepCase {
 /// Random calls of the triangle sweep, by families that reach its branches.
 class SweepCases {
 public:
-  explicit SweepCases(std::uint64_t seed) : random(seed) {}
+  explicit SweepCases(std::uint64_t seed) : m_random(seed) {}
 
   enum Family {
     Anywhere,
@@ -66,21 +66,21 @@ public:
   }
 
 private:
-  RandomNumbers random;
+  RandomNumbers m_random;
 
   gsl_Vector AnyVector(double size) {
-    return {random.In(-size, size), random.In(-size, size), random.In(-size, size)};
+    return {m_random.In(-size, size), m_random.In(-size, size), m_random.In(-size, size)};
   }
 
   gsl_Point AnyPoint(double size) { return gsl_Point() + AnyVector(size); }
 
   void Terms(SweepCase& c) {
-    c.twoSided[0] = random.Chance(0.8);
-    c.twoSided[1] = random.Chance(0.8);
-    const double reaches[4] = {std::numeric_limits<double>::infinity(), 1e10, random.In(0.0, 4.0),
+    c.twoSided[0] = m_random.Chance(0.8);
+    c.twoSided[1] = m_random.Chance(0.8);
+    const double reaches[4] = {std::numeric_limits<double>::infinity(), 1e10, m_random.In(0.0, 4.0),
                                0.0};
-    c.distance = reaches[random.Below(4)];
-    c.margin = random.Chance(0.5) ? 0.0 : random.In(-0.5, 3.0);
+    c.distance = reaches[m_random.Below(4)];
+    c.margin = m_random.Chance(0.5) ? 0.0 : m_random.In(-0.5, 3.0);
   }
 
   /// B moved ahead of A, somewhere near the line of sight.
@@ -98,38 +98,39 @@ private:
       c.a[i] = AnyPoint(1.0);
       c.b[i] = AnyPoint(1.0);
     }
-    PlaceAhead(c, random.In(-0.5, 4.0));
+    PlaceAhead(c, m_random.In(-0.5, 4.0));
     Terms(c);
     return c;
   }
 
   /// Lengths whose squares overflow or lose their digits, or nearly.
   SweepCase FarFromOneCase() {
-    SweepCase c = random.Chance(0.5) ? AnywhereCase() : EdgeOnCase(EdgeOnA);
-    const double exponent = random.In(120.0, 210.0);
-    const double scale = std::pow(10.0, random.Chance(0.5) ? exponent : -exponent);
+    SweepCase c = m_random.Chance(0.5) ? AnywhereCase() : EdgeOnCase(EdgeOnA);
+    const double exponent = m_random.In(120.0, 210.0);
+    const double scale = std::pow(10.0, m_random.Chance(0.5) ? exponent : -exponent);
     for (int i = 0; i < 3; ++i) {
       for (gsl_Point* const p : {&c.a[i], &c.b[i]})
         *p = gsl_Point(p->x * scale, p->y * scale, p->z * scale);
     }
-    if (random.Chance(0.2)) c.direction = c.direction * scale;
+    if (m_random.Chance(0.2)) c.direction = c.direction * scale;
     c.distance *= scale;
     c.margin *= scale;
     return c;
   }
 
   gsl_Point GridPoint(int size) {
-    const double x = random.Below(size);
-    const double y = random.Below(size);
-    return {x, y, static_cast<double>(random.Below(size))};
+    const double x = m_random.Below(size);
+    const double y = m_random.Below(size);
+    return {x, y, static_cast<double>(m_random.Below(size))};
   }
 
   /// Small whole coordinates: every coincidence there is, often.
   SweepCase GridCase() {
     SweepCase c;
-    const int size = 2 + random.Below(3);
-    c.direction = gsl_Vector(random.Below(3) - 1.0, random.Below(3) - 1.0, random.Below(3) - 1.0);
-    if (random.Chance(0.5)) c.direction = gsl_Vector(0.0, 0.0, 1.0);
+    const int size = 2 + m_random.Below(3);
+    c.direction =
+        gsl_Vector(m_random.Below(3) - 1.0, m_random.Below(3) - 1.0, m_random.Below(3) - 1.0);
+    if (m_random.Chance(0.5)) c.direction = gsl_Vector(0.0, 0.0, 1.0);
     for (int i = 0; i < 3; ++i) {
       c.a[i] = GridPoint(size);
       c.b[i] = GridPoint(size);
@@ -142,7 +143,7 @@ private:
   void InPlane(gsl_Point* tri, const gsl_Point& origin, const gsl_Vector& along,
                const gsl_Vector& across) {
     for (int i = 0; i < 3; ++i) {
-      tri[i] = origin + along * random.In(-1.0, 1.0) + across * random.In(-1.0, 1.0);
+      tri[i] = origin + along * m_random.In(-1.0, 1.0) + across * m_random.In(-1.0, 1.0);
     }
   }
 
@@ -150,12 +151,12 @@ private:
     SweepCase c = AnywhereCase();
     const gsl_Vector d = c.direction.NormalizedCopy();
     const gsl_Vector across = d.CrossProduct(AnyVector(1.0)).NormalizedCopy();
-    const double ahead = random.In(-0.5, 3.0);
+    const double ahead = m_random.In(-0.5, 3.0);
     if (family != EdgeOnB) InPlane(c.a, gsl_Point(), d, across);
     if (family != EdgeOnA) InPlane(c.b, gsl_Point() + d * ahead, d, across);
     if (family == ParallelEdgeOn) {
-      const double widths[4] = {1e-7, 9.9e-7, 1.1e-6, random.In(0.0, 1.0)};
-      const gsl_Vector shift = d.CrossProduct(across) * widths[random.Below(4)];
+      const double widths[4] = {1e-7, 9.9e-7, 1.1e-6, m_random.In(0.0, 1.0)};
+      const gsl_Vector shift = d.CrossProduct(across) * widths[m_random.Below(4)];
       for (gsl_Point& p : c.b) {
         p = p + shift;
       }
@@ -165,11 +166,11 @@ private:
 
   SweepCase SharedCase() {
     SweepCase c = AnywhereCase();
-    const int count = 1 + random.Below(3);
+    const int count = 1 + m_random.Below(3);
     for (int i = 0; i < count; ++i) {
       // As a copy with the vertex's identity, or as a point of its own.
-      const gsl_Point& from = c.a[random.Below(3)];
-      c.b[random.Below(3)] = random.Chance(0.5) ? from : gsl_Point(from.x, from.y, from.z);
+      const gsl_Point& from = c.a[m_random.Below(3)];
+      c.b[m_random.Below(3)] = m_random.Chance(0.5) ? from : gsl_Point(from.x, from.y, from.z);
     }
     return c;
   }
@@ -178,53 +179,53 @@ private:
   SweepCase TouchingCase() {
     SweepCase c = AnywhereCase();
     for (gsl_Point& p : c.b) {
-      if (random.Chance(0.3)) continue;
-      const double u = random.In(-0.2, 1.2);
-      const double v = random.Chance(0.5) ? 0.0 : random.In(-0.2, 1.2);
+      if (m_random.Chance(0.3)) continue;
+      const double u = m_random.In(-0.2, 1.2);
+      const double v = m_random.Chance(0.5) ? 0.0 : m_random.In(-0.2, 1.2);
       p = c.a[0] + gsl_Vector(c.a[0], c.a[1]) * u + gsl_Vector(c.a[0], c.a[2]) * v;
-      if (random.Chance(0.4)) p = p + c.direction.NormalizedCopy() * random.In(-2e-6, 2e-6);
+      if (m_random.Chance(0.4)) p = p + c.direction.NormalizedCopy() * m_random.In(-2e-6, 2e-6);
     }
     return c;
   }
 
   SweepCase SmallCase() {
     SweepCase c = AnywhereCase();
-    const double size = std::pow(10.0, random.In(-7.0, -4.0));
+    const double size = std::pow(10.0, m_random.In(-7.0, -4.0));
     for (int i = 0; i < 3; ++i) {
       c.a[i] = AnyPoint(size);
-      if (random.Chance(0.7)) c.b[i] = AnyPoint(size);
+      if (m_random.Chance(0.7)) c.b[i] = AnyPoint(size);
     }
-    PlaceAhead(c, random.In(0.0, 2.0 * size));
+    PlaceAhead(c, m_random.In(0.0, 2.0 * size));
     return c;
   }
 
   SweepCase DegenerateCase() {
-    SweepCase c = random.Chance(0.5) ? AnywhereCase() : GridCase();
-    const double kind = random.Unit();
-    gsl_Point* const tri = random.Chance(0.5) ? c.a : c.b;
+    SweepCase c = m_random.Chance(0.5) ? AnywhereCase() : GridCase();
+    const double kind = m_random.Unit();
+    gsl_Point* const tri = m_random.Chance(0.5) ? c.a : c.b;
     if (kind < 0.4) {
       tri[2] = gsl_Point(tri[0], 1.0 - kind, tri[1], kind);
     } else if (kind < 0.6) {
-      tri[random.Below(2)] = tri[2];
+      tri[m_random.Below(2)] = tri[2];
     } else {
       // A direction of no length, or of about the tolerance.
-      const double size = random.Chance(0.4) ? 0.0 : std::pow(10.0, random.In(-7.0, -5.0));
+      const double size = m_random.Chance(0.4) ? 0.0 : std::pow(10.0, m_random.In(-7.0, -5.0));
       c.direction = c.direction.NormalizedCopy() * size;
     }
     return c;
   }
 
   SweepCase NotFiniteCase() {
-    SweepCase c = random.Chance(0.5) ? AnywhereCase() : GridCase();
+    SweepCase c = m_random.Chance(0.5) ? AnywhereCase() : GridCase();
     const double infinity = std::numeric_limits<double>::infinity();
     const double odd[6] = {
         std::numeric_limits<double>::quiet_NaN(), infinity, -infinity, 1e200, 1e-320, -0.0};
-    const int count = 1 + random.Below(2);
+    const int count = 1 + m_random.Below(2);
     for (int i = 0; i < count; ++i) {
-      const double value = odd[random.Below(6)];
-      const auto component = static_cast<unsigned int>(random.Below(3));
-      const int vertex = random.Below(3);
-      switch (random.Below(5)) {
+      const double value = odd[m_random.Below(6)];
+      const auto component = static_cast<unsigned int>(m_random.Below(3));
+      const int vertex = m_random.Below(3);
+      switch (m_random.Below(5)) {
       case 0:
         c.a[vertex][component] = value;
         break;

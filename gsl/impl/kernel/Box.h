@@ -14,7 +14,7 @@ struct Box {
   Coord3 min, max;
 };
 
-// empty-box-counts-minus-one
+// empty-box-counts-minus-one: its extent is -1, which rounding hides beside a huge box.
 constexpr Box kEmptyBox = {{0.0, 0.0, 0.0}, {-1.0, -1.0, -1.0}};
 
 /// Grows a box that is not empty.
@@ -33,7 +33,6 @@ inline Box TransformBox(const Box& box, const Matrix4& m) {
   for (const double sx : {-1.0, 1.0}) {
     for (const double sy : {-1.0, 1.0}) {
       for (const double sz : {-1.0, 1.0}) {
-        // rotation-enlarges-to-hold-every-corner
         const Coord3 corner = TransformPoint(m, Add(c, {sx * h.x, sy * h.y, sz * h.z}));
         if (first) {
           result = {corner, corner};

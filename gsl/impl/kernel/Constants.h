@@ -1,20 +1,20 @@
 #ifndef GSL_KERNEL_CONSTANTS_H
 #define GSL_KERNEL_CONSTANTS_H
 
-/// The tolerances that are fixed on purpose and none of the gsl_Util settings, and other constants
+/// The tolerances that are fixed on purpose, whatever the settings say, and other constants
 /// of the formulas.
 namespace gsl_kernel {
 
 /// Largest difference between the entries of equal matrices.
-// matrix-equality-is-closed-at-a-fixed-tolerance
+// matrix-tolerance-is-fixed: the settings do not change it.
 constexpr double kMatrixEqualTolerance = 0.001;
 /// Distance from the exact identity that still counts as the identity.
 constexpr double kIdentityTolerance = 1e-5;
 /// Unit components of parallel directions, when two lines are intersected.
-// parallel-tolerance-is-fixed
+// parallel-tolerance-is-fixed: the settings do not change it.
 constexpr double kLineParallelTolerance = 1e-5;
 /// Bounds of equal intervals.
-// interval-equality-is-closed-at-a-fixed-tolerance
+// interval-tolerance-is-fixed: the settings do not change it.
 constexpr double kIntervalTolerance = 1e-8;
 /// Cosine of the middle angle below which a rotation is in gimbal lock: 2 to the power -19.
 constexpr double kGimbalLockCosine = 1.9073486328125e-6;

@@ -46,7 +46,7 @@ inline double DistanceAlongNormal(const Coord3& from, const Coord3& to, const Co
 /// Distance along the common normal; 0.0 for parallel lines or a zero direction.
 inline double LineSkewDistance(const Line& a, const Line& b, double linearTolerance) {
   Coord3 n;
-  // zero-direction-is-neither-skew-nor-parallel
+  // zero-direction-crosses-every-line: it is neither skew nor parallel.
   if (!CommonNormal(a.direction.c, b.direction.c, linearTolerance, n)) return 0.0;
   return DistanceAlongNormal(a.point, b.point, n);
 }
@@ -65,8 +65,8 @@ struct ClosestPoints {
   double distance;
 };
 
-/// Closest points of the lines through p along the unit vector u and through q along v; not guarded
-/// against parallel ones.
+/// Computes the closest points of the lines through p along the unit vector u and through q along
+/// v. Parallel lines are not refused: their points are not finite.
 inline ClosestPoints ClosestOfNonParallel(const Coord3& p, const Coord3& u, const Coord3& q,
                                           const Coord3& v) {
   const Coord3 w = Subtract(q, p);
@@ -89,7 +89,7 @@ enum class LinePair { Skew, Parallel, Crossing };
 
 /// Skew is tested before parallel, so lines that are both count as skew.
 inline LinePair ClassifyLines(const Line& a, const Line& b, double linearTolerance) {
-  // skew-is-tested-before-parallel
+  // skew-is-tested-before-parallel: lines that are both count as skew.
   if (LinesAreSkew(a, b, linearTolerance)) return LinePair::Skew;
   if (IsParallel(a.direction, b.direction, kLineParallelTolerance)) return LinePair::Parallel;
   return LinePair::Crossing;

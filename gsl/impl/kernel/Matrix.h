@@ -41,7 +41,7 @@ inline void AxisRotationBlock(const Coord3& u, double co, double si, Matrix4& m)
   m[2][2] = u.z * u.z + co * (1.0 - u.z * u.z);
 }
 
-// axis-rotation-is-held-in-single-precision: the axes and angles that hosts have stored were made
+// axis-rotation-in-single-precision: the axes and angles that hosts have stored were made
 // so.
 struct Quaternion {
   float x, y, z, w;

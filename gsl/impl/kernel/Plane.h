@@ -17,13 +17,13 @@ inline double SignedPlaneDistance(const Coord3& p, const Plane& plane) {
 
 inline double PlaneDistance(const Coord3& p, const Plane& plane) {
   const double distance = SignedPlaneDistance(p, plane);
-  // a-signed-distance-of-zero-is-negated
+  // zero-distance-changes-its-sign: a signed distance of zero is negated too.
   return distance > 0.0 ? distance : -distance;
 }
 
 /// Measured along `dir`: negative against the normal, not finite for a parallel `dir`.
 inline double PlaneDistanceAlong(const Coord3& p, const Plane& plane, const Measured3& dir) {
-  // along-a-direction-against-the-normal-is-negative
+  // distance-against-the-normal-is-negative: only the distance itself is made positive.
   return PlaneDistance(p, plane) * dir.magnitude * plane.normal.magnitude /
          Dot(dir.c, plane.normal.c);
 }
@@ -42,20 +42,18 @@ enum class RayPlane { ShortDirection, OriginOnPlane, ParallelDirection, Crossing
 /// Crossing of the line through p along `dir` with the plane; `out` is written for Crossing only.
 inline RayPlane IntersectRayPlane(const Coord3& p, const Measured3& dir, const Plane& plane,
                                   double linearTolerance, double cosineTolerance, Coord3& out) {
-  // zero-direction-fails-even-on-the-plane
   if (linearTolerance > dir.magnitude) return RayPlane::ShortDirection;
-  // an-origin-on-the-plane-is-the-answer
   if (IsOnPlane(p, plane, linearTolerance)) return RayPlane::OriginOnPlane;
   if (gsl_arithmetic::IsOrthogonal(dir, plane.normal, cosineTolerance)) {
     return RayPlane::ParallelDirection;
   }
-  // is-crossed-in-both-senses
+  // ray-runs-both-ways: a crossing behind the origin counts.
   const double s = Dot(Subtract(plane.point, p), plane.normal.c) / Dot(dir.c, plane.normal.c);
   out = Add(p, Multiply(dir.c, s));
   return RayPlane::Crossing;
 }
 
-/// Opposite normals are parallel, a zero normal is parallel to nothing.
+/// Opposite normals are parallel; a zero normal is parallel to nothing.
 inline bool PlanesParallel(const Plane& a, const Plane& b, double cosineTolerance) {
   return gsl_arithmetic::IsOn(b.normal, a.normal, cosineTolerance);
 }

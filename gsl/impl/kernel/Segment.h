@@ -5,23 +5,23 @@
 
 namespace gsl_kernel {
 
-/// Position of x along p0-p1, the distance from its line not counting.
+/// Computes the position of x along p0-p1. The distance of x from the line does not count.
 ///
-/// weights[0] is the fraction from p0 to p1, weights[1] the weight of p0; both always written, but
-/// for a degenerate segment (linearTolerance >= length), which takes (0, 1) when x is within
-/// linearTolerance of p0 (closed) and otherwise answers false and writes nothing.
-/// True within linearTolerance (closed) of the span.
-/// `length` is that of p0-p1.
+/// weights[0] is the fraction from p0 to p1, weights[1] the weight of p0. True within
+/// linearTolerance (closed) of the span; the weights are written either way. A segment is
+/// degenerate when linearTolerance >= length: it takes (0, 1) when x is within linearTolerance of
+/// p0 (closed), and otherwise the result is false and nothing is written.
+/// `length` is the length of p0-p1.
 inline bool PointSegmentParameters(const Coord3& x, const Coord3& p0, const Coord3& p1,
                                    double length, double linearTolerance, double* weights) {
   if (linearTolerance >= length) {
-    // degenerate-segment-takes-its-first-points-neighbourhood
+    // degenerate-segment-is-its-first-point: the second end point does not count.
     if (!(linearTolerance >= Distance(x, p0))) return false;
     weights[0] = 0.0;
     weights[1] = 1.0;
     return true;
   }
-  // first-weight-belongs-to-the-second-point
+  // first-weight-belongs-to-the-second-point: it is the fraction towards that point.
   weights[0] = Dot(Subtract(p0, x), Subtract(p0, p1)) / (length * length);
   weights[1] = Dot(Subtract(p1, x), Subtract(p1, p0)) / (length * length);
   return !(weights[0] * length < -linearTolerance) && !(weights[1] * length < -linearTolerance);
@@ -34,8 +34,8 @@ inline bool PointSegmentParameters(const Coord3& x, const Coord3& p0, const Coor
 
 enum class SegmentFoot { Degenerate, Inside, Outside };
 
-/// Foot of p on the line of p1-p2 and its fraction t; inside within `tol` of the span (open).
-/// Nothing is written for a degenerate segment, tol > length.
+/// Computes the foot of p on the line of p1-p2 and its fraction t. The foot is inside within `tol`
+/// of the span (open). Nothing is written for a degenerate segment, tol > length.
 inline SegmentFoot FootOnSegment(const Coord3& p, const Coord3& p1, const Coord3& p2, double tol,
                                  Coord3& foot, double& t) {
   const double length = Distance(p1, p2);

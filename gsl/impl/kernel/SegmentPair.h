@@ -12,15 +12,15 @@ struct Segment {
   Coord3 p1, p2;
 };
 
-inline Line LineOf(const Segment& s) {
+inline Line SupportingLine(const Segment& s) {
   return LineThrough(s.p1, s.p2);
 }
 
-/// Missed writes nothing, Beyond and Crossing write the point.
+/// Result of a crossing test. Missed writes nothing; Beyond and Crossing write the point.
 enum class SegmentCrossing { Missed, Beyond, Crossing };
 
-/// A direction of lines: divided by its length, and multiplied by the reciprocal, which are not the
-/// same bits.
+/// A direction of lines: divided by its length (`components`), and multiplied by the reciprocal
+/// (`unit`). The two do not have the same bits.
 struct RayDirection {
   Coord3 c, components, unit;
 
@@ -29,7 +29,8 @@ struct RayDirection {
         unit(gsl_arithmetic::NormalizedCopy(dir, linearTolerance).c) {}
 };
 
-/// A segment that lines of one direction are to cross: everything that does not depend on the line.
+/// A segment that lines of one direction may cross, with everything that does not depend on the
+/// line.
 struct RayTarget {
   Coord3 start, end, unit;
   double length;
@@ -62,7 +63,7 @@ inline SegmentCrossing CrossRayTarget(const Coord3& origin, const RayDirection& 
                      linearTolerance)) {
     return SegmentCrossing::Missed;
   }
-  // is-crossed-in-both-senses
+  // ray-runs-both-ways: a crossing behind the origin counts.
   out = ClosestOfNonParallel(target.start, target.unit, origin, ray.unit).onFirst;
   return PointSegmentParameters(out, target.start, target.end, target.length, linearTolerance,
                                 weights)
@@ -84,9 +85,11 @@ inline SegmentCrossing CrossSegmentLine(const Segment& segment, const Line& line
                                         double linearTolerance, Coord3& out) {
   const double length = Distance(segment.p1, segment.p2);
   if (length < linearTolerance) return SegmentCrossing::Missed;
-  if (!CrossLines(LineOf(segment), line, linearTolerance, out)) return SegmentCrossing::Missed;
-  // segment-of-exactly-the-tolerance: it can leave the parameters unwritten; that is beyond it.
-  // no-length-and-no-tolerance: then the margin is NaN, and no parameter is beyond that.
+  if (!CrossLines(SupportingLine(segment), line, linearTolerance, out))
+    return SegmentCrossing::Missed;
+  // segment-as-long-as-the-tolerance: it can leave the parameters unwritten, which counts as
+  // beyond. A segment of no length without a tolerance has a margin of NaN, and no parameter is
+  // beyond it.
   double weights[2] = {std::numeric_limits<double>::infinity(), 0.0};
   PointSegmentParameters(out, segment.p1, segment.p2, length, linearTolerance, weights);
   const double t = weights[0];
@@ -94,14 +97,14 @@ inline SegmentCrossing CrossSegmentLine(const Segment& segment, const Line& line
   return t < -margin || t > 1.0 + margin ? SegmentCrossing::Beyond : SegmentCrossing::Crossing;
 }
 
-/// Each segment must cross the other's line, a first. The point is the one written last.
+/// Finds where each segment crosses the other's line, a first. The point written last stays.
 inline SegmentCrossing CrossSegments(const Segment& a, const Segment& b, double linearTolerance,
                                      Coord3& out) {
-  const SegmentCrossing first = CrossSegmentLine(a, LineOf(b), linearTolerance, out);
-  // missing-the-first-test-leaves-its-point
+  const SegmentCrossing first = CrossSegmentLine(a, SupportingLine(b), linearTolerance, out);
+  // false-with-the-first-point-written: the point of the first test stays.
   if (first != SegmentCrossing::Crossing) return first;
-  // point-is-the-one-on-the-other-segments-line
-  const SegmentCrossing second = CrossSegmentLine(b, LineOf(a), linearTolerance, out);
+  // point-lies-on-the-other-segment: the second test writes last.
+  const SegmentCrossing second = CrossSegmentLine(b, SupportingLine(a), linearTolerance, out);
   return second == SegmentCrossing::Crossing ? second : SegmentCrossing::Beyond;
 }
 

@@ -28,8 +28,8 @@ inline SweptSegment SweptSegmentBetween(const SourcedPoint& p0, const SourcedPoi
 }
 
 /// Turns the segment so that its side normal, edge x Z, does not point against `sense` * d. False
-/// for one that would have to be turned and may not; the flag of another is not looked at.
-inline bool FaceSegment(SweptSegment& segment, const Measured3& d, double sense,
+/// when the segment must be turned and the caller does not allow it. The flag is read only then.
+inline bool TurnSegment(SweptSegment& segment, const Measured3& d, double sense,
                         const bool* twoSided) {
   const Coord3 sideNormal = Cross(segment.edge.c, {0.0, 0.0, 1.0});
   if (!(sense * Dot(sideNormal, d.c) < 0.0)) return true;
@@ -38,18 +38,16 @@ inline bool FaceSegment(SweptSegment& segment, const Measured3& d, double sense,
   return true;
 }
 
-/// The gap along d from a point of A to a point of B ahead of it.
-inline double GapAlong(const Measured3& d, const Coord3& onA, const Coord3& onB) {
-  return Dot(d.c, Subtract(onB, onA));
+/// The gap along d between an end and the point that its line along d meets. `side` is +1 for an
+/// end of A, -1 for an end of B.
+// The difference always leads from the end. Where it rounds to zero, the other order has zeros of
+// the other sign.
+inline double GapFromEnd(int side, const Measured3& d, const Coord3& end, const Coord3& met) {
+  const double ahead = Dot(d.c, Subtract(met, end));
+  return side > 0 ? ahead : -ahead;
 }
 
-/// GapAlong, from the point of B. Not the same bits where the difference rounds to zero: the sign
-/// of that zero differs.
-inline double GapBackAlong(const Measured3& d, const Coord3& onB, const Coord3& onA) {
-  return -Dot(d.c, Subtract(onA, onB));
-}
-
-/// Where the line through p meets the target; false when it misses it.
+/// Finds where the line through p meets the target; false when the line misses the target.
 inline bool MeetTarget(const Coord3& p, const RayDirection& ray, const RayTarget& target,
                        double linearTolerance, SourcedPoint& hit) {
   double weights[2];
@@ -58,35 +56,20 @@ inline bool MeetTarget(const Coord3& p, const RayDirection& ray, const RayTarget
          SegmentCrossing::Crossing;
 }
 
-/// A across d, B along it: the ends of B against A. Gaps of either sign count.
-inline bool EndsOfAlongB(const SweptSegment& a, const SweptSegment& b, const Measured3& d,
-                         double margin, double linearTolerance, SweepContacts& contacts) {
+/// One segment along d, the other across it: the ends of the first against the other. `side` is +1
+/// when A lies along d, -1 when B does. Gaps of either sign count.
+inline bool EndsOfAlong(int side, const SweptSegment& along, const SweptSegment& across,
+                        const Measured3& d, double margin, double linearTolerance,
+                        SweepContacts& contacts) {
   const RayDirection ray(d, linearTolerance);
-  const RayTarget target(a.Coordinates(), ray, linearTolerance);
+  const RayTarget target(across.Coordinates(), ray, linearTolerance);
   bool found = false;
-  for (const SourcedPoint& end : b.p) {
+  for (const SourcedPoint& end : along.p) {
     SourcedPoint hit;
     if (!MeetTarget(end.c, ray, target, linearTolerance, hit)) continue;
-    const double g = GapBackAlong(d, end.c, hit.c);
+    const double g = GapFromEnd(side, d, end.c, hit.c);
     if (!(contacts.distance - margin > g)) continue;
-    contacts.Accept(0, hit, end, g);
-    found = true;
-  }
-  return found;
-}
-
-/// A along d, B across it: the ends of A against B. Gaps of either sign count.
-inline bool EndsOfAlongA(const SweptSegment& a, const SweptSegment& b, const Measured3& d,
-                         double margin, double linearTolerance, SweepContacts& contacts) {
-  const RayDirection ray(d, linearTolerance);
-  const RayTarget target(b.Coordinates(), ray, linearTolerance);
-  bool found = false;
-  for (const SourcedPoint& end : a.p) {
-    SourcedPoint hit;
-    if (!MeetTarget(end.c, ray, target, linearTolerance, hit)) continue;
-    const double g = GapAlong(d, end.c, hit.c);
-    if (!(contacts.distance - margin > g)) continue;
-    contacts.Accept(0, end, hit, g);
+    contacts.Accept(SlotOf(side), end, hit, g);
     found = true;
   }
   return found;
@@ -95,13 +78,13 @@ inline bool EndsOfAlongA(const SweptSegment& a, const SweptSegment& b, const Mea
 /// Both along d: end against end, where they are on one line. Gaps of either sign count.
 inline bool EndsOnOneLine(const SweptSegment& a, const SweptSegment& b, const Measured3& d,
                           double margin, double cosineTolerance, SweepContacts& contacts) {
-  // first-ends-coincide: a zero vector is on no line.
+  // first-ends-that-coincide: a zero vector is on no line.
   if (!gsl_arithmetic::IsOn(Between(a.p[0].c, b.p[0].c), d, cosineTolerance)) return false;
   bool found = false;
   for (const SourcedPoint& endA : a.p) {
     for (const SourcedPoint& endB : b.p) {
-      // accepts-a-negative-gap
-      const double g = GapAlong(d, endA.c, endB.c);
+      // negative-gap-counts-along: a segment along the direction can be met behind.
+      const double g = GapFromEnd(+1, d, endA.c, endB.c);
       if (!(contacts.distance - margin > g)) continue;
       contacts.Accept(0, endA, endB, g);
       found = true;
@@ -110,13 +93,14 @@ inline bool EndsOnOneLine(const SweptSegment& a, const SweptSegment& b, const Me
   return found;
 }
 
-/// Both across d: the ends of A against B, then those of B against A.
+/// Both across d: the ends of A against B, then the ends of B against A.
 inline bool EndsAcross(const SweptSegment& a, const SweptSegment& b, const Measured3& d,
                        double margin, double linearTolerance, SweepContacts& contacts) {
-  // segments-running-the-same-way
+  // segments-that-run-the-same-way: they do not face each other.
   if (Dot(a.edge.c, b.edge.c) > 0.0) return false;
   const auto improves = [&contacts, margin](double g) {
-    // a-negative-margin-does-not-loosen
+    // negative-margin-loosens-along-only: across the direction a contact must beat the distance
+    // itself too.
     return contacts.distance - margin > g && contacts.distance > g;
   };
   bool found = false;
@@ -125,8 +109,8 @@ inline bool EndsAcross(const SweptSegment& a, const SweptSegment& b, const Measu
   for (const SourcedPoint& end : a.p) {
     SourcedPoint hit;
     if (!MeetTarget(end.c, ray, targetB, linearTolerance, hit)) continue;
-    const double g = GapAlong(d, end.c, hit.c);
-    // behind-from-a-keeps-the-result
+    const double g = GapFromEnd(+1, d, end.c, hit.c);
+    // passed-end-of-a-keeps-the-result: the search ends with what was found so far.
     if (g < 0.0) return found;
     if (!improves(g)) continue;
     contacts.Accept(0, end, hit, g);
@@ -136,11 +120,11 @@ inline bool EndsAcross(const SweptSegment& a, const SweptSegment& b, const Measu
   for (int i = 0; i < 2; ++i) {
     SourcedPoint hit;
     if (!MeetTarget(b.p[i].c, ray, targetA, linearTolerance, hit)) continue;
-    const double g = GapBackAlong(d, b.p[i].c, hit.c);
-    // behind-from-b-is-no-contact: what the first pass wrote stays all the same.
+    const double g = GapFromEnd(-1, d, b.p[i].c, hit.c);
+    // passed-end-of-b-is-no-contact: what the first pass wrote stays.
     if (g < 0.0) return false;
     if (!improves(g)) continue;
-    // second-pass-stores-the-end-of-a: with the same index, not that of B.
+    // second-pass-stores-the-end-of-a: with the same index, not the end of B.
     contacts.Accept(0, hit, a.p[i], g);
     found = true;
   }
@@ -152,31 +136,77 @@ inline double SumOfSizes(const Coord3& c) {
 }
 
 /// Sizes between which no length overflows or loses its digits.
+// A length is the root of a sum of squares, and a position along a target is a quotient of products
+// of two lengths. A sum of sizes of 1e-100 has a component of at least a third of it, whose square
+// is above 1e-201. That is far from the least normal number, 2e-308, even after a multiplication by
+// a unit roundoff. At the other end no product of two sums is above 1e201, and the largest number
+// is 1.8e308.
 constexpr double kLeastOrdinarySize = 1e-100;
 constexpr double kLargestOrdinarySize = 1e100;
+
+// The crossing of a target with the ray from an origin is start + s u with s = N / D,
+// N = (w . v) c - w . u, D = c c - 1 and c = u . v. Here u is the target's unit vector, v the
+// ray's, and w leads from start to the origin. The constants below count unit roundoffs h = 2^-53.
+// All z are equal, so that a dot product has two products and one sum.
+
+/// Error of |u|^2 = 1, in unit roundoffs.
+// The length has 2 h: a square 1 h, the sum 1 h, the root halves both and adds 1 h. Its reciprocal
+// has 1 h more, and so has the product of a component with it. Squaring doubles these 4 h.
+constexpr double kUnitSquareRoundoffs = 2.0 * (2.0 + 1.0 + 1.0);
+
+/// Error of c, in unit roundoffs.
+// Each product 1 h, the sum 1 h.
+constexpr double kCosineRoundoffs = 1.0 + 1.0;
+
+/// Error of D against (u . v)^2 - |u|^2 |v|^2 = -|u x v|^2, in unit roundoffs.
+// c twice, the product 1 h, the difference 1 h; the 1 takes the place of |u|^2 |v|^2.
+constexpr double kDenominatorRoundoffs =
+    2.0 * kCosineRoundoffs + 1.0 + 1.0 + 2.0 * kUnitSquareRoundoffs;
+
+/// Error of N against (w . v) (u . v) - (w . u) |v|^2, in unit roundoffs of |w|.
+// w . v, c, and the product of the two; w . u; the difference; w . u lacks the factor |v|^2.
+constexpr double kNumeratorRoundoffs =
+    (kCosineRoundoffs + kCosineRoundoffs + 1.0) + kCosineRoundoffs + 1.0 + kUnitSquareRoundoffs;
+
+/// The least |u x v| of a target that does not count as parallel to the ray.
+// Some component of the unit vectors differs by more than the tolerance t = kLineParallelTolerance,
+// for v and for -v. So 2 sin(a / 2) > t and 2 cos(a / 2) > t, where a is the angle, and the squares
+// of the two add up to 4: sin(a) is above t sqrt(1 - t^2 / 4), and that above t (1 - t^2 / 4). The
+// components that are compared are off by 3 h each, their difference by another h. u and v are off
+// in direction by 1 h each, and in length by 4 h of |u x v|, which is far below 1 h.
+constexpr double kLeastCross =
+    kLineParallelTolerance * (1.0 - kLineParallelTolerance * kLineParallelTolerance / 4.0) -
+    (2.0 * 3.0 + 1.0 + 2.0 * 1.0 + 1.0) * kUnitRoundoff;
+
+/// What is not divided by |u x v|, in unit roundoffs of the sum of the sizes.
+// With R, the sum of all coordinates plus what the target was lengthened by. |s|, |w| and every
+// length are at most R.
+//   w, the quotient s, the product s u        R each                                   3
+//   the sum start + s u                       at most 2 R                              2
+//   v is off the direction of d by 1 h        over at most 2 R along the ray           2
+//   u is off the target's by 2 h              over at most R                           2
+//   the position along the target             dot 4 h, length squared 7 h, quotient
+//                                             1 h, length 3 h, product 1 h            16
+//   each aside value of GapAside, 2 h         their sizes add up to R                  2
+//   the difference of two of them             at most R                                1
+//   IsOn of two first ends                    difference 1 h, cross product 2 h        3
+//   AsideReach itself                         11 sums, 2 + 3 operations               16
+constexpr double kUndividedRoundoffs = 3.0 + 2.0 + 2.0 + 2.0 + 16.0 + 2.0 + 1.0 + 3.0 + 16.0;
 
 /// How far aside of its ray rounding puts a crossing, relative to the coordinates plus whatever the
 /// target was lengthened by.
 ///
 /// Requires ordinary sizes, and a target that counts as neither shorter than the tolerance nor
 /// parallel to the ray.
-// The crossing is start + s u with s = N / D, N = (w . v) c - w . u, D = c c - 1 and c = u . v: u
-// is the target's unit vector, v that of the ray, w leads from start to the ray's origin. To the
-// first order in h = 2^-53, with all z equal:
-//   u, v     2 h by the length, h by its reciprocal, h by the product      |u|^2, |v|^2 = 1 +- 8 h
-//   c        2 products, 1 sum                                             +- 2 h
-//   D        c twice, 1 product, 1 difference: 6 h; and it should be
-//            (u . v)^2 - |u|^2 |v|^2 = -|u x v|^2, which is 16 h away       +- 22 h
-//   N        w . v 2 h, its product with c 3 h, w . u 2 h, 1 difference:
-//            8 h |w|; and w . u should be times |v|^2, which is 8 h away   +- 16 h |w|
-// So s is off by (22 h |s| + 16 h |w|) / |u x v|^2, and the crossing is off the ray by |u x v|
-// times that. The unit components of u and v differ by more than kLineParallelTolerance, in both
-// senses, and so |u x v| is no smaller. |s| is at most the target's length plus what it was
-// lengthened by, and that length and |w| are at most the sum of the coordinates: 22 + 16 = 38. The
-// other roundings (the differences of coordinates, the sum start + s u, the values that PassAside
-// compares, the position along the target) are a few h and not divided by |u x v|: the last 2 of 40
-// are 2e5 h.
-constexpr double kCrossingRounding = 40.0 * kUnitRoundoff / kLineParallelTolerance;
+// The exact crossing of the two lines has s* = N* / D* with N* and D* as named above, which holds
+// for vectors of any length: N* = -(w x v) (u x v). The computed s satisfies s D = N (1 + h), so
+// that s - s* = (dN - s dD) / D*, where dN and dD are the errors of N and D. The computed crossing
+// is off its ray by |u x v| times that: (|dN| + |s| |dD|) / |u x v|. |w| and |s| are at most the
+// sum of the coordinates plus what the target was lengthened by. Products of two errors add less
+// than 1e-8 of the second part.
+constexpr double kCrossingRounding =
+    ((kNumeratorRoundoffs + kDenominatorRoundoffs) / kLeastCross + kUndividedRoundoffs) *
+    kUnitRoundoff;
 
 /// The largest distance aside, times |d|, at which the steps of the sweep can accept a contact of a
 /// and b. Requires ordinary sizes, and a d that is no shorter than linearTolerance.
@@ -191,17 +221,18 @@ inline double AsideReach(const SweptSegment& a, const SweptSegment& b, const Mea
   return (widest + kCrossingRounding * (widest + size)) * d.magnitude;
 }
 
-/// Whether AsideReach holds for them. False for a NaN.
+/// Whether AsideReach holds for these segments and this direction. False for a NaN.
 inline bool AreOrdinary(const SweptSegment& a, const SweptSegment& b, const Measured3& d) {
-  // segment-whose-length-overflows: even what is far aside can meet it.
-  // tiny-segment-along-the-direction: so can it meet one whose length has lost its digits.
+  // A segment whose length overflows (beyond about 1e154) can be met from far aside, and so can a
+  // segment whose length has lost its digits.
   return SumOfSizes(a.edge.c) > kLeastOrdinarySize && SumOfSizes(b.edge.c) > kLeastOrdinarySize &&
          d.magnitude > kLeastOrdinarySize && d.magnitude < kLargestOrdinarySize &&
          SumOfSizes(a.p[0].c) + SumOfSizes(a.p[1].c) < kLargestOrdinarySize &&
          SumOfSizes(b.p[0].c) + SumOfSizes(b.p[1].c) < kLargestOrdinarySize;
 }
 
-/// The gap between segments of one plane, across d and times |d|; not positive when they overlap.
+/// Returns the gap between segments of one plane, across d and times |d|. It is not positive when
+/// they overlap.
 inline double GapAside(const SweptSegment& a, const SweptSegment& b, const Measured3& d) {
   const auto aside = [&d](const SourcedPoint& p) { return d.c.y * p.c.x - d.c.x * p.c.y; };
   const double a0 = aside(a.p[0]);
@@ -213,8 +244,8 @@ inline double GapAside(const SweptSegment& a, const SweptSegment& b, const Measu
   return aThenB > bThenA ? aThenB : bThenA;
 }
 
-/// Segments in one plane that pass each other too far aside for the steps to find a contact. Quick,
-/// and safe to miss some.
+/// True when two segments of one plane pass each other too far aside for the steps of the sweep to
+/// find a contact. It may be false for such a pair: then the steps find nothing.
 inline bool PassAside(const SweptSegment& a, const SweptSegment& b, const Measured3& d,
                       const SweepTolerances& tol) {
   const double height = a.p[0].c.z;
@@ -223,8 +254,7 @@ inline bool PassAside(const SweptSegment& a, const SweptSegment& b, const Measur
   }
   const double gap = GapAside(a, b, d);
   if (!(gap > 0.0)) return false;
-  // tolerance-above-the-unit-direction: no line is crossed then, an end meets its foot on the
-  // other.
+  // With a tolerance above |d| no line is crossed: an end meets its foot on the other segment.
   if (tol.linear > d.magnitude || !AreOrdinary(a, b, d)) return false;
   return gap > AsideReach(a, b, d, tol);
 }
@@ -233,14 +263,14 @@ inline bool PassAside(const SweptSegment& a, const SweptSegment& b, const Measur
 inline bool SweepSegment(const Measured3& d, SweptSegment a, SweptSegment b, const bool* twoSided,
                          double margin, const SweepTolerances& tol, SweepContacts& contacts) {
   // A is judged, and may be refused, before B is looked at.
-  if (!FaceSegment(a, d, 1.0, &twoSided[0])) return false;
+  if (!TurnSegment(a, d, 1.0, &twoSided[0])) return false;
   const bool alongA = gsl_arithmetic::IsOn(d, a.edge, tol.cosine);
-  if (!FaceSegment(b, d, -1.0, &twoSided[1])) return false;
+  if (!TurnSegment(b, d, -1.0, &twoSided[1])) return false;
   const bool alongB = gsl_arithmetic::IsOn(d, b.edge, tol.cosine);
 
   if (alongA && alongB) return EndsOnOneLine(a, b, d, margin, tol.cosine, contacts);
-  if (alongA) return EndsOfAlongA(a, b, d, margin, tol.linear, contacts);
-  if (alongB) return EndsOfAlongB(a, b, d, margin, tol.linear, contacts);
+  if (alongA) return EndsOfAlong(+1, a, b, d, margin, tol.linear, contacts);
+  if (alongB) return EndsOfAlong(-1, b, a, d, margin, tol.linear, contacts);
   return EndsAcross(a, b, d, margin, tol.linear, contacts);
 }
 

@@ -3,7 +3,7 @@
 
 #include "kernel/Vector.h"
 
-/// What the sweeps hand back. A kernel does not give out identities: every point says where it came
+/// What the sweeps return. A kernel does not allocate identities: every point says where it came
 /// from, and the caller does.
 namespace gsl_kernel {
 
@@ -14,6 +14,11 @@ struct SourcedPoint {
   Coord3 c;
   int source;
 };
+
+/// Slot of the contact on the body that `side` names: +1 for A, -1 for B.
+inline int SlotOf(int side) {
+  return (1 - side) / 2;
+}
 
 /// The caller's running minimum: the contact on A (slot 0) and on B (slot 1).
 struct SweepContacts {

@@ -18,7 +18,6 @@ inline PlaneEquation BisectingPlane(const Coord3& p, const Coord3& q, double lin
                          (p.x * p.x - q.x * q.x) + (p.y * p.y - q.y * q.y) +
                              (p.z * p.z - q.z * q.z)};
   const double length = Length(plane.n);
-  // bisecting-plane-shorter-than-the-tolerance-is-not-scaled
   if (linearTolerance > std::fabs(length)) return plane;
   return {Divide(plane.n, length), plane.r / length};
 }
@@ -42,7 +41,6 @@ inline bool CommonPoint(const PlaneEquation& p1, const PlaneEquation& p2, const 
 inline Measured3 CircumNormal(const Coord3& p0, const Coord3& p1, const Coord3& p2,
                               double linearTolerance) {
   Measured3 n = Measure(Cross(Subtract(p1, p0), Subtract(p2, p0)));
-  // normal-shorter-than-the-tolerance-is-not-normalised
   gsl_arithmetic::Normalize(n, linearTolerance);
   return n;
 }

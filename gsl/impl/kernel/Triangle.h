@@ -5,7 +5,8 @@
 
 namespace gsl_kernel {
 
-/// Corner i as the triangle test sees it: the doubled normal of its two edges, and its square.
+/// A corner as the triangle test sees it, with the normal of its two edges (its length is the
+/// doubled area) and the square of that normal.
 struct Corner {
   Coord3 at, next, last;
   Coord3 normal;
@@ -23,10 +24,11 @@ inline double ScaledWeight(const Coord3& x, const Corner& corner) {
   return Dot(c, corner.normal);
 }
 
-/// Barycentric weights of x, a point of the triangle's plane; all three always written.
+/// Computes the barycentric weights of x, a point of the triangle's plane. All three are always
+/// written.
 ///
 /// False when a weight times its squared doubled area falls below -linearTolerance^2, so the border
-/// and a hair beyond it are inside. A degenerate triangle gives NaN weights and true.
+/// and a hair beyond it are inside. A degenerate triangle has NaN weights, and the result is true.
 inline bool PointInTriangle(const Coord3& x, const Coord3& p0, const Coord3& p1, const Coord3& p2,
                             double linearTolerance, double* weights) {
   const Corner corners[3] = {CornerAt(p0, p1, p2), CornerAt(p1, p2, p0), CornerAt(p2, p0, p1)};
@@ -34,33 +36,35 @@ inline bool PointInTriangle(const Coord3& x, const Coord3& p0, const Coord3& p1,
   bool inside = true;
   for (int i = 0; i < 3; ++i) {
     weights[i] = ScaledWeight(x, corners[i]) / corners[i].normalSquared;
-    // degenerate-triangle-is-not-rejected
+    // degenerate-triangle-holds-every-point: weights of NaN pass the rejection.
     if (weights[i] * corners[i].normalSquared < -tolerance2) inside = false;
   }
   return inside;
 }
 
-/// A triangle that many points are tested against: the answers of PointInTriangle, bit for bit,
+/// A triangle that many points are tested against: the results of PointInTriangle, bit for bit,
 /// without the weights.
 class TriangleTest {
 public:
   TriangleTest(const Coord3& p0, const Coord3& p1, const Coord3& p2, double linearTolerance)
-      : corners{CornerAt(p0, p1, p2), CornerAt(p1, p2, p0), CornerAt(p2, p0, p1)},
-        tolerance2(linearTolerance * linearTolerance) {}
+      : m_corners{CornerAt(p0, p1, p2), CornerAt(p1, p2, p0), CornerAt(p2, p0, p1)},
+        m_tolerance2(linearTolerance * linearTolerance) {}
 
   bool Contains(const Coord3& x) const {
-    for (const Corner& corner : corners) {
+    for (const Corner& corner : m_corners) {
       const double scaled = ScaledWeight(x, corner);
-      // Only a negative one can be too small, and only then does its rounding matter.
+      // Only a negative weight can be too small, and only then does its rounding matter: the
+      // quotient and the product of a number that is not negative with a square are not negative
+      // either, or NaN.
       if (!(scaled < 0.0)) continue;
-      if (scaled / corner.normalSquared * corner.normalSquared < -tolerance2) return false;
+      if (scaled / corner.normalSquared * corner.normalSquared < -m_tolerance2) return false;
     }
     return true;
   }
 
 private:
-  Corner corners[3];
-  double tolerance2;
+  Corner m_corners[3];
+  double m_tolerance2;
 };
 
 } // namespace gsl_kernel

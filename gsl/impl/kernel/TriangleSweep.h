@@ -12,18 +12,12 @@ struct SourcedTriangle {
   SourcedPoint p[3];
 };
 
-/// Slot of the contact on the first triangle of a routine: `side` is +1 when that is A, -1 for B.
-inline int SlotOfFirst(int side) {
-  return (1 - side) / 2;
-}
-
-/// The point moved along d onto the plane. It stays itself, identity included, where it lies on the
-/// plane or d does not lead there.
+/// Returns the point moved along d onto the plane. A point that lies on the plane, or that d does
+/// not lead there, is returned as it is, identity included.
 inline SourcedPoint ShadowOf(const SourcedPoint& p, const Plane& plane, const Measured3& d,
                              const SweepTolerances& tol) {
   Coord3 crossing;
   if (IntersectRayPlane(p.c, d, plane, tol.linear, tol.cosine, crossing) != RayPlane::Crossing) {
-    // is-its-own-shadow
     return p;
   }
   return {crossing, kComputed};
@@ -61,10 +55,11 @@ struct PreparedEdges {
   }
 };
 
-/// Where two edges cross: p on the line of the first, the weights those of p along the second.
+/// Finds where two edges cross. p lies on the line of the first; the weights locate p along the
+/// second.
 ///
-/// The lines must be neither skew nor parallel and p within both edges. None of the four tests has
-/// an effect, so the cheap ones, which reject most, come first.
+/// The lines must be neither skew nor parallel, and p must be within both edges. The four tests can
+/// run in any order, so the cheap tests, which reject most, come first.
 inline bool CrossEdges(const PreparedEdge& first, const PreparedEdge& second,
                        double linearTolerance, Coord3& p, double* weights) {
   if (SameOrOppositeComponents(first.components, second.components, kLineParallelTolerance)) {
@@ -96,12 +91,12 @@ inline void ForEachEdgeCrossing(const SourcedTriangle& first, const SourcedTrian
   }
 }
 
-/// E edge-on to d against the face F. A vertex counts as found only when it improves the distance,
-/// an edge crossing whenever there is one.
+/// Sweeps a triangle that is edge-on to d against a face. A vertex counts as found only when it
+/// improves the distance; an edge crossing always counts.
 inline bool EdgeOnTriangleDist(const SourcedTriangle& edgeTri, const SourcedTriangle& faceTri,
                                const Plane& facePlane, const Measured3& d, int side,
                                const SweepTolerances& tol, SweepContacts& contacts) {
-  const int k = SlotOfFirst(side);
+  const int k = SlotOf(side);
   bool found = false;
   const SourcedTriangle shadow = ProjectTriangleAlong(edgeTri, facePlane, d, tol);
   const TriangleTest face = InsideTest(faceTri, tol.linear);
@@ -109,12 +104,12 @@ inline bool EdgeOnTriangleDist(const SourcedTriangle& edgeTri, const SourcedTria
     if (!face.Contains(shadow.p[i].c)) continue;
     const double g = std::fabs(Distance(edgeTri.p[i].c, shadow.p[i].c));
     if (!(contacts.distance > g)) continue;
-    // edge-on-vertex-counts-when-closer
+    // edge-on-vertex-counts-when-closer: a crossing counts always.
     found = true;
     contacts.Accept(k, edgeTri.p[i], shadow.p[i], g);
   }
   ForEachEdgeCrossing(faceTri, shadow, tol.linear, [&](int j, const Coord3& p, const double* w) {
-    // edge-on-crossing-always-counts
+    // edge-on-crossing-always-counts: a vertex counts only when it is closer.
     found = true;
     const Coord3& e0 = edgeTri.p[j].c;
     const Coord3& e1 = edgeTri.p[(j + 1) % 3].c;
@@ -127,11 +122,12 @@ inline bool EdgeOnTriangleDist(const SourcedTriangle& edgeTri, const SourcedTria
   return found;
 }
 
-/// Both triangles edge-on, in one plane: vertex i of the first against edge i of the second.
+/// Sweeps two triangles that are edge-on and in one plane: vertex i of the first against edge i of
+/// the second.
 inline bool CoplanarVertexEdgeDist(const SourcedTriangle& tri1, const SourcedTriangle& tri2,
                                    const Measured3& d, int side, const SweepTolerances& tol,
                                    SweepContacts& contacts) {
-  const int k = SlotOfFirst(side);
+  const int k = SlotOf(side);
   bool found = false;
   for (int i = 0; i < 3; ++i) {
     const Line line = {tri1.p[i].c, d};
@@ -149,7 +145,8 @@ inline bool CoplanarVertexEdgeDist(const SourcedTriangle& tri1, const SourcedTri
   return found;
 }
 
-/// Neither triangle edge-on: vertices of A over B, vertices of B under A, crossing edges.
+/// Sweeps two triangles that are not edge-on: vertices of A over B, vertices of B under A, crossing
+/// edges.
 template <class CallerContact>
 inline bool FaceToFaceDist(const SourcedTriangle& a, const SourcedTriangle& b, const Plane& planeA,
                            const Plane& planeB, const Measured3& d, const SweepTolerances& tol,
@@ -157,22 +154,23 @@ inline bool FaceToFaceDist(const SourcedTriangle& a, const SourcedTriangle& b, c
   bool found = false;
   const auto consider = [&](const SourcedPoint& onA) {
     found = true;
-    // distances-are-unsigned
+    // distances-are-unsigned: the way back counts like the way ahead.
     const double g = std::fabs(PlaneDistanceAlong(onA.c, planeB, d));
     if (!(contacts.distance > g)) return;
     contacts.point[0] = onA;
     contacts.written[0] = true;
     contacts.distance = g;
   };
+  const auto considerCornersInside = [&](const SourcedTriangle& corners,
+                                         const SourcedTriangle& face) {
+    const TriangleTest inside = InsideTest(face, tol.linear);
+    for (const SourcedPoint& corner : corners.p) {
+      if (inside.Contains(corner.c)) consider(corner);
+    }
+  };
   const SourcedTriangle shadow = ProjectTriangleAlong(b, planeA, d, tol);
-  const TriangleTest insideShadow = InsideTest(shadow, tol.linear);
-  for (const SourcedPoint& vertex : a.p) {
-    if (insideShadow.Contains(vertex.c)) consider(vertex);
-  }
-  const TriangleTest insideA = InsideTest(a, tol.linear);
-  for (const SourcedPoint& vertex : shadow.p) {
-    if (insideA.Contains(vertex.c)) consider(vertex);
-  }
+  considerCornersInside(a, shadow);
+  considerCornersInside(shadow, a);
   ForEachEdgeCrossing(a, shadow, tol.linear, [&](int, const Coord3& p, const double*) {
     consider({p, kComputed});
   });
@@ -184,30 +182,30 @@ inline bool FaceToFaceDist(const SourcedTriangle& a, const SourcedTriangle& b, c
   return true;
 }
 
-struct Extent {
+struct Slab {
   double min, max;
 };
 
 /// Parameters of the vertices on the axis through `origin` along the unit vector d.
-inline Extent ExtentAlong(const Coord3& origin, const Coord3& d, const SourcedTriangle& tri) {
+inline Slab SlabAlong(const Coord3& origin, const Coord3& d, const SourcedTriangle& tri) {
   const double t0 = ParameterAlong(tri.p[0].c, origin, d);
-  Extent extent = {t0, t0};
+  Slab slab = {t0, t0};
   for (int i = 1; i < 3; ++i) {
     const double t = ParameterAlong(tri.p[i].c, origin, d);
-    if (t < extent.min) extent.min = t;
-    if (t > extent.max) extent.max = t;
+    if (t < slab.min) slab.min = t;
+    if (t > slab.max) slab.max = t;
   }
-  return extent;
+  return slab;
 }
 
-/// B lies wholly behind A along d, or farther ahead than `reach`. No rejection writes anything, so
-/// what they cost orders them: this one, the cheapest, comes first.
+/// True when B lies wholly behind A along d, or farther ahead than `reach`. No rejection writes
+/// anything, so that the cheapest comes first: this one.
 inline bool SlabsReject(const SourcedTriangle& a, const SourcedTriangle& b, const Measured3& d,
                         double reach, double linearTolerance) {
   const Coord3 axis = gsl_arithmetic::NormalizedCopy(d, linearTolerance).c;
-  const Extent extentA = ExtentAlong(a.p[0].c, axis, a);
-  const Extent extentB = ExtentAlong(a.p[0].c, axis, b);
-  return extentA.min > extentB.max || extentB.min - extentA.max > reach;
+  const Slab slabA = SlabAlong(a.p[0].c, axis, a);
+  const Slab slabB = SlabAlong(a.p[0].c, axis, b);
+  return slabA.min > slabB.max || slabB.min - slabA.max > reach;
 }
 
 enum class Facing { Right, EdgeOn, Wrong };
@@ -219,15 +217,22 @@ inline Facing FacingOf(const Measured3& normal, const Measured3& d, double sense
   return sense * Dot(normal.c, d.c) < 0.0 ? Facing::Wrong : Facing::Right;
 }
 
-/// Shortest normal that still counts as one: a triangle's is 1 or 0.
+/// Error of the length of a normal that is present, in unit roundoffs.
+// The length is m (1 / m) with a rounding of the reciprocal and one of the product. A length that
+// overflows results in NaN, and a subnormal length can result in infinity: both count as present.
+constexpr double kUnitNormalRoundoffs = 1.0 + 1.0;
+
+/// Length below which a triangle has no normal.
+// The length of a normal is exactly 0, or within kUnitNormalRoundoffs of 1: anything between the
+// two separates them.
 constexpr double kNormalPresent = 0.5;
 
 inline Measured3 NormalOf(const SourcedTriangle& tri, double cosineTolerance) {
   return UnitNormal(tri.p[0].c, tri.p[1].c, tri.p[2].c, cosineTolerance);
 }
 
-/// Makes the normal of a triangle that faces the wrong way point the other way; false where the
-/// caller does not allow that. The flag of a triangle that faces the right way is not looked at.
+/// Turns the normal of a triangle that faces the wrong way; false where the caller does not allow
+/// that. The flag of a triangle that faces the right way is not read.
 inline bool Turn(Measured3& normal, Facing facing, const bool* twoSided) {
   if (facing != Facing::Wrong) return true;
   if (!*twoSided) return false;
@@ -237,8 +242,8 @@ inline bool Turn(Measured3& normal, Facing facing, const bool* twoSided) {
 
 /// The sweep along the unit direction d, or the zero vector, of a pair that SlabsReject keeps. A
 /// triangle without a normal, and then one that faces the wrong way, ends it before anything is
-/// written. `callerContact` gives what the caller passed in as contacts[0], and is asked only where
-/// that counts.
+/// written. `callerContact` returns what the caller passed in as contacts[0], and is asked only
+/// where that counts.
 template <class CallerContact>
 inline bool SweepTriangle(const Measured3& d, const SourcedTriangle& a, const SourcedTriangle& b,
                           const bool* twoSided, const SweepTolerances& tol,
@@ -259,7 +264,7 @@ inline bool SweepTriangle(const Measured3& d, const SourcedTriangle& a, const So
   if (!edgeOnA && edgeOnB) return EdgeOnTriangleDist(b, a, planeA, d, -1, tol, contacts);
   if (edgeOnA && !edgeOnB) return EdgeOnTriangleDist(a, b, planeB, d, +1, tol, contacts);
   if (edgeOnA) {
-    // separate-parallel-planes-find-nothing
+    // crossing-planes-count-as-one: planes that are not parallel have the distance 0.
     if (DistanceBetweenParallelPlanes(planeA, planeB, tol.cosine) > tol.linear) return false;
     // coplanar-b-only-without-a: what A's vertices found is kept, B's are then not tried.
     return CoplanarVertexEdgeDist(a, b, d, +1, tol, contacts) ||

@@ -29,26 +29,25 @@ inline double Distance(const Coord3& a, const Coord3& b) {
 }
 
 /// Unit normal of p1, p2, p3, right-handed; zero when
-/// cosineTolerance * |p1p2| * |p2p3| >= |p1p2 x p2p3|. The length is scaled along, so it can miss 1
-/// by a last place.
+/// cosineTolerance * |p1p2| * |p2p3| >= |p1p2 x p2p3|. The length is scaled with the components, so
+/// that it can miss 1 by a last place.
 inline Measured3 UnitNormal(const Coord3& p1, const Coord3& p2, const Coord3& p3,
                             double cosineTolerance) {
   const Measured3 a = Between(p1, p2);
   const Measured3 b = Between(p2, p3);
   const Measured3 c = Measure(Cross(a.c, b.c));
-  // exactly-the-cosine-tolerance-is-collinear
+  // cosine-tolerance-itself-is-collinear: this test is closed, the others are strict.
   if (cosineTolerance * a.magnitude * b.magnitude >= c.magnitude) return {{0.0, 0.0, 0.0}, 0.0};
   return gsl_arithmetic::Scaled(c, 1.0 / c.magnitude);
 }
 
-/// Components divided by the cached length; zero when that is exactly 0.
+/// Returns the components divided by the cached length, or zero when that length is exactly 0.
 inline Coord3 UnitComponents(const Measured3& v) {
   if (v.magnitude == 0.0) return {0.0, 0.0, 0.0};
   return Divide(v.c, v.magnitude);
 }
 
 inline bool SameComponents(const Coord3& a, const Coord3& b, double tol) {
-  // nan-passes-same-direction
   return WithinBand(a.x, b.x, tol) && WithinBand(a.y, b.y, tol) && WithinBand(a.z, b.z, tol);
 }
 
@@ -56,12 +55,12 @@ inline bool SameDirection(const Measured3& a, const Measured3& b, double tol) {
   return SameComponents(UnitComponents(a), UnitComponents(b), tol);
 }
 
-/// The same direction or the opposite one, both as unit components.
+/// The same direction or the opposite direction, both as unit components.
 inline bool SameOrOppositeComponents(const Coord3& a, const Coord3& b, double tol) {
   return SameComponents(a, b, tol) || SameComponents(a, Negated(b), tol);
 }
 
-/// The same direction or the opposite one.
+/// The same direction or the opposite direction.
 inline bool IsParallel(const Measured3& a, const Measured3& b, double tol) {
   return SameOrOppositeComponents(UnitComponents(a), UnitComponents(b), tol);
 }
@@ -93,7 +92,7 @@ inline Measured3 BestAlignedOrthogonalUnit(const Measured3& v, double linearTole
     }
   }
   const Coord3 t = Cross(v.c, best.c);
-  // best-aligned-orthogonal-unit-is-not-normalised
+  // best-aligned-unit-is-not-a-unit: the product keeps the lengths of its factors.
   return Measure(Cross(t, v.c));
 }
 
@@ -108,7 +107,6 @@ inline bool AngleBetween(Measured3 axis, Measured3 a, Measured3 b, double linear
   const double da = Dot(a.c, axis.c);
   const double db = Dot(b.c, axis.c);
   if (std::fabs(da - db) > linearTolerance) return false;
-  // failed-normalisations-are-ignored
   Measured3 pa = Measure(Subtract(a.c, Multiply(axis.c, da)));
   Measured3 pb = Measure(Subtract(b.c, Multiply(axis.c, db)));
   gsl_arithmetic::Normalize(pa, linearTolerance);
@@ -121,13 +119,13 @@ inline bool AngleBetween(Measured3 axis, Measured3 a, Measured3 b, double linear
   return true;
 }
 
-/// a . b, divided by each length that exceeds the tolerance unless both are promised to be 1; a
-/// length that does not makes it 0.
+/// Returns a . b, divided by each length unless both are promised to be 1. A length that does not
+/// exceed the tolerance makes the result 0.
 inline double CosineBetween(const Measured3& a, const Measured3& b, bool unitVectors,
                             double linearTolerance) {
   double c = Dot(a.c, b.c);
   if (unitVectors) return c;
-  // a-zero-vector-is-at-a-right-angle
+  // zero-vector-is-at-a-right-angle: a length within the tolerance makes the cosine 0.
   c = a.magnitude > linearTolerance ? c / a.magnitude : 0.0;
   c = b.magnitude > linearTolerance ? c / b.magnitude : 0.0;
   return c;

@@ -108,7 +108,7 @@ private:
       if (p != j) Exchange(j, p);
       m_work.pivots[j] = static_cast<std::int32_t>(p);
       double& pivot = Block(first, first)[c * kLeaf + c];
-      // small-negative-pivot-becomes-positive
+      // small-negative-pivot-becomes-positive: the sign of a tiny pivot is rounding.
       if (kTinyPivot > __builtin_fabs(pivot)) pivot = kTinyPivot;
       p = EliminateColumn(first, c);
     }

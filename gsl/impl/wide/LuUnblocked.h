@@ -23,7 +23,6 @@ inline double LargestMagnitude(const double* row, std::int32_t n) {
 inline bool ScaleRows(const LuSystem& s, double* scale) {
   for (std::int32_t i = 0; i < s.size; ++i) {
     const double big = LargestMagnitude(s.matrix[i], s.size);
-    // zero-row-fails-with-matrix-and-solution-untouched
     if (kTinyPivot > big) return false;
     scale[i] = 1.0 / big;
   }
@@ -35,7 +34,7 @@ inline std::int32_t PivotRow(const LuSystem& s, const double* scale, std::int32_
   std::int32_t p = j;
   for (std::int32_t i = j; i < s.size; ++i) {
     const double merit = scale[i] * std::fabs(s.matrix[i][j]);
-    // equal-merits-take-the-last-row
+    // equal-merits-take-the-last-row: the comparison lets a tie through.
     if (merit >= best) {
       best = merit;
       p = i;
@@ -76,7 +75,7 @@ inline LuResult DecomposeUnblocked(LuSystem& s, double* scale) {
     }
     s.pivots[j] = p;
     double* const pivotRow = s.matrix[j];
-    // small-negative-pivot-becomes-positive
+    // small-negative-pivot-becomes-positive: the sign of a tiny pivot is rounding.
     if (kTinyPivot > std::fabs(pivotRow[j])) pivotRow[j] = kTinyPivot;
     for (std::int32_t i = j + 1; i < s.size; ++i) {
       double* const row = s.matrix[i];

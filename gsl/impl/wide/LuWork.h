@@ -8,7 +8,7 @@
 namespace gsl_kernel {
 
 /// A row whose largest magnitude is below this is a zero row, and no pivot is smaller.
-// dependent-column-gets-the-tiny-pivot
+// dependent-column-gets-the-tiny-pivot: a singular matrix without a zero row is solved.
 constexpr double kTinyPivot = 1e-16;
 
 /// The system as the caller gave it, and what is found out about it.

@@ -135,7 +135,7 @@ TEST(GslBBox, EmptyMeansMinBeyondMaxOnAnyAxis) {
     gsl_BBox box = BoxOf({1.0, 1.0, 1.0}, {2.0, 2.0, 2.0});
     box.max[axis] = 1.0;
     EXPECT_FALSE(box.IsEmpty()) << axis;
-    box.max[axis] = std::nextafter(1.0, 0.0);
+    box.max[axis] = numbers::Below(1.0);
     EXPECT_TRUE(box.IsEmpty()) << axis;
     EXPECT_EQ(box.Size(), -1.0);
     EXPECT_EQ(box.Diag().magnitude, 0.0);
@@ -194,7 +194,7 @@ TEST(GslBBox, BoxesThatTouchAlongAFaceIntersect) {
 
 TEST(GslBBox, IntersectHasNoTolerance) {
   const gsl_BBox box = BoxOf({0.0, 0.0, 0.0}, {1.0, 1.0, 1.0});
-  const double above = std::nextafter(1.0, 2.0);
+  const double above = numbers::Above(1.0);
   EXPECT_FALSE(box.Intersect(BoxOf({above, 0.0, 0.0}, {above, 1.0, 1.0})));
   EXPECT_TRUE(box.Intersect(BoxOf({1.0, 1.0, 1.0}, {1.0, 1.0, 1.0})));
 }
@@ -323,7 +323,7 @@ TEST(GslBBox, EqualityIsThatOfTheCorners) {
   const gsl_BBox box = BoxOf({0.0, 0.0, 0.0}, {1.0, 1.0, 1.0});
   EXPECT_TRUE(box == box);
   EXPECT_TRUE(box == BoxOf({0.5, 0.0, 0.0}, {1.0, 1.0, 1.0}));
-  EXPECT_FALSE(box == BoxOf({std::nextafter(0.5, 1.0), 0.0, 0.0}, {1.0, 1.0, 1.0}));
+  EXPECT_FALSE(box == BoxOf({numbers::Above(0.5), 0.0, 0.0}, {1.0, 1.0, 1.0}));
   EXPECT_TRUE(box != BoxOf({0.0, 0.0, 0.0}, {1.0, 1.0, 1.6}));
   EXPECT_TRUE(gsl_BBox() == gsl_BBox());
 }

@@ -9,13 +9,8 @@
 
 namespace {
 
-double JustAbove(double value) {
-  return std::nextafter(value, kInfinity);
-}
-
-double JustBelow(double value) {
-  return std::nextafter(value, -kInfinity);
-}
+using numbers::Above;
+using numbers::Below;
 
 double LinearTolerance() {
   return omi_Singleton<gsl_Util>::Instance().linearTolerance;
@@ -56,14 +51,14 @@ TEST(GslEntityPredicates, SkewDistanceOfParallelOrZeroDirectionsIsZero) {
 TEST(GslEntityPredicates, CommonNormalOfExactlyTheToleranceCounts) {
   const double tol = LinearTolerance();
   EXPECT_EQ(lineSkewDistance(Line(0, 0, 0, 1, 0, 0), Line(0, 0, 3, 0, tol, 0)), 3.0);
-  EXPECT_EQ(lineSkewDistance(Line(0, 0, 0, 1, 0, 0), Line(0, 0, 3, 0, JustBelow(tol), 0)), 0.0);
+  EXPECT_EQ(lineSkewDistance(Line(0, 0, 0, 1, 0, 0), Line(0, 0, 3, 0, Below(tol), 0)), 0.0);
 }
 
 TEST(GslEntityPredicates, DistanceOfExactlyTheToleranceIsNotSkew) {
   const double tol = LinearTolerance();
   EXPECT_FALSE(linesAreSkew(Line(0, 0, 0, 1, 0, 0), Line(0, 0, tol, 0, 1, 0)));
-  EXPECT_TRUE(linesAreSkew(Line(0, 0, 0, 1, 0, 0), Line(0, 0, JustAbove(tol), 0, 1, 0)));
-  EXPECT_TRUE(linesAreSkew(Line(0, 0, 0, 1, 0, 0), Line(0, 0, -JustAbove(tol), 0, 1, 0)));
+  EXPECT_TRUE(linesAreSkew(Line(0, 0, 0, 1, 0, 0), Line(0, 0, Above(tol), 0, 1, 0)));
+  EXPECT_TRUE(linesAreSkew(Line(0, 0, 0, 1, 0, 0), Line(0, 0, -Above(tol), 0, 1, 0)));
 }
 
 TEST(GslEntityPredicates, ParallelLinesAreNeverSkew) {
@@ -85,10 +80,10 @@ TEST(GslEntityPredicates, ZeroDirectionIsCoincidentWithNothing) {
 TEST(GslEntityPredicates, CoincidenceIsStrictInDistanceAndCosine) {
   const double tol = LinearTolerance();
   EXPECT_FALSE(linesCoincident(Line(0, 0, 0, 1, 0, 0), Line(0, tol, 0, 1, 0, 0)));
-  EXPECT_TRUE(linesCoincident(Line(0, 0, 0, 1, 0, 0), Line(0, JustBelow(tol), 0, 1, 0, 0)));
+  EXPECT_TRUE(linesCoincident(Line(0, 0, 0, 1, 0, 0), Line(0, Below(tol), 0, 1, 0, 0)));
   const double cosine = CosineTolerance();
   EXPECT_FALSE(linesCoincident(Line(0, 0, 0, 1, 0, 0), Line(0, 0, 0, 1, cosine, 0)));
-  EXPECT_TRUE(linesCoincident(Line(0, 0, 0, 1, 0, 0), Line(0, 0, 0, 1, JustBelow(cosine), 0)));
+  EXPECT_TRUE(linesCoincident(Line(0, 0, 0, 1, 0, 0), Line(0, 0, 0, 1, Below(cosine), 0)));
 }
 
 TEST(GslEntityPredicates, CoincidenceMeasuresTheFirstLinesPointFromTheSecond) {
@@ -107,8 +102,8 @@ TEST(GslEntityPredicates, LineParallelToPlaneIsStrict) {
   const double cosine = CosineTolerance();
   EXPECT_TRUE(lineParallelToPlane(Line(0, 0, 5, 1, 1, 0), plane));
   EXPECT_FALSE(lineParallelToPlane(Line(0, 0, 5, 1, 0, cosine), plane));
-  EXPECT_TRUE(lineParallelToPlane(Line(0, 0, 5, 1, 0, JustBelow(cosine)), plane));
-  EXPECT_TRUE(lineParallelToPlane(Line(0, 0, 5, 1, 0, -JustBelow(cosine)), plane));
+  EXPECT_TRUE(lineParallelToPlane(Line(0, 0, 5, 1, 0, Below(cosine)), plane));
+  EXPECT_TRUE(lineParallelToPlane(Line(0, 0, 5, 1, 0, -Below(cosine)), plane));
   EXPECT_FALSE(lineParallelToPlane(Line(0, 0, 5, 1, 0, -cosine), plane));
 }
 
@@ -127,7 +122,7 @@ TEST(GslEntityPredicates, ZeroDirectionOrNormalIsNotParallelToThePlane) {
 TEST(GslEntityPredicates, LineLiesInPlaneNeedsItsPointStrictlyWithin) {
   const double tol = LinearTolerance();
   EXPECT_TRUE(lineLiesInPlane(Line(3, 4, 0, 1, 1, 0), PlaneAt(0, 0, 0, 2)));
-  EXPECT_TRUE(lineLiesInPlane(Line(3, 4, -JustBelow(tol), 1, 1, 0), PlaneAt(0, 0, 0, 1)));
+  EXPECT_TRUE(lineLiesInPlane(Line(3, 4, -Below(tol), 1, 1, 0), PlaneAt(0, 0, 0, 1)));
   EXPECT_FALSE(lineLiesInPlane(Line(3, 4, tol, 1, 1, 0), PlaneAt(0, 0, 0, 1)));
   EXPECT_FALSE(lineLiesInPlane(Line(0, 0, 0, 1, 1, 1), PlaneAt(0, 0, 0, 1)));
 }
@@ -164,7 +159,7 @@ TEST(GslEntityPredicates, DistanceBetweenPlanesThatAreNotParallelIsExactlyZero) 
 TEST(GslEntityPredicates, ParallelPlanesAreStrictInTheCosine) {
   const double cosine = CosineTolerance();
   EXPECT_FALSE(planesParallel(PlaneAt(0, 0, 0, 1), PlaneAt(0, 0, cosine, 1)));
-  EXPECT_TRUE(planesParallel(PlaneAt(0, 0, 0, 1), PlaneAt(0, 0, JustBelow(cosine), 1)));
+  EXPECT_TRUE(planesParallel(PlaneAt(0, 0, 0, 1), PlaneAt(0, 0, Below(cosine), 1)));
 }
 
 TEST(GslEntityPredicates, ZeroNormalIsParallelToNothing) {
@@ -178,7 +173,7 @@ TEST(GslEntityPredicates, ZeroNormalIsParallelToNothing) {
 TEST(GslEntityPredicates, CoincidentPlanesAreStrictInTheDistance) {
   const double tol = LinearTolerance();
   EXPECT_FALSE(planesCoincident(PlaneAt(tol, 0, 0, 1), PlaneAt(0, 0, 0, -1)));
-  EXPECT_TRUE(planesCoincident(PlaneAt(JustBelow(tol), 0, 0, 1), PlaneAt(0, 0, 0, -1)));
+  EXPECT_TRUE(planesCoincident(PlaneAt(Below(tol), 0, 0, 1), PlaneAt(0, 0, 0, -1)));
   EXPECT_FALSE(planesCoincident(PlaneAt(0, 0, 0, 1), PlaneAt(0, 0, 1, 1)));
 }
 
@@ -250,13 +245,13 @@ TEST(GslEntityPredicates, WeightTimesSquaredAreaAtTheSquaredToleranceIsInside) {
     ForEachOrder(p, q, r, [&](const auto& a, const auto& b, const auto& c, const auto&) {
       double weights[3];
       EXPECT_TRUE(pointInTriangle(gsl_Point(side / 2, -limit, 0.0), a, b, c, weights));
-      EXPECT_FALSE(pointInTriangle(gsl_Point(side / 2, -JustAbove(limit), 0.0), a, b, c, weights));
+      EXPECT_FALSE(pointInTriangle(gsl_Point(side / 2, -Above(limit), 0.0), a, b, c, weights));
     });
   }
 }
 
 TEST(GslEntityPredicates, AllThreeWeightsAreWrittenOutside) {
-  double weights[3] = {kSentinelNumber, kSentinelNumber, kSentinelNumber};
+  double weights[3] = {kSentinel, kSentinel, kSentinel};
   EXPECT_FALSE(
       pointInTriangle({2.0, 3.0, 0.0}, {0.0, 0.0, 0.0}, {1.0, 0.0, 0.0}, {0.0, 1.0, 0.0}, weights));
   EXPECT_EQ(weights[0], -4.0);
@@ -265,7 +260,7 @@ TEST(GslEntityPredicates, AllThreeWeightsAreWrittenOutside) {
 }
 
 TEST(GslEntityPredicates, DegenerateTriangleIsNotRejected) {
-  double weights[3] = {kSentinelNumber, kSentinelNumber, kSentinelNumber};
+  double weights[3] = {kSentinel, kSentinel, kSentinel};
   EXPECT_TRUE(
       pointInTriangle({9.0, 9.0, 9.0}, {0.0, 0.0, 0.0}, {1.0, 0.0, 0.0}, {3.0, 0.0, 0.0}, weights));
   for (const double weight : weights) {
@@ -288,7 +283,7 @@ TEST(GslEntityPredicates, SegmentParametersAreTheFractionAndItsComplement) {
 }
 
 TEST(GslEntityPredicates, SegmentParametersAreBothWrittenOutside) {
-  double weights[2] = {kSentinelNumber, kSentinelNumber};
+  double weights[2] = {kSentinel, kSentinel};
   EXPECT_FALSE(pointSegmentParameters({-2.0, 0.0, 0.0}, {0.0, 0.0, 0.0}, {4.0, 0.0, 0.0}, weights));
   EXPECT_EQ(weights[0], -0.5);
   EXPECT_EQ(weights[1], 1.5);
@@ -303,25 +298,23 @@ TEST(GslEntityPredicates, ExactlyTheToleranceBeyondASegmentIsInside) {
   const gsl_Point origin;
   // At the first end, then at the second.
   EXPECT_TRUE(pointSegmentParameters({-tol, 0.0, 0.0}, origin, {1.0, 0.0, 0.0}, weights));
-  EXPECT_FALSE(
-      pointSegmentParameters({-JustAbove(tol), 0.0, 0.0}, origin, {1.0, 0.0, 0.0}, weights));
+  EXPECT_FALSE(pointSegmentParameters({-Above(tol), 0.0, 0.0}, origin, {1.0, 0.0, 0.0}, weights));
   EXPECT_TRUE(pointSegmentParameters({tol, 0.0, 0.0}, {-1.0, 0.0, 0.0}, origin, weights));
-  EXPECT_FALSE(
-      pointSegmentParameters({JustAbove(tol), 0.0, 0.0}, {-1.0, 0.0, 0.0}, origin, weights));
+  EXPECT_FALSE(pointSegmentParameters({Above(tol), 0.0, 0.0}, {-1.0, 0.0, 0.0}, origin, weights));
 }
 
 TEST(GslEntityPredicates, ToleranceBeyondASegmentIsALengthWhateverTheSegments) {
   const double tol = LinearTolerance();
   double weights[2];
   EXPECT_TRUE(pointSegmentParameters({-tol, 0.0, 0.0}, gsl_Point(), {1024.0, 0.0, 0.0}, weights));
-  EXPECT_FALSE(pointSegmentParameters({-JustAbove(tol), 0.0, 0.0}, gsl_Point(), {1024.0, 0.0, 0.0},
-                                      weights));
+  EXPECT_FALSE(
+      pointSegmentParameters({-Above(tol), 0.0, 0.0}, gsl_Point(), {1024.0, 0.0, 0.0}, weights));
 }
 
 TEST(GslEntityPredicates, DegenerateSegmentTakesItsFirstPointsNeighbourhood) {
   const double tol = LinearTolerance();
   const gsl_Point end(0.0, tol, 0.0);
-  double weights[2] = {kSentinelNumber, kSentinelNumber};
+  double weights[2] = {kSentinel, kSentinel};
   EXPECT_TRUE(pointSegmentParameters({tol, 0.0, 0.0}, gsl_Point(), end, weights)) << "closed";
   EXPECT_TRUE(SameBits(weights[0], 0.0));
   EXPECT_EQ(weights[1], 1.0);
@@ -329,15 +322,15 @@ TEST(GslEntityPredicates, DegenerateSegmentTakesItsFirstPointsNeighbourhood) {
 
 TEST(GslEntityPredicates, DegenerateSegmentMissedWritesNothing) {
   const double tol = LinearTolerance();
-  double weights[2] = {kSentinelNumber, kSentinelNumber};
+  double weights[2] = {kSentinel, kSentinel};
   EXPECT_FALSE(
-      pointSegmentParameters({JustAbove(tol), 0.0, 0.0}, gsl_Point(), {0.0, tol, 0.0}, weights));
-  EXPECT_EQ(weights[0], kSentinelNumber);
-  EXPECT_EQ(weights[1], kSentinelNumber);
+      pointSegmentParameters({Above(tol), 0.0, 0.0}, gsl_Point(), {0.0, tol, 0.0}, weights));
+  EXPECT_EQ(weights[0], kSentinel);
+  EXPECT_EQ(weights[1], kSentinel);
 }
 
 TEST(GslEntityPredicates, SegmentJustLongerThanTheToleranceHasParameters) {
-  const double length = JustAbove(LinearTolerance());
+  const double length = Above(LinearTolerance());
   double weights[2];
   EXPECT_TRUE(
       pointSegmentParameters({length / 2, 0.0, 0.0}, gsl_Point(), {length, 0.0, 0.0}, weights));

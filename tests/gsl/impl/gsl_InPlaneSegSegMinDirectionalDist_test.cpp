@@ -421,7 +421,7 @@ TEST(GslInPlaneSweep, SegmentOfExactlyTheToleranceIsMetNearItsFirstEndOnly) {
   Sweep beyond({-1.45, 0.0, 0.0}, {-1.48, -9.0, 0.0}, {-2.0, 3.0, 0.0}, {-1.5, 3.0, 0.0});
   EXPECT_FALSE(beyond());
   Sweep shorter({-1.75, 0.0, 0.0}, {-1.85, -9.0, 0.0}, {-2.0, 3.0, 0.0},
-                {std::nextafter(-1.5, -2.0), 3.0, 0.0});
+                {numbers::Below(-1.5), 3.0, 0.0});
   EXPECT_FALSE(shorter());
 }
 

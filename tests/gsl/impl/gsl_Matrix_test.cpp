@@ -1,6 +1,7 @@
 #include "gsl_Matrix.h"
 
 #include "Numbers.h"
+#include "RandomNumbers.h"
 #include "ScopedSettings.h"
 
 #include <gtest/gtest.h>
@@ -789,7 +790,7 @@ RC_GTEST_PROP(GslMatrixGetAxisRotation, TurnsBackIntoTheSameMatrix, ()) {
 TEST(GslMatrix, HostileNumbersNeverCrash) {
   const std::uint64_t seed = 23;
   SCOPED_TRACE(testing::Message() << "seed " << seed);
-  numbers::Random random(seed);
+  RandomNumbers random(seed);
   for (int round = 0; round < 20000; ++round) {
     gsl_Matrix m, o;
     for (int r = 0; r < 4; ++r) {

@@ -1,6 +1,7 @@
 #include "gsl_Point.h"
 
 #include "Numbers.h"
+#include "RandomNumbers.h"
 #include "ScopedSettings.h"
 #include "VirtualSlot.h"
 #include "gsl_EntityPredicates.h"
@@ -944,7 +945,7 @@ int AskEverything(const gsl_Point& p, const gsl_Point& q, const gsl_Point& r, co
 TEST(GslPoint, HostileNumbersNeverCrash) {
   const std::uint64_t seed = 21;
   SCOPED_TRACE(testing::Message() << "seed " << seed);
-  numbers::Random random(seed);
+  RandomNumbers random(seed);
   int yes = 0;
   for (int round = 0; round < 20000; ++round) {
     const auto any = [&random] {
@@ -957,13 +958,13 @@ TEST(GslPoint, HostileNumbersNeverCrash) {
 
 TEST(GslPoint, HostileTolerancesNeverCrash) {
   const ScopedSettings settings;
-  numbers::Random random(22);
+  RandomNumbers random(22);
   int yes = 0;
   for (const double tolerance : numbers::Hostile()) {
     settings->linearTolerance = settings->cosineTolerance = settings->zeroTolerance = tolerance;
     for (int round = 0; round < 100; ++round) {
       const auto any = [&random] {
-        return gsl_Point(random.Between(-2.0, 2.0), random.Below(3), random.Below(2));
+        return gsl_Point(random.In(-2.0, 2.0), random.Below(3), random.Below(2));
       };
       yes += AskEverything(any(), any(), any(), any(), tolerance);
     }

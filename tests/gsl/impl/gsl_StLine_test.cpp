@@ -14,16 +14,11 @@
 
 namespace {
 
+using numbers::Above;
+using numbers::Below;
+
 double LinearTolerance() {
   return omi_Singleton<gsl_Util>::Instance().linearTolerance;
-}
-
-double JustAbove(double value) {
-  return std::nextafter(value, kInfinity);
-}
-
-double JustBelow(double value) {
-  return std::nextafter(value, -kInfinity);
 }
 
 gsl_StLine LineWithEveryFieldSet() {
@@ -61,11 +56,11 @@ gsl_Vector UnitWith(double x, double y) {
 /// The outputs of Intersect with a line, as sentinels.
 struct LineOutputs {
   gsl_Point out = Sentinel();
-  double dist = kSentinelNumber;
+  double dist = kSentinel;
   const gsl_Point before = out;
 
   bool PointUntouched() const { return Is(out, before); }
-  bool DistUntouched() const { return SameBits(dist, kSentinelNumber); }
+  bool DistUntouched() const { return SameBits(dist, kSentinel); }
 };
 
 TEST(GslStLine, DefaultIsTheXAxis) {
@@ -290,7 +285,7 @@ TEST(GslStLineWithPlane, DirectionOfExactlyTheToleranceIsLongEnough) {
   EXPECT_TRUE(
       gsl_StLine(gsl_Point(0.0, 0.0, 1.0), gsl_Vector(0.0, 0.0, tol)).Intersect(plane, out));
   EXPECT_TRUE(IsNear(out, 0.0, 0.0, 0.0, 1e-15));
-  const gsl_StLine below(gsl_Point(0.0, 0.0, 1.0), gsl_Vector(0.0, 0.0, JustBelow(tol)));
+  const gsl_StLine below(gsl_Point(0.0, 0.0, 1.0), gsl_Vector(0.0, 0.0, Below(tol)));
   EXPECT_FALSE(below.Intersect(plane, out));
   EXPECT_TRUE(Is(out, below.PointOn()));
 }
@@ -299,7 +294,7 @@ TEST(GslStLineWithPlane, PointAtTheToleranceIsOffThePlane) {
   const gsl_Plane plane(gsl_Point(), gsl_Vector(0.0, 0.0, 1.0));
   const double tol = LinearTolerance();
   gsl_Point out = Sentinel();
-  const gsl_StLine below(gsl_Point(0.0, 0.0, JustBelow(tol)), gsl_Vector(0.0, 0.0, 1.0));
+  const gsl_StLine below(gsl_Point(0.0, 0.0, Below(tol)), gsl_Vector(0.0, 0.0, 1.0));
   EXPECT_TRUE(below.Intersect(plane, out));
   EXPECT_TRUE(Is(out, below.PointOn()));
   const gsl_StLine at(gsl_Point(0.0, 0.0, tol), gsl_Vector(0.0, 0.0, 1.0));
@@ -316,7 +311,7 @@ TEST(GslStLineWithPlane, CosineOfExactlyTheToleranceIsNotParallel) {
   const gsl_StLine at(gsl_Point(0.0, 0.0, 1.0), gsl_Vector(1.0, 0.0, tol));
   EXPECT_TRUE(at.Intersect(plane, out));
   EXPECT_NEAR(out.x, -1e10, 1e-4);
-  const gsl_StLine below(gsl_Point(0.0, 0.0, 1.0), gsl_Vector(1.0, 0.0, JustBelow(tol)));
+  const gsl_StLine below(gsl_Point(0.0, 0.0, 1.0), gsl_Vector(1.0, 0.0, Below(tol)));
   EXPECT_FALSE(below.Intersect(plane, out));
   EXPECT_TRUE(Is(out, below.PointOn()));
 }
@@ -381,7 +376,7 @@ TEST(GslStLineWithLine, GapOfExactlyTheToleranceIsNotSkew) {
       line.Intersect({gsl_Point(0.0, 0.0, tol), gsl_Vector(0.0, 1.0, 0.0)}, at.out, at.dist));
   EXPECT_EQ(at.dist, tol);
   LineOutputs above;
-  EXPECT_FALSE(line.Intersect({gsl_Point(0.0, 0.0, JustAbove(tol)), gsl_Vector(0.0, 1.0, 0.0)},
+  EXPECT_FALSE(line.Intersect({gsl_Point(0.0, 0.0, Above(tol)), gsl_Vector(0.0, 1.0, 0.0)},
                               above.out, above.dist));
   EXPECT_TRUE(above.PointUntouched());
   EXPECT_TRUE(above.DistUntouched());
@@ -417,8 +412,8 @@ TEST(GslStLineWithLine, ComponentsExactlyTheFixedToleranceApartAreParallel) {
     // |v x d| / |d| with v = (0, -2, 0), the cached length being 1.
     EXPECT_EQ(at.dist, 2.0);
     LineOutputs above;
-    EXPECT_TRUE(line.Intersect({gsl_Point(0.0, 2.0, 0.0), UnitWith(sense, JustAbove(1e-5))},
-                               above.out, above.dist));
+    EXPECT_TRUE(line.Intersect({gsl_Point(0.0, 2.0, 0.0), UnitWith(sense, Above(1e-5))}, above.out,
+                               above.dist));
     EXPECT_FALSE(above.PointUntouched());
   }
 }

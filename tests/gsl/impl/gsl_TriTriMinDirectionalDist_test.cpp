@@ -11,15 +11,10 @@
 
 namespace {
 
+using numbers::Above;
+using numbers::Below;
+
 using Order = std::array<unsigned int, 3>;
-
-double JustAbove(double value) {
-  return std::nextafter(value, kInfinity);
-}
-
-double JustBelow(double value) {
-  return std::nextafter(value, -kInfinity);
-}
 
 double LinearTolerance() {
   return omi_Singleton<gsl_Util>::Instance().linearTolerance;
@@ -181,9 +176,9 @@ TEST(GslTriTriMinDirectionalDist, ExtentsGrowOverAllThreeVertices) {
 }
 
 TEST(GslTriTriMinDirectionalDist, BeyondDistanceAndMarginIsRejected) {
-  Sweep beyond(JustBelow(1.5), 0.5);
+  Sweep beyond(Below(1.5), 0.5);
   EXPECT_FALSE(beyond.Run(Up(0.0), WideDown(2.0)));
-  EXPECT_TRUE(beyond.AllUntouched(JustBelow(1.5)));
+  EXPECT_TRUE(beyond.AllUntouched(Below(1.5)));
 }
 
 TEST(GslTriTriMinDirectionalDist, ExactlyDistanceAndMarginIsTried) {
@@ -444,7 +439,7 @@ TEST(GslTriTriMinDirectionalDist, OnlyAStrictlySmallerDistanceReplaces) {
   EXPECT_TRUE(at.Run(Up(0.0), WideDown(2.0)));
   EXPECT_TRUE(at.FirstUntouched());
   EXPECT_EQ(at.distance, 2.0);
-  Sweep above(JustAbove(2.0));
+  Sweep above(Above(2.0));
   EXPECT_TRUE(above.Run(Up(0.0), WideDown(2.0)));
   EXPECT_FALSE(above.FirstUntouched());
   EXPECT_EQ(above.distance, 2.0);
@@ -466,7 +461,7 @@ TEST(GslTriTriMinDirectionalDist, SecondContactFollowsFirstEvenWithoutImprovemen
 
 TEST(GslTriTriMinDirectionalDist, SecondContactTakesTheFirstsIdentityOnThePlaneOfB) {
   // second-contact-follows-first
-  for (const double off : {0.0, JustBelow(1e-6)}) {
+  for (const double off : {0.0, Below(1e-6)}) {
     Sweep sweep(1.0, 5.0);
     sweep.contacts[0] = gsl_Point(40.0, 50.0, off);
     const gsl_Point first = sweep.contacts[0];
@@ -594,7 +589,7 @@ TEST(GslTriTriMinDirectionalDistEdgeOn, EdgeOnVertexCountsWhenCloser) {
   Sweep at(2.0);
   EXPECT_FALSE(at.Run(Blade(), WideDown(3.0)));
   EXPECT_TRUE(at.AllUntouched(2.0));
-  Sweep above(JustAbove(2.0));
+  Sweep above(Above(2.0));
   EXPECT_TRUE(above.Run(Blade(), WideDown(3.0)));
   EXPECT_EQ(above.distance, 2.0);
   Sweep other(2.0, 5.0);
@@ -703,7 +698,7 @@ TEST(GslTriTriMinDirectionalDistEdgeOn, CosineOfExactlyTheToleranceIsNotEdgeOn) 
   at.twoSided[1] = true;
   EXPECT_FALSE(at.Along(1.0, 0.0, -cosine).Run(a, b)) << "a face, turned the wrong way";
   EXPECT_TRUE(at.AllUntouched(1e10));
-  EXPECT_TRUE(at.Along(1.0, 0.0, -JustBelow(cosine)).Run(a, b)) << "edge-on, and so never refused";
+  EXPECT_TRUE(at.Along(1.0, 0.0, -Below(cosine)).Run(a, b)) << "edge-on, and so never refused";
   EXPECT_EQ(at.distance, 2.0);
   EXPECT_TRUE(Is(at.contacts[0], a.p[1]));
 }
@@ -807,7 +802,7 @@ TEST(GslTriTriMinDirectionalDistCoplanar, PlanesExactlyTheToleranceApartAreTried
   EXPECT_TRUE(at.Run(CoplanarA(), moved(tol)));
   EXPECT_EQ(at.distance, 4.0);
   Sweep above;
-  EXPECT_FALSE(above.Run(CoplanarA(), moved(JustAbove(tol))));
+  EXPECT_FALSE(above.Run(CoplanarA(), moved(Above(tol))));
   EXPECT_TRUE(above.AllUntouched(1e10));
 }
 
@@ -847,7 +842,7 @@ TEST(GslTriTriMinDirectionalDistCoplanar, DistancesAreUnsigned) {
 TEST(GslTriTriMinDirectionalDist, ZeroDirectionIsNotRejectedAndImprovesNothing) {
   // No direction: nothing is edge-on or refused, shadows are the points themselves, and distances
   // along it are not numbers.
-  for (const double length : {0.0, JustBelow(1e-6)}) {
+  for (const double length : {0.0, Below(1e-6)}) {
     Sweep sweep(7.0);
     const Triangle b = WideDown(2.0).Reversed();
     EXPECT_TRUE(sweep.Along(0.0, 0.0, length).Run(Up(0.0).Reversed(), b));

@@ -1,6 +1,7 @@
 #include "gsl_Vector.h"
 
 #include "Numbers.h"
+#include "RandomNumbers.h"
 #include "ScopedSettings.h"
 #include "gsl_Matrix.h"
 #include "gsl_Plane.h"
@@ -759,7 +760,7 @@ TEST(GslVectorPrint, FlushesAfterEachLine) {
 TEST(GslVector, HostileNumbersNeverCrash) {
   const std::uint64_t seed = 20;
   SCOPED_TRACE(testing::Message() << "seed " << seed);
-  numbers::Random random(seed);
+  RandomNumbers random(seed);
   for (int round = 0; round < 20000; ++round) {
     const auto any = [&random] {
       return gsl_Vector(random.Hostile(), random.Hostile(), random.Hostile());

@@ -1,6 +1,7 @@
 #include "aio_ostream.h"
 
 #include "Numbers.h"
+#include "RandomNumbers.h"
 
 #include <gtest/gtest.h>
 
@@ -64,9 +65,9 @@ TEST(AioFormattedDouble, PrecisionStaysBetweenOneAndSeventeen) {
 }
 
 TEST(AioFormattedDouble, SeventeenDigitsReadBackTheSameNumber) {
-  numbers::Random random(30);
+  RandomNumbers random(30);
   for (int i = 0; i < 1000; ++i) {
-    const double x = random.Between(-1.0, 1.0) * std::pow(10.0, random.Below(600) - 300);
+    const double x = random.In(-1.0, 1.0) * std::pow(10.0, random.Below(600) - 300);
     EXPECT_EQ(std::strtod(Written(x, 17).c_str(), nullptr), x);
   }
 }

@@ -1,9 +1,12 @@
 #include "kernel/SegmentSweep.h"
 
+#include "Numbers.h"
 #include "RandomNumbers.h"
 #include "TestScale.h"
 
 #include <algorithm>
+#include <array>
+#include <cfloat>
 #include <cinttypes>
 #include <cmath>
 #include <cstdio>
@@ -14,6 +17,7 @@ namespace {
 using gsl_kernel::AsideReach;
 using gsl_kernel::Coord3;
 using gsl_kernel::Measured3;
+using gsl_kernel::SweepContacts;
 using gsl_kernel::SweepTolerances;
 using gsl_kernel::SweptSegment;
 using Real = long double;
@@ -111,6 +115,302 @@ struct SteepCrossing {
   }
 };
 
+SweptSegment OfA(const Coord3& p0, const Coord3& p1) {
+  return gsl_kernel::SweptSegmentBetween({p0, 0}, {p1, 1});
+}
+
+SweptSegment OfB(const Coord3& p0, const Coord3& p1) {
+  return gsl_kernel::SweptSegmentBetween({p0, 3}, {p1, 4});
+}
+
+SweepContacts Within(double distance) {
+  SweepContacts contacts = {};
+  contacts.distance = distance;
+  return contacts;
+}
+
+void ExpectContact(const gsl_kernel::SourcedPoint& actual, double x, double y, int source) {
+  EXPECT_XYZ(actual.c, x, y, 0.0);
+  EXPECT_EQ(actual.source, source);
+}
+
+void ExpectUnwritten(const SweepContacts& contacts, double distance) {
+  EXPECT_FALSE(contacts.written[0]);
+  EXPECT_FALSE(contacts.written[1]);
+  EXPECT_EQ(contacts.distance, distance);
+}
+
+const Measured3 kForward = gsl_kernel::Measure({0.0, 1.0, 0.0});
+constexpr double kTolerance = 1e-6;
+
+TEST(KernelSegmentSweep, SideNormalThatFacesTheWrongWayIsTurnedIfAllowed) {
+  const bool oneSided = false, twoSided = true;
+  // (1, 0, 0) x Z = (0, -1, 0), against the direction.
+  SweptSegment segment = OfA({0, 0, 0}, {1, 0, 0});
+  EXPECT_FALSE(TurnSegment(segment, kForward, +1.0, &oneSided));
+  EXPECT_EQ(segment.p[0].source, 0);
+  EXPECT_TRUE(TurnSegment(segment, kForward, -1.0, nullptr));
+  EXPECT_EQ(segment.p[0].source, 0);
+  EXPECT_TRUE(TurnSegment(segment, kForward, +1.0, &twoSided));
+  ExpectContact(segment.p[0], 1.0, 0.0, 1);
+  ExpectContact(segment.p[1], 0.0, 0.0, 0);
+  EXPECT_XYZ(segment.edge.c, -1.0, 0.0, 0.0);
+  EXPECT_EQ(segment.edge.magnitude, 1.0);
+}
+
+TEST(KernelSegmentSweep, SegmentAlongTheDirectionOrOfNaNNeedNotTurn) {
+  SweptSegment along = OfA({0, 0, 0}, {0, 1, 0});
+  EXPECT_TRUE(TurnSegment(along, kForward, +1.0, nullptr));
+  SweptSegment nan = OfA({0, 0, 0}, {std::nan(""), 1, 0});
+  EXPECT_TRUE(TurnSegment(nan, kForward, +1.0, nullptr));
+}
+
+TEST(KernelSegmentSweep, GapLeadsFromAToB) {
+  EXPECT_EQ(gsl_kernel::GapFromEnd(+1, kForward, {0, 1, 0}, {0, 4, 0}), 3.0);
+  EXPECT_EQ(gsl_kernel::GapFromEnd(-1, kForward, {0, 4, 0}, {0, 1, 0}), 3.0);
+  EXPECT_FALSE(std::signbit(gsl_kernel::GapFromEnd(+1, kForward, {0, 1, 0}, {0, 1, 0})));
+  EXPECT_TRUE(std::signbit(gsl_kernel::GapFromEnd(-1, kForward, {0, 1, 0}, {0, 1, 0})));
+}
+
+TEST(KernelSegmentSweep, EndsOfASegmentAlongMeetTheOtherFromBothSides) {
+  SweepContacts fromA = Within(100.0);
+  EXPECT_TRUE(EndsOfAlong(+1, OfA({1, 0, 0}, {1, 2, 0}), OfB({0, 5, 0}, {4, 5, 0}), kForward, 0.0,
+                          kTolerance, fromA));
+  EXPECT_EQ(fromA.distance, 3.0);
+  ExpectContact(fromA.point[0], 1.0, 2.0, 1);
+  ExpectContact(fromA.point[1], 1.0, 5.0, gsl_kernel::kComputed);
+  SweepContacts fromB = Within(100.0);
+  EXPECT_TRUE(EndsOfAlong(-1, OfB({1, 5, 0}, {1, 7, 0}), OfA({0, 0, 0}, {4, 0, 0}), kForward, 0.0,
+                          kTolerance, fromB));
+  EXPECT_EQ(fromB.distance, 5.0);
+  ExpectContact(fromB.point[1], 1.0, 5.0, 3);
+  ExpectContact(fromB.point[0], 1.0, 0.0, gsl_kernel::kComputed);
+}
+
+TEST(KernelSegmentSweep, EndOfASegmentAlongMustBeatTheDistanceLessTheMargin) {
+  const SweptSegment along = OfA({1, 0, 0}, {1, 2, 0}), across = OfB({0, 5, 0}, {4, 5, 0});
+  SweepContacts at = Within(4.0);
+  EXPECT_FALSE(EndsOfAlong(+1, along, across, kForward, 1.0, kTolerance, at));
+  ExpectUnwritten(at, 4.0);
+  SweepContacts above = Within(numbers::Above(4.0));
+  EXPECT_TRUE(EndsOfAlong(+1, along, across, kForward, 1.0, kTolerance, above));
+  SweepContacts behind = Within(0.0);
+  EXPECT_TRUE(
+      EndsOfAlong(+1, along, OfB({0, -5, 0}, {4, -5, 0}), kForward, 0.0, kTolerance, behind));
+  EXPECT_EQ(behind.distance, -7.0);
+}
+
+TEST(KernelSegmentSweep, EndsOnOneLineTakeTheLeastGap) {
+  SweepContacts contacts = Within(100.0);
+  EXPECT_TRUE(EndsOnOneLine(OfA({0, 0, 0}, {0, 2, 0}), OfB({0, 5, 0}, {0, 7, 0}), kForward, 0.0,
+                            1e-10, contacts));
+  EXPECT_EQ(contacts.distance, 3.0);
+  ExpectContact(contacts.point[0], 0.0, 2.0, 1);
+  ExpectContact(contacts.point[1], 0.0, 5.0, 3);
+}
+
+TEST(KernelSegmentSweep, EndsOnOneLineNeedFirstEndsThatDifferAlongIt) {
+  SweepContacts contacts = Within(100.0);
+  const SweptSegment a = OfA({0, 0, 0}, {0, 2, 0});
+  EXPECT_FALSE(EndsOnOneLine(a, OfB({0, 0, 0}, {0, 7, 0}), kForward, 0.0, 1e-10, contacts));
+  EXPECT_FALSE(EndsOnOneLine(a, OfB({1, 5, 0}, {1, 7, 0}), kForward, 0.0, 1e-10, contacts));
+  ExpectUnwritten(contacts, 100.0);
+}
+
+// Both turned: A faces along the direction, B against it.
+const SweptSegment kAcrossA = OfA({4, 0, 0}, {0, 0, 0});
+
+TEST(KernelSegmentSweep, EndOfAAcrossMeetsB) {
+  SweepContacts contacts = Within(100.0);
+  EXPECT_TRUE(EndsAcross(kAcrossA, OfB({3, 5, 0}, {9, 5, 0}), kForward, 0.0, kTolerance, contacts));
+  EXPECT_EQ(contacts.distance, 5.0);
+  ExpectContact(contacts.point[0], 4.0, 0.0, 0);
+  ExpectContact(contacts.point[1], 4.0, 5.0, gsl_kernel::kComputed);
+}
+
+TEST(KernelSegmentSweep, EndOfBAcrossStoresTheEndOfAWithItsIndex) {
+  SweepContacts contacts = Within(100.0);
+  EXPECT_TRUE(EndsAcross(kAcrossA, OfB({1, 6, 0}, {2, 5, 0}), kForward, 0.0, kTolerance, contacts));
+  EXPECT_EQ(contacts.distance, 5.0);
+  ExpectContact(contacts.point[0], 2.0, 0.0, gsl_kernel::kComputed);
+  ExpectContact(contacts.point[1], 0.0, 0.0, 1);
+}
+
+TEST(KernelSegmentSweep, SegmentsThatRunTheSameWayOrHavePassedAreNoContact) {
+  SweepContacts contacts = Within(100.0);
+  EXPECT_FALSE(
+      EndsAcross(kAcrossA, OfB({9, 5, 0}, {3, 5, 0}), kForward, 0.0, kTolerance, contacts));
+  EXPECT_FALSE(
+      EndsAcross(kAcrossA, OfB({3, -5, 0}, {9, -5, 0}), kForward, 0.0, kTolerance, contacts));
+  EXPECT_FALSE(
+      EndsAcross(kAcrossA, OfB({1, -5, 0}, {2, -5, 0}), kForward, 0.0, kTolerance, contacts));
+  ExpectUnwritten(contacts, 100.0);
+}
+
+TEST(KernelSegmentSweep, AcrossTheDistanceAndTheMarginMustBothBeBeaten) {
+  const SweptSegment b = OfB({3, 5, 0}, {9, 5, 0});
+  SweepContacts at = Within(5.0);
+  EXPECT_FALSE(EndsAcross(kAcrossA, b, kForward, 0.0, kTolerance, at));
+  EXPECT_FALSE(EndsAcross(kAcrossA, b, kForward, -1.0, kTolerance, at));
+  ExpectUnwritten(at, 5.0);
+  SweepContacts margin = Within(6.0);
+  EXPECT_FALSE(EndsAcross(kAcrossA, b, kForward, 1.0, kTolerance, margin));
+  SweepContacts above = Within(numbers::Above(6.0));
+  EXPECT_TRUE(EndsAcross(kAcrossA, b, kForward, 1.0, kTolerance, above));
+}
+
+TEST(KernelSegmentSweep, AIsRefusedBeforeBIsLookedAt) {
+  const SweepTolerances tol = {kTolerance, 1e-10};
+  const bool neither[2] = {false, false}, both[2] = {true, true};
+  SweepContacts contacts = Within(100.0);
+  const SweptSegment wrongA = OfA({0, 0, 0}, {4, 0, 0}), b = OfB({3, 5, 0}, {9, 5, 0});
+  EXPECT_FALSE(SweepSegment(kForward, wrongA, b, neither, 0.0, tol, contacts));
+  EXPECT_FALSE(
+      SweepSegment(kForward, kAcrossA, OfB({9, 5, 0}, {3, 5, 0}), neither, 0.0, tol, contacts));
+  ExpectUnwritten(contacts, 100.0);
+  EXPECT_TRUE(SweepSegment(kForward, wrongA, b, both, 0.0, tol, contacts));
+  ExpectContact(contacts.point[0], 4.0, 0.0, 1);
+}
+
+/// Three angles and a length, from which the tests of the parts of kCrossingRounding make their
+/// vectors. A search moves from one to a worse one nearby.
+using Parameters = std::array<double, 4>;
+
+/// The largest value of `measure` that a search by random restarts and ever smaller steps finds.
+template <class Measure>
+Real SearchForTheWorst(RandomNumbers& random, const Measure& measure) {
+  Real worst = 0.0;
+  for (long restart = 0; restart < Scaled(300); ++restart) {
+    Parameters best = {};
+    Real most = -1.0;
+    for (int step = 0; step < 1000; ++step) {
+      Parameters other = best;
+      const double size = std::pow(10.0, random.In(-16.0, 0.0));
+      for (double& value : other)
+        value = step < 50 ? random.In(0.01, 6.28) : value * (1.0 + random.In(-size, size));
+      const Real found = measure(other);
+      if (!(found > most)) continue;
+      best = other;
+      most = found;
+    }
+    worst = std::max(worst, most);
+  }
+  return worst;
+}
+
+Coord3 UnitAt(double angle, double length) {
+  return gsl_arithmetic::NormalizedCopy(
+             gsl_kernel::Measure({length * std::cos(angle), length * std::sin(angle), 0.0}), 0.0)
+      .c;
+}
+
+Real ExactDot(const Coord3& a, const Coord3& b) {
+  return Real(a.x) * Real(b.x) + Real(a.y) * Real(b.y);
+}
+
+Real ExactCross(const Coord3& a, const Coord3& b) {
+  return Real(a.x) * Real(b.y) - Real(a.y) * Real(b.x);
+}
+
+constexpr Real kRoundoff = gsl_kernel::kUnitRoundoff;
+
+TEST(CrossingRounding, IsMadeOfItsParts) {
+  const double h = std::ldexp(1.0, -53);
+  EXPECT_EQ(gsl_kernel::kUnitSquareRoundoffs, 8.0);
+  EXPECT_EQ(gsl_kernel::kCosineRoundoffs, 2.0);
+  EXPECT_EQ(gsl_kernel::kDenominatorRoundoffs, 22.0);
+  EXPECT_EQ(gsl_kernel::kNumeratorRoundoffs, 16.0);
+  EXPECT_EQ(gsl_kernel::kUndividedRoundoffs, 47.0);
+  EXPECT_EQ(gsl_kernel::kLeastCross, 1e-5 * (1.0 - 1e-5 * 1e-5 / 4.0) - 10.0 * h);
+  EXPECT_EQ(gsl_kernel::kCrossingRounding, (38.0 / gsl_kernel::kLeastCross + 47.0) * h);
+}
+
+TEST(CrossingRounding, SquareOfAUnitVectorReachesAQuarterOfItsBound) {
+  RandomNumbers random(kSeed);
+  const Real worst = SearchForTheWorst(random, [](const Parameters& p) {
+    const Coord3 u = UnitAt(p[0], p[3]);
+    return std::fabs(ExactDot(u, u) - 1.0L) / kRoundoff;
+  });
+  std::printf("seed %" PRIu64 ", worst %.3Lf roundoffs\n", kSeed, worst);
+  EXPECT_LE(worst, gsl_kernel::kUnitSquareRoundoffs);
+  EXPECT_GE(worst, gsl_kernel::kUnitSquareRoundoffs / 4.0);
+}
+
+TEST(CrossingRounding, CosineReachesAQuarterOfItsBound) {
+  RandomNumbers random(kSeed);
+  const Real worst = SearchForTheWorst(random, [](const Parameters& p) {
+    const Coord3 u = UnitAt(p[0], 1.0), v = UnitAt(p[1], p[3]);
+    return std::fabs(Real(gsl_kernel::Dot(u, v)) - ExactDot(u, v)) / kRoundoff;
+  });
+  std::printf("seed %" PRIu64 ", worst %.3Lf roundoffs\n", kSeed, worst);
+  EXPECT_LE(worst, gsl_kernel::kCosineRoundoffs);
+  EXPECT_GE(worst, gsl_kernel::kCosineRoundoffs / 4.0);
+}
+
+TEST(CrossingRounding, DenominatorReachesAQuarterOfItsBound) {
+  RandomNumbers random(kSeed);
+  const Real worst = SearchForTheWorst(random, [](const Parameters& p) {
+    const Coord3 u = UnitAt(p[0], 1.0), v = UnitAt(p[0] + 1e-3 * p[1], p[3]);
+    const double c = gsl_kernel::Dot(u, v);
+    const Real cross = ExactCross(u, v);
+    return std::fabs(Real(c * c - 1.0) + cross * cross) / kRoundoff;
+  });
+  std::printf("seed %" PRIu64 ", worst %.3Lf roundoffs\n", kSeed, worst);
+  EXPECT_LE(worst, gsl_kernel::kDenominatorRoundoffs);
+  EXPECT_GE(worst, gsl_kernel::kDenominatorRoundoffs / 4.0);
+}
+
+TEST(CrossingRounding, NumeratorReachesAQuarterOfItsBound) {
+  RandomNumbers random(kSeed);
+  const Real worst = SearchForTheWorst(random, [](const Parameters& p) {
+    const Coord3 u = UnitAt(p[0], 1.0), v = UnitAt(p[0] + 1e-3 * p[1], p[3]);
+    const Coord3 w = {std::cos(p[2]), std::sin(p[2]), 0.0};
+    const double c = gsl_kernel::Dot(u, v);
+    const double n = gsl_kernel::Dot(w, v) * c - gsl_kernel::Dot(w, u);
+    return std::fabs(Real(n) + ExactCross(w, v) * ExactCross(u, v)) /
+           (kRoundoff * std::sqrt(ExactDot(w, w)));
+  });
+  std::printf("seed %" PRIu64 ", worst %.3Lf roundoffs\n", kSeed, worst);
+  EXPECT_LE(worst, gsl_kernel::kNumeratorRoundoffs);
+  EXPECT_GE(worst, gsl_kernel::kNumeratorRoundoffs / 4.0);
+}
+
+TEST(CrossingRounding, LeastCrossIsTheLeastOfTargetsThatAreNotParallel) {
+  RandomNumbers random(kSeed);
+  Real least = 1.0;
+  long counted = 0;
+  for (long i = 0; i < Scaled(1000000); ++i) {
+    // Symmetric about an axis, so that the whole difference is in one component.
+    const double half = 0.5e-5 * (1.0 + random.In(-1e-10, 1e-10));
+    const double axis = random.Below(4) * 1.5707963267948966;
+    const Measured3 along =
+        gsl_kernel::Measure({std::cos(axis + half), std::sin(axis + half), 0.0});
+    const Measured3 other =
+        gsl_kernel::Measure({std::cos(axis - half), std::sin(axis - half), 0.0});
+    const gsl_kernel::RayDirection ray(other, 0.0);
+    if (gsl_kernel::SameOrOppositeComponents(gsl_kernel::UnitComponents(along), ray.components,
+                                             gsl_kernel::kLineParallelTolerance)) {
+      continue;
+    }
+    ++counted;
+    const Coord3 u = gsl_arithmetic::NormalizedCopy(along, 0.0).c;
+    least = std::min(least, std::fabs(ExactCross(u, ray.unit)));
+  }
+  std::printf("seed %" PRIu64 ", %ld targets, least %.15Lg of the bound\n", kSeed, counted,
+              least / Real(gsl_kernel::kLeastCross));
+  EXPECT_GT(counted, Scaled(100000));
+  EXPECT_GE(least, Real(gsl_kernel::kLeastCross));
+  EXPECT_LE(least, Real(gsl_kernel::kLeastCross) * (1.0L + 1e-9L));
+}
+
+TEST(OrdinarySizes, SquaresKeepTheirDigitsAndProductsStayFinite) {
+  const double leastSquare = gsl_kernel::kLeastOrdinarySize * gsl_kernel::kLeastOrdinarySize / 9.0;
+  EXPECT_GT(leastSquare * gsl_kernel::kUnitRoundoff, DBL_MIN);
+  const double mostProduct =
+      4.0 * gsl_kernel::kLargestOrdinarySize * gsl_kernel::kLargestOrdinarySize;
+  EXPECT_LT(mostProduct, DBL_MAX * gsl_kernel::kUnitRoundoff);
+}
+
 TEST(AsideReach, CoversWhatRoundingAcceptsOfTheSteepestTargetsWithinAFactorOfTwenty) {
   RandomNumbers random(kSeed);
   Real worst = 0.0;
@@ -187,7 +487,7 @@ TEST(PassAside, TriesPairsWhoseReachIsNotKnown) {
   const SweptSegment far = SegmentBetween({5.0, 3.0, 0.0}, {6.0, 3.0, 0.0});
   ASSERT_TRUE(gsl_kernel::PassAside(a, far, d, tol));
   // Above |d|; a direction and segments of no ordinary length; not one plane; not a number.
-  EXPECT_FALSE(gsl_kernel::PassAside(a, far, d, {std::nextafter(1.0, 2.0), 0.0}));
+  EXPECT_FALSE(gsl_kernel::PassAside(a, far, d, {numbers::Above(1.0), 0.0}));
   EXPECT_TRUE(gsl_kernel::PassAside(a, far, d, {1.0, 0.0}));
   for (const double size : {0.0, 1e-170, 1e-101, 1e101, 1e170}) {
     EXPECT_FALSE(gsl_kernel::PassAside(a, far, gsl_kernel::Measure({0.0, size, 0.0}), {0.0, 0.0}));

@@ -1,5 +1,6 @@
 #include "kernel/Triangle.h"
 
+#include "Numbers.h"
 #include "RandomNumbers.h"
 
 #include <cmath>
@@ -8,6 +9,8 @@
 namespace {
 
 using gsl_kernel::Coord3;
+using numbers::Below;
+using numbers::kSentinel;
 
 constexpr double kTolerance = 1e-6;
 
@@ -26,6 +29,52 @@ bool ByWeights(const Triangle& t, const Coord3& x) {
 
 bool ByTest(const Triangle& t, const Coord3& x) {
   return gsl_kernel::TriangleTest(t.p[0], t.p[1], t.p[2], kTolerance).Contains(x);
+}
+
+struct Weights {
+  double of[3] = {kSentinel, kSentinel, kSentinel};
+  bool inside;
+
+  Weights(const Coord3& x, const Triangle& t, double tolerance)
+      : inside(gsl_kernel::PointInTriangle(x, t.p[0], t.p[1], t.p[2], tolerance, of)) {}
+};
+
+TEST(PointInTriangle, WeightsBelongToTheirCornersInEveryOrder) {
+  // (1, 1) = 1/2 (0, 0) + 1/4 (4, 0) + 1/4 (0, 4).
+  const Coord3 corner[3] = {{0, 0, 0}, {4, 0, 0}, {0, 4, 0}};
+  const double expected[3] = {0.5, 0.25, 0.25};
+  const int orders[6][3] = {{0, 1, 2}, {1, 2, 0}, {2, 0, 1}, {2, 1, 0}, {1, 0, 2}, {0, 2, 1}};
+  for (const auto& order : orders) {
+    const Triangle t = {{corner[order[0]], corner[order[1]], corner[order[2]]}};
+    const Weights weights({1, 1, 0}, t, kTolerance);
+    EXPECT_TRUE(weights.inside);
+    for (int i = 0; i < 3; ++i)
+      EXPECT_EQ(weights.of[i], expected[order[i]]);
+  }
+}
+
+TEST(PointInTriangle, WeightTimesSquaredAreaIsComparedWithTheSquaredTolerance) {
+  // The doubled area of the triangle with legs of 1 is 1: the weight is the distance itself.
+  const Triangle t = RightAngled(1.0);
+  EXPECT_TRUE(Weights({0.5, -0.0625, 0.0}, t, 0.25).inside);
+  EXPECT_FALSE(Weights({0.5, Below(-0.0625), 0.0}, t, 0.25).inside);
+  EXPECT_TRUE(Weights({-0.0625, 0.5, 0.0}, t, 0.25).inside);
+  EXPECT_FALSE(Weights({Below(-0.0625), 0.5, 0.0}, t, 0.25).inside);
+}
+
+TEST(PointInTriangle, AllWeightsAreWrittenWithFalse) {
+  const Weights weights({2.0, -3.0, 0.0}, RightAngled(1.0), kTolerance);
+  EXPECT_FALSE(weights.inside);
+  EXPECT_EQ(weights.of[0], 2.0);
+  EXPECT_EQ(weights.of[1], 2.0);
+  EXPECT_EQ(weights.of[2], -3.0);
+}
+
+TEST(PointInTriangle, TriangleWithoutAreaHoldsEveryPointWithWeightsOfNaN) {
+  const Weights weights({9, 9, 9}, {{{0, 0, 0}, {1, 0, 0}, {3, 0, 0}}}, kTolerance);
+  EXPECT_TRUE(weights.inside);
+  for (const double weight : weights.of)
+    EXPECT_FALSE(std::isfinite(weight));
 }
 
 /// Without the division and the multiplication that undo each other but for rounding.

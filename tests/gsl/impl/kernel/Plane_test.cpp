@@ -1,0 +1,111 @@
+#include "kernel/Plane.h"
+
+#include "Numbers.h"
+
+namespace {
+
+using gsl_kernel::Coord3;
+using gsl_kernel::Measure;
+using gsl_kernel::Measured3;
+using gsl_kernel::Plane;
+using gsl_kernel::RayPlane;
+using numbers::Above;
+using numbers::Below;
+using numbers::kInfinity;
+using numbers::kNaN;
+using numbers::kSentinel;
+
+constexpr double kTolerance = 0.25;
+constexpr double kCosine = 1e-10;
+
+/// z = 1, with a normal that is not a unit vector.
+Plane AtOne() {
+  return {{5.0, 7.0, 1.0}, Measure({0.0, 0.0, 2.0})};
+}
+
+TEST(KernelPlane, SignedDistanceIsPositiveOnTheSideOfTheNormal) {
+  EXPECT_EQ(SignedPlaneDistance({0.0, 0.0, 4.0}, AtOne()), 3.0);
+  EXPECT_EQ(SignedPlaneDistance({9.0, -9.0, -4.0}, AtOne()), -5.0);
+  EXPECT_EQ(PlaneDistance({9.0, -9.0, -4.0}, AtOne()), 5.0);
+}
+
+TEST(KernelPlane, DistanceOfZeroHasTheOtherSign) {
+  const Coord3 on = {0.0, 0.0, 1.0};
+  EXPECT_FALSE(std::signbit(SignedPlaneDistance(on, AtOne())));
+  EXPECT_TRUE(std::signbit(PlaneDistance(on, AtOne())));
+}
+
+TEST(KernelPlane, ZeroNormalGivesNaNAndIsOnNothing) {
+  const Plane none = {{0.0, 0.0, 0.0}, Measure({0.0, 0.0, 0.0})};
+  EXPECT_TRUE(std::isnan(PlaneDistance({1.0, 2.0, 3.0}, none)));
+  EXPECT_FALSE(IsOnPlane({0.0, 0.0, 0.0}, none, 1e300));
+}
+
+TEST(KernelPlane, DistanceAlongTakesTheSignOfTheDirection) {
+  const Coord3 p = {0.0, 0.0, 4.0};
+  EXPECT_EQ(PlaneDistanceAlong(p, AtOne(), Measure({0.0, 0.0, 5.0})), 3.0);
+  EXPECT_EQ(PlaneDistanceAlong(p, AtOne(), Measure({0.0, 0.0, -5.0})), -3.0);
+  // Along (0, 3, 4) a height of 3 takes 3 * 5 / 4.
+  EXPECT_EQ(PlaneDistanceAlong(p, AtOne(), Measure({0.0, 3.0, 4.0})), 3.75);
+  EXPECT_EQ(PlaneDistanceAlong(p, AtOne(), Measure({1.0, 0.0, 0.0})), kInfinity);
+  EXPECT_TRUE(std::isnan(PlaneDistanceAlong({0, 0, 1}, AtOne(), Measure({1.0, 0.0, 0.0}))));
+}
+
+TEST(KernelPlane, OnThePlaneIsStrict) {
+  EXPECT_FALSE(IsOnPlane({0.0, 0.0, 1.0 + kTolerance}, AtOne(), kTolerance));
+  EXPECT_TRUE(IsOnPlane({0.0, 0.0, Below(1.0 + kTolerance)}, AtOne(), kTolerance));
+  EXPECT_FALSE(IsOnPlane({0.0, 0.0, 1.0 - kTolerance}, AtOne(), kTolerance));
+  EXPECT_TRUE(IsOnPlane({0.0, 0.0, Above(1.0 - kTolerance)}, AtOne(), kTolerance));
+}
+
+TEST(KernelPlane, FootOfAShortNormalIsThePointItself) {
+  EXPECT_XYZ(FootOnPlane({3.0, 4.0, 9.0}, AtOne(), 2.0), 3.0, 4.0, 1.0);
+  EXPECT_XYZ(FootOnPlane({3.0, 4.0, 9.0}, AtOne(), Above(2.0)), 3.0, 4.0, 9.0);
+}
+
+RayPlane Ray(const Coord3& p, const Measured3& dir, Coord3& out) {
+  out = {kSentinel, kSentinel, kSentinel};
+  return IntersectRayPlane(p, dir, AtOne(), kTolerance, kCosine, out);
+}
+
+TEST(KernelPlane, RayCrossesInBothSenses) {
+  Coord3 out;
+  EXPECT_EQ(Ray({1.0, 2.0, 3.0}, Measure({0.0, 1.0, 1.0}), out), RayPlane::Crossing);
+  EXPECT_XYZ(out, 1.0, 0.0, 1.0);
+  EXPECT_EQ(Ray({1.0, 2.0, 3.0}, Measure({0.0, -1.0, -1.0}), out), RayPlane::Crossing);
+  EXPECT_XYZ(out, 1.0, 0.0, 1.0);
+}
+
+TEST(KernelPlane, RayTestsTheDirectionBeforeTheOrigin) {
+  Coord3 out;
+  const Coord3 on = {1.0, 2.0, 1.0};
+  EXPECT_EQ(Ray(on, Measure({0.0, 0.0, Below(kTolerance)}), out), RayPlane::ShortDirection);
+  EXPECT_EQ(Ray(on, Measure({0.0, 0.0, kTolerance}), out), RayPlane::OriginOnPlane);
+  EXPECT_EQ(Ray(on, Measure({1.0, 0.0, 0.0}), out), RayPlane::OriginOnPlane);
+  EXPECT_EQ(Ray({1.0, 2.0, 9.0}, Measure({1.0, 0.0, 0.0}), out), RayPlane::ParallelDirection);
+  EXPECT_XYZ(out, kSentinel, kSentinel, kSentinel);
+}
+
+TEST(KernelPlane, RayOfNaNCrossesAtNaN) {
+  Coord3 out;
+  EXPECT_EQ(Ray({1.0, 2.0, kNaN}, Measure({0.0, 0.0, 1.0}), out), RayPlane::Crossing);
+  EXPECT_TRUE(std::isnan(out.z));
+}
+
+TEST(KernelPlane, DistanceOfPlanesThatAreNotParallelIsZero) {
+  const Plane above = {{0.0, 0.0, 4.0}, Measure({0.0, 0.0, -7.0})};
+  EXPECT_EQ(DistanceBetweenParallelPlanes(above, AtOne(), kCosine), 3.0);
+  const Plane steep = {{0.0, 0.0, 4.0}, Measure({0.0, 1.0, 0.0})};
+  EXPECT_EQ(DistanceBetweenParallelPlanes(steep, AtOne(), kCosine), 0.0);
+}
+
+TEST(KernelPlane, ParallelIsStrictAndAZeroNormalIsParallelToNothing) {
+  // The cross product of (0, 0, 2) and (0, 3, 4) has the length 6, the lengths are 2 and 5.
+  const Plane leaning = {{0.0, 0.0, 0.0}, Measure({0.0, 3.0, 4.0})};
+  EXPECT_FALSE(PlanesParallel(leaning, AtOne(), Below(0.6)));
+  EXPECT_TRUE(PlanesParallel(leaning, AtOne(), Above(0.6)));
+  const Plane none = {{0.0, 0.0, 0.0}, Measure({0.0, 0.0, 0.0})};
+  EXPECT_FALSE(PlanesParallel(none, AtOne(), 1.0));
+}
+
+} // namespace

@@ -1,0 +1,108 @@
+#include "kernel/Segment.h"
+
+#include "Numbers.h"
+
+namespace {
+
+using gsl_kernel::Coord3;
+using gsl_kernel::PointSegmentParameters;
+using gsl_kernel::SegmentFoot;
+using numbers::Above;
+using numbers::Below;
+using numbers::kNaN;
+using numbers::kSentinel;
+
+constexpr double kTolerance = 0.25;
+constexpr Coord3 kStart = {0.0, 0.0, 0.0};
+constexpr Coord3 kEnd = {4.0, 0.0, 0.0};
+
+struct Position {
+  double weights[2] = {kSentinel, kSentinel};
+  bool inside;
+
+  Position(const Coord3& x, const Coord3& p0, const Coord3& p1, double tolerance)
+      : inside(PointSegmentParameters(x, p0, p1, tolerance, weights)) {}
+};
+
+TEST(PointSegmentParameters, FirstWeightIsTheFractionTowardsTheSecondPoint) {
+  const Position p({1.0, 7.0, 0.0}, kStart, kEnd, kTolerance);
+  EXPECT_TRUE(p.inside);
+  EXPECT_EQ(p.weights[0], 0.25);
+  EXPECT_EQ(p.weights[1], 0.75);
+}
+
+TEST(PointSegmentParameters, TheToleranceBeyondEachEndIsInside) {
+  EXPECT_TRUE(Position({-kTolerance, 0.0, 0.0}, kStart, kEnd, kTolerance).inside);
+  EXPECT_FALSE(Position({Below(-kTolerance), 0.0, 0.0}, kStart, kEnd, kTolerance).inside);
+  EXPECT_TRUE(Position({4.0 + kTolerance, 0.0, 0.0}, kStart, kEnd, kTolerance).inside);
+  EXPECT_FALSE(Position({Above(4.0 + kTolerance), 0.0, 0.0}, kStart, kEnd, kTolerance).inside);
+}
+
+TEST(PointSegmentParameters, WeightsAreWrittenWithFalse) {
+  const Position p({8.0, 0.0, 0.0}, kStart, kEnd, kTolerance);
+  EXPECT_FALSE(p.inside);
+  EXPECT_EQ(p.weights[0], 2.0);
+  EXPECT_EQ(p.weights[1], -1.0);
+}
+
+TEST(PointSegmentParameters, LengthOfExactlyTheToleranceIsDegenerate) {
+  const Coord3 end = {kTolerance, 0.0, 0.0};
+  const Position near({-kTolerance, 0.0, 0.0}, kStart, end, kTolerance);
+  EXPECT_TRUE(near.inside);
+  EXPECT_EQ(near.weights[0], 0.0);
+  EXPECT_EQ(near.weights[1], 1.0);
+  const Position far({Below(-kTolerance), 0.0, 0.0}, kStart, end, kTolerance);
+  EXPECT_FALSE(far.inside);
+  EXPECT_EQ(far.weights[0], kSentinel);
+  EXPECT_EQ(far.weights[1], kSentinel);
+  EXPECT_EQ(Position({0.0, 9.0, 0.0}, kStart, {Above(kTolerance), 0.0, 0.0}, kTolerance).weights[1],
+            1.0);
+}
+
+TEST(PointSegmentParameters, NaNIsInsideALongSegmentAndNotADegenerateOne) {
+  const Position inLong({kNaN, 0.0, 0.0}, kStart, kEnd, kTolerance);
+  EXPECT_TRUE(inLong.inside);
+  EXPECT_TRUE(std::isnan(inLong.weights[0]));
+  EXPECT_FALSE(Position({kNaN, 0.0, 0.0}, kStart, kStart, kTolerance).inside);
+}
+
+struct Foot {
+  Coord3 at = {kSentinel, kSentinel, kSentinel};
+  double t = kSentinel;
+  SegmentFoot where;
+
+  Foot(const Coord3& p, const Coord3& p1, const Coord3& p2, double tolerance)
+      : where(gsl_kernel::FootOnSegment(p, p1, p2, tolerance, at, t)) {}
+};
+
+TEST(FootOnSegment, LiesOnTheLineAndIsMeasuredAsAFraction) {
+  const Foot foot({1.0, 7.0, 0.0}, kStart, kEnd, kTolerance);
+  EXPECT_EQ(foot.where, SegmentFoot::Inside);
+  EXPECT_XYZ(foot.at, 1.0, 0.0, 0.0);
+  EXPECT_EQ(foot.t, 0.25);
+}
+
+TEST(FootOnSegment, TheToleranceBeyondEachEndIsOutside) {
+  EXPECT_EQ(Foot({-kTolerance, 0, 0}, kStart, kEnd, kTolerance).where, SegmentFoot::Outside);
+  EXPECT_EQ(Foot({Above(-kTolerance), 0, 0}, kStart, kEnd, kTolerance).where, SegmentFoot::Inside);
+  EXPECT_EQ(Foot({4.0 + kTolerance, 0, 0}, kStart, kEnd, kTolerance).where, SegmentFoot::Outside);
+  EXPECT_EQ(Foot({Below(4.0 + kTolerance), 0, 0}, kStart, kEnd, kTolerance).where,
+            SegmentFoot::Inside);
+  EXPECT_XYZ(Foot({8.0, 0, 0}, kStart, kEnd, kTolerance).at, 8.0, 0.0, 0.0);
+}
+
+TEST(FootOnSegment, ShorterThanTheToleranceIsDegenerateAndUnwritten) {
+  const Foot shorter({1, 1, 1}, kStart, {Below(kTolerance), 0, 0}, kTolerance);
+  EXPECT_EQ(shorter.where, SegmentFoot::Degenerate);
+  EXPECT_XYZ(shorter.at, kSentinel, kSentinel, kSentinel);
+  EXPECT_EQ(shorter.t, kSentinel);
+  EXPECT_EQ(Foot({0, 1, 1}, kStart, {kTolerance, 0, 0}, kTolerance).where, SegmentFoot::Inside);
+}
+
+TEST(FootOnSegment, NoLengthAndNoToleranceIsOutsideAtNaN) {
+  const Foot foot({1, 1, 1}, kStart, kStart, 0.0);
+  EXPECT_EQ(foot.where, SegmentFoot::Outside);
+  EXPECT_TRUE(std::isnan(foot.t));
+}
+
+} // namespace

@@ -1,0 +1,195 @@
+#include "kernel/Vector.h"
+
+#include "Numbers.h"
+
+namespace {
+
+using gsl_kernel::Coord3;
+using gsl_kernel::Measure;
+using gsl_kernel::Measured3;
+using numbers::Above;
+using numbers::Below;
+using numbers::kInfinity;
+using numbers::kNaN;
+using numbers::kSentinel;
+
+constexpr double kTolerance = 0.25;
+
+TEST(KernelVector, BetweenLeadsFromTheFirstPointAndIsMeasured) {
+  const Measured3 v = gsl_kernel::Between({1.0, 2.0, 3.0}, {3.0, 5.0, 9.0});
+  EXPECT_XYZ(v.c, 2.0, 3.0, 6.0);
+  EXPECT_EQ(v.magnitude, 7.0);
+}
+
+TEST(KernelVector, DistanceOverflowsInsteadOfScaling) {
+  EXPECT_EQ(gsl_kernel::Distance({1.0, 2.0, 3.0}, {3.0, 5.0, 9.0}), 7.0);
+  EXPECT_EQ(gsl_kernel::Distance({0.0, 0.0, 0.0}, {1e200, 0.0, 0.0}), kInfinity);
+  EXPECT_EQ(gsl_kernel::Distance({0.0, 0.0, 0.0}, {1e-200, 0.0, 0.0}), 0.0);
+  EXPECT_TRUE(std::isnan(gsl_kernel::Distance({kNaN, 0.0, 0.0}, {0.0, 0.0, 0.0})));
+}
+
+TEST(KernelVector, UnitNormalIsRightHandedInEveryOrder) {
+  const Coord3 p[3] = {{0.0, 0.0, 1.0}, {2.0, 0.0, 1.0}, {0.0, 4.0, 1.0}};
+  for (int i = 0; i < 3; ++i) {
+    const Coord3 &a = p[i], &b = p[(i + 1) % 3], &c = p[(i + 2) % 3];
+    EXPECT_XYZ(gsl_kernel::UnitNormal(a, b, c, 1e-10).c, 0.0, 0.0, 1.0);
+    EXPECT_XYZ(gsl_kernel::UnitNormal(c, b, a, 1e-10).c, 0.0, 0.0, -1.0);
+  }
+}
+
+TEST(KernelVector, UnitNormalIsZeroAtExactlyTheCosineTolerance) {
+  // Edges (4, 0, 0) and (3, 4, 0): lengths 4 and 5, cross product 16, sine 0.8.
+  const Coord3 a = {0.0, 0.0, 0.0}, b = {4.0, 0.0, 0.0}, c = {7.0, 4.0, 0.0};
+  const double sine = 16.0 / (4.0 * 5.0);
+  const Measured3 at = gsl_kernel::UnitNormal(a, b, c, sine);
+  EXPECT_XYZ(at.c, 0.0, 0.0, 0.0);
+  EXPECT_EQ(at.magnitude, 0.0);
+  // 0.8 is rounded up: with a last place less, the product is below 16.
+  const Measured3 below = gsl_kernel::UnitNormal(a, b, c, Below(sine));
+  EXPECT_XYZ(below.c, 0.0, 0.0, 1.0);
+  EXPECT_EQ(below.magnitude, 1.0);
+}
+
+TEST(KernelVector, UnitNormalOfCollinearPointsIsZeroEvenWithoutATolerance) {
+  const Measured3 n = gsl_kernel::UnitNormal({0, 0, 0}, {1, 1, 1}, {3, 3, 3}, 0.0);
+  EXPECT_XYZ(n.c, 0.0, 0.0, 0.0);
+  EXPECT_EQ(n.magnitude, 0.0);
+}
+
+TEST(KernelVector, UnitNormalOfNaNIsNaN) {
+  const Measured3 n = gsl_kernel::UnitNormal({kNaN, 0, 0}, {1, 0, 0}, {0, 1, 0}, 1e-10);
+  EXPECT_TRUE(std::isnan(n.c.z));
+  EXPECT_TRUE(std::isnan(n.magnitude));
+}
+
+TEST(KernelVector, UnitNormalScalesTheLengthAlong) {
+  // The cross product of the edges is (0, 0, 49), and 49 (1 / 49) misses 1 by a unit roundoff.
+  const Measured3 n = gsl_kernel::UnitNormal({0, 0, 0}, {7, 0, 0}, {7, 7, 0}, 1e-10);
+  EXPECT_EQ(n.c.z, Below(1.0));
+  EXPECT_EQ(n.magnitude, Below(1.0));
+}
+
+TEST(KernelVector, UnitComponentsDivideByTheCachedLength) {
+  EXPECT_XYZ(gsl_kernel::UnitComponents(Measured3({2.0, -4.0, 8.0}, 2.0)), 1.0, -2.0, 4.0);
+  EXPECT_XYZ(gsl_kernel::UnitComponents(Measured3({2.0, -4.0, 8.0}, 0.0)), 0.0, 0.0, 0.0);
+  EXPECT_TRUE(std::isnan(gsl_kernel::UnitComponents(Measured3({1.0, 0.0, 0.0}, kNaN)).x));
+  EXPECT_EQ(gsl_kernel::UnitComponents(Measured3({1.0, 0.0, 0.0}, numbers::kDenormal)).x,
+            kInfinity);
+}
+
+TEST(KernelVector, SameComponentsIsClosedOnEveryAxis) {
+  const Coord3 o = {0.0, 0.0, 0.0};
+  EXPECT_TRUE(gsl_kernel::SameComponents(o, {kTolerance, -kTolerance, kTolerance}, kTolerance));
+  EXPECT_FALSE(gsl_kernel::SameComponents(o, {Above(kTolerance), 0.0, 0.0}, kTolerance));
+  EXPECT_FALSE(gsl_kernel::SameComponents(o, {0.0, Below(-kTolerance), 0.0}, kTolerance));
+  EXPECT_FALSE(gsl_kernel::SameComponents(o, {0.0, 0.0, Above(kTolerance)}, kTolerance));
+  EXPECT_TRUE(gsl_kernel::SameComponents(o, {kNaN, kNaN, kNaN}, 0.0));
+}
+
+TEST(KernelVector, OppositeDirectionsAreParallelButNotTheSame) {
+  const Measured3 a = Measure({3.0, 0.0, 0.0});
+  const Measured3 b = Measure({-5.0, 0.0, 0.0});
+  EXPECT_FALSE(gsl_kernel::SameDirection(a, b, 0.0));
+  EXPECT_TRUE(gsl_kernel::SameDirection(a, Measure({7.0, 0.0, 0.0}), 0.0));
+  EXPECT_TRUE(gsl_kernel::IsParallel(a, b, 0.0));
+  EXPECT_FALSE(gsl_kernel::IsParallel(a, Measure({0.0, 1.0, 0.0}), 0.5));
+}
+
+TEST(KernelVector, ZeroVectorIsParallelToADirectionOnlyWithinTheTolerance) {
+  const Measured3 zero = Measure({0.0, 0.0, 0.0});
+  const Measured3 x = Measure({2.0, 0.0, 0.0});
+  EXPECT_FALSE(gsl_kernel::IsParallel(zero, x, Below(1.0)));
+  EXPECT_TRUE(gsl_kernel::IsParallel(zero, x, 1.0));
+  EXPECT_TRUE(gsl_kernel::IsParallel(zero, zero, 0.0));
+}
+
+TEST(KernelVector, AnyOrthogonalUnitOfEqualComponentsIsTheFixedOne) {
+  const double half = 1.0 / std::sqrt(2.0);
+  const Measured3 fixed = gsl_kernel::AnyOrthogonalUnit({5.0, 5.0, 5.0}, 1e-6);
+  EXPECT_XYZ(fixed.c, half, -half, 0.0);
+  EXPECT_EQ(fixed.magnitude, 1.0);
+  EXPECT_XYZ(gsl_kernel::AnyOrthogonalUnit({0.0, 0.0, 0.0}, 1e-6).c, half, -half, 0.0);
+}
+
+TEST(KernelVector, AnyOrthogonalUnitTakesDifferencesOfExactlyTheTolerance) {
+  // (x, x, x + tolerance) has the differences (-tolerance, tolerance, 0).
+  const double length = std::sqrt(2.0 * 0.25 * 0.25);
+  EXPECT_XYZ(gsl_kernel::AnyOrthogonalUnit({1.0, 1.0, 1.25}, length).c, -0.25 / length,
+             0.25 / length, 0.0);
+  EXPECT_XYZ(gsl_kernel::AnyOrthogonalUnit({1.0, 1.0, 1.25}, Above(length)).c, 1.0 / std::sqrt(2.0),
+             -1.0 / std::sqrt(2.0), 0.0);
+}
+
+TEST(KernelVector, ProjectionOnAPlaneDropsTheComponentAlongItsNormal) {
+  const Measured3 v =
+      gsl_kernel::ProjectVectorOnPlane({3.0, 4.0, 5.0}, Measure({0.0, 0.0, 2.0}), 1e-6);
+  EXPECT_XYZ(v.c, 3.0, 4.0, 0.0);
+  EXPECT_EQ(v.magnitude, 5.0);
+  // A normal that is shorter than the tolerance takes nothing away.
+  const Measured3 whole =
+      gsl_kernel::ProjectVectorOnPlane({3.0, 4.0, 5.0}, Measure({0.0, 0.0, 0.5}), Above(0.5));
+  EXPECT_XYZ(whole.c, 3.0, 4.0, 5.0);
+}
+
+TEST(KernelVector, BestAlignedOrthogonalGivesTiesToTheEarlierAxis) {
+  // X and Y are both orthogonal to Z; X comes first. (Z x X) x Z = X.
+  EXPECT_XYZ(gsl_kernel::BestAlignedOrthogonalUnit(Measure({0.0, 0.0, 1.0}), 1e-6).c, 1.0, 0.0,
+             0.0);
+  // Along X: the image of X is zero, that of Y comes next. (X x Y) x X = Y, times |v|^2 = 4.
+  EXPECT_XYZ(gsl_kernel::BestAlignedOrthogonalUnit(Measure({2.0, 0.0, 0.0}), 1e-6).c, 0.0, 4.0,
+             0.0);
+  EXPECT_TRUE(std::isnan(gsl_kernel::BestAlignedOrthogonalUnit(Measure({kNaN, 0, 0}), 1e-6).c.x));
+}
+
+TEST(KernelVector, AngleBetweenIsSignedAboutTheAxis) {
+  const Measured3 x = Measure({2.0, 0.0, 0.0}), y = Measure({0.0, 3.0, 0.0});
+  const Measured3 z = Measure({0.0, 0.0, 5.0});
+  double angle = kSentinel;
+  EXPECT_TRUE(gsl_kernel::AngleBetween(z, x, y, 1e-6, angle));
+  EXPECT_EQ(angle, std::atan2(1.0, 0.0));
+  EXPECT_TRUE(gsl_kernel::AngleBetween(z, y, x, 1e-6, angle));
+  EXPECT_EQ(angle, std::atan2(-1.0, 0.0));
+}
+
+TEST(KernelVector, AngleBetweenRefusesShortVectorsStrictly) {
+  const Measured3 z = Measure({0.0, 0.0, 1.0});
+  const Measured3 x = Measure({kTolerance, 0.0, 0.0}), y = Measure({0.0, 1.0, 0.0});
+  const Measured3 shorter = Measure({Below(kTolerance), 0.0, 0.0});
+  double angle = kSentinel;
+  EXPECT_FALSE(gsl_kernel::AngleBetween(z, shorter, y, kTolerance, angle));
+  EXPECT_FALSE(gsl_kernel::AngleBetween(z, y, shorter, kTolerance, angle));
+  EXPECT_EQ(angle, kSentinel);
+  EXPECT_TRUE(gsl_kernel::AngleBetween(z, x, y, kTolerance, angle));
+}
+
+TEST(KernelVector, AngleBetweenRefusesComponentsAlongTheAxisThatDifferByMore) {
+  const Measured3 z = Measure({0.0, 0.0, 1.0});
+  // Unit vectors with 0.6 and 0 along the axis.
+  const Measured3 up = Measure({0.8, 0.0, 0.6}), level = Measure({0.0, 1.0, 0.0});
+  ASSERT_EQ(up.magnitude, 1.0);
+  double angle = kSentinel;
+  EXPECT_FALSE(gsl_kernel::AngleBetween(z, up, level, Below(0.6), angle));
+  EXPECT_EQ(angle, kSentinel);
+  EXPECT_TRUE(gsl_kernel::AngleBetween(z, up, level, 0.6, angle));
+}
+
+TEST(KernelVector, CosineBetweenDividesOnlyByLengthsAboveTheTolerance) {
+  const Measured3 a = Measure({2.0, 0.0, 0.0}), b = Measure({kTolerance, 0.0, 0.0});
+  EXPECT_EQ(gsl_kernel::CosineBetween(a, b, true, kTolerance), 0.5);
+  EXPECT_EQ(gsl_kernel::CosineBetween(a, b, false, kTolerance), 0.0);
+  EXPECT_EQ(gsl_kernel::CosineBetween(a, b, false, Below(kTolerance)), 1.0);
+  // The second length decides last: a short first vector alone leaves 0 / |b|.
+  EXPECT_EQ(gsl_kernel::CosineBetween(b, a, false, kTolerance), 0.0);
+}
+
+TEST(KernelVector, AngleFromCosineIsClampedAndPassesNaNOn) {
+  EXPECT_EQ(gsl_kernel::AngleFromCosine(1.0), 0.0);
+  EXPECT_EQ(gsl_kernel::AngleFromCosine(2.0), 0.0);
+  EXPECT_GT(gsl_kernel::AngleFromCosine(Below(1.0)), 0.0);
+  EXPECT_EQ(gsl_kernel::AngleFromCosine(-1.0), gsl_kernel::kPi);
+  EXPECT_EQ(gsl_kernel::AngleFromCosine(-kInfinity), gsl_kernel::kPi);
+  EXPECT_LT(gsl_kernel::AngleFromCosine(Above(-1.0)), gsl_kernel::kPi);
+  EXPECT_TRUE(std::isnan(gsl_kernel::AngleFromCosine(kNaN)));
+}
+
+} // namespace
