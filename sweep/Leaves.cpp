@@ -48,20 +48,22 @@ void WidenByOnePlace(Box<float>& box) {
   }
 }
 
-/// The exact bounds of the corners that are given to it.
+/// The exact bounds of triangles. In single precision their boxes are exact, and enough.
 template <class Scalar>
 class Bounds {
 public:
   template <class Reader>
-  void Include(const Reader& reader, std::size_t place) {
-    for (int corner = 0; corner < 3; ++corner) {
-      // The fourth number of a vertex is the first of the next, or any; it is not used.
-      const Scalar* p = reader.At(place, corner);
-      if constexpr (sizeof(Scalar) == sizeof(float)) {
-        Add(Four<Scalar>::At(p));
-      } else {
+  void Include(const Reader& reader, std::size_t place, const TriangleBox& box) {
+    if constexpr (sizeof(Scalar) == sizeof(float)) {
+      m_low = Least(box.low, m_low);
+      m_high = Most(box.high, m_high);
+    } else {
+      for (int corner = 0; corner < 3; ++corner) {
+        const Scalar* p = reader.At(place, corner);
         const Scalar padded[4] = {p[0], p[1], p[2], p[2]};
-        Add(Four<Scalar>::At(padded));
+        const Four<Scalar> four = Four<Scalar>::At(padded);
+        m_low = Least(four, m_low);
+        m_high = Most(four, m_high);
       }
     }
   }
@@ -70,11 +72,6 @@ public:
   }
 
 private:
-  void Add(const Four<Scalar>& p) {
-    m_low = Least(p, m_low);
-    m_high = Most(p, m_high);
-  }
-
   Four<Scalar> m_low = Four<Scalar>::Of(Box<Scalar>::kFar);
   Four<Scalar> m_high = Four<Scalar>::Of(-Box<Scalar>::kFar);
 };
@@ -193,8 +190,9 @@ Leaves CutRuns(const CornerReader<Scalar, kIndexed>& reader, std::size_t count, 
     if constexpr (sizeof(Scalar) != sizeof(float)) WidenByOnePlace(box);
   };
   for (std::size_t place = 0; place < count; ++place) {
-    bounds.Include(reader, place);
-    if (cutter.Begins(TriangleBox(reader, place))) {
+    const TriangleBox box(reader, place);
+    bounds.Include(reader, place, box);
+    if (cutter.Begins(box)) {
       close();
       leaves.begin[leafCount++] = static_cast<std::uint32_t>(place);
     }
@@ -229,7 +227,7 @@ void MeasureLeaves(const Corners& corners, const Leaves& leaves, LeafBoxes& boxe
         const TriangleBox triangle(reader, place);
         all.low = Least(triangle.low, all.low);
         all.high = Most(triangle.high, all.high);
-        bounds.Include(reader, place);
+        bounds.Include(reader, place, triangle);
       }
       boxes.boxes[leaf] = Stored(all.low, all.high);
       if (sizeof(Scalar) != sizeof(float)) WidenByOnePlace(boxes.boxes[leaf]);
