@@ -8,6 +8,11 @@ set(gsl_installed_targets gsl_geometry gsl_host gsl_floating_point)
 if(GSL_BUILD_TOOLS)
   list(APPEND gsl_installed_targets gsl_sweep)
 endif()
+if(TARGET gsl_records)
+  list(APPEND gsl_installed_targets gsl_records)
+  install(DIRECTORY records/include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/gsl_geometry/records
+    FILES_MATCHING PATTERN "*.h")
+endif()
 install(TARGETS ${gsl_installed_targets} EXPORT gsl_geometry_targets
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
   ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
@@ -47,7 +52,7 @@ if(GSL_BUILD_TOOLS)
   list(APPEND gsl_pc_files gsl_sweep.pc)
 endif()
 if(GSL_HOST STREQUAL "standin")
-  list(APPEND gsl_pc_files gsl_host.pc)
+  list(APPEND gsl_pc_files gsl_host.pc gsl_records.pc)
   set(gsl_pc_requires "gsl_host = ${PROJECT_VERSION}")
 else()
   list(TRANSFORM GSL_HOST_INCLUDE_DIRS PREPEND "-I" OUTPUT_VARIABLE gsl_pc_host_cflags)

@@ -15,8 +15,9 @@ if(PROJECT_IS_TOP_LEVEL)
   endif()
 endif()
 
-# The host's prefixes, in the order in which one may include another.
-set(GSL_HOST_PREFIXES mem typ pnt omni atr cow cls nex g3d omu ftr)
+# The host's prefixes, in their order.
+file(STRINGS ${CMAKE_CURRENT_LIST_DIR}/../gsl/host/prefixes.txt GSL_HOST_PREFIXES REGEX "^[^#]")
+set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS gsl/host/prefixes.txt)
 
 # Contraction of a*b+c would change results; consumers inline our arithmetic, so they carry it too.
 add_library(gsl_floating_point INTERFACE)

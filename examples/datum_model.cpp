@@ -1,20 +1,20 @@
 // Builds a small datum model, writes it to bytes, reads it back and prints it.
 
 #include <cls_ReadVisitor.h>
-#include <cls_RecordStore.h>
 #include <cls_WriteVisitor.h>
 #include <cls_xo1DArrayList.h>
 #include <gsl_Dot.h>
 #include <gsl_ModelSegment.h>
 #include <gsl_Plane.h>
+#include <gsl_RecordStore.h>
 #include <gsl_StLine.h>
 #include <gsl_utils.h>
-#include <nex_Exception.h>
 #include <omu_PrimEnum.h>
 #include <omu_xoObjVarray.h>
 
 #include <cstddef>
 #include <cstdio>
+#include <exception>
 #include <memory>
 #include <vector>
 
@@ -58,7 +58,7 @@ void Build(DatumModel& model) {
 }
 
 std::vector<unsigned char> Write(const DatumModel& model) {
-  cls_RecordStore store;
+  gsl_RecordStore store;
   cls_Save save(store);
   model.points.DBWrite(cls_WriteVisitor(save));
   model.planes.DBWrite(cls_WriteVisitor(save));
@@ -106,7 +106,7 @@ int main() {
     Build(model);
     const std::vector<unsigned char> bytes = Write(model);
 
-    const cls_RecordStore store = cls_RecordStore::FromBytes(bytes.data(), bytes.size());
+    const gsl_RecordStore store = gsl_RecordStore::FromBytes(bytes.data(), bytes.size());
     cls_Load load(store);
     const DatumModel read(load);
     std::printf("%zu records\n", store.RecordCount());
@@ -115,7 +115,7 @@ int main() {
     const bool shared = &read.segments[0].Point1() == &read.segments[1].Point1();
     std::printf("the plane is the one that was written: %s\n", sameIdentity ? "yes" : "no");
     std::printf("the segments share their datum points: %s\n", shared ? "yes" : "no");
-  } catch (const nex_Exception& e) {
+  } catch (const std::exception& e) {
     std::fprintf(stderr, "datum_model: %s\n", e.what());
     status = 1;
   }

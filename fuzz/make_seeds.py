@@ -10,10 +10,16 @@ the library's reading and writing with them.
 """
 
 import pathlib
+import re
 import struct
 import sys
 
-CORPUS = pathlib.Path(__file__).resolve().parent / "corpus"
+ROOT = pathlib.Path(__file__).resolve().parent.parent
+CORPUS = ROOT / "fuzz" / "corpus"
+VERSION = ".".join(
+    re.search(rf"#define GSL_VERSION_{part} (\d+)", (ROOT / "gsl/include/gsl_Version.h").read_text()).group(1)
+    for part in ("MAJOR", "MINOR", "PATCH")
+)
 
 INTEGER, DOUBLE, BOOLEAN, STRING, RECORD, OBJECT, REFERENCE, NULL = range(8)
 COLLECTION = 0x00230001
@@ -32,6 +38,26 @@ def zigzag(value):
     return varint(-2 * value - 1 if value < 0 else 2 * value)
 
 
+def checksum(data):
+    """CRC-32C, a byte at a time."""
+    total = 0xFFFFFFFF
+    for byte in data:
+        total ^= byte
+        for _ in range(8):
+            total = total >> 1 ^ (0x82F63B78 if total & 1 else 0)
+    return total ^ 0xFFFFFFFF
+
+
+def frame(body):
+    """A body of at most 2^20 bytes between its header and its checksum."""
+    head = b"gslr\x02\0\0\0" + struct.pack("<Q", len(body))
+    return head + struct.pack("<I", checksum(head)) + body + struct.pack("<I", checksum(bytes(8) + body))
+
+
+def text(value):
+    return varint(len(value.encode())) + value.encode()
+
+
 class Record:
     """A record; `fields` are tuples of name, index, kind and value, where a value may be a Record."""
 
@@ -46,8 +72,16 @@ class Record:
         Record.serial += 1
         self.uid = (0, 0) if anonymous else (0x5EED, Record.serial)
 
-    def bytes(self, names, number_of, is_root):
-        out = bytes([1 if is_root else 0]) + varint(self.type_id) + struct.pack("<QQ", *self.uid)
+    def bytes(self, names, serials, number_of, is_root):
+        out = bytes([1 if is_root else 0]) + varint(self.type_id)
+        prefix, serial = self.uid
+        if self.uid == (0, 0):
+            out += varint(0)
+        else:
+            last = serials.setdefault(prefix, 0)
+            step = (serial - last + 2**63) % 2**64 - 2**63
+            out += varint(list(serials).index(prefix) + 1) + zigzag(step)
+            serials[prefix] = serial
         out += varint(self.collection)
         if self.collection == 57:
             out += varint(len(self.numbers)) + b"".join(map(varint, self.numbers))
@@ -66,7 +100,7 @@ class Record:
             elif kind == BOOLEAN:
                 out += bytes([value])
             elif kind == STRING:
-                out += varint(len(value)) + value.encode()
+                out += text(value)
             elif kind == NULL:
                 out += varint(value)
             else:
@@ -87,10 +121,11 @@ def encode(*roots):
     for root in roots:
         number(root)
     number_of = {id(record): i for i, record in enumerate(order)}
-    names = []
-    body = b"".join(r.bytes(names, number_of, any(r is root for root in roots)) for r in order)
-    head = b"gslr\x01" + varint(len(names)) + b"".join(varint(len(n)) + n.encode() for n in names)
-    return head + varint(len(order)) + body
+    names, serials = [], {}
+    body = b"".join(r.bytes(names, serials, number_of, any(r is root for root in roots)) for r in order)
+    head = text(f"gsl_geometry {VERSION}") + varint(len(names)) + b"".join(map(text, names))
+    head += varint(len(serials)) + b"".join(struct.pack("<Q", prefix) for prefix in serials)
+    return frame(head + varint(len(order)) + body)
 
 
 def doubles(**values):
@@ -227,9 +262,9 @@ def record_seeds():
         ),
         "circle": encode(Record(1, [("point1", 0, OBJECT, Record(0x030A0005, [("point1", 0, REFERENCE, 1)]))])),
         "own_record": encode(Record(0x030A0007, [("_low", -1, RECORD, 0)])),
-        "announces_more": b"gslr\x01\x00\xff\xff\xff\xff\x0f",
+        "announces_more": frame(b"\0\xff\xff\xff\xff\x0f"),
         "cut": encode(plane())[:-9],
-        "other_version": b"gslr\x02\x00\x00",
+        "other_version": b"gslr\x03\0\0",
     }
     deep = point()
     for _ in range(40):

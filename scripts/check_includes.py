@@ -40,10 +40,13 @@ LIBRARIES = {
     "any library": r".+",
 }
 
-# The order in which one prefix of the host may include another. The uid header stands alone.
-HOST_ORDER = ["mem", "typ", "pnt", "omni", "atr", "cow", "cls_Uid", "nex", "cls", "g3d", "omu", "ftr"]
+# The order in which one prefix of the host may include another. The uid header stands alone, before nex.
+PREFIXES = pathlib.Path(__file__).resolve().parent.parent / "gsl/host/prefixes.txt"
+HOST_ORDER = [line for line in PREFIXES.read_text().split("\n") if line and not line.startswith("#")]
+HOST_ORDER.insert(HOST_ORDER.index("nex"), "cls_Uid")
 
 PUBLIC = "gsl/include/, gsl/host/"
+RECORDS = "records/include/"
 VALUES = "gsl/include/gsl_Arithmetic.h, gsl/include/gsl_Matrix.h"
 # Every room that is not for tests, benchmarks, fuzzing or examples.
 PRODUCT = "every room of the product"
@@ -81,16 +84,20 @@ ROOMS = [
     Room("gsl/persist/", "module start-up, type table, registration, persistent arrays",
          f"{PUBLIC}, gsl/impl/kernel/Constants.h"),
     Room("gsl/host/", "what is seen of the host, one folder per prefix; each includes earlier prefixes only", ""),
-    Room("gsl/host/*/standin/", "the implementation that is used without a host", "gsl/host/, POSIX"),
+    Room("gsl/host/*/standin/", "the implementation that is used without a host",
+         "gsl/host/, records/include/, POSIX"),
+    Room("records/", "the byte form of records: its frame, its checksum; the store's body", "records/include/"),
+    Room("records/include/", "the reader and the writer of records; the store of records in memory", ""),
     Room("tests/", "mirrors the rooms above: one test file per source file",
          f"{PRODUCT}, tests/support/, tests/reference/, any library"),
     Room("tests/support/", "what tests share: samples, shapes, random numbers", f"{PRODUCT}, any library"),
     Room("tests/reference/", "second implementations and judges: transcriptions, oracles, rationals",
          f"{PRODUCT}, tests/support/, any library"),
-    Room("tests/consumer/", "projects that use the library, installed or as sources", f"{PUBLIC}, sweep/, POSIX", True),
+    Room("tests/consumer/", "projects that use the library, installed or as sources",
+         f"{PUBLIC}, {RECORDS}, sweep/, POSIX", True),
     Room("bench/", "benchmarks, ours beside other libraries", f"{PRODUCT}, tests/reference/, any library"),
-    Room("fuzz/", "fuzz targets and their seeds", f"{PUBLIC}, mesh/, sweep/"),
-    Room("examples/", "programs as users write them", f"{PUBLIC}, mesh/, sweep/", True),
+    Room("fuzz/", "fuzz targets and their seeds", f"{PUBLIC}, {RECORDS}, records/, mesh/, sweep/"),
+    Room("examples/", "programs as users write them", f"{PUBLIC}, {RECORDS}, mesh/, sweep/", True),
 ]
 
 INCLUDE = re.compile(r'^\s*#\s*include\s*(?:<([^>]+)>|"([^"]+)")', re.MULTILINE)

@@ -13,7 +13,7 @@ import pathlib
 import re
 import sys
 
-SOURCES = ["gsl", "exact", "mesh", "sweep", "tools"]
+SOURCES = ["gsl", "records", "exact", "mesh", "sweep", "tools"]
 # Rooms whose headers hold code that is compiled nowhere else.
 ROOMS_OF_HEADERS = ["exact/", "mesh/", "tools/", "gsl/impl/kernel/", "gsl/impl/wide/"]
 
@@ -23,28 +23,6 @@ EXCEPTIONS = {
     "gsl/impl/wide/gsl_WideKernelsAvx512.cpp": "gsl_WideKernels_test.cpp runs the kernels of every width",
     "gsl/impl/wide/gsl_WideKernelsBaseline.cpp": "gsl_WideKernels_test.cpp runs the kernels of every width",
     "gsl/persist/gsl_Arrays.cpp": "instantiates what cls_xo1DArrayList_test.cpp and omu_xoObjVarray_test.cpp test",
-    "gsl/host/*/standin/*_Module.cpp": "gsl_Module_test.cpp starts and stops them all",
-    "gsl/host/cls/standin/cls_ClassMetadata.cpp": "cls_ClassRegistrar_test.cpp registers with it",
-    "gsl/host/cls/standin/cls_MetadataRegistrar.cpp": "cls_ClassRegistrar_test.cpp and gsl_Module_test.cpp ask it",
-    "gsl/host/cls/standin/cls_RecordException.cpp": "cls_ReadVisitor_test.cpp catches it",
-    "gsl/host/cls/standin/cls_RecordStore.cpp": "the tests of both visitors and of cls_RecordBytes keep records in it",
-    "gsl/host/cls/standin/cls_TypeAdapter.cpp": "cls_xo1DArrayList_test.cpp and RoundTrip_test.cpp go through it",
-    "gsl/host/nex/standin/nex_AssertException.cpp": "nex_Exception_test.cpp throws and catches it",
-    "gsl/host/nex/standin/nex_CommandException.cpp": "nex_Exception_test.cpp throws and catches it",
-    "gsl/host/omu/standin/omu_PrimEnumBase.cpp": "omu_PrimEnum_test.cpp tests it through its template",
-    "gsl/host/omu/standin/omu_Primitive.cpp": "omu_PrimTuple_test.cpp tests what every primitive has",
-    "gsl/host/omu/standin/omu_ValueErrorException.cpp": "omu_PrimTuple_test.cpp and omu_PrimEnum_test.cpp catch it",
-    "gsl/impl/kernel/Box.h": "until its test is written: the tests of the classes that use it cover it",
-    "gsl/impl/kernel/Comparison.h": "until its test is written: the tests of the classes that use it cover it",
-    "gsl/impl/kernel/Line.h": "until its test is written: the tests of the classes that use it cover it",
-    "gsl/impl/kernel/Matrix.h": "until its test is written: the tests of the classes that use it cover it",
-    "gsl/impl/kernel/Plane.h": "until its test is written: the tests of the classes that use it cover it",
-    "gsl/impl/kernel/Segment.h": "until its test is written: the tests of the classes that use it cover it",
-    "gsl/impl/kernel/SegmentPair.h": "until its test is written: the tests of the classes that use it cover it",
-    "gsl/impl/kernel/SweepContacts.h": "until its test is written: the tests of the classes that use it cover it",
-    "gsl/impl/kernel/ThreePoints.h": "until its test is written: the tests of the classes that use it cover it",
-    "gsl/impl/kernel/TriangleSweep.h": "until its test is written: the tests of the classes that use it cover it",
-    "gsl/impl/kernel/Vector.h": "until its test is written: the tests of the classes that use it cover it",
 }
 
 # A parameter list, what may follow it, and a brace.

@@ -2,7 +2,7 @@
 #include "cls_xo1DArrayList.h"
 #include "omu_xoObjVarray.h"
 
-// The one place where these are instantiated and exported.
+// These classes are instantiated and exported here and nowhere else.
 
 template class omu_ObjVarray<gsl_Dot>;
 template class omu_ObjVarray<gsl_Plane>;

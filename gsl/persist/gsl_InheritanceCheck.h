@@ -3,7 +3,8 @@
 
 #include "cls_MetadataRegistrar.h"
 
-/// Whether `dynType` is `queried` or derives from it, as the process's class registrar has it.
+/// Returns whether `dynType` is `queried` or derives from it, according to the class registrar of
+/// the process.
 inline bool gsl_InheritanceCheck(unsigned int dynType, unsigned int queried) {
   const cls_ClassRegistrar& classes =
       omi_Singleton<cls_MetadataRegistrar>::Instance().ClassRegistrar();

@@ -1,7 +1,7 @@
 #include "gsl_ModelSegment.h"
 #include "gsl_RecordLayout.h"
 
-// ends-without-underscores: unlike those of gsl_Segment.
+// ends-without-underscores: the names of gsl_Segment have underscores, and both are stored.
 template <>
 struct gsl_RecordLayout<gsl_ModelSegment> {
   using Stored = gsl_ModelSegment;

@@ -1,9 +1,6 @@
 #include "gsl_Module.h"
 
-#include "atr_Module.h"
 #include "cls_MetadataRegistrar.h"
-#include "cow_Module.h"
-#include "g3d_Module.h"
 #include "gsl_BBox.h"
 #include "gsl_Dot.h"
 #include "gsl_ModelSegment.h"
@@ -15,13 +12,8 @@
 #include "gsl_StLine.h"
 #include "gsl_TypeTable.h"
 #include "gsl_Util.h"
-#include "mem_Module.h"
-#include "nex_Module.h"
-#include "omni_Module.h"
-#include "omu_Module.h"
+#include "mem_Modules.h"
 #include "omu_xoObjVarray.h"
-#include "pnt_Module.h"
-#include "typ_Module.h"
 
 #include <iterator>
 
@@ -29,6 +21,7 @@ namespace {
 
 unsigned int startCount = 0;
 
+/// A host library that this module needs, in the order of gsl/host/prefixes.txt.
 struct HostLibrary {
   void (*initialize)(int&);
   void (*finalize)(int&);
@@ -46,23 +39,24 @@ struct RegisteredClass {
   int flags;
 };
 
-/// Flags of classes stored as values, and of the others.
-constexpr int kValueFlags = 7;
-constexpr int kEntityFlags = 3;
+/// What a class registers beside its name: 7 for the point, the vector, the datum point and the
+/// matrix, 3 for every other class. The bits belong to the host's registrar.
+constexpr int kFlagsOfValueLike = 7;
+constexpr int kFlagsOfOthers = 3;
 
 constexpr RegisteredClass kClasses[] = {
-    {&gsl_BBox::InitializeMetadata, kEntityFlags},
-    {&gsl_ModelSegment::InitializeMetadata, kEntityFlags},
-    {&gsl_Plane::InitializeMetadata, kEntityFlags},
-    {&omu_xoObjVarray<gsl_Plane>::InitializeMetadata, kEntityFlags},
-    {&gsl_Point::InitializeMetadata, kValueFlags},
-    {&gsl_Segment::InitializeMetadata, kEntityFlags},
-    {&gsl_StLine::InitializeMetadata, kEntityFlags},
-    {&omu_xoObjVarray<gsl_StLine>::InitializeMetadata, kEntityFlags},
-    {&gsl_PersistentVector::InitializeMetadata, kValueFlags},
-    {&gsl_Dot::InitializeMetadata, kValueFlags},
-    {&omu_xoObjVarray<gsl_Dot>::InitializeMetadata, kEntityFlags},
-    {&gsl_PersistentMatrix::InitializeMetadata, kValueFlags}};
+    {&gsl_BBox::InitializeMetadata, kFlagsOfOthers},
+    {&gsl_ModelSegment::InitializeMetadata, kFlagsOfOthers},
+    {&gsl_Plane::InitializeMetadata, kFlagsOfOthers},
+    {&omu_xoObjVarray<gsl_Plane>::InitializeMetadata, kFlagsOfOthers},
+    {&gsl_Point::InitializeMetadata, kFlagsOfValueLike},
+    {&gsl_Segment::InitializeMetadata, kFlagsOfOthers},
+    {&gsl_StLine::InitializeMetadata, kFlagsOfOthers},
+    {&omu_xoObjVarray<gsl_StLine>::InitializeMetadata, kFlagsOfOthers},
+    {&gsl_PersistentVector::InitializeMetadata, kFlagsOfValueLike},
+    {&gsl_Dot::InitializeMetadata, kFlagsOfValueLike},
+    {&omu_xoObjVarray<gsl_Dot>::InitializeMetadata, kFlagsOfOthers},
+    {&gsl_PersistentMatrix::InitializeMetadata, kFlagsOfValueLike}};
 
 constexpr unsigned int TypeIdOfRow(unsigned int row) {
   return (gsl_kModuleNumber << 16) + row;

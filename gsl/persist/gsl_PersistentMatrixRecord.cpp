@@ -9,7 +9,7 @@ namespace {
 
 constexpr std::size_t kSize = 4;
 constexpr const char* kSourceUnit = "generated/module/gsl/persist/gsl_PersistentMatrixRecord";
-/// Fixed, as those of the enumerations are: it does not move with the code.
+/// The line that the message names. It is fixed and does not move with the code.
 constexpr int kWrongSizeLine = 62;
 constexpr const char* kWrongSize = "A stored transform must have 4 by 4 entries (got %s by %s)";
 
@@ -27,14 +27,13 @@ struct StoredMatrix {
 };
 
 StoredMatrix StoredFormOf(const gsl_Matrix& matrix) {
-  // Nothing refers to the array: it goes without an identity, so that equal objects have equal
-  // records.
+  // Nothing refers to the array. It has no identity, so that equal objects have equal records.
   StoredMatrix stored = {0, cls_xp2DArrayDouble(kSize, kSize, cls_Uid())};
   for (std::size_t r = 0; r < kSize; ++r) {
     for (std::size_t c = 0; c < kSize; ++c)
       stored.entries(r, c) = matrix.m[r][c];
   }
-  // near-identity-is-written-as-it-is: asking may snap the matrix, so it comes after the entries.
+  // near-identity-is-written-as-it-is: IsIdentity() may snap the matrix, so the entries come first.
   stored.isIdentity = matrix.IsIdentity() ? 1 : 0;
   return stored;
 }
@@ -73,7 +72,7 @@ unsigned int gsl_PersistentMatrix::DynTypeId() const {
 }
 
 void gsl_PersistentMatrix::DBWrite(const cls_WriteVisitor& visitor) const {
-  // A declined record asks nothing of the matrix: the question itself may snap it.
+  // A declined record does not look at the matrix, because IsIdentity() may snap it.
   if (visitor.StartWrite(TypeId(), m_uid) == 0) return;
   gsl_WriteFields<gsl_PersistentMatrix>(visitor, StoredFormOf(m_matrix));
 }

@@ -3,7 +3,7 @@
 
 namespace {
 
-/// The numbers as they stand: the magnitude is stored beside the components and not checked.
+/// The numbers as they are: the magnitude is stored beside the components and is not checked.
 struct StoredVector {
   double x;
   double y;

@@ -54,9 +54,9 @@ void gsl_WriteRecord(const cls_WriteVisitor& visitor, const cls_Uid& uid,
   gsl_WriteFields<C>(visitor, stored);
 }
 
-/// Overwrites every field of `stored`; the identity is the caller's to read. Throws for a record of
-/// another class, whether it is a root or nested; one of a derived class is read, and so is an
-/// absent one.
+/// Overwrites every field of `stored`; the caller reads the identity. Throws for a record of
+/// another class, whether it is a root or nested. A record of a derived class is read, and so is an
+/// absent record.
 template <class C>
 void gsl_ReadRecord(const cls_ReadVisitor& visitor, typename gsl_RecordLayout<C>::Stored& stored) {
   visitor.CheckTypeId(C::TypeId());
@@ -73,7 +73,7 @@ void gsl_DestroyInstance(void* object) {
   if constexpr (std::has_virtual_destructor_v<C>) {
     delete instance;
   } else if (instance != nullptr) {
-    // A value class: the instance is a C and nothing derived from it.
+    // A value class: the instance is a C, not an object of a derived class.
     instance->C::~C();
     ::operator delete(object);
   }

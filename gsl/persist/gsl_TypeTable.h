@@ -3,11 +3,11 @@
 
 #include "typ_ArchCompTable.h"
 
-/// The module's number, and its type table: a type id is the number in the upper 16 bits and the
-/// row in the lower.
+/// The module's number and its type table. A type id has the number in the upper 16 bits and the
+/// row in the lower 16 bits.
 constexpr unsigned int gsl_kModuleNumber = 778;
 
-// one-row-differs-in-its-second-word: the vector's second word differs from all others.
+// one-row-differs-in-its-second-word: only the second word of the vector is not 1.
 constexpr typ_Entry gsl_kTypeTable[] = {{0, 1, nullptr},
                                         {7, 1, "gsl_Point"},
                                         {7, 1, "gsl_Matrix"},

@@ -2,10 +2,10 @@
 // records through the registered classes, and stops the library.
 
 #include <cls_ReadVisitor.h>
-#include <cls_RecordStore.h>
 #include <cls_WriteVisitor.h>
 #include <gsl_Module.h>
 #include <gsl_Plane.h>
+#include <gsl_RecordStore.h>
 #include <omu_xoObjVarray.h>
 
 namespace {
@@ -13,7 +13,7 @@ namespace {
 const char* SaveAndLoad() {
   omu_xoObjVarray<gsl_Plane> planes;
   planes.Add(new gsl_Plane(gsl_Point(1.0, 2.0, 3.0), gsl_Vector(0.0, 0.0, 1.0)));
-  cls_RecordStore store;
+  gsl_RecordStore store;
   {
     cls_Save save(store);
     planes.DBWrite(cls_WriteVisitor(save));

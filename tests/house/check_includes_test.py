@@ -27,6 +27,9 @@ TREE = {
     "gsl/impl/gsl_Point.cpp": '#include "gsl_Point.h"\n#include "gsl_Private.h"\n',
     "gsl/persist/Records.h": "",
     "gsl/persist/Records.cpp": '#include "Records.h"\n#include "kernel/Constants.h"\n',
+    "records/include/gsl_RecordStore.h": "#include <vector>\n",
+    "records/gsl_RecordStore.cpp": '#include "gsl_RecordStore.h"\n',
+    "gsl/host/cls/standin/cls_Save.cpp": '#include "cls_List.h"\n#include "gsl_RecordStore.h"\n',
     "exact/Ratio.h": '#include "gsl_Arithmetic.h"\n',
     "mesh/Mesh.h": '#include "gsl_Arithmetic.h"\n',
     "mesh/MeshRead.h": '#include "Mesh.h"\n',
@@ -168,6 +171,11 @@ class CheckIncludes(unittest.TestCase):
         problems = problems_with({"attic/New.h": ""})
         self.assertEqual(problems, ["attic/New.h: is in no room of scripts/check_includes.py"])
 
+    def test_records_know_nothing_of_the_host_and_visitors_nothing_of_the_store(self):
+        self.refuses("records/gsl_New.cpp", '"cls_Uid.h"', "may not include")
+        self.refuses("gsl/host/cls/cls_New.h", '"gsl_RecordStore.h"', "may not include")
+        self.refuses("gsl/persist/gsl_New.cpp", '"gsl_RecordStore.h"', "may not include")
+
     def test_an_unknown_header_is_named(self):
         self.refuses("gsl/impl/gsl_New.cpp", '"gsl_Nowhere.h"', "not a file of this project")
 
@@ -188,6 +196,13 @@ class Table(unittest.TestCase):
                 is_known = entry in folders or entry in check_includes.LIBRARIES or (ROOT / entry).is_file()
                 is_known = is_known or entry == check_includes.PRODUCT
                 self.assertTrue(is_known, f"{room.folder} may include {entry}, which is nothing")
+
+    def test_the_order_of_the_prefixes_is_the_one_in_the_documents(self):
+        prefixes = [name for name in check_includes.HOST_ORDER if name != "cls_Uid"]
+        folders = {folder.name for folder in (ROOT / "gsl/host").iterdir() if folder.is_dir()}
+        self.assertEqual(set(prefixes), folders)
+        self.assertIn(f"in the order {', '.join(prefixes)};", " ".join((ROOT / "docs/host.md").read_text().split()))
+        self.assertIn(" ".join(prefixes) + " ", " ".join((ROOT / "README.md").read_text().split()))
 
     def test_contributing_shows_it(self):
         shown = [line for line in (ROOT / "CONTRIBUTING.md").read_text().splitlines() if line.startswith("|")]

@@ -1,8 +1,10 @@
 #ifndef TEST_SUPPORT_RAW_RECORDS_H
 #define TEST_SUPPORT_RAW_RECORDS_H
 
-#include "cls_RecordStore.h"
+#include "gsl_RecordStore.h"
+#include "gsl_Version.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -18,7 +20,7 @@ struct RawField {
   /// Empty for an entry of a list.
   std::string name;
   int index = -1;
-  cls_RecordStore::Kind kind = cls_RecordStore::Kind::Integer;
+  gsl_RecordKind kind = gsl_RecordKind::Integer;
   int integer = 0;
   double real = 0.0;
   bool boolean = false;
@@ -42,10 +44,10 @@ struct RawRecord {
 
 using RawRecords = std::vector<RawRecord>;
 
-inline RawField RawCopy(const cls_RecordStore& store, const cls_RecordStore::Field& field) {
-  using Kind = cls_RecordStore::Kind;
+inline RawField RawCopy(const gsl_RecordField& field) {
+  using Kind = gsl_RecordKind;
   RawField raw;
-  raw.name = store.Name(field);
+  raw.name = field.name;
   raw.index = field.index;
   raw.kind = field.kind;
   switch (field.kind) {
@@ -59,7 +61,7 @@ inline RawField RawCopy(const cls_RecordStore& store, const cls_RecordStore::Fie
     raw.boolean = field.boolean;
     break;
   case Kind::String:
-    raw.text.assign(store.String(field).CStr(), store.String(field).Length());
+    raw.text = field.text;
     break;
   default:
     raw.link = field.link;
@@ -68,15 +70,15 @@ inline RawField RawCopy(const cls_RecordStore& store, const cls_RecordStore::Fie
   return raw;
 }
 
-inline RawRecords RawCopy(const cls_RecordStore& store) {
+inline RawRecords RawCopy(const gsl_RecordStore& store) {
   RawRecords records(store.RecordCount());
   for (std::size_t i = 0; i < store.RootCount(); ++i)
     records[store.Root(i)].isRoot = true;
   for (std::uint32_t i = 0; i < records.size(); ++i) {
     RawRecord& raw = records[i];
     raw.typeId = store.TypeId(i);
-    raw.prefix = store.Uid(i).Prefix();
-    raw.serial = store.Uid(i).Serial();
+    raw.prefix = store.Identity(i).prefix;
+    raw.serial = store.Identity(i).serial;
     raw.collection = static_cast<std::uint32_t>(store.Collection(i));
     const auto unsigneds = store.Unsigneds(i);
     raw.unsigneds.assign(unsigneds.values, unsigneds.values + unsigneds.count);
@@ -84,10 +86,44 @@ inline RawRecords RawCopy(const cls_RecordStore& store) {
     raw.rows = doubles.rows;
     raw.columns = doubles.columns;
     raw.doubles.assign(doubles.values, doubles.values + doubles.rows * doubles.columns);
-    for (auto* field = store.First(i); field != nullptr; field = store.Next(*field))
-      raw.fields.push_back(RawCopy(store, *field));
+    for (const gsl_RecordField& field : store.Fields(i))
+      raw.fields.push_back(RawCopy(field));
   }
   return records;
+}
+
+/// The checksum of the byte form, bit by bit.
+inline std::uint32_t RawChecksum(const std::vector<unsigned char>& bytes) {
+  std::uint32_t sum = 0xFFFFFFFFu;
+  for (const unsigned char byte : bytes) {
+    for (unsigned int bit = 0; bit < 8; ++bit) {
+      const bool isOdd = ((sum ^ (byte >> bit)) & 1u) != 0;
+      sum = (sum >> 1) ^ (isOdd ? 0x82F63B78u : 0u);
+    }
+  }
+  return ~sum;
+}
+
+inline void AppendNumber(std::vector<unsigned char>& bytes, std::uint64_t value, int size) {
+  for (int i = 0; i < size; ++i, value /= 256)
+    bytes.push_back(static_cast<unsigned char>(value % 256));
+}
+
+/// A body between its header and the checksums of its blocks.
+inline std::vector<unsigned char> RawFrame(const std::vector<unsigned char>& body) {
+  std::vector<unsigned char> bytes = {'g', 's', 'l', 'r', 2, 0, 0, 0};
+  AppendNumber(bytes, body.size(), 8);
+  AppendNumber(bytes, RawChecksum(bytes), 4);
+  bytes.insert(bytes.end(), body.begin(), body.end());
+  for (std::size_t begin = 0, number = 0; begin < body.size(); begin += 1048576, ++number) {
+    std::vector<unsigned char> block;
+    AppendNumber(block, number, 8);
+    const std::size_t end = std::min<std::size_t>(begin + 1048576, body.size());
+    block.insert(block.end(), body.begin() + static_cast<std::ptrdiff_t>(begin),
+                 body.begin() + static_cast<std::ptrdiff_t>(end));
+    AppendNumber(bytes, RawChecksum(block), 4);
+  }
+  return bytes;
 }
 
 /// The byte form.
@@ -98,12 +134,17 @@ public:
     for (const RawRecord& record : records)
       Add(record);
     const std::vector<unsigned char> body = std::move(bytes);
-    bytes = {'g', 's', 'l', 'r', 1};
+    bytes.clear();
+    Text("gsl_geometry " + std::to_string(GSL_VERSION_MAJOR) + '.' +
+         std::to_string(GSL_VERSION_MINOR) + '.' + std::to_string(GSL_VERSION_PATCH));
     Number(names.size());
     for (const std::string& name : names)
       Text(name);
+    Number(prefixes.size());
+    for (const std::uint64_t prefix : prefixes)
+      Eight(prefix);
     bytes.insert(bytes.end(), body.begin(), body.end());
-    return std::move(bytes);
+    return RawFrame(bytes);
   }
 
 private:
@@ -143,8 +184,28 @@ private:
     Number(place->second);
   }
 
+  void Identity(const RawRecord& record) {
+    if (record.prefix == 0 && record.serial == 0) return Number(0);
+    std::size_t place = 0;
+    while (place < prefixes.size() && prefixes[place] != record.prefix)
+      ++place;
+    if (place == prefixes.size()) {
+      prefixes.push_back(record.prefix);
+      serials.push_back(0);
+    }
+    Number(place + 1);
+    Step(record.serial - serials[place]);
+    serials[place] = record.serial;
+  }
+
+  /// A difference modulo 2^64, as the signed number that it is nearest to.
+  void Step(std::uint64_t difference) {
+    const bool isNegative = difference >= 0x8000000000000000u;
+    Number(isNegative ? 2 * (0 - difference) - 1 : 2 * difference);
+  }
+
   void Add(const RawField& field) {
-    using Kind = cls_RecordStore::Kind;
+    using Kind = gsl_RecordKind;
     Name(field.name);
     Signed(field.index);
     bytes.push_back(static_cast<unsigned char>(field.kind));
@@ -165,8 +226,7 @@ private:
   void Add(const RawRecord& record) {
     bytes.push_back(record.isRoot ? 1 : 0);
     Number(record.typeId);
-    Eight(record.prefix);
-    Eight(record.serial);
+    Identity(record);
     Number(record.collection);
     if (record.collection == 57) {
       Number(record.unsigneds.size());
@@ -185,6 +245,8 @@ private:
 
   std::vector<unsigned char> bytes;
   std::vector<std::string> names;
+  std::vector<std::uint64_t> prefixes;
+  std::vector<std::uint64_t> serials;
   std::map<std::string, std::size_t> numberOf;
 };
 

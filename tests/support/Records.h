@@ -3,21 +3,23 @@
 
 #include "cls_ListWriter.h"
 #include "cls_ReadVisitor.h"
-#include "cls_RecordStore.h"
 #include "cls_WriteVisitor.h"
+#include "gsl_RecordStore.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <functional>
 #include <memory>
 #include <sstream>
 #include <string>
+#include <vector>
 
 /// A store whose roots are the records of the objects.
 template <class... C>
-cls_RecordStore Written(const C&... objects) {
-  cls_RecordStore store;
+gsl_RecordStore Written(const C&... objects) {
+  gsl_RecordStore store;
   cls_Save save(store);
   (objects.DBWrite(cls_WriteVisitor(save)), ...);
   return store;
@@ -25,15 +27,19 @@ cls_RecordStore Written(const C&... objects) {
 
 /// The root as an object of class C.
 template <class C>
-C ReadBack(const cls_RecordStore& store, std::size_t root = 0) {
+C ReadBack(const gsl_RecordStore& store, std::size_t root = 0) {
   cls_Load load(store);
   return C(cls_ReadVisitor(load, root));
 }
 
+inline cls_Uid UidOf(const gsl_RecordReader& store, gsl_RecordIndex record) {
+  return cls_Uid(store.Identity(record).prefix, store.Identity(record).serial);
+}
+
 /// A store with one record of that type, whose fields `write` writes.
-inline cls_RecordStore Recorded(unsigned int typeId, const cls_Uid& uid,
+inline gsl_RecordStore Recorded(unsigned int typeId, const cls_Uid& uid,
                                 const std::function<void(const cls_WriteVisitor&)>& write) {
-  cls_RecordStore store;
+  gsl_RecordStore store;
   cls_Save save(store);
   const cls_WriteVisitor visitor(save);
   visitor.StartWrite(typeId, uid);
@@ -43,7 +49,7 @@ inline cls_RecordStore Recorded(unsigned int typeId, const cls_Uid& uid,
 
 namespace record_text {
 
-using Kind = cls_RecordStore::Kind;
+using Kind = gsl_RecordKind;
 
 inline std::string Hex(unsigned int typeId) {
   char text[16];
@@ -51,14 +57,13 @@ inline std::string Hex(unsigned int typeId) {
   return text;
 }
 
-inline void Append(const cls_RecordStore& store, cls_RecordStore::Index record, int indent,
+inline void Append(const gsl_RecordReader& store, gsl_RecordIndex record, int indent,
                    std::ostream& out);
 
-inline void Append(const cls_RecordStore& store, const cls_RecordStore::Field& field, int indent,
+inline void Append(const gsl_RecordReader& store, const gsl_RecordField& field, int indent,
                    std::ostream& out) {
   out << std::string(static_cast<std::size_t>(indent), ' ');
-  const std::string name = store.Name(field);
-  if (!name.empty()) out << field.index << ' ' << name << ' ';
+  if (!field.name.empty()) out << field.index << ' ' << field.name << ' ';
   switch (field.kind) {
   case Kind::Integer:
     out << "integer " << field.integer << '\n';
@@ -70,7 +75,7 @@ inline void Append(const cls_RecordStore& store, const cls_RecordStore::Field& f
     out << "boolean " << (field.boolean ? "true" : "false") << '\n';
     break;
   case Kind::String:
-    out << "string " << store.String(field).CStr() << '\n';
+    out << "string " << field.text << '\n';
     break;
   case Kind::Null:
     out << "null " << Hex(field.link) << '\n';
@@ -86,26 +91,32 @@ inline void Append(const cls_RecordStore& store, const cls_RecordStore::Field& f
   }
 }
 
-inline void Append(const cls_RecordStore& store, cls_RecordStore::Index record, int indent,
+inline void Append(const gsl_RecordReader& store, gsl_RecordIndex record, int indent,
                    std::ostream& out) {
   out << Hex(store.TypeId(record));
-  if (store.Collection(record) != cls_NoCollection) out << " of " << store.Collection(record);
-  const auto unsigneds = store.Unsigneds(record);
-  for (std::size_t i = 0; i < unsigneds.count; ++i)
-    out << ' ' << unsigneds.values[i];
-  const auto doubles = store.Doubles(record);
-  for (std::size_t i = 0; i < doubles.rows * doubles.columns; ++i)
-    out << ' ' << doubles.values[i];
+  if (store.Collection(record) != gsl_RecordCollection::None) {
+    out << " of " << static_cast<int>(store.Collection(record));
+  }
+  std::vector<std::uint32_t> unsigneds;
+  store.ReadUnsigneds(record, unsigneds);
+  for (const std::uint32_t value : unsigneds)
+    out << ' ' << value;
+  std::vector<double> doubles;
+  std::size_t rows = 0;
+  std::size_t columns = 0;
+  store.ReadDoubles(record, doubles, rows, columns);
+  for (const double value : doubles)
+    out << ' ' << value;
   out << '\n';
-  for (auto* field = store.First(record); field != nullptr; field = store.Next(*field))
-    Append(store, *field, indent, out);
+  for (const gsl_RecordField& field : store.Fields(record))
+    Append(store, field, indent, out);
 }
 
 } // namespace record_text
 
 /// The records as lines of text: type id, then "index name kind value" for each field, nested
 /// records indented. Identities are left out.
-inline std::string TextOf(const cls_RecordStore& store) {
+inline std::string TextOf(const gsl_RecordReader& store) {
   std::ostringstream out;
   for (std::size_t i = 0; i < store.RootCount(); ++i)
     record_text::Append(store, store.Root(i), 2, out);
@@ -120,66 +131,67 @@ struct FieldEdit {
 
 namespace record_edit {
 
-using Kind = cls_RecordStore::Kind;
+using Kind = gsl_RecordKind;
 
-inline void Copy(const cls_RecordStore& from, cls_RecordStore::Index record,
-                 const std::string& prefix, const FieldEdit& edit, const cls_WriteVisitor& to);
+inline void Copy(const gsl_RecordStore& from, gsl_RecordIndex record, const std::string& prefix,
+                 const FieldEdit& edit, const cls_WriteVisitor& to);
 
-inline void CopyEntries(const cls_RecordStore& from, cls_RecordStore::Index record,
+inline void CopyEntries(const gsl_RecordStore& from, gsl_RecordIndex record,
                         const std::string& prefix, const FieldEdit& edit,
                         const cls_WriteVisitor& to) {
   const std::unique_ptr<cls_ListWriter> list(to.GetListWriter());
-  for (auto* entry = from.First(record); entry != nullptr; entry = from.Next(*entry)) {
-    if (entry->kind == Kind::Null) {
-      list->WriteNull(entry->link);
+  for (const gsl_RecordField& entry : from.Fields(record)) {
+    if (entry.kind == Kind::Null) {
+      list->WriteNull(entry.link);
     } else {
       const cls_WriteRequestListObj request(*list);
-      Copy(from, entry->link, prefix, edit, cls_WriteVisitor(request));
+      Copy(from, entry.link, prefix, edit, cls_WriteVisitor(request));
     }
   }
 }
 
-inline void Copy(const cls_RecordStore& from, cls_RecordStore::Index record,
-                 const std::string& prefix, const FieldEdit& edit, const cls_WriteVisitor& to) {
-  to.StartWrite(from.TypeId(record), from.Uid(record));
-  const cls_CollectionType collection = from.Collection(record);
-  if (collection == cls_UnsignedList) {
+inline void Copy(const gsl_RecordStore& from, gsl_RecordIndex record, const std::string& prefix,
+                 const FieldEdit& edit, const cls_WriteVisitor& to) {
+  to.StartWrite(from.TypeId(record), UidOf(from, record));
+  const gsl_RecordCollection collection = from.Collection(record);
+  if (collection == gsl_RecordCollection::Unsigneds) {
     const auto array = from.Unsigneds(record);
     to.WriteUnsigneds(array.values, array.count);
-  } else if (collection == cls_DoubleMatrix) {
+  } else if (collection == gsl_RecordCollection::Doubles) {
     const auto array = from.Doubles(record);
     to.WriteDoubles(array.values, array.rows, array.columns);
-  } else if (collection == cls_ObjectList) {
+  } else if (collection == gsl_RecordCollection::Objects) {
     CopyEntries(from, record, prefix, edit, to);
     return;
   }
-  for (auto* field = from.First(record); field != nullptr; field = from.Next(*field)) {
-    const std::string path = prefix + from.Name(*field);
-    const cls_FieldHandle handle(field->index, from.Name(*field));
+  for (const gsl_RecordField& field : from.Fields(record)) {
+    const std::string name(field.name);
+    const std::string path = prefix + name;
+    const cls_FieldHandle handle(field.index, name.c_str());
     if (path == edit.path) {
       edit.write(to, handle);
       continue;
     }
-    switch (field->kind) {
+    switch (field.kind) {
     case Kind::Integer:
-      to.WriteInteger(handle, field->integer);
+      to.WriteInteger(handle, field.integer);
       break;
     case Kind::Double:
-      to.WriteDouble(handle, field->real);
+      to.WriteDouble(handle, field.real);
       break;
     case Kind::Boolean:
-      to.WriteBoolean(handle, field->boolean);
+      to.WriteBoolean(handle, field.boolean);
       break;
     case Kind::String:
-      to.WriteString(handle, from.String(*field));
+      to.WriteString(handle, cow_String(field.text.data(), field.text.size()));
       break;
     case Kind::Null:
-      to.WriteNullObject(handle, field->link);
+      to.WriteNullObject(handle, field.link);
       break;
     case Kind::Record:
     case Kind::Object:
     case Kind::Reference:
-      Copy(from, field->link, path + "/", edit, cls_WriteVisitor(to, handle));
+      Copy(from, field.link, path + "/", edit, cls_WriteVisitor(to, handle));
       break;
     }
   }
@@ -188,54 +200,77 @@ inline void Copy(const cls_RecordStore& from, cls_RecordStore::Index record,
 } // namespace record_edit
 
 /// A store with the first root of `from`, changed by the edit. Shared objects are copied apart.
-inline cls_RecordStore Edited(const cls_RecordStore& from, const FieldEdit& edit) {
-  cls_RecordStore store;
+inline gsl_RecordStore Edited(const gsl_RecordStore& from, const FieldEdit& edit) {
+  gsl_RecordStore store;
   cls_Save save(store);
   record_edit::Copy(from, from.Root(0), "", edit, cls_WriteVisitor(save));
   return store;
 }
 
-inline cls_RecordStore Without(const cls_RecordStore& from, const std::string& path) {
+inline gsl_RecordStore Without(const gsl_RecordStore& from, const std::string& path) {
   return Edited(from, {path, [](const cls_WriteVisitor&, const cls_FieldHandle&) {}});
-}
-
-/// The same records in the same order: types, identities, fields, values bit for bit, and which
-/// objects are shared.
-inline bool SameRecords(const cls_RecordStore& a, const cls_RecordStore& b) {
-  using Kind = cls_RecordStore::Kind;
-  if (a.RecordCount() != b.RecordCount() || a.RootCount() != b.RootCount()) return false;
-  for (cls_RecordStore::Index i = 0; i < a.RecordCount(); ++i) {
-    const auto u = a.Unsigneds(i);
-    const auto v = b.Unsigneds(i);
-    const auto d = a.Doubles(i);
-    const auto e = b.Doubles(i);
-    const bool same = a.TypeId(i) == b.TypeId(i) && a.Uid(i) == b.Uid(i) &&
-                      a.Collection(i) == b.Collection(i) && u.count == v.count &&
-                      d.rows == e.rows && d.columns == e.columns &&
-                      std::equal(u.values, u.values + u.count, v.values) &&
-                      (d.rows * d.columns == 0 ||
-                       std::memcmp(d.values, e.values, d.rows * d.columns * sizeof(double)) == 0);
-    if (!same) return false;
-    auto* f = a.First(i);
-    auto* g = b.First(i);
-    for (; f != nullptr && g != nullptr; f = a.Next(*f), g = b.Next(*g)) {
-      if (f->kind != g->kind || f->index != g->index) return false;
-      if (std::strcmp(a.Name(*f), b.Name(*g)) != 0) return false;
-      const bool sameValue = f->kind == Kind::String ? a.String(*f) == b.String(*g)
-                             : f->kind == Kind::Double
-                                 ? std::memcmp(&f->real, &g->real, sizeof f->real) == 0
-                             : f->kind == Kind::Boolean ? f->boolean == g->boolean
-                                                        : f->link == g->link;
-      if (!sameValue) return false;
-    }
-    if (f != nullptr || g != nullptr) return false;
-  }
-  return true;
 }
 
 /// The same bits, so that NaN equals itself and 0.0 differs from -0.0.
 inline bool SameBits(double a, double b) {
   return std::memcmp(&a, &b, sizeof a) == 0;
+}
+
+namespace record_comparison {
+
+inline bool SameField(const gsl_RecordField& a, const gsl_RecordField& b) {
+  if (a.kind != b.kind || a.index != b.index || a.name != b.name) return false;
+  switch (a.kind) {
+  case gsl_RecordKind::String:
+    return a.text == b.text;
+  case gsl_RecordKind::Double:
+    return SameBits(a.real, b.real);
+  case gsl_RecordKind::Boolean:
+    return a.boolean == b.boolean;
+  default:
+    return a.link == b.link;
+  }
+}
+
+inline bool SameElements(const gsl_RecordStore& a, const gsl_RecordStore& b,
+                         gsl_RecordIndex record) {
+  const auto u = a.Unsigneds(record);
+  const auto v = b.Unsigneds(record);
+  const auto d = a.Doubles(record);
+  const auto e = b.Doubles(record);
+  const std::size_t count = d.rows * d.columns;
+  return u.count == v.count && std::equal(u.values, u.values + u.count, v.values) &&
+         d.rows == e.rows && d.columns == e.columns &&
+         (count == 0 || std::memcmp(d.values, e.values, count * sizeof(double)) == 0);
+}
+
+inline bool SameFields(const gsl_RecordStore& a, const gsl_RecordStore& b, gsl_RecordIndex record) {
+  gsl_RecordReader::Position i = a.FirstField(record);
+  gsl_RecordReader::Position j = b.FirstField(record);
+  gsl_RecordField f;
+  gsl_RecordField g;
+  while (i != gsl_RecordReader::kEnd && j != gsl_RecordReader::kEnd) {
+    i = a.ReadField(i, f);
+    j = b.ReadField(j, g);
+    if (!SameField(f, g)) return false;
+  }
+  return i == j;
+}
+
+} // namespace record_comparison
+
+/// The same records in the same order: types, identities, fields, values bit for bit, and which
+/// objects are shared.
+inline bool SameRecords(const gsl_RecordStore& a, const gsl_RecordStore& b) {
+  using namespace record_comparison;
+  if (a.RecordCount() != b.RecordCount() || a.RootCount() != b.RootCount()) return false;
+  for (gsl_RecordIndex i = 0; i < a.RecordCount(); ++i) {
+    const bool same = a.TypeId(i) == b.TypeId(i) && a.Identity(i) == b.Identity(i) &&
+                      a.Collection(i) == b.Collection(i) && SameElements(a, b, i) &&
+                      SameFields(a, b, i);
+    if (!same) return false;
+  }
+  return true;
 }
 
 #endif

@@ -7,7 +7,8 @@
 #include <string>
 #include <vector>
 
-/// A text of the message library: plain, or a format with numbered arguments still open.
+/// A text of the message library. It is plain, or it is a format with arguments that are still
+/// open.
 class GSL_HOST_API atr_String {
 public:
   atr_String() = default;
@@ -44,14 +45,14 @@ private:
   std::vector<OpenArgument> open;
 };
 
-/// The format in the user's language, its arguments open: "%d" and "%s" count from 1 in their
-/// order, "%2$s" names its position, "%%" is a percent sign. A format without a translation is used
-/// as it is.
+/// Returns the format in the user's language with its arguments open. "%d" and "%s" count from 1 in
+/// their order, "%2$s" names its position, "%%" is a percent sign. A format without a translation
+/// is used as it is.
 GSL_HOST_API atr_String atr_translate(const char* format);
 
-/// Fills every open place of that position and kind. False, and nothing changed, when there is
-/// none. Text that was filled in is never searched for arguments again. Null text is the empty
-/// text.
+/// Fills every open place of that position and kind. Returns false, and changes nothing, when there
+/// is no such place. Text that was filled in is never searched for arguments again. Null text is
+/// the empty text.
 GSL_HOST_API bool atr_SubstituteFormat(atr_String& message, int position, const char* value);
 GSL_HOST_API bool atr_SubstituteFormat(atr_String& message, int position, int value);
 

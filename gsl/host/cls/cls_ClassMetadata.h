@@ -32,18 +32,19 @@ public:
   const cls_TypeAdapterBase& Adapter() const { return *adapter; }
   unsigned int TypeId() const { return adapter->TypeId(); }
   const char* Name() const { return adapter->Name(); }
-  /// Null unless the class gave one.
+  /// Returns null for a class that has none.
   Destructor Dtor() const { return dtor; }
   const std::vector<Attribute>& Attributes() const { return attributes; }
   const std::vector<Base>& Bases() const { return bases; }
-  /// As given to cls_MetadataRegistrar::initClassMetadata; 0 without it.
+  /// Returns what was given to cls_MetadataRegistrar::initClassMetadata, or 0.
   int Flags() const { return flags; }
 
   cls_ClassMetadata& AddDtor(Destructor destroy);
-  /// The next attribute in write order. `name` must outlive the metadata: a literal.
+  /// Adds the next attribute in write order. Requires that `name` outlives the metadata.
   cls_ClassMetadata& AddAttribute(const char* name, cls_AttributeType type, unsigned int argument,
                                   cls_CollectionType collection);
-  /// Declares a direct base class; `convert` turns a pointer to an object into one to that base.
+  /// Declares a direct base class. `convert` turns a pointer to an object into a pointer to its
+  /// base.
   cls_ClassMetadata& AddBase(unsigned int typeId, Conversion convert);
 
 private:

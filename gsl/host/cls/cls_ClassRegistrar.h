@@ -11,10 +11,10 @@
 
 class cls_ReadVisitor;
 
-/// The persistent classes, in the order in which they were registered first.
+/// Keeps the persistent classes in the order in which they were registered first.
 ///
-/// Threads  registering needs the process's one starting thread; asking is safe from any thread
-///          afterwards.
+/// Threads  registering needs the process's one starting thread; afterwards every query is safe
+///          from any thread.
 class GSL_HOST_API cls_ClassRegistrar {
 public:
   cls_ClassRegistrar();
@@ -22,21 +22,22 @@ public:
   cls_ClassRegistrar(const cls_ClassRegistrar&) = delete;
   cls_ClassRegistrar& operator=(const cls_ClassRegistrar&) = delete;
 
-  /// Registers the adapter's class and takes the adapter over. A class that is registered already
-  /// keeps its place and starts again.
+  /// Registers the adapter's class and takes over the adapter. A class that is registered already
+  /// keeps its place, and what it declared before is forgotten.
   cls_ClassMetadata& AddClassMD(cls_TypeAdapterBase* adapter);
 
   std::size_t ClassCount() const { return classes.size(); }
   const cls_ClassMetadata& Class(std::size_t i) const { return *classes[i]; }
-  /// Null for a class that is not registered.
+  /// Returns null for a class that is not registered.
   const cls_ClassMetadata* FindClass(unsigned int typeId) const;
 
-  /// Whether `dynType` is `queried` or derives from it; a class need not be registered to be
-  /// itself.
+  /// Returns whether `dynType` is `queried` or derives from it. A class that is not registered is
+  /// itself, too.
   [[nodiscard]] bool InheritanceCheck(unsigned int dynType, unsigned int queried) const;
 
-  /// A new object of the class that the record names, as a pointer to the class `typeId`. Throws
-  /// cls_RecordException when the record's class is not registered or does not derive from that.
+  /// Returns a new object of the class that the record names, as a pointer to the class `typeId`.
+  /// Throws cls_RecordException when the record's class is not registered or does not derive from
+  /// the class `typeId`.
   [[nodiscard]] void* Create(const cls_ReadVisitor& visitor, unsigned int typeId) const;
 
 private:

@@ -1,11 +1,11 @@
 #ifndef CLS_FIELD_HANDLE_H
 #define CLS_FIELD_HANDLE_H
 
-/// Names a field of a record. The index, where it is not -1, is the field's place in write order.
-/// The name alone decides which field is meant.
+/// Names a field of a record. The index, unless it is -1, is the field's place in write order. Only
+/// the name decides which field is meant.
 class cls_FieldHandle {
 public:
-  /// `name` must outlive the handle: a literal.
+  /// Requires that `name` outlives the handle.
   constexpr cls_FieldHandle(int fieldIndex, const char* fieldName)
       : index(fieldIndex), name(fieldName) {}
 

@@ -5,24 +5,25 @@
 #include "mem_Export.h"
 
 #include <cstddef>
+#include <cstdint>
 
-/// Reads the entries of a list, in order.
+/// Reads the entries of a list in order.
 class GSL_HOST_API cls_ListReader {
 public:
   cls_ListReader(const cls_ListReader&) = delete;
   cls_ListReader& operator=(const cls_ListReader&) = delete;
 
-  /// True while there is a further entry.
-  [[nodiscard]] bool HasNext() const { return next != nullptr; }
+  /// Returns whether there is a further entry.
+  [[nodiscard]] bool HasNext() const;
 
-  /// The next entry as a new object of the class that its record names: T, or a registered class
-  /// derived from it. Null for a null entry.
+  /// Returns the next entry as a new object of the class that its record names: T, or a registered
+  /// class that derives from T. Returns null for a null entry.
   template <class T>
   [[nodiscard]] T* ReadObject() {
     return Next().Create<T>();
   }
 
-  /// The next entry as a value. Throws for a null entry and for one of another class.
+  /// Returns the next entry as a value. Throws for a null entry and for an entry of another class.
   template <class T>
   T ReadValue() {
     const cls_ReadVisitor entry = Next();
@@ -36,12 +37,12 @@ private:
 
   explicit cls_ListReader(const cls_ReadVisitor& list);
 
-  /// Absent for a null entry.
+  /// Returns an absent record for a null entry.
   cls_ReadVisitor Next();
   [[noreturn]] void RefuseNull() const;
 
   const cls_ReadVisitor& list;
-  const cls_RecordStore::Field* next;
+  std::uint64_t next;
   std::size_t taken;
 };
 

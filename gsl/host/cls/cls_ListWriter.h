@@ -4,16 +4,16 @@
 #include "cls_WriteVisitor.h"
 #include "mem_Export.h"
 
-/// Writes the entries of a list, in order.
+/// Writes the entries of a list in order.
 class GSL_HOST_API cls_ListWriter {
 public:
   cls_ListWriter(const cls_ListWriter&) = delete;
   cls_ListWriter& operator=(const cls_ListWriter&) = delete;
 
-  /// Keeps the position of an entry that holds nothing.
+  /// Writes an entry that holds nothing, so that later entries keep their positions.
   void WriteNull(unsigned int typeId);
 
-  /// Ends the list. True when the writer is now the caller's to delete.
+  /// Ends the list. Returns whether the caller must delete the writer now.
   [[nodiscard]] bool Finish();
 
 private:

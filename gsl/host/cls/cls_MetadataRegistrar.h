@@ -5,13 +5,13 @@
 #include "mem_Export.h"
 #include "omi_Singleton.h"
 
-/// Collects what every module declares of its persistent classes. The process has one, reached
-/// through omi_Singleton.
+/// Collects what every module declares of its persistent classes. The process has one registrar;
+/// omi_Singleton returns it.
 class GSL_HOST_API cls_MetadataRegistrar {
 public:
   using InitializeMetadata = void (*)(cls_ClassRegistrar&);
 
-  /// Lets a class register itself; `flags` is kept with it.
+  /// Lets a class register itself. The class keeps `flags`.
   void initClassMetadata(InitializeMetadata function, int flags);
 
   cls_ClassRegistrar& ClassRegistrar() { return registrar; }

@@ -14,17 +14,17 @@ public:
   cls_TypeAdapterBase(const cls_TypeAdapterBase&) = delete;
   cls_TypeAdapterBase& operator=(const cls_TypeAdapterBase&) = delete;
 
-  /// The name and the numbers that the class gave; the numbers are the persistence library's own.
+  /// Returns what the class gave. What the numbers mean is up to the persistence library.
   const char* Name() const { return name; }
   int Number() const { return number; }
   unsigned int Argument() const { return argument; }
 
   virtual unsigned int TypeId() const = 0;
-  /// A new object; the caller owns it and knows its class.
+  /// Returns a new object. The caller owns it and knows its class.
   [[nodiscard]] virtual void* Create(const cls_ReadVisitor& visitor) const = 0;
 
 protected:
-  /// `adapterName` must outlive the adapter: a literal.
+  /// Requires that `adapterName` outlives the adapter.
   cls_TypeAdapterBase(const char* adapterName, int adapterNumber, unsigned int adapterArgument);
 
 private:
@@ -33,8 +33,8 @@ private:
   unsigned int argument;
 };
 
-/// The adapter of class T: constructs it from a visitor, and where T asks for owners too, with
-/// none.
+/// The adapter of class T. It constructs a T from a visitor, and from two null owners where T takes
+/// owners.
 template <class T>
 class GSL_HOST_API cls_TypeAdapter : public cls_TypeAdapterBase {
 public:

@@ -5,13 +5,13 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <functional>
+#include <typeindex>
 
 /// Persistent object identifier: 128 bits, a prefix drawn at random once per process and a serial
 /// number. Trivially copyable; copies are the same identity.
 ///
-/// A forked child draws a prefix of its own. Only equality is meaningful; the order is that of the
-/// bits and says nothing of age.
+/// A forked child draws a prefix of its own. Only equality is meaningful; the order is the order of
+/// the bits, not of age.
 class GSL_HOST_API cls_Uid {
 public:
   /// The null identifier, equal only to itself.
@@ -21,8 +21,8 @@ public:
   constexpr cls_Uid(std::uint64_t prefixBits, std::uint64_t serialBits) noexcept
       : prefix(prefixBits), serial(serialBits) {}
 
-  /// An identifier that no other call, thread or process has given out. Never null. Safe from any
-  /// thread, and without contention: a thread takes 2^20 serials at a time.
+  /// Returns an identifier that no other call, thread or process has returned. It is never null.
+  /// The call is safe from any thread and without contention: a thread takes 2^20 serials at once.
   static cls_Uid AllocateUid() noexcept;
 
   [[nodiscard]] constexpr bool IsNull() const noexcept { return prefix == 0 && serial == 0; }
@@ -40,7 +40,7 @@ public:
   }
 
 private:
-  /// The serials that this thread may still give out: [next, end) under `prefix`.
+  /// The serials that this thread may still use: [next, end) under `prefix`.
   struct Block {
     std::uint64_t prefix, next, end;
   };
@@ -49,8 +49,8 @@ private:
   static void DrawAfterFork() noexcept;
   static const bool watchesForks;
 
-  // Exported for the inline allocation. Initial-exec keeps it at one load from a fixed offset, and
-  // __thread, unlike thread_local, at that: no call that asks whether it was constructed.
+  // Exported for the inline allocation. With initial-exec, an access is one load from a fixed
+  // offset. With __thread, unlike thread_local, no call checks whether the block was constructed.
   static __thread Block threadBlock __attribute__((tls_model("initial-exec")));
 
   std::uint64_t prefix;
@@ -63,10 +63,11 @@ inline cls_Uid cls_Uid::AllocateUid() noexcept {
   return cls_Uid(block.prefix, block.next++);
 }
 
+// <typeindex> declares std::hash at a hundredth of the lines of <functional>.
 template <>
 struct std::hash<cls_Uid> {
   std::size_t operator()(const cls_Uid& uid) const noexcept {
-    // The prefix is random and mostly common to all; the odd multiplier spreads the serials.
+    // The prefix is random, and most uids share it; the odd multiplier spreads the serials.
     return static_cast<std::size_t>(uid.Prefix() ^ (uid.Serial() * 0x9E3779B97F4A7C15ull));
   }
 };

@@ -1,25 +1,27 @@
 #ifndef CLS_WRITE_VISITOR_H
 #define CLS_WRITE_VISITOR_H
 
+#include "cls_AttributeType.h"
 #include "cls_FieldHandle.h"
-#include "cls_RecordStore.h"
 #include "cls_Uid.h"
 #include "cow_String.h"
 #include "mem_Export.h"
 
 #include <cstddef>
-#include <functional>
+#include <cstdint>
 #include <memory>
 #include <unordered_map>
 
 class cls_ListWriter;
 class cls_WriteRequestListObj;
+class gsl_RecordWriter;
 
-/// One save into a store. It remembers, and keeps alive, the shared objects that it has written, so
-/// that each is stored once.
+/// One save to a writer of records. It remembers, and keeps alive, the shared objects that it has
+/// written, so that each is stored once.
 class GSL_HOST_API cls_Save {
 public:
-  explicit cls_Save(cls_RecordStore& store);
+  /// The writer must outlive the save.
+  explicit cls_Save(gsl_RecordWriter& writer);
   ~cls_Save();
   cls_Save(const cls_Save&) = delete;
   cls_Save& operator=(const cls_Save&) = delete;
@@ -43,11 +45,11 @@ private:
     }
   };
   struct Written {
-    cls_RecordStore::Index record;
+    std::uint32_t record;
     std::shared_ptr<const void> keptAlive;
   };
 
-  cls_RecordStore& store;
+  gsl_RecordWriter& writer;
   std::unordered_map<Key, Written, HashOfKey> objects;
 };
 
@@ -56,52 +58,55 @@ private:
 /// Lifetime  a child is used while its parent lives, the root while its save lives.
 /// Threads   a save and its visitors belong to one thread at a time, also where they are const.
 /// Errors    cls_RecordException for a field before StartWrite, a second record in one place, and
-///           nesting deeper than kMostNesting. When a root visitor goes because of an exception,
-///           the records of its latest object are taken back.
+///           nesting deeper than kMostNesting; what the writer throws. When an exception destroys a
+///           root visitor, the records of its latest object are taken back.
 class GSL_HOST_API cls_WriteVisitor {
 public:
   static constexpr unsigned int kMostNesting = 1000;
 
-  /// Writes the roots of the store: every StartWrite begins another one.
+  /// Writes roots: every StartWrite starts a further one.
   explicit cls_WriteVisitor(cls_Save& save);
-  /// For a record that belongs to a field of the parent's record.
+  /// Writes a record that belongs to a field of the parent's record.
   cls_WriteVisitor(const cls_WriteVisitor& parent, const cls_FieldHandle& field);
-  /// For the object that a holder shares: the fields of several records may refer to it. `Holder`
-  /// has Get(), and keeps the object alive and unchanged as long as a copy of the holder exists.
+  /// Writes the object that a holder shares: the fields of several records may refer to it.
+  /// Requires that `Holder` has Get(), and that the object lives and does not change as long as a
+  /// copy of the holder exists.
   template <class Holder>
   cls_WriteVisitor(const cls_WriteVisitor& parent, const cls_FieldHandle& field,
                    const Holder& shared)
       : cls_WriteVisitor(parent, field, shared.Get(), &shared, &CopyOf<Holder>) {}
-  /// For the entry that the request asked for.
+  /// Writes the entry that the request asked for.
   explicit cls_WriteVisitor(const cls_WriteRequestListObj& request);
 
   ~cls_WriteVisitor();
   cls_WriteVisitor(const cls_WriteVisitor&) = delete;
   cls_WriteVisitor& operator=(const cls_WriteVisitor&) = delete;
 
-  /// Starts the record. 0, and the caller writes nothing more, when this save has written the
-  /// shared object already: then the field refers to it. A record that belongs to a field is never
-  /// declined, whatever uid it carries.
+  /// Starts the record. Returns 0, and the caller writes nothing more, when this save has written
+  /// the shared object before: then the field refers to it. A record that belongs to a field is
+  /// never declined, whatever its uid is.
   int StartWrite(unsigned int typeId, const cls_Uid& uid) const;
 
   void WriteInteger(const cls_FieldHandle& field, int value) const;
   void WriteDouble(const cls_FieldHandle& field, double value) const;
   void WriteBoolean(const cls_FieldHandle& field, bool value) const;
   void WriteString(const cls_FieldHandle& field, const cow_String& value) const;
-  /// An explicit empty object of that type.
+  /// Writes an explicit empty object of that type.
   void WriteNullObject(const cls_FieldHandle& field, unsigned int typeId) const;
 
-  /// Makes the started record a collection. A record is of one collection type.
+  /// Makes the started record a collection. A record is one collection at most.
   void CheckCollectionType(int type) const;
-  /// The elements of a cls_UnsignedList.
+  /// Writes the elements of a cls_UnsignedList, once.
   void WriteUnsigneds(const unsigned int* values, std::size_t count) const;
-  /// The entries of a cls_DoubleMatrix, row by row.
+  /// Writes the entries of a cls_DoubleMatrix row by row, once.
   void WriteDoubles(const double* values, std::size_t rows, std::size_t columns) const;
-  /// A new writer for the entries of a cls_ObjectList.
+  /// Returns a new writer for the entries of a cls_ObjectList; the caller owns it.
   [[nodiscard]] cls_ListWriter* GetListWriter() const;
 
 private:
   friend class cls_ListWriter;
+
+  static constexpr std::uint32_t kNoRecord = 0xFFFFFFFFu;
 
   using CopyHolder = std::shared_ptr<const void> (*)(const void*);
 
@@ -110,30 +115,31 @@ private:
     return std::make_shared<Holder>(*static_cast<const Holder*>(shared));
   }
 
+  cls_WriteVisitor(cls_Save& save, std::uint32_t parentRecord, const cls_FieldHandle& place,
+                   unsigned int depth);
   cls_WriteVisitor(const cls_WriteVisitor& parent, const cls_FieldHandle& field,
                    const void* sharedObject, const void* sharedHolder, CopyHolder copy);
 
-  cls_RecordStore::Index Started() const;
+  std::uint32_t Started() const;
+  void StartRoot(unsigned int typeId, const cls_Uid& uid) const;
   int StartShared(unsigned int typeId, const cls_Uid& uid) const;
-  cls_RecordStore::Index AddChild(unsigned int typeId, const cls_Uid& uid,
-                                  cls_RecordStore::Kind kind) const;
-  cls_RecordStore::Field& AddField(const cls_FieldHandle& field, cls_RecordStore::Kind kind) const;
-  cls_RecordStore::Field& AddPlace(cls_RecordStore::Kind kind) const;
+  void StartChild(unsigned int typeId, const cls_Uid& uid, bool isShared) const;
+  void StartElements(int type) const;
   void TakeBack();
 
   cls_Save& save;
-  /// Record that holds the place of this visitor's record; kNone at the root.
-  cls_RecordStore::Index parentRecord;
-  /// Name kNone is an entry of a list.
-  cls_RecordStore::Index placeName;
-  int placeIndex;
+  /// The record that holds the place of this visitor's record; kNoRecord for a root.
+  std::uint32_t parentRecord;
+  /// An entry of a list has no name.
+  cls_FieldHandle place;
   unsigned int depth;
   const void* object;
   const void* holder;
   CopyHolder copyHolder;
-  mutable cls_RecordStore::Index record;
+  mutable std::uint32_t record;
   mutable bool declined;
-  mutable cls_RecordStore::Mark before;
+  mutable bool hasElements;
+  mutable int collection;
   int exceptionsBefore;
 };
 

@@ -11,13 +11,13 @@
 class cls_ReadVisitor;
 class cls_WriteVisitor;
 
-/// Persistent list of unsigned integers. A copy keeps the identity of its source; a move takes it
-/// along and leaves the source empty, with a fresh one.
+/// Persistent list of unsigned integers. A copy keeps the identity of its source. A move takes the
+/// identity along and leaves the source empty, with a fresh identity.
 class GSL_HOST_API cls_xp1DArrayListUint {
 public:
-  /// Empty, with a fresh identity.
+  /// Makes an empty list with a fresh identity.
   cls_xp1DArrayListUint();
-  /// Empty from an absent record.
+  /// Reads the list. It is empty for an absent record.
   explicit cls_xp1DArrayListUint(const cls_ReadVisitor& visitor);
   cls_xp1DArrayListUint(const cls_xp1DArrayListUint&) = default;
   cls_xp1DArrayListUint(cls_xp1DArrayListUint&& other) noexcept;
@@ -41,7 +41,7 @@ public:
   static constexpr unsigned int TypeId() { return cls_kCollectionTypeId; }
   static constexpr cls_CollectionType CollectionType() { return cls_UnsignedList; }
 
-  /// The same elements in the same order; identities do not count.
+  /// Returns whether the elements are the same in the same order. Identities are not compared.
   [[nodiscard]] friend bool operator==(const cls_xp1DArrayListUint& a,
                                        const cls_xp1DArrayListUint& b) {
     return a.elements == b.elements;

@@ -11,14 +11,14 @@
 class cls_ReadVisitor;
 class cls_WriteVisitor;
 
-/// Persistent matrix of doubles, row by row. A copy keeps the identity of its source; a move takes
-/// it along and leaves the source 0 by 0, with a fresh one.
+/// Persistent matrix of doubles, row by row. A copy keeps the identity of its source. A move takes
+/// the identity along and leaves the source 0 by 0, with a fresh identity.
 class GSL_HOST_API cls_xp2DArrayDouble {
 public:
-  /// Zeros. The identity is fresh unless one is given.
+  /// Makes a matrix of zeros. The identity is fresh unless the caller gives one.
   cls_xp2DArrayDouble(std::size_t rowCount, std::size_t columnCount,
                       const cls_Uid& identity = cls_Uid::AllocateUid());
-  /// 0 by 0 from an absent record.
+  /// Reads the matrix. It is 0 by 0 for an absent record.
   explicit cls_xp2DArrayDouble(const cls_ReadVisitor& visitor);
   cls_xp2DArrayDouble(const cls_xp2DArrayDouble&) = default;
   cls_xp2DArrayDouble(cls_xp2DArrayDouble&& other) noexcept;

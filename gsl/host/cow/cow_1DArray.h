@@ -16,19 +16,20 @@ class GSL_HOST_API cow_1DArray {
 public:
   std::size_t Count() const { return body.Read() != nullptr ? body.Read()->size() : 0; }
   [[nodiscard]] bool IsEmpty() const { return Count() == 0; }
-  /// No range check. Valid until this array changes.
+  /// Does not check the range. The element is valid until this array changes.
   const T& operator[](std::size_t i) const { return (*body.Read())[i]; }
 
   /// The elements in order; valid until this array changes.
   const T* begin() const { return body.Read() != nullptr ? body.Read()->data() : nullptr; }
   const T* end() const { return begin() + Count(); }
 
-  /// For changing: the array is copied away from its other owners first. No range check.
+  /// Returns an element that may be changed; the array is copied away from its other owners first.
+  /// Does not check the range.
   T& Writable(std::size_t i) { return body.Write()[i]; }
   /// `value` may be an element of this array.
   void Append(const T& value) {
     if (body.IsShared()) {
-      // It may be an element that goes with the other owners.
+      // The other owners may delete the element meanwhile.
       T kept(value);
       body.Write().push_back(std::move(kept));
     } else {

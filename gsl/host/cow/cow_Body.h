@@ -18,7 +18,7 @@ public:
     std::swap(shared, copy.shared);
     return *this;
   }
-  /// Leaves the other one without a value.
+  /// Leaves the source without a value.
   cow_Body& operator=(cow_Body&& other) noexcept {
     if (this == &other) return *this;
     Release();
@@ -27,10 +27,10 @@ public:
   }
   ~cow_Body() { Release(); }
 
-  /// Null before the first write.
+  /// Returns null before the first write.
   const T* Read() const noexcept { return shared != nullptr ? &shared->value : nullptr; }
 
-  /// The value, after it was copied away from the other owners.
+  /// Returns the value after copying it away from the other owners.
   T& Write() {
     if (shared == nullptr) {
       shared = new Shared{{1}, T()};
@@ -45,7 +45,7 @@ public:
   [[nodiscard]] bool SharesWith(const cow_Body& other) const noexcept {
     return shared == other.shared;
   }
-  /// Another owner holds the value. It may let go of the value meanwhile.
+  /// Returns whether another owner holds the value. That owner may release the value meanwhile.
   [[nodiscard]] bool IsShared() const noexcept {
     return shared != nullptr && shared->owners.load(std::memory_order_acquire) != 1;
   }

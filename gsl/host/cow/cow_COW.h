@@ -9,21 +9,22 @@
 #include <new>
 #include <utility>
 
-/// Shared holder of one T: copies share the object, whoever wants to change it takes a clone first.
+/// Shared holder of one T. Copies share the object, and a holder clones the object before it
+/// changes it.
 ///
-/// Cloner    Clone(const T&) gives a new heap object, or null; then the operation that asked for
-///           it has no effect and says so. The last holder deletes the object, through the virtual
-///           destructor where T has one.
-/// Memory    a holder of an object costs one pointer and one shared block with the count. No memory
-///           for the block counts like a clone of null.
+/// Cloner    Clone(const T&) returns a new heap object or null. After a null, the operation that
+///           asked for the clone has no effect and reports it. The last holder deletes the object,
+///           through the virtual destructor where T has one.
+/// Memory    a holder of an object costs one pointer and one shared block with the count. A block
+///           that finds no memory counts like a clone that is null.
 /// Threads   the count is atomic: holders of one object may be copied, unshared and destroyed in
 ///           different threads at once. One holder is used by one thread at a time.
 template <class T, class Cloner>
 class cow_COW {
 public:
-  /// Empty.
+  /// Makes an empty holder.
   cow_COW() noexcept = default;
-  /// Holds a clone of `source`; empty when there is none.
+  /// Holds a clone of `source`. The holder is empty when the clone is null.
   explicit cow_COW(const T& source) : cow_COW(Adopt(Cloner::Clone(source))) {}
   cow_COW(const cow_COW& other) noexcept : shared(Acquired(other.shared)) {}
   cow_COW(cow_COW&& other) noexcept : shared(std::exchange(other.shared, nullptr)) {}
@@ -31,29 +32,30 @@ public:
   cow_COW& operator=(cow_COW&& other) noexcept;
   ~cow_COW() { Release(shared); }
 
-  /// Takes over a heap object without cloning it; null gives an empty holder.
+  /// Takes over a heap object without cloning it. The holder is empty for null.
   static cow_COW Adopt(T* object);
 
   [[nodiscard]] bool IsEmpty() const noexcept { return shared == nullptr; }
   explicit operator bool() const noexcept { return !IsEmpty(); }
-  /// The object, or null. Valid while this holder keeps it.
+  /// Returns the object, or null. It is valid while this holder keeps it.
   const T* Get() const noexcept { return shared != nullptr ? shared->object.get() : nullptr; }
-  /// Not for an empty holder; that is not checked.
+  /// Requires that the holder is not empty, and does not check it.
   const T& operator*() const noexcept { return *shared->object; }
   const T* operator->() const noexcept { return shared->object.get(); }
 
-  /// The object for changing: a clone of it first when other holders share it. Null for an empty
-  /// holder and when the clone is null; then the holder is as before.
+  /// Returns the object to be changed. When other holders share the object, this holder clones it
+  /// first. Returns null, and changes nothing, for an empty holder and when the clone is null.
   T* Unshared();
 
-  /// Lets go of the object.
+  /// Releases the object.
   void Clear() noexcept { Release(std::exchange(shared, nullptr)); }
 
-  /// Both hold the same object; two empty holders share nothing.
+  /// Returns whether both hold the same object. Two empty holders share nothing.
   [[nodiscard]] bool SharesWith(const cow_COW& other) const noexcept {
     return shared != nullptr && shared == other.shared;
   }
-  /// Number of holders of the object; 0 for an empty one. Another thread may change it meanwhile.
+  /// Returns the number of holders of the object, 0 for an empty holder. Another thread may change
+  /// the number meanwhile.
   std::size_t Owners() const noexcept {
     return shared != nullptr ? shared->owners.load(std::memory_order_relaxed) : 0;
   }
@@ -71,7 +73,7 @@ private:
 
   static void Release(Shared* s) noexcept {
     if (s == nullptr) return;
-    // The last owner must see what the others did with the object before it deletes it.
+    // The last owner must see what the other owners wrote before it deletes the object.
     if (s->owners.fetch_sub(1, std::memory_order_acq_rel) == 1) delete s;
   }
 
@@ -103,7 +105,7 @@ cow_COW<T, Cloner>& cow_COW<T, Cloner>::operator=(cow_COW&& other) noexcept {
 template <class T, class Cloner>
 T* cow_COW<T, Cloner>::Unshared() {
   if (shared == nullptr) return nullptr;
-  // Pairs with the release of an owner that let go: what it read was read before we write.
+  // Pairs with the release by a former owner, so that its reads come before our writes.
   if (shared->owners.load(std::memory_order_acquire) != 1) {
     cow_COW clone(*shared->object);
     if (clone.IsEmpty()) return nullptr;

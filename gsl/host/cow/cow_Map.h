@@ -19,7 +19,7 @@ public:
   std::size_t Count() const { return static_cast<std::size_t>(End() - Begin()); }
   [[nodiscard]] bool IsEmpty() const { return Count() == 0; }
 
-  /// False, and the entry kept as it was, for a key that is there already.
+  /// Returns false, and keeps the entry as it is, for a key that is there already.
   bool Insert(const K& key, const V& value) {
     if (Find(key) != nullptr) return false;
     Contents& contents = body.Write();
@@ -33,7 +33,7 @@ public:
     return true;
   }
 
-  /// Null for a key that is not there; valid until this map changes.
+  /// Returns null for a key that is not there. The value is valid until this map changes.
   const V* Find(const K& key) const {
     const Contents* const contents = body.Read();
     if (contents == nullptr) return nullptr;

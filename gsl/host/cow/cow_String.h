@@ -4,7 +4,6 @@
 #include "mem_Export.h"
 
 #include <cstddef>
-#include <functional>
 #include <string_view>
 
 /// Reference-counted immutable text; copies share one buffer. Bytes, not characters, and a
@@ -24,14 +23,15 @@ public:
 
   std::size_t Length() const noexcept;
   [[nodiscard]] bool IsEmpty() const noexcept { return Length() == 0; }
-  /// Zero-terminated; never null; valid while a copy of this text exists.
+  /// Returns the bytes with a terminating zero; never null. They are valid while a copy of this
+  /// text exists.
   const char* CStr() const noexcept;
-  /// True when both are empty or share one buffer.
+  /// Returns whether both are empty or share one buffer.
   [[nodiscard]] bool SharesWith(const cow_String& other) const noexcept {
     return shared == other.shared;
   }
 
-  /// Byte by byte.
+  /// Compare byte by byte.
   friend GSL_HOST_API bool operator==(const cow_String& a, const cow_String& b) noexcept;
   [[nodiscard]] friend bool operator!=(const cow_String& a, const cow_String& b) noexcept {
     return !(a == b);

@@ -1,8 +1,8 @@
 #ifndef COW_VIRTUAL_H
 #define COW_VIRTUAL_H
 
-/// How a cow_COW clones an object of a class hierarchy: through its virtual Copy, which keeps the
-/// dynamic type and may answer null.
+/// Clones an object of a class hierarchy through its virtual Copy, which keeps the dynamic type and
+/// may return null.
 template <class T>
 struct cow_Virtual {
   [[nodiscard]] static T* Clone(const T& source) { return source.Copy(); }

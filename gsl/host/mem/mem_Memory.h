@@ -7,14 +7,15 @@
 
 /// The process allocator. Blocks are aligned for any type and released with mem_Free.
 
-/// Null when the system has no memory left or `size` is 0.
+/// Returns null when the system has no memory left or `size` is 0.
 [[nodiscard]] GSL_HOST_API void* mem_Malloc(std::size_t size);
 
 /// Grows or shrinks a block, keeping its first min(old, new) bytes; a null block is allocated.
-/// Null, and the block kept as it was, when there is no memory. Size 0 frees and answers null.
+/// Returns null, and keeps the block as it was, when there is no memory. Size 0 frees the block and
+/// returns null.
 [[nodiscard]] GSL_HOST_API void* mem_Realloc(void* block, std::size_t size);
 
-/// Nothing happens for null.
+/// Does nothing for null.
 GSL_HOST_API void mem_Free(void* block);
 
 #endif

@@ -16,9 +16,9 @@ public:
   ~nex_Exception() override;
 
   const cow_String& Message() const noexcept { return message; }
-  /// Null unless the exception concerns one object.
+  /// Returns the null uid unless the exception concerns one object.
   const cls_Uid& Uid() const noexcept { return uid; }
-  /// Empty, and 0, for an exception that was not raised through Throw.
+  /// Return the empty text and 0 for an exception that was not raised through Throw.
   const cow_String& SourceName() const noexcept { return sourceName; }
   int LineNumber() const noexcept { return lineNumber; }
   const char* what() const noexcept override;

@@ -21,10 +21,10 @@ public:
     return *instance;
   }
 
-  /// True between the first Instance() and Destroy(); creates nothing.
+  /// Returns true between the first Instance() and Destroy(). Creates nothing.
   [[nodiscard]] static bool Exists() { return instance != nullptr; }
 
-  /// Deletes the object; a later Instance() makes a fresh one. Nothing happens without an object.
+  /// Deletes the object, if there is one. A later Instance() makes a fresh object.
   static void Destroy();
 
 private:
@@ -38,8 +38,8 @@ T* omi_Singleton<T>::instance = nullptr;
 
 template <class T>
 void omi_Singleton<T>::Create() {
-  // The pointer is set before the constructor runs, so that a constructor that reaches for the
-  // instance finds this one instead of recursing.
+  // The pointer is set before the constructor runs, so that a constructor that asks for the
+  // instance finds this object instead of recursing.
   instance = static_cast<T*>(::operator new(sizeof(T)));
   try {
     ::new (static_cast<void*>(instance)) T;

@@ -32,69 +32,71 @@ public:
   virtual ~omu_InterfaceObj();
   /// The name of the script type; "object" before DescribeType.
   virtual cow_String TypeString() const;
-  /// "<Transform object at path>", or "<Transform object>" without a path.
+  /// Returns "<Transform object at path>", or "<Transform object>" without a path.
   virtual cow_String AsString() const;
-  /// What a script writes to reach the object: the command path; AsString() without one.
+  /// Returns what a script writes to reach the object: the command path, or AsString() without a
+  /// path.
   virtual cow_String AsRepr() const;
-  /// The same object, or one of the same type with the same shortcut.
+  /// Returns whether `other` is the same object, or an object of the same type and shortcut.
   [[nodiscard]] virtual bool operator==(const omu_InterfaceObj& other) const;
   virtual void Accept(omu_InterfaceObjVisitor& visitor) const;
   [[nodiscard]] virtual omu_InterfaceObj* Copy() const = 0;
-  /// 0: scripting objects are not stored, and DBWrite writes nothing.
+  /// Returns 0: scripting objects are not stored, and DBWrite writes nothing.
   virtual unsigned int DynTypeId() const;
   virtual void DBWrite(const cls_WriteVisitor& visitor) const;
 
   [[nodiscard]] virtual bool IsMethod(const cow_String& name) const;
-  /// Calls a method by name. An error for a stale object, an unknown name, or a number of arguments
+  /// Calls a method by name. Throws for a stale object, an unknown name, and a number of arguments
   /// that the method does not take, tested in this order.
   [[nodiscard]] virtual omu_Primitive* CallMethod(const cow_String& name,
                                                   const omu_PrimTuple& arguments);
-  /// The members of the type's table, by name. An error for a stale object, an unknown name, or a
-  /// member that cannot be changed or deleted.
+  /// Read and change the members of the type's table by name. They throw for a stale object, an
+  /// unknown name, and a member that cannot be changed or deleted.
   [[nodiscard]] virtual omu_Primitive* GetMember(const cow_String& name) const;
   virtual void SetMember(const cow_String& name, const omu_Primitive& value);
   virtual void DeleteMember(const cow_String& name);
-  /// Names in table order, without the deprecated ones.
+  /// Return names in table order, without the deprecated names.
   virtual std::vector<cow_String> MemberList() const;
   /// MemberList without MemberExcludeListForQry, which is empty unless a class overrides it.
   virtual std::vector<cow_String> MemberListForQry() const;
   virtual std::vector<cow_String> MemberExcludeListForQry() const;
   virtual std::vector<cow_String> MethodList() const;
-  /// AsString(), and a line each for the members and methods where there are any.
+  /// Returns AsString(), then a line for the members and a line for the methods, if there are any.
   virtual cow_String FullRepr() const;
-  /// A name for the object in a journal: the type name with a lower-case initial.
+  /// Returns the name of the object in a journal: the type name with a lower-case initial.
   virtual cow_String JournalVariable() const;
   virtual const omu_Shortcut& BaseShortcut() const;
-  /// The shortcut, or null when it leads nowhere; owned by the object.
+  /// Returns the shortcut, or null when it leads nowhere. The object owns it.
   virtual const omu_Shortcut* BaseShortcutGetABC() const;
   virtual cow_String CommandPath() const;
 
-  /// `other` as an object of this type: a copy where it is one, else null.
+  /// Returns a copy of `other` when it is an object of this type, otherwise null.
   [[nodiscard]] virtual omu_InterfaceObj* Coerce(const omu_InterfaceObj& other) const;
-  /// This object as one of the named type: a copy for its own type, else an error.
+  /// Returns a copy of this object when its type has that name. Throws otherwise.
   [[nodiscard]] virtual omu_InterfaceObj* Cast(const cow_String& typeName) const;
-  /// Arithmetic of scripts; an error unless a class overrides it.
+  /// The arithmetic of scripts. Throws unless a class overrides it.
   [[nodiscard]] virtual omu_InterfaceObj* Absolute() const;
   [[nodiscard]] virtual omu_InterfaceObj* AddOperation(const omu_InterfaceObj& other) const;
   [[nodiscard]] virtual omu_InterfaceObj* SubOperation(const omu_InterfaceObj& other) const;
   [[nodiscard]] virtual omu_InterfaceObj* MulOperation(const omu_InterfaceObj& other) const;
   [[nodiscard]] virtual omu_InterfaceObj* DivOperation(const omu_InterfaceObj& other) const;
   [[nodiscard]] virtual omu_InterfaceObj* UnaryNegative() const;
-  /// Truth value in a condition; true.
+  /// Returns the truth value in a condition, which is true.
   [[nodiscard]] virtual bool NonZero() const;
-  /// The object that a script's constant wrapper holds; this one.
+  /// Returns the object that a script's constant wrapper holds, which is this object.
   virtual const omu_InterfaceObj* ConstGetWrapper() const;
-  /// What the object stands for is gone: SetStale was called, or the shortcut has expired.
+  /// Returns whether what the object represents is gone: SetStale was called, or the shortcut has
+  /// expired.
   [[nodiscard]] virtual bool IsStale() const;
   virtual void SetStale();
-  /// -1, 0 or 1 by type name, path and then address; 0 exactly for equal objects.
+  /// Returns -1, 0 or 1 by type name, path and then address; 0 only for equal objects.
   virtual int Compare(const omu_InterfaceObj& other) const;
-  /// -1, 0 or 1 by command path.
+  /// Returns -1, 0 or 1 by command path.
   virtual int ComparePath(const omu_InterfaceObj& other) const;
 
 protected:
   /// Names the type of this object and enters it where scripts look types up; for constructors.
-  /// See omu_TypeDescription for the tables; null is an empty one.
+  /// See omu_TypeDescription for the tables; null is an empty table.
   void DescribeType(const char* typeName, const omu_MethodEntry* methods,
                     const omu_MemberEntry* members, const omu_DeprecatedEntry* deprecatedMethods,
                     const omu_DeprecatedEntry* deprecatedMembers);
@@ -108,8 +110,8 @@ private:
   bool stale;
 };
 
-/// Objects of any two classes, compared as the first one does. C++20 also tries the comparison of
-/// the second, turned round, and could not choose between the two.
+/// Compare objects of any two classes as the first object does. C++20 also tries the comparison of
+/// the second object with the sides exchanged, and could not choose between the two.
 template <class A, class B>
 [[nodiscard]] std::enable_if_t<
     std::is_base_of_v<omu_InterfaceObj, A> && std::is_base_of_v<omu_InterfaceObj, B>, bool>

@@ -51,22 +51,22 @@ public:
   omu_ObjVarray();
   omu_ObjVarray(unsigned int initialCapacity, double ratio);
   omu_ObjVarray(omu_ObjVarray&& other) noexcept;
-  /// Deletes the elements that it had.
+  /// Deletes the elements that the array had.
   omu_ObjVarray& operator=(omu_ObjVarray&& other) noexcept;
   /// Deletes the elements.
   ~omu_ObjVarray() override;
 
-  /// Null for an empty entry; the array keeps the object. No range check.
+  /// Returns null for an empty entry. The array keeps the object. Does not check the range.
   [[nodiscard]] T* operator[](unsigned int i) const { return static_cast<T*>(Entry(i)); }
 
-  /// Valid until the array changes.
+  /// The iterators are valid until the array changes.
   Iterator begin() const { return Iterator(Entries()); }
   Iterator end() const { return begin() + static_cast<std::ptrdiff_t>(Count()); }
 
-  /// Appends an element, or null, and takes it over: it must not be in an array already. On an
-  /// exception it is still the caller's.
+  /// Appends an element, or null, and takes it over. Requires that the element is in no array.
+  /// After an exception the caller still owns it.
   void Add(T* element) { add(element); }
-  /// Takes the element out, leaving null; it is the caller's now. No range check.
+  /// Takes the element out and leaves null. The caller owns the element. Does not check the range.
   [[nodiscard]] T* Release(unsigned int i);
   /// Deletes the elements and keeps the storage.
   void Clear();

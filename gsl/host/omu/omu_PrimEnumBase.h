@@ -27,17 +27,17 @@ public:
   /// Every name with its value, in the order of the table.
   virtual cow_Map<cow_String, unsigned int> PermissibleValues() const = 0;
 
-  /// Another enumeration primitive with the same name and the same value; the enumerations
-  /// themselves are not compared.
+  /// Returns whether `other` is an enumeration primitive with the same name and value. The
+  /// enumerations themselves are not compared.
   [[nodiscard]] bool operator==(const omu_Primitive& other) const override;
 
-  /// A record with the name as its one field, "_string".
+  /// Writes a record with one field, "_string", which holds the name.
   void DBWrite(const cls_WriteVisitor& visitor) const;
 
 protected:
   /// Value 0 and no name, until the derived class sets both.
   omu_PrimEnumBase();
-  /// The name as stored, value 0; empty when the record has none.
+  /// Reads the name as it is stored, empty when the record has no name. The value is 0.
   explicit omu_PrimEnumBase(const cls_ReadVisitor& visitor);
   omu_PrimEnumBase(const omu_PrimEnumBase&) = default;
   omu_PrimEnumBase& operator=(const omu_PrimEnumBase&) = default;

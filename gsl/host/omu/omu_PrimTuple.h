@@ -10,11 +10,10 @@
 /// Sequence of numbers and other primitives, as scripts pass and receive them.
 ///
 /// Kind      the character code of the opening bracket: '(' (40) for a tuple, '[' for a list.
-/// Errors    asking for an element that does not exist, or that is of the other sort, throws
-///           nex_CommandException.
+/// Errors    nex_CommandException for an element that does not exist or is of the other sort.
 class GSL_HOST_API omu_PrimTuple : public omu_Primitive {
 public:
-  /// Empty, with room for `expectedCount` elements (a hint; below 1 it means nothing).
+  /// Makes an empty tuple with room for `expectedCount` elements. A count below 1 is ignored.
   explicit omu_PrimTuple(int expectedCount = 0, int kind = '(');
   omu_PrimTuple(const omu_PrimTuple& other);
   omu_PrimTuple(omu_PrimTuple&&) noexcept = default;
@@ -22,12 +21,12 @@ public:
   omu_PrimTuple& operator=(omu_PrimTuple&&) noexcept = default;
   ~omu_PrimTuple() override;
 
-  /// A tuple of the same kind with equal elements in the same order. Numbers compare exactly, so a
-  /// NaN is unequal even to itself.
+  /// Returns whether `other` is a tuple of the same kind with equal elements in the same order.
+  /// Numbers compare exactly, so a NaN is unequal even to itself.
   [[nodiscard]] bool operator==(const omu_Primitive& other) const override;
   [[nodiscard]] omu_PrimTuple* Copy() const override;
-  /// The elements between brackets, "(0.6, 0.0, 0.8)": numbers in the fewest digits that read back
-  /// the same, always recognisable as floating point; "(1.0,)" for one element.
+  /// Returns the elements between brackets, "(0.6, 0.0, 0.8)". Numbers have the fewest digits that
+  /// read back the same, and always a point or an exponent. One element is "(1.0,)".
   cow_String AsString(int style = 0) const override;
 
   /// Appends a number.
@@ -39,7 +38,7 @@ public:
   std::size_t Count() const { return elements.size(); }
   [[nodiscard]] bool IsNumber(std::size_t i) const { return At(i).object == nullptr; }
   double Number(std::size_t i) const;
-  /// Owned by the tuple.
+  /// Returns an element that the tuple owns.
   const omu_Primitive& Primitive(std::size_t i) const;
 
 private:

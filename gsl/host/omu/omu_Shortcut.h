@@ -10,24 +10,25 @@
 /// there, and whether it still does. Copies share one state, counted atomically.
 class GSL_HOST_API omu_Shortcut {
 public:
-  /// Leads nowhere: no path, never expires.
+  /// Makes a shortcut that leads nowhere. It has no path and never expires.
   omu_Shortcut() noexcept = default;
   explicit omu_Shortcut(const cow_String& path);
 
-  /// The command path as a script writes it; empty for a shortcut that leads nowhere.
+  /// Returns the command path as a script writes it; empty for a shortcut that leads nowhere.
   cow_String Path() const;
   [[nodiscard]] bool IsEmpty() const noexcept { return state == nullptr; }
 
-  /// The object behind the path is gone, for every copy of this shortcut and for good. Safe from
-  /// any thread.
+  /// Reports that the object at the path is gone, to every copy of this shortcut and for good. Safe
+  /// from any thread.
   void Expire() noexcept;
   [[nodiscard]] bool IsExpired() const noexcept;
 
-  /// Copies of one shortcut; two that lead nowhere share nothing.
+  /// Returns whether both are copies of one shortcut. Two shortcuts that lead nowhere share
+  /// nothing.
   [[nodiscard]] bool SharesWith(const omu_Shortcut& other) const noexcept {
     return state != nullptr && state == other.state;
   }
-  /// Number of copies; 0 for one that leads nowhere.
+  /// Returns the number of copies; 0 for a shortcut that leads nowhere.
   std::size_t Owners() const noexcept { return static_cast<std::size_t>(state.use_count()); }
 
 private:

@@ -10,9 +10,9 @@ class omu_PrimTuple;
 class omu_Primitive;
 
 /// Tables that a class of scripting objects describes itself with. Each is a static array that ends
-/// with an entry whose name is null; a null pointer stands for an empty table.
+/// with an entry whose name is null; a null pointer is an empty table.
 
-/// The answer is a heap object that the caller owns; null is "nothing".
+/// Returns a heap object that the caller owns, or null for "nothing".
 using omu_Method = omu_Primitive* (omu_InterfaceObj::*)(const omu_PrimTuple& arguments);
 
 struct omu_MethodEntry {
@@ -29,7 +29,7 @@ struct omu_MemberEntry {
   void (omu_InterfaceObj::*remove)();                        ///< null: cannot be deleted
 };
 
-/// A name that still works and is no longer listed.
+/// A name that still works but is not listed.
 struct omu_DeprecatedEntry {
   const char* name;
 };
@@ -40,10 +40,8 @@ struct omu_DeprecatedEntry {
 /// its description stay valid. Look-ups are safe from any thread.
 class GSL_HOST_API omu_TypeDescription {
 public:
-  /// Null for a type of which no object was made yet.
+  /// Returns null for a type of which no object was made yet.
   static const omu_TypeDescription* Find(const cow_String& typeName);
-  /// In alphabetical order.
-  static std::vector<cow_String> TypeNames();
 
   /// Enters a type. The same name with the same tables again changes nothing; with other tables it
   /// throws nex_AssertException. The tables and the name must live as long as the process.
@@ -55,10 +53,10 @@ public:
                       const omu_DeprecatedEntry* deprecatedMemberTable);
 
   const char* Name() const { return name; }
-  /// In table order, without the deprecated ones.
+  /// Return the names in table order, without the deprecated names.
   std::vector<cow_String> MethodNames() const;
   std::vector<cow_String> MemberNames() const;
-  /// By exact name, deprecated ones included; null when there is none.
+  /// Find an entry by its exact name, deprecated or not. They return null for an unknown name.
   const omu_MethodEntry* FindMethod(const cow_String& methodName) const;
   const omu_MemberEntry* FindMember(const cow_String& memberName) const;
 

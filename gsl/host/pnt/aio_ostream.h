@@ -8,11 +8,11 @@
 /// The host's text output stream.
 using aio_ostream = std::ostream;
 
-/// A double together with how to write it: `out << aio_FormattedDouble{value, 0, 15}`.
+/// A double and the form in which it is written: `out << aio_FormattedDouble{value, 0, 15}`.
 ///
-/// Flag 0 is the general form: `precision` significant digits (1 to 17), trailing zeros dropped,
-/// scientific where the exponent is below -4 or at least `precision`. Independent of the locale and
-/// of the stream's own format settings. It is the only flag.
+/// Flag 0, the only flag, is the general form: `precision` significant digits (1 to 17) without
+/// trailing zeros, scientific where the exponent is below -4 or at least `precision`. The locale
+/// and the stream's own format settings have no effect.
 struct aio_FormattedDouble {
   double value;
   int flag;

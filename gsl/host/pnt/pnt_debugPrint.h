@@ -3,7 +3,7 @@
 
 #include "aio_ostream.h"
 
-/// The stream for debug output; standard error unless redirected.
+/// Returns the stream for debug output, which is standard error unless it was redirected.
 GSL_HOST_API aio_ostream& pnt_debugPrint();
 
 /// Sends debug output to `out`, which must outlive its use; null restores standard error.

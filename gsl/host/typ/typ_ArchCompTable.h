@@ -3,7 +3,7 @@
 
 #include "mem_Export.h"
 
-/// A row of a module's type table. What the kind and the second word mean is the type tables' own.
+/// A row of a module's type table. What the kind and the second word mean is up to the type tables.
 struct typ_Entry {
   unsigned int kind;
   unsigned int secondWord;
@@ -18,7 +18,7 @@ public:
       : rows(tableRows), rowCount(count) {}
 
   unsigned int RowCount() const { return rowCount; }
-  /// No range check.
+  /// Does not check the range.
   const typ_Entry& Row(unsigned int i) const { return rows[i]; }
 
 private:
@@ -29,13 +29,10 @@ private:
 /// The type tables of the process's modules, by module number. Safe from any thread.
 class GSL_HOST_API typ_ArchCompTable {
 public:
-  /// Enters a module's table, in place of the one it had.
+  /// Enters a module's table and replaces the table that the module had.
   static void InsertEntry(unsigned int module, const typ_ArchCompEntry& entry);
-  /// Rows 0 for a module without a table.
+  /// Returns a table without rows for a module that has no table.
   static typ_ArchCompEntry FindEntry(unsigned int module);
-  /// The row that a type id names: module in the upper 16 bits, row in the lower. Null for the
-  /// empty row and where there is none.
-  static const typ_Entry* FindType(unsigned int typeId);
 };
 
 #endif

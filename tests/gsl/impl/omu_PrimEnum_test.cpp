@@ -2,6 +2,7 @@
 
 #include "cls_ReadVisitor.h"
 #include "cls_WriteVisitor.h"
+#include "gsl_RecordStore.h"
 
 #include <gtest/gtest.h>
 
@@ -98,8 +99,8 @@ void ExpectError(const omu_ValueErrorException& e, const std::string& message, i
 }
 
 /// A store whose root is the record of a primitive with that name.
-cls_RecordStore StoreWithName(const char* name) {
-  cls_RecordStore store;
+gsl_RecordStore StoreWithName(const char* name) {
+  gsl_RecordStore store;
   cls_Save save(store);
   const cls_WriteVisitor visitor(save);
   visitor.StartWrite(1, cls_Uid());
@@ -108,7 +109,7 @@ cls_RecordStore StoreWithName(const char* name) {
 }
 
 template <class Prim>
-Prim Read(const cls_RecordStore& store) {
+Prim Read(const gsl_RecordStore& store) {
   cls_Load load(store);
   return Prim(cls_ReadVisitor(load, 0));
 }
@@ -234,7 +235,7 @@ TEST(OmuPrimEnum, ReadsItsNameFromARecord) {
 }
 
 TEST(OmuPrimEnum, WrittenPrimitiveReadsBack) {
-  cls_RecordStore store;
+  gsl_RecordStore store;
   {
     cls_Save save(store);
     Dot(gsl_FROM_NODE).DBWrite(cls_WriteVisitor(save));
@@ -243,7 +244,7 @@ TEST(OmuPrimEnum, WrittenPrimitiveReadsBack) {
 }
 
 TEST(OmuPrimEnum, RecordWithUnknownNameThrows) {
-  const cls_RecordStore store = StoreWithName("FROM_NOWHERE");
+  const gsl_RecordStore store = StoreWithName("FROM_NOWHERE");
   ExpectError(
       Thrown([&] { Read<Dir>(store); }),
       "omu_PrimEnum(const cls_ReadVisitor&) - str not allowed: FROM_NOWHERE  Permissible: " +
@@ -252,7 +253,7 @@ TEST(OmuPrimEnum, RecordWithUnknownNameThrows) {
 }
 
 TEST(OmuPrimEnum, RecordWithoutNameThrowsWithEmptyArgument) {
-  const cls_RecordStore store = StoreWithName(nullptr);
+  const gsl_RecordStore store = StoreWithName(nullptr);
   ExpectError(Thrown([&] { Read<Dir>(store); }),
               "omu_PrimEnum(const cls_ReadVisitor&) - str not allowed:   Permissible: " +
                   kPermissibleDir,

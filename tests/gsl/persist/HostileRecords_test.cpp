@@ -12,6 +12,7 @@
 #include "gsl_PersistentVector.h"
 #include "gsl_Plane.h"
 #include "gsl_Point.h"
+#include "gsl_RecordError.h"
 #include "gsl_Segment.h"
 #include "gsl_StLine.h"
 #include "nex_Exception.h"
@@ -32,7 +33,7 @@
 
 namespace {
 
-using Kind = cls_RecordStore::Kind;
+using Kind = gsl_RecordKind;
 
 constexpr unsigned int kPointType = 0x030A0001u;
 constexpr unsigned int kVectorType = 0x030A0003u;
@@ -41,7 +42,7 @@ constexpr std::uint32_t kLevels = 100000;
 
 struct Class {
   const char* name;
-  cls_RecordStore sample;
+  gsl_RecordStore sample;
   std::function<void(const cls_ReadVisitor&)> read;
   bool isArray;
 };
@@ -181,7 +182,7 @@ bool CanRead(const Class& c, const RawRecords& records, const char* inside = nul
   const std::clock_t start = std::clock();
   bool isRead = false;
   try {
-    const cls_RecordStore store = cls_RecordStore::FromBytes(bytes.data(), bytes.size());
+    const gsl_RecordStore store = gsl_RecordStore::FromBytes(bytes.data(), bytes.size());
     cls_Load load(store);
     const cls_ReadVisitor root(load, 0);
     if (inside != nullptr) {
@@ -190,6 +191,8 @@ bool CanRead(const Class& c, const RawRecords& records, const char* inside = nul
       c.read(root);
     }
     isRead = true;
+  } catch (const gsl_RecordError& e) {
+    EXPECT_STRNE(e.what(), "");
   } catch (const nex_Exception& e) {
     EXPECT_STRNE(e.what(), "");
   }
@@ -239,7 +242,7 @@ TEST_F(HostileRecords, RootOfAnyOtherClassIsRefused) {
 TEST_F(HostileRecords, RecordOfAnotherClassIsNamedWithItsPlace) {
   const auto message = [](const Class& c, const RawRecords& records) {
     const std::vector<unsigned char> bytes = RawBytes(records);
-    const cls_RecordStore store = cls_RecordStore::FromBytes(bytes.data(), bytes.size());
+    const gsl_RecordStore store = gsl_RecordStore::FromBytes(bytes.data(), bytes.size());
     cls_Load load(store);
     try {
       c.read(cls_ReadVisitor(load, 0));

@@ -248,16 +248,16 @@ struct Cost {
 };
 
 /// Whether the store is the same after a way through its bytes: each tenth batch goes it.
-bool KeepsItsBytes(const cls_RecordStore& store, Cost& cost) {
+bool KeepsItsBytes(const gsl_RecordStore& store, Cost& cost) {
   if (cost.batches++ % 10 != 0) return true;
   const std::vector<unsigned char> form = store.ToBytes();
   cost.bytes += 10.0 * static_cast<double>(form.size());
-  return SameRecords(store, cls_RecordStore::FromBytes(form.data(), form.size()));
+  return SameRecords(store, gsl_RecordStore::FromBytes(form.data(), form.size()));
 }
 
 template <class C>
-cls_RecordStore WrittenTogether(const std::vector<C>& objects) {
-  cls_RecordStore store;
+gsl_RecordStore WrittenTogether(const std::vector<C>& objects) {
+  gsl_RecordStore store;
   cls_Save save(store);
   for (const C& object : objects)
     object.DBWrite(cls_WriteVisitor(save));
@@ -271,7 +271,7 @@ void RoundTripBatch(RandomNumbers& random, Cost& cost) {
     Make(random, objects);
 
   const Clock writeClock;
-  const cls_RecordStore store = WrittenTogether(objects);
+  const gsl_RecordStore store = WrittenTogether(objects);
   cost.writing += writeClock.Nanoseconds();
 
   std::vector<C> read;
@@ -315,7 +315,7 @@ void RoundTripArray(RandomNumbers& random, Cost& cost) {
   }
 
   const Clock writeClock;
-  const cls_RecordStore store = Written(array);
+  const gsl_RecordStore store = Written(array);
   cost.writing += writeClock.Nanoseconds();
 
   const Clock readClock;
@@ -345,7 +345,7 @@ void RoundTripList(RandomNumbers& random, Cost& cost) {
   }
 
   const Clock writeClock;
-  const cls_RecordStore store = Written(list);
+  const gsl_RecordStore store = Written(list);
   cost.writing += writeClock.Nanoseconds();
 
   const Clock readClock;

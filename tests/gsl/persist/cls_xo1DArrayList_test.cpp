@@ -11,7 +11,7 @@
 namespace {
 
 template <class T>
-cls_xo1DArrayList<T> ReadList(const cls_RecordStore& store) {
+cls_xo1DArrayList<T> ReadList(const gsl_RecordStore& store) {
   cls_Load load(store);
   const cls_ReadVisitor root(load, 0);
   return cls_xo1DArrayList<T>(root, root.GetUid());
@@ -38,7 +38,7 @@ TEST(ClsXo1DArrayList, ReadsBackWithEveryIdentity) {
   cls_xo1DArrayList<gsl_Point> list;
   for (int i = 0; i < 100; ++i)
     list.Append(gsl_Point(i, -i, 0.5 * i));
-  const cls_RecordStore store = Written(list);
+  const gsl_RecordStore store = Written(list);
   const auto read = ReadList<gsl_Point>(store);
   ASSERT_EQ(read.Count(), 100u);
   EXPECT_EQ(read.Uid(), list.Uid());
@@ -50,7 +50,7 @@ TEST(ClsXo1DArrayList, ReadsBackWithEveryIdentity) {
 }
 
 TEST(ClsXo1DArrayList, EmptyList) {
-  const cls_RecordStore store = Written(cls_xo1DArrayList<gsl_ModelSegment>());
+  const gsl_RecordStore store = Written(cls_xo1DArrayList<gsl_ModelSegment>());
   EXPECT_EQ(TextOf(store), "0x00230001 of 1\n");
   EXPECT_TRUE(ReadList<gsl_ModelSegment>(store).IsEmpty());
 }
@@ -84,14 +84,14 @@ TEST(ClsXo1DArrayList, CopiesShareTheirElementsUntilOneChanges) {
 }
 
 TEST(ClsXo1DArrayList, TakesTheIdentityThatTheCallerRead) {
-  const cls_RecordStore store = Written(cls_xo1DArrayList<gsl_Point>());
+  const gsl_RecordStore store = Written(cls_xo1DArrayList<gsl_Point>());
   cls_Load load(store);
   const cls_xo1DArrayList<gsl_Point> read(cls_ReadVisitor(load, 0), cls_Uid(3, 4));
   EXPECT_EQ(read.Uid(), cls_Uid(3, 4));
 }
 
 TEST(ClsXo1DArrayList, AbsentRecordHasNoElements) {
-  const cls_RecordStore store = Written(gsl_Point());
+  const gsl_RecordStore store = Written(gsl_Point());
   cls_Load load(store);
   const cls_ReadVisitor root(load, 0);
   const cls_xo1DArrayList<gsl_Point> read(cls_ReadVisitor(root, {-1, "list"}), cls_Uid());
@@ -100,7 +100,7 @@ TEST(ClsXo1DArrayList, AbsentRecordHasNoElements) {
 
 TEST(ClsXo1DArrayList, NullAndForeignEntriesAreRefused) {
   for (const bool isNull : {true, false}) {
-    const cls_RecordStore store =
+    const gsl_RecordStore store =
         Recorded(cls_kCollectionTypeId, cls_Uid(), [=](const cls_WriteVisitor& to) {
           const std::unique_ptr<cls_ListWriter> list(to.GetListWriter());
           if (isNull) {

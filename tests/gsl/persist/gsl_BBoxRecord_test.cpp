@@ -20,7 +20,7 @@ TEST(GslBBoxRecord, ReadsBackWithEveryIdentity) {
   gsl_BBox box;
   box.Add(gsl_Point(1.0, 2.0, 3.0));
   box.Add(gsl_Point(-1.0, 5.0, 3.5));
-  const cls_RecordStore store = Written(box);
+  const gsl_RecordStore store = Written(box);
   const gsl_BBox read = ReadBack<gsl_BBox>(store);
   EXPECT_EQ(read.Uid(), box.Uid());
   EXPECT_EQ(read.min.uid, box.min.uid);

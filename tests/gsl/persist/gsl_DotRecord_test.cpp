@@ -46,7 +46,7 @@ TEST(GslDotRecord, WritesItsFieldsByNameAlone) {
 
 TEST(GslDotRecord, ReadsBackWithEveryIdentity) {
   const gsl_Dot dot = SampleDot();
-  const cls_RecordStore store = Written(dot);
+  const gsl_RecordStore store = Written(dot);
   const gsl_Dot read = ReadBack<gsl_Dot>(store);
   EXPECT_EQ(read.Uid(), dot.Uid());
   EXPECT_EQ(read.GetPoint().uid, dot.GetPoint().uid);
@@ -65,7 +65,7 @@ TEST(GslDotRecord, MissingEntityIdReadsAsZeroNotMinusOne) {
 }
 
 TEST(GslDotRecord, MissingNumbersAndPointAreZero) {
-  const cls_RecordStore whole = Written(SampleDot());
+  const gsl_RecordStore whole = Written(SampleDot());
   EXPECT_EQ(ReadBack<gsl_Dot>(Without(whole, "_instanceId")).GetInstanceId(), 0);
   EXPECT_EQ(ReadBack<gsl_Dot>(Without(whole, "_point")).GetPoint().x, 0.0);
 }

@@ -40,7 +40,7 @@ public:
 };
 
 /// The record of a model segment that has one end only.
-cls_RecordStore HalfSegment() {
+gsl_RecordStore HalfSegment() {
   return Edited(Written(gsl_ModelSegment(gsl_Dot(1.0, 0.0, 0.0), gsl_Dot())),
                 {"point2", [](const cls_WriteVisitor& to, const cls_FieldHandle& field) {
                    to.WriteNullObject(field, gsl_Dot::TypeId());
@@ -96,7 +96,7 @@ TEST(GslModelSegmentRecord, EmptySecondEndStaysEmpty) {
 
 TEST(GslModelSegmentRecord, ReadsBackWithEveryIdentity) {
   const gsl_ModelSegment segment(gsl_Dot(1.0, 2.0, 3.0), gsl_Dot(8, 9));
-  const cls_RecordStore store = Written(segment);
+  const gsl_RecordStore store = Written(segment);
   const gsl_ModelSegment read = ReadBack<gsl_ModelSegment>(store);
   EXPECT_EQ(read.Uid(), segment.Uid());
   EXPECT_EQ(read.Point1().Uid(), segment.Point1().Uid());
@@ -107,7 +107,7 @@ TEST(GslModelSegmentRecord, ReadsBackWithEveryIdentity) {
 }
 
 TEST(GslModelSegmentRecord, MissingEndsAreEmpty) {
-  const cls_RecordStore whole = Written(gsl_ModelSegment(gsl_Dot(), gsl_Dot()));
+  const gsl_RecordStore whole = Written(gsl_ModelSegment(gsl_Dot(), gsl_Dot()));
   EXPECT_FALSE(ReadBack<gsl_ModelSegment>(Without(whole, "point1")).HasPoint1());
   EXPECT_FALSE(ReadBack<gsl_ModelSegment>(Without(whole, "point2")).HasPoint2());
 }
@@ -116,7 +116,7 @@ TEST(GslModelSegmentRecord, SegmentsThatShareDatumPointsShareThemAgain) {
   const gsl_ModelSegment segment(gsl_Dot(1.0, 2.0, 3.0), gsl_Dot(4.0, 5.0, 6.0));
   const gsl_ModelSegment copy(segment);
   ASSERT_EQ(&segment.Point1(), &copy.Point1());
-  const cls_RecordStore store = Written(segment, copy);
+  const gsl_RecordStore store = Written(segment, copy);
   // Two segments, two datum points and the points in them.
   EXPECT_EQ(store.RecordCount(), 6u);
   cls_Load load(store);
@@ -143,7 +143,7 @@ TEST(GslModelSegmentRecord, ChangedCloneOfOneIdentityKeepsItsOwnPlace) {
   gsl_ModelSegment moved(segment);
   moved.Regenerate(nullptr);
   ASSERT_EQ(segment.Point1().Uid(), moved.Point1().Uid());
-  const cls_RecordStore store = Written(segment, moved);
+  const gsl_RecordStore store = Written(segment, moved);
   cls_Load load(store);
   const gsl_ModelSegment first(cls_ReadVisitor(load, 0));
   const gsl_ModelSegment second(cls_ReadVisitor(load, 1));
@@ -163,7 +163,7 @@ TEST(GslModelSegmentRecord, DerivedDatumPointKeepsItsClass) {
 }
 
 TEST(GslModelSegmentRecord, EndThatIsNoDatumPointIsRefused) {
-  const cls_RecordStore store =
+  const gsl_RecordStore store =
       Edited(Written(gsl_ModelSegment()), {"point1", [](const cls_WriteVisitor& to, const auto& f) {
                                              gsl_Point().DBWrite(cls_WriteVisitor(to, f));
                                            }});
@@ -171,7 +171,7 @@ TEST(GslModelSegmentRecord, EndThatIsNoDatumPointIsRefused) {
 }
 
 TEST(GslModelSegmentRecord, EndThatFindsNoMemoryIsAnErrorAndNotAnEmptyEnd) {
-  const cls_RecordStore store = Written(gsl_ModelSegment(gsl_Dot(1, 1), gsl_Dot(2, 2)));
+  const gsl_RecordStore store = Written(gsl_ModelSegment(gsl_Dot(1, 1), gsl_Dot(2, 2)));
   cls_Load load(store);
   {
     const FailingAllocation none(0);

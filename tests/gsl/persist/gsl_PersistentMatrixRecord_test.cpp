@@ -30,14 +30,14 @@ struct MatrixCloner {
 };
 
 /// A record with that flag and the entries of SampleMatrix.
-cls_RecordStore WithFlag(int flag) {
+gsl_RecordStore WithFlag(int flag) {
   return Edited(Written(gsl_PersistentMatrix(SampleMatrix())),
                 {"_is_identity", [=](const cls_WriteVisitor& to, const cls_FieldHandle& field) {
                    to.WriteInteger(field, flag);
                  }});
 }
 
-cls_RecordStore WithArray(std::size_t rows, std::size_t columns) {
+gsl_RecordStore WithArray(std::size_t rows, std::size_t columns) {
   return Edited(Written(gsl_PersistentMatrix()),
                 {"DDBmatrix", [=](const cls_WriteVisitor& to, const cls_FieldHandle& field) {
                    cls_xp2DArrayDouble(rows, columns).DBWrite(cls_WriteVisitor(to, field));
@@ -62,7 +62,7 @@ TEST(GslPersistentMatrixRecord, IdentityIsWrittenWithFlagOne) {
 
 TEST(GslPersistentMatrixRecord, ReadsBackBitForBit) {
   const gsl_PersistentMatrix written(SampleMatrix());
-  const cls_RecordStore store = Written(written);
+  const gsl_RecordStore store = Written(written);
   const gsl_PersistentMatrix read = ReadBack<gsl_PersistentMatrix>(store);
   EXPECT_EQ(read.Uid(), written.Uid());
   EXPECT_EQ(read.Matrix().isIdentity, 0);
@@ -99,7 +99,7 @@ TEST(GslPersistentMatrixRecord, DeclinedRecordLeavesFlagAndEntriesAlone) {
   near.isIdentity = -1;
   auto* const matrix = new gsl_PersistentMatrix(near);
   const auto shared = cow_COW<gsl_PersistentMatrix, MatrixCloner>::Adopt(matrix);
-  cls_RecordStore store;
+  gsl_RecordStore store;
   cls_Save save(store);
   const cls_WriteVisitor root(save);
   root.StartWrite(1, cls_Uid());
@@ -122,7 +122,7 @@ TEST(GslPersistentMatrixRecord, StoredFlagIsTrustedNotComputed) {
 }
 
 TEST(GslPersistentMatrixRecord, MissingFlagReadsAsZero) {
-  const cls_RecordStore store = Without(Written(gsl_PersistentMatrix()), "_is_identity");
+  const gsl_RecordStore store = Without(Written(gsl_PersistentMatrix()), "_is_identity");
   const gsl_PersistentMatrix read = ReadBack<gsl_PersistentMatrix>(store);
   EXPECT_EQ(read.Matrix().isIdentity, 0);
   EXPECT_FALSE(read.Matrix().IsIdentity());

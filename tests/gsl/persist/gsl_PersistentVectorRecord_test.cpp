@@ -28,7 +28,7 @@ TEST(GslPersistentVectorRecord, StaleMagnitudeReadsBackUnchanged) {
 }
 
 TEST(GslPersistentVectorRecord, MissingMagnitudeIsZeroAndNotComputed) {
-  const cls_RecordStore store =
+  const gsl_RecordStore store =
       Without(Written(gsl_PersistentVector(gsl_Vector(3.0, 4.0, 0.0))), "_magnitude");
   const gsl_PersistentVector read = ReadBack<gsl_PersistentVector>(store);
   EXPECT_EQ(read.Vector().x, 3.0);

@@ -38,7 +38,7 @@ TEST(GslPlaneRecord, WritesFieldsInOrderOkFirst) {
 
 TEST(GslPlaneRecord, ReadsBackBitForBitWithEveryIdentity) {
   const gsl_Plane plane = SamplePlane();
-  const cls_RecordStore store = Written(plane);
+  const gsl_RecordStore store = Written(plane);
   const gsl_Plane read = ReadBack<gsl_Plane>(store);
   EXPECT_EQ(read.Uid(), plane.Uid());
   EXPECT_EQ(read.PointOn().uid, plane.PointOn().uid);
@@ -62,7 +62,7 @@ TEST(GslPlaneRecord, ClearedOkFlagIsKept) {
 }
 
 TEST(GslPlaneRecord, MissingFieldsReadAsTheDefaultsOfTheirKinds) {
-  const cls_RecordStore whole = Written(SamplePlane());
+  const gsl_RecordStore whole = Written(SamplePlane());
   EXPECT_FALSE(ReadBack<gsl_Plane>(Without(whole, "_ok")).Ok());
   EXPECT_FALSE(ReadBack<gsl_Plane>(Without(whole, "_flip")).Flip());
   EXPECT_TRUE(ReadBack<gsl_Plane>(Without(whole, "parent_ids")).ParentIds().IsEmpty());
@@ -85,7 +85,7 @@ TEST(GslPlaneRecord, MissingMethodThrows) {
 }
 
 TEST(GslPlaneRecord, UnknownMethodNameThrowsItsMessage) {
-  const cls_RecordStore bad = Edited(
+  const gsl_RecordStore bad = Edited(
       Written(SamplePlane()), {"_method", [](const cls_WriteVisitor& to, const cls_FieldHandle& f) {
                                  to.WriteString(f, "gsl_FROM_POINT");
                                }});
@@ -103,7 +103,7 @@ TEST(GslPlaneRecord, UnknownMethodNameThrowsItsMessage) {
 TEST(GslPlaneRecord, ValueWithoutANameCannotBeWritten) {
   gsl_Plane plane;
   plane.SetMethod(gsl_DirMethod(99));
-  cls_RecordStore store;
+  gsl_RecordStore store;
   cls_Save save(store);
   EXPECT_THROW(plane.DBWrite(cls_WriteVisitor(save)), omu_ValueErrorException);
   EXPECT_EQ(store.RootCount(), 0u);
@@ -111,7 +111,7 @@ TEST(GslPlaneRecord, ValueWithoutANameCannotBeWritten) {
 }
 
 TEST(GslPlaneRecord, FieldsAreFoundByNameInAnyOrderAmongOthers) {
-  const cls_RecordStore store =
+  const gsl_RecordStore store =
       Recorded(gsl_Plane::TypeId(), cls_Uid(1, 2), [](const cls_WriteVisitor& to) {
         to.WriteInteger({3, "owner_feat_id"}, 5);
         to.WriteDouble({-1, "something_else"}, 1.0);

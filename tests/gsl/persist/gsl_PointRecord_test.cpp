@@ -25,7 +25,7 @@ TEST(GslPointRecord, ReadsBackSpecialValuesBitForBit) {
 }
 
 TEST(GslPointRecord, MissingCoordinatesAreZero) {
-  const cls_RecordStore whole = Written(gsl_Point(1.0, 2.0, 3.0));
+  const gsl_RecordStore whole = Written(gsl_Point(1.0, 2.0, 3.0));
   const gsl_Point read = ReadBack<gsl_Point>(Without(whole, "_y"));
   EXPECT_EQ(read.x, 1.0);
   EXPECT_EQ(read.y, 0.0);
@@ -41,7 +41,7 @@ TEST(GslPointRecord, EqualPointsWithOneIdentityAreBothWritten) {
   const gsl_Point point(1.0, 2.0, 3.0);
   gsl_Point moved(point);
   moved.x = 5.0;
-  const cls_RecordStore store = Written(point, moved);
+  const gsl_RecordStore store = Written(point, moved);
   EXPECT_EQ(ReadBack<gsl_Point>(store, 0).x, 1.0);
   EXPECT_EQ(ReadBack<gsl_Point>(store, 1).x, 5.0);
   EXPECT_EQ(ReadBack<gsl_Point>(store, 1).uid, point.uid);

@@ -157,7 +157,7 @@ const std::vector<ClassRow>& Rows() {
   return rows;
 }
 
-using Kind = cls_RecordStore::Kind;
+using Kind = gsl_RecordKind;
 
 Kind KindOf(Value value) {
   switch (value) {
@@ -179,8 +179,8 @@ Kind KindOf(Value value) {
 /// A class by its type id: the record of a sample, and reading and writing it again.
 struct Class {
   unsigned int typeId;
-  std::function<cls_RecordStore()> sample;
-  std::function<cls_RecordStore(const cls_RecordStore&)> readAndWrite;
+  std::function<gsl_RecordStore()> sample;
+  std::function<gsl_RecordStore(const gsl_RecordStore&)> readAndWrite;
 };
 
 template <class C>
@@ -193,7 +193,7 @@ Class ClassOf() {
               return Written(C());
             }
           },
-          [](const cls_RecordStore& store) {
+          [](const gsl_RecordStore& store) {
             if constexpr (std::is_constructible_v<C, const cls_ReadVisitor&>) {
               return Written(ReadBack<C>(store));
             } else {
@@ -228,17 +228,17 @@ private:
   int count = 0;
 };
 
-const cls_RecordStore::Field* FindField(const cls_RecordStore& store, const std::string& name) {
-  for (auto* field = store.First(store.Root(0)); field != nullptr; field = store.Next(*field)) {
-    if (store.Name(*field) == name) return field;
+std::optional<gsl_RecordField> FindField(const gsl_RecordStore& store, const std::string& name) {
+  for (const gsl_RecordField& field : store.Fields(store.Root(0))) {
+    if (field.name == name) return field;
   }
-  return nullptr;
+  return std::nullopt;
 }
 
 /// What stands for a missing field after the record was read and written again.
-void ExpectDefault(const cls_RecordStore& store, const FieldRow& row) {
-  const auto* const field = FindField(store, row.name);
-  ASSERT_NE(field, nullptr) << row.name;
+void ExpectDefault(const gsl_RecordStore& store, const FieldRow& row) {
+  const auto field = FindField(store, row.name);
+  ASSERT_TRUE(field.has_value()) << row.name;
   switch (row.value) {
   case Value::Integer:
     EXPECT_EQ(field->integer, 0) << row.name;
@@ -253,9 +253,9 @@ void ExpectDefault(const cls_RecordStore& store, const FieldRow& row) {
     EXPECT_EQ(field->kind, Kind::Null) << row.name;
     break;
   case Value::Record:
-    EXPECT_TRUE(store.Uid(field->link).IsNull()) << row.name;
-    for (auto* number = store.First(field->link); number != nullptr; number = store.Next(*number))
-      EXPECT_TRUE(SameBits(number->real, 0.0)) << row.name << '/' << store.Name(*number);
+    EXPECT_EQ(store.Identity(field->link), gsl_RecordIdentity()) << row.name;
+    for (const gsl_RecordField& number : store.Fields(field->link))
+      EXPECT_TRUE(SameBits(number.real, 0.0)) << row.name << '/' << number.name;
     break;
   case Value::Unsigneds:
     EXPECT_EQ(store.Unsigneds(field->link).count, 0u) << row.name;
@@ -265,7 +265,7 @@ void ExpectDefault(const cls_RecordStore& store, const FieldRow& row) {
     EXPECT_EQ(store.Doubles(field->link).rows, 4u);
     break;
   case Value::List:
-    EXPECT_EQ(store.First(field->link), nullptr);
+    EXPECT_EQ(store.FirstField(field->link), gsl_RecordStore::kEnd);
     break;
   case Value::Name:
     FAIL() << "a missing name must not be readable";
@@ -443,7 +443,7 @@ TEST(GslRecordLayout, RegisteredDestructorsDestroyAnInstance) {
   for (std::size_t i = 0; i < Rows().size(); ++i) {
     const cls_ClassMetadata* const registered = registrar.FindClass(Rows()[i].typeId);
     if (registered->Dtor() == nullptr) continue;
-    const cls_RecordStore store = Classes()[i].sample();
+    const gsl_RecordStore store = Classes()[i].sample();
     cls_Load load(store);
     void* const object = registered->Adapter().Create(cls_ReadVisitor(load, 0));
     ASSERT_NE(object, nullptr);
@@ -456,29 +456,31 @@ TEST(GslRecordLayout, RecordsAreWrittenInTheOrderOfTheTable) {
   for (std::size_t i = 0; i < Rows().size(); ++i) {
     const ClassRow& row = Rows()[i];
     ASSERT_EQ(Classes()[i].typeId, row.typeId);
-    const cls_RecordStore store = Classes()[i].sample();
+    const gsl_RecordStore store = Classes()[i].sample();
     EXPECT_EQ(store.TypeId(store.Root(0)), row.typeId);
-    const cls_RecordStore::Field* field = store.First(store.Root(0));
+    gsl_RecordReader::Position position = store.FirstField(store.Root(0));
     for (const FieldRow& expected : row.fields) {
-      ASSERT_NE(field, nullptr) << row.name << ' ' << expected.name;
-      EXPECT_STREQ(store.Name(*field), expected.name);
-      EXPECT_EQ(field->index, expected.index) << expected.name;
-      EXPECT_EQ(field->kind, KindOf(expected.value)) << expected.name;
-      if (field->kind == Kind::Record || field->kind == Kind::Object) {
-        EXPECT_EQ(store.TypeId(field->link), expected.argument) << expected.name;
-        EXPECT_EQ(store.Collection(field->link), expected.collection) << expected.name;
+      ASSERT_NE(position, gsl_RecordReader::kEnd) << row.name << ' ' << expected.name;
+      gsl_RecordField field;
+      position = store.ReadField(position, field);
+      EXPECT_EQ(field.name, expected.name);
+      EXPECT_EQ(field.index, expected.index) << expected.name;
+      EXPECT_EQ(field.kind, KindOf(expected.value)) << expected.name;
+      if (field.kind == Kind::Record || field.kind == Kind::Object) {
+        EXPECT_EQ(store.TypeId(field.link), expected.argument) << expected.name;
+        EXPECT_EQ(static_cast<int>(store.Collection(field.link)), expected.collection)
+            << expected.name;
       }
-      field = store.Next(*field);
     }
-    EXPECT_EQ(field, nullptr) << row.name;
+    EXPECT_EQ(position, gsl_RecordReader::kEnd) << row.name;
   }
 }
 
 TEST(GslRecordLayout, EachMissingFieldReadsAsTheDefaultOfItsKind) {
   for (std::size_t i = 0; i < Rows().size(); ++i) {
-    const cls_RecordStore whole = Classes()[i].sample();
+    const gsl_RecordStore whole = Classes()[i].sample();
     for (const FieldRow& row : Rows()[i].fields) {
-      const cls_RecordStore without = Without(whole, row.name);
+      const gsl_RecordStore without = Without(whole, row.name);
       if (row.value == Value::Name) {
         EXPECT_THROW(Classes()[i].readAndWrite(without), omu_ValueErrorException) << row.name;
       } else {
@@ -491,10 +493,10 @@ TEST(GslRecordLayout, EachMissingFieldReadsAsTheDefaultOfItsKind) {
 TEST(GslRecordLayout, EachFieldOfEveryOtherKindIsRefusedOrReadAsAbsent) {
   const Started module;
   for (std::size_t i = 0; i < Rows().size(); ++i) {
-    const cls_RecordStore whole = Classes()[i].sample();
+    const gsl_RecordStore whole = Classes()[i].sample();
     for (const FieldRow& row : Rows()[i].fields) {
       for (const Replacement& r : Replacements()) {
-        const cls_RecordStore edited = Edited(whole, {row.name, r.write});
+        const gsl_RecordStore edited = Edited(whole, {row.name, r.write});
         const std::string what = std::string(Rows()[i].name) + row.name + " as " + r.what;
         // A 4 by 4 array it is not, but nothing else is wrong with the empty one.
         if (Fits(row, r)) {
@@ -509,15 +511,17 @@ TEST(GslRecordLayout, EachFieldOfEveryOtherKindIsRefusedOrReadAsAbsent) {
 
 TEST(GslRecordLayout, FieldsOfUnknownNamesAreIgnored) {
   for (const Class& c : Classes()) {
-    const cls_RecordStore whole = c.sample();
+    const gsl_RecordStore whole = c.sample();
     // The methods alone, which no record can do without, behind many others.
-    const cls_RecordStore store =
-        Recorded(c.typeId, whole.Uid(whole.Root(0)), [&](const cls_WriteVisitor& to) {
+    const gsl_RecordStore store =
+        Recorded(c.typeId, UidOf(whole, whole.Root(0)), [&](const cls_WriteVisitor& to) {
           for (int i = 0; i < 1000; ++i)
             to.WriteInteger({i, "unknown"}, i);
-          for (auto* f = whole.First(whole.Root(0)); f != nullptr; f = whole.Next(*f)) {
-            if (f->kind == Kind::String)
-              to.WriteString({f->index, whole.Name(*f)}, whole.String(*f));
+          for (const gsl_RecordField& field : whole.Fields(whole.Root(0))) {
+            if (field.kind != Kind::String) continue;
+            const std::string name(field.name);
+            const std::string text(field.text);
+            to.WriteString({field.index, name.c_str()}, text.c_str());
           }
         });
     EXPECT_NO_THROW(c.readAndWrite(store)) << c.typeId;
@@ -530,7 +534,7 @@ TEST(GslRecordLayout, RecordsFromAnotherEncoderReadAndWriteTheSame) {
     std::ifstream file(path, std::ios::binary);
     const std::vector<unsigned char> bytes{std::istreambuf_iterator<char>(file), {}};
     ASSERT_FALSE(bytes.empty()) << path;
-    const cls_RecordStore store = cls_RecordStore::FromBytes(bytes.data(), bytes.size());
+    const gsl_RecordStore store = gsl_RecordStore::FromBytes(bytes.data(), bytes.size());
     EXPECT_EQ(store.ToBytes(), bytes) << path;
     EXPECT_EQ(Classes()[i].readAndWrite(store).ToBytes(), bytes) << path;
   }
@@ -538,7 +542,7 @@ TEST(GslRecordLayout, RecordsFromAnotherEncoderReadAndWriteTheSame) {
 
 TEST(GslRecordLayout, EveryRecordReadsBackByteForByte) {
   for (const Class& c : Classes()) {
-    const cls_RecordStore store = c.sample();
+    const gsl_RecordStore store = c.sample();
     EXPECT_EQ(c.readAndWrite(store).ToBytes(), store.ToBytes()) << c.typeId;
   }
 }

@@ -19,7 +19,7 @@ TEST(GslSegmentRecord, WritesBothEndsUnderScore) {
 
 TEST(GslSegmentRecord, ReadsBackWithEveryIdentity) {
   const gsl_Segment segment(gsl_Point(1.0, 2.0, 3.0), gsl_Point(4.0, 5.0, 6.0));
-  const cls_RecordStore store = Written(segment);
+  const gsl_RecordStore store = Written(segment);
   const gsl_Segment read = ReadBack<gsl_Segment>(store);
   EXPECT_EQ(read.Uid(), segment.Uid());
   EXPECT_EQ(read.Point1().uid, segment.Point1().uid);
@@ -47,7 +47,7 @@ TEST(GslSegmentRecord, MissingEndIsTheOriginWithoutIdentity) {
 }
 
 TEST(GslSegmentRecord, EndOfAnotherClassIsRefused) {
-  const cls_RecordStore store =
+  const gsl_RecordStore store =
       Edited(Written(gsl_Segment()), {"_point1", [](const cls_WriteVisitor& to, const auto& f) {
                                         gsl_Segment().DBWrite(cls_WriteVisitor(to, f));
                                       }});

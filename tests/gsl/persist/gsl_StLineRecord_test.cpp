@@ -55,7 +55,7 @@ TEST(GslStLineRecord, WritesOkBehindFlip) {
 
 TEST(GslStLineRecord, ReadsBackBitForBitWithEveryIdentity) {
   const gsl_StLine axis = SampleAxis();
-  const cls_RecordStore store = Written(axis);
+  const gsl_RecordStore store = Written(axis);
   const gsl_StLine read = ReadBack<gsl_StLine>(store);
   EXPECT_EQ(read.Uid(), axis.Uid());
   EXPECT_EQ(read.PointOn().uid, axis.PointOn().uid);
@@ -74,7 +74,7 @@ TEST(GslStLineRecord, RegenerateIsTrueWhateverTheStoredOkFlag) {
 }
 
 TEST(GslStLineRecord, MissingFieldsReadAsTheDefaultsOfTheirKinds) {
-  const cls_RecordStore whole = Written(SampleAxis());
+  const gsl_RecordStore whole = Written(SampleAxis());
   EXPECT_EQ(ReadBack<gsl_StLine>(Without(whole, "_point")).PointOn().z, 0.0);
   EXPECT_EQ(ReadBack<gsl_StLine>(Without(whole, "_dir")).Direction().magnitude, 0.0);
   EXPECT_FALSE(ReadBack<gsl_StLine>(Without(whole, "_flip")).Flip());

@@ -53,7 +53,7 @@ public:
 };
 
 template <class T>
-omu_xoObjVarray<T> ReadArray(const cls_RecordStore& store, const cls_Uid* first = nullptr,
+omu_xoObjVarray<T> ReadArray(const gsl_RecordStore& store, const cls_Uid* first = nullptr,
                              const cls_Uid* second = nullptr) {
   cls_Load load(store);
   return omu_xoObjVarray<T>(cls_ReadVisitor(load, 0), first, second);
@@ -66,7 +66,7 @@ TEST(OmuXoObjVarray, NullEntryBetweenTwoDatumPointsKeepsItsPlace) {
   array.Add(new gsl_Dot(1, 10));
   array.Add(nullptr);
   array.Add(new gsl_Dot(2, 20));
-  const cls_RecordStore store = Written(array);
+  const gsl_RecordStore store = Written(array);
   EXPECT_EQ(TextOf(store), "0x030A000E\n"
                            "  -1 growthRatio_ double 0x1.8p+0\n"
                            "  -1 data_ record 0x00230001 of 1\n"
@@ -197,7 +197,7 @@ TEST(OmuXoObjVarray, PlanesAndAxesHaveArraysOfTheirOwn) {
   omu_xoObjVarray<gsl_Plane> planes;
   planes.Add(new gsl_Plane());
   planes.Add(nullptr);
-  const cls_RecordStore planeStore = Written(planes);
+  const gsl_RecordStore planeStore = Written(planes);
   EXPECT_EQ(planeStore.TypeId(planeStore.Root(0)), 0x030A000Du);
   EXPECT_NE(TextOf(planeStore).find("null 0x030A0004"), std::string::npos);
   EXPECT_EQ(ReadArray<gsl_Plane>(planeStore)[0]->Uid(), planes[0]->Uid());
@@ -206,7 +206,7 @@ TEST(OmuXoObjVarray, PlanesAndAxesHaveArraysOfTheirOwn) {
   omu_xoObjVarray<gsl_StLine> axes;
   axes.Add(nullptr);
   axes.Add(new gsl_StLine());
-  const cls_RecordStore axisStore = Written(axes);
+  const gsl_RecordStore axisStore = Written(axes);
   EXPECT_EQ(axisStore.TypeId(axisStore.Root(0)), 0x030A000Au);
   EXPECT_NE(TextOf(axisStore).find("null 0x030A0006"), std::string::npos);
   EXPECT_EQ(ReadArray<gsl_StLine>(axisStore)[1]->Uid(), axes[1]->Uid());
@@ -227,7 +227,7 @@ TEST(OmuXoObjVarray, DerivedElementsKeepTheirClass) {
 }
 
 TEST(OmuXoObjVarray, ElementOfAnotherClassIsRefusedWithoutALeak) {
-  const cls_RecordStore store = Edited(
+  const gsl_RecordStore store = Edited(
       Written(DotArray()), {"data_", [](const cls_WriteVisitor& to, const auto& field) {
                               const cls_WriteVisitor data(to, field);
                               data.StartWrite(cls_kCollectionTypeId, cls_Uid());
@@ -316,7 +316,7 @@ TEST(OmuXoObjVarray, MoveTakesElementsIdentitiesAndOwnersAlong) {
 TEST(OmuXoObjVarray, RootOfADerivedClassIsReadAsItsBase) {
   HostDot dot(7);
   dot.SetValues(1.0, 2.0, 3.0);
-  const cls_RecordStore store = Written(dot);
+  const gsl_RecordStore store = Written(dot);
   omi_Singleton<cls_MetadataRegistrar>::Instance().initClassMetadata(&HostDot::InitializeMetadata,
                                                                      3);
   const gsl_Dot read = ReadBack<gsl_Dot>(store);

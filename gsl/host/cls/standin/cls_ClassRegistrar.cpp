@@ -52,7 +52,8 @@ bool cls_ClassRegistrar::FindPath(unsigned int from, unsigned int to,
     cls_ClassMetadata::Conversion convert;
   };
   if (from == to) return true;
-  // Breadth first over the declared bases; each class is visited once, whatever was declared.
+  // The search goes breadth first over the declared bases and visits each class once, so that it
+  // ends for bases that were declared in a circle.
   std::vector<Step> steps = {{from, 0, nullptr}};
   for (std::size_t i = 0; i < steps.size(); ++i) {
     const cls_ClassMetadata* const here = FindClass(steps[i].typeId);

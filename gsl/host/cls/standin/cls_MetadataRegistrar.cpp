@@ -4,7 +4,7 @@ template class omi_Singleton<cls_MetadataRegistrar>;
 
 namespace {
 
-/// Restores the flags also when a class fails to register itself.
+/// Restores the flags, also when the registration of a class throws.
 class FlagsForNewClasses {
 public:
   FlagsForNewClasses(int& place, int flags) : target(place), previous(place) { target = flags; }

@@ -3,18 +3,22 @@
 #include "cls_ListReader.h"
 #include "cls_MetadataRegistrar.h"
 #include "cls_RecordException.h"
+#include "gsl_RecordReader.h"
 
 #include <cstdio>
-#include <cstring>
 #include <string>
 
-using Index = cls_RecordStore::Index;
-using Kind = cls_RecordStore::Kind;
+using Kind = gsl_RecordKind;
 
 namespace {
 
 constexpr const char* kSourceUnit = "gsl/host/cls/cls_ReadVisitor";
-constexpr Index kNone = cls_RecordStore::kNone;
+
+// What the host calls a collection is stored under the same number.
+static_assert(static_cast<int>(gsl_RecordCollection::None) == cls_NoCollection);
+static_assert(static_cast<int>(gsl_RecordCollection::Objects) == cls_ObjectList);
+static_assert(static_cast<int>(gsl_RecordCollection::Unsigneds) == cls_UnsignedList);
+static_assert(static_cast<int>(gsl_RecordCollection::Doubles) == cls_DoubleMatrix);
 
 [[noreturn]] void Refuse(const std::string& why, int line, const cls_Uid& uid = cls_Uid()) {
   nex_Exception::Throw(cls_RecordException(cow_String(why.data(), why.size()), uid), kSourceUnit,
@@ -52,45 +56,62 @@ std::string ClassName(unsigned int typeId) {
   return number;
 }
 
+cls_Uid UidOf(const gsl_RecordIdentity& identity) {
+  return cls_Uid(identity.prefix, identity.serial);
+}
+
 bool HoldsRecord(Kind kind) {
   return kind == Kind::Record || kind == Kind::Object;
 }
 
 } // namespace
 
-cls_Load::cls_Load(const cls_RecordStore& source) : store(source) {}
+cls_Load::cls_Load(const gsl_RecordReader& source) : reader(source) {}
 
 cls_Load::~cls_Load() = default;
 
-cls_ReadVisitor::cls_ReadVisitor(cls_Load& owner, Index index, unsigned int level,
+std::size_t cls_Load::RootCount() const {
+  return reader.RootCount();
+}
+
+cls_ReadVisitor::cls_ReadVisitor(cls_Load& owner, std::uint32_t index, unsigned int level,
                                  const Place& where)
     : load(owner), record(index), depth(level), foundAt(where),
-      expected(index != kNone ? owner.store.First(index) : nullptr) {
+      expected(index != kNoRecord ? owner.reader.FirstField(index) : gsl_RecordReader::kEnd) {
   if (depth > kMostNesting) Refuse("Records are nested too deep to read", __LINE__, GetUid());
 }
 
 cls_ReadVisitor::cls_ReadVisitor(cls_Load& owner, std::size_t root)
-    : cls_ReadVisitor(owner, root < owner.store.RootCount() ? owner.store.Root(root) : kNone, 0u,
-                      Place{kNone, "", root, kNoEntry}) {
-  if (record == kNone) Refuse("The store has no such root", __LINE__);
+    : cls_ReadVisitor(owner, root < owner.reader.RootCount() ? owner.reader.Root(root) : kNoRecord,
+                      0u, Place{kNoRecord, "", root, kNoEntry}) {
+  if (record == kNoRecord) {
+    Refuse("There is no root " + std::to_string(root) + "; the load has " +
+               std::to_string(owner.reader.RootCount()),
+           __LINE__);
+  }
 }
 
 cls_ReadVisitor::cls_ReadVisitor(const cls_ReadVisitor& parent, const cls_FieldHandle& field)
-    : cls_ReadVisitor(parent, parent.Find(field)) {}
+    : cls_ReadVisitor(parent.Child(field)) {}
 
-cls_ReadVisitor::cls_ReadVisitor(const cls_ReadVisitor& parent, const Field* field)
+cls_ReadVisitor cls_ReadVisitor::Child(const cls_FieldHandle& handle) const {
+  gsl_RecordField field;
+  return cls_ReadVisitor(*this, Find(handle, field) ? &field : nullptr);
+}
+
+cls_ReadVisitor::cls_ReadVisitor(const cls_ReadVisitor& parent, const gsl_RecordField* field)
     : cls_ReadVisitor(parent.load, parent.OwnRecord(field), parent.depth + 1,
                       parent.PlaceOf(field)) {}
 
-cls_ReadVisitor::Place cls_ReadVisitor::PlaceOf(const Field* field) const {
-  return {record, field != nullptr ? load.store.Name(*field) : "", 0, kNoEntry};
+cls_ReadVisitor::Place cls_ReadVisitor::PlaceOf(const gsl_RecordField* field) const {
+  return {record, field != nullptr ? field->name : std::string_view(), 0, kNoEntry};
 }
 
 std::string cls_ReadVisitor::DescribePlace() const {
   std::string where = "root " + std::to_string(foundAt.root);
-  if (foundAt.holder != kNone) {
-    where = std::string("field \"") + foundAt.field + "\" of " +
-            ClassName(load.store.TypeId(foundAt.holder));
+  if (foundAt.holder != kNoRecord) {
+    where = "field \"" + std::string(foundAt.field) + "\" of " +
+            ClassName(load.reader.TypeId(foundAt.holder));
   }
   if (foundAt.entry != kNoEntry) return "Entry " + std::to_string(foundAt.entry) + " of " + where;
   where[0] = where[0] == 'r' ? 'R' : 'F';
@@ -98,71 +119,80 @@ std::string cls_ReadVisitor::DescribePlace() const {
 }
 
 unsigned int cls_ReadVisitor::TypeId() const {
-  return IsAbsent() ? 0 : load.store.TypeId(record);
+  return IsAbsent() ? 0 : load.reader.TypeId(record);
 }
 
 cls_Uid cls_ReadVisitor::GetUid() const {
-  return IsAbsent() ? cls_Uid() : load.store.Uid(record);
+  return IsAbsent() ? cls_Uid() : UidOf(load.reader.Identity(record));
 }
 
-const cls_ReadVisitor::Field* cls_ReadVisitor::Find(const cls_FieldHandle& field) const {
-  if (IsAbsent()) return nullptr;
-  const cls_RecordStore& store = load.store;
-  const auto isMeant = [&](const Field* f) {
-    return std::strcmp(store.Name(*f), field.Name()) == 0;
-  };
-  const Field* found = expected;
-  if (found == nullptr || !isMeant(found)) {
-    found = store.First(record);
-    while (found != nullptr && !isMeant(found))
-      found = store.Next(*found);
+bool cls_ReadVisitor::Find(const cls_FieldHandle& handle, gsl_RecordField& field) const {
+  if (IsAbsent()) return false;
+  const std::string_view wanted = handle.Name();
+  if (expected != gsl_RecordReader::kEnd) {
+    const std::uint64_t next = load.reader.ReadField(expected, field);
+    if (field.name == wanted) {
+      expected = next;
+      return true;
+    }
   }
-  if (found != nullptr) expected = store.Next(*found);
-  return found;
+  std::uint64_t position = load.reader.FirstField(record);
+  while (position != gsl_RecordReader::kEnd) {
+    position = load.reader.ReadField(position, field);
+    if (field.name == wanted) {
+      expected = position;
+      return true;
+    }
+  }
+  return false;
 }
 
-const cls_ReadVisitor::Field* cls_ReadVisitor::Find(const cls_FieldHandle& field, Kind kind) const {
-  const Field* const found = Find(field);
-  if (found != nullptr && found->kind != kind) RefuseKind(*found, NameOf(kind));
-  return found;
+bool cls_ReadVisitor::FindPlain(const cls_FieldHandle& handle, int kind,
+                                gsl_RecordField& field) const {
+  if (!Find(handle, field)) return false;
+  if (static_cast<int>(field.kind) != kind) RefuseKind(field, kind);
+  return true;
 }
 
-Index cls_ReadVisitor::OwnRecord(const Field* field) const {
-  if (field == nullptr || field->kind == Kind::Null) return kNone;
-  if (!HoldsRecord(field->kind)) RefuseKind(*field, NameOf(Kind::Record));
+std::uint32_t cls_ReadVisitor::OwnRecord(const gsl_RecordField* field) const {
+  if (field == nullptr || field->kind == Kind::Null) return kNoRecord;
+  if (!HoldsRecord(field->kind)) RefuseKind(*field, static_cast<int>(Kind::Record));
   return field->link;
 }
 
-Index cls_ReadVisitor::ObjectRecord(const Field* field) const {
-  const bool refers = field != nullptr && field->kind == Kind::Reference;
-  return refers ? field->link : OwnRecord(field);
+std::uint32_t cls_ReadVisitor::FindObject(const cls_FieldHandle& handle, Place& place) const {
+  gsl_RecordField field;
+  if (!Find(handle, field)) return kNoRecord;
+  place = PlaceOf(&field);
+  return field.kind == Kind::Reference ? field.link : OwnRecord(&field);
 }
 
-void cls_ReadVisitor::RefuseKind(const Field& field, const char* wanted) const {
-  Refuse(std::string("Field \"") + load.store.Name(field) + "\" holds " + NameOf(field.kind) +
-             ", not " + wanted,
+void cls_ReadVisitor::RefuseKind(const gsl_RecordField& field, int wanted) const {
+  Refuse("Field \"" + std::string(field.name) + "\" holds " + NameOf(field.kind) + ", not " +
+             NameOf(static_cast<Kind>(wanted)),
          __LINE__, GetUid());
 }
 
 int cls_ReadVisitor::ReadInteger(const cls_FieldHandle& field, int defaultValue) const {
-  const Field* const found = Find(field, Kind::Integer);
-  return found != nullptr ? found->integer : defaultValue;
+  gsl_RecordField found;
+  return FindPlain(field, static_cast<int>(Kind::Integer), found) ? found.integer : defaultValue;
 }
 
 double cls_ReadVisitor::ReadDouble(const cls_FieldHandle& field, double defaultValue) const {
-  const Field* const found = Find(field, Kind::Double);
-  return found != nullptr ? found->real : defaultValue;
+  gsl_RecordField found;
+  return FindPlain(field, static_cast<int>(Kind::Double), found) ? found.real : defaultValue;
 }
 
 bool cls_ReadVisitor::ReadBoolean(const cls_FieldHandle& field, bool defaultValue) const {
-  const Field* const found = Find(field, Kind::Boolean);
-  return found != nullptr ? found->boolean : defaultValue;
+  gsl_RecordField found;
+  return FindPlain(field, static_cast<int>(Kind::Boolean), found) ? found.boolean : defaultValue;
 }
 
 cow_String cls_ReadVisitor::ReadString(const cls_FieldHandle& field,
                                        const cow_String& defaultValue) const {
-  const Field* const found = Find(field, Kind::String);
-  return found != nullptr ? load.store.String(*found) : defaultValue;
+  gsl_RecordField found;
+  if (!FindPlain(field, static_cast<int>(Kind::String), found)) return defaultValue;
+  return cow_String(found.text.data(), found.text.size());
 }
 
 void cls_ReadVisitor::CheckTypeId(unsigned int typeId) const {
@@ -183,42 +213,45 @@ void* cls_ReadVisitor::CreateDerived(unsigned int typeId) const {
   return classes.Create(*this, typeId);
 }
 
-std::any* cls_ReadVisitor::KnownObject(Index object) const {
+const std::any* cls_ReadVisitor::KnownObject(std::uint32_t object) const {
   const auto [place, isNew] = load.objects.try_emplace(object);
   if (isNew) return nullptr;
   if (!place->second.has_value()) {
-    Refuse("An object contains itself", __LINE__, load.store.Uid(object));
+    Refuse("An object contains itself", __LINE__, UidOf(load.reader.Identity(object)));
   }
   return &place->second;
 }
 
-void cls_ReadVisitor::Remember(Index object, std::any holder) const {
+void cls_ReadVisitor::Remember(std::uint32_t object, std::any holder) const {
   load.objects[object] = std::move(holder);
 }
 
-void cls_ReadVisitor::Forget(Index object) const noexcept {
+void cls_ReadVisitor::Forget(std::uint32_t object) const noexcept {
   load.objects.erase(object);
 }
 
-void cls_ReadVisitor::RefuseHolder(Index object) const {
-  Refuse("An object is read into holders of different classes", __LINE__, load.store.Uid(object));
+void cls_ReadVisitor::RefuseHolder(std::uint32_t object) const {
+  Refuse("An object is read into holders of different classes", __LINE__,
+         UidOf(load.reader.Identity(object)));
 }
 
 void cls_ReadVisitor::CheckCollectionType(int type) const {
-  if (IsAbsent() || load.store.Collection(record) == type) return;
+  if (IsAbsent() || static_cast<int>(load.reader.Collection(record)) == type) return;
   Refuse("A record is not a collection of the type asked for", __LINE__, GetUid());
 }
 
-cls_RecordStore::UnsignedArray cls_ReadVisitor::ReadUnsigneds() const {
+void cls_ReadVisitor::ReadUnsigneds(std::vector<unsigned int>& elements) const {
   CheckCollectionType(cls_UnsignedList);
-  if (IsAbsent()) return {nullptr, 0};
-  return load.store.Unsigneds(record);
+  elements.clear();
+  if (!IsAbsent()) load.reader.ReadUnsigneds(record, elements);
 }
 
-cls_RecordStore::DoubleArray cls_ReadVisitor::ReadDoubles() const {
+void cls_ReadVisitor::ReadDoubles(std::vector<double>& entries, std::size_t& rows,
+                                  std::size_t& columns) const {
   CheckCollectionType(cls_DoubleMatrix);
-  if (IsAbsent()) return {nullptr, 0, 0};
-  return load.store.Doubles(record);
+  entries.clear();
+  rows = columns = 0;
+  if (!IsAbsent()) load.reader.ReadDoubles(record, entries, rows, columns);
 }
 
 cls_ListReader* cls_ReadVisitor::GetListReader() const {
@@ -227,16 +260,21 @@ cls_ListReader* cls_ReadVisitor::GetListReader() const {
 }
 
 cls_ListReader::cls_ListReader(const cls_ReadVisitor& owner)
-    : list(owner), next(owner.IsAbsent() ? nullptr : owner.load.store.First(owner.record)),
+    : list(owner),
+      next(owner.IsAbsent() ? gsl_RecordReader::kEnd : owner.load.reader.FirstField(owner.record)),
       taken(0) {}
 
+bool cls_ListReader::HasNext() const {
+  return next != gsl_RecordReader::kEnd;
+}
+
 cls_ReadVisitor cls_ListReader::Next() {
-  if (next == nullptr) Refuse("A list has no further entry", __LINE__, list.GetUid());
-  const cls_RecordStore::Field* const field = next;
-  next = list.load.store.Next(*field);
+  if (!HasNext()) Refuse("A list has no further entry", __LINE__, list.GetUid());
+  gsl_RecordField entry;
+  next = list.load.reader.ReadField(next, entry);
   cls_ReadVisitor::Place place = list.foundAt;
   place.entry = taken++;
-  return cls_ReadVisitor(list.load, list.OwnRecord(field), list.depth + 1, place);
+  return cls_ReadVisitor(list.load, list.OwnRecord(&entry), list.depth + 1, place);
 }
 
 void cls_ListReader::RefuseNull() const {

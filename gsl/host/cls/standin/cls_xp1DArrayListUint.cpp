@@ -9,8 +9,7 @@ cls_xp1DArrayListUint::cls_xp1DArrayListUint() : uid(cls_Uid::AllocateUid()) {}
 
 cls_xp1DArrayListUint::cls_xp1DArrayListUint(const cls_ReadVisitor& visitor)
     : uid(visitor.GetUid()) {
-  const cls_RecordStore::UnsignedArray stored = visitor.ReadUnsigneds();
-  elements.assign(stored.values, stored.values + stored.count);
+  visitor.ReadUnsigneds(elements);
 }
 
 cls_xp1DArrayListUint::cls_xp1DArrayListUint(cls_xp1DArrayListUint&& other) noexcept

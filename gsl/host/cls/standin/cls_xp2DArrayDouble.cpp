@@ -11,10 +11,7 @@ cls_xp2DArrayDouble::cls_xp2DArrayDouble(std::size_t rowCount, std::size_t colum
 
 cls_xp2DArrayDouble::cls_xp2DArrayDouble(const cls_ReadVisitor& visitor)
     : rows(0), columns(0), uid(visitor.GetUid()) {
-  const cls_RecordStore::DoubleArray stored = visitor.ReadDoubles();
-  rows = stored.rows;
-  columns = stored.columns;
-  entries.assign(stored.values, stored.values + rows * columns);
+  visitor.ReadDoubles(entries, rows, columns);
 }
 
 cls_xp2DArrayDouble::cls_xp2DArrayDouble(cls_xp2DArrayDouble&& other) noexcept

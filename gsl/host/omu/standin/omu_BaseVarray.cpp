@@ -67,7 +67,7 @@ void omu_BaseVarray::add(void* element) {
 void omu_BaseVarray::Grow() {
   if (capacity == kMostEntries) throw std::bad_alloc();
   if (Resize(GrownBy(growthRatio, capacity))) return;
-  // The ratio may have asked for more than there is where a small step still fits.
+  // The ratio may ask for more memory than there is, where a small step still fits.
   if (!Resize(LeastGrown(capacity))) throw std::bad_alloc();
 }
 

@@ -78,7 +78,7 @@ cow_String omu_PrimTuple::AsString(int style) const {
       AppendNumber(text, e.number);
     }
   }
-  // With one element the comma tells a tuple from a number in brackets.
+  // The comma after a single element distinguishes a tuple from a number in brackets.
   if (kind == '(' && elements.size() == 1) text += ',';
   text += ClosingBracket(kind);
   return text.c_str();

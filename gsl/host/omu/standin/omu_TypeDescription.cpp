@@ -64,16 +64,6 @@ const omu_TypeDescription* omu_TypeDescription::Find(const cow_String& typeName)
   return found == types.byName.end() ? nullptr : &found->second;
 }
 
-std::vector<cow_String> omu_TypeDescription::TypeNames() {
-  Types& types = TheTypes();
-  const std::shared_lock<std::shared_mutex> lock(types.mutex);
-  std::vector<cow_String> names;
-  names.reserve(types.byName.size());
-  for (const auto& type : types.byName)
-    names.emplace_back(type.second.Name());
-  return names;
-}
-
 const omu_TypeDescription& omu_TypeDescription::Enter(const omu_TypeDescription& description) {
   Types& types = TheTypes();
   const omu_TypeDescription* known = nullptr;

@@ -29,10 +29,3 @@ typ_ArchCompEntry typ_ArchCompTable::FindEntry(unsigned int module) {
   const auto found = tables.byModule.find(module);
   return found != tables.byModule.end() ? found->second : typ_ArchCompEntry(nullptr, 0);
 }
-
-const typ_Entry* typ_ArchCompTable::FindType(unsigned int typeId) {
-  const typ_ArchCompEntry table = FindEntry(typeId >> 16);
-  const unsigned int row = typeId & 0xFFFFu;
-  if (row >= table.RowCount() || table.Row(row).className == nullptr) return nullptr;
-  return &table.Row(row);
-}

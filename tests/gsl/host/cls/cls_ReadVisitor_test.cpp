@@ -17,27 +17,19 @@ const cls_FieldHandle kField(-1, "field");
 
 /// Bytes of `depth` records, each the only field of the one before.
 std::vector<unsigned char> NestedBytes(std::uint32_t depth) {
-  std::vector<unsigned char> bytes = {'g', 's', 'l', 'r', 1, 1, 4, 'n', 'e', 'x', 't'};
-  const auto varint = [&](std::uint32_t value) {
-    for (; value >= 0x80u; value >>= 7)
-      bytes.push_back(static_cast<unsigned char>((value & 0x7Fu) | 0x80u));
-    bytes.push_back(static_cast<unsigned char>(value));
-  };
-  varint(depth);
-  for (std::uint32_t i = 0; i < depth; ++i) {
-    bytes.push_back(i == 0 ? 1 : 0);
-    varint(TestNode::kTypeId);
-    bytes.insert(bytes.end(), 16, 0);
-    bytes.push_back(0);
-    const bool isLast = i + 1 == depth;
-    bytes.push_back(isLast ? 0 : 1);
-    if (isLast) break;
-    bytes.push_back(1);
-    bytes.push_back(1);
-    bytes.push_back(static_cast<unsigned char>(cls_RecordStore::Kind::Record));
-    varint(i + 1);
+  RawRecord record;
+  record.typeId = TestNode::kTypeId;
+  RawRecords records(depth, record);
+  records[0].isRoot = true;
+  for (std::uint32_t i = 0; i + 1 < depth; ++i) {
+    RawField field;
+    field.name = "next";
+    field.index = -1;
+    field.kind = gsl_RecordKind::Record;
+    field.link = i + 1;
+    records[i].fields.push_back(field);
   }
-  return bytes;
+  return RawBytes(records);
 }
 
 std::string MessageOf(const std::function<void()>& action) {
@@ -52,7 +44,7 @@ std::string MessageOf(const std::function<void()>& action) {
 } // namespace
 
 TEST(ClsReadVisitor, MissingFieldsGiveTheCallersDefault) {
-  const cls_RecordStore store = Recorded(1, cls_Uid(), [](const cls_WriteVisitor&) {});
+  const gsl_RecordStore store = Recorded(1, cls_Uid(), [](const cls_WriteVisitor&) {});
   cls_Load load(store);
   const cls_ReadVisitor root(load, 0);
   EXPECT_EQ(root.ReadInteger(kField, 4), 4);
@@ -63,7 +55,7 @@ TEST(ClsReadVisitor, MissingFieldsGiveTheCallersDefault) {
 }
 
 TEST(ClsReadVisitor, AbsentRecordHasNoFieldsAndANullIdentity) {
-  const cls_RecordStore store =
+  const gsl_RecordStore store =
       Recorded(1, cls_Uid(5, 6), [](const cls_WriteVisitor& to) { to.WriteNullObject(kField, 2); });
   cls_Load load(store);
   const cls_ReadVisitor root(load, 0);
@@ -74,14 +66,22 @@ TEST(ClsReadVisitor, AbsentRecordHasNoFieldsAndANullIdentity) {
   EXPECT_EQ(absent.TypeId(), 0u);
   EXPECT_EQ(absent.ReadInteger(kField, 3), 3);
   EXPECT_TRUE(cls_ReadVisitor(absent, kField).IsAbsent());
-  EXPECT_EQ(absent.ReadUnsigneds().count, 0u);
-  EXPECT_EQ(absent.ReadDoubles().rows, 0u);
+  std::vector<unsigned int> elements = {7};
+  absent.ReadUnsigneds(elements);
+  EXPECT_TRUE(elements.empty());
+  std::vector<double> entries = {7.0};
+  std::size_t rows = 7;
+  std::size_t columns = 7;
+  absent.ReadDoubles(entries, rows, columns);
+  EXPECT_TRUE(entries.empty());
+  EXPECT_EQ(rows, 0u);
+  EXPECT_EQ(columns, 0u);
   const std::unique_ptr<cls_ListReader> list(absent.GetListReader());
   EXPECT_FALSE(list->HasNext());
 }
 
 TEST(ClsReadVisitor, FieldOfAnotherKindIsRefusedByName) {
-  const cls_RecordStore store = Recorded(1, cls_Uid(5, 6), [](const cls_WriteVisitor& to) {
+  const gsl_RecordStore store = Recorded(1, cls_Uid(5, 6), [](const cls_WriteVisitor& to) {
     to.WriteString({-1, "s"}, "1");
     to.WriteInteger({-1, "i"}, 1);
     to.WriteDouble({-1, "d"}, 1.0);
@@ -122,7 +122,7 @@ TEST(ClsReadVisitor, FieldOfAnotherKindIsRefusedByName) {
 }
 
 TEST(ClsReadVisitor, ErrorsCarryTheIdentityOfTheirRecord) {
-  const cls_RecordStore store =
+  const gsl_RecordStore store =
       Recorded(1, cls_Uid(5, 6), [](const cls_WriteVisitor& to) { to.WriteInteger(kField, 1); });
   cls_Load load(store);
   try {
@@ -135,7 +135,7 @@ TEST(ClsReadVisitor, ErrorsCarryTheIdentityOfTheirRecord) {
 }
 
 TEST(ClsReadVisitor, FirstOfTwoFieldsOfOneNameCounts) {
-  const cls_RecordStore store = Recorded(1, cls_Uid(), [](const cls_WriteVisitor& to) {
+  const gsl_RecordStore store = Recorded(1, cls_Uid(), [](const cls_WriteVisitor& to) {
     to.WriteInteger(kField, 1);
     to.WriteInteger(kField, 2);
   });
@@ -152,7 +152,7 @@ namespace {
 
 /// A root whose field leads to the first of `count` shared nodes, each of which refers to the next;
 /// the last refers to node `last`.
-cls_RecordStore ChainOfReferences(std::uint32_t count, std::uint32_t last) {
+gsl_RecordStore ChainOfReferences(std::uint32_t count, std::uint32_t last) {
   RawRecord node;
   node.typeId = TestNode::kTypeId;
   RawRecords records(count + 1, node);
@@ -160,22 +160,22 @@ cls_RecordStore ChainOfReferences(std::uint32_t count, std::uint32_t last) {
   for (std::uint32_t i = 1; i <= count; ++i) {
     RawField field;
     field.name = i == 1 ? "next" : "another";
-    field.kind = cls_RecordStore::Kind::Object;
+    field.kind = gsl_RecordKind::Object;
     field.link = i;
     records[0].fields.push_back(field);
     field.name = "next";
-    field.kind = cls_RecordStore::Kind::Reference;
+    field.kind = gsl_RecordKind::Reference;
     field.link = i < count ? i + 1 : last;
     if (field.link != 0) records[i].fields.push_back(field);
   }
   const std::vector<unsigned char> bytes = RawBytes(records);
-  return cls_RecordStore::FromBytes(bytes.data(), bytes.size());
+  return gsl_RecordStore::FromBytes(bytes.data(), bytes.size());
 }
 
 } // namespace
 
 TEST(ClsReadVisitor, HundredThousandReferencesInARowEndInAnErrorNotInTheStack) {
-  const auto read = [](const cls_RecordStore& store) { return ReadBack<TestNode>(store); };
+  const auto read = [](const gsl_RecordStore& store) { return ReadBack<TestNode>(store); };
   EXPECT_EQ(MessageOf([&] { read(ChainOfReferences(100000, 0)); }),
             "Records are nested too deep to read");
   EXPECT_EQ(MessageOf([&] { read(ChainOfReferences(1001, 0)); }),
@@ -192,7 +192,7 @@ TEST(ClsReadVisitor, ReferencesInACircleAreRefused) {
 }
 
 TEST(ClsReadVisitor, NoSuchRoot) {
-  const cls_RecordStore store;
+  const gsl_RecordStore store;
   cls_Load load(store);
   EXPECT_THROW(cls_ReadVisitor(load, 0), cls_RecordException);
 }
@@ -204,7 +204,7 @@ TEST(ClsReadVisitor, WhatWasSharedIsSharedAgain) {
   b.next = a.next;
   TestNode c(3);
   c.next = TestHolder<TestNode>::Adopt(new TestNode(9));
-  cls_RecordStore store;
+  gsl_RecordStore store;
   {
     cls_Save save(store);
     for (const TestNode* node : {&a, &b, &c})
@@ -225,7 +225,7 @@ TEST(ClsReadVisitor, SharedObjectMayBeReadFromItsReferenceFirst) {
   a.next = TestHolder<TestNode>::Adopt(new TestNode(9));
   TestNode b(2);
   b.next = a.next;
-  cls_RecordStore store;
+  gsl_RecordStore store;
   {
     cls_Save save(store);
     a.DBWrite(cls_WriteVisitor(save));
@@ -244,7 +244,7 @@ TEST(ClsReadVisitor, ObjectThatContainsItselfIsRefused) {
   loop.Edit()->next.Edit()->next = loop;
   TestNode top(0);
   top.next = loop;
-  cls_RecordStore store;
+  gsl_RecordStore store;
   {
     cls_Save save(store);
     top.DBWrite(cls_WriteVisitor(save));
@@ -259,7 +259,7 @@ TEST(ClsReadVisitor, ObjectThatContainsItselfIsRefused) {
 
 TEST(ClsReadVisitor, HundredThousandLevelsEndInAnErrorNotInTheStack) {
   const std::vector<unsigned char> bytes = NestedBytes(100000);
-  const cls_RecordStore store = cls_RecordStore::FromBytes(bytes.data(), bytes.size());
+  const gsl_RecordStore store = gsl_RecordStore::FromBytes(bytes.data(), bytes.size());
   EXPECT_EQ(store.RecordCount(), 100000u);
   EXPECT_EQ(store.ToBytes(), bytes);
   EXPECT_EQ(MessageOf([&] { ReadBack<TestNode>(store); }), "Records are nested too deep to read");
@@ -283,7 +283,7 @@ TEST(ClsReadVisitor, ObjectIsOfTheClassThatItsRecordNames) {
 
 TEST(ClsReadVisitor, ObjectOfAnUnknownOrForeignClassIsRefused) {
   for (const unsigned int typeId : {0x7F1000FFu, cls_kCollectionTypeId, 0u}) {
-    const cls_RecordStore store =
+    const gsl_RecordStore store =
         Recorded(TestNode::kTypeId, cls_Uid(), [&](const cls_WriteVisitor& to) {
           const cls_WriteVisitor child(to, {-1, "next"});
           child.StartWrite(typeId, cls_Uid());
@@ -294,7 +294,7 @@ TEST(ClsReadVisitor, ObjectOfAnUnknownOrForeignClassIsRefused) {
 
 TEST(ClsReadVisitor, ReferenceIsNoRecordOfItsOwn) {
   const auto shared = TestHolder<TestNode>::Adopt(new TestNode(8));
-  const cls_RecordStore store = Recorded(1, cls_Uid(), [&](const cls_WriteVisitor& to) {
+  const gsl_RecordStore store = Recorded(1, cls_Uid(), [&](const cls_WriteVisitor& to) {
     shared.Get()->DBWrite(cls_WriteVisitor(to, {-1, "object"}, shared));
     shared.Get()->DBWrite(cls_WriteVisitor(to, {-1, "reference"}, shared));
   });
@@ -308,7 +308,7 @@ TEST(ClsReadVisitor, ReferenceIsNoRecordOfItsOwn) {
 }
 
 TEST(ClsReadVisitor, NullObjectAndMissingObjectEmptyTheHolder) {
-  const cls_RecordStore whole = Written(TestNode(1));
+  const gsl_RecordStore whole = Written(TestNode(1));
   EXPECT_EQ(ReadBack<TestNode>(whole).next.Get(), nullptr);
   EXPECT_EQ(ReadBack<TestNode>(Without(whole, "next")).next.Get(), nullptr);
   cls_Load load(whole);
@@ -318,12 +318,15 @@ TEST(ClsReadVisitor, NullObjectAndMissingObjectEmptyTheHolder) {
 }
 
 TEST(ClsReadVisitor, CollectionTypeIsChecked) {
-  const cls_RecordStore list = Written(cls_xp1DArrayListUint());
+  const gsl_RecordStore list = Written(cls_xp1DArrayListUint());
   cls_Load load(list);
   const cls_ReadVisitor root(load, 0);
   root.CheckCollectionType(57);
   EXPECT_THROW(root.CheckCollectionType(1), cls_RecordException);
-  EXPECT_THROW(root.ReadDoubles(), cls_RecordException);
+  std::vector<double> entries;
+  std::size_t rows = 0;
+  std::size_t columns = 0;
+  EXPECT_THROW(root.ReadDoubles(entries, rows, columns), cls_RecordException);
   EXPECT_THROW(static_cast<void>(root.GetListReader()), cls_RecordException);
 }
 
@@ -348,7 +351,7 @@ TEST(ClsArrays, ReadBackWithTheirIdentity) {
 }
 
 TEST(ClsListReader, ListOfValuesHasNoNullEntries) {
-  const cls_RecordStore store =
+  const gsl_RecordStore store =
       Recorded(cls_kCollectionTypeId, cls_Uid(), [](const cls_WriteVisitor& to) {
         const std::unique_ptr<cls_ListWriter> list(to.GetListWriter());
         list->WriteNull(TestNode::kTypeId);

@@ -30,7 +30,7 @@ void WritePair(const cls_WriteVisitor& to, const TestHolder<TestNode>& a,
 TEST(ClsWriteVisitor, SharedObjectIsStoredOnce) {
   const TestHolder<TestNode> shared = Held(4);
   const TestHolder<TestNode> same(shared);
-  cls_RecordStore store;
+  gsl_RecordStore store;
   {
     cls_Save save(store);
     WritePair(cls_WriteVisitor(save), shared, same);
@@ -44,7 +44,7 @@ TEST(ClsWriteVisitor, SharedObjectIsStoredOnce) {
 
 TEST(ClsWriteVisitor, StartWriteDeclinesTheSharedObjectOfTheSameSave) {
   const TestHolder<TestNode> shared = Held(4);
-  cls_RecordStore store;
+  gsl_RecordStore store;
   cls_Save save(store);
   const cls_WriteVisitor root(save);
   EXPECT_NE(root.StartWrite(1, cls_Uid()), 0);
@@ -56,7 +56,7 @@ TEST(ClsWriteVisitor, StartWriteDeclinesTheSharedObjectOfTheSameSave) {
 
 TEST(ClsWriteVisitor, AnotherSaveWritesTheObjectAgain) {
   const TestHolder<TestNode> shared = Held(4);
-  cls_RecordStore store;
+  gsl_RecordStore store;
   for (int i = 0; i < 2; ++i) {
     cls_Save save(store);
     const cls_WriteVisitor root(save);
@@ -69,7 +69,7 @@ TEST(ClsWriteVisitor, TwoObjectsThatCarryOneUidAreBothStored) {
   TestHolder<TestNode> a = Held(1);
   TestHolder<TestNode> b = Held(2);
   b.Edit()->uid = a.Get()->uid;
-  cls_RecordStore store;
+  gsl_RecordStore store;
   cls_Save save(store);
   WritePair(cls_WriteVisitor(save), a, b);
   EXPECT_EQ(TextOf(store), "0x00000001\n"
@@ -83,7 +83,7 @@ TEST(ClsWriteVisitor, TwoObjectsThatCarryOneUidAreBothStored) {
 
 TEST(ClsWriteVisitor, EmbeddedRecordsOfOneUidAreNeverDeclined) {
   const TestNode node(3);
-  cls_RecordStore store;
+  gsl_RecordStore store;
   cls_Save save(store);
   const cls_WriteVisitor root(save);
   root.StartWrite(1, node.uid);
@@ -94,7 +94,7 @@ TEST(ClsWriteVisitor, EmbeddedRecordsOfOneUidAreNeverDeclined) {
 
 TEST(ClsWriteVisitor, SaveKeepsSharedObjectsAliveUntilItEnds) {
   TestHolder<TestNode> shared = Held(4);
-  cls_RecordStore store;
+  gsl_RecordStore store;
   {
     cls_Save save(store);
     WritePair(cls_WriteVisitor(save), shared, shared);
@@ -104,7 +104,7 @@ TEST(ClsWriteVisitor, SaveKeepsSharedObjectsAliveUntilItEnds) {
 }
 
 TEST(ClsWriteVisitor, ObjectMadeWhereAnotherWasIsNotTakenForIt) {
-  cls_RecordStore store;
+  gsl_RecordStore store;
   cls_Save save(store);
   const cls_WriteVisitor root(save);
   root.StartWrite(1, cls_Uid());
@@ -118,7 +118,7 @@ TEST(ClsWriteVisitor, ObjectMadeWhereAnotherWasIsNotTakenForIt) {
 }
 
 TEST(ClsWriteVisitor, RecordMustBeStartedFirst) {
-  cls_RecordStore store;
+  gsl_RecordStore store;
   cls_Save save(store);
   const cls_WriteVisitor root(save);
   EXPECT_THROW(root.WriteInteger(kFirst, 1), cls_RecordException);
@@ -132,7 +132,7 @@ TEST(ClsWriteVisitor, RecordMustBeStartedFirst) {
 }
 
 TEST(ClsWriteVisitor, PlaceTakesOneRecord) {
-  cls_RecordStore store;
+  gsl_RecordStore store;
   cls_Save save(store);
   const cls_WriteVisitor root(save);
   root.StartWrite(1, cls_Uid());
@@ -142,7 +142,7 @@ TEST(ClsWriteVisitor, PlaceTakesOneRecord) {
 }
 
 TEST(ClsWriteVisitor, RootVisitorWritesSeveralRoots) {
-  cls_RecordStore store;
+  gsl_RecordStore store;
   cls_Save save(store);
   const cls_WriteVisitor root(save);
   for (int i = 0; i < 3; ++i)
@@ -161,7 +161,7 @@ TEST(ClsWriteVisitor, NestingAtTheLimitIsWrittenAndReadAndNoDeeper) {
     }
     TestNode top(-1);
     top.next = chain;
-    cls_RecordStore store;
+    gsl_RecordStore store;
     cls_Save save(store);
     if (depth == cls_WriteVisitor::kMostNesting) {
       top.DBWrite(cls_WriteVisitor(save));
@@ -175,7 +175,7 @@ TEST(ClsWriteVisitor, NestingAtTheLimitIsWrittenAndReadAndNoDeeper) {
 
 TEST(ClsWriteVisitor, FailedRootIsTakenBackWithItsSharedObjects) {
   const TestHolder<TestNode> shared = Held(4);
-  cls_RecordStore store;
+  gsl_RecordStore store;
   cls_Save save(store);
   TestNode(7).DBWrite(cls_WriteVisitor(save));
   const std::vector<unsigned char> before = store.ToBytes();
@@ -195,7 +195,7 @@ TEST(ClsWriteVisitor, FailedRootIsTakenBackWithItsSharedObjects) {
 }
 
 TEST(ClsWriteVisitor, FailedRootsLeaveNoMemoryBehind) {
-  cls_RecordStore store;
+  gsl_RecordStore store;
   cls_Save save(store);
   const std::vector<unsigned int> unsigneds(100, 1);
   const std::vector<double> doubles(100, 1.0);
@@ -222,7 +222,7 @@ TEST(ClsWriteVisitor, FailedRootsLeaveNoMemoryBehind) {
 TEST(ClsWriteVisitor, SharedObjectIsToldApartByAddressTypeAndUid) {
   const TestHolder<TestNode> shared = Held(4);
   const cls_Uid uid = shared.Get()->uid;
-  cls_RecordStore store;
+  gsl_RecordStore store;
   cls_Save save(store);
   const cls_WriteVisitor root(save);
   root.StartWrite(1, cls_Uid());
@@ -234,7 +234,7 @@ TEST(ClsWriteVisitor, SharedObjectIsToldApartByAddressTypeAndUid) {
 }
 
 TEST(ClsWriteVisitor, RecordIsOfOneCollectionType) {
-  cls_RecordStore store;
+  gsl_RecordStore store;
   cls_Save save(store);
   const cls_WriteVisitor root(save);
   root.StartWrite(cls_kCollectionTypeId, cls_Uid());
@@ -249,7 +249,7 @@ TEST(ClsWriteVisitor, RecordIsOfOneCollectionType) {
 }
 
 TEST(ClsListWriter, KeepsTheOrderAndTheNullEntries) {
-  cls_RecordStore store;
+  gsl_RecordStore store;
   {
     cls_Save save(store);
     const cls_WriteVisitor root(save);

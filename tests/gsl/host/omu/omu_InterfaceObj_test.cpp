@@ -4,6 +4,7 @@
 #include "VirtualSlot.h"
 #include "atr_String.h"
 #include "cls_WriteVisitor.h"
+#include "gsl_RecordStore.h"
 #include "nex_CommandException.h"
 
 #include <functional>
@@ -280,7 +281,7 @@ TEST(OmuInterfaceObj, IsTrueIsNotStoredAndWrapsItself) {
 }
 
 TEST(OmuInterfaceObj, WritesNoRecord) {
-  cls_RecordStore store;
+  gsl_RecordStore store;
   cls_Save save(store);
   const cls_WriteVisitor visitor(save);
   Gauge(omu_Shortcut(kPath)).DBWrite(visitor);

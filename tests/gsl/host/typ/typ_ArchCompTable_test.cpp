@@ -20,12 +20,3 @@ TEST(TypArchCompTable, LaterTableReplacesTheEarlier) {
   typ_ArchCompTable::InsertEntry(9003, typ_ArchCompEntry(kRows, 2));
   EXPECT_EQ(typ_ArchCompTable::FindEntry(9003).RowCount(), 2u);
 }
-
-TEST(TypArchCompTable, TypeIdNamesModuleAndRow) {
-  typ_ArchCompTable::InsertEntry(9004, typ_ArchCompEntry(kRows, 3));
-  ASSERT_NE(typ_ArchCompTable::FindType((9004u << 16) + 1), nullptr);
-  EXPECT_STREQ(typ_ArchCompTable::FindType((9004u << 16) + 1)->className, "first");
-  EXPECT_EQ(typ_ArchCompTable::FindType(9004u << 16), nullptr);
-  EXPECT_EQ(typ_ArchCompTable::FindType((9004u << 16) + 3), nullptr);
-  EXPECT_EQ(typ_ArchCompTable::FindType(9005u << 16), nullptr);
-}

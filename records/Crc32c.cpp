@@ -1,0 +1,53 @@
+#include "Crc32c.h"
+
+#include <array>
+
+namespace gsl_records {
+
+namespace {
+
+/// The polynomial 0x1EDC6F41 with its bits reversed: the lowest bit of a byte comes first.
+constexpr std::uint32_t kPolynomial = 0x82F63B78u;
+constexpr std::size_t kStep = 8;
+
+using Tables = std::array<std::array<std::uint32_t, 256>, kStep>;
+
+/// Table k holds the remainder of each byte value that k further bytes of zeros follow.
+constexpr Tables MakeTables() {
+  Tables tables = {};
+  for (std::uint32_t byte = 0; byte < 256; ++byte) {
+    std::uint32_t remainder = byte;
+    for (int bit = 0; bit < 8; ++bit)
+      remainder = (remainder >> 1) ^ ((remainder & 1u) != 0 ? kPolynomial : 0u);
+    tables[0][byte] = remainder;
+  }
+  for (std::size_t k = 1; k < kStep; ++k) {
+    for (std::size_t byte = 0; byte < 256; ++byte) {
+      const std::uint32_t shorter = tables[k - 1][byte];
+      tables[k][byte] = (shorter >> 8) ^ tables[0][shorter & 0xFFu];
+    }
+  }
+  return tables;
+}
+
+constexpr Tables kTables = MakeTables();
+
+} // namespace
+
+std::uint32_t Crc32c(const unsigned char* bytes, std::size_t count, std::uint32_t before) {
+  std::uint32_t remainder = ~before;
+  for (; count >= kStep; bytes += kStep, count -= kStep) {
+    // The remainder is added to the first four bytes; the eight table entries are independent.
+    std::uint32_t sum = 0;
+    for (std::size_t i = 0; i < kStep; ++i) {
+      const std::uint32_t added = i < 4 ? (remainder >> (8 * i)) & 0xFFu : 0u;
+      sum ^= kTables[kStep - 1 - i][bytes[i] ^ added];
+    }
+    remainder = sum;
+  }
+  for (; count != 0; ++bytes, --count)
+    remainder = (remainder >> 8) ^ kTables[0][(remainder ^ *bytes) & 0xFFu];
+  return ~remainder;
+}
+
+} // namespace gsl_records

@@ -1,0 +1,137 @@
+#include "RecordFrame.h"
+
+#include "Crc32c.h"
+#include "gsl_RecordError.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+#include <string>
+
+namespace gsl_records {
+
+namespace {
+
+constexpr unsigned char kMagic[] = {'g', 's', 'l', 'r'};
+constexpr std::size_t kVersionAt = 4;
+constexpr std::size_t kFeaturesAt = 5;
+constexpr std::size_t kLengthAt = 8;
+constexpr std::size_t kHeaderSumAt = 16;
+constexpr std::size_t kSumSize = 4;
+
+void Put(unsigned char* at, std::uint64_t value, std::size_t size) {
+  for (std::size_t i = 0; i < size; ++i)
+    at[i] = static_cast<unsigned char>((value >> (8 * i)) & 0xFFu);
+}
+
+std::uint64_t Get(const unsigned char* at, std::size_t size) {
+  std::uint64_t value = 0;
+  for (std::size_t i = 0; i < size; ++i)
+    value |= static_cast<std::uint64_t>(at[i]) << (8 * i);
+  return value;
+}
+
+std::uint64_t BlockCount(std::uint64_t bodySize) {
+  return bodySize / kBlockSize + (bodySize % kBlockSize != 0 ? 1 : 0);
+}
+
+std::uint32_t SumOfBlock(const unsigned char* body, std::size_t bodySize, std::size_t block) {
+  unsigned char number[8];
+  Put(number, block, sizeof number);
+  const std::size_t begin = block * kBlockSize;
+  const std::size_t size = std::min(kBlockSize, bodySize - begin);
+  return Crc32c(body + begin, size, Crc32c(number, sizeof number));
+}
+
+std::string Hex(Bytes bytes) {
+  std::string text;
+  for (std::size_t i = 0; i < bytes.count; ++i) {
+    char digits[4];
+    std::snprintf(digits, sizeof digits, "%s%02x", i == 0 ? "" : " ", bytes.begin[i]);
+    text += digits;
+  }
+  return text;
+}
+
+void CheckStart(Bytes bytes) {
+  const std::size_t size = std::min(bytes.count, sizeof kMagic);
+  if (size < sizeof kMagic || std::memcmp(bytes.begin, kMagic, size) != 0) {
+    const std::string found =
+        size == 0 ? "there are no bytes" : "they start with " + Hex({bytes.begin, size});
+    throw gsl_RecordError("The bytes are not records: " + found +
+                          ", but records start with 67 73 6c 72 (\"gslr\")");
+  }
+  if (bytes.count <= kVersionAt) {
+    throw gsl_RecordError("The records are cut after 4 bytes, before their format version");
+  }
+  const unsigned int version = bytes.begin[kVersionAt];
+  if (version != kFormatVersion) {
+    throw gsl_RecordError("The records have format version " + std::to_string(version) +
+                          (version > kFormatVersion ? ", which is newer" : "") +
+                          ", but this library reads version " + std::to_string(kFormatVersion));
+  }
+}
+
+std::uint64_t CheckedBodySize(Bytes bytes) {
+  if (bytes.count < kHeaderSize) {
+    throw gsl_RecordError("The records are cut after " + std::to_string(bytes.count) +
+                          " bytes, within their header of " + std::to_string(kHeaderSize));
+  }
+  if (Crc32c(bytes.begin, kHeaderSumAt) != Get(bytes.begin + kHeaderSumAt, kSumSize)) {
+    throw gsl_RecordError("The records are damaged: the checksum of their header does not match");
+  }
+  const unsigned int features = bytes.begin[kFeaturesAt];
+  if (features != 0) {
+    char text[8];
+    std::snprintf(text, sizeof text, "0x%02x", features);
+    throw gsl_RecordError(std::string("The records use the features ") + text +
+                          ", but this library knows none");
+  }
+  return Get(bytes.begin + kLengthAt, 8);
+}
+
+} // namespace
+
+std::vector<unsigned char> StartFrame() {
+  return std::vector<unsigned char>(kHeaderSize, 0);
+}
+
+void FinishFrame(std::vector<unsigned char>& bytes) {
+  const std::size_t bodySize = bytes.size() - kHeaderSize;
+  std::memcpy(bytes.data(), kMagic, sizeof kMagic);
+  bytes[kVersionAt] = kFormatVersion;
+  Put(&bytes[kLengthAt], bodySize, 8);
+  Put(&bytes[kHeaderSumAt], Crc32c(bytes.data(), kHeaderSumAt), kSumSize);
+  const std::size_t blocks = static_cast<std::size_t>(BlockCount(bodySize));
+  bytes.resize(bytes.size() + blocks * kSumSize);
+  unsigned char* sum = bytes.data() + kHeaderSize + bodySize;
+  for (std::size_t i = 0; i < blocks; ++i, sum += kSumSize)
+    Put(sum, SumOfBlock(bytes.data() + kHeaderSize, bodySize, i), kSumSize);
+}
+
+Bytes BodyOf(Bytes bytes) {
+  CheckStart(bytes);
+  const std::uint64_t bodySize = CheckedBodySize(bytes);
+  const std::uint64_t available = bytes.count - kHeaderSize;
+  const std::uint64_t blocks = BlockCount(bodySize);
+  // The first test keeps the sum from wrapping around.
+  const bool isWhole = bodySize <= available && bodySize + blocks * kSumSize == available;
+  if (!isWhole) {
+    throw gsl_RecordError("The records have " + std::to_string(bytes.count) +
+                          " bytes, but their header announces a body of " +
+                          std::to_string(bodySize));
+  }
+  const unsigned char* const body = bytes.begin + kHeaderSize;
+  const auto size = static_cast<std::size_t>(bodySize);
+  for (std::size_t i = 0; i < blocks; ++i) {
+    if (SumOfBlock(body, size, i) == Get(body + size + i * kSumSize, kSumSize)) continue;
+    const std::size_t begin = kHeaderSize + i * kBlockSize;
+    const std::size_t end = std::min(begin + kBlockSize, kHeaderSize + size);
+    throw gsl_RecordError("The records are damaged: the checksum of bytes " +
+                          std::to_string(begin) + " to " + std::to_string(end - 1) +
+                          " does not match");
+  }
+  return {body, size};
+}
+
+} // namespace gsl_records

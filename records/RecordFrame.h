@@ -1,0 +1,46 @@
+#ifndef RECORDS_RECORD_FRAME_H
+#define RECORDS_RECORD_FRAME_H
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+namespace gsl_records {
+
+// The frame around the records of the byte form, all numbers little-endian:
+//
+//   offset 0   "gslr"
+//          4   byte      format version, 2
+//          5   byte      features that a reader must know, one a bit; none is defined
+//          6   2 bytes   0
+//          8   8 bytes   length of the body
+//         16   4 bytes   CRC-32C of the 16 bytes before
+//         20   the body
+//   then for each block of 2^20 bytes of the body, the last of which may be shorter:
+//              4 bytes   CRC-32C of the block's number from 0 (8 bytes) and its bytes
+
+constexpr unsigned int kFormatVersion = 2;
+constexpr std::size_t kHeaderSize = 20;
+constexpr std::size_t kBlockSize = std::size_t{1} << 20;
+
+struct Bytes {
+  const unsigned char* begin;
+  std::size_t count;
+};
+
+/// Starts a byte form: room for its header. The caller appends the body.
+std::vector<unsigned char> StartFrame();
+
+/// Fills in the header and appends the checksums.
+void FinishFrame(std::vector<unsigned char>& bytes);
+
+/// Returns the body within the bytes. Throws gsl_RecordError for bytes that are not a byte form of
+/// this version, or that were cut, extended or changed.
+///
+/// What is noticed for certain: a change of up to three bits, a changed length, and blocks that
+/// changed places. Any other change goes unnoticed with a probability of 2^-32.
+Bytes BodyOf(Bytes bytes);
+
+} // namespace gsl_records
+
+#endif

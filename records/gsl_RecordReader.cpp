@@ -1,0 +1,3 @@
+#include "gsl_RecordReader.h"
+
+gsl_RecordReader::~gsl_RecordReader() = default;

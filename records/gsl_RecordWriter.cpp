@@ -1,0 +1,3 @@
+#include "gsl_RecordWriter.h"
+
+gsl_RecordWriter::~gsl_RecordWriter() = default;

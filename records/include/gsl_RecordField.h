@@ -1,0 +1,70 @@
+#ifndef GSL_RECORD_FIELD_H
+#define GSL_RECORD_FIELD_H
+
+#include <cstdint>
+#include <string_view>
+
+/// The number of a record: records are numbered from 0 in the order in which they were started.
+using gsl_RecordIndex = std::uint32_t;
+
+/// The identity of the object that a record stores: 128 bits that the records only compare.
+struct gsl_RecordIdentity {
+  std::uint64_t prefix = 0;
+  std::uint64_t serial = 0;
+
+  [[nodiscard]] friend constexpr bool operator==(const gsl_RecordIdentity& a,
+                                                 const gsl_RecordIdentity& b) noexcept {
+    return a.prefix == b.prefix && a.serial == b.serial;
+  }
+  [[nodiscard]] friend constexpr bool operator!=(const gsl_RecordIdentity& a,
+                                                 const gsl_RecordIdentity& b) noexcept {
+    return !(a == b);
+  }
+};
+
+/// What a field holds. The numbers are stored.
+enum class gsl_RecordKind : std::uint8_t {
+  Integer,
+  Double,
+  Boolean,
+  String,
+  Record,    ///< a record that belongs to this field
+  Object,    ///< a record that belongs to this field, and to which other fields may refer
+  Reference, ///< an object that belongs to another field
+  Null       ///< an explicit empty object
+};
+
+/// What kind of collection a record is, if it is one. The numbers are stored.
+enum class gsl_RecordCollection : std::uint32_t {
+  None = 0,
+  Objects = 1,    ///< its fields are entries without a name
+  Unsigneds = 57, ///< a list of unsigned integers
+  Doubles = 82    ///< a matrix of doubles
+};
+
+/// Where a record holds a value: the name of a field, or null for an entry of a list, and the
+/// number that the writer gave to the field.
+struct gsl_RecordPlace {
+  const char* name = nullptr;
+  std::int32_t index = -1;
+};
+
+/// One field of a record, or one entry of a list. The views belong to the reader.
+struct gsl_RecordField {
+  /// Empty for an entry of a list.
+  std::string_view name;
+  std::int32_t index = -1;
+  gsl_RecordKind kind = gsl_RecordKind::Integer;
+  /// The value, by kind: `link` is the record that the field holds or refers to, or the type id of
+  /// a null.
+  union {
+    std::int32_t integer;
+    double real = 0.0;
+    bool boolean;
+    std::uint32_t link;
+  };
+  /// The text of a string.
+  std::string_view text;
+};
+
+#endif

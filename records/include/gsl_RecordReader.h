@@ -1,0 +1,98 @@
+#ifndef GSL_RECORD_READER_H
+#define GSL_RECORD_READER_H
+
+#include "gsl_RecordExport.h"
+#include "gsl_RecordField.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+/// Fields out: records wherever they are stored. The read visitors of a host are built on it.
+///
+/// Requires  every record number comes from this reader, and every position too.
+/// Views     texts and names stay valid until the records change.
+/// Errors    gsl_RecordError, and std::bad_alloc, where an implementation says so.
+class GSL_RECORDS_API gsl_RecordReader {
+public:
+  /// The place of a field in its storage.
+  using Position = std::uint64_t;
+  static constexpr Position kEnd = ~Position{0};
+
+  class FieldRange;
+
+  virtual ~gsl_RecordReader();
+
+  virtual std::size_t RootCount() const = 0;
+  virtual gsl_RecordIndex Root(std::size_t i) const = 0;
+
+  virtual std::uint32_t TypeId(gsl_RecordIndex record) const = 0;
+  virtual gsl_RecordIdentity Identity(gsl_RecordIndex record) const = 0;
+  virtual gsl_RecordCollection Collection(gsl_RecordIndex record) const = 0;
+
+  /// The first field in write order; kEnd for a record without fields.
+  virtual Position FirstField(gsl_RecordIndex record) const = 0;
+  /// Reads the field at a position other than kEnd. Returns the position of the next field.
+  virtual Position ReadField(Position position, gsl_RecordField& field) const = 0;
+
+  /// Writes the elements of the record; none for another collection.
+  virtual void ReadUnsigneds(gsl_RecordIndex record, std::vector<std::uint32_t>& values) const = 0;
+  /// Writes the elements of the record row by row; 0 by 0 for another collection.
+  virtual void ReadDoubles(gsl_RecordIndex record, std::vector<double>& values, std::size_t& rows,
+                           std::size_t& columns) const = 0;
+
+  /// `for (const gsl_RecordField& field : reader.Fields(record))`
+  FieldRange Fields(gsl_RecordIndex record) const;
+
+protected:
+  gsl_RecordReader() = default;
+  gsl_RecordReader(const gsl_RecordReader&) = default;
+  gsl_RecordReader& operator=(const gsl_RecordReader&) = default;
+};
+
+/// The fields of one record, in write order.
+class gsl_RecordReader::FieldRange {
+public:
+  class Iterator {
+  public:
+    Iterator(const gsl_RecordReader& from, Position first) : reader(from), position(first) {
+      Read();
+    }
+
+    const gsl_RecordField& operator*() const { return field; }
+    const gsl_RecordField* operator->() const { return &field; }
+    Iterator& operator++() {
+      position = next;
+      Read();
+      return *this;
+    }
+    [[nodiscard]] friend bool operator!=(const Iterator& a, const Iterator& b) {
+      return a.position != b.position;
+    }
+
+  private:
+    void Read() {
+      if (position != kEnd) next = reader.ReadField(position, field);
+    }
+
+    const gsl_RecordReader& reader;
+    Position position;
+    Position next = kEnd;
+    gsl_RecordField field;
+  };
+
+  FieldRange(const gsl_RecordReader& from, gsl_RecordIndex owner) : reader(from), record(owner) {}
+
+  Iterator begin() const { return {reader, reader.FirstField(record)}; }
+  Iterator end() const { return {reader, kEnd}; }
+
+private:
+  const gsl_RecordReader& reader;
+  gsl_RecordIndex record;
+};
+
+inline gsl_RecordReader::FieldRange gsl_RecordReader::Fields(gsl_RecordIndex record) const {
+  return {*this, record};
+}
+
+#endif

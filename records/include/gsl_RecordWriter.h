@@ -1,0 +1,61 @@
+#ifndef GSL_RECORD_WRITER_H
+#define GSL_RECORD_WRITER_H
+
+#include "gsl_RecordExport.h"
+#include "gsl_RecordField.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
+
+/// Fields in: stores records wherever it keeps them. The write visitors of a host are built on it.
+///
+/// A record is started as a root or in a field of an earlier record; its fields follow in write
+/// order, also between the fields of others.
+///
+/// Requires  every record number comes from this writer and was not taken back; a record is one
+///           collection at most; the name of a place is not empty.
+/// Errors    gsl_RecordError, and std::bad_alloc; the call that throws stores nothing.
+class GSL_RECORDS_API gsl_RecordWriter {
+public:
+  virtual ~gsl_RecordWriter();
+
+  /// Starts a further root. Returns its number, which is higher than that of every earlier record.
+  virtual gsl_RecordIndex AddRoot(std::uint32_t typeId, const gsl_RecordIdentity& identity) = 0;
+  /// Starts a record that belongs to a place of `owner`. Other fields may refer to it when it
+  /// `isShared`. Returns its number, which is higher than that of every earlier record.
+  virtual gsl_RecordIndex AddRecord(gsl_RecordIndex owner, const gsl_RecordPlace& place,
+                                    bool isShared, std::uint32_t typeId,
+                                    const gsl_RecordIdentity& identity) = 0;
+
+  virtual void AddInteger(gsl_RecordIndex owner, const gsl_RecordPlace& place,
+                          std::int32_t value) = 0;
+  virtual void AddDouble(gsl_RecordIndex owner, const gsl_RecordPlace& place, double value) = 0;
+  virtual void AddBoolean(gsl_RecordIndex owner, const gsl_RecordPlace& place, bool value) = 0;
+  virtual void AddString(gsl_RecordIndex owner, const gsl_RecordPlace& place,
+                         std::string_view value) = 0;
+  /// Refers to a shared record.
+  virtual void AddReference(gsl_RecordIndex owner, const gsl_RecordPlace& place,
+                            gsl_RecordIndex target) = 0;
+  virtual void AddNull(gsl_RecordIndex owner, const gsl_RecordPlace& place,
+                       std::uint32_t typeId) = 0;
+
+  /// Makes the record a collection. Its elements, or its entries, may follow.
+  virtual void SetCollection(gsl_RecordIndex record, gsl_RecordCollection collection) = 0;
+  /// Writes the elements of a collection of unsigned integers, once.
+  virtual void SetUnsigneds(gsl_RecordIndex record, const std::uint32_t* values,
+                            std::size_t count) = 0;
+  /// Writes the elements of a matrix of doubles row by row, once.
+  virtual void SetDoubles(gsl_RecordIndex record, const double* values, std::size_t rows,
+                          std::size_t columns) = 0;
+
+  /// Takes back a root and every record and field that was added after it.
+  virtual void TakeBack(gsl_RecordIndex root) = 0;
+
+protected:
+  gsl_RecordWriter() = default;
+  gsl_RecordWriter(const gsl_RecordWriter&) = default;
+  gsl_RecordWriter& operator=(const gsl_RecordWriter&) = default;
+};
+
+#endif
