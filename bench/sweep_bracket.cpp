@@ -1,5 +1,6 @@
 #include "MeshRead.h"
-#include "Search.h"
+#include "gsl_Sweep.h"
+#include "support/MeshView.h"
 
 #include <CGAL/AABB_traits.h>
 #include <CGAL/AABB_tree.h>
@@ -120,16 +121,15 @@ private:
 };
 
 /// True when the static test is apart at some travels before the answer and touches just after.
-bool IsBracketed(const SweepAnswer& answer, const Mesh& moving, const Mesh& fixed,
-                 double& bisected) {
-  const Standing standing(moving, fixed, answer.direction);
+bool IsBracketed(const Answer& answer, const Mesh& moving, const Mesh& fixed, double& bisected) {
+  const Standing standing(moving, fixed, answer.unitDirection);
   const double slack = 1e-9 * std::max(SizeOf(moving), SizeOf(fixed));
   bool good = true;
   for (const double part : {0.0, 0.5, 0.9, 0.99}) {
-    good = good && !standing.TouchAfter(answer.travel * part);
+    good = good && !standing.TouchAfter(answer.contact.travel * part);
   }
-  double apart = answer.travel - slack;
-  double touching = answer.travel + slack;
+  double apart = answer.contact.travel - slack;
+  double touching = answer.contact.travel + slack;
   good = good && !standing.TouchAfter(apart) && standing.TouchAfter(touching);
   for (int step = 0; good && step < 12; ++step) {
     const double middle = apart + (touching - apart) / 2.0;
@@ -139,13 +139,15 @@ bool IsBracketed(const SweepAnswer& answer, const Mesh& moving, const Mesh& fixe
   return good;
 }
 
-SweepAnswer TimedSweep(const Mesh& moving, const Mesh& fixed, const Coord3& direction,
-                       unsigned threads, double& milliseconds) {
-  SweepQuestion question;
+Answer TimedSweep(const Mesh& moving, const Mesh& fixed, const Coord3& direction, unsigned threads,
+                  double& milliseconds) {
+  Question question;
   question.direction = direction;
-  question.threads = threads;
+  Run run;
+  run.threads = threads;
   const auto start = Clock::now();
-  const SweepAnswer answer = Sweep(moving, fixed, question);
+  const Pair pair(Body(ViewOf(moving)), {Body(ViewOf(fixed))}, run);
+  const Answer answer = pair.First(question, run);
   milliseconds = MillisecondsSince(start);
   return answer;
 }
@@ -166,14 +168,15 @@ int SweepCases(const std::string& folder) {
     double single = 0.0;
     double parallel = 0.0;
     TimedSweep(moving, fixed, c.direction, 1, single);
-    const SweepAnswer answer = TimedSweep(moving, fixed, c.direction, threads, parallel);
+    const Answer answer = TimedSweep(moving, fixed, c.direction, threads, parallel);
     double bisected = 0.0;
     const bool good =
         answer.status == SweepStatus::Contact && IsBracketed(answer, moving, fixed, bisected);
     failures += good ? 0 : 1;
     std::printf("%-20s %6zu  %-20s %6zu  %8.1f ms  %8.1f ms (%u)  %-18.12g %+.1e  %s\n", c.moving,
                 moving.TriangleCount(), c.fixed, fixed.TriangleCount(), single, parallel, threads,
-                answer.travel, bisected - answer.travel, good ? "bracketed" : "NOT BRACKETED");
+                answer.contact.travel, bisected - answer.contact.travel,
+                good ? "bracketed" : "NOT BRACKETED");
     std::fflush(stdout);
   }
   return failures;
@@ -204,21 +207,22 @@ int SweepSubdivided(const std::string& folder) {
   const Mesh aboveFine = CutInFour(CutInFour(above));
   const Coord3 d{0.1, -1, 0.2};
   const auto compare = [&](const char* name, const Mesh& moving, const Mesh& fixed,
-                           const SweepAnswer& coarse) {
+                           const Answer& coarse) {
     double milliseconds = 0.0;
-    const SweepAnswer answer = TimedSweep(moving, fixed, d, threads, milliseconds);
+    const Answer answer = TimedSweep(moving, fixed, d, threads, milliseconds);
     const double size = std::max(SizeOf(moving), SizeOf(fixed));
-    const bool good = std::fabs(answer.travel - coarse.travel) <= 1e-14 * size;
+    const bool good = std::fabs(answer.contact.travel - coarse.contact.travel) <= 1e-14 * size;
     failures += good ? 0 : 1;
     std::printf("%-28s %8zu %8zu  %8.1f ms (%u)  %.17g  differs by %.1e  %s\n", name,
-                moving.TriangleCount(), fixed.TriangleCount(), milliseconds, threads, answer.travel,
-                answer.travel - coarse.travel, good ? "same" : "NOT THE SAME");
+                moving.TriangleCount(), fixed.TriangleCount(), milliseconds, threads,
+                answer.contact.travel, answer.contact.travel - coarse.contact.travel,
+                good ? "same" : "NOT THE SAME");
     std::fflush(stdout);
   };
   double unused = 0.0;
-  const SweepAnswer onNefertiti = TimedSweep(koala, nefertiti, d, threads, unused);
+  const Answer onNefertiti = TimedSweep(koala, nefertiti, d, threads, unused);
   compare("koala onto nefertiti", fine, nefertiti, onNefertiti);
-  const SweepAnswer onKoala = TimedSweep(above, koala, d, threads, unused);
+  const Answer onKoala = TimedSweep(above, koala, d, threads, unused);
   compare("koala onto koala", aboveFine, koala, onKoala);
   compare("koala onto fine koala", above, fine, onKoala);
   compare("fine koala onto fine koala", aboveFine, fine, onKoala);

@@ -5,6 +5,9 @@ include(CMakePackageConfigHelpers)
 set(gsl_config_dir ${CMAKE_INSTALL_LIBDIR}/cmake/gsl_geometry)
 
 set(gsl_installed_targets gsl_geometry gsl_host gsl_floating_point)
+if(GSL_BUILD_TOOLS)
+  list(APPEND gsl_installed_targets gsl_sweep)
+endif()
 if(TARGET gsl_records)
   list(APPEND gsl_installed_targets gsl_records)
   install(DIRECTORY records/include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/gsl_geometry/records
@@ -17,6 +20,10 @@ install(TARGETS ${gsl_installed_targets} EXPORT gsl_geometry_targets
 
 install(DIRECTORY gsl/include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/gsl_geometry
   FILES_MATCHING PATTERN "*.h")
+if(GSL_BUILD_TOOLS)
+  install(DIRECTORY sweep/include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/gsl_geometry
+    FILES_MATCHING PATTERN "*.h")
+endif()
 if(GSL_HOST STREQUAL "standin")
   foreach(prefix IN LISTS GSL_HOST_PREFIXES)
     install(DIRECTORY gsl/host/${prefix}/
@@ -41,6 +48,9 @@ set(gsl_pc_dir ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 file(RELATIVE_PATH gsl_pc_to_prefix ${CMAKE_INSTALL_PREFIX}/${gsl_pc_dir} ${CMAKE_INSTALL_PREFIX})
 string(REGEX REPLACE "/$" "" gsl_pc_to_prefix "${gsl_pc_to_prefix}")
 set(gsl_pc_files gsl_geometry.pc)
+if(GSL_BUILD_TOOLS)
+  list(APPEND gsl_pc_files gsl_sweep.pc)
+endif()
 if(GSL_HOST STREQUAL "standin")
   list(APPEND gsl_pc_files gsl_host.pc gsl_records.pc)
   set(gsl_pc_requires "gsl_host = ${PROJECT_VERSION}")

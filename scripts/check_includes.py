@@ -31,6 +31,7 @@ cstdint cstdio cstdlib cstring ctime cuchar cwchar cwctype
 # Other libraries by the headers that they are known by.
 LIBRARIES = {
     "POSIX": r"(sys/.+|dlfcn|fcntl|poll|pthread|spawn|stdlib|unistd)\.h",
+    "SSE2": r"emmintrin\.h",
     "fast_float": r"fast_float/.+",
     "tinyobjloader": r"tiny_obj_loader\.h",
     "Assimp": r"assimp/.+",
@@ -66,8 +67,9 @@ ROOMS = [
          "tools/support/, gsl/include/, mesh/, mesh/readers/MeshReadAssimp.h, sweep/, CLI11, POSIX"),
     Room("tools/support/", "what programs say: report, progress, help; numbers as text",
          "gsl/include/, mesh/, sweep/, CLI11, fast_float, nlohmann-json, POSIX"),
-    Room("sweep/", "the engine: the exact contact of two triangles, the search for the first one",
-         f"exact/, {VALUES}, mesh/Mesh.h (until the engine takes plain arrays of triangles)"),
+    Room("sweep/", "the engine: bodies and pairs, the search for the first contact, the exact contact of two triangles",
+         f"exact/, {VALUES}, gsl/include/gsl_Point.h (to move corners as a matrix does), POSIX (pages of large arrays), "
+         "SSE2"),
     Room("mesh/", "the mesh; reading and writing files, by format; both ends of the import program",
          f"mesh/readers/, mesh/writers/, {VALUES}, POSIX"),
     Room("mesh/readers/", "one reader per mesh format, and what the readers share",
@@ -93,7 +95,7 @@ ROOMS = [
     Room("tests/reference/", "second implementations and judges: transcriptions, oracles, rationals",
          f"{PRODUCT}, tests/support/, any library"),
     Room("tests/consumer/", "projects that use the library, installed or as sources",
-         f"{PUBLIC}, {RECORDS}, POSIX", True),
+         f"{PUBLIC}, {RECORDS}, sweep/, POSIX", True),
     Room("bench/", "benchmarks, ours beside other libraries", f"{PRODUCT}, tests/reference/, any library"),
     Room("fuzz/", "fuzz targets and their seeds", f"{PUBLIC}, {RECORDS}, records/, mesh/, sweep/"),
     Room("examples/", "programs as users write them", f"{PUBLIC}, {RECORDS}, mesh/, sweep/", True),

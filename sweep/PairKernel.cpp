@@ -46,9 +46,9 @@ struct Candidate {
 };
 
 /// What one pair does.
-class Pair {
+class TrianglePair {
 public:
-  Pair(const TravelDirection& direction, const Triangle& moving, const Triangle& fixed)
+  TrianglePair(const TravelDirection& direction, const Triangle& moving, const Triangle& fixed)
       : m_direction(direction), m_along(FromOrigin(direction.Vector())), m_moving(moving),
         m_fixed(fixed) {}
 
@@ -61,8 +61,8 @@ public:
 
   /// No contact comes before this travel.
   double LowerBound() const;
-  Contact First(ExactRatio& travel) { return Extreme(1, travel); }
-  Contact Last(ExactRatio& travel) { return Extreme(-1, travel); }
+  PairContact First(ExactRatio& travel) { return Extreme(1, travel); }
+  PairContact Last(ExactRatio& travel) { return Extreme(-1, travel); }
 
 private:
   bool ShadowsMeet();
@@ -83,8 +83,8 @@ private:
   const Coord3& AxisAcross(const VectorBetween& edge) const;
   void Measure(const Candidate& candidate, ExactRatio& s) const;
   double TravelOf(const DoubleDouble& s) const { return Times(s, m_direction.Length()).hi; }
-  Contact Extreme(int sense, ExactRatio& travel);
-  Contact ContactOf(const Candidate& candidate, const DoubleDouble& s) const;
+  PairContact Extreme(int sense, ExactRatio& travel);
+  PairContact ContactOf(const Candidate& candidate, const DoubleDouble& s) const;
   Coord3 PointOnMovingEdge(const Candidate& candidate) const;
 
   // Three corners over a face, three faces over a corner, nine crossings; of two edge-on triangles
@@ -118,7 +118,7 @@ bool FillSides(const VectorBetween& along, const Triangle& own, int k, const Tri
   return separates;
 }
 
-bool Pair::ShadowsMeet() {
+bool TrianglePair::ShadowsMeet() {
   for (int k = 0; k < 3; ++k) {
     if (FillSides(m_along, m_fixed, k, m_moving, m_ofFixedEdge[k])) return false;
   }
@@ -128,7 +128,7 @@ bool Pair::ShadowsMeet() {
   return true;
 }
 
-bool Pair::Meet() {
+bool TrianglePair::Meet() {
   if (!ShadowsMeet()) return false;
   if (m_fixed.facing != 0) {
     CornersOverFace();
@@ -164,7 +164,7 @@ int SharedCorner(const int sides[3][3], int corner) {
   return sides[1][corner] != 0 ? 0 : 1;
 }
 
-void Pair::CornersOverFace() {
+void TrianglePair::CornersOverFace() {
   for (int i = 0; i < 3; ++i) {
     int zeros = 0;
     int lastZero = 0;
@@ -173,14 +173,14 @@ void Pair::CornersOverFace() {
   }
 }
 
-void Pair::AddCornerOverFace(int i, int zeros, int lastZero) {
+void TrianglePair::AddCornerOverFace(int i, int zeros, int lastZero) {
   if (zeros == 2) return AddCornerOnCorner(i, SharedCorner(m_ofFixedEdge, i));
   const ContactKind kind = zeros == 1 ? ContactKind::VertexEdge : ContactKind::VertexFace;
   const Coord3* b = m_fixed.corner;
   Add(kind, i, lastZero, {&m_moving.corner[i], &b[0]}, {&b[0], &b[1]}, {&b[0], &b[2]});
 }
 
-void Pair::FaceOverCorners() {
+void TrianglePair::FaceOverCorners() {
   for (int j = 0; j < 3; ++j) {
     int zeros = 0;
     int lastZero = 0;
@@ -189,7 +189,7 @@ void Pair::FaceOverCorners() {
   }
 }
 
-void Pair::AddFaceOverCorner(int j, int zeros, int lastZero) {
+void TrianglePair::AddFaceOverCorner(int j, int zeros, int lastZero) {
   if (zeros == 2) return AddCornerOnCorner(SharedCorner(m_ofMovingEdge, j), j);
   const ContactKind kind = zeros == 1 ? ContactKind::EdgeVertex : ContactKind::FaceVertex;
   const Coord3* a = m_moving.corner;
@@ -197,7 +197,7 @@ void Pair::AddFaceOverCorner(int j, int zeros, int lastZero) {
 }
 
 /// Crossings inside both edges. Where a corner lies on an edge, a face or an edge-on edge has it.
-void Pair::EdgesCrossing() {
+void TrianglePair::EdgesCrossing() {
   for (int i = 0; i < 3; ++i) {
     for (int j = 0; j < 3; ++j) {
       if (m_ofFixedEdge[j][i] * m_ofFixedEdge[j][Next(i)] != -1) continue;
@@ -208,7 +208,7 @@ void Pair::EdgesCrossing() {
   }
 }
 
-void Pair::CornersOnEdgeOnEdges() {
+void TrianglePair::CornersOnEdgeOnEdges() {
   for (int i = 0; i < 3; ++i) {
     for (int j = 0; j < 3; ++j) {
       if (m_ofFixedEdge[j][i] != 0) continue;
@@ -220,7 +220,7 @@ void Pair::CornersOnEdgeOnEdges() {
   }
 }
 
-void Pair::EdgeOnEdgesOnCorners() {
+void TrianglePair::EdgeOnEdgesOnCorners() {
   for (int i = 0; i < 3; ++i) {
     for (int j = 0; j < 3; ++j) {
       if (m_ofMovingEdge[i][j] != 0) continue;
@@ -232,7 +232,7 @@ void Pair::EdgeOnEdgesOnCorners() {
   }
 }
 
-void Pair::CornersOnCorners() {
+void TrianglePair::CornersOnCorners() {
   for (int i = 0; i < 3; ++i) {
     for (int j = 0; j < 3; ++j) {
       if (CompareShadows(m_moving.corner[i], m_fixed.corner[j]) == 0) AddCornerOnCorner(i, j);
@@ -240,14 +240,14 @@ void Pair::CornersOnCorners() {
   }
 }
 
-void Pair::AddCornerOnCorner(int i, int j) {
+void TrianglePair::AddCornerOnCorner(int i, int j) {
   const int axis = m_direction.Dominant();
   Add(ContactKind::VertexVertex, i, j, {&m_moving.corner[i], &m_fixed.corner[j]},
       FromOrigin(axes[Next(axis)]), FromOrigin(axes[Next(Next(axis))]));
 }
 
-void Pair::Add(ContactKind kind, int onMoving, int onFixed, const VectorBetween& gap,
-               const VectorBetween& u, const VectorBetween& v) {
+void TrianglePair::Add(ContactKind kind, int onMoving, int onFixed, const VectorBetween& gap,
+                       const VectorBetween& u, const VectorBetween& v) {
   Candidate& added = m_candidates[m_count++];
   added = {kind, onMoving, onFixed, gap, u, v, 0, 0.0, 0.0};
   Bracket(added);
@@ -257,7 +257,7 @@ void Pair::Add(ContactKind kind, int onMoving, int onFixed, const VectorBetween&
 }
 
 /// Finds the sign of s and, cheaply, numbers that it lies between.
-void Pair::Bracket(Candidate& candidate) const {
+void TrianglePair::Bracket(Candidate& candidate) const {
   const Estimate gap = EstimateDeterminant(candidate.gap, candidate.u, candidate.v);
   const Estimate whole = EstimateDeterminant(m_along, candidate.u, candidate.v);
   candidate.sign = DeterminantSign(candidate.gap, candidate.u, candidate.v) *
@@ -278,13 +278,13 @@ void Pair::Bracket(Candidate& candidate) const {
   candidate.high = rounded + std::fabs(rounded) * 0x1p-50;
 }
 
-void Pair::Measure(const Candidate& candidate, ExactRatio& s) const {
+void TrianglePair::Measure(const Candidate& candidate, ExactRatio& s) const {
   s.Set(ExactDeterminant(candidate.gap, candidate.u, candidate.v),
         ExactDeterminant(m_along, candidate.u, candidate.v));
 }
 
 /// A total order of shadows that runs along any line: -1, 0 for the same shadow, or 1.
-int Pair::CompareShadows(const Coord3& p, const Coord3& q) const {
+int TrianglePair::CompareShadows(const Coord3& p, const Coord3& q) const {
   const int axis = m_direction.Dominant();
   for (const int other : {Next(axis), Next(Next(axis))}) {
     const int sign = DeterminantSign(m_along, FromOrigin(axes[other]), {&p, &q});
@@ -293,20 +293,20 @@ int Pair::CompareShadows(const Coord3& p, const Coord3& q) const {
   return 0;
 }
 
-bool Pair::IsStrictlyBetween(const Coord3& p, const VectorBetween& edge) const {
+bool TrianglePair::IsStrictlyBetween(const Coord3& p, const VectorBetween& edge) const {
   const int order = CompareShadows(*edge.from, p);
   return order != 0 && order == CompareShadows(p, *edge.to);
 }
 
 /// An axis that is not in the plane of the direction and an edge, which are not parallel.
-const Coord3& Pair::AxisAcross(const VectorBetween& edge) const {
+const Coord3& TrianglePair::AxisAcross(const VectorBetween& edge) const {
   for (const int k : {0, 1}) {
     if (DeterminantSign(m_along, edge, FromOrigin(axes[k])) != 0) return axes[k];
   }
   return axes[2];
 }
 
-double Pair::LowerBound() const {
+double TrianglePair::LowerBound() const {
   double low = std::numeric_limits<double>::infinity();
   for (int k = 0; k < m_count; ++k)
     low = std::min(low, m_candidates[k].low);
@@ -315,7 +315,7 @@ double Pair::LowerBound() const {
 }
 
 /// The least travel for sense 1, the greatest for -1.
-Contact Pair::Extreme(int sense, ExactRatio& travel) {
+PairContact TrianglePair::Extreme(int sense, ExactRatio& travel) {
   const auto nearEnd = [sense](const Candidate& c) { return sense > 0 ? c.low : -c.high; };
   const auto farEnd = [sense](const Candidate& c) { return sense > 0 ? c.high : -c.low; };
   double reach = std::numeric_limits<double>::infinity();
@@ -341,8 +341,8 @@ Contact Pair::Extreme(int sense, ExactRatio& travel) {
   return ContactOf(*best, travel.rounded);
 }
 
-Contact Pair::ContactOf(const Candidate& candidate, const DoubleDouble& s) const {
-  Contact contact;
+PairContact TrianglePair::ContactOf(const Candidate& candidate, const DoubleDouble& s) const {
+  PairContact contact;
   contact.travel = TravelOf(s);
   contact.kind = candidate.kind;
   contact.movingFeature = candidate.onMoving;
@@ -375,7 +375,7 @@ Contact Pair::ContactOf(const Candidate& candidate, const DoubleDouble& s) const
 }
 
 /// Where the edges of an EdgeEdge candidate cross in the shadow.
-Coord3 Pair::PointOnMovingEdge(const Candidate& candidate) const {
+Coord3 TrianglePair::PointOnMovingEdge(const Candidate& candidate) const {
   // start + position * edge is on the line of the fixed edge, as seen along the direction.
   const DoubleDouble start = ExactDeterminant(m_along, candidate.gap, candidate.v).Rounded();
   const DoubleDouble whole = ExactDeterminant(m_along, candidate.u, candidate.v).Rounded();
@@ -447,7 +447,7 @@ Triangle MakeTriangle(const TravelDirection& direction, const Coord3& a, const C
 
 bool FindContactInterval(const TravelDirection& direction, const Triangle& moving,
                          const Triangle& fixed, ContactInterval& interval) {
-  Pair pair(direction, moving, fixed);
+  TrianglePair pair(direction, moving, fixed);
   if (!pair.Meet()) return false;
   ExactRatio unused;
   interval = {pair.First(unused), pair.Last(unused)};
@@ -455,20 +455,20 @@ bool FindContactInterval(const TravelDirection& direction, const Triangle& movin
 }
 
 PairOutcome JudgePair(const TravelDirection& direction, const Triangle& moving,
-                      const Triangle& fixed, double limit, Contact& first, ExactRatio& travel) {
-  Pair pair(direction, moving, fixed);
+                      const Triangle& fixed, double limit, PairContact& first, ExactRatio& travel) {
+  TrianglePair pair(direction, moving, fixed);
   if (!pair.Meet()) return PairOutcome::Apart;
   if (pair.SomeAtZero() || (pair.SomeBehind() && pair.SomeAhead())) return PairOutcome::Touching;
   if (pair.SomeBehind() || pair.LowerBound() > limit) return PairOutcome::Apart;
   ExactRatio exact;
-  const Contact contact = pair.First(exact);
+  const PairContact contact = pair.First(exact);
   if (contact.travel > limit) return PairOutcome::Apart;
   first = contact;
   travel = exact;
   return PairOutcome::Ahead;
 }
 
-Contact ContactAtStart(const ContactInterval& interval) {
+PairContact ContactAtStart(const ContactInterval& interval) {
   if (interval.first.travel == 0.0) return interval.first;
   if (interval.last.travel == 0.0) return interval.last;
   // Both triangles are convex: what the first and the last contact weigh to at zero is on both.
@@ -485,7 +485,7 @@ Contact ContactAtStart(const ContactInterval& interval) {
 }
 
 bool ContactNormal(const TravelDirection& direction, const Triangle& moving, const Triangle& fixed,
-                   const Contact& contact, Coord3& normal) {
+                   const PairContact& contact, Coord3& normal) {
   switch (contact.kind) {
   case ContactKind::VertexFace:
     return NormalAgainst(direction, EdgeOf(fixed, 0), EdgeOf(fixed, 1), normal);

@@ -4,6 +4,8 @@
 #include "Determinant.h"
 #include "ExactRatio.h"
 
+#include "gsl_Sweep.h"
+
 /// When two triangles touch, if one of them travels along a direction.
 ///
 /// There are no tolerances. What is decided (whether the shadows across the direction meet, which
@@ -13,18 +15,6 @@
 ///
 /// Range      of coordinates and direction: see Determinant.h. They must be finite.
 namespace gsl_sweep {
-
-/// Features that meet: of the moving body first. Overlap stands for bodies that share a point from
-/// the start and had already met before it, so that no single features meet there.
-enum class ContactKind : unsigned char {
-  VertexVertex,
-  VertexEdge,
-  EdgeVertex,
-  VertexFace,
-  FaceVertex,
-  EdgeEdge,
-  Overlap
-};
 
 /// A direction of travel; its length does not matter.
 class TravelDirection {
@@ -56,7 +46,7 @@ Triangle MakeTriangle(const TravelDirection& direction, const Coord3& a, const C
                       const Coord3& c);
 
 /// Where two bodies touch after some travel.
-struct Contact {
+struct PairContact {
   double travel;
   ContactKind kind;
   Coord3 onMoving; ///< before the move
@@ -69,8 +59,8 @@ struct Contact {
 /// The travels, first to last, in which a pair touches. The signs of first.travel and last.travel
 /// are exact, zero included.
 struct ContactInterval {
-  Contact first;
-  Contact last;
+  PairContact first;
+  PairContact last;
 };
 
 /// False, and nothing written, when the triangles never touch. Of features that meet at the same
@@ -88,11 +78,11 @@ enum class PairOutcome {
 /// an exact multiple of the direction vector, are written for Ahead alone. The limit, which is
 /// there to save work, is compared with the rounded travel.
 PairOutcome JudgePair(const TravelDirection& direction, const Triangle& moving,
-                      const Triangle& fixed, double limit, Contact& first, ExactRatio& travel);
+                      const Triangle& fixed, double limit, PairContact& first, ExactRatio& travel);
 
 /// The contact at travel zero of a pair that touches there: one with first.travel <= 0 and
 /// last.travel >= 0.
-Contact ContactAtStart(const ContactInterval& interval);
+PairContact ContactAtStart(const ContactInterval& interval);
 
 /// The normal of the plane in which the features of a contact meet, of length one, on the side of
 /// it from which the moving body comes: its product with the direction is negative.
@@ -104,7 +94,7 @@ Contact ContactAtStart(const ContactInterval& interval);
 ///            make the product of the numbers zero or positive.
 /// False, and nothing written, for a kind without a plane, or when the exact product is zero.
 bool ContactNormal(const TravelDirection& direction, const Triangle& moving, const Triangle& fixed,
-                   const Contact& contact, Coord3& normal);
+                   const PairContact& contact, Coord3& normal);
 
 } // namespace gsl_sweep
 

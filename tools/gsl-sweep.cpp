@@ -2,8 +2,9 @@
 #include "MeshWrite.h"
 #include "OutputFile.h"
 #include "Printable.h"
-#include "Search.h"
 #include "SweepOptions.h"
+#include "gsl_Sweep.h"
+#include "support/MeshView.h"
 #include "support/Progress.h"
 #include "support/Report.h"
 
@@ -29,12 +30,11 @@ using gsl_tools::UsageError;
 
 enum ExitStatus { Touching = 0, NoContact = 1, Usage = 2, BadInput = 3, Failure = 4 };
 
-SweepQuestion QuestionOf(const SweepOptions& options) {
-  SweepQuestion question;
+Question QuestionOf(const SweepOptions& options) {
+  Question question;
   question.direction = options.direction;
   question.oneSided = options.oneSided;
   question.maxDistance = options.maxDistance;
-  question.threads = options.threads;
   return question;
 }
 
@@ -67,7 +67,7 @@ void CheckOutputs(const SweepOptions& options) {
   if (!options.outputFile.empty()) CheckOutputPath(options.outputFile, options.force);
 }
 
-void RequireFiniteTriangles(const std::string& file, const SweptBody& body) {
+void RequireFiniteTriangles(const std::string& file, const BodyCounts& body) {
   if (body.skipped < body.triangles) return;
   throw MeshError(file + ": every triangle has a NaN or infinite corner");
 }
@@ -88,7 +88,7 @@ void WriteStdout(const std::string& text) {
 }
 
 /// Returns the line of the report about --output.
-std::string OutputLine(const SweepOptions& options, const SweepAnswer& answer) {
+std::string OutputLine(const SweepOptions& options, const Answer& answer) {
   if (options.outputFile.empty()) return {};
   const std::string file = Printable(options.outputFile);
   return "  moved   " + (answer.status == SweepStatus::None ? "nothing written to " + file : file) +
@@ -113,8 +113,30 @@ void WriteResults(const SweepOptions& options, const SweepReport& report, Mesh m
   }
 }
 
-ExitStatus Run(const SweepOptions& options) {
-  SweepQuestion question = QuestionOf(options);
+BodyCounts CountsOf(const Body& body, std::size_t leftOut) {
+  return {body.TriangleCount(), body.SkippedCount(), leftOut};
+}
+
+/// Asks and writes down what was answered.
+void Search(const SweepOptions& options, const Mesh& moving, const Mesh& fixed, Progress& progress,
+            SweepReport& report) {
+  const Question question = QuestionOf(options);
+  Run run;
+  run.threads = options.threads;
+  run.progress = [&progress](double part) {
+    progress.Update(part);
+    return true;
+  };
+  const Body movingBody(ViewOf(moving));
+  const Body fixedBody(ViewOf(fixed));
+  const Pair pair(movingBody, {fixedBody}, run);
+  report.answer = pair.First(question, run);
+  const LeftOut leftOut = pair.CountLeftOut(question);
+  report.moving = CountsOf(movingBody, leftOut.moving);
+  report.fixed = CountsOf(fixedBody, leftOut.fixed);
+}
+
+ExitStatus SweepFiles(const SweepOptions& options) {
   CheckOutputs(options);
 
   Progress progress(options.quiet ? ProgressStyle::Never : options.progress);
@@ -125,7 +147,6 @@ ExitStatus Run(const SweepOptions& options) {
   const Mesh fixed = ReadBody(options.fixedFile, options);
 
   progress.Begin("Searching");
-  question.progress = [&progress](double part) { progress.Update(part); };
   SweepReport report;
   report.movingFile = options.movingFile;
   report.fixedFile = options.fixedFile;
@@ -133,15 +154,15 @@ ExitStatus Run(const SweepOptions& options) {
   report.maxDistance = options.maxDistance;
   report.oneSided = options.oneSided;
   report.toolVersion = GSL_VERSION;
-  report.answer = Sweep(moving, fixed, question);
+  Search(options, moving, fixed, progress, report);
   progress.Clear();
 
-  RequireFiniteTriangles(moving.file, report.answer.moving);
-  RequireFiniteTriangles(fixed.file, report.answer.fixed);
+  RequireFiniteTriangles(moving.file, report.moving);
+  RequireFiniteTriangles(fixed.file, report.fixed);
   report.warnings = moving.warnings;
   report.warnings.insert(report.warnings.end(), fixed.warnings.begin(), fixed.warnings.end());
-  AddWarning(report, SkippedWarning(moving.file, report.answer.moving));
-  AddWarning(report, SkippedWarning(fixed.file, report.answer.fixed));
+  AddWarning(report, SkippedWarning(moving.file, report.moving));
+  AddWarning(report, SkippedWarning(fixed.file, report.fixed));
   AddWarning(report, SizeWarning(moving, fixed));
   for (const std::string& warning : report.warnings) {
     if (!options.quiet) PrintLine("warning: " + warning);
@@ -181,7 +202,7 @@ int ParseAndRun(int argc, char** argv) {
   RemoveTemporaryFilesOnInterrupt();
   // A write beyond the limit for files then fails with a message and does not end the program.
   std::signal(SIGXFSZ, SIG_IGN);
-  return Run(options);
+  return SweepFiles(options);
 }
 
 } // namespace

@@ -20,6 +20,14 @@ foreach(name geometry host)
 endforeach()
 install(TARGETS geometry_consumer)
 
+# The sweep is built together with the tools.
+if(TARGET gsl::sweep)
+  add_executable(sweep_consumer ${here}/sweep_consumer.cpp)
+  target_link_libraries(sweep_consumer PRIVATE gsl::sweep)
+  add_host_code_flags(sweep_consumer)
+  add_test(NAME sweep_consumer COMMAND sweep_consumer)
+endif()
+
 # An external host has another name, and no store of records.
 get_target_property(host_type gsl::host TYPE)
 if(host_type STREQUAL "SHARED_LIBRARY")

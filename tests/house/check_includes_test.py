@@ -38,7 +38,7 @@ TREE = {
     "mesh/readers/MeshReadAssimp.h": '#include "Mesh.h"\n',
     "mesh/readers/MeshReadAssimp.cpp": '#include "readers/MeshReadAssimp.h"\n#include <assimp/scene.h>\n',
     "mesh/writers/Numbers.h": '#include "Mesh.h"\n',
-    "sweep/Sweep.h": '#include "Ratio.h"\n#include "Mesh.h"\n',
+    "sweep/Sweep.h": '#include "Ratio.h"\n',
     "tools/gsl-sweep.cpp": '#include "Sweep.h"\n#include "MeshRead.h"\n#include "support/Report.h"\n#include <CLI/CLI.hpp>\n',
     "tools/support/Report.h": '#include "Sweep.h"\n#include <nlohmann/json.hpp>\n',
     "examples/move.cpp": "#include <gsl_Point.h>\n#include <vector>\n",

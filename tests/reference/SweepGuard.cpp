@@ -1,6 +1,7 @@
 #include "SweepGuard.h"
 
-#include "Search.h"
+#include "gsl_Matrix.h"
+#include "gsl_Sweep.h"
 
 #include <algorithm>
 #include <cmath>
@@ -8,36 +9,65 @@
 #include <cstring>
 #include <limits>
 #include <stdexcept>
+#include <vector>
 
 namespace reference {
 
 namespace {
 
-using gsl_sweep::SweepAnswer;
-using gsl_sweep::SweepQuestion;
+using gsl_sweep::Answer;
+using gsl_sweep::Body;
+using gsl_sweep::Pair;
 using gsl_sweep::SweepStatus;
 
 constexpr double infinity = std::numeric_limits<double>::infinity();
 
 /// An answer, or the overflow that was thrown instead.
 struct Told {
-  SweepAnswer answer;
+  Answer answer;
+  std::size_t triangles[2] = {}, skipped[2] = {}, leftOut[2] = {}; ///< moving, fixed
   bool overflowed = false;
 };
 
-Told Ask(const Question& question, double maxDistance, unsigned threads) {
-  gsl_sweep::Mesh moving;
-  gsl_sweep::Mesh fixed;
-  moving.corners = question.moving;
-  fixed.corners = question.fixed;
-  SweepQuestion asked;
+Body BodyOf(const Coord3* corners, std::size_t count) {
+  gsl_sweep::TriangleView view;
+  view.vertices = count == 0 ? nullptr : &corners->x;
+  view.vertexCount = count;
+  view.triangleCount = count / 3;
+  return Body(view);
+}
+
+Body BodyOf(const std::vector<Coord3>& corners) {
+  return BodyOf(corners.data(), corners.size());
+}
+
+gsl_sweep::Run OnThreads(unsigned threads) {
+  gsl_sweep::Run run;
+  run.threads = threads;
+  return run;
+}
+
+gsl_sweep::Question AskedOf(const Question& question, double maxDistance) {
+  gsl_sweep::Question asked;
   asked.direction = question.direction;
   asked.oneSided = question.oneSided;
   asked.maxDistance = maxDistance;
-  asked.threads = threads;
+  return asked;
+}
+
+Told Ask(const Body& moving, const Body& fixed, const gsl_sweep::Question& question) {
   Told told;
+  const Body* bodies[2] = {&moving, &fixed};
+  for (std::size_t side = 0; side < 2; ++side) {
+    told.triangles[side] = bodies[side]->TriangleCount();
+    told.skipped[side] = bodies[side]->SkippedCount();
+  }
+  const Pair pair(moving, {fixed}, OnThreads(1));
+  const gsl_sweep::LeftOut leftOut = pair.CountLeftOut(question);
+  told.leftOut[0] = leftOut.moving;
+  told.leftOut[1] = leftOut.fixed;
   try {
-    told.answer = gsl_sweep::Sweep(moving, fixed, asked);
+    told.answer = pair.First(question, OnThreads(1));
   } catch (const std::overflow_error&) {
     told.overflowed = true;
   }
@@ -52,14 +82,14 @@ bool SameBits(const Coord3& a, const Coord3& b) {
   return SameBits(a.x, b.x) && SameBits(a.y, b.y) && SameBits(a.z, b.z);
 }
 
-bool AreSame(const Told& a, const Told& b) {
-  if (a.overflowed || b.overflowed) return a.overflowed == b.overflowed;
-  return a.answer.status == b.answer.status && SameBits(a.answer.travel, b.answer.travel) &&
-         SameBits(a.answer.direction, b.answer.direction) && a.answer.kind == b.answer.kind &&
-         a.answer.moving.triangle == b.answer.moving.triangle &&
-         a.answer.fixed.triangle == b.answer.fixed.triangle &&
-         SameBits(a.answer.moving.point, b.answer.moving.point) &&
-         SameBits(a.answer.fixed.point, b.answer.fixed.point);
+bool AreSame(const Answer& a, const Answer& b) {
+  const gsl_sweep::Contact& c = a.contact;
+  const gsl_sweep::Contact& d = b.contact;
+  return a.status == b.status && SameBits(a.unitDirection, b.unitDirection) &&
+         SameBits(c.travel, d.travel) && c.kind == d.kind && c.fixedBody == d.fixedBody &&
+         c.movingTriangle == d.movingTriangle && c.fixedTriangle == d.fixedTriangle &&
+         SameBits(c.movingPoint, d.movingPoint) && SameBits(c.fixedPoint, d.fixedPoint) &&
+         c.hasNormal == d.hasNormal && SameBits(c.normal, d.normal);
 }
 
 /// One unit in the last place, as an exact number.
@@ -83,8 +113,8 @@ bool IsRootNear(double value, const Rational& square, const Rational& error) {
 
 class Comparison {
 public:
-  Comparison(const Scene& scene, const Verdict& verdict, const Told& told)
-      : m_scene(scene), m_verdict(verdict), m_told(told.answer) {
+  Comparison(const Question& question, const Verdict& verdict, const Told& told)
+      : m_question(question), m_verdict(verdict), m_all(told), m_told(told.answer) {
     // What rounding from a hundred bits leaves of the largest coordinate, and the least double.
     m_fuzz = verdict.largest;
     mpq_div_2exp(m_fuzz.get_mpq_t(), m_fuzz.get_mpq_t(), 85);
@@ -123,24 +153,21 @@ private:
 
   /// A rational cannot be made of anything else.
   void CheckFinite() {
-    const double told[] = {m_told.travel,         m_told.direction.x,    m_told.direction.y,
-                           m_told.direction.z,    m_told.moving.point.x, m_told.moving.point.y,
-                           m_told.moving.point.z, m_told.fixed.point.x,  m_told.fixed.point.y,
-                           m_told.fixed.point.z,  m_told.normal.x,       m_told.normal.y,
-                           m_told.normal.z};
-    for (const double c : told) {
-      if (!std::isfinite(c)) return Complain("a number that is not finite");
+    const gsl_sweep::Contact& c = m_told.contact;
+    if (!std::isfinite(c.travel)) return Complain("a travel that is not finite");
+    for (const Coord3& p : {m_told.unitDirection, c.movingPoint, c.fixedPoint, c.normal}) {
+      if (!std::isfinite(p.x) || !std::isfinite(p.y) || !std::isfinite(p.z)) {
+        return Complain("a number that is not finite");
+      }
     }
   }
 
   void CheckBodies() {
-    const gsl_sweep::SweptBody* bodies[2] = {&m_told.moving, &m_told.fixed};
-    const std::size_t counts[2] = {m_scene.question.moving.size() / 3,
-                                   m_scene.question.fixed.size() / 3};
+    const std::size_t counts[2] = {m_question.moving.size() / 3, m_question.fixed.size() / 3};
     for (std::size_t side = 0; side < 2; ++side) {
-      if (bodies[side]->triangles != counts[side]) Complain("number of triangles");
-      if (bodies[side]->skipped != m_verdict.skipped[side]) Complain("number of skipped triangles");
-      if (bodies[side]->leftOut != m_verdict.turnedAway[side]) Complain("number turned away");
+      if (m_all.triangles[side] != counts[side]) Complain("number of triangles");
+      if (m_all.skipped[side] != m_verdict.skipped[side]) Complain("number of skipped triangles");
+      if (m_all.leftOut[side] != m_verdict.turnedAway[side]) Complain("number turned away");
     }
   }
 
@@ -154,36 +181,38 @@ private:
         Complain("unit direction");
       }
     };
-    check(m_told.direction.x, d.x);
-    check(m_told.direction.y, d.y);
-    check(m_told.direction.z, d.z);
+    check(m_told.unitDirection.x, d.x);
+    check(m_told.unitDirection.y, d.y);
+    check(m_told.unitDirection.z, d.z);
   }
 
   void CheckPair() {
-    if (m_told.moving.triangle != m_verdict.moving || m_told.fixed.triangle != m_verdict.fixed) {
+    if (m_told.contact.movingTriangle != m_verdict.moving ||
+        m_told.contact.fixedTriangle != m_verdict.fixed) {
       Complain("pair: expected " + std::to_string(m_verdict.moving) + " and " +
                std::to_string(m_verdict.fixed));
     }
-    if (static_cast<int>(m_told.kind) != static_cast<int>(m_verdict.kind)) {
+    if (static_cast<int>(m_told.contact.kind) != static_cast<int>(m_verdict.kind)) {
       Complain("kind: expected " + std::to_string(static_cast<int>(m_verdict.kind)));
     }
   }
 
   void CheckTravel() {
     if (m_verdict.outcome == Outcome::Start) {
-      if (m_told.travel != 0.0) Complain("travel: expected zero");
+      if (m_told.contact.travel != 0.0) Complain("travel: expected zero");
       return;
     }
-    const Rational error = UnitAt(m_told.travel) * halfUnit;
-    if (!(m_told.travel >= 0.0) || !IsRootNear(m_told.travel, m_verdict.squaredTravel, error)) {
+    const Rational error = UnitAt(m_told.contact.travel) * halfUnit;
+    if (!(m_told.contact.travel >= 0.0) ||
+        !IsRootNear(m_told.contact.travel, m_verdict.squaredTravel, error)) {
       Complain("travel: expected " + Text(NearestRoot(m_verdict.squaredTravel)));
     }
   }
 
   /// Of length one and against the direction. Which plane the features define is not judged.
   void CheckNormal() {
-    const Coord3& n = m_told.normal;
-    if (!m_told.hasNormal) {
+    const Coord3& n = m_told.contact.normal;
+    if (!m_told.contact.hasNormal) {
       if (n.x != 0.0 || n.y != 0.0 || n.z != 0.0)
         Complain("normal: written although there is none");
       return;
@@ -197,10 +226,10 @@ private:
 
   void CheckPoints() {
     const bool ofEdges = m_verdict.kind == Kind::EdgeEdge;
-    CheckPoint("moving", m_told.moving.point, m_verdict.onMoving, {0.0, 0.0, 0.0});
+    CheckPoint("moving", m_told.contact.movingPoint, m_verdict.onMoving, {0.0, 0.0, 0.0});
     // The point on the fixed edge is the one on the moving edge, carried on after it was rounded.
-    CheckPoint("fixed", m_told.fixed.point, m_verdict.onFixed,
-               ofEdges ? m_told.moving.point : Coord3{0.0, 0.0, 0.0});
+    CheckPoint("fixed", m_told.contact.fixedPoint, m_verdict.onFixed,
+               ofEdges ? m_told.contact.movingPoint : Coord3{0.0, 0.0, 0.0});
   }
 
   /// Within half a unit in the last place, and half a unit of what it was computed from.
@@ -221,8 +250,9 @@ private:
 
   /// On both triangles, up to four units in the last place of the largest coordinate.
   void CheckSharedPoint() {
-    if (!SameBits(m_told.moving.point, m_told.fixed.point)) Complain("points of an overlap differ");
-    const Coord3& p = m_told.fixed.point;
+    if (!SameBits(m_told.contact.movingPoint, m_told.contact.fixedPoint))
+      Complain("points of an overlap differ");
+    const Coord3& p = m_told.contact.fixedPoint;
     const RationalPoint point{Rational(p.x), Rational(p.y), Rational(p.z)};
     Rational error = m_verdict.largest;
     mpq_div_2exp(error.get_mpq_t(), error.get_mpq_t(), 50);
@@ -238,9 +268,10 @@ private:
     return text;
   }
 
-  const Scene& m_scene;
+  const Question& m_question;
   const Verdict& m_verdict;
-  const SweepAnswer& m_told;
+  const Told& m_all;
+  const Answer& m_told;
   Rational m_fuzz;
   std::string m_complaint;
 };
@@ -295,15 +326,173 @@ struct Expected {
 
 std::string TextOf(const Told& told) {
   if (told.overflowed) return "told: overflow";
-  const SweepAnswer& a = told.answer;
+  const Answer& a = told.answer;
+  const gsl_sweep::Contact& c = a.contact;
   char text[400];
   std::snprintf(
       text, sizeof text,
       "told: status %d, travel %a, kind %d, pair %zu and %zu, at {%a, %a, %a} and {%a, %a, %a}",
-      static_cast<int>(a.status), a.travel, static_cast<int>(a.kind), a.moving.triangle,
-      a.fixed.triangle, a.moving.point.x, a.moving.point.y, a.moving.point.z, a.fixed.point.x,
-      a.fixed.point.y, a.fixed.point.z);
+      static_cast<int>(a.status), c.travel, static_cast<int>(c.kind), c.movingTriangle,
+      c.fixedTriangle, c.movingPoint.x, c.movingPoint.y, c.movingPoint.z, c.fixedPoint.x,
+      c.fixedPoint.y, c.fixedPoint.z);
   return text;
+}
+
+std::string Judged(const Question& question, const Expected& expected, const Told& told) {
+  const bool overflows = !expected.limited && !std::isfinite(expected.travel);
+  std::string complaint;
+  if (told.overflowed != overflows) {
+    complaint = "overflow\n";
+  } else if (!overflows) {
+    complaint = Comparison(question, expected.verdict, told).Run(expected.limited);
+  }
+  return complaint.empty() ? complaint : complaint + TextOf(told) + "\n";
+}
+
+/// Numbers that go with a scene, the same on every machine.
+class SceneNumbers {
+public:
+  explicit SceneNumbers(const Scene& scene) {
+    for (const char letter : scene.name)
+      m_state = m_state * 31 + static_cast<unsigned char>(letter);
+  }
+
+  std::uint64_t Next() {
+    // Steele, Lea and Flood, Fast Splittable Pseudorandom Number Generators, 2014.
+    m_state += 0x9e3779b97f4a7c15u;
+    std::uint64_t z = m_state;
+    z = (z ^ (z >> 30)) * 0xbf58476d1ce4e5b9u;
+    z = (z ^ (z >> 27)) * 0x94d049bb133111ebu;
+    return z ^ (z >> 31);
+  }
+  std::size_t Below(std::size_t count) { return static_cast<std::size_t>(Next() % count); }
+  double Unit() { return static_cast<double>(Next() >> 11) * 0x1p-52 - 1.0; }
+
+private:
+  std::uint64_t m_state = 0;
+};
+
+double LargestOf(const std::vector<Coord3>& corners) {
+  double largest = 0.0;
+  for (const Coord3& p : corners) {
+    for (const double c : {p.x, p.y, p.z}) {
+      if (std::isfinite(c)) largest = std::max(largest, std::fabs(c));
+    }
+  }
+  return largest;
+}
+
+/// The moving body somewhere else by an offset: exact, rounded, far away, beyond all numbers.
+std::string ComplaintOfOffset(const Scene& scene, SceneNumbers& numbers) {
+  const double largest = LargestOf(scene.question.moving);
+  const double sizes[] = {largest,          0x1p-10 * largest, 0x1p-52 * largest,
+                          0x1p20 * largest, 0x1p-1070,         std::numeric_limits<double>::max()};
+  const double size =
+      std::min(sizes[numbers.Below(std::size(sizes))], std::numeric_limits<double>::max());
+  Coord3 offset{size * numbers.Unit(), size * numbers.Unit(), size * numbers.Unit()};
+  if (numbers.Below(3) == 0) offset.x = 0.0;
+  if (numbers.Below(3) == 0) offset.y = std::ldexp(1.0, std::ilogb(size));
+  Scene shifted = scene;
+  for (Coord3& p : shifted.question.moving)
+    p = gsl_arithmetic::Add(p, offset);
+  const Expected expected(shifted);
+  gsl_sweep::Question asked = AskedOf(scene.question, expected.limit);
+  asked.offset = offset;
+  const Body moving = BodyOf(scene.question.moving);
+  Told told = Ask(moving, BodyOf(scene.question.fixed), asked);
+  // What the offset takes out of range is not the body's to count.
+  told.skipped[0] = expected.verdict.skipped[0];
+  return Judged(shifted.question, expected, told);
+}
+
+gsl_Matrix SomeMatrix(SceneNumbers& numbers, double largest) {
+  gsl_Matrix matrix;
+  if (numbers.Below(2) == 0) {
+    // Axes go to axes, some of them turned over.
+    const std::size_t first = numbers.Below(3);
+    for (std::size_t row = 0; row < 3; ++row) {
+      for (std::size_t column = 0; column < 3; ++column) {
+        const bool isOne = column == (row + first) % 3;
+        matrix.m[row][column] = isOne ? (numbers.Below(2) == 0 ? 1.0 : -1.0) : 0.0;
+      }
+    }
+  } else {
+    for (std::size_t row = 0; row < 3; ++row) {
+      for (std::size_t column = 0; column < 3; ++column)
+        matrix.m[row][column] = numbers.Unit();
+    }
+  }
+  for (std::size_t row = 0; row < 3; ++row)
+    matrix.m[row][3] = numbers.Below(2) == 0 ? 0.0 : largest * numbers.Unit();
+  matrix.isIdentity = 0;
+  return matrix;
+}
+
+/// The moving body moved by the library, and its corners moved one by one.
+std::string ComplaintOfMatrix(const Scene& scene, SceneNumbers& numbers) {
+  const gsl_Matrix matrix = SomeMatrix(numbers, LargestOf(scene.question.moving));
+  Scene moved = scene;
+  for (Coord3& p : moved.question.moving) {
+    gsl_Point point(p.x, p.y, p.z);
+    matrix.Transform(point);
+    p = point.Coords();
+  }
+  const Expected expected(moved);
+  const gsl_sweep::Question asked = AskedOf(scene.question, expected.limit);
+  const Body body = BodyOf(scene.question.moving);
+  const Body fixed = BodyOf(scene.question.fixed);
+  // A body that has been asked has more to move.
+  if (numbers.Below(2) == 0) Ask(body, fixed, AskedOf(scene.question, 0.0));
+  return Judged(moved.question, expected, Ask(body.Moved(matrix), fixed, asked));
+}
+
+/// The fixed body in several, which answer as the whole.
+std::string ComplaintOfSeveral(const Scene& scene, SceneNumbers& numbers,
+                               const gsl_sweep::Question& asked, const Told& whole) {
+  const std::vector<Coord3>& fixed = scene.question.fixed;
+  const std::size_t count = fixed.size() / 3;
+  std::vector<Body> bodies;
+  std::vector<std::size_t> begin;
+  for (std::size_t from = 0; from < count || bodies.empty();) {
+    const std::size_t to = std::min(count, from + numbers.Below(count / 2 + 2));
+    begin.push_back(from);
+    bodies.push_back(BodyOf(fixed.data() + 3 * from, 3 * (to - from)));
+    from = to;
+  }
+  const Pair pair(BodyOf(scene.question.moving), bodies, OnThreads(1));
+  Told told;
+  try {
+    told.answer = pair.First(asked, OnThreads(1));
+  } catch (const std::overflow_error&) {
+    told.overflowed = true;
+  }
+  if (told.overflowed != whole.overflowed) return "several bodies: overflow\n";
+  if (told.overflowed) return {};
+  gsl_sweep::Contact& contact = told.answer.contact;
+  contact.fixedTriangle += begin[contact.fixedBody];
+  contact.fixedBody = 0;
+  return AreSame(told.answer, whole.answer) ? std::string()
+                                            : "several bodies: " + TextOf(told) + "\n";
+}
+
+/// Many at once, on a pair that is prepared by then.
+std::string ComplaintOfBatch(const Scene& scene, const gsl_sweep::Question& asked,
+                             const Told& single) {
+  const Pair pair(BodyOf(scene.question.moving), {BodyOf(scene.question.fixed)}, OnThreads(2));
+  const std::vector<gsl_sweep::Question> questions(5, asked);
+  std::vector<Answer> answers(questions.size());
+  bool overflowed = false;
+  try {
+    pair.First(questions.data(), questions.size(), answers.data(), OnThreads(3));
+  } catch (const std::overflow_error&) {
+    overflowed = true;
+  }
+  if (overflowed != single.overflowed) return "batch: overflow\n";
+  if (overflowed) return {};
+  for (const Answer& answer : answers) {
+    if (!AreSame(answer, single.answer)) return "batch: another answer\n";
+  }
+  return {};
 }
 
 } // namespace
@@ -328,21 +517,21 @@ void Count(const Scene& scene, Tally& tally) {
 std::string Complaint(const Scene& scene, Tally& tally) {
   const Expected expected(scene);
   expected.Count(tally);
-  const Told told = Ask(scene.question, expected.limit, 1);
-  std::string complaint;
-  const bool overflows = !expected.limited && !std::isfinite(expected.travel);
-  if (told.overflowed != overflows) {
-    complaint = "overflow\n";
-  } else if (!overflows) {
-    complaint = Comparison(scene, expected.verdict, told).Run(expected.limited);
+  const gsl_sweep::Question asked = AskedOf(scene.question, expected.limit);
+  const Told told = Ask(BodyOf(scene.question.moving), BodyOf(scene.question.fixed), asked);
+  const std::string complaint = Judged(scene.question, expected, told);
+  if (!complaint.empty()) return complaint;
+  SceneNumbers numbers(scene);
+  switch (numbers.Below(4)) {
+  case 0:
+    return ComplaintOfOffset(scene, numbers);
+  case 1:
+    return ComplaintOfMatrix(scene, numbers);
+  case 2:
+    return ComplaintOfSeveral(scene, numbers, asked, told);
+  default:
+    return ComplaintOfBatch(scene, asked, told);
   }
-  for (const unsigned threads : {2u, 3u}) {
-    if (!AreSame(told, Ask(scene.question, expected.limit, threads))) {
-      complaint += "another answer on " + std::to_string(threads) + " threads\n";
-    }
-  }
-  if (!complaint.empty()) complaint += TextOf(told) + "\n";
-  return complaint;
 }
 
 } // namespace reference

@@ -20,8 +20,9 @@ struct Tally {
   void Add(const Tally& other);
 };
 
-/// Asks the sweep about a scene, for several numbers of threads. Returns what is wrong with its
-/// answer, empty when all is right.
+/// Asks the sweep about a scene, and in one more way that the name of the scene chooses: with an
+/// offset, with a matrix, with the fixed body in several, in a batch. Returns what is wrong with
+/// the answers, empty when all is right.
 std::string Complaint(const Scene& scene, Tally& tally);
 
 /// What the judge finds, without asking the sweep.

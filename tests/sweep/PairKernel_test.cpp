@@ -44,7 +44,7 @@ Answer Sweep(const Coord3& d, const Corners& a, const Corners& b) {
 }
 
 PairOutcome Judge(const Coord3& d, const Corners& a, const Corners& b, double limit,
-                  Contact& first) {
+                  PairContact& first) {
   const TravelDirection direction(d);
   ExactRatio travel;
   return JudgePair(direction, MakeTriangle(direction, a.p[0], a.p[1], a.p[2]),
@@ -205,7 +205,7 @@ TEST(PairKernel, TravelIsMeasuredAlongTheUnitDirection) {
 
 TEST(PairKernel, JudgeIsClosedAtTheLimit) {
   const Corners spike{{{0.0, 0.0, 3.0}, {1.0, 0.0, 5.0}, {0.0, 1.0, 6.0}}};
-  Contact contact{-7.0, ContactKind::Overlap, {}, {}};
+  PairContact contact{-7.0, ContactKind::Overlap, {}, {}};
   EXPECT_EQ(Judge(down, spike, bigFloor, std::nextafter(3.0, 0.0), contact), PairOutcome::Apart);
   EXPECT_EQ(contact.travel, -7.0);
   EXPECT_EQ(Judge(down, spike, bigFloor, 3.0, contact), PairOutcome::Ahead);
@@ -217,7 +217,7 @@ TEST(PairKernel, JudgeIsClosedAtTheLimitOnAFaceAllButEdgeOn) {
   const double hair = 0x1p-52;
   const Corners sliver{{{0.0, 0.0, 0.0}, {1.0, 1.0, 0.0}, {1.0 + hair, 1.0, 5.0}}};
   const Coord3 p{0.5 + hair / 2.0, 0.5, 9.0};
-  Contact contact{};
+  PairContact contact{};
   EXPECT_EQ(Judge(down, {{p, p, p}}, sliver, 6.5, contact), PairOutcome::Ahead);
   EXPECT_EQ(contact.travel, 6.5);
   EXPECT_EQ(contact.kind, ContactKind::VertexEdge);
@@ -226,7 +226,7 @@ TEST(PairKernel, JudgeIsClosedAtTheLimitOnAFaceAllButEdgeOn) {
 }
 
 TEST(PairKernel, JudgeSeesBehindAndTouching) {
-  Contact contact{};
+  PairContact contact{};
   const Corners below{{{0.0, 0.0, -3.0}, {1.0, 0.0, -5.0}, {0.0, 1.0, -6.0}}};
   EXPECT_EQ(Judge(down, below, bigFloor, 1e9, contact), PairOutcome::Apart);
   const Corners through{{{0.0, 0.0, -3.0}, {1.0, 0.0, 5.0}, {0.0, 1.0, 6.0}}};
@@ -245,7 +245,7 @@ TEST(PairKernel, ContactAtStartIsOnBothTriangles) {
   const Corners through{{{0.25, 0.0, -3.0}, {1.0, 0.0, 5.0}, {0.0, 1.0, 6.0}}};
   const Answer answer = Sweep(down, through, bigFloor);
   ASSERT_TRUE(answer.met);
-  const Contact contact = ContactAtStart(answer.interval);
+  const PairContact contact = ContactAtStart(answer.interval);
   EXPECT_EQ(contact.travel, 0.0);
   EXPECT_EQ(contact.kind, ContactKind::Overlap);
   ExpectPoint(contact.onMoving, contact.onFixed);
@@ -399,7 +399,7 @@ void ExpectFirst(const Corners& moving, const Corners& fixed, ContactKind kind,
                  const Coord3& onMoving) {
   const Answer answer = Sweep(down, moving, fixed);
   ASSERT_TRUE(answer.met);
-  for (const Contact& contact : {answer.interval.first, answer.interval.last}) {
+  for (const PairContact& contact : {answer.interval.first, answer.interval.last}) {
     EXPECT_EQ(contact.travel, 3.0);
     EXPECT_EQ(contact.kind, kind);
     ExpectPoint(contact.onMoving, onMoving);
@@ -515,15 +515,15 @@ void CompareWithOracle(std::mt19937_64& random, int range, double scale, double 
   const auto travel = [length](const oracle::Fraction& s) {
     return static_cast<double>(s.Value() * length);
   };
-  const Contact& first = answer.interval.first;
-  const Contact& last = answer.interval.last;
+  const PairContact& first = answer.interval.first;
+  const PairContact& last = answer.interval.last;
   // Both are rounded from more bits; the last may differ where the long double is near a tie.
   EXPECT_NEAR(first.travel, travel(expected->low), std::fabs(first.travel) * 0x1p-52);
   EXPECT_NEAR(last.travel, travel(expected->high), std::fabs(last.travel) * 0x1p-52);
   EXPECT_EQ((first.travel > 0) - (first.travel < 0), expected->low.Sign());
   EXPECT_EQ((last.travel > 0) - (last.travel < 0), expected->high.Sign());
   const double size = scale * range + std::fabs(offset);
-  for (const Contact& contact : {first, last}) {
+  for (const PairContact& contact : {first, last}) {
     EXPECT_LE(DistanceToTriangle(contact.onMoving, moving), 1e-15 * size);
     EXPECT_LE(DistanceToTriangle(contact.onFixed, fixed), 1e-15 * size);
   }
@@ -544,7 +544,8 @@ WholeVector WholeCross(const WholeVector& u, const WholeVector& v) {
 /// A vector across the features that a contact names, in whole numbers; nothing for the kinds that
 /// name no plane.
 std::optional<WholeVector> AcrossFeatures(const oracle::IntTriangle& a,
-                                          const oracle::IntTriangle& b, const Contact& contact) {
+                                          const oracle::IntTriangle& b,
+                                          const PairContact& contact) {
   switch (contact.kind) {
   case ContactKind::VertexFace:
     return WholeCross(WholeEdge(b, 0), WholeEdge(b, 1));
@@ -584,7 +585,7 @@ TEST(PairKernel, NormalsAgreeWithWholeNumbers) {
         MakeTriangle(direction, fixedCorners.p[0], fixedCorners.p[1], fixedCorners.p[2]);
     ContactInterval interval{};
     if (!FindContactInterval(direction, moving, fixed, interval)) continue;
-    const Contact& contact = round % 3 == 0 ? interval.last : interval.first;
+    const PairContact& contact = round % 3 == 0 ? interval.last : interval.first;
     ++counts[static_cast<int>(contact.kind)];
     Coord3 normal = noNormal;
     const bool found = ContactNormal(direction, moving, fixed, contact, normal);

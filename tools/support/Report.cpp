@@ -24,6 +24,7 @@ const char* StatusName(SweepStatus status) {
   case SweepStatus::Start:
     return "start";
   case SweepStatus::None:
+  case SweepStatus::Cancelled:
     break;
   }
   return "none";
@@ -33,14 +34,28 @@ Json JsonOf(const Coord3& p) {
   return Json::array({p.x, p.y, p.z});
 }
 
-Json JsonOf(const SweptBody& body, const std::string& file, bool touches) {
+/// Where one body touches.
+struct Place {
+  std::size_t triangle;
+  Coord3 point;
+};
+
+Place MovingPlace(const Answer& answer) {
+  return {answer.contact.movingTriangle, answer.contact.movingPoint};
+}
+
+Place FixedPlace(const Answer& answer) {
+  return {answer.contact.fixedTriangle, answer.contact.fixedPoint};
+}
+
+Json JsonOf(const BodyCounts& body, const std::string& file, const Place& place, bool touches) {
   Json json;
   json["file"] = file;
   json["triangles"] = body.triangles;
   json["skipped"] = body.skipped;
   json["left_out"] = body.leftOut;
-  json["triangle"] = touches ? Json(body.triangle) : Json();
-  json["point"] = touches ? JsonOf(body.point) : Json();
+  json["triangle"] = touches ? Json(place.triangle) : Json();
+  json["point"] = touches ? JsonOf(place.point) : Json();
   return json;
 }
 
@@ -60,26 +75,27 @@ std::string KindInWords(ContactKind kind) {
   return words;
 }
 
-std::string BodyLine(const char* role, const std::string& file, const SweptBody& body,
-                     bool touches) {
+std::string BodyLine(const char* role, const std::string& file, const BodyCounts& body,
+                     const Place& place, bool touches) {
   const std::string count = std::to_string(body.triangles);
-  const std::string what = touches ? "triangle " + std::to_string(body.triangle) + " of " + count +
-                                         ", at " + VectorText(body.point)
+  const std::string what = touches ? "triangle " + std::to_string(place.triangle) + " of " + count +
+                                         ", at " + VectorText(place.point)
                                    : count + " triangles";
   const std::string name = file == "-" ? "standard input" : Printable(file);
   return std::string("  ") + role + name + ", " + what + "\n";
 }
 
 std::string FirstLine(const SweepReport& report) {
-  const SweepAnswer& answer = report.answer;
-  const std::string along = " along " + VectorText(answer.direction);
+  const Answer& answer = report.answer;
+  const std::string along = " along " + VectorText(answer.unitDirection);
   switch (answer.status) {
   case SweepStatus::Contact:
-    return "Contact after " + NumberText(answer.travel) + along + ": " + KindInWords(answer.kind) +
-           ".\n";
+    return "Contact after " + NumberText(answer.contact.travel) + along + ": " +
+           KindInWords(answer.contact.kind) + ".\n";
   case SweepStatus::Start:
-    return "In contact from the start: " + KindInWords(answer.kind) + ".\n";
+    return "In contact from the start: " + KindInWords(answer.contact.kind) + ".\n";
   case SweepStatus::None:
+  case SweepStatus::Cancelled:
     break;
   }
   const bool limited = std::isfinite(report.maxDistance);
@@ -132,24 +148,25 @@ const char* KindName(ContactKind kind) {
 std::string ReportAsText(const SweepReport& report) {
   const bool touches = report.answer.status != SweepStatus::None;
   return FirstLine(report) +
-         BodyLine("moving  ", report.movingFile, report.answer.moving, touches) +
-         BodyLine("fixed   ", report.fixedFile, report.answer.fixed, touches);
+         BodyLine("moving  ", report.movingFile, report.moving, MovingPlace(report.answer),
+                  touches) +
+         BodyLine("fixed   ", report.fixedFile, report.fixed, FixedPlace(report.answer), touches);
 }
 
 std::string ReportAsJson(const SweepReport& report) {
-  const SweepAnswer& answer = report.answer;
+  const Answer& answer = report.answer;
   const bool touches = answer.status != SweepStatus::None;
   Json json;
   json["schema_version"] = kSchemaVersion;
   json["tool_version"] = report.toolVersion;
   json["question"] = QuestionAsJson(report);
   json["status"] = StatusName(answer.status);
-  json["travel"] = touches ? Json(answer.travel) : Json();
-  json["direction"] = JsonOf(answer.direction);
-  json["kind"] = touches ? Json(KindName(answer.kind)) : Json();
-  json["normal"] = touches && answer.hasNormal ? JsonOf(answer.normal) : Json();
-  json["moving"] = JsonOf(answer.moving, report.movingFile, touches);
-  json["fixed"] = JsonOf(answer.fixed, report.fixedFile, touches);
+  json["travel"] = touches ? Json(answer.contact.travel) : Json();
+  json["direction"] = JsonOf(answer.unitDirection);
+  json["kind"] = touches ? Json(KindName(answer.contact.kind)) : Json();
+  json["normal"] = touches && answer.contact.hasNormal ? JsonOf(answer.contact.normal) : Json();
+  json["moving"] = JsonOf(report.moving, report.movingFile, MovingPlace(answer), touches);
+  json["fixed"] = JsonOf(report.fixed, report.fixedFile, FixedPlace(answer), touches);
   json["warnings"] = report.warnings;
   return json.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
 }
@@ -167,7 +184,7 @@ std::string SizeWarning(const Mesh& moving, const Mesh& fixed) {
   return {};
 }
 
-std::string SkippedWarning(const std::string& file, const SweptBody& body) {
+std::string SkippedWarning(const std::string& file, const BodyCounts& body) {
   if (body.skipped == 0) return {};
   return file + ": skipped " + std::to_string(body.skipped) + " of " +
          std::to_string(body.triangles) + " triangles, which have a NaN or infinite corner";
@@ -184,8 +201,9 @@ void Translate(Mesh& mesh, const Coord3& step, const std::string& cause) {
   }
 }
 
-Mesh MovedMesh(Mesh mesh, const SweepAnswer& answer) {
-  Translate(mesh, gsl_arithmetic::Multiply(answer.direction, answer.travel), "the travel");
+Mesh MovedMesh(Mesh mesh, const Answer& answer) {
+  Translate(mesh, gsl_arithmetic::Multiply(answer.unitDirection, answer.contact.travel),
+            "the travel");
   return mesh;
 }
 

@@ -1,7 +1,8 @@
 #ifndef GSL_TOOLS_REPORT_H
 #define GSL_TOOLS_REPORT_H
 
-#include "Search.h"
+#include "Mesh.h"
+#include "gsl_Sweep.h"
 
 #include <string>
 #include <vector>
@@ -9,13 +10,21 @@
 /// The result of the sweep of two mesh files, for people and for programs.
 namespace gsl_sweep {
 
+/// What a report says of a body apart from the contact.
+struct BodyCounts {
+  std::size_t triangles = 0; ///< of the mesh
+  std::size_t skipped = 0;   ///< with a NaN or infinite corner
+  std::size_t leftOut = 0;   ///< by oneSided
+};
+
 struct SweepReport {
   std::string movingFile, fixedFile; ///< as they were given; "-" is standard input
   Coord3 offset{0.0, 0.0, 0.0};      ///< added to the moving body
   double maxDistance = std::numeric_limits<double>::infinity(); ///< as requested
   bool oneSided = false;
   std::string toolVersion; ///< version of the program that reports
-  SweepAnswer answer;
+  Answer answer;
+  BodyCounts moving, fixed;
   std::vector<std::string> warnings;
 };
 
@@ -35,14 +44,14 @@ std::string ReportAsJson(const SweepReport& report);
 std::string SizeWarning(const Mesh& moving, const Mesh& fixed);
 
 /// Returns one line when the sweep skipped triangles of a mesh; else an empty text.
-std::string SkippedWarning(const std::string& file, const SweptBody& body);
+std::string SkippedWarning(const std::string& file, const BodyCounts& body);
 
 /// Adds `step` to every corner. Throws std::overflow_error when that moves a finite corner beyond
 /// the range of double; what() begins with `cause`.
 void Translate(Mesh& mesh, const Coord3& step, const std::string& cause);
 
 /// Returns the body after its travel. Throws std::overflow_error as Translate does.
-Mesh MovedMesh(Mesh mesh, const SweepAnswer& answer);
+Mesh MovedMesh(Mesh mesh, const Answer& answer);
 
 } // namespace gsl_sweep
 

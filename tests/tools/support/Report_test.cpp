@@ -23,13 +23,17 @@ SweepReport SampleReport() {
   report.movingFile = "bolt.stl";
   report.fixedFile = "bracket.stl";
   report.answer.status = SweepStatus::Contact;
-  report.answer.travel = 0.1;
-  report.answer.direction = {0.0, 0.0, -1.0};
-  report.answer.kind = ContactKind::VertexFace;
-  report.answer.moving = {12, 1, 0, 7, {1.0, 2.0, 1.0 / 3.0}};
-  report.answer.fixed = {34, 0, 5, 9, {1.0, 2.0, 0.25}};
-  report.answer.hasNormal = true;
-  report.answer.normal = {0.6, 0.0, 0.8};
+  report.answer.contact.travel = 0.1;
+  report.answer.unitDirection = {0.0, 0.0, -1.0};
+  report.answer.contact.kind = ContactKind::VertexFace;
+  report.moving = {12, 1, 0};
+  report.answer.contact.movingTriangle = 7;
+  report.answer.contact.movingPoint = {1.0, 2.0, 1.0 / 3.0};
+  report.fixed = {34, 0, 5};
+  report.answer.contact.fixedTriangle = 9;
+  report.answer.contact.fixedPoint = {1.0, 2.0, 0.25};
+  report.answer.contact.hasNormal = true;
+  report.answer.contact.normal = {0.6, 0.0, 0.8};
   return report;
 }
 
@@ -57,8 +61,8 @@ TEST(Report, TextOfAContact) {
 TEST(Report, TextOfAStart) {
   SweepReport report = SampleReport();
   report.answer.status = SweepStatus::Start;
-  report.answer.travel = 0.0;
-  report.answer.kind = ContactKind::Overlap;
+  report.answer.contact.travel = 0.0;
+  report.answer.contact.kind = ContactKind::Overlap;
   EXPECT_EQ(ReportAsText(report).substr(0, 45), "In contact from the start: they share a point");
 }
 
@@ -127,9 +131,9 @@ TEST(Report, JsonRepeatsTheQuestion) {
 
 TEST(Report, JsonNormalIsNullWhereThereIsNone) {
   SweepReport report = SampleReport();
-  report.answer.hasNormal = false;
+  report.answer.contact.hasNormal = false;
   EXPECT_TRUE(JsonOf(report)["normal"].is_null());
-  report.answer.hasNormal = true;
+  report.answer.contact.hasNormal = true;
   report.answer.status = SweepStatus::None;
   EXPECT_TRUE(JsonOf(report)["normal"].is_null());
 }
@@ -144,8 +148,8 @@ TEST(Report, JsonNumbersReadBackAsTheSameDoubles) {
                            123456789012345680.0,
                            2.2250738585072011e-308};
   for (const double value : values) {
-    report.answer.travel = value;
-    report.answer.moving.point = {-value, value, 0.0};
+    report.answer.contact.travel = value;
+    report.answer.contact.movingPoint = {-value, value, 0.0};
     const auto json = JsonOf(report);
     EXPECT_EQ(json["travel"].get<double>(), value);
     EXPECT_EQ(json["moving"]["point"][0].get<double>(), -value);
@@ -169,7 +173,7 @@ TEST(Report, JsonIsNullWhereThereIsNoContact) {
 TEST(Report, JsonOfAStartHasTravelZero) {
   SweepReport report = SampleReport();
   report.answer.status = SweepStatus::Start;
-  report.answer.travel = 0.0;
+  report.answer.contact.travel = 0.0;
   report.warnings = {"one", "two"};
   const auto json = JsonOf(report);
   EXPECT_EQ(json["status"], "start");
@@ -222,7 +226,7 @@ TEST(Report, OtherSizesAreNotNamed) {
 }
 
 TEST(Report, SkippedTrianglesAreNamed) {
-  SweptBody body;
+  BodyCounts body;
   body.triangles = 10;
   EXPECT_EQ(SkippedWarning("a.stl", body), "");
   body.skipped = 2;
@@ -231,9 +235,9 @@ TEST(Report, SkippedTrianglesAreNamed) {
 }
 
 TEST(Report, MovedMeshIsAdvancedByTheTravel) {
-  SweepAnswer answer;
-  answer.travel = 2.5;
-  answer.direction = {0.0, -1.0, 0.0};
+  Answer answer;
+  answer.contact.travel = 2.5;
+  answer.unitDirection = {0.0, -1.0, 0.0};
   const Mesh moved = MovedMesh(NamedCube("one.stl", 1.0), answer);
   EXPECT_EQ(moved.corners[0].y, -2.5);
   EXPECT_EQ(moved.corners[0].x, 0.0);
@@ -241,9 +245,9 @@ TEST(Report, MovedMeshIsAdvancedByTheTravel) {
 }
 
 TEST(Report, MovedMeshStaysInTheRangeOfDouble) {
-  SweepAnswer answer;
-  answer.travel = 1e308;
-  answer.direction = {0.0, 0.0, 1.0};
+  Answer answer;
+  answer.contact.travel = 1e308;
+  answer.unitDirection = {0.0, 0.0, 1.0};
   Mesh mesh = NamedCube("one.stl", 1.0);
   mesh.corners[0].x = std::numeric_limits<double>::infinity();
   EXPECT_EQ(MovedMesh(mesh, answer).corners[0].z, 1e308); // was not finite before

@@ -1,5 +1,8 @@
-#include "Search.h"
+#include "gsl_Sweep.h"
 
+#include "Jobs.h"
+#include "PairKernel.h"
+#include "SweepAsk.h"
 #include "SweepShapes.h"
 #include "reference/PairSweepOracle.h"
 
@@ -11,32 +14,36 @@
 #include <random>
 #include <stdexcept>
 #include <string>
-#include <thread>
 #include <vector>
 
 namespace {
 
 using namespace gsl_sweep;
+using namespace sweep_ask;
 using namespace sweep_shapes;
 
 constexpr double nan = std::numeric_limits<double>::quiet_NaN();
 constexpr double infinity = std::numeric_limits<double>::infinity();
 const Coord3 down{0.0, 0.0, -1.0};
 
-SweepAnswer Ask(const Mesh& moving, const Mesh& fixed, const Coord3& direction,
-                double maxDistance = infinity, unsigned threads = 1) {
-  SweepQuestion question;
+Answer Ask(const Mesh& moving, const Mesh& fixed, const Coord3& direction,
+           double maxDistance = infinity, unsigned threads = 1) {
+  Question question;
   question.direction = direction;
   question.maxDistance = maxDistance;
-  question.threads = threads;
-  return Sweep(moving, fixed, question);
+  return AskInEveryWay(moving, fixed, question, threads);
 }
 
-SweepAnswer AskOneSided(const Mesh& moving, const Mesh& fixed, const Coord3& direction) {
-  SweepQuestion question;
+struct OneSidedAnswer {
+  Answer answer;
+  LeftOut leftOut;
+};
+
+OneSidedAnswer AskOneSided(const Mesh& moving, const Mesh& fixed, const Coord3& direction) {
+  Question question;
   question.direction = direction;
   question.oneSided = true;
-  return Sweep(moving, fixed, question);
+  return {AskInEveryWay(moving, fixed, question, 2), PairOf(moving, fixed).CountLeftOut(question)};
 }
 
 void ExpectPoint(const Coord3& actual, const Coord3& expected) {
@@ -46,32 +53,32 @@ void ExpectPoint(const Coord3& actual, const Coord3& expected) {
 }
 
 /// Every field, bit for bit.
-void ExpectSame(const SweepAnswer& actual, const SweepAnswer& expected) {
+void ExpectSame(const Answer& actual, const Answer& expected) {
   EXPECT_EQ(actual.status, expected.status);
-  EXPECT_EQ(actual.travel, expected.travel);
-  EXPECT_EQ(actual.kind, expected.kind);
-  EXPECT_EQ(actual.moving.triangle, expected.moving.triangle);
-  EXPECT_EQ(actual.fixed.triangle, expected.fixed.triangle);
-  ExpectPoint(actual.moving.point, expected.moving.point);
-  ExpectPoint(actual.fixed.point, expected.fixed.point);
-  EXPECT_EQ(actual.hasNormal, expected.hasNormal);
-  ExpectPoint(actual.normal, expected.normal);
+  EXPECT_EQ(actual.contact.travel, expected.contact.travel);
+  EXPECT_EQ(actual.contact.kind, expected.contact.kind);
+  EXPECT_EQ(actual.contact.movingTriangle, expected.contact.movingTriangle);
+  EXPECT_EQ(actual.contact.fixedTriangle, expected.contact.fixedTriangle);
+  ExpectPoint(actual.contact.movingPoint, expected.contact.movingPoint);
+  ExpectPoint(actual.contact.fixedPoint, expected.contact.fixedPoint);
+  EXPECT_EQ(actual.contact.hasNormal, expected.contact.hasNormal);
+  ExpectPoint(actual.contact.normal, expected.contact.normal);
 }
 
-TEST(Search, CubeTowardsCubeInSixDirections) {
+TEST(Pair, CubeTowardsCubeInSixDirections) {
   const Mesh fixed = Box({0.0, 0.0, 0.0}, {1.0, 1.0, 1.0});
   const Coord3 directions[6] = {{1.0, 0.0, 0.0},  {-1.0, 0.0, 0.0}, {0.0, 1.0, 0.0},
                                 {0.0, -1.0, 0.0}, {0.0, 0.0, 1.0},  {0.0, 0.0, -1.0}};
   for (const Coord3& d : directions) {
     const Mesh aligned = Moved(fixed, gsl_arithmetic::Multiply(d, -3.0));
-    const SweepAnswer answer = Ask(aligned, fixed, d);
+    const Answer answer = Ask(aligned, fixed, d);
     EXPECT_EQ(answer.status, SweepStatus::Contact);
-    EXPECT_EQ(answer.travel, 2.0);
-    EXPECT_EQ(answer.kind, ContactKind::VertexVertex);
+    EXPECT_EQ(answer.contact.travel, 2.0);
+    EXPECT_EQ(answer.contact.kind, ContactKind::VertexVertex);
     const Coord3 aside{d.x == 0.0 ? 0.25 : 0.0, d.y == 0.0 ? 0.25 : 0.0, d.z == 0.0 ? 0.25 : 0.0};
-    const SweepAnswer shifted = Ask(Moved(aligned, aside), fixed, d);
+    const Answer shifted = Ask(Moved(aligned, aside), fixed, d);
     EXPECT_EQ(shifted.status, SweepStatus::Contact);
-    EXPECT_EQ(shifted.travel, 2.0);
+    EXPECT_EQ(shifted.contact.travel, 2.0);
     // Away from each other, and past each other.
     EXPECT_EQ(Ask(aligned, fixed, gsl_arithmetic::Negated(d)).status, SweepStatus::None);
     EXPECT_EQ(Ask(Moved(aligned, gsl_arithmetic::Multiply(aside, 5.0)), fixed, d).status,
@@ -79,7 +86,7 @@ TEST(Search, CubeTowardsCubeInSixDirections) {
   }
 }
 
-TEST(Search, EdgeOverEdgeOfTwoRoofs) {
+TEST(Pair, EdgeOverEdgeOfTwoRoofs) {
   // Roofs with ridges across each other, one turned over; the ridges meet in their middles.
   Mesh fixed;
   AddQuad(fixed, {-4.0, 0.0, 2.0}, {-4.0, -4.0, 0.0}, {4.0, -4.0, 0.0}, {4.0, 0.0, 2.0});
@@ -87,14 +94,14 @@ TEST(Search, EdgeOverEdgeOfTwoRoofs) {
   Mesh moving;
   AddQuad(moving, {0.5, -4.0, 5.0}, {-4.0, -4.0, 7.0}, {-4.0, 4.0, 7.0}, {0.5, 4.0, 5.0});
   AddQuad(moving, {0.5, -4.0, 5.0}, {0.5, 4.0, 5.0}, {4.0, 4.0, 7.0}, {4.0, -4.0, 7.0});
-  const SweepAnswer answer = Ask(moving, fixed, down);
+  const Answer answer = Ask(moving, fixed, down);
   EXPECT_EQ(answer.status, SweepStatus::Contact);
-  EXPECT_EQ(answer.travel, 3.0);
-  EXPECT_EQ(answer.kind, ContactKind::EdgeEdge);
-  ExpectPoint(answer.moving.point, {0.5, 0.0, 5.0});
-  ExpectPoint(answer.fixed.point, {0.5, 0.0, 2.0});
-  EXPECT_TRUE(answer.hasNormal);
-  ExpectPoint(answer.normal, {0.0, 0.0, 1.0});
+  EXPECT_EQ(answer.contact.travel, 3.0);
+  EXPECT_EQ(answer.contact.kind, ContactKind::EdgeEdge);
+  ExpectPoint(answer.contact.movingPoint, {0.5, 0.0, 5.0});
+  ExpectPoint(answer.contact.fixedPoint, {0.5, 0.0, 2.0});
+  EXPECT_TRUE(answer.contact.hasNormal);
+  ExpectPoint(answer.contact.normal, {0.0, 0.0, 1.0});
 }
 
 Mesh Pyramid(const Coord3& apex, double height) {
@@ -110,117 +117,117 @@ Mesh Pyramid(const Coord3& apex, double height) {
   return mesh;
 }
 
-TEST(Search, VertexOverFaceAndVertexOverVertex) {
+TEST(Pair, VertexOverFaceAndVertexOverVertex) {
   const Mesh point = Pyramid({0.25, 0.5, 5.0}, 2.0);
-  const SweepAnswer onFace = Ask(point, Box({-4.0, -4.0, -1.0}, {4.0, 4.0, 1.0}), down);
+  const Answer onFace = Ask(point, Box({-4.0, -4.0, -1.0}, {4.0, 4.0, 1.0}), down);
   EXPECT_EQ(onFace.status, SweepStatus::Contact);
-  EXPECT_EQ(onFace.travel, 4.0);
-  EXPECT_EQ(onFace.kind, ContactKind::VertexFace);
-  ExpectPoint(onFace.fixed.point, {0.25, 0.5, 1.0});
-  const SweepAnswer onTip = Ask(point, Pyramid({0.25, 0.5, 2.0}, -2.0), down);
+  EXPECT_EQ(onFace.contact.travel, 4.0);
+  EXPECT_EQ(onFace.contact.kind, ContactKind::VertexFace);
+  ExpectPoint(onFace.contact.fixedPoint, {0.25, 0.5, 1.0});
+  const Answer onTip = Ask(point, Pyramid({0.25, 0.5, 2.0}, -2.0), down);
   EXPECT_EQ(onTip.status, SweepStatus::Contact);
-  EXPECT_EQ(onTip.travel, 3.0);
-  EXPECT_EQ(onTip.kind, ContactKind::VertexVertex);
-  const SweepAnswer underFace =
+  EXPECT_EQ(onTip.contact.travel, 3.0);
+  EXPECT_EQ(onTip.contact.kind, ContactKind::VertexVertex);
+  const Answer underFace =
       Ask(Box({-4.0, -4.0, 6.0}, {4.0, 4.0, 7.0}), Pyramid({0.25, 0.5, 2.0}, -2.0), down);
-  EXPECT_EQ(underFace.travel, 4.0);
-  EXPECT_EQ(underFace.kind, ContactKind::FaceVertex);
-  EXPECT_TRUE(onFace.hasNormal && underFace.hasNormal);
-  ExpectPoint(onFace.normal, {0.0, 0.0, 1.0});
-  ExpectPoint(underFace.normal, {0.0, 0.0, 1.0});
-  EXPECT_FALSE(onTip.hasNormal);
+  EXPECT_EQ(underFace.contact.travel, 4.0);
+  EXPECT_EQ(underFace.contact.kind, ContactKind::FaceVertex);
+  EXPECT_TRUE(onFace.contact.hasNormal && underFace.contact.hasNormal);
+  ExpectPoint(onFace.contact.normal, {0.0, 0.0, 1.0});
+  ExpectPoint(underFace.contact.normal, {0.0, 0.0, 1.0});
+  EXPECT_FALSE(onTip.contact.hasNormal);
 }
 
-TEST(Search, NormalIsAgainstTheDirectionFromEitherSide) {
+TEST(Pair, NormalIsAgainstTheDirectionFromEitherSide) {
   // A wall y = 2x / 3 at the foot of a spike, met from above and, at the start, from below.
   Mesh wall;
   AddTriangle(wall, {-6.0, -4.0, -9.0}, {6.0, 4.0, -9.0}, {0.0, 0.0, 9.0});
   Mesh spike;
   AddTriangle(spike, {0.0, 13.0, 0.0}, {0.0, 14.0, 1.0}, {0.0, 15.0, -1.0});
   const Coord3 across{0.0, -1.0, 0.0};
-  const SweepAnswer above = Ask(spike, wall, across);
-  EXPECT_EQ(above.kind, ContactKind::VertexFace);
+  const Answer above = Ask(spike, wall, across);
+  EXPECT_EQ(above.contact.kind, ContactKind::VertexFace);
   const double length = std::sqrt(13.0);
-  EXPECT_TRUE(above.hasNormal);
-  EXPECT_NEAR(above.normal.x, -2.0 / length, 1e-16);
-  EXPECT_NEAR(above.normal.y, 3.0 / length, 2e-16);
-  EXPECT_EQ(above.normal.z, 0.0);
-  const SweepAnswer atStart = Ask(Moved(spike, {0.0, -13.0, 0.0}), wall, {0.0, 1.0, 0.0});
+  EXPECT_TRUE(above.contact.hasNormal);
+  EXPECT_NEAR(above.contact.normal.x, -2.0 / length, 1e-16);
+  EXPECT_NEAR(above.contact.normal.y, 3.0 / length, 2e-16);
+  EXPECT_EQ(above.contact.normal.z, 0.0);
+  const Answer atStart = Ask(Moved(spike, {0.0, -13.0, 0.0}), wall, {0.0, 1.0, 0.0});
   EXPECT_EQ(atStart.status, SweepStatus::Start);
-  EXPECT_EQ(atStart.kind, ContactKind::VertexFace);
-  EXPECT_TRUE(atStart.hasNormal);
-  ExpectPoint(atStart.normal, {-above.normal.x, -above.normal.y, 0.0});
+  EXPECT_EQ(atStart.contact.kind, ContactKind::VertexFace);
+  EXPECT_TRUE(atStart.contact.hasNormal);
+  ExpectPoint(atStart.contact.normal, {-above.contact.normal.x, -above.contact.normal.y, 0.0});
 }
 
-TEST(Search, CoplanarWallsThatSlidePastEachOtherTouch) {
+TEST(Pair, CoplanarWallsThatSlidePastEachOtherTouch) {
   // Boxes side by side: the wall x = 1 is shared, so the closed surfaces meet at its rim.
   const Mesh moving = Box({0.0, 0.0, 5.0}, {1.0, 1.0, 6.0});
   const Mesh beside = Box({1.0, 0.0, 0.0}, {2.0, 1.0, 2.0});
-  const SweepAnswer answer = Ask(moving, beside, down);
+  const Answer answer = Ask(moving, beside, down);
   EXPECT_EQ(answer.status, SweepStatus::Contact);
-  EXPECT_EQ(answer.travel, 3.0);
+  EXPECT_EQ(answer.contact.travel, 3.0);
   const double apart = std::nextafter(1.0, 2.0);
   EXPECT_EQ(Ask(moving, Box({apart, 0.0, 0.0}, {2.0, 1.0, 2.0}), down).status, SweepStatus::None);
   // Already side by side: they touch at the start.
-  const SweepAnswer started = Ask(Box({0.0, 0.0, 1.0}, {1.0, 1.0, 6.0}), beside, down);
+  const Answer started = Ask(Box({0.0, 0.0, 1.0}, {1.0, 1.0, 6.0}), beside, down);
   EXPECT_EQ(started.status, SweepStatus::Start);
-  EXPECT_EQ(started.travel, 0.0);
+  EXPECT_EQ(started.contact.travel, 0.0);
 }
 
-TEST(Search, PegThatFitsExactlyTouchesTheRim) {
+TEST(Pair, PegThatFitsExactlyTouchesTheRim) {
   Mesh fixed = PlateWithHole(4.0, 1.0, 0.0, 2.0);
   Append(fixed, Box({-4.0, -4.0, -3.0}, {4.0, 4.0, -2.0}));
   const auto peg = [](double half) { return Box({-half, -half, 5.0}, {half, half, 9.0}); };
-  const SweepAnswer exact = Ask(peg(1.0), fixed, down);
+  const Answer exact = Ask(peg(1.0), fixed, down);
   EXPECT_EQ(exact.status, SweepStatus::Contact);
-  EXPECT_EQ(exact.travel, 3.0);
-  const SweepAnswer wide = Ask(peg(std::nextafter(1.0, 2.0)), fixed, down);
+  EXPECT_EQ(exact.contact.travel, 3.0);
+  const Answer wide = Ask(peg(std::nextafter(1.0, 2.0)), fixed, down);
   EXPECT_EQ(wide.status, SweepStatus::Contact);
-  EXPECT_EQ(wide.travel, 3.0);
+  EXPECT_EQ(wide.contact.travel, 3.0);
   // A hair too narrow: through the hole onto the floor below.
-  const SweepAnswer narrow = Ask(peg(std::nextafter(1.0, 0.0)), fixed, down);
+  const Answer narrow = Ask(peg(std::nextafter(1.0, 0.0)), fixed, down);
   EXPECT_EQ(narrow.status, SweepStatus::Contact);
-  EXPECT_EQ(narrow.travel, 7.0);
+  EXPECT_EQ(narrow.contact.travel, 7.0);
 }
 
-TEST(Search, BodyBehindIsNoContact) {
+TEST(Pair, BodyBehindIsNoContact) {
   const Mesh fixed = Box({0.0, 0.0, 0.0}, {1.0, 1.0, 1.0});
-  const SweepAnswer answer = Ask(Box({0.0, 0.0, -5.0}, {1.0, 1.0, -2.0}), fixed, down);
+  const Answer answer = Ask(Box({0.0, 0.0, -5.0}, {1.0, 1.0, -2.0}), fixed, down);
   EXPECT_EQ(answer.status, SweepStatus::None);
-  EXPECT_EQ(answer.travel, 0.0);
+  EXPECT_EQ(answer.contact.travel, 0.0);
 }
 
-TEST(Search, BodyInsideAnotherMeetsItsWall) {
+TEST(Pair, BodyInsideAnotherMeetsItsWall) {
   const Mesh fixed = Box({-8.0, -8.0, -8.0}, {8.0, 8.0, 8.0});
-  const SweepAnswer answer = Ask(Box({-1.0, -1.0, -1.0}, {1.0, 1.0, 1.0}), fixed, {0.0, 1.0, 0.0});
+  const Answer answer = Ask(Box({-1.0, -1.0, -1.0}, {1.0, 1.0, 1.0}), fixed, {0.0, 1.0, 0.0});
   EXPECT_EQ(answer.status, SweepStatus::Contact);
-  EXPECT_EQ(answer.travel, 7.0);
+  EXPECT_EQ(answer.contact.travel, 7.0);
 }
 
-TEST(Search, CrossingBodiesTouchAtTheStart) {
+TEST(Pair, CrossingBodiesTouchAtTheStart) {
   const Mesh fixed = Box({-1.0, -1.0, -1.0}, {1.0, 1.0, 1.0});
-  const SweepAnswer answer = Ask(Box({0.5, 0.25, 0.125}, {3.0, 3.0, 3.0}), fixed, down);
+  const Answer answer = Ask(Box({0.5, 0.25, 0.125}, {3.0, 3.0, 3.0}), fixed, down);
   EXPECT_EQ(answer.status, SweepStatus::Start);
-  EXPECT_EQ(answer.travel, 0.0);
-  ExpectPoint(answer.moving.point, answer.fixed.point);
+  EXPECT_EQ(answer.contact.travel, 0.0);
+  ExpectPoint(answer.contact.movingPoint, answer.contact.fixedPoint);
   // Corner on corner only.
   EXPECT_EQ(Ask(Box({1.0, 1.0, 1.0}, {3.0, 3.0, 3.0}), fixed, {1.0, 1.0, 1.0}).status,
             SweepStatus::Start);
 }
 
-TEST(Search, StartNamesTheFirstPairByNumber) {
+TEST(Pair, StartNamesTheFirstPairByNumber) {
   const Mesh fixed = Box({-1.0, -1.0, -1.0}, {1.0, 1.0, 1.0});
   Mesh moving = Box({5.0, 5.0, 5.0}, {6.0, 6.0, 6.0});
   Append(moving, Box({-0.5, -0.5, 0.5}, {0.5, 0.5, 3.0}));
-  const SweepAnswer answer = Ask(moving, fixed, {1.0, 0.5, 0.25});
+  const Answer answer = Ask(moving, fixed, {1.0, 0.5, 0.25});
   EXPECT_EQ(answer.status, SweepStatus::Start);
   // Of the second box, the side y = -0.5 is the first to cross the top: triangle 12 + 4; of the
   // top, triangle 2 has the half where y <= x.
-  EXPECT_EQ(answer.moving.triangle, 16u);
-  EXPECT_EQ(answer.fixed.triangle, 2u);
+  EXPECT_EQ(answer.contact.movingTriangle, 16u);
+  EXPECT_EQ(answer.contact.fixedTriangle, 2u);
 }
 
-TEST(Search, GreatestDistanceIsClosed) {
+TEST(Pair, GreatestDistanceIsClosed) {
   const Mesh fixed = Box({0.0, 0.0, 0.0}, {1.0, 1.0, 1.0});
   const Mesh moving = Moved(fixed, {0.0, 0.0, 3.0});
   EXPECT_EQ(Ask(moving, fixed, down, 2.0).status, SweepStatus::Contact);
@@ -233,84 +240,84 @@ TEST(Search, GreatestDistanceIsClosed) {
   }
 }
 
-TEST(Search, DirectionNeedNotBeUnit) {
+TEST(Pair, DirectionNeedNotBeUnit) {
   const Mesh fixed = Box({0.0, 0.0, 0.0}, {1.0, 1.0, 1.0});
   const Mesh moving = Moved(fixed, {-6.0, 0.0, 8.0});
-  const SweepAnswer answer = Ask(moving, fixed, {300.0, 0.0, -400.0});
+  const Answer answer = Ask(moving, fixed, {300.0, 0.0, -400.0});
   EXPECT_EQ(answer.status, SweepStatus::Contact);
-  ExpectPoint(answer.direction, {0.6, 0.0, -0.8});
+  ExpectPoint(answer.unitDirection, {0.6, 0.0, -0.8});
   // Seven units down and a quarter more along the way, 5/4 of it: the faces z = 8 and z = 1.
-  EXPECT_EQ(answer.travel, 8.75);
+  EXPECT_EQ(answer.contact.travel, 8.75);
 }
 
-TEST(Search, DirectionMustBeFiniteAndNotZero) {
+TEST(Pair, DirectionMustBeFiniteAndNotZero) {
   const Mesh body = Box({0.0, 0.0, 0.0}, {1.0, 1.0, 1.0});
   for (const Coord3& d :
        {Coord3{0.0, 0.0, 0.0}, Coord3{nan, 0.0, 1.0}, Coord3{infinity, 0.0, 0.0}}) {
     EXPECT_THROW(Ask(body, body, d), std::invalid_argument);
   }
   const double least = std::numeric_limits<double>::denorm_min();
-  EXPECT_EQ(Ask(Moved(body, {0.0, 0.0, 3.0}), body, {0.0, 0.0, -least}).travel, 2.0);
+  EXPECT_EQ(Ask(Moved(body, {0.0, 0.0, 3.0}), body, {0.0, 0.0, -least}).contact.travel, 2.0);
   const double most = std::numeric_limits<double>::max();
-  EXPECT_EQ(Ask(Moved(body, {0.0, 0.0, 3.0}), body, {0.0, 0.0, -most}).travel, 2.0);
+  EXPECT_EQ(Ask(Moved(body, {0.0, 0.0, 3.0}), body, {0.0, 0.0, -most}).contact.travel, 2.0);
 }
 
-TEST(Search, OneSidedDropsWhatTurnsAway) {
+TEST(Pair, OneSidedDropsWhatTurnsAway) {
   // Downwards, the moving body keeps its bottom and the fixed one its top; the walls are edge-on.
   const Mesh fixed = Box({-8.0, -8.0, -8.0}, {8.0, 8.0, 8.0});
   const Mesh inside = Box({-1.0, -1.0, -1.0}, {1.0, 1.0, 1.0});
-  const SweepAnswer answer = AskOneSided(inside, fixed, down);
-  EXPECT_EQ(answer.status, SweepStatus::None);
-  EXPECT_EQ(answer.moving.leftOut, 2u);
-  EXPECT_EQ(answer.fixed.leftOut, 2u);
+  const OneSidedAnswer told = AskOneSided(inside, fixed, down);
+  EXPECT_EQ(told.answer.status, SweepStatus::None);
+  EXPECT_EQ(told.leftOut.moving, 2u);
+  EXPECT_EQ(told.leftOut.fixed, 2u);
   EXPECT_EQ(Ask(inside, fixed, down).status, SweepStatus::Contact);
-  const SweepAnswer above = AskOneSided(Moved(inside, {0.0, 0.0, 20.0}), fixed, down);
+  const Answer above = AskOneSided(Moved(inside, {0.0, 0.0, 20.0}), fixed, down).answer;
   EXPECT_EQ(above.status, SweepStatus::Contact);
-  EXPECT_EQ(above.travel, 11.0);
+  EXPECT_EQ(above.contact.travel, 11.0);
 }
 
-TEST(Search, OneSidedKeepsEdgeOnAndDegenerateTriangles) {
+TEST(Pair, OneSidedKeepsEdgeOnAndDegenerateTriangles) {
   Mesh moving;
   AddTriangle(moving, {0.0, 0.0, 3.0}, {0.0, 0.0, 3.0}, {0.0, 0.0, 3.0});
   Mesh wall;
   AddTriangle(wall, {0.0, -1.0, 1.0}, {0.0, 1.0, 1.0}, {0.0, 0.0, -1.0});
-  const SweepAnswer answer = AskOneSided(moving, wall, down);
-  EXPECT_EQ(answer.status, SweepStatus::Contact);
-  EXPECT_EQ(answer.travel, 2.0);
-  EXPECT_EQ(answer.moving.leftOut + answer.fixed.leftOut, 0u);
+  const OneSidedAnswer told = AskOneSided(moving, wall, down);
+  EXPECT_EQ(told.answer.status, SweepStatus::Contact);
+  EXPECT_EQ(told.answer.contact.travel, 2.0);
+  EXPECT_EQ(told.leftOut.moving + told.leftOut.fixed, 0u);
 }
 
-TEST(Search, NonFiniteTrianglesAreSkippedAndCounted) {
+TEST(Pair, NonFiniteTrianglesAreSkippedAndCounted) {
   const Mesh box = Box({0.0, 0.0, 0.0}, {1.0, 1.0, 1.0});
   Mesh moving;
   AddTriangle(moving, {nan, 0.0, 2.0}, {1.0, 0.0, 2.0}, {0.0, 1.0, 2.0});
   AddTriangle(moving, {0.0, 0.0, 2.0}, {1.0, -infinity, 2.0}, {0.0, 1.0, 2.0});
   Append(moving, Moved(box, {0.25, 0.25, 4.0}));
-  const SweepAnswer answer = Ask(moving, box, down);
+  const Answer answer = Ask(moving, box, down);
   EXPECT_EQ(answer.status, SweepStatus::Contact);
-  EXPECT_EQ(answer.travel, 3.0);
-  EXPECT_EQ(answer.moving.triangles, 14u);
-  EXPECT_EQ(answer.moving.skipped, 2u);
-  EXPECT_GE(answer.moving.triangle, 2u);
-  EXPECT_EQ(answer.fixed.skipped, 0u);
+  EXPECT_EQ(answer.contact.travel, 3.0);
+  EXPECT_EQ(BodyOf(moving).TriangleCount(), 14u);
+  EXPECT_EQ(BodyOf(moving).SkippedCount(), 2u);
+  EXPECT_GE(answer.contact.movingTriangle, 2u);
+  EXPECT_EQ(BodyOf(box).SkippedCount(), 0u);
   Mesh nothing;
   AddTriangle(nothing, {nan, nan, nan}, {nan, nan, nan}, {nan, nan, nan});
   EXPECT_EQ(Ask(nothing, box, down).status, SweepStatus::None);
   EXPECT_EQ(Ask(box, Mesh{}, down).status, SweepStatus::None);
 }
 
-TEST(Search, EveryScaleGivesTheSameAnswer) {
+TEST(Pair, EveryScaleGivesTheSameAnswer) {
   const Mesh fixed = PlateWithHole(4.0, 1.0, 0.0, 2.0);
   const Mesh moving = Pyramid({2.0, 2.25, 5.0}, 2.0);
   const Coord3 d{0.25, -0.125, -1.0};
-  const SweepAnswer expected = Ask(moving, fixed, d);
+  const Answer expected = Ask(moving, fixed, d);
   ASSERT_EQ(expected.status, SweepStatus::Contact);
   for (const int exponent : {-1000, -300, 300, 1000}) {
     const double s = std::ldexp(1.0, exponent);
-    const SweepAnswer answer = Ask(Stretched(moving, {s, s, s}), Stretched(fixed, {s, s, s}), d);
+    const Answer answer = Ask(Stretched(moving, {s, s, s}), Stretched(fixed, {s, s, s}), d);
     EXPECT_EQ(answer.status, SweepStatus::Contact);
-    EXPECT_EQ(answer.travel, std::ldexp(expected.travel, exponent));
-    EXPECT_EQ(answer.moving.triangle, expected.moving.triangle);
+    EXPECT_EQ(answer.contact.travel, std::ldexp(expected.contact.travel, exponent));
+    EXPECT_EQ(answer.contact.movingTriangle, expected.contact.movingTriangle);
   }
   // At the very end of the range the travel does not fit any more.
   const double most = std::numeric_limits<double>::max();
@@ -321,7 +328,7 @@ TEST(Search, EveryScaleGivesTheSameAnswer) {
   EXPECT_THROW(Ask(far, near, down), std::overflow_error);
 }
 
-TEST(Search, CoordinatesFarBelowTheLargestAreRounded) {
+TEST(Pair, CoordinatesFarBelowTheLargestAreRounded) {
   // To multiples of 2^-339 of the power of two above the largest coordinate, here 1.
   const auto above = [](double z) {
     Mesh point;
@@ -333,31 +340,32 @@ TEST(Search, CoordinatesFarBelowTheLargestAreRounded) {
   };
   EXPECT_EQ(above(0x1p-400).status, SweepStatus::Start);
   EXPECT_EQ(above(0x1p-300).status, SweepStatus::Contact);
-  EXPECT_EQ(above(0x1p-300).travel, 0x1p-300);
-  EXPECT_EQ(above(0x1p-300 + 0x1p-340).travel, 0x1p-300);
-  EXPECT_EQ(above(0x1p-300 + 0x3p-340).travel, 0x1p-300 + 0x1p-338);
-  EXPECT_EQ(above(0x1p-280 + 0x1p-330).travel, 0x1p-280 + 0x1p-330);
+  EXPECT_EQ(above(0x1p-300).contact.travel, 0x1p-300);
+  EXPECT_EQ(above(0x1p-300 + 0x1p-340).contact.travel, 0x1p-300);
+  EXPECT_EQ(above(0x1p-300 + 0x3p-340).contact.travel, 0x1p-300 + 0x1p-338);
+  EXPECT_EQ(above(0x1p-280 + 0x1p-330).contact.travel, 0x1p-280 + 0x1p-330);
 }
 
 /// All pairs, one after the other.
-SweepAnswer BruteForce(const Mesh& moving, const Mesh& fixed, const Coord3& d) {
+Answer BruteForce(const Mesh& moving, const Mesh& fixed, const Coord3& d) {
   const TravelDirection direction(d);
   const auto triangle = [&direction](const Mesh& mesh, std::size_t k) {
     const Coord3* c = mesh.corners.data() + 3 * k;
     return MakeTriangle(direction, c[0], c[1], c[2]);
   };
-  SweepAnswer answer;
-  const auto take = [&](SweepStatus status, const Contact& c, std::size_t i, std::size_t j) {
+  Answer answer;
+  answer.status = SweepStatus::None;
+  const auto take = [&](SweepStatus status, const PairContact& c, std::size_t i, std::size_t j) {
     answer.status = status;
-    answer.travel = c.travel;
-    answer.kind = c.kind;
-    answer.moving.triangle = i;
-    answer.moving.point = c.onMoving;
-    answer.fixed.triangle = j;
-    answer.fixed.point = c.onFixed;
-    answer.normal = {0.0, 0.0, 0.0};
-    answer.hasNormal =
-        ContactNormal(direction, triangle(moving, i), triangle(fixed, j), c, answer.normal);
+    answer.contact.travel = c.travel;
+    answer.contact.kind = c.kind;
+    answer.contact.movingTriangle = i;
+    answer.contact.movingPoint = c.onMoving;
+    answer.contact.fixedTriangle = j;
+    answer.contact.fixedPoint = c.onFixed;
+    answer.contact.normal = {0.0, 0.0, 0.0};
+    answer.contact.hasNormal =
+        ContactNormal(direction, triangle(moving, i), triangle(fixed, j), c, answer.contact.normal);
   };
   for (std::size_t i = 0; i < moving.TriangleCount(); ++i) {
     for (std::size_t j = 0; j < fixed.TriangleCount(); ++j) {
@@ -371,7 +379,7 @@ SweepAnswer BruteForce(const Mesh& moving, const Mesh& fixed, const Coord3& d) {
         return answer;
       }
       const bool isFirst = answer.status == SweepStatus::None;
-      if (isFirst || interval.first.travel < answer.travel) {
+      if (isFirst || interval.first.travel < answer.contact.travel) {
         take(SweepStatus::Contact, interval.first, i, j);
       }
     }
@@ -387,9 +395,9 @@ struct SoupCase {
   double gap; ///< between the cubes of the soups; negative for cubes within each other
 };
 
-class SearchSoup : public testing::TestWithParam<SoupCase> {};
+class PairSoup : public testing::TestWithParam<SoupCase> {};
 
-TEST_P(SearchSoup, CulledSearchEqualsAllPairsForAnyThreads) {
+TEST_P(PairSoup, CulledSearchEqualsAllPairsForAnyThreads) {
   const SoupCase& c = GetParam();
   const unsigned seed = 31337;
   SCOPED_TRACE(testing::Message() << "seed " << seed);
@@ -402,7 +410,7 @@ TEST_P(SearchSoup, CulledSearchEqualsAllPairsForAnyThreads) {
     const Mesh fixed =
         Moved(Moved(Stretched(Soup(random, 150, 1.0, c.size, c.step), c.stretch), c.offset),
               gsl_arithmetic::Multiply(c.direction, along));
-    const SweepAnswer expected = BruteForce(moving, fixed, c.direction);
+    const Answer expected = BruteForce(moving, fixed, c.direction);
     for (const unsigned threads : {1u, 2u, 5u}) {
       ExpectSame(Ask(moving, fixed, c.direction, infinity, threads), expected);
     }
@@ -411,7 +419,7 @@ TEST_P(SearchSoup, CulledSearchEqualsAllPairsForAnyThreads) {
 }
 
 INSTANTIATE_TEST_SUITE_P(
-    Soups, SearchSoup,
+    Soups, PairSoup,
     testing::Values(SoupCase{"apart", 0.0, 0.2, {1, 1, 1}, {0, 0, 0}, {0, 0, -1}, 0.5},
                     SoupCase{"oblique", 0.0, 0.2, {1, 1, 1}, {0, 0, 0}, {1, 2, -3}, 0.5},
                     SoupCase{"within", 0.0, 0.02, {1, 1, 1}, {0, 0, 0}, {1, 2, -3}, -2.0},
@@ -427,7 +435,7 @@ INSTANTIATE_TEST_SUITE_P(
                     SoupCase{"line", 0.0, 0.1, {1, 0, 0}, {0, 2, 5}, {1, 0, 0}, 0.5}),
     [](const testing::TestParamInfo<SoupCase>& tested) { return std::string(tested.param.name); });
 
-TEST(Search, TiesGoToTheFirstPairWhateverTheThreads) {
+TEST(Pair, TiesGoToTheFirstPairWhateverTheThreads) {
   // Forty boxes that all touch down at once.
   Mesh moving;
   for (int k = 0; k < 40; ++k) {
@@ -435,13 +443,13 @@ TEST(Search, TiesGoToTheFirstPairWhateverTheThreads) {
   }
   const Mesh fixed = Box({-10.0, -10.0, 0.0}, {200.0, 10.0, 1.0});
   for (const unsigned threads : {1u, 2u, 3u, 8u}) {
-    const SweepAnswer answer = Ask(moving, fixed, down, infinity, threads);
-    EXPECT_EQ(answer.travel, 4.0);
-    EXPECT_EQ(answer.moving.triangle, 0u);
+    const Answer answer = Ask(moving, fixed, down, infinity, threads);
+    EXPECT_EQ(answer.contact.travel, 4.0);
+    EXPECT_EQ(answer.contact.movingTriangle, 0u);
   }
 }
 
-TEST(Search, TravelsThatRoundToTheSameNumberAreToldApart) {
+TEST(Pair, TravelsThatRoundToTheSameNumberAreToldApart) {
   // Two spikes fall beside each other, one onto a slope z = x / n, the other onto level ground.
   // The travels are 2/3 and 1/5, and the doubles nearest to them: one is less, the other more.
   const auto spike = [](Mesh& mesh, double x, double y, double z) {
@@ -460,18 +468,19 @@ TEST(Search, TravelsThatRoundToTheSameNumberAreToldApart) {
   spike(oneFifth, 30.0, 0.0, 0x1.999999999999ap-3);
   spike(oneFifth, 4.0, 0.0, 1.0);
   for (const unsigned threads : {1u, 2u, 3u}) {
-    const SweepAnswer level = Ask(twoThirds, slopes, down, infinity, threads);
-    EXPECT_EQ(level.travel, 0x1.5555555555555p-1);
-    EXPECT_EQ(level.moving.triangle, 1u);
-    EXPECT_EQ(level.fixed.triangle, 1u);
-    const SweepAnswer slope = Ask(oneFifth, fifth, down, infinity, threads);
-    EXPECT_EQ(slope.travel, 0x1.999999999999ap-3);
-    EXPECT_EQ(slope.moving.triangle, 1u);
-    EXPECT_EQ(slope.fixed.triangle, 0u);
+    const Answer level = Ask(twoThirds, slopes, down, infinity, threads);
+    EXPECT_EQ(level.contact.travel, 0x1.5555555555555p-1);
+    EXPECT_EQ(level.contact.movingTriangle, 1u);
+    EXPECT_EQ(level.contact.fixedTriangle, 1u);
+    const Answer slope = Ask(oneFifth, fifth, down, infinity, threads);
+    EXPECT_EQ(slope.contact.travel, 0x1.999999999999ap-3);
+    EXPECT_EQ(slope.contact.movingTriangle, 1u);
+    EXPECT_EQ(slope.contact.fixedTriangle, 0u);
     // The greatest distance is compared with the exact travel, 1/5 or the double below 2/3.
-    EXPECT_EQ(Ask(oneFifth, fifth, down, 0x1.999999999999ap-3, threads).moving.triangle, 1u);
+    EXPECT_EQ(Ask(oneFifth, fifth, down, 0x1.999999999999ap-3, threads).contact.movingTriangle, 1u);
     EXPECT_EQ(Ask(oneFifth, fifth, down, 0x1.9999999999999p-3, threads).status, SweepStatus::None);
-    EXPECT_EQ(Ask(twoThirds, slopes, down, 0x1.5555555555555p-1, threads).moving.triangle, 1u);
+    EXPECT_EQ(Ask(twoThirds, slopes, down, 0x1.5555555555555p-1, threads).contact.movingTriangle,
+              1u);
     EXPECT_EQ(Ask(twoThirds, slopes, down, 0x1.5555555555554p-1, threads).status,
               SweepStatus::None);
   }
@@ -491,26 +500,26 @@ Mesh Slope(double unit) {
   return Stretched(mesh, {unit, unit, unit});
 }
 
-TEST(Search, GreatestDistanceIsComparedWithTheExactTravel) {
+TEST(Pair, GreatestDistanceIsComparedWithTheExactTravel) {
   // 2/3 and 4/3, which are reported as the doubles below them.
   for (const double z : {1.0, 2.0}) {
     const Mesh moving = PointAt({z, 0.0, z});
-    const SweepAnswer answer = Ask(moving, Slope(1.0), down);
-    EXPECT_EQ(answer.travel, z * 0x1.5555555555555p-1);
-    EXPECT_EQ(Ask(moving, Slope(1.0), down, answer.travel).status, SweepStatus::None);
-    const double above = std::nextafter(answer.travel, 9.0);
+    const Answer answer = Ask(moving, Slope(1.0), down);
+    EXPECT_EQ(answer.contact.travel, z * 0x1.5555555555555p-1);
+    EXPECT_EQ(Ask(moving, Slope(1.0), down, answer.contact.travel).status, SweepStatus::None);
+    const double above = std::nextafter(answer.contact.travel, 9.0);
     EXPECT_EQ(Ask(moving, Slope(1.0), down, above).status, SweepStatus::Contact);
   }
   // From (1, 0, 0) along (-1, 1, 1): a quarter of the root of 3, which is above the nearest double.
   const Coord3 diagonal{-1.0, 1.0, 1.0};
   const Mesh moving = PointAt({1.0, 0.0, 0.0});
-  const SweepAnswer root = Ask(moving, Slope(1.0), diagonal);
-  EXPECT_EQ(root.travel, 0x1.bb67ae8584caap-2);
-  EXPECT_EQ(Ask(moving, Slope(1.0), diagonal, root.travel).status, SweepStatus::None);
+  const Answer root = Ask(moving, Slope(1.0), diagonal);
+  EXPECT_EQ(root.contact.travel, 0x1.bb67ae8584caap-2);
+  EXPECT_EQ(Ask(moving, Slope(1.0), diagonal, root.contact.travel).status, SweepStatus::None);
   EXPECT_EQ(Ask(moving, Slope(1.0), diagonal, 0x1.bb67ae8584cabp-2).status, SweepStatus::Contact);
 }
 
-TEST(Search, GreatestDistanceIsExactBelowTheNormalNumbers) {
+TEST(Pair, GreatestDistanceIsExactBelowTheNormalNumbers) {
   // In units of the least number: the point (x, 0, z) is by z - x / 3 above the slope.
   const double unit = std::numeric_limits<double>::denorm_min();
   const auto ask = [unit](double x, double z, double limit) {
@@ -519,7 +528,7 @@ TEST(Search, GreatestDistanceIsExactBelowTheNormalNumbers) {
   EXPECT_EQ(ask(3.0, 3.0, 2.0).status, SweepStatus::Contact); // 2, at the limit
   EXPECT_EQ(ask(3.0, 3.0, 1.0).status, SweepStatus::None);
   EXPECT_EQ(ask(2.0, 2.0, 1.0).status, SweepStatus::None); // 4/3, reported as 1
-  EXPECT_EQ(ask(2.0, 2.0, 2.0).travel, unit);
+  EXPECT_EQ(ask(2.0, 2.0, 2.0).contact.travel, unit);
   EXPECT_EQ(ask(1.0, 2.0, 1.0).status, SweepStatus::None); // 5/3
   EXPECT_EQ(ask(1.0, 2.0, 2.0).status, SweepStatus::Contact);
   EXPECT_EQ(ask(1.0, 1.0, 1.0).status, SweepStatus::Contact); // 2/3
@@ -527,7 +536,7 @@ TEST(Search, GreatestDistanceIsExactBelowTheNormalNumbers) {
   EXPECT_EQ(ask(2.0, 1.0, 1.0).status, SweepStatus::Contact);
 }
 
-TEST(Search, GreatestDistanceFarBelowTheSizeOfTheBodiesIsExact) {
+TEST(Pair, GreatestDistanceFarBelowTheSizeOfTheBodiesIsExact) {
   // The edges (1, h, 0) and (0, 1, -h) with h = 2^-280 are in the plane z = h^2 x - h y, which is
   // 3/4 h^2 below the point (1/4, h, 0).
   const double h = 0x1p-280;
@@ -535,13 +544,13 @@ TEST(Search, GreatestDistanceFarBelowTheSizeOfTheBodiesIsExact) {
   AddTriangle(plane, {0.0, 0.0, 0.0}, {1.0, h, 0.0}, {0.0, 1.0, -h});
   const Mesh point = PointAt({0.25, h, 0.0});
   const double travel = 0.75 * h * h;
-  EXPECT_EQ(Ask(point, plane, down).travel, travel);
+  EXPECT_EQ(Ask(point, plane, down).contact.travel, travel);
   EXPECT_EQ(Ask(point, plane, down, travel).status, SweepStatus::Contact);
   EXPECT_EQ(Ask(point, plane, down, std::nextafter(travel, 0.0)).status, SweepStatus::None);
   EXPECT_EQ(Ask(point, plane, down, 0.0).status, SweepStatus::None);
 }
 
-TEST(Search, ReportedTravelIsNeverBeyondTheGreatestDistance) {
+TEST(Pair, ReportedTravelIsNeverBeyondTheGreatestDistance) {
   const unsigned seed = 161;
   SCOPED_TRACE(testing::Message() << "seed " << seed);
   std::mt19937_64 random(seed);
@@ -552,10 +561,10 @@ TEST(Search, ReportedTravelIsNeverBeyondTheGreatestDistance) {
     const double size = std::ldexp(1.0, static_cast<int>(random() % 2000) - 1060);
     const Mesh moving = PointAt({size * unit(random), size * unit(random), 4.0 * size});
     const Coord3 d{0.1 * unit(random), 0.1 * unit(random), -1.0};
-    const SweepAnswer free = Ask(moving, Slope(size), d);
+    const Answer free = Ask(moving, Slope(size), d);
     ASSERT_EQ(free.status, SweepStatus::Contact);
-    const double limit = free.travel;
-    const SweepAnswer limited = Ask(moving, Slope(size), d, limit);
+    const double limit = free.contact.travel;
+    const Answer limited = Ask(moving, Slope(size), d, limit);
     if (limited.status == SweepStatus::Contact) {
       ++within;
       ExpectSame(limited, free);
@@ -619,7 +628,7 @@ Mesh MeshOf(const std::vector<oracle::IntTriangle>& soup) {
   return mesh;
 }
 
-TEST(Search, AgreesWithFractionsOnGridsFullOfTies) {
+TEST(Pair, AgreesWithFractionsOnGridsFullOfTies) {
   const unsigned seed = 2718;
   SCOPED_TRACE(testing::Message() << "seed " << seed);
   std::mt19937_64 random(seed);
@@ -637,20 +646,20 @@ TEST(Search, AgreesWithFractionsOnGridsFullOfTies) {
     ++counts[static_cast<int>(expected.status)];
     const Coord3 direction{static_cast<double>(d[0]), static_cast<double>(d[1]),
                            static_cast<double>(d[2])};
-    const SweepAnswer answer = Ask(MeshOf(moving), MeshOf(fixed), direction, infinity, 2);
+    const Answer answer = Ask(MeshOf(moving), MeshOf(fixed), direction, infinity, 2);
     ASSERT_EQ(answer.status, expected.status);
     if (expected.status == SweepStatus::None) continue;
-    EXPECT_EQ(answer.moving.triangle, expected.moving);
-    EXPECT_EQ(answer.fixed.triangle, expected.fixed);
+    EXPECT_EQ(answer.contact.movingTriangle, expected.moving);
+    EXPECT_EQ(answer.contact.fixedTriangle, expected.fixed);
     const double travel =
         static_cast<double>(expected.travel.Value()) * gsl_arithmetic::Length(direction);
-    EXPECT_NEAR(answer.travel, travel, travel * 0x1p-51);
+    EXPECT_NEAR(answer.contact.travel, travel, travel * 0x1p-51);
   }
   EXPECT_GT(counts[static_cast<int>(SweepStatus::Contact)], 30);
   EXPECT_GT(counts[static_cast<int>(SweepStatus::Start)], 10);
 }
 
-TEST(Search, ManyThinTrianglesAslantEndInTime) {
+TEST(Pair, ManyThinTrianglesAslantEndInTime) {
   // Two combs of long strips across each other at 45 degrees to the axes.
   const auto comb = [](double z, double sense) {
     Mesh mesh;
@@ -661,29 +670,203 @@ TEST(Search, ManyThinTrianglesAslantEndInTime) {
     }
     return mesh;
   };
-  const SweepAnswer answer = Ask(comb(5.0, 1.0), comb(2.0, 1.0), down);
+  const Answer answer = Ask(comb(5.0, 1.0), comb(2.0, 1.0), down);
   EXPECT_EQ(answer.status, SweepStatus::Contact);
-  EXPECT_EQ(answer.travel, 3.0);
+  EXPECT_EQ(answer.contact.travel, 3.0);
 }
 
-TEST(Search, ProgressRisesOnTheCallingThread) {
-  std::mt19937_64 random(5);
-  const Mesh moving = Soup(random, 3000, 1.0, 0.05, 0.0);
-  const Mesh fixed = Moved(Soup(random, 3000, 1.0, 0.05, 0.0), {0.0, 0.0, -4.0});
-  SweepQuestion question;
-  question.direction = down;
-  question.threads = 3;
-  std::vector<double> seen;
-  const auto caller = std::this_thread::get_id();
-  question.progress = [&](double part) {
-    EXPECT_EQ(std::this_thread::get_id(), caller);
-    seen.push_back(part);
+/// Directions around a scene, of all kinds of answer.
+std::vector<Question> ManyQuestions(std::size_t count) {
+  std::vector<Question> questions(count);
+  for (std::size_t k = 0; k < count; ++k) {
+    const double angle = 2.4 * static_cast<double>(k);
+    questions[k].direction = {std::cos(angle), std::sin(angle),
+                              1.0 - 2.0 * static_cast<double>(k) / static_cast<double>(count)};
+    if (k % 3 == 0) questions[k].offset = {0.125, 0.1, -0.3};
+  }
+  return questions;
+}
+
+struct BatchScene {
+  BatchScene() {
+    std::mt19937_64 random(8);
+    moving = Soup(random, 600, 1.0, 0.1, 0.0);
+    fixed = Soup(random, 600, 1.0, 0.1, 0.0);
+    Append(fixed, Moved(fixed, {4.0, 0.0, 0.0}));
+    moving = Moved(moving, {0.0, 0.0, 3.0});
+  }
+  Mesh moving, fixed;
+};
+
+TEST(Pair, BatchesAnswerAsSingleQuestionsOfFreshPairs) {
+  const BatchScene scene;
+  const std::vector<Question> questions = ManyQuestions(60);
+  const Pair pair = PairOf(scene.moving, scene.fixed);
+  std::vector<Answer> answers(questions.size());
+  pair.First(questions.data(), questions.size(), answers.data(), OnThreads(3));
+  int counts[4] = {};
+  for (std::size_t k = 0; k < questions.size(); ++k) {
+    const Answer fresh = PairOf(scene.moving, scene.fixed).First(questions[k], OnThreads(1));
+    EXPECT_TRUE(SameBits(answers[k], fresh)) << k;
+    ++counts[static_cast<int>(fresh.status)];
+  }
+  EXPECT_GT(counts[static_cast<int>(SweepStatus::Contact)], 3);
+  EXPECT_GT(counts[static_cast<int>(SweepStatus::None)], 3);
+}
+
+TEST(Pair, ManyThreadsMayAskWhileItIsBeingPrepared) {
+  const BatchScene scene;
+  const std::vector<Question> questions = ManyQuestions(12);
+  std::vector<Answer> expected(questions.size());
+  PairOf(scene.moving, scene.fixed)
+      .First(questions.data(), questions.size(), expected.data(), OnThreads(1));
+  const Pair pair = PairOf(scene.moving, scene.fixed);
+  std::vector<std::vector<Answer>> told(4, std::vector<Answer>(questions.size()));
+  gsl_sweep::Run run;
+  run.threads = 4;
+  gsl_sweep::RunJobs(run, 4, [&](std::size_t thread) {
+    for (std::size_t k = 0; k < questions.size(); ++k)
+      told[thread][k] = pair.First(questions[k], OnThreads(1));
+  });
+  for (const std::vector<Answer>& answers : told) {
+    for (std::size_t k = 0; k < questions.size(); ++k)
+      EXPECT_TRUE(SameBits(answers[k], expected[k]));
+  }
+}
+
+TEST(Pair, CancelledBatchesKeepWhatWasAnswered) {
+  const BatchScene scene;
+  const std::vector<Question> questions = ManyQuestions(10);
+  const Pair pair = PairOf(scene.moving, scene.fixed);
+  std::vector<Answer> all(questions.size());
+  std::vector<double> parts;
+  gsl_sweep::Run run = OnThreads(1);
+  run.progress = [&](double part) {
+    parts.push_back(part);
+    return true;
   };
-  Sweep(moving, fixed, question);
-  ASSERT_GE(seen.size(), 2u);
-  EXPECT_EQ(seen.front(), 0.0);
-  EXPECT_EQ(seen.back(), 1.0);
-  EXPECT_TRUE(std::is_sorted(seen.begin(), seen.end()));
+  pair.First(questions.data(), questions.size(), all.data(), run);
+  EXPECT_EQ(parts.size(), 10u);
+  EXPECT_TRUE(std::is_sorted(parts.begin(), parts.end()));
+  EXPECT_EQ(parts.back(), 1.0);
+  std::vector<Answer> some(questions.size(), all[0]);
+  run.progress = [](double part) { return part < 0.4; };
+  pair.First(questions.data(), questions.size(), some.data(), run);
+  for (std::size_t k = 0; k < questions.size(); ++k)
+    EXPECT_TRUE(SameBits(some[k], k < 4 ? all[k] : Answer())) << k;
+}
+
+TEST(Pair, ErrorsOfABatchNameTheQuestion) {
+  const Mesh box = Box({0.0, 0.0, 0.0}, {1.0, 1.0, 1.0});
+  const Pair pair = PairOf(box, box);
+  std::vector<Question> questions(4);
+  for (Question& question : questions)
+    question.direction = down;
+  questions[2].direction = {0.0, 0.0, 0.0};
+  const Answer sentinel = pair.First(questions[0]);
+  std::vector<Answer> answers(4, sentinel);
+  try {
+    pair.First(questions.data(), 4, answers.data());
+    FAIL();
+  } catch (const std::invalid_argument& error) {
+    EXPECT_STREQ(error.what(), "question 2: the direction must be finite and not zero");
+  }
+  EXPECT_TRUE(SameBits(answers[3], sentinel));
+}
+
+TEST(Pair, AnOverflowInABatchIsToldAfterTheOthersAreAnswered) {
+  const double most = std::numeric_limits<double>::max();
+  const Mesh far = PointAt({0.0, 0.0, most});
+  Mesh fixed = PointAt({0.0, 0.0, -most});
+  const Pair pair = PairOf(far, fixed);
+  std::vector<Question> questions(3);
+  questions[0].direction = questions[2].direction = {1.0, 0.0, 0.0};
+  questions[1].direction = down;
+  std::vector<Answer> answers(3);
+  try {
+    pair.First(questions.data(), 3, answers.data(), OnThreads(1));
+    FAIL();
+  } catch (const std::overflow_error& error) {
+    EXPECT_STREQ(error.what(), "question 1: the travel is too large for a double");
+  }
+  EXPECT_EQ(answers[0].status, SweepStatus::None);
+  EXPECT_EQ(answers[1].status, SweepStatus::Cancelled);
+  EXPECT_EQ(answers[2].status, SweepStatus::None);
+}
+
+TEST(Pair, SeveralFixedBodiesAnswerAsTheirConcatenation) {
+  const BatchScene scene;
+  Mesh parts[3];
+  for (std::size_t k = 0; k < scene.fixed.TriangleCount(); ++k) {
+    const Coord3* c = scene.fixed.corners.data() + 3 * k;
+    AddTriangle(parts[k < 100 ? 0 : k < 700 ? 1 : 2], c[0], c[1], c[2]);
+  }
+  const Pair whole = PairOf(scene.moving, scene.fixed);
+  const Pair several(BodyOf(scene.moving),
+                     {BodyOf(parts[0]), BodyOf(Mesh{}), BodyOf(parts[1]), BodyOf(parts[2])});
+  const std::size_t begin[] = {0, 100, 100, 700};
+  for (const Question& question : ManyQuestions(40)) {
+    const Answer expected = whole.First(question);
+    Answer answer = several.First(question);
+    const std::vector<Answer> each = several.FirstOfEach(question);
+    ASSERT_EQ(each.size(), 4u);
+    EXPECT_EQ(each[1].status, SweepStatus::None);
+    if (expected.status == SweepStatus::Contact) {
+      const Answer& own = each[answer.contact.fixedBody];
+      EXPECT_EQ(own.contact.travel, expected.contact.travel);
+      EXPECT_EQ(own.contact.fixedBody, answer.contact.fixedBody);
+      for (const Answer& other : each) {
+        if (other.status == SweepStatus::Contact) {
+          EXPECT_GE(other.contact.travel, expected.contact.travel);
+        }
+      }
+    }
+    answer.contact.fixedTriangle += begin[answer.contact.fixedBody];
+    answer.contact.fixedBody = 0;
+    EXPECT_TRUE(SameBits(answer, expected));
+  }
+  EXPECT_EQ(Pair(BodyOf(scene.moving), {}).First(ManyQuestions(1)[0]).status, SweepStatus::None);
+}
+
+TEST(Pair, OffsetsAnswerAsABodyMovedBeforehand) {
+  const BatchScene scene;
+  const Pair pair = PairOf(scene.moving, scene.fixed);
+  for (const Coord3& offset :
+       {Coord3{0.1, -0.7, 1.3}, Coord3{1e7, 0.0, 0.0}, Coord3{0.0, 1e-200, -0.0}}) {
+    const Pair moved = PairOf(Moved(scene.moving, offset), scene.fixed);
+    for (Question question : ManyQuestions(20)) {
+      question.offset = {0.0, 0.0, 0.0};
+      if (offset.x > 1e6) question.direction = {-1.0, 1e-9, -3e-7};
+      const Answer expected = moved.First(question);
+      question.offset = offset;
+      EXPECT_TRUE(SameBits(pair.First(question), expected));
+    }
+  }
+}
+
+TEST(Pair, HalfTheTravelAndThenTheRestIsTheWhole) {
+  const BatchScene scene;
+  const Pair pair = PairOf(scene.moving, scene.fixed);
+  Question question;
+  question.direction = down;
+  const Answer whole = pair.First(question);
+  ASSERT_EQ(whole.status, SweepStatus::Contact);
+  question.offset = {0.0, 0.0, -whole.contact.travel / 2.0};
+  const Answer rest = pair.First(question);
+  EXPECT_NEAR(rest.contact.travel, whole.contact.travel / 2.0, 1e-14);
+  EXPECT_EQ(rest.contact.movingTriangle, whole.contact.movingTriangle);
+}
+
+TEST(Pair, SwappedAndReversedHasTheSameTravel) {
+  const BatchScene scene;
+  for (Question question : ManyQuestions(30)) {
+    question.offset = {0.0, 0.0, 0.0};
+    const Answer answer = PairOf(scene.moving, scene.fixed).First(question);
+    question.direction = gsl_arithmetic::Negated(question.direction);
+    const Answer swapped = PairOf(scene.fixed, scene.moving).First(question);
+    EXPECT_EQ(swapped.status, answer.status);
+    EXPECT_EQ(swapped.contact.travel, answer.contact.travel);
+  }
 }
 
 } // namespace

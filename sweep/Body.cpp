@@ -1,0 +1,41 @@
+#include "PreparedBody.h"
+
+namespace gsl_sweep {
+
+Body::Body(const TriangleView& view) : m_prepared(std::make_shared<PreparedBody>(view)) {}
+Body::Body(std::shared_ptr<const PreparedBody> prepared) : m_prepared(std::move(prepared)) {}
+Body::~Body() = default;
+Body::Body(const Body&) = default;
+Body& Body::operator=(const Body&) = default;
+// A moved-from body keeps what it shares, so that every body can be asked.
+Body::Body(Body&& other) noexcept : m_prepared(other.m_prepared) {}
+Body& Body::operator=(Body&& other) noexcept {
+  m_prepared = other.m_prepared;
+  return *this;
+}
+
+Body Body::Moved(const gsl_Matrix& matrix) const {
+  return Body(std::make_shared<PreparedBody>(*m_prepared, MovedVertices(*m_prepared, matrix)));
+}
+
+std::size_t Body::TriangleCount() const {
+  return m_prepared->Triangles().Count() + SkippedCount();
+}
+
+std::size_t Body::SkippedCount() const {
+  return m_prepared->Triangles().SkippedCount();
+}
+
+void Body::GetBounds(Coord3& low, Coord3& high) const {
+  low = high = {0.0, 0.0, 0.0};
+  if (m_prepared->IsEmpty()) return;
+  const Box<double>& bounds = m_prepared->Bounds();
+  low = {bounds.low[0], bounds.low[1], bounds.low[2]};
+  high = {bounds.high[0], bounds.high[1], bounds.high[2]};
+}
+
+std::size_t Body::MemoryBytes() const {
+  return m_prepared->Bytes();
+}
+
+} // namespace gsl_sweep

@@ -1,0 +1,140 @@
+#ifndef GSL_SWEEP_CORNERS_H
+#define GSL_SWEEP_CORNERS_H
+
+#include "Array.h"
+#include "Lanes.h"
+
+#include "gsl_Sweep.h"
+
+#include <cstddef>
+#include <cstdint>
+
+namespace gsl_sweep {
+
+/// Reads corners of one storage, for loops over many triangles. A place is where a triangle is
+/// kept; its number is what the caller knows it by.
+template <class Scalar, bool kIndexed>
+struct CornerReader {
+  const Scalar* vertices;
+  const std::uint32_t* corners;
+
+  std::size_t Vertex(std::size_t place, int corner) const {
+    const std::size_t k = 3 * place + static_cast<std::size_t>(corner);
+    return kIndexed ? corners[k] : k;
+  }
+  const Scalar* At(std::size_t place, int corner) const {
+    return vertices + 3 * Vertex(place, corner);
+  }
+  /// Rounded to nearest; the fourth number is any.
+  Float4 Single(std::size_t place, int corner) const {
+    if constexpr (sizeof(Scalar) == sizeof(float)) {
+      return Float4::At(At(place, corner));
+    } else {
+      return Rounded(At(place, corner));
+    }
+  }
+};
+
+/// The triangles of a body that take part: in single precision where that holds every coordinate,
+/// else in double.
+class Corners {
+public:
+  /// Errors     see Body.
+  explicit Corners(const TriangleView& view);
+  /// The same triangles with other vertices, three numbers each.
+  Corners(const Corners& other, const double* vertices);
+
+  std::size_t Count() const { return m_count; }
+  std::size_t VertexCount() const { return m_vertexCount; }
+  std::size_t SkippedCount() const { return m_skipped; }
+  bool IsSingle() const { return m_isSingle; }
+  bool IsReordered() const { return m_numbers.size() > 0; }
+  std::uint32_t Number(std::size_t place) const {
+    return IsReordered() ? m_numbers[place] : static_cast<std::uint32_t>(place);
+  }
+  Coord3 VertexAt(std::size_t vertex) const {
+    if (m_isSingle) {
+      const float* p = m_single.data() + 3 * vertex;
+      return {p[0], p[1], p[2]};
+    }
+    const double* p = m_double.data() + 3 * vertex;
+    return {p[0], p[1], p[2]};
+  }
+  Coord3 At(std::size_t place, int corner) const {
+    const std::size_t k = 3 * place + static_cast<std::size_t>(corner);
+    return VertexAt(IsIndexed() ? m_corners[k] : k);
+  }
+  std::size_t Bytes() const {
+    return m_single.Bytes() + m_double.Bytes() + m_corners.Bytes() + m_numbers.Bytes();
+  }
+
+  /// Calls work with the reader of this storage.
+  template <class Work>
+  void Read(const Work& work) const {
+    if (m_isSingle) {
+      if (IsIndexed()) {
+        work(CornerReader<float, true>{m_single.data(), m_corners.data()});
+      } else {
+        work(CornerReader<float, false>{m_single.data(), nullptr});
+      }
+    } else if (IsIndexed()) {
+      work(CornerReader<double, true>{m_double.data(), m_corners.data()});
+    } else {
+      work(CornerReader<double, false>{m_double.data(), nullptr});
+    }
+  }
+
+  /// Puts the triangle of place order(k) at place k, for k below `count`; the others are dropped.
+  template <class Order>
+  void Reorder(std::size_t count, const Order& order);
+
+private:
+  bool IsIndexed() const { return m_isIndexed; }
+  void CopyVertices(const double* vertices);
+  void SkipUnfit();
+
+  std::size_t m_count = 0, m_vertexCount = 0, m_skipped = 0;
+  bool m_isSingle = true, m_isIndexed = false;
+  // Read four at a time: one number more than there are.
+  Array<float> m_single;
+  Array<double> m_double;
+  Array<std::uint32_t> m_corners;
+  Array<std::uint32_t> m_numbers; ///< empty: in the caller's order
+};
+
+/// How far ahead a gather fetches.
+constexpr std::size_t kFetchAhead = 16;
+
+template <class T, class Order>
+void GatherTriples(Array<T>& triples, std::size_t width, std::size_t count, const Order& order) {
+  Array<T> gathered(width * count + 1);
+  for (std::size_t k = 0; k < count; ++k) {
+    if (k + kFetchAhead < count) {
+      __builtin_prefetch(triples.data() + width * order(k + kFetchAhead));
+    }
+    std::memcpy(gathered.data() + width * k, triples.data() + width * order(k), width * sizeof(T));
+  }
+  gathered[width * count] = T{};
+  triples = std::move(gathered);
+}
+
+template <class Order>
+void Corners::Reorder(std::size_t count, const Order& order) {
+  Array<std::uint32_t> numbers(count);
+  for (std::size_t k = 0; k < count; ++k)
+    numbers[k] = Number(order(k));
+  if (IsIndexed()) {
+    GatherTriples(m_corners, 3, count, order);
+  } else if (m_isSingle) {
+    GatherTriples(m_single, 9, count, order);
+  } else {
+    GatherTriples(m_double, 9, count, order);
+  }
+  m_numbers = std::move(numbers);
+  m_count = count;
+  if (!IsIndexed()) m_vertexCount = 3 * count;
+}
+
+} // namespace gsl_sweep
+
+#endif

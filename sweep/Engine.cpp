@@ -1,0 +1,212 @@
+#include "Engine.h"
+
+#include <algorithm>
+#include <cmath>
+#include <stdexcept>
+
+namespace gsl_sweep {
+
+namespace {
+
+bool IsFinite(const Coord3& p) {
+  return std::isfinite(p.x) && std::isfinite(p.y) && std::isfinite(p.z);
+}
+
+double Largest(const Coord3& p) {
+  return std::max({std::fabs(p.x), std::fabs(p.y), std::fabs(p.z)});
+}
+
+/// Each component is zero or of a magnitude from `least` to `most`.
+bool IsWithin(const Coord3& p, double least, double most) {
+  for (const double c : {p.x, p.y, p.z}) {
+    const double magnitude = std::fabs(c);
+    if (magnitude != 0.0 && !(magnitude >= least && magnitude <= most)) return false;
+  }
+  return true;
+}
+
+/// The bounds of a body moved by an offset, exactly: rounding keeps order.
+Box<double> ShiftedBounds(const PreparedBody& body, const Coord3& offset) {
+  Box<double> bounds = body.Bounds();
+  const double o[3] = {offset.x, offset.y, offset.z};
+  for (int k = 0; k < 3; ++k) {
+    bounds.low[k] += o[k];
+    bounds.high[k] += o[k];
+  }
+  return bounds;
+}
+
+double LargestOf(const Box<double>& bounds) {
+  double largest = 0.0;
+  for (int k = 0; k < 3; ++k)
+    largest = std::max({largest, std::fabs(bounds.low[k]), std::fabs(bounds.high[k])});
+  return largest;
+}
+
+double LargestOfScene(const SceneBodies& bodies, const Coord3& offset) {
+  double largest = 0.0;
+  if (!bodies.moving->IsEmpty()) largest = LargestOf(ShiftedBounds(*bodies.moving, offset));
+  for (const PreparedBody* body : bodies.fixed) {
+    if (!body->IsEmpty()) largest = std::max(largest, LargestOf(body->Bounds()));
+  }
+  return largest;
+}
+
+/// Whether rounding to single precision would be coarse for a body: it is farther from the origin
+/// than 2^14 times its size. Boxes of whole bodies are then still exact to a thousandth.
+bool IsFar(const Box<double>& bounds) {
+  return LargestOf(bounds) > 0x1p14 * bounds.Size();
+}
+
+/// Whether every product of the filters stays where rounding is relative. An offset makes numbers
+/// that are whole multiples of 2^-152 at least.
+bool CanFilter(const SceneBodies& bodies, const TravelDirection& direction,
+               const Question& question) {
+  const auto isComfortable = [](const PreparedBody* body) { return body->IsComfortable(); };
+  return bodies.moving->IsComfortable() &&
+         std::all_of(bodies.fixed.begin(), bodies.fixed.end(), isComfortable) &&
+         IsWithin(direction.Vector(), 0x1p-60, 1.0) && IsWithin(question.offset, 0x1p-100, 0x1p120);
+}
+
+bool CanUseSingle(const SceneBodies& bodies, const Question& question) {
+  const bool hasOffset = Largest(question.offset) != 0.0;
+  if ((hasOffset || !bodies.moving->Triangles().IsSingle()) && !bodies.moving->IsEmpty() &&
+      IsFar(ShiftedBounds(*bodies.moving, question.offset))) {
+    return false;
+  }
+  return std::none_of(bodies.fixed.begin(), bodies.fixed.end(), [](const PreparedBody* body) {
+    return !body->Triangles().IsSingle() && !body->IsEmpty() && IsFar(body->Bounds());
+  });
+}
+
+template <class Scalar>
+void WriteContact(const Scene<Scalar>& scene, const FoundPair& found, const PairContact& contact,
+                  Answer& answer) {
+  Contact& told = answer.contact;
+  told.travel = scene.scale.Up(contact.travel);
+  told.kind = contact.kind;
+  told.movingTriangle = found.moving;
+  told.fixedBody = static_cast<std::size_t>(found.fixed >> 32);
+  told.fixedTriangle = static_cast<std::size_t>(found.fixed & 0xffffffffu);
+  told.movingPoint = scene.scale.Up(contact.onMoving);
+  told.fixedPoint = scene.scale.Up(contact.onFixed);
+  told.hasNormal = ContactNormal(scene.direction, found.movingTriangle, found.fixedTriangle,
+                                 contact, told.normal);
+}
+
+template <class Scalar>
+void Search(const Scene<Scalar>& scene, const Question& question, const Watch& watch,
+            Workspace<Scalar>& workspace, Answer& answer) {
+  workspace.movingLeaves.Forget();
+  workspace.fixedLeaves.Forget();
+  FirstContact<Scalar> first(scene, question.maxDistance, workspace.movingLeaves,
+                             workspace.fixedLeaves);
+  Walk<Scalar, FirstContact<Scalar>> walk(scene, first, watch, workspace.stack);
+  const WalkEnd end = walk.Run();
+  answer.status = SweepStatus::None;
+  if (end == WalkEnd::Cancelled) {
+    answer = Answer();
+  } else if (end == WalkEnd::Stopped) {
+    StartSearch<Scalar> start(scene, workspace.movingLeaves, workspace.fixedLeaves, watch,
+                              workspace.stack);
+    if (start.Run() == WalkEnd::Cancelled) {
+      answer = Answer();
+      return;
+    }
+    const FoundPair& found = start.Best();
+    ContactInterval interval{};
+    FindContactInterval(scene.direction, found.movingTriangle, found.fixedTriangle, interval);
+    answer.status = SweepStatus::Start;
+    WriteContact(scene, found, ContactAtStart(interval), answer);
+  } else if (first.Best().any) {
+    answer.status = SweepStatus::Contact;
+    WriteContact(scene, first.Best(), first.Best().contact, answer);
+  }
+}
+
+template <class Scalar>
+Workspace<Scalar>& Need(std::unique_ptr<Workspace<Scalar>>& workspace) {
+  if (!workspace) workspace = std::make_unique<Workspace<Scalar>>();
+  return *workspace;
+}
+
+TravelDirection DirectionOf(const Question& question) {
+  return TravelDirection(RangeScale(Largest(question.direction)).Down(question.direction));
+}
+
+/// The triangles that face as `refused` says.
+std::size_t CountFacing(const PreparedBody& body, const TravelDirection& direction,
+                        const Placement<double>& placement, int refused) {
+  const Corners& corners = body.Triangles();
+  std::size_t count = 0;
+  for (std::size_t place = 0; place < corners.Count(); ++place) {
+    const Triangle triangle =
+        MakeTriangle(direction, placement.At(corners.At(place, 0)),
+                     placement.At(corners.At(place, 1)), placement.At(corners.At(place, 2)));
+    if (triangle.facing == refused) ++count;
+  }
+  return count;
+}
+
+/// Calls work with the bodies and the question; where an offset takes corners out of the range of
+/// double, with a moving body that is without them.
+template <class Work>
+auto WithFiniteOffset(const SceneBodies& bodies, const Question& question, const Work& work) {
+  const bool isFinite = bodies.moving->IsEmpty() ||
+                        std::isfinite(LargestOf(ShiftedBounds(*bodies.moving, question.offset)));
+  if (isFinite) return work(bodies, question);
+  const PreparedBody moved(*bodies.moving, ShiftedVertices(*bodies.moving, question.offset));
+  SceneBodies movedBodies = bodies;
+  movedBodies.moving = &moved;
+  Question movedQuestion = question;
+  movedQuestion.offset = {0.0, 0.0, 0.0};
+  return work(movedBodies, movedQuestion);
+}
+
+} // namespace
+
+void RequireQuestion(const Question& question) {
+  if (!IsFinite(question.direction) || Largest(question.direction) == 0.0) {
+    throw std::invalid_argument("the direction must be finite and not zero");
+  }
+  if (!IsFinite(question.offset)) throw std::invalid_argument("the offset must be finite");
+  if (!(question.maxDistance >= 0.0)) {
+    throw std::invalid_argument("the greatest distance must be at least 0");
+  }
+}
+
+Answer AnswerQuestion(const SceneBodies& bodies, const Question& question, const Watch& watch,
+                      Workspaces& workspaces) {
+  return WithFiniteOffset(bodies, question, [&](const SceneBodies& finite, const Question& asked) {
+    Answer answer;
+    const TravelDirection direction = DirectionOf(asked);
+    answer.unitDirection = direction.Unit();
+    const RangeScale scale(LargestOfScene(finite, asked.offset));
+    const bool canFilter = CanFilter(finite, direction, asked);
+    if (canFilter && CanUseSingle(finite, asked)) {
+      const Scene<float> scene(finite, direction, scale, asked, canFilter);
+      Search(scene, asked, watch, Need(workspaces.single), answer);
+    } else {
+      const Scene<double> scene(finite, direction, scale, asked, canFilter);
+      Search(scene, asked, watch, Need(workspaces.forDouble), answer);
+    }
+    return answer;
+  });
+}
+
+LeftOut CountLeftOut(const SceneBodies& bodies, const Question& question) {
+  if (!question.oneSided) return {};
+  return WithFiniteOffset(bodies, question, [](const SceneBodies& finite, const Question& asked) {
+    const TravelDirection direction = DirectionOf(asked);
+    const RangeScale scale(LargestOfScene(finite, asked.offset));
+    LeftOut count;
+    count.moving =
+        CountFacing(*finite.moving, direction, Placement<double>(asked.offset, scale), -1);
+    for (const PreparedBody* body : finite.fixed) {
+      count.fixed += CountFacing(*body, direction, Placement<double>({0.0, 0.0, 0.0}, scale), 1);
+    }
+    return count;
+  });
+}
+
+} // namespace gsl_sweep

@@ -1,0 +1,191 @@
+#include "FirstContact.h"
+
+#include <cmath>
+
+namespace gsl_sweep {
+
+namespace {
+
+constexpr double kInfinity = std::numeric_limits<double>::infinity();
+
+/// First travels within this of the best are compared exactly; wider than the margin that they are
+/// made smaller by. It decides how often, not what.
+constexpr double kTieWindow = 0x1p-19;
+
+/// A double that no rounded travel exceeds whose exact travel is at most `length`. A travel is
+/// rounded within 2^-52 of it, or within a few units of 2^-1074 where it is subnormal.
+double JustBeyond(const ScaledLength& length) {
+  return std::ldexp(length.value, length.exponent) * (1.0 + 0x1p-50) + 0x1p-1060;
+}
+
+} // namespace
+
+template <class Scalar>
+FirstContact<Scalar>::FirstContact(const Scene<Scalar>& scene, double maxDistance,
+                                   LeafCache<Scalar>& movingCache, LeafCache<Scalar>& fixedCache)
+    : m_scene(scene), m_movingCache(movingCache), m_fixedCache(fixedCache),
+      m_maxDistance(scene.scale.DownLength(maxDistance)), m_boxesAreExact(true),
+      m_kernelLimit(JustBeyond(m_maxDistance)) {
+  if constexpr (sizeof(Scalar) == sizeof(float)) {
+    m_boxesAreExact = scene.bodies.moving->Triangles().IsSingle();
+    for (const PreparedBody* body : scene.bodies.fixed)
+      m_boxesAreExact = m_boxesAreExact && body->Triangles().IsSingle();
+  }
+  // A length over that of the direction vector, which is from 1/2 to 2, rounded up.
+  SetLimit(m_kernelLimit / scene.direction.Length().hi * (1.0 + 0x1p-50) + 0x1p-1060);
+}
+
+/// The travel is a multiple of the direction in the kernel's coordinates, not less than the true
+/// one.
+template <class Scalar>
+void FirstContact<Scalar>::SetLimit(double travel) {
+  m_doubleLimit = m_scene.WalkTravel(travel);
+  // Rounded up: what is left of a subnormal one, and the rounding to float.
+  if constexpr (sizeof(Scalar) == sizeof(float)) {
+    volatile float rounded = static_cast<float>(m_doubleLimit);
+    m_limit = std::nextafter(static_cast<float>(rounded), Box<float>::kFar);
+  } else {
+    m_limit = m_doubleLimit;
+  }
+}
+
+/// Whether a pair cannot come before the best one, because it follows it by number and an axis
+/// keeps its boxes apart for as long.
+template <class Scalar>
+bool FirstContact<Scalar>::IsSettled(const NodePair<Scalar>& pair) {
+  if (!m_boxesAreExact || !(pair.from >= m_tieFloor)) return false;
+  if (!m_best.PrecedesAll(pair.moving.least, pair.LeastFixed())) return false;
+  return IsNotBefore(m_scene.moving.InKernel(pair.moving.box),
+                     m_scene.fixed.InKernel(pair.fixed.box));
+}
+
+/// Exactly, for exact boxes in the kernel's coordinates: whether some axis keeps them apart at all
+/// travels below the best one.
+template <class Scalar>
+bool FirstContact<Scalar>::IsNotBefore(const Box<double>& moving, const Box<double>& fixed) {
+  const Coord3& vector = m_scene.direction.Vector();
+  const double d[3] = {vector.x, vector.y, vector.z};
+  const double best = m_best.travel.rounded.hi;
+  for (int k = 0; k < 3; ++k) {
+    if (d[k] == 0.0) continue;
+    const DoubleDouble gap = d[k] > 0.0 ? TwoDifference(fixed.low[k], moving.high[k])
+                                        : TwoDifference(fixed.high[k], moving.low[k]);
+    if (gap.hi == 0.0 || (gap.hi > 0.0) != (d[k] > 0.0)) continue;
+    if (m_hasTied[k] && gap.hi == m_tied[k].hi && gap.lo == m_tied[k].lo) return true;
+    const double travel = gap.hi / d[k];
+    if (travel < best * (1.0 - 0x1p-45)) continue;
+    if (travel > best * (1.0 + 0x1p-45)) return true;
+    ExactRatio exact;
+    Expansion<192> over;
+    Expansion<192> under;
+    over.Append(gap.lo);
+    over.Append(gap.hi);
+    under.Append(d[k]);
+    exact.Set(over, under);
+    const int order = CompareRatios(exact, m_best.travel);
+    if (order == 0) {
+      m_tied[k] = gap;
+      m_hasTied[k] = true;
+    }
+    if (order >= 0) return true;
+  }
+  return false;
+}
+
+template <class Scalar>
+Box<double> FirstContact<Scalar>::InKernel(const Box<double>& box) const {
+  Box<double> result;
+  for (int k = 0; k < 3; ++k) {
+    result.low[k] = m_scene.moving.ToKernel(box.low[k]);
+    result.high[k] = m_scene.moving.ToKernel(box.high[k]);
+  }
+  return result;
+}
+
+template <class Scalar>
+bool FirstContact<Scalar>::Judge(const NodePair<Scalar>& pair) {
+  const Leaf& moving = m_movingCache.Moving(m_scene, pair.moving.ref.Index());
+  const Leaf& fixed = m_fixedCache.Fixed(m_scene, pair.fixedBody, pair.fixed.ref.Index());
+  const LeafPair<Scalar> leaves(m_scene, moving, fixed);
+  unsigned movingMask = leaves.MovingThatReach(m_scene.fixed.At(pair.fixed.box), m_limit);
+  unsigned fixedMask = leaves.FixedThatReach(m_scene.moving.At(pair.moving.box), m_limit);
+  if (m_scene.filters && m_doubleLimit < kInfinity) {
+    if (movingMask != 0) movingMask &= leaves.MovingThatReach(pair.fixed.slab, m_doubleLimit);
+    // With an offset the slab of the moving body is somewhere else.
+    if (movingMask != 0 && fixedMask != 0 && !m_scene.moving.HasOffset())
+      fixedMask &= leaves.FixedThatReach(pair.moving.slab, m_doubleLimit);
+  }
+  if (fixedMask == 0) return true;
+  for (int i = 0; i < moving.count; ++i) {
+    if ((movingMask >> i & 1u) == 0) continue;
+    for (int first = 0; first < fixed.count; first += 4) {
+      Four<Scalar> from;
+      unsigned mask = fixedMask >> first & 15u;
+      if (mask != 0) mask &= leaves.Reached(i, first, m_limit, from);
+      if (mask != 0 && m_scene.filters) mask &= leaves.ReachedByHeight(i, first, m_doubleLimit);
+      for (int lane = 0; mask != 0; ++lane, mask >>= 1) {
+        if ((mask & 1u) == 0) continue;
+        const int j = first + lane;
+        if (from[lane] > m_limit) continue;
+        if (from[lane] >= m_tieFloor &&
+            m_best.PrecedesAll(moving.number[i], FixedNumber(pair.fixedBody, fixed.number[j])) &&
+            IsNotBefore(InKernel(moving.ExactBoxOf(i)), InKernel(fixed.ExactBoxOf(j)))) {
+          continue;
+        }
+        if (m_scene.filters && leaves.AreShadowsApart(i, j)) continue;
+        if (!JudgeTriangles(leaves, pair.fixedBody, i, j)) return false;
+      }
+    }
+  }
+  return true;
+}
+
+/// False when the triangles touch at the start.
+template <class Scalar>
+bool FirstContact<Scalar>::JudgeTriangles(const LeafPair<Scalar>& leaves, std::size_t fixedBody,
+                                          int i, int j) {
+  const auto triangle = [this](const Leaf& leaf, int k) {
+    const Placement<Scalar>& placement = m_scene.moving;
+    return MakeTriangle(m_scene.direction, placement.ToKernel(leaf.Corner(k, 0)),
+                        placement.ToKernel(leaf.Corner(k, 1)),
+                        placement.ToKernel(leaf.Corner(k, 2)));
+  };
+  FoundPair found;
+  found.moving = leaves.moving.number[i];
+  found.fixed = FixedNumber(fixedBody, leaves.fixed.number[j]);
+  found.movingTriangle = triangle(leaves.moving, i);
+  found.fixedTriangle = triangle(leaves.fixed, j);
+  switch (JudgePair(m_scene.direction, found.movingTriangle, found.fixedTriangle, m_kernelLimit,
+                    found.contact, found.travel)) {
+  case PairOutcome::Apart:
+    return true;
+  case PairOutcome::Touching:
+    return false;
+  case PairOutcome::Ahead:
+    break;
+  }
+  if (CompareLength(found.travel, m_scene.direction.Vector(), m_maxDistance) > 0) return true;
+  if (m_best.any) {
+    const int order = CompareRatios(found.travel, m_best.travel);
+    if (order > 0 || (order == 0 && m_best.PrecedesAll(found.moving, found.fixed))) return true;
+  }
+  Lower(found);
+  return true;
+}
+
+template <class Scalar>
+void FirstContact<Scalar>::Lower(const FoundPair& found) {
+  m_best = found;
+  m_best.any = true;
+  // Travels are rounded from a hundred bits, which can turn the order of two by one unit.
+  m_kernelLimit = std::nextafter(found.contact.travel, kInfinity);
+  SetLimit(found.travel.rounded.hi * (1.0 + 0x1p-50) + 0x1p-1060);
+  m_tieFloor = static_cast<Scalar>(m_doubleLimit * (1.0 - kTieWindow));
+  for (bool& tied : m_hasTied)
+    tied = false;
+}
+
+template class FirstContact<float>;
+template class FirstContact<double>;
+
+} // namespace gsl_sweep

@@ -1,0 +1,70 @@
+#ifndef GSL_SWEEP_FIRST_CONTACT_H
+#define GSL_SWEEP_FIRST_CONTACT_H
+
+#include "LeafPair.h"
+#include "Walk.h"
+
+namespace gsl_sweep {
+
+/// A pair of triangles that was found, in the coordinates of the pair kernel.
+struct FoundPair {
+  bool any = false;
+  std::uint32_t moving = 0;
+  std::uint64_t fixed = 0; ///< body and triangle
+  Triangle movingTriangle, fixedTriangle;
+  PairContact contact{};
+  ExactRatio travel; ///< of the contact, as a multiple of the direction vector
+
+  /// Whether no pair whose numbers are at least these comes before this one.
+  bool PrecedesAll(std::uint32_t leastMoving, std::uint64_t leastFixed) const {
+    if (!any || leastMoving < moving) return false;
+    return leastMoving > moving || leastFixed >= fixed;
+  }
+};
+
+/// The first contact ahead, judged for a walk, which ends early when a pair touches at the start.
+///
+/// The limit only falls, and what is left out lies beyond it or follows the best pair at the same
+/// travel; so the first of all pairs with the least travel is the result, whatever the order.
+template <class Scalar>
+class FirstContact {
+public:
+  FirstContact(const Scene<Scalar>& scene, double maxDistance, LeafCache<Scalar>& movingCache,
+               LeafCache<Scalar>& fixedCache);
+
+  Scalar Limit() const { return m_limit; }
+  bool IsSettled(const NodePair<Scalar>& pair);
+  bool Judge(const NodePair<Scalar>& leaves);
+
+  const FoundPair& Best() const { return m_best; }
+
+private:
+  using Leaf = LeafTriangles<Scalar>;
+
+  bool JudgeTriangles(const LeafPair<Scalar>& leaves, std::size_t fixedBody, int i, int j);
+  void Lower(const FoundPair& found);
+  void SetLimit(double travel);
+  bool IsNotBefore(const Box<double>& moving, const Box<double>& fixed);
+  Box<double> InKernel(const Box<double>& box) const;
+
+  const Scene<Scalar>& m_scene;
+  LeafCache<Scalar>& m_movingCache;
+  LeafCache<Scalar>& m_fixedCache;
+  ScaledLength m_maxDistance; ///< decides
+  bool m_boxesAreExact;
+  Scalar m_limit;                        ///< travels of the walk beyond it do not matter
+  double m_doubleLimit;                  ///< the same, in double
+  double m_kernelLimit;                  ///< the same, as a rounded length for the pair kernel
+  Scalar m_tieFloor = Box<Scalar>::kFar; ///< from here on a first travel may be the best one
+  FoundPair m_best;
+  /// Differences of extents that were found to give the best travel, along each axis.
+  DoubleDouble m_tied[3];
+  bool m_hasTied[3] = {};
+};
+
+extern template class FirstContact<float>;
+extern template class FirstContact<double>;
+
+} // namespace gsl_sweep
+
+#endif

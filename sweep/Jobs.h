@@ -1,0 +1,16 @@
+#ifndef GSL_SWEEP_JOBS_H
+#define GSL_SWEEP_JOBS_H
+
+#include "gsl_Sweep.h"
+
+namespace gsl_sweep {
+
+/// Runs job(0) .. job(count - 1) on threads as `run` says, and returns when all have returned.
+/// Where the system gives no more threads, fewer run.
+///
+/// Errors     the exception of the least job that throws one, when all others have run.
+void RunJobs(const Run& run, std::size_t count, const std::function<void(std::size_t)>& job);
+
+} // namespace gsl_sweep
+
+#endif

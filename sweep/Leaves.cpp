@@ -1,0 +1,247 @@
+#include "Leaves.h"
+
+#include "Morton.h"
+
+namespace gsl_sweep {
+
+namespace {
+
+/// A run ends where a further triangle would make its box this much longer than both apart.
+constexpr float kJump = 1.25f;
+/// A triangle this many times the run, or the run this many times the triangle, ends it too: one
+/// huge triangle must not swell the box of small ones.
+constexpr float kHugeTriangle = 8.0f;
+constexpr float kTinyTriangle = 16.0f;
+
+float Size(const Float4& low, const Float4& high) {
+  const Float4 edge = high - low;
+  return (edge[0] + edge[1]) + edge[2];
+}
+
+/// The box of one triangle, rounded to nearest.
+struct TriangleBox {
+  template <class Reader>
+  TriangleBox(const Reader& reader, std::size_t place) {
+    const Float4 a = reader.Single(place, 0);
+    const Float4 b = reader.Single(place, 1);
+    const Float4 c = reader.Single(place, 2);
+    low = Least(a, Least(b, c));
+    high = Most(a, Most(b, c));
+  }
+
+  Float4 low, high;
+};
+
+Box<float> Stored(const Float4& low, const Float4& high) {
+  return {{low[0], low[1], low[2]}, {high[0], high[1], high[2]}};
+}
+
+/// One place further out: what a number loses when it is rounded to nearest is less than that. From
+/// zero to 2^-100, because arithmetic on subnormal numbers is slow.
+void WidenByOnePlace(Box<float>& box) {
+  constexpr float least = 0x1p-100f;
+  for (int k = 0; k < 3; ++k) {
+    float& low = box.low[k];
+    float& high = box.high[k];
+    low = low == 0.0f ? -least : std::nextafter(low, -Box<float>::kFar);
+    high = high == 0.0f ? least : std::nextafter(high, Box<float>::kFar);
+  }
+}
+
+/// The exact bounds of triangles. In single precision their boxes are exact, and enough.
+template <class Scalar>
+class Bounds {
+public:
+  template <class Reader>
+  void Include(const Reader& reader, std::size_t place, const TriangleBox& box) {
+    if constexpr (sizeof(Scalar) == sizeof(float)) {
+      m_low = Least(box.low, m_low);
+      m_high = Most(box.high, m_high);
+    } else {
+      for (int corner = 0; corner < 3; ++corner) {
+        const Scalar* p = reader.At(place, corner);
+        const Scalar padded[4] = {p[0], p[1], p[2], p[2]};
+        const Four<Scalar> four = Four<Scalar>::At(padded);
+        m_low = Least(four, m_low);
+        m_high = Most(four, m_high);
+      }
+    }
+  }
+  Box<double> Get() const {
+    return {{m_low[0], m_low[1], m_low[2]}, {m_high[0], m_high[1], m_high[2]}};
+  }
+
+private:
+  Four<Scalar> m_low = Four<Scalar>::Of(Box<Scalar>::kFar);
+  Four<Scalar> m_high = Four<Scalar>::Of(-Box<Scalar>::kFar);
+};
+
+/// Cuts runs, one triangle after the other.
+class RunCutter {
+public:
+  /// Whether this triangle begins a new run; it is taken in either case.
+  bool Begins(const TriangleBox& triangle) {
+    const float own = Size(triangle.low, triangle.high);
+    if (m_count > 0) {
+      const Float4 low = Least(triangle.low, m_low);
+      const Float4 high = Most(triangle.high, m_high);
+      const float both = Size(low, high);
+      const bool ends = m_count == kLeafSize || both > kJump * (m_size + own) ||
+                        own > kHugeTriangle * m_size || m_size > kTinyTriangle * own;
+      if (!ends) {
+        m_low = low;
+        m_high = high;
+        m_size = both;
+        ++m_count;
+        return false;
+      }
+    }
+    m_low = triangle.low;
+    m_high = triangle.high;
+    m_size = own;
+    m_count = 1;
+    return true;
+  }
+
+  const Float4& Low() const { return m_low; }
+  const Float4& High() const { return m_high; }
+
+private:
+  Float4 m_low{}, m_high{};
+  float m_size = 0.0f;
+  int m_count = 0;
+};
+
+/// Whether runs would be short: four triangles or fewer on average, in samples along the order.
+template <class Reader>
+bool IsScattered(const Reader& reader, std::size_t count) {
+  constexpr std::size_t sampleSize = 64;
+  constexpr std::size_t sampleCount = 64;
+  const std::size_t samples = count / sampleSize;
+  if (samples < 4) return false;
+  const std::size_t step = std::max<std::size_t>(1, samples / sampleCount);
+  std::size_t seen = 0;
+  std::size_t runs = 0;
+  for (std::size_t sample = 0; sample < samples; sample += step) {
+    RunCutter cutter;
+    for (std::size_t k = 0; k < sampleSize; ++k)
+      runs += cutter.Begins(TriangleBox(reader, sample * sampleSize + k)) ? 1 : 0;
+    seen += sampleSize;
+  }
+  return 4 * runs > seen;
+}
+
+/// Sorts by eight bits of each coordinate, in two passes.
+template <class Reader>
+Array<std::uint64_t> SortedAlongCurve(const Reader& reader, std::size_t count) {
+  constexpr std::uint32_t digits = 4096;
+  const auto middle = [&](std::size_t place, int axis) {
+    return static_cast<double>(reader.At(place, 0)[axis]) +
+           (static_cast<double>(reader.At(place, 1)[axis]) + reader.At(place, 2)[axis]);
+  };
+  const MortonCurve curve(count, middle);
+  std::vector<std::uint32_t> low(digits + 1), high(digits + 1);
+  Array<std::uint64_t> keys(count), other(count);
+  for (std::size_t place = 0; place < count; ++place) {
+    if (place + kFetchAhead < count) {
+      __builtin_prefetch(reader.At(place + kFetchAhead, 0));
+      __builtin_prefetch(reader.At(place + kFetchAhead, 1));
+    }
+    const std::uint32_t number =
+        curve.Number(middle(place, 0), middle(place, 1), middle(place, 2)) >> 6;
+    ++low[number % digits + 1];
+    ++high[number / digits + 1];
+    keys[place] = static_cast<std::uint64_t>(number) << 32 | place;
+  }
+  for (std::uint32_t digit = 0; digit < digits; ++digit) {
+    low[digit + 1] += low[digit];
+    high[digit + 1] += high[digit];
+  }
+  for (const std::uint64_t key : keys)
+    other[low[(key >> 32) % digits]++] = key;
+  for (const std::uint64_t key : other)
+    keys[high[(key >> 32) / digits]++] = key;
+  return keys;
+}
+
+void SortIfScattered(Corners& corners) {
+  Array<std::uint64_t> keys;
+  corners.Read([&](const auto& reader) {
+    if (IsScattered(reader, corners.Count())) keys = SortedAlongCurve(reader, corners.Count());
+  });
+  if (keys.size() == 0) return;
+  corners.Reorder(keys.size(), [&](std::size_t k) { return static_cast<std::uint32_t>(keys[k]); });
+}
+
+template <class Scalar, bool kIndexed>
+Leaves CutRuns(const CornerReader<Scalar, kIndexed>& reader, std::size_t count, LeafBoxes& boxes) {
+  // At worst every triangle is a leaf; pages that are not touched cost nothing.
+  Leaves leaves{Array<std::uint32_t>(count + 1)};
+  boxes.boxes = Array<Box<float>>(count);
+  Bounds<Scalar> bounds;
+  RunCutter cutter;
+  std::size_t leafCount = 0;
+  Float4 low{};
+  Float4 high{};
+  const auto close = [&] {
+    if (leafCount == 0) return;
+    Box<float>& box = boxes.boxes[leafCount - 1];
+    box = Stored(low, high);
+    if constexpr (sizeof(Scalar) != sizeof(float)) WidenByOnePlace(box);
+  };
+  for (std::size_t place = 0; place < count; ++place) {
+    const TriangleBox box(reader, place);
+    bounds.Include(reader, place, box);
+    if (cutter.Begins(box)) {
+      close();
+      leaves.begin[leafCount++] = static_cast<std::uint32_t>(place);
+    }
+    low = cutter.Low();
+    high = cutter.High();
+  }
+  close();
+  leaves.begin[leafCount] = static_cast<std::uint32_t>(count);
+  leaves.begin.Shorten(leafCount + 1);
+  boxes.boxes.Shorten(leafCount);
+  boxes.bounds = bounds.Get();
+  return leaves;
+}
+
+} // namespace
+
+Leaves MakeLeaves(Corners& corners, LeafBoxes& boxes) {
+  SortIfScattered(corners);
+  Leaves leaves;
+  corners.Read([&](const auto& reader) { leaves = CutRuns(reader, corners.Count(), boxes); });
+  return leaves;
+}
+
+void MeasureLeaves(const Corners& corners, const Leaves& leaves, LeafBoxes& boxes) {
+  boxes.boxes = Array<Box<float>>(leaves.Count());
+  corners.Read([&](const auto& reader) {
+    using Scalar = std::decay_t<decltype(*reader.vertices)>;
+    Bounds<Scalar> bounds;
+    for (std::size_t leaf = 0; leaf < leaves.Count(); ++leaf) {
+      TriangleBox all(reader, leaves.begin[leaf]);
+      for (std::size_t place = leaves.begin[leaf]; place < leaves.begin[leaf + 1]; ++place) {
+        const TriangleBox triangle(reader, place);
+        all.low = Least(triangle.low, all.low);
+        all.high = Most(triangle.high, all.high);
+        bounds.Include(reader, place, triangle);
+      }
+      boxes.boxes[leaf] = Stored(all.low, all.high);
+      if (sizeof(Scalar) != sizeof(float)) WidenByOnePlace(boxes.boxes[leaf]);
+    }
+    boxes.bounds = bounds.Get();
+  });
+}
+
+std::uint32_t LeastNumber(const Corners& corners, const Leaves& leaves, std::size_t leaf) {
+  std::uint32_t least = corners.Number(leaves.begin[leaf]);
+  if (!corners.IsReordered()) return least;
+  for (std::size_t place = leaves.begin[leaf] + 1; place < leaves.begin[leaf + 1]; ++place)
+    least = std::min(least, corners.Number(place));
+  return least;
+}
+
+} // namespace gsl_sweep

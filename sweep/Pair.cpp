@@ -1,0 +1,189 @@
+#include "Engine.h"
+#include "Jobs.h"
+
+#include <algorithm>
+#include <atomic>
+#include <mutex>
+#include <stdexcept>
+#include <string>
+
+namespace gsl_sweep {
+
+struct PairState {
+  std::vector<Body> keptBodies; ///< share what the bodies point to
+  SceneBodies bodies;
+  std::atomic<std::size_t> questionCount{0};
+  std::mutex idleMutex;
+  std::vector<Workspaces> idle;
+};
+
+namespace {
+
+/// Workspaces of a pair, for one question.
+class Borrowed {
+public:
+  explicit Borrowed(PairState& state) : m_state(state) {
+    const std::lock_guard<std::mutex> lock(state.idleMutex);
+    if (state.idle.empty()) return;
+    m_workspaces = std::move(state.idle.back());
+    state.idle.pop_back();
+  }
+  ~Borrowed() {
+    try {
+      const std::lock_guard<std::mutex> lock(m_state.idleMutex);
+      m_state.idle.push_back(std::move(m_workspaces));
+    } catch (const std::bad_alloc&) {
+      // They are made again when they are needed.
+    }
+  }
+  Borrowed(const Borrowed&) = delete;
+  Borrowed& operator=(const Borrowed&) = delete;
+
+  Workspaces& Get() { return m_workspaces; }
+
+private:
+  PairState& m_state;
+  Workspaces m_workspaces;
+};
+
+/// Progress of jobs that end in any order.
+class Tally {
+public:
+  Tally(const Run& run, std::size_t count) : m_run(run), m_count(count) {}
+
+  bool IsCancelled() const { return m_isCancelled.load(std::memory_order_relaxed); }
+  /// Counts one job as done.
+  void Add() {
+    if (!m_run.progress) return;
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    ++m_done;
+    if (IsCancelled()) return;
+    if (!m_run.progress(static_cast<double>(m_done) / static_cast<double>(m_count))) {
+      m_isCancelled = true;
+    }
+  }
+  void Cancel() { m_isCancelled = true; }
+
+private:
+  const Run& m_run;
+  std::size_t m_count, m_done = 0;
+  std::mutex m_mutex;
+  std::atomic<bool> m_isCancelled{false};
+};
+
+/// Adds the number of the question to what went wrong with it.
+[[noreturn]] void RethrowFor(std::size_t question) {
+  const auto text = [question](const std::exception& error) {
+    return "question " + std::to_string(question) + ": " + error.what();
+  };
+  try {
+    throw;
+  } catch (const std::invalid_argument& error) {
+    throw std::invalid_argument(text(error));
+  } catch (const std::overflow_error& error) {
+    throw std::overflow_error(text(error));
+  }
+}
+
+std::vector<const PreparedBody*> AllBodies(const SceneBodies& bodies) {
+  std::vector<const PreparedBody*> all = bodies.fixed;
+  all.push_back(bodies.moving);
+  std::sort(all.begin(), all.end());
+  all.erase(std::unique(all.begin(), all.end()), all.end());
+  return all;
+}
+
+/// What takes time and pays from the second question on.
+void MakeSlabs(const SceneBodies& bodies, const Run& run) {
+  std::vector<const PreparedBody*> lacking = AllBodies(bodies);
+  const auto needsNone = [](const PreparedBody* body) {
+    return body->SlabsIfMade() != nullptr || !body->IsComfortable();
+  };
+  lacking.erase(std::remove_if(lacking.begin(), lacking.end(), needsNone), lacking.end());
+  RunJobs(run, lacking.size(), [&](std::size_t k) { lacking[k]->MakeSlabs(); });
+}
+
+} // namespace
+
+Pair::Pair(Body moving, std::vector<Body> fixed, const Run& run)
+    : m_state(std::make_shared<PairState>()) {
+  SceneBodies& bodies = m_state->bodies;
+  bodies.moving = moving.m_prepared.get();
+  for (const Body& body : fixed)
+    bodies.fixed.push_back(body.m_prepared.get());
+  m_state->keptBodies = std::move(fixed);
+  m_state->keptBodies.push_back(std::move(moving));
+  const std::vector<const PreparedBody*> all = AllBodies(bodies);
+  Tally tally(run, all.size());
+  RunJobs(run, all.size(), [&](std::size_t k) {
+    if (tally.IsCancelled()) return;
+    if (all[k]->IsComfortable()) {
+      all[k]->SingleTree();
+    } else {
+      all[k]->DoubleTree();
+    }
+    tally.Add();
+  });
+}
+
+Answer Pair::First(const Question& question, const Run& run) const {
+  RequireQuestion(question);
+  if (m_state->questionCount++ > 0) MakeSlabs(m_state->bodies, run);
+  Borrowed borrowed(*m_state);
+  return AnswerQuestion(m_state->bodies, question, run.progress, borrowed.Get());
+}
+
+void Pair::First(const Question* questions, std::size_t count, Answer* answers,
+                 const Run& run) const {
+  for (std::size_t k = 0; k < count; ++k) {
+    try {
+      RequireQuestion(questions[k]);
+    } catch (const std::invalid_argument&) {
+      RethrowFor(k);
+    }
+  }
+  if ((m_state->questionCount += count) > 1) MakeSlabs(m_state->bodies, run);
+  std::fill_n(answers, count, Answer());
+  Tally tally(run, count);
+  const Watch watch = [&tally](double) { return !tally.IsCancelled(); };
+  RunJobs(run, count, [&](std::size_t k) {
+    if (tally.IsCancelled()) return;
+    try {
+      Borrowed borrowed(*m_state);
+      answers[k] = AnswerQuestion(m_state->bodies, questions[k], watch, borrowed.Get());
+    } catch (const std::overflow_error&) {
+      RethrowFor(k);
+    } catch (...) {
+      tally.Cancel();
+      throw;
+    }
+    tally.Add();
+  });
+}
+
+std::vector<Answer> Pair::FirstOfEach(const Question& question, const Run& run) const {
+  RequireQuestion(question);
+  const SceneBodies& bodies = m_state->bodies;
+  if ((m_state->questionCount += bodies.fixed.size()) > 1) MakeSlabs(bodies, run);
+  std::vector<Answer> answers(bodies.fixed.size());
+  Tally tally(run, answers.size());
+  const Watch watch = [&tally](double) { return !tally.IsCancelled(); };
+  RunJobs(run, answers.size(), [&](std::size_t k) {
+    if (tally.IsCancelled()) return;
+    const SceneBodies alone{bodies.moving, {bodies.fixed[k]}};
+    Borrowed borrowed(*m_state);
+    answers[k] = AnswerQuestion(alone, question, watch, borrowed.Get());
+    if (answers[k].status == SweepStatus::Contact || answers[k].status == SweepStatus::Start) {
+      answers[k].contact.fixedBody = k;
+    }
+    tally.Add();
+  });
+  return answers;
+}
+
+LeftOut Pair::CountLeftOut(const Question& question) const {
+  RequireQuestion(question);
+  return gsl_sweep::CountLeftOut(m_state->bodies, question);
+}
+
+} // namespace gsl_sweep

@@ -1,0 +1,95 @@
+#ifndef GSL_SWEEP_PLACEMENT_H
+#define GSL_SWEEP_PLACEMENT_H
+
+#include "RangeScale.h"
+#include "Tree.h"
+
+#include <cmath>
+
+namespace gsl_sweep {
+
+/// Where a body is while a question is answered: moved by an offset and, in double, brought into
+/// the range of the pair kernel. In float the coordinates stay as large as they are.
+///
+/// Each step rounds, and rounding keeps order; so the extents of moved corners are the moved
+/// extents, and boxes that held their corners still do.
+template <class Scalar>
+class Placement {
+public:
+  Placement(const Coord3& offset, const RangeScale& scale)
+      : m_offset{offset.x, offset.y, offset.z}, m_scale(scale),
+        m_hasOffset(offset.x != 0.0 || offset.y != 0.0 || offset.z != 0.0) {}
+
+  bool HasOffset() const { return m_hasOffset; }
+  Coord3 Offset() const { return {m_offset[0], m_offset[1], m_offset[2]}; }
+  /// The magnitudes of the offset, added up.
+  double OffsetReach() const {
+    return std::fabs(m_offset[0]) + std::fabs(m_offset[1]) + std::fabs(m_offset[2]);
+  }
+
+  /// Boxes where the body is now; `room` may take them.
+  const Boxes<Scalar>& At(const Boxes<Scalar>& boxes, Boxes<Scalar>& room) const {
+    if (IsPlain()) return boxes;
+    for (int lane = 0; lane < 4; ++lane)
+      room.Set(lane, At(boxes.At(lane)));
+    return room;
+  }
+  Box<Scalar> At(const Box<Scalar>& box) const {
+    if (IsPlain()) return box;
+    Box<Scalar> placed;
+    for (int k = 0; k < 3; ++k) {
+      placed.low[k] = Down(Moved(box.low[k], k));
+      placed.high[k] = Up(Moved(box.high[k], k));
+    }
+    return placed;
+  }
+
+  /// A corner, in the coordinates of the walk.
+  Coord3 At(const Coord3& p) const {
+    return {Walked(Moved(p.x, 0)), Walked(Moved(p.y, 1)), Walked(Moved(p.z, 2))};
+  }
+
+  /// A box of exact extents, in the coordinates of the pair kernel.
+  Box<double> InKernel(const Box<Scalar>& box) const {
+    Box<double> result;
+    for (int k = 0; k < 3; ++k) {
+      result.low[k] = m_scale.Down(Moved(box.low[k], k));
+      result.high[k] = m_scale.Down(Moved(box.high[k], k));
+    }
+    return result;
+  }
+
+  /// From the coordinates of the walk to those of the pair kernel.
+  double ToKernel(double c) const { return kIsSingle ? m_scale.Down(c) : c; }
+  Coord3 ToKernel(const Coord3& p) const { return {ToKernel(p.x), ToKernel(p.y), ToKernel(p.z)}; }
+
+private:
+  static constexpr bool kIsSingle = sizeof(Scalar) == sizeof(float);
+
+  bool IsPlain() const { return kIsSingle && !m_hasOffset; }
+  /// Without an offset a zero keeps its sign.
+  double Moved(double c, int axis) const { return m_hasOffset ? c + m_offset[axis] : c; }
+  double Walked(double c) const { return kIsSingle ? c : m_scale.Down(c); }
+  Scalar Down(double c) const {
+    if constexpr (kIsSingle) {
+      return RoundedDown(c);
+    } else {
+      return m_scale.Down(c);
+    }
+  }
+  Scalar Up(double c) const {
+    if constexpr (kIsSingle) {
+      return RoundedUp(c);
+    } else {
+      return m_scale.Down(c);
+    }
+  }
+
+  double m_offset[3];
+  RangeScale m_scale;
+  bool m_hasOffset;
+};
+
+} // namespace gsl_sweep
+
+#endif

@@ -1,0 +1,50 @@
+#ifndef GSL_SWEEP_RANGE_SCALE_H
+#define GSL_SWEEP_RANGE_SCALE_H
+
+#include "ExactRatio.h"
+
+#include <cmath>
+#include <stdexcept>
+
+namespace gsl_sweep {
+
+/// Brings coordinates into the range in which the pair kernel is exact, by a power of two: the
+/// largest comes below 1, and what is then below 2^-288 is rounded to 2^-339.
+class RangeScale {
+public:
+  /// `largest` is finite and at least 0.
+  explicit RangeScale(double largest) {
+    std::frexp(largest, &m_exponent);
+    // 2^1074 is no double: two factors. The first product is exact, or it is so small that the
+    // second is rounded to zero; so the order does not matter.
+    m_half = std::ldexp(1.0, -m_exponent / 2);
+    m_rest = std::ldexp(1.0, -m_exponent - -m_exponent / 2);
+  }
+
+  int Exponent() const { return m_exponent; }
+
+  double Down(double c) const { return Snapped(c * m_half * m_rest); }
+  Coord3 Down(const Coord3& p) const { return {Down(p.x), Down(p.y), Down(p.z)}; }
+  ScaledLength DownLength(double length) const { return {length, -m_exponent}; }
+
+  /// Errors     std::overflow_error beyond the range of double.
+  double Up(double c) const {
+    const double result = std::ldexp(c, m_exponent);
+    if (!std::isfinite(result)) throw std::overflow_error("the travel is too large for a double");
+    return result;
+  }
+  Coord3 Up(const Coord3& p) const { return {Up(p.x), Up(p.y), Up(p.z)}; }
+
+private:
+  static double Snapped(double c) {
+    constexpr double round = 0x1.8p-287; // one unit in its last place is 2^-339
+    return std::fabs(c) < 0x1p-288 ? (c + round) - round : c;
+  }
+
+  int m_exponent = 0;
+  double m_half, m_rest;
+};
+
+} // namespace gsl_sweep
+
+#endif

@@ -1,0 +1,61 @@
+#ifndef GSL_SWEEP_SCENE_H
+#define GSL_SWEEP_SCENE_H
+
+#include "PairKernel.h"
+#include "Placement.h"
+#include "PreparedBody.h"
+#include "TravelTest.h"
+
+#include <vector>
+
+namespace gsl_sweep {
+
+/// The bodies of a question and where they are.
+struct SceneBodies {
+  const PreparedBody* moving;
+  std::vector<const PreparedBody*> fixed;
+};
+
+/// What a question is answered with. Travels within the walk are multiples of the direction vector
+/// in the coordinates of the walk: those of the bodies in float, those of the kernel in double.
+template <class Scalar>
+struct Scene {
+  Scene(const SceneBodies& sceneBodies, const TravelDirection& travelDirection,
+        const RangeScale& rangeScale, const Question& question, bool canFilter)
+      : bodies(sceneBodies), direction(travelDirection), scale(rangeScale),
+        test(travelDirection.Vector()), slabTest(travelDirection.Vector()),
+        moving(question.offset, rangeScale), fixed({0.0, 0.0, 0.0}, rangeScale),
+        oneSided(question.oneSided), filters(canFilter) {}
+
+  /// From multiples of the direction in the kernel's coordinates to those of the walk.
+  double WalkTravel(double inKernel) const {
+    return sizeof(Scalar) == sizeof(float) ? std::ldexp(inKernel, scale.Exponent()) : inKernel;
+  }
+
+  static const Tree<Scalar>& TreeOf(const PreparedBody& body) {
+    if constexpr (sizeof(Scalar) == sizeof(float)) {
+      return body.SingleTree();
+    } else {
+      return body.DoubleTree();
+    }
+  }
+
+  const SceneBodies& bodies;
+  const TravelDirection& direction;
+  const RangeScale& scale;
+  TravelTest<Scalar> test;
+  SlabTest slabTest;
+  Placement<Scalar> moving, fixed;
+  bool oneSided;
+  /// Whether products of three coordinates stay in the range in which rounding is relative.
+  bool filters;
+};
+
+/// A triangle of several fixed bodies, in their order.
+inline std::uint64_t FixedNumber(std::size_t body, std::uint32_t triangle) {
+  return static_cast<std::uint64_t>(body) << 32 | triangle;
+}
+
+} // namespace gsl_sweep
+
+#endif

@@ -1,0 +1,117 @@
+#include "StartSearch.h"
+
+namespace gsl_sweep {
+
+template <class Scalar>
+WalkEnd StartSearch<Scalar>::Run() {
+  constexpr std::size_t watchEvery = 1024;
+  m_stack.clear();
+  PushRoots();
+  for (std::size_t visits = 1; !m_stack.empty(); ++visits) {
+    const NodePair<Scalar> pair = m_stack.back();
+    m_stack.pop_back();
+    if (visits % watchEvery == 0 && m_watch && !m_watch(1.0)) return WalkEnd::Cancelled;
+    if (m_best.PrecedesAll(pair.moving.least, pair.LeastFixed())) continue;
+    const bool isMovingLeaf = pair.moving.ref.IsLeaf();
+    const bool isFixedLeaf = pair.fixed.ref.IsLeaf();
+    if (isMovingLeaf && isFixedLeaf) {
+      Judge(pair);
+    } else if (isFixedLeaf || (!isMovingLeaf && pair.moving.box.Size() > pair.fixed.box.Size())) {
+      Expand<true>(pair);
+    } else {
+      Expand<false>(pair);
+    }
+  }
+  return WalkEnd::Done;
+}
+
+template <class Scalar>
+void StartSearch<Scalar>::PushRoots() {
+  const auto sideOf = [](const PreparedBody& body) {
+    const Tree<Scalar>& tree = Scene<Scalar>::TreeOf(body);
+    return WalkSide<Scalar>{tree.root, tree.least, tree.box, {}};
+  };
+  if (m_scene.bodies.moving->IsEmpty()) return;
+  // The first body on top.
+  for (std::size_t body = m_scene.bodies.fixed.size(); body-- > 0;) {
+    if (m_scene.bodies.fixed[body]->IsEmpty()) continue;
+    m_stack.push_back({sideOf(*m_scene.bodies.moving), sideOf(*m_scene.bodies.fixed[body]),
+                       static_cast<std::uint32_t>(body), 0.0f, 0});
+  }
+}
+
+/// Pushes the children that overlap the other side, least numbers on top.
+template <class Scalar>
+template <bool kMoving>
+void StartSearch<Scalar>::Expand(const NodePair<Scalar>& pair) {
+  const PreparedBody& body =
+      kMoving ? *m_scene.bodies.moving : *m_scene.bodies.fixed[pair.fixedBody];
+  const std::size_t index = kMoving ? pair.moving.ref.Index() : pair.fixed.ref.Index();
+  const TreeNode<Scalar>& node = Scene<Scalar>::TreeOf(body).nodes[index];
+  const Placement<Scalar>& placement = kMoving ? m_scene.moving : m_scene.fixed;
+  const Box<Scalar> other =
+      kMoving ? m_scene.fixed.At(pair.fixed.box) : m_scene.moving.At(pair.moving.box);
+  Boxes<Scalar> room;
+  const Boxes<Scalar>& boxes = placement.At(node.boxes, room);
+  unsigned mask = 15u;
+  for (int k = 0; k < 3; ++k) {
+    mask &= AtMost(boxes.low[k], Four<Scalar>::Of(other.high[k]));
+    mask &= AtMost(Four<Scalar>::Of(other.low[k]), boxes.high[k]);
+  }
+  int order[4];
+  int count = 0;
+  for (int lane = 0; lane < 4; ++lane) {
+    if ((mask >> lane & 1u) == 0 || node.child[lane].IsNone()) continue;
+    int place = count++;
+    for (; place > 0 && node.least[lane] > node.least[order[place - 1]]; --place)
+      order[place] = order[place - 1];
+    order[place] = lane;
+  }
+  for (int k = 0; k < count; ++k) {
+    const int lane = order[k];
+    m_stack.push_back(pair);
+    WalkSide<Scalar>& side = kMoving ? m_stack.back().moving : m_stack.back().fixed;
+    side.ref = node.child[lane];
+    side.least = node.least[lane];
+    side.box = node.boxes.At(lane);
+  }
+}
+
+template <class Scalar>
+void StartSearch<Scalar>::Judge(const NodePair<Scalar>& pair) {
+  using Leaf = LeafTriangles<Scalar>;
+  const Leaf& moving = m_movingCache.Moving(m_scene, pair.moving.ref.Index());
+  const Leaf& fixed = m_fixedCache.Fixed(m_scene, pair.fixedBody, pair.fixed.ref.Index());
+  const LeafPair<Scalar> leaves(m_scene, moving, fixed);
+  const auto triangle = [this](const Leaf& leaf, int k) {
+    const Placement<Scalar>& placement = m_scene.moving;
+    return MakeTriangle(m_scene.direction, placement.ToKernel(leaf.Corner(k, 0)),
+                        placement.ToKernel(leaf.Corner(k, 1)),
+                        placement.ToKernel(leaf.Corner(k, 2)));
+  };
+  for (int i = 0; i < moving.count; ++i) {
+    for (int j = 0; j < fixed.count; ++j) {
+      const std::uint64_t number = FixedNumber(pair.fixedBody, fixed.number[j]);
+      if (m_best.PrecedesAll(moving.number[i], number)) continue;
+      if (leaves.AreApartAtStart(i, j)) continue;
+      if (m_scene.filters && leaves.AreShadowsApart(i, j)) continue;
+      const Triangle a = triangle(moving, i);
+      const Triangle b = triangle(fixed, j);
+      PairContact unused{};
+      ExactRatio unusedTravel;
+      if (JudgePair(m_scene.direction, a, b, 0.0, unused, unusedTravel) != PairOutcome::Touching) {
+        continue;
+      }
+      m_best.any = true;
+      m_best.moving = moving.number[i];
+      m_best.fixed = number;
+      m_best.movingTriangle = a;
+      m_best.fixedTriangle = b;
+    }
+  }
+}
+
+template class StartSearch<float>;
+template class StartSearch<double>;
+
+} // namespace gsl_sweep

@@ -1,0 +1,193 @@
+#ifndef GSL_SWEEP_TRAVEL_TEST_H
+#define GSL_SWEEP_TRAVEL_TEST_H
+
+#include "Slabs.h"
+#include "Tree.h"
+
+#include <limits>
+
+/// For which travels boxes, and slabs, can touch. A travel is a multiple of the direction vector,
+/// whose largest component is from 1/2 to 1 in magnitude. What is told is never later than the
+/// first such travel: nothing that touches is ever left out.
+namespace gsl_sweep {
+
+// The bound of box against box is a difference of two numbers times a reciprocal. With h half a
+// unit in the last place of 1 (2^-24 in float), the difference is off by a factor of 1 + h, the
+// product by 1 + h, the reciprocal by 1 + h and two roundings in double: together less than 1 + 4
+// h, or 2^-22 in float and 2^-51 in double. A reciprocal that is made smaller by twice as much
+// gives a first travel that is not later than the true one; one that is made larger by as much
+// gives a last travel that is not earlier. That is so for positive bounds. A negative first travel
+// counts as zero, and a negative last one rejects, whatever they are; their signs are exact.
+template <class Scalar>
+constexpr double kReciprocalMargin = 8.0 * std::numeric_limits<Scalar>::epsilon() / 2.0;
+
+/// Boxes of which one travels.
+template <class Scalar>
+class TravelTest {
+public:
+  explicit TravelTest(const Coord3& direction) {
+    const double components[3] = {direction.x, direction.y, direction.z};
+    for (int k = 0; k < 3; ++k) {
+      const double d = components[k];
+      m_isNegative[k] = d < 0.0;
+      // Zero times infinity is NaN, which Most and Least pass over: boxes that touch stay.
+      const double reciprocal = d == 0.0 ? std::numeric_limits<double>::infinity() : 1.0 / d;
+      m_first[k] = static_cast<Scalar>(reciprocal * (1.0 - kReciprocalMargin<Scalar>));
+      m_last[k] = static_cast<Scalar>(reciprocal * (1.0 + kReciprocalMargin<Scalar>));
+    }
+  }
+
+  /// Four boxes against one. Bit k of the result is set when box k can touch the other within the
+  /// limit; `from` has the first such travels.
+  template <bool kFourMove>
+  unsigned Survivors(const Boxes<Scalar>& four, const Box<Scalar>& one, Scalar limit,
+                     Four<Scalar>& from) const {
+    Four<Scalar> first = Four<Scalar>::Of(0);
+    Four<Scalar> last = Four<Scalar>::Of(limit);
+    for (int k = 0; k < 3; ++k) {
+      const bool swapped = m_isNegative[k];
+      // Fronts meet first, backs part last.
+      const Four<Scalar>& fourFront = swapped == kFourMove ? four.low[k] : four.high[k];
+      const Four<Scalar>& fourBack = swapped == kFourMove ? four.high[k] : four.low[k];
+      const Scalar oneFront = swapped == kFourMove ? one.high[k] : one.low[k];
+      const Scalar oneBack = swapped == kFourMove ? one.low[k] : one.high[k];
+      Four<Scalar> toMeet, toPart;
+      if (kFourMove) {
+        toMeet = Four<Scalar>::Of(oneFront) - fourFront;
+        toPart = Four<Scalar>::Of(oneBack) - fourBack;
+      } else {
+        toMeet = fourFront - Four<Scalar>::Of(oneFront);
+        toPart = fourBack - Four<Scalar>::Of(oneBack);
+      }
+      first = Most(toMeet * Four<Scalar>::Of(m_first[k]), first);
+      last = Least(toPart * Four<Scalar>::Of(m_last[k]), last);
+    }
+    from = first;
+    return AtMost(first, last);
+  }
+
+  /// Two boxes; the first travel is infinite when they cannot touch.
+  Scalar FirstTravel(const Box<Scalar>& moving, const Box<Scalar>& fixed) const {
+    Scalar first = 0;
+    Scalar last = Box<Scalar>::kFar;
+    for (int k = 0; k < 3; ++k) {
+      const bool swapped = m_isNegative[k];
+      const Scalar toMeet = swapped ? fixed.high[k] - moving.low[k] : fixed.low[k] - moving.high[k];
+      const Scalar toPart = swapped ? fixed.low[k] - moving.high[k] : fixed.high[k] - moving.low[k];
+      const Scalar meets = toMeet * m_first[k];
+      const Scalar parts = toPart * m_last[k];
+      if (meets > first) first = meets;
+      if (parts < last) last = parts;
+    }
+    return first <= last ? first : Box<Scalar>::kFar;
+  }
+
+private:
+  bool m_isNegative[3];
+  Scalar m_first[3], m_last[3]; ///< reciprocals, rounded toward zero and away from it
+};
+
+/// Slabs of which some travel. Rejects what the boxes let pass.
+class SlabTest {
+public:
+  explicit SlabTest(const Coord3& direction)
+      : m_direction{static_cast<float>(direction.x), static_cast<float>(direction.y),
+                    static_cast<float>(direction.z)} {}
+
+  /// Four children, each within its box and its slab, against one box with its slab. `first` is
+  /// raised where a slab says so, `last` lowered. `reach` is that of all that takes part.
+  template <bool kFourMove>
+  void Narrow(const Boxes<float>& boxes, const SlabNode& slabs, const Box<float>& box,
+              const Slab& slab, const Float4& error, Float4& first, Float4& last) const {
+    // n . p = alpha (m . p) + (n - alpha m) . p: a slab across m bounds n . p well where the two
+    // normals are near each other; elsewhere the box does as well.
+    Float4 alpha = slabs.normal[0] * Float4::Of(slab.normal[0]) +
+                   slabs.normal[1] * Float4::Of(slab.normal[1]) +
+                   slabs.normal[2] * Float4::Of(slab.normal[2]);
+    const Float4 zero = Float4::Of(0.0f);
+    alpha = Choose(Float4::Of(0.5f), Magnitude(alpha), alpha, zero);
+    NarrowByOne<kFourMove>(boxes, slabs, slab, alpha, error, first, last);
+    NarrowByFour<kFourMove>(slabs, box, slab, alpha, error, first, last);
+  }
+
+private:
+  /// Across a slab with n . d below this nothing is concluded.
+  static constexpr float kLeastAlong = 0x1p-6f;
+  // n . d is off by less than 9 u (u = 2^-24): a rounded direction, products and sums of at most
+  // 1.8 in all. The quotient x / (n . d) is off by 9 u / |n . d| of itself, and by 4 u for the
+  // reciprocal, the product and the sum that takes this margin off; |n . d| is at most 1.8. That is
+  // less than 17 u / |n . d|; the rest covers squares of these errors.
+  static constexpr float kQuotientError = 0x1p-19f;
+
+  float Along(const float (&n)[3]) const {
+    return n[0] * m_direction[0] + n[1] * m_direction[1] + n[2] * m_direction[2];
+  }
+
+  /// The children against the one slab.
+  template <bool kFourMove>
+  void NarrowByOne(const Boxes<float>& boxes, const SlabNode& slabs, const Slab& slab,
+                   const Float4& alpha, const Float4& error, Float4& first, Float4& last) const {
+    const float along = Along(slab.normal);
+    if (!(std::fabs(along) > kLeastAlong)) return;
+    Float4 from = Least(alpha * slabs.from, alpha * slabs.to) - error;
+    Float4 to = Most(alpha * slabs.from, alpha * slabs.to) + error;
+    for (int k = 0; k < 3; ++k) {
+      const Float4 rest = Float4::Of(slab.normal[k]) - alpha * slabs.normal[k];
+      const Float4 low = rest * boxes.low[k];
+      const Float4 high = rest * boxes.high[k];
+      from = from + Least(low, high);
+      to = to + Most(low, high);
+    }
+    Float4 toMeet = kFourMove ? Float4::Of(slab.from) - to : from - Float4::Of(slab.to);
+    Float4 toPart = kFourMove ? Float4::Of(slab.to) - from : to - Float4::Of(slab.from);
+    if (along < 0.0f) std::swap(toMeet, toPart);
+    const Float4 reciprocal = Float4::Of(1.0f / along);
+    Apply(toMeet * reciprocal, toPart * reciprocal, Magnitude(reciprocal), first, last);
+  }
+
+  /// The children's slabs against the one.
+  template <bool kFourMove>
+  void NarrowByFour(const SlabNode& slabs, const Box<float>& box, const Slab& slab,
+                    const Float4& alpha, const Float4& error, Float4& first, Float4& last) const {
+    const Float4 along = slabs.normal[0] * Float4::Of(m_direction[0]) +
+                         slabs.normal[1] * Float4::Of(m_direction[1]) +
+                         slabs.normal[2] * Float4::Of(m_direction[2]);
+    const Float4 least = Float4::Of(kLeastAlong);
+    const Float4 zero = Float4::Of(0.0f);
+    if (AtMost(Magnitude(along), least) == 15u) return;
+    const Float4 atFrom = alpha * Float4::Of(slab.from);
+    const Float4 atTo = alpha * Float4::Of(slab.to);
+    Float4 from = Least(atFrom, atTo) - error;
+    Float4 to = Most(atFrom, atTo) + error;
+    for (int k = 0; k < 3; ++k) {
+      const Float4 rest = slabs.normal[k] - alpha * Float4::Of(slab.normal[k]);
+      const Float4 low = rest * Float4::Of(box.low[k]);
+      const Float4 high = rest * Float4::Of(box.high[k]);
+      from = from + Least(low, high);
+      to = to + Most(low, high);
+    }
+    const Float4 up = kFourMove ? from - slabs.to : slabs.from - to;
+    const Float4 down = kFourMove ? to - slabs.from : slabs.to - from;
+    const Float4 toMeet = Choose(along, zero, down, up);
+    const Float4 toPart = Choose(along, zero, up, down);
+    const Float4 reciprocal = Float4::Of(1.0f) / along;
+    Float4 meets = first;
+    Float4 parts = last;
+    Apply(toMeet * reciprocal, toPart * reciprocal, Magnitude(reciprocal), meets, parts);
+    first = Choose(least, Magnitude(along), meets, first);
+    last = Choose(least, Magnitude(along), parts, last);
+  }
+
+  static void Apply(const Float4& meets, const Float4& parts, const Float4& reciprocal,
+                    Float4& first, Float4& last) {
+    const Float4 margin = reciprocal * Float4::Of(kQuotientError);
+    first = Most(meets - Magnitude(meets) * margin, first);
+    last = Least(parts + Magnitude(parts) * margin, last);
+  }
+
+  float m_direction[3];
+};
+
+} // namespace gsl_sweep
+
+#endif

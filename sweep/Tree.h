@@ -1,0 +1,86 @@
+#ifndef GSL_SWEEP_TREE_H
+#define GSL_SWEEP_TREE_H
+
+#include "Box.h"
+#include "Lanes.h"
+#include "Leaves.h"
+
+#include <cstdint>
+#include <vector>
+
+namespace gsl_sweep {
+
+/// What a lane of a node leads to: a node, a leaf, or nothing.
+class TreeRef {
+public:
+  static constexpr std::uint32_t kNone = 0xffffffffu;
+
+  TreeRef() = default;
+  static TreeRef Node(std::size_t node) { return TreeRef(static_cast<std::uint32_t>(node)); }
+  static TreeRef Leaf(std::size_t leaf) {
+    return TreeRef(static_cast<std::uint32_t>(leaf) | kLeafBit);
+  }
+
+  bool IsNone() const { return m_value == kNone; }
+  bool IsLeaf() const { return (m_value & kLeafBit) != 0; }
+  std::uint32_t Index() const { return m_value & ~kLeafBit; }
+
+private:
+  static constexpr std::uint32_t kLeafBit = 0x80000000u;
+
+  explicit TreeRef(std::uint32_t value) : m_value(value) {}
+
+  std::uint32_t m_value = kNone;
+};
+
+/// Four boxes side by side.
+template <class Scalar>
+struct Boxes {
+  Four<Scalar> low[3], high[3];
+
+  Box<Scalar> At(int lane) const {
+    return {{low[0][lane], low[1][lane], low[2][lane]},
+            {high[0][lane], high[1][lane], high[2][lane]}};
+  }
+  void Set(int lane, const Box<Scalar>& box) {
+    for (int k = 0; k < 3; ++k) {
+      low[k].Set(lane, box.low[k]);
+      high[k].Set(lane, box.high[k]);
+    }
+  }
+};
+
+/// Four children. Lanes without one have an empty box.
+template <class Scalar>
+struct alignas(64) TreeNode {
+  Boxes<Scalar> boxes;
+  TreeRef child[4];
+  std::uint32_t least[4]; ///< triangle number below each child
+};
+
+/// A tree of boxes over the leaves of a body; every child comes after its parent.
+template <class Scalar>
+struct Tree {
+  std::vector<TreeNode<Scalar>> nodes;
+  TreeRef root; ///< none for a body without triangles
+  Box<Scalar> box = Box<Scalar>::Empty();
+  std::uint32_t least = 0;
+
+  /// The box of each leaf, from MakeLeaves for float.
+  static Tree Over(const Corners& corners, const Leaves& leaves, const Array<Box<Scalar>>& boxes);
+
+  /// The same tree with other boxes of its leaves.
+  Tree Refitted(const Array<Box<Scalar>>& leafBoxes) const;
+
+  std::size_t Bytes() const { return nodes.capacity() * sizeof(TreeNode<Scalar>); }
+};
+
+/// The exact boxes of leaves.
+Array<Box<double>> ExactBoxes(const Corners& corners, const Leaves& leaves);
+
+extern template struct Tree<float>;
+extern template struct Tree<double>;
+
+} // namespace gsl_sweep
+
+#endif

@@ -1,0 +1,246 @@
+#ifndef GSL_SWEEP_WALK_H
+#define GSL_SWEEP_WALK_H
+
+#include "Scene.h"
+
+#include <functional>
+#include <vector>
+
+namespace gsl_sweep {
+
+/// One side of a pair of nodes: a lane of its parent. Box and slab are as in the tree.
+template <class Scalar>
+struct WalkSide {
+  TreeRef ref;
+  std::uint32_t least; ///< triangle number
+  Box<Scalar> box;
+  Slab slab;
+};
+
+template <class Scalar>
+struct NodePair {
+  WalkSide<Scalar> moving, fixed;
+  std::uint32_t fixedBody;
+  float share; ///< of the whole work
+  Scalar from; ///< no travel before this one lets them touch
+
+  std::uint64_t LeastFixed() const { return FixedNumber(fixedBody, fixed.least); }
+};
+
+/// Told how far a walk is, now and then; false ends it.
+using Watch = std::function<bool(double part)>;
+
+enum class WalkEnd { Done, Stopped, Cancelled };
+
+/// Visits the pairs of leaves of two trees that can touch, nearest first.
+///
+/// Judgement offers
+///   Scalar Limit()                   travels beyond it do not matter; it only falls
+///   bool IsSettled(const NodePair&)  nothing in the pair can change the result
+///   bool Judge(const NodePair&)      looks at a pair of leaves; false ends the walk
+template <class Scalar, class Judgement>
+class Walk {
+public:
+  Walk(const Scene<Scalar>& scene, Judgement& judgement, const Watch& watch,
+       std::vector<NodePair<Scalar>>& stack)
+      : m_scene(scene), m_judgement(judgement), m_watch(watch), m_stack(stack) {}
+
+  WalkEnd Run();
+
+private:
+  static constexpr std::size_t kWatchEvery = 1024;
+  /// Slabs cost as much as about so many visits: a walk that has made them is worth it.
+  static constexpr std::size_t kSlabsAfter = 5000;
+
+  void PushRoots();
+  void Visit(const NodePair<Scalar>& pair);
+  template <bool kMoving>
+  void Expand(const NodePair<Scalar>& pair);
+  template <bool kMoving>
+  unsigned Narrow(const NodePair<Scalar>& pair, const Boxes<Scalar>& boxes, std::size_t node,
+                  const Box<Scalar>& other, unsigned mask, Four<Scalar>& from,
+                  const SlabNode*& slabs) const;
+  template <bool kMoving>
+  void PushSurvivors(const NodePair<Scalar>& pair, const TreeNode<Scalar>& node, unsigned mask,
+                     const Four<Scalar>& from, const SlabNode* slabs);
+  bool Goes();
+
+  const Scene<Scalar>& m_scene;
+  Judgement& m_judgement;
+  const Watch& m_watch;
+  std::vector<NodePair<Scalar>>& m_stack;
+  std::size_t m_visits = 0;
+  double m_done = 0.0;
+};
+
+template <class Scalar, class Judgement>
+WalkEnd Walk<Scalar, Judgement>::Run() {
+  m_stack.clear();
+  PushRoots();
+  while (!m_stack.empty()) {
+    const NodePair<Scalar> pair = m_stack.back();
+    m_stack.pop_back();
+    if (++m_visits % kWatchEvery == 0 && !Goes()) return WalkEnd::Cancelled;
+    if (pair.from > m_judgement.Limit() || m_judgement.IsSettled(pair)) {
+      m_done += static_cast<double>(pair.share);
+      continue;
+    }
+    if (pair.moving.ref.IsLeaf() && pair.fixed.ref.IsLeaf()) {
+      if (!m_judgement.Judge(pair)) return WalkEnd::Stopped;
+      m_done += static_cast<double>(pair.share);
+      continue;
+    }
+    Visit(pair);
+  }
+  return WalkEnd::Done;
+}
+
+template <class Scalar, class Judgement>
+bool Walk<Scalar, Judgement>::Goes() {
+  if constexpr (sizeof(Scalar) == sizeof(float)) {
+    if (m_visits / kWatchEvery == kSlabsAfter / kWatchEvery + 1) {
+      m_scene.bodies.moving->MakeSlabs();
+      for (const PreparedBody* body : m_scene.bodies.fixed)
+        body->MakeSlabs();
+    }
+  }
+  return !m_watch || m_watch(std::min(m_done, 1.0));
+}
+
+template <class Scalar, class Judgement>
+void Walk<Scalar, Judgement>::PushRoots() {
+  const auto sideOf = [](const PreparedBody& body) {
+    const Tree<Scalar>& tree = Scene<Scalar>::TreeOf(body);
+    WalkSide<Scalar> side{tree.root, tree.least, tree.box, {}};
+    // In double, coordinates are not those that the slabs were made in.
+    if constexpr (sizeof(Scalar) == sizeof(float)) {
+      if (const Slabs* slabs = body.SlabsIfMade()) side.slab = slabs->root;
+    }
+    return side;
+  };
+  const std::size_t count = m_scene.bodies.fixed.size();
+  if (m_scene.bodies.moving->IsEmpty()) return;
+  const WalkSide<Scalar> moving = sideOf(*m_scene.bodies.moving);
+  for (std::size_t body = 0; body < count; ++body) {
+    if (m_scene.bodies.fixed[body]->IsEmpty()) continue;
+    NodePair<Scalar> pair{moving, sideOf(*m_scene.bodies.fixed[body]),
+                          static_cast<std::uint32_t>(body), 1.0f / static_cast<float>(count), 0};
+    pair.from = m_scene.test.FirstTravel(m_scene.moving.At(pair.moving.box),
+                                         m_scene.fixed.At(pair.fixed.box));
+    if (pair.from < Box<Scalar>::kFar) m_stack.push_back(pair);
+  }
+  // The nearest on top; of equals the first.
+  std::reverse(m_stack.begin(), m_stack.end());
+  std::stable_sort(
+      m_stack.begin(), m_stack.end(),
+      [](const NodePair<Scalar>& a, const NodePair<Scalar>& b) { return a.from > b.from; });
+}
+
+/// Replaces the larger node of a pair by its children.
+template <class Scalar, class Judgement>
+void Walk<Scalar, Judgement>::Visit(const NodePair<Scalar>& pair) {
+  const bool expandsMoving =
+      pair.fixed.ref.IsLeaf() ||
+      (!pair.moving.ref.IsLeaf() && pair.moving.box.Size() > pair.fixed.box.Size());
+  if (expandsMoving) {
+    Expand<true>(pair);
+  } else {
+    Expand<false>(pair);
+  }
+}
+
+template <class Scalar, class Judgement>
+template <bool kMoving>
+void Walk<Scalar, Judgement>::Expand(const NodePair<Scalar>& pair) {
+  const PreparedBody& body =
+      kMoving ? *m_scene.bodies.moving : *m_scene.bodies.fixed[pair.fixedBody];
+  const std::size_t index = kMoving ? pair.moving.ref.Index() : pair.fixed.ref.Index();
+  const TreeNode<Scalar>& node = Scene<Scalar>::TreeOf(body).nodes[index];
+  const Placement<Scalar>& placement = kMoving ? m_scene.moving : m_scene.fixed;
+  Boxes<Scalar> room;
+  const Boxes<Scalar>& boxes = placement.At(node.boxes, room);
+  const Box<Scalar> other =
+      kMoving ? m_scene.fixed.At(pair.fixed.box) : m_scene.moving.At(pair.moving.box);
+  Four<Scalar> from;
+  unsigned mask = m_scene.test.template Survivors<kMoving>(boxes, other, m_judgement.Limit(), from);
+  const SlabNode* slabs = nullptr;
+  if (mask != 0) mask = Narrow<kMoving>(pair, boxes, index, other, mask, from, slabs);
+  if (mask == 0) {
+    m_done += static_cast<double>(pair.share);
+    return;
+  }
+  PushSurvivors<kMoving>(pair, node, mask, from, slabs);
+}
+
+/// Lets slabs have their say, in float, once they are made.
+template <class Scalar, class Judgement>
+template <bool kMoving>
+unsigned Walk<Scalar, Judgement>::Narrow(const NodePair<Scalar>& pair, const Boxes<Scalar>& boxes,
+                                         std::size_t node, const Box<Scalar>& other, unsigned mask,
+                                         Four<Scalar>& from, const SlabNode*& slabs) const {
+  if constexpr (sizeof(Scalar) == sizeof(float)) {
+    const PreparedBody& body =
+        kMoving ? *m_scene.bodies.moving : *m_scene.bodies.fixed[pair.fixedBody];
+    const Slabs* made = body.SlabsIfMade();
+    if (made == nullptr) return mask;
+    slabs = &made->nodes[node];
+    Float4 last = Float4::Of(m_judgement.Limit());
+    const Float4 reach = slabs->reach + Float4::Of(RoundedUp(other.Reach()));
+    if (!m_scene.moving.HasOffset()) {
+      const Slab& slab = kMoving ? pair.fixed.slab : pair.moving.slab;
+      m_scene.slabTest.template Narrow<kMoving>(boxes, *slabs, other, slab,
+                                                reach * Float4::Of(kSlabError), from, last);
+    } else {
+      const SlabShift shift(m_scene.moving.Offset());
+      const Float4 error = (reach + Float4::Of(shift.Reach())) * Float4::Of(kShiftedSlabError);
+      const Slab slab = kMoving ? pair.fixed.slab : shift.Of(pair.moving.slab);
+      const SlabNode placed = kMoving ? shift.Of(*slabs) : *slabs;
+      m_scene.slabTest.template Narrow<kMoving>(boxes, placed, other, slab, error, from, last);
+    }
+    return mask & AtMost(from, last);
+  } else {
+    return mask;
+  }
+}
+
+template <class Scalar, class Judgement>
+template <bool kMoving>
+void Walk<Scalar, Judgement>::PushSurvivors(const NodePair<Scalar>& pair,
+                                            const TreeNode<Scalar>& node, unsigned mask,
+                                            const Four<Scalar>& from, const SlabNode* slabs) {
+  int order[4];
+  int count = 0;
+  Scalar first[4];
+  from.Store(first);
+  for (int lane = 0; lane < 4; ++lane) {
+    if ((mask >> lane & 1u) == 0 || node.child[lane].IsNone()) continue;
+    int place = count++;
+    const auto goesBelow = [&](int other) {
+      return first[lane] > first[other] ||
+             (first[lane] == first[other] && node.least[lane] > node.least[other]);
+    };
+    for (; place > 0 && goesBelow(order[place - 1]); --place)
+      order[place] = order[place - 1];
+    order[place] = lane;
+  }
+  if (count == 0) {
+    m_done += static_cast<double>(pair.share);
+    return;
+  }
+  for (int k = 0; k < count; ++k) {
+    const int lane = order[k];
+    m_stack.push_back(pair);
+    NodePair<Scalar>& pushed = m_stack.back();
+    WalkSide<Scalar>& side = kMoving ? pushed.moving : pushed.fixed;
+    side.ref = node.child[lane];
+    side.least = node.least[lane];
+    side.box = node.boxes.At(lane);
+    side.slab = slabs != nullptr ? slabs->At(lane) : Slab{};
+    pushed.from = first[lane];
+    pushed.share = pair.share / static_cast<float>(count);
+  }
+}
+
+} // namespace gsl_sweep
+
+#endif

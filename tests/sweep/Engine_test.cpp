@@ -1,0 +1,125 @@
+#include "Engine.h"
+
+#include "Bodies.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <stdexcept>
+
+namespace {
+
+using namespace sweep_bodies;
+using sweep_ask::SameBits;
+
+constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+constexpr double kInfinity = std::numeric_limits<double>::infinity();
+
+Answer Ask(const Mesh& moving, const Mesh& fixed, const Question& question,
+           Workspaces& workspaces) {
+  const PreparedBody a(ViewOf(moving));
+  const PreparedBody b(ViewOf(fixed));
+  return AnswerQuestion({&a, {&b}}, question, {}, workspaces);
+}
+
+Question Towards(const Coord3& direction) {
+  Question question;
+  question.direction = direction;
+  return question;
+}
+
+TEST(Engine, RequiresAQuestionThatCanBeAnswered) {
+  EXPECT_NO_THROW(RequireQuestion(Towards({0.0, 5e-324, 0.0})));
+  for (const Coord3& d :
+       {Coord3{0.0, 0.0, 0.0}, Coord3{kNaN, 0.0, 1.0}, Coord3{0.0, kInfinity, 0.0}})
+    EXPECT_THROW(RequireQuestion(Towards(d)), std::invalid_argument);
+  Question question = Towards({1.0, 0.0, 0.0});
+  question.offset = {0.0, kNaN, 0.0};
+  EXPECT_THROW(RequireQuestion(question), std::invalid_argument);
+  question.offset = {0.0, 0.0, -kInfinity};
+  EXPECT_THROW(RequireQuestion(question), std::invalid_argument);
+  question.offset = {0.0, 0.0, 0.0};
+  for (const double distance : {-5e-324, kNaN}) {
+    question.maxDistance = distance;
+    EXPECT_THROW(RequireQuestion(question), std::invalid_argument);
+  }
+  question.maxDistance = 0.0;
+  EXPECT_NO_THROW(RequireQuestion(question));
+}
+
+/// Whole numbers, so that scaling and moving keep the scene exactly.
+Mesh WholeSoup(unsigned seed, double lift) {
+  Mesh mesh = Soup(seed, 200);
+  for (Coord3& p : mesh.corners)
+    p = {std::round(64.0 * p.x), std::round(64.0 * p.y), std::round(64.0 * p.z) + lift};
+  return mesh;
+}
+
+TEST(Engine, SinglePrecisionAndDoubleGiveTheSameAnswer) {
+  const Coord3 d{0.25, 0.125, -1.0};
+  for (unsigned seed = 0; seed < 6; ++seed) {
+    const Mesh fixed = WholeSoup(seed, 0.0);
+    const Mesh moving = WholeSoup(seed + 50, seed % 2 == 0 ? 150.0 : 40.0);
+    Workspaces plainSpaces;
+    const Answer plain = Ask(moving, fixed, Towards(d), plainSpaces);
+    EXPECT_TRUE(plainSpaces.single && !plainSpaces.forDouble);
+    ASSERT_NE(plain.status, SweepStatus::None);
+    // Too small for single precision: in double, without filters.
+    Workspaces smallSpaces;
+    const Coord3 small{0x1p-200, 0x1p-200, 0x1p-200};
+    const Answer scaled = Ask(sweep_shapes::Stretched(moving, small),
+                              sweep_shapes::Stretched(fixed, small), Towards(d), smallSpaces);
+    EXPECT_TRUE(smallSpaces.forDouble && !smallSpaces.single);
+    EXPECT_EQ(scaled.contact.travel, std::ldexp(plain.contact.travel, -200));
+    // Far from the origin and too fine for single precision there: in double, with filters.
+    Workspaces farSpaces;
+    const Coord3 far{0x1p36, 1.0, -0x1p35};
+    const Answer moved = Ask(sweep_shapes::Moved(moving, far), sweep_shapes::Moved(fixed, far),
+                             Towards(d), farSpaces);
+    EXPECT_TRUE(farSpaces.forDouble && !farSpaces.single);
+    EXPECT_EQ(moved.contact.travel, plain.contact.travel);
+    for (const Answer& other : {scaled, moved}) {
+      EXPECT_EQ(other.status, plain.status);
+      EXPECT_EQ(other.contact.kind, plain.contact.kind);
+      EXPECT_EQ(other.contact.movingTriangle, plain.contact.movingTriangle);
+      EXPECT_EQ(other.contact.fixedTriangle, plain.contact.fixedTriangle);
+      EXPECT_TRUE(SameBits(other.contact.normal, plain.contact.normal));
+    }
+  }
+}
+
+TEST(Engine, OffsetsThatLeaveTheRangeOfDoubleDropTriangles) {
+  const double most = std::numeric_limits<double>::max();
+  Mesh moving;
+  sweep_shapes::AddTriangle(moving, {0.0, 0.0, 0.5 * most}, {1.0, 0.0, 0.5 * most},
+                            {0.0, 1.0, 0.5 * most});
+  sweep_shapes::AddTriangle(moving, {0.0, 0.0, -most}, {0.0, 0.0, -most}, {0.0, 0.0, -most});
+  Mesh fixed;
+  sweep_shapes::AddTriangle(fixed, {0.0, 0.0, -1.0}, {1.0, 0.0, -1.0}, {0.0, 1.0, -1.0});
+  Question question = Towards({0.0, 0.0, -1.0});
+  question.offset = {0.0, 0.0, most};
+  Workspaces workspaces;
+  const Answer answer = Ask(moving, fixed, question, workspaces);
+  EXPECT_EQ(answer.status, SweepStatus::Contact);
+  EXPECT_EQ(answer.contact.movingTriangle, 1u); // at zero; the other is beyond all numbers
+  EXPECT_EQ(answer.contact.travel, 1.0);
+}
+
+TEST(Engine, WatchThatSaysNoCancels) {
+  const Mesh mesh = Soup(1, 4000);
+  const PreparedBody body(ViewOf(mesh));
+  const SceneBodies bodies{&body, {&body}};
+  Question question = Towards({1.0, 0.3, 0.2});
+  question.offset = {-1.9, 0.0, 0.0};
+  Workspaces workspaces;
+  const Mesh bowl = Bowl(300, 0.2);
+  const PreparedBody large(ViewOf(bowl));
+  question.offset = {0.3, 0.2, 0.5};
+  const Answer answer = AnswerQuestion(
+      {&large, {&large}}, question, [](double) { return false; }, workspaces);
+  if (answer.status == SweepStatus::Cancelled) {
+    EXPECT_TRUE(SameBits(answer, Answer()));
+  }
+}
+
+} // namespace

@@ -1,0 +1,107 @@
+#include "Leaves.h"
+
+#include "Bodies.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <numeric>
+
+namespace {
+
+using namespace sweep_bodies;
+
+void ExpectWhole(const Parts& parts, std::size_t count) {
+  const Leaves& leaves = parts.leaves;
+  EXPECT_EQ(leaves.begin[0], 0u);
+  EXPECT_EQ(leaves.begin[leaves.Count()], count);
+  for (std::size_t leaf = 0; leaf < leaves.Count(); ++leaf) {
+    ASSERT_LT(leaves.begin[leaf], leaves.begin[leaf + 1]);
+    EXPECT_LE(leaves.begin[leaf + 1] - leaves.begin[leaf], static_cast<unsigned>(kLeafSize));
+    std::uint32_t least = 0xffffffffu;
+    for (std::size_t place = leaves.begin[leaf]; place < leaves.begin[leaf + 1]; ++place) {
+      least = std::min(least, parts.corners.Number(place));
+      for (int c = 0; c < 3; ++c) {
+        EXPECT_TRUE(Holds(parts.boxes.boxes[leaf], parts.corners.At(place, c)));
+        EXPECT_TRUE(Holds(parts.boxes.bounds, parts.corners.At(place, c)));
+      }
+    }
+    EXPECT_EQ(LeastNumber(parts.corners, leaves, leaf), least);
+  }
+}
+
+TEST(Leaves, HoldEveryTriangleOnceInBoxesOutward) {
+  for (const bool single : {true, false}) {
+    const Mesh mesh = single ? Single(Bowl(40, 0.3)) : Bowl(40, 0.3);
+    const Parts parts(mesh);
+    EXPECT_EQ(parts.corners.IsSingle(), single);
+    EXPECT_FALSE(parts.corners.IsReordered());
+    ExpectWhole(parts, mesh.TriangleCount());
+    EXPECT_LT(parts.leaves.Count(), mesh.TriangleCount() / 4);
+  }
+}
+
+TEST(Leaves, BoundsAreExact) {
+  Mesh mesh = Bowl(20, 0.1);
+  mesh.corners[100] = {-1.0 - 0x1p-52, 0.1, 7.3};
+  const Parts parts(mesh);
+  EXPECT_EQ(parts.boxes.bounds.low[0], -1.0 - 0x1p-52);
+  EXPECT_EQ(parts.boxes.bounds.high[2], 7.3);
+}
+
+TEST(Leaves, ScatteredTrianglesAreSorted) {
+  Mesh mesh = Bowl(60, 0.2);
+  std::vector<std::size_t> order(mesh.TriangleCount());
+  std::iota(order.begin(), order.end(), 0u);
+  std::shuffle(order.begin(), order.end(), std::mt19937_64(7));
+  Mesh shuffled;
+  for (const std::size_t k : order) {
+    sweep_shapes::AddTriangle(shuffled, mesh.corners[3 * k], mesh.corners[3 * k + 1],
+                              mesh.corners[3 * k + 2]);
+  }
+  const Parts parts(shuffled);
+  EXPECT_TRUE(parts.corners.IsReordered());
+  ExpectWhole(parts, mesh.TriangleCount());
+  EXPECT_LT(parts.leaves.Count(), mesh.TriangleCount() / 3);
+  std::vector<std::uint32_t> numbers;
+  for (std::size_t place = 0; place < parts.corners.Count(); ++place) {
+    numbers.push_back(parts.corners.Number(place));
+    const Coord3 p = parts.corners.At(place, 1);
+    EXPECT_EQ(p.x, shuffled.corners[3 * numbers.back() + 1].x);
+  }
+  std::sort(numbers.begin(), numbers.end());
+  for (std::size_t k = 0; k < numbers.size(); ++k)
+    ASSERT_EQ(numbers[k], k);
+}
+
+TEST(Leaves, AHugeTriangleIsALeafOfItsOwn) {
+  Mesh mesh = Bowl(10, 0.2);
+  const std::size_t huge = 50;
+  for (std::size_t c = 0; c < 3; ++c) {
+    Coord3& p = mesh.corners[3 * huge + c];
+    p = {p.x * 1e3, p.y * 1e3, p.z};
+  }
+  const Parts parts(mesh);
+  for (std::size_t leaf = 0; leaf < parts.leaves.Count(); ++leaf) {
+    const std::size_t begin = parts.leaves.begin[leaf];
+    const std::size_t end = parts.leaves.begin[leaf + 1];
+    if (begin <= huge && huge < end) {
+      EXPECT_EQ(end - begin, 1u);
+    }
+  }
+}
+
+TEST(Leaves, MeasuredAgainAreTheSame) {
+  const Parts parts(Soup(3, 500));
+  LeafBoxes again;
+  MeasureLeaves(parts.corners, parts.leaves, again);
+  for (std::size_t leaf = 0; leaf < parts.leaves.Count(); ++leaf) {
+    for (int k = 0; k < 3; ++k) {
+      EXPECT_EQ(again.boxes[leaf].low[k], parts.boxes.boxes[leaf].low[k]);
+      EXPECT_EQ(again.boxes[leaf].high[k], parts.boxes.boxes[leaf].high[k]);
+      EXPECT_EQ(again.bounds.low[k], parts.boxes.bounds.low[k]);
+    }
+  }
+}
+
+} // namespace

@@ -1,0 +1,91 @@
+#include "PreparedBody.h"
+
+#include "Bodies.h"
+#include "gsl_Matrix.h"
+
+#include <gtest/gtest.h>
+
+#include <thread>
+
+namespace {
+
+using namespace sweep_bodies;
+
+bool IsComfortable(double coordinate) {
+  Mesh mesh;
+  sweep_shapes::AddTriangle(mesh, {0.0, 0.0, 0.0}, {1.0, 0.0, -coordinate}, {0.0, 1.0, 0.0});
+  return PreparedBody(ViewOf(mesh)).IsComfortable();
+}
+
+TEST(PreparedBody, IsComfortableUpToItsLimits) {
+  EXPECT_TRUE(IsComfortable(0.0));
+  EXPECT_TRUE(IsComfortable(0x1p-100));
+  EXPECT_FALSE(IsComfortable(std::nextafter(0x1p-100, 0.0)));
+  EXPECT_FALSE(IsComfortable(0x1p-101)); // in single precision
+  EXPECT_TRUE(IsComfortable(0x1p120));
+  EXPECT_FALSE(IsComfortable(std::nextafter(0x1p120, 0x1p121)));
+  EXPECT_FALSE(IsComfortable(0x1p121));
+}
+
+TEST(PreparedBody, IsMadeOnceByManyThreads) {
+  const Mesh mesh = Bowl(60, 0.3);
+  const PreparedBody body(ViewOf(mesh));
+  const std::size_t before = body.Bytes();
+  const Tree<float>* single[4] = {};
+  const Tree<double>* exact[4] = {};
+  std::vector<std::thread> threads;
+  for (int k = 0; k < 4; ++k) {
+    threads.emplace_back([&, k] {
+      exact[k] = &body.DoubleTree();
+      single[k] = &body.SingleTree();
+      body.MakeSlabs();
+    });
+  }
+  for (std::thread& thread : threads)
+    thread.join();
+  for (int k = 1; k < 4; ++k) {
+    EXPECT_EQ(single[k], single[0]);
+    EXPECT_EQ(exact[k], exact[0]);
+  }
+  ASSERT_NE(body.SlabsIfMade(), nullptr);
+  EXPECT_EQ(body.SlabsIfMade()->nodes.size(), single[0]->nodes.size());
+  EXPECT_GT(body.Bytes(), before);
+}
+
+TEST(PreparedBody, MovedHoldsWhatIsMadeAfresh) {
+  gsl_Matrix matrix;
+  matrix.AxisRotation(gsl_Point(1.0, 2.0, 3.0), gsl_Vector(0.3, -0.2, 0.9), 1.1);
+  const Mesh mesh = Soup(21, 400);
+  const PreparedBody body(ViewOf(mesh));
+  Mesh moved = mesh;
+  for (Coord3& p : moved.corners) {
+    gsl_Point point(p.x, p.y, p.z);
+    matrix.Transform(point);
+    p = point.Coords();
+  }
+  const PreparedBody refitted(body, MovedVertices(body, matrix));
+  const PreparedBody fresh(ViewOf(moved));
+  for (int k = 0; k < 3; ++k) {
+    EXPECT_EQ(refitted.Bounds().low[k], fresh.Bounds().low[k]);
+    EXPECT_EQ(refitted.Bounds().high[k], fresh.Bounds().high[k]);
+    EXPECT_EQ(refitted.SingleTree().box.low[k], fresh.SingleTree().box.low[k]);
+  }
+  const Array<double> shifted = ShiftedVertices(body, {0.1, 0.2, 0.3});
+  EXPECT_EQ(shifted[0], body.Triangles().VertexAt(0).x + 0.1);
+  EXPECT_EQ(shifted[2], body.Triangles().VertexAt(0).z + 0.3);
+}
+
+TEST(PreparedBody, MovedOutOfRangeLosesTriangles) {
+  Mesh mesh = Soup(2, 50);
+  mesh.corners[3] = {1e300, 0.0, 0.0};
+  const PreparedBody body(ViewOf(mesh));
+  gsl_Matrix matrix;
+  matrix.m[0][0] = 1e10;
+  matrix.isIdentity = 0;
+  const PreparedBody moved(body, MovedVertices(body, matrix));
+  EXPECT_EQ(moved.Triangles().SkippedCount(), 1u);
+  EXPECT_EQ(moved.Triangles().Count(), 49u);
+  EXPECT_FALSE(moved.SingleTree().root.IsNone());
+}
+
+} // namespace

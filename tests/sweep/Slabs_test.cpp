@@ -1,0 +1,127 @@
+#include "Slabs.h"
+
+#include "Bodies.h"
+#include "TravelTest.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using namespace sweep_bodies;
+
+/// n . p with an error far below any that the slabs allow for.
+long double Extent(const float (&n)[3], const Coord3& p) {
+  return static_cast<long double>(n[0]) * p.x + static_cast<long double>(n[1]) * p.y +
+         static_cast<long double>(n[2]) * p.z;
+}
+
+void ExpectHolds(const Slab& slab, const Coord3& p) {
+  const long double extent = Extent(slab.normal, p);
+  ASSERT_LE(slab.from, extent);
+  ASSERT_LE(extent, slab.to);
+}
+
+std::vector<Mesh> Families() {
+  std::vector<Mesh> families;
+  for (const Mesh& mesh : {Bowl(30, 0.3), Bowl(30, 0.0), Soup(5, 800)}) {
+    families.push_back(mesh);
+    families.push_back(Single(mesh));
+    // Coordinates much larger than the body: every rounding shows.
+    families.push_back(sweep_shapes::Moved(mesh, {300.1, -7000.3, 0.7}));
+    families.push_back(sweep_shapes::Stretched(mesh, {1e-12, 1e-12, 1e-12}));
+    families.push_back(sweep_shapes::Stretched(mesh, {1e15, 1.0, 1e-6}));
+  }
+  return families;
+}
+
+TEST(Slabs, HoldEveryCorner) {
+  for (const Mesh& mesh : Families()) {
+    const Parts parts(mesh);
+    const Slabs slabs = Slabs::Of(parts.corners, parts.leaves, parts.tree);
+    ASSERT_EQ(slabs.nodes.size(), parts.tree.nodes.size());
+    for (std::size_t k = 0; k < slabs.nodes.size(); ++k) {
+      for (int lane = 0; lane < 4; ++lane) {
+        const Slab slab = slabs.nodes[k].At(lane);
+        const float length =
+            std::sqrt(slab.normal[0] * slab.normal[0] + slab.normal[1] * slab.normal[1] +
+                      slab.normal[2] * slab.normal[2]);
+        EXPECT_LE(length, 1.0f + 0x1p-20f);
+        EachPlace(parts.tree, parts.leaves, parts.tree.nodes[k].child[lane],
+                  [&](std::size_t place) {
+                    for (int c = 0; c < 3; ++c)
+                      ExpectHolds(slab, parts.corners.At(place, c));
+                  });
+      }
+    }
+    for (std::size_t place = 0; place < parts.corners.Count(); ++place)
+      ExpectHolds(slabs.root, parts.corners.At(place, 0));
+  }
+}
+
+TEST(Slabs, AreThinWhereTheSurfaceIsFlat) {
+  const Mesh plate = sweep_shapes::Moved(Bowl(30, 0.0), {0.0, 0.0, 1.0});
+  const Parts parts(plate);
+  const Slabs slabs = Slabs::Of(parts.corners, parts.leaves, parts.tree);
+  EXPECT_LT(slabs.root.to - slabs.root.from, 1e-3f);
+  EXPECT_NEAR(std::fabs(slabs.root.normal[2]), 1.0f, 1e-6f);
+  const Parts one(Mesh{plate.file, {plate.corners.begin(), plate.corners.begin() + 3}, {}});
+  EXPECT_LT(Slabs::Of(one.corners, one.leaves, one.tree).root.to, 1.00001f);
+}
+
+/// Two bowls of which corner k of the moving one meets corner j of the fixed one after `travel`:
+/// all numbers have few enough bits for the difference to be exact.
+TEST(SlabTest, NeverRejectsACornerThatMeetsACorner) {
+  std::mt19937_64 random(99);
+  std::size_t raised = 0;
+  for (int round = 0; round < 400; ++round) {
+    const auto whole = [&](int reach) {
+      return static_cast<double>(
+          static_cast<int>(random() % (2u * static_cast<unsigned>(reach) + 1u)) - reach);
+    };
+    // The largest component is from 1/2 to 1.
+    Coord3 d{whole(64) / 128.0, whole(64) / 128.0, round % 2 == 0 ? 0.75 : -0.5};
+    const double travel = std::fabs(whole(200)) / 4.0;
+    const double far = round % 3 == 0 ? 0.0 : 4096.0 * whole(40);
+    Mesh fixed = sweep_shapes::Moved(Bowl(16, 0.25), {far, -far, 0.5 * far});
+    const std::size_t j = random() % fixed.corners.size();
+    Mesh moving = sweep_shapes::Stretched(Bowl(16, 0.125), {1.0, 1.0, round % 5 == 0 ? -1.0 : 1.0});
+    const std::size_t k = random() % moving.corners.size();
+    const Coord3 target =
+        gsl_arithmetic::Subtract(fixed.corners[j], gsl_arithmetic::Multiply(d, travel));
+    moving = sweep_shapes::Moved(moving, gsl_arithmetic::Subtract(target, moving.corners[k]));
+    const Parts a(moving);
+    const Parts b(fixed);
+    const Slabs slabsA = Slabs::Of(a.corners, a.leaves, a.tree);
+    const Slabs slabsB = Slabs::Of(b.corners, b.leaves, b.tree);
+    const SlabTest test(d);
+    const TreeNode<float>& node = a.tree.nodes[0];
+    const Float4 error = (slabsA.nodes[0].reach + Float4::Of(RoundedUp(b.tree.box.Reach()))) *
+                         Float4::Of(kSlabError);
+    Float4 first = Float4::Of(0.0f);
+    Float4 last = Float4::Of(Box<float>::kFar);
+    test.Narrow<true>(node.boxes, slabsA.nodes[0], b.tree.box, slabsB.root, error, first, last);
+    const TreeNode<float>& other = b.tree.nodes[0];
+    const Float4 otherError = (slabsB.nodes[0].reach + Float4::Of(RoundedUp(a.tree.box.Reach()))) *
+                              Float4::Of(kSlabError);
+    Float4 otherFirst = Float4::Of(0.0f);
+    Float4 otherLast = Float4::Of(Box<float>::kFar);
+    test.Narrow<false>(other.boxes, slabsB.nodes[0], a.tree.box, slabsA.root, otherError,
+                       otherFirst, otherLast);
+    for (int lane = 0; lane < 4; ++lane) {
+      EachPlace(a.tree, a.leaves, node.child[lane], [&](std::size_t place) {
+        if (a.corners.Number(place) != k / 3) return;
+        ASSERT_LE(first[lane], travel) << "round " << round;
+        ASSERT_GE(last[lane], travel) << "round " << round;
+        raised += first[lane] > 0.0f ? 1 : 0;
+      });
+      EachPlace(b.tree, b.leaves, other.child[lane], [&](std::size_t place) {
+        if (b.corners.Number(place) != j / 3) return;
+        ASSERT_LE(otherFirst[lane], travel) << "round " << round;
+        ASSERT_GE(otherLast[lane], travel) << "round " << round;
+      });
+    }
+  }
+  EXPECT_GT(raised, 100u);
+}
+
+} // namespace

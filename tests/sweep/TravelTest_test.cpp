@@ -1,0 +1,105 @@
+#include "TravelTest.h"
+
+#include <gtest/gtest.h>
+
+#include <random>
+
+namespace {
+
+using namespace gsl_sweep;
+
+template <class Scalar>
+class TravelTests : public testing::Test {};
+
+using Scalars = testing::Types<float, double>;
+TYPED_TEST_SUITE(TravelTests, Scalars);
+
+template <class Scalar>
+Boxes<Scalar> Fourfold(const Box<Scalar>& box) {
+  Boxes<Scalar> boxes;
+  for (int lane = 0; lane < 4; ++lane)
+    boxes.Set(lane, box);
+  return boxes;
+}
+
+/// What both forms and the single one say of a pair.
+template <class Scalar>
+void ExpectWithin(const TravelTest<Scalar>& test, const Box<Scalar>& moving,
+                  const Box<Scalar>& fixed, Scalar limit, Scalar atLeast, Scalar atMost) {
+  Four<Scalar> from;
+  EXPECT_EQ(test.template Survivors<true>(Fourfold(moving), fixed, limit, from), 15u);
+  EXPECT_LE(from[3], atMost);
+  EXPECT_GE(from[3], atLeast);
+  EXPECT_EQ(test.template Survivors<false>(Fourfold(fixed), moving, limit, from), 15u);
+  EXPECT_LE(from[2], atMost);
+  EXPECT_GE(from[2], atLeast);
+  EXPECT_LE(test.FirstTravel(moving, fixed), atMost);
+  EXPECT_GE(test.FirstTravel(moving, fixed), atLeast);
+}
+
+/// Boxes whose corners meet at one travel alone, which is the limit as well.
+TYPED_TEST(TravelTests, BoxesThatTouchAtOneTravelSurvive) {
+  using Scalar = TypeParam;
+  std::mt19937_64 random(4);
+  const auto whole = [&](int low, int high) {
+    return static_cast<double>(static_cast<int>(random() % static_cast<unsigned>(high - low + 1)) +
+                               low);
+  };
+  for (int round = 0; round < 20000; ++round) {
+    double d[3];
+    for (double& c : d)
+      c = whole(-1023, 1023) / 1024.0;
+    d[round % 3] = round % 2 == 0 ? 513.0 / 1024.0 : -1023.0 / 1024.0;
+    const double travel = whole(0, 4000);
+    Box<Scalar> moving, fixed;
+    for (int k = 0; k < 3; ++k) {
+      // The side in front, 1/1024 of whole numbers: exact in single precision after the travel.
+      const double front = whole(-2000, 2000) / 1024.0;
+      const double met = front + travel * d[k];
+      const double size = whole(0, 3);
+      const double fixedSize = whole(0, 3);
+      moving.low[k] = static_cast<Scalar>(d[k] >= 0.0 ? front - size : front);
+      moving.high[k] = static_cast<Scalar>(d[k] >= 0.0 ? front : front + size);
+      fixed.low[k] = static_cast<Scalar>(d[k] >= 0.0 ? met : met - fixedSize);
+      fixed.high[k] = static_cast<Scalar>(d[k] >= 0.0 ? met + fixedSize : met);
+      // What moves does not have to meet there along every axis first.
+      ASSERT_EQ(static_cast<double>(static_cast<Scalar>(met)), met);
+    }
+    const TravelTest<Scalar> test({d[0], d[1], d[2]});
+    const Scalar limit = static_cast<Scalar>(travel);
+    ExpectWithin<Scalar>(test, moving, fixed, limit, limit * (1 - static_cast<Scalar>(0x1p-19)),
+                         limit);
+  }
+}
+
+TYPED_TEST(TravelTests, BoxesThatTouchAcrossAZeroComponentSurvive) {
+  using Scalar = TypeParam;
+  const TravelTest<Scalar> test({0.0, -0.0, -1.0});
+  const Box<Scalar> moving{{0, 0, 5}, {1, 1, 6}};
+  ExpectWithin<Scalar>(test, moving, {{1, -1, 0}, {2, 0, 1}}, 4,
+                       4 * (1 - static_cast<Scalar>(0x1p-19)), 4);
+  Four<Scalar> from;
+  const Scalar beyond = std::nextafter(Scalar{1}, Scalar{2});
+  EXPECT_EQ(test.template Survivors<true>(Fourfold(moving), {{beyond, 0, 0}, {2, 1, 1}}, 9, from),
+            0u);
+  EXPECT_EQ(test.template Survivors<false>(Fourfold(Box<Scalar>{{beyond, 0, 0}, {2, 1, 1}}), moving,
+                                           9, from),
+            0u);
+  // Before the start, and beyond the limit.
+  EXPECT_EQ(test.template Survivors<true>(Fourfold(moving), {{0, 0, 7}, {1, 1, 8}}, 9, from), 0u);
+  EXPECT_EQ(test.template Survivors<true>(Fourfold(moving), {{0, 0, 0}, {1, 1, 1}}, 3, from), 0u);
+}
+
+TYPED_TEST(TravelTests, EmptyLanesNeverSurvive) {
+  using Scalar = TypeParam;
+  Four<Scalar> from;
+  const Box<Scalar> other{{-1, -1, -1}, {1, 1, 1}};
+  const Boxes<Scalar> none = Fourfold(Box<Scalar>::Empty());
+  for (const Coord3& d : {Coord3{0.0, 0.0, 1.0}, Coord3{-0.5, 0.5, 0.75}}) {
+    const TravelTest<Scalar> test(d);
+    EXPECT_EQ(test.template Survivors<true>(none, other, Box<Scalar>::kFar, from), 0u);
+    EXPECT_EQ(test.template Survivors<false>(none, other, Box<Scalar>::kFar, from), 0u);
+  }
+}
+
+} // namespace

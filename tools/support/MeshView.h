@@ -1,0 +1,21 @@
+#ifndef GSL_TOOLS_MESH_VIEW_H
+#define GSL_TOOLS_MESH_VIEW_H
+
+#include "Mesh.h"
+#include "gsl_Sweep.h"
+
+namespace gsl_sweep {
+
+/// The triangles of a mesh, for as long as it is there and unchanged.
+inline TriangleView ViewOf(const Mesh& mesh) {
+  static_assert(sizeof(Coord3) == 3 * sizeof(double), "corners are numbers one after the other");
+  TriangleView view;
+  view.triangleCount = mesh.TriangleCount();
+  view.vertexCount = 3 * view.triangleCount;
+  view.vertices = mesh.corners.empty() ? nullptr : &mesh.corners.front().x;
+  return view;
+}
+
+} // namespace gsl_sweep
+
+#endif
