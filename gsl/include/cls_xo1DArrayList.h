@@ -14,8 +14,8 @@
 #include <utility>
 
 /// Persistent list of values of class T. Copies share the elements until one of them changes, and
-/// keep the identity; a move takes the identity along and leaves its source empty, with a fresh
-/// one.
+/// they keep the identity. A move takes the identity along and leaves its source empty, with a
+/// fresh identity.
 ///
 /// Record  the elements in order, each a full record; none is null.
 /// Errors  reading throws nex_Exception for a record that is not a list, and for an entry that is
@@ -23,10 +23,10 @@
 template <class T>
 class GSL_API cls_xo1DArrayList {
 public:
-  /// Empty, with a fresh identity.
+  /// The list is empty and has a fresh identity.
   cls_xo1DArrayList();
-  /// The elements of the record, under the identity that the caller read for the list; an absent
-  /// record has none.
+  /// Reads the elements of the record, under the identity that the caller read for the list. An
+  /// absent record has no elements.
   cls_xo1DArrayList(const cls_ReadVisitor& visitor, const cls_Uid& identity);
   cls_xo1DArrayList(const cls_xo1DArrayList&) = default;
   cls_xo1DArrayList(cls_xo1DArrayList&& other) noexcept;
@@ -35,9 +35,9 @@ public:
 
   std::size_t Count() const { return m_elements.Count(); }
   [[nodiscard]] bool IsEmpty() const { return m_elements.IsEmpty(); }
-  /// No range check. Valid until the list changes.
+  /// The index is not checked. The reference is valid until the list changes.
   const T& operator[](std::size_t i) const { return m_elements[i]; }
-  /// The elements in order; valid until the list changes.
+  /// Returns the elements in order. They are valid until the list changes.
   const T* begin() const { return m_elements.begin(); }
   const T* end() const { return m_elements.end(); }
   /// `value` may be an element of this list.

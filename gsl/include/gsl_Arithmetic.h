@@ -43,7 +43,8 @@ inline Coord3 Cross(const Coord3& a, const Coord3& b) {
   return {a.y * b.z - a.z * b.y, a.z * b.x - a.x * b.z, a.x * b.y - a.y * b.x};
 }
 
-/// sqrt(x*x + y*y + z*z), without scaling: overflows to infinity above about 1e154.
+/// Returns sqrt(x*x + y*y + z*z), without scaling: the result overflows to infinity above about
+/// 1e154.
 inline double Length(const Coord3& a) {
   return std::sqrt(a.x * a.x + a.y * a.y + a.z * a.z);
 }
@@ -54,7 +55,8 @@ struct Measured3 {
   double magnitude;
 
   Measured3() = default;
-  // Not an aggregate: three numbers in braces, as in gsl_Vector({1, 2, 3}), must not mean this.
+  // This is not an aggregate: three numbers in braces, as in gsl_Vector({1, 2, 3}), must not mean
+  // it.
   constexpr Measured3(const Coord3& components, double length) : c(components), magnitude(length) {}
 };
 
@@ -62,38 +64,39 @@ inline Measured3 Measure(const Coord3& c) {
   return {c, Length(c)};
 }
 
-/// The multiple by s; the length is scaled along, without a square root.
+/// Returns the multiple by s. The length is multiplied as well, without a square root.
 inline Measured3 Scaled(const Measured3& v, double s) {
   return {Multiply(v.c, s), s > 0.0 ? v.magnitude * s : -(v.magnitude * s)};
 }
 
-/// Divides by the cached length, which becomes exactly 1.0. False, and unchanged, when
-/// linearTolerance > magnitude.
+/// Divides by the cached length, which becomes exactly 1.0. Returns false, and changes nothing,
+/// when linearTolerance > magnitude.
 inline bool Normalize(Measured3& v, double linearTolerance) {
   if (linearTolerance > v.magnitude) return false;
   v = {Divide(v.c, v.magnitude), 1.0};
   return true;
 }
 
-/// The multiple by 1 / magnitude, measured again; zero when linearTolerance > magnitude.
+/// Returns the multiple by 1 / magnitude, with its length measured again, or zero when
+/// linearTolerance > magnitude.
 inline Measured3 NormalizedCopy(const Measured3& v, double linearTolerance) {
   if (linearTolerance > v.magnitude) return {{0.0, 0.0, 0.0}, 0.0};
   return Measure(Multiply(v.c, 1.0 / v.magnitude));
 }
 
-/// cosineTolerance * |a| * |b| > |a x b|.
+/// Returns whether cosineTolerance * |a| * |b| > |a x b|.
 [[nodiscard]] inline bool IsOn(const Measured3& a, const Measured3& b, double cosineTolerance) {
   return cosineTolerance * a.magnitude * b.magnitude > Length(Cross(a.c, b.c));
 }
 
-/// cosineTolerance * |a| * |b| > |a . b|.
+/// Returns whether cosineTolerance * |a| * |b| > |a . b|.
 [[nodiscard]] inline bool IsOrthogonal(const Measured3& a, const Measured3& b,
                                        double cosineTolerance) {
   return cosineTolerance * a.magnitude * b.magnitude > std::fabs(Dot(a.c, b.c));
 }
 
-/// On every axis where `limit` is below c, or above it for RaiseTo, c becomes the limit. C is any
-/// type with x, y and z. A NaN is neither below nor above.
+/// A coordinate of c becomes that of `limit` where `limit` is below it, or above it for RaiseTo. C
+/// is any type with x, y and z. A NaN is neither below nor above.
 template <class C, class Limit>
 inline void LowerTo(C& c, const Limit& limit) {
   c.x = limit.x < c.x ? limit.x : c.x;

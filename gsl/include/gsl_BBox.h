@@ -19,9 +19,9 @@ struct gsl_RecordLayout;
 /// Units      model units.
 /// Empty      min exceeds max on some axis; the empty state is min (0, 0, 0), max (-1, -1, -1). A
 ///            box around one point is not empty.
-/// Tolerance  none, but for operator==.
-/// NaN        is neither smaller nor larger: a coordinate that is NaN when it enters an empty box
-///            stays, one that comes later is passed over.
+/// Tolerance  none, except in operator==.
+/// NaN        is neither smaller nor larger: a NaN coordinate that enters an empty box stays, and a
+///            later NaN is ignored.
 /// Identity   corners and box have uids; a copy and an assignment take the source's.
 /// Errors     none thrown and none printed, except by the records.
 class GSL_API gsl_BBox {
@@ -29,22 +29,22 @@ public:
   gsl_Point min; ///< lower corner
   gsl_Point max; ///< upper corner
 
-  /// Empty.
+  /// The box is empty.
   gsl_BBox();
-  /// From a record; a missing corner is (0, 0, 0) without an identity. Throws nex_Exception for a
-  /// record of another class and a field of another kind.
+  /// Reads a record; a missing corner is (0, 0, 0) without an identity. Throws nex_Exception for a
+  /// record of another class and for a field of another kind.
   explicit gsl_BBox(const cls_ReadVisitor& visitor);
 
-  /// Writes the record; the only virtual operation.
+  /// Writes the record. This is the only virtual operation.
   virtual void DBWrite(const cls_WriteVisitor& visitor) const;
   static void InitializeMetadata(cls_ClassRegistrar& registrar);
 
-  /// Becomes empty; the corners and the box keep their uids.
+  /// The box becomes empty; the corners and the box keep their uids.
   void Vacate();
   [[nodiscard]] bool IsEmpty() const { return min.x > max.x || min.y > max.y || min.z > max.z; }
 
-  /// Grows to hold p. An empty box takes copies of p, identity included, as both corners; otherwise
-  /// coordinates change and uids stay.
+  /// The box grows to hold p. An empty box takes copies of p, identity included, as both corners;
+  /// otherwise coordinates change and uids stay.
   void Add(const gsl_Point& p) {
     if (IsEmpty()) {
       // p may be a corner of this box, so the second copy is of the first.
@@ -55,8 +55,8 @@ public:
     gsl_arithmetic::LowerTo(min, p);
     gsl_arithmetic::RaiseTo(max, p);
   }
-  /// Grows to hold b; nothing for an empty b. An empty box takes copies of b's corners, identities
-  /// included.
+  /// The box grows to hold b; an empty b changes nothing. An empty box takes copies of b's corners,
+  /// identities included.
   void Add(const gsl_BBox& b) {
     if (b.IsEmpty()) return;
     if (IsEmpty()) {
@@ -68,10 +68,10 @@ public:
     gsl_arithmetic::RaiseTo(max, b.max);
   }
 
-  /// On no axis is the extent of both together larger than the sum of their extents: boxes that
-  /// touch intersect (closed, in rounded arithmetic). The empty state has the extent -1, so it
-  /// intersects nothing, itself included, but a box of 2^54 or more on every axis, where rounding
-  /// hides the 1.
+  /// Returns true when on no axis the extent of both boxes together is larger than the sum of their
+  /// extents. The test is closed, in rounded arithmetic, so boxes that touch intersect. The empty
+  /// state has the extent -1 and intersects nothing, not even itself. The exception is a box of
+  /// 2^54 or more on every axis, where rounding hides the 1.
   [[nodiscard]] bool Intersect(const gsl_BBox& b) const {
     gsl_arithmetic::Coord3 low = min.Coords();
     gsl_arithmetic::Coord3 high = max.Coords();
@@ -88,36 +88,39 @@ public:
            !(high.z - low.z > ZLen() + b.ZLen());
   }
 
-  /// Becomes the box around its eight transformed corners, so a rotation makes it grow. That is a
-  /// new box: its uids are fresh, both corners sharing one. An empty box is left alone.
+  /// The box becomes the box around its eight transformed corners, so a rotation makes it grow. The
+  /// result counts as a new box: its uids are fresh, and both corners share one. An empty box does
+  /// not change.
   void Transform(const gsl_Matrix& m);
 
-  /// max - min; -1 for the empty state.
+  /// Returns max - min, which is -1 for the empty state.
   double XLen() const { return max.x - min.x; }
   double YLen() const { return max.y - min.y; }
   double ZLen() const { return max.z - min.z; }
 
-  /// Length of the diagonal; -1.0 for an empty box.
+  /// Returns the length of the diagonal, or -1.0 for an empty box.
   double Size() const;
-  /// 0.5 * (min + max), a fresh identity; deliberately (-0.5, -0.5, -0.5) for the empty state.
+  /// Returns 0.5 * (min + max) with a fresh identity. For the empty state this is deliberately
+  /// (-0.5, -0.5, -0.5).
   gsl_Point Center() const { return gsl_Point(min, max); }
-  /// From min to max; the zero vector for an empty box.
+  /// Returns the vector from min to max, or the zero vector for an empty box.
   gsl_Vector Diag() const;
-  /// Sphere about Center() with radius Size() / 2, both rounded to single precision, which may make
-  /// them infinite. The empty state deliberately has the radius -0.5.
+  /// Returns the sphere about Center() with radius Size() / 2. Both are rounded to single
+  /// precision, which may make them infinite. The empty state deliberately has the radius -0.5.
   g3d_Sphere GetExtent() const;
 
   const cls_Uid& Uid() const { return m_uid; }
 
-  /// The same object, or equal corners as gsl_Point::operator== has it (zeroTolerance).
+  /// Returns true for the same object, and when the corners are equal by gsl_Point::operator==
+  /// (zeroTolerance).
   [[nodiscard]] bool operator==(const gsl_BBox& o) const;
   [[nodiscard]] bool operator!=(const gsl_BBox& o) const { return !(*this == o); }
 
-  /// min, then max, a line each.
+  /// Writes min, then max, one line each.
   void Print(aio_ostream& out, int indent) const;
 
   static constexpr unsigned int TypeId() { return 0x030A0007u; }
-  /// Not virtual, like the operation of gsl_Point.
+  /// This operation is not virtual, like the same operation of gsl_Point.
   unsigned int DynTypeId() const { return TypeId(); }
 
 private:

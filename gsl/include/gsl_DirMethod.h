@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-/// How a datum plane was created. Records hold the name; neither names nor numbers change.
+/// How a datum plane was created. Records hold the name, so the names and the numbers never change.
 enum gsl_DirMethod : std::int32_t {
   FROM_POINT_VECTOR = 0,
   FROM_FACE = 1,

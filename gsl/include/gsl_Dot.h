@@ -13,40 +13,43 @@ class cls_WriteVisitor;
 template <class>
 struct gsl_RecordLayout;
 
-/// Datum point: a position, how it was made, and the model entity it stands for.
+/// Datum point: a position, how it was made, and the model entity that it represents.
 ///
 /// Units      model units.
-/// Identity   a constructor other than the copies allocates a fresh uid; a copy stands for the same
+/// Identity   a constructor other than the copies allocates a fresh uid; a copy represents the same
 ///            stored object and deliberately keeps its source's.
 /// Hooks      classes of the host derive from this one; the order of the virtual operations is part
 ///            of the interface.
 /// Errors     none thrown and none printed, except by the records; coordinates are not checked.
 class GSL_API gsl_Dot {
 public:
-  /// A copy of p (identity kept), method gsl_FROM_POINT, instance 0, entity -1.
+  /// The point is a copy of p (identity kept), with method gsl_FROM_POINT, instance 0 and entity
+  /// -1.
   gsl_Dot(const gsl_Point& p);
   gsl_Dot(double x, double y, double z);
-  /// At the origin.
+  /// The point is at the origin.
   gsl_Dot();
-  /// Stands for a mesh node: at the origin until SetValues, method gsl_FROM_NODE.
+  /// The point represents a mesh node and is at the origin until SetValues. Its method is
+  /// gsl_FROM_NODE.
   gsl_Dot(int instanceId, int entityId);
-  /// From a record. Missing numbers are 0, deliberately the entity id too; a missing point is the
-  /// origin without an identity. A missing or unknown method name throws omu_ValueErrorException, a
-  /// record of another class and a field of another kind nex_Exception.
+  /// Reads a record. Missing numbers are 0, deliberately the entity id too; a missing point is the
+  /// origin without an identity. Throws omu_ValueErrorException for a missing or unknown method
+  /// name, nex_Exception for a record of another class and for a field of another kind.
   explicit gsl_Dot(const cls_ReadVisitor& visitor);
   gsl_Dot(const gsl_Dot&);
   gsl_Dot& operator=(const gsl_Dot&);
 
   virtual ~gsl_Dot();
-  /// A heap copy of the dynamic type that the caller owns; null when there is no memory. A derived
-  /// class that does not override this is sliced.
+  /// Returns a heap copy of the dynamic type, which the caller owns, or null when there is no
+  /// memory. A derived class that does not override this is sliced.
   [[nodiscard]] virtual gsl_Dot* Copy() const;
-  /// True; nothing is recomputed and the list is not read.
+  /// Returns true. Nothing is recomputed and the list is not read.
   virtual bool Regenerate(const ftr_FeatureList* features);
   virtual int GetEntityId() const;
-  /// The extension points are for classes of the host; here they do nothing and return false.
+  /// Classes of the host override these extension points. Here they do nothing and return false.
   [[nodiscard]] virtual bool ExtensionPoint1(const void*);
-  /// Number and ids of the features that own the point: none here, and id 0 for every index.
+  /// Returns the number and the ids of the features that own the point: here 0, and id 0 for every
+  /// index.
   virtual int NumOwnerFeatures() const;
   virtual int OwnerFeatureId(int index) const;
   virtual void ExtensionPoint2(double, double, double);
@@ -54,7 +57,7 @@ public:
   virtual unsigned int DynTypeId() const;
   virtual void DBWrite(const cls_WriteVisitor& visitor) const;
 
-  /// Whether the object is of that class, or of one registered as derived from it.
+  /// Returns whether the object is of that class, or of a class registered as derived from it.
   [[nodiscard]] bool IsA(unsigned int typeId) const;
   static void InitializeMetadata(cls_ClassRegistrar& registrar);
 
@@ -63,11 +66,11 @@ public:
   int GetInstanceId() const { return m_instanceId; }
   const cls_Uid& Uid() const { return m_uid; }
 
-  /// Moves the point; its identity, the method and both ids stay.
+  /// Moves the point. Its identity, its method and both ids stay.
   void SetValues(double x, double y, double z);
 
-  /// Id of the first owner feature, or 0 when NumOwnerFeatures() is below 1. Asks the virtual
-  /// operations.
+  /// Returns the id of the first owner feature, or 0 when NumOwnerFeatures() is below 1. Calls the
+  /// virtual operations.
   int OwnerFeatID() const;
 
   static constexpr unsigned int TypeId() { return 0x030A0005u; }

@@ -3,8 +3,8 @@
 
 #include <cstdint>
 
-/// How a datum point was created. Records hold the name, prefix included; neither names nor numbers
-/// change. The marker for "invalid" is deliberately not the last.
+/// How a datum point was created. Records hold the name, prefix included, so the names and the
+/// numbers never change. The marker for "invalid" is deliberately not the last.
 enum gsl_DotMethod : std::int32_t {
   gsl_FROM_POINT = 0,
   gsl_FROM_VERTEX = 1,

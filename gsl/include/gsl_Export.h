@@ -8,7 +8,7 @@
 #define GSL_API
 #endif
 
-// NaN-compares-equal and the order of evaluation are part of every promise made in these headers.
+// Every promise in these headers relies on NaN and on the order of operations.
 #if defined(__FAST_MATH__) || (defined(__FINITE_MATH_ONLY__) && __FINITE_MATH_ONLY__ > 0)
 #error "gsl_geometry cannot be used with -ffast-math or -ffinite-math-only"
 #endif

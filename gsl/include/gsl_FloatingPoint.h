@@ -6,14 +6,15 @@
 #include <cstdint>
 #include <cstring>
 
-/// The steps of gsl_CheckFloatingPoint, which is below.
+/// The steps of gsl_CheckFloatingPoint, which is declared below.
 ///
-/// Everything is static: each source file must get a copy that is compiled with its own flags; of
-/// inline functions the linker would keep one. Each mention of a volatile number reads it, so that
-/// the compiler can neither compute a result itself nor take two operations for the same one.
+/// Everything is static, because each source file must get a copy that is compiled with its own
+/// flags: the linker would keep one copy of an inline function. Each mention of a volatile number
+/// reads it. So the compiler can neither compute a result itself nor take two operations for the
+/// same one.
 namespace gsl_floating_point {
 
-/// Upward, the first sum is above 1; downward and towards zero, the difference is below.
+/// Upward, the first sum is above 1. Downward and towards zero, the difference is below 1.
 [[nodiscard]] static inline bool RoundsToNearest() {
   const volatile double one = 1.0, half = 0x1p-53, quarter = 0x1p-55;
   return one + half == 1.0 && one - quarter == 1.0;
@@ -25,40 +26,42 @@ namespace gsl_floating_point {
   return smallestNormal * half != 0.0;
 }
 
-/// By value: what instrumentation puts around each read of memory would keep some compilers from
-/// fusing here, but not in all of the file.
+/// The arguments come by value. Otherwise instrumentation puts code around each read of memory,
+/// which keeps some compilers from fusing here, but not in the whole file.
 static inline double LocalDot(gsl_arithmetic::Coord3 a, gsl_arithmetic::Coord3 b) {
   return a.x * b.x + a.y * b.y + a.z * b.z;
 }
 
-/// (1 + 2^-30)^2 = 1 + 2^-29 + 2^-60, whose last term a product loses when it is rounded. Every
-/// row takes the rounded product away again: 0 when each operation rounds, 2^-60 when the one that
-/// makes the square is fused. Each of the three products is the square once.
+/// (1 + 2^-30)^2 is 1 + 2^-29 + 2^-60, and a rounded product loses the last term. Every row
+/// subtracts the rounded product: the result is 0 when each operation rounds, and 2^-60 when the
+/// square is fused. Each of the three products is the square once.
 [[nodiscard]] static inline bool RoundsProducts() {
   const volatile double h = 1.0 + 0x1p-30, k = 1.0 + 0x1p-29, minus = -1.0, zero = 0.0;
   const gsl_arithmetic::Coord3 rows[3][2] = {{{h, minus, zero}, {h, k, zero}},
                                              {{minus, h, zero}, {k, h, zero}},
                                              {{minus, zero, h}, {k, zero, h}}};
   for (const auto& row : rows) {
-    // As this source file has it, and as whichever the linker kept.
+    // The first check is compiled with this source file, the second is the copy that the linker
+    // kept.
     if (LocalDot(row[0], row[1]) != 0.0 || gsl_arithmetic::Dot(row[0], row[1]) != 0.0) return false;
   }
   return true;
 }
 
-/// 1 is lost beside 2^60, unless the sum is never formed or has more bits than a double.
+/// The 1 is lost beside 2^60, unless the sum is never formed or has more bits than a double.
 [[nodiscard]] static inline bool KeepsOrderOfSums() {
   const volatile double small = 1.0, large = 0x1p60;
   const double x = small, y = large;
   return (x + y) - y == 0.0;
 }
 
-/// 49 * (1 / 49) is below 1. A compiler that may divides once for several divisions by one number,
-/// and not at all by a number that it knows.
+/// 49 * (1 / 49) is below 1. A compiler that is free to do so divides once for several divisions by
+/// one number, and never by a number that it knows.
 [[nodiscard]] static inline bool Divides() {
   const volatile double numerators[] = {49.0, 98.0, 196.0}, divisor = 49.0;
   const double d = divisor;
-  // Stored before any is looked at: a comparison in between would keep the divisions apart.
+  // Both quotients are stored before either is compared: a comparison in between would keep the
+  // divisions apart.
   const volatile double quotients[] = {numerators[0] / d, numerators[1] / d, numerators[2] / d};
   return quotients[0] == 1.0 && quotients[1] == 2.0 && quotients[2] == 4.0 &&
          numerators[0] / 49.0 == 1.0;
@@ -81,14 +84,15 @@ static inline double LocalDot(gsl_arithmetic::Coord3 a, gsl_arithmetic::Coord3 b
 
 } // namespace gsl_floating_point
 
-/// Whether arithmetic that public headers inline has the documented bits in the source file that
-/// calls this, and on the thread that does.
+/// Returns whether inlined arithmetic has the documented bits in the calling source file and on the
+/// calling thread.
 ///
-/// Null when it has; otherwise a literal of one line that says what is wrong and how to mend it. A
-/// host calls it at start-up, once in a source file of each module that is compiled with flags of
-/// its own. Notices fused products and sums, reordered sums, excess precision, divisions turned
-/// into products, lost signs of zero and NaN, flushed subnormals, and a rounding mode other than
-/// nearest. Not for inline functions in headers, of which the linker keeps one copy.
+/// Returns null when it has, and otherwise a literal of one line that says what is wrong and how to
+/// mend it. A host calls it at start-up, once in a source file of each module that is compiled with
+/// its own flags. It notices fused products and sums, reordered sums, excess precision, divisions
+/// turned into products, lost signs of zero and NaN, flushed subnormals, and a rounding mode other
+/// than nearest. Do not call it from inline functions in headers, of which the linker keeps one
+/// copy.
 static inline const char* gsl_CheckFloatingPoint() {
   using namespace gsl_floating_point;
   if (!RoundsToNearest())

@@ -3,8 +3,8 @@
 
 #include <cstdint>
 
-/// How a datum axis was created. Records hold the name; neither names nor numbers change. The
-/// marker for "invalid" is deliberately not the last.
+/// How a datum axis was created. Records hold the name, so the names and the numbers never change.
+/// The marker for "invalid" is deliberately not the last.
 enum gsl_LineMethod : std::int32_t {
   FROM_PNT_VECTOR = 0,
   FROM_EDGE = 1,
