@@ -19,7 +19,7 @@ struct PairState {
 
 namespace {
 
-/// Workspaces of a pair, for one question.
+/// The memory of a pair for its questions; each question takes one.
 class Borrowed {
 public:
   explicit Borrowed(PairState& state) : m_state(state) {
@@ -46,7 +46,7 @@ private:
   Workspaces m_workspaces;
 };
 
-/// Progress of jobs that end in any order.
+/// The progress of jobs that end in any order.
 class Tally {
 public:
   Tally(const Run& run, std::size_t count) : m_run(run), m_count(count) {}
@@ -71,7 +71,7 @@ private:
   std::atomic<bool> m_isCancelled{false};
 };
 
-/// Adds the number of the question to what went wrong with it.
+/// Adds the number of the question to the text of its error.
 [[noreturn]] void RethrowFor(std::size_t question) {
   const auto text = [question](const std::exception& error) {
     return "question " + std::to_string(question) + ": " + error.what();
@@ -93,7 +93,7 @@ std::vector<const PreparedBody*> AllBodies(const SceneBodies& bodies) {
   return all;
 }
 
-/// What takes time and pays from the second question on.
+/// Makes the slabs, which take time and save time from the second question on.
 void MakeSlabs(const SceneBodies& bodies, const Run& run) {
   std::vector<const PreparedBody*> lacking = AllBodies(bodies);
   const auto needsNone = [](const PreparedBody* body) {

@@ -133,7 +133,7 @@ struct Contact {
 struct Answer {
   SweepStatus status = SweepStatus::Cancelled;
   Coord3 unitDirection{0.0, 0.0, 0.0}; ///< rounded from twice the precision; zero when cancelled
-  Contact contact;                     ///< of Contact and Start; as made otherwise
+  Contact contact;                     ///< set for Contact and Start only
 };
 
 /// Runs job(0) to job(count - 1), each once, on any threads, and returns when all have returned. A
