@@ -12,8 +12,8 @@
 
 namespace gsl_sweep {
 
-/// A plain array, not initialised, on huge pages where it is large: first use of fresh memory is a
-/// good part of the time that a body takes.
+/// A plain array that is not initialised and lies on huge pages where it is large. First use of
+/// fresh memory takes a large part of the time that a body takes.
 template <class T>
 class Array {
   static_assert(std::is_trivially_copyable<T>::value && std::is_trivially_destructible<T>::value,

@@ -7,7 +7,7 @@ Body::Body(std::shared_ptr<const PreparedBody> prepared) : m_prepared(std::move(
 Body::~Body() = default;
 Body::Body(const Body&) = default;
 Body& Body::operator=(const Body&) = default;
-// A moved-from body keeps what it shares, so that every body can be asked.
+// A body that was moved from keeps its share, so that every body can be asked.
 Body::Body(Body&& other) noexcept : m_prepared(other.m_prepared) {}
 Body& Body::operator=(Body&& other) noexcept {
   m_prepared = other.m_prepared;

@@ -7,7 +7,7 @@
 
 namespace gsl_sweep {
 
-/// The extents of something along the axes, closed.
+/// The closed extents of an object along the axes.
 template <class Scalar>
 struct Box {
   Scalar low[3], high[3];
@@ -22,10 +22,10 @@ struct Box {
     }
   }
 
-  /// Half the length of its edges, or of a quarter of them.
+  /// Returns the sum of its lengths along the axes.
   Scalar Size() const { return (high[0] - low[0]) + (high[1] - low[1]) + (high[2] - low[2]); }
 
-  /// At least |x| + |y| + |z| of every point in it, as long as the sum is exact.
+  /// Returns at least |x| + |y| + |z| of every point in it, as long as the sum is exact.
   double Reach() const {
     double reach = 0.0;
     for (int k = 0; k < 3; ++k) {
@@ -36,8 +36,8 @@ struct Box {
   }
 };
 
-/// The float at or below x. A number whose magnitude is below 2^-100 gives 0 or -2^-100, so that
-/// differences of such floats are never subnormal.
+/// Returns the float at or below x. A number whose magnitude is below 2^-100 becomes 0 or -2^-100,
+/// so that differences of such floats are never subnormal.
 inline float RoundedDown(double x) {
   constexpr double least = 0x1p-100;
   if (x < least && x > -least) return x < 0.0 ? -0x1p-100f : 0.0f;
@@ -48,7 +48,7 @@ inline float RoundedDown(double x) {
              : nearest;
 }
 
-/// The float at or above x, likewise.
+/// Returns the float at or above x in the same way.
 inline float RoundedUp(double x) {
   return -RoundedDown(-x);
 }

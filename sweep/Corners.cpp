@@ -9,12 +9,12 @@ namespace gsl_sweep {
 
 namespace {
 
-/// Numbers that are converted and compared at once, within the nearest cache.
+/// The count of numbers that are converted and compared at once, within the nearest cache.
 constexpr std::size_t kBlock = 4096;
 
-/// Writes the numbers in single precision; false when one of them is not such a number. A NaN is
-/// not. (They are compared from memory: compilers have dropped the rounding of a pair that is
-/// converted to float and back in registers.)
+/// Writes the numbers in single precision. Returns false when a number, or a NaN, does not equal
+/// its single-precision form. The numbers are compared from memory, because compilers have dropped
+/// the rounding of a pair that is converted to float and back in registers.
 bool ConvertToSingle(const double* from, float* to, std::size_t count) {
   for (std::size_t begin = 0; begin < count; begin += kBlock) {
     const std::size_t end = std::min(begin + kBlock, count);
@@ -41,7 +41,7 @@ bool ConvertToSingle(const double* from, float* to, std::size_t count) {
   return true;
 }
 
-/// Whether one of the numbers is NaN or infinite: then its product with zero is not zero.
+/// Returns true when one of the numbers is NaN or infinite: then its product with zero is not zero.
 template <class Scalar>
 bool HasUnfit(const Scalar* numbers, std::size_t count) {
   Scalar sum = 0;

@@ -11,8 +11,8 @@
 
 namespace gsl_sweep {
 
-/// Reads corners of one storage, for loops over many triangles. A place is where a triangle is
-/// kept; its number is what the caller knows it by.
+/// Reads corners of one storage, for loops over many triangles. A place is the position at which a
+/// triangle is stored; its number is the caller's.
 template <class Scalar, bool kIndexed>
 struct CornerReader {
   const Scalar* vertices;
@@ -25,7 +25,7 @@ struct CornerReader {
   const Scalar* At(std::size_t place, int corner) const {
     return vertices + 3 * Vertex(place, corner);
   }
-  /// Rounded to nearest; the fourth number is any.
+  /// Rounds to nearest. The fourth number is arbitrary.
   Float4 Single(std::size_t place, int corner) const {
     if constexpr (sizeof(Scalar) == sizeof(float)) {
       return Float4::At(At(place, corner));
@@ -35,13 +35,13 @@ struct CornerReader {
   }
 };
 
-/// The triangles of a body that take part: in single precision where that holds every coordinate,
-/// else in double.
+/// The triangles of a body that take part. They are in single precision where single precision
+/// holds every coordinate, and otherwise in double.
 class Corners {
 public:
   /// Errors     see Body.
   explicit Corners(const TriangleView& view);
-  /// The same triangles with other vertices, three numbers each.
+  /// Holds the same triangles with other vertices, three numbers each.
   Corners(const Corners& other, const double* vertices);
 
   std::size_t Count() const { return m_count; }
@@ -68,7 +68,7 @@ public:
     return m_single.Bytes() + m_double.Bytes() + m_corners.Bytes() + m_numbers.Bytes();
   }
 
-  /// Calls work with the reader of this storage.
+  /// Calls `work` with the reader of this storage.
   template <class Work>
   void Read(const Work& work) const {
     if (m_isSingle) {
@@ -95,14 +95,14 @@ private:
 
   std::size_t m_count = 0, m_vertexCount = 0, m_skipped = 0;
   bool m_isSingle = true, m_isIndexed = false;
-  // Read four at a time: one number more than there are.
+  // Loops read four numbers at a time, so the array has one number more than is used.
   Array<float> m_single;
   Array<double> m_double;
   Array<std::uint32_t> m_corners;
   Array<std::uint32_t> m_numbers; ///< empty: in the caller's order
 };
 
-/// How far ahead a gather fetches.
+/// The number of triangles that a gather fetches ahead.
 constexpr std::size_t kFetchAhead = 16;
 
 template <class T, class Order>

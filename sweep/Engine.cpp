@@ -16,7 +16,7 @@ double Largest(const Coord3& p) {
   return std::max({std::fabs(p.x), std::fabs(p.y), std::fabs(p.z)});
 }
 
-/// Each component is zero or of a magnitude from `least` to `most`.
+/// Returns true when each component is zero or has a magnitude from `least` to `most`.
 bool IsWithin(const Coord3& p, double least, double most) {
   for (const double c : {p.x, p.y, p.z}) {
     const double magnitude = std::fabs(c);
@@ -25,7 +25,7 @@ bool IsWithin(const Coord3& p, double least, double most) {
   return true;
 }
 
-/// The bounds of a body moved by an offset, exactly: rounding keeps order.
+/// Returns the bounds of a body moved by an offset. They are exact, because rounding keeps order.
 Box<double> ShiftedBounds(const PreparedBody& body, const Coord3& offset) {
   Box<double> bounds = body.Bounds();
   const double o[3] = {offset.x, offset.y, offset.z};
@@ -52,14 +52,15 @@ double LargestOfScene(const SceneBodies& bodies, const Coord3& offset) {
   return largest;
 }
 
-/// Whether rounding to single precision would be coarse for a body: it is farther from the origin
-/// than 2^14 times its size. Boxes of whole bodies are then still exact to a thousandth.
+/// Returns true when rounding to single precision would be coarse for a body: its distance from the
+/// origin is more than 2^14 times its size. Up to that distance the boxes of whole bodies are exact
+/// to a thousandth.
 bool IsFar(const Box<double>& bounds) {
   return LargestOf(bounds) > 0x1p14 * bounds.Size();
 }
 
-/// Whether every product of the filters stays where rounding is relative. An offset makes numbers
-/// that are whole multiples of 2^-152 at least.
+/// Returns true when every product of the filters stays in the range in which rounding is relative.
+/// An offset makes numbers that are whole multiples of 2^-152 at least.
 bool CanFilter(const SceneBodies& bodies, const TravelDirection& direction,
                const Question& question) {
   const auto isComfortable = [](const PreparedBody* body) { return body->IsComfortable(); };
@@ -134,7 +135,7 @@ TravelDirection DirectionOf(const Question& question) {
   return TravelDirection(RangeScale(Largest(question.direction)).Down(question.direction));
 }
 
-/// The triangles that face as `refused` says.
+/// Counts the triangles that face as `refused` says.
 std::size_t CountFacing(const PreparedBody& body, const TravelDirection& direction,
                         const Placement<double>& placement, int refused) {
   const Corners& corners = body.Triangles();
@@ -148,8 +149,8 @@ std::size_t CountFacing(const PreparedBody& body, const TravelDirection& directi
   return count;
 }
 
-/// Calls work with the bodies and the question; where an offset takes corners out of the range of
-/// double, with a moving body that is without them.
+/// Calls `work` with the bodies and the question. Where an offset takes corners out of the range of
+/// double, the moving body is passed without them.
 template <class Work>
 auto WithFiniteOffset(const SceneBodies& bodies, const Question& question, const Work& work) {
   const bool isFinite = bodies.moving->IsEmpty() ||

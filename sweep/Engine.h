@@ -7,7 +7,7 @@
 
 namespace gsl_sweep {
 
-/// What a question needs while it is answered; made once for each thread that asks.
+/// The memory that a question needs while it is answered; each thread that asks makes one.
 template <class Scalar>
 struct Workspace {
   LeafCache<Scalar> movingLeaves, fixedLeaves;
@@ -22,13 +22,14 @@ struct Workspaces {
 /// Errors     std::invalid_argument, see Pair.
 void RequireQuestion(const Question& question);
 
-/// Answers a question that RequireQuestion let pass. Cancelled when `watch` says false.
+/// Answers a question that RequireQuestion accepted. The answer is Cancelled when `watch` returns
+/// false.
 ///
 /// Errors     std::overflow_error, see Pair.
 Answer AnswerQuestion(const SceneBodies& bodies, const Question& question, const Watch& watch,
                       Workspaces& workspaces);
 
-/// How many triangles the question leaves out.
+/// Returns how many triangles the question leaves out.
 LeftOut CountLeftOut(const SceneBodies& bodies, const Question& question);
 
 } // namespace gsl_sweep

@@ -8,12 +8,12 @@ namespace {
 
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
-/// First travels within this of the best are compared exactly; wider than the margin that they are
-/// made smaller by. It decides how often, not what.
+/// First travels within this part of the best are compared exactly. The part is wider than the
+/// margin by which they are reduced. It decides how often pairs are compared, not the result.
 constexpr double kTieWindow = 0x1p-19;
 
-/// A double that no rounded travel exceeds whose exact travel is at most `length`. A travel is
-/// rounded within 2^-52 of it, or within a few units of 2^-1074 where it is subnormal.
+/// Returns a double that is at least every rounded travel whose exact travel is at most `length`. A
+/// travel is rounded within 2^-52 of it, or within a few units of 2^-1074 where it is subnormal.
 double JustBeyond(const ScaledLength& length) {
   return std::ldexp(length.value, length.exponent) * (1.0 + 0x1p-50) + 0x1p-1060;
 }
@@ -31,16 +31,16 @@ FirstContact<Scalar>::FirstContact(const Scene<Scalar>& scene, double maxDistanc
     for (const PreparedBody* body : scene.bodies.fixed)
       m_boxesAreExact = m_boxesAreExact && body->Triangles().IsSingle();
   }
-  // A length over that of the direction vector, which is from 1/2 to 2, rounded up.
+  // The length is divided by that of the direction vector, which is from 1/2 to 2, and rounded up.
   SetLimit(m_kernelLimit / scene.direction.Length().hi * (1.0 + 0x1p-50) + 0x1p-1060);
 }
 
-/// The travel is a multiple of the direction in the kernel's coordinates, not less than the true
-/// one.
+/// The travel is a multiple of the direction in the kernel's coordinates, and not less than the
+/// true travel.
 template <class Scalar>
 void FirstContact<Scalar>::SetLimit(double travel) {
   m_doubleLimit = m_scene.WalkTravel(travel);
-  // Rounded up: what is left of a subnormal one, and the rounding to float.
+  // The limit is rounded up, which covers a subnormal remainder and the rounding to float.
   if constexpr (sizeof(Scalar) == sizeof(float)) {
     volatile float rounded = static_cast<float>(m_doubleLimit);
     m_limit = std::nextafter(static_cast<float>(rounded), Box<float>::kFar);
@@ -49,8 +49,8 @@ void FirstContact<Scalar>::SetLimit(double travel) {
   }
 }
 
-/// Whether a pair cannot come before the best one, because it follows it by number and an axis
-/// keeps its boxes apart for as long.
+/// Returns true when a pair cannot come before the best pair: it follows the best pair by number,
+/// and an axis keeps its boxes apart for as long.
 template <class Scalar>
 bool FirstContact<Scalar>::IsSettled(const NodePair<Scalar>& pair) {
   if (!m_boxesAreExact || !(pair.from >= m_tieFloor)) return false;
@@ -59,8 +59,8 @@ bool FirstContact<Scalar>::IsSettled(const NodePair<Scalar>& pair) {
                      m_scene.fixed.InKernel(pair.fixed.box));
 }
 
-/// Exactly, for exact boxes in the kernel's coordinates: whether some axis keeps them apart at all
-/// travels below the best one.
+/// Decides exactly, for exact boxes in the kernel's coordinates, whether some axis keeps them apart
+/// at all travels below the best travel.
 template <class Scalar>
 bool FirstContact<Scalar>::IsNotBefore(const Box<double>& moving, const Box<double>& fixed) {
   const Coord3& vector = m_scene.direction.Vector();
@@ -111,7 +111,7 @@ bool FirstContact<Scalar>::Judge(const NodePair<Scalar>& pair) {
   unsigned fixedMask = leaves.FixedThatReach(m_scene.moving.At(pair.moving.box), m_limit);
   if (m_scene.filters && m_doubleLimit < kInfinity) {
     if (movingMask != 0) movingMask &= leaves.MovingThatReach(pair.fixed.slab, m_doubleLimit);
-    // With an offset the slab of the moving body is somewhere else.
+    // With an offset the slab of the moving body is at another place.
     if (movingMask != 0 && fixedMask != 0 && !m_scene.moving.HasOffset())
       fixedMask &= leaves.FixedThatReach(pair.moving.slab, m_doubleLimit);
   }
@@ -140,7 +140,7 @@ bool FirstContact<Scalar>::Judge(const NodePair<Scalar>& pair) {
   return true;
 }
 
-/// False when the triangles touch at the start.
+/// Returns false when the triangles touch at the start.
 template <class Scalar>
 bool FirstContact<Scalar>::JudgeTriangles(const LeafPair<Scalar>& leaves, std::size_t fixedBody,
                                           int i, int j) {

@@ -15,17 +15,19 @@ struct FoundPair {
   PairContact contact{};
   ExactRatio travel; ///< of the contact, as a multiple of the direction vector
 
-  /// Whether no pair whose numbers are at least these comes before this one.
+  /// Returns true when no pair whose numbers are at least these comes before this one.
   bool PrecedesAll(std::uint32_t leastMoving, std::uint64_t leastFixed) const {
     if (!any || leastMoving < moving) return false;
     return leastMoving > moving || leastFixed >= fixed;
   }
 };
 
-/// The first contact ahead, judged for a walk, which ends early when a pair touches at the start.
+/// The first contact ahead, found by judging the pairs of a walk. The walk ends early when a pair
+/// touches at the start.
 ///
-/// The limit only falls, and what is left out lies beyond it or follows the best pair at the same
-/// travel; so the first of all pairs with the least travel is the result, whatever the order.
+/// The limit only falls. A pair that is left out lies beyond the limit, or follows the best pair at
+/// the same travel. So the result is the first of all pairs with the least travel, in whatever
+/// order they are judged.
 template <class Scalar>
 class FirstContact {
 public:
@@ -57,7 +59,7 @@ private:
   double m_kernelLimit;                  ///< the same, as a rounded length for the pair kernel
   Scalar m_tieFloor = Box<Scalar>::kFar; ///< from here on a first travel may be the best one
   FoundPair m_best;
-  /// Differences of extents that were found to give the best travel, along each axis.
+  /// The differences of extents that gave the best travel, along each axis.
   DoubleDouble m_tied[3];
   bool m_hasTied[3] = {};
 };

@@ -9,7 +9,7 @@ namespace gsl_sweep {
 
 namespace {
 
-/// The exception of the least job that has thrown.
+/// The exception of the first job in order that has thrown.
 class FirstError {
 public:
   void Keep(std::size_t job) {

@@ -5,10 +5,10 @@
 
 namespace gsl_sweep {
 
-/// Runs job(0) .. job(count - 1) on threads as `run` says, and returns when all have returned.
-/// Where the system gives no more threads, fewer run.
+/// Runs job(0) to job(count - 1) on threads as `run` says, and returns when all have returned.
+/// Fewer threads run where the system provides no more.
 ///
-/// Errors     the exception of the least job that throws one, when all others have run.
+/// Errors     the exception of the first job in order that throws, after all others have run.
 void RunJobs(const Run& run, std::size_t count, const std::function<void(std::size_t)>& job);
 
 } // namespace gsl_sweep

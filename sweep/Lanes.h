@@ -10,7 +10,7 @@
 namespace gsl_sweep {
 
 /// Four numbers side by side, in registers of 16 bytes. Each operation works on each number alone
-/// and rounds as it does for one.
+/// and rounds it like the operation on a single number.
 template <class Scalar>
 struct Four {
   typedef Scalar Part __attribute__((vector_size(16)));
@@ -93,19 +93,19 @@ inline unsigned AtMost(const Double4& a, const Double4& b) {
   return static_cast<unsigned>(_mm_movemask_pd(_mm_cmple_pd(a.part[0], b.part[0])) |
                                _mm_movemask_pd(_mm_cmple_pd(a.part[1], b.part[1])) << 2);
 }
-/// Where `below` is less than `limit`, `a`; else `b`.
+/// Returns `a` where `below` is less than `limit`, and `b` elsewhere.
 inline Float4 Choose(const Float4& below, const Float4& limit, const Float4& a, const Float4& b) {
   const __m128 mask = _mm_cmplt_ps(below.part[0], limit.part[0]);
   return {{_mm_or_ps(_mm_and_ps(mask, a.part[0]), _mm_andnot_ps(mask, b.part[0]))}};
 }
-/// The three numbers from `from` on, rounded to nearest; the fourth is any.
+/// Returns the three numbers from `from` on, rounded to nearest. The fourth is arbitrary.
 inline Float4 Rounded(const double* from) {
   return {{_mm_movelh_ps(_mm_cvtpd_ps(_mm_loadu_pd(from)), _mm_cvtpd_ps(_mm_load_sd(from + 2)))}};
 }
 
 #else
 
-/// The greater, and the less; b when either is NaN.
+/// Returns the greater and the less number. The result is b when either is NaN.
 template <class Scalar>
 Four<Scalar> Most(const Four<Scalar>& a, const Four<Scalar>& b) {
   Four<Scalar> result;

@@ -13,16 +13,14 @@ constexpr double kUnit = 0x1p-53; ///< half a unit in the last place of 1
 //
 // With u = 2^-53, e1, e2 the edges, n = e1 x e2 and N = n / (n . d):
 //   an edge's component      1 u of itself
-//   a component of n         two factors, the product, the difference: 4 u * na, where na is the
-//   sum
-//                            of the magnitudes of its two products
+//   a component of n         two factors, the product, the difference: 4 u * na, where na is
+//                            the sum of the magnitudes of its two products
 //   n . d                    4 u from n, 3 u from its products and sums: 7 u * nda, where nda is
 //                            na . |d|. With delta = 9 u * nda / |n . d|, which is below 2^-19 here,
 //                            the quotient is off by less than delta of itself, squares included
 //   a component of N         4 u * na / |n . d| * (1 + 2^-19) + |N| * (delta + 2 u)
-//   offset - N . p           that times |p| and |p0|, and 5 u * |N| times them for the products,
-//   the
-//                            sums and the difference
+//   offset - N . p           the error of N times |p| and |p0|, and 5 u * |N| times both for the
+//                            products, the sums and the difference
 // so that the height is off by less than the reaches of p and p0 times
 //   sum |N| * (delta + 16 u) + sum na / |n . d| * 16 u.
 template <class Scalar>
@@ -84,7 +82,8 @@ void WriteTriangle(LeafTriangles<Scalar>& leaf, int k, const Coord3 (&corners)[3
   leaf.offset[k] = leaf.error[k] = 0.0;
 }
 
-/// Fills the lanes after the last triangle, up to a whole four, with what nothing reaches.
+/// Fills the lanes after the last triangle, up to a multiple of four, with values that nothing
+/// reaches.
 template <class Scalar>
 void FillUp(LeafTriangles<Scalar>& leaf) {
   for (int k = leaf.count; k % 4 != 0; ++k) {
@@ -260,8 +259,8 @@ unsigned LeafPair<Scalar>::Reached(int movingTriangle, int first, Scalar limit,
                                                 moving.BoxOf(movingTriangle), limit, from);
 }
 
-/// Over the common shadow the travel at which two points meet is the height of the one over the
-/// other's plane, which is linear: it is nowhere less than at some corner.
+/// Over the common shadow, the travel at which two points meet is the height of one point over the
+/// other's plane. The height is linear, so its least value is at a corner.
 template <class Scalar>
 unsigned LeafPair<Scalar>::ReachedByHeight(int movingTriangle, int first, double limit) const {
   const int i = movingTriangle;

@@ -9,9 +9,9 @@ namespace gsl_sweep {
 template <class Scalar>
 struct LeafTriangles {
   double corner[9][kLeafSize]; ///< x, y, z of the first, of the second, of the third
-  /// The plane of each triangle, as a height along the direction: offset - normal . p is how far p
-  /// has to travel to it, within error times the reaches of both leaves. All zero where the plane
-  /// is too nearly along the direction: then every height is 0.
+  /// The plane of each triangle, as a height along the direction. offset - normal . p is the
+  /// distance that p has to travel to the plane, within error times the reaches of both leaves. All
+  /// numbers are zero where the plane is too nearly along the direction: then every height is 0.
   double normal[3][kLeafSize], offset[kLeafSize], error[kLeafSize];
   Scalar low[3][kLeafSize], high[3][kLeafSize];
   std::uint32_t number[kLeafSize];
@@ -31,7 +31,7 @@ struct LeafTriangles {
   Box<double> ExactBoxOf(int k) const;
 };
 
-/// Leaves that were used last, one of few places each.
+/// The leaves that were used last, each in one of a few places.
 template <class Scalar>
 class LeafCache {
 public:
@@ -42,8 +42,8 @@ public:
       leaf.key = LeafTriangles<Scalar>::kNoKey;
   }
 
-  /// A leaf of the moving body, or of a fixed one; without triangles that a one-sided question
-  /// leaves out.
+  /// Returns a leaf of the moving body or of a fixed body, without the triangles that a one-sided
+  /// question leaves out.
   const LeafTriangles<Scalar>& Moving(const Scene<Scalar>& scene, std::size_t leaf);
   const LeafTriangles<Scalar>& Fixed(const Scene<Scalar>& scene, std::size_t body,
                                      std::size_t leaf);
@@ -54,7 +54,7 @@ private:
   std::vector<LeafTriangles<Scalar>> m_leaves;
 };
 
-/// Pairs of triangles of two leaves.
+/// The pairs of triangles of two leaves.
 template <class Scalar>
 class LeafPair {
 public:
@@ -62,22 +62,24 @@ public:
            const LeafTriangles<Scalar>& fixedLeaf)
       : m_scene(scene), moving(movingLeaf), fixed(fixedLeaf) {}
 
-  /// Bit k: triangle k of one leaf can reach the box around the other within the limit.
+  /// Bit k is set when triangle k of one leaf can reach the box around the other leaf within the
+  /// limit.
   unsigned MovingThatReach(const Box<Scalar>& fixedBox, Scalar limit) const;
   unsigned FixedThatReach(const Box<Scalar>& movingBox, Scalar limit) const;
-  /// The same against the slab around the other leaf, `limit` a travel.
+  /// Tests in the same way against the slab around the other leaf. `limit` is a travel.
   unsigned MovingThatReach(const Slab& fixedSlab, double limit) const;
   unsigned FixedThatReach(const Slab& movingSlab, double limit) const;
 
-  /// Bit k: the moving triangle can reach triangle first + k within the limit, as far as boxes
-  /// tell; `from` is how soon.
+  /// Bit k is set when the boxes do not exclude that the moving triangle reaches triangle first + k
+  /// within the limit. `from` receives the least travel that the boxes allow.
   unsigned Reached(int movingTriangle, int first, Scalar limit, Four<Scalar>& from) const;
-  /// Bit k: as far as the heights over each other's planes tell.
+  /// Bit k is set when the heights over each other's planes do not exclude a contact.
   unsigned ReachedByHeight(int movingTriangle, int first, double limit) const;
-  /// True when the triangles touch at no travel: a line along an edge separates their shadows.
+  /// Returns true when the triangles touch at no travel: a line along an edge separates their
+  /// shadows.
   bool AreShadowsApart(int movingTriangle, int fixedTriangle) const;
-  /// True when they do not touch where they are: by their boxes, or one of them is all on one side
-  /// of the other's plane.
+  /// Returns true when the triangles do not touch at travel zero: their boxes are apart, or one
+  /// triangle lies on one side of the other's plane.
   bool AreApartAtStart(int movingTriangle, int fixedTriangle) const;
 
 private:

@@ -6,10 +6,10 @@ namespace gsl_sweep {
 
 namespace {
 
-/// A run ends where a further triangle would make its box this much longer than both apart.
+/// A run ends where a further triangle would make its box this much longer than both boxes apart.
 constexpr float kJump = 1.25f;
-/// A triangle this many times the run, or the run this many times the triangle, ends it too: one
-/// huge triangle must not swell the box of small ones.
+/// A run also ends where a triangle is this many times as large as the run, or the run as the
+/// triangle: one huge triangle must not swell the box of small triangles.
 constexpr float kHugeTriangle = 8.0f;
 constexpr float kTinyTriangle = 16.0f;
 
@@ -18,7 +18,7 @@ float Size(const Float4& low, const Float4& high) {
   return (edge[0] + edge[1]) + edge[2];
 }
 
-/// The box of one triangle, rounded to nearest.
+/// Returns the box of one triangle, rounded to nearest.
 struct TriangleBox {
   template <class Reader>
   TriangleBox(const Reader& reader, std::size_t place) {
@@ -36,8 +36,8 @@ Box<float> Stored(const Float4& low, const Float4& high) {
   return {{low[0], low[1], low[2]}, {high[0], high[1], high[2]}};
 }
 
-/// One place further out: what a number loses when it is rounded to nearest is less than that. From
-/// zero to 2^-100, because arithmetic on subnormal numbers is slow.
+/// Moves each bound to the next float outwards: rounding to nearest loses less than that. A zero
+/// moves to 2^-100 in magnitude, because arithmetic on subnormal numbers is slow.
 void WidenByOnePlace(Box<float>& box) {
   constexpr float least = 0x1p-100f;
   for (int k = 0; k < 3; ++k) {
@@ -48,7 +48,7 @@ void WidenByOnePlace(Box<float>& box) {
   }
 }
 
-/// The exact bounds of triangles. In single precision their boxes are exact, and enough.
+/// Returns the exact bounds of triangles. In single precision their boxes are exact, and enough.
 template <class Scalar>
 class Bounds {
 public:
@@ -79,7 +79,7 @@ private:
 /// Cuts runs, one triangle after the other.
 class RunCutter {
 public:
-  /// Whether this triangle begins a new run; it is taken in either case.
+  /// Takes this triangle in either case, and returns whether it begins a new run.
   bool Begins(const TriangleBox& triangle) {
     const float own = Size(triangle.low, triangle.high);
     if (m_count > 0) {
@@ -112,7 +112,8 @@ private:
   int m_count = 0;
 };
 
-/// Whether runs would be short: four triangles or fewer on average, in samples along the order.
+/// Returns true when runs would be short: four triangles or fewer on average, in samples along the
+/// order.
 template <class Reader>
 bool IsScattered(const Reader& reader, std::size_t count) {
   constexpr std::size_t sampleSize = 64;
@@ -175,7 +176,7 @@ void SortIfScattered(Corners& corners) {
 
 template <class Scalar, bool kIndexed>
 Leaves CutRuns(const CornerReader<Scalar, kIndexed>& reader, std::size_t count, LeafBoxes& boxes) {
-  // At worst every triangle is a leaf; pages that are not touched cost nothing.
+  // In the worst case every triangle is a leaf. Pages that are not touched cost nothing.
   Leaves leaves{Array<std::uint32_t>(count + 1)};
   boxes.boxes = Array<Box<float>>(count);
   Bounds<Scalar> bounds;

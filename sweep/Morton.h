@@ -8,11 +8,11 @@
 
 namespace gsl_sweep {
 
-/// Numbers along a curve that keeps what is near together: the bits of three coordinates,
+/// Numbers along a curve on which near points stay near: the bits of three coordinates,
 /// interleaved.
 ///
-/// The coordinates are cut off at bounds that a few stray points do not widen: those of the middle
-/// 96 parts in a hundred of a sample, widened by as much again on either side.
+/// A few stray points must not widen the bounds of the coordinates. So the bounds span the middle
+/// 96 % of a sample, widened by the same length on either side, and coordinates beyond are cut off.
 class MortonCurve {
 public:
   static constexpr int kBits = 10; ///< of each coordinate
@@ -21,7 +21,7 @@ public:
   template <class Middle>
   MortonCurve(std::size_t count, const Middle& middle);
 
-  /// Below 2^30. A NaN counts as least.
+  /// Returns a number below 2^30. A NaN counts as least.
   std::uint32_t Number(double x, double y, double z) const {
     return Spread(Cell(x, 0)) | Spread(Cell(y, 1)) << 1 | Spread(Cell(z, 2)) << 2;
   }
@@ -34,7 +34,7 @@ private:
     return cell > 0.0 ? static_cast<std::uint32_t>(std::min(cell, kCells - 1.0)) : 0u;
   }
 
-  /// Two zero bits before each of ten.
+  /// Puts two zero bits before each of ten bits.
   static std::uint32_t Spread(std::uint32_t x) {
     x = (x | (x << 16)) & 0x030000FFu;
     x = (x | (x << 8)) & 0x0300F00Fu;

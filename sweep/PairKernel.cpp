@@ -26,7 +26,7 @@ VectorBetween EdgeOf(const Triangle& t, int k) {
   return {&t.corner[k], &t.corner[Next(k)]};
 }
 
-/// p + s * v, each component rounded once.
+/// Returns p + s * v, each component rounded once.
 Coord3 Advance(const Coord3& p, const DoubleDouble& s, const VectorBetween& v) {
   const auto advance = [&s](double start, double from, double to) {
     return Plus({start, 0.0}, Times(s, TwoDifference(to, from))).hi;
@@ -45,7 +45,7 @@ struct Candidate {
   double low, high; ///< s is between them
 };
 
-/// What one pair does.
+/// The ways in which one pair of triangles meets.
 class TrianglePair {
 public:
   TrianglePair(const TravelDirection& direction, const Triangle& moving, const Triangle& fixed)
@@ -104,7 +104,8 @@ private:
   bool m_atZero = false;
 };
 
-/// Sides of the corners of `other` as seen from edge k of `own`; true when the edge separates.
+/// Computes the sides of the corners of `other` as seen from edge k of `own`. Returns true when the
+/// edge separates.
 bool FillSides(const VectorBetween& along, const Triangle& own, int k, const Triangle& other,
                int sides[3]) {
   const VectorBetween edge = EdgeOf(own, k);
@@ -145,7 +146,7 @@ bool TrianglePair::Meet() {
   return m_count > 0;
 }
 
-/// Counts the edges that a corner is on; false when the corner is outside one of them.
+/// Counts the edges that a corner is on. Returns false when the corner is outside one of them.
 bool IsInside(const int sides[3][3], int corner, int facing, int& zeros, int& lastZero) {
   zeros = 0;
   lastZero = 0;
@@ -158,7 +159,7 @@ bool IsInside(const int sides[3][3], int corner, int facing, int& zeros, int& la
   return true;
 }
 
-/// The corner at which the two edges meet that `corner` of the other triangle is on.
+/// Returns the corner at which two edges meet that both hold `corner` of the other triangle.
 int SharedCorner(const int sides[3][3], int corner) {
   if (sides[0][corner] != 0) return 2;
   return sides[1][corner] != 0 ? 0 : 1;
@@ -196,7 +197,8 @@ void TrianglePair::AddFaceOverCorner(int j, int zeros, int lastZero) {
   Add(kind, lastZero, j, {&a[0], &m_fixed.corner[j]}, {&a[0], &a[1]}, {&a[0], &a[2]});
 }
 
-/// Crossings inside both edges. Where a corner lies on an edge, a face or an edge-on edge has it.
+/// Collects crossings inside both edges. Where a corner lies on an edge, the face or an edge-on
+/// edge reports the contact.
 void TrianglePair::EdgesCrossing() {
   for (int i = 0; i < 3; ++i) {
     for (int j = 0; j < 3; ++j) {
@@ -256,7 +258,7 @@ void TrianglePair::Add(ContactKind kind, int onMoving, int onFixed, const Vector
   m_atZero = m_atZero || added.sign == 0;
 }
 
-/// Finds the sign of s and, cheaply, numbers that it lies between.
+/// Finds the sign of s and, cheaply, two numbers between which s lies.
 void TrianglePair::Bracket(Candidate& candidate) const {
   const Estimate gap = EstimateDeterminant(candidate.gap, candidate.u, candidate.v);
   const Estimate whole = EstimateDeterminant(m_along, candidate.u, candidate.v);
@@ -283,7 +285,7 @@ void TrianglePair::Measure(const Candidate& candidate, ExactRatio& s) const {
         ExactDeterminant(m_along, candidate.u, candidate.v));
 }
 
-/// A total order of shadows that runs along any line: -1, 0 for the same shadow, or 1.
+/// Orders shadows totally along any line: returns -1, 0 for the same shadow, or 1.
 int TrianglePair::CompareShadows(const Coord3& p, const Coord3& q) const {
   const int axis = m_direction.Dominant();
   for (const int other : {Next(axis), Next(Next(axis))}) {
@@ -298,7 +300,7 @@ bool TrianglePair::IsStrictlyBetween(const Coord3& p, const VectorBetween& edge)
   return order != 0 && order == CompareShadows(p, *edge.to);
 }
 
-/// An axis that is not in the plane of the direction and an edge, which are not parallel.
+/// Returns an axis that is not in the plane of the direction and an edge, which are not parallel.
 const Coord3& TrianglePair::AxisAcross(const VectorBetween& edge) const {
   for (const int k : {0, 1}) {
     if (DeterminantSign(m_along, edge, FromOrigin(axes[k])) != 0) return axes[k];
@@ -314,7 +316,7 @@ double TrianglePair::LowerBound() const {
   return travel - std::fabs(travel) * 0x1p-50;
 }
 
-/// The least travel for sense 1, the greatest for -1.
+/// Returns the least travel for sense 1, and the greatest for -1.
 PairContact TrianglePair::Extreme(int sense, ExactRatio& travel) {
   const auto nearEnd = [sense](const Candidate& c) { return sense > 0 ? c.low : -c.high; };
   const auto farEnd = [sense](const Candidate& c) { return sense > 0 ? c.high : -c.low; };
@@ -374,7 +376,7 @@ PairContact TrianglePair::ContactOf(const Candidate& candidate, const DoubleDoub
   return contact;
 }
 
-/// Where the edges of an EdgeEdge candidate cross in the shadow.
+/// Computes where the edges of an EdgeEdge candidate cross in the shadow.
 Coord3 TrianglePair::PointOnMovingEdge(const Candidate& candidate) const {
   // start + position * edge is on the line of the fixed edge, as seen along the direction.
   const DoubleDouble start = ExactDeterminant(m_along, candidate.gap, candidate.v).Rounded();
@@ -382,21 +384,21 @@ Coord3 TrianglePair::PointOnMovingEdge(const Candidate& candidate) const {
   return Advance(*candidate.u.from, Over(start, whole), candidate.u);
 }
 
-/// u x v or its opposite, of length one, against the direction; false when they are in a plane with
-/// it.
+/// Computes u x v or its opposite, of length one, against the direction. Returns false when u and v
+/// are in a plane with the direction.
 bool NormalAgainst(const TravelDirection& direction, const VectorBetween& u, const VectorBetween& v,
                    Coord3& normal) {
   const int along = DeterminantSign(FromOrigin(direction.Vector()), u, v);
   if (along == 0) return false;
-  // The components, the length and their quotients are each known within 2^-98 of them, so that
-  // what counts is the one rounding of a quotient to double.
+  // The components, the length and their quotients are each known within 2^-98 of their size, so
+  // only the rounding of a quotient to double matters.
   const ExactCross cross = ExactCrossProduct(u, v);
   const DoubleDouble component[3] = {cross.x.Rounded(), cross.y.Rounded(), cross.z.Rounded()};
   double largest = 0.0;
   for (const DoubleDouble& c : component)
     largest = std::max(largest, std::fabs(c.hi));
-  // A power of two brings the largest component near one, so that no square leaves the range; what
-  // the squares of small ones lose is far below the last place of the length.
+  // A power of two brings the largest component near one, so that no square leaves the range. The
+  // squares of small components lose far less than the last place of the length.
   int exponent = 0;
   std::frexp(largest, &exponent);
   DoubleDouble squared;
@@ -405,7 +407,7 @@ bool NormalAgainst(const TravelDirection& direction, const VectorBetween& u, con
     squared = Plus(squared, Times(scaled, scaled));
   }
   const DoubleDouble length = Root(squared);
-  // Divided before it is scaled, so that only a subnormal component is rounded twice.
+  // The quotient is formed before the scaling, so that only a subnormal component is rounded twice.
   const auto unit = [&](const DoubleDouble& c) {
     const double quotient = c.hi == 0.0 ? 0.0 : std::ldexp(Over(c, length).hi, -exponent);
     return (along > 0 ? -quotient : quotient) + 0.0;
@@ -471,7 +473,8 @@ PairOutcome JudgePair(const TravelDirection& direction, const Triangle& moving,
 PairContact ContactAtStart(const ContactInterval& interval) {
   if (interval.first.travel == 0.0) return interval.first;
   if (interval.last.travel == 0.0) return interval.last;
-  // Both triangles are convex: what the first and the last contact weigh to at zero is on both.
+  // Both triangles are convex: the average of the first and the last contact, weighed to travel
+  // zero, is on both.
   const double first = -interval.first.travel;
   const double last = interval.last.travel;
   const double sum = first + last;

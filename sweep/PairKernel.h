@@ -6,12 +6,12 @@
 
 #include "gsl_Sweep.h"
 
-/// When two triangles touch, if one of them travels along a direction.
+/// Decides when two triangles touch, if one of them travels along a direction.
 ///
-/// There are no tolerances. What is decided (whether the shadows across the direction meet, which
-/// features meet, on which side of travel zero, which contact comes first) is decided by exact
-/// signs; what is measured (travel, points) is rounded from about 100 bits. Triangles are closed
-/// and have no orientation; degenerate ones are the segments or points that they are.
+/// There are no tolerances. Exact signs make every decision: whether the shadows across the
+/// direction meet, which features meet, on which side of travel zero, and which contact comes
+/// first. Measured values (travel, points) are rounded from about 100 bits. Triangles are closed
+/// and have no orientation; degenerate triangles count as the segments or points that they are.
 ///
 /// Range      of coordinates and direction: see Determinant.h. They must be finite.
 namespace gsl_sweep {
@@ -24,9 +24,10 @@ public:
 
   const Coord3& Vector() const { return m_vector; }
   const DoubleDouble& Length() const { return m_length; }
-  /// Rounded from twice the precision; axis-aligned directions give exact zeros and ones.
+  /// Returns the direction rounded from twice the precision; axis-aligned directions have exact
+  /// zeros and ones.
   const Coord3& Unit() const { return m_unit; }
-  /// Index of the component of largest magnitude.
+  /// Returns the index of the component of largest magnitude.
   int Dominant() const { return m_dominant; }
 
 private:
@@ -38,33 +39,34 @@ private:
 
 struct Triangle {
   Coord3 corner[3];
-  /// Exact sign of normal . direction; 0 for edge-on and for degenerate triangles.
+  /// Returns the exact sign of normal . direction, which is 0 for edge-on and for degenerate
+  /// triangles.
   int facing;
 };
 
 Triangle MakeTriangle(const TravelDirection& direction, const Coord3& a, const Coord3& b,
                       const Coord3& c);
 
-/// Where two bodies touch after some travel.
+/// A place where two bodies touch after some travel.
 struct PairContact {
   double travel;
   ContactKind kind;
   Coord3 onMoving; ///< before the move
   Coord3 onFixed;  ///< onMoving + travel * unit direction, up to rounding
-  /// Of the features that meet: the corner, or the edge from that corner to the next; 0 for a face
-  /// and for Overlap.
+  /// The indices of the features that meet: the corner, or the edge from that corner to the next; 0
+  /// for a face and for Overlap.
   int movingFeature = 0, fixedFeature = 0;
 };
 
-/// The travels, first to last, in which a pair touches. The signs of first.travel and last.travel
-/// are exact, zero included.
+/// The travels, first to last, during which a pair touches. The signs of first.travel and
+/// last.travel are exact, zero included.
 struct ContactInterval {
   PairContact first;
   PairContact last;
 };
 
-/// False, and nothing written, when the triangles never touch. Of features that meet at the same
-/// travel the first in the order of ContactKind, then of corners and edges, is named.
+/// Returns false, and writes nothing, when the triangles never touch. When several features meet at
+/// the same travel, the first in the order of ContactKind, then of corners and edges, is named.
 bool FindContactInterval(const TravelDirection& direction, const Triangle& moving,
                          const Triangle& fixed, ContactInterval& interval);
 
@@ -74,25 +76,26 @@ enum class PairOutcome {
   Ahead     ///< the first travel is positive and at most the limit
 };
 
-/// The same, for a search: measures only what can still matter. `first` and `travel`, its travel as
-/// an exact multiple of the direction vector, are written for Ahead alone. The limit, which is
-/// there to save work, is compared with the rounded travel.
+/// Does the same for a search and measures only values that can still matter. `first` and `travel`,
+/// its travel as an exact multiple of the direction vector, are written for Ahead alone. The limit
+/// only saves work, so it is compared with the rounded travel.
 PairOutcome JudgePair(const TravelDirection& direction, const Triangle& moving,
                       const Triangle& fixed, double limit, PairContact& first, ExactRatio& travel);
 
-/// The contact at travel zero of a pair that touches there: one with first.travel <= 0 and
+/// Returns the contact at travel zero of a pair that touches there, so with first.travel <= 0 and
 /// last.travel >= 0.
 PairContact ContactAtStart(const ContactInterval& interval);
 
-/// The normal of the plane in which the features of a contact meet, of length one, on the side of
-/// it from which the moving body comes: its product with the direction is negative.
+/// Computes the normal of the plane in which the features of a contact meet, of length one, on the
+/// side from which the moving body comes: its product with the direction is negative.
 ///
-/// Plane      VertexFace: of the fixed face. FaceVertex: of the moving face. EdgeEdge: along both
-///            edges. The other kinds define none.
-/// Accuracy   each component is that of the exact vector within one unit in its last place, for
-///            triangles of any size. Where the plane is all but along the direction, rounding may
+/// Plane      The fixed face for VertexFace, the moving face for FaceVertex, along both edges for
+///            EdgeEdge. The other kinds define no plane.
+/// Accuracy   Each component agrees with the exact vector within one unit in its last place, for
+///            triangles of any size. Where the plane is nearly along the direction, rounding may
 ///            make the product of the numbers zero or positive.
-/// False, and nothing written, for a kind without a plane, or when the exact product is zero.
+/// Returns false, and writes nothing, for a kind without a plane, and when the exact product is
+/// zero.
 bool ContactNormal(const TravelDirection& direction, const Triangle& moving, const Triangle& fixed,
                    const PairContact& contact, Coord3& normal);
 

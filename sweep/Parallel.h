@@ -9,12 +9,13 @@
 
 namespace gsl_sweep {
 
-/// Runs work(k) for k = 0 .. count-1 on as many threads, 0 on the calling one, and waits for all.
+/// Runs work(k) for k = 0 .. count-1 on as many threads, with 0 on the calling thread, and waits
+/// for all.
 ///
-/// work(k) must also be right when another call has done or will do all there is to do: where the
-/// system gives no more threads, fewer run.
-/// Errors     the first exception that a call throws; `stop` is called as soon as it is thrown,
-///            from any thread.
+/// work(k) must also be right when another call has done or will do all the work: fewer threads run
+/// where the system provides no more.
+/// Errors     the first exception that a call throws. `stop` is called, from any thread, as soon as
+///            a call throws.
 template <class Work, class Stop>
 void RunOnThreads(unsigned count, const Work& work, const Stop& stop) {
   std::exception_ptr error;

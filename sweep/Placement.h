@@ -8,10 +8,10 @@
 
 namespace gsl_sweep {
 
-/// Where a body is while a question is answered: moved by an offset and, in double, brought into
-/// the range of the pair kernel. In float the coordinates stay as large as they are.
+/// The place of a body while a question is answered. The body is moved by an offset and, in double,
+/// brought into the range of the pair kernel. In float the coordinates keep their size.
 ///
-/// Each step rounds, and rounding keeps order; so the extents of moved corners are the moved
+/// Each step rounds, and rounding keeps order. So the extents of moved corners are the moved
 /// extents, and boxes that held their corners still do.
 template <class Scalar>
 class Placement {
@@ -22,12 +22,12 @@ public:
 
   bool HasOffset() const { return m_hasOffset; }
   Coord3 Offset() const { return {m_offset[0], m_offset[1], m_offset[2]}; }
-  /// The magnitudes of the offset, added up.
+  /// Returns the sum of the magnitudes of the offset.
   double OffsetReach() const {
     return std::fabs(m_offset[0]) + std::fabs(m_offset[1]) + std::fabs(m_offset[2]);
   }
 
-  /// Boxes where the body is now; `room` may take them.
+  /// Returns the boxes at the place of the body; `room` may hold them.
   const Boxes<Scalar>& At(const Boxes<Scalar>& boxes, Boxes<Scalar>& room) const {
     if (IsPlain()) return boxes;
     for (int lane = 0; lane < 4; ++lane)
@@ -44,12 +44,12 @@ public:
     return placed;
   }
 
-  /// A corner, in the coordinates of the walk.
+  /// Returns a corner, in the coordinates of the walk.
   Coord3 At(const Coord3& p) const {
     return {Walked(Moved(p.x, 0)), Walked(Moved(p.y, 1)), Walked(Moved(p.z, 2))};
   }
 
-  /// A box of exact extents, in the coordinates of the pair kernel.
+  /// Returns a box of exact extents, in the coordinates of the pair kernel.
   Box<double> InKernel(const Box<Scalar>& box) const {
     Box<double> result;
     for (int k = 0; k < 3; ++k) {
@@ -59,7 +59,7 @@ public:
     return result;
   }
 
-  /// From the coordinates of the walk to those of the pair kernel.
+  /// Converts from the coordinates of the walk to the coordinates of the pair kernel.
   double ToKernel(double c) const { return kIsSingle ? m_scale.Down(c) : c; }
   Coord3 ToKernel(const Coord3& p) const { return {ToKernel(p.x), ToKernel(p.y), ToKernel(p.z)}; }
 

@@ -10,7 +10,7 @@ namespace {
 constexpr double kLeastComfortable = 0x1p-100;
 constexpr double kMostComfortable = 0x1p120;
 
-/// Whether each number is zero or of a comfortable magnitude.
+/// Returns true when each number is zero or of a comfortable magnitude.
 template <class Scalar>
 bool AreComfortable(const Scalar* numbers, std::size_t count) {
   constexpr std::size_t block = 4096;

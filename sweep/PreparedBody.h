@@ -12,30 +12,30 @@
 
 namespace gsl_sweep {
 
-/// What bodies share: their triangles, and the trees over them, which are made when they are first
-/// asked for, once, by whichever thread comes first.
+/// The part that bodies share: their triangles and the trees over them. A tree is made once, when
+/// it is first needed, by the first thread that needs it.
 class PreparedBody {
 public:
   explicit PreparedBody(const TriangleView& view);
-  /// The same triangles with other vertices, three numbers each, in the order of Triangles().
+  /// Holds the same triangles with other vertices, three numbers each, in the order of Triangles().
   PreparedBody(const PreparedBody& other, const Array<double>& vertices);
 
   const Corners& Triangles() const { return m_corners; }
   const Leaves& Runs() const { return m_leaves; }
   bool IsEmpty() const { return m_corners.Count() == 0; }
-  /// Exact; empty for an empty body.
+  /// Returns the exact bounds, which are empty for an empty body.
   const Box<double>& Bounds() const { return m_bounds; }
 
-  /// Whether single-precision boxes serve: coordinates are zero or from 2^-100 to 2^120 in
-  /// magnitude. Then no difference or product of them leaves the range in which rounding is
-  /// relative.
+  /// Returns true when single-precision boxes are enough: coordinates are zero or from 2^-100 to
+  /// 2^120 in magnitude. Then no difference or product of them leaves the range in which rounding
+  /// is relative.
   bool IsComfortable() const { return m_isComfortable; }
 
   const Tree<float>& SingleTree() const;
-  /// Over the exact coordinates, wherever they are.
+  /// Returns the tree over the exact coordinates, wherever the body is.
   const Tree<double>& DoubleTree() const;
 
-  /// Null until they have been made.
+  /// Returns null until they have been made.
   const Slabs* SlabsIfMade() const { return m_slabs.load(std::memory_order_acquire); }
   /// Returns at once where another thread is making them.
   void MakeSlabs() const;
@@ -59,7 +59,7 @@ private:
   mutable std::atomic<const Slabs*> m_slabs{nullptr};
 };
 
-/// The vertices of a body where a matrix puts them, and where an offset does.
+/// The vertices of a body after a matrix, and after an offset, has moved them.
 Array<double> MovedVertices(const PreparedBody& body, const gsl_Matrix& matrix);
 Array<double> ShiftedVertices(const PreparedBody& body, const Coord3& offset);
 

@@ -8,15 +8,16 @@
 
 namespace gsl_sweep {
 
-/// Brings coordinates into the range in which the pair kernel is exact, by a power of two: the
-/// largest comes below 1, and what is then below 2^-288 is rounded to 2^-339.
+/// Brings coordinates into the range in which the pair kernel is exact, by a power of two. The
+/// largest coordinate becomes less than 1, and coordinates that are then below 2^-288 are rounded
+/// to 2^-339.
 class RangeScale {
 public:
-  /// `largest` is finite and at least 0.
+  /// Requires a finite `largest` that is at least 0.
   explicit RangeScale(double largest) {
     std::frexp(largest, &m_exponent);
-    // 2^1074 is no double: two factors. The first product is exact, or it is so small that the
-    // second is rounded to zero; so the order does not matter.
+    // A double cannot hold 2^1074, so there are two factors. The first product is exact, or so
+    // small that the second is rounded to zero. So the order does not matter.
     m_half = std::ldexp(1.0, -m_exponent / 2);
     m_rest = std::ldexp(1.0, -m_exponent - -m_exponent / 2);
   }

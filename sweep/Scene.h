@@ -10,14 +10,15 @@
 
 namespace gsl_sweep {
 
-/// The bodies of a question and where they are.
+/// The bodies of a question.
 struct SceneBodies {
   const PreparedBody* moving;
   std::vector<const PreparedBody*> fixed;
 };
 
-/// What a question is answered with. Travels within the walk are multiples of the direction vector
-/// in the coordinates of the walk: those of the bodies in float, those of the kernel in double.
+/// The data from which a question is answered. Travels within the walk are multiples of the
+/// direction vector in the coordinates of the walk: the bodies' coordinates in float, the kernel's
+/// in double.
 template <class Scalar>
 struct Scene {
   Scene(const SceneBodies& sceneBodies, const TravelDirection& travelDirection,
@@ -27,7 +28,8 @@ struct Scene {
         moving(question.offset, rangeScale), fixed({0.0, 0.0, 0.0}, rangeScale),
         oneSided(question.oneSided), filters(canFilter) {}
 
-  /// From multiples of the direction in the kernel's coordinates to those of the walk.
+  /// Converts multiples of the direction in the kernel's coordinates to multiples in those of the
+  /// walk.
   double WalkTravel(double inKernel) const {
     return sizeof(Scalar) == sizeof(float) ? std::ldexp(inKernel, scale.Exponent()) : inKernel;
   }
@@ -47,7 +49,8 @@ struct Scene {
   SlabTest slabTest;
   Placement<Scalar> moving, fixed;
   bool oneSided;
-  /// Whether products of three coordinates stay in the range in which rounding is relative.
+  /// Returns true when products of three coordinates stay in the range in which rounding is
+  /// relative.
   bool filters;
 };
 

@@ -6,7 +6,7 @@ namespace gsl_sweep {
 
 namespace {
 
-/// (y, z, x) of a vector.
+/// Returns (y, z, x) of a vector.
 Float4 Turned(const Float4& a) {
   const float all[4] = {a[1], a[2], a[0], 0.0f};
 #if defined(__SSE2__)
@@ -40,11 +40,12 @@ void Transpose(Float4 (&rows)[4]) {
 #endif
 }
 
-/// The slab's normal: the vector at length one, or zero where that cannot be told.
+/// Sets the slab's normal: the vector at length one, or zero where the length cannot be
+/// computed.
 void SetNormal(float x, float y, float z, Slab& slab) {
   const float largest = std::max(std::fabs(x), std::max(std::fabs(y), std::fabs(z)));
   slab.normal[0] = slab.normal[1] = slab.normal[2] = 0.0f;
-  // Beyond these, products of edges may have left the range of float; NaN fails as well.
+  // Beyond these limits, products of edges may have left the range of float. NaN fails as well.
   if (!(largest > 1e-30f && largest < 1e30f)) return;
   const float scaled[3] = {x / largest, y / largest, z / largest};
   const float length =
@@ -64,7 +65,7 @@ float MostOf(const Float4& a) {
   return std::max(std::max(a[0], a[1]), std::max(a[2], a[3]));
 }
 
-/// The slab of a leaf: across the sum of its triangles' normals, each weighed by its area.
+/// Makes the slab of a leaf, across the sum of its triangles' normals, each weighed by its area.
 template <class Reader>
 Slab SlabOfLeaf(const Reader& reader, const Leaves& leaves, std::size_t leaf, float reach) {
   Float4 corner[3 * kLeafSize + 4];
@@ -104,8 +105,8 @@ Slab SlabOfLeaf(const Reader& reader, const Leaves& leaves, std::size_t leaf, fl
   return slab;
 }
 
-/// A slab that holds the children of a node: each within its box and its own slab, across the sum
-/// of their normals weighed by the squares of their sizes.
+/// Makes a slab that holds the children of a node, each within its box and its own slab. It is
+/// across the sum of their normals, weighed by the squares of their sizes.
 Slab SlabOfNode(const TreeNode<float>& node, const SlabNode& slabs) {
   const Boxes<float>& boxes = node.boxes;
   float sum[3] = {0.0f, 0.0f, 0.0f};
@@ -117,7 +118,7 @@ Slab SlabOfNode(const TreeNode<float>& node, const SlabNode& slabs) {
   }
   Slab slab;
   SetNormal(sum[0], sum[1], sum[2], slab);
-  // n . p = alpha (m . p) + (n - alpha m) . p for the normal m of the child, whatever alpha is.
+  // n . p = alpha (m . p) + (n - alpha m) . p for the normal m of the child, for any alpha.
   const Float4 n[3] = {Float4::Of(slab.normal[0]), Float4::Of(slab.normal[1]),
                        Float4::Of(slab.normal[2])};
   const Float4 alpha = slabs.normal[0] * n[0] + slabs.normal[1] * n[1] + slabs.normal[2] * n[2];

@@ -8,8 +8,8 @@
 
 namespace gsl_sweep {
 
-/// The space between two parallel planes, from <= n . p <= to for every corner p in it. The normal
-/// is of length one, up to rounding, or zero where none was found.
+/// The space between two parallel planes: from <= n . p <= to for every corner p in it. The normal
+/// has length one, up to rounding, or is zero where no normal was found.
 struct Slab {
   float normal[3] = {0.0f, 0.0f, 0.0f};
   float from = 0.0f, to = 0.0f;
@@ -24,8 +24,8 @@ struct alignas(32) SlabNode {
   }
 };
 
-/// Thin slabs beside the boxes of a tree: two surfaces that face each other closely are told apart
-/// by how thick they are (size^2 * curvature) and not by how large their boxes are.
+/// Thin slabs beside the boxes of a tree. They separate two surfaces that face each other closely
+/// by their thickness (size^2 * curvature), and not by the size of their boxes.
 struct Slabs {
   std::vector<SlabNode> nodes; ///< as in the tree
   Slab root;
@@ -51,7 +51,7 @@ constexpr float kSlabError = 0x1p-19f;
 // each of the two slabs that is less than 16 u more, which makes 54 u; 64 u = 2^-18.
 constexpr float kShiftedSlabError = 0x1p-18f;
 
-/// Moves slabs along with an offset.
+/// Moves slabs by an offset.
 class SlabShift {
 public:
   explicit SlabShift(const Coord3& offset)

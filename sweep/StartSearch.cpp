@@ -32,7 +32,7 @@ void StartSearch<Scalar>::PushRoots() {
     return WalkSide<Scalar>{tree.root, tree.least, tree.box, {}};
   };
   if (m_scene.bodies.moving->IsEmpty()) return;
-  // The first body on top.
+  // The first body is on top.
   for (std::size_t body = m_scene.bodies.fixed.size(); body-- > 0;) {
     if (m_scene.bodies.fixed[body]->IsEmpty()) continue;
     m_stack.push_back({sideOf(*m_scene.bodies.moving), sideOf(*m_scene.bodies.fixed[body]),

@@ -5,7 +5,7 @@
 
 namespace gsl_sweep {
 
-/// The first pair, by number, that touches at the start.
+/// Finds the first pair, by number, that touches at the start.
 template <class Scalar>
 class StartSearch {
 public:

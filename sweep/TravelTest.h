@@ -6,18 +6,19 @@
 
 #include <limits>
 
-/// For which travels boxes, and slabs, can touch. A travel is a multiple of the direction vector,
-/// whose largest component is from 1/2 to 1 in magnitude. What is told is never later than the
-/// first such travel: nothing that touches is ever left out.
+/// Tests for which travels boxes, and slabs, can touch. A travel is a multiple of the direction
+/// vector, whose largest component is from 1/2 to 1 in magnitude. A reported travel is never later
+/// than the first such travel, so that nothing that touches is left out.
 namespace gsl_sweep {
 
-// The bound of box against box is a difference of two numbers times a reciprocal. With h half a
-// unit in the last place of 1 (2^-24 in float), the difference is off by a factor of 1 + h, the
-// product by 1 + h, the reciprocal by 1 + h and two roundings in double: together less than 1 + 4
-// h, or 2^-22 in float and 2^-51 in double. A reciprocal that is made smaller by twice as much
-// gives a first travel that is not later than the true one; one that is made larger by as much
-// gives a last travel that is not earlier. That is so for positive bounds. A negative first travel
-// counts as zero, and a negative last one rejects, whatever they are; their signs are exact.
+// The bound of box against box is a difference of two numbers times a reciprocal. Let h be half a
+// unit in the last place of 1 (2^-24 in float). The difference is off by a factor of 1 + h, the
+// product by 1 + h, and the reciprocal by 1 + h and two roundings in double. Together that is less
+// than 1 + 4 h, which is 2^-22 in float and 2^-51 in double. A reciprocal that is reduced by twice
+// that part results in a first travel that is not later than the true one. A reciprocal that is
+// enlarged by the same part results in a last travel that is not earlier. Both hold for positive
+// bounds. A negative first travel counts as zero, and a negative last travel rejects, whatever
+// their sizes; their signs are exact.
 template <class Scalar>
 constexpr double kReciprocalMargin = 8.0 * std::numeric_limits<Scalar>::epsilon() / 2.0;
 
@@ -30,15 +31,15 @@ public:
     for (int k = 0; k < 3; ++k) {
       const double d = components[k];
       m_isNegative[k] = d < 0.0;
-      // Zero times infinity is NaN, which Most and Least pass over: boxes that touch stay.
+      // Zero times infinity is NaN, which Most and Least ignore, so boxes that touch stay.
       const double reciprocal = d == 0.0 ? std::numeric_limits<double>::infinity() : 1.0 / d;
       m_first[k] = static_cast<Scalar>(reciprocal * (1.0 - kReciprocalMargin<Scalar>));
       m_last[k] = static_cast<Scalar>(reciprocal * (1.0 + kReciprocalMargin<Scalar>));
     }
   }
 
-  /// Four boxes against one. Bit k of the result is set when box k can touch the other within the
-  /// limit; `from` has the first such travels.
+  /// Tests four boxes against one. Bit k of the result is set when box k can touch the other box
+  /// within the limit. `from` receives the first such travels.
   template <bool kFourMove>
   unsigned Survivors(const Boxes<Scalar>& four, const Box<Scalar>& one, Scalar limit,
                      Four<Scalar>& from) const {
@@ -46,7 +47,7 @@ public:
     Four<Scalar> last = Four<Scalar>::Of(limit);
     for (int k = 0; k < 3; ++k) {
       const bool swapped = m_isNegative[k];
-      // Fronts meet first, backs part last.
+      // The fronts meet first, and the backs part last.
       const Four<Scalar>& fourFront = swapped == kFourMove ? four.low[k] : four.high[k];
       const Four<Scalar>& fourBack = swapped == kFourMove ? four.high[k] : four.low[k];
       const Scalar oneFront = swapped == kFourMove ? one.high[k] : one.low[k];
@@ -66,7 +67,7 @@ public:
     return AtMost(first, last);
   }
 
-  /// Two boxes; the first travel is infinite when they cannot touch.
+  /// Tests two boxes. The first travel is infinite when they cannot touch.
   Scalar FirstTravel(const Box<Scalar>& moving, const Box<Scalar>& fixed) const {
     Scalar first = 0;
     Scalar last = Box<Scalar>::kFar;
@@ -87,20 +88,20 @@ private:
   Scalar m_first[3], m_last[3]; ///< reciprocals, rounded toward zero and away from it
 };
 
-/// Slabs of which some travel. Rejects what the boxes let pass.
+/// Tests slabs of which some travel. It rejects pairs that the boxes accept.
 class SlabTest {
 public:
   explicit SlabTest(const Coord3& direction)
       : m_direction{static_cast<float>(direction.x), static_cast<float>(direction.y),
                     static_cast<float>(direction.z)} {}
 
-  /// Four children, each within its box and its slab, against one box with its slab. `first` is
-  /// raised where a slab says so, `last` lowered. `reach` is that of all that takes part.
+  /// Tests four children, each within its box and its slab, against one box with its slab. A slab
+  /// may raise `first` and lower `last`. `reach` is the reach of everything that takes part.
   template <bool kFourMove>
   void Narrow(const Boxes<float>& boxes, const SlabNode& slabs, const Box<float>& box,
               const Slab& slab, const Float4& error, Float4& first, Float4& last) const {
     // n . p = alpha (m . p) + (n - alpha m) . p: a slab across m bounds n . p well where the two
-    // normals are near each other; elsewhere the box does as well.
+    // normals are nearly equal. Elsewhere the box bounds it as well.
     Float4 alpha = slabs.normal[0] * Float4::Of(slab.normal[0]) +
                    slabs.normal[1] * Float4::Of(slab.normal[1]) +
                    slabs.normal[2] * Float4::Of(slab.normal[2]);
@@ -111,7 +112,7 @@ public:
   }
 
 private:
-  /// Across a slab with n . d below this nothing is concluded.
+  /// A slab with n . d below this limit decides nothing.
   static constexpr float kLeastAlong = 0x1p-6f;
   // n . d is off by less than 9 u (u = 2^-24): a rounded direction, products and sums of at most
   // 1.8 in all. The quotient x / (n . d) is off by 9 u / |n . d| of itself, and by 4 u for the
@@ -123,7 +124,7 @@ private:
     return n[0] * m_direction[0] + n[1] * m_direction[1] + n[2] * m_direction[2];
   }
 
-  /// The children against the one slab.
+  /// Tests the children against the one slab.
   template <bool kFourMove>
   void NarrowByOne(const Boxes<float>& boxes, const SlabNode& slabs, const Slab& slab,
                    const Float4& alpha, const Float4& error, Float4& first, Float4& last) const {
@@ -145,7 +146,7 @@ private:
     Apply(toMeet * reciprocal, toPart * reciprocal, Magnitude(reciprocal), first, last);
   }
 
-  /// The children's slabs against the one.
+  /// Tests the children's slabs against the one box.
   template <bool kFourMove>
   void NarrowByFour(const SlabNode& slabs, const Box<float>& box, const Slab& slab,
                     const Float4& alpha, const Float4& error, Float4& first, Float4& last) const {

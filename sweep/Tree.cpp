@@ -31,7 +31,7 @@ void Sort(Array<Key>& keys) {
 
 template <class Scalar>
 Array<Key> SortedLeaves(const Array<Box<Scalar>>& boxes) {
-  // Halved before they are added, so that the middle of a large box is finite.
+  // The corners are halved before they are added, so that the middle of a large box is finite.
   const auto middle = [&boxes](std::size_t leaf, int axis) {
     return 0.5 * static_cast<double>(boxes[leaf].low[axis]) +
            0.5 * static_cast<double>(boxes[leaf].high[axis]);
@@ -97,7 +97,7 @@ private:
   Tree<Scalar>& m_tree;
 };
 
-/// The first leaf of the second part; of equal numbers the middle.
+/// Returns the first leaf of the second part, or the middle where the numbers are equal.
 template <class Scalar>
 std::size_t Builder<Scalar>::Split(Range range) const {
   const std::uint32_t first = CurveNumber(m_keys[range.begin]);

@@ -10,7 +10,7 @@
 
 namespace gsl_sweep {
 
-/// What a lane of a node leads to: a node, a leaf, or nothing.
+/// The target of a lane of a node: a node, a leaf, or nothing.
 class TreeRef {
 public:
   static constexpr std::uint32_t kNone = 0xffffffffu;
@@ -50,7 +50,7 @@ struct Boxes {
   }
 };
 
-/// Four children. Lanes without one have an empty box.
+/// Four children. A lane without a child has an empty box.
 template <class Scalar>
 struct alignas(64) TreeNode {
   Boxes<Scalar> boxes;
@@ -66,16 +66,16 @@ struct Tree {
   Box<Scalar> box = Box<Scalar>::Empty();
   std::uint32_t least = 0;
 
-  /// The box of each leaf, from MakeLeaves for float.
+  /// Returns the box of each leaf, which MakeLeaves computes for float.
   static Tree Over(const Corners& corners, const Leaves& leaves, const Array<Box<Scalar>>& boxes);
 
-  /// The same tree with other boxes of its leaves.
+  /// Builds the same tree with other boxes of its leaves.
   Tree Refitted(const Array<Box<Scalar>>& leafBoxes) const;
 
   std::size_t Bytes() const { return nodes.capacity() * sizeof(TreeNode<Scalar>); }
 };
 
-/// The exact boxes of leaves.
+/// Returns the exact boxes of leaves.
 Array<Box<double>> ExactBoxes(const Corners& corners, const Leaves& leaves);
 
 extern template struct Tree<float>;

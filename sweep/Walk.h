@@ -8,7 +8,7 @@
 
 namespace gsl_sweep {
 
-/// One side of a pair of nodes: a lane of its parent. Box and slab are as in the tree.
+/// One side of a pair of nodes: a lane of its parent. Box and slab are those of the tree.
 template <class Scalar>
 struct WalkSide {
   TreeRef ref;
@@ -27,7 +27,7 @@ struct NodePair {
   std::uint64_t LeastFixed() const { return FixedNumber(fixedBody, fixed.least); }
 };
 
-/// Told how far a walk is, now and then; false ends it.
+/// Receives the part of the walk that is done, now and then. Returning false ends the walk.
 using Watch = std::function<bool(double part)>;
 
 enum class WalkEnd { Done, Stopped, Cancelled };
@@ -49,7 +49,7 @@ public:
 
 private:
   static constexpr std::size_t kWatchEvery = 1024;
-  /// Slabs cost as much as about so many visits: a walk that has made them is worth it.
+  /// Slabs cost about as much as this number of visits, so a walk that reaches it makes them.
   static constexpr std::size_t kSlabsAfter = 5000;
 
   void PushRoots();
@@ -112,7 +112,7 @@ void Walk<Scalar, Judgement>::PushRoots() {
   const auto sideOf = [](const PreparedBody& body) {
     const Tree<Scalar>& tree = Scene<Scalar>::TreeOf(body);
     WalkSide<Scalar> side{tree.root, tree.least, tree.box, {}};
-    // In double, coordinates are not those that the slabs were made in.
+    // In double, the coordinates differ from those in which the slabs were made.
     if constexpr (sizeof(Scalar) == sizeof(float)) {
       if (const Slabs* slabs = body.SlabsIfMade()) side.slab = slabs->root;
     }
@@ -129,7 +129,7 @@ void Walk<Scalar, Judgement>::PushRoots() {
                                          m_scene.fixed.At(pair.fixed.box));
     if (pair.from < Box<Scalar>::kFar) m_stack.push_back(pair);
   }
-  // The nearest on top; of equals the first.
+  // The nearest pair is on top; among equals the first.
   std::reverse(m_stack.begin(), m_stack.end());
   std::stable_sort(
       m_stack.begin(), m_stack.end(),
@@ -172,7 +172,7 @@ void Walk<Scalar, Judgement>::Expand(const NodePair<Scalar>& pair) {
   PushSurvivors<kMoving>(pair, node, mask, from, slabs);
 }
 
-/// Lets slabs have their say, in float, once they are made.
+/// Applies the slabs, in float, once they are made.
 template <class Scalar, class Judgement>
 template <bool kMoving>
 unsigned Walk<Scalar, Judgement>::Narrow(const NodePair<Scalar>& pair, const Boxes<Scalar>& boxes,

@@ -164,8 +164,7 @@ public:
 
   int Run() {
     for (int start = 0; m_unvisitedCount > 0; ++start) {
-      // edges-lead-one-way: a vertex that points into an earlier component, and
-      // is not pointed to, is still here.
+      // A vertex that points into an earlier component, and is not pointed to, is still here.
       if (!m_unvisited.Has(start)) continue;
       Visit(start);
       for (int v = start; v >= 0 && m_unvisitedCount > 0; v = m_waiting.From(v)) {

@@ -40,7 +40,6 @@ void gsl_LinearEqnLUDSolver::SetMatrix(double** a, unsigned int n) {
 
 bool gsl_LinearEqnLUDSolver::Decompose() {
   if (m_matrix == nullptr) return false;
-  // failed-decomposition-is-tried-again: the failure is not remembered.
   if (m_isDecomposed) return true;
   if (m_size > kLargestSize) return false;
   if (m_pivots == nullptr) m_pivots = new (std::nothrow) std::int32_t[m_size];

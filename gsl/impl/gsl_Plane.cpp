@@ -1,6 +1,5 @@
 #include "gsl_Plane.h"
 
-// default-plane-faces-x: the default vector is Z.
 gsl_Plane::gsl_Plane() : gsl_Plane(gsl_Point(), gsl_Vector(1.0, 0.0, 0.0)) {}
 
 gsl_Plane::gsl_Plane(const gsl_Point& p, const gsl_Vector& n)

@@ -39,9 +39,8 @@ double gsl_Point::GetDistance(const gsl_Plane& plane) const {
 }
 
 double gsl_Point::GetDistance(const gsl_Plane& plane, const gsl_Vector& dir) const {
-  // orthogonality-is-asked-and-ignored: the result decides nothing.
+  // orthogonality-is-asked-and-ignored: the caller judges the size and the sign.
   static_cast<void>(dir.IsOrthogonal(plane.Direction()));
-  // A direction in the plane is not refused: the caller tests the size and the sign.
   return gsl_kernel::PlaneDistanceAlong(Coords(), PlaneOf(plane), dir.Measured());
 }
 
@@ -61,7 +60,7 @@ double gsl_Point::GetDistance(const gsl_Segment& seg, gsl_Point& closest) const 
   }
   const double d1 = GetDistance(seg.Point1());
   const double d2 = GetDistance(seg.Point2());
-  // tie-goes-to-the-second-end: the first end must be strictly nearer.
+  // At a tie the second end is the closest point.
   const bool firstIsNearer = d2 > d1;
   closest = firstIsNearer ? seg.Point1() : seg.Point2();
   return firstIsNearer ? d1 : d2;
@@ -108,10 +107,10 @@ bool gsl_Point::ProjectOn(const gsl_Segment& seg, double tol, gsl_Point& out, do
   Coord3 foot;
   const gsl_kernel::SegmentFoot where = gsl_kernel::FootOnSegment(
       Coords(), seg.Point1().Coords(), seg.Point2().Coords(), tol, foot, t);
-  // degenerate-segment-succeeds: the outputs are left alone.
+  // degenerate-segment-succeeds: the outputs keep what the caller put in.
   if (where == gsl_kernel::SegmentFoot::Degenerate) return true;
   AcceptComputed(out, foot);
-  // false-with-the-foot-written: the caller may want the foot beyond the end.
+  // The caller may want the foot beyond the end.
   return where == gsl_kernel::SegmentFoot::Inside;
 }
 

@@ -38,7 +38,6 @@ void gsl_StLine::SetOwnerFeatID(int id) {
 }
 
 gsl_Vector gsl_StLine::DirectionForDatum() {
-  // datum-direction-ignores-the-flip: the direction is returned as stored.
   return Direction();
 }
 
@@ -55,7 +54,7 @@ bool gsl_StLine::Intersect(const gsl_StLine& other, gsl_Point& out, double& dist
   case gsl_kernel::LinePair::Skew:
     return false;
   case gsl_kernel::LinePair::Parallel:
-    // false-with-the-distance-written: parallel lines have a distance and no point.
+    // Parallel lines have a distance, but no common point.
     dist = m_point.GetDistance(other);
     return false;
   case gsl_kernel::LinePair::Crossing:

@@ -9,14 +9,14 @@ using gsl_kernel::Coord3;
 
 bool gsl_NormalToThreePoints(const gsl_Point& p0, const gsl_Point& p1, const gsl_Point& p2,
                              gsl_Vector& normal) {
-  // false-with-a-zero-normal-written: the normal is written in every case.
+  // The normal is written in every case.
   normal = gsl_Vector(p0, p1, p2);
   return normal.magnitude > Settings().linearTolerance;
 }
 
 bool gsl_ThreePointsColinear(const gsl_Dot* d0, const gsl_Dot* d1, const gsl_Dot* d2) {
   gsl_Vector normal;
-  // middle-dot-decides: the sine at the middle point decides.
+  // middle-dot-decides: the normal compares the sine at its second point.
   return !gsl_NormalToThreePoints(d0->GetPoint(), d1->GetPoint(), d2->GetPoint(), normal);
 }
 
@@ -45,7 +45,7 @@ void gsl_ComputeCircumCircle(const gsl_Point& p0, const gsl_Point& p1, const gsl
   const gsl_kernel::Measured3 n = gsl_kernel::CircumNormal(c0, c1, c2, tolerance);
   normal = VectorOf(n);
   Coord3 found;
-  // normal-without-a-centre: collinear points have no centre.
+  // Collinear points have no centre.
   if (!gsl_kernel::CircumCentre(c0, c1, c2, n.c, tolerance, found)) return;
   // centre-keeps-its-identity: the caller's point is moved, not replaced.
   centre.x = found.x;

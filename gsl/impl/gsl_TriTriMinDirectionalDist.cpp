@@ -40,7 +40,7 @@ bool gsl_TriTriMinDirectionalDist(const gsl_Vector& direction, const gsl_Point& 
   const gsl_Util& settings = Settings();
   const SweepTolerances tol = {settings.linearTolerance, settings.cosineTolerance};
   const Measured3 d = gsl_arithmetic::NormalizedCopy(direction.Measured(), tol.linear);
-  // margin-loosens-the-rejection-only: it does not change what is accepted.
+  // The margin does not change what is accepted.
   if (gsl_kernel::SlabsReject(TriangleOf(a0, a1, a2, gsl_kernel::kFirstOfA),
                               TriangleOf(b0, b1, b2, gsl_kernel::kFirstOfB), d, distance + margin,
                               tol.linear)) {

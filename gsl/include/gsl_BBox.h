@@ -120,7 +120,7 @@ public:
   void Print(aio_ostream& out, int indent) const;
 
   static constexpr unsigned int TypeId() { return 0x030A0007u; }
-  /// This operation is not virtual, and neither is the one of gsl_Point.
+  /// This operation is not virtual, like the same operation of gsl_Point.
   unsigned int DynTypeId() const { return TypeId(); }
 
 private:

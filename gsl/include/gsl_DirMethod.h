@@ -3,7 +3,8 @@
 
 #include <cstdint>
 
-/// How a datum plane was created. Records hold the name, so the names and the numbers never change.
+/// How a datum plane was created. Records hold the name, and hosts are compiled with the
+/// numbers, so neither ever changes.
 enum gsl_DirMethod : std::int32_t {
   FROM_POINT_VECTOR = 0,
   FROM_FACE = 1,

@@ -48,7 +48,7 @@ public:
   virtual int GetEntityId() const;
   /// Classes of the host override these extension points. Here they do nothing and return false.
   [[nodiscard]] virtual bool ExtensionPoint1(const void*);
-  /// Return the number and the ids of the features that own the point: here 0, and id 0 for every
+  /// Returns the number and the ids of the features that own the point: here 0, and id 0 for every
   /// index.
   virtual int NumOwnerFeatures() const;
   virtual int OwnerFeatureId(int index) const;

@@ -3,8 +3,9 @@
 
 #include <cstdint>
 
-/// How a datum point was created. Records hold the name, prefix included, so the names and the
-/// numbers never change. The marker for "invalid" is deliberately not the last.
+/// How a datum point was created. Records hold the name, prefix included, and hosts are compiled
+/// with the numbers, so neither ever changes. The marker for "invalid" is deliberately not the
+/// last.
 enum gsl_DotMethod : std::int32_t {
   gsl_FROM_POINT = 0,
   gsl_FROM_VERTEX = 1,
@@ -17,7 +18,7 @@ enum gsl_DotMethod : std::int32_t {
   gsl_FROM_IP_CENTER_OF_EDGE = 8,
   gsl_FROM_IP_MIDPT_OF_EDGE = 9,
   gsl_FROM_NODE = 10,
-  // values-follow-the-invalid-marker: the numbers are stored.
+  // values-follow-the-invalid-marker: hosts are compiled with these numbers.
   gsl_DOT_INVALID = 11,
   gsl_FROM_DATUM_CSYS_ORIGIN = 12
 };

@@ -8,7 +8,7 @@
 #define GSL_API
 #endif
 
-// These headers promise that NaN compares equal and that operations keep their order.
+// Every promise in these headers relies on NaN and on the order of operations.
 #if defined(__FAST_MATH__) || (defined(__FINITE_MATH_ONLY__) && __FINITE_MATH_ONLY__ > 0)
 #error "gsl_geometry cannot be used with -ffast-math or -ffinite-math-only"
 #endif

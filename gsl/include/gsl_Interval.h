@@ -5,22 +5,22 @@
 
 /// Two bounds; nothing requires that lower <= upper.
 ///
-/// Units      whatever the caller's are.
+/// Units      those of the caller.
 /// Errors     none thrown, none printed.
 class GSL_API gsl_Interval {
 public:
   double lower;
   double upper;
 
-  /// Bounds not set; gsl_Interval{} is [0, 0].
+  /// The bounds are not set; gsl_Interval{} is [0, 0].
   gsl_Interval() = default;
   gsl_Interval(double lowerBound, double upperBound) : lower(lowerBound), upper(upperBound) {}
 
-  /// (1 - t) * lower + t * upper; t outside [0, 1] extrapolates.
+  /// Returns (1 - t) * lower + t * upper. A t outside [0, 1] extrapolates.
   double Interpolate(double t) const { return (1.0 - t) * lower + t * upper; }
 
-  /// The same object, or both bounds within 1e-8 (closed, so NaN counts as equal). The width is
-  /// fixed and deliberately none of the gsl_Util tolerances.
+  /// Returns true for the same object, and when both bounds agree within 1e-8 (closed; NaN counts
+  /// as equal). The width is fixed and deliberately independent of the gsl_Util tolerances.
   [[nodiscard]] bool operator==(const gsl_Interval& o) const;
   [[nodiscard]] bool operator!=(const gsl_Interval& o) const { return !(*this == o); }
 };

@@ -11,28 +11,30 @@
 /// Layout     m[row][column]; the upper left 3x3 block rotates, column 3 translates, row 3 is
 ///            (0, 0, 0, 1).
 /// Units      translation in model units, angles in radians.
-/// Flag       isIdentity is 1 (is), 0 (is not) or -1 (not known); setters and products make it -1,
-///            IsIdentity() settles it. Writing m does not touch it.
-/// Threads    IsIdentity() const writes the flag, and the entries when it snaps them: a matrix with
-///            flag -1 is not safe to ask from two threads.
-/// Outputs    a number may be an entry of the matrix, an array its own; two outputs must be apart.
+/// Flag       isIdentity is 1 (is), 0 (is not) or -1 (not known). Setters and products make it -1,
+///            and IsIdentity() settles it. Writing m does not touch it.
+/// Threads    IsIdentity() const writes the flag, and the entries when it snaps them. So two
+///            threads must not ask a matrix with flag -1 at once.
+/// Outputs    a number may be an entry of the matrix, and an array its own; two outputs must be
+///            apart.
 /// Errors     none thrown, none printed; nothing checks that the matrix is rigid.
 class GSL_API gsl_Matrix {
 public:
-  /// The entries. Writing one here leaves the flag as it is, and IsIdentity() then answers for the
-  /// entries before: set isIdentity to -1 as well.
+  /// The entries. Writing an entry here leaves the flag as it is, and IsIdentity() then reports on
+  /// the earlier entries, so set isIdentity to -1 as well.
   // entry-write-keeps-the-flag: the flag is kept by the operations alone.
   mutable double m[4][4];
   mutable std::int32_t isIdentity;
 
-  /// The identity.
+  /// The matrix is the identity.
   gsl_Matrix() { FillIdentity(); }
 
-  /// Every entry exact, and the flag 1.
+  /// Every entry becomes exactly that of the identity, and the flag 1.
   void FillIdentity();
 
-  /// The same object, or no entry differs by more than 0.001 (closed; NaN agrees). Fixed,
-  /// deliberately none of the gsl_Util tolerances; the flag does not count.
+  /// Returns true for the same object, and when no entry differs by more than 0.001 (closed; NaN
+  /// agrees). The width is fixed and deliberately independent of the gsl_Util tolerances. The flag
+  /// does not count.
   [[nodiscard]] bool operator==(const gsl_Matrix& o) const;
   [[nodiscard]] bool operator!=(const gsl_Matrix& o) const { return !(*this == o); }
 
@@ -42,55 +44,59 @@ public:
   void Transform(gsl_Vector& v) const;
 
   /// this = o x this, in full: transforming by the result is transforming by the old this, then by
-  /// o, which may be this matrix.
+  /// o. o may be this matrix.
   void Concatenate(const gsl_Matrix& o);
 
-  /// What the flag says; when it is -1, whether rows 0 to 2 equal the identity's within 1e-5
-  /// (closed; NaN does not), and then all entries are set to the exact identity.
+  /// Returns what the flag says. When the flag is -1, returns whether rows 0 to 2 equal those of
+  /// the identity within 1e-5 (closed; NaN does not), and if so sets all entries to the exact
+  /// identity.
   [[nodiscard]] bool IsIdentity() const;
 
-  /// m[0..2][3].
+  /// Returns m[0..2][3].
   void SetTranslation(const gsl_Vector& t);
   void GetTranslation(gsl_Vector& t) const;
 
-  /// m[r][0..2] and m[0..2][c]; that r and c are below 4 is not checked.
+  /// Returns m[r][0..2] and m[0..2][c]. They do not check that r and c are below 4.
   void SetRow(unsigned int r, const gsl_Vector& v);
   void SetColumn(unsigned int c, const gsl_Vector& v);
 
-  /// Columns 0 to 2 become the unit vectors of X, Y, Z (zero for a magnitude of exactly 0); not
-  /// checked for orthogonality. Translation and row 3 stay.
+  /// Columns 0 to 2 become the unit vectors of X, Y, Z (zero for a magnitude of exactly 0).
+  /// Orthogonality is not checked. Translation and row 3 stay.
   void SetRotationVectors(const gsl_Vector& x, const gsl_Vector& y, const gsl_Vector& z);
 
-  /// Angles with rotation = Rz(c) Ry(b) Rx(a): about the fixed X axis by a first, then Y, then Z.
+  /// Returns angles with rotation = Rz(c) Ry(b) Rx(a): about the fixed X axis by a first, then Y,
+  /// then Z.
   ///
   /// In gimbal lock, where cos b is at most 2^-19, c is set to 0.
   /// Method     K. Shoemake, Euler Angle Conversion, Graphics Gems IV (1994).
   void GetRotationAngles(double& a, double& b, double& c) const;
 
-  /// The inverse of a rigid matrix; one whose flag is 1 gives the identity unseen.
+  /// Returns the inverse of a rigid matrix. A matrix whose flag is 1 has the identity as its
+  /// inverse, and its entries are not read.
   gsl_Matrix InverseRigidTransform() const;
 
-  /// Becomes the rotation by `angle` (radians, right-handed) about the line through p along `axis`;
-  /// the identity, flag 1, when linearTolerance > |axis|. By Rodrigues' formula.
+  /// The matrix becomes the rotation by `angle` (radians, right-handed) about the line through p
+  /// along `axis`, by Rodrigues' formula. It becomes the identity, flag 1, when linearTolerance >
+  /// |axis|.
   void AxisRotation(const gsl_Point& p, const gsl_Vector& axis, double angle);
 
-  /// Axis and angle (in [0, 2 pi]) of the rotation, through a quaternion deliberately held in
-  /// single precision. The zero vector when the angle is at most cosineTolerance. p is the
-  /// translation, with a fresh uid: not a point on the axis. For NaN in the
-  /// rotation the angle is NaN and the axis zero.
+  /// Returns axis and angle (in [0, 2 pi]) of the rotation, through a quaternion that is
+  /// deliberately held in single precision. The axis is the zero vector when the angle is at most
+  /// cosineTolerance. p is the translation, with a fresh uid, not a point on the axis. For NaN in
+  /// the rotation the angle is NaN and the axis zero.
   ///
   /// Method     K. Shoemake, Polar Matrix Decomposition, Graphics Gems IV (1994).
   void GetAxisRotation(gsl_Point& p, gsl_Vector& axis, double& angle) const;
 
-  /// The sixteen entries, row by row.
+  /// Writes the sixteen entries, row by row.
   void AsArray(double (*const out)[4]) const;
 
-  /// Images of the origin and of the coordinate axes.
+  /// Returns the images of the origin and of the coordinate axes.
   gsl_Point NewOrigin() const { return {m[0][3], m[1][3], m[2][3]}; }
   gsl_Vector NewXAxis() const { return Column(0); }
   gsl_Vector NewYAxis() const { return Column(1); }
   gsl_Vector NewZAxis() const { return Column(2); }
-  /// Rows 0 to 2 of column c; c below 4 is not checked.
+  /// Returns rows 0 to 2 of column c. It does not check that c is below 4.
   gsl_Vector Column(unsigned int c) const { return {m[0][c], m[1][c], m[2][c]}; }
 };
 

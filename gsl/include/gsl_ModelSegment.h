@@ -25,19 +25,19 @@ extern template class GSL_API cow_COW<gsl_Dot, cow_Virtual<gsl_Dot>>;
 /// Identity   a constructor other than the copies allocates a fresh uid; a copy and an assignment
 ///            take the source's.
 /// Threads    copies that share datum points may be used in different threads at once.
-/// Records    an empty end is stored as such. Segments written in one save that share a datum point
-///            share it again when they are read in one load.
+/// Records    an empty end is stored as empty. Segments that share a datum point and are written in
+///            one save share it again when they are read in one load.
 /// Errors     none thrown and none printed, except by the records.
 class GSL_API gsl_ModelSegment {
 public:
   using DotHolder = cow_COW<gsl_Dot, cow_Virtual<gsl_Dot>>;
 
-  /// Both ends empty.
+  /// Both ends are empty.
   gsl_ModelSegment();
   /// Each end holds its own copy of the datum point; it is empty when Copy() returns null.
   gsl_ModelSegment(const gsl_Dot& p1, const gsl_Dot& p2);
-  /// From a record; a missing end is empty. Throws nex_Exception for a record of another class and
-  /// an end that is not a datum point.
+  /// Reads a record; a missing end is empty. Throws nex_Exception for a record of another class and
+  /// for an end that is not a datum point.
   explicit gsl_ModelSegment(const cls_ReadVisitor& visitor);
   gsl_ModelSegment(const gsl_ModelSegment&);
   gsl_ModelSegment& operator=(const gsl_ModelSegment&);
@@ -48,18 +48,19 @@ public:
 
   [[nodiscard]] bool HasPoint1() const { return !m_point1.IsEmpty(); }
   [[nodiscard]] bool HasPoint2() const { return !m_point2.IsEmpty(); }
-  /// The datum point at that end, which must not be empty; that is not checked.
+  /// Returns the datum point at that end. The end must not be empty, which is not checked.
   const gsl_Dot& Point1() const { return *m_point1; }
   const gsl_Dot& Point2() const { return *m_point2; }
   const cls_Uid& Uid() const { return m_uid; }
 
-  /// From the first end to the second, not normalised; unit Z when an end is empty.
+  /// Returns the vector from the first end to the second, not normalised, or unit Z when an end is
+  /// empty.
   gsl_Vector Direction() const;
-  /// Distance of the ends; 0.0 when one is empty.
+  /// Returns the distance of the ends, or 0.0 when an end is empty.
   double Length() const;
 
-  /// Regenerates the datum point of each end that has one, point1 first; their results are ignored.
-  /// A shared datum point is cloned before, so other segments keep theirs; when the clone is null
+  /// Regenerates the datum point of each end that has one, point1 first. Their results are ignored.
+  /// A shared datum point is cloned first, so other segments keep theirs. When the clone is null,
   /// that end stays as it is.
   void Regenerate(const ftr_FeatureList* features);
 
@@ -73,8 +74,9 @@ private:
   cls_Uid m_uid;
 };
 
-/// The unit direction of the segment as a new tuple of three numbers that the caller owns: each
-/// component divided by the magnitude, or 0.0 when that is exactly 0.0; (0, 0, 1) for an empty end.
+/// Returns the unit direction of the segment as a new tuple of three numbers, which the caller
+/// owns. Each component is divided by the magnitude, or is 0.0 when the magnitude is exactly 0.0.
+/// An empty end makes it (0, 0, 1).
 [[nodiscard]] GSL_API omu_Primitive* omu_ReturnPrim(const gsl_ModelSegment& segment);
 
 #endif

@@ -3,10 +3,11 @@
 
 #include "gsl_Export.h"
 
-/// Start and stop of the library inside a host. Both count: with N starts only the first does the
-/// work and only the N-th stop undoes it.
+/// Start and stop the library inside a host. Both count their calls: with N starts only the first
+/// start and the N-th stop have an effect.
 ///
-/// Threads  plain counters: call both from the process's one starting or stopping thread.
+/// Threads  the counters are plain: make both calls from the one thread that starts and stops the
+///          process.
 
 /// The first call raises the host's `count` by 1, starts the host libraries in the order of their
 /// dependence, enters the type table of module 778, creates the settings with their defaults and
@@ -14,8 +15,8 @@
 GSL_API void gsl_initialize(int& count);
 
 /// The last call lowers `count` by 1, deletes the settings (a later start begins with the defaults)
-/// and stops the host libraries in reverse. The type table and the registered classes stay. After
-/// a stop without a start the next start does nothing.
+/// and stops the host libraries in reverse. The type table and the registered classes stay. After a
+/// stop without a start, the next start does nothing.
 GSL_API void gsl_finalize(int& count);
 
 #endif

@@ -11,13 +11,13 @@ class cls_WriteVisitor;
 /// A vector with a persistent identity, for entities that store one. A copy keeps the identity.
 class GSL_API gsl_PersistentVector {
 public:
-  /// Unit Z, with a fresh identity.
+  /// The vector is unit Z, with a fresh identity.
   gsl_PersistentVector() : m_uid(cls_Uid::AllocateUid()) {}
-  /// Exactly `v`, cached magnitude included, with a fresh identity.
+  /// The vector is exactly `v`, cached magnitude included, with a fresh identity.
   explicit gsl_PersistentVector(const gsl_Vector& v) : m_vector(v), m_uid(cls_Uid::AllocateUid()) {}
 
-  /// The numbers as stored: the magnitude is neither checked nor computed; a missing number is 0.0.
-  /// Throws nex_Exception for a record of another class and a field of another kind.
+  /// Reads the numbers as stored: the magnitude is neither checked nor computed. A missing number
+  /// is 0.0. Throws nex_Exception for a record of another class and for a field of another kind.
   explicit gsl_PersistentVector(const cls_ReadVisitor& visitor);
 
   virtual unsigned int DynTypeId() const;

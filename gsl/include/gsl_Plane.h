@@ -14,45 +14,46 @@ struct gsl_RecordLayout;
 /// Datum plane: a point, a normal kept exactly as supplied, and how it was made.
 ///
 /// Units     model units.
-/// Flip      stored, copied and persisted only; no operation applies it to the normal.
+/// Flip      stored, copied and persisted only. No operation applies it to the normal.
 /// Identity  a constructor other than the copies allocates a fresh uid; a copy keeps its source's.
-/// Errors    none; a zero or NaN normal is accepted; queries that divide by it say what they give.
+/// Errors    none. A zero or NaN normal is accepted; queries that divide by it state their result.
 class GSL_API gsl_Plane {
 public:
-  /// The plane x = 0: through the origin with normal (1, 0, 0).
+  /// The plane is x = 0: it passes through the origin with normal (1, 0, 0).
   gsl_Plane();
-  /// Copies of p (identity kept) and n (not normalised).
+  /// The plane holds copies of p (identity kept) and n (not normalised).
   gsl_Plane(const gsl_Point& p, const gsl_Vector& n);
-  /// From a record. Missing fields: false, 0, (0, 0, 0) with a zero normal, no parents. A missing
-  /// or unknown method name throws omu_ValueErrorException, a record of another class and a field
-  /// of another kind nex_Exception.
+  /// Reads a record. Missing fields become false, 0, (0, 0, 0) with a zero normal, and no parents.
+  /// Throws omu_ValueErrorException for a missing or unknown method name, nex_Exception for a
+  /// record of another class and for a field of another kind.
   explicit gsl_Plane(const cls_ReadVisitor& visitor);
   gsl_Plane(const gsl_Plane&);
   gsl_Plane& operator=(const gsl_Plane&);
 
   virtual ~gsl_Plane();
-  /// A heap copy that the caller owns. Throws std::bad_alloc.
+  /// Returns a heap copy, which the caller owns. Throws std::bad_alloc.
   [[nodiscard]] virtual gsl_Plane* Copy() const;
-  /// The ok flag; nothing is recomputed and the list is not read.
+  /// Returns the ok flag. Nothing is recomputed and the list is not read.
   virtual bool Regenerate(const ftr_FeatureList* features);
   virtual int OwnerFeatID() const;
   virtual void SetOwnerFeatID(int id);
-  /// A copy of the point, identity included.
+  /// Returns a copy of the point, identity included.
   virtual gsl_Point Centroid();
   /// Deliberately does nothing: the plane does not move its point.
   virtual void ResetCentroid(const gsl_Point& centroid, const ftr_FeatureList* features);
-  /// For classes of the host that derive; null and false here, as for gsl_StLine.
+  /// Derived classes of the host override these. Here they return null and false, as for
+  /// gsl_StLine.
   virtual void* ExtensionObject() { return nullptr; }
   [[nodiscard]] virtual bool ExtensionQuery(const void*) { return false; }
   virtual unsigned int DynTypeId() const;
   virtual void DBWrite(const cls_WriteVisitor& visitor) const;
 
-  /// Whether the object is of that class, or of one registered as derived from it.
+  /// Returns whether the object is of that class, or of a class registered as derived from it.
   [[nodiscard]] bool IsA(unsigned int typeId) const;
   static void InitializeMetadata(cls_ClassRegistrar& registrar);
 
   const gsl_Point& PointOn() const { return m_point; }
-  /// The normal as stored.
+  /// Returns the normal as stored.
   // flip-is-never-applied: the flag is stored for the host alone.
   const gsl_Vector& Direction() const { return m_normal.Vector(); }
 

@@ -12,19 +12,20 @@ struct gsl_RecordLayout;
 /// Straight segment between two points.
 ///
 /// Units      model units.
-/// Tolerance  gsl_Util::linearTolerance, read at the call. At 0 a segment of no length is not too
-///            short: it crosses every line and segment that has a direction, at NaN.
+/// Tolerance  gsl_Util::linearTolerance, read at the call. At a tolerance of 0 a segment of no
+///            length is not too short: it crosses every line and segment that has a direction, at
+///            NaN.
 /// Identity   holds copies of its end points with their uids; its own uid is fresh from a
 ///            constructor and the source's from a copy or an assignment.
 /// Errors     none; equal end points are allowed.
 class GSL_API gsl_Segment {
 public:
-  /// Both ends at the origin.
+  /// Both ends are at the origin.
   gsl_Segment();
   gsl_Segment(const gsl_Point& p1, const gsl_Point& p2);
 
-  /// From a record; a missing end is (0, 0, 0) without an identity. Throws nex_Exception for a
-  /// record of another class and a field of another kind.
+  /// Reads a record; a missing end is (0, 0, 0) without an identity. Throws nex_Exception for a
+  /// record of another class and for a field of another kind.
   explicit gsl_Segment(const cls_ReadVisitor& visitor);
 
   virtual unsigned int DynTypeId() const;
@@ -38,25 +39,28 @@ public:
 
   static constexpr unsigned int TypeId() { return 0x030A0008u; }
 
-  /// Crossing with a line; `out` is the closest point on this segment's line, with a fresh
-  /// identity.
+  /// Crosses the segment with a line; `out` is the closest point on this segment's line, with a
+  /// fresh identity.
   ///
-  /// False with `out` unwritten when linearTolerance > Length() or the lines are skew or parallel;
-  /// false with `out` written when the crossing is more than linearTolerance beyond an end
-  /// (closed), or more than that from Point1() for a segment of exactly linearTolerance.
+  /// Returns false with `out` unwritten when linearTolerance > Length() or the lines are skew or
+  /// parallel. Returns false with `out` written when the crossing is more than linearTolerance
+  /// beyond an end (closed), or more than linearTolerance from Point1() for a segment of exactly
+  /// linearTolerance.
   [[nodiscard]] bool Intersect(const gsl_StLine& line, gsl_Point& out) const;
 
-  /// Crossing with a segment: each must cross the other's line, this one first. `out` is the point
-  /// on the other segment's line; on false it may hold a point of the first test.
+  /// Crosses the segment with a segment: each must cross the other's line, this segment first.
+  /// `out` is the point on the other segment's line; on false it may hold a point of the first
+  /// test.
   [[nodiscard]] bool Intersect(const gsl_Segment& other, gsl_Point& out) const;
 
-  /// The shortest connection: `connection` becomes the segment from this one to `other`, and its
-  /// Length() is the distance.
+  /// Finds the shortest connection: `connection` becomes the segment from this segment to `other`,
+  /// and its Length() is the distance.
   ///
-  /// End points keep their uids, computed points have fresh ones (one for both where the segments
-  /// cross; also a foot at an end, as gsl_Point::GetDistance has it). Segments 1e10 or farther
-  /// apart, and segments of NaN, leave `connection` alone; it may be either segment. Seen from the
-  /// other's ends, one shorter than linearTolerance is its first point.
+  /// End points keep their uids, computed points have fresh uids (one uid for both where the
+  /// segments cross). A foot exactly at an end is a computed point too, as in
+  /// gsl_Point::GetDistance. Segments 1e10 or farther apart, and segments of NaN, leave
+  /// `connection` unchanged. `connection` may be either segment. For the other's ends, a segment
+  /// shorter than linearTolerance is its first point.
   void GetDistance(const gsl_Segment& other, gsl_Segment& connection) const;
 
 private:

@@ -23,35 +23,35 @@ struct gsl_RecordLayout;
 /// Errors     none; a zero direction is accepted.
 class GSL_API gsl_StLine {
 public:
-  /// The X axis.
+  /// The axis is the X axis.
   gsl_StLine();
-  /// Copies of p (identity kept) and d (not normalised).
+  /// The axis holds copies of p (identity kept) and d (not normalised).
   gsl_StLine(const gsl_Point& p, const gsl_Vector& d);
-  /// Through p1, with direction p2 - p1; coincident points have a zero direction.
+  /// The axis passes through p1 with direction p2 - p1; coincident points have a zero direction.
   gsl_StLine(const gsl_Point& p1, const gsl_Point& p2);
-  /// From a record. Missing fields: false, 0, (0, 0, 0) with a zero direction, no parents. A
-  /// missing or unknown method name throws omu_ValueErrorException, a record of another class and a
-  /// field of another kind nex_Exception.
+  /// Reads a record. Missing fields become false, 0, (0, 0, 0) with a zero direction, and no
+  /// parents. Throws omu_ValueErrorException for a missing or unknown method name, nex_Exception
+  /// for a record of another class and for a field of another kind.
   explicit gsl_StLine(const cls_ReadVisitor& visitor);
   gsl_StLine(const gsl_StLine&);
   gsl_StLine& operator=(const gsl_StLine&);
 
   virtual ~gsl_StLine();
-  /// A heap copy that the caller owns. Throws std::bad_alloc.
+  /// Returns a heap copy, which the caller owns. Throws std::bad_alloc.
   [[nodiscard]] virtual gsl_StLine* Copy() const;
-  /// True, whatever the ok flag says; nothing is recomputed and the list is not read.
+  /// Returns true, whatever the ok flag says. Nothing is recomputed and the list is not read.
   virtual bool Regenerate(const ftr_FeatureList* features);
   virtual int OwnerFeatID() const;
   virtual void SetOwnerFeatID(int id);
-  /// For classes of the host that derive; null and false here, as for gsl_Plane.
+  /// Derived classes of the host override these. Here they return null and false, as for gsl_Plane.
   virtual void* ExtensionObject() { return nullptr; }
   [[nodiscard]] virtual bool ExtensionQuery(const void*) { return false; }
-  /// The direction as stored; the flip flag is deliberately not applied.
+  /// Returns the direction as stored; the flip flag is deliberately not applied.
   virtual gsl_Vector DirectionForDatum();
   virtual unsigned int DynTypeId() const;
   virtual void DBWrite(const cls_WriteVisitor& visitor) const;
 
-  /// Whether the object is of that class, or of one registered as derived from it.
+  /// Returns whether the object is of that class, or of a class registered as derived from it.
   [[nodiscard]] bool IsA(unsigned int typeId) const;
   static void InitializeMetadata(cls_ClassRegistrar& registrar);
 
@@ -70,22 +70,24 @@ public:
 
   static constexpr unsigned int TypeId() { return 0x030A0006u; }
 
-  /// Crossing with the plane, as gsl_Point::RayIntersect from PointOn() along Direction(): on
-  /// false, and for a point on the plane, `out` holds the line's point, identity included; a
-  /// computed point has a fresh one.
+  /// Crosses the line with the plane, like gsl_Point::RayIntersect from PointOn() along
+  /// Direction(). On false, and for a point on the plane, `out` holds the line's point, identity
+  /// included. A computed point has a fresh identity.
   [[nodiscard]] bool Intersect(const gsl_Plane& plane, gsl_Point& out) const;
 
-  /// Crossing with another line.
+  /// Crosses the line with another line.
   ///
-  /// True when the lines are coplanar within linearTolerance and not parallel: `out` is the closest
-  /// point on this line, `dist` the gap that is left. False for skew lines, with nothing written;
-  /// false for parallel lines (unit components within 1e-5, either sense; tested after skew), with
-  /// `dist` the distance of this line's point to the other and `out` unwritten.
+  /// Returns true when the lines are coplanar within linearTolerance and not parallel: `out` is the
+  /// closest point on this line, `dist` the gap that is left. Returns false for skew lines, with
+  /// nothing written. Returns false for parallel lines (unit components within 1e-5, either sense;
+  /// tested after skew), with `dist` the distance of this line's point to the other line and `out`
+  /// unwritten.
   ///
-  /// Degenerate a line without a direction crosses every line that has one; two are parallel, with
-  ///            `dist` NaN. A line with a NaN direction is parallel to every other.
+  /// Degenerate a line without a direction crosses every line that has a direction. Two lines
+  ///            without a direction are parallel, with `dist` NaN. A line with a NaN direction is
+  ///            parallel to every other line.
   /// Outputs    `dist` must not be a coordinate of `out`.
-  /// Identity   `out` has a fresh one.
+  /// Identity   `out` has a fresh identity.
   [[nodiscard]] bool Intersect(const gsl_StLine& other, gsl_Point& out, double& dist) const;
 
 private:

@@ -6,16 +6,18 @@
 #include "gsl_Matrix.h"
 #include "omu_InterfaceObj.h"
 
-/// A rigid transform as scripts see it: type "Transform", no members, one method.
+/// A rigid transform as scripts see it: its type is "Transform", and it has no members and one
+/// method.
 ///
-/// matrix()  a new tuple of 12 numbers, rows 0 to 2 of the transform column by column: the images
-///           of the X, Y and Z axes, then that of the origin. The fourth row is never part of it.
-/// Copies    share the shortcut and the text and hold a copy of the matrix.
+/// matrix()  returns a new tuple of 12 numbers, rows 0 to 2 of the transform column by column: the
+///           images of the X, Y and Z axes, then the image of the origin. The fourth row is never
+///           included.
+/// Copies    share the shortcut and the text, and each holds its own copy of the matrix.
 /// Errors    those of omu_InterfaceObj: nex_CommandException for an unknown method, arguments, or a
 ///           stale object.
 class GSL_API gsl_TransformIntObj : public omu_InterfaceObj {
 public:
-  /// Copies m; `text` is kept for the creator and read by nothing here.
+  /// Copies m. `text` is kept for the creator; nothing here reads it.
   gsl_TransformIntObj(const omu_Shortcut& s, const gsl_Matrix& m, const cow_String& text);
   gsl_TransformIntObj(const gsl_TransformIntObj&);
   gsl_TransformIntObj& operator=(const gsl_TransformIntObj&);

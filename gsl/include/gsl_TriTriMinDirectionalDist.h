@@ -4,30 +4,31 @@
 #include "gsl_Point.h"
 #include "gsl_Vector.h"
 
-/// How far triangle A travels along `direction` before it touches triangle B, if that is less than
-/// `distance`: for a caller that sweeps one triangle against many and keeps the running minimum.
+/// Measures how far triangle A travels along `direction` before it touches triangle B, if that is
+/// less than `distance`. It suits a caller that sweeps one triangle against many and keeps the
+/// running minimum.
 ///
 /// Units      model units; `direction` need not be unit.
-/// Arguments  twoSided[0] and [1]: whether A (facing along the direction) and B (facing against it)
-///            may be used reversed; a flag is read only when its triangle has to be, A's first.
-///            `margin` only loosens the rejection by extents along the direction.
-/// Result     true when a contact was found: also one no closer than `distance`, where both face
-///            the direction or an edge of one crosses the other, edge-on.
-/// Outputs    `distance` is written only when it falls, to a strictly smaller one. contacts[0] lies
-///            on A, contacts[1] on B; a vertex keeps its uid, a computed point has a fresh one.
-///            When both face the direction and a contact was found, contacts[1] is always
-///            recomputed from contacts[0].
-///            The contacts may be vertices, `distance` a coordinate of one or of `direction`; the
-///            contacts and `distance` must be apart.
-/// Untouched  every output where no contact was found, `contacts` not even read: for a degenerate
-///            triangle, a refused orientation, a B behind A or out of reach, edge-on triangles in
-///            separate planes.
-/// Degenerate a triangle collinear within cosineTolerance is refused; a `direction` shorter than
+/// Arguments  twoSided[0] and [1] say whether A (facing along the direction) and B (facing against
+///            it) may be used reversed. A flag is read only when its triangle has to be reversed,
+///            A's first. `margin` only loosens the rejection by extents along the direction.
+/// Result     true when a contact was found. It may be no closer than `distance` where both
+///            triangles face the direction, or where an edge of one triangle crosses the other,
+///            edge-on.
+/// Outputs    `distance` is written only when it falls to a strictly smaller value. contacts[0]
+///            lies on A, contacts[1] on B; a vertex keeps its uid, a computed point has a fresh
+///            uid. When both face the direction and a contact was found, contacts[1] is always
+///            computed again from contacts[0]. The contacts may be vertices, and `distance` a
+///            coordinate of a vertex or of `direction`. The contacts and `distance` must be apart.
+/// Untouched  every output where no contact was found; `contacts` is not even read. This holds for
+///            a degenerate triangle, a refused orientation, a B behind A or out of reach, and
+///            edge-on triangles in separate planes.
+/// Degenerate a triangle collinear within cosineTolerance is refused. A `direction` shorter than
 ///            linearTolerance acts as the zero vector, along which nothing improves.
-/// NaN        `distance` never becomes NaN, and one that is stays. A vertex of NaN is not refused:
-///            the others of its triangle can still improve the distance.
+/// NaN        `distance` never becomes NaN, and a NaN `distance` stays NaN. A NaN vertex is not
+///            refused: the other vertices of its triangle can still improve the distance.
 /// Tolerance  gsl_Util linearTolerance and cosineTolerance, read once.
-/// Limits     distances are unsigned, and of two triangles that are both edge-on vertex i is tried
+/// Limits     distances are unsigned. Of two triangles that are both edge-on, vertex i is tried
 ///            against edge i only: docs/triangle-sweep.md.
 [[nodiscard]] GSL_API bool gsl_TriTriMinDirectionalDist(const gsl_Vector& direction,
                                                         const gsl_Point& a0, const gsl_Point& a1,

@@ -7,19 +7,20 @@
 /// The process-wide settings: every tolerance of the library, and display settings for host
 /// modules.
 ///
-/// Reached through omi_Singleton<gsl_Util>::Instance(). Operations read the fields at the moment
-/// they run, so a changed tolerance holds for every later call. Eleven doubles in this order.
+/// omi_Singleton<gsl_Util>::Instance() returns them. Operations read the fields at the moment they
+/// run, so a changed tolerance holds for every later call. The object is eleven doubles in this
+/// order.
 ///
-/// Threads  fields are plain: whoever writes one makes sure that no operation of the library runs
-///          meanwhile. Reading is safe from any thread once Instance() was called.
+/// Threads  fields are plain: a caller that writes a field makes sure that no operation of the
+///          library runs meanwhile. Reading is safe from any thread once Instance() was called.
 class GSL_API gsl_Util {
 public:
-  /// Lengths and distances, in model units. At 0 nothing counts as too short, so that divisions by
-  /// a length of 0 result in NaN.
+  /// Lengths and distances, in model units. At 0 no length is too short, so that divisions by a
+  /// length of 0 result in NaN.
   double linearTolerance;
   /// Point equality only, compared with a squared distance.
   double zeroTolerance;
-  /// Cosines, and dot and cross products relative to the magnitudes.
+  /// For cosines, and for dot and cross products relative to the magnitudes.
   double cosineTolerance;
   /// For host modules; no operation of this library reads it.
   double coarseTolerance;
@@ -34,7 +35,7 @@ public:
   /// omi_gettimecounter() when the object was made.
   double startTime;
 
-  /// The defaults; `reservedSetting` is left as the storage held it.
+  /// The fields have their defaults; `reservedSetting` keeps the value that the storage held.
   gsl_Util();
 
   /// `displayFactor` becomes 15.0 for true and 11.25, the default, for false.

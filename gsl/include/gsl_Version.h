@@ -3,7 +3,7 @@
 
 #include "gsl_Export.h"
 
-// The one place of the version: the build reads it from these three lines.
+// The version is defined here only; the build reads it from these three lines.
 #define GSL_VERSION_MAJOR 0
 #define GSL_VERSION_MINOR 1
 #define GSL_VERSION_PATCH 0
@@ -11,11 +11,11 @@
 /// The version of these headers as one number, for comparisons: 10203 is 1.2.3.
 #define GSL_VERSION_NUMBER (GSL_VERSION_MAJOR * 10000 + GSL_VERSION_MINOR * 100 + GSL_VERSION_PATCH)
 
-/// GSL_VERSION_NUMBER of the library that the process has loaded, which may be another than the one
-/// whose headers were compiled. Safe at any time, before gsl_initialize too.
+/// Returns GSL_VERSION_NUMBER of the library that the process has loaded, which may differ from the
+/// compiled headers. The call is safe at any time, also before gsl_initialize.
 GSL_API int gsl_LibraryVersion();
 
-/// The same as text, "1.2.3"; a literal of the library.
+/// Returns the version as text, "1.2.3", a literal of the library.
 GSL_API const char* gsl_LibraryVersionText();
 
 #endif

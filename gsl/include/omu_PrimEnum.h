@@ -23,8 +23,8 @@ struct omu_PrimEnumEntry {
 template <class E>
 struct omu_PrimEnumTable;
 
-/// A message in the user's language with its arguments put in: position 1 a number, position 2 a
-/// text. What was put in is not searched for arguments again.
+/// Returns a message in the user's language with its arguments filled in: position 1 is a number,
+/// position 2 a text. A filled-in argument is not searched for positions again.
 template <class E, class S>
 cow_String atr(const char* format, E value, S text);
 
@@ -38,19 +38,19 @@ template <class E, int N>
 class GSL_API omu_PrimEnum : public omu_PrimEnumBase {
 public:
   explicit omu_PrimEnum(E value);
-  /// By the other primitive's name; its enumeration may be another one.
+  /// Takes the other primitive's name; the other enumeration may be a different one.
   explicit omu_PrimEnum(const omu_PrimEnumBase& other);
   explicit omu_PrimEnum(const cow_String& text);
-  /// By the stored name.
+  /// Reads the stored name.
   explicit omu_PrimEnum(const cls_ReadVisitor& visitor);
   omu_PrimEnum(const omu_PrimEnum&);
   omu_PrimEnum& operator=(const omu_PrimEnum&);
   ~omu_PrimEnum() override;
 
-  /// False, and value and name as they were, for a value that the table does not hold.
+  /// Returns false, and changes neither value nor name, for a value that the table does not hold.
   [[nodiscard]] bool SetValue(E value);
 
-  /// The value of the row at `index`; no bounds check.
+  /// Returns the value of the row at `index`, without a bounds check.
   static E Value(int index);
 
   [[nodiscard]] bool operator==(const omu_Primitive& other) const override;
@@ -61,7 +61,7 @@ private:
   [[nodiscard]] bool SetString(const char* text, std::size_t length);
 };
 
-/// What the constructors throw with.
+/// The texts and the places that the constructors throw with.
 namespace omu_PrimEnumError {
 
 constexpr const char* kSourceName = "generated/include/omu_PrimEnum";

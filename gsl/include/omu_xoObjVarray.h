@@ -22,12 +22,12 @@ struct omu_xoObjVarrayTable;
 /// Persistent array that owns datum entities; an entry may be null and keeps its position.
 ///
 /// Record    "growthRatio_", then "data_": the entries in order, each a full record of its own
-///           class, so that objects that carry one uid are all kept.
-/// Identity  uid of the array and of its data record, fresh from a constructor and as stored from
-///           a record. The two owner uids are the caller's: kept as pointers, neither owned nor
-///           stored.
-/// Moves     take the identities and the owners along; the source is empty then, with fresh
-///           identities and no owners.
+///           class. Objects that carry the same uid are therefore all kept.
+/// Identity  the array and its data record each have a uid, which is fresh from a constructor and
+///           as stored from a record. The two owner uids belong to the caller: the array keeps
+///           pointers, and neither owns nor stores them.
+/// Moves     take the identities and the owners along. The source is then empty, with fresh
+///           identities and without owners.
 /// Errors    reading throws nex_Exception for a record of another class, a field of another kind,
 ///           and an element that is not a T; std::bad_alloc.
 template <class T>
@@ -51,7 +51,7 @@ public:
 
   const cls_Uid& Uid() const { return m_uid; }
   const cls_Uid& DataUid() const { return m_dataUid; }
-  /// Null unless given.
+  /// Returns the owners passed to the constructor, or null.
   const cls_Uid* FirstOwner() const { return m_owners[0]; }
   const cls_Uid* SecondOwner() const { return m_owners[1]; }
 

@@ -118,7 +118,7 @@ struct gsl_FieldKind<E, std::enable_if_t<std::is_enum_v<E>>> {
     visitor.WriteString(field, omu_PrimEnum<E, 1>(value).AsString());
   }
   static E Read(const cls_ReadVisitor& visitor, const cls_FieldHandle& field) {
-    // missing-method-throws: the empty name is not the name of a method.
+    // An empty name is not a valid method, so a missing field throws.
     const omu_PrimEnum<E, 1> stored(visitor.ReadString(field, cow_String()));
     return static_cast<E>(stored.GetValue());
   }

@@ -55,7 +55,7 @@ gsl_PersistentMatrix::gsl_PersistentMatrix(const cls_ReadVisitor& visitor)
     : m_uid(visitor.GetUid()) {
   StoredMatrix stored = {0, cls_xp2DArrayDouble(0, 0, cls_Uid())};
   gsl_ReadRecord<gsl_PersistentMatrix>(visitor, stored);
-  // stored-flag-is-trusted: the entries are not compared.
+  // The entries are not compared with the identity.
   m_matrix.isIdentity = stored.isIdentity;
   if (stored.entries.Rows() == 0 && stored.entries.Columns() == 0) return;
   if (stored.entries.Rows() != kSize || stored.entries.Columns() != kSize) {

@@ -32,7 +32,7 @@ namespace {
 gsl_Vector VectorOf(const cls_ReadVisitor& visitor) {
   StoredVector stored = {};
   gsl_ReadRecord<gsl_PersistentVector>(visitor, stored);
-  // stale-magnitude-is-stored: the magnitude is not computed again.
+  // The magnitude is not computed again.
   gsl_Vector vector(stored.x, stored.y, stored.z);
   vector.magnitude = stored.magnitude;
   return vector;

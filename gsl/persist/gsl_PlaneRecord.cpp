@@ -2,7 +2,6 @@
 #include "gsl_Plane.h"
 #include "gsl_RecordLayout.h"
 
-// ok-flag-comes-first: in the axis it comes after the flip flag; both are stored.
 template <>
 struct gsl_RecordLayout<gsl_Plane> {
   using Stored = gsl_Plane;
@@ -19,7 +18,6 @@ struct gsl_RecordLayout<gsl_Plane> {
 template class cls_TypeAdapter<gsl_Plane>;
 
 gsl_Plane::gsl_Plane(const cls_ReadVisitor& visitor) : gsl_Plane() {
-  // missing-ok-flag-is-false: a missing field reads as the default of its kind.
   gsl_ReadRecord<gsl_Plane>(visitor, *this);
   m_uid = visitor.GetUid();
 }

@@ -18,19 +18,20 @@ class gsl_Matrix;
 #define GSL_SWEEP_API
 #endif
 
-/// The first contact of bodies, one of which travels along a direction: decided exactly, prepared
-/// once, asked as often as is wanted.
+/// Finds the first contact of bodies, one of which travels along a direction. The decision is
+/// exact. Bodies are prepared once and can be asked any number of times.
 ///
-/// Units      travel and points are in those of the vertices.
-/// Decision   exact: whether there is a contact, whether there is one at the start, which comes
+/// Units      travel and points have the units of the vertices.
+/// Decision   exact: whether there is a contact, whether there is one at the start, and which comes
 ///            first. Coordinates below 2^-288 of the largest, and such components of the direction,
 ///            are rounded to 2^-339 of it.
-/// Ties       of exactly equal travels: the first moving triangle, then the first fixed one, then
-///            the first kind; of pairs that touch at the start, the first in that order.
+/// Ties       among exactly equal travels: the first moving triangle, then the first fixed
+///            triangle, then the first kind. Among pairs that touch at the start: the first in that
+///            order.
 /// Same bits  for any number of threads, any executor, any order of questions and any compiler.
-/// Degenerate triangles are the segments or points that they are.
-/// NaN        Triangles with a NaN or infinite corner take no part; a body counts them.
-/// Threads    every const member may be called from any threads at once.
+/// Degenerate triangles count as the segments or points that they are.
+/// NaN        triangles with a NaN or infinite corner take no part, but a body counts them.
+/// Threads    any threads may call every const member at once.
 namespace gsl_sweep {
 
 using gsl_arithmetic::Coord3;
@@ -46,14 +47,14 @@ struct TriangleView {
 class PreparedBody;
 struct PairState;
 
-/// Triangles, ready to be asked about. Immutable; copies share what they hold.
+/// Triangles in a form that can be asked. A body is immutable, and copies share their contents.
 class GSL_SWEEP_API Body {
 public:
   /// Triangles keep their order and their numbers.
   ///
-  /// Errors     std::invalid_argument for a corner that is not the number of a vertex (names the
-  ///            first) and for counts that do not fit; std::length_error for more than 2^31 - 1
-  ///            triangles.
+  /// Errors     std::invalid_argument for a corner that is not the number of a vertex (the text
+  ///            names the first) and for counts that do not fit; std::length_error for more than
+  ///            2^31 - 1 triangles.
   explicit Body(const TriangleView& view);
   ~Body();
   Body(const Body&);
@@ -61,16 +62,18 @@ public:
   Body(Body&&) noexcept;
   Body& operator=(Body&&) noexcept;
 
-  /// The body with every corner exactly where gsl_Matrix::Transform puts it. What was prepared is
-  /// used again. Any affine matrix is taken; one that mirrors turns the triangles over.
+  /// Returns the body with every corner exactly where gsl_Matrix::Transform puts it. The
+  /// preparation is used again. Any affine matrix is accepted; a mirroring matrix turns the
+  /// triangles over.
   Body Moved(const gsl_Matrix& matrix) const;
 
   std::size_t TriangleCount() const;
-  /// Triangles with a NaN or infinite corner.
+  /// Returns the number of triangles with a NaN or infinite corner.
   std::size_t SkippedCount() const;
-  /// The least and the greatest coordinates of the triangles that take part; both zero for none.
+  /// Writes the least and the greatest coordinates of the triangles that take part; both are zero
+  /// when there are none.
   void GetBounds(Coord3& low, Coord3& high) const;
-  /// Bytes that the body holds at present; a body grows when it is first asked.
+  /// Returns the bytes that the body holds at present. A body grows when it is first asked.
   std::size_t MemoryBytes() const;
 
 private:
@@ -80,7 +83,7 @@ private:
   std::shared_ptr<const PreparedBody> m_prepared;
 };
 
-/// Features that meet: of the moving body first. Overlap stands for bodies that share a point from
+/// The features that meet, the moving body's first. Overlap means that the bodies share a point at
 /// the start and had already met before it, so that no single features meet there.
 enum class ContactKind : unsigned char {
   VertexVertex,
@@ -101,14 +104,16 @@ enum class SweepStatus : unsigned char {
 
 struct Question {
   Coord3 direction{0.0, 0.0, 0.0}; ///< any length but zero; finite
-  /// Added to each corner of the moving body, each sum rounded once. Finite.
+  /// The offset is added to each corner of the moving body, and each sum is rounded once. It must
+  /// be finite.
   Coord3 offset{0.0, 0.0, 0.0};
-  /// At least 0. A contact at exactly this travel counts: the exact travel is compared, and the
-  /// answer has the rounded one, which may be maxDistance where the exact one is beyond.
+  /// The greatest travel must be at least 0. A contact at exactly this travel counts. The exact
+  /// travel is compared, and the answer holds the rounded travel. So the answer may be maxDistance
+  /// although the exact travel is beyond.
   double maxDistance = std::numeric_limits<double>::infinity();
-  /// Leaves out triangles of the moving body whose normal points against the direction, and of the
-  /// fixed one whose normal points along it. Edge-on and degenerate triangles point neither way
-  /// and stay.
+  /// A one-sided question leaves out triangles of the moving body whose normal points against the
+  /// direction, and of the fixed body whose normal points along it. Edge-on and degenerate
+  /// triangles point neither way and stay.
   bool oneSided = false;
 };
 
@@ -119,8 +124,8 @@ struct Contact {
   std::size_t movingTriangle = 0, fixedTriangle = 0; ///< numbers in their bodies
   Coord3 movingPoint{0.0, 0.0, 0.0};                 ///< with the offset, before the travel
   Coord3 fixedPoint{0.0, 0.0, 0.0};
-  /// Of length one, against the direction, of the plane in which the features meet; only where they
-  /// define one.
+  /// The normal of the plane in which the features meet, of length one and against the direction.
+  /// It is set only where they define such a plane.
   bool hasNormal = false;
   Coord3 normal{0.0, 0.0, 0.0};
 };
@@ -128,52 +133,53 @@ struct Contact {
 struct Answer {
   SweepStatus status = SweepStatus::Cancelled;
   Coord3 unitDirection{0.0, 0.0, 0.0}; ///< rounded from twice the precision; zero when cancelled
-  Contact contact;                     ///< of Contact and Start; as made otherwise
+  Contact contact;                     ///< set for Contact and Start only
 };
 
-/// Runs job(0) .. job(count - 1), each once, on any threads, and returns when all have returned. A
+/// Runs job(0) to job(count - 1), each once, on any threads, and returns when all have returned. A
 /// job does not throw.
 using Executor =
     std::function<void(std::size_t count, const std::function<void(std::size_t)>& job)>;
 
-/// How work is run. None of it changes an answer.
+/// How work is run. These settings never change an answer.
 struct Run {
-  /// 0: as many as there are processors. Without meaning where there is an executor.
+  /// 0 means as many threads as there are processors. An executor makes this number meaningless.
   unsigned threads = 0;
-  /// Called with the part done, from 0 to 1, which never falls; false cancels. Calls never overlap,
-  /// but may come from any thread that works.
+  /// Receives the part done, from 0 to 1, which never falls; returning false cancels. Calls never
+  /// overlap, but they may come from any working thread.
   std::function<bool(double)> progress;
   Executor executor;
 };
 
-/// How many triangles a one-sided question leaves out.
+/// The numbers of triangles that a one-sided question leaves out.
 struct LeftOut {
   std::size_t moving = 0, fixed = 0;
 };
 
-/// A moving body and fixed ones, which answer as one body of all their triangles in order would.
+/// A moving body and fixed bodies. The fixed bodies answer as one body of all their triangles in
+/// order would.
 ///
 /// Errors     of the questions: std::invalid_argument for a direction that is zero or not finite,
-///            an offset that is not finite, a maxDistance that is negative or NaN (in a batch the
-///            text names the question, and nothing is answered); std::overflow_error for a
-///            travel or a point beyond the range of double (in a batch: the first such question is
-///            named after the others are answered).
+///            for an offset that is not finite, and for a maxDistance that is negative or NaN. In a
+///            batch the text then names the question, and nothing is answered. std::overflow_error
+///            for a travel or a point beyond the range of double. In a batch the text names the
+///            first such question, after the others are answered.
 class GSL_SWEEP_API Pair {
 public:
-  /// Prepares the bodies that are not prepared yet, as `run` says; cancelling leaves the rest to
+  /// Prepares the bodies that are not prepared yet, as `run` says. Cancelling leaves the rest to
   /// the first question.
   Pair(Body moving, std::vector<Body> fixed, const Run& run = {});
 
   Answer First(const Question& question, const Run& run = {}) const;
 
-  /// Answers `count` questions in parallel. What is not reached is Cancelled.
+  /// Answers `count` questions in parallel. An answer that is not reached is Cancelled.
   void First(const Question* questions, std::size_t count, Answer* answers,
              const Run& run = {}) const;
 
-  /// One answer for each fixed body, as if it were alone with the moving one.
+  /// Returns one answer for each fixed body, as if it were alone with the moving body.
   std::vector<Answer> FirstOfEach(const Question& question, const Run& run = {}) const;
 
-  /// Looks at every triangle. Nothing is left out by a question that is not one-sided.
+  /// Counts by looking at every triangle. A question that is not one-sided leaves nothing out.
   LeftOut CountLeftOut(const Question& question) const;
 
 private:

@@ -89,7 +89,6 @@ enum class LinePair { Skew, Parallel, Crossing };
 
 /// Skew is tested before parallel, so lines that are both count as skew.
 inline LinePair ClassifyLines(const Line& a, const Line& b, double linearTolerance) {
-  // skew-is-tested-before-parallel: lines that are both count as skew.
   if (LinesAreSkew(a, b, linearTolerance)) return LinePair::Skew;
   if (IsParallel(a.direction, b.direction, kLineParallelTolerance)) return LinePair::Parallel;
   return LinePair::Crossing;

@@ -15,7 +15,6 @@ namespace gsl_kernel {
 inline bool PointSegmentParameters(const Coord3& x, const Coord3& p0, const Coord3& p1,
                                    double length, double linearTolerance, double* weights) {
   if (linearTolerance >= length) {
-    // degenerate-segment-is-its-first-point: the second end point does not count.
     if (!(linearTolerance >= Distance(x, p0))) return false;
     weights[0] = 0.0;
     weights[1] = 1.0;

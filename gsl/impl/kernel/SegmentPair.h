@@ -103,7 +103,7 @@ inline SegmentCrossing CrossSegments(const Segment& a, const Segment& b, double 
   const SegmentCrossing first = CrossSegmentLine(a, SupportingLine(b), linearTolerance, out);
   // false-with-the-first-point-written: the point of the first test stays.
   if (first != SegmentCrossing::Crossing) return first;
-  // point-lies-on-the-other-segment: the second test writes last.
+  // The second test writes the point on `b`.
   const SegmentCrossing second = CrossSegmentLine(b, SupportingLine(a), linearTolerance, out);
   return second == SegmentCrossing::Crossing ? second : SegmentCrossing::Beyond;
 }

@@ -96,7 +96,7 @@ inline bool EndsOnOneLine(const SweptSegment& a, const SweptSegment& b, const Me
 /// Both across d: the ends of A against B, then the ends of B against A.
 inline bool EndsAcross(const SweptSegment& a, const SweptSegment& b, const Measured3& d,
                        double margin, double linearTolerance, SweepContacts& contacts) {
-  // segments-that-run-the-same-way: they do not face each other.
+  // Such segments do not face each other.
   if (Dot(a.edge.c, b.edge.c) > 0.0) return false;
   const auto improves = [&contacts, margin](double g) {
     // negative-margin-loosens-along-only: across the direction a contact must beat the distance

@@ -125,7 +125,7 @@ inline double CosineBetween(const Measured3& a, const Measured3& b, bool unitVec
                             double linearTolerance) {
   double c = Dot(a.c, b.c);
   if (unitVectors) return c;
-  // zero-vector-is-at-a-right-angle: a length within the tolerance makes the cosine 0.
+  // A length within the tolerance makes the cosine 0.
   c = a.magnitude > linearTolerance ? c / a.magnitude : 0.0;
   c = b.magnitude > linearTolerance ? c / b.magnitude : 0.0;
   return c;
