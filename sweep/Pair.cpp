@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <functional>
 #include <mutex>
 #include <stdexcept>
 #include <string>
@@ -85,9 +86,9 @@ private:
 };
 
 /// Adds the number of the question to the text of its error.
-[[noreturn]] void RethrowFor(std::size_t question) {
-  const auto text = [question](const std::exception& error) {
-    return "question " + std::to_string(question) + ": " + error.what();
+[[noreturn]] void RethrowFor(const char* what, std::size_t number) {
+  const auto text = [what, number](const std::exception& error) {
+    return what + (" " + std::to_string(number)) + ": " + error.what();
   };
   try {
     throw;
@@ -101,7 +102,7 @@ private:
 std::vector<const PreparedBody*> AllBodies(const SceneBodies& bodies) {
   std::vector<const PreparedBody*> all = bodies.fixed;
   all.push_back(bodies.moving);
-  std::sort(all.begin(), all.end());
+  std::sort(all.begin(), all.end(), std::less<>());
   all.erase(std::unique(all.begin(), all.end()), all.end());
   return all;
 }
@@ -114,6 +115,30 @@ void MakeSlabs(const SceneBodies& bodies, const Run& run) {
   };
   lacking.erase(std::remove_if(lacking.begin(), lacking.end(), needsNone), lacking.end());
   RunJobs(run, lacking.size(), [&](std::size_t k) { lacking[k]->MakeSlabs(); });
+}
+
+/// Calls answer(k, watch) for each k. A travel that is too large ends its own job alone; any other
+/// exception cancels what is left.
+template <class AnswerOne>
+void AnswerEach(const Run& run, std::size_t count, const char* what, const AnswerOne& answer) {
+  Tally tally(run, count);
+  RunJobs(run, count, [&](std::size_t k) {
+    if (tally.IsCancelled()) return;
+    try {
+      try {
+        answer(k, [&tally](double part) { return tally.Continue(part); });
+      } catch (const std::overflow_error&) {
+        tally.Add();
+        RethrowFor(what, k);
+      }
+      tally.Add();
+    } catch (const std::overflow_error&) {
+      throw;
+    } catch (...) {
+      tally.Cancel();
+      throw;
+    }
+  });
 }
 
 } // namespace
@@ -152,44 +177,31 @@ void Pair::First(const Question* questions, std::size_t count, Answer* answers,
     try {
       RequireQuestion(questions[k]);
     } catch (const std::invalid_argument&) {
-      RethrowFor(k);
+      RethrowFor("question", k);
     }
   }
-  if ((m_state->questionCount += count) > 1) MakeSlabs(m_state->bodies, run);
   std::fill_n(answers, count, Answer());
-  Tally tally(run, count);
-  const Watch watch = [&tally](double) { return !tally.IsCancelled(); };
-  RunJobs(run, count, [&](std::size_t k) {
-    if (tally.IsCancelled()) return;
-    try {
-      Borrowed borrowed(*m_state);
-      answers[k] = AnswerQuestion(m_state->bodies, questions[k], watch, borrowed.Get());
-    } catch (const std::overflow_error&) {
-      RethrowFor(k);
-    } catch (...) {
-      tally.Cancel();
-      throw;
-    }
-    tally.Add();
+  if (count == 0) return;
+  if ((m_state->questionCount += count) > 1) MakeSlabs(m_state->bodies, run);
+  AnswerEach(run, count, "question", [&](std::size_t k, const Watch& watch) {
+    Borrowed borrowed(*m_state);
+    answers[k] = AnswerQuestion(m_state->bodies, questions[k], watch, borrowed.Get());
   });
 }
 
 std::vector<Answer> Pair::FirstOfEach(const Question& question, const Run& run) const {
   RequireQuestion(question);
   const SceneBodies& bodies = m_state->bodies;
-  if ((m_state->questionCount += bodies.fixed.size()) > 1) MakeSlabs(bodies, run);
   std::vector<Answer> answers(bodies.fixed.size());
-  Tally tally(run, answers.size());
-  const Watch watch = [&tally](double) { return !tally.IsCancelled(); };
-  RunJobs(run, answers.size(), [&](std::size_t k) {
-    if (tally.IsCancelled()) return;
+  if (answers.empty()) return answers;
+  if ((m_state->questionCount += answers.size()) > 1) MakeSlabs(bodies, run);
+  AnswerEach(run, answers.size(), "fixed body", [&](std::size_t k, const Watch& watch) {
     const SceneBodies alone{bodies.moving, {bodies.fixed[k]}};
     Borrowed borrowed(*m_state);
     answers[k] = AnswerQuestion(alone, question, watch, borrowed.Get());
     if (answers[k].status == SweepStatus::Contact || answers[k].status == SweepStatus::Start) {
       answers[k].contact.fixedBody = k;
     }
-    tally.Add();
   });
   return answers;
 }

@@ -3,6 +3,7 @@
 
 #include <exception>
 #include <mutex>
+#include <new>
 #include <system_error>
 #include <thread>
 #include <vector>
@@ -37,6 +38,8 @@ void RunOnThreads(unsigned count, const Work& work, const Stop& stop) {
     try {
       others.emplace_back(guarded, k);
     } catch (const std::system_error&) {
+      break;
+    } catch (const std::bad_alloc&) {
       break;
     }
   }

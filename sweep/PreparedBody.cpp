@@ -28,6 +28,19 @@ bool AreComfortable(const Scalar* numbers, std::size_t count) {
   return true;
 }
 
+/// The same for the triangles that take part. Slower; needed only where some vertex fails, which
+/// may belong to no triangle or to one that is skipped.
+bool TakePartComfortably(const Corners& corners) {
+  for (std::size_t place = 0; place < corners.Count(); ++place) {
+    for (int corner = 0; corner < 3; ++corner) {
+      const Coord3 p = corners.At(place, corner);
+      const double numbers[3] = {p.x, p.y, p.z};
+      if (!AreComfortable(numbers, 3)) return false;
+    }
+  }
+  return true;
+}
+
 } // namespace
 
 PreparedBody::PreparedBody(const TriangleView& view) : m_corners(view) {
@@ -64,6 +77,7 @@ void PreparedBody::Measure(const LeafBoxes& boxes) {
   m_corners.Read([this](const auto& reader) {
     m_isComfortable = AreComfortable(reader.vertices, 3 * m_corners.VertexCount());
   });
+  if (!m_isComfortable) m_isComfortable = TakePartComfortably(m_corners);
 }
 
 const Tree<float>& PreparedBody::SingleTree() const {

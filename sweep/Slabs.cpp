@@ -45,7 +45,8 @@ void Transpose(Float4 (&rows)[4]) {
 void SetNormal(float x, float y, float z, Slab& slab) {
   const float largest = std::max(std::fabs(x), std::max(std::fabs(y), std::fabs(z)));
   slab.normal[0] = slab.normal[1] = slab.normal[2] = 0.0f;
-  // Beyond these limits, products of edges may have left the range of float. NaN fails as well.
+  if (std::isnan(x) || std::isnan(y) || std::isnan(z)) return;
+  // Beyond these limits, products of edges may have left the range of float.
   if (!(largest > 1e-30f && largest < 1e30f)) return;
   const float scaled[3] = {x / largest, y / largest, z / largest};
   const float length =

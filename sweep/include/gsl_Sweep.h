@@ -108,8 +108,8 @@ struct Question {
   /// be finite.
   Coord3 offset{0.0, 0.0, 0.0};
   /// The greatest travel must be at least 0. A contact at exactly this travel counts. The exact
-  /// travel is compared, and the answer holds the rounded travel. So the answer may be maxDistance
-  /// although the exact travel is beyond.
+  /// travel is compared, and the answer holds the rounded travel. So a question that takes a
+  /// reported travel as its maxDistance may find no contact.
   double maxDistance = std::numeric_limits<double>::infinity();
   /// A one-sided question leaves out triangles of the moving body whose normal points against the
   /// direction, and of the fixed body whose normal points along it. Edge-on and degenerate
@@ -163,7 +163,8 @@ struct LeftOut {
 ///            for an offset that is not finite, and for a maxDistance that is negative or NaN. In a
 ///            batch the text then names the question, and nothing is answered. std::overflow_error
 ///            for a travel or a point beyond the range of double. In a batch the text names the
-///            first such question, after the others are answered.
+///            first such question, after the others are answered; its own answer is Cancelled.
+/// Moved from A pair that was moved from can only be assigned to or destroyed.
 class GSL_SWEEP_API Pair {
 public:
   /// Prepares the bodies that are not prepared yet, as `run` says. Cancelling leaves the rest to
@@ -177,6 +178,7 @@ public:
              const Run& run = {}) const;
 
   /// Returns one answer for each fixed body, as if it were alone with the moving body.
+  /// The text of std::overflow_error names the fixed body.
   std::vector<Answer> FirstOfEach(const Question& question, const Run& run = {}) const;
 
   /// Counts by looking at every triangle. A question that is not one-sided leaves nothing out.

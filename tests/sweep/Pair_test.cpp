@@ -757,6 +757,48 @@ TEST(Pair, CancelledBatchesKeepWhatWasAnswered) {
     EXPECT_TRUE(SameBits(some[k], k < 4 ? all[k] : Answer())) << k;
 }
 
+TEST(Pair, BatchIsCancelledWithinAQuestion) {
+  // Strips across each other, at heights that vary: no box tells them apart.
+  const auto strips = [](double x, double y, double z) {
+    Mesh mesh;
+    for (int k = 0; k < 400; ++k) {
+      const double at = 0.01 * k;
+      const double height = z + 1e-4 * (k * 37 % 400);
+      AddTriangle(mesh, {at * y, at * x, height}, {at * y + 4.0 * x, at * x + 4.0 * y, height},
+                  {at * y + 0.005 * y, at * x + 0.005 * x, height});
+    }
+    return mesh;
+  };
+  const Pair pair = PairOf(strips(1.0, 0.0, 5.0), strips(0.0, 1.0, 2.0));
+  Question question;
+  question.direction = down;
+  std::size_t calls = 0;
+  gsl_sweep::Run run = OnThreads(1);
+  run.progress = [&calls](double) { return ++calls > 0; };
+  Answer answer;
+  pair.First(&question, 1, &answer, run);
+  ASSERT_EQ(answer.status, SweepStatus::Contact);
+  ASSERT_GT(calls, 1u); // the last one counts the question
+  run.progress = [](double) { return false; };
+  pair.First(&question, 1, &answer, run);
+  EXPECT_EQ(answer.status, SweepStatus::Cancelled);
+  EXPECT_EQ(pair.FirstOfEach(question, run)[0].status, SweepStatus::Cancelled);
+}
+
+TEST(Pair, OverflowOfOneOfEachNamesTheFixedBody) {
+  const double most = std::numeric_limits<double>::max();
+  const Pair pair(BodyOf(PointAt({0.0, 0.0, most})),
+                  {BodyOf(PointAt({0.0, 0.0, most / 2.0})), BodyOf(PointAt({0.0, 0.0, -most}))});
+  Question question;
+  question.direction = down;
+  try {
+    const std::vector<Answer> none = pair.FirstOfEach(question, OnThreads(1));
+    FAIL() << none.size();
+  } catch (const std::overflow_error& error) {
+    EXPECT_STREQ(error.what(), "fixed body 1: the travel is too large for a double");
+  }
+}
+
 TEST(Pair, ErrorsOfABatchNameTheQuestion) {
   const Mesh box = Box({0.0, 0.0, 0.0}, {1.0, 1.0, 1.0});
   const Pair pair = PairOf(box, box);

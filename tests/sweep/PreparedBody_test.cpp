@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
+#include <limits>
 #include <thread>
 
 namespace {
@@ -25,6 +27,20 @@ TEST(PreparedBody, IsComfortableUpToItsLimits) {
   EXPECT_TRUE(IsComfortable(0x1p120));
   EXPECT_FALSE(IsComfortable(std::nextafter(0x1p120, 0x1p121)));
   EXPECT_FALSE(IsComfortable(0x1p121));
+}
+
+TEST(PreparedBody, VerticesThatTakeNoPartAreNoDiscomfort) {
+  const double infinity = std::numeric_limits<double>::infinity();
+  const double vertices[] = {0.0, 0.0, 0.0, 1.0,    0.0, 0.0, 0.0,     1.0,
+                             0.0, 0.5, 0.5, 1e-200, 0.5, 0.5, infinity};
+  const std::uint32_t corners[] = {0, 1, 2, 0, 1, 4};
+  const auto isComfortable = [&](std::uint32_t third) {
+    const std::uint32_t of[] = {0, 1, third, 0, 1, 4};
+    return PreparedBody(gsl_sweep::TriangleView{vertices, 5, of, 2}).IsComfortable();
+  };
+  EXPECT_EQ(gsl_sweep::Body(gsl_sweep::TriangleView{vertices, 5, corners, 2}).SkippedCount(), 1u);
+  EXPECT_TRUE(isComfortable(2)); // the tiny vertex is of no triangle, the infinite one of a skipped
+  EXPECT_FALSE(isComfortable(3)); // the tiny vertex takes part
 }
 
 TEST(PreparedBody, IsMadeOnceByManyThreads) {
