@@ -1,5 +1,7 @@
 #include "Determinant.h"
 
+#include "RandomNumbers.h"
+
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -65,8 +67,8 @@ TEST(Determinant, EstimateBoundHoldsAtManyScales) {
   const unsigned seed = 77;
   SCOPED_TRACE(testing::Message() << "seed " << seed);
   std::mt19937_64 random(seed);
-  std::uniform_real_distribution<double> unit(-1.0, 1.0);
-  std::uniform_int_distribution<int> exponent(-60, 60);
+  RealsIn unit(-1.0, 1.0);
+  WholesIn<int> exponent(-60, 60);
   const auto point = [&] {
     return Coord3{std::ldexp(unit(random), exponent(random) / 4),
                   std::ldexp(unit(random), exponent(random) / 4),

@@ -1,5 +1,7 @@
 #include "ExactRatio.h"
 
+#include "RandomNumbers.h"
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -100,8 +102,8 @@ TEST(ExactRatio, AgreesWithWholeNumbers) {
   const unsigned seed = 77;
   SCOPED_TRACE(testing::Message() << "seed " << seed);
   std::mt19937_64 random(seed);
-  std::uniform_int_distribution<std::int64_t> wide(-(std::int64_t{1} << 61), std::int64_t{1} << 61);
-  std::uniform_int_distribution<std::int64_t> narrow(-3, 3);
+  WholesIn<std::int64_t> wide(-(std::int64_t{1} << 61), std::int64_t{1} << 61);
+  WholesIn<std::int64_t> narrow(-3, 3);
   int equal = 0;
   for (int round = 0; round < 20000; ++round) {
     // The terms are near each other, so that the quotients are often equal or nearly equal.
@@ -185,8 +187,8 @@ TEST(ExactRatio, LengthsAgreeWithWholeNumbers) {
   const unsigned seed = 78;
   SCOPED_TRACE(testing::Message() << "seed " << seed);
   std::mt19937_64 random(seed);
-  std::uniform_int_distribution<std::int64_t> term(1, 2000);
-  std::uniform_int_distribution<std::int64_t> component(-30, 30);
+  WholesIn<std::int64_t> term(1, 2000);
+  WholesIn<std::int64_t> component(-30, 30);
   int counts[3] = {};
   for (int round = 0; round < 20000; ++round) {
     // In every third case the length of the vector and the ratio are whole numbers.

@@ -1,5 +1,7 @@
 #include "MeshPolygon.h"
 
+#include "RandomNumbers.h"
+
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -148,8 +150,8 @@ TEST(MeshPolygon, TwoHolesOnOneBridgeAreFollowed) {
 
 TEST(MeshPolygon, StarsOfAnyShapeAreCovered) {
   std::mt19937 random(20240611);
-  std::uniform_real_distribution<double> radius(0.05, 1.0);
-  std::uniform_int_distribution<int> corners(4, 40);
+  RealsIn radius(0.05, 1.0);
+  WholesIn<int> corners(4, 40);
   for (int k = 0; k < 300; ++k) {
     const int count = corners(random);
     std::vector<Coord3> ring;

@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <random>
+#include <utility>
 #include <vector>
 
 /// The engine that the corpus of the golden numbers is made with.
@@ -23,6 +24,61 @@ public:
 private:
   std::uint64_t m_state;
 };
+
+/// 64 bits from any engine of the standard library; those engines are the same everywhere, its
+/// distributions are not.
+template <class Engine>
+std::uint64_t RandomBits(Engine& engine) {
+  static_assert(Engine::min() == 0, "every pattern of bits must be possible");
+  if constexpr (Engine::max() == ~std::uint64_t{0}) {
+    return engine();
+  } else {
+    static_assert(Engine::max() == 0xFFFFFFFFu, "an engine of 32 or 64 bits");
+    const std::uint64_t high = engine();
+    return (high << 32) | engine();
+  }
+}
+
+/// Uniform in [low, high).
+class RealsIn {
+public:
+  RealsIn(double low, double high) : m_low(low), m_high(high) {}
+
+  template <class Engine>
+  double operator()(Engine& engine) const {
+    return m_low + (m_high - m_low) * (static_cast<double>(RandomBits(engine) >> 11) * 0x1p-53);
+  }
+
+private:
+  double m_low, m_high;
+};
+
+/// One of low .. high, both included. Their difference is far below 2^64, so that the remainder of
+/// a division prefers none of them noticeably.
+template <class Whole>
+class WholesIn {
+public:
+  WholesIn(Whole low, Whole high)
+      : m_low(low),
+        m_count(static_cast<std::uint64_t>(high) - static_cast<std::uint64_t>(low) + 1) {}
+
+  template <class Engine>
+  Whole operator()(Engine& engine) const {
+    return m_low + static_cast<Whole>(RandomBits(engine) % m_count);
+  }
+
+private:
+  Whole m_low;
+  std::uint64_t m_count;
+};
+
+/// Puts the elements into a random order.
+template <class Element>
+void Shuffle(std::vector<Element>& elements, std::uint64_t seed) {
+  std::mt19937_64 engine(seed);
+  for (std::size_t count = elements.size(); count > 1; --count)
+    std::swap(elements[count - 1], elements[WholesIn<std::size_t>(0, count - 1)(engine)]);
+}
 
 /// Random numbers of the tests. The distributions are their own, so that a seed makes the same
 /// numbers with every standard library.

@@ -2,6 +2,7 @@
 #define GSL_TESTS_SWEEP_SHAPES_H
 
 #include "Mesh.h"
+#include "RandomNumbers.h"
 
 #include "gsl_Arithmetic.h"
 
@@ -82,7 +83,7 @@ inline Mesh Stretched(Mesh mesh, const Coord3& by) {
 /// half side `reach`. Every eighth is a segment or a point.
 inline Mesh Soup(std::mt19937_64& random, std::size_t count, double reach, double size,
                  double step) {
-  std::uniform_real_distribution<double> unit(-1.0, 1.0);
+  RealsIn unit(-1.0, 1.0);
   const auto snapped = [step](double c) { return step == 0.0 ? c : std::round(c / step) * step; };
   Mesh mesh;
   for (std::size_t k = 0; k < count; ++k) {

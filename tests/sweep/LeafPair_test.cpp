@@ -1,6 +1,7 @@
 #include "LeafPair.h"
 
 #include "Bodies.h"
+#include "RandomNumbers.h"
 
 #include <gtest/gtest.h>
 
@@ -15,7 +16,7 @@ constexpr double kInfinity = std::numeric_limits<double>::infinity();
 /// Triangles of every kind that are about to touch: any shape, from needles to points, far from the
 /// origin and close to each other.
 Mesh SomeTriangle(std::mt19937_64& random, const Coord3& around, double size) {
-  std::uniform_real_distribution<double> unit(-1.0, 1.0);
+  RealsIn unit(-1.0, 1.0);
   const double thin = std::ldexp(1.0, -static_cast<int>(random() % 40));
   Coord3 p[3];
   for (Coord3& c : p)
@@ -92,7 +93,7 @@ void CompareMany() {
   const unsigned seed = 4711;
   SCOPED_TRACE(testing::Message() << "seed " << seed);
   std::mt19937_64 random(seed);
-  std::uniform_real_distribution<double> unit(-1.0, 1.0);
+  RealsIn unit(-1.0, 1.0);
   Counts counts;
   for (int round = 0; round < 20000 && !testing::Test::HasFailure(); ++round) {
     SCOPED_TRACE(testing::Message() << "round " << round);

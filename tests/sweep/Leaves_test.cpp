@@ -1,6 +1,7 @@
 #include "Leaves.h"
 
 #include "Bodies.h"
+#include "RandomNumbers.h"
 
 #include <gtest/gtest.h>
 
@@ -53,7 +54,7 @@ TEST(Leaves, ScatteredTrianglesAreSorted) {
   Mesh mesh = Bowl(60, 0.2);
   std::vector<std::size_t> order(mesh.TriangleCount());
   std::iota(order.begin(), order.end(), 0u);
-  std::shuffle(order.begin(), order.end(), std::mt19937_64(7));
+  Shuffle(order, 7);
   Mesh shuffled;
   for (const std::size_t k : order) {
     sweep_shapes::AddTriangle(shuffled, mesh.corners[3 * k], mesh.corners[3 * k + 1],

@@ -1,5 +1,6 @@
 #include "PairKernel.h"
 
+#include "RandomNumbers.h"
 #include "reference/PairSweepOracle.h"
 
 #include "gsl_TriTriMinDirectionalDist.h"
@@ -456,7 +457,7 @@ TEST(PairKernel, SmallTrianglesAreNotTakenForTouching) {
 }
 
 oracle::IntTriangle RandomIntTriangle(std::mt19937_64& random, int range) {
-  std::uniform_int_distribution<std::int64_t> coordinate(-range, range);
+  WholesIn<std::int64_t> coordinate(-range, range);
   oracle::IntTriangle t;
   for (auto& p : t) {
     for (auto& c : p)
@@ -640,7 +641,7 @@ INSTANTIATE_TEST_SUITE_P(Ranges, PairKernelOracle,
                                          OracleCase{1000, 1.0, 0.0, 400}));
 
 double RandomIn(std::mt19937_64& random, double low, double high) {
-  return std::uniform_real_distribution<double>(low, high)(random);
+  return RealsIn(low, high)(random);
 }
 
 TEST(PairKernel, AgreesWithTheToleranceBasedSweepWhereBothAreDefined) {

@@ -1,3 +1,4 @@
+#include "RandomNumbers.h"
 #include "gsl_Sweep.h"
 
 #include "Jobs.h"
@@ -554,7 +555,7 @@ TEST(Pair, ReportedTravelIsNeverBeyondTheGreatestDistance) {
   const unsigned seed = 161;
   SCOPED_TRACE(testing::Message() << "seed " << seed);
   std::mt19937_64 random(seed);
-  std::uniform_real_distribution<double> unit(-1.0, 1.0);
+  RealsIn unit(-1.0, 1.0);
   int within = 0;
   int beyond = 0;
   for (int round = 0; round < 4000; ++round) {
@@ -606,7 +607,7 @@ ExactAnswer FirstByFractions(const oracle::IntPoint& d,
 /// Triangles with corners on a small grid: most contacts come in crowds at one travel.
 std::vector<oracle::IntTriangle> IntSoup(std::mt19937_64& random, std::size_t count, int reach,
                                          const oracle::IntPoint& shift) {
-  std::uniform_int_distribution<std::int64_t> coordinate(-reach, reach);
+  WholesIn<std::int64_t> coordinate(-reach, reach);
   std::vector<oracle::IntTriangle> soup(count);
   for (oracle::IntTriangle& t : soup) {
     for (oracle::IntPoint& p : t) {

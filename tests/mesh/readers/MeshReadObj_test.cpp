@@ -1,4 +1,5 @@
 #include "MeshSamples.h"
+#include "RandomNumbers.h"
 
 #include <random>
 
@@ -28,7 +29,7 @@ TEST(MeshReadObj, KeepsTheFilesOrderAcrossObjectsGroupsAndMaterials) {
 
 TEST(MeshReadObj, TextKeepsEveryDigitOfADouble) {
   std::mt19937_64 random(12);
-  std::uniform_real_distribution<double> number(-10.0, 10.0);
+  RealsIn number(-10.0, 10.0);
   std::vector<Coord3> corners;
   std::string text;
   for (int k = 0; k < 300; ++k) {

@@ -1,4 +1,5 @@
 #include "MeshSamples.h"
+#include "RandomNumbers.h"
 
 #include <random>
 
@@ -22,7 +23,7 @@ TEST(MeshReadOff, KeepsTheFilesOrder) {
 
 TEST(MeshReadOff, TextKeepsEveryDigitOfADouble) {
   std::mt19937_64 random(13);
-  std::uniform_real_distribution<double> number(-10.0, 10.0);
+  RealsIn number(-10.0, 10.0);
   std::vector<Coord3> vertices;
   std::string text = "OFF 300 100 0\n", faces;
   for (int k = 0; k < 300; ++k) {

@@ -1,4 +1,5 @@
 #include "MeshSamples.h"
+#include "RandomNumbers.h"
 
 #include <random>
 
@@ -151,7 +152,7 @@ TEST(MeshReadPly, OtherPropertiesAndElementsAreSkipped) {
 
 TEST(MeshReadPly, TextKeepsEveryDigitOfADouble) {
   std::mt19937_64 random(14);
-  std::uniform_real_distribution<double> number(-10.0, 10.0);
+  RealsIn number(-10.0, 10.0);
   std::vector<Coord3> ring;
   std::string body;
   for (int k = 0; k < 3; ++k) {

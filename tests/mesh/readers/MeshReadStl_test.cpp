@@ -1,4 +1,5 @@
 #include "MeshSamples.h"
+#include "RandomNumbers.h"
 #include "readers/MeshReaders.h"
 
 #include <limits>
@@ -43,7 +44,7 @@ TEST(MeshReadStl, BinaryKeepsTheFilesOrder) {
 
 TEST(MeshReadStl, TextKeepsEveryDigitOfADouble) {
   std::mt19937_64 random(11);
-  std::uniform_real_distribution<double> number(-10.0, 10.0);
+  RealsIn number(-10.0, 10.0);
   std::vector<Coord3> corners;
   for (int k = 0; k < 300; ++k)
     corners.push_back({number(random), number(random), number(random)});
