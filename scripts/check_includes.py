@@ -207,7 +207,7 @@ def check(root):
     problems = []
     for source in tree.sources:
         if room_of(source) is None:
-            problems.append(f"{source}: is in no room of scripts/check_includes.py")
+            problems.append(f"{source}: does not belong to a room of scripts/check_includes.py")
         else:
             problems.extend(problems_of(tree, source))
     return problems, len(tree.sources)
