@@ -61,11 +61,11 @@ def names_in_code(root):
 
 def check_row(cells, tests, named):
     if len(cells) != len(HEAD):
-        return [f"has {len(cells)} cells, not {len(HEAD)}"]
+        return [f"has {len(cells)} cells, but {len(HEAD)} are expected"]
     name, what, where, test = cells[0].strip("`"), cells[1], quoted(cells[2]), quoted(cells[3])
     problems = [f"{name}: {missing}" for missing, cell in
                 (("says nothing", what), ("names no file", where), ("names no test", test)) if not cell]
-    problems += [f"{name}: no comment of that name in {file}" for file in where
+    problems += [f"{name}: {file} has no comment of that name" for file in where
                  if file not in named.get(name, ())]
     problems += [f"{name}: there is no test {entry}" for entry in test if entry not in tests]
     return problems

@@ -146,8 +146,8 @@ def check(root, exceptions):
             if (file, name) in exceptions:
                 needed.add((file, name))
             else:
-                problems.append(f"{file}:{line}: the body of {name} has {length} lines, at most {LONGEST} are allowed")
-    problems += [f"{file}: {name} needs no exception" for file, name in sorted(exceptions - needed)]
+                problems.append(f"{file}:{line}: the body of {name} has {length} lines, but at most {LONGEST} are allowed")
+    problems += [f"{file}: {name} no longer needs an exception" for file, name in sorted(exceptions - needed)]
     return problems, count
 
 

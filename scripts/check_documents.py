@@ -25,7 +25,7 @@ def problems_of(name, text):
         is_row = line.lstrip().startswith("|")
         is_one_word = len(line.split()) <= 1
         if fence is None and not is_row and not is_one_word and len(line) > WIDTH:
-            yield f"{name}:{number}: {len(line)} columns; at most {WIDTH} are wanted"
+            yield f"{name}:{number}: the line has {len(line)} columns, but at most {WIDTH} are allowed"
     if fence:
         yield f"{name}: a block of code is not closed"
 

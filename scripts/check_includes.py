@@ -1,11 +1,11 @@
 #!/usr/bin/env python3
-"""Checks who includes whom, by the table of rooms below.
+"""Checks every include by the table of rooms below.
 
 usage: check_includes.py [ROOT]
        check_includes.py --table
 
-Every source of the tree belongs to a room. A room may include itself, the C++17 standard library and what
-its row names. Headers of this project are found by their names, in quotes and in angle brackets alike, and
+Every source of the tree belongs to a room. A room may include itself, the C++17 standard library and the
+entries of its row. Headers of this project are found by their names, in quotes and in angle brackets alike, and
 are included in quotes; only examples/ and tests/consumer/ use angle brackets, as users do.
 
 --table prints the table as it is in CONTRIBUTING.md, where a test compares it.
@@ -40,7 +40,7 @@ LIBRARIES = {
     "any library": r".+",
 }
 
-# The order in which one prefix of the host may include another. The uid header stands alone, before nex.
+# The order in which one prefix of the host may include another. The uid header comes alone, before nex.
 PREFIXES = pathlib.Path(__file__).resolve().parent.parent / "gsl/host/prefixes.txt"
 HOST_ORDER = [line for line in PREFIXES.read_text().split("\n") if line and not line.startswith("#")]
 HOST_ORDER.insert(HOST_ORDER.index("nex"), "cls_Uid")
@@ -65,25 +65,25 @@ class Room:
 ROOMS = [
     Room("tools/", "command-line programs: parse, call, print",
          "tools/support/, gsl/include/, mesh/, mesh/readers/MeshReadAssimp.h, sweep/, CLI11, POSIX"),
-    Room("tools/support/", "what programs say: report, progress, help; numbers as text",
+    Room("tools/support/", "the output of programs: report, progress, help; numbers as text",
          "gsl/include/, mesh/, sweep/, CLI11, fast_float, nlohmann-json, POSIX"),
     Room("sweep/", "the engine: bodies and pairs, the search for the first contact, the exact contact of two triangles",
          f"exact/, {VALUES}, gsl/include/gsl_Point.h (to move corners as a matrix does), POSIX (pages of large arrays), "
          "SSE2"),
     Room("mesh/", "the mesh; reading and writing files, by format; both ends of the import program",
          f"mesh/readers/, mesh/writers/, {VALUES}, POSIX"),
-    Room("mesh/readers/", "one reader per mesh format, and what the readers share",
+    Room("mesh/readers/", "one reader per mesh format, and their shared parts",
          f"mesh/, {VALUES}, fast_float, tinyobjloader, Assimp"),
-    Room("mesh/writers/", "one writer per mesh format, and what the writers share", f"mesh/, {VALUES}"),
+    Room("mesh/writers/", "one writer per mesh format, and their shared parts", f"mesh/, {VALUES}"),
     Room("exact/", "exact signs, expansions, ratios", "gsl/include/gsl_Arithmetic.h"),
     Room("gsl/include/", "public headers, one per class or family", "gsl/host/"),
     Room("gsl/impl/", "one source per class or family", f"{PUBLIC}, gsl/impl/kernel/, gsl/impl/wide/"),
     Room("gsl/impl/kernel/", "geometry on bare coordinates: inline functions, no entity, no host",
          "gsl/include/gsl_Arithmetic.h"),
-    Room("gsl/impl/wide/", "what works on vector registers: lanes, solver, labelling, their choice at run time", ""),
+    Room("gsl/impl/wide/", "code for vector registers: lanes, solver, labelling, their choice at run time", ""),
     Room("gsl/persist/", "module start-up, type table, registration, persistent arrays",
          f"{PUBLIC}, gsl/impl/kernel/Constants.h"),
-    Room("gsl/host/", "what is seen of the host, one folder per prefix; each includes earlier prefixes only", ""),
+    Room("gsl/host/", "headers of the host, one folder per prefix; each includes earlier prefixes only", ""),
     Room("gsl/host/*/standin/", "the implementation that is used without a host",
          "gsl/host/, records/include/, POSIX"),
     Room("records/", "the byte form of records: its frame, its checksum; the store's body; files",
@@ -91,12 +91,12 @@ ROOMS = [
     Room("records/include/", "the reader and the writer of records; the store of records in memory", ""),
     Room("tests/", "mirrors the rooms above: one test file per source file",
          f"{PRODUCT}, tests/support/, tests/reference/, any library"),
-    Room("tests/support/", "what tests share: samples, shapes, random numbers", f"{PRODUCT}, any library"),
-    Room("tests/reference/", "second implementations and judges: transcriptions, oracles, rationals",
+    Room("tests/support/", "shared parts of tests: samples, shapes, random numbers", f"{PRODUCT}, any library"),
+    Room("tests/reference/", "second implementations: transcriptions, oracles, rationals",
          f"{PRODUCT}, tests/support/, any library"),
     Room("tests/consumer/", "projects that use the library, installed or as sources",
          f"{PUBLIC}, {RECORDS}, sweep/, POSIX", True),
-    Room("bench/", "benchmarks, ours beside other libraries", f"{PRODUCT}, tests/reference/, any library"),
+    Room("bench/", "benchmarks of the library and of other libraries", f"{PRODUCT}, tests/reference/, any library"),
     Room("fuzz/", "fuzz targets and their seeds", f"{PUBLIC}, {RECORDS}, records/, mesh/, sweep/"),
     Room("examples/", "programs as users write them", f"{PUBLIC}, {RECORDS}, mesh/, sweep/", True),
 ]
@@ -207,7 +207,7 @@ def check(root):
     problems = []
     for source in tree.sources:
         if room_of(source) is None:
-            problems.append(f"{source}: is in no room of scripts/check_includes.py")
+            problems.append(f"{source}: does not belong to a room of scripts/check_includes.py")
         else:
             problems.extend(problems_of(tree, source))
     return problems, len(tree.sources)

@@ -64,7 +64,7 @@ def problem_of(root, name, exceptions, compiled):
     if not test.exists():
         return f"{name}: has no test file {test_of(name)}"
     if test not in compiled:
-        return f"{test_of(name)}: is in no CMakeLists.txt of the tests"
+        return f"{test_of(name)}: is missing in the CMakeLists.txt of the tests"
     return None
 
 

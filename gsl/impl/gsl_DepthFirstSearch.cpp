@@ -9,9 +9,9 @@
 #include <memory>
 #include <new>
 
-// The order in which the vertices of a component are visited does not show: a component is a set.
-// So the rows that wait are not a stack or a queue but a set. They are scanned in the order of
-// memory, round after round, which is nearly one stream.
+// The order in which the vertices of a component are visited does not change the result: a
+// component is a set. So the rows that wait are not a stack or a queue but a set. They are scanned
+// in the order of memory, round after round, which is nearly one stream.
 
 static_assert(sizeof(bool) == 1, "rows are scanned as bytes");
 
@@ -19,7 +19,7 @@ namespace {
 
 using gsl_kernel::kAdjacencyRun;
 
-/// The vertices that are visited but whose rows are not scanned yet: a bit each.
+/// The vertices that are visited but whose rows are not scanned yet, one bit each.
 class WaitingSet {
 public:
   static std::size_t Words(int n) { return (static_cast<std::size_t>(n) + 63) / 64; }
@@ -28,18 +28,18 @@ public:
     std::fill(m_bits, m_bits + m_words, std::uint64_t{0});
   }
 
-  /// `v` is not in the set.
+  /// Requires that `v` is not in the set.
   void Add(int v) {
     m_bits[Word(v)] |= std::uint64_t{1} << v % 64;
     ++m_count;
   }
-  /// `v` is in the set.
+  /// Requires that `v` is in the set.
   void Remove(int v) {
     m_bits[Word(v)] &= ~(std::uint64_t{1} << v % 64);
     --m_count;
   }
 
-  /// The first one from `v` on, then from 0 on; -1 when the set is empty.
+  /// Returns the first vertex from `v` on, then from 0 on, or -1 when the set is empty.
   int From(int v) const {
     if (m_count == 0) return -1;
     const std::uint64_t here = m_bits[Word(v)] >> v % 64;
@@ -59,11 +59,11 @@ private:
   static std::size_t Word(int v) { return static_cast<std::size_t>(v) / 64; }
 };
 
-/// The unvisited vertices: a byte each, 0xFF or 0, padded to whole lines with 0; and a bit for each
-/// group of lines that has one left.
+/// The unvisited vertices: a byte each, 0xFF or 0, padded to whole lines with 0, and a bit for each
+/// group of lines that has an unvisited vertex.
 class UnvisitedSet {
 public:
-  /// In units of 64 bits.
+  /// Returns the size in units of 64 bits.
   static std::size_t MemoryFor(int n) {
     const std::size_t bytes = Lines(n) * kAdjacencyRun + Groups(n) * sizeof(std::uint16_t);
     return Words(n) + (bytes + 7) / 8;
@@ -93,9 +93,11 @@ public:
     if (--m_left[group] == 0) m_live[group / 64] &= ~(std::uint64_t{1} << group % 64);
   }
 
-  /// The first line from `line` on, a multiple of kGroupLines, in a group with a vertex left.
+  /// Returns the first line from `line` on, a multiple of kGroupLines, in a group with an unvisited
+  /// vertex.
   std::size_t NextLive(std::size_t line) const { return Next(line, 0); }
-  /// The first line from `line` on, a multiple of kGroupLines, in a group without one.
+  /// Returns the first line from `line` on, a multiple of kGroupLines, in a group without an
+  /// unvisited vertex.
   std::size_t NextDead(std::size_t line) const { return Next(line, ~std::uint64_t{0}); }
 
 private:
@@ -115,7 +117,7 @@ private:
   static std::size_t Words(int n) { return (Groups(n) + 63) / 64; }
   static std::size_t Group(int u) { return static_cast<std::size_t>(u / kGroup); }
 
-  /// `line` is one of the lines.
+  /// Requires that `line` is one of the lines.
   std::size_t Next(std::size_t line, std::uint64_t flip) const {
     const std::size_t group = line / kGroupLines;
     std::size_t word = group / 64;
@@ -129,7 +131,7 @@ private:
   }
 };
 
-/// The first byte of a word in memory that is not 0; the word is not 0.
+/// Returns the first byte of a word in memory that is not 0. Requires a word that is not 0.
 int FirstByte(std::uint64_t word) {
 #if __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__
   return __builtin_ctzll(word) / 8;
@@ -154,7 +156,7 @@ std::uint64_t LoadWord(const unsigned char* from) {
 
 class Labelling {
 public:
-  /// In units of 64 bits.
+  /// Returns the size in units of 64 bits.
   static std::size_t MemoryFor(int n) { return WaitingSet::Words(n) + UnvisitedSet::MemoryFor(n); }
 
   Labelling(const bool* a, int count, int* l, std::uint64_t* memory)
@@ -199,7 +201,7 @@ private:
     m_waiting.Add(u);
   }
 
-  /// The row that probably comes next, to be fetched while this one is scanned.
+  /// Returns the row that probably comes next, so that it is fetched while this row is scanned.
   const unsigned char* RowAfter(int v) const {
     const int next = m_waiting.From(v);
     return Row(next >= 0 ? next : std::min(v + 1, m_n - 1));
@@ -207,7 +209,7 @@ private:
 
   void ScanRow(int v) {
     const unsigned char* const row = Row(v);
-    // The last line reaches into the next row, where nothing is open; after the last row there is
+    // The last line reaches into the next row, where no vertex is open. After the last row there is
     // nothing to read.
     const std::size_t readable =
         m_unvisited.LineCount() * kAdjacencyRun <= static_cast<std::size_t>(m_end - row)
@@ -248,7 +250,8 @@ private:
   }
 };
 
-/// The same without working memory. The labels say who is unvisited, and chain those that wait.
+/// Searches in the same way without working memory. The labels mark the unvisited vertices, and
+/// chain the vertices that wait.
 int LabelEntryByEntry(const bool* adjacency, int n, int* labels) {
   constexpr int kUnvisited = -1;
   constexpr int kEndOfChain = -2;

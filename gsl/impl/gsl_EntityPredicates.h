@@ -58,7 +58,7 @@ inline bool lineLiesInPlane(const gsl_StLine& line, const gsl_Plane& plane) {
   return lineParallelToPlane(line, plane) && line.PointOn().IsOn(plane);
 }
 
-/// 0.0 for a line that is not parallel to the plane.
+/// Returns 0.0 for a line that is not parallel to the plane.
 inline double signedDistanceToParallelPlane(const gsl_StLine& line, const gsl_Plane& plane) {
   if (!lineParallelToPlane(line, plane)) return 0.0;
   return gsl_kernel::SignedPlaneDistance(line.PointOn().Coords(), PlaneOf(plane));
@@ -76,7 +76,7 @@ inline bool planesCoincident(const gsl_Plane& a, const gsl_Plane& b) {
   return planesParallel(a, b) && a.PointOn().IsOn(b);
 }
 
-/// 0.0 for planes that are not parallel.
+/// Returns 0.0 for planes that are not parallel.
 inline double distanceBetweenParallelPlanes(const gsl_Plane& a, const gsl_Plane& b) {
   return gsl_kernel::DistanceBetweenParallelPlanes(PlaneOf(a), PlaneOf(b),
                                                    Settings().cosineTolerance);

@@ -15,8 +15,8 @@ SweptSegment SegmentOf(const gsl_Point& p0, const gsl_Point& p1, int firstSource
                                          {p1.Coords(), firstSource + 1});
 }
 
-/// A function of its own, which leaves the rejection of pairs that pass aside short. `inputs` are
-/// the ends by their source.
+/// This is a separate function, which keeps the rejection of pairs that pass aside short. `inputs`
+/// are the ends by their source.
 [[gnu::noinline]] bool SweepWithinReach(const Measured3& d, const SweptSegment& a,
                                         const SweptSegment& b, const gsl_Point* const* inputs,
                                         const bool* twoSided, double margin,

@@ -14,15 +14,15 @@ gsl_kernel::Segment SegmentOf(const gsl_Segment& s) {
   return {s.Point1().Coords(), s.Point2().Coords()};
 }
 
-/// Writes what a crossing test found over `out`; true for a crossing within the segment.
+/// Writes the result of a crossing test to `out`. Returns true for a crossing within the segment.
 bool Accept(SegmentCrossing where, const Coord3& found, gsl_Point& out) {
   if (where == SegmentCrossing::Missed) return false;
   AcceptComputed(out, found);
   return where == SegmentCrossing::Crossing;
 }
 
-/// The connection of two skew segments whose images along the common normal cross: the first is
-/// moved along it into the plane of the other.
+/// Finds the connection of two skew segments whose images along the common normal cross: the first
+/// segment is moved along it into the plane of the other.
 bool ConnectAlongNormal(const gsl_kernel::Segment& a, const gsl_kernel::Segment& b,
                         double linearTolerance, gsl_Segment& connection) {
   gsl_kernel::Measured3 n = gsl_kernel::Measure(
@@ -40,7 +40,7 @@ bool ConnectAlongNormal(const gsl_kernel::Segment& a, const gsl_kernel::Segment&
   return true;
 }
 
-/// The best of the four end-point distances; ties go to the earlier one.
+/// Finds the best of the four end-point distances; ties go to the earlier distance.
 void ConnectEndPoints(const gsl_Segment& a, const gsl_Segment& b, gsl_Segment& connection) {
   // far-segments-keep-the-connection: no distance at or above the cap counts.
   double best = gsl_kernel::kSegmentDistanceCap;

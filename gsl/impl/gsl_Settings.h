@@ -3,7 +3,7 @@
 
 #include "gsl_Util.h"
 
-/// The settings. A public operation fetches them once.
+/// Returns the settings. A public operation fetches them once.
 inline const gsl_Util& Settings() {
   return omi_Singleton<gsl_Util>::Instance();
 }

@@ -16,8 +16,8 @@ SourcedTriangle TriangleOf(const gsl_Point& p0, const gsl_Point& p1, const gsl_P
       {{p0.Coords(), firstSource}, {p1.Coords(), firstSource + 1}, {p2.Coords(), firstSource + 2}}};
 }
 
-/// A function of its own, which leaves the rejection by extents short: most pairs of a sweep end
-/// there. `inputs` are the vertices by their source.
+/// This is a separate function, which keeps the rejection by extents short: most pairs of a sweep
+/// end there. `inputs` are the vertices by their source.
 [[gnu::noinline]] bool SweepWithinReach(const Measured3& d, const gsl_Point* const* inputs,
                                         const bool* twoSided, const SweepTolerances& tol,
                                         gsl_Point* contacts, double& distance) {

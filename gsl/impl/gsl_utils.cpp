@@ -13,7 +13,8 @@ constexpr int kMostDigits = 15;
 constexpr const char* kSourceUnit = "generated/module/gsl/impl/gsl_utils";
 constexpr int kPlacesAssertionLine = 1005;
 
-/// The leading digits of v >= 0 as a whole number, a half rounded up; 0 for 0 and NaN.
+/// Returns the leading digits of v >= 0 as a whole number, with a half rounded up, and 0 for 0 and
+/// NaN.
 ///
 /// Where the scale overflows, the number saturates.
 std::int64_t DigitMantissa(double v, int digits) {

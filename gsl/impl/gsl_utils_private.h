@@ -13,14 +13,14 @@
 #include <limits>
 #include <ostream>
 
-/// Routines of gsl_utils.cpp that are not exported; here so that tests reach them.
+/// Routines of gsl_utils.cpp that are not exported. They are here so that tests reach them.
 
-/// The debug flag of this module.
+/// Returns the debug flag of this module.
 constexpr int kModuleDebugFlag = 778;
 
-/// As gsl_RealArrEqual with the band |a[i] * tol|, replaced by tol only where that product is
-/// exactly zero. Unlike gsl_RealRelEqual there is deliberately no floor at tol for small non-zero
-/// a[i].
+/// Compares like gsl_RealArrEqual with the band |a[i] * tol|, which tol replaces only where that
+/// product is exactly zero. Unlike gsl_RealRelEqual it deliberately has no floor at tol for small
+/// non-zero a[i].
 inline bool RealArrRelEqual(int n, const double* a, const double* b, double tol) {
   for (int i = 0; i < n; ++i) {
     double band = std::fabs(a[i] * tol);
@@ -31,14 +31,15 @@ inline bool RealArrRelEqual(int n, const double* a, const double* b, double tol)
   return true;
 }
 
-/// The whole number at or below y, or the next one when y is at least half way to it.
+/// Returns the whole number at or below y, or the next whole number when y is at least half way to
+/// it.
 inline double RoundHalfUp(double y) {
   // Adding zero turns -0 into +0, as a conversion through an integer does.
   const double whole = std::floor(y) + 0.0;
   return y - whole < 0.5 ? whole : whole + 1.0;
 }
 
-/// base^n by squaring; 1.0 for n = 0, the reciprocal of base^|n| for n < 0.
+/// Returns base^n by squaring: 1.0 for n = 0, the reciprocal of base^|n| for n < 0.
 inline double IntegerPower(double base, int n) {
   double result = 1.0;
   double square = base;
@@ -50,8 +51,8 @@ inline double IntegerPower(double base, int n) {
   return n >= 0 ? result : 1.0 / result;
 }
 
-/// base^n with the running value rounded to single precision at every step, on purpose. 0.0 for
-/// base 0.0 (also for n = 0, which is tested later), 1.0 for n = 0.
+/// Returns base^n with the running value deliberately rounded to single precision at every step.
+/// Returns 0.0 for base 0.0 (also for n = 0, which is tested later), and 1.0 for n = 0.
 inline double SinglePrecisionPower(double base, int n) {
   // zero-to-the-power-zero: the base is tested before the exponent.
   if (base == 0.0) return 0.0;
@@ -72,7 +73,8 @@ inline double SinglePrecisionPower(double base, int n) {
   return static_cast<double>(value);
 }
 
-/// 10^e with e = -floor(log10(v)) + digits - 1: moves `digits` digits of v > 0 before the point.
+/// Returns 10^e with e = -floor(log10(v)) + digits - 1, which moves `digits` digits of v > 0 before
+/// the point.
 inline double DigitScale(double v, int digits) {
   const double e = -std::floor(std::log10(v)) + digits - 1;
   // Exponents beyond the range of int are all beyond the range of 10^e too.
@@ -81,8 +83,8 @@ inline double DigitScale(double v, int digits) {
   return std::pow(10.0, static_cast<int>(e < lowest ? lowest : (e > highest ? highest : e)));
 }
 
-/// Reads up to and including the next newline and returns it; the end-of-file value when the input
-/// ends first.
+/// Reads up to and including the next newline and returns it, or returns the end-of-file value when
+/// the input ends first.
 inline int SkipToEndOfLine(aio_istream& in) {
   int c = in.get();
   while (c != '\n' && c != std::istream::traits_type::eof())
@@ -90,7 +92,8 @@ inline int SkipToEndOfLine(aio_istream& in) {
   return c;
 }
 
-/// SkipToEndOfLine, after a prompt on the debug stream when the module's debug flag exceeds 1.
+/// Reads like SkipToEndOfLine, after a prompt on the debug stream when the module's debug flag
+/// exceeds 1.
 inline int WaitForReturn(aio_istream& in) {
   if (typ_DebugFlags::GetDebugFlags(kModuleDebugFlag) > 1) {
     pnt_debugPrint() << "Press <Return> to continue..." << std::flush;

@@ -48,8 +48,8 @@ class BehaviourNames(unittest.TestCase):
                          "gsl/a.cpp: ties-go-down has no colon and reason after it")
 
     def test_a_comment_that_is_gone_is_named(self):
-        self.refuses("gsl/a.cpp", "ties-go-down", "ties go down", "no comment of that name in gsl/a.cpp")
-        self.refuses(PAGE, "gsl/a.cpp", "gsl/b.cpp", "no comment of that name in gsl/b.cpp")
+        self.refuses("gsl/a.cpp", "ties-go-down", "ties go down", "gsl/a.cpp has no comment of that name")
+        self.refuses(PAGE, "gsl/a.cpp", "gsl/b.cpp", "gsl/b.cpp has no comment of that name")
 
     def test_a_comment_without_a_row_is_named(self):
         self.refuses("gsl/a.cpp", "return 0;", "return 0;\n  // ties-go-up-again\n",

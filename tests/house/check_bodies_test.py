@@ -32,7 +32,7 @@ class CheckBodies(unittest.TestCase):
     def test_the_limit_itself_passes_and_one_line_more_is_named(self):
         self.assertEqual(self.check({"gsl/a.cpp": f"void F() {{\n{lines(LIMIT)}}}\n"}), ([], 1))
         problems, _ = self.check({"gsl/a.cpp": f"\n\nvoid F() {{\n{lines(LIMIT + 1)}}}\n"})
-        self.assertEqual(problems, ["gsl/a.cpp:3: the body of F has 61 lines, at most 60 are allowed"])
+        self.assertEqual(problems, ["gsl/a.cpp:3: the body of F has 61 lines, but at most 60 are allowed"])
 
     def test_every_folder_is_read(self):
         body = f"void F() {{\n{lines(LIMIT + 1)}}}\n"
@@ -44,7 +44,7 @@ class CheckBodies(unittest.TestCase):
         self.assertEqual(self.check({"gsl/a.cpp": body}, {("gsl/a.cpp", "F")})[0], [])
         self.assertEqual(len(self.check({"gsl/a.cpp": body}, {("gsl/a.cpp", "G")})[0]), 2)
         self.assertEqual(self.check({"gsl/a.cpp": "void F() {}\n"}, {("gsl/a.cpp", "F")})[0],
-                         ["gsl/a.cpp: F needs no exception"])
+                         ["gsl/a.cpp: F no longer needs an exception"])
 
     def test_functions_of_every_form_are_bodies(self):
         for head, name in [("int F(int a, int b)", "F"),

@@ -37,7 +37,7 @@ class CheckDocuments(unittest.TestCase):
 
     def test_one_column_too_many_is_named(self):
         problems = self.problems_of(DOCUMENT.replace("words", "words."))
-        self.assertEqual(problems, ["docs/page.md:3: 121 columns; at most 120 are wanted"])
+        self.assertEqual(problems, ["docs/page.md:3: the line has 121 columns, but at most 120 are allowed"])
 
     def test_prose_after_a_block_counts_again(self):
         problems = self.problems_of(DOCUMENT + "\n" + "more words " * 12)

@@ -169,7 +169,7 @@ class CheckIncludes(unittest.TestCase):
 
     def test_a_file_belongs_to_a_room(self):
         problems = problems_with({"attic/New.h": ""})
-        self.assertEqual(problems, ["attic/New.h: is in no room of scripts/check_includes.py"])
+        self.assertEqual(problems, ["attic/New.h: does not belong to a room of scripts/check_includes.py"])
 
     def test_records_know_nothing_of_the_host_and_visitors_nothing_of_the_store(self):
         self.refuses("records/gsl_New.cpp", '"cls_Uid.h"', "may not include")

@@ -51,7 +51,7 @@ class CheckTests(unittest.TestCase):
 
     def test_a_test_that_is_not_compiled_is_named(self):
         problems = self.problems_with({"tests/exact/CMakeLists.txt": "add(Ratio_test.cpp)\n"})
-        self.assertEqual(problems, ["tests/exact/Sum_test.cpp: is in no CMakeLists.txt of the tests"])
+        self.assertEqual(problems, ["tests/exact/Sum_test.cpp: is missing in the CMakeLists.txt of the tests"])
 
     def test_a_test_of_the_same_name_elsewhere_does_not_count(self):
         problems = self.problems_with({"tests/exact/Sum_test.cpp": None, "tests/mesh/Sum_test.cpp": ""})

@@ -53,7 +53,7 @@ struct Range {
   Real low, high;
 };
 
-/// The positions of the segment on the line `side`, which it covers.
+/// Returns the positions of the segment on the line `side`, which it covers.
 inline Range Slice(const Segment2& s, Real side) {
   const Real width = s.p[1].side - s.p[0].side;
   if (width == 0) {
@@ -64,7 +64,7 @@ inline Range Slice(const Segment2& s, Real side) {
   return {at, at};
 }
 
-/// The t for which A moved by t touches B; nothing when low > high.
+/// Returns the t for which A moved by t touches B, or an empty range (low > high).
 inline Range TouchingTravel(const Segment2& a, const Segment2& b) {
   const Real first = std::max(a.Low(), b.Low());
   const Real last = std::min(a.High(), b.High());
@@ -79,7 +79,7 @@ inline Range TouchingTravel(const Segment2& a, const Segment2& b) {
   return result;
 }
 
-/// The segment with `by` added at both ends; one without length grows along the side.
+/// Returns the segment with `by` added at both ends. A segment without length grows along the side.
 inline Segment2 Lengthened(const Segment2& s, Real by) {
   Real ds = s.p[1].side - s.p[0].side;
   Real df = s.p[1].forward - s.p[0].forward;
@@ -109,12 +109,13 @@ inline Real DistanceTo(const Segment2& s, const Point2& p) {
   return std::hypot(p.side - s.p[0].side - t * ds, p.forward - s.p[0].forward - t * df);
 }
 
-/// Sine of the angle between the segment and the direction.
+/// Returns the sine of the angle between the segment and the direction.
 inline Real SineToDirection(const Segment2& s) {
   return std::fabs(s.p[1].side - s.p[0].side) / Length(s);
 }
 
-/// Positive for a segment whose side normal, its edge turned clockwise, looks along the direction.
+/// Returns a positive number for a segment whose side normal, its edge turned clockwise, looks
+/// along the direction.
 inline Real Facing(const Segment2& s) {
   return s.p[1].side - s.p[0].side;
 }

@@ -103,7 +103,7 @@ struct ShearedTriangle {
 /// point on the line, two on opposite sides of it, or three around it.
 class LineThroughHull {
 public:
-  /// Heights of the ends; false when the line misses the hull.
+  /// Computes the heights of the ends. Returns false when the line misses the hull.
   bool Cut(const ShearedTriangle& moving, const ShearedTriangle& fixed) {
     m_any = false;
     for (std::size_t i = 0; i < 3; ++i) {
@@ -254,10 +254,10 @@ bool IsFinite(const Coord3& p) {
 /// Doubles as whole multiples of one power of two.
 class WholeScale {
 public:
-  /// For numbers whose largest magnitude is given.
+  /// Requires numbers whose largest magnitude is given.
   explicit WholeScale(double largest) { std::frexp(largest, &m_top); }
 
-  /// The number as it is decided upon.
+  /// Returns the number that the decision uses.
   double Decided(double c) const {
     if (std::fabs(c) >= std::ldexp(1.0, std::max(m_top - 288, -1074))) return c;
     return std::ldexp(std::nearbyint(std::ldexp(c, 339 - m_top)), m_top - 339);
@@ -378,8 +378,8 @@ private:
     }
   }
 
-  /// True when the extents alone say that this pair neither touches at zero nor before or at the
-  /// least height so far.
+  /// Returns true when the extents alone show that this pair neither touches at zero nor before or
+  /// at the least height so far.
   bool IsBeyond(const ShearedTriangle& a, const ShearedTriangle& b) const {
     if (!m_byExtents) return false;
     return a.uHigh < b.uLow || b.uHigh < a.uLow || a.vHigh < b.vLow || b.vHigh < a.vLow ||
@@ -419,7 +419,7 @@ private:
     mpz_cdiv_q(m_heightAbove.get_mpz_t(), low.get_num_mpz_t(), low.get_den_mpz_t());
   }
 
-  /// Fills in what the pair does.
+  /// Fills in the result of the pair.
   void Describe() {
     const WholeTriangle& moving = m_body[0].triangle[m_moving];
     const WholeTriangle& fixed = m_body[1].triangle[m_fixed];
@@ -504,7 +504,7 @@ std::optional<Interval> SweepPair(const WholePoint& direction, const WholeTriang
 }
 
 Meeting FirstMeeting(const WholeTriangle& moving, const WholeTriangle& fixed) {
-  // Each feature of one triangle against each of the other, in the order of ties.
+  // Each feature of one triangle is tried against each of the other, in the order of ties.
   const auto search = [](Kind kind, std::size_t ofMoving, std::size_t ofFixed, const auto& meet) {
     std::optional<Meeting> found;
     for (std::size_t i = 0; i < ofMoving && !found; ++i) {
@@ -573,7 +573,7 @@ double NearestRoot(const Rational& square) {
   if (square == 0) return 0.0;
   constexpr double infinity = std::numeric_limits<double>::infinity();
   constexpr mp_bitcnt_t bits = 256;
-  // The fraction and exponent apart, so that nothing leaves the range of double.
+  // The fraction and the exponent are apart, so that nothing leaves the range of double.
   const mpf_class root = sqrt(mpf_class(square, bits));
   long exponent = 0;
   const double fraction = mpf_get_d_2exp(&exponent, root.get_mpf_t());

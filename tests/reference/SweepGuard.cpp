@@ -101,7 +101,7 @@ Rational UnitAt(double value) {
   return Rational(std::nextafter(magnitude, infinity)) - Rational(magnitude);
 }
 
-/// The rounding that is promised: once, from about a hundred bits.
+/// The rounding that the library promises: one rounding, from about a hundred bits.
 const Rational halfUnit(Rational(1, 2) + Rational(1, 1 << 20));
 
 /// |sqrt(square)| is within `error` of a number that is not negative.
@@ -123,7 +123,8 @@ public:
     m_fuzz += least;
   }
 
-  /// Empty when all is right. `limited` when a limit keeps the contact out of reach.
+  /// Returns an empty text when everything is right. `limited` is set when a limit keeps the
+  /// contact out of reach.
   std::string Run(bool limited) {
     CheckFinite();
     if (!m_complaint.empty()) return m_complaint;
@@ -151,7 +152,7 @@ public:
 private:
   void Complain(const std::string& what) { m_complaint += what + "\n"; }
 
-  /// A rational cannot be made of anything else.
+  /// A rational cannot hold any other value.
   void CheckFinite() {
     const gsl_sweep::Contact& c = m_told.contact;
     if (!std::isfinite(c.travel)) return Complain("a travel that is not finite");
@@ -349,7 +350,7 @@ std::string Judged(const Question& question, const Expected& expected, const Tol
   return complaint.empty() ? complaint : complaint + TextOf(told) + "\n";
 }
 
-/// Numbers that go with a scene, the same on every machine.
+/// Numbers that belong to a scene, the same on every machine.
 class SceneNumbers {
 public:
   explicit SceneNumbers(const Scene& scene) {
@@ -400,7 +401,7 @@ std::string ComplaintOfOffset(const Scene& scene, SceneNumbers& numbers) {
   asked.offset = offset;
   const Body moving = BodyOf(scene.question.moving);
   Told told = Ask(moving, BodyOf(scene.question.fixed), asked);
-  // What the offset takes out of range is not the body's to count.
+  // The body must not count triangles that only the offset takes out of range.
   told.skipped[0] = expected.verdict.skipped[0];
   return Judged(shifted.question, expected, told);
 }
@@ -441,7 +442,7 @@ std::string ComplaintOfMatrix(const Scene& scene, SceneNumbers& numbers) {
   const gsl_sweep::Question asked = AskedOf(scene.question, expected.limit);
   const Body body = BodyOf(scene.question.moving);
   const Body fixed = BodyOf(scene.question.fixed);
-  // A body that has been asked has more to move.
+  // A body that was asked has more data to move.
   if (numbers.Below(2) == 0) Ask(body, fixed, AskedOf(scene.question, 0.0));
   return Judged(moved.question, expected, Ask(body.Moved(matrix), fixed, asked));
 }

@@ -3,8 +3,8 @@
 
 #include <cstddef>
 
-/// While one lives, arrays of at least `limit` bytes that are asked for without exceptions are not
-/// granted. Link FailingMemory.cpp.
+/// While an object of this class lives, arrays of at least `limit` bytes that are requested without
+/// exceptions are not granted. Link FailingMemory.cpp.
 class FailingMemory {
 public:
   explicit FailingMemory(std::size_t limit);

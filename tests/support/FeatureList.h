@@ -5,7 +5,7 @@
 
 #include <cstdint>
 
-/// A list of features that whoever looks into it does not survive.
+/// Returns a list of features that ends the program when a function reads it.
 inline const ftr_FeatureList* UnreadableList() {
   return reinterpret_cast<const ftr_FeatureList*>(std::uintptr_t{8});
 }

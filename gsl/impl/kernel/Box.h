@@ -23,7 +23,7 @@ inline void Grow(Box& box, const Box& other) {
   RaiseTo(box.max, other.max);
 }
 
-/// The box around the eight transformed corners.
+/// Returns the box around the eight transformed corners.
 inline Box TransformBox(const Box& box, const Matrix4& m) {
   const Coord3 c = {0.5 * (box.min.x + box.max.x), 0.5 * (box.min.y + box.max.y),
                     0.5 * (box.min.z + box.max.z)};

@@ -3,7 +3,7 @@
 
 namespace gsl_kernel {
 
-/// -tol <= b - a <= tol, written so that a NaN difference is within every band.
+/// Returns -tol <= b - a <= tol, written so that a NaN difference is within every band.
 inline bool WithinBand(double a, double b, double tol) {
   const double d = b - a;
   // nan-compares-equal: the comparison only rejects, and a NaN passes every rejection.

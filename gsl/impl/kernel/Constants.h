@@ -1,8 +1,8 @@
 #ifndef GSL_KERNEL_CONSTANTS_H
 #define GSL_KERNEL_CONSTANTS_H
 
-/// The tolerances that are fixed on purpose, whatever the settings say, and other constants
-/// of the formulas.
+/// The tolerances that are deliberately fixed, whatever the settings say, and other constants of
+/// the formulas.
 namespace gsl_kernel {
 
 /// Largest difference between the entries of equal matrices.
@@ -18,7 +18,7 @@ constexpr double kLineParallelTolerance = 1e-5;
 constexpr double kIntervalTolerance = 1e-8;
 /// Cosine of the middle angle below which a rotation is in gimbal lock: 2 to the power -19.
 constexpr double kGimbalLockCosine = 1.9073486328125e-6;
-/// No distance between segments is looked for beyond this.
+/// Segments are not connected over a distance beyond this.
 constexpr double kSegmentDistanceCap = 1e10;
 
 /// Half a last place of 1: the largest relative error of one rounding.

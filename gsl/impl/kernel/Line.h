@@ -14,24 +14,26 @@ inline Line LineThrough(const Coord3& p1, const Coord3& p2) {
   return {p1, Between(p1, p2)};
 }
 
-/// |v x d| / |d| with v from the line's point to p.
+/// Returns |v x d| / |d| with v from the line's point to p.
 inline double LineDistance(const Coord3& p, const Line& line) {
   return Length(Cross(Subtract(p, line.point), line.direction.c)) / line.direction.magnitude;
 }
 
-/// Signed distance from `origin` to the foot of p on the line through it along the unit vector d.
+/// Returns the signed distance from `origin` to the foot of p on the line through it along the unit
+/// vector d.
 inline double ParameterAlong(const Coord3& p, const Coord3& origin, const Coord3& d) {
   return Dot(d, Subtract(p, origin));
 }
 
-/// Foot of p on the line; t is its signed distance from the line's point.
+/// Returns the foot of p on the line; t is its signed distance from the line's point.
 inline Coord3 FootOnLine(const Coord3& p, const Line& line, double linearTolerance, double& t) {
   const Coord3 d = gsl_arithmetic::NormalizedCopy(line.direction, linearTolerance).c;
   t = ParameterAlong(p, line.point, d);
   return Add(line.point, Multiply(d, t));
 }
 
-/// Unit normal of two directions; false, and unwritten, for parallel ones or a zero direction.
+/// Computes the unit normal of two directions. Returns false, and writes nothing, for parallel
+/// directions or a zero direction.
 inline bool CommonNormal(const Coord3& u, const Coord3& v, double linearTolerance, Coord3& normal) {
   Measured3 n = Measure(Cross(u, v));
   if (!gsl_arithmetic::Normalize(n, linearTolerance)) return false;
@@ -43,7 +45,7 @@ inline double DistanceAlongNormal(const Coord3& from, const Coord3& to, const Co
   return std::fabs(Dot(Subtract(to, from), normal));
 }
 
-/// Distance along the common normal; 0.0 for parallel lines or a zero direction.
+/// Returns the distance along the common normal, or 0.0 for parallel lines or a zero direction.
 inline double LineSkewDistance(const Line& a, const Line& b, double linearTolerance) {
   Coord3 n;
   // zero-direction-crosses-every-line: it is neither skew nor parallel.
@@ -94,7 +96,7 @@ inline LinePair ClassifyLines(const Line& a, const Line& b, double linearToleran
   return LinePair::Crossing;
 }
 
-/// Where two coplanar lines cross, on the first; false for skew and parallel lines.
+/// Finds where two coplanar lines cross, on the first. Returns false for skew and parallel lines.
 inline bool CrossLines(const Line& a, const Line& b, double linearTolerance, Coord3& out) {
   if (ClassifyLines(a, b, linearTolerance) != LinePair::Crossing) return false;
   out = ClosestOfNonParallel(a, b, linearTolerance).onFirst;

@@ -19,7 +19,7 @@ inline Coord3 TransformPoint(const Matrix4& m, const Coord3& p) {
           m[2][0] * p.x + m[2][1] * p.y + m[2][2] * p.z + m[2][3]};
 }
 
-/// out = a b; `out` is neither a nor b.
+/// Writes out = a b. `out` is neither a nor b.
 inline void Product(const Matrix4& a, const Matrix4& b, Matrix4& out) {
   for (int r = 0; r < 4; ++r) {
     for (int c = 0; c < 4; ++c) {
@@ -28,7 +28,8 @@ inline void Product(const Matrix4& a, const Matrix4& b, Matrix4& out) {
   }
 }
 
-/// Rotation by the angle with cosine co and sine si about a unit axis, into the 3x3 block.
+/// Writes the rotation by the angle with cosine co and sine si about a unit axis into the 3x3
+/// block.
 inline void AxisRotationBlock(const Coord3& u, double co, double si, Matrix4& m) {
   m[0][0] = u.x * u.x + co * (1.0 - u.x * u.x);
   m[0][1] = u.x * u.y * (1.0 - co) - u.z * si;
@@ -41,8 +42,7 @@ inline void AxisRotationBlock(const Coord3& u, double co, double si, Matrix4& m)
   m[2][2] = u.z * u.z + co * (1.0 - u.z * u.z);
 }
 
-// axis-rotation-in-single-precision: the axes and angles that hosts have stored were made
-// so.
+// axis-rotation-in-single-precision: hosts have stored axes and angles of this precision.
 struct Quaternion {
   float x, y, z, w;
 };

@@ -10,7 +10,7 @@ struct Plane {
   Measured3 normal;
 };
 
-/// (v . n) / |n| with v from the plane's point to p.
+/// Returns (v . n) / |n| with v from the plane's point to p.
 inline double SignedPlaneDistance(const Coord3& p, const Plane& plane) {
   return Dot(Subtract(p, plane.point), plane.normal.c) / plane.normal.magnitude;
 }
@@ -21,7 +21,7 @@ inline double PlaneDistance(const Coord3& p, const Plane& plane) {
   return distance > 0.0 ? distance : -distance;
 }
 
-/// Measured along `dir`: negative against the normal, not finite for a parallel `dir`.
+/// Returns the distance along `dir`: negative against the normal, not finite for a parallel `dir`.
 inline double PlaneDistanceAlong(const Coord3& p, const Plane& plane, const Measured3& dir) {
   // distance-against-the-normal-is-negative: only the distance itself is made positive.
   return PlaneDistance(p, plane) * dir.magnitude * plane.normal.magnitude /
@@ -39,7 +39,7 @@ inline Coord3 FootOnPlane(const Coord3& p, const Plane& plane, double linearTole
 
 enum class RayPlane { ShortDirection, OriginOnPlane, ParallelDirection, Crossing };
 
-/// Crossing of the line through p along `dir` with the plane; `out` is written for Crossing only.
+/// Crosses the line through p along `dir` with the plane; `out` is written for Crossing only.
 inline RayPlane IntersectRayPlane(const Coord3& p, const Measured3& dir, const Plane& plane,
                                   double linearTolerance, double cosineTolerance, Coord3& out) {
   if (linearTolerance > dir.magnitude) return RayPlane::ShortDirection;
@@ -58,7 +58,7 @@ inline bool PlanesParallel(const Plane& a, const Plane& b, double cosineToleranc
   return gsl_arithmetic::IsOn(b.normal, a.normal, cosineTolerance);
 }
 
-/// 0.0 for planes that are not parallel.
+/// Returns 0.0 for planes that are not parallel.
 inline double DistanceBetweenParallelPlanes(const Plane& a, const Plane& b,
                                             double cosineTolerance) {
   if (!PlanesParallel(a, b, cosineTolerance)) return 0.0;

@@ -51,9 +51,9 @@ struct RayTarget {
   }
 };
 
-/// Where the line through `origin`, in both senses, crosses the target. The weights are those of
-/// PointSegmentParameters and written with the point; within linearTolerance (closed) of the
-/// segment.
+/// Finds where the line through `origin`, in both senses, crosses the target. The weights are those
+/// of PointSegmentParameters and are written with the point. The crossing must be within
+/// linearTolerance (closed) of the segment.
 inline SegmentCrossing CrossRayTarget(const Coord3& origin, const RayDirection& ray,
                                       const RayTarget& target, double linearTolerance, Coord3& out,
                                       double* weights) {
@@ -79,8 +79,8 @@ inline SegmentCrossing CrossRaySegment(const Coord3& origin, const Measured3& di
                         weights);
 }
 
-/// Where a segment's line crosses another line, and whether that is within linearTolerance (closed)
-/// of the segment.
+/// Finds where a segment's line crosses another line, and whether that point is within
+/// linearTolerance (closed) of the segment.
 inline SegmentCrossing CrossSegmentLine(const Segment& segment, const Line& line,
                                         double linearTolerance, Coord3& out) {
   const double length = Distance(segment.p1, segment.p2);

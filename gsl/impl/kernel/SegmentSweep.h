@@ -56,8 +56,8 @@ inline bool MeetTarget(const Coord3& p, const RayDirection& ray, const RayTarget
          SegmentCrossing::Crossing;
 }
 
-/// One segment along d, the other across it: the ends of the first against the other. `side` is +1
-/// when A lies along d, -1 when B does. Gaps of either sign count.
+/// Tests a segment along d with a segment across it: the ends of the first against the other.
+/// `side` is +1 when A lies along d, -1 when B does. Gaps of either sign count.
 inline bool EndsOfAlong(int side, const SweptSegment& along, const SweptSegment& across,
                         const Measured3& d, double margin, double linearTolerance,
                         SweepContacts& contacts) {
@@ -75,7 +75,8 @@ inline bool EndsOfAlong(int side, const SweptSegment& along, const SweptSegment&
   return found;
 }
 
-/// Both along d: end against end, where they are on one line. Gaps of either sign count.
+/// Tests two segments along d, end against end, where they are on one line. Gaps of either sign
+/// count.
 inline bool EndsOnOneLine(const SweptSegment& a, const SweptSegment& b, const Measured3& d,
                           double margin, double cosineTolerance, SweepContacts& contacts) {
   // first-ends-that-coincide: a zero vector is on no line.
@@ -93,7 +94,7 @@ inline bool EndsOnOneLine(const SweptSegment& a, const SweptSegment& b, const Me
   return found;
 }
 
-/// Both across d: the ends of A against B, then the ends of B against A.
+/// Tests two segments across d: the ends of A against B, then the ends of B against A.
 inline bool EndsAcross(const SweptSegment& a, const SweptSegment& b, const Measured3& d,
                        double margin, double linearTolerance, SweepContacts& contacts) {
   // Such segments do not face each other.
@@ -244,8 +245,8 @@ inline double GapAside(const SweptSegment& a, const SweptSegment& b, const Measu
   return aThenB > bThenA ? aThenB : bThenA;
 }
 
-/// True when two segments of one plane pass each other too far aside for the steps of the sweep to
-/// find a contact. It may be false for such a pair: then the steps find nothing.
+/// Returns true when two segments of one plane pass each other too far aside for the steps of the
+/// sweep to find a contact. It may return false for such a pair: then the steps find nothing.
 inline bool PassAside(const SweptSegment& a, const SweptSegment& b, const Measured3& d,
                       const SweepTolerances& tol) {
   const double height = a.p[0].c.z;
@@ -259,7 +260,7 @@ inline bool PassAside(const SweptSegment& a, const SweptSegment& b, const Measur
   return gap > AsideReach(a, b, d, tol);
 }
 
-/// The sweep along d, the direction after NormalizedCopy, of a pair that PassAside keeps.
+/// Sweeps along d, the direction after NormalizedCopy, a pair that PassAside keeps.
 inline bool SweepSegment(const Measured3& d, SweptSegment a, SweptSegment b, const bool* twoSided,
                          double margin, const SweepTolerances& tol, SweepContacts& contacts) {
   // A is judged, and may be refused, before B is looked at.

@@ -5,13 +5,13 @@
 
 namespace gsl_kernel {
 
-/// n . x = r.
+/// The plane n . x = r.
 struct PlaneEquation {
   Coord3 n;
   double r;
 };
 
-/// The plane half way between p and q, scaled to a unit normal unless that is shorter than
+/// Returns the plane half way between p and q, scaled to a unit normal unless that is shorter than
 /// linearTolerance.
 inline PlaneEquation BisectingPlane(const Coord3& p, const Coord3& q, double linearTolerance) {
   PlaneEquation plane = {{2.0 * (p.x - q.x), 2.0 * (p.y - q.y), 2.0 * (p.z - q.z)},
@@ -22,8 +22,8 @@ inline PlaneEquation BisectingPlane(const Coord3& p, const Coord3& q, double lin
   return {Divide(plane.n, length), plane.r / length};
 }
 
-/// The point on three planes, by Cramer's rule. False, and unwritten, when the determinant is
-/// smaller than linearTolerance.
+/// Finds the point on three planes, by Cramer's rule. Returns false, and writes nothing, when the
+/// determinant is smaller than linearTolerance.
 inline bool CommonPoint(const PlaneEquation& p1, const PlaneEquation& p2, const PlaneEquation& p3,
                         double linearTolerance, Coord3& out) {
   const double a1 = p1.n.x, b1 = p1.n.y, c1 = p1.n.z, r1 = p1.r;
@@ -37,7 +37,7 @@ inline bool CommonPoint(const PlaneEquation& p1, const PlaneEquation& p2, const 
   return true;
 }
 
-/// p0p1 x p0p2, normalised unless it is shorter than linearTolerance.
+/// Returns p0p1 x p0p2, normalised unless it is shorter than linearTolerance.
 inline Measured3 CircumNormal(const Coord3& p0, const Coord3& p1, const Coord3& p2,
                               double linearTolerance) {
   Measured3 n = Measure(Cross(Subtract(p1, p0), Subtract(p2, p0)));
@@ -45,8 +45,8 @@ inline Measured3 CircumNormal(const Coord3& p0, const Coord3& p1, const Coord3& 
   return n;
 }
 
-/// Centre of the circle through three points of the plane with that normal; false, and unwritten,
-/// for collinear ones.
+/// Finds the centre of the circle through three points of the plane with that normal. Returns
+/// false, and writes nothing, for collinear points.
 inline bool CircumCentre(const Coord3& p0, const Coord3& p1, const Coord3& p2, const Coord3& normal,
                          double linearTolerance, Coord3& centre) {
   return CommonPoint(BisectingPlane(p0, p1, linearTolerance),

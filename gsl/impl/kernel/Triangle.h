@@ -18,7 +18,7 @@ inline Corner CornerAt(const Coord3& at, const Coord3& next, const Coord3& last)
   return {at, next, last, normal, Dot(normal, normal)};
 }
 
-/// Barycentric weight of the corner at x, times normalSquared.
+/// Returns the barycentric weight of the corner at x, times normalSquared.
 inline double ScaledWeight(const Coord3& x, const Corner& corner) {
   const Coord3 c = Cross(Subtract(corner.next, x), Subtract(x, corner.last));
   return Dot(c, corner.normal);
@@ -27,8 +27,9 @@ inline double ScaledWeight(const Coord3& x, const Corner& corner) {
 /// Computes the barycentric weights of x, a point of the triangle's plane. All three are always
 /// written.
 ///
-/// False when a weight times its squared doubled area falls below -linearTolerance^2, so the border
-/// and a hair beyond it are inside. A degenerate triangle has NaN weights, and the result is true.
+/// Returns false when a weight times its squared doubled area falls below -linearTolerance^2, so
+/// the border and a small band beyond it are inside. A degenerate triangle has NaN weights, and the
+/// result is true.
 inline bool PointInTriangle(const Coord3& x, const Coord3& p0, const Coord3& p1, const Coord3& p2,
                             double linearTolerance, double* weights) {
   const Corner corners[3] = {CornerAt(p0, p1, p2), CornerAt(p1, p2, p0), CornerAt(p2, p0, p1)};

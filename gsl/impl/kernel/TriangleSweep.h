@@ -186,7 +186,7 @@ struct Slab {
   double min, max;
 };
 
-/// Parameters of the vertices on the axis through `origin` along the unit vector d.
+/// Returns the parameters of the vertices on the axis through `origin` along the unit vector d.
 inline Slab SlabAlong(const Coord3& origin, const Coord3& d, const SourcedTriangle& tri) {
   const double t0 = ParameterAlong(tri.p[0].c, origin, d);
   Slab slab = {t0, t0};
@@ -198,8 +198,8 @@ inline Slab SlabAlong(const Coord3& origin, const Coord3& d, const SourcedTriang
   return slab;
 }
 
-/// True when B lies wholly behind A along d, or farther ahead than `reach`. No rejection writes
-/// anything, so that the cheapest comes first: this one.
+/// Returns true when B lies wholly behind A along d, or farther ahead than `reach`. No rejection
+/// writes anything, so this rejection, the cheapest, comes first.
 inline bool SlabsReject(const SourcedTriangle& a, const SourcedTriangle& b, const Measured3& d,
                         double reach, double linearTolerance) {
   const Coord3 axis = gsl_arithmetic::NormalizedCopy(d, linearTolerance).c;
@@ -240,9 +240,9 @@ inline bool Turn(Measured3& normal, Facing facing, const bool* twoSided) {
   return true;
 }
 
-/// The sweep along the unit direction d, or the zero vector, of a pair that SlabsReject keeps. A
-/// triangle without a normal, and then one that faces the wrong way, ends it before anything is
-/// written. `callerContact` returns what the caller passed in as contacts[0], and is asked only
+/// Sweeps along the unit direction d, or the zero vector, a pair that SlabsReject keeps. A triangle
+/// without a normal, and then a triangle that faces the wrong way, ends the sweep before anything
+/// is written. `callerContact` returns what the caller passed in as contacts[0], and is called only
 /// where that counts.
 template <class CallerContact>
 inline bool SweepTriangle(const Measured3& d, const SourcedTriangle& a, const SourcedTriangle& b,

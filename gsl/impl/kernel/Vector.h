@@ -19,7 +19,7 @@ using gsl_arithmetic::Multiply;
 using gsl_arithmetic::Negated;
 using gsl_arithmetic::Subtract;
 
-/// from -> to.
+/// Returns the vector from `from` to `to`.
 inline Measured3 Between(const Coord3& from, const Coord3& to) {
   return Measure(Subtract(to, from));
 }
@@ -28,9 +28,9 @@ inline double Distance(const Coord3& a, const Coord3& b) {
   return Length(Subtract(b, a));
 }
 
-/// Unit normal of p1, p2, p3, right-handed; zero when
-/// cosineTolerance * |p1p2| * |p2p3| >= |p1p2 x p2p3|. The length is scaled with the components, so
-/// that it can miss 1 by a last place.
+/// Returns the unit normal of p1, p2, p3, right-handed, or zero when cosineTolerance * |p1p2| *
+/// |p2p3| >= |p1p2 x p2p3|. The length is scaled with the components, so that it can miss 1 by a
+/// last place.
 inline Measured3 UnitNormal(const Coord3& p1, const Coord3& p2, const Coord3& p3,
                             double cosineTolerance) {
   const Measured3 a = Between(p1, p2);
@@ -55,12 +55,12 @@ inline bool SameDirection(const Measured3& a, const Measured3& b, double tol) {
   return SameComponents(UnitComponents(a), UnitComponents(b), tol);
 }
 
-/// The same direction or the opposite direction, both as unit components.
+/// Returns true for the same direction or the opposite direction, both as unit components.
 inline bool SameOrOppositeComponents(const Coord3& a, const Coord3& b, double tol) {
   return SameComponents(a, b, tol) || SameComponents(a, Negated(b), tol);
 }
 
-/// The same direction or the opposite direction.
+/// Returns true for the same direction or the opposite direction.
 inline bool IsParallel(const Measured3& a, const Measured3& b, double tol) {
   return SameOrOppositeComponents(UnitComponents(a), UnitComponents(b), tol);
 }
@@ -72,7 +72,7 @@ inline Measured3 AnyOrthogonalUnit(const Coord3& v, double linearTolerance) {
   return w;
 }
 
-/// v less its component along the plane's normal.
+/// Returns v less its component along the plane's normal.
 inline Measured3 ProjectVectorOnPlane(const Coord3& v, const Measured3& normal,
                                       double linearTolerance) {
   const Coord3 n = gsl_arithmetic::NormalizedCopy(normal, linearTolerance).c;
@@ -96,8 +96,9 @@ inline Measured3 BestAlignedOrthogonalUnit(const Measured3& v, double linearTole
   return Measure(Cross(t, v.c));
 }
 
-/// Signed angle from a to b about `axis`. False, and `angle` unwritten, for a vector shorter than
-/// the tolerance or components along the axis that differ by more than it.
+/// Computes the signed angle from a to b about `axis`. Returns false, and leaves `angle` unwritten,
+/// for a vector shorter than the tolerance and for components along the axis that differ by more
+/// than the tolerance.
 inline bool AngleBetween(Measured3 axis, Measured3 a, Measured3 b, double linearTolerance,
                          double& angle) {
   if (linearTolerance > a.magnitude || linearTolerance > b.magnitude) return false;

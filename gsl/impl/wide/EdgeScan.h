@@ -19,8 +19,9 @@ GSL_ALWAYS_INLINE Bits OpenEdges(const unsigned char* entries, const unsigned ch
   return found;
 }
 
-/// How many lines to skip to the first one with an edge to an open vertex; `lines` when there is
-/// none. The same lines of the row that comes next are fetched into the second-level cache.
+/// Returns how many lines to skip to the first line with an edge to an open vertex, or `lines` when
+/// no line has such an edge. The same lines of the row that comes next are fetched into the
+/// second-level cache.
 inline std::size_t SkipLines(const unsigned char* entries, const unsigned char* open,
                              const unsigned char* next, std::size_t lines) {
   std::size_t line = 0;
