@@ -31,10 +31,10 @@ constexpr unsigned kMostThreads = 1024;
 
 const char* const kDescription =
     "Finds how far one body travels along a direction before it touches another, and where. Reads "
-    "two meshes (STL, OBJ, PLY, OFF, 3MF, glTF and others), moves the first along the direction "
-    "and reports the first contact.";
+    "meshes (STL, OBJ, PLY, OFF, 3MF, glTF and others), moves the first along the direction and "
+    "reports its first contact with the others.";
 
-const char* const kUsage = "MOVING FIXED --direction X,Y,Z [OPTION...]";
+const char* const kUsage = "MOVING FIXED... --direction X,Y,Z [OPTION...]";
 
 const char* const kFooter = "Exit status:\n"
                             "  0   contact, including contact from the start\n"
@@ -88,7 +88,10 @@ void Declare(CLI::App& app, SweepOptions& options) {
   app.set_version_flag("--version", std::string("gsl-sweep ") + GSL_VERSION,
                        "Prints the version and exits");
   app.add_option("MOVING")->description("Mesh file of the body that moves; - for stdin");
-  app.add_option("FIXED")->description("Mesh file of the body that stays; - for stdin");
+  app.add_option("FIXED")
+      ->description("Mesh files of the bodies that stay; - for stdin")
+      ->expected(-1)
+      ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
   for (const OptionRow& row : OptionRows()) {
     if (row.flag != nullptr) {
       app.add_flag(row.names, options.*row.flag, row.text);
@@ -155,7 +158,7 @@ void RefuseMalformedOption(const CLI::App& app, const std::string& argument) {
   if (equals + 1 == argument.size()) FailWithHelp(name + " must be followed by a value");
 }
 
-/// Returns the arguments that belong to no option and to neither body, as typed.
+/// Returns the arguments that belong to no option and to no body, as typed.
 std::vector<std::string> LeftOver(const CLI::App& app) {
   std::vector<std::string> arguments = app.remaining();
   const auto mark = std::find(arguments.begin(), arguments.end(), "--");
@@ -285,7 +288,8 @@ void TakeValues(const CLI::App& app, SweepOptions& options) {
   if (const auto value = ValueOf(app, "--threads")) options.threads = ThreadsOf(*value);
   if (const auto value = ValueOf(app, "--progress")) options.progress = ProgressOf(*value);
   if (const auto value = ValueOf(app, "MOVING")) options.movingFile = MeshFileOf("MOVING", *value);
-  if (const auto value = ValueOf(app, "FIXED")) options.fixedFile = MeshFileOf("FIXED", *value);
+  for (const std::string& value : app.get_option("FIXED")->results())
+    options.fixedFiles.push_back(MeshFileOf("FIXED", value));
 }
 
 void RefuseMissing(const CLI::App& app) {
@@ -298,12 +302,14 @@ void RefuseMissing(const CLI::App& app) {
   for (std::size_t k = 1; k < missing.size(); ++k)
     list += (k + 1 == missing.size() ? " and " : ", ") + missing[k];
   FailWithHelp(list + (missing.size() == 1 ? " is" : " are") +
-               " missing; expected gsl-sweep MOVING FIXED --direction X,Y,Z");
+               " missing; expected gsl-sweep MOVING FIXED... --direction X,Y,Z");
 }
 
 void RefuseMisusedStdin(const SweepOptions& options) {
-  if (options.movingFile == "-" && options.fixedFile == "-") {
-    Fail("MOVING and FIXED are both -; expected standard input for one of them");
+  const auto fixedOnes =
+      std::count(options.fixedFiles.begin(), options.fixedFiles.end(), std::string("-"));
+  if (fixedOnes + (options.movingFile == "-" ? 1 : 0) > 1) {
+    Fail("more than one of MOVING and FIXED is -; expected standard input for one body at most");
   }
   if (options.format != MeshFormat::Unknown && !options.ReadsStdin()) {
     Fail("--format needs a mesh on standard input; expected - as MOVING or FIXED");

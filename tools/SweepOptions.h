@@ -7,14 +7,17 @@
 
 #include "gsl_Arithmetic.h"
 
+#include <algorithm>
 #include <limits>
 #include <string>
+#include <vector>
 
 /// The command line of gsl-sweep.
 namespace gsl_tools {
 
 struct SweepOptions {
-  std::string movingFile, fixedFile; ///< as typed; one of them may be "-", standard input
+  std::string movingFile;              ///< as typed; "-" is standard input
+  std::vector<std::string> fixedFiles; ///< at most one file of all is "-"
   gsl_sweep::MeshFormat format = gsl_sweep::MeshFormat::Unknown; ///< of standard input
   gsl_arithmetic::Coord3 direction{0.0, 0.0, 0.0};               ///< not zero
   gsl_arithmetic::Coord3 offset{0.0, 0.0, 0.0};
@@ -25,7 +28,10 @@ struct SweepOptions {
   gsl_sweep::ProgressStyle progress = gsl_sweep::ProgressStyle::Auto;
   bool quiet = false, force = false;
 
-  bool ReadsStdin() const { return movingFile == "-" || fixedFile == "-"; }
+  bool ReadsStdin() const {
+    return movingFile == "-" ||
+           std::find(fixedFiles.begin(), fixedFiles.end(), "-") != fixedFiles.end();
+  }
   bool JsonToStdout() const { return jsonFile == "-"; }
   bool JsonToFile() const { return !jsonFile.empty() && !JsonToStdout(); }
 };

@@ -18,6 +18,7 @@
 #include <stdexcept>
 #include <string>
 #include <system_error>
+#include <vector>
 
 #include <unistd.h>
 
@@ -118,8 +119,8 @@ BodyCounts CountsOf(const Body& body, std::size_t leftOut) {
 }
 
 /// Asks and writes down what was answered.
-void Search(const SweepOptions& options, const Mesh& moving, const Mesh& fixed, Progress& progress,
-            SweepReport& report) {
+void Search(const SweepOptions& options, const Mesh& moving, const std::vector<Mesh>& fixed,
+            Progress& progress, SweepReport& report) {
   const Question question = QuestionOf(options);
   Run run;
   run.threads = options.threads;
@@ -128,12 +129,28 @@ void Search(const SweepOptions& options, const Mesh& moving, const Mesh& fixed, 
     return true;
   };
   const Body movingBody(ViewOf(moving));
-  const Body fixedBody(ViewOf(fixed));
-  const Pair pair(movingBody, {fixedBody}, run);
+  std::vector<Body> fixedBodies;
+  for (const Mesh& mesh : fixed)
+    fixedBodies.emplace_back(ViewOf(mesh));
+  const Pair pair(movingBody, fixedBodies, run);
   report.answer = pair.First(question, run);
-  const LeftOut leftOut = pair.CountLeftOut(question);
-  report.moving = CountsOf(movingBody, leftOut.moving);
-  report.fixed = CountsOf(fixedBody, leftOut.fixed);
+  for (std::size_t k = 0; k < fixed.size(); ++k) {
+    const LeftOut leftOut = Pair(movingBody, {fixedBodies[k]}).CountLeftOut(question);
+    report.moving = CountsOf(movingBody, leftOut.moving);
+    report.fixed.push_back({options.fixedFiles[k], CountsOf(fixedBodies[k], leftOut.fixed)});
+  }
+}
+
+/// Warns of what was left out and of sizes that do not fit, in the order of the bodies.
+void AddWarnings(const Mesh& moving, const std::vector<Mesh>& fixed, SweepReport& report) {
+  report.warnings = moving.warnings;
+  for (const Mesh& mesh : fixed)
+    report.warnings.insert(report.warnings.end(), mesh.warnings.begin(), mesh.warnings.end());
+  AddWarning(report, SkippedWarning(moving.file, report.moving));
+  for (std::size_t k = 0; k < fixed.size(); ++k)
+    AddWarning(report, SkippedWarning(fixed[k].file, report.fixed[k].counts));
+  for (const Mesh& mesh : fixed)
+    AddWarning(report, SizeWarning(moving, mesh));
 }
 
 ExitStatus SweepFiles(const SweepOptions& options) {
@@ -143,13 +160,15 @@ ExitStatus SweepFiles(const SweepOptions& options) {
   progress.Begin("Reading " + NameOfMesh(options.movingFile));
   Mesh moving = ReadBody(options.movingFile, options);
   Translate(moving, options.offset, "--offset");
-  progress.Begin("Reading " + NameOfMesh(options.fixedFile));
-  const Mesh fixed = ReadBody(options.fixedFile, options);
+  std::vector<Mesh> fixed;
+  for (const std::string& file : options.fixedFiles) {
+    progress.Begin("Reading " + NameOfMesh(file));
+    fixed.push_back(ReadBody(file, options));
+  }
 
   progress.Begin("Searching");
   SweepReport report;
   report.movingFile = options.movingFile;
-  report.fixedFile = options.fixedFile;
   report.offset = options.offset;
   report.maxDistance = options.maxDistance;
   report.oneSided = options.oneSided;
@@ -158,12 +177,9 @@ ExitStatus SweepFiles(const SweepOptions& options) {
   progress.Clear();
 
   RequireFiniteTriangles(moving.file, report.moving);
-  RequireFiniteTriangles(fixed.file, report.fixed);
-  report.warnings = moving.warnings;
-  report.warnings.insert(report.warnings.end(), fixed.warnings.begin(), fixed.warnings.end());
-  AddWarning(report, SkippedWarning(moving.file, report.moving));
-  AddWarning(report, SkippedWarning(fixed.file, report.fixed));
-  AddWarning(report, SizeWarning(moving, fixed));
+  for (std::size_t k = 0; k < fixed.size(); ++k)
+    RequireFiniteTriangles(fixed[k].file, report.fixed[k].counts);
+  AddWarnings(moving, fixed, report);
   for (const std::string& warning : report.warnings) {
     if (!options.quiet) PrintLine("warning: " + warning);
   }

@@ -181,6 +181,10 @@ TEST(GslSweepFiles, EitherBodyMayComeFromStandardInput) {
     json answer = json::parse(Shell(piped + "--json -").out);
     EXPECT_EQ(answer[side]["file"], "-");
     answer[side]["file"] = expected[side]["file"];
+    if (!isMoving) {
+      EXPECT_EQ(answer["fixed_bodies"][0]["file"], "-");
+      answer["fixed_bodies"][0]["file"] = expected["fixed"]["file"];
+    }
     EXPECT_EQ(answer, expected);
     EXPECT_EQ(Shell(piped + "--format stl --json -").status, 0);
     EXPECT_NE(Shell(piped).out.find(std::string("  ") + (isMoving ? "moving  " : "fixed   ") +

@@ -135,6 +135,32 @@ TEST(GslSweep, GreatestDistanceIsClosed) {
   EXPECT_EQ(FirstLine(below.out), "No contact along (0, 0, -1) within 29.999999999999996.");
 }
 
+TEST(GslSweep, SeveralFixedBodiesNameTheBodyThatIsMet) {
+  const Folder folder;
+  const std::string moving = folder.Write("moving.stl", Box({0, 0, 5}, {1, 1, 6}));
+  const std::string low = folder.Write("low.stl", Box({0, 0, 0}, {1, 1, 1}));
+  const std::string high = folder.Write("high.stl", Box({0, 0, 0}, {1, 1, 2}));
+  const std::string aside = folder.Write("aside.stl", Box({9, 9, 0}, {10, 10, 1}));
+  const std::string files = moving + " " + low + " " + high + " " + aside;
+  const Outcome run = Sweep(files + " -d -z");
+  EXPECT_EQ(run.status, 0);
+  EXPECT_NE(run.out.find("Contact after 3 "), std::string::npos) << run.out;
+  EXPECT_NE(run.out.find("  fixed   " + high + ", triangle "), std::string::npos) << run.out;
+  const json answer = json::parse(Sweep(files + " -d -z --one-sided --json -").out);
+  EXPECT_EQ(answer["fixed"]["file"], high);
+  EXPECT_EQ(answer["fixed_body"], 1);
+  ASSERT_EQ(answer["fixed_bodies"].size(), 3u);
+  EXPECT_EQ(answer["fixed_bodies"][2]["file"], aside);
+  EXPECT_EQ(answer["fixed_bodies"][2]["triangles"], 12);
+  EXPECT_EQ(answer["fixed_bodies"][2]["left_out"], 2); // the bottom
+  EXPECT_EQ(Sweep(files + " -d z").status, 1);
+  EXPECT_EQ(LineCount(Sweep(files + " -d z").out), 5u);
+  const json piped = json::parse(
+      Shell("cat " + high + " | $SWEEP " + moving + " " + low + " - -d -z --json -").out);
+  EXPECT_EQ(piped["fixed"]["file"], "-");
+  EXPECT_EQ(Sweep(files + " missing.stl -d -z").status, 3);
+}
+
 TEST(GslSweep, OneSidedLeavesOutTrianglesThatFaceAway) {
   // From inside the plate's middle upwards, only the underside of its top is ahead.
   const Folder folder;
@@ -165,7 +191,7 @@ TEST(GslSweep, WrongUsageExitsWithTwoAndOneLine) {
         parts + "--direction -z --threads x",
         parts + "--direction -z --progress sometimes",
         parts + "--direction -z --unknown",
-        parts + "third.stl --direction -z",
+        "- " + parts + "- --direction -z",
         parts + "--direction -z --direction -x",
         parts + "--direction -z --json same.stl --output same.stl"}) {
     const Outcome run = Sweep(arguments);

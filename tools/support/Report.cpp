@@ -48,15 +48,35 @@ Place FixedPlace(const Answer& answer) {
   return {answer.contact.fixedTriangle, answer.contact.fixedPoint};
 }
 
-Json JsonOf(const BodyCounts& body, const std::string& file, const Place& place, bool touches) {
+Json JsonOf(const BodyCounts& body, const std::string& file) {
   Json json;
   json["file"] = file;
   json["triangles"] = body.triangles;
   json["skipped"] = body.skipped;
   json["left_out"] = body.leftOut;
+  return json;
+}
+
+Json JsonOf(const BodyCounts& body, const std::string& file, const Place& place, bool touches) {
+  Json json = JsonOf(body, file);
   json["triangle"] = touches ? Json(place.triangle) : Json();
   json["point"] = touches ? JsonOf(place.point) : Json();
   return json;
+}
+
+/// Returns the fixed body that is met. Without a contact, several bodies have no such body: null.
+Json FixedAsJson(const SweepReport& report) {
+  const bool touches = report.answer.status != SweepStatus::None;
+  if (!touches && report.fixed.size() > 1) return {};
+  const FixedBody& body = report.fixed.at(touches ? report.answer.contact.fixedBody : 0);
+  return JsonOf(body.counts, body.file, FixedPlace(report.answer), touches);
+}
+
+Json FixedBodiesAsJson(const SweepReport& report) {
+  Json bodies = Json::array();
+  for (const FixedBody& body : report.fixed)
+    bodies.push_back(JsonOf(body.counts, body.file));
+  return bodies;
 }
 
 Json QuestionAsJson(const SweepReport& report) {
@@ -147,10 +167,16 @@ const char* KindName(ContactKind kind) {
 
 std::string ReportAsText(const SweepReport& report) {
   const bool touches = report.answer.status != SweepStatus::None;
-  return FirstLine(report) +
-         BodyLine("moving  ", report.movingFile, report.moving, MovingPlace(report.answer),
-                  touches) +
-         BodyLine("fixed   ", report.fixedFile, report.fixed, FixedPlace(report.answer), touches);
+  std::string text = FirstLine(report) + BodyLine("moving  ", report.movingFile, report.moving,
+                                                  MovingPlace(report.answer), touches);
+  const Place place = FixedPlace(report.answer);
+  if (touches) {
+    const FixedBody& met = report.fixed.at(report.answer.contact.fixedBody);
+    return text + BodyLine("fixed   ", met.file, met.counts, place, true);
+  }
+  for (const FixedBody& body : report.fixed)
+    text += BodyLine("fixed   ", body.file, body.counts, place, false);
+  return text;
 }
 
 std::string ReportAsJson(const SweepReport& report) {
@@ -166,7 +192,9 @@ std::string ReportAsJson(const SweepReport& report) {
   json["kind"] = touches ? Json(KindName(answer.contact.kind)) : Json();
   json["normal"] = touches && answer.contact.hasNormal ? JsonOf(answer.contact.normal) : Json();
   json["moving"] = JsonOf(report.moving, report.movingFile, MovingPlace(answer), touches);
-  json["fixed"] = JsonOf(report.fixed, report.fixedFile, FixedPlace(answer), touches);
+  json["fixed"] = FixedAsJson(report);
+  json["fixed_body"] = touches ? Json(answer.contact.fixedBody) : Json();
+  json["fixed_bodies"] = FixedBodiesAsJson(report);
   json["warnings"] = report.warnings;
   return json.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
 }

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-/// The result of the sweep of two mesh files, for people and for programs.
+/// The result of the sweep of mesh files, for people and for programs.
 namespace gsl_sweep {
 
 /// What a report says of a body apart from the contact.
@@ -17,21 +17,29 @@ struct BodyCounts {
   std::size_t leftOut = 0;   ///< by oneSided
 };
 
+/// One of the bodies that stay.
+struct FixedBody {
+  std::string file; ///< as it was given; "-" is standard input
+  BodyCounts counts;
+};
+
 struct SweepReport {
-  std::string movingFile, fixedFile; ///< as they were given; "-" is standard input
-  Coord3 offset{0.0, 0.0, 0.0};      ///< added to the moving body
+  std::string movingFile;       ///< as it was given; "-" is standard input
+  Coord3 offset{0.0, 0.0, 0.0}; ///< added to the moving body
   double maxDistance = std::numeric_limits<double>::infinity(); ///< as requested
   bool oneSided = false;
   std::string toolVersion; ///< version of the program that reports
   Answer answer;
-  BodyCounts moving, fixed;
+  BodyCounts moving;
+  std::vector<FixedBody> fixed; ///< in the order of the answer; at least one
   std::vector<std::string> warnings;
 };
 
 /// Returns "vertex-face" and so on, moving body first; or "overlap".
 const char* KindName(ContactKind kind);
 
-/// Returns three lines, each ended by a newline.
+/// Returns three lines, each ended by a newline. Without a contact each fixed body has its own
+/// line.
 std::string ReportAsText(const SweepReport& report);
 
 /// Returns one strict JSON document, ended by a newline; docs/gsl-sweep.md and

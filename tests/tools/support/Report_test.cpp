@@ -21,7 +21,6 @@ SweepReport SampleReport() {
   SweepReport report;
   report.toolVersion = "1.2.3";
   report.movingFile = "bolt.stl";
-  report.fixedFile = "bracket.stl";
   report.answer.status = SweepStatus::Contact;
   report.answer.contact.travel = 0.1;
   report.answer.unitDirection = {0.0, 0.0, -1.0};
@@ -29,7 +28,7 @@ SweepReport SampleReport() {
   report.moving = {12, 1, 0};
   report.answer.contact.movingTriangle = 7;
   report.answer.contact.movingPoint = {1.0, 2.0, 1.0 / 3.0};
-  report.fixed = {34, 0, 5};
+  report.fixed = {{"bracket.stl", {34, 0, 5}}};
   report.answer.contact.fixedTriangle = 9;
   report.answer.contact.fixedPoint = {1.0, 2.0, 0.25};
   report.answer.contact.hasNormal = true;
@@ -78,7 +77,7 @@ TEST(Report, TextWithoutContactNamesTheLimit) {
 
 TEST(Report, TextNamesStandardInput) {
   SweepReport report = SampleReport();
-  report.fixedFile = "-";
+  report.fixed[0].file = "-";
   EXPECT_NE(ReportAsText(report).find("  fixed   standard input, triangle 9"), std::string::npos);
 }
 
@@ -90,9 +89,10 @@ TEST(Report, TextKeepsControlCharactersOfFileNamesOut) {
 
 TEST(Report, JsonHasExactlyTheDocumentedKeysInOrder) {
   const auto json = JsonOf(SampleReport());
-  EXPECT_EQ(KeysOf(json), (std::vector<std::string>{"schema_version", "tool_version", "question",
-                                                    "status", "travel", "direction", "kind",
-                                                    "normal", "moving", "fixed", "warnings"}));
+  EXPECT_EQ(KeysOf(json),
+            (std::vector<std::string>{"schema_version", "tool_version", "question", "status",
+                                      "travel", "direction", "kind", "normal", "moving", "fixed",
+                                      "fixed_body", "fixed_bodies", "warnings"}));
   EXPECT_EQ(KeysOf(json["question"]),
             (std::vector<std::string>{"offset", "max_distance", "one_sided"}));
   for (const char* body : {"moving", "fixed"}) {
@@ -112,6 +112,45 @@ TEST(Report, JsonHasExactlyTheDocumentedKeysInOrder) {
   EXPECT_EQ(json["fixed"]["left_out"], 5);
   EXPECT_EQ(json["fixed"]["triangle"], 9);
   EXPECT_TRUE(json["warnings"].is_array());
+}
+
+/// A report with three fixed bodies; the last is met.
+SweepReport ReportOfThree() {
+  SweepReport report = SampleReport();
+  report.fixed = {{"floor.stl", {2, 0, 1}}, {"wall.stl", {4, 3, 0}}, {"-", {34, 0, 5}}};
+  report.answer.contact.fixedBody = 2;
+  return report;
+}
+
+TEST(Report, SeveralFixedBodiesNameTheBodyThatIsMet) {
+  const SweepReport report = ReportOfThree();
+  EXPECT_NE(
+      ReportAsText(report).find("\n  fixed   standard input, triangle 9 of 34, at (1, 2, 0.25)\n"),
+      std::string::npos);
+  EXPECT_EQ(ReportAsText(report).find("floor"), std::string::npos);
+  const auto json = JsonOf(report);
+  EXPECT_EQ(json["fixed"]["file"], "-");
+  EXPECT_EQ(json["fixed"]["triangles"], 34);
+  EXPECT_EQ(json["fixed"]["triangle"], 9);
+  EXPECT_EQ(json["fixed_body"], 2);
+  EXPECT_EQ(json["fixed_bodies"], nlohmann::ordered_json::parse(R"([
+    {"file": "floor.stl", "triangles": 2, "skipped": 0, "left_out": 1},
+    {"file": "wall.stl", "triangles": 4, "skipped": 3, "left_out": 0},
+    {"file": "-", "triangles": 34, "skipped": 0, "left_out": 5}])"));
+}
+
+TEST(Report, SeveralFixedBodiesWithoutContactAreAllListed) {
+  SweepReport report = ReportOfThree();
+  report.answer.status = SweepStatus::None;
+  EXPECT_EQ(ReportAsText(report), "No contact along (0, 0, -1).\n"
+                                  "  moving  bolt.stl, 12 triangles\n"
+                                  "  fixed   floor.stl, 2 triangles\n"
+                                  "  fixed   wall.stl, 4 triangles\n"
+                                  "  fixed   standard input, 34 triangles\n");
+  const auto json = JsonOf(report);
+  EXPECT_TRUE(json["fixed"].is_null());
+  EXPECT_TRUE(json["fixed_body"].is_null());
+  EXPECT_EQ(json["fixed_bodies"].size(), 3u);
 }
 
 TEST(Report, JsonRepeatsTheQuestion) {
