@@ -82,13 +82,13 @@ public:
 
 class Reader {
 public:
-  Reader(const unsigned char* begin, std::size_t count) : at(begin), end(begin + count) {}
+  Reader(const unsigned char* begin, std::size_t count) : m_at(begin), m_end(begin + count) {}
 
-  std::size_t Remaining() const { return static_cast<std::size_t>(end - at); }
+  std::size_t Remaining() const { return static_cast<std::size_t>(m_end - m_at); }
 
   unsigned int Byte() {
-    if (at == end) Refuse("The bytes end inside a record");
-    return *at++;
+    if (m_at == m_end) Refuse("The bytes end inside a record");
+    return *m_at++;
   }
 
   std::uint64_t Varint() {
@@ -145,14 +145,14 @@ public:
 
   std::string_view Text() {
     const std::size_t length = Count(1);
-    const std::string_view text(reinterpret_cast<const char*>(at), length);
-    at += length;
+    const std::string_view text(reinterpret_cast<const char*>(m_at), length);
+    m_at += length;
     return text;
   }
 
 private:
-  const unsigned char* at;
-  const unsigned char* end;
+  const unsigned char* m_at;
+  const unsigned char* m_end;
 };
 
 /// Gives names their numbers in the order of first use, so that names that a store knows but does
@@ -161,15 +161,15 @@ class NameTable {
 public:
   std::uint64_t NumberOf(std::string_view name) {
     if (name.empty()) return 0;
-    const auto [place, isNew] = numbers.try_emplace(name, inOrder.size() + 1);
-    if (isNew) inOrder.push_back(name);
+    const auto [place, isNew] = m_numbers.try_emplace(name, m_inOrder.size() + 1);
+    if (isNew) m_inOrder.push_back(name);
     return place->second;
   }
-  const std::vector<std::string_view>& InOrder() const { return inOrder; }
+  const std::vector<std::string_view>& InOrder() const { return m_inOrder; }
 
 private:
-  std::unordered_map<std::string_view, std::uint64_t> numbers;
-  std::vector<std::string_view> inOrder;
+  std::unordered_map<std::string_view, std::uint64_t> m_numbers;
+  std::vector<std::string_view> m_inOrder;
 };
 
 /// Gives the prefixes of identities their numbers in the order of first use, and remembers the last
@@ -178,17 +178,17 @@ class PrefixTable {
 public:
   void Write(Writer& out, const gsl_RecordIdentity& identity) {
     if (identity == gsl_RecordIdentity()) return out.Varint(0);
-    const auto [place, isNew] = numbers.try_emplace(identity.prefix, inOrder.size());
+    const auto [place, isNew] = m_numbers.try_emplace(identity.prefix, m_inOrder.size());
     if (isNew) {
-      inOrder.push_back(identity.prefix);
-      lastSerials.push_back(0);
+      m_inOrder.push_back(identity.prefix);
+      m_lastSerials.push_back(0);
     }
-    std::uint64_t& last = lastSerials[place->second];
+    std::uint64_t& last = m_lastSerials[place->second];
     out.Varint(place->second + 1);
     out.Zigzag(Signed(identity.serial - last));
     last = identity.serial;
   }
-  const std::vector<std::uint64_t>& InOrder() const { return inOrder; }
+  const std::vector<std::uint64_t>& InOrder() const { return m_inOrder; }
 
 private:
   static std::int64_t Signed(std::uint64_t bits) {
@@ -197,9 +197,9 @@ private:
     return value;
   }
 
-  std::unordered_map<std::uint64_t, std::size_t> numbers;
-  std::vector<std::uint64_t> inOrder;
-  std::vector<std::uint64_t> lastSerials;
+  std::unordered_map<std::uint64_t, std::size_t> m_numbers;
+  std::vector<std::uint64_t> m_inOrder;
+  std::vector<std::uint64_t> m_lastSerials;
 };
 
 void WriteValue(Writer& out, const gsl_RecordField& field) {
@@ -266,19 +266,19 @@ void WriteRecord(Writer& out, NameTable& names, PrefixTable& prefixes, const gsl
 /// Fills a store from its byte form.
 class gsl_RecordDecoder {
 public:
-  gsl_RecordDecoder(const unsigned char* bytes, std::size_t count) : in(bytes, count) {}
+  gsl_RecordDecoder(const unsigned char* bytes, std::size_t count) : m_in(bytes, count) {}
 
   gsl_RecordStore Decode() {
-    in.Text();
+    m_in.Text();
     ReadNames();
     ReadPrefixes();
-    recordCount = in.Count(kFewestRecordBytes);
-    holders.assign(recordCount, Holder::None);
-    for (std::size_t i = 0; i < recordCount; ++i)
+    m_recordCount = m_in.Count(kFewestRecordBytes);
+    m_holders.assign(m_recordCount, Holder::None);
+    for (std::size_t i = 0; i < m_recordCount; ++i)
       ReadRecord(static_cast<gsl_RecordIndex>(i));
-    if (in.Remaining() != 0) Refuse("Bytes follow the last record");
+    if (m_in.Remaining() != 0) Refuse("Bytes follow the last record");
     CheckReferences();
-    return std::move(store);
+    return std::move(m_store);
   }
 
 private:
@@ -289,60 +289,61 @@ private:
   static constexpr std::size_t kFewestFieldBytes = 4;
 
   void ReadNames() {
-    const std::size_t count = in.Count(2);
+    const std::size_t count = m_in.Count(2);
     for (std::size_t i = 0; i < count; ++i) {
-      const std::string name(in.Text());
+      const std::string name(m_in.Text());
       if (name.empty() || name.find('\0') != std::string::npos) {
         Refuse("A field name in the bytes is empty or cut");
       }
-      if (store.InternName(name.c_str()) != i) {
+      if (m_store.InternName(name.c_str()) != i) {
         Refuse("A field name appears twice in the bytes");
       }
     }
   }
 
   void ReadPrefixes() {
-    prefixes.resize(in.Count(sizeof(std::uint64_t)));
-    for (std::uint64_t& prefix : prefixes)
-      prefix = in.Fixed64();
-    lastSerials.assign(prefixes.size(), 0);
+    m_prefixes.resize(m_in.Count(sizeof(std::uint64_t)));
+    for (std::uint64_t& prefix : m_prefixes)
+      prefix = m_in.Fixed64();
+    m_lastSerials.assign(m_prefixes.size(), 0);
   }
 
   gsl_RecordIdentity ReadIdentity() {
-    const std::uint64_t number = in.Varint();
+    const std::uint64_t number = m_in.Varint();
     if (number == 0) return {};
-    if (number > prefixes.size()) Refuse("An identity in the bytes has an unknown prefix");
+    if (number > m_prefixes.size()) Refuse("An identity in the bytes has an unknown prefix");
     const auto place = static_cast<std::size_t>(number - 1);
-    lastSerials[place] += in.Zigzag64();
-    return {prefixes[place], lastSerials[place]};
+    m_lastSerials[place] += m_in.Zigzag64();
+    return {m_prefixes[place], m_lastSerials[place]};
   }
 
   void ReadRecord(gsl_RecordIndex record) {
-    const unsigned int flags = in.Byte();
+    const unsigned int flags = m_in.Byte();
     if (flags > kRootFlag) Refuse("A record in the bytes has unknown flags");
-    const std::uint32_t typeId = in.Varint32();
+    const std::uint32_t typeId = m_in.Varint32();
     const gsl_RecordIdentity identity = ReadIdentity();
     if (flags == kRootFlag) {
       Claim(record, Holder::Root);
-      store.AddRoot(typeId, identity);
-    } else if (holders[record] == Holder::None) {
+      m_store.AddRoot(typeId, identity);
+    } else if (m_holders[record] == Holder::None) {
       Refuse("A record in the bytes does not belong to an earlier record");
     } else {
-      store.records.push_back({typeId, gsl_RecordCollection::None, identity, kNone, kNone, kNone});
+      m_store.m_records.push_back(
+          {typeId, gsl_RecordCollection::None, identity, kNone, kNone, kNone});
     }
     ReadElements(record);
-    const std::size_t fieldCount = in.Count(kFewestFieldBytes);
+    const std::size_t fieldCount = m_in.Count(kFewestFieldBytes);
     for (std::size_t i = 0; i < fieldCount; ++i)
       ReadField(record);
   }
 
   void ReadElements(gsl_RecordIndex record) {
-    const auto collection = static_cast<gsl_RecordCollection>(in.Varint32());
+    const auto collection = static_cast<gsl_RecordCollection>(m_in.Varint32());
     switch (collection) {
     case gsl_RecordCollection::None:
       break;
     case gsl_RecordCollection::Objects:
-      store.SetCollection(record, collection);
+      m_store.SetCollection(record, collection);
       break;
     case gsl_RecordCollection::Unsigneds:
       ReadUnsigneds(record);
@@ -356,31 +357,31 @@ private:
   }
 
   void ReadUnsigneds(gsl_RecordIndex record) {
-    std::vector<std::uint32_t> values(in.Count(1));
+    std::vector<std::uint32_t> values(m_in.Count(1));
     for (std::uint32_t& value : values)
-      value = in.Varint32();
-    store.SetUnsigneds(record, values.data(), values.size());
+      value = m_in.Varint32();
+    m_store.SetUnsigneds(record, values.data(), values.size());
   }
 
   void ReadDoubles(gsl_RecordIndex record) {
-    const std::size_t rows = in.Varint32();
-    const std::size_t columns = in.Varint32();
-    const std::size_t most = in.Remaining() / sizeof(double);
+    const std::size_t rows = m_in.Varint32();
+    const std::size_t columns = m_in.Varint32();
+    const std::size_t most = m_in.Remaining() / sizeof(double);
     if (columns != 0 && rows > most / columns) {
       Refuse("The bytes announce more than they hold");
     }
     std::vector<double> values(rows * columns);
     for (double& value : values)
-      value = in.Double();
-    store.SetDoubles(record, values.data(), rows, columns);
+      value = m_in.Double();
+    m_store.SetDoubles(record, values.data(), rows, columns);
   }
 
   void ReadField(gsl_RecordIndex record) {
-    const std::uint32_t number = in.Varint32();
-    if (number > store.names.size()) Refuse("A field in the bytes has an unknown name");
-    const char* const name = number != 0 ? store.names[number - 1].c_str() : nullptr;
-    const gsl_RecordPlace place = {name, in.Zigzag()};
-    const unsigned int kind = in.Byte();
+    const std::uint32_t number = m_in.Varint32();
+    if (number > m_store.m_names.size()) Refuse("A field in the bytes has an unknown name");
+    const char* const name = number != 0 ? m_store.m_names[number - 1].c_str() : nullptr;
+    const gsl_RecordPlace place = {name, m_in.Zigzag()};
+    const unsigned int kind = m_in.Byte();
     if (kind > static_cast<unsigned int>(Kind::Null)) {
       Refuse("A field in the bytes is of an unknown kind");
     }
@@ -390,33 +391,33 @@ private:
   void ReadValue(gsl_RecordIndex record, const gsl_RecordPlace& place, Kind kind) {
     switch (kind) {
     case Kind::Integer:
-      store.AddInteger(record, place, in.Zigzag());
+      m_store.AddInteger(record, place, m_in.Zigzag());
       break;
     case Kind::Double:
-      store.AddDouble(record, place, in.Double());
+      m_store.AddDouble(record, place, m_in.Double());
       break;
     case Kind::Boolean:
-      store.AddBoolean(record, place, ReadBoolean());
+      m_store.AddBoolean(record, place, ReadBoolean());
       break;
     case Kind::String:
-      store.AddString(record, place, in.Text());
+      m_store.AddString(record, place, m_in.Text());
       break;
     case Kind::Record:
     case Kind::Object:
       AddHolder(record, place, kind);
       break;
     case Kind::Reference:
-      references.push_back(in.Varint32());
-      store.AddReference(record, place, references.back());
+      m_references.push_back(m_in.Varint32());
+      m_store.AddReference(record, place, m_references.back());
       break;
     case Kind::Null:
-      store.AddNull(record, place, in.Varint32());
+      m_store.AddNull(record, place, m_in.Varint32());
       break;
     }
   }
 
   bool ReadBoolean() {
-    const unsigned int value = in.Byte();
+    const unsigned int value = m_in.Byte();
     if (value > 1) Refuse("A boolean in the bytes is neither true nor false");
     return value == 1;
   }
@@ -424,39 +425,39 @@ private:
   /// Adds a field whose record follows. Nothing can hold itself, because a record follows the
   /// record that holds it.
   void AddHolder(gsl_RecordIndex record, const gsl_RecordPlace& place, Kind kind) {
-    const gsl_RecordIndex child = in.Varint32();
-    if (child <= record || child >= recordCount) {
+    const gsl_RecordIndex child = m_in.Varint32();
+    if (child <= record || child >= m_recordCount) {
       Refuse("A field in the bytes must hold a record after its own record");
     }
     Claim(child, kind == Kind::Object ? Holder::SharedField : Holder::Field);
     gsl_RecordStore::Field field = {};
     field.kind = kind;
     field.link = child;
-    store.AddField(record, place, field);
+    m_store.AddField(record, place, field);
   }
 
   void Claim(gsl_RecordIndex record, Holder holder) {
-    if (holders[record] != Holder::None) {
+    if (m_holders[record] != Holder::None) {
       Refuse("A record in the bytes belongs to two places");
     }
-    holders[record] = holder;
+    m_holders[record] = holder;
   }
 
   void CheckReferences() const {
-    for (const gsl_RecordIndex target : references) {
-      if (target >= recordCount || holders[target] != Holder::SharedField) {
+    for (const gsl_RecordIndex target : m_references) {
+      if (target >= m_recordCount || m_holders[target] != Holder::SharedField) {
         Refuse("A field in the bytes must refer to a shared object");
       }
     }
   }
 
-  Reader in;
-  gsl_RecordStore store;
-  std::size_t recordCount = 0;
-  std::vector<Holder> holders;
-  std::vector<gsl_RecordIndex> references;
-  std::vector<std::uint64_t> prefixes;
-  std::vector<std::uint64_t> lastSerials;
+  Reader m_in;
+  gsl_RecordStore m_store;
+  std::size_t m_recordCount = 0;
+  std::vector<Holder> m_holders;
+  std::vector<gsl_RecordIndex> m_references;
+  std::vector<std::uint64_t> m_prefixes;
+  std::vector<std::uint64_t> m_lastSerials;
 };
 
 std::vector<unsigned char> gsl_RecordStore::ToBytes() const {
@@ -464,9 +465,9 @@ std::vector<unsigned char> gsl_RecordStore::ToBytes() const {
   NameTable usedNames;
   PrefixTable usedPrefixes;
   std::size_t nextRoot = 0;
-  body.Varint(records.size());
-  for (gsl_RecordIndex i = 0; i < records.size(); ++i) {
-    const bool isRoot = nextRoot < roots.size() && roots[nextRoot].record == i;
+  body.Varint(m_records.size());
+  for (gsl_RecordIndex i = 0; i < m_records.size(); ++i) {
+    const bool isRoot = nextRoot < m_roots.size() && m_roots[nextRoot].record == i;
     if (isRoot) ++nextRoot;
     WriteRecord(body, usedNames, usedPrefixes, *this, i, isRoot);
   }

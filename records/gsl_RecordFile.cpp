@@ -38,33 +38,33 @@ std::string ResolvedPath(const std::string& path) {
 /// A descriptor that is closed when it goes out of scope.
 class Descriptor {
 public:
-  explicit Descriptor(int number) : descriptor(number) {}
+  explicit Descriptor(int number) : m_descriptor(number) {}
   ~Descriptor() {
-    if (descriptor >= 0) close(descriptor);
+    if (m_descriptor >= 0) close(m_descriptor);
   }
   Descriptor(const Descriptor&) = delete;
   Descriptor& operator=(const Descriptor&) = delete;
 
-  int Number() const { return descriptor; }
+  int Number() const { return m_descriptor; }
   /// Returns 0, or the error.
   int Close() {
-    const int status = close(descriptor);
-    descriptor = -1;
+    const int status = close(m_descriptor);
+    m_descriptor = -1;
     return status == 0 ? 0 : errno;
   }
 
 private:
-  int descriptor;
+  int m_descriptor;
 };
 
 /// A file beside its place, which is removed unless it was renamed.
 class TemporaryFile {
 public:
-  explicit TemporaryFile(const std::string& place) : file(Create(place)) {
-    if (file.Number() < 0) Fail(place, "write beside the file", errno);
+  explicit TemporaryFile(const std::string& place) : m_file(Create(place)) {
+    if (m_file.Number() < 0) Fail(place, "write beside the file", errno);
   }
   ~TemporaryFile() {
-    if (isThere) unlink(name.c_str());
+    if (m_isThere) unlink(m_name.c_str());
   }
   TemporaryFile(const TemporaryFile&) = delete;
   TemporaryFile& operator=(const TemporaryFile&) = delete;
@@ -73,23 +73,24 @@ public:
   void TakePermissions(const std::string& place) {
     struct stat existing = {};
     if (stat(place.c_str(), &existing) != 0) return;
-    if (fchmod(file.Number(), existing.st_mode & 07777) != 0) Fail(place, "set permissions", errno);
+    if (fchmod(m_file.Number(), existing.st_mode & 07777) != 0)
+      Fail(place, "set permissions", errno);
   }
 
   void Write(const std::string& place, const std::vector<unsigned char>& bytes) {
     for (std::size_t at = 0; at < bytes.size();) {
-      const ssize_t written = write(file.Number(), bytes.data() + at, bytes.size() - at);
+      const ssize_t written = write(m_file.Number(), bytes.data() + at, bytes.size() - at);
       if (written < 0 && errno == EINTR) continue;
       if (written <= 0) Fail(place, "write", written < 0 ? errno : ENOSPC);
       at += static_cast<std::size_t>(written);
     }
-    if (fsync(file.Number()) != 0) Fail(place, "flush to the disk", errno);
-    if (const int error = file.Close()) Fail(place, "write", error);
+    if (fsync(m_file.Number()) != 0) Fail(place, "flush to the disk", errno);
+    if (const int error = m_file.Close()) Fail(place, "write", error);
   }
 
   void MoveTo(const std::string& place) {
-    if (rename(name.c_str(), place.c_str()) != 0) Fail(place, "replace the file", errno);
-    isThere = false;
+    if (rename(m_name.c_str(), place.c_str()) != 0) Fail(place, "replace the file", errno);
+    m_isThere = false;
   }
 
 private:
@@ -98,16 +99,16 @@ private:
     static std::atomic<unsigned int> counter{0};
     int number = -1;
     do {
-      name = place + '.' + std::to_string(getpid()) + '.' + std::to_string(counter++);
-      number = open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+      m_name = place + '.' + std::to_string(getpid()) + '.' + std::to_string(counter++);
+      number = open(m_name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
     } while (number < 0 && errno == EEXIST);
-    isThere = number >= 0;
+    m_isThere = number >= 0;
     return number;
   }
 
-  std::string name;
-  bool isThere = false;
-  Descriptor file;
+  std::string m_name;
+  bool m_isThere = false;
+  Descriptor m_file;
 };
 
 void RefuseAllButFiles(const std::string& path) {

@@ -35,19 +35,21 @@ gsl_RecordStore::gsl_RecordStore() = default;
 
 gsl_RecordStore::~gsl_RecordStore() = default;
 
+// NOLINTBEGIN(performance-noexcept-move-constructor): a deque may allocate when it is moved.
 gsl_RecordStore::gsl_RecordStore(gsl_RecordStore&&) = default;
 
 gsl_RecordStore& gsl_RecordStore::operator=(gsl_RecordStore&&) = default;
+// NOLINTEND(performance-noexcept-move-constructor)
 
 gsl_RecordReader::Position gsl_RecordStore::FirstField(gsl_RecordIndex record) const {
-  const Index first = records[record].firstField;
+  const Index first = m_records[record].firstField;
   return first != kNone ? first : kEnd;
 }
 
 gsl_RecordReader::Position gsl_RecordStore::ReadField(Position position,
                                                       gsl_RecordField& field) const {
-  const Field& stored = fields[static_cast<std::size_t>(position)];
-  field.name = stored.name != kNone ? std::string_view(names[stored.name]) : std::string_view();
+  const Field& stored = m_fields[static_cast<std::size_t>(position)];
+  field.name = stored.name != kNone ? std::string_view(m_names[stored.name]) : std::string_view();
   field.index = stored.index;
   field.kind = stored.kind;
   field.text = {};
@@ -62,7 +64,7 @@ gsl_RecordReader::Position gsl_RecordStore::ReadField(Position position,
     field.boolean = stored.boolean;
     break;
   case gsl_RecordKind::String:
-    field.text = {characters.data() + texts[stored.link].offset, texts[stored.link].length};
+    field.text = {m_characters.data() + m_texts[stored.link].offset, m_texts[stored.link].length};
     break;
   case gsl_RecordKind::Record:
   case gsl_RecordKind::Object:
@@ -75,17 +77,17 @@ gsl_RecordReader::Position gsl_RecordStore::ReadField(Position position,
 }
 
 gsl_RecordStore::UnsignedArray gsl_RecordStore::Unsigneds(gsl_RecordIndex record) const {
-  const Record& r = records[record];
+  const Record& r = m_records[record];
   if (r.collection != gsl_RecordCollection::Unsigneds || r.array == kNone) return {nullptr, 0};
-  const Array& array = arrays[r.array];
-  return {unsigneds.data() + array.offset, array.rows};
+  const Array& array = m_arrays[r.array];
+  return {m_unsigneds.data() + array.offset, array.rows};
 }
 
 gsl_RecordStore::DoubleArray gsl_RecordStore::Doubles(gsl_RecordIndex record) const {
-  const Record& r = records[record];
+  const Record& r = m_records[record];
   if (r.collection != gsl_RecordCollection::Doubles || r.array == kNone) return {nullptr, 0, 0};
-  const Array& array = arrays[r.array];
-  return {doubles.data() + array.offset, array.rows, array.columns};
+  const Array& array = m_arrays[r.array];
+  return {m_doubles.data() + array.offset, array.rows, array.columns};
 }
 
 void gsl_RecordStore::ReadUnsigneds(gsl_RecordIndex record,
@@ -103,24 +105,24 @@ void gsl_RecordStore::ReadDoubles(gsl_RecordIndex record, std::vector<double>& v
 }
 
 gsl_RecordIndex gsl_RecordStore::AddRoot(std::uint32_t typeId, const gsl_RecordIdentity& identity) {
-  RoomForOne(roots);
-  const gsl_RecordIndex record = RoomForOne(records);
-  const RootMark mark = {record, Counted(fields.size()), Counted(texts.size()),
-                         Counted(arrays.size())};
-  records.push_back({typeId, gsl_RecordCollection::None, identity, kNone, kNone, kNone});
-  roots.push_back(mark);
+  RoomForOne(m_roots);
+  const gsl_RecordIndex record = RoomForOne(m_records);
+  const RootMark mark = {record, Counted(m_fields.size()), Counted(m_texts.size()),
+                         Counted(m_arrays.size())};
+  m_records.push_back({typeId, gsl_RecordCollection::None, identity, kNone, kNone, kNone});
+  m_roots.push_back(mark);
   return record;
 }
 
 gsl_RecordIndex gsl_RecordStore::AddRecord(gsl_RecordIndex owner, const gsl_RecordPlace& place,
                                            bool isShared, std::uint32_t typeId,
                                            const gsl_RecordIdentity& identity) {
-  const gsl_RecordIndex record = RoomForOne(records);
+  const gsl_RecordIndex record = RoomForOne(m_records);
   Field field = {};
   field.kind = isShared ? gsl_RecordKind::Object : gsl_RecordKind::Record;
   field.link = record;
   AddField(owner, place, field);
-  records.push_back({typeId, gsl_RecordCollection::None, identity, kNone, kNone, kNone});
+  m_records.push_back({typeId, gsl_RecordCollection::None, identity, kNone, kNone, kNone});
   return record;
 }
 
@@ -150,16 +152,16 @@ void gsl_RecordStore::AddString(gsl_RecordIndex owner, const gsl_RecordPlace& pl
                                 std::string_view value) {
   Field field = {};
   field.kind = gsl_RecordKind::String;
-  field.link = RoomForOne(texts);
-  const std::size_t offset = characters.size();
-  characters.append(value);
+  field.link = RoomForOne(m_texts);
+  const std::size_t offset = m_characters.size();
+  m_characters.append(value);
   try {
     AddField(owner, place, field);
   } catch (...) {
-    characters.resize(offset);
+    m_characters.resize(offset);
     throw;
   }
-  texts.push_back({offset, value.size()});
+  m_texts.push_back({offset, value.size()});
 }
 
 void gsl_RecordStore::AddReference(gsl_RecordIndex owner, const gsl_RecordPlace& place,
@@ -179,124 +181,125 @@ void gsl_RecordStore::AddNull(gsl_RecordIndex owner, const gsl_RecordPlace& plac
 }
 
 void gsl_RecordStore::SetCollection(gsl_RecordIndex record, gsl_RecordCollection collection) {
-  records[record].collection = collection;
+  m_records[record].collection = collection;
 }
 
 void gsl_RecordStore::SetUnsigneds(gsl_RecordIndex record, const std::uint32_t* values,
                                    std::size_t count) {
-  const Array array = {unsigneds.size(), Counted(count), 1};
-  RoomForOne(arrays);
-  unsigneds.insert(unsigneds.end(), values, values + count);
+  const Array array = {m_unsigneds.size(), Counted(count), 1};
+  RoomForOne(m_arrays);
+  m_unsigneds.insert(m_unsigneds.end(), values, values + count);
   AddArray(record, gsl_RecordCollection::Unsigneds, array);
 }
 
 void gsl_RecordStore::SetDoubles(gsl_RecordIndex record, const double* values, std::size_t rows,
                                  std::size_t columns) {
-  const Array array = {doubles.size(), Counted(rows), Counted(columns)};
-  RoomForOne(arrays);
-  doubles.insert(doubles.end(), values, values + rows * columns);
+  const Array array = {m_doubles.size(), Counted(rows), Counted(columns)};
+  RoomForOne(m_arrays);
+  m_doubles.insert(m_doubles.end(), values, values + rows * columns);
   AddArray(record, gsl_RecordCollection::Doubles, array);
 }
 
 void gsl_RecordStore::AddArray(gsl_RecordIndex record, gsl_RecordCollection collection,
                                const Array& array) {
-  records[record].collection = collection;
-  records[record].array = static_cast<Index>(arrays.size());
-  arrays.push_back(array);
-  outOfOrder = outOfOrder || (!roots.empty() && record < roots.back().record);
+  m_records[record].collection = collection;
+  m_records[record].array = static_cast<Index>(m_arrays.size());
+  m_arrays.push_back(array);
+  m_outOfOrder = m_outOfOrder || (!m_roots.empty() && record < m_roots.back().record);
 }
 
 gsl_RecordStore::Index gsl_RecordStore::InternName(const char* name) {
-  const auto found = nameOf.find(name);
-  if (found != nameOf.end()) return found->second;
+  const auto found = m_nameOf.find(name);
+  if (found != m_nameOf.end()) return found->second;
   // An entry of a list has none, so that an empty name would read as an entry.
   if (*name == '\0') throw gsl_RecordError("A field of a record must have a name");
-  const Index index = Counted(names.size());
-  names.emplace_back(name);
+  const Index index = Counted(m_names.size());
+  m_names.emplace_back(name);
   try {
-    nameOf.emplace(names.back(), index);
+    m_nameOf.emplace(m_names.back(), index);
   } catch (...) {
-    names.pop_back();
+    m_names.pop_back();
     throw;
   }
   return index;
 }
 
 void gsl_RecordStore::AddField(gsl_RecordIndex owner, const gsl_RecordPlace& place, Field field) {
-  const Index at = RoomForOne(fields);
+  const Index at = RoomForOne(m_fields);
   field.name = place.name != nullptr ? InternName(place.name) : kNone;
   field.index = place.index;
   field.next = kNone;
-  fields.push_back(field);
-  Record& record = records[owner];
+  m_fields.push_back(field);
+  Record& record = m_records[owner];
   if (record.firstField == kNone) {
     record.firstField = at;
   } else {
-    fields[record.lastField].next = at;
+    m_fields[record.lastField].next = at;
   }
   record.lastField = at;
-  outOfOrder = outOfOrder || (!roots.empty() && owner < roots.back().record);
+  m_outOfOrder = m_outOfOrder || (!m_roots.empty() && owner < m_roots.back().record);
 }
 
 void gsl_RecordStore::TakeBack(gsl_RecordIndex root) {
   const auto first = std::lower_bound(
-      roots.begin(), roots.end(), root,
+      m_roots.begin(), m_roots.end(), root,
       [](const RootMark& mark, gsl_RecordIndex record) { return mark.record < record; });
-  if (first == roots.end()) return;
+  if (first == m_roots.end()) return;
   const RootMark mark = *first;
   DropArrays(mark.arrays, mark.record);
-  if (mark.texts < texts.size()) characters.resize(texts[mark.texts].offset);
-  roots.erase(first, roots.end());
-  records.erase(records.begin() + mark.record, records.end());
-  fields.erase(fields.begin() + mark.fields, fields.end());
-  texts.erase(texts.begin() + mark.texts, texts.end());
-  if (outOfOrder) RelinkEarlierRecords(mark.record);
+  if (mark.texts < m_texts.size()) m_characters.resize(m_texts[mark.texts].offset);
+  m_roots.erase(first, m_roots.end());
+  m_records.erase(m_records.begin() + mark.record, m_records.end());
+  m_fields.erase(m_fields.begin() + mark.fields, m_fields.end());
+  m_texts.erase(m_texts.begin() + mark.texts, m_texts.end());
+  if (m_outOfOrder) RelinkEarlierRecords(mark.record);
 }
 
 /// Takes back the arrays from number `first` on, whichever record they belong to.
 void gsl_RecordStore::DropArrays(Index first, gsl_RecordIndex root) {
-  if (first == arrays.size()) return;
-  for (std::size_t i = outOfOrder ? 0 : root; i < records.size(); ++i) {
-    Record& record = records[i];
+  if (first == m_arrays.size()) return;
+  for (std::size_t i = m_outOfOrder ? 0 : root; i < m_records.size(); ++i) {
+    Record& record = m_records[i];
     if (record.array == kNone || record.array < first) continue;
-    const std::size_t offset = arrays[record.array].offset;
+    const std::size_t offset = m_arrays[record.array].offset;
     if (record.collection == gsl_RecordCollection::Unsigneds) {
-      unsigneds.resize(std::min(unsigneds.size(), offset));
+      m_unsigneds.resize(std::min(m_unsigneds.size(), offset));
     } else {
-      doubles.resize(std::min(doubles.size(), offset));
+      m_doubles.resize(std::min(m_doubles.size(), offset));
     }
     record.array = kNone;
   }
-  arrays.erase(arrays.begin() + first, arrays.end());
+  m_arrays.erase(m_arrays.begin() + first, m_arrays.end());
 }
 
 /// Cuts the fields that were taken back off the records that remain.
 void gsl_RecordStore::RelinkEarlierRecords(gsl_RecordIndex root) {
-  const auto isGone = [&](Index field) { return field == kNone || field >= fields.size(); };
+  const auto isGone = [&](Index field) { return field == kNone || field >= m_fields.size(); };
   for (gsl_RecordIndex i = 0; i < root; ++i) {
-    Record& record = records[i];
+    Record& record = m_records[i];
     if (record.lastField == kNone || !isGone(record.lastField)) continue;
     if (isGone(record.firstField)) {
       record.firstField = record.lastField = kNone;
       continue;
     }
     Index last = record.firstField;
-    while (!isGone(fields[last].next))
-      last = fields[last].next;
-    fields[last].next = kNone;
+    while (!isGone(m_fields[last].next))
+      last = m_fields[last].next;
+    m_fields[last].next = kNone;
     record.lastField = last;
   }
 }
 
 void gsl_RecordStore::Clear() {
-  if (!roots.empty()) TakeBack(roots.front().record);
-  outOfOrder = false;
+  if (!m_roots.empty()) TakeBack(m_roots.front().record);
+  m_outOfOrder = false;
 }
 
 std::size_t gsl_RecordStore::MemoryUse() const {
-  std::size_t bytes = Held(roots) + Held(records) + Held(fields) + Held(texts) + Held(arrays) +
-                      Held(unsigneds) + Held(doubles) + characters.capacity();
-  for (const std::string& name : names)
+  std::size_t bytes = Held(m_roots) + Held(m_records) + Held(m_fields) + Held(m_texts) +
+                      Held(m_arrays) + Held(m_unsigneds) + Held(m_doubles) +
+                      m_characters.capacity();
+  for (const std::string& name : m_names)
     bytes += name.capacity() + sizeof(std::string);
   return bytes;
 }

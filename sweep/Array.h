@@ -22,12 +22,12 @@ class Array {
 public:
   Array() = default;
   explicit Array(std::size_t count) : m_count(count) {
-    constexpr std::size_t cacheLine = 64;
-    constexpr std::size_t hugePage = std::size_t{2} << 20;
+    constexpr std::size_t kCacheLine = 64;
+    constexpr std::size_t kHugePage = std::size_t{2} << 20;
     if (count == 0) return;
-    if (count > (static_cast<std::size_t>(-1) - hugePage) / sizeof(T)) throw std::bad_alloc();
-    const bool isLarge = count * sizeof(T) >= 2 * hugePage;
-    const std::size_t unit = isLarge ? hugePage : cacheLine;
+    if (count > (static_cast<std::size_t>(-1) - kHugePage) / sizeof(T)) throw std::bad_alloc();
+    const bool isLarge = count * sizeof(T) >= 2 * kHugePage;
+    const std::size_t unit = isLarge ? kHugePage : kCacheLine;
     const std::size_t bytes = (count * sizeof(T) + unit - 1) / unit * unit;
     void* memory = std::aligned_alloc(unit, bytes);
     if (memory == nullptr) throw std::bad_alloc();

@@ -39,8 +39,8 @@ struct Box {
 /// Returns the float at or below x. A number whose magnitude is below 2^-100 becomes 0 or -2^-100,
 /// so that differences of such floats are never subnormal.
 inline float RoundedDown(double x) {
-  constexpr double least = 0x1p-100;
-  if (x < least && x > -least) return x < 0.0 ? -0x1p-100f : 0.0f;
+  constexpr double kLeast = 0x1p-100;
+  if (x < kLeast && x > -kLeast) return x < 0.0 ? -0x1p-100f : 0.0f;
   volatile float rounded = static_cast<float>(x);
   const float nearest = rounded;
   return static_cast<double>(nearest) > x

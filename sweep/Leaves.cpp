@@ -39,12 +39,12 @@ Box<float> Stored(const Float4& low, const Float4& high) {
 /// Moves each bound to the next float outwards: rounding to nearest loses less than that. A zero
 /// moves to 2^-100 in magnitude, because arithmetic on subnormal numbers is slow.
 void WidenByOnePlace(Box<float>& box) {
-  constexpr float least = 0x1p-100f;
+  constexpr float kLeast = 0x1p-100f;
   for (int k = 0; k < 3; ++k) {
     float& low = box.low[k];
     float& high = box.high[k];
-    low = low == 0.0f ? -least : std::nextafter(low, -Box<float>::kFar);
-    high = high == 0.0f ? least : std::nextafter(high, Box<float>::kFar);
+    low = low == 0.0f ? -kLeast : std::nextafter(low, -Box<float>::kFar);
+    high = high == 0.0f ? kLeast : std::nextafter(high, Box<float>::kFar);
   }
 }
 
@@ -116,18 +116,18 @@ private:
 /// order.
 template <class Reader>
 bool IsScattered(const Reader& reader, std::size_t count) {
-  constexpr std::size_t sampleSize = 64;
-  constexpr std::size_t sampleCount = 64;
-  const std::size_t samples = count / sampleSize;
+  constexpr std::size_t kSampleSize = 64;
+  constexpr std::size_t kSampleCount = 64;
+  const std::size_t samples = count / kSampleSize;
   if (samples < 4) return false;
-  const std::size_t step = std::max<std::size_t>(1, samples / sampleCount);
+  const std::size_t step = std::max<std::size_t>(1, samples / kSampleCount);
   std::size_t seen = 0;
   std::size_t runs = 0;
   for (std::size_t sample = 0; sample < samples; sample += step) {
     RunCutter cutter;
-    for (std::size_t k = 0; k < sampleSize; ++k)
-      runs += cutter.Begins(TriangleBox(reader, sample * sampleSize + k)) ? 1 : 0;
-    seen += sampleSize;
+    for (std::size_t k = 0; k < kSampleSize; ++k)
+      runs += cutter.Begins(TriangleBox(reader, sample * kSampleSize + k)) ? 1 : 0;
+    seen += kSampleSize;
   }
   return 4 * runs > seen;
 }
@@ -135,13 +135,13 @@ bool IsScattered(const Reader& reader, std::size_t count) {
 /// Sorts by eight bits of each coordinate, in two passes.
 template <class Reader>
 Array<std::uint64_t> SortedAlongCurve(const Reader& reader, std::size_t count) {
-  constexpr std::uint32_t digits = 4096;
+  constexpr std::uint32_t kDigits = 4096;
   const auto middle = [&](std::size_t place, int axis) {
     return static_cast<double>(reader.At(place, 0)[axis]) +
            (static_cast<double>(reader.At(place, 1)[axis]) + reader.At(place, 2)[axis]);
   };
   const MortonCurve curve(count, middle);
-  std::vector<std::uint32_t> low(digits + 1), high(digits + 1);
+  std::vector<std::uint32_t> low(kDigits + 1), high(kDigits + 1);
   Array<std::uint64_t> keys(count), other(count);
   for (std::size_t place = 0; place < count; ++place) {
     if (place + kFetchAhead < count) {
@@ -150,18 +150,18 @@ Array<std::uint64_t> SortedAlongCurve(const Reader& reader, std::size_t count) {
     }
     const std::uint32_t number =
         curve.Number(middle(place, 0), middle(place, 1), middle(place, 2)) >> 6;
-    ++low[number % digits + 1];
-    ++high[number / digits + 1];
+    ++low[number % kDigits + 1];
+    ++high[number / kDigits + 1];
     keys[place] = static_cast<std::uint64_t>(number) << 32 | place;
   }
-  for (std::uint32_t digit = 0; digit < digits; ++digit) {
+  for (std::uint32_t digit = 0; digit < kDigits; ++digit) {
     low[digit + 1] += low[digit];
     high[digit + 1] += high[digit];
   }
   for (const std::uint64_t key : keys)
-    other[low[(key >> 32) % digits]++] = key;
+    other[low[(key >> 32) % kDigits]++] = key;
   for (const std::uint64_t key : other)
-    keys[high[(key >> 32) / digits]++] = key;
+    keys[high[(key >> 32) / kDigits]++] = key;
   return keys;
 }
 

@@ -48,8 +48,8 @@ private:
 
 template <class Middle>
 MortonCurve::MortonCurve(std::size_t count, const Middle& middle) {
-  constexpr std::size_t sampleSize = 4096;
-  const std::size_t step = std::max<std::size_t>(1, count / sampleSize);
+  constexpr std::size_t kSampleSize = 4096;
+  const std::size_t step = std::max<std::size_t>(1, count / kSampleSize);
   std::vector<double> sample;
   double size = 0.0;
   for (int axis = 0; axis < 3; ++axis) {

@@ -7,8 +7,8 @@ namespace gsl_sweep {
 
 namespace {
 
-const Coord3 origin{0.0, 0.0, 0.0};
-const Coord3 axes[3] = {{1.0, 0.0, 0.0}, {0.0, 1.0, 0.0}, {0.0, 0.0, 1.0}};
+const Coord3 kOrigin{0.0, 0.0, 0.0};
+const Coord3 kAxes[3] = {{1.0, 0.0, 0.0}, {0.0, 1.0, 0.0}, {0.0, 0.0, 1.0}};
 
 double Component(const Coord3& a, int axis) {
   return axis == 0 ? a.x : axis == 1 ? a.y : a.z;
@@ -19,7 +19,7 @@ int Next(int k) {
 }
 
 VectorBetween FromOrigin(const Coord3& a) {
-  return {&origin, &a};
+  return {&kOrigin, &a};
 }
 
 VectorBetween EdgeOf(const Triangle& t, int k) {
@@ -69,8 +69,8 @@ private:
   void CornersOverFace();
   void FaceOverCorners();
   void EdgesCrossing();
-  void CornersOnEdgeOnEdges();
-  void EdgeOnEdgesOnCorners();
+  void CornersOnFixedEdges();
+  void MovingEdgesOnCorners();
   void CornersOnCorners();
   void AddCornerOverFace(int i, int zeros, int lastZero);
   void AddFaceOverCorner(int j, int zeros, int lastZero);
@@ -89,7 +89,7 @@ private:
 
   // Three corners over a face, three faces over a corner, nine crossings; of two edge-on triangles
   // nine corners on edges, nine edges on corners, nine corners on corners, nine crossings.
-  static constexpr int capacity = 48;
+  static constexpr int kCapacity = 48;
 
   const TravelDirection& m_direction;
   VectorBetween m_along;
@@ -97,7 +97,7 @@ private:
   const Triangle& m_fixed;
   int m_ofFixedEdge[3][3] = {};  ///< [edge j][corner i]: side of the moving corner, in the shadow
   int m_ofMovingEdge[3][3] = {}; ///< [edge i][corner j]
-  Candidate m_candidates[capacity];
+  Candidate m_candidates[kCapacity];
   int m_count = 0;
   bool m_behind = false;
   bool m_ahead = false;
@@ -134,12 +134,12 @@ bool TrianglePair::Meet() {
   if (m_fixed.facing != 0) {
     CornersOverFace();
   } else {
-    CornersOnEdgeOnEdges();
+    CornersOnFixedEdges();
   }
   if (m_moving.facing != 0) {
     FaceOverCorners();
   } else {
-    EdgeOnEdgesOnCorners();
+    MovingEdgesOnCorners();
   }
   EdgesCrossing();
   if (m_moving.facing == 0 && m_fixed.facing == 0) CornersOnCorners();
@@ -197,8 +197,8 @@ void TrianglePair::AddFaceOverCorner(int j, int zeros, int lastZero) {
   Add(kind, lastZero, j, {&a[0], &m_fixed.corner[j]}, {&a[0], &a[1]}, {&a[0], &a[2]});
 }
 
-/// Collects crossings inside both edges. Where a corner lies on an edge, the face or an edge-on
-/// edge reports the contact.
+/// Collects crossings inside both edges. Where a corner is on an edge, the functions for corners
+/// find the contact.
 void TrianglePair::EdgesCrossing() {
   for (int i = 0; i < 3; ++i) {
     for (int j = 0; j < 3; ++j) {
@@ -210,7 +210,7 @@ void TrianglePair::EdgesCrossing() {
   }
 }
 
-void TrianglePair::CornersOnEdgeOnEdges() {
+void TrianglePair::CornersOnFixedEdges() {
   for (int i = 0; i < 3; ++i) {
     for (int j = 0; j < 3; ++j) {
       if (m_ofFixedEdge[j][i] != 0) continue;
@@ -222,7 +222,7 @@ void TrianglePair::CornersOnEdgeOnEdges() {
   }
 }
 
-void TrianglePair::EdgeOnEdgesOnCorners() {
+void TrianglePair::MovingEdgesOnCorners() {
   for (int i = 0; i < 3; ++i) {
     for (int j = 0; j < 3; ++j) {
       if (m_ofMovingEdge[i][j] != 0) continue;
@@ -245,7 +245,7 @@ void TrianglePair::CornersOnCorners() {
 void TrianglePair::AddCornerOnCorner(int i, int j) {
   const int axis = m_direction.Dominant();
   Add(ContactKind::VertexVertex, i, j, {&m_moving.corner[i], &m_fixed.corner[j]},
-      FromOrigin(axes[Next(axis)]), FromOrigin(axes[Next(Next(axis))]));
+      FromOrigin(kAxes[Next(axis)]), FromOrigin(kAxes[Next(Next(axis))]));
 }
 
 void TrianglePair::Add(ContactKind kind, int onMoving, int onFixed, const VectorBetween& gap,
@@ -289,7 +289,7 @@ void TrianglePair::Measure(const Candidate& candidate, ExactRatio& s) const {
 int TrianglePair::CompareShadows(const Coord3& p, const Coord3& q) const {
   const int axis = m_direction.Dominant();
   for (const int other : {Next(axis), Next(Next(axis))}) {
-    const int sign = DeterminantSign(m_along, FromOrigin(axes[other]), {&p, &q});
+    const int sign = DeterminantSign(m_along, FromOrigin(kAxes[other]), {&p, &q});
     if (sign != 0) return sign;
   }
   return 0;
@@ -303,9 +303,9 @@ bool TrianglePair::IsStrictlyBetween(const Coord3& p, const VectorBetween& edge)
 /// Returns an axis that is not in the plane of the direction and an edge, which are not parallel.
 const Coord3& TrianglePair::AxisAcross(const VectorBetween& edge) const {
   for (const int k : {0, 1}) {
-    if (DeterminantSign(m_along, edge, FromOrigin(axes[k])) != 0) return axes[k];
+    if (DeterminantSign(m_along, edge, FromOrigin(kAxes[k])) != 0) return kAxes[k];
   }
-  return axes[2];
+  return kAxes[2];
 }
 
 double TrianglePair::LowerBound() const {

@@ -13,9 +13,9 @@ constexpr double kMostComfortable = 0x1p120;
 /// Returns true when each number is zero or of a comfortable magnitude.
 template <class Scalar>
 bool AreComfortable(const Scalar* numbers, std::size_t count) {
-  constexpr std::size_t block = 4096;
-  for (std::size_t begin = 0; begin < count; begin += block) {
-    const std::size_t end = std::min(begin + block, count);
+  constexpr std::size_t kBlock = 4096;
+  for (std::size_t begin = 0; begin < count; begin += kBlock) {
+    const std::size_t end = std::min(begin + kBlock, count);
     unsigned outside = 0;
     for (std::size_t k = begin; k < end; ++k) {
       const Scalar magnitude = std::fabs(numbers[k]);

@@ -38,8 +38,8 @@ public:
 
 private:
   static double Snapped(double c) {
-    constexpr double round = 0x1.8p-287; // one unit in its last place is 2^-339
-    return std::fabs(c) < 0x1p-288 ? (c + round) - round : c;
+    constexpr double kRound = 0x1.8p-287; // one unit in its last place is 2^-339
+    return std::fabs(c) < 0x1p-288 ? (c + kRound) - kRound : c;
   }
 
   int m_exponent = 0;

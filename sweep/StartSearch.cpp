@@ -4,13 +4,13 @@ namespace gsl_sweep {
 
 template <class Scalar>
 WalkEnd StartSearch<Scalar>::Run() {
-  constexpr std::size_t watchEvery = 1024;
+  constexpr std::size_t kWatchEvery = 1024;
   m_stack.clear();
   PushRoots();
   for (std::size_t visits = 1; !m_stack.empty(); ++visits) {
     const NodePair<Scalar> pair = m_stack.back();
     m_stack.pop_back();
-    if (visits % watchEvery == 0 && m_watch && !m_watch(1.0)) return WalkEnd::Cancelled;
+    if (visits % kWatchEvery == 0 && m_watch && !m_watch(1.0)) return WalkEnd::Cancelled;
     if (m_best.PrecedesAll(pair.moving.least, pair.LeastFixed())) continue;
     const bool isMovingLeaf = pair.moving.ref.IsLeaf();
     const bool isFixedLeaf = pair.fixed.ref.IsLeaf();

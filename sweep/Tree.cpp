@@ -15,16 +15,16 @@ std::uint32_t CurveNumber(Key key) {
 
 /// Sorts by the number along the curve, ten bits at a time.
 void Sort(Array<Key>& keys) {
-  constexpr std::uint32_t digits = 1024;
+  constexpr std::uint32_t kDigits = 1024;
   Array<Key> other(keys.size());
   for (int shift = 32; shift < 62; shift += 10) {
-    std::uint32_t begin[digits + 1] = {};
+    std::uint32_t begin[kDigits + 1] = {};
     for (const Key key : keys)
-      ++begin[((key >> shift) % digits) + 1];
-    for (std::uint32_t digit = 0; digit < digits; ++digit)
+      ++begin[((key >> shift) % kDigits) + 1];
+    for (std::uint32_t digit = 0; digit < kDigits; ++digit)
       begin[digit + 1] += begin[digit];
     for (const Key key : keys)
-      other[begin[(key >> shift) % digits]++] = key;
+      other[begin[(key >> shift) % kDigits]++] = key;
     keys.swap(other);
   }
 }

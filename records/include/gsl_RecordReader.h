@@ -55,40 +55,41 @@ class gsl_RecordReader::FieldRange {
 public:
   class Iterator {
   public:
-    Iterator(const gsl_RecordReader& from, Position first) : reader(from), position(first) {
+    Iterator(const gsl_RecordReader& from, Position first) : m_reader(from), m_position(first) {
       Read();
     }
 
-    const gsl_RecordField& operator*() const { return field; }
-    const gsl_RecordField* operator->() const { return &field; }
+    const gsl_RecordField& operator*() const { return m_field; }
+    const gsl_RecordField* operator->() const { return &m_field; }
     Iterator& operator++() {
-      position = next;
+      m_position = m_next;
       Read();
       return *this;
     }
     [[nodiscard]] friend bool operator!=(const Iterator& a, const Iterator& b) {
-      return a.position != b.position;
+      return a.m_position != b.m_position;
     }
 
   private:
     void Read() {
-      if (position != kEnd) next = reader.ReadField(position, field);
+      if (m_position != kEnd) m_next = m_reader.ReadField(m_position, m_field);
     }
 
-    const gsl_RecordReader& reader;
-    Position position;
-    Position next = kEnd;
-    gsl_RecordField field;
+    const gsl_RecordReader& m_reader;
+    Position m_position;
+    Position m_next = kEnd;
+    gsl_RecordField m_field;
   };
 
-  FieldRange(const gsl_RecordReader& from, gsl_RecordIndex owner) : reader(from), record(owner) {}
+  FieldRange(const gsl_RecordReader& from, gsl_RecordIndex owner)
+      : m_reader(from), m_record(owner) {}
 
-  Iterator begin() const { return {reader, reader.FirstField(record)}; }
-  Iterator end() const { return {reader, kEnd}; }
+  Iterator begin() const { return {m_reader, m_reader.FirstField(m_record)}; }
+  Iterator end() const { return {m_reader, kEnd}; }
 
 private:
-  const gsl_RecordReader& reader;
-  gsl_RecordIndex record;
+  const gsl_RecordReader& m_reader;
+  gsl_RecordIndex m_record;
 };
 
 inline gsl_RecordReader::FieldRange gsl_RecordReader::Fields(gsl_RecordIndex record) const {

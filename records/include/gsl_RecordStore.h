@@ -34,19 +34,21 @@ public:
   // Names are looked up by views into the store's own texts.
   gsl_RecordStore(const gsl_RecordStore&) = delete;
   gsl_RecordStore& operator=(const gsl_RecordStore&) = delete;
+  // NOLINTBEGIN(performance-noexcept-move-constructor): a deque may allocate when it is moved.
   /// Leaves the source to be assigned to or destroyed.
   gsl_RecordStore(gsl_RecordStore&&);
   gsl_RecordStore& operator=(gsl_RecordStore&&);
+  // NOLINTEND(performance-noexcept-move-constructor)
 
-  std::size_t RootCount() const override { return roots.size(); }
-  gsl_RecordIndex Root(std::size_t i) const override { return roots[i].record; }
-  std::size_t RecordCount() const { return records.size(); }
-  std::uint32_t TypeId(gsl_RecordIndex record) const override { return records[record].typeId; }
+  std::size_t RootCount() const override { return m_roots.size(); }
+  gsl_RecordIndex Root(std::size_t i) const override { return m_roots[i].record; }
+  std::size_t RecordCount() const { return m_records.size(); }
+  std::uint32_t TypeId(gsl_RecordIndex record) const override { return m_records[record].typeId; }
   gsl_RecordIdentity Identity(gsl_RecordIndex record) const override {
-    return records[record].identity;
+    return m_records[record].identity;
   }
   gsl_RecordCollection Collection(gsl_RecordIndex record) const override {
-    return records[record].collection;
+    return m_records[record].collection;
   }
   Position FirstField(gsl_RecordIndex record) const override;
   Position ReadField(Position position, gsl_RecordField& field) const override;
@@ -138,18 +140,18 @@ private:
   void DropArrays(Index first, gsl_RecordIndex root);
   void RelinkEarlierRecords(gsl_RecordIndex root);
 
-  std::vector<RootMark> roots;
-  std::vector<Record> records;
-  std::vector<Field> fields;
-  std::vector<Text> texts;
-  std::string characters;
-  std::vector<Array> arrays;
-  std::vector<std::uint32_t> unsigneds;
-  std::vector<double> doubles;
-  std::deque<std::string> names;
-  std::unordered_map<std::string_view, Index> nameOf;
+  std::vector<RootMark> m_roots;
+  std::vector<Record> m_records;
+  std::vector<Field> m_fields;
+  std::vector<Text> m_texts;
+  std::string m_characters;
+  std::vector<Array> m_arrays;
+  std::vector<std::uint32_t> m_unsigneds;
+  std::vector<double> m_doubles;
+  std::deque<std::string> m_names;
+  std::unordered_map<std::string_view, Index> m_nameOf;
   /// Whether something was added to a record after a later root was started.
-  bool outOfOrder = false;
+  bool m_outOfOrder = false;
 };
 
 #endif

@@ -16,11 +16,11 @@ public:
   explicit atr_String(const char* text);
   explicit atr_String(const std::string& text);
 
-  const char* CStr() const { return text.c_str(); }
-  std::size_t Length() const { return text.size(); }
+  const char* CStr() const { return m_text.c_str(); }
+  std::size_t Length() const { return m_text.size(); }
 
   [[nodiscard]] friend bool operator==(const atr_String& a, const atr_String& b) {
-    return a.text == b.text;
+    return a.m_text == b.m_text;
   }
   [[nodiscard]] friend bool operator!=(const atr_String& a, const atr_String& b) {
     return !(a == b);
@@ -41,8 +41,8 @@ private:
   void FindArguments();
   bool Substitute(int position, char kind, const std::string& value);
 
-  std::string text;
-  std::vector<OpenArgument> open;
+  std::string m_text;
+  std::vector<OpenArgument> m_open;
 };
 
 /// Returns the format in the user's language with its arguments open. "%d" and "%s" count from 1 in

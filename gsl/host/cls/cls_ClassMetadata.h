@@ -29,15 +29,15 @@ public:
   cls_ClassMetadata(const cls_ClassMetadata&) = delete;
   cls_ClassMetadata& operator=(const cls_ClassMetadata&) = delete;
 
-  const cls_TypeAdapterBase& Adapter() const { return *adapter; }
-  unsigned int TypeId() const { return adapter->TypeId(); }
-  const char* Name() const { return adapter->Name(); }
+  const cls_TypeAdapterBase& Adapter() const { return *m_adapter; }
+  unsigned int TypeId() const { return m_adapter->TypeId(); }
+  const char* Name() const { return m_adapter->Name(); }
   /// Returns null for a class that has none.
-  Destructor Dtor() const { return dtor; }
-  const std::vector<Attribute>& Attributes() const { return attributes; }
-  const std::vector<Base>& Bases() const { return bases; }
+  Destructor Dtor() const { return m_dtor; }
+  const std::vector<Attribute>& Attributes() const { return m_attributes; }
+  const std::vector<Base>& Bases() const { return m_bases; }
   /// Returns what was given to cls_MetadataRegistrar::initClassMetadata, or 0.
-  int Flags() const { return flags; }
+  int Flags() const { return m_flags; }
 
   cls_ClassMetadata& AddDtor(Destructor destroy);
   /// Adds the next attribute in write order. Requires that `name` outlives the metadata.
@@ -52,11 +52,11 @@ private:
 
   cls_ClassMetadata(std::unique_ptr<cls_TypeAdapterBase> typeAdapter, int classFlags);
 
-  std::unique_ptr<cls_TypeAdapterBase> adapter;
-  Destructor dtor;
-  std::vector<Attribute> attributes;
-  std::vector<Base> bases;
-  int flags;
+  std::unique_ptr<cls_TypeAdapterBase> m_adapter;
+  Destructor m_dtor;
+  std::vector<Attribute> m_attributes;
+  std::vector<Base> m_bases;
+  int m_flags;
 };
 
 #endif

@@ -26,8 +26,8 @@ public:
   /// keeps its place, and what it declared before is forgotten.
   cls_ClassMetadata& AddClassMD(cls_TypeAdapterBase* adapter);
 
-  std::size_t ClassCount() const { return classes.size(); }
-  const cls_ClassMetadata& Class(std::size_t i) const { return *classes[i]; }
+  std::size_t ClassCount() const { return m_classes.size(); }
+  const cls_ClassMetadata& Class(std::size_t i) const { return *m_classes[i]; }
   /// Returns null for a class that is not registered.
   const cls_ClassMetadata* FindClass(unsigned int typeId) const;
 
@@ -46,9 +46,9 @@ private:
   [[nodiscard]] bool FindPath(unsigned int from, unsigned int to,
                               std::vector<cls_ClassMetadata::Conversion>& path) const;
 
-  std::vector<std::unique_ptr<cls_ClassMetadata>> classes;
-  std::unordered_map<unsigned int, std::size_t> placeOf;
-  int flagsOfNewClasses;
+  std::vector<std::unique_ptr<cls_ClassMetadata>> m_classes;
+  std::unordered_map<unsigned int, std::size_t> m_placeOf;
+  int m_flagsOfNewClasses;
 };
 
 #endif

@@ -7,14 +7,14 @@ class cls_FieldHandle {
 public:
   /// Requires that `name` outlives the handle.
   constexpr cls_FieldHandle(int fieldIndex, const char* fieldName)
-      : index(fieldIndex), name(fieldName) {}
+      : m_index(fieldIndex), m_name(fieldName) {}
 
-  constexpr int Index() const { return index; }
-  constexpr const char* Name() const { return name; }
+  constexpr int Index() const { return m_index; }
+  constexpr const char* Name() const { return m_name; }
 
 private:
-  int index;
-  const char* name;
+  int m_index;
+  const char* m_name;
 };
 
 #endif

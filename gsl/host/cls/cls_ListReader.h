@@ -41,9 +41,9 @@ private:
   cls_ReadVisitor Next();
   [[noreturn]] void RefuseNull() const;
 
-  const cls_ReadVisitor& list;
-  std::uint64_t next;
-  std::size_t taken;
+  const cls_ReadVisitor& m_list;
+  std::uint64_t m_next;
+  std::size_t m_taken;
 };
 
 #endif

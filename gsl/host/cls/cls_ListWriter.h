@@ -21,18 +21,18 @@ private:
 
   explicit cls_ListWriter(const cls_WriteVisitor& list);
 
-  const cls_WriteVisitor& list;
+  const cls_WriteVisitor& m_list;
 };
 
 /// Asks for the next entry of a list; the visitor made from it writes that entry's record.
 class GSL_HOST_API cls_WriteRequestListObj {
 public:
-  explicit cls_WriteRequestListObj(cls_ListWriter& listWriter) : writer(listWriter) {}
+  explicit cls_WriteRequestListObj(cls_ListWriter& listWriter) : m_writer(listWriter) {}
 
 private:
   friend class cls_WriteVisitor;
 
-  cls_ListWriter& writer;
+  cls_ListWriter& m_writer;
 };
 
 #endif

@@ -14,11 +14,11 @@ public:
   /// Lets a class register itself. The class keeps `flags`.
   void initClassMetadata(InitializeMetadata function, int flags);
 
-  cls_ClassRegistrar& ClassRegistrar() { return registrar; }
-  const cls_ClassRegistrar& ClassRegistrar() const { return registrar; }
+  cls_ClassRegistrar& ClassRegistrar() { return m_registrar; }
+  const cls_ClassRegistrar& ClassRegistrar() const { return m_registrar; }
 
 private:
-  cls_ClassRegistrar registrar;
+  cls_ClassRegistrar m_registrar;
 };
 
 extern template class GSL_HOST_API omi_Singleton<cls_MetadataRegistrar>;

@@ -37,9 +37,9 @@ private:
   friend class cls_ListReader;
   friend class cls_ReadVisitor;
 
-  const gsl_RecordReader& reader;
+  const gsl_RecordReader& m_reader;
   /// By record: the holder, or nothing while the object is being read.
-  std::unordered_map<std::uint32_t, std::any> objects;
+  std::unordered_map<std::uint32_t, std::any> m_objects;
 };
 
 /// Reads one record of a load. Fields are found by name, in any order; a record may have others.
@@ -62,7 +62,7 @@ public:
   /// refused: values that are read from references would multiply what is stored once.
   cls_ReadVisitor(const cls_ReadVisitor& parent, const cls_FieldHandle& field);
 
-  [[nodiscard]] bool IsAbsent() const { return record == kNoRecord; }
+  [[nodiscard]] bool IsAbsent() const { return m_record == kNoRecord; }
   /// Returns 0 when absent.
   unsigned int TypeId() const;
   /// Returns the null uid when absent.
@@ -143,12 +143,12 @@ private:
     }
   };
 
-  cls_Load& load;
-  std::uint32_t record;
-  unsigned int depth;
-  Place foundAt;
+  cls_Load& m_load;
+  std::uint32_t m_record;
+  unsigned int m_depth;
+  Place m_foundAt;
   /// The position of the field that is compared first: most fields are read in write order.
-  mutable std::uint64_t expected;
+  mutable std::uint64_t m_expected;
 };
 
 template <class Holder>
@@ -167,7 +167,7 @@ void cls_ReadVisitor::ReadObject(const cls_FieldHandle& field, Holder& holder) c
     return;
   }
   BeingRead guard{*this, object};
-  const cls_ReadVisitor child(load, object, depth + 1, place);
+  const cls_ReadVisitor child(m_load, object, m_depth + 1, place);
   holder = Holder::Adopt(child.Create<T>());
   // A holder that finds no memory stays empty; without an exception the object would be lost.
   if (holder.Get() == nullptr) throw std::bad_alloc();

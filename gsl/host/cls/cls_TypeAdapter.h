@@ -15,9 +15,9 @@ public:
   cls_TypeAdapterBase& operator=(const cls_TypeAdapterBase&) = delete;
 
   /// Returns what the class gave. What the numbers mean is up to the persistence library.
-  const char* Name() const { return name; }
-  int Number() const { return number; }
-  unsigned int Argument() const { return argument; }
+  const char* Name() const { return m_name; }
+  int Number() const { return m_number; }
+  unsigned int Argument() const { return m_argument; }
 
   virtual unsigned int TypeId() const = 0;
   /// Returns a new object. The caller owns it and knows its class.
@@ -28,9 +28,9 @@ protected:
   cls_TypeAdapterBase(const char* adapterName, int adapterNumber, unsigned int adapterArgument);
 
 private:
-  const char* name;
-  int number;
-  unsigned int argument;
+  const char* m_name;
+  int m_number;
+  unsigned int m_argument;
 };
 
 /// The adapter of class T. It constructs a T from a visitor, and from two null owners where T takes

@@ -15,28 +15,28 @@
 class GSL_HOST_API cls_Uid {
 public:
   /// The null identifier, equal only to itself.
-  constexpr cls_Uid() noexcept : prefix(0), serial(0) {}
+  constexpr cls_Uid() noexcept : m_prefix(0), m_serial(0) {}
 
   /// An identifier read back from a record. Zero and zero is the null identifier.
   constexpr cls_Uid(std::uint64_t prefixBits, std::uint64_t serialBits) noexcept
-      : prefix(prefixBits), serial(serialBits) {}
+      : m_prefix(prefixBits), m_serial(serialBits) {}
 
   /// Returns an identifier that no other call, thread or process has returned. It is never null.
   /// The call is safe from any thread and without contention: a thread takes 2^20 serials at once.
   static cls_Uid AllocateUid() noexcept;
 
-  [[nodiscard]] constexpr bool IsNull() const noexcept { return prefix == 0 && serial == 0; }
-  constexpr std::uint64_t Prefix() const noexcept { return prefix; }
-  constexpr std::uint64_t Serial() const noexcept { return serial; }
+  [[nodiscard]] constexpr bool IsNull() const noexcept { return m_prefix == 0 && m_serial == 0; }
+  constexpr std::uint64_t Prefix() const noexcept { return m_prefix; }
+  constexpr std::uint64_t Serial() const noexcept { return m_serial; }
 
   [[nodiscard]] friend constexpr bool operator==(const cls_Uid& a, const cls_Uid& b) noexcept {
-    return a.prefix == b.prefix && a.serial == b.serial;
+    return a.m_prefix == b.m_prefix && a.m_serial == b.m_serial;
   }
   [[nodiscard]] friend constexpr bool operator!=(const cls_Uid& a, const cls_Uid& b) noexcept {
     return !(a == b);
   }
   [[nodiscard]] friend constexpr bool operator<(const cls_Uid& a, const cls_Uid& b) noexcept {
-    return a.prefix != b.prefix ? a.prefix < b.prefix : a.serial < b.serial;
+    return a.m_prefix != b.m_prefix ? a.m_prefix < b.m_prefix : a.m_serial < b.m_serial;
   }
 
 private:
@@ -47,14 +47,14 @@ private:
 
   static void TakeBlock() noexcept;
   static void DrawAfterFork() noexcept;
-  static const bool watchesForks;
+  static const bool kWatchesForks;
 
   // Exported for the inline allocation. With initial-exec, an access is one load from a fixed
   // offset. With __thread, unlike thread_local, no call checks whether the block was constructed.
   static __thread Block threadBlock __attribute__((tls_model("initial-exec")));
 
-  std::uint64_t prefix;
-  std::uint64_t serial;
+  std::uint64_t m_prefix;
+  std::uint64_t m_serial;
 };
 
 inline cls_Uid cls_Uid::AllocateUid() noexcept {

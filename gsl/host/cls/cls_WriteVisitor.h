@@ -49,8 +49,8 @@ private:
     std::shared_ptr<const void> keptAlive;
   };
 
-  gsl_RecordWriter& writer;
-  std::unordered_map<Key, Written, HashOfKey> objects;
+  gsl_RecordWriter& m_writer;
+  std::unordered_map<Key, Written, HashOfKey> m_objects;
 };
 
 /// Writes one record of a save: the record is started, then its fields follow in order.
@@ -127,20 +127,20 @@ private:
   void StartElements(int type) const;
   void TakeBack();
 
-  cls_Save& save;
+  cls_Save& m_save;
   /// The record that holds the place of this visitor's record; kNoRecord for a root.
-  std::uint32_t parentRecord;
+  std::uint32_t m_parentRecord;
   /// An entry of a list has no name.
-  cls_FieldHandle place;
-  unsigned int depth;
-  const void* object;
-  const void* holder;
-  CopyHolder copyHolder;
-  mutable std::uint32_t record;
-  mutable bool declined;
-  mutable bool hasElements;
-  mutable int collection;
-  int exceptionsBefore;
+  cls_FieldHandle m_place;
+  unsigned int m_depth;
+  const void* m_object;
+  const void* m_holder;
+  CopyHolder m_copyHolder;
+  mutable std::uint32_t m_record;
+  mutable bool m_declined;
+  mutable bool m_hasElements;
+  mutable int m_collection;
+  int m_exceptionsBefore;
 };
 
 #endif

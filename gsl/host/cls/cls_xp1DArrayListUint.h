@@ -24,17 +24,17 @@ public:
   cls_xp1DArrayListUint& operator=(const cls_xp1DArrayListUint&) = default;
   cls_xp1DArrayListUint& operator=(cls_xp1DArrayListUint&& other) noexcept;
 
-  std::size_t Count() const { return elements.size(); }
-  [[nodiscard]] bool IsEmpty() const { return elements.empty(); }
+  std::size_t Count() const { return m_elements.size(); }
+  [[nodiscard]] bool IsEmpty() const { return m_elements.empty(); }
   /// No range check.
-  unsigned int operator[](std::size_t i) const { return elements[i]; }
+  unsigned int operator[](std::size_t i) const { return m_elements[i]; }
   /// The elements in order; valid until the list changes.
-  const unsigned int* begin() const { return elements.data(); }
-  const unsigned int* end() const { return elements.data() + elements.size(); }
-  void Append(unsigned int value) { elements.push_back(value); }
-  void Clear() { elements.clear(); }
+  const unsigned int* begin() const { return m_elements.data(); }
+  const unsigned int* end() const { return m_elements.data() + m_elements.size(); }
+  void Append(unsigned int value) { m_elements.push_back(value); }
+  void Clear() { m_elements.clear(); }
 
-  const cls_Uid& Uid() const { return uid; }
+  const cls_Uid& Uid() const { return m_uid; }
 
   void DBWrite(const cls_WriteVisitor& visitor) const;
 
@@ -44,7 +44,7 @@ public:
   /// Returns whether the elements are the same in the same order. Identities are not compared.
   [[nodiscard]] friend bool operator==(const cls_xp1DArrayListUint& a,
                                        const cls_xp1DArrayListUint& b) {
-    return a.elements == b.elements;
+    return a.m_elements == b.m_elements;
   }
   [[nodiscard]] friend bool operator!=(const cls_xp1DArrayListUint& a,
                                        const cls_xp1DArrayListUint& b) {
@@ -52,8 +52,8 @@ public:
   }
 
 private:
-  std::vector<unsigned int> elements;
-  cls_Uid uid;
+  std::vector<unsigned int> m_elements;
+  cls_Uid m_uid;
 };
 
 #endif

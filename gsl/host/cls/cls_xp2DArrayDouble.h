@@ -25,21 +25,21 @@ public:
   cls_xp2DArrayDouble& operator=(const cls_xp2DArrayDouble&) = default;
   cls_xp2DArrayDouble& operator=(cls_xp2DArrayDouble&& other) noexcept;
 
-  std::size_t Rows() const { return rows; }
-  std::size_t Columns() const { return columns; }
+  std::size_t Rows() const { return m_rows; }
+  std::size_t Columns() const { return m_columns; }
   /// No range check.
   double operator()(std::size_t row, std::size_t column) const {
-    return entries[row * columns + column];
+    return m_entries[row * m_columns + column];
   }
   double& operator()(std::size_t row, std::size_t column) {
-    return entries[row * columns + column];
+    return m_entries[row * m_columns + column];
   }
   /// The entries row by row.
-  const double* begin() const { return entries.data(); }
-  const double* end() const { return entries.data() + entries.size(); }
-  double* begin() { return entries.data(); }
-  double* end() { return entries.data() + entries.size(); }
-  const cls_Uid& Uid() const { return uid; }
+  const double* begin() const { return m_entries.data(); }
+  const double* end() const { return m_entries.data() + m_entries.size(); }
+  double* begin() { return m_entries.data(); }
+  double* end() { return m_entries.data() + m_entries.size(); }
+  const cls_Uid& Uid() const { return m_uid; }
 
   void DBWrite(const cls_WriteVisitor& visitor) const;
 
@@ -47,10 +47,10 @@ public:
   static constexpr cls_CollectionType CollectionType() { return cls_DoubleMatrix; }
 
 private:
-  std::size_t rows;
-  std::size_t columns;
-  std::vector<double> entries;
-  cls_Uid uid;
+  std::size_t m_rows;
+  std::size_t m_columns;
+  std::vector<double> m_entries;
+  cls_Uid m_uid;
 };
 
 #endif

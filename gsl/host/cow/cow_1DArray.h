@@ -14,36 +14,36 @@
 template <class T>
 class GSL_HOST_API cow_1DArray {
 public:
-  std::size_t Count() const { return body.Read() != nullptr ? body.Read()->size() : 0; }
+  std::size_t Count() const { return m_body.Read() != nullptr ? m_body.Read()->size() : 0; }
   [[nodiscard]] bool IsEmpty() const { return Count() == 0; }
   /// Does not check the range. The element is valid until this array changes.
-  const T& operator[](std::size_t i) const { return (*body.Read())[i]; }
+  const T& operator[](std::size_t i) const { return (*m_body.Read())[i]; }
 
   /// The elements in order; valid until this array changes.
-  const T* begin() const { return body.Read() != nullptr ? body.Read()->data() : nullptr; }
+  const T* begin() const { return m_body.Read() != nullptr ? m_body.Read()->data() : nullptr; }
   const T* end() const { return begin() + Count(); }
 
   /// Returns an element that may be changed; the array is copied away from its other owners first.
   /// Does not check the range.
-  T& Writable(std::size_t i) { return body.Write()[i]; }
+  T& Writable(std::size_t i) { return m_body.Write()[i]; }
   /// `value` may be an element of this array.
   void Append(const T& value) {
-    if (body.IsShared()) {
+    if (m_body.IsShared()) {
       // The other owners may delete the element meanwhile.
       T kept(value);
-      body.Write().push_back(std::move(kept));
+      m_body.Write().push_back(std::move(kept));
     } else {
-      body.Write().push_back(value);
+      m_body.Write().push_back(value);
     }
   }
-  void Clear() { body = cow_Body<std::vector<T>>(); }
+  void Clear() { m_body = cow_Body<std::vector<T>>(); }
 
   [[nodiscard]] bool SharesWith(const cow_1DArray& other) const {
-    return body.SharesWith(other.body);
+    return m_body.SharesWith(other.m_body);
   }
 
 private:
-  cow_Body<std::vector<T>> body;
+  cow_Body<std::vector<T>> m_body;
 };
 
 #endif

@@ -11,43 +11,43 @@ template <class T>
 class cow_Body {
 public:
   cow_Body() noexcept = default;
-  cow_Body(const cow_Body& other) noexcept : shared(other.shared) { Acquire(); }
-  cow_Body(cow_Body&& other) noexcept : shared(std::exchange(other.shared, nullptr)) {}
+  cow_Body(const cow_Body& other) noexcept : m_shared(other.m_shared) { Acquire(); }
+  cow_Body(cow_Body&& other) noexcept : m_shared(std::exchange(other.m_shared, nullptr)) {}
   cow_Body& operator=(const cow_Body& other) noexcept {
     cow_Body copy(other);
-    std::swap(shared, copy.shared);
+    std::swap(m_shared, copy.m_shared);
     return *this;
   }
   /// Leaves the source without a value.
   cow_Body& operator=(cow_Body&& other) noexcept {
     if (this == &other) return *this;
     Release();
-    shared = std::exchange(other.shared, nullptr);
+    m_shared = std::exchange(other.m_shared, nullptr);
     return *this;
   }
   ~cow_Body() { Release(); }
 
   /// Returns null before the first write.
-  const T* Read() const noexcept { return shared != nullptr ? &shared->value : nullptr; }
+  const T* Read() const noexcept { return m_shared != nullptr ? &m_shared->value : nullptr; }
 
   /// Returns the value after copying it away from the other owners.
   T& Write() {
-    if (shared == nullptr) {
-      shared = new Shared{{1}, T()};
+    if (m_shared == nullptr) {
+      m_shared = new Shared{{1}, T()};
     } else if (IsShared()) {
-      Shared* const own = new Shared{{1}, shared->value};
+      Shared* const own = new Shared{{1}, m_shared->value};
       Release();
-      shared = own;
+      m_shared = own;
     }
-    return shared->value;
+    return m_shared->value;
   }
 
   [[nodiscard]] bool SharesWith(const cow_Body& other) const noexcept {
-    return shared == other.shared;
+    return m_shared == other.m_shared;
   }
   /// Returns whether another owner holds the value. That owner may release the value meanwhile.
   [[nodiscard]] bool IsShared() const noexcept {
-    return shared != nullptr && shared->owners.load(std::memory_order_acquire) != 1;
+    return m_shared != nullptr && m_shared->owners.load(std::memory_order_acquire) != 1;
   }
 
 private:
@@ -57,15 +57,15 @@ private:
   };
 
   void Acquire() noexcept {
-    if (shared != nullptr) shared->owners.fetch_add(1, std::memory_order_relaxed);
+    if (m_shared != nullptr) m_shared->owners.fetch_add(1, std::memory_order_relaxed);
   }
   void Release() noexcept {
-    if (shared != nullptr && shared->owners.fetch_sub(1, std::memory_order_acq_rel) == 1) {
-      delete shared;
+    if (m_shared != nullptr && m_shared->owners.fetch_sub(1, std::memory_order_acq_rel) == 1) {
+      delete m_shared;
     }
   }
 
-  Shared* shared = nullptr;
+  Shared* m_shared = nullptr;
 };
 
 #endif

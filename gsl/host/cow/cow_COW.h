@@ -26,38 +26,38 @@ public:
   cow_COW() noexcept = default;
   /// Holds a clone of `source`. The holder is empty when the clone is null.
   explicit cow_COW(const T& source) : cow_COW(Adopt(Cloner::Clone(source))) {}
-  cow_COW(const cow_COW& other) noexcept : shared(Acquired(other.shared)) {}
-  cow_COW(cow_COW&& other) noexcept : shared(std::exchange(other.shared, nullptr)) {}
+  cow_COW(const cow_COW& other) noexcept : m_shared(Acquired(other.m_shared)) {}
+  cow_COW(cow_COW&& other) noexcept : m_shared(std::exchange(other.m_shared, nullptr)) {}
   cow_COW& operator=(const cow_COW& other) noexcept;
   cow_COW& operator=(cow_COW&& other) noexcept;
-  ~cow_COW() { Release(shared); }
+  ~cow_COW() { Release(m_shared); }
 
   /// Takes over a heap object without cloning it. The holder is empty for null.
   static cow_COW Adopt(T* object);
 
-  [[nodiscard]] bool IsEmpty() const noexcept { return shared == nullptr; }
+  [[nodiscard]] bool IsEmpty() const noexcept { return m_shared == nullptr; }
   explicit operator bool() const noexcept { return !IsEmpty(); }
   /// Returns the object, or null. It is valid while this holder keeps it.
-  const T* Get() const noexcept { return shared != nullptr ? shared->object.get() : nullptr; }
+  const T* Get() const noexcept { return m_shared != nullptr ? m_shared->object.get() : nullptr; }
   /// Requires that the holder is not empty, and does not check it.
-  const T& operator*() const noexcept { return *shared->object; }
-  const T* operator->() const noexcept { return shared->object.get(); }
+  const T& operator*() const noexcept { return *m_shared->object; }
+  const T* operator->() const noexcept { return m_shared->object.get(); }
 
   /// Returns the object to be changed. When other holders share the object, this holder clones it
   /// first. Returns null, and changes nothing, for an empty holder and when the clone is null.
   T* Unshared();
 
   /// Releases the object.
-  void Clear() noexcept { Release(std::exchange(shared, nullptr)); }
+  void Clear() noexcept { Release(std::exchange(m_shared, nullptr)); }
 
   /// Returns whether both hold the same object. Two empty holders share nothing.
   [[nodiscard]] bool SharesWith(const cow_COW& other) const noexcept {
-    return shared != nullptr && shared == other.shared;
+    return m_shared != nullptr && m_shared == other.m_shared;
   }
   /// Returns the number of holders of the object, 0 for an empty holder. Another thread may change
   /// the number meanwhile.
   std::size_t Owners() const noexcept {
-    return shared != nullptr ? shared->owners.load(std::memory_order_relaxed) : 0;
+    return m_shared != nullptr ? m_shared->owners.load(std::memory_order_relaxed) : 0;
   }
 
 private:
@@ -77,41 +77,41 @@ private:
     if (s->owners.fetch_sub(1, std::memory_order_acq_rel) == 1) delete s;
   }
 
-  Shared* shared = nullptr;
+  Shared* m_shared = nullptr;
 };
 
 template <class T, class Cloner>
 cow_COW<T, Cloner> cow_COW<T, Cloner>::Adopt(T* object) {
   std::unique_ptr<T> owned(object);
   cow_COW holder;
-  if (owned != nullptr) holder.shared = new (std::nothrow) Shared{{1}, std::move(owned)};
+  if (owned != nullptr) holder.m_shared = new (std::nothrow) Shared{{1}, std::move(owned)};
   return holder;
 }
 
 template <class T, class Cloner>
 cow_COW<T, Cloner>& cow_COW<T, Cloner>::operator=(const cow_COW& other) noexcept {
-  if (shared == other.shared) return *this;
-  Release(std::exchange(shared, Acquired(other.shared)));
+  if (m_shared == other.m_shared) return *this;
+  Release(std::exchange(m_shared, Acquired(other.m_shared)));
   return *this;
 }
 
 template <class T, class Cloner>
 cow_COW<T, Cloner>& cow_COW<T, Cloner>::operator=(cow_COW&& other) noexcept {
   if (this == &other) return *this;
-  Release(std::exchange(shared, std::exchange(other.shared, nullptr)));
+  Release(std::exchange(m_shared, std::exchange(other.m_shared, nullptr)));
   return *this;
 }
 
 template <class T, class Cloner>
 T* cow_COW<T, Cloner>::Unshared() {
-  if (shared == nullptr) return nullptr;
+  if (m_shared == nullptr) return nullptr;
   // Pairs with the release by a former owner, so that its reads come before our writes.
-  if (shared->owners.load(std::memory_order_acquire) != 1) {
-    cow_COW clone(*shared->object);
+  if (m_shared->owners.load(std::memory_order_acquire) != 1) {
+    cow_COW clone(*m_shared->object);
     if (clone.IsEmpty()) return nullptr;
-    std::swap(shared, clone.shared);
+    std::swap(m_shared, clone.m_shared);
   }
-  return shared->object.get();
+  return m_shared->object.get();
 }
 
 #endif

@@ -22,7 +22,7 @@ public:
   /// Returns false, and keeps the entry as it is, for a key that is there already.
   bool Insert(const K& key, const V& value) {
     if (Find(key) != nullptr) return false;
-    Contents& contents = body.Write();
+    Contents& contents = m_body.Write();
     contents.entries.emplace_back(key, value);
     try {
       contents.positions.emplace(key, contents.entries.size() - 1);
@@ -35,7 +35,7 @@ public:
 
   /// Returns null for a key that is not there. The value is valid until this map changes.
   const V* Find(const K& key) const {
-    const Contents* const contents = body.Read();
+    const Contents* const contents = m_body.Read();
     if (contents == nullptr) return nullptr;
     const auto found = contents->positions.find(key);
     return found == contents->positions.end() ? nullptr : &contents->entries[found->second].second;
@@ -45,7 +45,7 @@ public:
   const Entry* end() const { return End(); }
 
   [[nodiscard]] bool SharesWith(const cow_Map& other) const noexcept {
-    return body.SharesWith(other.body);
+    return m_body.SharesWith(other.m_body);
   }
 
 private:
@@ -55,15 +55,15 @@ private:
   };
 
   const Entry* Begin() const {
-    const Contents* const contents = body.Read();
+    const Contents* const contents = m_body.Read();
     return contents != nullptr ? contents->entries.data() : nullptr;
   }
   const Entry* End() const {
-    const Contents* const contents = body.Read();
+    const Contents* const contents = m_body.Read();
     return contents != nullptr ? contents->entries.data() + contents->entries.size() : nullptr;
   }
 
-  cow_Body<Contents> body;
+  cow_Body<Contents> m_body;
 };
 
 #endif

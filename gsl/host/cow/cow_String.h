@@ -28,7 +28,7 @@ public:
   const char* CStr() const noexcept;
   /// Returns whether both are empty or share one buffer.
   [[nodiscard]] bool SharesWith(const cow_String& other) const noexcept {
-    return shared == other.shared;
+    return m_shared == other.m_shared;
   }
 
   /// Compare byte by byte.
@@ -40,7 +40,7 @@ public:
 
 private:
   struct Shared;
-  Shared* shared = nullptr;
+  Shared* m_shared = nullptr;
 };
 
 template <>

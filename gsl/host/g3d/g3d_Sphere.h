@@ -7,20 +7,20 @@
 class GSL_HOST_API g3d_Sphere {
 public:
   /// About the origin, radius 0.
-  constexpr g3d_Sphere() noexcept : radius(0.0f) {}
+  constexpr g3d_Sphere() noexcept : m_radius(0.0f) {}
 
   /// Nothing is checked; a negative radius marks an empty extent.
   void Set(const g3d_Point& newCentre, float newRadius) noexcept {
-    centre = newCentre;
-    radius = newRadius;
+    m_centre = newCentre;
+    m_radius = newRadius;
   }
 
-  constexpr const g3d_Point& Centre() const noexcept { return centre; }
-  constexpr float Radius() const noexcept { return radius; }
+  constexpr const g3d_Point& Centre() const noexcept { return m_centre; }
+  constexpr float Radius() const noexcept { return m_radius; }
 
 private:
-  g3d_Point centre;
-  float radius;
+  g3d_Point m_centre;
+  float m_radius;
 };
 
 #endif

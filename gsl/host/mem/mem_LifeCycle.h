@@ -10,20 +10,21 @@ public:
   using Listener = void (*)(const char* prefix, bool isStart, int count);
 
   /// `libraryPrefix` is a literal.
-  constexpr explicit mem_LifeCycle(const char* libraryPrefix) : prefix(libraryPrefix), starts(0) {}
+  constexpr explicit mem_LifeCycle(const char* libraryPrefix)
+      : m_prefix(libraryPrefix), m_starts(0) {}
 
   void Initialize(int count);
   /// Ends one start. A stop without a start changes nothing.
   void Finalize(int count);
-  [[nodiscard]] bool IsInitialized() const { return starts > 0; }
-  const char* Prefix() const { return prefix; }
+  [[nodiscard]] bool IsInitialized() const { return m_starts > 0; }
+  const char* Prefix() const { return m_prefix; }
 
   /// Replaces the process's listener; null for none. Returns the previous listener.
   static Listener SetListener(Listener listener);
 
 private:
-  const char* prefix;
-  int starts;
+  const char* m_prefix;
+  int m_starts;
 };
 
 #endif

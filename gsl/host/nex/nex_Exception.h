@@ -15,12 +15,12 @@ public:
   nex_Exception& operator=(const nex_Exception&) noexcept = default;
   ~nex_Exception() override;
 
-  const cow_String& Message() const noexcept { return message; }
+  const cow_String& Message() const noexcept { return m_message; }
   /// Returns the null uid unless the exception concerns one object.
-  const cls_Uid& Uid() const noexcept { return uid; }
+  const cls_Uid& Uid() const noexcept { return m_uid; }
   /// Return the empty text and 0 for an exception that was not raised through Throw.
-  const cow_String& SourceName() const noexcept { return sourceName; }
-  int LineNumber() const noexcept { return lineNumber; }
+  const cow_String& SourceName() const noexcept { return m_sourceName; }
+  int LineNumber() const noexcept { return m_lineNumber; }
   const char* what() const noexcept override;
 
   /// Raises a copy of `exception`, in its own dynamic type, that carries the source location.
@@ -41,15 +41,15 @@ protected:
   }
 
   void SetLocation(const cow_String& source, int line) noexcept {
-    sourceName = source;
-    lineNumber = line;
+    m_sourceName = source;
+    m_lineNumber = line;
   }
 
 private:
-  cow_String message;
-  cls_Uid uid;
-  cow_String sourceName;
-  int lineNumber = 0;
+  cow_String m_message;
+  cls_Uid m_uid;
+  cow_String m_sourceName;
+  int m_lineNumber = 0;
 };
 
 #endif

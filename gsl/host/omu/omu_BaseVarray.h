@@ -23,10 +23,10 @@ public:
   omu_BaseVarray(omu_BaseVarray&& other) noexcept;
   omu_BaseVarray& operator=(omu_BaseVarray&& other) noexcept;
 
-  unsigned int Count() const { return count; }
-  unsigned int Capacity() const { return capacity; }
-  double GrowthRatio() const { return growthRatio; }
-  void SetGrowthRatio(double ratio) { growthRatio = ratio; }
+  unsigned int Count() const { return m_count; }
+  unsigned int Capacity() const { return m_capacity; }
+  double GrowthRatio() const { return m_growthRatio; }
+  void SetGrowthRatio(double ratio) { m_growthRatio = ratio; }
 
   /// Appends; null is an entry too.
   void add(void* element);
@@ -35,19 +35,19 @@ protected:
   virtual ~omu_BaseVarray();
 
   /// No range check.
-  void* Entry(unsigned int i) const { return entries[i]; }
-  void* const* Entries() const { return entries; }
-  void SetEntry(unsigned int i, void* element) { entries[i] = element; }
-  void ForgetEntries() { count = 0; }
+  void* Entry(unsigned int i) const { return m_entries[i]; }
+  void* const* Entries() const { return m_entries; }
+  void SetEntry(unsigned int i, void* element) { m_entries[i] = element; }
+  void ForgetEntries() { m_count = 0; }
 
 private:
   void Grow();
   [[nodiscard]] bool Resize(unsigned int newCapacity);
 
-  void** entries;
-  unsigned int count;
-  unsigned int capacity;
-  double growthRatio;
+  void** m_entries;
+  unsigned int m_count;
+  unsigned int m_capacity;
+  double m_growthRatio;
 };
 
 #endif

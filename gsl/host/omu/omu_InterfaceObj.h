@@ -105,9 +105,9 @@ private:
   void RefuseWhenStale() const;
   const omu_MemberEntry& MemberEntry(const cow_String& name) const;
 
-  omu_Shortcut shortcut;
-  const omu_TypeDescription* description;
-  bool stale;
+  omu_Shortcut m_shortcut;
+  const omu_TypeDescription* m_description;
+  bool m_stale;
 };
 
 /// Compare objects of any two classes as the first object does. C++20 also tries the comparison of

@@ -21,31 +21,31 @@ public:
     using pointer = void;
     using reference = T*;
 
-    explicit Iterator(void* const* place = nullptr) : at(place) {}
-    [[nodiscard]] T* operator*() const { return static_cast<T*>(*at); }
-    [[nodiscard]] T* operator[](std::ptrdiff_t n) const { return static_cast<T*>(at[n]); }
+    explicit Iterator(void* const* place = nullptr) : m_at(place) {}
+    [[nodiscard]] T* operator*() const { return static_cast<T*>(*m_at); }
+    [[nodiscard]] T* operator[](std::ptrdiff_t n) const { return static_cast<T*>(m_at[n]); }
     Iterator& operator++() { return *this += 1; }
     Iterator& operator--() { return *this -= 1; }
-    Iterator operator++(int) { return Iterator(at++); }
-    Iterator operator--(int) { return Iterator(at--); }
+    Iterator operator++(int) { return Iterator(m_at++); }
+    Iterator operator--(int) { return Iterator(m_at--); }
     Iterator& operator+=(std::ptrdiff_t n) {
-      at += n;
+      m_at += n;
       return *this;
     }
     Iterator& operator-=(std::ptrdiff_t n) { return *this += -n; }
     friend Iterator operator+(Iterator i, std::ptrdiff_t n) { return i += n; }
     friend Iterator operator+(std::ptrdiff_t n, Iterator i) { return i += n; }
     friend Iterator operator-(Iterator i, std::ptrdiff_t n) { return i -= n; }
-    friend std::ptrdiff_t operator-(Iterator a, Iterator b) { return a.at - b.at; }
-    [[nodiscard]] friend bool operator==(Iterator a, Iterator b) { return a.at == b.at; }
-    [[nodiscard]] friend bool operator!=(Iterator a, Iterator b) { return a.at != b.at; }
-    [[nodiscard]] friend bool operator<(Iterator a, Iterator b) { return a.at < b.at; }
+    friend std::ptrdiff_t operator-(Iterator a, Iterator b) { return a.m_at - b.m_at; }
+    [[nodiscard]] friend bool operator==(Iterator a, Iterator b) { return a.m_at == b.m_at; }
+    [[nodiscard]] friend bool operator!=(Iterator a, Iterator b) { return a.m_at != b.m_at; }
+    [[nodiscard]] friend bool operator<(Iterator a, Iterator b) { return a.m_at < b.m_at; }
     [[nodiscard]] friend bool operator>(Iterator a, Iterator b) { return b < a; }
     [[nodiscard]] friend bool operator<=(Iterator a, Iterator b) { return !(b < a); }
     [[nodiscard]] friend bool operator>=(Iterator a, Iterator b) { return !(a < b); }
 
   private:
-    void* const* at;
+    void* const* m_at;
   };
 
   omu_ObjVarray();

@@ -17,9 +17,9 @@ class GSL_HOST_API omu_PrimEnumBase : public omu_Primitive {
 public:
   ~omu_PrimEnumBase() override;
 
-  std::int32_t GetValue() const { return currentValue; }
+  std::int32_t GetValue() const { return m_currentValue; }
   /// The name of the current value.
-  const atr_String& GetString() const { return currentName; }
+  const atr_String& GetString() const { return m_currentName; }
   cow_String AsString(int style = 0) const override;
 
   /// The names that this enumeration allows, in the order of its table, with ", " between them.
@@ -45,8 +45,8 @@ protected:
   void Set(std::int32_t newValue, const char* newName);
 
 private:
-  std::int32_t currentValue;
-  atr_String currentName;
+  std::int32_t m_currentValue;
+  atr_String m_currentName;
 };
 
 #endif

@@ -34,8 +34,8 @@ public:
   /// Appends a copy; `value` may be this tuple or an element of it.
   virtual void Put(const omu_Primitive& value);
 
-  int Kind() const { return kind; }
-  std::size_t Count() const { return elements.size(); }
+  int Kind() const { return m_kind; }
+  std::size_t Count() const { return m_elements.size(); }
   [[nodiscard]] bool IsNumber(std::size_t i) const { return At(i).object == nullptr; }
   double Number(std::size_t i) const;
   /// Returns an element that the tuple owns.
@@ -49,8 +49,8 @@ private:
 
   const Element& At(std::size_t i) const;
 
-  std::vector<Element> elements;
-  int kind;
+  std::vector<Element> m_elements;
+  int m_kind;
 };
 
 #endif

@@ -16,7 +16,7 @@ public:
 
   /// Returns the command path as a script writes it; empty for a shortcut that leads nowhere.
   cow_String Path() const;
-  [[nodiscard]] bool IsEmpty() const noexcept { return state == nullptr; }
+  [[nodiscard]] bool IsEmpty() const noexcept { return m_state == nullptr; }
 
   /// Reports that the object at the path is gone, to every copy of this shortcut and for good. Safe
   /// from any thread.
@@ -26,14 +26,14 @@ public:
   /// Returns whether both are copies of one shortcut. Two shortcuts that lead nowhere share
   /// nothing.
   [[nodiscard]] bool SharesWith(const omu_Shortcut& other) const noexcept {
-    return state != nullptr && state == other.state;
+    return m_state != nullptr && m_state == other.m_state;
   }
   /// Returns the number of copies; 0 for a shortcut that leads nowhere.
-  std::size_t Owners() const noexcept { return static_cast<std::size_t>(state.use_count()); }
+  std::size_t Owners() const noexcept { return static_cast<std::size_t>(m_state.use_count()); }
 
 private:
   struct State;
-  std::shared_ptr<State> state;
+  std::shared_ptr<State> m_state;
 };
 
 #endif

@@ -52,7 +52,7 @@ public:
                       const omu_DeprecatedEntry* deprecatedMethodTable,
                       const omu_DeprecatedEntry* deprecatedMemberTable);
 
-  const char* Name() const { return name; }
+  const char* Name() const { return m_name; }
   /// Return the names in table order, without the deprecated names.
   std::vector<cow_String> MethodNames() const;
   std::vector<cow_String> MemberNames() const;
@@ -63,11 +63,11 @@ public:
 private:
   [[nodiscard]] bool SameTables(const omu_TypeDescription& other) const;
 
-  const char* name;
-  const omu_MethodEntry* methods;
-  const omu_MemberEntry* members;
-  const omu_DeprecatedEntry* deprecatedMethods;
-  const omu_DeprecatedEntry* deprecatedMembers;
+  const char* m_name;
+  const omu_MethodEntry* m_methods;
+  const omu_MemberEntry* m_members;
+  const omu_DeprecatedEntry* m_deprecatedMethods;
+  const omu_DeprecatedEntry* m_deprecatedMembers;
 };
 
 #endif

@@ -15,15 +15,15 @@ struct typ_Entry {
 class GSL_HOST_API typ_ArchCompEntry {
 public:
   constexpr typ_ArchCompEntry(const typ_Entry* tableRows, unsigned int count)
-      : rows(tableRows), rowCount(count) {}
+      : m_rows(tableRows), m_rowCount(count) {}
 
-  unsigned int RowCount() const { return rowCount; }
+  unsigned int RowCount() const { return m_rowCount; }
   /// Does not check the range.
-  const typ_Entry& Row(unsigned int i) const { return rows[i]; }
+  const typ_Entry& Row(unsigned int i) const { return m_rows[i]; }
 
 private:
-  const typ_Entry* rows;
-  unsigned int rowCount;
+  const typ_Entry* m_rows;
+  unsigned int m_rowCount;
 };
 
 /// The type tables of the process's modules, by module number. Safe from any thread.

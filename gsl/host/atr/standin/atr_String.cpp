@@ -21,44 +21,44 @@ bool IsDigit(char c) {
 
 } // namespace
 
-atr_String::atr_String(const char* plain) : text(plain != nullptr ? plain : "") {}
+atr_String::atr_String(const char* plain) : m_text(plain != nullptr ? plain : "") {}
 
-atr_String::atr_String(const std::string& plain) : text(plain) {}
+atr_String::atr_String(const std::string& plain) : m_text(plain) {}
 
 void atr_String::FindArguments() {
   int next = 1;
-  for (std::size_t i = 0; i + 1 < text.size(); ++i) {
-    if (text[i] != '%') continue;
-    if (text[i + 1] == '%') {
-      text.erase(i, 1);
+  for (std::size_t i = 0; i + 1 < m_text.size(); ++i) {
+    if (m_text[i] != '%') continue;
+    if (m_text[i + 1] == '%') {
+      m_text.erase(i, 1);
       continue;
     }
     std::size_t end = i + 1;
     int position = 0;
-    while (end < text.size() && IsDigit(text[end]) && position < 1000) {
-      position = 10 * position + (text[end++] - '0');
+    while (end < m_text.size() && IsDigit(m_text[end]) && position < 1000) {
+      position = 10 * position + (m_text[end++] - '0');
     }
-    const bool named = end > i + 1 && end < text.size() && text[end] == '$';
+    const bool named = end > i + 1 && end < m_text.size() && m_text[end] == '$';
     if (named) ++end;
     if (!named && end > i + 1) continue;
-    if (end >= text.size() || (text[end] != 'd' && text[end] != 's')) continue;
-    open.push_back({named ? position : next++, text[end], i, end + 1 - i});
+    if (end >= m_text.size() || (m_text[end] != 'd' && m_text[end] != 's')) continue;
+    m_open.push_back({named ? position : next++, m_text[end], i, end + 1 - i});
     i = end;
   }
 }
 
 bool atr_String::Substitute(int position, char kind, const std::string& value) {
   bool filled = false;
-  for (std::size_t i = 0; i < open.size();) {
-    if (open[i].position != position || open[i].kind != kind) {
+  for (std::size_t i = 0; i < m_open.size();) {
+    if (m_open[i].position != position || m_open[i].kind != kind) {
       ++i;
       continue;
     }
-    const OpenArgument argument = open[i];
-    text.replace(argument.offset, argument.length, value);
-    open.erase(open.begin() + static_cast<std::ptrdiff_t>(i));
-    for (std::size_t later = i; later < open.size(); ++later) {
-      open[later].offset = open[later].offset - argument.length + value.size();
+    const OpenArgument argument = m_open[i];
+    m_text.replace(argument.offset, argument.length, value);
+    m_open.erase(m_open.begin() + static_cast<std::ptrdiff_t>(i));
+    for (std::size_t later = i; later < m_open.size(); ++later) {
+      m_open[later].offset = m_open[later].offset - argument.length + value.size();
     }
     filled = true;
   }
@@ -70,8 +70,8 @@ atr_String atr_translate(const char* format) {
   {
     Catalogue& catalogue = TheCatalogue();
     const std::lock_guard<std::mutex> lock(catalogue.mutex);
-    const auto found = catalogue.translations.find(message.text);
-    if (found != catalogue.translations.end()) message.text = found->second;
+    const auto found = catalogue.translations.find(message.m_text);
+    if (found != catalogue.translations.end()) message.m_text = found->second;
   }
   message.FindArguments();
   return message;

@@ -15,7 +15,7 @@ constexpr const char* kSourceUnit = "gsl/host/cls/cls_ClassRegistrar";
 
 } // namespace
 
-cls_ClassRegistrar::cls_ClassRegistrar() : flagsOfNewClasses(0) {}
+cls_ClassRegistrar::cls_ClassRegistrar() : m_flagsOfNewClasses(0) {}
 
 cls_ClassRegistrar::~cls_ClassRegistrar() = default;
 
@@ -23,20 +23,20 @@ cls_ClassMetadata& cls_ClassRegistrar::AddClassMD(cls_TypeAdapterBase* adapter) 
   std::unique_ptr<cls_TypeAdapterBase> owned(adapter);
   const unsigned int typeId = adapter->TypeId();
   std::unique_ptr<cls_ClassMetadata> made(
-      new cls_ClassMetadata(std::move(owned), flagsOfNewClasses));
-  const auto known = placeOf.find(typeId);
-  if (known != placeOf.end()) {
-    classes[known->second] = std::move(made);
-    return *classes[known->second];
+      new cls_ClassMetadata(std::move(owned), m_flagsOfNewClasses));
+  const auto known = m_placeOf.find(typeId);
+  if (known != m_placeOf.end()) {
+    m_classes[known->second] = std::move(made);
+    return *m_classes[known->second];
   }
-  classes.push_back(std::move(made));
-  placeOf.emplace(typeId, classes.size() - 1);
-  return *classes.back();
+  m_classes.push_back(std::move(made));
+  m_placeOf.emplace(typeId, m_classes.size() - 1);
+  return *m_classes.back();
 }
 
 const cls_ClassMetadata* cls_ClassRegistrar::FindClass(unsigned int typeId) const {
-  const auto found = placeOf.find(typeId);
-  return found != placeOf.end() ? classes[found->second].get() : nullptr;
+  const auto found = m_placeOf.find(typeId);
+  return found != m_placeOf.end() ? m_classes[found->second].get() : nullptr;
 }
 
 bool cls_ClassRegistrar::InheritanceCheck(unsigned int dynType, unsigned int queried) const {

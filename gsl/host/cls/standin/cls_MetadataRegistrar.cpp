@@ -7,19 +7,21 @@ namespace {
 /// Restores the flags, also when the registration of a class throws.
 class FlagsForNewClasses {
 public:
-  FlagsForNewClasses(int& place, int flags) : target(place), previous(place) { target = flags; }
-  ~FlagsForNewClasses() { target = previous; }
+  FlagsForNewClasses(int& place, int flags) : m_target(place), m_previous(place) {
+    m_target = flags;
+  }
+  ~FlagsForNewClasses() { m_target = m_previous; }
   FlagsForNewClasses(const FlagsForNewClasses&) = delete;
   FlagsForNewClasses& operator=(const FlagsForNewClasses&) = delete;
 
 private:
-  int& target;
-  int previous;
+  int& m_target;
+  int m_previous;
 };
 
 } // namespace
 
 void cls_MetadataRegistrar::initClassMetadata(InitializeMetadata function, int flags) {
-  const FlagsForNewClasses scope(registrar.flagsOfNewClasses, flags);
-  function(registrar);
+  const FlagsForNewClasses scope(m_registrar.m_flagsOfNewClasses, flags);
+  function(m_registrar);
 }

@@ -66,27 +66,28 @@ bool HoldsRecord(Kind kind) {
 
 } // namespace
 
-cls_Load::cls_Load(const gsl_RecordReader& source) : reader(source) {}
+cls_Load::cls_Load(const gsl_RecordReader& source) : m_reader(source) {}
 
 cls_Load::~cls_Load() = default;
 
 std::size_t cls_Load::RootCount() const {
-  return reader.RootCount();
+  return m_reader.RootCount();
 }
 
 cls_ReadVisitor::cls_ReadVisitor(cls_Load& owner, std::uint32_t index, unsigned int level,
                                  const Place& where)
-    : load(owner), record(index), depth(level), foundAt(where),
-      expected(index != kNoRecord ? owner.reader.FirstField(index) : gsl_RecordReader::kEnd) {
-  if (depth > kMostNesting) Refuse("Records are nested too deep to read", __LINE__, GetUid());
+    : m_load(owner), m_record(index), m_depth(level), m_foundAt(where),
+      m_expected(index != kNoRecord ? owner.m_reader.FirstField(index) : gsl_RecordReader::kEnd) {
+  if (m_depth > kMostNesting) Refuse("Records are nested too deep to read", __LINE__, GetUid());
 }
 
 cls_ReadVisitor::cls_ReadVisitor(cls_Load& owner, std::size_t root)
-    : cls_ReadVisitor(owner, root < owner.reader.RootCount() ? owner.reader.Root(root) : kNoRecord,
-                      0u, Place{kNoRecord, "", root, kNoEntry}) {
-  if (record == kNoRecord) {
+    : cls_ReadVisitor(owner,
+                      root < owner.m_reader.RootCount() ? owner.m_reader.Root(root) : kNoRecord, 0u,
+                      Place{kNoRecord, "", root, kNoEntry}) {
+  if (m_record == kNoRecord) {
     Refuse("There is no root " + std::to_string(root) + "; the load has " +
-               std::to_string(owner.reader.RootCount()),
+               std::to_string(owner.m_reader.RootCount()),
            __LINE__);
   }
 }
@@ -100,47 +101,48 @@ cls_ReadVisitor cls_ReadVisitor::Child(const cls_FieldHandle& handle) const {
 }
 
 cls_ReadVisitor::cls_ReadVisitor(const cls_ReadVisitor& parent, const gsl_RecordField* field)
-    : cls_ReadVisitor(parent.load, parent.OwnRecord(field), parent.depth + 1,
+    : cls_ReadVisitor(parent.m_load, parent.OwnRecord(field), parent.m_depth + 1,
                       parent.PlaceOf(field)) {}
 
 cls_ReadVisitor::Place cls_ReadVisitor::PlaceOf(const gsl_RecordField* field) const {
-  return {record, field != nullptr ? field->name : std::string_view(), 0, kNoEntry};
+  return {m_record, field != nullptr ? field->name : std::string_view(), 0, kNoEntry};
 }
 
 std::string cls_ReadVisitor::DescribePlace() const {
-  std::string where = "root " + std::to_string(foundAt.root);
-  if (foundAt.holder != kNoRecord) {
-    where = "field \"" + std::string(foundAt.field) + "\" of " +
-            ClassName(load.reader.TypeId(foundAt.holder));
+  std::string where = "root " + std::to_string(m_foundAt.root);
+  if (m_foundAt.holder != kNoRecord) {
+    where = "field \"" + std::string(m_foundAt.field) + "\" of " +
+            ClassName(m_load.m_reader.TypeId(m_foundAt.holder));
   }
-  if (foundAt.entry != kNoEntry) return "Entry " + std::to_string(foundAt.entry) + " of " + where;
+  if (m_foundAt.entry != kNoEntry)
+    return "Entry " + std::to_string(m_foundAt.entry) + " of " + where;
   where[0] = where[0] == 'r' ? 'R' : 'F';
   return where;
 }
 
 unsigned int cls_ReadVisitor::TypeId() const {
-  return IsAbsent() ? 0 : load.reader.TypeId(record);
+  return IsAbsent() ? 0 : m_load.m_reader.TypeId(m_record);
 }
 
 cls_Uid cls_ReadVisitor::GetUid() const {
-  return IsAbsent() ? cls_Uid() : UidOf(load.reader.Identity(record));
+  return IsAbsent() ? cls_Uid() : UidOf(m_load.m_reader.Identity(m_record));
 }
 
 bool cls_ReadVisitor::Find(const cls_FieldHandle& handle, gsl_RecordField& field) const {
   if (IsAbsent()) return false;
   const std::string_view wanted = handle.Name();
-  if (expected != gsl_RecordReader::kEnd) {
-    const std::uint64_t next = load.reader.ReadField(expected, field);
+  if (m_expected != gsl_RecordReader::kEnd) {
+    const std::uint64_t next = m_load.m_reader.ReadField(m_expected, field);
     if (field.name == wanted) {
-      expected = next;
+      m_expected = next;
       return true;
     }
   }
-  std::uint64_t position = load.reader.FirstField(record);
+  std::uint64_t position = m_load.m_reader.FirstField(m_record);
   while (position != gsl_RecordReader::kEnd) {
-    position = load.reader.ReadField(position, field);
+    position = m_load.m_reader.ReadField(position, field);
     if (field.name == wanted) {
-      expected = position;
+      m_expected = position;
       return true;
     }
   }
@@ -214,36 +216,36 @@ void* cls_ReadVisitor::CreateDerived(unsigned int typeId) const {
 }
 
 const std::any* cls_ReadVisitor::KnownObject(std::uint32_t object) const {
-  const auto [place, isNew] = load.objects.try_emplace(object);
+  const auto [place, isNew] = m_load.m_objects.try_emplace(object);
   if (isNew) return nullptr;
   if (!place->second.has_value()) {
-    Refuse("An object contains itself", __LINE__, UidOf(load.reader.Identity(object)));
+    Refuse("An object contains itself", __LINE__, UidOf(m_load.m_reader.Identity(object)));
   }
   return &place->second;
 }
 
 void cls_ReadVisitor::Remember(std::uint32_t object, std::any holder) const {
-  load.objects[object] = std::move(holder);
+  m_load.m_objects[object] = std::move(holder);
 }
 
 void cls_ReadVisitor::Forget(std::uint32_t object) const noexcept {
-  load.objects.erase(object);
+  m_load.m_objects.erase(object);
 }
 
 void cls_ReadVisitor::RefuseHolder(std::uint32_t object) const {
   Refuse("An object is read into holders of different classes", __LINE__,
-         UidOf(load.reader.Identity(object)));
+         UidOf(m_load.m_reader.Identity(object)));
 }
 
 void cls_ReadVisitor::CheckCollectionType(int type) const {
-  if (IsAbsent() || static_cast<int>(load.reader.Collection(record)) == type) return;
+  if (IsAbsent() || static_cast<int>(m_load.m_reader.Collection(m_record)) == type) return;
   Refuse("A record is not a collection of the type asked for", __LINE__, GetUid());
 }
 
 void cls_ReadVisitor::ReadUnsigneds(std::vector<unsigned int>& elements) const {
   CheckCollectionType(cls_UnsignedList);
   elements.clear();
-  if (!IsAbsent()) load.reader.ReadUnsigneds(record, elements);
+  if (!IsAbsent()) m_load.m_reader.ReadUnsigneds(m_record, elements);
 }
 
 void cls_ReadVisitor::ReadDoubles(std::vector<double>& entries, std::size_t& rows,
@@ -251,7 +253,7 @@ void cls_ReadVisitor::ReadDoubles(std::vector<double>& entries, std::size_t& row
   CheckCollectionType(cls_DoubleMatrix);
   entries.clear();
   rows = columns = 0;
-  if (!IsAbsent()) load.reader.ReadDoubles(record, entries, rows, columns);
+  if (!IsAbsent()) m_load.m_reader.ReadDoubles(m_record, entries, rows, columns);
 }
 
 cls_ListReader* cls_ReadVisitor::GetListReader() const {
@@ -260,23 +262,23 @@ cls_ListReader* cls_ReadVisitor::GetListReader() const {
 }
 
 cls_ListReader::cls_ListReader(const cls_ReadVisitor& owner)
-    : list(owner),
-      next(owner.IsAbsent() ? gsl_RecordReader::kEnd : owner.load.reader.FirstField(owner.record)),
-      taken(0) {}
+    : m_list(owner), m_next(owner.IsAbsent() ? gsl_RecordReader::kEnd
+                                             : owner.m_load.m_reader.FirstField(owner.m_record)),
+      m_taken(0) {}
 
 bool cls_ListReader::HasNext() const {
-  return next != gsl_RecordReader::kEnd;
+  return m_next != gsl_RecordReader::kEnd;
 }
 
 cls_ReadVisitor cls_ListReader::Next() {
-  if (!HasNext()) Refuse("A list has no further entry", __LINE__, list.GetUid());
+  if (!HasNext()) Refuse("A list has no further entry", __LINE__, m_list.GetUid());
   gsl_RecordField entry;
-  next = list.load.reader.ReadField(next, entry);
-  cls_ReadVisitor::Place place = list.foundAt;
-  place.entry = taken++;
-  return cls_ReadVisitor(list.load, list.OwnRecord(&entry), list.depth + 1, place);
+  m_next = m_list.m_load.m_reader.ReadField(m_next, entry);
+  cls_ReadVisitor::Place place = m_list.m_foundAt;
+  place.entry = m_taken++;
+  return cls_ReadVisitor(m_list.m_load, m_list.OwnRecord(&entry), m_list.m_depth + 1, place);
 }
 
 void cls_ListReader::RefuseNull() const {
-  Refuse("A list of values has an entry without a value", __LINE__, list.GetUid());
+  Refuse("A list of values has an entry without a value", __LINE__, m_list.GetUid());
 }

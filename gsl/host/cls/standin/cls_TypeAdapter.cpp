@@ -2,6 +2,6 @@
 
 cls_TypeAdapterBase::cls_TypeAdapterBase(const char* adapterName, int adapterNumber,
                                          unsigned int adapterArgument)
-    : name(adapterName), number(adapterNumber), argument(adapterArgument) {}
+    : m_name(adapterName), m_number(adapterNumber), m_argument(adapterArgument) {}
 
 cls_TypeAdapterBase::~cls_TypeAdapterBase() = default;

@@ -36,7 +36,7 @@ void cls_Uid::DrawAfterFork() noexcept {
 
 // Registered at load, while there is one thread. Later, a fork could come between the first prefix
 // and the registration.
-const bool cls_Uid::watchesForks = pthread_atfork(nullptr, nullptr, DrawAfterFork) == 0;
+const bool cls_Uid::kWatchesForks = pthread_atfork(nullptr, nullptr, DrawAfterFork) == 0;
 
 __attribute__((cold)) void cls_Uid::TakeBlock() noexcept {
   std::uint64_t prefixOfAll = processPrefix.load(std::memory_order_relaxed);

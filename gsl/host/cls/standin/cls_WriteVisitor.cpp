@@ -26,113 +26,115 @@ gsl_RecordPlace PlaceOf(const cls_FieldHandle& field) {
 
 } // namespace
 
-cls_Save::cls_Save(gsl_RecordWriter& target) : writer(target) {}
+cls_Save::cls_Save(gsl_RecordWriter& target) : m_writer(target) {}
 
 cls_Save::~cls_Save() = default;
 
 cls_WriteVisitor::cls_WriteVisitor(cls_Save& owner, std::uint32_t parent,
                                    const cls_FieldHandle& field, unsigned int level)
-    : save(owner), parentRecord(parent), place(field), depth(level), object(nullptr),
-      holder(nullptr), copyHolder(nullptr), record(kNoRecord), declined(false), hasElements(false),
-      collection(cls_NoCollection), exceptionsBefore(std::uncaught_exceptions()) {}
+    : m_save(owner), m_parentRecord(parent), m_place(field), m_depth(level), m_object(nullptr),
+      m_holder(nullptr), m_copyHolder(nullptr), m_record(kNoRecord), m_declined(false),
+      m_hasElements(false), m_collection(cls_NoCollection),
+      m_exceptionsBefore(std::uncaught_exceptions()) {}
 
 cls_WriteVisitor::cls_WriteVisitor(cls_Save& owner)
     : cls_WriteVisitor(owner, kNoRecord, cls_FieldHandle(-1, nullptr), 0u) {}
 
 cls_WriteVisitor::cls_WriteVisitor(const cls_WriteVisitor& parent, const cls_FieldHandle& field)
-    : cls_WriteVisitor(parent.save, parent.Started(), field, parent.depth + 1) {}
+    : cls_WriteVisitor(parent.m_save, parent.Started(), field, parent.m_depth + 1) {}
 
 cls_WriteVisitor::cls_WriteVisitor(const cls_WriteVisitor& parent, const cls_FieldHandle& field,
                                    const void* sharedObject, const void* sharedHolder,
                                    CopyHolder copy)
     : cls_WriteVisitor(parent, field) {
-  object = sharedObject;
-  holder = sharedHolder;
-  copyHolder = copy;
+  m_object = sharedObject;
+  m_holder = sharedHolder;
+  m_copyHolder = copy;
 }
 
 cls_WriteVisitor::cls_WriteVisitor(const cls_WriteRequestListObj& request)
-    : cls_WriteVisitor(request.writer.list, cls_FieldHandle(-1, nullptr)) {}
+    : cls_WriteVisitor(request.m_writer.m_list, cls_FieldHandle(-1, nullptr)) {}
 
 cls_WriteVisitor::~cls_WriteVisitor() {
-  const bool isRoot = parentRecord == kNoRecord;
-  const bool isStarted = record != kNoRecord;
-  if (isRoot && isStarted && std::uncaught_exceptions() > exceptionsBefore) TakeBack();
+  const bool isRoot = m_parentRecord == kNoRecord;
+  const bool isStarted = m_record != kNoRecord;
+  if (isRoot && isStarted && std::uncaught_exceptions() > m_exceptionsBefore) TakeBack();
 }
 
 void cls_WriteVisitor::TakeBack() {
-  save.writer.TakeBack(record);
-  for (auto written = save.objects.begin(); written != save.objects.end();) {
-    const bool isTakenBack = written->second.record >= record;
-    written = isTakenBack ? save.objects.erase(written) : std::next(written);
+  m_save.m_writer.TakeBack(m_record);
+  for (auto written = m_save.m_objects.begin(); written != m_save.m_objects.end();) {
+    const bool isTakenBack = written->second.record >= m_record;
+    written = isTakenBack ? m_save.m_objects.erase(written) : std::next(written);
   }
 }
 
 int cls_WriteVisitor::StartWrite(unsigned int typeId, const cls_Uid& uid) const {
-  if (parentRecord == kNoRecord) {
+  if (m_parentRecord == kNoRecord) {
     StartRoot(typeId, uid);
     return 1;
   }
-  if (record != kNoRecord || declined) {
+  if (m_record != kNoRecord || m_declined) {
     Refuse("A place of a record takes one record only", __LINE__, uid);
   }
-  if (depth > kMostNesting) Refuse("Records are nested too deep to write", __LINE__, uid);
-  if (object != nullptr) return StartShared(typeId, uid);
+  if (m_depth > kMostNesting) Refuse("Records are nested too deep to write", __LINE__, uid);
+  if (m_object != nullptr) return StartShared(typeId, uid);
   StartChild(typeId, uid, false);
   return 1;
 }
 
 void cls_WriteVisitor::StartRoot(unsigned int typeId, const cls_Uid& uid) const {
   // Until the next root is there, nothing of the last one is this visitor's to take back.
-  record = kNoRecord;
-  record = save.writer.AddRoot(typeId, IdentityOf(uid));
-  hasElements = false;
-  collection = cls_NoCollection;
+  m_record = kNoRecord;
+  m_record = m_save.m_writer.AddRoot(typeId, IdentityOf(uid));
+  m_hasElements = false;
+  m_collection = cls_NoCollection;
 }
 
 void cls_WriteVisitor::StartChild(unsigned int typeId, const cls_Uid& uid, bool isShared) const {
-  record = save.writer.AddRecord(parentRecord, PlaceOf(place), isShared, typeId, IdentityOf(uid));
+  m_record = m_save.m_writer.AddRecord(m_parentRecord, PlaceOf(m_place), isShared, typeId,
+                                       IdentityOf(uid));
 }
 
 int cls_WriteVisitor::StartShared(unsigned int typeId, const cls_Uid& uid) const {
   // Two objects may carry one uid and differ in contents, when one is a copy that was changed. The
   // address tells them apart; it stays the object's own while the save keeps its holder.
-  const cls_Save::Key key{object, typeId, uid};
-  const auto written = save.objects.find(key);
-  if (written != save.objects.end()) {
-    save.writer.AddReference(parentRecord, PlaceOf(place), written->second.record);
-    declined = true;
+  const cls_Save::Key key{m_object, typeId, uid};
+  const auto written = m_save.m_objects.find(key);
+  if (written != m_save.m_objects.end()) {
+    m_save.m_writer.AddReference(m_parentRecord, PlaceOf(m_place), written->second.record);
+    m_declined = true;
     return 0;
   }
-  std::shared_ptr<const void> keptAlive = copyHolder(holder);
+  std::shared_ptr<const void> keptAlive = m_copyHolder(m_holder);
   StartChild(typeId, uid, true);
-  save.objects.emplace(key, cls_Save::Written{record, std::move(keptAlive)});
+  m_save.m_objects.emplace(key, cls_Save::Written{m_record, std::move(keptAlive)});
   return 1;
 }
 
 std::uint32_t cls_WriteVisitor::Started() const {
-  if (record == kNoRecord) Refuse("A record is written before it was started", __LINE__);
-  return record;
+  if (m_record == kNoRecord) Refuse("A record is written before it was started", __LINE__);
+  return m_record;
 }
 
 void cls_WriteVisitor::WriteInteger(const cls_FieldHandle& field, int value) const {
-  save.writer.AddInteger(Started(), PlaceOf(field), value);
+  m_save.m_writer.AddInteger(Started(), PlaceOf(field), value);
 }
 
 void cls_WriteVisitor::WriteDouble(const cls_FieldHandle& field, double value) const {
-  save.writer.AddDouble(Started(), PlaceOf(field), value);
+  m_save.m_writer.AddDouble(Started(), PlaceOf(field), value);
 }
 
 void cls_WriteVisitor::WriteBoolean(const cls_FieldHandle& field, bool value) const {
-  save.writer.AddBoolean(Started(), PlaceOf(field), value);
+  m_save.m_writer.AddBoolean(Started(), PlaceOf(field), value);
 }
 
 void cls_WriteVisitor::WriteString(const cls_FieldHandle& field, const cow_String& value) const {
-  save.writer.AddString(Started(), PlaceOf(field), {value.CStr(), value.Length()});
+  m_save.m_writer.AddString(Started(), PlaceOf(field), {value.CStr(), value.Length()});
 }
 
 void cls_WriteVisitor::WriteNullObject(const cls_FieldHandle& field, unsigned int typeId) const {
-  save.writer.AddNull(Started(), PlaceOf(field), typeId);
+  m_save.m_writer.AddNull(Started(), PlaceOf(field), typeId);
 }
 
 void cls_WriteVisitor::CheckCollectionType(int type) const {
@@ -140,29 +142,29 @@ void cls_WriteVisitor::CheckCollectionType(int type) const {
     Refuse("A record cannot be a collection of this type", __LINE__);
   }
   const std::uint32_t started = Started();
-  if (collection == type) return;
-  if (collection != cls_NoCollection) {
+  if (m_collection == type) return;
+  if (m_collection != cls_NoCollection) {
     Refuse("A record is a collection of one type only", __LINE__);
   }
-  save.writer.SetCollection(started, static_cast<gsl_RecordCollection>(type));
-  collection = type;
+  m_save.m_writer.SetCollection(started, static_cast<gsl_RecordCollection>(type));
+  m_collection = type;
 }
 
 void cls_WriteVisitor::StartElements(int type) const {
   CheckCollectionType(type);
-  if (hasElements) Refuse("The elements of a collection are written once", __LINE__);
-  hasElements = true;
+  if (m_hasElements) Refuse("The elements of a collection are written once", __LINE__);
+  m_hasElements = true;
 }
 
 void cls_WriteVisitor::WriteUnsigneds(const unsigned int* values, std::size_t count) const {
   StartElements(cls_UnsignedList);
-  save.writer.SetUnsigneds(record, values, count);
+  m_save.m_writer.SetUnsigneds(m_record, values, count);
 }
 
 void cls_WriteVisitor::WriteDoubles(const double* values, std::size_t rows,
                                     std::size_t columns) const {
   StartElements(cls_DoubleMatrix);
-  save.writer.SetDoubles(record, values, rows, columns);
+  m_save.m_writer.SetDoubles(m_record, values, rows, columns);
 }
 
 cls_ListWriter* cls_WriteVisitor::GetListWriter() const {
@@ -170,10 +172,10 @@ cls_ListWriter* cls_WriteVisitor::GetListWriter() const {
   return new cls_ListWriter(*this);
 }
 
-cls_ListWriter::cls_ListWriter(const cls_WriteVisitor& owner) : list(owner) {}
+cls_ListWriter::cls_ListWriter(const cls_WriteVisitor& owner) : m_list(owner) {}
 
 void cls_ListWriter::WriteNull(unsigned int typeId) {
-  list.save.writer.AddNull(list.Started(), gsl_RecordPlace(), typeId);
+  m_list.m_save.m_writer.AddNull(m_list.Started(), gsl_RecordPlace(), typeId);
 }
 
 bool cls_ListWriter::Finish() {

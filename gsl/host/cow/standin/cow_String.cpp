@@ -34,40 +34,40 @@ struct cow_String::Shared {
 };
 
 cow_String::cow_String(const char* text)
-    : shared(text != nullptr ? Shared::Make(text, std::strlen(text)) : nullptr) {}
+    : m_shared(text != nullptr ? Shared::Make(text, std::strlen(text)) : nullptr) {}
 
 cow_String::cow_String(const char* bytes, std::size_t length)
-    : shared(Shared::Make(bytes, length)) {}
+    : m_shared(Shared::Make(bytes, length)) {}
 
-cow_String::cow_String(const cow_String& other) noexcept : shared(other.shared) {
-  Shared::Acquire(shared);
+cow_String::cow_String(const cow_String& other) noexcept : m_shared(other.m_shared) {
+  Shared::Acquire(m_shared);
 }
 
 cow_String::cow_String(cow_String&& other) noexcept
-    : shared(std::exchange(other.shared, nullptr)) {}
+    : m_shared(std::exchange(other.m_shared, nullptr)) {}
 
 cow_String& cow_String::operator=(const cow_String& other) noexcept {
-  Shared::Acquire(other.shared);
-  Shared::Release(shared);
-  shared = other.shared;
+  Shared::Acquire(other.m_shared);
+  Shared::Release(m_shared);
+  m_shared = other.m_shared;
   return *this;
 }
 
 cow_String& cow_String::operator=(cow_String&& other) noexcept {
-  std::swap(shared, other.shared);
+  std::swap(m_shared, other.m_shared);
   return *this;
 }
 
 cow_String::~cow_String() {
-  Shared::Release(shared);
+  Shared::Release(m_shared);
 }
 
 std::size_t cow_String::Length() const noexcept {
-  return shared != nullptr ? shared->length : 0;
+  return m_shared != nullptr ? m_shared->length : 0;
 }
 
 const char* cow_String::CStr() const noexcept {
-  return shared != nullptr ? shared->Bytes() : "";
+  return m_shared != nullptr ? m_shared->Bytes() : "";
 }
 
 bool operator==(const cow_String& a, const cow_String& b) noexcept {

@@ -7,13 +7,13 @@ mem_LifeCycle::Listener theListener = nullptr;
 }
 
 void mem_LifeCycle::Initialize(int count) {
-  ++starts;
-  if (theListener != nullptr) theListener(prefix, true, count);
+  ++m_starts;
+  if (theListener != nullptr) theListener(m_prefix, true, count);
 }
 
 void mem_LifeCycle::Finalize(int count) {
-  if (starts > 0) --starts;
-  if (theListener != nullptr) theListener(prefix, false, count);
+  if (m_starts > 0) --m_starts;
+  if (theListener != nullptr) theListener(m_prefix, false, count);
 }
 
 mem_LifeCycle::Listener mem_LifeCycle::SetListener(Listener listener) {

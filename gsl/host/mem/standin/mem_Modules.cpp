@@ -15,14 +15,14 @@ mem_LifeCycle lifeCycles[] = {mem_LifeCycle("mem"),  mem_LifeCycle("typ"), mem_L
                               mem_LifeCycle("nex"),  mem_LifeCycle("g3d"), mem_LifeCycle("omu")};
 static_assert(sizeof lifeCycles / sizeof lifeCycles[0] == kLibraryCount);
 
-template <Library library>
+template <Library kLibrary>
 void Initialize(int count) {
-  lifeCycles[library].Initialize(count);
+  lifeCycles[kLibrary].Initialize(count);
 }
 
-template <Library library>
+template <Library kLibrary>
 void Finalize(int count) {
-  lifeCycles[library].Finalize(count);
+  lifeCycles[kLibrary].Finalize(count);
 }
 
 } // namespace

@@ -3,12 +3,12 @@
 #include <cstdlib>
 
 nex_Exception::nex_Exception(const cow_String& text, const cls_Uid& object)
-    : message(text), uid(object) {}
+    : m_message(text), m_uid(object) {}
 
 nex_Exception::~nex_Exception() = default;
 
 const char* nex_Exception::what() const noexcept {
-  return message.CStr();
+  return m_message.CStr();
 }
 
 void nex_Exception::Throw(const nex_Exception& exception, const char* source, int line) {

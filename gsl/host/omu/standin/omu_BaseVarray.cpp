@@ -37,46 +37,46 @@ unsigned int GrownBy(double ratio, unsigned int capacity) {
 omu_BaseVarray::omu_BaseVarray() : omu_BaseVarray(0, kDefaultGrowthRatio) {}
 
 omu_BaseVarray::omu_BaseVarray(unsigned int initialCapacity, double ratio)
-    : entries(nullptr), count(0), capacity(0), growthRatio(ratio) {
+    : m_entries(nullptr), m_count(0), m_capacity(0), m_growthRatio(ratio) {
   if (initialCapacity != 0 && !Resize(initialCapacity)) throw std::bad_alloc();
 }
 
 omu_BaseVarray::omu_BaseVarray(omu_BaseVarray&& other) noexcept
-    : entries(std::exchange(other.entries, nullptr)), count(std::exchange(other.count, 0)),
-      capacity(std::exchange(other.capacity, 0)), growthRatio(other.growthRatio) {}
+    : m_entries(std::exchange(other.m_entries, nullptr)), m_count(std::exchange(other.m_count, 0)),
+      m_capacity(std::exchange(other.m_capacity, 0)), m_growthRatio(other.m_growthRatio) {}
 
 omu_BaseVarray& omu_BaseVarray::operator=(omu_BaseVarray&& other) noexcept {
   if (this == &other) return *this;
-  mem_Free(static_cast<void*>(entries));
-  entries = std::exchange(other.entries, nullptr);
-  count = std::exchange(other.count, 0);
-  capacity = std::exchange(other.capacity, 0);
-  growthRatio = other.growthRatio;
+  mem_Free(static_cast<void*>(m_entries));
+  m_entries = std::exchange(other.m_entries, nullptr);
+  m_count = std::exchange(other.m_count, 0);
+  m_capacity = std::exchange(other.m_capacity, 0);
+  m_growthRatio = other.m_growthRatio;
   return *this;
 }
 
 omu_BaseVarray::~omu_BaseVarray() {
-  mem_Free(static_cast<void*>(entries));
+  mem_Free(static_cast<void*>(m_entries));
 }
 
 void omu_BaseVarray::add(void* element) {
-  if (count == capacity) Grow();
-  entries[count++] = element;
+  if (m_count == m_capacity) Grow();
+  m_entries[m_count++] = element;
 }
 
 void omu_BaseVarray::Grow() {
-  if (capacity == kMostEntries) throw std::bad_alloc();
-  if (Resize(GrownBy(growthRatio, capacity))) return;
+  if (m_capacity == kMostEntries) throw std::bad_alloc();
+  if (Resize(GrownBy(m_growthRatio, m_capacity))) return;
   // The ratio may ask for more memory than there is, where a small step still fits.
-  if (!Resize(LeastGrown(capacity))) throw std::bad_alloc();
+  if (!Resize(LeastGrown(m_capacity))) throw std::bad_alloc();
 }
 
 bool omu_BaseVarray::Resize(unsigned int newCapacity) {
   const std::size_t slots = newCapacity;
   if (slots > std::numeric_limits<std::size_t>::max() / sizeof(void*)) return false;
-  void* const block = mem_Realloc(static_cast<void*>(entries), slots * sizeof(void*));
+  void* const block = mem_Realloc(static_cast<void*>(m_entries), slots * sizeof(void*));
   if (block == nullptr) return false;
-  entries = static_cast<void**>(block);
-  capacity = newCapacity;
+  m_entries = static_cast<void**>(block);
+  m_capacity = newCapacity;
   return true;
 }

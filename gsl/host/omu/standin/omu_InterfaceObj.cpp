@@ -60,7 +60,7 @@ void AppendNames(std::string& text, const char* label, const std::vector<cow_Str
 omu_InterfaceObjVisitor::~omu_InterfaceObjVisitor() = default;
 
 omu_InterfaceObj::omu_InterfaceObj(const omu_Shortcut& s)
-    : shortcut(s), description(nullptr), stale(false) {}
+    : m_shortcut(s), m_description(nullptr), m_stale(false) {}
 
 omu_InterfaceObj::omu_InterfaceObj(const omu_InterfaceObj&) = default;
 
@@ -69,7 +69,7 @@ omu_InterfaceObj& omu_InterfaceObj::operator=(const omu_InterfaceObj&) = default
 omu_InterfaceObj::~omu_InterfaceObj() = default;
 
 cow_String omu_InterfaceObj::TypeString() const {
-  return description != nullptr ? description->Name() : "object";
+  return m_description != nullptr ? m_description->Name() : "object";
 }
 
 cow_String omu_InterfaceObj::AsString() const {
@@ -86,7 +86,7 @@ cow_String omu_InterfaceObj::AsRepr() const {
 
 bool omu_InterfaceObj::operator==(const omu_InterfaceObj& other) const {
   if (this == &other) return true;
-  return shortcut.SharesWith(other.shortcut) && TypeString() == other.TypeString();
+  return m_shortcut.SharesWith(other.m_shortcut) && TypeString() == other.TypeString();
 }
 
 void omu_InterfaceObj::Accept(omu_InterfaceObjVisitor& visitor) const {
@@ -100,14 +100,14 @@ unsigned int omu_InterfaceObj::DynTypeId() const {
 void omu_InterfaceObj::DBWrite(const cls_WriteVisitor&) const {}
 
 bool omu_InterfaceObj::IsMethod(const cow_String& name) const {
-  return description != nullptr && description->FindMethod(name) != nullptr;
+  return m_description != nullptr && m_description->FindMethod(name) != nullptr;
 }
 
 omu_Primitive* omu_InterfaceObj::CallMethod(const cow_String& name,
                                             const omu_PrimTuple& arguments) {
   RefuseWhenStale();
   const omu_MethodEntry* const entry =
-      description != nullptr ? description->FindMethod(name) : nullptr;
+      m_description != nullptr ? m_description->FindMethod(name) : nullptr;
   if (entry == nullptr) Refuse("'%s' object has no method '%s'", TypeString(), name, __LINE__);
   const auto given = static_cast<long long>(arguments.Count());
   if (given < entry->fewestArguments || given > entry->mostArguments) {
@@ -140,7 +140,7 @@ void omu_InterfaceObj::DeleteMember(const cow_String& name) {
 }
 
 std::vector<cow_String> omu_InterfaceObj::MemberList() const {
-  return description != nullptr ? description->MemberNames() : std::vector<cow_String>();
+  return m_description != nullptr ? m_description->MemberNames() : std::vector<cow_String>();
 }
 
 std::vector<cow_String> omu_InterfaceObj::MemberListForQry() const {
@@ -158,7 +158,7 @@ std::vector<cow_String> omu_InterfaceObj::MemberExcludeListForQry() const {
 }
 
 std::vector<cow_String> omu_InterfaceObj::MethodList() const {
-  return description != nullptr ? description->MethodNames() : std::vector<cow_String>();
+  return m_description != nullptr ? m_description->MethodNames() : std::vector<cow_String>();
 }
 
 cow_String omu_InterfaceObj::FullRepr() const {
@@ -177,15 +177,15 @@ cow_String omu_InterfaceObj::JournalVariable() const {
 }
 
 const omu_Shortcut& omu_InterfaceObj::BaseShortcut() const {
-  return shortcut;
+  return m_shortcut;
 }
 
 const omu_Shortcut* omu_InterfaceObj::BaseShortcutGetABC() const {
-  return shortcut.IsEmpty() ? nullptr : &shortcut;
+  return m_shortcut.IsEmpty() ? nullptr : &m_shortcut;
 }
 
 cow_String omu_InterfaceObj::CommandPath() const {
-  return shortcut.Path();
+  return m_shortcut.Path();
 }
 
 omu_InterfaceObj* omu_InterfaceObj::Coerce(const omu_InterfaceObj& other) const {
@@ -232,11 +232,11 @@ const omu_InterfaceObj* omu_InterfaceObj::ConstGetWrapper() const {
 }
 
 bool omu_InterfaceObj::IsStale() const {
-  return stale || shortcut.IsExpired();
+  return m_stale || m_shortcut.IsExpired();
 }
 
 void omu_InterfaceObj::SetStale() {
-  stale = true;
+  m_stale = true;
 }
 
 int omu_InterfaceObj::Compare(const omu_InterfaceObj& other) const {
@@ -254,7 +254,7 @@ void omu_InterfaceObj::DescribeType(const char* typeName, const omu_MethodEntry*
                                     const omu_MemberEntry* members,
                                     const omu_DeprecatedEntry* deprecatedMethods,
                                     const omu_DeprecatedEntry* deprecatedMembers) {
-  description = &omu_TypeDescription::Enter(
+  m_description = &omu_TypeDescription::Enter(
       {typeName, methods, members, deprecatedMethods, deprecatedMembers});
 }
 
@@ -264,7 +264,7 @@ void omu_InterfaceObj::RefuseWhenStale() const {
 
 const omu_MemberEntry& omu_InterfaceObj::MemberEntry(const cow_String& name) const {
   const omu_MemberEntry* const entry =
-      description != nullptr ? description->FindMember(name) : nullptr;
+      m_description != nullptr ? m_description->FindMember(name) : nullptr;
   if (entry == nullptr) Refuse("'%s' object has no member '%s'", TypeString(), name, __LINE__);
   return *entry;
 }

@@ -12,10 +12,10 @@ constexpr cls_FieldHandle kName(-1, "_string");
 
 } // namespace
 
-omu_PrimEnumBase::omu_PrimEnumBase() : currentValue(0) {}
+omu_PrimEnumBase::omu_PrimEnumBase() : m_currentValue(0) {}
 
 omu_PrimEnumBase::omu_PrimEnumBase(const cls_ReadVisitor& visitor)
-    : currentValue(0), currentName(visitor.ReadString(kName, cow_String()).CStr()) {}
+    : m_currentValue(0), m_currentName(visitor.ReadString(kName, cow_String()).CStr()) {}
 
 omu_PrimEnumBase::~omu_PrimEnumBase() = default;
 
@@ -25,7 +25,7 @@ void omu_PrimEnumBase::DBWrite(const cls_WriteVisitor& visitor) const {
 }
 
 cow_String omu_PrimEnumBase::AsString(int) const {
-  return cow_String(currentName.CStr(), currentName.Length());
+  return cow_String(m_currentName.CStr(), m_currentName.Length());
 }
 
 cow_String omu_PrimEnumBase::PermissibleValuesAsString() const {
@@ -40,10 +40,11 @@ cow_String omu_PrimEnumBase::PermissibleValuesAsString() const {
 
 bool omu_PrimEnumBase::operator==(const omu_Primitive& other) const {
   const auto* const that = dynamic_cast<const omu_PrimEnumBase*>(&other);
-  return that != nullptr && that->currentValue == currentValue && that->currentName == currentName;
+  return that != nullptr && that->m_currentValue == m_currentValue &&
+         that->m_currentName == m_currentName;
 }
 
 void omu_PrimEnumBase::Set(std::int32_t newValue, const char* newName) {
-  currentName = atr_String(newName);
-  currentValue = newValue;
+  m_currentName = atr_String(newName);
+  m_currentValue = newValue;
 }

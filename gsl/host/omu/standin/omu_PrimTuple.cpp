@@ -33,14 +33,15 @@ char ClosingBracket(int opening) {
 
 } // namespace
 
-omu_PrimTuple::omu_PrimTuple(int expectedCount, int bracket) : kind(bracket) {
-  if (expectedCount > 0) elements.reserve(static_cast<std::size_t>(expectedCount));
+omu_PrimTuple::omu_PrimTuple(int expectedCount, int bracket) : m_kind(bracket) {
+  if (expectedCount > 0) m_elements.reserve(static_cast<std::size_t>(expectedCount));
 }
 
-omu_PrimTuple::omu_PrimTuple(const omu_PrimTuple& other) : omu_Primitive(other), kind(other.kind) {
-  elements.reserve(other.elements.size());
-  for (const Element& e : other.elements) {
-    elements.push_back(
+omu_PrimTuple::omu_PrimTuple(const omu_PrimTuple& other)
+    : omu_Primitive(other), m_kind(other.m_kind) {
+  m_elements.reserve(other.m_elements.size());
+  for (const Element& e : other.m_elements) {
+    m_elements.push_back(
         {e.number, std::unique_ptr<omu_Primitive>(e.object ? e.object->Copy() : nullptr)});
   }
 }
@@ -54,10 +55,10 @@ omu_PrimTuple::~omu_PrimTuple() = default;
 
 bool omu_PrimTuple::operator==(const omu_Primitive& other) const {
   const auto* const tuple = dynamic_cast<const omu_PrimTuple*>(&other);
-  if (tuple == nullptr || tuple->kind != kind || tuple->Count() != Count()) return false;
+  if (tuple == nullptr || tuple->m_kind != m_kind || tuple->Count() != Count()) return false;
   for (std::size_t i = 0; i < Count(); ++i) {
-    const Element& a = elements[i];
-    const Element& b = tuple->elements[i];
+    const Element& a = m_elements[i];
+    const Element& b = tuple->m_elements[i];
     if ((a.object == nullptr) != (b.object == nullptr)) return false;
     if (a.object == nullptr ? !(a.number == b.number) : !(*a.object == *b.object)) return false;
   }
@@ -69,8 +70,8 @@ omu_PrimTuple* omu_PrimTuple::Copy() const {
 }
 
 cow_String omu_PrimTuple::AsString(int style) const {
-  std::string text(1, static_cast<char>(kind));
-  for (const Element& e : elements) {
+  std::string text(1, static_cast<char>(m_kind));
+  for (const Element& e : m_elements) {
     if (text.size() > 1) text += ", ";
     if (e.object != nullptr) {
       text += e.object->AsString(style).CStr();
@@ -79,17 +80,17 @@ cow_String omu_PrimTuple::AsString(int style) const {
     }
   }
   // The comma after a single element distinguishes a tuple from a number in brackets.
-  if (kind == '(' && elements.size() == 1) text += ',';
-  text += ClosingBracket(kind);
+  if (m_kind == '(' && m_elements.size() == 1) text += ',';
+  text += ClosingBracket(m_kind);
   return text.c_str();
 }
 
 void omu_PrimTuple::Put(double number) {
-  elements.push_back({number, nullptr});
+  m_elements.push_back({number, nullptr});
 }
 
 void omu_PrimTuple::Put(const omu_Primitive& value) {
-  elements.push_back({0.0, std::unique_ptr<omu_Primitive>(value.Copy())});
+  m_elements.push_back({0.0, std::unique_ptr<omu_Primitive>(value.Copy())});
 }
 
 double omu_PrimTuple::Number(std::size_t i) const {
@@ -111,8 +112,8 @@ const omu_Primitive& omu_PrimTuple::Primitive(std::size_t i) const {
 }
 
 const omu_PrimTuple::Element& omu_PrimTuple::At(std::size_t i) const {
-  if (i >= elements.size()) {
+  if (i >= m_elements.size()) {
     nex_Exception::Throw(nex_CommandException("tuple index out of range"), kSourceUnit, __LINE__);
   }
-  return elements[i];
+  return m_elements[i];
 }

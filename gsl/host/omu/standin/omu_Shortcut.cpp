@@ -9,16 +9,16 @@ struct omu_Shortcut::State {
   std::atomic<bool> expired{false};
 };
 
-omu_Shortcut::omu_Shortcut(const cow_String& path) : state(std::make_shared<State>(path)) {}
+omu_Shortcut::omu_Shortcut(const cow_String& path) : m_state(std::make_shared<State>(path)) {}
 
 cow_String omu_Shortcut::Path() const {
-  return state != nullptr ? state->path : cow_String();
+  return m_state != nullptr ? m_state->path : cow_String();
 }
 
 void omu_Shortcut::Expire() noexcept {
-  if (state != nullptr) state->expired.store(true, std::memory_order_release);
+  if (m_state != nullptr) m_state->expired.store(true, std::memory_order_release);
 }
 
 bool omu_Shortcut::IsExpired() const noexcept {
-  return state != nullptr && state->expired.load(std::memory_order_acquire);
+  return m_state != nullptr && m_state->expired.load(std::memory_order_acquire);
 }

@@ -21,8 +21,8 @@ struct Types {
 Types& TheTypes() {
   // Never destroyed: objects of static storage may still describe themselves while the process
   // ends.
-  static Types* const types = new Types;
-  return *types;
+  static Types* const kTypes = new Types;
+  return *kTypes;
 }
 
 std::string_view ViewOf(const cow_String& text) {
@@ -54,8 +54,8 @@ omu_TypeDescription::omu_TypeDescription(const char* typeName, const omu_MethodE
                                          const omu_MemberEntry* memberTable,
                                          const omu_DeprecatedEntry* deprecatedMethodTable,
                                          const omu_DeprecatedEntry* deprecatedMemberTable)
-    : name(typeName), methods(methodTable), members(memberTable),
-      deprecatedMethods(deprecatedMethodTable), deprecatedMembers(deprecatedMemberTable) {}
+    : m_name(typeName), m_methods(methodTable), m_members(memberTable),
+      m_deprecatedMethods(deprecatedMethodTable), m_deprecatedMembers(deprecatedMemberTable) {}
 
 const omu_TypeDescription* omu_TypeDescription::Find(const cow_String& typeName) {
   Types& types = TheTypes();
@@ -69,39 +69,39 @@ const omu_TypeDescription& omu_TypeDescription::Enter(const omu_TypeDescription&
   const omu_TypeDescription* known = nullptr;
   {
     const std::shared_lock<std::shared_mutex> lock(types.mutex);
-    const auto found = types.byName.find(description.name);
+    const auto found = types.byName.find(description.m_name);
     if (found != types.byName.end()) known = &found->second;
   }
   if (known == nullptr) {
     const std::unique_lock<std::shared_mutex> lock(types.mutex);
-    known = &types.byName.emplace(description.name, description).first->second;
+    known = &types.byName.emplace(description.m_name, description).first->second;
   }
   if (!known->SameTables(description)) {
     atr_String message = atr_translate("type '%s' is described twice, with different tables");
-    atr_SubstituteFormat(message, 1, description.name);
+    atr_SubstituteFormat(message, 1, description.m_name);
     nex_Exception::Throw(nex_AssertException(message.CStr()), kSourceUnit, __LINE__);
   }
   return *known;
 }
 
 std::vector<cow_String> omu_TypeDescription::MethodNames() const {
-  return NamesOf(methods, deprecatedMethods);
+  return NamesOf(m_methods, m_deprecatedMethods);
 }
 
 std::vector<cow_String> omu_TypeDescription::MemberNames() const {
-  return NamesOf(members, deprecatedMembers);
+  return NamesOf(m_members, m_deprecatedMembers);
 }
 
 const omu_MethodEntry* omu_TypeDescription::FindMethod(const cow_String& methodName) const {
-  return FindEntry(methods, ViewOf(methodName));
+  return FindEntry(m_methods, ViewOf(methodName));
 }
 
 const omu_MemberEntry* omu_TypeDescription::FindMember(const cow_String& memberName) const {
-  return FindEntry(members, ViewOf(memberName));
+  return FindEntry(m_members, ViewOf(memberName));
 }
 
 bool omu_TypeDescription::SameTables(const omu_TypeDescription& other) const {
-  return methods == other.methods && members == other.members &&
-         deprecatedMethods == other.deprecatedMethods &&
-         deprecatedMembers == other.deprecatedMembers;
+  return m_methods == other.m_methods && m_members == other.m_members &&
+         m_deprecatedMethods == other.m_deprecatedMethods &&
+         m_deprecatedMembers == other.m_deprecatedMembers;
 }
