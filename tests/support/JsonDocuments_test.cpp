@@ -25,13 +25,15 @@ Json Contact() {
                "point": [1.0, 2.0, 3.0]},
     "fixed": {"file": "-", "triangles": 9, "skipped": 0, "left_out": 0, "triangle": 0,
               "point": [1.0, 2.0, 3.0]},
+    "fixed_body": 0,
+    "fixed_bodies": [{"file": "-", "triangles": 9, "skipped": 0, "left_out": 0}],
     "warnings": []})");
 }
 
 Json None() {
   Json json = Contact();
   json["status"] = "none";
-  for (const char* key : {"travel", "kind", "normal"})
+  for (const char* key : {"travel", "kind", "normal", "fixed_body"})
     json[key] = nullptr;
   for (const char* body : {"moving", "fixed"}) {
     json[body]["triangle"] = nullptr;

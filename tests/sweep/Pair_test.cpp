@@ -758,18 +758,11 @@ TEST(Pair, CancelledBatchesKeepWhatWasAnswered) {
 }
 
 TEST(Pair, BatchIsCancelledWithinAQuestion) {
-  // Strips across each other, at heights that vary: no box tells them apart.
-  const auto strips = [](double x, double y, double z) {
-    Mesh mesh;
-    for (int k = 0; k < 400; ++k) {
-      const double at = 0.01 * k;
-      const double height = z + 1e-4 * (k * 37 % 400);
-      AddTriangle(mesh, {at * y, at * x, height}, {at * y + 4.0 * x, at * x + 4.0 * y, height},
-                  {at * y + 0.005 * y, at * x + 0.005 * x, height});
-    }
-    return mesh;
-  };
-  const Pair pair = PairOf(strips(1.0, 0.0, 5.0), strips(0.0, 1.0, 2.0));
+  // Specks in a cube above specks in a cube: many pairs to look at, and hardly one that meets.
+  std::mt19937_64 random(4);
+  const Mesh specks = Soup(random, 20000, 1.0, 1e-5, 0.0);
+  const Mesh others = Moved(Soup(random, 20000, 1.0, 1e-5, 0.0), {0.0, 0.0, -3.0});
+  const Pair pair = PairOf(specks, others);
   Question question;
   question.direction = down;
   std::size_t calls = 0;
@@ -777,7 +770,7 @@ TEST(Pair, BatchIsCancelledWithinAQuestion) {
   run.progress = [&calls](double) { return ++calls > 0; };
   Answer answer;
   pair.First(&question, 1, &answer, run);
-  ASSERT_EQ(answer.status, SweepStatus::Contact);
+  ASSERT_NE(answer.status, SweepStatus::Cancelled);
   ASSERT_GT(calls, 1u); // the last one counts the question
   run.progress = [](double) { return false; };
   pair.First(&question, 1, &answer, run);
