@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <random>
+#include <string>
 
 namespace {
 
@@ -12,7 +13,14 @@ template <class Scalar>
 class TravelTests : public testing::Test {};
 
 using Scalars = testing::Types<float, double>;
-TYPED_TEST_SUITE(TravelTests, Scalars);
+
+struct ScalarNames {
+  template <class Scalar>
+  static std::string GetName(int) {
+    return sizeof(Scalar) == sizeof(float) ? "Float" : "Double";
+  }
+};
+TYPED_TEST_SUITE(TravelTests, Scalars, ScalarNames);
 
 template <class Scalar>
 Boxes<Scalar> Fourfold(const Box<Scalar>& box) {
