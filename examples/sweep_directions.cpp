@@ -2,6 +2,7 @@
 
 #include <gsl_Sweep.h>
 
+#include <cstddef>
 #include <cstdio>
 #include <vector>
 
@@ -56,7 +57,7 @@ int main() {
   const Pair pair(part, surroundings); // prepares everything once
 
   std::vector<Question> questions(6);
-  for (int k = 0; k < 6; ++k) {
+  for (std::size_t k = 0; k < questions.size(); ++k) {
     const double sign = k % 2 == 0 ? 1.0 : -1.0;
     questions[k].direction = {k / 2 == 0 ? sign : 0.0, k / 2 == 1 ? sign : 0.0,
                               k / 2 == 2 ? sign : 0.0};

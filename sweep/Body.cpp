@@ -8,6 +8,7 @@ Body::~Body() = default;
 Body::Body(const Body&) = default;
 Body& Body::operator=(const Body&) = default;
 // A body that was moved from keeps its share, so that every body can be asked.
+// NOLINTNEXTLINE(performance-move-constructor-init): a copy on purpose
 Body::Body(Body&& other) noexcept : m_prepared(other.m_prepared) {}
 Body& Body::operator=(Body&& other) noexcept {
   m_prepared = other.m_prepared;

@@ -97,7 +97,7 @@ Corners::Corners(const TriangleView& view)
     : m_count(view.triangleCount), m_vertexCount(view.vertexCount),
       m_isIndexed(view.corners != nullptr) {
   RequireCounts(view);
-  if (m_isIndexed) {
+  if (view.corners != nullptr) {
     RequireVertices(view);
     m_corners = Array<std::uint32_t>(3 * m_count + 1);
     std::copy_n(view.corners, 3 * m_count, m_corners.data());

@@ -130,6 +130,7 @@ void Search(const SweepOptions& options, const Mesh& moving, const std::vector<M
   };
   const Body movingBody(ViewOf(moving));
   std::vector<Body> fixedBodies;
+  fixedBodies.reserve(fixed.size());
   for (const Mesh& mesh : fixed)
     fixedBodies.emplace_back(ViewOf(mesh));
   const Pair pair(movingBody, fixedBodies, run);
