@@ -28,7 +28,7 @@ std::string FolderOf(const std::string& path) {
   return slash == 0 ? "/" : path.substr(0, slash);
 }
 
-/// The path behind symbolic links; the path itself where there is no file yet.
+/// The path that symbolic links lead to, or the path itself where no file exists yet.
 std::string ResolvedPath(const std::string& path) {
   const std::unique_ptr<char, decltype(&std::free)> resolved(realpath(path.c_str(), nullptr),
                                                              &std::free);
