@@ -74,12 +74,12 @@ void OursWith(benchmark::State& state, const gsl_WideKernels* kernels) {
   for (auto _ : state) {
     std::copy(problem.a.begin(), problem.a.end(), &a.At(0, 0));
     x = problem.b;
-    gsl_kernel::LuSystem system = {a.Rows(), problem.n, pivots.data(), 1};
-    if (gsl_LUDecompose(system, *kernels) != gsl_kernel::LuResult::Decomposed)
+    gsl_wide::LuSystem system = {a.Rows(), problem.n, pivots.data(), 1};
+    if (gsl_LUDecompose(system, *kernels) != gsl_wide::LuResult::Decomposed)
       state.SkipWithError("singular");
-    gsl_kernel::PermuteRightSide(system, x.data());
-    gsl_kernel::SubstituteForward(system, x.data());
-    gsl_kernel::SubstituteBackward(system, x.data());
+    gsl_wide::PermuteRightSide(system, x.data());
+    gsl_wide::SubstituteForward(system, x.data());
+    gsl_wide::SubstituteBackward(system, x.data());
     benchmark::DoNotOptimize(x.data());
     benchmark::ClobberMemory();
   }

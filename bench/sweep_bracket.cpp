@@ -27,6 +27,7 @@
 /// koala.obj in four twice, and compares with the uncut one. Exit status 1 when a check fails.
 namespace {
 
+using namespace gsl_mesh;
 using namespace gsl_sweep;
 using gsl_arithmetic::Add;
 using gsl_arithmetic::Cross;

@@ -4,7 +4,7 @@
 #include <cmath>
 #include <cstddef>
 
-namespace gsl_sweep {
+namespace gsl_exact {
 
 namespace {
 
@@ -117,4 +117,4 @@ int BigNatural::Compare(const BigNatural& a, const BigNatural& b) {
   return CompareLimbs(left.m_limbs, right.m_limbs);
 }
 
-} // namespace gsl_sweep
+} // namespace gsl_exact

@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <vector>
 
-namespace gsl_sweep {
+namespace gsl_exact {
 
 /// A natural number of any size times a power of two. It allocates, so it is used only for the rare
 /// comparison whose terms are outside the range of double.
@@ -48,6 +48,6 @@ private:
   int m_exponent = 0;                 ///< the exponent of the lowest bit
 };
 
-} // namespace gsl_sweep
+} // namespace gsl_exact
 
 #endif

@@ -1,6 +1,6 @@
 #include "Determinant.h"
 
-namespace gsl_sweep {
+namespace gsl_exact {
 
 namespace {
 
@@ -65,4 +65,4 @@ int DeterminantSign(const VectorBetween& u, const VectorBetween& v, const Vector
   return ExactDeterminant(u, v, w).Sign();
 }
 
-} // namespace gsl_sweep
+} // namespace gsl_exact

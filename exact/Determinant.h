@@ -8,7 +8,7 @@
 /// Determinants of three vectors between points, with their exact sign.
 /// Range      exact when every coordinate is zero or has a magnitude from 2^-288 to 2^300; then no
 ///            term of three factors is outside the range of double.
-namespace gsl_sweep {
+namespace gsl_exact {
 
 using gsl_arithmetic::Coord3;
 
@@ -47,6 +47,6 @@ Expansion<192> ExactDeterminant(const VectorBetween& u, const VectorBetween& v,
 /// Returns the exact sign of det[u, v, w]: -1, 0 or 1.
 int DeterminantSign(const VectorBetween& u, const VectorBetween& v, const VectorBetween& w);
 
-} // namespace gsl_sweep
+} // namespace gsl_exact
 
 #endif

@@ -9,7 +9,7 @@
 ///            Predicates, 1997; Dekker 1971 for the product and the double-double operations.
 /// Range      exact while no product overflows and no error term is subnormal; the callers
 ///            ensure that.
-namespace gsl_sweep {
+namespace gsl_exact {
 
 /// The number hi + lo, where hi is the double nearest to the sum.
 struct DoubleDouble {
@@ -190,6 +190,6 @@ Expansion<N> Minus(Expansion<N> a) {
   return a;
 }
 
-} // namespace gsl_sweep
+} // namespace gsl_exact
 
 #endif

@@ -8,7 +8,7 @@
 #include <cstdint>
 #include <cstring>
 
-namespace gsl_sweep {
+namespace gsl_exact {
 
 namespace {
 
@@ -206,4 +206,4 @@ int CompareLength(const ExactRatio& ratio, const Coord3& vector, const ScaledLen
                              times(times(limit, limit), times(under, under)));
 }
 
-} // namespace gsl_sweep
+} // namespace gsl_exact

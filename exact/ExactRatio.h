@@ -5,7 +5,7 @@
 
 #include "gsl_Arithmetic.h"
 
-namespace gsl_sweep {
+namespace gsl_exact {
 
 using gsl_arithmetic::Coord3;
 
@@ -36,6 +36,6 @@ struct ScaledLength {
 /// double.
 int CompareLength(const ExactRatio& ratio, const Coord3& vector, const ScaledLength& length);
 
-} // namespace gsl_sweep
+} // namespace gsl_exact
 
 #endif

@@ -16,16 +16,16 @@
 
 namespace {
 
-gsl_sweep::MeshFormat FormatOf(std::uint8_t choice) {
+gsl_mesh::MeshFormat FormatOf(std::uint8_t choice) {
   switch (choice) {
   case 's':
-    return gsl_sweep::MeshFormat::Stl;
+    return gsl_mesh::MeshFormat::Stl;
   case 'o':
-    return gsl_sweep::MeshFormat::Obj;
+    return gsl_mesh::MeshFormat::Obj;
   case 'p':
-    return gsl_sweep::MeshFormat::Ply;
+    return gsl_mesh::MeshFormat::Ply;
   default:
-    return gsl_sweep::MeshFormat::Off;
+    return gsl_mesh::MeshFormat::Off;
   }
 }
 
@@ -40,12 +40,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   // A copy of the exact size, so that a read beyond its end is noticed.
   const std::string bytes(reinterpret_cast<const char*>(data + 1), size - 1);
   const std::string name = "input";
-  gsl_sweep::DetectMeshFormat(bytes, name);
-  Require(gsl_sweep::ForeignFile(bytes, name).find('\n') == std::string::npos);
+  gsl_mesh::DetectMeshFormat(bytes, name);
+  Require(gsl_mesh::ForeignFile(bytes, name).find('\n') == std::string::npos);
   try {
-    const gsl_sweep::Mesh mesh = gsl_sweep::ReadMeshFromMemory(bytes, name, FormatOf(data[0]));
+    const gsl_mesh::Mesh mesh = gsl_mesh::ReadMeshFromMemory(bytes, name, FormatOf(data[0]));
     Require(mesh.TriangleCount() > 0 && mesh.corners.size() == 3 * mesh.TriangleCount());
-  } catch (const gsl_sweep::MeshError& e) {
+  } catch (const gsl_mesh::MeshError& e) {
     const std::string_view message = e.what();
     Require(message.substr(0, name.size() + 2) == name + ": ");
     Require(message.find('\n') == message.npos);

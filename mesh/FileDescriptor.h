@@ -3,7 +3,7 @@
 
 #include <unistd.h>
 
-namespace gsl_sweep {
+namespace gsl_mesh {
 
 /// Closes a file when it is destroyed. A negative descriptor means no file.
 class FileDescriptor {
@@ -31,6 +31,6 @@ private:
   int m_value;
 };
 
-} // namespace gsl_sweep
+} // namespace gsl_mesh
 
 #endif

@@ -2,7 +2,7 @@
 
 #include <unistd.h>
 
-namespace gsl_sweep {
+namespace gsl_mesh {
 
 std::uint64_t MemoryOfMachine() {
   const auto pages = sysconf(_SC_PHYS_PAGES);
@@ -11,4 +11,4 @@ std::uint64_t MemoryOfMachine() {
   return static_cast<std::uint64_t>(pages) * static_cast<std::uint64_t>(pageSize);
 }
 
-} // namespace gsl_sweep
+} // namespace gsl_mesh

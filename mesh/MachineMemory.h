@@ -3,11 +3,11 @@
 
 #include <cstdint>
 
-namespace gsl_sweep {
+namespace gsl_mesh {
 
 /// Returns the physical memory in bytes; 0 when it is not known.
 std::uint64_t MemoryOfMachine();
 
-} // namespace gsl_sweep
+} // namespace gsl_mesh
 
 #endif

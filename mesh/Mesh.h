@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-namespace gsl_sweep {
+namespace gsl_mesh {
 
 /// Triangles of one body, in the order of the file.
 /// Units      the numbers of the file; they are not guessed, scaled, welded or reordered.
@@ -36,6 +36,6 @@ public:
   explicit MeshError(const std::string& message) : std::runtime_error(Printable(message)) {}
 };
 
-} // namespace gsl_sweep
+} // namespace gsl_mesh
 
 #endif

@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <initializer_list>
 
-namespace gsl_sweep {
+namespace gsl_mesh {
 
 namespace {
 
@@ -85,4 +85,4 @@ std::string ForeignFile(std::string_view bytes, const std::string& name) {
   return {};
 }
 
-} // namespace gsl_sweep
+} // namespace gsl_mesh

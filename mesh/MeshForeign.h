@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-namespace gsl_sweep {
+namespace gsl_mesh {
 
 /// Says what a file is that is often taken for a mesh file, and what to do about it: "is a STEP
 /// file, not a mesh; ...". Returns an empty text for every other file.
@@ -19,6 +19,6 @@ namespace gsl_sweep {
 /// UTF-16, because Assimp reads some of them.
 std::string ForeignFile(std::string_view bytes, const std::string& name);
 
-} // namespace gsl_sweep
+} // namespace gsl_mesh
 
 #endif

@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <iterator>
 
-namespace gsl_sweep {
+namespace gsl_mesh {
 
 namespace {
 
@@ -59,4 +59,4 @@ std::string ExtensionOf(const std::string& path) {
   return LowerCase(std::string_view(path).substr(dot + 1));
 }
 
-} // namespace gsl_sweep
+} // namespace gsl_mesh

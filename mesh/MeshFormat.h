@@ -5,7 +5,7 @@
 #include <string_view>
 
 /// The formats of mesh files and their names.
-namespace gsl_sweep {
+namespace gsl_mesh {
 
 enum class MeshFormat {
   Stl,
@@ -29,6 +29,6 @@ std::string MeshFormatNames(std::string_view prefix);
 /// Returns the part of a file name after its last dot, in lower case; empty without a dot.
 std::string ExtensionOf(const std::string& path);
 
-} // namespace gsl_sweep
+} // namespace gsl_mesh
 
 #endif

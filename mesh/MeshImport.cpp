@@ -22,7 +22,7 @@
 
 using gsl_arithmetic::Coord3;
 
-namespace gsl_sweep {
+namespace gsl_mesh {
 
 namespace {
 
@@ -241,4 +241,4 @@ Mesh ImportMesh(const std::string& program, const std::string& path, const Impor
   FailRead(source, "is damaged: the program that imports it ended early (" + process.Wait() + ")");
 }
 
-} // namespace gsl_sweep
+} // namespace gsl_mesh

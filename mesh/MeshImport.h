@@ -10,7 +10,7 @@
 /// A separate program reads these mesh files, because the importers that it uses were not written
 /// for damaged files. A crash, an allocation without end, an endless loop and output on the
 /// standard streams stay inside that program.
-namespace gsl_sweep {
+namespace gsl_mesh {
 
 /// What the import program may use.
 struct ImportLimits {
@@ -33,6 +33,6 @@ std::string MeshImportProgram();
 ///            or reached a limit.
 Mesh ImportMesh(const std::string& program, const std::string& path, const ImportLimits& limits);
 
-} // namespace gsl_sweep
+} // namespace gsl_mesh
 
 #endif

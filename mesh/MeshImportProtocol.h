@@ -11,7 +11,7 @@
 ///            error; and without an error the number of warnings, the warnings, the number of
 ///            corners, and the corners.
 /// Texts      the number of bytes, then the bytes. Every number has 64 bits.
-namespace gsl_sweep::import_protocol {
+namespace gsl_mesh::import_protocol {
 
 /// Changes whenever the rest of the protocol changes.
 constexpr char kGreeting[] = "gslmesh1";
@@ -20,6 +20,6 @@ enum Argument { Greeting = 1, Memory, Caller, Path, Count };
 
 constexpr int kAnswerDescriptor = 3;
 
-} // namespace gsl_sweep::import_protocol
+} // namespace gsl_mesh::import_protocol
 
 #endif

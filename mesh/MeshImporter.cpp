@@ -20,7 +20,7 @@
 
 using gsl_arithmetic::Coord3;
 
-namespace gsl_sweep {
+namespace gsl_mesh {
 
 namespace {
 
@@ -120,4 +120,4 @@ int RunMeshImporter(int argc, const char* const* argv, MeshReader read) {
   std::_Exit(0);
 }
 
-} // namespace gsl_sweep
+} // namespace gsl_mesh

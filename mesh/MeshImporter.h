@@ -5,7 +5,7 @@
 
 #include <string>
 
-namespace gsl_sweep {
+namespace gsl_mesh {
 
 using MeshReader = Mesh (*)(const std::string& path);
 
@@ -13,6 +13,6 @@ using MeshReader = Mesh (*)(const std::string& path);
 /// process, reads the mesh, and sends the mesh or the error. Returns the exit status.
 int RunMeshImporter(int argc, const char* const* argv, MeshReader read);
 
-} // namespace gsl_sweep
+} // namespace gsl_mesh
 
 #endif

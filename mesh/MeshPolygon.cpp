@@ -5,7 +5,7 @@
 
 using gsl_arithmetic::Coord3;
 
-namespace gsl_sweep {
+namespace gsl_mesh {
 
 namespace {
 
@@ -221,4 +221,4 @@ void PolygonTriangulator::UpdateTurn(std::size_t corner) {
   if (old > 0 && turn <= 0) m_obstacles.push_back(corner);
 }
 
-} // namespace gsl_sweep
+} // namespace gsl_mesh

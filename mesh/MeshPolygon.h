@@ -7,7 +7,7 @@
 #include <cstddef>
 #include <vector>
 
-namespace gsl_sweep {
+namespace gsl_mesh {
 
 /// Cuts the polygons of a mesh file into triangles without adding corners.
 /// The polygon is projected to the coordinate plane in which its area (Newell's normal) is largest.
@@ -55,6 +55,6 @@ private:
   std::size_t m_testsLeft = 0;
 };
 
-} // namespace gsl_sweep
+} // namespace gsl_mesh
 
 #endif

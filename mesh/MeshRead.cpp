@@ -18,7 +18,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-namespace gsl_sweep {
+namespace gsl_mesh {
 
 namespace {
 
@@ -230,4 +230,4 @@ Mesh ReadMeshFromStream(int descriptor, const std::string& name, MeshFormat form
   });
 }
 
-} // namespace gsl_sweep
+} // namespace gsl_mesh

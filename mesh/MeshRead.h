@@ -7,7 +7,7 @@
 #include <string>
 #include <string_view>
 
-namespace gsl_sweep {
+namespace gsl_mesh {
 
 /// Reads a mesh file of any known format.
 /// Format     by content where the content is unambiguous (PLY, OFF, STL, binary glTF), else by the
@@ -35,6 +35,6 @@ Mesh ReadMeshFromMemory(std::string_view bytes, const std::string& name, MeshFor
 /// Returns the format that ReadMesh would choose for these contents and this name.
 MeshFormat DetectMeshFormat(std::string_view bytes, const std::string& name);
 
-} // namespace gsl_sweep
+} // namespace gsl_mesh
 
 #endif

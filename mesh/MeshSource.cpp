@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-namespace gsl_sweep {
+namespace gsl_mesh {
 
 namespace {
 
@@ -53,4 +53,4 @@ std::string_view WithoutByteOrderMark(std::string_view bytes) {
   return bytes;
 }
 
-} // namespace gsl_sweep
+} // namespace gsl_mesh

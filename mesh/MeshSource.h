@@ -8,7 +8,7 @@
 #include <string_view>
 
 /// A mesh file in memory, and the messages of its reader.
-namespace gsl_sweep {
+namespace gsl_mesh {
 
 /// A whole file in memory, and the name that messages use.
 struct MeshSource {
@@ -35,6 +35,6 @@ std::size_t LineNumberAt(std::string_view bytes, const char* position);
 /// Returns `bytes` without the mark that some editors put before UTF-8 text.
 std::string_view WithoutByteOrderMark(std::string_view bytes);
 
-} // namespace gsl_sweep
+} // namespace gsl_mesh
 
 #endif

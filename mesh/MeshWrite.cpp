@@ -2,7 +2,7 @@
 
 #include "writers/MeshWriters.h"
 
-namespace gsl_sweep {
+namespace gsl_mesh {
 
 namespace {
 
@@ -44,4 +44,4 @@ void WriteMesh(const std::string& path, const Mesh& mesh, bool force) {
   file.Commit();
 }
 
-} // namespace gsl_sweep
+} // namespace gsl_mesh

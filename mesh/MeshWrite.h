@@ -6,7 +6,7 @@
 
 #include <string>
 
-namespace gsl_sweep {
+namespace gsl_mesh {
 
 /// Returns the format that WriteMesh chooses for a file name, by its extension in upper or lower
 /// case. Returns Unknown when no writer has that extension.
@@ -29,6 +29,6 @@ MeshFormat MeshFormatToWrite(const std::string& path);
 ///            2147483647 vertices).
 void WriteMesh(const std::string& path, const Mesh& mesh, bool force);
 
-} // namespace gsl_sweep
+} // namespace gsl_mesh
 
 #endif

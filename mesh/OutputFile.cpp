@@ -13,7 +13,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-namespace gsl_sweep {
+namespace gsl_mesh {
 
 namespace {
 
@@ -229,4 +229,4 @@ void RemoveTemporaryFilesOnInterrupt() {
   }
 }
 
-} // namespace gsl_sweep
+} // namespace gsl_mesh

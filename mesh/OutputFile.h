@@ -8,7 +8,7 @@
 #include <string>
 #include <string_view>
 
-namespace gsl_sweep {
+namespace gsl_mesh {
 
 /// An output cannot be written. what() is one line that names the file.
 class OutputError : public std::runtime_error {
@@ -65,6 +65,6 @@ void RemoveTemporaryFiles() noexcept;
 /// as usual. A signal that is ignored stays ignored.
 void RemoveTemporaryFilesOnInterrupt();
 
-} // namespace gsl_sweep
+} // namespace gsl_mesh
 
 #endif

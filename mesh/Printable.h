@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <string>
 
-namespace gsl_sweep {
+namespace gsl_mesh {
 
 /// Returns `text` with '?' for each control character: a file name or a word of a file must not
 /// break a message in two or reach the terminal as a command. A second call changes nothing.
@@ -16,6 +16,6 @@ inline std::string Printable(std::string text) {
   return text;
 }
 
-} // namespace gsl_sweep
+} // namespace gsl_mesh
 
 #endif

@@ -4,6 +4,9 @@
 
 namespace gsl_sweep {
 
+using gsl_exact::Expansion;
+using gsl_exact::TwoDifference;
+
 namespace {
 
 constexpr double kInfinity = std::numeric_limits<double>::infinity();

@@ -5,6 +5,16 @@
 
 namespace gsl_sweep {
 
+using gsl_exact::DeterminantSign;
+using gsl_exact::Estimate;
+using gsl_exact::EstimateDeterminant;
+using gsl_exact::ExactCross;
+using gsl_exact::ExactCrossProduct;
+using gsl_exact::ExactDeterminant;
+using gsl_exact::TwoDifference;
+using gsl_exact::TwoProduct;
+using gsl_exact::VectorBetween;
+
 namespace {
 
 const Coord3 kOrigin{0.0, 0.0, 0.0};

@@ -16,6 +16,9 @@
 /// Range      of coordinates and direction: see Determinant.h. They must be finite.
 namespace gsl_sweep {
 
+using gsl_exact::DoubleDouble;
+using gsl_exact::ExactRatio;
+
 /// A direction of travel; its length does not matter.
 class TravelDirection {
 public:

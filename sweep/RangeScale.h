@@ -8,6 +8,9 @@
 
 namespace gsl_sweep {
 
+using gsl_exact::ExactRatio;
+using gsl_exact::ScaledLength;
+
 /// Brings coordinates into the range in which the pair kernel is exact, by a power of two. The
 /// largest coordinate becomes less than 1, and coordinates that are then below 2^-288 are rounded
 /// to 2^-339.

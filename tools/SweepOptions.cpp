@@ -21,11 +21,8 @@ namespace gsl_tools {
 namespace {
 
 using gsl_arithmetic::Coord3;
-using gsl_sweep::MeshFormat;
-using gsl_sweep::MeshFormatNames;
-using gsl_sweep::ParseNumber;
-using gsl_sweep::ParseVector;
-using gsl_sweep::ProgressStyle;
+using gsl_mesh::MeshFormat;
+using gsl_mesh::MeshFormatNames;
 
 constexpr unsigned kMostThreads = 1024;
 
@@ -178,7 +175,7 @@ void RefuseUnknownOptions(const CLI::App& app, const char* const* begin, const c
     const bool isBeforeEnd = std::find(begin, end, std::string_view(argument)) != end;
     if (!LooksLikeOption(argument) || !isBeforeEnd) continue;
     const std::string name = argument.substr(0, argument.find('='));
-    const bool isDirection = gsl_sweep::ParseDirection(argument).has_value();
+    const bool isDirection = ParseDirection(argument).has_value();
     FailUnknown(name, isDirection ? "--direction " + name : NearName(name, LongNames(app)));
   }
 }
@@ -224,7 +221,7 @@ bool IsZero(const Coord3& v) {
 }
 
 Coord3 DirectionOf(const std::string& value) {
-  if (const auto direction = gsl_sweep::ParseDirection(value)) return *direction;
+  if (const auto direction = ParseDirection(value)) return *direction;
   const auto vector = ParseVector(value);
   if (vector && IsZero(*vector)) FailValue("--direction", "be a vector that is not zero", value);
   FailValue("--direction", kDirectionForms, value);
@@ -244,14 +241,14 @@ double MaxDistanceOf(const std::string& value) {
 }
 
 std::string OutputFileOf(const std::string& value) {
-  if (gsl_sweep::MeshFormatToWrite(value) == MeshFormat::Unknown) {
+  if (gsl_mesh::MeshFormatToWrite(value) == MeshFormat::Unknown) {
     FailValue("--output", "end in " + MeshFormatNames("."), value);
   }
   return OutputNameOf("--output", value, "be a file name");
 }
 
 MeshFormat FormatOf(const std::string& value) {
-  const MeshFormat format = gsl_sweep::MeshFormatNamed(value);
+  const MeshFormat format = gsl_mesh::MeshFormatNamed(value);
   if (format == MeshFormat::Unknown) FailValue("--format", "be " + MeshFormatNames(""), value);
   return format;
 }

@@ -16,16 +16,16 @@
 namespace gsl_tools {
 
 struct SweepOptions {
-  std::string movingFile;              ///< as typed; "-" is standard input
-  std::vector<std::string> fixedFiles; ///< at most one file of all is "-"
-  gsl_sweep::MeshFormat format = gsl_sweep::MeshFormat::Unknown; ///< of standard input
-  gsl_arithmetic::Coord3 direction{0.0, 0.0, 0.0};               ///< not zero
+  std::string movingFile;                                      ///< as typed; "-" is standard input
+  std::vector<std::string> fixedFiles;                         ///< at most one file of all is "-"
+  gsl_mesh::MeshFormat format = gsl_mesh::MeshFormat::Unknown; ///< of standard input
+  gsl_arithmetic::Coord3 direction{0.0, 0.0, 0.0};             ///< not zero
   gsl_arithmetic::Coord3 offset{0.0, 0.0, 0.0};
   bool oneSided = false;
   double maxDistance = std::numeric_limits<double>::infinity(); ///< at least 0
   std::string jsonFile, outputFile;                             ///< empty when not requested
   unsigned threads = 1;
-  gsl_sweep::ProgressStyle progress = gsl_sweep::ProgressStyle::Auto;
+  ProgressStyle progress = ProgressStyle::Auto;
   bool quiet = false, force = false;
 
   bool ReadsStdin() const {

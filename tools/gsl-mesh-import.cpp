@@ -2,5 +2,5 @@
 #include "readers/MeshReadAssimp.h"
 
 int main(int argc, char** argv) {
-  return gsl_sweep::RunMeshImporter(argc, argv, gsl_sweep::ImportWithAssimp);
+  return gsl_mesh::RunMeshImporter(argc, argv, gsl_mesh::ImportWithAssimp);
 }

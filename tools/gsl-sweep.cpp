@@ -24,10 +24,9 @@
 
 namespace {
 
+using namespace gsl_mesh;
 using namespace gsl_sweep;
-using gsl_tools::ParseSweepOptions;
-using gsl_tools::SweepOptions;
-using gsl_tools::UsageError;
+using namespace gsl_tools;
 
 enum ExitStatus { Touching = 0, NoContact = 1, Usage = 2, BadInput = 3, Failure = 4 };
 

@@ -17,7 +17,7 @@ static_assert(sizeof(bool) == 1, "rows are scanned as bytes");
 
 namespace {
 
-using gsl_kernel::kAdjacencyRun;
+using gsl_wide::kAdjacencyRun;
 
 /// The vertices that are visited but whose rows are not scanned yet, one bit each.
 class WaitingSet {

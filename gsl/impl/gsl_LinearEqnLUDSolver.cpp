@@ -6,8 +6,8 @@
 #include <algorithm>
 #include <new>
 
-using gsl_kernel::LuResult;
-using gsl_kernel::LuSystem;
+using gsl_wide::LuResult;
+using gsl_wide::LuSystem;
 
 namespace {
 
@@ -56,8 +56,8 @@ bool gsl_LinearEqnLUDSolver::Solve(double* b, double* x) {
   if (!Decompose()) return false;
   if (x != b) std::copy(b, b + m_size, x);
   const LuSystem system = {m_matrix, static_cast<std::int32_t>(m_size), m_pivots, m_parity};
-  gsl_kernel::PermuteRightSide(system, x);
-  gsl_kernel::SubstituteForward(system, x);
-  gsl_kernel::SubstituteBackward(system, x);
+  gsl_wide::PermuteRightSide(system, x);
+  gsl_wide::SubstituteForward(system, x);
+  gsl_wide::SubstituteBackward(system, x);
   return true;
 }

@@ -1,6 +1,6 @@
 #include "readers/FaceCollector.h"
 
-namespace gsl_sweep {
+namespace gsl_mesh {
 
 void FaceCollector::Add(const gsl_arithmetic::Coord3* ring, std::size_t count,
                         const char* position) {
@@ -35,4 +35,4 @@ void FaceCollector::Finish() {
            " (counted from 0)");
 }
 
-} // namespace gsl_sweep
+} // namespace gsl_mesh

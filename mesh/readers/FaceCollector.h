@@ -6,7 +6,7 @@
 
 #include <cstddef>
 
-namespace gsl_sweep {
+namespace gsl_mesh {
 
 /// Takes faces in file order and appends their triangles to a mesh.
 class FaceCollector {
@@ -28,6 +28,6 @@ private:
   std::size_t m_firstLeftOut = 0;
 };
 
-} // namespace gsl_sweep
+} // namespace gsl_mesh
 
 #endif

@@ -15,7 +15,7 @@
 
 using gsl_arithmetic::Coord3;
 
-namespace gsl_sweep {
+namespace gsl_mesh {
 
 namespace {
 
@@ -166,4 +166,4 @@ Mesh ImportWithAssimp(const std::string& path) {
   return mesh;
 }
 
-} // namespace gsl_sweep
+} // namespace gsl_mesh

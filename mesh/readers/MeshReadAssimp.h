@@ -5,7 +5,7 @@
 
 #include <string>
 
-namespace gsl_sweep {
+namespace gsl_mesh {
 
 /// Reads 3MF, glTF and other formats that Assimp knows. Only the import program calls it, because a
 /// damaged file may end the process.
@@ -16,6 +16,6 @@ namespace gsl_sweep {
 /// Errors     MeshError, also for a format that Assimp does not know.
 Mesh ImportWithAssimp(const std::string& path);
 
-} // namespace gsl_sweep
+} // namespace gsl_mesh
 
 #endif

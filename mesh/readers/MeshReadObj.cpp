@@ -12,7 +12,7 @@
 
 using gsl_arithmetic::Coord3;
 
-namespace gsl_sweep {
+namespace gsl_mesh {
 
 namespace {
 
@@ -251,4 +251,4 @@ Mesh ReadObj(const MeshSource& source) {
   return mesh;
 }
 
-} // namespace gsl_sweep
+} // namespace gsl_mesh

@@ -6,7 +6,7 @@
 
 using gsl_arithmetic::Coord3;
 
-namespace gsl_sweep {
+namespace gsl_mesh {
 
 namespace {
 
@@ -121,4 +121,4 @@ Mesh ReadOff(const MeshSource& source) {
   return mesh;
 }
 
-} // namespace gsl_sweep
+} // namespace gsl_mesh

@@ -9,7 +9,7 @@
 
 using gsl_arithmetic::Coord3;
 
-namespace gsl_sweep {
+namespace gsl_mesh {
 
 namespace {
 
@@ -466,4 +466,4 @@ Mesh ReadPly(const MeshSource& source) {
       .Read(header);
 }
 
-} // namespace gsl_sweep
+} // namespace gsl_mesh

@@ -7,7 +7,7 @@
 
 using gsl_arithmetic::Coord3;
 
-namespace gsl_sweep {
+namespace gsl_mesh {
 
 namespace {
 
@@ -176,4 +176,4 @@ Mesh ReadStl(const MeshSource& source) {
   return ReadBinary(source);
 }
 
-} // namespace gsl_sweep
+} // namespace gsl_mesh

@@ -8,7 +8,7 @@
 /// One function for each format that has a reader here; MeshRead.cpp chooses between them.
 ///
 /// Errors     MeshError, with the line where a text format has one.
-namespace gsl_sweep {
+namespace gsl_mesh {
 
 Mesh ReadStl(const MeshSource& source);
 Mesh ReadObj(const MeshSource& source);
@@ -21,6 +21,6 @@ bool HasSizeOfBinaryStl(std::string_view bytes);
 /// True when the first word is an OFF keyword such as OFF, COFF or STNOFF.
 bool BeginsWithOffKeyword(std::string_view bytes);
 
-} // namespace gsl_sweep
+} // namespace gsl_mesh
 
 #endif

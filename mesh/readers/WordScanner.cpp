@@ -6,7 +6,7 @@
 #include <charconv>
 #include <limits>
 
-namespace gsl_sweep {
+namespace gsl_mesh {
 
 namespace {
 
@@ -121,4 +121,4 @@ std::int64_t WordScanner::Integer(const char* what) {
   return value;
 }
 
-} // namespace gsl_sweep
+} // namespace gsl_mesh

@@ -7,7 +7,7 @@
 #include <string_view>
 
 /// Words and numbers of text formats.
-namespace gsl_sweep {
+namespace gsl_mesh {
 
 /// Reads all of `token` as a number, correctly rounded. A leading '+' and the names that C
 /// libraries print for NaN and infinity are read too. False for anything else.
@@ -64,6 +64,6 @@ private:
   bool m_comments;
 };
 
-} // namespace gsl_sweep
+} // namespace gsl_mesh
 
 #endif

@@ -3,7 +3,7 @@
 #include <charconv>
 #include <cstring>
 
-namespace gsl_sweep {
+namespace gsl_mesh {
 
 namespace {
 
@@ -69,4 +69,4 @@ void WriteVertexLine(const gsl_arithmetic::Coord3& vertex, MeshOutput& output) {
   output.Text("\n");
 }
 
-} // namespace gsl_sweep
+} // namespace gsl_mesh

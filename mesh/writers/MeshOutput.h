@@ -9,7 +9,7 @@
 #include <string>
 #include <string_view>
 
-namespace gsl_sweep {
+namespace gsl_mesh {
 
 /// Collects the bytes of a mesh file and passes them on in blocks.
 class MeshOutput {
@@ -46,6 +46,6 @@ private:
 /// Writes three decimals and the end of the line.
 void WriteVertexLine(const gsl_arithmetic::Coord3& vertex, MeshOutput& output);
 
-} // namespace gsl_sweep
+} // namespace gsl_mesh
 
 #endif

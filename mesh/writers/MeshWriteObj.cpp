@@ -1,7 +1,7 @@
 #include "writers/MeshWriters.h"
 #include "writers/SharedVertices.h"
 
-namespace gsl_sweep {
+namespace gsl_mesh {
 
 void WriteObj(const Mesh& mesh, MeshOutput& output) {
   const SharedVertices shared = ShareVertices(mesh, output);
@@ -17,4 +17,4 @@ void WriteObj(const Mesh& mesh, MeshOutput& output) {
   }
 }
 
-} // namespace gsl_sweep
+} // namespace gsl_mesh

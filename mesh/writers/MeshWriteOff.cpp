@@ -1,7 +1,7 @@
 #include "writers/MeshWriters.h"
 #include "writers/SharedVertices.h"
 
-namespace gsl_sweep {
+namespace gsl_mesh {
 
 void WriteOff(const Mesh& mesh, MeshOutput& output) {
   const SharedVertices shared = ShareVertices(mesh, output);
@@ -20,4 +20,4 @@ void WriteOff(const Mesh& mesh, MeshOutput& output) {
   }
 }
 
-} // namespace gsl_sweep
+} // namespace gsl_mesh

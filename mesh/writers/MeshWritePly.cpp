@@ -3,7 +3,7 @@
 
 using gsl_arithmetic::Coord3;
 
-namespace gsl_sweep {
+namespace gsl_mesh {
 
 void WritePly(const Mesh& mesh, MeshOutput& output) {
   const SharedVertices shared = ShareVertices(mesh, output);
@@ -24,4 +24,4 @@ void WritePly(const Mesh& mesh, MeshOutput& output) {
   }
 }
 
-} // namespace gsl_sweep
+} // namespace gsl_mesh

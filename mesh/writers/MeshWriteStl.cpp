@@ -6,7 +6,7 @@
 
 using gsl_arithmetic::Coord3;
 
-namespace gsl_sweep {
+namespace gsl_mesh {
 
 namespace {
 
@@ -74,4 +74,4 @@ void WriteStl(const Mesh& mesh, MeshOutput& output) {
     WriteFacet(&mesh.corners[3 * k], output);
 }
 
-} // namespace gsl_sweep
+} // namespace gsl_mesh

@@ -5,7 +5,7 @@
 
 using gsl_arithmetic::Coord3;
 
-namespace gsl_sweep {
+namespace gsl_mesh {
 
 namespace {
 
@@ -64,4 +64,4 @@ SharedVertices ShareVertices(const Mesh& mesh, const MeshOutput& output) {
   return shared;
 }
 
-} // namespace gsl_sweep
+} // namespace gsl_mesh

@@ -7,7 +7,7 @@
 #include <cstdint>
 #include <vector>
 
-namespace gsl_sweep {
+namespace gsl_mesh {
 
 /// The vertices of a mesh, and the vertex of each corner. Corners share a vertex when all their
 /// bits are the same, so that a reader reads the same bits that were written.
@@ -20,6 +20,6 @@ struct SharedVertices {
 /// vertices: some readers have signed indices of 32 bits.
 SharedVertices ShareVertices(const Mesh& mesh, const MeshOutput& output);
 
-} // namespace gsl_sweep
+} // namespace gsl_mesh
 
 #endif

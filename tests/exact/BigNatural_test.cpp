@@ -8,8 +8,8 @@
 
 namespace {
 
-using gsl_sweep::BigNatural;
-using gsl_sweep::Expansion;
+using gsl_exact::BigNatural;
+using gsl_exact::Expansion;
 
 __extension__ using Wide = unsigned __int128;
 

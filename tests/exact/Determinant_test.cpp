@@ -9,7 +9,7 @@
 
 namespace {
 
-using namespace gsl_sweep;
+using namespace gsl_exact;
 
 const Coord3 origin{0.0, 0.0, 0.0};
 

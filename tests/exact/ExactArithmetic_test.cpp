@@ -7,7 +7,7 @@
 
 namespace {
 
-using namespace gsl_sweep;
+using namespace gsl_exact;
 
 __extension__ using Wide = __int128;
 

@@ -4,7 +4,7 @@
 
 #include <fcntl.h>
 
-using gsl_sweep::FileDescriptor;
+using gsl_mesh::FileDescriptor;
 
 namespace {
 

@@ -17,8 +17,8 @@
 
 namespace {
 
-using gsl_sweep::Mesh;
-using gsl_sweep::MeshError;
+using gsl_mesh::Mesh;
+using gsl_mesh::MeshError;
 
 Mesh OneTriangle() {
   return {"", {{0.5, -0.25, 0.125}, {3.0, 0.0, 0.0}, {0.0, 2.0, -1.0}}, {}};
@@ -68,6 +68,13 @@ Mesh Surroundings() {
     pause();
 }
 
+/// Ends by a signal, also where a sanitizer handles the signal.
+[[noreturn]] void Crash() {
+  std::signal(SIGSEGV, SIG_DFL);
+  std::raise(SIGSEGV);
+  std::abort();
+}
+
 Mesh Read(const std::string& path) {
   const std::string name = path.substr(path.rfind('/') + 1);
   if (name == "mesh") return {path, OneTriangle().corners, {"first", "", "third"}};
@@ -78,7 +85,7 @@ Mesh Read(const std::string& path) {
   if (name == "two lines") throw std::logic_error("a\nb");
   if (name == "no memory") throw std::bad_alloc();
   if (name == "no exception") throw 1;
-  if (name == "crash") std::raise(SIGSEGV);
+  if (name == "crash") Crash();
   if (name == "abort") std::abort();
   if (name == "exit") std::_Exit(7);
   if (name == "early end") std::_Exit(0);
@@ -95,5 +102,5 @@ Mesh Read(const std::string& path) {
 } // namespace
 
 int main(int argc, char** argv) {
-  return gsl_sweep::RunMeshImporter(argc, argv, Read);
+  return gsl_mesh::RunMeshImporter(argc, argv, Read);
 }

@@ -13,5 +13,5 @@ TEST(MachineMemory, IsWhatTheSystemCounts) {
   }
   if (!(file >> kibibytes)) GTEST_SKIP() << "no /proc/meminfo here";
   const double expected = kibibytes * 1024.0;
-  EXPECT_NEAR(static_cast<double>(gsl_sweep::MemoryOfMachine()), expected, 0.1 * expected);
+  EXPECT_NEAR(static_cast<double>(gsl_mesh::MemoryOfMachine()), expected, 0.1 * expected);
 }

@@ -3,8 +3,8 @@
 #include "MeshSamples.h"
 
 using namespace gsl_mesh_samples;
-using gsl_sweep::ForeignFile;
-using gsl_sweep::ReadMesh;
+using gsl_mesh::ForeignFile;
+using gsl_mesh::ReadMesh;
 
 namespace {
 

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-using namespace gsl_sweep;
+using namespace gsl_mesh;
 
 TEST(MeshFormat, NamesAreExtensionsInAnyCase) {
   EXPECT_EQ(MeshFormatNamed("stl"), MeshFormat::Stl);

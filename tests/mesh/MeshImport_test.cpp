@@ -20,10 +20,10 @@
 #include <unistd.h>
 
 using namespace gsl_mesh_samples;
-using gsl_sweep::ImportLimits;
-using gsl_sweep::ImportLimitsFor;
-using gsl_sweep::ImportMesh;
-using gsl_sweep::MeshImportProgram;
+using gsl_mesh::ImportLimits;
+using gsl_mesh::ImportLimitsFor;
+using gsl_mesh::ImportMesh;
+using gsl_mesh::MeshImportProgram;
 using testing::ElementsAre;
 using testing::EndsWith;
 using testing::StartsWith;
@@ -143,7 +143,7 @@ TEST(MeshImport, MemoryIsLimited) {
 TEST(MeshImport, LimitsGrowWithTheFile) {
   EXPECT_EQ(ImportLimitsFor(1).time, std::chrono::seconds(60));
   EXPECT_EQ(ImportLimitsFor(100000000).time, std::chrono::seconds(1060));
-  const std::uint64_t machine = gsl_sweep::MemoryOfMachine();
+  const std::uint64_t machine = gsl_mesh::MemoryOfMachine();
   EXPECT_EQ(ImportLimitsFor(0).memory, std::min<std::uint64_t>(4000000000, machine));
   EXPECT_EQ(ImportLimitsFor(100000).memory, std::min<std::uint64_t>(4050000000, machine));
   EXPECT_EQ(ImportLimitsFor(machine).memory, machine);

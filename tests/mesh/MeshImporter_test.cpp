@@ -31,7 +31,7 @@ Outcome Probe(const std::string& arguments) {
 } // namespace
 
 TEST(MeshImporter, StartedByHandItSaysWhoStartsIt) {
-  const std::string greeting = gsl_sweep::import_protocol::kGreeting;
+  const std::string greeting = gsl_mesh::import_protocol::kGreeting;
   for (const std::string& arguments :
        {std::string(), std::string("part.3mf"), std::string("--help"),
         std::string("gslmesh0 0 $$ mesh"), greeting + " x $$ mesh", greeting + " 0 x mesh",
@@ -45,14 +45,14 @@ TEST(MeshImporter, StartedByHandItSaysWhoStartsIt) {
 }
 
 TEST(MeshImporter, EndsWhenItsCallerHasEnded) {
-  const std::string greeting = gsl_sweep::import_protocol::kGreeting;
+  const std::string greeting = gsl_mesh::import_protocol::kGreeting;
   const Outcome orphan = Probe(greeting + " 0 1 mesh");
   EXPECT_EQ(orphan.status, 1);
   EXPECT_EQ(orphan.answer, "");
 }
 
 TEST(MeshImporter, ResultIsTheGreetingAndTheMesh) {
-  const std::string greeting = gsl_sweep::import_protocol::kGreeting;
+  const std::string greeting = gsl_mesh::import_protocol::kGreeting;
   // The shell waits, so that it is the caller of the program.
   const Outcome outcome = Probe(greeting + " 0 $$ surroundings");
   EXPECT_EQ(outcome.status, 0);

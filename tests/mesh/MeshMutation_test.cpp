@@ -14,10 +14,10 @@ namespace {
 Mesh ReadDamaged(const TemporaryFolder& folder, const std::string& name, const std::string& bytes,
                  std::string& path) {
   path = name;
-  const MeshFormat format = gsl_sweep::DetectMeshFormat(bytes, name);
-  if (format != MeshFormat::Assimp) return gsl_sweep::ReadMeshFromMemory(bytes, name, format);
+  const MeshFormat format = gsl_mesh::DetectMeshFormat(bytes, name);
+  if (format != MeshFormat::Assimp) return gsl_mesh::ReadMeshFromMemory(bytes, name, format);
   path = folder.Write(name, bytes);
-  return gsl_sweep::ReadMesh(path);
+  return gsl_mesh::ReadMesh(path);
 }
 
 /// Checks that a damaged file is read as a mesh or refused in one clear line that names the file.
@@ -89,7 +89,7 @@ void ReadMutations(const Sample& sample, int rounds, std::mt19937& random) {
 TEST(MeshMutation, EveryTruncationOfASampleIsReadOrRefused) {
   const TemporaryFolder folder;
   for (const Sample& sample : AllSamples()) {
-    const bool ours = gsl_sweep::DetectMeshFormat(sample.bytes, sample.name) != MeshFormat::Assimp;
+    const bool ours = gsl_mesh::DetectMeshFormat(sample.bytes, sample.name) != MeshFormat::Assimp;
     // A child process for every length would take long.
     const std::size_t step = ours ? 1 : 97;
     for (std::size_t size = 0; size < sample.bytes.size(); size += step) {
@@ -104,7 +104,7 @@ TEST(MeshMutation, DamagedSamplesAreReadOrRefused) {
   std::printf("seed %u\n", seed);
   std::mt19937 random(seed);
   for (const Sample& sample : AllSamples()) {
-    const bool ours = gsl_sweep::DetectMeshFormat(sample.bytes, sample.name) != MeshFormat::Assimp;
+    const bool ours = gsl_mesh::DetectMeshFormat(sample.bytes, sample.name) != MeshFormat::Assimp;
     ReadMutations(sample, ours ? 250 : 25, random);
   }
 }

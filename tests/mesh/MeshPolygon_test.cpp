@@ -9,7 +9,7 @@
 #include <random>
 
 using gsl_arithmetic::Coord3;
-using gsl_sweep::PolygonTriangulator;
+using gsl_mesh::PolygonTriangulator;
 
 namespace {
 

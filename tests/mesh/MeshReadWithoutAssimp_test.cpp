@@ -9,9 +9,9 @@ TEST(MeshReadWithoutAssimp, OtherFormatsAreRefusedInOneClearLine) {
     const std::string path =
         folder.Write(name, std::string(name) == "part.glb" ? Glb() : GltfText());
     try {
-      gsl_sweep::ReadMesh(path);
+      gsl_mesh::ReadMesh(path);
       FAIL() << name << " was read";
-    } catch (const gsl_sweep::MeshError& e) {
+    } catch (const gsl_mesh::MeshError& e) {
       EXPECT_EQ(e.what(), path +
                               ": cannot be read: this program was built without Assimp; expected "
                               "STL, PLY, OBJ or OFF");
@@ -23,9 +23,9 @@ TEST(MeshReadWithoutAssimp, OwnFormatsAreReadAllTheSame) {
   const TemporaryFolder folder;
   int read = 0;
   for (const Sample& sample : AllSamples()) {
-    if (gsl_sweep::DetectMeshFormat(sample.bytes, sample.name) == gsl_sweep::MeshFormat::Assimp)
+    if (gsl_mesh::DetectMeshFormat(sample.bytes, sample.name) == gsl_mesh::MeshFormat::Assimp)
       continue;
-    ExpectCorners(gsl_sweep::ReadMesh(folder.Write(sample.name, sample.bytes)),
+    ExpectCorners(gsl_mesh::ReadMesh(folder.Write(sample.name, sample.bytes)),
                   TetrahedronCorners());
     ++read;
   }

@@ -16,8 +16,8 @@
 #include <unistd.h>
 
 using namespace gsl_mesh_samples;
-using gsl_sweep::DetectMeshFormat;
-using gsl_sweep::ReadMesh;
+using gsl_mesh::DetectMeshFormat;
+using gsl_mesh::ReadMesh;
 using testing::HasSubstr;
 
 namespace {
@@ -198,9 +198,7 @@ public:
     m_sender.join();
   }
 
-  Mesh Read(MeshFormat format) {
-    return gsl_sweep::ReadMeshFromStream(m_ends[0], "a pipe", format);
-  }
+  Mesh Read(MeshFormat format) { return gsl_mesh::ReadMeshFromStream(m_ends[0], "a pipe", format); }
   int End() const { return m_ends[0]; }
 
 private:
@@ -264,7 +262,7 @@ TEST(MeshRead, StreamOfNoClearFormatIsRefused) {
 
 TEST(MeshRead, StreamThatCannotBeReadIsRefused) {
   try {
-    gsl_sweep::ReadMeshFromStream(-1, "a pipe", MeshFormat::Stl);
+    gsl_mesh::ReadMeshFromStream(-1, "a pipe", MeshFormat::Stl);
     ADD_FAILURE() << "not refused";
   } catch (const MeshError& e) {
     EXPECT_STREQ(e.what(), "a pipe: cannot be read: Bad file descriptor");

@@ -2,35 +2,35 @@
 
 #include <gtest/gtest.h>
 
-using gsl_sweep::Mesh;
-using gsl_sweep::MeshError;
-using gsl_sweep::MeshSource;
+using gsl_mesh::Mesh;
+using gsl_mesh::MeshError;
+using gsl_mesh::MeshSource;
 
 TEST(MeshSource, LinesEndInEveryWay) {
   const std::string text = "a\nb\r\nc\rd\n\ne";
-  EXPECT_EQ(gsl_sweep::LineNumberAt(text, text.data()), 1U);
-  EXPECT_EQ(gsl_sweep::LineNumberAt(text, text.data() + text.find('b')), 2U);
-  EXPECT_EQ(gsl_sweep::LineNumberAt(text, text.data() + text.find('c')), 3U);
-  EXPECT_EQ(gsl_sweep::LineNumberAt(text, text.data() + text.find('d')), 4U);
-  EXPECT_EQ(gsl_sweep::LineNumberAt(text, text.data() + text.find('e')), 6U);
+  EXPECT_EQ(gsl_mesh::LineNumberAt(text, text.data()), 1U);
+  EXPECT_EQ(gsl_mesh::LineNumberAt(text, text.data() + text.find('b')), 2U);
+  EXPECT_EQ(gsl_mesh::LineNumberAt(text, text.data() + text.find('c')), 3U);
+  EXPECT_EQ(gsl_mesh::LineNumberAt(text, text.data() + text.find('d')), 4U);
+  EXPECT_EQ(gsl_mesh::LineNumberAt(text, text.data() + text.find('e')), 6U);
 }
 
 TEST(MeshSource, QuotesAreShortAndPrintable) {
-  EXPECT_EQ(gsl_sweep::Quoted("abc"), "'abc'");
-  EXPECT_EQ(gsl_sweep::Quoted("a\nb\x1b[2J\xff"), "'a?b?[2J?'");
-  EXPECT_EQ(gsl_sweep::Quoted(std::string(41, 'x')), "'" + std::string(40, 'x') + "...'");
+  EXPECT_EQ(gsl_mesh::Quoted("abc"), "'abc'");
+  EXPECT_EQ(gsl_mesh::Quoted("a\nb\x1b[2J\xff"), "'a?b?[2J?'");
+  EXPECT_EQ(gsl_mesh::Quoted(std::string(41, 'x')), "'" + std::string(40, 'x') + "...'");
 }
 
 TEST(MeshSource, ErrorsNameTheFileAndTheLine) {
   const MeshSource source{"a\nb", "part\n.obj"};
   try {
-    gsl_sweep::FailReadAt(source, source.bytes.data() + 2, "is odd");
+    gsl_mesh::FailReadAt(source, source.bytes.data() + 2, "is odd");
     FAIL() << "did not throw";
   } catch (const MeshError& e) {
     EXPECT_STREQ(e.what(), "part?.obj: line 2: is odd");
   }
-  EXPECT_THROW(gsl_sweep::FailRead(source, "is odd"), MeshError);
-  EXPECT_THROW(gsl_sweep::FailUnknownFormat(source), MeshError);
+  EXPECT_THROW(gsl_mesh::FailRead(source, "is odd"), MeshError);
+  EXPECT_THROW(gsl_mesh::FailUnknownFormat(source), MeshError);
 }
 
 TEST(MeshSource, WarningsAreOneLineAndKeepTheirOrder) {
@@ -41,7 +41,7 @@ TEST(MeshSource, WarningsAreOneLineAndKeepTheirOrder) {
 }
 
 TEST(MeshSource, OnlyAWholeByteOrderMarkIsDropped) {
-  EXPECT_EQ(gsl_sweep::WithoutByteOrderMark("\xEF\xBB\xBFsolid"), "solid");
-  EXPECT_EQ(gsl_sweep::WithoutByteOrderMark("\xEF\xBBsolid"), "\xEF\xBBsolid");
-  EXPECT_EQ(gsl_sweep::WithoutByteOrderMark(""), "");
+  EXPECT_EQ(gsl_mesh::WithoutByteOrderMark("\xEF\xBB\xBFsolid"), "solid");
+  EXPECT_EQ(gsl_mesh::WithoutByteOrderMark("\xEF\xBBsolid"), "\xEF\xBBsolid");
+  EXPECT_EQ(gsl_mesh::WithoutByteOrderMark(""), "");
 }

@@ -7,10 +7,10 @@
 #include <random>
 
 using namespace gsl_mesh_samples;
-using gsl_sweep::MeshFormatToWrite;
-using gsl_sweep::OutputError;
-using gsl_sweep::ReadMesh;
-using gsl_sweep::WriteMesh;
+using gsl_mesh::MeshFormatToWrite;
+using gsl_mesh::OutputError;
+using gsl_mesh::ReadMesh;
+using gsl_mesh::WriteMesh;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
@@ -55,7 +55,7 @@ TEST(MeshWrite, EveryFormatIsReadAsWhatItsNameSays) {
   for (const char* name : {"part.stl", "part.ply", "part.obj", "part.OFF"}) {
     const std::string path = folder.Path(name);
     WriteMesh(path, Tetrahedron(), false);
-    EXPECT_EQ(gsl_sweep::DetectMeshFormat(BytesOf(path), path), MeshFormatToWrite(path)) << name;
+    EXPECT_EQ(gsl_mesh::DetectMeshFormat(BytesOf(path), path), MeshFormatToWrite(path)) << name;
     ExpectCorners(ReadMesh(path), TetrahedronCorners());
   }
   EXPECT_EQ(folder.Names().size(), 4U);

@@ -4,10 +4,10 @@
 
 #include <limits>
 
-using gsl_sweep::IsFinite;
+using gsl_mesh::IsFinite;
 
 TEST(Mesh, TrianglesHaveThreeCornersEach) {
-  gsl_sweep::Mesh mesh;
+  gsl_mesh::Mesh mesh;
   EXPECT_EQ(mesh.TriangleCount(), 0U);
   mesh.corners.resize(12);
   EXPECT_EQ(mesh.TriangleCount(), 4U);
@@ -26,5 +26,5 @@ TEST(Mesh, APointIsFiniteWhenEachCoordinateIs) {
 }
 
 TEST(Mesh, ErrorsAreOneLineWhateverTheyAreAbout) {
-  EXPECT_STREQ(gsl_sweep::MeshError("a\n\x7f: is odd").what(), "a??: is odd");
+  EXPECT_STREQ(gsl_mesh::MeshError("a\n\x7f: is odd").what(), "a??: is odd");
 }

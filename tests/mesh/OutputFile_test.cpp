@@ -11,10 +11,10 @@
 #include <unistd.h>
 
 using namespace gsl_mesh_samples;
-using gsl_sweep::CheckOutputPath;
-using gsl_sweep::OutputError;
-using gsl_sweep::OutputFile;
-using gsl_sweep::WriteTextFile;
+using gsl_mesh::CheckOutputPath;
+using gsl_mesh::OutputError;
+using gsl_mesh::OutputFile;
+using gsl_mesh::WriteTextFile;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
@@ -207,7 +207,7 @@ TEST(OutputFile, InterruptRemovesTemporaryFilesAndEndsTheProcessAsItWould) {
     const int status = StatusOfChild([&] {
       for (const int s : {SIGINT, SIGTERM, SIGHUP, SIGQUIT})
         std::signal(s, SIG_DFL);
-      gsl_sweep::RemoveTemporaryFilesOnInterrupt();
+      gsl_mesh::RemoveTemporaryFilesOnInterrupt();
       OutputFile done(folder.Path("done"), false);
       done.Commit();
       OutputFile first(folder.Path("first"), false);
@@ -225,7 +225,7 @@ TEST(OutputFile, InterruptRemovesTemporaryFilesAndEndsTheProcessAsItWould) {
 TEST(OutputFile, IgnoredSignalStaysIgnored) {
   const int status = StatusOfChild([] {
     std::signal(SIGHUP, SIG_IGN);
-    gsl_sweep::RemoveTemporaryFilesOnInterrupt();
+    gsl_mesh::RemoveTemporaryFilesOnInterrupt();
     raise(SIGHUP);
   });
   EXPECT_EQ(status, 0);
@@ -234,8 +234,8 @@ TEST(OutputFile, IgnoredSignalStaysIgnored) {
 TEST(OutputFile, ForkedChildDoesNotRemoveItsParentsFiles) {
   const TemporaryFolder folder;
   OutputFile file(folder.Path("report.json"), false);
-  EXPECT_EQ(StatusOfChild([] { gsl_sweep::RemoveTemporaryFiles(); }), 0);
+  EXPECT_EQ(StatusOfChild([] { gsl_mesh::RemoveTemporaryFiles(); }), 0);
   EXPECT_EQ(folder.Names().size(), 1U);
-  gsl_sweep::RemoveTemporaryFiles();
+  gsl_mesh::RemoveTemporaryFiles();
   EXPECT_THAT(folder.Names(), IsEmpty());
 }

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-using gsl_sweep::Printable;
+using gsl_mesh::Printable;
 
 TEST(Printable, EveryControlCharacterBecomesAQuestionMark) {
   for (int c = 0; c < 256; ++c) {

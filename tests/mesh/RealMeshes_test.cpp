@@ -5,7 +5,7 @@
 #include <cstdlib>
 
 using namespace gsl_mesh_samples;
-using gsl_sweep::ReadMesh;
+using gsl_mesh::ReadMesh;
 
 /// The meshes are in the folder that the environment variable GSL_MESH_DIR names. Without that
 /// folder these tests are skipped.

@@ -18,7 +18,7 @@ using gsl_arithmetic::Cross;
 using gsl_arithmetic::Multiply;
 using gsl_arithmetic::Negated;
 using gsl_arithmetic::Subtract;
-using gsl_sweep::Mesh;
+using gsl_mesh::Mesh;
 using sweep_shapes::AddQuad;
 using sweep_shapes::AddTriangle;
 using sweep_shapes::Append;

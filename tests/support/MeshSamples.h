@@ -22,9 +22,9 @@
 namespace gsl_mesh_samples {
 
 using gsl_arithmetic::Coord3;
-using gsl_sweep::Mesh;
-using gsl_sweep::MeshError;
-using gsl_sweep::MeshFormat;
+using gsl_mesh::Mesh;
+using gsl_mesh::MeshError;
+using gsl_mesh::MeshFormat;
 
 inline bool operator==(const Coord3& a, const Coord3& b) {
   return std::memcmp(&a, &b, sizeof a) == 0;
@@ -33,7 +33,7 @@ inline bool operator==(const Coord3& a, const Coord3& b) {
 /// The message with which reading fails; "no error" when it does not.
 inline std::string ErrorOf(MeshFormat format, std::string_view bytes) {
   try {
-    gsl_sweep::ReadMeshFromMemory(bytes, "sample", format);
+    gsl_mesh::ReadMeshFromMemory(bytes, "sample", format);
   } catch (const MeshError& e) {
     return e.what();
   }
@@ -42,7 +42,7 @@ inline std::string ErrorOf(MeshFormat format, std::string_view bytes) {
 
 inline std::string ErrorOfFile(const std::string& path) {
   try {
-    gsl_sweep::ReadMesh(path);
+    gsl_mesh::ReadMesh(path);
   } catch (const MeshError& e) {
     return e.what();
   }

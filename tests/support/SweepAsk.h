@@ -11,17 +11,17 @@
 /// Asking about meshes, for the tests of the sweep.
 namespace sweep_ask {
 
+using gsl_mesh::Mesh;
 using gsl_sweep::Answer;
 using gsl_sweep::Body;
 using gsl_sweep::Contact;
 using gsl_sweep::Coord3;
-using gsl_sweep::Mesh;
 using gsl_sweep::Pair;
 using gsl_sweep::Question;
 using gsl_sweep::Run;
 
 inline Body BodyOf(const Mesh& mesh) {
-  return Body(gsl_sweep::ViewOf(mesh));
+  return Body(gsl_tools::ViewOf(mesh));
 }
 
 inline Pair PairOf(const Mesh& moving, const Mesh& fixed) {

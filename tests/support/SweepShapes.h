@@ -14,7 +14,7 @@
 namespace sweep_shapes {
 
 using gsl_arithmetic::Coord3;
-using gsl_sweep::Mesh;
+using gsl_mesh::Mesh;
 
 inline void AddTriangle(Mesh& mesh, const Coord3& a, const Coord3& b, const Coord3& c) {
   mesh.corners.insert(mesh.corners.end(), {a, b, c});

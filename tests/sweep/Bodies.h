@@ -12,7 +12,15 @@
 /// Meshes and their prepared parts, for the tests of the engine.
 namespace sweep_bodies {
 
-using namespace gsl_sweep;
+using gsl_arithmetic::Coord3;
+using gsl_mesh::Mesh;
+using gsl_sweep::Box;
+using gsl_sweep::Corners;
+using gsl_sweep::LeafBoxes;
+using gsl_sweep::Leaves;
+using gsl_sweep::Tree;
+using gsl_sweep::TreeRef;
+using gsl_tools::ViewOf;
 
 /// The corners, rounded to single precision.
 inline Mesh Single(Mesh mesh) {

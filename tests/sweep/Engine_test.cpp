@@ -9,6 +9,7 @@
 
 namespace {
 
+using namespace gsl_sweep;
 using namespace sweep_bodies;
 using sweep_ask::SameBits;
 

@@ -6,6 +6,7 @@
 
 namespace {
 
+using namespace gsl_sweep;
 using namespace sweep_bodies;
 
 TEST(FirstContact, PrecedesAllIsTheOrderOfNumbers) {

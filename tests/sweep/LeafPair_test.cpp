@@ -9,6 +9,7 @@
 
 namespace {
 
+using namespace gsl_sweep;
 using namespace sweep_bodies;
 
 constexpr double kInfinity = std::numeric_limits<double>::infinity();

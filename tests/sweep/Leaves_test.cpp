@@ -10,6 +10,7 @@
 
 namespace {
 
+using namespace gsl_sweep;
 using namespace sweep_bodies;
 
 void ExpectWhole(const Parts& parts, std::size_t count) {

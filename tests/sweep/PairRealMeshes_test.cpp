@@ -14,6 +14,7 @@
 namespace {
 
 using namespace gsl_sweep;
+using gsl_mesh::ReadMesh;
 using namespace sweep_ask;
 using gsl_arithmetic::Add;
 using gsl_arithmetic::Cross;

@@ -11,6 +11,7 @@
 
 namespace {
 
+using namespace gsl_sweep;
 using namespace sweep_bodies;
 
 bool IsComfortable(double coordinate) {

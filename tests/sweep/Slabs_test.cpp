@@ -7,6 +7,7 @@
 
 namespace {
 
+using namespace gsl_sweep;
 using namespace sweep_bodies;
 
 /// n . p with an error far below any that the slabs allow for.

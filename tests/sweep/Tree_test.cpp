@@ -8,6 +8,7 @@
 
 namespace {
 
+using namespace gsl_sweep;
 using namespace sweep_bodies;
 
 /// Every triangle is reached once, below boxes that hold it and numbers that do not exceed it.

@@ -46,8 +46,8 @@ TEST(GslSweepFiles, MovedBodyTouchesAtOnce) {
   EXPECT_EQ(run.status, 0);
   EXPECT_NE(run.out.find("moved   " + moved), std::string::npos);
   EXPECT_EQ(folder.Names(), std::vector<std::string>{"moved.stl"});
-  const Mesh before = gsl_sweep::ReadMesh(GSL_EXAMPLE_MESHES "/bolt.stl");
-  const Mesh after = gsl_sweep::ReadMesh(moved);
+  const Mesh before = gsl_mesh::ReadMesh(GSL_EXAMPLE_MESHES "/bolt.stl");
+  const Mesh after = gsl_mesh::ReadMesh(moved);
   ASSERT_EQ(after.corners.size(), before.corners.size());
   for (std::size_t k = 0; k < after.corners.size(); ++k) {
     EXPECT_EQ(after.corners[k].x, before.corners[k].x);
@@ -60,18 +60,18 @@ TEST(GslSweepFiles, MovedBodyTouchesAtOnce) {
 
 TEST(GslSweepFiles, OutputIsInTheFormatOfItsExtension) {
   const Folder folder;
-  const Mesh before = gsl_sweep::ReadMesh(GSL_EXAMPLE_MESHES "/bolt.stl");
+  const Mesh before = gsl_mesh::ReadMesh(GSL_EXAMPLE_MESHES "/bolt.stl");
   for (const char* name : {"moved.stl", "moved.PLY", "moved.obj", "moved.off"}) {
     const std::string moved = folder.Path(name);
     // A third of a unit aside, which single precision cannot hold.
     const Outcome run =
         Sweep(parts + "--direction -z --offset 0.3333333333333333,0,0 --output " + moved);
     EXPECT_EQ(run.status, 0) << run.err;
-    EXPECT_EQ(gsl_sweep::DetectMeshFormat(BytesOf(moved), moved),
-              gsl_sweep::MeshFormatToWrite(moved));
-    const Mesh after = gsl_sweep::ReadMesh(moved);
+    EXPECT_EQ(gsl_mesh::DetectMeshFormat(BytesOf(moved), moved),
+              gsl_mesh::MeshFormatToWrite(moved));
+    const Mesh after = gsl_mesh::ReadMesh(moved);
     ASSERT_EQ(after.corners.size(), before.corners.size());
-    const bool isStl = gsl_sweep::MeshFormatToWrite(moved) == gsl_sweep::MeshFormat::Stl;
+    const bool isStl = gsl_mesh::MeshFormatToWrite(moved) == gsl_mesh::MeshFormat::Stl;
     for (std::size_t k = 0; k < after.corners.size(); ++k) {
       const double x = before.corners[k].x + 0.3333333333333333;
       EXPECT_EQ(after.corners[k].x, isStl ? static_cast<double>(static_cast<float>(x)) : x);
@@ -95,8 +95,8 @@ TEST(GslSweepFiles, StartWritesTheBodyWhereItIs) {
   const Folder folder;
   const std::string moved = folder.Path("moved.stl");
   EXPECT_EQ(Sweep(parts + "--direction -z --offset 0,0,-30 --output " + moved).status, 0);
-  const Mesh after = gsl_sweep::ReadMesh(moved);
-  const Mesh before = gsl_sweep::ReadMesh(GSL_EXAMPLE_MESHES "/bolt.stl");
+  const Mesh after = gsl_mesh::ReadMesh(moved);
+  const Mesh before = gsl_mesh::ReadMesh(GSL_EXAMPLE_MESHES "/bolt.stl");
   EXPECT_EQ(after.corners[5].z, before.corners[5].z - 30.0);
 }
 

@@ -68,8 +68,8 @@ TEST_F(GslSweepInstalled, WithoutTheImportProgramOnlyItsFormatsAreLost) {
   for (const gsl_mesh_samples::Sample& sample : gsl_mesh_samples::AllSamples()) {
     const std::string path = m_folder.Write(sample.name, sample.bytes);
     const Outcome run = Installed(path + m_onFloor);
-    const auto format = gsl_sweep::DetectMeshFormat(sample.bytes, sample.name);
-    if (format != gsl_sweep::MeshFormat::Assimp) {
+    const auto format = gsl_mesh::DetectMeshFormat(sample.bytes, sample.name);
+    if (format != gsl_mesh::MeshFormat::Assimp) {
       EXPECT_EQ(run.status, 0) << sample.name << run.err;
       continue;
     }

@@ -10,8 +10,8 @@
 
 namespace {
 
-using gsl_sweep::ProgressStyle;
 using gsl_tools::ParseSweepOptions;
+using gsl_tools::ProgressStyle;
 using gsl_tools::SweepOptions;
 using gsl_tools::UsageError;
 using testing::HasSubstr;
@@ -211,11 +211,11 @@ TEST(SweepOptions, OneBodyMayBeStandardInput) {
   const Parsed moving = Parse({"-", "b", "-d", "z", "--format", "OBJ"});
   EXPECT_EQ(moving.error, "");
   EXPECT_EQ(moving.options.movingFile, "-");
-  EXPECT_EQ(moving.options.format, gsl_sweep::MeshFormat::Obj);
+  EXPECT_EQ(moving.options.format, gsl_mesh::MeshFormat::Obj);
   const Parsed fixed = Parse({"a", "-", "-d", "z"});
   EXPECT_EQ(fixed.error, "");
   EXPECT_TRUE(fixed.options.ReadsStdin());
-  EXPECT_EQ(fixed.options.format, gsl_sweep::MeshFormat::Unknown);
+  EXPECT_EQ(fixed.options.format, gsl_mesh::MeshFormat::Unknown);
   EXPECT_EQ(Parse({"-", "-", "-d", "z"}).error,
             "more than one of MOVING and FIXED is -; expected standard input for one body at most");
   EXPECT_EQ(Parse({"a", "-", "b", "-", "-d", "z"}).error,

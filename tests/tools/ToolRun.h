@@ -22,8 +22,8 @@ struct Outcome {
 class Folder : public TemporaryFolder {
 public:
   using TemporaryFolder::Write;
-  std::string Write(const std::string& name, const gsl_sweep::Mesh& mesh) const {
-    gsl_sweep::WriteMesh(Path(name), mesh, true);
+  std::string Write(const std::string& name, const gsl_mesh::Mesh& mesh) const {
+    gsl_mesh::WriteMesh(Path(name), mesh, true);
     return Path(name);
   }
 };

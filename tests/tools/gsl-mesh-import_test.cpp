@@ -6,8 +6,8 @@ using namespace gsl_mesh_samples;
 
 TEST(GslMeshImport, ReadsWhatAssimpReads) {
   const TemporaryFolder folder;
-  const Mesh mesh = gsl_sweep::ImportMesh(GSL_IMPORT_PROGRAM, folder.Write("part.glb", Glb()),
-                                          gsl_sweep::ImportLimitsFor(1000));
+  const Mesh mesh = gsl_mesh::ImportMesh(GSL_IMPORT_PROGRAM, folder.Write("part.glb", Glb()),
+                                         gsl_mesh::ImportLimitsFor(1000));
   ExpectCorners(mesh, TetrahedronCorners());
 }
 
@@ -15,7 +15,7 @@ TEST(GslMeshImport, SendsBackWhyAFileCannotBeRead) {
   const TemporaryFolder folder;
   const std::string path = folder.Write("part.glb", "glTF");
   try {
-    gsl_sweep::ImportMesh(GSL_IMPORT_PROGRAM, path, gsl_sweep::ImportLimitsFor(1000));
+    gsl_mesh::ImportMesh(GSL_IMPORT_PROGRAM, path, gsl_mesh::ImportLimitsFor(1000));
     FAIL() << "was read";
   } catch (const MeshError& e) {
     EXPECT_EQ(std::string(e.what()).find(path + ": cannot be read: "), 0U) << e.what();

@@ -4,7 +4,11 @@
 #include "Mesh.h"
 #include "gsl_Sweep.h"
 
-namespace gsl_sweep {
+namespace gsl_tools {
+
+using gsl_arithmetic::Coord3;
+using gsl_mesh::Mesh;
+using gsl_sweep::TriangleView;
 
 /// The triangles of a mesh, for as long as it is there and unchanged.
 inline TriangleView ViewOf(const Mesh& mesh) {
@@ -16,6 +20,6 @@ inline TriangleView ViewOf(const Mesh& mesh) {
   return view;
 }
 
-} // namespace gsl_sweep
+} // namespace gsl_tools
 
 #endif

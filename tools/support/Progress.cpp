@@ -8,7 +8,7 @@
 
 #include <unistd.h>
 
-namespace gsl_sweep {
+namespace gsl_tools {
 
 namespace {
 
@@ -26,7 +26,7 @@ ProgressStyle StyleFor(ProgressStyle wanted) {
 Progress::Progress(ProgressStyle style) : m_style(StyleFor(style)) {}
 
 void Progress::Begin(const std::string& stage) {
-  m_stage = Printable(stage);
+  m_stage = gsl_mesh::Printable(stage);
   m_shown = Clock::now();
   Show(m_stage);
 }
@@ -54,4 +54,4 @@ void Progress::Clear() {
   m_onLine = false;
 }
 
-} // namespace gsl_sweep
+} // namespace gsl_tools

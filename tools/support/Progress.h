@@ -4,7 +4,7 @@
 #include <chrono>
 #include <string>
 
-namespace gsl_sweep {
+namespace gsl_tools {
 
 enum class ProgressStyle {
   Auto,  ///< one line that is rewritten, and removed at the end
@@ -43,6 +43,6 @@ private:
   bool m_onLine = false;
 };
 
-} // namespace gsl_sweep
+} // namespace gsl_tools
 
 #endif

@@ -9,10 +9,13 @@
 #include <cmath>
 #include <stdexcept>
 
-namespace gsl_sweep {
+namespace gsl_tools {
 
 namespace {
 
+using gsl_mesh::IsFinite;
+using gsl_mesh::Printable;
+using gsl_sweep::SweepStatus;
 using Json = nlohmann::ordered_json;
 
 constexpr int kSchemaVersion = 2;
@@ -235,4 +238,4 @@ Mesh MovedMesh(Mesh mesh, const Answer& answer) {
   return mesh;
 }
 
-} // namespace gsl_sweep
+} // namespace gsl_tools

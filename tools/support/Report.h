@@ -8,7 +8,12 @@
 #include <vector>
 
 /// The result of the sweep of mesh files, for people and for programs.
-namespace gsl_sweep {
+namespace gsl_tools {
+
+using gsl_arithmetic::Coord3;
+using gsl_mesh::Mesh;
+using gsl_sweep::Answer;
+using gsl_sweep::ContactKind;
 
 /// What a report says of a body apart from the contact.
 struct BodyCounts {
@@ -61,6 +66,6 @@ void Translate(Mesh& mesh, const Coord3& step, const std::string& cause);
 /// Returns the body after its travel. Throws std::overflow_error as Translate does.
 Mesh MovedMesh(Mesh mesh, const Answer& answer);
 
-} // namespace gsl_sweep
+} // namespace gsl_tools
 
 #endif

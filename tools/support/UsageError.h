@@ -12,7 +12,7 @@ namespace gsl_tools {
 class UsageError : public std::runtime_error {
 public:
   explicit UsageError(const std::string& message)
-      : std::runtime_error(gsl_sweep::Printable(message)) {}
+      : std::runtime_error(gsl_mesh::Printable(message)) {}
 };
 
 } // namespace gsl_tools

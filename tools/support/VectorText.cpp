@@ -6,7 +6,7 @@
 #include <charconv>
 #include <cmath>
 
-namespace gsl_sweep {
+namespace gsl_tools {
 
 using gsl_arithmetic::Coord3;
 
@@ -84,4 +84,4 @@ std::string VectorText(const Coord3& v) {
   return "(" + NumberText(v.x) + ", " + NumberText(v.y) + ", " + NumberText(v.z) + ")";
 }
 
-} // namespace gsl_sweep
+} // namespace gsl_tools

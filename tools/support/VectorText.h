@@ -8,7 +8,7 @@
 #include <string_view>
 
 /// Numbers and vectors as a person types them, with a decimal point in every locale.
-namespace gsl_sweep {
+namespace gsl_tools {
 
 /// Reads a finite decimal number, correctly rounded; spaces around it and a leading '+' are
 /// allowed.
@@ -27,6 +27,6 @@ std::string NumberText(double value);
 /// Returns a text such as "(1, 2, 3)".
 std::string VectorText(const gsl_arithmetic::Coord3& v);
 
-} // namespace gsl_sweep
+} // namespace gsl_tools
 
 #endif

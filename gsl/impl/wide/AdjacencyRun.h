@@ -1,11 +1,11 @@
 #ifndef GSL_WIDE_ADJACENCY_RUN_H
 #define GSL_WIDE_ADJACENCY_RUN_H
 
-namespace gsl_kernel {
+namespace gsl_wide {
 
 /// Entries of an adjacency row that are looked at together: a cache line of bytes.
 constexpr int kAdjacencyRun = 64;
 
-} // namespace gsl_kernel
+} // namespace gsl_wide
 
 #endif

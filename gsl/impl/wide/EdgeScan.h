@@ -6,7 +6,7 @@
 
 #include <cstddef>
 
-namespace gsl_kernel {
+namespace gsl_wide {
 namespace GSL_LANES_NAMESPACE {
 
 /// The edges of one line that lead to open vertices, or-ed together.
@@ -46,6 +46,6 @@ inline std::size_t SkipLines(const unsigned char* entries, const unsigned char* 
 }
 
 } // namespace GSL_LANES_NAMESPACE
-} // namespace gsl_kernel
+} // namespace gsl_wide
 
 #endif

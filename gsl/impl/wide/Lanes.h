@@ -24,7 +24,7 @@
 
 #define GSL_ALWAYS_INLINE inline __attribute__((always_inline))
 
-namespace gsl_kernel {
+namespace gsl_wide {
 namespace GSL_LANES_NAMESPACE {
 
 constexpr int kLanes = GSL_LANES;
@@ -200,6 +200,6 @@ GSL_ALWAYS_INLINE void Transpose(Doubles (&r)[kLanes]) {
 #endif
 
 } // namespace GSL_LANES_NAMESPACE
-} // namespace gsl_kernel
+} // namespace gsl_wide
 
 #endif

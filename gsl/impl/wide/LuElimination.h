@@ -13,7 +13,7 @@
 /// results are the bits of the column-by-column form.
 ///
 /// Rows are not moved; their pointers are.
-namespace gsl_kernel {
+namespace gsl_wide {
 namespace GSL_LANES_NAMESPACE {
 
 /// Best figure of merit seen so far in each lane, and the row it was seen in.
@@ -445,6 +445,6 @@ inline double LargestOfRow(const double* row, std::ptrdiff_t n, double* to) {
 }
 
 } // namespace GSL_LANES_NAMESPACE
-} // namespace gsl_kernel
+} // namespace gsl_wide
 
 #endif

@@ -6,7 +6,7 @@
 #include <utility>
 
 /// Solution of L * U * x = P * b in place. Every sum is a running subtraction, j increasing.
-namespace gsl_kernel {
+namespace gsl_wide {
 
 /// The pivots are applied first: the row that step i swaps in is never one that is solved already.
 inline void PermuteRightSide(const LuSystem& s, double* x) {
@@ -54,6 +54,6 @@ inline void SubstituteBackward(const LuSystem& s, double* x) {
   }
 }
 
-} // namespace gsl_kernel
+} // namespace gsl_wide
 
 #endif

@@ -8,7 +8,7 @@
 
 /// LU elimination in place, column after column: for systems that are too small to be cut into
 /// blocks, and for when there is no memory to do so. The bits are those of the blocked form.
-namespace gsl_kernel {
+namespace gsl_wide {
 
 /// NaN never replaces; 0 for a row of NaN.
 inline double LargestMagnitude(const double* row, std::int32_t n) {
@@ -86,6 +86,6 @@ inline LuResult DecomposeUnblocked(LuSystem& s, double* scale) {
   return LuResult::Decomposed;
 }
 
-} // namespace gsl_kernel
+} // namespace gsl_wide
 
 #endif

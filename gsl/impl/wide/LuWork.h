@@ -5,7 +5,7 @@
 #include <cstdint>
 
 /// What the forms of the LU elimination share.
-namespace gsl_kernel {
+namespace gsl_wide {
 
 /// A row whose largest magnitude is below this is a zero row, and no pivot is smaller.
 // dependent-column-gets-the-tiny-pivot: a singular matrix without a zero row is solved.
@@ -42,6 +42,6 @@ struct LuWork {
   std::int32_t parity;
 };
 
-} // namespace gsl_kernel
+} // namespace gsl_wide
 
 #endif

@@ -10,10 +10,10 @@
 
 namespace {
 
-using gsl_kernel::kLeaf;
-using gsl_kernel::LuResult;
-using gsl_kernel::LuSystem;
-using gsl_kernel::LuWork;
+using gsl_wide::kLeaf;
+using gsl_wide::LuResult;
+using gsl_wide::LuSystem;
+using gsl_wide::LuWork;
 
 /// Up to here blocks cost more than they save.
 constexpr std::int32_t kUnblockedSize = 16;
@@ -100,7 +100,7 @@ public:
     for (std::ptrdiff_t i = 0; i < m_size; ++i) {
       double* const copy = m_inPlace ? nullptr : m_tail + i * m_stride;
       const double big = m_kernels.largestOfRow(m_system.matrix[i], m_size, copy);
-      if (gsl_kernel::kTinyPivot > big) return false;
+      if (gsl_wide::kTinyPivot > big) return false;
       m_work.scale[i] = 1.0 / big;
       m_work.rows[i] = m_inPlace ? m_system.matrix[i] : copy;
     }
@@ -222,12 +222,12 @@ LuResult gsl_LUDecompose(LuSystem& system, const gsl_WideKernels& kernels) {
   system.parity = 1;
   if (system.size <= kUnblockedSize) {
     double scale[kUnblockedSize];
-    return gsl_kernel::DecomposeUnblocked(system, scale);
+    return gsl_wide::DecomposeUnblocked(system, scale);
   }
   const LuResult result =
       gsl_LUDecomposeBlocked(system, kernels, gsl_ChooseLUBlocking(system.size));
   if (result != LuResult::NoMemory) return result;
   const Scratch scale = Allocate(static_cast<std::size_t>(system.size));
   if (scale == nullptr) return LuResult::NoMemory;
-  return gsl_kernel::DecomposeUnblocked(system, scale.get());
+  return gsl_wide::DecomposeUnblocked(system, scale.get());
 }

@@ -14,11 +14,11 @@ struct gsl_LUBlocking {
 gsl_LUBlocking gsl_ChooseLUBlocking(std::int32_t size);
 
 /// Replaces the matrix by its factors; untouched unless the result is Decomposed.
-gsl_kernel::LuResult gsl_LUDecompose(gsl_kernel::LuSystem& system, const gsl_WideKernels& kernels);
+gsl_wide::LuResult gsl_LUDecompose(gsl_wide::LuSystem& system, const gsl_WideKernels& kernels);
 
 /// The same without the short cut for small systems.
-gsl_kernel::LuResult gsl_LUDecomposeBlocked(gsl_kernel::LuSystem& system,
-                                            const gsl_WideKernels& kernels,
-                                            const gsl_LUBlocking& blocking);
+gsl_wide::LuResult gsl_LUDecomposeBlocked(gsl_wide::LuSystem& system,
+                                          const gsl_WideKernels& kernels,
+                                          const gsl_LUBlocking& blocking);
 
 #endif

@@ -11,11 +11,11 @@ enum class gsl_VectorWidth { Baseline, Avx2, Avx512 };
 
 /// The kernels that are compiled once per instruction set. The results are the same with each.
 struct gsl_WideKernels {
-  /// gsl_kernel::LargestOfRow
+  /// gsl_wide::LargestOfRow
   double (*largestOfRow)(const double* row, std::ptrdiff_t n, double* to);
-  /// gsl_kernel::LuElimination
-  void (*eliminate)(gsl_kernel::LuWork& work);
-  /// gsl_kernel::SkipLines
+  /// gsl_wide::LuElimination
+  void (*eliminate)(gsl_wide::LuWork& work);
+  /// gsl_wide::SkipLines
   std::size_t (*skipLines)(const unsigned char* entries, const unsigned char* open,
                            const unsigned char* next, std::size_t lines);
 };

@@ -2,11 +2,11 @@
 #include "wide/LuElimination.h"
 #include "wide/gsl_WideKernels.h"
 
-namespace wide = gsl_kernel::GSL_LANES_NAMESPACE;
+namespace wide = gsl_wide::GSL_LANES_NAMESPACE;
 
 namespace {
 
-void Eliminate(gsl_kernel::LuWork& work) {
+void Eliminate(gsl_wide::LuWork& work) {
   wide::LuElimination(work).Run();
 }
 

@@ -3,9 +3,9 @@
 #include <gtest/gtest.h>
 
 using gsl_arithmetic::Coord3;
-using gsl_sweep::FaceCollector;
-using gsl_sweep::Mesh;
-using gsl_sweep::MeshSource;
+using gsl_mesh::FaceCollector;
+using gsl_mesh::Mesh;
+using gsl_mesh::MeshSource;
 
 namespace {
 

@@ -3,8 +3,8 @@
 #include "MeshSamples.h"
 
 using namespace gsl_mesh_samples;
-using gsl_sweep::ImportWithAssimp;
-using gsl_sweep::ReadMesh;
+using gsl_mesh::ImportWithAssimp;
+using gsl_mesh::ReadMesh;
 
 namespace {
 

@@ -4,7 +4,7 @@
 #include <random>
 
 using namespace gsl_mesh_samples;
-using gsl_sweep::ReadMeshFromMemory;
+using gsl_mesh::ReadMeshFromMemory;
 
 namespace {
 

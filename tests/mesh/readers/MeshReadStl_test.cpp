@@ -6,7 +6,7 @@
 #include <random>
 
 using namespace gsl_mesh_samples;
-using gsl_sweep::ReadMeshFromMemory;
+using gsl_mesh::ReadMeshFromMemory;
 
 namespace {
 
@@ -154,7 +154,7 @@ TEST(MeshReadStl, BrokenTextIsRefusedWithItsLine) {
 }
 
 TEST(MeshReadStl, SizeOfABinaryFileIsThatOfItsCountExactly) {
-  using gsl_sweep::HasSizeOfBinaryStl;
+  using gsl_mesh::HasSizeOfBinaryStl;
   const std::string bytes = StlBinary(TetrahedronCorners());
   ASSERT_EQ(bytes.size(), 84U + 4 * 50);
   EXPECT_TRUE(HasSizeOfBinaryStl(bytes));

@@ -6,9 +6,9 @@
 #include <random>
 
 using namespace gsl_mesh_samples;
-using gsl_sweep::MeshSource;
-using gsl_sweep::ParseInteger;
-using gsl_sweep::ParseReal;
+using gsl_mesh::MeshSource;
+using gsl_mesh::ParseInteger;
+using gsl_mesh::ParseReal;
 
 TEST(WordScanner, RealsAreCorrectlyRounded) {
   std::mt19937_64 random(7);
@@ -81,13 +81,13 @@ TEST(WordScanner, IntegersFillTheirWord) {
 
 TEST(WordScanner, CommentsAreSkippedOnlyWhereTheFormatHasThem) {
   const MeshSource source{"a #b c\nd#e\nf", "sample"};
-  gsl_sweep::WordScanner with(source, source.bytes, true);
+  gsl_mesh::WordScanner with(source, source.bytes, true);
   EXPECT_EQ(with.Next(), "a");
   EXPECT_EQ(with.NextOnLine(), "");
   EXPECT_EQ(with.Next(), "d");
   EXPECT_EQ(with.Next(), "f");
   EXPECT_TRUE(with.AtEnd());
-  gsl_sweep::WordScanner without(source, source.bytes, false);
+  gsl_mesh::WordScanner without(source, source.bytes, false);
   EXPECT_EQ(without.Next(), "a");
   EXPECT_EQ(without.NextOnLine(), "#b");
 }
@@ -95,7 +95,7 @@ TEST(WordScanner, CommentsAreSkippedOnlyWhereTheFormatHasThem) {
 TEST(WordScanner, WordsAndNumbersSayInWhichLineTheyAreWrong) {
   const MeshSource source{"1 2\r\n3 x\n", "sample"};
   const auto errorOf = [&](int skipped, bool whole) -> std::string {
-    gsl_sweep::WordScanner words(source, source.bytes, false);
+    gsl_mesh::WordScanner words(source, source.bytes, false);
     for (int k = 0; k < skipped; ++k)
       words.Next();
     try {
@@ -113,7 +113,7 @@ TEST(WordScanner, WordsAndNumbersSayInWhichLineTheyAreWrong) {
 
 TEST(WordScanner, SkipLineEndsBeforeTheNextLine) {
   const MeshSource source{"a b c\rd", "sample"};
-  gsl_sweep::WordScanner words(source, source.bytes, false);
+  gsl_mesh::WordScanner words(source, source.bytes, false);
   words.Next();
   words.SkipLine();
   EXPECT_EQ(words.NextOnLine(), "");

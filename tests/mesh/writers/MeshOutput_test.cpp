@@ -8,7 +8,7 @@
 #include <functional>
 #include <limits>
 
-using namespace gsl_sweep;
+using namespace gsl_mesh;
 
 namespace {
 

@@ -6,7 +6,7 @@ using namespace gsl_mesh_samples;
 TEST(MeshWritePly, FollowsTheLayoutOfTheFormat) {
   const TemporaryFolder folder;
   const std::string path = folder.Path("part.ply");
-  gsl_sweep::WriteMesh(
+  gsl_mesh::WriteMesh(
       path, {"", {{0, 0, 5}, {2, 0, 5}, {0, 3, 5}, {2, 0, 5}, {0, 0, 5}, {1, 1, 9}}, {}}, false);
   std::string expected = "ply\nformat binary_little_endian 1.0\nelement vertex 4\n"
                          "property double x\nproperty double y\nproperty double z\n"

@@ -7,9 +7,9 @@
 #include <random>
 
 using namespace gsl_mesh_samples;
-using gsl_sweep::OutputError;
-using gsl_sweep::ReadMesh;
-using gsl_sweep::WriteMesh;
+using gsl_mesh::OutputError;
+using gsl_mesh::ReadMesh;
+using gsl_mesh::WriteMesh;
 
 namespace {
 

@@ -8,7 +8,7 @@
 #include <cmath>
 #include <limits>
 
-using namespace gsl_sweep;
+using namespace gsl_mesh;
 using testing::ElementsAre;
 
 namespace {

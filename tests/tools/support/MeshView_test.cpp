@@ -5,6 +5,7 @@
 namespace {
 
 using namespace gsl_sweep;
+using namespace gsl_tools;
 
 TEST(MeshView, IsOfTheMeshesOwnNumbers) {
   Mesh mesh;

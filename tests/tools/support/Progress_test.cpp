@@ -14,8 +14,8 @@
 #include <pty.h>
 #include <unistd.h>
 
-using gsl_sweep::Progress;
-using gsl_sweep::ProgressStyle;
+using gsl_tools::Progress;
+using gsl_tools::ProgressStyle;
 
 namespace {
 

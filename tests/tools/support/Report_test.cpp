@@ -15,6 +15,7 @@
 namespace {
 
 using namespace gsl_sweep;
+using namespace gsl_tools;
 using namespace sweep_shapes;
 
 SweepReport SampleReport() {

@@ -7,7 +7,7 @@
 
 namespace {
 
-using namespace gsl_sweep;
+using namespace gsl_tools;
 
 void ExpectVector(const std::optional<gsl_arithmetic::Coord3>& v, double x, double y, double z) {
   ASSERT_TRUE(v.has_value());

@@ -8,7 +8,7 @@
 #include <cstring>
 
 // Compiled for the instruction set of the tests; gsl_WideKernels_test.cpp runs the others.
-using namespace gsl_kernel::GSL_LANES_NAMESPACE;
+using namespace gsl_wide::GSL_LANES_NAMESPACE;
 using numbers::kInfinity;
 using numbers::kNaN;
 

@@ -8,7 +8,7 @@
 #include <vector>
 
 // The elimination itself is run, for every width and blocking, by gsl_LUDecomposition_test.cpp.
-using namespace gsl_kernel::GSL_LANES_NAMESPACE;
+using namespace gsl_wide::GSL_LANES_NAMESPACE;
 using numbers::kNaN;
 
 namespace {

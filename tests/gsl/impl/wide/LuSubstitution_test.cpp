@@ -8,7 +8,7 @@
 
 #include <vector>
 
-using namespace gsl_kernel;
+using namespace gsl_wide;
 
 TEST(LuSubstitution, HasTheBitsOfTheTextbook) {
   RandomNumbers random(32);

@@ -9,7 +9,7 @@
 #include <cmath>
 #include <vector>
 
-using namespace gsl_kernel;
+using namespace gsl_wide;
 
 namespace {
 

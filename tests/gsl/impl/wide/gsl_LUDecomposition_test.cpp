@@ -15,8 +15,8 @@
 #include <string>
 #include <vector>
 
-using gsl_kernel::LuResult;
-using gsl_kernel::LuSystem;
+using gsl_wide::LuResult;
+using gsl_wide::LuSystem;
 
 namespace {
 

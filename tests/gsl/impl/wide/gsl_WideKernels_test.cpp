@@ -49,7 +49,7 @@ TEST(GslWideKernels, LargestOfRowSetsNaNAside) {
 
 TEST(GslWideKernels, SkipLinesStopsAtTheFirstOpenEdge) {
   constexpr std::size_t kLines = 11;
-  constexpr std::size_t kLine = gsl_kernel::kAdjacencyRun;
+  constexpr std::size_t kLine = gsl_wide::kAdjacencyRun;
   for (const gsl_WideKernels* const kernels : AllKernels()) {
     std::vector<unsigned char> open(kLines * kLine, 0xFF);
     for (std::size_t at = 0; at < open.size(); ++at) {
