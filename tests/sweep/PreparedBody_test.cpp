@@ -5,10 +5,12 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <limits>
 #include <stdexcept>
 #include <thread>
+#include <vector>
 
 namespace {
 
@@ -68,6 +70,32 @@ TEST(PreparedBody, IsMadeOnceByManyThreads) {
   ASSERT_NE(body.SlabsIfMade(), nullptr);
   EXPECT_EQ(body.SlabsIfMade()->nodes.size(), single[0]->nodes.size());
   EXPECT_GT(body.Bytes(), before);
+}
+
+TEST(PreparedBody, LeavesAreMadeOnceByManyThreads) {
+  const Mesh mesh = Soup(5, 3000); // in no order, so that making the leaves sorts it
+  const PreparedBody body(ViewOf(mesh));
+  EXPECT_EQ(body.TriangleCount(), 3000u);
+  std::uint32_t first[4] = {};
+  double low[4] = {};
+  std::vector<std::thread> threads;
+  for (int k = 0; k < 4; ++k) {
+    threads.emplace_back([&, k] {
+      if (k % 2 == 0) low[k] = body.Bounds().low[0];
+      first[k] = body.Triangles().Number(0);
+      if (k % 2 != 0) low[k] = body.Bounds().low[0];
+    });
+  }
+  for (std::thread& thread : threads)
+    thread.join();
+  EXPECT_TRUE(body.Triangles().IsReordered());
+  double least = mesh.corners[0].x;
+  for (const Coord3& p : mesh.corners)
+    least = std::min(least, p.x);
+  for (int k = 0; k < 4; ++k) {
+    EXPECT_EQ(first[k], first[0]);
+    EXPECT_EQ(low[k], least);
+  }
 }
 
 TEST(PreparedBody, SlabsThatAreGivenUpAreMadeLater) {
