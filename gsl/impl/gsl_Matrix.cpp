@@ -1,6 +1,6 @@
 #include "gsl_Matrix.h"
 
-#include "gsl_Coordinates.h"
+#include "gsl_FromCoordinates.h"
 #include "gsl_Settings.h"
 #include "kernel/Matrix.h"
 
