@@ -779,6 +779,35 @@ TEST(Pair, BatchIsCancelledWithinAQuestion) {
   EXPECT_EQ(pair.FirstOfEach(question, run)[0].status, SweepStatus::Cancelled);
 }
 
+TEST(Pair, CancelIsNoticedWhileABodyIsStillBeingPrepared) {
+  // A question that is answered at a glance, after preparing that takes longer.
+  const Mesh box = Box({0.0, 0.0, 0.0}, {1.0, 1.0, 1.0});
+  std::mt19937_64 random(5);
+  const Mesh fixed = Soup(random, 100000, 1.0, 1e-3, 0.0);
+  Question question;
+  question.direction = {1.0, 0.0, 0.0};
+  for (const bool isBatch : {false, true}) {
+    const Pair pair = PairOf(Moved(box, {9.0, 0.0, 0.0}), fixed);
+    const auto ask = [&](const gsl_sweep::Run& run) {
+      if (!isBatch) return pair.First(question, run).status;
+      Answer answer;
+      pair.First(&question, 1, &answer, run);
+      return answer.status;
+    };
+    gsl_sweep::Run run = OnThreads(1);
+    EXPECT_EQ(ask(run), SweepStatus::None);
+    std::vector<double> parts;
+    run.progress = [&parts](double part) {
+      parts.push_back(part);
+      return false;
+    };
+    EXPECT_EQ(ask(run), SweepStatus::Cancelled);
+    EXPECT_EQ(parts, std::vector<double>{0.0});
+    run.progress = {};
+    EXPECT_EQ(ask(run), SweepStatus::None);
+  }
+}
+
 TEST(Pair, OverflowOfOneOfEachNamesTheFixedBody) {
   const double most = std::numeric_limits<double>::max();
   const Pair pair(BodyOf(PointAt({0.0, 0.0, most})),
