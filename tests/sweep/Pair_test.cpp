@@ -5,6 +5,7 @@
 #include "PairKernel.h"
 #include "SweepAsk.h"
 #include "SweepShapes.h"
+#include "TestScale.h"
 #include "reference/PairSweepOracle.h"
 
 #include <gtest/gtest.h>
@@ -558,7 +559,7 @@ TEST(Pair, ReportedTravelIsNeverBeyondTheGreatestDistance) {
   RealsIn unit(-1.0, 1.0);
   int within = 0;
   int beyond = 0;
-  for (int round = 0; round < 4000; ++round) {
+  for (long round = 0; round < Scaled(4000); ++round) {
     const double size = std::ldexp(1.0, static_cast<int>(random() % 2000) - 1060);
     const Mesh moving = PointAt({size * unit(random), size * unit(random), 4.0 * size});
     const Coord3 d{0.1 * unit(random), 0.1 * unit(random), -1.0};
@@ -576,8 +577,8 @@ TEST(Pair, ReportedTravelIsNeverBeyondTheGreatestDistance) {
               SweepStatus::Contact);
     EXPECT_EQ(Ask(moving, Slope(size), d, std::nextafter(limit, 0.0)).status, SweepStatus::None);
   }
-  EXPECT_GT(within, 1000);
-  EXPECT_GT(beyond, 1000);
+  EXPECT_GT(within, Scaled(1000));
+  EXPECT_GT(beyond, Scaled(1000));
 }
 
 /// First contact by the linear programme of every pair, in fractions.
@@ -664,8 +665,8 @@ TEST(Pair, ManyThinTrianglesAslantEndInTime) {
   // Two combs of long strips across each other at 45 degrees to the axes.
   const auto comb = [](double z, double sense) {
     Mesh mesh;
-    for (int k = 0; k < 4000; ++k) {
-      const double at = 0.01 * k;
+    for (long k = 0; k < Scaled(4000); ++k) {
+      const double at = 0.01 * static_cast<double>(k);
       AddTriangle(mesh, {at, sense * at, z}, {at + 40.0, sense * at - sense * 40.0, z},
                   {at + 0.005, sense * (at + 0.005), z});
     }
