@@ -62,7 +62,7 @@ TEST(BigNatural, SumsAndDifferencesCarry) {
   ExpectSame(BigNatural::Times(big, BigNatural()), BigNatural());
 }
 
-TEST(BigNatural, ExpansionsAreSummedWhateverTheirSigns) {
+TEST(BigNatural, ExpansionsOfEitherSignAreSummed) {
   Expansion<8> expansion;
   for (const double c : {0x1p-1074, -0x1p-900, 3.0, -0x1p100})
     expansion.Append(c);

@@ -37,7 +37,7 @@ TEST(SharedVertices, CornersOfTheSameNanShareAVertex) {
   EXPECT_THAT(VerticesOf(mesh).ofCorner, ElementsAre(0, 1, 0));
 }
 
-TEST(SharedVertices, EveryCoordinateTellsCornersApart) {
+TEST(SharedVertices, EveryCoordinateDistinguishesCorners) {
   Mesh mesh;
   for (int k = 0; k < 20 * 20 * 20; ++k)
     mesh.corners.push_back({0.5 * (k % 20), 0.5 * (k / 20 % 20), 0.5 * (k / 400)});

@@ -65,8 +65,8 @@ TEST(LuUnblocked, ARowIsZeroStrictlyBelowTheFloor) {
   EXPECT_EQ(at.At(1, 1), 1e-16);
 }
 
-TEST(LuUnblocked, ASmallPivotBecomesTheFloorWhateverItsSign) {
-  // Equal rows: the second pivot is 0 after the first step.
+TEST(LuUnblocked, ASmallPivotOfEitherSignBecomesTheFloor) {
+  // The rows are equal, so the second pivot is 0 after the first step.
   SquareMatrix matrix(2);
   matrix.At(0, 0) = matrix.At(0, 1) = matrix.At(1, 0) = matrix.At(1, 1) = -2.0;
   EXPECT_EQ(Decompose(matrix).result, LuResult::Decomposed);
