@@ -57,9 +57,9 @@ TEST(LuUnblocked, HasTheBitsOfTheTextbook) {
 }
 
 TEST(LuUnblocked, ARowIsZeroStrictlyBelowTheFloor) {
-  SquareMatrix below = Diagonal(1.0, std::nextafter(1e-16, 0.0));
+  SquareMatrix below = Diagonal(1.0, numbers::Below(1e-16));
   EXPECT_EQ(Decompose(below).result, LuResult::ZeroRow);
-  EXPECT_EQ(below.At(1, 1), std::nextafter(1e-16, 0.0)) << "untouched";
+  EXPECT_EQ(below.At(1, 1), numbers::Below(1e-16)) << "untouched";
   SquareMatrix at = Diagonal(1.0, 1e-16);
   EXPECT_EQ(Decompose(at).result, LuResult::Decomposed);
   EXPECT_EQ(at.At(1, 1), 1e-16);
