@@ -16,7 +16,7 @@ import house_check
 
 PAGE = "docs/behaviour.md"
 HEAD = ["name", "what it does", "where", "test"]
-# Three words or more joined by hyphens, alone or before a colon: ordinary comments do not look like that.
+# Matches three words or more joined by hyphens, alone or before a colon. Ordinary comments do not look like this.
 NAME_COMMENT = re.compile(r"^[ \t]*//+ ([a-z0-9]+(?:-[a-z0-9]+){2,})(?:(:)[ \t]*(\S?)|[ \t]*$)", re.MULTILINE)
 NAME_ON_A_PAGE = re.compile(r"\(`([a-z0-9]+(?:-[a-z0-9]+){2,})`\)")
 LINK = re.compile(r"\]\(([\w-]+\.md)\)")
@@ -28,7 +28,7 @@ def cells_of(line):
 
 
 def rows_of(page):
-    """(line number, cells) of every row of the page's tables."""
+    """Yields (line number, cells) of every row of the page's tables."""
     for number, line in enumerate(page.splitlines(), 1):
         if not line.startswith("|"):
             continue
@@ -53,7 +53,7 @@ def tests_of(root):
 
 
 def names_in_code(root):
-    """Name of every oddity comment with the files that hold it, and the comments without a reason."""
+    """Returns the name of every oddity comment with its files, and the comments without a reason."""
     found, bare = {}, []
     for path in sources(root, "gsl"):
         file = path.relative_to(root).as_posix()
@@ -65,7 +65,7 @@ def names_in_code(root):
 
 
 def names_on_linked_pages(root):
-    """(page, name) of every name in brackets on the pages that the page of the oddities links."""
+    """Yields (page, name) of every name in brackets on the pages that the page of the oddities links."""
     for link in sorted(set(LINK.findall((root / PAGE).read_text()))):
         page = (root / PAGE).parent / link
         for name in NAME_ON_A_PAGE.findall(page.read_text()):
