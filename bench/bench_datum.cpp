@@ -1,6 +1,6 @@
-// Boxes, three-point constructions, datum predicates, model segments, the in-plane sweep and script
-// calls. Peers: Eigen for boxes, circles and skew lines, std::shared_ptr for the holders, and for
-// the sweep its steps written out on the public classes.
+// Measures boxes, three-point constructions, datum predicates, model segments, the in-plane sweep
+// and script calls. The peers are Eigen for boxes, circles and skew lines, std::shared_ptr for the
+// holders, and the step-by-step algorithm on the public classes for the sweep.
 
 #include "InPlaneTranscription.h"
 #include "gsl_BBox.h"
@@ -24,7 +24,7 @@
 
 namespace {
 
-// Enough values that nothing is a constant, few enough that they stay in the first cache.
+// The values are too many to be constants, and few enough for the first cache.
 constexpr std::size_t kCount = 64;
 
 class Numbers {
@@ -137,7 +137,7 @@ void BoxTransformEigen(benchmark::State& state) {
   const Eigen::Isometry3d m = SomeIsometry();
   std::size_t i = 0;
   for (auto _ : state) {
-    // All eight corners, as ours does.
+    // Transforms all eight corners, as our box does.
     const Eigen::AlignedBox3d& source = boxes.eigen[i++ % kCount];
     Eigen::AlignedBox3d box;
     for (int k = 0; k < 8; ++k)
@@ -290,8 +290,8 @@ void SegmentRegenerateShared(benchmark::State& state) {
   }
 }
 
-/// What lies about a segment that moves along +Y: 0 ahead of it across the direction, 1 along the
-/// direction, 2 anywhere.
+/// A segment near a segment that moves along +Y: 0 is ahead of it and across the direction, 1 is
+/// along the direction, 2 is anywhere.
 struct InPlanePairs {
   std::vector<std::array<gsl_Point, 4>> pairs;
   gsl_Vector direction{0.1, 1.0, 0.0};

@@ -1,9 +1,9 @@
-// Factor and solve one system: Eigen's PartialPivLU, compiled like the library and for the
-// processor at hand, OpenBLAS's dgesv on one thread, and the column-by-column form of the textbook.
-// Everybody is given a fresh copy of the matrix.
+// Measures how one system is factored and solved. The peers are Eigen's PartialPivLU, compiled like
+// the library and for this processor, OpenBLAS's dgesv on one thread, and the column-by-column form
+// of the textbook. Each gets a fresh copy of the matrix.
 //
-// OpenBLAS chooses its kernel by the processor; OPENBLAS_CORETYPE in the environment makes it take
-// another. GSL_BENCH_WIDTH=avx2 (or baseline) makes ours take narrower vectors than it would; the
+// OpenBLAS chooses its kernel by the processor, and OPENBLAS_CORETYPE in the environment selects
+// another kernel. GSL_BENCH_WIDTH=avx2 (or baseline) selects narrower vectors for our solver. The
 // work is then called FactorAndSolve_avx2.
 
 #include "EigenNative.h"
@@ -65,7 +65,7 @@ void Ours(benchmark::State& state) {
   }
 }
 
-/// The steps of the class with kernels that it would not choose.
+/// Runs the steps of the class with kernels that the class would not choose.
 void OursWith(benchmark::State& state, const gsl_WideKernels* kernels) {
   const Problem problem(state);
   std::vector<double> x = problem.b;

@@ -1,4 +1,5 @@
-// Vectors, points and transforms beside Eigen, which does the same on its own types.
+// Measures vectors, points and transforms beside Eigen, which has the same operations on its own
+// types.
 
 #include "gsl_Matrix.h"
 #include "gsl_Point.h"
@@ -13,7 +14,7 @@
 
 namespace {
 
-// Enough values that nothing is a constant, few enough that they stay in the first cache.
+// The values are too many to be constants, and few enough for the first cache.
 constexpr std::size_t kCount = 64;
 
 std::array<double, 3 * kCount> RandomNumbers() {
@@ -37,7 +38,7 @@ struct Corpus {
   const T& At(std::size_t i) const { return values[i % kCount]; }
 };
 
-/// Runs `work` on one value after the other and its successor.
+/// Runs `work` on each value and its successor in turn.
 template <class T, class Work>
 void OnPairs(benchmark::State& state, Work work) {
   const Corpus<T> corpus;

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Compares what a library exports of its own classes and functions with a list, name by name.
+"""Compares the names that a library exports for its own classes and functions with a list.
 
 usage: check_exported_names.py [--write] LIBRARY LIST
 

@@ -1,4 +1,4 @@
-"""Plants one forbidden include after the other: scripts/check_includes.py must name each."""
+"""Plants each forbidden include in turn: scripts/check_includes.py must name each."""
 
 import pathlib
 import sys

@@ -33,7 +33,7 @@ TEST(PreparedBody, IsComfortableUpToItsLimits) {
   EXPECT_FALSE(IsComfortable(0x1p121));
 }
 
-TEST(PreparedBody, VerticesThatTakeNoPartAreNoDiscomfort) {
+TEST(PreparedBody, VerticesOfNoTriangleDoNotCount) {
   const double infinity = std::numeric_limits<double>::infinity();
   const double vertices[] = {0.0, 0.0, 0.0, 1.0,    0.0, 0.0, 0.0,     1.0,
                              0.0, 0.5, 0.5, 1e-200, 0.5, 0.5, infinity};
@@ -113,7 +113,7 @@ TEST(PreparedBody, SlabsThatAreGivenUpAreMadeLater) {
   EXPECT_NE(body.SlabsIfMade(), nullptr);
 }
 
-TEST(PreparedBody, MovedHoldsWhatIsMadeAfresh) {
+TEST(PreparedBody, MovedEqualsABodyMadeAgain) {
   gsl_Matrix matrix;
   matrix.AxisRotation(gsl_Point(1.0, 2.0, 3.0), gsl_Vector(0.3, -0.2, 0.9), 1.1);
   const Mesh mesh = Soup(21, 400);

@@ -10,16 +10,16 @@ namespace {
 using namespace gsl_sweep;
 using namespace sweep_bodies;
 
-/// n . p with an error far below any that the slabs allow for.
-long double Extent(const float (&n)[3], const Coord3& p) {
+/// Returns n . p with an error far below the errors that the slabs allow for.
+long double AlongNormal(const float (&n)[3], const Coord3& p) {
   return static_cast<long double>(n[0]) * p.x + static_cast<long double>(n[1]) * p.y +
          static_cast<long double>(n[2]) * p.z;
 }
 
 void ExpectHolds(const Slab& slab, const Coord3& p) {
-  const long double extent = Extent(slab.normal, p);
-  ASSERT_LE(slab.from, extent);
-  ASSERT_LE(extent, slab.to);
+  const long double along = AlongNormal(slab.normal, p);
+  ASSERT_LE(slab.from, along);
+  ASSERT_LE(along, slab.to);
 }
 
 std::vector<Mesh> Families() {
