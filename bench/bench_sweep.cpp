@@ -39,8 +39,9 @@ constexpr std::size_t kFamiliesAtTheLargest = 4;
 /// A size is left out when the one before lets expect a longer one-shot time, in seconds.
 constexpr double kLongestOneShot = 3.0;
 constexpr double kLongestOneShotAtTheLargest = 1.0;
-/// A measurement that takes longer is ended, in seconds.
-constexpr unsigned kPatience = 6;
+/// A measurement that takes longer is ended, in seconds. (A timer of processor time would make the
+/// processor clock coarse.)
+constexpr unsigned kPatience = 10;
 /// Directions are asked until this many are answered or this much time has passed.
 constexpr std::size_t kDirections = 1000;
 constexpr double kSecondsOfDirections = 0.6;

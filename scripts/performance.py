@@ -232,7 +232,7 @@ def sweep(result):
     versions = ", ".join(f"{name} {version}" for name, version in result["peers"].items()) or "none was there"
     yield "The scenes are families of two bodies at several sizes, from `bench/SweepFamilies.cpp`; sizes are triangles in"
     yield "each body. Times are medians of processor time in milliseconds on one thread, unless a column says otherwise."
-    yield f"A measurement that takes longer than {result['patience']} s is ended."
+    yield f"A measurement is ended after {result['patience']} s."
     if any(f.name == GENERIC for f in families):
         yield from ["", "### Goals", "", "The worst scene of each kind counts.", ""]
         yield from table(["goal", "limit", "measured", "met"], (goal_row(*goal) for goal in goals(families, sizes)))
