@@ -3,6 +3,7 @@
 // holders, and the step-by-step algorithm on the public classes for the sweep.
 
 #include "InPlaneTranscription.h"
+#include "RandomNumbers.h"
 #include "gsl_BBox.h"
 #include "gsl_InPlaneSegSegMinDirectionalDist.h"
 #include "gsl_ModelSegment.h"
@@ -19,7 +20,6 @@
 #include <cstddef>
 #include <limits>
 #include <memory>
-#include <random>
 #include <vector>
 
 namespace {
@@ -29,9 +29,7 @@ constexpr std::size_t kCount = 64;
 
 class Numbers {
 public:
-  double operator()(double low, double high) {
-    return std::uniform_real_distribution<double>(low, high)(generator);
-  }
+  double operator()(double low, double high) { return random.In(low, high); }
   gsl_Point Point() {
     const double x = (*this)(-10.0, 10.0);
     const double y = (*this)(-10.0, 10.0);
@@ -39,7 +37,7 @@ public:
   }
 
 private:
-  std::mt19937_64 generator{20240611};
+  RandomNumbers random{20240611};
 };
 
 Eigen::Vector3d EigenOf(const gsl_Point& p) {

@@ -1,6 +1,7 @@
 // Measures lines, planes, segments and the triangle sweep. The peer of the sweep is the
 // step-by-step algorithm on the public classes. Eigen has the intersection of a line and a plane.
 
+#include "RandomNumbers.h"
 #include "TriTriTranscription.h"
 #include "gsl_Plane.h"
 #include "gsl_Segment.h"
@@ -12,7 +13,6 @@
 
 #include <cstddef>
 #include <limits>
-#include <random>
 #include <string>
 #include <vector>
 
@@ -22,15 +22,13 @@ constexpr std::size_t kCount = 256;
 
 class Numbers {
 public:
-  explicit Numbers(std::uint64_t seed) : generator(seed) {}
-  double In(double low, double high) {
-    return std::uniform_real_distribution<double>(low, high)(generator);
-  }
+  explicit Numbers(std::uint64_t seed) : random(seed) {}
+  double In(double low, double high) { return random.In(low, high); }
   gsl_Point Point(double size) { return {In(-size, size), In(-size, size), In(-size, size)}; }
   gsl_Vector Vector(double size) { return {In(-size, size), In(-size, size), In(-size, size)}; }
 
 private:
-  std::mt19937_64 generator;
+  RandomNumbers random;
 };
 
 template <class T, class Make>

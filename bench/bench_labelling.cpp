@@ -2,6 +2,7 @@
 // read of the matrix, which every algorithm on a matrix needs, and Boost.Graph's
 // connected_components on adjacency lists, with and without the conversion to lists.
 
+#include "RandomNumbers.h"
 #include "gsl_DepthFirstSearch.h"
 
 #include <benchmark/benchmark.h>
@@ -15,7 +16,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
-#include <random>
 #include <string>
 #include <vector>
 
@@ -32,9 +32,9 @@ public:
         Join(v, v + 1);
     }
     if (kind == Kind::Sparse) {
-      std::mt19937_64 random(20240229);
+      RandomNumbers random(20240229);
       for (std::size_t k = 0; k < 2 * n; ++k) // each vertex has about four neighbours
-        Join(random() % n, random() % n);
+        Join(random.Next() % n, random.Next() % n);
     }
   }
 

@@ -7,6 +7,7 @@
 // work is then called FactorAndSolve_avx2.
 
 #include "EigenNative.h"
+#include "RandomNumbers.h"
 #include "TextbookLu.h"
 #include "gsl_LinearEqnLUDSolver.h"
 #include "wide/LuSubstitution.h"
@@ -20,7 +21,6 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
-#include <random>
 #include <string>
 #include <vector>
 
@@ -40,13 +40,12 @@ struct Problem {
   std::vector<double> b;
 
   explicit Problem(const benchmark::State& state) : n(static_cast<int>(state.range(0))) {
-    std::mt19937_64 generator(20240229);
-    std::uniform_real_distribution<double> between(-1.0, 1.0);
+    RandomNumbers random(20240229);
     const std::size_t size = static_cast<std::size_t>(n);
     a.resize(size * size);
     b.resize(size);
-    std::generate(a.begin(), a.end(), [&] { return between(generator); });
-    std::generate(b.begin(), b.end(), [&] { return between(generator); });
+    std::generate(a.begin(), a.end(), [&] { return random.In(-1.0, 1.0); });
+    std::generate(b.begin(), b.end(), [&] { return random.In(-1.0, 1.0); });
   }
 };
 

@@ -35,6 +35,7 @@ using gsl_arithmetic::Cross;
 using gsl_arithmetic::Length;
 using gsl_arithmetic::Multiply;
 using gsl_arithmetic::Subtract;
+using gsl_tools::ViewOf;
 
 using Kernel = CGAL::Exact_predicates_inexact_constructions_kernel;
 using Triangles = std::vector<Kernel::Triangle_3>;

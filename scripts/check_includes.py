@@ -98,7 +98,7 @@ ROOMS = [
          f"{PRODUCT}, tests/support/, any library"),
     Room("tests/consumer/", "projects that use the library, installed or as sources",
          f"{PUBLIC}, {RECORDS}, sweep/, POSIX", True),
-    Room("bench/", "benchmarks of the library and of other libraries", f"{PRODUCT}, tests/reference/, any library"),
+    Room("bench/", "benchmarks of the library and of other libraries", f"{PRODUCT}, tests/reference/, tests/support/RandomNumbers.h, any library"),
     Room("fuzz/", "fuzz targets and their seeds", f"{PUBLIC}, {RECORDS}, records/, mesh/, sweep/"),
     Room("examples/", "programs as users write them", f"{PUBLIC}, {RECORDS}, mesh/, sweep/", True),
 ]
