@@ -11,7 +11,6 @@ namespace {
 using gsl_arithmetic::Add;
 using gsl_arithmetic::Length;
 using gsl_arithmetic::Multiply;
-using gsl_arithmetic::Subtract;
 
 constexpr double kPi = 3.14159265358979323846;
 const Coord3 kDown{0.0, 0.0, -1.0};
@@ -65,12 +64,12 @@ IndexedMesh Moved(IndexedMesh mesh, const Coord3& by) {
 
 /// The rotation by the unit quaternion (0.8, 0.36, 0.48, 0), so that nothing is along an axis.
 Coord3 Turned(const Coord3& p) {
-  constexpr double w = 0.8;
-  constexpr double x = 0.36;
-  constexpr double y = 0.48;
-  return {(1.0 - 2.0 * y * y) * p.x + 2.0 * x * y * p.y + 2.0 * w * y * p.z,
-          2.0 * x * y * p.x + (1.0 - 2.0 * x * x) * p.y - 2.0 * w * x * p.z,
-          -2.0 * w * y * p.x + 2.0 * w * x * p.y + (1.0 - 2.0 * (x * x + y * y)) * p.z};
+  constexpr double kW = 0.8;
+  constexpr double kX = 0.36;
+  constexpr double kY = 0.48;
+  return {(1.0 - 2.0 * kY * kY) * p.x + 2.0 * kX * kY * p.y + 2.0 * kW * kY * p.z,
+          2.0 * kX * kY * p.x + (1.0 - 2.0 * kX * kX) * p.y - 2.0 * kW * kX * p.z,
+          -2.0 * kW * kY * p.x + 2.0 * kW * kX * p.y + (1.0 - 2.0 * (kX * kX + kY * kY)) * p.z};
 }
 
 /// The number of squares along an edge of a cube that gives so many triangles.
@@ -170,26 +169,26 @@ constexpr int kTeeth = 16;
 constexpr double kPitch = 2.0 / kTeeth;
 
 std::pair<double, double> CombOutline(double t) {
-  constexpr double width[4] = {0.45 * kPitch, 0.1 * kPitch, 0.35 * kPitch, 0.1 * kPitch};
-  constexpr double from[4] = {0.5, 0.5, 0.0, 0.0};
-  constexpr double to[4] = {0.5, 0.0, 0.0, 0.5};
+  constexpr double kWidth[4] = {0.45 * kPitch, 0.1 * kPitch, 0.35 * kPitch, 0.1 * kPitch};
+  constexpr double kFrom[4] = {0.5, 0.5, 0.0, 0.0};
+  constexpr double kTo[4] = {0.5, 0.0, 0.0, 0.5};
   double length[4];
   double total = 0.0;
   for (int k = 0; k < 4; ++k)
-    total += length[k] = std::hypot(width[k], to[k] - from[k]);
+    total += length[k] = std::hypot(kWidth[k], kTo[k] - kFrom[k]);
   const double at = std::min(t * kTeeth, kTeeth - 1e-9);
   double rest = (at - std::floor(at)) * total;
   double x = -1.0 + kPitch * std::floor(at);
   for (int k = 0; k < 3; ++k) {
     if (rest <= length[k]) {
       const double part = rest / length[k];
-      return {x + width[k] * part, from[k] + (to[k] - from[k]) * part};
+      return {x + kWidth[k] * part, kFrom[k] + (kTo[k] - kFrom[k]) * part};
     }
     rest -= length[k];
-    x += width[k];
+    x += kWidth[k];
   }
   const double part = rest / length[3];
-  return {x + width[3] * part, from[3] + (to[3] - from[3]) * part};
+  return {x + kWidth[3] * part, kFrom[3] + (kTo[3] - kFrom[3]) * part};
 }
 
 /// Tips and grooves are slightly wavy: flat ones would meet in exact ties.
@@ -407,7 +406,7 @@ Scene InSingle(std::size_t n) {
 } // namespace
 
 const std::vector<Family>& AllFamilies() {
-  static const std::vector<Family> families = {
+  static const std::vector<Family> kFamilies = {
       {"figures apart", Kind::Apart, false, InSingle<Figures>},
       {"spheres apart", Kind::Apart, false, InSingle<Spheres>},
       {"figures apart, in double precision", Kind::Apart, true, Figures},
@@ -432,7 +431,7 @@ const std::vector<Family>& AllFamilies() {
       {"a thousand coincident faces, aslant", Kind::HardAslant, false,
        InSingle<CoincidentFacesAslant>},
   };
-  return families;
+  return kFamilies;
 }
 
 } // namespace sweep_families

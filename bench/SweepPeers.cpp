@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 #if defined(BENCH_FCL)
 #include <fcl/config.h>
@@ -68,7 +69,7 @@ Found FindWithFcl(const Scene& scene) {
 
 /// The mesh in the form of the library. It reads numbers of single precision only.
 RTCScene EmbreeSceneOf(RTCDevice device, const IndexedMesh& mesh) {
-  const RTCGeometry geometry = rtcNewGeometry(device, RTC_GEOMETRY_TYPE_TRIANGLE);
+  RTCGeometry geometry = rtcNewGeometry(device, RTC_GEOMETRY_TYPE_TRIANGLE);
   auto* const vertices = static_cast<float*>(
       rtcSetNewGeometryBuffer(geometry, RTC_BUFFER_TYPE_VERTEX, 0, RTC_FORMAT_FLOAT3,
                               3 * sizeof(float), mesh.VertexCount()));
@@ -79,7 +80,7 @@ RTCScene EmbreeSceneOf(RTCDevice device, const IndexedMesh& mesh) {
                               3 * sizeof(std::uint32_t), mesh.TriangleCount()));
   std::copy(mesh.corners.begin(), mesh.corners.end(), corners);
   rtcCommitGeometry(geometry);
-  const RTCScene scene = rtcNewScene(device);
+  RTCScene scene = rtcNewScene(device);
   rtcAttachGeometry(scene, geometry);
   rtcReleaseGeometry(geometry);
   rtcCommitScene(scene);
@@ -114,9 +115,9 @@ void CastAll(RTCScene target, const IndexedMesh& from, const Coord3& direction, 
 
 /// Rays from the vertices of each body: contacts of two edges are missed.
 Found FindWithEmbree(const Scene& scene) {
-  const RTCDevice device = rtcNewDevice("threads=1");
-  const RTCScene moving = EmbreeSceneOf(device, scene.moving);
-  const RTCScene fixed = EmbreeSceneOf(device, scene.fixed);
+  RTCDevice device = rtcNewDevice("threads=1");
+  RTCScene moving = EmbreeSceneOf(device, scene.moving);
+  RTCScene fixed = EmbreeSceneOf(device, scene.fixed);
   const Coord3 unit = Multiply(scene.direction, 1.0 / Length(scene.direction));
   constexpr float kFar = std::numeric_limits<float>::infinity();
   float least = kFar;
