@@ -17,6 +17,8 @@ import re
 import sys
 from dataclasses import dataclass
 
+import house_check
+
 STANDARD = set("""
 algorithm any array atomic bitset charconv chrono codecvt complex condition_variable deque exception
 execution filesystem forward_list fstream functional future initializer_list iomanip ios iosfwd
@@ -65,7 +67,7 @@ class Room:
 ROOMS = [
     Room("tools/", "command-line programs: parse, call, print",
          "tools/support/, gsl/include/, mesh/, mesh/readers/MeshReadAssimp.h, sweep/, CLI11, POSIX"),
-    Room("tools/support/", "the output of programs: report, progress, help; numbers as text",
+    Room("tools/support/", "inputs and outputs of programs: poses, report, progress, help; numbers as text",
          "gsl/include/, mesh/, sweep/, CLI11, fast_float, nlohmann-json, POSIX"),
     Room("sweep/", "the engine: bodies and pairs, the search for the first contact, the exact contact of two triangles",
          f"exact/, {VALUES}, gsl/include/gsl_Point.h (to move corners as a matrix does), POSIX (pages of large arrays), "
@@ -217,13 +219,7 @@ def main():
     if sys.argv[1:] == ["--table"]:
         print("\n".join(table()))
         return 0
-    root = sys.argv[1] if len(sys.argv) > 1 else pathlib.Path(__file__).resolve().parent.parent
-    problems, count = check(root)
-    if count == 0:
-        problems.append(f"{root}: no sources found")
-    for problem in problems:
-        print(problem, file=sys.stderr)
-    return 1 if problems else 0
+    return house_check.run(check, "no sources found")
 
 
 if __name__ == "__main__":

@@ -58,7 +58,9 @@ std::vector<OptionRow> OptionRows() {
   return {
       {"-d,--direction", "X,Y,Z", nullptr,
        "Direction of travel, of any length except zero, or an axis: x -x y -y z -z"},
-      {"--offset", "X,Y,Z", nullptr, "Moves MOVING by this vector first"},
+      {"--pose", "FILE", nullptr,
+       "Places MOVING by the matrix in this file first: 12 or 16 numbers, row by row; - for stdin"},
+      {"--offset", "X,Y,Z", nullptr, "Moves MOVING by this vector, after --pose"},
       {"--one-sided", nullptr, &SweepOptions::oneSided,
        "Leaves out triangles of MOVING that face against the direction and triangles of FIXED that "
        "face along it"},
@@ -208,7 +210,7 @@ std::string MeshFileOf(const std::string& name, const std::string& value) {
 }
 
 /// A file name that begins with a dash is usually an option whose preceding value is missing.
-std::string OutputNameOf(const std::string& name, const std::string& value, const char* expected) {
+std::string FileNameOf(const std::string& name, const std::string& value, const char* expected) {
   if (value.empty()) FailValue(name, expected, value);
   if (value != "-" && value[0] == '-') {
     FailValue(name, expected, value + "; a file of that name is ./" + value);
@@ -244,7 +246,7 @@ std::string OutputFileOf(const std::string& value) {
   if (gsl_mesh::MeshFormatToWrite(value) == MeshFormat::Unknown) {
     FailValue("--output", "end in " + MeshFormatNames("."), value);
   }
-  return OutputNameOf("--output", value, "be a file name");
+  return FileNameOf("--output", value, "be a file name");
 }
 
 MeshFormat FormatOf(const std::string& value) {
@@ -273,12 +275,15 @@ ProgressStyle ProgressOf(const std::string& value) {
 
 void TakeValues(const CLI::App& app, SweepOptions& options) {
   if (const auto value = ValueOf(app, "--direction")) options.direction = DirectionOf(*value);
+  if (const auto value = ValueOf(app, "--pose")) {
+    options.poseFile = FileNameOf("--pose", *value, "be a file name or -");
+  }
   if (const auto value = ValueOf(app, "--offset")) options.offset = OffsetOf(*value);
   if (const auto value = ValueOf(app, "--max-distance")) {
     options.maxDistance = MaxDistanceOf(*value);
   }
   if (const auto value = ValueOf(app, "--json")) {
-    options.jsonFile = OutputNameOf("--json", *value, "be a file name or -");
+    options.jsonFile = FileNameOf("--json", *value, "be a file name or -");
   }
   if (const auto value = ValueOf(app, "--output")) options.outputFile = OutputFileOf(*value);
   if (const auto value = ValueOf(app, "--format")) options.format = FormatOf(*value);
@@ -303,12 +308,12 @@ void RefuseMissing(const CLI::App& app) {
 }
 
 void RefuseMisusedStdin(const SweepOptions& options) {
-  const auto fixedOnes =
-      std::count(options.fixedFiles.begin(), options.fixedFiles.end(), std::string("-"));
-  if (fixedOnes + (options.movingFile == "-" ? 1 : 0) > 1) {
-    Fail("more than one of MOVING and FIXED is -; expected standard input for one body at most");
+  std::vector<std::string> inputs = options.fixedFiles;
+  inputs.insert(inputs.end(), {options.movingFile, options.poseFile});
+  if (std::count(inputs.begin(), inputs.end(), "-") > 1) {
+    Fail("more than one of MOVING, FIXED and --pose is -; expected standard input once at most");
   }
-  if (options.format != MeshFormat::Unknown && !options.ReadsStdin()) {
+  if (options.format != MeshFormat::Unknown && !options.ReadsMeshFromStdin()) {
     Fail("--format needs a mesh on standard input; expected - as MOVING or FIXED");
   }
 }

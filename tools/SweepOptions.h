@@ -17,9 +17,10 @@ namespace gsl_tools {
 
 struct SweepOptions {
   std::string movingFile;                                      ///< as typed; "-" is standard input
-  std::vector<std::string> fixedFiles;                         ///< at most one file of all is "-"
-  gsl_mesh::MeshFormat format = gsl_mesh::MeshFormat::Unknown; ///< of standard input
+  std::vector<std::string> fixedFiles;                         ///< at most one input of all is "-"
+  gsl_mesh::MeshFormat format = gsl_mesh::MeshFormat::Unknown; ///< of a mesh on standard input
   gsl_arithmetic::Coord3 direction{0.0, 0.0, 0.0};             ///< not zero
+  std::string poseFile; ///< empty when not given; "-" is standard input
   gsl_arithmetic::Coord3 offset{0.0, 0.0, 0.0};
   bool oneSided = false;
   double maxDistance = std::numeric_limits<double>::infinity(); ///< at least 0
@@ -28,7 +29,7 @@ struct SweepOptions {
   ProgressStyle progress = ProgressStyle::Auto;
   bool quiet = false, force = false;
 
-  bool ReadsStdin() const {
+  bool ReadsMeshFromStdin() const {
     return movingFile == "-" ||
            std::find(fixedFiles.begin(), fixedFiles.end(), "-") != fixedFiles.end();
   }

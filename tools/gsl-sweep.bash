@@ -18,7 +18,7 @@ _gsl_sweep_files() {
 }
 
 _gsl_sweep() {
-  local options="--direction --offset --one-sided --max-distance --json --output --format
+  local options="--direction --pose --offset --one-sided --max-distance --json --output --format
     --threads --progress --quiet --force --help --version"
   local current=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]}
   # bash takes the equals sign of --name=value for a word of its own.
@@ -33,7 +33,7 @@ _gsl_sweep() {
     --output) _gsl_sweep_files "stl|ply|obj|off" "$current" ;;
     --format) _gsl_sweep_words "stl ply obj off" "$current" ;;
     --progress) _gsl_sweep_words "auto plain never" "$current" ;;
-    --json) _gsl_sweep_files ".*" "$current" ;;
+    --json | --pose) _gsl_sweep_files ".*" "$current" ;;
     --offset | --max-distance | --threads) ;;
     *)
       if [[ $current == -* ]]; then

@@ -4,7 +4,9 @@
 #include "Printable.h"
 #include "SweepOptions.h"
 #include "gsl_Sweep.h"
+#include "support/InputText.h"
 #include "support/MeshView.h"
+#include "support/Pose.h"
 #include "support/Progress.h"
 #include "support/Report.h"
 
@@ -15,6 +17,7 @@
 #include <exception>
 #include <filesystem>
 #include <new>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <system_error>
@@ -33,18 +36,14 @@ enum ExitStatus { Touching = 0, NoContact = 1, Usage = 2, BadInput = 3, Failure 
 Question QuestionOf(const SweepOptions& options) {
   Question question;
   question.direction = options.direction;
+  question.offset = options.offset;
   question.oneSided = options.oneSided;
   question.maxDistance = options.maxDistance;
   return question;
 }
 
-/// Returns the name of a mesh in messages.
-std::string NameOfMesh(const std::string& file) {
-  return file == "-" ? "standard input" : file;
-}
-
 Mesh ReadBody(const std::string& file, const SweepOptions& options) {
-  if (file == "-") return ReadMeshFromStream(STDIN_FILENO, NameOfMesh(file), options.format);
+  if (file == "-") return ReadMeshFromStream(STDIN_FILENO, NameOfInput(file), options.format);
   return ReadMesh(file);
 }
 
@@ -67,9 +66,40 @@ void CheckOutputs(const SweepOptions& options) {
   if (!options.outputFile.empty()) CheckOutputPath(options.outputFile, options.force);
 }
 
-void RequireFiniteTriangles(const std::string& file, const BodyCounts& body) {
-  if (body.skipped < body.triangles) return;
-  throw MeshError(file + ": every triangle has a NaN or infinite corner");
+/// A mesh and its body.
+struct Part {
+  std::string file; ///< as it was given
+  Mesh mesh;        ///< as it was read
+  Body body;        ///< where it is asked
+};
+
+/// All that is asked.
+struct Scene {
+  std::optional<gsl_Matrix> pose;
+  Part moving;
+  std::vector<Part> fixed;
+};
+
+Part ReadPart(const std::string& file, const SweepOptions& options, Progress& progress) {
+  progress.Begin("Reading " + NameOfInput(file));
+  Mesh mesh = ReadBody(file, options);
+  const Body body(ViewOf(mesh));
+  if (body.SkippedCount() == body.TriangleCount()) {
+    throw MeshError(mesh.file + ": every triangle has a NaN or infinite corner");
+  }
+  return {file, std::move(mesh), body};
+}
+
+Scene ReadScene(const SweepOptions& options, Progress& progress) {
+  std::optional<gsl_Matrix> pose;
+  if (!options.poseFile.empty()) pose = ReadPose(options.poseFile);
+  Scene scene{pose, ReadPart(options.movingFile, options, progress), {}};
+  Part& moving = scene.moving;
+  if (pose) moving.body = PosedBody(moving.body, *pose, moving.mesh.file);
+  RequireOffsetInRange(moving.body, options.offset, moving.mesh.file);
+  for (const std::string& file : options.fixedFiles)
+    scene.fixed.push_back(ReadPart(file, options, progress));
+  return scene;
 }
 
 void AddWarning(SweepReport& report, const std::string& warning) {
@@ -95,10 +125,17 @@ std::string OutputLine(const SweepOptions& options, const Answer& answer) {
          "\n";
 }
 
+/// Returns the moving body at its contact.
+Mesh MeshAtContact(Mesh mesh, const SweepReport& report) {
+  if (report.pose) PoseMesh(mesh, *report.pose);
+  Translate(mesh, report.offset, "--offset");
+  return MovedMesh(std::move(mesh), report.answer);
+}
+
 void WriteResults(const SweepOptions& options, const SweepReport& report, Mesh moving) {
   const bool touches = report.answer.status != SweepStatus::None;
   if (touches && !options.outputFile.empty()) {
-    WriteMesh(options.outputFile, MovedMesh(std::move(moving), report.answer), options.force);
+    WriteMesh(options.outputFile, MeshAtContact(std::move(moving), report), options.force);
   }
   if (options.JsonToFile()) {
     WriteTextFile(options.jsonFile, ReportAsJson(report), options.force);
@@ -118,8 +155,8 @@ BodyCounts CountsOf(const Body& body, std::size_t leftOut) {
 }
 
 /// Asks and writes down what was answered.
-void Search(const SweepOptions& options, const Mesh& moving, const std::vector<Mesh>& fixed,
-            Progress& progress, SweepReport& report) {
+void Search(const SweepOptions& options, const Scene& scene, Progress& progress,
+            SweepReport& report) {
   const Question question = QuestionOf(options);
   Run run;
   run.threads = options.threads;
@@ -127,64 +164,57 @@ void Search(const SweepOptions& options, const Mesh& moving, const std::vector<M
     progress.Update(part);
     return true;
   };
-  const Body movingBody(ViewOf(moving));
-  std::vector<Body> fixedBodies;
-  fixedBodies.reserve(fixed.size());
-  for (const Mesh& mesh : fixed)
-    fixedBodies.emplace_back(ViewOf(mesh));
-  const Pair pair(movingBody, fixedBodies, run);
+  std::vector<Body> fixed;
+  for (const Part& part : scene.fixed)
+    fixed.push_back(part.body);
+  const Pair pair(scene.moving.body, fixed, run);
   report.answer = pair.First(question, run);
-  for (std::size_t k = 0; k < fixed.size(); ++k) {
-    const LeftOut leftOut = Pair(movingBody, {fixedBodies[k]}).CountLeftOut(question);
-    report.moving = CountsOf(movingBody, leftOut.moving);
-    report.fixed.push_back({options.fixedFiles[k], CountsOf(fixedBodies[k], leftOut.fixed)});
+  for (const Part& part : scene.fixed) {
+    const LeftOut leftOut = Pair(scene.moving.body, {part.body}).CountLeftOut(question);
+    report.moving = CountsOf(scene.moving.body, leftOut.moving);
+    report.fixed.push_back({part.file, CountsOf(part.body, leftOut.fixed)});
   }
 }
 
-/// Warns of what was left out and of sizes that do not fit, in the order of the bodies.
-void AddWarnings(const Mesh& moving, const std::vector<Mesh>& fixed, SweepReport& report) {
-  report.warnings = moving.warnings;
-  for (const Mesh& mesh : fixed)
-    report.warnings.insert(report.warnings.end(), mesh.warnings.begin(), mesh.warnings.end());
-  AddWarning(report, SkippedWarning(moving.file, report.moving));
-  for (std::size_t k = 0; k < fixed.size(); ++k)
-    AddWarning(report, SkippedWarning(fixed[k].file, report.fixed[k].counts));
-  for (const Mesh& mesh : fixed)
-    AddWarning(report, SizeWarning(moving, mesh));
+/// Warns of what was left out, of the pose and of sizes that do not fit, in the order of the
+/// bodies.
+void AddWarnings(const SweepOptions& options, const Scene& scene, SweepReport& report) {
+  const Part& moving = scene.moving;
+  report.warnings = moving.mesh.warnings;
+  for (const Part& part : scene.fixed) {
+    report.warnings.insert(report.warnings.end(), part.mesh.warnings.begin(),
+                           part.mesh.warnings.end());
+  }
+  AddWarning(report, SkippedWarning(moving.mesh.file, report.moving));
+  for (std::size_t k = 0; k < scene.fixed.size(); ++k)
+    AddWarning(report, SkippedWarning(scene.fixed[k].mesh.file, report.fixed[k].counts));
+  if (scene.pose) AddWarning(report, PoseWarning(*scene.pose, NameOfInput(options.poseFile)));
+  for (const Part& part : scene.fixed)
+    AddWarning(report, SizeWarning(moving.mesh.file, moving.body, part.mesh.file, part.body));
 }
 
 ExitStatus SweepFiles(const SweepOptions& options) {
   CheckOutputs(options);
-
   Progress progress(options.quiet ? ProgressStyle::Never : options.progress);
-  progress.Begin("Reading " + NameOfMesh(options.movingFile));
-  Mesh moving = ReadBody(options.movingFile, options);
-  Translate(moving, options.offset, "--offset");
-  std::vector<Mesh> fixed;
-  for (const std::string& file : options.fixedFiles) {
-    progress.Begin("Reading " + NameOfMesh(file));
-    fixed.push_back(ReadBody(file, options));
-  }
+  Scene scene = ReadScene(options, progress);
 
   progress.Begin("Searching");
   SweepReport report;
   report.movingFile = options.movingFile;
+  report.pose = scene.pose;
   report.offset = options.offset;
   report.maxDistance = options.maxDistance;
   report.oneSided = options.oneSided;
   report.toolVersion = GSL_VERSION;
-  Search(options, moving, fixed, progress, report);
+  Search(options, scene, progress, report);
   progress.Clear();
 
-  RequireFiniteTriangles(moving.file, report.moving);
-  for (std::size_t k = 0; k < fixed.size(); ++k)
-    RequireFiniteTriangles(fixed[k].file, report.fixed[k].counts);
-  AddWarnings(moving, fixed, report);
+  AddWarnings(options, scene, report);
   for (const std::string& warning : report.warnings) {
     if (!options.quiet) PrintLine("warning: " + warning);
   }
   const bool touches = report.answer.status != SweepStatus::None;
-  WriteResults(options, report, std::move(moving));
+  WriteResults(options, report, std::move(scene.moving.mesh));
   return touches ? Touching : NoContact;
 }
 
@@ -197,6 +227,9 @@ int Guarded(const Work& work) {
     PrintLine(error.what());
     return Usage;
   } catch (const MeshError& error) {
+    PrintLine(error.what());
+    return BadInput;
+  } catch (const InputError& error) {
     PrintLine(error.what());
     return BadInput;
   } catch (const std::bad_alloc&) {

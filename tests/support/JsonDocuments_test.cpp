@@ -18,7 +18,7 @@ using testing::Ne;
 Json Contact() {
   return Json::parse(R"({
     "schema_version": 2, "tool_version": "0.1.0",
-    "question": {"offset": [0.0, 0.0, 0.0], "max_distance": null, "one_sided": false},
+    "question": {"pose": null, "offset": [0.0, 0.0, 0.0], "max_distance": null, "one_sided": false},
     "status": "contact", "travel": 30.0, "direction": [0.0, 0.0, -1.0],
     "kind": "vertex-face", "normal": [0.0, 0.0, 1.0],
     "moving": {"file": "a", "triangles": 9, "skipped": 0, "left_out": 0, "triangle": 1,
@@ -49,6 +49,11 @@ Json Start() {
   json["kind"] = "overlap";
   json["normal"] = nullptr;
   return json;
+}
+
+/// A matrix as the question shows it.
+Json Pose(std::size_t rows, std::size_t columns) {
+  return Json(std::vector<std::vector<double>>(rows, std::vector<double>(columns, 0.5)));
 }
 
 std::vector<std::string> Texts(const std::vector<Json>& documents) {
@@ -82,6 +87,7 @@ TEST(JsonDocuments, WhatTheProgramWritesIsValid) {
                                        Start(),
                                        With(Contact(), "/normal", nullptr),
                                        With(Contact(), "/question/max_distance", 0.0),
+                                       With(Contact(), "/question/pose", Pose(3, 4)),
                                        With(Contact(), "/warnings", Json::array({"one", "two"}))};
   EXPECT_THAT(ErrorsOf(Texts(documents)), Each(""));
 }
@@ -96,9 +102,10 @@ TEST(JsonDocuments, WhatIsNotJsonIsNoticed) {
 
 TEST(JsonDocuments, KeysTooFewOrTooManyAreNoticed) {
   ExpectInvalid({Without(Contact(), "/normal"), Without(Contact(), "/question"),
-                 Without(Contact(), "/question/one_sided"), Without(Contact(), "/tool_version"),
-                 Without(Contact(), "/fixed/left_out"), With(Contact(), "/threads", 2),
-                 With(Contact(), "/question/threads", 2), With(Contact(), "/moving/name", "a")});
+                 Without(Contact(), "/question/one_sided"), Without(Contact(), "/question/pose"),
+                 Without(Contact(), "/tool_version"), Without(Contact(), "/fixed/left_out"),
+                 With(Contact(), "/threads", 2), With(Contact(), "/question/threads", 2),
+                 With(Contact(), "/moving/name", "a")});
 }
 
 TEST(JsonDocuments, WrongValuesAreNoticed) {
@@ -110,6 +117,9 @@ TEST(JsonDocuments, WrongValuesAreNoticed) {
                  With(Contact(), "/direction", Json::array({0.0, 0.0, -2.0})),
                  With(Contact(), "/normal", Json::array({0.0, 0.0, 1.0, 0.0})),
                  With(Contact(), "/question/max_distance", -1.0),
+                 With(Contact(), "/question/pose", Pose(4, 4)),
+                 With(Contact(), "/question/pose", Pose(3, 3)),
+                 With(Contact(), "/question/pose", Json::array({1.0, 0.0, 0.0})),
                  With(Contact(), "/warnings", Json::array({"two\nlines"}))});
 }
 

@@ -58,6 +58,26 @@ TEST(GslSweepFiles, MovedBodyTouchesAtOnce) {
   EXPECT_EQ(json::parse(again.out)["status"], "start");
 }
 
+TEST(GslSweepFiles, MovedBodyIsPosedFirst) {
+  const Folder folder;
+  const std::string pose =
+      folder.Write("pose.txt", std::string("0.6 -0.8 0 1\n0.8 0.6 0 0\n0 0 1 2\n0 0 0 1\n"));
+  const std::string moved = folder.Path("moved.ply");
+  const Outcome run =
+      Sweep(parts + "-d -z --json - --pose " + pose + " --offset 0,0,8 --output " + moved);
+  ASSERT_EQ(run.status, 0);
+  const double travel = json::parse(run.out)["travel"];
+  const Mesh before = gsl_mesh::ReadMesh(GSL_EXAMPLE_MESHES "/bolt.stl");
+  const Mesh after = gsl_mesh::ReadMesh(moved);
+  ASSERT_EQ(after.corners.size(), before.corners.size());
+  for (std::size_t k = 0; k < after.corners.size(); ++k) {
+    const auto& p = before.corners[k];
+    EXPECT_NEAR(after.corners[k].x, 0.6 * p.x - 0.8 * p.y + 1.0, 1e-12);
+    EXPECT_NEAR(after.corners[k].y, 0.8 * p.x + 0.6 * p.y, 1e-12);
+    EXPECT_NEAR(after.corners[k].z, p.z + 10.0 - travel, 1e-12);
+  }
+}
+
 TEST(GslSweepFiles, OutputIsInTheFormatOfItsExtension) {
   const Folder folder;
   const Mesh before = gsl_mesh::ReadMesh(GSL_EXAMPLE_MESHES "/bolt.stl");

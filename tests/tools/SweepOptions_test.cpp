@@ -47,6 +47,8 @@ void ExpectVector(const gsl_arithmetic::Coord3& v, double x, double y, double z)
 }
 
 const std::string seeHelp = " (see gsl-sweep --help)";
+const std::string tooManyInputs =
+    "more than one of MOVING, FIXED and --pose is -; expected standard input once at most";
 
 } // namespace
 
@@ -59,6 +61,7 @@ TEST(SweepOptions, LeastCommandLineLeavesTheRestAtItsDefaults) {
   EXPECT_EQ(options.fixedFiles, std::vector<std::string>{"b.stl"});
   ExpectVector(options.direction, 0.0, 0.0, -1.0);
   ExpectVector(options.offset, 0.0, 0.0, 0.0);
+  EXPECT_EQ(options.poseFile, "");
   EXPECT_FALSE(options.oneSided || options.quiet || options.force);
   EXPECT_EQ(options.maxDistance, std::numeric_limits<double>::infinity());
   EXPECT_EQ(options.jsonFile, "");
@@ -69,11 +72,12 @@ TEST(SweepOptions, LeastCommandLineLeavesTheRestAtItsDefaults) {
 }
 
 TEST(SweepOptions, EveryOptionArrives) {
-  const Parsed parsed = ParseMore({"--offset", "1,2,3", "--one-sided", "--max-distance", "0",
-                                   "--json", "j", "--output", "o.PLY", "--threads", "1024",
-                                   "--progress", "plain", "--quiet", "--force"});
+  const Parsed parsed = ParseMore(
+      {"--pose", "p", "--offset", "1,2,3", "--one-sided", "--max-distance", "0", "--json", "j",
+       "--output", "o.PLY", "--threads", "1024", "--progress", "plain", "--quiet", "--force"});
   EXPECT_EQ(parsed.error, "");
   const SweepOptions& options = parsed.options;
+  EXPECT_EQ(options.poseFile, "p");
   ExpectVector(options.offset, 1.0, 2.0, 3.0);
   EXPECT_TRUE(options.oneSided && options.quiet && options.force);
   EXPECT_EQ(options.maxDistance, 0.0);
@@ -107,6 +111,7 @@ TEST(SweepOptions, DirectionIsTakenInEveryForm) {
 TEST(SweepOptions, EmptyValuesAreRefused) {
   const std::string empty = " (got an empty value)";
   EXPECT_EQ(ParseMore({"--json", ""}).error, "--json must be a file name or -" + empty);
+  EXPECT_EQ(ParseMore({"--pose", ""}).error, "--pose must be a file name or -" + empty);
   EXPECT_EQ(ParseMore({"--output", ""}).error,
             "--output must end in .stl, .ply, .obj or .off" + empty);
   EXPECT_EQ(ParseMore({"--offset", ""}).error,
@@ -125,8 +130,8 @@ TEST(SweepOptions, EmptyValuesAreRefused) {
 }
 
 TEST(SweepOptions, EmptyValueAfterAnEqualsSignDoesNotTakeTheNextArgument) {
-  for (const char* option : {"--json=", "--output=", "--offset=", "--max-distance=", "--threads=",
-                             "--progress=", "--format="}) {
+  for (const char* option : {"--json=", "--output=", "--pose=", "--offset=", "--max-distance=",
+                             "--threads=", "--progress=", "--format="}) {
     const std::string name(option, std::string(option).size() - 1);
     EXPECT_EQ(ParseMore({option, "1.stl"}).error, name + " must be followed by a value" + seeHelp);
   }
@@ -135,8 +140,8 @@ TEST(SweepOptions, EmptyValueAfterAnEqualsSignDoesNotTakeTheNextArgument) {
 }
 
 TEST(SweepOptions, OptionAtTheEndWithoutItsValueIsRefused) {
-  for (const char* option : {"--json", "--output", "--offset", "--max-distance", "--threads",
-                             "--progress", "--direction", "-d"}) {
+  for (const char* option : {"--json", "--output", "--pose", "--offset", "--max-distance",
+                             "--threads", "--progress", "--direction", "-d"}) {
     EXPECT_EQ(Parse({"a", "b", option}).error,
               std::string(option) + " must be followed by a value" + seeHelp);
   }
@@ -151,6 +156,8 @@ TEST(SweepOptions, OptionIsNotTakenForAFile) {
             "--output must end in .stl, .ply, .obj or .off (got --force)");
   EXPECT_EQ(ParseMore({"--output", "-x.stl"}).error,
             "--output must be a file name (got -x.stl; a file of that name is ./-x.stl)");
+  EXPECT_EQ(ParseMore({"--pose", "--quiet"}).error,
+            "--pose must be a file name or - (got --quiet; a file of that name is ./--quiet)");
   EXPECT_EQ(ParseMore({"--json", "./--quiet"}).options.jsonFile, "./--quiet");
 }
 
@@ -214,13 +221,11 @@ TEST(SweepOptions, OneBodyMayBeStandardInput) {
   EXPECT_EQ(moving.options.format, gsl_mesh::MeshFormat::Obj);
   const Parsed fixed = Parse({"a", "-", "-d", "z"});
   EXPECT_EQ(fixed.error, "");
-  EXPECT_TRUE(fixed.options.ReadsStdin());
+  EXPECT_TRUE(fixed.options.ReadsMeshFromStdin());
   EXPECT_EQ(fixed.options.format, gsl_mesh::MeshFormat::Unknown);
-  EXPECT_EQ(Parse({"-", "-", "-d", "z"}).error,
-            "more than one of MOVING and FIXED is -; expected standard input for one body at most");
-  EXPECT_EQ(Parse({"a", "-", "b", "-", "-d", "z"}).error,
-            "more than one of MOVING and FIXED is -; expected standard input for one body at most");
-  EXPECT_TRUE(Parse({"a", "b", "-", "-d", "z"}).options.ReadsStdin());
+  EXPECT_EQ(Parse({"-", "-", "-d", "z"}).error, tooManyInputs);
+  EXPECT_EQ(Parse({"a", "-", "b", "-", "-d", "z"}).error, tooManyInputs);
+  EXPECT_TRUE(Parse({"a", "b", "-", "-d", "z"}).options.ReadsMeshFromStdin());
   EXPECT_EQ(ParseMore({"--format", "obj"}).error,
             "--format needs a mesh on standard input; expected - as MOVING or FIXED");
   EXPECT_EQ(Parse({"./-", "b", "-d", "z", "--format", "obj"}).error,
@@ -229,6 +234,14 @@ TEST(SweepOptions, OneBodyMayBeStandardInput) {
             "--format must be stl, ply, obj or off (got step)");
   EXPECT_EQ(Parse({"-", "b", "-d", "z", "--format", ""}).error,
             "--format must be stl, ply, obj or off (got an empty value)");
+}
+
+TEST(SweepOptions, OneInputMayBeStandardInput) {
+  EXPECT_EQ(ParseMore({"--pose", "-"}).options.poseFile, "-");
+  EXPECT_EQ(Parse({"-", "b", "-d", "z", "--pose", "-"}).error, tooManyInputs);
+  EXPECT_EQ(Parse({"a", "-", "-d", "z", "--pose", "-"}).error, tooManyInputs);
+  EXPECT_EQ(ParseMore({"--pose", "-", "--format", "obj"}).error,
+            "--format needs a mesh on standard input; expected - as MOVING or FIXED");
 }
 
 TEST(SweepOptions, SeveralFixedBodiesKeepTheirOrder) {

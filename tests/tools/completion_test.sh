@@ -41,6 +41,7 @@ expect "my part.OBJ" part.stl m
 expect "part.stl parts" part.stl --output p
 expect "part.stl parts" part.stl --output = p
 expect "answer.json" --json a
+expect "part.txt" --pose part.t
 expect "auto never plain" --progress ""
 expect "plain" --progress = p
 expect "auto never plain" --progress =

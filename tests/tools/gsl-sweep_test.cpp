@@ -54,16 +54,17 @@ TEST(GslSweep, JsonRepeatsTheQuestionAndNotTheThreads) {
                                                 "--one-sided --threads 2 --json -")
                                       .out);
   EXPECT_EQ(answer["question"],
-            json::parse(R"({"offset": [0.0, 0.0, 5.0], "max_distance": 12.5, "one_sided": true})"));
+            json::parse(R"({"pose": null, "offset": [0.0, 0.0, 5.0], "max_distance": 12.5,
+                            "one_sided": true})"));
   EXPECT_EQ(answer["status"], "none");
   EXPECT_TRUE(answer["normal"].is_null());
   // Each part has triangles that face away.
   EXPECT_GT(answer["moving"]["left_out"], 0);
   EXPECT_GT(answer["fixed"]["left_out"], 0);
   const json free = json::parse(Sweep(parts + "-d -z --json -").out);
-  EXPECT_EQ(
-      free["question"],
-      json::parse(R"({"offset": [0.0, 0.0, 0.0], "max_distance": null, "one_sided": false})"));
+  EXPECT_EQ(free["question"],
+            json::parse(R"({"pose": null, "offset": [0.0, 0.0, 0.0], "max_distance": null,
+                      "one_sided": false})"));
   EXPECT_EQ(free["moving"]["left_out"], 0);
 }
 
@@ -105,6 +106,60 @@ TEST(GslSweep, OffsetMovesTheMovingBodyFirst) {
   EXPECT_EQ(answer["moving"]["point"][2], 35.0);
   const json still = json::parse(Sweep(parts + "--direction -z --offset=0,0,5 --json -").out);
   EXPECT_EQ(still["moving"]["point"][2], 35.0);
+}
+
+/// A quarter turn about x, then 20 upwards.
+const char* const lyingPose = "1 0 0 0\n0 0 -1 0\n0 1 0 20\n";
+
+TEST(GslSweep, PosePlacesTheMovingBodyBeforeTheOffset) {
+  const Folder folder;
+  const std::string moving = folder.Write("moving.stl", Box({0, 0, 0}, {1, 2, 4}));
+  const std::string fixed = folder.Write("fixed.stl", Box({-9, -9, -1}, {9, 9, 0}));
+  const std::string pose = folder.Write("pose.txt", std::string(lyingPose));
+  const std::string question = moving + " " + fixed + " -d -z --offset 0,0,5 --json - --pose ";
+  const json answer = json::parse(Sweep(question + pose).out);
+  // z becomes -y and y becomes z + 20: the body is 20 to 22 high, then 25 to 27.
+  EXPECT_EQ(answer["travel"], 25.0);
+  EXPECT_EQ(answer["moving"]["point"][2], 25.0);
+  EXPECT_EQ(answer["question"]["pose"],
+            json::parse("[[1.0, 0.0, 0.0, 0.0], [0.0, 0.0, -1.0, 0.0], [0.0, 1.0, 0.0, 20.0]]"));
+  EXPECT_EQ(answer["warnings"], json::array());
+  EXPECT_EQ(json::parse(Shell("cat " + pose + " | $SWEEP " + question + "-").out), answer);
+  // A scaled body draws a warning, and a mirrored body turns its triangles over.
+  const std::string twice = folder.Write("twice.txt", std::string("2 0 0 0 0 2 0 0 0 0 2 3"));
+  const Outcome scaled = Sweep(question + twice);
+  EXPECT_EQ(json::parse(scaled.out)["travel"], 8.0);
+  EXPECT_EQ(scaled.err, "gsl-sweep: warning: " + twice +
+                            ": the pose is not rigid: it changes lengths or angles\n");
+  EXPECT_EQ(json::parse(scaled.out)["warnings"].size(), 1u);
+  EXPECT_EQ(Sweep(question + twice + " --quiet").err, "");
+  const std::string mirror = folder.Write("mirror.txt", std::string("-1 0 0 0 0 1 0 0 0 0 1 0"));
+  Mesh facingUp;
+  AddTriangle(facingUp, {0, 0, 1}, {1, 0, 1}, {0, 1, 1});
+  const std::string onesided =
+      folder.Write("up.stl", facingUp) + " " + fixed + " -d -z --one-sided";
+  EXPECT_EQ(Sweep(onesided).status, 1);
+  EXPECT_EQ(Sweep(onesided + " --quiet --pose " + mirror).status, 0);
+}
+
+TEST(GslSweep, PoseThatIsWrongExitsWithThree) {
+  const Folder folder;
+  const std::string pose = folder.Write("pose.txt", std::string("1 0 0 0\n0 1 0 0\n0 0 one 0\n"));
+  const Outcome wrong = Sweep("missing.stl missing.stl -d -z --pose " + pose);
+  EXPECT_EQ(wrong.status, 3);
+  EXPECT_EQ(wrong.err, "gsl-sweep: " + pose +
+                           ": line 3: number 11 of the pose must be a finite number (got one)\n");
+  EXPECT_EQ(Sweep(parts + "-d -z --pose " + folder.Path("missing.txt")).status, 3);
+  const Outcome empty = Shell("$SWEEP " + parts + "-d -z --pose - </dev/null");
+  EXPECT_EQ(empty.status, 3);
+  EXPECT_EQ(
+      empty.err,
+      "gsl-sweep: standard input: line 1: the pose ends after 0 numbers; expected 12 or 16\n");
+  const std::string far = folder.Write("far.txt", std::string("1 0 0 0 0 1 0 0 0 0 1e308 0"));
+  const Outcome beyond = Sweep(parts + "-d -z --pose " + far);
+  EXPECT_EQ(beyond.status, 4);
+  EXPECT_EQ(beyond.err,
+            "gsl-sweep: --pose moves a corner of " + bolt + " beyond the range of double\n");
 }
 
 TEST(GslSweep, NoContactExitsWithOne) {
@@ -218,7 +273,7 @@ TEST(GslSweep, DocumentsNameEveryOptionOfTheHelp) {
     names.insert(
         help.substr(begin, help.find_first_not_of("abcdefghijklmnopqrstuvwxyz-", begin) - begin));
   }
-  EXPECT_EQ(names.size(), 13u);
+  EXPECT_EQ(names.size(), 14u);
   for (const std::string& name : names)
     EXPECT_NE(guide.find("`" + name), std::string::npos) << name;
 }

@@ -82,8 +82,18 @@ Json FixedBodiesAsJson(const SweepReport& report) {
   return bodies;
 }
 
+/// Returns the first three rows of the matrix.
+Json PoseAsJson(const std::optional<gsl_Matrix>& pose) {
+  if (!pose) return {};
+  Json rows = Json::array();
+  for (const auto& row : {pose->m[0], pose->m[1], pose->m[2]})
+    rows.push_back({row[0], row[1], row[2], row[3]});
+  return rows;
+}
+
 Json QuestionAsJson(const SweepReport& report) {
   Json json;
+  json["pose"] = PoseAsJson(report.pose);
   json["offset"] = JsonOf(report.offset);
   json["max_distance"] = std::isfinite(report.maxDistance) ? Json(report.maxDistance) : Json();
   json["one_sided"] = report.oneSided;
@@ -127,23 +137,14 @@ std::string FirstLine(const SweepReport& report) {
 }
 
 /// Returns the diagonal of the box around all finite triangles.
-double SizeOf(const Mesh& mesh) {
-  constexpr double kInfinity = std::numeric_limits<double>::infinity();
-  Coord3 low{kInfinity, kInfinity, kInfinity};
-  Coord3 high{-kInfinity, -kInfinity, -kInfinity};
-  for (std::size_t k = 0; k < mesh.TriangleCount(); ++k) {
-    const Coord3* corner = mesh.corners.data() + 3 * k;
-    bool finite = true;
-    for (std::size_t c = 0; c < 3; ++c) {
-      finite = finite && IsFinite(corner[c]);
-    }
-    for (std::size_t c = 0; finite && c < 3; ++c) {
-      const Coord3& p = corner[c];
-      low = {std::min(low.x, p.x), std::min(low.y, p.y), std::min(low.z, p.z)};
-      high = {std::max(high.x, p.x), std::max(high.y, p.y), std::max(high.z, p.z)};
-    }
-  }
+double SizeOf(const Body& body) {
+  Coord3 low{}, high{};
+  body.GetBounds(low, high);
   return std::hypot(high.x - low.x, high.y - low.y, high.z - low.z);
+}
+
+[[noreturn]] void FailRange(const std::string& cause, const std::string& name) {
+  throw std::overflow_error(cause + " moves a corner of " + name + " beyond the range of double");
 }
 
 } // namespace
@@ -202,13 +203,14 @@ std::string ReportAsJson(const SweepReport& report) {
   return json.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
 }
 
-std::string SizeWarning(const Mesh& moving, const Mesh& fixed) {
+std::string SizeWarning(const std::string& movingFile, const Body& moving,
+                        const std::string& fixedFile, const Body& fixed) {
   const double movingSize = SizeOf(moving);
   const double fixedSize = SizeOf(fixed);
   const double ratio = std::max(movingSize, fixedSize) / std::min(movingSize, fixedSize);
   for (const double factor : {25.4, 1000.0}) {
     if (!(std::fabs(ratio - factor) <= 0.1 * factor)) continue;
-    return "the sizes of " + moving.file + " (" + NumberText(movingSize) + ") and " + fixed.file +
+    return "the sizes of " + movingFile + " (" + NumberText(movingSize) + ") and " + fixedFile +
            " (" + NumberText(fixedSize) + ") differ by a factor of about " + NumberText(factor) +
            "; nothing was scaled; check that both are in the same unit";
   }
@@ -221,13 +223,18 @@ std::string SkippedWarning(const std::string& file, const BodyCounts& body) {
          std::to_string(body.triangles) + " triangles, which have a NaN or infinite corner";
 }
 
+void RequireOffsetInRange(const Body& body, const Coord3& offset, const std::string& name) {
+  Coord3 low{}, high{};
+  body.GetBounds(low, high);
+  const bool isInRange =
+      IsFinite(gsl_arithmetic::Add(low, offset)) && IsFinite(gsl_arithmetic::Add(high, offset));
+  if (!isInRange) FailRange("--offset", name);
+}
+
 void Translate(Mesh& mesh, const Coord3& step, const std::string& cause) {
   for (Coord3& corner : mesh.corners) {
     const Coord3 moved = gsl_arithmetic::Add(corner, step);
-    if (IsFinite(corner) && !IsFinite(moved)) {
-      throw std::overflow_error(cause + " moves a corner of " + mesh.file +
-                                " beyond the range of double");
-    }
+    if (IsFinite(corner) && !IsFinite(moved)) FailRange(cause, mesh.file);
     corner = moved;
   }
 }

@@ -2,8 +2,10 @@
 #define GSL_TOOLS_REPORT_H
 
 #include "Mesh.h"
+#include "gsl_Matrix.h"
 #include "gsl_Sweep.h"
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -13,6 +15,7 @@ namespace gsl_tools {
 using gsl_arithmetic::Coord3;
 using gsl_mesh::Mesh;
 using gsl_sweep::Answer;
+using gsl_sweep::Body;
 using gsl_sweep::ContactKind;
 
 /// What a report says of a body apart from the contact.
@@ -29,8 +32,9 @@ struct FixedBody {
 };
 
 struct SweepReport {
-  std::string movingFile;       ///< as it was given; "-" is standard input
-  Coord3 offset{0.0, 0.0, 0.0}; ///< added to the moving body
+  std::string movingFile;         ///< as it was given; "-" is standard input
+  std::optional<gsl_Matrix> pose; ///< where the moving body was placed, before the offset
+  Coord3 offset{0.0, 0.0, 0.0};   ///< added to the moving body
   double maxDistance = std::numeric_limits<double>::infinity(); ///< as requested
   bool oneSided = false;
   std::string toolVersion; ///< version of the program that reports
@@ -54,10 +58,15 @@ std::string ReportAsJson(const SweepReport& report);
 
 /// Returns one line when the sizes of two bodies (the diagonals of their boxes) differ by a factor
 /// of 25.4 or 1000, within a tenth of that factor, as if their units differed; else an empty text.
-std::string SizeWarning(const Mesh& moving, const Mesh& fixed);
+std::string SizeWarning(const std::string& movingFile, const Body& moving,
+                        const std::string& fixedFile, const Body& fixed);
 
 /// Returns one line when the sweep skipped triangles of a mesh; else an empty text.
 std::string SkippedWarning(const std::string& file, const BodyCounts& body);
+
+/// Throws std::overflow_error when the offset moves a triangle beyond the range of double; messages
+/// call the body `name`.
+void RequireOffsetInRange(const Body& body, const Coord3& offset, const std::string& name);
 
 /// Adds `step` to every corner. Throws std::overflow_error when that moves a finite corner beyond
 /// the range of double; what() begins with `cause`.

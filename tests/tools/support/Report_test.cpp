@@ -2,6 +2,7 @@
 
 #include "JsonDocuments.h"
 #include "SweepShapes.h"
+#include "support/MeshView.h"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
@@ -95,7 +96,7 @@ TEST(Report, JsonHasExactlyTheDocumentedKeysInOrder) {
                                       "travel", "direction", "kind", "normal", "moving", "fixed",
                                       "fixed_body", "fixed_bodies", "warnings"}));
   EXPECT_EQ(KeysOf(json["question"]),
-            (std::vector<std::string>{"offset", "max_distance", "one_sided"}));
+            (std::vector<std::string>{"pose", "offset", "max_distance", "one_sided"}));
   for (const char* body : {"moving", "fixed"}) {
     EXPECT_EQ(KeysOf(json[body]), (std::vector<std::string>{"file", "triangles", "skipped",
                                                             "left_out", "triangle", "point"}));
@@ -157,13 +158,20 @@ TEST(Report, SeveralFixedBodiesWithoutContactAreAllListed) {
 TEST(Report, JsonRepeatsTheQuestion) {
   SweepReport report = SampleReport();
   auto question = JsonOf(report)["question"];
+  EXPECT_TRUE(question["pose"].is_null());
   EXPECT_EQ(question["offset"], nlohmann::ordered_json::parse("[0.0, 0.0, 0.0]"));
   EXPECT_TRUE(question["max_distance"].is_null());
   EXPECT_EQ(question["one_sided"], false);
   report.offset = {1.5, -2.0, 1e300};
   report.maxDistance = 0.25;
   report.oneSided = true;
+  report.pose.emplace();
+  for (int k = 0; k < 12; ++k)
+    report.pose->m[k / 4][k % 4] = 0.5 * k;
   question = JsonOf(report)["question"];
+  EXPECT_EQ(question["pose"],
+            nlohmann::ordered_json::parse("[[0.0, 0.5, 1.0, 1.5], [2.0, 2.5, 3.0, 3.5], "
+                                          "[4.0, 4.5, 5.0, 5.5]]"));
   EXPECT_EQ(question["offset"], nlohmann::ordered_json::parse("[1.5, -2.0, 1e300]"));
   EXPECT_EQ(question["max_distance"], 0.25);
   EXPECT_EQ(question["one_sided"], true);
@@ -244,10 +252,14 @@ Mesh NamedCube(const char* file, double side) {
   return mesh;
 }
 
+std::string SizeWarningOf(const Mesh& moving, const Mesh& fixed) {
+  return SizeWarning(moving.file, Body(ViewOf(moving)), fixed.file, Body(ViewOf(fixed)));
+}
+
 TEST(Report, SizesThatDifferByAUnitAreNamed) {
   const Mesh one = NamedCube("one.stl", 1.0);
-  EXPECT_NE(SizeWarning(one, NamedCube("inch.stl", 25.4)).find("25.4"), std::string::npos);
-  const std::string metre = SizeWarning(NamedCube("metre.stl", 1000.0), one);
+  EXPECT_NE(SizeWarningOf(one, NamedCube("inch.stl", 25.4)).find("25.4"), std::string::npos);
+  const std::string metre = SizeWarningOf(NamedCube("metre.stl", 1000.0), one);
   EXPECT_NE(metre.find("metre.stl (1732.0508"), std::string::npos) << metre;
   EXPECT_NE(metre.find("one.stl (1.732"), std::string::npos) << metre;
   EXPECT_NE(metre.find("1000"), std::string::npos) << metre;
@@ -257,12 +269,12 @@ TEST(Report, SizesThatDifferByAUnitAreNamed) {
 TEST(Report, OtherSizesAreNotNamed) {
   const Mesh one = NamedCube("one.stl", 1.0);
   for (const double side : {1.0, 2.54, 10.0, 22.8, 28.0, 100.0, 890.0, 1110.0, 25400.0}) {
-    EXPECT_EQ(SizeWarning(one, NamedCube("other.stl", side)), "") << side;
+    EXPECT_EQ(SizeWarningOf(one, NamedCube("other.stl", side)), "") << side;
   }
-  EXPECT_NE(SizeWarning(one, NamedCube("other.stl", 23.0)), "");
-  EXPECT_NE(SizeWarning(one, NamedCube("other.stl", 1099.0)), "");
-  EXPECT_EQ(SizeWarning(one, NamedCube("point.stl", 0.0)), "");
-  EXPECT_EQ(SizeWarning(one, Mesh{}), "");
+  EXPECT_NE(SizeWarningOf(one, NamedCube("other.stl", 23.0)), "");
+  EXPECT_NE(SizeWarningOf(one, NamedCube("other.stl", 1099.0)), "");
+  EXPECT_EQ(SizeWarningOf(one, NamedCube("point.stl", 0.0)), "");
+  EXPECT_EQ(SizeWarningOf(one, Mesh{}), "");
 }
 
 TEST(Report, SkippedTrianglesAreNamed) {
@@ -293,6 +305,35 @@ TEST(Report, MovedMeshStaysInTheRangeOfDouble) {
   EXPECT_EQ(MovedMesh(mesh, answer).corners[0].z, 1e308); // was not finite before
   mesh.corners[5].z = 1e308;
   EXPECT_THROW(MovedMesh(mesh, answer), std::overflow_error);
+}
+
+/// The matrix that turns every coordinate round.
+gsl_Matrix Mirror() {
+  gsl_Matrix mirror;
+  for (int k = 0; k < 3; ++k)
+    mirror.m[k][k] = -1.0;
+  mirror.isIdentity = 0;
+  return mirror;
+}
+
+TEST(Report, OffsetStaysInTheRangeOfDouble) {
+  Mesh mesh = NamedCube("one.stl", 1e308);
+  AddTriangle(mesh, {std::numeric_limits<double>::infinity(), 0, 0}, {0, 0, 0}, {0, 1, 0});
+  const Body body(ViewOf(mesh));
+  const double most = std::numeric_limits<double>::max();
+  RequireOffsetInRange(body, {-most, 0.0, -1e308}, "one.stl");
+  RequireOffsetInRange(body, {0.0, most - 1e308, 0.0}, "one.stl");
+  for (const Coord3& offset : {Coord3{1e308, 0, 0}, {0, 1e308, 0}, {0, 0, 1e308}}) {
+    try {
+      RequireOffsetInRange(body, offset, "one.stl");
+      ADD_FAILURE() << "not refused";
+    } catch (const std::overflow_error& e) {
+      EXPECT_STREQ(e.what(), "--offset moves a corner of one.stl beyond the range of double");
+    }
+  }
+  const Body below = body.Moved(Mirror());
+  for (const Coord3& offset : {Coord3{-1e308, 0, 0}, {0, -1e308, 0}, {0, 0, -1e308}})
+    EXPECT_THROW(RequireOffsetInRange(below, offset, "one.stl"), std::overflow_error);
 }
 
 TEST(Report, TranslateNamesWhatMovesTooFar) {
