@@ -23,6 +23,22 @@ VERSION = ".".join(
 INTEGER, DOUBLE, BOOLEAN, STRING, RECORD, OBJECT, REFERENCE, NULL = range(8)
 COLLECTION = 0x00230001
 
+# The names that the classes are registered under.
+CLASSES = {
+    0x030A0001: "gsl_Point",
+    0x030A0002: "gsl_Matrix",
+    0x030A0003: "gsl_Vector",
+    0x030A0004: "gsl_Plane",
+    0x030A0005: "gsl_Dot",
+    0x030A0006: "gsl_StLine",
+    0x030A0007: "gsl_BBox",
+    0x030A0008: "gsl_Segment",
+    0x030A000A: "gsl_LineArray",
+    0x030A000B: "gsl_ModelSegment",
+    0x030A000D: "gsl_PlaneArray",
+    0x030A000E: "gsl_DotArray",
+}
+
 
 def varint(value):
     out = bytearray()
@@ -71,60 +87,91 @@ class Record:
         Record.serial += 1
         self.uid = (0, 0) if anonymous else (0x5EED, Record.serial)
 
-    def bytes(self, names, serials, number_of, is_root):
-        out = bytes([1 if is_root else 0]) + varint(self.type_id)
-        prefix, serial = self.uid
-        if self.uid == (0, 0):
-            out += varint(0)
-        else:
-            last = serials.setdefault(prefix, 0)
-            step = (serial - last + 2**63) % 2**64 - 2**63
-            out += varint(list(serials).index(prefix) + 1) + zigzag(step)
-            serials[prefix] = serial
-        out += varint(self.collection)
-        if self.collection == 57:
-            out += varint(len(self.numbers)) + b"".join(map(varint, self.numbers))
-        elif self.collection == 82:
-            rows, columns, entries = self.matrix
-            out += varint(rows) + varint(columns) + struct.pack(f"<{len(entries)}d", *entries)
-        out += varint(len(self.fields))
-        for name, index, kind, value in self.fields:
-            if name and name not in names:
-                names.append(name)
-            out += varint(names.index(name) + 1 if name else 0) + zigzag(index) + bytes([kind])
-            if kind == INTEGER:
-                out += zigzag(value)
-            elif kind == DOUBLE:
-                out += struct.pack("<d", value)
-            elif kind == BOOLEAN:
-                out += bytes([value])
-            elif kind == STRING:
-                out += text(value)
-            elif kind == NULL:
-                out += varint(value)
+
+class Encoder:
+    """The byte form of a store. Records that no writer could write have numbers in place of records."""
+
+    def __init__(self):
+        self.names, self.classes, self.texts, self.prefixes = [], [], [], []
+        self.shapes, self.objects, self.records = [], [], []
+        self.number_of, self.object_of = {}, {}
+
+    @staticmethod
+    def number(table, item):
+        if item not in table:
+            table.append(item)
+        return table.index(item)
+
+    def value(self, kind, value):
+        if kind == INTEGER:
+            return zigzag(value)
+        if kind == DOUBLE:
+            return struct.pack("<d", value)
+        if kind == BOOLEAN:
+            return bytes([value])
+        if kind == STRING:
+            return varint(self.number(self.texts, value))
+        if not isinstance(value, Record):
+            return varint(value)
+        if kind == RECORD:
+            return varint(self.add(value))
+        if kind == REFERENCE:
+            return varint(2 * self.object_of[id(value)] + 1)
+        number = self.object_of[id(value)] = len(self.objects)
+        self.objects.append(None)
+        self.objects[number] = self.add(value)
+        return varint(2 * number)
+
+    def add(self, record):
+        """The number of a record, whose fields are written first."""
+        values, entries, fields = b"", b"", []
+        for name, index, kind, value in record.fields:
+            stored_kind = OBJECT if kind == REFERENCE else kind
+            if name:
+                fields.append((self.number(self.names, name), index, stored_kind))
+                values += self.value(kind, value)
             else:
-                out += varint(number_of[id(value)] if isinstance(value, Record) else value)
-        return out
+                entries += bytes([stored_kind]) + self.value(kind, value)
+        if record.collection == 1:
+            entries += b"\xff"
+        elif record.collection == 57:
+            entries = varint(len(record.numbers)) + b"".join(map(varint, record.numbers))
+        elif record.collection == 82:
+            rows, columns, numbers = record.matrix
+            entries = varint(rows) + varint(columns) + struct.pack(f"<{len(numbers)}d", *numbers)
+        shape = self.number(self.shapes, (self.number(self.classes, record.type_id), record.collection, fields))
+        prefix, serial = record.uid
+        identity = varint(0)
+        if record.uid != (0, 0):
+            identity = varint(self.number(self.prefixes, prefix) + 1) + varint(serial)
+        out = varint(shape) + identity + values + entries
+        owns = any(kind == OBJECT for _, _, kind, _ in record.fields)
+        if not owns and out in self.records:
+            return self.records.index(out)
+        self.records.append(out)
+        return len(self.records) - 1
+
+
+def counted(items):
+    items = list(items)
+    return varint(len(items)) + b"".join(items)
 
 
 def encode(*roots):
-    """Returns the byte form of a store with these roots."""
-    order = []
-
-    def number(record):
-        order.append(record)
-        for _, _, kind, value in record.fields:
-            if kind in (RECORD, OBJECT) and isinstance(value, Record):
-                number(value)
-
-    for root in roots:
-        number(root)
-    number_of = {id(record): i for i, record in enumerate(order)}
-    names, serials = [], {}
-    body = b"".join(r.bytes(names, serials, number_of, any(r is root for root in roots)) for r in order)
-    head = text(f"gsl_geometry {VERSION}") + varint(len(names)) + b"".join(map(text, names))
-    head += varint(len(serials)) + b"".join(struct.pack("<Q", prefix) for prefix in serials)
-    return frame(head + varint(len(order)) + body)
+    """The byte form of a store with these roots."""
+    to = Encoder()
+    numbers = [to.add(root) for root in roots]
+    body = text(f"gsl_geometry {VERSION}") + counted(map(text, to.names))
+    body += counted(varint(type_id) + text(CLASSES.get(type_id, "")) for type_id in to.classes)
+    body += counted(map(text, to.texts)) + counted(struct.pack("<Q", prefix) for prefix in to.prefixes)
+    body += counted(
+        varint(class_number)
+        + varint(collection)
+        + counted(varint(name) + zigzag(index) + bytes([kind]) for name, index, kind in fields)
+        for class_number, collection, fields in to.shapes
+    )
+    body += counted(map(varint, to.objects)) + counted(text("") + varint(number) for number in numbers)
+    return frame(body + counted(to.records))
 
 
 def doubles(**values):

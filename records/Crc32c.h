@@ -11,9 +11,11 @@ namespace gsl_records {
 /// every change within 32 neighbouring bits.
 ///
 /// Source  G. Castagnoli, S. Brauer, M. Herrmann: Optimization of cyclic redundancy-check codes
-/// with
-///         24 and 32 parity bits. IEEE Transactions on Communications 41 (1993).
+///         with 24 and 32 parity bits. IEEE Transactions on Communications 41 (1993).
 std::uint32_t Crc32c(const unsigned char* bytes, std::size_t count, std::uint32_t before = 0);
+
+/// The same for a processor without an instruction for it.
+std::uint32_t Crc32cByTables(const unsigned char* bytes, std::size_t count, std::uint32_t before);
 
 } // namespace gsl_records
 

@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <cstring>
 #include <string>
+#include <utility>
 
 namespace gsl_records {
 
@@ -92,21 +93,55 @@ std::uint64_t CheckedBodySize(Bytes bytes) {
 
 } // namespace
 
+std::array<unsigned char, kHeaderSize> HeaderOf(std::uint64_t bodySize) {
+  std::array<unsigned char, kHeaderSize> header = {};
+  std::memcpy(header.data(), kMagic, sizeof kMagic);
+  header[kVersionAt] = kFormatVersion;
+  Put(&header[kLengthAt], bodySize, 8);
+  Put(&header[kHeaderSumAt], Crc32c(header.data(), kHeaderSumAt), kSumSize);
+  return header;
+}
+
+void BlockSums::Add(Bytes bytes) {
+  while (bytes.count != 0) {
+    if (m_inBlock == 0) StartBlock();
+    const std::size_t size = std::min(kBlockSize - m_inBlock, bytes.count);
+    m_sum = Crc32c(bytes.begin, size, m_sum);
+    m_inBlock += size;
+    bytes = {bytes.begin + size, bytes.count - size};
+    if (m_inBlock == kBlockSize) EndBlock();
+  }
+}
+
+void BlockSums::StartBlock() {
+  unsigned char number[8];
+  Put(number, m_block++, sizeof number);
+  m_sum = Crc32c(number, sizeof number);
+}
+
+void BlockSums::EndBlock() {
+  m_sums.resize(m_sums.size() + kSumSize);
+  Put(m_sums.data() + m_sums.size() - kSumSize, m_sum, kSumSize);
+  m_inBlock = 0;
+}
+
+std::vector<unsigned char> BlockSums::Finish() {
+  if (m_inBlock != 0) EndBlock();
+  return std::move(m_sums);
+}
+
 std::vector<unsigned char> StartFrame() {
   return std::vector<unsigned char>(kHeaderSize, 0);
 }
 
 void FinishFrame(std::vector<unsigned char>& bytes) {
   const std::size_t bodySize = bytes.size() - kHeaderSize;
-  std::memcpy(bytes.data(), kMagic, sizeof kMagic);
-  bytes[kVersionAt] = kFormatVersion;
-  Put(&bytes[kLengthAt], bodySize, 8);
-  Put(&bytes[kHeaderSumAt], Crc32c(bytes.data(), kHeaderSumAt), kSumSize);
-  const std::size_t blocks = static_cast<std::size_t>(BlockCount(bodySize));
-  bytes.resize(bytes.size() + blocks * kSumSize);
-  unsigned char* sum = bytes.data() + kHeaderSize + bodySize;
-  for (std::size_t i = 0; i < blocks; ++i, sum += kSumSize)
-    Put(sum, SumOfBlock(bytes.data() + kHeaderSize, bodySize, i), kSumSize);
+  const std::array<unsigned char, kHeaderSize> header = HeaderOf(bodySize);
+  std::memcpy(bytes.data(), header.data(), kHeaderSize);
+  BlockSums body;
+  body.Add({bytes.data() + kHeaderSize, bodySize});
+  const std::vector<unsigned char> sums = body.Finish();
+  bytes.insert(bytes.end(), sums.begin(), sums.end());
 }
 
 Bytes BodyOf(Bytes bytes) {

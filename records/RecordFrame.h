@@ -1,6 +1,7 @@
 #ifndef RECORDS_RECORD_FRAME_H
 #define RECORDS_RECORD_FRAME_H
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <vector>
@@ -26,6 +27,26 @@ constexpr std::size_t kBlockSize = std::size_t{1} << 20;
 struct Bytes {
   const unsigned char* begin;
   std::size_t count;
+};
+
+/// The header of a body of that size.
+std::array<unsigned char, kHeaderSize> HeaderOf(std::uint64_t bodySize);
+
+/// The checksums of a body whose bytes come in order.
+class BlockSums {
+public:
+  void Add(Bytes bytes);
+  /// Ends the body. Returns the checksums of its blocks, as they follow it.
+  std::vector<unsigned char> Finish();
+
+private:
+  void StartBlock();
+  void EndBlock();
+
+  std::vector<unsigned char> m_sums;
+  std::uint64_t m_block = 0;
+  std::size_t m_inBlock = 0;
+  std::uint32_t m_sum = 0;
 };
 
 /// Starts a byte form: room for its header. The caller appends the body.

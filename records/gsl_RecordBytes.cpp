@@ -1,41 +1,24 @@
+#include "RecordBytes.h"
 #include "RecordFrame.h"
 #include "gsl_RecordError.h"
 #include "gsl_RecordStore.h"
 
 #include <cstring>
-#include <iterator>
 #include <string>
 #include <string_view>
 #include <unordered_map>
 #include <utility>
 #include <vector>
 
-// The body of the byte form, all numbers little-endian, "varint" in groups of seven bits, lowest
-// first. RecordFrame.h describes the frame around it.
-//
-//   text               the program that wrote the records: varint length, bytes
-//   varint names       each: a text that is not empty
-//   varint prefixes    each: 8 bytes
-//   varint records     each, in the order in which they were started:
-//     byte flags       bit 0: root
-//     varint type id
-//     varint prefix    0: the null identity; otherwise the number of the prefix, from 1, and then
-//     zigzag serial    minus the last serial of the same prefix, 0 before the first, modulo 2^64
-//     varint collection type
-//     unsigned list    varint count, varints
-//     double matrix    varint rows, varint columns, doubles
-//     varint fields    each: varint name + 1 (0: list entry), zigzag index, byte kind, value
-//
-// A value is a zigzag varint, 8 bytes, a byte, a text, the number of a record, or a type id. A
-// record follows the record that holds it.
+using gsl_records::kNone;
+using gsl_records::Number;
+using gsl_records::Shape;
+using gsl_records::ShapeField;
+using Kind = gsl_RecordKind;
 
 namespace {
 
-using Kind = gsl_RecordKind;
-
 constexpr std::string_view kWriter = "gsl_geometry " GSL_RECORDS_VERSION;
-constexpr unsigned char kRootFlag = 1;
-constexpr std::size_t kMostVarintBytes = 10;
 
 [[noreturn]] void Refuse(const char* why) {
   throw gsl_RecordError(why);
@@ -44,32 +27,16 @@ constexpr std::size_t kMostVarintBytes = 10;
 /// Appends numbers and texts to bytes.
 class Writer {
 public:
-  explicit Writer(std::vector<unsigned char> start = {}) : bytes(std::move(start)) {}
-
   void Byte(unsigned int value) { bytes.push_back(static_cast<unsigned char>(value)); }
 
   void Varint(std::uint64_t value) {
-    while (value >= 0x80u) {
-      Byte(static_cast<unsigned int>(value & 0x7Fu) | 0x80u);
-      value >>= 7;
-    }
-    Byte(static_cast<unsigned int>(value));
-  }
-
-  void Zigzag(std::int64_t value) {
-    const auto bits = static_cast<std::uint64_t>(value);
-    Varint((bits << 1) ^ (value < 0 ? ~std::uint64_t{0} : 0u));
+    unsigned char number[gsl_records::kMostVarintBytes];
+    bytes.insert(bytes.end(), number, gsl_records::PutVarint(number, value));
   }
 
   void Fixed64(std::uint64_t value) {
-    for (int shift = 0; shift < 64; shift += 8)
-      Byte(static_cast<unsigned int>((value >> shift) & 0xFFu));
-  }
-
-  void Double(double value) {
-    std::uint64_t bits = 0;
-    std::memcpy(&bits, &value, sizeof bits);
-    Fixed64(bits);
+    unsigned char number[sizeof value];
+    bytes.insert(bytes.end(), number, gsl_records::PutFixed64(number, value));
   }
 
   void Text(std::string_view text) {
@@ -80,10 +47,52 @@ public:
   std::vector<unsigned char> bytes;
 };
 
+void WriteTexts(Writer& out, const gsl_records::TextTable& table) {
+  out.Varint(table.Size());
+  for (Number i = 0; i < table.Size(); ++i)
+    out.Text(table[i]);
+}
+
+/// The classes of the shapes in the order of first use, and the number of each shape's class.
+struct ClassesOfShapes {
+  explicit ClassesOfShapes(const std::vector<Shape>& shapes) {
+    std::unordered_map<std::uint32_t, std::size_t> numbers;
+    for (const Shape& shape : shapes) {
+      const auto [place, isNew] = numbers.try_emplace(shape.typeId, inOrder.size());
+      if (isNew) inOrder.push_back(shape.typeId);
+      ofShape.push_back(place->second);
+    }
+  }
+
+  std::vector<std::uint32_t> inOrder;
+  std::vector<std::size_t> ofShape;
+};
+
+void WriteShapes(Writer& out, const gsl_records::RecordShapes& shapes,
+                 const ClassesOfShapes& classes) {
+  out.Varint(shapes.Shapes().size());
+  for (std::size_t i = 0; i < shapes.Shapes().size(); ++i) {
+    const Shape& shape = shapes.Shapes()[i];
+    out.Varint(classes.ofShape[i]);
+    out.Varint(static_cast<std::uint64_t>(shape.collection));
+    const ShapeField* const first = &shapes.Fields()[shape.firstField];
+    const ShapeField* end = first;
+    while (end->kind < ShapeField::Entries)
+      ++end;
+    out.Varint(static_cast<std::uint64_t>(end - first));
+    for (const ShapeField* field = first; field != end; ++field) {
+      out.Varint(field->nameNumber);
+      out.Varint(gsl_records::ZigzagOf(field->index));
+      out.Byte(field->kind);
+    }
+  }
+}
+
 class Reader {
 public:
   Reader(const unsigned char* begin, std::size_t count) : m_at(begin), m_end(begin + count) {}
 
+  const unsigned char* At() const { return m_at; }
   std::size_t Remaining() const { return static_cast<std::size_t>(m_end - m_at); }
 
   unsigned int Byte() {
@@ -92,15 +101,8 @@ public:
   }
 
   std::uint64_t Varint() {
-    std::uint64_t value = 0;
-    for (std::size_t i = 0; i < kMostVarintBytes; ++i) {
-      const std::uint64_t byte = Byte();
-      // The tenth byte has room for the highest bit alone.
-      if (i + 1 == kMostVarintBytes && byte > 1) break;
-      value |= (byte & 0x7Fu) << (7 * i);
-      if (byte < 0x80u) return value;
-    }
-    Refuse("A number in the bytes is too long");
+    const std::uint64_t first = Byte();
+    return first < 0x80u ? first : RestOfVarint(first & 0x7Fu);
   }
 
   std::uint32_t Varint32() {
@@ -109,31 +111,15 @@ public:
     return static_cast<std::uint32_t>(value);
   }
 
-  std::uint64_t Zigzag64() {
-    const std::uint64_t value = Varint();
-    return (value >> 1) ^ ((value & 1u) != 0 ? ~std::uint64_t{0} : 0u);
-  }
-
-  std::int32_t Zigzag() {
-    const std::uint32_t value = Varint32();
-    const std::uint32_t bits = (value >> 1) ^ ((value & 1u) != 0 ? 0xFFFFFFFFu : 0u);
-    std::int32_t result = 0;
-    std::memcpy(&result, &bits, sizeof result);
-    return result;
+  void Skip(std::size_t count) {
+    if (count > Remaining()) Refuse("The bytes end inside a record");
+    m_at += count;
   }
 
   std::uint64_t Fixed64() {
-    std::uint64_t value = 0;
-    for (int shift = 0; shift < 64; shift += 8)
-      value |= static_cast<std::uint64_t>(Byte()) << shift;
-    return value;
-  }
-
-  double Double() {
-    const std::uint64_t bits = Fixed64();
-    double value = 0.0;
-    std::memcpy(&value, &bits, sizeof value);
-    return value;
+    const unsigned char* const at = m_at;
+    Skip(sizeof(std::uint64_t));
+    return gsl_records::GetFixed64(at);
   }
 
   /// A number of items of which each takes at least `bytesEach` bytes.
@@ -151,340 +137,331 @@ public:
   }
 
 private:
+  std::uint64_t RestOfVarint(std::uint64_t value) {
+    for (std::size_t i = 1; i < gsl_records::kMostVarintBytes; ++i) {
+      const std::uint64_t byte = Byte();
+      // The tenth byte has room for the highest bit alone.
+      if (i + 1 == gsl_records::kMostVarintBytes && byte > 1) break;
+      value |= (byte & 0x7Fu) << (7 * i);
+      if (byte < 0x80u) return value;
+    }
+    Refuse("A number in the bytes is too long");
+  }
+
   const unsigned char* m_at;
   const unsigned char* m_end;
 };
 
-/// Gives names their numbers in the order of first use, so that names that a store knows but does
-/// not use leave no trace.
-class NameTable {
-public:
-  std::uint64_t NumberOf(std::string_view name) {
-    if (name.empty()) return 0;
-    const auto [place, isNew] = m_numbers.try_emplace(name, m_inOrder.size() + 1);
-    if (isNew) m_inOrder.push_back(name);
-    return place->second;
-  }
-  const std::vector<std::string_view>& InOrder() const { return m_inOrder; }
-
-private:
-  std::unordered_map<std::string_view, std::uint64_t> m_numbers;
-  std::vector<std::string_view> m_inOrder;
-};
-
-/// Gives the prefixes of identities their numbers in the order of first use, and remembers the last
-/// serial under each.
-class PrefixTable {
-public:
-  void Write(Writer& out, const gsl_RecordIdentity& identity) {
-    if (identity == gsl_RecordIdentity()) return out.Varint(0);
-    const auto [place, isNew] = m_numbers.try_emplace(identity.prefix, m_inOrder.size());
-    if (isNew) {
-      m_inOrder.push_back(identity.prefix);
-      m_lastSerials.push_back(0);
-    }
-    std::uint64_t& last = m_lastSerials[place->second];
-    out.Varint(place->second + 1);
-    out.Zigzag(Signed(identity.serial - last));
-    last = identity.serial;
-  }
-  const std::vector<std::uint64_t>& InOrder() const { return m_inOrder; }
-
-private:
-  static std::int64_t Signed(std::uint64_t bits) {
-    std::int64_t value = 0;
-    std::memcpy(&value, &bits, sizeof value);
-    return value;
-  }
-
-  std::unordered_map<std::uint64_t, std::size_t> m_numbers;
-  std::vector<std::uint64_t> m_inOrder;
-  std::vector<std::uint64_t> m_lastSerials;
-};
-
-void WriteValue(Writer& out, const gsl_RecordField& field) {
-  switch (field.kind) {
-  case Kind::Integer:
-    out.Zigzag(field.integer);
-    break;
-  case Kind::Double:
-    out.Double(field.real);
-    break;
-  case Kind::Boolean:
-    out.Byte(field.boolean ? 1 : 0);
-    break;
-  case Kind::String:
-    out.Text(field.text);
-    break;
-  case Kind::Record:
-  case Kind::Object:
-  case Kind::Reference:
-  case Kind::Null:
-    out.Varint(field.link);
-    break;
-  }
-}
-
-void WriteElements(Writer& out, const gsl_RecordStore& store, gsl_RecordIndex record) {
-  if (store.Collection(record) == gsl_RecordCollection::Unsigneds) {
-    const gsl_RecordStore::UnsignedArray array = store.Unsigneds(record);
-    out.Varint(array.count);
-    for (std::size_t i = 0; i < array.count; ++i)
-      out.Varint(array.values[i]);
-  } else if (store.Collection(record) == gsl_RecordCollection::Doubles) {
-    const gsl_RecordStore::DoubleArray array = store.Doubles(record);
-    out.Varint(array.rows);
-    out.Varint(array.columns);
-    for (std::size_t i = 0; i < array.rows * array.columns; ++i)
-      out.Double(array.values[i]);
-  }
-}
-
-void WriteRecord(Writer& out, NameTable& names, PrefixTable& prefixes, const gsl_RecordStore& store,
-                 gsl_RecordIndex record, bool isRoot) {
-  out.Byte(isRoot ? kRootFlag : 0u);
-  out.Varint(store.TypeId(record));
-  prefixes.Write(out, store.Identity(record));
-  out.Varint(static_cast<std::uint64_t>(store.Collection(record)));
-  WriteElements(out, store, record);
-  std::uint64_t count = 0;
-  for (const gsl_RecordField& field : store.Fields(record)) {
-    static_cast<void>(field);
-    ++count;
-  }
-  out.Varint(count);
-  for (const gsl_RecordField& field : store.Fields(record)) {
-    out.Varint(names.NumberOf(field.name));
-    out.Zigzag(field.index);
-    out.Byte(static_cast<unsigned int>(field.kind));
-    WriteValue(out, field);
-  }
-}
-
 } // namespace
 
-/// Fills a store from its byte form.
+/// Fills the data of a store from a body, and checks every record.
 class gsl_RecordDecoder {
 public:
-  gsl_RecordDecoder(const unsigned char* bytes, std::size_t count) : m_in(bytes, count) {}
+  gsl_RecordDecoder(gsl_records::Bytes body, gsl_RecordStore::Data& data)
+      : m_in(body.begin, body.count), m_data(data) {}
 
-  gsl_RecordStore Decode() {
+  const unsigned char* Decode(const unsigned char* base) {
     m_in.Text();
     ReadNames();
+    ReadClasses();
+    ReadTexts();
     ReadPrefixes();
+    ReadShapes();
+    ReadObjects();
+    ReadRoots();
     m_recordCount = m_in.Count(kFewestRecordBytes);
-    m_holders.assign(m_recordCount, Holder::None);
-    for (std::size_t i = 0; i < m_recordCount; ++i)
-      ReadRecord(static_cast<gsl_RecordIndex>(i));
-    if (m_in.Remaining() != 0) Refuse("Bytes follow the last record");
-    CheckReferences();
-    return std::move(m_store);
+    const unsigned char* const records = m_in.At();
+    ReadRecords(base != nullptr ? base : records);
+    CheckLinks();
+    m_data.rootsRead = m_data.roots.size();
+    m_data.objectsRead = m_data.objects.size();
+    m_data.recordsToLookUp = m_recordCount;
+    return records;
   }
 
 private:
-  enum class Holder : unsigned char { None, Root, Field, SharedField };
-
-  static constexpr gsl_RecordIndex kNone = gsl_RecordStore::kNone;
-  static constexpr std::size_t kFewestRecordBytes = 5;
-  static constexpr std::size_t kFewestFieldBytes = 4;
+  static constexpr std::size_t kFewestRecordBytes = 2;
+  static constexpr std::size_t kFewestShapeBytes = 3;
+  static constexpr std::size_t kFewestFieldBytes = 3;
 
   void ReadNames() {
     const std::size_t count = m_in.Count(2);
     for (std::size_t i = 0; i < count; ++i) {
-      const std::string name(m_in.Text());
-      if (name.empty() || name.find('\0') != std::string::npos) {
+      const std::string_view name = m_in.Text();
+      if (name.empty() || name.find('\0') != std::string_view::npos) {
         Refuse("A field name in the bytes is empty or cut");
       }
-      if (m_store.InternName(name.c_str()) != i) {
+      if (m_data.shapes.Names().NumberOf(name) != i) {
         Refuse("A field name appears twice in the bytes");
       }
     }
   }
 
+  void ReadClasses() {
+    const std::size_t count = m_in.Count(2);
+    for (std::size_t i = 0; i < count; ++i) {
+      const std::uint32_t typeId = m_in.Varint32();
+      const std::string_view name = m_in.Text();
+      if (!m_data.classOfType.emplace(typeId, i).second) {
+        Refuse("A class appears twice in the bytes");
+      }
+      m_data.classes.push_back({typeId, std::string(name)});
+    }
+  }
+
+  void ReadTexts() {
+    const std::size_t count = m_in.Count(1);
+    for (std::size_t i = 0; i < count; ++i) {
+      if (m_data.texts.NumberOf(m_in.Text()) != i) Refuse("A text appears twice in the bytes");
+    }
+  }
+
   void ReadPrefixes() {
-    m_prefixes.resize(m_in.Count(sizeof(std::uint64_t)));
-    for (std::uint64_t& prefix : m_prefixes)
-      prefix = m_in.Fixed64();
-    m_lastSerials.assign(m_prefixes.size(), 0);
-  }
-
-  gsl_RecordIdentity ReadIdentity() {
-    const std::uint64_t number = m_in.Varint();
-    if (number == 0) return {};
-    if (number > m_prefixes.size()) Refuse("An identity in the bytes has an unknown prefix");
-    const auto place = static_cast<std::size_t>(number - 1);
-    m_lastSerials[place] += m_in.Zigzag64();
-    return {m_prefixes[place], m_lastSerials[place]};
-  }
-
-  void ReadRecord(gsl_RecordIndex record) {
-    const unsigned int flags = m_in.Byte();
-    if (flags > kRootFlag) Refuse("A record in the bytes has unknown flags");
-    const std::uint32_t typeId = m_in.Varint32();
-    const gsl_RecordIdentity identity = ReadIdentity();
-    if (flags == kRootFlag) {
-      Claim(record, Holder::Root);
-      m_store.AddRoot(typeId, identity);
-    } else if (m_holders[record] == Holder::None) {
-      Refuse("A record in the bytes does not belong to an earlier record");
-    } else {
-      m_store.m_records.push_back(
-          {typeId, gsl_RecordCollection::None, identity, kNone, kNone, kNone});
-    }
-    ReadElements(record);
-    const std::size_t fieldCount = m_in.Count(kFewestFieldBytes);
-    for (std::size_t i = 0; i < fieldCount; ++i)
-      ReadField(record);
-  }
-
-  void ReadElements(gsl_RecordIndex record) {
-    const auto collection = static_cast<gsl_RecordCollection>(m_in.Varint32());
-    switch (collection) {
-    case gsl_RecordCollection::None:
-      break;
-    case gsl_RecordCollection::Objects:
-      m_store.SetCollection(record, collection);
-      break;
-    case gsl_RecordCollection::Unsigneds:
-      ReadUnsigneds(record);
-      break;
-    case gsl_RecordCollection::Doubles:
-      ReadDoubles(record);
-      break;
-    default:
-      Refuse("A record in the bytes is an unknown collection");
-    }
-  }
-
-  void ReadUnsigneds(gsl_RecordIndex record) {
-    std::vector<std::uint32_t> values(m_in.Count(1));
-    for (std::uint32_t& value : values)
-      value = m_in.Varint32();
-    m_store.SetUnsigneds(record, values.data(), values.size());
-  }
-
-  void ReadDoubles(gsl_RecordIndex record) {
-    const std::size_t rows = m_in.Varint32();
-    const std::size_t columns = m_in.Varint32();
-    const std::size_t most = m_in.Remaining() / sizeof(double);
-    if (columns != 0 && rows > most / columns) {
-      Refuse("The bytes announce more than they hold");
-    }
-    std::vector<double> values(rows * columns);
-    for (double& value : values)
-      value = m_in.Double();
-    m_store.SetDoubles(record, values.data(), rows, columns);
-  }
-
-  void ReadField(gsl_RecordIndex record) {
-    const std::uint32_t number = m_in.Varint32();
-    if (number > m_store.m_names.size()) Refuse("A field in the bytes has an unknown name");
-    const char* const name = number != 0 ? m_store.m_names[number - 1].c_str() : nullptr;
-    const gsl_RecordPlace place = {name, m_in.Zigzag()};
-    const unsigned int kind = m_in.Byte();
-    if (kind > static_cast<unsigned int>(Kind::Null)) {
-      Refuse("A field in the bytes is of an unknown kind");
-    }
-    ReadValue(record, place, static_cast<Kind>(kind));
-  }
-
-  void ReadValue(gsl_RecordIndex record, const gsl_RecordPlace& place, Kind kind) {
-    switch (kind) {
-    case Kind::Integer:
-      m_store.AddInteger(record, place, m_in.Zigzag());
-      break;
-    case Kind::Double:
-      m_store.AddDouble(record, place, m_in.Double());
-      break;
-    case Kind::Boolean:
-      m_store.AddBoolean(record, place, ReadBoolean());
-      break;
-    case Kind::String:
-      m_store.AddString(record, place, m_in.Text());
-      break;
-    case Kind::Record:
-    case Kind::Object:
-      AddHolder(record, place, kind);
-      break;
-    case Kind::Reference:
-      m_references.push_back(m_in.Varint32());
-      m_store.AddReference(record, place, m_references.back());
-      break;
-    case Kind::Null:
-      m_store.AddNull(record, place, m_in.Varint32());
-      break;
-    }
-  }
-
-  bool ReadBoolean() {
-    const unsigned int value = m_in.Byte();
-    if (value > 1) Refuse("A boolean in the bytes is neither true nor false");
-    return value == 1;
-  }
-
-  /// Adds a field whose record follows. Nothing can hold itself, because a record follows the
-  /// record that holds it.
-  void AddHolder(gsl_RecordIndex record, const gsl_RecordPlace& place, Kind kind) {
-    const gsl_RecordIndex child = m_in.Varint32();
-    if (child <= record || child >= m_recordCount) {
-      Refuse("A field in the bytes must hold a record after its own record");
-    }
-    Claim(child, kind == Kind::Object ? Holder::SharedField : Holder::Field);
-    gsl_RecordStore::Field field = {};
-    field.kind = kind;
-    field.link = child;
-    m_store.AddField(record, place, field);
-  }
-
-  void Claim(gsl_RecordIndex record, Holder holder) {
-    if (m_holders[record] != Holder::None) {
-      Refuse("A record in the bytes belongs to two places");
-    }
-    m_holders[record] = holder;
-  }
-
-  void CheckReferences() const {
-    for (const gsl_RecordIndex target : m_references) {
-      if (target >= m_recordCount || m_holders[target] != Holder::SharedField) {
-        Refuse("A field in the bytes must refer to a shared object");
+    const std::size_t count = m_in.Count(sizeof(std::uint64_t));
+    for (std::size_t i = 0; i < count; ++i) {
+      if (m_data.prefixes.NumberOf(m_in.Fixed64()) != i) {
+        Refuse("A prefix of identities appears twice in the bytes");
       }
     }
   }
 
+  void ReadShapes() {
+    const std::size_t count = m_in.Count(kFewestShapeBytes);
+    for (std::size_t i = 0; i < count; ++i) {
+      const std::uint64_t number = m_in.Varint();
+      if (number >= m_data.classes.size()) Refuse("A shape in the bytes has an unknown class");
+      const std::uint32_t typeId = m_data.classes[static_cast<std::size_t>(number)].typeId;
+      Number node = m_data.shapes.Start(typeId, ReadCollection());
+      const std::size_t fieldCount = m_in.Count(kFewestFieldBytes);
+      for (std::size_t field = 0; field < fieldCount; ++field)
+        node = ReadShapeField(node);
+      if (m_data.shapes.ShapeOf(node) != i) Refuse("A shape appears twice in the bytes");
+    }
+  }
+
+  gsl_RecordCollection ReadCollection() {
+    const auto collection = static_cast<gsl_RecordCollection>(m_in.Varint32());
+    switch (collection) {
+    case gsl_RecordCollection::None:
+    case gsl_RecordCollection::Objects:
+    case gsl_RecordCollection::Unsigneds:
+    case gsl_RecordCollection::Doubles:
+      return collection;
+    }
+    Refuse("A shape in the bytes is an unknown collection");
+  }
+
+  Number ReadShapeField(Number node) {
+    const std::uint32_t name = m_in.Varint32();
+    if (name >= m_data.shapes.Names().Size()) Refuse("A field in the bytes has an unknown name");
+    const std::int32_t index = gsl_records::OfZigzag(m_in.Varint32());
+    const unsigned int kind = CheckedKind(m_in.Byte());
+    return m_data.shapes.Next(node, m_data.shapes.Names()[name].data(), index,
+                              static_cast<std::uint8_t>(kind));
+  }
+
+  static unsigned int CheckedKind(unsigned int kind) {
+    if (kind > static_cast<unsigned int>(Kind::Null) ||
+        kind == static_cast<unsigned int>(Kind::Reference)) {
+      Refuse("A field in the bytes is of an unknown kind");
+    }
+    return kind;
+  }
+
+  void ReadObjects() {
+    m_data.objects.resize(m_in.Count(1));
+    for (gsl_RecordStore::Data::Object& object : m_data.objects)
+      object = {0, m_in.Varint32()};
+    m_isOwned.assign(m_data.objects.size(), false);
+  }
+
+  void ReadRoots() {
+    const std::size_t count = m_in.Count(2);
+    for (std::size_t i = 0; i < count; ++i) {
+      std::string name(m_in.Text());
+      if (!name.empty() && !m_data.rootNames.emplace(name, i).second) {
+        Refuse("Two roots in the bytes have one name");
+      }
+      m_data.roots.push_back({m_in.Varint32(), 0, std::move(name), {}});
+    }
+  }
+
+  void ReadRecords(const unsigned char* base) {
+    m_isHeld.assign(m_recordCount, false);
+    m_written.reserve(m_recordCount);
+    const auto here = [&] { return static_cast<std::uint64_t>(m_in.At() - base); };
+    m_data.offsets.Room(m_recordCount + 1);
+    m_data.offsets.Append(here());
+    for (m_record = 0; m_record < m_recordCount; ++m_record) {
+      m_recordsInside = 1;
+      ReadRecord();
+      m_written.push_back(static_cast<Number>(m_recordsInside));
+      m_data.offsets.Append(here());
+    }
+    if (m_in.Remaining() != 0) Refuse("Bytes follow the last record");
+  }
+
+  void ReadRecord() {
+    const std::uint64_t number = m_in.Varint();
+    if (number >= m_data.shapes.Shapes().size()) Refuse("A record in the bytes has no shape");
+    const Shape& shape = m_data.shapes.Shapes()[static_cast<std::size_t>(number)];
+    const std::uint64_t prefix = m_in.Varint();
+    if (prefix > m_data.prefixes.Size()) Refuse("An identity in the bytes has an unknown prefix");
+    if (prefix != 0) m_in.Varint();
+    const ShapeField* field = &m_data.shapes.Fields()[shape.firstField];
+    for (; field->kind < ShapeField::Entries; ++field)
+      CheckValue(static_cast<Kind>(field->kind));
+    CheckElements(shape.collection);
+  }
+
+  void CheckElements(gsl_RecordCollection collection) {
+    if (collection == gsl_RecordCollection::Unsigneds) {
+      for (std::size_t count = m_in.Count(1); count != 0; --count)
+        m_in.Varint32();
+    } else if (collection == gsl_RecordCollection::Doubles) {
+      const std::size_t rows = m_in.Varint32();
+      const std::size_t columns = m_in.Varint32();
+      const std::size_t most = m_in.Remaining() / sizeof(double);
+      if (columns != 0 && rows > most / columns) Refuse("The bytes announce more than they hold");
+      m_in.Skip(rows * columns * sizeof(double));
+    } else if (collection == gsl_RecordCollection::Objects) {
+      for (unsigned int tag = m_in.Byte(); tag != gsl_records::kEndOfEntries; tag = m_in.Byte())
+        CheckValue(static_cast<Kind>(CheckedKind(tag)));
+    }
+  }
+
+  void CheckValue(Kind kind) {
+    switch (kind) {
+    case Kind::Double:
+      return m_in.Skip(sizeof(double));
+    case Kind::Boolean:
+      if (m_in.Byte() > 1) Refuse("A boolean in the bytes is neither true nor false");
+      return;
+    case Kind::String:
+      if (m_in.Varint() >= m_data.texts.Size()) Refuse("A field in the bytes has an unknown text");
+      return;
+    case Kind::Record:
+      return Hold(m_in.Varint());
+    case Kind::Object:
+      return CheckObject(m_in.Varint());
+    default:
+      m_in.Varint32();
+    }
+  }
+
+  /// A field holds a record. Nothing can hold itself, because a record follows the records that it
+  /// holds.
+  void Hold(std::uint64_t record) {
+    if (record >= m_record) Refuse("A field in the bytes must hold a record before its own record");
+    const auto held = static_cast<std::size_t>(record);
+    m_isHeld[held] = true;
+    m_recordsInside += m_written[held];
+    if (m_recordsInside >= kNone) RefuseSize();
+  }
+
+  void CheckObject(std::uint64_t value) {
+    const std::uint64_t number = value >> 1;
+    if (number >= m_data.objects.size()) Refuse("A field in the bytes has an unknown object");
+    if ((value & 1u) != 0) return;
+    const auto object = static_cast<std::size_t>(number);
+    if (m_isOwned[object]) Refuse("An object in the bytes belongs to two fields");
+    m_isOwned[object] = true;
+    Hold(m_data.objects[object].record);
+  }
+
+  void CheckLinks() {
+    std::uint64_t written = 0;
+    for (const gsl_RecordStore::Data::Root& root : m_data.roots) {
+      if (root.record >= m_recordCount) Refuse("A root in the bytes is not a record");
+      m_isHeld[root.record] = true;
+      written += m_written[root.record];
+      if (written >= kNone) RefuseSize();
+    }
+    for (const bool isHeld : m_isHeld) {
+      if (!isHeld) Refuse("A record in the bytes belongs to nothing");
+    }
+    for (const bool isOwned : m_isOwned) {
+      if (!isOwned) Refuse("An object in the bytes belongs to no field");
+    }
+  }
+
+  /// Equal records are stored once; a reader meets them once for each place that holds them.
+  [[noreturn]] static void RefuseSize() {
+    Refuse("The bytes hold more than 4294967294 records, counted at every place that holds them");
+  }
+
   Reader m_in;
-  gsl_RecordStore m_store;
+  gsl_RecordStore::Data& m_data;
   std::size_t m_recordCount = 0;
-  std::vector<Holder> m_holders;
-  std::vector<gsl_RecordIndex> m_references;
-  std::vector<std::uint64_t> m_prefixes;
-  std::vector<std::uint64_t> m_lastSerials;
+  std::size_t m_record = 0;
+  /// How many records there are within a record, itself included, counted at every place.
+  std::uint64_t m_recordsInside = 0;
+  std::vector<Number> m_written;
+  std::vector<bool> m_isHeld, m_isOwned;
 };
 
-std::vector<unsigned char> gsl_RecordStore::ToBytes() const {
-  Writer body;
-  NameTable usedNames;
-  PrefixTable usedPrefixes;
-  std::size_t nextRoot = 0;
-  body.Varint(m_records.size());
-  for (gsl_RecordIndex i = 0; i < m_records.size(); ++i) {
-    const bool isRoot = nextRoot < m_roots.size() && m_roots[nextRoot].record == i;
-    if (isRoot) ++nextRoot;
-    WriteRecord(body, usedNames, usedPrefixes, *this, i, isRoot);
-  }
-  Writer out(gsl_records::StartFrame());
+std::vector<unsigned char> gsl_RecordCodec::TablesOf(const gsl_RecordStore::Data& data) {
+  Writer out;
   out.Text(kWriter);
-  out.Varint(usedNames.InOrder().size());
-  for (const std::string_view name : usedNames.InOrder())
-    out.Text(name);
-  out.Varint(usedPrefixes.InOrder().size());
-  for (const std::uint64_t prefix : usedPrefixes.InOrder())
-    out.Fixed64(prefix);
-  out.bytes.insert(out.bytes.end(), body.bytes.begin(), body.bytes.end());
-  gsl_records::FinishFrame(out.bytes);
+  WriteTexts(out, data.shapes.Names());
+  const ClassesOfShapes classes(data.shapes.Shapes());
+  out.Varint(classes.inOrder.size());
+  for (const std::uint32_t typeId : classes.inOrder) {
+    const auto found = data.classOfType.find(typeId);
+    out.Varint(typeId);
+    out.Text(found != data.classOfType.end() ? std::string_view(data.classes[found->second].name)
+                                             : std::string_view());
+  }
+  WriteTexts(out, data.texts);
+  out.Varint(data.prefixes.Size());
+  for (Number i = 0; i < data.prefixes.Size(); ++i)
+    out.Fixed64(data.prefixes[i]);
+  WriteShapes(out, data.shapes, classes);
+  out.Varint(data.objects.size());
+  for (const gsl_RecordStore::Data::Object& object : data.objects)
+    out.Varint(object.record);
+  out.Varint(data.roots.size());
+  for (const gsl_RecordStore::Data::Root& root : data.roots) {
+    out.Text(root.name);
+    out.Varint(root.record);
+  }
+  out.Varint(data.RecordCount());
   return std::move(out.bytes);
+}
+
+gsl_records::Bytes gsl_RecordCodec::RecordsOf(const gsl_RecordStore::Data& data) {
+  if (data.offsets.Size() == 0) return {nullptr, 0};
+  const auto first = static_cast<std::size_t>(data.offsets[0]);
+  return {data.bytes.Begin() + first, static_cast<std::size_t>(data.offsets.Back()) - first};
+}
+
+const unsigned char* gsl_RecordCodec::Decode(gsl_records::Bytes body, const unsigned char* base,
+                                             gsl_RecordStore::Data& data) {
+  return gsl_RecordDecoder(body, data).Decode(base);
+}
+
+std::vector<unsigned char> gsl_RecordStore::ToBytes() const {
+  m_data->EndAll();
+  const std::vector<unsigned char> tables = gsl_RecordCodec::TablesOf(*m_data);
+  const gsl_records::Bytes records = gsl_RecordCodec::RecordsOf(*m_data);
+  gsl_records::BlockSums body;
+  body.Add({tables.data(), tables.size()});
+  body.Add(records);
+  const std::vector<unsigned char> sums = body.Finish();
+  const auto header = gsl_records::HeaderOf(tables.size() + records.count);
+  std::vector<unsigned char> bytes;
+  bytes.reserve(header.size() + tables.size() + records.count + sums.size());
+  bytes.insert(bytes.end(), header.begin(), header.end());
+  bytes.insert(bytes.end(), tables.begin(), tables.end());
+  bytes.insert(bytes.end(), records.begin, records.begin + records.count);
+  bytes.insert(bytes.end(), sums.begin(), sums.end());
+  return bytes;
 }
 
 gsl_RecordStore gsl_RecordStore::FromBytes(const unsigned char* bytes, std::size_t count) {
   const gsl_records::Bytes body = gsl_records::BodyOf({bytes, count});
-  return gsl_RecordDecoder(body.begin, body.count).Decode();
+  gsl_RecordStore store;
+  const unsigned char* const records = gsl_RecordCodec::Decode(body, nullptr, *store.m_data);
+  store.m_data->bytes.Append(records, static_cast<std::size_t>(body.begin + body.count - records));
+  return store;
 }

@@ -1,5 +1,7 @@
 #include "gsl_RecordFile.h"
 
+#include "RecordBytes.h"
+#include "RecordFrame.h"
 #include "gsl_RecordError.h"
 
 #include <algorithm>
@@ -13,6 +15,7 @@
 #include <string>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -77,13 +80,16 @@ public:
       Fail(place, "set permissions", errno);
   }
 
-  void Write(const std::string& place, const std::vector<unsigned char>& bytes) {
-    for (std::size_t at = 0; at < bytes.size();) {
-      const ssize_t written = write(m_file.Number(), bytes.data() + at, bytes.size() - at);
+  void Write(const std::string& place, gsl_records::Bytes bytes) {
+    for (std::size_t at = 0; at < bytes.count;) {
+      const ssize_t written = write(m_file.Number(), bytes.begin + at, bytes.count - at);
       if (written < 0 && errno == EINTR) continue;
       if (written <= 0) Fail(place, "write", written < 0 ? errno : ENOSPC);
       at += static_cast<std::size_t>(written);
     }
+  }
+
+  void Close(const std::string& place) {
     if (fsync(m_file.Number()) != 0) Fail(place, "flush to the disk", errno);
     if (const int error = m_file.Close()) Fail(place, "write", error);
   }
@@ -118,23 +124,23 @@ void RefuseAllButFiles(const std::string& path) {
   }
 }
 
-std::vector<unsigned char> ContentsOf(const std::string& path) {
+/// Reads until the end, which a file may reach later than its size says.
+gsl_records::PlainBuffer<unsigned char> ContentsOf(const std::string& path) {
   const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC));
   if (file.Number() < 0) Fail(path, "open", errno);
   struct stat status = {};
   if (fstat(file.Number(), &status) != 0) Fail(path, "read", errno);
-  std::vector<unsigned char> bytes;
-  if (S_ISREG(status.st_mode)) bytes.reserve(static_cast<std::size_t>(status.st_size) + 1);
-  for (;;) {
-    constexpr std::size_t kStep = std::size_t{1} << 16;
-    const std::size_t before = bytes.size();
-    bytes.resize(std::max(bytes.capacity(), before + kStep));
-    const ssize_t taken = read(file.Number(), bytes.data() + before, bytes.size() - before);
-    const int error = errno;
-    bytes.resize(before + (taken > 0 ? static_cast<std::size_t>(taken) : 0));
-    if (taken < 0 && error == EINTR) continue;
-    if (taken < 0) Fail(path, "read", error);
+  constexpr std::size_t kStep = std::size_t{1} << 16;
+  gsl_records::PlainBuffer<unsigned char> bytes;
+  const bool isFile = S_ISREG(status.st_mode);
+  std::size_t room = isFile ? static_cast<std::size_t>(status.st_size) + 1 : kStep;
+  for (;; room = kStep) {
+    unsigned char* const end = bytes.Room(room);
+    const ssize_t taken = read(file.Number(), end, room);
+    if (taken < 0 && errno == EINTR) continue;
+    if (taken < 0) Fail(path, "read", errno);
     if (taken == 0) return bytes;
+    bytes.SetEnd(end + taken);
   }
 }
 
@@ -143,10 +149,23 @@ std::vector<unsigned char> ContentsOf(const std::string& path) {
 void gsl_SaveRecords(const gsl_RecordStore& store, const std::string& path) {
   const std::string place = ResolvedPath(path);
   RefuseAllButFiles(place);
-  const std::vector<unsigned char> bytes = store.ToBytes();
+  gsl_RecordStore::Data& data = *store.m_data;
+  data.EndAll();
+  const std::vector<unsigned char> tables = gsl_RecordCodec::TablesOf(data);
+  const gsl_records::Bytes records = gsl_RecordCodec::RecordsOf(data);
+  const auto header = gsl_records::HeaderOf(tables.size() + records.count);
   TemporaryFile file(place);
   file.TakePermissions(place);
-  file.Write(place, bytes);
+  gsl_records::BlockSums body;
+  file.Write(place, {header.data(), header.size()});
+  for (const gsl_records::Bytes part :
+       {gsl_records::Bytes{tables.data(), tables.size()}, records}) {
+    body.Add(part);
+    file.Write(place, part);
+  }
+  const std::vector<unsigned char> sums = body.Finish();
+  file.Write(place, {sums.data(), sums.size()});
+  file.Close(place);
   file.MoveTo(place);
   // The rename is on the disk when the folder is; a folder that cannot be opened is left to the
   // system.
@@ -155,10 +174,16 @@ void gsl_SaveRecords(const gsl_RecordStore& store, const std::string& path) {
 }
 
 gsl_RecordStore gsl_LoadRecords(const std::string& path) {
-  const std::vector<unsigned char> bytes = ContentsOf(path);
+  gsl_records::PlainBuffer<unsigned char> bytes = ContentsOf(path);
+  gsl_RecordStore store;
   try {
-    return gsl_RecordStore::FromBytes(bytes.data(), bytes.size());
+    const gsl_records::Bytes body = gsl_records::BodyOf({bytes.Begin(), bytes.Size()});
+    gsl_RecordCodec::Decode(body, bytes.Begin(), *store.m_data);
+    bytes.SetEnd(body.begin + body.count);
   } catch (const gsl_RecordError& error) {
     throw gsl_RecordError(path + ": " + error.what());
   }
+  // The records stay where they were read.
+  store.m_data->bytes = std::move(bytes);
+  return store;
 }

@@ -4,7 +4,8 @@
 #include <cstdint>
 #include <string_view>
 
-/// The number of a record: records are numbered from 0 in the order in which they were started.
+/// The number of a record. A writer numbers records from 0 in the order in which they are started;
+/// a reader has numbers of its own.
 using gsl_RecordIndex = std::uint32_t;
 
 /// The identity of the object that a record stores: 128 bits that the records only compare.
@@ -37,13 +38,13 @@ enum class gsl_RecordKind : std::uint8_t {
 /// What kind of collection a record is, if it is one. The numbers are stored.
 enum class gsl_RecordCollection : std::uint32_t {
   None = 0,
-  Objects = 1,    ///< its fields are entries without a name
+  Objects = 1,    ///< it has entries, which are fields without a name
   Unsigneds = 57, ///< a list of unsigned integers
   Doubles = 82    ///< a matrix of doubles
 };
 
-/// Where a record holds a value: the name of a field, or null for an entry of a list, and the
-/// number that the writer gave to the field.
+/// Where a record holds a value: the name of a field and the number that the writer gave to it; or
+/// null for an entry of a list, which has no number.
 struct gsl_RecordPlace {
   const char* name = nullptr;
   std::int32_t index = -1;
@@ -63,6 +64,9 @@ struct gsl_RecordField {
     bool boolean;
     std::uint32_t link;
   };
+  /// The number of a shared object, which is the same in every field that holds it or refers to it.
+  /// Two objects may have one record, when their contents are equal.
+  std::uint32_t object = 0;
   /// The text of a string.
   std::string_view text;
 };

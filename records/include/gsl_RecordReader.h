@@ -6,6 +6,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <string_view>
 #include <vector>
 
 /// Fields out: records wherever they are stored. The read visitors of a host are built on it.
@@ -25,7 +26,13 @@ public:
 
   virtual std::size_t RootCount() const = 0;
   virtual gsl_RecordIndex Root(std::size_t i) const = 0;
+  /// Empty for a root without a name.
+  virtual std::string_view RootName(std::size_t i) const = 0;
+  /// Returns the number of the root with that name, or RootCount(). The empty name names nothing.
+  virtual std::size_t FindRoot(std::string_view name) const;
 
+  /// The name of the class, empty when the writer did not give one.
+  virtual std::string_view ClassName(std::uint32_t typeId) const = 0;
   virtual std::uint32_t TypeId(gsl_RecordIndex record) const = 0;
   virtual gsl_RecordIdentity Identity(gsl_RecordIndex record) const = 0;
   virtual gsl_RecordCollection Collection(gsl_RecordIndex record) const = 0;

@@ -11,17 +11,25 @@
 /// Fields in: stores records wherever it keeps them. The write visitors of a host are built on it.
 ///
 /// A record is started as a root or in a field of an earlier record; its fields follow in write
-/// order, also between the fields of others.
+/// order. A record ends when a field is added to a record that holds it, when the next root starts,
+/// and with Finish. An ended record takes no further fields.
 ///
 /// Requires  every record number comes from this writer and was not taken back; a record is one
 ///           collection at most; the name of a place is not empty.
-/// Errors    gsl_RecordError, and std::bad_alloc; the call that throws stores nothing.
+/// Errors    gsl_RecordError, and the call stores nothing; std::bad_alloc, and the root must be
+///           taken back.
 class GSL_RECORDS_API gsl_RecordWriter {
 public:
   virtual ~gsl_RecordWriter();
 
   /// Starts a further root. Returns its number, which is higher than that of every earlier record.
   virtual gsl_RecordIndex AddRoot(std::uint32_t typeId, const gsl_RecordIdentity& identity) = 0;
+  /// Names the root that was started last. Requires a name that is not empty and that no other root
+  /// has.
+  virtual void NameRoot(std::string_view name) = 0;
+  /// Names the class of a type id, for whoever reads the records without the host. The last name
+  /// counts.
+  virtual void NameClass(std::uint32_t typeId, std::string_view name) = 0;
   /// Starts a record that belongs to a place of `owner`. Other fields may refer to it when it
   /// `isShared`. Returns its number, which is higher than that of every earlier record.
   virtual gsl_RecordIndex AddRecord(gsl_RecordIndex owner, const gsl_RecordPlace& place,
@@ -34,7 +42,7 @@ public:
   virtual void AddBoolean(gsl_RecordIndex owner, const gsl_RecordPlace& place, bool value) = 0;
   virtual void AddString(gsl_RecordIndex owner, const gsl_RecordPlace& place,
                          std::string_view value) = 0;
-  /// Refers to a shared record.
+  /// Refers to a shared record, which may still be written.
   virtual void AddReference(gsl_RecordIndex owner, const gsl_RecordPlace& place,
                             gsl_RecordIndex target) = 0;
   virtual void AddNull(gsl_RecordIndex owner, const gsl_RecordPlace& place,
@@ -49,6 +57,8 @@ public:
   virtual void SetDoubles(gsl_RecordIndex record, const double* values, std::size_t rows,
                           std::size_t columns) = 0;
 
+  /// Ends the last root.
+  virtual void Finish() = 0;
   /// Takes back a root and every record and field that was added after it.
   virtual void TakeBack(gsl_RecordIndex root) = 0;
 

@@ -30,9 +30,11 @@ TEST(Crc32c, EveryLengthAgreesWithTheBitByBitSumAndMayBeTakenInParts) {
   for (std::size_t length = 0; length < 70; ++length) {
     const std::uint32_t whole = gsl_records::Crc32c(bytes.data(), bytes.size());
     EXPECT_EQ(whole, RawChecksum(bytes)) << length;
+    EXPECT_EQ(whole, gsl_records::Crc32cByTables(bytes.data(), bytes.size(), 0)) << length;
     for (std::size_t cut = 0; cut <= length; ++cut) {
       const std::uint32_t first = gsl_records::Crc32c(bytes.data(), cut);
       EXPECT_EQ(gsl_records::Crc32c(bytes.data() + cut, length - cut, first), whole);
+      EXPECT_EQ(gsl_records::Crc32cByTables(bytes.data() + cut, length - cut, first), whole);
     }
     bytes.push_back(static_cast<unsigned char>(random()));
   }

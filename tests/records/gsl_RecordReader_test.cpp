@@ -11,6 +11,8 @@ public:
 
   std::size_t RootCount() const override { return 1; }
   gsl_RecordIndex Root(std::size_t) const override { return 0; }
+  std::string_view RootName(std::size_t) const override { return "only"; }
+  std::string_view ClassName(std::uint32_t) const override { return {}; }
   std::uint32_t TypeId(gsl_RecordIndex) const override { return 0; }
   gsl_RecordIdentity Identity(gsl_RecordIndex) const override { return {}; }
   gsl_RecordCollection Collection(gsl_RecordIndex) const override {
@@ -39,4 +41,11 @@ TEST(GslRecordReader, FieldsAreVisitedInOrder) {
       EXPECT_EQ(field.integer, expected++);
     EXPECT_EQ(expected, static_cast<int>(count));
   }
+}
+
+TEST(GslRecordReader, RootIsFoundByItsName) {
+  const CountingReader reader(0);
+  EXPECT_EQ(reader.FindRoot("only"), 0u);
+  EXPECT_EQ(reader.FindRoot("other"), reader.RootCount());
+  EXPECT_EQ(reader.FindRoot(""), reader.RootCount());
 }

@@ -7,6 +7,7 @@
 
 #include <cmath>
 #include <limits>
+#include <string>
 #include <utility>
 
 namespace {
@@ -21,7 +22,7 @@ std::vector<gsl_RecordField> FieldsOf(const gsl_RecordReader& reader, gsl_Record
 }
 
 /// A store with one root that holds a number, a text and both kinds of array.
-void Fill(gsl_RecordWriter& to, int number) {
+gsl_RecordIndex Fill(gsl_RecordWriter& to, int number) {
   const gsl_RecordIndex root = to.AddRoot(1, {2, 3});
   to.AddInteger(root, {"number", 0}, number);
   to.AddString(root, {"text", 1}, "some text");
@@ -29,6 +30,7 @@ void Fill(gsl_RecordWriter& to, int number) {
                   std::vector<std::uint32_t>{1, 2}.data(), 2);
   to.SetDoubles(to.AddRecord(root, {"matrix", 3}, true, 5, {}),
                 std::vector<double>{0.5, 1.5}.data(), 1, 2);
+  return root;
 }
 
 } // namespace
@@ -46,14 +48,13 @@ TEST(GslRecordStore, EveryKindOfFieldComesBackInWriteOrder) {
   store.AddDouble(root, {"d", -1}, -0.0);
   store.AddBoolean(root, {"b", 0}, true);
   store.AddString(root, {"s", 0}, std::string_view("a\0b", 3));
-  const gsl_RecordIndex own = store.AddRecord(root, {"own", 0}, false, 9, {1, 2});
   const gsl_RecordIndex shared = store.AddRecord(root, {"shared", 0}, true, 10, {3, 4});
+  const gsl_RecordIndex own = store.AddRecord(root, {"own", 0}, false, 9, {1, 2});
   store.AddReference(own, {"r", 0}, shared);
   store.AddNull(root, {"n", 0}, 0xFFFFFFFFu);
 
-  EXPECT_EQ(store.TypeId(root), 0x7F000001u);
-  EXPECT_EQ(store.Identity(shared), (gsl_RecordIdentity{3, 4}));
-  const std::vector<gsl_RecordField> fields = FieldsOf(store, root);
+  EXPECT_EQ(store.TypeId(store.Root(0)), 0x7F000001u);
+  const std::vector<gsl_RecordField> fields = FieldsOf(store, store.Root(0));
   ASSERT_EQ(fields.size(), 7u);
   EXPECT_EQ(fields[0].name, "i");
   EXPECT_EQ(fields[0].index, 7);
@@ -62,16 +63,18 @@ TEST(GslRecordStore, EveryKindOfFieldComesBackInWriteOrder) {
   EXPECT_TRUE(std::signbit(fields[1].real));
   EXPECT_TRUE(fields[2].boolean);
   EXPECT_EQ(fields[3].text, std::string_view("a\0b", 3));
-  EXPECT_EQ(fields[4].kind, Kind::Record);
-  EXPECT_EQ(fields[4].link, own);
-  EXPECT_EQ(fields[5].kind, Kind::Object);
-  EXPECT_EQ(fields[5].link, shared);
+  EXPECT_EQ(fields[4].kind, Kind::Object);
+  EXPECT_EQ(store.TypeId(fields[4].link), 10u);
+  EXPECT_EQ(store.Identity(fields[4].link), (gsl_RecordIdentity{3, 4}));
+  EXPECT_EQ(fields[5].kind, Kind::Record);
+  EXPECT_EQ(store.TypeId(fields[5].link), 9u);
   EXPECT_EQ(fields[6].kind, Kind::Null);
   EXPECT_EQ(fields[6].link, 0xFFFFFFFFu);
-  const std::vector<gsl_RecordField> inner = FieldsOf(store, own);
+  const std::vector<gsl_RecordField> inner = FieldsOf(store, fields[5].link);
   ASSERT_EQ(inner.size(), 1u);
   EXPECT_EQ(inner[0].kind, Kind::Reference);
-  EXPECT_EQ(inner[0].link, shared);
+  EXPECT_EQ(inner[0].link, fields[4].link);
+  EXPECT_EQ(inner[0].object, fields[4].object);
 }
 
 TEST(GslRecordStore, ArraysComeBackAndAreEmptyForAnotherCollection) {
@@ -81,15 +84,18 @@ TEST(GslRecordStore, ArraysComeBackAndAreEmptyForAnotherCollection) {
   std::vector<double> doubles = {9.0};
   std::size_t rows = 9;
   std::size_t columns = 9;
-  store.ReadUnsigneds(1, unsigneds);
+  const std::vector<gsl_RecordField> fields = FieldsOf(store, store.Root(0));
+  const gsl_RecordIndex list = fields[2].link;
+  const gsl_RecordIndex matrix = fields[3].link;
+  store.ReadUnsigneds(list, unsigneds);
   EXPECT_EQ(unsigneds, (std::vector<std::uint32_t>{1, 2}));
-  store.ReadDoubles(2, doubles, rows, columns);
+  store.ReadDoubles(matrix, doubles, rows, columns);
   EXPECT_EQ(doubles, (std::vector<double>{0.5, 1.5}));
   EXPECT_EQ(rows, 1u);
   EXPECT_EQ(columns, 2u);
-  store.ReadUnsigneds(2, unsigneds);
+  store.ReadUnsigneds(matrix, unsigneds);
   EXPECT_TRUE(unsigneds.empty());
-  store.ReadDoubles(1, doubles, rows, columns);
+  store.ReadDoubles(list, doubles, rows, columns);
   EXPECT_TRUE(doubles.empty());
   EXPECT_EQ(rows + columns, 0u);
 }
@@ -100,10 +106,11 @@ TEST(GslRecordStore, FieldWithoutANameIsRefusedAndNothingIsStored) {
   EXPECT_THROW(store.AddInteger(root, {"", 0}, 1), gsl_RecordError);
   EXPECT_THROW(store.AddString(root, {"", 0}, "text"), gsl_RecordError);
   EXPECT_THROW(store.AddRecord(root, {"", 0}, false, 1, {}), gsl_RecordError);
-  EXPECT_TRUE(FieldsOf(store, root).empty());
-  EXPECT_EQ(store.RecordCount(), 1u);
+  EXPECT_THROW(store.AddInteger(root, {nullptr, 0}, 1), gsl_RecordError);
   store.AddString(root, {"s", 0}, "after");
-  EXPECT_EQ(FieldsOf(store, root)[0].text, "after");
+  EXPECT_EQ(store.RecordCount(), 1u);
+  ASSERT_EQ(FieldsOf(store, store.Root(0)).size(), 1u);
+  EXPECT_EQ(FieldsOf(store, store.Root(0))[0].text, "after");
 }
 
 TEST(GslRecordStore, RootThatIsTakenBackLeavesTheStoreAsItWas) {
@@ -111,39 +118,85 @@ TEST(GslRecordStore, RootThatIsTakenBackLeavesTheStoreAsItWas) {
   Fill(store, 1);
   gsl_RecordStore expected;
   Fill(expected, 1);
-  const std::size_t records = store.RecordCount();
-  Fill(store, 2);
+  const gsl_RecordIndex second = Fill(store, 2);
   Fill(store, 3);
-  store.TakeBack(static_cast<gsl_RecordIndex>(records));
+  store.TakeBack(second);
   EXPECT_TRUE(SameRecords(store, expected));
   Fill(store, 4);
   Fill(expected, 4);
   EXPECT_TRUE(SameRecords(store, expected));
 }
 
-TEST(GslRecordStore, WhatAnEarlierRecordGotAfterTheRootGoesWithIt) {
+TEST(GslRecordStore, RecordThatEndedTakesNoFurtherFields) {
+  const auto expectEnded = [](gsl_RecordStore& store, gsl_RecordIndex record) {
+    const std::string why = "A record that has ended takes no further fields";
+    try {
+      store.AddInteger(record, {"late", 0}, 1);
+      ADD_FAILURE() << "taken";
+    } catch (const gsl_RecordError& error) {
+      EXPECT_EQ(error.what(), why);
+    }
+  };
   gsl_RecordStore store;
   const gsl_RecordIndex first = store.AddRoot(1, {});
-  const gsl_RecordIndex bare = store.AddRecord(first, {"bare", 0}, false, 2, {});
-  store.AddInteger(first, {"kept", 0}, 1);
-  const gsl_RecordIndex second = store.AddRoot(3, {});
-  store.AddInteger(first, {"late", 0}, 2);
-  store.AddInteger(second, {"other", 0}, 3);
-  store.AddInteger(first, {"later", 0}, 4);
-  store.AddInteger(bare, {"late", 0}, 5);
-  const std::uint32_t one = 1;
-  store.SetUnsigneds(bare, &one, 1);
-  store.TakeBack(second);
-  EXPECT_EQ(store.RootCount(), 1u);
-  EXPECT_EQ(store.Unsigneds(bare).count, 0u);
-  EXPECT_TRUE(FieldsOf(store, bare).empty());
-  ASSERT_EQ(FieldsOf(store, first).size(), 2u);
-  EXPECT_EQ(FieldsOf(store, first)[1].name, "kept");
-  // Both records take further fields.
-  store.AddInteger(first, {"next", 0}, 6);
-  store.AddInteger(bare, {"next", 0}, 7);
-  EXPECT_EQ(FieldsOf(store, first)[2].integer, 6);
-  EXPECT_EQ(FieldsOf(store, bare)[0].integer, 7);
+  const gsl_RecordIndex child = store.AddRecord(first, {"child", 0}, false, 2, {});
+  const gsl_RecordIndex inner = store.AddRecord(child, {"inner", 0}, false, 2, {});
+  store.AddInteger(child, {"next", 0}, 2);
+  expectEnded(store, inner);
+  store.AddInteger(first, {"next", 0}, 3);
+  expectEnded(store, child);
+  store.AddRoot(3, {});
+  expectEnded(store, first);
+  store.Finish();
+  expectEnded(store, 3);
+}
+
+TEST(GslRecordStore, RootsAreFoundByNumberAndByName) {
+  gsl_RecordStore store;
+  store.AddRoot(1, {});
+  store.AddRoot(2, {});
+  store.NameRoot("axis");
+  store.AddRoot(3, {});
+  store.NameRoot("first name");
+  store.NameRoot("plane");
+  EXPECT_EQ(store.RootName(0), "");
+  EXPECT_EQ(store.RootName(1), "axis");
+  EXPECT_EQ(store.FindRoot("axis"), 1u);
+  EXPECT_EQ(store.FindRoot("plane"), 2u);
+  EXPECT_EQ(store.FindRoot("first name"), 3u);
+  EXPECT_EQ(store.FindRoot(""), 3u);
+  const gsl_RecordIndex other = store.AddRoot(4, {});
+  EXPECT_THROW(store.NameRoot("axis"), gsl_RecordError);
+  EXPECT_THROW(store.NameRoot(""), gsl_RecordError);
+  store.NameRoot("other");
+  store.TakeBack(other);
+  EXPECT_EQ(store.FindRoot("other"), 3u);
+  store.AddRoot(5, {});
+  EXPECT_NO_THROW(store.NameRoot("other"));
+}
+
+TEST(GslRecordStore, ClassHasItsLastName) {
+  gsl_RecordStore store;
+  store.AddRoot(1, {});
+  store.NameClass(1, "old");
+  store.NameClass(1, "new");
+  EXPECT_EQ(store.ClassName(1), "new");
+  EXPECT_EQ(store.ClassName(2), "");
+}
+
+TEST(GslRecordStore, StoreThatWasReadTakesFurtherRoots) {
+  gsl_RecordStore source;
+  Fill(source, 1);
+  const std::vector<unsigned char> bytes = source.ToBytes();
+  gsl_RecordStore store = gsl_RecordStore::FromBytes(bytes.data(), bytes.size());
+  const gsl_RecordIndex root = Fill(store, 1);
+  EXPECT_EQ(store.RootCount(), 2u);
+  // The second root owns its shared matrix, so that it is not the first.
+  EXPECT_EQ(store.RecordCount(), 4u);
+  Fill(source, 1);
+  EXPECT_TRUE(SameRecords(store, source));
+  store.TakeBack(root);
+  EXPECT_EQ(store.ToBytes(), bytes);
 }
 
 TEST(GslRecordStore, ClearedStoreIsLikeANewOne) {

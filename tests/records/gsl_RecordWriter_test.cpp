@@ -12,7 +12,7 @@ TEST(GslRecordWriter, RecordNumbersGrowAcrossRootsAndRecords) {
   const gsl_RecordIndex first = writer.AddRoot(1, {});
   const gsl_RecordIndex child = writer.AddRecord(first, {"child", 0}, false, 2, {});
   const gsl_RecordIndex second = writer.AddRoot(3, {});
-  const gsl_RecordIndex late = writer.AddRecord(first, {"late", 0}, true, 4, {});
+  const gsl_RecordIndex late = writer.AddRecord(second, {"late", 0}, true, 4, {});
   EXPECT_LT(first, child);
   EXPECT_LT(child, second);
   EXPECT_LT(second, late);

@@ -2,7 +2,7 @@
 
 usage: read_records.py FILE...
 
-Prints the records of each file, a line for each record and each field.
+Prints the roots and the records of each file, a line for each root, record and field.
 """
 
 import struct
@@ -82,55 +82,111 @@ class Body:
         return struct.unpack("<d", self.take(8))[0]
 
 
-def elements(body, collection):
+OBJECT = 5
+
+
+def read_shape(body, names, classes):
+    """(type id, class, collection, fields); a field is (name, index, kind)."""
+    type_id, class_name = classes[body.varint()]
+    collection = body.varint()
+    fields = [(names[body.varint()], body.zigzag(), body.byte()) for _ in range(body.varint())]
+    return type_id, class_name, collection, fields
+
+
+def read_value(body, kind, texts, objects):
+    if kind == 0:
+        return body.zigzag()
+    if kind == 1:
+        return body.double()
+    if kind == 2:
+        return bool(body.byte())
+    if kind == 3:
+        return texts[body.varint()]
+    number = body.varint()
+    if kind == OBJECT:
+        return f"object {number // 2} record {objects[number // 2]}"
+    return number
+
+
+def read_elements(body, collection, texts, objects):
+    """The elements, and the entries of a list as (kind, value)."""
     if collection == 57:
-        return [body.varint() for _ in range(body.varint())]
+        return [body.varint() for _ in range(body.varint())], []
     if collection == 82:
         rows, columns = body.varint(), body.varint()
-        return [rows, columns] + [body.double() for _ in range(rows * columns)]
-    if collection not in (0, 1):
+        return [rows, columns] + [body.double() for _ in range(rows * columns)], []
+    entries = []
+    if collection == 1:
+        kind = body.byte()
+        while kind != 0xFF:
+            entries.append(read_entry(body, kind, texts, objects))
+            kind = body.byte()
+    elif collection != 0:
         raise Refused("unknown collection")
-    return []
+    return [], entries
+
+
+def read_entry(body, kind, texts, objects):
+    start = body.at
+    value = read_value(body, kind, texts, objects)
+    return stored_kind(body, kind, start), value
+
+
+def stored_kind(body, kind, start):
+    """A field that refers to an object of another field counts as kind 6."""
+    return 6 if kind == OBJECT and body.data[start] % 2 else kind
+
+
+def read_record(body, shapes, prefixes, texts, objects):
+    type_id, class_name, collection, shape_fields = shapes[body.varint()]
+    number, identity = body.varint(), (0, 0)
+    if number:
+        identity = (prefixes[number - 1], body.varint())
+    fields = []
+    for name, index, kind in shape_fields:
+        start = body.at
+        value = read_value(body, kind, texts, objects)
+        fields.append((name, index, stored_kind(body, kind, start), value))
+    elements, entries = read_elements(body, collection, texts, objects)
+    fields += [("", -1, kind, value) for kind, value in entries]
+    return type_id, class_name, identity, collection, elements, fields
 
 
 def read_records(data):
-    """The name of the writer, and the records as tuples (is_root, type_id, (prefix, serial), collection,
-    elements, fields); a field is (name, index, kind, value)."""
+    """The name of the writer, the roots as (name, record), and the records as (type id, class, (prefix, serial),
+    collection, elements, fields); a field is (name, index, kind, value)."""
     body = Body(body_of(data))
     writer = body.text()
     names = [body.text() for _ in range(body.varint())]
+    classes = [(body.varint(), body.text()) for _ in range(body.varint())]
+    texts = [body.text() for _ in range(body.varint())]
     prefixes = [struct.unpack("<Q", body.take(8))[0] for _ in range(body.varint())]
-    last = [0] * len(prefixes)
-    readers = [body.zigzag, body.double, body.byte, body.text] + [body.varint] * 4
-    records = []
-    for _ in range(body.varint()):
-        is_root, type_id, number = body.byte(), body.varint(), body.varint()
-        identity = (0, 0)
-        if number:
-            last[number - 1] = (last[number - 1] + body.zigzag()) % 2**64
-            identity = (prefixes[number - 1], last[number - 1])
-        collection = body.varint()
-        held = elements(body, collection)
-        fields = []
-        for _ in range(body.varint()):
-            name, index, kind = body.varint(), body.zigzag(), body.byte()
-            fields.append((names[name - 1] if name else "", index, kind, readers[kind]()))
-        records.append((is_root, type_id, identity, collection, held, fields))
+    shapes = [read_shape(body, names, classes) for _ in range(body.varint())]
+    objects = [body.varint() for _ in range(body.varint())]
+    roots = [(body.text(), body.varint()) for _ in range(body.varint())]
+    records = [read_record(body, shapes, prefixes, texts, objects) for _ in range(body.varint())]
     if body.at != len(body.data):
         raise Refused("bytes follow the last record")
-    return writer, records
+    return writer, roots, records
+
+
+def shown(value):
+    if isinstance(value, float):
+        return value.hex()
+    return int(value) if isinstance(value, bool) else value
 
 
 def lines(data):
-    writer, records = read_records(data)
+    writer, roots, records = read_records(data)
     yield f"written by {writer}"
-    for number, (is_root, type_id, (prefix, serial), collection, held, fields) in enumerate(records):
-        root = " root" if is_root else ""
-        yield f"record {number}{root} 0x{type_id:08X} {prefix:x}:{serial:x} collection {collection}"
-        if held:
-            yield "  elements " + " ".join(v.hex() if isinstance(v, float) else str(v) for v in held)
+    for number, (name, record) in enumerate(roots):
+        yield f'root {number} "{name}" record {record}'
+    for number, (type_id, class_name, (prefix, serial), collection, elements, fields) in enumerate(records):
+        yield f'record {number} 0x{type_id:08X} "{class_name}" {prefix:x}:{serial:x} collection {collection}'
+        if elements:
+            yield "  elements " + " ".join(str(shown(value)) for value in elements)
         for name, index, kind, value in fields:
-            yield f"  {name or '-'} {index} kind {kind} {value.hex() if isinstance(value, float) else value}"
+            yield f"  {name or '-'} {index} kind {kind} {shown(value)}"
 
 
 def main():

@@ -155,11 +155,15 @@ inline void Copy(const gsl_RecordStore& from, gsl_RecordIndex record, const std:
   to.StartWrite(from.TypeId(record), UidOf(from, record));
   const gsl_RecordCollection collection = from.Collection(record);
   if (collection == gsl_RecordCollection::Unsigneds) {
-    const auto array = from.Unsigneds(record);
-    to.WriteUnsigneds(array.values, array.count);
+    std::vector<std::uint32_t> values;
+    from.ReadUnsigneds(record, values);
+    to.WriteUnsigneds(values.data(), values.size());
   } else if (collection == gsl_RecordCollection::Doubles) {
-    const auto array = from.Doubles(record);
-    to.WriteDoubles(array.values, array.rows, array.columns);
+    std::vector<double> values;
+    std::size_t rows = 0;
+    std::size_t columns = 0;
+    from.ReadDoubles(record, values, rows, columns);
+    to.WriteDoubles(values.data(), rows, columns);
   } else if (collection == gsl_RecordCollection::Objects) {
     CopyEntries(from, record, prefix, edit, to);
     return;
@@ -228,6 +232,9 @@ inline bool SameField(const gsl_RecordField& a, const gsl_RecordField& b) {
     return SameBits(a.real, b.real);
   case gsl_RecordKind::Boolean:
     return a.boolean == b.boolean;
+  case gsl_RecordKind::Object:
+  case gsl_RecordKind::Reference:
+    return a.link == b.link && a.object == b.object;
   default:
     return a.link == b.link;
   }
@@ -235,14 +242,16 @@ inline bool SameField(const gsl_RecordField& a, const gsl_RecordField& b) {
 
 inline bool SameElements(const gsl_RecordStore& a, const gsl_RecordStore& b,
                          gsl_RecordIndex record) {
-  const auto u = a.Unsigneds(record);
-  const auto v = b.Unsigneds(record);
-  const auto d = a.Doubles(record);
-  const auto e = b.Doubles(record);
-  const std::size_t count = d.rows * d.columns;
-  return u.count == v.count && std::equal(u.values, u.values + u.count, v.values) &&
-         d.rows == e.rows && d.columns == e.columns &&
-         (count == 0 || std::memcmp(d.values, e.values, count * sizeof(double)) == 0);
+  std::vector<std::uint32_t> u, v;
+  a.ReadUnsigneds(record, u);
+  b.ReadUnsigneds(record, v);
+  std::vector<double> d, e;
+  std::size_t rows[2] = {};
+  std::size_t columns[2] = {};
+  a.ReadDoubles(record, d, rows[0], columns[0]);
+  b.ReadDoubles(record, e, rows[1], columns[1]);
+  return u == v && rows[0] == rows[1] && columns[0] == columns[1] &&
+         std::equal(d.begin(), d.end(), e.begin(), e.end(), SameBits);
 }
 
 inline bool SameFields(const gsl_RecordStore& a, const gsl_RecordStore& b, gsl_RecordIndex record) {
@@ -260,11 +269,14 @@ inline bool SameFields(const gsl_RecordStore& a, const gsl_RecordStore& b, gsl_R
 
 } // namespace record_comparison
 
-/// Returns whether the records are the same in the same order: types, identities, fields, values
-/// bit for bit, and shared objects.
+/// The same records in the same order: roots and their names, types, identities, fields, values bit
+/// for bit, and which objects are shared.
 inline bool SameRecords(const gsl_RecordStore& a, const gsl_RecordStore& b) {
   using namespace record_comparison;
   if (a.RecordCount() != b.RecordCount() || a.RootCount() != b.RootCount()) return false;
+  for (std::size_t i = 0; i < a.RootCount(); ++i) {
+    if (a.Root(i) != b.Root(i) || a.RootName(i) != b.RootName(i)) return false;
+  }
   for (gsl_RecordIndex i = 0; i < a.RecordCount(); ++i) {
     const bool same = a.TypeId(i) == b.TypeId(i) && a.Identity(i) == b.Identity(i) &&
                       a.Collection(i) == b.Collection(i) && SameElements(a, b, i) &&

@@ -38,8 +38,8 @@ private:
   friend class cls_ReadVisitor;
 
   const gsl_RecordReader& m_reader;
-  /// The holder of each record, or nothing while its object is being read.
-  std::unordered_map<std::uint32_t, std::any> m_objects;
+  /// By the number of the object: the holder, or nothing while the object is being read.
+  std::unordered_map<std::uint64_t, std::any> m_objects;
 };
 
 /// Reads one record of a load. Fields are found by name, in any order; a record may have others.
@@ -58,6 +58,8 @@ public:
 
   /// Reads root number `root` of the load.
   cls_ReadVisitor(cls_Load& load, std::size_t root);
+  /// Reads the root of that name. Throws when there is none.
+  cls_ReadVisitor(cls_Load& load, const cow_String& rootName);
   /// Reads the record that belongs to a field. A field that only refers to a shared object is
   /// refused: values that are read from references would multiply what is stored once.
   cls_ReadVisitor(const cls_ReadVisitor& parent, const cls_FieldHandle& field);
@@ -100,6 +102,8 @@ private:
   friend class cls_ListReader;
 
   static constexpr std::uint32_t kNoRecord = 0xFFFFFFFFu;
+  /// In place of the number of an object: a record that no other field refers to.
+  static constexpr std::uint64_t kUnshared = ~std::uint64_t{0};
   static constexpr std::size_t kNoEntry = static_cast<std::size_t>(-1);
 
   /// Where a record was found, for messages: in a field of the record `holder`, or as a root; and
@@ -121,14 +125,16 @@ private:
                                gsl_RecordField& field) const;
   /// Returns the record that belongs to the field, or kNoRecord for a null and for a null field.
   std::uint32_t OwnRecord(const gsl_RecordField* field) const;
-  /// Returns the record that the field holds or refers to, and its place.
-  std::uint32_t FindObject(const cls_FieldHandle& handle, Place& place) const;
+  /// The record that the field holds or refers to, the number of the object, and where it was
+  /// found.
+  std::uint32_t FindObject(const cls_FieldHandle& handle, Place& place,
+                           std::uint64_t& object) const;
   [[noreturn]] void RefuseKind(const gsl_RecordField& field, int wanted) const;
-  /// Returns null for an object that was not read yet, and marks the object as being read.
-  [[nodiscard]] const std::any* KnownObject(std::uint32_t object) const;
-  void Remember(std::uint32_t object, std::any holder) const;
-  void Forget(std::uint32_t object) const noexcept;
-  [[noreturn]] void RefuseHolder(std::uint32_t object) const;
+  /// Null for an object that was not read yet; it is then marked as being read.
+  [[nodiscard]] const std::any* KnownObject(std::uint64_t object, std::uint32_t record) const;
+  void Remember(std::uint64_t object, std::any holder) const;
+  void Forget(std::uint64_t object) const noexcept;
+  [[noreturn]] void RefuseHolder(std::uint32_t record) const;
   [[nodiscard]] void* CreateDerived(unsigned int typeId) const;
   Place PlaceOf(const gsl_RecordField* field) const;
   std::string DescribePlace() const;
@@ -136,7 +142,7 @@ private:
   /// Removes the mark of an object that is being read when its reading fails.
   struct BeingRead {
     const cls_ReadVisitor& visitor;
-    std::uint32_t object;
+    std::uint64_t object;
     bool done = false;
     ~BeingRead() {
       if (!done) visitor.Forget(object);
@@ -155,19 +161,20 @@ template <class Holder>
 void cls_ReadVisitor::ReadObject(const cls_FieldHandle& field, Holder& holder) const {
   using T = std::remove_const_t<std::remove_pointer_t<decltype(holder.Get())>>;
   Place place;
-  const std::uint32_t object = FindObject(field, place);
-  if (object == kNoRecord) {
+  std::uint64_t object = 0;
+  const std::uint32_t record = FindObject(field, place, object);
+  if (record == kNoRecord) {
     holder = Holder();
     return;
   }
-  if (const std::any* const known = KnownObject(object)) {
+  if (const std::any* const known = KnownObject(object, record)) {
     const Holder* const other = std::any_cast<Holder>(known);
-    if (other == nullptr) RefuseHolder(object);
+    if (other == nullptr) RefuseHolder(record);
     holder = *other;
     return;
   }
   BeingRead guard{*this, object};
-  const cls_ReadVisitor child(m_load, object, m_depth + 1, place);
+  const cls_ReadVisitor child(m_load, record, m_depth + 1, place);
   holder = Holder::Adopt(child.Create<T>());
   // A holder that finds no memory stays empty; without an exception the object would be lost.
   if (holder.Get() == nullptr) throw std::bad_alloc();

@@ -7,6 +7,7 @@
 #include "cow_String.h"
 #include "mem_Export.h"
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -49,14 +50,25 @@ private:
     std::shared_ptr<const void> keptAlive;
   };
 
+  static constexpr std::size_t kRecentClasses = 16;
+
+  /// Gives the writer the name of a class that the registrar knows.
+  void NameClass(unsigned int typeId) {
+    if (m_namedClasses[typeId % kRecentClasses] != typeId) FindClassName(typeId);
+  }
+  void FindClassName(unsigned int typeId);
+
   gsl_RecordWriter& m_writer;
   std::unordered_map<Key, Written, HashOfKey> m_objects;
+  std::array<unsigned int, kRecentClasses> m_namedClasses = {};
 };
 
 /// Writes one record of a save: the record is started, then its fields follow in order.
 ///
 /// Lifetime  a child is used while its parent lives, the root while its save lives.
 /// Threads   a save and its visitors belong to one thread at a time, also where they are const.
+/// Order     a field of a record ends the records that its earlier fields hold, and a root ends the
+///           root before it: what has ended takes no further fields.
 /// Errors    cls_RecordException for a field before StartWrite, a second record in one place, and
 ///           nesting deeper than kMostNesting; what the writer throws. When an exception destroys a
 ///           root visitor, the records of its latest object are taken back.
@@ -64,8 +76,10 @@ class GSL_HOST_API cls_WriteVisitor {
 public:
   static constexpr unsigned int kMostNesting = 1000;
 
-  /// Writes roots. Every StartWrite starts a further root.
+  /// Writes roots: every StartWrite starts a further one. The last root ends with the visitor.
   explicit cls_WriteVisitor(cls_Save& save);
+  /// Writes a root under a name, which no other root has and which is not empty.
+  cls_WriteVisitor(cls_Save& save, const cow_String& rootName);
   /// Writes a record that belongs to a field of the parent's record.
   cls_WriteVisitor(const cls_WriteVisitor& parent, const cls_FieldHandle& field);
   /// Writes the object that a holder shares: the fields of several records may refer to it.
@@ -125,10 +139,12 @@ private:
   int StartShared(unsigned int typeId, const cls_Uid& uid) const;
   void StartChild(unsigned int typeId, const cls_Uid& uid, bool isShared) const;
   void StartElements(int type) const;
-  void TakeBack();
+  void TakeBack() const;
 
   cls_Save& m_save;
-  /// The record that holds the place of this visitor's record, or kNoRecord for a root.
+  /// Empty for a root without a name, and for a record that is not a root.
+  cow_String m_rootName;
+  /// The record that holds the place of this visitor's record; kNoRecord for a root.
   std::uint32_t m_parentRecord;
   /// An entry of a list has no name.
   cls_FieldHandle m_place;

@@ -60,6 +60,12 @@ cls_Uid UidOf(const gsl_RecordIdentity& identity) {
   return cls_Uid(identity.prefix, identity.serial);
 }
 
+std::size_t RootNamed(const gsl_RecordReader& reader, const cow_String& name) {
+  const std::size_t root = reader.FindRoot({name.CStr(), name.Length()});
+  if (root < reader.RootCount()) return root;
+  Refuse("There is no root named \"" + std::string(name.CStr()) + "\"", __LINE__);
+}
+
 bool HoldsRecord(Kind kind) {
   return kind == Kind::Record || kind == Kind::Object;
 }
@@ -91,6 +97,9 @@ cls_ReadVisitor::cls_ReadVisitor(cls_Load& owner, std::size_t root)
            __LINE__);
   }
 }
+
+cls_ReadVisitor::cls_ReadVisitor(cls_Load& owner, const cow_String& name)
+    : cls_ReadVisitor(owner, RootNamed(owner.m_reader, name)) {}
 
 cls_ReadVisitor::cls_ReadVisitor(const cls_ReadVisitor& parent, const cls_FieldHandle& field)
     : cls_ReadVisitor(parent.Child(field)) {}
@@ -162,10 +171,12 @@ std::uint32_t cls_ReadVisitor::OwnRecord(const gsl_RecordField* field) const {
   return field->link;
 }
 
-std::uint32_t cls_ReadVisitor::FindObject(const cls_FieldHandle& handle, Place& place) const {
+std::uint32_t cls_ReadVisitor::FindObject(const cls_FieldHandle& handle, Place& place,
+                                          std::uint64_t& object) const {
   gsl_RecordField field;
   if (!Find(handle, field)) return kNoRecord;
   place = PlaceOf(&field);
+  object = field.kind == Kind::Record ? kUnshared : field.object;
   return field.kind == Kind::Reference ? field.link : OwnRecord(&field);
 }
 
@@ -215,26 +226,27 @@ void* cls_ReadVisitor::CreateDerived(unsigned int typeId) const {
   return classes.Create(*this, typeId);
 }
 
-const std::any* cls_ReadVisitor::KnownObject(std::uint32_t object) const {
+const std::any* cls_ReadVisitor::KnownObject(std::uint64_t object, std::uint32_t record) const {
+  if (object == kUnshared) return nullptr;
   const auto [place, isNew] = m_load.m_objects.try_emplace(object);
   if (isNew) return nullptr;
   if (!place->second.has_value()) {
-    Refuse("An object contains itself", __LINE__, UidOf(m_load.m_reader.Identity(object)));
+    Refuse("An object contains itself", __LINE__, UidOf(m_load.m_reader.Identity(record)));
   }
   return &place->second;
 }
 
-void cls_ReadVisitor::Remember(std::uint32_t object, std::any holder) const {
-  m_load.m_objects[object] = std::move(holder);
+void cls_ReadVisitor::Remember(std::uint64_t object, std::any holder) const {
+  if (object != kUnshared) m_load.m_objects[object] = std::move(holder);
 }
 
-void cls_ReadVisitor::Forget(std::uint32_t object) const noexcept {
+void cls_ReadVisitor::Forget(std::uint64_t object) const noexcept {
   m_load.m_objects.erase(object);
 }
 
-void cls_ReadVisitor::RefuseHolder(std::uint32_t object) const {
+void cls_ReadVisitor::RefuseHolder(std::uint32_t record) const {
   Refuse("An object is read into holders of different classes", __LINE__,
-         UidOf(m_load.m_reader.Identity(object)));
+         UidOf(m_load.m_reader.Identity(record)));
 }
 
 void cls_ReadVisitor::CheckCollectionType(int type) const {

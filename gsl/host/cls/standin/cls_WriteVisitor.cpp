@@ -1,8 +1,10 @@
 #include "cls_WriteVisitor.h"
 
 #include "cls_ListWriter.h"
+#include "cls_MetadataRegistrar.h"
 #include "cls_RecordException.h"
 #include "gsl_RecordWriter.h"
+#include "omi_Singleton.h"
 
 #include <exception>
 #include <iterator>
@@ -30,6 +32,13 @@ cls_Save::cls_Save(gsl_RecordWriter& target) : m_writer(target) {}
 
 cls_Save::~cls_Save() = default;
 
+void cls_Save::FindClassName(unsigned int typeId) {
+  const cls_ClassMetadata* const known =
+      omi_Singleton<cls_MetadataRegistrar>::Instance().ClassRegistrar().FindClass(typeId);
+  if (known != nullptr) m_writer.NameClass(typeId, known->Name());
+  m_namedClasses[typeId % kRecentClasses] = typeId;
+}
+
 cls_WriteVisitor::cls_WriteVisitor(cls_Save& owner, std::uint32_t parent,
                                    const cls_FieldHandle& field, unsigned int level)
     : m_save(owner), m_parentRecord(parent), m_place(field), m_depth(level), m_object(nullptr),
@@ -39,6 +48,12 @@ cls_WriteVisitor::cls_WriteVisitor(cls_Save& owner, std::uint32_t parent,
 
 cls_WriteVisitor::cls_WriteVisitor(cls_Save& owner)
     : cls_WriteVisitor(owner, kNoRecord, cls_FieldHandle(-1, nullptr), 0u) {}
+
+cls_WriteVisitor::cls_WriteVisitor(cls_Save& owner, const cow_String& name)
+    : cls_WriteVisitor(owner) {
+  if (name.IsEmpty()) Refuse("The name of a root must not be empty", __LINE__);
+  m_rootName = name;
+}
 
 cls_WriteVisitor::cls_WriteVisitor(const cls_WriteVisitor& parent, const cls_FieldHandle& field)
     : cls_WriteVisitor(parent.m_save, parent.Started(), field, parent.m_depth + 1) {}
@@ -58,10 +73,16 @@ cls_WriteVisitor::cls_WriteVisitor(const cls_WriteRequestListObj& request)
 cls_WriteVisitor::~cls_WriteVisitor() {
   const bool isRoot = m_parentRecord == kNoRecord;
   const bool isStarted = m_record != kNoRecord;
-  if (isRoot && isStarted && std::uncaught_exceptions() > m_exceptionsBefore) TakeBack();
+  if (!isRoot || !isStarted) return;
+  if (std::uncaught_exceptions() > m_exceptionsBefore) {
+    TakeBack();
+  } else {
+    m_save.m_writer.Finish();
+  }
 }
 
-void cls_WriteVisitor::TakeBack() {
+void cls_WriteVisitor::TakeBack() const {
+  m_save.m_namedClasses = {};
   m_save.m_writer.TakeBack(m_record);
   for (auto written = m_save.m_objects.begin(); written != m_save.m_objects.end();) {
     const bool isTakenBack = written->second.record >= m_record;
@@ -87,6 +108,16 @@ void cls_WriteVisitor::StartRoot(unsigned int typeId, const cls_Uid& uid) const 
   // Until the next root is started, this visitor has nothing to take back.
   m_record = kNoRecord;
   m_record = m_save.m_writer.AddRoot(typeId, IdentityOf(uid));
+  m_save.NameClass(typeId);
+  if (!m_rootName.IsEmpty()) {
+    try {
+      m_save.m_writer.NameRoot({m_rootName.CStr(), m_rootName.Length()});
+    } catch (...) {
+      TakeBack();
+      m_record = kNoRecord;
+      throw;
+    }
+  }
   m_hasElements = false;
   m_collection = cls_NoCollection;
 }
@@ -94,6 +125,7 @@ void cls_WriteVisitor::StartRoot(unsigned int typeId, const cls_Uid& uid) const 
 void cls_WriteVisitor::StartChild(unsigned int typeId, const cls_Uid& uid, bool isShared) const {
   m_record = m_save.m_writer.AddRecord(m_parentRecord, PlaceOf(m_place), isShared, typeId,
                                        IdentityOf(uid));
+  m_save.NameClass(typeId);
 }
 
 int cls_WriteVisitor::StartShared(unsigned int typeId, const cls_Uid& uid) const {

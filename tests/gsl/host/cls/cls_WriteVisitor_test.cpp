@@ -4,7 +4,9 @@
 #include "Records.h"
 #include "cls_ListReader.h"
 #include "cls_ListWriter.h"
+#include "cls_MetadataRegistrar.h"
 #include "cls_RecordException.h"
+#include "gsl_RecordError.h"
 
 #include <gtest/gtest.h>
 
@@ -89,7 +91,48 @@ TEST(ClsWriteVisitor, EmbeddedRecordsOfOneUidAreNeverDeclined) {
   root.StartWrite(1, node.uid);
   node.DBWrite(cls_WriteVisitor(root, kFirst));
   node.DBWrite(cls_WriteVisitor(root, kSecond));
+  TestNode changed(node);
+  changed.value = 4;
+  changed.DBWrite(cls_WriteVisitor(root, {2, "third"}));
+  EXPECT_EQ(TextOf(store), "0x00000001\n"
+                           "  0 first record 0x7F100001\n"
+                           "    -1 value integer 3\n"
+                           "    -1 next null 0x7F100001\n"
+                           "  1 second record 0x7F100001\n"
+                           "    -1 value integer 3\n"
+                           "    -1 next null 0x7F100001\n"
+                           "  2 third record 0x7F100001\n"
+                           "    -1 value integer 4\n"
+                           "    -1 next null 0x7F100001\n");
+  // Equal records are stored once, all the same.
   EXPECT_EQ(store.RecordCount(), 3u);
+}
+
+TEST(ClsWriteVisitor, RootHasTheNameThatItIsWrittenUnder) {
+  gsl_RecordStore store;
+  cls_Save save(store);
+  TestNode(1).DBWrite(cls_WriteVisitor(save, "one"));
+  TestNode(2).DBWrite(cls_WriteVisitor(save));
+  EXPECT_THROW(TestNode(3).DBWrite(cls_WriteVisitor(save, "one")), gsl_RecordError);
+  EXPECT_THROW(cls_WriteVisitor(save, ""), cls_RecordException);
+  TestNode(4).DBWrite(cls_WriteVisitor(save, "four"));
+  EXPECT_EQ(store.RootCount(), 3u);
+  cls_Load load(store);
+  EXPECT_EQ(TestNode(cls_ReadVisitor(load, "one")).value, 1);
+  EXPECT_EQ(TestNode(cls_ReadVisitor(load, "four")).value, 4);
+  EXPECT_EQ(TestNode(cls_ReadVisitor(load, 1)).value, 2);
+  EXPECT_THROW(cls_ReadVisitor(load, "none"), cls_RecordException);
+}
+
+TEST(ClsWriteVisitor, RecordsNameTheClassesThatTheRegistrarKnows) {
+  omi_Singleton<cls_MetadataRegistrar>::Instance().initClassMetadata(
+      &TestDerivedNode::InitializeMetadata, 3);
+  gsl_RecordStore store;
+  cls_Save save(store);
+  TestDerivedNode(1).DBWrite(cls_WriteVisitor(save));
+  TestNode(1).DBWrite(cls_WriteVisitor(save));
+  EXPECT_EQ(store.ClassName(TestDerivedNode::kTypeId), "TestDerivedNode");
+  EXPECT_EQ(store.ClassName(TestNode::kTypeId), "");
 }
 
 TEST(ClsWriteVisitor, SaveKeepsSharedObjectsAliveUntilItEnds) {

@@ -1,0 +1,165 @@
+#ifndef RECORDS_RECORD_DATA_H
+#define RECORDS_RECORD_DATA_H
+
+#include "PlainBuffer.h"
+#include "RecordDuplicates.h"
+#include "RecordShapes.h"
+#include "RecordTables.h"
+#include "Varint.h"
+#include "gsl_RecordStore.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+namespace gsl_records {
+
+constexpr unsigned char kEndOfEntries = 0xFF;
+
+/// Returns where the value of a field of that kind ends.
+const unsigned char* SkipValue(const unsigned char* at, std::uint8_t kind);
+
+} // namespace gsl_records
+
+/// What a store holds. Records that ended are bytes, one record after the other:
+///
+///   varint shape
+///   varint prefix      0: the null identity; otherwise the number of the prefix, from 1, and then
+///   varint serial
+///   the values of the shape's fields
+///   the elements, or the entries with a byte 0xFF after the last one; docs/records.md has them
+///
+/// A record follows the records that it holds. Records that are being written wait in frames.
+struct gsl_RecordStore::Data {
+  using Number = gsl_records::Number;
+  using ByteBuffer = gsl_records::PlainBuffer<unsigned char>;
+
+  /// How many items of each sort there were.
+  struct Sizes {
+    std::size_t records, objects;
+    gsl_records::RecordShapes::Sizes shapes;
+    Number texts, prefixes;
+    std::size_t classes;
+  };
+  struct Root {
+    Number record;       ///< kNone while the root is being written
+    gsl_RecordIndex key; ///< the number that its writer knows
+    std::string name;
+    Sizes before; ///< when the root was started
+  };
+  struct Object {
+    gsl_RecordIndex key;
+    Number record; ///< kNone while the object is being written
+  };
+  struct Class {
+    std::uint32_t typeId;
+    std::string name;
+  };
+  /// Records of one shape that have ascending serials under one prefix cannot be equal.
+  struct Ascent {
+    bool isKnown = false;
+    std::uint64_t prefix = 0;
+    std::uint64_t serial = 0;
+  };
+  struct Frame {
+    gsl_RecordIndex key = 0;
+    Number node = 0;
+    gsl_RecordIdentity identity;
+    gsl_RecordCollection collection = gsl_RecordCollection::None;
+    /// Where the number of the record goes when it ends.
+    enum class Place { Root, Value, Entry, Object } place = Place::Root;
+    Number object = gsl_records::kNone;
+    /// Whether a field holds a shared object, so that the record cannot be left out.
+    bool ownsObjects = false;
+    ByteBuffer values;
+    ByteBuffer elements;
+  };
+
+  // Writing.
+  gsl_RecordIndex NextKey();
+  /// The frame of a record, after every record that it holds has ended.
+  Frame& Open(gsl_RecordIndex owner) {
+    if (depth != 0 && frames[depth - 1].key == owner) return frames[depth - 1];
+    return Reopen(owner);
+  }
+  Frame& Reopen(gsl_RecordIndex owner);
+  Frame& Push(gsl_RecordIndex key, std::uint32_t typeId, const gsl_RecordIdentity& identity);
+  /// Gives the record a field of that kind. Returns where its value goes, with room for it.
+  unsigned char* AddField(Frame& frame, const gsl_RecordPlace& place, gsl_RecordKind kind) {
+    if (place.name == nullptr) return AddEntry(frame, kind);
+    frame.node = shapes.Next(frame.node, place.name, place.index, static_cast<std::uint8_t>(kind));
+    return frame.values.Room(gsl_records::kMostVarintBytes);
+  }
+  unsigned char* AddEntry(Frame& frame, gsl_RecordKind kind);
+  static void EndField(Frame& frame, const gsl_RecordPlace& place, const unsigned char* end) {
+    (place.name != nullptr ? frame.values : frame.elements).SetEnd(end);
+  }
+  void SetCollection(Frame& frame, gsl_RecordCollection collection);
+  void EndRecord();
+  void EndAll() {
+    while (depth != 0)
+      EndRecord();
+  }
+  Number NumberOfObject(gsl_RecordIndex key) const;
+
+  // Duplicates.
+  Number AppendRecord(const Frame& frame);
+  Number FindDuplicate(const Frame& frame, std::size_t begin);
+  bool IsAscending(const Frame& frame);
+  void CatchUpAnonymous();
+  void CatchUpIdentified();
+  void InsertDuplicate(Number record, bool isAnonymous);
+  const unsigned char* Canonical(std::size_t begin, std::size_t& size, ByteBuffer& copy) const;
+  std::uint32_t HashOf(std::size_t begin, std::size_t end);
+  bool AreEqual(Number record, std::size_t begin, std::size_t end);
+
+  // Taking back.
+  Sizes Size() const;
+  std::size_t MemoryUse() const;
+  void Truncate(const Sizes& sizes);
+
+  // Reading.
+  const gsl_records::Shape& ShapeOf(Number record) const {
+    std::uint64_t shape = 0;
+    gsl_records::GetVarint(bytes.Begin() + offsets[record], shape);
+    return shapes.Shapes()[static_cast<std::size_t>(shape)];
+  }
+  /// The identity, and where the values begin.
+  const unsigned char* ReadIdentity(Number record, gsl_RecordIdentity& identity) const;
+  /// Where the elements begin.
+  const unsigned char* ElementsOf(Number record) const;
+  /// Reads the value of a field of that kind. Returns where it ends.
+  const unsigned char* ReadValue(const unsigned char* at, gsl_RecordField& field) const;
+  std::size_t RecordCount() const { return offsets.Size() == 0 ? 0 : offsets.Size() - 1; }
+
+  /// The records are at the offsets; after the last record there is its end.
+  ByteBuffer bytes;
+  gsl_records::PlainBuffer<std::uint64_t> offsets;
+  std::vector<Root> roots;
+  std::unordered_map<std::string, std::size_t> rootNames;
+  std::vector<Object> objects;
+  std::deque<Class> classes;
+  std::unordered_map<std::uint32_t, std::size_t> classOfType;
+  gsl_records::TextTable texts;
+  gsl_records::PrefixTable prefixes;
+  gsl_records::RecordShapes shapes;
+
+  std::vector<Frame> frames;
+  std::size_t depth = 0;
+  std::size_t started = 0;
+  /// Roots and objects that were read from bytes have no number of a writer.
+  std::size_t rootsRead = 0, objectsRead = 0;
+
+  gsl_records::RecordDuplicates anonymous, identified;
+  std::size_t recordsToLookUp = 0;
+  std::size_t identifiedTo = 0;
+  /// By shape.
+  std::vector<Ascent> ascents;
+  ByteBuffer canonical[2];
+};
+
+#endif

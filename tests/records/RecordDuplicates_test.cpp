@@ -1,0 +1,42 @@
+#include "RecordDuplicates.h"
+
+#include <gtest/gtest.h>
+
+#include <set>
+#include <vector>
+
+using gsl_records::kNone;
+using gsl_records::Number;
+
+TEST(RecordDuplicates, EqualOneIsFoundAmongThoseOfOneHash) {
+  gsl_records::RecordDuplicates known;
+  const auto find = [&](std::uint32_t hash, Number wanted) {
+    return known.Find(hash, [&](Number record) { return record == wanted; });
+  };
+  EXPECT_EQ(find(1, 0), kNone);
+  for (Number record = 0; record < 1000; ++record)
+    known.Insert(record % 3, record);
+  for (Number record = 0; record < 1000; ++record) {
+    EXPECT_EQ(find(record % 3, record), record);
+    EXPECT_EQ(find((record + 1) % 3, record), kNone);
+  }
+  known.Truncate(500);
+  EXPECT_EQ(find(499 % 3, 499), 499u);
+  EXPECT_EQ(find(500 % 3, 500), kNone);
+  known.Insert(500 % 3, 500);
+  EXPECT_EQ(find(500 % 3, 500), 500u);
+}
+
+TEST(RecordDuplicates, HashTakesEveryByteAndTheLength) {
+  std::vector<unsigned char> bytes(20, 0);
+  std::set<std::uint32_t> hashes;
+  std::size_t count = 0;
+  for (std::size_t length = 0; length <= bytes.size(); ++length, ++count)
+    hashes.insert(gsl_records::HashOfBytes(bytes.data(), length));
+  for (std::size_t i = 0; i < bytes.size(); ++i, ++count) {
+    bytes[i] = 1;
+    hashes.insert(gsl_records::HashOfBytes(bytes.data(), bytes.size()));
+    bytes[i] = 0;
+  }
+  EXPECT_EQ(hashes.size(), count);
+}

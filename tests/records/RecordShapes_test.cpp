@@ -1,0 +1,77 @@
+#include "RecordShapes.h"
+
+#include "gsl_RecordError.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+using gsl_records::Number;
+using gsl_records::RecordShapes;
+using gsl_records::ShapeField;
+
+namespace {
+
+constexpr auto kNoCollection = gsl_RecordCollection::None;
+
+} // namespace
+
+TEST(RecordShapes, OneClassWithTheSameFieldsIsOneShape) {
+  RecordShapes shapes;
+  const auto shapeOf = [&](std::uint32_t typeId, const char* a, int index, std::uint8_t kind) {
+    // A name of another place in memory is the same name.
+    const std::string name(a);
+    return shapes.ShapeOf(
+        shapes.Next(shapes.Start(typeId, kNoCollection), name.c_str(), index, kind));
+  };
+  EXPECT_EQ(shapeOf(1, "a", 0, 1), 0u);
+  EXPECT_EQ(shapeOf(2, "a", 0, 1), 1u);
+  EXPECT_EQ(shapeOf(1, "b", 0, 1), 2u);
+  EXPECT_EQ(shapeOf(1, "a", 1, 1), 3u);
+  EXPECT_EQ(shapeOf(1, "a", 0, 2), 4u);
+  // Class 17 has the place of class 1 among the classes that were used lately.
+  EXPECT_EQ(shapeOf(17, "a", 0, 1), 5u);
+  EXPECT_EQ(shapeOf(1, "a", 0, 1), 0u);
+  EXPECT_EQ(shapes.Shapes().size(), 6u);
+  EXPECT_EQ(shapes.Names().Size(), 2u);
+}
+
+TEST(RecordShapes, FieldsAreInWriteOrderWithAMarkAfterThem) {
+  RecordShapes shapes;
+  Number node = shapes.Start(7, kNoCollection);
+  node = shapes.Next(node, "x", 3, 1);
+  node = shapes.Next(node, "y", -1, 5);
+  const auto& plain = shapes.Shapes()[shapes.ShapeOf(node)];
+  EXPECT_EQ(plain.typeId, 7u);
+  EXPECT_TRUE(plain.mayHaveObjects);
+  const ShapeField* field = &shapes.Fields()[plain.firstField];
+  EXPECT_EQ(field[0].name, "x");
+  EXPECT_EQ(field[0].index, 3);
+  EXPECT_EQ(field[1].name, "y");
+  EXPECT_EQ(field[2].kind, ShapeField::End);
+  const Number list = shapes.WithCollection(node, gsl_RecordCollection::Objects);
+  const auto& ofList = shapes.Shapes()[shapes.ShapeOf(list)];
+  field = &shapes.Fields()[ofList.firstField];
+  EXPECT_EQ(field[1].name, "y");
+  EXPECT_EQ(field[2].kind, ShapeField::Entries);
+  EXPECT_EQ(ofList.collection, gsl_RecordCollection::Objects);
+}
+
+TEST(RecordShapes, EmptyNameIsRefused) {
+  RecordShapes shapes;
+  EXPECT_THROW(shapes.Next(shapes.Start(1, kNoCollection), "", 0, 0), gsl_RecordError);
+}
+
+TEST(RecordShapes, WhatWasDroppedIsNewAgain) {
+  RecordShapes shapes;
+  const Number kept = shapes.Next(shapes.Start(1, kNoCollection), "kept", 0, 0);
+  const auto before = shapes.Size();
+  EXPECT_EQ(shapes.ShapeOf(shapes.Next(kept, "gone", 0, 0)), 0u);
+  shapes.ShapeOf(kept);
+  shapes.Truncate(before);
+  EXPECT_TRUE(shapes.Shapes().empty());
+  EXPECT_EQ(shapes.Names().Size(), 1u);
+  EXPECT_EQ(shapes.ShapeOf(kept), 0u);
+  EXPECT_EQ(shapes.ShapeOf(shapes.Next(kept, "other", 0, 0)), 1u);
+  EXPECT_EQ(shapes.ShapeOf(shapes.Next(kept, "gone", 0, 0)), 2u);
+}
