@@ -4,12 +4,15 @@
 #include "Printable.h"
 #include "SweepOptions.h"
 #include "gsl_Sweep.h"
+#include "support/Directions.h"
 #include "support/InputText.h"
 #include "support/MeshView.h"
 #include "support/Pose.h"
 #include "support/Progress.h"
 #include "support/Report.h"
+#include "support/Sphere.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
@@ -102,8 +105,8 @@ Scene ReadScene(const SweepOptions& options, Progress& progress) {
   return scene;
 }
 
-void AddWarning(SweepReport& report, const std::string& warning) {
-  if (!warning.empty()) report.warnings.push_back(Printable(warning));
+void AddWarning(std::vector<std::string>& warnings, const std::string& warning) {
+  if (!warning.empty()) warnings.push_back(Printable(warning));
 }
 
 void PrintLine(const std::string& line) {
@@ -117,12 +120,20 @@ void WriteStdout(const std::string& text) {
   throw OutputError(std::string("standard output: cannot be written: ") + std::strerror(errno));
 }
 
+/// Writes what --json asks for, to its file or to stdout.
+void WriteJson(const SweepOptions& options, const std::string& json) {
+  if (options.JsonToStdout()) {
+    WriteStdout(json);
+  } else {
+    WriteTextFile(options.jsonFile, json, options.force);
+  }
+}
+
 /// Returns the line of the report about --output.
 std::string OutputLine(const SweepOptions& options, const Answer& answer) {
   if (options.outputFile.empty()) return {};
   const std::string file = Printable(options.outputFile);
-  return "  moved   " + (answer.status == SweepStatus::None ? "nothing written to " + file : file) +
-         "\n";
+  return "  moved   " + (Touches(answer) ? file : "nothing written to " + file) + "\n";
 }
 
 /// Returns the moving body at its contact.
@@ -133,89 +144,163 @@ Mesh MeshAtContact(Mesh mesh, const SweepReport& report) {
 }
 
 void WriteResults(const SweepOptions& options, const SweepReport& report, Mesh moving) {
-  const bool touches = report.answer.status != SweepStatus::None;
+  const bool touches = Touches(report.answer);
   if (touches && !options.outputFile.empty()) {
     WriteMesh(options.outputFile, MeshAtContact(std::move(moving), report), options.force);
   }
-  if (options.JsonToFile()) {
-    WriteTextFile(options.jsonFile, ReportAsJson(report), options.force);
-  }
-  if (options.JsonToStdout()) {
-    WriteStdout(ReportAsJson(report));
-    if (!touches && !options.outputFile.empty() && !options.quiet) {
-      PrintLine("no contact, so nothing is written to " + options.outputFile);
-    }
-  } else if (!options.quiet) {
+  if (!options.jsonFile.empty()) WriteJson(options, ReportAsJson(report));
+  if (options.quiet) return;
+  if (!options.JsonToStdout()) {
     WriteStdout(ReportAsText(report) + OutputLine(options, report.answer));
+  } else if (!touches && !options.outputFile.empty()) {
+    PrintLine("no contact, so nothing is written to " + options.outputFile);
   }
 }
 
-BodyCounts CountsOf(const Body& body, std::size_t leftOut) {
-  return {body.TriangleCount(), body.SkippedCount(), leftOut};
+BodyCounts CountsOf(const Body& body) {
+  return {body.TriangleCount(), body.SkippedCount(), 0};
 }
 
-/// Asks and writes down what was answered.
-void Search(const SweepOptions& options, const Scene& scene, Progress& progress,
-            SweepReport& report) {
-  const Question question = QuestionOf(options);
-  Run run;
-  run.threads = options.threads;
-  run.progress = [&progress](double part) {
-    progress.Update(part);
-    return true;
-  };
-  std::vector<Body> fixed;
-  for (const Part& part : scene.fixed)
-    fixed.push_back(part.body);
-  const Pair pair(scene.moving.body, fixed, run);
-  report.answer = pair.First(question, run);
-  for (const Part& part : scene.fixed) {
-    const LeftOut leftOut = Pair(scene.moving.body, {part.body}).CountLeftOut(question);
-    report.moving = CountsOf(scene.moving.body, leftOut.moving);
-    report.fixed.push_back({part.file, CountsOf(part.body, leftOut.fixed)});
-  }
-}
-
-/// Warns of what was left out, of the pose and of sizes that do not fit, in the order of the
-/// bodies.
-void AddWarnings(const SweepOptions& options, const Scene& scene, SweepReport& report) {
+/// Returns the warnings of what was left out, of the pose and of sizes that do not fit, in the
+/// order of the bodies.
+std::vector<std::string> WarningsOf(const SweepOptions& options, const Scene& scene) {
   const Part& moving = scene.moving;
-  report.warnings = moving.mesh.warnings;
-  for (const Part& part : scene.fixed) {
-    report.warnings.insert(report.warnings.end(), part.mesh.warnings.begin(),
-                           part.mesh.warnings.end());
-  }
-  AddWarning(report, SkippedWarning(moving.mesh.file, report.moving));
-  for (std::size_t k = 0; k < scene.fixed.size(); ++k)
-    AddWarning(report, SkippedWarning(scene.fixed[k].mesh.file, report.fixed[k].counts));
-  if (scene.pose) AddWarning(report, PoseWarning(*scene.pose, NameOfInput(options.poseFile)));
+  std::vector<std::string> warnings = moving.mesh.warnings;
   for (const Part& part : scene.fixed)
-    AddWarning(report, SizeWarning(moving.mesh.file, moving.body, part.mesh.file, part.body));
+    warnings.insert(warnings.end(), part.mesh.warnings.begin(), part.mesh.warnings.end());
+  AddWarning(warnings, SkippedWarning(moving.mesh.file, CountsOf(moving.body)));
+  for (const Part& part : scene.fixed)
+    AddWarning(warnings, SkippedWarning(part.mesh.file, CountsOf(part.body)));
+  if (scene.pose) AddWarning(warnings, PoseWarning(*scene.pose, NameOfInput(options.poseFile)));
+  for (const Part& part : scene.fixed)
+    AddWarning(warnings, SizeWarning(moving.mesh.file, moving.body, part.mesh.file, part.body));
+  return warnings;
 }
 
-ExitStatus SweepFiles(const SweepOptions& options) {
-  CheckOutputs(options);
-  Progress progress(options.quiet ? ProgressStyle::Never : options.progress);
-  Scene scene = ReadScene(options, progress);
+void ShowWarnings(const SweepOptions& options, const std::vector<std::string>& warnings) {
+  for (const std::string& warning : warnings) {
+    if (!options.quiet) PrintLine("warning: " + warning);
+  }
+}
 
-  progress.Begin("Searching");
-  SweepReport report;
+/// Writes down everything but the answers.
+void Describe(const SweepOptions& options, const Scene& scene, SceneReport& report) {
   report.movingFile = options.movingFile;
   report.pose = scene.pose;
   report.offset = options.offset;
   report.maxDistance = options.maxDistance;
   report.oneSided = options.oneSided;
   report.toolVersion = GSL_VERSION;
-  Search(options, scene, progress, report);
-  progress.Clear();
+  report.moving = CountsOf(scene.moving.body);
+  for (const Part& part : scene.fixed)
+    report.fixed.push_back({part.file, CountsOf(part.body)});
+  report.warnings = WarningsOf(options, scene);
+}
 
-  AddWarnings(options, scene, report);
-  for (const std::string& warning : report.warnings) {
-    if (!options.quiet) PrintLine("warning: " + warning);
+Run RunOf(const SweepOptions& options, Progress& progress) {
+  Run run;
+  run.threads = options.threads;
+  run.progress = [&progress](double part) {
+    progress.Update(part);
+    return true;
+  };
+  return run;
+}
+
+Pair PairOf(const Scene& scene, const Run& run) {
+  std::vector<Body> fixed;
+  for (const Part& part : scene.fixed)
+    fixed.push_back(part.body);
+  return {scene.moving.body, fixed, run};
+}
+
+void CountLeftOut(const Scene& scene, const Question& question, SceneReport& report) {
+  if (!question.oneSided) return;
+  for (std::size_t k = 0; k < scene.fixed.size(); ++k) {
+    const LeftOut leftOut = Pair(scene.moving.body, {scene.fixed[k].body}).CountLeftOut(question);
+    report.moving.leftOut = leftOut.moving;
+    report.fixed[k].counts.leftOut = leftOut.fixed;
   }
-  const bool touches = report.answer.status != SweepStatus::None;
+}
+
+ExitStatus AnswerOne(const SweepOptions& options, Scene& scene, const Pair& pair,
+                     Progress& progress) {
+  const Question question = QuestionOf(options);
+  progress.Begin("Searching");
+  SweepReport report;
+  report.answer = pair.First(question, RunOf(options, progress));
+  progress.Clear();
+  Describe(options, scene, report);
+  CountLeftOut(scene, question, report);
+  ShowWarnings(options, report.warnings);
   WriteResults(options, report, std::move(scene.moving.mesh));
+  return Touches(report.answer) ? Touching : NoContact;
+}
+
+ExitStatus AnswerSphere(const SweepOptions& options, const Scene& scene, const Pair& pair,
+                        Progress& progress) {
+  progress.Begin("Searching");
+  std::vector<Question> questions;
+  for (const Coord3& direction : EvenDirections(options.sphereCount)) {
+    questions.push_back(QuestionOf(options));
+    questions.back().direction = direction;
+  }
+  SphereReport report;
+  report.answers.resize(questions.size());
+  pair.First(questions.data(), questions.size(), report.answers.data(), RunOf(options, progress));
+  progress.Clear();
+  Describe(options, scene, report);
+  ShowWarnings(options, report.warnings);
+  if (!options.jsonFile.empty()) WriteJson(options, SphereAsJson(report));
+  if (!options.JsonToStdout() && !options.quiet) WriteStdout(SphereAsText(report));
+  const bool touches = std::any_of(report.answers.begin(), report.answers.end(), Touches);
   return touches ? Touching : NoContact;
+}
+
+/// Returns the status of what became of the lines, and says what was wrong with them.
+ExitStatus StatusOf(const DirectionTally& tally, const std::string& name) {
+  if (tally.wrong > 0) {
+    PrintLine(name + ": line " + std::to_string(tally.firstWrong) + " is not a direction (" +
+              std::to_string(tally.wrong) + " such in all)");
+  }
+  if (tally.beyond > 0) {
+    PrintLine(name + ": the travel or a point of line " + std::to_string(tally.firstBeyond) +
+              " is beyond the range of double (" + std::to_string(tally.beyond) + " such in all)");
+    return Failure;
+  }
+  if (tally.wrong > 0) return Usage;
+  return tally.touching > 0 ? Touching : NoContact;
+}
+
+ExitStatus AnswerLines(const SweepOptions& options, InputText& lines, const Scene& scene,
+                       const Pair& pair, Progress& progress) {
+  progress.Clear();
+  ShowWarnings(options, WarningsOf(options, scene));
+  Run run;
+  run.threads = options.threads;
+  DirectionOutput output;
+  output.write = [&](const std::string& line) {
+    progress.Clear();
+    WriteStdout(line);
+  };
+  output.warn = [](std::size_t, const Answer&) { return std::vector<std::string>(); };
+  output.progress = [&](double part) { progress.Update(part); };
+  const DirectionTally tally = AnswerDirections(lines, pair, QuestionOf(options), run, output);
+  progress.Clear();
+  return StatusOf(tally, lines.Name());
+}
+
+ExitStatus SweepFiles(const SweepOptions& options) {
+  CheckOutputs(options);
+  std::optional<InputText> lines;
+  if (!options.directionsFile.empty()) lines.emplace(options.directionsFile);
+  Progress progress(options.quiet ? ProgressStyle::Never : options.progress);
+  Scene scene = ReadScene(options, progress);
+  progress.Begin("Preparing");
+  const Pair pair = PairOf(scene, RunOf(options, progress));
+  if (lines) return AnswerLines(options, *lines, scene, pair, progress);
+  if (options.sphereCount > 0) return AnswerSphere(options, scene, pair, progress);
+  return AnswerOne(options, scene, pair, progress);
 }
 
 /// Runs `work`, and turns an exception into one line and an exit status.
