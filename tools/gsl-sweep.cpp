@@ -10,6 +10,7 @@
 #include "support/Pose.h"
 #include "support/Progress.h"
 #include "support/Report.h"
+#include "support/Resolution.h"
 #include "support/Sphere.h"
 
 #include <algorithm>
@@ -214,6 +215,36 @@ Pair PairOf(const Scene& scene, const Run& run) {
   return {scene.moving.body, fixed, run};
 }
 
+/// Says which travels are as small as the resolution of the input.
+class FineTravels {
+public:
+  FineTravels(const SweepOptions& options, const Scene& scene)
+      : m_moving(scene.moving.mesh, scene.moving.body, scene.pose, options.offset) {
+    for (const Part& part : scene.fixed)
+      m_fixed.emplace_back(part.mesh, part.body, std::nullopt, Coord3{0.0, 0.0, 0.0});
+  }
+
+  /// Returns the warning for an answer, and remembers the first; empty for an ordinary travel.
+  std::string Check(const Answer& answer) {
+    if (answer.status != SweepStatus::Contact) return {};
+    std::string warning = ResolutionWarning(answer, m_moving, m_fixed.at(answer.contact.fixedBody));
+    if (!warning.empty() && m_count++ == 0) m_first = Printable(warning);
+    return Printable(warning);
+  }
+
+  /// Returns one warning for all; empty when there was none.
+  std::string ForAll() const {
+    if (m_count <= 1) return m_first;
+    return m_first + " (" + std::to_string(m_count) + " such travels in all)";
+  }
+
+private:
+  Resolution m_moving;
+  std::vector<Resolution> m_fixed;
+  std::string m_first;
+  std::size_t m_count = 0;
+};
+
 void CountLeftOut(const Scene& scene, const Question& question, SceneReport& report) {
   if (!question.oneSided) return;
   for (std::size_t k = 0; k < scene.fixed.size(); ++k) {
@@ -231,6 +262,7 @@ ExitStatus AnswerOne(const SweepOptions& options, Scene& scene, const Pair& pair
   report.answer = pair.First(question, RunOf(options, progress));
   progress.Clear();
   Describe(options, scene, report);
+  AddWarning(report.warnings, FineTravels(options, scene).Check(report.answer));
   CountLeftOut(scene, question, report);
   ShowWarnings(options, report.warnings);
   WriteResults(options, report, std::move(scene.moving.mesh));
@@ -250,6 +282,10 @@ ExitStatus AnswerSphere(const SweepOptions& options, const Scene& scene, const P
   pair.First(questions.data(), questions.size(), report.answers.data(), RunOf(options, progress));
   progress.Clear();
   Describe(options, scene, report);
+  FineTravels fine(options, scene);
+  for (const Answer& answer : report.answers)
+    fine.Check(answer);
+  AddWarning(report.warnings, fine.ForAll());
   ShowWarnings(options, report.warnings);
   if (!options.jsonFile.empty()) WriteJson(options, SphereAsJson(report));
   if (!options.JsonToStdout() && !options.quiet) WriteStdout(SphereAsText(report));
@@ -283,10 +319,16 @@ ExitStatus AnswerLines(const SweepOptions& options, InputText& lines, const Scen
     progress.Clear();
     WriteStdout(line);
   };
-  output.warn = [](std::size_t, const Answer&) { return std::vector<std::string>(); };
+  FineTravels fine(options, scene);
+  output.warn = [&](const Answer& answer) {
+    std::vector<std::string> warnings;
+    AddWarning(warnings, fine.Check(answer));
+    return warnings;
+  };
   output.progress = [&](double part) { progress.Update(part); };
   const DirectionTally tally = AnswerDirections(lines, pair, QuestionOf(options), run, output);
   progress.Clear();
+  if (!fine.ForAll().empty()) ShowWarnings(options, {fine.ForAll()});
   return StatusOf(tally, lines.Name());
 }
 

@@ -28,6 +28,15 @@ const std::string bolt = GSL_EXAMPLE_MESHES "/bolt.stl";
 const std::string bracket = GSL_EXAMPLE_MESHES "/bracket.stl";
 const std::string parts = bolt + " " + bracket + " ";
 
+/// Reads the JSON of each line.
+std::vector<json> LinesOf(const std::string& out) {
+  std::vector<json> lines;
+  std::istringstream stream(out);
+  for (std::string line; std::getline(stream, line);)
+    lines.push_back(json::parse(line));
+  return lines;
+}
+
 TEST(GslSweep, ReportsInThreeLines) {
   const Outcome run = Sweep(parts + "--direction 0,0,-1");
   EXPECT_EQ(run.status, 0);
@@ -185,14 +194,6 @@ TEST(GslSweep, PoseThatIsWrongExitsWithThree) {
   EXPECT_EQ(beyond.status, 4);
   EXPECT_EQ(beyond.err,
             "gsl-sweep: --pose moves a corner of " + bolt + " beyond the range of double\n");
-}
-
-std::vector<json> LinesOf(const std::string& out) {
-  std::vector<json> lines;
-  std::istringstream stream(out);
-  for (std::string line; std::getline(stream, line);)
-    lines.push_back(json::parse(line));
-  return lines;
 }
 
 TEST(GslSweep, DirectionsAreAnsweredLineByLine) {
@@ -551,6 +552,42 @@ TEST(GslSweep, WarnsOfSizesThatDifferByAUnit) {
   EXPECT_NE(warning.find("1000"), std::string::npos);
   EXPECT_EQ(run.err, "gsl-sweep: warning: " + warning + "\n");
   EXPECT_EQ(Sweep(small + " " + large + " --direction -z --quiet").err, "");
+}
+
+TEST(GslSweep, WarnsOfATravelWithinTheResolution) {
+  const Folder folder;
+  // Two resting parts: the heights are neighbouring doubles, 1.4e-17 apart.
+  const double height = std::nextafter(0.1, 1.0);
+  const std::string moving = folder.Write("moving.ply", Box({0, 0, height}, {1, 1, 1}));
+  const std::string fixed = folder.Write("fixed.ply", Box({0, 0, -1}, {1, 1, 0.1}));
+  const std::string both = moving + " " + fixed;
+  const Outcome run = Sweep(both + " -d -z --json -");
+  EXPECT_EQ(run.status, 0);
+  const json answer = json::parse(run.out);
+  EXPECT_EQ(answer["travel"], height - 0.1);
+  ASSERT_EQ(answer["warnings"].size(), 1u);
+  const std::string warning = answer["warnings"][0].get<std::string>();
+  EXPECT_EQ(warning.find("the travel 1.3877787807814457e-17 is within the resolution of "), 0u);
+  EXPECT_NE(warning.find(", 2.220446049250313e-16 "), std::string::npos) << warning;
+  EXPECT_EQ(run.err, "gsl-sweep: warning: " + warning + "\n");
+  EXPECT_EQ(Sweep(both + " -d -z --quiet").err, "");
+  // Many directions say it once on stderr, and with each line.
+  const Outcome lines = Shell("printf 'x\\n-z\\n0 0 -2\\n' | $SWEEP " + both + " --directions -");
+  const std::vector<json> read = LinesOf(lines.out);
+  ASSERT_EQ(read.size(), 3u);
+  EXPECT_EQ(read[0]["warnings"], json::array());
+  EXPECT_EQ(read[1]["warnings"], answer["warnings"]);
+  EXPECT_EQ(read[2]["warnings"], answer["warnings"]);
+  EXPECT_EQ(lines.err, "gsl-sweep: warning: " + warning + " (2 such travels in all)\n");
+  const Outcome sphere = Sweep(both + " --sphere 50 --json -");
+  EXPECT_EQ(json::parse(sphere.out)["warnings"].size(), 1u);
+  EXPECT_EQ(LineCount(sphere.err), 1u);
+  // An exact touch and an ordinary travel draw none.
+  EXPECT_EQ(Sweep(both + " -d -z --offset 0,0,1e-9").err, "");
+  const std::string touching = folder.Write("touching.ply", Box({0, 0, 0.1}, {1, 1, 1}));
+  const Outcome start = Sweep(touching + " " + fixed + " -d -z");
+  EXPECT_EQ(start.err, "");
+  EXPECT_EQ(start.out.substr(0, 26), "In contact from the start:");
 }
 
 TEST(GslSweep, SkipsAndCountsNonFiniteTriangles) {

@@ -80,7 +80,7 @@ private:
       return;
     }
     if (Touches(answer)) ++tally.touching;
-    output.write(AnswerAsJsonLine(line, answer, output.warn(line, answer)));
+    output.write(AnswerAsJsonLine(line, answer, output.warn(answer)));
   }
 
   const DirectionLine* m_lines;

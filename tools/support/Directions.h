@@ -55,7 +55,7 @@ struct DirectionTally {
 /// What AnswerDirections calls.
 struct DirectionOutput {
   std::function<void(const std::string&)> write; ///< takes one line of JSON with its newline
-  std::function<std::vector<std::string>(std::size_t line, const gsl_sweep::Answer&)> warn;
+  std::function<std::vector<std::string>(const gsl_sweep::Answer&)> warn; ///< of one answer
   std::function<void(double)> progress; ///< takes the part that is done, of a file only
 };
 
