@@ -84,6 +84,8 @@ std::vector<OptionRow> OptionRows() {
        "Shows progress on stderr if stderr is a terminal: auto, plain or never"},
       {"--quiet", nullptr, &SweepOptions::quiet,
        "Prints only errors, and on stdout only the JSON of --json -"},
+      {"--verbose", nullptr, &SweepOptions::verbose,
+       "Shows the time and the memory of each stage on stderr"},
       {"--force", nullptr, &SweepOptions::force, "Replaces existing output files"},
   };
 }
@@ -330,6 +332,9 @@ void RefuseConflicts(const CLI::App& app) {
   if (given.size() > 1) {
     Fail(given[0] + " and " + given[1] +
          " are both given; expected one of --direction, --directions and --sphere");
+  }
+  if (IsGiven(app, "--quiet") && IsGiven(app, "--verbose")) {
+    Fail("--quiet and --verbose are both given; expected one of them at most");
   }
   if (IsGiven(app, "--output") && !given.empty() && given[0] != "--direction") {
     Fail("--output cannot be used with " + given[0] + "; expected --direction");

@@ -29,7 +29,7 @@ struct SweepOptions {
   std::string jsonFile, outputFile;                             ///< empty when not requested
   unsigned threads = 1;
   ProgressStyle progress = ProgressStyle::Auto;
-  bool quiet = false, force = false;
+  bool quiet = false, verbose = false, force = false;
 
   bool ReadsMeshFromStdin() const {
     return movingFile == "-" ||

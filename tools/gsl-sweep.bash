@@ -19,7 +19,7 @@ _gsl_sweep_files() {
 
 _gsl_sweep() {
   local options="--direction --directions --sphere --pose --offset --one-sided --max-distance
-    --json --output --format --threads --progress --quiet --force --help --version"
+    --json --output --format --threads --progress --quiet --verbose --force --help --version"
   local current=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]}
   # bash takes the equals sign of --name=value for a word of its own.
   if [[ $current == "=" ]]; then

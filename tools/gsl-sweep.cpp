@@ -12,6 +12,7 @@
 #include "support/Report.h"
 #include "support/Resolution.h"
 #include "support/Sphere.h"
+#include "support/Stages.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -84,25 +85,55 @@ struct Scene {
   std::vector<Part> fixed;
 };
 
-Part ReadPart(const std::string& file, const SweepOptions& options, Progress& progress) {
-  progress.Begin("Reading " + NameOfInput(file));
+/// What is shown while the program works.
+class Display {
+public:
+  explicit Display(const SweepOptions& options)
+      : m_progress(options.quiet ? ProgressStyle::Never : options.progress),
+        m_stages(options.verbose, m_progress) {}
+
+  /// Begins a stage, under the name that progress shows and the name in the lines of --verbose.
+  void Begin(const std::string& shown, const std::string& stage) {
+    m_progress.Begin(shown);
+    m_stages.Enter(stage);
+  }
+  /// Begins or continues a stage that shows no progress of its own.
+  void Enter(const std::string& stage) {
+    m_progress.Clear();
+    m_stages.Enter(stage);
+  }
+  void End(const std::string& stage) {
+    m_progress.Clear();
+    m_stages.End(stage);
+  }
+  void Update(double part) { m_progress.Update(part); }
+
+private:
+  Progress m_progress;
+  Stages m_stages;
+};
+
+Part ReadPart(const std::string& file, const SweepOptions& options, Display& display) {
+  const std::string name = NameOfInput(file);
+  display.Begin("Reading " + name, "read " + name);
   Mesh mesh = ReadBody(file, options);
   const Body body(ViewOf(mesh));
   if (body.SkippedCount() == body.TriangleCount()) {
     throw MeshError(mesh.file + ": every triangle has a NaN or infinite corner");
   }
+  display.End("read " + name);
   return {file, std::move(mesh), body};
 }
 
-Scene ReadScene(const SweepOptions& options, Progress& progress) {
+Scene ReadScene(const SweepOptions& options, Display& display) {
   std::optional<gsl_Matrix> pose;
   if (!options.poseFile.empty()) pose = ReadPose(options.poseFile);
-  Scene scene{pose, ReadPart(options.movingFile, options, progress), {}};
+  Scene scene{pose, ReadPart(options.movingFile, options, display), {}};
   Part& moving = scene.moving;
   if (pose) moving.body = PosedBody(moving.body, *pose, moving.mesh.file);
   RequireOffsetInRange(moving.body, options.offset, moving.mesh.file);
   for (const std::string& file : options.fixedFiles)
-    scene.fixed.push_back(ReadPart(file, options, progress));
+    scene.fixed.push_back(ReadPart(file, options, display));
   return scene;
 }
 
@@ -198,11 +229,11 @@ void Describe(const SweepOptions& options, const Scene& scene, SceneReport& repo
   report.warnings = WarningsOf(options, scene);
 }
 
-Run RunOf(const SweepOptions& options, Progress& progress) {
+Run RunOf(const SweepOptions& options, Display& display) {
   Run run;
   run.threads = options.threads;
-  run.progress = [&progress](double part) {
-    progress.Update(part);
+  run.progress = [&display](double part) {
+    display.Update(part);
     return true;
   };
   return run;
@@ -255,23 +286,25 @@ void CountLeftOut(const Scene& scene, const Question& question, SceneReport& rep
 }
 
 ExitStatus AnswerOne(const SweepOptions& options, Scene& scene, const Pair& pair,
-                     Progress& progress) {
+                     Display& display) {
   const Question question = QuestionOf(options);
-  progress.Begin("Searching");
+  display.Begin("Searching", "search");
   SweepReport report;
-  report.answer = pair.First(question, RunOf(options, progress));
-  progress.Clear();
+  report.answer = pair.First(question, RunOf(options, display));
+  display.End("search");
   Describe(options, scene, report);
   AddWarning(report.warnings, FineTravels(options, scene).Check(report.answer));
   CountLeftOut(scene, question, report);
   ShowWarnings(options, report.warnings);
+  display.Enter("write");
   WriteResults(options, report, std::move(scene.moving.mesh));
+  display.End("write");
   return Touches(report.answer) ? Touching : NoContact;
 }
 
 ExitStatus AnswerSphere(const SweepOptions& options, const Scene& scene, const Pair& pair,
-                        Progress& progress) {
-  progress.Begin("Searching");
+                        Display& display) {
+  display.Begin("Searching", "search");
   std::vector<Question> questions;
   for (const Coord3& direction : EvenDirections(options.sphereCount)) {
     questions.push_back(QuestionOf(options));
@@ -279,16 +312,18 @@ ExitStatus AnswerSphere(const SweepOptions& options, const Scene& scene, const P
   }
   SphereReport report;
   report.answers.resize(questions.size());
-  pair.First(questions.data(), questions.size(), report.answers.data(), RunOf(options, progress));
-  progress.Clear();
+  pair.First(questions.data(), questions.size(), report.answers.data(), RunOf(options, display));
+  display.End("search");
   Describe(options, scene, report);
   FineTravels fine(options, scene);
   for (const Answer& answer : report.answers)
     fine.Check(answer);
   AddWarning(report.warnings, fine.ForAll());
   ShowWarnings(options, report.warnings);
+  display.Enter("write");
   if (!options.jsonFile.empty()) WriteJson(options, SphereAsJson(report));
   if (!options.JsonToStdout() && !options.quiet) WriteStdout(SphereAsText(report));
+  display.End("write");
   const bool touches = std::any_of(report.answers.begin(), report.answers.end(), Touches);
   return touches ? Touching : NoContact;
 }
@@ -309,15 +344,15 @@ ExitStatus StatusOf(const DirectionTally& tally, const std::string& name) {
 }
 
 ExitStatus AnswerLines(const SweepOptions& options, InputText& lines, const Scene& scene,
-                       const Pair& pair, Progress& progress) {
-  progress.Clear();
+                       const Pair& pair, Display& display) {
   ShowWarnings(options, WarningsOf(options, scene));
   Run run;
   run.threads = options.threads;
   DirectionOutput output;
   output.write = [&](const std::string& line) {
-    progress.Clear();
+    display.Enter("write");
     WriteStdout(line);
+    display.Enter("search");
   };
   FineTravels fine(options, scene);
   output.warn = [&](const Answer& answer) {
@@ -325,9 +360,11 @@ ExitStatus AnswerLines(const SweepOptions& options, InputText& lines, const Scen
     AddWarning(warnings, fine.Check(answer));
     return warnings;
   };
-  output.progress = [&](double part) { progress.Update(part); };
+  output.progress = [&](double part) { display.Update(part); };
+  display.Begin("Searching", "search");
   const DirectionTally tally = AnswerDirections(lines, pair, QuestionOf(options), run, output);
-  progress.Clear();
+  display.End("search");
+  display.End("write");
   if (!fine.ForAll().empty()) ShowWarnings(options, {fine.ForAll()});
   return StatusOf(tally, lines.Name());
 }
@@ -336,13 +373,14 @@ ExitStatus SweepFiles(const SweepOptions& options) {
   CheckOutputs(options);
   std::optional<InputText> lines;
   if (!options.directionsFile.empty()) lines.emplace(options.directionsFile);
-  Progress progress(options.quiet ? ProgressStyle::Never : options.progress);
-  Scene scene = ReadScene(options, progress);
-  progress.Begin("Preparing");
-  const Pair pair = PairOf(scene, RunOf(options, progress));
-  if (lines) return AnswerLines(options, *lines, scene, pair, progress);
-  if (options.sphereCount > 0) return AnswerSphere(options, scene, pair, progress);
-  return AnswerOne(options, scene, pair, progress);
+  Display display(options);
+  Scene scene = ReadScene(options, display);
+  display.Begin("Preparing", "prepare");
+  const Pair pair = PairOf(scene, RunOf(options, display));
+  display.End("prepare");
+  if (lines) return AnswerLines(options, *lines, scene, pair, display);
+  if (options.sphereCount > 0) return AnswerSphere(options, scene, pair, display);
+  return AnswerOne(options, scene, pair, display);
 }
 
 /// Runs `work`, and turns an exception into one line and an exit status.

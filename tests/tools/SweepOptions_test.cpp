@@ -65,7 +65,7 @@ TEST(SweepOptions, LeastCommandLineLeavesTheRestAtItsDefaults) {
   EXPECT_EQ(options.poseFile, "");
   EXPECT_EQ(options.directionsFile, "");
   EXPECT_EQ(options.sphereCount, 0u);
-  EXPECT_FALSE(options.oneSided || options.quiet || options.force);
+  EXPECT_FALSE(options.oneSided || options.quiet || options.verbose || options.force);
   EXPECT_EQ(options.maxDistance, std::numeric_limits<double>::infinity());
   EXPECT_EQ(options.jsonFile, "");
   EXPECT_EQ(options.outputFile, "");
@@ -103,6 +103,13 @@ TEST(SweepOptions, ManyDirectionsTakeThePlaceOfOne) {
   EXPECT_EQ(Parse({"a", "b", "--sphere", "1"}).options.sphereCount, 1u);
   EXPECT_EQ(Parse({"a", "b", "--sphere=100000", "--json", "-"}).options.sphereCount, 100000u);
   EXPECT_EQ(Parse({"a", "b", "--sphere=100000", "--json", "-"}).error, "");
+}
+
+TEST(SweepOptions, QuietAndVerboseExcludeEachOther) {
+  EXPECT_TRUE(ParseMore({"--verbose"}).options.verbose);
+  EXPECT_FALSE(ParseMore({"--quiet"}).options.verbose);
+  EXPECT_EQ(ParseMore({"--verbose", "--quiet"}).error,
+            "--quiet and --verbose are both given; expected one of them at most");
 }
 
 TEST(SweepOptions, DirectionsAreAskedForInOneWay) {

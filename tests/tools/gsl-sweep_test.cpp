@@ -506,7 +506,7 @@ TEST(GslSweep, DocumentsNameEveryOptionOfTheHelp) {
     names.insert(
         help.substr(begin, help.find_first_not_of("abcdefghijklmnopqrstuvwxyz-", begin) - begin));
   }
-  EXPECT_EQ(names.size(), 16u);
+  EXPECT_EQ(names.size(), 17u);
   for (const std::string& name : names)
     EXPECT_NE(guide.find("`" + name), std::string::npos) << name;
 }
@@ -537,6 +537,38 @@ TEST(GslSweep, QuietLeavesTheAnswerToTheExitStatus) {
   const Outcome failing = Sweep("missing.stl " + bracket + " --direction -z --quiet");
   EXPECT_EQ(failing.status, 3);
   EXPECT_EQ(LineCount(failing.err), 1u);
+}
+
+/// Returns the names of the stages in the lines of --verbose.
+std::vector<std::string> StagesOf(const std::string& err) {
+  std::vector<std::string> names;
+  std::istringstream stream(err);
+  for (std::string line; std::getline(stream, line);) {
+    const std::size_t end = line.rfind(": ");
+    EXPECT_EQ(line.substr(0, 11), "gsl-sweep: ") << line;
+    EXPECT_NE(line.find(" s of processor time, ", end), std::string::npos) << line;
+    EXPECT_NE(line.find(" MB, at most ", end), std::string::npos) << line;
+    names.push_back(line.substr(11, end - 11));
+  }
+  return names;
+}
+
+TEST(GslSweep, VerboseShowsEachStage) {
+  const Folder folder;
+  const std::string moved = folder.Path("moved.stl");
+  const Outcome run = Sweep(parts + bolt + " -d -z --verbose --output " + moved);
+  EXPECT_EQ(run.status, 0);
+  EXPECT_EQ(run.out, Sweep(parts + bolt + " -d -z --force --output " + moved).out);
+  EXPECT_EQ(StagesOf(run.err),
+            (std::vector<std::string>{"read " + bolt, "read " + bracket, "read " + bolt, "prepare",
+                                      "search", "write"}));
+  EXPECT_EQ(
+      StagesOf(Sweep(parts + "--sphere 9 --verbose --json -").err),
+      (std::vector<std::string>{"read " + bolt, "read " + bracket, "prepare", "search", "write"}));
+  EXPECT_EQ(
+      StagesOf(Shell("echo z | $SWEEP " + parts + "--verbose --directions -").err),
+      (std::vector<std::string>{"read " + bolt, "read " + bracket, "prepare", "search", "write"}));
+  EXPECT_EQ(Sweep(parts + "-d -z --verbose --quiet").status, 2);
 }
 
 TEST(GslSweep, WarnsOfSizesThatDifferByAUnit) {
