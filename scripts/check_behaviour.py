@@ -11,6 +11,8 @@ import pathlib
 import re
 import sys
 
+import house_check
+
 PAGE = "docs/behaviour.md"
 HEAD = ["name", "what it does", "where", "test"]
 # Three words or more joined by hyphens, alone or before a colon: ordinary comments do not look like that.
@@ -88,15 +90,5 @@ def check(root):
     return problems, len(seen)
 
 
-def main():
-    root = sys.argv[1] if len(sys.argv) > 1 else pathlib.Path(__file__).resolve().parent.parent
-    problems, count = check(root)
-    if count == 0:
-        problems.append(f"{root}: {PAGE} has no rows")
-    for problem in problems:
-        print(problem, file=sys.stderr)
-    return 1 if problems else 0
-
-
 if __name__ == "__main__":
-    sys.exit(main())
+    sys.exit(house_check.run(check, f"{PAGE} has no rows"))

@@ -14,6 +14,8 @@ import pathlib
 import re
 import sys
 
+import house_check
+
 FOLDERS = ("gsl", "sweep", "exact", "mesh", "records", "tools")
 LONGEST = 60
 # Bodies that may be longer for now: (file, function). An entry that is not needed is an error.
@@ -151,15 +153,5 @@ def check(root, exceptions):
     return problems, count
 
 
-def main():
-    root = sys.argv[1] if len(sys.argv) > 1 else pathlib.Path(__file__).resolve().parent.parent
-    problems, count = check(root, EXCEPTIONS)
-    if count == 0:
-        problems.append(f"{root}: no function bodies found")
-    for problem in problems:
-        print(problem, file=sys.stderr)
-    return 1 if problems else 0
-
-
 if __name__ == "__main__":
-    sys.exit(main())
+    sys.exit(house_check.run(lambda root: check(root, EXCEPTIONS), "no function bodies found"))

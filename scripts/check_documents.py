@@ -11,6 +11,8 @@ import pathlib
 import re
 import sys
 
+import house_check
+
 WIDTH = 120
 FENCE = re.compile(r"^\s*(```|~~~)")
 
@@ -40,18 +42,8 @@ def check(root):
             continue
         count += 1
         problems.extend(problems_of(name, path.read_text()))
-    if count == 0:
-        problems.append(f"{root}: no documents found")
-    return problems
-
-
-def main():
-    root = sys.argv[1] if len(sys.argv) > 1 else pathlib.Path(__file__).resolve().parent.parent
-    problems = check(root)
-    for problem in problems:
-        print(problem, file=sys.stderr)
-    return 1 if problems else 0
+    return problems, count
 
 
 if __name__ == "__main__":
-    sys.exit(main())
+    sys.exit(house_check.run(check, "no documents found"))

@@ -17,6 +17,8 @@ import re
 import sys
 from dataclasses import dataclass
 
+import house_check
+
 STANDARD = set("""
 algorithm any array atomic bitset charconv chrono codecvt complex condition_variable deque exception
 execution filesystem forward_list fstream functional future initializer_list iomanip ios iosfwd
@@ -217,13 +219,7 @@ def main():
     if sys.argv[1:] == ["--table"]:
         print("\n".join(table()))
         return 0
-    root = sys.argv[1] if len(sys.argv) > 1 else pathlib.Path(__file__).resolve().parent.parent
-    problems, count = check(root)
-    if count == 0:
-        problems.append(f"{root}: no sources found")
-    for problem in problems:
-        print(problem, file=sys.stderr)
-    return 1 if problems else 0
+    return house_check.run(check, "no sources found")
 
 
 if __name__ == "__main__":

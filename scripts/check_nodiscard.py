@@ -11,6 +11,8 @@ import pathlib
 import re
 import sys
 
+import house_check
+
 HEADERS = ("gsl/include/*.h", "gsl/host/*/*.h")
 # Operations whose result a caller may not need, and pointers to what the object keeps.
 MAY_BE_DROPPED = {"Normalize", "Regenerate", "Insert", "Substitute", "atr_SubstituteFormat", "Entry", "Unshared",
@@ -53,15 +55,5 @@ def check(root):
     return problems, total
 
 
-def main():
-    root = sys.argv[1] if len(sys.argv) > 1 else pathlib.Path(__file__).resolve().parent.parent
-    problems, count = check(root)
-    if count == 0:
-        problems.append(f"{root}: no declarations found")
-    for problem in problems:
-        print(problem, file=sys.stderr)
-    return 1 if problems else 0
-
-
 if __name__ == "__main__":
-    sys.exit(main())
+    sys.exit(house_check.run(check, "no declarations found"))

@@ -3,14 +3,18 @@
 
 usage: check_notices.py [ROOT]
 
-The libraries are the packages named lib... or ...-dev of the group build in scripts/packages.sh. A
-section is headed by a line that names its package in brackets, underlined.
+The libraries are the packages named lib... or ...-dev of the group build in scripts/packages.sh. The heading of a
+section is an underlined line that names the package in brackets.
 """
 
 import pathlib
 import re
 import subprocess
 import sys
+
+import house_check
+
+NOTICES = "THIRD_PARTY_NOTICES"
 
 SECTION = re.compile(r"^[^\n]* \[([^\]\n]+)\]\n-{3,}\n(.*?)(?=^[^\n]*\n-{3,}\n|\Z)", re.MULTILINE | re.DOTALL)
 TITLE = re.compile(r"^The (\w+) licence\n-{3,}\n", re.MULTILINE)
@@ -36,19 +40,14 @@ def problems(packages, notices):
             yield f"{name}: the text of the {promised.group(1)} licence is missing"
 
 
-def main():
-    root = pathlib.Path(sys.argv[1] if len(sys.argv) > 1 else __file__).resolve()
-    root = root if root.is_dir() else root.parent.parent
+def check(root):
+    root = pathlib.Path(root).resolve()
     packages = subprocess.run(
         [root / "scripts/packages.sh", "build"], check=True, capture_output=True, text=True
     ).stdout.split()
-    found = list(problems(packages, (root / "THIRD_PARTY_NOTICES").read_text()))
-    if not libraries(packages):
-        found.append("the group build has no libraries")
-    for problem in found:
-        print(f"THIRD_PARTY_NOTICES: {problem}", file=sys.stderr)
-    return 1 if found else 0
+    found = problems(packages, (root / NOTICES).read_text())
+    return [f"{NOTICES}: {problem}" for problem in found], len(libraries(packages))
 
 
 if __name__ == "__main__":
-    sys.exit(main())
+    sys.exit(house_check.run(check, "the group build has no libraries"))

@@ -15,6 +15,8 @@ import pathlib
 import re
 import sys
 
+import house_check
+
 HEADERS = "gsl/include"
 TEST = "tests/gsl/aliasing_test.cpp"
 # These are passed on and never read beside an input.
@@ -80,15 +82,5 @@ def check(root):
     return problems, len(declared)
 
 
-def main():
-    root = sys.argv[1] if len(sys.argv) > 1 else pathlib.Path(__file__).resolve().parent.parent
-    problems, count = check(root)
-    if count == 0:
-        problems.append(f"{root}: no operations with an output found")
-    for problem in problems:
-        print(problem, file=sys.stderr)
-    return 1 if problems else 0
-
-
 if __name__ == "__main__":
-    sys.exit(main())
+    sys.exit(house_check.run(check, "no operations with an output found"))

@@ -13,6 +13,8 @@ import pathlib
 import re
 import sys
 
+import house_check
+
 SOURCES = ["gsl", "records", "exact", "mesh", "sweep", "tools"]
 # Rooms whose headers hold code that is compiled nowhere else.
 ROOMS_OF_HEADERS = ["exact/", "mesh/", "tools/", "gsl/impl/kernel/", "gsl/impl/wide/"]
@@ -82,18 +84,8 @@ def check(root, exceptions=None):
     for pattern in exceptions:
         if not fnmatch.filter(names, pattern):
             problems.append(f"{pattern}: is an exception of scripts/check_tests.py, but no source is called that")
-    if not names:
-        problems.append(f"{root}: no sources found")
-    return problems
-
-
-def main():
-    root = sys.argv[1] if len(sys.argv) > 1 else pathlib.Path(__file__).resolve().parent.parent
-    problems = check(root)
-    for problem in problems:
-        print(problem, file=sys.stderr)
-    return 1 if problems else 0
+    return problems, len(names)
 
 
 if __name__ == "__main__":
-    sys.exit(main())
+    sys.exit(house_check.run(check, "no sources found"))

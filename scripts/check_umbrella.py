@@ -8,6 +8,8 @@ import pathlib
 import re
 import sys
 
+import house_check
+
 UMBRELLA = "gsl_utils.h"
 FUNCTION = re.compile(r"^GSL_API\s[^;{]*?\b(\w+)\(", re.MULTILINE)
 INCLUDE = re.compile(r'^#include "([^"]+)"', re.MULTILINE)
@@ -32,15 +34,5 @@ def check(root):
     return problems, len(functions)
 
 
-def main():
-    root = sys.argv[1] if len(sys.argv) > 1 else pathlib.Path(__file__).resolve().parent.parent
-    problems, count = check(root)
-    if count == 0:
-        problems.append(f"{root}: no exported functions found")
-    for problem in problems:
-        print(problem, file=sys.stderr)
-    return 1 if problems else 0
-
-
 if __name__ == "__main__":
-    sys.exit(main())
+    sys.exit(house_check.run(check, "no exported functions found"))

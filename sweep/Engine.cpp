@@ -84,13 +84,13 @@ template <class Scalar>
 void WriteContact(const Scene<Scalar>& scene, const FoundPair& found, const PairContact& contact,
                   Answer& answer) {
   Contact& told = answer.contact;
-  told.travel = scene.scale.Up(contact.travel);
+  told.travel = scene.scale.UpTravel(contact.travel);
   told.kind = contact.kind;
   told.movingTriangle = found.moving;
   told.fixedBody = static_cast<std::size_t>(found.fixed >> 32);
   told.fixedTriangle = static_cast<std::size_t>(found.fixed & 0xffffffffu);
-  told.movingPoint = scene.scale.Up(contact.onMoving);
-  told.fixedPoint = scene.scale.Up(contact.onFixed);
+  told.movingPoint = scene.scale.UpPoint(contact.onMoving);
+  told.fixedPoint = scene.scale.UpPoint(contact.onFixed);
   told.hasNormal = ContactNormal(scene.direction, found.movingTriangle, found.fixedTriangle,
                                  contact, told.normal);
 }

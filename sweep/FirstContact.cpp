@@ -110,13 +110,15 @@ bool FirstContact<Scalar>::Judge(const NodePair<Scalar>& pair) {
   const Leaf& moving = m_movingCache.Moving(m_scene, pair.moving.ref.Index());
   const Leaf& fixed = m_fixedCache.Fixed(m_scene, pair.fixedBody, pair.fixed.ref.Index());
   const LeafPair<Scalar> leaves(m_scene, moving, fixed);
-  unsigned movingMask = leaves.MovingThatReach(m_scene.fixed.At(pair.fixed.box), m_limit);
-  unsigned fixedMask = leaves.FixedThatReach(m_scene.moving.At(pair.moving.box), m_limit);
+  unsigned movingMask = leaves.template ThatReach<true>(m_scene.fixed.At(pair.fixed.box), m_limit);
+  unsigned fixedMask =
+      leaves.template ThatReach<false>(m_scene.moving.At(pair.moving.box), m_limit);
   if (m_scene.filters && m_doubleLimit < kInfinity) {
-    if (movingMask != 0) movingMask &= leaves.MovingThatReach(pair.fixed.slab, m_doubleLimit);
+    if (movingMask != 0)
+      movingMask &= leaves.template ThatReach<true>(pair.fixed.slab, m_doubleLimit);
     // With an offset the slab of the moving body is at another place.
     if (movingMask != 0 && fixedMask != 0 && !m_scene.moving.HasOffset())
-      fixedMask &= leaves.FixedThatReach(pair.moving.slab, m_doubleLimit);
+      fixedMask &= leaves.template ThatReach<false>(pair.moving.slab, m_doubleLimit);
   }
   if (fixedMask == 0) return true;
   for (int i = 0; i < moving.count; ++i) {

@@ -15,14 +15,21 @@ constexpr double kUnit = 0x1p-53; ///< half a unit in the last place of 1
 //   an edge's component      1 u of itself
 //   a component of n         two factors, the product, the difference: 4 u * na, where na is
 //                            the sum of the magnitudes of its two products
-//   n . d                    4 u from n, 3 u from its products and sums: 7 u * nda, where nda is
-//                            na . |d|. With delta = 9 u * nda / |n . d|, which is below 2^-19 here,
-//                            the quotient is off by less than delta of itself, squares included
-//   a component of N         4 u * na / |n . d| * (1 + 2^-19) + |N| * (delta + 2 u)
-//   offset - N . p           the error of N times |p| and |p0|, and 5 u * |N| times both for the
-//                            products, the sums and the difference
+//   n . d                    4 u from n, 3 u from its products and two sums: 7 u * nda, where nda
+//                            is na . |d|. With delta = 9 u * nda / |n . d|, which is below 2^-19
+//                            here, 1 / (n . d) is off by less than delta of itself: 7/9 of it from
+//                            n . d, 1 u for its rounding, and squares
+//   a component of N         4 u * na / |n . d| * (1 + 2^-19) from n, |N| * delta from the
+//                            reciprocal, |N| * 1 u for the product; squares included, less than
+//                            5 u * na / |n . d| + |N| * (delta + 2 u)
+//   offset, N . p            the error of N times |p0| and |p|, and 3 u * |N| times each for the
+//                            products and two sums
+//   offset - N . p           1 u * |N| times both
+//   less or plus the error   1 u * |N| times both, where the caller forms it
 // so that the height is off by less than the reaches of p and p0 times
-//   sum |N| * (delta + 16 u) + sum na / |n . d| * 16 u.
+//   sum |N| * (delta + 7 u) + sum na / |n . d| * 5 u,
+// squares included. Here 16 u is used for 7 u and for 5 u, which also covers the rounding of the
+// error and of the reaches.
 template <class Scalar>
 void WritePlane(LeafTriangles<Scalar>& leaf, int k, const Coord3& direction) {
   const double d[3] = {direction.x, direction.y, direction.z};
@@ -184,21 +191,13 @@ const LeafTriangles<Scalar>& LeafCache<Scalar>::Fixed(const Scene<Scalar>& scene
 }
 
 template <class Scalar>
-unsigned LeafPair<Scalar>::MovingThatReach(const Box<Scalar>& fixedBox, Scalar limit) const {
+template <bool kMoves>
+unsigned LeafPair<Scalar>::ThatReach(const Box<Scalar>& otherBox, Scalar limit) const {
+  const LeafTriangles<Scalar>& leaf = Side<kMoves>();
   unsigned mask = 0;
   Four<Scalar> from;
-  for (int k = 0; k < moving.count; k += 4) {
-    mask |= m_scene.test.template Survivors<true>(moving.BoxesFrom(k), fixedBox, limit, from) << k;
-  }
-  return mask;
-}
-
-template <class Scalar>
-unsigned LeafPair<Scalar>::FixedThatReach(const Box<Scalar>& movingBox, Scalar limit) const {
-  unsigned mask = 0;
-  Four<Scalar> from;
-  for (int k = 0; k < fixed.count; k += 4) {
-    mask |= m_scene.test.template Survivors<false>(fixed.BoxesFrom(k), movingBox, limit, from) << k;
+  for (int k = 0; k < leaf.count; k += 4) {
+    mask |= m_scene.test.template Survivors<kMoves>(leaf.BoxesFrom(k), otherBox, limit, from) << k;
   }
   return mask;
 }
@@ -207,8 +206,8 @@ unsigned LeafPair<Scalar>::FixedThatReach(const Box<Scalar>& movingBox, Scalar l
 // u; where |n . d| is at least 2^-6, the quotient is off by less than 2^-43 of itself.
 template <class Scalar>
 template <bool kMoves>
-unsigned LeafPair<Scalar>::BeyondSlab(const LeafTriangles<Scalar>& leaf, const Slab& slab,
-                                      double otherReach, double limit) const {
+unsigned LeafPair<Scalar>::ThatReach(const Slab& slab, double limit) const {
+  const LeafTriangles<Scalar>& leaf = Side<kMoves>();
   const Coord3& d = m_scene.direction.Vector();
   const Double4 n[3] = {Double4::Of(slab.normal[0]), Double4::Of(slab.normal[1]),
                         Double4::Of(slab.normal[2])};
@@ -216,7 +215,7 @@ unsigned LeafPair<Scalar>::BeyondSlab(const LeafTriangles<Scalar>& leaf, const S
                        static_cast<double>(slab.normal[1]) * d.y +
                        static_cast<double>(slab.normal[2]) * d.z;
   if (!(std::fabs(along) > 0x1p-6)) return ~0u;
-  const Double4 error = Double4::Of((leaf.reach + otherReach) * 0x1p-49);
+  const Double4 error = Double4::Of((moving.reach + fixed.reach) * 0x1p-49);
   const Double4 slabFrom = Double4::Of(slab.from);
   const Double4 slabTo = Double4::Of(slab.to);
   const Double4 reciprocal = Double4::Of(1.0 / along);
@@ -240,16 +239,6 @@ unsigned LeafPair<Scalar>::BeyondSlab(const LeafTriangles<Scalar>& leaf, const S
     mask |= AtMost(toMeet * reciprocal, within) << k;
   }
   return mask;
-}
-
-template <class Scalar>
-unsigned LeafPair<Scalar>::MovingThatReach(const Slab& fixedSlab, double limit) const {
-  return BeyondSlab<true>(moving, fixedSlab, fixed.reach, limit);
-}
-
-template <class Scalar>
-unsigned LeafPair<Scalar>::FixedThatReach(const Slab& movingSlab, double limit) const {
-  return BeyondSlab<false>(fixed, movingSlab, moving.reach, limit);
 }
 
 template <class Scalar>
@@ -365,5 +354,13 @@ template class LeafCache<float>;
 template class LeafCache<double>;
 template class LeafPair<float>;
 template class LeafPair<double>;
+template unsigned LeafPair<float>::ThatReach<true>(const Box<float>&, float) const;
+template unsigned LeafPair<float>::ThatReach<false>(const Box<float>&, float) const;
+template unsigned LeafPair<double>::ThatReach<true>(const Box<double>&, double) const;
+template unsigned LeafPair<double>::ThatReach<false>(const Box<double>&, double) const;
+template unsigned LeafPair<float>::ThatReach<true>(const Slab&, double) const;
+template unsigned LeafPair<float>::ThatReach<false>(const Slab&, double) const;
+template unsigned LeafPair<double>::ThatReach<true>(const Slab&, double) const;
+template unsigned LeafPair<double>::ThatReach<false>(const Slab&, double) const;
 
 } // namespace gsl_sweep

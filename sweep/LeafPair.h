@@ -62,13 +62,13 @@ public:
            const LeafTriangles<Scalar>& fixedLeaf)
       : m_scene(scene), moving(movingLeaf), fixed(fixedLeaf) {}
 
-  /// Bit k is set when triangle k of one leaf can reach the box around the other leaf within the
-  /// limit.
-  unsigned MovingThatReach(const Box<Scalar>& fixedBox, Scalar limit) const;
-  unsigned FixedThatReach(const Box<Scalar>& movingBox, Scalar limit) const;
+  /// Bit k is set when triangle k of the moving leaf (kMoves), or of the fixed leaf, can reach the
+  /// box around the other leaf within the limit.
+  template <bool kMoves>
+  unsigned ThatReach(const Box<Scalar>& otherBox, Scalar limit) const;
   /// Tests in the same way against the slab around the other leaf. `limit` is a travel.
-  unsigned MovingThatReach(const Slab& fixedSlab, double limit) const;
-  unsigned FixedThatReach(const Slab& movingSlab, double limit) const;
+  template <bool kMoves>
+  unsigned ThatReach(const Slab& otherSlab, double limit) const;
 
   /// Bit k is set when the boxes do not exclude that the moving triangle reaches triangle first + k
   /// within the limit. `from` receives the least travel that the boxes allow.
@@ -84,8 +84,9 @@ public:
 
 private:
   template <bool kMoves>
-  unsigned BeyondSlab(const LeafTriangles<Scalar>& leaf, const Slab& slab, double otherReach,
-                      double limit) const;
+  const LeafTriangles<Scalar>& Side() const {
+    return kMoves ? moving : fixed;
+  }
 
   const Scene<Scalar>& m_scene;
 

@@ -2,6 +2,8 @@
 
 #include "Morton.h"
 
+#include <cmath>
+
 namespace gsl_sweep {
 
 namespace {
@@ -16,6 +18,78 @@ constexpr float kTinyTriangle = 16.0f;
 float Size(const Float4& low, const Float4& high) {
   const Float4 edge = high - low;
   return (edge[0] + edge[1]) + edge[2];
+}
+
+/// The coordinates in which runs are measured. They are those of the body, unless single precision
+/// would be too coarse for its triangles or does not reach that far. Then a few points in the
+/// middle of a sample are the measure, which no stray point changes.
+class Measure {
+public:
+  template <class Reader>
+  Measure(const Reader& reader, std::size_t count) {
+    constexpr std::size_t kSampleSize = 255;
+    if (count == 0) return;
+    const std::size_t step = std::max<std::size_t>(1, count / kSampleSize);
+    std::vector<double> sample;
+    const auto middleOf = [&sample](const auto& numberOf) {
+      for (double& c : sample)
+        c = numberOf(c);
+      const auto middle = sample.begin() + static_cast<std::ptrdiff_t>(sample.size() / 2);
+      std::nth_element(sample.begin(), middle, sample.end());
+      return *middle;
+    };
+    double size = 0.0;
+    double reach = 0.0;
+    for (int k = 0; k < 3; ++k) {
+      sample.clear();
+      for (std::size_t place = 0; place < count; place += step)
+        sample.push_back(static_cast<double>(reader.At(place, 0)[k]));
+      m_origin[k] = middleOf([](double c) { return c; });
+      reach = std::max(reach, std::fabs(m_origin[k]));
+      size = std::max(size, middleOf([this, k](double c) { return std::fabs(c - m_origin[k]); }));
+    }
+    const bool isFine = sizeof(*reader.vertices) == sizeof(float) || reach <= kCoarseFrom * size;
+    m_isPlain = size == 0.0 || (isFine && size >= 1.0 / kFarthest && size <= kFarthest);
+    int exponent = 0;
+    std::frexp(size, &exponent);
+    m_factor = std::ldexp(1.0, std::min(-exponent, 1023));
+  }
+
+  bool IsPlain() const { return m_isPlain; }
+  Float4 At(const double (&p)[3]) const {
+    const double measured[3] = {(p[0] - m_origin[0]) * m_factor, (p[1] - m_origin[1]) * m_factor,
+                                (p[2] - m_origin[2]) * m_factor};
+    return Rounded(measured);
+  }
+
+private:
+  static constexpr double kFarthest = 0x1p100;
+  /// A body at this many times its size from the origin has lost four of the 24 bits.
+  static constexpr double kCoarseFrom = 16.0;
+
+  double m_origin[3] = {};
+  double m_factor = 1.0;
+  bool m_isPlain = true;
+};
+
+/// Reads corners in the coordinates of a measure.
+template <class Reader>
+struct MeasuredReader {
+  const Reader& reader;
+  const Measure& measure;
+
+  Float4 Single(std::size_t place, int corner) const {
+    const auto* p = reader.At(place, corner);
+    return measure.At(
+        {static_cast<double>(p[0]), static_cast<double>(p[1]), static_cast<double>(p[2])});
+  }
+};
+
+/// Calls work with the reader, or with a reader in the coordinates of the measure.
+template <class Reader, class Work>
+auto WithMeasured(const Reader& reader, const Measure& measure, const Work& work) {
+  if (measure.IsPlain()) return work(reader);
+  return work(MeasuredReader<Reader>{reader, measure});
 }
 
 /// Returns the box of one triangle, rounded to nearest.
@@ -168,42 +242,55 @@ Array<std::uint64_t> SortedAlongCurve(const Reader& reader, std::size_t count) {
 void SortIfScattered(Corners& corners) {
   Array<std::uint64_t> keys;
   corners.Read([&](const auto& reader) {
-    if (IsScattered(reader, corners.Count())) keys = SortedAlongCurve(reader, corners.Count());
+    const Measure measure(reader, corners.Count());
+    const bool isScattered = WithMeasured(reader, measure, [&](const auto& measured) {
+      return IsScattered(measured, corners.Count());
+    });
+    if (isScattered) keys = SortedAlongCurve(reader, corners.Count());
   });
   if (keys.size() == 0) return;
   corners.Reorder(keys.size(), [&](std::size_t k) { return static_cast<std::uint32_t>(keys[k]); });
 }
 
-template <class Scalar, bool kIndexed>
-Leaves CutRuns(const CornerReader<Scalar, kIndexed>& reader, std::size_t count, LeafBoxes& boxes) {
+/// Calls `take` with the place and the box of each triangle, and `close` with each run and its box.
+template <class Reader, class Take, class Close>
+Leaves CutRuns(const Reader& reader, std::size_t count, const Take& take, const Close& close) {
   // In the worst case every triangle is a leaf. Pages that are not touched cost nothing.
   Leaves leaves{Array<std::uint32_t>(count + 1)};
-  boxes.boxes = Array<Box<float>>(count);
-  Bounds<Scalar> bounds;
   RunCutter cutter;
   std::size_t leafCount = 0;
   Float4 low{};
   Float4 high{};
-  const auto close = [&] {
-    if (leafCount == 0) return;
-    Box<float>& box = boxes.boxes[leafCount - 1];
-    box = Stored(low, high);
-    if constexpr (sizeof(Scalar) != sizeof(float)) WidenByOnePlace(box);
-  };
   for (std::size_t place = 0; place < count; ++place) {
     const TriangleBox box(reader, place);
-    bounds.Include(reader, place, box);
+    take(place, box);
     if (cutter.Begins(box)) {
-      close();
+      if (leafCount > 0) close(leafCount - 1, low, high);
       leaves.begin[leafCount++] = static_cast<std::uint32_t>(place);
     }
     low = cutter.Low();
     high = cutter.High();
   }
-  close();
+  if (leafCount > 0) close(leafCount - 1, low, high);
   leaves.begin[leafCount] = static_cast<std::uint32_t>(count);
   leaves.begin.Shorten(leafCount + 1);
-  boxes.boxes.Shorten(leafCount);
+  return leaves;
+}
+
+template <class Scalar, bool kIndexed>
+Leaves CutAndMeasure(const CornerReader<Scalar, kIndexed>& reader, std::size_t count,
+                     LeafBoxes& boxes) {
+  boxes.boxes = Array<Box<float>>(count);
+  Bounds<Scalar> bounds;
+  const auto take = [&](std::size_t place, const TriangleBox& box) {
+    bounds.Include(reader, place, box);
+  };
+  const auto close = [&](std::size_t leaf, const Float4& low, const Float4& high) {
+    boxes.boxes[leaf] = Stored(low, high);
+    if constexpr (sizeof(Scalar) != sizeof(float)) WidenByOnePlace(boxes.boxes[leaf]);
+  };
+  Leaves leaves = CutRuns(reader, count, take, close);
+  boxes.boxes.Shorten(leaves.Count());
   boxes.bounds = bounds.Get();
   return leaves;
 }
@@ -213,7 +300,18 @@ Leaves CutRuns(const CornerReader<Scalar, kIndexed>& reader, std::size_t count, 
 Leaves MakeLeaves(Corners& corners, LeafBoxes& boxes) {
   SortIfScattered(corners);
   Leaves leaves;
-  corners.Read([&](const auto& reader) { leaves = CutRuns(reader, corners.Count(), boxes); });
+  corners.Read([&](const auto& reader) {
+    const Measure measure(reader, corners.Count());
+    if (measure.IsPlain()) {
+      leaves = CutAndMeasure(reader, corners.Count(), boxes);
+      return;
+    }
+    const MeasuredReader<std::decay_t<decltype(reader)>> measured{reader, measure};
+    leaves = CutRuns(
+        measured, corners.Count(), [](std::size_t, const TriangleBox&) {},
+        [](std::size_t, const Float4&, const Float4&) {});
+    MeasureLeaves(corners, leaves, boxes);
+  });
   return leaves;
 }
 

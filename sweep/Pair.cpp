@@ -108,20 +108,22 @@ std::vector<const PreparedBody*> AllBodies(const SceneBodies& bodies) {
 }
 
 /// Makes the slabs, which take time and save time from the second question on.
-void MakeSlabs(const SceneBodies& bodies, const Run& run) {
+void MakeSlabs(const SceneBodies& bodies, const Run& run, Tally& tally) {
   std::vector<const PreparedBody*> lacking = AllBodies(bodies);
   const auto needsNone = [](const PreparedBody* body) {
     return body->SlabsIfMade() != nullptr || !body->IsComfortable();
   };
   lacking.erase(std::remove_if(lacking.begin(), lacking.end(), needsNone), lacking.end());
-  RunJobs(run, lacking.size(), [&](std::size_t k) { lacking[k]->MakeSlabs(); });
+  RunJobs(run, lacking.size(), [&](std::size_t k) {
+    if (!tally.IsCancelled()) lacking[k]->MakeSlabs([&tally] { return tally.Continue(0.0); });
+  });
 }
 
 /// Calls answer(k, watch) for each k. A travel that is too large ends its own job alone; any other
 /// exception cancels what is left.
 template <class AnswerOne>
-void AnswerEach(const Run& run, std::size_t count, const char* what, const AnswerOne& answer) {
-  Tally tally(run, count);
+void AnswerEach(const Run& run, Tally& tally, std::size_t count, const char* what,
+                const AnswerOne& answer) {
   RunJobs(run, count, [&](std::size_t k) {
     if (tally.IsCancelled()) return;
     try {
@@ -166,7 +168,11 @@ Pair::Pair(Body moving, std::vector<Body> fixed, const Run& run)
 
 Answer Pair::First(const Question& question, const Run& run) const {
   RequireQuestion(question);
-  if (m_state->questionCount++ > 0) MakeSlabs(m_state->bodies, run);
+  if (m_state->questionCount++ > 0) {
+    Tally tally(run, 1);
+    MakeSlabs(m_state->bodies, run, tally);
+    if (tally.IsCancelled()) return {};
+  }
   Borrowed borrowed(*m_state);
   return AnswerQuestion(m_state->bodies, question, run.progress, borrowed.Get());
 }
@@ -182,8 +188,9 @@ void Pair::First(const Question* questions, std::size_t count, Answer* answers,
   }
   std::fill_n(answers, count, Answer());
   if (count == 0) return;
-  if ((m_state->questionCount += count) > 1) MakeSlabs(m_state->bodies, run);
-  AnswerEach(run, count, "question", [&](std::size_t k, const Watch& watch) {
+  Tally tally(run, count);
+  if ((m_state->questionCount += count) > 1) MakeSlabs(m_state->bodies, run, tally);
+  AnswerEach(run, tally, count, "question", [&](std::size_t k, const Watch& watch) {
     Borrowed borrowed(*m_state);
     answers[k] = AnswerQuestion(m_state->bodies, questions[k], watch, borrowed.Get());
   });
@@ -194,8 +201,9 @@ std::vector<Answer> Pair::FirstOfEach(const Question& question, const Run& run) 
   const SceneBodies& bodies = m_state->bodies;
   std::vector<Answer> answers(bodies.fixed.size());
   if (answers.empty()) return answers;
-  if ((m_state->questionCount += answers.size()) > 1) MakeSlabs(bodies, run);
-  AnswerEach(run, answers.size(), "fixed body", [&](std::size_t k, const Watch& watch) {
+  Tally tally(run, answers.size());
+  if ((m_state->questionCount += answers.size()) > 1) MakeSlabs(bodies, run, tally);
+  AnswerEach(run, tally, answers.size(), "fixed body", [&](std::size_t k, const Watch& watch) {
     const SceneBodies alone{bodies.moving, {bodies.fixed[k]}};
     Borrowed borrowed(*m_state);
     answers[k] = AnswerQuestion(alone, question, watch, borrowed.Get());

@@ -97,12 +97,19 @@ const Tree<double>& PreparedBody::DoubleTree() const {
   return m_double;
 }
 
-void PreparedBody::MakeSlabs() const {
+void PreparedBody::MakeSlabs(const std::function<bool()>& goesOn) const {
   if (m_slabsBegun.exchange(true)) return;
   try {
-    m_ownSlabs = std::make_unique<Slabs>(Slabs::Of(m_corners, m_leaves, SingleTree()));
+    m_ownSlabs = Slabs::Of(m_corners, m_leaves, SingleTree(), goesOn);
   } catch (const std::bad_alloc&) {
     return; // they save time and nothing else
+  } catch (...) {
+    m_slabsBegun = false;
+    throw;
+  }
+  if (!m_ownSlabs) {
+    m_slabsBegun = false;
+    return;
   }
   m_slabs.store(m_ownSlabs.get(), std::memory_order_release);
 }

@@ -37,8 +37,9 @@ public:
 
   /// Returns null until they have been made.
   const Slabs* SlabsIfMade() const { return m_slabs.load(std::memory_order_acquire); }
-  /// Returns at once where another thread is making them.
-  void MakeSlabs() const;
+  /// Returns at once where another thread is making them. Gives up, so that they can be made later,
+  /// when `goesOn`, which is called now and then, returns false.
+  void MakeSlabs(const std::function<bool()>& goesOn = {}) const;
 
   std::size_t Bytes() const;
 
@@ -55,7 +56,7 @@ private:
   mutable Tree<double> m_double;
   mutable std::atomic<bool> m_hasSingle{false}, m_hasDouble{false};
   mutable std::atomic<bool> m_slabsBegun{false};
-  mutable std::unique_ptr<Slabs> m_ownSlabs;
+  mutable std::unique_ptr<const Slabs> m_ownSlabs;
   mutable std::atomic<const Slabs*> m_slabs{nullptr};
 };
 

@@ -3,11 +3,14 @@
 
 #include "ExactRatio.h"
 
+#include "gsl_Arithmetic.h"
+
 #include <cmath>
 #include <stdexcept>
 
 namespace gsl_sweep {
 
+using gsl_arithmetic::Coord3;
 using gsl_exact::ExactRatio;
 using gsl_exact::ScaledLength;
 
@@ -32,14 +35,21 @@ public:
   ScaledLength DownLength(double length) const { return {length, -m_exponent}; }
 
   /// Errors     std::overflow_error beyond the range of double.
-  double Up(double c) const {
-    const double result = std::ldexp(c, m_exponent);
-    if (!std::isfinite(result)) throw std::overflow_error("the travel is too large for a double");
-    return result;
+  double UpTravel(double travel) const {
+    return Up(travel, "the travel is too large for a double");
   }
-  Coord3 Up(const Coord3& p) const { return {Up(p.x), Up(p.y), Up(p.z)}; }
+  Coord3 UpPoint(const Coord3& p) const {
+    constexpr const char* kText = "a coordinate of the contact is too large for a double";
+    return {Up(p.x, kText), Up(p.y, kText), Up(p.z, kText)};
+  }
 
 private:
+  double Up(double c, const char* text) const {
+    const double result = std::ldexp(c, m_exponent);
+    if (!std::isfinite(result)) throw std::overflow_error(text);
+    return result;
+  }
+
   static double Snapped(double c) {
     constexpr double kRound = 0x1.8p-287; // one unit in its last place is 2^-339
     return std::fabs(c) < 0x1p-288 ? (c + kRound) - kRound : c;

@@ -141,37 +141,62 @@ Slab SlabOfNode(const TreeNode<float>& node, const SlabNode& slabs) {
   return slab;
 }
 
+/// Fills the slabs of a tree, from its last node to its first: children come after their parents.
+class SlabMaker {
+public:
+  SlabMaker(const Leaves& leaves, const Tree<float>& tree, Slabs& slabs)
+      : m_leaves(leaves), m_tree(tree), m_slabs(slabs), m_slabOf(tree.nodes.size()) {
+    slabs.nodes.resize(tree.nodes.size());
+  }
+
+  template <class Reader>
+  void Fill(const Reader& reader, std::size_t k) {
+    const TreeNode<float>& node = m_tree.nodes[k];
+    SlabNode filled{};
+    for (int lane = 0; lane < 4; ++lane) {
+      const TreeRef child = node.child[lane];
+      if (child.IsNone()) continue;
+      const float reach = RoundedReach(node.boxes.At(lane));
+      const Slab slab = child.IsLeaf() ? SlabOfLeaf(reader, m_leaves, child.Index(), reach)
+                                       : m_slabOf[child.Index()];
+      for (int axis = 0; axis < 3; ++axis)
+        filled.normal[axis].Set(lane, slab.normal[axis]);
+      filled.from.Set(lane, slab.from);
+      filled.to.Set(lane, slab.to);
+      filled.reach.Set(lane, reach);
+    }
+    m_slabs.nodes[k] = filled;
+    m_slabOf[k] = SlabOfNode(node, filled);
+    if (k == 0) m_slabs.root = m_slabOf[0];
+  }
+
+private:
+  const Leaves& m_leaves;
+  const Tree<float>& m_tree;
+  Slabs& m_slabs;
+  Array<Slab> m_slabOf;
+};
+
 } // namespace
 
-Slabs Slabs::Of(const Corners& corners, const Leaves& leaves, const Tree<float>& tree) {
-  Slabs slabs;
+std::unique_ptr<const Slabs> Slabs::Of(const Corners& corners, const Leaves& leaves,
+                                       const Tree<float>& tree,
+                                       const std::function<bool()>& goesOn) {
+  constexpr std::size_t kAskEvery = 1024;
+  auto slabs = std::make_unique<Slabs>();
+  bool isWhole = true;
   corners.Read([&](const auto& reader) {
     if (tree.root.IsLeaf() && !tree.root.IsNone()) {
-      slabs.root = SlabOfLeaf(reader, leaves, 0, RoundedReach(tree.box));
+      slabs->root = SlabOfLeaf(reader, leaves, 0, RoundedReach(tree.box));
       return;
     }
-    slabs.nodes.resize(tree.nodes.size());
-    Array<Slab> slabOf(tree.nodes.size());
-    for (std::size_t k = tree.nodes.size(); k-- > 0;) {
-      const TreeNode<float>& node = tree.nodes[k];
-      SlabNode filled{};
-      for (int lane = 0; lane < 4; ++lane) {
-        const TreeRef child = node.child[lane];
-        if (child.IsNone()) continue;
-        const float reach = RoundedReach(node.boxes.At(lane));
-        const Slab slab = child.IsLeaf() ? SlabOfLeaf(reader, leaves, child.Index(), reach)
-                                         : slabOf[child.Index()];
-        for (int axis = 0; axis < 3; ++axis)
-          filled.normal[axis].Set(lane, slab.normal[axis]);
-        filled.from.Set(lane, slab.from);
-        filled.to.Set(lane, slab.to);
-        filled.reach.Set(lane, reach);
-      }
-      slabs.nodes[k] = filled;
-      slabOf[k] = SlabOfNode(node, filled);
+    SlabMaker maker(leaves, tree, *slabs);
+    for (std::size_t k = tree.nodes.size(); isWhole && k-- > 0;) {
+      maker.Fill(reader, k);
+      if (goesOn && k % kAskEvery == kAskEvery - 1) isWhole = goesOn();
     }
-    if (!tree.nodes.empty()) slabs.root = slabOf[0];
   });
+  if (!isWhole) return nullptr;
   return slabs;
 }
 

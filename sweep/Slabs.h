@@ -4,6 +4,8 @@
 #include "Tree.h"
 
 #include <cmath>
+#include <functional>
+#include <memory>
 #include <vector>
 
 namespace gsl_sweep {
@@ -30,7 +32,10 @@ struct Slabs {
   std::vector<SlabNode> nodes; ///< as in the tree
   Slab root;
 
-  static Slabs Of(const Corners& corners, const Leaves& leaves, const Tree<float>& tree);
+  /// Returns null when `goesOn`, which is called now and then, returns false.
+  static std::unique_ptr<const Slabs> Of(const Corners& corners, const Leaves& leaves,
+                                         const Tree<float>& tree,
+                                         const std::function<bool()>& goesOn = {});
 
   std::size_t Bytes() const { return nodes.capacity() * sizeof(SlabNode); }
 };

@@ -97,14 +97,19 @@ WalkEnd Walk<Scalar, Judgement>::Run() {
 
 template <class Scalar, class Judgement>
 bool Walk<Scalar, Judgement>::Goes() {
+  bool isCancelled = false;
+  const auto goesOn = [&] {
+    isCancelled = isCancelled || (m_watch && !m_watch(std::min(m_done, 1.0)));
+    return !isCancelled;
+  };
   if constexpr (sizeof(Scalar) == sizeof(float)) {
     if (m_visits / kWatchEvery == kSlabsAfter / kWatchEvery + 1) {
-      m_scene.bodies.moving->MakeSlabs();
+      m_scene.bodies.moving->MakeSlabs(goesOn);
       for (const PreparedBody* body : m_scene.bodies.fixed)
-        body->MakeSlabs();
+        body->MakeSlabs(goesOn);
     }
   }
-  return !m_watch || m_watch(std::min(m_done, 1.0));
+  return goesOn();
 }
 
 template <class Scalar, class Judgement>

@@ -1,6 +1,6 @@
 #include "gsl_BBox.h"
 
-#include "gsl_Coordinates.h"
+#include "gsl_FromCoordinates.h"
 #include "gsl_Matrix.h"
 #include "kernel/Box.h"
 

@@ -10,8 +10,8 @@
 #include <new>
 
 // The order in which the vertices of a component are visited does not change the result: a
-// component is a set. So the rows that wait are not a stack or a queue but a set. They are scanned
-// in the order of memory, round after round, which is nearly one stream.
+// component is a set. So the rows that wait are a set too. They are scanned in the order of memory,
+// round after round, and the processor reads them almost as one stream.
 
 static_assert(sizeof(bool) == 1, "rows are scanned as bytes");
 
@@ -59,23 +59,23 @@ private:
   static std::size_t Word(int v) { return static_cast<std::size_t>(v) / 64; }
 };
 
-/// The unvisited vertices: a byte each, 0xFF or 0, padded to whole lines with 0, and a bit for each
-/// group of lines that has an unvisited vertex.
+/// The unvisited vertices. Each vertex has a byte, 0xFF or 0; zeros pad the bytes to whole runs.
+/// Each group of runs has a bit, which is set while the group has an unvisited vertex.
 class UnvisitedSet {
 public:
   /// Returns the size in units of 64 bits.
   static std::size_t MemoryFor(int n) {
-    const std::size_t bytes = Lines(n) * kAdjacencyRun + Groups(n) * sizeof(std::uint16_t);
+    const std::size_t bytes = Runs(n) * kAdjacencyRun + Groups(n) * sizeof(std::uint16_t);
     return Words(n) + (bytes + 7) / 8;
   }
 
   UnvisitedSet(int n, std::uint64_t* memory)
-      : m_lines(Lines(n)), m_words(Words(n)), m_live(memory),
+      : m_runs(Runs(n)), m_words(Words(n)), m_live(memory),
         m_bytes(reinterpret_cast<unsigned char*>(memory + m_words)),
-        m_left(reinterpret_cast<std::uint16_t*>(m_bytes + m_lines * kAdjacencyRun)) {
+        m_left(reinterpret_cast<std::uint16_t*>(m_bytes + m_runs * kAdjacencyRun)) {
     std::fill(m_live, m_live + m_words, std::uint64_t{0});
     std::fill(m_bytes, m_bytes + n, static_cast<unsigned char>(0xFF));
-    std::fill(m_bytes + n, m_bytes + m_lines * kAdjacencyRun, static_cast<unsigned char>(0));
+    std::fill(m_bytes + n, m_bytes + m_runs * kAdjacencyRun, static_cast<unsigned char>(0));
     for (int u = 0; u < n; u += kGroup) {
       const std::size_t group = Group(u);
       m_left[group] = static_cast<std::uint16_t>(std::min(kGroup, n - u));
@@ -84,8 +84,8 @@ public:
   }
 
   bool Has(int u) const { return m_bytes[u] != 0; }
-  std::size_t LineCount() const { return m_lines; }
-  const unsigned char* Line(std::size_t line) const { return m_bytes + line * kAdjacencyRun; }
+  std::size_t RunCount() const { return m_runs; }
+  const unsigned char* BytesOf(std::size_t run) const { return m_bytes + run * kAdjacencyRun; }
 
   void Remove(int u) {
     m_bytes[u] = 0;
@@ -93,41 +93,41 @@ public:
     if (--m_left[group] == 0) m_live[group / 64] &= ~(std::uint64_t{1} << group % 64);
   }
 
-  /// Returns the first line from `line` on, a multiple of kGroupLines, in a group with an unvisited
-  /// vertex.
-  std::size_t NextLive(std::size_t line) const { return Next(line, 0); }
-  /// Returns the first line from `line` on, a multiple of kGroupLines, in a group without an
-  /// unvisited vertex.
-  std::size_t NextDead(std::size_t line) const { return Next(line, ~std::uint64_t{0}); }
+  /// Returns the first run from `run` on that is in a group with an unvisited vertex. Requires a
+  /// multiple of kGroupRuns.
+  std::size_t NextLive(std::size_t run) const { return Next(run, 0); }
+  /// Returns the first run from `run` on that is in a group without an unvisited vertex. Requires a
+  /// multiple of kGroupRuns.
+  std::size_t NextDead(std::size_t run) const { return Next(run, ~std::uint64_t{0}); }
 
 private:
-  static constexpr std::size_t kGroupLines = 4;
-  static constexpr int kGroup = kAdjacencyRun * static_cast<int>(kGroupLines);
+  static constexpr std::size_t kGroupRuns = 4;
+  static constexpr int kGroup = kAdjacencyRun * static_cast<int>(kGroupRuns);
 
-  std::size_t m_lines;
+  std::size_t m_runs;
   std::size_t m_words;
   std::uint64_t* m_live;
   unsigned char* m_bytes;
   std::uint16_t* m_left; ///< unvisited vertices of each group
 
-  static std::size_t Lines(int n) {
+  static std::size_t Runs(int n) {
     return (static_cast<std::size_t>(n) + kAdjacencyRun - 1) / kAdjacencyRun;
   }
-  static std::size_t Groups(int n) { return (Lines(n) + kGroupLines - 1) / kGroupLines; }
+  static std::size_t Groups(int n) { return (Runs(n) + kGroupRuns - 1) / kGroupRuns; }
   static std::size_t Words(int n) { return (Groups(n) + 63) / 64; }
   static std::size_t Group(int u) { return static_cast<std::size_t>(u / kGroup); }
 
-  /// Requires that `line` is one of the lines.
-  std::size_t Next(std::size_t line, std::uint64_t flip) const {
-    const std::size_t group = line / kGroupLines;
+  /// Requires that `run` is one of the runs.
+  std::size_t Next(std::size_t run, std::uint64_t flip) const {
+    const std::size_t group = run / kGroupRuns;
     std::size_t word = group / 64;
     std::uint64_t bits = (m_live[word] ^ flip) & ~std::uint64_t{0} << group % 64;
     while (bits == 0) {
-      if (++word >= m_words) return m_lines;
+      if (++word >= m_words) return m_runs;
       bits = m_live[word] ^ flip;
     }
     const std::size_t found = word * 64 + static_cast<std::size_t>(__builtin_ctzll(bits));
-    return std::min(m_lines, found * kGroupLines);
+    return std::min(m_runs, found * kGroupRuns);
   }
 };
 
@@ -161,21 +161,21 @@ public:
 
   Labelling(const bool* a, int count, int* l, std::uint64_t* memory)
       : m_adjacency(reinterpret_cast<const unsigned char*>(a)), m_n(count), m_end(Row(count)),
-        m_labels(l), m_piece(0), m_unvisitedCount(count), m_waiting(count, memory),
+        m_labels(l), m_component(0), m_unvisitedCount(count), m_waiting(count, memory),
         m_unvisited(count, memory + WaitingSet::Words(count)), m_kernels(gsl_BestWideKernels()) {}
 
-  int Run() {
+  int LabelAll() {
     for (int start = 0; m_unvisitedCount > 0; ++start) {
-      // A vertex that points into an earlier component, and is not pointed to, is still here.
+      // A vertex that only points into earlier components is still unvisited.
       if (!m_unvisited.Has(start)) continue;
       Visit(start);
       for (int v = start; v >= 0 && m_unvisitedCount > 0; v = m_waiting.From(v)) {
         m_waiting.Remove(v);
         ScanRow(v);
       }
-      ++m_piece;
+      ++m_component;
     }
-    return m_piece;
+    return m_component;
   }
 
 private:
@@ -183,7 +183,7 @@ private:
   const int m_n;
   const unsigned char* const m_end;
   int* const m_labels;
-  int m_piece;
+  int m_component;
   int m_unvisitedCount;
   WaitingSet m_waiting;
   UnvisitedSet m_unvisited;
@@ -194,8 +194,8 @@ private:
   }
 
   void Visit(int u) {
-    m_labels[u] = m_piece;
-    // A vertex is visited before its row is looked at.
+    m_labels[u] = m_component;
+    // The vertex is removed before its row is scanned, so that an edge to itself finds nothing.
     m_unvisited.Remove(u);
     --m_unvisitedCount;
     m_waiting.Add(u);
@@ -209,18 +209,18 @@ private:
 
   void ScanRow(int v) {
     const unsigned char* const row = Row(v);
-    // The last line reaches into the next row, where no vertex is open. After the last row there is
-    // nothing to read.
+    // The last run reaches into the next row, where no vertex is open. The last row has no next
+    // row, so its last run is copied.
     const std::size_t readable =
-        m_unvisited.LineCount() * kAdjacencyRun <= static_cast<std::size_t>(m_end - row)
-            ? m_unvisited.LineCount()
+        m_unvisited.RunCount() * kAdjacencyRun <= static_cast<std::size_t>(m_end - row)
+            ? m_unvisited.RunCount()
             : static_cast<std::size_t>(m_n / kAdjacencyRun);
-    for (std::size_t line = m_unvisited.NextLive(0); line < readable;) {
-      const std::size_t dead = std::min(readable, m_unvisited.NextDead(line));
-      ScanLines(v, line, dead);
-      line = dead < readable ? m_unvisited.NextLive(dead) : readable;
+    for (std::size_t run = m_unvisited.NextLive(0); run < readable;) {
+      const std::size_t dead = std::min(readable, m_unvisited.NextDead(run));
+      ScanRuns(v, run, dead);
+      run = dead < readable ? m_unvisited.NextLive(dead) : readable;
     }
-    if (readable < m_unvisited.LineCount()) {
+    if (readable < m_unvisited.RunCount()) {
       unsigned char padded[kAdjacencyRun] = {};
       std::memcpy(padded, row + readable * kAdjacencyRun,
                   static_cast<std::size_t>(m_n % kAdjacencyRun));
@@ -228,23 +228,23 @@ private:
     }
   }
 
-  void ScanLines(int v, std::size_t line, std::size_t dead) {
+  void ScanRuns(int v, std::size_t run, std::size_t dead) {
     const unsigned char* const row = Row(v);
-    while (line < dead) {
-      line += m_kernels.skipLines(row + line * kAdjacencyRun, m_unvisited.Line(line),
-                                  RowAfter(v) + line * kAdjacencyRun, dead - line);
-      if (line == dead) break;
-      VisitFrom(line, row + line * kAdjacencyRun);
-      ++line;
+    while (run < dead) {
+      run += m_kernels.skipRuns(row + run * kAdjacencyRun, m_unvisited.BytesOf(run),
+                                RowAfter(v) + run * kAdjacencyRun, dead - run);
+      if (run == dead) break;
+      VisitFrom(run, row + run * kAdjacencyRun);
+      ++run;
     }
   }
 
-  void VisitFrom(std::size_t line, const unsigned char* entries) {
-    const unsigned char* const open = m_unvisited.Line(line);
+  void VisitFrom(std::size_t run, const unsigned char* entries) {
+    const unsigned char* const open = m_unvisited.BytesOf(run);
     for (int k = 0; k < kAdjacencyRun; k += 8) {
       std::uint64_t edges = LoadWord(entries + k) & LoadWord(open + k);
       for (; edges != 0; edges = WithoutByte(edges, FirstByte(edges))) {
-        Visit(static_cast<int>(line) * kAdjacencyRun + k + FirstByte(edges));
+        Visit(static_cast<int>(run) * kAdjacencyRun + k + FirstByte(edges));
       }
     }
   }
@@ -257,14 +257,14 @@ int LabelEntryByEntry(const bool* adjacency, int n, int* labels) {
   constexpr int kEndOfChain = -2;
   const auto link = [](int vertex) { return kEndOfChain - 1 - vertex; };
   std::fill(labels, labels + n, kUnvisited);
-  int piece = 0;
+  int component = 0;
   for (int start = 0; start < n; ++start) {
     if (labels[start] != kUnvisited) continue;
     labels[start] = kEndOfChain;
     for (int waiting = link(start); waiting != kEndOfChain;) {
       const int v = link(waiting);
       waiting = labels[v];
-      labels[v] = piece;
+      labels[v] = component;
       const bool* const row = adjacency + static_cast<std::size_t>(v) * static_cast<std::size_t>(n);
       for (int u = 0; u < n; ++u) {
         if (labels[u] != kUnvisited || !row[u]) continue;
@@ -272,9 +272,9 @@ int LabelEntryByEntry(const bool* adjacency, int n, int* labels) {
         waiting = link(u);
       }
     }
-    ++piece;
+    ++component;
   }
-  return piece;
+  return component;
 }
 
 } // namespace
@@ -284,6 +284,6 @@ void gsl_DepthFirstSearch(bool const* adjacency, int n, int* labels, int& count)
   if (n <= 0) return;
   const std::unique_ptr<std::uint64_t[]> memory(new (std::nothrow)
                                                     std::uint64_t[Labelling::MemoryFor(n)]);
-  count = memory != nullptr ? Labelling(adjacency, n, labels, memory.get()).Run()
+  count = memory != nullptr ? Labelling(adjacency, n, labels, memory.get()).LabelAll()
                             : LabelEntryByEntry(adjacency, n, labels);
 }

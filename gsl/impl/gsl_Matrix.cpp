@@ -1,6 +1,6 @@
 #include "gsl_Matrix.h"
 
-#include "gsl_Coordinates.h"
+#include "gsl_FromCoordinates.h"
 #include "gsl_Settings.h"
 #include "kernel/Matrix.h"
 
@@ -58,7 +58,7 @@ void gsl_Matrix::Concatenate(const gsl_Matrix& o) {
 bool gsl_Matrix::IsIdentity() const {
   if (isIdentity != kNotKnown) return isIdentity == kIsIdentity;
   for (int c = 0; c < 4; ++c) {
-    // fourth-row-is-rewritten-unchecked: three rows decide about four.
+    // identity-test-rewrites-the-matrix: three rows decide about four.
     for (int r = 0; r < 3; ++r) {
       const double exact = r == c ? 1.0 : 0.0;
       const bool near = m[r][c] >= exact - gsl_kernel::kIdentityTolerance &&

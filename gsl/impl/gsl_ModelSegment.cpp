@@ -19,7 +19,7 @@ unsigned int gsl_ModelSegment::DynTypeId() const {
 }
 
 gsl_Vector gsl_ModelSegment::Direction() const {
-  // empty-end-is-unit-z: the direction is the default vector.
+  // The direction of a segment without an end is the default vector.
   if (m_point1.IsEmpty() || m_point2.IsEmpty()) return {};
   return {m_point1->GetPoint(), m_point2->GetPoint()};
 }

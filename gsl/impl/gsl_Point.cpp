@@ -1,7 +1,7 @@
 #include "gsl_Point.h"
 
-#include "gsl_Coordinates.h"
 #include "gsl_EntityPredicates.h"
+#include "gsl_FromCoordinates.h"
 #include "gsl_Matrix.h"
 #include "gsl_Printing.h"
 #include "gsl_Settings.h"

@@ -1,7 +1,7 @@
 #include "gsl_Segment.h"
 
-#include "gsl_Coordinates.h"
 #include "gsl_EntityPredicates.h"
+#include "gsl_FromCoordinates.h"
 #include "gsl_Settings.h"
 #include "kernel/SegmentPair.h"
 

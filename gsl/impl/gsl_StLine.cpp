@@ -1,7 +1,7 @@
 #include "gsl_StLine.h"
 
-#include "gsl_Coordinates.h"
 #include "gsl_EntityPredicates.h"
+#include "gsl_FromCoordinates.h"
 #include "gsl_Settings.h"
 
 gsl_StLine::gsl_StLine() : gsl_StLine(gsl_Point(), gsl_Vector(1.0, 0.0, 0.0)) {}

@@ -1,7 +1,7 @@
 #ifndef GSL_SWEEP_OUTPUTS_H
 #define GSL_SWEEP_OUTPUTS_H
 
-#include "gsl_Coordinates.h"
+#include "gsl_FromCoordinates.h"
 #include "kernel/SweepContacts.h"
 
 /// Writes what a sweep found: the distance, and the contacts with their identities. A vertex has

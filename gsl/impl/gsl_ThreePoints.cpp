@@ -1,7 +1,7 @@
 #include "gsl_ThreePoints.h"
 
-#include "gsl_Coordinates.h"
 #include "gsl_EntityPredicates.h"
+#include "gsl_FromCoordinates.h"
 #include "gsl_Settings.h"
 #include "kernel/ThreePoints.h"
 
@@ -16,7 +16,7 @@ bool gsl_NormalToThreePoints(const gsl_Point& p0, const gsl_Point& p1, const gsl
 
 bool gsl_ThreePointsColinear(const gsl_Dot* d0, const gsl_Dot* d1, const gsl_Dot* d2) {
   gsl_Vector normal;
-  // middle-dot-decides: the normal compares the sine at its second point.
+  // The normal compares the sine at its second point, so the order counts at the limit.
   return !gsl_NormalToThreePoints(d0->GetPoint(), d1->GetPoint(), d2->GetPoint(), normal);
 }
 

@@ -61,7 +61,7 @@ inline double SinglePrecisionPower(double base, int n) {
   const std::int64_t steps = std::abs(static_cast<std::int64_t>(n)) - 1;
   for (std::int64_t i = 0; i < steps; ++i) {
     const double exact = n > 0 ? value * base : value / base;
-    // power-in-single-precision: the running value loses digits on purpose.
+    // The running value is rounded to single precision on purpose.
     const auto next = static_cast<float>(exact);
     const bool settled = std::fabs(next) == std::fabs(value) || std::isnan(next);
     value = next;

@@ -33,7 +33,7 @@ StoredMatrix StoredFormOf(const gsl_Matrix& matrix) {
     for (std::size_t c = 0; c < kSize; ++c)
       stored.entries(r, c) = matrix.m[r][c];
   }
-  // near-identity-is-written-as-it-is: IsIdentity() may snap the matrix, so the entries come first.
+  // IsIdentity() may rewrite the matrix, so the entries are copied first.
   stored.isIdentity = matrix.IsIdentity() ? 1 : 0;
   return stored;
 }

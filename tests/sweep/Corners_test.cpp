@@ -51,6 +51,24 @@ TEST(Corners, AreSingleWhereThatHoldsEveryNumber) {
   EXPECT_TRUE(zero.IsSingle() && std::signbit(zero.VertexAt(2).y));
 }
 
+TEST(Corners, ANaNDoesNotCostSinglePrecision) {
+  std::vector<double> vertices(3 * 5000, 0.5);
+  const std::vector<std::uint32_t> corners{0, 1, 2, 4999, 1, 0, 3, 1366, 4};
+  for (const double unfit : {kNaN, kInfinity}) {
+    // In a block, at the end of a block, and after the last whole group of four.
+    for (const std::size_t place : {9u, 4098u, 14999u}) {
+      std::vector<double> other = vertices;
+      other[place] = unfit;
+      const Corners kept(ViewOf(other, corners));
+      EXPECT_TRUE(kept.IsSingle());
+      EXPECT_EQ(kept.SkippedCount(), 1u);
+      EXPECT_EQ(kept.VertexAt(1).x, 0.5);
+      other[place - 2] = std::nextafter(0.5, 1.0);
+      EXPECT_FALSE(Corners(ViewOf(other, corners)).IsSingle());
+    }
+  }
+}
+
 TEST(Corners, WithoutIndicesEveryThreeVerticesAreATriangle) {
   const std::vector<double> vertices{0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16, 17};
   const Corners corners({vertices.data(), 6, nullptr, 2});

@@ -107,19 +107,27 @@ TEST(Engine, OffsetsThatLeaveTheRangeOfDoubleDropTriangles) {
 }
 
 TEST(Engine, WatchThatSaysNoCancels) {
-  const Mesh mesh = Soup(1, 4000);
-  const PreparedBody body(ViewOf(mesh));
-  const SceneBodies bodies{&body, {&body}};
-  Question question = Towards({1.0, 0.3, 0.2});
-  question.offset = {-1.9, 0.0, 0.0};
-  Workspaces workspaces;
-  const Mesh bowl = Bowl(300, 0.2);
-  const PreparedBody large(ViewOf(bowl));
-  question.offset = {0.3, 0.2, 0.5};
-  const Answer answer = AnswerQuestion(
-      {&large, {&large}}, question, [](double) { return false; }, workspaces);
-  if (answer.status == SweepStatus::Cancelled) {
-    EXPECT_TRUE(SameBits(answer, Answer()));
+  // Specks in a cube above specks in a cube: many pairs to look at, and hardly one that meets.
+  std::mt19937_64 random(4);
+  const Mesh specks = sweep_shapes::Soup(random, 20000, 1.0, 1e-5, 0.0);
+  const Mesh others = sweep_shapes::Soup(random, 20000, 1.0, 1e-5, 0.0);
+  const Question question = Towards({0.0, 0.0, -1.0});
+  std::size_t calls = 0;
+  // The bodies are fresh, so that some calls come while their slabs are being made.
+  const auto answer = [&](std::size_t allowed) {
+    const PreparedBody above(ViewOf(sweep_shapes::Moved(specks, {0.0, 0.0, 3.0})));
+    const PreparedBody below(ViewOf(others));
+    const SceneBodies bodies{&above, {&below}};
+    Workspaces workspaces;
+    calls = 0;
+    return AnswerQuestion(
+        bodies, question, [&](double) { return ++calls <= allowed; }, workspaces);
+  };
+  EXPECT_EQ(answer(1000000).status, SweepStatus::None);
+  ASSERT_GT(calls, 12u);
+  for (std::size_t allowed = 0; allowed < 12; ++allowed) {
+    EXPECT_TRUE(SameBits(answer(allowed), Answer()));
+    EXPECT_EQ(calls, allowed + 1);
   }
 }
 

@@ -51,8 +51,7 @@ TEST(Leaves, BoundsAreExact) {
   EXPECT_EQ(parts.boxes.bounds.high[2], 7.3);
 }
 
-TEST(Leaves, ScatteredTrianglesAreSorted) {
-  Mesh mesh = Bowl(60, 0.2);
+Mesh Shuffled(const Mesh& mesh) {
   std::vector<std::size_t> order(mesh.TriangleCount());
   std::iota(order.begin(), order.end(), 0u);
   Shuffle(order, 7);
@@ -61,6 +60,12 @@ TEST(Leaves, ScatteredTrianglesAreSorted) {
     sweep_shapes::AddTriangle(shuffled, mesh.corners[3 * k], mesh.corners[3 * k + 1],
                               mesh.corners[3 * k + 2]);
   }
+  return shuffled;
+}
+
+TEST(Leaves, ScatteredTrianglesAreSorted) {
+  const Mesh mesh = Bowl(60, 0.2);
+  const Mesh shuffled = Shuffled(mesh);
   const Parts parts(shuffled);
   EXPECT_TRUE(parts.corners.IsReordered());
   ExpectWhole(parts, mesh.TriangleCount());
@@ -74,6 +79,34 @@ TEST(Leaves, ScatteredTrianglesAreSorted) {
   std::sort(numbers.begin(), numbers.end());
   for (std::size_t k = 0; k < numbers.size(); ++k)
     ASSERT_EQ(numbers[k], k);
+}
+
+/// The leaves are the same at any size and at any place: those that single precision cannot measure
+/// are no worse.
+TEST(Leaves, SizeAndPlaceOfABodyDoNotMatter) {
+  Mesh mesh = Shuffled(Bowl(60, 0.2));
+  for (Coord3& p : mesh.corners)
+    p = {std::round(0x1p20 * p.x), std::round(0x1p20 * p.y), std::round(0x1p20 * p.z)};
+  const Parts plain(mesh);
+  ASSERT_TRUE(plain.corners.IsReordered());
+  const auto expectTheSame = [&](const Mesh& other, int stray) {
+    Parts parts(other);
+    EXPECT_TRUE(parts.corners.IsReordered());
+    ExpectWhole(parts, mesh.TriangleCount());
+    ASSERT_NEAR(static_cast<double>(parts.leaves.Count()),
+                static_cast<double>(plain.leaves.Count()), stray);
+    for (std::size_t leaf = 0; stray == 0 && leaf < plain.leaves.Count(); ++leaf)
+      ASSERT_EQ(parts.leaves.begin[leaf], plain.leaves.begin[leaf]);
+  };
+  for (const int exponent : {-990, -498, -130, 130, 498, 990}) {
+    const double factor = std::ldexp(1.0, exponent);
+    Mesh other = sweep_shapes::Stretched(mesh, {factor, factor, factor});
+    expectTheSame(other, 0);
+    if (exponent > 0) other.corners[1000] = {0.0, 0x1p1020, 0.0};
+    expectTheSame(other, 32);
+  }
+  // Too far from the origin for single precision: four triangles to one unit in its last place.
+  expectTheSame(sweep_shapes::Moved(mesh, {0x1p40, 0.0, -0x1p41}), 0);
 }
 
 TEST(Leaves, AHugeTriangleIsALeafOfItsOwn) {

@@ -5,6 +5,7 @@
 #include "PairKernel.h"
 #include "SweepAsk.h"
 #include "SweepShapes.h"
+#include "TestScale.h"
 #include "reference/PairSweepOracle.h"
 
 #include <gtest/gtest.h>
@@ -558,7 +559,7 @@ TEST(Pair, ReportedTravelIsNeverBeyondTheGreatestDistance) {
   RealsIn unit(-1.0, 1.0);
   int within = 0;
   int beyond = 0;
-  for (int round = 0; round < 4000; ++round) {
+  for (long round = 0; round < Scaled(4000); ++round) {
     const double size = std::ldexp(1.0, static_cast<int>(random() % 2000) - 1060);
     const Mesh moving = PointAt({size * unit(random), size * unit(random), 4.0 * size});
     const Coord3 d{0.1 * unit(random), 0.1 * unit(random), -1.0};
@@ -576,8 +577,8 @@ TEST(Pair, ReportedTravelIsNeverBeyondTheGreatestDistance) {
               SweepStatus::Contact);
     EXPECT_EQ(Ask(moving, Slope(size), d, std::nextafter(limit, 0.0)).status, SweepStatus::None);
   }
-  EXPECT_GT(within, 1000);
-  EXPECT_GT(beyond, 1000);
+  EXPECT_GT(within, Scaled(1000));
+  EXPECT_GT(beyond, Scaled(1000));
 }
 
 /// First contact by the linear programme of every pair, in fractions.
@@ -664,8 +665,8 @@ TEST(Pair, ManyThinTrianglesAslantEndInTime) {
   // Two combs of long strips across each other at 45 degrees to the axes.
   const auto comb = [](double z, double sense) {
     Mesh mesh;
-    for (int k = 0; k < 4000; ++k) {
-      const double at = 0.01 * k;
+    for (long k = 0; k < Scaled(4000); ++k) {
+      const double at = 0.01 * static_cast<double>(k);
       AddTriangle(mesh, {at, sense * at, z}, {at + 40.0, sense * at - sense * 40.0, z},
                   {at + 0.005, sense * (at + 0.005), z});
     }
@@ -776,6 +777,35 @@ TEST(Pair, BatchIsCancelledWithinAQuestion) {
   pair.First(&question, 1, &answer, run);
   EXPECT_EQ(answer.status, SweepStatus::Cancelled);
   EXPECT_EQ(pair.FirstOfEach(question, run)[0].status, SweepStatus::Cancelled);
+}
+
+TEST(Pair, CancelIsNoticedWhileABodyIsStillBeingPrepared) {
+  // A question that is answered at a glance, after preparing that takes longer.
+  const Mesh box = Box({0.0, 0.0, 0.0}, {1.0, 1.0, 1.0});
+  std::mt19937_64 random(5);
+  const Mesh fixed = Soup(random, 100000, 1.0, 1e-3, 0.0);
+  Question question;
+  question.direction = {1.0, 0.0, 0.0};
+  for (const bool isBatch : {false, true}) {
+    const Pair pair = PairOf(Moved(box, {9.0, 0.0, 0.0}), fixed);
+    const auto ask = [&](const gsl_sweep::Run& run) {
+      if (!isBatch) return pair.First(question, run).status;
+      Answer answer;
+      pair.First(&question, 1, &answer, run);
+      return answer.status;
+    };
+    gsl_sweep::Run run = OnThreads(1);
+    EXPECT_EQ(ask(run), SweepStatus::None);
+    std::vector<double> parts;
+    run.progress = [&parts](double part) {
+      parts.push_back(part);
+      return false;
+    };
+    EXPECT_EQ(ask(run), SweepStatus::Cancelled);
+    EXPECT_EQ(parts, std::vector<double>{0.0});
+    run.progress = {};
+    EXPECT_EQ(ask(run), SweepStatus::None);
+  }
 }
 
 TEST(Pair, OverflowOfOneOfEachNamesTheFixedBody) {

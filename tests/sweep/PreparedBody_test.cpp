@@ -7,6 +7,7 @@
 
 #include <cstdint>
 #include <limits>
+#include <stdexcept>
 #include <thread>
 
 namespace {
@@ -67,6 +68,21 @@ TEST(PreparedBody, IsMadeOnceByManyThreads) {
   ASSERT_NE(body.SlabsIfMade(), nullptr);
   EXPECT_EQ(body.SlabsIfMade()->nodes.size(), single[0]->nodes.size());
   EXPECT_GT(body.Bytes(), before);
+}
+
+TEST(PreparedBody, SlabsThatAreGivenUpAreMadeLater) {
+  const Mesh mesh = Bowl(200, 0.3);
+  const PreparedBody body(ViewOf(mesh));
+  int asked = 0;
+  body.MakeSlabs([&asked] { return ++asked < 0; });
+  EXPECT_EQ(asked, 1);
+  EXPECT_EQ(body.SlabsIfMade(), nullptr);
+  EXPECT_THROW(body.MakeSlabs([]() -> bool { throw std::runtime_error("no"); }),
+               std::runtime_error);
+  EXPECT_EQ(body.SlabsIfMade(), nullptr);
+  body.MakeSlabs([&asked] { return ++asked > 0; });
+  EXPECT_GT(asked, 1);
+  EXPECT_NE(body.SlabsIfMade(), nullptr);
 }
 
 TEST(PreparedBody, MovedHoldsWhatIsMadeAfresh) {

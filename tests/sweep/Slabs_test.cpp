@@ -38,7 +38,7 @@ std::vector<Mesh> Families() {
 TEST(Slabs, HoldEveryCorner) {
   for (const Mesh& mesh : Families()) {
     const Parts parts(mesh);
-    const Slabs slabs = Slabs::Of(parts.corners, parts.leaves, parts.tree);
+    const Slabs slabs = *Slabs::Of(parts.corners, parts.leaves, parts.tree);
     ASSERT_EQ(slabs.nodes.size(), parts.tree.nodes.size());
     for (std::size_t k = 0; k < slabs.nodes.size(); ++k) {
       for (int lane = 0; lane < 4; ++lane) {
@@ -62,11 +62,11 @@ TEST(Slabs, HoldEveryCorner) {
 TEST(Slabs, AreThinWhereTheSurfaceIsFlat) {
   const Mesh plate = sweep_shapes::Moved(Bowl(30, 0.0), {0.0, 0.0, 1.0});
   const Parts parts(plate);
-  const Slabs slabs = Slabs::Of(parts.corners, parts.leaves, parts.tree);
+  const Slabs slabs = *Slabs::Of(parts.corners, parts.leaves, parts.tree);
   EXPECT_LT(slabs.root.to - slabs.root.from, 1e-3f);
   EXPECT_NEAR(std::fabs(slabs.root.normal[2]), 1.0f, 1e-6f);
   const Parts one(Mesh{plate.file, {plate.corners.begin(), plate.corners.begin() + 3}, {}});
-  EXPECT_LT(Slabs::Of(one.corners, one.leaves, one.tree).root.to, 1.00001f);
+  EXPECT_LT(Slabs::Of(one.corners, one.leaves, one.tree)->root.to, 1.00001f);
 }
 
 /// Two bowls of which corner k of the moving one meets corner j of the fixed one after `travel`:
@@ -92,8 +92,8 @@ TEST(SlabTest, NeverRejectsACornerThatMeetsACorner) {
     moving = sweep_shapes::Moved(moving, gsl_arithmetic::Subtract(target, moving.corners[k]));
     const Parts a(moving);
     const Parts b(fixed);
-    const Slabs slabsA = Slabs::Of(a.corners, a.leaves, a.tree);
-    const Slabs slabsB = Slabs::Of(b.corners, b.leaves, b.tree);
+    const Slabs slabsA = *Slabs::Of(a.corners, a.leaves, a.tree);
+    const Slabs slabsB = *Slabs::Of(b.corners, b.leaves, b.tree);
     const SlabTest test(d);
     const TreeNode<float>& node = a.tree.nodes[0];
     const Float4 error = (slabsA.nodes[0].reach + Float4::Of(RoundedUp(b.tree.box.Reach()))) *

@@ -6,15 +6,15 @@
 namespace gsl_kernel {
 
 /// Largest difference between the entries of equal matrices.
-// matrix-tolerance-is-fixed: the settings do not change it.
+// tolerance-is-fixed: the settings do not change it.
 constexpr double kMatrixEqualTolerance = 0.001;
 /// Distance from the exact identity that still counts as the identity.
 constexpr double kIdentityTolerance = 1e-5;
 /// Unit components of parallel directions, when two lines are intersected.
-// parallel-tolerance-is-fixed: the settings do not change it.
+// tolerance-is-fixed: the settings do not change it.
 constexpr double kLineParallelTolerance = 1e-5;
 /// Bounds of equal intervals.
-// interval-tolerance-is-fixed: the settings do not change it.
+// tolerance-is-fixed: the settings do not change it.
 constexpr double kIntervalTolerance = 1e-8;
 /// Cosine of the middle angle below which a rotation is in gimbal lock: 2 to the power -19.
 constexpr double kGimbalLockCosine = 1.9073486328125e-6;

@@ -179,20 +179,50 @@ constexpr double kLeastCross =
     kLineParallelTolerance * (1.0 - kLineParallelTolerance * kLineParallelTolerance / 4.0) -
     (2.0 * 3.0 + 1.0 + 2.0 * 1.0 + 1.0) * kUnitRoundoff;
 
-/// What is not divided by |u x v|, in unit roundoffs of the sum of the sizes.
-// With R, the sum of all coordinates plus what the target was lengthened by. |s|, |w| and every
-// length are at most R.
-//   w, the quotient s, the product s u        R each                                   3
-//   the sum start + s u                       at most 2 R                              2
-//   v is off the direction of d by 1 h        over at most 2 R along the ray           2
-//   u is off the target's by 2 h              over at most R                           2
-//   the position along the target             dot 4 h, length squared 7 h, quotient
-//                                             1 h, length 3 h, product 1 h            16
-//   each aside value of GapAside, 2 h         their sizes add up to R                  2
-//   the difference of two of them             at most R                                1
-//   IsOn of two first ends                    difference 1 h, cross product 2 h        3
-//   AsideReach itself                         11 sums, 2 + 3 operations               16
-constexpr double kUndividedRoundoffs = 3.0 + 2.0 + 2.0 + 2.0 + 16.0 + 2.0 + 1.0 + 3.0 + 16.0;
+// The errors below are not divided by |u x v|. They are in unit roundoffs of R, the sum of the
+// sizes of all coordinates plus what the target was lengthened by. |s|, |w| and every length are at
+// most R.
+
+/// Error of start + s u, after N and D, in unit roundoffs of R.
+// w, the quotient s and the product s u are at most R each, and have 1 h each. The sum is at most
+// 2 R and has 1 h.
+constexpr double kCrossingPointRoundoffs = 1.0 + 1.0 + 1.0 + 2.0 * 1.0;
+
+/// How far aside the ray is where v is off the direction of d, in unit roundoffs of R.
+// The components of v have 1 h each: the product. Their common factor does not turn v. The ray is
+// at most 2 R long.
+constexpr double kRayTurnRoundoffs = 2.0 * 1.0;
+
+/// How far aside the target is where u is off its direction, in unit roundoffs of R.
+// The components of u have 2 h each: the difference of two coordinates and the product. The target
+// is at most R long.
+constexpr double kTargetTurnRoundoffs = 1.0 + 1.0;
+
+/// Error of the position along the target, in unit roundoffs of R.
+// The dot product has 4 h: two differences, the product, the sum. The length has 3 h: 1 h of the
+// differences, and 2 h as in kUnitSquareRoundoffs. Its square has 7 h. The quotient has 1 h more.
+// The quotient is multiplied by the length, 3 h, which adds 1 h.
+constexpr double kPositionRoundoffs = 4.0 + (2.0 * 3.0 + 1.0) + 1.0 + 3.0 + 1.0;
+
+/// Error of GapAside, in unit roundoffs of R |d|.
+// Each aside value has 2 h: the product and the difference. The two that count add up to at most
+// R |d|, and so does their difference, which has 1 h.
+constexpr double kGapAsideRoundoffs = (1.0 + 1.0) + 1.0;
+
+/// Error of both sides of IsOn for two first ends, in unit roundoffs of R |d|.
+// The cross product has 3 h: the difference of the ends, the product, the difference of products.
+// The other side is the tolerance times two lengths: 3 h for the ends, 2 h for d, and two products.
+constexpr double kFirstEndsRoundoffs = (1.0 + 1.0 + 1.0) + (3.0 + 2.0 + 1.0 + 1.0);
+
+/// Error of AsideReach, in unit roundoffs of its value.
+// A size passes at most 2 + 3 sums, then a product and a sum in `widest`. The reach adds two sums
+// and two products, and the length of d has 2 h.
+constexpr double kReachRoundoffs = (2.0 + 3.0) + 2.0 + (2.0 + 2.0) + 2.0;
+
+/// What is not divided by |u x v|, in unit roundoffs of R.
+constexpr double kUndividedRoundoffs = kCrossingPointRoundoffs + kRayTurnRoundoffs +
+                                       kTargetTurnRoundoffs + kPositionRoundoffs +
+                                       kGapAsideRoundoffs + kFirstEndsRoundoffs + kReachRoundoffs;
 
 /// How far aside of its ray rounding puts a crossing, relative to the coordinates plus whatever the
 /// target was lengthened by.

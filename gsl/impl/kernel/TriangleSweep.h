@@ -104,7 +104,7 @@ inline bool EdgeOnTriangleDist(const SourcedTriangle& edgeTri, const SourcedTria
     if (!face.Contains(shadow.p[i].c)) continue;
     const double g = std::fabs(Distance(edgeTri.p[i].c, shadow.p[i].c));
     if (!(contacts.distance > g)) continue;
-    // edge-on-vertex-counts-when-closer: a crossing counts always.
+    // A vertex counts only when it is closer; a crossing always counts.
     found = true;
     contacts.Accept(k, edgeTri.p[i], shadow.p[i], g);
   }

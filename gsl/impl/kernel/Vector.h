@@ -36,7 +36,7 @@ inline Measured3 UnitNormal(const Coord3& p1, const Coord3& p2, const Coord3& p3
   const Measured3 a = Between(p1, p2);
   const Measured3 b = Between(p2, p3);
   const Measured3 c = Measure(Cross(a.c, b.c));
-  // cosine-tolerance-itself-is-collinear: this test is closed, the others are strict.
+  // This test is closed: at the tolerance itself the points are collinear.
   if (cosineTolerance * a.magnitude * b.magnitude >= c.magnitude) return {{0.0, 0.0, 0.0}, 0.0};
   return gsl_arithmetic::Scaled(c, 1.0 / c.magnitude);
 }

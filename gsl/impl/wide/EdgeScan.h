@@ -9,7 +9,8 @@
 namespace gsl_wide {
 namespace GSL_LANES_NAMESPACE {
 
-/// The edges of one line that lead to open vertices, or-ed together.
+/// Returns the edges of one run that lead to open vertices. The parts of the run are or-ed
+/// together.
 GSL_ALWAYS_INLINE Bits OpenEdges(const unsigned char* entries, const unsigned char* open) {
   Bits found = LoadBits(entries) & LoadBits(open);
 #pragma GCC unroll 4
@@ -19,14 +20,14 @@ GSL_ALWAYS_INLINE Bits OpenEdges(const unsigned char* entries, const unsigned ch
   return found;
 }
 
-/// Returns how many lines to skip to the first line with an edge to an open vertex, or `lines` when
-/// no line has such an edge. The same lines of the row that comes next are fetched into the
-/// second-level cache.
-inline std::size_t SkipLines(const unsigned char* entries, const unsigned char* open,
-                             const unsigned char* next, std::size_t lines) {
-  std::size_t line = 0;
-  for (; line + 4 <= lines; line += 4) {
-    const std::size_t at = line * kAdjacencyRun;
+/// Returns how many runs to skip to the first run with an edge to an open vertex, or `runs` when
+/// no run has such an edge. Fetches the same runs of the row that comes next into the second-level
+/// cache.
+inline std::size_t SkipRuns(const unsigned char* entries, const unsigned char* open,
+                            const unsigned char* next, std::size_t runs) {
+  std::size_t run = 0;
+  for (; run + 4 <= runs; run += 4) {
+    const std::size_t at = run * kAdjacencyRun;
     Bits found[4];
 #pragma GCC unroll 4
     for (int k = 0; k < 4; ++k) {
@@ -34,15 +35,15 @@ inline std::size_t SkipLines(const unsigned char* entries, const unsigned char* 
       found[k] = OpenEdges(entries + at + k * kAdjacencyRun, open + at + k * kAdjacencyRun);
     }
     if (AnyBit(found[0] | found[1] | found[2] | found[3])) {
-      // No branch: which of the four it is cannot be predicted.
+      // No branch is used, because no processor can predict which of the four it is.
       const int which = AnyBit(found[0]) | AnyBit(found[1]) << 1 | AnyBit(found[2]) << 2 | 8;
-      return line + static_cast<std::size_t>(__builtin_ctz(static_cast<unsigned>(which)));
+      return run + static_cast<std::size_t>(__builtin_ctz(static_cast<unsigned>(which)));
     }
   }
-  for (; line < lines; ++line) {
-    if (AnyBit(OpenEdges(entries + line * kAdjacencyRun, open + line * kAdjacencyRun))) break;
+  for (; run < runs; ++run) {
+    if (AnyBit(OpenEdges(entries + run * kAdjacencyRun, open + run * kAdjacencyRun))) break;
   }
-  return line;
+  return run;
 }
 
 } // namespace GSL_LANES_NAMESPACE

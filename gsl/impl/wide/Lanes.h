@@ -4,8 +4,8 @@
 #include <cstddef>
 #include <cstdint>
 
-/// Vectors of doubles as wide as the instruction set that this source is compiled for, on the
-/// compiler's vector extension. Every operation rounds lane by lane like the scalar one.
+/// Vectors of doubles, as wide as the instruction set that this source is compiled for. They use
+/// the compiler's vector extension. Every operation rounds each lane as the scalar operation does.
 ///
 /// The same source is compiled once per instruction set. Each set has a namespace of its own, so
 /// that the linker never takes one set's copy of an inline function for another's. For the same
@@ -41,8 +41,7 @@ GSL_ALWAYS_INLINE void Store(double* to, Doubles v) {
   *reinterpret_cast<UnalignedDoubles*>(to) = v;
 }
 
-/// Asks for an element to be fetched into the cache. It may lie outside its array; nothing is read
-/// then.
+/// Fetches an element into the cache. The index may lie outside the array: nothing is read then.
 GSL_ALWAYS_INLINE void Prefetch(const double* array, std::ptrdiff_t index) {
   const auto at =
       reinterpret_cast<std::uintptr_t>(array) + static_cast<std::uintptr_t>(index) * sizeof(double);
@@ -120,11 +119,11 @@ GSL_ALWAYS_INLINE Doubles SwapNeighbours(Doubles v) {
 
 #endif
 
-/// *s times each lane.
+/// Returns *s times each lane.
 #if GSL_LANES == 8 && defined(__x86_64__)
 GSL_ALWAYS_INLINE Doubles Times(const double* s, Doubles v) {
-  // The compilers would broadcast into a register once and use it often. On processors that split
-  // wide vectors that costs a quarter of the arithmetic; broadcasting in the operand is free.
+  // A compiler would broadcast into a register once and use the register often. On processors that
+  // split wide vectors, this costs a quarter of the arithmetic. A broadcast in the operand is free.
   Doubles product;
   __asm__("vmulpd %1%{1to8%}, %2, %0" : "=v"(product) : "m"(*s), "v"(v));
   return product;
@@ -139,12 +138,12 @@ GSL_ALWAYS_INLINE Doubles Magnitude(Doubles v) {
   return reinterpret_cast<Doubles>(reinterpret_cast<Bits>(v) & SplatBits(INT64_MAX));
 }
 
-/// b where a is NaN.
+/// Returns the larger value of each lane, and b where a is NaN.
 GSL_ALWAYS_INLINE Doubles Larger(Doubles a, Doubles b) {
   return a > b ? a : b;
 }
 
-/// The largest lane; no lane may be NaN.
+/// Returns the largest lane. Requires that no lane is NaN.
 GSL_ALWAYS_INLINE double Largest(Doubles v) {
   v = Larger(v, SwapHalves(v));
   v = Larger(v, SwapPairs(v));
@@ -158,7 +157,7 @@ GSL_ALWAYS_INLINE bool AnyBit(Bits v) {
   return (v[0] | v[1]) != 0;
 }
 
-/// Transposes kLanes rows of kLanes doubles.
+/// Transposes kLanes rows of kLanes doubles in place.
 #if GSL_LANES == 8
 GSL_ALWAYS_INLINE void Transpose(Doubles (&r)[kLanes]) {
   Doubles pair[8]; // of two neighbouring rows: the even columns, then the odd ones

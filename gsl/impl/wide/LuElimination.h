@@ -6,17 +6,19 @@
 
 /// Blocked LU elimination with scaled partial pivoting.
 ///
-/// Columns are eliminated eight at a time (a leaf). The columns of a panel are halved down to
-/// leaves (S. Toledo, Locality of reference in LU decomposition with partial pivoting, 1997), and
-/// the rest of the matrix is updated once per panel. Whatever the blocking, each element has l_ik *
-/// u_kj subtracted term by term, k increasing, each product and each difference rounded. So the
-/// results are the bits of the column-by-column form.
+/// Eight columns, a slice, are eliminated together. The columns of a panel are halved down to
+/// slices (S. Toledo, Locality of reference in LU decomposition with partial pivoting, 1997). The
+/// rest of the matrix is updated once per panel.
 ///
-/// Rows are not moved; their pointers are.
+/// Every blocking subtracts the terms l_ik * u_kj from an element in the order of increasing k, and
+/// rounds each product and each difference. So the results are the bits of the column-by-column
+/// form.
+///
+/// Exchanges move the pointers to rows, not the rows.
 namespace gsl_wide {
 namespace GSL_LANES_NAMESPACE {
 
-/// Best figure of merit seen so far in each lane, and the row it was seen in.
+/// The best figure of merit so far in each lane, and its row.
 class PivotSearch {
 public:
   explicit PivotSearch(std::ptrdiff_t firstRow)
@@ -31,7 +33,7 @@ public:
     m_next += Splat(kLanes);
   }
 
-  /// -1 when every merit was NaN.
+  /// Returns the row with the best merit, or -1 when every merit was NaN.
   GSL_ALWAYS_INLINE std::ptrdiff_t Row() const {
     const Doubles winner = Splat(Largest(m_best));
     return static_cast<std::ptrdiff_t>(Largest(m_best == winner ? m_row : Splat(-1.0)));
@@ -57,10 +59,11 @@ public:
   }
 
 private:
-  /// A tile of the update: what fits in the registers.
+  /// The size of a tile of the update. A tile fits in the registers.
   static constexpr int kTileRows = kLanes == 8 ? 8 : 4;
   static constexpr int kTileVectors = kLanes == 8 ? 3 : 2;
-  /// A tile of fewer terms is done before what is fetched for the next one arrives.
+  /// The least number of terms for which the next tile is fetched. A tile of fewer terms ends
+  /// before the next tile arrives.
   static constexpr std::ptrdiff_t kDepthToFetch = 32;
 
   LuWork& m_work;
@@ -70,57 +73,58 @@ private:
     return a < b ? a : b;
   }
 
-  GSL_ALWAYS_INLINE std::ptrdiff_t LeafStride() const { return m_work.leafStride; }
+  GSL_ALWAYS_INLINE std::ptrdiff_t SliceStride() const { return m_work.sliceStride; }
 
-  /// Rows row .. row + 7 of the leaf that starts at `column`; both are multiples of kLeaf.
+  /// Returns rows row .. row + 7 of the slice that starts at `column`. Requires multiples of
+  /// kSlice.
   GSL_ALWAYS_INLINE double* Block(std::ptrdiff_t column, std::ptrdiff_t row) const {
-    return m_work.leaves + (column - m_panelFirst) / kLeaf * LeafStride() + row * kLeaf;
+    return m_work.slices + (column - m_panelFirst) / kSlice * SliceStride() + row * kSlice;
   }
 
   struct RowsFrom {
     double* const* rows;
     std::ptrdiff_t offset;
   };
-  /// Where rows row, row + 1, ... hold column `column`.
+  /// Returns where rows row, row + 1, ... hold column `column`.
   GSL_ALWAYS_INLINE RowsFrom Rows(std::ptrdiff_t row, std::ptrdiff_t column) const {
     if (column < m_work.whole) return {m_work.rows + row, column};
     return {m_work.tails + row, column - m_work.whole};
   }
 
   void Factor(std::ptrdiff_t first, std::ptrdiff_t width) {
-    if (width == kLeaf) {
-      FactorLeaf(first);
+    if (width == kSlice) {
+      FactorSlice(first);
       return;
     }
-    const std::ptrdiff_t half = width / (2 * kLeaf) * kLeaf;
+    const std::ptrdiff_t half = width / (2 * kSlice) * kSlice;
     Factor(first, half);
     Update(first, half, first + half, first + width);
     Factor(first + half, width - half);
   }
 
-  void FactorLeaf(std::ptrdiff_t first) {
-    FetchLeaf(first);
-    const std::ptrdiff_t columns = Least(kLeaf, m_work.size - first);
+  void FactorSlice(std::ptrdiff_t first) {
+    FetchSlice(first);
+    const std::ptrdiff_t columns = Least(kSlice, m_work.size - first);
     std::ptrdiff_t p = FirstPivot(first);
     for (std::ptrdiff_t c = 0; c < columns; ++c) {
       const std::ptrdiff_t j = first + c;
       if (p < 0) p = j;
       if (p != j) Exchange(j, p);
       m_work.pivots[j] = static_cast<std::int32_t>(p);
-      double& pivot = Block(first, first)[c * kLeaf + c];
+      double& pivot = Block(first, first)[c * kSlice + c];
       // small-negative-pivot-becomes-positive: the sign of a tiny pivot is rounding.
       if (kTinyPivot > __builtin_fabs(pivot)) pivot = kTinyPivot;
       p = EliminateColumn(first, c);
     }
-    StoreLeaf(first);
+    StoreSlice(first);
   }
 
-  void FetchLeaf(std::ptrdiff_t first) {
+  void FetchSlice(std::ptrdiff_t first) {
     double* block = Block(first, first);
-    for (std::ptrdiff_t row = first; row < m_work.padded; row += kLeaf, block += kLeaf * kLeaf) {
+    for (std::ptrdiff_t row = first; row < m_work.padded; row += kSlice, block += kSlice * kSlice) {
       const RowsFrom from = Rows(row, first);
-      for (int i = 0; i < kLeaf; i += kLanes) {
-        for (int j = 0; j < kLeaf; j += kLanes) {
+      for (int i = 0; i < kSlice; i += kLanes) {
+        for (int j = 0; j < kSlice; j += kLanes) {
           Doubles t[kLanes];
 #pragma GCC unroll 8
           for (int k = 0; k < kLanes; ++k)
@@ -128,22 +132,22 @@ private:
           Transpose(t);
 #pragma GCC unroll 8
           for (int k = 0; k < kLanes; ++k)
-            Store(block + (j + k) * kLeaf + i, t[k]);
+            Store(block + (j + k) * kSlice + i, t[k]);
         }
       }
     }
   }
 
-  void StoreLeaf(std::ptrdiff_t first) {
+  void StoreSlice(std::ptrdiff_t first) {
     const double* block = Block(first, first);
-    for (std::ptrdiff_t row = first; row < m_work.padded; row += kLeaf, block += kLeaf * kLeaf) {
+    for (std::ptrdiff_t row = first; row < m_work.padded; row += kSlice, block += kSlice * kSlice) {
       const RowsFrom to = Rows(row, first);
-      for (int i = 0; i < kLeaf; i += kLanes) {
-        for (int j = 0; j < kLeaf; j += kLanes) {
+      for (int i = 0; i < kSlice; i += kLanes) {
+        for (int j = 0; j < kSlice; j += kLanes) {
           Doubles t[kLanes];
 #pragma GCC unroll 8
           for (int k = 0; k < kLanes; ++k)
-            t[k] = Load(block + (j + k) * kLeaf + i);
+            t[k] = Load(block + (j + k) * kSlice + i);
           Transpose(t);
 #pragma GCC unroll 8
           for (int k = 0; k < kLanes; ++k)
@@ -156,8 +160,8 @@ private:
   std::ptrdiff_t FirstPivot(std::ptrdiff_t first) const {
     PivotSearch search(first);
     const double* block = Block(first, first);
-    for (std::ptrdiff_t row = first; row < m_work.padded; row += kLeaf, block += kLeaf * kLeaf) {
-      for (int h = 0; h < kLeaf; h += kLanes) {
+    for (std::ptrdiff_t row = first; row < m_work.padded; row += kSlice, block += kSlice * kSlice) {
+      for (int h = 0; h < kSlice; h += kLanes) {
         search.See(Load(m_work.scale + row + h) * Magnitude(Load(block + h)));
       }
     }
@@ -165,14 +169,14 @@ private:
   }
 
   void Exchange(std::ptrdiff_t j, std::ptrdiff_t p) {
-    for (std::ptrdiff_t column = m_panelFirst; column <= j; column += kLeaf) {
-      double* a = Block(column, j / kLeaf * kLeaf) + j % kLeaf;
-      double* b = Block(column, p / kLeaf * kLeaf) + p % kLeaf;
+    for (std::ptrdiff_t column = m_panelFirst; column <= j; column += kSlice) {
+      double* a = Block(column, j / kSlice * kSlice) + j % kSlice;
+      double* b = Block(column, p / kSlice * kSlice) + p % kSlice;
 #pragma GCC unroll 8
-      for (int c = 0; c < kLeaf; ++c) {
-        const double t = a[c * kLeaf];
-        a[c * kLeaf] = b[c * kLeaf];
-        b[c * kLeaf] = t;
+      for (int c = 0; c < kSlice; ++c) {
+        const double t = a[c * kSlice];
+        a[c * kSlice] = b[c * kSlice];
+        b[c * kSlice] = t;
       }
     }
     SwapPointers(m_work.rows, j, p);
@@ -187,8 +191,8 @@ private:
     rows[p] = t;
   }
 
-  /// Divides column c of the leaf by its pivot, subtracts it from the columns to its right, and
-  /// returns the pivot row of the next column.
+  /// Divides column c of the slice by its pivot and subtracts the column from the columns to its
+  /// right. Returns the pivot row of the next column.
   std::ptrdiff_t EliminateColumn(std::ptrdiff_t first, std::ptrdiff_t c) {
     switch (c) {
     case 0:
@@ -213,39 +217,39 @@ private:
   template <int c>
   std::ptrdiff_t EliminateColumn(std::ptrdiff_t first) {
     double* block = Block(first, first);
-    Doubles u[kLeaf];
+    Doubles u[kSlice];
 #pragma GCC unroll 8
-    for (int k = c; k < kLeaf; ++k)
-      u[k] = Splat(block[k * kLeaf + c]);
+    for (int k = c; k < kSlice; ++k)
+      u[k] = Splat(block[k * kSlice + c]);
     PivotSearch search(first);
 #pragma GCC unroll 8
-    for (int h = 0; h < kLeaf; h += kLanes) {
+    for (int h = 0; h < kSlice; h += kLanes) {
       const auto below = Splat(h) + ZeroToLast() > Splat(c); // the rows above keep their U
-      const Doubles old = Load(block + c * kLeaf + h);
+      const Doubles old = Load(block + c * kSlice + h);
       const Doubles l = below ? old / u[c] : old;
-      Store(block + c * kLeaf + h, l);
+      Store(block + c * kSlice + h, l);
 #pragma GCC unroll 8
-      for (int k = c + 1; k < kLeaf; ++k) {
-        const Doubles a = Load(block + k * kLeaf + h);
+      for (int k = c + 1; k < kSlice; ++k) {
+        const Doubles a = Load(block + k * kSlice + h);
         const Doubles updated = below ? a - l * u[k] : a;
-        Store(block + k * kLeaf + h, updated);
+        Store(block + k * kSlice + h, updated);
         if (k == c + 1) {
           const Doubles merit = Load(m_work.scale + first + h) * Magnitude(updated);
           search.See(below ? merit : Splat(-1.0));
         }
       }
     }
-    block += kLeaf * kLeaf;
-    for (std::ptrdiff_t row = first + kLeaf; row < m_work.padded;
-         row += kLeaf, block += kLeaf * kLeaf) {
+    block += kSlice * kSlice;
+    for (std::ptrdiff_t row = first + kSlice; row < m_work.padded;
+         row += kSlice, block += kSlice * kSlice) {
 #pragma GCC unroll 8
-      for (int h = 0; h < kLeaf; h += kLanes) {
-        const Doubles l = Load(block + c * kLeaf + h) / u[c];
-        Store(block + c * kLeaf + h, l);
+      for (int h = 0; h < kSlice; h += kLanes) {
+        const Doubles l = Load(block + c * kSlice + h) / u[c];
+        Store(block + c * kSlice + h, l);
 #pragma GCC unroll 8
-        for (int k = c + 1; k < kLeaf; ++k) {
-          const Doubles updated = Load(block + k * kLeaf + h) - l * u[k];
-          Store(block + k * kLeaf + h, updated);
+        for (int k = c + 1; k < kSlice; ++k) {
+          const Doubles updated = Load(block + k * kSlice + h) - l * u[k];
+          Store(block + k * kSlice + h, updated);
           if (k == c + 1) search.See(Load(m_work.scale + row + h) * Magnitude(updated));
         }
       }
@@ -253,24 +257,24 @@ private:
     return search.Row();
   }
 
-  /// Turns rows first .. first + width - 1 of columns begin .. end - 1 into U, and subtracts L * U
-  /// from the rows below them.
+  /// Turns rows first .. first + width - 1 of columns begin .. end - 1 into U. Subtracts L * U from
+  /// the rows below them.
   void Update(std::ptrdiff_t first, std::ptrdiff_t width, std::ptrdiff_t begin,
               std::ptrdiff_t end) {
     for (std::ptrdiff_t strip = begin, next; strip < end; strip = next) {
       next = Least(end, strip + m_work.strip);
       if (strip < m_work.whole) next = Least(next, m_work.whole);
-      for (std::ptrdiff_t done = 0; done < width; done += kLeaf) {
+      for (std::ptrdiff_t done = 0; done < width; done += kSlice) {
         Tiles<true>(first, width, done, first + done, strip, next);
       }
-      for (std::ptrdiff_t row = first + width; row < m_work.padded; row += kLeaf) {
+      for (std::ptrdiff_t row = first + width; row < m_work.padded; row += kSlice) {
         Tiles<false>(first, width, width, row, strip, next);
       }
     }
   }
 
-  /// Subtracts the first `depth` terms of L * U from one block of rows; kSolve: the block is then
-  /// solved with the leaf's own triangle and packed.
+  /// Subtracts the first `depth` terms of L * U from one block of rows. With kSolve, solves the
+  /// block with the slice's own triangle after that, and packs the block.
   template <bool kSolve>
   void Tiles(std::ptrdiff_t first, std::ptrdiff_t width, std::ptrdiff_t depth, std::ptrdiff_t row,
              std::ptrdiff_t begin, std::ptrdiff_t end) const {
@@ -290,18 +294,18 @@ private:
     }
   }
 
-  /// Has the tile to the right, or the first one of the rows below, come from memory while this one
-  /// is computed.
+  /// Asks memory for the next tile while this tile is computed. The next tile is to the right, or
+  /// is the first tile of the rows below.
   GSL_ALWAYS_INLINE void FetchTileAfter(std::ptrdiff_t row, const RowsFrom& from, std::ptrdiff_t j,
                                         std::ptrdiff_t left) const {
     constexpr std::ptrdiff_t kColumns = kTileVectors * kLanes;
-    const bool right = left >= 2 * kColumns || row + kLeaf >= m_work.padded;
-    double* const* const rows = right ? from.rows : from.rows + kLeaf;
+    const bool right = left >= 2 * kColumns || row + kSlice >= m_work.padded;
+    double* const* const rows = right ? from.rows : from.rows + kSlice;
     const std::ptrdiff_t column = right ? from.offset + j + kColumns : from.offset;
 #pragma GCC unroll 8
-    for (int r = 0; r < kLeaf; ++r) {
+    for (int r = 0; r < kSlice; ++r) {
 #pragma GCC unroll 8
-      for (std::ptrdiff_t k = 0; k < kColumns; k += kLeaf)
+      for (std::ptrdiff_t k = 0; k < kColumns; k += kSlice)
         Prefetch(rows[r], column + k);
     }
   }
@@ -316,7 +320,7 @@ private:
       Tile<1, kSolve>(lower, depth, upper, rows, j);
   }
 #else
-  /// The tiles divide every number of columns.
+  /// Does nothing: the tiles divide every number of columns.
   template <bool kSolve>
   GSL_ALWAYS_INLINE void LastTile(std::ptrdiff_t, const double*, std::ptrdiff_t, double*,
                                   double* const*, std::ptrdiff_t) const {}
@@ -326,43 +330,44 @@ private:
   GSL_ALWAYS_INLINE void Tile(const double* lower, std::ptrdiff_t depth, double* upper,
                               double* const* rows, std::ptrdiff_t j) const {
     if constexpr (kSolve) {
-      SolveRows<kVectors, 0>(lower, LeafStride(), depth, upper, rows, j);
-      if constexpr (kTileRows < kLeaf) {
-        SolveRows<kVectors, kTileRows>(lower, LeafStride(), depth, upper, rows, j);
+      SolveRows<kVectors, 0>(lower, SliceStride(), depth, upper, rows, j);
+      if constexpr (kTileRows < kSlice) {
+        SolveRows<kVectors, kTileRows>(lower, SliceStride(), depth, upper, rows, j);
       }
     } else {
-      for (int r = 0; r < kLeaf; r += kTileRows) {
-        SubtractProduct<kVectors>(lower + r, LeafStride(), depth, upper, rows + r, j);
+      for (int r = 0; r < kSlice; r += kTileRows) {
+        SubtractProduct<kVectors>(lower + r, SliceStride(), depth, upper, rows + r, j);
       }
     }
   }
 
   template <int kVectors>
   static __attribute__((noinline)) void
-  SubtractProduct(const double* lower, std::ptrdiff_t leafStride, std::ptrdiff_t depth,
+  SubtractProduct(const double* lower, std::ptrdiff_t sliceStride, std::ptrdiff_t depth,
                   const double* upper, double* const* rows, std::ptrdiff_t j) {
     Doubles a[kTileRows][kVectors];
     LoadTile(a, rows, j);
-    SubtractTerms(a, lower, leafStride, depth, upper);
+    SubtractTerms(a, lower, sliceStride, depth, upper);
     StoreTile(a, rows, j);
   }
 
-  /// Rows kSolved .. kSolved + kTileRows - 1 of a diagonal block, the rows above them being solved.
+  /// Solves rows kSolved .. kSolved + kTileRows - 1 of a diagonal block. Requires that the rows
+  /// above them are solved.
   template <int kVectors, int kSolved>
-  static __attribute__((noinline)) void SolveRows(const double* lower, std::ptrdiff_t leafStride,
+  static __attribute__((noinline)) void SolveRows(const double* lower, std::ptrdiff_t sliceStride,
                                                   std::ptrdiff_t depth, double* upper,
                                                   double* const* rows, std::ptrdiff_t j) {
     Doubles a[kTileRows][kVectors];
     LoadTile(a, rows + kSolved, j);
-    SubtractTerms(a, lower + kSolved, leafStride, depth, upper);
-    const double* triangle = lower + depth / kLeaf * leafStride;
+    SubtractTerms(a, lower + kSolved, sliceStride, depth, upper);
+    const double* triangle = lower + depth / kSlice * sliceStride;
     double* solved = upper + depth * kVectors * kLanes;
     for (int k = 0; k < kSolved; ++k) {
-      SubtractTerm(a, triangle + k * kLeaf + kSolved, solved + k * kVectors * kLanes);
+      SubtractTerm(a, triangle + k * kSlice + kSolved, solved + k * kVectors * kLanes);
     }
 #pragma GCC unroll 8
     for (int k = 0; k < kTileRows; ++k) {
-      const double* column = triangle + (kSolved + k) * kLeaf + kSolved;
+      const double* column = triangle + (kSolved + k) * kSlice + kSolved;
 #pragma GCC unroll 8
       for (int v = 0; v < kVectors; ++v) {
         Store(solved + ((kSolved + k) * kVectors + v) * kLanes, a[k][v]);
@@ -398,13 +403,14 @@ private:
 
   template <int kVectors>
   static GSL_ALWAYS_INLINE void SubtractTerms(Doubles (&a)[kTileRows][kVectors],
-                                              const double* lower, std::ptrdiff_t leafStride,
+                                              const double* lower, std::ptrdiff_t sliceStride,
                                               std::ptrdiff_t depth, const double* upper) {
-    for (std::ptrdiff_t k = 0; k < depth; k += kLeaf, lower += leafStride) {
-      // Unrolled, the broadcasts of all terms are hoisted, and spilled where registers are few.
+    for (std::ptrdiff_t k = 0; k < depth; k += kSlice, lower += sliceStride) {
+      // Otherwise the compiler hoists the broadcasts of all terms, and spills them to memory where
+      // registers are few.
 #pragma GCC unroll 1
-      for (int c = 0; c < kLeaf; ++c, upper += kVectors * kLanes) {
-        SubtractTerm(a, lower + c * kLeaf, upper);
+      for (int c = 0; c < kSlice; ++c, upper += kVectors * kLanes) {
+        SubtractTerm(a, lower + c * kSlice, upper);
       }
     }
   }
@@ -425,8 +431,8 @@ private:
   }
 };
 
-/// Copies a row to a working row (to may be null: nothing is copied), and returns its largest
-/// magnitude, NaN set aside.
+/// Returns the largest magnitude of a row, and ignores NaN. Copies the row to `to` unless `to` is
+/// null.
 inline double LargestOfRow(const double* row, std::ptrdiff_t n, double* to) {
   Doubles largest = Splat(0.0);
   std::ptrdiff_t j = 0;

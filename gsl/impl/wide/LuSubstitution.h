@@ -8,13 +8,15 @@
 /// Solution of L * U * x = P * b in place. Every sum is a running subtraction, j increasing.
 namespace gsl_wide {
 
-/// The pivots are applied first: the row that step i swaps in is never one that is solved already.
+/// Applies the exchanges of rows to the right side. Comes first: step i exchanges no row that is
+/// already solved.
 inline void PermuteRightSide(const LuSystem& s, double* x) {
   for (std::int32_t i = 0; i < s.size; ++i)
     std::swap(x[i], x[s.pivots[i]]);
 }
 
-/// Eight rows at a time: their sums do not depend on each other left of the diagonal block.
+/// Solves L * y = x in place, eight rows at a time. Left of the diagonal block the sums of these
+/// rows do not depend on each other.
 inline void SubstituteForward(const LuSystem& s, double* x) {
   constexpr std::int32_t kRows = 8;
   std::int32_t i = 0;
@@ -43,7 +45,8 @@ inline void SubstituteForward(const LuSystem& s, double* x) {
   }
 }
 
-/// Row i's sum begins with the unknown found last, so that one row follows the other.
+/// Solves U * x = y in place, row by row. The sum of each row begins with the unknown found last,
+/// so that each row waits for the row below it.
 inline void SubstituteBackward(const LuSystem& s, double* x) {
   for (std::int32_t i = s.size - 1; i >= 0; --i) {
     const double* const row = s.matrix[i];

@@ -6,11 +6,12 @@
 #include <cmath>
 #include <utility>
 
-/// LU elimination in place, column after column: for systems that are too small to be cut into
-/// blocks, and for when there is no memory to do so. The bits are those of the blocked form.
+/// LU elimination in place, column after column. It serves systems that are too small to be cut
+/// into blocks, and systems for whose blocks there is no memory. The results are the bits of the
+/// blocked form.
 namespace gsl_wide {
 
-/// NaN never replaces; 0 for a row of NaN.
+/// Returns the largest magnitude of a row. Ignores NaN, and returns 0 for a row of NaN.
 inline double LargestMagnitude(const double* row, std::int32_t n) {
   double big = 0.0;
   for (std::int32_t j = 0; j < n; ++j) {
@@ -20,6 +21,7 @@ inline double LargestMagnitude(const double* row, std::int32_t n) {
   return big;
 }
 
+/// Writes the reciprocal of each row's largest magnitude. Returns false for a zero row.
 inline bool ScaleRows(const LuSystem& s, double* scale) {
   for (std::int32_t i = 0; i < s.size; ++i) {
     const double big = LargestMagnitude(s.matrix[i], s.size);
@@ -51,7 +53,7 @@ inline void ExchangeRows(LuSystem& s, std::int32_t j, std::int32_t p) {
   s.parity = -s.parity;
 }
 
-/// to[first .. n - 1] -= factor * from[first .. n - 1]
+/// Subtracts factor * from[k] from to[k] for k = first .. n - 1.
 inline void SubtractRow(double* to, const double* from, double factor, std::int32_t first,
                         std::int32_t n) {
   std::int32_t k = first;
@@ -64,7 +66,7 @@ inline void SubtractRow(double* to, const double* from, double factor, std::int3
   if (k < n) to[k] -= factor * from[k];
 }
 
-/// `scale` has room for one figure per row.
+/// Replaces the matrix by its factors. Requires room for one number per row in `scale`.
 inline LuResult DecomposeUnblocked(LuSystem& s, double* scale) {
   if (!ScaleRows(s, scale)) return LuResult::ZeroRow;
   for (std::int32_t j = 0; j < s.size; ++j) {

@@ -4,14 +4,14 @@
 #include <cstddef>
 #include <cstdint>
 
-/// What the forms of the LU elimination share.
+/// The parts that the forms of the LU elimination share.
 namespace gsl_wide {
 
 /// A row whose largest magnitude is below this is a zero row, and no pivot is smaller.
 // dependent-column-gets-the-tiny-pivot: a singular matrix without a zero row is solved.
 constexpr double kTinyPivot = 1e-16;
 
-/// The system as the caller gave it, and what is found out about it.
+/// The system of the caller, and the pivots and the parity of its factors.
 struct LuSystem {
   double** matrix; ///< `size` row pointers; replaced by the factors
   std::int32_t size;
@@ -21,22 +21,22 @@ struct LuSystem {
 
 enum class LuResult { Decomposed, ZeroRow, NoMemory };
 
-/// Columns of a leaf, and rows of a block.
-constexpr std::ptrdiff_t kLeaf = 8;
+/// The columns of a slice, and the rows of a block.
+constexpr std::ptrdiff_t kSlice = 8;
 
-/// Scratch of the blocked elimination. Sizes are padded to whole blocks; padding is zero, and its
-/// scale is NaN so that no padding row becomes a pivot.
+/// The scratch memory of the blocked elimination. Sizes are padded to whole blocks with zeros. The
+/// scale of a padding row is NaN, so that no padding row becomes a pivot.
 struct LuWork {
   std::ptrdiff_t size;
-  std::ptrdiff_t padded; ///< rows and columns, a multiple of kLeaf
-  std::ptrdiff_t panel;  ///< columns of a panel, a multiple of kLeaf
-  std::ptrdiff_t strip;  ///< columns updated before the next ones are looked at
-  std::ptrdiff_t whole;  ///< columns that `rows` reach, a multiple of kLeaf; the rest is in `tails`
-  std::ptrdiff_t leafStride; ///< from one leaf to the next
-  double** rows;             ///< in pivoted order
-  double** tails;            ///< in pivoted order; used when whole < padded
+  std::ptrdiff_t padded; ///< rows and columns, a multiple of kSlice
+  std::ptrdiff_t panel;  ///< columns of a panel, a multiple of kSlice
+  std::ptrdiff_t strip;  ///< columns that are updated together
+  std::ptrdiff_t whole; ///< columns that `rows` reach, a multiple of kSlice; the rest is in `tails`
+  std::ptrdiff_t sliceStride; ///< from one slice to the next
+  double** rows;              ///< in pivoted order
+  double** tails;             ///< in pivoted order; used when whole < padded
   double* scale;
-  double* leaves; ///< columns of the panel: leaf by leaf, block by block, column by column
+  double* slices; ///< columns of the panel: slice by slice, block by block, column by column
   double* upper;  ///< rows of U right of the panel: tile by tile, row by row
   std::int32_t* pivots;
   std::int32_t parity;

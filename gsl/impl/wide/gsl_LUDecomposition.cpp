@@ -10,14 +10,14 @@
 
 namespace {
 
-using gsl_wide::kLeaf;
+using gsl_wide::kSlice;
 using gsl_wide::LuResult;
 using gsl_wide::LuSystem;
 using gsl_wide::LuWork;
 
-/// Up to here blocks cost more than they save.
+/// The largest size that is not cut into blocks. Up to it, blocks cost more than they save.
 constexpr std::int32_t kUnblockedSize = 16;
-/// From here the matrix itself is cheaper to work on than a copy.
+/// The least size that is eliminated in the caller's rows. From it on, a copy costs more.
 constexpr std::int32_t kInPlaceSize = 1024;
 
 constexpr std::size_t kCacheLine = 64;
@@ -34,7 +34,7 @@ Scratch Allocate(std::size_t doubles) {
 }
 
 std::ptrdiff_t RoundUp(std::ptrdiff_t n) {
-  return (n + kLeaf - 1) / kLeaf * kLeaf;
+  return (n + kSlice - 1) / kSlice * kSlice;
 }
 
 /// Divides the scratch block into areas, each on a cache line of its own.
@@ -64,38 +64,38 @@ public:
     m_work.padded = RoundUp(m_size);
     m_work.panel = std::min(blocking.panel, m_work.padded);
     m_work.strip = std::min(blocking.strip, m_work.padded);
-    m_work.whole = m_inPlace ? m_size / kLeaf * kLeaf : m_work.padded;
+    m_work.whole = m_inPlace ? m_size / kSlice * kSlice : m_work.padded;
     m_work.pivots = m_system.pivots;
     m_work.parity = 1;
-    // Odd numbers of cache lines, and of blocks of lines: neither the columns of the copy nor the
-    // blocks of one row crowd into few cache sets.
-    m_stride = (m_work.padded / kLeaf | 1) * kLeaf;
-    m_work.leafStride = m_stride * kLeaf;
+    // The numbers of cache lines, and of blocks of lines, are odd. So the columns of the copy and
+    // the blocks of one row spread over all cache sets.
+    m_stride = (m_work.padded / kSlice | 1) * kSlice;
+    m_work.sliceStride = m_stride * kSlice;
   }
 
   bool AllocateScratch() {
     const std::ptrdiff_t copy =
-        m_inPlace ? RoundUp(m_size) * kLeaf + m_work.padded : m_work.padded * m_stride;
+        m_inPlace ? RoundUp(m_size) * kSlice + m_work.padded : m_work.padded * m_stride;
     const std::ptrdiff_t total =
-        copy + 3 * m_work.padded + LeavesOf(m_work.panel) + m_work.panel * m_work.strip;
+        copy + 3 * m_work.padded + SlicesOf(m_work.panel) + m_work.panel * m_work.strip;
     m_scratch = Allocate(static_cast<std::size_t>(total));
     if (m_scratch == nullptr) return false;
     ScratchAreas areas(m_scratch.get());
     m_work.rows = areas.TakePointers(m_work.padded);
     m_work.tails = areas.TakePointers(m_work.padded);
     m_work.scale = areas.Take(m_work.padded);
-    m_work.leaves = areas.Take(LeavesOf(m_work.panel));
+    m_work.slices = areas.Take(SlicesOf(m_work.panel));
     m_work.upper = areas.Take(m_work.panel * m_work.strip);
     if (m_inPlace) {
       m_spare = areas.Take(m_work.padded);
-      m_tail = areas.Take(m_work.padded * kLeaf);
+      m_tail = areas.Take(m_work.padded * kSlice);
     } else {
       m_tail = areas.Take(m_work.padded * m_stride);
     }
     return true;
   }
 
-  /// False for a zero row.
+  /// Returns false for a zero row.
   bool FetchRows() {
     for (std::ptrdiff_t i = 0; i < m_size; ++i) {
       double* const copy = m_inPlace ? nullptr : m_tail + i * m_stride;
@@ -136,11 +136,11 @@ private:
   std::ptrdiff_t m_stride;
   LuWork m_work;
   Scratch m_scratch;
-  double* m_spare = nullptr; ///< in place: one row
-  double* m_tail = nullptr;  ///< the copy; in place: of the last columns
+  double* m_spare = nullptr; ///< one row, when the elimination is in place
+  double* m_tail = nullptr;  ///< a copy of the matrix, or, in place, of its last columns
 
-  std::ptrdiff_t LeavesOf(std::ptrdiff_t columns) const {
-    return columns / kLeaf * m_work.leafStride;
+  std::ptrdiff_t SlicesOf(std::ptrdiff_t columns) const {
+    return columns / kSlice * m_work.sliceStride;
   }
   static void Clear(double* p, std::ptrdiff_t count) { std::fill(p, p + count, 0.0); }
   static void Copy(double* to, const double* from, std::ptrdiff_t count) {
@@ -149,14 +149,15 @@ private:
 
   void FetchTails() {
     for (std::ptrdiff_t i = 0; i < m_work.padded; ++i) {
-      m_work.tails[i] = m_tail + i * kLeaf;
-      Clear(m_work.tails[i], kLeaf);
+      m_work.tails[i] = m_tail + i * kSlice;
+      Clear(m_work.tails[i], kSlice);
       if (i < m_size)
         Copy(m_work.tails[i], m_system.matrix[i] + m_work.whole, m_size - m_work.whole);
     }
   }
 
-  /// In place the rows below the last are all the spare row: nobody reads what is computed there.
+  /// Clears the padding. In place, the spare row is every row below the last: nothing reads its
+  /// results.
   void PadRows() {
     if (m_inPlace) Clear(m_spare, m_work.padded);
     for (std::ptrdiff_t i = m_size; i < m_work.padded; ++i) {
@@ -166,9 +167,9 @@ private:
     }
   }
 
-  /// Moves the contents of the caller's rows into pivoted order, one cycle after the other.
+  /// Moves the contents of the caller's rows into pivoted order, cycle by cycle.
   void MoveRows() {
-    // where[i]: the caller's row that holds what belongs in row i
+    // where[i] is the caller's row that holds the contents of row i.
     std::ptrdiff_t* const where = OriginOfRows();
     for (std::ptrdiff_t i = 0; i < m_size; ++i) {
       if (where[i] == i) continue;
@@ -185,12 +186,13 @@ private:
     }
   }
 
-  /// Replays the exchanges on row numbers, in the memory of the leaves, which are done with.
+  /// Repeats the exchanges on row numbers. Uses the memory of the slices, which are no longer
+  /// needed.
   std::ptrdiff_t* OriginOfRows() {
     static_assert(sizeof(std::ptrdiff_t) <= sizeof(double),
                   "a row number fits in a double's place");
     std::ptrdiff_t* const where =
-        ::new (static_cast<void*>(m_work.leaves)) std::ptrdiff_t[static_cast<std::size_t>(m_size)];
+        ::new (static_cast<void*>(m_work.slices)) std::ptrdiff_t[static_cast<std::size_t>(m_size)];
     for (std::ptrdiff_t i = 0; i < m_size; ++i)
       where[i] = i;
     for (std::ptrdiff_t i = 0; i < m_size; ++i)
@@ -202,8 +204,8 @@ private:
 } // namespace
 
 gsl_LUBlocking gsl_ChooseLUBlocking(std::int32_t size) {
-  // The wider a panel, the less often the rest of the matrix is read and written, and the more of
-  // the work is done inside the panel, in smaller pieces.
+  // A wider panel reads and writes the rest of the matrix less often, but does more of the work
+  // inside the panel, in smaller tiles.
   const std::ptrdiff_t panel = size < kInPlaceSize ? 64 : size < 1536 ? 128 : 256;
   return {panel, 384, size >= kInPlaceSize};
 }

@@ -4,19 +4,19 @@
 #include "wide/LuWork.h"
 #include "wide/gsl_WideKernels.h"
 
-/// How a system is cut.
+/// How a system is cut into blocks.
 struct gsl_LUBlocking {
   std::ptrdiff_t panel; ///< columns of a panel, a multiple of 8
-  std::ptrdiff_t strip; ///< columns updated at a time, a multiple of 8
-  bool inPlace;         ///< false: on a copy, which is padded and aligned
+  std::ptrdiff_t strip; ///< columns that are updated together, a multiple of 8
+  bool inPlace;         ///< false for a padded and aligned copy of the matrix
 };
 
 gsl_LUBlocking gsl_ChooseLUBlocking(std::int32_t size);
 
-/// Replaces the matrix by its factors; untouched unless the result is Decomposed.
+/// Replaces the matrix by its factors. Leaves the matrix untouched unless it returns Decomposed.
 gsl_wide::LuResult gsl_LUDecompose(gsl_wide::LuSystem& system, const gsl_WideKernels& kernels);
 
-/// The same without the short cut for small systems.
+/// Does the same in blocks for every size. Returns NoMemory when there is no memory for the blocks.
 gsl_wide::LuResult gsl_LUDecomposeBlocked(gsl_wide::LuSystem& system,
                                           const gsl_WideKernels& kernels,
                                           const gsl_LUBlocking& blocking);

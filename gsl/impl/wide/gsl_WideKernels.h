@@ -15,9 +15,9 @@ struct gsl_WideKernels {
   double (*largestOfRow)(const double* row, std::ptrdiff_t n, double* to);
   /// gsl_wide::LuElimination
   void (*eliminate)(gsl_wide::LuWork& work);
-  /// gsl_wide::SkipLines
-  std::size_t (*skipLines)(const unsigned char* entries, const unsigned char* open,
-                           const unsigned char* next, std::size_t lines);
+  /// gsl_wide::SkipRuns
+  std::size_t (*skipRuns)(const unsigned char* entries, const unsigned char* open,
+                          const unsigned char* next, std::size_t runs);
 };
 
 extern const gsl_WideKernels gsl_WideKernelsBaseline;
@@ -26,10 +26,10 @@ extern const gsl_WideKernels gsl_WideKernelsAvx2;
 extern const gsl_WideKernels gsl_WideKernelsAvx512;
 #endif
 
-/// Null when this processor (or this build) does not have that instruction set.
+/// Returns null when this processor, or this build, does not have the instruction set.
 const gsl_WideKernels* gsl_FindWideKernels(gsl_VectorWidth width);
 
-/// Those of the widest instruction set of this processor.
+/// Returns the kernels of the widest instruction set of this processor.
 const gsl_WideKernels& gsl_BestWideKernels();
 
 #endif

@@ -12,4 +12,4 @@ void Eliminate(gsl_wide::LuWork& work) {
 
 } // namespace
 
-const gsl_WideKernels gsl_WideKernelsAvx2 = {wide::LargestOfRow, Eliminate, wide::SkipLines};
+const gsl_WideKernels gsl_WideKernelsAvx2 = {wide::LargestOfRow, Eliminate, wide::SkipRuns};

@@ -18,7 +18,7 @@
 
 namespace {
 
-constexpr int kSentinel = -77;
+constexpr int kUnwritten = -77;
 
 class Graph {
 public:
@@ -39,24 +39,25 @@ private:
   std::unique_ptr<bool[]> entries;
 };
 
-struct Pieces {
+/// The component of each vertex, and the number of components.
+struct Labelling {
   std::vector<int> labels;
-  int count = kSentinel;
-  bool operator==(const Pieces& other) const {
+  int count = kUnwritten;
+  bool operator==(const Labelling& other) const {
     return labels == other.labels && count == other.count;
   }
 };
 
-Pieces Search(const Graph& graph) {
-  Pieces found;
-  found.labels.assign(static_cast<std::size_t>(graph.Size()) + 1, kSentinel);
+Labelling Search(const Graph& graph) {
+  Labelling found;
+  found.labels.assign(static_cast<std::size_t>(graph.Size()) + 1, kUnwritten);
   gsl_DepthFirstSearch(graph.Matrix(), graph.Size(), found.labels.data(), found.count);
-  EXPECT_EQ(found.labels.back(), kSentinel) << "written past the labels";
+  EXPECT_EQ(found.labels.back(), kUnwritten) << "written past the labels";
   found.labels.pop_back();
   return found;
 }
 
-Pieces SearchWithoutMemory(const Graph& graph) {
+Labelling SearchWithoutMemory(const Graph& graph) {
   const FailingMemory none(0);
   return Search(graph);
 }
@@ -71,25 +72,25 @@ public:
       if (!visited[static_cast<std::size_t>(start)]) Visit(start, found.count++);
     }
   }
-  Pieces Found() const { return found; }
+  Labelling Result() const { return found; }
 
 private:
   const Graph& graph;
   std::vector<bool> visited;
-  Pieces found;
+  Labelling found;
 
-  void Visit(int v, int piece) {
+  void Visit(int v, int component) {
     visited[static_cast<std::size_t>(v)] = true;
-    found.labels[static_cast<std::size_t>(v)] = piece;
+    found.labels[static_cast<std::size_t>(v)] = component;
     for (int u = 0; u < graph.Size(); ++u) {
       if (u == v || visited[static_cast<std::size_t>(u)] || !graph.Edge(v, u)) continue;
-      Visit(u, piece);
+      Visit(u, component);
     }
   }
 };
 
 void ExpectAsDefined(const Graph& graph) {
-  const Pieces expected = RecursiveSearch(graph).Found();
+  const Labelling expected = RecursiveSearch(graph).Result();
   EXPECT_EQ(Search(graph).labels, expected.labels);
   EXPECT_EQ(Search(graph).count, expected.count);
   EXPECT_TRUE(SearchWithoutMemory(graph) == expected);
@@ -107,24 +108,24 @@ const int kSizes[] = {1, 2, 3, 7, 8, 63, 64, 65, 127, 128, 200, 255, 256, 257, 3
 } // namespace
 
 TEST(GslDepthFirstSearch, NoVerticesHaveNoComponents) {
-  int label = kSentinel;
-  int count = kSentinel;
+  int label = kUnwritten;
+  int count = kUnwritten;
   gsl_DepthFirstSearch(nullptr, 0, &label, count);
   EXPECT_EQ(count, 0);
-  EXPECT_EQ(label, kSentinel);
+  EXPECT_EQ(label, kUnwritten);
 }
 
 TEST(GslDepthFirstSearch, NegativeSizeMeansNoVertices) {
-  int label = kSentinel;
-  int count = kSentinel;
+  int label = kUnwritten;
+  int count = kUnwritten;
   gsl_DepthFirstSearch(nullptr, -5, &label, count);
   EXPECT_EQ(count, 0);
-  EXPECT_EQ(label, kSentinel);
+  EXPECT_EQ(label, kUnwritten);
 }
 
 TEST(GslDepthFirstSearch, WithoutEdgesEveryVertexIsItsOwnComponent) {
   for (const int n : kSizes) {
-    const Pieces found = Search(Graph(n));
+    const Labelling found = Search(Graph(n));
     EXPECT_EQ(found.count, n);
     EXPECT_EQ(found.labels, UpTo(n));
   }
@@ -137,7 +138,7 @@ TEST(GslDepthFirstSearch, FullMatrixIsOneComponent) {
       for (int u = 0; u < n; ++u)
         graph.Edge(v, u) = true;
     }
-    const Pieces found = Search(graph);
+    const Labelling found = Search(graph);
     EXPECT_EQ(found.count, 1);
     EXPECT_EQ(found.labels, std::vector<int>(static_cast<std::size_t>(n), 0));
   }
@@ -148,7 +149,7 @@ TEST(GslDepthFirstSearch, DiagonalChangesNothing) {
     Graph graph(n);
     for (int v = 0; v < n; ++v)
       graph.Edge(v, v) = true;
-    const Pieces found = Search(graph);
+    const Labelling found = Search(graph);
     EXPECT_EQ(found.count, n);
     EXPECT_EQ(found.labels, UpTo(n));
   }
@@ -157,16 +158,16 @@ TEST(GslDepthFirstSearch, DiagonalChangesNothing) {
 TEST(GslDepthFirstSearch, VertexThatOnlyPointsBackStartsItsOwnComponent) {
   Graph graph(2);
   graph.Edge(1, 0) = true;
-  const Pieces found = Search(graph);
+  const Labelling found = Search(graph);
   EXPECT_EQ(found.count, 2);
   EXPECT_EQ(found.labels, (std::vector<int>{0, 1}));
 }
 
 TEST(GslDepthFirstSearch, EdgesAreFollowedInTheirDirectionOnly) {
-  // 0 -> 2, 3 -> 2, 3 -> 1: piece 0 is {0, 2}; 1 has no edges; 3 finds both its ends taken.
+  // 0 -> 2, 3 -> 2, 3 -> 1: component 0 is {0, 2}; 1 has no edges; 3 finds both its ends taken.
   Graph graph(4);
   graph.Edge(0, 2) = graph.Edge(3, 2) = graph.Edge(3, 1) = true;
-  const Pieces found = Search(graph);
+  const Labelling found = Search(graph);
   EXPECT_EQ(found.count, 3);
   EXPECT_EQ(found.labels, (std::vector<int>{0, 1, 0, 2}));
 }
@@ -175,7 +176,7 @@ TEST(GslDepthFirstSearch, ComponentReachesBackToLowerVertices) {
   // 0 -> 5 -> 1 -> 4; 2 and 3 are left, joined.
   Graph graph(6);
   graph.Edge(0, 5) = graph.Edge(5, 1) = graph.Edge(1, 4) = graph.Edge(2, 3) = true;
-  const Pieces found = Search(graph);
+  const Labelling found = Search(graph);
   EXPECT_EQ(found.count, 2);
   EXPECT_EQ(found.labels, (std::vector<int>{0, 0, 1, 1, 0, 0}));
 }
@@ -268,10 +269,10 @@ public:
   LongPath& operator=(const LongPath&) = delete;
 
   bool Mapped() const { return pages != MAP_FAILED; }
-  /// The number of pieces found on a thread with that much stack.
+  /// Returns the number of components found on a thread with that much stack.
   int CountOnStackOf(std::size_t stackBytes, bool withoutMemory = false) {
     memoryFails = withoutMemory;
-    labels.assign(static_cast<std::size_t>(n), kSentinel);
+    labels.assign(static_cast<std::size_t>(n), kUnwritten);
     pthread_attr_t attributes;
     pthread_attr_init(&attributes);
     EXPECT_EQ(pthread_attr_setstacksize(&attributes, stackBytes), 0);
@@ -288,7 +289,7 @@ private:
   std::size_t bytes;
   void* pages;
   std::vector<int> labels;
-  int count = kSentinel;
+  int count = kUnwritten;
   bool memoryFails = false;
 
   static void* Run(void* self) {
@@ -304,7 +305,7 @@ private:
   void Label() { gsl_DepthFirstSearch(static_cast<const bool*>(pages), n, labels.data(), count); }
 };
 
-void ExpectOnePiece(int n, std::size_t stackBytes) {
+void ExpectOneComponent(int n, std::size_t stackBytes) {
   LongPath path(n);
   if (!path.Mapped()) GTEST_SKIP() << "no address space for the matrix";
   EXPECT_EQ(path.CountOnStackOf(stackBytes), 1);
@@ -315,12 +316,12 @@ void ExpectOnePiece(int n, std::size_t stackBytes) {
 
 TEST(GslDepthFirstSearch, AnyDepthNeedsTheSameStackOf512KiBForAPathOf20000) {
   // Above 16384 vertices the groups that have one left need more than one word.
-  ExpectOnePiece(kTestScaleDivisor == 1 ? 20000 : 17000, 512 * 1024);
+  ExpectOneComponent(kTestScaleDivisor == 1 ? 20000 : 17000, 512 * 1024);
 }
 
 TEST(GslDepthFirstSearch, PathOf60000FitsAnOrdinaryStack) {
   if (kTestScaleDivisor > 1) GTEST_SKIP() << "in optimised builds only";
-  ExpectOnePiece(60000, 8 * 1024 * 1024);
+  ExpectOneComponent(60000, 8 * 1024 * 1024);
 }
 
 TEST(GslDepthFirstSearch, WithoutMemoryADeepPathNeedsNoStackEither) {

@@ -585,7 +585,7 @@ TEST(GslTriTriMinDirectionalDistEdgeOn, FirstOfEquallyCloseVerticesWins) {
 }
 
 TEST(GslTriTriMinDirectionalDistEdgeOn, EdgeOnVertexCountsWhenCloser) {
-  // edge-on-vertex-counts-when-closer: three vertices over the face, none closer, no crossing.
+  // Three vertices are over the face, none is closer, and nothing crosses.
   Sweep at(2.0);
   EXPECT_FALSE(at.Run(Blade(), WideDown(3.0)));
   EXPECT_TRUE(at.AllUntouched(2.0));

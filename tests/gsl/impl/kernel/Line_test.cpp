@@ -1,22 +1,14 @@
 #include "kernel/Line.h"
 
-#include "Numbers.h"
+#include "KernelNames.h"
 
 namespace {
 
+using namespace kernel_names;
 using gsl_kernel::ClosestPoints;
-using gsl_kernel::Coord3;
 using gsl_kernel::Line;
 using gsl_kernel::LinePair;
-using gsl_kernel::Measure;
 using gsl_kernel::Plane;
-using numbers::Above;
-using numbers::Below;
-using numbers::kInfinity;
-using numbers::kNaN;
-using numbers::kSentinel;
-
-constexpr double kTolerance = 0.25;
 
 Line Along(const Coord3& p, const Coord3& d) {
   return {p, Measure(d)};

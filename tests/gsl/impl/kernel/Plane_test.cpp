@@ -1,21 +1,13 @@
 #include "kernel/Plane.h"
 
-#include "Numbers.h"
+#include "KernelNames.h"
 
 namespace {
 
-using gsl_kernel::Coord3;
-using gsl_kernel::Measure;
-using gsl_kernel::Measured3;
+using namespace kernel_names;
 using gsl_kernel::Plane;
 using gsl_kernel::RayPlane;
-using numbers::Above;
-using numbers::Below;
-using numbers::kInfinity;
-using numbers::kNaN;
-using numbers::kSentinel;
 
-constexpr double kTolerance = 0.25;
 constexpr double kCosine = 1e-10;
 
 /// z = 1, with a normal that is not a unit vector.

@@ -1,22 +1,16 @@
 #include "kernel/SegmentPair.h"
 
-#include "Numbers.h"
+#include "KernelNames.h"
 
 namespace {
 
-using gsl_kernel::Coord3;
+using namespace kernel_names;
 using gsl_kernel::Line;
-using gsl_kernel::Measure;
 using gsl_kernel::RayDirection;
 using gsl_kernel::RayTarget;
 using gsl_kernel::Segment;
 using gsl_kernel::SegmentCrossing;
-using numbers::Above;
-using numbers::Below;
-using numbers::kNaN;
-using numbers::kSentinel;
 
-constexpr double kTolerance = 0.25;
 constexpr Segment kTarget = {{0.0, 0.0, 0.0}, {4.0, 0.0, 0.0}};
 
 struct Crossing {

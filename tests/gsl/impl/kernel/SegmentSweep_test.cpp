@@ -320,9 +320,16 @@ TEST(CrossingRounding, IsMadeOfItsParts) {
   EXPECT_EQ(gsl_kernel::kCosineRoundoffs, 2.0);
   EXPECT_EQ(gsl_kernel::kDenominatorRoundoffs, 22.0);
   EXPECT_EQ(gsl_kernel::kNumeratorRoundoffs, 16.0);
-  EXPECT_EQ(gsl_kernel::kUndividedRoundoffs, 47.0);
+  EXPECT_EQ(gsl_kernel::kCrossingPointRoundoffs, 5.0);
+  EXPECT_EQ(gsl_kernel::kRayTurnRoundoffs, 2.0);
+  EXPECT_EQ(gsl_kernel::kTargetTurnRoundoffs, 2.0);
+  EXPECT_EQ(gsl_kernel::kPositionRoundoffs, 16.0);
+  EXPECT_EQ(gsl_kernel::kGapAsideRoundoffs, 3.0);
+  EXPECT_EQ(gsl_kernel::kFirstEndsRoundoffs, 10.0);
+  EXPECT_EQ(gsl_kernel::kReachRoundoffs, 13.0);
+  EXPECT_EQ(gsl_kernel::kUndividedRoundoffs, 51.0);
   EXPECT_EQ(gsl_kernel::kLeastCross, 1e-5 * (1.0 - 1e-5 * 1e-5 / 4.0) - 10.0 * h);
-  EXPECT_EQ(gsl_kernel::kCrossingRounding, (38.0 / gsl_kernel::kLeastCross + 47.0) * h);
+  EXPECT_EQ(gsl_kernel::kCrossingRounding, (38.0 / gsl_kernel::kLeastCross + 51.0) * h);
 }
 
 TEST(CrossingRounding, SquareOfAUnitVectorReachesAQuarterOfItsBound) {
@@ -373,6 +380,157 @@ TEST(CrossingRounding, NumeratorReachesAQuarterOfItsBound) {
   std::printf("seed %" PRIu64 ", worst %.3Lf roundoffs\n", kSeed, worst);
   EXPECT_LE(worst, gsl_kernel::kNumeratorRoundoffs);
   EXPECT_GE(worst, gsl_kernel::kNumeratorRoundoffs / 4.0);
+}
+
+Real ExactLength(const Coord3& a) {
+  return std::sqrt(ExactDot(a, a));
+}
+
+Coord3 PointAt(double angle, double distance) {
+  return {distance * std::cos(angle), distance * std::sin(angle), 0.0};
+}
+
+/// A number in extended precision for each coordinate.
+struct RealPoint {
+  Real x, y;
+
+  Real Length() const { return std::sqrt(x * x + y * y); }
+};
+
+RealPoint ExactDifference(const Coord3& a, const Coord3& b) {
+  return {Real(a.x) - Real(b.x), Real(a.y) - Real(b.y)};
+}
+
+Real ExactCross(const Coord3& a, const RealPoint& b) {
+  return Real(a.x) * b.y - Real(a.y) * b.x;
+}
+
+TEST(UndividedRounding, CrossingPointReachesAThirdOfItsBound) {
+  RandomNumbers random(kSeed);
+  const Real worst = SearchForTheWorst(random, [](const Parameters& p) {
+    // A target of length 1 from `start`, and rays that are far from parallel to it.
+    const Coord3 start = PointAt(p[2], 0.1 * p[3]), origin = PointAt(p[1], p[3]);
+    const Coord3 u = UnitAt(p[0], 1.0), v = UnitAt(p[0] + 1.0 + p[1] / 6.28, 1.0);
+    const Coord3 w = gsl_kernel::Subtract(origin, start);
+    const double c = gsl_kernel::Dot(u, v);
+    const Real s = Real(gsl_kernel::Dot(w, v) * c - gsl_kernel::Dot(w, u)) / Real(c * c - 1.0);
+    const Coord3 computed = gsl_kernel::ClosestOfNonParallel(start, u, origin, v).onFirst;
+    const RealPoint off = {Real(computed.x) - Real(start.x) - s * Real(u.x),
+                           Real(computed.y) - Real(start.y) - s * Real(u.y)};
+    const RealPoint exactW = ExactDifference(origin, start);
+    const RealPoint offW = {Real(w.x) - exactW.x, Real(w.y) - exactW.y};
+    const Real size = std::max({gsl_kernel::SumOfSizes(start) + gsl_kernel::SumOfSizes(origin),
+                                gsl_kernel::Length(w), static_cast<double>(std::fabs(s))});
+    return (std::fabs(ExactCross(v, off)) + std::fabs(ExactCross(v, offW))) / (kRoundoff * size);
+  });
+  std::printf("seed %" PRIu64 ", worst %.3Lf roundoffs\n", kSeed, worst);
+  EXPECT_LE(worst, gsl_kernel::kCrossingPointRoundoffs);
+  EXPECT_GE(worst, gsl_kernel::kCrossingPointRoundoffs / 3.0);
+}
+
+TEST(UndividedRounding, RayTurnReachesAThirdOfItsBound) {
+  RandomNumbers random(kSeed);
+  const Real worst = SearchForTheWorst(random, [](const Parameters& p) {
+    const Measured3 d = gsl_kernel::Measure(PointAt(p[0], p[3]));
+    const Coord3 v = gsl_kernel::RayDirection(d, 0.0).unit;
+    return 2.0L * std::fabs(ExactCross(d.c, v)) / (kRoundoff * ExactLength(d.c) * ExactLength(v));
+  });
+  std::printf("seed %" PRIu64 ", worst %.3Lf roundoffs\n", kSeed, worst);
+  EXPECT_LE(worst, gsl_kernel::kRayTurnRoundoffs);
+  EXPECT_GE(worst, gsl_kernel::kRayTurnRoundoffs / 3.0);
+}
+
+TEST(UndividedRounding, TargetTurnReachesAThirdOfItsBound) {
+  RandomNumbers random(kSeed);
+  const Real worst = SearchForTheWorst(random, [](const Parameters& p) {
+    const Coord3 start = PointAt(p[2], p[3]), end = PointAt(p[0], p[1]);
+    const gsl_kernel::RayTarget target({start, end}, {gsl_kernel::Measure({1.0, 0.0, 0.0}), 0.0},
+                                       0.0);
+    const RealPoint edge = ExactDifference(end, start);
+    return std::fabs(ExactCross(target.unit, edge)) /
+           (kRoundoff * ExactLength(target.unit) * edge.Length());
+  });
+  std::printf("seed %" PRIu64 ", worst %.3Lf roundoffs\n", kSeed, worst);
+  EXPECT_LE(worst, gsl_kernel::kTargetTurnRoundoffs);
+  EXPECT_GE(worst, gsl_kernel::kTargetTurnRoundoffs / 3.0);
+}
+
+TEST(UndividedRounding, PositionReachesAQuarterOfItsBound) {
+  RandomNumbers random(kSeed);
+  const Real worst = SearchForTheWorst(random, [](const Parameters& p) {
+    const Coord3 start = PointAt(p[2], p[3]), end = PointAt(p[0], p[1]);
+    const Coord3 x = gsl_kernel::Add(
+        start, gsl_kernel::Multiply(gsl_kernel::Subtract(end, start), 0.5 + p[2] / 12.56));
+    double weights[2] = {0.0, 0.0};
+    const double length = gsl_kernel::Distance(start, end);
+    gsl_kernel::PointSegmentParameters(x, start, end, length, 0.0, weights);
+    const RealPoint edge = ExactDifference(end, start), reached = ExactDifference(x, start);
+    const Real exact = (edge.x * reached.x + edge.y * reached.y) / edge.Length();
+    return std::fabs(Real(weights[0] * length) - exact) / (kRoundoff * reached.Length());
+  });
+  std::printf("seed %" PRIu64 ", worst %.3Lf roundoffs\n", kSeed, worst);
+  EXPECT_LE(worst, gsl_kernel::kPositionRoundoffs);
+  EXPECT_GE(worst, gsl_kernel::kPositionRoundoffs / 4.0);
+}
+
+TEST(UndividedRounding, GapAsideReachesAThirdOfItsBound) {
+  RandomNumbers random(kSeed);
+  const Real worst = SearchForTheWorst(random, [](const Parameters& p) {
+    const Measured3 d = gsl_kernel::Measure(PointAt(p[0], 1.0));
+    // Both ends of each segment are at one place, so that it is the end that counts.
+    const Coord3 ofA = PointAt(p[1], p[3]), ofB = PointAt(p[2], 1.0);
+    const SweptSegment a = SegmentBetween(ofA, ofA), b = SegmentBetween(ofB, ofB);
+    const Real size = Real(gsl_kernel::SumOfSizes(ofA)) + Real(gsl_kernel::SumOfSizes(ofB));
+    return std::fabs(Real(gsl_kernel::GapAside(a, b, d)) - ExactGapAside(a, b, d)) /
+           (kRoundoff * size * ExactLength(d.c));
+  });
+  std::printf("seed %" PRIu64 ", worst %.3Lf roundoffs\n", kSeed, worst);
+  EXPECT_LE(worst, gsl_kernel::kGapAsideRoundoffs);
+  EXPECT_GE(worst, gsl_kernel::kGapAsideRoundoffs / 3.0);
+}
+
+TEST(UndividedRounding, FirstEndsReachAThirdOfTheirBound) {
+  RandomNumbers random(kSeed);
+  const Real worst = SearchForTheWorst(random, [](const Parameters& p) {
+    const Measured3 d = gsl_kernel::Measure(PointAt(p[0], p[3]));
+    const Coord3 ofA = PointAt(p[1], 1.0), ofB = PointAt(p[2], p[3]);
+    const Measured3 ends = gsl_kernel::Between(ofA, ofB);
+    const double cosine = p[1] / 6.28;
+    const RealPoint exact = ExactDifference(ofB, ofA);
+    // Both sides of IsOn, as it computes them.
+    const Real cross = gsl_kernel::Length(gsl_kernel::Cross(ends.c, d.c));
+    const Real within = cosine * ends.magnitude * d.magnitude;
+    const Real exactWithin = Real(cosine) * exact.Length() * ExactLength(d.c);
+    const Real size = std::max(exact.Length(), Real(cosine) * exact.Length()) * ExactLength(d.c);
+    return (std::fabs(cross - std::fabs(ExactCross(d.c, exact))) +
+            std::fabs(within - exactWithin)) /
+           (kRoundoff * size);
+  });
+  std::printf("seed %" PRIu64 ", worst %.3Lf roundoffs\n", kSeed, worst);
+  EXPECT_LE(worst, gsl_kernel::kFirstEndsRoundoffs);
+  EXPECT_GE(worst, gsl_kernel::kFirstEndsRoundoffs / 3.0);
+}
+
+TEST(UndividedRounding, AsideReachReachesAThirdOfItsBound) {
+  RandomNumbers random(kSeed);
+  const Real worst = SearchForTheWorst(random, [](const Parameters& p) {
+    const SweptSegment a = SegmentBetween(PointAt(p[0], p[3]), PointAt(p[1], p[3]));
+    const SweptSegment b = SegmentBetween(PointAt(p[2], p[1]), PointAt(p[3], p[2]));
+    const Measured3 d = gsl_kernel::Measure(PointAt(p[1], p[0]));
+    const SweepTolerances tol = {0.1 * p[0], p[2]};
+    Real size = 0.0;
+    for (const SweptSegment& segment : {a, b}) {
+      for (const gsl_kernel::SourcedPoint& end : segment.p)
+        size += std::fabs(Real(end.c.x)) + std::fabs(Real(end.c.y));
+    }
+    const Real widest = Real(tol.linear) + Real(tol.cosine) * size;
+    const Real exact =
+        (widest + Real(gsl_kernel::kCrossingRounding) * (widest + size)) * ExactLength(d.c);
+    return std::fabs(Real(AsideReach(a, b, d, tol)) - exact) / (kRoundoff * exact);
+  });
+  std::printf("seed %" PRIu64 ", worst %.3Lf roundoffs\n", kSeed, worst);
+  EXPECT_LE(worst, gsl_kernel::kReachRoundoffs);
+  EXPECT_GE(worst, gsl_kernel::kReachRoundoffs / 3.0);
 }
 
 TEST(CrossingRounding, LeastCrossIsTheLeastOfTargetsThatAreNotParallel) {

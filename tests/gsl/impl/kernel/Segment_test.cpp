@@ -1,18 +1,13 @@
 #include "kernel/Segment.h"
 
-#include "Numbers.h"
+#include "KernelNames.h"
 
 namespace {
 
-using gsl_kernel::Coord3;
+using namespace kernel_names;
 using gsl_kernel::PointSegmentParameters;
 using gsl_kernel::SegmentFoot;
-using numbers::Above;
-using numbers::Below;
-using numbers::kNaN;
-using numbers::kSentinel;
 
-constexpr double kTolerance = 0.25;
 constexpr Coord3 kStart = {0.0, 0.0, 0.0};
 constexpr Coord3 kEnd = {4.0, 0.0, 0.0};
 

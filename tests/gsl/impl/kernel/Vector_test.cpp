@@ -1,19 +1,10 @@
 #include "kernel/Vector.h"
 
-#include "Numbers.h"
+#include "KernelNames.h"
 
 namespace {
 
-using gsl_kernel::Coord3;
-using gsl_kernel::Measure;
-using gsl_kernel::Measured3;
-using numbers::Above;
-using numbers::Below;
-using numbers::kInfinity;
-using numbers::kNaN;
-using numbers::kSentinel;
-
-constexpr double kTolerance = 0.25;
+using namespace kernel_names;
 
 TEST(KernelVector, BetweenLeadsFromTheFirstPointAndIsMeasured) {
   const Measured3 v = gsl_kernel::Between({1.0, 2.0, 3.0}, {3.0, 5.0, 9.0});

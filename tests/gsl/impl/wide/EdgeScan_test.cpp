@@ -13,8 +13,8 @@ using gsl_wide::kAdjacencyRun;
 namespace {
 
 /// Entry by entry.
-std::size_t LinesToSkip(const std::vector<unsigned char>& entries,
-                        const std::vector<unsigned char>& open) {
+std::size_t RunsToSkip(const std::vector<unsigned char>& entries,
+                       const std::vector<unsigned char>& open) {
   for (std::size_t k = 0; k < entries.size(); ++k) {
     if ((entries[k] & open[k]) != 0) return k / kAdjacencyRun;
   }
@@ -23,7 +23,7 @@ std::size_t LinesToSkip(const std::vector<unsigned char>& entries,
 
 } // namespace
 
-TEST(EdgeScan, OpenEdgesMeetsEachEntryOfALine) {
+TEST(EdgeScan, OpenEdgesMeetsEachEntryOfARun) {
   std::vector<unsigned char> entries(kAdjacencyRun, 0), open(kAdjacencyRun, 0xFF);
   EXPECT_FALSE(AnyBit(OpenEdges(entries.data(), open.data())));
   for (std::size_t at = 0; at < entries.size(); ++at) {
@@ -36,7 +36,7 @@ TEST(EdgeScan, OpenEdgesMeetsEachEntryOfALine) {
   }
 }
 
-TEST(EdgeScan, SkipLinesAgreesWithOneEntryAfterTheOther) {
+TEST(EdgeScan, SkipRunsAgreesWithOneEntryAfterTheOther) {
   RandomNumbers random(20);
   for (int run = 0; run < 2000; ++run) {
     const std::size_t size = static_cast<std::size_t>(random.Below(12)) * kAdjacencyRun;
@@ -45,7 +45,7 @@ TEST(EdgeScan, SkipLinesAgreesWithOneEntryAfterTheOther) {
       entries[static_cast<std::size_t>(random.Below(static_cast<int>(size)))] = 1;
     for (unsigned char& byte : open)
       byte = random.Chance(0.7) ? 0xFF : 0;
-    EXPECT_EQ(SkipLines(entries.data(), open.data(), entries.data(), size / kAdjacencyRun),
-              LinesToSkip(entries, open));
+    EXPECT_EQ(SkipRuns(entries.data(), open.data(), entries.data(), size / kAdjacencyRun),
+              RunsToSkip(entries, open));
   }
 }

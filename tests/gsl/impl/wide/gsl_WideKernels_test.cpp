@@ -47,24 +47,24 @@ TEST(GslWideKernels, LargestOfRowSetsNaNAside) {
   }
 }
 
-TEST(GslWideKernels, SkipLinesStopsAtTheFirstOpenEdge) {
-  constexpr std::size_t kLines = 11;
-  constexpr std::size_t kLine = gsl_wide::kAdjacencyRun;
+TEST(GslWideKernels, SkipRunsStopsAtTheFirstOpenEdge) {
+  constexpr std::size_t kRuns = 11;
+  constexpr std::size_t kRun = gsl_wide::kAdjacencyRun;
   for (const gsl_WideKernels* const kernels : AllKernels()) {
-    std::vector<unsigned char> open(kLines * kLine, 0xFF);
+    std::vector<unsigned char> open(kRuns * kRun, 0xFF);
     for (std::size_t at = 0; at < open.size(); ++at) {
       std::vector<unsigned char> entries(open.size(), 0);
       const auto skipped = [&] {
-        return kernels->skipLines(entries.data(), open.data(), entries.data(), kLines);
+        return kernels->skipRuns(entries.data(), open.data(), entries.data(), kRuns);
       };
-      EXPECT_EQ(skipped(), kLines);
+      EXPECT_EQ(skipped(), kRuns);
       entries[at] = 1;
-      EXPECT_EQ(skipped(), at / kLine);
+      EXPECT_EQ(skipped(), at / kRun);
       open[at] = 0;
-      EXPECT_EQ(skipped(), kLines) << "the vertex is not open";
+      EXPECT_EQ(skipped(), kRuns) << "the vertex is not open";
       open[at] = 0xFF;
       entries.back() = 1;
-      EXPECT_EQ(skipped(), at / kLine) << "a later edge does not count";
+      EXPECT_EQ(skipped(), at / kRun) << "a later edge does not count";
     }
   }
 }

@@ -1,11 +1,11 @@
-#ifndef GSL_COORDINATES_H
-#define GSL_COORDINATES_H
+#ifndef GSL_FROM_COORDINATES_H
+#define GSL_FROM_COORDINATES_H
 
 #include "gsl_Point.h"
 #include "gsl_Vector.h"
 #include "kernel/Vector.h"
 
-/// Converts between entities and the bare coordinates of the kernels.
+/// Makes entities from the bare coordinates of the kernels.
 
 /// Returns a computed point, which has a fresh identity.
 inline gsl_Point ComputedPoint(const gsl_kernel::Coord3& c) {
