@@ -47,9 +47,11 @@ Question QuestionOf(const SweepOptions& options) {
   return question;
 }
 
-Mesh ReadBody(const std::string& file, const SweepOptions& options) {
-  if (file == "-") return ReadMeshFromStream(STDIN_FILENO, NameOfInput(file), options.format);
-  return ReadMesh(file);
+Mesh ReadBody(const std::string& file, const SweepOptions& options, const MeshProgress& progress) {
+  if (file == "-") {
+    return ReadMeshFromStream(STDIN_FILENO, NameOfInput(file), options.format, progress);
+  }
+  return ReadMesh(file, progress);
 }
 
 /// True also for one file under two paths, through folders or links.
@@ -116,7 +118,7 @@ private:
 Part ReadPart(const std::string& file, const SweepOptions& options, Display& display) {
   const std::string name = NameOfInput(file);
   display.Begin("Reading " + name, "read " + name);
-  Mesh mesh = ReadBody(file, options);
+  Mesh mesh = ReadBody(file, options, [&](double part) { display.Update(part); });
   const Body body(ViewOf(mesh));
   if (body.SkippedCount() == body.TriangleCount()) {
     throw MeshError(mesh.file + ": every triangle has a NaN or infinite corner");

@@ -34,9 +34,10 @@ double ProcessorSeconds() {
   return seconds(usage.ru_utime) + seconds(usage.ru_stime);
 }
 
-/// Returns the greatest memory so far.
-double PeakMegabytes() {
-  return static_cast<double>(Usage().ru_maxrss) * 1024.0 / kMegabyte;
+/// Returns the greatest memory so far. The system counts in steps, so its count may be less than
+/// the present memory.
+double PeakMegabytes(double present) {
+  return std::max(static_cast<double>(Usage().ru_maxrss) * 1024.0 / kMegabyte, present);
 }
 
 /// Returns the memory at present; 0 when it is not known.
@@ -78,10 +79,11 @@ void Stages::End(const std::string& name) {
   if (stage == m_stages.end()) return;
   if (m_running == name) Pause();
   m_progress.Clear();
+  const double present = PresentMegabytes();
   std::fprintf(stderr,
                "gsl-sweep: %s: %.3f s, %.3f s of processor time, %.1f MB, at most %.1f MB\n",
-               gsl_mesh::Printable(name).c_str(), stage->wall, stage->processor, PresentMegabytes(),
-               PeakMegabytes());
+               gsl_mesh::Printable(name).c_str(), stage->wall, stage->processor, present,
+               PeakMegabytes(present));
   m_stages.erase(stage);
 }
 
