@@ -1,5 +1,5 @@
-// The library's Eigen in a namespace of its own: the linker must not take one set of flags' copy of
-// an inline function for the other's.
+// This Eigen has its own namespace. The linker must not mix the inline functions of two sets of
+// flags.
 #define Eigen EigenForThisProcessor
 #include <Eigen/LU>
 

@@ -3,14 +3,14 @@
 
 #include <memory>
 
-/// Eigen's PartialPivLU, compiled for the processor at hand: wide vectors, fused multiply-add. In a
-/// source of its own, so that nothing else is.
+/// Eigen's PartialPivLU, compiled for this processor, with wide vectors and fused multiply-add. It
+/// has its own source, so that no other code is compiled like this.
 class EigenNative {
 public:
-  /// n x n and n numbers, copied.
+  /// Copies n x n and n numbers.
   EigenNative(int n, const double* a, const double* b);
   ~EigenNative();
-  /// Factors and solves; the solution, n numbers.
+  /// Factors and solves. Returns the solution, n numbers.
   const double* FactorAndSolve();
 
 private:

@@ -9,8 +9,8 @@
 #include <cstdint>
 #include <vector>
 
-/// What no other library does quite like this: one operation per iteration, on inputs that change
-/// from one to the next. bench_values.cpp measures the rest beside a peer.
+/// Measures operations without an equal in another library, one per iteration, on changing inputs.
+/// bench_values.cpp measures the others beside a peer.
 
 namespace {
 
@@ -42,7 +42,7 @@ const Inputs& In() {
   return inputs;
 }
 
-/// Times operation(i, next) with i running round the inputs.
+/// Times operation(i, next). The index i runs over the inputs again and again.
 template <class Operation>
 void Run(benchmark::State& state, const Operation& operation) {
   In();

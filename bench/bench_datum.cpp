@@ -1,8 +1,9 @@
-// Boxes, three-point constructions, datum predicates, model segments, the in-plane sweep and script
-// calls. Peers: Eigen for boxes, circles and skew lines, std::shared_ptr for the holders, and for
-// the sweep its steps written out on the public classes.
+// Measures boxes, three-point constructions, datum predicates, model segments, the in-plane sweep
+// and script calls. The peers are Eigen for boxes, circles and skew lines, std::shared_ptr for the
+// holders, and the step-by-step algorithm on the public classes for the sweep.
 
 #include "InPlaneTranscription.h"
+#include "RandomNumbers.h"
 #include "gsl_BBox.h"
 #include "gsl_InPlaneSegSegMinDirectionalDist.h"
 #include "gsl_ModelSegment.h"
@@ -19,19 +20,16 @@
 #include <cstddef>
 #include <limits>
 #include <memory>
-#include <random>
 #include <vector>
 
 namespace {
 
-// Enough values that nothing is a constant, few enough that they stay in the first cache.
+// The values are too many to be constants, and few enough for the first cache.
 constexpr std::size_t kCount = 64;
 
 class Numbers {
 public:
-  double operator()(double low, double high) {
-    return std::uniform_real_distribution<double>(low, high)(generator);
-  }
+  double operator()(double low, double high) { return random.In(low, high); }
   gsl_Point Point() {
     const double x = (*this)(-10.0, 10.0);
     const double y = (*this)(-10.0, 10.0);
@@ -39,7 +37,7 @@ public:
   }
 
 private:
-  std::mt19937_64 generator{20240611};
+  RandomNumbers random{20240611};
 };
 
 Eigen::Vector3d EigenOf(const gsl_Point& p) {
@@ -137,7 +135,7 @@ void BoxTransformEigen(benchmark::State& state) {
   const Eigen::Isometry3d m = SomeIsometry();
   std::size_t i = 0;
   for (auto _ : state) {
-    // All eight corners, as ours does.
+    // Transforms all eight corners, as our box does.
     const Eigen::AlignedBox3d& source = boxes.eigen[i++ % kCount];
     Eigen::AlignedBox3d box;
     for (int k = 0; k < 8; ++k)
@@ -290,8 +288,8 @@ void SegmentRegenerateShared(benchmark::State& state) {
   }
 }
 
-/// What lies about a segment that moves along +Y: 0 ahead of it across the direction, 1 along the
-/// direction, 2 anywhere.
+/// A segment near a segment that moves along +Y: 0 is ahead of it and across the direction, 1 is
+/// along the direction, 2 is anywhere.
 struct InPlanePairs {
   std::vector<std::array<gsl_Point, 4>> pairs;
   gsl_Vector direction{0.1, 1.0, 0.0};

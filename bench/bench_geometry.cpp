@@ -1,6 +1,7 @@
-// Lines, planes, segments and the triangle sweep. The peer of the sweep is the algorithm written
-// out step by step on the public classes; Eigen has the intersection of a line and a plane.
+// Measures lines, planes, segments and the triangle sweep. The peer of the sweep is the
+// step-by-step algorithm on the public classes. Eigen has the intersection of a line and a plane.
 
+#include "RandomNumbers.h"
 #include "TriTriTranscription.h"
 #include "gsl_Plane.h"
 #include "gsl_Segment.h"
@@ -12,7 +13,6 @@
 
 #include <cstddef>
 #include <limits>
-#include <random>
 #include <string>
 #include <vector>
 
@@ -22,15 +22,13 @@ constexpr std::size_t kCount = 256;
 
 class Numbers {
 public:
-  explicit Numbers(std::uint64_t seed) : generator(seed) {}
-  double In(double low, double high) {
-    return std::uniform_real_distribution<double>(low, high)(generator);
-  }
+  explicit Numbers(std::uint64_t seed) : random(seed) {}
+  double In(double low, double high) { return random.In(low, high); }
   gsl_Point Point(double size) { return {In(-size, size), In(-size, size), In(-size, size)}; }
   gsl_Vector Vector(double size) { return {In(-size, size), In(-size, size), In(-size, size)}; }
 
 private:
-  std::mt19937_64 generator;
+  RandomNumbers random;
 };
 
 template <class T, class Make>
@@ -42,7 +40,7 @@ std::vector<T> Corpus(std::uint64_t seed, Make make) {
   return values;
 }
 
-/// Runs `work` on one value after the other and its successor.
+/// Runs `work` on each value and its successor in turn.
 template <class T, class Work>
 void OnPairs(benchmark::State& state, const std::vector<T>& values, Work work) {
   std::size_t i = 0;
@@ -56,7 +54,7 @@ gsl_StLine AnyLine(Numbers& n) {
   return {n.Point(5.0), n.Vector(1.0)};
 }
 
-/// Any line of the plane z = 0: each crosses nearly every other.
+/// Returns a line of the plane z = 0, which crosses nearly every other line.
 gsl_StLine AnyFlatLine(Numbers& n) {
   return {gsl_Point(n.In(-5.0, 5.0), n.In(-5.0, 5.0), 0.0),
           gsl_Vector(n.In(-1.0, 1.0), n.In(-1.0, 1.0), 0.0)};
@@ -137,7 +135,7 @@ struct Pair {
   double reach = std::numeric_limits<double>::infinity();
 };
 
-/// Across Z near the origin, and B `ahead` of A.
+/// A is across Z near the origin, and B is `ahead` of A.
 Pair AnyPair(Numbers& n, double ahead) {
   Pair pair;
   for (int i = 0; i < 3; ++i) {
@@ -147,21 +145,21 @@ Pair AnyPair(Numbers& n, double ahead) {
   return pair;
 }
 
-/// Rejected by the extents along the direction.
+/// The extents along the direction reject this pair.
 Pair FarPair(Numbers& n) {
   Pair pair = AnyPair(n, 50.0);
   pair.reach = 1.0;
   return pair;
 }
 
-/// As a sweep over closed surfaces meets them: half of the triangles face the wrong way.
+/// Half of the triangles face the wrong way, as in a sweep of closed surfaces.
 Pair OneSidedPair(Numbers& n) {
   Pair pair = AnyPair(n, 4.0);
   pair.twoSided[0] = pair.twoSided[1] = false;
   return pair;
 }
 
-/// Nothing is refused or rejected.
+/// No pair is refused or rejected.
 Pair NearPair(Numbers& n) {
   return AnyPair(n, 4.0);
 }

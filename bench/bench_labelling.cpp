@@ -1,7 +1,8 @@
-// The pieces of a graph given as a matrix of bool: beside one read of the matrix, which is what
-// anybody must do who has no better representation, and Boost.Graph's connected_components on
-// adjacency lists, with and without the conversion to them.
+// Measures the labelling of the components of a graph, given as a matrix of bool. The peers are one
+// read of the matrix, which every algorithm on a matrix needs, and Boost.Graph's
+// connected_components on adjacency lists, with and without the conversion to lists.
 
+#include "RandomNumbers.h"
 #include "gsl_DepthFirstSearch.h"
 
 #include <benchmark/benchmark.h>
@@ -15,7 +16,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
-#include <random>
 #include <string>
 #include <vector>
 
@@ -32,9 +32,9 @@ public:
         Join(v, v + 1);
     }
     if (kind == Kind::Sparse) {
-      std::mt19937_64 random(20240229);
-      for (std::size_t k = 0; k < 2 * n; ++k) // about four neighbours each
-        Join(random() % n, random() % n);
+      RandomNumbers random(20240229);
+      for (std::size_t k = 0; k < 2 * n; ++k) // each vertex has about four neighbours
+        Join(random.Next() % n, random.Next() % n);
     }
   }
 
@@ -64,7 +64,7 @@ void Ours(benchmark::State& state, Kind kind) {
 typedef std::uint64_t Vector __attribute__((vector_size(32)));
 typedef Vector AnyVector __attribute__((aligned(1), may_alias));
 
-/// Four running vectors: bound by the memory, not by the addition of one to the other.
+/// There are four running vectors, so that the memory is the limit and not the addition.
 void OneRead(benchmark::State& state, Kind kind) {
   const Graph graph(kind, static_cast<int>(state.range(0)));
   const char* const bytes = reinterpret_cast<const char*>(graph.Matrix());
@@ -138,7 +138,7 @@ const bool kRegistered = [] {
   Register("ours", Ours, kEverything);
   Register("one_read", OneRead, kEverything);
 #if defined(BENCH_BOOST_GRAPH)
-  // Lists of a full graph take 16 bytes per edge.
+  // The lists of a full graph take 16 bytes per edge.
   Register("Boost_lists", BoostOnLists, 1000);
   Register("Boost_with_conversion", BoostWithConversion, 1000);
 #endif

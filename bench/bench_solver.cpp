@@ -1,12 +1,13 @@
-// Factor and solve one system: Eigen's PartialPivLU, compiled like the library and for the
-// processor at hand, OpenBLAS's dgesv on one thread, and the column-by-column form of the textbook.
-// Everybody is given a fresh copy of the matrix.
+// Measures how one system is factored and solved. The peers are Eigen's PartialPivLU, compiled like
+// the library and for this processor, OpenBLAS's dgesv on one thread, and the column-by-column form
+// of the textbook. Each gets a fresh copy of the matrix.
 //
-// OpenBLAS chooses its kernel by the processor; OPENBLAS_CORETYPE in the environment makes it take
-// another. GSL_BENCH_WIDTH=avx2 (or baseline) makes ours take narrower vectors than it would; the
+// OpenBLAS chooses its kernel by the processor, and OPENBLAS_CORETYPE in the environment selects
+// another kernel. GSL_BENCH_WIDTH=avx2 (or baseline) selects narrower vectors for our solver. The
 // work is then called FactorAndSolve_avx2.
 
 #include "EigenNative.h"
+#include "RandomNumbers.h"
 #include "TextbookLu.h"
 #include "gsl_LinearEqnLUDSolver.h"
 #include "wide/LuSubstitution.h"
@@ -20,7 +21,6 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
-#include <random>
 #include <string>
 #include <vector>
 
@@ -40,13 +40,12 @@ struct Problem {
   std::vector<double> b;
 
   explicit Problem(const benchmark::State& state) : n(static_cast<int>(state.range(0))) {
-    std::mt19937_64 generator(20240229);
-    std::uniform_real_distribution<double> between(-1.0, 1.0);
+    RandomNumbers random(20240229);
     const std::size_t size = static_cast<std::size_t>(n);
     a.resize(size * size);
     b.resize(size);
-    std::generate(a.begin(), a.end(), [&] { return between(generator); });
-    std::generate(b.begin(), b.end(), [&] { return between(generator); });
+    std::generate(a.begin(), a.end(), [&] { return random.In(-1.0, 1.0); });
+    std::generate(b.begin(), b.end(), [&] { return random.In(-1.0, 1.0); });
   }
 };
 
@@ -65,7 +64,7 @@ void Ours(benchmark::State& state) {
   }
 }
 
-/// The steps of the class with kernels that it would not choose.
+/// Runs the steps of the class with kernels that the class would not choose.
 void OursWith(benchmark::State& state, const gsl_WideKernels* kernels) {
   const Problem problem(state);
   std::vector<double> x = problem.b;

@@ -1,5 +1,7 @@
-// Vectors, points and transforms beside Eigen, which does the same on its own types.
+// Measures vectors, points and transforms beside Eigen, which has the same operations on its own
+// types.
 
+#include "RandomNumbers.h"
 #include "gsl_Matrix.h"
 #include "gsl_Point.h"
 #include "gsl_Vector.h"
@@ -9,19 +11,17 @@
 
 #include <array>
 #include <cstddef>
-#include <random>
 
 namespace {
 
-// Enough values that nothing is a constant, few enough that they stay in the first cache.
+// The values are too many to be constants, and few enough for the first cache.
 constexpr std::size_t kCount = 64;
 
-std::array<double, 3 * kCount> RandomNumbers() {
-  std::mt19937_64 generator(20240229);
-  std::uniform_real_distribution<double> between(-10.0, 10.0);
+std::array<double, 3 * kCount> SomeNumbers() {
+  RandomNumbers random(20240229);
   std::array<double, 3 * kCount> numbers;
   for (double& number : numbers)
-    number = between(generator);
+    number = random.In(-10.0, 10.0);
   return numbers;
 }
 
@@ -30,14 +30,14 @@ struct Corpus {
   std::array<T, kCount> values;
 
   Corpus() {
-    const std::array<double, 3 * kCount> numbers = RandomNumbers();
+    const std::array<double, 3 * kCount> numbers = SomeNumbers();
     for (std::size_t i = 0; i < kCount; ++i)
       values[i] = T(numbers[3 * i], numbers[3 * i + 1], numbers[3 * i + 2]);
   }
   const T& At(std::size_t i) const { return values[i % kCount]; }
 };
 
-/// Runs `work` on one value after the other and its successor.
+/// Runs `work` on each value and its successor in turn.
 template <class T, class Work>
 void OnPairs(benchmark::State& state, Work work) {
   const Corpus<T> corpus;

@@ -18,13 +18,14 @@
 #include <vector>
 
 /// Sweeps real meshes, prints times, and brackets every answer with CGAL's intersection of
-/// triangles that stand still: apart before the contact, touching after it, and a bisection in
-/// between.
+/// triangles at rest. They must be apart before the contact and touch after it, and a bisection
+/// finds the travel between.
 ///
 /// usage: sweep_bracket FOLDER [--subdivided]
 ///
-/// --subdivided sweeps instead a body of 1.6 million triangles, made by cutting every triangle of
-/// koala.obj in four twice, and compares with the uncut one. Exit status 1 when a check fails.
+/// --subdivided sweeps a body of 1.6 million triangles instead, and compares with the original
+/// body. Every triangle of koala.obj is divided into four, twice. The exit status is 1 when a check
+/// fails.
 namespace {
 
 using namespace gsl_mesh;
@@ -34,6 +35,7 @@ using gsl_arithmetic::Cross;
 using gsl_arithmetic::Length;
 using gsl_arithmetic::Multiply;
 using gsl_arithmetic::Subtract;
+using gsl_tools::ViewOf;
 
 using Kernel = CGAL::Exact_predicates_inexact_constructions_kernel;
 using Triangles = std::vector<Kernel::Triangle_3>;
@@ -73,7 +75,7 @@ bool IsFinite(const Coord3& p) {
   return std::isfinite(p.x) && std::isfinite(p.y) && std::isfinite(p.z);
 }
 
-/// What CGAL takes: finite triangles with an area.
+/// Returns the triangles that CGAL accepts: finite triangles with an area.
 Triangles TrianglesOf(const Mesh& mesh, const Coord3& shift) {
   Triangles triangles;
   for (std::size_t k = 0; k < mesh.TriangleCount(); ++k) {
@@ -97,7 +99,7 @@ double SizeOf(const Mesh& mesh) {
   return size;
 }
 
-/// The static test.
+/// The test at rest.
 class Standing {
 public:
   Standing(const Mesh& moving, const Mesh& fixed, const Coord3& direction)
@@ -121,7 +123,8 @@ private:
   Tree m_tree;
 };
 
-/// True when the static test is apart at some travels before the answer and touches just after.
+/// Returns true when the test at rest is apart at some travels before the answer and touches just
+/// after.
 bool IsBracketed(const Answer& answer, const Mesh& moving, const Mesh& fixed, double& bisected) {
   const Standing standing(moving, fixed, answer.unitDirection);
   const double slack = 1e-9 * std::max(SizeOf(moving), SizeOf(fixed));

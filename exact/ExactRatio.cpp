@@ -151,8 +151,8 @@ int CompareRoundedLength(const ExactRatio& ratio, const Coord3& vector,
   // Between these bounds the product has all its bits.
   constexpr double kLeast = 0x1p-850;
   constexpr double kGreatest = 0x1p900;
-  // The relative error of the ratio is below 2^-90, and that of the root and the product below
-  // 2^-98.
+  // The relative error of the ratio is below 2^-90, and the error of the root and the product is
+  // below 2^-98.
   constexpr double kRelativeBound = 0x1p-85;
   const DoubleDouble product = Times(ratio.rounded, Root(SquaredLength(vector).Rounded()));
   if (!(product.hi > kLeast && product.hi < kGreatest)) return 0;

@@ -3,10 +3,9 @@
 
 usage: make_seeds.py [--check]
 
-With --check nothing is written: the exit code says whether the folders hold exactly these seeds.
+With --check it writes nothing. The exit code is 0 when the folders hold exactly these seeds, and otherwise 1.
 
-The records are encoded here a second time, from tables of their own, so that the tests can compare
-the library's reading and writing with them.
+This program has its own encoder and its own tables, so that the tests can compare the library with the seeds.
 """
 
 import pathlib
@@ -39,7 +38,7 @@ def zigzag(value):
 
 
 def checksum(data):
-    """CRC-32C, a byte at a time."""
+    """Returns the CRC-32C of the bytes, byte by byte."""
     total = 0xFFFFFFFF
     for byte in data:
         total ^= byte
@@ -49,7 +48,7 @@ def checksum(data):
 
 
 def frame(body):
-    """A body of at most 2^20 bytes between its header and its checksum."""
+    """Returns a body of at most 2^20 bytes between its header and its checksum."""
     head = b"gslr\x02\0\0\0" + struct.pack("<Q", len(body))
     return head + struct.pack("<I", checksum(head)) + body + struct.pack("<I", checksum(bytes(8) + body))
 
@@ -109,7 +108,7 @@ class Record:
 
 
 def encode(*roots):
-    """The byte form of a store with these roots."""
+    """Returns the byte form of a store with these roots."""
     order = []
 
     def number(record):
@@ -207,7 +206,7 @@ def model_segment(first, second):
 
 
 def entries(*records, null=0):
-    """A list of records, None for a null of class `null`."""
+    """Returns a list of records. None becomes a null of class `null`."""
     fields = [("", -1, NULL, null) if r is None else ("", -1, RECORD, r) for r in records]
     return Record(COLLECTION, fields, collection=1)
 
@@ -224,7 +223,7 @@ def record_seeds():
     shared = dot("gsl_FROM_NODE")
     null_dot = (NULL, 0x030A0005)
     seeds = {
-        # One whole record of every registered class, under its registered name.
+        # Each registered class has one whole record, under its registered name.
         "gsl_Point": encode(point()),
         "gsl_Matrix": encode(matrix()),
         "gsl_Vector": encode(vector()),
@@ -237,7 +236,7 @@ def record_seeds():
         "gsl_DotArray": encode(array(0x030A000E, 0x030A0005, dot(), None, dot())),
         "gsl_PlaneArray": encode(array(0x030A000D, 0x030A0004, plane(), None)),
         "gsl_LineArray": encode(array(0x030A000A, 0x030A0006, None, axis())),
-        # Lists, sharing, empty ends.
+        # These hold lists, shared objects and empty ends.
         "list_of_points": encode(entries(point(), point(9.0))),
         "list_of_segments": encode(
             entries(
@@ -248,7 +247,7 @@ def record_seeds():
         ),
         "roots": encode(point(), plane("PLANE_INVALID"), axis("FROM_REVFACE"), matrix(1)),
         "nothing": encode(),
-        # What is refused or read with defaults.
+        # These are refused, or are read with defaults.
         "no_fields": encode(*(Record(0x030A0000 + row) for row in range(1, 15))),
         "unknown_method": encode(plane("gsl_FROM_POINT")),
         "unknown_class": encode(Record(0x7F0F0F0F, [("_point", 0, RECORD, point())])),
@@ -319,7 +318,7 @@ def main():
             else:
                 there[name].unlink()
     for name in stale:
-        print(f"not as made: {name}" if sys.argv[1:] else name, file=sys.stderr)
+        print(f"{name}: is not the seed that this program writes" if sys.argv[1:] else name, file=sys.stderr)
     return 1 if stale and sys.argv[1:] else 0
 
 

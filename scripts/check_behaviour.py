@@ -4,7 +4,8 @@
 usage: check_behaviour.py [ROOT]
 
 Every row names files of the library and tests. Each file must hold a comment with the row's name, a colon
-and a reason, and each test must exist. A comment with a name that no row has is an error too.
+and a reason, and each test must exist. A comment with a name that no row has is an error too, and so is such a
+name in brackets on a page that the page of the oddities links.
 """
 
 import pathlib
@@ -15,8 +16,10 @@ import house_check
 
 PAGE = "docs/behaviour.md"
 HEAD = ["name", "what it does", "where", "test"]
-# Three words or more joined by hyphens, alone or before a colon: ordinary comments do not look like that.
+# Matches three words or more joined by hyphens, alone or before a colon. Ordinary comments do not look like this.
 NAME_COMMENT = re.compile(r"^[ \t]*//+ ([a-z0-9]+(?:-[a-z0-9]+){2,})(?:(:)[ \t]*(\S?)|[ \t]*$)", re.MULTILINE)
+NAME_ON_A_PAGE = re.compile(r"\(`([a-z0-9]+(?:-[a-z0-9]+){2,})`\)")
+LINK = re.compile(r"\]\(([\w-]+\.md)\)")
 TEST = re.compile(r"^(?:TEST|TEST_F|TEST_P|RC_GTEST_PROP)\(\s*(\w+),\s*(\w+)", re.MULTILINE)
 
 
@@ -25,7 +28,7 @@ def cells_of(line):
 
 
 def rows_of(page):
-    """(line number, cells) of every row of the page's tables."""
+    """Yields (line number, cells) of every row of the page's tables."""
     for number, line in enumerate(page.splitlines(), 1):
         if not line.startswith("|"):
             continue
@@ -50,7 +53,7 @@ def tests_of(root):
 
 
 def names_in_code(root):
-    """Name of every oddity comment with the files that hold it, and the comments without a reason."""
+    """Returns the name of every oddity comment with its files, and the comments without a reason."""
     found, bare = {}, []
     for path in sources(root, "gsl"):
         file = path.relative_to(root).as_posix()
@@ -59,6 +62,14 @@ def names_in_code(root):
             if not colon or not reason:
                 bare.append(f"{file}: {name} has no colon and reason after it")
     return found, bare
+
+
+def names_on_linked_pages(root):
+    """Yields (page, name) of every name in brackets on the pages that the page of the oddities links."""
+    for link in sorted(set(LINK.findall((root / PAGE).read_text()))):
+        page = (root / PAGE).parent / link
+        for name in NAME_ON_A_PAGE.findall(page.read_text()):
+            yield page.relative_to(root).as_posix(), name
 
 
 def check_row(cells, tests, named):
@@ -87,6 +98,8 @@ def check(root):
         problems += [f"{PAGE}:{number}: {problem}" for problem in found]
     problems += [f"{file}: {name} has no row in {PAGE}"
                  for name in sorted(set(named) - seen) for file in sorted(named[name])]
+    problems += [f"{page}: {name} has no row in {PAGE}" for page, name in names_on_linked_pages(root)
+                 if name not in seen]
     return problems, len(seen)
 
 

@@ -21,7 +21,7 @@ LONGEST = 60
 # Bodies that may be longer for now: (file, function). An entry that is not needed is an error.
 EXCEPTIONS = set()
 
-# What is blanked out before braces are counted. A ' between digits separates them.
+# Matches the parts that are blanked before braces are counted. A ' between digits separates them.
 IGNORED = re.compile(
     r"""(?P<raw>\bR"(?P<mark>[^()\\\s]{0,16})\(.*?\)(?P=mark)")
       | (?P<text>"(?:\\.|[^"\\\n])*")
@@ -36,7 +36,7 @@ NAME = re.compile(r"(operator\s*(?:\(\)|[^\s(]+)|~?\w+(?:::~?\w+)*)\s*$")
 
 
 def blanked(text):
-    """The text without what cannot hold a brace that counts; its lines stay."""
+    """Returns the text without the parts whose braces do not count. The lines stay."""
     def ignored(match):
         kept = match.group(0)
         lines = "\n" * kept.count("\n")
@@ -51,7 +51,7 @@ def blanked(text):
 
 
 def without(pattern, replacement, head):
-    """The head after the pattern was replaced until none is left, from the inside out."""
+    """Returns the head after every match of the pattern was replaced, from the inside out."""
     replaced = 1
     while replaced:
         head, replaced = re.subn(pattern, replacement, head)
@@ -59,13 +59,13 @@ def without(pattern, replacement, head):
 
 
 def outside_brackets(head):
-    """The head without attributes, template arguments and what is in round brackets."""
+    """Returns the head without attributes, template arguments and what is in round brackets."""
     head = without(r"\([^()]*\)", "\x01", OPERATOR.sub("operator", head))
     return without(r"<[^<>;{}]*>", " ", re.sub(r"\[\[.*?\]\]", " ", head))
 
 
 def kind_of(head):
-    """What a brace after `head` opens: a container, a function, or an initialiser."""
+    """Returns what a brace after `head` opens: a container, a function, or an initialiser."""
     plain = outside_brackets(head)
     assigned = "=" in plain
     if assigned:
@@ -84,8 +84,8 @@ def name_of(head):
 
 
 def bodies_of(text):
-    """(name, line of the opening brace, lines between the braces) of every function body, and whether all
-    braces have a partner."""
+    """Returns (name, line of the opening brace, lines between the braces) of every function body, and whether
+    all braces have a partner."""
     text = blanked(text)
     found, line, position = [], 1, 0
     # Open braces as (kind, name, line), the head before the next brace, and open round brackets.

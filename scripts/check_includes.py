@@ -98,7 +98,7 @@ ROOMS = [
          f"{PRODUCT}, tests/support/, any library"),
     Room("tests/consumer/", "projects that use the library, installed or as sources",
          f"{PUBLIC}, {RECORDS}, sweep/, POSIX", True),
-    Room("bench/", "benchmarks of the library and of other libraries", f"{PRODUCT}, tests/reference/, any library"),
+    Room("bench/", "benchmarks of the library and of other libraries", f"{PRODUCT}, tests/reference/, tests/support/RandomNumbers.h, any library"),
     Room("fuzz/", "fuzz targets and their seeds", f"{PUBLIC}, {RECORDS}, records/, mesh/, sweep/"),
     Room("examples/", "programs as users write them", f"{PUBLIC}, {RECORDS}, mesh/, sweep/", True),
 ]
@@ -112,7 +112,7 @@ def entries_of(room):
 
 
 def allowed(room):
-    """Rooms, headers and libraries of a row without the remarks."""
+    """Returns the rooms, headers and libraries of a row without the remarks."""
     names = [entry.split(" (")[0] for entry in entries_of(room)]
     if PRODUCT in names:
         names += [other.folder for other in ROOMS if not other.folder.startswith(OUTSIDE)]
@@ -130,7 +130,7 @@ def host_rank(path):
 
 
 def table():
-    """The lines of the table in CONTRIBUTING.md."""
+    """Yields the lines of the table in CONTRIBUTING.md."""
     yield "| room | holds | may include |"
     yield "|---|---|---|"
     for room in ROOMS:
@@ -151,7 +151,7 @@ class Tree:
         self.known = set(self.sources)
 
     def find(self, includer, name):
-        """The project's files that `includer` may mean by `name`: beside it, or by the end of their paths."""
+        """Returns the project's files that `includer` may mean by `name`: beside it, or by the end of their paths."""
         beside = posixpath.normpath(posixpath.join(posixpath.dirname(includer), name))
         if beside in self.known:
             return [beside]
@@ -160,7 +160,7 @@ class Tree:
 
 
 def problem_with_name(room, name, is_quoted, found):
-    """What is wrong with how a header is named, or None."""
+    """Returns what is wrong with the name of a header, or None."""
     if not found:
         if is_quoted:
             return f'"{name}" is not a file of this project'
@@ -178,7 +178,7 @@ def problem_with_name(room, name, is_quoted, found):
 
 
 def problem_between(source, target):
-    """What is wrong with one file of this project including another, or None."""
+    """Returns what is wrong when one file of this project includes another, or None."""
     room, other = room_of(source), room_of(target)
     if other != room and other.folder not in allowed(room) and target not in allowed(room):
         return f"{room.folder} may not include {target}"

@@ -3,8 +3,7 @@
 
 usage: check_nodiscard.py [ROOT]
 
-That is every result of type bool, and every pointer to something that is not const, because the caller may
-own it.
+These are results of type bool, and pointers to something that is not const, because the caller may own it.
 """
 
 import pathlib
@@ -28,7 +27,7 @@ def without_comments(text):
 
 
 def unmarked(text):
-    """Names of the declarations that lack the mark, and the number of those that need it."""
+    """Returns the declarations without the mark, and the number of declarations that need the mark."""
     missing, count = [], 0
     for match in DECLARATION.finditer(without_comments(text)):
         name = match["name"]

@@ -31,10 +31,10 @@ def problems(packages, notices):
     for name in sorted(needed - set(sections)):
         yield f"{name} has no section"
     for name in sorted(set(sections) - needed):
-        yield f"{name} has a section, but nothing is built with it"
+        yield f"{name} has a section, but no program is built with {name}"
     for name, text in sorted(sections.items()):
         if not re.search(r"^Copyright \([cC]\) ", text, re.MULTILINE):
-            yield f"{name}: the section names no holder of the copyright"
+            yield f"{name}: the section does not name the holder of the copyright"
         promised = re.search(r"The (\w+) licence, whose text is at the end", text)
         if promised and promised.group(1) not in titles:
             yield f"{name}: the text of the {promised.group(1)} licence is missing"

@@ -3,8 +3,8 @@
 
 usage: check_outputs.py [ROOT]
 
-An output is a parameter that refers or points to something not const. The test names an operation in a
-comment with the types of its parameters, & and * on the outputs alone:
+An output is a parameter that refers or points to something that is not const. A comment of the test names an
+operation with the types of its parameters. Only outputs have & and * there:
 
     // output: gsl_Point::ProjectOn(gsl_StLine, double&)
 
@@ -19,10 +19,10 @@ import house_check
 
 HEADERS = "gsl/include"
 TEST = "tests/gsl/aliasing_test.cpp"
-# These are passed on and never read beside an input.
+# The operations pass these parameters on and read no input after them.
 NOT_OUTPUTS = {"aio_ostream", "cls_ClassRegistrar"}
 
-# A scope that opens or closes, an access label, or something like a call, which may be a declaration.
+# Matches a scope that opens or closes, an access label, or a call, which may be a declaration.
 TOKEN = re.compile(
     r"(?:(?P<kind>class|struct|namespace) (?:GSL_API )?(?P<scope>\w+)[^;{}()]*)?(?P<brace>[{}])"
     r"|(?P<access>public|private|protected):"
@@ -32,13 +32,13 @@ NAMED = re.compile(r"// output: ([^)]*\))")
 
 
 def plain(text):
-    """Returns the text without comments, with types of one word, and with pointers to arrays as pointers."""
+    """Returns the text without comments. Each type is one word, and a pointer to an array is a pointer."""
     text = re.sub(r"//[^\n]*", "", text).replace("unsigned int", "unsigned")
     return re.sub(r"double \(\*const (\w+)\)\[4\]", r"double* \1", text)
 
 
 def types_of(parameters):
-    """Returns the types without const and names, and whether one is an output; None if it is not a declaration."""
+    """Returns the types without const and names, and whether one is an output. Returns None for other text."""
     types, has_output = [], False
     for parameter in parameters.split(","):
         match = PARAMETER.fullmatch(" ".join(parameter.split()))
@@ -53,7 +53,7 @@ def types_of(parameters):
 
 
 def operations_of(text):
-    """Yields every public operation of a header that has an output: its name and its types."""
+    """Yields the name and the types of every public operation of a header that has an output."""
     scopes = []
     for token in TOKEN.finditer(plain(text)):
         if token["brace"] == "{":

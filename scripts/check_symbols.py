@@ -3,9 +3,8 @@
 
 usage: check_symbols.py LIBRARY HOST_HEADER_FOLDER...
 
-It may export names that are declared GSL_API: names of this library, and the instantiations of the host's
-templates for its classes. Apart from the C++ runtime it may need only names that a header of the host
-declares.
+The library may export the names that are declared GSL_API: its own names, and the host's templates over its
+classes. It may need the names of the C++ runtime, and names that a header of the host declares.
 """
 
 import pathlib
@@ -13,15 +12,15 @@ import re
 import subprocess
 import sys
 
-# A class, function or enumeration of this library; hosts' templates over them; functions that the
-# object model finds by name.
+# Matches a class, a function or an enumeration of this library, a template of the host over them, and a function
+# that the object model finds by name.
 EXPORTED = re.compile(
     r"^(?:(?:vtable|VTT|typeinfo|typeinfo name|guard variable) for |(?:non-)?virtual thunk to )?"
     r"(?:gsl_\w+|(?:(?:omi|omu|cls|cow|typ)_\w+(?:::\w+)?<)+(?:\w+, )*gsl_\w+|omu_ReturnPrim\()"
 )
-# A function template's demangled name begins with its result.
-EXPORTED_BEHIND_RESULT = re.compile(r"^[\w:*& ]+ (?:gsl_\w+|(?:(?:atr|(?:omi|omu|cls|cow|typ)_\w+(?:::\w+)?)<)+(?:\w+, )*gsl_\w+)")
-# The standard library marks its own templates visible; their instantiations are weak.
+# The demangled name of a function template begins with the result.
+EXPORTED_AFTER_RESULT = re.compile(r"^[\w:*& ]+ (?:gsl_\w+|(?:(?:atr|(?:omi|omu|cls|cow|typ)_\w+(?:::\w+)?)<)+(?:\w+, )*gsl_\w+)")
+# The standard library makes its own templates visible. Their instantiations are weak.
 STANDARD_TEMPLATE = re.compile(r"^(?:[\w:<>*& ,]+ )?(?:typeinfo (?:name )?for |vtable for |guard variable for )?(?:std|__gnu_cxx)::")
 
 WORD = re.compile(r"[A-Za-z_]\w*")
@@ -32,7 +31,7 @@ LANGUAGE = set(
 
 
 def symbols(library, *options):
-    """Pairs of nm's type letter and the demangled name, with its version."""
+    """Yields pairs of nm's type letter and the demangled name with its version."""
     text = subprocess.run(
         ["nm", "--dynamic", "--demangle", *options, library], check=True, capture_output=True, text=True
     ).stdout
@@ -45,7 +44,7 @@ def symbols(library, *options):
 def is_allowed_export(kind, name):
     if STANDARD_TEMPLATE.match(name):
         return kind in "WVu"
-    return bool(EXPORTED.match(name) or EXPORTED_BEHIND_RESULT.match(name))
+    return bool(EXPORTED.match(name) or EXPORTED_AFTER_RESULT.match(name))
 
 
 def undeclared_words(name, declared):
@@ -72,14 +71,14 @@ def problems(library, folders):
         yield f"{library} exports nothing"
     for kind, name in exported:
         if not is_allowed_export(kind, name):
-            yield f"exported, but not of this library's interface: {name}"
+            yield f"{name}: is exported, but does not belong to the interface of this library"
     declared = declared_words(folders)
     for kind, name in symbols(library, "--undefined-only"):
-        if kind in "wv" or "@" in name:  # optional, or of a versioned system library
+        if kind in "wv" or "@" in name:  # The name is optional, or belongs to a versioned system library.
             continue
         words = undeclared_words(name, declared)
         if words:
-            yield f"needed, but declared in no header of the host ({', '.join(words)}): {name}"
+            yield f"{name}: is needed, but no header of the host declares {', '.join(words)}"
 
 
 def main():

@@ -27,7 +27,7 @@ EXCEPTIONS = {
     "gsl/persist/gsl_Arrays.cpp": "instantiates what cls_xo1DArrayList_test.cpp and omu_xoObjVarray_test.cpp test",
 }
 
-# A parameter list, what may follow it, and a brace.
+# Matches a parameter list, what may follow it, and a brace.
 BODY = re.compile(r"\)\s*(?:const\b|noexcept\b|override\b|final\b|\s)*(?::\s[^;{}]*(?:\{[^;{}]*\}[^;{}]*)*)?\{")
 COMMENT = re.compile(r"//[^\n]*|/\*.*?\*/", re.DOTALL)
 
@@ -51,7 +51,7 @@ def test_of(name):
 
 
 def listed(root):
-    """Test files that some CMakeLists.txt of the tests names, so that they are compiled."""
+    """Returns the test files that a CMakeLists.txt of the tests names, so that they are compiled."""
     found = set()
     for build in (root / "tests").rglob("CMakeLists.txt"):
         for name in re.findall(r"[\w./-]+_test\.cpp", build.read_text()):

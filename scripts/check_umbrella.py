@@ -29,7 +29,7 @@ def check(root):
     headers = {path.name: path.read_text() for path in (pathlib.Path(root) / "gsl/include").glob("*.h")}
     reached = reached_from(headers, UMBRELLA)
     functions = {(name, function) for name, text in headers.items() for function in FUNCTION.findall(text)}
-    problems = [f"{name}: {UMBRELLA} does not include it, and it declares {function}"
+    problems = [f"{name}: declares {function}, but {UMBRELLA} does not include it"
                 for name, function in sorted(functions) if name not in reached]
     return problems, len(functions)
 

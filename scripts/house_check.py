@@ -1,4 +1,4 @@
-"""What the checks of the house share: their command line and how they report."""
+"""The shared part of the checks of the house: their command line and their report."""
 
 import pathlib
 import sys

@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdlib>
+#include <cstring>
 #include <new>
 #include <type_traits>
 #include <utility>
@@ -52,6 +53,12 @@ public:
   void swap(Array& other) noexcept {
     std::swap(m_data, other.m_data);
     std::swap(m_count, other.m_count);
+  }
+
+  Array Copy() const {
+    Array result(m_count);
+    if (m_count > 0) std::memcpy(result.m_data, m_data, Bytes());
+    return result;
   }
 
   /// Leaves out the elements from `count` on; the memory stays.

@@ -20,11 +20,11 @@ Body Body::Moved(const gsl_Matrix& matrix) const {
 }
 
 std::size_t Body::TriangleCount() const {
-  return m_prepared->Triangles().Count() + SkippedCount();
+  return m_prepared->TriangleCount() + SkippedCount();
 }
 
 std::size_t Body::SkippedCount() const {
-  return m_prepared->Triangles().SkippedCount();
+  return m_prepared->SkippedCount();
 }
 
 void Body::GetBounds(Coord3& low, Coord3& high) const {

@@ -12,6 +12,9 @@ namespace {
 /// The count of numbers that are converted and compared at once, within the nearest cache.
 constexpr std::size_t kBlock = 4096;
 
+constexpr double kLeastComfortable = 0x1p-100;
+constexpr double kMostComfortable = 0x1p120;
+
 /// Returns true when each number is a NaN or equals its single-precision form.
 bool AreTheSame(const double* numbers, const float* single, std::size_t count) {
   for (std::size_t k = 0; k < count; ++k) {
@@ -24,53 +27,61 @@ bool AreTheSame(const double* numbers, const float* single, std::size_t count) {
 /// single-precision form. A NaN may have any form, because its triangles take no part. The numbers
 /// are compared from memory, because compilers have dropped the rounding of a pair that is
 /// converted to float and back in registers.
-bool ConvertToSingle(const double* from, float* to, std::size_t count) {
-  for (std::size_t begin = 0; begin < count; begin += kBlock) {
-    const std::size_t end = std::min(begin + kBlock, count);
-    std::size_t k = begin;
+bool ConvertBlock(const double* from, float* to, std::size_t count) {
+  std::size_t k = 0;
 #if defined(__SSE2__)
-    __m128d differs = _mm_setzero_pd();
-    for (; k + 4 <= end; k += 4) {
-      const __m128d low = _mm_loadu_pd(from + k);
-      const __m128d high = _mm_loadu_pd(from + k + 2);
-      const __m128 lowSingle = _mm_cvtpd_ps(low);
-      const __m128 highSingle = _mm_cvtpd_ps(high);
-      differs = _mm_or_pd(differs, _mm_cmpneq_pd(_mm_cvtps_pd(lowSingle), low));
-      differs = _mm_or_pd(differs, _mm_cmpneq_pd(_mm_cvtps_pd(highSingle), high));
-      _mm_storeu_ps(to + k, _mm_movelh_ps(lowSingle, highSingle));
-    }
-    // A block in which something differs is rare, or the last: a NaN differs from itself.
-    if (_mm_movemask_pd(differs) != 0 && !AreTheSame(from + begin, to + begin, k - begin)) {
-      return false;
-    }
+  __m128d differs = _mm_setzero_pd();
+  for (; k + 4 <= count; k += 4) {
+    const __m128d low = _mm_loadu_pd(from + k);
+    const __m128d high = _mm_loadu_pd(from + k + 2);
+    const __m128 lowSingle = _mm_cvtpd_ps(low);
+    const __m128 highSingle = _mm_cvtpd_ps(high);
+    differs = _mm_or_pd(differs, _mm_cmpneq_pd(_mm_cvtps_pd(lowSingle), low));
+    differs = _mm_or_pd(differs, _mm_cmpneq_pd(_mm_cvtps_pd(highSingle), high));
+    _mm_storeu_ps(to + k, _mm_movelh_ps(lowSingle, highSingle));
+  }
+  // A block in which something differs is rare, or the last: a NaN differs from itself.
+  if (_mm_movemask_pd(differs) != 0 && !AreTheSame(from, to, k)) return false;
 #endif
-    for (; k < end; ++k) {
-      volatile float single = static_cast<float>(from[k]);
-      to[k] = single;
-      if (!AreTheSame(from + k, to + k, 1)) return false;
-    }
+  for (; k < count; ++k) {
+    volatile float single = static_cast<float>(from[k]);
+    to[k] = single;
+    if (!AreTheSame(from + k, to + k, 1)) return false;
   }
   return true;
 }
 
-/// Returns true when one of the numbers is NaN or infinite: then its product with zero is not zero.
+bool CopyBlock(const double* from, double* to, std::size_t count) {
+  std::copy_n(from, count, to);
+  return true;
+}
+
 template <class Scalar>
-bool HasUnfit(const Scalar* numbers, std::size_t count) {
-  Scalar sum = 0;
-  for (std::size_t begin = 0; begin < count; begin += kBlock) {
-    const std::size_t end = std::min(begin + kBlock, count);
-    Scalar lanes[4] = {};
-    std::size_t k = begin;
-    for (; k + 4 <= end; k += 4) {
-      for (std::size_t lane = 0; lane < 4; ++lane)
-        lanes[lane] += numbers[k + lane] * Scalar{0};
-    }
-    for (; k < end; ++k)
-      sum += numbers[k] * Scalar{0};
-    sum += (lanes[0] + lanes[1]) + (lanes[2] + lanes[3]);
-    if (!(sum == Scalar{0})) return true;
+bool IsEachComfortable(const Scalar* numbers, std::size_t count) {
+  unsigned outside = 0;
+  for (std::size_t k = 0; k < count; ++k) {
+    const Scalar magnitude = std::fabs(numbers[k]);
+    outside |= static_cast<unsigned>(!(magnitude <= static_cast<Scalar>(kMostComfortable))) |
+               (static_cast<unsigned>(magnitude < static_cast<Scalar>(kLeastComfortable)) &
+                static_cast<unsigned>(magnitude > Scalar{0}));
   }
-  return false;
+  return outside == 0;
+}
+
+/// Copies numbers with `copy`, a block at a time while it is in the nearest cache, and a zero after
+/// the last. Returns false as soon as `copy` does. `areComfortable` receives whether all are.
+template <class Scalar, class Copy>
+bool CopyNumbers(const double* from, std::size_t count, const Copy& copy, Array<Scalar>& to,
+                 bool& areComfortable) {
+  to = Array<Scalar>(count + 1);
+  to[count] = Scalar{0};
+  areComfortable = true;
+  for (std::size_t begin = 0; begin < count; begin += kBlock) {
+    const std::size_t size = std::min(kBlock, count - begin);
+    if (!copy(from + begin, to.data() + begin, size)) return false;
+    areComfortable = IsEachComfortable(to.data() + begin, size) && areComfortable;
+  }
+  return true;
 }
 
 void RequireCounts(const TriangleView& view) {
@@ -90,17 +101,28 @@ void RequireCounts(const TriangleView& view) {
   }
 }
 
-void RequireVertices(const TriangleView& view) {
-  const std::size_t count = 3 * view.triangleCount;
-  std::uint32_t greatest = 0;
-  for (std::size_t k = 0; k < count; ++k)
-    greatest = std::max(greatest, view.corners[k]);
-  if (count == 0 || greatest < view.vertexCount) return;
-  const std::uint32_t* bad = std::find_if(view.corners, view.corners + count,
+[[noreturn]] void RefuseCorners(const TriangleView& view) {
+  const std::uint32_t* bad = std::find_if(view.corners, view.corners + 3 * view.triangleCount,
                                           [&](std::uint32_t c) { return c >= view.vertexCount; });
   throw std::invalid_argument("corner " + std::to_string(bad - view.corners) + " is vertex " +
                               std::to_string(*bad) + ", expected less than " +
                               std::to_string(view.vertexCount));
+}
+
+/// Copies the corners, and a zero after the last.
+Array<std::uint32_t> CopyOfCorners(const TriangleView& view) {
+  const std::size_t count = 3 * view.triangleCount;
+  Array<std::uint32_t> corners(count + 1);
+  corners[count] = 0;
+  for (std::size_t begin = 0; begin < count; begin += kBlock) {
+    const std::size_t end = std::min(begin + kBlock, count);
+    std::copy(view.corners + begin, view.corners + end, corners.data() + begin);
+    std::uint32_t greatest = 0;
+    for (std::size_t k = begin; k < end; ++k)
+      greatest = std::max(greatest, corners[k]);
+    if (greatest >= view.vertexCount) RefuseCorners(view);
+  }
+  return corners;
 }
 
 } // namespace
@@ -109,50 +131,48 @@ Corners::Corners(const TriangleView& view)
     : m_count(view.triangleCount), m_vertexCount(view.vertexCount),
       m_isIndexed(view.corners != nullptr) {
   RequireCounts(view);
-  if (view.corners != nullptr) {
-    RequireVertices(view);
-    m_corners = Array<std::uint32_t>(3 * m_count + 1);
-    std::copy_n(view.corners, 3 * m_count, m_corners.data());
-    m_corners[3 * m_count] = 0;
-  }
-  CopyVertices(view.vertices);
-  SkipUnfit();
+  if (view.corners != nullptr) m_corners = CopyOfCorners(view);
+  TakeVertices(view.vertices);
 }
 
 Corners::Corners(const Corners& other, const double* vertices)
     : m_count(other.m_count), m_vertexCount(other.m_vertexCount), m_skipped(other.m_skipped),
       m_isIndexed(other.m_isIndexed) {
-  const auto copy = [](const Array<std::uint32_t>& from) {
-    Array<std::uint32_t> result(from.size());
-    std::copy(from.begin(), from.end(), result.begin());
-    return result;
-  };
-  m_corners = copy(other.m_corners);
-  m_numbers = copy(other.m_numbers);
+  m_corners = other.m_corners.Copy();
+  m_numbers = other.m_numbers.Copy();
+  TakeVertices(vertices);
+}
+
+void Corners::TakeVertices(const double* vertices) {
   CopyVertices(vertices);
+  if (m_isComfortable) return; // and finite
   SkipUnfit();
+  SettleComfort();
 }
 
 void Corners::CopyVertices(const double* vertices) {
   const std::size_t count = 3 * m_vertexCount;
-  m_single = Array<float>(count + 1);
-  m_isSingle = ConvertToSingle(vertices, m_single.data(), count);
-  if (m_isSingle) {
-    m_single[count] = 0.0f;
-    return;
-  }
+  m_isSingle = CopyNumbers(vertices, count, ConvertBlock, m_single, m_isComfortable);
+  if (m_isSingle) return;
   m_single = Array<float>();
-  m_double = Array<double>(count + 1);
-  std::copy_n(vertices, count, m_double.data());
-  m_double[count] = 0.0;
+  CopyNumbers(vertices, count, CopyBlock, m_double, m_isComfortable);
+}
+
+/// Every vertex counts at first. One that is outside may belong to no triangle, or to a triangle
+/// that is skipped, so then the corners are looked at.
+void Corners::SettleComfort() {
+  for (std::size_t place = 0; place < m_count; ++place) {
+    for (int corner = 0; corner < 3; ++corner) {
+      const Coord3 p = At(place, corner);
+      const double numbers[3] = {p.x, p.y, p.z};
+      if (!IsEachComfortable(numbers, 3)) return;
+    }
+  }
+  m_isComfortable = true;
 }
 
 /// Drops the triangles with a NaN or infinite corner.
 void Corners::SkipUnfit() {
-  const std::size_t count = 3 * m_vertexCount;
-  const bool anyUnfit =
-      m_isSingle ? HasUnfit(m_single.data(), count) : HasUnfit(m_double.data(), count);
-  if (!anyUnfit) return;
   const auto isFinite = [](const Coord3& p) {
     return std::isfinite(p.x) && std::isfinite(p.y) && std::isfinite(p.z);
   };

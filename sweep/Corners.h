@@ -48,6 +48,8 @@ public:
   std::size_t VertexCount() const { return m_vertexCount; }
   std::size_t SkippedCount() const { return m_skipped; }
   bool IsSingle() const { return m_isSingle; }
+  /// Returns true when each coordinate is zero or from 2^-100 to 2^120 in magnitude.
+  bool AreComfortable() const { return m_isComfortable; }
   bool IsReordered() const { return m_numbers.size() > 0; }
   std::uint32_t Number(std::size_t place) const {
     return IsReordered() ? m_numbers[place] : static_cast<std::uint32_t>(place);
@@ -90,11 +92,13 @@ public:
 
 private:
   bool IsIndexed() const { return m_isIndexed; }
+  void TakeVertices(const double* vertices);
   void CopyVertices(const double* vertices);
   void SkipUnfit();
+  void SettleComfort();
 
   std::size_t m_count = 0, m_vertexCount = 0, m_skipped = 0;
-  bool m_isSingle = true, m_isIndexed = false;
+  bool m_isSingle = true, m_isComfortable = true, m_isIndexed = false;
   // Loops read four numbers at a time, so the array has one number more than is used.
   Array<float> m_single;
   Array<double> m_double;

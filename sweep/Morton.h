@@ -35,7 +35,7 @@ private:
   }
 
   /// Puts two zero bits before each of ten bits.
-  static std::uint32_t Spread(std::uint32_t x) {
+  static constexpr std::uint32_t Spread(std::uint32_t x) {
     x = (x | (x << 16)) & 0x030000FFu;
     x = (x | (x << 8)) & 0x0300F00Fu;
     x = (x | (x << 4)) & 0x030C30C3u;

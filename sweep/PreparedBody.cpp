@@ -5,82 +5,39 @@
 
 namespace gsl_sweep {
 
-namespace {
-
-constexpr double kLeastComfortable = 0x1p-100;
-constexpr double kMostComfortable = 0x1p120;
-
-/// Returns true when each number is zero or of a comfortable magnitude.
-template <class Scalar>
-bool AreComfortable(const Scalar* numbers, std::size_t count) {
-  constexpr std::size_t kBlock = 4096;
-  for (std::size_t begin = 0; begin < count; begin += kBlock) {
-    const std::size_t end = std::min(begin + kBlock, count);
-    unsigned outside = 0;
-    for (std::size_t k = begin; k < end; ++k) {
-      const Scalar magnitude = std::fabs(numbers[k]);
-      outside |= static_cast<unsigned>(magnitude > static_cast<Scalar>(kMostComfortable)) |
-                 (static_cast<unsigned>(magnitude < static_cast<Scalar>(kLeastComfortable)) &
-                  static_cast<unsigned>(magnitude > Scalar{0}));
-    }
-    if (outside != 0) return false;
-  }
-  return true;
-}
-
-/// The same for the triangles that take part. Slower; needed only where some vertex fails, which
-/// may belong to no triangle or to one that is skipped.
-bool TakePartComfortably(const Corners& corners) {
-  for (std::size_t place = 0; place < corners.Count(); ++place) {
-    for (int corner = 0; corner < 3; ++corner) {
-      const Coord3 p = corners.At(place, corner);
-      const double numbers[3] = {p.x, p.y, p.z};
-      if (!AreComfortable(numbers, 3)) return false;
-    }
-  }
-  return true;
-}
-
-} // namespace
-
-PreparedBody::PreparedBody(const TriangleView& view) : m_corners(view) {
-  LeafBoxes boxes;
-  m_leaves = MakeLeaves(m_corners, boxes);
-  Measure(boxes);
-  m_leafBoxes = std::move(boxes.boxes);
-}
+PreparedBody::PreparedBody(const TriangleView& view)
+    : m_corners(view), m_isComfortable(m_corners.AreComfortable()),
+      m_triangleCount(m_corners.Count()), m_skippedCount(m_corners.SkippedCount()) {}
 
 PreparedBody::PreparedBody(const PreparedBody& other, const Array<double>& vertices)
-    : m_corners(other.m_corners, vertices.data()) {
-  LeafBoxes boxes;
-  if (m_corners.Count() != other.m_corners.Count()) {
-    // Some corner has left the range of double.
-    m_leaves = MakeLeaves(m_corners, boxes);
-    Measure(boxes);
+    : m_corners(other.Triangles(), vertices.data()), m_isComfortable(m_corners.AreComfortable()),
+      m_triangleCount(m_corners.Count()), m_skippedCount(m_corners.SkippedCount()) {
+  if (m_triangleCount != other.m_triangleCount) return; // some corner has left the range of double
+  std::call_once(m_leavesOnce, [&] {
+    m_leaves.begin = other.m_leaves.begin.Copy();
+    LeafBoxes boxes;
+    MeasureLeaves(m_corners, m_leaves, boxes);
+    m_bounds = boxes.bounds;
     m_leafBoxes = std::move(boxes.boxes);
-    return;
-  }
-  m_leaves.begin = Array<std::uint32_t>(other.m_leaves.begin.size());
-  std::copy(other.m_leaves.begin.begin(), other.m_leaves.begin.end(), m_leaves.begin.begin());
-  MeasureLeaves(m_corners, m_leaves, boxes);
-  Measure(boxes);
+  });
   if (m_isComfortable && other.m_isComfortable) {
-    std::call_once(m_singleOnce, [&] { m_single = other.SingleTree().Refitted(boxes.boxes); });
+    std::call_once(m_singleOnce, [&] { m_single = other.SingleTree().Refitted(m_leafBoxes); });
+    m_leafBoxes = Array<Box<float>>();
     m_hasSingle = true;
-  } else {
-    m_leafBoxes = std::move(boxes.boxes);
   }
 }
 
-void PreparedBody::Measure(const LeafBoxes& boxes) {
-  m_bounds = boxes.bounds;
-  m_corners.Read([this](const auto& reader) {
-    m_isComfortable = AreComfortable(reader.vertices, 3 * m_corners.VertexCount());
+void PreparedBody::NeedLeaves() const {
+  std::call_once(m_leavesOnce, [this] {
+    LeafBoxes boxes;
+    m_leaves = MakeLeaves(m_corners, boxes);
+    m_bounds = boxes.bounds;
+    m_leafBoxes = std::move(boxes.boxes);
   });
-  if (!m_isComfortable) m_isComfortable = TakePartComfortably(m_corners);
 }
 
 const Tree<float>& PreparedBody::SingleTree() const {
+  NeedLeaves();
   std::call_once(m_singleOnce, [this] {
     m_single = Tree<float>::Over(m_corners, m_leaves, m_leafBoxes);
     m_leafBoxes = Array<Box<float>>();
@@ -90,6 +47,7 @@ const Tree<float>& PreparedBody::SingleTree() const {
 }
 
 const Tree<double>& PreparedBody::DoubleTree() const {
+  NeedLeaves();
   std::call_once(m_doubleOnce, [this] {
     m_double = Tree<double>::Over(m_corners, m_leaves, ExactBoxes(m_corners, m_leaves));
     m_hasDouble = true;
@@ -115,6 +73,7 @@ void PreparedBody::MakeSlabs(const std::function<bool()>& goesOn) const {
 }
 
 std::size_t PreparedBody::Bytes() const {
+  NeedLeaves();
   std::size_t bytes = m_corners.Bytes() + m_leaves.begin.Bytes();
   if (m_hasSingle) {
     bytes += m_single.Bytes();

@@ -12,19 +12,32 @@
 
 namespace gsl_sweep {
 
-/// The part that bodies share: their triangles and the trees over them. A tree is made once, when
-/// it is first needed, by the first thread that needs it.
+/// The part that bodies share: their triangles, the leaves and the trees over them. Leaves and
+/// trees are made once, when they are first needed, by the first thread that needs them. So the
+/// bodies of a pair are prepared side by side.
 class PreparedBody {
 public:
   explicit PreparedBody(const TriangleView& view);
   /// Holds the same triangles with other vertices, three numbers each, in the order of Triangles().
   PreparedBody(const PreparedBody& other, const Array<double>& vertices);
 
-  const Corners& Triangles() const { return m_corners; }
-  const Leaves& Runs() const { return m_leaves; }
-  bool IsEmpty() const { return m_corners.Count() == 0; }
+  std::size_t TriangleCount() const { return m_triangleCount; }
+  std::size_t SkippedCount() const { return m_skippedCount; }
+  bool IsEmpty() const { return m_triangleCount == 0; }
+  /// Returns the triangles in the order of the leaves.
+  const Corners& Triangles() const {
+    NeedLeaves();
+    return m_corners;
+  }
+  const Leaves& Runs() const {
+    NeedLeaves();
+    return m_leaves;
+  }
   /// Returns the exact bounds, which are empty for an empty body.
-  const Box<double>& Bounds() const { return m_bounds; }
+  const Box<double>& Bounds() const {
+    NeedLeaves();
+    return m_bounds;
+  }
 
   /// Returns true when single-precision boxes are enough: coordinates are zero or from 2^-100 to
   /// 2^120 in magnitude. Then no difference or product of them leaves the range in which rounding
@@ -44,12 +57,14 @@ public:
   std::size_t Bytes() const;
 
 private:
-  void Measure(const LeafBoxes& boxes);
+  void NeedLeaves() const;
 
-  Corners m_corners;
-  Leaves m_leaves;
-  Box<double> m_bounds = Box<double>::Empty();
-  bool m_isComfortable = true;
+  mutable Corners m_corners; ///< sorted when the leaves are made
+  bool m_isComfortable;
+  std::size_t m_triangleCount, m_skippedCount;
+  mutable std::once_flag m_leavesOnce;
+  mutable Leaves m_leaves;
+  mutable Box<double> m_bounds = Box<double>::Empty();
   mutable Array<Box<float>> m_leafBoxes; ///< until the tree is made
   mutable std::once_flag m_singleOnce, m_doubleOnce;
   mutable Tree<float> m_single;

@@ -146,7 +146,7 @@ class SlabMaker {
 public:
   SlabMaker(const Leaves& leaves, const Tree<float>& tree, Slabs& slabs)
       : m_leaves(leaves), m_tree(tree), m_slabs(slabs), m_slabOf(tree.nodes.size()) {
-    slabs.nodes.resize(tree.nodes.size());
+    slabs.nodes = Array<SlabNode>(tree.nodes.size());
   }
 
   template <class Reader>

@@ -6,7 +6,6 @@
 #include <cmath>
 #include <functional>
 #include <memory>
-#include <vector>
 
 namespace gsl_sweep {
 
@@ -29,7 +28,7 @@ struct alignas(32) SlabNode {
 /// Thin slabs beside the boxes of a tree. They separate two surfaces that face each other closely
 /// by their thickness (size^2 * curvature), and not by the size of their boxes.
 struct Slabs {
-  std::vector<SlabNode> nodes; ///< as in the tree
+  Array<SlabNode> nodes; ///< as in the tree
   Slab root;
 
   /// Returns null when `goesOn`, which is called now and then, returns false.
@@ -37,7 +36,7 @@ struct Slabs {
                                          const Tree<float>& tree,
                                          const std::function<bool()>& goesOn = {});
 
-  std::size_t Bytes() const { return nodes.capacity() * sizeof(SlabNode); }
+  std::size_t Bytes() const { return nodes.Bytes(); }
 };
 
 // The roundings that extents along a normal suffer, in units of 2^-24 of the reaches involved

@@ -2,6 +2,8 @@
 
 #include "Morton.h"
 
+#include <utility>
+
 namespace gsl_sweep {
 
 namespace {
@@ -13,21 +15,43 @@ std::uint32_t CurveNumber(Key key) {
   return static_cast<std::uint32_t>(key >> 32);
 }
 
-/// Sorts by the number along the curve, ten bits at a time.
-void Sort(Array<Key>& keys) {
-  constexpr std::uint32_t kDigits = 1024;
-  Array<Key> other(keys.size());
-  for (int shift = 32; shift < 62; shift += 10) {
-    std::uint32_t begin[kDigits + 1] = {};
-    for (const Key key : keys)
-      ++begin[((key >> shift) % kDigits) + 1];
-    for (std::uint32_t digit = 0; digit < kDigits; ++digit)
-      begin[digit + 1] += begin[digit];
-    for (const Key key : keys)
-      other[begin[(key >> shift) % kDigits]++] = key;
-    keys.swap(other);
-  }
+std::size_t LeafOf(Key key) {
+  return static_cast<std::size_t>(key & 0xffffffffu);
 }
+
+/// Sorts by the number along the curve, ten bits at a time.
+class CurveSort {
+public:
+  explicit CurveSort(std::size_t count) : m_keys(count) {}
+
+  void Add(std::uint32_t number, std::size_t leaf) {
+    m_keys[m_count++] = static_cast<Key>(number) << 32 | leaf;
+    for (int pass = 0; pass < kPasses; ++pass)
+      ++m_begin[pass][(number >> (pass * kDigitBits)) % kDigits];
+  }
+
+  Array<Key> Sorted() {
+    Array<Key> other(m_keys.size());
+    for (int pass = 0; pass < kPasses; ++pass) {
+      std::uint32_t sum = 0;
+      for (std::uint32_t& begin : m_begin[pass])
+        sum += std::exchange(begin, sum);
+      for (const Key key : m_keys)
+        other[m_begin[pass][(key >> (32 + pass * kDigitBits)) % kDigits]++] = key;
+      m_keys.swap(other);
+    }
+    return std::move(m_keys);
+  }
+
+private:
+  static constexpr int kDigitBits = 10;
+  static constexpr int kPasses = 3;
+  static constexpr std::uint32_t kDigits = 1u << kDigitBits;
+
+  Array<Key> m_keys;
+  std::size_t m_count = 0;
+  std::uint32_t m_begin[kPasses][kDigits] = {};
+};
 
 template <class Scalar>
 Array<Key> SortedLeaves(const Array<Box<Scalar>>& boxes) {
@@ -37,13 +61,10 @@ Array<Key> SortedLeaves(const Array<Box<Scalar>>& boxes) {
            0.5 * static_cast<double>(boxes[leaf].high[axis]);
   };
   const MortonCurve curve(boxes.size(), middle);
-  Array<Key> keys(boxes.size());
-  for (std::size_t leaf = 0; leaf < boxes.size(); ++leaf) {
-    const std::uint32_t number = curve.Number(middle(leaf, 0), middle(leaf, 1), middle(leaf, 2));
-    keys[leaf] = static_cast<Key>(number) << 32 | leaf;
-  }
-  Sort(keys);
-  return keys;
+  CurveSort sort(boxes.size());
+  for (std::size_t leaf = 0; leaf < boxes.size(); ++leaf)
+    sort.Add(curve.Number(middle(leaf, 0), middle(leaf, 1), middle(leaf, 2)), leaf);
+  return sort.Sorted();
 }
 
 template <class Scalar>
@@ -67,12 +88,13 @@ public:
         m_tree(tree) {}
 
   void Run() {
-    m_tree.nodes.reserve(m_keys.size() / 2 + 1);
+    // There are fewer nodes than leaves. Pages that are not touched cost nothing.
+    m_tree.nodes = Array<TreeNode<Scalar>>(m_keys.size());
     const Built built = Build({0, m_keys.size()});
     m_tree.root = built.ref;
     m_tree.box = built.box;
     m_tree.least = built.least;
-    m_tree.nodes.shrink_to_fit();
+    m_tree.nodes.Shorten(m_nodeCount);
   }
 
 private:
@@ -95,6 +117,7 @@ private:
   const Array<Box<Scalar>>& m_boxes;
   const Array<Key> m_keys;
   Tree<Scalar>& m_tree;
+  std::size_t m_nodeCount = 0;
 };
 
 /// Returns the first leaf of the second part, or the middle where the numbers are equal.
@@ -137,13 +160,18 @@ int Builder<Scalar>::Parts(Range range, Range (&parts)[4]) const {
 template <class Scalar>
 typename Builder<Scalar>::Built Builder<Scalar>::Build(Range range) {
   if (range.Count() == 1) {
-    const std::size_t leaf = m_keys[range.begin] & 0xffffffffu;
+    const std::size_t leaf = LeafOf(m_keys[range.begin]);
+    if (range.begin + kFetchAhead < m_keys.size()) {
+      const std::size_t next = LeafOf(m_keys[range.begin + kFetchAhead]);
+      __builtin_prefetch(&m_boxes[next]);
+      __builtin_prefetch(&m_leaves.begin[next]);
+    }
     return {TreeRef::Leaf(leaf), m_boxes[leaf], LeastNumber(m_corners, m_leaves, leaf)};
   }
   Range parts[4];
   const int count = Parts(range, parts);
-  const std::size_t node = m_tree.nodes.size();
-  m_tree.nodes.push_back(EmptyNode<Scalar>());
+  const std::size_t node = m_nodeCount++;
+  m_tree.nodes[node] = EmptyNode<Scalar>();
   Built all{TreeRef::Node(node), Box<Scalar>::Empty(), TreeRef::kNone};
   for (int lane = 0; lane < count; ++lane) {
     const Built built = Build(parts[lane]);
@@ -169,7 +197,11 @@ Tree<Scalar> Tree<Scalar>::Over(const Corners& corners, const Leaves& leaves,
 
 template <class Scalar>
 Tree<Scalar> Tree<Scalar>::Refitted(const Array<Box<Scalar>>& leafBoxes) const {
-  Tree result = *this;
+  Tree result;
+  result.nodes = nodes.Copy();
+  result.root = root;
+  result.box = box;
+  result.least = least;
   if (root.IsLeaf() && !root.IsNone()) result.box = leafBoxes[root.Index()];
   // Children come after their parents.
   Array<Box<Scalar>> boxOf(nodes.size());
@@ -184,7 +216,7 @@ Tree<Scalar> Tree<Scalar>::Refitted(const Array<Box<Scalar>>& leafBoxes) const {
       boxOf[k].Include(bounds);
     }
   }
-  if (!nodes.empty()) result.box = boxOf[0];
+  if (nodes.size() > 0) result.box = boxOf[0];
   return result;
 }
 

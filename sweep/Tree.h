@@ -6,7 +6,6 @@
 #include "Leaves.h"
 
 #include <cstdint>
-#include <vector>
 
 namespace gsl_sweep {
 
@@ -61,7 +60,7 @@ struct alignas(64) TreeNode {
 /// A tree of boxes over the leaves of a body; every child comes after its parent.
 template <class Scalar>
 struct Tree {
-  std::vector<TreeNode<Scalar>> nodes;
+  Array<TreeNode<Scalar>> nodes;
   TreeRef root; ///< none for a body without triangles
   Box<Scalar> box = Box<Scalar>::Empty();
   std::uint32_t least = 0;
@@ -72,7 +71,7 @@ struct Tree {
   /// Builds the same tree with other boxes of its leaves.
   Tree Refitted(const Array<Box<Scalar>>& leafBoxes) const;
 
-  std::size_t Bytes() const { return nodes.capacity() * sizeof(TreeNode<Scalar>); }
+  std::size_t Bytes() const { return nodes.Bytes(); }
 };
 
 /// Returns the exact boxes of leaves.

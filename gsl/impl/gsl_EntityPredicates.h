@@ -9,8 +9,8 @@
 #include "kernel/Segment.h"
 #include "kernel/Triangle.h"
 
-/// Relations between entities that several classes use and none exports. Each fetches the
-/// tolerances it needs.
+/// Relations between entities. Several classes use them, and no class exports them. Each relation
+/// fetches its tolerances.
 
 inline gsl_kernel::Line LineOf(const gsl_StLine& line) {
   return {line.PointOn().Coords(), line.Direction().Measured()};

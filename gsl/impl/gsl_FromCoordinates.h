@@ -12,7 +12,7 @@ inline gsl_Point ComputedPoint(const gsl_kernel::Coord3& c) {
   return {c.x, c.y, c.z};
 }
 
-/// Returns a vector whose length is known already.
+/// Returns a vector with the length that is already known.
 inline gsl_Vector VectorOf(const gsl_kernel::Measured3& v) {
   gsl_Vector vector;
   vector.x = v.c.x;
@@ -22,7 +22,7 @@ inline gsl_Vector VectorOf(const gsl_kernel::Measured3& v) {
   return vector;
 }
 
-/// Writes a computed point over an output: coordinates and a fresh identity.
+/// Writes the coordinates of a computed point and a fresh identity to an output.
 inline void AcceptComputed(gsl_Point& out, const gsl_kernel::Coord3& c) {
   out.x = c.x;
   out.y = c.y;

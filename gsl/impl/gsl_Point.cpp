@@ -73,7 +73,7 @@ double gsl_Point::GetDistance(const gsl_Point& p1, const gsl_Point& p2, const gs
   const gsl_Segment edges[3] = {{p1, p2}, {p2, p3}, {p3, p1}};
   double least = 0.0;
   for (const gsl_Segment& edge : edges) {
-    // An edge shorter than the tolerance leaves the point as it is: then it is one of its ends.
+    // An edge shorter than the tolerance leaves `closest` unchanged, at the first end of the edge.
     gsl_Point closest(edge.Point1());
     const double distance = GetDistance(edge, closest);
     if (&edge == edges || distance < least) least = distance;

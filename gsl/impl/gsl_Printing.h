@@ -6,7 +6,7 @@
 
 #include <ostream>
 
-/// What the Print operations of the entities share.
+/// The shared parts of the Print operations.
 
 inline aio_FormattedDouble PrintedNumber(double value) {
   return {value, 0, 15};

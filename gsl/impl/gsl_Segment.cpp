@@ -21,8 +21,8 @@ bool Accept(SegmentCrossing where, const Coord3& found, gsl_Point& out) {
   return where == SegmentCrossing::Crossing;
 }
 
-/// Finds the connection of two skew segments whose images along the common normal cross: the first
-/// segment is moved along it into the plane of the other.
+/// Finds the connection of two skew segments whose images along the common normal cross. Moves the
+/// first segment along this normal into the plane of the other segment.
 bool ConnectAlongNormal(const gsl_kernel::Segment& a, const gsl_kernel::Segment& b,
                         double linearTolerance, gsl_Segment& connection) {
   gsl_kernel::Measured3 n = gsl_kernel::Measure(
@@ -45,7 +45,7 @@ void ConnectEndPoints(const gsl_Segment& a, const gsl_Segment& b, gsl_Segment& c
   // far-segments-keep-the-connection: no distance at or above the cap counts.
   double best = gsl_kernel::kSegmentDistanceCap;
   const auto tryEnd = [&best](const gsl_Point& end, const gsl_Segment& target, gsl_Point& closest) {
-    // A target shorter than the tolerance leaves the point as it is.
+    // A target shorter than the tolerance leaves the point unchanged.
     closest = target.Point1();
     const double distance = end.GetDistance(target, closest);
     if (!(distance < best)) return false;
@@ -53,7 +53,7 @@ void ConnectEndPoints(const gsl_Segment& a, const gsl_Segment& b, gsl_Segment& c
     return true;
   };
   gsl_Point closest(a.Point1());
-  // The connection may be one of the two, so it is written last.
+  // The connection may be one of the two segments, so it is written last.
   gsl_Segment result(connection);
   for (const gsl_Point* end : {&a.Point1(), &a.Point2()}) {
     if (tryEnd(*end, b, closest)) result = gsl_Segment(*end, closest);

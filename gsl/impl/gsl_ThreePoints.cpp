@@ -58,7 +58,7 @@ void gsl_Transcribe3PointsIntoOriginAndAxes(bool atCircumcentre, const gsl_Point
                                             gsl_Point& origin, gsl_Vector& xAxis, gsl_Vector& yAxis,
                                             gsl_Vector& zAxis) {
   if (atCircumcentre) {
-    // p0 may be `origin` itself, so it is remembered before that is written.
+    // p0 may be `origin` itself, so it is copied before `origin` is written.
     const Coord3 first = p0.Coords();
     // frame-keeps-the-old-origin: collinear points leave the origin as it was.
     gsl_ComputeCircumCircle(p0, p1, p2, origin, zAxis);

@@ -7,8 +7,8 @@
 
 /// Arithmetic on bare coordinates, shared by the inline public operations and the kernels.
 ///
-/// Every formula is evaluated left to right as written, without contraction, so that a result
-/// is the same bits wherever it is computed.
+/// Every formula is evaluated left to right as written, without contraction. So a result has the
+/// same bits wherever it is computed.
 namespace gsl_arithmetic {
 
 struct Coord3 {
@@ -55,8 +55,8 @@ struct Measured3 {
   double magnitude;
 
   Measured3() = default;
-  // This is not an aggregate: three numbers in braces, as in gsl_Vector({1, 2, 3}), must not mean
-  // it.
+  // This is not an aggregate, so that three numbers in braces, as in gsl_Vector({1, 2, 3}), never
+  // make one.
   constexpr Measured3(const Coord3& components, double length) : c(components), magnitude(length) {}
 };
 
@@ -95,8 +95,8 @@ inline Measured3 NormalizedCopy(const Measured3& v, double linearTolerance) {
   return cosineTolerance * a.magnitude * b.magnitude > std::fabs(Dot(a.c, b.c));
 }
 
-/// A coordinate of c becomes that of `limit` where `limit` is below it, or above it for RaiseTo. C
-/// is any type with x, y and z. A NaN is neither below nor above.
+/// LowerTo replaces each coordinate of c that is above the coordinate of `limit`; RaiseTo replaces
+/// each that is below. C is any type with x, y and z. A NaN is neither below nor above.
 template <class C, class Limit>
 inline void LowerTo(C& c, const Limit& limit) {
   c.x = limit.x < c.x ? limit.x : c.x;

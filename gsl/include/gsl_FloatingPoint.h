@@ -8,10 +8,9 @@
 
 /// The steps of gsl_CheckFloatingPoint, which is declared below.
 ///
-/// Everything is static, because each source file must get a copy that is compiled with its own
-/// flags: the linker would keep one copy of an inline function. Each mention of a volatile number
-/// reads it. So the compiler can neither compute a result itself nor take two operations for the
-/// same one.
+/// Everything is static, because each source file needs a copy that is compiled with its own flags.
+/// The linker would keep one copy of an inline function. Each mention of a volatile number reads
+/// it. So the compiler cannot compute a result itself, and cannot merge two operations.
 namespace gsl_floating_point {
 
 /// Upward, the first sum is above 1. Downward and towards zero, the difference is below 1.
@@ -55,8 +54,8 @@ static inline double LocalDot(gsl_arithmetic::Coord3 a, gsl_arithmetic::Coord3 b
   return (x + y) - y == 0.0;
 }
 
-/// 49 * (1 / 49) is below 1. A compiler that is free to do so divides once for several divisions by
-/// one number, and never by a number that it knows.
+/// 49 * (1 / 49) is below 1. A compiler that may do so replaces several divisions by one number
+/// with one division and products. It does not do so for a number that it knows.
 [[nodiscard]] static inline bool Divides() {
   const volatile double numerators[] = {49.0, 98.0, 196.0}, divisor = 49.0;
   const double d = divisor;
@@ -67,7 +66,7 @@ static inline double LocalDot(gsl_arithmetic::Coord3 a, gsl_arithmetic::Coord3 b
          numerators[0] / 49.0 == 1.0;
 }
 
-/// -0.0 + 0.0 is +0.0; a compiler leaves the sum out only where signs of zero do not matter to it.
+/// -0.0 + 0.0 is +0.0. A compiler leaves the sum out only when it ignores the signs of zeros.
 [[nodiscard]] static inline bool KeepsSignsOfZero() {
   const volatile double minusZero = -0.0;
   const double sum = minusZero + 0.0;

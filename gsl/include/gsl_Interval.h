@@ -5,7 +5,7 @@
 
 /// Two bounds; nothing requires that lower <= upper.
 ///
-/// Units      those of the caller.
+/// Units      the caller's units.
 /// Errors     none thrown, none printed.
 class GSL_API gsl_Interval {
 public:

@@ -15,7 +15,7 @@
 ///            rows must not overlap.
 /// Pivot      the row with the largest scale[i] * |a[i][j]|, where 1 / scale[i] is the largest
 ///            magnitude of row i. Among equal figures the last row is taken, and a NaN only when
-///            there is no number.
+///            all figures are NaN.
 /// Floor      a pivot with 1e-16 > |pivot| becomes +1e-16: a dependent column leads to large
 ///            values, not to a failure.
 /// NaN        passes into the solution; a row that holds only NaN counts as a zero row.
@@ -38,9 +38,10 @@ public:
 
   /// Decomposes on first use; later calls reuse the factors. `b` and `x` hold n doubles; they are
   /// apart or the same array, and apart from the matrix. `b` is not modified unless it is `x`.
-  /// Returns true at once for n = 0. Returns false, with `x` and the matrix untouched, without a
-  /// matrix, for a row whose every magnitude is below 1e-16 (strict), without memory for n numbers
-  /// and n integers, and for n above 2147483640. The next call tries a failed decomposition again.
+  /// Returns true at once for n = 0. Returns false without a matrix, and for a row whose every
+  /// magnitude is below 1e-16 (strict). Returns false without memory for n numbers and n integers,
+  /// and for n above 2147483640. On false, `x` and the matrix are untouched. The next call tries a
+  /// failed decomposition again.
   [[nodiscard]] bool Solve(double* b, double* x);
 
   /// Returns Size() entries, of which entry j is the row that was exchanged with row j at step j.

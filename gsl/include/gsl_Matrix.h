@@ -22,14 +22,14 @@ class GSL_API gsl_Matrix {
 public:
   /// The entries. Writing an entry here leaves the flag as it is, and IsIdentity() then reports on
   /// the earlier entries, so set isIdentity to -1 as well.
-  // entry-write-keeps-the-flag: the flag is kept by the operations alone.
+  // entry-write-keeps-the-flag: only the operations keep the flag.
   mutable double m[4][4];
   mutable std::int32_t isIdentity;
 
   /// The matrix is the identity.
   gsl_Matrix() { FillIdentity(); }
 
-  /// Every entry becomes exactly that of the identity, and the flag 1.
+  /// Every entry becomes the exact entry of the identity, and the flag becomes 1.
   void FillIdentity();
 
   /// Returns true for the same object, and when no entry differs by more than 0.001 (closed; NaN
@@ -47,8 +47,8 @@ public:
   /// o. o may be this matrix.
   void Concatenate(const gsl_Matrix& o);
 
-  /// Returns what the flag says. When the flag is -1, returns whether rows 0 to 2 equal those of
-  /// the identity within 1e-5 (closed; NaN does not), and if so sets all entries to the exact
+  /// Returns what the flag says. When the flag is -1, returns whether rows 0 to 2 equal the
+  /// identity within 1e-5 (closed; NaN does not). If they do, all entries become the exact
   /// identity.
   [[nodiscard]] bool IsIdentity() const;
 

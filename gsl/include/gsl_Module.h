@@ -6,8 +6,8 @@
 /// Start and stop the library inside a host. Both count their calls: with N starts only the first
 /// start and the N-th stop have an effect.
 ///
-/// Threads  the counters are plain: make both calls from the one thread that starts and stops the
-///          process.
+/// Threads  the counters are plain: make both calls from the thread that starts and stops the
+/// process.
 
 /// The first call raises the host's `count` by 1, starts the host libraries in the order of their
 /// dependence, enters the type table of module 778, creates the settings with their defaults and

@@ -30,7 +30,7 @@ public:
   double x;
   double y;
   double z;
-  /// Persistent identity.
+  /// The persistent identity.
   cls_Uid uid;
 
   /// The point is the origin.
@@ -80,7 +80,7 @@ public:
   gsl_Point operator+(const gsl_Vector& v) const { return {x + v.x, y + v.y, z + v.z}; }
   gsl_Point operator-(const gsl_Vector& v) const { return {x - v.x, y - v.y, z - v.z}; }
 
-  /// 0 is x, 1 is y, every other index is z.
+  /// Index 0 is x, 1 is y, every other index is z.
   // every-index-above-one-is-z: an index out of range is not an error.
   double operator[](unsigned int i) const { return i == 0 ? x : (i == 1 ? y : z); }
   double& operator[](unsigned int i) { return i == 0 ? x : (i == 1 ? y : z); }
@@ -107,16 +107,15 @@ public:
   double GetDistance(const gsl_Plane& plane) const;
 
   /// Returns the distance to the plane measured along `dir`: GetDistance(plane) * |dir| * |n| /
-  /// (dir . n). It is deliberately negative when `dir` points against the normal. It has no guard
-  /// either: whether `dir` is orthogonal to the normal is evaluated and ignored, and for an
-  /// orthogonal `dir` the result is infinite or NaN.
+  /// (dir . n). It is deliberately negative when `dir` points against the normal. Whether `dir` is
+  /// orthogonal to the normal is evaluated and ignored: the result is then infinite or NaN.
   double GetDistance(const gsl_Plane& plane, const gsl_Vector& dir) const;
 
-  /// Returns the distance to the segment; `closest` becomes the nearest point. Wherever ProjectOn
-  /// is true that is the foot, with a fresh uid: also exactly at an end, and up to linearTolerance
-  /// beyond it. Elsewhere it is the nearer end point with its uid (at a tie Point2). For a segment
-  /// shorter than linearTolerance `closest` is left unchanged, and the result is the distance to
-  /// the point that it held.
+  /// Returns the distance to the segment; `closest` becomes the nearest point. Where ProjectOn
+  /// returns true, `closest` is the foot, with a fresh uid. This includes a foot at an end and up
+  /// to linearTolerance beyond it. Elsewhere `closest` is the nearer end point with its uid (at a
+  /// tie Point2). For a segment shorter than linearTolerance `closest` stays unchanged, and the
+  /// result is the distance to the point that it held.
   double GetDistance(const gsl_Segment& seg, gsl_Point& closest) const;
 
   /// Returns the distance to the triangle, or NaN for a triangle without a normal.
@@ -129,12 +128,13 @@ public:
 
   /// Writes the foot on the line; `t` is its signed distance from the line's point along the
   /// direction. For a direction shorter than linearTolerance the foot is the line's point, and t is
-  /// 0. This changes nothing here, but it is deliberately not const: its exported name is the
-  /// non-const name.
+  /// 0. The operation does not change this point, but is deliberately not const: its exported name
+  /// is the non-const name.
   gsl_Point ProjectOn(const gsl_StLine& line, double& t);
 
-  /// Writes the foot on the plane: this point itself for a normal shorter than linearTolerance, NaN
-  /// for a zero normal. It is deliberately not const, like the projection on a line.
+  /// Writes the foot on the plane. The foot is this point itself for a normal shorter than
+  /// linearTolerance, and NaN for a zero normal. The operation is deliberately not const, like the
+  /// projection on a line.
   gsl_Point ProjectOn(const gsl_Plane& plane);
 
   /// Writes the foot on the segment's line; `t` is its fraction from Point1 (0) to Point2 (1).

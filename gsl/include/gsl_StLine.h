@@ -77,11 +77,11 @@ public:
 
   /// Crosses the line with another line.
   ///
-  /// Returns true when the lines are coplanar within linearTolerance and not parallel: `out` is the
-  /// closest point on this line, `dist` the gap that is left. Returns false for skew lines, with
-  /// nothing written. Returns false for parallel lines (unit components within 1e-5, either sense;
-  /// tested after skew), with `dist` the distance of this line's point to the other line and `out`
-  /// unwritten.
+  /// Returns true when the lines are coplanar within linearTolerance and not parallel. Then `out`
+  /// is the closest point on this line, and `dist` is the gap that is left. Returns false for skew
+  /// lines, with nothing written. Returns false for parallel lines (unit components within 1e-5,
+  /// either sense; tested after skew). Then `dist` is the distance of this line's point to the
+  /// other line, and `out` is unwritten.
   ///
   /// Degenerate a line without a direction crosses every line that has a direction. Two lines
   ///            without a direction are parallel, with `dist` NaN. A line with a NaN direction is

@@ -11,12 +11,12 @@
 ///
 /// Tolerance  gsl_Util fields, read at the call.
 /// NaN        makes three points collinear and every other predicate false. A construction passes
-///            it on.
+///            NaN on.
 /// Outputs    a point may be one of the inputs; two outputs must be apart.
-/// Errors     none thrown, none printed. Pointers must not be null; that is not checked.
+/// Errors     none thrown, none printed. Pointers must not be null, which is not checked.
 
 /// Writes the unit normal of p0, p1, p2, right-handed, or the zero vector when they are collinear
-/// within cosineTolerance. It is written in every case. Returns true when |normal| >
+/// within cosineTolerance. The normal is written in every case. Returns true when |normal| >
 /// linearTolerance.
 [[nodiscard]] GSL_API bool gsl_NormalToThreePoints(const gsl_Point& p0, const gsl_Point& p1,
                                                    const gsl_Point& p2, gsl_Vector& normal);
@@ -29,8 +29,8 @@
 /// Returns true when linearTolerance > distance.
 [[nodiscard]] GSL_API bool gsl_PointsAreCoincident(const gsl_Dot* a, const gsl_Dot* b);
 
-/// Returns gsl_Vector::IsOn of the directions: opposite directions are parallel, and a zero
-/// direction never is.
+/// Returns gsl_Vector::IsOn of the directions. Opposite directions are parallel, and a zero
+/// direction is never parallel.
 [[nodiscard]] GSL_API bool gsl_LinesAreParallel(const gsl_StLine* a, const gsl_StLine* b);
 
 /// Returns gsl_Vector::IsOn of the normals.

@@ -13,8 +13,9 @@
 ///           images of the X, Y and Z axes, then the image of the origin. The fourth row is never
 ///           included.
 /// Copies    share the shortcut and the text, and each holds its own copy of the matrix.
-/// Errors    those of omu_InterfaceObj: nex_CommandException for an unknown method, arguments, or a
-///           stale object.
+/// Errors    nex_CommandException, as in omu_InterfaceObj, for an unknown method, for arguments,
+/// and
+///           for a stale object.
 class GSL_API gsl_TransformIntObj : public omu_InterfaceObj {
 public:
   /// Copies m. `text` is kept for the creator; nothing here reads it.

@@ -15,24 +15,25 @@
 ///          library runs meanwhile. Reading is safe from any thread once Instance() was called.
 class GSL_API gsl_Util {
 public:
-  /// Lengths and distances, in model units. At 0 no length is too short, so that divisions by a
-  /// length of 0 result in NaN.
+  /// The tolerance of lengths and distances, in model units. At 0 no length is too short, so that
+  /// divisions by a length of 0 result in NaN.
   double linearTolerance;
-  /// Point equality only, compared with a squared distance.
+  /// The tolerance of the equality of points only. It is compared with a squared distance.
   double zeroTolerance;
-  /// For cosines, and for dot and cross products relative to the magnitudes.
+  /// The tolerance of cosines, and of dot and cross products relative to the magnitudes.
   double cosineTolerance;
-  /// For host modules; no operation of this library reads it.
+  /// A tolerance for host modules. No operation of this library reads it.
   double coarseTolerance;
-  /// Keeps the layout; never set, never read.
+  /// The field keeps the layout. It is never set and never read.
   double reservedSetting;
-  /// Display settings for host modules, degrees; a halving series. Not read here.
+  /// Display settings for host modules, a halving series in degrees. No operation of this library
+  /// reads them.
   double displayAngleCoarse;
   double displayAngleMedium;
   double displayFactor;
   double displayAngleFine;
   double displayScale;
-  /// omi_gettimecounter() when the object was made.
+  /// The value of omi_gettimecounter() when the object was made.
   double startTime;
 
   /// The fields have their defaults; `reservedSetting` keeps the value that the storage held.

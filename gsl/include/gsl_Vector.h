@@ -22,11 +22,11 @@ public:
   double x;
   double y;
   double z;
-  /// Cached length; stored with the record.
+  /// The cached length. It is stored with the record.
   double magnitude;
 
   /// The vector is unit Z, (0, 0, 1), not the zero vector.
-  // default-vector-is-unit-z: it is not the zero vector.
+  // default-vector-is-unit-z: a default direction has a length of 1.
   gsl_Vector() : x(0.0), y(0.0), z(1.0), magnitude(1.0) {}
 
   gsl_Vector(double xComponent, double yComponent, double zComponent)
@@ -42,8 +42,7 @@ public:
   /// the last place. A NaN coordinate results in NaN.
   gsl_Vector(const gsl_Point& p1, const gsl_Point& p2, const gsl_Point& p3);
 
-  /// Returns the components, and the components with the cached length, as the arithmetic takes
-  /// them.
+  /// Return the components, without and with the cached length, in the types of the arithmetic.
   gsl_arithmetic::Coord3 Coords() const { return {x, y, z}; }
   gsl_arithmetic::Measured3 Measured() const { return {{x, y, z}, magnitude}; }
 
@@ -59,7 +58,7 @@ public:
   }
   [[nodiscard]] bool operator!=(const gsl_Vector& o) const { return !(*this == o); }
 
-  /// 0 is x, 1 is y, every other index is z.
+  /// Index 0 is x, 1 is y, every other index is z.
   // every-index-above-one-is-z: an index out of range is not an error.
   double operator[](unsigned int i) const { return i == 0 ? x : (i == 1 ? y : z); }
   /// Index 0 is x, 1 is y, every other index is z. Writing deliberately leaves `magnitude` as it

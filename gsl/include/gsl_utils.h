@@ -14,7 +14,7 @@
 
 /// Tolerant comparison and rounding of reals. All functions are pure, and none reads gsl_Util.
 ///
-/// Units      those of the numbers compared; a relative tolerance is a fraction.
+/// Units      the units of the compared numbers; a relative tolerance is a fraction.
 /// Tolerance  the comparisons use d = b - a. Bands are closed: exactly the tolerance is equal.
 /// NaN        is never rejected by a band, so it compares equal to anything. This is promised.
 /// Errors     gsl_Truncate alone throws.

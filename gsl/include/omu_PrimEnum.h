@@ -28,7 +28,7 @@ struct omu_PrimEnumTable;
 template <class E, class S>
 cow_String atr(const char* format, E value, S text);
 
-/// An enumeration value paired with the one fixed name under which it is stored.
+/// An enumeration value with the fixed name under which it is stored.
 ///
 /// N       variant of the primitive; this library uses 1.
 /// Names   compared byte by byte, in full length and with case.
@@ -38,7 +38,7 @@ template <class E, int N>
 class GSL_API omu_PrimEnum : public omu_PrimEnumBase {
 public:
   explicit omu_PrimEnum(E value);
-  /// Takes the other primitive's name; the other enumeration may be a different one.
+  /// Takes the name of the other primitive, whose enumeration may be different.
   explicit omu_PrimEnum(const omu_PrimEnumBase& other);
   explicit omu_PrimEnum(const cow_String& text);
   /// Reads the stored name.

@@ -23,8 +23,8 @@ struct omu_xoObjVarrayTable;
 ///
 /// Record    "growthRatio_", then "data_": the entries in order, each a full record of its own
 ///           class. Objects that carry the same uid are therefore all kept.
-/// Identity  the array and its data record each have a uid, which is fresh from a constructor and
-///           as stored from a record. The two owner uids belong to the caller: the array keeps
+/// Identity  the array and its data record each have a uid. A constructor makes fresh uids, and a
+///           record keeps the stored uids. The two owner uids belong to the caller: the array keeps
 ///           pointers, and neither owns nor stores them.
 /// Moves     take the identities and the owners along. The source is then empty, with fresh
 ///           identities and without owners.

@@ -2,7 +2,7 @@
 #include "gsl_InheritanceCheck.h"
 #include "gsl_RecordLayout.h"
 
-// missing-entity-id-is-zero: the default of its kind, not the -1 of a new datum point.
+// missing-entity-id-is-zero: the field takes the default of its kind, not the -1 of a new point.
 template <>
 struct gsl_RecordLayout<gsl_Dot> {
   using Stored = gsl_Dot;

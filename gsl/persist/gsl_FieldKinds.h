@@ -21,8 +21,8 @@ struct gsl_Attribute {
   cls_CollectionType collection;
 };
 
-/// Objects: T writes itself through DBWrite and is read by its constructor, which refuses a record
-/// of another class.
+/// An object writes itself through DBWrite. Its constructor reads it, and refuses a record of
+/// another class.
 template <class T, class = void>
 struct gsl_FieldKind {
   static constexpr gsl_Attribute kAttribute = {cls_ObjectAttribute, T::TypeId(), cls_NoCollection};
@@ -53,7 +53,8 @@ struct gsl_FieldKind<cls_xp1DArrayListUint> : gsl_CollectionKind<cls_xp1DArrayLi
 template <>
 struct gsl_FieldKind<cls_xp2DArrayDouble> : gsl_CollectionKind<cls_xp2DArrayDouble> {};
 
-/// Shared objects: stored once per save, shared again after reading; empty for a null.
+/// A shared object is stored once per save and is shared again after reading. A null reads as an
+/// empty holder.
 template <class T, class Cloner>
 struct gsl_FieldKind<cow_COW<T, Cloner>> {
   static constexpr gsl_Attribute kAttribute = {cls_ObjectAttribute, T::TypeId(), cls_NoCollection};
@@ -109,7 +110,7 @@ struct gsl_FieldKind<bool> {
   }
 };
 
-/// Stored by name: a value or a name that the enumeration does not have throws.
+/// An enumeration is stored by name. A value or a name that it does not have throws.
 template <class E>
 struct gsl_FieldKind<E, std::enable_if_t<std::is_enum_v<E>>> {
   static constexpr gsl_Attribute kAttribute = {cls_EnumerationAttribute, 1, cls_NoCollection};

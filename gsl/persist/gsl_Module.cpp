@@ -39,8 +39,8 @@ struct RegisteredClass {
   int flags;
 };
 
-/// What a class registers beside its name: 7 for the point, the vector, the datum point and the
-/// matrix, 3 for every other class. The bits belong to the host's registrar.
+/// The number that a class registers with its name: 7 for the point, the vector, the datum point
+/// and the matrix, and 3 for every other class. The host's registrar defines the bits.
 constexpr int kFlagsOfValueLike = 7;
 constexpr int kFlagsOfOthers = 3;
 

@@ -40,7 +40,7 @@ StoredMatrix StoredFormOf(const gsl_Matrix& matrix) {
 
 } // namespace
 
-// Registered under the name of the plain value class: that name is stored.
+// The class is registered under the name of the plain value class, which is stored.
 template <>
 struct gsl_RecordLayout<gsl_PersistentMatrix> {
   using Stored = StoredMatrix;
@@ -72,7 +72,7 @@ unsigned int gsl_PersistentMatrix::DynTypeId() const {
 }
 
 void gsl_PersistentMatrix::DBWrite(const cls_WriteVisitor& visitor) const {
-  // A declined record does not look at the matrix, because IsIdentity() may snap it.
+  // A declined record does not read the matrix, because IsIdentity() may rewrite the matrix.
   if (visitor.StartWrite(TypeId(), m_uid) == 0) return;
   gsl_WriteFields<gsl_PersistentMatrix>(visitor, StoredFormOf(m_matrix));
 }

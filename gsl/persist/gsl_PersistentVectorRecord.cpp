@@ -3,7 +3,7 @@
 
 namespace {
 
-/// The numbers as they are: the magnitude is stored beside the components and is not checked.
+/// The numbers are stored as they are. The magnitude is stored too, and is not checked.
 struct StoredVector {
   double x;
   double y;
@@ -17,7 +17,7 @@ StoredVector StoredFormOf(const gsl_Vector& v) {
 
 } // namespace
 
-// Registered under the name of the plain value class: that name is stored.
+// The class is registered under the name of the plain value class, which is stored.
 template <>
 struct gsl_RecordLayout<gsl_PersistentVector> {
   using Stored = StoredVector;

@@ -12,7 +12,7 @@
 #include <utility>
 
 /// The record of class C, in one table. A specialisation has
-///   Stored     what the table's members belong to: C, or the form in which C is stored;
+///   Stored     the type of the table's members: C, or the form in which C is stored;
 ///   kAdapter   how the class registers;
 ///   kFields    a tuple of gsl_Field in write order.
 /// Writer, reader and registration walk the same table, so that they cannot disagree.
@@ -22,7 +22,7 @@ struct gsl_RecordLayout;
 struct gsl_RecordAdapter {
   const char* name;
   int number;
-  /// Whether a function that destroys an instance is registered too.
+  /// True when a function that destroys an instance is registered too.
   bool hasDtor;
 };
 

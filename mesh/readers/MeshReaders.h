@@ -15,7 +15,7 @@ Mesh ReadObj(const MeshSource& source);
 Mesh ReadPly(const MeshSource& source);
 Mesh ReadOff(const MeshSource& source);
 
-/// True when the file has just the size that its count of triangles gives a binary STL.
+/// Returns true when the file has exactly the size of a binary STL with its count of triangles.
 bool HasSizeOfBinaryStl(std::string_view bytes);
 
 /// True when the first word is an OFF keyword such as OFF, COFF or STNOFF.

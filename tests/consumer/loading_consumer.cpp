@@ -1,5 +1,5 @@
-// A host that loads and unloads the libraries at run time, a thousand times, from two folders in
-// turn, and never twice in a row at the same address.
+// A host that loads and unloads the libraries at run time a thousand times, from two folders in
+// turn. The address changes every time.
 //
 //   loading_consumer MODULE GEOMETRY HOST [--keep-host]
 //

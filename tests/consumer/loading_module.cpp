@@ -1,5 +1,5 @@
-// A module of a host, as the host loads it at run time: it starts the library, saves and loads
-// records through the registered classes, and stops the library.
+// A module that a host loads at run time. It starts the library, saves and loads records through
+// the registered classes, and stops the library.
 
 #include <cls_ReadVisitor.h>
 #include <cls_WriteVisitor.h>

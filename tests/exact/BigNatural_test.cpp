@@ -1,5 +1,7 @@
 #include "BigNatural.h"
 
+#include "Numbers.h"
+
 #include <gtest/gtest.h>
 
 #include <cstdint>
@@ -39,8 +41,8 @@ TEST(BigNatural, EveryDoubleIsHeld) {
   ExpectSame(BigNatural(0.0, -3000), BigNatural(0.0, 3000));
   ExpectLess(BigNatural(), BigNatural(least));
   ExpectLess(BigNatural(least), BigNatural(2.0 * least));
-  ExpectLess(BigNatural(1.0), BigNatural(std::nextafter(1.0, 2.0)));
-  ExpectLess(BigNatural(std::nextafter(most, 0.0)), BigNatural(most));
+  ExpectLess(BigNatural(1.0), BigNatural(numbers::Above(1.0)));
+  ExpectLess(BigNatural(numbers::Below(most)), BigNatural(most));
   ExpectSame(BigNatural(0.75, 3), BigNatural(6.0));
   ExpectSame(BigNatural(least, 1074), BigNatural(1.0));
   ExpectLess(BigNatural(most), BigNatural(1.0, 1024));
@@ -62,7 +64,7 @@ TEST(BigNatural, SumsAndDifferencesCarry) {
   ExpectSame(BigNatural::Times(big, BigNatural()), BigNatural());
 }
 
-TEST(BigNatural, ExpansionsAreSummedWhateverTheirSigns) {
+TEST(BigNatural, ExpansionsOfEitherSignAreSummed) {
   Expansion<8> expansion;
   for (const double c : {0x1p-1074, -0x1p-900, 3.0, -0x1p100})
     expansion.Append(c);

@@ -1,5 +1,6 @@
 #include "Determinant.h"
 
+#include "Numbers.h"
 #include "RandomNumbers.h"
 
 #include <gtest/gtest.h>
@@ -43,7 +44,7 @@ TEST(Determinant, SeesOneUnitInTheLastPlace) {
   for (const double start : {24.0, 0.1, 1e6}) {
     for (const int step : {-1, 0, 1}) {
       Coord3 r{start, start, 0.25};
-      if (step != 0) r.y = std::nextafter(start, step > 0 ? 1e300 : -1e300);
+      if (step != 0) r.y = step > 0 ? numbers::Above(start) : numbers::Below(start);
       EXPECT_EQ(DeterminantSign(FromOrigin(along), {&p, &q}, {&p, &r}), step)
           << start << " " << step;
     }
@@ -95,13 +96,13 @@ TEST(Determinant, ExactAtTheLimitsOfTheRange) {
   const double tiny = 0x1p-288;
   const Coord3 u{tiny, 0.0, 0.0};
   const Coord3 v{0.0, tiny, tiny};
-  const Coord3 w{0.0, tiny, std::nextafter(tiny, 1.0)};
+  const Coord3 w{0.0, tiny, numbers::Above(tiny)};
   EXPECT_EQ(DeterminantSign(FromOrigin(u), FromOrigin(v), FromOrigin(w)), 1);
   EXPECT_EQ(DeterminantSign(FromOrigin(u), FromOrigin(w), FromOrigin(v)), -1);
   const double huge = 0x1p300;
   const Coord3 a{huge, 0.0, 0.0};
   const Coord3 b{0.0, huge, huge};
-  const Coord3 c{0.0, huge, std::nextafter(huge, 0.0)};
+  const Coord3 c{0.0, huge, numbers::Below(huge)};
   EXPECT_EQ(DeterminantSign(FromOrigin(a), FromOrigin(b), FromOrigin(c)), -1);
 }
 

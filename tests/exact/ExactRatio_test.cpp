@@ -1,5 +1,6 @@
 #include "ExactRatio.h"
 
+#include "Numbers.h"
 #include "RandomNumbers.h"
 
 #include <gtest/gtest.h>
@@ -143,7 +144,7 @@ TEST(ExactRatio, LengthsAreComparedWithoutRounding) {
   const ExactRatio third = Ratio(Of(1.0), Of(3.0));
   const double nearest = 1.0 / 3.0; // below a third
   EXPECT_EQ(CompareLength(third, alongX, {nearest, 0}), 1);
-  EXPECT_EQ(CompareLength(third, alongX, {std::nextafter(nearest, 1.0), 0}), -1);
+  EXPECT_EQ(CompareLength(third, alongX, {numbers::Above(nearest), 0}), -1);
   const ExactRatio fifth = Ratio(Of(-1.0), Of(-5.0));
   EXPECT_EQ(CompareLength(fifth, alongX, {0.2, 0}), -1); // the double is above
   EXPECT_EQ(CompareLength(Ratio(Of(3.0), Of(4.0)), alongX, {0.75, 0}), 0);

@@ -1,6 +1,6 @@
-// Outputs that are an input, the object itself, or a part of one: each gives what the same call
-// gives when the output is apart and holds the same before. scripts/check_outputs.py holds the
-// comments that name an operation to the headers.
+// These outputs are an input, the object itself, or a part of one. Each call must have the result
+// of the same call with a separate output of the same contents. scripts/check_outputs.py compares
+// the comments that name an operation with the headers.
 
 #include "Numbers.h"
 #include "RandomSettings.h"
@@ -26,7 +26,8 @@ using numbers::SameBits;
 
 constexpr std::uint64_t kSeed = 0xA11A5u;
 
-/// Points and vectors where much coincides, some degenerate, under settings of their own.
+/// Points and vectors, many of which coincide and some of which are degenerate, under random
+/// settings.
 struct Scene {
   gsl_Point p[6];
   gsl_Vector v[3];
@@ -69,7 +70,7 @@ std::string Text(const gsl_Vector& v) {
   return Text(v.x) + Text(v.y) + Text(v.z) + Text(v.magnitude);
 }
 
-/// Coordinates, and whose identity: a place in `known`, or a fresh one.
+/// Coordinates, and the identity as a place in `known`, or as a fresh identity.
 std::string Text(const gsl_Point& p, const Scene& known) {
   std::string identity = " fresh";
   for (int i = 0; i < 6; ++i) {
@@ -225,7 +226,7 @@ TEST(Aliasing, ToleranceOfANormalisationMayBeAComponent) {
 
 // output: gsl_arithmetic::LowerTo(C&, Limit)
 // output: gsl_arithmetic::RaiseTo(C&, Limit)
-TEST(Aliasing, LimitMayBeWhatItLimits) {
+TEST(Aliasing, LimitMayBeTheLimitedCoordinates) {
   gsl_arithmetic::Coord3 c = {1.0, -2.0, numbers::kNaN};
   gsl_arithmetic::LowerTo(c, c);
   gsl_arithmetic::RaiseTo(c, c);
@@ -241,7 +242,7 @@ TEST(Aliasing, LimitMayBeWhatItLimits) {
 // output: gsl_Matrix::GetTranslation(gsl_Vector&)
 TEST(Aliasing, MatrixHasNoPointAndNoVectorToBeAnOutput) {
   ForManyScenes([](const Scene& s) {
-    // In place, so that every component is read before one is written.
+    // The transform is in place: every component is read before one is written.
     const gsl_Matrix m = AnyMatrix(s);
     const double x = m.m[0][0] * s.p[1].x + m.m[0][1] * s.p[1].y + m.m[0][2] * s.p[1].z;
     const double z = m.m[2][0] * s.p[1].x + m.m[2][1] * s.p[1].y + m.m[2][2] * s.p[1].z;
@@ -324,7 +325,7 @@ TEST(Aliasing, MatrixMayBeConcatenatedWithItself) {
 // output: gsl_Segment::Intersect(gsl_StLine, gsl_Point&)
 // output: gsl_Segment::Intersect(gsl_Segment, gsl_Point&)
 TEST(Aliasing, PointThatAnEntityWasMadeFromMayBeItsOutput) {
-  // They hold copies of it, so this is no alias.
+  // They hold copies of the point, so this is not an alias.
   ForManyScenes([](const Scene& s) {
     Scene own = s;
     const gsl_StLine line(own.p[0], own.v[0]), other(own.p[1], own.v[1]);
@@ -439,7 +440,8 @@ TEST(Aliasing, ContactsOfTrianglesMayBeTheirVerticesAndTheDistanceACoordinate) {
       return gsl_TriTriMinDirectionalDist(in.v[0], in.p[0], in.p[1], in.p[2], in.p[3], in.p[4],
                                           in.p[5], twoSided, 0.5, contacts, distance);
     };
-    // Every pair of neighbours: two vertices of one triangle, or one of each.
+    // The contacts are every pair of neighbours: two vertices of one triangle, or one vertex of
+    // each.
     for (int k = 0; k < 5; ++k) {
       gsl_Point apart[2] = {s.p[k], s.p[k + 1]};
       double expected = 9.0;
@@ -521,20 +523,20 @@ TEST(Aliasing, SolutionMayBeTheRightHandSide) {
   }
 }
 
-// Excluded where it is declared: labels, count and adjacency must be apart.
+// The declaration excludes aliases: labels, count and adjacency must be apart.
 // output: gsl_DepthFirstSearch(bool, int, int*, int&)
 
-// The host's counter is no input of anything else.
+// The host's counter is not an input of any other operation.
 // output: gsl_initialize(int&)
 // output: gsl_finalize(int&)
 
 // ---- Arrays and holders
 
-TEST(Aliasing, ListMayBeGivenItsOwnElement) {
+TEST(Aliasing, ListMayReceiveItsOwnElement) {
   cls_xo1DArrayList<gsl_Point> list;
   list.Append(gsl_Point(1.0, 2.0, 3.0));
   for (int i = 0; i < 100; ++i) {
-    // Every other time a copy shares the elements.
+    // Every second time a copy shares the elements.
     const cls_xo1DArrayList<gsl_Point> copy = i % 2 == 0 ? list : cls_xo1DArrayList<gsl_Point>();
     list.Append(list[static_cast<std::size_t>(i)]);
   }
@@ -545,7 +547,7 @@ TEST(Aliasing, ListMayBeGivenItsOwnElement) {
   }
 }
 
-TEST(Aliasing, TupleMayBeGivenItselfAndItsOwnElement) {
+TEST(Aliasing, TupleMayReceiveItselfAndItsOwnElement) {
   omu_PrimTuple tuple(1);
   tuple.Put(1.5);
   tuple.Put(tuple);

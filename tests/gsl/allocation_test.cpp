@@ -14,14 +14,14 @@
 #include <new>
 #include <vector>
 
-/// Queries run many thousand times a second: none may take memory from the heap.
+/// Queries run many thousand times a second, so no query may allocate memory.
 
 namespace {
 
-/// Fails when the piece of work allocates.
+/// Fails when the work allocates memory.
 template <class Work>
 void ExpectNoAllocation(const char* what, const Work& work) {
-  // The first run may set up what a process sets up once: the settings, a block of identifiers.
+  // The first run may set up the settings and a block of identifiers, once per process.
   work();
   const long before = AllocationCount();
   work();
@@ -74,7 +74,7 @@ TEST(Allocation, TheCounterSeesTheHeap) {
   delete copy;
 }
 
-TEST(Allocation, ComparisonsAndRoundingTakeNone) {
+TEST(Allocation, ComparisonsAndRoundingAllocateNothing) {
   const double a[3] = {1.0, 2.0, 3.0};
   ExpectNoAllocation("comparison", [&] {
     Use(gsl_RealEqual(1.0, 2.0, 1e-6) + gsl_RealRelEqual(1.0, 2.0, 1e-6) +
@@ -85,7 +85,7 @@ TEST(Allocation, ComparisonsAndRoundingTakeNone) {
   });
 }
 
-TEST(Allocation, VectorsTakeNone) {
+TEST(Allocation, VectorsAllocateNothing) {
   Things t;
   ExpectNoAllocation("vector", [&] {
     for (const gsl_Vector& v : {t.v, t.w, t.none}) {
@@ -102,7 +102,7 @@ TEST(Allocation, VectorsTakeNone) {
   });
 }
 
-TEST(Allocation, PointsTakeNone) {
+TEST(Allocation, PointsAllocateNothing) {
   Things t;
   ExpectNoAllocation("point", [&] {
     gsl_Point p(t.p);
@@ -125,7 +125,7 @@ TEST(Allocation, PointsTakeNone) {
   });
 }
 
-TEST(Allocation, TransformsTakeNone) {
+TEST(Allocation, TransformsAllocateNothing) {
   Things t;
   ExpectNoAllocation("matrix", [&] {
     gsl_Matrix m(t.turn);
@@ -142,7 +142,7 @@ TEST(Allocation, TransformsTakeNone) {
   });
 }
 
-TEST(Allocation, LinesPlanesAndSegmentsTakeNone) {
+TEST(Allocation, LinesPlanesAndSegmentsAllocateNothing) {
   Things t;
   ExpectNoAllocation("line", [&] {
     Use(t.line.Intersect(t.other, t.out, t.number) + t.line.Intersect(t.skew, t.out, t.number) +
@@ -152,7 +152,7 @@ TEST(Allocation, LinesPlanesAndSegmentsTakeNone) {
         lineLiesInPlane(t.line, t.plane) + distanceToParallelPlane(t.line, t.plane));
     Use(planesParallel(t.plane, t.plane) + planesCoincident(t.plane, t.noPlane) +
         distanceBetweenParallelPlanes(t.plane, t.plane));
-    // A constructor of an entity: its list of parents is empty.
+    // An entity is constructed: its list of parents is empty.
     Use(gsl_StLine(t.p, t.q).Direction().x + gsl_Plane(t.p, t.v).Direction().x);
   });
   ExpectNoAllocation("segment", [&] {
@@ -165,11 +165,12 @@ TEST(Allocation, LinesPlanesAndSegmentsTakeNone) {
   });
 }
 
-TEST(Allocation, TheTriangleSweepTakesNone) {
+TEST(Allocation, TheTriangleSweepAllocatesNothing) {
   const gsl_Point a[3] = {{0.0, 0.0, 0.0}, {2.0, 0.0, 0.0}, {0.0, 2.0, 0.0}};
   const bool twoSided[2] = {true, true};
   ExpectNoAllocation("sweep", [&] {
-    // Face over face, edge-on over face, face over edge-on, both edge-on, and out of reach.
+    // The pairs are face over face, edge-on over face, face over edge-on, both edge-on, and out of
+    // reach.
     const gsl_Vector directions[] = {{0.0, 0.0, 1.0}, {0.0, 1.0, 0.0}, {0.0, 0.0, -1.0}};
     const gsl_Point obstacles[][3] = {{{0.5, 0.5, 1.0}, {2.5, 0.5, 1.0}, {0.5, 2.5, 1.2}},
                                       {{0.5, 0.5, 1.0}, {0.5, 1.5, 1.0}, {0.5, 1.0, 3.0}},

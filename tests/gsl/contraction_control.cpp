@@ -3,8 +3,8 @@
 #include <cstdio>
 #include <cstring>
 
-/// Built with contraction on: proves that the check would notice. 0 when it does, 77 where the
-/// processor cannot fuse.
+/// This program is built with contraction, and proves that the check notices it. It exits with 0
+/// when the check does, and with 77 where the processor cannot fuse.
 int main() {
 #if defined(__x86_64__)
   if (__builtin_cpu_supports("fma") == 0) return 77;

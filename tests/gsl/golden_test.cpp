@@ -28,12 +28,13 @@
 #include <memory>
 #include <vector>
 
-/// The bits of every result that is made of + - * / sqrt and floor alone, one number per family.
+/// Hashes the bits of every result that is made of + - * / sqrt and floor alone, one number per
+/// family.
 ///
-/// The numbers must be the same for every compiler and every level of optimisation. One changes
-/// only when an operation is added to its family or the definition of one changes. To extend: one
-/// function per class, fed from the corpus, and a row in kFamilies with a seed of its own. What
-/// goes through acos, atan2, sin, cos, pow or log10 stays out, and so do identities.
+/// The numbers must be the same for every compiler and every level of optimisation. A number
+/// changes only when an operation is added to its family, or when the definition of an operation
+/// changes. A new class needs a function that is fed from the corpus, and a row in kFamilies with
+/// its own seed. Results of acos, atan2, sin, cos, pow or log10 stay out, and so do identities.
 
 using numbers::kSentinel;
 
@@ -45,7 +46,7 @@ public:
     state = (state ^ bits) * 0x9E3779B97F4A7C15ull;
     state ^= state >> 29;
   }
-  /// One NaN is as good as another: which one comes out is not part of the promise.
+  /// Every NaN has the same hash: the bits of a NaN are not part of the promise.
   void Add(double x) { Add(std::isnan(x) ? std::uint64_t{0x7FF8000000000000} : numbers::Bits(x)); }
   void Add(bool answer) { Add(std::uint64_t{answer ? 1u : 2u}); }
   void Add(const gsl_arithmetic::Coord3& c) {
@@ -80,18 +81,19 @@ private:
   std::uint64_t state = 0x243F6A8885A308D3ull;
 };
 
-/// Numbers of every kind that decides a branch: general, on a coarse lattice, around the
-/// tolerances, very large and very small, and once in a while no number at all.
+/// Numbers of every kind that decides a branch. They are general, on a coarse lattice, around the
+/// tolerances, very large or very small, and sometimes NaN.
 class Corpus {
 public:
   explicit Corpus(std::uint64_t seed) : random(seed) {}
 
-  /// What the coordinates of the next things are drawn from.
+  /// The kind of number that the next coordinates are drawn from.
   void NextKind() { kind = random.Below(16); }
 
   double Number() {
     static constexpr double kScales[] = {1e-12, 1e-9, 1e-6, 1e-3, 1e3, 1e6, 1e9, 1e150};
-    // One draw to a statement: the order of evaluation within an expression is the compiler's.
+    // Each statement draws once, because the compiler chooses the order of evaluation in an
+    // expression.
     if (kind < 6) return random.In(-10.0, 10.0);
     const double whole = random.Below(5) - 2.0;
     if (kind < 11) return whole;
@@ -153,7 +155,7 @@ void HashScalars(Hasher& h, Corpus& c) {
   h.Add(gsl_RealArrEqual(3, a, b, tol));
   h.Add(RealArrRelEqual(3, a, b, tol));
   const int n = c.Below(12) + 1;
-  // In the range of the operation: its whole part is a 32-bit number.
+  // The number is in the range of the operation: its whole part has 32 bits.
   if (std::fabs(a[0]) < 2e9) h.Add(gsl_Truncate(a[0], n));
   h.Add(RoundHalfUp(a[1]));
   h.Add(IntegerPower(a[1], n - 6));
@@ -239,7 +241,7 @@ void HashPoint(Hasher& h, Corpus& c) {
   h.Add(out);
   h.Add(p.RayIntersect(q, r, v, out, weights));
   h.Add(out);
-  // Aimed at the segment, so that some of them meet it.
+  // The rays are aimed at the segment, so that some meet it.
   h.Add(p.RayIntersect(q, r, gsl_Vector(p, gsl_Point(q, 1.0 - wa, r, wa)), out, weights));
   h.Add(out);
   for (const double weight : weights)
@@ -276,7 +278,7 @@ void HashMatrix(Hasher& h, Corpus& c) {
   near.isIdentity = -1;
   h.Add(near.IsIdentity());
   h.Add(near);
-  // Three angles whose cosine and sine are exact enough to be written down.
+  // Three angles, as written cosines and sines.
   static constexpr double kTurns[3][2] = {{0.6, 0.8}, {-0.28, 0.96}, {0.0, -1.0}};
   const double* const turn = kTurns[c.Below(3)];
   gsl_Matrix rotation;
@@ -301,7 +303,7 @@ void HashLinesAndPlanes(Hasher& h, Corpus& c) {
   h.Add(a.Intersect(b, out, distance));
   h.Add(out);
   h.Add(distance);
-  // Through one point, so that they are not skew.
+  // Both lines pass through one point, so that they are not skew.
   h.Add(a.Intersect(gsl_StLine(a.PointOn() + a.Direction() * 0.5, b.Direction()), out, distance));
   h.Add(out);
   h.Add(distance);
@@ -322,7 +324,7 @@ void HashSegment(Hasher& h, Corpus& c) {
   const gsl_Segment a = c.Segment(), b = c.Segment();
   const gsl_StLine line = c.Line();
   const double t = c.Number();
-  // Crosses a where t says.
+  // This segment crosses `a` at the fraction t.
   const gsl_Point on(a.Point1(), 1.0 - t, a.Point2(), t);
   const gsl_Segment crossing(on + line.Direction() * -0.5, on + line.Direction());
   gsl_Point out(kSentinel, kSentinel, kSentinel);
@@ -344,7 +346,7 @@ void HashTriangleSweep(Hasher& h, Corpus& c) {
   const gsl_Point a[3] = {c.Point(), c.Point(), c.Point()};
   gsl_Point b[3] = {c.Point(), c.Point(), c.Point()};
   const gsl_Vector d = c.Below(3) == 0 ? gsl_Vector(a[0], a[1]) : c.Vector();
-  // Half of them ahead of the first, so that they can meet.
+  // Half of them are ahead of the first segment, so that they can meet.
   if (c.Below(2) == 0) {
     for (gsl_Point& p : b)
       p = p + d * 1.5;
@@ -371,7 +373,7 @@ void HashBox(Hasher& h, Corpus& c) {
   const gsl_Point p = c.Point(), q = c.Point(), r = c.Point(), s = c.Point();
   const gsl_Matrix m = c.Matrix();
   gsl_BBox a = BoxOf(p, q);
-  // Corners as they come, so that some are empty.
+  // The corners are not ordered, so that some boxes are empty.
   gsl_BBox b(a);
   b.min = r;
   b.max = c.Below(2) == 0 ? s : r + gsl_Vector(p, q);
@@ -405,7 +407,7 @@ struct InPlaneCall {
   gsl_Point a[2], b[2];
 };
 
-/// Two segments at one height, every lie of them to the direction.
+/// Two segments at one height, in every position to the direction.
 InPlaneCall InPlane(Corpus& c) {
   const double height = c.Below(8) == 0 ? c.Number() : 0.0;
   const auto point = [&] {
@@ -490,8 +492,8 @@ void HashDatum(Hasher& h, Corpus& c) {
     h.Add(static_cast<const omu_PrimTuple&>(*unit).Number(i));
 }
 
-/// Small systems, now and then one that is large enough for blocks: with ties, dependent columns,
-/// zero rows, and whatever the corpus has.
+/// Small systems, and sometimes a system that is large enough for blocks. They have ties, dependent
+/// columns, zero rows and the numbers of the corpus.
 SquareMatrix System(Corpus& c) {
   const int n = c.Below(40) == 0 ? 17 + c.Below(80) : 1 + c.Below(12);
   const int kind = c.Below(8);
@@ -533,7 +535,7 @@ void HashSolver(Hasher& h, Corpus& c) {
     h.Add(static_cast<double>(solver.Pivots()[j]));
 }
 
-/// From no edges at all to twice as many as vertices, in one direction or in both.
+/// The number of edges is from zero to twice the number of vertices, in one direction or in both.
 void HashLabelling(Hasher& h, Corpus& c) {
   const int n = c.Below(40) == 0 ? 60 + c.Below(300) : c.Below(20);
   const std::size_t size = static_cast<std::size_t>(n);
@@ -592,7 +594,7 @@ TEST(Golden, ResultsAreTheSameBitsEverywhere) {
 }
 
 TEST(Golden, CorpusReachesTheBranches) {
-  // Not everything may be rejected, or the hash would say little.
+  // Enough queries must succeed, because the hash of rejections proves little.
   Corpus corpus(7);
   int crossings = 0, contacts = 0;
   for (int round = 0; round < kRounds; ++round) {

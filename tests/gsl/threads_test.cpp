@@ -43,7 +43,7 @@ void OnAllThreads(const Work& work) {
     thread.join();
 }
 
-/// Serials first to last of one prefix, given out without a gap.
+/// Serials first to last of one prefix, allocated without a gap.
 struct SerialRun {
   cls_Uid first, last;
 };
@@ -162,7 +162,7 @@ TEST(ThreadsHost, ExceptionsBelongToTheirThread) {
 
 namespace {
 
-/// Entities that all threads ask and none changes.
+/// Entities that all threads read and no thread changes.
 struct Scene {
   gsl_Point p{0.3, -0.4, 2.0};
   gsl_Point q{1.5, 0.25, -1.0};
@@ -178,12 +178,12 @@ struct Scene {
 
   Scene() {
     turn.AxisRotation(q, v, 0.7);
-    // A matrix that does not know whether it is the identity finds out at the first question.
+    // A matrix with an unknown flag settles the flag at the first call of IsIdentity.
     EXPECT_FALSE(turn.IsIdentity());
   }
 };
 
-/// The results of const operations; identities are fresh at every call and stay out of it.
+/// The results of const operations, without identities, which are fresh at every call.
 std::vector<double> AskConst(const Scene& s) {
   gsl_Point out;
   gsl_Segment connection;
@@ -238,7 +238,7 @@ std::vector<double> AskConst(const Scene& s) {
 } // namespace
 
 TEST(ThreadsGeometry, ConstOperationsOnSharedObjectsAgree) {
-  // The start-up of a host: the settings exist before there are threads.
+  // As in the start-up of a host, the settings exist before there are threads.
   omi_Singleton<gsl_Util>::Instance();
   const Scene scene;
   const std::vector<double> expected = AskConst(scene);

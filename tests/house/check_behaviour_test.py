@@ -1,4 +1,4 @@
-"""Parts the page of oddities, the comments and the tests: scripts/check_behaviour.py must say where."""
+"""Separates the page of oddities, the comments and the tests: scripts/check_behaviour.py must say where."""
 
 import pathlib
 import sys
@@ -10,9 +10,10 @@ import check_behaviour
 
 PAGE = check_behaviour.PAGE
 TREE = {
-    PAGE: "# Oddities\n\n| name | what it does | where | test |\n|---|---|---|---|\n"
+    PAGE: "# Oddities\n\nSee [more](more.md).\n\n| name | what it does | where | test |\n|---|---|---|---|\n"
           "| `ties-go-down` | Half of it. | `gsl/a.cpp` | `Suite.TiesGoDownOnBothSides`, `Suite.Other` |\n",
     "gsl/a.cpp": "int f() {\n  // ties-go-down: callers count on it.\n  return 0;\n}\n",
+    "docs/more.md": "Ties go down (`ties-go-down`), see `gsl-mesh-import`.\n",
     "tests/a_test.cpp": "TEST(Suite, TiesGoDownOnBothSides) {}\nRC_GTEST_PROP(Suite, Other, ()) {}\n",
 }
 
@@ -55,7 +56,11 @@ class BehaviourNames(unittest.TestCase):
         self.refuses("gsl/a.cpp", "return 0;", "return 0;\n  // ties-go-up-again\n",
                      "gsl/a.cpp: ties-go-up-again has no row")
 
-    def test_ordinary_comments_are_no_names(self):
+    def test_a_name_on_a_linked_page_needs_a_row(self):
+        self.refuses("docs/more.md", "(`ties-go-down`)", "(`ties-go-up-again`)",
+                     "docs/more.md: ties-go-up-again has no row")
+
+    def test_ordinary_comments_are_not_names(self):
         self.assertEqual(self.problems_with("gsl/a.cpp", "return 0;",
                                             "return 0; // an up-to-date-list of things\n// well-known\n"), [])
 

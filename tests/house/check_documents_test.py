@@ -1,4 +1,4 @@
-"""Makes one line too long after the other: scripts/check_documents.py must name it."""
+"""Makes each line too long in turn: scripts/check_documents.py must name it."""
 
 import pathlib
 import sys

@@ -1,4 +1,4 @@
-"""Plants one forbidden include after the other: scripts/check_includes.py must name each."""
+"""Plants each forbidden include in turn: scripts/check_includes.py must name each."""
 
 import pathlib
 import sys
@@ -141,7 +141,9 @@ class CheckIncludes(unittest.TestCase):
         self.assertEqual(problems_with({"tools/New.cpp": '#include "readers/MeshReadAssimp.h"\n'}), [])
         self.refuses("tools/New.cpp", '"readers/Scanner.h"', "tools/ may not include")
 
-    def test_benchmarks_see_of_the_tests_the_references_only(self):
+    def test_benchmarks_see_of_the_tests_the_references_and_random_numbers_only(self):
+        self.assertEqual(problems_with({"tests/support/RandomNumbers.h": "",
+                                        "bench/New.cpp": '#include "RandomNumbers.h"\n'}), [])
         self.refuses("bench/New.cpp", '"Shapes.h"', "bench/ may not include")
         self.refuses("bench/New.cpp", '"tests/sweep/Sweep_test.cpp"', "bench/ may not include")
 

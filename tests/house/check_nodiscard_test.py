@@ -1,4 +1,4 @@
-"""Takes the mark away from declarations of every form: scripts/check_nodiscard.py must name them."""
+"""Removes the mark from declarations of every form: scripts/check_nodiscard.py must name them."""
 
 import pathlib
 import sys

@@ -1,4 +1,4 @@
-"""Spoils the notices in one place after the other: scripts/check_notices.py must say what is missing."""
+"""Spoils the notices in each place in turn: scripts/check_notices.py must say what is missing."""
 
 import pathlib
 import sys
@@ -49,11 +49,11 @@ class CheckNotices(unittest.TestCase):
         self.assertEqual(self.problems_of(PACKAGES, cut), ["two-dev has no section"])
 
     def test_a_section_of_nothing_is_named(self):
-        self.assertEqual(self.problems_of(PACKAGES[:3], NOTICES), ["two-dev has a section, but nothing is built with it"])
+        self.assertEqual(self.problems_of(PACKAGES[:3], NOTICES), ["two-dev has a section, but no program is built with two-dev"])
 
     def test_the_holder_must_be_named(self):
         self.assertEqual(self.problems_of(PACKAGES, NOTICES.replace("Copyright (C) 2002", "By")),
-                         ["two-dev: the section names no holder of the copyright"])
+                         ["two-dev: the section does not name the holder of the copyright"])
 
     def test_a_promised_licence_must_be_there(self):
         cut = NOTICES.replace("The MIT licence\n---------------\n", "")

@@ -1,4 +1,4 @@
-"""Adds and takes away declarations and comments: scripts/check_outputs.py must tell which are missing."""
+"""Adds and removes declarations and comments: scripts/check_outputs.py must name the missing ones."""
 
 import pathlib
 import sys

@@ -1,4 +1,4 @@
-"""Takes one test away after the other: scripts/check_tests.py must name what is untested."""
+"""Removes each test in turn: scripts/check_tests.py must name the untested sources."""
 
 import pathlib
 import sys
@@ -66,7 +66,7 @@ class CheckTests(unittest.TestCase):
         ):
             self.assertEqual(len(self.problems_with({"exact/New.h": text})), 1, text)
 
-    def test_declarations_and_data_are_no_bodies(self):
+    def test_declarations_and_data_are_not_bodies(self):
         text = "/* f() { */\nconstexpr int kMost = 3;\nenum class E { A, B };\nint F(int a = (1));\nstruct S { int a = {}; };\n"
         self.assertEqual(self.problems_with({"exact/New.h": text}), [])
 

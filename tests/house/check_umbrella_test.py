@@ -1,4 +1,4 @@
-"""Takes one include away after the other: scripts/check_umbrella.py must name what is out of reach."""
+"""Removes each include in turn: scripts/check_umbrella.py must name the functions that are out of reach."""
 
 import pathlib
 import sys
@@ -29,7 +29,7 @@ class CheckUmbrella(unittest.TestCase):
 
     def test_a_function_out_of_reach_is_named(self):
         problems, _ = self.problems_with({"gsl_Near.h": "class GSL_API gsl_Near;\n"})
-        self.assertEqual(problems, ["gsl_Far.h: gsl_utils.h does not include it, and it declares omu_ReturnPrim"])
+        self.assertEqual(problems, ["gsl_Far.h: declares omu_ReturnPrim, but gsl_utils.h does not include it"])
 
     def test_headers_that_include_each_other_end(self):
         self.assertEqual(self.problems_with({"gsl_Far.h": '#include "gsl_Near.h"\n'}), ([], 1))

@@ -1,4 +1,4 @@
-// An import program whose reader does what the name of the file says.
+// An import program for tests. The name of the file decides what its reader does.
 
 #include "MeshImporter.h"
 
@@ -36,7 +36,8 @@ Mesh Greedy() {
   return bytes.back() == 0 ? OneTriangle() : Mesh{};
 }
 
-/// What the process finds of its caller, one warning each.
+/// Adds one warning for each open descriptor and blocked signal that the process has from its
+/// caller.
 Mesh Surroundings() {
   Mesh mesh = OneTriangle();
   for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {

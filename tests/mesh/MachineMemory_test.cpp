@@ -5,7 +5,7 @@
 #include <fstream>
 #include <string>
 
-TEST(MachineMemory, IsWhatTheSystemCounts) {
+TEST(MachineMemory, IsTheSizeThatTheSystemReports) {
   std::ifstream file("/proc/meminfo");
   std::string word;
   double kibibytes = 0.0;

@@ -103,7 +103,7 @@ TEST(MeshForeign, MeshesAreNotForeign) {
     EXPECT_EQ(ForeignFile(sample.bytes, sample.name), "") << sample.name;
 }
 
-TEST(MeshForeign, ReadingNamesTheFileAndWhatItIs) {
+TEST(MeshForeign, ReadingNamesTheFileAndItsFormat) {
   const TemporaryFolder folder;
   for (const auto& [name, bytes, expected] :
        {std::array<std::string, 3>{"part.stl", stepText, isStep},

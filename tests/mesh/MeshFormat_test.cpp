@@ -29,7 +29,7 @@ TEST(MeshFormat, NamesMakeASentence) {
   EXPECT_EQ(MeshFormatNames(""), "stl, ply, obj or off");
 }
 
-TEST(MeshFormat, ExtensionIsWhatFollowsTheLastDot) {
+TEST(MeshFormat, ExtensionFollowsTheLastDot) {
   EXPECT_EQ(ExtensionOf("a.b/part.STL"), "stl");
   EXPECT_EQ(ExtensionOf("a.stl/part"), "");
   EXPECT_EQ(ExtensionOf("part."), "");

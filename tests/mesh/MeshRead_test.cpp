@@ -127,7 +127,7 @@ TEST(MeshRead, LoadingAFileIsAQuarterOfTheProgress) {
     EXPECT_DOUBLE_EQ(parts[k], 0.05 * static_cast<double>(k + 1));
 }
 
-TEST(MeshRead, EverySampleGivesTheSameTriangles) {
+TEST(MeshRead, EverySampleReadsAsTheSameTriangles) {
   const TemporaryFolder folder;
   for (const Sample& sample : AllSamples()) {
     SCOPED_TRACE(sample.name);
@@ -239,13 +239,13 @@ TEST(MeshRead, FilesLargerThanTheMemoryAreRefused) {
                                    " bytes, more than the memory of this machine");
 }
 
-TEST(MeshRead, MessagesAreOneLineWhateverTheNameOfTheFile) {
+TEST(MeshRead, MessagesAreOneLineForEveryFileName) {
   const TemporaryFolder folder;
   EXPECT_EQ(ErrorOfFile(folder.Path("a\nb.stl")),
             folder.Path("a?b.stl") + ": cannot be opened: No such file or directory");
 }
 
-TEST(MeshRead, FromMemoryRefusesWhatOnlyFilesCanBe) {
+TEST(MeshRead, FromMemoryRefusesFormatsThatNeedAFile) {
   EXPECT_THAT(ErrorOf(MeshFormat::Assimp, Glb()),
               HasSubstr("sample: is not of a known mesh format"));
   EXPECT_THAT(ErrorOf(MeshFormat::Unknown, "x"),

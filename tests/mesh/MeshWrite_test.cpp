@@ -50,7 +50,7 @@ TEST(MeshWrite, ExtensionChoosesTheFormat) {
   }
 }
 
-TEST(MeshWrite, EveryFormatIsReadAsWhatItsNameSays) {
+TEST(MeshWrite, EveryFormatIsReadBackUnderItsName) {
   const TemporaryFolder folder;
   for (const char* name : {"part.stl", "part.ply", "part.obj", "part.OFF"}) {
     const std::string path = folder.Path(name);

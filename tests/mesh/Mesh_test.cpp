@@ -25,6 +25,6 @@ TEST(Mesh, APointIsFiniteWhenEachCoordinateIs) {
   }
 }
 
-TEST(Mesh, ErrorsAreOneLineWhateverTheyAreAbout) {
+TEST(Mesh, EveryErrorIsOneLine) {
   EXPECT_STREQ(gsl_mesh::MeshError("a\n\x7f: is odd").what(), "a??: is odd");
 }

@@ -76,7 +76,7 @@ TEST(RealMeshes, ConcavePolygonsAndContinuedLinesKeepTheirArea) {
   const Mesh mesh = ReadMesh(std::string(folder) + "/wallhole.obj");
   EXPECT_EQ(mesh.TriangleCount(), 66U);
   // Two squares of 10 by 10, two with a notch of 5 by 2, the three sides of the room in the wall,
-  // two halves of the front, and four triangles of 5 by 5 that lie aslant.
+  // two halves of the front, and four oblique triangles of 5 by 5.
   const double expected =
       2 * 100.0 + 2 * 90.0 + 2 * 50.0 + 20.0 + 2 * 40.0 + 4 * 25 * std::sqrt(2.0);
   EXPECT_NEAR(Area(mesh), expected, 1e-9);

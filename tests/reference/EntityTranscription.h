@@ -3,10 +3,10 @@
 
 #include <cmath>
 
-/// The queries of points, lines, planes and segments written out step by step on bare numbers, one
-/// operation calling the next as documented: no kernels, no sharing, nothing hoisted.
+/// The queries of points, lines, planes and segments, written step by step on bare numbers. Each
+/// operation calls the next as documented, without kernels and without shared results.
 ///
-/// The results must equal those of the library bit for bit. This code is slow and must not be
+/// The results must equal the results of the library bit for bit. This code is slow and must not be
 /// tuned.
 namespace transcription {
 
@@ -20,7 +20,7 @@ struct Vec {
   double x, y, z, magnitude;
 };
 
-/// The source of a point's identity: an input, by its number, or one of these.
+/// The source of a point's identity: the number of an input, or one of these values.
 constexpr int kFresh = -1;
 constexpr int kUntouched = -2;
 
@@ -258,8 +258,8 @@ inline bool Intersect(const Segment& seg, const StLine& line, Pt& out, const Tol
   if (length < tol.linear) return false;
   double dist = 0.0;
   if (!Intersect(Through(seg), line, out, dist, tol)) return false;
-  // A segment of exactly the tolerance may leave the parameters unwritten, which counts as beyond
-  // it.
+  // A segment of exactly the tolerance may leave the parameters unwritten. They then count as
+  // beyond the segment.
   double weights[2] = {2.0 + tol.linear / length, 0.0};
   PointSegmentParameters(out, seg.point1, seg.point2, weights, tol);
   const double margin = tol.linear / length;

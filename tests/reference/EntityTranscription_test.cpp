@@ -23,7 +23,7 @@ using transcription::Vec;
 
 constexpr std::uint64_t kSeed = 0xE171E5u;
 
-/// The bits of a number; every NaN is the same.
+/// Returns the bits of a number. Every NaN has the same bits.
 std::string Text(double value) {
   if (std::isnan(value)) return "nan";
   char text[40];
@@ -39,8 +39,8 @@ std::string Text(const Pt& p) {
   return Text(p.x) + ' ' + Text(p.y) + ' ' + Text(p.z) + " #" + std::to_string(p.identity);
 }
 
-/// Coordinates from a lattice, where much coincides, from near the tolerances, from a range, and
-/// now and then odd ones.
+/// Returns coordinates of several kinds. They are from a lattice, where many coincide, near the
+/// tolerances, in a range, or sometimes extreme.
 double Coordinate(RandomNumbers& random) {
   const double edge[] = {1e-6, -1e-6, 9.99999e-7, 1.000001e-6, 1e-7, 1e-10, 1e-5, 0.5, 1e5};
   const int kind = random.Below(400);
@@ -49,7 +49,7 @@ double Coordinate(RandomNumbers& random) {
   return kind == 399 ? random.Hostile() : random.In(-3.0, 3.0);
 }
 
-/// The same objects twice, and an output of each kind.
+/// The same objects for both implementations, and an output of each kind.
 struct Scene {
   gsl_Point p[5];
   gsl_Vector v[2];
@@ -113,7 +113,7 @@ struct Scene {
   }
 };
 
-/// Calls agree(scene, tolerances) on many scenes, each under settings of its own.
+/// Calls agree(scene, tolerances) on many scenes, each with its own settings.
 template <class Agree>
 void ForManyScenes(const Agree& agree) {
   RandomSettings settings(kSeed);
@@ -196,7 +196,7 @@ TEST(EntityTranscription, LinesAgreeBitForBitAndIdentityForIdentity) {
 TEST(EntityTranscription, SegmentsAgreeBitForBitAndIdentityForIdentity) {
   ForManyScenes([](Scene& s, const transcription::Tolerances& tol) {
     const gsl_Segment a(s.p[0], s.p[1]);
-    // Every other pair shares an end.
+    // Every second pair shares an end.
     const int second = s.p[4].x > 0.0 ? 2 : 0;
     const gsl_Segment b(s.p[second], s.p[3]);
     const transcription::Segment plainA = {s.plainP[0], s.plainP[1]};

@@ -7,13 +7,12 @@
 #include <cmath>
 #include <limits>
 
-/// The motion in the plane by its definition, slowly and in extended precision.
+/// Computes the motion in the plane from its definition, slowly and in extended precision.
 ///
-/// The plane is cut into lines along the direction. A segment covers a range of lines (its extent
-/// to the side) and on each of them a range of positions along the direction. A, moved by t,
-/// touches B when on some line that both cover their ranges meet. The ranges vary linearly with the
-/// line, so that the set of all such t is one interval, and its ends are found on the first or last
-/// common line.
+/// The plane is cut into lines along the direction. A segment covers a range of lines, which is its
+/// extent to the side. On each line it covers a range of positions along the direction. A, moved by
+/// t, touches B when their ranges meet on a common line. The ranges vary linearly with the line. So
+/// the set of all such t is one interval, whose ends are on the first or the last common line.
 namespace in_plane_oracle {
 
 using Real = long double;
@@ -114,7 +113,7 @@ inline Real SineToDirection(const Segment2& s) {
   return std::fabs(s.p[1].side - s.p[0].side) / Length(s);
 }
 
-/// Returns a positive number for a segment whose side normal, its edge turned clockwise, looks
+/// Returns a positive number for a segment whose side normal, the edge turned clockwise, points
 /// along the direction.
 inline Real Facing(const Segment2& s) {
   return s.p[1].side - s.p[0].side;

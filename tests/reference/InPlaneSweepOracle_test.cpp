@@ -20,15 +20,15 @@ using in_plane_transcription::Branch;
 
 constexpr std::uint64_t kSeed = 0x0DDBA11;
 
-/// What rounding may change in a gap.
+/// The largest change of a gap by rounding.
 constexpr Real kRounding = 1e-9L;
-/// More than the tolerance within which an end that misses a segment still meets it.
+/// A distance above the tolerance within which an end that misses a segment still meets it.
 constexpr Real kReach = 2e-6L;
 constexpr Real kLinearTolerance = 1e-6L;
 constexpr Real kCosineTolerance = 1e-10L;
 
-/// How a call compares with the motion. The first four agree with it; of the others each is a
-/// difference that docs/in-plane-sweep.md explains, and its own limits are checked.
+/// How a call compares with the motion. The first four kinds agree with the motion.
+/// docs/in-plane-sweep.md explains the differences of the other kinds, whose limits are checked.
 enum Verdict {
   AgreesContact,       ///< the travel is the smallest one, and the contacts are where it ends
   AgreesNoContact,     ///< apart, behind, or no closer than the running minimum
@@ -70,7 +70,7 @@ constexpr const char* kNames[kVerdicts] = {"AgreesContact",
                                            "AtTheRunningMinimum",
                                            "Unexplained"};
 
-/// One call, what it gave, and the same in the frame of the motion.
+/// One call with its result, and the same in the frame of the motion.
 struct Swept {
   const InPlaneCase& c;
   in_plane_oracle::Frame frame;
@@ -100,7 +100,7 @@ std::string Describe(const Swept& run) {
   return text;
 }
 
-/// The contacts are on their segments and one gap apart.
+/// Returns whether the contacts are on their segments and one gap apart.
 bool ContactsAreWhereTheMotionEnds(const Swept& run) {
   const auto onA = run.frame.Of(run.contacts[0]);
   const auto onB = run.frame.Of(run.contacts[1]);
@@ -109,7 +109,8 @@ bool ContactsAreWhereTheMotionEnds(const Swept& run) {
          std::fabs(onB.forward - onA.forward - static_cast<Real>(run.distance)) < kRounding;
 }
 
-/// The second contact is an end of A, and A's contact moved by the gap is on B.
+/// Returns whether the second contact is an end of A, and the contact of A moved by the gap is on
+/// B.
 bool SecondContactIsAnEndOfA(const Swept& run) {
   const bool isEnd = run.contacts[1].uid == run.c.a[0].uid || run.contacts[1].uid == run.c.a[1].uid;
   auto moved = run.frame.Of(run.contacts[0]);
@@ -123,7 +124,7 @@ Verdict JudgeContacts(const Swept& run, bool across) {
   return across && SecondContactIsAnEndOfA(run) ? SecondPassStoresA : Unexplained;
 }
 
-/// All common travels are at least `travel.low`; the smallest counts.
+/// All common travels are at least `travel.low`, and the smallest counts.
 Verdict JudgeTravel(const Swept& run, const Range& travel, const Range& widest, bool across) {
   const Real margin = run.c.margin;
   Real limit = static_cast<Real>(run.c.distance) - margin;
@@ -134,7 +135,7 @@ Verdict JudgeTravel(const Swept& run, const Range& travel, const Range& widest, 
     return travel.low > limit - kRounding ? AtTheRunningMinimum : Unexplained;
   }
   const Real g = run.distance;
-  // Steps that look at the margin alone let a negative one take the minimum up, once per candidate.
+  // Steps that use the margin alone let a negative margin raise the minimum, once per candidate.
   const Real rise = across || margin > 0 ? 0 : -3 * margin;
   if (g >= limit + rise + kRounding) return Unexplained;
   if (g < travel.low - kRounding) {
@@ -151,7 +152,7 @@ struct Offset {
   Range sine; ///< of the angle between the direction and the vectors from A's ends to B's
 };
 
-/// Which ends are the first is rounding for segments along the direction, so all are looked at.
+/// For segments along the direction, rounding decides which ends are first, so all ends are tried.
 Offset OffsetBetweenEnds(const Swept& run) {
   Offset offset = {std::numeric_limits<Real>::infinity(), {1, 0}};
   for (const auto& onA : run.a.p) {
@@ -165,12 +166,12 @@ Offset OffsetBetweenEnds(const Swept& run) {
   return offset;
 }
 
-/// No end meets it.
+/// Returns whether no end meets the segment.
 bool IsTooShort(const Segment2& s) {
   return Length(s) < kLinearTolerance * (1 - kRounding);
 }
 
-/// One segment along the direction, or both on one line.
+/// Returns whether one segment is along the direction, or both are on one line.
 Verdict JudgeAlong(const Swept& run, bool alongA, bool alongB) {
   const Segment2 a = alongA ? in_plane_oracle::OnOneLine(run.a) : run.a;
   Segment2 b = alongB ? in_plane_oracle::OnOneLine(run.b) : run.b;
@@ -269,7 +270,7 @@ Verdict JudgeAllowed(const Swept& run) {
 Verdict Judge(const Swept& run) {
   const Real facingA = in_plane_oracle::Facing(run.a);
   const Real facingB = in_plane_oracle::Facing(run.b);
-  // Along an axis every product is exact; along any other direction a zero may be rounded, here or
+  // Along an axis every product is exact. Along any other direction a zero may be rounded, here or
   // in the library.
   const bool isAlongAxis = run.c.direction.x == 0.0 || run.c.direction.y == 0.0;
   const auto isRounded = [isAlongAxis](Real facing) {
@@ -281,7 +282,7 @@ Verdict Judge(const Swept& run) {
       (facingB > 0 && !run.c.twoSided[1] && !roundedB)) {
     return run.Untouched() ? AgreesRefused : Unexplained;
   }
-  // What was not refused is judged like the others.
+  // Calls that were not refused are judged like the others.
   if ((roundedA || roundedB) && run.Untouched()) return OrientationRounded;
   return JudgeAllowed(run);
 }
@@ -324,8 +325,8 @@ TEST(InPlaneSweepOracle, LibraryFollowsTheMotionOrDiffersAsDocumented) {
     EXPECT_GE(verdicts[differing], Scaled(1000)) << kNames[differing];
 }
 
-/// The exact facing of B is 6e-20: below the precision of the oracle, and the library's sign of it
-/// is rounding.
+/// The exact facing of B is 6e-20, which is below the precision of the oracle. Rounding decides its
+/// sign in the library.
 TEST(InPlaneSweepOracle, FacingThatRoundsToZeroExplainsARefusal) {
   InPlaneCase c;
   c.direction = gsl_Vector(-0x1.979de41bb8b21p-1, 0x1.35d3a1b315976p-1, 0.0);

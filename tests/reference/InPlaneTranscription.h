@@ -8,11 +8,11 @@
 
 #include <utility>
 
-/// The in-plane sweep written out step by step on the public classes, without the kernels: every
-/// intermediate is an entity with an identity of its own, copied as entities copy it.
+/// The in-plane sweep, written step by step on the public classes, without the kernels. Every
+/// intermediate is an entity with its own identity, which is copied as entities copy it.
 ///
-/// A peer of gsl_InPlaneSegSegMinDirectionalDist in the benchmarks and, bit for bit and identity
-/// for identity, in the tests. Slow, and not to be tuned.
+/// A peer of gsl_InPlaneSegSegMinDirectionalDist in the benchmarks and in the tests, which compare
+/// every bit and every identity. The code is slow and must not be tuned.
 namespace in_plane_transcription {
 
 // clang-format off
@@ -29,7 +29,7 @@ namespace in_plane_transcription {
   X(AcrossFound) X(AcrossNotFound)
 // clang-format on
 
-/// Where a call went. The tests count these.
+/// The branches of a call. The tests count them.
 enum class Branch {
 #define IN_PLANE_ENUMERATOR(name) name,
   IN_PLANE_BRANCHES(IN_PLANE_ENUMERATOR)
@@ -48,7 +48,7 @@ struct NoTrace {
   void operator()(Branch) const {}
 };
 
-/// gsl_Point::RayIntersect written out over the straight line.
+/// Does what gsl_Point::RayIntersect does, through the straight line.
 inline bool RayIntersect(const gsl_Point& origin, const gsl_Point& p0, const gsl_Point& p1,
                          const gsl_Vector& dir, gsl_Point& hit, double* params) {
   const double tolerance = omi_Singleton<gsl_Util>::Instance().linearTolerance;
@@ -67,7 +67,7 @@ inline bool RayIntersect(const gsl_Point& origin, const gsl_Point& p0, const gsl
   return !(params[0] * length < -tolerance) && !(params[1] * length < -tolerance);
 }
 
-/// The call's data, as the steps work on it.
+/// The data of the call for the steps.
 struct Work {
   gsl_Vector d;
   gsl_Point a[2], b[2];

@@ -20,10 +20,10 @@ using Counts = std::vector<long>;
 
 constexpr std::uint64_t kSeed = 0x1A7E5EED;
 
-/// Whose identity a contact carries.
+/// Returns the name of the identity of a contact.
 enum class Identity { A0, A1, B0, B1, Before0, Before1, Contact0, Null, Fresh };
 
-/// What a call did.
+/// The effect of a call.
 struct Outcome {
   bool result = false;
   double distance = 0.0;
@@ -71,7 +71,8 @@ std::string Describe(const InPlaneCase& c) {
   return result;
 }
 
-/// Runs one call through both; false, with a message, where anything that a caller sees differs.
+/// Runs one call through both implementations. Returns false, with a message, when a caller could
+/// see a difference.
 bool Agrees(const InPlaneCase& c, Counts& counts) {
   static const gsl_Point before[2] = {gsl_Point(0.25, -0.5, 7.0), gsl_Point(-3.5, 0.125, -9.0)};
   const Outcome library = Call(c, before, gsl_InPlaneSegSegMinDirectionalDist);
@@ -145,7 +146,7 @@ TEST(InPlaneTranscription, LibraryAgreesOverARunningMinimum) {
       ASSERT_TRUE(Agrees(c, counts))
           << settings.Describe() << "round " << round << ", seed " << kSeed;
       gsl_Point contacts[2];
-      // Also a false one may have lowered the distance.
+      // A call that returns false may have lowered the distance too.
       static_cast<void>(gsl_InPlaneSegSegMinDirectionalDist(
           c.direction, c.a[0], c.a[1], c.b[0], c.b[1], c.twoSided, c.margin, contacts, c.distance));
     }
@@ -174,7 +175,7 @@ TEST(InPlaneTranscription, ContactsMayBeTheEndPointsThemselves) {
   }
 }
 
-TEST(InPlaneTranscription, FreshIdentitiesAreNeverGivenTwice) {
+TEST(InPlaneTranscription, FreshIdentitiesAreNeverRepeated) {
   InPlaneCases cases(kSeed + 1);
   std::set<cls_Uid> seen;
   long fresh = 0;

@@ -7,11 +7,11 @@
 #include <optional>
 #include <utility>
 
-/// The travels at which two triangles touch, as a linear program in exact fractions.
+/// Computes the travels at which two triangles touch, as a linear program in exact fractions.
 ///
-/// A point of the moving triangle, advanced by s, is a point of the fixed one: five equations in
-/// six weights and s. Every vertex of the feasible set is visited, so nothing is known here about
-/// faces, edges or shadows. Coordinates are integers of magnitude up to 2^10.
+/// A point of the moving triangle, moved by s, is a point of the fixed triangle. These are five
+/// equations in six weights and s. The oracle visits every vertex of the feasible set, so it needs
+/// no faces, edges or shadows. Coordinates are integers of magnitude up to 2^10.
 namespace oracle {
 
 __extension__ using Wide = __int128;
@@ -69,11 +69,11 @@ struct Interval {
   Fraction low, high; ///< multiples of the direction vector
 };
 
-/// Solves the rows, whose last entry is the right side. Nothing when there is no solution or more
-/// than one.
+/// Solves the rows, whose last entry is the right side. Returns nothing unless there is exactly one
+/// solution.
 inline std::optional<std::array<Fraction, 5>>
 SolveColumns(std::array<std::array<Fraction, 6>, 5> rows, std::size_t unknowns) {
-  // Each unknown takes a row of its own as pivot.
+  // Each unknown takes another row as its pivot.
   for (std::size_t c = 0; c < unknowns; ++c) {
     std::size_t pivot = c;
     while (pivot < 5 && rows[pivot][c].Sign() == 0)
@@ -96,7 +96,8 @@ SolveColumns(std::array<std::array<Fraction, 6>, 5> rows, std::size_t unknowns) 
   return x;
 }
 
-/// s at the point of the feasible set where only the weights in `used` (bits) may be positive.
+/// Returns s at the point of the feasible set where only the weights in `used` (bits) may be
+/// positive.
 inline std::optional<Fraction> VertexOf(unsigned used, const IntPoint& d, const IntTriangle& moving,
                                         const IntTriangle& fixed) {
   std::array<std::array<Fraction, 6>, 5> rows{};

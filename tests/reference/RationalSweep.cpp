@@ -98,9 +98,10 @@ struct ShearedTriangle {
   }
 };
 
-/// Cuts the line u = v = 0 with the hull of nine differences. By Caratheodory's theorem each end of
-/// the cut is a combination of at most three of them, whose weights are positive and unique: one
-/// point on the line, two on opposite sides of it, or three around it.
+/// Intersects the line u = v = 0 with the hull of nine differences. By Caratheodory's theorem each
+/// end of the intersection is a combination of at most three differences with positive and unique
+/// weights. So it is one point on the line, two points on opposite sides of the line, or three
+/// points around the line.
 class LineThroughHull {
 public:
   /// Computes the heights of the ends. Returns false when the line misses the hull.
@@ -206,7 +207,7 @@ bool IsInsideFace(const WholePoint& p, const WholeTriangle& t) {
   return true;
 }
 
-/// Where the insides of two segments that are not parallel cross.
+/// Finds the crossing of the insides of two segments that are not parallel.
 std::optional<RationalPoint> Crossing(const WholePoint& a, const WholePoint& b, const WholePoint& c,
                                       const WholePoint& d) {
   const WholePoint e = b - a;
@@ -251,7 +252,7 @@ bool IsFinite(const Coord3& p) {
   return std::isfinite(p.x) && std::isfinite(p.y) && std::isfinite(p.z);
 }
 
-/// Doubles as whole multiples of one power of two.
+/// Converts doubles to whole multiples of one power of two.
 class WholeScale {
 public:
   /// Requires numbers whose largest magnitude is given.
@@ -442,7 +443,8 @@ private:
     const RationalPoint shift = Scaled(move, unit);
     m_verdict.squaredTravel = Dot(shift, shift);
     if (isStart && sgn(first) != 0 && sgn(last) != 0) return;
-    // Multiplied by the denominator of s, all corners are whole numbers where they meet.
+    // Multiplied by the denominator of s, all corners of the triangles in contact are whole
+    // numbers.
     const Whole& under = s.get_den();
     WholeTriangle arrived;
     WholeTriangle met;
@@ -504,7 +506,7 @@ std::optional<Interval> SweepPair(const WholePoint& direction, const WholeTriang
 }
 
 Meeting FirstMeeting(const WholeTriangle& moving, const WholeTriangle& fixed) {
-  // Each feature of one triangle is tried against each of the other, in the order of ties.
+  // Each feature of one triangle is tried against each feature of the other, in the order of ties.
   const auto search = [](Kind kind, std::size_t ofMoving, std::size_t ofFixed, const auto& meet) {
     std::optional<Meeting> found;
     for (std::size_t i = 0; i < ofMoving && !found; ++i) {
@@ -573,7 +575,7 @@ double NearestRoot(const Rational& square) {
   if (square == 0) return 0.0;
   constexpr double infinity = std::numeric_limits<double>::infinity();
   constexpr mp_bitcnt_t bits = 256;
-  // The fraction and the exponent are apart, so that nothing leaves the range of double.
+  // The fraction and the exponent are separate, so that no number leaves the range of double.
   const mpf_class root = sqrt(mpf_class(square, bits));
   long exponent = 0;
   const double fraction = mpf_get_d_2exp(&exponent, root.get_mpf_t());

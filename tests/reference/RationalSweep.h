@@ -9,13 +9,12 @@
 #include <optional>
 #include <vector>
 
-/// The first contact of two bodies in exact rationals, by a formulation of its own.
+/// Computes the first contact of two bodies in exact rationals, by another formulation.
 ///
 /// A moving triangle touches a fixed one after s times the direction exactly when s * direction is
-/// in the convex hull of the nine differences between a fixed corner and a moving one. So each pair
-/// is a line that is cut with the hull of nine points. Nothing here tells faces, edges and corners
-/// apart until the travel is known; then the triangles are put where they meet and compared as they
-/// are.
+/// in the convex hull of the nine differences between a fixed corner and a moving corner. So each
+/// pair is a line that is intersected with the hull of nine points. Faces, edges and corners do not
+/// matter until the travel is known. Then the triangles are moved into contact and compared.
 namespace reference {
 
 using gsl_arithmetic::Coord3;
@@ -38,11 +37,12 @@ struct Interval {
   bool IsSinglePoint() const { return first == last; }
 };
 
-/// Nothing when the triangles never touch. The direction must not be zero.
+/// Returns nothing when the triangles never touch. Requires a direction that is not zero.
 std::optional<Interval> SweepPair(const WholePoint& direction, const WholeTriangle& moving,
                                   const WholeTriangle& fixed);
 
-/// Features that meet, the moving triangle's first; in the order in which ties are decided.
+/// The features that meet, the feature of the moving triangle first. The order of the kinds decides
+/// ties.
 enum class Kind {
   VertexVertex,
   VertexEdge,
@@ -60,14 +60,14 @@ struct Meeting {
   RationalPoint point;     ///< where they meet; of an Overlap not set
 };
 
-/// The first features that meet of two triangles that stand still: by kind, then by the moving
-/// feature, then by the fixed one.
+/// Returns the first features that meet of two triangles at rest: by kind, then by the moving
+/// feature, then by the fixed feature.
 Meeting FirstMeeting(const WholeTriangle& moving, const WholeTriangle& fixed);
 
-/// Square of the distance of a point from a triangle, which may be degenerate.
+/// Returns the square of the distance of a point from a triangle, which may be degenerate.
 Rational SquaredDistance(const RationalPoint& p, const std::array<RationalPoint, 3>& triangle);
 
-/// What is asked. Three corners per triangle.
+/// The question. Each triangle has three corners.
 struct Question {
   std::vector<Coord3> moving, fixed;
   Coord3 direction;
@@ -91,15 +91,16 @@ struct Verdict {
   std::size_t skipped[2] = {}, turnedAway[2] = {}; ///< of the moving and of the fixed body
 };
 
-/// Judges all pairs. The coordinates that are decided upon are those given, except that a
-/// coordinate below 2^-288 of the largest one is rounded to a multiple of 2^-339 of the power of
-/// two above the largest one; components of the direction likewise.
+/// Judges all pairs. It uses the given coordinates, except that a coordinate below 2^-288 of the
+/// largest coordinate is rounded. It becomes a multiple of 2^-339 of the power of two above the
+/// largest coordinate. The same holds for the components of the direction.
 Verdict Judge(const Question& question);
 
-/// The same without leaving out any pair by its extents. Slow; for the tests of the judge.
+/// Does the same without leaving out any pair by its extents. It is slow, for the tests of the
+/// judge.
 Verdict JudgeEveryPair(const Question& question);
 
-/// The double nearest to the square root of a number; infinity beyond the range.
+/// Returns the double nearest to the square root of a number, or infinity beyond the range.
 double NearestRoot(const Rational& square);
 
 } // namespace reference

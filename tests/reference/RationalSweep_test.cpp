@@ -13,7 +13,7 @@
 
 namespace reference {
 
-// How gtest prints them.
+// gtest prints them with these functions.
 void PrintTo(const Kind& kind, std::ostream* out) {
   *out << static_cast<int>(kind);
 }
@@ -52,18 +52,18 @@ TEST(RationalSweepPair, CornerOverFace) {
   ExpectInterval(down, {At(0, 0, 3), At(1, 0, 5), At(0, 1, 6)}, floorPlane, 3, 6);
   // Twice the direction is half the multiple.
   ExpectInterval(At(0, 0, -2), {At(0, 0, 3), At(1, 0, 5), At(0, 1, 6)}, floorPlane, Ratio(3, 2), 3);
-  // Upwards it was there before.
+  // Upwards the contact was before the start.
   ExpectInterval(At(0, 0, 1), {At(0, 0, 3), At(1, 0, 5), At(0, 1, 6)}, floorPlane, -6, -3);
 }
 
 TEST(RationalSweepPair, CornerOverASlopeOfAThird) {
-  // The plane z = x / 3; above x = 1 it is 1/3 high.
+  // The plane is z = x / 3, and its height at x = 1 is 1/3.
   const WholeTriangle slope{At(-9, -9, -3), At(9, -9, 3), At(0, 9, 0)};
   ExpectInterval(down, {At(1, 0, 1), At(1, 0, 1), At(1, 0, 1)}, slope, Ratio(2, 3), Ratio(2, 3));
 }
 
 TEST(RationalSweepPair, EdgeOverEdge) {
-  // A ridge along x at height 5 over one along y at height 2, which cross over (1, 0).
+  // A ridge along x at height 5 is over a ridge along y at height 2. They cross over (1, 0).
   ExpectInterval(down, {At(0, 0, 5), At(4, 0, 5), At(2, 0, 9)},
                  {At(1, -2, 2), At(1, 2, 2), At(1, 0, -9)}, 3, Ratio(5 * 2 + 4 + 9 * 2, 2));
 }
@@ -79,7 +79,7 @@ TEST(RationalSweepPair, WallsInOnePlaneSlide) {
   const WholeTriangle fixed{At(1, 1, 2), At(1, 3, 2), At(1, 2, -2)};
   ExpectInterval(down, moving, fixed, 3, 11);
   EXPECT_FALSE(SweepPair(down, moving, {At(2, 1, 2), At(2, 3, 2), At(2, 2, -2)}).has_value());
-  // A wall across it.
+  // A wall across the ridge.
   ExpectInterval(down, moving, {At(0, 2, 2), At(2, 2, 2), At(1, 2, 0)}, 3, 9);
 }
 
@@ -155,7 +155,8 @@ TEST(RationalMeeting, NamesTheFeaturesThatMeet) {
 
 TEST(RationalMeeting, OfSeveralTheFirstKindThenTheFirstFeatures) {
   const WholeTriangle base{At(0, 0, 0), At(8, 0, 0), At(0, 8, 0)};
-  // In one plane: corner 1 on the fixed corner 2, others on edges and inside.
+  // The triangles are in one plane: corner 1 is on the fixed corner 2, other corners are on edges
+  // and inside.
   ExpectMeeting({At(1, 1, 0), At(0, 8, 0), At(4, 0, 0)}, base, Kind::VertexVertex, 1, 2, 0, 8, 0);
   ExpectMeeting({At(1, 1, 0), At(2, 2, 0), At(4, 0, 0)}, base, Kind::VertexEdge, 2, 0, 4, 0, 0);
   ExpectMeeting({At(9, 1, 0), At(1, 2, 0), At(1, 1, 0)}, base, Kind::VertexFace, 1, 0, 1, 2, 0);
@@ -187,14 +188,15 @@ TEST(RationalRoot, IsTheNearestDouble) {
   EXPECT_EQ(NearestRoot(9), 3.0);
   EXPECT_EQ(NearestRoot(2), std::sqrt(2.0));
   EXPECT_EQ(NearestRoot(Ratio(4, 9)), 2.0 / 3.0);
-  // Half way between one and the next double the even one is taken; beyond it, the next.
+  // Half way between one and the next double, the even number is taken. Beyond half way, the next
+  // double is taken.
   const Rational half = Rational(1) + Rational(0x1p-53);
   EXPECT_EQ(NearestRoot(half * half), 1.0);
   EXPECT_EQ(NearestRoot(half * half + Rational(0x1p-200)), 1.0 + 0x1p-52);
   EXPECT_EQ(NearestRoot(half * half - Rational(0x1p-200)), 1.0);
   const Rational nextHalf = Rational(1) + Rational(0x3p-53);
   EXPECT_EQ(NearestRoot(nextHalf * nextHalf), 1.0 + 0x1p-51);
-  // The ends of the range.
+  // These are the ends of the range.
   const Rational most(std::numeric_limits<double>::max());
   EXPECT_EQ(NearestRoot(most * most), std::numeric_limits<double>::max());
   EXPECT_EQ(NearestRoot(most * most * 4), infinity);
@@ -249,21 +251,21 @@ TEST(RationalJudge, StartIsTheFirstPairByNumberWhoseIntervalHasZero) {
   EXPECT_EQ(overlap.kind, Kind::Overlap);
 }
 
-TEST(RationalJudge, BehindAndBesideIsNothing) {
+TEST(RationalJudge, BodiesBehindAndBesideAreNoContact) {
   const std::vector<Coord3> tip{{0, 0, 3}, {1, 0, 5}, {0, 1, 6}};
   EXPECT_EQ(Judge(Asked(tip, ground, {0.0, 0.0, 1.0})).outcome, Outcome::None);
   EXPECT_EQ(Judge(Asked(tip, ground, {1.0, 0.0, 0.0})).outcome, Outcome::None);
   EXPECT_EQ(Judge(Asked(tip, {}, below)).outcome, Outcome::None);
 }
 
-TEST(RationalJudge, LeavesOutWhatIsNotFiniteOrTurnedAway) {
+TEST(RationalJudge, LeavesOutTrianglesThatAreNotFiniteOrAreTurnedAway) {
   const double nan = std::numeric_limits<double>::quiet_NaN();
   std::vector<Coord3> moving{{nan, 0, 1}, {1, 0, 1}, {0, 1, 1}, {0, 0, 2}, {1, 0, 2},
                              {0, 1, 2},   {0, 0, 3}, {0, 1, 3}, {1, 0, 3}};
   Question question = Asked(moving, ground, below);
   EXPECT_EQ(Judge(question).moving, 1u);
   EXPECT_EQ(Judge(question).skipped[0], 1u);
-  // The triangle at height 2 has its normal upwards, the one at 3 downwards.
+  // The triangle at height 2 has its normal upwards, and the triangle at height 3 downwards.
   question.oneSided = true;
   const Verdict verdict = Judge(question);
   EXPECT_EQ(verdict.moving, 2u);
@@ -274,7 +276,7 @@ TEST(RationalJudge, LeavesOutWhatIsNotFiniteOrTurnedAway) {
 }
 
 TEST(RationalJudge, DecidesUponCoordinatesRoundedFarBelowTheLargest) {
-  // The largest coordinate is 1, the power of two above it 2.
+  // The largest coordinate is 1, and the power of two above it is 2.
   const auto travel = [](double z) {
     const std::vector<Coord3> point{{0.25, 0.25, z}, {0.25, 0.25, z}, {0.25, 0.25, z}};
     const Verdict verdict = Judge(Asked(point, {{0, 0, 0}, {1, 0, 0}, {0, 1, 0}}, below));

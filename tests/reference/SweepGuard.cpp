@@ -22,7 +22,7 @@ using gsl_sweep::SweepStatus;
 
 constexpr double infinity = std::numeric_limits<double>::infinity();
 
-/// An answer, or the overflow that was thrown instead.
+/// An answer, or the overflow that was thrown.
 struct Told {
   Answer answer;
   std::size_t triangles[2] = {}, skipped[2] = {}, leftOut[2] = {}; ///< moving, fixed
@@ -104,7 +104,7 @@ Rational UnitAt(double value) {
 /// The rounding that the library promises: one rounding, from about a hundred bits.
 const Rational halfUnit(Rational(1, 2) + Rational(1, 1 << 20));
 
-/// |sqrt(square)| is within `error` of a number that is not negative.
+/// Returns whether |sqrt(square)| is within `error` of a number that is not negative.
 bool IsRootNear(double value, const Rational& square, const Rational& error) {
   const Rational above = Rational(value) + error;
   const Rational below = Rational(value) - error;
@@ -115,7 +115,7 @@ class Comparison {
 public:
   Comparison(const Question& question, const Verdict& verdict, const Told& told)
       : m_question(question), m_verdict(verdict), m_all(told), m_told(told.answer) {
-    // What rounding from a hundred bits leaves of the largest coordinate, and the least double.
+    // The error of rounding from a hundred bits for the largest coordinate, and the least double.
     m_fuzz = verdict.largest;
     mpq_div_2exp(m_fuzz.get_mpq_t(), m_fuzz.get_mpq_t(), 85);
     Rational least(1);
@@ -172,7 +172,7 @@ private:
     }
   }
 
-  /// Each component is d / |d|, rounded once.
+  /// Returns whether each component is d / |d|, rounded once.
   void CheckDirection() {
     const RationalPoint& d = m_verdict.direction;
     const Rational square = d.x * d.x + d.y * d.y + d.z * d.z;
@@ -210,7 +210,8 @@ private:
     }
   }
 
-  /// Of length one and against the direction. Which plane the features define is not judged.
+  /// Returns whether the normal has length one and is against the direction. The plane of the
+  /// features is not judged.
   void CheckNormal() {
     const Coord3& n = m_told.contact.normal;
     if (!m_told.contact.hasNormal) {
@@ -228,12 +229,12 @@ private:
   void CheckPoints() {
     const bool ofEdges = m_verdict.kind == Kind::EdgeEdge;
     CheckPoint("moving", m_told.contact.movingPoint, m_verdict.onMoving, {0.0, 0.0, 0.0});
-    // The point on the fixed edge is the one on the moving edge, carried on after it was rounded.
+    // The point on the fixed edge is the point on the moving edge, moved after it was rounded.
     CheckPoint("fixed", m_told.contact.fixedPoint, m_verdict.onFixed,
                ofEdges ? m_told.contact.movingPoint : Coord3{0.0, 0.0, 0.0});
   }
 
-  /// Within half a unit in the last place, and half a unit of what it was computed from.
+  /// The error is within half a unit in the last place, plus half a unit of the terms.
   void CheckPoint(const char* side, const Coord3& told, const RationalPoint& exact,
                   const Coord3& from) {
     const auto check = [&](double c, const Rational& expected, double source) {
@@ -249,7 +250,8 @@ private:
     check(told.z, exact.z, from.z);
   }
 
-  /// On both triangles, up to four units in the last place of the largest coordinate.
+  /// Returns whether the point is on both triangles, up to four units in the last place of the
+  /// largest coordinate.
   void CheckSharedPoint() {
     if (!SameBits(m_told.contact.movingPoint, m_told.contact.fixedPoint))
       Complain("points of an overlap differ");
@@ -295,7 +297,7 @@ double LimitOf(const Scene& scene, double travel) {
   return infinity;
 }
 
-/// What the judge says of a scene with its limit.
+/// The verdict of the judge about a scene with its limit.
 struct Expected {
   explicit Expected(const Scene& scene) : verdict(Judge(scene.question)) {
     if (verdict.outcome == Outcome::Contact) travel = NearestRoot(verdict.squaredTravel);
@@ -350,7 +352,7 @@ std::string Judged(const Question& question, const Expected& expected, const Tol
   return complaint.empty() ? complaint : complaint + TextOf(told) + "\n";
 }
 
-/// Numbers that belong to a scene, the same on every machine.
+/// Random numbers that belong to a scene, the same on every machine.
 class SceneNumbers {
 public:
   explicit SceneNumbers(const Scene& scene) {
@@ -383,7 +385,7 @@ double LargestOf(const std::vector<Coord3>& corners) {
   return largest;
 }
 
-/// The moving body somewhere else by an offset: exact, rounded, far away, beyond all numbers.
+/// Moves the moving body by an offset: exact, rounded, far away, or beyond all numbers.
 std::string ComplaintOfOffset(const Scene& scene, SceneNumbers& numbers) {
   const double largest = LargestOf(scene.question.moving);
   const double sizes[] = {largest,          0x1p-10 * largest, 0x1p-52 * largest,
@@ -401,7 +403,7 @@ std::string ComplaintOfOffset(const Scene& scene, SceneNumbers& numbers) {
   asked.offset = offset;
   const Body moving = BodyOf(scene.question.moving);
   Told told = Ask(moving, BodyOf(scene.question.fixed), asked);
-  // The body must not count triangles that only the offset takes out of range.
+  // The body must not count triangles that only the offset moves out of range.
   told.skipped[0] = expected.verdict.skipped[0];
   return Judged(shifted.question, expected, told);
 }
@@ -409,7 +411,7 @@ std::string ComplaintOfOffset(const Scene& scene, SceneNumbers& numbers) {
 gsl_Matrix SomeMatrix(SceneNumbers& numbers, double largest) {
   gsl_Matrix matrix;
   if (numbers.Below(2) == 0) {
-    // Axes go to axes, some of them turned over.
+    // The matrix exchanges axes and turns some over.
     const std::size_t first = numbers.Below(3);
     for (std::size_t row = 0; row < 3; ++row) {
       for (std::size_t column = 0; column < 3; ++column) {
@@ -429,7 +431,7 @@ gsl_Matrix SomeMatrix(SceneNumbers& numbers, double largest) {
   return matrix;
 }
 
-/// The moving body moved by the library, and its corners moved one by one.
+/// Compares the body that the library moves with the body whose corners are moved one by one.
 std::string ComplaintOfMatrix(const Scene& scene, SceneNumbers& numbers) {
   const gsl_Matrix matrix = SomeMatrix(numbers, LargestOf(scene.question.moving));
   Scene moved = scene;
@@ -447,7 +449,7 @@ std::string ComplaintOfMatrix(const Scene& scene, SceneNumbers& numbers) {
   return Judged(moved.question, expected, Ask(body.Moved(matrix), fixed, asked));
 }
 
-/// The fixed body in several, which answer as the whole.
+/// Divides the fixed body into several bodies, which must have the same answer together.
 std::string ComplaintOfSeveral(const Scene& scene, SceneNumbers& numbers,
                                const gsl_sweep::Question& asked, const Told& whole) {
   const std::vector<Coord3>& fixed = scene.question.fixed;
@@ -476,7 +478,7 @@ std::string ComplaintOfSeveral(const Scene& scene, SceneNumbers& numbers,
                                             : "several bodies: " + TextOf(told) + "\n";
 }
 
-/// Many at once, on a pair that is prepared by then.
+/// Asks many questions in a batch, on a prepared pair.
 std::string ComplaintOfBatch(const Scene& scene, const gsl_sweep::Question& asked,
                              const Told& single) {
   const Pair pair(BodyOf(scene.question.moving), {BodyOf(scene.question.fixed)}, OnThreads(2));

@@ -5,10 +5,10 @@
 
 #include <string>
 
-/// Holds the answers of the sweep against the rational judge.
+/// Compares the answers of the sweep with the rational judge.
 namespace reference {
 
-/// What the judge found in scenes: a measure of what they can show.
+/// The findings of the judge in scenes, which show what the scenes can test.
 struct Tally {
   std::size_t scenes = 0, contacts = 0, starts = 0, nones = 0;
   std::size_t kinds[7] = {}; ///< by Kind
@@ -20,12 +20,12 @@ struct Tally {
   void Add(const Tally& other);
 };
 
-/// Asks the sweep about a scene, and in one more way that the name of the scene chooses: with an
-/// offset, with a matrix, with the fixed body in several, in a batch. Returns what is wrong with
-/// the answers, empty when all is right.
+/// Asks the sweep about a scene, and again in a way that the name of the scene chooses: with an
+/// offset, with a matrix, with several fixed bodies, or in a batch. Returns the errors of the
+/// answers, or an empty text.
 std::string Complaint(const Scene& scene, Tally& tally);
 
-/// What the judge finds, without asking the sweep.
+/// Returns the findings of the judge, without the sweep.
 void Count(const Scene& scene, Tally& tally);
 
 } // namespace reference

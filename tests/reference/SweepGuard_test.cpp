@@ -12,7 +12,7 @@ constexpr long scenesOfAFamily = 56;
 
 class SweepGuard : public testing::TestWithParam<std::size_t> {};
 
-TEST_P(SweepGuard, AnswersAsTheRationalJudge) {
+TEST_P(SweepGuard, AgreesWithTheRationalJudge) {
   const std::size_t family = GetParam();
   Tally tally;
   for (long seed = 0; seed < Scaled(scenesOfAFamily); ++seed) {

@@ -7,13 +7,14 @@
 #include <cmath>
 #include <limits>
 
-/// First contact of a moving triangle with a standing one, from the definition of the motion.
+/// Computes the first contact of a moving triangle with a fixed triangle, from the definition of
+/// the motion.
 ///
-/// A + t d meets B where some a of A and b of B have a + t d = b. With a and b as convex
-/// combinations of the corners that is a linear programme in t and six weights, five equations; its
-/// least t is at a basic solution, and there are fifteen kinds of basis: one corner and three (a
-/// vertex and a face), or two and two (an edge and an edge). All of them are solved in three
-/// dimensions by Cramer's rule in extended precision; nothing is projected, oriented or ordered.
+/// A + t d meets B when some a of A and b of B have a + t d = b. With a and b as convex
+/// combinations of the corners this is a linear program in t and six weights, with five equations.
+/// The least t is at a basic solution. There are fifteen kinds of basis: one corner and three (a
+/// vertex and a face), or two and two (an edge and an edge). Cramer's rule solves all of them in
+/// three dimensions and extended precision. Nothing is projected, oriented or ordered.
 namespace oracle {
 
 using Real = long double;
@@ -59,7 +60,7 @@ inline Vec UnitNormal(const Triangle& t) {
   return Unit(Cross(t.p[1] - t.p[0], t.p[2] - t.p[0]));
 }
 
-/// s u + t v + r w = q; false where the three are dependent, as for an edge-on face.
+/// Solves s u + t v + r w = q. Returns false when the three are dependent, as for an edge-on face.
 inline bool Solve(const Vec& u, const Vec& v, const Vec& w, const Vec& q, Real& s, Real& t,
                   Real& r) {
   const Vec vw = Cross(v, w);
@@ -74,11 +75,11 @@ inline bool Solve(const Vec& u, const Vec& v, const Vec& w, const Vec& q, Real& 
 
 constexpr Real kNone = std::numeric_limits<Real>::infinity();
 
-/// How a travel against the direction counts: as it is, or by its size.
+/// How a travel against the direction counts: with its sign, or by its size.
 enum class Travels { Signed, Unsigned };
 
-/// The travel at which contact begins, kNone where there is none, under three readings of "on the
-/// triangle": shrunk by `slack` (a length across d), exact, and grown by it.
+/// The travel at which contact begins, or kNone. It has three readings of "on the triangle": shrunk
+/// by `slack` (a length across d), exact, and grown by `slack`.
 struct Travel {
   Real slack;
   Travels counted = Travels::Signed;
@@ -86,7 +87,7 @@ struct Travel {
   Real exact = kNone;
   Real grown = kNone;
 
-  /// A basic solution with travel t, whose worst weight is `depth` (a length) inside.
+  /// Takes a basic solution with travel t, whose worst weight is `depth` (a length) inside.
   void Take(Real t, Real depth) {
     if (counted == Travels::Unsigned) t = std::fabs(t);
     if (depth >= slack && t < shrunk) shrunk = t;
@@ -99,8 +100,8 @@ inline Real Least(Real a, Real b, Real c) {
   return std::fmin(a, std::fmin(b, c));
 }
 
-/// Least height of the triangle as seen along d: a barycentric weight times it is at most the
-/// distance from the opposite side.
+/// Returns the least height of the triangle as seen along d. A barycentric weight times this height
+/// is at most the distance from the opposite side.
 inline Real LeastHeightAcross(const Triangle& t, const Vec& d) {
   const Vec e[3] = {t.p[1] - t.p[0], t.p[2] - t.p[1], t.p[0] - t.p[2]};
   const Real area2 = std::fabs(Dot(Cross(e[0], e[1]), d));
@@ -165,10 +166,10 @@ inline void TakeVertexEdge(const Vec& vertex, const Vec& e0, const Vec& e1, cons
   travel.Take(t, std::fmin(s, 1 - s) * std::fabs(width));
 }
 
-/// Which vertices meet which edges of a triangle pair in one plane.
+/// The vertices and edges that a pair of triangles in one plane is tried with.
 enum class Tried { EveryEdge, SameIndexOnly };
 
-/// Vertices of `moving` against edges of `standing`, both in the plane of d and `across`.
+/// Tries vertices of `moving` against edges of `standing`, both in the plane of d and `across`.
 inline void TakeVerticesOverEdges(const Triangle& moving, const Triangle& standing, const Vec& d,
                                   const Vec& across, Real sense, Tried tried, Travel& travel) {
   for (int i = 0; i < 3; ++i) {
@@ -179,8 +180,8 @@ inline void TakeVerticesOverEdges(const Triangle& moving, const Triangle& standi
   }
 }
 
-/// Least sine of the angle between an edge of A and an edge of B, both as shadows along d in the
-/// plane with normal n.
+/// Returns the least sine of the angle between an edge of A and an edge of B, both as shadows along
+/// d in the plane with normal n.
 inline Real LeastSineBetweenEdges(const Triangle& a, const Triangle& b, const Vec& d,
                                   const Vec& n) {
   Real least = 1;
@@ -195,7 +196,7 @@ inline Real LeastSineBetweenEdges(const Triangle& a, const Triangle& b, const Ve
   return least;
 }
 
-/// Farthest that x lies from the triangle: out of its plane or beyond a side.
+/// Returns the largest distance of x from the triangle: out of its plane or beyond a side.
 inline Real Outside(const Vec& x, const Triangle& t) {
   const Vec n = UnitNormal(t);
   Real worst = std::fabs(Dot(x - t.p[0], n));

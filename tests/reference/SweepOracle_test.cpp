@@ -22,14 +22,14 @@ using oracle::Vec;
 
 constexpr std::uint64_t kSeed = 0x5EEDBA11u;
 
-/// Cosine of a normal and the direction below which a triangle is not taken.
+/// A triangle needs at least this cosine of its normal and the direction.
 constexpr double kLeastFacing = 0.01;
-/// Height across the direction below which a triangle is not taken.
+/// A triangle needs at least this height across the direction.
 constexpr double kLeastHeight = 0.02;
-/// The library takes edges as longer by linearTolerance at each end; pairs that a shift of this
-/// size, across the direction, would change are not decided.
+/// The library lengthens edges by linearTolerance at each end. Pairs that a shift of this size
+/// across the direction would change are not decided.
 constexpr Real kSlack = 4e-6L;
-/// The library takes edges as parallel, and looks for no crossing, up to about 1.7e-5.
+/// Up to about 1.7e-5 the library treats edges as parallel, and finds no crossing.
 constexpr Real kLeastSine = 3e-5L;
 
 struct Pair {
@@ -37,7 +37,7 @@ struct Pair {
   gsl_Point a[3];
   gsl_Point b[3];
   Vec d;
-  /// In the plane of triangles that are both edge-on.
+  /// The same limit in the plane of triangles that are both edge-on.
   Vec across;
   Triangle A;
   Triangle B;
@@ -45,14 +45,15 @@ struct Pair {
   Real facingB;
 };
 
-/// Which of the two stand edge-on to the direction, and where B is.
+/// The triangles that are edge-on to the direction, and the place of B.
 enum class Kind { Facing, EdgeOnA, EdgeOnB, Coplanar, Overlapping };
 
 class Pairs {
 public:
   explicit Pairs(std::uint64_t seed, Kind pairKind = Kind::Facing) : random(seed), kind(pairKind) {}
 
-  /// A pair of the kind, clear of the tolerances; with B wholly ahead of A but for Overlapping.
+  /// Makes a pair of the kind, away from the tolerances. B is wholly ahead of A except for
+  /// Overlapping.
   Pair Next() {
     for (;;) {
       Pair pair = Any();
@@ -108,7 +109,7 @@ private:
     return pair;
   }
 
-  /// Along d only, so that an edge-on triangle stays in its plane.
+  /// The move is along d only, so that an edge-on triangle stays in its plane.
   void PlaceB(Pair& pair, const gsl_Vector& unit) {
     double minA = 1e300;
     double maxA = -1e300;
@@ -169,8 +170,9 @@ struct Tally {
   }
 };
 
-/// What rounding in double precision can do to the travel: positions across the direction are lost
-/// to the slope of A's plane and to the angle of crossing edges, travels to the slope of B's.
+/// Returns the error of the travel by rounding in double precision. The slope of A's plane and the
+/// angle of crossing edges lose positions across the direction; the slope of B's plane loses
+/// travels.
 Real RoundingBound(const Pair& pair, Real leastSine) {
   constexpr Real kExtent = 16;
   return 64 * 0x1p-52L * kExtent / (pair.facingA * pair.facingB * leastSine);
@@ -178,7 +180,7 @@ Real RoundingBound(const Pair& pair, Real leastSine) {
 
 constexpr double kNoDistance = std::numeric_limits<double>::infinity();
 
-/// What the library answers, whatever the facing and however far.
+/// Returns the answer of the library for any facing and any distance.
 struct Answer {
   bool found;
   double distance;
@@ -186,7 +188,7 @@ struct Answer {
 
   explicit Answer(const Pair& pair) : Answer(pair, gsl_Point(), kNoDistance) {}
 
-  /// With a first contact and a distance to improve, and no rejection by extents.
+  /// Asks with a first contact and a distance to improve, and without rejection by extents.
   Answer(const Pair& pair, const gsl_Point& first, double reach) : distance(reach) {
     const bool either[2] = {true, true};
     contacts[0] = first;
@@ -252,8 +254,8 @@ void Compare(const Pair& pair, Tally& tally) {
   } else {
     ++(nearParallel ? tally.nearParallel : tally.withinTolerance);
     if (nearParallel && !Same(library, travel.exact, bound)) ++tally.nearParallelOther;
-    // Never sooner than with both triangles grown; where no crossing is left out, never later than
-    // with both shrunk.
+    // The contact is not sooner than with both triangles grown. Where no crossing is left out, it
+    // is not later than with both shrunk.
     agrees = !library.found || library.distance >= travel.grown - bound;
     if (!nearParallel && travel.shrunk < oracle::kNone) {
       agrees = agrees && library.found && library.distance <= travel.shrunk + bound;
@@ -290,7 +292,7 @@ TEST(SweepOracle, LibraryFindsTheFirstContactOfTheMotion) {
   EXPECT_GE(all.contacts, perThread / 2);
 }
 
-/// Where the library and the motion part, by class.
+/// The differences between the library and the motion, by class.
 struct Classes {
   long pairs = 0;
   long undecided = 0;
@@ -308,7 +310,7 @@ struct Classes {
   }
 };
 
-/// Sorts one answer by how it stands to the motion, and checks it against what the class predicts.
+/// Sorts one answer by its difference from the motion, and checks the prediction of its class.
 void Classify(const Pair& pair, const Answer& library, const oracle::Travel& motion,
               const oracle::Travel& predicted, Real bound, Classes& classes) {
   ++classes.pairs;
@@ -371,8 +373,9 @@ TEST(SweepOracle, CoplanarTrianglesAreLaterOrMissedByTheEdgesNotTried) {
   EXPECT_GT(classes.missed, classes.pairs / 1000);
 }
 
-/// Ahead of A with its first edge's shadow along A's first edge, at an angle below the fixed one at
-/// which lines count as parallel, and the two triangles on the two sides of it.
+/// Makes a triangle ahead of A. The shadow of its first edge is along the first edge of A, at an
+/// angle at which lines still count as parallel. The two triangles are on the two sides of this
+/// edge.
 Pair AlongOneEdge(RandomNumbers& random) {
   Pair pair;
   pair.direction = gsl_Vector(0.0, 0.0, 1.0);
@@ -393,7 +396,7 @@ TEST(SweepOracle, EdgesWithinTheFixedToleranceOfParallelHaveNoCrossing) {
   Classes classes;
   for (long i = 0; i < Scaled(20000); ++i) {
     const Pair pair = AlongOneEdge(random);
-    // The overlap is a sliver from a crossing to a vertex; the library sees the vertex alone.
+    // The overlap is a sliver from a crossing to a vertex. The library finds the vertex alone.
     const oracle::Travel motion = oracle::FirstContact(pair.A, pair.B, pair.d, 2e-6L);
     const Answer library(pair);
     ++classes.pairs;
@@ -414,7 +417,7 @@ TEST(SweepOracle, EdgesWithinTheFixedToleranceOfParallelHaveNoCrossing) {
   EXPECT_GT(classes.later, classes.pairs / 10);
 }
 
-/// The travel of a motion that starts at zero, from the first contact in both senses.
+/// Returns the travel of a motion that starts at zero, from the first contact in both senses.
 Real FromZeroOn(Real forward, Real backward) {
   if (forward == oracle::kNone || -backward < 0) return oracle::kNone;
   return std::fmax(forward, 0.0L);
@@ -443,7 +446,7 @@ TEST(SweepOracle, OverlappingExtentsMeasureWithoutSign) {
   EXPECT_GT(classes.sooner, classes.pairs / 100) << "behind, where they overlap";
 }
 
-/// How far a contact lies from the triangle that it must lie on.
+/// Returns the distance of a contact from the triangle that it must lie on.
 void ExpectContactsOnTheirTriangles(Kind kind) {
   Pairs pairs(kSeed + 5, kind);
   long contacts = 0;
@@ -475,7 +478,8 @@ TEST(SweepOracle, FirstContactIsOnAAndSecondOnBWhenBothFaceTheDirection) {
 }
 
 TEST(SweepOracle, OnlyTheRecomputedSecondContactMayLeaveB) {
-  // Found and no closer: the first contact stays off A, and the second is its shadow on B's plane.
+  // The contact is found and is not closer. The first contact stays off A, and the second is its
+  // shadow on B's plane.
   Pairs pairs(kSeed + 6);
   long recomputed = 0;
   for (long i = 0; i < Scaled(40000); ++i) {

@@ -33,14 +33,14 @@ double& Component(Coord3& p, int k) {
   return k == 0 ? p.x : k == 1 ? p.y : p.z;
 }
 
-/// Rounded to single precision. Through memory: gcc 12 leaves out the rounding of neighbours that
-/// it works on together.
+/// Returns the number rounded to single precision. It goes through memory, because gcc 12 leaves
+/// out the rounding of neighbours that it processes together.
 double Single(double c) {
   const volatile float single = static_cast<float>(c);
   return static_cast<double>(single);
 }
 
-/// A linear map that keeps what meets together.
+/// A linear map, which keeps contacts.
 struct LinearMap {
   Coord3 x{1.0, 0.0, 0.0}, y{0.0, 1.0, 0.0}, z{0.0, 0.0, 1.0}; ///< images of the axes
 
@@ -49,8 +49,8 @@ struct LinearMap {
   }
 };
 
-/// Compilers differ in the order in which they evaluate the arguments of a call, so no call draws
-/// more than one of its arguments; lists in braces go from left to right.
+/// Compilers evaluate the arguments of a call in different orders, so a call draws at most one of
+/// its arguments. Lists in braces are evaluated from left to right.
 class SceneMaker {
 public:
   explicit SceneMaker(std::uint64_t seed) : m_random(seed) {}
@@ -94,7 +94,7 @@ public:
   void Pegs();
   void Bowls();
 
-  /// What may happen to a scene of any family.
+  /// The changes that a scene of any family may undergo.
   void Disturb();
 
   Scene Finish(const std::string& name) {
@@ -154,7 +154,7 @@ private:
   Mesh Grid(int columns, int rows, double step, double roughness, bool onLattice);
   Mesh SoupOf(int count, double reach, double size);
 
-  // What happens to bodies.
+  // Changes of bodies.
   void StepBack(double steps) { m_moving = Moved(m_moving, Multiply(m_direction, -steps)); }
   void Shuffle(Mesh& mesh);
   void TurnCorners(Mesh& mesh);
@@ -194,8 +194,8 @@ void SceneMaker::Apply(const LinearMap& map) {
   m_direction = map(m_direction);
 }
 
-/// A product of axes exchanged, turned over and sheared by whole numbers: on a lattice it rounds
-/// nothing, and planes across an axis come to lie aslant.
+/// Returns a product of exchanges of axes, reversals and shears by whole numbers. It is exact on a
+/// lattice, and planes across an axis become oblique.
 LinearMap SceneMaker::WholeMap() {
   LinearMap map;
   Coord3* image[3] = {&map.x, &map.y, &map.z};
@@ -210,12 +210,13 @@ LinearMap SceneMaker::WholeMap() {
   return map;
 }
 
-/// A turn about some axis, rounded.
+/// Returns a rounded rotation about some axis.
 LinearMap SceneMaker::Turn() {
   LinearMap map;
   Coord3* image[3] = {&map.x, &map.y, &map.z};
   for (int axis = 0; axis < 3; ++axis) {
-    // Of half the angle, so that no library rounds the cosine and the sine in its own way.
+    // This number belongs to half the angle, so that no library function rounds the cosine and the
+    // sine.
     const double tangent = In(-2.0, 2.0);
     const double c = (1.0 - tangent * tangent) / (1.0 + tangent * tangent);
     const double s = 2.0 * tangent / (1.0 + tangent * tangent);
@@ -273,7 +274,7 @@ void SceneMaker::Duplicate(Mesh& mesh, int copies) {
   }
 }
 
-/// Cuts triangles at the middle of an edge that the neighbour keeps whole.
+/// Divides triangles at the middle of an edge that the neighbour does not divide.
 void SceneMaker::SplitSome(Mesh& mesh) {
   const std::size_t count = mesh.TriangleCount();
   for (std::size_t k = 0; k < count; ++k) {
@@ -356,7 +357,7 @@ Mesh SceneMaker::Octahedron(const Coord3& center, double size) const {
   return mesh;
 }
 
-/// A box cut in two aslant.
+/// Returns a box that an oblique plane divides.
 Mesh SceneMaker::Wedge(int reach) {
   const Coord3 low = LatticePoint(reach);
   const double x = Between(1, 3);
@@ -388,7 +389,7 @@ Mesh SceneMaker::Solid(int reach) {
   }
 }
 
-/// Teeth that stand on z = 0 side by side along x, and a back below.
+/// Returns teeth on z = 0, side by side along x, and a back below.
 Mesh SceneMaker::Comb(int teeth, double width, double pitch, double height) const {
   Mesh mesh = Box({0.0, 0.0, -1.0}, {teeth * pitch, 2.0, 0.0});
   for (int k = 0; k < teeth; ++k)
@@ -396,7 +397,7 @@ Mesh SceneMaker::Comb(int teeth, double width, double pitch, double height) cons
   return mesh;
 }
 
-/// An eight-sided tube about z with corners on the lattice.
+/// Returns an eight-sided tube about z with corners on the lattice.
 Mesh SceneMaker::Tube(double radius, double low, double high) const {
   constexpr double x[8] = {2, 1, -1, -2, -2, -1, 1, 2};
   constexpr double y[8] = {1, 2, 2, 1, -1, -2, -2, -1};
@@ -409,7 +410,7 @@ Mesh SceneMaker::Tube(double radius, double low, double high) const {
   return mesh;
 }
 
-/// A plate of squares cut in two across z, with heights up to `roughness`.
+/// Returns a plate across z of squares in halves, with heights up to `roughness`.
 Mesh SceneMaker::Grid(int columns, int rows, double step, double roughness, bool onLattice) {
   std::vector<Coord3> points;
   for (int y = 0; y <= rows; ++y) {
@@ -465,7 +466,7 @@ void SceneMaker::LatticeSolids() {
   if (Chance(0.5)) Apply(WholeMap());
 }
 
-/// Walls in common planes along the direction, or one unit in the last place beside them.
+/// Walls are in common planes along the direction, or one unit in the last place beside them.
 void SceneMaker::CoplanarSlides() {
   const double wall = Between(1, 9);
   m_moving = Box({0.0, 0.0, 6.0}, {wall, In(0.0, 1.0) < 0.5 ? 2.0 : 1.0, 9.0});
@@ -478,7 +479,8 @@ void SceneMaker::CoplanarSlides() {
   if (beside == wall && Chance(0.6)) Apply(WholeMap());
 }
 
-/// Edges that cross at points of the lattice, each with a third corner that keeps away.
+/// Edges cross at points of the lattice. The third corner of each triangle is away from the
+/// crossing.
 void SceneMaker::EdgeTouches() {
   m_direction = {static_cast<double>(Between(-1, 1)), static_cast<double>(Between(-1, 1)), -2.0};
   const double travel = Between(0, 4);
@@ -505,8 +507,8 @@ void SceneMaker::EdgeTouches() {
   if (Chance(0.4)) Apply(WholeMap());
 }
 
-/// Corners that come to lie on edges, faces and corners of triangles aslant, or beside them; each
-/// pair in a cell of its own.
+/// Corners meet edges, faces and corners of oblique triangles, or pass beside them. Each pair is in
+/// its own cell.
 void SceneMaker::CornersOnEdges() {
   m_direction = LatticeDirection();
   const double travel = Chance(0.1) ? 0.0 : Between(1, 6);
@@ -519,7 +521,7 @@ void SceneMaker::CornersOnEdges() {
     const double toC = Chance(0.5) ? 0.0 : weights[Below(5)] * (1.0 - toB);
     const Coord3 p = Add(Add(Multiply(corner[0], 1.0 - toB - toC), Multiply(corner[1], toB)),
                          Multiply(corner[2], toC));
-    // One triangle keeps away from the other's plane, except for the corner that is met.
+    // One triangle is away from the plane of the other, except for the corner of the contact.
     const double sense = Chance(0.5) ? 1.0 : -1.0;
     const Coord3 away = Multiply(m_direction, -sense * Between(2, 4));
     const Coord3 e[2] = {Add(p, Add(away, LatticePoint(1))), Add(p, Add(away, LatticePoint(2)))};
@@ -536,7 +538,7 @@ void SceneMaker::CornersOnEdges() {
   if (Chance(0.3)) Apply(WholeMap());
 }
 
-/// Fans of triangles whose tips meet.
+/// The tips of fans of triangles meet.
 void SceneMaker::Fans() {
   m_direction = {static_cast<double>(Between(-1, 1)), 0.0, -1.0};
   const auto fan = [this](const Coord3& tip, double height) {
@@ -573,7 +575,8 @@ void SceneMaker::NestedShells() {
   if (Chance(0.3)) Apply(WholeMap());
 }
 
-/// Several triangles on one edge, corners on the insides of edges, sheets without thickness.
+/// Several triangles share one edge, corners are on the insides of edges, and sheets have no
+/// thickness.
 void SceneMaker::NonManifold() {
   m_direction = LatticeDirection();
   const auto book = [this] {
@@ -595,7 +598,7 @@ void SceneMaker::NonManifold() {
   if (Chance(0.3)) Apply(WholeMap());
 }
 
-/// Far from the origin, a few units in the last place apart.
+/// The bodies are far from the origin, and a few units in the last place apart.
 void SceneMaker::TinyGaps() {
   const int exponent = Between(10, 48);
   const double far = std::ldexp(1.0, exponent);
@@ -620,7 +623,7 @@ void SceneMaker::TinyGaps() {
   if (Chance(0.8)) along = along == 0.0 ? -1.0 : -std::fabs(along);
 }
 
-/// Directions that all but lie in a plane or along a line.
+/// Directions are nearly in a plane or nearly along a line.
 void SceneMaker::TinyComponents() {
   SomeBasicFamily();
   if (Chance(0.7)) m_direction = AxisDirection();
@@ -638,13 +641,14 @@ void SceneMaker::TinyComponents() {
   if (Chance(0.2)) ScaleBodies(Between(-1000, 900));
 }
 
-/// As meshes come out of files: turned, and rounded to single precision.
+/// The bodies are like meshes from files: rotated, and rounded to single precision.
 void SceneMaker::SinglePrecision() {
   SomeBasicFamily();
   Apply(Turn());
   ChangeCorners([](Coord3& p) { p = {Single(p.x), Single(p.y), Single(p.z)}; });
   if (Chance(0.3)) {
-    // Some bodies hold a coordinate that is not a single, is beyond their range or too small.
+    // Some bodies have a coordinate that is not in single precision, is beyond its range or is too
+    // small.
     const double odd[] = {0.1, 1e-46, 1e39, 0x1p-149, 0x1.fffffep127};
     Mesh& mesh = EitherBody();
     const Coord3 p[3] = {
@@ -660,7 +664,7 @@ void SceneMaker::Scales() {
   if (Chance(0.7)) ScaleDirection(Between(-1000, 1000));
 }
 
-/// Points, segments, slivers, and segments along the direction.
+/// The bodies are points, segments, slivers, and segments along the direction.
 void SceneMaker::Degenerate() {
   m_direction = LatticeDirection();
   const auto fill = [this](Mesh& mesh) {
@@ -680,7 +684,7 @@ void SceneMaker::Degenerate() {
   if (Chance(0.3)) Apply(WholeMap());
 }
 
-/// Many times the same triangles.
+/// The bodies repeat the same triangles many times.
 void SceneMaker::Coincident() {
   SomeBasicFamily();
   const int copies = Chance(0.2) ? Between(60, 150) : Between(5, 40);
@@ -704,7 +708,7 @@ void SceneMaker::Limits() {
   m_scene.limit = static_cast<Limit>(Between(1, 5));
 }
 
-/// A few corners far away from everything else.
+/// A few corners are far away from all others.
 void SceneMaker::StrayVertices() {
   SomeBasicFamily();
   for (int k = Between(1, 3); k > 0; --k) {
@@ -723,7 +727,7 @@ void SceneMaker::StrayVertices() {
   }
 }
 
-/// Triangles far larger than what they touch.
+/// Triangles are far larger than the triangles that they touch.
 void SceneMaker::HugeTriangles() {
   SomeBasicFamily();
   const double size = std::ldexp(1.0, Between(10, 40));
@@ -736,7 +740,7 @@ void SceneMaker::HugeTriangles() {
   }
 }
 
-/// Bodies that touch before anything moves, and slide, part or press on.
+/// The bodies touch before the motion, and then slide, separate or penetrate.
 void SceneMaker::Resting() {
   const double top = Between(0, 3);
   m_fixed = Chance(0.5) ? Box({-4.0, -4.0, top - 1.0}, {4.0, 4.0, top})
@@ -753,14 +757,14 @@ void SceneMaker::Resting() {
   if (Chance(0.4)) Apply(WholeMap());
 }
 
-/// The moving body is beyond the fixed one, or just leaves it.
+/// The moving body is beyond the fixed body, or just leaves it.
 void SceneMaker::Behind() {
   LatticeSolids();
   StepBack(-Between(0, 9));
   if (Chance(0.3)) Append(m_fixed, Moved(LatticeBox(3), Multiply(m_direction, 12.0)));
 }
 
-/// Spikes over slopes whose travels are n / 3, n / 5, n / 7, or the doubles next to them.
+/// Spikes are over slopes. Their travels are n / 3, n / 5, n / 7, or the doubles next to them.
 void SceneMaker::NearTies() {
   const double slopes[3] = {3.0, 5.0, 7.0};
   const int count = Between(2, 6);
@@ -768,7 +772,7 @@ void SceneMaker::NearTies() {
     const double n = slopes[Below(3)];
     const double at = 24.0 * k;
     AddTriangle(m_fixed, {at - 2.0 * n, -9.0, -2.0}, {at + 2.0 * n, -9.0, 2.0}, {at, 9.0, 0.0});
-    // Above x / n at x, the tip keeps 1 away from the slope, so it travels 1 - x / n.
+    // The slope has the height x / n at x, so the tip travels 1 - x / n.
     const double x = Between(1, 2);
     double height = Chance(0.5) ? 1.0 : 1.0 + 1.0 / n;
     double over = Chance(0.5) ? x : 0.0;
@@ -782,7 +786,7 @@ void SceneMaker::NearTies() {
   if (Chance(0.3)) Apply(WholeMap());
 }
 
-/// Plates face to face.
+/// Plates meet face to face.
 void SceneMaker::FlatGrids() {
   const int size = Chance(0.2) ? Between(8, 12) : Between(1, 6);
   const double step = Chance(0.5) ? 1.0 : 2.0;
@@ -794,7 +798,7 @@ void SceneMaker::FlatGrids() {
   m_direction = Chance(0.6) ? Coord3{0.0, 0.0, -1.0}
                             : Coord3{static_cast<double>(Between(-2, 2)),
                                      static_cast<double>(Between(-2, 2)), -3.0};
-  // Along the plates they slide, on a common plane or on two.
+  // Along the plates the bodies slide, on a common plane or on two planes.
   if (Chance(0.2))
     m_direction = {static_cast<double>(Between(1, 2)), static_cast<double>(Between(-1, 1)), 0.0};
   if (Chance(0.2)) StepBack(1.0);
@@ -808,7 +812,7 @@ void SceneMaker::FlatGrids() {
   if (Chance(0.1)) Apply(Turn());
 }
 
-/// Bodies whose extents overlap along the direction: combs in each other, tubes in tubes.
+/// The extents of the bodies overlap along the direction: combs are in combs, and tubes in tubes.
 void SceneMaker::Interleaved() {
   if (Chance(0.5)) {
     const int teeth = Between(2, Chance(0.2) ? 16 : 6);
@@ -832,7 +836,7 @@ void SceneMaker::Interleaved() {
   if (Chance(0.2)) Apply(Turn());
 }
 
-/// Long thin triangles aslant.
+/// Long thin triangles are oblique.
 void SceneMaker::Slivers() {
   const auto strips = [this](double z, double sense) {
     Mesh mesh;
@@ -853,7 +857,7 @@ void SceneMaker::Slivers() {
   if (Chance(0.3)) Apply(Turn());
 }
 
-/// Triangles that all but contain the direction.
+/// Triangles nearly contain the direction.
 void SceneMaker::NearlyEdgeOn() {
   m_direction = AnyDirection();
   const auto wall = [this](const Coord3& p) {
@@ -890,7 +894,7 @@ void SceneMaker::Anywhere() {
   }
 }
 
-/// Axes of different units.
+/// The axes have different units.
 void SceneMaker::StretchedAxes() {
   SomeBasicFamily();
   const auto factor = [this] {
@@ -904,7 +908,7 @@ void SceneMaker::StretchedAxes() {
   Apply(map);
 }
 
-/// Rough surfaces of many triangles.
+/// Rough surfaces have many triangles.
 void SceneMaker::HeightFields() {
   const int size = Chance(0.3) ? Between(10, 15) : Between(3, 8);
   const bool onLattice = Chance(0.5);
@@ -919,7 +923,7 @@ void SceneMaker::HeightFields() {
   if (Chance(0.3)) Apply(Turn());
 }
 
-/// Numbers of triangles at and beside those at which trees get another node.
+/// The numbers of triangles are at the limits of the nodes of trees, and beside these limits.
 void SceneMaker::CountsOfLeaves() {
   const int counts[] = {1, 2, 3, 4, 5, 7, 8, 9, 15, 16, 17, 31, 32, 33, 63, 64, 65, 127, 128, 129};
   const auto fill = [&](Mesh& mesh) {
@@ -936,11 +940,11 @@ void SceneMaker::CountsOfLeaves() {
   StepBack(Between(0, 20));
 }
 
-/// The largest and the least of doubles.
+/// The coordinates are the largest and the least doubles.
 void SceneMaker::EndsOfRange() {
   SomeBasicFamily();
   if (Chance(0.3)) {
-    // On both sides of the origin, so that the way is longer than any coordinate.
+    // The bodies are on both sides of the origin, so that the travel is longer than any coordinate.
     m_direction = LatticeDirection();
     m_moving = Octahedron(Multiply(m_direction, -8.0), Between(1, 3));
     m_fixed = Octahedron(Multiply(m_direction, 8.0), Between(1, 3));
@@ -973,7 +977,7 @@ void SceneMaker::SignedZeros() {
   FlipZeros(m_direction);
 }
 
-/// Bodies in each other, where the first pair by number may be anywhere.
+/// Bodies overlap, and the first pair by number may be anywhere.
 void SceneMaker::CrowdedStart() {
   m_direction = Chance(0.5) ? LatticeDirection() : AnyDirection();
   const int count = Between(5, Chance(0.2) ? 200 : 40);
@@ -984,19 +988,19 @@ void SceneMaker::CrowdedStart() {
   Shuffle(m_fixed);
 }
 
-/// Touching from the start, where the triangles that say so come at different pains: some after
-/// many that all but touch, some at once. Whoever shares the work must not mix up their numbers.
+/// The bodies touch at the start. Some touching triangles are found at once, and some after many
+/// that nearly touch. Threads that share the work must not mix up the numbers.
 void SceneMaker::LateStart() {
   m_keepsNumbers = true;
   m_direction = LatticeDirection();
-  // A crowd of needles that crosses the plane z = 0 inside of the unit square.
+  // Many needles cross the plane z = 0 inside the unit square.
   const int crowd = Between(60, 200);
   for (int k = 0; k < crowd; ++k) {
     const Coord3 p{In(0.0, 1.0), In(0.0, 1.0), -1.0};
     AddTriangle(m_fixed, p, {p.x, p.y, 1.0}, {p.x + 0x1p-20, p.y, 1.0});
   }
   AddTriangle(m_fixed, {9.0, 9.0, 0.0}, {9.5, 9.0, 0.0}, {9.0, 9.5, 0.0});
-  // Level, around the crowd with its extents, beside it with its longest edge.
+  // The triangle is level. Its extents are around the needles, and its longest edge is beside them.
   const auto addBeside = [this] {
     const double reach = Between(3, 9);
     AddTriangle(m_moving, {-reach, -reach, 0.0}, {reach - 1.0, -reach, 0.0},
@@ -1005,7 +1009,7 @@ void SceneMaker::LateStart() {
   const auto addAtOnce = [this] {
     AddTriangle(m_moving, {9.125, 9.125, 0.0}, {9.25, 9.125, 3.0}, {9.125, 9.25, 3.0});
   };
-  // Through the whole crowd, so that the first needle is known last.
+  // The triangle passes through all needles, so that the first needle is known last.
   const auto addThrough = [this] {
     AddTriangle(m_moving, {-4.0, -4.0, 0.0}, {9.0, -4.0, 0.0}, {-4.0, 9.0, 0.0});
   };
@@ -1025,7 +1029,7 @@ void SceneMaker::LateStart() {
   }
 }
 
-/// Many places that are reached at once, or all but at once.
+/// Many places are reached at the same travel, or nearly at the same travel.
 void SceneMaker::CrowdedTies() {
   const int count = Between(2, Chance(0.2) ? 25 : 8);
   for (int k = 0; k < count; ++k) {
@@ -1056,7 +1060,7 @@ void SceneMaker::NotFinite() {
   }
 }
 
-/// Pegs that fit their holes exactly, or by one unit in the last place.
+/// Pegs fit their holes exactly, or with a difference of one unit in the last place.
 void SceneMaker::Pegs() {
   const double hole = Between(1, 3);
   m_fixed = PlateWithHole(6.0, hole, 0.0, 2.0);
@@ -1070,7 +1074,7 @@ void SceneMaker::Pegs() {
   if (Chance(0.1)) Apply(Turn());
 }
 
-/// Curved surfaces close to each other, which meet at one place.
+/// Curved surfaces are close to each other and meet at one place.
 void SceneMaker::Bowls() {
   const int size = Between(4, 12);
   const double curve = In(0.01, 0.5);
@@ -1089,7 +1093,7 @@ void SceneMaker::Bowls() {
   if (Chance(0.5)) Apply(Turn());
 }
 
-/// A scene of a family that others change.
+/// Makes a scene of a family, which the callers change.
 void SceneMaker::SomeBasicFamily() {
   using Make = void (SceneMaker::*)();
   const Make basic[] = {
@@ -1173,7 +1177,7 @@ const char* FamilyName(std::size_t family) {
 }
 
 Scene MakeScene(std::size_t family, std::uint64_t seed) {
-  // Another family leaves the scenes of the others as they are.
+  // A new family does not change the scenes of the other families.
   constexpr std::uint64_t mostFamilies = 64;
   SceneMaker maker(seed * mostFamilies + family);
   (maker.*families[family].make)();

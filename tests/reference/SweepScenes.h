@@ -22,10 +22,10 @@ struct Scene {
 std::size_t FamilyCount();
 const char* FamilyName(std::size_t family);
 
-/// The same scene on every machine.
+/// Makes a scene, which is the same on every machine.
 Scene MakeScene(std::size_t family, std::uint64_t seed);
 
-/// All numbers of a scene as hexadecimal floats, for a report.
+/// Returns all numbers of a scene as hexadecimal floats, for a report.
 std::string Describe(const Scene& scene);
 
 } // namespace reference

@@ -28,7 +28,7 @@ TEST(SweepScenes, TogetherShowEveryOutcomeKindAndTie) {
     EXPECT_GT(kind, 4u);
 }
 
-/// FNV-1a over the bits of numbers.
+/// Returns the FNV-1a hash of the bits of numbers.
 class Hash {
 public:
   void Add(double value) {

@@ -6,8 +6,8 @@
 #include <utility>
 #include <vector>
 
-/// Crout's method with implicit pivoting as the textbook writes it, column after column: the slow
-/// form that the solver must agree with bit for bit.
+/// Crout's method with implicit pivoting, as in the textbook, column after column. It is slow, and
+/// the solver must agree with it bit for bit.
 class TextbookLu {
 public:
   TextbookLu(double** matrix, int size)
@@ -92,7 +92,7 @@ private:
   }
 };
 
-/// A square matrix in rows of its own, as a caller holds it.
+/// A square matrix that owns its rows, as a caller has it.
 class SquareMatrix {
 public:
   explicit SquareMatrix(int size) : n(size), data(Count(size) * Count(size)), rows(Count(size)) {

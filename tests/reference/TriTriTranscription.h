@@ -10,11 +10,11 @@
 
 #include <cmath>
 
-/// The triangle sweep written out step by step on the public classes, without the kernels: every
-/// intermediate is an entity with an identity of its own, copied as entities copy it.
+/// The triangle sweep, written step by step on the public classes, without the kernels. Every
+/// intermediate is an entity with its own identity, which is copied as entities copy it.
 ///
-/// A peer of gsl_TriTriMinDirectionalDist in the benchmarks and, bit for bit and identity for
-/// identity, in the tests. Slow, and not to be tuned.
+/// A peer of gsl_TriTriMinDirectionalDist in the benchmarks and in the tests, which compare every
+/// bit and every identity. The code is slow and must not be tuned.
 namespace transcription {
 
 // clang-format off
@@ -31,7 +31,7 @@ namespace transcription {
   X(CoplanarNoCloser) X(CoplanarCloser)
 // clang-format on
 
-/// Where a call went. The tests count these.
+/// The branches of a call. The tests count them.
 enum class Branch {
 #define TRANSCRIPTION_ENUMERATOR(name) name,
   TRANSCRIPTION_BRANCHES(TRANSCRIPTION_ENUMERATOR)
@@ -95,7 +95,7 @@ inline bool PointSegmentParameters(const gsl_Point& x, const gsl_Point& p0, cons
   return inside;
 }
 
-/// 0.0 for planes that are not parallel.
+/// Returns 0.0 for planes that are not parallel.
 inline double DistanceBetweenParallelPlanes(const gsl_Plane& a, const gsl_Plane& b) {
   if (!b.Direction().IsOn(a.Direction())) return 0.0;
   return a.PointOn().GetDistance(b);
@@ -194,7 +194,7 @@ bool CoplanarVertexEdgeDist(const gsl_Point* t1, const gsl_Point* t2, const gsl_
   return found;
 }
 
-/// Makes a candidate on (the plane of) A the contact when it is closer.
+/// Makes a candidate on the plane of A the contact when it is closer.
 inline bool Improve(const gsl_Point& candidate, const gsl_Plane& planeB, const gsl_Vector& d,
                     gsl_Point* contacts, double& distance) {
   const double g = std::fabs(candidate.GetDistance(planeB, d));
@@ -252,7 +252,7 @@ bool TryEdges(const gsl_Point* a, const gsl_Point* bs, const gsl_Plane& planeB, 
   return found;
 }
 
-/// Neither triangle edge-on.
+/// Sweeps two triangles that are not edge-on.
 template <class Trace>
 bool FaceToFace(const gsl_Point* a, const gsl_Point* b, const gsl_Plane& planeA,
                 const gsl_Plane& planeB, const gsl_Vector& d, gsl_Point* contacts, double& distance,
@@ -292,7 +292,8 @@ bool BothEdgeOn(const gsl_Point* a, const gsl_Point* b, const gsl_Plane& planeA,
   return found;
 }
 
-/// Orders the extents of both triangles along the axis; false where the slabs reject the pair.
+/// Orders the extents of both triangles along the axis. Returns false when the slabs reject the
+/// pair.
 template <class Trace>
 bool SlabsAccept(gsl_Point* a, gsl_Point* b, const gsl_Vector& d, double reach,
                  const Trace& trace) {

@@ -20,12 +20,12 @@ using Counts = std::vector<long>;
 
 constexpr std::uint64_t kSeed = 0x7A5C0DE5u;
 
-/// What a call did.
+/// The effect of a call.
 struct Outcome {
   bool result = false;
   double distance = 0.0;
   gsl_Point contacts[2];
-  /// Whose identity each contact carries: "a0" to "b2", "before0", "before1", "contact0", or
+  /// The name of the identity of each contact: "a0" to "b2", "before0", "before1", "contact0", or
   /// "fresh".
   std::string identity[2];
 };
@@ -74,7 +74,8 @@ std::string Describe(const SweepCase& c) {
   return result;
 }
 
-/// Runs one call through both; false, with a message, where anything that a caller sees differs.
+/// Runs one call through both implementations. Returns false, with a message, when a caller could
+/// see a difference.
 bool Agrees(const SweepCase& c, Counts& counts) {
   const gsl_Point before[2] = {gsl_Point(0.25, -0.5, 7.0), gsl_Point(-3.5, 0.125, -9.0)};
   const Outcome library = Call(c, before, gsl_TriTriMinDirectionalDist);
@@ -158,7 +159,7 @@ TEST(TriTriTranscription, LibraryAgreesOverARunningMinimum) {
   }
 }
 
-TEST(TriTriTranscription, FreshIdentitiesAreNeverGivenTwice) {
+TEST(TriTriTranscription, FreshIdentitiesAreNeverRepeated) {
   SweepCases cases(kSeed + 1);
   std::set<cls_Uid> seen;
   long fresh = 0;

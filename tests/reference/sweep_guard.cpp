@@ -4,11 +4,11 @@
 #include <cstdlib>
 #include <string>
 
-/// Judges the sweep on as many scenes as are asked for, and prints what they showed.
+/// Judges the sweep on COUNT scenes, and prints the findings.
 ///
 /// usage: sweep_guard COUNT [SEED [FAMILY]]
 ///
-/// Exit status 1 when an answer is wrong.
+/// The exit status is 1 when an answer is wrong.
 int main(int argc, char** argv) {
   using namespace reference;
   const std::size_t count = argc > 1 ? std::strtoull(argv[1], nullptr, 10) : 0;

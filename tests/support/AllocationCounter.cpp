@@ -52,7 +52,7 @@ __attribute__((visibility("default"))) void* aligned_alloc(std::size_t alignment
 
 #else
 
-// A sanitizer owns malloc; the operators that the library could use can still be counted.
+// A sanitizer owns malloc, but the operators that the library could use can still be counted.
 void* operator new(std::size_t size) {
   Count();
   if (void* const block = std::malloc(size != 0 ? size : 1)) return block;

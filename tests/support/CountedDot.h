@@ -6,8 +6,8 @@
 #include <atomic>
 #include <new>
 
-/// A datum point of a host module: counts its live objects, its copies and its regenerations, and
-/// can be told that it cannot be copied.
+/// A datum point of a host module. It counts its live objects, its copies and its regenerations. A
+/// test can forbid copies.
 class CountedDot : public gsl_Dot {
 public:
   explicit CountedDot(const gsl_Point& p, int markOfHost = 0) : gsl_Dot(p), mark(markOfHost) {

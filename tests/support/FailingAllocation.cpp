@@ -38,8 +38,7 @@ int FailingAllocation::Refused() const {
   return refused;
 }
 
-// All of them are replaced, so that a sanitizer never sees a block that is allocated one way and
-// released another.
+// All operators are replaced, so that every block is allocated and released in the same way.
 void* operator new(std::size_t size) {
   return AllocateOrThrow(size);
 }

@@ -29,7 +29,7 @@ std::size_t FailingMemory::LargestAsked() const {
   return largestAsked;
 }
 
-// They replace the standard ones in the whole program, the library included.
+// These operators replace the standard operators in the whole program and the library.
 void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {
   if (IsRefused(size)) return nullptr;
   try {

@@ -3,8 +3,8 @@
 
 #include <cstddef>
 
-/// While an object of this class lives, arrays of at least `limit` bytes that are requested without
-/// exceptions are not granted. Link FailingMemory.cpp.
+/// While an object of this class lives, requests without exceptions for arrays of at least `limit`
+/// bytes fail. Programs that use it link FailingMemory.cpp.
 class FailingMemory {
 public:
   explicit FailingMemory(std::size_t limit);
@@ -12,8 +12,8 @@ public:
   FailingMemory(const FailingMemory&) = delete;
   FailingMemory& operator=(const FailingMemory&) = delete;
 
-  /// Bytes of the largest array that was asked for without exceptions since it was made, granted or
-  /// not.
+  /// Returns the bytes of the largest array that was requested without exceptions since this object
+  /// was made.
   std::size_t LargestAsked() const;
 };
 

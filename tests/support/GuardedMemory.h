@@ -7,8 +7,8 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
-/// An array of two T, the first at the end of one page and the second at the start of the next.
-/// Each can be closed or made readable only: a call that touches what it must not then ends the
+/// An array of two T. The first is at the end of one page, and the second at the start of the next
+/// page. Each can be closed or made readable only. A call that accesses a closed T ends the
 /// program.
 template <class T>
 class GuardedPair {
@@ -33,13 +33,13 @@ public:
 
   T* Get() { return reinterpret_cast<T*>(m_pages + m_page) - 1; }
 
-  /// Entry k can be neither read nor written.
+  /// Closes entry k to reading and writing.
   void Close(int k) { Protect(k, PROT_NONE); }
   void CloseBoth() {
     Close(0);
     Close(1);
   }
-  /// Entry k can be read only.
+  /// Opens entry k to reading only.
   void KeepAsItIs(int k) { Protect(k, PROT_READ); }
   void Open(int k) { Protect(k, PROT_READ | PROT_WRITE); }
 

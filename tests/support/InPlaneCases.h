@@ -8,7 +8,7 @@
 #include <cmath>
 #include <limits>
 
-/// One call of the in-plane sweep; a[] moves, b[] stands.
+/// One call of the in-plane sweep; a[] moves, and b[] does not.
 struct InPlaneCase {
   gsl_Vector direction;
   gsl_Point a[2];
@@ -109,7 +109,7 @@ private:
     return {x, static_cast<double>(m_random.Below(size)), 0.0};
   }
 
-  /// Small whole coordinates: every coincidence there is, often.
+  /// Returns small whole coordinates, so that every coincidence is frequent.
   InPlaneCase GridCase() {
     InPlaneCase c;
     const int size = 2 + m_random.Below(4);
@@ -125,7 +125,7 @@ private:
     return c;
   }
 
-  /// A faces along the direction, B against it and `ahead` of A.
+  /// Makes A, which faces along the direction, and B, which faces against it and is `ahead` of A.
   InPlaneCase FacingCase(double ahead) {
     InPlaneCase c = AnywhereCase();
     const gsl_Vector d = c.direction.NormalizedCopy();
@@ -161,7 +161,7 @@ private:
 
   InPlaneCase SharedCase() {
     InPlaneCase c = m_random.Chance(0.5) ? AnywhereCase() : FacingCase(m_random.In(-0.2, 2.0));
-    // As a copy with the end's identity, or as a point of its own, or a hair beyond it.
+    // The end is a copy with the same identity, another point, or a point just beyond.
     const gsl_Point& from = c.a[m_random.Below(2)];
     gsl_Point& to = c.b[m_random.Below(2)];
     to = m_random.Chance(0.5) ? from : gsl_Point(from.x, from.y, from.z);
@@ -178,7 +178,7 @@ private:
     if (m_random.Chance(0.5)) c.a[1] = c.a[0] + across * size;
     if (m_random.Chance(0.5)) c.b[1] = c.b[0] - across * size;
     if (m_random.Chance(0.5)) {
-      // Ends that lie within about the tolerance of each other across the direction.
+      // The ends are about the tolerance apart across the direction.
       const gsl_Vector between(c.a[0], c.b[1]);
       const double reach = m_random.Chance(0.5) ? 2e-6 : 1e-5;
       const double aside = between.DotProduct(across) + m_random.In(-reach, reach);
@@ -196,14 +196,15 @@ private:
     } else if (kind < 0.6) {
       c.b[1] = c.b[0];
     } else {
-      // A direction of no length, or of about the tolerance.
+      // The direction has no length, or a length near the tolerance.
       const double size = m_random.Chance(0.4) ? 0.0 : std::pow(10.0, m_random.In(-7.0, -5.0));
       c.direction = c.direction.NormalizedCopy() * size;
     }
     return c;
   }
 
-  /// Segments at small angles to the direction that pass each other at about the tolerances.
+  /// Makes segments at small angles to the direction, which pass each other at about the
+  /// tolerances.
   InPlaneCase SteepCase() {
     InPlaneCase c = AnywhereCase();
     const gsl_Vector d = c.direction.NormalizedCopy();
@@ -226,7 +227,7 @@ private:
     InPlaneCase c = AnywhereCase();
     const double rises[3] = {1e-7, 1e-5, 1.0};
     const double rise = rises[m_random.Below(3)];
-    // The points, the direction, or both.
+    // The points, the direction, or both are scaled.
     const double kind = m_random.Unit();
     if (kind < 0.7) {
       for (int i = 0; i < 2; ++i) {
@@ -271,7 +272,7 @@ private:
     return c;
   }
 
-  /// Lengths whose squares overflow or lose their digits, or nearly.
+  /// Makes lengths whose squares overflow or lose their digits, or nearly do so.
   InPlaneCase FarFromOneCase() {
     InPlaneCase c = m_random.Chance(0.5) ? AnywhereCase() : FacingCase(m_random.In(-0.2, 3.0));
     const double exponent = m_random.In(120.0, 210.0);

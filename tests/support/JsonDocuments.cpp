@@ -32,7 +32,7 @@ private:
   std::set<std::string> m_documents;
 };
 
-// The framework owns it.
+// The framework owns the environment.
 Kept& kept = static_cast<Kept&>(*testing::AddGlobalTestEnvironment(new Kept));
 
 } // namespace
@@ -50,7 +50,7 @@ std::vector<std::string> ErrorsOf(const std::vector<std::string>& documents) {
   const int status = std::system((command + " >'" + said + "' 2>&1").c_str());
   const bool ran = WIFEXITED(status) && WEXITSTATUS(status) <= 1;
   std::vector<std::string> errors(documents.size(), ran ? "" : "the validator failed");
-  // One line for each error: the number of the document, a colon and what is wrong.
+  // Each error is one line: the number of the document, a colon and the error.
   std::istringstream lines(BytesOf(said));
   for (std::string line; std::getline(lines, line);) {
     const std::size_t document = std::strtoul(line.c_str(), nullptr, 10);

@@ -4,15 +4,15 @@
 #include <string>
 #include <vector>
 
-/// The JSON documents that a test program makes, held against the schema in docs/ by an independent
-/// validator.
+/// The JSON documents of a test program. An independent validator compares them with the schema in
+/// docs/.
 namespace json_documents {
 
 /// Keeps a document until the end of the program, which fails when one of them is not valid. All of
 /// them are validated together because the validator takes long to start.
 void Keep(const std::string& document);
 
-/// What the validator says about each of the documents, now; empty for those that are valid.
+/// Returns the verdict of the validator on each document. It is empty for a valid document.
 std::vector<std::string> ErrorsOf(const std::vector<std::string>& documents);
 
 } // namespace json_documents

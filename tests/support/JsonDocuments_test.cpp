@@ -116,7 +116,7 @@ Json Without(Json json, const char* place) {
   return json;
 }
 
-TEST(JsonDocuments, WhatTheProgramWritesIsValid) {
+TEST(JsonDocuments, OutputOfTheProgramIsValid) {
   const std::vector<Json> documents = {Contact(),
                                        None(),
                                        Start(),
@@ -133,7 +133,7 @@ TEST(JsonDocuments, WhatTheProgramWritesIsValid) {
   EXPECT_THAT(ErrorsOf(Texts(documents)), Each(""));
 }
 
-TEST(JsonDocuments, WhatIsNotJsonIsNoticed) {
+TEST(JsonDocuments, InvalidJsonIsNoticed) {
   const std::string text = Contact().dump();
   const std::size_t number = text.find("30.0");
   ASSERT_NE(number, text.npos);

@@ -30,7 +30,7 @@ inline bool operator==(const Coord3& a, const Coord3& b) {
   return std::memcmp(&a, &b, sizeof a) == 0;
 }
 
-/// The message with which reading fails; "no error" when it does not.
+/// Returns the message with which reading fails, or "no error".
 inline std::string ErrorOf(MeshFormat format, std::string_view bytes) {
   try {
     gsl_mesh::ReadMeshFromMemory(bytes, "sample", format);
@@ -91,7 +91,7 @@ inline void ExpectCorners(const Mesh& mesh, const std::vector<Coord3>& expected)
   }
 }
 
-/// A number in as many digits as its double needs.
+/// Returns a number in as many digits as its double needs.
 inline std::string Text(double value) {
   char text[40];
   std::snprintf(text, sizeof text, "%.17g", value);
@@ -202,8 +202,8 @@ inline std::string GltfBuffer() {
   return bytes;
 }
 
-/// `uri` is the member that says where the buffer is, with its comma, or nothing; `node` the
-/// members of the only node, with a comma behind each.
+/// `uri` is the member for the place of the buffer, with its comma, or is empty. `node` holds the
+/// members of the only node, with a comma after each.
 inline std::string GltfJson(const std::string& uri, const std::string& node) {
   return R"({"asset":{"version":"2.0"},"scene":0,"scenes":[{"nodes":[0]}],"nodes":[{)" + node +
          R"("mesh":0}],"meshes":[{"primitives":[{"attributes":{"POSITION":0},"indices":1}]}],)" +
@@ -263,7 +263,7 @@ struct ZipEntry {
   std::string bytes;
 };
 
-/// An archive whose entries are not compressed.
+/// Returns an archive whose entries are not compressed.
 inline std::string Zip(const std::vector<ZipEntry>& entries) {
   std::string archive, directory;
   for (const ZipEntry& entry : entries) {
@@ -291,7 +291,7 @@ inline std::string Zip(const std::vector<ZipEntry>& entries) {
   return archive + directory + end;
 }
 
-/// `unit` as in "inch"; `transform` is an attribute of the build item, or nothing.
+/// `unit` is a word such as "inch". `transform` is an attribute of the build item, or is empty.
 inline std::string ThreeMf(const std::string& unit = "millimeter",
                            const std::string& transform = "") {
   std::string vertices, triangles;
@@ -325,7 +325,7 @@ inline std::string ThreeMf(const std::string& unit = "millimeter",
       {{"[Content_Types].xml", types}, {"_rels/.rels", relations}, {"3D/3dmodel.model", model}});
 }
 
-/// One sample of each format, with its usual name.
+/// Returns one sample of each format, with its usual name.
 struct Sample {
   std::string name;
   std::string bytes;

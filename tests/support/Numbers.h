@@ -19,15 +19,15 @@ constexpr double kSmallestNormal = std::numeric_limits<double>::min();
 constexpr double kDenormal = std::numeric_limits<double>::denorm_min();
 constexpr double kPi = 3.141592653589793;
 
-/// What outputs hold before a call that must leave them alone.
+/// The value of outputs before a call that must not write them.
 constexpr double kSentinel = -987654.25;
 
-/// The next double above x.
+/// Returns the next double above x.
 inline double Above(double x) {
   return std::nextafter(x, kInfinity);
 }
 
-/// The next double below x.
+/// Returns the next double below x.
 inline double Below(double x) {
   return std::nextafter(x, -kInfinity);
 }
@@ -38,7 +38,7 @@ inline std::uint64_t Bits(double x) {
   return bits;
 }
 
-/// True for the same bits, and for any two NaN.
+/// Returns true for the same bits, and for any two NaN.
 inline bool SameBits(double a, double b) {
   return Bits(a) == Bits(b) || (std::isnan(a) && std::isnan(b));
 }
@@ -54,7 +54,7 @@ inline const std::vector<double>& Hostile() {
 
 } // namespace numbers
 
-/// Exact components of a vector or point.
+/// Expects exact components of a vector or point.
 #define EXPECT_XYZ(actual, ex, ey, ez)                                                             \
   do {                                                                                             \
     const auto& xyzActual = (actual);                                                              \

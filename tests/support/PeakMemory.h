@@ -3,8 +3,9 @@
 
 #include <cstddef>
 
-/// Measures what the process holds allocated by operator new, in any library, at most while this
-/// lives and beyond what it held before. Link PeakMemory.cpp; one at a time.
+/// Measures the memory that operator new allocates in any library while this object lives: the
+/// largest amount beyond the amount before. Programs that use it link PeakMemory.cpp. Only one
+/// object may live at a time.
 class PeakMemory {
 public:
   PeakMemory();

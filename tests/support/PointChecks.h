@@ -12,7 +12,7 @@ using numbers::kNaN;
 using numbers::kSentinel;
 using numbers::SameBits;
 
-/// What outputs hold before a call that must not write them.
+/// The value of outputs before a call that must not write them.
 inline gsl_Point Sentinel() {
   return {kSentinel, kSentinel - 1.0, kSentinel - 2.0};
 }
@@ -21,7 +21,7 @@ inline bool SameBits(const gsl_Point& a, const gsl_Point& b) {
   return SameBits(a.x, b.x) && SameBits(a.y, b.y) && SameBits(a.z, b.z);
 }
 
-/// The coordinates and the identity of `expected`, bit for bit.
+/// Returns whether the coordinates and the identity equal those of `expected`, bit for bit.
 inline testing::AssertionResult Is(const gsl_Point& actual, const gsl_Point& expected) {
   if (SameBits(actual, expected) && actual.uid == expected.uid) {
     return testing::AssertionSuccess();
@@ -32,7 +32,7 @@ inline testing::AssertionResult Is(const gsl_Point& actual, const gsl_Point& exp
          << (actual.uid == expected.uid ? "" : ", another identity");
 }
 
-/// Exactly these coordinates (-0 counts as 0).
+/// Returns whether the coordinates are exactly these (-0 counts as 0).
 inline testing::AssertionResult IsAt(const gsl_Point& actual, double x, double y, double z) {
   if (actual.x == x && actual.y == y && actual.z == z) return testing::AssertionSuccess();
   return testing::AssertionFailure() << '(' << actual.x << ", " << actual.y << ", " << actual.z

@@ -25,8 +25,8 @@ private:
   std::uint64_t m_state;
 };
 
-/// 64 bits from any engine of the standard library; those engines are the same everywhere, its
-/// distributions are not.
+/// Returns 64 bits from any engine of the standard library. These engines are the same everywhere,
+/// and the distributions of the library are not.
 template <class Engine>
 std::uint64_t RandomBits(Engine& engine) {
   static_assert(Engine::min() == 0, "every pattern of bits must be possible");
@@ -54,7 +54,7 @@ private:
 };
 
 /// One of low .. high, both included. Their difference is far below 2^64, so that the remainder of
-/// a division prefers none of them noticeably.
+/// a division is nearly uniform.
 template <class Whole>
 class WholesIn {
 public:
@@ -109,7 +109,7 @@ private:
 };
 
 using RandomNumbers = RandomNumbersOf<std::mt19937_64>;
-/// Stored hashes depend on this engine.
+/// The stored hashes depend on this engine.
 using CorpusNumbers = RandomNumbersOf<SplitMix>;
 
 #endif

@@ -10,9 +10,9 @@
 #include <limits>
 #include <string>
 
-/// The library's settings, drawn again for every case of a test against a second implementation:
-/// the defaults; and each 0, 1 (the length of a unit vector) or a neighbour of it, or anything up
-/// to 10.
+/// The library's settings, drawn again for every case of a test against a second implementation.
+/// They are the defaults, or each is 0, 1 (the length of a unit vector), a neighbour of 1, or a
+/// number up to 10.
 class RandomSettings {
 public:
   explicit RandomSettings(std::uint64_t seed) : m_random(seed) {}
@@ -24,7 +24,7 @@ public:
     m_settings->cosineTolerance = usual ? 1e-10 : Tolerance(1e-10);
   }
 
-  /// Now and then changes a component or the magnitude, so that the two do not agree.
+  /// Sometimes changes a component or the magnitude, so that the two do not agree.
   void MakeStale(gsl_Vector& v) {
     if (!m_random.Chance(0.25)) return;
     if (m_random.Chance(0.6)) {

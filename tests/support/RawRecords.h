@@ -13,11 +13,11 @@
 #include <utility>
 #include <vector>
 
-// Records as plain data that a test may bend in any way, and an encoder of its own for their byte
-// form: what no writer would ever write.
+// Records as plain data, which a test may change in any way, and an independent encoder of their
+// byte form. So tests can make bytes that no writer would write.
 
 struct RawField {
-  /// Empty for an entry of a list.
+  /// The name is empty for an entry of a list.
   std::string name;
   int index = -1;
   gsl_RecordKind kind = gsl_RecordKind::Integer;
@@ -25,7 +25,7 @@ struct RawField {
   double real = 0.0;
   bool boolean = false;
   std::string text;
-  /// The number of a record, or a null's type id.
+  /// The number of a record, or the type id of a null.
   std::uint32_t link = 0;
 };
 
@@ -92,7 +92,7 @@ inline RawRecords RawCopy(const gsl_RecordStore& store) {
   return records;
 }
 
-/// The checksum of the byte form, bit by bit.
+/// Returns the checksum of the byte form, computed bit by bit.
 inline std::uint32_t RawChecksum(const std::vector<unsigned char>& bytes) {
   std::uint32_t sum = 0xFFFFFFFFu;
   for (const unsigned char byte : bytes) {
@@ -109,7 +109,7 @@ inline void AppendNumber(std::vector<unsigned char>& bytes, std::uint64_t value,
     bytes.push_back(static_cast<unsigned char>(value % 256));
 }
 
-/// A body between its header and the checksums of its blocks.
+/// Returns a body between its header and the checksums of its blocks.
 inline std::vector<unsigned char> RawFrame(const std::vector<unsigned char>& body) {
   std::vector<unsigned char> bytes = {'g', 's', 'l', 'r', 2, 0, 0, 0};
   AppendNumber(bytes, body.size(), 8);
@@ -126,7 +126,7 @@ inline std::vector<unsigned char> RawFrame(const std::vector<unsigned char>& bod
   return bytes;
 }
 
-/// The byte form.
+/// Returns the byte form.
 class RawEncoder {
 public:
   std::vector<unsigned char> Encode(const RawRecords& records) {
@@ -198,7 +198,7 @@ private:
     serials[place] = record.serial;
   }
 
-  /// A difference modulo 2^64, as the signed number that it is nearest to.
+  /// Returns a difference modulo 2^64 as the nearest signed number.
   void Step(std::uint64_t difference) {
     const bool isNegative = difference >= 0x8000000000000000u;
     Number(isNegative ? 2 * (0 - difference) - 1 : 2 * difference);

@@ -16,7 +16,7 @@
 #include <string>
 #include <vector>
 
-/// A store whose roots are the records of the objects.
+/// Returns a store whose roots are the records of the objects.
 template <class... C>
 gsl_RecordStore Written(const C&... objects) {
   gsl_RecordStore store;
@@ -25,7 +25,7 @@ gsl_RecordStore Written(const C&... objects) {
   return store;
 }
 
-/// The root as an object of class C.
+/// Returns the root as an object of class C.
 template <class C>
 C ReadBack(const gsl_RecordStore& store, std::size_t root = 0) {
   cls_Load load(store);
@@ -36,7 +36,7 @@ inline cls_Uid UidOf(const gsl_RecordReader& store, gsl_RecordIndex record) {
   return cls_Uid(store.Identity(record).prefix, store.Identity(record).serial);
 }
 
-/// A store with one record of that type, whose fields `write` writes.
+/// Returns a store with one record of that type, whose fields `write` writes.
 inline gsl_RecordStore Recorded(unsigned int typeId, const cls_Uid& uid,
                                 const std::function<void(const cls_WriteVisitor&)>& write) {
   gsl_RecordStore store;
@@ -114,8 +114,8 @@ inline void Append(const gsl_RecordReader& store, gsl_RecordIndex record, int in
 
 } // namespace record_text
 
-/// The records as lines of text: type id, then "index name kind value" for each field, nested
-/// records indented. Identities are left out.
+/// Returns the records as lines of text: the type id, then "index name kind value" for each field.
+/// Nested records are indented, and identities are left out.
 inline std::string TextOf(const gsl_RecordReader& store) {
   std::ostringstream out;
   for (std::size_t i = 0; i < store.RootCount(); ++i)
@@ -123,7 +123,7 @@ inline std::string TextOf(const gsl_RecordReader& store) {
   return out.str();
 }
 
-/// Writes something else in place of the field at `path` ("_point/_x"), or nothing.
+/// Writes another value in place of the field at `path` ("_point/_x"), or nothing.
 struct FieldEdit {
   std::string path;
   std::function<void(const cls_WriteVisitor&, const cls_FieldHandle&)> write;
@@ -199,7 +199,8 @@ inline void Copy(const gsl_RecordStore& from, gsl_RecordIndex record, const std:
 
 } // namespace record_edit
 
-/// A store with the first root of `from`, changed by the edit. Shared objects are copied apart.
+/// Returns a store with the first root of `from`, changed by the edit. Shared objects become
+/// separate copies.
 inline gsl_RecordStore Edited(const gsl_RecordStore& from, const FieldEdit& edit) {
   gsl_RecordStore store;
   cls_Save save(store);
@@ -211,7 +212,7 @@ inline gsl_RecordStore Without(const gsl_RecordStore& from, const std::string& p
   return Edited(from, {path, [](const cls_WriteVisitor&, const cls_FieldHandle&) {}});
 }
 
-/// The same bits, so that NaN equals itself and 0.0 differs from -0.0.
+/// Returns whether the bits are the same, so that NaN equals itself and 0.0 differs from -0.0.
 inline bool SameBits(double a, double b) {
   return std::memcmp(&a, &b, sizeof a) == 0;
 }
@@ -259,8 +260,8 @@ inline bool SameFields(const gsl_RecordStore& a, const gsl_RecordStore& b, gsl_R
 
 } // namespace record_comparison
 
-/// The same records in the same order: types, identities, fields, values bit for bit, and which
-/// objects are shared.
+/// Returns whether the records are the same in the same order: types, identities, fields, values
+/// bit for bit, and shared objects.
 inline bool SameRecords(const gsl_RecordStore& a, const gsl_RecordStore& b) {
   using namespace record_comparison;
   if (a.RecordCount() != b.RecordCount() || a.RootCount() != b.RootCount()) return false;

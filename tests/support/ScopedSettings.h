@@ -3,7 +3,7 @@
 
 #include "gsl_Util.h"
 
-/// The settings, to be changed freely: what they were comes back at the end of the scope.
+/// Lets a test change the settings, and restores them at the end of the scope.
 class ScopedSettings {
 public:
   ScopedSettings() : m_before(*Get()) {}

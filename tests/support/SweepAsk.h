@@ -8,7 +8,7 @@
 #include <cstring>
 #include <vector>
 
-/// Asking about meshes, for the tests of the sweep.
+/// Questions about meshes, for the tests of the sweep.
 namespace sweep_ask {
 
 using gsl_mesh::Mesh;
@@ -52,8 +52,8 @@ inline bool SameBits(const Answer& a, const Answer& b) {
          c.hasNormal == d.hasNormal && SameBits(c.normal, d.normal);
 }
 
-/// Asks a fresh pair, then the same pair again in a batch of so many threads: it is prepared
-/// further by then, and every answer must be the first one.
+/// Asks a fresh pair, then the same pair again in a batch with that many threads. The pair is then
+/// fully prepared, and every answer must equal the first answer.
 inline Answer AskInEveryWay(const Mesh& moving, const Mesh& fixed, const Question& question,
                             unsigned threads) {
   const Pair pair = PairOf(moving, fixed);

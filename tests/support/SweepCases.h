@@ -8,7 +8,7 @@
 #include <cmath>
 #include <limits>
 
-/// One call of the triangle sweep; a[] moves, b[] stands.
+/// One call of the triangle sweep; a[] moves, and b[] does not.
 struct SweepCase {
   gsl_Vector direction;
   gsl_Point a[3];
@@ -83,7 +83,7 @@ private:
     c.margin = m_random.Chance(0.5) ? 0.0 : m_random.In(-0.5, 3.0);
   }
 
-  /// B moved ahead of A, somewhere near the line of sight.
+  /// Moves B ahead of A, near the line along the direction.
   void PlaceAhead(SweepCase& c, double distance) {
     const gsl_Vector shift = c.direction.NormalizedCopy() * distance;
     for (gsl_Point& p : c.b) {
@@ -103,7 +103,7 @@ private:
     return c;
   }
 
-  /// Lengths whose squares overflow or lose their digits, or nearly.
+  /// Makes lengths whose squares overflow or lose their digits, or nearly do so.
   SweepCase FarFromOneCase() {
     SweepCase c = m_random.Chance(0.5) ? AnywhereCase() : EdgeOnCase(EdgeOnA);
     const double exponent = m_random.In(120.0, 210.0);
@@ -124,7 +124,7 @@ private:
     return {x, y, static_cast<double>(m_random.Below(size))};
   }
 
-  /// Small whole coordinates: every coincidence there is, often.
+  /// Returns small whole coordinates, so that every coincidence is frequent.
   SweepCase GridCase() {
     SweepCase c;
     const int size = 2 + m_random.Below(3);
@@ -139,7 +139,7 @@ private:
     return c;
   }
 
-  /// Three points of the plane of `along` and `across` through `origin`.
+  /// Returns three points of the plane of `along` and `across` through `origin`.
   void InPlane(gsl_Point* tri, const gsl_Point& origin, const gsl_Vector& along,
                const gsl_Vector& across) {
     for (int i = 0; i < 3; ++i) {
@@ -168,14 +168,15 @@ private:
     SweepCase c = AnywhereCase();
     const int count = 1 + m_random.Below(3);
     for (int i = 0; i < count; ++i) {
-      // As a copy with the vertex's identity, or as a point of its own.
+      // The vertex is a copy with the same identity, or another point.
       const gsl_Point& from = c.a[m_random.Below(3)];
       c.b[m_random.Below(3)] = m_random.Chance(0.5) ? from : gsl_Point(from.x, from.y, from.z);
     }
     return c;
   }
 
-  /// Vertices of one triangle on the plane, the edges or straight ahead of the other's.
+  /// Puts vertices of one triangle on the plane or the edges of the other triangle, or straight
+  /// ahead of its vertices.
   SweepCase TouchingCase() {
     SweepCase c = AnywhereCase();
     for (gsl_Point& p : c.b) {
@@ -208,7 +209,7 @@ private:
     } else if (kind < 0.6) {
       tri[m_random.Below(2)] = tri[2];
     } else {
-      // A direction of no length, or of about the tolerance.
+      // The direction has no length, or a length near the tolerance.
       const double size = m_random.Chance(0.4) ? 0.0 : std::pow(10.0, m_random.In(-7.0, -5.0));
       c.direction = c.direction.NormalizedCopy() * size;
     }

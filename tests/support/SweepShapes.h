@@ -20,14 +20,14 @@ inline void AddTriangle(Mesh& mesh, const Coord3& a, const Coord3& b, const Coor
   mesh.corners.insert(mesh.corners.end(), {a, b, c});
 }
 
-/// Corners in turning order.
+/// The corners are in turning order.
 inline void AddQuad(Mesh& mesh, const Coord3& a, const Coord3& b, const Coord3& c,
                     const Coord3& d) {
   AddTriangle(mesh, a, b, c);
   AddTriangle(mesh, a, c, d);
 }
 
-/// Twelve triangles, normals outwards.
+/// Returns twelve triangles with normals outwards.
 inline Mesh Box(const Coord3& low, const Coord3& high) {
   const auto corner = [&](int x, int y, int z) {
     return Coord3{x ? high.x : low.x, y ? high.y : low.y, z ? high.z : low.z};
@@ -42,7 +42,7 @@ inline Mesh Box(const Coord3& low, const Coord3& high) {
   return mesh;
 }
 
-/// A square plate [-outer, outer]^2 x [low, high] with a square hole [-hole, hole]^2 through it.
+/// Returns a square plate [-outer, outer]^2 x [low, high] with a square hole [-hole, hole]^2.
 inline Mesh PlateWithHole(double outer, double hole, double low, double high) {
   Mesh mesh;
   const auto ring = [](double r, std::size_t k, double z) {
@@ -79,8 +79,8 @@ inline Mesh Stretched(Mesh mesh, const Coord3& by) {
   return mesh;
 }
 
-/// Triangles of about the given size with corners on a grid of `step` (0: anywhere) in a cube of
-/// half side `reach`. Every eighth is a segment or a point.
+/// Returns triangles of about the given size in a cube of half side `reach`. Their corners are on a
+/// grid of `step`, or anywhere for step 0. Every eighth triangle is a segment or a point.
 inline Mesh Soup(std::mt19937_64& random, std::size_t count, double reach, double size,
                  double step) {
   RealsIn unit(-1.0, 1.0);

@@ -13,7 +13,7 @@
 
 #include <unistd.h>
 
-/// A folder that is gone after the test.
+/// A folder that is removed after the test.
 class TemporaryFolder {
 public:
   TemporaryFolder() {
@@ -36,7 +36,7 @@ public:
     return Path(name);
   }
 
-  /// Names of all files, hidden ones too, in order.
+  /// Returns the names of all files in order, also of hidden files.
   std::vector<std::string> Names() const {
     std::vector<std::string> names;
     for (const auto& entry : std::filesystem::directory_iterator(m_path)) {

@@ -7,7 +7,7 @@
 #define TEST_HAS_FEATURE(x) 0
 #endif
 
-/// 1 where a sanitizer instruments the build.
+/// Is 1 when a sanitizer instruments the build.
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__) ||                               \
     TEST_HAS_FEATURE(address_sanitizer) || TEST_HAS_FEATURE(thread_sanitizer) ||                   \
     TEST_HAS_FEATURE(memory_sanitizer)
@@ -16,15 +16,15 @@
 #define TEST_UNDER_SANITIZER 0
 #endif
 
-/// Random tests run in full in an optimised build, and with a fraction of the cases where the build
-/// is slow: instrumented or not optimised.
+/// Random tests run in full in an optimised build. A build that is instrumented or not optimised is
+/// slow, and runs a fraction of the cases.
 #if TEST_UNDER_SANITIZER || !defined(__OPTIMIZE__)
 constexpr int kTestScaleDivisor = 20;
 #else
 constexpr int kTestScaleDivisor = 1;
 #endif
 
-/// The number of cases to run where an optimised build runs `full`.
+/// Returns the number of cases to run when an optimised build runs `full`.
 constexpr long Scaled(long full) {
   return full / kTestScaleDivisor;
 }

@@ -4,11 +4,12 @@
 #include <cstddef>
 #include <cstring>
 
-/// Index of a virtual function in its class's table, -1 for one that is not virtual.
+/// Returns the index of a virtual function in the table of its class, or -1 for a function that is
+/// not virtual.
 ///
-/// Reads the pointer to member as the Itanium C++ ABI lays it out: on most machines the odd number
-/// 1 + byte offset in its first word, on AArch64 the offset with the mark in the second. A virtual
-/// destructor takes indices 0 and 1 where it is declared first.
+/// Reads the pointer to member in the layout of the Itanium C++ ABI. On most machines the first
+/// word is the odd number 1 + byte offset. On AArch64 it is the offset, and the mark is in the
+/// second word. A virtual destructor takes indices 0 and 1 where it is declared first.
 template <class Member>
 int VirtualSlot(Member member) {
   static_assert(sizeof member == 2 * sizeof(std::ptrdiff_t), "an Itanium pointer to member");

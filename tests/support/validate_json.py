@@ -1,4 +1,4 @@
-"""Validates JSON documents with a validator that this project has no part in.
+"""Validates JSON documents with an independent validator.
 
 usage: validate_json.py SCHEMA DOCUMENT...
 

@@ -97,7 +97,7 @@ TEST(Corners, UnfitTrianglesAreDroppedAndCounted) {
   }
 }
 
-TEST(Corners, SayWhatIsWrongWithAView) {
+TEST(Corners, ReportTheErrorOfAView) {
   const std::vector<double> vertices(9, 0.0);
   EXPECT_EQ(MessageOf(ViewOf(vertices, {0, 1, 2, 2, 3, 7})),
             "corner 4 is vertex 3, expected less than 3");

@@ -56,7 +56,7 @@ Mesh WholeSoup(unsigned seed, double lift) {
   return mesh;
 }
 
-TEST(Engine, SinglePrecisionAndDoubleGiveTheSameAnswer) {
+TEST(Engine, SinglePrecisionAndDoubleHaveTheSameAnswer) {
   const Coord3 d{0.25, 0.125, -1.0};
   for (unsigned seed = 0; seed < 6; ++seed) {
     const Mesh fixed = WholeSoup(seed, 0.0);
@@ -106,7 +106,7 @@ TEST(Engine, OffsetsThatLeaveTheRangeOfDoubleDropTriangles) {
   EXPECT_EQ(answer.contact.travel, 1.0);
 }
 
-TEST(Engine, WatchThatSaysNoCancels) {
+TEST(Engine, WatchThatReturnsFalseCancels) {
   // Specks in a cube above specks in a cube: many pairs to look at, and hardly one that meets.
   std::mt19937_64 random(4);
   const Mesh specks = sweep_shapes::Soup(random, 20000, 1.0, 1e-5, 0.0);

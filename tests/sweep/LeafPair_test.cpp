@@ -125,7 +125,7 @@ TEST(LeafPair, FiltersNeverContradictTheExactJudgementInDouble) {
   CompareMany<double>();
 }
 
-TEST(LeafPair, OneSidedLeavesHoldOnlyWhatFaces) {
+TEST(LeafPair, OneSidedLeavesHoldOnlyTrianglesThatFace) {
   const Mesh box = sweep_shapes::Box({0, 0, 0}, {1, 1, 1});
   const PreparedBody body(ViewOf(box));
   const SceneBodies bodies{&body, {&body}};

@@ -176,7 +176,7 @@ TEST(PairKernel, DegenerateTrianglesCountAsSegmentsAndPoints) {
   EXPECT_EQ(crossing.interval.first.kind, ContactKind::EdgeEdge);
 }
 
-TEST(PairKernel, EveryOrderOfCornersGivesTheSameInterval) {
+TEST(PairKernel, EveryOrderOfCornersHasTheSameInterval) {
   const Corners moving{{{-1.0, 0.0, 5.0}, {1.0, 0.25, 5.5}, {0.0, 0.5, 9.0}}};
   const Corners fixed{{{0.25, -1.0, 2.0}, {0.25, 1.0, 2.5}, {0.5, 0.0, -9.0}}};
   const Coord3 d{0.25, 0.125, -1.0};

@@ -192,7 +192,7 @@ TEST(Pair, PegThatFitsExactlyTouchesTheRim) {
   EXPECT_EQ(narrow.contact.travel, 7.0);
 }
 
-TEST(Pair, BodyBehindIsNoContact) {
+TEST(Pair, BodyBehindMakesNoContact) {
   const Mesh fixed = Box({0.0, 0.0, 0.0}, {1.0, 1.0, 1.0});
   const Answer answer = Ask(Box({0.0, 0.0, -5.0}, {1.0, 1.0, -2.0}), fixed, down);
   EXPECT_EQ(answer.status, SweepStatus::None);
@@ -264,7 +264,7 @@ TEST(Pair, DirectionMustBeFiniteAndNotZero) {
   EXPECT_EQ(Ask(Moved(body, {0.0, 0.0, 3.0}), body, {0.0, 0.0, -most}).contact.travel, 2.0);
 }
 
-TEST(Pair, OneSidedDropsWhatTurnsAway) {
+TEST(Pair, OneSidedDropsTrianglesThatFaceAway) {
   // Downwards, the moving body keeps its bottom and the fixed one its top; the walls are edge-on.
   const Mesh fixed = Box({-8.0, -8.0, -8.0}, {8.0, 8.0, 8.0});
   const Mesh inside = Box({-1.0, -1.0, -1.0}, {1.0, 1.0, 1.0});
@@ -308,7 +308,7 @@ TEST(Pair, NonFiniteTrianglesAreSkippedAndCounted) {
   EXPECT_EQ(Ask(box, Mesh{}, down).status, SweepStatus::None);
 }
 
-TEST(Pair, EveryScaleGivesTheSameAnswer) {
+TEST(Pair, EveryScaleHasTheSameAnswer) {
   const Mesh fixed = PlateWithHole(4.0, 1.0, 0.0, 2.0);
   const Mesh moving = Pyramid({2.0, 2.25, 5.0}, 2.0);
   const Coord3 d{0.25, -0.125, -1.0};
@@ -437,7 +437,7 @@ INSTANTIATE_TEST_SUITE_P(
                     SoupCase{"line", 0.0, 0.1, {1, 0, 0}, {0, 2, 5}, {1, 0, 0}, 0.5}),
     [](const testing::TestParamInfo<SoupCase>& tested) { return std::string(tested.param.name); });
 
-TEST(Pair, TiesGoToTheFirstPairWhateverTheThreads) {
+TEST(Pair, TiesGoToTheFirstPairForAnyThreads) {
   // Forty boxes that all touch down at once.
   Mesh moving;
   for (int k = 0; k < 40; ++k) {
@@ -736,7 +736,7 @@ TEST(Pair, ManyThreadsMayAskWhileItIsBeingPrepared) {
   }
 }
 
-TEST(Pair, CancelledBatchesKeepWhatWasAnswered) {
+TEST(Pair, CancelledBatchesKeepEarlierAnswers) {
   const BatchScene scene;
   const std::vector<Question> questions = ManyQuestions(10);
   const Pair pair = PairOf(scene.moving, scene.fixed);
@@ -840,7 +840,7 @@ TEST(Pair, ErrorsOfABatchNameTheQuestion) {
   EXPECT_TRUE(SameBits(answers[3], sentinel));
 }
 
-TEST(Pair, AnOverflowInABatchIsToldAfterTheOthersAreAnswered) {
+TEST(Pair, AnOverflowInABatchIsReportedAfterTheOtherAnswers) {
   const double most = std::numeric_limits<double>::max();
   const Mesh far = PointAt({0.0, 0.0, most});
   Mesh fixed = PointAt({0.0, 0.0, -most});

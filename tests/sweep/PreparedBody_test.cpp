@@ -5,10 +5,12 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <limits>
 #include <stdexcept>
 #include <thread>
+#include <vector>
 
 namespace {
 
@@ -31,7 +33,7 @@ TEST(PreparedBody, IsComfortableUpToItsLimits) {
   EXPECT_FALSE(IsComfortable(0x1p121));
 }
 
-TEST(PreparedBody, VerticesThatTakeNoPartAreNoDiscomfort) {
+TEST(PreparedBody, VerticesOfNoTriangleDoNotCount) {
   const double infinity = std::numeric_limits<double>::infinity();
   const double vertices[] = {0.0, 0.0, 0.0, 1.0,    0.0, 0.0, 0.0,     1.0,
                              0.0, 0.5, 0.5, 1e-200, 0.5, 0.5, infinity};
@@ -70,6 +72,32 @@ TEST(PreparedBody, IsMadeOnceByManyThreads) {
   EXPECT_GT(body.Bytes(), before);
 }
 
+TEST(PreparedBody, LeavesAreMadeOnceByManyThreads) {
+  const Mesh mesh = Soup(5, 3000); // in no order, so that making the leaves sorts it
+  const PreparedBody body(ViewOf(mesh));
+  EXPECT_EQ(body.TriangleCount(), 3000u);
+  std::uint32_t first[4] = {};
+  double low[4] = {};
+  std::vector<std::thread> threads;
+  for (int k = 0; k < 4; ++k) {
+    threads.emplace_back([&, k] {
+      if (k % 2 == 0) low[k] = body.Bounds().low[0];
+      first[k] = body.Triangles().Number(0);
+      if (k % 2 != 0) low[k] = body.Bounds().low[0];
+    });
+  }
+  for (std::thread& thread : threads)
+    thread.join();
+  EXPECT_TRUE(body.Triangles().IsReordered());
+  double least = mesh.corners[0].x;
+  for (const Coord3& p : mesh.corners)
+    least = std::min(least, p.x);
+  for (int k = 0; k < 4; ++k) {
+    EXPECT_EQ(first[k], first[0]);
+    EXPECT_EQ(low[k], least);
+  }
+}
+
 TEST(PreparedBody, SlabsThatAreGivenUpAreMadeLater) {
   const Mesh mesh = Bowl(200, 0.3);
   const PreparedBody body(ViewOf(mesh));
@@ -85,7 +113,7 @@ TEST(PreparedBody, SlabsThatAreGivenUpAreMadeLater) {
   EXPECT_NE(body.SlabsIfMade(), nullptr);
 }
 
-TEST(PreparedBody, MovedHoldsWhatIsMadeAfresh) {
+TEST(PreparedBody, MovedEqualsABodyMadeAgain) {
   gsl_Matrix matrix;
   matrix.AxisRotation(gsl_Point(1.0, 2.0, 3.0), gsl_Vector(0.3, -0.2, 0.9), 1.1);
   const Mesh mesh = Soup(21, 400);

@@ -10,16 +10,16 @@ namespace {
 using namespace gsl_sweep;
 using namespace sweep_bodies;
 
-/// n . p with an error far below any that the slabs allow for.
-long double Extent(const float (&n)[3], const Coord3& p) {
+/// Returns n . p with an error far below the errors that the slabs allow for.
+long double AlongNormal(const float (&n)[3], const Coord3& p) {
   return static_cast<long double>(n[0]) * p.x + static_cast<long double>(n[1]) * p.y +
          static_cast<long double>(n[2]) * p.z;
 }
 
 void ExpectHolds(const Slab& slab, const Coord3& p) {
-  const long double extent = Extent(slab.normal, p);
-  ASSERT_LE(slab.from, extent);
-  ASSERT_LE(extent, slab.to);
+  const long double along = AlongNormal(slab.normal, p);
+  ASSERT_LE(slab.from, along);
+  ASSERT_LE(along, slab.to);
 }
 
 std::vector<Mesh> Families() {
@@ -38,7 +38,8 @@ std::vector<Mesh> Families() {
 TEST(Slabs, HoldEveryCorner) {
   for (const Mesh& mesh : Families()) {
     const Parts parts(mesh);
-    const Slabs slabs = *Slabs::Of(parts.corners, parts.leaves, parts.tree);
+    const auto made = Slabs::Of(parts.corners, parts.leaves, parts.tree);
+    const Slabs& slabs = *made;
     ASSERT_EQ(slabs.nodes.size(), parts.tree.nodes.size());
     for (std::size_t k = 0; k < slabs.nodes.size(); ++k) {
       for (int lane = 0; lane < 4; ++lane) {
@@ -62,7 +63,8 @@ TEST(Slabs, HoldEveryCorner) {
 TEST(Slabs, AreThinWhereTheSurfaceIsFlat) {
   const Mesh plate = sweep_shapes::Moved(Bowl(30, 0.0), {0.0, 0.0, 1.0});
   const Parts parts(plate);
-  const Slabs slabs = *Slabs::Of(parts.corners, parts.leaves, parts.tree);
+  const auto made = Slabs::Of(parts.corners, parts.leaves, parts.tree);
+  const Slabs& slabs = *made;
   EXPECT_LT(slabs.root.to - slabs.root.from, 1e-3f);
   EXPECT_NEAR(std::fabs(slabs.root.normal[2]), 1.0f, 1e-6f);
   const Parts one(Mesh{plate.file, {plate.corners.begin(), plate.corners.begin() + 3}, {}});
@@ -92,8 +94,10 @@ TEST(SlabTest, NeverRejectsACornerThatMeetsACorner) {
     moving = sweep_shapes::Moved(moving, gsl_arithmetic::Subtract(target, moving.corners[k]));
     const Parts a(moving);
     const Parts b(fixed);
-    const Slabs slabsA = *Slabs::Of(a.corners, a.leaves, a.tree);
-    const Slabs slabsB = *Slabs::Of(b.corners, b.leaves, b.tree);
+    const auto madeA = Slabs::Of(a.corners, a.leaves, a.tree);
+    const Slabs& slabsA = *madeA;
+    const auto madeB = Slabs::Of(b.corners, b.leaves, b.tree);
+    const Slabs& slabsB = *madeB;
     const SlabTest test(d);
     const TreeNode<float>& node = a.tree.nodes[0];
     const Float4 error = (slabsA.nodes[0].reach + Float4::Of(RoundedUp(b.tree.box.Reach()))) *

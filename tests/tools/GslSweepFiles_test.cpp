@@ -134,7 +134,7 @@ TEST(GslSweepFiles, WithoutContactNothingIsWrittenAndThatIsSaid) {
   EXPECT_TRUE(folder.Names().empty());
 }
 
-TEST(GslSweepFiles, JsonFileHoldsWhatStdoutWould) {
+TEST(GslSweepFiles, JsonFileHoldsTheTextOfStdout) {
   const Folder folder;
   const std::string file = folder.Path("answer.json");
   const Outcome run = Sweep(parts + "--direction -z --json " + file);
@@ -213,7 +213,7 @@ TEST(GslSweepFiles, EitherBodyMayComeFromStandardInput) {
   }
 }
 
-TEST(GslSweepFiles, StandardInputThatIsNoMeshExitsWithThree) {
+TEST(GslSweepFiles, StandardInputThatIsNotAMeshExitsWithThree) {
   const std::string onto = "$SWEEP - " GSL_EXAMPLE_MESHES "/bracket.stl -d -z";
   const Outcome nothing = Shell(onto + " </dev/null");
   ExpectOneErrorLine(nothing, 3);
@@ -235,13 +235,13 @@ TEST(GslSweepFiles, OffsetBeyondTheRangeOfDoubleIsAnError) {
   EXPECT_LE(Sweep(question + "0,0,-1e308").status, 1);
 }
 
-TEST(GslSweepFiles, ReaderThatGoesAwayIsNoMatter) {
+TEST(GslSweepFiles, ReaderThatGoesAwayIsNotAnError) {
   const Outcome run = Shell("$SWEEP " + parts + "--direction -z | true");
   EXPECT_EQ(run.status, 0);
   EXPECT_EQ(run.err, "");
 }
 
-TEST(GslSweepFiles, InterruptLeavesNothingBehind) {
+TEST(GslSweepFiles, InterruptLeavesNoFiles) {
   const Folder folder;
   std::mt19937_64 random(1);
   const std::string moving =

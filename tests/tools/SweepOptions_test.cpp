@@ -321,7 +321,7 @@ TEST(SweepOptions, MissingArgumentsAreNamedTogether) {
   EXPECT_EQ(Parse({"a", "-d", "z"}).error, "FIXED is" + expected);
 }
 
-TEST(SweepOptions, OptionGivenTwiceIsRefused) {
+TEST(SweepOptions, RepeatedOptionIsRefused) {
   EXPECT_EQ(ParseMore({"--direction", "x"}).error, "--direction was given 2 times; expected once");
   EXPECT_EQ(ParseMore({"--json", "a", "--json", "b", "--json", "c"}).error,
             "--json was given 3 times; expected once");

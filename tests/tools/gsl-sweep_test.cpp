@@ -84,7 +84,7 @@ TEST(GslSweep, JsonRepeatsTheQuestionAndNotTheThreads) {
   EXPECT_EQ(free["moving"]["left_out"], 0);
 }
 
-TEST(GslSweep, DocumentsShowWhatIsPrinted) {
+TEST(GslSweep, DocumentsShowTheOutput) {
   const std::string folder = GSL_EXAMPLE_MESHES;
   const std::string command = "gsl-sweep bolt.stl bracket.stl --direction 0,0,-1";
   const Outcome run = Shell("cd " + folder + "; $SWEEP " + command.substr(command.find(' ')));
@@ -637,7 +637,7 @@ TEST(GslSweep, SkipsAndCountsNonFiniteTriangles) {
   EXPECT_EQ(answer["warnings"].size(), 1u);
 }
 
-TEST(GslSweep, ProgressStaysOffWhatIsNoTerminal) {
+TEST(GslSweep, ProgressNeedsATerminal) {
   for (const char* style : {"auto", "plain", "never"}) {
     EXPECT_EQ(Sweep(parts + "--direction -z --progress " + style).err, "") << style;
   }

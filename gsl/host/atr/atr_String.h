@@ -12,7 +12,7 @@
 class GSL_HOST_API atr_String {
 public:
   atr_String() = default;
-  /// Plain text; null is the empty text.
+  /// Makes a plain text. Null makes the empty text.
   explicit atr_String(const char* text);
   explicit atr_String(const std::string& text);
 

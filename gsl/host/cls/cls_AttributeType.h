@@ -10,7 +10,7 @@ enum cls_AttributeType {
   cls_ObjectAttribute = 15
 };
 
-/// What kind of collection a record is, if it is one. The numbers are stored.
+/// The kind of a record that is a collection. The numbers are stored.
 enum cls_CollectionType {
   cls_NoCollection = 0,
   cls_ObjectList = 1,

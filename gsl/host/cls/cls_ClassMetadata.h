@@ -8,7 +8,7 @@
 #include <memory>
 #include <vector>
 
-/// What a class declares of its records.
+/// The declaration of a class about its records.
 class GSL_HOST_API cls_ClassMetadata {
 public:
   using Destructor = void (*)(void* object);
@@ -32,7 +32,7 @@ public:
   const cls_TypeAdapterBase& Adapter() const { return *m_adapter; }
   unsigned int TypeId() const { return m_adapter->TypeId(); }
   const char* Name() const { return m_adapter->Name(); }
-  /// Returns null for a class that has none.
+  /// Returns null for a class without a destructor.
   Destructor Dtor() const { return m_dtor; }
   const std::vector<Attribute>& Attributes() const { return m_attributes; }
   const std::vector<Base>& Bases() const { return m_bases; }

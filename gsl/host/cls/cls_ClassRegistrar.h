@@ -11,7 +11,7 @@
 
 class cls_ReadVisitor;
 
-/// Keeps the persistent classes in the order in which they were registered first.
+/// Keeps the persistent classes in the order of their first registration.
 ///
 /// Threads  registering needs the process's one starting thread; afterwards every query is safe
 ///          from any thread.
@@ -31,8 +31,8 @@ public:
   /// Returns null for a class that is not registered.
   const cls_ClassMetadata* FindClass(unsigned int typeId) const;
 
-  /// Returns whether `dynType` is `queried` or derives from it. A class that is not registered is
-  /// itself, too.
+  /// Returns whether `dynType` is `queried` or derives from it. This is true for one class and
+  /// itself, also when the class is not registered.
   [[nodiscard]] bool InheritanceCheck(unsigned int dynType, unsigned int queried) const;
 
   /// Returns a new object of the class that the record names, as a pointer to the class `typeId`.

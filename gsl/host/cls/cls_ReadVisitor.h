@@ -21,8 +21,8 @@ class cls_ListReader;
 class gsl_RecordReader;
 struct gsl_RecordField;
 
-/// One load from a reader of records. It remembers the shared objects that it has read, so that
-/// what was shared when it was written is shared again.
+/// One load from a reader of records. It remembers the shared objects that it has read. So objects
+/// that were shared when they were written are shared again.
 class GSL_HOST_API cls_Load {
 public:
   /// The reader must outlive the load, and its records must not change meanwhile.
@@ -38,7 +38,7 @@ private:
   friend class cls_ReadVisitor;
 
   const gsl_RecordReader& m_reader;
-  /// By record: the holder, or nothing while the object is being read.
+  /// The holder of each record, or nothing while its object is being read.
   std::unordered_map<std::uint32_t, std::any> m_objects;
 };
 
@@ -49,7 +49,7 @@ private:
 /// Absent    a field that the record does not have reads as the caller's default. A child for such
 ///           a field, or for a null, is absent itself: it has no fields, and its uid is null.
 /// Threads   a load and its visitors belong to one thread at a time, also where they are const.
-/// Errors    cls_RecordException for a field of another kind than asked for, a nested record of
+/// Errors    cls_RecordException for a field of another kind than requested, a nested record of
 ///           another class, an object that contains itself, and nesting deeper than kMostNesting;
 ///           what the reader throws; std::bad_alloc.
 class GSL_HOST_API cls_ReadVisitor {
@@ -91,7 +91,7 @@ public:
   void CheckCollectionType(int type) const;
   /// Writes the elements of a cls_UnsignedList, or no elements when absent.
   void ReadUnsigneds(std::vector<unsigned int>& elements) const;
-  /// Writes the entries of a cls_DoubleMatrix row by row; 0 by 0 when absent.
+  /// Writes the entries of a cls_DoubleMatrix row by row, or a matrix of 0 by 0 when absent.
   void ReadDoubles(std::vector<double>& entries, std::size_t& rows, std::size_t& columns) const;
   /// Returns a new reader for the entries of a cls_ObjectList; the caller owns it.
   [[nodiscard]] cls_ListReader* GetListReader() const;
@@ -115,16 +115,16 @@ private:
   cls_ReadVisitor(const cls_ReadVisitor& parent, const gsl_RecordField* field);
 
   cls_ReadVisitor Child(const cls_FieldHandle& handle) const;
-  /// False for a field that the record does not have.
+  /// Is false for a field that the record does not have.
   [[nodiscard]] bool Find(const cls_FieldHandle& handle, gsl_RecordField& field) const;
   [[nodiscard]] bool FindPlain(const cls_FieldHandle& handle, int kind,
                                gsl_RecordField& field) const;
-  /// The record that belongs to the field; kNoRecord for a null, and for no field (null).
+  /// Returns the record that belongs to the field, or kNoRecord for a null and for a null field.
   std::uint32_t OwnRecord(const gsl_RecordField* field) const;
-  /// The record that the field holds or refers to, and where it was found.
+  /// Returns the record that the field holds or refers to, and its place.
   std::uint32_t FindObject(const cls_FieldHandle& handle, Place& place) const;
   [[noreturn]] void RefuseKind(const gsl_RecordField& field, int wanted) const;
-  /// Null for an object that was not read yet; it is then marked as being read.
+  /// Returns null for an object that was not read yet, and marks the object as being read.
   [[nodiscard]] const std::any* KnownObject(std::uint32_t object) const;
   void Remember(std::uint32_t object, std::any holder) const;
   void Forget(std::uint32_t object) const noexcept;
@@ -147,7 +147,7 @@ private:
   std::uint32_t m_record;
   unsigned int m_depth;
   Place m_foundAt;
-  /// The position of the field that is compared first: most fields are read in write order.
+  /// The position of the field that is compared first. Most fields are read in write order.
   mutable std::uint64_t m_expected;
 };
 

@@ -3,7 +3,8 @@
 
 #include "nex_CommandException.h"
 
-/// A record cannot be written or read as asked. The uid is the uid of the record concerned, if any.
+/// Reports that a record cannot be written or read. The uid belongs to the record concerned, if
+/// any.
 class GSL_HOST_API cls_RecordException : public nex_CommandException {
 public:
   explicit cls_RecordException(const cow_String& message, const cls_Uid& uid = cls_Uid());

@@ -14,7 +14,8 @@ public:
   cls_TypeAdapterBase(const cls_TypeAdapterBase&) = delete;
   cls_TypeAdapterBase& operator=(const cls_TypeAdapterBase&) = delete;
 
-  /// Returns what the class gave. What the numbers mean is up to the persistence library.
+  /// Return the name and the numbers of the class. The persistence library defines the meaning of
+  /// the numbers.
   const char* Name() const { return m_name; }
   int Number() const { return m_number; }
   unsigned int Argument() const { return m_argument; }

@@ -7,17 +7,17 @@
 #include <cstdint>
 #include <typeindex>
 
-/// Persistent object identifier: 128 bits, a prefix drawn at random once per process and a serial
-/// number. Trivially copyable; copies are the same identity.
+/// Persistent object identifier of 128 bits: a serial number, and a prefix that is drawn at random
+/// once per process. It is trivially copyable, and copies are the same identity.
 ///
 /// A forked child draws a prefix of its own. Only equality is meaningful; the order is the order of
 /// the bits, not of age.
 class GSL_HOST_API cls_Uid {
 public:
-  /// The null identifier, equal only to itself.
+  /// Makes the null identifier, which is equal only to itself.
   constexpr cls_Uid() noexcept : m_prefix(0), m_serial(0) {}
 
-  /// An identifier read back from a record. Zero and zero is the null identifier.
+  /// Makes an identifier that was read from a record. Two zeros make the null identifier.
   constexpr cls_Uid(std::uint64_t prefixBits, std::uint64_t serialBits) noexcept
       : m_prefix(prefixBits), m_serial(serialBits) {}
 

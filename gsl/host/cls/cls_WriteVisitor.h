@@ -17,7 +17,7 @@ class cls_WriteRequestListObj;
 class gsl_RecordWriter;
 
 /// One save to a writer of records. It remembers, and keeps alive, the shared objects that it has
-/// written, so that each is stored once.
+/// written, so that it stores each object once.
 class GSL_HOST_API cls_Save {
 public:
   /// The writer must outlive the save.
@@ -64,7 +64,7 @@ class GSL_HOST_API cls_WriteVisitor {
 public:
   static constexpr unsigned int kMostNesting = 1000;
 
-  /// Writes roots: every StartWrite starts a further one.
+  /// Writes roots. Every StartWrite starts a further root.
   explicit cls_WriteVisitor(cls_Save& save);
   /// Writes a record that belongs to a field of the parent's record.
   cls_WriteVisitor(const cls_WriteVisitor& parent, const cls_FieldHandle& field);
@@ -128,7 +128,7 @@ private:
   void TakeBack();
 
   cls_Save& m_save;
-  /// The record that holds the place of this visitor's record; kNoRecord for a root.
+  /// The record that holds the place of this visitor's record, or kNoRecord for a root.
   std::uint32_t m_parentRecord;
   /// An entry of a list has no name.
   cls_FieldHandle m_place;

@@ -26,9 +26,9 @@ public:
 
   std::size_t Count() const { return m_elements.size(); }
   [[nodiscard]] bool IsEmpty() const { return m_elements.empty(); }
-  /// No range check.
+  /// Does not check the range.
   unsigned int operator[](std::size_t i) const { return m_elements[i]; }
-  /// The elements in order; valid until the list changes.
+  /// Return the elements in order. They are valid until the list changes.
   const unsigned int* begin() const { return m_elements.data(); }
   const unsigned int* end() const { return m_elements.data() + m_elements.size(); }
   void Append(unsigned int value) { m_elements.push_back(value); }

@@ -15,7 +15,7 @@ class cls_WriteVisitor;
 /// the identity along and leaves the source 0 by 0, with a fresh identity.
 class GSL_HOST_API cls_xp2DArrayDouble {
 public:
-  /// Makes a matrix of zeros. The identity is fresh unless the caller gives one.
+  /// Makes a matrix of zeros. The identity is fresh unless the caller passes an identity.
   cls_xp2DArrayDouble(std::size_t rowCount, std::size_t columnCount,
                       const cls_Uid& identity = cls_Uid::AllocateUid());
   /// Reads the matrix. It is 0 by 0 for an absent record.
@@ -27,14 +27,14 @@ public:
 
   std::size_t Rows() const { return m_rows; }
   std::size_t Columns() const { return m_columns; }
-  /// No range check.
+  /// Does not check the range.
   double operator()(std::size_t row, std::size_t column) const {
     return m_entries[row * m_columns + column];
   }
   double& operator()(std::size_t row, std::size_t column) {
     return m_entries[row * m_columns + column];
   }
-  /// The entries row by row.
+  /// Returns the entries row by row.
   const double* begin() const { return m_entries.data(); }
   const double* end() const { return m_entries.data() + m_entries.size(); }
   double* begin() { return m_entries.data(); }

@@ -19,7 +19,7 @@ public:
   /// Does not check the range. The element is valid until this array changes.
   const T& operator[](std::size_t i) const { return (*m_body.Read())[i]; }
 
-  /// The elements in order; valid until this array changes.
+  /// Return the elements in order. They are valid until this array changes.
   const T* begin() const { return m_body.Read() != nullptr ? m_body.Read()->data() : nullptr; }
   const T* end() const { return begin() + Count(); }
 

@@ -6,13 +6,14 @@
 #include <cstddef>
 #include <string_view>
 
-/// Reference-counted immutable text; copies share one buffer. Bytes, not characters, and a
-/// terminating zero. The count is atomic: copies in different threads are independent.
+/// Reference-counted immutable text; copies share one buffer. The text consists of bytes, not of
+/// characters, and has a terminating zero. The count is atomic: copies in different threads are
+/// independent.
 class GSL_HOST_API cow_String {
 public:
-  /// The empty text, without an allocation.
+  /// Makes the empty text without an allocation.
   cow_String() noexcept = default;
-  /// A copy of the bytes up to the terminating zero; null is the empty text.
+  /// Copies the bytes up to the terminating zero. Null makes the empty text.
   cow_String(const char* text);
   cow_String(const char* bytes, std::size_t length);
   cow_String(const cow_String& other) noexcept;

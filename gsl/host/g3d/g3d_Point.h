@@ -11,12 +11,12 @@ public:
   float z;
   float w;
 
-  /// The origin, w = 1.
+  /// Makes the origin, with w = 1.
   constexpr g3d_Point() noexcept : x(0.0f), y(0.0f), z(0.0f), w(1.0f) {}
   constexpr g3d_Point(float xValue, float yValue, float zValue, float wValue = 1.0f) noexcept
       : x(xValue), y(yValue), z(zValue), w(wValue) {}
 
-  /// All four values exactly.
+  /// Compare all four values exactly.
   [[nodiscard]] friend constexpr bool operator==(const g3d_Point& a, const g3d_Point& b) noexcept {
     return a.x == b.x && a.y == b.y && a.z == b.z && a.w == b.w;
   }

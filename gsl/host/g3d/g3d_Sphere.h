@@ -6,7 +6,7 @@
 /// Bounding sphere of the display library, single precision.
 class GSL_HOST_API g3d_Sphere {
 public:
-  /// About the origin, radius 0.
+  /// Makes a sphere about the origin with radius 0.
   constexpr g3d_Sphere() noexcept : m_radius(0.0f) {}
 
   /// Nothing is checked; a negative radius marks an empty extent.

@@ -19,7 +19,7 @@ public:
   [[nodiscard]] bool IsInitialized() const { return m_starts > 0; }
   const char* Prefix() const { return m_prefix; }
 
-  /// Replaces the process's listener; null for none. Returns the previous listener.
+  /// Replaces the listener of the process. Null removes it. Returns the previous listener.
   static Listener SetListener(Listener listener);
 
 private:

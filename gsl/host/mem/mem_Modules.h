@@ -44,7 +44,7 @@ GSL_HOST_API void g3d_finalize(int& count);
 GSL_HOST_API void omu_initialize(int& count);
 GSL_HOST_API void omu_finalize(int& count);
 
-/// Whether the library of that prefix runs; false for an unknown prefix.
+/// Returns whether the library of that prefix runs, and false for an unknown prefix.
 [[nodiscard]] GSL_HOST_API bool mem_IsInitialized(const char* prefix);
 
 #endif

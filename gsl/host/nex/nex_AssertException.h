@@ -3,7 +3,7 @@
 
 #include "nex_Exception.h"
 
-/// An assertion does not hold; the message is its text.
+/// Reports an assertion that does not hold. The message is the text of the assertion.
 class GSL_HOST_API nex_AssertException : public nex_Exception {
 public:
   explicit nex_AssertException(const cow_String& message, const cls_Uid& uid = cls_Uid());

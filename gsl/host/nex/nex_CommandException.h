@@ -3,7 +3,7 @@
 
 #include "nex_Exception.h"
 
-/// A command received something that it cannot use.
+/// Reports that a command received an argument that it cannot use.
 class GSL_HOST_API nex_CommandException : public nex_Exception {
 public:
   explicit nex_CommandException(const cow_String& message, const cls_Uid& uid = cls_Uid());

@@ -7,8 +7,9 @@
 
 /// The one object of class T in the process.
 ///
-/// One library instantiates it (`template class omi_Singleton<T>;`) with T exported; the header of
-/// T declares it `extern template`, so that every shared library reaches the same pointer.
+/// One library instantiates the class (`template class omi_Singleton<T>;`) and exports T. The
+/// header of T declares it `extern template`, so that every shared library reaches the same
+/// pointer.
 ///
 /// Threads  nothing here is locked: the first Instance() and Destroy() need the process's one
 ///          starting or stopping thread. Instance() afterwards is a plain read.

@@ -3,7 +3,7 @@
 
 #include "mem_Export.h"
 
-/// Seconds of a monotonic clock with an arbitrary origin.
+/// Returns the seconds of a monotonic clock with an arbitrary origin.
 GSL_HOST_API double omi_gettimecounter();
 
 #endif

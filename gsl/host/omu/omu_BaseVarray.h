@@ -3,23 +3,24 @@
 
 #include "mem_Export.h"
 
-/// Growing array of untyped pointers, the storage of the object arrays. It does not own what the
-/// pointers lead to.
+/// Growing array of untyped pointers, the storage of the object arrays. It does not own the objects
+/// of the pointers.
 ///
 /// Growth   through mem_Realloc to the capacity times the ratio. A step adds at least four entries
-///          and a sixteenth, so that also a ratio of at most 1, or NaN, makes room; and at most the
-///          capacity or 2^20 entries, whichever is more, so that no stored ratio exhausts memory.
+///          and a sixteenth, so that a ratio of at most 1, or NaN, makes room too. It adds at most
+///          the capacity or 2^20 entries, whichever is more, so that no stored ratio exhausts
+///          memory.
 /// Errors   std::bad_alloc, with the array as it was.
 class GSL_HOST_API omu_BaseVarray {
 public:
   static constexpr double kDefaultGrowthRatio = 2.0;
 
   omu_BaseVarray();
-  /// Room for `initialCapacity` entries.
+  /// Makes an empty array with room for `initialCapacity` entries.
   omu_BaseVarray(unsigned int initialCapacity, double ratio);
   omu_BaseVarray(const omu_BaseVarray&) = delete;
   omu_BaseVarray& operator=(const omu_BaseVarray&) = delete;
-  /// Take the storage and the ratio; the source is empty then, without storage.
+  /// Take the storage and the ratio. The source is then empty and without storage.
   omu_BaseVarray(omu_BaseVarray&& other) noexcept;
   omu_BaseVarray& operator=(omu_BaseVarray&& other) noexcept;
 
@@ -28,13 +29,13 @@ public:
   double GrowthRatio() const { return m_growthRatio; }
   void SetGrowthRatio(double ratio) { m_growthRatio = ratio; }
 
-  /// Appends; null is an entry too.
+  /// Appends an entry, which may be null.
   void add(void* element);
 
 protected:
   virtual ~omu_BaseVarray();
 
-  /// No range check.
+  /// Does not check the range.
   void* Entry(unsigned int i) const { return m_entries[i]; }
   void* const* Entries() const { return m_entries; }
   void SetEntry(unsigned int i, void* element) { m_entries[i] = element; }

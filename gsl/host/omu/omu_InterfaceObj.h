@@ -16,13 +16,13 @@ public:
 };
 
 /// Base of the objects that scripts see. A derived class names its type and its tables through
-/// DescribeType; looking up, listing and calling is done here.
+/// DescribeType. This base looks names up, lists them and calls methods.
 ///
 /// Slots     the order of the virtual operations is part of the interface.
 /// Results   pointers are heap objects that the caller owns.
 /// Copies    share the shortcut; staleness is copied as it is.
-/// Errors    what a script got wrong throws nex_CommandException with a message that names the type
-///           and the offending name.
+/// Errors    a mistake in a script throws nex_CommandException with a message that names the type
+///           and the wrong name.
 class GSL_HOST_API omu_InterfaceObj {
 public:
   explicit omu_InterfaceObj(const omu_Shortcut& shortcut);
@@ -30,7 +30,7 @@ public:
   omu_InterfaceObj& operator=(const omu_InterfaceObj&);
 
   virtual ~omu_InterfaceObj();
-  /// The name of the script type; "object" before DescribeType.
+  /// Returns the name of the script type, which is "object" before DescribeType.
   virtual cow_String TypeString() const;
   /// Returns "<Transform object at path>", or "<Transform object>" without a path.
   virtual cow_String AsString() const;
@@ -57,7 +57,8 @@ public:
   virtual void DeleteMember(const cow_String& name);
   /// Return names in table order, without the deprecated names.
   virtual std::vector<cow_String> MemberList() const;
-  /// MemberList without MemberExcludeListForQry, which is empty unless a class overrides it.
+  /// Returns MemberList without MemberExcludeListForQry, which is empty unless a class overrides
+  /// it.
   virtual std::vector<cow_String> MemberListForQry() const;
   virtual std::vector<cow_String> MemberExcludeListForQry() const;
   virtual std::vector<cow_String> MethodList() const;
@@ -85,18 +86,18 @@ public:
   [[nodiscard]] virtual bool NonZero() const;
   /// Returns the object that a script's constant wrapper holds, which is this object.
   virtual const omu_InterfaceObj* ConstGetWrapper() const;
-  /// Returns whether what the object represents is gone: SetStale was called, or the shortcut has
+  /// Returns whether the represented object is gone: SetStale was called, or the shortcut has
   /// expired.
   [[nodiscard]] virtual bool IsStale() const;
   virtual void SetStale();
-  /// Returns -1, 0 or 1 by type name, path and then address; 0 only for equal objects.
+  /// Returns -1, 0 or 1 by type name, path and then address. Returns 0 only for equal objects.
   virtual int Compare(const omu_InterfaceObj& other) const;
   /// Returns -1, 0 or 1 by command path.
   virtual int ComparePath(const omu_InterfaceObj& other) const;
 
 protected:
-  /// Names the type of this object and enters it where scripts look types up; for constructors.
-  /// See omu_TypeDescription for the tables; null is an empty table.
+  /// Names the type of this object, and enters the type where scripts look types up. Constructors
+  /// call it. omu_TypeDescription describes the tables; null is an empty table.
   void DescribeType(const char* typeName, const omu_MethodEntry* methods,
                     const omu_MemberEntry* members, const omu_DeprecatedEntry* deprecatedMethods,
                     const omu_DeprecatedEntry* deprecatedMembers);
@@ -110,8 +111,8 @@ private:
   bool m_stale;
 };
 
-/// Compare objects of any two classes as the first object does. C++20 also tries the comparison of
-/// the second object with the sides exchanged, and could not choose between the two.
+/// Compare objects of any two classes as the first object does. Without these operators, C++20
+/// could not choose between the comparisons of the first and of the second object.
 template <class A, class B>
 [[nodiscard]] std::enable_if_t<
     std::is_base_of_v<omu_InterfaceObj, A> && std::is_base_of_v<omu_InterfaceObj, B>, bool>

@@ -8,11 +8,11 @@
 #include <iterator>
 
 /// Array that owns heap objects of class T, or of classes derived from it; an entry may be null.
-/// A thin layer over omu_BaseVarray. A move leaves its source empty.
+/// It is a thin layer over omu_BaseVarray. A move leaves its source empty.
 template <class T>
 class GSL_HOST_API omu_ObjVarray : public omu_BaseVarray {
 public:
-  /// Goes over the entries in order; null for an empty one.
+  /// Iterates over the entries in order. An empty entry is null.
   class Iterator {
   public:
     using iterator_category = std::random_access_iterator_tag;

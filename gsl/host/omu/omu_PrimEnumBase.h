@@ -18,13 +18,14 @@ public:
   ~omu_PrimEnumBase() override;
 
   std::int32_t GetValue() const { return m_currentValue; }
-  /// The name of the current value.
+  /// Returns the name of the current value.
   const atr_String& GetString() const { return m_currentName; }
   cow_String AsString(int style = 0) const override;
 
-  /// The names that this enumeration allows, in the order of its table, with ", " between them.
+  /// Returns the names that this enumeration allows, in the order of its table, with ", " between
+  /// them.
   cow_String PermissibleValuesAsString() const;
-  /// Every name with its value, in the order of the table.
+  /// Returns every name with its value, in the order of the table.
   virtual cow_Map<cow_String, unsigned int> PermissibleValues() const = 0;
 
   /// Returns whether `other` is an enumeration primitive with the same name and value. The
@@ -35,7 +36,7 @@ public:
   void DBWrite(const cls_WriteVisitor& visitor) const;
 
 protected:
-  /// Value 0 and no name, until the derived class sets both.
+  /// Sets the value 0 and no name, until the derived class sets both.
   omu_PrimEnumBase();
   /// Reads the name as it is stored, empty when the record has no name. The value is 0.
   explicit omu_PrimEnumBase(const cls_ReadVisitor& visitor);

@@ -10,7 +10,7 @@
 /// Sequence of numbers and other primitives, as scripts pass and receive them.
 ///
 /// Kind      the character code of the opening bracket: '(' (40) for a tuple, '[' for a list.
-/// Errors    nex_CommandException for an element that does not exist or is of the other sort.
+/// Errors    nex_CommandException for an element that does not exist or has the other kind.
 class GSL_HOST_API omu_PrimTuple : public omu_Primitive {
 public:
   /// Makes an empty tuple with room for `expectedCount` elements. A count below 1 is ignored.
@@ -31,7 +31,7 @@ public:
 
   /// Appends a number.
   virtual void Put(double number);
-  /// Appends a copy; `value` may be this tuple or an element of it.
+  /// Appends a copy. `value` may be this tuple or one of its elements.
   virtual void Put(const omu_Primitive& value);
 
   int Kind() const { return m_kind; }

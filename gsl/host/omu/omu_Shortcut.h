@@ -6,20 +6,22 @@
 #include <cstddef>
 #include <memory>
 
-/// Handle on the place in the model where a script found an object: the command path that leads
-/// there, and whether it still does. Copies share one state, counted atomically.
+/// Handle on the place in the model where a script found an object. It holds the command path to
+/// the place, and whether the path still leads there. Copies share one state, which is counted
+/// atomically.
 class GSL_HOST_API omu_Shortcut {
 public:
   /// Makes a shortcut that leads nowhere. It has no path and never expires.
   omu_Shortcut() noexcept = default;
   explicit omu_Shortcut(const cow_String& path);
 
-  /// Returns the command path as a script writes it; empty for a shortcut that leads nowhere.
+  /// Returns the command path as a script writes it, or an empty text for a shortcut that leads
+  /// nowhere.
   cow_String Path() const;
   [[nodiscard]] bool IsEmpty() const noexcept { return m_state == nullptr; }
 
-  /// Reports that the object at the path is gone, to every copy of this shortcut and for good. Safe
-  /// from any thread.
+  /// Reports to every copy of this shortcut that the object at the path is gone for ever. The call
+  /// is safe from any thread.
   void Expire() noexcept;
   [[nodiscard]] bool IsExpired() const noexcept;
 
@@ -28,7 +30,7 @@ public:
   [[nodiscard]] bool SharesWith(const omu_Shortcut& other) const noexcept {
     return m_state != nullptr && m_state == other.m_state;
   }
-  /// Returns the number of copies; 0 for a shortcut that leads nowhere.
+  /// Returns the number of copies, or 0 for a shortcut that leads nowhere.
   std::size_t Owners() const noexcept { return static_cast<std::size_t>(m_state.use_count()); }
 
 private:

@@ -9,8 +9,8 @@ class omu_InterfaceObj;
 class omu_PrimTuple;
 class omu_Primitive;
 
-/// Tables that a class of scripting objects describes itself with. Each is a static array that ends
-/// with an entry whose name is null; a null pointer is an empty table.
+/// Tables that describe a class of scripting objects. Each table is a static array that ends with
+/// an entry whose name is null. A null pointer is an empty table.
 
 /// Returns a heap object that the caller owns, or null for "nothing".
 using omu_Method = omu_Primitive* (omu_InterfaceObj::*)(const omu_PrimTuple& arguments);
@@ -34,13 +34,13 @@ struct omu_DeprecatedEntry {
   const char* name;
 };
 
-/// What the scripting layer knows of one type.
+/// The description of one type for the scripting layer.
 ///
-/// A type is known from the construction of its first object on and is never forgotten; pointers to
-/// its description stay valid. Look-ups are safe from any thread.
+/// A type is known from the construction of its first object on, and is never forgotten. So
+/// pointers to its description stay valid. Look-ups are safe from any thread.
 class GSL_HOST_API omu_TypeDescription {
 public:
-  /// Returns null for a type of which no object was made yet.
+  /// Returns null for a type without an object so far.
   static const omu_TypeDescription* Find(const cow_String& typeName);
 
   /// Enters a type. The same name with the same tables again changes nothing; with other tables it

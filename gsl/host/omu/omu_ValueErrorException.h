@@ -3,7 +3,7 @@
 
 #include "nex_CommandException.h"
 
-/// A value is not a value that the object model allows.
+/// Reports a value that the object model does not allow.
 class GSL_HOST_API omu_ValueErrorException : public nex_CommandException {
 public:
   explicit omu_ValueErrorException(const cow_String& message, const cls_Uid& uid = cls_Uid());

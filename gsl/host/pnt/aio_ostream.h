@@ -8,7 +8,7 @@
 /// The host's text output stream.
 using aio_ostream = std::ostream;
 
-/// A double and the form in which it is written: `out << aio_FormattedDouble{value, 0, 15}`.
+/// A double, and the form in which a stream writes it: `out << aio_FormattedDouble{value, 0, 15}`.
 ///
 /// Flag 0, the only flag, is the general form: `precision` significant digits (1 to 17) without
 /// trailing zeros, scientific where the exponent is below -4 or at least `precision`. The locale

@@ -3,11 +3,11 @@
 
 #include "mem_Export.h"
 
-/// A row of a module's type table. What the kind and the second word mean is up to the type tables.
+/// A row of a module's type table. The module defines the meaning of the kind and the second word.
 struct typ_Entry {
   unsigned int kind;
   unsigned int secondWord;
-  /// Null for the empty row at the head of a table.
+  /// Is null for the empty row at the head of a table.
   const char* className;
 };
 
@@ -26,7 +26,8 @@ private:
   unsigned int m_rowCount;
 };
 
-/// The type tables of the process's modules, by module number. Safe from any thread.
+/// The type tables of all modules of the process, by module number. Every call is safe from any
+/// thread.
 class GSL_HOST_API typ_ArchCompTable {
 public:
   /// Enters a module's table and replaces the table that the module had.

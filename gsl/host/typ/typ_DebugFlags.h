@@ -3,7 +3,8 @@
 
 #include "mem_Export.h"
 
-/// Integer debug levels by flag number, 0 until set. Safe from any thread.
+/// Integer debug levels by flag number. A level is 0 until it is set. Every call is safe from any
+/// thread.
 class GSL_HOST_API typ_DebugFlags {
 public:
   static int GetDebugFlags(int flag);

@@ -1,8 +1,8 @@
 #ifndef GSL_KERNEL_CONSTANTS_H
 #define GSL_KERNEL_CONSTANTS_H
 
-/// The tolerances that are deliberately fixed, whatever the settings say, and other constants of
-/// the formulas.
+/// The tolerances that are deliberately independent of the settings, and other constants of the
+/// formulas.
 namespace gsl_kernel {
 
 /// Largest difference between the entries of equal matrices.

@@ -48,7 +48,7 @@ inline double DistanceAlongNormal(const Coord3& from, const Coord3& to, const Co
 /// Returns the distance along the common normal, or 0.0 for parallel lines or a zero direction.
 inline double LineSkewDistance(const Line& a, const Line& b, double linearTolerance) {
   Coord3 n;
-  // zero-direction-crosses-every-line: it is neither skew nor parallel.
+  // zero-direction-crosses-every-line: a zero direction is neither skew nor parallel.
   if (!CommonNormal(a.direction.c, b.direction.c, linearTolerance, n)) return 0.0;
   return DistanceAlongNormal(a.point, b.point, n);
 }
@@ -89,14 +89,15 @@ inline ClosestPoints ClosestOfNonParallel(const Line& a, const Line& b, double l
 
 enum class LinePair { Skew, Parallel, Crossing };
 
-/// Skew is tested before parallel, so lines that are both count as skew.
+/// Tests for skew lines first, so lines that are both skew and parallel count as skew.
 inline LinePair ClassifyLines(const Line& a, const Line& b, double linearTolerance) {
   if (LinesAreSkew(a, b, linearTolerance)) return LinePair::Skew;
   if (IsParallel(a.direction, b.direction, kLineParallelTolerance)) return LinePair::Parallel;
   return LinePair::Crossing;
 }
 
-/// Finds where two coplanar lines cross, on the first. Returns false for skew and parallel lines.
+/// Finds the crossing of two coplanar lines, on the first line. Returns false for skew and parallel
+/// lines.
 inline bool CrossLines(const Line& a, const Line& b, double linearTolerance, Coord3& out) {
   if (ClassifyLines(a, b, linearTolerance) != LinePair::Crossing) return false;
   out = ClosestOfNonParallel(a, b, linearTolerance).onFirst;

@@ -21,7 +21,8 @@ inline double PlaneDistance(const Coord3& p, const Plane& plane) {
   return distance > 0.0 ? distance : -distance;
 }
 
-/// Returns the distance along `dir`: negative against the normal, not finite for a parallel `dir`.
+/// Returns the distance along `dir`. It is negative against the normal, and is not finite for a
+/// parallel `dir`.
 inline double PlaneDistanceAlong(const Coord3& p, const Plane& plane, const Measured3& dir) {
   // distance-against-the-normal-is-negative: only the distance itself is made positive.
   return PlaneDistance(p, plane) * dir.magnitude * plane.normal.magnitude /
@@ -39,7 +40,7 @@ inline Coord3 FootOnPlane(const Coord3& p, const Plane& plane, double linearTole
 
 enum class RayPlane { ShortDirection, OriginOnPlane, ParallelDirection, Crossing };
 
-/// Crosses the line through p along `dir` with the plane; `out` is written for Crossing only.
+/// Crosses the line through p along `dir` with the plane. Writes `out` for Crossing only.
 inline RayPlane IntersectRayPlane(const Coord3& p, const Measured3& dir, const Plane& plane,
                                   double linearTolerance, double cosineTolerance, Coord3& out) {
   if (linearTolerance > dir.magnitude) return RayPlane::ShortDirection;

@@ -7,11 +7,11 @@ namespace gsl_kernel {
 
 /// Computes the position of x along p0-p1. The distance of x from the line does not count.
 ///
-/// weights[0] is the fraction from p0 to p1, weights[1] the weight of p0. True within
-/// linearTolerance (closed) of the span; the weights are written either way. A segment is
-/// degenerate when linearTolerance >= length: it takes (0, 1) when x is within linearTolerance of
-/// p0 (closed), and otherwise the result is false and nothing is written.
-/// `length` is the length of p0-p1.
+/// weights[0] is the fraction from p0 to p1, and weights[1] is the weight of p0. Returns true
+/// within linearTolerance (closed) of the span. The weights are written either way. A segment is
+/// degenerate when linearTolerance >= length. Its weights are (0, 1) when x is within
+/// linearTolerance of p0 (closed). Otherwise the result is false and nothing is written. `length`
+/// is the length of p0-p1.
 inline bool PointSegmentParameters(const Coord3& x, const Coord3& p0, const Coord3& p1,
                                    double length, double linearTolerance, double* weights) {
   if (linearTolerance >= length) {
@@ -33,8 +33,8 @@ inline bool PointSegmentParameters(const Coord3& x, const Coord3& p0, const Coor
 
 enum class SegmentFoot { Degenerate, Inside, Outside };
 
-/// Computes the foot of p on the line of p1-p2 and its fraction t. The foot is inside within `tol`
-/// of the span (open). Nothing is written for a degenerate segment, tol > length.
+/// Computes the foot of p on the line of p1-p2, and the fraction t of the foot. The foot is inside
+/// within `tol` of the span (open). Writes nothing for a degenerate segment, tol > length.
 inline SegmentFoot FootOnSegment(const Coord3& p, const Coord3& p1, const Coord3& p2, double tol,
                                  Coord3& foot, double& t) {
   const double length = Distance(p1, p2);

@@ -16,11 +16,11 @@ inline Line SupportingLine(const Segment& s) {
   return LineThrough(s.p1, s.p2);
 }
 
-/// Result of a crossing test. Missed writes nothing; Beyond and Crossing write the point.
+/// The result of a crossing test. Missed writes nothing. Beyond and Crossing write the point.
 enum class SegmentCrossing { Missed, Beyond, Crossing };
 
-/// A direction of lines: divided by its length (`components`), and multiplied by the reciprocal
-/// (`unit`). The two do not have the same bits.
+/// A direction of lines. `components` is the direction divided by its length, and `unit` is the
+/// direction multiplied by the reciprocal. The two do not have the same bits.
 struct RayDirection {
   Coord3 c, components, unit;
 
@@ -36,7 +36,7 @@ struct RayTarget {
   double length;
   Coord3 commonNormal;
   bool hasCommonNormal;
-  /// Shorter than the tolerance or parallel to the lines.
+  /// The target is shorter than the tolerance or parallel to the lines.
   bool isMissed;
 
   RayTarget(const Segment& segment, const RayDirection& ray, double linearTolerance)
@@ -51,9 +51,9 @@ struct RayTarget {
   }
 };
 
-/// Finds where the line through `origin`, in both senses, crosses the target. The weights are those
-/// of PointSegmentParameters and are written with the point. The crossing must be within
-/// linearTolerance (closed) of the segment.
+/// Finds where the line through `origin`, in both senses, crosses the target.
+/// PointSegmentParameters computes the weights, which are written with the point. The crossing must
+/// be within linearTolerance (closed) of the segment.
 inline SegmentCrossing CrossRayTarget(const Coord3& origin, const RayDirection& ray,
                                       const RayTarget& target, double linearTolerance, Coord3& out,
                                       double* weights) {
@@ -87,9 +87,8 @@ inline SegmentCrossing CrossSegmentLine(const Segment& segment, const Line& line
   if (length < linearTolerance) return SegmentCrossing::Missed;
   if (!CrossLines(SupportingLine(segment), line, linearTolerance, out))
     return SegmentCrossing::Missed;
-  // segment-as-long-as-the-tolerance: it can leave the parameters unwritten, which counts as
-  // beyond. A segment of no length without a tolerance has a margin of NaN, and no parameter is
-  // beyond it.
+  // segment-as-long-as-the-tolerance: unwritten parameters count as beyond. Without a tolerance, a
+  // segment of no length has a margin of NaN, and no parameter is beyond it.
   double weights[2] = {std::numeric_limits<double>::infinity(), 0.0};
   PointSegmentParameters(out, segment.p1, segment.p2, length, linearTolerance, weights);
   const double t = weights[0];
@@ -97,7 +96,8 @@ inline SegmentCrossing CrossSegmentLine(const Segment& segment, const Line& line
   return t < -margin || t > 1.0 + margin ? SegmentCrossing::Beyond : SegmentCrossing::Crossing;
 }
 
-/// Finds where each segment crosses the other's line, a first. The point written last stays.
+/// Finds where each segment crosses the line of the other segment, a first. The point written last
+/// stays.
 inline SegmentCrossing CrossSegments(const Segment& a, const Segment& b, double linearTolerance,
                                      Coord3& out) {
   const SegmentCrossing first = CrossSegmentLine(a, SupportingLine(b), linearTolerance, out);

@@ -27,8 +27,9 @@ inline SweptSegment SweptSegmentBetween(const SourcedPoint& p0, const SourcedPoi
   return {{p0, p1}, Between(p0.c, p1.c)};
 }
 
-/// Turns the segment so that its side normal, edge x Z, does not point against `sense` * d. False
-/// when the segment must be turned and the caller does not allow it. The flag is read only then.
+/// Turns the segment so that its side normal, edge x Z, does not point against `sense` * d. Returns
+/// false when the segment must be turned and the caller does not allow it. Reads the flag only when
+/// the segment must be turned.
 inline bool TurnSegment(SweptSegment& segment, const Measured3& d, double sense,
                         const bool* twoSided) {
   const Coord3 sideNormal = Cross(segment.edge.c, {0.0, 0.0, 1.0});
@@ -38,8 +39,8 @@ inline bool TurnSegment(SweptSegment& segment, const Measured3& d, double sense,
   return true;
 }
 
-/// The gap along d between an end and the point that its line along d meets. `side` is +1 for an
-/// end of A, -1 for an end of B.
+/// Returns the gap along d between an end and the point that its line along d meets. `side` is +1
+/// for an end of A and -1 for an end of B.
 // The difference always leads from the end. Where it rounds to zero, the other order has zeros of
 // the other sign.
 inline double GapFromEnd(int side, const Measured3& d, const Coord3& end, const Coord3& met) {
@@ -47,7 +48,7 @@ inline double GapFromEnd(int side, const Measured3& d, const Coord3& end, const 
   return side > 0 ? ahead : -ahead;
 }
 
-/// Finds where the line through p meets the target; false when the line misses the target.
+/// Finds where the line through p meets the target. Returns false when the line misses the target.
 inline bool MeetTarget(const Coord3& p, const RayDirection& ray, const RayTarget& target,
                        double linearTolerance, SourcedPoint& hit) {
   double weights[2];
@@ -56,8 +57,8 @@ inline bool MeetTarget(const Coord3& p, const RayDirection& ray, const RayTarget
          SegmentCrossing::Crossing;
 }
 
-/// Tests a segment along d with a segment across it: the ends of the first against the other.
-/// `side` is +1 when A lies along d, -1 when B does. Gaps of either sign count.
+/// Tests the ends of a segment along d against a segment across d. `side` is +1 when A lies along
+/// d, and -1 when B lies along d. Gaps of either sign count.
 inline bool EndsOfAlong(int side, const SweptSegment& along, const SweptSegment& across,
                         const Measured3& d, double margin, double linearTolerance,
                         SweepContacts& contacts) {
@@ -75,7 +76,7 @@ inline bool EndsOfAlong(int side, const SweptSegment& along, const SweptSegment&
   return found;
 }
 
-/// Tests two segments along d, end against end, where they are on one line. Gaps of either sign
+/// Tests two segments along d, end against end, when they are on one line. Gaps of either sign
 /// count.
 inline bool EndsOnOneLine(const SweptSegment& a, const SweptSegment& b, const Measured3& d,
                           double margin, double cosineTolerance, SweepContacts& contacts) {
@@ -125,7 +126,7 @@ inline bool EndsAcross(const SweptSegment& a, const SweptSegment& b, const Measu
     // passed-end-of-b-is-no-contact: what the first pass wrote stays.
     if (g < 0.0) return false;
     if (!improves(g)) continue;
-    // second-pass-stores-the-end-of-a: with the same index, not the end of B.
+    // second-pass-stores-the-end-of-a: this is the end with the same index, not the end of B.
     contacts.Accept(0, hit, a.p[i], g);
     found = true;
   }
@@ -146,46 +147,51 @@ constexpr double kLeastOrdinarySize = 1e-100;
 constexpr double kLargestOrdinarySize = 1e100;
 
 // The crossing of a target with the ray from an origin is start + s u with s = N / D,
-// N = (w . v) c - w . u, D = c c - 1 and c = u . v. Here u is the target's unit vector, v the
-// ray's, and w leads from start to the origin. The constants below count unit roundoffs h = 2^-53.
+// N = (w . v) c - w . u, D = c c - 1 and c = u . v. Here u is the unit vector of the target, v is
+// the unit vector of the ray, and w leads from start to the origin. The constants below count unit
+// roundoffs h = 2^-53.
 // All z are equal, so that a dot product has two products and one sum.
 
 /// Error of |u|^2 = 1, in unit roundoffs.
-// The length has 2 h: a square 1 h, the sum 1 h, the root halves both and adds 1 h. Its reciprocal
-// has 1 h more, and so has the product of a component with it. Squaring doubles these 4 h.
+// The length has 2 h: a square has 1 h, the sum has 1 h, and the root halves both and adds 1 h. The
+// reciprocal of the length adds 1 h, and the product with a component adds 1 h. Squaring doubles
+// these 4 h.
 constexpr double kUnitSquareRoundoffs = 2.0 * (2.0 + 1.0 + 1.0);
 
 /// Error of c, in unit roundoffs.
-// Each product 1 h, the sum 1 h.
+// Each product has 1 h, and the sum has 1 h.
 constexpr double kCosineRoundoffs = 1.0 + 1.0;
 
 /// Error of D against (u . v)^2 - |u|^2 |v|^2 = -|u x v|^2, in unit roundoffs.
-// c twice, the product 1 h, the difference 1 h; the 1 takes the place of |u|^2 |v|^2.
+// c counts twice. The product has 1 h, and the difference has 1 h. The number 1 takes the place of
+// |u|^2 |v|^2.
 constexpr double kDenominatorRoundoffs =
     2.0 * kCosineRoundoffs + 1.0 + 1.0 + 2.0 * kUnitSquareRoundoffs;
 
 /// Error of N against (w . v) (u . v) - (w . u) |v|^2, in unit roundoffs of |w|.
-// w . v, c, and the product of the two; w . u; the difference; w . u lacks the factor |v|^2.
+// w . v, c and their product have errors, and so have w . u and the difference. The factor |v|^2 is
+// missing in w . u.
 constexpr double kNumeratorRoundoffs =
     (kCosineRoundoffs + kCosineRoundoffs + 1.0) + kCosineRoundoffs + 1.0 + kUnitSquareRoundoffs;
 
 /// The least |u x v| of a target that does not count as parallel to the ray.
 // Some component of the unit vectors differs by more than the tolerance t = kLineParallelTolerance,
-// for v and for -v. So 2 sin(a / 2) > t and 2 cos(a / 2) > t, where a is the angle, and the squares
-// of the two add up to 4: sin(a) is above t sqrt(1 - t^2 / 4), and that above t (1 - t^2 / 4). The
-// components that are compared are off by 3 h each, their difference by another h. u and v are off
-// in direction by 1 h each, and in length by 4 h of |u x v|, which is far below 1 h.
+// for v and for -v. So 2 sin(a / 2) > t and 2 cos(a / 2) > t, where a is the angle. The squares of
+// these two numbers add up to 4. So sin(a) is above t sqrt(1 - t^2 / 4), which is above
+// t (1 - t^2 / 4). The components that are compared have 3 h each, and their difference adds 1 h.
+// The directions of u and v have 1 h each. Their lengths have 4 h of |u x v|, which is far below
+// 1 h.
 constexpr double kLeastCross =
     kLineParallelTolerance * (1.0 - kLineParallelTolerance * kLineParallelTolerance / 4.0) -
     (2.0 * 3.0 + 1.0 + 2.0 * 1.0 + 1.0) * kUnitRoundoff;
 
-// The errors below are not divided by |u x v|. They are in unit roundoffs of R, the sum of the
-// sizes of all coordinates plus what the target was lengthened by. |s|, |w| and every length are at
-// most R.
+// The errors below are not divided by |u x v|. They are in unit roundoffs of R. R is the sum of the
+// sizes of all coordinates, plus the length that the tolerance adds to the target. |s|, |w| and
+// every length are at most R.
 
 /// Error of start + s u, after N and D, in unit roundoffs of R.
-// w, the quotient s and the product s u are at most R each, and have 1 h each. The sum is at most
-// 2 R and has 1 h.
+// The vector w, the quotient s and the product s u are at most R each, and have 1 h each. The sum
+// is at most 2 R and has 1 h.
 constexpr double kCrossingPointRoundoffs = 1.0 + 1.0 + 1.0 + 2.0 * 1.0;
 
 /// How far aside the ray is where v is off the direction of d, in unit roundoffs of R.
@@ -219,22 +225,20 @@ constexpr double kFirstEndsRoundoffs = (1.0 + 1.0 + 1.0) + (3.0 + 2.0 + 1.0 + 1.
 // and two products, and the length of d has 2 h.
 constexpr double kReachRoundoffs = (2.0 + 3.0) + 2.0 + (2.0 + 2.0) + 2.0;
 
-/// What is not divided by |u x v|, in unit roundoffs of R.
+/// The sum of the errors that are not divided by |u x v|, in unit roundoffs of R.
 constexpr double kUndividedRoundoffs = kCrossingPointRoundoffs + kRayTurnRoundoffs +
                                        kTargetTurnRoundoffs + kPositionRoundoffs +
                                        kGapAsideRoundoffs + kFirstEndsRoundoffs + kReachRoundoffs;
 
-/// How far aside of its ray rounding puts a crossing, relative to the coordinates plus whatever the
-/// target was lengthened by.
+/// How far rounding puts a crossing aside of its ray, relative to R.
 ///
 /// Requires ordinary sizes, and a target that counts as neither shorter than the tolerance nor
 /// parallel to the ray.
-// The exact crossing of the two lines has s* = N* / D* with N* and D* as named above, which holds
-// for vectors of any length: N* = -(w x v) (u x v). The computed s satisfies s D = N (1 + h), so
-// that s - s* = (dN - s dD) / D*, where dN and dD are the errors of N and D. The computed crossing
-// is off its ray by |u x v| times that: (|dN| + |s| |dD|) / |u x v|. |w| and |s| are at most the
-// sum of the coordinates plus what the target was lengthened by. Products of two errors add less
-// than 1e-8 of the second part.
+// The exact crossing of the two lines has s* = N* / D*, with N* and D* as named above. This holds
+// for vectors of any length: N* = -(w x v) (u x v). The computed s satisfies s D = N (1 + h). So
+// s - s* = (dN - s dD) / D*, where dN and dD are the errors of N and D. The computed crossing is
+// off its ray by |u x v| times this difference: (|dN| + |s| |dD|) / |u x v|. |w| and |s| are at
+// most R. Products of two errors add less than 1e-8 of the second part.
 constexpr double kCrossingRounding =
     ((kNumeratorRoundoffs + kDenominatorRoundoffs) / kLeastCross + kUndividedRoundoffs) *
     kUnitRoundoff;
@@ -252,7 +256,7 @@ inline double AsideReach(const SweptSegment& a, const SweptSegment& b, const Mea
   return (widest + kCrossingRounding * (widest + size)) * d.magnitude;
 }
 
-/// Whether AsideReach holds for these segments and this direction. False for a NaN.
+/// Returns whether AsideReach holds for these segments and this direction. Returns false for a NaN.
 inline bool AreOrdinary(const SweptSegment& a, const SweptSegment& b, const Measured3& d) {
   // A segment whose length overflows (beyond about 1e154) can be met from far aside, and so can a
   // segment whose length has lost its digits.
@@ -276,7 +280,7 @@ inline double GapAside(const SweptSegment& a, const SweptSegment& b, const Measu
 }
 
 /// Returns true when two segments of one plane pass each other too far aside for the steps of the
-/// sweep to find a contact. It may return false for such a pair: then the steps find nothing.
+/// sweep to find a contact. It may return false for such a pair, and the steps then find nothing.
 inline bool PassAside(const SweptSegment& a, const SweptSegment& b, const Measured3& d,
                       const SweepTolerances& tol) {
   const double height = a.p[0].c.z;

@@ -3,11 +3,11 @@
 
 #include "kernel/Vector.h"
 
-/// What the sweeps return. A kernel does not allocate identities: every point says where it came
-/// from, and the caller does.
+/// The results of the sweeps. A kernel does not allocate identities. Every point says where it came
+/// from, and the caller allocates the identity.
 namespace gsl_kernel {
 
-/// Where a point came from: 0 to 2 a vertex of A, 3 to 5 a vertex of B, or one of these.
+/// Where a point came from. 0 to 2 are the vertices of A, and 3 to 5 are the vertices of B.
 enum PointSource : int { kFirstOfA = 0, kFirstOfB = 3, kFirstContact = 6, kComputed = 7 };
 
 struct SourcedPoint {
@@ -15,7 +15,7 @@ struct SourcedPoint {
   int source;
 };
 
-/// Slot of the contact on the body that `side` names: +1 for A, -1 for B.
+/// Returns the slot of the contact on the body that `side` names: +1 for A, -1 for B.
 inline int SlotOf(int side) {
   return (1 - side) / 2;
 }

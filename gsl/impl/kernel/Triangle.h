@@ -5,8 +5,8 @@
 
 namespace gsl_kernel {
 
-/// A corner as the triangle test sees it, with the normal of its two edges (its length is the
-/// doubled area) and the square of that normal.
+/// A corner for the triangle test, with the normal of its two edges and the square of this normal.
+/// The length of the normal is the doubled area.
 struct Corner {
   Coord3 at, next, last;
   Coord3 normal;
@@ -43,8 +43,8 @@ inline bool PointInTriangle(const Coord3& x, const Coord3& p0, const Coord3& p1,
   return inside;
 }
 
-/// A triangle that many points are tested against: the results of PointInTriangle, bit for bit,
-/// without the weights.
+/// A triangle that many points are tested against. Returns the results of PointInTriangle, bit for
+/// bit, without the weights.
 class TriangleTest {
 public:
   TriangleTest(const Coord3& p0, const Coord3& p1, const Coord3& p2, double linearTolerance)
@@ -54,9 +54,8 @@ public:
   bool Contains(const Coord3& x) const {
     for (const Corner& corner : m_corners) {
       const double scaled = ScaledWeight(x, corner);
-      // Only a negative weight can be too small, and only then does its rounding matter: the
-      // quotient and the product of a number that is not negative with a square are not negative
-      // either, or NaN.
+      // Only a negative weight can be too small, so only the rounding of a negative weight matters.
+      // The quotient and the product of any other number with a square are not negative, or NaN.
       if (!(scaled < 0.0)) continue;
       if (scaled / corner.normalSquared * corner.normalSquared < -m_tolerance2) return false;
     }

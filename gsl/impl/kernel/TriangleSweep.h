@@ -33,11 +33,12 @@ inline TriangleTest InsideTest(const SourcedTriangle& tri, double linearToleranc
   return {tri.p[0].c, tri.p[1].c, tri.p[2].c, linearTolerance};
 }
 
-/// An edge with what its crossings with other edges share.
+/// An edge, with the values that all its crossings use.
 struct PreparedEdge {
   Coord3 start, end;
   Line line;
-  /// The direction divided by its length, and multiplied by the reciprocal: not the same bits.
+  /// The direction divided by its length, and the direction multiplied by the reciprocal. The two
+  /// do not have the same bits.
   Coord3 components, unit;
 };
 
@@ -55,8 +56,8 @@ struct PreparedEdges {
   }
 };
 
-/// Finds where two edges cross. p lies on the line of the first; the weights locate p along the
-/// second.
+/// Finds where two edges cross. p lies on the line of the first edge. The weights locate p along
+/// the second edge.
 ///
 /// The lines must be neither skew nor parallel, and p must be within both edges. The four tests can
 /// run in any order, so the cheap tests, which reject most, come first.
@@ -122,8 +123,8 @@ inline bool EdgeOnTriangleDist(const SourcedTriangle& edgeTri, const SourcedTria
   return found;
 }
 
-/// Sweeps two triangles that are edge-on and in one plane: vertex i of the first against edge i of
-/// the second.
+/// Sweeps two triangles that are edge-on and in one plane. Tries vertex i of the first triangle
+/// against edge i of the second.
 inline bool CoplanarVertexEdgeDist(const SourcedTriangle& tri1, const SourcedTriangle& tri2,
                                    const Measured3& d, int side, const SweepTolerances& tol,
                                    SweepContacts& contacts) {
@@ -145,8 +146,8 @@ inline bool CoplanarVertexEdgeDist(const SourcedTriangle& tri1, const SourcedTri
   return found;
 }
 
-/// Sweeps two triangles that are not edge-on: vertices of A over B, vertices of B under A, crossing
-/// edges.
+/// Sweeps two triangles that are not edge-on. Tries the vertices of A over B, the vertices of B
+/// under A, and the crossings of edges.
 template <class CallerContact>
 inline bool FaceToFaceDist(const SourcedTriangle& a, const SourcedTriangle& b, const Plane& planeA,
                            const Plane& planeB, const Measured3& d, const SweepTolerances& tol,
@@ -175,7 +176,7 @@ inline bool FaceToFaceDist(const SourcedTriangle& a, const SourcedTriangle& b, c
     consider({p, kComputed});
   });
   if (!found) return false;
-  // second-contact-follows-first: also when the first one is still what the caller passed in.
+  // second-contact-follows-first: the first contact may still be what the caller passed in.
   const Coord3 first = contacts.written[0] ? contacts.point[0].c : callerContact();
   contacts.point[1] = ShadowOf({first, kFirstContact}, planeB, d, tol);
   contacts.written[1] = true;
@@ -210,7 +211,7 @@ inline bool SlabsReject(const SourcedTriangle& a, const SourcedTriangle& b, cons
 
 enum class Facing { Right, EdgeOn, Wrong };
 
-/// Whether the normal points with `sense` * d.
+/// Returns whether the normal points with `sense` * d.
 inline Facing FacingOf(const Measured3& normal, const Measured3& d, double sense,
                        double cosineTolerance) {
   if (gsl_arithmetic::IsOrthogonal(normal, d, cosineTolerance)) return Facing::EdgeOn;
@@ -218,21 +219,21 @@ inline Facing FacingOf(const Measured3& normal, const Measured3& d, double sense
 }
 
 /// Error of the length of a normal that is present, in unit roundoffs.
-// The length is m (1 / m) with a rounding of the reciprocal and one of the product. A length that
+// The length is m (1 / m). The reciprocal is rounded, and so is the product. A length that
 // overflows results in NaN, and a subnormal length can result in infinity: both count as present.
 constexpr double kUnitNormalRoundoffs = 1.0 + 1.0;
 
 /// Length below which a triangle has no normal.
-// The length of a normal is exactly 0, or within kUnitNormalRoundoffs of 1: anything between the
-// two separates them.
+// The length of a normal is exactly 0, or within kUnitNormalRoundoffs of 1. Every number between
+// the two separates them.
 constexpr double kNormalPresent = 0.5;
 
 inline Measured3 NormalOf(const SourcedTriangle& tri, double cosineTolerance) {
   return UnitNormal(tri.p[0].c, tri.p[1].c, tri.p[2].c, cosineTolerance);
 }
 
-/// Turns the normal of a triangle that faces the wrong way; false where the caller does not allow
-/// that. The flag of a triangle that faces the right way is not read.
+/// Turns the normal of a triangle that faces the wrong way. Returns false when the caller does not
+/// allow the turn. Does not read the flag of a triangle that faces the right way.
 inline bool Turn(Measured3& normal, Facing facing, const bool* twoSided) {
   if (facing != Facing::Wrong) return true;
   if (!*twoSided) return false;
@@ -240,10 +241,10 @@ inline bool Turn(Measured3& normal, Facing facing, const bool* twoSided) {
   return true;
 }
 
-/// Sweeps along the unit direction d, or the zero vector, a pair that SlabsReject keeps. A triangle
-/// without a normal, and then a triangle that faces the wrong way, ends the sweep before anything
-/// is written. `callerContact` returns what the caller passed in as contacts[0], and is called only
-/// where that counts.
+/// Sweeps a pair that SlabsReject keeps along d, a unit vector or the zero vector. A triangle
+/// without a normal ends the sweep before anything is written, and so does a triangle that faces
+/// the wrong way. `callerContact` returns what the caller passed in as contacts[0]. It is called
+/// only where this contact counts.
 template <class CallerContact>
 inline bool SweepTriangle(const Measured3& d, const SourcedTriangle& a, const SourcedTriangle& b,
                           const bool* twoSided, const SweepTolerances& tol,
@@ -266,7 +267,7 @@ inline bool SweepTriangle(const Measured3& d, const SourcedTriangle& a, const So
   if (edgeOnA) {
     // crossing-planes-count-as-one: planes that are not parallel have the distance 0.
     if (DistanceBetweenParallelPlanes(planeA, planeB, tol.cosine) > tol.linear) return false;
-    // coplanar-b-only-without-a: what A's vertices found is kept, B's are then not tried.
+    // coplanar-b-only-without-a: after a contact of A's vertices, B's vertices are not tried.
     return CoplanarVertexEdgeDist(a, b, d, +1, tol, contacts) ||
            CoplanarVertexEdgeDist(b, a, d, -1, tol, contacts);
   }

@@ -28,9 +28,9 @@ inline double Distance(const Coord3& a, const Coord3& b) {
   return Length(Subtract(b, a));
 }
 
-/// Returns the unit normal of p1, p2, p3, right-handed, or zero when cosineTolerance * |p1p2| *
-/// |p2p3| >= |p1p2 x p2p3|. The length is scaled with the components, so that it can miss 1 by a
-/// last place.
+/// Returns the right-handed unit normal of p1, p2, p3. Returns zero when cosineTolerance * |p1p2| *
+/// |p2p3| >= |p1p2 x p2p3|. The length is scaled with the components, so it can miss 1 by a last
+/// place.
 inline Measured3 UnitNormal(const Coord3& p1, const Coord3& p2, const Coord3& p3,
                             double cosineTolerance) {
   const Measured3 a = Between(p1, p2);
@@ -55,7 +55,7 @@ inline bool SameDirection(const Measured3& a, const Measured3& b, double tol) {
   return SameComponents(UnitComponents(a), UnitComponents(b), tol);
 }
 
-/// Returns true for the same direction or the opposite direction, both as unit components.
+/// Returns true for the same direction or the opposite direction. Requires unit components.
 inline bool SameOrOppositeComponents(const Coord3& a, const Coord3& b, double tol) {
   return SameComponents(a, b, tol) || SameComponents(a, Negated(b), tol);
 }

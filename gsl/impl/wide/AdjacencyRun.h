@@ -3,7 +3,7 @@
 
 namespace gsl_wide {
 
-/// Entries of an adjacency row that are looked at together: a cache line of bytes.
+/// The entries of an adjacency row that are scanned together: a cache line of bytes.
 constexpr int kAdjacencyRun = 64;
 
 } // namespace gsl_wide

@@ -8,8 +8,8 @@
 /// the compiler's vector extension. Every operation rounds each lane as the scalar operation does.
 ///
 /// The same source is compiled once per instruction set. Each set has a namespace of its own, so
-/// that the linker never takes one set's copy of an inline function for another's. For the same
-/// reason nothing in these headers calls an inline function of the standard library.
+/// that the linker never uses the inline functions of one set for another set. For the same reason
+/// these headers call no inline function of the standard library.
 
 #if defined(__AVX512F__)
 #define GSL_LANES 8
@@ -45,7 +45,7 @@ GSL_ALWAYS_INLINE void Store(double* to, Doubles v) {
 GSL_ALWAYS_INLINE void Prefetch(const double* array, std::ptrdiff_t index) {
   const auto at =
       reinterpret_cast<std::uintptr_t>(array) + static_cast<std::uintptr_t>(index) * sizeof(double);
-  // Arithmetic on pointers may not leave the array.
+  // A pointer must not leave the array, but a number may.
   // NOLINTNEXTLINE(performance-no-int-to-ptr)
   __builtin_prefetch(reinterpret_cast<const void*>(at), 1, 3);
 }

@@ -26,7 +26,7 @@ public:
         m_next(Splat(static_cast<double>(firstRow)) + ZeroToLast()) {}
 
   GSL_ALWAYS_INLINE void See(Doubles merit) {
-    // equal-merits-take-the-last-row: but never a NaN.
+    // equal-merits-take-the-last-row: a tie is better, and a NaN is not.
     const auto better = merit >= m_best;
     m_best = better ? merit : m_best;
     m_row = better ? m_next : m_row;

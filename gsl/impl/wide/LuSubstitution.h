@@ -5,7 +5,7 @@
 
 #include <utility>
 
-/// Solution of L * U * x = P * b in place. Every sum is a running subtraction, j increasing.
+/// Solves L * U * x = P * b in place. Every sum is a running subtraction with an increasing j.
 namespace gsl_wide {
 
 /// Applies the exchanges of rows to the right side. Comes first: step i exchanges no row that is

@@ -6,9 +6,8 @@
 #include <cmath>
 #include <utility>
 
-/// LU elimination in place, column after column. It serves systems that are too small to be cut
-/// into blocks, and systems for whose blocks there is no memory. The results are the bits of the
-/// blocked form.
+/// LU elimination in place, column after column. It serves systems that are too small for blocks,
+/// and systems without memory for blocks. The results are the bits of the blocked form.
 namespace gsl_wide {
 
 /// Returns the largest magnitude of a row. Ignores NaN, and returns 0 for a row of NaN.

@@ -7,7 +7,8 @@
 /// The parts that the forms of the LU elimination share.
 namespace gsl_wide {
 
-/// A row whose largest magnitude is below this is a zero row, and no pivot is smaller.
+/// A row whose largest magnitude is below this number is a zero row. Every pivot has at least this
+/// size.
 // dependent-column-gets-the-tiny-pivot: a singular matrix without a zero row is solved.
 constexpr double kTinyPivot = 1e-16;
 

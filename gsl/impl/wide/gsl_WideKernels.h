@@ -9,13 +9,13 @@
 /// Instruction sets that the wide kernels are compiled for.
 enum class gsl_VectorWidth { Baseline, Avx2, Avx512 };
 
-/// The kernels that are compiled once per instruction set. The results are the same with each.
+/// The kernels that are compiled once per instruction set. Every set returns the same results.
 struct gsl_WideKernels {
-  /// gsl_wide::LargestOfRow
+  /// Is gsl_wide::LargestOfRow.
   double (*largestOfRow)(const double* row, std::ptrdiff_t n, double* to);
-  /// gsl_wide::LuElimination
+  /// Runs gsl_wide::LuElimination.
   void (*eliminate)(gsl_wide::LuWork& work);
-  /// gsl_wide::SkipRuns
+  /// Is gsl_wide::SkipRuns.
   std::size_t (*skipRuns)(const unsigned char* entries, const unsigned char* open,
                           const unsigned char* next, std::size_t runs);
 };

@@ -45,7 +45,7 @@ TEST(GslBBox, NewBoxIsEmpty) {
   EXPECT_FALSE(box.Uid().IsNull());
 }
 
-TEST(GslBBox, EmptyBoxStillHasACentre) {
+TEST(GslBBox, EmptyBoxHasACentre) {
   gsl_BBox box;
   EXPECT_XYZ(box.Center(), -0.5, -0.5, -0.5);
 }
@@ -82,7 +82,7 @@ TEST(GslBBox, GrowingKeepsTheIdentitiesOfCornersAndBox) {
   EXPECT_EQ(box.Uid(), uid);
 }
 
-TEST(GslBBox, ItsOwnCornerCanBeAdded) {
+TEST(GslBBox, BoxMayGrowByItsOwnCorner) {
   gsl_BBox box = BoxOf({0.0, 0.0, 0.0}, {1.0, 2.0, 3.0});
   box.Add(box.min);
   box.Add(box.max);
@@ -99,7 +99,7 @@ TEST(GslBBox, AddingAnEmptyBoxChangesNothing) {
   box.Add(gsl_BBox());
   EXPECT_XYZ(box.min, 0.0, 0.0, 0.0);
   EXPECT_XYZ(box.max, 1.0, 2.0, 3.0);
-  // Nor does a box that does not hold the corners of the empty state.
+  // A box without the corners of the empty state does not change either.
   gsl_BBox away = BoxOf({5.0, 5.0, 5.0}, {6.0, 6.0, 6.0});
   away.Add(gsl_BBox());
   EXPECT_XYZ(away.min, 5.0, 5.0, 5.0);
@@ -210,7 +210,7 @@ TEST(GslBBox, EmptyBoxIntersectsNothingNotEvenAnEmptyOne) {
 }
 
 TEST(GslBBox, EmptyBoxCountsMinusOneWhichHugeExtentsHide) {
-  // An extent of 2^54 less 1 rounds back to it; one of 2^53 does not.
+  // An extent of 2^54 minus 1 rounds to 2^54. An extent of 2^53 minus 1 is exact.
   const gsl_BBox empty;
   const double lost = std::ldexp(1.0, 54);
   const double kept = std::ldexp(1.0, 53);
@@ -328,7 +328,7 @@ TEST(GslBBox, BoxesAreEqualWhenTheirCornersAre) {
   EXPECT_TRUE(gsl_BBox() == gsl_BBox());
 }
 
-TEST(GslBBox, BoxOfNotANumberEqualsOnlyItself) {
+TEST(GslBBox, BoxOfNaNEqualsOnlyItself) {
   gsl_BBox box;
   box.Add(gsl_Point(kNaN, 0.0, 0.0));
   const gsl_BBox copy(box);
@@ -336,7 +336,7 @@ TEST(GslBBox, BoxOfNotANumberEqualsOnlyItself) {
   EXPECT_FALSE(box == copy);
 }
 
-TEST(GslBBox, NotANumberStaysWhereItEnteredFirstAndIsPassedOverLater) {
+TEST(GslBBox, NaNStaysWhereItEnteredFirstAndIsIgnoredLater) {
   gsl_BBox first;
   first.Add(gsl_Point(kNaN, 1.0, 1.0));
   EXPECT_FALSE(first.IsEmpty());

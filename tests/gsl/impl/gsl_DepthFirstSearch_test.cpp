@@ -62,7 +62,7 @@ Labelling SearchWithoutMemory(const Graph& graph) {
   return Search(graph);
 }
 
-/// The definition: recursive, entry by entry.
+/// Follows the definition: it is recursive and reads entry by entry.
 class RecursiveSearch {
 public:
   explicit RecursiveSearch(const Graph& g) : graph(g), visited(static_cast<std::size_t>(g.Size())) {
@@ -164,7 +164,8 @@ TEST(GslDepthFirstSearch, VertexThatOnlyPointsBackStartsItsOwnComponent) {
 }
 
 TEST(GslDepthFirstSearch, EdgesAreFollowedInTheirDirectionOnly) {
-  // 0 -> 2, 3 -> 2, 3 -> 1: component 0 is {0, 2}; 1 has no edges; 3 finds both its ends taken.
+  // 0 -> 2, 3 -> 2, 3 -> 1: component 0 is {0, 2}, vertex 1 has no edges, and vertex 3 finds 1 and
+  // 2 already labelled.
   Graph graph(4);
   graph.Edge(0, 2) = graph.Edge(3, 2) = graph.Edge(3, 1) = true;
   const Labelling found = Search(graph);
@@ -173,7 +174,7 @@ TEST(GslDepthFirstSearch, EdgesAreFollowedInTheirDirectionOnly) {
 }
 
 TEST(GslDepthFirstSearch, ComponentReachesBackToLowerVertices) {
-  // 0 -> 5 -> 1 -> 4; 2 and 3 are left, joined.
+  // The edges are 0 -> 5 -> 1 -> 4. The vertices 2 and 3 are joined and remain.
   Graph graph(6);
   graph.Edge(0, 5) = graph.Edge(5, 1) = graph.Edge(1, 4) = graph.Edge(2, 3) = true;
   const Labelling found = Search(graph);
@@ -216,7 +217,8 @@ TEST(GslDepthFirstSearch, RandomGraphsAreLabelledAsDefined) {
 }
 
 TEST(GslDepthFirstSearch, ClustersAreSkippedOnceTheyAreDone) {
-  // Runs of vertices that belong together, so that whole groups of entries have nobody left.
+  // Neighbouring vertices belong together, so that whole groups of entries have no unvisited
+  // vertex.
   RandomNumbers random(6);
   const int n = 1500;
   Graph graph(n);
@@ -249,7 +251,7 @@ TEST(GslDepthFirstSearch, PathInAnyOrderIsOneComponent) {
 
 namespace {
 
-/// A directed path 0 -> 1 -> ... in untouched pages, of which only the edges take memory.
+/// A directed path 0 -> 1 -> ... in untouched pages. Only pages with edges take memory.
 class LongPath {
 public:
   explicit LongPath(int vertices)
@@ -314,8 +316,8 @@ void ExpectOneComponent(int n, std::size_t stackBytes) {
 
 } // namespace
 
-TEST(GslDepthFirstSearch, AnyDepthNeedsTheSameStackOf512KiBForAPathOf20000) {
-  // Above 16384 vertices the groups that have one left need more than one word.
+TEST(GslDepthFirstSearch, PathOf20000FitsAStackOf512KiB) {
+  // Above 16384 vertices, the bits of the groups need more than one word.
   ExpectOneComponent(kTestScaleDivisor == 1 ? 20000 : 17000, 512 * 1024);
 }
 
@@ -324,12 +326,12 @@ TEST(GslDepthFirstSearch, PathOf60000FitsAnOrdinaryStack) {
   ExpectOneComponent(60000, 8 * 1024 * 1024);
 }
 
-TEST(GslDepthFirstSearch, WithoutMemoryADeepPathNeedsNoStackEither) {
+TEST(GslDepthFirstSearch, DeepPathWithoutMemoryNeedsNoStack) {
   const bool small = kTestScaleDivisor > 1;
   const int n = small ? 2000 : 6000;
   LongPath path(n);
   if (!path.Mapped()) GTEST_SKIP() << "no address space for the matrix";
-  // A frame of 16 bytes per vertex would not fit; instrumented code has frames of its own.
+  // A frame of 16 bytes per vertex would not fit. Instrumented code has larger frames.
   EXPECT_EQ(path.CountOnStackOf((small ? 512 : 64) * 1024, true), 1);
   EXPECT_EQ(path.Labels(), std::vector<int>(static_cast<std::size_t>(n), 0));
 }

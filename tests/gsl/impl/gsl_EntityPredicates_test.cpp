@@ -87,7 +87,8 @@ TEST(GslEntityPredicates, CoincidenceIsStrictInDistanceAndCosine) {
 }
 
 TEST(GslEntityPredicates, CoincidenceMeasuresTheFirstLinesPointFromTheSecond) {
-  // 1e-10 off parallel: 1e8 away the lines are 5e-3 apart, measured at the first one's point.
+  // The lines are 1e-10 off parallel. At a distance of 1e8, measured at the point of the first
+  // line, they are 5e-3 apart.
   const gsl_StLine a = Line(0, 0, 0, 1, 0, 0);
   const gsl_StLine b = Line(1e8, 0, 0, 1, 5e-11, 0);
   EXPECT_FALSE(linesCoincident(a, b));
@@ -178,7 +179,8 @@ TEST(GslEntityPredicates, CoincidentPlanesAreStrictInTheDistance) {
 }
 
 TEST(GslEntityPredicates, DistanceBetweenPlanesMeasuresTheFirstsPointFromTheSecond) {
-  // Parallel within the tolerance, and 1e8 apart sideways: 2e-3 at one point, nothing at the other.
+  // The planes are parallel within the tolerance, and their points are 1e8 apart sideways. The
+  // distance is 2e-3 at one point and 0 at the other.
   const gsl_Plane a(gsl_Point(0.0, 1e8, 0.0), gsl_Vector(0.0, 0.0, 1.0));
   const gsl_Plane b(gsl_Point(), gsl_Vector(0.0, 2e-11, 1.0));
   EXPECT_NEAR(distanceBetweenParallelPlanes(a, b), 2e-3, 1e-12);
@@ -236,7 +238,7 @@ TEST(GslEntityPredicates, CornersAndEdgesAreInsideInEveryOrder) {
 
 TEST(GslEntityPredicates, WeightTimesSquaredAreaAtTheSquaredToleranceIsInside) {
   const double tol2 = LinearTolerance() * LinearTolerance();
-  // Doubled area 1, then 4: the distance that is still inside shrinks with the size.
+  // The doubled area is 1, then 4: the distance that is still inside shrinks with the size.
   for (const double side : {1.0, 2.0}) {
     const gsl_Point p(0.0, 0.0, 0.0);
     const gsl_Point q(side, 0.0, 0.0);

@@ -8,11 +8,11 @@
 #include <xmmintrin.h>
 #endif
 
-// Flags of the compiler that must be noticed: ./scripts/check consumer.
+// ./scripts/check consumer tests the compiler's flags that must be noticed.
 
 namespace {
 
-/// What the check says with that rounding mode; the mode is put back.
+/// Returns what the check says with that rounding mode, and restores the mode.
 std::string SaidWhenRounding(int mode) {
   const int before = std::fegetround();
   std::fesetround(mode);

@@ -14,8 +14,8 @@ using numbers::Above;
 using numbers::kInfinity;
 using numbers::kNaN;
 
-/// One call along +Y with outputs that hold a sentinel. A segment of A faces along +Y when it runs
-/// towards -X, one of B when it runs towards +X.
+/// One call along +Y with outputs that hold a sentinel. A faces as it must when it runs towards -X,
+/// and B when it runs towards +X.
 struct Sweep {
   gsl_Vector direction{0.0, 1.0, 0.0};
   gsl_Point a[2];
@@ -122,8 +122,8 @@ TEST(GslInPlaneSweep, TwoSidedOfAIsNotTwoSidedOfB) {
   EXPECT_FALSE(other());
 }
 
-TEST(GslInPlaneSweep, SegmentsRunningTheSameWayAcrossAreNoContact) {
-  // Steep ones: both face as they must, and yet run the same way.
+TEST(GslInPlaneSweep, SegmentsRunningTheSameWayAcrossMakeNoContact) {
+  // The segments are steep: both face as they must, but they run the same way.
   Sweep sweep({1.0, 0.0, 0.0}, {0.0, 5.0, 0.0}, {0.0, 10.0, 0.0}, {1.0, 15.0, 0.0});
   EXPECT_FALSE(sweep());
   sweep.ExpectUntouched();
@@ -136,7 +136,7 @@ TEST(GslInPlaneSweep, SegmentsAtRightAnglesAreAContact) {
 }
 
 TEST(GslInPlaneSweep, RunningTheSameWayIsJudgedAfterTurning) {
-  // As given they run the same way; A is turned and then they do not.
+  // Before A is turned they run the same way, and after that they do not.
   Sweep sweep({-1.0, 0.0, 0.0}, {1.0, 0.0, 0.0}, {-4.0, 3.0, 0.0}, {4.0, 3.0, 0.0});
   sweep.twoSided[0] = true;
   EXPECT_TRUE(sweep());
@@ -199,7 +199,7 @@ TEST(GslInPlaneSweep, OnlyBAlongANegativeMarginLoosensTheRunningMinimum) {
   sweep.margin = -5.0;
   sweep.distance = 1.5;
   EXPECT_TRUE(sweep());
-  // End 0 is 4 away, and then end 1 at 6 is no more than 5 farther.
+  // End 0 is 4 away. Then end 1, at 6, is at most 5 farther.
   EXPECT_EQ(sweep.distance, 6.0);
   sweep.ExpectEnd(1, sweep.b[1]);
 }
@@ -323,7 +323,7 @@ TEST(GslInPlaneSweep, AAlongAndBAcrossAcceptsANegativeGap) {
   sweep.ExpectEnd(0, sweep.a[1]);
 }
 
-TEST(GslInPlaneSweep, BothAlongOnOneLineTakesTheSmallestGap) {
+TEST(GslInPlaneSweep, BothAlongOnOneLineTakeTheSmallestGap) {
   Sweep sweep({0.0, 0.0, 0.0}, {0.0, 1.0, 0.0}, {0.0, 5.0, 0.0}, {0.0, 3.0, 0.0});
   EXPECT_TRUE(sweep());
   EXPECT_EQ(sweep.distance, 2.0);
@@ -331,7 +331,7 @@ TEST(GslInPlaneSweep, BothAlongOnOneLineTakesTheSmallestGap) {
   sweep.ExpectEnd(1, sweep.b[1]);
 }
 
-TEST(GslInPlaneSweep, BothAlongOnOneLineAcceptsANegativeGap) {
+TEST(GslInPlaneSweep, BothAlongOnOneLineAcceptANegativeGap) {
   Sweep sweep({0.0, 5.0, 0.0}, {0.0, 6.0, 0.0}, {0.0, 0.0, 0.0}, {0.0, 1.0, 0.0});
   EXPECT_TRUE(sweep());
   EXPECT_EQ(sweep.distance, -6.0);
@@ -339,19 +339,19 @@ TEST(GslInPlaneSweep, BothAlongOnOneLineAcceptsANegativeGap) {
   sweep.ExpectEnd(1, sweep.b[0]);
 }
 
-TEST(GslInPlaneSweep, BothAlongOffsetSidewaysIsNoContact) {
+TEST(GslInPlaneSweep, BothAlongOffsetSidewaysMakeNoContact) {
   Sweep sweep({0.0, 0.0, 0.0}, {0.0, 1.0, 0.0}, {1e-3, 5.0, 0.0}, {1e-3, 3.0, 0.0});
   EXPECT_FALSE(sweep());
   sweep.ExpectUntouched();
 }
 
-TEST(GslInPlaneSweep, BothAlongWhoseFirstEndsCoincideIsNoContact) {
+TEST(GslInPlaneSweep, BothAlongWhoseFirstEndsCoincideMakeNoContact) {
   Sweep sweep({0.0, 0.0, 0.0}, {0.0, 1.0, 0.0}, {0.0, 0.0, 0.0}, {0.0, 3.0, 0.0});
   EXPECT_FALSE(sweep());
   sweep.ExpectUntouched();
 }
 
-TEST(GslInPlaneSweep, BothAlongKeepsTheFirstOfEqualGaps) {
+TEST(GslInPlaneSweep, BothAlongKeepTheFirstOfEqualGaps) {
   // Ends (0, 0) and (1, 1) are both 3 apart, and ends (1, 0) are within the margin of that.
   Sweep sweep({0.0, 0.0, 0.0}, {0.0, 1.0, 0.0}, {0.0, 3.0, 0.0}, {0.0, 4.0, 0.0});
   sweep.margin = 1.0;
@@ -437,7 +437,7 @@ TEST(GslInPlaneSweep, AlongIsStrictlyBelowTheCosineTolerance) {
   EXPECT_NEAR(at.distance, -9.0, 1e-12);
 }
 
-TEST(GslInPlaneSweep, AnyCommonHeightWill) {
+TEST(GslInPlaneSweep, AnyCommonHeightIsAllowed) {
   Sweep sweep({1.0, 0.0, 7.0}, {-1.0, 0.0, 7.0}, {-4.0, 3.0, 7.0}, {4.0, 3.0, 7.0});
   EXPECT_TRUE(sweep());
   EXPECT_EQ(sweep.distance, 3.0);
@@ -473,8 +473,8 @@ TEST(GslInPlaneSweep, DirectionShorterThanTheToleranceMeetsWithoutTravel) {
 }
 
 TEST(GslInPlaneSweep, ToleranceAboveTheUnitDirectionMeetsAtTheFoot) {
-  // A direction is one long, and then too short to be divided by its length again: an end meets the
-  // foot on the other segment's line, however far aside.
+  // The direction has a length of 1, which is too short to be divided by its length again. So an
+  // end meets the foot on the other segment's line, however far aside.
   const ScopedSettings settings;
   for (const double tolerance : {Above(1.0), 1.5}) {
     settings->linearTolerance = tolerance;
@@ -501,7 +501,8 @@ TEST(GslInPlaneSweep, ToleranceOfExactlyTheUnitDirectionMeetsAlongTheDirection) 
 }
 
 TEST(GslInPlaneSweep, StaleDirectionIsDividedByItsCachedMagnitude) {
-  // The direction in use is ten long: gaps along it count tenfold, distances aside do not.
+  // The direction in use has a length of 10. So gaps along it count tenfold, and distances aside do
+  // not.
   Sweep sweep({0.0, 0.0, 0.0}, {0.0, 1.0, 0.0}, {5.0, 1.0000005, 0.0}, {5.0, 2.0, 0.0});
   sweep.direction = gsl_Vector(1.0, 0.0, 0.0);
   sweep.direction[0] = 10.0;
@@ -516,8 +517,8 @@ TEST(GslInPlaneSweep, StaleDirectionIsDividedByItsCachedMagnitude) {
 }
 
 TEST(GslInPlaneSweep, TinySegmentAlongTheDirectionIsMetHoweverFarAside) {
-  // The square of its length has one digit left: its unit vector is not a unit vector, so that a
-  // segment along the direction counts as across it, and every line meets it at its first end.
+  // The square of its length has one digit left, so its unit vector does not have the length 1. A
+  // segment along the direction then counts as across it, and every line meets it at its first end.
   const ScopedSettings settings;
   settings->linearTolerance = 0.0;
   settings->cosineTolerance = 0.0;
@@ -527,7 +528,7 @@ TEST(GslInPlaneSweep, TinySegmentAlongTheDirectionIsMetHoweverFarAside) {
   EXPECT_EQ(sweep.contacts[1].x, 3.0);
 }
 
-TEST(GslInPlaneSweep, NotANumberNeverCountsAsCloser) {
+TEST(GslInPlaneSweep, NaNNeverCountsAsCloser) {
   Sweep margin({1.0, 0.0, 0.0}, {-1.0, 0.0, 0.0}, {-4.0, 3.0, 0.0}, {4.0, 3.0, 0.0});
   margin.margin = kNaN;
   EXPECT_FALSE(margin());
@@ -549,8 +550,7 @@ TEST(GslInPlaneSweep, TolerancesAreReadAtTheCall) {
   EXPECT_TRUE(sweep());
 }
 
-/// A call along +Y whose flags and outputs are closed but for what a test opens: nothing may be
-/// written.
+/// A call along +Y that may read and write only the flags and outputs that a test opens.
 struct GuardedSweep {
   GuardedPair<bool> twoSided;
   GuardedPair<gsl_Point> contacts{gsl_Point(), gsl_Point()};
@@ -589,7 +589,7 @@ TEST(GslInPlaneSweepTouches, TheFlagOfBOnlyAfterTheFlagOfA) {
 TEST(GslInPlaneSweepTouches, AFlagOnlyOfASegmentThatFacesTheWrongWay) {
   const gsl_Point left(-4.0, 3.0, 0.0), right(4.0, 3.0, 0.0);
   EXPECT_FALSE(GuardedSweep(true, false).Ask(1)({1.0, 0.0, 0.0}, {-1.0, 0.0, 0.0}, right, left));
-  // Along the direction neither way is wrong.
+  // A segment along the direction faces neither way.
   EXPECT_FALSE(GuardedSweep(true, false).Ask(1)({0.0, 0.0, 0.0}, {0.0, 1.0, 0.0}, right, left));
 }
 

@@ -52,7 +52,7 @@ struct System {
   }
 };
 
-/// One NaN is as good as another.
+/// Every NaN is equal to every NaN here.
 std::vector<std::uint64_t> AllBits(const std::vector<double>& values) {
   std::vector<std::uint64_t> bits;
   for (const double value : values)
@@ -65,7 +65,7 @@ std::vector<std::uint64_t> AllBits(const std::vector<double>& values) {
 static_assert(!std::is_copy_constructible<gsl_LinearEqnLUDSolver>::value, "");
 static_assert(!std::is_copy_assignable<gsl_LinearEqnLUDSolver>::value, "");
 
-TEST(GslLinearEqnLUDSolver, NewSolverHasNothing) {
+TEST(GslLinearEqnLUDSolver, NewSolverHasNoMatrix) {
   gsl_LinearEqnLUDSolver solver;
   EXPECT_EQ(solver.Size(), 0u);
   EXPECT_EQ(solver.Pivots(), nullptr);
@@ -152,7 +152,7 @@ TEST(GslLinearEqnLUDSolver, EqualMeritsTakeTheLastRow) {
 }
 
 TEST(GslLinearEqnLUDSolver, MeritIsRelativeToTheRow) {
-  // 10 is the larger number, 1 the larger part of its row.
+  // 10 is the larger number, but 1 is the larger part of its row.
   System s(Matrix({{1.0, 0.5}, {10.0, 100.0}}));
   std::vector<double> x;
   ASSERT_TRUE(s.Solve({1.0, 1.0}, x));
@@ -321,7 +321,7 @@ TEST(GslLinearEqnLUDSolver, SameMatrixSetAgainIsDecomposedAgain) {
   EXPECT_EQ(x[0], 4.0);
 }
 
-TEST(GslLinearEqnLUDSolver, ParityAndDiagonalGiveTheDeterminant) {
+TEST(GslLinearEqnLUDSolver, ParityAndDiagonalMakeTheDeterminant) {
   System s(Matrix({{0.0, 2.0, 1.0}, {3.0, 0.0, 0.0}, {0.0, 0.0, 4.0}}));
   std::vector<double> x;
   ASSERT_TRUE(s.Solve({1.0, 1.0, 1.0}, x));
@@ -370,7 +370,7 @@ TEST(GslLinearEqnLUDSolver, InfiniteRowHasNoMerit) {
 
 namespace {
 
-/// Factors, pivots, parity and solution of the public class beside the textbook's.
+/// Compares factors, pivots, parity and solution of the public class with the textbook.
 void ExpectBitsOfTheTextbook(MatrixFamily family, int n, RandomNumbers& random) {
   SCOPED_TRACE(::testing::Message() << "family " << static_cast<int>(family) << " n " << n);
   const SquareMatrix m = MakeMatrix(family, n, random);
@@ -413,7 +413,7 @@ TEST(GslLinearEqnLUDSolver, EverySizeTo130HasTheBitsOfTheTextbook) {
 }
 
 TEST(GslLinearEqnLUDSolver, LargeSystemsHaveTheBitsOfTheTextbook) {
-  // The last one is worked on in the caller's rows.
+  // The last system is eliminated in the caller's rows.
   RandomNumbers random(100);
   const int sizes[] = {131, 200, 257, 389, 512, 700, 1027};
   std::size_t family = 0;
@@ -477,9 +477,9 @@ TEST(GslLinearEqnLUDSolver, MoreRowsThanRowNumbersFail) {
 
 namespace {
 
-/// Types of test matrix as LAPACK's own tests use them for general systems.
+/// Makes the types of matrix that the tests of LAPACK use for general systems.
 SquareMatrix Reflected(const std::vector<double>& singularValues, RandomNumbers& random) {
-  // D between two reflections I - 2 v v' / v'v: the singular values are those given.
+  // The matrix is D between two reflections I - 2 v v' / v'v, so it has the given singular values.
   const int n = static_cast<int>(singularValues.size());
   std::vector<double> v, w;
   double vv = 0.0, ww = 0.0;
@@ -514,7 +514,7 @@ SquareMatrix Scaled(const SquareMatrix& m, double factor) {
   return matrix_families::Fill(m.Size(), [&](int i, int j) { return m.At(i, j) * factor; });
 }
 
-/// ||b - A x|| / (||A|| ||x|| eps n) in the norm of the row sums.
+/// Returns ||b - A x|| / (||A|| ||x|| eps n) in the norm of the row sums.
 double BackwardError(const SquareMatrix& a, const std::vector<double>& x,
                      const std::vector<double>& b) {
   const int n = a.Size();
@@ -547,7 +547,7 @@ void ExpectSmallBackwardError(const SquareMatrix& m, RandomNumbers& random, cons
   EXPECT_LT(BackwardError(m, x, b), 30.0) << type << " n " << n;
 }
 
-/// A column of zeros: the elimination goes on, with the floor as its pivot.
+/// Tests a column of zeros: the elimination goes on with the floor as the pivot.
 void ExpectFloorInColumn(const SquareMatrix& m, int column) {
   const int n = m.Size();
   System s(m);
@@ -567,7 +567,7 @@ void ExpectFloorInColumn(const SquareMatrix& m, int column) {
 TEST(GslLinearEqnLUDSolver, BackwardErrorIsSmallOnDiagonalAndTriangularMatrices) {
   RandomNumbers random(21);
   for (const int n : kSizes) {
-    // Large diagonals: the random entries of a triangle alone make it as good as singular.
+    // The diagonals are large, because a triangle of random entries alone is nearly singular.
     const auto entry = [&](bool kept, bool diagonal) {
       const double value = random.In(-1.0, 1.0);
       return !kept ? 0.0 : diagonal ? (value < 0.0 ? value - 1.0 : value + 1.0) : value / n;
@@ -590,7 +590,7 @@ TEST(GslLinearEqnLUDSolver, BackwardErrorIsSmallOnRandomMatricesOfAnyCondition) 
     ExpectSmallBackwardError(WithCondition(n, 2.0, random), random, "condition 2");
     ExpectSmallBackwardError(WithCondition(n, std::sqrt(0.1 / 0x1p-53), random), random,
                              "condition sqrt(0.1 / eps)");
-    // Singular values down to 1e-15: pivots stay above the floor.
+    // The singular values go down to 1e-15, so that pivots stay above the floor.
     ExpectSmallBackwardError(WithCondition(n, 0.1 / 0x1p-53, random), random,
                              "condition 0.1 / eps");
   }

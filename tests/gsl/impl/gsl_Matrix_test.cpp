@@ -440,8 +440,8 @@ TEST(GslMatrixRotationAngles, AQuarterTurnAboutYIsGimbalLock) {
   EXPECT_EQ(c, 0.0);
 }
 
-TEST(GslMatrixRotationAngles, GimbalLockTakesWhatIsLeftAboutX) {
-  // b = pi / 2: only the difference of the other two angles is left, here 0.4 - 0.1.
+TEST(GslMatrixRotationAngles, GimbalLockPutsTheRemainingAngleAboutX) {
+  // At b = pi / 2 only the difference of the other two angles is known, here 0.4 - 0.1.
   gsl_Matrix m = Rotation(gsl_Vector(1.0, 0.0, 0.0), 0.4);
   m.Concatenate(Rotation(gsl_Vector(0.0, 1.0, 0.0), kPi / 2));
   m.Concatenate(Rotation(gsl_Vector(0.0, 0.0, 1.0), 0.1));
@@ -475,7 +475,7 @@ TEST(GslMatrixRotationAngles, GimbalLockLimitIsStrict) {
   }
 }
 
-RC_GTEST_PROP(GslMatrixRotationAngles, PutTheRotationTogetherAgain, ()) {
+RC_GTEST_PROP(GslMatrixRotationAngles, ComposeTheSameRotationAgain, ()) {
   const auto angle = [] { return *rc::gen::inRange(-1500, 1500) / 1000.0; };
   const double a = 2.0 * angle(), b = angle(), c = 2.0 * angle();
   gsl_Matrix m = Rotation(gsl_Vector(1.0, 0.0, 0.0), a);
@@ -647,14 +647,14 @@ TEST(GslMatrixGetAxisRotation, RecoversAxisAndAngleToSinglePrecision) {
   }
 }
 
-TEST(GslMatrixGetAxisRotation, BothSensesOfTurningGiveAPositiveAngle) {
+TEST(GslMatrixGetAxisRotation, BothSensesOfTurningHaveAPositiveAngle) {
   const AxisAngle r(Rotation(gsl_Vector(0.0, 0.0, 1.0), -0.5));
   EXPECT_NEAR(r.angle, 0.5, 1e-7);
   EXPECT_XYZ_NEAR(r.axis, 0.0, 0.0, -1.0, 1e-7);
 }
 
 TEST(GslMatrixGetAxisRotation, AnglesAbovePiComeFromANegativeTrace) {
-  // Turning back by 3 about X: the trace is negative, X the largest, and w comes out negative.
+  // This turns back by 3 about X. The trace is negative, X is the largest entry, and w is negative.
   const AxisAngle r(Rotation(gsl_Vector(1.0, 0.0, 0.0), -3.0));
   EXPECT_NEAR(r.angle, 2.0 * kPi - 3.0, 1e-6);
   EXPECT_XYZ_NEAR(r.axis, 1.0, 0.0, 0.0, 1e-6);
@@ -672,7 +672,7 @@ TEST(GslMatrixGetAxisRotation, HalfTurnsTakeTheLargestDiagonal) {
 }
 
 TEST(GslMatrixGetAxisRotation, TiesOfTheDiagonalKeepTheEarlierIndex) {
-  // Entries that make the three cases give different axes: with index 0, x = s / 2.
+  // With these entries the three cases have different axes: with index 0, x = s / 2.
   gsl_Matrix m;
   m.m[0][0] = m.m[1][1] = m.m[2][2] = -1.0;
   m.m[3][3] = 1.0;
@@ -706,7 +706,7 @@ TEST(GslMatrixGetAxisRotation, IsHeldInSinglePrecision) {
   EXPECT_EQ(r.axis.y, static_cast<double>(static_cast<float>(r.axis.y)));
   EXPECT_EQ(r.axis.z, static_cast<double>(static_cast<float>(r.axis.z)));
   EXPECT_NE(r.angle, 1.0);
-  // Entries that a float cannot tell apart give the same result.
+  // Entries that are equal in single precision have the same result.
   gsl_Matrix a;
   a.m[1][0] = 0.25;
   a.m[0][1] = -0.25;
@@ -739,7 +739,7 @@ TEST(GslMatrixGetAxisRotation, AxisNeedsAnAngleStrictlyAboveTheCosineTolerance) 
   EXPECT_XYZ(AxisAngle(m).axis, 0.0, 0.0, 1.0);
 }
 
-TEST(GslMatrixGetAxisRotation, NaNInTheRotationGivesNoAngleAndTheZeroAxis) {
+TEST(GslMatrixGetAxisRotation, NaNInTheRotationMakesTheAngleNaNAndTheAxisZero) {
   for (int entry = 0; entry < 9; ++entry) {
     gsl_Matrix m;
     m.SetTranslation(gsl_Vector(1.0, 2.0, 3.0));
@@ -771,7 +771,7 @@ TEST(GslMatrixGetAxisRotation, PointIsTheTranslationNotAPointOnTheAxis) {
   EXPECT_NE(p.uid, first) << "a fresh identity at every call";
 }
 
-RC_GTEST_PROP(GslMatrixGetAxisRotation, TurnsBackIntoTheSameMatrix, ()) {
+RC_GTEST_PROP(GslMatrixGetAxisRotation, MakesTheSameMatrixAgain, ()) {
   const auto number = [] { return *rc::gen::inRange(-1000, 1000) / 64.0; };
   const gsl_Vector axis(number(), number(), number());
   RC_PRE(axis.magnitude > 0.1);

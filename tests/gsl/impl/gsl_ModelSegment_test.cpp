@@ -148,11 +148,11 @@ TEST(GslModelSegment, RegeneratePassesTheFeatureListAndIgnoresTheResult) {
   CountedDot::lastFeatures = nullptr;
   segment.Regenerate(features);
   EXPECT_EQ(CountedDot::lastFeatures.load(), features);
-  // The first dot answers false, and the second is regenerated all the same.
+  // The first dot returns false, and the second is still regenerated.
   EXPECT_EQ(dynamic_cast<const CountedDot&>(segment.Point2()).regenerated, 1);
 }
 
-/// Writes its mark down when it is regenerated.
+/// Records its mark when it is regenerated.
 class OrderedDot : public gsl_Dot {
 public:
   explicit OrderedDot(int markOfDot) : mark(markOfDot) {}
@@ -226,7 +226,7 @@ TEST(GslModelSegment, DotThatCannotBeCopiedLeavesTheEndEmpty) {
   EXPECT_TRUE(segment.HasPoint2());
 }
 
-TEST(GslModelSegment, OneEmptyEndIsEnoughForNoLengthAndUnitZ) {
+TEST(GslModelSegment, OneEmptyEndMakesTheLengthZeroAndTheDirectionUnitZ) {
   CountedDot uncopyable(gsl_Point(1.0, 0.0, 0.0));
   uncopyable.copyable = false;
   const CountedDot dot(gsl_Point(2.0, 0.0, 0.0));

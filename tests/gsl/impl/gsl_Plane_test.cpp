@@ -198,7 +198,7 @@ TEST(GslPlane, VirtualSlotsFollowTheDestructorInOrder) {
   EXPECT_EQ(VirtualSlot(&gsl_Plane::DBWrite), 11);
 }
 
-/// What a host derives: every operation overridden with the declared signature.
+/// A class of a host, which overrides every operation with the declared signature.
 class HostPlane : public gsl_Plane {
 public:
   explicit HostPlane(int& destroyedCount) : destroyed(destroyedCount) {}

@@ -29,7 +29,7 @@ using numbers::kSentinel;
 
 namespace {
 
-/// An output point filled with the sentinel, and whether it is still as it was.
+/// An output point that holds the sentinel. It reports whether the point is unchanged.
 struct OutPoint {
   gsl_Point p{kSentinel, kSentinel, kSentinel};
   cls_Uid before = p.uid;
@@ -285,17 +285,17 @@ TEST(GslPointDistance, AlongADirectionInThePlaneIsUnguarded) {
               6e12, 1.0);
 }
 
-TEST(GslPointDistance, OrthogonalityIsAskedAndIgnored) {
+TEST(GslPointDistance, OrthogonalityIsEvaluatedAndIgnored) {
   const ScopedSettings settings;
   const gsl_Plane plane(gsl_Point(0.0, 0.0, 0.0), gsl_Vector(0.0, 0.0, 1.0));
   const gsl_Point p(0.0, 0.0, 6.0);
   const gsl_Vector slanted(3.0, 0.0, 4.0);
-  // Everything is orthogonal, and nothing is: the distance is the same.
+  // With one tolerance everything is orthogonal, with the other nothing. The distance is the same.
   settings->cosineTolerance = 10.0;
   EXPECT_EQ(p.GetDistance(plane, slanted), 7.5);
   settings->cosineTolerance = -1.0;
   EXPECT_EQ(p.GetDistance(plane, slanted), 7.5);
-  // The test reads the settings, and so makes them.
+  // The test reads the settings, so the first read makes them.
   omi_Singleton<gsl_Util>::Destroy();
   EXPECT_EQ(p.GetDistance(plane, slanted), 7.5);
   EXPECT_TRUE(omi_Singleton<gsl_Util>::Exists());
@@ -337,7 +337,8 @@ TEST(GslPointDistance, AFootAtTheEndIsAComputedPoint) {
 }
 
 TEST(GslPointDistance, ToASegmentATieOfTheEndsIsPointTwo) {
-  // Only a projection that fails although it lies midway can tie: with a tolerance of NaN it does.
+  // A tie needs a projection that fails in the middle of the segment. A tolerance of NaN makes it
+  // fail.
   const ScopedSettings settings;
   settings->linearTolerance = kNaN;
   const gsl_Segment segment(gsl_Point(-1.0, 0.0, 0.0), gsl_Point(1.0, 0.0, 0.0));
@@ -348,7 +349,7 @@ TEST(GslPointDistance, ToASegmentATieOfTheEndsIsPointTwo) {
 }
 
 TEST(GslPointDistance, ToASegmentATieByRoundingIsPointTwo) {
-  // So far beyond the end of a short segment that both distances round to the same number.
+  // The point is so far beyond a short segment that both distances round to one number.
   const gsl_Segment segment(gsl_Point(0.0, 0.0, 0.0), gsl_Point(1.0, 0.0, 0.0));
   for (const double x : {-1e17, 1e17}) {
     OutPoint out;
@@ -357,7 +358,7 @@ TEST(GslPointDistance, ToASegmentATieByRoundingIsPointTwo) {
   }
 }
 
-TEST(GslPointDistance, ToADegenerateSegmentIsToWhatClosestHeld) {
+TEST(GslPointDistance, ToADegenerateSegmentIsToTheOldClosestPoint) {
   const gsl_Segment segment(gsl_Point(5.0, 5.0, 5.0), gsl_Point(5.0, 5.0, 5.0 + 1e-7));
   gsl_Point closest(0.0, 3.0, 4.0);
   const cls_Uid before = closest.uid;
@@ -413,7 +414,7 @@ RC_GTEST_PROP(GslPointDistance, ToATriangleIsTheLeastOverASampling, ()) {
     }
   }
   RC_ASSERT(distance <= sampled + 1e-9);
-  // The longest edge is below 18, so the grid is at most that over the steps away.
+  // The longest edge is below 18, so a point of the grid is at most 18 / steps away.
   RC_ASSERT(distance >= sampled - 18.0 / kSteps);
 }
 
@@ -513,12 +514,12 @@ struct Projects : std::false_type {};
 template <class P, class... Arguments>
 struct Projects<std::void_t<CanProject<P, Arguments...>>, P, Arguments...> : std::true_type {};
 
-TEST(GslPointProjectOn, FeetAreAskedOfAChangeablePoint) {
+TEST(GslPointProjectOn, ProjectionsNeedAPointThatIsNotConst) {
   EXPECT_TRUE((Projects<void, gsl_Point, const gsl_StLine&, double&>::value));
   EXPECT_FALSE((Projects<void, const gsl_Point, const gsl_StLine&, double&>::value));
   EXPECT_TRUE((Projects<void, gsl_Point, const gsl_Plane&>::value));
   EXPECT_FALSE((Projects<void, const gsl_Point, const gsl_Plane&>::value));
-  // On a segment it may be a constant one.
+  // The projection on a segment accepts a constant point.
   EXPECT_TRUE((Projects<void, const gsl_Point, const gsl_Segment&, gsl_Point&, double&>::value));
 }
 
@@ -776,7 +777,7 @@ TEST(GslPointRayIntersect, AShortSegmentIsRefusedStrictly) {
   EXPECT_FALSE(gsl_Point(0.0, -1.0, 0.0).RayIntersect(o, tooNear, up, out.p, w));
   EXPECT_TRUE(out.Untouched());
   EXPECT_EQ(w[0], kSentinel);
-  // At the tolerance the segment test takes it for a point.
+  // At the tolerance the segment test treats the segment as a point.
   const gsl_Point atLimit(Tolerance(), 0.0, 0.0);
   EXPECT_TRUE(gsl_Point(0.0, -1.0, 0.0).RayIntersect(o, atLimit, up, out.p, w));
   EXPECT_EQ(w[0], 0.0);
@@ -796,7 +797,7 @@ TEST(GslPointRayIntersect, ParallelAndSkewSegmentsFailUntouched) {
 }
 
 TEST(GslPointRayIntersect, CrossingLiesOnTheSegmentsLine) {
-  // The ray passes 5e-7 over the segment: near enough, and the result stays on the segment.
+  // The ray passes 5e-7 over the segment, within the tolerance. The result is on the segment.
   const gsl_Point p1(-1.0, 2.0, 0.0), p2(3.0, 2.0, 0.0), origin(0.0, 0.0, 5e-7);
   gsl_Point out;
   double w[2];
@@ -819,7 +820,7 @@ TEST(GslPointRayIntersect, APlaneIsCrossedInBothSenses) {
 TEST(GslPointRayIntersect, AShortDirectionFailsWithTheOriginWritten) {
   const gsl_Point on(1.0, 2.0, 0.0);
   gsl_Point out(kSentinel, kSentinel, kSentinel);
-  // Tested before anything else: the origin even lies on the plane.
+  // The length of the direction is tested first, even when the origin lies on the plane.
   EXPECT_FALSE(on.RayIntersect(gsl_Vector(0.0, 0.0, Below(Tolerance())), GroundPlane(), out));
   EXPECT_XYZ(out, 1.0, 2.0, 0.0);
   EXPECT_EQ(out.uid, on.uid);
@@ -910,7 +911,7 @@ RC_GTEST_PROP(GslPointRayIntersect, CrossingLiesOnThePlaneAndTheRay, ()) {
 
 namespace {
 
-/// Every query once; returns how many succeeded, so that none is optimised away.
+/// Runs every query once. Returns how many succeeded, so that the compiler removes none.
 int AskEverything(const gsl_Point& p, const gsl_Point& q, const gsl_Point& r, const gsl_Point& s,
                   double number) {
   const gsl_Vector v(q, r);

@@ -153,7 +153,7 @@ TEST(GslSegmentWithLine, NoLengthAndNoToleranceIsCrossedAtNaN) {
     EXPECT_FALSE(dot.Intersect(line, out));
     EXPECT_TRUE(Is(out, before));
   }
-  // A line without a direction is parallel to it.
+  // A line without a direction is parallel to the segment.
   settings->linearTolerance = 0.0;
   gsl_Point out = Sentinel();
   EXPECT_FALSE(dot.Intersect(gsl_StLine(gsl_Point(), gsl_Vector(0.0, 0.0, 0.0)), out));
@@ -280,7 +280,7 @@ TEST(GslSegmentWithSegment, CollinearSegmentsDoNotIntersect) {
 
 TEST(GslSegmentWithSegment, DegenerateOtherKeepsThePointOfTheFirstTest) {
   gsl_Point out = Sentinel();
-  // The line of the short segment crosses; the short segment itself is then asked and refuses.
+  // The line of the short segment crosses. The test of the short segment itself then fails.
   EXPECT_FALSE(Segment(0, 0, 0, 2, 0, 0).Intersect(Segment(1, 0, 0, 1, 5e-7, 0), out));
   EXPECT_TRUE(IsAt(out, 1.0, 0.0, 0.0));
 }
@@ -349,7 +349,7 @@ TEST(GslSegmentDistance, SkewSegmentsWhoseImagesMissJoinAnEndPoint) {
   const gsl_Segment b = Segment(1, 3, 4, 1, 9, 4);
   gsl_Segment r;
   a.GetDistance(b, r);
-  // From (1, 0, 0) to b's first point; no end of a comes that near.
+  // The connection is from (1, 0, 0) to the first point of b. No end of a is that near.
   EXPECT_EQ(r.Length(), 5.0);
   EXPECT_TRUE(IsAt(r.Point1(), 1.0, 0.0, 0.0));
   EXPECT_FALSE(SharesAnEndPointsIdentity(r.Point1(), a, b));
@@ -434,7 +434,8 @@ TEST(GslSegmentDistance, TheConnectionMayBeOneOfTheSegments) {
   EXPECT_TRUE(Is(c.Point2(), first));
 }
 
-/// Least value of a convex function on [0, 1], by narrowing to two thirds at a time.
+/// Returns the least value of a convex function on [0, 1]. Each step narrows the interval to two
+/// thirds.
 template <class Function>
 long double Least(const Function& f) {
   long double low = 0;

@@ -104,7 +104,7 @@ TEST(GslStLine, PointPointConstructorTakesTheDifferenceUnnormalised) {
   EXPECT_EQ(line.OwnerFeatID(), 0);
 }
 
-TEST(GslStLine, CoincidentPointsGiveAZeroDirection) {
+TEST(GslStLine, CoincidentPointsMakeAZeroDirection) {
   const gsl_Point p(1.0, 2.0, 3.0);
   const gsl_StLine line(p, p);
   EXPECT_TRUE(IsAt(line.Direction(), 0.0, 0.0, 0.0));
@@ -201,7 +201,7 @@ TEST(GslStLine, VirtualSlotsFollowTheDestructorInOrder) {
   EXPECT_EQ(VirtualSlot(&gsl_StLine::DBWrite), 10);
 }
 
-/// What a host derives: every operation overridden with the declared signature.
+/// A class of a host, which overrides every operation with the declared signature.
 class HostLine : public gsl_StLine {
 public:
   explicit HostLine(int& destroyedCount) : destroyed(destroyedCount) {}
@@ -316,7 +316,7 @@ TEST(GslStLineWithPlane, CosineOfExactlyTheToleranceIsNotParallel) {
   EXPECT_TRUE(Is(out, below.PointOn()));
 }
 
-TEST(GslStLineWithLine, CrossingLinesGiveTheCrossingAndNoGap) {
+TEST(GslStLineWithLine, CrossingLinesWriteTheCrossingAndAZeroGap) {
   const gsl_StLine line(gsl_Point(0.0, 0.0, 0.0), gsl_Vector(2.0, 0.0, 0.0));
   const gsl_StLine other(gsl_Point(3.0, -4.0, 0.0), gsl_Vector(0.0, 0.5, 0.0));
   LineOutputs o;
@@ -359,7 +359,7 @@ TEST(GslStLineWithLine, SkewLinesLeaveBothOutputsUntouched) {
   EXPECT_TRUE(o.DistUntouched());
 }
 
-TEST(GslStLineWithLine, LinesATenthOfTheToleranceApartCount) {
+TEST(GslStLineWithLine, LinesATenthOfTheToleranceApartCross) {
   const gsl_StLine line(gsl_Point(-5.0, 0.0, 0.0), gsl_Vector(3.0, 0.0, 0.0));
   const gsl_StLine other(gsl_Point(2.0, 1.0, 1e-7), gsl_Vector(0.0, 1.0, 0.0));
   LineOutputs o;
@@ -382,7 +382,7 @@ TEST(GslStLineWithLine, GapOfExactlyTheToleranceIsNotSkew) {
   EXPECT_TRUE(above.DistUntouched());
 }
 
-TEST(GslStLineWithLine, ParallelLinesGiveTheirDistanceAndNoPoint) {
+TEST(GslStLineWithLine, ParallelLinesWriteTheirDistanceAndNoPoint) {
   const gsl_StLine line(gsl_Point(4.0, 0.0, 0.0), gsl_Vector(1.0, 0.0, 0.0));
   for (const double x : {7.0, -7.0}) {
     LineOutputs o;
@@ -393,7 +393,7 @@ TEST(GslStLineWithLine, ParallelLinesGiveTheirDistanceAndNoPoint) {
   }
 }
 
-TEST(GslStLineWithLine, CoincidentLinesGiveDistanceZero) {
+TEST(GslStLineWithLine, CoincidentLinesHaveDistanceZero) {
   const gsl_StLine line(gsl_Point(4.0, 0.0, 0.0), gsl_Vector(1.0, 0.0, 0.0));
   LineOutputs o;
   EXPECT_FALSE(
@@ -433,7 +433,7 @@ TEST(GslStLineWithLine, SkewIsTestedBeforeParallel) {
   LineOutputs o;
   EXPECT_FALSE(line.Intersect({gsl_Point(0.0, 0.0, 2.0), UnitWith(1.0, 5e-6)}, o.out, o.dist));
   EXPECT_TRUE(o.DistUntouched());
-  // 5e-7 leaves no common normal.
+  // At 5e-7 there is no common normal.
   EXPECT_FALSE(line.Intersect({gsl_Point(0.0, 0.0, 2.0), UnitWith(1.0, 5e-7)}, o.out, o.dist));
   EXPECT_NEAR(o.dist, 2.0, 1e-12);
   EXPECT_TRUE(o.PointUntouched());

@@ -69,7 +69,7 @@ TEST(GslThreePoints, MiddleDotDecidesAboutColinear) {
   EXPECT_FALSE(gsl_ThreePointsColinear(&longLeg, &shortLeg, &corner));
 }
 
-TEST(GslThreePoints, NotANumberIsColinearAndNothingElse) {
+TEST(GslThreePoints, NaNIsColinearAndNothingElse) {
   const gsl_Dot nan(kNaN, 0.0, 0.0);
   const gsl_Dot p(0.0, 0.0, 0.0);
   const gsl_Dot q(0.0, 1.0, 0.0);
@@ -105,7 +105,7 @@ TEST(GslThreePoints, CoincidentIsStrictlyCloserThanTheTolerance) {
   EXPECT_FALSE(gsl_PointsAreCoincident(&p, &at));
 }
 
-TEST(GslThreePoints, ParallelLinesMayRunEitherWay) {
+TEST(GslThreePoints, ParallelLinesMayRunInOppositeDirections) {
   const gsl_StLine a = LineAlong({0.0, 0.0, 0.0}, {1.0, 2.0, 3.0});
   const gsl_StLine same = LineAlong({5.0, 0.0, 0.0}, {2.0, 4.0, 6.0});
   const gsl_StLine opposite = LineAlong({5.0, 0.0, 0.0}, {-0.5, -1.0, -1.5});
@@ -231,7 +231,7 @@ TEST(GslCircumCircle, NormalShorterThanTheToleranceIsNotNormalised) {
   gsl_Vector normal;
   gsl_ComputeCircumCircle({0.0, 0.0, 0.0}, {1e-4, 0.0, 0.0}, {0.0, 1e-4, 0.0}, centre, normal);
   EXPECT_NEAR(normal.z, 1e-8, 1e-20);
-  // The third equation is then as short, and so is the determinant.
+  // The third equation is then equally short, and so is the determinant.
   EXPECT_XYZ(centre, 9.0, 8.0, 7.0);
 }
 
@@ -254,7 +254,8 @@ TEST(GslCircumCircle, DeterminantOfExactlyTheToleranceIsSolved) {
 TEST(GslCircumCircle, BisectingPlaneShorterThanTheToleranceIsNotScaled) {
   const ScopedSettings settings;
   settings->linearTolerance = 0.75;
-  // The first row is (-0.5, 0, 0) as it stands: the determinant is 0.5, scaled it would be 1.
+  // The first row is (-0.5, 0, 0) without scaling: the determinant is 0.5. With scaling it would
+  // be 1.
   gsl_Point centre(9.0, 8.0, 7.0);
   gsl_Vector normal;
   gsl_ComputeCircumCircle({0.0, 0.0, 0.0}, {0.25, 0.0, 0.0}, {0.25, 100.0, 0.0}, centre, normal);
@@ -266,8 +267,8 @@ TEST(GslCircumCircle, BisectingPlaneShorterThanTheToleranceIsNotScaled) {
 
 TEST(GslCircumCircle, BisectingPlaneOfExactlyTheToleranceIsScaled) {
   const ScopedSettings settings;
-  // The first row is (-0.5, 0, 0), the second unit along (0.6, 0.8, 0): the determinant is 0.4 with
-  // the first as it stands, and 0.8 scaled.
+  // The first row is (-0.5, 0, 0), and the second is a unit vector along (0.6, 0.8, 0). The
+  // determinant is 0.8 with the first row scaled, and 0.4 without.
   settings->linearTolerance = 0.5;
   gsl_Point centre(9.0, 8.0, 7.0);
   gsl_Vector normal;
@@ -287,7 +288,7 @@ TEST(GslCircumCircle, NormalIsMadeOfTheEdgesFromTheFirstPoint) {
       gsl_NormalToThreePoints({0.0, 0.0, 0.0}, {far, far, 0.0}, {1.0, 0.0, 0.0}, throughTheSecond));
 }
 
-TEST(GslCircumCircle, NotANumberSpreadsAndIsNotRefused) {
+TEST(GslCircumCircle, NaNSpreadsAndIsNotRefused) {
   gsl_Point centre(9.0, 8.0, 7.0);
   gsl_Vector normal;
   gsl_ComputeCircumCircle({kNaN, 0.0, 0.0}, {1.0, 0.0, 0.0}, {0.0, 1.0, 0.0}, centre, normal);
@@ -386,7 +387,7 @@ TEST(GslThreePointFrame, AtTheCircumcentreTheOriginMayBeTheFirstPoint) {
   EXPECT_XYZ_NEAR(x, 1.0, 0.0, 0.0, 1e-15);
 }
 
-TEST(GslThreePointFrame, CollinearPointsAtTheCircumcentreStandOnTheOriginAsItWas) {
+TEST(GslThreePointFrame, CollinearPointsAtTheCircumcentreKeepTheOldOrigin) {
   const FrameOf frame(true, {9.0, 8.0, 3.0}, {10.0, 8.0, 3.0}, {12.0, 8.0, 3.0});
   EXPECT_XYZ(frame.origin, 9.0, 8.0, 7.0);
   EXPECT_XYZ(frame.x, 0.0, 0.0, -1.0);

@@ -41,7 +41,7 @@ std::string MessageOf(omu_InterfaceObj& object, const cow_String& method,
   return "nothing was thrown";
 }
 
-TEST(GslTransformIntObj, MatrixOfTheIdentity) {
+TEST(GslTransformIntObj, MatrixOfTheIdentityHasUnitAxes) {
   gsl_TransformIntObj object(omu_Shortcut(kPath), gsl_Matrix(), "");
   const std::unique_ptr<omu_PrimTuple> tuple = MatrixOf(object);
   EXPECT_STREQ(tuple->AsString().CStr(),
@@ -165,7 +165,7 @@ TEST(GslTransformIntObj, UnknownMemberIsAClearError) {
   EXPECT_THROW(object.DeleteMember("origin"), nex_CommandException);
 }
 
-/// The slots of the base class, but for a copy operation of its own.
+/// A class with the slots of the base class and another copy operation.
 class PlainObject : public omu_InterfaceObj {
 public:
   using omu_InterfaceObj::omu_InterfaceObj;

@@ -66,7 +66,7 @@ struct Sweep {
   bool AllUntouched(double reach) const {
     return FirstUntouched() && SecondUntouched() && SameBits(distance, reach);
   }
-  /// An identity that nothing had before the call.
+  /// Returns whether no object had this identity before the call.
   bool IsFresh(int k, const Triangle& a, const Triangle& b) const {
     const cls_Uid& uid = contacts[k].uid;
     bool fresh = !uid.IsNull() && uid != before[0].uid && uid != before[1].uid;
@@ -89,7 +89,7 @@ Triangle WideDown(double z) {
 
 // ---- Rejections, in the order of the tests
 
-TEST(GslTriTriMinDirectionalDist, CollinearVerticesAreRefusedWhateverTheFlags) {
+TEST(GslTriTriMinDirectionalDist, CollinearVerticesAreRefusedWithAnyFlags) {
   const Triangle flat = {{{0.0, 0.0, 0.0}, {1.0, 1.0, 0.0}, {3.0, 3.0, 0.0}}};
   const Triangle dot = {{{0.0, 0.0, 0.0}, {0.0, 0.0, 0.0}, {0.0, 0.0, 0.0}}};
   const Triangle flatAhead = {{{0.0, 0.0, 2.0}, {1.0, 1.0, 2.0}, {3.0, 3.0, 2.0}}};
@@ -202,7 +202,7 @@ TEST(GslTriTriMinDirectionalDist, NegativeMarginTightensTheRejection) {
 
 // ---- What is touched, and when
 
-/// A call whose flags and outputs are closed but for what a test opens: nothing may be written.
+/// A call that may read and write only the flags and outputs that a test opens.
 struct GuardedSweep {
   GuardedPair<bool> twoSided;
   GuardedPair<gsl_Point> contacts{Sentinel(), Sentinel()};
@@ -272,8 +272,8 @@ TEST(GslTriTriMinDirectionalDistTouches, NoOutputWithoutAContact) {
 }
 
 TEST(GslTriTriMinDirectionalDistTouches, NoOutputForAnEdgeOnCrossingThatIsNotCloser) {
-  // Edge-on across a corner of the face: edges cross, 2 apart, with the margin letting them be
-  // tried.
+  // The triangle is edge-on across a corner of the face. Edges cross 2 apart, and the margin lets
+  // them be tried.
   const Triangle across = {{{-1.0, 0.5, -3.0}, {3.0, 0.5, -3.0}, {0.0, 0.5, -2.0}}};
   const Triangle face = {{{0.0, 0.0, 0.0}, {0.0, 2.0, 0.0}, {1.0, 0.0, 0.0}}};
   GuardedSweep sweep(false, false, 1.0);
@@ -281,7 +281,7 @@ TEST(GslTriTriMinDirectionalDistTouches, NoOutputForAnEdgeOnCrossingThatIsNotClo
   EXPECT_TRUE(sweep.Run(across, face));
 }
 
-TEST(GslTriTriMinDirectionalDistTouches, OnlyTheSecondContactOfFacesThatAreNoCloser) {
+TEST(GslTriTriMinDirectionalDistTouches, OnlyTheSecondContactOfFacesThatAreNotCloser) {
   GuardedSweep sweep(false, false, 1.0);
   sweep.margin = 10.0;
   sweep.contacts.KeepAsItIs(0);
@@ -716,8 +716,8 @@ Triangle CoplanarB() {
 }
 
 TEST(GslTriTriMinDirectionalDistCoplanar, CoplanarEdgeIThreeTimes) {
-  // coplanar-edge-i-three-times: a2 is tried against edge 2 alone, which it meets at (1, 5); that
-  // edge 0 is nearer, at z = 3, is never seen.
+  // coplanar-edge-i-three-times: a2 is tried against edge 2 alone and meets it at (1, 5). Edge 0 is
+  // nearer, at z = 3, and is never tried.
   const Triangle a = CoplanarA();
   const Triangle b = CoplanarB();
   Sweep sweep;
@@ -729,7 +729,7 @@ TEST(GslTriTriMinDirectionalDistCoplanar, CoplanarEdgeIThreeTimes) {
 }
 
 TEST(GslTriTriMinDirectionalDistCoplanar, ResultDependsOnTheVertexOrder) {
-  // By hand: vertex i of A against edge i of B, in that order of B's vertices.
+  // These results are by hand: vertex i of A against edge i of B, in this order of B's vertices.
   struct Expected {
     Order order;
     double distance;
@@ -818,7 +818,7 @@ TEST(GslTriTriMinDirectionalDistCoplanar, SeparateParallelPlanesFindNothing) {
 }
 
 TEST(GslTriTriMinDirectionalDistCoplanar, EdgeOnPlanesThatCrossAreTriedAsOne) {
-  // B stands in the plane x = 1, where a2 passes under its edge 2.
+  // B is in the plane x = 1, where a2 passes under edge 2 of B.
   const Triangle b = {{{1.0, -1.0, 4.0}, {1.0, 0.5, 7.0}, {1.0, 1.0, 4.0}}};
   const Triangle a = CoplanarA();
   Sweep sweep;
@@ -840,8 +840,8 @@ TEST(GslTriTriMinDirectionalDistCoplanar, DistancesAreUnsigned) {
 // ---- Odd input
 
 TEST(GslTriTriMinDirectionalDist, ZeroDirectionIsNotRejectedAndImprovesNothing) {
-  // No direction: nothing is edge-on or refused, shadows are the points themselves, and distances
-  // along it are not numbers.
+  // Without a direction no triangle is edge-on or refused. Shadows are the points themselves, and
+  // distances along the direction are NaN.
   for (const double length : {0.0, Below(1e-6)}) {
     Sweep sweep(7.0);
     const Triangle b = WideDown(2.0).Reversed();
@@ -853,7 +853,8 @@ TEST(GslTriTriMinDirectionalDist, ZeroDirectionIsNotRejectedAndImprovesNothing) 
 }
 
 TEST(GslTriTriMinDirectionalDist, EdgesThatAreSkewDoNotCross) {
-  // A six-pointed star without a direction: no shadow falls, and the edges stay 2 apart.
+  // The triangles make a six-pointed star. Without a direction no point moves, and the edges are 2
+  // apart.
   const Triangle a = {{{0.0, 3.0, 0.0}, {-3.0, -2.0, 0.0}, {3.0, -2.0, 0.0}}};
   const Triangle b = {{{0.0, -3.0, 2.0}, {-3.0, 2.0, 2.0}, {3.0, 2.0, 2.0}}};
   Sweep sweep(7.0);
@@ -876,7 +877,7 @@ TEST(GslTriTriMinDirectionalDist, NaNReachIsNeverImproved) {
 }
 
 TEST(GslTriTriMinDirectionalDist, VertexOfNaNIsNotRefused) {
-  // Its triangle has no plane that rejects anything: the two other vertices are tried.
+  // The plane of this triangle rejects nothing, so the two other vertices are tried.
   Triangle a = Up(0.0);
   a.p[2][0] = kNaN;
   Sweep sweep(7.0);

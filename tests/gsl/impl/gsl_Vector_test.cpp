@@ -52,7 +52,7 @@ TEST(GslVector, IsFourDoublesAndNothingElse) {
   EXPECT_TRUE(std::is_trivially_copyable<gsl_Vector>::value);
 }
 
-TEST(GslVector, IsNotMadeFromALengthOfTheCallersOwn) {
+TEST(GslVector, HasNoConstructorThatTakesALength) {
   EXPECT_FALSE((std::is_constructible_v<gsl_Vector, gsl_arithmetic::Measured3>));
   EXPECT_FALSE((std::is_constructible_v<gsl_Vector, gsl_arithmetic::Coord3, double>));
 }
@@ -63,21 +63,21 @@ TEST(GslVector, DefaultIsUnitZNotTheZeroVector) {
   EXPECT_EQ(v.magnitude, 1.0);
 }
 
-TEST(GslVector, ComponentsGiveTheMagnitude) {
+TEST(GslVector, ComponentsDetermineTheMagnitude) {
   const gsl_Vector v(2.0, -3.0, 6.0);
   EXPECT_XYZ(v, 2.0, -3.0, 6.0);
   EXPECT_EQ(v.magnitude, 7.0);
   EXPECT_EQ(gsl_Vector(0.0, 0.0, 0.0).magnitude, 0.0);
 }
 
-TEST(GslVector, ComponentsMayStandInBraces) {
+TEST(GslVector, ComponentsMayBeInBraces) {
   const gsl_Vector v({2.0, -3.0, 6.0});
   EXPECT_XYZ(v, 2.0, -3.0, 6.0);
   EXPECT_EQ(v.magnitude, 7.0);
   EXPECT_EQ(v.DotProduct({1.0, 1.0, 1.0}), 5.0);
 }
 
-TEST(GslVector, TwoPointsGiveTheSecondLessTheFirst) {
+TEST(GslVector, TwoPointsMakeTheSecondLessTheFirst) {
   const gsl_Vector v(gsl_Point(1.0, 2.0, 3.0), gsl_Point(2.0, 4.0, 1.0));
   EXPECT_XYZ(v, 1.0, 2.0, -2.0);
   EXPECT_EQ(v.magnitude, 3.0);
@@ -101,7 +101,7 @@ TEST(GslVectorNormal, FollowsTheRightHandRule) {
   EXPECT_EQ(gsl_Vector(o, x, y).magnitude, 1.0);
 }
 
-TEST(GslVectorNormal, CollinearAndCoincidentPointsGiveTheZeroVector) {
+TEST(GslVectorNormal, CollinearAndCoincidentPointsMakeTheZeroVector) {
   const gsl_Point a(1.0, 1.0, 1.0), b(2.0, 3.0, 4.0), c(3.0, 5.0, 7.0);
   for (const gsl_Vector& n : {gsl_Vector(a, b, c), gsl_Vector(a, a, b), gsl_Vector(a, b, b),
                               gsl_Vector(a, b, a), gsl_Vector(a, a, a)}) {
@@ -142,7 +142,7 @@ TEST(GslVectorNormal, MagnitudeIsScaledAlong) {
 
 // ---- operators
 
-TEST(GslVector, SumDifferenceAndMultipleAreMeasuredAfresh) {
+TEST(GslVector, SumDifferenceAndMultipleAreMeasuredAgain) {
   gsl_Vector a(1.0, 0.0, 2.0);
   a.magnitude = 1000.0;
   const gsl_Vector b(1.0, 3.0, 4.0);
@@ -246,7 +246,7 @@ TEST(GslVector, ScaleMultipliesTheMagnitudeWithoutASquareRoot) {
   EXPECT_EQ(stale.magnitude, 0.0);
 }
 
-TEST(GslVector, ScaledCopyIsMeasuredAfreshAndLeavesTheSource) {
+TEST(GslVector, ScaledCopyIsMeasuredAgainAndLeavesTheSource) {
   gsl_Vector v = WithMagnitude(1.0, 2.0, 2.0, 10.0);
   const gsl_Vector copy = v.ScaledCopy(-3.0);
   EXPECT_XYZ(copy, -3.0, -6.0, -6.0);
@@ -594,12 +594,12 @@ TEST(GslVectorAngleBetween, ReadsTheToleranceAtOnce) {
 
 TEST(GslVectorAngleBetween, FailedNormalisationsAreIgnored) {
   double angle = kSentinel;
-  // No axis: nothing is taken away from the arguments, and there is no sine.
+  // Without an axis nothing is subtracted from the arguments, and the sine is 0.
   const gsl_Vector zero(0.0, 0.0, 0.0);
   EXPECT_TRUE(zero.AngleBetween(gsl_Vector(1.0, 0.0, 0.0), gsl_Vector(0.0, 1.0, 0.0), angle));
   EXPECT_EQ(angle, 0.0);
   angle = kSentinel;
-  // Arguments along the axis: nothing is left of them.
+  // The arguments are along the axis, so nothing remains of them.
   const gsl_Vector z(0.0, 0.0, 1.0);
   EXPECT_TRUE(z.AngleBetween(z, z, angle));
   EXPECT_EQ(angle, 0.0);
@@ -700,7 +700,7 @@ TEST(GslVectorAngleWith, ToleranceIsReadAtOnce) {
 
 // ---- transform and print
 
-TEST(GslVector, RotateAndTransformTakesNoTranslationAndMeasuresAfresh) {
+TEST(GslVector, RotateAndTransformIgnoresTheTranslationAndMeasuresAgain) {
   gsl_Matrix m;
   m.SetRow(0, gsl_Vector(0.0, -1.0, 0.0));
   m.SetRow(1, gsl_Vector(1.0, 0.0, 0.0));
@@ -713,7 +713,7 @@ TEST(GslVector, RotateAndTransformTakesNoTranslationAndMeasuresAfresh) {
 
 namespace {
 
-/// Remembers what had been written at every flush.
+/// Remembers the text that was written at every flush.
 class FlushRecorder : public std::stringbuf {
 public:
   std::vector<std::string> atFlush;

@@ -5,7 +5,7 @@
 #include <cstdio>
 #include <string>
 
-// PROJECT_VERSION_TEXT is the version that the build gives the package and the libraries' names.
+// PROJECT_VERSION_TEXT is the version in the names of the package and the libraries.
 
 TEST(GslVersion, TheLibraryReportsTheVersionOfTheBuild) {
   EXPECT_STREQ(gsl_LibraryVersionText(), PROJECT_VERSION_TEXT);

@@ -105,7 +105,7 @@ TEST(GslUtil, InstanceIsOneObject) {
   EXPECT_EQ(&first, &omi_Singleton<gsl_Util>::Instance());
 }
 
-TEST(GslUtil, DestroyedSettingsAreRebornWithTheDefaults) {
+TEST(GslUtil, SettingsMadeAgainHaveTheDefaults) {
   omi_Singleton<gsl_Util>::Instance().linearTolerance = 0.5;
   omi_Singleton<gsl_Util>::Destroy();
   EXPECT_FALSE(omi_Singleton<gsl_Util>::Exists());
@@ -146,7 +146,7 @@ TEST(GslRealEqual, InfinitiesDifferFromNumbers) {
   EXPECT_FALSE(gsl_RealEqual(kInfinity, 1.0, 1e300));
   EXPECT_FALSE(gsl_RealEqual(1.0, -kInfinity, 1e300));
   EXPECT_FALSE(gsl_RealEqual(-kLargest, kLargest, kLargest));
-  // Their difference is no number.
+  // Their difference is NaN.
   EXPECT_TRUE(gsl_RealEqual(kInfinity, kInfinity, 0.0));
   EXPECT_TRUE(gsl_RealEqual(0.0, kInfinity, kInfinity));
 }
@@ -164,7 +164,7 @@ TEST(GslRealRelEqual, BandScalesWithTheFirstArgument) {
   EXPECT_TRUE(gsl_RealRelEqual(8.0, 12.0, 0.5));
   EXPECT_FALSE(gsl_RealRelEqual(8.0, Above(12.0), 0.5));
   EXPECT_TRUE(gsl_RealRelEqual(8.0, 4.0, 0.5));
-  // One place of the difference, which is 4.
+  // The last place of the difference, which is 4.
   EXPECT_FALSE(gsl_RealRelEqual(8.0, 4.0 - 0x1p-50, 0.5));
   EXPECT_TRUE(gsl_RealRelEqual(-8.0, -12.0, 0.5));
   EXPECT_FALSE(gsl_RealRelEqual(-8.0, Below(-12.0), 0.5));
@@ -395,7 +395,7 @@ TEST(GslRoundFloat, ZeroDigitsAndFewerRoundToAPowerAboveTheLeadingDigit) {
   EXPECT_EQ(gsl_RoundFloat(60.0, -1), 0.0);
 }
 
-TEST(GslRoundFloat, InfinityAndNaNComeBack) {
+TEST(GslRoundFloat, InfinityAndNaNAreReturnedUnchanged) {
   EXPECT_EQ(gsl_RoundFloat(kInfinity, 3), kInfinity);
   EXPECT_EQ(gsl_RoundFloat(-kInfinity, 3), -kInfinity);
   EXPECT_TRUE(std::isnan(gsl_RoundFloat(kNaN, 3)));
@@ -412,7 +412,7 @@ RC_GTEST_PROP(GslRoundFloat, StaysWithinHalfAUnitOfTheLastDigit, ()) {
   const int exponent = *rc::gen::inRange(-40, 40);
   RC_PRE(mantissa != 0);
   const double x = static_cast<double>(mantissa) * std::pow(10.0, exponent);
-  // The decimal exponent from the C library's own conversion.
+  // The conversion of the C library supplies the decimal exponent.
   char text[64];
   std::snprintf(text, sizeof text, "%.17e", x);
   const int leading = std::atoi(std::strchr(text, 'e') + 1);
@@ -548,7 +548,7 @@ TEST(SinglePrecisionPower, NegativeExponentsDivide) {
   EXPECT_EQ(SinglePrecisionPower(3.0, -2), static_cast<double>(ninth));
 }
 
-TEST(SinglePrecisionPower, EndsSoonForEveryExponent) {
+TEST(SinglePrecisionPower, TakesFewStepsForEveryExponent) {
   EXPECT_EQ(SinglePrecisionPower(2.0, INT_MAX), kInfinity);
   EXPECT_EQ(SinglePrecisionPower(2.0, INT_MIN), 0.0);
   EXPECT_EQ(Bits(SinglePrecisionPower(-2.0, INT_MIN)), Bits(0.0));
@@ -570,7 +570,7 @@ TEST(GslInterval, IsTwoDoublesLowerFirst) {
   EXPECT_TRUE(std::is_trivially_copyable<gsl_Interval>::value);
 }
 
-TEST(GslInterval, BoundsAreGivenInBracesOrInParentheses) {
+TEST(GslInterval, BoundsMayBeInBracesOrInParentheses) {
   const gsl_Interval braces{2.0, 6.0};
   const gsl_Interval copied = {2.0, 6.0};
   const gsl_Interval parentheses(2.0, 6.0);
@@ -616,7 +616,7 @@ TEST(GslInterval, EqualsItselfAndNaN) {
 
 namespace {
 
-/// Debug output into a string and the module's debug level, for the length of a scope.
+/// Collects debug output in a string, and sets the module's debug level, until the end of a scope.
 class DebugConsole {
 public:
   explicit DebugConsole(int level) : before(typ_DebugFlags::GetDebugFlags(778)) {

@@ -12,7 +12,7 @@
 #include <utility>
 #include <vector>
 
-/// An enumeration of a host, whose table repeats a value and a name and has a row behind its end.
+/// An enumeration of a host. Its table repeats a value and a name, and has a row after its end.
 enum HostMethod : std::int32_t { HOST_FACE = 40, HOST_TWICE = 7, HOST_AGAIN = 8, HOST_BEHIND = 9 };
 
 template <>
@@ -35,7 +35,7 @@ using Line = omu_PrimEnum<gsl_LineMethod, 1>;
 
 using Names = std::vector<std::pair<std::string, int>>;
 
-// Typed by hand, not taken from the tables under test.
+// These rows are typed by hand and not copied from the tables under test.
 const Names kDotNames = {{"gsl_FROM_POINT", 0},
                          {"gsl_FROM_VERTEX", 1},
                          {"gsl_FROM_DATUM_POINT", 2},
@@ -79,7 +79,7 @@ void ExpectTable(const Names& names) {
   EXPECT_EQ(listed, names);
 }
 
-/// Runs `construct`, which must throw, and hands the exception on.
+/// Runs `construct`, which must throw, and returns the exception.
 template <class Construct>
 omu_ValueErrorException Thrown(Construct construct) {
   try {
@@ -167,7 +167,7 @@ TEST(OmuPrimEnum, AddsNoDataToItsBase) {
 TEST(OmuPrimEnum, LookupsTakeTheFirstMatchAndEndAtTheNullRow) {
   EXPECT_EQ(Host(HOST_TWICE).AsString(), cow_String("FIRST"));
   EXPECT_EQ(Host(cow_String("FIRST")).GetValue(), HOST_TWICE);
-  // The value of the null row is no value, and what stands behind it is no row.
+  // The value of the null row is not a valid value, and nothing after the null row is a row.
   EXPECT_EQ(Host(cow_String("SECOND")).GetValue(), HOST_TWICE);
   EXPECT_THROW(Host(cow_String("BEHIND")), omu_ValueErrorException);
   Host prim(HOST_FACE);
@@ -200,7 +200,7 @@ TEST(OmuPrimEnum, UnknownTextThrowsWithTextAndPermissibleNames) {
               "omu_PrimEnum(const cow_String&) - str not allowed: FROM_POINT  Permissible: " +
                   kPermissibleDir,
               81);
-  // The names of another table are no better.
+  // The names of another table are not valid either.
   EXPECT_THROW(Dir(cow_String("gsl_FROM_POINT")), omu_ValueErrorException);
   EXPECT_THROW(Dot(cow_String("FROM_POINT")), omu_ValueErrorException);
 }
@@ -221,7 +221,7 @@ TEST(OmuPrimEnum, FromAnotherPrimitiveGoesByItsName) {
   const Line line(FROM_PNT_PNT);
   const omu_PrimEnumBase& base = line;
   EXPECT_EQ(Line(base).GetValue(), FROM_PNT_PNT);
-  // Another enumeration and another value: the name alone counts.
+  // The enumeration and the value differ: the name alone counts.
   EXPECT_EQ(Dir(Host(HOST_FACE)).GetValue(), FROM_FACE);
 }
 
@@ -282,7 +282,7 @@ TEST(OmuPrimEnum, EqualityComparesNameAndValue) {
   const Dir face(FROM_FACE);
   EXPECT_TRUE(face == static_cast<const omu_Primitive&>(Dir(FROM_FACE)));
   EXPECT_FALSE(face == static_cast<const omu_Primitive&>(Dir(FROM_ELEM_FACE)));
-  // The same number under another name.
+  // This is the same number under another name.
   EXPECT_FALSE(face == static_cast<const omu_Primitive&>(Line(FROM_EDGE)));
 }
 

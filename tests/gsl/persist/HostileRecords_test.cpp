@@ -28,8 +28,8 @@
 #include <utility>
 #include <vector>
 
-// Records that no writer would write, for every class and every field: an object or an exception of
-// the host's family, in bounded time and memory.
+// These are records that no writer would write, for every class and every field. Reading must
+// return an object or throw an exception of the host's family, in bounded time and memory.
 
 namespace {
 
@@ -119,8 +119,8 @@ bool HoldsRecord(const RawField& field) {
   return field.kind == Kind::Record || field.kind == Kind::Object;
 }
 
-/// Leaves out the records that no root holds any more, and numbers the others anew. A link that
-/// leads nowhere stays as it is.
+/// Leaves out the records that no root holds any more, and numbers the other records again. A link
+/// that leads nowhere stays unchanged.
 RawRecords WithoutOrphans(RawRecords records) {
   std::vector<bool> kept(records.size(), false);
   std::vector<std::size_t> pending;
@@ -151,7 +151,8 @@ RawRecords WithoutOrphans(RawRecords records) {
   return result;
 }
 
-/// The records below one more root of an unknown class, which holds them as the shared object "o".
+/// Puts the records below one more root of an unknown class, which holds them as the shared object
+/// "o".
 RawRecords Wrapped(const RawRecords& records) {
   RawRecord wrapper;
   wrapper.isRoot = true;
@@ -172,13 +173,13 @@ RawRecords Wrapped(const RawRecords& records) {
   return result;
 }
 
-/// Whether the first root, or what its field `inside` holds, can be read. Fails the test for
-/// whatever is no exception of the host's family, and beyond bounds of time and memory that leave
-/// no room for more than what is in proportion to the bytes.
+/// Returns whether the first root, or the record in its field `inside`, can be read. Fails the test
+/// for an exception outside the host's family. It also fails the test when the time or the memory
+/// is out of proportion to the bytes.
 bool CanRead(const Class& c, const RawRecords& records, const char* inside = nullptr) {
   const std::vector<unsigned char> bytes = RawBytes(records);
   const PeakMemory memory;
-  // Processor time, so that other work of the machine does not count.
+  // The clock counts processor time, so that other work of the machine does not count.
   const std::clock_t start = std::clock();
   bool isRead = false;
   try {
@@ -261,8 +262,8 @@ TEST_F(HostileRecords, RecordOfAnotherClassIsNamedWithItsPlace) {
             "Root 0 holds a record of class gsl_BBox, not gsl_Point");
   EXPECT_EQ(message(named("array of gsl_Dot"), RawCopy(named("array of gsl_Plane").sample)),
             "Root 0 holds a record of class gsl_PlaneArray, not gsl_DotArray");
-  // The second record of a plane is its point; that of a list or an array is, or leads to, an
-  // entry.
+  // The second record of a plane is its point. The second record of a list or an array is an entry,
+  // or leads to an entry.
   const auto changed = [&](const char* name, std::size_t record, unsigned int typeId) {
     RawRecords records = RawCopy(named(name).sample);
     records.at(record).typeId = typeId;
@@ -299,7 +300,7 @@ TEST_F(HostileRecords, FieldThatRefersToTheObjectAroundItIsRefused) {
   });
 }
 
-TEST_F(HostileRecords, OnlyAModelSegmentTakesWhatAnotherFieldShares) {
+TEST_F(HostileRecords, OnlyAModelSegmentReadsASharedObjectOfAnotherField) {
   ForEachField([](const Class& c, const RawRecords& sample, std::size_t i) {
     if (!HoldsRecord(sample[0].fields[i])) return;
     // The field's own record becomes the shared object of another field.
@@ -351,9 +352,9 @@ TEST_F(HostileRecords, HundredThousandLevelsInAnyField) {
         if (level < kLevels) deeper.fields.push_back(next);
         records.push_back(std::move(deeper));
       }
-      // A reader looks no deeper than its own fields go: where a record of that class belongs, it
-      // reads as one without fields; where a list does, as an empty one. A datum point cannot do
-      // without its method, an array not with entries of another class.
+      // A reader reads only its own fields. A record of that class reads as a record without
+      // fields, and a list reads as an empty list. A datum point needs its method, and an array
+      // refuses entries of another class.
       bool expected = false;
       if (nested != nullptr) {
         const bool isCollection = nested->collection != 0;
@@ -392,7 +393,8 @@ TEST_F(HostileRecords, HundredThousandFieldsOfOneName) {
     EXPECT_TRUE(CanRead(c, behind));
     RawRecords before = sample;
     before[0].fields.insert(before[0].fields.begin(), kLevels, wrong);
-    // The next behind the field read before counts: only the first field has none before it.
+    // The field right after the field read before counts. Only the first field has no field before
+    // it.
     EXPECT_EQ(CanRead(c, before), i != 0);
   });
 }

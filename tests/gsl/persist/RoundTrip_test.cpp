@@ -23,17 +23,17 @@
 #include <unordered_map>
 #include <vector>
 
-// Random objects of every class are written and read in one load. What was read must be what was
-// written, member by member, bit for bit, identities and sharing included; and its records, written
-// again, must be the same records.
+// Random objects of every class are written and read in one load. The objects read must equal the
+// objects written, member by member, bit for bit, with identities and sharing. Written again, they
+// must make the same records.
 
 namespace {
 
 constexpr long kObjects = Scaled(1000000);
-// Divides the number of objects also where that is scaled down, in tens of batches.
+// This number divides the number of objects, also when it is scaled down, in tens of batches.
 constexpr std::size_t kBatch = 500;
 
-/// Any 64 bits: NaNs, infinities and denormals come up.
+/// Returns any 64 bits, which include NaNs, infinities and denormals.
 double AnyDouble(RandomNumbers& random) {
   std::uint64_t bits = 0;
   for (int i = 0; i < 4; ++i)
@@ -81,7 +81,7 @@ void Make(RandomNumbers& random, std::vector<gsl_PersistentMatrix>& to) {
       entry = AnyDouble(random);
   }
   m.isIdentity = random.Below(3) - 1;
-  // An identity that is not known yet would be snapped by the first writing.
+  // The first writing would rewrite a matrix whose flag is not known.
   if (m.isIdentity == -1) m.m[0][0] = 2.0;
   to.emplace_back(m);
 }
@@ -108,7 +108,7 @@ void Make(RandomNumbers& random, std::vector<gsl_StLine>& to) {
   AnyHistory(random, to.back());
 }
 
-/// A datum point of each method, the only way to which is a record.
+/// A datum point of each method. Only a record can set the method.
 std::vector<gsl_Dot> DotsOfEveryMethod() {
   std::vector<gsl_Dot> dots;
   for (int i = 0; i < 13; ++i) {
@@ -125,7 +125,7 @@ gsl_Dot AnyDot(RandomNumbers& random) {
   static const std::vector<gsl_Dot> ofEveryMethod = DotsOfEveryMethod();
   if (random.Chance(0.3)) return gsl_Dot(AnyPoint(random));
   if (random.Chance(0.4)) {
-    // Copies of one identity that are not the same any more.
+    // These copies have one identity and differ in contents.
     gsl_Dot copy = ofEveryMethod[static_cast<std::size_t>(random.Below(13))];
     copy.SetValues(AnyDouble(random), AnyDouble(random), AnyDouble(random));
     return copy;
@@ -203,8 +203,8 @@ bool Same(const gsl_ModelSegment& a, const gsl_ModelSegment& b) {
          (!a.HasPoint2() || Same(a.Point2(), b.Point2())) && a.Uid() == b.Uid();
 }
 
-/// Which datum points of what was written became which of what was read: one for each, however
-/// often it is shared.
+/// Maps each datum point that was written to the datum point that was read. There is one for each,
+/// however often it is shared.
 class Sharing {
 public:
   bool Holds(const gsl_ModelSegment& written, const gsl_ModelSegment& read) {
@@ -222,7 +222,7 @@ private:
   std::unordered_map<const gsl_Dot*, const gsl_Dot*> writtenFor;
 };
 
-/// Processor time, so that other work of the machine does not count.
+/// The processor time, so that other work of the machine does not count.
 class Clock {
 public:
   double Nanoseconds() const {
@@ -233,7 +233,7 @@ private:
   std::clock_t start = std::clock();
 };
 
-/// What a class costs, per object.
+/// The costs of a class, per object.
 struct Cost {
   double writing = 0.0;
   double reading = 0.0;
@@ -247,7 +247,8 @@ struct Cost {
   }
 };
 
-/// Whether the store is the same after a way through its bytes: each tenth batch goes it.
+/// Returns whether the store is the same after writing and reading its bytes. Every tenth batch
+/// does this.
 bool KeepsItsBytes(const gsl_RecordStore& store, Cost& cost) {
   if (cost.batches++ % 10 != 0) return true;
   const std::vector<unsigned char> form = store.ToBytes();

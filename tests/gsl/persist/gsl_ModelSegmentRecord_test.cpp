@@ -13,7 +13,7 @@ namespace {
 
 constexpr unsigned int kHostDotTypeId = 0x7F000002u;
 
-/// A datum point class of a host module: what Regenerate does to it shows.
+/// A datum point class of a host module, which shows whether Regenerate was called.
 class HostDot : public gsl_Dot {
 public:
   HostDot(double x, double y, double z) : gsl_Dot(x, y, z) {}
@@ -39,7 +39,7 @@ public:
   }
 };
 
-/// The record of a model segment that has one end only.
+/// Returns the record of a model segment with one end only.
 gsl_RecordStore HalfSegment() {
   return Edited(Written(gsl_ModelSegment(gsl_Dot(1.0, 0.0, 0.0), gsl_Dot())),
                 {"point2", [](const cls_WriteVisitor& to, const cls_FieldHandle& field) {
@@ -117,7 +117,7 @@ TEST(GslModelSegmentRecord, SegmentsThatShareDatumPointsShareThemAgain) {
   const gsl_ModelSegment copy(segment);
   ASSERT_EQ(&segment.Point1(), &copy.Point1());
   const gsl_RecordStore store = Written(segment, copy);
-  // Two segments, two datum points and the points in them.
+  // These are two segments, two datum points and the points in them.
   EXPECT_EQ(store.RecordCount(), 6u);
   cls_Load load(store);
   const gsl_ModelSegment first(cls_ReadVisitor(load, 0));
@@ -162,7 +162,7 @@ TEST(GslModelSegmentRecord, DerivedDatumPointKeepsItsClass) {
   EXPECT_TRUE(read.Point1().IsA(gsl_Dot::TypeId()));
 }
 
-TEST(GslModelSegmentRecord, EndThatIsNoDatumPointIsRefused) {
+TEST(GslModelSegmentRecord, EndThatIsNotADatumPointIsRefused) {
   const gsl_RecordStore store =
       Edited(Written(gsl_ModelSegment()), {"point1", [](const cls_WriteVisitor& to, const auto& f) {
                                              gsl_Point().DBWrite(cls_WriteVisitor(to, f));

@@ -19,14 +19,14 @@ void Note(const char* prefix, bool isStart, int count) {
   events += std::string(isStart ? "+" : "-") + prefix + std::to_string(count) + " ";
 }
 
-/// Whether there were settings while a host library started or stopped.
+/// Records whether there were settings while a host library started or stopped.
 bool settingsSeen = false;
 
 void LookForSettings(const char*, bool, int) {
   settingsSeen = settingsSeen || omi_Singleton<gsl_Util>::Exists();
 }
 
-/// Collects what the host libraries are told.
+/// Collects the calls to the host libraries.
 class Module : public testing::Test {
 protected:
   Module() : before(mem_LifeCycle::SetListener(&Note)) { events.clear(); }
@@ -45,7 +45,7 @@ TEST_F(Module, StartsTheHostLibrariesInTheOrderOfTheirPrefixes) {
   int count = 0;
   gsl_initialize(count);
   gsl_finalize(count);
-  // All that have something to start: cls starts with nex, and ftr has nothing.
+  // These libraries have something to start: cls starts with nex, and ftr has nothing to start.
   std::string expected;
   std::ifstream prefixes(HOST_PREFIXES);
   for (std::string prefix; std::getline(prefixes, prefix);) {
@@ -177,7 +177,7 @@ TEST_F(Module, TypeTableIsExactlyThis) {
     unsigned int kind, secondWord;
     const char* name;
   };
-  // Typed by hand. The vector's second word is no mistake of this test.
+  // This table is typed by hand. The second word of the vector is not a mistake of this test.
   const Row expected[] = {{0, 1, nullptr},
                           {7, 1, "gsl_Point"},
                           {7, 1, "gsl_Matrix"},

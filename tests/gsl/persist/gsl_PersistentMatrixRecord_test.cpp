@@ -29,7 +29,7 @@ struct MatrixCloner {
   }
 };
 
-/// A record with that flag and the entries of SampleMatrix.
+/// Returns a record with that flag and the entries of SampleMatrix.
 gsl_RecordStore WithFlag(int flag) {
   return Edited(Written(gsl_PersistentMatrix(SampleMatrix())),
                 {"_is_identity", [=](const cls_WriteVisitor& to, const cls_FieldHandle& field) {
@@ -149,7 +149,7 @@ TEST(GslPersistentMatrixRecord, EntriesAreFourByFour) {
 
 namespace {
 
-/// What reading entries of another size throws: the message, and where.
+/// Returns the message and the place of the exception for entries of another size.
 std::string Refusal(std::size_t rows, std::size_t columns) {
   try {
     ReadBack<gsl_PersistentMatrix>(WithArray(rows, columns));

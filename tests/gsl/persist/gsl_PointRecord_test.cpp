@@ -33,7 +33,7 @@ TEST(GslPointRecord, MissingCoordinatesAreZero) {
 }
 
 TEST(GslPointRecord, DBWriteIsItsOnlyVirtualOperation) {
-  // The pointer to the table, three coordinates, the identity.
+  // The members are the pointer to the table, three coordinates and the identity.
   EXPECT_EQ(sizeof(gsl_Point), sizeof(void*) + 3 * sizeof(double) + sizeof(cls_Uid));
 }
 

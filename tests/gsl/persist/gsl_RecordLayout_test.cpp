@@ -22,8 +22,9 @@
 #include <iterator>
 #include <vector>
 
-// The records as tables, typed by hand and independent of those of the library: registration, write
-// order and what a reader makes of missing and misplaced fields are compared with them.
+// These tables of the records are typed by hand and independent of the tables of the library. The
+// test compares the registration, the order of writing, and the reading of missing and misplaced
+// fields with them.
 
 namespace {
 
@@ -65,7 +66,7 @@ FieldRow Nested(int index, const char* name, unsigned int typeId) {
   return {index, name, Value::Record, 15, typeId, 0};
 }
 
-/// In the order of registration.
+/// The classes in the order of their registration.
 const std::vector<ClassRow>& Rows() {
   static const std::vector<ClassRow> rows = {
       {0x030A0007,
@@ -176,7 +177,8 @@ Kind KindOf(Value value) {
   }
 }
 
-/// A class by its type id: the record of a sample, and reading and writing it again.
+/// A class by its type id, with the record of a sample, and a function that reads and writes this
+/// record.
 struct Class {
   unsigned int typeId;
   std::function<gsl_RecordStore()> sample;
@@ -235,7 +237,7 @@ std::optional<gsl_RecordField> FindField(const gsl_RecordStore& store, const std
   return std::nullopt;
 }
 
-/// What stands for a missing field after the record was read and written again.
+/// The value of a missing field after the record was read and written again.
 void ExpectDefault(const gsl_RecordStore& store, const FieldRow& row) {
   const auto field = FindField(store, row.name);
   ASSERT_TRUE(field.has_value()) << row.name;
@@ -261,7 +263,7 @@ void ExpectDefault(const gsl_RecordStore& store, const FieldRow& row) {
     EXPECT_EQ(store.Unsigneds(field->link).count, 0u) << row.name;
     break;
   case Value::Doubles:
-    // The entries of a matrix that was just made.
+    // These are the entries of a new matrix.
     EXPECT_EQ(store.Doubles(field->link).rows, 4u);
     break;
   case Value::List:
@@ -280,7 +282,7 @@ struct Replacement {
   std::function<void(const cls_WriteVisitor&, const cls_FieldHandle&)> write;
 };
 
-/// Something of every kind, to be put where it does not belong.
+/// A value of every kind, to be put in a field of another kind.
 const std::vector<Replacement>& Replacements() {
   const auto record = [](unsigned int typeId, int collection) {
     return [=](const cls_WriteVisitor& to, const cls_FieldHandle& field) {
@@ -305,7 +307,7 @@ const std::vector<Replacement>& Replacements() {
   return replacements;
 }
 
-/// Whether a reader takes the replacement for what the field ought to hold.
+/// Returns whether a reader accepts the replacement as a value of the field.
 bool Fits(const FieldRow& row, const Replacement& r) {
   switch (row.value) {
   case Value::Integer:
@@ -326,7 +328,7 @@ bool Fits(const FieldRow& row, const Replacement& r) {
   return false;
 }
 
-/// The C++ name of a class whose registered name is another one.
+/// The C++ name of a class with another registered name.
 std::string CppName(const ClassRow& row) {
   const std::string name = row.name;
   if (name == "gsl_Matrix") return "gsl_PersistentMatrix";
@@ -343,7 +345,7 @@ std::string Documented(const ClassRow& row) {
          (row.hasDtor ? "yes" : "no") + " |\n";
 }
 
-/// What a record of class `typeId` is called.
+/// Returns the name of the records of class `typeId`.
 std::string RecordOf(unsigned int typeId) {
   return typeId == 0x030A0001u ? "record of `gsl_Point`" : "record of `gsl_PersistentVector`";
 }
@@ -498,7 +500,7 @@ TEST(GslRecordLayout, EachFieldOfEveryOtherKindIsRefusedOrReadAsAbsent) {
       for (const Replacement& r : Replacements()) {
         const gsl_RecordStore edited = Edited(whole, {row.name, r.write});
         const std::string what = std::string(Rows()[i].name) + row.name + " as " + r.what;
-        // A 4 by 4 array it is not, but nothing else is wrong with the empty one.
+        // The empty array is valid except that it is not 4 by 4.
         if (Fits(row, r)) {
           EXPECT_NO_THROW(Classes()[i].readAndWrite(edited)) << what;
         } else {
@@ -512,7 +514,7 @@ TEST(GslRecordLayout, EachFieldOfEveryOtherKindIsRefusedOrReadAsAbsent) {
 TEST(GslRecordLayout, FieldsOfUnknownNamesAreIgnored) {
   for (const Class& c : Classes()) {
     const gsl_RecordStore whole = c.sample();
-    // The methods alone, which no record can do without, behind many others.
+    // Only the methods, which every record needs, come after many other fields.
     const gsl_RecordStore store =
         Recorded(c.typeId, UidOf(whole, whole.Root(0)), [&](const cls_WriteVisitor& to) {
           for (int i = 0; i < 1000; ++i)

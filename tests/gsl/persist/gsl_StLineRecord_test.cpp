@@ -35,7 +35,7 @@ gsl_StLine SampleAxis() {
 
 } // namespace
 
-TEST(GslStLineRecord, WritesOkBehindFlip) {
+TEST(GslStLineRecord, WritesOkAfterFlip) {
   EXPECT_EQ(TextOf(Written(SampleAxis())), "0x030A0006\n"
                                            "  0 _point record 0x030A0001\n"
                                            "    -1 _x double 0x1p+0\n"

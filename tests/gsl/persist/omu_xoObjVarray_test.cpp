@@ -16,7 +16,7 @@ namespace {
 
 using DotArray = omu_xoObjVarray<gsl_Dot>;
 
-/// Counts how many of it there are.
+/// Counts its live objects.
 class CountedDot : public gsl_Dot {
 public:
   CountedDot() { ++alive; }
@@ -160,7 +160,7 @@ TEST(OmuXoObjVarray, OwnersAreNotStored) {
   EXPECT_EQ(read.FirstOwner(), nullptr);
 }
 
-TEST(OmuXoObjVarray, DeletesItsElementsAndGivesThemUpOnRelease) {
+TEST(OmuXoObjVarray, DeletesItsElementsUnlessTheyAreReleased) {
   {
     DotArray array;
     for (int i = 0; i < 5; ++i)

@@ -57,7 +57,7 @@ TEST(MeshReadStl, BinaryWhoseHeaderBeginsWithSolidIsBinary) {
                 TetrahedronCorners());
 }
 
-TEST(MeshReadStl, TruncatedBinaryIsRefusedWhateverItsHeader) {
+TEST(MeshReadStl, TruncatedBinaryIsRefusedWithAnyHeader) {
   for (const char* header : {"", "solid part"}) {
     std::string bytes = StlBinary(TetrahedronCorners(), header);
     bytes.resize(84 + 50 * 3 + 49);

@@ -1,6 +1,7 @@
 #include "MeshWrite.h"
 
 #include "MeshSamples.h"
+#include "Numbers.h"
 #include "OutputFile.h"
 
 #include <limits>
@@ -109,7 +110,7 @@ TEST(MeshWriteStl, CoordinateBeyondSinglePrecisionIsRefused) {
   const double largest = std::numeric_limits<float>::max();
   WriteMesh(path, {"", {{largest, 0, 0}, {1, 0, 0}, {0, 1, 0}}, {}}, false);
   EXPECT_EQ(ReadMesh(path).corners[0].x, largest);
-  const double beyond = std::nextafter(largest, infinity);
+  const double beyond = numbers::Above(largest);
   try {
     WriteMesh(path, {"", {{0, 0, 0}, {1, -beyond, 0}, {0, 1, 0}}, {}}, true);
     ADD_FAILURE() << "not refused";

@@ -1,5 +1,6 @@
 #include "writers/SharedVertices.h"
 
+#include "Numbers.h"
 #include "TemporaryFolder.h"
 
 #include <gmock/gmock.h>
@@ -23,7 +24,7 @@ SharedVertices VerticesOf(const Mesh& mesh) {
 } // namespace
 
 TEST(SharedVertices, CornersOfTheSameBitsShareAVertexInTheOrderOfFirstUse) {
-  const double above = std::nextafter(1.0, 2.0);
+  const double above = numbers::Above(1.0);
   const Mesh mesh{
       "", {{1, 0, 0}, {0, 0, 0}, {1, 0, 0}, {above, 0, 0}, {-0.0, 0, 0}, {0, 0, 0}}, {}};
   const SharedVertices shared = VerticesOf(mesh);
@@ -37,7 +38,7 @@ TEST(SharedVertices, CornersOfTheSameNanShareAVertex) {
   EXPECT_THAT(VerticesOf(mesh).ofCorner, ElementsAre(0, 1, 0));
 }
 
-TEST(SharedVertices, EveryCoordinateTellsCornersApart) {
+TEST(SharedVertices, EveryCoordinateDistinguishesCorners) {
   Mesh mesh;
   for (int k = 0; k < 20 * 20 * 20; ++k)
     mesh.corners.push_back({0.5 * (k % 20), 0.5 * (k / 20 % 20), 0.5 * (k / 400)});

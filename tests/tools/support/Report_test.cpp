@@ -177,7 +177,7 @@ TEST(Report, JsonRepeatsTheQuestion) {
   EXPECT_EQ(question["one_sided"], true);
 }
 
-TEST(Report, JsonNormalIsNullWhereThereIsNone) {
+TEST(Report, JsonNormalIsNullWithoutANormal) {
   SweepReport report = SampleReport();
   report.answer.contact.hasNormal = false;
   EXPECT_TRUE(JsonOf(report)["normal"].is_null());
@@ -204,7 +204,7 @@ TEST(Report, JsonNumbersReadBackAsTheSameDoubles) {
   }
 }
 
-TEST(Report, JsonIsNullWhereThereIsNoContact) {
+TEST(Report, JsonIsNullWithoutAContact) {
   SweepReport report = SampleReport();
   report.answer.status = SweepStatus::None;
   const auto json = JsonOf(report);

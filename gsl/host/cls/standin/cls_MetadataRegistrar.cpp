@@ -4,7 +4,7 @@ template class omi_Singleton<cls_MetadataRegistrar>;
 
 namespace {
 
-/// Restores the flags, also when the registration of a class throws.
+/// Restores the flags when the registration of a class ends or throws.
 class FlagsForNewClasses {
 public:
   FlagsForNewClasses(int& place, int flags) : m_target(place), m_previous(place) {

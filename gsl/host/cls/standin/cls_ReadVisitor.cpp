@@ -14,7 +14,7 @@ namespace {
 
 constexpr const char* kSourceUnit = "gsl/host/cls/cls_ReadVisitor";
 
-// What the host calls a collection is stored under the same number.
+// Each kind of collection is stored under the host's number.
 static_assert(static_cast<int>(gsl_RecordCollection::None) == cls_NoCollection);
 static_assert(static_cast<int>(gsl_RecordCollection::Objects) == cls_ObjectList);
 static_assert(static_cast<int>(gsl_RecordCollection::Unsigneds) == cls_UnsignedList);
@@ -46,7 +46,7 @@ const char* NameOf(Kind kind) {
   return "nothing known";
 }
 
-/// The name that the class is registered under, or its number.
+/// Returns the name that the class is registered under, or its number.
 std::string ClassName(unsigned int typeId) {
   const cls_ClassMetadata* const known =
       omi_Singleton<cls_MetadataRegistrar>::Instance().ClassRegistrar().FindClass(typeId);

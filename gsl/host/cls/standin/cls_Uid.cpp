@@ -27,21 +27,21 @@ std::uint64_t RandomPrefix() {
 
 __thread cls_Uid::Block cls_Uid::threadBlock __attribute__((tls_model("initial-exec"))) = {0, 0, 0};
 
-// Runs in the child, on the only thread that survives the fork.
+// This runs in the child, on the only thread that survives the fork.
 void cls_Uid::DrawAfterFork() noexcept {
   processPrefix.store(RandomPrefix(), std::memory_order_relaxed);
   nextBlock.store(0, std::memory_order_relaxed);
   threadBlock = {0, 0, 0};
 }
 
-// Registered at load, while there is one thread. Later, a fork could come between the first prefix
-// and the registration.
+// The handler is registered at load, while there is one thread. Later, a fork could come between
+// the first prefix and the registration.
 const bool cls_Uid::kWatchesForks = pthread_atfork(nullptr, nullptr, DrawAfterFork) == 0;
 
 __attribute__((cold)) void cls_Uid::TakeBlock() noexcept {
   std::uint64_t prefixOfAll = processPrefix.load(std::memory_order_relaxed);
   if (prefixOfAll == 0) {
-    // The first thread decides. A lock instead could stay held in a forked child.
+    // The first thread decides. A lock could stay held in a forked child.
     const std::uint64_t drawn = RandomPrefix();
     if (processPrefix.compare_exchange_strong(prefixOfAll, drawn)) prefixOfAll = drawn;
   }

@@ -84,7 +84,7 @@ int cls_WriteVisitor::StartWrite(unsigned int typeId, const cls_Uid& uid) const 
 }
 
 void cls_WriteVisitor::StartRoot(unsigned int typeId, const cls_Uid& uid) const {
-  // Until the next root is there, nothing of the last one is this visitor's to take back.
+  // Until the next root is started, this visitor has nothing to take back.
   m_record = kNoRecord;
   m_record = m_save.m_writer.AddRoot(typeId, IdentityOf(uid));
   m_hasElements = false;
@@ -98,7 +98,7 @@ void cls_WriteVisitor::StartChild(unsigned int typeId, const cls_Uid& uid, bool 
 
 int cls_WriteVisitor::StartShared(unsigned int typeId, const cls_Uid& uid) const {
   // Two objects may carry one uid and differ in contents, when one is a copy that was changed. The
-  // address tells them apart; it stays the object's own while the save keeps its holder.
+  // address distinguishes them: no other object has it while the save keeps the holder.
   const cls_Save::Key key{m_object, typeId, uid};
   const auto written = m_save.m_objects.find(key);
   if (written != m_save.m_objects.end()) {

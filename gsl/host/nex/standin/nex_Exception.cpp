@@ -13,7 +13,7 @@ const char* nex_Exception::what() const noexcept {
 
 void nex_Exception::Throw(const nex_Exception& exception, const char* source, int line) {
   exception.Raise(cow_String(source), line);
-  // A Raise that returned would leave the caller with an impossible value.
+  // Raise must throw: the caller goes on only without an exception.
   std::abort();
 }
 

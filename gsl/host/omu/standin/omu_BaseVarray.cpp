@@ -27,7 +27,7 @@ unsigned int GrownBy(double ratio, unsigned int capacity) {
   const unsigned int least = LeastGrown(capacity);
   const unsigned int most = Sum(capacity, std::max(capacity, kFreeStep));
   const double wanted = static_cast<double>(capacity) * ratio;
-  // Negated, so that a NaN takes the least step.
+  // The test is negated, so that a NaN takes the least step.
   if (!(wanted > static_cast<double>(least))) return least;
   return wanted < static_cast<double>(most) ? static_cast<unsigned int>(wanted) : most;
 }
@@ -67,7 +67,7 @@ void omu_BaseVarray::add(void* element) {
 void omu_BaseVarray::Grow() {
   if (m_capacity == kMostEntries) throw std::bad_alloc();
   if (Resize(GrownBy(m_growthRatio, m_capacity))) return;
-  // The ratio may ask for more memory than there is, where a small step still fits.
+  // When the ratio asks for more memory than there is, a small step may still fit.
   if (!Resize(LeastGrown(m_capacity))) throw std::bad_alloc();
 }
 

@@ -10,7 +10,7 @@ namespace {
 constexpr const char* kSourceUnit = "omu_PrimTuple";
 
 void AppendNumber(std::string& text, double number) {
-  // Sign, 17 digits, point, exponent of three digits: 24 characters at the most.
+  // A sign, 17 digits, a point and an exponent of three digits are 24 characters at most.
   char digits[32];
   const std::to_chars_result end = std::to_chars(digits, digits + sizeof digits, number);
   const std::string shortest(digits, end.ptr);

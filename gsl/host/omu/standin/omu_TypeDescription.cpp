@@ -19,8 +19,8 @@ struct Types {
 };
 
 Types& TheTypes() {
-  // Never destroyed: objects of static storage may still describe themselves while the process
-  // ends.
+  // The table is never destroyed, because objects of static storage may still describe themselves
+  // while the process ends.
   static Types* const kTypes = new Types;
   return *kTypes;
 }

@@ -4,7 +4,7 @@
 #include <ostream>
 
 aio_ostream& operator<<(aio_ostream& out, const aio_FormattedDouble& number) {
-  // Sign, 17 digits, point, exponent of three digits: 24 characters at the most.
+  // A sign, 17 digits, a point and an exponent of three digits are 24 characters at most.
   char text[32];
   const int precision = number.precision < 1 ? 1 : (number.precision > 17 ? 17 : number.precision);
   const std::to_chars_result end =

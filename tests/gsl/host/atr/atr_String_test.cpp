@@ -77,7 +77,7 @@ TEST(AtrTranslate, ADoubledPercentSignIsOne) {
   EXPECT_STREQ(message.CStr(), "100% of it%%");
 }
 
-TEST(AtrTranslate, WhatIsNoArgumentStaysText) {
+TEST(AtrTranslate, TextThatIsNotAnArgumentStays) {
   for (const char* format : {"", "%", "50%", "%x %5d %-d", "%1s", "%$s", "%99999$s"}) {
     atr_String message = atr_translate(format);
     EXPECT_STREQ(message.CStr(), format);

@@ -37,7 +37,7 @@ TEST(ClsClassRegistrar, KeepsTheOrder) {
   EXPECT_EQ(registrar.FindClass(9), nullptr);
 }
 
-TEST(ClsClassRegistrar, RegisteringAgainKeepsThePlaceAndForgetsWhatWasDeclared) {
+TEST(ClsClassRegistrar, RegisteringAgainKeepsThePlaceAndForgetsTheDeclarations) {
   cls_ClassRegistrar registrar;
   Add<1>(registrar, "first").AddAttribute("a", cls_DoubleAttribute, 1, cls_NoCollection);
   Add<2>(registrar, "second");

@@ -15,7 +15,7 @@ namespace {
 
 const cls_FieldHandle kField(-1, "field");
 
-/// Bytes of `depth` records, each the only field of the one before.
+/// Returns the bytes of `depth` records, each of which is the only field of the record before.
 std::vector<unsigned char> NestedBytes(std::uint32_t depth) {
   RawRecord record;
   record.typeId = TestNode::kTypeId;
@@ -43,7 +43,7 @@ std::string MessageOf(const std::function<void()>& action) {
 
 } // namespace
 
-TEST(ClsReadVisitor, MissingFieldsGiveTheCallersDefault) {
+TEST(ClsReadVisitor, MissingFieldsReadAsTheCallersDefault) {
   const gsl_RecordStore store = Recorded(1, cls_Uid(), [](const cls_WriteVisitor&) {});
   cls_Load load(store);
   const cls_ReadVisitor root(load, 0);
@@ -141,7 +141,7 @@ TEST(ClsReadVisitor, FirstOfTwoFieldsOfOneNameCounts) {
   });
   cls_Load load(store);
   EXPECT_EQ(cls_ReadVisitor(load, 0).ReadInteger(kField, 0), 1);
-  // But the second, where that stands right behind the field read before.
+  // The second field counts when it comes right after the field read before.
   const cls_ReadVisitor twice(load, 0);
   twice.ReadInteger(kField, 0);
   EXPECT_EQ(twice.ReadInteger(kField, 0), 2);
@@ -150,8 +150,8 @@ TEST(ClsReadVisitor, FirstOfTwoFieldsOfOneNameCounts) {
 
 namespace {
 
-/// A root whose field leads to the first of `count` shared nodes, each of which refers to the next;
-/// the last refers to node `last`.
+/// Makes a root whose field leads to the first of `count` shared nodes. Each node refers to the
+/// next, and the last refers to node `last`.
 gsl_RecordStore ChainOfReferences(std::uint32_t count, std::uint32_t last) {
   RawRecord node;
   node.typeId = TestNode::kTypeId;
@@ -191,13 +191,13 @@ TEST(ClsReadVisitor, ReferencesInACircleAreRefused) {
   }
 }
 
-TEST(ClsReadVisitor, NoSuchRoot) {
+TEST(ClsReadVisitor, AbsentRootIsRefused) {
   const gsl_RecordStore store;
   cls_Load load(store);
   EXPECT_THROW(cls_ReadVisitor(load, 0), cls_RecordException);
 }
 
-TEST(ClsReadVisitor, WhatWasSharedIsSharedAgain) {
+TEST(ClsReadVisitor, SharedObjectIsSharedAgain) {
   TestNode a(1);
   a.next = TestHolder<TestNode>::Adopt(new TestNode(9));
   TestNode b(2);
@@ -292,7 +292,7 @@ TEST(ClsReadVisitor, ObjectOfAnUnknownOrForeignClassIsRefused) {
   }
 }
 
-TEST(ClsReadVisitor, ReferenceIsNoRecordOfItsOwn) {
+TEST(ClsReadVisitor, ReferenceIsNotARecordOfItsOwn) {
   const auto shared = TestHolder<TestNode>::Adopt(new TestNode(8));
   const gsl_RecordStore store = Recorded(1, cls_Uid(), [&](const cls_WriteVisitor& to) {
     shared.Get()->DBWrite(cls_WriteVisitor(to, {-1, "object"}, shared));

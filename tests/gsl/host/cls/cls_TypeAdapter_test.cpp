@@ -7,7 +7,7 @@
 
 namespace {
 
-/// A class that takes its owners, as arrays of objects do.
+/// A class whose constructor takes owners, like the arrays of objects.
 class Owned {
 public:
   static constexpr unsigned int TypeId() { return 0x7F100003u; }
@@ -21,7 +21,7 @@ public:
 
 } // namespace
 
-TEST(ClsTypeAdapter, KeepsWhatTheClassGave) {
+TEST(ClsTypeAdapter, KeepsTheNameAndNumbersOfTheClass) {
   const cls_TypeAdapter<TestNode> adapter("a name", 203, 7u);
   EXPECT_STREQ(adapter.Name(), "a name");
   EXPECT_EQ(adapter.Number(), 203);
@@ -40,7 +40,7 @@ TEST(ClsTypeAdapter, CreatesAnObjectFromItsRecord) {
   EXPECT_EQ(read->uid, node.uid);
 }
 
-TEST(ClsTypeAdapter, ObjectThatTakesOwnersGetsNone) {
+TEST(ClsTypeAdapter, ObjectThatTakesOwnersReceivesNullOwners) {
   const gsl_RecordStore store =
       Recorded(Owned::TypeId(), cls_Uid(3, 4), [](const cls_WriteVisitor&) {});
   cls_Load load(store);

@@ -14,7 +14,7 @@
 
 namespace {
 
-/// Identifiers that a forked child allocates, at most what a pipe holds.
+/// The identifiers that a forked child allocates fit in a pipe.
 std::vector<cls_Uid> AllocateInChild(std::size_t count) {
   std::vector<cls_Uid> uids(count);
   int ends[2];
@@ -48,7 +48,7 @@ void ExpectAllDifferent(std::vector<cls_Uid> uids) {
   EXPECT_EQ(std::adjacent_find(uids.begin(), uids.end()), uids.end());
 }
 
-/// What another run of a program prints: its identifiers, one "prefix serial" to a line.
+/// Returns the identifiers that another run of a program prints, one "prefix serial" on each line.
 std::vector<cls_Uid> AllocateInNewProcess() {
   std::vector<cls_Uid> uids;
   std::FILE* const out = popen(UID_PROBE_PROGRAM, "r");
@@ -115,7 +115,8 @@ TEST(ClsUid, HashAgreesWithEqualityAndSpreadsSerials) {
 }
 
 TEST(ClsUid, OneThreadNeverGetsTheSameTwiceAcrossItsBlocks) {
-  // More than three blocks of 2^20: serials rise, so equal ones would be neighbours.
+  // These are more than three blocks of 2^20. Serials rise, so equal identifiers would be
+  // neighbours.
   cls_Uid last = cls_Uid::AllocateUid();
   const std::uint64_t prefix = last.Prefix();
   for (int i = 0; i < 3500000; ++i) {
@@ -167,7 +168,7 @@ TEST(ClsUid, AChildOfAChildHasIdentifiersOfItsOwn) {
   EXPECT_NE(prefixes[0], prefixes[1]);
 }
 
-TEST(ClsUid, TwoProcessesNeverGiveOutTheSame) {
+TEST(ClsUid, TwoProcessesNeverAllocateTheSame) {
   std::vector<cls_Uid> all = AllocateInNewProcess();
   ASSERT_EQ(all.size(), 100u);
   const std::vector<cls_Uid> second = AllocateInNewProcess();

@@ -103,7 +103,7 @@ TEST(ClsWriteVisitor, SaveKeepsSharedObjectsAliveUntilItEnds) {
   EXPECT_EQ(shared.Owners(), 1);
 }
 
-TEST(ClsWriteVisitor, ObjectMadeWhereAnotherWasIsNotTakenForIt) {
+TEST(ClsWriteVisitor, ObjectAtTheAddressOfAnotherIsStoredToo) {
   gsl_RecordStore store;
   cls_Save save(store);
   const cls_WriteVisitor root(save);
@@ -187,14 +187,14 @@ TEST(ClsWriteVisitor, FailedRootIsTakenBackWithItsSharedObjects) {
   } catch (const cls_RecordException&) {
   }
   EXPECT_EQ(store.ToBytes(), before);
-  // What was taken back counts as not written.
+  // A record that was taken back counts as not written.
   WritePair(cls_WriteVisitor(save), shared, shared);
   EXPECT_EQ(ReadBack<TestNode>(store).value, 7);
   EXPECT_EQ(store.RootCount(), 2u);
   EXPECT_EQ(store.RecordCount(), 3u);
 }
 
-TEST(ClsWriteVisitor, FailedRootsLeaveNoMemoryBehind) {
+TEST(ClsWriteVisitor, FailedRootsLeaveNoMemoryAllocated) {
   gsl_RecordStore store;
   cls_Save save(store);
   const std::vector<unsigned int> unsigneds(100, 1);
@@ -219,7 +219,7 @@ TEST(ClsWriteVisitor, FailedRootsLeaveNoMemoryBehind) {
   EXPECT_EQ(store.MemoryUse(), afterOne);
 }
 
-TEST(ClsWriteVisitor, SharedObjectIsToldApartByAddressTypeAndUid) {
+TEST(ClsWriteVisitor, SharedObjectIsIdentifiedByAddressTypeAndUid) {
   const TestHolder<TestNode> shared = Held(4);
   const cls_Uid uid = shared.Get()->uid;
   gsl_RecordStore store;

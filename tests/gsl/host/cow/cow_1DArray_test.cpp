@@ -71,7 +71,7 @@ TEST(Cow1DArray, MoveLeavesItsSourceEmpty) {
   EXPECT_EQ(array[0], "a");
 }
 
-/// Its first copy drops another array, as another thread may at any time.
+/// An element whose first copy drops another array, as another thread may do at any time.
 struct Dropper {
   std::string text;
   cow_1DArray<Dropper>** victim;
@@ -83,7 +83,7 @@ struct Dropper {
   }
 };
 
-TEST(Cow1DArray, OwnElementIsAppendedAlthoughTheOtherOwnerLetsGo) {
+TEST(Cow1DArray, OwnElementIsAppendedWhileTheOtherOwnerReleasesIt) {
   cow_1DArray<Dropper>* victim = nullptr;
   cow_1DArray<Dropper> array;
   array.Append(Dropper("a text too long to be kept within the string", &victim));

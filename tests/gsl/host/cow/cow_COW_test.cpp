@@ -147,7 +147,7 @@ TEST_F(CowCOW, MovesLeaveTheSourceEmpty) {
   EXPECT_EQ(c->number, 1);
 }
 
-TEST_F(CowCOW, ClearLetsGo) {
+TEST_F(CowCOW, ClearReleasesTheObject) {
   Holder a = Holder::Adopt(new Shape(1));
   const Holder b(a);
   a.Clear();

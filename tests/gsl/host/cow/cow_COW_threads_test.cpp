@@ -72,7 +72,7 @@ TEST(CowCOWThreads, EveryHolderThatUnsharesGetsAnObjectOfItsOwn) {
   EXPECT_EQ(CountedDot::live, before);
 }
 
-TEST(CowCOWThreads, LastHolderSeesWhatTheOthersDid) {
+TEST(CowCOWThreads, LastHolderSeesTheWritesOfTheOthers) {
   const int before = CountedDot::live;
   for (long round = 0; round < Scaled(2000); ++round) {
     std::vector<DotHolder> holders(kThreads, DotHolder::Adopt(new CountedDot(gsl_Point())));

@@ -20,7 +20,7 @@ TEST(OmiSingleton, AHeaderOnlyStaticWouldBeOneObjectPerLibrary) {
   omi_Singleton<SingletonProbe>::Destroy();
 }
 
-TEST(OmiSingleton, ConstructorThatReachesForTheInstanceFindsItself) {
+TEST(OmiSingleton, ConstructorThatAsksForTheInstanceFindsItself) {
   const int before = SingletonProbe::Constructed();
   const SingletonProbe& probe = omi_Singleton<SingletonProbe>::Instance();
   EXPECT_EQ(probe.seenByConstructor, &probe);
@@ -28,7 +28,7 @@ TEST(OmiSingleton, ConstructorThatReachesForTheInstanceFindsItself) {
   omi_Singleton<SingletonProbe>::Destroy();
 }
 
-TEST(OmiSingleton, DestroyedInOneLibraryIsRebornInAll) {
+TEST(OmiSingleton, ObjectDestroyedInOneLibraryIsGoneFromAll) {
   AddressesInFirstLibrary();
   omi_Singleton<SingletonProbe>::Instance().value = 7;
   const int destroyed = SingletonProbe::Destroyed();

@@ -4,8 +4,8 @@
 #include "omu_InterfaceObj.h"
 #include "omu_PrimTuple.h"
 
-/// A script object with everything a table can say: methods with and without arguments, members
-/// that can be read, changed and deleted, and deprecated names of both.
+/// A script object with every kind of table entry. It has methods with and without arguments,
+/// members that can be read, changed and deleted, and deprecated names of both.
 class Gauge : public omu_InterfaceObj {
 public:
   explicit Gauge(const omu_Shortcut& s, double initial = 0.0)

@@ -44,7 +44,7 @@ TEST(OmuBaseVarray, GrowsByItsRatio) {
 TEST(OmuBaseVarray, RatioOfAtMostOneStillMakesRoom) {
   for (const double ratio : {1.0, 0.5, 0.0, -0.0, -3.0, kNan, -kInfinity}) {
     EXPECT_EQ(Capacities(ratio, 0, 12), (std::vector<unsigned int>{0, 4, 8, 12})) << ratio;
-    // A sixteenth beyond 64 entries.
+    // Beyond 64 entries the least step is a sixteenth.
     EXPECT_EQ(Capacities(ratio, 160, 161), (std::vector<unsigned int>{160, 170})) << ratio;
   }
 }
@@ -57,7 +57,7 @@ TEST(OmuBaseVarray, HugeRatioStopsAtTheFreeStep) {
   for (const double ratio : {1e300, kInfinity, 1e7}) {
     EXPECT_EQ(Capacities(ratio, 1, 2), (std::vector<unsigned int>{1, 1 + (1u << 20)})) << ratio;
   }
-  // Where the capacity is more than the free step, it may double.
+  // A capacity above the free step may double.
   EXPECT_EQ(Capacities(100.0, 3u << 20, (3u << 20) + 1),
             (std::vector<unsigned int>{3u << 20, 6u << 20}));
 }

@@ -87,7 +87,7 @@ TEST(OmuInterfaceObj, NameOfAMethodIsNeverTakenForAFormat) {
             "'Gauge' object has no method '%s%d%n'");
 }
 
-TEST(OmuInterfaceObj, WrongNumberOfArgumentsSaysWhatIsRight) {
+TEST(OmuInterfaceObj, WrongNumberOfArgumentsNamesTheRightNumber) {
   Gauge gauge{omu_Shortcut(kPath)};
   EXPECT_EQ(MessageOf([&] { return gauge.CallMethod("reset", Arguments(1)); }),
             "Gauge.reset takes no arguments (1 given)");
@@ -145,7 +145,7 @@ TEST(OmuInterfaceObj, StaleObjectRefusesEverythingBeforeItLooksAtNames) {
   EXPECT_EQ(MessageOf([&] { return gauge.GetMember("level"); }), expected);
   EXPECT_EQ(MessageOf([&] { return gauge.SetMember("level", Arguments(1)); }), expected);
   EXPECT_EQ(MessageOf([&] { return gauge.DeleteMember("label"); }), expected);
-  // What it is can still be asked.
+  // The type and the text can still be read.
   EXPECT_EQ(gauge.TypeString(), cow_String("Gauge"));
   EXPECT_EQ(gauge.MethodList().size(), 2u);
 }
@@ -226,7 +226,7 @@ TEST(OmuInterfaceObj, CompareOrdersByTypeThenPathThenObject) {
   EXPECT_EQ(b.Compare(sameB), 0);
   EXPECT_EQ(a.Compare(b), -1);
   EXPECT_EQ(b.Compare(a), 1);
-  // The path decides, wherever the objects lie.
+  // The path decides, whatever the addresses of the objects are.
   const Gauge rising[] = {Gauge{omu_Shortcut("a")}, Gauge{omu_Shortcut("b")}};
   const Gauge falling[] = {Gauge{omu_Shortcut("b")}, Gauge{omu_Shortcut("a")}};
   EXPECT_EQ(rising[0].Compare(rising[1]), -1);
@@ -288,7 +288,7 @@ TEST(OmuInterfaceObj, WritesNoRecord) {
   EXPECT_EQ(store.RootCount(), 0u);
 }
 
-TEST(OmuInterfaceObj, GivesItsShortcut) {
+TEST(OmuInterfaceObj, ReturnsItsShortcut) {
   const omu_Shortcut shortcut(kPath);
   const Gauge gauge(shortcut);
   EXPECT_TRUE(gauge.BaseShortcut().SharesWith(shortcut));

@@ -16,7 +16,7 @@ omu_PrimTuple Tuple(std::initializer_list<double> numbers, int kind = '(') {
   return tuple;
 }
 
-/// A value that is no tuple.
+/// A value that is not a tuple.
 class Text : public omu_Primitive {
 public:
   explicit Text(const char* t) : text(t) { ++live; }
@@ -81,7 +81,7 @@ TEST(OmuPrimTuple, CopiesAreDeep) {
   EXPECT_FALSE(copy == tuple);
 }
 
-TEST(OmuPrimTuple, ReleasesWhatItHolds) {
+TEST(OmuPrimTuple, ReleasesItsElements) {
   EXPECT_EQ(Text::live, 0);
 }
 
@@ -108,12 +108,12 @@ TEST(OmuPrimTuple, EqualityLooksAtKindCountAndEveryElement) {
   EXPECT_TRUE(mixed == mixed);
 }
 
-TEST(OmuPrimTuple, NotANumberIsUnequalEvenToItself) {
+TEST(OmuPrimTuple, NaNIsUnequalEvenToItself) {
   const omu_PrimTuple tuple = Tuple({std::numeric_limits<double>::quiet_NaN()});
   EXPECT_FALSE(tuple == tuple);
 }
 
-TEST(OmuPrimTuple, AskingForWhatIsNotThereThrows) {
+TEST(OmuPrimTuple, AccessToAnAbsentElementThrows) {
   omu_PrimTuple tuple = Tuple({1.0});
   tuple.Put(Text("left"));
   EXPECT_THROW(tuple.Number(1), nex_CommandException);

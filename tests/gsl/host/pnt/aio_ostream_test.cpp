@@ -21,7 +21,7 @@ std::string Written(double value, int precision) {
   return out.str();
 }
 
-/// Writes numbers the way much of Europe does.
+/// Writes numbers with a comma, as many European languages do.
 class Continental : public std::numpunct<char> {
 protected:
   char do_decimal_point() const override { return ','; }
@@ -51,7 +51,7 @@ TEST(AioFormattedDouble, TurnsScientificOutsideItsRange) {
   EXPECT_EQ(Written(5e-324, 15), "4.94065645841247e-324");
 }
 
-TEST(AioFormattedDouble, WritesWhatIsNoNumber) {
+TEST(AioFormattedDouble, WritesInfinitiesAndNaN) {
   EXPECT_EQ(Written(numbers::kInfinity, 15), "inf");
   EXPECT_EQ(Written(-numbers::kInfinity, 15), "-inf");
   EXPECT_EQ(Written(numbers::kNaN, 15), "nan");

@@ -59,7 +59,7 @@ protected:
   }
 };
 
-/// Something in front of the base, so that a pointer to the base is another address.
+/// A member before the base, so that a pointer to the base has another address.
 class TestPrefix {
 public:
   virtual ~TestPrefix() = default;

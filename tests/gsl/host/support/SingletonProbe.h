@@ -3,8 +3,7 @@
 
 #include "omi_Singleton.h"
 
-/// What a library of the host does with a class of its own: instantiated once, by the first of two
-/// shared libraries, and reached from both.
+/// A class of a host library. The first of two shared libraries instantiates it, and both reach it.
 #define PROBE_API __attribute__((visibility("default")))
 
 class PROBE_API SingletonProbe {
@@ -13,7 +12,7 @@ public:
   ~SingletonProbe();
 
   int value = 0;
-  /// What the constructor found when it reached for the instance.
+  /// The instance that the constructor found.
   SingletonProbe* seenByConstructor = nullptr;
 
   static int Constructed();
@@ -22,7 +21,7 @@ public:
 
 extern template class PROBE_API omi_Singleton<SingletonProbe>;
 
-/// The same with nothing but a header: a static of an inline function.
+/// The same class without a library: a static variable of an inline function.
 template <class T>
 struct HeaderOnlyStatic {
   static T& Instance() {

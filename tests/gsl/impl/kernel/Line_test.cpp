@@ -101,7 +101,7 @@ TEST(KernelLine, SkewComesBeforeParallel) {
 TEST(KernelLine, ParallelIsClosedAtTheFixedTolerance) {
   const double limit = gsl_kernel::kLineParallelTolerance;
   const Line x = Along({0, 0, 0}, {1, 0, 0});
-  // The cached length is 1, so that the components are compared as they stand.
+  // The cached length is 1, so that the components are compared unchanged.
   const Line at = {{0, 0, 0}, {{1.0, limit, 0.0}, 1.0}};
   const Line beyond = {{0, 0, 0}, {{1.0, Above(limit), 0.0}, 1.0}};
   EXPECT_EQ(ClassifyLines(x, at, 1e-6), LinePair::Parallel);

@@ -28,7 +28,7 @@ SweptSegment SegmentBetween(const Coord3& p0, const Coord3& p1) {
   return gsl_kernel::SweptSegmentBetween({p0, 0}, {p1, 1});
 }
 
-/// The gap between the segments, across d and times |d|, as GapAside has it but in extended
+/// Returns the gap between the segments, across d and times |d|, like GapAside in extended
 /// precision.
 Real ExactGapAside(const SweptSegment& a, const SweptSegment& b, const Measured3& d) {
   const auto aside = [&d](const gsl_kernel::SourcedPoint& p) {
@@ -38,7 +38,7 @@ Real ExactGapAside(const SweptSegment& a, const SweptSegment& b, const Measured3
   return std::max(std::min(b0, b1) - std::max(a0, a1), std::min(a0, a1) - std::max(b0, b1));
 }
 
-/// Random pairs around a direction of any length: `along` and `across` it, from the origin.
+/// A frame around a direction of any length: `along` and `across` the direction, from the origin.
 struct Frame {
   Measured3 d;
   double cosine, sine;
@@ -55,7 +55,7 @@ struct Frame {
   }
 };
 
-/// Whether the line of d through the first end of `a` counts as meeting `b`.
+/// Returns whether the line of d through the first end of `a` counts as meeting `b`.
 bool Meets(const SweptSegment& a, const SweptSegment& b, const Measured3& d,
            const SweepTolerances& tol) {
   const gsl_kernel::RayDirection ray(d, tol.linear);
@@ -76,8 +76,8 @@ struct Worst {
   }
 };
 
-/// A target from the origin, `length` long and `slope` off d, and a segment of which one end lies
-/// `beyond` the target's far end, across d.
+/// Tries a target from the origin, `length` long and `slope` off d. One end of the segment lies
+/// `beyond` the far end of the target, across d.
 void TryEndBeyondTarget(const Frame& frame, double length, double slope, double behind,
                         double beyond, const SweepTolerances& tol, Worst& worst) {
   const SweptSegment b = SegmentBetween(
@@ -87,7 +87,7 @@ void TryEndBeyondTarget(const Frame& frame, double length, double slope, double 
   if (Meets(a, b, frame.d, tol)) worst.Take(a, b, frame.d, tol);
 }
 
-/// A crossing of a target as steep as one may be, with nothing but rounding to accept it.
+/// A crossing of a target that is as steep as a target may be. Only rounding can accept it.
 struct SteepCrossing {
   double turn, length, slope, behind, beyond;
 
@@ -107,7 +107,7 @@ struct SteepCrossing {
     return other;
   }
 
-  /// 0 when it is not accepted.
+  /// Returns 0 when the crossing is not accepted.
   Real Ratio() const {
     Worst worst;
     TryEndBeyondTarget(Frame(turn, 1.0), length, slope, behind, beyond, {0.0, 0.0}, worst);
@@ -217,7 +217,7 @@ TEST(KernelSegmentSweep, EndsOnOneLineNeedFirstEndsThatDifferAlongIt) {
   ExpectUnwritten(contacts, 100.0);
 }
 
-// Both turned: A faces along the direction, B against it.
+// Both segments are turned: A faces along the direction, and B faces against it.
 const SweptSegment kAcrossA = OfA({4, 0, 0}, {0, 0, 0});
 
 TEST(KernelSegmentSweep, EndOfAAcrossMeetsB) {
@@ -236,7 +236,7 @@ TEST(KernelSegmentSweep, EndOfBAcrossStoresTheEndOfAWithItsIndex) {
   ExpectContact(contacts.point[1], 0.0, 0.0, 1);
 }
 
-TEST(KernelSegmentSweep, SegmentsThatRunTheSameWayOrHavePassedAreNoContact) {
+TEST(KernelSegmentSweep, SegmentsThatRunTheSameWayOrHavePassedMakeNoContact) {
   SweepContacts contacts = Within(100.0);
   EXPECT_FALSE(
       EndsAcross(kAcrossA, OfB({9, 5, 0}, {3, 5, 0}), kForward, 0.0, kTolerance, contacts));
@@ -273,10 +273,11 @@ TEST(KernelSegmentSweep, AIsRefusedBeforeBIsLookedAt) {
 }
 
 /// Three angles and a length, from which the tests of the parts of kCrossingRounding make their
-/// vectors. A search moves from one to a worse one nearby.
+/// vectors. A search moves from some parameters to worse parameters nearby.
 using Parameters = std::array<double, 4>;
 
-/// The largest value of `measure` that a search by random restarts and ever smaller steps finds.
+/// Returns the largest value of `measure` that a search finds. The search restarts at random and
+/// takes ever smaller steps.
 template <class Measure>
 Real SearchForTheWorst(RandomNumbers& random, const Measure& measure) {
   Real worst = 0.0;
@@ -477,7 +478,7 @@ TEST(UndividedRounding, GapAsideReachesAThirdOfItsBound) {
   RandomNumbers random(kSeed);
   const Real worst = SearchForTheWorst(random, [](const Parameters& p) {
     const Measured3 d = gsl_kernel::Measure(PointAt(p[0], 1.0));
-    // Both ends of each segment are at one place, so that it is the end that counts.
+    // Both ends of each segment are at one place, so both ends count.
     const Coord3 ofA = PointAt(p[1], p[3]), ofB = PointAt(p[2], 1.0);
     const SweptSegment a = SegmentBetween(ofA, ofA), b = SegmentBetween(ofB, ofB);
     const Real size = Real(gsl_kernel::SumOfSizes(ofA)) + Real(gsl_kernel::SumOfSizes(ofB));
@@ -497,7 +498,7 @@ TEST(UndividedRounding, FirstEndsReachAThirdOfTheirBound) {
     const Measured3 ends = gsl_kernel::Between(ofA, ofB);
     const double cosine = p[1] / 6.28;
     const RealPoint exact = ExactDifference(ofB, ofA);
-    // Both sides of IsOn, as it computes them.
+    // These are both sides of IsOn, as IsOn computes them.
     const Real cross = gsl_kernel::Length(gsl_kernel::Cross(ends.c, d.c));
     const Real within = cosine * ends.magnitude * d.magnitude;
     const Real exactWithin = Real(cosine) * exact.Length() * ExactLength(d.c);
@@ -538,7 +539,7 @@ TEST(CrossingRounding, LeastCrossIsTheLeastOfTargetsThatAreNotParallel) {
   Real least = 1.0;
   long counted = 0;
   for (long i = 0; i < Scaled(1000000); ++i) {
-    // Symmetric about an axis, so that the whole difference is in one component.
+    // The directions are symmetric about an axis, so that the whole difference is in one component.
     const double half = 0.5e-5 * (1.0 + random.In(-1e-10, 1e-10));
     const double axis = random.Below(4) * 1.5707963267948966;
     const Measured3 along =
@@ -569,7 +570,7 @@ TEST(OrdinarySizes, SquaresKeepTheirDigitsAndProductsStayFinite) {
   EXPECT_LT(mostProduct, DBL_MAX * gsl_kernel::kUnitRoundoff);
 }
 
-TEST(AsideReach, CoversWhatRoundingAcceptsOfTheSteepestTargetsWithinAFactorOfTwenty) {
+TEST(AsideReach, CoversTheRoundingOfTheSteepestTargetsWithinAFactorOfTwenty) {
   RandomNumbers random(kSeed);
   Real worst = 0.0;
   for (long i = 0; i < Scaled(1000); ++i) {
@@ -589,7 +590,7 @@ TEST(AsideReach, CoversWhatRoundingAcceptsOfTheSteepestTargetsWithinAFactorOfTwe
   EXPECT_GE(worst, 0.05L);
 }
 
-TEST(AsideReach, CoversTheToleranceOfAnEndAndHardlyMore) {
+TEST(AsideReach, CoversTheToleranceOfAnEndWithinAHundredth) {
   RandomNumbers random(kSeed);
   Worst worst;
   for (long i = 0; i < Scaled(1000000); ++i) {
@@ -627,7 +628,7 @@ TEST(AsideReach, CoversTheCosineOfSegmentsAlongWithinAFactorOfThree) {
   EXPECT_GE(worst.ratio, 0.45L);
 }
 
-TEST(PassAside, RejectsWhatIsBeyondTheReachAndKeepsWhatIsNot) {
+TEST(PassAside, RejectsSegmentsBeyondTheReachAndKeepsOthers) {
   const SweepTolerances tol = {0.25, 0.0};
   const Measured3 d = gsl_kernel::Measure({0.0, 10.0, 0.0});
   const SweptSegment a = SegmentBetween({0.0, 0.0, 0.0}, {-1.0, 0.0, 0.0});
@@ -638,13 +639,14 @@ TEST(PassAside, RejectsWhatIsBeyondTheReachAndKeepsWhatIsNot) {
   EXPECT_TRUE(gsl_kernel::PassAside(beyond, a, d, tol));
 }
 
-TEST(PassAside, TriesPairsWhoseReachIsNotKnown) {
+TEST(PassAside, KeepsPairsWhoseReachIsNotKnown) {
   const SweepTolerances tol = {0.25, 0.0};
   const Measured3 d = gsl_kernel::Measure({0.0, 1.0, 0.0});
   const SweptSegment a = SegmentBetween({0.0, 0.0, 0.0}, {-1.0, 0.0, 0.0});
   const SweptSegment far = SegmentBetween({5.0, 3.0, 0.0}, {6.0, 3.0, 0.0});
   ASSERT_TRUE(gsl_kernel::PassAside(a, far, d, tol));
-  // Above |d|; a direction and segments of no ordinary length; not one plane; not a number.
+  // The cases are a tolerance above |d|, a direction and segments of extreme lengths, two planes,
+  // and NaN.
   EXPECT_FALSE(gsl_kernel::PassAside(a, far, d, {numbers::Above(1.0), 0.0}));
   EXPECT_TRUE(gsl_kernel::PassAside(a, far, d, {1.0, 0.0}));
   for (const double size : {0.0, 1e-170, 1e-101, 1e101, 1e170}) {

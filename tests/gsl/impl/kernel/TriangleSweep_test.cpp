@@ -40,7 +40,7 @@ SourcedTriangle OfB(const Coord3& p0, const Coord3& p1, const Coord3& p2) {
   return {{{p0, 3}, {p1, 4}, {p2, 5}}};
 }
 
-/// The plane at that height, with a normal upwards.
+/// Returns the plane at that height, with a normal upwards.
 Plane Level(double z) {
   return {{0.0, 0.0, z}, kUp};
 }
@@ -72,7 +72,7 @@ TEST(KernelShadow, MovesAPointAlongTheDirection) {
   ExpectContact(ShadowOf({{1, 2, 3}, 4}, Level(0.0), oblique, kTolerances), 1, -1, 0, kComputed);
 }
 
-TEST(KernelShadow, LeavesAPointThatLiesOnThePlaneOrHasNoWayToIt) {
+TEST(KernelShadow, LeavesAPointOnThePlaneOrWithoutAWayToThePlane) {
   ExpectContact(ShadowOf({{1, 2, 3}, 4}, Level(3.0), kUp, kTolerances), 1, 2, 3, 4);
   const Measured3 level = Measure({1.0, 0.0, 0.0});
   ExpectContact(ShadowOf({{1, 2, 3}, 4}, Level(0.0), level, kTolerances), 1, 2, 3, 4);
@@ -88,7 +88,7 @@ TEST(KernelShadow, OnThePlaneIsStrictAtTheLinearTolerance) {
 
 TEST(KernelEdgeCrossing, VisitsThePairsOfEdgesInOrderWithTheWeightsOfTheSecond) {
   const SourcedTriangle first = OfA({0, 0, 0}, {8, 0, 0}, {0, 8, 0});
-  // Edge 0 of the second crosses edges 0 and 2, its other edges are outside.
+  // Edge 0 of the second triangle crosses edges 0 and 2. Its other edges are outside.
   const SourcedTriangle second = OfB({3, -1, 0}, {-1, 3, 0}, {-9, -9, 0});
   std::vector<std::pair<double, double>> points;
   std::vector<double> fractions;
@@ -166,7 +166,7 @@ TEST(KernelCoplanar, CornerIIsTriedAgainstEdgeIAlone) {
   EXPECT_EQ(contacts.distance, 5.0);
   ExpectContact(contacts.point[0], 0, 0, 0, 0);
   ExpectContact(contacts.point[1], 0, 0, 5, kComputed);
-  // The same triangle from its second corner: edge 0 is now that from (2, 5) to (0, 9).
+  // This is the same triangle from its second corner: edge 0 is now from (2, 5) to (0, 9).
   const SourcedTriangle turned = OfB({0, 2, 5}, {0, 0, 9}, {0, -1, 5});
   SweepContacts other = Within(kInfinity);
   EXPECT_TRUE(CoplanarVertexEdgeDist(a, turned, kUp, +1, kTolerances, other));
@@ -241,7 +241,7 @@ TEST(KernelSlab, HoldsTheParametersOfAllCorners) {
   EXPECT_TRUE(std::isnan(nan.min));
 }
 
-TEST(KernelSlab, RejectsWhatIsStrictlyBehindOrBeyondTheReach) {
+TEST(KernelSlab, RejectsATriangleStrictlyBehindOrBeyondTheReach) {
   const SourcedTriangle a = OfA({0, 0, 0}, {1, 0, 1}, {0, 1, 1});
   const SourcedTriangle ahead = OfB({0, 0, 3}, {1, 0, 4}, {0, 1, 4});
   EXPECT_FALSE(SlabsReject(a, ahead, kUp, 2.0, 1e-6));

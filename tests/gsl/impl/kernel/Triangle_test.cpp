@@ -77,7 +77,7 @@ TEST(PointInTriangle, TriangleWithoutAreaHoldsEveryPointWithWeightsOfNaN) {
     EXPECT_FALSE(std::isfinite(weight));
 }
 
-/// Without the division and the multiplication that undo each other but for rounding.
+/// Tests without the division and the multiplication, which cancel except for rounding.
 bool WithoutRounding(const Triangle& t, const Coord3& x) {
   const gsl_kernel::Corner corner = gsl_kernel::CornerAt(t.p[2], t.p[0], t.p[1]);
   return !(gsl_kernel::ScaledWeight(x, corner) < -(kTolerance * kTolerance));
@@ -117,7 +117,7 @@ TEST(TriangleTest, AgreesWithTheWeightsAnywhere) {
 }
 
 TEST(TriangleTest, SquaredAreaThatOverflowsContainsEverything) {
-  // A weight of 0 times infinity is no number, and no number is too small.
+  // A weight of 0 times infinity is NaN, and NaN is not too small.
   const Triangle t = RightAngled(1e80);
   EXPECT_TRUE(ByWeights(t, {5e79, -1e80, 0.0}));
   EXPECT_TRUE(ByTest(t, {5e79, -1e80, 0.0}));

@@ -126,7 +126,8 @@ TEST(KernelVector, BestAlignedOrthogonalTakesTheEarlierAxisOfATie) {
   // X and Y are both orthogonal to Z; X comes first. (Z x X) x Z = X.
   EXPECT_XYZ(gsl_kernel::BestAlignedOrthogonalUnit(Measure({0.0, 0.0, 1.0}), 1e-6).c, 1.0, 0.0,
              0.0);
-  // Along X: the image of X is zero, that of Y comes next. (X x Y) x X = Y, times |v|^2 = 4.
+  // Along X the image of X is zero, and the image of Y comes next. (X x Y) x X = Y, times |v|^2
+  // = 4.
   EXPECT_XYZ(gsl_kernel::BestAlignedOrthogonalUnit(Measure({2.0, 0.0, 0.0}), 1e-6).c, 0.0, 4.0,
              0.0);
   EXPECT_TRUE(std::isnan(gsl_kernel::BestAlignedOrthogonalUnit(Measure({kNaN, 0, 0}), 1e-6).c.x));

@@ -6,13 +6,14 @@
 
 #include <vector>
 
-// Compiled for the instruction set of the tests; gsl_WideKernels_test.cpp runs the others.
+// This test is compiled for the instruction set of the tests. gsl_WideKernels_test.cpp runs the
+// other sets.
 using namespace gsl_wide::GSL_LANES_NAMESPACE;
 using gsl_wide::kAdjacencyRun;
 
 namespace {
 
-/// Entry by entry.
+/// Counts entry by entry.
 std::size_t RunsToSkip(const std::vector<unsigned char>& entries,
                        const std::vector<unsigned char>& open) {
   for (std::size_t k = 0; k < entries.size(); ++k) {

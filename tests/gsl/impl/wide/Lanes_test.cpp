@@ -7,14 +7,15 @@
 #include <cmath>
 #include <cstring>
 
-// Compiled for the instruction set of the tests; gsl_WideKernels_test.cpp runs the others.
+// This test is compiled for the instruction set of the tests. gsl_WideKernels_test.cpp runs the
+// other sets.
 using namespace gsl_wide::GSL_LANES_NAMESPACE;
 using numbers::kInfinity;
 using numbers::kNaN;
 
 namespace {
 
-/// first, first + 1, ...
+/// Returns first, first + 1, and so on.
 Doubles Counted(double first) {
   return Splat(first) + ZeroToLast();
 }

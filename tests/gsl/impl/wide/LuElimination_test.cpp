@@ -7,13 +7,13 @@
 #include <cmath>
 #include <vector>
 
-// The elimination itself is run, for every width and blocking, by gsl_LUDecomposition_test.cpp.
+// gsl_LUDecomposition_test.cpp runs the elimination for every width and blocking.
 using namespace gsl_wide::GSL_LANES_NAMESPACE;
 using numbers::kNaN;
 
 namespace {
 
-/// The row that a search finds which begins at row 100 and sees `merits`, padded with NaN.
+/// Returns the row that a search finds. It begins at row 100 and sees `merits`, padded with NaN.
 std::ptrdiff_t PivotOf(std::vector<double> merits) {
   merits.resize((merits.size() + kLanes - 1) / kLanes * kLanes, kNaN);
   PivotSearch search(100);

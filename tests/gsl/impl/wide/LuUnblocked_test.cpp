@@ -57,16 +57,16 @@ TEST(LuUnblocked, HasTheBitsOfTheTextbook) {
 }
 
 TEST(LuUnblocked, ARowIsZeroStrictlyBelowTheFloor) {
-  SquareMatrix below = Diagonal(1.0, std::nextafter(1e-16, 0.0));
+  SquareMatrix below = Diagonal(1.0, numbers::Below(1e-16));
   EXPECT_EQ(Decompose(below).result, LuResult::ZeroRow);
-  EXPECT_EQ(below.At(1, 1), std::nextafter(1e-16, 0.0)) << "untouched";
+  EXPECT_EQ(below.At(1, 1), numbers::Below(1e-16)) << "untouched";
   SquareMatrix at = Diagonal(1.0, 1e-16);
   EXPECT_EQ(Decompose(at).result, LuResult::Decomposed);
   EXPECT_EQ(at.At(1, 1), 1e-16);
 }
 
-TEST(LuUnblocked, ASmallPivotBecomesTheFloorWhateverItsSign) {
-  // Equal rows: the second pivot is 0 after the first step.
+TEST(LuUnblocked, ASmallPivotOfEitherSignBecomesTheFloor) {
+  // The rows are equal, so the second pivot is 0 after the first step.
   SquareMatrix matrix(2);
   matrix.At(0, 0) = matrix.At(0, 1) = matrix.At(1, 0) = matrix.At(1, 1) = -2.0;
   EXPECT_EQ(Decompose(matrix).result, LuResult::Decomposed);

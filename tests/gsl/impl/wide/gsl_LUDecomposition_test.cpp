@@ -41,7 +41,7 @@ bool SameBits(double a, double b) {
   return numbers::Bits(a) == numbers::Bits(b) || (std::isnan(a) && std::isnan(b));
 }
 
-/// The first element that differs, or an empty string.
+/// Returns the first element that differs, or an empty string.
 std::string FirstDifference(const SquareMatrix& expected, const SquareMatrix& actual) {
   for (int i = 0; i < expected.Size(); ++i) {
     for (int j = 0; j < expected.Size(); ++j) {
@@ -130,7 +130,8 @@ TEST(GslLUDecomposition, SampledSizesTo700HaveTheBitsOfTheTextbook) {
   int family = 0;
   for (const int n : sizes) {
     if (kTestScaleDivisor > 1 && n > 200) break;
-    // All families up to 257; beyond, some at each size and all over the sizes.
+    // Up to 257 every size runs all families. Beyond that, each size runs some families, and
+    // together the sizes run all.
     const int count = kTestScaleDivisor > 1 ? 4 : n <= 257 ? families : n < 700 ? 5 : 3;
     for (int k = 0; k < count; ++k, ++family) {
       const MatrixFamily kind = kMatrixFamilies[family % families];
@@ -141,7 +142,7 @@ TEST(GslLUDecomposition, SampledSizesTo700HaveTheBitsOfTheTextbook) {
       c.ExpectFromEveryWidth(blocking);
       blocking.inPlace = true;
       c.ExpectFromEveryWidth(blocking);
-      // The panels of systems too large to compare at every size.
+      // These are the panels of systems that are too large to compare at every size.
       blocking.panel = k % 2 == 0 ? 128 : 256;
       if (n > 257) c.ExpectFromEveryWidth(blocking);
       if (HasFailure()) return;

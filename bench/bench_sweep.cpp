@@ -1,0 +1,444 @@
+// The sweep on families of scenes from a thousand to three million triangles a body, beside other
+// libraries. One-shot times, memory and each peer are measured in child processes, whose memory is
+// fresh; scripts/performance.py makes tables of what this writes.
+
+#include "SweepFamilies.h"
+#include "SweepPeers.h"
+
+#include <nlohmann/json.hpp>
+#include <sched.h>
+#include <sys/wait.h>
+#include <time.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <iostream>
+#include <optional>
+#include <regex>
+#include <stdexcept>
+#include <string>
+#include <type_traits>
+#include <vector>
+
+namespace {
+
+using namespace gsl_sweep;
+using namespace sweep_families;
+using nlohmann::json;
+
+constexpr std::size_t kSizes[] = {1000, 10000, 100000, 1000000, 3000000};
+/// The families that are measured at the largest size, which takes long.
+constexpr std::size_t kLargest = 3000000;
+constexpr std::size_t kFamiliesAtTheLargest = 4;
+/// A size is left out when the one before lets expect a longer one-shot time, in seconds.
+constexpr double kLongestOneShot = 3.0;
+constexpr double kLongestOneShotAtTheLargest = 1.0;
+/// A measurement that takes longer is ended, in seconds. (A timer of processor time would make the
+/// processor clock coarse.)
+constexpr unsigned kPatience = 10;
+/// Directions are asked until this many are answered or this much time has passed.
+constexpr std::size_t kDirections = 1000;
+constexpr double kSecondsOfDirections = 0.6;
+/// Sizes of prepared pairs.
+constexpr std::size_t kPreparedSizes[] = {100000, 1000000};
+/// Sizes of the comparison with the peers.
+constexpr std::size_t kPeerSizes[] = {10000, 100000, 1000000};
+constexpr const char* kPeerFamilies[] = {"figures apart", "interlocked combs, turned",
+                                         "screw in nut"};
+
+double SecondsOf(clockid_t clock) {
+  timespec time{};
+  clock_gettime(clock, &time);
+  return static_cast<double>(time.tv_sec) + 1e-9 * static_cast<double>(time.tv_nsec);
+}
+
+double ProcessorSeconds() {
+  return SecondsOf(CLOCK_PROCESS_CPUTIME_ID);
+}
+
+double WallSeconds() {
+  return SecondsOf(CLOCK_MONOTONIC);
+}
+
+/// The processors that this program was given.
+std::vector<std::size_t> Processors() {
+  cpu_set_t set;
+  CPU_ZERO(&set);
+  sched_getaffinity(0, sizeof set, &set);
+  std::vector<std::size_t> processors;
+  for (std::size_t k = 0; k < CPU_SETSIZE; ++k) {
+    if (CPU_ISSET(k, &set)) processors.push_back(k);
+  }
+  return processors;
+}
+
+void PinToTheLast(const std::vector<std::size_t>& processors) {
+  cpu_set_t set;
+  CPU_ZERO(&set);
+  CPU_SET(processors.back(), &set);
+  sched_setaffinity(0, sizeof set, &set);
+}
+
+/// Returns a number of /proc/self/status in bytes; the keys are VmHWM (the peak) and VmRSS.
+double MemoryBytes(const std::string& key) {
+  std::ifstream status("/proc/self/status");
+  for (std::string line; std::getline(status, line);) {
+    if (line.compare(0, key.size() + 1, key + ":") == 0) {
+      return 1024.0 * std::stod(line.substr(key.size() + 1));
+    }
+  }
+  throw std::runtime_error("/proc/self/status has no line " + key);
+}
+
+void ForgetPeakMemory() {
+  std::ofstream("/proc/self/clear_refs") << "5";
+}
+
+/// Runs the work in a child process, so that its memory is fresh. Returns nothing when the work
+/// takes longer than the patience.
+template <class Work>
+auto InChild(const Work& work) {
+  using Result = decltype(work());
+  static_assert(std::is_trivially_copyable_v<Result>, "it goes through a pipe");
+  int ends[2];
+  if (pipe(ends) != 0) throw std::runtime_error("no pipe");
+  const pid_t child = fork();
+  if (child < 0) throw std::runtime_error("no child process");
+  if (child == 0) {
+    int status = 1;
+    alarm(kPatience);
+    try {
+      const Result result = work();
+      if (write(ends[1], &result, sizeof result) == static_cast<ssize_t>(sizeof result)) status = 0;
+    } catch (const std::exception& error) {
+      std::fprintf(stderr, "bench_sweep: %s\n", error.what());
+    }
+    _exit(status);
+  }
+  close(ends[1]);
+  Result result;
+  const ssize_t count = read(ends[0], &result, sizeof result);
+  close(ends[0]);
+  int status = 0;
+  waitpid(child, &status, 0);
+  if (WIFSIGNALED(status) && WTERMSIG(status) == SIGALRM) return std::optional<Result>();
+  if (count != static_cast<ssize_t>(sizeof result) || status != 0) {
+    throw std::runtime_error("a child process failed");
+  }
+  return std::optional<Result>(result);
+}
+
+double Median(std::vector<double> values) {
+  std::sort(values.begin(), values.end());
+  const std::size_t half = values.size() / 2;
+  return values.size() % 2 == 1 ? values[half] : 0.5 * (values[half - 1] + values[half]);
+}
+
+/// The least value that is not below the given part of the values.
+double Quantile(std::vector<double> values, double part) {
+  std::sort(values.begin(), values.end());
+  const double rank = std::ceil(part * static_cast<double>(values.size()));
+  return values[static_cast<std::size_t>(std::max(rank, 1.0)) - 1];
+}
+
+Run OnThreads(unsigned threads) {
+  Run run;
+  run.threads = threads;
+  return run;
+}
+
+struct OneShot {
+  double seconds, peakBytes, travel;
+  SweepStatus status;
+};
+
+/// Bodies, pair and one question, from arrays in memory. With one thread the time is processor
+/// time.
+OneShot MeasureOneShot(const Scene& scene, unsigned threads,
+                       const std::vector<std::size_t>& processors) {
+  if (threads == 1) PinToTheLast(processors);
+  ForgetPeakMemory();
+  const double held = MemoryBytes("VmRSS");
+  const double begin = threads == 1 ? ProcessorSeconds() : WallSeconds();
+  Question question;
+  question.direction = scene.direction;
+  const Pair pair(Body(scene.moving.View()), {Body(scene.fixed.View())}, OnThreads(threads));
+  const Answer answer = pair.First(question, OnThreads(threads));
+  const double end = threads == 1 ? ProcessorSeconds() : WallSeconds();
+  return {end - begin, MemoryBytes("VmHWM") - held, answer.contact.travel, answer.status};
+}
+
+/// Even directions on the sphere, in an order whose every beginning is even too.
+std::vector<Question> EvenDirections(std::size_t count) {
+  constexpr double kGoldenAngle = 2.39996322972865332;
+  constexpr std::size_t kStep = 617; // a prime, near the golden section of the count
+  std::vector<Question> questions(count);
+  for (std::size_t k = 0; k < count; ++k) {
+    const auto i = static_cast<double>(k * kStep % count);
+    const double z = 1.0 - (2.0 * i + 1.0) / static_cast<double>(count);
+    const double r = std::sqrt(1.0 - z * z);
+    questions[k].direction = {r * std::cos(kGoldenAngle * i), r * std::sin(kGoldenAngle * i), z};
+  }
+  return questions;
+}
+
+struct Directions {
+  double prepareSeconds, median, medianOfContacts, last99, most, bytes;
+  std::size_t asked, contacts, starts;
+};
+
+/// A prepared pair: it has answered two questions.
+Pair Prepared(const Scene& scene, const std::vector<Question>& questions, unsigned threads) {
+  Pair pair(Body(scene.moving.View()), {Body(scene.fixed.View())}, OnThreads(threads));
+  Answer answers[2];
+  pair.First(questions.data(), 2, answers, OnThreads(threads));
+  return pair;
+}
+
+Directions MeasureDirections(const Scene& scene, const std::vector<std::size_t>& processors) {
+  PinToTheLast(processors);
+  const double held = MemoryBytes("VmRSS");
+  const std::vector<Question> questions = EvenDirections(kDirections);
+  const double begin = ProcessorSeconds();
+  const Pair pair = Prepared(scene, questions, 1);
+  Directions result{};
+  result.prepareSeconds = ProcessorSeconds() - begin;
+  std::vector<double> seconds;
+  std::vector<double> secondsOfContacts;
+  const double first = ProcessorSeconds();
+  for (const Question& question : questions) {
+    const double asked = ProcessorSeconds();
+    const Answer answer = pair.First(question, OnThreads(1));
+    const double answered = ProcessorSeconds();
+    seconds.push_back(answered - asked);
+    if (answer.status == SweepStatus::Contact) secondsOfContacts.push_back(seconds.back());
+    result.starts += answer.status == SweepStatus::Start ? 1 : 0;
+    if (answered - first > kSecondsOfDirections) break;
+  }
+  result.asked = seconds.size();
+  result.contacts = secondsOfContacts.size();
+  if (result.contacts > 0) result.medianOfContacts = Median(secondsOfContacts);
+  result.median = Median(seconds);
+  result.last99 = Quantile(seconds, 0.99);
+  result.most = Quantile(seconds, 1.0);
+  result.bytes = MemoryBytes("VmRSS") - held;
+  return result;
+}
+
+/// The wall times of a batch that takes one thread about a third of a second.
+struct BatchTimes {
+  double one, two;
+};
+
+BatchTimes MeasureBatch(const Scene& scene, double secondsOfOne) {
+  const double count = 0.3 / std::max(secondsOfOne, 1e-6);
+  const std::vector<Question> questions =
+      EvenDirections(std::clamp(static_cast<std::size_t>(count), std::size_t{4}, kDirections));
+  const Pair pair = Prepared(scene, questions, 2);
+  std::vector<Answer> answers(questions.size());
+  std::vector<double> times[2];
+  for (int round = 0; round < 3; ++round) {
+    for (const unsigned threads : {1u, 2u}) {
+      const double begin = WallSeconds();
+      pair.First(questions.data(), questions.size(), answers.data(), OnThreads(threads));
+      times[threads - 1].push_back(WallSeconds() - begin);
+    }
+  }
+  return {Median(times[0]), Median(times[1])};
+}
+
+/// The wall times of preparing in a fresh process.
+double MeasurePrepareWall(const Scene& scene, unsigned threads) {
+  const std::vector<Question> questions = EvenDirections(2);
+  std::vector<double> seconds;
+  for (int round = 0; round < 3; ++round) {
+    const std::optional<double> time = InChild([&] {
+      const double begin = WallSeconds();
+      const Pair pair = Prepared(scene, questions, threads);
+      return WallSeconds() - begin;
+    });
+    seconds.push_back(time.value_or(kPatience));
+  }
+  return Median(seconds);
+}
+
+/// Small scenes are asked more often.
+int RoundsOf(double seconds) {
+  return std::clamp(static_cast<int>(0.2 / seconds), 3, 15);
+}
+
+const char* NameOf(SweepStatus status) {
+  constexpr const char* kNames[] = {"contact", "start", "none", "cancelled"};
+  return kNames[static_cast<std::size_t>(status)];
+}
+
+const char* NameOf(Kind kind) {
+  constexpr const char* kNames[] = {"apart", "interleaved", "hard along an axis", "hard aslant"};
+  return kNames[static_cast<std::size_t>(kind)];
+}
+
+json OneShotRecord(const Scene& scene, const std::vector<std::size_t>& processors) {
+  std::vector<double> seconds;
+  std::vector<double> wallOnTwo;
+  std::vector<double> peaks;
+  OneShot last{};
+  int rounds = 1;
+  for (int round = 0; round < rounds; ++round) {
+    const std::optional<OneShot> one =
+        InChild([&] { return MeasureOneShot(scene, 1, processors); });
+    if (!one) return {{"isEnded", true}};
+    last = *one;
+    if (round == 0) rounds = RoundsOf(last.seconds);
+    seconds.push_back(last.seconds);
+    peaks.push_back(last.peakBytes);
+    if (processors.size() < 2) continue;
+    const std::optional<OneShot> two =
+        InChild([&] { return MeasureOneShot(scene, 2, processors); });
+    wallOnTwo.push_back(two ? two->seconds : kPatience);
+  }
+  json record = {{"status", NameOf(last.status)},
+                 {"travel", last.travel},
+                 {"seconds", Median(seconds)},
+                 {"peakBytes", Median(peaks)}};
+  if (!wallOnTwo.empty()) record["wallOnTwo"] = Median(wallOnTwo);
+  return record;
+}
+
+json PreparedRecord(const Scene& scene, const std::vector<std::size_t>& processors) {
+  const std::optional<Directions> d = InChild([&] { return MeasureDirections(scene, processors); });
+  if (!d) return {{"isEnded", true}};
+  json record = {{"prepareSeconds", d->prepareSeconds},
+                 {"median", d->median},
+                 {"medianOfContacts", d->medianOfContacts},
+                 {"last99", d->last99},
+                 {"most", d->most},
+                 {"asked", d->asked},
+                 {"contacts", d->contacts},
+                 {"starts", d->starts},
+                 {"bytes", d->bytes}};
+  if (processors.size() < 2) return record;
+  const std::optional<BatchTimes> batch = InChild([&] { return MeasureBatch(scene, d->median); });
+  if (batch) {
+    record["batchOne"] = batch->one;
+    record["batchTwo"] = batch->two;
+  }
+  record["prepareOne"] = MeasurePrepareWall(scene, 1);
+  record["prepareTwo"] = MeasurePrepareWall(scene, 2);
+  return record;
+}
+
+struct PeerTime {
+  sweep_peers::Found found;
+  double seconds;
+};
+
+json PeersRecord(const Scene& scene, std::size_t size, const std::vector<std::size_t>& processors) {
+  json record = json::object();
+  for (const sweep_peers::Peer& peer : sweep_peers::AllPeers()) {
+    if (size > peer.mostTriangles) continue;
+    const std::optional<PeerTime> time = InChild([&] {
+      PinToTheLast(processors);
+      const double begin = ProcessorSeconds();
+      const sweep_peers::Found found = peer.find(scene);
+      return PeerTime{found, ProcessorSeconds() - begin};
+    });
+    if (!time) {
+      record[peer.name] = {{"isEnded", true}};
+      continue;
+    }
+    record[peer.name] = {{"seconds", time->seconds},
+                         {"isContact", time->found.isContact},
+                         {"travel", time->found.travel}};
+  }
+  return record;
+}
+
+template <std::size_t kCount>
+bool IsOneOf(const std::size_t (&sizes)[kCount], std::size_t size) {
+  return std::find(std::begin(sizes), std::end(sizes), size) != std::end(sizes);
+}
+
+bool HasPeers(const Family& family, std::size_t size) {
+  const auto isFamily = [&family](const char* name) { return std::string(name) == family.name; };
+  return std::any_of(std::begin(kPeerFamilies), std::end(kPeerFamilies), isFamily) &&
+         IsOneOf(kPeerSizes, size);
+}
+
+/// Measures the sizes of a family until they would take too long.
+json FamilyRecord(const Family& family, std::size_t most, bool isMeasuredAtTheLargest,
+                  const std::vector<std::size_t>& processors) {
+  json sizes = json::array();
+  double expected = 0.0;
+  std::size_t before = 0;
+  for (const std::size_t size : kSizes) {
+    if (size > most || (size == kLargest && !isMeasuredAtTheLargest)) break;
+    if (before != 0) expected *= static_cast<double>(size) / static_cast<double>(before);
+    if (expected > (size == kLargest ? kLongestOneShotAtTheLargest : kLongestOneShot)) break;
+    const Scene scene = family.make(size);
+    json record = {{"size", size},
+                   {"triangles", scene.moving.TriangleCount() + scene.fixed.TriangleCount()},
+                   {"inputBytes", scene.moving.Bytes() + scene.fixed.Bytes()},
+                   {"oneShot", OneShotRecord(scene, processors)}};
+    if (record["oneShot"].contains("isEnded")) {
+      sizes.push_back(std::move(record));
+      break;
+    }
+    if (IsOneOf(kPreparedSizes, size)) record["prepared"] = PreparedRecord(scene, processors);
+    if (HasPeers(family, size)) record["peers"] = PeersRecord(scene, size, processors);
+    expected = record["oneShot"]["seconds"];
+    before = size;
+    std::fprintf(stderr, "%s, %zu triangles a body: %.3g ms\n", family.name, size, 1e3 * expected);
+    sizes.push_back(std::move(record));
+  }
+  return {{"name", family.name},
+          {"kind", NameOf(family.kind)},
+          {"isDouble", family.isDouble},
+          {"sizes", std::move(sizes)}};
+}
+
+json PeerVersions() {
+  json versions = json::object();
+  for (const sweep_peers::Peer& peer : sweep_peers::AllPeers())
+    versions[peer.name] = peer.version;
+  return versions;
+}
+
+int Main(int argc, char** argv) {
+  const std::regex filter(argc > 1 ? argv[1] : ".");
+  const std::size_t most = argc > 2 ? std::stoul(argv[2]) : kLargest;
+  const std::vector<std::size_t> processors = Processors();
+  json families = json::array();
+  std::size_t number = 0;
+  for (const Family& family : AllFamilies()) {
+    const bool isMeasuredAtTheLargest = number++ < kFamiliesAtTheLargest;
+    if (!std::regex_search("Sweep/" + std::string(family.name), filter)) continue;
+    families.push_back(FamilyRecord(family, most, isMeasuredAtTheLargest, processors));
+  }
+  const bool isComplete = families.size() == AllFamilies().size() && most >= kLargest;
+  const json result = {{"processors", processors.size()},
+                       {"patience", kPatience},
+                       {"peers", PeerVersions()},
+                       {"isComplete", isComplete},
+                       {"families", std::move(families)}};
+  std::cout << result.dump(1) << '\n';
+  return 0;
+}
+
+} // namespace
+
+// usage: bench_sweep [FILTER [TRIANGLES]]: a regular expression over Sweep/FAMILY, and the largest
+// size.
+int main(int argc, char** argv) {
+  try {
+    return Main(argc, argv);
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "bench_sweep: %s\n", error.what());
+    return 1;
+  }
+}

@@ -1,0 +1,311 @@
+#!/usr/bin/env python3
+"""Makes the document on performance from what ./scripts/bench measured.
+
+usage: performance.py BUILD_DIR [FILE]
+
+Prints the document, or writes it to FILE. It writes nothing and says so when the measurements are not
+complete. A section is a result of BUILD_DIR/bench, a function that makes its lines, and the notes under the same
+title in docs/performance-notes.md.
+"""
+
+import json
+import math
+import pathlib
+import re
+import statistics
+import subprocess
+import sys
+
+ROOT = pathlib.Path(__file__).resolve().parent.parent
+GENERIC = "figures apart"
+
+
+# Numbers and tables.
+
+def three(value):
+    """Three digits, without an exponent where that is short."""
+    if value == 0:
+        return "0"
+    if 1e-3 <= abs(value) < 1e6:
+        digits = max(0, 2 - math.floor(math.log10(abs(value))))
+        return f"{value:.{digits}f}"
+    return f"{value:.2e}"
+
+
+def milliseconds(seconds):
+    return three(1e3 * seconds)
+
+
+def size_name(size):
+    return f"{size // 1000000}e6" if size >= 1000000 else f"1e{round(math.log10(size))}"
+
+
+def table(head, rows):
+    yield "| " + " | ".join(head) + " |"
+    yield "|---" + "|---:" * (len(head) - 1) + "|"
+    for row in rows:
+        yield "| " + " | ".join(row) + " |"
+
+
+# The machine and the build.
+
+def first_match(pattern, path):
+    match = re.search(pattern, pathlib.Path(path).read_text(), re.MULTILINE)
+    return match.group(1).strip() if match else "unknown"
+
+
+def setup(build):
+    cache = build / "CMakeCache.txt"
+    cached = lambda name: first_match(rf"^{name}:\w+=(.*)$", cache)
+    compiler = subprocess.run([cached("CMAKE_CXX_COMPILER"), "--version"], check=True, capture_output=True, text=True)
+    flags = " ".join(f"{cached('CMAKE_CXX_FLAGS')} {cached('CMAKE_CXX_FLAGS_RELEASE')}".split())
+    memory = int(first_match(r"^MemTotal:\s*(\d+) kB", "/proc/meminfo")) / 2**20
+    return [
+        ("processor", first_match(r"^model name\s*:\s*(.*)$", "/proc/cpuinfo")),
+        ("memory", f"{memory:.0f} GiB"),
+        ("system", first_match(r'^PRETTY_NAME="(.*)"$', "/etc/os-release")),
+        ("compiler", compiler.stdout.splitlines()[0]),
+        ("flags", f"`{flags}`, and those of `cmake/GslTargets.cmake`"),
+        ("command", "`./scripts/bench`"),
+    ]
+
+
+# The sweep.
+
+class Family:
+    def __init__(self, record):
+        self.name, self.kind, self.is_double = record["name"], record["kind"], record["isDouble"]
+        self.sizes = {entry["size"]: entry for entry in record["sizes"]}
+
+    def seconds(self, size):
+        return self.sizes.get(size, {}).get("oneShot", {}).get("seconds")
+
+    def prepared(self, size, key):
+        return self.sizes.get(size, {}).get("prepared", {}).get(key)
+
+    def exponent(self):
+        """The slope of log time over log triangles, by least squares over every size."""
+        points = [(math.log(e["triangles"]), math.log(self.seconds(size)))
+                  for size, e in self.sizes.items() if self.seconds(size)]
+        if len(points) < 3:
+            return None
+        return statistics.linear_regression(*zip(*points)).slope
+
+    def one_shot_bytes(self, size):
+        entry = self.sizes.get(size, {})
+        if "peakBytes" not in entry.get("oneShot", {}):
+            return None
+        return (entry["oneShot"]["peakBytes"] + entry["inputBytes"]) / entry["triangles"]
+
+
+def shown(value, show=three):
+    return "" if value is None else show(value)
+
+
+def one_shot_cell(family, size, patience):
+    entry = family.sizes.get(size)
+    if entry is None:
+        return "not run"
+    if "isEnded" in entry["oneShot"]:
+        return f"over {1000 * patience}"
+    return milliseconds(family.seconds(size))
+
+
+def one_shot_table(families, sizes, patience):
+    generic = next(f for f in families if f.name == GENERIC)
+    for f in families:
+        common = [size for size in sizes if f.seconds(size) and generic.seconds(size)]
+        times = f"{three(f.seconds(common[-1]) / generic.seconds(common[-1]))} at {size_name(common[-1])}" if common else ""
+        status = f.sizes[common[-1]]["oneShot"]["status"] if common else ""
+        yield ([f.name, f.kind, status] + [one_shot_cell(f, size, patience) for size in sizes]
+               + [shown(f.exponent()), times, shown(f.one_shot_bytes(common[-1]) if common else None)])
+
+
+def prepared_rows(families, size):
+    for f in families:
+        p = f.sizes.get(size, {}).get("prepared")
+        if not p:
+            continue
+        if "isEnded" in p:
+            yield [f.name, "", "over the time"] + [""] * 7
+            continue
+        triangles = f.sizes[size]["triangles"]
+        yield [f.name, three(1e3 * p["prepareSeconds"] * 1e6 / triangles), milliseconds(p["median"]),
+               milliseconds(p["medianOfContacts"]) if p["contacts"] else "", milliseconds(p["last99"]),
+               milliseconds(p["most"]), str(p["asked"]),
+               f"{100 * p['contacts'] / p['asked']:.0f} %", f"{100 * p['starts'] / p['asked']:.0f} %",
+               three(p["bytes"] / triangles)]
+
+
+def threads_rows(families, size):
+    for f in families:
+        p = f.sizes.get(size, {}).get("prepared", {})
+        if "prepareOne" not in p or "batchOne" not in p:
+            continue
+        wall = f.sizes[size]["oneShot"]["wallOnTwo"]
+        yield [f.name, milliseconds(wall), three(p["prepareOne"] / p["prepareTwo"]), three(p["batchOne"] / p["batchTwo"])]
+
+
+def peer_rows(families):
+    for f in families:
+        for size, entry in f.sizes.items():
+            ours = entry["oneShot"]
+            for name, peer in entry.get("peers", {}).items():
+                row = [f.name, size_name(size), name, milliseconds(ours["seconds"])]
+                if "isEnded" in peer:
+                    yield row + ["not within the time", "", ""]
+                    continue
+                if ours["status"] != "contact":
+                    error = "" if peer["isContact"] == (ours["status"] == "start") else "wrong"
+                elif not peer["isContact"]:
+                    error = "no contact found"
+                else:
+                    error = three(abs(peer["travel"] - ours["travel"]) / ours["travel"])
+                yield row + [milliseconds(peer["seconds"]), three(peer["seconds"] / ours["seconds"]), error]
+
+
+def greatest(values):
+    values = [value for value in values if value is not None]
+    return max(values) if values else None
+
+
+def goals(families, sizes):
+    """(what, limit, measured), each limit a greatest value; measured is None where nothing was measured."""
+    def one_shot(kind):
+        return greatest(f.seconds(1000000) and 1e3 * f.seconds(1000000) for f in families if f.kind == kind)
+
+    def prepared(kinds, size, key):
+        return greatest(f.prepared(size, key) and 1e3 * f.prepared(size, key) for f in families if f.kind in kinds)
+
+    def over_generic(kind):
+        generic = next(f for f in families if f.name == GENERIC)
+        ended = any("isEnded" in e["oneShot"] for f in families if f.kind == kind for e in f.sizes.values())
+        return math.inf if ended else greatest(
+            f.seconds(size) / generic.seconds(size) for f in families if f.kind == kind
+            for size in sizes if size >= 10000 and f.seconds(size) and generic.seconds(size))
+
+    def bytes_of(is_double):
+        return greatest(f.one_shot_bytes(1000000) for f in families if f.is_double == is_double)
+
+    def threads(key):
+        ratios = [f.prepared(size, key + "One") / f.prepared(size, key + "Two") for f in families
+                  for size in (1000000,) if f.prepared(size, key + "Two")]
+        return min(ratios) if ratios else None
+
+    def on_two(kind):
+        return greatest(1e3 * f.sizes[1000000]["oneShot"]["wallOnTwo"] for f in families
+                        if f.kind == kind and "wallOnTwo" in f.sizes.get(1000000, {}).get("oneShot", {}))
+
+    def preparing():
+        return greatest(f.prepared(1000000, "prepareSeconds") and
+                        1e9 * f.prepared(1000000, "prepareSeconds") / f.sizes[1000000]["triangles"] for f in families)
+
+    usual = ("apart", "interleaved")
+    yield "one question, nothing prepared, 1e6 each, bodies apart: ms", 50, one_shot("apart")
+    yield "the same on two threads, wall time: ms", 30, on_two("apart")
+    yield "one question, nothing prepared, 1e6 each, interleaved: ms", 150, one_shot("interleaved")
+    yield "preparing, a million triangles: ms", 150, preparing()
+    yield "a further direction at 1e6, apart or interleaved, median: ms", 2, prepared(usual, 1000000, "median")
+    yield "a further direction at 1e6, apart or interleaved, 99th percentile: ms", 5, prepared(usual, 1000000, "last99")
+    yield "a further direction at 1e5, apart or interleaved, median: ms", 0.3, prepared(usual, 100000, "median")
+    yield "a further direction at 1e5, apart or interleaved, 99th percentile: ms", 2, prepared(usual, 100000, "last99")
+    yield "memory a triangle with the input, single precision: bytes", 140, bytes_of(False)
+    yield "memory a triangle with the input, double precision: bytes", 230, bytes_of(True)
+    yield "growth: greatest exponent (n log n has 1.1 over these sizes)", 1.1, greatest(f.exponent() for f in families)
+    yield "hard scenes along an axis: times the generic scene", 5, over_generic("hard along an axis")
+    yield "hard scenes aslant: times the generic scene", 20, over_generic("hard aslant")
+    yield "two threads against one, preparing: times as fast", -1.7, threads("prepare")
+    yield "two threads against one, batches: times as fast", -1.7, threads("batch")
+
+
+def goal_row(what, limit, measured):
+    if measured is None:
+        return [what, "", "not measured", ""]
+    is_met = measured <= limit if limit > 0 else measured >= -limit
+    value = "over the time" if math.isinf(measured) else three(measured)
+    return [what, f"{'at most' if limit > 0 else 'at least'} {abs(limit)}", value, "yes" if is_met else "no"]
+
+
+def sweep(result):
+    families = [Family(record) for record in result["families"]]
+    sizes = sorted({size for f in families for size in f.sizes})
+    versions = ", ".join(f"{name} {version}" for name, version in result["peers"].items()) or "none was there"
+    yield "The scenes are families of two bodies at several sizes, from `bench/SweepFamilies.cpp`; sizes are triangles in"
+    yield "each body. Times are medians of processor time in milliseconds on one thread, unless a column says otherwise."
+    yield f"A measurement is ended after {result['patience']} s."
+    if any(f.name == GENERIC for f in families):
+        yield from ["", "### Goals", "", "The worst scene of each kind counts.", ""]
+        yield from table(["goal", "limit", "measured", "met"], (goal_row(*goal) for goal in goals(families, sizes)))
+        yield from ["", "### One question, nothing prepared", ""]
+        yield "From arrays in memory to the answer, in a fresh process. The exponent is fitted over every size. The"
+        yield f"ratio is to the scene \"{GENERIC}\", at the largest size of both. Memory is the peak with the input, in"
+        yield "bytes a triangle, at the same size."
+        yield ""
+        yield from table(["scene", "kind", "answer", *map(size_name, sizes), "exponent", "ratio", "memory"],
+                         one_shot_table(families, sizes, result["patience"]))
+    for size in (100000, 1000000):
+        rows = list(prepared_rows(families, size))
+        if rows:
+            yield from ["", f"### A further direction on a prepared pair, {size_name(size)}", ""]
+            yield "Even directions on the sphere. Preparing is everything up to the third question, for a million"
+            yield "triangles. Memory is what the pair holds at the end without the input, in bytes a triangle."
+            yield ""
+            yield from table(["scene", "preparing", "median", "median of contacts", "99th percentile", "most", "asked", "contacts", "starts",
+                              "memory"], rows)
+    rows = list(threads_rows(families, 1000000)) or list(threads_rows(families, 100000))
+    if rows:
+        yield from ["", "### Two threads", "", "The time of one question with nothing prepared is wall time. Ratios are",
+                    "wall times of one thread over two.", ""]
+        yield from table(["scene", "one question on two threads", "preparing", "batch"], rows)
+    rows = list(peer_rows(families))
+    if rows:
+        yield from ["", "### Other libraries", "", f"Versions: {versions}. Each prepares what it needs and looks once, on",
+                    "one thread. FCL advances conservatively. Embree casts rays from the vertices of both bodies, which",
+                    "misses contacts of two edges, in single precision. The error is relative to our travel.", ""]
+        yield from table(["scene", "size", "library", "ours", "theirs", "ratio", "error of the travel"], rows)
+
+
+SECTIONS = [("First contact of bodies", "bench_sweep.json", sweep)]
+
+
+def notes():
+    """The text under each title of the notes."""
+    parts = re.split(r"^## (.*)$", (ROOT / "docs/performance-notes.md").read_text(), flags=re.MULTILINE)
+    return {title.strip(): text.strip() for title, text in zip(parts[1::2], parts[2::2])}
+
+
+def document(build):
+    """The lines of the document, and whether everything was measured."""
+    is_complete = True
+    by_title = notes()
+    unknown = set(by_title) - {title for title, _, _ in SECTIONS}
+    if unknown:
+        sys.exit(f"docs/performance-notes.md: no section is called {', '.join(sorted(unknown))}")
+    lines = ["# Performance", "", "`./scripts/bench` writes this document; do not edit it. The notes come from",
+             "[performance-notes.md](performance-notes.md).", "", *table(["", ""], setup(build))]
+    lines[-len(setup(build)) - 1] = "|---|---|"
+    for title, name, make in SECTIONS:
+        result = json.loads((build / "bench" / name).read_text())
+        is_complete = is_complete and result["isComplete"]
+        lines += ["", f"## {title}", "", *make(result)]
+        if by_title.get(title):
+            lines += ["", "### What falls short, and why", "", by_title[title]]
+    return lines, is_complete
+
+
+def main():
+    if len(sys.argv) not in (2, 3):
+        sys.exit(__doc__)
+    lines, is_complete = document(pathlib.Path(sys.argv[1]))
+    text = "\n".join(lines) + "\n"
+    if len(sys.argv) == 2:
+        print(text, end="")
+    elif is_complete:
+        pathlib.Path(sys.argv[2]).write_text(text)
+        print(f"wrote {sys.argv[2]}")
+    else:
+        print(f"{sys.argv[2]} is not written: not everything was measured")
+
+
+if __name__ == "__main__":
+    main()
