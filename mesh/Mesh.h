@@ -6,6 +6,7 @@
 
 #include <cmath>
 #include <cstddef>
+#include <functional>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -24,6 +25,9 @@ struct Mesh {
 
   std::size_t TriangleCount() const { return corners.size() / 3; }
 };
+
+/// Receives the part of a file that is read, from 0 to 1; the part never falls.
+using MeshProgress = std::function<void(double)>;
 
 inline bool IsFinite(const gsl_arithmetic::Coord3& p) {
   return std::isfinite(p.x) && std::isfinite(p.y) && std::isfinite(p.z);

@@ -70,15 +70,49 @@ std::size_t ReadBytes(int descriptor, const std::string& name, char* bytes, std:
   return done;
 }
 
+/// The part of the work that loading a file is, before its reader begins.
+constexpr double kLoadingPart = 0.25;
+constexpr std::size_t kLoadingStep = std::size_t{1} << 23;
+
+/// The progress of loading a file and of its reader, in one.
+class Reporter {
+public:
+  explicit Reporter(const MeshProgress& progress)
+      : m_progress(progress),
+        m_ofReader([this](double part) { Report(kLoadingPart + (1.0 - kLoadingPart) * part); }) {}
+  Reporter(const Reporter&) = delete;
+  Reporter& operator=(const Reporter&) = delete;
+
+  void Report(double part) {
+    if (!m_progress) return;
+    // A reader may look ahead and come back.
+    m_reported = std::max(m_reported, part);
+    m_progress(m_reported);
+  }
+
+  /// Returns what the reader reports to; null when nobody wants to know.
+  const MeshProgress* OfReader() const { return m_progress ? &m_ofReader : nullptr; }
+
+private:
+  const MeshProgress& m_progress;
+  MeshProgress m_ofReader;
+  double m_reported = 0.0;
+};
+
 /// Returns the whole file. It is not mapped: a file that is cut while it is read would then end the
 /// program.
-std::string Load(const std::string& path) {
+std::string Load(const std::string& path, Reporter& reporter) {
   // Without O_NONBLOCK, opening a pipe would wait for its other end.
   const FileDescriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
   if (file.Get() < 0) FailFile(path, std::string("cannot be opened: ") + std::strerror(errno));
   std::string bytes(CheckedSize(file, path), '\0');
-  if (ReadBytes(file.Get(), path, bytes.data(), bytes.size()) < bytes.size()) {
-    FailFile(path, "became shorter while it was read");
+  for (std::size_t done = 0; done < bytes.size();) {
+    const std::size_t step = std::min(kLoadingStep, bytes.size() - done);
+    if (ReadBytes(file.Get(), path, bytes.data() + done, step) < step) {
+      FailFile(path, "became shorter while it was read");
+    }
+    done += step;
+    reporter.Report(kLoadingPart * static_cast<double>(done) / static_cast<double>(bytes.size()));
   }
   return bytes;
 }
@@ -158,10 +192,9 @@ Mesh ReadSource(const MeshSource& source, MeshFormat format) {
   FailUnknownFormat(source);
 }
 
-Mesh ReadChecked(std::string_view bytes, const std::string& name, MeshFormat format) {
-  const MeshSource source{bytes, name};
+Mesh ReadChecked(const MeshSource& source, MeshFormat format) {
   Mesh mesh = ReadSource(source, format);
-  mesh.file = name;
+  mesh.file = source.file;
   if (mesh.corners.empty()) FailRead(source, "holds no triangles");
   return mesh;
 }
@@ -171,9 +204,9 @@ void RefuseForeign(const MeshSource& source) {
   if (!foreign.empty()) FailRead(source, foreign);
 }
 
-Mesh ReadDetected(std::string_view bytes, const std::string& path) {
-  if (FormatOfContents(bytes) == MeshFormat::Unknown) RefuseForeign({bytes, path});
-  return ReadChecked(bytes, path, DetectMeshFormat(bytes, path));
+Mesh ReadDetected(const MeshSource& source) {
+  if (FormatOfContents(source.bytes) == MeshFormat::Unknown) RefuseForeign(source);
+  return ReadChecked(source, DetectMeshFormat(source.bytes, source.file));
 }
 
 /// A stream has no extension: `wanted` takes its place.
@@ -215,18 +248,25 @@ MeshFormat DetectMeshFormat(std::string_view bytes, const std::string& name) {
 
 Mesh ReadMeshFromMemory(std::string_view bytes, const std::string& name, MeshFormat format) {
   const MeshFormat readable = format == MeshFormat::Assimp ? MeshFormat::Unknown : format;
-  return ReadChecked(bytes, name, readable);
+  return ReadChecked({bytes, name}, readable);
 }
 
-Mesh ReadMesh(const std::string& path) {
-  return WithMemory(path, [&] { return ReadDetected(Load(path), path); });
+Mesh ReadMesh(const std::string& path, const MeshProgress& progress) {
+  return WithMemory(path, [&] {
+    Reporter reporter(progress);
+    const std::string bytes = Load(path, reporter);
+    return ReadDetected({bytes, path, reporter.OfReader()});
+  });
 }
 
-Mesh ReadMeshFromStream(int descriptor, const std::string& name, MeshFormat format) {
+Mesh ReadMeshFromStream(int descriptor, const std::string& name, MeshFormat format,
+                        const MeshProgress& progress) {
   return WithMemory(name, [&] {
+    Reporter reporter(progress);
     const std::string bytes = LoadStream(descriptor, name);
     if (bytes.empty()) FailFile(name, "is empty");
-    return ReadChecked(bytes, name, FormatOfStream({bytes, name}, format));
+    const MeshSource source{bytes, name, reporter.OfReader()};
+    return ReadChecked(source, FormatOfStream(source, format));
   });
 }
 

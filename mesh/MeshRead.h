@@ -17,16 +17,20 @@ namespace gsl_mesh {
 ///            double, nodes depth first, meshes and faces in the order of the file.
 /// Polygons   see PolygonTriangulator; faces of fewer than three corners are left out, with a
 ///            warning.
+/// Progress   is reported, unless it is empty, every few hundred kilobytes; of formats that Assimp
+///            reads only while the file is loaded.
 /// Errors     MeshError when the file cannot be read, is damaged, or holds no triangle.
-Mesh ReadMesh(const std::string& path);
+Mesh ReadMesh(const std::string& path, const MeshProgress& progress = {});
 
 /// Reads a mesh from an open file descriptor, such as standard input, to its end. Messages call the
 /// mesh `name`. The descriptor stays open.
 /// Format     `format`; for MeshFormat::Unknown the contents decide, where they are unambiguous.
+/// Progress   as for ReadMesh, but not before the stream has ended.
 /// Errors     MeshError as for ReadMesh; also when the format is unknown, when the contents are
 ///            unambiguously of another format than `format`, and for formats that Assimp reads,
 ///            whose files may refer to other files.
-Mesh ReadMeshFromStream(int descriptor, const std::string& name, MeshFormat format);
+Mesh ReadMeshFromStream(int descriptor, const std::string& name, MeshFormat format,
+                        const MeshProgress& progress = {});
 
 /// Reads a mesh that is already in memory; messages call it `name`. Requires a format other than
 /// MeshFormat::Assimp, whose files may refer to other files.

@@ -12,6 +12,12 @@ constexpr std::size_t kLongestQuote = 40;
 
 } // namespace
 
+void ReportPosition(const MeshSource& source, const char* position) {
+  if (source.progress == nullptr) return;
+  (*source.progress)(static_cast<double>(position - source.bytes.data()) /
+                     static_cast<double>(source.bytes.size()));
+}
+
 void FailRead(const MeshSource& source, const std::string& message) {
   throw MeshError(source.file + ": " + message);
 }

@@ -14,7 +14,14 @@ namespace gsl_mesh {
 struct MeshSource {
   std::string_view bytes;
   std::string file;
+  const MeshProgress* progress = nullptr; ///< receives the part that a reader has done
 };
+
+/// How many bytes a reader may pass before it reports its progress again.
+constexpr std::size_t kProgressStep = std::size_t{1} << 18;
+
+/// Reports that a reader has come to `position` in the bytes of the source.
+void ReportPosition(const MeshSource& source, const char* position);
 
 /// Throws MeshError: the file, then the message. The second form adds the line of `position`.
 [[noreturn]] void FailRead(const MeshSource& source, const std::string& message);

@@ -67,7 +67,7 @@ class Room:
 ROOMS = [
     Room("tools/", "command-line programs: parse, call, print",
          "tools/support/, gsl/include/, mesh/, mesh/readers/MeshReadAssimp.h, sweep/, CLI11, POSIX"),
-    Room("tools/support/", "inputs and outputs of programs: poses, report, progress, help; numbers as text",
+    Room("tools/support/", "inputs and outputs of programs: directions, poses, report, progress, help; numbers as text",
          "gsl/include/, mesh/, sweep/, CLI11, fast_float, nlohmann-json, POSIX"),
     Room("sweep/", "the engine: bodies and pairs, the search for the first contact, the exact contact of two triangles",
          f"exact/, {VALUES}, gsl/include/gsl_Point.h (to move corners as a matrix does), POSIX (pages of large arrays), "

@@ -25,6 +25,8 @@ using gsl_mesh::MeshFormat;
 using gsl_mesh::MeshFormatNames;
 
 constexpr unsigned kMostThreads = 1024;
+// Their answers are kept in memory, about 150 bytes each, and their JSON takes about 600.
+constexpr std::size_t kMostDirections = 100000;
 
 const char* const kDescription =
     "Finds how far one body travels along a direction before it touches another, and where. Reads "
@@ -34,17 +36,17 @@ const char* const kDescription =
 const char* const kUsage = "MOVING FIXED... --direction X,Y,Z [OPTION...]";
 
 const char* const kFooter = "Exit status:\n"
-                            "  0   contact, including contact from the start\n"
-                            "  1   no contact\n"
-                            "  2   wrong usage\n"
-                            "  3   a mesh cannot be read or was rejected\n"
+                            "  0   contact, including contact from the start; of many directions, "
+                            "along any\n"
+                            "  1   no contact; of many directions, along none\n"
+                            "  2   wrong usage, or a line of --directions is not a direction\n"
+                            "  3   an input cannot be read or was rejected\n"
                             "  4   another failure\n"
                             "\n"
                             "Examples:\n"
                             "  $ gsl-sweep bolt.stl bracket.stl --direction -z\n"
-                            "  $ gsl-sweep bolt.stl bracket.stl -d 0,0,-1 --json -";
-
-const char* const kDirectionForms = "be X,Y,Z or an axis such as z or -z";
+                            "  $ gsl-sweep bolt.stl bracket.stl -d 0,0,-1 --json -\n"
+                            "  $ gsl-sweep bolt.stl bracket.stl --sphere 1000";
 
 struct OptionRow {
   const char* names;
@@ -58,6 +60,12 @@ std::vector<OptionRow> OptionRows() {
   return {
       {"-d,--direction", "X,Y,Z", nullptr,
        "Direction of travel, of any length except zero, or an axis: x -x y -y z -z"},
+      {"--directions", "FILE", nullptr,
+       "Answers each line of this file, one direction in each, with one line of JSON on stdout; "
+       "- for stdin"},
+      {"--sphere", "N", nullptr,
+       "Answers N directions spread evenly over the sphere, 1 to " +
+           std::to_string(kMostDirections)},
       {"--pose", "FILE", nullptr,
        "Places MOVING by the matrix in this file first: 12 or 16 numbers, row by row; - for stdin"},
       {"--offset", "X,Y,Z", nullptr, "Moves MOVING by this vector, after --pose"},
@@ -76,6 +84,8 @@ std::vector<OptionRow> OptionRows() {
        "Shows progress on stderr if stderr is a terminal: auto, plain or never"},
       {"--quiet", nullptr, &SweepOptions::quiet,
        "Prints only errors, and on stdout only the JSON of --json -"},
+      {"--verbose", nullptr, &SweepOptions::verbose,
+       "Shows the time and the memory of each stage on stderr"},
       {"--force", nullptr, &SweepOptions::force, "Replaces existing output files"},
   };
 }
@@ -255,15 +265,17 @@ MeshFormat FormatOf(const std::string& value) {
   return format;
 }
 
-unsigned ThreadsOf(const std::string& value) {
-  unsigned threads = 0;
+/// Reads a whole number from 1 to `most`.
+template <class Number>
+Number CountOf(const std::string& name, const std::string& value, Number most) {
+  Number count = 0;
   const char* const end = value.data() + value.size();
-  const auto result = std::from_chars(value.data(), end, threads);
+  const auto result = std::from_chars(value.data(), end, count);
   const bool isNumber = result.ec == std::errc() && result.ptr == end;
-  if (!isNumber || threads < 1 || threads > kMostThreads) {
-    FailValue("--threads", "be a whole number from 1 to " + std::to_string(kMostThreads), value);
+  if (!isNumber || count < 1 || count > most) {
+    FailValue(name, "be a whole number from 1 to " + std::to_string(most), value);
   }
-  return threads;
+  return count;
 }
 
 ProgressStyle ProgressOf(const std::string& value) {
@@ -275,6 +287,12 @@ ProgressStyle ProgressOf(const std::string& value) {
 
 void TakeValues(const CLI::App& app, SweepOptions& options) {
   if (const auto value = ValueOf(app, "--direction")) options.direction = DirectionOf(*value);
+  if (const auto value = ValueOf(app, "--directions")) {
+    options.directionsFile = FileNameOf("--directions", *value, "be a file name or -");
+  }
+  if (const auto value = ValueOf(app, "--sphere")) {
+    options.sphereCount = CountOf("--sphere", *value, kMostDirections);
+  }
   if (const auto value = ValueOf(app, "--pose")) {
     options.poseFile = FileNameOf("--pose", *value, "be a file name or -");
   }
@@ -287,18 +305,52 @@ void TakeValues(const CLI::App& app, SweepOptions& options) {
   }
   if (const auto value = ValueOf(app, "--output")) options.outputFile = OutputFileOf(*value);
   if (const auto value = ValueOf(app, "--format")) options.format = FormatOf(*value);
-  if (const auto value = ValueOf(app, "--threads")) options.threads = ThreadsOf(*value);
+  if (const auto value = ValueOf(app, "--threads")) {
+    options.threads = CountOf("--threads", *value, kMostThreads);
+  }
   if (const auto value = ValueOf(app, "--progress")) options.progress = ProgressOf(*value);
   if (const auto value = ValueOf(app, "MOVING")) options.movingFile = MeshFileOf("MOVING", *value);
   for (const std::string& value : app.get_option("FIXED")->results())
     options.fixedFiles.push_back(MeshFileOf("FIXED", value));
 }
 
+bool IsGiven(const CLI::App& app, const char* name) {
+  return app.get_option(name)->count() > 0;
+}
+
+/// Returns those of the options that ask for directions that are given.
+std::vector<std::string> DirectionOptions(const CLI::App& app) {
+  std::vector<std::string> given;
+  for (const char* const name : {"--direction", "--directions", "--sphere"}) {
+    if (IsGiven(app, name)) given.push_back(name);
+  }
+  return given;
+}
+
+void RefuseConflicts(const CLI::App& app) {
+  const std::vector<std::string> given = DirectionOptions(app);
+  if (given.size() > 1) {
+    Fail(given[0] + " and " + given[1] +
+         " are both given; expected one of --direction, --directions and --sphere");
+  }
+  if (IsGiven(app, "--quiet") && IsGiven(app, "--verbose")) {
+    Fail("--quiet and --verbose are both given; expected one of them at most");
+  }
+  if (IsGiven(app, "--output") && !given.empty() && given[0] != "--direction") {
+    Fail("--output cannot be used with " + given[0] + "; expected --direction");
+  }
+  if (IsGiven(app, "--json") && IsGiven(app, "--directions")) {
+    Fail("--json cannot be used with --directions, which always writes JSON to stdout; expected "
+         "one of them");
+  }
+}
+
 void RefuseMissing(const CLI::App& app) {
   std::vector<std::string> missing;
-  for (const char* const name : {"MOVING", "FIXED", "--direction"}) {
-    if (app.get_option(name)->count() == 0) missing.push_back(name);
+  for (const char* const name : {"MOVING", "FIXED"}) {
+    if (!IsGiven(app, name)) missing.push_back(name);
   }
+  if (DirectionOptions(app).empty()) missing.push_back("--direction");
   if (missing.empty()) return;
   std::string list = missing[0];
   for (std::size_t k = 1; k < missing.size(); ++k)
@@ -309,9 +361,11 @@ void RefuseMissing(const CLI::App& app) {
 
 void RefuseMisusedStdin(const SweepOptions& options) {
   std::vector<std::string> inputs = options.fixedFiles;
-  inputs.insert(inputs.end(), {options.movingFile, options.poseFile});
+  inputs.insert(inputs.end(), {options.movingFile, options.poseFile, options.directionsFile});
   if (std::count(inputs.begin(), inputs.end(), "-") > 1) {
-    Fail("more than one of MOVING, FIXED and --pose is -; expected standard input once at most");
+    Fail("more than one of MOVING, FIXED, --directions and --pose is -; expected standard input "
+         "once "
+         "at most");
   }
   if (options.format != MeshFormat::Unknown && !options.ReadsMeshFromStdin()) {
     Fail("--format needs a mesh on standard input; expected - as MOVING or FIXED");
@@ -346,8 +400,9 @@ std::string ParseSweepOptions(int argc, const char* const* argv, SweepOptions& o
   options.threads = ThreadsOfMachine();
   TakeValues(app, options);
   RefuseUnexpectedArguments(app);
-  RefuseMissing(app);
+  RefuseConflicts(app);
   RefuseMisusedStdin(options);
+  RefuseMissing(app);
   return {};
 }
 

@@ -19,15 +19,17 @@ struct SweepOptions {
   std::string movingFile;                                      ///< as typed; "-" is standard input
   std::vector<std::string> fixedFiles;                         ///< at most one input of all is "-"
   gsl_mesh::MeshFormat format = gsl_mesh::MeshFormat::Unknown; ///< of a mesh on standard input
-  gsl_arithmetic::Coord3 direction{0.0, 0.0, 0.0};             ///< not zero
-  std::string poseFile; ///< empty when not given; "-" is standard input
+  gsl_arithmetic::Coord3 direction{0.0, 0.0, 0.0}; ///< not zero; of no use with many directions
+  std::string directionsFile;                      ///< empty when not given; "-" is standard input
+  std::size_t sphereCount = 0;                     ///< directions of --sphere; 0 when not given
+  std::string poseFile;                            ///< empty when not given; "-" is standard input
   gsl_arithmetic::Coord3 offset{0.0, 0.0, 0.0};
   bool oneSided = false;
   double maxDistance = std::numeric_limits<double>::infinity(); ///< at least 0
   std::string jsonFile, outputFile;                             ///< empty when not requested
   unsigned threads = 1;
   ProgressStyle progress = ProgressStyle::Auto;
-  bool quiet = false, force = false;
+  bool quiet = false, verbose = false, force = false;
 
   bool ReadsMeshFromStdin() const {
     return movingFile == "-" ||

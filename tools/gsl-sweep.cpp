@@ -4,12 +4,17 @@
 #include "Printable.h"
 #include "SweepOptions.h"
 #include "gsl_Sweep.h"
+#include "support/Directions.h"
 #include "support/InputText.h"
 #include "support/MeshView.h"
 #include "support/Pose.h"
 #include "support/Progress.h"
 #include "support/Report.h"
+#include "support/Resolution.h"
+#include "support/Sphere.h"
+#include "support/Stages.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
@@ -42,9 +47,11 @@ Question QuestionOf(const SweepOptions& options) {
   return question;
 }
 
-Mesh ReadBody(const std::string& file, const SweepOptions& options) {
-  if (file == "-") return ReadMeshFromStream(STDIN_FILENO, NameOfInput(file), options.format);
-  return ReadMesh(file);
+Mesh ReadBody(const std::string& file, const SweepOptions& options, const MeshProgress& progress) {
+  if (file == "-") {
+    return ReadMeshFromStream(STDIN_FILENO, NameOfInput(file), options.format, progress);
+  }
+  return ReadMesh(file, progress);
 }
 
 /// True also for one file under two paths, through folders or links.
@@ -80,30 +87,60 @@ struct Scene {
   std::vector<Part> fixed;
 };
 
-Part ReadPart(const std::string& file, const SweepOptions& options, Progress& progress) {
-  progress.Begin("Reading " + NameOfInput(file));
-  Mesh mesh = ReadBody(file, options);
+/// What is shown while the program works.
+class Display {
+public:
+  explicit Display(const SweepOptions& options)
+      : m_progress(options.quiet ? ProgressStyle::Never : options.progress),
+        m_stages(options.verbose, m_progress) {}
+
+  /// Begins a stage, under the name that progress shows and the name in the lines of --verbose.
+  void Begin(const std::string& shown, const std::string& stage) {
+    m_progress.Begin(shown);
+    m_stages.Enter(stage);
+  }
+  /// Begins or continues a stage that shows no progress of its own.
+  void Enter(const std::string& stage) {
+    m_progress.Clear();
+    m_stages.Enter(stage);
+  }
+  void End(const std::string& stage) {
+    m_progress.Clear();
+    m_stages.End(stage);
+  }
+  void Update(double part) { m_progress.Update(part); }
+
+private:
+  Progress m_progress;
+  Stages m_stages;
+};
+
+Part ReadPart(const std::string& file, const SweepOptions& options, Display& display) {
+  const std::string name = NameOfInput(file);
+  display.Begin("Reading " + name, "read " + name);
+  Mesh mesh = ReadBody(file, options, [&](double part) { display.Update(part); });
   const Body body(ViewOf(mesh));
   if (body.SkippedCount() == body.TriangleCount()) {
     throw MeshError(mesh.file + ": every triangle has a NaN or infinite corner");
   }
+  display.End("read " + name);
   return {file, std::move(mesh), body};
 }
 
-Scene ReadScene(const SweepOptions& options, Progress& progress) {
+Scene ReadScene(const SweepOptions& options, Display& display) {
   std::optional<gsl_Matrix> pose;
   if (!options.poseFile.empty()) pose = ReadPose(options.poseFile);
-  Scene scene{pose, ReadPart(options.movingFile, options, progress), {}};
+  Scene scene{pose, ReadPart(options.movingFile, options, display), {}};
   Part& moving = scene.moving;
   if (pose) moving.body = PosedBody(moving.body, *pose, moving.mesh.file);
   RequireOffsetInRange(moving.body, options.offset, moving.mesh.file);
   for (const std::string& file : options.fixedFiles)
-    scene.fixed.push_back(ReadPart(file, options, progress));
+    scene.fixed.push_back(ReadPart(file, options, display));
   return scene;
 }
 
-void AddWarning(SweepReport& report, const std::string& warning) {
-  if (!warning.empty()) report.warnings.push_back(Printable(warning));
+void AddWarning(std::vector<std::string>& warnings, const std::string& warning) {
+  if (!warning.empty()) warnings.push_back(Printable(warning));
 }
 
 void PrintLine(const std::string& line) {
@@ -117,12 +154,20 @@ void WriteStdout(const std::string& text) {
   throw OutputError(std::string("standard output: cannot be written: ") + std::strerror(errno));
 }
 
+/// Writes what --json asks for, to its file or to stdout.
+void WriteJson(const SweepOptions& options, const std::string& json) {
+  if (options.JsonToStdout()) {
+    WriteStdout(json);
+  } else {
+    WriteTextFile(options.jsonFile, json, options.force);
+  }
+}
+
 /// Returns the line of the report about --output.
 std::string OutputLine(const SweepOptions& options, const Answer& answer) {
   if (options.outputFile.empty()) return {};
   const std::string file = Printable(options.outputFile);
-  return "  moved   " + (answer.status == SweepStatus::None ? "nothing written to " + file : file) +
-         "\n";
+  return "  moved   " + (Touches(answer) ? file : "nothing written to " + file) + "\n";
 }
 
 /// Returns the moving body at its contact.
@@ -133,89 +178,211 @@ Mesh MeshAtContact(Mesh mesh, const SweepReport& report) {
 }
 
 void WriteResults(const SweepOptions& options, const SweepReport& report, Mesh moving) {
-  const bool touches = report.answer.status != SweepStatus::None;
+  const bool touches = Touches(report.answer);
   if (touches && !options.outputFile.empty()) {
     WriteMesh(options.outputFile, MeshAtContact(std::move(moving), report), options.force);
   }
-  if (options.JsonToFile()) {
-    WriteTextFile(options.jsonFile, ReportAsJson(report), options.force);
-  }
-  if (options.JsonToStdout()) {
-    WriteStdout(ReportAsJson(report));
-    if (!touches && !options.outputFile.empty() && !options.quiet) {
-      PrintLine("no contact, so nothing is written to " + options.outputFile);
-    }
-  } else if (!options.quiet) {
+  if (!options.jsonFile.empty()) WriteJson(options, ReportAsJson(report));
+  if (options.quiet) return;
+  if (!options.JsonToStdout()) {
     WriteStdout(ReportAsText(report) + OutputLine(options, report.answer));
+  } else if (!touches && !options.outputFile.empty()) {
+    PrintLine("no contact, so nothing is written to " + options.outputFile);
   }
 }
 
-BodyCounts CountsOf(const Body& body, std::size_t leftOut) {
-  return {body.TriangleCount(), body.SkippedCount(), leftOut};
+BodyCounts CountsOf(const Body& body) {
+  return {body.TriangleCount(), body.SkippedCount(), 0};
 }
 
-/// Asks and writes down what was answered.
-void Search(const SweepOptions& options, const Scene& scene, Progress& progress,
-            SweepReport& report) {
-  const Question question = QuestionOf(options);
-  Run run;
-  run.threads = options.threads;
-  run.progress = [&progress](double part) {
-    progress.Update(part);
-    return true;
-  };
-  std::vector<Body> fixed;
-  for (const Part& part : scene.fixed)
-    fixed.push_back(part.body);
-  const Pair pair(scene.moving.body, fixed, run);
-  report.answer = pair.First(question, run);
-  for (const Part& part : scene.fixed) {
-    const LeftOut leftOut = Pair(scene.moving.body, {part.body}).CountLeftOut(question);
-    report.moving = CountsOf(scene.moving.body, leftOut.moving);
-    report.fixed.push_back({part.file, CountsOf(part.body, leftOut.fixed)});
-  }
-}
-
-/// Warns of what was left out, of the pose and of sizes that do not fit, in the order of the
-/// bodies.
-void AddWarnings(const SweepOptions& options, const Scene& scene, SweepReport& report) {
+/// Returns the warnings of what was left out, of the pose and of sizes that do not fit, in the
+/// order of the bodies.
+std::vector<std::string> WarningsOf(const SweepOptions& options, const Scene& scene) {
   const Part& moving = scene.moving;
-  report.warnings = moving.mesh.warnings;
-  for (const Part& part : scene.fixed) {
-    report.warnings.insert(report.warnings.end(), part.mesh.warnings.begin(),
-                           part.mesh.warnings.end());
-  }
-  AddWarning(report, SkippedWarning(moving.mesh.file, report.moving));
-  for (std::size_t k = 0; k < scene.fixed.size(); ++k)
-    AddWarning(report, SkippedWarning(scene.fixed[k].mesh.file, report.fixed[k].counts));
-  if (scene.pose) AddWarning(report, PoseWarning(*scene.pose, NameOfInput(options.poseFile)));
+  std::vector<std::string> warnings = moving.mesh.warnings;
   for (const Part& part : scene.fixed)
-    AddWarning(report, SizeWarning(moving.mesh.file, moving.body, part.mesh.file, part.body));
+    warnings.insert(warnings.end(), part.mesh.warnings.begin(), part.mesh.warnings.end());
+  AddWarning(warnings, SkippedWarning(moving.mesh.file, CountsOf(moving.body)));
+  for (const Part& part : scene.fixed)
+    AddWarning(warnings, SkippedWarning(part.mesh.file, CountsOf(part.body)));
+  if (scene.pose) AddWarning(warnings, PoseWarning(*scene.pose, NameOfInput(options.poseFile)));
+  for (const Part& part : scene.fixed)
+    AddWarning(warnings, SizeWarning(moving.mesh.file, moving.body, part.mesh.file, part.body));
+  return warnings;
 }
 
-ExitStatus SweepFiles(const SweepOptions& options) {
-  CheckOutputs(options);
-  Progress progress(options.quiet ? ProgressStyle::Never : options.progress);
-  Scene scene = ReadScene(options, progress);
+void ShowWarnings(const SweepOptions& options, const std::vector<std::string>& warnings) {
+  for (const std::string& warning : warnings) {
+    if (!options.quiet) PrintLine("warning: " + warning);
+  }
+}
 
-  progress.Begin("Searching");
-  SweepReport report;
+/// Writes down everything but the answers.
+void Describe(const SweepOptions& options, const Scene& scene, SceneReport& report) {
   report.movingFile = options.movingFile;
   report.pose = scene.pose;
   report.offset = options.offset;
   report.maxDistance = options.maxDistance;
   report.oneSided = options.oneSided;
   report.toolVersion = GSL_VERSION;
-  Search(options, scene, progress, report);
-  progress.Clear();
+  report.moving = CountsOf(scene.moving.body);
+  for (const Part& part : scene.fixed)
+    report.fixed.push_back({part.file, CountsOf(part.body)});
+  report.warnings = WarningsOf(options, scene);
+}
 
-  AddWarnings(options, scene, report);
-  for (const std::string& warning : report.warnings) {
-    if (!options.quiet) PrintLine("warning: " + warning);
+Run RunOf(const SweepOptions& options, Display& display) {
+  Run run;
+  run.threads = options.threads;
+  run.progress = [&display](double part) {
+    display.Update(part);
+    return true;
+  };
+  return run;
+}
+
+Pair PairOf(const Scene& scene, const Run& run) {
+  std::vector<Body> fixed;
+  for (const Part& part : scene.fixed)
+    fixed.push_back(part.body);
+  return {scene.moving.body, fixed, run};
+}
+
+/// Says which travels are as small as the resolution of the input.
+class FineTravels {
+public:
+  FineTravels(const SweepOptions& options, const Scene& scene)
+      : m_moving(scene.moving.mesh, scene.moving.body, scene.pose, options.offset) {
+    for (const Part& part : scene.fixed)
+      m_fixed.emplace_back(part.mesh, part.body, std::nullopt, Coord3{0.0, 0.0, 0.0});
   }
-  const bool touches = report.answer.status != SweepStatus::None;
+
+  /// Returns the warning for an answer, and remembers the first; empty for an ordinary travel.
+  std::string Check(const Answer& answer) {
+    if (answer.status != SweepStatus::Contact) return {};
+    std::string warning = ResolutionWarning(answer, m_moving, m_fixed.at(answer.contact.fixedBody));
+    if (!warning.empty() && m_count++ == 0) m_first = Printable(warning);
+    return Printable(warning);
+  }
+
+  /// Returns one warning for all; empty when there was none.
+  std::string ForAll() const {
+    if (m_count <= 1) return m_first;
+    return m_first + " (" + std::to_string(m_count) + " such travels in all)";
+  }
+
+private:
+  Resolution m_moving;
+  std::vector<Resolution> m_fixed;
+  std::string m_first;
+  std::size_t m_count = 0;
+};
+
+void CountLeftOut(const Scene& scene, const Question& question, SceneReport& report) {
+  if (!question.oneSided) return;
+  for (std::size_t k = 0; k < scene.fixed.size(); ++k) {
+    const LeftOut leftOut = Pair(scene.moving.body, {scene.fixed[k].body}).CountLeftOut(question);
+    report.moving.leftOut = leftOut.moving;
+    report.fixed[k].counts.leftOut = leftOut.fixed;
+  }
+}
+
+ExitStatus AnswerOne(const SweepOptions& options, Scene& scene, const Pair& pair,
+                     Display& display) {
+  const Question question = QuestionOf(options);
+  display.Begin("Searching", "search");
+  SweepReport report;
+  report.answer = pair.First(question, RunOf(options, display));
+  display.End("search");
+  Describe(options, scene, report);
+  AddWarning(report.warnings, FineTravels(options, scene).Check(report.answer));
+  CountLeftOut(scene, question, report);
+  ShowWarnings(options, report.warnings);
+  display.Enter("write");
   WriteResults(options, report, std::move(scene.moving.mesh));
+  display.End("write");
+  return Touches(report.answer) ? Touching : NoContact;
+}
+
+ExitStatus AnswerSphere(const SweepOptions& options, const Scene& scene, const Pair& pair,
+                        Display& display) {
+  display.Begin("Searching", "search");
+  std::vector<Question> questions;
+  for (const Coord3& direction : EvenDirections(options.sphereCount)) {
+    questions.push_back(QuestionOf(options));
+    questions.back().direction = direction;
+  }
+  SphereReport report;
+  report.answers.resize(questions.size());
+  pair.First(questions.data(), questions.size(), report.answers.data(), RunOf(options, display));
+  display.End("search");
+  Describe(options, scene, report);
+  FineTravels fine(options, scene);
+  for (const Answer& answer : report.answers)
+    fine.Check(answer);
+  AddWarning(report.warnings, fine.ForAll());
+  ShowWarnings(options, report.warnings);
+  display.Enter("write");
+  if (!options.jsonFile.empty()) WriteJson(options, SphereAsJson(report));
+  if (!options.JsonToStdout() && !options.quiet) WriteStdout(SphereAsText(report));
+  display.End("write");
+  const bool touches = std::any_of(report.answers.begin(), report.answers.end(), Touches);
   return touches ? Touching : NoContact;
+}
+
+/// Returns the status of what became of the lines, and says what was wrong with them.
+ExitStatus StatusOf(const DirectionTally& tally, const std::string& name) {
+  if (tally.wrong > 0) {
+    PrintLine(name + ": line " + std::to_string(tally.firstWrong) + " is not a direction (" +
+              std::to_string(tally.wrong) + " such in all)");
+  }
+  if (tally.beyond > 0) {
+    PrintLine(name + ": the travel or a point of line " + std::to_string(tally.firstBeyond) +
+              " is beyond the range of double (" + std::to_string(tally.beyond) + " such in all)");
+    return Failure;
+  }
+  if (tally.wrong > 0) return Usage;
+  return tally.touching > 0 ? Touching : NoContact;
+}
+
+ExitStatus AnswerLines(const SweepOptions& options, InputText& lines, const Scene& scene,
+                       const Pair& pair, Display& display) {
+  ShowWarnings(options, WarningsOf(options, scene));
+  Run run;
+  run.threads = options.threads;
+  DirectionOutput output;
+  output.write = [&](const std::string& line) {
+    display.Enter("write");
+    WriteStdout(line);
+    display.Enter("search");
+  };
+  FineTravels fine(options, scene);
+  output.warn = [&](const Answer& answer) {
+    std::vector<std::string> warnings;
+    AddWarning(warnings, fine.Check(answer));
+    return warnings;
+  };
+  output.progress = [&](double part) { display.Update(part); };
+  display.Begin("Searching", "search");
+  const DirectionTally tally = AnswerDirections(lines, pair, QuestionOf(options), run, output);
+  display.End("search");
+  display.End("write");
+  if (!fine.ForAll().empty()) ShowWarnings(options, {fine.ForAll()});
+  return StatusOf(tally, lines.Name());
+}
+
+ExitStatus SweepFiles(const SweepOptions& options) {
+  CheckOutputs(options);
+  std::optional<InputText> lines;
+  if (!options.directionsFile.empty()) lines.emplace(options.directionsFile);
+  Display display(options);
+  Scene scene = ReadScene(options, display);
+  display.Begin("Preparing", "prepare");
+  const Pair pair = PairOf(scene, RunOf(options, display));
+  display.End("prepare");
+  if (lines) return AnswerLines(options, *lines, scene, pair, display);
+  if (options.sphereCount > 0) return AnswerSphere(options, scene, pair, display);
+  return AnswerOne(options, scene, pair, display);
 }
 
 /// Runs `work`, and turns an exception into one line and an exit status.

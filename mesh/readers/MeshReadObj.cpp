@@ -155,10 +155,16 @@ Statements ScanStatements(const MeshSource& source) {
   const char* p = bytes.data();
   const char* const end = p + bytes.size();
   std::string joined;
+  const char* report = p;
   while (p < end) {
     while (p < end && IsSpace(*p))
       ++p;
     const char* const position = p;
+    if (position >= report) {
+      // The faces are read after the scan, in about the same time.
+      ReportPosition(source, bytes.data() + (position - bytes.data()) / 2);
+      report = position + std::min(kProgressStep, static_cast<std::size_t>(end - position));
+    }
     const bool short1 = end - p >= 2 && IsSpace(p[1]) && !EndsLine(p[1]);
     if (short1 && *p == 'v') {
       statements.vertices.push_back(
@@ -190,6 +196,8 @@ public:
   }
 };
 
+constexpr std::size_t kFacesPerReport = 4096;
+
 /// Receives the loader's faces.
 struct Receiver {
   const MeshSource& source;
@@ -214,7 +222,15 @@ Coord3 Resolve(const Receiver& receiver, const Statements::Face& face, int index
 
 void ReceiveFace(void* user, tinyobj::index_t* indices, int count) {
   Receiver& receiver = *static_cast<Receiver*>(user);
-  const Statements::Face& face = receiver.statements.places.at(receiver.count++);
+  const std::vector<Statements::Face>& faces = receiver.statements.places;
+  const std::size_t number = receiver.count++;
+  const Statements::Face& face = faces.at(number);
+  if (number % kFacesPerReport == 0) {
+    const std::size_t half = receiver.source.bytes.size() / 2;
+    const double part = static_cast<double>(number) / static_cast<double>(faces.size());
+    const auto done = static_cast<std::size_t>(static_cast<double>(half) * part);
+    ReportPosition(receiver.source, receiver.source.bytes.data() + half + done);
+  }
   receiver.ring.clear();
   for (int k = 0; k < count; ++k) {
     receiver.ring.push_back(Resolve(receiver, face, indices[k].vertex_index));

@@ -198,6 +198,7 @@ public:
     return count == 0 || count - 1 <= m_words.BytesLeft() / 2;
   }
   const char* Position() const { return m_words.Position(); }
+  void Report() {} // the scanner reports its own progress
   void CheckEnd() {
     const std::string_view word = m_words.Next();
     if (!word.empty()) {
@@ -253,6 +254,11 @@ public:
     return count <= static_cast<std::uint64_t>(m_end - m_next) / SizeOf(type);
   }
   const char* Position() const { return nullptr; }
+  void Report() {
+    if (m_next < m_report) return;
+    ReportPosition(m_source, m_next);
+    m_report = m_next + std::min(kProgressStep, static_cast<std::size_t>(m_end - m_next));
+  }
 
   /// Padding may follow; anything else means that a count is wrong.
   void CheckEnd() const {
@@ -278,6 +284,7 @@ private:
   const MeshSource& m_source;
   const char* m_next;
   const char* m_end;
+  const char* m_report = m_next; ///< progress is reported from this place on
   bool m_bigEndian;
 };
 
@@ -371,6 +378,7 @@ private:
     }
     m_vertices.reserve(element.count);
     for (std::uint64_t k = 0; k < element.count; ++k) {
+      m_values.Report();
       double c[3] = {0.0, 0.0, 0.0};
       for (std::size_t p = 0; p < axes.size(); ++p) {
         const Property& property = element.properties[p];
@@ -398,6 +406,7 @@ private:
     if (IsReal(corners->type)) FailRead(m_source, "the PLY vertex indices are real numbers");
     m_faces.faces.reserve(element.count);
     for (std::uint64_t k = 0; k < element.count; ++k) {
+      m_values.Report();
       for (auto p = element.properties.begin(); p != element.properties.end(); ++p) {
         if (p == corners)
           ReadCorners(*p);

@@ -86,6 +86,7 @@ Mesh ReadBinary(const MeshSource& source) {
     for (std::size_t c = 0; c < 3; ++c) {
       mesh.corners[3 * k + c] = LittleEndianCorner(record + 12 * (c + 1));
     }
+    if (k % (kProgressStep / kRecordSize) == 0) ReportPosition(source, record);
   }
   return mesh;
 }

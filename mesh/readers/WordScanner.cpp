@@ -62,6 +62,11 @@ bool BeginsWithNoCase(std::string_view text, std::string_view lowerCase) {
                     [](char expected, char c) { return expected == LowerCase(c); });
 }
 
+void WordScanner::Report() {
+  ReportPosition(m_source, m_next);
+  m_report = m_next + std::min(kProgressStep, BytesLeft());
+}
+
 void WordScanner::SkipSpace(bool stayOnLine) {
   while (m_next < m_end) {
     if (m_comments && *m_next == '#') {
@@ -84,6 +89,7 @@ std::string_view WordScanner::Word() {
 
 std::string_view WordScanner::Next() {
   SkipSpace(false);
+  if (m_next > m_report) Report();
   return Word();
 }
 

@@ -28,8 +28,10 @@ bool BeginsWithNoCase(std::string_view text, std::string_view lowerCase);
 class WordScanner {
 public:
   WordScanner(const MeshSource& source, std::string_view text, bool comments)
-      : m_source(source), m_next(text.data()), m_end(text.data() + text.size()),
-        m_word(text.data()), m_comments(comments) {}
+      : m_source(source), m_next(text.data()), m_end(text.data() + text.size()), m_report(m_end),
+        m_word(text.data()), m_comments(comments) {
+    if (source.progress != nullptr) Report();
+  }
 
   /// Returns the next word; empty at the end of the text.
   std::string_view Next();
@@ -54,13 +56,15 @@ public:
   }
 
 private:
+  void Report();
   void SkipSpace(bool stayOnLine);
   std::string_view Word();
 
   const MeshSource& m_source;
   const char* m_next;
   const char* m_end;
-  const char* m_word; ///< where the last word began
+  const char* m_report; ///< progress is reported beyond this place
+  const char* m_word;   ///< where the last word began
   bool m_comments;
 };
 

@@ -1,13 +1,17 @@
 #include "MeshRead.h"
 
 #include "MeshSamples.h"
+#include "MeshWrite.h"
 
+#include <algorithm>
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>
+#include <functional>
 #include <thread>
 #include <utility>
+#include <vector>
 
 #include <fcntl.h>
 #include <sys/socket.h>
@@ -48,6 +52,80 @@ private:
 };
 
 } // namespace
+
+namespace {
+
+/// Returns the parts that are reported while a mesh is read.
+std::vector<double> ReportedFor(const std::function<Mesh(const gsl_mesh::MeshProgress&)>& read,
+                                const std::vector<gsl_arithmetic::Coord3>& corners) {
+  std::vector<double> parts;
+  const Mesh mesh = read([&](double part) { parts.push_back(part); });
+  ExpectCorners(mesh, corners);
+  return parts;
+}
+
+/// Expects parts from about `first` to nearly 1 that never fall.
+void ExpectProgress(const std::vector<double>& parts, double first) {
+  ASSERT_GE(parts.size(), 5u);
+  EXPECT_TRUE(std::is_sorted(parts.begin(), parts.end()));
+  EXPECT_GE(parts.front(), first);
+  EXPECT_LE(parts.front(), 0.26);
+  EXPECT_GT(parts.back(), 0.85);
+  EXPECT_LE(parts.back(), 1.0);
+  for (std::size_t k = 1; k < parts.size(); ++k)
+    EXPECT_LE(parts[k] - parts[k - 1], 0.5) << k;
+}
+
+} // namespace
+
+TEST(MeshRead, ProgressCoversEveryFormat) {
+  const TemporaryFolder folder;
+  Mesh mesh;
+  for (int k = 0; k < 30000; ++k) {
+    const double x = 0.125 * k;
+    mesh.corners.insert(mesh.corners.end(), {{x, 1.0, 0.0}, {x, 2.0, 0.5}, {x, 0.0, 1.0}});
+  }
+  std::string text = "solid a\n";
+  for (std::size_t k = 0; k < mesh.TriangleCount(); ++k) {
+    text += "facet normal 0 0 0\nouter loop\n";
+    for (std::size_t c = 0; c < 3; ++c) {
+      const auto& p = mesh.corners[3 * k + c];
+      text += "vertex " + std::to_string(p.x) + " " + std::to_string(p.y) + " " +
+              std::to_string(p.z) + "\n";
+    }
+    text += "endloop\nendfacet\n";
+  }
+  folder.Write("text.stl", text + "endsolid a\n");
+  for (const char* name : {"binary.stl", "binary.ply", "a.obj", "a.off"})
+    gsl_mesh::WriteMesh(folder.Path(name), mesh, false);
+  for (const char* name : {"text.stl", "binary.stl", "binary.ply", "a.obj", "a.off"}) {
+    SCOPED_TRACE(name);
+    const std::string path = folder.Path(name);
+    ExpectProgress(
+        ReportedFor([&](const auto& report) { return ReadMesh(path, report); }, mesh.corners),
+        0.25);
+    const int stream = open(path.c_str(), O_RDONLY);
+    const auto format = gsl_mesh::DetectMeshFormat(BytesOf(path), path);
+    ExpectProgress(ReportedFor(
+                       [&](const auto& report) {
+                         return gsl_mesh::ReadMeshFromStream(stream, "stream", format, report);
+                       },
+                       mesh.corners),
+                   0.0);
+    close(stream);
+  }
+}
+
+TEST(MeshRead, LoadingAFileIsAQuarterOfTheProgress) {
+  const TemporaryFolder folder;
+  // Five steps of 8 MiB, then an error of the reader.
+  const std::string path = folder.Write("large.off", std::string(std::size_t{5} << 23, ' '));
+  std::vector<double> parts;
+  EXPECT_THROW(ReadMesh(path, [&](double part) { parts.push_back(part); }), MeshError);
+  ASSERT_GE(parts.size(), 5u);
+  for (std::size_t k = 0; k < 5; ++k)
+    EXPECT_DOUBLE_EQ(parts[k], 0.05 * static_cast<double>(k + 1));
+}
 
 TEST(MeshRead, EverySampleReadsAsTheSameTriangles) {
   const TemporaryFolder folder;

@@ -56,6 +56,41 @@ Json Pose(std::size_t rows, std::size_t columns) {
   return Json(std::vector<std::vector<double>>(rows, std::vector<double>(columns, 0.5)));
 }
 
+/// An answer to a line, with a contact or without.
+Json Line(Json answer) {
+  for (const char* key : {"schema_version", "tool_version", "question", "fixed_bodies"})
+    answer.erase(key);
+  for (const char* body : {"moving", "fixed"}) {
+    for (const char* key : {"file", "triangles", "skipped", "left_out"})
+      answer[body].erase(key);
+  }
+  answer["line"] = 1;
+  return answer;
+}
+
+/// An answer among those of many directions.
+Json Member(const Json& answer) {
+  Json json = Line(answer);
+  json.erase("line");
+  json.erase("warnings");
+  return json;
+}
+
+Json Sphere() {
+  Json json = Json::parse(R"({
+    "schema_version": 2, "tool_version": "0.1.0",
+    "question": {"pose": null, "offset": [0.0, 0.0, 0.0], "max_distance": null,
+                 "one_sided": false},
+    "directions": 2, "free": 1, "contact": 1, "start": 0, "least": 0, "greatest": 0,
+    "moving": {"file": "a", "triangles": 9, "skipped": 0},
+    "fixed_bodies": [{"file": "-", "triangles": 9, "skipped": 0}],
+    "warnings": []})");
+  json["answers"] = {Member(Contact()), Member(None())};
+  return json;
+}
+
+const Json errorLine = Json::parse(R"({"line": 3, "error": "a direction must be X,Y,Z"})");
+
 std::vector<std::string> Texts(const std::vector<Json>& documents) {
   std::vector<std::string> texts;
   for (const Json& document : documents)
@@ -88,7 +123,13 @@ TEST(JsonDocuments, OutputOfTheProgramIsValid) {
                                        With(Contact(), "/normal", nullptr),
                                        With(Contact(), "/question/max_distance", 0.0),
                                        With(Contact(), "/question/pose", Pose(3, 4)),
-                                       With(Contact(), "/warnings", Json::array({"one", "two"}))};
+                                       With(Contact(), "/warnings", Json::array({"one", "two"})),
+                                       Line(Contact()),
+                                       Line(None()),
+                                       Line(Start()),
+                                       errorLine,
+                                       Sphere(),
+                                       With(Sphere(), "/least", nullptr)};
   EXPECT_THAT(ErrorsOf(Texts(documents)), Each(""));
 }
 
@@ -101,18 +142,39 @@ TEST(JsonDocuments, InvalidJsonIsNoticed) {
 }
 
 TEST(JsonDocuments, KeysTooFewOrTooManyAreNoticed) {
-  ExpectInvalid({Without(Contact(), "/normal"), Without(Contact(), "/question"),
-                 Without(Contact(), "/question/one_sided"), Without(Contact(), "/question/pose"),
-                 Without(Contact(), "/tool_version"), Without(Contact(), "/fixed/left_out"),
-                 With(Contact(), "/threads", 2), With(Contact(), "/question/threads", 2),
-                 With(Contact(), "/moving/name", "a")});
+  ExpectInvalid({Without(Contact(), "/normal"),
+                 Without(Contact(), "/question"),
+                 Without(Contact(), "/question/one_sided"),
+                 Without(Contact(), "/question/pose"),
+                 Without(Contact(), "/tool_version"),
+                 Without(Contact(), "/fixed/left_out"),
+                 With(Contact(), "/threads", 2),
+                 With(Contact(), "/question/threads", 2),
+                 With(Contact(), "/moving/name", "a"),
+                 With(Contact(), "/line", 1),
+                 Without(Line(Contact()), "/line"),
+                 Without(Line(Contact()), "/warnings"),
+                 Without(Line(None()), "/status"),
+                 With(Line(Contact()), "/moving/file", "a"),
+                 With(errorLine, "/status", "none"),
+                 Without(errorLine, "/line"),
+                 Without(Sphere(), "/answers"),
+                 Without(Sphere(), "/least"),
+                 Without(Sphere(), "/moving"),
+                 With(Sphere(), "/status", "none"),
+                 With(Sphere(), "/moving/left_out", 0),
+                 With(Sphere(), "/answers/1/line", 1)});
 }
 
 TEST(JsonDocuments, WrongValuesAreNoticed) {
-  ExpectInvalid({With(Contact(), "/schema_version", 1), With(Contact(), "/status", "touch"),
-                 With(Contact(), "/travel", "30"), With(Contact(), "/travel", -1.0),
-                 With(Contact(), "/kind", "face-face"), With(Contact(), "/moving/file", ""),
-                 With(Contact(), "/moving/triangle", 1.5), With(Contact(), "/fixed/skipped", -1),
+  ExpectInvalid({With(Contact(), "/schema_version", 1),
+                 With(Contact(), "/status", "touch"),
+                 With(Contact(), "/travel", "30"),
+                 With(Contact(), "/travel", -1.0),
+                 With(Contact(), "/kind", "face-face"),
+                 With(Contact(), "/moving/file", ""),
+                 With(Contact(), "/moving/triangle", 1.5),
+                 With(Contact(), "/fixed/skipped", -1),
                  With(Contact(), "/direction", Json::array({0.0, 0.0})),
                  With(Contact(), "/direction", Json::array({0.0, 0.0, -2.0})),
                  With(Contact(), "/normal", Json::array({0.0, 0.0, 1.0, 0.0})),
@@ -120,7 +182,13 @@ TEST(JsonDocuments, WrongValuesAreNoticed) {
                  With(Contact(), "/question/pose", Pose(4, 4)),
                  With(Contact(), "/question/pose", Pose(3, 3)),
                  With(Contact(), "/question/pose", Json::array({1.0, 0.0, 0.0})),
-                 With(Contact(), "/warnings", Json::array({"two\nlines"}))});
+                 With(Contact(), "/warnings", Json::array({"two\nlines"})),
+                 With(Line(Contact()), "/line", 0),
+                 With(errorLine, "/error", "two\nlines"),
+                 With(Sphere(), "/answers", Json::array()),
+                 With(Sphere(), "/free", -1),
+                 With(Sphere(), "/directions", 0),
+                 With(Sphere(), "/greatest", -1)});
 }
 
 TEST(JsonDocuments, ValuesThatContradictEachOtherAreNoticed) {
@@ -131,7 +199,9 @@ TEST(JsonDocuments, ValuesThatContradictEachOtherAreNoticed) {
                  With(Contact(), "/fixed/triangle", nullptr), With(None(), "/travel", 0.0),
                  With(None(), "/kind", "edge-edge"), With(None(), "/normal", up),
                  With(None(), "/fixed/triangle", 0), With(Start(), "/travel", 1.0),
-                 With(Start(), "/normal", up)});
+                 With(Line(Contact()), "/travel", nullptr), With(Line(None()), "/fixed_body", 0),
+                 With(Sphere(), "/answers/0/moving/point", nullptr),
+                 With(Sphere(), "/answers/1/travel", 1.0), With(Start(), "/normal", up)});
 }
 
 } // namespace

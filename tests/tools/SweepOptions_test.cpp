@@ -48,7 +48,8 @@ void ExpectVector(const gsl_arithmetic::Coord3& v, double x, double y, double z)
 
 const std::string seeHelp = " (see gsl-sweep --help)";
 const std::string tooManyInputs =
-    "more than one of MOVING, FIXED and --pose is -; expected standard input once at most";
+    "more than one of MOVING, FIXED, --directions and --pose is -; expected standard input once "
+    "at most";
 
 } // namespace
 
@@ -62,7 +63,9 @@ TEST(SweepOptions, LeastCommandLineLeavesTheRestAtItsDefaults) {
   ExpectVector(options.direction, 0.0, 0.0, -1.0);
   ExpectVector(options.offset, 0.0, 0.0, 0.0);
   EXPECT_EQ(options.poseFile, "");
-  EXPECT_FALSE(options.oneSided || options.quiet || options.force);
+  EXPECT_EQ(options.directionsFile, "");
+  EXPECT_EQ(options.sphereCount, 0u);
+  EXPECT_FALSE(options.oneSided || options.quiet || options.verbose || options.force);
   EXPECT_EQ(options.maxDistance, std::numeric_limits<double>::infinity());
   EXPECT_EQ(options.jsonFile, "");
   EXPECT_EQ(options.outputFile, "");
@@ -91,6 +94,46 @@ TEST(SweepOptions, EveryOptionArrives) {
   EXPECT_EQ(ParseMore({"--progress=auto"}).options.progress, ProgressStyle::Auto);
 }
 
+TEST(SweepOptions, ManyDirectionsTakeThePlaceOfOne) {
+  const Parsed lines = Parse({"a", "b", "--directions", "-"});
+  EXPECT_EQ(lines.error, "");
+  EXPECT_EQ(lines.options.directionsFile, "-");
+  EXPECT_FALSE(lines.options.ReadsMeshFromStdin());
+  EXPECT_EQ(Parse({"a", "b", "--directions=d.txt"}).options.directionsFile, "d.txt");
+  EXPECT_EQ(Parse({"a", "b", "--sphere", "1"}).options.sphereCount, 1u);
+  EXPECT_EQ(Parse({"a", "b", "--sphere=100000", "--json", "-"}).options.sphereCount, 100000u);
+  EXPECT_EQ(Parse({"a", "b", "--sphere=100000", "--json", "-"}).error, "");
+}
+
+TEST(SweepOptions, QuietAndVerboseExcludeEachOther) {
+  EXPECT_TRUE(ParseMore({"--verbose"}).options.verbose);
+  EXPECT_FALSE(ParseMore({"--quiet"}).options.verbose);
+  EXPECT_EQ(ParseMore({"--verbose", "--quiet"}).error,
+            "--quiet and --verbose are both given; expected one of them at most");
+}
+
+TEST(SweepOptions, DirectionsAreAskedForInOneWay) {
+  const std::string expected =
+      " are both given; expected one of --direction, --directions and --sphere";
+  EXPECT_EQ(ParseMore({"--sphere", "9"}).error, "--direction and --sphere" + expected);
+  EXPECT_EQ(ParseMore({"--directions", "f"}).error, "--direction and --directions" + expected);
+  EXPECT_EQ(Parse({"a", "b", "--sphere", "9", "--directions", "f"}).error,
+            "--directions and --sphere" + expected);
+}
+
+TEST(SweepOptions, OutputsThatDoNotFitManyDirectionsAreRefused) {
+  EXPECT_EQ(Parse({"a", "b", "--sphere", "9", "--output", "o.stl"}).error,
+            "--output cannot be used with --sphere; expected --direction");
+  EXPECT_EQ(Parse({"a", "b", "--directions", "f", "--output", "o.stl"}).error,
+            "--output cannot be used with --directions; expected --direction");
+  EXPECT_EQ(Parse({"a", "b", "--directions", "f", "--json", "-"}).error,
+            "--json cannot be used with --directions, which always writes JSON to stdout; "
+            "expected one of them");
+  EXPECT_EQ(Parse({"a", "b", "--output", "o.stl"}).error,
+            "--direction is missing; expected gsl-sweep MOVING FIXED... --direction X,Y,Z" +
+                seeHelp);
+}
+
 TEST(SweepOptions, DirectionIsTakenInEveryForm) {
   const std::vector<std::vector<const char*>> forms = {
       {"-d", "-z"},       {"-d-z"},         {"-d=-z"},           {"--direction", "-z"},
@@ -111,6 +154,9 @@ TEST(SweepOptions, DirectionIsTakenInEveryForm) {
 TEST(SweepOptions, EmptyValuesAreRefused) {
   const std::string empty = " (got an empty value)";
   EXPECT_EQ(ParseMore({"--json", ""}).error, "--json must be a file name or -" + empty);
+  EXPECT_EQ(ParseMore({"--directions", ""}).error, "--directions must be a file name or -" + empty);
+  EXPECT_EQ(ParseMore({"--sphere", ""}).error,
+            "--sphere must be a whole number from 1 to 100000" + empty);
   EXPECT_EQ(ParseMore({"--pose", ""}).error, "--pose must be a file name or -" + empty);
   EXPECT_EQ(ParseMore({"--output", ""}).error,
             "--output must end in .stl, .ply, .obj or .off" + empty);
@@ -130,8 +176,9 @@ TEST(SweepOptions, EmptyValuesAreRefused) {
 }
 
 TEST(SweepOptions, EmptyValueAfterAnEqualsSignDoesNotTakeTheNextArgument) {
-  for (const char* option : {"--json=", "--output=", "--pose=", "--offset=", "--max-distance=",
-                             "--threads=", "--progress=", "--format="}) {
+  for (const char* option :
+       {"--json=", "--output=", "--directions=", "--sphere=", "--pose=", "--offset=",
+        "--max-distance=", "--threads=", "--progress=", "--format="}) {
     const std::string name(option, std::string(option).size() - 1);
     EXPECT_EQ(ParseMore({option, "1.stl"}).error, name + " must be followed by a value" + seeHelp);
   }
@@ -140,8 +187,8 @@ TEST(SweepOptions, EmptyValueAfterAnEqualsSignDoesNotTakeTheNextArgument) {
 }
 
 TEST(SweepOptions, OptionAtTheEndWithoutItsValueIsRefused) {
-  for (const char* option : {"--json", "--output", "--pose", "--offset", "--max-distance",
-                             "--threads", "--progress", "--direction", "-d"}) {
+  for (const char* option : {"--json", "--output", "--directions", "--sphere", "--pose", "--offset",
+                             "--max-distance", "--threads", "--progress", "--direction", "-d"}) {
     EXPECT_EQ(Parse({"a", "b", option}).error,
               std::string(option) + " must be followed by a value" + seeHelp);
   }
@@ -200,6 +247,10 @@ TEST(SweepOptions, WrongValuesAreNamedWithWhatWasExpected) {
     EXPECT_EQ(ParseMore({"--threads", threads}).error,
               std::string("--threads must be a whole number from 1 to 1024 (got ") + threads + ")");
   }
+  for (const char* count : {"0", "-3", "100001", "x", "1.5", "1e3", "18446744073709551617"}) {
+    EXPECT_EQ(ParseMore({"--sphere", count}).error,
+              std::string("--sphere must be a whole number from 1 to 100000 (got ") + count + ")");
+  }
   EXPECT_EQ(ParseMore({"--progress", "loud"}).error,
             "--progress must be auto, plain or never (got loud)");
   EXPECT_EQ(Parse({"a", "b", "-d", "0,0,0"}).error,
@@ -239,6 +290,11 @@ TEST(SweepOptions, OneBodyMayBeStandardInput) {
 TEST(SweepOptions, OneInputMayBeStandardInput) {
   EXPECT_EQ(ParseMore({"--pose", "-"}).options.poseFile, "-");
   EXPECT_EQ(Parse({"-", "b", "-d", "z", "--pose", "-"}).error, tooManyInputs);
+  EXPECT_EQ(Parse({"-", "b", "--directions", "-"}).error, tooManyInputs);
+  EXPECT_EQ(Parse({"a", "b", "--directions", "-", "--pose", "-"}).error, tooManyInputs);
+  EXPECT_EQ(Parse({"a", "b", "--directions", "-", "--pose", "p"}).error, "");
+  EXPECT_EQ(Parse({"a", "b", "--directions", "-", "--format", "obj"}).error,
+            "--format needs a mesh on standard input; expected - as MOVING or FIXED");
   EXPECT_EQ(Parse({"a", "-", "-d", "z", "--pose", "-"}).error, tooManyInputs);
   EXPECT_EQ(ParseMore({"--pose", "-", "--format", "obj"}).error,
             "--format needs a mesh on standard input; expected - as MOVING or FIXED");

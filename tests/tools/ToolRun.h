@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <sstream>
 #include <string>
 
 #include <sys/wait.h>
@@ -28,7 +29,18 @@ public:
   }
 };
 
-/// Runs a shell command in which $SWEEP is the program. A JSON document on its stdout is validated.
+/// Has the JSON documents of an output validated: one document, or one in each line.
+inline void KeepJson(const std::string& out) {
+  if (out.substr(0, 8) != "{\"line\":") {
+    if (out.substr(0, 1) == "{") json_documents::Keep(out);
+    return;
+  }
+  std::istringstream lines(out);
+  for (std::string line; std::getline(lines, line);)
+    json_documents::Keep(line);
+}
+
+/// Runs a shell command in which $SWEEP is the program. JSON on its stdout is validated.
 inline Outcome Shell(const std::string& command) {
   const Folder folder;
   const std::string line = "SWEEP='" GSL_SWEEP_PROGRAM "'; { " + command + "; } >'" +
@@ -38,7 +50,7 @@ inline Outcome Shell(const std::string& command) {
   outcome.status = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
   outcome.out = BytesOf(folder.Path("out"));
   outcome.err = BytesOf(folder.Path("err"));
-  if (outcome.out.substr(0, 1) == "{") json_documents::Keep(outcome.out);
+  KeepJson(outcome.out);
   return outcome;
 }
 

@@ -42,6 +42,8 @@ expect "part.stl parts" part.stl --output p
 expect "part.stl parts" part.stl --output = p
 expect "answer.json" --json a
 expect "part.txt" --pose part.t
+expect "part.txt" --directions part.t
+expect "" --sphere ""
 expect "auto never plain" --progress ""
 expect "plain" --progress = p
 expect "auto never plain" --progress =

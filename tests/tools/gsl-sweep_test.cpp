@@ -5,10 +5,17 @@
 #include <nlohmann/json.hpp>
 
 #include <cmath>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
 #include <limits>
 #include <set>
+#include <sstream>
+#include <string>
+#include <vector>
 
 #include <pty.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 namespace {
@@ -20,6 +27,15 @@ using nlohmann::json;
 const std::string bolt = GSL_EXAMPLE_MESHES "/bolt.stl";
 const std::string bracket = GSL_EXAMPLE_MESHES "/bracket.stl";
 const std::string parts = bolt + " " + bracket + " ";
+
+/// Reads the JSON of each line.
+std::vector<json> LinesOf(const std::string& out) {
+  std::vector<json> lines;
+  std::istringstream stream(out);
+  for (std::string line; std::getline(stream, line);)
+    lines.push_back(json::parse(line));
+  return lines;
+}
 
 TEST(GslSweep, ReportsInThreeLines) {
   const Outcome run = Sweep(parts + "--direction 0,0,-1");
@@ -84,6 +100,24 @@ TEST(GslSweep, DocumentsShowTheOutput) {
       Shell("cd " + folder + "; $SWEEP " + command.substr(command.find(' ')) + " --json -");
   EXPECT_EQ(json::parse(guide.substr(begin, guide.find("```", begin) - begin)),
             json::parse(asJson.out));
+}
+
+TEST(GslSweep, DocumentsShowManyDirections) {
+  const std::string folder = GSL_EXAMPLE_MESHES;
+  const std::string guide = BytesOf(folder + "/../../docs/gsl-sweep.md");
+  const std::string sphere = "gsl-sweep bolt.stl bracket.stl --sphere 1000";
+  const Outcome run = Shell("cd " + folder + "; $SWEEP " + sphere.substr(sphere.find(' ')));
+  EXPECT_NE(guide.find("```\n" + sphere + "\n```\n\n```\n" + run.out + "```\n"), std::string::npos)
+      << run.out;
+  const std::string input = "printf 'x\\n-z  # down\\nup\\n' | ";
+  const std::string lines = "gsl-sweep bolt.stl bracket.stl --directions -";
+  EXPECT_NE(guide.find("\n" + input + lines + "\n"), std::string::npos);
+  std::istringstream answers(
+      Shell("cd " + folder + "; " + input + "$SWEEP " + lines.substr(lines.find(' '))).out);
+  for (std::string line; std::getline(answers, line);) {
+    const std::string beginning = line.substr(0, 70);
+    EXPECT_NE(guide.find("\n" + beginning), std::string::npos) << line;
+  }
 }
 
 TEST(GslSweep, TakesDirectionsInEveryForm) {
@@ -160,6 +194,199 @@ TEST(GslSweep, PoseThatIsWrongExitsWithThree) {
   EXPECT_EQ(beyond.status, 4);
   EXPECT_EQ(beyond.err,
             "gsl-sweep: --pose moves a corner of " + bolt + " beyond the range of double\n");
+}
+
+TEST(GslSweep, DirectionsAreAnsweredLineByLine) {
+  const Folder folder;
+  const std::string text = "# down, up, aside\n-z\n\n+z\n1 2 -3\n";
+  const std::string file = folder.Write("directions.txt", text);
+  const Outcome run = Sweep(parts + "--offset 0,0,5 --directions " + file);
+  EXPECT_EQ(run.status, 0);
+  EXPECT_EQ(run.err, "");
+  const std::vector<json> lines = LinesOf(run.out);
+  ASSERT_EQ(lines.size(), 3u);
+  const char* const directions[] = {"-z", "z", "1,2,-3"};
+  const int numbers[] = {2, 4, 5};
+  for (std::size_t k = 0; k < 3; ++k) {
+    json expected = json::parse(Sweep(parts + "--offset 0,0,5 --json - -d " + directions[k]).out);
+    EXPECT_EQ(lines[k]["line"], numbers[k]);
+    for (const char* key :
+         {"status", "travel", "direction", "kind", "normal", "fixed_body", "warnings"}) {
+      EXPECT_EQ(lines[k][key], expected[key]) << key;
+    }
+    for (const char* body : {"moving", "fixed"}) {
+      EXPECT_EQ(lines[k][body]["triangle"], expected[body]["triangle"]);
+      EXPECT_EQ(lines[k][body]["point"], expected[body]["point"]);
+    }
+  }
+  EXPECT_EQ(Shell("cat " + file + " | $SWEEP " + parts + "--offset 0,0,5 --directions -").out,
+            run.out);
+  EXPECT_EQ(Sweep(parts + "--offset 0,0,5 --threads 1 --quiet --directions " + file).out, run.out);
+}
+
+TEST(GslSweep, DirectionsDecideTheExitStatus) {
+  const auto run = [](const std::string& lines, const std::string& more = "") {
+    return Shell("printf '%b' '" + lines + "' | $SWEEP " + parts + more + " --directions -");
+  };
+  EXPECT_EQ(run("z\\n-z\\n").status, 0);
+  EXPECT_EQ(run("z\\nx\\n").status, 1);
+  EXPECT_EQ(run("").status, 1);
+  EXPECT_EQ(run("z\\n", "--offset 0,0,-31").status, 0); // from the start
+  const Outcome wrong = run("-z\\nup\\n0,0,0\\nz");
+  EXPECT_EQ(wrong.status, 2);
+  EXPECT_EQ(wrong.err, "gsl-sweep: standard input: line 2 is not a direction (2 such in all)\n");
+  const std::vector<json> lines = LinesOf(wrong.out);
+  ASSERT_EQ(lines.size(), 4u);
+  EXPECT_EQ(lines[1]["line"], 2);
+  EXPECT_EQ(lines[1]["error"], "a direction must be X,Y,Z or an axis such as z or -z (got up)");
+  EXPECT_EQ(lines[3]["status"], "none");
+  EXPECT_EQ(run("-z\\nup\\n", "--quiet").out, run("-z\\nup\\n").out);
+}
+
+TEST(GslSweep, TravelBeyondTheRangeOfDoubleFailsAfterEveryLine) {
+  const Folder folder;
+  const std::string moving = folder.Write("moving.ply", Box({0, 0, 1e308}, {1, 1, 1.5e308}));
+  const std::string fixed = folder.Write("fixed.ply", Box({0, 0, -1.5e308}, {1, 1, -1e308}));
+  const Outcome run =
+      Shell("printf 'x\\n-z\\nup\\nz\\n' | $SWEEP " + moving + " " + fixed + " --directions -");
+  EXPECT_EQ(run.status, 4);
+  EXPECT_EQ(LineCount(run.out), 4u);
+  EXPECT_EQ(LineCount(run.err), 2u);
+  EXPECT_NE(run.err.find("line 2 is beyond the range of double (1 such in all)"), std::string::npos)
+      << run.err;
+}
+
+TEST(GslSweep, DirectionsThatCannotBeReadExitWithThree) {
+  const Outcome missing = Sweep("missing.stl missing.stl --directions /nowhere/d.txt");
+  EXPECT_EQ(missing.status, 3);
+  EXPECT_EQ(missing.err,
+            "gsl-sweep: /nowhere/d.txt: cannot be opened: No such file or directory\n");
+  const Outcome folder = Sweep(parts + "--directions /");
+  EXPECT_EQ(folder.status, 3);
+  EXPECT_EQ(folder.err, "gsl-sweep: /: cannot be read: Is a directory\n");
+  EXPECT_EQ(Shell("$SWEEP " + parts + "--directions - <&-").status, 3);
+}
+
+TEST(GslSweep, DirectionsNeedAnOpenStdout) {
+  for (const char* closed : {" >/dev/full", " >&-"}) {
+    const Outcome run = Shell("echo z | $SWEEP " + parts + "--directions -" + closed);
+    EXPECT_EQ(run.status, 4) << closed;
+    EXPECT_EQ(run.err.substr(0, 45), "gsl-sweep: standard output: cannot be written") << closed;
+    EXPECT_EQ(LineCount(run.err), 1u) << closed;
+  }
+}
+
+/// The program with --directions -, and both ends of its pipes.
+class Conversation {
+public:
+  Conversation() {
+    int in[2], out[2];
+    if (pipe(in) != 0 || pipe(out) != 0) std::abort();
+    m_child = fork();
+    if (m_child == 0) {
+      dup2(in[0], STDIN_FILENO);
+      dup2(out[1], STDOUT_FILENO);
+      for (const int end : {in[0], in[1], out[0], out[1]})
+        close(end);
+      std::signal(SIGINT, SIG_DFL);
+      execl(GSL_SWEEP_PROGRAM, "gsl-sweep", bolt.c_str(), bracket.c_str(), "--directions", "-",
+            static_cast<char*>(nullptr));
+      _exit(127);
+    }
+    close(in[0]);
+    close(out[1]);
+    m_in = in[1];
+    m_out = fdopen(out[0], "r");
+  }
+  Conversation(const Conversation&) = delete;
+  Conversation& operator=(const Conversation&) = delete;
+  ~Conversation() { std::fclose(m_out); }
+
+  void Send(const std::string& text) const {
+    EXPECT_EQ(write(m_in, text.data(), text.size()), static_cast<ssize_t>(text.size()));
+  }
+  std::string Receive() const {
+    char line[4096];
+    return std::fgets(line, sizeof line, m_out) == nullptr ? "" : line;
+  }
+  void Interrupt() const { kill(m_child, SIGINT); }
+  int Status() const {
+    close(m_in);
+    int status = -1;
+    waitpid(m_child, &status, 0);
+    return status;
+  }
+
+private:
+  pid_t m_child = -1;
+  int m_in = -1;
+  std::FILE* m_out = nullptr;
+};
+
+TEST(GslSweep, EachAnswerAppearsBeforeTheNextLineIsNeeded) {
+  const Conversation conversation;
+  for (int k = 1; k <= 3; ++k) {
+    conversation.Send("0,0,-1\n");
+    const json line = json::parse(conversation.Receive());
+    EXPECT_EQ(line["line"], k);
+    EXPECT_EQ(line["travel"], 30.0);
+  }
+  conversation.Send("x");
+  EXPECT_EQ(conversation.Status(), 0);
+  EXPECT_EQ(json::parse(conversation.Receive())["status"], "none");
+}
+
+TEST(GslSweep, InterruptEndsAfterAWholeLine) {
+  const Conversation conversation;
+  conversation.Send("-z\n");
+  EXPECT_EQ(json::parse(conversation.Receive())["line"], 1);
+  conversation.Interrupt();
+  const int status = conversation.Status();
+  EXPECT_TRUE(WIFSIGNALED(status));
+  EXPECT_EQ(WTERMSIG(status), SIGINT);
+  EXPECT_EQ(conversation.Receive(), "");
+}
+
+TEST(GslSweep, SphereCountsAndNames) {
+  const Outcome run = Sweep(parts + "--sphere 200");
+  EXPECT_EQ(run.status, 0);
+  EXPECT_EQ(run.err, "");
+  const json document = json::parse(Sweep(parts + "--sphere 200 --json -").out);
+  ASSERT_EQ(document["answers"].size(), 200u);
+  std::size_t touching = 0;
+  double least = 1e9, greatest = 0.0;
+  for (const json& answer : document["answers"]) {
+    if (answer["status"] == "none") continue;
+    ++touching;
+    least = std::min(least, answer["travel"].get<double>());
+    greatest = std::max(greatest, answer["travel"].get<double>());
+  }
+  EXPECT_GT(touching, 0u);
+  EXPECT_LT(touching, 200u);
+  EXPECT_EQ(document["contact"], touching);
+  EXPECT_EQ(document["free"], 200 - touching);
+  EXPECT_EQ(document["answers"][document["least"].get<std::size_t>()]["travel"], least);
+  EXPECT_EQ(document["answers"][document["greatest"].get<std::size_t>()]["travel"], greatest);
+  EXPECT_EQ(FirstLine(run.out), "200 directions: " + std::to_string(200 - touching) + " free, " +
+                                    std::to_string(touching) +
+                                    " with contact after a travel, 0 in contact from the start.");
+  EXPECT_EQ(LineCount(run.out), 5u);
+  EXPECT_EQ(Sweep(parts + "--sphere 200 --threads 1").out, run.out);
+  EXPECT_EQ(Sweep(parts + "--sphere 200 --quiet").out, "");
+  EXPECT_EQ(Sweep(parts + "--sphere 200 --max-distance 1").status, 1);
+  const Outcome start = Sweep(parts + "--sphere 3 --offset 0,0,-31");
+  EXPECT_EQ(start.status, 0);
+  EXPECT_EQ(FirstLine(start.out), "3 directions: 0 free, 0 with contact after a travel, "
+                                  "3 in contact from the start.");
+}
+
+TEST(GslSweep, SphereWritesItsJsonToAFile) {
+  const Folder folder;
+  const std::string file = folder.Path("sphere.json");
+  const Outcome run = Sweep(parts + "--sphere 7 --json " + file);
+  EXPECT_EQ(LineCount(run.out), 5u);
+  EXPECT_EQ(BytesOf(file), Sweep(parts + "--sphere 7 --json -").out);
+  EXPECT_EQ(Sweep(parts + "--sphere 7 --json " + file).status, 4);
 }
 
 TEST(GslSweep, NoContactExitsWithOne) {
@@ -246,6 +473,12 @@ TEST(GslSweep, WrongUsageExitsWithTwoAndOneLine) {
         parts + "--direction -z --threads x",
         parts + "--direction -z --progress sometimes",
         parts + "--direction -z --unknown",
+        parts + "--direction -z --sphere 9",
+        parts + "--direction -z --directions d.txt",
+        parts + "--sphere 0",
+        parts + "--sphere 9 --output moved.stl",
+        parts + "--directions d.txt --json -",
+        "- " + bracket + " --directions -",
         "- " + parts + "- --direction -z",
         parts + "--direction -z --direction -x",
         parts + "--direction -z --json same.stl --output same.stl"}) {
@@ -273,7 +506,7 @@ TEST(GslSweep, DocumentsNameEveryOptionOfTheHelp) {
     names.insert(
         help.substr(begin, help.find_first_not_of("abcdefghijklmnopqrstuvwxyz-", begin) - begin));
   }
-  EXPECT_EQ(names.size(), 14u);
+  EXPECT_EQ(names.size(), 17u);
   for (const std::string& name : names)
     EXPECT_NE(guide.find("`" + name), std::string::npos) << name;
 }
@@ -306,6 +539,38 @@ TEST(GslSweep, QuietLeavesTheAnswerToTheExitStatus) {
   EXPECT_EQ(LineCount(failing.err), 1u);
 }
 
+/// Returns the names of the stages in the lines of --verbose.
+std::vector<std::string> StagesOf(const std::string& err) {
+  std::vector<std::string> names;
+  std::istringstream stream(err);
+  for (std::string line; std::getline(stream, line);) {
+    const std::size_t end = line.rfind(": ");
+    EXPECT_EQ(line.substr(0, 11), "gsl-sweep: ") << line;
+    EXPECT_NE(line.find(" s of processor time, ", end), std::string::npos) << line;
+    EXPECT_NE(line.find(" MB, at most ", end), std::string::npos) << line;
+    names.push_back(line.substr(11, end - 11));
+  }
+  return names;
+}
+
+TEST(GslSweep, VerboseShowsEachStage) {
+  const Folder folder;
+  const std::string moved = folder.Path("moved.stl");
+  const Outcome run = Sweep(parts + bolt + " -d -z --verbose --output " + moved);
+  EXPECT_EQ(run.status, 0);
+  EXPECT_EQ(run.out, Sweep(parts + bolt + " -d -z --force --output " + moved).out);
+  EXPECT_EQ(StagesOf(run.err),
+            (std::vector<std::string>{"read " + bolt, "read " + bracket, "read " + bolt, "prepare",
+                                      "search", "write"}));
+  EXPECT_EQ(
+      StagesOf(Sweep(parts + "--sphere 9 --verbose --json -").err),
+      (std::vector<std::string>{"read " + bolt, "read " + bracket, "prepare", "search", "write"}));
+  EXPECT_EQ(
+      StagesOf(Shell("echo z | $SWEEP " + parts + "--verbose --directions -").err),
+      (std::vector<std::string>{"read " + bolt, "read " + bracket, "prepare", "search", "write"}));
+  EXPECT_EQ(Sweep(parts + "-d -z --verbose --quiet").status, 2);
+}
+
 TEST(GslSweep, WarnsOfSizesThatDifferByAUnit) {
   const Folder folder;
   const std::string small = folder.Write("small.stl", Box({0, 0, 5}, {1, 1, 6}));
@@ -319,6 +584,42 @@ TEST(GslSweep, WarnsOfSizesThatDifferByAUnit) {
   EXPECT_NE(warning.find("1000"), std::string::npos);
   EXPECT_EQ(run.err, "gsl-sweep: warning: " + warning + "\n");
   EXPECT_EQ(Sweep(small + " " + large + " --direction -z --quiet").err, "");
+}
+
+TEST(GslSweep, WarnsOfATravelWithinTheResolution) {
+  const Folder folder;
+  // Two resting parts: the heights are neighbouring doubles, 1.4e-17 apart.
+  const double height = std::nextafter(0.1, 1.0);
+  const std::string moving = folder.Write("moving.ply", Box({0, 0, height}, {1, 1, 1}));
+  const std::string fixed = folder.Write("fixed.ply", Box({0, 0, -1}, {1, 1, 0.1}));
+  const std::string both = moving + " " + fixed;
+  const Outcome run = Sweep(both + " -d -z --json -");
+  EXPECT_EQ(run.status, 0);
+  const json answer = json::parse(run.out);
+  EXPECT_EQ(answer["travel"], height - 0.1);
+  ASSERT_EQ(answer["warnings"].size(), 1u);
+  const std::string warning = answer["warnings"][0].get<std::string>();
+  EXPECT_EQ(warning.find("the travel 1.3877787807814457e-17 is within the resolution of "), 0u);
+  EXPECT_NE(warning.find(", 2.220446049250313e-16 "), std::string::npos) << warning;
+  EXPECT_EQ(run.err, "gsl-sweep: warning: " + warning + "\n");
+  EXPECT_EQ(Sweep(both + " -d -z --quiet").err, "");
+  // Many directions say it once on stderr, and with each line.
+  const Outcome lines = Shell("printf 'x\\n-z\\n0 0 -2\\n' | $SWEEP " + both + " --directions -");
+  const std::vector<json> read = LinesOf(lines.out);
+  ASSERT_EQ(read.size(), 3u);
+  EXPECT_EQ(read[0]["warnings"], json::array());
+  EXPECT_EQ(read[1]["warnings"], answer["warnings"]);
+  EXPECT_EQ(read[2]["warnings"], answer["warnings"]);
+  EXPECT_EQ(lines.err, "gsl-sweep: warning: " + warning + " (2 such travels in all)\n");
+  const Outcome sphere = Sweep(both + " --sphere 50 --json -");
+  EXPECT_EQ(json::parse(sphere.out)["warnings"].size(), 1u);
+  EXPECT_EQ(LineCount(sphere.err), 1u);
+  // An exact touch and an ordinary travel draw none.
+  EXPECT_EQ(Sweep(both + " -d -z --offset 0,0,1e-9").err, "");
+  const std::string touching = folder.Write("touching.ply", Box({0, 0, 0.1}, {1, 1, 1}));
+  const Outcome start = Sweep(touching + " " + fixed + " -d -z");
+  EXPECT_EQ(start.err, "");
+  EXPECT_EQ(start.out.substr(0, 26), "In contact from the start:");
 }
 
 TEST(GslSweep, SkipsAndCountsNonFiniteTriangles) {
@@ -366,7 +667,8 @@ std::string OnTerminal(const std::string& style, const char* terminalName) {
 
 TEST(GslSweep, ProgressOnATerminal) {
   const std::string plain = OnTerminal("plain", "xterm");
-  EXPECT_NE(plain.find("Searching\r\n"), std::string::npos) << plain;
+  EXPECT_EQ(plain.substr(0, plain.find("Contact")),
+            "Reading " + bolt + "\r\nReading " + bracket + "\r\nPreparing\r\nSearching\r\n");
   EXPECT_EQ(plain.find('\033'), std::string::npos);
   const std::string rewritten = OnTerminal("auto", "xterm");
   // Removed again before the answer.

@@ -1,9 +1,8 @@
 #include "support/Report.h"
 
 #include "Printable.h"
+#include "support/AnswerJson.h"
 #include "support/VectorText.h"
-
-#include <nlohmann/json.hpp>
 
 #include <algorithm>
 #include <cmath>
@@ -16,26 +15,6 @@ namespace {
 using gsl_mesh::IsFinite;
 using gsl_mesh::Printable;
 using gsl_sweep::SweepStatus;
-using Json = nlohmann::ordered_json;
-
-constexpr int kSchemaVersion = 2;
-
-const char* StatusName(SweepStatus status) {
-  switch (status) {
-  case SweepStatus::Contact:
-    return "contact";
-  case SweepStatus::Start:
-    return "start";
-  case SweepStatus::None:
-  case SweepStatus::Cancelled:
-    break;
-  }
-  return "none";
-}
-
-Json JsonOf(const Coord3& p) {
-  return Json::array({p.x, p.y, p.z});
-}
 
 /// Where one body touches.
 struct Place {
@@ -60,44 +39,18 @@ Json JsonOf(const BodyCounts& body, const std::string& file) {
   return json;
 }
 
-Json JsonOf(const BodyCounts& body, const std::string& file, const Place& place, bool touches) {
+/// Puts what is known of a body before the place where it touches.
+void DescribeBody(Json& place, const BodyCounts& body, const std::string& file) {
   Json json = JsonOf(body, file);
-  json["triangle"] = touches ? Json(place.triangle) : Json();
-  json["point"] = touches ? JsonOf(place.point) : Json();
-  return json;
+  json.update(place);
+  place = std::move(json);
 }
 
-/// Returns the fixed body that is met. Without a contact, several bodies have no such body: null.
-Json FixedAsJson(const SweepReport& report) {
-  const bool touches = report.answer.status != SweepStatus::None;
-  if (!touches && report.fixed.size() > 1) return {};
-  const FixedBody& body = report.fixed.at(touches ? report.answer.contact.fixedBody : 0);
-  return JsonOf(body.counts, body.file, FixedPlace(report.answer), touches);
-}
-
-Json FixedBodiesAsJson(const SweepReport& report) {
+Json FixedBodiesAsJson(const SceneReport& report) {
   Json bodies = Json::array();
   for (const FixedBody& body : report.fixed)
     bodies.push_back(JsonOf(body.counts, body.file));
   return bodies;
-}
-
-/// Returns the first three rows of the matrix.
-Json PoseAsJson(const std::optional<gsl_Matrix>& pose) {
-  if (!pose) return {};
-  Json rows = Json::array();
-  for (const auto& row : {pose->m[0], pose->m[1], pose->m[2]})
-    rows.push_back({row[0], row[1], row[2], row[3]});
-  return rows;
-}
-
-Json QuestionAsJson(const SweepReport& report) {
-  Json json;
-  json["pose"] = PoseAsJson(report.pose);
-  json["offset"] = JsonOf(report.offset);
-  json["max_distance"] = std::isfinite(report.maxDistance) ? Json(report.maxDistance) : Json();
-  json["one_sided"] = report.oneSided;
-  return json;
 }
 
 /// Returns the names of the features for a sentence, the moving body's feature first.
@@ -108,14 +61,19 @@ std::string KindInWords(ContactKind kind) {
   return words;
 }
 
-std::string BodyLine(const char* role, const std::string& file, const BodyCounts& body,
-                     const Place& place, bool touches) {
-  const std::string count = std::to_string(body.triangles);
-  const std::string what = touches ? "triangle " + std::to_string(place.triangle) + " of " + count +
-                                         ", at " + VectorText(place.point)
-                                   : count + " triangles";
-  const std::string name = file == "-" ? "standard input" : Printable(file);
-  return std::string("  ") + role + name + ", " + what + "\n";
+std::string BodyLine(const char* role, const std::string& file, const std::string& what) {
+  return std::string("  ") + role + NameInText(file) + ", " + what + "\n";
+}
+
+std::string TouchingLine(const char* role, const std::string& file, const BodyCounts& body,
+                         const Place& place) {
+  return BodyLine(role, file,
+                  "triangle " + std::to_string(place.triangle) + " of " +
+                      std::to_string(body.triangles) + ", at " + VectorText(place.point));
+}
+
+std::string CountLine(const char* role, const std::string& file, const BodyCounts& body) {
+  return BodyLine(role, file, std::to_string(body.triangles) + " triangles");
 }
 
 std::string FirstLine(const SweepReport& report) {
@@ -169,38 +127,40 @@ const char* KindName(ContactKind kind) {
   return "overlap";
 }
 
-std::string ReportAsText(const SweepReport& report) {
-  const bool touches = report.answer.status != SweepStatus::None;
-  std::string text = FirstLine(report) + BodyLine("moving  ", report.movingFile, report.moving,
-                                                  MovingPlace(report.answer), touches);
-  const Place place = FixedPlace(report.answer);
-  if (touches) {
-    const FixedBody& met = report.fixed.at(report.answer.contact.fixedBody);
-    return text + BodyLine("fixed   ", met.file, met.counts, place, true);
-  }
+std::string NameInText(const std::string& file) {
+  return file == "-" ? "standard input" : Printable(file);
+}
+
+std::string BodiesAsText(const SceneReport& report) {
+  std::string text = CountLine("moving  ", report.movingFile, report.moving);
   for (const FixedBody& body : report.fixed)
-    text += BodyLine("fixed   ", body.file, body.counts, place, false);
+    text += CountLine("fixed   ", body.file, body.counts);
   return text;
 }
 
-std::string ReportAsJson(const SweepReport& report) {
+std::string ReportAsText(const SweepReport& report) {
   const Answer& answer = report.answer;
-  const bool touches = answer.status != SweepStatus::None;
-  Json json;
-  json["schema_version"] = kSchemaVersion;
-  json["tool_version"] = report.toolVersion;
-  json["question"] = QuestionAsJson(report);
-  json["status"] = StatusName(answer.status);
-  json["travel"] = touches ? Json(answer.contact.travel) : Json();
-  json["direction"] = JsonOf(answer.unitDirection);
-  json["kind"] = touches ? Json(KindName(answer.contact.kind)) : Json();
-  json["normal"] = touches && answer.contact.hasNormal ? JsonOf(answer.contact.normal) : Json();
-  json["moving"] = JsonOf(report.moving, report.movingFile, MovingPlace(answer), touches);
-  json["fixed"] = FixedAsJson(report);
-  json["fixed_body"] = touches ? Json(answer.contact.fixedBody) : Json();
+  if (!Touches(answer)) return FirstLine(report) + BodiesAsText(report);
+  const FixedBody& met = report.fixed.at(answer.contact.fixedBody);
+  return FirstLine(report) +
+         TouchingLine("moving  ", report.movingFile, report.moving, MovingPlace(answer)) +
+         TouchingLine("fixed   ", met.file, met.counts, FixedPlace(answer));
+}
+
+std::string ReportAsJson(const SweepReport& report) {
+  const bool touches = Touches(report.answer);
+  Json json = SceneAsJson(report);
+  json.update(AnswerAsJson(report.answer));
+  DescribeBody(json["moving"], report.moving, report.movingFile);
+  if (touches || report.fixed.size() == 1) {
+    const FixedBody& body = report.fixed.at(touches ? report.answer.contact.fixedBody : 0);
+    DescribeBody(json["fixed"], body.counts, body.file);
+  } else {
+    json["fixed"] = nullptr; // none of several bodies is met
+  }
   json["fixed_bodies"] = FixedBodiesAsJson(report);
   json["warnings"] = report.warnings;
-  return json.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
+  return JsonText(json, 2) + "\n";
 }
 
 std::string SizeWarning(const std::string& movingFile, const Body& moving,

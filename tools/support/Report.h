@@ -31,21 +31,36 @@ struct FixedBody {
   BodyCounts counts;
 };
 
-struct SweepReport {
+/// What a report says apart from the answers.
+struct SceneReport {
   std::string movingFile;         ///< as it was given; "-" is standard input
   std::optional<gsl_Matrix> pose; ///< where the moving body was placed, before the offset
   Coord3 offset{0.0, 0.0, 0.0};   ///< added to the moving body
   double maxDistance = std::numeric_limits<double>::infinity(); ///< as requested
   bool oneSided = false;
   std::string toolVersion; ///< version of the program that reports
-  Answer answer;
   BodyCounts moving;
   std::vector<FixedBody> fixed; ///< in the order of the answer; at least one
   std::vector<std::string> warnings;
 };
 
+struct SweepReport : SceneReport {
+  Answer answer;
+};
+
+inline bool Touches(const Answer& answer) {
+  return answer.status == gsl_sweep::SweepStatus::Contact ||
+         answer.status == gsl_sweep::SweepStatus::Start;
+}
+
 /// Returns "vertex-face" and so on, moving body first; or "overlap".
 const char* KindName(ContactKind kind);
+
+/// Returns the name of a body in the text: "standard input" for "-".
+std::string NameInText(const std::string& file);
+
+/// Returns one line for each body, each ended by a newline.
+std::string BodiesAsText(const SceneReport& report);
 
 /// Returns three lines, each ended by a newline. Without a contact each fixed body has its own
 /// line.

@@ -21,6 +21,9 @@ std::optional<gsl_arithmetic::Coord3> ParseVector(std::string_view text);
 /// upper or lower case.
 std::optional<gsl_arithmetic::Coord3> ParseDirection(std::string_view text);
 
+/// What ParseDirection reads, for a message after "must".
+constexpr const char* kDirectionForms = "be X,Y,Z or an axis such as z or -z";
+
 /// Returns the shortest decimal number that reads back as the same double.
 std::string NumberText(double value);
 

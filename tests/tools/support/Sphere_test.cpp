@@ -1,0 +1,147 @@
+#include "support/Sphere.h"
+
+#include "JsonDocuments.h"
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+#include <cmath>
+#include <string>
+#include <vector>
+
+namespace {
+
+using namespace gsl_tools;
+using gsl_sweep::SweepStatus;
+using nlohmann::json;
+
+TEST(Sphere, DirectionsFollowTheSpiral) {
+  const double goldenAngle = 3.14159265358979323846 * (3.0 - std::sqrt(5.0));
+  for (const std::size_t count : {1u, 2u, 3u, 10u, 1001u, 100000u}) {
+    const std::vector<Coord3> directions = EvenDirections(count);
+    ASSERT_EQ(directions.size(), count);
+    for (std::size_t k = 0; k < count; ++k) {
+      const double z = 1.0 - (2.0 * static_cast<double>(k) + 1.0) / static_cast<double>(count);
+      const double angle = goldenAngle * static_cast<double>(k);
+      EXPECT_NEAR(directions[k].z, z, 1e-15);
+      EXPECT_NEAR(directions[k].x, std::sqrt(1.0 - z * z) * std::cos(angle), 1e-9);
+      EXPECT_NEAR(directions[k].y, std::sqrt(1.0 - z * z) * std::sin(angle), 1e-9);
+      const double length = std::hypot(directions[k].x, directions[k].y, directions[k].z);
+      EXPECT_NEAR(length, 1.0, 1e-15);
+    }
+  }
+}
+
+TEST(Sphere, EveryPlaceIsNearADirection) {
+  // The cell of each of N directions has an area of 4 pi / N; a disc of that area on the sphere has
+  // a radius of about 2 / sqrt(N). Even directions leave no gap of twice that radius, and no two
+  // are nearer than half of it.
+  const std::size_t count = 1000;
+  const std::vector<Coord3> directions = EvenDirections(count);
+  const double radius = 2.0 / std::sqrt(static_cast<double>(count));
+  const auto distance = [](const Coord3& a, const Coord3& b) {
+    return std::hypot(a.x - b.x, a.y - b.y, a.z - b.z);
+  };
+  const auto nearest = [&](const Coord3& place, std::size_t apartFrom) {
+    double least = 9.0;
+    for (std::size_t k = 0; k < count; ++k) {
+      if (k != apartFrom) least = std::min(least, distance(place, directions[k]));
+    }
+    return least;
+  };
+  double gap = 0.0;
+  for (const Coord3& place : EvenDirections(4999))
+    gap = std::max(gap, nearest(place, count));
+  EXPECT_LT(gap, 2.0 * radius);
+  double apart = 9.0;
+  for (std::size_t k = 0; k < count; ++k)
+    apart = std::min(apart, nearest(directions[k], k));
+  EXPECT_GT(apart, 0.5 * radius);
+}
+
+Answer AnswerOf(SweepStatus status, double travel, double x, std::size_t fixedBody) {
+  Answer answer;
+  answer.status = status;
+  answer.unitDirection = {x, 0.0, 0.0};
+  answer.contact.travel = travel;
+  answer.contact.fixedBody = fixedBody;
+  answer.contact.kind = ContactKind::VertexFace;
+  return answer;
+}
+
+SphereReport Sample() {
+  SphereReport report;
+  report.toolVersion = "1.2.3";
+  report.movingFile = "bolt.stl";
+  report.moving = {12, 1, 0};
+  report.fixed = {{"floor.stl", {2, 0, 0}}, {"-", {4, 3, 0}}};
+  report.warnings = {"one"};
+  report.answers = {
+      AnswerOf(SweepStatus::None, 0.0, 0.5, 0),       AnswerOf(SweepStatus::Contact, 3.0, 0.25, 0),
+      AnswerOf(SweepStatus::Contact, 1.5, 0.125, 1),  AnswerOf(SweepStatus::Contact, 3.0, -0.25, 1),
+      AnswerOf(SweepStatus::Contact, 1.5, -0.125, 0), AnswerOf(SweepStatus::None, 0.0, -0.5, 0)};
+  return report;
+}
+
+json JsonOf(const SphereReport& report) {
+  const std::string document = SphereAsJson(report);
+  json_documents::Keep(document);
+  return json::parse(document);
+}
+
+TEST(Sphere, TextCountsAndNamesTheLeastAndTheGreatestTravel) {
+  EXPECT_EQ(SphereAsText(Sample()),
+            "6 directions: 2 free, 4 with contact after a travel, 0 in contact from the start.\n"
+            "  least     1.5 along (0.125, 0, 0), onto standard input\n"
+            "  greatest  3 along (0.25, 0, 0), onto floor.stl\n"
+            "  moving  bolt.stl, 12 triangles\n"
+            "  fixed   floor.stl, 2 triangles\n"
+            "  fixed   standard input, 4 triangles\n");
+}
+
+TEST(Sphere, TextWithoutATravel) {
+  SphereReport report = Sample();
+  report.answers = {AnswerOf(SweepStatus::None, 0.0, 1.0, 0)};
+  report.maxDistance = 2.5;
+  EXPECT_EQ(SphereAsText(report), "1 direction: 1 free within 2.5, 0 with contact after a travel, "
+                                  "0 in contact from the start.\n"
+                                  "  moving  bolt.stl, 12 triangles\n"
+                                  "  fixed   floor.stl, 2 triangles\n"
+                                  "  fixed   standard input, 4 triangles\n");
+  report.answers = {AnswerOf(SweepStatus::Start, 0.0, 1.0, 0)};
+  EXPECT_EQ(SphereAsText(report).substr(0, 89),
+            "1 direction: 0 free within 2.5, 0 with contact after a travel, "
+            "1 in contact from the star");
+  EXPECT_EQ(SphereAsText(report).find("least"), std::string::npos);
+}
+
+TEST(Sphere, JsonHasEveryAnswer) {
+  const json document = JsonOf(Sample());
+  EXPECT_EQ(document["schema_version"], 2);
+  EXPECT_EQ(document["tool_version"], "1.2.3");
+  EXPECT_EQ(document["directions"], 6);
+  EXPECT_EQ(document["free"], 2);
+  EXPECT_EQ(document["contact"], 4);
+  EXPECT_EQ(document["start"], 0);
+  EXPECT_EQ(document["least"], 2);
+  EXPECT_EQ(document["greatest"], 1);
+  EXPECT_EQ(document["moving"], json::parse(R"({"file":"bolt.stl","triangles":12,"skipped":1})"));
+  EXPECT_EQ(document["fixed_bodies"][1], json::parse(R"({"file":"-","triangles":4,"skipped":3})"));
+  EXPECT_EQ(document["warnings"], json::array({"one"}));
+  ASSERT_EQ(document["answers"].size(), 6u);
+  EXPECT_EQ(document["answers"][2]["travel"], 1.5);
+  EXPECT_EQ(document["answers"][2]["fixed_body"], 1);
+  EXPECT_EQ(document["answers"][5]["status"], "none");
+}
+
+TEST(Sphere, JsonWithoutATravel) {
+  SphereReport report = Sample();
+  report.answers = {AnswerOf(SweepStatus::Start, 0.0, 1.0, 0)};
+  const json document = JsonOf(report);
+  EXPECT_EQ(document["start"], 1);
+  EXPECT_TRUE(document["least"].is_null());
+  EXPECT_TRUE(document["greatest"].is_null());
+}
+
+} // namespace

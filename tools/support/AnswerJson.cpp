@@ -1,0 +1,85 @@
+#include "support/AnswerJson.h"
+
+#include <cmath>
+
+namespace gsl_tools {
+
+namespace {
+
+using gsl_sweep::SweepStatus;
+
+constexpr int kSchemaVersion = 2;
+
+const char* StatusName(SweepStatus status) {
+  switch (status) {
+  case SweepStatus::Contact:
+    return "contact";
+  case SweepStatus::Start:
+    return "start";
+  case SweepStatus::None:
+  case SweepStatus::Cancelled:
+    break;
+  }
+  return "none";
+}
+
+/// Returns where one body touches.
+Json PlaceAsJson(std::size_t triangle, const Coord3& point, bool touches) {
+  Json json;
+  json["triangle"] = touches ? Json(triangle) : Json();
+  json["point"] = touches ? JsonOf(point) : Json();
+  return json;
+}
+
+/// Returns the first three rows of the matrix.
+Json PoseAsJson(const std::optional<gsl_Matrix>& pose) {
+  if (!pose) return {};
+  Json rows = Json::array();
+  for (const auto& row : {pose->m[0], pose->m[1], pose->m[2]})
+    rows.push_back({row[0], row[1], row[2], row[3]});
+  return rows;
+}
+
+Json QuestionAsJson(const SceneReport& report) {
+  Json json;
+  json["pose"] = PoseAsJson(report.pose);
+  json["offset"] = JsonOf(report.offset);
+  json["max_distance"] = std::isfinite(report.maxDistance) ? Json(report.maxDistance) : Json();
+  json["one_sided"] = report.oneSided;
+  return json;
+}
+
+} // namespace
+
+Json JsonOf(const Coord3& p) {
+  return Json::array({p.x, p.y, p.z});
+}
+
+Json AnswerAsJson(const Answer& answer) {
+  const bool touches = Touches(answer);
+  const gsl_sweep::Contact& contact = answer.contact;
+  Json json;
+  json["status"] = StatusName(answer.status);
+  json["travel"] = touches ? Json(contact.travel) : Json();
+  json["direction"] = JsonOf(answer.unitDirection);
+  json["kind"] = touches ? Json(KindName(contact.kind)) : Json();
+  json["normal"] = touches && contact.hasNormal ? JsonOf(contact.normal) : Json();
+  json["moving"] = PlaceAsJson(contact.movingTriangle, contact.movingPoint, touches);
+  json["fixed"] = PlaceAsJson(contact.fixedTriangle, contact.fixedPoint, touches);
+  json["fixed_body"] = touches ? Json(contact.fixedBody) : Json();
+  return json;
+}
+
+Json SceneAsJson(const SceneReport& report) {
+  Json json;
+  json["schema_version"] = kSchemaVersion;
+  json["tool_version"] = report.toolVersion;
+  json["question"] = QuestionAsJson(report);
+  return json;
+}
+
+std::string JsonText(const Json& json, int indent) {
+  return json.dump(indent, ' ', false, Json::error_handler_t::replace);
+}
+
+} // namespace gsl_tools

@@ -1,0 +1,31 @@
+#ifndef GSL_TOOLS_ANSWER_JSON_H
+#define GSL_TOOLS_ANSWER_JSON_H
+
+#include "support/Report.h"
+
+#include <nlohmann/json.hpp>
+
+#include <string>
+
+/// The parts that the JSON documents of gsl-sweep share; docs/gsl-sweep.md describes them.
+namespace gsl_tools {
+
+using Json = nlohmann::ordered_json;
+
+/// Returns three numbers.
+Json JsonOf(const Coord3& p);
+
+/// Returns the keys of one answer: status, travel, direction, kind, normal, moving, fixed and
+/// fixed_body. moving and fixed have the triangle and the point.
+Json AnswerAsJson(const Answer& answer);
+
+/// Returns the keys with which a document begins: schema_version, tool_version and question.
+Json SceneAsJson(const SceneReport& report);
+
+/// Returns strict JSON without a newline at its end; in one line when `indent` is negative. Bytes
+/// that are not UTF-8 become U+FFFD.
+std::string JsonText(const Json& json, int indent);
+
+} // namespace gsl_tools
+
+#endif

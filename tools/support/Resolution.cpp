@@ -1,0 +1,98 @@
+#include "support/Resolution.h"
+
+#include "support/VectorText.h"
+
+#include <algorithm>
+#include <cfloat>
+#include <cmath>
+#include <limits>
+
+namespace gsl_tools {
+
+namespace {
+
+using gsl_arithmetic::Coord3;
+
+double LargestOf(const Coord3& p) {
+  return std::max({std::fabs(p.x), std::fabs(p.y), std::fabs(p.z)});
+}
+
+/// Returns the largest coordinate of a body after an offset.
+double LargestOf(const gsl_sweep::Body& body, const Coord3& offset) {
+  Coord3 low{}, high{};
+  body.GetBounds(low, high);
+  return std::max(LargestOf(gsl_arithmetic::Add(low, offset)),
+                  LargestOf(gsl_arithmetic::Add(high, offset)));
+}
+
+bool IsSingle(double number) {
+  // The conversion of a number beyond the range is not defined.
+  return std::fabs(number) <= static_cast<double>(FLT_MAX) &&
+         static_cast<double>(static_cast<float>(number)) == number;
+}
+
+bool IsSingle(const Coord3& p) {
+  return IsSingle(p.x) && IsSingle(p.y) && IsSingle(p.z);
+}
+
+double SpacingOf(const gsl_mesh::Mesh& mesh) {
+  bool isSingle = true;
+  double largest = 0.0;
+  for (std::size_t k = 0; k < mesh.TriangleCount(); ++k) {
+    const Coord3* const corner = mesh.corners.data() + 3 * k;
+    if (!std::all_of(corner, corner + 3, gsl_mesh::IsFinite)) continue;
+    for (std::size_t c = 0; c < 3; ++c) {
+      largest = std::max(largest, LargestOf(corner[c]));
+      isSingle = isSingle && IsSingle(corner[c]);
+    }
+  }
+  return SpacingAt(largest, isSingle);
+}
+
+/// Returns the length of the longest of the first three columns.
+double StretchOf(const gsl_Matrix& pose) {
+  double longest = 0.0;
+  for (int c = 0; c < 3; ++c)
+    longest = std::max(longest, std::hypot(pose.m[0][c], pose.m[1][c], pose.m[2][c]));
+  return longest;
+}
+
+} // namespace
+
+double SpacingAt(double magnitude, bool isSingle) {
+  const int digits = isSingle ? FLT_MANT_DIG : DBL_MANT_DIG;
+  const int lowest = isSingle ? FLT_MIN_EXP : DBL_MIN_EXP; // of the numbers of full precision
+  int exponent = lowest;
+  if (magnitude > 0.0) std::frexp(magnitude, &exponent);
+  return std::ldexp(1.0, std::max(exponent, lowest) - digits);
+}
+
+Resolution::Resolution(const gsl_mesh::Mesh& mesh, const gsl_sweep::Body& placed,
+                       const std::optional<gsl_Matrix>& pose, const Coord3& offset)
+    : m_mesh(&mesh), m_stretch(pose ? StretchOf(*pose) : 1.0),
+      m_least(SpacingAt(LargestOf(placed, offset), false)),
+      m_most(pose ? std::numeric_limits<double>::infinity()
+                  : std::max(m_least, SpacingAt(LargestOf(placed, Coord3{0.0, 0.0, 0.0}), true))) {}
+
+double Resolution::Get() {
+  if (!m_distance) m_distance = std::max(SpacingOf(*m_mesh) * m_stretch, m_least);
+  return *m_distance;
+}
+
+bool Resolution::Reaches(double travel) {
+  return travel <= m_most && travel <= Get();
+}
+
+std::string ResolutionWarning(const gsl_sweep::Answer& answer, Resolution& moving,
+                              Resolution& fixed) {
+  const double travel = answer.contact.travel;
+  if (answer.status != gsl_sweep::SweepStatus::Contact) return {};
+  if (!moving.Reaches(travel) && !fixed.Reaches(travel)) return {};
+  Resolution& coarser = moving.Get() >= fixed.Get() ? moving : fixed;
+  return "the travel " + NumberText(travel) + " is within the resolution of " + coarser.File() +
+         ", " + NumberText(coarser.Get()) +
+         " (the distance between neighbouring coordinates); the bodies may be in contact from the "
+         "start";
+}
+
+} // namespace gsl_tools

@@ -1,0 +1,127 @@
+#include "support/Sphere.h"
+
+#include "support/AnswerJson.h"
+#include "support/VectorText.h"
+
+#include <algorithm>
+#include <cmath>
+#include <optional>
+
+namespace gsl_tools {
+
+namespace {
+
+using gsl_sweep::SweepStatus;
+
+// The golden angle, pi (3 - sqrt(5)).
+constexpr double kGoldenCosine = -0.7373688780783199;
+constexpr double kGoldenSine = 0.6754902942615236;
+
+/// What became of the directions.
+struct Tally {
+  std::size_t free = 0, contact = 0, start = 0;
+  std::optional<std::size_t> least, greatest; ///< numbers of answers with a travel; ties: the first
+};
+
+Tally TallyOf(const std::vector<Answer>& answers) {
+  Tally tally;
+  const auto travel = [&](std::size_t k) { return answers[k].contact.travel; };
+  for (std::size_t k = 0; k < answers.size(); ++k) {
+    if (answers[k].status == SweepStatus::Start) ++tally.start;
+    if (!Touches(answers[k])) ++tally.free;
+    if (answers[k].status != SweepStatus::Contact) continue;
+    ++tally.contact;
+    if (!tally.least || travel(k) < travel(*tally.least)) tally.least = k;
+    if (!tally.greatest || travel(k) > travel(*tally.greatest)) tally.greatest = k;
+  }
+  return tally;
+}
+
+std::string TravelLine(const char* name, const SphereReport& report, std::size_t k) {
+  const Answer& answer = report.answers[k];
+  const std::string& file = report.fixed.at(answer.contact.fixedBody).file;
+  return std::string("  ") + name + NumberText(answer.contact.travel) + " along " +
+         VectorText(answer.unitDirection) + ", onto " + NameInText(file) + "\n";
+}
+
+Json BodyAsJson(const std::string& file, const BodyCounts& body) {
+  Json json;
+  json["file"] = file;
+  json["triangles"] = body.triangles;
+  json["skipped"] = body.skipped;
+  return json;
+}
+
+Json NumberOf(const std::optional<std::size_t>& k) {
+  return k ? Json(*k) : Json();
+}
+
+/// Returns everything but the answers.
+Json SummaryAsJson(const SphereReport& report) {
+  const Tally tally = TallyOf(report.answers);
+  Json json = SceneAsJson(report);
+  json["directions"] = report.answers.size();
+  json["free"] = tally.free;
+  json["contact"] = tally.contact;
+  json["start"] = tally.start;
+  json["least"] = NumberOf(tally.least);
+  json["greatest"] = NumberOf(tally.greatest);
+  json["moving"] = BodyAsJson(report.movingFile, report.moving);
+  json["fixed_bodies"] = Json::array();
+  for (const FixedBody& body : report.fixed)
+    json["fixed_bodies"].push_back(BodyAsJson(body.file, body.counts));
+  json["warnings"] = report.warnings;
+  return json;
+}
+
+} // namespace
+
+std::vector<Coord3> EvenDirections(std::size_t count) {
+  std::vector<Coord3> directions;
+  directions.reserve(count);
+  // Each angle comes from the last by a rotation, because sine and cosine of the C library are not
+  // the same bits everywhere. Each step adds an error of a few units in the last place to the
+  // angle, and the length is made one again.
+  double cosine = 1.0;
+  double sine = 0.0;
+  for (std::size_t k = 0; k < count; ++k) {
+    const double z = 1.0 - static_cast<double>(2 * k + 1) / static_cast<double>(count);
+    const double radius = std::sqrt((1.0 - z) * (1.0 + z));
+    directions.push_back({radius * cosine, radius * sine, z});
+    const double c = cosine * kGoldenCosine - sine * kGoldenSine;
+    const double s = cosine * kGoldenSine + sine * kGoldenCosine;
+    const double length = std::sqrt(c * c + s * s);
+    cosine = c / length;
+    sine = s / length;
+  }
+  return directions;
+}
+
+std::string SphereAsText(const SphereReport& report) {
+  const Tally tally = TallyOf(report.answers);
+  const std::size_t count = report.answers.size();
+  const std::string limit =
+      std::isfinite(report.maxDistance) ? " within " + NumberText(report.maxDistance) : "";
+  std::string text = std::to_string(count) + (count == 1 ? " direction: " : " directions: ") +
+                     std::to_string(tally.free) + " free" + limit + ", " +
+                     std::to_string(tally.contact) + " with contact after a travel, " +
+                     std::to_string(tally.start) + " in contact from the start.\n";
+  if (tally.least) text += TravelLine("least     ", report, *tally.least);
+  if (tally.greatest) text += TravelLine("greatest  ", report, *tally.greatest);
+  return text + BodiesAsText(report);
+}
+
+std::string SphereAsJson(const SphereReport& report) {
+  // The answers are written one by one, because documents of many answers take much memory.
+  std::string text = JsonText(SummaryAsJson(report), 2);
+  text.erase(text.size() - 2); // the last newline and brace
+  text += ",\n  \"answers\": [";
+  const char* separator = "\n    ";
+  for (const Answer& answer : report.answers) {
+    text += separator + JsonText(AnswerAsJson(answer), -1);
+    separator = ",\n    ";
+  }
+  return text + "\n  ]\n}\n";
+}
+
+} // namespace gsl_tools
