@@ -214,8 +214,8 @@ def goals(families, sizes):
     yield "growth: greatest exponent (n log n has 1.1 over these sizes)", 1.1, greatest(f.exponent() for f in families)
     yield "hard scenes along an axis: times the generic scene", 5, over_generic("hard along an axis")
     yield "hard scenes aslant: times the generic scene", 20, over_generic("hard aslant")
-    yield "two threads against one, preparing: times as fast", -1.7, threads("prepare")
-    yield "two threads against one, batches: times as fast", -1.7, threads("batch")
+    yield "speed-up by two threads, preparing", -1.7, threads("prepare")
+    yield "speed-up by two threads, batches", -1.7, threads("batch")
 
 
 def goal_row(what, limit, measured):
@@ -234,11 +234,11 @@ def sweep(result):
     yield "each body. Times are medians of processor time in milliseconds on one thread, unless a column says otherwise."
     yield f"A measurement is ended after {result['patience']} s."
     if any(f.name == GENERIC for f in families):
-        yield from ["", "### Goals", "", "The worst scene of each kind counts.", ""]
+        yield from ["", "### Goals", "", "Each row shows the worst scene of its kind.", ""]
         yield from table(["goal", "limit", "measured", "met"], (goal_row(*goal) for goal in goals(families, sizes)))
         yield from ["", "### One question, nothing prepared", ""]
         yield "From arrays in memory to the answer, in a fresh process. The exponent is fitted over every size. The"
-        yield f"ratio is to the scene \"{GENERIC}\", at the largest size of both. Memory is the peak with the input, in"
+        yield f"ratio is to the scene \"{GENERIC}\", at the largest size that both ran. Memory is the peak with the input, in"
         yield "bytes a triangle, at the same size."
         yield ""
         yield from table(["scene", "kind", "answer", *map(size_name, sizes), "exponent", "ratio", "memory"],
@@ -247,7 +247,7 @@ def sweep(result):
         rows = list(prepared_rows(families, size))
         if rows:
             yield from ["", f"### A further direction on a prepared pair, {size_name(size)}", ""]
-            yield "Even directions on the sphere. Preparing is everything up to the third question, for a million"
+            yield "Directions are spread evenly over the sphere. Preparing is everything up to the third question, for a million"
             yield "triangles. Memory is what the pair holds at the end without the input, in bytes a triangle."
             yield ""
             yield from table(["scene", "preparing", "median", "median of contacts", "99th percentile", "most", "asked", "contacts", "starts",

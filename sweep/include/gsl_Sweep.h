@@ -23,14 +23,14 @@ class gsl_Matrix;
 ///
 /// Units      travel and points have the units of the vertices.
 /// Decision   exact: whether there is a contact, whether there is one at the start, and which comes
-///            first. Coordinates below 2^-288 of the largest, and such components of the direction,
-///            are rounded to 2^-339 of it.
-/// Ties       among exactly equal travels: the first moving triangle, then the first fixed
-///            triangle, then the first kind. Among pairs that touch at the start: the first in that
-///            order.
+///            first. A coordinate below 2^-288 times the largest is first rounded to a multiple of
+///            2^-339 times the largest; so is a component of the direction.
+/// Ties       among exactly equal travels: the lowest moving triangle, then the lowest fixed
+///            triangle, then the first kind in the order of ContactKind. The same order holds among
+///            pairs that touch at the start.
 /// Same bits  for any number of threads, any executor, any order of questions and any compiler.
 /// Degenerate triangles count as the segments or points that they are.
-/// NaN        triangles with a NaN or infinite corner take no part, but a body counts them.
+/// NaN        triangles with a NaN or infinite corner are skipped; Body::SkippedCount counts them.
 /// Threads    any threads may call every const member at once.
 namespace gsl_sweep {
 
@@ -38,16 +38,18 @@ using gsl_arithmetic::Coord3;
 
 /// Triangles in the caller's memory, which is read during construction of a body only.
 struct TriangleView {
-  const double* vertices = nullptr; ///< x, y, z of one after the other
+  const double* vertices = nullptr; ///< x, y, z of each vertex in turn
   std::size_t vertexCount = 0;
-  const std::uint32_t* corners = nullptr; ///< three a triangle; null: every three vertices are one
-  std::size_t triangleCount = 0;          ///< with null corners a third of vertexCount
+  /// Three numbers of vertices for each triangle. If null, each three vertices in turn are a
+  /// triangle.
+  const std::uint32_t* corners = nullptr;
+  std::size_t triangleCount = 0; ///< with null corners a third of vertexCount
 };
 
 class PreparedBody;
 struct PairState;
 
-/// Triangles in a form that can be asked. A body is immutable, and copies share their contents.
+/// Triangles that are prepared for questions. A body is immutable, and copies share their contents.
 class GSL_SWEEP_API Body {
 public:
   /// Triangles keep their order and their numbers.
@@ -73,7 +75,7 @@ public:
   /// Writes the least and the greatest coordinates of the triangles that take part; both are zero
   /// when there are none.
   void GetBounds(Coord3& low, Coord3& high) const;
-  /// Returns the bytes that the body holds at present. A body grows when it is first asked.
+  /// Returns the bytes that the body holds at present. The first question increases it.
   std::size_t MemoryBytes() const;
 
 private:
@@ -84,7 +86,7 @@ private:
 };
 
 /// The features that meet, the moving body's first. Overlap means that the bodies share a point at
-/// the start and had already met before it, so that no single features meet there.
+/// the start and that their contact began earlier, so no pair of features can be named.
 enum class ContactKind : unsigned char {
   VertexVertex,
   VertexEdge,
@@ -98,7 +100,7 @@ enum class ContactKind : unsigned char {
 enum class SweepStatus : unsigned char {
   Contact,  ///< they touch after a positive travel
   Start,    ///< they touch before any travel
-  None,     ///< they never touch, only before the start, or not within the greatest distance
+  None,     ///< no contact at or after the start, or none within the greatest distance
   Cancelled ///< the question was not answered
 };
 
@@ -143,10 +145,10 @@ using Executor =
 
 /// How work is run. These settings never change an answer.
 struct Run {
-  /// 0 means as many threads as there are processors. An executor makes this number meaningless.
+  /// 0 means as many threads as there are processors. It is ignored when `executor` is set.
   unsigned threads = 0;
-  /// Receives the part done, from 0 to 1, which never falls; returning false cancels. Calls never
-  /// overlap, but they may come from any working thread.
+  /// Receives the part done, from 0 to 1, which never decreases; returning false cancels. Calls
+  /// never overlap, but they may come from any working thread.
   std::function<bool(double)> progress;
   Executor executor;
 };
@@ -156,19 +158,20 @@ struct LeftOut {
   std::size_t moving = 0, fixed = 0;
 };
 
-/// A moving body and fixed bodies. The fixed bodies answer as one body of all their triangles in
-/// order would.
+/// A moving body and fixed bodies. The answer is the same as if the triangles of all fixed bodies,
+/// in order, were one body.
 ///
-/// Errors     of the questions: std::invalid_argument for a direction that is zero or not finite,
-///            for an offset that is not finite, and for a maxDistance that is negative or NaN. In a
-///            batch the text then names the question, and nothing is answered. std::overflow_error
-///            for a travel or a point beyond the range of double. In a batch the text names the
-///            first such question, after the others are answered; its own answer is Cancelled.
-/// Moved from A pair that was moved from can only be assigned to or destroyed.
+/// Errors     std::invalid_argument for a direction that is zero or not finite, for an offset that
+///            is not finite, and for a maxDistance that is negative or NaN. In a batch the text
+///            names the question, and no question is answered.
+///            std::overflow_error for a travel or a point beyond the range of double. In a batch
+///            every other question is answered first. The text names the first such question, whose
+///            answer is Cancelled.
+/// C++ move   After a move from a pair, it can only be assigned to or destroyed.
 class GSL_SWEEP_API Pair {
 public:
-  /// Prepares the bodies that are not prepared yet, as `run` says. Cancelling leaves the rest to
-  /// the first question.
+  /// Prepares the bodies that are not prepared yet, as `run` says. If that is cancelled, the first
+  /// question prepares the rest.
   Pair(Body moving, std::vector<Body> fixed, const Run& run = {});
 
   Answer First(const Question& question, const Run& run = {}) const;
