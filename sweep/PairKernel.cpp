@@ -350,6 +350,8 @@ PairContact TrianglePair::Extreme(int sense, ExactRatio& travel) {
     best = &candidate;
     travel = s;
   }
+  // There is a candidate, and the one that set `reach` is never left out.
+  // NOLINTNEXTLINE(clang-analyzer-core.NonNullParamChecker)
   return ContactOf(*best, travel.rounded);
 }
 

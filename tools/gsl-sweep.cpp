@@ -13,6 +13,7 @@
 #include "support/Resolution.h"
 #include "support/Sphere.h"
 #include "support/Stages.h"
+#include "support/VectorText.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -25,9 +26,11 @@
 #include <optional>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <system_error>
 #include <vector>
 
+#include <poll.h>
 #include <unistd.h>
 
 namespace {
@@ -132,7 +135,11 @@ Scene ReadScene(const SweepOptions& options, Display& display) {
   if (!options.poseFile.empty()) pose = ReadPose(options.poseFile);
   Scene scene{pose, ReadPart(options.movingFile, options, display), {}};
   Part& moving = scene.moving;
-  if (pose) moving.body = PosedBody(moving.body, *pose, moving.mesh.file);
+  if (pose) {
+    display.Begin("Placing " + NameOfInput(moving.file), "pose");
+    moving.body = PosedBody(moving.body, *pose, moving.mesh.file);
+    display.End("pose");
+  }
   RequireOffsetInRange(moving.body, options.offset, moving.mesh.file);
   for (const std::string& file : options.fixedFiles)
     scene.fixed.push_back(ReadPart(file, options, display));
@@ -147,11 +154,19 @@ void PrintLine(const std::string& line) {
   std::fprintf(stderr, "gsl-sweep: %s\n", Printable(line).c_str());
 }
 
-void WriteStdout(const std::string& text) {
-  errno = 0;
-  const std::size_t written = std::fwrite(text.data(), 1, text.size(), stdout);
-  if (written == text.size() && std::fflush(stdout) == 0) return;
-  throw OutputError(std::string("standard output: cannot be written: ") + std::strerror(errno));
+void WriteStdout(std::string_view text) {
+  while (!text.empty()) {
+    const ssize_t written = write(STDOUT_FILENO, text.data(), text.size());
+    if (written >= 0) {
+      text.remove_prefix(static_cast<std::size_t>(written));
+    } else if (errno == EAGAIN) {
+      // The caller of the program may have left a pipe in this mode.
+      pollfd waited{STDOUT_FILENO, POLLOUT, 0};
+      poll(&waited, 1, -1);
+    } else if (errno != EINTR) {
+      throw OutputError(std::string("standard output: cannot be written: ") + std::strerror(errno));
+    }
+  }
 }
 
 /// Writes what --json asks for, to its file or to stdout.
@@ -278,8 +293,10 @@ private:
   std::size_t m_count = 0;
 };
 
-void CountLeftOut(const Scene& scene, const Question& question, SceneReport& report) {
-  if (!question.oneSided) return;
+/// Counts what only the JSON shows.
+void CountLeftOut(const SweepOptions& options, const Scene& scene, const Question& question,
+                  SceneReport& report) {
+  if (!question.oneSided || options.jsonFile.empty()) return;
   for (std::size_t k = 0; k < scene.fixed.size(); ++k) {
     const LeftOut leftOut = Pair(scene.moving.body, {scene.fixed[k].body}).CountLeftOut(question);
     report.moving.leftOut = leftOut.moving;
@@ -293,15 +310,34 @@ ExitStatus AnswerOne(const SweepOptions& options, Scene& scene, const Pair& pair
   display.Begin("Searching", "search");
   SweepReport report;
   report.answer = pair.First(question, RunOf(options, display));
-  display.End("search");
   Describe(options, scene, report);
   AddWarning(report.warnings, FineTravels(options, scene).Check(report.answer));
-  CountLeftOut(scene, question, report);
+  CountLeftOut(options, scene, question, report);
+  display.End("search");
   ShowWarnings(options, report.warnings);
   display.Enter("write");
   WriteResults(options, report, std::move(scene.moving.mesh));
   display.End("write");
   return Touches(report.answer) ? Touching : NoContact;
+}
+
+/// Answers the questions. An overflow names the direction.
+std::vector<Answer> AnswersOf(const std::vector<Question>& questions, const Pair& pair,
+                              const Run& run) {
+  std::vector<Answer> answers(questions.size());
+  try {
+    pair.First(questions.data(), questions.size(), answers.data(), run);
+  } catch (const std::overflow_error&) {
+    const auto isLost = [](const Answer& answer) {
+      return answer.status == SweepStatus::Cancelled;
+    };
+    const auto lost = std::find_if(answers.begin(), answers.end(), isLost) - answers.begin();
+    throw std::overflow_error("the travel or a point along " +
+                              VectorText(questions.at(static_cast<std::size_t>(lost)).direction) +
+                              ", direction " + std::to_string(lost + 1) + " of " +
+                              std::to_string(questions.size()) + ", is beyond the range of double");
+  }
+  return answers;
 }
 
 ExitStatus AnswerSphere(const SweepOptions& options, const Scene& scene, const Pair& pair,
@@ -313,14 +349,13 @@ ExitStatus AnswerSphere(const SweepOptions& options, const Scene& scene, const P
     questions.back().direction = direction;
   }
   SphereReport report;
-  report.answers.resize(questions.size());
-  pair.First(questions.data(), questions.size(), report.answers.data(), RunOf(options, display));
-  display.End("search");
+  report.answers = AnswersOf(questions, pair, RunOf(options, display));
   Describe(options, scene, report);
   FineTravels fine(options, scene);
   for (const Answer& answer : report.answers)
     fine.Check(answer);
   AddWarning(report.warnings, fine.ForAll());
+  display.End("search");
   ShowWarnings(options, report.warnings);
   display.Enter("write");
   if (!options.jsonFile.empty()) WriteJson(options, SphereAsJson(report));
@@ -363,7 +398,12 @@ ExitStatus AnswerLines(const SweepOptions& options, InputText& lines, const Scen
     return warnings;
   };
   output.progress = [&](double part) { display.Update(part); };
-  display.Begin("Searching", "search");
+  // A person who types the lines sees no progress in them.
+  if (lines.Size() > 0) {
+    display.Begin("Searching", "search");
+  } else {
+    display.Enter("search");
+  }
   const DirectionTally tally = AnswerDirections(lines, pair, QuestionOf(options), run, output);
   display.End("search");
   display.End("write");

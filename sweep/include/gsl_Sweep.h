@@ -73,7 +73,7 @@ public:
   /// Returns the number of triangles with a NaN or infinite corner.
   std::size_t SkippedCount() const;
   /// Writes the least and the greatest coordinates of the triangles that take part; both are zero
-  /// when there are none.
+  /// when there are none. Like MemoryBytes, it first begins the preparation of the body.
   void GetBounds(Coord3& low, Coord3& high) const;
   /// Returns the bytes that the body holds at present. The first question increases it.
   std::size_t MemoryBytes() const;

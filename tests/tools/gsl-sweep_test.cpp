@@ -4,6 +4,8 @@
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
+#include <algorithm>
+#include <chrono>
 #include <cmath>
 #include <csignal>
 #include <cstdio>
@@ -12,8 +14,10 @@
 #include <set>
 #include <sstream>
 #include <string>
+#include <thread>
 #include <vector>
 
+#include <fcntl.h>
 #include <pty.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -112,8 +116,11 @@ TEST(GslSweep, DocumentsShowManyDirections) {
   const std::string input = "printf 'x\\n-z  # down\\nup\\n' | ";
   const std::string lines = "gsl-sweep bolt.stl bracket.stl --directions -";
   EXPECT_NE(guide.find("\n" + input + lines + "\n"), std::string::npos);
-  std::istringstream answers(
-      Shell("cd " + folder + "; " + input + "$SWEEP " + lines.substr(lines.find(' '))).out);
+  const Outcome answered =
+      Shell("cd " + folder + "; " + input + "$SWEEP " + lines.substr(lines.find(' ')));
+  EXPECT_EQ(answered.status, 2);
+  EXPECT_EQ(std::count(answered.out.begin(), answered.out.end(), '\n'), 3);
+  std::istringstream answers(answered.out);
   for (std::string line; std::getline(answers, line);) {
     const std::string beginning = line.substr(0, 70);
     EXPECT_NE(guide.find("\n" + beginning), std::string::npos) << line;
@@ -276,10 +283,10 @@ TEST(GslSweep, DirectionsNeedAnOpenStdout) {
   }
 }
 
-/// The program with --directions -, and both ends of its pipes.
+/// The program with --directions, and both ends of its pipes.
 class Conversation {
 public:
-  Conversation() {
+  explicit Conversation(const std::string& directions = "-", bool blocks = true) {
     int in[2], out[2];
     if (pipe(in) != 0 || pipe(out) != 0) std::abort();
     m_child = fork();
@@ -289,8 +296,9 @@ public:
       for (const int end : {in[0], in[1], out[0], out[1]})
         close(end);
       std::signal(SIGINT, SIG_DFL);
-      execl(GSL_SWEEP_PROGRAM, "gsl-sweep", bolt.c_str(), bracket.c_str(), "--directions", "-",
-            static_cast<char*>(nullptr));
+      if (!blocks) fcntl(STDOUT_FILENO, F_SETFL, O_NONBLOCK);
+      execl(GSL_SWEEP_PROGRAM, "gsl-sweep", bolt.c_str(), bracket.c_str(), "--directions",
+            directions.c_str(), static_cast<char*>(nullptr));
       _exit(127);
     }
     close(in[0]);
@@ -336,6 +344,20 @@ TEST(GslSweep, EachAnswerAppearsBeforeTheNextLineIsNeeded) {
   EXPECT_EQ(json::parse(conversation.Receive())["status"], "none");
 }
 
+TEST(GslSweep, NoAnswerIsLostInAPipeThatDoesNotBlock) {
+  const Folder folder;
+  constexpr int kCount = 2000; // many times what a pipe holds
+  std::string directions;
+  for (int k = 0; k < kCount; ++k)
+    directions += "-z\n";
+  const Conversation conversation(folder.Write("directions.txt", directions), false);
+  std::this_thread::sleep_for(std::chrono::milliseconds(200)); // until the pipe is full
+  for (int k = 1; k <= kCount; ++k)
+    ASSERT_EQ(json::parse(conversation.Receive())["line"], k);
+  EXPECT_EQ(conversation.Receive(), "");
+  EXPECT_EQ(conversation.Status(), 0);
+}
+
 TEST(GslSweep, InterruptEndsAfterAWholeLine) {
   const Conversation conversation;
   conversation.Send("-z\n");
@@ -378,6 +400,19 @@ TEST(GslSweep, SphereCountsAndNames) {
   EXPECT_EQ(start.status, 0);
   EXPECT_EQ(FirstLine(start.out), "3 directions: 0 free, 0 with contact after a travel, "
                                   "3 in contact from the start.");
+}
+
+TEST(GslSweep, SphereNamesTheDirectionOfATravelBeyondTheRange) {
+  const Folder folder;
+  const std::string moving =
+      folder.Write("moving.ply", Box({-1e308, -1e308, 9e307}, {1e308, 1e308, 1e308}));
+  const std::string fixed =
+      folder.Write("fixed.ply", Box({-1e308, -1e308, -1e308}, {1e308, 1e308, -9e307}));
+  const Outcome run = Sweep(moving + " " + fixed + " --sphere 20");
+  EXPECT_EQ(run.status, 4);
+  EXPECT_EQ(LineCount(run.err), 1u);
+  EXPECT_EQ(run.err.find("gsl-sweep: the travel or a point along ("), 0u) << run.err;
+  EXPECT_NE(run.err.find(" of 20, is beyond the range of double\n"), std::string::npos) << run.err;
 }
 
 TEST(GslSweep, SphereWritesItsJsonToAFile) {
@@ -553,6 +588,8 @@ std::vector<std::string> StagesOf(const std::string& err) {
   return names;
 }
 
+constexpr const char* kNoTurn = "1 0 0 0 0 1 0 0 0 0 1 0\n";
+
 TEST(GslSweep, VerboseShowsEachStage) {
   const Folder folder;
   const std::string moved = folder.Path("moved.stl");
@@ -568,6 +605,9 @@ TEST(GslSweep, VerboseShowsEachStage) {
   EXPECT_EQ(
       StagesOf(Shell("echo z | $SWEEP " + parts + "--verbose --directions -").err),
       (std::vector<std::string>{"read " + bolt, "read " + bracket, "prepare", "search", "write"}));
+  EXPECT_EQ(StagesOf(Sweep(parts + "-d -z --verbose --pose " + folder.Write("p.txt", kNoTurn)).err),
+            (std::vector<std::string>{"read " + bolt, "pose", "read " + bracket, "prepare",
+                                      "search", "write"}));
   EXPECT_EQ(Sweep(parts + "-d -z --verbose --quiet").status, 2);
 }
 

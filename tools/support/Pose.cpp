@@ -1,5 +1,6 @@
 #include "support/Pose.h"
 
+#include "MeshSource.h"
 #include "support/VectorText.h"
 
 #include <algorithm>
@@ -75,10 +76,22 @@ std::string Shown(const std::string& word) {
   return word.size() > kShownBytes ? word.substr(0, kShownBytes) + "..." : word;
 }
 
-double Determinant(const double (&m)[4][4]) {
+double Determinant(const double (&m)[3][3]) {
   return m[0][0] * (m[1][1] * m[2][2] - m[1][2] * m[2][1]) -
          m[0][1] * (m[1][0] * m[2][2] - m[1][2] * m[2][0]) +
          m[0][2] * (m[1][0] * m[2][1] - m[1][1] * m[2][0]);
+}
+
+/// Powers of two scale the columns, so that products stay within the range of double.
+bool Mirrors(const double (&m)[4][4]) {
+  double scaled[3][3];
+  for (int c = 0; c < 3; ++c) {
+    int exponent = 0;
+    std::frexp(std::max({std::fabs(m[0][c]), std::fabs(m[1][c]), std::fabs(m[2][c])}), &exponent);
+    for (int r = 0; r < 3; ++r)
+      scaled[r][c] = std::ldexp(m[r][c], -exponent);
+  }
+  return Determinant(scaled) < 0.0;
 }
 
 bool KeepsLengths(const double (&m)[4][4]) {
@@ -104,7 +117,7 @@ void RequireLastRow(const gsl_Matrix& pose, const std::vector<Word>& words,
 } // namespace
 
 gsl_Matrix ParsePose(std::string_view text, const std::string& name) {
-  const Words parsed(text);
+  const Words parsed(gsl_mesh::WithoutByteOrderMark(text));
   const std::vector<Word>& words = parsed.Get();
   gsl_Matrix pose;
   for (std::size_t k = 0; k < words.size(); ++k) {
@@ -143,7 +156,7 @@ gsl_Matrix ReadPose(const std::string& file) {
 std::string PoseWarning(const gsl_Matrix& pose, const std::string& name) {
   std::string warning;
   if (!KeepsLengths(pose.m)) warning = "is not rigid: it changes lengths or angles";
-  if (Determinant(pose.m) < 0.0) {
+  if (Mirrors(pose.m)) {
     warning += std::string(warning.empty() ? "" : ", and it ") +
                "mirrors the body, whose triangles then face the other way";
   }

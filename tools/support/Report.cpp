@@ -170,9 +170,10 @@ std::string SizeWarning(const std::string& movingFile, const Body& moving,
   const double ratio = std::max(movingSize, fixedSize) / std::min(movingSize, fixedSize);
   for (const double factor : {25.4, 1000.0}) {
     if (!(std::fabs(ratio - factor) <= 0.1 * factor)) continue;
-    return "the sizes of " + movingFile + " (" + NumberText(movingSize) + ") and " + fixedFile +
-           " (" + NumberText(fixedSize) + ") differ by a factor of about " + NumberText(factor) +
-           "; nothing was scaled; check that both are in the same unit";
+    std::string warning = "the sizes of " + movingFile + " (" + NumberText(movingSize) + ") and ";
+    warning += fixedFile + " (" + NumberText(fixedSize) + ") differ by a factor of about " +
+               NumberText(factor) + "; nothing was scaled; check that both are in the same unit";
+    return warning;
   }
   return {};
 }

@@ -70,7 +70,8 @@ double SpacingAt(double magnitude, bool isSingle) {
 Resolution::Resolution(const gsl_mesh::Mesh& mesh, const gsl_sweep::Body& placed,
                        const std::optional<gsl_Matrix>& pose, const Coord3& offset)
     : m_mesh(&mesh), m_stretch(pose ? StretchOf(*pose) : 1.0),
-      m_least(SpacingAt(LargestOf(placed, offset), false)),
+      m_least(SpacingAt(
+          std::max(LargestOf(placed, Coord3{0.0, 0.0, 0.0}), LargestOf(placed, offset)), false)),
       m_most(pose ? std::numeric_limits<double>::infinity()
                   : std::max(m_least, SpacingAt(LargestOf(placed, Coord3{0.0, 0.0, 0.0}), true))) {}
 

@@ -111,6 +111,25 @@ TEST(Pose, OtherMatricesDrawAWarning) {
             notRigid + ", and it mirrors the body, whose triangles then face the other way");
 }
 
+TEST(Pose, MirrorIsNoticedAtAnyScale) {
+  const std::string mirrors = ", and it mirrors the body, whose triangles then face the other way";
+  for (const char* size : {"1e-120", "1e120", "1e-200", "1e200"}) {
+    const std::string s = size;
+    const std::string rest = " 0 0 0 0 " + s + " 0 0 0 0 " + s + " 0";
+    const auto endsWithMirrors = [&](const std::string& pose) {
+      return PoseWarning(ParsePose(pose, "p"), "p").find(mirrors) != std::string::npos;
+    };
+    EXPECT_TRUE(endsWithMirrors("-" + s + rest)) << s;
+    EXPECT_FALSE(endsWithMirrors(s + rest)) << s;
+  }
+}
+
+TEST(Pose, ByteOrderMarkIsLeftOut) {
+  ExpectOneToTwelve(ParsePose("\xef\xbb\xbf"
+                              "1 2 3 4 5 6 7 8 9 10 11 12",
+                              "p"));
+}
+
 TEST(Pose, CornersGoWhereTheMatrixPutsThem) {
   gsl_mesh::Mesh mesh;
   mesh.corners = {{0.1, 0.2, 0.3}, {1.0, 0.0, 0.0}, {-1.0 / 3.0, 1e10, 1e-10}};

@@ -62,6 +62,16 @@ TEST(Resolution, OffsetRoundsToDouble) {
   EXPECT_EQ(ResolutionOf(mesh, {0, -1e12, 0}), 0x1p-13); // 1e12 is below 2^40
 }
 
+TEST(Resolution, PoseRoundsBeforeTheOffset) {
+  // The pose puts the body at 2^30, where doubles are 2^-22 apart; the offset brings it back.
+  const Mesh mesh = Box({0.1, 0, 0}, {0.3, 1, 1});
+  gsl_Matrix pose;
+  pose.m[2][3] = 0x1p30;
+  pose.isIdentity = -1;
+  const Body placed = Body(ViewOf(mesh)).Moved(pose);
+  EXPECT_EQ(Resolution(mesh, placed, pose, {0.0, 0.0, -0x1p30}).Get(), 0x1p-22);
+}
+
 TEST(Resolution, PoseThatStretchesMakesItCoarser) {
   const Mesh mesh = Box({0, 0, 0}, {1, 2, 100});
   const Body body(ViewOf(mesh));
