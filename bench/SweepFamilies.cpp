@@ -407,10 +407,10 @@ Scene InSingle(std::size_t n) {
 
 const std::vector<Family>& AllFamilies() {
   static const std::vector<Family> kFamilies = {
-      {"figures apart", Kind::Apart, false, InSingle<Figures>},
-      {"spheres apart", Kind::Apart, false, InSingle<Spheres>},
-      {"figures apart, in double precision", Kind::Apart, true, Figures},
-      {"interlocked combs", Kind::Interleaved, false, InSingle<Combs>},
+      {"figures apart", Kind::Apart, false, InSingle<Figures>, true},
+      {"spheres apart", Kind::Apart, false, InSingle<Spheres>, true},
+      {"figures apart, in double precision", Kind::Apart, true, Figures, true},
+      {"interlocked combs", Kind::Interleaved, false, InSingle<Combs>, true},
       {"interlocked combs, turned", Kind::Interleaved, false, InSingle<TurnedCombs>},
       {"screw in nut", Kind::Interleaved, false, InSingle<ScrewInNut>},
       {"peg in bore", Kind::Interleaved, false, InSingle<PegInBore>},

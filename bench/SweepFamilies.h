@@ -44,8 +44,10 @@ struct Family {
   Kind kind;
   bool isDouble;                        ///< coordinates that single precision does not hold
   Scene (*make)(std::size_t triangles); ///< about so many triangles in each body
+  bool isAlsoLargest = false;           ///< measured at the largest size too, which takes long
 };
 
+/// Returns the families in the order of the tables of docs/performance.md.
 const std::vector<Family>& AllFamilies();
 
 } // namespace sweep_families

@@ -33,9 +33,8 @@ using namespace sweep_families;
 using nlohmann::json;
 
 constexpr std::size_t kSizes[] = {1000, 10000, 100000, 1000000, 3000000};
-/// The families that are measured at the largest size, which takes long.
+/// Only some families are measured at this size.
 constexpr std::size_t kLargest = 3000000;
-constexpr std::size_t kFamiliesAtTheLargest = 4;
 /// A size is left out when the one before lets expect a longer one-shot time, in seconds.
 constexpr double kLongestOneShot = 3.0;
 constexpr double kLongestOneShotAtTheLargest = 1.0;
@@ -371,13 +370,13 @@ bool HasPeers(const Family& family, std::size_t size) {
 }
 
 /// Measures the sizes of a family until they would take too long.
-json FamilyRecord(const Family& family, std::size_t most, bool isMeasuredAtTheLargest,
+json FamilyRecord(const Family& family, std::size_t most,
                   const std::vector<std::size_t>& processors) {
   json sizes = json::array();
   double expected = 0.0;
   std::size_t before = 0;
   for (const std::size_t size : kSizes) {
-    if (size > most || (size == kLargest && !isMeasuredAtTheLargest)) break;
+    if (size > most || (size == kLargest && !family.isAlsoLargest)) break;
     if (before != 0) expected *= static_cast<double>(size) / static_cast<double>(before);
     if (expected > (size == kLargest ? kLongestOneShotAtTheLargest : kLongestOneShot)) break;
     const Scene scene = family.make(size);
@@ -414,11 +413,9 @@ int Main(int argc, char** argv) {
   const std::size_t most = argc > 2 ? std::stoul(argv[2]) : kLargest;
   const std::vector<std::size_t> processors = Processors();
   json families = json::array();
-  std::size_t number = 0;
   for (const Family& family : AllFamilies()) {
-    const bool isMeasuredAtTheLargest = number++ < kFamiliesAtTheLargest;
     if (!std::regex_search("Sweep/" + std::string(family.name), filter)) continue;
-    families.push_back(FamilyRecord(family, most, isMeasuredAtTheLargest, processors));
+    families.push_back(FamilyRecord(family, most, processors));
   }
   const bool isComplete = families.size() == AllFamilies().size() && most >= kLargest;
   const json result = {{"processors", processors.size()},
