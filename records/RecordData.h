@@ -143,7 +143,7 @@ struct gsl_RecordStore::Data {
   std::unordered_map<std::string, std::size_t> rootNames;
   std::vector<Object> objects;
   std::deque<Class> classes;
-  std::unordered_map<std::uint32_t, std::size_t> classOfType;
+  std::unordered_map<std::uint32_t, std::size_t, gsl_records::MixedHash> classOfType;
   gsl_records::TextTable texts;
   gsl_records::PrefixTable prefixes;
   gsl_records::RecordShapes shapes;

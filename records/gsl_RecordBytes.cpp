@@ -56,7 +56,7 @@ void WriteTexts(Writer& out, const gsl_records::TextTable& table) {
 /// The classes of the shapes in the order of first use, and the number of each shape's class.
 struct ClassesOfShapes {
   explicit ClassesOfShapes(const std::vector<Shape>& shapes) {
-    std::unordered_map<std::uint32_t, std::size_t> numbers;
+    std::unordered_map<std::uint32_t, std::size_t, gsl_records::MixedHash> numbers;
     for (const Shape& shape : shapes) {
       const auto [place, isNew] = numbers.try_emplace(shape.typeId, inOrder.size());
       if (isNew) inOrder.push_back(shape.typeId);
@@ -256,8 +256,7 @@ private:
     if (name >= m_data.shapes.Names().Size()) Refuse("A field in the bytes has an unknown name");
     const std::int32_t index = gsl_records::OfZigzag(m_in.Varint32());
     const unsigned int kind = CheckedKind(m_in.Byte());
-    return m_data.shapes.Next(node, m_data.shapes.Names()[name].data(), index,
-                              static_cast<std::uint8_t>(kind));
+    return m_data.shapes.NextOfNumber(node, name, index, static_cast<std::uint8_t>(kind));
   }
 
   static unsigned int CheckedKind(unsigned int kind) {

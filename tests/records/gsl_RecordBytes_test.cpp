@@ -13,6 +13,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <ctime>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -490,6 +491,25 @@ TEST(GslRecordBytes, RecordsThatHoldEachOtherManyTimesAreRefused) {
   // The roots count together.
   Bytes bytes = WithRecords({1, 0, 0, 0}, {0}, {2, 0, 0, 0, 0}, {1, 0, 0});
   EXPECT_EQ(Decoded(bytes).RootCount(), 2u);
+}
+
+TEST(GslRecordBytes, LongNameOfManyFieldsIsNotReadForEachField) {
+  constexpr std::size_t kFields = std::size_t{1} << 18;
+  constexpr std::size_t kLength = std::size_t{1} << 20;
+  Bytes body = {0, 1, 0x80, 0x80, 0x40};
+  body.insert(body.end(), kLength, 'n');
+  // One class, and two shapes: one without fields, and one that no record has.
+  const Bytes tables = {1, 1, 0, 0, 0, 2, 0, 0, 0, 0, 0, 0x80, 0x80, 0x10};
+  body.insert(body.end(), tables.begin(), tables.end());
+  for (std::size_t i = 0; i < kFields; ++i)
+    body.insert(body.end(), {0, 1, 2});
+  const Bytes rest = {0, 1, 0, 0, 1, 0, 0};
+  body.insert(body.end(), rest.begin(), rest.end());
+  const Bytes bytes = RawFrame(body);
+  const std::clock_t start = std::clock();
+  EXPECT_EQ(Decoded(bytes).RecordCount(), 1u);
+  // Reading the name for each field takes tens of seconds.
+  EXPECT_LT(std::clock() - start, 5 * CLOCKS_PER_SEC);
 }
 
 TEST(GslRecordBytes, SmallChecks) {
