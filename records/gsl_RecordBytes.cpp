@@ -143,6 +143,7 @@ private:
       // The tenth byte has room for the highest bit alone.
       if (i + 1 == gsl_records::kMostVarintBytes && byte > 1) break;
       value |= (byte & 0x7Fu) << (7 * i);
+      if (byte == 0) Refuse("A number in the bytes takes more bytes than it needs");
       if (byte < 0x80u) return value;
     }
     Refuse("A number in the bytes is too long");
@@ -306,11 +307,17 @@ private:
     const Shape& shape = m_data.shapes.Shapes()[static_cast<std::size_t>(number)];
     const std::uint64_t prefix = m_in.Varint();
     if (prefix > m_data.prefixes.Size()) Refuse("An identity in the bytes has an unknown prefix");
-    if (prefix != 0) m_in.Varint();
+    if (prefix != 0) CheckSerial(m_data.prefixes[static_cast<Number>(prefix - 1)], m_in.Varint());
     const ShapeField* field = &m_data.shapes.Fields()[shape.firstField];
     for (; field->kind < ShapeField::Entries; ++field)
       CheckValue(static_cast<Kind>(field->kind));
     CheckElements(shape.collection);
+  }
+
+  static void CheckSerial(std::uint64_t prefix, std::uint64_t serial) {
+    if (prefix == 0 && serial == 0) {
+      Refuse("A null identity in the bytes has a prefix and a serial, but must be the number 0");
+    }
   }
 
   void CheckElements(gsl_RecordCollection collection) {

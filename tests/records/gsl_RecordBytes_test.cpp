@@ -493,6 +493,26 @@ TEST(GslRecordBytes, RecordsThatHoldEachOtherManyTimesAreRefused) {
   EXPECT_EQ(Decoded(bytes).RootCount(), 2u);
 }
 
+TEST(GslRecordBytes, EachNumberAndTheNullIdentityHaveOneForm) {
+  const std::string why = "A number in the bytes takes more bytes than it needs";
+  EXPECT_EQ(Decoded(WithValue(0, {0})).RecordCount(), 1u);
+  EXPECT_EQ(Decoded(WithValue(0, {0x80, 1})).RecordCount(), 1u);
+  ExpectRefused(WithValue(0, {0x80, 0}), why);
+  ExpectRefused(WithValue(0, {0x81, 0x80, 0}), why);
+  ExpectRefused(WithValue(3, {0x80, 0}), why);
+  const auto withIdentity = [](std::uint64_t prefix, unsigned char serial) {
+    Bytes body = {0, 0, 1, 1, 0, 0, 1};
+    AppendNumber(body, prefix, 8);
+    const Bytes rest = {1, 0, 0, 0, 0, 1, 0, 0, 1, 0, 1, serial};
+    body.insert(body.end(), rest.begin(), rest.end());
+    return RawFrame(body);
+  };
+  EXPECT_EQ(Decoded(withIdentity(0, 1)).Identity(0), (gsl_RecordIdentity{0, 1}));
+  EXPECT_EQ(Decoded(withIdentity(1, 0)).Identity(0), (gsl_RecordIdentity{1, 0}));
+  ExpectRefused(withIdentity(0, 0),
+                "A null identity in the bytes has a prefix and a serial, but must be the number 0");
+}
+
 TEST(GslRecordBytes, LongNameOfManyFieldsIsNotReadForEachField) {
   constexpr std::size_t kFields = std::size_t{1} << 18;
   constexpr std::size_t kLength = std::size_t{1} << 20;
