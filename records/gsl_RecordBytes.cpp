@@ -383,6 +383,7 @@ private:
       written += m_written[root.record];
       if (written >= kNone) RefuseSize();
     }
+    m_data.placesRead = static_cast<std::size_t>(written);
     for (const bool isHeld : m_isHeld) {
       if (!isHeld) Refuse("A record in the bytes belongs to nothing");
     }

@@ -491,6 +491,18 @@ TEST(GslRecordBytes, RecordsThatHoldEachOtherManyTimesAreRefused) {
   // The roots count together.
   Bytes bytes = WithRecords({1, 0, 0, 0}, {0}, {2, 0, 0, 0, 0}, {1, 0, 0});
   EXPECT_EQ(Decoded(bytes).RootCount(), 2u);
+  // Two roots of 2^31 - 1 records leave no place for a third.
+  Bytes most = doubling(31);
+  const Bytes body(most.begin() + 20, most.end() - 4);
+  const Bytes oneRoot = {1, 0, 30, 31, 0, 0};
+  const auto at = std::search(body.begin(), body.end(), oneRoot.begin(), oneRoot.end());
+  ASSERT_NE(at, body.end());
+  Bytes two(body.begin(), at);
+  two.insert(two.end(), {2, 0, 30, 0, 30});
+  two.insert(two.end(), at + 3, body.end());
+  gsl_RecordStore full = Decoded(RawFrame(two));
+  EXPECT_THROW(full.AddRoot(1, {}), gsl_RecordError);
+  EXPECT_EQ(full.RootCount(), 2u);
 }
 
 TEST(GslRecordBytes, EachNumberAndTheNullIdentityHaveOneForm) {
