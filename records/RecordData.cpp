@@ -17,6 +17,8 @@ using Kind = gsl_RecordKind;
 namespace {
 
 constexpr std::uint64_t kMostBytes = std::uint64_t{1} << 40;
+/// The other half is left for records that are written.
+constexpr std::size_t kMostExtraPlaces = std::size_t{1} << 31;
 
 } // namespace
 
@@ -34,7 +36,8 @@ const unsigned char* gsl_records::SkipValue(const unsigned char* at, std::uint8_
 }
 
 gsl_RecordIndex gsl_RecordStore::Data::NextKey() {
-  return Counted(started++);
+  Counted(PlacesWith(1));
+  return static_cast<gsl_RecordIndex>(started++);
 }
 
 gsl_RecordStore::Data::Frame& gsl_RecordStore::Data::Reopen(gsl_RecordIndex owner) {
@@ -91,25 +94,46 @@ gsl_records::Number gsl_RecordStore::Data::NumberOfObject(gsl_RecordIndex key) c
 
 void gsl_RecordStore::Data::EndRecord() {
   Frame& frame = frames[depth - 1];
-  const Number number = AppendRecord(frame);
-  --depth;
   if (frame.place == Frame::Place::Root) {
-    roots.back().record = number;
+    roots.back().record = AppendRecord(frame);
   } else if (frame.place == Frame::Place::Object) {
-    objects[frame.object].record = number;
+    objects[frame.object].record = AppendRecord(frame);
   } else {
-    Frame& holder = frames[depth - 1];
+    Frame& holder = frames[depth - 2];
     ByteBuffer& link = frame.place == Frame::Place::Value ? holder.values : holder.elements;
-    link.SetEnd(PutVarint(link.Room(kMostVarintBytes), number));
+    unsigned char* const at = link.Room(kMostVarintBytes);
+    link.SetEnd(PutVarint(at, AppendRecord(frame)));
   }
+  --depth;
 }
 
+/// Stores nothing where it throws.
 gsl_records::Number gsl_RecordStore::Data::AppendRecord(const Frame& frame) {
-  const Number shape = shapes.ShapeOf(frame.node);
-  if (offsets.Size() == 0) offsets.Append(bytes.Size());
   const std::size_t begin = bytes.Size();
+  const Number number = Counted(RecordCount());
+  offsets.Room(2);
+  if (offsets.Size() == 0) offsets.Append(begin);
+  std::uint32_t hash = 0;
+  try {
+    AppendBytes(frame);
+    const Number duplicate = FindDuplicate(frame, begin, hash);
+    if (duplicate != kNone) {
+      bytes.Truncate(begin);
+      return duplicate;
+    }
+  } catch (...) {
+    bytes.Truncate(begin);
+    throw;
+  }
+  offsets.Append(bytes.Size());
+  if (frame.identity == gsl_RecordIdentity()) anonymous.Insert(hash, number);
+  return number;
+}
+
+void gsl_RecordStore::Data::AppendBytes(const Frame& frame) {
+  const Number shape = shapes.ShapeOf(frame.node);
   const std::size_t room = 5 * kMostVarintBytes + frame.values.Size() + frame.elements.Size();
-  if (begin + room >= kMostBytes) {
+  if (bytes.Size() + room >= kMostBytes) {
     throw gsl_RecordError("The record store is full: it holds at most 1099511627775 bytes");
   }
   unsigned char* at = PutVarint(bytes.Room(room), shape);
@@ -129,18 +153,11 @@ gsl_records::Number gsl_RecordStore::Data::AppendRecord(const Frame& frame) {
     bytes.Append(0);
     if (frame.collection == gsl_RecordCollection::Doubles) bytes.Append(0);
   }
-  const Number duplicate = FindDuplicate(frame, begin);
-  if (duplicate != kNone) {
-    bytes.Truncate(begin);
-    return duplicate;
-  }
-  const Number number = Counted(RecordCount());
-  offsets.Append(bytes.Size());
-  return number;
 }
 
 /// A record that owns shared objects is new: an equal record that ended before only refers to them.
-gsl_records::Number gsl_RecordStore::Data::FindDuplicate(const Frame& frame, std::size_t begin) {
+gsl_records::Number gsl_RecordStore::Data::FindDuplicate(const Frame& frame, std::size_t begin,
+                                                         std::uint32_t& hash) {
   const std::size_t end = bytes.Size();
   const bool isAnonymous = frame.identity == gsl_RecordIdentity();
   if (!isAnonymous && IsAscending(frame)) return kNone;
@@ -150,13 +167,20 @@ gsl_records::Number gsl_RecordStore::Data::FindDuplicate(const Frame& frame, std
     CatchUpIdentified();
   }
   gsl_records::RecordDuplicates& known = isAnonymous ? anonymous : identified;
-  const std::uint32_t hash = HashOf(begin, end);
+  hash = HashOf(begin, end);
   if (!frame.ownsObjects) {
-    const Number equal =
-        known.Find(hash, [&](Number record) { return AreEqual(record, begin, end); });
-    if (equal != kNone) return equal;
+    std::size_t extra = 0;
+    const Number equal = known.Find(hash, [&](Number record) {
+      if (!AreEqual(record, begin, end)) return false;
+      extra = ExtraPlaces(record, begin, end);
+      return extraPlaces + extra <= kMostExtraPlaces && PlacesWith(extra) < kNone;
+    });
+    if (equal != kNone) {
+      extraPlaces += extra;
+      return equal;
+    }
   }
-  if (isAnonymous) known.Insert(hash, static_cast<Number>(RecordCount()));
+  if (isAnonymous) known.MakeRoom();
   return kNone;
 }
 
@@ -200,60 +224,97 @@ void gsl_RecordStore::Data::InsertDuplicate(Number record, bool isAnonymous) {
   (isAnonymous ? anonymous : identified).Insert(hash, record);
 }
 
-/// The bytes of a record in which each field that owns a shared object only refers to it: they are
-/// equal for records of equal contents.
-const unsigned char* gsl_RecordStore::Data::Canonical(std::size_t begin, std::size_t& size,
-                                                      ByteBuffer& copy) const {
-  const unsigned char* at = bytes.Begin() + begin;
+template <class Visit>
+void gsl_RecordStore::Data::VisitValues(const unsigned char* record, const Visit& visit) const {
   std::uint64_t number = 0;
-  const unsigned char* const record = at;
-  at = GetVarint(at, number);
+  const unsigned char* at = GetVarint(record, number);
   const Shape& shape = shapes.Shapes()[static_cast<std::size_t>(number)];
-  if (!shape.mayHaveObjects) return record;
-  copy.Truncate(0);
-  copy.Append(record, size);
-  const auto refer = [&] { copy[static_cast<std::size_t>(at - record)] |= 1u; };
   at = GetVarint(at, number);
   if (number != 0) at = GetVarint(at, number);
   const ShapeField* field = &shapes.Fields()[shape.firstField];
   for (; field->kind < ShapeField::Entries; ++field) {
-    if (field->kind == static_cast<std::uint8_t>(Kind::Object)) refer();
+    visit(static_cast<Kind>(field->kind), at);
     at = gsl_records::SkipValue(at, field->kind);
   }
-  if (field->kind == ShapeField::End) return copy.Begin();
+  if (field->kind == ShapeField::End) return;
   while (*at != kEndOfEntries) {
     const std::uint8_t kind = *at++;
-    if (kind == static_cast<std::uint8_t>(Kind::Object)) refer();
+    visit(static_cast<Kind>(kind), at);
     at = gsl_records::SkipValue(at, kind);
   }
+}
+
+/// The bytes of a record in which each field that owns a shared object only refers to it: they are
+/// equal for records of equal contents.
+const unsigned char* gsl_RecordStore::Data::Canonical(std::size_t begin, std::size_t size,
+                                                      ByteBuffer& copy) const {
+  const unsigned char* const record = bytes.Begin() + begin;
+  std::uint64_t number = 0;
+  GetVarint(record, number);
+  if (!shapes.Shapes()[static_cast<std::size_t>(number)].mayHaveObjects) return record;
+  copy.Truncate(0);
+  copy.Append(record, size);
+  VisitValues(record, [&](Kind kind, const unsigned char* at) {
+    if (kind == Kind::Object) copy[static_cast<std::size_t>(at - record)] |= 1u;
+  });
   return copy.Begin();
 }
 
 std::uint32_t gsl_RecordStore::Data::HashOf(std::size_t begin, std::size_t end) {
-  std::size_t size = end - begin;
+  const std::size_t size = end - begin;
   const unsigned char* const form = Canonical(begin, size, canonical[0]);
   return gsl_records::HashOfBytes(form, size);
 }
 
 bool gsl_RecordStore::Data::AreEqual(Number record, std::size_t begin, std::size_t end) {
   const auto other = static_cast<std::size_t>(offsets[record]);
-  std::size_t size = end - begin;
+  const std::size_t size = end - begin;
   if (offsets[record + 1] - other != size) return false;
   const unsigned char* const a = Canonical(begin, size, canonical[0]);
   const unsigned char* const b = Canonical(other, size, canonical[1]);
   return std::memcmp(a, b, size) == 0;
 }
 
+std::size_t gsl_RecordStore::Data::ExtraPlaces(Number record, std::size_t begin, std::size_t end) {
+  const unsigned char* const known = bytes.Begin() + offsets[record];
+  if (std::memcmp(known, bytes.Begin() + begin, end - begin) == 0) return 0;
+  CatchUpPlaces();
+  return placesWithin[record] - PlacesWithin(begin);
+}
+
+/// What a record holds has lower numbers.
+std::size_t gsl_RecordStore::Data::PlacesWithin(std::size_t begin) const {
+  std::size_t places = 1;
+  VisitValues(bytes.Begin() + begin, [&](Kind kind, const unsigned char* at) {
+    if (kind != Kind::Record && kind != Kind::Object) return;
+    std::uint64_t link = 0;
+    GetVarint(at, link);
+    if (kind == Kind::Record) {
+      places += placesWithin[static_cast<std::size_t>(link)];
+    } else if ((link & 1u) == 0) {
+      places += placesWithin[objects[static_cast<std::size_t>(link >> 1)].record];
+    }
+  });
+  return places;
+}
+
+void gsl_RecordStore::Data::CatchUpPlaces() {
+  while (placesWithin.Size() < RecordCount()) {
+    const auto begin = static_cast<std::size_t>(offsets[placesWithin.Size()]);
+    placesWithin.Append(static_cast<Number>(PlacesWithin(begin)));
+  }
+}
+
 gsl_RecordStore::Data::Sizes gsl_RecordStore::Data::Size() const {
-  return {RecordCount(), objects.size(),  shapes.Size(),
-          texts.Size(),  prefixes.Size(), classes.size()};
+  return {RecordCount(),   objects.size(), shapes.Size(), texts.Size(),
+          prefixes.Size(), classes.size(), extraPlaces};
 }
 
 void gsl_RecordStore::Data::Truncate(const Sizes& sizes) {
-  if (sizes.records < RecordCount()) {
-    offsets.Truncate(sizes.records + 1);
-    bytes.Truncate(static_cast<std::size_t>(offsets[sizes.records]));
-  }
+  if (sizes.records < RecordCount()) offsets.Truncate(sizes.records + 1);
+  if (offsets.Size() != 0) bytes.Truncate(static_cast<std::size_t>(offsets.Back()));
+  extraPlaces = sizes.extraPlaces;
+  placesWithin.Truncate(std::min(placesWithin.Size(), sizes.records));
   const auto end = static_cast<Number>(sizes.records);
   anonymous.Truncate(end);
   identified.Truncate(end);
@@ -323,8 +384,8 @@ const unsigned char* gsl_RecordStore::Data::ReadValue(const unsigned char* at,
 
 std::size_t gsl_RecordStore::Data::MemoryUse() const {
   std::size_t sum = bytes.BytesHeld() + offsets.BytesHeld() + anonymous.BytesHeld() +
-                    identified.BytesHeld() + texts.BytesHeld() + prefixes.BytesHeld() +
-                    shapes.BytesHeld();
+                    placesWithin.BytesHeld() + identified.BytesHeld() + texts.BytesHeld() +
+                    prefixes.BytesHeld() + shapes.BytesHeld();
   sum += roots.capacity() * sizeof(Root) + objects.capacity() * sizeof(Object) +
          classes.size() * sizeof(Class) + frames.capacity() * sizeof(Frame);
   for (std::size_t i = 0; i < frames.size(); ++i)

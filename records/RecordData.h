@@ -44,6 +44,7 @@ struct gsl_RecordStore::Data {
     gsl_records::RecordShapes::Sizes shapes;
     Number texts, prefixes;
     std::size_t classes;
+    std::size_t extraPlaces;
   };
   struct Root {
     Number record;       ///< kNone while the root is being written
@@ -81,6 +82,10 @@ struct gsl_RecordStore::Data {
 
   // Writing.
   gsl_RecordIndex NextKey();
+  /// How many records there will be at all places. A reader refuses kNone or more.
+  std::size_t PlacesWith(std::size_t further) const {
+    return placesRead + extraPlaces + started + further;
+  }
   /// The frame of a record, after every record that it holds has ended.
   Frame& Open(gsl_RecordIndex owner) {
     if (depth != 0 && frames[depth - 1].key == owner) return frames[depth - 1];
@@ -91,14 +96,16 @@ struct gsl_RecordStore::Data {
   /// Gives the record a field of that kind. Returns where its value goes, with room for it.
   unsigned char* AddField(Frame& frame, const gsl_RecordPlace& place, gsl_RecordKind kind) {
     if (place.name == nullptr) return AddEntry(frame, kind);
+    unsigned char* const at = frame.values.Room(gsl_records::kMostVarintBytes);
     frame.node = shapes.Next(frame.node, place.name, place.index, static_cast<std::uint8_t>(kind));
-    return frame.values.Room(gsl_records::kMostVarintBytes);
+    return at;
   }
   unsigned char* AddEntry(Frame& frame, gsl_RecordKind kind);
   static void EndField(Frame& frame, const gsl_RecordPlace& place, const unsigned char* end) {
     (place.name != nullptr ? frame.values : frame.elements).SetEnd(end);
   }
   void SetCollection(Frame& frame, gsl_RecordCollection collection);
+  /// Leaves the record open where it throws, so that it can be called again.
   void EndRecord();
   void EndAll() {
     while (depth != 0)
@@ -108,14 +115,23 @@ struct gsl_RecordStore::Data {
 
   // Duplicates.
   Number AppendRecord(const Frame& frame);
-  Number FindDuplicate(const Frame& frame, std::size_t begin);
+  void AppendBytes(const Frame& frame);
+  /// Writes the hash of a record without an identity that is new.
+  Number FindDuplicate(const Frame& frame, std::size_t begin, std::uint32_t& hash);
   bool IsAscending(const Frame& frame);
   void CatchUpAnonymous();
   void CatchUpIdentified();
   void InsertDuplicate(Number record, bool isAnonymous);
-  const unsigned char* Canonical(std::size_t begin, std::size_t& size, ByteBuffer& copy) const;
+  /// Calls `visit` with the kind and the place of every value of a record, its entries included.
+  template <class Visit>
+  void VisitValues(const unsigned char* record, const Visit& visit) const;
+  const unsigned char* Canonical(std::size_t begin, std::size_t size, ByteBuffer& copy) const;
   std::uint32_t HashOf(std::size_t begin, std::size_t end);
   bool AreEqual(Number record, std::size_t begin, std::size_t end);
+  /// How many more records there are at a place that holds that record in place of an equal one.
+  std::size_t ExtraPlaces(Number record, std::size_t begin, std::size_t end);
+  std::size_t PlacesWithin(std::size_t begin) const;
+  void CatchUpPlaces();
 
   // Taking back.
   Sizes Size() const;
@@ -143,7 +159,7 @@ struct gsl_RecordStore::Data {
   std::unordered_map<std::string, std::size_t> rootNames;
   std::vector<Object> objects;
   std::deque<Class> classes;
-  std::unordered_map<std::uint32_t, std::size_t> classOfType;
+  std::unordered_map<std::uint32_t, std::size_t, gsl_records::MixedHash> classOfType;
   gsl_records::TextTable texts;
   gsl_records::PrefixTable prefixes;
   gsl_records::RecordShapes shapes;
@@ -153,6 +169,13 @@ struct gsl_RecordStore::Data {
   std::size_t started = 0;
   /// Roots and objects that were read from bytes have no number of a writer.
   std::size_t rootsRead = 0, objectsRead = 0;
+  /// The records of the roots that were read, counted at every place that holds them.
+  std::size_t placesRead = 0;
+  /// How many more records are at all places than were written: a record that refers to a shared
+  /// object may be stored as the record that owns it.
+  std::size_t extraPlaces = 0;
+  /// By record: how many there are within it at all places, itself included. Caught up on demand.
+  gsl_records::PlainBuffer<Number> placesWithin;
 
   gsl_records::RecordDuplicates anonymous, identified;
   std::size_t recordsToLookUp = 0;

@@ -25,16 +25,28 @@ std::uint32_t HashOfBytes(const unsigned char* bytes, std::size_t count) {
   return static_cast<std::uint32_t>(Mixed(Mixed(sum, word), 0));
 }
 
-void RecordDuplicates::Insert(std::uint32_t hash, Number record) {
+void RecordDuplicates::MakeRoom() {
   constexpr std::size_t kFirst = 64;
-  if (2 * (m_used + 1) > m_slots.size()) {
-    Rebuild(m_slots.empty() ? kFirst : 2 * m_slots.size(), kNone);
+  if (2 * (m_used + 1) <= m_slots.size()) return;
+  std::vector<Slot> old(m_slots.empty() ? kFirst : 2 * m_slots.size());
+  old.swap(m_slots);
+  m_used = 0;
+  for (const Slot& slot : old) {
+    if (slot.record != kNone) Put(slot);
   }
+}
+
+void RecordDuplicates::Insert(std::uint32_t hash, Number record) {
+  MakeRoom();
   Put({hash, record});
 }
 
-void RecordDuplicates::Truncate(Number first) {
-  if (m_used != 0) Rebuild(m_slots.size(), first);
+void RecordDuplicates::Truncate(Number first) noexcept {
+  if (m_used == 0) return;
+  for (std::size_t i = 0; i < m_slots.size(); ++i) {
+    while (m_slots[i].record != kNone && m_slots[i].record >= first)
+      Remove(i);
+  }
 }
 
 void RecordDuplicates::Put(const Slot& slot) {
@@ -45,13 +57,18 @@ void RecordDuplicates::Put(const Slot& slot) {
   ++m_used;
 }
 
-void RecordDuplicates::Rebuild(std::size_t size, Number end) {
-  std::vector<Slot> old(size);
-  old.swap(m_slots);
-  m_used = 0;
-  for (const Slot& slot : old) {
-    if (slot.record < end) Put(slot);
+/// Moves later records of the run back, so that none is after a free place of its own run.
+void RecordDuplicates::Remove(std::size_t place) noexcept {
+  std::size_t gap = place;
+  for (std::size_t i = (gap + 1) & Mask(); m_slots[i].record != kNone; i = (i + 1) & Mask()) {
+    const std::size_t home = m_slots[i].hash & Mask();
+    // A record whose first place is after the gap stays where it is.
+    if (((i - home) & Mask()) < ((i - gap) & Mask())) continue;
+    m_slots[gap] = m_slots[i];
+    gap = i;
   }
+  m_slots[gap] = {};
+  --m_used;
 }
 
 } // namespace gsl_records

@@ -24,9 +24,12 @@ public:
     }
     return kNone;
   }
+  /// Makes room for one further record.
+  void MakeRoom();
+  /// Throws nothing after MakeRoom.
   void Insert(std::uint32_t hash, Number record);
   /// Forgets the records from number `first` on.
-  void Truncate(Number first);
+  void Truncate(Number first) noexcept;
   std::size_t BytesHeld() const { return m_slots.capacity() * sizeof(Slot); }
 
 private:
@@ -37,7 +40,7 @@ private:
 
   std::size_t Mask() const { return m_slots.size() - 1; }
   void Put(const Slot& slot);
-  void Rebuild(std::size_t size, Number end);
+  void Remove(std::size_t place) noexcept;
 
   std::vector<Slot> m_slots;
   std::size_t m_used = 0;

@@ -16,6 +16,7 @@ namespace {
 constexpr unsigned char kMagic[] = {'g', 's', 'l', 'r'};
 constexpr std::size_t kVersionAt = 4;
 constexpr std::size_t kFeaturesAt = 5;
+constexpr std::size_t kUnusedAt = 6;
 constexpr std::size_t kLengthAt = 8;
 constexpr std::size_t kHeaderSumAt = 16;
 constexpr std::size_t kSumSize = 4;
@@ -87,6 +88,9 @@ std::uint64_t CheckedBodySize(Bytes bytes) {
     std::snprintf(text, sizeof text, "0x%02x", features);
     throw gsl_RecordError(std::string("The records use the features ") + text +
                           ", but this library knows none");
+  }
+  if (Get(bytes.begin + kUnusedAt, kLengthAt - kUnusedAt) != 0) {
+    throw gsl_RecordError("Bytes 6 and 7 of the records are not 0, but must be");
   }
   return Get(bytes.begin + kLengthAt, 8);
 }

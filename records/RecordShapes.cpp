@@ -34,10 +34,7 @@ Number RecordShapes::FindNext(Number node, const char* name, std::int32_t index,
                               std::uint8_t kind) {
   // An entry of a list has none, so that an empty name would read as an entry.
   if (*name == '\0') throw gsl_RecordError("A field of a record must have a name");
-  const Number number = m_names.NumberOf(name);
-  const Number next = FindStep({node, number, index, kind}, m_names[number].data());
-  m_nodes[node].likely = next;
-  return next;
+  return NextOfNumber(node, m_names.NumberOf(name), index, kind);
 }
 
 Number RecordShapes::FindStep(const Step& step, const char* characters) {

@@ -71,6 +71,12 @@ public:
     }
     return FindNext(node, name, index, kind);
   }
+  /// The node after a field whose name has that number.
+  Number NextOfNumber(Number node, Number name, std::int32_t index, std::uint8_t kind) {
+    const Number next = FindStep({node, name, index, kind}, m_names[name].data());
+    m_nodes[node].likely = next;
+    return next;
+  }
   /// The node with the same fields as another collection.
   Number WithCollection(Number node, gsl_RecordCollection collection);
 

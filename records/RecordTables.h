@@ -21,6 +21,15 @@ constexpr Number kNone = 0xFFFFFFFFu;
 /// A number of items, as a store keeps it. Throws gsl_RecordError when there are too many.
 Number Counted(std::size_t count);
 
+/// A hash that spreads numbers of one remainder, too: a file may be full of them.
+struct MixedHash {
+  std::size_t operator()(std::uint64_t number) const {
+    number = (number ^ (number >> 30)) * 0xBF58476D1CE4E5B9u;
+    number = (number ^ (number >> 27)) * 0x94D049BB133111EBu;
+    return static_cast<std::size_t>(number ^ (number >> 31));
+  }
+};
+
 class TextTable {
 public:
   TextTable() = default;
@@ -63,7 +72,7 @@ private:
   Number Find(std::uint64_t prefix);
 
   std::vector<std::uint64_t> m_prefixes;
-  std::unordered_map<std::uint64_t, Number> m_numbers;
+  std::unordered_map<std::uint64_t, Number, MixedHash> m_numbers;
   Number m_last = 0;
 };
 

@@ -56,7 +56,7 @@ void WriteTexts(Writer& out, const gsl_records::TextTable& table) {
 /// The classes of the shapes in the order of first use, and the number of each shape's class.
 struct ClassesOfShapes {
   explicit ClassesOfShapes(const std::vector<Shape>& shapes) {
-    std::unordered_map<std::uint32_t, std::size_t> numbers;
+    std::unordered_map<std::uint32_t, std::size_t, gsl_records::MixedHash> numbers;
     for (const Shape& shape : shapes) {
       const auto [place, isNew] = numbers.try_emplace(shape.typeId, inOrder.size());
       if (isNew) inOrder.push_back(shape.typeId);
@@ -143,6 +143,7 @@ private:
       // The tenth byte has room for the highest bit alone.
       if (i + 1 == gsl_records::kMostVarintBytes && byte > 1) break;
       value |= (byte & 0x7Fu) << (7 * i);
+      if (byte == 0) Refuse("A number in the bytes takes more bytes than it needs");
       if (byte < 0x80u) return value;
     }
     Refuse("A number in the bytes is too long");
@@ -256,8 +257,7 @@ private:
     if (name >= m_data.shapes.Names().Size()) Refuse("A field in the bytes has an unknown name");
     const std::int32_t index = gsl_records::OfZigzag(m_in.Varint32());
     const unsigned int kind = CheckedKind(m_in.Byte());
-    return m_data.shapes.Next(node, m_data.shapes.Names()[name].data(), index,
-                              static_cast<std::uint8_t>(kind));
+    return m_data.shapes.NextOfNumber(node, name, index, static_cast<std::uint8_t>(kind));
   }
 
   static unsigned int CheckedKind(unsigned int kind) {
@@ -307,11 +307,17 @@ private:
     const Shape& shape = m_data.shapes.Shapes()[static_cast<std::size_t>(number)];
     const std::uint64_t prefix = m_in.Varint();
     if (prefix > m_data.prefixes.Size()) Refuse("An identity in the bytes has an unknown prefix");
-    if (prefix != 0) m_in.Varint();
+    if (prefix != 0) CheckSerial(m_data.prefixes[static_cast<Number>(prefix - 1)], m_in.Varint());
     const ShapeField* field = &m_data.shapes.Fields()[shape.firstField];
     for (; field->kind < ShapeField::Entries; ++field)
       CheckValue(static_cast<Kind>(field->kind));
     CheckElements(shape.collection);
+  }
+
+  static void CheckSerial(std::uint64_t prefix, std::uint64_t serial) {
+    if (prefix == 0 && serial == 0) {
+      Refuse("A null identity in the bytes has a prefix and a serial, but must be the number 0");
+    }
   }
 
   void CheckElements(gsl_RecordCollection collection) {
@@ -377,6 +383,7 @@ private:
       written += m_written[root.record];
       if (written >= kNone) RefuseSize();
     }
+    m_data.placesRead = static_cast<std::size_t>(written);
     for (const bool isHeld : m_isHeld) {
       if (!isHeld) Refuse("A record in the bytes belongs to nothing");
     }

@@ -170,21 +170,30 @@ void gsl_RecordStore::NameRoot(std::string_view name) {
   Data& data = *m_data;
   if (name.empty()) throw gsl_RecordError("The name of a root must not be empty");
   if (data.roots.empty()) throw gsl_RecordError("There is no root to name");
-  const auto [place, isNew] = data.rootNames.emplace(name, data.roots.size() - 1);
-  static_cast<void>(place);
-  if (!isNew) {
-    throw gsl_RecordError("Two roots cannot have one name, \"" + std::string(name) + "\"");
+  std::string copy(name);
+  if (!data.rootNames.emplace(copy, data.roots.size() - 1).second) {
+    throw gsl_RecordError("Two roots cannot have one name, \"" + copy + "\"");
   }
+  // Nothing throws from here.
   std::string& own = data.roots.back().name;
   if (!own.empty()) data.rootNames.erase(own);
-  own = name;
+  own.swap(copy);
 }
 
 void gsl_RecordStore::NameClass(std::uint32_t typeId, std::string_view name) {
   Data& data = *m_data;
-  const auto [place, isNew] = data.classOfType.emplace(typeId, data.classes.size());
-  if (isNew) data.classes.push_back({typeId, {}});
-  data.classes[place->second].name = name;
+  const auto known = data.classOfType.find(typeId);
+  if (known != data.classOfType.end()) {
+    data.classes[known->second].name = name;
+    return;
+  }
+  data.classes.push_back({typeId, std::string(name)});
+  try {
+    data.classOfType.emplace(typeId, data.classes.size() - 1);
+  } catch (...) {
+    data.classes.pop_back();
+    throw;
+  }
 }
 
 gsl_RecordIndex gsl_RecordStore::AddRecord(gsl_RecordIndex owner, const gsl_RecordPlace& place,

@@ -15,7 +15,8 @@
 /// Sharing  records that are equal in class, identity and contents are stored once.
 /// Reading  sees the roots that ended; a reading call ends the last root. A record has a higher
 ///          number than the records that it holds. No depth of nesting costs stack.
-/// Limits   2^32 - 2 of each item, 2^24 - 2 fields of all classes, 2^40 - 1 bytes.
+/// Limits   2^32 - 2 of each item, where a record counts at every place that holds it; 2^24 - 2
+///          fields of all classes, 2^40 - 1 bytes.
 /// Threads  follow the rules of the standard containers, after Finish.
 /// Errors   gsl_RecordError when the store is full, and std::bad_alloc. Reading throws nothing but
 ///          std::bad_alloc.

@@ -57,9 +57,10 @@ public:
   virtual void SetDoubles(gsl_RecordIndex record, const double* values, std::size_t rows,
                           std::size_t columns) = 0;
 
-  /// Ends the last root.
+  /// Ends the last root. Where it throws, the root stays open: call it again, or take back the
+  /// root.
   virtual void Finish() = 0;
-  /// Takes back a root and every record and field that was added after it.
+  /// Takes back a root and every record and field that was added after it. Throws nothing.
   virtual void TakeBack(gsl_RecordIndex root) = 0;
 
 protected:

@@ -1,9 +1,12 @@
 #include "RecordData.h"
 
+#include "OneFailingAllocation.h"
 #include "Records.h"
 
 #include <gtest/gtest.h>
 
+#include <new>
+#include <string>
 #include <vector>
 
 // The data of a store is private: what it does with equal records shows in the store.
@@ -15,6 +18,65 @@ std::vector<gsl_RecordField> FieldsOf(const gsl_RecordReader& reader, gsl_Record
   for (const gsl_RecordField& field : reader.Fields(record))
     fields.push_back(field);
   return fields;
+}
+
+using Bytes = std::vector<unsigned char>;
+
+constexpr gsl_RecordIndex kNoRoot = 0xFFFFFFFFu;
+
+gsl_RecordStore Decoded(const Bytes& bytes) {
+  return gsl_RecordStore::FromBytes(bytes.data(), bytes.size());
+}
+
+/// Writes a root with a name, classes, texts and identities of its own, records that are equal or
+/// refer to a shared object, and serials that do not ascend. The last records are open.
+void WriteSample(gsl_RecordStore& store, std::uint32_t number, gsl_RecordIndex& root) {
+  const std::string own = "of the sample with the number " + std::to_string(number);
+  root = store.AddRoot(1, {7, 100 - number});
+  store.NameRoot("first name " + own);
+  store.NameRoot("root " + own);
+  store.NameClass(100 + number, "class " + own);
+  store.AddString(root, {"text", 0}, own);
+  store.AddInteger(root, {own.c_str(), 0}, 1);
+  const gsl_RecordIndex list = store.AddRecord(root, {"list", 0}, false, 2, {});
+  store.SetCollection(list, gsl_RecordCollection::Objects);
+  for (std::uint32_t i = 0; i < 40; ++i) {
+    const std::uint32_t value = 100 * number + i % 30;
+    const gsl_RecordIndex entry = store.AddRecord(list, {nullptr, -1}, false, 100 + number, {});
+    store.SetUnsigneds(entry, &value, 1);
+  }
+  for (const std::uint64_t serial : {5u, 3u, 4u, 3u})
+    store.AddDouble(store.AddRecord(root, {"point", 0}, false, 6, {8 + number, serial}), {"x", 0},
+                    1);
+  const gsl_RecordIndex owner = store.AddRecord(root, {"owner", 0}, false, 4, {});
+  const gsl_RecordIndex object = store.AddRecord(owner, {"object", 0}, true, 5, {9, number});
+  store.AddDouble(object, {"x", 0}, 0.5);
+  const gsl_RecordIndex other = store.AddRecord(root, {"other", 0}, false, 4, {});
+  store.AddReference(other, {"object", 0}, object);
+  gsl_RecordIndex inner = store.AddRecord(root, {"inner", 0}, false, 4, {});
+  for (int level = 0; level < 4; ++level) {
+    inner = store.AddRecord(inner, {"inner", 0}, level == 2, 4, {});
+    store.AddString(inner, {"text", 0}, own);
+  }
+}
+
+gsl_RecordStore FirstSample() {
+  gsl_RecordStore store;
+  gsl_RecordIndex root = kNoRoot;
+  WriteSample(store, 1, root);
+  store.Finish();
+  return store;
+}
+
+/// Adds an object whose fields "a" and "b" each have a record of their own with the same object of
+/// the level below.
+gsl_RecordIndex AddLevels(gsl_RecordStore& store, gsl_RecordIndex owner, int levels) {
+  const gsl_RecordIndex object = store.AddRecord(owner, {"o", 0}, true, 2, {});
+  if (levels == 0) return object;
+  const gsl_RecordIndex a = store.AddRecord(object, {"a", 0}, false, 3, {});
+  const gsl_RecordIndex below = AddLevels(store, a, levels - 1);
+  store.AddReference(store.AddRecord(object, {"b", 0}, false, 3, {}), {"o", 0}, below);
+  return object;
 }
 
 } // namespace
@@ -127,4 +189,86 @@ TEST(RecordData, RecordThatIsTakenBackIsNotFoundAgain) {
   add(3);
   EXPECT_EQ(store.RecordCount(), 4u);
   EXPECT_EQ(store.Root(3), store.Root(1));
+}
+
+TEST(RecordData, StoreIsAsBeforeWhenARootIsTakenBackAfterAFailedAllocation) {
+  for (const bool isRead : {false, true}) {
+    const Bytes before = FirstSample().ToBytes();
+    const auto start = [&] { return isRead ? Decoded(before) : FirstSample(); };
+    gsl_RecordStore whole = start();
+    gsl_RecordIndex root = kNoRoot;
+    WriteSample(whole, 2, root);
+    const Bytes after = whole.ToBytes();
+    long failures = 0;
+    for (bool hasFailed = true; hasFailed; failures += hasFailed ? 1 : 0) {
+      gsl_RecordStore store = start();
+      root = kNoRoot;
+      hasFailed = false;
+      try {
+        const OneFailingAllocation failure(failures);
+        WriteSample(store, 2, root);
+        store.Finish();
+      } catch (const std::bad_alloc&) {
+        hasFailed = true;
+      }
+      if (!hasFailed) continue;
+      bool hasAllocated = false;
+      {
+        const OneFailingAllocation first(0);
+        if (root != kNoRoot) store.TakeBack(root);
+        hasAllocated = first.HasFailed();
+      }
+      EXPECT_FALSE(hasAllocated);
+      ASSERT_EQ(store.ToBytes(), before) << failures;
+      ASSERT_EQ(store.FindRoot("first name of the sample with the number 2"), 1u) << failures;
+      WriteSample(store, 2, root);
+      ASSERT_EQ(store.ToBytes(), after) << failures;
+    }
+    EXPECT_GT(failures, 20);
+  }
+}
+
+TEST(RecordData, RootThatCouldNotEndEndsLater) {
+  const auto write = [](gsl_RecordStore& store) {
+    const gsl_RecordIndex root = store.AddRoot(1, {1, 2});
+    const gsl_RecordIndex child = store.AddRecord(root, {"child", 0}, false, 2, {});
+    store.AddInteger(store.AddRecord(child, {"object", 0}, true, 3, {}), {"x", 0}, 1);
+  };
+  gsl_RecordStore whole;
+  write(whole);
+  const Bytes expected = whole.ToBytes();
+  bool hasFailed = true;
+  long failures = 0;
+  for (; hasFailed; failures += hasFailed ? 1 : 0) {
+    gsl_RecordStore store;
+    write(store);
+    hasFailed = false;
+    try {
+      const OneFailingAllocation failure(failures);
+      store.Finish();
+    } catch (const std::bad_alloc&) {
+      hasFailed = true;
+    }
+    ASSERT_EQ(store.ToBytes(), expected) << failures;
+  }
+  EXPECT_GT(failures, 3);
+}
+
+TEST(RecordData, WhatIsWrittenIsReadHoweverManyPlacesReferToAnOwner) {
+  // The object of level i has 2^(i + 2) - 3 records when every record that refers to the object
+  // below is stored as the one that owns it.
+  constexpr int kLevels = 33;
+  gsl_RecordStore store;
+  const gsl_RecordIndex root = store.AddRoot(1, {});
+  AddLevels(store, root, kLevels);
+  const Bytes bytes = store.ToBytes();
+  // The root, the objects, each record "a"; and "b" where it would be too many, from level 30 on.
+  EXPECT_EQ(store.RecordCount(), 1u + 34u + 33u + 4u);
+  const gsl_RecordStore read = Decoded(bytes);
+  EXPECT_EQ(read.ToBytes(), bytes);
+  EXPECT_TRUE(SameRecords(read, store));
+  // What is taken back counts no more.
+  store.TakeBack(root);
+  AddLevels(store, store.AddRoot(1, {}), kLevels);
+  EXPECT_EQ(store.ToBytes(), bytes);
 }

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <random>
 #include <set>
 #include <vector>
 
@@ -25,6 +26,26 @@ TEST(RecordDuplicates, EqualOneIsFoundAmongThoseOfOneHash) {
   EXPECT_EQ(find(500 % 3, 500), kNone);
   known.Insert(500 % 3, 500);
   EXPECT_EQ(find(500 % 3, 500), 500u);
+}
+
+TEST(RecordDuplicates, RecordsThatStayAreFoundWhenOthersAreForgotten) {
+  // Runs of neighbouring places, one of which goes past the end of the table.
+  std::mt19937 random(20261122);
+  for (int n = 0; n < 2000; ++n) {
+    gsl_records::RecordDuplicates known;
+    std::vector<std::uint32_t> hashes(20 + random() % 12);
+    for (Number record = 0; record < hashes.size(); ++record) {
+      hashes[record] = 56 + random() % 16;
+      known.Insert(hashes[record], record);
+    }
+    const Number first = static_cast<Number>(random() % hashes.size());
+    known.Truncate(first);
+    for (Number record = 0; record < hashes.size(); ++record) {
+      const Number found =
+          known.Find(hashes[record], [&](Number other) { return other == record; });
+      ASSERT_EQ(found, record < first ? record : kNone) << n;
+    }
+  }
 }
 
 TEST(RecordDuplicates, HashTakesEveryByteAndTheLength) {

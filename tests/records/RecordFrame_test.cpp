@@ -82,6 +82,16 @@ TEST(RecordFrame, UnknownFeaturesAreNamed) {
   EXPECT_EQ(MessageFor(bytes), "The records use the features 0x82, but this library knows none");
 }
 
+TEST(RecordFrame, BytesWithoutAMeaningAreZero) {
+  for (const std::size_t at : {6u, 7u}) {
+    Form bytes = {'g', 's', 'l', 'r', 2, 0, 0, 0};
+    bytes[at] = 1;
+    AppendNumber(bytes, 0, 8);
+    AppendNumber(bytes, RawChecksum(bytes), 4);
+    EXPECT_EQ(MessageFor(bytes), "Bytes 6 and 7 of the records are not 0, but must be");
+  }
+}
+
 TEST(RecordFrame, CutOrExtendedBytesAreNamed) {
   const Form bytes = Framed({1, 2, 3});
   ASSERT_EQ(bytes.size(), 27u);

@@ -57,6 +57,18 @@ TEST(RecordShapes, FieldsAreInWriteOrderWithAMarkAfterThem) {
   EXPECT_EQ(ofList.collection, gsl_RecordCollection::Objects);
 }
 
+TEST(RecordShapes, NumberOfANameLeadsWhereTheNameLeads) {
+  RecordShapes shapes;
+  const Number start = shapes.Start(1, kNoCollection);
+  const Number x = shapes.Next(start, "x", 0, 1);
+  const Number y = shapes.Next(start, "y", 0, 1);
+  EXPECT_EQ(shapes.NextOfNumber(start, 0, 0, 1), x);
+  EXPECT_EQ(shapes.NextOfNumber(start, 1, 0, 1), y);
+  const Number further = shapes.NextOfNumber(x, 1, 2, 3);
+  EXPECT_EQ(shapes.Next(x, "y", 2, 3), further);
+  EXPECT_NE(shapes.Next(x, "y", 2, 4), further);
+}
+
 TEST(RecordShapes, EmptyNameIsRefused) {
   RecordShapes shapes;
   EXPECT_THROW(shapes.Next(shapes.Start(1, kNoCollection), "", 0, 0), gsl_RecordError);

@@ -4,8 +4,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <random>
 #include <string>
+#include <vector>
 
 using gsl_records::Number;
 
@@ -46,6 +48,15 @@ TEST(PrefixTable, EachPrefixHasOneNumberInTheOrderOfFirstUse) {
   table.Truncate(1);
   EXPECT_EQ(table.NumberOf(6), 1u);
   EXPECT_EQ(table.NumberOf(0), 0u);
+}
+
+TEST(MixedHash, NumbersOfOneRemainderSpread) {
+  for (const std::size_t buckets : {1031u, 15173u, 65536u}) {
+    std::vector<int> sizes(buckets, 0);
+    for (std::uint64_t i = 0; i < buckets; ++i)
+      ++sizes[gsl_records::MixedHash()(i * buckets) % buckets];
+    EXPECT_LT(*std::max_element(sizes.begin(), sizes.end()), 16) << buckets;
+  }
 }
 
 TEST(Counted, StopsBeforeTheNumberThatMeansNothing) {

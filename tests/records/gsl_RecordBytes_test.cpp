@@ -13,6 +13,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <ctime>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -490,6 +491,57 @@ TEST(GslRecordBytes, RecordsThatHoldEachOtherManyTimesAreRefused) {
   // The roots count together.
   Bytes bytes = WithRecords({1, 0, 0, 0}, {0}, {2, 0, 0, 0, 0}, {1, 0, 0});
   EXPECT_EQ(Decoded(bytes).RootCount(), 2u);
+  // Two roots of 2^31 - 1 records leave no place for a third.
+  Bytes most = doubling(31);
+  const Bytes body(most.begin() + 20, most.end() - 4);
+  const Bytes oneRoot = {1, 0, 30, 31, 0, 0};
+  const auto at = std::search(body.begin(), body.end(), oneRoot.begin(), oneRoot.end());
+  ASSERT_NE(at, body.end());
+  Bytes two(body.begin(), at);
+  two.insert(two.end(), {2, 0, 30, 0, 30});
+  two.insert(two.end(), at + 3, body.end());
+  gsl_RecordStore full = Decoded(RawFrame(two));
+  EXPECT_THROW(full.AddRoot(1, {}), gsl_RecordError);
+  EXPECT_EQ(full.RootCount(), 2u);
+}
+
+TEST(GslRecordBytes, EachNumberAndTheNullIdentityHaveOneForm) {
+  const std::string why = "A number in the bytes takes more bytes than it needs";
+  EXPECT_EQ(Decoded(WithValue(0, {0})).RecordCount(), 1u);
+  EXPECT_EQ(Decoded(WithValue(0, {0x80, 1})).RecordCount(), 1u);
+  ExpectRefused(WithValue(0, {0x80, 0}), why);
+  ExpectRefused(WithValue(0, {0x81, 0x80, 0}), why);
+  ExpectRefused(WithValue(3, {0x80, 0}), why);
+  const auto withIdentity = [](std::uint64_t prefix, unsigned char serial) {
+    Bytes body = {0, 0, 1, 1, 0, 0, 1};
+    AppendNumber(body, prefix, 8);
+    const Bytes rest = {1, 0, 0, 0, 0, 1, 0, 0, 1, 0, 1, serial};
+    body.insert(body.end(), rest.begin(), rest.end());
+    return RawFrame(body);
+  };
+  EXPECT_EQ(Decoded(withIdentity(0, 1)).Identity(0), (gsl_RecordIdentity{0, 1}));
+  EXPECT_EQ(Decoded(withIdentity(1, 0)).Identity(0), (gsl_RecordIdentity{1, 0}));
+  ExpectRefused(withIdentity(0, 0),
+                "A null identity in the bytes has a prefix and a serial, but must be the number 0");
+}
+
+TEST(GslRecordBytes, LongNameOfManyFieldsIsNotReadForEachField) {
+  constexpr std::size_t kFields = std::size_t{1} << 18;
+  constexpr std::size_t kLength = std::size_t{1} << 20;
+  Bytes body = {0, 1, 0x80, 0x80, 0x40};
+  body.insert(body.end(), kLength, 'n');
+  // One class, and two shapes: one without fields, and one that no record has.
+  const Bytes tables = {1, 1, 0, 0, 0, 2, 0, 0, 0, 0, 0, 0x80, 0x80, 0x10};
+  body.insert(body.end(), tables.begin(), tables.end());
+  for (std::size_t i = 0; i < kFields; ++i)
+    body.insert(body.end(), {0, 1, 2});
+  const Bytes rest = {0, 1, 0, 0, 1, 0, 0};
+  body.insert(body.end(), rest.begin(), rest.end());
+  const Bytes bytes = RawFrame(body);
+  const std::clock_t start = std::clock();
+  EXPECT_EQ(Decoded(bytes).RecordCount(), 1u);
+  // Reading the name for each field takes tens of seconds.
+  EXPECT_LT(std::clock() - start, 5 * CLOCKS_PER_SEC);
 }
 
 TEST(GslRecordBytes, SmallChecks) {

@@ -1,5 +1,6 @@
 #include "gsl_RecordStore.h"
 
+#include "OneFailingAllocation.h"
 #include "Records.h"
 #include "gsl_RecordError.h"
 
@@ -7,6 +8,7 @@
 
 #include <cmath>
 #include <limits>
+#include <new>
 #include <string>
 #include <utility>
 
@@ -182,6 +184,56 @@ TEST(GslRecordStore, ClassHasItsLastName) {
   store.NameClass(1, "new");
   EXPECT_EQ(store.ClassName(1), "new");
   EXPECT_EQ(store.ClassName(2), "");
+}
+
+TEST(GslRecordStore, NameThatFindsNoMemoryIsNotGiven) {
+  const std::string before(100, 'b');
+  const std::string name(100, 'n');
+  bool hasFailed = true;
+  long failures = 0;
+  for (; hasFailed; failures += hasFailed ? 1 : 0) {
+    gsl_RecordStore store;
+    const gsl_RecordIndex root = store.AddRoot(1, {});
+    store.NameRoot(before);
+    hasFailed = false;
+    try {
+      const OneFailingAllocation failure(failures);
+      store.NameRoot(name);
+    } catch (const std::bad_alloc&) {
+      hasFailed = true;
+    }
+    EXPECT_EQ(store.RootName(0), hasFailed ? before : name);
+    EXPECT_EQ(store.FindRoot(before), hasFailed ? 0u : 1u);
+    EXPECT_EQ(store.FindRoot(name), hasFailed ? 1u : 0u);
+    store.TakeBack(root);
+    store.AddRoot(1, {});
+    EXPECT_NO_THROW(store.NameRoot(name));
+    EXPECT_NO_THROW(store.NameRoot(before));
+  }
+  EXPECT_GT(failures, 1);
+}
+
+TEST(GslRecordStore, ClassNameThatFindsNoMemoryIsNotGiven) {
+  const std::string name(100, 'n');
+  bool hasFailed = true;
+  long failures = 0;
+  for (; hasFailed; failures += hasFailed ? 1 : 0) {
+    gsl_RecordStore store;
+    const gsl_RecordIndex root = store.AddRoot(1, {});
+    hasFailed = false;
+    try {
+      const OneFailingAllocation failure(failures);
+      store.NameClass(1, name);
+    } catch (const std::bad_alloc&) {
+      hasFailed = true;
+    }
+    EXPECT_EQ(store.ClassName(1), hasFailed ? "" : name);
+    store.TakeBack(root);
+    EXPECT_EQ(store.ClassName(1), "");
+    store.NameClass(1, name);
+    EXPECT_EQ(store.ClassName(1), name);
+  }
+  EXPECT_GT(failures, 1);
 }
 
 TEST(GslRecordStore, StoreThatWasReadTakesFurtherRoots) {

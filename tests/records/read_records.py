@@ -34,6 +34,8 @@ def body_of(data):
         raise Refused("damaged header")
     if data[5] != 0:
         raise Refused("unknown features")
+    if data[6] != 0 or data[7] != 0:
+        raise Refused("bytes 6 and 7 are not 0")
     (length,) = struct.unpack_from("<Q", data, 8)
     blocks = -(-length // 2**20)
     if len(data) != 20 + length + 4 * blocks:
@@ -67,6 +69,8 @@ class Body:
             value |= (byte & 0x7F) << shift
             if byte < 0x80:
                 break
+        if byte == 0 and shift != 0:
+            raise Refused("number takes more bytes than it needs")
         if byte < 0x80 and value < 2**64:
             return value
         raise Refused("number too long")
@@ -142,6 +146,8 @@ def read_record(body, shapes, prefixes, texts, objects):
     number, identity = body.varint(), (0, 0)
     if number:
         identity = (prefixes[number - 1], body.varint())
+        if identity == (0, 0):
+            raise Refused("null identity with a prefix")
     fields = []
     for name, index, kind in shape_fields:
         start = body.at

@@ -57,8 +57,15 @@ private:
     if (m_namedClasses[typeId % kRecentClasses] != typeId) FindClassName(typeId);
   }
   void FindClassName(unsigned int typeId);
+  void TakeBack(std::uint32_t root) noexcept;
+  /// Ends a root that its visitor could not end. Takes it back where that throws again.
+  void EndOpenRoot();
+
+  static constexpr std::uint32_t kNoRecord = 0xFFFFFFFFu;
 
   gsl_RecordWriter& m_writer;
+  /// The root that its visitor could not end.
+  std::uint32_t m_openRoot = kNoRecord;
   std::unordered_map<Key, Written, HashOfKey> m_objects;
   std::array<unsigned int, kRecentClasses> m_namedClasses = {};
 };
@@ -71,7 +78,10 @@ private:
 ///           root before it: what has ended takes no further fields.
 /// Errors    cls_RecordException for a field before StartWrite, a second record in one place, and
 ///           nesting deeper than kMostNesting; what the writer throws. When an exception destroys a
-///           root visitor, the records of its latest object are taken back.
+///           root visitor, the records of its latest object are taken back. The destructor throws
+///           nothing: a root that cannot end stays open. The next root of the save ends it, or
+///           takes it back and throws what the writer throws; a store that is read before tries the
+///           same, and keeps the root open where it throws.
 class GSL_HOST_API cls_WriteVisitor {
 public:
   static constexpr unsigned int kMostNesting = 1000;
@@ -120,7 +130,7 @@ public:
 private:
   friend class cls_ListWriter;
 
-  static constexpr std::uint32_t kNoRecord = 0xFFFFFFFFu;
+  static constexpr std::uint32_t kNoRecord = cls_Save::kNoRecord;
 
   using CopyHolder = std::shared_ptr<const void> (*)(const void*);
 
@@ -139,7 +149,6 @@ private:
   int StartShared(unsigned int typeId, const cls_Uid& uid) const;
   void StartChild(unsigned int typeId, const cls_Uid& uid, bool isShared) const;
   void StartElements(int type) const;
-  void TakeBack() const;
 
   cls_Save& m_save;
   /// Empty for a root without a name, and for a record that is not a root.

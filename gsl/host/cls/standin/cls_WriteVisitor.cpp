@@ -39,6 +39,24 @@ void cls_Save::FindClassName(unsigned int typeId) {
   m_namedClasses[typeId % kRecentClasses] = typeId;
 }
 
+void cls_Save::TakeBack(std::uint32_t root) noexcept {
+  m_namedClasses = {};
+  m_writer.TakeBack(root);
+  for (auto written = m_objects.begin(); written != m_objects.end();)
+    written = written->second.record >= root ? m_objects.erase(written) : std::next(written);
+}
+
+void cls_Save::EndOpenRoot() {
+  if (m_openRoot == kNoRecord) return;
+  const std::uint32_t root = std::exchange(m_openRoot, kNoRecord);
+  try {
+    m_writer.Finish();
+  } catch (...) {
+    TakeBack(root);
+    throw;
+  }
+}
+
 cls_WriteVisitor::cls_WriteVisitor(cls_Save& owner, std::uint32_t parent,
                                    const cls_FieldHandle& field, unsigned int level)
     : m_save(owner), m_parentRecord(parent), m_place(field), m_depth(level), m_object(nullptr),
@@ -75,18 +93,13 @@ cls_WriteVisitor::~cls_WriteVisitor() {
   const bool isStarted = m_record != kNoRecord;
   if (!isRoot || !isStarted) return;
   if (std::uncaught_exceptions() > m_exceptionsBefore) {
-    TakeBack();
-  } else {
-    m_save.m_writer.Finish();
+    m_save.TakeBack(m_record);
+    return;
   }
-}
-
-void cls_WriteVisitor::TakeBack() const {
-  m_save.m_namedClasses = {};
-  m_save.m_writer.TakeBack(m_record);
-  for (auto written = m_save.m_objects.begin(); written != m_save.m_objects.end();) {
-    const bool isTakenBack = written->second.record >= m_record;
-    written = isTakenBack ? m_save.m_objects.erase(written) : std::next(written);
+  try {
+    m_save.m_writer.Finish();
+  } catch (...) {
+    m_save.m_openRoot = m_record;
   }
 }
 
@@ -105,6 +118,9 @@ int cls_WriteVisitor::StartWrite(unsigned int typeId, const cls_Uid& uid) const 
 }
 
 void cls_WriteVisitor::StartRoot(unsigned int typeId, const cls_Uid& uid) const {
+  m_save.EndOpenRoot();
+  // An exception that destroys this visitor takes back the root that could not end.
+  if (m_record != kNoRecord) m_save.m_writer.Finish();
   // Until the next root is started, this visitor has nothing to take back.
   m_record = kNoRecord;
   m_record = m_save.m_writer.AddRoot(typeId, IdentityOf(uid));
@@ -113,7 +129,7 @@ void cls_WriteVisitor::StartRoot(unsigned int typeId, const cls_Uid& uid) const 
     try {
       m_save.m_writer.NameRoot({m_rootName.CStr(), m_rootName.Length()});
     } catch (...) {
-      TakeBack();
+      m_save.TakeBack(m_record);
       m_record = kNoRecord;
       throw;
     }

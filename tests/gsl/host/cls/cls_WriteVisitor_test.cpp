@@ -7,6 +7,7 @@
 #include "cls_MetadataRegistrar.h"
 #include "cls_RecordException.h"
 #include "gsl_RecordError.h"
+#include "gsl_RecordWriter.h"
 
 #include <gtest/gtest.h>
 
@@ -27,7 +28,119 @@ void WritePair(const cls_WriteVisitor& to, const TestHolder<TestNode>& a,
   b.Get()->DBWrite(cls_WriteVisitor(to, kSecond, b));
 }
 
+/// Writes to a store, and fails to end a root as often as it is told to.
+class FailingWriter final : public gsl_RecordWriter {
+public:
+  gsl_RecordIndex AddRoot(std::uint32_t typeId, const gsl_RecordIdentity& identity) override {
+    if (isOpen) Finish();
+    isOpen = true;
+    return store.AddRoot(typeId, identity);
+  }
+  void NameRoot(std::string_view name) override { store.NameRoot(name); }
+  void NameClass(std::uint32_t typeId, std::string_view name) override {
+    store.NameClass(typeId, name);
+  }
+  gsl_RecordIndex AddRecord(gsl_RecordIndex owner, const gsl_RecordPlace& place, bool isShared,
+                            std::uint32_t typeId, const gsl_RecordIdentity& identity) override {
+    return store.AddRecord(owner, place, isShared, typeId, identity);
+  }
+  void AddInteger(gsl_RecordIndex owner, const gsl_RecordPlace& place,
+                  std::int32_t value) override {
+    store.AddInteger(owner, place, value);
+  }
+  void AddDouble(gsl_RecordIndex owner, const gsl_RecordPlace& place, double value) override {
+    store.AddDouble(owner, place, value);
+  }
+  void AddBoolean(gsl_RecordIndex owner, const gsl_RecordPlace& place, bool value) override {
+    store.AddBoolean(owner, place, value);
+  }
+  void AddString(gsl_RecordIndex owner, const gsl_RecordPlace& place,
+                 std::string_view value) override {
+    store.AddString(owner, place, value);
+  }
+  void AddReference(gsl_RecordIndex owner, const gsl_RecordPlace& place,
+                    gsl_RecordIndex target) override {
+    store.AddReference(owner, place, target);
+  }
+  void AddNull(gsl_RecordIndex owner, const gsl_RecordPlace& place, std::uint32_t typeId) override {
+    store.AddNull(owner, place, typeId);
+  }
+  void SetCollection(gsl_RecordIndex record, gsl_RecordCollection collection) override {
+    store.SetCollection(record, collection);
+  }
+  void SetUnsigneds(gsl_RecordIndex record, const std::uint32_t* values,
+                    std::size_t count) override {
+    store.SetUnsigneds(record, values, count);
+  }
+  void SetDoubles(gsl_RecordIndex record, const double* values, std::size_t rows,
+                  std::size_t columns) override {
+    store.SetDoubles(record, values, rows, columns);
+  }
+  void Finish() override {
+    if (failures > 0) {
+      --failures;
+      throw gsl_RecordError("full");
+    }
+    store.Finish();
+    isOpen = false;
+  }
+  void TakeBack(gsl_RecordIndex root) override {
+    store.TakeBack(root);
+    isOpen = false;
+  }
+
+  gsl_RecordStore store;
+  int failures = 0;
+
+private:
+  bool isOpen = false;
+};
+
 } // namespace
+
+TEST(ClsWriteVisitor, RootThatCannotEndStaysOpenForTheNextRoot) {
+  FailingWriter writer;
+  cls_Save save(writer);
+  writer.failures = 1;
+  TestNode(1).DBWrite(cls_WriteVisitor(save));
+  EXPECT_EQ(writer.failures, 0);
+  TestNode(2).DBWrite(cls_WriteVisitor(save));
+  EXPECT_EQ(writer.store.RootCount(), 2u);
+  EXPECT_EQ(ReadBack<TestNode>(writer.store, 0).value, 1);
+  EXPECT_EQ(ReadBack<TestNode>(writer.store, 1).value, 2);
+}
+
+TEST(ClsWriteVisitor, RootThatCannotEndTwiceIsReportedAndTakenBack) {
+  const TestHolder<TestNode> shared = Held(4);
+  FailingWriter writer;
+  cls_Save save(writer);
+  TestNode(1).DBWrite(cls_WriteVisitor(save));
+  writer.failures = 2;
+  WritePair(cls_WriteVisitor(save), shared, shared);
+  EXPECT_THROW(TestNode(2).DBWrite(cls_WriteVisitor(save)), gsl_RecordError);
+  EXPECT_EQ(writer.store.RootCount(), 1u);
+  // The next root is none of those that failed, and its objects are new.
+  WritePair(cls_WriteVisitor(save), shared, shared);
+  EXPECT_EQ(writer.store.RootCount(), 2u);
+  EXPECT_EQ(TextOf(writer.store).find("reference"), TextOf(writer.store).rfind("reference"));
+}
+
+TEST(ClsWriteVisitor, NextRootOfAVisitorTakesBackTheOneThatCannotEnd) {
+  FailingWriter writer;
+  cls_Save save(writer);
+  TestNode(1).DBWrite(cls_WriteVisitor(save));
+  try {
+    const cls_WriteVisitor roots(save);
+    TestNode(2).DBWrite(roots);
+    writer.failures = 1;
+    TestNode(3).DBWrite(roots);
+    ADD_FAILURE() << "accepted";
+  } catch (const gsl_RecordError&) {
+  }
+  EXPECT_EQ(writer.failures, 0);
+  EXPECT_EQ(writer.store.RootCount(), 1u);
+  EXPECT_EQ(ReadBack<TestNode>(writer.store, 0).value, 1);
+}
 
 TEST(ClsWriteVisitor, SharedObjectIsStoredOnce) {
   const TestHolder<TestNode> shared = Held(4);
