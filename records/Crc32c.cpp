@@ -50,8 +50,8 @@ ByInstruction(const unsigned char* bytes, std::size_t count, std::uint32_t remai
 
 /// Whether the processor computes this checksum itself.
 [[nodiscard]] bool HasInstruction() {
-  static const bool has = __builtin_cpu_supports("sse4.2") != 0;
-  return has;
+  static const bool kHas = __builtin_cpu_supports("sse4.2") != 0;
+  return kHas;
 }
 #endif
 

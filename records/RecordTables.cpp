@@ -58,7 +58,7 @@ void TextTable::Truncate(Number size) {
 std::size_t TextTable::BytesHeld() const {
   std::size_t bytes = Held(m_numbers);
   for (const std::string& text : m_texts)
-    bytes += sizeof text + text.capacity();
+    bytes += sizeof(std::string) + text.capacity();
   return bytes;
 }
 

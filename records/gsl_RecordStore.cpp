@@ -10,7 +10,6 @@ using gsl_records::GetVarint;
 using gsl_records::kMostVarintBytes;
 using gsl_records::kNone;
 using gsl_records::PutVarint;
-using gsl_records::Shape;
 using gsl_records::ShapeField;
 using Kind = gsl_RecordKind;
 
