@@ -339,6 +339,7 @@ TEST_F(HostileRecords, OneRecordMayBeInTwoFieldsAndOneSharedObjectMayNot) {
 
 TEST_F(HostileRecords, HundredThousandLevelsInAnyField) {
   ForEachField([](const Class& c, const RawRecords& sample, std::size_t i) {
+    const auto levels = static_cast<std::uint32_t>(Scaled(kLevels));
     const RawField& field = sample[0].fields[i];
     const RawRecord* const nested = HoldsRecord(field) ? &sample[field.link] : nullptr;
     for (const bool keepsCollection : {false, true}) {
@@ -346,7 +347,7 @@ TEST_F(HostileRecords, HundredThousandLevelsInAnyField) {
       RawRecords records = sample;
       records[0].fields[i].kind = Kind::Record;
       records[0].fields[i].link = static_cast<std::uint32_t>(sample.size());
-      for (std::uint32_t level = 1; level <= kLevels; ++level) {
+      for (std::uint32_t level = 1; level <= levels; ++level) {
         RawRecord deeper;
         deeper.typeId = nested != nullptr ? nested->typeId : sample[0].typeId;
         if (keepsCollection) deeper.collection = nested->collection;
@@ -354,7 +355,7 @@ TEST_F(HostileRecords, HundredThousandLevelsInAnyField) {
         next.link = static_cast<std::uint32_t>(sample.size()) + level;
         // Only a list has entries without a name.
         if (next.name.empty() && deeper.collection != 1) next.name = "inner";
-        if (level < kLevels) deeper.fields.push_back(next);
+        if (level < levels) deeper.fields.push_back(next);
         records.push_back(std::move(deeper));
       }
       // A reader reads only its own fields. A record of that class reads as a record without
