@@ -170,7 +170,7 @@ def greatest(values):
 
 
 def goals(families, sizes):
-    """(what, limit, measured), each limit a greatest value; measured is None where nothing was measured."""
+    """Yields (what, limit, measured). Each limit is a greatest value, and measured may be None."""
     def one_shot(kind):
         return greatest(f.seconds(1000000) and 1e3 * f.seconds(1000000) for f in families if f.kind == kind)
 

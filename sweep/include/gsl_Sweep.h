@@ -72,8 +72,8 @@ public:
   std::size_t TriangleCount() const;
   /// Returns the number of triangles with a NaN or infinite corner.
   std::size_t SkippedCount() const;
-  /// Writes the least and the greatest coordinates of the triangles that take part; both are zero
-  /// when there are none. Like MemoryBytes, it first begins the preparation of the body.
+  /// Writes the least and the greatest coordinates of the finite triangles. Writes zeros for a
+  /// body without finite triangles. The first call prepares part of the body, as MemoryBytes does.
   void GetBounds(Coord3& low, Coord3& high) const;
   /// Returns the bytes that the body holds at present. The first question increases it.
   std::size_t MemoryBytes() const;

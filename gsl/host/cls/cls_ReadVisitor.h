@@ -58,7 +58,7 @@ public:
 
   /// Reads root number `root` of the load.
   cls_ReadVisitor(cls_Load& load, std::size_t root);
-  /// Reads the root of that name. Throws when there is none.
+  /// Reads the root of that name. Throws when no root has that name.
   cls_ReadVisitor(cls_Load& load, const cow_String& rootName);
   /// Reads the record that belongs to a field. A field that only refers to a shared object is
   /// refused: values that are read from references would multiply what is stored once.

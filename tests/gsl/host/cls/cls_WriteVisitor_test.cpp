@@ -28,7 +28,7 @@ void WritePair(const cls_WriteVisitor& to, const TestHolder<TestNode>& a,
   b.Get()->DBWrite(cls_WriteVisitor(to, kSecond, b));
 }
 
-/// Writes to a store, and fails to end a root as often as it is told to.
+/// Writes to a store. The test sets how many attempts to end a root fail.
 class FailingWriter final : public gsl_RecordWriter {
 public:
   gsl_RecordIndex AddRoot(std::uint32_t typeId, const gsl_RecordIdentity& identity) override {
@@ -119,7 +119,7 @@ TEST(ClsWriteVisitor, RootThatCannotEndTwiceIsReportedAndTakenBack) {
   WritePair(cls_WriteVisitor(save), shared, shared);
   EXPECT_THROW(TestNode(2).DBWrite(cls_WriteVisitor(save)), gsl_RecordError);
   EXPECT_EQ(writer.store.RootCount(), 1u);
-  // The next root is none of those that failed, and its objects are new.
+  // The next root differs from the roots that failed, and its objects are new.
   WritePair(cls_WriteVisitor(save), shared, shared);
   EXPECT_EQ(writer.store.RootCount(), 2u);
   EXPECT_EQ(TextOf(writer.store).find("reference"), TextOf(writer.store).rfind("reference"));
