@@ -109,7 +109,9 @@ TEST(Stages, MemoryIsThatOfTheProcess) {
   EXPECT_GE(lines[0].peak, lines[0].present);
   EXPECT_GE(lines[1].present - lines[0].present, 90.0);
   // A sanitizer keeps what was freed for a while.
-  if (TEST_UNDER_SANITIZER == 0) EXPECT_LT(lines[2].present, lines[1].present - 90.0);
+  if (TEST_UNDER_SANITIZER == 0) {
+    EXPECT_LT(lines[2].present, lines[1].present - 90.0);
+  }
   EXPECT_GE(lines[2].peak, 100.0);
 }
 
