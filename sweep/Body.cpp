@@ -35,6 +35,10 @@ void Body::GetBounds(Coord3& low, Coord3& high) const {
   high = {bounds.high[0], bounds.high[1], bounds.high[2]};
 }
 
+Solidity Body::IsSolid() const {
+  return m_prepared->AsSolid();
+}
+
 std::size_t Body::MemoryBytes() const {
   return m_prepared->Bytes();
 }

@@ -36,6 +36,12 @@ void PreparedBody::NeedLeaves() const {
   });
 }
 
+const Solidity& PreparedBody::AsSolid() const {
+  NeedLeaves();
+  std::call_once(m_solidityOnce, [this] { m_solidity = SolidityOf(m_corners); });
+  return m_solidity;
+}
+
 const Tree<float>& PreparedBody::SingleTree() const {
   NeedLeaves();
   std::call_once(m_singleOnce, [this] {

@@ -4,6 +4,7 @@
 #include "Corners.h"
 #include "Leaves.h"
 #include "Slabs.h"
+#include "Solidity.h"
 #include "Tree.h"
 
 #include <atomic>
@@ -44,6 +45,9 @@ public:
   /// is relative.
   bool IsComfortable() const { return m_isComfortable; }
 
+  /// Returns whether the triangles are the surface of a solid, decided by the first call.
+  const Solidity& AsSolid() const;
+
   const Tree<float>& SingleTree() const;
   /// Returns the tree over the exact coordinates, wherever the body is.
   const Tree<double>& DoubleTree() const;
@@ -66,7 +70,8 @@ private:
   mutable Leaves m_leaves;
   mutable Box<double> m_bounds = Box<double>::Empty();
   mutable Array<Box<float>> m_leafBoxes; ///< until the tree is made
-  mutable std::once_flag m_singleOnce, m_doubleOnce;
+  mutable std::once_flag m_solidityOnce, m_singleOnce, m_doubleOnce;
+  mutable Solidity m_solidity;
   mutable Tree<float> m_single;
   mutable Tree<double> m_double;
   mutable std::atomic<bool> m_hasSingle{false}, m_hasDouble{false};

@@ -8,6 +8,7 @@
 #include <functional>
 #include <limits>
 #include <memory>
+#include <string>
 #include <vector>
 
 class gsl_Matrix;
@@ -46,6 +47,40 @@ struct TriangleView {
   std::size_t triangleCount = 0; ///< with null corners a third of vertexCount
 };
 
+/// What keeps triangles from being the surface of a solid.
+enum class SolidityFault : unsigned char {
+  None,
+  OpenEdge,         ///< one triangle alone uses the edge
+  NonManifoldEdge,  ///< three or more use it, and not as often in one direction as in the other
+  WrongOrientation, ///< two use it in the same direction, or the whole surface is inside out
+  NoVolume          ///< the surface is closed and encloses a volume of zero, or there is none
+};
+
+/// Whether triangles are the surface of a solid: closed, with every edge used as often in one
+/// direction as in the other, and with a positive volume.
+///
+/// Vertices   equal coordinates are one vertex; -0.0 equals 0.0. A vertex inside an edge does not
+///            divide the edge.
+/// Solids     may have cavities, and components that touch each other in faces, edges or vertices.
+///            The volume is that of all components together. So a component that is inside out
+///            beside a larger one is not found.
+/// Degenerate A triangle with two equal corners counts as absent. Any other triangle counts with
+///            its three edges, so a triangle of no area closes the gap where a vertex is inside an
+///            edge.
+/// NaN        triangles that the body skips count as absent.
+struct GSL_SWEEP_API Solidity {
+  SolidityFault fault = SolidityFault::None;
+  bool hasEdge = false; ///< false when the fault is of the whole surface; then the rest is zero
+  /// The lowest triangle at a wrong edge, and the next triangle that uses that edge. Both are the
+  /// same for an open edge.
+  std::size_t triangle = 0, otherTriangle = 0;
+  Coord3 edgeFrom{0.0, 0.0, 0.0}, edgeTo{0.0, 0.0, 0.0}; ///< in the direction of `triangle`
+
+  explicit operator bool() const { return fault == SolidityFault::None; }
+  /// Returns the fault in words, in one line; empty for a solid.
+  std::string Reason() const;
+};
+
 class PreparedBody;
 struct PairState;
 
@@ -75,6 +110,9 @@ public:
   /// Writes the least and the greatest coordinates of the finite triangles. Writes zeros for a
   /// body without finite triangles. The first call prepares part of the body, as MemoryBytes does.
   void GetBounds(Coord3& low, Coord3& high) const;
+  /// Returns whether the triangles are the surface of a solid. The decision is exact, and the first
+  /// call makes it for all copies.
+  Solidity IsSolid() const;
   /// Returns the bytes that the body holds at present. The first question increases it.
   std::size_t MemoryBytes() const;
 

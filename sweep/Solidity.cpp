@@ -1,0 +1,349 @@
+#include "Solidity.h"
+
+#include "BigNatural.h"
+#include "Determinant.h"
+#include "RangeScale.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <vector>
+
+namespace gsl_sweep {
+
+namespace {
+
+using gsl_exact::BigNatural;
+using gsl_exact::Estimate;
+using gsl_exact::VectorBetween;
+
+int NextCorner(int corner) {
+  return corner == 2 ? 0 : corner + 1;
+}
+
+template <class Scalar>
+bool AreEqual(const Scalar* p, const Scalar* q) {
+  return p[0] == q[0] && p[1] == q[1] && p[2] == q[2];
+}
+
+/// Equal points have equal numbers.
+template <class Scalar>
+std::uint64_t HashOf(const Scalar* p) {
+  constexpr std::uint64_t kFactors[3] = {0x9e3779b97f4a7c15u, 0xc2b2ae3d27d4eb4fu,
+                                         0x165667b19e3779f9u};
+  std::uint64_t sum = 0;
+  for (int k = 0; k < 3; ++k) {
+    const Scalar c = p[k] + Scalar{0}; // turns a negative zero into a positive one
+    std::conditional_t<sizeof(Scalar) == sizeof(float), std::uint32_t, std::uint64_t> bits = 0;
+    std::memcpy(&bits, &c, sizeof bits);
+    sum += bits * kFactors[k];
+  }
+  sum ^= sum >> 32;
+  sum *= 0xd6e8feb86659fd93u;
+  return sum ^ sum >> 29;
+}
+
+/// The uses of edges that no use in the opposite direction has cancelled yet. A triangle uses the
+/// edge from each of its corners to the next.
+///
+/// An edge leaves the table with its last use. So the table stays small, and in the nearest cache,
+/// while triangles come in an order in which neighbours follow each other closely.
+template <class Reader>
+class EdgeTable {
+public:
+  explicit EdgeTable(const Reader& reader) : m_reader(reader), m_slots(kLeastSlots) {}
+
+  bool IsEmpty() const { return m_count == 0; }
+
+  /// Adds the three uses of a triangle, unless two of its corners are equal.
+  void Add(std::size_t place) {
+    std::uint64_t hash[3];
+    if (!Hash(place, hash)) return;
+    for (int corner = 0; corner < 3; ++corner)
+      Add(place, corner, hash[corner]);
+  }
+
+  /// Returns the first corner of a triangle that begins an edge in the table, or 3.
+  int FirstIn(std::size_t place) const {
+    std::uint64_t hash[3];
+    if (!Hash(place, hash)) return 3;
+    for (int corner = 0; corner < 3; ++corner) {
+      const Edge edge = EdgeAt(place, corner);
+      for (std::size_t k = Home(hash[corner]); m_slots[k].place != kFree; k = After(k)) {
+        const Edge other = EdgeAt(m_slots[k].place, m_slots[k].corner);
+        if (edge.IsSame(other) || edge.IsOpposite(other)) return corner;
+      }
+    }
+    return 3;
+  }
+
+private:
+  using Point = decltype(Reader::vertices);
+  static constexpr std::size_t kLeastSlots = 1024;
+  static constexpr std::uint32_t kFree = 0xffffffffu; ///< more than any place
+
+  struct Edge {
+    Point from, to;
+
+    bool IsSame(const Edge& other) const {
+      return AreEqual(from, other.from) && AreEqual(to, other.to);
+    }
+    bool IsOpposite(const Edge& other) const {
+      return AreEqual(from, other.to) && AreEqual(to, other.from);
+    }
+  };
+  struct Slot {
+    std::uint64_t hash = 0;
+    std::uint32_t place = kFree;
+    int corner = 0;
+  };
+
+  Edge EdgeAt(std::size_t place, int corner) const {
+    return {m_reader.At(place, corner), m_reader.At(place, NextCorner(corner))};
+  }
+
+  /// Computes a number for each edge that does not depend on its direction. Returns false when two
+  /// corners are equal.
+  bool Hash(std::size_t place, std::uint64_t (&hash)[3]) const {
+    std::uint64_t ofCorner[3];
+    for (int corner = 0; corner < 3; ++corner) {
+      const Edge edge = EdgeAt(place, corner);
+      if (AreEqual(edge.from, edge.to)) return false;
+      ofCorner[corner] = HashOf(edge.from);
+    }
+    for (int corner = 0; corner < 3; ++corner)
+      hash[corner] = (ofCorner[corner] + ofCorner[NextCorner(corner)]) * 0x9fb21c651e98df25u;
+    return true;
+  }
+
+  std::size_t Home(std::uint64_t hash) const {
+    return static_cast<std::size_t>(hash >> 20) & (m_slots.size() - 1);
+  }
+  std::size_t After(std::size_t k) const { return (k + 1) & (m_slots.size() - 1); }
+
+  void Add(std::size_t place, int corner, std::uint64_t hash) {
+    const Edge edge = EdgeAt(place, corner);
+    std::size_t k = Home(hash);
+    for (; m_slots[k].place != kFree; k = After(k)) {
+      if (m_slots[k].hash != hash) continue;
+      if (!edge.IsOpposite(EdgeAt(m_slots[k].place, m_slots[k].corner))) continue;
+      Remove(k);
+      return;
+    }
+    m_slots[k] = {hash, static_cast<std::uint32_t>(place), corner};
+    if (2 * ++m_count > m_slots.size()) Grow();
+  }
+
+  /// Moves later slots up, so that no slot is cut off from its home.
+  void Remove(std::size_t hole) {
+    --m_count;
+    for (std::size_t k = After(hole); m_slots[k].place != kFree; k = After(k)) {
+      const std::size_t mask = m_slots.size() - 1;
+      const std::size_t fromHome = (k - Home(m_slots[k].hash)) & mask;
+      if (fromHome < ((k - hole) & mask)) continue;
+      m_slots[hole] = m_slots[k];
+      hole = k;
+    }
+    m_slots[hole].place = kFree;
+  }
+
+  void Grow() {
+    std::vector<Slot> old(2 * m_slots.size());
+    old.swap(m_slots);
+    for (const Slot& slot : old) {
+      if (slot.place == kFree) continue;
+      std::size_t k = Home(slot.hash);
+      while (m_slots[k].place != kFree)
+        k = After(k);
+      m_slots[k] = slot;
+    }
+  }
+
+  const Reader& m_reader;
+  std::vector<Slot> m_slots; ///< a power of two; at most half of them are in use
+  std::size_t m_count = 0;
+};
+
+/// An edge that is not used as often in one direction as in the other.
+struct WrongEdge {
+  bool any = false;
+  std::size_t place = 0; ///< of the lowest triangle at such an edge
+  int corner = 0;        ///< of this triangle, where its first such edge begins
+};
+
+WrongEdge FindWrongEdge(const Corners& corners) {
+  WrongEdge found;
+  corners.Read([&](const auto& reader) {
+    EdgeTable<std::decay_t<decltype(reader)>> table(reader);
+    for (std::size_t place = 0; place < corners.Count(); ++place)
+      table.Add(place);
+    if (table.IsEmpty()) return;
+    for (std::size_t place = 0; place < corners.Count(); ++place) {
+      if (found.any && corners.Number(place) > corners.Number(found.place)) continue;
+      const int corner = table.FirstIn(place);
+      if (corner < 3) found = {true, place, corner};
+    }
+  });
+  return found;
+}
+
+bool AreEqual(const Coord3& p, const Coord3& q) {
+  return p.x == q.x && p.y == q.y && p.z == q.z;
+}
+
+/// Looks at every use of a wrong edge.
+Solidity Describe(const Corners& corners, const WrongEdge& wrong) {
+  Solidity solidity;
+  solidity.hasEdge = true;
+  solidity.triangle = solidity.otherTriangle = corners.Number(wrong.place);
+  solidity.edgeFrom = corners.At(wrong.place, wrong.corner);
+  solidity.edgeTo = corners.At(wrong.place, NextCorner(wrong.corner));
+  std::size_t uses = 0;
+  for (std::size_t place = 0; place < corners.Count(); ++place) {
+    const Coord3 p[3] = {corners.At(place, 0), corners.At(place, 1), corners.At(place, 2)};
+    if (AreEqual(p[0], p[1]) || AreEqual(p[1], p[2]) || AreEqual(p[2], p[0])) continue;
+    for (int k = 0; k < 3; ++k) {
+      const Coord3& from = p[k];
+      const Coord3& to = p[NextCorner(k)];
+      const bool isSame = AreEqual(from, solidity.edgeFrom) && AreEqual(to, solidity.edgeTo);
+      const bool isOpposite = AreEqual(from, solidity.edgeTo) && AreEqual(to, solidity.edgeFrom);
+      if (!isSame && !isOpposite) continue;
+      ++uses;
+      const std::size_t number = corners.Number(place);
+      if (number == solidity.triangle) continue;
+      if (solidity.otherTriangle == solidity.triangle || number < solidity.otherTriangle) {
+        solidity.otherTriangle = number;
+      }
+    }
+  }
+  // An edge that two triangles use in opposite directions is not wrong.
+  solidity.fault = uses == 1   ? SolidityFault::OpenEdge
+                   : uses == 2 ? SolidityFault::WrongOrientation
+                               : SolidityFault::NonManifoldEdge;
+  return solidity;
+}
+
+/// The tetrahedra over the triangles of a surface, with one apex. The sum of their volumes, each
+/// with its sign, is the volume that the surface encloses.
+class Tetrahedra {
+public:
+  /// Requires a triangle.
+  explicit Tetrahedra(const Corners& corners)
+      : m_corners(corners), m_scale(LargestOf(corners)), m_isScaled(!corners.AreComfortable()),
+        m_apex(At(0, 0)) {}
+
+  /// Returns the sign of the sum: -1, 0 or 1.
+  int VolumeSign() const {
+    const Estimate volume = Estimated();
+    return volume.IsCertain() ? volume.Sign() : ExactSign();
+  }
+
+private:
+  static double LargestOf(const Corners& corners) {
+    double largest = 0.0;
+    if (corners.AreComfortable()) return largest;
+    for (std::size_t place = 0; place < corners.Count(); ++place) {
+      for (int k = 0; k < 3; ++k) {
+        const Coord3 p = corners.At(place, k);
+        largest = std::max({largest, std::fabs(p.x), std::fabs(p.y), std::fabs(p.z)});
+      }
+    }
+    return largest;
+  }
+
+  Coord3 At(std::size_t place, int corner) const {
+    const Coord3 p = m_corners.At(place, corner);
+    return m_isScaled ? m_scale.Down(p) : p;
+  }
+
+  /// Calls work(u, v, w) with the edges of each tetrahedron from the apex.
+  template <class Work>
+  void Each(const Work& work) const {
+    for (std::size_t place = 0; place < m_corners.Count(); ++place) {
+      const Coord3 p[3] = {At(place, 0), At(place, 1), At(place, 2)};
+      work(VectorBetween{&m_apex, &p[0]}, VectorBetween{&m_apex, &p[1]},
+           VectorBetween{&m_apex, &p[2]});
+    }
+  }
+
+  // With n terms and u = 2^-53, a running sum is off by less than n u of the sum of magnitudes, and
+  // so is the sum of magnitudes itself. A body has fewer than 2^31 triangles, so these second
+  // errors are below 2^-22 of their terms; the factor 1.001 covers them.
+  Estimate Estimated() const {
+    double sum = 0.0;
+    double magnitudes = 0.0;
+    double bounds = 0.0;
+    Each([&](const VectorBetween& a, const VectorBetween& b, const VectorBetween& c) {
+      const Estimate volume = EstimateDeterminant(a, b, c);
+      sum += volume.value;
+      magnitudes += std::fabs(volume.value);
+      bounds += volume.bound;
+    });
+    const double roundings = static_cast<double>(m_corners.Count()) * 0x1p-53 * magnitudes;
+    return {sum, 1.001 * (bounds + roundings)};
+  }
+
+  int ExactSign() const {
+    BigNatural positive;
+    BigNatural negative;
+    Each([&](const VectorBetween& a, const VectorBetween& b, const VectorBetween& c) {
+      const auto volume = ExactDeterminant(a, b, c);
+      if (volume.Sign() == 0) return;
+      BigNatural& sum = volume.Sign() > 0 ? positive : negative;
+      sum = BigNatural::Plus(sum, BigNatural::MagnitudeOf(volume));
+    });
+    return BigNatural::Compare(positive, negative);
+  }
+
+  const Corners& m_corners;
+  RangeScale m_scale;
+  bool m_isScaled;
+  Coord3 m_apex;
+};
+
+std::string TextOf(const Coord3& p) {
+  std::string text = "(";
+  for (const double c : {p.x, p.y, p.z}) {
+    char digits[32];
+    const std::to_chars_result end = std::to_chars(digits, digits + sizeof digits, c + 0.0);
+    if (text.size() > 1) text += ", ";
+    text.append(digits, end.ptr);
+  }
+  return text + ")";
+}
+
+} // namespace
+
+Solidity SolidityOf(const Corners& corners) {
+  const WrongEdge wrong = FindWrongEdge(corners);
+  if (wrong.any) return Describe(corners, wrong);
+  Solidity solidity;
+  const int volume = corners.Count() == 0 ? 0 : Tetrahedra(corners).VolumeSign();
+  if (volume == 0) solidity.fault = SolidityFault::NoVolume;
+  if (volume < 0) solidity.fault = SolidityFault::WrongOrientation;
+  return solidity;
+}
+
+std::string Solidity::Reason() const {
+  const std::string edge = "the edge from " + TextOf(edgeFrom) + " to " + TextOf(edgeTo);
+  const std::string one = "triangle " + std::to_string(triangle);
+  const std::string two =
+      "triangles " + std::to_string(triangle) + " and " + std::to_string(otherTriangle);
+  switch (fault) {
+  case SolidityFault::None:
+    break;
+  case SolidityFault::OpenEdge:
+    return "open edge: " + one + " alone uses " + edge;
+  case SolidityFault::NonManifoldEdge:
+    return "non-manifold edge: three or more triangles, the first of them " +
+           std::to_string(triangle) + " and " + std::to_string(otherTriangle) + ", use " + edge;
+  case SolidityFault::WrongOrientation:
+    if (hasEdge) return "wrong orientation: " + two + " use in the same direction " + edge;
+    return "wrong orientation: the surface is inside out, so its volume is negative";
+  case SolidityFault::NoVolume:
+    return "no volume: the triangles enclose nothing";
+  }
+  return {};
+}
+
+} // namespace gsl_sweep
