@@ -1,0 +1,34 @@
+#ifndef REFERENCE_SOLID_SCENES_H
+#define REFERENCE_SOLID_SCENES_H
+
+#include "SolidJudge.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+/// Scenes of two solids. Most are degenerate: they share walls, edges, vertices or cross sections.
+namespace reference {
+
+struct SolidScene {
+  std::string name; ///< family and seed, enough to make the scene again
+  SolidQuestion question;
+  double unit = 1.0; ///< of the lattice, a power of two
+};
+
+std::size_t SolidFamilyCount();
+const char* SolidFamilyName(std::size_t family);
+
+/// Makes a scene, which is the same on every machine.
+SolidScene MakeSolidScene(std::size_t family, std::uint64_t seed);
+
+/// Returns the corners of a surface in the units of the scene.
+std::vector<Coord3> CornersOf(const SolidScene& scene, const LatticeSolid& solid);
+
+/// Returns the triangles and the direction of a scene, for a report.
+std::string Describe(const SolidScene& scene);
+
+} // namespace reference
+
+#endif
