@@ -109,15 +109,19 @@ std::vector<const PreparedBody*> AllBodies(const SceneBodies& bodies) {
   return all;
 }
 
-/// Makes the slabs, which take time and save time from the second question on.
+/// Makes the slabs, which take time and save time from the second question on, and fine trees where
+/// the questions so far were hard.
 void MakeSlabs(const SceneBodies& bodies, const Run& run, Tally& tally) {
   std::vector<const PreparedBody*> lacking = AllBodies(bodies);
   const auto needsNone = [](const PreparedBody* body) {
-    return body->SlabsIfMade() != nullptr || !body->IsComfortable();
+    return !body->IsComfortable() ||
+           (body->SlabsIfMade() != nullptr && !(body->DeservesFine() && !body->FineIfMade()));
   };
   lacking.erase(std::remove_if(lacking.begin(), lacking.end(), needsNone), lacking.end());
   RunJobs(run, lacking.size(), [&](std::size_t k) {
-    if (!tally.IsCancelled()) lacking[k]->MakeSlabs([&tally] { return tally.Continue(0.0); });
+    const auto goesOn = [&tally] { return tally.Continue(0.0); };
+    if (!tally.IsCancelled()) lacking[k]->MakeSlabs(goesOn);
+    if (!tally.IsCancelled() && lacking[k]->DeservesFine()) lacking[k]->MakeFine(goesOn);
   });
 }
 
