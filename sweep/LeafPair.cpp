@@ -274,7 +274,8 @@ unsigned LeafPair<Scalar>::ThatReach(const Box<Scalar>& otherBox, Scalar limit) 
 }
 
 // n . p is off by at most 5 u of its reach (products, two sums of at most 1.8 reaches), n . d by 9
-// u; where |n . d| is at least 2^-6, the quotient is off by less than 2^-43 of itself.
+// u; where |n . d| is at least 2^-6, the quotient is off by less than 2^-43 of itself. Elsewhere a
+// triangle does not reach the slab when it is farther away than it moves along the normal.
 template <class Scalar>
 template <bool kMoves>
 unsigned LeafPair<Scalar>::ThatReach(const Slab& slab, double limit) const {
@@ -285,7 +286,6 @@ unsigned LeafPair<Scalar>::ThatReach(const Slab& slab, double limit) const {
   const double along = static_cast<double>(slab.normal[0]) * d.x +
                        static_cast<double>(slab.normal[1]) * d.y +
                        static_cast<double>(slab.normal[2]) * d.z;
-  if (!(std::fabs(along) > 0x1p-6)) return ~0u;
   const Double4 error = Double4::Of((moving.reach + fixed.reach) * 0x1p-49);
   const Double4 slabFrom = Double4::Of(slab.from);
   const Double4 slabTo = Double4::Of(slab.to);
@@ -301,6 +301,11 @@ unsigned LeafPair<Scalar>::ThatReach(const Slab& slab, double limit) const {
     }
     const Double4 low = Least(extent[0], Least(extent[1], extent[2])) - error;
     const Double4 high = Most(extent[0], Most(extent[1], extent[2])) + error;
+    if (!(std::fabs(along) > 0x1p-6)) {
+      const Double4 gap = Most(slabFrom - high, low - slabTo);
+      mask |= AtMost(gap, Double4::Of(limit * (std::fabs(along) + 0x1p-48))) << k;
+      continue;
+    }
     Double4 toMeet;
     if (kMoves) {
       toMeet = along > 0.0 ? slabFrom - high : slabTo - low;

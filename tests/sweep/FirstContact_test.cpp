@@ -146,4 +146,60 @@ TEST(FirstContact, TiesOfWholeObliqueFacesGoToTheFirstPair) {
   }
 }
 
+/// Counts the pairs of triangles that meet, and looks at every pair of leaves.
+struct MeetingPairs {
+  float Limit() const { return Box<float>::kFar; }
+  bool IsSettled(const NodePair<float>&) { return false; }
+  bool Judge(const NodePair<float>& pair) {
+    const LeafTriangles<float>& a = moving.Moving(scene, pair.moving.ref.Index());
+    const LeafTriangles<float>& b = fixed.Fixed(scene, pair.fixedBody, pair.fixed.ref.Index());
+    for (int i = 0; i < a.count; ++i) {
+      for (int j = 0; j < b.count; ++j) {
+        PairContact contact{};
+        ExactRatio travel;
+        const PairOutcome outcome =
+            JudgePair(scene.direction, Corners(a, i), Corners(b, j),
+                      std::numeric_limits<double>::infinity(), contact, travel);
+        count += outcome == PairOutcome::Apart ? 0 : 1;
+      }
+    }
+    return true;
+  }
+  Triangle Corners(const LeafTriangles<float>& leaf, int k) const {
+    return MakeTriangle(scene.direction, leaf.Corner(k, 0), leaf.Corner(k, 1), leaf.Corner(k, 2));
+  }
+
+  const Scene<float>& scene;
+  LeafCache<float> moving, fixed;
+  std::size_t count = 0;
+};
+
+TEST(Walk, SeesEveryPairWhenItGoesOnWithFineTrees) {
+  const Mesh bowl = Bowl(32, 0.3);
+  const Mesh above = sweep_shapes::Moved(bowl, {0.013, -0.021, 2.0});
+  std::size_t counts[3];
+  for (const int body : {0, 1, 2}) {
+    const PreparedBody a(ViewOf(above));
+    const PreparedBody b(ViewOf(bowl));
+    // One of the bodies gets a fine tree in the middle of the walk.
+    if (body == 1) a.CountVisits(1000000);
+    if (body == 2) b.CountVisits(1000000);
+    const SceneBodies bodies{&a, {&b}};
+    const TravelDirection direction({0.25, 0.125, -1.0});
+    const RangeScale scale(1.0);
+    const Scene<float> scene(bodies, direction, scale, Question(), true);
+    MeetingPairs meeting{scene, {}, {}};
+    std::vector<NodePair<float>> stack;
+    const Watch none;
+    Walk<float, MeetingPairs> walk(scene, meeting, none, stack);
+    EXPECT_EQ(walk.Run(), WalkEnd::Done);
+    EXPECT_EQ(a.FineIfMade() != nullptr, body == 1);
+    EXPECT_EQ(b.FineIfMade() != nullptr, body == 2);
+    counts[body] = meeting.count;
+  }
+  EXPECT_GT(counts[0], 4000u);
+  EXPECT_EQ(counts[1], counts[0]);
+  EXPECT_EQ(counts[2], counts[0]);
+}
+
 } // namespace
