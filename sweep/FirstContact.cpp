@@ -15,6 +15,12 @@ constexpr double kInfinity = std::numeric_limits<double>::infinity();
 /// margin by which they are reduced. It decides how often pairs are compared, not the result.
 constexpr double kTieWindow = 0x1p-19;
 
+/// The triangles of a leaf that is this many times as large as a box are tested against the box.
+constexpr int kLargeLeaf = 16;
+
+/// A plane takes about as long as two pairs, so it is looked for when this many have tied.
+constexpr int kTiesBeforePlane = 4;
+
 /// Returns a double that is at least every rounded travel whose exact travel is at most `length`. A
 /// travel is rounded within 2^-52 of it, or within a few units of 2^-1074 where it is subnormal.
 double JustBeyond(const ScaledLength& length) {
@@ -56,10 +62,31 @@ void FirstContact<Scalar>::SetLimit(double travel) {
 /// and an axis keeps its boxes apart for as long.
 template <class Scalar>
 bool FirstContact<Scalar>::IsSettled(const NodePair<Scalar>& pair) {
+  if (IsLargeLeafApart(pair)) return true;
   if (!m_boxesAreExact || !(pair.from >= m_tieFloor)) return false;
   if (!m_best.PrecedesAll(pair.moving.least, pair.LeastFixed())) return false;
   return IsNotBefore(m_scene.moving.InKernel(pair.moving.box),
                      m_scene.fixed.InKernel(pair.fixed.box));
+}
+
+/// Returns true when one side is a leaf, far larger than the other side, and its triangles do not
+/// touch the other side within the limit.
+template <class Scalar>
+bool FirstContact<Scalar>::IsLargeLeafApart(const NodePair<Scalar>& pair) {
+  const bool isMovingLeaf = pair.moving.ref.IsLeaf();
+  if (isMovingLeaf == pair.fixed.ref.IsLeaf() || !m_scene.filters) return false;
+  const Scalar moving = pair.moving.box.Size();
+  const Scalar fixed = pair.fixed.box.Size();
+  if (isMovingLeaf) {
+    if (!(moving > kLargeLeaf * fixed)) return false;
+    const Leaf& leaf = m_movingCache.Moving(m_scene, pair.moving.ref.Index());
+    return LeafBeforeBox<Scalar, true>(m_scene, leaf, m_scene.fixed.At(pair.fixed.box))
+        .AreApart(m_doubleLimit);
+  }
+  if (!(fixed > kLargeLeaf * moving)) return false;
+  const Leaf& leaf = m_fixedCache.Fixed(m_scene, pair.fixedBody, pair.fixed.ref.Index());
+  return LeafBeforeBox<Scalar, false>(m_scene, leaf, m_scene.moving.At(pair.moving.box))
+      .AreApart(m_doubleLimit);
 }
 
 /// Decides exactly, for exact boxes in the kernel's coordinates, whether some axis keeps them apart
@@ -106,14 +133,50 @@ Box<double> FirstContact<Scalar>::InKernel(const Box<double>& box) const {
 }
 
 template <class Scalar>
+Triangle FirstContact<Scalar>::InKernel(const Leaf& leaf, int k) const {
+  const Placement<Scalar>& placement = m_scene.moving;
+  return MakeTriangle(m_scene.direction, placement.ToKernel(leaf.Corner(k, 0)),
+                      placement.ToKernel(leaf.Corner(k, 1)), placement.ToKernel(leaf.Corner(k, 2)));
+}
+
+/// Returns the triangles of a leaf of the moving body, or of a fixed body, that the tie plane
+/// holds.
+template <class Scalar>
+template <bool kMoves>
+unsigned FirstContact<Scalar>::Held(const Leaf& leaf) const {
+  if (leaf.heldBy == m_tiePlaneNumber) return leaf.held;
+  const Placement<Scalar>& placement = m_scene.moving;
+  leaf.heldBy = m_tiePlaneNumber;
+  leaf.held = 0;
+  for (int k = 0; k < leaf.count; ++k) {
+    const Coord3 corners[3] = {placement.ToKernel(leaf.Corner(k, 0)),
+                               placement.ToKernel(leaf.Corner(k, 1)),
+                               placement.ToKernel(leaf.Corner(k, 2))};
+    const bool isHeld = kMoves ? m_tiePlane.HoldsMoving(corners) : m_tiePlane.HoldsFixed(corners);
+    if (isHeld) leaf.held |= 1u << k;
+  }
+  return leaf.held;
+}
+
+template <class Scalar>
 bool FirstContact<Scalar>::Judge(const NodePair<Scalar>& pair) {
   const Leaf& moving = m_movingCache.Moving(m_scene, pair.moving.ref.Index());
   const Leaf& fixed = m_fixedCache.Fixed(m_scene, pair.fixedBody, pair.fixed.ref.Index());
   const LeafPair<Scalar> leaves(m_scene, moving, fixed);
-  unsigned movingMask = leaves.template ThatReach<true>(m_scene.fixed.At(pair.fixed.box), m_limit);
-  unsigned fixedMask =
-      leaves.template ThatReach<false>(m_scene.moving.At(pair.moving.box), m_limit);
-  if (m_scene.filters && m_doubleLimit < kInfinity) {
+  const unsigned movingHeld = m_tiePlane.IsSet() ? Held<true>(moving) : 0;
+  const unsigned fixedHeld = m_tiePlane.IsSet() ? Held<false>(fixed) : 0;
+  const bool followsBest = m_best.PrecedesAll(pair.moving.least, pair.LeastFixed());
+  if (followsBest && (moving.distinct & ~movingHeld) == 0 && (fixed.distinct & ~fixedHeld) == 0)
+    return true;
+  unsigned movingMask = moving.distinct;
+  unsigned fixedMask = fixed.distinct;
+  // A few pairs are looked at more cheaply than the two leaves.
+  const bool areLarge = moving.count * fixed.count > 4;
+  if (areLarge) {
+    movingMask &= leaves.template ThatReach<true>(m_scene.fixed.At(pair.fixed.box), m_limit);
+    fixedMask &= leaves.template ThatReach<false>(m_scene.moving.At(pair.moving.box), m_limit);
+  }
+  if (areLarge && m_scene.filters && m_doubleLimit < kInfinity) {
     if (movingMask != 0)
       movingMask &= leaves.template ThatReach<true>(pair.fixed.slab, m_doubleLimit);
     // With an offset the slab of the moving body is at another place.
@@ -132,6 +195,10 @@ bool FirstContact<Scalar>::Judge(const NodePair<Scalar>& pair) {
         if ((mask & 1u) == 0) continue;
         const int j = first + lane;
         if (from[lane] > m_limit) continue;
+        if ((movingHeld >> i & fixedHeld >> j & 1u) != 0 &&
+            m_best.PrecedesAll(moving.number[i], FixedNumber(pair.fixedBody, fixed.number[j]))) {
+          continue;
+        }
         if (from[lane] >= m_tieFloor &&
             m_best.PrecedesAll(moving.number[i], FixedNumber(pair.fixedBody, fixed.number[j])) &&
             IsNotBefore(InKernel(moving.ExactBoxOf(i)), InKernel(fixed.ExactBoxOf(j)))) {
@@ -149,17 +216,11 @@ bool FirstContact<Scalar>::Judge(const NodePair<Scalar>& pair) {
 template <class Scalar>
 bool FirstContact<Scalar>::JudgeTriangles(const LeafPair<Scalar>& leaves, std::size_t fixedBody,
                                           int i, int j) {
-  const auto triangle = [this](const Leaf& leaf, int k) {
-    const Placement<Scalar>& placement = m_scene.moving;
-    return MakeTriangle(m_scene.direction, placement.ToKernel(leaf.Corner(k, 0)),
-                        placement.ToKernel(leaf.Corner(k, 1)),
-                        placement.ToKernel(leaf.Corner(k, 2)));
-  };
   FoundPair found;
   found.moving = leaves.moving.number[i];
   found.fixed = FixedNumber(fixedBody, leaves.fixed.number[j]);
-  found.movingTriangle = triangle(leaves.moving, i);
-  found.fixedTriangle = triangle(leaves.fixed, j);
+  found.movingTriangle = InKernel(leaves.moving, i);
+  found.fixedTriangle = InKernel(leaves.fixed, j);
   switch (JudgePair(m_scene.direction, found.movingTriangle, found.fixedTriangle, m_kernelLimit,
                     found.contact, found.travel)) {
   case PairOutcome::Apart:
@@ -172,7 +233,9 @@ bool FirstContact<Scalar>::JudgeTriangles(const LeafPair<Scalar>& leaves, std::s
   if (CompareLength(found.travel, m_scene.direction.Vector(), m_maxDistance) > 0) return true;
   if (m_best.any) {
     const int order = CompareRatios(found.travel, m_best.travel);
+    if (order == 0) CountTie();
     if (order > 0 || (order == 0 && m_best.PrecedesAll(found.moving, found.fixed))) return true;
+    if (order < 0) ForgetTies();
   }
   Lower(found);
   return true;
@@ -186,6 +249,22 @@ void FirstContact<Scalar>::Lower(const FoundPair& found) {
   m_kernelLimit = std::nextafter(found.contact.travel, kInfinity);
   SetLimit(found.travel.rounded.hi * (1.0 + 0x1p-50) + 0x1p-1060);
   m_tieFloor = static_cast<Scalar>(m_doubleLimit * (1.0 - kTieWindow));
+}
+
+/// A pair has the same travel as the best pair.
+template <class Scalar>
+void FirstContact<Scalar>::CountTie() {
+  if (++m_tieCount != kTiesBeforePlane) return;
+  m_tiePlane.Find(m_scene.direction, m_best.movingTriangle, m_best.fixedTriangle, m_best.contact,
+                  m_best.travel);
+  ++m_tiePlaneNumber;
+}
+
+/// The best travel becomes less.
+template <class Scalar>
+void FirstContact<Scalar>::ForgetTies() {
+  m_tiePlane.Forget();
+  m_tieCount = 0;
   for (bool& tied : m_hasTied)
     tied = false;
 }

@@ -2,6 +2,7 @@
 #define GSL_SWEEP_FIRST_CONTACT_H
 
 #include "LeafPair.h"
+#include "TiePlane.h"
 #include "Walk.h"
 
 namespace gsl_sweep {
@@ -43,8 +44,14 @@ public:
 private:
   using Leaf = LeafTriangles<Scalar>;
 
+  bool IsLargeLeafApart(const NodePair<Scalar>& pair);
   bool JudgeTriangles(const LeafPair<Scalar>& leaves, std::size_t fixedBody, int i, int j);
+  Triangle InKernel(const Leaf& leaf, int k) const;
   void Lower(const FoundPair& found);
+  void CountTie();
+  void ForgetTies();
+  template <bool kMoves>
+  unsigned Held(const Leaf& leaf) const;
   void SetLimit(double travel);
   bool IsNotBefore(const Box<double>& moving, const Box<double>& fixed);
   Box<double> InKernel(const Box<double>& box) const;
@@ -62,6 +69,9 @@ private:
   /// The differences of extents that gave the best travel, along each axis.
   DoubleDouble m_tied[3];
   bool m_hasTied[3] = {};
+  TiePlane m_tiePlane;
+  unsigned m_tiePlaneNumber = 0; ///< of the last plane
+  int m_tieCount = 0;            ///< at the best travel
 };
 
 extern template class FirstContact<float>;
