@@ -28,7 +28,9 @@ packages_of() {
     # Benchmarks, and the libraries that they compare with ours.
     bench)
       echo "$(packages_of build)" python3 libbenchmark-dev \
-        libeigen3-dev libopenblas-dev libboost-graph-dev libfcl-dev libembree-dev libcgal-dev
+        libeigen3-dev libopenblas-dev libboost-graph-dev libfcl-dev libembree-dev libcgal-dev \
+        libprotobuf-dev protobuf-compiler libflatbuffers-dev flatbuffers-compiler \
+        libcapnp-dev capnproto
       ;;
     # The minimal root of ./scripts/check bare, which is skipped where this package cannot be installed.
     bare) echo mmdebstrap ;;

@@ -8,6 +8,7 @@
 #include "support/InputText.h"
 #include "support/MeshView.h"
 #include "support/Pose.h"
+#include "support/Program.h"
 #include "support/Progress.h"
 #include "support/Report.h"
 #include "support/Resolution.h"
@@ -16,13 +17,8 @@
 #include "support/VectorText.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <csignal>
-#include <cstdio>
-#include <cstring>
-#include <exception>
 #include <filesystem>
-#include <new>
 #include <optional>
 #include <stdexcept>
 #include <string>
@@ -30,7 +26,6 @@
 #include <system_error>
 #include <vector>
 
-#include <poll.h>
 #include <unistd.h>
 
 namespace {
@@ -39,7 +34,7 @@ using namespace gsl_mesh;
 using namespace gsl_sweep;
 using namespace gsl_tools;
 
-enum ExitStatus { Touching = 0, NoContact = 1, Usage = 2, BadInput = 3, Failure = 4 };
+enum ExitStatus { Touching = 0, NoContact = 1, Usage = kUsage, Failure = kFailure };
 
 Question QuestionOf(const SweepOptions& options) {
   Question question;
@@ -151,22 +146,7 @@ void AddWarning(std::vector<std::string>& warnings, const std::string& warning) 
 }
 
 void PrintLine(const std::string& line) {
-  std::fprintf(stderr, "gsl-sweep: %s\n", Printable(line).c_str());
-}
-
-void WriteStdout(std::string_view text) {
-  while (!text.empty()) {
-    const ssize_t written = write(STDOUT_FILENO, text.data(), text.size());
-    if (written >= 0) {
-      text.remove_prefix(static_cast<std::size_t>(written));
-    } else if (errno == EAGAIN) {
-      // The caller of the program may have left a pipe in this mode.
-      pollfd waited{STDOUT_FILENO, POLLOUT, 0};
-      poll(&waited, 1, -1);
-    } else if (errno != EINTR) {
-      throw OutputError(std::string("standard output: cannot be written: ") + std::strerror(errno));
-    }
-  }
+  gsl_tools::PrintLine("gsl-sweep", line);
 }
 
 /// Writes what --json asks for, to its file or to stdout.
@@ -425,29 +405,6 @@ ExitStatus SweepFiles(const SweepOptions& options) {
   return AnswerOne(options, scene, pair, display);
 }
 
-/// Runs `work`, and turns an exception into one line and an exit status.
-template <class Work>
-int Guarded(const Work& work) {
-  try {
-    return work();
-  } catch (const UsageError& error) {
-    PrintLine(error.what());
-    return Usage;
-  } catch (const MeshError& error) {
-    PrintLine(error.what());
-    return BadInput;
-  } catch (const InputError& error) {
-    PrintLine(error.what());
-    return BadInput;
-  } catch (const std::bad_alloc&) {
-    PrintLine("out of memory");
-    return Failure;
-  } catch (const std::exception& error) {
-    PrintLine(error.what());
-    return Failure;
-  }
-}
-
 int ParseAndRun(int argc, char** argv) {
   SweepOptions options;
   const std::string text = ParseSweepOptions(argc, argv, options);
@@ -464,5 +421,5 @@ int ParseAndRun(int argc, char** argv) {
 } // namespace
 
 int main(int argc, char** argv) {
-  return Guarded([&] { return ParseAndRun(argc, argv); });
+  return Guarded("gsl-sweep", [&] { return ParseAndRun(argc, argv); });
 }
