@@ -28,7 +28,7 @@ FirstContact<Scalar>::FirstContact(const Scene<Scalar>& scene, double maxDistanc
                                    LeafCache<Scalar>& movingCache, LeafCache<Scalar>& fixedCache)
     : m_scene(scene), m_movingCache(movingCache), m_fixedCache(fixedCache),
       m_maxDistance(scene.scale.DownLength(maxDistance)), m_boxesAreExact(true),
-      m_kernelLimit(JustBeyond(m_maxDistance)) {
+      m_least(LeastEnd<Scalar>(scene.rule)), m_kernelLimit(JustBeyond(m_maxDistance)) {
   if constexpr (sizeof(Scalar) == sizeof(float)) {
     m_boxesAreExact = scene.bodies.moving->Triangles().IsSingle();
     for (const PreparedBody* body : scene.bodies.fixed)
@@ -110,9 +110,9 @@ bool FirstContact<Scalar>::Judge(const NodePair<Scalar>& pair) {
   const Leaf& moving = m_movingCache.Moving(m_scene, pair.moving.ref.Index());
   const Leaf& fixed = m_fixedCache.Fixed(m_scene, pair.fixedBody, pair.fixed.ref.Index());
   const LeafPair<Scalar> leaves(m_scene, moving, fixed);
-  unsigned movingMask = leaves.template ThatReach<true>(m_scene.fixed.At(pair.fixed.box), m_limit);
+  unsigned movingMask = leaves.template ThatReach<true>(m_scene.fixed.At(pair.fixed.box), Range());
   unsigned fixedMask =
-      leaves.template ThatReach<false>(m_scene.moving.At(pair.moving.box), m_limit);
+      leaves.template ThatReach<false>(m_scene.moving.At(pair.moving.box), Range());
   if (m_scene.filters && m_doubleLimit < kInfinity) {
     if (movingMask != 0)
       movingMask &= leaves.template ThatReach<true>(pair.fixed.slab, m_doubleLimit);
@@ -124,9 +124,9 @@ bool FirstContact<Scalar>::Judge(const NodePair<Scalar>& pair) {
   for (int i = 0; i < moving.count; ++i) {
     if ((movingMask >> i & 1u) == 0) continue;
     for (int first = 0; first < fixed.count; first += 4) {
-      Four<Scalar> from;
+      Four<Scalar> from, unusedTo;
       unsigned mask = fixedMask >> first & 15u;
-      if (mask != 0) mask &= leaves.Reached(i, first, m_limit, from);
+      if (mask != 0) mask &= leaves.Reached(i, first, Range(), from, unusedTo);
       if (mask != 0 && m_scene.filters) mask &= leaves.ReachedByHeight(i, first, m_doubleLimit);
       for (int lane = 0; mask != 0; ++lane, mask >>= 1) {
         if ((mask & 1u) == 0) continue;
@@ -160,8 +160,8 @@ bool FirstContact<Scalar>::JudgeTriangles(const LeafPair<Scalar>& leaves, std::s
   found.fixed = FixedNumber(fixedBody, leaves.fixed.number[j]);
   found.movingTriangle = triangle(leaves.moving, i);
   found.fixedTriangle = triangle(leaves.fixed, j);
-  switch (JudgePair(m_scene.direction, found.movingTriangle, found.fixedTriangle, m_kernelLimit,
-                    found.contact, found.travel)) {
+  switch (JudgePair(m_scene.direction, found.movingTriangle, found.fixedTriangle, m_scene.rule,
+                    m_kernelLimit, found.contact, found.travel)) {
   case PairOutcome::Apart:
     return true;
   case PairOutcome::Touching:

@@ -34,7 +34,9 @@ public:
   FirstContact(const Scene<Scalar>& scene, double maxDistance, LeafCache<Scalar>& movingCache,
                LeafCache<Scalar>& fixedCache);
 
-  Scalar Limit() const { return m_limit; }
+  static constexpr bool kFromEnd = false;
+
+  TravelRange<Scalar> Range() const { return {m_least, m_limit}; }
   bool IsSettled(const NodePair<Scalar>& pair);
   bool Judge(const NodePair<Scalar>& leaves);
 
@@ -54,6 +56,7 @@ private:
   LeafCache<Scalar>& m_fixedCache;
   ScaledLength m_maxDistance; ///< decides
   bool m_boxesAreExact;
+  Scalar m_least;                        ///< pairs that part before this travel do not count
   Scalar m_limit;                        ///< travels of the walk beyond it do not matter
   double m_doubleLimit;                  ///< the same, in double
   double m_kernelLimit;                  ///< the same, as a rounded length for the pair kernel

@@ -192,12 +192,14 @@ const LeafTriangles<Scalar>& LeafCache<Scalar>::Fixed(const Scene<Scalar>& scene
 
 template <class Scalar>
 template <bool kMoves>
-unsigned LeafPair<Scalar>::ThatReach(const Box<Scalar>& otherBox, Scalar limit) const {
+unsigned LeafPair<Scalar>::ThatReach(const Box<Scalar>& otherBox,
+                                     const TravelRange<Scalar>& range) const {
   const LeafTriangles<Scalar>& leaf = Side<kMoves>();
   unsigned mask = 0;
-  Four<Scalar> from;
+  Four<Scalar> from, to;
   for (int k = 0; k < leaf.count; k += 4) {
-    mask |= m_scene.test.template Survivors<kMoves>(leaf.BoxesFrom(k), otherBox, limit, from) << k;
+    mask |= m_scene.test.template Survivors<kMoves>(leaf.BoxesFrom(k), otherBox, range, from, to)
+            << k;
   }
   return mask;
 }
@@ -242,10 +244,10 @@ unsigned LeafPair<Scalar>::ThatReach(const Slab& slab, double limit) const {
 }
 
 template <class Scalar>
-unsigned LeafPair<Scalar>::Reached(int movingTriangle, int first, Scalar limit,
-                                   Four<Scalar>& from) const {
+unsigned LeafPair<Scalar>::Reached(int movingTriangle, int first, const TravelRange<Scalar>& range,
+                                   Four<Scalar>& from, Four<Scalar>& to) const {
   return m_scene.test.template Survivors<false>(fixed.BoxesFrom(first),
-                                                moving.BoxOf(movingTriangle), limit, from);
+                                                moving.BoxOf(movingTriangle), range, from, to);
 }
 
 /// Over the common shadow, the travel at which two points meet is the height of one point over the
@@ -354,10 +356,14 @@ template class LeafCache<float>;
 template class LeafCache<double>;
 template class LeafPair<float>;
 template class LeafPair<double>;
-template unsigned LeafPair<float>::ThatReach<true>(const Box<float>&, float) const;
-template unsigned LeafPair<float>::ThatReach<false>(const Box<float>&, float) const;
-template unsigned LeafPair<double>::ThatReach<true>(const Box<double>&, double) const;
-template unsigned LeafPair<double>::ThatReach<false>(const Box<double>&, double) const;
+template unsigned LeafPair<float>::ThatReach<true>(const Box<float>&,
+                                                   const TravelRange<float>&) const;
+template unsigned LeafPair<float>::ThatReach<false>(const Box<float>&,
+                                                    const TravelRange<float>&) const;
+template unsigned LeafPair<double>::ThatReach<true>(const Box<double>&,
+                                                    const TravelRange<double>&) const;
+template unsigned LeafPair<double>::ThatReach<false>(const Box<double>&,
+                                                     const TravelRange<double>&) const;
 template unsigned LeafPair<float>::ThatReach<true>(const Slab&, double) const;
 template unsigned LeafPair<float>::ThatReach<false>(const Slab&, double) const;
 template unsigned LeafPair<double>::ThatReach<true>(const Slab&, double) const;

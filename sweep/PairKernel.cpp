@@ -469,9 +469,11 @@ bool FindContactInterval(const TravelDirection& direction, const Triangle& movin
 }
 
 PairOutcome JudgePair(const TravelDirection& direction, const Triangle& moving,
-                      const Triangle& fixed, double limit, PairContact& first, ExactRatio& travel) {
+                      const Triangle& fixed, Rule rule, double limit, PairContact& first,
+                      ExactRatio& travel) {
   TrianglePair pair(direction, moving, fixed);
   if (!pair.Meet()) return PairOutcome::Apart;
+  if (rule == Rule::NotLeaving && !pair.SomeAhead()) return PairOutcome::Apart;
   if (pair.SomeAtZero() || (pair.SomeBehind() && pair.SomeAhead())) return PairOutcome::Touching;
   if (pair.SomeBehind() || pair.LowerBound() > limit) return PairOutcome::Apart;
   ExactRatio exact;

@@ -74,7 +74,7 @@ bool FindContactInterval(const TravelDirection& direction, const Triangle& movin
                          const Triangle& fixed, ContactInterval& interval);
 
 enum class PairOutcome {
-  Apart,    ///< never touch, only behind, or not within the limit
+  Apart,    ///< never touch, only behind, not within the limit, or left out by the rule
   Touching, ///< some travel of the interval is zero
   Ahead     ///< the first travel is positive and at most the limit
 };
@@ -83,7 +83,8 @@ enum class PairOutcome {
 /// its travel as an exact multiple of the direction vector, are written for Ahead alone. The limit
 /// only saves work, so it is compared with the rounded travel.
 PairOutcome JudgePair(const TravelDirection& direction, const Triangle& moving,
-                      const Triangle& fixed, double limit, PairContact& first, ExactRatio& travel);
+                      const Triangle& fixed, Rule rule, double limit, PairContact& first,
+                      ExactRatio& travel);
 
 /// Returns the contact at travel zero of a pair that touches there, so with first.travel <= 0 and
 /// last.travel >= 0.

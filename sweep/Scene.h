@@ -6,6 +6,7 @@
 #include "PreparedBody.h"
 #include "TravelTest.h"
 
+#include <limits>
 #include <vector>
 
 namespace gsl_sweep {
@@ -26,7 +27,7 @@ struct Scene {
       : bodies(sceneBodies), direction(travelDirection), scale(rangeScale),
         test(travelDirection.Vector()), slabTest(travelDirection.Vector()),
         moving(question.offset, rangeScale), fixed({0.0, 0.0, 0.0}, rangeScale),
-        oneSided(question.oneSided), filters(canFilter) {}
+        rule(question.rule), oneSided(question.oneSided), filters(canFilter) {}
 
   /// Converts multiples of the direction in the kernel's coordinates to multiples in those of the
   /// walk.
@@ -48,11 +49,19 @@ struct Scene {
   TravelTest<Scalar> test;
   SlabTest slabTest;
   Placement<Scalar> moving, fixed;
+  Rule rule;
   bool oneSided;
   /// Returns true when products of three coordinates stay in the range in which rounding is
   /// relative.
   bool filters;
 };
+
+/// Returns the least travel at which a pair may part so that it counts. No difference of two
+/// numbers of the walk that is not zero is below the travel for NotLeaving.
+template <class Scalar>
+constexpr Scalar LeastEnd(Rule rule) {
+  return rule == Rule::NotLeaving ? std::numeric_limits<Scalar>::denorm_min() : Scalar{0};
+}
 
 /// A triangle of several fixed bodies, in their order.
 inline std::uint64_t FixedNumber(std::size_t body, std::uint32_t triangle) {

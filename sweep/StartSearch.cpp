@@ -99,7 +99,8 @@ void StartSearch<Scalar>::Judge(const NodePair<Scalar>& pair) {
       const Triangle b = triangle(fixed, j);
       PairContact unused{};
       ExactRatio unusedTravel;
-      if (JudgePair(m_scene.direction, a, b, 0.0, unused, unusedTravel) != PairOutcome::Touching) {
+      if (JudgePair(m_scene.direction, a, b, m_scene.rule, 0.0, unused, unusedTravel) !=
+          PairOutcome::Touching) {
         continue;
       }
       m_best.any = true;

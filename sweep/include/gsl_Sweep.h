@@ -104,6 +104,15 @@ enum class SweepStatus : unsigned char {
   Cancelled ///< the question was not answered
 };
 
+/// Which pairs of triangles count. A pair touches during one closed interval of travel.
+enum class Rule : unsigned char {
+  Touch, ///< every pair
+  /// Every pair except those whose interval ends at travel zero exactly, so that a body may leave
+  /// what it touches at the start. Where closed bodies press into each other right after the start,
+  /// some pair counts. Open surfaces that lie face to face may pass through each other.
+  NotLeaving
+};
+
 struct Question {
   Coord3 direction{0.0, 0.0, 0.0}; ///< any length but zero; finite
   /// The offset is added to each corner of the moving body, and each sum is rounded once. It must
@@ -117,6 +126,7 @@ struct Question {
   /// direction, and of the fixed body whose normal points along it. Edge-on and degenerate
   /// triangles point neither way and stay.
   bool oneSided = false;
+  Rule rule = Rule::Touch;
 };
 
 struct Contact {

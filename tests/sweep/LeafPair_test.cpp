@@ -62,8 +62,8 @@ void Compare(const Mesh& moving, const Mesh& fixed, const Coord3& vector, const 
   };
   PairContact contact{};
   ExactRatio travel;
-  const PairOutcome outcome =
-      JudgePair(direction, triangle(left), triangle(right), kInfinity, contact, travel);
+  const PairOutcome outcome = JudgePair(direction, triangle(left), triangle(right), Rule::Touch,
+                                        kInfinity, contact, travel);
   const bool isShadowApart = pair.AreShadowsApart(0, 0);
   const bool isApartAtStart = pair.AreApartAtStart(0, 0);
   counts.byShadow += isShadowApart ? 1 : 0;
@@ -78,11 +78,9 @@ void Compare(const Mesh& moving, const Mesh& fixed, const Coord3& vector, const 
     EXPECT_FALSE(isShadowApart);
     const double limit = scene.WalkTravel(travel.rounded.hi * (1.0 + 0x1p-50) + 0x1p-1060);
     EXPECT_EQ(pair.ReachedByHeight(0, 0, limit) & 1u, 1u);
-    Four<Scalar> from;
-    EXPECT_EQ(
-        pair.Reached(0, 0, std::nextafter(static_cast<Scalar>(limit), Box<Scalar>::kFar), from) &
-            1u,
-        1u);
+    Four<Scalar> from, to;
+    const Scalar above = std::nextafter(static_cast<Scalar>(limit), Box<Scalar>::kFar);
+    EXPECT_EQ(pair.Reached(0, 0, {0, above}, from, to) & 1u, 1u);
     counts.byHeight += (pair.ReachedByHeight(0, 0, 0.9 * limit) & 1u) == 0 ? 1 : 0;
   } else {
     ++counts.apart;

@@ -49,7 +49,8 @@ PairOutcome Judge(const Coord3& d, const Corners& a, const Corners& b, double li
   const TravelDirection direction(d);
   ExactRatio travel;
   return JudgePair(direction, MakeTriangle(direction, a.p[0], a.p[1], a.p[2]),
-                   MakeTriangle(direction, b.p[0], b.p[1], b.p[2]), limit, first, travel);
+                   MakeTriangle(direction, b.p[0], b.p[1], b.p[2]), Rule::Touch, limit, first,
+                   travel);
 }
 
 void ExpectPoint(const Coord3& actual, const Coord3& expected) {

@@ -192,6 +192,75 @@ TEST(Pair, PegThatFitsExactlyTouchesTheRim) {
   EXPECT_EQ(narrow.contact.travel, 7.0);
 }
 
+Answer AskLeaving(const Mesh& moving, const Mesh& fixed, const Coord3& direction,
+                  double maxDistance = infinity) {
+  Question question;
+  question.direction = direction;
+  question.maxDistance = maxDistance;
+  question.rule = Rule::NotLeaving;
+  return AskInEveryWay(moving, fixed, question, 1);
+}
+
+TEST(Pair, BodyLeavesWhatItTouchesAtTheStart) {
+  const Mesh floor = Box({-4.0, -4.0, -1.0}, {4.0, 4.0, 0.0});
+  const Mesh moving = Box({-1.0, -1.0, 0.0}, {1.0, 1.0, 2.0});
+  const Coord3 up{0.0, 0.0, 1.0};
+  EXPECT_EQ(Ask(moving, floor, up).status, SweepStatus::Start);
+  EXPECT_EQ(AskLeaving(moving, floor, up).status, SweepStatus::None);
+  EXPECT_EQ(AskLeaving(moving, floor, {0.5, 0.25, 0x1p-40}).status, SweepStatus::None);
+  // Pressing and sliding go on after the start.
+  for (const Coord3& d :
+       {down, Coord3{1.0, 0.0, 0.0}, Coord3{0.0, -1.0, 0.0}, Coord3{0.5, 0.25, -0x1p-40}}) {
+    EXPECT_EQ(AskLeaving(moving, floor, d).status, SweepStatus::Start);
+    EXPECT_EQ(AskLeaving(moving, floor, d, 0.0).status, SweepStatus::Start);
+  }
+  // A hair deeper, the bodies overlap in every direction.
+  const Mesh deeper = Moved(floor, {0.0, 0.0, 0x1p-30});
+  EXPECT_EQ(AskLeaving(moving, deeper, up).status, SweepStatus::Start);
+}
+
+TEST(Pair, BodyThatLeavesMeetsWhatIsAhead) {
+  Mesh fixed = Box({-4.0, -4.0, -1.0}, {4.0, 4.0, 0.0});
+  Append(fixed, Box({-4.0, -4.0, 5.0}, {4.0, 4.0, 6.0}));
+  const Mesh moving = Box({-1.0, -1.0, 0.0}, {1.0, 1.0, 2.0});
+  const Coord3 up{0.0, 0.0, 1.0};
+  const Answer answer = AskLeaving(moving, fixed, up);
+  EXPECT_EQ(answer.status, SweepStatus::Contact);
+  EXPECT_EQ(answer.contact.travel, 3.0);
+  EXPECT_EQ(AskLeaving(moving, fixed, up, 3.0).status, SweepStatus::Contact);
+  EXPECT_EQ(AskLeaving(moving, fixed, up, std::nextafter(3.0, 0.0)).status, SweepStatus::None);
+  EXPECT_EQ(AskLeaving(moving, fixed, up, 0.0).status, SweepStatus::None);
+  // Scaled so that the walk runs in double precision.
+  const Coord3 small{0x1p-200, 0x1p-200, 0x1p-200};
+  const Answer tiny = AskLeaving(Stretched(moving, small), Stretched(fixed, small), up);
+  EXPECT_EQ(tiny.status, SweepStatus::Contact);
+  EXPECT_EQ(tiny.contact.travel, 3.0 * 0x1p-200);
+}
+
+TEST(Pair, StartOfABodyThatLeavesNamesAPairThatCounts) {
+  // The floor has the lower numbers, but the body leaves the floor and slides along the wall.
+  Mesh fixed = Box({-4.0, -4.0, -1.0}, {4.0, 4.0, 0.0});
+  Append(fixed, Box({1.0, -4.0, -1.0}, {4.0, 4.0, 9.0}));
+  const Mesh moving = Box({-1.0, -1.0, 0.0}, {1.0, 1.0, 2.0});
+  const Coord3 up{0.0, 0.0, 1.0};
+  const Answer touching = Ask(moving, fixed, up);
+  EXPECT_EQ(touching.status, SweepStatus::Start);
+  EXPECT_LT(touching.contact.fixedTriangle, 12u);
+  const Answer sliding = AskLeaving(moving, fixed, up);
+  EXPECT_EQ(sliding.status, SweepStatus::Start);
+  EXPECT_GE(sliding.contact.fixedTriangle, 12u);
+}
+
+TEST(Pair, OpenSheetsFaceToFacePassThroughEachOther) {
+  Mesh sheet;
+  AddQuad(sheet, {-1.0, -1.0, 0.0}, {1.0, -1.0, 0.0}, {1.0, 1.0, 0.0}, {-1.0, 1.0, 0.0});
+  const Coord3 up{0.0, 0.0, 1.0};
+  EXPECT_EQ(Ask(sheet, sheet, up).status, SweepStatus::Start);
+  EXPECT_EQ(AskLeaving(sheet, sheet, up).status, SweepStatus::None);
+  EXPECT_EQ(AskLeaving(sheet, sheet, down).status, SweepStatus::None);
+  EXPECT_EQ(AskLeaving(sheet, sheet, {1.0, 0.0, 0.0}).status, SweepStatus::Start);
+}
+
 TEST(Pair, BodyBehindMakesNoContact) {
   const Mesh fixed = Box({0.0, 0.0, 0.0}, {1.0, 1.0, 1.0});
   const Answer answer = Ask(Box({0.0, 0.0, -5.0}, {1.0, 1.0, -2.0}), fixed, down);
