@@ -24,6 +24,8 @@ struct LeafTriangles {
   Coord3 Corner(int k, int c) const {
     return {corner[3 * c][k], corner[3 * c + 1][k], corner[3 * c + 2][k]};
   }
+  /// Returns triangle k in the coordinates of the pair kernel.
+  Triangle InKernel(const Scene<Scalar>& scene, int k) const;
   Boxes<Scalar> BoxesFrom(int k) const;
   Box<Scalar> BoxOf(int k) const {
     return {{low[0][k], low[1][k], low[2][k]}, {high[0][k], high[1][k], high[2][k]}};
@@ -77,6 +79,8 @@ public:
                    Four<Scalar>& from, Four<Scalar>& to) const;
   /// Bit k is set when the heights over each other's planes do not exclude a contact.
   unsigned ReachedByHeight(int movingTriangle, int first, double limit) const;
+  /// Bit k is set when these heights do not exclude a contact at the travel `from` or later.
+  unsigned TouchingByHeight(int movingTriangle, int first, double from) const;
   /// Returns true when the triangles touch at no travel: a line along an edge separates their
   /// shadows.
   bool AreShadowsApart(int movingTriangle, int fixedTriangle) const;
