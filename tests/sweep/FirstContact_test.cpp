@@ -72,4 +72,83 @@ TEST(FirstContact, TiesAcrossAnAxisAreSettledWithoutJudgingThem) {
   EXPECT_EQ(best.contact.travel, exact.contact.travel);
 }
 
+/// Judges every pair of triangles.
+FoundPair FirstOfAll(const Mesh& moving, const Mesh& fixed, const TravelDirection& direction) {
+  const auto triangle = [&](const Mesh& mesh, std::size_t k) {
+    const Coord3* c = mesh.corners.data() + 3 * k;
+    return MakeTriangle(direction, c[0], c[1], c[2]);
+  };
+  FoundPair best;
+  for (std::uint32_t i = 0; i < moving.corners.size() / 3; ++i) {
+    for (std::uint32_t j = 0; j < fixed.corners.size() / 3; ++j) {
+      PairContact contact{};
+      ExactRatio travel;
+      if (JudgePair(direction, triangle(moving, i), triangle(fixed, j), Rule::Touch,
+                    std::numeric_limits<double>::infinity(), contact,
+                    travel) != PairOutcome::Ahead) {
+        continue;
+      }
+      if (best.any && CompareRatios(travel, best.travel) >= 0) continue;
+      best.any = true;
+      best.moving = i;
+      best.fixed = j;
+      best.travel = travel;
+    }
+  }
+  return best;
+}
+
+/// Makes planes z = constant oblique to the axes, exactly.
+Mesh Sheared(Mesh mesh) {
+  for (Coord3& p : mesh.corners)
+    p.z += 0.5 * p.x + 0.25 * p.y;
+  return mesh;
+}
+
+/// The triangles of a mesh, `count` times over.
+Mesh Repeated(const Mesh& mesh, int count) {
+  Mesh repeated = mesh;
+  repeated.corners.clear();
+  for (std::size_t k = 0; k < mesh.corners.size(); k += 3) {
+    for (int copy = 0; copy < count; ++copy) {
+      repeated.corners.insert(repeated.corners.end(), mesh.corners.begin() + static_cast<long>(k),
+                              mesh.corners.begin() + static_cast<long>(k) + 3);
+    }
+  }
+  return repeated;
+}
+
+/// Turns the order of the triangles, so that the first of equals is found late.
+Mesh Backwards(const Mesh& mesh) {
+  Mesh turned = mesh;
+  turned.corners.clear();
+  for (std::size_t k = mesh.corners.size(); k > 0; k -= 3) {
+    turned.corners.insert(turned.corners.end(), mesh.corners.begin() + static_cast<long>(k) - 3,
+                          mesh.corners.begin() + static_cast<long>(k));
+  }
+  return turned;
+}
+
+TEST(FirstContact, TiesOfWholeObliqueFacesGoToTheFirstPair) {
+  const Mesh plate = Sheared(Bowl(8, 0.0));
+  // The shadows of a shifted grid meet in every way: corners in faces, on edges, edges that cross.
+  for (const double shift : {0.0, 0.125, 0.0625}) {
+    const Mesh above = sweep_shapes::Moved(
+        Sheared(sweep_shapes::Moved(Bowl(8, 0.0), {shift, 0.0, 0.0})), {0.0, 0.0, 4.0});
+    for (const auto& [moving, fixed] :
+         {std::pair{above, plate}, std::pair{Backwards(above), Backwards(plate)},
+          std::pair{Repeated(above, 3), Backwards(Repeated(plate, 2))}}) {
+      const FoundPair expected = FirstOfAll(moving, fixed, TravelDirection({0.25, 0.5, -1.0}));
+      ASSERT_TRUE(expected.any);
+      FoundPair best;
+      JudgedLeaves<float>(moving, fixed, best);
+      EXPECT_EQ(best.moving, expected.moving);
+      EXPECT_EQ(best.fixed, expected.fixed);
+      JudgedLeaves<double>(moving, fixed, best);
+      EXPECT_EQ(best.moving, expected.moving);
+      EXPECT_EQ(best.fixed, expected.fixed);
+    }
+  }
+}
+
 } // namespace
