@@ -6,6 +6,9 @@
 #include "PreparedBody.h"
 #include "TravelTest.h"
 
+#include <algorithm>
+#include <cmath>
+#include <limits>
 #include <vector>
 
 namespace gsl_sweep {
@@ -15,6 +18,25 @@ struct SceneBodies {
   const PreparedBody* moving;
   std::vector<const PreparedBody*> fixed;
 };
+
+/// Enlarges a rounded travel, so that it is at least every travel that was rounded to it. A travel
+/// is rounded within 2^-52 of it, or within a few units of 2^-1074 where it is subnormal.
+inline double Enlarged(double travel) {
+  return travel * (1.0 + 0x1p-50) + 0x1p-1060;
+}
+/// Reduces a rounded travel in the same way, but not below zero.
+inline double Reduced(double travel) {
+  return std::max(travel * (1.0 - 0x1p-50) - 0x1p-1060, 0.0);
+}
+
+/// Returns a double that is at least every rounded travel whose exact travel is at most `length`.
+inline double JustBeyond(const ScaledLength& length) {
+  return Enlarged(std::ldexp(length.value, length.exponent));
+}
+/// Returns a double that is at most every rounded travel whose exact travel is at least `length`.
+inline double JustBefore(const ScaledLength& length) {
+  return Reduced(std::ldexp(length.value, length.exponent));
+}
 
 /// The tree of a body that a question uses.
 template <class Scalar>
@@ -35,7 +57,8 @@ struct Scene {
       : bodies(sceneBodies), direction(travelDirection), scale(rangeScale),
         test(travelDirection.Vector()), slabTest(travelDirection.Vector()),
         moving(question.offset, rangeScale), fixed({0.0, 0.0, 0.0}, rangeScale),
-        oneSided(question.oneSided), filters(canFilter), m_movingTree(BestTree(*bodies.moving)),
+        rule(question.rule), oneSided(question.oneSided), filters(canFilter),
+        hasExactBoxes(HaveExactBoxes(sceneBodies)), m_movingTree(BestTree(*bodies.moving)),
         m_fixedTrees(bodies.fixed.size()) {
     for (std::size_t body = 0; body < bodies.fixed.size(); ++body)
       m_fixedTrees[body] = BestTree(*bodies.fixed[body]);
@@ -45,6 +68,34 @@ struct Scene {
   /// walk.
   double WalkTravel(double inKernel) const {
     return sizeof(Scalar) == sizeof(float) ? std::ldexp(inKernel, scale.Exponent()) : inKernel;
+  }
+
+  /// Return a multiple of the direction vector, in the kernel's coordinates, that is not shorter
+  /// than a length, and one that is not longer. The vector's length is from 1/2 to 2.
+  double MultipleAtLeast(const ScaledLength& length) const {
+    return Enlarged(JustBeyond(length) / direction.Length().hi);
+  }
+  double MultipleAtMost(const ScaledLength& length) const {
+    return Reduced(JustBefore(length) / direction.Length().hi);
+  }
+
+  /// Round a travel of the walk up and down, which covers a subnormal remainder and the rounding to
+  /// float.
+  static Scalar AtLeast(double travel) {
+    if constexpr (sizeof(Scalar) == sizeof(float)) {
+      volatile float rounded = static_cast<float>(travel);
+      return std::nextafter(static_cast<float>(rounded), Box<float>::kFar);
+    } else {
+      return travel;
+    }
+  }
+  static Scalar AtMost(double travel) {
+    if constexpr (sizeof(Scalar) == sizeof(float)) {
+      volatile float rounded = static_cast<float>(travel);
+      return std::nextafter(static_cast<float>(rounded), 0.0f);
+    } else {
+      return travel;
+    }
   }
 
   template <bool kMoving>
@@ -72,12 +123,22 @@ struct Scene {
   TravelTest<Scalar> test;
   SlabTest slabTest;
   Placement<Scalar> moving, fixed;
+  Rule rule;
   bool oneSided;
   /// Returns true when products of three coordinates stay in the range in which rounding is
   /// relative.
   bool filters;
+  /// Returns true when the boxes of the trees are not rounded.
+  bool hasExactBoxes;
 
 private:
+  static bool HaveExactBoxes(const SceneBodies& bodies) {
+    if constexpr (sizeof(Scalar) == sizeof(double)) return true;
+    const auto isSingle = [](const PreparedBody* body) { return body->Triangles().IsSingle(); };
+    return isSingle(bodies.moving) &&
+           std::all_of(bodies.fixed.begin(), bodies.fixed.end(), isSingle);
+  }
+
   /// In double, the coordinates differ from those in which the slabs were made.
   static TreeInUse<Scalar> BestTree(const PreparedBody& body) {
     if constexpr (sizeof(Scalar) == sizeof(float)) {
@@ -93,6 +154,13 @@ private:
   mutable TreeInUse<Scalar> m_movingTree;
   mutable std::vector<TreeInUse<Scalar>> m_fixedTrees;
 };
+
+/// Returns the least travel at which a pair may part so that it counts. No difference of two
+/// numbers of the walk that is not zero is below the travel for NotLeaving.
+template <class Scalar>
+constexpr Scalar LeastEnd(Rule rule) {
+  return rule == Rule::NotLeaving ? std::numeric_limits<Scalar>::denorm_min() : Scalar{0};
+}
 
 /// A triangle of several fixed bodies, in their order.
 inline std::uint64_t FixedNumber(std::size_t body, std::uint32_t triangle) {

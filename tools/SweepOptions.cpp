@@ -24,6 +24,8 @@ using gsl_mesh::MeshFormatNames;
 constexpr unsigned kMostThreads = 1024;
 // Their answers are kept in memory, about 150 bytes each, and their JSON takes about 600.
 constexpr std::size_t kMostDirections = 100000;
+// They are kept in memory, about 600 bytes each, and their JSON takes about as much.
+constexpr std::size_t kMostPatchPairs = 1000000;
 
 const char* const kDescription =
     "Finds how far one body travels along a direction before it touches another, and where. Reads "
@@ -69,6 +71,17 @@ std::vector<OptionRow> OptionRows() {
       {"--one-sided", nullptr, &SweepOptions::oneSided,
        "Leaves out triangles of MOVING that face against the direction and triangles of FIXED that "
        "face along it"},
+      {"--leaving", nullptr, &SweepOptions::leaving,
+       "Leaves out pairs of triangles that part at the start, so that MOVING may leave what it "
+       "touches"},
+      {"--last", nullptr, &SweepOptions::last,
+       "Reports the last contact, where the bodies part, in place of the first"},
+      {"--patch", nullptr, &SweepOptions::patch,
+       "Reports all pairs of triangles that touch at the contact: their number and the box around "
+       "them, and each in the JSON"},
+      {"--patch-pairs", "N", nullptr,
+       "Lists at most N pairs in the JSON of --patch, 1 to " + std::to_string(kMostPatchPairs) +
+           "; by default 1000"},
       {"--max-distance", "L", nullptr, "Reports contacts up to and including this travel"},
       {"--json", "FILE", nullptr,
        "Writes the result as JSON; - writes it to stdout in place of the text"},
@@ -186,6 +199,9 @@ void TakeValues(const CLI::App& app, SweepOptions& options) {
     options.poseFile = FileNameOf("--pose", *value, "be a file name or -");
   }
   if (const auto value = ValueOf(app, "--offset")) options.offset = OffsetOf(*value);
+  if (const auto value = ValueOf(app, "--patch-pairs")) {
+    options.patchPairs = CountOf("--patch-pairs", *value, kMostPatchPairs);
+  }
   if (const auto value = ValueOf(app, "--max-distance")) {
     options.maxDistance = MaxDistanceOf(*value);
   }
@@ -221,8 +237,16 @@ void RefuseConflicts(const CLI::App& app) {
   if (IsGiven(app, "--quiet") && IsGiven(app, "--verbose")) {
     FailUsage("--quiet and --verbose are both given; expected one of them at most");
   }
-  if (IsGiven(app, "--output") && !given.empty() && given[0] != "--direction") {
-    FailUsage("--output cannot be used with " + given[0] + "; expected --direction");
+  for (const char* const name : {"--output", "--patch"}) {
+    if (IsGiven(app, name) && !given.empty() && given[0] != "--direction") {
+      FailUsage(name + (" cannot be used with " + given[0]) + "; expected --direction");
+    }
+  }
+  if (IsGiven(app, "--patch") && IsGiven(app, "--last")) {
+    FailUsage("--patch and --last are both given; expected one of them at most");
+  }
+  if (IsGiven(app, "--patch-pairs") && !IsGiven(app, "--patch")) {
+    FailUsage("--patch-pairs is given without --patch; expected both");
   }
   if (IsGiven(app, "--json") && IsGiven(app, "--directions")) {
     FailUsage(

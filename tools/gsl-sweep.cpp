@@ -41,6 +41,7 @@ Question QuestionOf(const SweepOptions& options) {
   question.direction = options.direction;
   question.offset = options.offset;
   question.oneSided = options.oneSided;
+  question.rule = options.leaving ? Rule::NotLeaving : Rule::Touch;
   question.maxDistance = options.maxDistance;
   return question;
 }
@@ -219,6 +220,8 @@ void Describe(const SweepOptions& options, const Scene& scene, SceneReport& repo
   report.offset = options.offset;
   report.maxDistance = options.maxDistance;
   report.oneSided = options.oneSided;
+  report.rule = QuestionOf(options).rule;
+  report.last = options.last;
   report.toolVersion = GSL_VERSION;
   report.moving = CountsOf(scene.moving.body);
   for (const Part& part : scene.fixed)
@@ -284,12 +287,29 @@ void CountLeftOut(const SweepOptions& options, const Scene& scene, const Questio
   }
 }
 
+/// Asks for the first contact, for the last, or for all pairs of the first.
+void Ask(const SweepOptions& options, const Question& question, const Pair& pair, const Run& run,
+         SweepReport& report) {
+  if (options.last) {
+    report.answer = pair.Last(question, run);
+  } else if (options.patch) {
+    // Without JSON no pair is listed.
+    std::vector<Contact> listed(options.jsonFile.empty() ? 0 : options.patchPairs);
+    const PatchSummary found = pair.FindPatch(question, listed.data(), listed.size(), run);
+    listed.resize(std::min(listed.size(), found.pairCount));
+    report.answer = found.first;
+    report.patch = PatchReport{found.pairCount, found.low, found.high, listed};
+  } else {
+    report.answer = pair.First(question, run);
+  }
+}
+
 ExitStatus AnswerOne(const SweepOptions& options, Scene& scene, const Pair& pair,
                      Display& display) {
   const Question question = QuestionOf(options);
   display.Begin("Searching", "search");
   SweepReport report;
-  report.answer = pair.First(question, RunOf(options, display));
+  Ask(options, question, pair, RunOf(options, display), report);
   Describe(options, scene, report);
   AddWarning(report.warnings, FineTravels(options, scene).Check(report.answer));
   CountLeftOut(options, scene, question, report);
@@ -301,16 +321,25 @@ ExitStatus AnswerOne(const SweepOptions& options, Scene& scene, const Pair& pair
   return Touches(report.answer) ? Touching : NoContact;
 }
 
+/// Answers many questions about the first or the last contact.
+AnswerQuestions AnswerOf(const SweepOptions& options, const Pair& pair) {
+  return [&](const Question* questions, std::size_t count, Answer* answers, const Run& run) {
+    if (options.last) {
+      pair.Last(questions, count, answers, run);
+    } else {
+      pair.First(questions, count, answers, run);
+    }
+  };
+}
+
 /// Answers the questions. An overflow names the direction.
-std::vector<Answer> AnswersOf(const std::vector<Question>& questions, const Pair& pair,
+std::vector<Answer> AnswersOf(const std::vector<Question>& questions, const AnswerQuestions& answer,
                               const Run& run) {
   std::vector<Answer> answers(questions.size());
   try {
-    pair.First(questions.data(), questions.size(), answers.data(), run);
+    answer(questions.data(), questions.size(), answers.data(), run);
   } catch (const std::overflow_error&) {
-    const auto isLost = [](const Answer& answer) {
-      return answer.status == SweepStatus::Cancelled;
-    };
+    const auto isLost = [](const Answer& told) { return told.status == SweepStatus::Cancelled; };
     const auto lost = std::find_if(answers.begin(), answers.end(), isLost) - answers.begin();
     throw std::overflow_error("the travel or a point along " +
                               VectorText(questions.at(static_cast<std::size_t>(lost)).direction) +
@@ -329,7 +358,7 @@ ExitStatus AnswerSphere(const SweepOptions& options, const Scene& scene, const P
     questions.back().direction = direction;
   }
   SphereReport report;
-  report.answers = AnswersOf(questions, pair, RunOf(options, display));
+  report.answers = AnswersOf(questions, AnswerOf(options, pair), RunOf(options, display));
   Describe(options, scene, report);
   FineTravels fine(options, scene);
   for (const Answer& answer : report.answers)
@@ -384,7 +413,8 @@ ExitStatus AnswerLines(const SweepOptions& options, InputText& lines, const Scen
   } else {
     display.Enter("search");
   }
-  const DirectionTally tally = AnswerDirections(lines, pair, QuestionOf(options), run, output);
+  const DirectionTally tally =
+      AnswerDirections(lines, AnswerOf(options, pair), QuestionOf(options), run, output);
   display.End("search");
   display.End("write");
   if (!fine.ForAll().empty()) ShowWarnings(options, {fine.ForAll()});

@@ -9,6 +9,8 @@ namespace {
 using namespace reference;
 
 constexpr long scenesOfAFamily = 56;
+constexpr long scenesOfRules = 20;
+constexpr long matedScenesOfRules = 60;
 
 class SweepGuard : public testing::TestWithParam<std::size_t> {};
 
@@ -18,6 +20,17 @@ TEST_P(SweepGuard, AgreesWithTheRationalJudge) {
   for (long seed = 0; seed < Scaled(scenesOfAFamily); ++seed) {
     const Scene scene = MakeScene(family, static_cast<std::uint64_t>(seed));
     const std::string complaint = Complaint(scene, tally);
+    ASSERT_EQ(complaint, "") << Describe(scene);
+  }
+}
+
+TEST_P(SweepGuard, AgreesWithTheRationalJudgeUnderTheOtherRules) {
+  const std::size_t family = GetParam();
+  RuleTally tally;
+  const long count = Scaled(IsMated(family) ? matedScenesOfRules : scenesOfRules);
+  for (long seed = 0; seed < count; ++seed) {
+    const Scene scene = MakeScene(family, static_cast<std::uint64_t>(seed));
+    const std::string complaint = ComplaintOfRules(scene, tally);
     ASSERT_EQ(complaint, "") << Describe(scene);
   }
 }

@@ -20,7 +20,8 @@ struct Judged {
 
 Judged JudgeAll(const TravelDirection& direction, const Triangle& moving, const Triangle& fixed) {
   Judged judged;
-  judged.outcome = JudgePair(direction, moving, fixed, kInfinity, judged.contact, judged.travel);
+  judged.outcome =
+      JudgePair(direction, moving, fixed, Rule::Touch, kInfinity, judged.contact, judged.travel);
   return judged;
 }
 
