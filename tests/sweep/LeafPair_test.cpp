@@ -66,10 +66,12 @@ void Compare(const Mesh& moving, const Mesh& fixed, const Coord3& vector, const 
   const PairOutcome outcome = JudgePair(direction, triangle(left), triangle(right), Rule::Touch,
                                         kInfinity, contact, travel);
   const ScaledLength noLimit{kInfinity, 0};
-  if (JudgeLast(direction, triangle(left), triangle(right), Rule::Touch, noLimit, 0.0, contact,
-                travel) == LastOutcome::Parts) {
+  PairContact last{};
+  ExactRatio lastTravel;
+  if (JudgeLast(direction, triangle(left), triangle(right), Rule::Touch, noLimit, 0.0, last,
+                lastTravel) == LastOutcome::Parts) {
     ++counts.parting;
-    const double end = scene.WalkTravel(Reduced(travel.rounded.hi));
+    const double end = scene.WalkTravel(Reduced(lastTravel.rounded.hi));
     EXPECT_EQ(pair.TouchingByHeight(0, 0, end) & 1u, 1u);
     Four<Scalar> from, to;
     EXPECT_EQ(pair.Reached(0, 0, {scene.AtMost(end), Box<Scalar>::kFar}, from, to) & 1u, 1u);
