@@ -81,9 +81,8 @@ bool CanUseSingle(const SceneBodies& bodies, const Question& question) {
 }
 
 template <class Scalar>
-void WriteContact(const Scene<Scalar>& scene, const FoundPair& found, const PairContact& contact,
-                  Answer& answer) {
-  Contact& told = answer.contact;
+void WriteContact(const Scene<Scalar>& scene, const FoundTriangles& found,
+                  const PairContact& contact, Contact& told) {
   told.travel = scene.scale.UpTravel(contact.travel);
   told.kind = contact.kind;
   told.movingTriangle = found.moving;
@@ -95,34 +94,97 @@ void WriteContact(const Scene<Scalar>& scene, const FoundPair& found, const Pair
                                  contact, told.normal);
 }
 
+/// Returns the first contact of a pair that touches at the start or ahead.
+PairContact FirstContactOf(const TravelDirection& direction, const FoundTriangles& found,
+                           bool isStart) {
+  ContactInterval interval{};
+  FindContactInterval(direction, found.movingTriangle, found.fixedTriangle, interval);
+  return isStart ? ContactAtStart(interval) : interval.first;
+}
+
+/// `found` receives the pair.
 template <class Scalar>
-void Search(const Scene<Scalar>& scene, const Question& question, const Watch& watch,
-            Workspace<Scalar>& workspace, Answer& answer) {
+Answer SearchFirst(const Scene<Scalar>& scene, const Question& question, const Watch& watch,
+                   Workspace<Scalar>& workspace, FoundPair& found) {
   workspace.movingLeaves.Forget();
   workspace.fixedLeaves.Forget();
   FirstContact<Scalar> first(scene, question.maxDistance, workspace.movingLeaves,
                              workspace.fixedLeaves);
   Walk<Scalar, FirstContact<Scalar>> walk(scene, first, watch, workspace.stack);
   const WalkEnd end = walk.Run();
+  if (end == WalkEnd::Cancelled) return {};
+  Answer answer;
+  answer.unitDirection = scene.direction.Unit();
   answer.status = SweepStatus::None;
-  if (end == WalkEnd::Cancelled) {
-    answer = Answer();
-  } else if (end == WalkEnd::Stopped) {
+  if (end == WalkEnd::Stopped) {
     StartSearch<Scalar> start(scene, workspace.movingLeaves, workspace.fixedLeaves, watch,
                               workspace.stack);
-    if (start.Run() == WalkEnd::Cancelled) {
-      answer = Answer();
-      return;
-    }
-    const FoundPair& found = start.Best();
-    ContactInterval interval{};
-    FindContactInterval(scene.direction, found.movingTriangle, found.fixedTriangle, interval);
+    if (start.Run() == WalkEnd::Cancelled) return {};
+    found = start.Best();
     answer.status = SweepStatus::Start;
-    WriteContact(scene, found, ContactAtStart(interval), answer);
+    WriteContact(scene, found, FirstContactOf(scene.direction, found, true), answer.contact);
   } else if (first.Best().any) {
+    found = first.Best();
     answer.status = SweepStatus::Contact;
-    WriteContact(scene, first.Best(), first.Best().contact, answer);
+    WriteContact(scene, found, found.contact, answer.contact);
   }
+  return answer;
+}
+
+template <class Scalar>
+Answer SearchLast(const Scene<Scalar>& scene, const Question& question, const Watch& watch,
+                  Workspace<Scalar>& workspace) {
+  workspace.movingLeaves.Forget();
+  workspace.fixedLeaves.Forget();
+  LastContact<Scalar> last(scene, question.maxDistance, workspace.movingLeaves,
+                           workspace.fixedLeaves);
+  Walk<Scalar, LastContact<Scalar>> walk(scene, last, watch, workspace.stack);
+  if (walk.Run() == WalkEnd::Cancelled) return {};
+  Answer answer;
+  answer.unitDirection = scene.direction.Unit();
+  answer.status = SweepStatus::None;
+  const FoundPair& found = last.Best();
+  if (!found.any) return answer;
+  const PairContact contact =
+      last.IsCut() ? ContactAtCut(scene.direction, found.movingTriangle, found.fixedTriangle,
+                                  scene.scale.DownLength(question.maxDistance))
+                   : found.contact;
+  WriteContact(scene, found, contact, answer.contact);
+  // Adding zero turns a negative zero into a positive one.
+  if (last.IsCut()) answer.contact.travel = question.maxDistance + 0.0;
+  const bool isStart = last.IsCut() ? question.maxDistance == 0.0 : contact.travel == 0.0;
+  answer.status = isStart ? SweepStatus::Start : SweepStatus::Contact;
+  return answer;
+}
+
+/// Returns a watch of one of two halves of the work.
+Watch HalfOf(const Watch& watch, double from) {
+  if (!watch) return {};
+  return [&watch, from](double part) { return watch(from + 0.5 * part); };
+}
+
+template <class Scalar>
+PatchSummary SearchPatch(const Scene<Scalar>& scene, const Question& question, Contact* out,
+                         std::size_t capacity, const Watch& watch, Workspace<Scalar>& workspace) {
+  PatchSummary summary;
+  FoundPair first;
+  summary.first = SearchFirst(scene, question, HalfOf(watch, 0.0), workspace, first);
+  if (!first.any) return summary;
+  const bool isStart = summary.first.status == SweepStatus::Start;
+  PatchSearch<Scalar> patch(scene, first, isStart, capacity, workspace.movingLeaves,
+                            workspace.fixedLeaves);
+  const Watch secondHalf = HalfOf(watch, 0.5);
+  Walk<Scalar, PatchSearch<Scalar>> walk(scene, patch, secondHalf, workspace.stack);
+  if (walk.Run() == WalkEnd::Cancelled) return {};
+  summary.pairCount = patch.Count();
+  summary.low = scene.scale.UpPoint(patch.Points().low);
+  summary.high = scene.scale.UpPoint(patch.Points().high);
+  for (const FoundTriangles& pair : patch.Kept()) {
+    WriteContact(scene, pair, FirstContactOf(scene.direction, pair, isStart), *out);
+    // Equal travels of other numbers may be rounded to another double.
+    out++->travel = summary.first.contact.travel;
+  }
+  return summary;
 }
 
 template <class Scalar>
@@ -164,6 +226,23 @@ auto WithFiniteOffset(const SceneBodies& bodies, const Question& question, const
   return work(movedBodies, movedQuestion);
 }
 
+/// Calls `work` with the scene of a question, the question and a workspace.
+template <class Work>
+auto WithScene(const SceneBodies& bodies, const Question& question, Workspaces& workspaces,
+               const Work& work) {
+  return WithFiniteOffset(bodies, question, [&](const SceneBodies& finite, const Question& asked) {
+    const TravelDirection direction = DirectionOf(asked);
+    const RangeScale scale(LargestOfScene(finite, asked.offset));
+    const bool canFilter = CanFilter(finite, direction, asked);
+    if (canFilter && CanUseSingle(finite, asked)) {
+      const Scene<float> scene(finite, direction, scale, asked, canFilter);
+      return work(scene, asked, Need(workspaces.single));
+    }
+    const Scene<double> scene(finite, direction, scale, asked, canFilter);
+    return work(scene, asked, Need(workspaces.forDouble));
+  });
+}
+
 } // namespace
 
 void RequireQuestion(const Question& question) {
@@ -178,21 +257,27 @@ void RequireQuestion(const Question& question) {
 
 Answer AnswerQuestion(const SceneBodies& bodies, const Question& question, const Watch& watch,
                       Workspaces& workspaces) {
-  return WithFiniteOffset(bodies, question, [&](const SceneBodies& finite, const Question& asked) {
-    Answer answer;
-    const TravelDirection direction = DirectionOf(asked);
-    answer.unitDirection = direction.Unit();
-    const RangeScale scale(LargestOfScene(finite, asked.offset));
-    const bool canFilter = CanFilter(finite, direction, asked);
-    if (canFilter && CanUseSingle(finite, asked)) {
-      const Scene<float> scene(finite, direction, scale, asked, canFilter);
-      Search(scene, asked, watch, Need(workspaces.single), answer);
-    } else {
-      const Scene<double> scene(finite, direction, scale, asked, canFilter);
-      Search(scene, asked, watch, Need(workspaces.forDouble), answer);
-    }
-    return answer;
-  });
+  return WithScene(bodies, question, workspaces,
+                   [&](const auto& scene, const Question& asked, auto& workspace) {
+                     FoundPair unused;
+                     return SearchFirst(scene, asked, watch, workspace, unused);
+                   });
+}
+
+Answer AnswerLast(const SceneBodies& bodies, const Question& question, const Watch& watch,
+                  Workspaces& workspaces) {
+  return WithScene(bodies, question, workspaces,
+                   [&](const auto& scene, const Question& asked, auto& workspace) {
+                     return SearchLast(scene, asked, watch, workspace);
+                   });
+}
+
+PatchSummary AnswerPatch(const SceneBodies& bodies, const Question& question, Contact* out,
+                         std::size_t capacity, const Watch& watch, Workspaces& workspaces) {
+  return WithScene(bodies, question, workspaces,
+                   [&](const auto& scene, const Question& asked, auto& workspace) {
+                     return SearchPatch(scene, asked, out, capacity, watch, workspace);
+                   });
 }
 
 LeftOut CountLeftOut(const SceneBodies& bodies, const Question& question) {

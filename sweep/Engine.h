@@ -1,6 +1,8 @@
 #ifndef GSL_SWEEP_ENGINE_H
 #define GSL_SWEEP_ENGINE_H
 
+#include "LastContact.h"
+#include "PatchSearch.h"
 #include "StartSearch.h"
 
 #include <memory>
@@ -28,6 +30,15 @@ void RequireQuestion(const Question& question);
 /// Errors     std::overflow_error, see Pair.
 Answer AnswerQuestion(const SceneBodies& bodies, const Question& question, const Watch& watch,
                       Workspaces& workspaces);
+
+/// Does the same for the last contact.
+Answer AnswerLast(const SceneBodies& bodies, const Question& question, const Watch& watch,
+                  Workspaces& workspaces);
+
+/// Answers a question and finds all pairs of its contact, see Pair::FindPatch. The first answer is
+/// Cancelled when `watch` returns false.
+PatchSummary AnswerPatch(const SceneBodies& bodies, const Question& question, Contact* out,
+                         std::size_t capacity, const Watch& watch, Workspaces& workspaces);
 
 /// Returns how many triangles the question leaves out.
 LeftOut CountLeftOut(const SceneBodies& bodies, const Question& question);

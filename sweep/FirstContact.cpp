@@ -15,27 +15,15 @@ constexpr double kInfinity = std::numeric_limits<double>::infinity();
 /// margin by which they are reduced. It decides how often pairs are compared, not the result.
 constexpr double kTieWindow = 0x1p-19;
 
-/// Returns a double that is at least every rounded travel whose exact travel is at most `length`. A
-/// travel is rounded within 2^-52 of it, or within a few units of 2^-1074 where it is subnormal.
-double JustBeyond(const ScaledLength& length) {
-  return std::ldexp(length.value, length.exponent) * (1.0 + 0x1p-50) + 0x1p-1060;
-}
-
 } // namespace
 
 template <class Scalar>
 FirstContact<Scalar>::FirstContact(const Scene<Scalar>& scene, double maxDistance,
                                    LeafCache<Scalar>& movingCache, LeafCache<Scalar>& fixedCache)
     : m_scene(scene), m_movingCache(movingCache), m_fixedCache(fixedCache),
-      m_maxDistance(scene.scale.DownLength(maxDistance)), m_boxesAreExact(true),
+      m_maxDistance(scene.scale.DownLength(maxDistance)), m_least(LeastEnd<Scalar>(scene.rule)),
       m_kernelLimit(JustBeyond(m_maxDistance)) {
-  if constexpr (sizeof(Scalar) == sizeof(float)) {
-    m_boxesAreExact = scene.bodies.moving->Triangles().IsSingle();
-    for (const PreparedBody* body : scene.bodies.fixed)
-      m_boxesAreExact = m_boxesAreExact && body->Triangles().IsSingle();
-  }
-  // The length is divided by that of the direction vector, which is from 1/2 to 2, and rounded up.
-  SetLimit(m_kernelLimit / scene.direction.Length().hi * (1.0 + 0x1p-50) + 0x1p-1060);
+  SetLimit(scene.MultipleAtLeast(m_maxDistance));
 }
 
 /// The travel is a multiple of the direction in the kernel's coordinates, and not less than the
@@ -43,20 +31,14 @@ FirstContact<Scalar>::FirstContact(const Scene<Scalar>& scene, double maxDistanc
 template <class Scalar>
 void FirstContact<Scalar>::SetLimit(double travel) {
   m_doubleLimit = m_scene.WalkTravel(travel);
-  // The limit is rounded up, which covers a subnormal remainder and the rounding to float.
-  if constexpr (sizeof(Scalar) == sizeof(float)) {
-    volatile float rounded = static_cast<float>(m_doubleLimit);
-    m_limit = std::nextafter(static_cast<float>(rounded), Box<float>::kFar);
-  } else {
-    m_limit = m_doubleLimit;
-  }
+  m_limit = m_scene.AtLeast(m_doubleLimit);
 }
 
 /// Returns true when a pair cannot come before the best pair: it follows the best pair by number,
 /// and an axis keeps its boxes apart for as long.
 template <class Scalar>
 bool FirstContact<Scalar>::IsSettled(const NodePair<Scalar>& pair) {
-  if (!m_boxesAreExact || !(pair.from >= m_tieFloor)) return false;
+  if (!m_scene.hasExactBoxes || !(pair.from >= m_tieFloor)) return false;
   if (!m_best.PrecedesAll(pair.moving.least, pair.LeastFixed())) return false;
   return IsNotBefore(m_scene.moving.InKernel(pair.moving.box),
                      m_scene.fixed.InKernel(pair.fixed.box));
@@ -96,23 +78,13 @@ bool FirstContact<Scalar>::IsNotBefore(const Box<double>& moving, const Box<doub
 }
 
 template <class Scalar>
-Box<double> FirstContact<Scalar>::InKernel(const Box<double>& box) const {
-  Box<double> result;
-  for (int k = 0; k < 3; ++k) {
-    result.low[k] = m_scene.moving.ToKernel(box.low[k]);
-    result.high[k] = m_scene.moving.ToKernel(box.high[k]);
-  }
-  return result;
-}
-
-template <class Scalar>
 bool FirstContact<Scalar>::Judge(const NodePair<Scalar>& pair) {
   const Leaf& moving = m_movingCache.Moving(m_scene, pair.moving.ref.Index());
   const Leaf& fixed = m_fixedCache.Fixed(m_scene, pair.fixedBody, pair.fixed.ref.Index());
   const LeafPair<Scalar> leaves(m_scene, moving, fixed);
-  unsigned movingMask = leaves.template ThatReach<true>(m_scene.fixed.At(pair.fixed.box), m_limit);
+  unsigned movingMask = leaves.template ThatReach<true>(m_scene.fixed.At(pair.fixed.box), Range());
   unsigned fixedMask =
-      leaves.template ThatReach<false>(m_scene.moving.At(pair.moving.box), m_limit);
+      leaves.template ThatReach<false>(m_scene.moving.At(pair.moving.box), Range());
   if (m_scene.filters && m_doubleLimit < kInfinity) {
     if (movingMask != 0)
       movingMask &= leaves.template ThatReach<true>(pair.fixed.slab, m_doubleLimit);
@@ -124,9 +96,9 @@ bool FirstContact<Scalar>::Judge(const NodePair<Scalar>& pair) {
   for (int i = 0; i < moving.count; ++i) {
     if ((movingMask >> i & 1u) == 0) continue;
     for (int first = 0; first < fixed.count; first += 4) {
-      Four<Scalar> from;
+      Four<Scalar> from, unusedTo;
       unsigned mask = fixedMask >> first & 15u;
-      if (mask != 0) mask &= leaves.Reached(i, first, m_limit, from);
+      if (mask != 0) mask &= leaves.Reached(i, first, Range(), from, unusedTo);
       if (mask != 0 && m_scene.filters) mask &= leaves.ReachedByHeight(i, first, m_doubleLimit);
       for (int lane = 0; mask != 0; ++lane, mask >>= 1) {
         if ((mask & 1u) == 0) continue;
@@ -134,7 +106,8 @@ bool FirstContact<Scalar>::Judge(const NodePair<Scalar>& pair) {
         if (from[lane] > m_limit) continue;
         if (from[lane] >= m_tieFloor &&
             m_best.PrecedesAll(moving.number[i], FixedNumber(pair.fixedBody, fixed.number[j])) &&
-            IsNotBefore(InKernel(moving.ExactBoxOf(i)), InKernel(fixed.ExactBoxOf(j)))) {
+            IsNotBefore(m_scene.moving.ToKernel(moving.ExactBoxOf(i)),
+                        m_scene.fixed.ToKernel(fixed.ExactBoxOf(j)))) {
           continue;
         }
         if (m_scene.filters && leaves.AreShadowsApart(i, j)) continue;
@@ -149,19 +122,13 @@ bool FirstContact<Scalar>::Judge(const NodePair<Scalar>& pair) {
 template <class Scalar>
 bool FirstContact<Scalar>::JudgeTriangles(const LeafPair<Scalar>& leaves, std::size_t fixedBody,
                                           int i, int j) {
-  const auto triangle = [this](const Leaf& leaf, int k) {
-    const Placement<Scalar>& placement = m_scene.moving;
-    return MakeTriangle(m_scene.direction, placement.ToKernel(leaf.Corner(k, 0)),
-                        placement.ToKernel(leaf.Corner(k, 1)),
-                        placement.ToKernel(leaf.Corner(k, 2)));
-  };
   FoundPair found;
   found.moving = leaves.moving.number[i];
   found.fixed = FixedNumber(fixedBody, leaves.fixed.number[j]);
-  found.movingTriangle = triangle(leaves.moving, i);
-  found.fixedTriangle = triangle(leaves.fixed, j);
-  switch (JudgePair(m_scene.direction, found.movingTriangle, found.fixedTriangle, m_kernelLimit,
-                    found.contact, found.travel)) {
+  found.movingTriangle = leaves.moving.InKernel(m_scene, i);
+  found.fixedTriangle = leaves.fixed.InKernel(m_scene, j);
+  switch (JudgePair(m_scene.direction, found.movingTriangle, found.fixedTriangle, m_scene.rule,
+                    m_kernelLimit, found.contact, found.travel)) {
   case PairOutcome::Apart:
     return true;
   case PairOutcome::Touching:
@@ -184,7 +151,7 @@ void FirstContact<Scalar>::Lower(const FoundPair& found) {
   m_best.any = true;
   // Travels are rounded from a hundred bits, which can turn the order of two by one unit.
   m_kernelLimit = std::nextafter(found.contact.travel, kInfinity);
-  SetLimit(found.travel.rounded.hi * (1.0 + 0x1p-50) + 0x1p-1060);
+  SetLimit(Enlarged(found.travel.rounded.hi));
   m_tieFloor = static_cast<Scalar>(m_doubleLimit * (1.0 - kTieWindow));
   for (bool& tied : m_hasTied)
     tied = false;

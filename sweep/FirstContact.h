@@ -7,11 +7,15 @@
 namespace gsl_sweep {
 
 /// A pair of triangles that was found, in the coordinates of the pair kernel.
-struct FoundPair {
-  bool any = false;
+struct FoundTriangles {
   std::uint32_t moving = 0;
   std::uint64_t fixed = 0; ///< body and triangle
   Triangle movingTriangle, fixedTriangle;
+};
+
+/// A pair that was found, with its contact.
+struct FoundPair : FoundTriangles {
+  bool any = false;
   PairContact contact{};
   ExactRatio travel; ///< of the contact, as a multiple of the direction vector
 
@@ -34,7 +38,9 @@ public:
   FirstContact(const Scene<Scalar>& scene, double maxDistance, LeafCache<Scalar>& movingCache,
                LeafCache<Scalar>& fixedCache);
 
-  Scalar Limit() const { return m_limit; }
+  static constexpr bool kFromEnd = false;
+
+  TravelRange<Scalar> Range() const { return {m_least, m_limit}; }
   bool IsSettled(const NodePair<Scalar>& pair);
   bool Judge(const NodePair<Scalar>& leaves);
 
@@ -47,13 +53,12 @@ private:
   void Lower(const FoundPair& found);
   void SetLimit(double travel);
   bool IsNotBefore(const Box<double>& moving, const Box<double>& fixed);
-  Box<double> InKernel(const Box<double>& box) const;
 
   const Scene<Scalar>& m_scene;
   LeafCache<Scalar>& m_movingCache;
   LeafCache<Scalar>& m_fixedCache;
-  ScaledLength m_maxDistance; ///< decides
-  bool m_boxesAreExact;
+  ScaledLength m_maxDistance;            ///< decides
+  Scalar m_least;                        ///< pairs that part before this travel do not count
   Scalar m_limit;                        ///< travels of the walk beyond it do not matter
   double m_doubleLimit;                  ///< the same, in double
   double m_kernelLimit;                  ///< the same, as a rounded length for the pair kernel

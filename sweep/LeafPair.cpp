@@ -142,7 +142,23 @@ Double4 HeightOver(const LeafTriangles<Scalar>& planes, int first,
               Double4::Of(points.corner[3 * corner + 2][point]));
 }
 
+template <class Scalar>
+Double4 DepthUnder(const LeafTriangles<Scalar>& planes, int plane,
+                   const LeafTriangles<Scalar>& points, int first, int corner) {
+  return Double4::Of(planes.normal[0][plane]) * Double4::At(&points.corner[3 * corner][first]) +
+         Double4::Of(planes.normal[1][plane]) * Double4::At(&points.corner[3 * corner + 1][first]) +
+         Double4::Of(planes.normal[2][plane]) * Double4::At(&points.corner[3 * corner + 2][first]) -
+         Double4::Of(planes.offset[plane]);
+}
+
 } // namespace
+
+template <class Scalar>
+Triangle LeafTriangles<Scalar>::InKernel(const Scene<Scalar>& scene, int k) const {
+  const Placement<Scalar>& placement = scene.moving;
+  return MakeTriangle(scene.direction, placement.ToKernel(Corner(k, 0)),
+                      placement.ToKernel(Corner(k, 1)), placement.ToKernel(Corner(k, 2)));
+}
 
 template <class Scalar>
 Boxes<Scalar> LeafTriangles<Scalar>::BoxesFrom(int k) const {
@@ -192,12 +208,14 @@ const LeafTriangles<Scalar>& LeafCache<Scalar>::Fixed(const Scene<Scalar>& scene
 
 template <class Scalar>
 template <bool kMoves>
-unsigned LeafPair<Scalar>::ThatReach(const Box<Scalar>& otherBox, Scalar limit) const {
+unsigned LeafPair<Scalar>::ThatReach(const Box<Scalar>& otherBox,
+                                     const TravelRange<Scalar>& range) const {
   const LeafTriangles<Scalar>& leaf = Side<kMoves>();
   unsigned mask = 0;
-  Four<Scalar> from;
+  Four<Scalar> from, to;
   for (int k = 0; k < leaf.count; k += 4) {
-    mask |= m_scene.test.template Survivors<kMoves>(leaf.BoxesFrom(k), otherBox, limit, from) << k;
+    mask |= m_scene.test.template Survivors<kMoves>(leaf.BoxesFrom(k), otherBox, range, from, to)
+            << k;
   }
   return mask;
 }
@@ -242,10 +260,10 @@ unsigned LeafPair<Scalar>::ThatReach(const Slab& slab, double limit) const {
 }
 
 template <class Scalar>
-unsigned LeafPair<Scalar>::Reached(int movingTriangle, int first, Scalar limit,
-                                   Four<Scalar>& from) const {
+unsigned LeafPair<Scalar>::Reached(int movingTriangle, int first, const TravelRange<Scalar>& range,
+                                   Four<Scalar>& from, Four<Scalar>& to) const {
   return m_scene.test.template Survivors<false>(fixed.BoxesFrom(first),
-                                                moving.BoxOf(movingTriangle), limit, from);
+                                                moving.BoxOf(movingTriangle), range, from, to);
 }
 
 /// Over the common shadow, the travel at which two points meet is the height of one point over the
@@ -258,16 +276,34 @@ unsigned LeafPair<Scalar>::ReachedByHeight(int movingTriangle, int first, double
   for (int c = 0; c < 3; ++c) {
     const Double4 height = HeightOver(fixed, first, moving, i, c);
     ofMoving = c == 0 ? height : Least(height, ofMoving);
-    const Double4 depth =
-        Double4::Of(moving.normal[0][i]) * Double4::At(&fixed.corner[3 * c][first]) +
-        Double4::Of(moving.normal[1][i]) * Double4::At(&fixed.corner[3 * c + 1][first]) +
-        Double4::Of(moving.normal[2][i]) * Double4::At(&fixed.corner[3 * c + 2][first]) -
-        Double4::Of(moving.offset[i]);
+    const Double4 depth = DepthUnder(moving, i, fixed, first, c);
     ofFixed = c == 0 ? depth : Least(depth, ofFixed);
   }
   ofMoving = ofMoving - Double4::At(&fixed.error[first]) * Double4::Of(reaches);
   ofFixed = ofFixed - Double4::Of(moving.error[i] * reaches);
   return AtMost(Most(ofMoving, ofFixed), Double4::Of(limit));
+}
+
+/// The greatest height is at a corner too. A plane without heights excludes nothing; its error is
+/// zero.
+template <class Scalar>
+unsigned LeafPair<Scalar>::TouchingByHeight(int movingTriangle, int first, double from) const {
+  const int i = movingTriangle;
+  const double reaches = moving.reach + fixed.reach;
+  Double4 ofMoving, ofFixed;
+  for (int c = 0; c < 3; ++c) {
+    const Double4 height = HeightOver(fixed, first, moving, i, c);
+    ofMoving = c == 0 ? height : Most(height, ofMoving);
+    const Double4 depth = DepthUnder(moving, i, fixed, first, c);
+    ofFixed = c == 0 ? depth : Most(depth, ofFixed);
+  }
+  const Double4 error = Double4::At(&fixed.error[first]);
+  ofMoving = ofMoving + error * Double4::Of(reaches);
+  ofFixed = ofFixed + Double4::Of(moving.error[i] * reaches);
+  const Double4 least = Double4::Of(from);
+  unsigned mask = AtMost(least, ofMoving) | AtMost(error, Double4::Of(0.0));
+  if (moving.error[i] != 0.0) mask &= AtMost(least, ofFixed);
+  return mask;
 }
 
 // Coordinates across the direction: p - (p along its largest component) * direction, relative to a
@@ -354,10 +390,14 @@ template class LeafCache<float>;
 template class LeafCache<double>;
 template class LeafPair<float>;
 template class LeafPair<double>;
-template unsigned LeafPair<float>::ThatReach<true>(const Box<float>&, float) const;
-template unsigned LeafPair<float>::ThatReach<false>(const Box<float>&, float) const;
-template unsigned LeafPair<double>::ThatReach<true>(const Box<double>&, double) const;
-template unsigned LeafPair<double>::ThatReach<false>(const Box<double>&, double) const;
+template unsigned LeafPair<float>::ThatReach<true>(const Box<float>&,
+                                                   const TravelRange<float>&) const;
+template unsigned LeafPair<float>::ThatReach<false>(const Box<float>&,
+                                                    const TravelRange<float>&) const;
+template unsigned LeafPair<double>::ThatReach<true>(const Box<double>&,
+                                                    const TravelRange<double>&) const;
+template unsigned LeafPair<double>::ThatReach<false>(const Box<double>&,
+                                                     const TravelRange<double>&) const;
 template unsigned LeafPair<float>::ThatReach<true>(const Slab&, double) const;
 template unsigned LeafPair<float>::ThatReach<false>(const Slab&, double) const;
 template unsigned LeafPair<double>::ThatReach<true>(const Slab&, double) const;

@@ -24,6 +24,8 @@ struct LeafTriangles {
   Coord3 Corner(int k, int c) const {
     return {corner[3 * c][k], corner[3 * c + 1][k], corner[3 * c + 2][k]};
   }
+  /// Returns triangle k in the coordinates of the pair kernel.
+  Triangle InKernel(const Scene<Scalar>& scene, int k) const;
   Boxes<Scalar> BoxesFrom(int k) const;
   Box<Scalar> BoxOf(int k) const {
     return {{low[0][k], low[1][k], low[2][k]}, {high[0][k], high[1][k], high[2][k]}};
@@ -62,19 +64,23 @@ public:
            const LeafTriangles<Scalar>& fixedLeaf)
       : m_scene(scene), moving(movingLeaf), fixed(fixedLeaf) {}
 
-  /// Bit k is set when triangle k of the moving leaf (kMoves), or of the fixed leaf, can reach the
-  /// box around the other leaf within the limit.
+  /// Bit k is set when triangle k of the moving leaf (kMoves), or of the fixed leaf, can touch the
+  /// box around the other leaf within the range.
   template <bool kMoves>
-  unsigned ThatReach(const Box<Scalar>& otherBox, Scalar limit) const;
+  unsigned ThatReach(const Box<Scalar>& otherBox, const TravelRange<Scalar>& range) const;
   /// Tests in the same way against the slab around the other leaf. `limit` is a travel.
   template <bool kMoves>
   unsigned ThatReach(const Slab& otherSlab, double limit) const;
 
-  /// Bit k is set when the boxes do not exclude that the moving triangle reaches triangle first + k
-  /// within the limit. `from` receives the least travel that the boxes allow.
-  unsigned Reached(int movingTriangle, int first, Scalar limit, Four<Scalar>& from) const;
+  /// Bit k is set when the boxes do not exclude that the moving triangle touches triangle first + k
+  /// within the range. `from` and `to` receive the least and the greatest travel that the boxes
+  /// allow.
+  unsigned Reached(int movingTriangle, int first, const TravelRange<Scalar>& range,
+                   Four<Scalar>& from, Four<Scalar>& to) const;
   /// Bit k is set when the heights over each other's planes do not exclude a contact.
   unsigned ReachedByHeight(int movingTriangle, int first, double limit) const;
+  /// Bit k is set when these heights do not exclude a contact at the travel `from` or later.
+  unsigned TouchingByHeight(int movingTriangle, int first, double from) const;
   /// Returns true when the triangles touch at no travel: a line along an edge separates their
   /// shadows.
   bool AreShadowsApart(int movingTriangle, int fixedTriangle) const;

@@ -7,6 +7,7 @@
 #include <mutex>
 #include <stdexcept>
 #include <string>
+#include <utility>
 
 namespace gsl_sweep {
 
@@ -143,6 +144,43 @@ void AnswerEach(const Run& run, Tally& tally, std::size_t count, const char* wha
   });
 }
 
+/// Answers one question by answer(bodies, question, watch, workspaces).
+template <class AnswerOne>
+auto AnswerAlone(PairState& state, const Question& question, const Run& run,
+                 const AnswerOne& answer) {
+  RequireQuestion(question);
+  using Result =
+      decltype(answer(state.bodies, question, run.progress, std::declval<Workspaces&>()));
+  if (state.questionCount++ > 0) {
+    Tally tally(run, 1);
+    MakeSlabs(state.bodies, run, tally);
+    if (tally.IsCancelled()) return Result();
+  }
+  Borrowed borrowed(state);
+  return answer(state.bodies, question, run.progress, borrowed.Get());
+}
+
+/// Answers many questions in the same way.
+template <class AnswerOne>
+void AnswerBatch(PairState& state, const Question* questions, std::size_t count, Answer* answers,
+                 const Run& run, const AnswerOne& answer) {
+  for (std::size_t k = 0; k < count; ++k) {
+    try {
+      RequireQuestion(questions[k]);
+    } catch (const std::invalid_argument&) {
+      RethrowFor("question", k);
+    }
+  }
+  std::fill_n(answers, count, Answer());
+  if (count == 0) return;
+  Tally tally(run, count);
+  if ((state.questionCount += count) > 1) MakeSlabs(state.bodies, run, tally);
+  AnswerEach(run, tally, count, "question", [&](std::size_t k, const Watch& watch) {
+    Borrowed borrowed(state);
+    answers[k] = answer(state.bodies, questions[k], watch, borrowed.Get());
+  });
+}
+
 } // namespace
 
 Pair::Pair(Body moving, std::vector<Body> fixed, const Run& run)
@@ -167,33 +205,35 @@ Pair::Pair(Body moving, std::vector<Body> fixed, const Run& run)
 }
 
 Answer Pair::First(const Question& question, const Run& run) const {
-  RequireQuestion(question);
-  if (m_state->questionCount++ > 0) {
-    Tally tally(run, 1);
-    MakeSlabs(m_state->bodies, run, tally);
-    if (tally.IsCancelled()) return {};
-  }
-  Borrowed borrowed(*m_state);
-  return AnswerQuestion(m_state->bodies, question, run.progress, borrowed.Get());
+  return AnswerAlone(*m_state, question, run, AnswerQuestion);
 }
 
 void Pair::First(const Question* questions, std::size_t count, Answer* answers,
                  const Run& run) const {
-  for (std::size_t k = 0; k < count; ++k) {
-    try {
-      RequireQuestion(questions[k]);
-    } catch (const std::invalid_argument&) {
-      RethrowFor("question", k);
-    }
-  }
-  std::fill_n(answers, count, Answer());
-  if (count == 0) return;
-  Tally tally(run, count);
-  if ((m_state->questionCount += count) > 1) MakeSlabs(m_state->bodies, run, tally);
-  AnswerEach(run, tally, count, "question", [&](std::size_t k, const Watch& watch) {
-    Borrowed borrowed(*m_state);
-    answers[k] = AnswerQuestion(m_state->bodies, questions[k], watch, borrowed.Get());
-  });
+  AnswerBatch(*m_state, questions, count, answers, run, AnswerQuestion);
+}
+
+Answer Pair::Last(const Question& question, const Run& run) const {
+  return AnswerAlone(*m_state, question, run, AnswerLast);
+}
+
+void Pair::Last(const Question* questions, std::size_t count, Answer* answers,
+                const Run& run) const {
+  AnswerBatch(*m_state, questions, count, answers, run, AnswerLast);
+}
+
+std::size_t Pair::Patch(const Question& question, Contact* out, std::size_t capacity,
+                        const Run& run) const {
+  return FindPatch(question, out, capacity, run).pairCount;
+}
+
+PatchSummary Pair::FindPatch(const Question& question, Contact* out, std::size_t capacity,
+                             const Run& run) const {
+  return AnswerAlone(*m_state, question, run,
+                     [&](const SceneBodies& bodies, const Question& asked, const Watch& watch,
+                         Workspaces& workspaces) {
+                       return AnswerPatch(bodies, asked, out, capacity, watch, workspaces);
+                     });
 }
 
 std::vector<Answer> Pair::FirstOfEach(const Question& question, const Run& run) const {

@@ -69,10 +69,18 @@ public:
   bool SomeAhead() const { return m_ahead; }
   bool SomeAtZero() const { return m_atZero; }
 
-  /// No contact comes before this travel.
+  /// No contact comes before the lower bound, and none after the upper bound.
   double LowerBound() const;
+  double UpperBound() const;
   PairContact First(ExactRatio& travel) { return Extreme(1, travel); }
   PairContact Last(ExactRatio& travel) { return Extreme(-1, travel); }
+
+  /// Calls visit(contact) for each way in which features meet at exactly this travel.
+  template <class Visit>
+  void EachAt(const ExactRatio& travel, const Visit& visit);
+  /// Does the same at travel zero.
+  template <class Visit>
+  void EachAtZero(const Visit& visit);
 
 private:
   bool ShadowsMeet();
@@ -326,6 +334,34 @@ double TrianglePair::LowerBound() const {
   return travel - std::fabs(travel) * 0x1p-50;
 }
 
+double TrianglePair::UpperBound() const {
+  double high = -std::numeric_limits<double>::infinity();
+  for (int k = 0; k < m_count; ++k)
+    high = std::max(high, m_candidates[k].high);
+  const double travel = high * m_direction.Length().hi;
+  return travel + std::fabs(travel) * 0x1p-50;
+}
+
+template <class Visit>
+void TrianglePair::EachAt(const ExactRatio& travel, const Visit& visit) {
+  const double given = travel.rounded.hi;
+  const double error = std::fabs(given) * 0x1p-50;
+  ExactRatio s;
+  for (int k = 0; k < m_count; ++k) {
+    const Candidate& candidate = m_candidates[k];
+    if (candidate.low > given + error || candidate.high < given - error) continue;
+    Measure(candidate, s);
+    if (CompareRatios(s, travel) == 0) visit(ContactOf(candidate, s.rounded));
+  }
+}
+
+template <class Visit>
+void TrianglePair::EachAtZero(const Visit& visit) {
+  for (int k = 0; k < m_count; ++k) {
+    if (m_candidates[k].sign == 0) visit(ContactOf(m_candidates[k], DoubleDouble{0.0, 0.0}));
+  }
+}
+
 /// Returns the least travel for sense 1, and the greatest for -1.
 PairContact TrianglePair::Extreme(int sense, ExactRatio& travel) {
   const auto nearEnd = [sense](const Candidate& c) { return sense > 0 ? c.low : -c.high; };
@@ -428,6 +464,48 @@ bool NormalAgainst(const TravelDirection& direction, const VectorBetween& u, con
   return true;
 }
 
+/// Returns a point that one of the triangles has in common with the other after a travel within the
+/// interval: the average of its points at both ends, weighed to that travel. It is on the triangle,
+/// which is convex.
+Coord3 PointBetween(const ContactInterval& interval, Coord3 PairContact::*side, double travel) {
+  const double first = std::max(travel - interval.first.travel, 0.0);
+  const double last = std::max(interval.last.travel - travel, 0.0);
+  const double sum = first + last;
+  const Coord3& p = interval.first.*side;
+  const Coord3& q = interval.last.*side;
+  // Rounding can make all three travels equal.
+  if (sum == 0.0) return p;
+  const auto weigh = [&](double atFirst, double atLast) {
+    return atFirst * (last / sum) + atLast * (first / sum);
+  };
+  return {weigh(p.x, q.x), weigh(p.y, q.y), weigh(p.z, q.z)};
+}
+
+/// Returns the exact sign of the difference of a travel and a length that is not negative. `travel`
+/// is the exact travel of the contact.
+int CompareTravel(const TravelDirection& direction, const PairContact& contact,
+                  const ExactRatio& travel, const ScaledLength& length) {
+  if (contact.travel > 0.0) return CompareLength(travel, direction.Vector(), length);
+  return contact.travel < 0.0 || length.value > 0.0 ? -1 : 0;
+}
+
+PointBounds BoundsOf(const Triangle& t) {
+  PointBounds bounds;
+  for (const Coord3& corner : t.corner)
+    bounds.Include(corner);
+  return bounds;
+}
+
+/// Includes the common part of the bounds of triangles that touch.
+void IncludeCommon(const Triangle& a, const Triangle& b, PointBounds& points) {
+  const PointBounds p = BoundsOf(a);
+  const PointBounds q = BoundsOf(b);
+  points.Include(
+      {std::max(p.low.x, q.low.x), std::max(p.low.y, q.low.y), std::max(p.low.z, q.low.z)});
+  points.Include(
+      {std::min(p.high.x, q.high.x), std::min(p.high.y, q.high.y), std::min(p.high.z, q.high.z)});
+}
+
 } // namespace
 
 TravelDirection::TravelDirection(const Coord3& direction) : m_dominant(0) {
@@ -469,9 +547,11 @@ bool FindContactInterval(const TravelDirection& direction, const Triangle& movin
 }
 
 PairOutcome JudgePair(const TravelDirection& direction, const Triangle& moving,
-                      const Triangle& fixed, double limit, PairContact& first, ExactRatio& travel) {
+                      const Triangle& fixed, Rule rule, double limit, PairContact& first,
+                      ExactRatio& travel) {
   TrianglePair pair(direction, moving, fixed);
   if (!pair.Meet()) return PairOutcome::Apart;
+  if (rule == Rule::NotLeaving && !pair.SomeAhead()) return PairOutcome::Apart;
   if (pair.SomeAtZero() || (pair.SomeBehind() && pair.SomeAhead())) return PairOutcome::Touching;
   if (pair.SomeBehind() || pair.LowerBound() > limit) return PairOutcome::Apart;
   ExactRatio exact;
@@ -485,18 +565,72 @@ PairOutcome JudgePair(const TravelDirection& direction, const Triangle& moving,
 PairContact ContactAtStart(const ContactInterval& interval) {
   if (interval.first.travel == 0.0) return interval.first;
   if (interval.last.travel == 0.0) return interval.last;
-  // Both triangles are convex: the average of the first and the last contact, weighed to travel
-  // zero, is on both.
-  const double first = -interval.first.travel;
-  const double last = interval.last.travel;
-  const double sum = first + last;
-  const auto weigh = [&](double atFirst, double atLast) {
-    return atFirst * (last / sum) + atLast * (first / sum);
-  };
-  const Coord3& p = interval.first.onMoving;
-  const Coord3& q = interval.last.onMoving;
-  const Coord3 point{weigh(p.x, q.x), weigh(p.y, q.y), weigh(p.z, q.z)};
+  const Coord3 point = PointBetween(interval, &PairContact::onMoving, 0.0);
   return {0.0, ContactKind::Overlap, point, point};
+}
+
+LastOutcome JudgeLast(const TravelDirection& direction, const Triangle& moving,
+                      const Triangle& fixed, Rule rule, const ScaledLength& greatest, double least,
+                      PairContact& last, ExactRatio& travel) {
+  TrianglePair pair(direction, moving, fixed);
+  if (!pair.Meet()) return LastOutcome::Apart;
+  const bool endsAtZero = !pair.SomeAhead() && pair.SomeAtZero();
+  const bool counts = pair.SomeAhead() || (endsAtZero && rule != Rule::NotLeaving);
+  if (!counts || pair.UpperBound() < least) return LastOutcome::Apart;
+  ExactRatio exact;
+  const PairContact contact = pair.Last(exact);
+  if (contact.travel < least) return LastOutcome::Apart;
+  if (CompareTravel(direction, contact, exact, greatest) < 0) {
+    last = contact;
+    travel = exact;
+    return LastOutcome::Parts;
+  }
+  if (pair.SomeBehind() || pair.SomeAtZero()) return LastOutcome::Cut;
+  const PairContact first = pair.First(exact);
+  const bool isBeyond = CompareTravel(direction, first, exact, greatest) > 0;
+  return isBeyond ? LastOutcome::Apart : LastOutcome::Cut;
+}
+
+PairContact ContactAtCut(const TravelDirection& direction, const Triangle& moving,
+                         const Triangle& fixed, const ScaledLength& greatest) {
+  TrianglePair pair(direction, moving, fixed);
+  ContactInterval interval{};
+  ExactRatio exact;
+  if (!pair.Meet()) return interval.first;
+  interval.first = pair.First(exact);
+  if (CompareTravel(direction, interval.first, exact, greatest) == 0) return interval.first;
+  interval.last = pair.Last(exact);
+  if (CompareTravel(direction, interval.last, exact, greatest) == 0) return interval.last;
+  if (greatest.value == 0.0) return ContactAtStart(interval);
+  const double travel = std::ldexp(greatest.value, greatest.exponent);
+  return {travel, ContactKind::Overlap, PointBetween(interval, &PairContact::onMoving, travel),
+          PointBetween(interval, &PairContact::onFixed, travel)};
+}
+
+bool MeetFirstAt(const TravelDirection& direction, const Triangle& moving, const Triangle& fixed,
+                 const ExactRatio& travel, PointBounds& points) {
+  TrianglePair pair(direction, moving, fixed);
+  if (!pair.Meet() || pair.SomeBehind() || pair.SomeAtZero()) return false;
+  bool meets = false;
+  pair.EachAt(travel, [&](const PairContact& contact) {
+    points.Include(contact.onFixed);
+    meets = true;
+  });
+  return meets;
+}
+
+bool MeetAtStart(const TravelDirection& direction, const Triangle& moving, const Triangle& fixed,
+                 Rule rule, PointBounds& points) {
+  TrianglePair pair(direction, moving, fixed);
+  if (!pair.Meet()) return false;
+  const bool touches = pair.SomeAtZero() || (pair.SomeBehind() && pair.SomeAhead());
+  if (!touches || (rule == Rule::NotLeaving && !pair.SomeAhead())) return false;
+  if (pair.SomeBehind() && pair.SomeAhead()) {
+    IncludeCommon(moving, fixed, points);
+  } else {
+    pair.EachAtZero([&](const PairContact& contact) { points.Include(contact.onFixed); });
+  }
+  return true;
 }
 
 bool ContactNormal(const TravelDirection& direction, const Triangle& moving, const Triangle& fixed,

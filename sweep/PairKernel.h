@@ -6,6 +6,9 @@
 
 #include "gsl_Sweep.h"
 
+#include <algorithm>
+#include <limits>
+
 /// Decides when two triangles touch, if one of them travels along a direction.
 ///
 /// There are no tolerances. Exact signs make every decision: whether the shadows across the
@@ -18,6 +21,7 @@ namespace gsl_sweep {
 
 using gsl_exact::DoubleDouble;
 using gsl_exact::ExactRatio;
+using gsl_exact::ScaledLength;
 
 /// A direction of travel; its length does not matter.
 class TravelDirection {
@@ -50,6 +54,18 @@ struct Triangle {
 Triangle MakeTriangle(const TravelDirection& direction, const Coord3& a, const Coord3& b,
                       const Coord3& c);
 
+/// The least and the greatest coordinates of points.
+struct PointBounds {
+  static constexpr double kFar = std::numeric_limits<double>::infinity();
+
+  Coord3 low{kFar, kFar, kFar}, high{-kFar, -kFar, -kFar};
+
+  void Include(const Coord3& p) {
+    low = {std::min(low.x, p.x), std::min(low.y, p.y), std::min(low.z, p.z)};
+    high = {std::max(high.x, p.x), std::max(high.y, p.y), std::max(high.z, p.z)};
+  }
+};
+
 /// A place where two bodies touch after some travel.
 struct PairContact {
   double travel;
@@ -74,7 +90,7 @@ bool FindContactInterval(const TravelDirection& direction, const Triangle& movin
                          const Triangle& fixed, ContactInterval& interval);
 
 enum class PairOutcome {
-  Apart,    ///< never touch, only behind, or not within the limit
+  Apart,    ///< never touch, only behind, not within the limit, or left out by the rule
   Touching, ///< some travel of the interval is zero
   Ahead     ///< the first travel is positive and at most the limit
 };
@@ -83,11 +99,41 @@ enum class PairOutcome {
 /// its travel as an exact multiple of the direction vector, are written for Ahead alone. The limit
 /// only saves work, so it is compared with the rounded travel.
 PairOutcome JudgePair(const TravelDirection& direction, const Triangle& moving,
-                      const Triangle& fixed, double limit, PairContact& first, ExactRatio& travel);
+                      const Triangle& fixed, Rule rule, double limit, PairContact& first,
+                      ExactRatio& travel);
 
 /// Returns the contact at travel zero of a pair that touches there, so with first.travel <= 0 and
 /// last.travel >= 0.
 PairContact ContactAtStart(const ContactInterval& interval);
+
+enum class LastOutcome {
+  Apart, ///< never touch, only behind, only beyond the greatest travel, or left out by the rule
+  Parts, ///< part at zero or later, and before the greatest travel
+  Cut    ///< touch at the greatest travel
+};
+
+/// Judges the end of a pair's interval within a greatest travel, for a search. `last` and `travel`,
+/// its travel as an exact multiple of the direction vector, are written for Parts alone. A pair
+/// whose rounded last travel is below `least` may be judged Apart, which saves work.
+LastOutcome JudgeLast(const TravelDirection& direction, const Triangle& moving,
+                      const Triangle& fixed, Rule rule, const ScaledLength& greatest, double least,
+                      PairContact& last, ExactRatio& travel);
+
+/// Returns the contact at the greatest travel of a pair that JudgeLast judges Cut: of the features
+/// that meet first or last if they meet there, and otherwise an Overlap.
+PairContact ContactAtCut(const TravelDirection& direction, const Triangle& moving,
+                         const Triangle& fixed, const ScaledLength& greatest);
+
+/// Returns true when the features that meet first do so at exactly this travel, which must be
+/// positive. Then the bounds are enlarged by every point of the fixed triangle at which features
+/// meet there. These points are the corners of all that the triangles share after the travel.
+bool MeetFirstAt(const TravelDirection& direction, const Triangle& moving, const Triangle& fixed,
+                 const ExactRatio& travel, PointBounds& points);
+
+/// Returns true when the pair touches at the start and counts. Then the bounds are enlarged by what
+/// the triangles share, or, where their insides cross, by what their boxes share.
+bool MeetAtStart(const TravelDirection& direction, const Triangle& moving, const Triangle& fixed,
+                 Rule rule, PointBounds& points);
 
 /// Computes the normal of the plane in which the features of a contact meet, of length one, on the
 /// side from which the moving body comes: its product with the direction is negative.

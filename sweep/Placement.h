@@ -62,6 +62,14 @@ public:
   /// Converts from the coordinates of the walk to the coordinates of the pair kernel.
   double ToKernel(double c) const { return kIsSingle ? m_scale.Down(c) : c; }
   Coord3 ToKernel(const Coord3& p) const { return {ToKernel(p.x), ToKernel(p.y), ToKernel(p.z)}; }
+  Box<double> ToKernel(const Box<double>& box) const {
+    Box<double> result;
+    for (int k = 0; k < 3; ++k) {
+      result.low[k] = ToKernel(box.low[k]);
+      result.high[k] = ToKernel(box.high[k]);
+    }
+    return result;
+  }
 
 private:
   static constexpr bool kIsSingle = sizeof(Scalar) == sizeof(float);

@@ -6,6 +6,9 @@
 #include "PreparedBody.h"
 #include "TravelTest.h"
 
+#include <algorithm>
+#include <cmath>
+#include <limits>
 #include <vector>
 
 namespace gsl_sweep {
@@ -15,6 +18,25 @@ struct SceneBodies {
   const PreparedBody* moving;
   std::vector<const PreparedBody*> fixed;
 };
+
+/// Enlarges a rounded travel, so that it is at least every travel that was rounded to it. A travel
+/// is rounded within 2^-52 of it, or within a few units of 2^-1074 where it is subnormal.
+inline double Enlarged(double travel) {
+  return travel * (1.0 + 0x1p-50) + 0x1p-1060;
+}
+/// Reduces a rounded travel in the same way, but not below zero.
+inline double Reduced(double travel) {
+  return std::max(travel * (1.0 - 0x1p-50) - 0x1p-1060, 0.0);
+}
+
+/// Returns a double that is at least every rounded travel whose exact travel is at most `length`.
+inline double JustBeyond(const ScaledLength& length) {
+  return Enlarged(std::ldexp(length.value, length.exponent));
+}
+/// Returns a double that is at most every rounded travel whose exact travel is at least `length`.
+inline double JustBefore(const ScaledLength& length) {
+  return Reduced(std::ldexp(length.value, length.exponent));
+}
 
 /// The data from which a question is answered. Travels within the walk are multiples of the
 /// direction vector in the coordinates of the walk: the bodies' coordinates in float, the kernel's
@@ -26,12 +48,41 @@ struct Scene {
       : bodies(sceneBodies), direction(travelDirection), scale(rangeScale),
         test(travelDirection.Vector()), slabTest(travelDirection.Vector()),
         moving(question.offset, rangeScale), fixed({0.0, 0.0, 0.0}, rangeScale),
-        oneSided(question.oneSided), filters(canFilter) {}
+        rule(question.rule), oneSided(question.oneSided), filters(canFilter),
+        hasExactBoxes(HaveExactBoxes(sceneBodies)) {}
 
   /// Converts multiples of the direction in the kernel's coordinates to multiples in those of the
   /// walk.
   double WalkTravel(double inKernel) const {
     return sizeof(Scalar) == sizeof(float) ? std::ldexp(inKernel, scale.Exponent()) : inKernel;
+  }
+
+  /// Return a multiple of the direction vector, in the kernel's coordinates, that is not shorter
+  /// than a length, and one that is not longer. The vector's length is from 1/2 to 2.
+  double MultipleAtLeast(const ScaledLength& length) const {
+    return Enlarged(JustBeyond(length) / direction.Length().hi);
+  }
+  double MultipleAtMost(const ScaledLength& length) const {
+    return Reduced(JustBefore(length) / direction.Length().hi);
+  }
+
+  /// Round a travel of the walk up and down, which covers a subnormal remainder and the rounding to
+  /// float.
+  static Scalar AtLeast(double travel) {
+    if constexpr (sizeof(Scalar) == sizeof(float)) {
+      volatile float rounded = static_cast<float>(travel);
+      return std::nextafter(static_cast<float>(rounded), Box<float>::kFar);
+    } else {
+      return travel;
+    }
+  }
+  static Scalar AtMost(double travel) {
+    if constexpr (sizeof(Scalar) == sizeof(float)) {
+      volatile float rounded = static_cast<float>(travel);
+      return std::nextafter(static_cast<float>(rounded), 0.0f);
+    } else {
+      return travel;
+    }
   }
 
   static const Tree<Scalar>& TreeOf(const PreparedBody& body) {
@@ -48,11 +99,29 @@ struct Scene {
   TravelTest<Scalar> test;
   SlabTest slabTest;
   Placement<Scalar> moving, fixed;
+  Rule rule;
   bool oneSided;
   /// Returns true when products of three coordinates stay in the range in which rounding is
   /// relative.
   bool filters;
+  /// Returns true when the boxes of the trees are not rounded.
+  bool hasExactBoxes;
+
+private:
+  static bool HaveExactBoxes(const SceneBodies& bodies) {
+    if constexpr (sizeof(Scalar) == sizeof(double)) return true;
+    const auto isSingle = [](const PreparedBody* body) { return body->Triangles().IsSingle(); };
+    return isSingle(bodies.moving) &&
+           std::all_of(bodies.fixed.begin(), bodies.fixed.end(), isSingle);
+  }
 };
+
+/// Returns the least travel at which a pair may part so that it counts. No difference of two
+/// numbers of the walk that is not zero is below the travel for NotLeaving.
+template <class Scalar>
+constexpr Scalar LeastEnd(Rule rule) {
+  return rule == Rule::NotLeaving ? std::numeric_limits<Scalar>::denorm_min() : Scalar{0};
+}
 
 /// A triangle of several fixed bodies, in their order.
 inline std::uint64_t FixedNumber(std::size_t body, std::uint32_t triangle) {

@@ -83,23 +83,18 @@ void StartSearch<Scalar>::Judge(const NodePair<Scalar>& pair) {
   const Leaf& moving = m_movingCache.Moving(m_scene, pair.moving.ref.Index());
   const Leaf& fixed = m_fixedCache.Fixed(m_scene, pair.fixedBody, pair.fixed.ref.Index());
   const LeafPair<Scalar> leaves(m_scene, moving, fixed);
-  const auto triangle = [this](const Leaf& leaf, int k) {
-    const Placement<Scalar>& placement = m_scene.moving;
-    return MakeTriangle(m_scene.direction, placement.ToKernel(leaf.Corner(k, 0)),
-                        placement.ToKernel(leaf.Corner(k, 1)),
-                        placement.ToKernel(leaf.Corner(k, 2)));
-  };
   for (int i = 0; i < moving.count; ++i) {
     for (int j = 0; j < fixed.count; ++j) {
       const std::uint64_t number = FixedNumber(pair.fixedBody, fixed.number[j]);
       if (m_best.PrecedesAll(moving.number[i], number)) continue;
       if (leaves.AreApartAtStart(i, j)) continue;
       if (m_scene.filters && leaves.AreShadowsApart(i, j)) continue;
-      const Triangle a = triangle(moving, i);
-      const Triangle b = triangle(fixed, j);
+      const Triangle a = moving.InKernel(m_scene, i);
+      const Triangle b = fixed.InKernel(m_scene, j);
       PairContact unused{};
       ExactRatio unusedTravel;
-      if (JudgePair(m_scene.direction, a, b, 0.0, unused, unusedTravel) != PairOutcome::Touching) {
+      if (JudgePair(m_scene.direction, a, b, m_scene.rule, 0.0, unused, unusedTravel) !=
+          PairOutcome::Touching) {
         continue;
       }
       m_best.any = true;

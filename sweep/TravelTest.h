@@ -22,6 +22,12 @@ namespace gsl_sweep {
 template <class Scalar>
 constexpr double kReciprocalMargin = 8.0 * std::numeric_limits<Scalar>::epsilon() / 2.0;
 
+/// The travels from `from` to `to`, both included.
+template <class Scalar>
+struct TravelRange {
+  Scalar from, to;
+};
+
 /// Boxes of which one travels.
 template <class Scalar>
 class TravelTest {
@@ -39,12 +45,14 @@ public:
   }
 
   /// Tests four boxes against one. Bit k of the result is set when box k can touch the other box
-  /// within the limit. `from` receives the first such travels.
+  /// within the range, which must not begin below zero. `first` and `last` receive the first and
+  /// the last such travels.
   template <bool kFourMove>
-  unsigned Survivors(const Boxes<Scalar>& four, const Box<Scalar>& one, Scalar limit,
-                     Four<Scalar>& from) const {
-    Four<Scalar> first = Four<Scalar>::Of(0);
-    Four<Scalar> last = Four<Scalar>::Of(limit);
+  unsigned Survivors(const Boxes<Scalar>& four, const Box<Scalar>& one,
+                     const TravelRange<Scalar>& range, Four<Scalar>& first,
+                     Four<Scalar>& last) const {
+    first = Four<Scalar>::Of(range.from);
+    last = Four<Scalar>::Of(range.to);
     for (int k = 0; k < 3; ++k) {
       const bool swapped = m_isNegative[k];
       // The fronts meet first, and the backs part last.
@@ -63,14 +71,14 @@ public:
       first = Most(toMeet * Four<Scalar>::Of(m_first[k]), first);
       last = Least(toPart * Four<Scalar>::Of(m_last[k]), last);
     }
-    from = first;
     return AtMost(first, last);
   }
 
-  /// Tests two boxes. The first travel is infinite when they cannot touch.
-  Scalar FirstTravel(const Box<Scalar>& moving, const Box<Scalar>& fixed) const {
-    Scalar first = 0;
-    Scalar last = Box<Scalar>::kFar;
+  /// Tests two boxes. Returns false when they cannot touch within the range.
+  bool CanTouch(const Box<Scalar>& moving, const Box<Scalar>& fixed,
+                const TravelRange<Scalar>& range, Scalar& first, Scalar& last) const {
+    first = range.from;
+    last = range.to;
     for (int k = 0; k < 3; ++k) {
       const bool swapped = m_isNegative[k];
       const Scalar toMeet = swapped ? fixed.high[k] - moving.low[k] : fixed.low[k] - moving.high[k];
@@ -80,7 +88,7 @@ public:
       if (meets > first) first = meets;
       if (parts < last) last = parts;
     }
-    return first <= last ? first : Box<Scalar>::kFar;
+    return first <= last;
   }
 
 private:

@@ -22,7 +22,9 @@ struct NodePair {
   WalkSide<Scalar> moving, fixed;
   std::uint32_t fixedBody;
   float share; ///< of the whole work
-  Scalar from; ///< no travel before this one lets them touch
+  /// No travel before this one lets them touch. In a walk from the end: the negative of the travel
+  /// after which none lets them touch.
+  Scalar from;
 
   std::uint64_t LeastFixed() const { return FixedNumber(fixedBody, fixed.least); }
 };
@@ -32,10 +34,12 @@ using Watch = std::function<bool(double part)>;
 
 enum class WalkEnd { Done, Stopped, Cancelled };
 
-/// Visits the pairs of leaves of two trees that can touch, nearest first.
+/// Visits the pairs of leaves of two trees that can touch: the first to touch first, or from the
+/// end, the last to part first.
 ///
 /// Judgement offers
-///   Scalar Limit()                   travels beyond it do not matter; it only falls
+///   bool kFromEnd                    the order, a constant
+///   TravelRange<Scalar> Range()      travels outside do not matter; it only narrows
 ///   bool IsSettled(const NodePair&)  nothing in the pair can change the result
 ///   bool Judge(const NodePair&)      looks at a pair of leaves; false ends the walk
 template <class Scalar, class Judgement>
@@ -58,12 +62,19 @@ private:
   void Expand(const NodePair<Scalar>& pair);
   template <bool kMoving>
   unsigned Narrow(const NodePair<Scalar>& pair, const Boxes<Scalar>& boxes, std::size_t node,
-                  const Box<Scalar>& other, unsigned mask, Four<Scalar>& from,
+                  const Box<Scalar>& other, unsigned mask, Four<Scalar>& first, Four<Scalar>& last,
                   const SlabNode*& slabs) const;
   template <bool kMoving>
   void PushSurvivors(const NodePair<Scalar>& pair, const TreeNode<Scalar>& node, unsigned mask,
                      const Four<Scalar>& from, const SlabNode* slabs);
   bool Goes();
+  /// Returns true when the pair touches at no travel that matters.
+  bool IsBeyond(const NodePair<Scalar>& pair) const {
+    const TravelRange<Scalar> range = m_judgement.Range();
+    return pair.from > (kFromEnd ? -range.from : range.to);
+  }
+
+  static constexpr bool kFromEnd = Judgement::kFromEnd;
 
   const Scene<Scalar>& m_scene;
   Judgement& m_judgement;
@@ -81,7 +92,7 @@ WalkEnd Walk<Scalar, Judgement>::Run() {
     const NodePair<Scalar> pair = m_stack.back();
     m_stack.pop_back();
     if (++m_visits % kWatchEvery == 0 && !Goes()) return WalkEnd::Cancelled;
-    if (pair.from > m_judgement.Limit() || m_judgement.IsSettled(pair)) {
+    if (IsBeyond(pair) || m_judgement.IsSettled(pair)) {
       m_done += static_cast<double>(pair.share);
       continue;
     }
@@ -130,9 +141,13 @@ void Walk<Scalar, Judgement>::PushRoots() {
     if (m_scene.bodies.fixed[body]->IsEmpty()) continue;
     NodePair<Scalar> pair{moving, sideOf(*m_scene.bodies.fixed[body]),
                           static_cast<std::uint32_t>(body), 1.0f / static_cast<float>(count), 0};
-    pair.from = m_scene.test.FirstTravel(m_scene.moving.At(pair.moving.box),
-                                         m_scene.fixed.At(pair.fixed.box));
-    if (pair.from < Box<Scalar>::kFar) m_stack.push_back(pair);
+    Scalar first, last;
+    if (!m_scene.test.CanTouch(m_scene.moving.At(pair.moving.box), m_scene.fixed.At(pair.fixed.box),
+                               m_judgement.Range(), first, last)) {
+      continue;
+    }
+    pair.from = kFromEnd ? -last : first;
+    m_stack.push_back(pair);
   }
   // The nearest pair is on top; among equals the first.
   std::reverse(m_stack.begin(), m_stack.end());
@@ -166,15 +181,16 @@ void Walk<Scalar, Judgement>::Expand(const NodePair<Scalar>& pair) {
   const Boxes<Scalar>& boxes = placement.At(node.boxes, room);
   const Box<Scalar> other =
       kMoving ? m_scene.fixed.At(pair.fixed.box) : m_scene.moving.At(pair.moving.box);
-  Four<Scalar> from;
-  unsigned mask = m_scene.test.template Survivors<kMoving>(boxes, other, m_judgement.Limit(), from);
+  Four<Scalar> first, last;
+  unsigned mask =
+      m_scene.test.template Survivors<kMoving>(boxes, other, m_judgement.Range(), first, last);
   const SlabNode* slabs = nullptr;
-  if (mask != 0) mask = Narrow<kMoving>(pair, boxes, index, other, mask, from, slabs);
+  if (mask != 0) mask = Narrow<kMoving>(pair, boxes, index, other, mask, first, last, slabs);
   if (mask == 0) {
     m_done += static_cast<double>(pair.share);
     return;
   }
-  PushSurvivors<kMoving>(pair, node, mask, from, slabs);
+  PushSurvivors<kMoving>(pair, node, mask, kFromEnd ? -last : first, slabs);
 }
 
 /// Applies the slabs, in float, once they are made.
@@ -182,27 +198,27 @@ template <class Scalar, class Judgement>
 template <bool kMoving>
 unsigned Walk<Scalar, Judgement>::Narrow(const NodePair<Scalar>& pair, const Boxes<Scalar>& boxes,
                                          std::size_t node, const Box<Scalar>& other, unsigned mask,
-                                         Four<Scalar>& from, const SlabNode*& slabs) const {
+                                         Four<Scalar>& first, Four<Scalar>& last,
+                                         const SlabNode*& slabs) const {
   if constexpr (sizeof(Scalar) == sizeof(float)) {
     const PreparedBody& body =
         kMoving ? *m_scene.bodies.moving : *m_scene.bodies.fixed[pair.fixedBody];
     const Slabs* made = body.SlabsIfMade();
     if (made == nullptr) return mask;
     slabs = &made->nodes[node];
-    Float4 last = Float4::Of(m_judgement.Limit());
     const Float4 reach = slabs->reach + Float4::Of(RoundedUp(other.Reach()));
     if (!m_scene.moving.HasOffset()) {
       const Slab& slab = kMoving ? pair.fixed.slab : pair.moving.slab;
       m_scene.slabTest.template Narrow<kMoving>(boxes, *slabs, other, slab,
-                                                reach * Float4::Of(kSlabError), from, last);
+                                                reach * Float4::Of(kSlabError), first, last);
     } else {
       const SlabShift shift(m_scene.moving.Offset());
       const Float4 error = (reach + Float4::Of(shift.Reach())) * Float4::Of(kShiftedSlabError);
       const Slab slab = kMoving ? pair.fixed.slab : shift.Of(pair.moving.slab);
       const SlabNode placed = kMoving ? shift.Of(*slabs) : *slabs;
-      m_scene.slabTest.template Narrow<kMoving>(boxes, placed, other, slab, error, from, last);
+      m_scene.slabTest.template Narrow<kMoving>(boxes, placed, other, slab, error, first, last);
     }
-    return mask & AtMost(from, last);
+    return mask & AtMost(first, last);
   } else {
     return mask;
   }

@@ -123,8 +123,9 @@ private:
   std::shared_ptr<const PreparedBody> m_prepared;
 };
 
-/// The features that meet, the moving body's first. Overlap means that the bodies share a point at
-/// the start and that their contact began earlier, so no pair of features can be named.
+/// The features that meet, the moving body's first. Overlap means that no pair of features can be
+/// named: the triangles share a point, but their contact began earlier and ends later. This happens
+/// at the start and where a last contact is cut at the greatest distance.
 enum class ContactKind : unsigned char {
   VertexVertex,
   VertexEdge,
@@ -142,6 +143,15 @@ enum class SweepStatus : unsigned char {
   Cancelled ///< the question was not answered
 };
 
+/// Which pairs of triangles count. A pair touches during one closed interval of travel.
+enum class Rule : unsigned char {
+  Touch, ///< every pair
+  /// Every pair except those whose interval ends at travel zero exactly, so that a body may leave
+  /// what it touches at the start. Where closed bodies press into each other right after the start,
+  /// some pair counts. Open surfaces that lie face to face may pass through each other.
+  NotLeaving
+};
+
 struct Question {
   Coord3 direction{0.0, 0.0, 0.0}; ///< any length but zero; finite
   /// The offset is added to each corner of the moving body, and each sum is rounded once. It must
@@ -155,6 +165,7 @@ struct Question {
   /// direction, and of the fixed body whose normal points along it. Edge-on and degenerate
   /// triangles point neither way and stay.
   bool oneSided = false;
+  Rule rule = Rule::Touch;
 };
 
 struct Contact {
@@ -174,6 +185,16 @@ struct Answer {
   SweepStatus status = SweepStatus::Cancelled;
   Coord3 unitDirection{0.0, 0.0, 0.0}; ///< rounded from twice the precision; zero when cancelled
   Contact contact;                     ///< set for Contact and Start only
+};
+
+/// All pairs that touch at the first contact.
+struct PatchSummary {
+  Answer first;              ///< as Pair::First returns it
+  std::size_t pairCount = 0; ///< 0 unless `first` is a contact
+  /// The box around all points of the fixed bodies at which the pairs touch, up to the rounding of
+  /// its coordinates; zeros without a pair. Where the insides of two triangles cross at the start,
+  /// the common part of their own boxes is in it.
+  Coord3 low{0.0, 0.0, 0.0}, high{0.0, 0.0, 0.0};
 };
 
 /// Runs job(0) to job(count - 1), each once, on any threads, and returns when all have returned. A
@@ -221,6 +242,34 @@ public:
   /// Returns one answer for each fixed body, as if it were alone with the moving body.
   /// The text of std::overflow_error names the fixed body.
   std::vector<Answer> FirstOfEach(const Question& question, const Run& run = {}) const;
+
+  /// Returns the last contact: the greatest travel from 0 to maxDistance at which a pair that
+  /// counts touches. After it no pair touches up to maxDistance. The status is Start when that
+  /// travel is 0, and None when no pair touches in that range.
+  ///
+  /// Ties       as for the first contact, among the features that meet last.
+  /// Cut        where pairs touch at maxDistance, that is the travel, and these pairs tie. If the
+  ///            contact of the first of them neither begins nor ends there, the kind is Overlap.
+  Answer Last(const Question& question, const Run& run = {}) const;
+
+  /// Answers `count` questions in the same way, in parallel.
+  void Last(const Question* questions, std::size_t count, Answer* answers,
+            const Run& run = {}) const;
+
+  /// Finds all pairs that count and touch at the travel of the first contact, or at the start, by
+  /// moving triangle, fixed body and fixed triangle. Writes the first `capacity` of them and
+  /// returns the number of all, which is 0 when there is no contact and when it is cancelled.
+  ///
+  /// Contacts   each has the travel of the first contact, and of the features of its pair that meet
+  ///            there, those that First would name.
+  /// Memory     about 400 bytes for each contact that is written; none for a pair that is counted.
+  /// Errors     as for First. What `out` holds then is not specified.
+  std::size_t Patch(const Question& question, Contact* out, std::size_t capacity,
+                    const Run& run = {}) const;
+
+  /// Does the same, and describes all pairs together.
+  PatchSummary FindPatch(const Question& question, Contact* out, std::size_t capacity,
+                         const Run& run = {}) const;
 
   /// Counts by looking at every triangle. A question that is not one-sided leaves nothing out.
   LeftOut CountLeftOut(const Question& question) const;

@@ -325,6 +325,25 @@ public:
     return m_verdict;
   }
 
+  Verdict RunLast(double limit) {
+    FindLastPair(limit);
+    return m_verdict;
+  }
+
+  Patch RunPatch(std::size_t described) {
+    FindPair();
+    Patch patch = AllAtFirst();
+    if (patch.pairs.empty()) return patch;
+    const auto& pair = patch.pairs[described % patch.pairs.size()];
+    EachPair([&](std::size_t i, std::size_t j, const Rational& low, const Rational& high) {
+      if (pair != std::make_pair(m_body[0].used[i], m_body[1].used[j])) return;
+      Take(m_verdict.outcome, i, j, low, high);
+    });
+    Describe();
+    patch.described = m_verdict;
+    return patch;
+  }
+
 private:
   static double LargestOf(const Coord3& p) {
     return std::max({std::fabs(p.x), std::fabs(p.y), std::fabs(p.z)});
@@ -379,12 +398,138 @@ private:
     }
   }
 
+  /// Calls visit(i, j, low, high) with the heights of each pair that counts and that touches at
+  /// zero or later.
+  template <class Visit>
+  void EachPair(const Visit& visit) {
+    for (std::size_t i = 0; i < m_body[0].used.size(); ++i) {
+      for (std::size_t j = 0; j < m_body[1].used.size(); ++j) {
+        const ShearedTriangle& a = m_body[0].sheared[i];
+        const ShearedTriangle& b = m_body[1].sheared[j];
+        if (AreApart(a, b) || !m_line.Cut(a, b)) continue;
+        Rational low = m_line.Low();
+        Rational high = m_line.High();
+        if (sgn(high) < 0 || (m_question.notLeaving && sgn(high) == 0)) continue;
+        low.canonicalize();
+        high.canonicalize();
+        visit(i, j, low, high);
+      }
+    }
+  }
+
+  /// Returns the square of the travel of a height, with the sign of the height.
+  Rational SignedSquare(const Rational& height) {
+    const Rational s = height / Shear(m_direction).reach;
+    const RationalPoint shift = Scaled(ToRational(m_direction) * s, m_scale.Unit());
+    const Rational square = Dot(shift, shift);
+    return sgn(height) < 0 ? Rational(-square) : square;
+  }
+
+  void FindLastPair(double limit) {
+    const bool hasLimit = std::isfinite(limit);
+    const Rational square = hasLimit ? Rational(limit) * Rational(limit) : Rational(0);
+    bool isCut = false;
+    EachPair([&](std::size_t i, std::size_t j, const Rational& low, const Rational& high) {
+      if (hasLimit && SignedSquare(low) > square) return;
+      const bool reachesLimit = hasLimit && SignedSquare(high) >= square;
+      const bool isBetter = m_verdict.outcome == Outcome::None || (reachesLimit && !isCut) ||
+                            (reachesLimit == isCut && !isCut && high > m_high);
+      if (isBetter) {
+        Take(Outcome::Contact, i, j, low, high);
+        isCut = reachesLimit;
+      } else if (reachesLimit == isCut && (isCut || high == m_high)) {
+        ++m_verdict.ties;
+      }
+    });
+    if (m_verdict.outcome == Outcome::None) return;
+    DescribePair();
+    m_verdict.squaredTravel = isCut ? square : SignedSquare(m_high);
+    if (m_verdict.squaredTravel == 0) m_verdict.outcome = Outcome::Start;
+    if (isCut && SignedSquare(m_low) == square) {
+      DescribeMeeting(m_low);
+    } else if (!isCut || SignedSquare(m_high) == square) {
+      DescribeMeeting(m_high);
+    }
+  }
+
+  /// Finds the pairs that tie with the pair of the verdict.
+  Patch AllAtFirst() {
+    Patch patch;
+    if (m_verdict.outcome == Outcome::None) return patch;
+    const bool isStart = m_verdict.outcome == Outcome::Start;
+    const Rational first = isStart ? Rational(0) : m_low;
+    EachPair([&](std::size_t i, std::size_t j, const Rational& low, const Rational& high) {
+      if (isStart ? sgn(low) > 0 : low != first) return;
+      const bool isNew = patch.pairs.empty();
+      patch.pairs.emplace_back(m_body[0].used[i], m_body[1].used[j]);
+      const WholeTriangle& moving = m_body[0].triangle[i];
+      const WholeTriangle& fixed = m_body[1].triangle[j];
+      std::vector<RationalPoint> points;
+      if (isStart && sgn(low) < 0 && sgn(high) > 0) {
+        points = CommonCorners(moving, fixed);
+      } else {
+        points = MeetingPoints(moving, fixed, first / Shear(m_direction).reach);
+      }
+      for (std::size_t k = 0; k < points.size(); ++k)
+        Include(Scaled(points[k], m_scale.Unit()), isNew && k == 0, patch);
+    });
+    return patch;
+  }
+
+  static void Include(const RationalPoint& p, bool isFirst, Patch& patch) {
+    const auto include = [isFirst](const Rational& c, Rational& low, Rational& high) {
+      if (isFirst || c < low) low = c;
+      if (isFirst || c > high) high = c;
+    };
+    include(p.x, patch.low.x, patch.high.x);
+    include(p.y, patch.low.y, patch.high.y);
+    include(p.z, patch.low.z, patch.high.z);
+  }
+
+  /// Returns two opposite corners of the common part of the boxes.
+  static std::vector<RationalPoint> CommonCorners(const WholeTriangle& a, const WholeTriangle& b) {
+    const auto common = [&](Whole WholePoint::*c, Rational& low, Rational& high) {
+      low = std::max(std::min({a[0].*c, a[1].*c, a[2].*c}), std::min({b[0].*c, b[1].*c, b[2].*c}));
+      high = std::min(std::max({a[0].*c, a[1].*c, a[2].*c}), std::max({b[0].*c, b[1].*c, b[2].*c}));
+    };
+    RationalPoint low, high;
+    common(&WholePoint::x, low.x, high.x);
+    common(&WholePoint::y, low.y, high.y);
+    common(&WholePoint::z, low.z, high.z);
+    return {low, high};
+  }
+
+  /// Returns the points at which features meet after s times the direction.
+  std::vector<RationalPoint> MeetingPoints(const WholeTriangle& moving, const WholeTriangle& fixed,
+                                           const Rational& s) const {
+    const Whole& under = s.get_den();
+    std::vector<RationalPoint> points;
+    for (const Meeting& meeting : AllMeetings(Arrived(moving, s), Multiplied(fixed, under)))
+      points.push_back(meeting.point * Rational(Whole(1), under));
+    return points;
+  }
+
+  // Multiplied by the denominator of s, all corners of the triangles in contact are whole numbers.
+  WholeTriangle Arrived(const WholeTriangle& moving, const Rational& s) const {
+    WholeTriangle arrived;
+    for (std::size_t c = 0; c < 3; ++c)
+      arrived[c] = moving[c] * s.get_den() + m_direction * s.get_num();
+    return arrived;
+  }
+  static WholeTriangle Multiplied(const WholeTriangle& triangle, const Whole& by) {
+    return {triangle[0] * by, triangle[1] * by, triangle[2] * by};
+  }
+
+  static bool AreApart(const ShearedTriangle& a, const ShearedTriangle& b) {
+    return a.uHigh < b.uLow || b.uHigh < a.uLow || a.vHigh < b.vLow || b.vHigh < a.vLow ||
+           b.high < a.low;
+  }
+
   /// Returns true when the extents alone show that this pair neither touches at zero nor before or
   /// at the least height so far.
   bool IsBeyond(const ShearedTriangle& a, const ShearedTriangle& b) const {
     if (!m_byExtents) return false;
-    return a.uHigh < b.uLow || b.uHigh < a.uLow || a.vHigh < b.vLow || b.vHigh < a.vLow ||
-           b.high < a.low ||
+    return AreApart(a, b) ||
            (m_verdict.outcome == Outcome::Contact && b.low > a.high + m_heightAbove);
   }
 
@@ -396,7 +541,7 @@ private:
         if (IsBeyond(a, b) || !m_line.Cut(a, b)) continue;
         Rational low = m_line.Low();
         Rational high = m_line.High();
-        if (sgn(high) < 0) continue;
+        if (sgn(high) < 0 || (m_question.notLeaving && sgn(high) == 0)) continue;
         low.canonicalize();
         high.canonicalize();
         if (sgn(low) <= 0) return Take(Outcome::Start, i, j, low, high);
@@ -422,6 +567,14 @@ private:
 
   /// Fills in the result of the pair.
   void Describe() {
+    DescribePair();
+    const bool isStart = m_verdict.outcome == Outcome::Start;
+    m_verdict.squaredTravel = isStart ? Rational(0) : SignedSquare(m_low);
+    if (isStart && sgn(m_low) != 0 && sgn(m_high) != 0) return;
+    DescribeMeeting(isStart ? Rational(0) : m_low);
+  }
+
+  void DescribePair() {
     const WholeTriangle& moving = m_body[0].triangle[m_moving];
     const WholeTriangle& fixed = m_body[1].triangle[m_fixed];
     const Rational reach = Shear(m_direction).reach;
@@ -436,28 +589,20 @@ private:
     }
     const RationalPoint ends = Scaled({first, last, Rational(0)}, unit - m_directionScale.Unit());
     m_verdict.interval = {ends.x, ends.y};
+  }
 
-    const bool isStart = m_verdict.outcome == Outcome::Start;
-    const Rational s = isStart ? Rational(0) : first;
-    const RationalPoint move = ToRational(m_direction) * s;
-    const RationalPoint shift = Scaled(move, unit);
-    m_verdict.squaredTravel = Dot(shift, shift);
-    if (isStart && sgn(first) != 0 && sgn(last) != 0) return;
-    // Multiplied by the denominator of s, all corners of the triangles in contact are whole
-    // numbers.
-    const Whole& under = s.get_den();
-    WholeTriangle arrived;
-    WholeTriangle met;
-    for (std::size_t c = 0; c < 3; ++c) {
-      arrived[c] = moving[c] * under + m_direction * s.get_num();
-      met[c] = fixed[c] * under;
-    }
-    const Meeting meeting = FirstMeeting(arrived, met);
+  /// Fills in the features that meet at a height, and where.
+  void DescribeMeeting(const Rational& height) {
+    const Rational s = height / Shear(m_direction).reach;
+    const int unit = m_scale.Unit();
+    const WholeTriangle& moving = m_body[0].triangle[m_moving];
+    const WholeTriangle& fixed = m_body[1].triangle[m_fixed];
+    const Meeting meeting = FirstMeeting(Arrived(moving, s), Multiplied(fixed, s.get_den()));
     m_verdict.kind = meeting.kind;
     if (meeting.kind == Kind::Overlap) return;
-    const RationalPoint point = meeting.point * Rational(Whole(1), under);
+    const RationalPoint point = meeting.point * Rational(Whole(1), s.get_den());
     m_verdict.onFixed = Scaled(point, unit);
-    m_verdict.onMoving = Scaled(point - move, unit);
+    m_verdict.onMoving = Scaled(point - ToRational(m_direction) * s, unit);
   }
 
   const Question& m_question;
@@ -505,48 +650,45 @@ std::optional<Interval> SweepPair(const WholePoint& direction, const WholeTriang
   return interval;
 }
 
-Meeting FirstMeeting(const WholeTriangle& moving, const WholeTriangle& fixed) {
+std::vector<Meeting> AllMeetings(const WholeTriangle& moving, const WholeTriangle& fixed) {
   // Each feature of one triangle is tried against each feature of the other, in the order of ties.
-  const auto search = [](Kind kind, std::size_t ofMoving, std::size_t ofFixed, const auto& meet) {
-    std::optional<Meeting> found;
-    for (std::size_t i = 0; i < ofMoving && !found; ++i) {
-      for (std::size_t j = 0; j < ofFixed && !found; ++j) {
+  std::vector<Meeting> all;
+  const auto search = [&all](Kind kind, std::size_t ofMoving, std::size_t ofFixed,
+                             const auto& meet) {
+    for (std::size_t i = 0; i < ofMoving; ++i) {
+      for (std::size_t j = 0; j < ofFixed; ++j) {
         const std::optional<RationalPoint> point = meet(i, j);
-        if (point) found = Meeting{kind, i, j, *point};
+        if (point) all.push_back({kind, i, j, *point});
       }
     }
-    return found;
   };
   const auto when = [](bool met, const WholePoint& p) {
     return met ? std::optional<RationalPoint>(ToRational(p)) : std::nullopt;
   };
-  const std::optional<Meeting> meetings[] = {
-      search(Kind::VertexVertex, 3, 3,
-             [&](std::size_t i, std::size_t j) {
-               return when(IsZero(moving[i] - fixed[j]), moving[i]);
-             }),
-      search(Kind::VertexEdge, 3, 3,
-             [&](std::size_t i, std::size_t j) {
-               return when(IsInsideSegment(moving[i], fixed[j], fixed[Next(j)]), moving[i]);
-             }),
-      search(Kind::EdgeVertex, 3, 3,
-             [&](std::size_t i, std::size_t j) {
-               return when(IsInsideSegment(fixed[j], moving[i], moving[Next(i)]), fixed[j]);
-             }),
-      search(Kind::VertexFace, 3, 1,
-             [&](std::size_t i, std::size_t) {
-               return when(IsInsideFace(moving[i], fixed), moving[i]);
-             }),
-      search(Kind::FaceVertex, 1, 3,
-             [&](std::size_t, std::size_t j) {
-               return when(IsInsideFace(fixed[j], moving), fixed[j]);
-             }),
-      search(Kind::EdgeEdge, 3, 3, [&](std::size_t i, std::size_t j) {
-        return Crossing(moving[i], moving[Next(i)], fixed[j], fixed[Next(j)]);
-      })};
-  for (const std::optional<Meeting>& meeting : meetings)
-    if (meeting) return *meeting;
-  return {Kind::Overlap, 0, 0, {}};
+  search(Kind::VertexVertex, 3, 3, [&](std::size_t i, std::size_t j) {
+    return when(IsZero(moving[i] - fixed[j]), moving[i]);
+  });
+  search(Kind::VertexEdge, 3, 3, [&](std::size_t i, std::size_t j) {
+    return when(IsInsideSegment(moving[i], fixed[j], fixed[Next(j)]), moving[i]);
+  });
+  search(Kind::EdgeVertex, 3, 3, [&](std::size_t i, std::size_t j) {
+    return when(IsInsideSegment(fixed[j], moving[i], moving[Next(i)]), fixed[j]);
+  });
+  search(Kind::VertexFace, 3, 1, [&](std::size_t i, std::size_t) {
+    return when(IsInsideFace(moving[i], fixed), moving[i]);
+  });
+  search(Kind::FaceVertex, 1, 3, [&](std::size_t, std::size_t j) {
+    return when(IsInsideFace(fixed[j], moving), fixed[j]);
+  });
+  search(Kind::EdgeEdge, 3, 3, [&](std::size_t i, std::size_t j) {
+    return Crossing(moving[i], moving[Next(i)], fixed[j], fixed[Next(j)]);
+  });
+  return all;
+}
+
+Meeting FirstMeeting(const WholeTriangle& moving, const WholeTriangle& fixed) {
+  const std::vector<Meeting> all = AllMeetings(moving, fixed);
+  return all.empty() ? Meeting{Kind::Overlap, 0, 0, {}} : all.front();
 }
 
 Rational SquaredDistance(const RationalPoint& p, const std::array<RationalPoint, 3>& triangle) {
@@ -569,6 +711,14 @@ Verdict Judge(const Question& question) {
 
 Verdict JudgeEveryPair(const Question& question) {
   return Bench(question, false).Run();
+}
+
+Verdict JudgeLast(const Question& question, double limit) {
+  return Bench(question, true).RunLast(limit);
+}
+
+Patch JudgePatch(const Question& question, std::size_t described) {
+  return Bench(question, true).RunPatch(described);
 }
 
 double NearestRoot(const Rational& square) {

@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <gmpxx.h>
 #include <optional>
+#include <utility>
 #include <vector>
 
 /// Computes the first contact of two bodies in exact rationals, by another formulation.
@@ -60,8 +61,11 @@ struct Meeting {
   RationalPoint point;     ///< where they meet; of an Overlap not set
 };
 
-/// Returns the first features that meet of two triangles at rest: by kind, then by the moving
+/// Returns every way in which features of two triangles at rest meet: by kind, then by the moving
 /// feature, then by the fixed feature.
+std::vector<Meeting> AllMeetings(const WholeTriangle& moving, const WholeTriangle& fixed);
+
+/// Returns the first of them, or an Overlap.
 Meeting FirstMeeting(const WholeTriangle& moving, const WholeTriangle& fixed);
 
 /// Returns the square of the distance of a point from a triangle, which may be degenerate.
@@ -72,6 +76,7 @@ struct Question {
   std::vector<Coord3> moving, fixed;
   Coord3 direction;
   bool oneSided = false;
+  bool notLeaving = false; ///< leaves out pairs whose interval ends at zero
 };
 
 enum class Outcome { None, Contact, Start };
@@ -99,6 +104,21 @@ Verdict Judge(const Question& question);
 /// Does the same without leaving out any pair by its extents. It is slow, for the tests of the
 /// judge.
 Verdict JudgeEveryPair(const Question& question);
+
+/// Judges the last contact up to a travel, which may be infinite. Pairs that touch at the limit tie
+/// there.
+Verdict JudgeLast(const Question& question, double limit);
+
+/// All pairs that touch at the first contact.
+struct Patch {
+  std::vector<std::pair<std::size_t, std::size_t>> pairs; ///< in the order of their numbers
+  /// The box around the points at which features meet, and around the common parts of the boxes of
+  /// triangles whose contact began before the start and ends after it.
+  RationalPoint low, high;
+  Verdict described; ///< of one pair
+};
+/// `described` modulo the number of pairs is the pair of the verdict.
+Patch JudgePatch(const Question& question, std::size_t described);
 
 /// Returns the double nearest to the square root of a number, or infinity beyond the range.
 double NearestRoot(const Rational& square);

@@ -251,6 +251,73 @@ TEST(RationalJudge, StartIsTheFirstPairByNumberWhoseIntervalHasZero) {
   EXPECT_EQ(overlap.kind, Kind::Overlap);
 }
 
+TEST(RationalJudge, PairsThatPartAtZeroDoNotCountForABodyThatLeaves) {
+  // The first triangle leaves the ground, and the second goes through it.
+  const std::vector<Coord3> moving{{0, 0, 0},  {1, 0, 2}, {0, 1, 3},
+                                   {0, 0, -3}, {1, 0, 5}, {0, 1, 6}};
+  Question question = Asked(moving, ground, {0.0, 0.0, 1.0});
+  EXPECT_EQ(Judge(question).moving, 0u);
+  question.notLeaving = true;
+  EXPECT_EQ(Judge(question).outcome, Outcome::Start);
+  EXPECT_EQ(Judge(question).moving, 1u);
+  question.moving.resize(3);
+  EXPECT_EQ(Judge(question).outcome, Outcome::None);
+  question.direction = below;
+  EXPECT_EQ(Judge(question).outcome, Outcome::Start);
+}
+
+TEST(RationalJudge, LastIsTheGreatestEndOrTheLimit) {
+  // Twice 3 to 6, the second time with a lower end.
+  const std::vector<Coord3> moving{{0, 0, 3}, {1, 0, 5}, {0, 1, 5.5},
+                                   {0, 0, 3}, {1, 0, 5}, {0, 1, 6}};
+  const Question question = Asked(moving, ground, {0.0, 0.0, -2.0});
+  const double infinite = std::numeric_limits<double>::infinity();
+  const Verdict last = JudgeLast(question, infinite);
+  EXPECT_EQ(last.outcome, Outcome::Contact);
+  EXPECT_EQ(last.moving, 1u);
+  EXPECT_EQ(last.squaredTravel, 36);
+  EXPECT_EQ(last.kind, Kind::VertexFace);
+  EXPECT_EQ(last.onMoving.z, 6);
+  EXPECT_EQ(last.ties, 1u);
+  const Verdict cut = JudgeLast(question, 5.25);
+  EXPECT_EQ(cut.outcome, Outcome::Contact);
+  EXPECT_EQ(cut.moving, 0u);
+  EXPECT_EQ(cut.ties, 2u);
+  EXPECT_EQ(cut.squaredTravel, Ratio(441, 16));
+  EXPECT_EQ(cut.kind, Kind::Overlap);
+  EXPECT_EQ(JudgeLast(question, 3.0).kind, Kind::VertexFace);
+  EXPECT_EQ(JudgeLast(question, 5.5).kind, Kind::VertexFace);
+  EXPECT_EQ(JudgeLast(question, 5.5).onMoving.z, Ratio(11, 2));
+  EXPECT_EQ(JudgeLast(question, std::nextafter(3.0, 0.0)).outcome, Outcome::None);
+  Question leaving = Asked({{0, 0, 0}, {1, 0, 2}, {0, 1, 3}}, ground, {0.0, 0.0, 1.0});
+  EXPECT_EQ(JudgeLast(leaving, infinite).outcome, Outcome::Start);
+  leaving.notLeaving = true;
+  EXPECT_EQ(JudgeLast(leaving, infinite).outcome, Outcome::None);
+}
+
+TEST(RationalJudge, PatchIsEveryPairOfTheFirstTravel) {
+  // A tip that two triangles share, and a later one; the ground twice.
+  const std::vector<Coord3> tips{{0, 0, 4}, {1, 0, 5}, {0, 1, 5}, {0, 0, 3}, {1, 0, 5},
+                                 {0, 1, 5}, {0, 0, 3}, {1, 0, 5}, {0, -1, 5}};
+  std::vector<Coord3> twice = ground;
+  twice.insert(twice.end(), ground.begin(), ground.end());
+  const Patch patch = JudgePatch(Asked(tips, twice, below), 7);
+  const std::vector<std::pair<std::size_t, std::size_t>> expected{{1, 0}, {1, 1}, {2, 0}, {2, 1}};
+  EXPECT_EQ(patch.pairs, expected);
+  EXPECT_EQ(patch.low.x, 0);
+  EXPECT_EQ(patch.high.y, 0);
+  EXPECT_EQ(patch.described.moving, 2u);
+  EXPECT_EQ(patch.described.fixed, 1u);
+  EXPECT_EQ(patch.described.squaredTravel, 9);
+  // At the start all pairs that touch there; these cross, and share a part of their boxes.
+  const Patch start = JudgePatch(Asked({{0, 0, -1}, {1, 0, 1}, {0, 1, 2}}, ground, below), 0);
+  EXPECT_EQ(start.pairs.size(), 1u);
+  EXPECT_EQ(start.described.kind, Kind::Overlap);
+  EXPECT_EQ(start.low.z, 0);
+  EXPECT_EQ(start.high.x, 1);
+  EXPECT_TRUE(JudgePatch(Asked(tips, twice, {0.0, 0.0, 1.0}), 0).pairs.empty());
+}
+
 TEST(RationalJudge, BodiesBehindAndBesideAreNoContact) {
   const std::vector<Coord3> tip{{0, 0, 3}, {1, 0, 5}, {0, 1, 6}};
   EXPECT_EQ(Judge(Asked(tip, ground, {0.0, 0.0, 1.0})).outcome, Outcome::None);

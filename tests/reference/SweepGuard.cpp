@@ -9,6 +9,7 @@
 #include <cstring>
 #include <limits>
 #include <stdexcept>
+#include <utility>
 #include <vector>
 
 namespace reference {
@@ -51,11 +52,15 @@ gsl_sweep::Question AskedOf(const Question& question, double maxDistance) {
   gsl_sweep::Question asked;
   asked.direction = question.direction;
   asked.oneSided = question.oneSided;
+  asked.rule = question.notLeaving ? gsl_sweep::Rule::NotLeaving : gsl_sweep::Rule::Touch;
   asked.maxDistance = maxDistance;
   return asked;
 }
 
-Told Ask(const Body& moving, const Body& fixed, const gsl_sweep::Question& question) {
+enum class End { First, Last };
+
+Told Ask(const Body& moving, const Body& fixed, const gsl_sweep::Question& question,
+         End end = End::First) {
   Told told;
   const Body* bodies[2] = {&moving, &fixed};
   for (std::size_t side = 0; side < 2; ++side) {
@@ -67,7 +72,8 @@ Told Ask(const Body& moving, const Body& fixed, const gsl_sweep::Question& quest
   told.leftOut[0] = leftOut.moving;
   told.leftOut[1] = leftOut.fixed;
   try {
-    told.answer = pair.First(question, OnThreads(1));
+    told.answer =
+        end == End::First ? pair.First(question, OnThreads(1)) : pair.Last(question, OnThreads(1));
   } catch (const std::overflow_error&) {
     told.overflowed = true;
   }
@@ -100,6 +106,9 @@ Rational UnitAt(double value) {
   }
   return Rational(std::nextafter(magnitude, infinity)) - Rational(magnitude);
 }
+
+/// The number of a triangle in a contact that nobody wrote.
+constexpr std::size_t kUntouched = 123456789;
 
 /// The rounding that the library promises: one rounding, from about a hundred bits.
 const Rational halfUnit(Rational(1, 2) + Rational(1, 1 << 20));
@@ -250,19 +259,28 @@ private:
     check(told.z, exact.z, from.z);
   }
 
-  /// Returns whether the point is on both triangles, up to four units in the last place of the
-  /// largest coordinate.
+  /// Returns whether the points are on their triangles and one travel apart, up to four units in
+  /// the last place of the largest coordinate.
   void CheckSharedPoint() {
-    if (!SameBits(m_told.contact.movingPoint, m_told.contact.fixedPoint))
+    const gsl_sweep::Contact& c = m_told.contact;
+    if (m_told.status == SweepStatus::Start && !SameBits(c.movingPoint, c.fixedPoint))
       Complain("points of an overlap differ");
-    const Coord3& p = m_told.contact.fixedPoint;
-    const RationalPoint point{Rational(p.x), Rational(p.y), Rational(p.z)};
     Rational error = m_verdict.largest;
     mpq_div_2exp(error.get_mpq_t(), error.get_mpq_t(), 50);
     error += m_fuzz;
-    for (const auto* corners : {&m_verdict.movingCorners, &m_verdict.fixedCorners}) {
-      if (SquaredDistance(point, *corners) > error * error) Complain("point of an overlap");
-    }
+    const auto check = [&](const Coord3& p, const std::array<RationalPoint, 3>& corners) {
+      const RationalPoint point{Rational(p.x), Rational(p.y), Rational(p.z)};
+      if (SquaredDistance(point, corners) > error * error) Complain("point of an overlap");
+    };
+    check(c.movingPoint, m_verdict.movingCorners);
+    check(c.fixedPoint, m_verdict.fixedCorners);
+    const auto checkTravel = [&](double from, double to, double unit) {
+      const Rational arrived = Rational(from) + Rational(c.travel) * Rational(unit);
+      if (abs(arrived - Rational(to)) > 2 * error) Complain("travel between points of an overlap");
+    };
+    checkTravel(c.movingPoint.x, c.fixedPoint.x, m_told.unitDirection.x);
+    checkTravel(c.movingPoint.y, c.fixedPoint.y, m_told.unitDirection.y);
+    checkTravel(c.movingPoint.z, c.fixedPoint.z, m_told.unitDirection.z);
   }
 
   static std::string Text(double value) {
@@ -279,8 +297,8 @@ private:
   std::string m_complaint;
 };
 
-double LimitOf(const Scene& scene, double travel) {
-  switch (scene.limit) {
+double LimitOf(Limit limit, double travel) {
+  switch (limit) {
   case Limit::Zero:
     return 0.0;
   case Limit::BelowTravel:
@@ -301,10 +319,18 @@ double LimitOf(const Scene& scene, double travel) {
 struct Expected {
   explicit Expected(const Scene& scene) : verdict(Judge(scene.question)) {
     if (verdict.outcome == Outcome::Contact) travel = NearestRoot(verdict.squaredTravel);
-    limit = LimitOf(scene, std::isfinite(travel) ? travel : 1.0);
+    limit = LimitOf(scene.limit, std::isfinite(travel) ? travel : 1.0);
     if (verdict.outcome == Outcome::Contact && std::isfinite(limit)) {
       limited = verdict.squaredTravel > Rational(limit) * Rational(limit);
     }
+  }
+  /// The same for the last contact. The verdict then holds within the limit.
+  Expected(const Scene& scene, Limit limitOfLast) : verdict(JudgeLast(scene.question, infinity)) {
+    if (verdict.outcome == Outcome::Contact) travel = NearestRoot(verdict.squaredTravel);
+    limit = LimitOf(limitOfLast, std::isfinite(travel) ? travel : 1.0);
+    if (!std::isfinite(limit)) return;
+    verdict = JudgeLast(scene.question, limit);
+    travel = verdict.outcome == Outcome::Contact ? NearestRoot(verdict.squaredTravel) : 0.0;
   }
 
   void Count(Tally& tally) const {
@@ -498,7 +524,144 @@ std::string ComplaintOfBatch(const Scene& scene, const gsl_sweep::Question& aske
   return {};
 }
 
+/// Asks a body that may leave what it touches at the start.
+std::string ComplaintOfLeaving(const Scene& scene, RuleTally& tally) {
+  const Expected expected(scene);
+  expected.Count(tally.leaving);
+  const gsl_sweep::Question asked = AskedOf(scene.question, expected.limit);
+  const Told told = Ask(BodyOf(scene.question.moving), BodyOf(scene.question.fixed), asked);
+  return Judged(scene.question, expected, told);
+}
+
+/// Asks for the last contact, within a limit that the numbers choose.
+std::string ComplaintOfLast(const Scene& scene, SceneNumbers& numbers, RuleTally& tally) {
+  const auto limit = static_cast<Limit>(numbers.Below(3) == 0 ? 0 : numbers.Below(6));
+  const Expected expected(scene, limit);
+  expected.Count(tally.last);
+  const bool touches = expected.verdict.outcome != Outcome::None;
+  tally.cut += touches && expected.travel == expected.limit ? 1 : 0;
+  const gsl_sweep::Question asked = AskedOf(scene.question, expected.limit);
+  const Body moving = BodyOf(scene.question.moving);
+  const Body fixed = BodyOf(scene.question.fixed);
+  const Told told = Ask(moving, fixed, asked, End::Last);
+  const std::string complaint = Judged(scene.question, expected, told);
+  if (!complaint.empty() || told.overflowed) return complaint;
+  // A prepared pair has slabs.
+  const Pair pair(moving, {fixed}, OnThreads(1));
+  Answer again[2];
+  const gsl_sweep::Question questions[2] = {asked, asked};
+  pair.Last(questions, 2, again, OnThreads(1));
+  for (const Answer& answer : again) {
+    if (!AreSame(answer, told.answer)) return "batch: another last answer\n";
+  }
+  return {};
+}
+
+std::string ComplaintOfBox(const gsl_sweep::PatchSummary& summary, const Patch& expected,
+                           const Rational& largest) {
+  Rational error = largest;
+  mpq_div_2exp(error.get_mpq_t(), error.get_mpq_t(), 51);
+  error += UnitAt(0.0);
+  std::string complaint;
+  const auto check = [&](double told, const Rational& exact) {
+    if (!std::isfinite(told) || abs(Rational(told) - exact) > error) complaint = "box of a patch\n";
+  };
+  check(summary.low.x, expected.low.x);
+  check(summary.low.y, expected.low.y);
+  check(summary.low.z, expected.low.z);
+  check(summary.high.x, expected.high.x);
+  check(summary.high.y, expected.high.y);
+  check(summary.high.z, expected.high.z);
+  return complaint;
+}
+
+std::string ComplaintOfPairs(const std::vector<gsl_sweep::Contact>& contacts, std::size_t written,
+                             const Patch& expected, double travel) {
+  for (std::size_t k = 0; k < contacts.size(); ++k) {
+    const gsl_sweep::Contact& contact = contacts[k];
+    if (k >= written) {
+      if (contact.movingTriangle != kUntouched) return "patch: writes too much\n";
+      continue;
+    }
+    if (std::make_pair(contact.movingTriangle, contact.fixedTriangle) != expected.pairs[k])
+      return "patch: pair " + std::to_string(k) + "\n";
+    if (!SameBits(contact.travel, travel)) return "patch: another travel\n";
+  }
+  return {};
+}
+
+/// Asks for all pairs of the first contact, with room for some of them.
+std::string ComplaintOfPatch(const Scene& scene, SceneNumbers& numbers, RuleTally& tally) {
+  const Expected first(scene);
+  const std::size_t described = numbers.Below(1000);
+  Patch expected;
+  if (!first.limited) expected = JudgePatch(scene.question, described);
+  const std::size_t count = expected.pairs.size();
+  tally.patches += count > 1 ? 1 : 0;
+  tally.patchPairs += count;
+  const std::size_t rooms[] = {0, 1, count / 2, count, count + 3};
+  const std::size_t capacity = rooms[numbers.Below(5)];
+  gsl_sweep::Contact untouched;
+  untouched.movingTriangle = kUntouched;
+  std::vector<gsl_sweep::Contact> contacts(count + 4, untouched);
+  const Body moving = BodyOf(scene.question.moving);
+  const Body fixed = BodyOf(scene.question.fixed);
+  const Pair pair(moving, {fixed}, OnThreads(1));
+  const gsl_sweep::Question asked = AskedOf(scene.question, first.limit);
+  const bool overflows = !first.limited && !std::isfinite(first.travel);
+  gsl_sweep::PatchSummary summary;
+  try {
+    summary = pair.FindPatch(asked, contacts.data(), capacity, OnThreads(1));
+  } catch (const std::overflow_error&) {
+    return overflows ? "" : "patch: overflow\n";
+  }
+  if (overflows) return "patch: no overflow\n";
+  if (summary.pairCount != count || pair.Patch(asked, nullptr, 0) != count) {
+    return "patch: " + std::to_string(summary.pairCount) + " pairs, expected " +
+           std::to_string(count) + "\n";
+  }
+  if (!AreSame(summary.first, pair.First(asked, OnThreads(1)))) return "patch: another first\n";
+  const std::size_t written = std::min(count, capacity);
+  const std::string complaint =
+      ComplaintOfPairs(contacts, written, expected, summary.first.contact.travel);
+  if (!complaint.empty() || count == 0) return complaint;
+  const std::string ofBox = ComplaintOfBox(summary, expected, first.verdict.largest);
+  if (!ofBox.empty() || described % count >= written) return ofBox;
+  Told told = Ask(moving, fixed, asked);
+  told.answer.contact = contacts[described % count];
+  return Comparison(scene.question, expected.described, told).Run(false);
+}
+
 } // namespace
+
+void RuleTally::Add(const RuleTally& other) {
+  leaving.Add(other.leaving);
+  last.Add(other.last);
+  cut += other.cut;
+  left += other.left;
+  patches += other.patches;
+  patchPairs += other.patchPairs;
+}
+
+std::string ComplaintOfRules(const Scene& scene, RuleTally& tally) {
+  SceneNumbers numbers(scene);
+  Scene leaving = scene;
+  leaving.question.notLeaving = true;
+  const bool isStart = Judge(scene.question).outcome == Outcome::Start;
+  const bool staysStart = isStart && Judge(leaving.question).outcome == Outcome::Start;
+  tally.left += isStart && !staysStart ? 1 : 0;
+  const std::string ofLeaving = ComplaintOfLeaving(leaving, tally);
+  if (!ofLeaving.empty()) return "leaving: " + ofLeaving;
+  const Scene* const scenes[] = {&scene, &leaving};
+  for (const Scene* asked : scenes) {
+    const std::string name = asked == &scene ? "" : "leaving, ";
+    const std::string ofLast = ComplaintOfLast(*asked, numbers, tally);
+    if (!ofLast.empty()) return name + "last: " + ofLast;
+    const std::string ofPatch = ComplaintOfPatch(*asked, numbers, tally);
+    if (!ofPatch.empty()) return name + ofPatch;
+  }
+  return {};
+}
 
 void Tally::Add(const Tally& other) {
   scenes += other.scenes;

@@ -25,6 +25,23 @@ struct Tally {
 /// answers, or an empty text.
 std::string Complaint(const Scene& scene, Tally& tally);
 
+/// The findings of the judge about the other questions, which the rules and the ends ask.
+struct RuleTally {
+  Tally leaving;              ///< of the first contact of a body that may leave
+  Tally last;                 ///< of last contacts under both rules
+  std::size_t cut = 0;        ///< last contacts at the limit
+  std::size_t left = 0;       ///< in contact from the start only because of pairs that part there
+  std::size_t patches = 0;    ///< patches with more than one pair
+  std::size_t patchPairs = 0; ///< pairs of all patches
+
+  void Add(const RuleTally& other);
+};
+
+/// Asks the sweep about a scene under the rule that lets a body leave, about its last contact under
+/// both rules, and about all pairs of both first contacts. Returns the errors of the answers, or an
+/// empty text.
+std::string ComplaintOfRules(const Scene& scene, RuleTally& tally);
+
 /// Returns the findings of the judge, without the sweep.
 void Count(const Scene& scene, Tally& tally);
 

@@ -9,6 +9,7 @@ namespace {
 using namespace reference;
 
 constexpr long scenesOfAFamily = 56;
+constexpr long scenesOfRules = 20;
 
 class SweepGuard : public testing::TestWithParam<std::size_t> {};
 
@@ -18,6 +19,16 @@ TEST_P(SweepGuard, AgreesWithTheRationalJudge) {
   for (long seed = 0; seed < Scaled(scenesOfAFamily); ++seed) {
     const Scene scene = MakeScene(family, static_cast<std::uint64_t>(seed));
     const std::string complaint = Complaint(scene, tally);
+    ASSERT_EQ(complaint, "") << Describe(scene);
+  }
+}
+
+TEST_P(SweepGuard, AgreesWithTheRationalJudgeUnderTheOtherRules) {
+  const std::size_t family = GetParam();
+  RuleTally tally;
+  for (long seed = 0; seed < Scaled(scenesOfRules); ++seed) {
+    const Scene scene = MakeScene(family, static_cast<std::uint64_t>(seed));
+    const std::string complaint = ComplaintOfRules(scene, tally);
     ASSERT_EQ(complaint, "") << Describe(scene);
   }
 }

@@ -93,6 +93,10 @@ public:
   void NotFinite();
   void Pegs();
   void Bowls();
+  void Mated();
+  void Seated();
+  void Rails();
+  void CornersInCorners();
 
   /// The changes that a scene of any family may undergo.
   void Disturb();
@@ -1093,6 +1097,91 @@ void SceneMaker::Bowls() {
   if (Chance(0.5)) Apply(Turn());
 }
 
+/// Bodies share a plane at the start, on which they rest, and may have a body ahead.
+void SceneMaker::Mated() {
+  const auto below = [this] {
+    const double x = Between(-3, 2);
+    const double y = Between(-3, 2);
+    const double depth = Between(1, 3);
+    if (Chance(0.3)) return Octahedron({x, y, -depth}, depth);
+    return Box({x, y, -depth}, {x + Between(1, 3), y + 2.0, 0.0});
+  };
+  for (int k = Between(1, 3); k > 0; --k)
+    Append(m_fixed, below());
+  for (int k = Between(1, 2); k > 0; --k)
+    Append(m_moving, Stretched(below(), {1.0, 1.0, -1.0}));
+  if (Chance(0.4)) {
+    const double height = Between(6, 9);
+    Append(m_fixed, Moved(Solid(2), {0.0, 0.0, height}));
+  }
+  const double x = Between(-2, 2);
+  const double y = Between(-2, 2);
+  m_direction = {x, y, static_cast<double>(Between(-1, 2))};
+  if (x == 0.0 && y == 0.0 && m_direction.z == 0.0) m_direction.z = 1.0;
+  if (Chance(0.1)) m_direction.z = Sign() * 0x1p-60;
+  if (Chance(0.1)) Nudge(m_moving, Between(1, 4));
+  if (Chance(0.5)) Apply(WholeMap());
+}
+
+/// Pegs are in holes of their size, or of a size that differs by one unit in the last place, on the
+/// floor or above it.
+void SceneMaker::Seated() {
+  const double hole = Between(1, 3);
+  m_fixed = PlateWithHole(6.0, hole, 0.0, 4.0);
+  if (Chance(0.6)) Append(m_fixed, Box({-6.0, -6.0, -1.0}, {6.0, 6.0, 0.0}));
+  if (Chance(0.2)) Append(m_fixed, Box({-6.0, -6.0, 9.0}, {6.0, 6.0, 10.0}));
+  double half = hole;
+  if (Chance(0.3)) half = std::nextafter(half, Chance(0.5) ? 0.0 : infinity);
+  const double bottom = Between(0, 4);
+  m_moving = Box({-half, -half, bottom}, {half, half, bottom + Between(1, 4)});
+  // A head rests on the plate.
+  if (Chance(0.4)) Append(m_moving, Box({-5.0, -5.0, 4.0}, {5.0, 5.0, 5.0}));
+  m_direction = Chance(0.5) ? Coord3{0.0, 0.0, Sign()} : LatticeDirection();
+  if (Chance(0.1)) {
+    const double sign = Sign();
+    m_direction.x = sign * std::ldexp(1.0, Between(-80, -1));
+  }
+  if (half == hole && Chance(0.5)) Apply(WholeMap());
+  if (Chance(0.1)) Apply(Turn());
+}
+
+/// Combs in each other slide along their teeth.
+void SceneMaker::Rails() {
+  const int teeth = Between(1, 3);
+  const double height = Between(1, 2);
+  const double gap = Chance(0.7) ? 0.0 : Chance(0.5) ? 0x1p-50 : 0.5;
+  m_fixed = Comb(teeth + 1, 2.0, 4.0, height);
+  m_moving = Comb(teeth, 2.0 - 2.0 * gap, 4.0, height);
+  for (Coord3& p : m_moving.corners)
+    p = {p.x + 2.0 + gap, p.y, height - p.z};
+  m_moving = Moved(m_moving, {0.0, static_cast<double>(Between(-3, 3)),
+                              Chance(0.3) ? static_cast<double>(Between(0, 2)) : 0.0});
+  m_direction = Chance(0.4) ? Coord3{0.0, Sign(), 0.0} : LatticeDirection();
+  if (Chance(0.2)) Append(m_fixed, Box({0.0, 6.0, 0.0}, {9.0, 7.0, 1.0}));
+  if (Chance(0.5)) Apply(WholeMap());
+}
+
+/// Corners and edges are in corners, edges and faces at the start.
+void SceneMaker::CornersInCorners() {
+  for (int k = Between(1, 5); k > 0; --k) {
+    const Coord3 at{16.0 * k, 0.0, 0.0};
+    const Coord3 corner[3] = {Add(at, LatticePoint(3)), Add(at, LatticePoint(3)),
+                              Add(at, LatticePoint(3))};
+    AddTriangle(m_fixed, corner[0], corner[1], corner[2]);
+    const double toB = Between(0, 2) / 2.0;
+    const double toC = Chance(0.5) ? 0.0 : Between(0, 2) / 2.0 * (1.0 - toB);
+    const Coord3 p = Add(Add(Multiply(corner[0], 1.0 - toB - toC), Multiply(corner[1], toB)),
+                         Multiply(corner[2], toC));
+    const Coord3 along = LatticePoint(3);
+    // The corner or the middle of an edge is in that place.
+    const Coord3 from = Chance(0.5) ? p : Subtract(p, along);
+    AddTriangle(m_moving, from, Add(p, along), Add(p, LatticePoint(3)));
+  }
+  m_direction = LatticeDirection();
+  if (Chance(0.2)) Nudge(m_moving, Between(1, 3));
+  if (Chance(0.3)) Apply(WholeMap());
+}
+
 /// Makes a scene of a family, which the callers change.
 void SceneMaker::SomeBasicFamily() {
   using Make = void (SceneMaker::*)();
@@ -1147,6 +1236,10 @@ const Family families[] = {
     {"pegs", &SceneMaker::Pegs},
     {"bowls", &SceneMaker::Bowls},
     {"late_start", &SceneMaker::LateStart},
+    {"mated", &SceneMaker::Mated},
+    {"seated", &SceneMaker::Seated},
+    {"rails", &SceneMaker::Rails},
+    {"corners_in_corners", &SceneMaker::CornersInCorners},
 };
 
 void Write(std::string& text, const Coord3& p) {

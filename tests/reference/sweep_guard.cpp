@@ -4,7 +4,8 @@
 #include <cstdlib>
 #include <string>
 
-/// Judges the sweep on COUNT scenes, and prints the findings.
+/// Judges the sweep on COUNT scenes, and a quarter of them for the other questions: a body that may
+/// leave, last contacts and patches. Prints the findings.
 ///
 /// usage: sweep_guard COUNT [SEED [FAMILY]]
 ///
@@ -19,6 +20,7 @@ int main(int argc, char** argv) {
   const std::uint64_t first = argc > 2 ? std::strtoull(argv[2], nullptr, 10) : 1000000;
   std::size_t wrong = 0;
   Tally all;
+  RuleTally allRules;
   std::printf("%-18s %6s %8s %6s %6s %5s %6s %7s %8s  by kind\n", "", "scenes", "contact", "start",
               "none", "tied", "single", "limited", "overflow");
   const auto print = [](const char* name, const Tally& t) {
@@ -32,18 +34,27 @@ int main(int argc, char** argv) {
   for (std::size_t family = 0; family < FamilyCount(); ++family) {
     if (argc > 3 && std::string(argv[3]) != FamilyName(family)) continue;
     Tally tally;
+    RuleTally rules;
     const std::size_t ofFamily = (count + FamilyCount() - 1) / FamilyCount();
     for (std::size_t k = 0; k < ofFamily; ++k) {
       const Scene scene = MakeScene(family, first + k);
-      const std::string complaint = Complaint(scene, tally);
+      std::string complaint = Complaint(scene, tally);
+      if (complaint.empty() && k % 4 == 0) complaint = ComplaintOfRules(scene, rules);
       if (complaint.empty()) continue;
       ++wrong;
       if (wrong <= 3) std::fprintf(stderr, "%s%s", complaint.c_str(), Describe(scene).c_str());
     }
     print(FamilyName(family), tally);
     all.Add(tally);
+    allRules.Add(rules);
   }
   print("all", all);
+  print("leaving", allRules.leaving);
+  print("last", allRules.last);
+  std::printf(
+      "%zu leave at the start, %zu last contacts are cut, %zu patches of more than one pair, "
+      "%zu pairs in all\n",
+      allRules.left, allRules.cut, allRules.patches, allRules.patchPairs);
   if (wrong > 0) std::fprintf(stderr, "%zu answers are wrong\n", wrong);
   return wrong == 0 ? 0 : 1;
 }

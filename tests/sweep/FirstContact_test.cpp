@@ -23,6 +23,20 @@ TEST(FirstContact, PrecedesAllIsTheOrderOfNumbers) {
   EXPECT_FALSE(found.PrecedesAll(4, FixedNumber(9, 9)));
 }
 
+/// Counts the leaves that a search judges.
+template <class Scalar>
+struct Counting {
+  static constexpr bool kFromEnd = false;
+  TravelRange<Scalar> Range() const { return judgement.Range(); }
+  bool IsSettled(const NodePair<Scalar>& pair) { return judgement.IsSettled(pair); }
+  bool Judge(const NodePair<Scalar>& pair) {
+    ++judged;
+    return judgement.Judge(pair);
+  }
+  FirstContact<Scalar>& judgement;
+  std::size_t judged = 0;
+};
+
 /// Two plates face to face, so that every pair of triangles one above the other ties.
 template <class Scalar>
 std::size_t JudgedLeaves(const Mesh& moving, const Mesh& fixed, FoundPair& best) {
@@ -36,19 +50,10 @@ std::size_t JudgedLeaves(const Mesh& moving, const Mesh& fixed, FoundPair& best)
   LeafCache<Scalar> movingCache;
   LeafCache<Scalar> fixedCache;
   FirstContact<Scalar> first(scene, question.maxDistance, movingCache, fixedCache);
-  struct Counting {
-    Scalar Limit() const { return judgement.Limit(); }
-    bool IsSettled(const NodePair<Scalar>& pair) { return judgement.IsSettled(pair); }
-    bool Judge(const NodePair<Scalar>& pair) {
-      ++judged;
-      return judgement.Judge(pair);
-    }
-    FirstContact<Scalar>& judgement;
-    std::size_t judged = 0;
-  } counting{first};
+  Counting<Scalar> counting{first};
   std::vector<NodePair<Scalar>> stack;
   const Watch none;
-  Walk<Scalar, Counting> walk(scene, counting, none, stack);
+  Walk<Scalar, Counting<Scalar>> walk(scene, counting, none, stack);
   EXPECT_EQ(walk.Run(), WalkEnd::Done);
   best = first.Best();
   return counting.judged;

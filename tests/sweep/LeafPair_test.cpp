@@ -35,6 +35,7 @@ Mesh SomeTriangle(std::mt19937_64& random, const Coord3& around, double size) {
 
 struct Counts {
   int ahead = 0, touching = 0, apart = 0, byHeight = 0, byShadow = 0, atStart = 0;
+  int parting = 0, afterByHeight = 0;
 };
 
 /// No filter of a pair contradicts the exact judgement.
@@ -62,8 +63,18 @@ void Compare(const Mesh& moving, const Mesh& fixed, const Coord3& vector, const 
   };
   PairContact contact{};
   ExactRatio travel;
-  const PairOutcome outcome =
-      JudgePair(direction, triangle(left), triangle(right), kInfinity, contact, travel);
+  const PairOutcome outcome = JudgePair(direction, triangle(left), triangle(right), Rule::Touch,
+                                        kInfinity, contact, travel);
+  const ScaledLength noLimit{kInfinity, 0};
+  if (JudgeLast(direction, triangle(left), triangle(right), Rule::Touch, noLimit, 0.0, contact,
+                travel) == LastOutcome::Parts) {
+    ++counts.parting;
+    const double end = scene.WalkTravel(Reduced(travel.rounded.hi));
+    EXPECT_EQ(pair.TouchingByHeight(0, 0, end) & 1u, 1u);
+    Four<Scalar> from, to;
+    EXPECT_EQ(pair.Reached(0, 0, {scene.AtMost(end), Box<Scalar>::kFar}, from, to) & 1u, 1u);
+    counts.afterByHeight += (pair.TouchingByHeight(0, 0, 1.1 * end) & 1u) == 0 ? 1 : 0;
+  }
   const bool isShadowApart = pair.AreShadowsApart(0, 0);
   const bool isApartAtStart = pair.AreApartAtStart(0, 0);
   counts.byShadow += isShadowApart ? 1 : 0;
@@ -78,11 +89,9 @@ void Compare(const Mesh& moving, const Mesh& fixed, const Coord3& vector, const 
     EXPECT_FALSE(isShadowApart);
     const double limit = scene.WalkTravel(travel.rounded.hi * (1.0 + 0x1p-50) + 0x1p-1060);
     EXPECT_EQ(pair.ReachedByHeight(0, 0, limit) & 1u, 1u);
-    Four<Scalar> from;
-    EXPECT_EQ(
-        pair.Reached(0, 0, std::nextafter(static_cast<Scalar>(limit), Box<Scalar>::kFar), from) &
-            1u,
-        1u);
+    Four<Scalar> from, to;
+    const Scalar above = std::nextafter(static_cast<Scalar>(limit), Box<Scalar>::kFar);
+    EXPECT_EQ(pair.Reached(0, 0, {0, above}, from, to) & 1u, 1u);
     counts.byHeight += (pair.ReachedByHeight(0, 0, 0.9 * limit) & 1u) == 0 ? 1 : 0;
   } else {
     ++counts.apart;
@@ -113,6 +122,7 @@ void CompareMany() {
   EXPECT_GT(counts.ahead, 1000);
   EXPECT_GT(counts.touching, 1000);
   EXPECT_GT(counts.byHeight, counts.ahead / 2);
+  EXPECT_GT(counts.afterByHeight, counts.parting / 2);
   EXPECT_GT(counts.byShadow, counts.apart / 2);
   EXPECT_GT(counts.atStart, 5000);
 }

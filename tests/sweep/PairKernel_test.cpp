@@ -49,7 +49,8 @@ PairOutcome Judge(const Coord3& d, const Corners& a, const Corners& b, double li
   const TravelDirection direction(d);
   ExactRatio travel;
   return JudgePair(direction, MakeTriangle(direction, a.p[0], a.p[1], a.p[2]),
-                   MakeTriangle(direction, b.p[0], b.p[1], b.p[2]), limit, first, travel);
+                   MakeTriangle(direction, b.p[0], b.p[1], b.p[2]), Rule::Touch, limit, first,
+                   travel);
 }
 
 void ExpectPoint(const Coord3& actual, const Coord3& expected) {
@@ -240,6 +241,140 @@ TEST(PairKernel, JudgeSeesBehindAndTouching) {
   const Corners hair{{{0.0, 0.0, 0x1p-288}, {1.0, 0.0, 5.0}, {0.0, 1.0, 6.0}}};
   EXPECT_EQ(Judge(down, hair, bigFloor, 1e9, contact), PairOutcome::Ahead);
   EXPECT_GE(contact.travel, above);
+}
+
+LastOutcome JudgeEnd(const Coord3& d, const Corners& a, const Corners& b, Rule rule, double limit,
+                     PairContact& last, double least = 0.0) {
+  const TravelDirection direction(d);
+  ExactRatio travel;
+  return JudgeLast(direction, MakeTriangle(direction, a.p[0], a.p[1], a.p[2]),
+                   MakeTriangle(direction, b.p[0], b.p[1], b.p[2]), rule, {limit, 0}, least, last,
+                   travel);
+}
+
+Corners At(const Corners& corners, double z) {
+  Corners moved = corners;
+  for (Coord3& p : moved.p)
+    p.z += z;
+  return moved;
+}
+
+/// Touches the floor from travel 3 to travel 6.
+const Corners tip{{{0.0, 0.0, 3.0}, {1.0, 0.0, 5.0}, {0.0, 1.0, 6.0}}};
+constexpr double noLimit = std::numeric_limits<double>::infinity();
+
+TEST(PairKernel, RuleLeavesOutPairsThatPartAtZero) {
+  const auto judge = [](double z, Rule rule) {
+    const TravelDirection direction(down);
+    const Corners a = At(tip, z);
+    PairContact first{};
+    ExactRatio travel;
+    return JudgePair(direction, MakeTriangle(direction, a.p[0], a.p[1], a.p[2]),
+                     MakeTriangle(direction, bigFloor.p[0], bigFloor.p[1], bigFloor.p[2]), rule,
+                     noLimit, first, travel);
+  };
+  EXPECT_EQ(judge(-6.0, Rule::Touch), PairOutcome::Touching);
+  EXPECT_EQ(judge(-6.0, Rule::NotLeaving), PairOutcome::Apart);
+  EXPECT_EQ(judge(std::nextafter(-6.0, 0.0), Rule::NotLeaving), PairOutcome::Touching);
+  EXPECT_EQ(judge(std::nextafter(-6.0, -7.0), Rule::Touch), PairOutcome::Apart);
+  EXPECT_EQ(judge(-3.0, Rule::NotLeaving), PairOutcome::Touching);
+  EXPECT_EQ(judge(-2.0, Rule::NotLeaving), PairOutcome::Ahead);
+}
+
+TEST(PairKernel, LastIsCutAtTheGreatestTravelExactly) {
+  PairContact last{};
+  EXPECT_EQ(JudgeEnd(down, tip, bigFloor, Rule::Touch, noLimit, last), LastOutcome::Parts);
+  EXPECT_EQ(last.travel, 6.0);
+  EXPECT_EQ(last.kind, ContactKind::VertexFace);
+  EXPECT_EQ(last.movingFeature, 2);
+  EXPECT_EQ(JudgeEnd(down, tip, bigFloor, Rule::Touch, std::nextafter(6.0, 7.0), last),
+            LastOutcome::Parts);
+  last.travel = -77.0;
+  for (const double limit : {6.0, 4.0, 3.0})
+    EXPECT_EQ(JudgeEnd(down, tip, bigFloor, Rule::Touch, limit, last), LastOutcome::Cut);
+  EXPECT_EQ(JudgeEnd(down, tip, bigFloor, Rule::Touch, std::nextafter(3.0, 0.0), last),
+            LastOutcome::Apart);
+  // What parts too early need not be measured.
+  EXPECT_EQ(JudgeEnd(down, tip, bigFloor, Rule::Touch, noLimit, last, 6.1), LastOutcome::Apart);
+  EXPECT_EQ(last.travel, -77.0);
+  EXPECT_EQ(JudgeEnd(down, tip, bigFloor, Rule::Touch, noLimit, last, 6.0), LastOutcome::Parts);
+}
+
+TEST(PairKernel, LastAtZeroDependsOnTheRule) {
+  PairContact last{};
+  last.travel = -77.0;
+  const Corners leaving = At(tip, -6.0);
+  EXPECT_EQ(JudgeEnd(down, leaving, bigFloor, Rule::NotLeaving, noLimit, last), LastOutcome::Apart);
+  EXPECT_EQ(JudgeEnd(down, leaving, bigFloor, Rule::NotLeaving, 0.0, last), LastOutcome::Apart);
+  EXPECT_EQ(JudgeEnd(down, leaving, bigFloor, Rule::Touch, 0.0, last), LastOutcome::Cut);
+  EXPECT_EQ(last.travel, -77.0);
+  EXPECT_EQ(JudgeEnd(down, leaving, bigFloor, Rule::Touch, noLimit, last), LastOutcome::Parts);
+  EXPECT_EQ(last.travel, 0.0);
+  EXPECT_EQ(JudgeEnd(down, At(tip, -7.0), bigFloor, Rule::Touch, noLimit, last),
+            LastOutcome::Apart);
+  EXPECT_EQ(JudgeEnd(down, At(tip, -4.0), bigFloor, Rule::NotLeaving, 0.0, last), LastOutcome::Cut);
+}
+
+TEST(PairKernel, ContactAtACutIsOnBothTriangles) {
+  const TravelDirection direction(down);
+  const auto cut = [&](double limit) {
+    return ContactAtCut(direction, MakeTriangle(direction, tip.p[0], tip.p[1], tip.p[2]),
+                        MakeTriangle(direction, bigFloor.p[0], bigFloor.p[1], bigFloor.p[2]),
+                        {limit, 0});
+  };
+  EXPECT_EQ(cut(3.0).kind, ContactKind::VertexFace);
+  EXPECT_EQ(cut(3.0).movingFeature, 0);
+  EXPECT_EQ(cut(6.0).kind, ContactKind::VertexFace);
+  EXPECT_EQ(cut(6.0).movingFeature, 2);
+  // Two thirds of the way from the first to the last contact.
+  const PairContact between = cut(5.0);
+  EXPECT_EQ(between.kind, ContactKind::Overlap);
+  EXPECT_EQ(between.travel, 5.0);
+  EXPECT_NEAR(between.onMoving.y, 2.0 / 3.0, 1e-15);
+  EXPECT_NEAR(between.onMoving.z, 5.0, 1e-15);
+  EXPECT_NEAR(between.onFixed.y, 2.0 / 3.0, 1e-15);
+  EXPECT_EQ(between.onFixed.z, 0.0);
+  // One unit in the last place decides.
+  const Corners flat{{{0.0, 0.0, 3.0}, {1.0, 0.0, std::nextafter(3.0, 4.0)}, {0.0, 1.0, 3.0}}};
+  const PairContact near =
+      ContactAtCut(direction, MakeTriangle(direction, flat.p[0], flat.p[1], flat.p[2]),
+                   MakeTriangle(direction, bigFloor.p[0], bigFloor.p[1], bigFloor.p[2]),
+                   {std::nextafter(3.0, 4.0), 0});
+  EXPECT_EQ(near.kind, ContactKind::VertexFace);
+  EXPECT_EQ(near.movingFeature, 1);
+}
+
+TEST(PairKernel, MeetingAtATravelCollectsEveryPoint) {
+  const TravelDirection direction(down);
+  const Triangle fixed = MakeTriangle(direction, {0.0, 0.0, 0.0}, {4.0, 0.0, 0.0}, {0.0, 4.0, 0.0});
+  // Level, with a corner inside, a corner outside and an edge across an edge.
+  const Triangle level = MakeTriangle(direction, {1.0, 1.0, 2.0}, {5.0, 1.0, 2.0}, {1.0, 5.0, 2.0});
+  PairContact first{};
+  ExactRatio travel;
+  ASSERT_EQ(JudgePair(direction, level, fixed, Rule::Touch, noLimit, first, travel),
+            PairOutcome::Ahead);
+  PointBounds points;
+  EXPECT_TRUE(MeetFirstAt(direction, level, fixed, travel, points));
+  ExpectPoint(points.low, {1.0, 1.0, 0.0});
+  ExpectPoint(points.high, {3.0, 3.0, 0.0});
+  // Another pair at another travel leaves the bounds alone.
+  const Triangle later = MakeTriangle(direction, {0.0, 0.0, 2.5}, {9.0, 0.0, 2.5}, {0.0, 9.0, 2.5});
+  EXPECT_FALSE(MeetFirstAt(direction, later, fixed, travel, points));
+  EXPECT_FALSE(MeetAtStart(direction, later, fixed, Rule::Touch, points));
+  ExpectPoint(points.high, {3.0, 3.0, 0.0});
+  // At the start: by features, or by what the boxes share.
+  const Triangle resting =
+      MakeTriangle(direction, {1.0, 1.0, 0.0}, {5.0, 1.0, 0.0}, {1.0, 5.0, 0.0});
+  PointBounds atStart;
+  EXPECT_FALSE(MeetAtStart(direction, resting, fixed, Rule::NotLeaving, atStart));
+  EXPECT_TRUE(MeetAtStart(direction, resting, fixed, Rule::Touch, atStart));
+  ExpectPoint(atStart.high, {3.0, 3.0, 0.0});
+  const Triangle crossing =
+      MakeTriangle(direction, {1.0, 1.0, -1.0}, {2.0, 1.0, 1.0}, {1.5, 1.5, 3.0});
+  PointBounds crossed;
+  EXPECT_TRUE(MeetAtStart(direction, crossing, fixed, Rule::NotLeaving, crossed));
+  ExpectPoint(crossed.low, {1.0, 1.0, 0.0});
+  ExpectPoint(crossed.high, {2.0, 1.5, 0.0});
 }
 
 TEST(PairKernel, ContactAtStartIsOnBothTriangles) {

@@ -16,6 +16,8 @@
 #include <random>
 #include <stdexcept>
 #include <string>
+#include <tuple>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -190,6 +192,337 @@ TEST(Pair, PegThatFitsExactlyTouchesTheRim) {
   const Answer narrow = Ask(peg(std::nextafter(1.0, 0.0)), fixed, down);
   EXPECT_EQ(narrow.status, SweepStatus::Contact);
   EXPECT_EQ(narrow.contact.travel, 7.0);
+}
+
+Answer AskLeaving(const Mesh& moving, const Mesh& fixed, const Coord3& direction,
+                  double maxDistance = infinity) {
+  Question question;
+  question.direction = direction;
+  question.maxDistance = maxDistance;
+  question.rule = Rule::NotLeaving;
+  return AskInEveryWay(moving, fixed, question, 1);
+}
+
+TEST(Pair, BodyLeavesWhatItTouchesAtTheStart) {
+  const Mesh floor = Box({-4.0, -4.0, -1.0}, {4.0, 4.0, 0.0});
+  const Mesh moving = Box({-1.0, -1.0, 0.0}, {1.0, 1.0, 2.0});
+  const Coord3 up{0.0, 0.0, 1.0};
+  EXPECT_EQ(Ask(moving, floor, up).status, SweepStatus::Start);
+  EXPECT_EQ(AskLeaving(moving, floor, up).status, SweepStatus::None);
+  EXPECT_EQ(AskLeaving(moving, floor, {0.5, 0.25, 0x1p-40}).status, SweepStatus::None);
+  // Pressing and sliding go on after the start.
+  for (const Coord3& d :
+       {down, Coord3{1.0, 0.0, 0.0}, Coord3{0.0, -1.0, 0.0}, Coord3{0.5, 0.25, -0x1p-40}}) {
+    EXPECT_EQ(AskLeaving(moving, floor, d).status, SweepStatus::Start);
+    EXPECT_EQ(AskLeaving(moving, floor, d, 0.0).status, SweepStatus::Start);
+  }
+  // A hair deeper, the bodies overlap in every direction.
+  const Mesh deeper = Moved(floor, {0.0, 0.0, 0x1p-30});
+  EXPECT_EQ(AskLeaving(moving, deeper, up).status, SweepStatus::Start);
+}
+
+TEST(Pair, BodyThatLeavesMeetsWhatIsAhead) {
+  Mesh fixed = Box({-4.0, -4.0, -1.0}, {4.0, 4.0, 0.0});
+  Append(fixed, Box({-4.0, -4.0, 5.0}, {4.0, 4.0, 6.0}));
+  const Mesh moving = Box({-1.0, -1.0, 0.0}, {1.0, 1.0, 2.0});
+  const Coord3 up{0.0, 0.0, 1.0};
+  const Answer answer = AskLeaving(moving, fixed, up);
+  EXPECT_EQ(answer.status, SweepStatus::Contact);
+  EXPECT_EQ(answer.contact.travel, 3.0);
+  EXPECT_EQ(AskLeaving(moving, fixed, up, 3.0).status, SweepStatus::Contact);
+  EXPECT_EQ(AskLeaving(moving, fixed, up, std::nextafter(3.0, 0.0)).status, SweepStatus::None);
+  EXPECT_EQ(AskLeaving(moving, fixed, up, 0.0).status, SweepStatus::None);
+  // Scaled so that the walk runs in double precision.
+  const Coord3 small{0x1p-200, 0x1p-200, 0x1p-200};
+  const Answer tiny = AskLeaving(Stretched(moving, small), Stretched(fixed, small), up);
+  EXPECT_EQ(tiny.status, SweepStatus::Contact);
+  EXPECT_EQ(tiny.contact.travel, 3.0 * 0x1p-200);
+}
+
+TEST(Pair, StartOfABodyThatLeavesNamesAPairThatCounts) {
+  // The floor has the lower numbers, but the body leaves the floor and slides along the wall.
+  Mesh fixed = Box({-4.0, -4.0, -1.0}, {4.0, 4.0, 0.0});
+  Append(fixed, Box({1.0, -4.0, -1.0}, {4.0, 4.0, 9.0}));
+  const Mesh moving = Box({-1.0, -1.0, 0.0}, {1.0, 1.0, 2.0});
+  const Coord3 up{0.0, 0.0, 1.0};
+  const Answer touching = Ask(moving, fixed, up);
+  EXPECT_EQ(touching.status, SweepStatus::Start);
+  EXPECT_LT(touching.contact.fixedTriangle, 12u);
+  const Answer sliding = AskLeaving(moving, fixed, up);
+  EXPECT_EQ(sliding.status, SweepStatus::Start);
+  EXPECT_GE(sliding.contact.fixedTriangle, 12u);
+}
+
+TEST(Pair, OpenSheetsFaceToFacePassThroughEachOther) {
+  Mesh sheet;
+  AddQuad(sheet, {-1.0, -1.0, 0.0}, {1.0, -1.0, 0.0}, {1.0, 1.0, 0.0}, {-1.0, 1.0, 0.0});
+  const Coord3 up{0.0, 0.0, 1.0};
+  EXPECT_EQ(Ask(sheet, sheet, up).status, SweepStatus::Start);
+  EXPECT_EQ(AskLeaving(sheet, sheet, up).status, SweepStatus::None);
+  EXPECT_EQ(AskLeaving(sheet, sheet, down).status, SweepStatus::None);
+  EXPECT_EQ(AskLeaving(sheet, sheet, {1.0, 0.0, 0.0}).status, SweepStatus::Start);
+}
+
+Answer AskLast(const Mesh& moving, const Mesh& fixed, const Coord3& direction,
+               double maxDistance = infinity, Rule rule = Rule::Touch) {
+  Question question;
+  question.direction = direction;
+  question.maxDistance = maxDistance;
+  question.rule = rule;
+  const Pair pair = PairOf(moving, fixed);
+  const Answer answer = pair.Last(question, OnThreads(1));
+  const std::vector<Question> questions(3, question);
+  std::vector<Answer> answers(questions.size());
+  pair.Last(questions.data(), questions.size(), answers.data(), OnThreads(2));
+  for (const Answer& again : answers)
+    EXPECT_TRUE(SameBits(again, answer));
+  return answer;
+}
+
+TEST(Pair, LastContactIsWhereTheBodiesPart) {
+  const Mesh fixed = Box({0.0, 0.0, 0.0}, {1.0, 1.0, 1.0});
+  // The faces meet after 2 and the far faces part after 5.
+  const Mesh moving = Box({0.25, 0.625, 3.0}, {0.5, 0.75, 5.0});
+  const Answer answer = AskLast(moving, fixed, down);
+  EXPECT_EQ(answer.status, SweepStatus::Contact);
+  EXPECT_EQ(answer.contact.travel, 5.0);
+  EXPECT_EQ(answer.contact.kind, ContactKind::VertexFace);
+  // The top of the moving box, triangles 2 and 3, leaves the bottom of the fixed box, 0 and 1.
+  EXPECT_EQ(answer.contact.movingTriangle, 2u);
+  ExpectPoint(answer.contact.movingPoint, {0.25, 0.625, 5.0});
+  ExpectPoint(answer.contact.fixedPoint, {0.25, 0.625, 0.0});
+  ExpectPoint(answer.unitDirection, down);
+  EXPECT_TRUE(answer.contact.hasNormal);
+  ExpectPoint(answer.contact.normal, {0.0, 0.0, 1.0});
+  EXPECT_EQ(AskLast(moving, fixed, {0.0, 0.0, 1.0}).status, SweepStatus::None);
+  EXPECT_EQ(AskLast(moving, fixed, {1.0, 0.0, 0.0}).status, SweepStatus::None);
+  // Scaled so that the walk runs in double precision.
+  const Coord3 small{0x1p-200, 0x1p-200, 0x1p-200};
+  EXPECT_EQ(AskLast(Stretched(moving, small), Stretched(fixed, small), down).contact.travel,
+            5.0 * 0x1p-200);
+}
+
+TEST(Pair, LastContactIsCutAtTheGreatestDistance) {
+  const Mesh fixed = Box({0.0, 0.0, 0.0}, {1.0, 1.0, 1.0});
+  const Mesh moving = Box({0.25, 0.625, 3.0}, {0.5, 0.75, 5.0});
+  // At the end of a pair, and between the beginning and the end.
+  EXPECT_EQ(AskLast(moving, fixed, down, 5.0).contact.kind, ContactKind::VertexFace);
+  EXPECT_EQ(AskLast(moving, fixed, down, 5.0).contact.travel, 5.0);
+  const Answer between = AskLast(moving, fixed, down, 3.5);
+  EXPECT_EQ(between.status, SweepStatus::Contact);
+  EXPECT_EQ(between.contact.travel, 3.5);
+  EXPECT_EQ(between.contact.kind, ContactKind::Overlap);
+  // The walls cross the bottom of the fixed box, where z = 0, or its top, where z = 1.
+  EXPECT_EQ(between.contact.movingPoint.z, between.contact.fixedPoint.z + 3.5);
+  EXPECT_TRUE(between.contact.fixedPoint.z == 0.0 || between.contact.fixedPoint.z == 1.0);
+  EXPECT_FALSE(between.contact.hasNormal);
+  // At the beginning of the first pair, and just before.
+  const Answer first = AskLast(moving, fixed, down, 2.0);
+  EXPECT_EQ(first.status, SweepStatus::Contact);
+  EXPECT_TRUE(SameBits(first.contact.travel, 2.0));
+  EXPECT_EQ(first.contact.kind, ContactKind::VertexFace);
+  EXPECT_EQ(AskLast(moving, fixed, down, std::nextafter(2.0, 0.0)).status, SweepStatus::None);
+}
+
+TEST(Pair, LastContactOfATravelOfZeroIsTheStart) {
+  const Mesh floor = Box({-4.0, -4.0, -1.0}, {4.0, 4.0, 0.0});
+  const Mesh moving = Box({-1.0, -1.0, 0.0}, {1.0, 1.0, 2.0});
+  const Coord3 up{0.0, 0.0, 1.0};
+  const Answer leaves = AskLast(moving, floor, up);
+  EXPECT_EQ(leaves.status, SweepStatus::Start);
+  EXPECT_TRUE(SameBits(leaves, Ask(moving, floor, up)));
+  EXPECT_EQ(AskLast(moving, floor, up, infinity, Rule::NotLeaving).status, SweepStatus::None);
+  // A limit of zero leaves only the start, of either sign.
+  for (const double zero : {0.0, -0.0}) {
+    const Answer start = AskLast(moving, floor, down, zero);
+    EXPECT_TRUE(SameBits(start, Ask(moving, floor, down, 0.0)));
+    EXPECT_EQ(AskLast(Moved(moving, {0.0, 0.0, 1.0}), floor, down, zero).status, SweepStatus::None);
+    EXPECT_EQ(AskLast(moving, floor, down, zero, Rule::NotLeaving).status, SweepStatus::Start);
+  }
+  // Downwards they part after 3.
+  EXPECT_EQ(AskLast(moving, floor, down, infinity, Rule::NotLeaving).contact.travel, 3.0);
+}
+
+TEST(Pair, LastContactCanBeOneSidedAndHaveAnOffset) {
+  const Mesh fixed = Box({0.0, 0.0, 0.0}, {1.0, 1.0, 1.0});
+  const Mesh moving = Box({0.25, 0.625, 3.0}, {0.5, 0.75, 5.0});
+  Question question;
+  question.direction = down;
+  question.oneSided = true;
+  // The bottom of the moving box leaves the top of the fixed box at once, and its walls after 4.
+  const Pair pair = PairOf(moving, fixed);
+  EXPECT_EQ(pair.Last(question).contact.travel, 4.0);
+  question.offset = {0.0, 0.0, 10.0};
+  EXPECT_EQ(pair.Last(question).contact.travel, 14.0);
+  question.direction = {0.0, 0.0, 0.0};
+  EXPECT_THROW(pair.Last(question), std::invalid_argument);
+  EXPECT_THROW(pair.Patch(question, nullptr, 0), std::invalid_argument);
+}
+
+PatchSummary AskPatch(const Mesh& moving, const Mesh& fixed, const Question& question,
+                      std::vector<Contact>& contacts) {
+  contacts.assign(1000, Contact());
+  const Pair pair = PairOf(moving, fixed);
+  const PatchSummary summary = pair.FindPatch(question, contacts.data(), contacts.size());
+  EXPECT_LE(summary.pairCount, contacts.size());
+  contacts.resize(summary.pairCount);
+  EXPECT_EQ(pair.Patch(question, nullptr, 0), summary.pairCount);
+  EXPECT_TRUE(SameBits(summary.first, pair.First(question)));
+  return summary;
+}
+
+TEST(Pair, PatchOfAFaceOnAFaceIsTheWholeFace) {
+  Question question;
+  question.direction = down;
+  std::vector<Contact> contacts;
+  const Mesh fixed = Box({0.0, 0.0, 0.0}, {8.0, 8.0, 1.0});
+  const PatchSummary summary =
+      AskPatch(Box({1.0, 2.0, 3.0}, {4.0, 6.0, 5.0}), fixed, question, contacts);
+  EXPECT_EQ(summary.first.status, SweepStatus::Contact);
+  EXPECT_EQ(summary.first.contact.travel, 2.0);
+  ExpectPoint(summary.low, {1.0, 2.0, 1.0});
+  ExpectPoint(summary.high, {4.0, 6.0, 1.0});
+  // The bottom and the walls with the two triangles of the top, in the order of their numbers.
+  ASSERT_GT(contacts.size(), 4u);
+  EXPECT_TRUE(SameBits(contacts[0].fixedPoint, summary.first.contact.fixedPoint));
+  for (std::size_t k = 0; k < contacts.size(); ++k) {
+    EXPECT_EQ(contacts[k].travel, 2.0);
+    EXPECT_EQ(contacts[k].fixedPoint.z, 1.0);
+    EXPECT_EQ(contacts[k].movingPoint.z, 3.0);
+    if (k > 0) {
+      EXPECT_LT(std::make_pair(contacts[k - 1].movingTriangle, contacts[k - 1].fixedTriangle),
+                std::make_pair(contacts[k].movingTriangle, contacts[k].fixedTriangle));
+    }
+  }
+}
+
+TEST(Pair, PatchOfTwoFansIsTheirProduct) {
+  const auto fan = [](double height) {
+    Mesh mesh;
+    for (int k = 0; k < 20; ++k) {
+      const double x = k;
+      AddTriangle(mesh, {0.0, 0.0, 0.0}, {x, 30.0, height}, {x + 1.0, 30.0, height});
+    }
+    return mesh;
+  };
+  Question question;
+  question.direction = down;
+  std::vector<Contact> contacts;
+  const PatchSummary summary =
+      AskPatch(Moved(fan(9.0), {0.0, 0.0, 4.0}), fan(-9.0), question, contacts);
+  EXPECT_EQ(summary.pairCount, 400u);
+  ExpectPoint(summary.low, {0.0, 0.0, 0.0});
+  ExpectPoint(summary.high, {0.0, 0.0, 0.0});
+  for (std::size_t k = 0; k < contacts.size(); ++k) {
+    EXPECT_EQ(contacts[k].movingTriangle, k / 20);
+    EXPECT_EQ(contacts[k].fixedTriangle, k % 20);
+    EXPECT_EQ(contacts[k].kind, ContactKind::VertexVertex);
+  }
+  // Two are written, and nothing after them.
+  std::vector<Contact> few(3);
+  few[2].movingTriangle = 77;
+  EXPECT_EQ(PairOf(Moved(fan(9.0), {0.0, 0.0, 4.0}), fan(-9.0)).Patch(question, few.data(), 2),
+            400u);
+  EXPECT_EQ(few[1].fixedTriangle, 1u);
+  EXPECT_EQ(few[2].movingTriangle, 77u);
+}
+
+TEST(Pair, PatchAtTheStartHasEveryPairThatTouchesThere) {
+  Question question;
+  question.direction = down;
+  std::vector<Contact> contacts;
+  const Mesh fixed = Box({-1.0, -1.0, -1.0}, {1.0, 1.0, 1.0});
+  const Mesh crossing = Box({0.5, 0.25, 0.125}, {3.0, 3.0, 3.0});
+  const PatchSummary summary = AskPatch(crossing, fixed, question, contacts);
+  EXPECT_EQ(summary.first.status, SweepStatus::Start);
+  EXPECT_GT(contacts.size(), 5u);
+  EXPECT_TRUE(std::all_of(contacts.begin(), contacts.end(),
+                          [](const Contact& contact) { return contact.travel == 0.0; }));
+  // Everything that the boxes share is in it.
+  EXPECT_LE(summary.low.x, 0.5);
+  EXPECT_GE(summary.high.z, 1.0);
+  // What parts at the start counts by the rule that says so.
+  const Mesh resting = Box({-1.0, -1.0, 1.0}, {1.0, 1.0, 3.0});
+  question.direction = {1.0, 0.0, 1.0};
+  EXPECT_GT(AskPatch(resting, fixed, question, contacts).pairCount, 0u);
+  question.rule = Rule::NotLeaving;
+  const PatchSummary none = AskPatch(resting, fixed, question, contacts);
+  EXPECT_EQ(none.pairCount, 0u);
+  ExpectPoint(none.low, {0.0, 0.0, 0.0});
+  ExpectPoint(none.high, {0.0, 0.0, 0.0});
+}
+
+TEST(Pair, PatchNumbersTheFixedBodies) {
+  const Mesh moving = Box({0.0, 0.0, 3.0}, {4.0, 1.0, 4.0});
+  const Pair pair(BodyOf(moving), {BodyOf(Box({0.0, 0.0, 0.0}, {1.0, 1.0, 1.0})),
+                                   BodyOf(Box({1.5, 0.0, 0.0}, {2.0, 1.0, 0.5})),
+                                   BodyOf(Box({3.0, 0.0, 0.0}, {4.0, 1.0, 1.0}))});
+  Question question;
+  question.direction = down;
+  std::vector<Contact> contacts(200);
+  const std::size_t count = pair.Patch(question, contacts.data(), contacts.size());
+  ASSERT_LE(count, contacts.size());
+  contacts.resize(count);
+  const auto isOf = [&](std::size_t body) {
+    return std::count_if(contacts.begin(), contacts.end(),
+                         [body](const Contact& contact) { return contact.fixedBody == body; });
+  };
+  EXPECT_GT(isOf(0), 4);
+  EXPECT_EQ(isOf(1), 0);
+  EXPECT_GT(isOf(2), 4);
+  EXPECT_TRUE(
+      std::is_sorted(contacts.begin(), contacts.end(), [](const Contact& a, const Contact& b) {
+        return std::make_tuple(a.movingTriangle, a.fixedBody, a.fixedTriangle) <
+               std::make_tuple(b.movingTriangle, b.fixedBody, b.fixedTriangle);
+      }));
+}
+
+TEST(Pair, LastContactCanBeCancelled) {
+  // Specks in a cube above specks in a cube: many pairs to look at, and hardly one that meets.
+  std::mt19937_64 random(4);
+  const Mesh moving = Moved(Soup(random, 20000, 1.0, 1e-5, 0.0), {0.0, 0.0, 3.0});
+  const Pair pair = PairOf(moving, Soup(random, 20000, 1.0, 1e-5, 0.0));
+  Question question;
+  question.direction = down;
+  for (std::size_t allowed = 0; allowed < 3; ++allowed) {
+    std::size_t calls = 0;
+    gsl_sweep::Run run = OnThreads(1);
+    run.progress = [&](double) { return ++calls <= allowed; };
+    EXPECT_TRUE(SameBits(pair.Last(question, run), Answer()));
+    EXPECT_EQ(calls, allowed + 1);
+  }
+}
+
+TEST(Pair, PatchReportsItsProgressAndCanBeCancelled) {
+  // The bodies touch at the start in many places, so the patch takes nearly all the time.
+  std::mt19937_64 random(4);
+  const Mesh moving = Soup(random, 3000, 1.0, 0.1, 0.0);
+  const Mesh fixed = Soup(random, 3000, 1.0, 0.1, 0.0);
+  Question question;
+  question.direction = down;
+  double reported = 0.0;
+  double mostAllowed = 1.0;
+  bool decreases = false;
+  gsl_sweep::Run run = OnThreads(1);
+  run.progress = [&](double part) {
+    decreases = decreases || part < reported || part > 1.0;
+    reported = part;
+    return part <= mostAllowed;
+  };
+  Contact contact;
+  contact.movingTriangle = 77777;
+  EXPECT_GT(PairOf(moving, fixed).Patch(question, &contact, 1, run), 100u);
+  EXPECT_FALSE(decreases);
+  EXPECT_GT(reported, 0.75);
+  EXPECT_LT(contact.movingTriangle, 3000u);
+  contact.movingTriangle = 77777;
+  reported = 0.0;
+  mostAllowed = 0.5;
+  const PatchSummary cancelled = PairOf(moving, fixed).FindPatch(question, &contact, 1, run);
+  EXPECT_GT(reported, 0.5);
+  EXPECT_EQ(cancelled.pairCount, 0u);
+  EXPECT_TRUE(SameBits(cancelled.first, Answer()));
+  EXPECT_EQ(contact.movingTriangle, 77777u);
 }
 
 TEST(Pair, BodyBehindMakesNoContact) {

@@ -40,8 +40,8 @@ TEST(StartSearch, FindsTheFirstOfAllPairsThatTouch) {
       for (std::uint32_t j = 0; j < 300 && !expected.any; ++j) {
         PairContact contact{};
         ExactRatio travel;
-        if (JudgePair(direction, triangle(moving, i), triangle(fixed, j), 0.0, contact, travel) !=
-            PairOutcome::Touching) {
+        if (JudgePair(direction, triangle(moving, i), triangle(fixed, j), Rule::Touch, 0.0, contact,
+                      travel) != PairOutcome::Touching) {
           continue;
         }
         expected.any = true;

@@ -34,15 +34,35 @@ Boxes<Scalar> Fourfold(const Box<Scalar>& box) {
 template <class Scalar>
 void ExpectWithin(const TravelTest<Scalar>& test, const Box<Scalar>& moving,
                   const Box<Scalar>& fixed, Scalar limit, Scalar atLeast, Scalar atMost) {
-  Four<Scalar> from;
-  EXPECT_EQ(test.template Survivors<true>(Fourfold(moving), fixed, limit, from), 15u);
+  const TravelRange<Scalar> range{0, limit};
+  Four<Scalar> from, to;
+  EXPECT_EQ(test.template Survivors<true>(Fourfold(moving), fixed, range, from, to), 15u);
   EXPECT_LE(from[3], atMost);
   EXPECT_GE(from[3], atLeast);
-  EXPECT_EQ(test.template Survivors<false>(Fourfold(fixed), moving, limit, from), 15u);
+  EXPECT_LE(to[3], limit);
+  EXPECT_EQ(test.template Survivors<false>(Fourfold(fixed), moving, range, from, to), 15u);
   EXPECT_LE(from[2], atMost);
   EXPECT_GE(from[2], atLeast);
-  EXPECT_LE(test.FirstTravel(moving, fixed), atMost);
-  EXPECT_GE(test.FirstTravel(moving, fixed), atLeast);
+  Scalar first = -1;
+  Scalar last = -1;
+  EXPECT_TRUE(test.CanTouch(moving, fixed, {0, Box<Scalar>::kFar}, first, last));
+  EXPECT_LE(first, atMost);
+  EXPECT_GE(first, atLeast);
+  EXPECT_GE(last, limit);
+}
+
+template <class Scalar>
+unsigned Survivors(const TravelTest<Scalar>& test, const Boxes<Scalar>& moving,
+                   const Box<Scalar>& fixed, const TravelRange<Scalar>& range) {
+  Four<Scalar> from, to;
+  return test.template Survivors<true>(moving, fixed, range, from, to);
+}
+
+template <class Scalar>
+unsigned Survivors(const TravelTest<Scalar>& test, const Box<Scalar>& moving,
+                   const Boxes<Scalar>& fixed, const TravelRange<Scalar>& range) {
+  Four<Scalar> from, to;
+  return test.template Survivors<false>(fixed, moving, range, from, to);
 }
 
 /// Boxes whose corners meet at one travel alone, which is the limit as well.
@@ -86,27 +106,68 @@ TYPED_TEST(TravelTests, BoxesThatTouchAcrossAZeroComponentSurvive) {
   const Box<Scalar> moving{{0, 0, 5}, {1, 1, 6}};
   ExpectWithin<Scalar>(test, moving, {{1, -1, 0}, {2, 0, 1}}, 4,
                        4 * (1 - static_cast<Scalar>(0x1p-19)), 4);
-  Four<Scalar> from;
   const Scalar beyond = std::nextafter(Scalar{1}, Scalar{2});
-  EXPECT_EQ(test.template Survivors<true>(Fourfold(moving), {{beyond, 0, 0}, {2, 1, 1}}, 9, from),
-            0u);
-  EXPECT_EQ(test.template Survivors<false>(Fourfold(Box<Scalar>{{beyond, 0, 0}, {2, 1, 1}}), moving,
-                                           9, from),
-            0u);
+  const Box<Scalar> beside{{beyond, 0, 0}, {2, 1, 1}};
+  EXPECT_EQ(Survivors<Scalar>(test, Fourfold(moving), beside, {0, 9}), 0u);
+  EXPECT_EQ(Survivors<Scalar>(test, moving, Fourfold(beside), {0, 9}), 0u);
   // Before the start, and beyond the limit.
-  EXPECT_EQ(test.template Survivors<true>(Fourfold(moving), {{0, 0, 7}, {1, 1, 8}}, 9, from), 0u);
-  EXPECT_EQ(test.template Survivors<true>(Fourfold(moving), {{0, 0, 0}, {1, 1, 1}}, 3, from), 0u);
+  EXPECT_EQ(Survivors<Scalar>(test, Fourfold(moving), {{0, 0, 7}, {1, 1, 8}}, {0, 9}), 0u);
+  EXPECT_EQ(Survivors<Scalar>(test, Fourfold(moving), {{0, 0, 0}, {1, 1, 1}}, {0, 3}), 0u);
+}
+
+/// The moving box touches the fixed box from travel 4 to travel 6.
+TYPED_TEST(TravelTests, BothEndsOfTheRangeCount) {
+  using Scalar = TypeParam;
+  const TravelTest<Scalar> test({0.0, 0.0, -1.0});
+  const Box<Scalar> moving{{0, 0, 5}, {1, 1, 6}};
+  const Box<Scalar> fixed{{0, 0, 0}, {1, 1, 1}};
+  const Scalar margin = static_cast<Scalar>(0x1p-18);
+  EXPECT_EQ(Survivors<Scalar>(test, Fourfold(moving), fixed, {6, 9}), 15u);
+  EXPECT_EQ(Survivors<Scalar>(test, moving, Fourfold(fixed), {6, 9}), 15u);
+  EXPECT_EQ(Survivors<Scalar>(test, Fourfold(moving), fixed, {6 + 6 * margin, 9}), 0u);
+  EXPECT_EQ(Survivors<Scalar>(test, moving, Fourfold(fixed), {6 + 6 * margin, 9}), 0u);
+  Scalar first = -1;
+  Scalar last = -1;
+  EXPECT_TRUE(test.CanTouch(moving, fixed, {0, 9}, first, last));
+  EXPECT_LE(first, 4);
+  EXPECT_GE(last, 6);
+  EXPECT_LE(last, 6 + 6 * margin);
+  EXPECT_FALSE(test.CanTouch(moving, fixed, {6 + 6 * margin, 9}, first, last));
+  EXPECT_FALSE(test.CanTouch(moving, fixed, {0, 4 - 4 * margin}, first, last));
+}
+
+/// A range that begins at the least number leaves out boxes that part at zero, and no others.
+TYPED_TEST(TravelTests, BoxesThatPartAtZeroAreOutsideAnyPositiveRange) {
+  using Scalar = TypeParam;
+  const Scalar least = std::numeric_limits<Scalar>::denorm_min();
+  for (const double d : {1.0, -1.0, 0.75}) {
+    const TravelTest<Scalar> test({0.0, 0.0, d});
+    const Box<Scalar> moving =
+        d > 0.0 ? Box<Scalar>{{0, 0, 1}, {1, 1, 2}} : Box<Scalar>{{0, 0, -1}, {1, 1, 0}};
+    const Box<Scalar> fixed{{0, 0, 0}, {1, 1, 1}};
+    EXPECT_EQ(Survivors<Scalar>(test, Fourfold(moving), fixed, {0, 9}), 15u);
+    EXPECT_EQ(Survivors<Scalar>(test, Fourfold(moving), fixed, {least, 9}), 0u);
+    EXPECT_EQ(Survivors<Scalar>(test, moving, Fourfold(fixed), {least, 9}), 0u);
+    Box<Scalar> pressed = moving;
+    if (d > 0.0) {
+      pressed.low[2] = std::nextafter(Scalar{1}, Scalar{0});
+    } else {
+      pressed.high[2] = static_cast<Scalar>(0x1p-100);
+    }
+    EXPECT_EQ(Survivors<Scalar>(test, Fourfold(pressed), fixed, {least, 9}), 15u);
+    EXPECT_EQ(Survivors<Scalar>(test, pressed, Fourfold(fixed), {least, 9}), 15u);
+  }
 }
 
 TYPED_TEST(TravelTests, EmptyLanesNeverSurvive) {
   using Scalar = TypeParam;
-  Four<Scalar> from;
   const Box<Scalar> other{{-1, -1, -1}, {1, 1, 1}};
+  const TravelRange<Scalar> all{0, Box<Scalar>::kFar};
   const Boxes<Scalar> none = Fourfold(Box<Scalar>::Empty());
   for (const Coord3& d : {Coord3{0.0, 0.0, 1.0}, Coord3{-0.5, 0.5, 0.75}}) {
     const TravelTest<Scalar> test(d);
-    EXPECT_EQ(test.template Survivors<true>(none, other, Box<Scalar>::kFar, from), 0u);
-    EXPECT_EQ(test.template Survivors<false>(none, other, Box<Scalar>::kFar, from), 0u);
+    EXPECT_EQ(Survivors<Scalar>(test, none, other, all), 0u);
+    EXPECT_EQ(Survivors<Scalar>(test, other, none, all), 0u);
   }
 }
 

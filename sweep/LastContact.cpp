@@ -1,0 +1,119 @@
+#include "LastContact.h"
+
+#include <cmath>
+
+namespace gsl_sweep {
+
+namespace {
+
+/// Last travels within this part of the best are compared exactly. The part is wider than the
+/// margin by which they are enlarged. It decides how often pairs are compared, not the result.
+constexpr double kTieWindow = 0x1p-19;
+
+} // namespace
+
+template <class Scalar>
+LastContact<Scalar>::LastContact(const Scene<Scalar>& scene, double maxDistance,
+                                 LeafCache<Scalar>& movingCache, LeafCache<Scalar>& fixedCache)
+    : m_scene(scene), m_movingCache(movingCache), m_fixedCache(fixedCache),
+      m_maxDistance(scene.scale.DownLength(maxDistance)),
+      m_range{LeastEnd<Scalar>(scene.rule),
+              scene.AtLeast(scene.WalkTravel(scene.MultipleAtLeast(m_maxDistance)))},
+      m_gaps(scene.direction) {}
+
+/// Returns true when a pair cannot come before the best pair: it follows the best pair by number,
+/// and the best pair is cut, or an axis parts its boxes no later.
+template <class Scalar>
+bool LastContact<Scalar>::IsSettled(const NodePair<Scalar>& pair) {
+  if (!Follows(-pair.from, pair.moving.least, pair.LeastFixed())) return false;
+  return m_isCut ||
+         (m_scene.hasExactBoxes && m_gaps.ArePartedAfter(m_scene.moving.InKernel(pair.moving.box),
+                                                         m_scene.fixed.InKernel(pair.fixed.box)));
+}
+
+/// Returns true when a pair whose last travel is at most `to` follows the best pair by number, and
+/// may tie with it.
+template <class Scalar>
+bool LastContact<Scalar>::Follows(Scalar to, std::uint32_t moving, std::uint64_t fixed) const {
+  return (m_isCut || to <= m_tieCeiling) && m_best.PrecedesAll(moving, fixed);
+}
+
+template <class Scalar>
+bool LastContact<Scalar>::Judge(const NodePair<Scalar>& pair) {
+  const Leaf& moving = m_movingCache.Moving(m_scene, pair.moving.ref.Index());
+  const Leaf& fixed = m_fixedCache.Fixed(m_scene, pair.fixedBody, pair.fixed.ref.Index());
+  const LeafPair<Scalar> leaves(m_scene, moving, fixed);
+  const unsigned movingMask =
+      leaves.template ThatReach<true>(m_scene.fixed.At(pair.fixed.box), m_range);
+  if (movingMask == 0) return true;
+  const unsigned fixedMask =
+      leaves.template ThatReach<false>(m_scene.moving.At(pair.moving.box), m_range);
+  for (int i = 0; i < moving.count; ++i) {
+    if ((movingMask >> i & 1u) == 0) continue;
+    for (int first = 0; first < fixed.count; first += 4) {
+      Four<Scalar> unusedFrom, to;
+      unsigned mask = fixedMask >> first & 15u;
+      if (mask != 0) mask &= leaves.Reached(i, first, m_range, unusedFrom, to);
+      if (mask != 0 && m_scene.filters) mask &= leaves.TouchingByHeight(i, first, m_doubleFrom);
+      for (int lane = 0; mask != 0; ++lane, mask >>= 1) {
+        if ((mask & 1u) == 0) continue;
+        const int j = first + lane;
+        if (to[lane] < m_range.from) continue;
+        if (Follows(to[lane], moving.number[i], FixedNumber(pair.fixedBody, fixed.number[j])) &&
+            (m_isCut || m_gaps.ArePartedAfter(m_scene.moving.ToKernel(moving.ExactBoxOf(i)),
+                                              m_scene.fixed.ToKernel(fixed.ExactBoxOf(j))))) {
+          continue;
+        }
+        if (m_scene.filters && leaves.AreShadowsApart(i, j)) continue;
+        JudgeTriangles(leaves, pair.fixedBody, i, j);
+      }
+    }
+  }
+  return true;
+}
+
+template <class Scalar>
+void LastContact<Scalar>::JudgeTriangles(const LeafPair<Scalar>& leaves, std::size_t fixedBody,
+                                         int i, int j) {
+  FoundPair found;
+  found.moving = leaves.moving.number[i];
+  found.fixed = FixedNumber(fixedBody, leaves.fixed.number[j]);
+  found.movingTriangle = leaves.moving.InKernel(m_scene, i);
+  found.fixedTriangle = leaves.fixed.InKernel(m_scene, j);
+  const LastOutcome outcome =
+      JudgeLast(m_scene.direction, found.movingTriangle, found.fixedTriangle, m_scene.rule,
+                m_maxDistance, m_kernelFrom, found.contact, found.travel);
+  if (outcome == LastOutcome::Apart) return;
+  const bool isCut = outcome == LastOutcome::Cut;
+  if (m_best.any) {
+    int order = static_cast<int>(isCut) - static_cast<int>(m_isCut);
+    if (order == 0 && !isCut) order = CompareRatios(found.travel, m_best.travel);
+    if (order < 0 || (order == 0 && m_best.PrecedesAll(found.moving, found.fixed))) return;
+  }
+  Raise(found, isCut);
+}
+
+template <class Scalar>
+void LastContact<Scalar>::Raise(const FoundPair& found, bool isCut) {
+  m_best = found;
+  m_best.any = true;
+  if (isCut) {
+    if (!m_isCut) {
+      m_kernelFrom = JustBefore(m_maxDistance);
+      m_doubleFrom = m_scene.WalkTravel(m_scene.MultipleAtMost(m_maxDistance));
+    }
+    m_isCut = true;
+  } else {
+    // Travels are rounded from a hundred bits, which can turn the order of two by one unit.
+    m_kernelFrom = std::nextafter(found.contact.travel, 0.0);
+    m_doubleFrom = m_scene.WalkTravel(Reduced(found.travel.rounded.hi));
+    m_gaps.SetTravel(found.travel);
+  }
+  m_range.from = std::max(m_range.from, m_scene.AtMost(m_doubleFrom));
+  m_tieCeiling = static_cast<Scalar>(m_doubleFrom * (1.0 + kTieWindow));
+}
+
+template class LastContact<float>;
+template class LastContact<double>;
+
+} // namespace gsl_sweep

@@ -1,0 +1,57 @@
+#ifndef GSL_SWEEP_LAST_CONTACT_H
+#define GSL_SWEEP_LAST_CONTACT_H
+
+#include "AxisGaps.h"
+#include "FirstContact.h"
+
+namespace gsl_sweep {
+
+/// The last contact within the greatest distance, found by judging the pairs of a walk from its
+/// end.
+///
+/// A pair that still touches at the greatest distance is cut there. The range only narrows. A pair
+/// that is left out parts before the range, or follows the best pair at the same travel. So the
+/// result is the first of all pairs with the greatest travel, in whatever order they are judged.
+template <class Scalar>
+class LastContact {
+public:
+  static constexpr bool kFromEnd = true;
+
+  LastContact(const Scene<Scalar>& scene, double maxDistance, LeafCache<Scalar>& movingCache,
+              LeafCache<Scalar>& fixedCache);
+
+  TravelRange<Scalar> Range() const { return m_range; }
+  bool IsSettled(const NodePair<Scalar>& pair);
+  bool Judge(const NodePair<Scalar>& leaves);
+
+  /// Returns the pair with its last contact. Of a pair that is cut only the numbers and the
+  /// triangles are set.
+  const FoundPair& Best() const { return m_best; }
+  bool IsCut() const { return m_isCut; }
+
+private:
+  using Leaf = LeafTriangles<Scalar>;
+
+  bool Follows(Scalar to, std::uint32_t moving, std::uint64_t fixed) const;
+  void JudgeTriangles(const LeafPair<Scalar>& leaves, std::size_t fixedBody, int i, int j);
+  void Raise(const FoundPair& found, bool isCut);
+
+  const Scene<Scalar>& m_scene;
+  LeafCache<Scalar>& m_movingCache;
+  LeafCache<Scalar>& m_fixedCache;
+  ScaledLength m_maxDistance; ///< decides
+  TravelRange<Scalar> m_range;
+  double m_doubleFrom = 0.0; ///< the beginning of the range, in double
+  double m_kernelFrom = 0.0; ///< the same, as a rounded length for the pair kernel
+  Scalar m_tieCeiling = -1;  ///< up to here a last travel may be the best one
+  bool m_isCut = false;
+  FoundPair m_best;
+  AxisGaps m_gaps; ///< against the best travel
+};
+
+extern template class LastContact<float>;
+extern template class LastContact<double>;
+
+} // namespace gsl_sweep
+
+#endif

@@ -1,0 +1,155 @@
+#include "LastContact.h"
+
+#include "Bodies.h"
+
+#include <gtest/gtest.h>
+
+#include <limits>
+
+namespace {
+
+using namespace gsl_sweep;
+using namespace sweep_bodies;
+
+constexpr double kInfinity = std::numeric_limits<double>::infinity();
+
+/// Counts the leaves that a search judges.
+template <class Scalar>
+struct Counting {
+  static constexpr bool kFromEnd = true;
+  TravelRange<Scalar> Range() const { return judgement.Range(); }
+  bool IsSettled(const NodePair<Scalar>& pair) { return judgement.IsSettled(pair); }
+  bool Judge(const NodePair<Scalar>& pair) {
+    ++judged;
+    return judgement.Judge(pair);
+  }
+  LastContact<Scalar>& judgement;
+  std::size_t judged = 0;
+};
+
+struct Found {
+  FoundPair best;
+  bool isCut = false;
+  std::size_t judged = 0;
+};
+
+const Coord3 kDirection{0.25, 0.5, -1.0};
+const RangeScale kScale(8.0);
+
+template <class Scalar>
+Found LastOf(const Mesh& moving, const Mesh& fixed, double maxDistance = kInfinity,
+             Rule rule = Rule::Touch) {
+  const PreparedBody a(ViewOf(moving));
+  const PreparedBody b(ViewOf(fixed));
+  const SceneBodies bodies{&a, {&b}};
+  const TravelDirection direction(kDirection);
+  Question question;
+  question.rule = rule;
+  const Scene<Scalar> scene(bodies, direction, kScale, question, true);
+  LeafCache<Scalar> movingCache;
+  LeafCache<Scalar> fixedCache;
+  LastContact<Scalar> last(scene, maxDistance, movingCache, fixedCache);
+  Counting<Scalar> counting{last};
+  std::vector<NodePair<Scalar>> stack;
+  const Watch none;
+  Walk<Scalar, Counting<Scalar>> walk(scene, counting, none, stack);
+  EXPECT_EQ(walk.Run(), WalkEnd::Done);
+  return {last.Best(), last.IsCut(), counting.judged};
+}
+
+/// Returns the pair with the greatest end of all, in the kernel's coordinates.
+FoundPair LastOfAllPairs(const Mesh& moving, const Mesh& fixed) {
+  const TravelDirection direction(kDirection);
+  const auto triangle = [&](const Mesh& mesh, std::size_t k) {
+    const Coord3* c = mesh.corners.data() + 3 * k;
+    return MakeTriangle(direction, kScale.Down(c[0]), kScale.Down(c[1]), kScale.Down(c[2]));
+  };
+  FoundPair best;
+  for (std::uint32_t i = 0; i < moving.TriangleCount(); ++i) {
+    for (std::uint32_t j = 0; j < fixed.TriangleCount(); ++j) {
+      ContactInterval interval{};
+      if (!FindContactInterval(direction, triangle(moving, i), triangle(fixed, j), interval) ||
+          interval.last.travel < 0.0 || (best.any && interval.last.travel <= best.contact.travel)) {
+        continue;
+      }
+      best.any = true;
+      best.moving = i;
+      best.fixed = j;
+      best.contact = interval.last;
+    }
+  }
+  return best;
+}
+
+TEST(LastContact, IsTheGreatestEndOfAllPairs) {
+  for (unsigned seed = 0; seed < 6; ++seed) {
+    const Mesh moving = sweep_shapes::Moved(Soup(seed, 300), {0.0, 0.0, seed % 3 == 0 ? 0.0 : 3.0});
+    const Mesh fixed = Soup(seed + 100, 300);
+    const FoundPair expected = LastOfAllPairs(moving, fixed);
+    ASSERT_TRUE(expected.any);
+    for (const Found& found : {LastOf<float>(moving, fixed), LastOf<double>(moving, fixed)}) {
+      EXPECT_TRUE(found.best.any);
+      EXPECT_FALSE(found.isCut);
+      EXPECT_EQ(found.best.moving, expected.moving);
+      EXPECT_EQ(found.best.fixed, expected.fixed);
+      EXPECT_EQ(found.best.contact.travel, expected.contact.travel);
+      // Not every leaf is looked at.
+      EXPECT_LT(found.judged, 600u);
+    }
+  }
+}
+
+TEST(LastContact, TiesAcrossAnAxisAreSettledWithoutJudgingThem) {
+  const Mesh fixed = Bowl(64, 0.0);
+  const Mesh moving = sweep_shapes::Moved(fixed, {0.0, 0.0, 4.0});
+  const Found single = LastOf<float>(moving, fixed);
+  const Found exact = LastOf<double>(moving, fixed);
+  EXPECT_TRUE(single.best.any);
+  EXPECT_LT(single.judged, 30u);
+  EXPECT_LT(exact.judged, 30u);
+  EXPECT_EQ(single.best.moving, exact.best.moving);
+  EXPECT_EQ(single.best.fixed, exact.best.fixed);
+}
+
+TEST(LastContact, PairsThatTouchAtTheGreatestDistanceTieThere) {
+  // The same soup twice, which overlaps itself for a while.
+  const Mesh soup = Soup(7, 400);
+  const Found whole = LastOf<float>(soup, soup);
+  const double end = kScale.UpTravel(whole.best.contact.travel);
+  ASSERT_GT(end, 0.5);
+  const double half = 0.5 * end;
+  const Found cut = LastOf<float>(soup, soup, half);
+  EXPECT_TRUE(cut.isCut);
+  // The first pair by number that touches there.
+  const TravelDirection direction(kDirection);
+  const auto triangle = [&](std::size_t k) {
+    const Coord3* c = soup.corners.data() + 3 * k;
+    return MakeTriangle(direction, c[0], c[1], c[2]);
+  };
+  std::uint32_t moving = 0;
+  std::uint32_t fixed = 0;
+  for (bool found = false; !found && moving < 400; ++moving) {
+    for (fixed = 0; !found && fixed < 400; ++fixed) {
+      ContactInterval interval{};
+      found = FindContactInterval(direction, triangle(moving), triangle(fixed), interval) &&
+              interval.first.travel <= half && interval.last.travel >= half;
+    }
+  }
+  EXPECT_EQ(cut.best.moving, moving - 1);
+  EXPECT_EQ(cut.best.fixed, fixed - 1);
+  const Found beyond = LastOf<float>(soup, soup, end * (1.0 + 1e-9));
+  EXPECT_FALSE(beyond.isCut);
+  EXPECT_EQ(beyond.best.moving, whole.best.moving);
+}
+
+TEST(LastContact, PairsThatPartAtZeroCountUnlessTheyLeave) {
+  const Mesh fixed = Bowl(4, 0.0);
+  const Mesh moving = sweep_shapes::Moved(fixed, {0.0, 0.0, 0.0});
+  const Found touching = LastOf<float>(moving, fixed);
+  EXPECT_TRUE(touching.best.any);
+  EXPECT_EQ(touching.best.contact.travel, 0.0);
+  EXPECT_FALSE(LastOf<float>(moving, fixed, kInfinity, Rule::NotLeaving).best.any);
+  EXPECT_FALSE(LastOf<double>(moving, fixed, kInfinity, Rule::NotLeaving).best.any);
+}
+
+} // namespace
