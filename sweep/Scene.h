@@ -48,8 +48,8 @@ struct Scene {
       : bodies(sceneBodies), direction(travelDirection), scale(rangeScale),
         test(travelDirection.Vector()), slabTest(travelDirection.Vector()),
         moving(question.offset, rangeScale), fixed({0.0, 0.0, 0.0}, rangeScale),
-        rule(question.rule), oneSided(question.oneSided), filters(canFilter),
-        hasExactBoxes(HaveExactBoxes(sceneBodies)) {}
+        rule(question.rule), oneSided(question.oneSided || question.rule == Rule::Solid),
+        filters(canFilter), hasExactBoxes(HaveExactBoxes(sceneBodies)) {}
 
   /// Converts multiples of the direction in the kernel's coordinates to multiples in those of the
   /// walk.
