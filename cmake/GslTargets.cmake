@@ -61,3 +61,8 @@ function(gsl_refuse_undefined_symbols target)
     target_link_options(${target} PRIVATE -Wl,--no-undefined)
   endif()
 endfunction()
+
+# The library calls and inlines its own exported functions directly, as clang does by default.
+function(gsl_call_own_functions_directly target)
+  target_compile_options(${target} PRIVATE $<$<CXX_COMPILER_ID:GNU>:-fno-semantic-interposition>)
+endfunction()

@@ -1,7 +1,7 @@
 // Feeds any bytes to the record reader and to the readers of every class. The result is objects
 // that can be written and read again, or an exception of the host's family.
 
-#include "RecordFrame.h"
+#include "Reframed.h"
 #include "cls_ReadVisitor.h"
 #include "cls_WriteVisitor.h"
 #include "cls_xo1DArrayList.h"
@@ -22,27 +22,10 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <type_traits>
 #include <vector>
 
 namespace {
-
-void Require(bool holds) {
-  if (!holds) std::abort();
-}
-
-/// The bytes with checksums that match, so that a changed body reaches the reader. What does not
-/// begin like a byte form stays as it is.
-std::vector<unsigned char> Reframed(const std::uint8_t* data, std::size_t size) {
-  constexpr std::size_t kSumSize = 4;
-  const bool isForm = size >= gsl_records::kHeaderSize + kSumSize && data[0] == 'g';
-  if (!isForm) return std::vector<unsigned char>(data, data + size);
-  std::vector<unsigned char> bytes = gsl_records::StartFrame();
-  bytes.insert(bytes.end(), data + gsl_records::kHeaderSize, data + size - kSumSize);
-  gsl_records::FinishFrame(bytes);
-  return bytes;
-}
 
 template <class C>
 C Read(const cls_ReadVisitor& visitor) {

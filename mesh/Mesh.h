@@ -13,6 +13,13 @@
 
 namespace gsl_mesh {
 
+/// How a file writes its coordinates.
+enum class Precision : unsigned char {
+  Unknown, ///< as decimals, or as whole numbers
+  Single,  ///< in single precision
+  Double   ///< in double precision
+};
+
 /// Triangles of one body, in the order of the file.
 /// Units      the numbers of the file; they are not guessed, scaled, welded or reordered.
 /// Order      triangle k has corners[3k], corners[3k+1], corners[3k+2]; a face with more corners
@@ -22,6 +29,7 @@ struct Mesh {
   std::string file;                            ///< path as it was given
   std::vector<gsl_arithmetic::Coord3> corners; ///< three per triangle
   std::vector<std::string> warnings;           ///< one line each: what was left out, and where
+  Precision precision = Precision::Unknown;    ///< as the file says
 
   std::size_t TriangleCount() const { return corners.size() / 3; }
 };

@@ -99,20 +99,48 @@ private:
   double m_reported = 0.0;
 };
 
-/// Returns the whole file. It is not mapped: a file that is cut while it is read would then end the
-/// program.
-std::string Load(const std::string& path, Reporter& reporter) {
+/// A file that is being read. It is not mapped: a file that is cut while it is read would then end
+/// the program.
+class InputFile {
+public:
   // Without O_NONBLOCK, opening a pipe would wait for its other end.
-  const FileDescriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
-  if (file.Get() < 0) FailFile(path, std::string("cannot be opened: ") + std::strerror(errno));
-  std::string bytes(CheckedSize(file, path), '\0');
-  for (std::size_t done = 0; done < bytes.size();) {
-    const std::size_t step = std::min(kLoadingStep, bytes.size() - done);
-    if (ReadBytes(file.Get(), path, bytes.data() + done, step) < step) {
-      FailFile(path, "became shorter while it was read");
+  explicit InputFile(const std::string& path)
+      : m_path(path), m_file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK)) {
+    if (m_file.Get() < 0) FailFile(path, std::string("cannot be opened: ") + std::strerror(errno));
+    m_size = CheckedSize(m_file, path);
+  }
+
+  std::size_t Size() const { return m_size; }
+
+  /// Returns the part that has been read.
+  double Part() const { return static_cast<double>(m_done) / static_cast<double>(m_size); }
+
+  /// Reads the next `size` bytes. Requires that the file had as many when it was opened.
+  void Read(char* bytes, std::size_t size) {
+    if (ReadBytes(m_file.Get(), m_path, bytes, size) < size) {
+      FailFile(m_path, "became shorter while it was read");
     }
+    m_done += size;
+  }
+
+private:
+  const std::string& m_path;
+  FileDescriptor m_file;
+  std::size_t m_size = 0;
+  std::size_t m_done = 0;
+};
+
+/// Returns the whole file, whose first bytes have been read.
+std::string Load(InputFile& file, std::string_view first, Reporter& reporter) {
+  std::string bytes;
+  ReserveLarge(bytes, file.Size());
+  bytes.resize(file.Size());
+  std::copy(first.begin(), first.end(), bytes.begin());
+  for (std::size_t done = first.size(); done < bytes.size();) {
+    const std::size_t step = std::min(kLoadingStep - done % kLoadingStep, bytes.size() - done);
+    file.Read(bytes.data() + done, step);
     done += step;
-    reporter.Report(kLoadingPart * static_cast<double>(done) / static_cast<double>(bytes.size()));
+    reporter.Report(kLoadingPart * file.Part());
   }
   return bytes;
 }
@@ -149,11 +177,19 @@ bool IsTextStl(std::string_view bytes) {
          BeginsWithNoCase(bytes.substr(word), "endsolid");
 }
 
-MeshFormat FormatOfContents(std::string_view bytes) {
-  const std::string_view text = WithoutByteOrderMark(bytes);
+/// Returns the format of a binary file, of which `first` holds at least the first kBinaryStlPrefix
+/// bytes; Unknown when the rest of the file must be seen.
+MeshFormat FormatOfFirstBytes(std::string_view first, std::size_t size) {
+  const std::string_view text = WithoutByteOrderMark(first);
   if (text.substr(0, 4) == "ply\n" || text.substr(0, 4) == "ply\r") return MeshFormat::Ply;
-  if (bytes.substr(0, 4) == "glTF") return MeshFormat::Assimp;
-  if (HasSizeOfBinaryStl(bytes) || IsTextStl(bytes)) return MeshFormat::Stl;
+  if (first.substr(0, 4) == "glTF") return MeshFormat::Assimp;
+  return HasSizeOfBinaryStl(first, size) ? MeshFormat::Stl : MeshFormat::Unknown;
+}
+
+MeshFormat FormatOfContents(std::string_view bytes) {
+  const MeshFormat format = FormatOfFirstBytes(bytes, bytes.size());
+  if (format != MeshFormat::Unknown) return format;
+  if (IsTextStl(bytes)) return MeshFormat::Stl;
   if (BeginsWithOffKeyword(bytes)) return MeshFormat::Off;
   return MeshFormat::Unknown;
 }
@@ -170,7 +206,9 @@ Mesh ReadThroughAssimp(const MeshSource& source) {
   FailRead(source,
            "cannot be read: this program was built without Assimp; expected STL, PLY, OBJ or OFF");
 #else
-  return ImportMesh(MeshImportProgram(), source.file, ImportLimitsFor(source.bytes.size()));
+  Mesh mesh = ImportMesh(MeshImportProgram(), source.file, ImportLimitsFor(source.bytes.size()));
+  mesh.precision = Precision::Single; // as Assimp keeps coordinates
+  return mesh;
 #endif
 }
 
@@ -192,11 +230,25 @@ Mesh ReadSource(const MeshSource& source, MeshFormat format) {
   FailUnknownFormat(source);
 }
 
-Mesh ReadChecked(const MeshSource& source, MeshFormat format) {
-  Mesh mesh = ReadSource(source, format);
-  mesh.file = source.file;
-  if (mesh.corners.empty()) FailRead(source, "holds no triangles");
+Mesh Checked(Mesh mesh, const std::string& name) {
+  mesh.file = name;
+  if (mesh.corners.empty()) FailFile(name, "holds no triangles");
   return mesh;
+}
+
+Mesh ReadChecked(const MeshSource& source, MeshFormat format) {
+  return Checked(ReadSource(source, format), source.file);
+}
+
+/// Reads a binary STL file part by part, so that its bytes are never in memory all at once.
+Mesh ReadBinaryStlFile(InputFile& file, std::string_view first, Reporter& reporter) {
+  std::string part;
+  return ReadBinaryStl(first, [&](std::size_t size) {
+    part.resize(size);
+    reporter.Report(file.Part());
+    file.Read(part.data(), size);
+    return part.data();
+  });
 }
 
 void RefuseForeign(const MeshSource& source) {
@@ -254,7 +306,13 @@ Mesh ReadMeshFromMemory(std::string_view bytes, const std::string& name, MeshFor
 Mesh ReadMesh(const std::string& path, const MeshProgress& progress) {
   return WithMemory(path, [&] {
     Reporter reporter(progress);
-    const std::string bytes = Load(path, reporter);
+    InputFile file(path);
+    std::string first(std::min(file.Size(), kBinaryStlPrefix), '\0');
+    file.Read(first.data(), first.size());
+    if (FormatOfFirstBytes(first, file.Size()) == MeshFormat::Stl) {
+      return Checked(ReadBinaryStlFile(file, first, reporter), path);
+    }
+    const std::string bytes = Load(file, first, reporter);
     return ReadDetected({bytes, path, reporter.OfReader()});
   });
 }

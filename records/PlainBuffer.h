@@ -2,11 +2,14 @@
 #define RECORDS_PLAIN_BUFFER_H
 
 #include <cstddef>
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <new>
 #include <type_traits>
 #include <utility>
+
+#include <sys/mman.h>
 
 namespace gsl_records {
 
@@ -67,6 +70,22 @@ private:
     if (grown == nullptr) throw std::bad_alloc();
     m_items = static_cast<T*>(grown);
     m_capacity = capacity;
+    // An array that grows in steps moves, and loses its large pages.
+    if (2 * count >= capacity) PreferLargePages();
+  }
+
+  /// Small pages, which the system hands out one by one, take longer than filling them.
+  void PreferLargePages() {
+#if defined(__linux__) && defined(MADV_HUGEPAGE)
+    constexpr std::uintptr_t kHugePage = std::uintptr_t{1} << 21;
+    const auto begin = reinterpret_cast<std::uintptr_t>(m_items);
+    const std::uintptr_t first = (begin + kHugePage - 1) / kHugePage * kHugePage;
+    const std::uintptr_t end = (begin + m_capacity * sizeof(T)) / kHugePage * kHugePage;
+    if (end > first + kHugePage) {
+      madvise(static_cast<void*>(reinterpret_cast<char*>(m_items) + (first - begin)), end - first,
+              MADV_HUGEPAGE);
+    }
+#endif
   }
 
   T* m_items = nullptr;

@@ -1,10 +1,9 @@
 #ifndef RECORDS_RECORD_BYTES_H
 #define RECORDS_RECORD_BYTES_H
 
+#include "PlainBuffer.h"
 #include "RecordData.h"
 #include "RecordFrame.h"
-
-#include <vector>
 
 // The body of the byte form, all numbers little-endian, "varint" in groups of seven bits, lowest
 // first. RecordFrame.h describes the frame around it.
@@ -24,7 +23,7 @@
 class gsl_RecordCodec {
 public:
   /// What comes before the records.
-  static std::vector<unsigned char> TablesOf(const gsl_RecordStore::Data& data);
+  static gsl_records::PlainBuffer<unsigned char> TablesOf(const gsl_RecordStore::Data& data);
   /// The records, one after the other.
   static gsl_records::Bytes RecordsOf(const gsl_RecordStore::Data& data);
   /// Fills new data, but for the bytes. Returns where the records begin. Their offsets count from

@@ -95,7 +95,7 @@ gsl_records::Number gsl_RecordStore::Data::NumberOfObject(gsl_RecordIndex key) c
 void gsl_RecordStore::Data::EndRecord() {
   Frame& frame = frames[depth - 1];
   if (frame.place == Frame::Place::Root) {
-    roots.back().record = AppendRecord(frame);
+    roots.Back().record = AppendRecord(frame);
   } else if (frame.place == Frame::Place::Object) {
     objects[frame.object].record = AppendRecord(frame);
   } else {
@@ -155,26 +155,62 @@ void gsl_RecordStore::Data::AppendBytes(const Frame& frame) {
   }
 }
 
-/// A record that owns shared objects is new: an equal record that ended before only refers to them.
 gsl_records::Number gsl_RecordStore::Data::FindDuplicate(const Frame& frame, std::size_t begin,
                                                          std::uint32_t& hash) {
-  const std::size_t end = bytes.Size();
+  if (frame.identity == gsl_RecordIdentity()) return FindByHash(frame, begin, hash);
+  // Equal records have one shape.
+  const Number shape = shapes.ShapeOf(frame.node);
+  if (runs.size() <= shape) runs.resize(shapes.Shapes().size());
+  Run& run = runs[shape];
+  const Number prefix = prefixes.NumberOf(frame.identity.prefix);
+  const std::uint64_t serial = frame.identity.serial;
+  const Number number = Counted(RecordCount());
+  // What was read has any order.
+  const bool isFirst = !run.isKnown && rootsRead == 0;
+  if (isFirst || (run.isAscending && run.prefix == prefix && run.serial < serial)) {
+    run = {true, true, true, prefix, serial, {number}, 1};
+    return kNone;
+  }
+  const bool isInRun = run.isWhole && run.prefix == prefix && run.serial == serial;
+  if (isInRun && run.count < Run::kMost) return FindInRun(frame, begin, run);
+  CatchUpSerials();
+  if (serials.Insert(shape, prefix, serial)) {
+    run = {true, false, true, prefix, serial, {number}, 1};
+    serialsTo = RecordCount() + 1;
+    return kNone;
+  }
+  run.isKnown = true;
+  run.isAscending = run.isWhole = false;
+  return FindByHash(frame, begin, hash);
+}
+
+/// A record that owns shared objects is new: an equal record that ended before only refers to them.
+gsl_records::Number gsl_RecordStore::Data::FindInRun(const Frame& frame, std::size_t begin,
+                                                     Run& run) {
+  for (std::size_t i = 0; i < run.count && !frame.ownsObjects; ++i) {
+    std::size_t extra = 0;
+    if (!CanStandIn(run.records[i], begin, extra)) continue;
+    extraPlaces += extra;
+    return run.records[i];
+  }
+  run.records[run.count++] = Counted(RecordCount());
+  return kNone;
+}
+
+gsl_records::Number gsl_RecordStore::Data::FindByHash(const Frame& frame, std::size_t begin,
+                                                      std::uint32_t& hash) {
   const bool isAnonymous = frame.identity == gsl_RecordIdentity();
-  if (!isAnonymous && IsAscending(frame)) return kNone;
   if (isAnonymous) {
     CatchUpAnonymous();
   } else {
     CatchUpIdentified();
   }
   gsl_records::RecordDuplicates& known = isAnonymous ? anonymous : identified;
-  hash = HashOf(begin, end);
+  hash = HashOf(begin, bytes.Size());
   if (!frame.ownsObjects) {
     std::size_t extra = 0;
-    const Number equal = known.Find(hash, [&](Number record) {
-      if (!AreEqual(record, begin, end)) return false;
-      extra = ExtraPlaces(record, begin, end);
-      return extraPlaces + extra <= kMostExtraPlaces && PlacesWith(extra) < kNone;
-    });
+    const Number equal =
+        known.Find(hash, [&](Number record) { return CanStandIn(record, begin, extra); });
     if (equal != kNone) {
       extraPlaces += extra;
       return equal;
@@ -184,22 +220,24 @@ gsl_records::Number gsl_RecordStore::Data::FindDuplicate(const Frame& frame, std
   return kNone;
 }
 
-/// Whether no earlier record of the shape has the identity, as far as ascending serials show it.
-/// Equal records have one shape.
-bool gsl_RecordStore::Data::IsAscending(const Frame& frame) {
-  // What was read has any order.
-  if (rootsRead != 0) return false;
-  ascents.resize(shapes.Shapes().size());
-  Ascent& ascent = ascents[shapes.ShapeOf(frame.node)];
-  if (!ascent.isKnown) {
-    ascent = {true, frame.identity.prefix, frame.identity.serial};
-    return true;
+bool gsl_RecordStore::Data::CanStandIn(Number record, std::size_t begin, std::size_t& extra) {
+  if (!AreEqual(record, begin, bytes.Size())) return false;
+  extra = ExtraPlaces(record, begin, bytes.Size());
+  return extraPlaces + extra <= kMostExtraPlaces && PlacesWith(extra) < kNone;
+}
+
+void gsl_RecordStore::Data::CatchUpSerials() {
+  for (; serialsTo < RecordCount(); ++serialsTo) {
+    const unsigned char* const record = bytes.Begin() + offsets[serialsTo];
+    std::uint64_t shape = 0;
+    std::uint64_t prefix = 0;
+    std::uint64_t serial = 0;
+    const unsigned char* const at = GetVarint(GetVarint(record, shape), prefix);
+    if (prefix == 0) continue;
+    GetVarint(at, serial);
+    static_cast<void>(
+        serials.Insert(static_cast<Number>(shape), static_cast<Number>(prefix - 1), serial));
   }
-  if (ascent.prefix != frame.identity.prefix || ascent.serial >= frame.identity.serial) {
-    return false;
-  }
-  ascent.serial = frame.identity.serial;
-  return true;
 }
 
 /// Records that were read from bytes are looked up when the first record without an identity is
@@ -305,42 +343,52 @@ void gsl_RecordStore::Data::CatchUpPlaces() {
   }
 }
 
-gsl_RecordStore::Data::Sizes gsl_RecordStore::Data::Size() const {
-  return {RecordCount(),   objects.size(), shapes.Size(), texts.Size(),
-          prefixes.Size(), classes.size(), extraPlaces};
+gsl_RecordStore::Data::TableSizes gsl_RecordStore::Data::SizesOfTables() const {
+  return {shapes.Size(), texts.Size(), prefixes.Size(), classes.size(), extraPlaces};
 }
 
-void gsl_RecordStore::Data::Truncate(const Sizes& sizes) {
-  if (sizes.records < RecordCount()) offsets.Truncate(sizes.records + 1);
+void gsl_RecordStore::Data::StartRoot(gsl_RecordIndex key) {
+  const TableSizes sizes = SizesOfTables();
+  roots.Room(1);
+  if (savepoints.empty() || !(savepoints.back().before == sizes)) {
+    savepoints.push_back({roots.Size(), sizes});
+  }
+  roots.Append({nullptr, kNone, key, Counted(RecordCount()), Counted(objects.size())});
+}
+
+void gsl_RecordStore::Data::TakeBackRoots(std::size_t first) {
+  depth = 0;
+  const Root& root = roots[first];
+  const std::size_t count = root.recordsBefore;
+  if (count < RecordCount()) offsets.Truncate(count + 1);
   if (offsets.Size() != 0) bytes.Truncate(static_cast<std::size_t>(offsets.Back()));
+  placesWithin.Truncate(std::min(placesWithin.Size(), count));
+  anonymous.Truncate(root.recordsBefore);
+  identified.Truncate(root.recordsBefore);
+  identifiedTo = std::min(identifiedTo, count);
+  objects.resize(std::min<std::size_t>(root.objectsBefore, objects.size()));
+  while (savepoints.back().root > first)
+    savepoints.pop_back();
+  TruncateTables(savepoints.back().before);
+  serialsTo = std::min(serialsTo, count);
+  for (Run& run : runs)
+    run.isWhole = false;
+  for (std::size_t i = first; i < roots.Size(); ++i) {
+    if (roots[i].name != nullptr) rootNames.erase(rootNames.find(*roots[i].name));
+  }
+  roots.Truncate(first);
+}
+
+void gsl_RecordStore::Data::TruncateTables(const TableSizes& sizes) {
   extraPlaces = sizes.extraPlaces;
-  placesWithin.Truncate(std::min(placesWithin.Size(), sizes.records));
-  const auto end = static_cast<Number>(sizes.records);
-  anonymous.Truncate(end);
-  identified.Truncate(end);
-  identifiedTo = std::min(identifiedTo, sizes.records);
-  objects.resize(std::min(sizes.objects, objects.size()));
   shapes.Truncate(sizes.shapes);
-  ascents.resize(std::min(ascents.size(), shapes.Shapes().size()));
+  runs.resize(std::min(runs.size(), shapes.Shapes().size()));
   texts.Truncate(sizes.texts);
   prefixes.Truncate(sizes.prefixes);
   while (classes.size() > sizes.classes) {
     classOfType.erase(classes.back().typeId);
     classes.pop_back();
   }
-}
-
-const unsigned char* gsl_RecordStore::Data::ReadIdentity(Number record,
-                                                         gsl_RecordIdentity& identity) const {
-  std::uint64_t number = 0;
-  const unsigned char* at = GetVarint(bytes.Begin() + offsets[record], number);
-  at = GetVarint(at, number);
-  if (number == 0) {
-    identity = {};
-    return at;
-  }
-  identity.prefix = prefixes[static_cast<Number>(number - 1)];
-  return GetVarint(at, identity.serial);
 }
 
 const unsigned char* gsl_RecordStore::Data::ElementsOf(Number record) const {
@@ -352,42 +400,13 @@ const unsigned char* gsl_RecordStore::Data::ElementsOf(Number record) const {
   return at;
 }
 
-const unsigned char* gsl_RecordStore::Data::ReadValue(const unsigned char* at,
-                                                      gsl_RecordField& field) const {
-  if (field.kind == Kind::Double) {
-    field.real = gsl_records::GetDouble(at);
-    return at + sizeof field.real;
-  }
-  std::uint64_t value = 0;
-  at = GetVarint(at, value);
-  switch (field.kind) {
-  case Kind::Integer:
-    field.integer = gsl_records::OfZigzag(value);
-    break;
-  case Kind::Boolean:
-    field.boolean = value != 0;
-    break;
-  case Kind::String:
-    field.text = texts[static_cast<Number>(value)];
-    break;
-  case Kind::Object:
-    field.kind = (value & 1u) != 0 ? Kind::Reference : Kind::Object;
-    field.object = static_cast<std::uint32_t>(value >> 1);
-    field.link = objects[field.object].record;
-    break;
-  default:
-    field.link = static_cast<std::uint32_t>(value);
-    break;
-  }
-  return at;
-}
-
 std::size_t gsl_RecordStore::Data::MemoryUse() const {
   std::size_t sum = bytes.BytesHeld() + offsets.BytesHeld() + anonymous.BytesHeld() +
                     placesWithin.BytesHeld() + identified.BytesHeld() + texts.BytesHeld() +
                     prefixes.BytesHeld() + shapes.BytesHeld();
-  sum += roots.capacity() * sizeof(Root) + objects.capacity() * sizeof(Object) +
-         classes.size() * sizeof(Class) + frames.capacity() * sizeof(Frame);
+  sum += serials.BytesHeld() + roots.BytesHeld() + savepoints.capacity() * sizeof(Savepoint) +
+         objects.capacity() * sizeof(Object) + classes.size() * sizeof(Class) +
+         frames.capacity() * sizeof(Frame);
   for (std::size_t i = 0; i < frames.size(); ++i)
     sum += frames[i].values.BytesHeld() + frames[i].elements.BytesHeld();
   return sum;

@@ -5,6 +5,7 @@
 #include "RecordDuplicates.h"
 #include "RecordShapes.h"
 #include "RecordTables.h"
+#include "SerialSet.h"
 #include "Varint.h"
 #include "gsl_RecordStore.h"
 
@@ -38,19 +39,29 @@ struct gsl_RecordStore::Data {
   using Number = gsl_records::Number;
   using ByteBuffer = gsl_records::PlainBuffer<unsigned char>;
 
-  /// How many items of each sort there were.
-  struct Sizes {
-    std::size_t records, objects;
+  /// How many items of the tables there were, which few roots change.
+  struct TableSizes {
     gsl_records::RecordShapes::Sizes shapes;
     Number texts, prefixes;
     std::size_t classes;
     std::size_t extraPlaces;
+
+    [[nodiscard]] bool operator==(const TableSizes& o) const {
+      return shapes == o.shapes && texts == o.texts && prefixes == o.prefixes &&
+             classes == o.classes && extraPlaces == o.extraPlaces;
+    }
   };
   struct Root {
-    Number record;       ///< kNone while the root is being written
-    gsl_RecordIndex key; ///< the number that its writer knows
-    std::string name;
-    Sizes before; ///< when the root was started
+    const std::string* name; ///< null for a root without a name
+    Number record;           ///< kNone while the root is being written
+    gsl_RecordIndex key;     ///< the number that its writer knows
+    /// How many there were when the root was started.
+    Number recordsBefore, objectsBefore;
+  };
+  /// The sizes when a root was started; they hold for the roots up to the next savepoint.
+  struct Savepoint {
+    std::size_t root;
+    TableSizes before;
   };
   struct Object {
     gsl_RecordIndex key;
@@ -60,11 +71,19 @@ struct gsl_RecordStore::Data {
     std::uint32_t typeId;
     std::string name;
   };
-  /// Records of one shape that have ascending serials under one prefix cannot be equal.
-  struct Ascent {
+  /// The records of one shape that were added last, while they have one identity.
+  struct Run {
+    static constexpr std::size_t kMost = 4;
+
     bool isKnown = false;
-    std::uint64_t prefix = 0;
+    /// Each serial of the shape, under one prefix, was higher than the one before.
+    bool isAscending = false;
+    /// No other record of the shape has the identity.
+    bool isWhole = false;
+    Number prefix = 0;
     std::uint64_t serial = 0;
+    Number records[kMost] = {};
+    std::size_t count = 0;
   };
   struct Frame {
     gsl_RecordIndex key = 0;
@@ -116,9 +135,14 @@ struct gsl_RecordStore::Data {
   // Duplicates.
   Number AppendRecord(const Frame& frame);
   void AppendBytes(const Frame& frame);
-  /// Writes the hash of a record without an identity that is new.
+  /// Returns a stored record that can take the place of the record whose bytes were appended, or
+  /// kNone. Writes the hash of a record without an identity that is new.
   Number FindDuplicate(const Frame& frame, std::size_t begin, std::uint32_t& hash);
-  bool IsAscending(const Frame& frame);
+  Number FindInRun(const Frame& frame, std::size_t begin, Run& run);
+  Number FindByHash(const Frame& frame, std::size_t begin, std::uint32_t& hash);
+  /// Whether that record can take the place. Writes how many more records there are then.
+  bool CanStandIn(Number record, std::size_t begin, std::size_t& extra);
+  void CatchUpSerials();
   void CatchUpAnonymous();
   void CatchUpIdentified();
   void InsertDuplicate(Number record, bool isAnonymous);
@@ -134,9 +158,13 @@ struct gsl_RecordStore::Data {
   void CatchUpPlaces();
 
   // Taking back.
-  Sizes Size() const;
+  TableSizes SizesOfTables() const;
   std::size_t MemoryUse() const;
-  void Truncate(const Sizes& sizes);
+  /// Starts a root that its writer knows by that key.
+  void StartRoot(gsl_RecordIndex key);
+  /// Forgets the roots from that one on, with their records. Throws nothing.
+  void TakeBackRoots(std::size_t first);
+  void TruncateTables(const TableSizes& sizes);
 
   // Reading.
   const gsl_records::Shape& ShapeOf(Number record) const {
@@ -155,7 +183,9 @@ struct gsl_RecordStore::Data {
   /// The records are at the offsets; after the last record there is its end.
   ByteBuffer bytes;
   gsl_records::PlainBuffer<std::uint64_t> offsets;
-  std::vector<Root> roots;
+  gsl_records::PlainBuffer<Root> roots;
+  std::vector<Savepoint> savepoints;
+  /// Owns the names.
   std::unordered_map<std::string, std::size_t> rootNames;
   std::vector<Object> objects;
   std::deque<Class> classes;
@@ -180,9 +210,56 @@ struct gsl_RecordStore::Data {
   gsl_records::RecordDuplicates anonymous, identified;
   std::size_t recordsToLookUp = 0;
   std::size_t identifiedTo = 0;
+  /// The serials of the records below that number, caught up when the serials of a shape do not
+  /// ascend. A record that was taken back stays.
+  gsl_records::SerialSet serials;
+  std::size_t serialsTo = 0;
   /// By shape.
-  std::vector<Ascent> ascents;
+  std::vector<Run> runs;
   ByteBuffer canonical[2];
 };
+
+inline const unsigned char*
+gsl_RecordStore::Data::ReadIdentity(Number record, gsl_RecordIdentity& identity) const {
+  std::uint64_t number = 0;
+  const unsigned char* at = gsl_records::GetVarint(bytes.Begin() + offsets[record], number);
+  at = gsl_records::GetVarint(at, number);
+  if (number == 0) {
+    identity = {};
+    return at;
+  }
+  identity.prefix = prefixes[static_cast<Number>(number - 1)];
+  return gsl_records::GetVarint(at, identity.serial);
+}
+
+inline const unsigned char* gsl_RecordStore::Data::ReadValue(const unsigned char* at,
+                                                             gsl_RecordField& field) const {
+  if (field.kind == gsl_RecordKind::Double) {
+    field.real = gsl_records::GetDouble(at);
+    return at + sizeof field.real;
+  }
+  std::uint64_t value = 0;
+  at = gsl_records::GetVarint(at, value);
+  switch (field.kind) {
+  case gsl_RecordKind::Integer:
+    field.integer = gsl_records::OfZigzag(value);
+    break;
+  case gsl_RecordKind::Boolean:
+    field.boolean = value != 0;
+    break;
+  case gsl_RecordKind::String:
+    field.text = texts[static_cast<Number>(value)];
+    break;
+  case gsl_RecordKind::Object:
+    field.kind = (value & 1u) != 0 ? gsl_RecordKind::Reference : gsl_RecordKind::Object;
+    field.object = static_cast<std::uint32_t>(value >> 1);
+    field.link = objects[field.object].record;
+    break;
+  default:
+    field.link = static_cast<std::uint32_t>(value);
+    break;
+  }
+  return at;
+}
 
 #endif

@@ -7,7 +7,6 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 #include <string_view>
 #include <unordered_map>
 #include <vector>
@@ -45,6 +44,10 @@ class RecordShapes {
 public:
   struct Sizes {
     Number nodes, shapes, fields, names;
+
+    [[nodiscard]] bool operator==(const Sizes& o) const {
+      return nodes == o.nodes && shapes == o.shapes && fields == o.fields && names == o.names;
+    }
   };
 
   RecordShapes();
@@ -65,7 +68,7 @@ public:
     const Number likely = m_nodes[node].likely;
     if (likely != kNone) {
       const Node& next = m_nodes[likely];
-      if (next.kind == kind && next.index == index && std::strcmp(next.characters, name) == 0) {
+      if (next.kind == kind && next.index == index && AreEqual(next.characters, name)) {
         return likely;
       }
     }
@@ -121,6 +124,15 @@ private:
   struct HashOfStep {
     std::size_t operator()(const Step& step) const;
   };
+
+  /// Names are short, so that a call of a library would cost more than the comparison.
+  [[nodiscard]] static bool AreEqual(const char* a, const char* b) {
+    while (*a == *b && *a != '\0') {
+      ++a;
+      ++b;
+    }
+    return *a == *b;
+  }
 
   Number FindStart(std::uint32_t typeId, gsl_RecordCollection collection);
   Number FindNext(Number node, const char* name, std::int32_t index, std::uint8_t kind);

@@ -14,11 +14,8 @@ std::size_t Held(const Map& map) {
 
 } // namespace
 
-Number Counted(std::size_t count) {
-  if (count >= kNone) {
-    throw gsl_RecordError("The record store is full: it holds at most 4294967294 of each item");
-  }
-  return static_cast<Number>(count);
+void RefuseCount() {
+  throw gsl_RecordError("The record store is full: it holds at most 4294967294 of each item");
 }
 
 Number TextTable::NumberOf(std::string_view text) {

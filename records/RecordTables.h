@@ -18,8 +18,13 @@ namespace gsl_records {
 using Number = std::uint32_t;
 constexpr Number kNone = 0xFFFFFFFFu;
 
+[[noreturn]] void RefuseCount();
+
 /// A number of items, as a store keeps it. Throws gsl_RecordError when there are too many.
-Number Counted(std::size_t count);
+inline Number Counted(std::size_t count) {
+  if (count >= kNone) RefuseCount();
+  return static_cast<Number>(count);
+}
 
 /// A hash that spreads numbers of one remainder, too: a file may be full of them.
 struct MixedHash {

@@ -27,24 +27,23 @@ constexpr std::string_view kWriter = "gsl_geometry " GSL_RECORDS_VERSION;
 /// Appends numbers and texts to bytes.
 class Writer {
 public:
-  void Byte(unsigned int value) { bytes.push_back(static_cast<unsigned char>(value)); }
+  void Byte(unsigned int value) { bytes.Append(static_cast<unsigned char>(value)); }
 
   void Varint(std::uint64_t value) {
-    unsigned char number[gsl_records::kMostVarintBytes];
-    bytes.insert(bytes.end(), number, gsl_records::PutVarint(number, value));
+    unsigned char* const at = bytes.Room(gsl_records::kMostVarintBytes);
+    bytes.SetEnd(gsl_records::PutVarint(at, value));
   }
 
   void Fixed64(std::uint64_t value) {
-    unsigned char number[sizeof value];
-    bytes.insert(bytes.end(), number, gsl_records::PutFixed64(number, value));
+    bytes.SetEnd(gsl_records::PutFixed64(bytes.Room(sizeof value), value));
   }
 
   void Text(std::string_view text) {
     Varint(text.size());
-    bytes.insert(bytes.end(), text.begin(), text.end());
+    bytes.Append(reinterpret_cast<const unsigned char*>(text.data()), text.size());
   }
 
-  std::vector<unsigned char> bytes;
+  gsl_records::PlainBuffer<unsigned char> bytes;
 };
 
 void WriteTexts(Writer& out, const gsl_records::TextTable& table) {
@@ -174,7 +173,7 @@ public:
     const unsigned char* const records = m_in.At();
     ReadRecords(base != nullptr ? base : records);
     CheckLinks();
-    m_data.rootsRead = m_data.roots.size();
+    m_data.rootsRead = m_data.roots.Size();
     m_data.objectsRead = m_data.objects.size();
     m_data.recordsToLookUp = m_recordCount;
     return records;
@@ -277,12 +276,16 @@ private:
 
   void ReadRoots() {
     const std::size_t count = m_in.Count(2);
+    m_data.roots.Room(count);
     for (std::size_t i = 0; i < count; ++i) {
-      std::string name(m_in.Text());
-      if (!name.empty() && !m_data.rootNames.emplace(name, i).second) {
-        Refuse("Two roots in the bytes have one name");
+      const std::string_view name = m_in.Text();
+      const std::string* kept = nullptr;
+      if (!name.empty()) {
+        const auto [place, isNew] = m_data.rootNames.emplace(std::string(name), i);
+        if (!isNew) Refuse("Two roots in the bytes have one name");
+        kept = &place->first;
       }
-      m_data.roots.push_back({m_in.Varint32(), 0, std::move(name), {}});
+      m_data.roots.Append({kept, m_in.Varint32(), 0, 0, 0});
     }
   }
 
@@ -309,9 +312,14 @@ private:
     if (prefix > m_data.prefixes.Size()) Refuse("An identity in the bytes has an unknown prefix");
     if (prefix != 0) CheckSerial(m_data.prefixes[static_cast<Number>(prefix - 1)], m_in.Varint());
     const ShapeField* field = &m_data.shapes.Fields()[shape.firstField];
-    for (; field->kind < ShapeField::Entries; ++field)
-      CheckValue(static_cast<Kind>(field->kind));
-    CheckElements(shape.collection);
+    for (; field->kind < ShapeField::Entries; ++field) {
+      if (field->kind == static_cast<std::uint8_t>(Kind::Double)) {
+        m_in.Skip(sizeof(double));
+      } else {
+        CheckValue(static_cast<Kind>(field->kind));
+      }
+    }
+    if (shape.collection != gsl_RecordCollection::None) CheckElements(shape.collection);
   }
 
   static void CheckSerial(std::uint64_t prefix, std::uint64_t serial) {
@@ -377,10 +385,11 @@ private:
 
   void CheckLinks() {
     std::uint64_t written = 0;
-    for (const gsl_RecordStore::Data::Root& root : m_data.roots) {
-      if (root.record >= m_recordCount) Refuse("A root in the bytes is not a record");
-      m_isHeld[root.record] = true;
-      written += m_written[root.record];
+    for (std::size_t i = 0; i < m_data.roots.Size(); ++i) {
+      const Number record = m_data.roots[i].record;
+      if (record >= m_recordCount) Refuse("A root in the bytes is not a record");
+      m_isHeld[record] = true;
+      written += m_written[record];
       if (written >= kNone) RefuseSize();
     }
     m_data.placesRead = static_cast<std::size_t>(written);
@@ -407,7 +416,8 @@ private:
   std::vector<bool> m_isHeld, m_isOwned;
 };
 
-std::vector<unsigned char> gsl_RecordCodec::TablesOf(const gsl_RecordStore::Data& data) {
+gsl_records::PlainBuffer<unsigned char>
+gsl_RecordCodec::TablesOf(const gsl_RecordStore::Data& data) {
   Writer out;
   out.Text(kWriter);
   WriteTexts(out, data.shapes.Names());
@@ -427,9 +437,10 @@ std::vector<unsigned char> gsl_RecordCodec::TablesOf(const gsl_RecordStore::Data
   out.Varint(data.objects.size());
   for (const gsl_RecordStore::Data::Object& object : data.objects)
     out.Varint(object.record);
-  out.Varint(data.roots.size());
-  for (const gsl_RecordStore::Data::Root& root : data.roots) {
-    out.Text(root.name);
+  out.Varint(data.roots.Size());
+  for (std::size_t i = 0; i < data.roots.Size(); ++i) {
+    const gsl_RecordStore::Data::Root& root = data.roots[i];
+    out.Text(root.name != nullptr ? std::string_view(*root.name) : std::string_view());
     out.Varint(root.record);
   }
   out.Varint(data.RecordCount());
@@ -449,17 +460,17 @@ const unsigned char* gsl_RecordCodec::Decode(gsl_records::Bytes body, const unsi
 
 std::vector<unsigned char> gsl_RecordStore::ToBytes() const {
   m_data->EndAll();
-  const std::vector<unsigned char> tables = gsl_RecordCodec::TablesOf(*m_data);
+  const gsl_records::PlainBuffer<unsigned char> tables = gsl_RecordCodec::TablesOf(*m_data);
   const gsl_records::Bytes records = gsl_RecordCodec::RecordsOf(*m_data);
   gsl_records::BlockSums body;
-  body.Add({tables.data(), tables.size()});
+  body.Add({tables.Begin(), tables.Size()});
   body.Add(records);
   const std::vector<unsigned char> sums = body.Finish();
-  const auto header = gsl_records::HeaderOf(tables.size() + records.count);
+  const auto header = gsl_records::HeaderOf(tables.Size() + records.count);
   std::vector<unsigned char> bytes;
-  bytes.reserve(header.size() + tables.size() + records.count + sums.size());
+  bytes.reserve(header.size() + tables.Size() + records.count + sums.size());
   bytes.insert(bytes.end(), header.begin(), header.end());
-  bytes.insert(bytes.end(), tables.begin(), tables.end());
+  bytes.insert(bytes.end(), tables.Begin(), tables.Begin() + tables.Size());
   bytes.insert(bytes.end(), records.begin, records.begin + records.count);
   bytes.insert(bytes.end(), sums.begin(), sums.end());
   return bytes;

@@ -151,15 +151,15 @@ void gsl_SaveRecords(const gsl_RecordStore& store, const std::string& path) {
   RefuseAllButFiles(place);
   gsl_RecordStore::Data& data = *store.m_data;
   data.EndAll();
-  const std::vector<unsigned char> tables = gsl_RecordCodec::TablesOf(data);
+  const gsl_records::PlainBuffer<unsigned char> tables = gsl_RecordCodec::TablesOf(data);
   const gsl_records::Bytes records = gsl_RecordCodec::RecordsOf(data);
-  const auto header = gsl_records::HeaderOf(tables.size() + records.count);
+  const auto header = gsl_records::HeaderOf(tables.Size() + records.count);
   TemporaryFile file(place);
   file.TakePermissions(place);
   gsl_records::BlockSums body;
   file.Write(place, {header.data(), header.size()});
   for (const gsl_records::Bytes part :
-       {gsl_records::Bytes{tables.data(), tables.size()}, records}) {
+       {gsl_records::Bytes{tables.Begin(), tables.Size()}, records}) {
     body.Add(part);
     file.Write(place, part);
   }

@@ -10,3 +10,7 @@ std::size_t gsl_RecordReader::FindRoot(std::string_view name) const {
     ++i;
   return i;
 }
+
+gsl_RecordReader::Header gsl_RecordReader::ReadHeader(gsl_RecordIndex record) const {
+  return {TypeId(record), Collection(record), Identity(record), FirstField(record)};
+}

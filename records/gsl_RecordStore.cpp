@@ -43,7 +43,7 @@ gsl_RecordStore& gsl_RecordStore::operator=(gsl_RecordStore&&) noexcept = defaul
 
 std::size_t gsl_RecordStore::RootCount() const {
   m_data->EndAll();
-  return m_data->roots.size();
+  return m_data->roots.Size();
 }
 
 gsl_RecordIndex gsl_RecordStore::Root(std::size_t i) const {
@@ -52,7 +52,8 @@ gsl_RecordIndex gsl_RecordStore::Root(std::size_t i) const {
 }
 
 std::string_view gsl_RecordStore::RootName(std::size_t i) const {
-  return m_data->roots[i].name;
+  const std::string* const name = m_data->roots[i].name;
+  return name != nullptr ? std::string_view(*name) : std::string_view();
 }
 
 std::size_t gsl_RecordStore::FindRoot(std::string_view name) const {
@@ -86,15 +87,20 @@ gsl_RecordCollection gsl_RecordStore::Collection(gsl_RecordIndex record) const {
 }
 
 gsl_RecordReader::Position gsl_RecordStore::FirstField(gsl_RecordIndex record) const {
+  return ReadHeader(record).firstField;
+}
+
+gsl_RecordReader::Header gsl_RecordStore::ReadHeader(gsl_RecordIndex record) const {
   const Data& data = *m_data;
-  const unsigned char* at = data.bytes.Begin() + data.offsets[record];
-  std::uint64_t number = 0;
-  at = GetVarint(at, number);
-  const std::size_t first = data.shapes.Shapes()[static_cast<std::size_t>(number)].firstField;
-  at = GetVarint(at, number);
-  if (number != 0) at = GetVarint(at, number);
+  const gsl_records::Shape& shape = data.ShapeOf(record);
+  Header header;
+  header.typeId = shape.typeId;
+  header.collection = shape.collection;
+  const unsigned char* const at = data.ReadIdentity(record, header.identity);
   const auto offset = static_cast<std::uint64_t>(at - data.bytes.Begin());
-  return PositionAt(offset, first, data.shapes.Fields()[first], at);
+  const ShapeField& first = data.shapes.Fields()[shape.firstField];
+  header.firstField = PositionAt(offset, shape.firstField, first, at);
+  return header;
 }
 
 gsl_RecordReader::Position gsl_RecordStore::ReadField(Position position,
@@ -154,12 +160,12 @@ gsl_RecordIndex gsl_RecordStore::AddRoot(std::uint32_t typeId, const gsl_RecordI
   Data& data = *m_data;
   data.EndAll();
   const gsl_RecordIndex key = data.NextKey();
-  Counted(data.roots.size());
-  data.roots.push_back({kNone, key, {}, data.Size()});
+  Counted(data.roots.Size());
+  data.StartRoot(key);
   try {
     data.Push(key, typeId, identity).place = Data::Frame::Place::Root;
   } catch (...) {
-    data.roots.pop_back();
+    data.roots.Truncate(data.roots.Size() - 1);
     throw;
   }
   return key;
@@ -168,15 +174,13 @@ gsl_RecordIndex gsl_RecordStore::AddRoot(std::uint32_t typeId, const gsl_RecordI
 void gsl_RecordStore::NameRoot(std::string_view name) {
   Data& data = *m_data;
   if (name.empty()) throw gsl_RecordError("The name of a root must not be empty");
-  if (data.roots.empty()) throw gsl_RecordError("There is no root to name");
-  std::string copy(name);
-  if (!data.rootNames.emplace(copy, data.roots.size() - 1).second) {
-    throw gsl_RecordError("Two roots cannot have one name, \"" + copy + "\"");
-  }
+  if (data.roots.Size() == 0) throw gsl_RecordError("There is no root to name");
+  const auto [place, isNew] = data.rootNames.emplace(std::string(name), data.roots.Size() - 1);
+  if (!isNew) throw gsl_RecordError("Two roots cannot have one name, \"" + place->first + "\"");
   // Nothing throws from here.
-  std::string& own = data.roots.back().name;
-  if (!own.empty()) data.rootNames.erase(own);
-  own.swap(copy);
+  Data::Root& root = data.roots.Back();
+  if (root.name != nullptr) data.rootNames.erase(data.rootNames.find(*root.name));
+  root.name = &place->first;
 }
 
 void gsl_RecordStore::NameClass(std::uint32_t typeId, std::string_view name) {
@@ -300,16 +304,12 @@ void gsl_RecordStore::Finish() {
 
 void gsl_RecordStore::TakeBack(gsl_RecordIndex root) {
   Data& data = *m_data;
-  const auto first = std::lower_bound(
-      data.roots.begin() + static_cast<std::ptrdiff_t>(data.rootsRead), data.roots.end(), root,
-      [](const Data::Root& r, gsl_RecordIndex key) { return r.key < key; });
-  if (first == data.roots.end()) return;
-  data.depth = 0;
-  data.Truncate(first->before);
-  for (auto gone = first; gone != data.roots.end(); ++gone) {
-    if (!gone->name.empty()) data.rootNames.erase(gone->name);
-  }
-  data.roots.erase(first, data.roots.end());
+  const Data::Root* const begin = data.roots.Begin();
+  const Data::Root* const end = begin + data.roots.Size();
+  const Data::Root* const first =
+      std::lower_bound(begin + data.rootsRead, end, root,
+                       [](const Data::Root& r, gsl_RecordIndex key) { return r.key < key; });
+  if (first != end) data.TakeBackRoots(static_cast<std::size_t>(first - begin));
 }
 
 void gsl_RecordStore::Clear() {

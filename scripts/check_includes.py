@@ -35,7 +35,6 @@ LIBRARIES = {
     "POSIX": r"(sys/.+|dlfcn|fcntl|poll|pthread|spawn|stdlib|unistd)\.h",
     "SSE2": r"emmintrin\.h",
     "fast_float": r"fast_float/.+",
-    "tinyobjloader": r"tiny_obj_loader\.h",
     "Assimp": r"assimp/.+",
     "CLI11": r"CLI/.+",
     "nlohmann-json": r"nlohmann/.+",
@@ -66,16 +65,17 @@ class Room:
 # A file belongs to the room with the longest folder that its path begins with.
 ROOMS = [
     Room("tools/", "command-line programs: parse, call, print",
-         "tools/support/, gsl/include/, mesh/, mesh/readers/MeshReadAssimp.h, sweep/, CLI11, POSIX"),
-    Room("tools/support/", "inputs and outputs of programs: directions, poses, report, progress, help; numbers as text",
-         "gsl/include/, mesh/, sweep/, CLI11, fast_float, nlohmann-json, POSIX"),
+         "tools/support/, gsl/include/, mesh/, mesh/readers/MeshReadAssimp.h, records/include/, sweep/, CLI11, POSIX"),
+    Room("tools/support/",
+         "inputs and outputs of programs: directions, poses, report, records, progress, help; numbers as text",
+         "gsl/include/, mesh/, records/include/, sweep/, CLI11, fast_float, nlohmann-json, POSIX"),
     Room("sweep/", "the engine: bodies and pairs, the search for the first contact, the exact contact of two triangles",
          f"exact/, {VALUES}, gsl/include/gsl_Point.h (to move corners as a matrix does), POSIX (pages of large arrays), "
          "SSE2"),
     Room("mesh/", "the mesh; reading and writing files, by format; both ends of the import program",
          f"mesh/readers/, mesh/writers/, {VALUES}, POSIX"),
     Room("mesh/readers/", "one reader per mesh format, and their shared parts",
-         f"mesh/, {VALUES}, fast_float, tinyobjloader, Assimp"),
+         f"mesh/, {VALUES}, fast_float, Assimp"),
     Room("mesh/writers/", "one writer per mesh format, and their shared parts", f"mesh/, {VALUES}"),
     Room("exact/", "exact signs, expansions, ratios", "gsl/include/gsl_Arithmetic.h"),
     Room("gsl/include/", "public headers, one per class or family", "gsl/host/"),
@@ -98,8 +98,8 @@ ROOMS = [
          f"{PRODUCT}, tests/support/, any library"),
     Room("tests/consumer/", "projects that use the library, installed or as sources",
          f"{PUBLIC}, {RECORDS}, sweep/, POSIX", True),
-    Room("bench/", "benchmarks of the library and of other libraries", f"{PRODUCT}, tests/reference/, tests/support/RandomNumbers.h, any library"),
-    Room("fuzz/", "fuzz targets and their seeds", f"{PUBLIC}, {RECORDS}, records/, mesh/, sweep/"),
+    Room("bench/", "benchmarks of the library and of other libraries", f"{PRODUCT}, tests/reference/, tests/support/RandomNumbers.h, tests/support/TemporaryFolder.h, any library"),
+    Room("fuzz/", "fuzz targets and their seeds", f"{PUBLIC}, {RECORDS}, records/, mesh/, sweep/, tools/support/, nlohmann-json, POSIX"),
     Room("examples/", "programs as users write them", f"{PUBLIC}, {RECORDS}, mesh/, sweep/", True),
 ]
 

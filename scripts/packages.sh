@@ -14,8 +14,7 @@ packages_of() {
     # Packages to build and install the library and the programs. (Assimp's CMake files name libz.so.)
     build)
       echo g++ cmake ninja-build \
-        libfast-float-dev libtinyobjloader-dev libassimp-dev zlib1g-dev libcli11-dev \
-        nlohmann-json3-dev
+        libfast-float-dev libassimp-dev zlib1g-dev libcli11-dev nlohmann-json3-dev
       ;;
     # Packages to build and run every test.
     test)
@@ -29,7 +28,9 @@ packages_of() {
     # Benchmarks, and the libraries that they compare with ours.
     bench)
       echo "$(packages_of build)" python3 libbenchmark-dev \
-        libeigen3-dev libopenblas-dev libboost-graph-dev libfcl-dev libembree-dev libcgal-dev
+        libeigen3-dev libopenblas-dev libboost-graph-dev libfcl-dev libembree-dev libcgal-dev \
+        libprotobuf-dev protobuf-compiler libflatbuffers-dev flatbuffers-compiler \
+        libcapnp-dev capnproto
       ;;
     # The minimal root of ./scripts/check bare, which is skipped where this package cannot be installed.
     bare) echo mmdebstrap ;;

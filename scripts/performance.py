@@ -1,11 +1,11 @@
 #!/usr/bin/env python3
 """Makes the document on performance from what ./scripts/bench measured.
 
-usage: performance.py BUILD_DIR [FILE]
+usage: performance.py [--write FILE] BUILD_DIR RESULT...
 
-Prints the document, or writes it to FILE. It writes nothing and says so when the measurements are not
-complete. A section is a result of BUILD_DIR/bench, a function that makes its lines, and the notes under the same
-title in docs/performance-notes.md.
+Prints the sections of the results, which are files of BUILD_DIR/bench. With --write it puts them into FILE, whose
+other sections stay; it leaves out, and names, a section whose measurements are not complete. A section is a result,
+a function that makes its lines, and the notes under the same title in docs/performance-notes.md.
 """
 
 import json
@@ -265,46 +265,113 @@ def sweep(result):
         yield from table(["scene", "size", "library", "ours", "theirs", "ratio", "error of the travel"], rows)
 
 
-SECTIONS = [("First contact of bodies", "bench_sweep.json", sweep)]
+# The records.
+
+def records_goals(works):
+    """Yields the rows of the goals: ours beside the best of the peers."""
+    for work in works:
+        ours, *peers = work["parties"]
+        if not peers:
+            continue
+        for what, key, limit in (("writing: times the fastest", "writeSeconds", 1.5),
+                                 ("reading: times the fastest", "readSeconds", 1.5), ("bytes: times the fewest", "bytes", 1)):
+            yield goal_row(f"{work['name']}, {what}", limit, ours[key] / min(peer[key] for peer in peers))
+        yield goal_row(f"{work['name']}, writing: peak memory with the objects, times the objects", 2,
+                       1 + ours["writePeak"] / ours["objectBytes"])
+        yield goal_row(f"{work['name']}, reading: peak memory with the objects, times the objects", 2,
+                       ours["readPeak"] / ours["objectBytes"])
 
 
-def notes():
-    """The text under each title of the notes."""
-    parts = re.split(r"^## (.*)$", (ROOT / "docs/performance-notes.md").read_text(), flags=re.MULTILINE)
-    return {title.strip(): text.strip() for title, text in zip(parts[1::2], parts[2::2])}
+def records_rows(works):
+    for work in works:
+        ours = work["parties"][0]
+        for party in work["parties"]:
+            def ratio(key):
+                return "" if party is ours else three(ours[key] / party[key])
+
+            def each(key):
+                return three(party[key] / work["count"])
+
+            yield [work["name"], party["name"], milliseconds(party["writeSeconds"]), ratio("writeSeconds"),
+                   milliseconds(party["readSeconds"]), ratio("readSeconds"), each("bytes"), each("writePeak"),
+                   each("readPeak"), each("objectBytes")]
 
 
-def document(build):
-    """The lines of the document, and whether everything was measured."""
-    is_complete = True
-    by_title = notes()
-    unknown = set(by_title) - {title for title, _, _ in SECTIONS}
+def records(result):
+    versions = ", ".join(f"{name} {version}" for name, version in result["peers"].items()) or "none was there"
+    counts = sorted({work["count"] for work in result["works"]})
+    yield f"{', '.join(map(size_name, counts))} objects are saved to bytes in memory and restored from them. Times are medians of"
+    yield "processor time in milliseconds on one thread, from objects to bytes and from bytes to objects. Bytes and memory"
+    yield "are for one object. The peak of writing is beyond the objects, and the peak of reading includes the restored"
+    yield f"objects. Versions of the other libraries: {versions}."
+    yield ""
+    yield "Ours writes objects of the library through their visitors and restores such objects. The others write the same"
+    yield "objects and restore plain structs with the same contents. Each checks the bytes that it reads."
+    yield from ["", "### Goals", ""]
+    yield from table(["goal", "limit", "measured", "met"], records_goals(result["works"]))
+    yield from ["", "### Times, bytes and memory", "", "A ratio is our time divided by theirs.", ""]
+    yield from table(["objects", "library", "write", "ratio", "read", "ratio", "bytes", "peak of writing", "peak of reading",
+                      "objects alone"], records_rows(result["works"]))
+
+
+SECTIONS = [("First contact of bodies", "bench_sweep.json", sweep), ("Records", "bench_records.json", records)]
+
+
+def parts_of(path):
+    """The text before the first title of a document, and the text under each title."""
+    first, *parts = re.split(r"^## (.*)$", path.read_text(), flags=re.MULTILINE)
+    return first, {title.strip(): text.strip() for title, text in zip(parts[::2], parts[1::2])}
+
+
+def introduction(build):
+    rows = setup(build)
+    lines = ["# Performance", "", "`./scripts/bench` writes this document; do not edit it. The notes come from",
+             "[performance-notes.md](performance-notes.md).", "", *table(["", ""], rows)]
+    lines[-len(rows) - 1] = "|---|---|"
+    return "\n".join(lines)
+
+
+def section(make, result, notes):
+    lines = [*make(result)]
+    if notes:
+        lines += ["", "### What falls short, and why", "", notes]
+    return "\n".join(lines)
+
+
+def document(build, names, path):
+    """The document, and the titles of sections that are left out because they are not complete."""
+    _, notes = parts_of(ROOT / "docs/performance-notes.md")
+    unknown = set(notes) - {title for title, _, _ in SECTIONS}
     if unknown:
         sys.exit(f"docs/performance-notes.md: no section is called {', '.join(sorted(unknown))}")
-    lines = ["# Performance", "", "`./scripts/bench` writes this document; do not edit it. The notes come from",
-             "[performance-notes.md](performance-notes.md).", "", *table(["", ""], setup(build))]
-    lines[-len(setup(build)) - 1] = "|---|---|"
+    texts = parts_of(path)[1] if path else {}
+    left_out = []
     for title, name, make in SECTIONS:
+        if name not in names:
+            continue
         result = json.loads((build / "bench" / name).read_text())
-        is_complete = is_complete and result["isComplete"]
-        lines += ["", f"## {title}", "", *make(result)]
-        if by_title.get(title):
-            lines += ["", "### What falls short, and why", "", by_title[title]]
-    return lines, is_complete
+        if path and not result["isComplete"]:
+            left_out.append(title)
+        else:
+            texts[title] = section(make, result, notes.get(title))
+    parts = [introduction(build)] + [f"## {title}\n\n{texts[title]}" for title, _, _ in SECTIONS if title in texts]
+    return "\n\n".join(parts) + "\n", left_out
 
 
 def main():
-    if len(sys.argv) not in (2, 3):
+    arguments = sys.argv[1:]
+    path = None
+    if arguments[:1] == ["--write"] and len(arguments) > 1:
+        path = pathlib.Path(arguments[1])
+        del arguments[:2]
+    if len(arguments) < 2:
         sys.exit(__doc__)
-    lines, is_complete = document(pathlib.Path(sys.argv[1]))
-    text = "\n".join(lines) + "\n"
-    if len(sys.argv) == 2:
+    text, left_out = document(pathlib.Path(arguments[0]), arguments[1:], path)
+    if path is None:
         print(text, end="")
-    elif is_complete:
-        pathlib.Path(sys.argv[2]).write_text(text)
-        print(f"wrote {sys.argv[2]}")
-    else:
-        print(f"{sys.argv[2]} is not written: not everything was measured")
+        return
+    path.write_text(text)
+    print(f"wrote {path}" + "".join(f"; {title} is as before: not everything was measured" for title in left_out))
 
 
 if __name__ == "__main__":

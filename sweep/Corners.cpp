@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <stdexcept>
 #include <string>
 
@@ -145,6 +146,7 @@ Corners::Corners(const Corners& other, const double* vertices)
 
 void Corners::TakeVertices(const double* vertices) {
   CopyVertices(vertices);
+  m_leastMagnitude = kLeastComfortable;
   if (m_isComfortable) return; // and finite
   SkipUnfit();
   SettleComfort();
@@ -161,14 +163,20 @@ void Corners::CopyVertices(const double* vertices) {
 /// Every vertex counts at first. One that is outside may belong to no triangle, or to a triangle
 /// that is skipped, so then the corners are looked at.
 void Corners::SettleComfort() {
+  double least = std::numeric_limits<double>::infinity();
+  double most = 0.0;
   for (std::size_t place = 0; place < m_count; ++place) {
     for (int corner = 0; corner < 3; ++corner) {
       const Coord3 p = At(place, corner);
-      const double numbers[3] = {p.x, p.y, p.z};
-      if (!IsEachComfortable(numbers, 3)) return;
+      for (const double c : {p.x, p.y, p.z}) {
+        const double magnitude = std::fabs(c);
+        if (magnitude != 0.0) least = std::min(least, magnitude);
+        most = std::max(most, magnitude);
+      }
     }
   }
-  m_isComfortable = true;
+  m_leastMagnitude = least;
+  m_isComfortable = least >= kLeastComfortable && most <= kMostComfortable;
 }
 
 /// Drops the triangles with a NaN or infinite corner.

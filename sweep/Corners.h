@@ -50,6 +50,8 @@ public:
   bool IsSingle() const { return m_isSingle; }
   /// Returns true when each coordinate is zero or from 2^-100 to 2^120 in magnitude.
   bool AreComfortable() const { return m_isComfortable; }
+  /// Returns a magnitude that no coordinate other than zero is below.
+  double LeastMagnitude() const { return m_leastMagnitude; }
   bool IsReordered() const { return m_numbers.size() > 0; }
   std::uint32_t Number(std::size_t place) const {
     return IsReordered() ? m_numbers[place] : static_cast<std::uint32_t>(place);
@@ -99,6 +101,7 @@ private:
 
   std::size_t m_count = 0, m_vertexCount = 0, m_skipped = 0;
   bool m_isSingle = true, m_isComfortable = true, m_isIndexed = false;
+  double m_leastMagnitude;
   // Loops read four numbers at a time, so the array has one number more than is used.
   Array<float> m_single;
   Array<double> m_double;

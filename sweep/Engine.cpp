@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <stdexcept>
 #include <string>
 
@@ -60,14 +61,28 @@ bool IsFar(const Box<double>& bounds) {
   return LargestOf(bounds) > 0x1p14 * bounds.Size();
 }
 
-/// Returns true when every product of the filters stays in the range in which rounding is relative.
-/// An offset makes numbers that are whole multiples of 2^-152 at least.
-bool CanFilter(const SceneBodies& bodies, const TravelDirection& direction,
-               const Question& question) {
+/// Returns true when every product of the filters stays in the range in which rounding is relative,
+/// in the coordinates of the bodies. An offset makes numbers that are whole multiples of 2^-152 at
+/// least.
+bool AreComfortable(const SceneBodies& bodies, const Question& question) {
   const auto isComfortable = [](const PreparedBody* body) { return body->IsComfortable(); };
   return bodies.moving->IsComfortable() &&
          std::all_of(bodies.fixed.begin(), bodies.fixed.end(), isComfortable) &&
-         IsWithin(direction.Vector(), 0x1p-60, 1.0) && IsWithin(question.offset, 0x1p-100, 0x1p120);
+         IsWithin(question.offset, 0x1p-100, 0x1p120);
+}
+
+/// Returns true when the products of the filters stay in that range in the coordinates of the
+/// kernel. These are below 1, and those other than zero are at least 2^-230, so their differences
+/// are at least 2^-283. The smallest product has three differences and a component of the
+/// direction: at least 2^-910.
+bool AreComfortableInKernel(const SceneBodies& bodies, const Question& question,
+                            const RangeScale& scale) {
+  const double least = std::ldexp(0x1p-230, scale.Exponent());
+  const auto isAbove = [least](const PreparedBody* body) {
+    return body->LeastMagnitude() >= least;
+  };
+  return isAbove(bodies.moving) && std::all_of(bodies.fixed.begin(), bodies.fixed.end(), isAbove) &&
+         IsWithin(question.offset, least, std::numeric_limits<double>::infinity());
 }
 
 bool CanUseSingle(const SceneBodies& bodies, const Question& question) {
@@ -259,11 +274,12 @@ auto WithScene(const SceneBodies& bodies, const Question& question, Workspaces& 
   return WithFiniteOffset(bodies, question, [&](const SceneBodies& finite, const Question& asked) {
     const TravelDirection direction = DirectionOf(asked);
     const RangeScale scale(LargestOfScene(finite, asked.offset));
-    const bool canFilter = CanFilter(finite, direction, asked);
-    if (canFilter && CanUseSingle(finite, asked)) {
-      const Scene<float> scene(finite, direction, scale, asked, canFilter);
+    const bool isAlongEnough = IsWithin(direction.Vector(), 0x1p-60, 1.0);
+    if (isAlongEnough && AreComfortable(finite, asked) && CanUseSingle(finite, asked)) {
+      const Scene<float> scene(finite, direction, scale, asked, true);
       return work(scene, asked, Need(workspaces.single));
     }
+    const bool canFilter = isAlongEnough && AreComfortableInKernel(finite, asked, scale);
     const Scene<double> scene(finite, direction, scale, asked, canFilter);
     return work(scene, asked, Need(workspaces.forDouble));
   });

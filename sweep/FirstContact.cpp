@@ -15,6 +15,12 @@ constexpr double kInfinity = std::numeric_limits<double>::infinity();
 /// margin by which they are reduced. It decides how often pairs are compared, not the result.
 constexpr double kTieWindow = 0x1p-19;
 
+/// The triangles of a leaf that is this many times as large as a box are tested against the box.
+constexpr int kLargeLeaf = 16;
+
+/// A plane takes about as long as two pairs, so it is looked for when this many have tied.
+constexpr int kTiesBeforePlane = 4;
+
 } // namespace
 
 template <class Scalar>
@@ -38,10 +44,31 @@ void FirstContact<Scalar>::SetLimit(double travel) {
 /// and an axis keeps its boxes apart for as long.
 template <class Scalar>
 bool FirstContact<Scalar>::IsSettled(const NodePair<Scalar>& pair) {
+  if (IsLargeLeafApart(pair)) return true;
   if (!m_scene.hasExactBoxes || !(pair.from >= m_tieFloor)) return false;
   if (!m_best.PrecedesAll(pair.moving.least, pair.LeastFixed())) return false;
   return IsNotBefore(m_scene.moving.InKernel(pair.moving.box),
                      m_scene.fixed.InKernel(pair.fixed.box));
+}
+
+/// Returns true when one side is a leaf, far larger than the other side, and its triangles do not
+/// touch the other side within the limit.
+template <class Scalar>
+bool FirstContact<Scalar>::IsLargeLeafApart(const NodePair<Scalar>& pair) {
+  const bool isMovingLeaf = pair.moving.ref.IsLeaf();
+  if (isMovingLeaf == pair.fixed.ref.IsLeaf() || !m_scene.filters) return false;
+  const Scalar moving = pair.moving.box.Size();
+  const Scalar fixed = pair.fixed.box.Size();
+  if (isMovingLeaf) {
+    if (!(moving > kLargeLeaf * fixed)) return false;
+    const Leaf& leaf = m_movingCache.Moving(m_scene, pair.moving.ref.Index());
+    return LeafBeforeBox<Scalar, true>(m_scene, leaf, m_scene.fixed.At(pair.fixed.box))
+        .AreApart(m_doubleLimit);
+  }
+  if (!(fixed > kLargeLeaf * moving)) return false;
+  const Leaf& leaf = m_fixedCache.Fixed(m_scene, pair.fixedBody, pair.fixed.ref.Index());
+  return LeafBeforeBox<Scalar, false>(m_scene, leaf, m_scene.moving.At(pair.moving.box))
+      .AreApart(m_doubleLimit);
 }
 
 /// Decides exactly, for exact boxes in the kernel's coordinates, whether some axis keeps them apart
@@ -77,15 +104,44 @@ bool FirstContact<Scalar>::IsNotBefore(const Box<double>& moving, const Box<doub
   return false;
 }
 
+/// Returns the triangles of a leaf of the moving body, or of a fixed body, that the tie plane
+/// holds.
+template <class Scalar>
+template <bool kMoves>
+unsigned FirstContact<Scalar>::Held(const Leaf& leaf) const {
+  if (leaf.heldBy == m_tiePlaneNumber) return leaf.held;
+  const Placement<Scalar>& placement = m_scene.moving;
+  leaf.heldBy = m_tiePlaneNumber;
+  leaf.held = 0;
+  for (int k = 0; k < leaf.count; ++k) {
+    const Coord3 corners[3] = {placement.ToKernel(leaf.Corner(k, 0)),
+                               placement.ToKernel(leaf.Corner(k, 1)),
+                               placement.ToKernel(leaf.Corner(k, 2))};
+    const bool isHeld = kMoves ? m_tiePlane.HoldsMoving(corners) : m_tiePlane.HoldsFixed(corners);
+    if (isHeld) leaf.held |= 1u << k;
+  }
+  return leaf.held;
+}
+
 template <class Scalar>
 bool FirstContact<Scalar>::Judge(const NodePair<Scalar>& pair) {
   const Leaf& moving = m_movingCache.Moving(m_scene, pair.moving.ref.Index());
   const Leaf& fixed = m_fixedCache.Fixed(m_scene, pair.fixedBody, pair.fixed.ref.Index());
   const LeafPair<Scalar> leaves(m_scene, moving, fixed);
-  unsigned movingMask = leaves.template ThatReach<true>(m_scene.fixed.At(pair.fixed.box), Range());
-  unsigned fixedMask =
-      leaves.template ThatReach<false>(m_scene.moving.At(pair.moving.box), Range());
-  if (m_scene.filters && m_doubleLimit < kInfinity) {
+  const unsigned movingHeld = m_tiePlane.IsSet() ? Held<true>(moving) : 0;
+  const unsigned fixedHeld = m_tiePlane.IsSet() ? Held<false>(fixed) : 0;
+  const bool followsBest = m_best.PrecedesAll(pair.moving.least, pair.LeastFixed());
+  if (followsBest && (moving.distinct & ~movingHeld) == 0 && (fixed.distinct & ~fixedHeld) == 0)
+    return true;
+  unsigned movingMask = moving.distinct;
+  unsigned fixedMask = fixed.distinct;
+  // A few pairs are looked at more cheaply than the two leaves.
+  const bool areLarge = moving.count * fixed.count > 4;
+  if (areLarge) {
+    movingMask &= leaves.template ThatReach<true>(m_scene.fixed.At(pair.fixed.box), Range());
+    fixedMask &= leaves.template ThatReach<false>(m_scene.moving.At(pair.moving.box), Range());
+  }
+  if (areLarge && m_scene.filters && m_doubleLimit < kInfinity) {
     if (movingMask != 0)
       movingMask &= leaves.template ThatReach<true>(pair.fixed.slab, m_doubleLimit);
     // With an offset the slab of the moving body is at another place.
@@ -104,6 +160,10 @@ bool FirstContact<Scalar>::Judge(const NodePair<Scalar>& pair) {
         if ((mask & 1u) == 0) continue;
         const int j = first + lane;
         if (from[lane] > m_limit) continue;
+        if ((movingHeld >> i & fixedHeld >> j & 1u) != 0 &&
+            m_best.PrecedesAll(moving.number[i], FixedNumber(pair.fixedBody, fixed.number[j]))) {
+          continue;
+        }
         if (from[lane] >= m_tieFloor &&
             m_best.PrecedesAll(moving.number[i], FixedNumber(pair.fixedBody, fixed.number[j])) &&
             IsNotBefore(m_scene.moving.ToKernel(moving.ExactBoxOf(i)),
@@ -143,7 +203,9 @@ bool FirstContact<Scalar>::JudgeTriangles(const LeafPair<Scalar>& leaves, std::s
   }
   if (m_best.any) {
     const int order = CompareRatios(found.travel, m_best.travel);
+    if (order == 0) CountTie();
     if (order > 0 || (order == 0 && m_best.PrecedesAll(found.moving, found.fixed))) return true;
+    if (order < 0) ForgetTies();
   }
   Lower(found);
   return true;
@@ -157,6 +219,22 @@ void FirstContact<Scalar>::Lower(const FoundPair& found) {
   m_kernelLimit = std::nextafter(found.contact.travel, kInfinity);
   SetLimit(Enlarged(found.travel.rounded.hi));
   m_tieFloor = static_cast<Scalar>(m_doubleLimit * (1.0 - kTieWindow));
+}
+
+/// A pair has the same travel as the best pair.
+template <class Scalar>
+void FirstContact<Scalar>::CountTie() {
+  if (++m_tieCount != kTiesBeforePlane) return;
+  m_tiePlane.Find(m_scene.direction, m_best.movingTriangle, m_best.fixedTriangle, m_best.contact,
+                  m_best.travel);
+  ++m_tiePlaneNumber;
+}
+
+/// The best travel becomes less.
+template <class Scalar>
+void FirstContact<Scalar>::ForgetTies() {
+  m_tiePlane.Forget();
+  m_tieCount = 0;
   for (bool& tied : m_hasTied)
     tied = false;
 }

@@ -2,6 +2,7 @@
 #define GSL_SWEEP_FIRST_CONTACT_H
 
 #include "LeafPair.h"
+#include "TiePlane.h"
 #include "Walk.h"
 
 namespace gsl_sweep {
@@ -49,8 +50,13 @@ public:
 private:
   using Leaf = LeafTriangles<Scalar>;
 
+  bool IsLargeLeafApart(const NodePair<Scalar>& pair);
   bool JudgeTriangles(const LeafPair<Scalar>& leaves, std::size_t fixedBody, int i, int j);
   void Lower(const FoundPair& found);
+  void CountTie();
+  void ForgetTies();
+  template <bool kMoves>
+  unsigned Held(const Leaf& leaf) const;
   void SetLimit(double travel);
   bool IsNotBefore(const Box<double>& moving, const Box<double>& fixed);
 
@@ -67,6 +73,9 @@ private:
   /// The differences of extents that gave the best travel, along each axis.
   DoubleDouble m_tied[3];
   bool m_hasTied[3] = {};
+  TiePlane m_tiePlane;
+  unsigned m_tiePlaneNumber = 0; ///< of the last plane
+  int m_tieCount = 0;            ///< at the best travel
 };
 
 extern template class FirstContact<float>;

@@ -9,6 +9,22 @@ namespace {
 
 constexpr double kUnit = 0x1p-53; ///< half a unit in the last place of 1
 
+template <class Scalar>
+double ReachOf(const LeafTriangles<Scalar>& leaf, int k, int c) {
+  return std::fabs(leaf.corner[3 * c][k]) + std::fabs(leaf.corner[3 * c + 1][k]) +
+         std::fabs(leaf.corner[3 * c + 2][k]);
+}
+
+/// Returns true when triangle k has the corners of the one before it and a greater number.
+template <class Scalar>
+bool IsCopy(const LeafTriangles<Scalar>& leaf, int k) {
+  if (k == 0 || leaf.number[k] < leaf.number[k - 1]) return false;
+  for (const auto& coordinate : leaf.corner) {
+    if (coordinate[k] != coordinate[k - 1]) return false;
+  }
+  return true;
+}
+
 /// Writes the plane of triangle k as heights along d, with their error.
 //
 // With u = 2^-53, e1, e2 the edges, n = e1 x e2 and N = n / (n . d):
@@ -23,7 +39,7 @@ constexpr double kUnit = 0x1p-53; ///< half a unit in the last place of 1
 //                            reciprocal, |N| * 1 u for the product; squares included, less than
 //                            5 u * na / |n . d| + |N| * (delta + 2 u)
 //   offset, N . p            the error of N times |p0| and |p|, and 3 u * |N| times each for the
-//                            products and two sums
+//                            products and two sums; p0 is the corner at which e1 and e2 begin
 //   offset - N . p           1 u * |N| times both
 //   less or plus the error   1 u * |N| times both, where the caller forms it
 // so that the height is off by less than the reaches of p and p0 times
@@ -34,9 +50,22 @@ template <class Scalar>
 void WritePlane(LeafTriangles<Scalar>& leaf, int k, const Coord3& direction) {
   const double d[3] = {direction.x, direction.y, direction.z};
   double e1[3], e2[3], n[3], na[3];
+  // A corner that is far away would swell the error, so the edges begin at the nearest corner.
+  int base = 0;
+  double reach = ReachOf(leaf, k, 0);
+  for (int c = 1; c < 3; ++c) {
+    const double other = ReachOf(leaf, k, c);
+    if (other < reach) {
+      base = c;
+      reach = other;
+    }
+  }
+  leaf.planeReach = std::max(leaf.planeReach, reach);
+  const int next = base == 2 ? 0 : base + 1;
+  const int last = 3 - base - next;
   for (int x = 0; x < 3; ++x) {
-    e1[x] = leaf.corner[3 + x][k] - leaf.corner[x][k];
-    e2[x] = leaf.corner[6 + x][k] - leaf.corner[x][k];
+    e1[x] = leaf.corner[3 * next + x][k] - leaf.corner[3 * base + x][k];
+    e2[x] = leaf.corner[3 * last + x][k] - leaf.corner[3 * base + x][k];
   }
   double along = 0.0;
   double alongTerms = 0.0;
@@ -60,16 +89,16 @@ void WritePlane(LeafTriangles<Scalar>& leaf, int k, const Coord3& direction) {
   for (int x = 0; x < 3; ++x) {
     const double component = n[x] * reciprocal;
     leaf.normal[x][k] = component;
-    leaf.offset[k] += component * leaf.corner[x][k];
+    leaf.offset[k] += component * leaf.corner[3 * base + x][k];
     error += std::fabs(component) * (delta + 16.0 * kUnit) +
              na[x] * std::fabs(reciprocal) * (16.0 * kUnit);
   }
   leaf.error[k] = error;
 }
 
-/// Puts a triangle at place k of a leaf.
+/// Puts a triangle at place k of a leaf. `isExact` says that Scalar holds every coordinate.
 template <class Scalar>
-void WriteTriangle(LeafTriangles<Scalar>& leaf, int k, const Coord3 (&corners)[3]) {
+void WriteTriangle(LeafTriangles<Scalar>& leaf, int k, const Coord3 (&corners)[3], bool isExact) {
   for (int c = 0; c < 3; ++c) {
     leaf.corner[3 * c][k] = corners[c].x;
     leaf.corner[3 * c + 1][k] = corners[c].y;
@@ -77,24 +106,18 @@ void WriteTriangle(LeafTriangles<Scalar>& leaf, int k, const Coord3 (&corners)[3
   }
   const Box<double> box = leaf.ExactBoxOf(k);
   for (int x = 0; x < 3; ++x) {
-    if constexpr (sizeof(Scalar) == sizeof(float)) {
-      leaf.low[x][k] = RoundedDown(box.low[x]);
-      leaf.high[x][k] = RoundedUp(box.high[x]);
-    } else {
-      leaf.low[x][k] = box.low[x];
-      leaf.high[x][k] = box.high[x];
-    }
+    leaf.low[x][k] = isExact ? static_cast<Scalar>(box.low[x]) : RoundedDown(box.low[x]);
+    leaf.high[x][k] = isExact ? static_cast<Scalar>(box.high[x]) : RoundedUp(box.high[x]);
     leaf.normal[x][k] = 0.0;
   }
   leaf.offset[k] = leaf.error[k] = 0.0;
 }
 
-/// Fills the lanes after the last triangle, up to a multiple of four, with values that nothing
-/// reaches.
+/// Fills the boxes after the last triangle, up to a multiple of four, with boxes that nothing
+/// reaches. What else is there does not matter then.
 template <class Scalar>
 void FillUp(LeafTriangles<Scalar>& leaf) {
   for (int k = leaf.count; k % 4 != 0; ++k) {
-    WriteTriangle(leaf, k, {{0.0, 0.0, 0.0}, {0.0, 0.0, 0.0}, {0.0, 0.0, 0.0}});
     for (int x = 0; x < 3; ++x) {
       leaf.low[x][k] = Box<Scalar>::kFar;
       leaf.high[x][k] = -Box<Scalar>::kFar;
@@ -104,14 +127,19 @@ void FillUp(LeafTriangles<Scalar>& leaf) {
 
 /// `refused` is the sign of normal . direction that a one-sided question leaves out.
 template <class Scalar>
-void Gather(const Scene<Scalar>& scene, const PreparedBody& body,
+void Gather(const Scene<Scalar>& scene, const PreparedBody& body, const Leaves& leaves,
             const Placement<Scalar>& placement, std::size_t index, int refused,
             LeafTriangles<Scalar>& leaf) {
   const Corners& corners = body.Triangles();
   leaf.count = 0;
+  leaf.distinct = 0;
+  leaf.held = leaf.heldBy = 0;
+  leaf.planeReach = 0.0;
   Box<double> all = Box<double>::Empty();
-  const std::size_t end = body.Runs().begin[index + 1];
-  for (std::size_t place = body.Runs().begin[index]; place < end; ++place) {
+  const bool isExact =
+      sizeof(Scalar) == sizeof(double) || (corners.IsSingle() && !placement.HasOffset());
+  const std::size_t end = leaves.begin[index + 1];
+  for (std::size_t place = leaves.begin[index]; place < end; ++place) {
     const Coord3 corner[3] = {placement.At(corners.At(place, 0)),
                               placement.At(corners.At(place, 1)),
                               placement.At(corners.At(place, 2))};
@@ -122,14 +150,49 @@ void Gather(const Scene<Scalar>& scene, const PreparedBody& body,
       if (triangle.facing == refused) continue;
     }
     const int k = leaf.count++;
-    WriteTriangle(leaf, k, corner);
+    WriteTriangle(leaf, k, corner, isExact);
     all.Include(leaf.ExactBoxOf(k));
     leaf.number[k] = corners.Number(place);
+    if (!IsCopy(leaf, k)) leaf.distinct |= 1u << k;
     if (scene.filters) WritePlane(leaf, k, scene.direction.Vector());
   }
   leaf.reach = leaf.count > 0 ? all.Reach() : 0.0;
   FillUp(leaf);
 }
+
+/// Coordinates across the direction: p - (p along its largest component) * direction, relative to
+/// another point.
+class ShadowPlane {
+public:
+  explicit ShadowPlane(const TravelDirection& direction)
+      : m_z(direction.Dominant()), m_x(m_z == 2 ? 0 : m_z + 1), m_y(3 - m_z - m_x) {
+    const Coord3& d = direction.Vector();
+    const double along[3] = {d.x, d.y, d.z};
+    m_slopeX = along[m_x] / along[m_z];
+    m_slopeY = along[m_y] / along[m_z];
+  }
+
+  /// `reach` receives the largest difference of two coordinates.
+  void Project(const double (&p)[3], const double (&origin)[3], double& u, double& v,
+               double& reach) const {
+    const double dx = p[m_x] - origin[m_x];
+    const double dy = p[m_y] - origin[m_y];
+    const double dz = p[m_z] - origin[m_z];
+    u = dx - m_slopeX * dz;
+    v = dy - m_slopeY * dz;
+    reach = std::max(std::fabs(dz), std::max(std::fabs(dx), std::fabs(dy)));
+  }
+
+  int X() const { return m_x; }
+  int Y() const { return m_y; }
+  int Z() const { return m_z; }
+  double SlopeX() const { return m_slopeX; }
+  double SlopeY() const { return m_slopeY; }
+
+private:
+  int m_z, m_x, m_y;
+  double m_slopeX, m_slopeY;
+};
 
 template <class Scalar>
 Double4 HeightOver(const LeafTriangles<Scalar>& planes, int first,
@@ -184,26 +247,34 @@ Box<double> LeafTriangles<Scalar>::ExactBoxOf(int k) const {
 }
 
 template <class Scalar>
-const LeafTriangles<Scalar>& LeafCache<Scalar>::Moving(const Scene<Scalar>& scene,
-                                                       std::size_t leaf) {
-  LeafTriangles<Scalar>& cached = m_leaves[leaf % kPlaces];
-  if (cached.key != leaf) {
-    Gather(scene, *scene.bodies.moving, scene.moving, leaf, -1, cached);
-    cached.key = leaf;
+template <bool kMoving>
+const LeafTriangles<Scalar>& LeafCache<Scalar>::Get(const Scene<Scalar>& scene, std::size_t body,
+                                                    std::size_t leaf) {
+  const TreeInUse<Scalar>& used = scene.template TreeOf<kMoving>(body);
+  // A leaf is below 2^31. While a walk goes on with finer trees, their leaves are other leaves.
+  const std::uint64_t key =
+      static_cast<std::uint64_t>(body) << 32 | static_cast<std::uint64_t>(used.isFine) << 31 | leaf;
+  const std::size_t place = Place(key);
+  LeafTriangles<Scalar>& cached = m_leaves[place];
+  if (m_keys[place] != key) {
+    m_keys[place] = kNoKey;
+    Gather(scene, scene.template BodyOf<kMoving>(body), *used.leaves,
+           kMoving ? scene.moving : scene.fixed, leaf, kMoving ? -1 : 1, cached);
+    m_keys[place] = key;
   }
   return cached;
 }
 
 template <class Scalar>
+const LeafTriangles<Scalar>& LeafCache<Scalar>::Moving(const Scene<Scalar>& scene,
+                                                       std::size_t leaf) {
+  return Get<true>(scene, 0, leaf);
+}
+
+template <class Scalar>
 const LeafTriangles<Scalar>& LeafCache<Scalar>::Fixed(const Scene<Scalar>& scene, std::size_t body,
                                                       std::size_t leaf) {
-  LeafTriangles<Scalar>& cached = m_leaves[leaf % kPlaces];
-  const std::uint64_t key = static_cast<std::uint64_t>(body) << 32 | leaf;
-  if (cached.key != key) {
-    Gather(scene, *scene.bodies.fixed[body], scene.fixed, leaf, 1, cached);
-    cached.key = key;
-  }
-  return cached;
+  return Get<false>(scene, body, leaf);
 }
 
 template <class Scalar>
@@ -221,7 +292,8 @@ unsigned LeafPair<Scalar>::ThatReach(const Box<Scalar>& otherBox,
 }
 
 // n . p is off by at most 5 u of its reach (products, two sums of at most 1.8 reaches), n . d by 9
-// u; where |n . d| is at least 2^-6, the quotient is off by less than 2^-43 of itself.
+// u; where |n . d| is at least 2^-6, the quotient is off by less than 2^-43 of itself. Elsewhere a
+// triangle does not reach the slab when it is farther away than it moves along the normal.
 template <class Scalar>
 template <bool kMoves>
 unsigned LeafPair<Scalar>::ThatReach(const Slab& slab, double limit) const {
@@ -232,7 +304,6 @@ unsigned LeafPair<Scalar>::ThatReach(const Slab& slab, double limit) const {
   const double along = static_cast<double>(slab.normal[0]) * d.x +
                        static_cast<double>(slab.normal[1]) * d.y +
                        static_cast<double>(slab.normal[2]) * d.z;
-  if (!(std::fabs(along) > 0x1p-6)) return ~0u;
   const Double4 error = Double4::Of((moving.reach + fixed.reach) * 0x1p-49);
   const Double4 slabFrom = Double4::Of(slab.from);
   const Double4 slabTo = Double4::Of(slab.to);
@@ -248,6 +319,11 @@ unsigned LeafPair<Scalar>::ThatReach(const Slab& slab, double limit) const {
     }
     const Double4 low = Least(extent[0], Least(extent[1], extent[2])) - error;
     const Double4 high = Most(extent[0], Most(extent[1], extent[2])) + error;
+    if (!(std::fabs(along) > 0x1p-6)) {
+      const Double4 gap = Most(slabFrom - high, low - slabTo);
+      mask |= AtMost(gap, Double4::Of(limit * (std::fabs(along) + 0x1p-48))) << k;
+      continue;
+    }
     Double4 toMeet;
     if (kMoves) {
       toMeet = along > 0.0 ? slabFrom - high : slabTo - low;
@@ -271,7 +347,6 @@ unsigned LeafPair<Scalar>::Reached(int movingTriangle, int first, const TravelRa
 template <class Scalar>
 unsigned LeafPair<Scalar>::ReachedByHeight(int movingTriangle, int first, double limit) const {
   const int i = movingTriangle;
-  const double reaches = moving.reach + fixed.reach;
   Double4 ofMoving, ofFixed;
   for (int c = 0; c < 3; ++c) {
     const Double4 height = HeightOver(fixed, first, moving, i, c);
@@ -279,8 +354,9 @@ unsigned LeafPair<Scalar>::ReachedByHeight(int movingTriangle, int first, double
     const Double4 depth = DepthUnder(moving, i, fixed, first, c);
     ofFixed = c == 0 ? depth : Least(depth, ofFixed);
   }
-  ofMoving = ofMoving - Double4::At(&fixed.error[first]) * Double4::Of(reaches);
-  ofFixed = ofFixed - Double4::Of(moving.error[i] * reaches);
+  ofMoving =
+      ofMoving - Double4::At(&fixed.error[first]) * Double4::Of(moving.reach + fixed.planeReach);
+  ofFixed = ofFixed - Double4::Of(moving.error[i] * (moving.planeReach + fixed.reach));
   return AtMost(Most(ofMoving, ofFixed), Double4::Of(limit));
 }
 
@@ -289,7 +365,6 @@ unsigned LeafPair<Scalar>::ReachedByHeight(int movingTriangle, int first, double
 template <class Scalar>
 unsigned LeafPair<Scalar>::TouchingByHeight(int movingTriangle, int first, double from) const {
   const int i = movingTriangle;
-  const double reaches = moving.reach + fixed.reach;
   Double4 ofMoving, ofFixed;
   for (int c = 0; c < 3; ++c) {
     const Double4 height = HeightOver(fixed, first, moving, i, c);
@@ -298,16 +373,32 @@ unsigned LeafPair<Scalar>::TouchingByHeight(int movingTriangle, int first, doubl
     ofFixed = c == 0 ? depth : Most(depth, ofFixed);
   }
   const Double4 error = Double4::At(&fixed.error[first]);
-  ofMoving = ofMoving + error * Double4::Of(reaches);
-  ofFixed = ofFixed + Double4::Of(moving.error[i] * reaches);
+  ofMoving = ofMoving + error * Double4::Of(moving.reach + fixed.planeReach);
+  ofFixed = ofFixed + Double4::Of(moving.error[i] * (moving.planeReach + fixed.reach));
   const Double4 least = Double4::Of(from);
   unsigned mask = AtMost(least, ofMoving) | AtMost(error, Double4::Of(0.0));
   if (moving.error[i] != 0.0) mask &= AtMost(least, ofFixed);
   return mask;
 }
 
-// Coordinates across the direction: p - (p along its largest component) * direction, relative to a
-// corner. With u = 2^-53 and r the largest difference of two coordinates:
+/// Writes the corners of a pair, across the direction and relative to the corner `origin`: first
+/// three of the moving triangle, then three of the fixed one.
+template <class Scalar>
+void LeafPair<Scalar>::WriteShadows(int movingTriangle, int fixedTriangle, int origin,
+                                    Shadows& shadows) const {
+  const ShadowPlane plane(m_scene.direction);
+  double corner[6][3];
+  for (int x = 0; x < 3; ++x) {
+    for (int c = 0; c < 3; ++c) {
+      corner[c][x] = moving.corner[3 * c + x][movingTriangle];
+      corner[3 + c][x] = fixed.corner[3 * c + x][fixedTriangle];
+    }
+  }
+  for (int c = 0; c < 6; ++c)
+    plane.Project(corner[c], corner[origin], shadows.u[c], shadows.v[c], shadows.reach[c]);
+}
+
+// With u = 2^-53 and r the largest difference of two coordinates:
 //   a coordinate       1 u r for its difference, 3 u r for the part taken off, 2 u r for the rest:
 //                      6 u r; it is at most 2 r
 //   an edge            12 u r, 4 u r for its rounding: 16 u r; it is at most 4 r
@@ -316,27 +407,13 @@ unsigned LeafPair<Scalar>::TouchingByHeight(int movingTriangle, int first, doubl
 // Two cross products that differ by more than 640 u r^2 differ in truth; 2^-43 is 1024 u.
 template <class Scalar>
 bool LeafPair<Scalar>::AreShadowsApart(int movingTriangle, int fixedTriangle) const {
-  const Coord3& d = m_scene.direction.Vector();
-  const double along[3] = {d.x, d.y, d.z};
-  const int z = m_scene.direction.Dominant();
-  const int x = z == 2 ? 0 : z + 1;
-  const int y = 3 - z - x;
-  const double slopeX = along[x] / along[z];
-  const double slopeY = along[y] / along[z];
-  double u[6], v[6];
+  Shadows shadows;
+  WriteShadows(movingTriangle, fixedTriangle, 0, shadows);
+  const double(&u)[6] = shadows.u;
+  const double(&v)[6] = shadows.v;
   double reach = 0.0;
-  for (int c = 0; c < 6; ++c) {
-    const auto coordinate = [&](int axis) {
-      return c < 3 ? moving.corner[3 * c + axis][movingTriangle]
-                   : fixed.corner[3 * (c - 3) + axis][fixedTriangle];
-    };
-    const double dx = coordinate(x) - moving.corner[x][movingTriangle];
-    const double dy = coordinate(y) - moving.corner[y][movingTriangle];
-    const double dz = coordinate(z) - moving.corner[z][movingTriangle];
-    u[c] = dx - slopeX * dz;
-    v[c] = dy - slopeY * dz;
-    reach = std::max(reach, std::max(std::fabs(dz), std::max(std::fabs(dx), std::fabs(dy))));
-  }
+  for (const double r : shadows.reach)
+    reach = std::max(reach, r);
   const double error = 0x1p-43 * reach * reach;
   for (int own = 0; own < 6; own += 3) {
     const int other = 3 - own;
@@ -355,6 +432,58 @@ bool LeafPair<Scalar>::AreShadowsApart(int movingTriangle, int fixedTriangle) co
       if (std::max(a, std::max(b, e)) < std::min(0.0, third) - error) return true;
     }
   }
+  const bool isUnequal = reach > kUnequal * std::min<double>(moving.BoxOf(movingTriangle).Size(),
+                                                             fixed.BoxOf(fixedTriangle).Size());
+  return isUnequal && AreUnequalShadowsApart(movingTriangle, fixedTriangle);
+}
+
+// As above, but with a bound for each corner. The corners are relative to a corner of the smaller
+// triangle, and an edge begins at its end that is nearer to that corner. With r the reach of a
+// corner:
+//   a coordinate       6 u r; it is at most 2 r
+//   an edge            6 u (r + r'), 2 u (r + r') for its rounding: 8 u R with R = r + r'; it is at
+//                      most 2 R. The same holds for the way from the edge's beginning to a point,
+//                      with its own R'
+//   a product          2 * 16 u R R', 4 u R R' for its rounding: 37 u R R', squares included
+//   a cross product    74 u R R', 8 u R R' for its rounding: 83 u R R', squares included
+// The bound is 128 u R R' = 2^-46 R R', which also covers the roundings of the bound and of the
+// comparison.
+template <class Scalar>
+bool LeafPair<Scalar>::AreUnequalShadowsApart(int movingTriangle, int fixedTriangle) const {
+  const bool isMovingSmaller =
+      moving.BoxOf(movingTriangle).Size() < fixed.BoxOf(fixedTriangle).Size();
+  Shadows shadows;
+  WriteShadows(movingTriangle, fixedTriangle, isMovingSmaller ? 0 : 3, shadows);
+  const double(&u)[6] = shadows.u;
+  const double(&v)[6] = shadows.v;
+  const double(&reach)[6] = shadows.reach;
+  for (int own = 0; own < 6; own += 3) {
+    for (int c = 0; c < 3; ++c) {
+      const int next = own + (c == 2 ? 0 : c + 1);
+      const int rest = own + (c == 0 ? 2 : c - 1);
+      const bool isNearer = reach[own + c] <= reach[next];
+      const int from = isNearer ? own + c : next;
+      const int to = isNearer ? next : own + c;
+      const double edgeU = u[to] - u[from];
+      const double edgeV = v[to] - v[from];
+      const double scale = 0x1p-46 * (reach[to] + reach[from]);
+      // Receives the least and the greatest value that the side of a point can have.
+      const auto side = [&](int k, double& least, double& most) {
+        const double value = edgeU * (v[k] - v[from]) - edgeV * (u[k] - u[from]);
+        const double error = scale * (reach[k] + reach[from]);
+        least = std::min(least, value - error);
+        most = std::max(most, value + error);
+      };
+      double ownLeast = 0.0;
+      double ownMost = 0.0;
+      side(rest, ownLeast, ownMost);
+      double otherLeast = Box<double>::kFar;
+      double otherMost = -otherLeast;
+      for (int k = 3 - own; k < 6 - own; ++k)
+        side(k, otherLeast, otherMost);
+      if (otherLeast > ownMost || otherMost < ownLeast) return true;
+    }
+  }
   return false;
 }
 
@@ -365,9 +494,8 @@ bool LeafPair<Scalar>::AreApartAtStart(int movingTriangle, int fixedTriangle) co
   for (int x = 0; x < 3; ++x) {
     if (moving.high[x][i] < fixed.low[x][j] || fixed.high[x][j] < moving.low[x][i]) return true;
   }
-  const double reaches = moving.reach + fixed.reach;
-  const auto areOnOneSide = [reaches](const LeafTriangles<Scalar>& planes, int plane,
-                                      const LeafTriangles<Scalar>& points, int point) {
+  const auto areOnOneSide = [](const LeafTriangles<Scalar>& planes, int plane,
+                               const LeafTriangles<Scalar>& points, int point) {
     double low = Box<double>::kFar;
     double high = -low;
     for (int c = 0; c < 3; ++c) {
@@ -378,16 +506,91 @@ bool LeafPair<Scalar>::AreApartAtStart(int movingTriangle, int fixedTriangle) co
       low = std::min(low, height);
       high = std::max(high, height);
     }
-    const double error = planes.error[plane] * reaches;
+    const double error = planes.error[plane] * (planes.planeReach + points.reach);
     return low > error || high < -error;
   };
   return areOnOneSide(fixed, j, moving, i) || areOnOneSide(moving, i, fixed, j);
+}
+
+// A middle is off by 1 u of its size; the half is enlarged, so that the box still holds everything.
+template <class Scalar, bool kMoves>
+LeafBeforeBox<Scalar, kMoves>::LeafBeforeBox(const Scene<Scalar>& scene,
+                                             const LeafTriangles<Scalar>& leaf,
+                                             const Box<Scalar>& box)
+    : m_scene(scene), m_leaf(leaf) {
+  for (int x = 0; x < 3; ++x) {
+    const double low = box.low[x];
+    const double high = box.high[x];
+    m_middle[x] = 0.5 * low + 0.5 * high;
+    m_half[x] = std::max(high - m_middle[x], m_middle[x] - low) * (1.0 + 0x1p-50);
+    m_reach += std::fabs(m_middle[x]) + m_half[x];
+  }
+}
+
+template <class Scalar, bool kMoves>
+bool LeafBeforeBox<Scalar, kMoves>::AreApart(double limit) const {
+  for (int k = 0; k < m_leaf.count; ++k) {
+    if (!IsApartByHeight(k, limit) && !IsShadowApart(k)) return false;
+  }
+  return true;
+}
+
+/// The height is linear, so its least value over the box is at a corner of the box. Twice the error
+/// of a point covers the middle and the sides of the box as well.
+template <class Scalar, bool kMoves>
+bool LeafBeforeBox<Scalar, kMoves>::IsApartByHeight(int k, double limit) const {
+  double height = m_leaf.offset[k];
+  double spread = 2.0 * m_leaf.error[k] * (m_leaf.planeReach + m_reach);
+  for (int x = 0; x < 3; ++x) {
+    height -= m_leaf.normal[x][k] * m_middle[x];
+    spread += std::fabs(m_leaf.normal[x][k]) * m_half[x];
+  }
+  return (kMoves ? -height : height) - spread > limit;
+}
+
+// The bounds are those of unequal shadows; the middle of the box is the origin. The sides of the
+// box add |edge| * half, which is off by less than the bound for a point as far away as the half.
+template <class Scalar, bool kMoves>
+bool LeafBeforeBox<Scalar, kMoves>::IsShadowApart(int k) const {
+  const ShadowPlane plane(m_scene.direction);
+  double u[3], v[3], reach[3];
+  for (int c = 0; c < 3; ++c) {
+    const double p[3] = {m_leaf.corner[3 * c][k], m_leaf.corner[3 * c + 1][k],
+                         m_leaf.corner[3 * c + 2][k]};
+    plane.Project(p, m_middle, u[c], v[c], reach[c]);
+  }
+  const double x = m_half[plane.X()];
+  const double y = m_half[plane.Y()];
+  const double z = m_half[plane.Z()];
+  const double size = std::max(x, std::max(y, z));
+  for (int c = 0; c < 3; ++c) {
+    const int next = c == 2 ? 0 : c + 1;
+    const int rest = 3 - c - next;
+    const int from = reach[c] <= reach[next] ? c : next;
+    const int to = c + next - from;
+    const double edgeU = u[to] - u[from];
+    const double edgeV = v[to] - v[from];
+    const double scale = 0x1p-46 * (reach[to] + reach[from]);
+    const double third = edgeU * (v[rest] - v[from]) - edgeV * (u[rest] - u[from]);
+    const double thirdError = scale * (reach[rest] + reach[from]);
+    const double middle = edgeV * u[from] - edgeU * v[from];
+    const double spread = std::fabs(edgeV) * x + std::fabs(edgeU) * y +
+                          std::fabs(edgeU * plane.SlopeY() - edgeV * plane.SlopeX()) * z +
+                          scale * (size + reach[from]);
+    if (middle - spread > std::max(0.0, third + thirdError)) return true;
+    if (middle + spread < std::min(0.0, third - thirdError)) return true;
+  }
+  return false;
 }
 
 template struct LeafTriangles<float>;
 template struct LeafTriangles<double>;
 template class LeafCache<float>;
 template class LeafCache<double>;
+template class LeafBeforeBox<float, true>;
+template class LeafBeforeBox<float, false>;
+template class LeafBeforeBox<double, true>;
+template class LeafBeforeBox<double, false>;
 template class LeafPair<float>;
 template class LeafPair<double>;
 template unsigned LeafPair<float>::ThatReach<true>(const Box<float>&,

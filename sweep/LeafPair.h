@@ -3,6 +3,8 @@
 
 #include "Scene.h"
 
+#include <algorithm>
+
 namespace gsl_sweep {
 
 /// The triangles of a leaf, side by side, in the coordinates of the walk.
@@ -10,16 +12,21 @@ template <class Scalar>
 struct LeafTriangles {
   double corner[9][kLeafSize]; ///< x, y, z of the first, of the second, of the third
   /// The plane of each triangle, as a height along the direction. offset - normal . p is the
-  /// distance that p has to travel to the plane, within error times the reaches of both leaves. All
-  /// numbers are zero where the plane is too nearly along the direction: then every height is 0.
+  /// distance that p has to travel to the plane, within error times the sum of planeReach and the
+  /// reach of p. All numbers are zero where the plane is too nearly along the direction: then every
+  /// height is 0.
   double normal[3][kLeafSize], offset[kLeafSize], error[kLeafSize];
   Scalar low[3][kLeafSize], high[3][kLeafSize];
   std::uint32_t number[kLeafSize];
   double reach;
+  double planeReach; ///< of the corners at which the planes begin
   int count = 0;
-  std::uint64_t key = kNoKey; ///< body and leaf
-
-  static constexpr std::uint64_t kNoKey = ~std::uint64_t{0};
+  /// Bit k is set unless triangle k has the corners of the triangle before it, whose number is
+  /// less.
+  unsigned distinct;
+  /// The triangles that the tie plane of this number holds; see FirstContact.
+  mutable unsigned held = 0;
+  mutable unsigned heldBy = 0;
 
   Coord3 Corner(int k, int c) const {
     return {corner[3 * c][k], corner[3 * c + 1][k], corner[3 * c + 2][k]};
@@ -33,16 +40,34 @@ struct LeafTriangles {
   Box<double> ExactBoxOf(int k) const;
 };
 
+/// Tests the triangles of a leaf, moving or fixed, against a box of the other body that is far
+/// smaller. The box of a large triangle says little about where the triangle is.
+template <class Scalar, bool kMoves>
+class LeafBeforeBox {
+public:
+  LeafBeforeBox(const Scene<Scalar>& scene, const LeafTriangles<Scalar>& leaf,
+                const Box<Scalar>& box);
+
+  /// Returns true when no triangle touches the box within the limit.
+  bool AreApart(double limit) const;
+
+private:
+  bool IsApartByHeight(int k, double limit) const;
+  bool IsShadowApart(int k) const;
+
+  const Scene<Scalar>& m_scene;
+  const LeafTriangles<Scalar>& m_leaf;
+  double m_middle[3], m_half[3];
+  double m_reach = 0.0; ///< of the box
+};
+
 /// The leaves that were used last, each in one of a few places.
 template <class Scalar>
 class LeafCache {
 public:
-  LeafCache() : m_leaves(kPlaces) {}
+  LeafCache() : m_leaves(kPlaces), m_keys(kPlaces, kNoKey) {}
 
-  void Forget() {
-    for (LeafTriangles<Scalar>& leaf : m_leaves)
-      leaf.key = LeafTriangles<Scalar>::kNoKey;
-  }
+  void Forget() { std::fill(m_keys.begin(), m_keys.end(), kNoKey); }
 
   /// Returns a leaf of the moving body or of a fixed body, without the triangles that a one-sided
   /// question leaves out.
@@ -51,9 +76,19 @@ public:
                                      std::size_t leaf);
 
 private:
-  static constexpr std::size_t kPlaces = 32;
+  static constexpr int kPlaceBits = 8;
+  static constexpr std::size_t kPlaces = std::size_t{1} << kPlaceBits;
+  static constexpr std::uint64_t kNoKey = ~std::uint64_t{0};
+
+  /// Neighbouring leaves differ by any number, so every bit of the key takes part.
+  static std::size_t Place(std::uint64_t key) {
+    return static_cast<std::size_t>(key * 0x9e3779b97f4a7c15u >> (64 - kPlaceBits));
+  }
+  template <bool kMoving>
+  const LeafTriangles<Scalar>& Get(const Scene<Scalar>& scene, std::size_t body, std::size_t leaf);
 
   std::vector<LeafTriangles<Scalar>> m_leaves;
+  std::vector<std::uint64_t> m_keys; ///< fixed body and leaf
 };
 
 /// The pairs of triangles of two leaves.
@@ -89,10 +124,20 @@ public:
   bool AreApartAtStart(int movingTriangle, int fixedTriangle) const;
 
 private:
+  /// Where the corners are this many times as far apart as the smaller triangle is large, the bound
+  /// for all of them together decides little.
+  static constexpr double kUnequal = 0x1p12;
+
+  struct Shadows {
+    double u[6], v[6], reach[6];
+  };
+
   template <bool kMoves>
   const LeafTriangles<Scalar>& Side() const {
     return kMoves ? moving : fixed;
   }
+  void WriteShadows(int movingTriangle, int fixedTriangle, int origin, Shadows& shadows) const;
+  bool AreUnequalShadowsApart(int movingTriangle, int fixedTriangle) const;
 
   const Scene<Scalar>& m_scene;
 
@@ -105,6 +150,10 @@ extern template struct LeafTriangles<float>;
 extern template struct LeafTriangles<double>;
 extern template class LeafCache<float>;
 extern template class LeafCache<double>;
+extern template class LeafBeforeBox<float, true>;
+extern template class LeafBeforeBox<float, false>;
+extern template class LeafBeforeBox<double, true>;
+extern template class LeafBeforeBox<double, false>;
 extern template class LeafPair<float>;
 extern template class LeafPair<double>;
 

@@ -56,6 +56,7 @@ public:
   bool IsCancelled() const { return m_isCancelled.load(std::memory_order_relaxed); }
   /// Counts one job as done.
   void Add() {
+    if (!m_run.progress) return;
     const std::lock_guard<std::mutex> lock(m_mutex);
     ++m_done;
     Report(0.0);
@@ -63,6 +64,7 @@ public:
   /// Reports that one job has come this far, from 0 to 1, unless another job reports just now.
   /// Returns false when the work is cancelled.
   bool Continue(double part) {
+    if (!m_run.progress) return !IsCancelled();
     const std::unique_lock<std::mutex> lock(m_mutex, std::try_to_lock);
     if (lock.owns_lock()) Report(part);
     return !IsCancelled();
@@ -108,28 +110,37 @@ std::vector<const PreparedBody*> AllBodies(const SceneBodies& bodies) {
   return all;
 }
 
-/// Makes the slabs, which take time and save time from the second question on.
+/// Makes the slabs, which take time and save time from the second question on, and fine trees where
+/// the questions so far were hard.
 void MakeSlabs(const SceneBodies& bodies, const Run& run, Tally& tally) {
   std::vector<const PreparedBody*> lacking = AllBodies(bodies);
   const auto needsNone = [](const PreparedBody* body) {
-    return body->SlabsIfMade() != nullptr || !body->IsComfortable();
+    return !body->IsComfortable() ||
+           (body->SlabsIfMade() != nullptr && !(body->DeservesFine() && !body->FineIfMade()));
   };
   lacking.erase(std::remove_if(lacking.begin(), lacking.end(), needsNone), lacking.end());
   RunJobs(run, lacking.size(), [&](std::size_t k) {
-    if (!tally.IsCancelled()) lacking[k]->MakeSlabs([&tally] { return tally.Continue(0.0); });
+    const auto goesOn = [&tally] { return tally.Continue(0.0); };
+    if (!tally.IsCancelled()) lacking[k]->MakeSlabs(goesOn);
+    if (!tally.IsCancelled() && lacking[k]->DeservesFine()) lacking[k]->MakeFine(goesOn);
   });
 }
 
-/// Calls answer(k, watch) for each k. A travel that is too large ends its own job alone; any other
-/// exception cancels what is left.
+/// Calls answer(k, watch, workspaces) for each k. A travel that is too large ends its own job
+/// alone; any other exception cancels what is left.
 template <class AnswerOne>
-void AnswerEach(const Run& run, Tally& tally, std::size_t count, const char* what,
+void AnswerEach(PairState& state, const Run& run, Tally& tally, std::size_t count, const char* what,
                 const AnswerOne& answer) {
-  RunJobs(run, count, [&](std::size_t k) {
+  UnevenJobs* ticking = nullptr;
+  const Watch watch = [&](double part) {
+    ticking->Tick();
+    return tally.Continue(part);
+  };
+  const auto answerOne = [&](std::size_t k, Workspaces& workspaces) {
     if (tally.IsCancelled()) return;
     try {
       try {
-        answer(k, [&tally](double part) { return tally.Continue(part); });
+        answer(k, watch, workspaces);
       } catch (const std::overflow_error&) {
         tally.Add();
         RethrowFor(what, k);
@@ -141,7 +152,13 @@ void AnswerEach(const Run& run, Tally& tally, std::size_t count, const char* wha
       tally.Cancel();
       throw;
     }
+  };
+  UnevenJobs jobs(run, count, [&] {
+    auto borrowed = std::make_shared<Borrowed>(state);
+    return [&answerOne, borrowed](std::size_t k) { answerOne(k, borrowed->Get()); };
   });
+  ticking = &jobs;
+  jobs.RunAll();
 }
 
 void RequireTouch(const Question& question) {
@@ -182,10 +199,10 @@ void AnswerBatch(PairState& state, const Question* questions, std::size_t count,
   if (count == 0) return;
   Tally tally(run, count);
   if ((state.questionCount += count) > 1) MakeSlabs(state.bodies, run, tally);
-  AnswerEach(run, tally, count, "question", [&](std::size_t k, const Watch& watch) {
-    Borrowed borrowed(state);
-    answers[k] = answer(state.bodies, questions[k], watch, borrowed.Get());
-  });
+  AnswerEach(state, run, tally, count, "question",
+             [&](std::size_t k, const Watch& watch, Workspaces& workspaces) {
+               answers[k] = answer(state.bodies, questions[k], watch, workspaces);
+             });
 }
 
 } // namespace
@@ -254,14 +271,15 @@ std::vector<Answer> Pair::FirstOfEach(const Question& question, const Run& run) 
   if (answers.empty()) return answers;
   Tally tally(run, answers.size());
   if ((m_state->questionCount += answers.size()) > 1) MakeSlabs(bodies, run, tally);
-  AnswerEach(run, tally, answers.size(), "fixed body", [&](std::size_t k, const Watch& watch) {
-    const SceneBodies alone{bodies.moving, {bodies.fixed[k]}};
-    Borrowed borrowed(*m_state);
-    answers[k] = AnswerQuestion(alone, question, watch, borrowed.Get());
-    if (answers[k].status == SweepStatus::Contact || answers[k].status == SweepStatus::Start) {
-      answers[k].contact.fixedBody = k;
-    }
-  });
+  AnswerEach(*m_state, run, tally, answers.size(), "fixed body",
+             [&](std::size_t k, const Watch& watch, Workspaces& workspaces) {
+               const SceneBodies alone{bodies.moving, {bodies.fixed[k]}};
+               answers[k] = AnswerQuestion(alone, question, watch, workspaces);
+               if (answers[k].status == SweepStatus::Contact ||
+                   answers[k].status == SweepStatus::Start) {
+                 answers[k].contact.fixedBody = k;
+               }
+             });
   return answers;
 }
 

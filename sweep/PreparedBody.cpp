@@ -12,11 +12,13 @@ namespace gsl_sweep {
 
 PreparedBody::PreparedBody(const TriangleView& view)
     : m_corners(view), m_isComfortable(m_corners.AreComfortable()),
-      m_triangleCount(m_corners.Count()), m_skippedCount(m_corners.SkippedCount()) {}
+      m_leastMagnitude(m_corners.LeastMagnitude()), m_triangleCount(m_corners.Count()),
+      m_skippedCount(m_corners.SkippedCount()) {}
 
 PreparedBody::PreparedBody(const PreparedBody& other, const Array<double>& vertices)
     : m_corners(other.Triangles(), vertices.data()), m_isComfortable(m_corners.AreComfortable()),
-      m_triangleCount(m_corners.Count()), m_skippedCount(m_corners.SkippedCount()) {
+      m_leastMagnitude(m_corners.LeastMagnitude()), m_triangleCount(m_corners.Count()),
+      m_skippedCount(m_corners.SkippedCount()) {
   if (m_triangleCount != other.m_triangleCount) return; // some corner has left the range of double
   std::call_once(m_leavesOnce, [&] {
     m_leaves.begin = other.m_leaves.begin.Copy();
@@ -93,20 +95,13 @@ const Tree<double>& PreparedBody::DoubleTree() const {
 }
 
 void PreparedBody::MakeSlabs(const std::function<bool()>& goesOn) const {
-  if (m_slabsBegun.exchange(true)) return;
-  try {
-    m_ownSlabs = Slabs::Of(m_corners, m_leaves, SingleTree(), goesOn);
-  } catch (const std::bad_alloc&) {
-    return; // they save time and nothing else
-  } catch (...) {
-    m_slabsBegun = false;
-    throw;
-  }
-  if (!m_ownSlabs) {
-    m_slabsBegun = false;
-    return;
-  }
-  m_slabs.store(m_ownSlabs.get(), std::memory_order_release);
+  const Tree<float>& tree = SingleTree();
+  m_slabs.MakeOnce([&] { return Slabs::Of(m_corners, m_leaves, tree, goesOn); });
+}
+
+void PreparedBody::MakeFine(const std::function<bool()>& goesOn) const {
+  const Tree<float>& tree = SingleTree();
+  m_fine.MakeOnce([&] { return FineTree::Of(m_corners, m_leaves, tree, goesOn); });
 }
 
 std::size_t PreparedBody::Bytes() const {
@@ -119,6 +114,7 @@ std::size_t PreparedBody::Bytes() const {
   }
   if (m_hasDouble) bytes += m_double.Bytes();
   if (const Slabs* slabs = SlabsIfMade()) bytes += slabs->Bytes();
+  if (const FineTree* fine = FineIfMade()) bytes += fine->Bytes();
   return bytes;
 }
 

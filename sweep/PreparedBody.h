@@ -1,11 +1,9 @@
 #ifndef GSL_SWEEP_PREPARED_BODY_H
 #define GSL_SWEEP_PREPARED_BODY_H
 
-#include "Corners.h"
-#include "Leaves.h"
-#include "Slabs.h"
+#include "FineTree.h"
+#include "MadeLater.h"
 #include "Solidity.h"
-#include "Tree.h"
 
 #include <atomic>
 #include <memory>
@@ -44,6 +42,8 @@ public:
   /// 2^120 in magnitude. Then no difference or product of them leaves the range in which rounding
   /// is relative.
   bool IsComfortable() const { return m_isComfortable; }
+  /// Returns a magnitude that no coordinate other than zero is below.
+  double LeastMagnitude() const { return m_leastMagnitude; }
 
   /// Returns whether the triangles are the surface of a solid, decided by the first call.
   const Solidity& AsSolid() const { return Surface().solidity; }
@@ -54,21 +54,35 @@ public:
   /// Returns the tree over the exact coordinates, wherever the body is.
   const Tree<double>& DoubleTree() const;
 
-  /// Returns null until they have been made.
-  const Slabs* SlabsIfMade() const { return m_slabs.load(std::memory_order_acquire); }
-  /// Returns at once where another thread is making them. Gives up, so that they can be made later,
+  /// Return null until they have been made.
+  const Slabs* SlabsIfMade() const { return m_slabs.IfMade(); }
+  const FineTree* FineIfMade() const { return m_fine.IfMade(); }
+  /// Return at once where another thread is making them. Give up, so that they can be made later,
   /// when `goesOn`, which is called now and then, returns false.
   void MakeSlabs(const std::function<bool()>& goesOn = {}) const;
+  void MakeFine(const std::function<bool()>& goesOn = {}) const;
+
+  /// Counts the visits of walks through the trees.
+  void CountVisits(std::size_t count) const {
+    m_visits.fetch_add(count, std::memory_order_relaxed);
+  }
+  /// Returns true when walks have taken about as long as making the fine tree takes.
+  bool DeservesFine() const {
+    return m_visits.load(std::memory_order_relaxed) >= kLeastVisits + m_triangleCount / 4;
+  }
 
   std::size_t Bytes() const;
 
 private:
+  static constexpr std::size_t kLeastVisits = 10000;
+
   void NeedLeaves() const;
   const SolidSurface& Surface() const;
   void TestComponents() const;
 
   mutable Corners m_corners; ///< sorted when the leaves are made
   bool m_isComfortable;
+  double m_leastMagnitude;
   std::size_t m_triangleCount, m_skippedCount;
   mutable std::once_flag m_leavesOnce;
   mutable Leaves m_leaves;
@@ -79,9 +93,9 @@ private:
   mutable Tree<float> m_single;
   mutable Tree<double> m_double;
   mutable std::atomic<bool> m_hasSingle{false}, m_hasDouble{false};
-  mutable std::atomic<bool> m_slabsBegun{false};
-  mutable std::unique_ptr<const Slabs> m_ownSlabs;
-  mutable std::atomic<const Slabs*> m_slabs{nullptr};
+  mutable MadeLater<Slabs> m_slabs;
+  mutable MadeLater<FineTree> m_fine;
+  mutable std::atomic<std::size_t> m_visits{0};
 };
 
 /// The vertices of a body after a matrix, and after an offset, has moved them.

@@ -38,6 +38,15 @@ inline double JustBefore(const ScaledLength& length) {
   return Reduced(std::ldexp(length.value, length.exponent));
 }
 
+/// The tree of a body that a question uses.
+template <class Scalar>
+struct TreeInUse {
+  const Tree<Scalar>* tree = nullptr;
+  const Leaves* leaves = nullptr;
+  const Slabs* slabs = nullptr; ///< may be missing
+  bool isFine = false;
+};
+
 /// The data from which a question is answered. Travels within the walk are multiples of the
 /// direction vector in the coordinates of the walk: the bodies' coordinates in float, the kernel's
 /// in double.
@@ -49,7 +58,11 @@ struct Scene {
         test(travelDirection.Vector()), slabTest(travelDirection.Vector()),
         moving(question.offset, rangeScale), fixed({0.0, 0.0, 0.0}, rangeScale),
         rule(question.rule), oneSided(question.oneSided || question.rule == Rule::Solid),
-        filters(canFilter), hasExactBoxes(HaveExactBoxes(sceneBodies)) {}
+        filters(canFilter), hasExactBoxes(HaveExactBoxes(sceneBodies)),
+        m_movingTree(BestTree(*bodies.moving)), m_fixedTrees(bodies.fixed.size()) {
+    for (std::size_t body = 0; body < bodies.fixed.size(); ++body)
+      m_fixedTrees[body] = BestTree(*bodies.fixed[body]);
+  }
 
   /// Converts multiples of the direction in the kernel's coordinates to multiples in those of the
   /// walk.
@@ -85,12 +98,23 @@ struct Scene {
     }
   }
 
-  static const Tree<Scalar>& TreeOf(const PreparedBody& body) {
-    if constexpr (sizeof(Scalar) == sizeof(float)) {
-      return body.SingleTree();
-    } else {
-      return body.DoubleTree();
-    }
+  template <bool kMoving>
+  const PreparedBody& BodyOf(std::size_t fixedBody) const {
+    return kMoving ? *bodies.moving : *bodies.fixed[fixedBody];
+  }
+  template <bool kMoving>
+  const TreeInUse<Scalar>& TreeOf(std::size_t fixedBody) const {
+    return kMoving ? m_movingTree : m_fixedTrees[fixedBody];
+  }
+  /// Uses the best tree that a body has by now. Returns the fine tree where it was not in use
+  /// before, and null elsewhere.
+  template <bool kMoving>
+  const FineTree* UseBestTree(std::size_t fixedBody) const {
+    TreeInUse<Scalar>& used = kMoving ? m_movingTree : m_fixedTrees[fixedBody];
+    if (used.isFine) return nullptr;
+    const PreparedBody& body = BodyOf<kMoving>(fixedBody);
+    used = BestTree(body);
+    return used.isFine ? body.FineIfMade() : nullptr;
   }
 
   const SceneBodies& bodies;
@@ -114,6 +138,21 @@ private:
     return isSingle(bodies.moving) &&
            std::all_of(bodies.fixed.begin(), bodies.fixed.end(), isSingle);
   }
+
+  /// In double, the coordinates differ from those in which the slabs were made.
+  static TreeInUse<Scalar> BestTree(const PreparedBody& body) {
+    if constexpr (sizeof(Scalar) == sizeof(float)) {
+      if (const FineTree* fine = body.FineIfMade())
+        return {&fine->tree, &fine->leaves, fine->slabs.get(), true};
+      return {&body.SingleTree(), &body.Runs(), body.SlabsIfMade(), false};
+    } else {
+      return {&body.DoubleTree(), &body.Runs(), nullptr, false};
+    }
+  }
+
+  // A walk can go on with finer trees while it runs. They change no answer.
+  mutable TreeInUse<Scalar> m_movingTree;
+  mutable std::vector<TreeInUse<Scalar>> m_fixedTrees;
 };
 
 /// Returns the least travel at which a pair may part so that it counts. No difference of two

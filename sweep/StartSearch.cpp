@@ -27,15 +27,15 @@ WalkEnd StartSearch<Scalar>::Run() {
 
 template <class Scalar>
 void StartSearch<Scalar>::PushRoots() {
-  const auto sideOf = [](const PreparedBody& body) {
-    const Tree<Scalar>& tree = Scene<Scalar>::TreeOf(body);
-    return WalkSide<Scalar>{tree.root, tree.least, tree.box, {}};
+  const auto sideOf = [](const TreeInUse<Scalar>& used) {
+    return WalkSide<Scalar>{used.tree->root, used.tree->least, used.tree->box, {}};
   };
   if (m_scene.bodies.moving->IsEmpty()) return;
   // The first body is on top.
   for (std::size_t body = m_scene.bodies.fixed.size(); body-- > 0;) {
     if (m_scene.bodies.fixed[body]->IsEmpty()) continue;
-    m_stack.push_back({sideOf(*m_scene.bodies.moving), sideOf(*m_scene.bodies.fixed[body]),
+    m_stack.push_back({sideOf(m_scene.template TreeOf<true>(body)),
+                       sideOf(m_scene.template TreeOf<false>(body)),
                        static_cast<std::uint32_t>(body), 0.0f, 0});
   }
 }
@@ -44,10 +44,9 @@ void StartSearch<Scalar>::PushRoots() {
 template <class Scalar>
 template <bool kMoving>
 void StartSearch<Scalar>::Expand(const NodePair<Scalar>& pair) {
-  const PreparedBody& body =
-      kMoving ? *m_scene.bodies.moving : *m_scene.bodies.fixed[pair.fixedBody];
   const std::size_t index = kMoving ? pair.moving.ref.Index() : pair.fixed.ref.Index();
-  const TreeNode<Scalar>& node = Scene<Scalar>::TreeOf(body).nodes[index];
+  const TreeNode<Scalar>& node =
+      m_scene.template TreeOf<kMoving>(pair.fixedBody).tree->nodes[index];
   const Placement<Scalar>& placement = kMoving ? m_scene.moving : m_scene.fixed;
   const Box<Scalar> other =
       kMoving ? m_scene.fixed.At(pair.fixed.box) : m_scene.moving.At(pair.moving.box);

@@ -120,8 +120,12 @@ public:
   }
 
 private:
-  /// A slab with n . d below this limit decides nothing.
+  /// A slab with n . d below this limit does not say when the other body comes.
   static constexpr float kLeastAlong = 0x1p-6f;
+  // n . d is off by less than 9 u * 1.8, which is less than 2^-19. The factor covers the roundings
+  // of the sum and of the product with a travel.
+  static constexpr float kAlongError = 0x1p-19f;
+  static constexpr float kReachFactor = 1.0f + 0x1p-20f;
   // n . d is off by less than 9 u (u = 2^-24): a rounded direction, products and sums of at most
   // 1.8 in all. The quotient x / (n . d) is off by 9 u / |n . d| of itself, and by 4 u for the
   // reciprocal, the product and the sum that takes this margin off; |n . d| is at most 1.8. That is
@@ -137,7 +141,6 @@ private:
   void NarrowByOne(const Boxes<float>& boxes, const SlabNode& slabs, const Slab& slab,
                    const Float4& alpha, const Float4& error, Float4& first, Float4& last) const {
     const float along = Along(slab.normal);
-    if (!(std::fabs(along) > kLeastAlong)) return;
     Float4 from = Least(alpha * slabs.from, alpha * slabs.to) - error;
     Float4 to = Most(alpha * slabs.from, alpha * slabs.to) + error;
     for (int k = 0; k < 3; ++k) {
@@ -146,6 +149,11 @@ private:
       const Float4 high = rest * boxes.high[k];
       from = from + Least(low, high);
       to = to + Most(low, high);
+    }
+    if (!(std::fabs(along) > kLeastAlong)) {
+      const Float4 gap = Most(Float4::Of(slab.from) - to, from - Float4::Of(slab.to));
+      StayApart(gap, Float4::Of(std::fabs(along)), last);
+      return;
     }
     Float4 toMeet = kFourMove ? Float4::Of(slab.from) - to : from - Float4::Of(slab.to);
     Float4 toPart = kFourMove ? Float4::Of(slab.to) - from : to - Float4::Of(slab.from);
@@ -163,7 +171,6 @@ private:
                          slabs.normal[2] * Float4::Of(m_direction[2]);
     const Float4 least = Float4::Of(kLeastAlong);
     const Float4 zero = Float4::Of(0.0f);
-    if (AtMost(Magnitude(along), least) == 15u) return;
     const Float4 atFrom = alpha * Float4::Of(slab.from);
     const Float4 atTo = alpha * Float4::Of(slab.to);
     Float4 from = Least(atFrom, atTo) - error;
@@ -175,6 +182,8 @@ private:
       from = from + Least(low, high);
       to = to + Most(low, high);
     }
+    StayApart(Most(from - slabs.to, slabs.from - to), Magnitude(along), last);
+    if (AtMost(Magnitude(along), least) == 15u) return;
     const Float4 up = kFourMove ? from - slabs.to : slabs.from - to;
     const Float4 down = kFourMove ? to - slabs.from : slabs.to - from;
     const Float4 toMeet = Choose(along, zero, down, up);
@@ -185,6 +194,13 @@ private:
     Apply(toMeet * reciprocal, toPart * reciprocal, Magnitude(reciprocal), meets, parts);
     first = Choose(least, Magnitude(along), meets, first);
     last = Choose(least, Magnitude(along), parts, last);
+  }
+
+  /// Rejects bodies that are farther apart along a normal than they move along it up to the last
+  /// travel. `along` is the magnitude of n . d.
+  static void StayApart(const Float4& gap, const Float4& along, Float4& last) {
+    const Float4 speed = (along + Float4::Of(kAlongError)) * Float4::Of(kReachFactor);
+    last = Choose(last * speed, gap, Float4::Of(-1.0f), last);
   }
 
   static void Apply(const Float4& meets, const Float4& parts, const Float4& reciprocal,

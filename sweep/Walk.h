@@ -68,6 +68,8 @@ private:
   void PushSurvivors(const NodePair<Scalar>& pair, const TreeNode<Scalar>& node, unsigned mask,
                      const Four<Scalar>& from, const SlabNode* slabs);
   bool Goes();
+  template <bool kMoving, class GoesOn>
+  void Improve(std::size_t fixedBody, const GoesOn& goesOn);
   /// Returns true when the pair touches at no travel that matters.
   bool IsBeyond(const NodePair<Scalar>& pair) const {
     const TravelRange<Scalar> range = m_judgement.Range();
@@ -89,9 +91,9 @@ WalkEnd Walk<Scalar, Judgement>::Run() {
   m_stack.clear();
   PushRoots();
   while (!m_stack.empty()) {
+    if (++m_visits % kWatchEvery == 0 && !Goes()) return WalkEnd::Cancelled;
     const NodePair<Scalar> pair = m_stack.back();
     m_stack.pop_back();
-    if (++m_visits % kWatchEvery == 0 && !Goes()) return WalkEnd::Cancelled;
     if (IsBeyond(pair) || m_judgement.IsSettled(pair)) {
       m_done += static_cast<double>(pair.share);
       continue;
@@ -114,32 +116,44 @@ bool Walk<Scalar, Judgement>::Goes() {
     return !isCancelled;
   };
   if constexpr (sizeof(Scalar) == sizeof(float)) {
-    if (m_visits / kWatchEvery == kSlabsAfter / kWatchEvery + 1) {
-      m_scene.bodies.moving->MakeSlabs(goesOn);
-      for (const PreparedBody* body : m_scene.bodies.fixed)
-        body->MakeSlabs(goesOn);
-    }
+    Improve<true>(0, goesOn);
+    for (std::size_t body = 0; body < m_scene.bodies.fixed.size(); ++body)
+      Improve<false>(body, goesOn);
   }
   return goesOn();
 }
 
+/// Makes what a body deserves by now, and goes on with the best tree that it has.
+template <class Scalar, class Judgement>
+template <bool kMoving, class GoesOn>
+void Walk<Scalar, Judgement>::Improve(std::size_t fixedBody, const GoesOn& goesOn) {
+  if (m_scene.template TreeOf<kMoving>(fixedBody).isFine) return;
+  const PreparedBody& body = m_scene.template BodyOf<kMoving>(fixedBody);
+  body.CountVisits(kWatchEvery);
+  if (m_visits > kSlabsAfter && body.SlabsIfMade() == nullptr) body.MakeSlabs(goesOn);
+  if (body.DeservesFine() && body.FineIfMade() == nullptr) body.MakeFine(goesOn);
+  const FineTree* fine = m_scene.template UseBestTree<kMoving>(fixedBody);
+  if (fine == nullptr) return;
+  for (NodePair<Scalar>& pair : m_stack) {
+    if (!kMoving && pair.fixedBody != fixedBody) continue;
+    TreeRef& ref = kMoving ? pair.moving.ref : pair.fixed.ref;
+    if (ref.IsLeaf()) ref = fine->ofLeaf[ref.Index()];
+  }
+}
+
 template <class Scalar, class Judgement>
 void Walk<Scalar, Judgement>::PushRoots() {
-  const auto sideOf = [](const PreparedBody& body) {
-    const Tree<Scalar>& tree = Scene<Scalar>::TreeOf(body);
-    WalkSide<Scalar> side{tree.root, tree.least, tree.box, {}};
-    // In double, the coordinates differ from those in which the slabs were made.
-    if constexpr (sizeof(Scalar) == sizeof(float)) {
-      if (const Slabs* slabs = body.SlabsIfMade()) side.slab = slabs->root;
-    }
+  const auto sideOf = [](const TreeInUse<Scalar>& used) {
+    WalkSide<Scalar> side{used.tree->root, used.tree->least, used.tree->box, {}};
+    if (used.slabs != nullptr) side.slab = used.slabs->root;
     return side;
   };
   const std::size_t count = m_scene.bodies.fixed.size();
   if (m_scene.bodies.moving->IsEmpty()) return;
-  const WalkSide<Scalar> moving = sideOf(*m_scene.bodies.moving);
+  const WalkSide<Scalar> moving = sideOf(m_scene.template TreeOf<true>(0));
   for (std::size_t body = 0; body < count; ++body) {
     if (m_scene.bodies.fixed[body]->IsEmpty()) continue;
-    NodePair<Scalar> pair{moving, sideOf(*m_scene.bodies.fixed[body]),
+    NodePair<Scalar> pair{moving, sideOf(m_scene.template TreeOf<false>(body)),
                           static_cast<std::uint32_t>(body), 1.0f / static_cast<float>(count), 0};
     Scalar first, last;
     if (!m_scene.test.CanTouch(m_scene.moving.At(pair.moving.box), m_scene.fixed.At(pair.fixed.box),
@@ -172,10 +186,9 @@ void Walk<Scalar, Judgement>::Visit(const NodePair<Scalar>& pair) {
 template <class Scalar, class Judgement>
 template <bool kMoving>
 void Walk<Scalar, Judgement>::Expand(const NodePair<Scalar>& pair) {
-  const PreparedBody& body =
-      kMoving ? *m_scene.bodies.moving : *m_scene.bodies.fixed[pair.fixedBody];
   const std::size_t index = kMoving ? pair.moving.ref.Index() : pair.fixed.ref.Index();
-  const TreeNode<Scalar>& node = Scene<Scalar>::TreeOf(body).nodes[index];
+  const TreeNode<Scalar>& node =
+      m_scene.template TreeOf<kMoving>(pair.fixedBody).tree->nodes[index];
   const Placement<Scalar>& placement = kMoving ? m_scene.moving : m_scene.fixed;
   Boxes<Scalar> room;
   const Boxes<Scalar>& boxes = placement.At(node.boxes, room);
@@ -193,7 +206,7 @@ void Walk<Scalar, Judgement>::Expand(const NodePair<Scalar>& pair) {
   PushSurvivors<kMoving>(pair, node, mask, kFromEnd ? -last : first, slabs);
 }
 
-/// Applies the slabs, in float, once they are made.
+/// Applies the slabs, in float, where they are made.
 template <class Scalar, class Judgement>
 template <bool kMoving>
 unsigned Walk<Scalar, Judgement>::Narrow(const NodePair<Scalar>& pair, const Boxes<Scalar>& boxes,
@@ -201,11 +214,9 @@ unsigned Walk<Scalar, Judgement>::Narrow(const NodePair<Scalar>& pair, const Box
                                          Four<Scalar>& first, Four<Scalar>& last,
                                          const SlabNode*& slabs) const {
   if constexpr (sizeof(Scalar) == sizeof(float)) {
-    const PreparedBody& body =
-        kMoving ? *m_scene.bodies.moving : *m_scene.bodies.fixed[pair.fixedBody];
-    const Slabs* made = body.SlabsIfMade();
-    if (made == nullptr) return mask;
-    slabs = &made->nodes[node];
+    const TreeInUse<Scalar>& used = m_scene.template TreeOf<kMoving>(pair.fixedBody);
+    if (used.slabs == nullptr) return mask;
+    slabs = &used.slabs->nodes[node];
     const Float4 reach = slabs->reach + Float4::Of(RoundedUp(other.Reach()));
     if (!m_scene.moving.HasOffset()) {
       const Slab& slab = kMoving ? pair.fixed.slab : pair.moving.slab;

@@ -1,17 +1,14 @@
 #include "SweepOptions.h"
 
 #include "MeshWrite.h"
-#include "support/HelpFormatter.h"
-#include "support/NearName.h"
+#include "support/CommandLine.h"
 #include "support/VectorText.h"
 
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
 #include <charconv>
-#include <memory>
 #include <optional>
-#include <string_view>
 #include <system_error>
 #include <thread>
 #include <vector>
@@ -27,6 +24,8 @@ using gsl_mesh::MeshFormatNames;
 constexpr unsigned kMostThreads = 1024;
 // Their answers are kept in memory, about 150 bytes each, and their JSON takes about 600.
 constexpr std::size_t kMostDirections = 100000;
+// They are kept in memory, about 600 bytes each, and their JSON takes about as much.
+constexpr std::size_t kMostPatchPairs = 1000000;
 
 const char* const kDescription =
     "Finds how far one body travels along a direction before it touches another, and where. Reads "
@@ -72,6 +71,17 @@ std::vector<OptionRow> OptionRows() {
       {"--one-sided", nullptr, &SweepOptions::oneSided,
        "Leaves out triangles of MOVING that face against the direction and triangles of FIXED that "
        "face along it"},
+      {"--leaving", nullptr, &SweepOptions::leaving,
+       "Leaves out pairs of triangles that part at the start, so that MOVING may leave what it "
+       "touches"},
+      {"--last", nullptr, &SweepOptions::last,
+       "Reports the last contact, where the bodies part, in place of the first"},
+      {"--patch", nullptr, &SweepOptions::patch,
+       "Reports all pairs of triangles that touch at the contact: their number and the box around "
+       "them, and each in the JSON"},
+      {"--patch-pairs", "N", nullptr,
+       "Lists at most N pairs in the JSON of --patch, 1 to " + std::to_string(kMostPatchPairs) +
+           "; by default 1000"},
       {"--max-distance", "L", nullptr, "Reports contacts up to and including this travel"},
       {"--json", "FILE", nullptr,
        "Writes the result as JSON; - writes it to stdout in place of the text"},
@@ -91,11 +101,7 @@ std::vector<OptionRow> OptionRows() {
 }
 
 void Declare(CLI::App& app, SweepOptions& options) {
-  app.formatter(std::make_shared<HelpFormatter>(kUsage));
-  app.get_formatter()->label("Positionals", "Arguments");
-  app.set_help_flag("-h,--help", "Prints this help and exits");
-  app.set_version_flag("--version", std::string("gsl-sweep ") + GSL_VERSION,
-                       "Prints the version and exits");
+  DeclareProgram(app, kUsage, kFooter);
   app.add_option("MOVING")->description("Mesh file of the body that moves; - for stdin");
   app.add_option("FIXED")
       ->description("Mesh files of the bodies that stay; - for stdin")
@@ -109,122 +115,18 @@ void Declare(CLI::App& app, SweepOptions& options) {
     app.add_option(row.names)->description(row.text)->type_name(row.value)->multi_option_policy(
         CLI::MultiOptionPolicy::TakeAll);
   }
-  app.footer(kFooter);
-  // The code below reports unexpected and missing arguments, in its own order.
-  app.allow_extras();
 }
 
-[[noreturn]] void Fail(const std::string& message) {
-  throw UsageError(message);
-}
-
-[[noreturn]] void FailWithHelp(const std::string& message) {
-  Fail(message + " (see gsl-sweep --help)");
-}
-
-/// "--max-distance must be at least 0 (got -3)"; `expected` follows "must".
-[[noreturn]] void FailValue(const std::string& name, const std::string& expected,
-                            const std::string& value) {
-  const std::string got = value.empty() ? "an empty value" : value;
-  Fail(name + " must " + expected + " (got " + got + ")");
-}
-
-/// Returns the argument as a person would type it in a shell.
-std::string AsTyped(const std::string& argument) {
-  const bool isPlain = !argument.empty() && argument.find_first_of(" \t'\"") == std::string::npos;
-  return isPlain ? argument : "'" + argument + "'";
-}
-
-std::vector<std::string> LongNames(const CLI::App& app) {
-  std::vector<std::string> names;
-  for (const CLI::Option* option : app.get_options()) {
-    for (const std::string& name : option->get_lnames())
-      names.push_back("--" + name);
-  }
-  return names;
-}
-
-[[noreturn]] void FailUnknown(const std::string& name, const std::string& meant) {
-  const std::string unknown = "unknown option " + AsTyped(name);
-  if (!meant.empty()) Fail(unknown + "; did you mean " + meant + "?");
-  FailWithHelp(unknown);
-}
-
-/// Refuses what the parser would misunderstand: "--json=" takes the next argument as its value, and
-/// "-direction" is "-d" with the value "irection".
-void RefuseMalformedOption(const CLI::App& app, const std::string& argument) {
-  const std::size_t equals = argument.find('=');
-  const std::string name = argument.substr(0, equals);
-  const std::vector<std::string> names = LongNames(app);
-  const bool hasOneDash = argument.size() > 1 && argument[0] == '-' && argument[1] != '-';
-  if (hasOneDash && std::find(names.begin(), names.end(), "-" + name) != names.end()) {
-    FailUnknown(name, "-" + name);
-  }
-  const bool isKnown = std::find(names.begin(), names.end(), name) != names.end();
-  if (!isKnown || equals == std::string::npos) return;
-  const bool isFlag = app.get_option(name)->get_items_expected_max() == 0;
-  if (isFlag) Fail(name + " takes no value (got " + AsTyped(argument) + ")");
-  if (equals + 1 == argument.size()) FailWithHelp(name + " must be followed by a value");
-}
-
-/// Returns the arguments that belong to no option and to no body, as typed.
-std::vector<std::string> LeftOver(const CLI::App& app) {
-  std::vector<std::string> arguments = app.remaining();
-  const auto mark = std::find(arguments.begin(), arguments.end(), "--");
-  if (mark != arguments.end()) arguments.erase(mark);
-  return arguments;
-}
-
-bool LooksLikeOption(const std::string& argument) {
-  if (argument.size() < 2 || argument[0] != '-') return false;
-  const char c = argument[1];
-  return c == '-' || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
-}
-
-/// Options end at `end`: at "--" or at the end of the arguments.
-void RefuseUnknownOptions(const CLI::App& app, const char* const* begin, const char* const* end) {
-  for (const std::string& argument : LeftOver(app)) {
-    const bool isBeforeEnd = std::find(begin, end, std::string_view(argument)) != end;
-    if (!LooksLikeOption(argument) || !isBeforeEnd) continue;
-    const std::string name = argument.substr(0, argument.find('='));
-    const bool isDirection = ParseDirection(argument).has_value();
-    FailUnknown(name, isDirection ? "--direction " + name : NearName(name, LongNames(app)));
-  }
-}
-
-void RefuseUnexpectedArguments(const CLI::App& app) {
-  const std::vector<std::string> arguments = LeftOver(app);
-  if (arguments.empty()) return;
-  std::string list;
-  for (const std::string& argument : arguments)
-    list += " " + AsTyped(argument);
-  FailWithHelp(std::string("unexpected ") + (arguments.size() == 1 ? "argument" : "arguments") +
-               list);
-}
-
-/// Returns the value of an option or an argument, if it is given.
-std::optional<std::string> ValueOf(const CLI::App& app, const std::string& name) {
-  const std::vector<std::string> values = app.get_option(name)->results();
-  if (values.empty()) return std::nullopt;
-  if (values.size() > 1) {
-    Fail(name + " was given " + std::to_string(values.size()) + " times; expected once");
-  }
+/// Returns the value of --direction, if it is given.
+std::optional<std::string> DirectionTextOf(const CLI::App& app) {
+  std::optional<std::string> value = ValueOf(app, "--direction");
   // The parser reads -d=-z as the option -d with the value =-z.
-  const bool isAssigned = name == "--direction" && values[0].substr(0, 1) == "=";
-  return isAssigned ? values[0].substr(1) : values[0];
+  if (value && value->substr(0, 1) == "=") value->erase(0, 1);
+  return value;
 }
 
 std::string MeshFileOf(const std::string& name, const std::string& value) {
   if (value.empty()) FailValue(name, "be a file name", value);
-  return value;
-}
-
-/// A file name that begins with a dash is usually an option whose preceding value is missing.
-std::string FileNameOf(const std::string& name, const std::string& value, const char* expected) {
-  if (value.empty()) FailValue(name, expected, value);
-  if (value != "-" && value[0] == '-') {
-    FailValue(name, expected, value + "; a file of that name is ./" + value);
-  }
   return value;
 }
 
@@ -286,7 +188,7 @@ ProgressStyle ProgressOf(const std::string& value) {
 }
 
 void TakeValues(const CLI::App& app, SweepOptions& options) {
-  if (const auto value = ValueOf(app, "--direction")) options.direction = DirectionOf(*value);
+  if (const auto value = DirectionTextOf(app)) options.direction = DirectionOf(*value);
   if (const auto value = ValueOf(app, "--directions")) {
     options.directionsFile = FileNameOf("--directions", *value, "be a file name or -");
   }
@@ -297,6 +199,9 @@ void TakeValues(const CLI::App& app, SweepOptions& options) {
     options.poseFile = FileNameOf("--pose", *value, "be a file name or -");
   }
   if (const auto value = ValueOf(app, "--offset")) options.offset = OffsetOf(*value);
+  if (const auto value = ValueOf(app, "--patch-pairs")) {
+    options.patchPairs = CountOf("--patch-pairs", *value, kMostPatchPairs);
+  }
   if (const auto value = ValueOf(app, "--max-distance")) {
     options.maxDistance = MaxDistanceOf(*value);
   }
@@ -314,10 +219,6 @@ void TakeValues(const CLI::App& app, SweepOptions& options) {
     options.fixedFiles.push_back(MeshFileOf("FIXED", value));
 }
 
-bool IsGiven(const CLI::App& app, const char* name) {
-  return app.get_option(name)->count() > 0;
-}
-
 /// Returns those of the options that ask for directions that are given.
 std::vector<std::string> DirectionOptions(const CLI::App& app) {
   std::vector<std::string> given;
@@ -330,18 +231,27 @@ std::vector<std::string> DirectionOptions(const CLI::App& app) {
 void RefuseConflicts(const CLI::App& app) {
   const std::vector<std::string> given = DirectionOptions(app);
   if (given.size() > 1) {
-    Fail(given[0] + " and " + given[1] +
-         " are both given; expected one of --direction, --directions and --sphere");
+    FailUsage(given[0] + " and " + given[1] +
+              " are both given; expected one of --direction, --directions and --sphere");
   }
   if (IsGiven(app, "--quiet") && IsGiven(app, "--verbose")) {
-    Fail("--quiet and --verbose are both given; expected one of them at most");
+    FailUsage("--quiet and --verbose are both given; expected one of them at most");
   }
-  if (IsGiven(app, "--output") && !given.empty() && given[0] != "--direction") {
-    Fail("--output cannot be used with " + given[0] + "; expected --direction");
+  for (const char* const name : {"--output", "--patch"}) {
+    if (IsGiven(app, name) && !given.empty() && given[0] != "--direction") {
+      FailUsage(name + (" cannot be used with " + given[0]) + "; expected --direction");
+    }
+  }
+  if (IsGiven(app, "--patch") && IsGiven(app, "--last")) {
+    FailUsage("--patch and --last are both given; expected one of them at most");
+  }
+  if (IsGiven(app, "--patch-pairs") && !IsGiven(app, "--patch")) {
+    FailUsage("--patch-pairs is given without --patch; expected both");
   }
   if (IsGiven(app, "--json") && IsGiven(app, "--directions")) {
-    Fail("--json cannot be used with --directions, which always writes JSON to stdout; expected "
-         "one of them");
+    FailUsage(
+        "--json cannot be used with --directions, which always writes JSON to stdout; expected "
+        "one of them");
   }
 }
 
@@ -351,24 +261,20 @@ void RefuseMissing(const CLI::App& app) {
     if (!IsGiven(app, name)) missing.push_back(name);
   }
   if (DirectionOptions(app).empty()) missing.push_back("--direction");
-  if (missing.empty()) return;
-  std::string list = missing[0];
-  for (std::size_t k = 1; k < missing.size(); ++k)
-    list += (k + 1 == missing.size() ? " and " : ", ") + missing[k];
-  FailWithHelp(list + (missing.size() == 1 ? " is" : " are") +
-               " missing; expected gsl-sweep MOVING FIXED... --direction X,Y,Z");
+  RefuseMissingArguments(app, missing, "MOVING FIXED... --direction X,Y,Z");
 }
 
 void RefuseMisusedStdin(const SweepOptions& options) {
   std::vector<std::string> inputs = options.fixedFiles;
   inputs.insert(inputs.end(), {options.movingFile, options.poseFile, options.directionsFile});
   if (std::count(inputs.begin(), inputs.end(), "-") > 1) {
-    Fail("more than one of MOVING, FIXED, --directions and --pose is -; expected standard input "
-         "once "
-         "at most");
+    FailUsage(
+        "more than one of MOVING, FIXED, --directions and --pose is -; expected standard input "
+        "once "
+        "at most");
   }
   if (options.format != MeshFormat::Unknown && !options.ReadsMeshFromStdin()) {
-    Fail("--format needs a mesh on standard input; expected - as MOVING or FIXED");
+    FailUsage("--format needs a mesh on standard input; expected - as MOVING or FIXED");
   }
 }
 
@@ -381,22 +287,12 @@ unsigned ThreadsOfMachine() {
 std::string ParseSweepOptions(int argc, const char* const* argv, SweepOptions& options) {
   CLI::App app(kDescription, "gsl-sweep");
   Declare(app, options);
-  const char* const* const begin = argv + std::min(argc, 1);
-  const char* const* const end = std::find(begin, argv + argc, std::string_view("--"));
-  std::for_each(begin, end, [&](const char* argument) { RefuseMalformedOption(app, argument); });
-  try {
-    app.parse(argc, argv);
-  } catch (const CLI::CallForHelp&) {
-    return app.help();
-  } catch (const CLI::CallForVersion& version) {
-    return std::string(version.what()) + "\n";
-  } catch (const CLI::ArgumentMismatch&) {
-    // Only the last argument can be an option whose value is missing.
-    FailWithHelp(AsTyped(argv[argc - 1]) + " must be followed by a value");
-  } catch (const CLI::ParseError& error) {
-    FailWithHelp(error.what());
-  }
-  RefuseUnknownOptions(app, begin, end);
+  // A direction such as -z looks like an option.
+  const auto meant = [](const std::string& argument) {
+    return ParseDirection(argument).has_value() ? "--direction " + argument : std::string();
+  };
+  const std::string text = ParseArguments(app, argc, argv, meant);
+  if (!text.empty()) return text;
   options.threads = ThreadsOfMachine();
   TakeValues(app, options);
   RefuseUnexpectedArguments(app);

@@ -25,6 +25,10 @@ struct SweepOptions {
   std::string poseFile;                            ///< empty when not given; "-" is standard input
   gsl_arithmetic::Coord3 offset{0.0, 0.0, 0.0};
   bool oneSided = false;
+  bool leaving = false;          ///< may leave what it touches at the start
+  bool last = false;             ///< asks for the last contact
+  bool patch = false;            ///< asks for all pairs of the first contact
+  std::size_t patchPairs = 1000; ///< the most pairs that the JSON lists
   double maxDistance = std::numeric_limits<double>::infinity(); ///< at least 0
   std::string jsonFile, outputFile;                             ///< empty when not requested
   unsigned threads = 1;

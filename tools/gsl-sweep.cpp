@@ -8,6 +8,7 @@
 #include "support/InputText.h"
 #include "support/MeshView.h"
 #include "support/Pose.h"
+#include "support/Program.h"
 #include "support/Progress.h"
 #include "support/Report.h"
 #include "support/Resolution.h"
@@ -16,13 +17,8 @@
 #include "support/VectorText.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <csignal>
-#include <cstdio>
-#include <cstring>
-#include <exception>
 #include <filesystem>
-#include <new>
 #include <optional>
 #include <stdexcept>
 #include <string>
@@ -30,7 +26,6 @@
 #include <system_error>
 #include <vector>
 
-#include <poll.h>
 #include <unistd.h>
 
 namespace {
@@ -39,13 +34,14 @@ using namespace gsl_mesh;
 using namespace gsl_sweep;
 using namespace gsl_tools;
 
-enum ExitStatus { Touching = 0, NoContact = 1, Usage = 2, BadInput = 3, Failure = 4 };
+enum ExitStatus { Touching = 0, NoContact = 1, Usage = kUsage, Failure = kFailure };
 
 Question QuestionOf(const SweepOptions& options) {
   Question question;
   question.direction = options.direction;
   question.offset = options.offset;
   question.oneSided = options.oneSided;
+  question.rule = options.leaving ? Rule::NotLeaving : Rule::Touch;
   question.maxDistance = options.maxDistance;
   return question;
 }
@@ -151,22 +147,7 @@ void AddWarning(std::vector<std::string>& warnings, const std::string& warning) 
 }
 
 void PrintLine(const std::string& line) {
-  std::fprintf(stderr, "gsl-sweep: %s\n", Printable(line).c_str());
-}
-
-void WriteStdout(std::string_view text) {
-  while (!text.empty()) {
-    const ssize_t written = write(STDOUT_FILENO, text.data(), text.size());
-    if (written >= 0) {
-      text.remove_prefix(static_cast<std::size_t>(written));
-    } else if (errno == EAGAIN) {
-      // The caller of the program may have left a pipe in this mode.
-      pollfd waited{STDOUT_FILENO, POLLOUT, 0};
-      poll(&waited, 1, -1);
-    } else if (errno != EINTR) {
-      throw OutputError(std::string("standard output: cannot be written: ") + std::strerror(errno));
-    }
-  }
+  gsl_tools::PrintLine("gsl-sweep", line);
 }
 
 /// Writes what --json asks for, to its file or to stdout.
@@ -239,6 +220,8 @@ void Describe(const SweepOptions& options, const Scene& scene, SceneReport& repo
   report.offset = options.offset;
   report.maxDistance = options.maxDistance;
   report.oneSided = options.oneSided;
+  report.rule = QuestionOf(options).rule;
+  report.last = options.last;
   report.toolVersion = GSL_VERSION;
   report.moving = CountsOf(scene.moving.body);
   for (const Part& part : scene.fixed)
@@ -304,12 +287,29 @@ void CountLeftOut(const SweepOptions& options, const Scene& scene, const Questio
   }
 }
 
+/// Asks for the first contact, for the last, or for all pairs of the first.
+void Ask(const SweepOptions& options, const Question& question, const Pair& pair, const Run& run,
+         SweepReport& report) {
+  if (options.last) {
+    report.answer = pair.Last(question, run);
+  } else if (options.patch) {
+    // Without JSON no pair is listed.
+    std::vector<Contact> listed(options.jsonFile.empty() ? 0 : options.patchPairs);
+    const PatchSummary found = pair.FindPatch(question, listed.data(), listed.size(), run);
+    listed.resize(std::min(listed.size(), found.pairCount));
+    report.answer = found.first;
+    report.patch = PatchReport{found.pairCount, found.low, found.high, listed};
+  } else {
+    report.answer = pair.First(question, run);
+  }
+}
+
 ExitStatus AnswerOne(const SweepOptions& options, Scene& scene, const Pair& pair,
                      Display& display) {
   const Question question = QuestionOf(options);
   display.Begin("Searching", "search");
   SweepReport report;
-  report.answer = pair.First(question, RunOf(options, display));
+  Ask(options, question, pair, RunOf(options, display), report);
   Describe(options, scene, report);
   AddWarning(report.warnings, FineTravels(options, scene).Check(report.answer));
   CountLeftOut(options, scene, question, report);
@@ -321,16 +321,25 @@ ExitStatus AnswerOne(const SweepOptions& options, Scene& scene, const Pair& pair
   return Touches(report.answer) ? Touching : NoContact;
 }
 
+/// Answers many questions about the first or the last contact.
+AnswerQuestions AnswerOf(const SweepOptions& options, const Pair& pair) {
+  return [&](const Question* questions, std::size_t count, Answer* answers, const Run& run) {
+    if (options.last) {
+      pair.Last(questions, count, answers, run);
+    } else {
+      pair.First(questions, count, answers, run);
+    }
+  };
+}
+
 /// Answers the questions. An overflow names the direction.
-std::vector<Answer> AnswersOf(const std::vector<Question>& questions, const Pair& pair,
+std::vector<Answer> AnswersOf(const std::vector<Question>& questions, const AnswerQuestions& answer,
                               const Run& run) {
   std::vector<Answer> answers(questions.size());
   try {
-    pair.First(questions.data(), questions.size(), answers.data(), run);
+    answer(questions.data(), questions.size(), answers.data(), run);
   } catch (const std::overflow_error&) {
-    const auto isLost = [](const Answer& answer) {
-      return answer.status == SweepStatus::Cancelled;
-    };
+    const auto isLost = [](const Answer& told) { return told.status == SweepStatus::Cancelled; };
     const auto lost = std::find_if(answers.begin(), answers.end(), isLost) - answers.begin();
     throw std::overflow_error("the travel or a point along " +
                               VectorText(questions.at(static_cast<std::size_t>(lost)).direction) +
@@ -349,7 +358,7 @@ ExitStatus AnswerSphere(const SweepOptions& options, const Scene& scene, const P
     questions.back().direction = direction;
   }
   SphereReport report;
-  report.answers = AnswersOf(questions, pair, RunOf(options, display));
+  report.answers = AnswersOf(questions, AnswerOf(options, pair), RunOf(options, display));
   Describe(options, scene, report);
   FineTravels fine(options, scene);
   for (const Answer& answer : report.answers)
@@ -404,7 +413,8 @@ ExitStatus AnswerLines(const SweepOptions& options, InputText& lines, const Scen
   } else {
     display.Enter("search");
   }
-  const DirectionTally tally = AnswerDirections(lines, pair, QuestionOf(options), run, output);
+  const DirectionTally tally =
+      AnswerDirections(lines, AnswerOf(options, pair), QuestionOf(options), run, output);
   display.End("search");
   display.End("write");
   if (!fine.ForAll().empty()) ShowWarnings(options, {fine.ForAll()});
@@ -425,29 +435,6 @@ ExitStatus SweepFiles(const SweepOptions& options) {
   return AnswerOne(options, scene, pair, display);
 }
 
-/// Runs `work`, and turns an exception into one line and an exit status.
-template <class Work>
-int Guarded(const Work& work) {
-  try {
-    return work();
-  } catch (const UsageError& error) {
-    PrintLine(error.what());
-    return Usage;
-  } catch (const MeshError& error) {
-    PrintLine(error.what());
-    return BadInput;
-  } catch (const InputError& error) {
-    PrintLine(error.what());
-    return BadInput;
-  } catch (const std::bad_alloc&) {
-    PrintLine("out of memory");
-    return Failure;
-  } catch (const std::exception& error) {
-    PrintLine(error.what());
-    return Failure;
-  }
-}
-
 int ParseAndRun(int argc, char** argv) {
   SweepOptions options;
   const std::string text = ParseSweepOptions(argc, argv, options);
@@ -464,5 +451,5 @@ int ParseAndRun(int argc, char** argv) {
 } // namespace
 
 int main(int argc, char** argv) {
-  return Guarded([&] { return ParseAndRun(argc, argv); });
+  return Guarded("gsl-sweep", [&] { return ParseAndRun(argc, argv); });
 }

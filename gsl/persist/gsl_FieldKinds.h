@@ -10,7 +10,9 @@
 #include "cow_COW.h"
 #include "omu_PrimEnum.h"
 
+#include <string_view>
 #include <type_traits>
+#include <vector>
 
 /// How a member of type T is registered, written and read. A missing field reads as the default of
 /// its kind: 0, 0.0, false, an empty text, a record without fields.
@@ -110,18 +112,67 @@ struct gsl_FieldKind<bool> {
   }
 };
 
+/// The names of the values of an enumeration, as its primitive gives them. They are made once.
+template <class E>
+class gsl_EnumNames {
+public:
+  static const gsl_EnumNames& All() {
+    // It is never destroyed: objects may be saved until the process ends.
+    static const gsl_EnumNames& names = *new gsl_EnumNames;
+    return names;
+  }
+
+  /// Returns null for a value that the enumeration does not have.
+  const cow_String* NameOf(E value) const {
+    for (const Row& row : m_rows) {
+      if (row.value == value) return &row.name;
+    }
+    return nullptr;
+  }
+  /// Returns null for a name that the enumeration does not have.
+  const E* ValueOf(std::string_view name) const {
+    for (const Row& row : m_rows) {
+      if (row.text == name) return &row.value;
+    }
+    return nullptr;
+  }
+
+private:
+  struct Row {
+    E value;
+    cow_String name;
+    std::string_view text; ///< the same name
+  };
+
+  gsl_EnumNames() {
+    for (const omu_PrimEnumEntry* row = omu_PrimEnumTable<E>::Entries(); row->name != nullptr;
+         ++row) {
+      const auto value = static_cast<E>(row->value);
+      const cow_String name = omu_PrimEnum<E, 1>(value).AsString();
+      m_rows.push_back({value, name, std::string_view(name.CStr(), name.Length())});
+    }
+  }
+
+  std::vector<Row> m_rows;
+};
+
 /// An enumeration is stored by name. A value or a name that it does not have throws.
 template <class E>
 struct gsl_FieldKind<E, std::enable_if_t<std::is_enum_v<E>>> {
   static constexpr gsl_Attribute kAttribute = {cls_EnumerationAttribute, 1, cls_NoCollection};
 
   static void Write(const cls_WriteVisitor& visitor, const cls_FieldHandle& field, E value) {
+    const cow_String* const name = gsl_EnumNames<E>::All().NameOf(value);
+    if (name != nullptr) return visitor.WriteString(field, *name);
+    // The primitive refuses the value.
     visitor.WriteString(field, omu_PrimEnum<E, 1>(value).AsString());
   }
   static E Read(const cls_ReadVisitor& visitor, const cls_FieldHandle& field) {
-    // An empty name is not a valid method, so a missing field throws.
-    const omu_PrimEnum<E, 1> stored(visitor.ReadString(field, cow_String()));
-    return static_cast<E>(stored.GetValue());
+    const cow_String name = visitor.ReadString(field, cow_String());
+    const E* const value = gsl_EnumNames<E>::All().ValueOf({name.CStr(), name.Length()});
+    if (value != nullptr) return *value;
+    // The primitive refuses the name. An empty name is not valid, so a missing field throws.
+    return static_cast<E>(omu_PrimEnum<E, 1>(name).GetValue());
   }
 };
 

@@ -1,14 +1,9 @@
+#include "MachineMemory.h"
 #include "readers/FaceCollector.h"
 #include "readers/MeshReaders.h"
 #include "readers/WordScanner.h"
 
-#define TINYOBJLOADER_USE_DOUBLE
-#define TINYOBJLOADER_IMPLEMENTATION
-#include <tiny_obj_loader.h>
-
-#include <istream>
 #include <limits>
-#include <streambuf>
 
 using gsl_arithmetic::Coord3;
 
@@ -16,15 +11,16 @@ namespace gsl_mesh {
 
 namespace {
 
-/// The face statements of a file, one per line, and the data that resolves their indices.
+/// The vertices and faces of a file.
 struct Statements {
   std::vector<Coord3> vertices;
-  std::string faces; ///< 'f' and the corners, without comments and continued lines
+  std::vector<int> corners; ///< of all faces in turn, as numbers of the file
   struct Face {
-    std::size_t verticesBefore; ///< a negative index counts back from here
+    std::size_t cornerCount;
+    std::size_t verticesBefore; ///< a negative number counts back from here
     const char* position;
   };
-  std::vector<Face> places;
+  std::vector<Face> faces;
   const char* freeForm = nullptr; ///< the first statement of a curved surface
 };
 
@@ -114,17 +110,22 @@ Coord3 ReadVertex(const MeshSource& source, std::string_view rest, const char* p
   return {c[0], c[1], c[2]};
 }
 
-/// Accepts v, v/vt, v//vn and v/vt/vn; the second and third part may be missing after their slash.
-/// The loader accepts the beginning of any other word, and its conversion overflows unnoticed.
-bool IsCornerWord(std::string_view word) {
+/// Reads a whole number that an int can hold, either way round.
+bool ParseCornerNumber(std::string_view text, std::int64_t& value) {
+  constexpr std::int64_t kLargest = std::numeric_limits<int>::max();
+  return ParseInteger(text, value) && value <= kLargest && value >= -kLargest;
+}
+
+/// Reads v, v/vt, v//vn and v/vt/vn; the second and third part may be missing after their slash.
+/// Writes v.
+bool ParseCorner(std::string_view word, int& vertex) {
   for (int part = 0; part < 3; ++part) {
     const std::size_t slash = word.find('/');
     const std::string_view number = word.substr(0, slash);
     std::int64_t value = 0;
-    const bool present = ParseInteger(number, value);
-    if (!present && (part == 0 || !number.empty())) return false;
-    constexpr std::int64_t kLargest = std::numeric_limits<int>::max();
-    if (value > kLargest || value < -kLargest) return false;
+    const bool mayBeMissing = part > 0 && number.empty();
+    if (!mayBeMissing && !ParseCornerNumber(number, value)) return false;
+    if (part == 0) vertex = static_cast<int>(value);
     if (slash == word.npos) return true;
     word.remove_prefix(slash + 1);
   }
@@ -133,20 +134,18 @@ bool IsCornerWord(std::string_view word) {
 
 void TakeFace(const MeshSource& source, std::string_view rest, const char* position,
               Statements& statements) {
-  bool any = false;
-  statements.faces.push_back('f');
+  const std::size_t before = statements.corners.size();
   for (std::string_view word = TakeWord(rest); !word.empty(); word = TakeWord(rest)) {
-    if (!IsCornerWord(word)) {
+    int vertex = 0;
+    if (!ParseCorner(word, vertex)) {
       FailReadAt(source, position,
                  Quoted(word) + " is not a corner of a face; expected v, v/vt, v//vn or v/vt/vn");
     }
-    statements.faces.push_back(' ');
-    statements.faces.append(word);
-    any = true;
+    statements.corners.push_back(vertex);
   }
-  if (!any) FailReadAt(source, position, "a face has no corners");
-  statements.faces.push_back('\n');
-  statements.places.push_back({statements.vertices.size(), position});
+  const std::size_t count = statements.corners.size() - before;
+  if (count == 0) FailReadAt(source, position, "a face has no corners");
+  statements.faces.push_back({count, statements.vertices.size(), position});
 }
 
 Statements ScanStatements(const MeshSource& source) {
@@ -161,8 +160,7 @@ Statements ScanStatements(const MeshSource& source) {
       ++p;
     const char* const position = p;
     if (position >= report) {
-      // The faces are read after the scan, in about the same time.
-      ReportPosition(source, bytes.data() + (position - bytes.data()) / 2);
+      ReportPosition(source, position);
       report = position + std::min(kProgressStep, static_cast<std::size_t>(end - position));
     }
     const bool short1 = end - p >= 2 && IsSpace(p[1]) && !EndsLine(p[1]);
@@ -188,77 +186,36 @@ Statements ScanStatements(const MeshSource& source) {
   return statements;
 }
 
-/// A stream that lets the loader read from memory without a copy.
-class MemoryBuffer : public std::streambuf {
-public:
-  explicit MemoryBuffer(std::string& text) {
-    setg(text.data(), text.data(), text.data() + text.size());
-  }
-};
-
-constexpr std::size_t kFacesPerReport = 4096;
-
-/// Receives the loader's faces.
-struct Receiver {
-  const MeshSource& source;
-  const Statements& statements;
-  FaceCollector faces;
-  std::size_t count = 0;
-  std::vector<Coord3> ring;
-};
-
-Coord3 Resolve(const Receiver& receiver, const Statements::Face& face, int index) {
-  const std::vector<Coord3>& vertices = receiver.statements.vertices;
-  const auto total = static_cast<std::int64_t>(vertices.size());
+/// Returns the vertex with a number of the file.
+Coord3 VertexOf(const MeshSource& source, const Statements& statements,
+                const Statements::Face& face, int number) {
+  const auto total = static_cast<std::int64_t>(statements.vertices.size());
   const auto before = static_cast<std::int64_t>(face.verticesBefore);
-  const std::int64_t k = index < 0 ? before + index : std::int64_t{index} - 1;
-  if (index == 0 || k < 0 || k >= total) {
-    FailReadAt(receiver.source, face.position,
-               "vertex " + std::to_string(index) + " does not exist (the file has " +
+  const std::int64_t k = number < 0 ? before + number : std::int64_t{number} - 1;
+  if (number == 0 || k < 0 || k >= total) {
+    FailReadAt(source, face.position,
+               "vertex " + std::to_string(number) + " does not exist (the file has " +
                    std::to_string(total) + " vertices, the first is 1)");
   }
-  return vertices[static_cast<std::size_t>(k)];
-}
-
-void ReceiveFace(void* user, tinyobj::index_t* indices, int count) {
-  Receiver& receiver = *static_cast<Receiver*>(user);
-  const std::vector<Statements::Face>& faces = receiver.statements.places;
-  const std::size_t number = receiver.count++;
-  const Statements::Face& face = faces.at(number);
-  if (number % kFacesPerReport == 0) {
-    const std::size_t half = receiver.source.bytes.size() / 2;
-    const double part = static_cast<double>(number) / static_cast<double>(faces.size());
-    const auto done = static_cast<std::size_t>(static_cast<double>(half) * part);
-    ReportPosition(receiver.source, receiver.source.bytes.data() + half + done);
-  }
-  receiver.ring.clear();
-  for (int k = 0; k < count; ++k) {
-    receiver.ring.push_back(Resolve(receiver, face, indices[k].vertex_index));
-  }
-  receiver.faces.Add(receiver.ring.data(), receiver.ring.size(), face.position);
+  return statements.vertices[static_cast<std::size_t>(k)];
 }
 
 } // namespace
 
-// The loader's numbers are wrong in the last digits, and it reads NaN as zero. It does not join
-// continued lines, it halves concave quadrangles along the shorter diagonal, and it opens material
-// files. So it reads the face statements alone, and returns their corners one face at a time.
 Mesh ReadObj(const MeshSource& source) {
-  Statements statements = ScanStatements(source);
+  const Statements statements = ScanStatements(source);
   Mesh mesh;
-  mesh.corners.reserve(3 * statements.places.size());
-  Receiver receiver{source, statements, FaceCollector(source, mesh), 0, {}};
-  tinyobj::callback_t callback;
-  callback.index_cb = ReceiveFace;
-  MemoryBuffer buffer(statements.faces);
-  std::istream stream(&buffer);
-  std::string error;
-  const bool read =
-      tinyobj::LoadObjWithCallback(stream, callback, &receiver, nullptr, nullptr, &error);
-  if (!read || receiver.count != statements.places.size()) {
-    FailRead(source, "the face statements cannot be read " + Quoted(error));
+  ReserveLarge(mesh.corners, 3 * statements.faces.size());
+  FaceCollector collector(source, mesh);
+  std::vector<Coord3> ring;
+  const int* number = statements.corners.data();
+  for (const Statements::Face& face : statements.faces) {
+    ring.clear();
+    for (std::size_t k = 0; k < face.cornerCount; ++k)
+      ring.push_back(VertexOf(source, statements, face, *number++));
+    collector.Add(ring.data(), ring.size(), face.position);
   }
-  receiver.faces.Finish();
+  collector.Finish();
   if (statements.freeForm != nullptr) {
     Warn(mesh, source,
          "left out curved surfaces, the first in line " +

@@ -1,3 +1,4 @@
+#include "MachineMemory.h"
 #include "readers/FaceCollector.h"
 #include "readers/MeshReaders.h"
 #include "readers/WordScanner.h"
@@ -96,12 +97,12 @@ Mesh ReadOff(const MeshSource& source) {
   SkipEdgeCount(words);
 
   std::vector<Coord3> vertices;
-  vertices.reserve(vertexCount);
+  ReserveLarge(vertices, vertexCount);
   for (std::size_t k = 0; k < vertexCount; ++k)
     vertices.push_back(ReadVertex(words));
 
   Mesh mesh;
-  mesh.corners.reserve(3 * std::min(faceCount, source.bytes.size() / 8));
+  ReserveLarge(mesh.corners, 3 * std::min(faceCount, source.bytes.size() / 8));
   FaceCollector collector(source, mesh);
   std::vector<Coord3> ring;
   for (std::size_t k = 0; k < faceCount; ++k) {

@@ -1,3 +1,4 @@
+#include "MachineMemory.h"
 #include "readers/FaceCollector.h"
 #include "readers/MeshReaders.h"
 #include "readers/WordScanner.h"
@@ -183,6 +184,9 @@ Header ParseHeader(const MeshSource& source) {
 /// Reads the values of a text body.
 class TextValues {
 public:
+  /// The decimals of a text say more than the declared type.
+  static constexpr Precision kOfDoubles = Precision::Unknown;
+
   TextValues(const MeshSource& source, std::size_t begin)
       : m_words(source, source.bytes.substr(begin), false) {}
 
@@ -213,6 +217,8 @@ private:
 /// Reads the values of a binary body.
 class BinaryValues {
 public:
+  static constexpr Precision kOfDoubles = Precision::Double;
+
   BinaryValues(const MeshSource& source, std::size_t begin, bool bigEndian)
       : m_source(source), m_next(source.bytes.data() + begin),
         m_end(source.bytes.data() + source.bytes.size()), m_bigEndian(bigEndian) {}
@@ -376,7 +382,8 @@ private:
                                static_cast<char>('x' + axis) + "'");
       }
     }
-    m_vertices.reserve(element.count);
+    m_precision = PrecisionOf(element, axes);
+    ReserveLarge(m_vertices, element.count);
     for (std::uint64_t k = 0; k < element.count; ++k) {
       m_values.Report();
       double c[3] = {0.0, 0.0, 0.0};
@@ -389,6 +396,18 @@ private:
       }
       m_vertices.push_back({c[0], c[1], c[2]});
     }
+  }
+
+  /// Returns the precision of the coordinates, which is that of the widest.
+  static Precision PrecisionOf(const Element& element, const std::vector<int>& axes) {
+    Precision precision = Precision::Single;
+    for (std::size_t p = 0; p < axes.size(); ++p) {
+      if (axes[p] < 0) continue;
+      const Scalar type = element.properties[p].type;
+      if (type == Scalar::Float64) return Values::kOfDoubles;
+      if (type != Scalar::Float32) precision = Precision::Unknown;
+    }
+    return precision;
   }
 
   void ReadFaces(const Element& element) {
@@ -404,7 +423,7 @@ private:
       FailRead(m_source, "the PLY faces have no list 'vertex_indices'");
     }
     if (IsReal(corners->type)) FailRead(m_source, "the PLY vertex indices are real numbers");
-    m_faces.faces.reserve(element.count);
+    ReserveLarge(m_faces.faces, element.count);
     for (std::uint64_t k = 0; k < element.count; ++k) {
       m_values.Report();
       for (auto p = element.properties.begin(); p != element.properties.end(); ++p) {
@@ -427,7 +446,8 @@ private:
 
   Mesh Assemble() const {
     Mesh mesh;
-    mesh.corners.reserve(3 * m_faces.faces.size());
+    mesh.precision = m_precision;
+    ReserveLarge(mesh.corners, 3 * m_faces.faces.size());
     FaceCollector collector(m_source, mesh);
     std::vector<Coord3> ring;
     const std::int64_t* index = m_faces.indices.data();
@@ -459,6 +479,7 @@ private:
   Values m_values;
   std::vector<Coord3> m_vertices;
   Faces m_faces;
+  Precision m_precision = Precision::Unknown;
   bool m_verticesSeen = false;
   bool m_facesSeen = false;
 };

@@ -1,9 +1,11 @@
+#include "MachineMemory.h"
 #include "readers/MeshReaders.h"
 #include "readers/WordScanner.h"
 
 #include <algorithm>
 #include <array>
 #include <cstring>
+#include <utility>
 
 using gsl_arithmetic::Coord3;
 
@@ -12,7 +14,7 @@ namespace gsl_mesh {
 namespace {
 
 constexpr std::size_t kHeaderSize = 80;
-constexpr std::size_t kPrefixSize = 84; ///< header and count
+constexpr std::size_t kPrefixSize = kBinaryStlPrefix; ///< header and count
 constexpr std::size_t kRecordSize = 50; ///< normal, three corners, two attribute bytes
 
 std::uint32_t LittleEndian32(const char* p) {
@@ -31,6 +33,21 @@ double LittleEndianFloat(const char* p) {
 
 Coord3 LittleEndianCorner(const char* p) {
   return {LittleEndianFloat(p), LittleEndianFloat(p + 4), LittleEndianFloat(p + 8)};
+}
+
+/// Appends the corners of a few records, whose memory is written once.
+void AppendRecords(const char* records, std::size_t count, std::vector<Coord3>& corners) {
+  constexpr std::size_t kBlock = 64;
+  std::array<Coord3, 3 * kBlock> block;
+  for (std::size_t begin = 0; begin < count; begin += kBlock) {
+    const std::size_t size = std::min(kBlock, count - begin);
+    for (std::size_t k = 0; k < size; ++k) {
+      const char* const record = records + (begin + k) * kRecordSize;
+      for (std::size_t c = 0; c < 3; ++c)
+        block[3 * k + c] = LittleEndianCorner(record + 12 * (c + 1));
+    }
+    corners.insert(corners.end(), block.data(), block.data() + 3 * size);
+  }
 }
 
 std::string_view WithoutLeadingSpace(std::string_view text) {
@@ -78,16 +95,12 @@ Mesh ReadBinary(const MeshSource& source) {
     FailRead(source, "truncated: the count says " + std::to_string(count) +
                          " triangles, the file has room for " + std::to_string(room));
   }
-  Mesh mesh;
+  const char* records = bytes.data() + kPrefixSize;
+  Mesh mesh = ReadBinaryStl(bytes.substr(0, kPrefixSize), [&](std::size_t size) {
+    ReportPosition(source, records);
+    return std::exchange(records, records + size);
+  });
   CheckTrailing(source, bytes.substr(kPrefixSize + count * kRecordSize), count, mesh);
-  mesh.corners.resize(3 * count);
-  const char* record = bytes.data() + kPrefixSize;
-  for (std::size_t k = 0; k < count; ++k, record += kRecordSize) {
-    for (std::size_t c = 0; c < 3; ++c) {
-      mesh.corners[3 * k + c] = LittleEndianCorner(record + 12 * (c + 1));
-    }
-    if (k % (kProgressStep / kRecordSize) == 0) ReportPosition(source, record);
-  }
   return mesh;
 }
 
@@ -145,7 +158,7 @@ void ReadSolid(WordScanner& words, Mesh& mesh) {
 Mesh ReadText(const MeshSource& source) {
   Mesh mesh;
   // A facet takes about 250 bytes, and at least 90 with one digit for each number.
-  mesh.corners.reserve(source.bytes.size() / 80);
+  ReserveLarge(mesh.corners, source.bytes.size() / 80);
   WordScanner words(source, WithoutByteOrderMark(source.bytes), false);
   do {
     Expect(words, "solid");
@@ -154,25 +167,38 @@ Mesh ReadText(const MeshSource& source) {
   return mesh;
 }
 
-/// Judges a file by its size or, when the size is wrong, by its bytes.
-bool IsBinaryStl(std::string_view bytes) {
+/// Judges a file of the wrong size: it is a damaged binary file, unless its first bytes look like a
+/// text.
+bool IsDamagedBinaryStl(std::string_view bytes) {
   if (bytes.size() < kPrefixSize) return false;
-  if (HasSizeOfBinaryStl(bytes)) return true;
-  // A file of the wrong size is a damaged binary file, unless its first bytes look like a text.
   return !BeginsWithSolid(bytes) || HoldsBinary(bytes.substr(0, 512));
 }
 
 } // namespace
 
-bool HasSizeOfBinaryStl(std::string_view bytes) {
-  return bytes.size() >= kPrefixSize &&
-         bytes.size() == kPrefixSize + LittleEndian32(bytes.data() + kHeaderSize) * kRecordSize;
+bool HasSizeOfBinaryStl(std::string_view prefix, std::size_t size) {
+  return prefix.size() >= kPrefixSize &&
+         size == kPrefixSize + LittleEndian32(prefix.data() + kHeaderSize) * kRecordSize;
+}
+
+Mesh ReadBinaryStl(std::string_view prefix, const std::function<const char*(std::size_t)>& next) {
+  constexpr std::size_t kPart = kProgressStep / kRecordSize;
+  const std::size_t count = LittleEndian32(prefix.data() + kHeaderSize);
+  Mesh mesh;
+  mesh.precision = Precision::Single;
+  ReserveLarge(mesh.corners, 3 * count);
+  for (std::size_t begin = 0; begin < count; begin += kPart) {
+    const std::size_t size = std::min(kPart, count - begin);
+    AppendRecords(next(size * kRecordSize), size, mesh.corners);
+  }
+  return mesh;
 }
 
 Mesh ReadStl(const MeshSource& source) {
-  const bool text = !IsBinaryStl(source.bytes) && BeginsWithSolid(source.bytes);
-  if (text) return ReadText(source);
-  const bool facetFirst = BeginsWithNoCase(WithoutLeadingSpace(source.bytes), "facet");
+  const std::string_view bytes = source.bytes;
+  if (HasSizeOfBinaryStl(bytes, bytes.size())) return ReadBinary(source);
+  if (!IsDamagedBinaryStl(bytes) && BeginsWithSolid(bytes)) return ReadText(source);
+  const bool facetFirst = BeginsWithNoCase(WithoutLeadingSpace(bytes), "facet");
   if (facetFirst) FailRead(source, "line 1: expected 'solid' before the first facet");
   return ReadBinary(source);
 }

@@ -82,7 +82,7 @@ void WordScanner::SkipSpace(bool stayOnLine) {
 
 std::string_view WordScanner::Word() {
   m_word = m_next;
-  while (m_next < m_end && !IsSpace(*m_next) && !(m_comments && *m_next == '#'))
+  while (!EndsWord(m_next))
     ++m_next;
   return {m_word, static_cast<std::size_t>(m_next - m_word)};
 }
@@ -109,17 +109,38 @@ bool WordScanner::AtEnd() {
   return m_next == m_end;
 }
 
+template <class Number, class Parse>
+bool WordScanner::TakeNumber(Number& value, const Parse& parse) {
+  SkipSpace(false);
+  if (m_next > m_report) Report();
+  const auto result = parse(m_next, m_end, value);
+  const bool isWord = result.ec == std::errc() && EndsWord(result.ptr);
+  if (isWord) {
+    m_word = m_next;
+    m_next = result.ptr;
+  }
+  return isWord;
+}
+
 double WordScanner::Real(const char* what) {
-  const std::string_view word = Next();
   double value = 0.0;
+  const auto parse = [](const char* begin, const char* end, double& number) {
+    return fast_float::from_chars(begin, end, number);
+  };
+  if (TakeNumber(value, parse)) return value;
+  const std::string_view word = Next();
   if (word.empty()) Fail(std::string("the file ends before ") + what);
   if (!ParseReal(word, value)) Fail(std::string(what) + " is not a number: " + Quoted(word));
   return value;
 }
 
 std::int64_t WordScanner::Integer(const char* what) {
-  const std::string_view word = Next();
   std::int64_t value = 0;
+  const auto parse = [](const char* begin, const char* end, std::int64_t& number) {
+    return std::from_chars(begin, end, number);
+  };
+  if (TakeNumber(value, parse)) return value;
+  const std::string_view word = Next();
   if (word.empty()) Fail(std::string("the file ends before ") + what);
   if (!ParseInteger(word, value)) {
     Fail(std::string(what) + " is not a whole number: " + Quoted(word));

@@ -58,6 +58,12 @@ public:
 private:
   void Report();
   void SkipSpace(bool stayOnLine);
+  bool EndsWord(const char* p) const {
+    return p == m_end || IsSpace(*p) || (m_comments && *p == '#');
+  }
+  /// Reads the next word when `parse` takes all of it; else takes nothing.
+  template <class Number, class Parse>
+  bool TakeNumber(Number& value, const Parse& parse);
   std::string_view Word();
 
   const MeshSource& m_source;

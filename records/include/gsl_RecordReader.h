@@ -22,6 +22,14 @@ public:
 
   class FieldRange;
 
+  /// What a record says of itself, and where its fields begin.
+  struct Header {
+    std::uint32_t typeId = 0;
+    gsl_RecordCollection collection = gsl_RecordCollection::None;
+    gsl_RecordIdentity identity;
+    Position firstField = kEnd;
+  };
+
   virtual ~gsl_RecordReader();
 
   virtual std::size_t RootCount() const = 0;
@@ -39,6 +47,8 @@ public:
 
   /// The first field in write order; kEnd for a record without fields.
   virtual Position FirstField(gsl_RecordIndex record) const = 0;
+  /// Reads the type id, the collection, the identity and the first field in one call.
+  virtual Header ReadHeader(gsl_RecordIndex record) const;
   /// Reads the field at a position other than kEnd. Returns the position of the next field.
   virtual Position ReadField(Position position, gsl_RecordField& field) const = 0;
 

@@ -41,6 +41,7 @@ public:
   gsl_RecordIdentity Identity(gsl_RecordIndex record) const override;
   gsl_RecordCollection Collection(gsl_RecordIndex record) const override;
   Position FirstField(gsl_RecordIndex record) const override;
+  Header ReadHeader(gsl_RecordIndex record) const override;
   Position ReadField(Position position, gsl_RecordField& field) const override;
   void ReadUnsigneds(gsl_RecordIndex record, std::vector<std::uint32_t>& values) const override;
   void ReadDoubles(gsl_RecordIndex record, std::vector<double>& values, std::size_t& rows,

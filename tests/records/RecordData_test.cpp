@@ -135,6 +135,50 @@ TEST(RecordData, EqualRecordsAreFoundInAnyOrderOfSerials) {
     EXPECT_EQ(store.Identity(store.Root(i)).serial, serials[i % 12]) << i;
 }
 
+TEST(RecordData, RecordsOfOneSerialAreCompared) {
+  // A run of one serial in ascending order, longer and shorter than what is kept of it.
+  for (const int different : {1, 2, 3, 4, 5, 9}) {
+    gsl_RecordStore store;
+    for (std::uint64_t serial = 1; serial <= 3; ++serial) {
+      for (int n = 0; n < 2 * different; ++n)
+        store.AddInteger(store.AddRoot(1, {4, serial}), {"x", 0}, n % different);
+    }
+    EXPECT_EQ(store.RecordCount(), static_cast<std::size_t>(3 * different));
+    for (std::size_t i = 0; i < store.RootCount(); ++i) {
+      EXPECT_EQ(FieldsOf(store, store.Root(i))[0].integer, static_cast<int>(i) % different) << i;
+    }
+  }
+}
+
+TEST(RecordData, SerialOfARecordThatWasTakenBackIsNewAgain) {
+  gsl_RecordStore store;
+  const auto add = [&](std::uint64_t serial, int value) {
+    const gsl_RecordIndex root = store.AddRoot(1, {4, serial});
+    store.AddInteger(root, {"x", 0}, value);
+    store.Finish();
+    return root;
+  };
+  add(5, 1);
+  const gsl_RecordIndex gone = add(7, 1);
+  add(7, 2);
+  store.TakeBack(gone);
+  EXPECT_EQ(store.RecordCount(), 1u);
+  // An equal record from before is found, and no record of the serial that is gone.
+  add(5, 1);
+  EXPECT_EQ(store.RecordCount(), 1u);
+  add(7, 2);
+  add(7, 1);
+  add(7, 2);
+  EXPECT_EQ(store.RecordCount(), 3u);
+  EXPECT_EQ(store.Root(4), store.Root(2));
+  EXPECT_EQ(FieldsOf(store, store.Root(3))[0].integer, 1);
+  // Only the last of the records of one serial is taken back.
+  store.TakeBack(add(7, 3));
+  add(7, 4);
+  EXPECT_EQ(store.RecordCount(), 4u);
+  EXPECT_EQ(FieldsOf(store, store.Root(5))[0].integer, 4);
+}
+
 TEST(RecordData, EqualRecordWithoutAnIdentityIsFound) {
   gsl_RecordStore store;
   for (int i = 0; i < 1000; ++i) {

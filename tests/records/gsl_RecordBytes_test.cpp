@@ -316,7 +316,7 @@ TEST(GslRecordBytes, ChecksumNoticesEveryDoubleAndTripleBitFlipOfTwoThousandByte
   const auto low = [](std::uint32_t change) { return change & ((1u << 22) - 1); };
   for (const std::uint32_t change : changes)
     isLow[low(change)] = true;
-  for (std::size_t i = 0; i < changes.size(); ++i) {
+  for (std::size_t i = 0; i < changes.size(); i += kTestScaleDivisor) {
     for (std::size_t j = i + 1; j < changes.size(); ++j) {
       const std::uint32_t sum = changes[i] ^ changes[j];
       if (!isLow[low(sum)]) continue;

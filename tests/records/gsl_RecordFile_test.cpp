@@ -3,6 +3,7 @@
 #include "RawRecords.h"
 #include "Records.h"
 #include "TemporaryFolder.h"
+#include "TestScale.h"
 #include "gsl_RecordError.h"
 
 #include <gtest/gtest.h>
@@ -96,8 +97,6 @@ TEST(GslRecordFile, ErrorsNameTheFileAndTheReason) {
   EXPECT_EQ(MessageOfSaving(folder.Path("none/model")),
             folder.Path("none/model") +
                 ": cannot write beside the file: No such file or directory");
-  EXPECT_EQ(MessageOfSaving("/dev/null"),
-            "/dev/null: cannot be replaced: it is not a regular file");
   const std::string foreign = folder.Write("foreign", "solid cube");
   EXPECT_EQ(MessageOfLoading(foreign),
             foreign + ": The bytes are not records: they start with 73 6f 6c 69, but records start "
@@ -110,47 +109,128 @@ TEST(GslRecordFile, ErrorsNameTheFileAndTheReason) {
                     "version 2");
 }
 
+namespace {
+
+/// Does the work in a child process. Returns its exit status, or -1.
+template <class Work>
+int StatusInChild(const Work& work) {
+  const pid_t child = fork();
+  if (child == 0) _exit(work());
+  int status = -1;
+  waitpid(child, &status, 0);
+  return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+/// Makes this process one without rights over files of others.
+bool BecomeNobody() {
+  constexpr uid_t kNobody = 65534;
+  return geteuid() != 0 || (setgid(kNobody) == 0 && setuid(kNobody) == 0);
+}
+
+} // namespace
+
 TEST(GslRecordFile, FullDiskLeavesTheOldFileAndNothingElse) {
   const TemporaryFolder folder;
   const std::string path = folder.Path("model.gslr");
   gsl_SaveRecords(Marked(1), path);
-  const pid_t child = fork();
-  if (child == 0) {
-    signal(SIGXFSZ, SIG_IGN);
-    const rlimit small = {1000, 1000};
-    setrlimit(RLIMIT_FSIZE, &small);
-    try {
-      gsl_SaveRecords(Marked(2, 10000), path);
-      _exit(1);
-    } catch (const gsl_RecordError& error) {
-      _exit(error.what() == path + ": cannot write: File too large" ? 0 : 2);
-    }
+  // Nothing, the header and every byte but the last one of the new file fit.
+  const rlim_t size = Marked(2, 10000).ToBytes().size();
+  for (const rlim_t limit : {rlim_t{0}, rlim_t{20}, rlim_t{1000}, size - 1}) {
+    const int status = StatusInChild([&] {
+      signal(SIGXFSZ, SIG_IGN);
+      const rlimit small = {limit, limit};
+      setrlimit(RLIMIT_FSIZE, &small);
+      try {
+        gsl_SaveRecords(Marked(2, 10000), path);
+        return 1;
+      } catch (const gsl_RecordError& error) {
+        return error.what() == path + ": cannot write: File too large" ? 0 : 2;
+      }
+    });
+    EXPECT_EQ(status, 0) << limit;
+    EXPECT_TRUE(SameRecords(gsl_LoadRecords(path), Marked(1)));
+    EXPECT_EQ(folder.Names(), (std::vector<std::string>{"model.gslr"}));
   }
-  int status = -1;
-  waitpid(child, &status, 0);
-  EXPECT_TRUE(WIFEXITED(status));
-  EXPECT_EQ(WEXITSTATUS(status), 0);
+}
+
+TEST(GslRecordFile, DevicesAreNotReplaced) {
+  for (const std::string device : {"/dev/full", "/dev/null"}) {
+    EXPECT_EQ(MessageOfSaving(device), device + ": cannot be replaced: it is not a regular file");
+    EXPECT_TRUE(std::filesystem::is_character_file(device));
+  }
+}
+
+TEST(GslRecordFile, FolderWithoutPermissionIsNamedAndTheOldFileStays) {
+  const TemporaryFolder folder;
+  const std::string path = folder.Path("model.gslr");
+  gsl_SaveRecords(Marked(1), path);
+  chmod(folder.Path("").c_str(), 0555);
+  const int status = StatusInChild([&] {
+    if (!BecomeNobody()) return 1;
+    return MessageOfSaving(path) == path + ": cannot write beside the file: Permission denied" ? 0
+                                                                                               : 2;
+  });
+  EXPECT_EQ(status, 0);
+  chmod(folder.Path("").c_str(), 0755);
   EXPECT_TRUE(SameRecords(gsl_LoadRecords(path), Marked(1)));
   EXPECT_EQ(folder.Names(), (std::vector<std::string>{"model.gslr"}));
+}
+
+TEST(GslRecordFile, FileWithoutPermissionIsNamed) {
+  const TemporaryFolder folder;
+  const std::string path = folder.Path("model.gslr");
+  gsl_SaveRecords(Marked(1), path);
+  chmod(folder.Path("").c_str(), 0755);
+  chmod(path.c_str(), 0);
+  const int status = StatusInChild([&] {
+    if (!BecomeNobody()) return 1;
+    return MessageOfLoading(path) == path + ": cannot open: Permission denied" ? 0 : 2;
+  });
+  EXPECT_EQ(status, 0);
+}
+
+TEST(GslRecordFile, CutAndFlippedFilesAreNamedWithThePlace) {
+  const TemporaryFolder folder;
+  const std::string path = folder.Path("model.gslr");
+  gsl_SaveRecords(Marked(1), path);
+  const std::string bytes = BytesOf(path);
+  const std::string body = std::to_string(bytes.size() - 24);
+  folder.Write("model.gslr", bytes.substr(0, bytes.size() - 1));
+  EXPECT_EQ(MessageOfLoading(path), path + ": The records have " +
+                                        std::to_string(bytes.size() - 1) +
+                                        " bytes, but their header announces a body of " + body);
+  std::string flipped = bytes;
+  flipped[30] = static_cast<char>(flipped[30] ^ 4);
+  folder.Write("model.gslr", flipped);
+  EXPECT_EQ(MessageOfLoading(path), path +
+                                        ": The records are damaged: the checksum of bytes 20 to " +
+                                        std::to_string(bytes.size() - 5) + " does not match");
 }
 
 TEST(GslRecordFile, WriterKilledAtAnyMomentLeavesAWholeFile) {
   const TemporaryFolder folder;
   const std::string path = folder.Path("model.gslr");
-  gsl_SaveRecords(Marked(0, 1000), path);
+  constexpr int kRoots = 100;
+  gsl_SaveRecords(Marked(0, kRoots), path);
   std::mt19937 random(20261122);
-  for (int round = 0; round < 100; ++round) {
+  int changes = 0;
+  int last = 0;
+  for (long round = 0; round < Scaled(500); ++round) {
     const pid_t child = fork();
     if (child == 0) {
-      for (int mark = 1;; ++mark)
-        gsl_SaveRecords(Marked(mark, 1000), path);
+      for (int mark = last + 1;; ++mark)
+        gsl_SaveRecords(Marked(mark, kRoots), path);
     }
-    usleep(static_cast<useconds_t>(random() % 20000));
+    usleep(static_cast<useconds_t>(random() % 5000));
     kill(child, SIGKILL);
     waitpid(child, nullptr, 0);
     const gsl_RecordStore store = gsl_LoadRecords(path);
-    ASSERT_EQ(store.RootCount(), 1000u);
+    ASSERT_EQ(store.RootCount(), static_cast<std::size_t>(kRoots));
     const int mark = (*store.Fields(0).begin()).integer;
-    ASSERT_TRUE(SameRecords(store, Marked(mark, 1000))) << round;
+    ASSERT_TRUE(SameRecords(store, Marked(mark, kRoots))) << round;
+    ASSERT_GE(mark, last) << round;
+    changes += mark != last ? 1 : 0;
+    last = mark;
   }
+  EXPECT_GT(changes, 0);
 }

@@ -13,8 +13,8 @@ public:
   gsl_RecordIndex Root(std::size_t) const override { return 0; }
   std::string_view RootName(std::size_t) const override { return "only"; }
   std::string_view ClassName(std::uint32_t) const override { return {}; }
-  std::uint32_t TypeId(gsl_RecordIndex) const override { return 0; }
-  gsl_RecordIdentity Identity(gsl_RecordIndex) const override { return {}; }
+  std::uint32_t TypeId(gsl_RecordIndex) const override { return 3; }
+  gsl_RecordIdentity Identity(gsl_RecordIndex) const override { return {4, 5}; }
   gsl_RecordCollection Collection(gsl_RecordIndex) const override {
     return gsl_RecordCollection::None;
   }
@@ -48,4 +48,13 @@ TEST(GslRecordReader, RootIsFoundByItsName) {
   EXPECT_EQ(reader.FindRoot("only"), 0u);
   EXPECT_EQ(reader.FindRoot("other"), reader.RootCount());
   EXPECT_EQ(reader.FindRoot(""), reader.RootCount());
+}
+
+TEST(GslRecordReader, HeaderHasWhatTheRecordSaysOfItself) {
+  const gsl_RecordReader::Header header = CountingReader(2).ReadHeader(0);
+  EXPECT_EQ(header.typeId, 3u);
+  EXPECT_EQ(header.collection, gsl_RecordCollection::None);
+  EXPECT_EQ(header.identity, (gsl_RecordIdentity{4, 5}));
+  EXPECT_EQ(header.firstField, 0u);
+  EXPECT_EQ(CountingReader(0).ReadHeader(0).firstField, gsl_RecordReader::kEnd);
 }

@@ -102,6 +102,26 @@ TEST(GslRecordStore, ArraysComeBackAndAreEmptyForAnotherCollection) {
   EXPECT_EQ(rows + columns, 0u);
 }
 
+TEST(GslRecordStore, HeaderAgreesWithTheSingleCalls) {
+  gsl_RecordStore store;
+  Fill(store, 1);
+  store.AddRoot(0xFFFFFFFFu, {});
+  const gsl_RecordIndex list = store.AddRoot(7, {~std::uint64_t{0}, ~std::uint64_t{0}});
+  store.SetCollection(list, gsl_RecordCollection::Objects);
+  store.AddNull(list, {}, 3);
+  store.Finish();
+  ASSERT_EQ(store.RecordCount(), 5u);
+  for (gsl_RecordIndex record = 0; record < 5; ++record) {
+    const gsl_RecordReader::Header header = store.ReadHeader(record);
+    EXPECT_EQ(header.typeId, store.TypeId(record)) << record;
+    EXPECT_EQ(header.collection, store.Collection(record)) << record;
+    EXPECT_EQ(header.identity, store.Identity(record)) << record;
+    EXPECT_EQ(header.firstField, store.FirstField(record)) << record;
+  }
+  EXPECT_EQ(store.ReadHeader(store.Root(1)).firstField, gsl_RecordReader::kEnd);
+  EXPECT_NE(store.ReadHeader(store.Root(2)).firstField, gsl_RecordReader::kEnd);
+}
+
 TEST(GslRecordStore, FieldWithoutANameIsRefusedAndNothingIsStored) {
   gsl_RecordStore store;
   const gsl_RecordIndex root = store.AddRoot(1, {});

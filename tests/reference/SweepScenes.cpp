@@ -1196,6 +1196,7 @@ void SceneMaker::SomeBasicFamily() {
 struct Family {
   const char* name;
   void (SceneMaker::*make)();
+  bool isMated = false;
 };
 
 const Family families[] = {
@@ -1217,7 +1218,7 @@ const Family families[] = {
     {"limits", &SceneMaker::Limits},
     {"stray_vertices", &SceneMaker::StrayVertices},
     {"huge_triangles", &SceneMaker::HugeTriangles},
-    {"resting", &SceneMaker::Resting},
+    {"resting", &SceneMaker::Resting, true},
     {"behind", &SceneMaker::Behind},
     {"near_ties", &SceneMaker::NearTies},
     {"flat_grids", &SceneMaker::FlatGrids},
@@ -1236,10 +1237,10 @@ const Family families[] = {
     {"pegs", &SceneMaker::Pegs},
     {"bowls", &SceneMaker::Bowls},
     {"late_start", &SceneMaker::LateStart},
-    {"mated", &SceneMaker::Mated},
-    {"seated", &SceneMaker::Seated},
-    {"rails", &SceneMaker::Rails},
-    {"corners_in_corners", &SceneMaker::CornersInCorners},
+    {"mated", &SceneMaker::Mated, true},
+    {"seated", &SceneMaker::Seated, true},
+    {"rails", &SceneMaker::Rails, true},
+    {"corners_in_corners", &SceneMaker::CornersInCorners, true},
 };
 
 void Write(std::string& text, const Coord3& p) {
@@ -1267,6 +1268,10 @@ std::size_t FamilyCount() {
 
 const char* FamilyName(std::size_t family) {
   return families[family].name;
+}
+
+bool IsMated(std::size_t family) {
+  return families[family].isMated;
 }
 
 Scene MakeScene(std::size_t family, std::uint64_t seed) {

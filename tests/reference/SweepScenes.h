@@ -21,6 +21,8 @@ struct Scene {
 
 std::size_t FamilyCount();
 const char* FamilyName(std::size_t family);
+/// Returns true for a family whose bodies touch before anything moves.
+bool IsMated(std::size_t family);
 
 /// Makes a scene, which is the same on every machine.
 Scene MakeScene(std::size_t family, std::uint64_t seed);

@@ -4,8 +4,9 @@
 #include <cstdlib>
 #include <string>
 
-/// Judges the sweep on COUNT scenes, and a quarter of them for the other questions: a body that may
-/// leave, last contacts and patches. Prints the findings.
+/// Judges the sweep on COUNT scenes. A quarter of them, and all whose bodies are mated, are judged
+/// for the other questions too: a body that may leave, last contacts and patches. Prints the
+/// findings.
 ///
 /// usage: sweep_guard COUNT [SEED [FAMILY]]
 ///
@@ -39,7 +40,8 @@ int main(int argc, char** argv) {
     for (std::size_t k = 0; k < ofFamily; ++k) {
       const Scene scene = MakeScene(family, first + k);
       std::string complaint = Complaint(scene, tally);
-      if (complaint.empty() && k % 4 == 0) complaint = ComplaintOfRules(scene, rules);
+      const bool isAskedMore = k % 4 == 0 || IsMated(family);
+      if (complaint.empty() && isAskedMore) complaint = ComplaintOfRules(scene, rules);
       if (complaint.empty()) continue;
       ++wrong;
       if (wrong <= 3) std::fprintf(stderr, "%s%s", complaint.c_str(), Describe(scene).c_str());

@@ -6,6 +6,7 @@
 
 #include <cstddef>
 #include <cstdlib>
+#include <map>
 #include <set>
 #include <sstream>
 
@@ -17,19 +18,20 @@ namespace {
 
 class Kept : public testing::Environment {
 public:
-  void Add(const std::string& document) { m_documents.insert(document); }
+  void Add(const std::string& document, Schema schema) { m_documents[schema].insert(document); }
 
   void TearDown() override {
-    if (m_documents.empty()) return;
-    const std::vector<std::string> documents(m_documents.begin(), m_documents.end());
-    const std::vector<std::string> errors = ErrorsOf(documents);
-    for (std::size_t k = 0; k < documents.size(); ++k)
-      EXPECT_EQ(errors[k], "") << documents[k];
+    for (const auto& [schema, texts] : m_documents) {
+      const std::vector<std::string> documents(texts.begin(), texts.end());
+      const std::vector<std::string> errors = ErrorsOf(documents, schema);
+      for (std::size_t k = 0; k < documents.size(); ++k)
+        EXPECT_EQ(errors[k], "") << documents[k];
+    }
     m_documents.clear();
   }
 
 private:
-  std::set<std::string> m_documents;
+  std::map<Schema, std::set<std::string>> m_documents;
 };
 
 // The framework owns the environment.
@@ -37,13 +39,14 @@ Kept& kept = static_cast<Kept&>(*testing::AddGlobalTestEnvironment(new Kept));
 
 } // namespace
 
-void Keep(const std::string& document) {
-  kept.Add(document);
+void Keep(const std::string& document, Schema schema) {
+  kept.Add(document, schema);
 }
 
-std::vector<std::string> ErrorsOf(const std::vector<std::string>& documents) {
+std::vector<std::string> ErrorsOf(const std::vector<std::string>& documents, Schema schema) {
   const TemporaryFolder folder;
-  std::string command = "'" GSL_PYTHON "' -B '" GSL_VALIDATE_JSON "' '" GSL_SWEEP_SCHEMA "'";
+  const char* const path = schema == Schema::Sweep ? GSL_SWEEP_SCHEMA : GSL_MODEL_SCHEMA;
+  std::string command = std::string("'" GSL_PYTHON "' -B '" GSL_VALIDATE_JSON "' '") + path + "'";
   for (std::size_t k = 0; k < documents.size(); ++k)
     command += " '" + folder.Write(std::to_string(k), documents[k]) + "'";
   const std::string said = folder.Path("said");

@@ -18,7 +18,8 @@ using testing::Ne;
 Json Contact() {
   return Json::parse(R"({
     "schema_version": 2, "tool_version": "0.1.0",
-    "question": {"pose": null, "offset": [0.0, 0.0, 0.0], "max_distance": null, "one_sided": false},
+    "question": {"pose": null, "offset": [0.0, 0.0, 0.0], "max_distance": null, "one_sided": false,
+                 "rule": "touch", "last": false},
     "status": "contact", "travel": 30.0, "direction": [0.0, 0.0, -1.0],
     "kind": "vertex-face", "normal": [0.0, 0.0, 1.0],
     "moving": {"file": "a", "triangles": 9, "skipped": 0, "left_out": 0, "triangle": 1,
@@ -46,6 +47,26 @@ Json Start() {
   Json json = Contact();
   json["status"] = "start";
   json["travel"] = 0.0;
+  json["kind"] = "overlap";
+  json["normal"] = nullptr;
+  return json;
+}
+
+/// A contact with all its pairs.
+Json Patch() {
+  Json json = Contact();
+  json["patch"] = Json::parse(R"({
+    "count": 7, "low": [1.0, 2.0, 3.0], "high": [1.0, 2.5, 3.0],
+    "pairs": [{"kind": "vertex-face", "normal": [0.0, 0.0, 1.0],
+               "moving": {"triangle": 1, "point": [1.0, 2.0, 3.0]},
+               "fixed": {"triangle": 0, "point": [1.0, 2.0, 3.0]}, "fixed_body": 0}]})");
+  return json;
+}
+
+/// The last contact, where the greatest distance cuts it.
+Json CutLast() {
+  Json json = Contact();
+  json["question"]["last"] = true;
   json["kind"] = "overlap";
   json["normal"] = nullptr;
   return json;
@@ -80,7 +101,7 @@ Json Sphere() {
   Json json = Json::parse(R"({
     "schema_version": 2, "tool_version": "0.1.0",
     "question": {"pose": null, "offset": [0.0, 0.0, 0.0], "max_distance": null,
-                 "one_sided": false},
+                 "one_sided": false, "rule": "not-leaving", "last": true},
     "directions": 2, "free": 1, "contact": 1, "start": 0, "least": 0, "greatest": 0,
     "moving": {"file": "a", "triangles": 9, "skipped": 0},
     "fixed_bodies": [{"file": "-", "triangles": 9, "skipped": 0}],
@@ -123,6 +144,10 @@ TEST(JsonDocuments, OutputOfTheProgramIsValid) {
                                        With(Contact(), "/normal", nullptr),
                                        With(Contact(), "/question/max_distance", 0.0),
                                        With(Contact(), "/question/pose", Pose(3, 4)),
+                                       With(Contact(), "/question/rule", "not-leaving"),
+                                       Patch(),
+                                       CutLast(),
+                                       Line(CutLast()),
                                        With(Contact(), "/warnings", Json::array({"one", "two"})),
                                        Line(Contact()),
                                        Line(None()),
@@ -146,6 +171,12 @@ TEST(JsonDocuments, KeysTooFewOrTooManyAreNoticed) {
                  Without(Contact(), "/question"),
                  Without(Contact(), "/question/one_sided"),
                  Without(Contact(), "/question/pose"),
+                 Without(Contact(), "/question/rule"),
+                 Without(Contact(), "/question/last"),
+                 Without(Patch(), "/patch/low"),
+                 Without(Patch(), "/patch/pairs/0/fixed_body"),
+                 With(Patch(), "/patch/pairs/0/travel", 1.0),
+                 With(Line(Contact()), "/patch", Patch()["patch"]),
                  Without(Contact(), "/tool_version"),
                  Without(Contact(), "/fixed/left_out"),
                  With(Contact(), "/threads", 2),
@@ -179,6 +210,12 @@ TEST(JsonDocuments, WrongValuesAreNoticed) {
                  With(Contact(), "/direction", Json::array({0.0, 0.0, -2.0})),
                  With(Contact(), "/normal", Json::array({0.0, 0.0, 1.0, 0.0})),
                  With(Contact(), "/question/max_distance", -1.0),
+                 With(Contact(), "/question/rule", "leaving"),
+                 With(Contact(), "/question/last", 1),
+                 With(Patch(), "/patch/count", -1),
+                 With(Patch(), "/patch/high", Json::array({1.0, 2.0})),
+                 With(Patch(), "/patch/pairs/0/kind", nullptr),
+                 With(Patch(), "/patch/pairs/0/moving/point", nullptr),
                  With(Contact(), "/question/pose", Pose(4, 4)),
                  With(Contact(), "/question/pose", Pose(3, 3)),
                  With(Contact(), "/question/pose", Json::array({1.0, 0.0, 0.0})),

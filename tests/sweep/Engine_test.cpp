@@ -65,7 +65,7 @@ TEST(Engine, SinglePrecisionAndDoubleHaveTheSameAnswer) {
     const Answer plain = Ask(moving, fixed, Towards(d), plainSpaces);
     EXPECT_TRUE(plainSpaces.single && !plainSpaces.forDouble);
     ASSERT_NE(plain.status, SweepStatus::None);
-    // Too small for single precision: in double, without filters.
+    // Too small for single precision: in double.
     Workspaces smallSpaces;
     const Coord3 small{0x1p-200, 0x1p-200, 0x1p-200};
     const Answer scaled = Ask(sweep_shapes::Stretched(moving, small),
@@ -86,6 +86,37 @@ TEST(Engine, SinglePrecisionAndDoubleHaveTheSameAnswer) {
       EXPECT_EQ(other.contact.fixedTriangle, plain.contact.fixedTriangle);
       EXPECT_TRUE(SameBits(other.contact.normal, plain.contact.normal));
     }
+  }
+}
+
+TEST(Engine, GoesOnWithFineTreesInTheMiddleOfAWalk) {
+  for (const bool isSingle : {false, true}) {
+    const Mesh bowl = Bowl(150, 0.3);
+    const Mesh fixed = isSingle ? Single(bowl) : bowl;
+    const Mesh above = sweep_shapes::Moved(bowl, {0.013, -0.021, 0.5});
+    const Mesh moving = isSingle ? Single(above) : above;
+    const PreparedBody a(ViewOf(moving));
+    const PreparedBody b(ViewOf(fixed));
+    const SceneBodies bodies{&a, {&b, &b}};
+    Workspaces workspaces;
+    const Question question = Towards({0.02, 0.013, -1.0});
+    // Earlier questions seem to have been hard.
+    a.CountVisits(1000000);
+    b.CountVisits(1000000);
+    const Answer first = AnswerQuestion(bodies, question, {}, workspaces);
+    EXPECT_EQ(first.status, SweepStatus::Contact);
+    ASSERT_NE(a.FineIfMade(), nullptr);
+    ASSERT_NE(b.FineIfMade(), nullptr);
+    const Answer second = AnswerQuestion(bodies, question, {}, workspaces);
+    EXPECT_TRUE(SameBits(first, second));
+    EXPECT_EQ(workspaces.forDouble, nullptr);
+    // Far below the largest coordinate: the search runs in double.
+    Mesh withSpeck = fixed;
+    sweep_shapes::AddTriangle(withSpeck, {0.0, 0.0, -9.0}, {1e-60, 0.0, -9.0}, {0.0, 0.0, -9.0});
+    const PreparedBody c(ViewOf(withSpeck));
+    const Answer inDouble = AnswerQuestion({&a, {&c, &c}}, question, {}, workspaces);
+    EXPECT_NE(workspaces.forDouble, nullptr);
+    EXPECT_TRUE(SameBits(first, inDouble));
   }
 }
 
@@ -113,7 +144,7 @@ TEST(Engine, WatchThatReturnsFalseCancels) {
   const Mesh others = sweep_shapes::Soup(random, 20000, 1.0, 1e-5, 0.0);
   const Question question = Towards({0.0, 0.0, -1.0});
   std::size_t calls = 0;
-  // The bodies are fresh, so that some calls come while their slabs are being made.
+  // The bodies are fresh, so that some calls come while their fine trees are being made.
   const auto answer = [&](std::size_t allowed) {
     const PreparedBody above(ViewOf(sweep_shapes::Moved(specks, {0.0, 0.0, 3.0})));
     const PreparedBody below(ViewOf(others));

@@ -72,4 +72,144 @@ TEST(FirstContact, TiesAcrossAnAxisAreSettledWithoutJudgingThem) {
   EXPECT_EQ(best.contact.travel, exact.contact.travel);
 }
 
+/// Judges every pair of triangles.
+FoundPair FirstOfAll(const Mesh& moving, const Mesh& fixed, const TravelDirection& direction) {
+  const auto triangle = [&](const Mesh& mesh, std::size_t k) {
+    const Coord3* c = mesh.corners.data() + 3 * k;
+    return MakeTriangle(direction, c[0], c[1], c[2]);
+  };
+  FoundPair best;
+  for (std::uint32_t i = 0; i < moving.corners.size() / 3; ++i) {
+    for (std::uint32_t j = 0; j < fixed.corners.size() / 3; ++j) {
+      PairContact contact{};
+      ExactRatio travel;
+      if (JudgePair(direction, triangle(moving, i), triangle(fixed, j), Rule::Touch,
+                    std::numeric_limits<double>::infinity(), contact,
+                    travel) != PairOutcome::Ahead) {
+        continue;
+      }
+      if (best.any && CompareRatios(travel, best.travel) >= 0) continue;
+      best.any = true;
+      best.moving = i;
+      best.fixed = j;
+      best.travel = travel;
+    }
+  }
+  return best;
+}
+
+/// Makes planes z = constant oblique to the axes, exactly.
+Mesh Sheared(Mesh mesh) {
+  for (Coord3& p : mesh.corners)
+    p.z += 0.5 * p.x + 0.25 * p.y;
+  return mesh;
+}
+
+/// The triangles of a mesh, `count` times over.
+Mesh Repeated(const Mesh& mesh, int count) {
+  Mesh repeated = mesh;
+  repeated.corners.clear();
+  for (std::size_t k = 0; k < mesh.corners.size(); k += 3) {
+    for (int copy = 0; copy < count; ++copy) {
+      repeated.corners.insert(repeated.corners.end(), mesh.corners.begin() + static_cast<long>(k),
+                              mesh.corners.begin() + static_cast<long>(k) + 3);
+    }
+  }
+  return repeated;
+}
+
+/// Turns the order of the triangles, so that the first of equals is found late.
+Mesh Backwards(const Mesh& mesh) {
+  Mesh turned = mesh;
+  turned.corners.clear();
+  for (std::size_t k = mesh.corners.size(); k > 0; k -= 3) {
+    turned.corners.insert(turned.corners.end(), mesh.corners.begin() + static_cast<long>(k) - 3,
+                          mesh.corners.begin() + static_cast<long>(k));
+  }
+  return turned;
+}
+
+TEST(FirstContact, TiesOfWholeObliqueFacesGoToTheFirstPair) {
+  const Mesh plate = Sheared(Bowl(8, 0.0));
+  // The shadows of a shifted grid meet in every way: corners in faces, on edges, edges that cross.
+  for (const double shift : {0.0, 0.125, 0.0625}) {
+    const Mesh above = sweep_shapes::Moved(
+        Sheared(sweep_shapes::Moved(Bowl(8, 0.0), {shift, 0.0, 0.0})), {0.0, 0.0, 4.0});
+    for (const auto& [moving, fixed] :
+         {std::pair{above, plate}, std::pair{Backwards(above), Backwards(plate)},
+          std::pair{Repeated(above, 3), Backwards(Repeated(plate, 2))}}) {
+      const FoundPair expected = FirstOfAll(moving, fixed, TravelDirection({0.25, 0.5, -1.0}));
+      ASSERT_TRUE(expected.any);
+      FoundPair best;
+      JudgedLeaves<float>(moving, fixed, best);
+      EXPECT_EQ(best.moving, expected.moving);
+      EXPECT_EQ(best.fixed, expected.fixed);
+      JudgedLeaves<double>(moving, fixed, best);
+      EXPECT_EQ(best.moving, expected.moving);
+      EXPECT_EQ(best.fixed, expected.fixed);
+    }
+  }
+}
+
+/// Counts the pairs of triangles that meet, and looks at every pair of leaves.
+struct MeetingPairs {
+  static constexpr bool kFromEnd = false;
+  TravelRange<float> Range() const { return {0.0f, Box<float>::kFar}; }
+  bool IsSettled(const NodePair<float>&) { return false; }
+  bool Judge(const NodePair<float>& pair) {
+    const LeafTriangles<float>& a = moving.Moving(scene, pair.moving.ref.Index());
+    const LeafTriangles<float>& b = fixed.Fixed(scene, pair.fixedBody, pair.fixed.ref.Index());
+    for (int i = 0; i < a.count; ++i) {
+      for (int j = 0; j < b.count; ++j) {
+        PairContact contact{};
+        ExactRatio travel;
+        const PairOutcome outcome =
+            JudgePair(scene.direction, Corners(a, i), Corners(b, j), Rule::Touch,
+                      std::numeric_limits<double>::infinity(), contact, travel);
+        count += outcome == PairOutcome::Apart ? 0 : 1;
+      }
+    }
+    return true;
+  }
+  Triangle Corners(const LeafTriangles<float>& leaf, int k) const {
+    return MakeTriangle(scene.direction, leaf.Corner(k, 0), leaf.Corner(k, 1), leaf.Corner(k, 2));
+  }
+
+  const Scene<float>& scene;
+  LeafCache<float> moving, fixed;
+  std::size_t count = 0;
+};
+
+TEST(Walk, SeesEveryPairWhenItGoesOnWithFineTrees) {
+  // Of some sizes the walk has many leaves before it when it changes its trees.
+  for (int size = 30; size < 38; ++size) {
+    SCOPED_TRACE(size);
+    const Mesh bowl = Bowl(size, 0.3);
+    const Mesh above = sweep_shapes::Moved(bowl, {0.013, -0.021, 2.0});
+    std::size_t counts[3];
+    for (const int body : {0, 1, 2}) {
+      const PreparedBody a(ViewOf(above));
+      const PreparedBody b(ViewOf(bowl));
+      // One of the bodies gets a fine tree in the middle of the walk.
+      if (body == 1) a.CountVisits(1000000);
+      if (body == 2) b.CountVisits(1000000);
+      const SceneBodies bodies{&a, {&b}};
+      const TravelDirection direction({0.25, 0.125, -1.0});
+      const RangeScale scale(1.0);
+      const Scene<float> scene(bodies, direction, scale, Question(), true);
+      MeetingPairs meeting{scene, {}, {}};
+      std::vector<NodePair<float>> stack;
+      const Watch none;
+      Walk<float, MeetingPairs> walk(scene, meeting, none, stack);
+      EXPECT_EQ(walk.Run(), WalkEnd::Done);
+      EXPECT_EQ(a.FineIfMade() != nullptr, body == 1);
+      EXPECT_EQ(b.FineIfMade() != nullptr, body == 2);
+      counts[body] = meeting.count;
+    }
+    EXPECT_GT(counts[0], 1000u);
+    EXPECT_EQ(counts[1], counts[0]);
+    EXPECT_EQ(counts[2], counts[0]);
+  }
+}
+
 } // namespace

@@ -34,25 +34,25 @@ Mesh SomeTriangle(std::mt19937_64& random, const Coord3& around, double size) {
 }
 
 struct Counts {
-  int ahead = 0, touching = 0, apart = 0, byHeight = 0, byShadow = 0, atStart = 0;
+  int ahead = 0, touching = 0, apart = 0, byHeight = 0, byShadow = 0, atStart = 0, byBox = 0;
   int parting = 0, afterByHeight = 0;
 };
 
 /// No filter of a pair contradicts the exact judgement.
 template <class Scalar>
 void Compare(const Mesh& moving, const Mesh& fixed, const Coord3& vector, const Coord3& offset,
-             Counts& counts) {
+             LeafCache<Scalar>& movingCache, LeafCache<Scalar>& fixedCache, Counts& counts) {
   const PreparedBody a(ViewOf(moving));
   const PreparedBody b(ViewOf(fixed));
   const SceneBodies bodies{&a, {&b}};
   const TravelDirection direction(vector);
-  const RangeScale scale(1e4);
+  const RangeScale scale(0x1p104);
   Question question;
   question.direction = vector;
   question.offset = offset;
   const Scene<Scalar> scene(bodies, direction, scale, question, true);
-  LeafCache<Scalar> movingCache;
-  LeafCache<Scalar> fixedCache;
+  movingCache.Forget();
+  fixedCache.Forget();
   const LeafTriangles<Scalar>& left = movingCache.Moving(scene, 0);
   const LeafTriangles<Scalar>& right = fixedCache.Fixed(scene, 0, 0);
   const LeafPair<Scalar> pair(scene, left, right);
@@ -77,25 +77,40 @@ void Compare(const Mesh& moving, const Mesh& fixed, const Coord3& vector, const 
   }
   const bool isShadowApart = pair.AreShadowsApart(0, 0);
   const bool isApartAtStart = pair.AreApartAtStart(0, 0);
+  const auto isBoxApart = [&](double limit) {
+    return LeafBeforeBox<Scalar, true>(scene, left, right.BoxOf(0)).AreApart(limit) ||
+           LeafBeforeBox<Scalar, false>(scene, right, left.BoxOf(0)).AreApart(limit);
+  };
   counts.byShadow += isShadowApart ? 1 : 0;
   counts.atStart += isApartAtStart ? 1 : 0;
   if (outcome == PairOutcome::Touching) {
     ++counts.touching;
     EXPECT_FALSE(isShadowApart);
     EXPECT_FALSE(isApartAtStart);
+    EXPECT_FALSE(isBoxApart(0.0));
     EXPECT_EQ(pair.ReachedByHeight(0, 0, 0.0) & 1u, 1u);
   } else if (outcome == PairOutcome::Ahead) {
     ++counts.ahead;
     EXPECT_FALSE(isShadowApart);
     const double limit = scene.WalkTravel(travel.rounded.hi * (1.0 + 0x1p-50) + 0x1p-1060);
     EXPECT_EQ(pair.ReachedByHeight(0, 0, limit) & 1u, 1u);
+    EXPECT_FALSE(isBoxApart(limit));
     Four<Scalar> from, to;
     const Scalar above = std::nextafter(static_cast<Scalar>(limit), Box<Scalar>::kFar);
     EXPECT_EQ(pair.Reached(0, 0, {0, above}, from, to) & 1u, 1u);
     counts.byHeight += (pair.ReachedByHeight(0, 0, 0.9 * limit) & 1u) == 0 ? 1 : 0;
   } else {
     ++counts.apart;
+    counts.byBox += isBoxApart(kInfinity) ? 1 : 0;
   }
+}
+
+/// Sends a corner of one of the triangles far away.
+void Stretch(std::mt19937_64& random, Mesh& moving, Mesh& fixed) {
+  RealsIn unit(-1.0, 1.0);
+  Coord3& corner = (random() % 2 == 0 ? moving : fixed).corners[random() % 3];
+  const double far = std::ldexp(1.0, static_cast<int>(random() % 100));
+  corner = {far * unit(random), far * unit(random), far * unit(random)};
 }
 
 template <class Scalar>
@@ -105,6 +120,8 @@ void CompareMany() {
   std::mt19937_64 random(seed);
   RealsIn unit(-1.0, 1.0);
   Counts counts;
+  LeafCache<Scalar> movingCache;
+  LeafCache<Scalar> fixedCache;
   for (int round = 0; round < 20000 && !testing::Test::HasFailure(); ++round) {
     SCOPED_TRACE(testing::Message() << "round " << round);
     const Coord3 d{unit(random), unit(random) * std::ldexp(1.0, -static_cast<int>(random() % 50)),
@@ -112,18 +129,20 @@ void CompareMany() {
     const double far = round % 3 == 0 ? 1000.0 : 0.0;
     const double gap = round % 2 == 0 ? 0.0 : 3.0;
     const Coord3 around{far, -far, 0.5 * far};
-    const Mesh fixed = SomeTriangle(random, around, 1.0);
-    const Mesh moving = SomeTriangle(
+    Mesh fixed = SomeTriangle(random, around, 1.0);
+    Mesh moving = SomeTriangle(
         random, gsl_arithmetic::Subtract(around, gsl_arithmetic::Multiply(d, gap)), 1.0);
+    if (round % 4 == 3) Stretch(random, moving, fixed);
     const Coord3 offset = round % 5 == 0 ? Coord3{0.01 * unit(random), 1e-9 * unit(random), 0.0}
                                          : Coord3{0.0, 0.0, 0.0};
-    Compare<Scalar>(moving, fixed, d, offset, counts);
+    Compare(moving, fixed, d, offset, movingCache, fixedCache, counts);
   }
   EXPECT_GT(counts.ahead, 1000);
   EXPECT_GT(counts.touching, 1000);
   EXPECT_GT(counts.byHeight, counts.ahead / 2);
   EXPECT_GT(counts.afterByHeight, counts.parting / 2);
   EXPECT_GT(counts.byShadow, counts.apart / 2);
+  EXPECT_GT(counts.byBox, counts.apart / 4);
   EXPECT_GT(counts.atStart, 5000);
 }
 
@@ -133,6 +152,88 @@ TEST(LeafPair, FiltersNeverContradictTheExactJudgementInFloat) {
 
 TEST(LeafPair, FiltersNeverContradictTheExactJudgementInDouble) {
   CompareMany<double>();
+}
+
+/// A thin triangle that leads to a point as far away as a stray vertex. The direction vector has
+/// length 1/2 along z.
+struct Fan {
+  Fan(const Mesh& triangle, bool fanMoves)
+      : fan(MeshOf({0.0, 0.0, 0.0}, {0.125, 0.0, 0.0}, {0.0, 0x1p100, 0.0})), one(triangle),
+        fanBody(ViewOf(fan)), oneBody(ViewOf(one)), bodies{fanMoves ? &fanBody : &oneBody,
+                                                           {fanMoves ? &oneBody : &fanBody}},
+        direction({0.0, 0.25, fanMoves ? 1.0 : -1.0}), scale(0x1p101),
+        scene(bodies, direction, scale, Question(), true) {}
+
+  static Mesh MeshOf(const Coord3& a, const Coord3& b, const Coord3& c) {
+    Mesh mesh;
+    sweep_shapes::AddTriangle(mesh, a, b, c);
+    return mesh;
+  }
+  LeafPair<float> Pair() {
+    return LeafPair<float>(scene, moving.Moving(scene, 0), fixed.Fixed(scene, 0, 0));
+  }
+
+  Mesh fan, one;
+  PreparedBody fanBody, oneBody;
+  SceneBodies bodies;
+  TravelDirection direction;
+  RangeScale scale;
+  Scene<float> scene;
+  LeafCache<float> moving, fixed;
+};
+
+TEST(LeafPair, FiltersDecideBesideATriangleThatLeadsFarAway) {
+  const auto at = [](double x) {
+    return Fan::MeshOf({x, 5.0, 1.0}, {x, 5.125, 1.0}, {x + 0.0625, 5.0, 1.125});
+  };
+  for (const bool fanMoves : {false, true}) {
+    Fan over(at(0.03125), fanMoves);
+    EXPECT_FALSE(over.Pair().AreShadowsApart(0, 0));
+    EXPECT_EQ(over.Pair().ReachedByHeight(0, 0, 2.0) & 1u, 1u);
+    EXPECT_EQ(over.Pair().ReachedByHeight(0, 0, 2.0 - 0x1p-40) & 1u, 0u);
+    Fan beside(at(0.1250001), fanMoves);
+    EXPECT_TRUE(beside.Pair().AreShadowsApart(0, 0));
+    Fan besideToo(at(-0.0625001), fanMoves);
+    EXPECT_TRUE(besideToo.Pair().AreShadowsApart(0, 0));
+  }
+}
+
+TEST(LeafBeforeBox, DecidesBesideATriangleThatLeadsFarAway) {
+  const auto at = [](double x) {
+    return Fan::MeshOf({x, 5.0, 1.0}, {x, 5.125, 1.0}, {x + 0.0625, 5.0, 1.125});
+  };
+  const auto areApart = [](Fan& fan, bool fanMoves, double limit) {
+    const LeafTriangles<float>& moving = fan.moving.Moving(fan.scene, 0);
+    const LeafTriangles<float>& fixed = fan.fixed.Fixed(fan.scene, 0, 0);
+    return fanMoves
+               ? LeafBeforeBox<float, true>(fan.scene, moving, fixed.BoxOf(0)).AreApart(limit)
+               : LeafBeforeBox<float, false>(fan.scene, fixed, moving.BoxOf(0)).AreApart(limit);
+  };
+  for (const bool fanMoves : {false, true}) {
+    Fan over(at(0.03125), fanMoves);
+    EXPECT_FALSE(areApart(over, fanMoves, 2.0));
+    EXPECT_TRUE(areApart(over, fanMoves, 2.0 - 0x1p-40));
+    Fan beside(at(0.1250001), fanMoves);
+    EXPECT_TRUE(areApart(beside, fanMoves, kInfinity));
+    Fan besideToo(at(-0.0625001), fanMoves);
+    EXPECT_TRUE(areApart(besideToo, fanMoves, kInfinity));
+  }
+}
+
+TEST(LeafPair, CopiesOfTheTriangleBeforeAreNotDistinct) {
+  Mesh mesh;
+  for (const double x : {0.0, 0.0, 1.0, 0.0, 0.0})
+    sweep_shapes::AddTriangle(mesh, {x, 0.0, 0.0}, {1.0, 1.0, 0.0}, {0.0, 1.0, 0.5});
+  sweep_shapes::AddTriangle(mesh, {1.0, 1.0, 0.0}, {0.0, 1.0, 0.5}, {0.0, 0.0, 0.0});
+  const PreparedBody body(ViewOf(mesh));
+  const SceneBodies bodies{&body, {&body}};
+  const TravelDirection direction({0.0, 0.0, -1.0});
+  const RangeScale scale(1.0);
+  const Scene<float> scene(bodies, direction, scale, Question(), true);
+  ASSERT_EQ(body.Runs().Count(), 1u);
+  LeafCache<float> cache;
+  EXPECT_EQ(cache.Moving(scene, 0).count, 6);
+  EXPECT_EQ(cache.Moving(scene, 0).distinct, 0x2du);
 }
 
 TEST(LeafPair, OneSidedLeavesHoldOnlyTrianglesThatFace) {

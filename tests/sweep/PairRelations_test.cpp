@@ -13,6 +13,7 @@
 #include <cmath>
 #include <cstdlib>
 #include <numeric>
+#include <ostream>
 #include <string>
 #include <tuple>
 #include <utility>
@@ -36,6 +37,11 @@ struct SceneCase {
   const char* fixed;
   Coord3 offset, direction;
 };
+
+/// The name in the messages of the test program.
+void PrintTo(const SceneCase& tested, std::ostream* stream) {
+  *stream << tested.name;
+}
 
 /// A closed body with waves; the surface of a cube in grid x grid squares a side, blown up.
 Mesh WavyBody(int grid, double phase) {

@@ -59,6 +59,7 @@ TEST(PreparedBody, IsMadeOnceByManyThreads) {
       exact[k] = &body.DoubleTree();
       single[k] = &body.SingleTree();
       body.MakeSlabs();
+      body.MakeFine();
     });
   }
   for (std::thread& thread : threads)
@@ -67,6 +68,8 @@ TEST(PreparedBody, IsMadeOnceByManyThreads) {
     EXPECT_EQ(single[k], single[0]);
     EXPECT_EQ(exact[k], exact[0]);
   }
+  ASSERT_NE(body.FineIfMade(), nullptr);
+  EXPECT_EQ(body.FineIfMade()->slabs->nodes.size(), body.FineIfMade()->tree.nodes.size());
   ASSERT_NE(body.SlabsIfMade(), nullptr);
   EXPECT_EQ(body.SlabsIfMade()->nodes.size(), single[0]->nodes.size());
   EXPECT_GT(body.Bytes(), before);
@@ -98,19 +101,36 @@ TEST(PreparedBody, LeavesAreMadeOnceByManyThreads) {
   }
 }
 
-TEST(PreparedBody, SlabsThatAreGivenUpAreMadeLater) {
+TEST(PreparedBody, AFineTreeThatIsGivenUpIsMadeLater) {
   const Mesh mesh = Bowl(200, 0.3);
   const PreparedBody body(ViewOf(mesh));
   int asked = 0;
-  body.MakeSlabs([&asked] { return ++asked < 0; });
+  body.MakeFine([&asked] { return ++asked < 0; });
   EXPECT_EQ(asked, 1);
-  EXPECT_EQ(body.SlabsIfMade(), nullptr);
-  EXPECT_THROW(body.MakeSlabs([]() -> bool { throw std::runtime_error("no"); }),
-               std::runtime_error);
-  EXPECT_EQ(body.SlabsIfMade(), nullptr);
-  body.MakeSlabs([&asked] { return ++asked > 0; });
+  EXPECT_EQ(body.FineIfMade(), nullptr);
+  EXPECT_THROW(body.MakeFine([]() -> bool { throw std::runtime_error("no"); }), std::runtime_error);
+  EXPECT_EQ(body.FineIfMade(), nullptr);
+  body.MakeFine([&asked] { return ++asked > 0; });
   EXPECT_GT(asked, 1);
+  EXPECT_NE(body.FineIfMade(), nullptr);
+}
+
+TEST(PreparedBody, SlabsThatAreGivenUpAreMadeLater) {
+  const Mesh mesh = Bowl(200, 0.3);
+  const PreparedBody body(ViewOf(mesh));
+  body.MakeSlabs([] { return false; });
+  EXPECT_EQ(body.SlabsIfMade(), nullptr);
+  body.MakeSlabs();
   EXPECT_NE(body.SlabsIfMade(), nullptr);
+}
+
+TEST(PreparedBody, DeservesAFineTreeAfterManyVisits) {
+  const Mesh mesh = Bowl(100, 0.3); // 20000 triangles
+  const PreparedBody body(ViewOf(mesh));
+  body.CountVisits(14999);
+  EXPECT_FALSE(body.DeservesFine());
+  body.CountVisits(1);
+  EXPECT_TRUE(body.DeservesFine());
 }
 
 TEST(PreparedBody, MovedEqualsABodyMadeAgain) {

@@ -83,7 +83,10 @@ TEST(SlabTest, NeverRejectsACornerThatMeetsACorner) {
     };
     // The largest component is from 1/2 to 1.
     Coord3 d{whole(64) / 128.0, whole(64) / 128.0, round % 2 == 0 ? 0.75 : -0.5};
+    // The normals are along z, more or less, so that this direction slides along the slabs.
+    if (round % 4 == 1) d = {0.75, whole(64) / 128.0, whole(2) / 128.0};
     const double travel = std::fabs(whole(200)) / 4.0;
+    const float limit = round % 3 == 1 ? static_cast<float>(travel) : Box<float>::kFar;
     const double far = round % 3 == 0 ? 0.0 : 4096.0 * whole(40);
     Mesh fixed = sweep_shapes::Moved(Bowl(16, 0.25), {far, -far, 0.5 * far});
     const std::size_t j = random() % fixed.corners.size();
@@ -103,13 +106,13 @@ TEST(SlabTest, NeverRejectsACornerThatMeetsACorner) {
     const Float4 error = (slabsA.nodes[0].reach + Float4::Of(RoundedUp(b.tree.box.Reach()))) *
                          Float4::Of(kSlabError);
     Float4 first = Float4::Of(0.0f);
-    Float4 last = Float4::Of(Box<float>::kFar);
+    Float4 last = Float4::Of(limit);
     test.Narrow<true>(node.boxes, slabsA.nodes[0], b.tree.box, slabsB.root, error, first, last);
     const TreeNode<float>& other = b.tree.nodes[0];
     const Float4 otherError = (slabsB.nodes[0].reach + Float4::Of(RoundedUp(a.tree.box.Reach()))) *
                               Float4::Of(kSlabError);
     Float4 otherFirst = Float4::Of(0.0f);
-    Float4 otherLast = Float4::Of(Box<float>::kFar);
+    Float4 otherLast = Float4::Of(limit);
     test.Narrow<false>(other.boxes, slabsB.nodes[0], a.tree.box, slabsA.root, otherError,
                        otherFirst, otherLast);
     for (int lane = 0; lane < 4; ++lane) {
@@ -127,6 +130,41 @@ TEST(SlabTest, NeverRejectsACornerThatMeetsACorner) {
     }
   }
   EXPECT_GT(raised, 100u);
+}
+
+/// Flat plates at a distance of 1, and a direction that brings them together slowly or not at all.
+TEST(SlabTest, RejectsPlatesThatStayApart) {
+  const Mesh plate = sweep_shapes::Moved(Bowl(16, 0.0), {0.0, 0.0, 2.0});
+  const Parts below(plate);
+  const auto madeBelow = Slabs::Of(below.corners, below.leaves, below.tree);
+  for (const double side : {1.0, -1.0}) {
+    const Parts above(sweep_shapes::Moved(plate, {0.0, 0.0, side}));
+    const auto madeAbove = Slabs::Of(above.corners, above.leaves, above.tree);
+    const SlabNode& node = madeAbove->nodes[0];
+    const Float4 error =
+        (node.reach + Float4::Of(RoundedUp(below.tree.box.Reach()))) * Float4::Of(kSlabError);
+    const auto areApart = [&](const Coord3& d, float limit) {
+      const SlabTest test(d);
+      unsigned kept = 0;
+      for (const bool fourMove : {true, false}) {
+        Float4 first = Float4::Of(0.0f);
+        Float4 last = Float4::Of(limit);
+        const Boxes<float>& boxes = above.tree.nodes[0].boxes;
+        if (fourMove) {
+          test.Narrow<true>(boxes, node, below.tree.box, madeBelow->root, error, first, last);
+        } else {
+          test.Narrow<false>(boxes, node, below.tree.box, madeBelow->root, error, first, last);
+        }
+        kept |= AtMost(first, last);
+      }
+      return kept == 0;
+    };
+    EXPECT_TRUE(areApart({0.75, 0.5, 0.0}, 1e4f));
+    for (const double along : {0x1p-7, -0x1p-7}) {
+      EXPECT_TRUE(areApart({0.75, 0.5, along}, 127.0f));
+      EXPECT_FALSE(areApart({0.75, 0.5, along}, 128.0f));
+    }
+  }
 }
 
 } // namespace

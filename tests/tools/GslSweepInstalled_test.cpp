@@ -45,6 +45,17 @@ TEST_F(GslSweepInstalled, ReadsEveryFormat) {
   }
 }
 
+TEST_F(GslSweepInstalled, ModelsAreShownToo) {
+  const Outcome run = Shell(
+      "'" + m_prefix + "/" GSL_BIN_DIR "/gsl-model' " GSL_GOLDEN_RECORDS "/every_kind.gslr check");
+  EXPECT_EQ(run.status, 0) << run.err;
+  const std::string source = GSL_EXAMPLE_MESHES "/../../tools/gsl-model";
+  EXPECT_NE(BytesOf(source + ".1"), "");
+  EXPECT_EQ(BytesOf(m_prefix + "/" GSL_MAN_DIR "/man1/gsl-model.1"), BytesOf(source + ".1"));
+  EXPECT_EQ(BytesOf(m_prefix + "/" GSL_DATA_DIR "/bash-completion/completions/gsl-model"),
+            BytesOf(source + ".bash"));
+}
+
 TEST_F(GslSweepInstalled, IsFoundThroughALink) {
   const std::string link = m_folder.Path("link");
   std::filesystem::create_symlink(m_prefix + "/" GSL_BIN_DIR "/gsl-sweep", link);

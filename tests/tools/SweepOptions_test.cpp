@@ -66,6 +66,8 @@ TEST(SweepOptions, LeastCommandLineLeavesTheRestAtItsDefaults) {
   EXPECT_EQ(options.directionsFile, "");
   EXPECT_EQ(options.sphereCount, 0u);
   EXPECT_FALSE(options.oneSided || options.quiet || options.verbose || options.force);
+  EXPECT_FALSE(options.leaving || options.last || options.patch);
+  EXPECT_EQ(options.patchPairs, 1000u);
   EXPECT_EQ(options.maxDistance, std::numeric_limits<double>::infinity());
   EXPECT_EQ(options.jsonFile, "");
   EXPECT_EQ(options.outputFile, "");
@@ -90,6 +92,10 @@ TEST(SweepOptions, EveryOptionArrives) {
   EXPECT_EQ(options.threads, 1024u);
   EXPECT_EQ(options.progress, ProgressStyle::Plain);
   EXPECT_TRUE(ParseMore({"--json", "-"}).options.JsonToStdout());
+  const SweepOptions all = ParseMore({"--leaving", "--patch", "--patch-pairs", "1000000"}).options;
+  EXPECT_TRUE(all.leaving && all.patch);
+  EXPECT_EQ(all.patchPairs, 1000000u);
+  EXPECT_TRUE(ParseMore({"--leaving", "--last"}).options.last);
   EXPECT_EQ(ParseMore({"--progress=never"}).options.progress, ProgressStyle::Never);
   EXPECT_EQ(ParseMore({"--progress=auto"}).options.progress, ProgressStyle::Auto);
 }
@@ -103,6 +109,18 @@ TEST(SweepOptions, ManyDirectionsTakeThePlaceOfOne) {
   EXPECT_EQ(Parse({"a", "b", "--sphere", "1"}).options.sphereCount, 1u);
   EXPECT_EQ(Parse({"a", "b", "--sphere=100000", "--json", "-"}).options.sphereCount, 100000u);
   EXPECT_EQ(Parse({"a", "b", "--sphere=100000", "--json", "-"}).error, "");
+}
+
+TEST(SweepOptions, PatchIsOfTheFirstContactAlongOneDirection) {
+  EXPECT_EQ(ParseMore({"--patch", "--last"}).error,
+            "--patch and --last are both given; expected one of them at most");
+  EXPECT_EQ(Parse({"a", "b", "--sphere", "9", "--patch"}).error,
+            "--patch cannot be used with --sphere; expected --direction");
+  EXPECT_EQ(Parse({"a", "b", "--directions", "d", "--patch"}).error,
+            "--patch cannot be used with --directions; expected --direction");
+  EXPECT_EQ(ParseMore({"--patch-pairs", "9"}).error,
+            "--patch-pairs is given without --patch; expected both");
+  EXPECT_EQ(Parse({"a", "b", "--sphere", "9", "--last", "--leaving"}).error, "");
 }
 
 TEST(SweepOptions, QuietAndVerboseExcludeEachOther) {

@@ -12,7 +12,7 @@
 
 #include <sys/wait.h>
 
-/// Runs gsl-sweep as a person does, through a shell.
+/// Runs the programs as a person does, through a shell.
 namespace tool_run {
 
 struct Outcome {
@@ -31,6 +31,11 @@ public:
 
 /// Has the JSON documents of an output validated: one document, or one in each line.
 inline void KeepJson(const std::string& out) {
+  // The documents of gsl-model have version 1, and those of gsl-sweep version 2.
+  if (out.find("{\n  \"schema_version\": 1,") == 0) {
+    json_documents::Keep(out, json_documents::Schema::Model);
+    return;
+  }
   if (out.substr(0, 8) != "{\"line\":") {
     if (out.substr(0, 1) == "{") json_documents::Keep(out);
     return;
@@ -40,11 +45,13 @@ inline void KeepJson(const std::string& out) {
     json_documents::Keep(line);
 }
 
-/// Runs a shell command in which $SWEEP is the program. JSON on its stdout is validated.
+/// Runs a shell command in which $SWEEP and $MODEL are the programs. JSON on its stdout is
+/// validated.
 inline Outcome Shell(const std::string& command) {
   const Folder folder;
-  const std::string line = "SWEEP='" GSL_SWEEP_PROGRAM "'; { " + command + "; } >'" +
-                           folder.Path("out") + "' 2>'" + folder.Path("err") + "' </dev/null";
+  const std::string line = "SWEEP='" GSL_SWEEP_PROGRAM "'; MODEL='" GSL_MODEL_PROGRAM "'; { " +
+                           command + "; } >'" + folder.Path("out") + "' 2>'" + folder.Path("err") +
+                           "' </dev/null";
   Outcome outcome;
   const int status = std::system(line.c_str());
   outcome.status = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
@@ -56,6 +63,10 @@ inline Outcome Shell(const std::string& command) {
 
 inline Outcome Sweep(const std::string& arguments) {
   return Shell("$SWEEP " + arguments);
+}
+
+inline Outcome Model(const std::string& arguments) {
+  return Shell("$MODEL " + arguments);
 }
 
 inline std::size_t LineCount(const std::string& text) {

@@ -75,7 +75,7 @@ TEST(GslSweep, JsonRepeatsTheQuestionAndNotTheThreads) {
                                       .out);
   EXPECT_EQ(answer["question"],
             json::parse(R"({"pose": null, "offset": [0.0, 0.0, 5.0], "max_distance": 12.5,
-                            "one_sided": true})"));
+                            "one_sided": true, "rule": "touch", "last": false})"));
   EXPECT_EQ(answer["status"], "none");
   EXPECT_TRUE(answer["normal"].is_null());
   // Each part has triangles that face away.
@@ -84,7 +84,7 @@ TEST(GslSweep, JsonRepeatsTheQuestionAndNotTheThreads) {
   const json free = json::parse(Sweep(parts + "-d -z --json -").out);
   EXPECT_EQ(free["question"],
             json::parse(R"({"pose": null, "offset": [0.0, 0.0, 0.0], "max_distance": null,
-                      "one_sided": false})"));
+                      "one_sided": false, "rule": "touch", "last": false})"));
   EXPECT_EQ(free["moving"]["left_out"], 0);
 }
 
@@ -125,6 +125,101 @@ TEST(GslSweep, DocumentsShowManyDirections) {
     const std::string beginning = line.substr(0, 70);
     EXPECT_NE(guide.find("\n" + beginning), std::string::npos) << line;
   }
+}
+
+/// Returns the rest of the text after a mark, up to the next mark.
+std::string Between(const std::string& text, const std::string& mark, const std::string& end) {
+  const std::size_t begin = text.find(mark);
+  if (begin == text.npos) return {};
+  return text.substr(begin + mark.size(),
+                     text.find(end, begin + mark.size()) - begin - mark.size());
+}
+
+const std::string questionsGuide = GSL_EXAMPLE_MESHES "/../../docs/contact-questions.md";
+
+TEST(GslSweep, DocumentsShowEveryQuestion) {
+  const std::string guide = BytesOf(questionsGuide);
+  const std::string fence = "\n```\n";
+  std::size_t count = 0;
+  for (const char* const option : {"--leaving", "--last", "--patch"}) {
+    SCOPED_TRACE(option);
+    // A command ends with the option it shows, and what it prints follows it.
+    const std::size_t end = guide.find(std::string(" ") + option + fence);
+    ASSERT_NE(end, guide.npos);
+    const std::size_t begin = guide.rfind("\ngsl-sweep ", end);
+    ASSERT_NE(begin, guide.npos);
+    const std::string command = guide.substr(begin + 1, guide.find('\n', begin + 1) - begin - 1);
+    const Outcome run = Shell("cd " GSL_EXAMPLE_MESHES "; $SWEEP " + command.substr(10));
+    EXPECT_EQ(Between(guide.substr(end), "\n```\n\n```\n", "```"), run.out);
+    ++count;
+  }
+  EXPECT_EQ(count, 3u);
+}
+
+TEST(GslSweep, DocumentsShowTheSeatedBoltInSixDirections) {
+  const std::string guide = BytesOf(questionsGuide);
+  for (const char* const direction : {"x", "-x", "y", "-y", "z", "-z"}) {
+    const auto status = [&](const std::string& option) {
+      const json answer = json::parse(
+          Sweep(parts + "--offset 0,0,-30 --json - -d " + direction + " " + option).out);
+      return answer["status"].get<std::string>();
+    };
+    const std::string row =
+        "\n| `" + std::string(direction) + "` | " + status("") + " | " + status("--leaving") + " |";
+    EXPECT_NE(guide.find(row), guide.npos) << row;
+  }
+}
+
+TEST(GslSweep, SeatedBoltLeavesUpwardsOnly) {
+  const std::string seated = parts + "--offset 0,0,-30 --leaving -d ";
+  EXPECT_EQ(Sweep(seated + "z").status, 1);
+  EXPECT_EQ(Sweep(seated + "1,0,9").status, 0); // its shank meets the wall of the hole
+  EXPECT_EQ(Sweep(seated + "x").status, 0);
+  const json answer = json::parse(Sweep(seated + "-z --json -").out);
+  EXPECT_EQ(answer["status"], "start");
+  EXPECT_EQ(answer["question"]["rule"], "not-leaving");
+}
+
+TEST(GslSweep, LastContactIsAfterTheFirst) {
+  const json last = json::parse(Sweep(parts + "-d -z --last --json -").out);
+  EXPECT_EQ(last["status"], "contact");
+  EXPECT_TRUE(last["question"]["last"]);
+  EXPECT_GT(last["travel"], 30.0);
+  // Cut where the head is pressed into the bracket.
+  const json cut = json::parse(Sweep(parts + "-d -z --last --max-distance 31 --json -").out);
+  EXPECT_EQ(cut["travel"], 31.0);
+  EXPECT_EQ(cut["kind"], "overlap");
+  const std::string documents =
+      Shell("printf '%s\\n' -z z | $SWEEP " + parts + "--last --directions -").out;
+  EXPECT_EQ(json::parse(documents.substr(0, documents.find('\n')))["travel"], last["travel"]);
+  const json sphere = json::parse(Sweep(parts + "--sphere 9 --last --json -").out);
+  EXPECT_TRUE(sphere["question"]["last"]);
+  const json first = json::parse(Sweep(parts + "--sphere 9 --json -").out);
+  for (std::size_t k = 0; k < 9; ++k) {
+    const json& of = sphere["answers"][k];
+    EXPECT_EQ(of["status"], first["answers"][k]["status"]);
+    if (of["status"] == "contact") {
+      EXPECT_GT(of["travel"], first["answers"][k]["travel"]);
+    }
+  }
+}
+
+TEST(GslSweep, PatchIsTheWholeFace) {
+  const json all = json::parse(Sweep(parts + "-d -z --patch --json -").out);
+  const json& patch = all["patch"];
+  EXPECT_GT(patch["count"], 100);
+  EXPECT_EQ(patch["pairs"].size(), patch["count"]);
+  EXPECT_EQ(patch["low"][2], 0.0);
+  EXPECT_EQ(patch["high"][2], 0.0);
+  EXPECT_LT(patch["low"][0], -6.0);
+  EXPECT_EQ(patch["pairs"][0]["moving"], json::parse(R"({"triangle": 120,
+                                                         "point": [6.5, 1.7417000532150269, 30]})"));
+  const std::string few = Sweep(parts + "-d -z --patch --patch-pairs 2 --json -").out;
+  EXPECT_EQ(json::parse(few)["patch"]["count"], patch["count"]);
+  EXPECT_EQ(json::parse(few)["patch"]["pairs"].size(), 2u);
+  const std::string none = Sweep(parts + "-d -z --patch --max-distance 9 --json -").out;
+  EXPECT_EQ(json::parse(none)["patch"], json::parse(R"({"count": 0, "low": null, "high": null,
+                                                        "pairs": []})"));
 }
 
 TEST(GslSweep, TakesDirectionsInEveryForm) {
@@ -512,6 +607,11 @@ TEST(GslSweep, WrongUsageExitsWithTwoAndOneLine) {
         parts + "--direction -z --directions d.txt",
         parts + "--sphere 0",
         parts + "--sphere 9 --output moved.stl",
+        parts + "--sphere 9 --patch",
+        parts + "--direction -z --patch --last",
+        parts + "--direction -z --patch-pairs 9",
+        parts + "--direction -z --patch --patch-pairs 0",
+        parts + "--direction -z --patch --patch-pairs 1000001",
         parts + "--directions d.txt --json -",
         "- " + bracket + " --directions -",
         "- " + parts + "- --direction -z",
@@ -541,7 +641,7 @@ TEST(GslSweep, DocumentsNameEveryOptionOfTheHelp) {
     names.insert(
         help.substr(begin, help.find_first_not_of("abcdefghijklmnopqrstuvwxyz-", begin) - begin));
   }
-  EXPECT_EQ(names.size(), 17u);
+  EXPECT_EQ(names.size(), 21u);
   for (const std::string& name : names)
     EXPECT_NE(guide.find("`" + name), std::string::npos) << name;
 }

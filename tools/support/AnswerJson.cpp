@@ -1,6 +1,7 @@
 #include "support/AnswerJson.h"
 
 #include <cmath>
+#include <utility>
 
 namespace gsl_tools {
 
@@ -31,6 +32,15 @@ Json PlaceAsJson(std::size_t triangle, const Coord3& point, bool touches) {
   return json;
 }
 
+/// Adds the features that meet and where they meet.
+void AddContact(Json& json, const gsl_sweep::Contact& contact, bool touches) {
+  json["kind"] = touches ? Json(KindName(contact.kind)) : Json();
+  json["normal"] = touches && contact.hasNormal ? JsonOf(contact.normal) : Json();
+  json["moving"] = PlaceAsJson(contact.movingTriangle, contact.movingPoint, touches);
+  json["fixed"] = PlaceAsJson(contact.fixedTriangle, contact.fixedPoint, touches);
+  json["fixed_body"] = touches ? Json(contact.fixedBody) : Json();
+}
+
 /// Returns the first three rows of the matrix.
 Json PoseAsJson(const std::optional<gsl_Matrix>& pose) {
   if (!pose) return {};
@@ -46,10 +56,16 @@ Json QuestionAsJson(const SceneReport& report) {
   json["offset"] = JsonOf(report.offset);
   json["max_distance"] = std::isfinite(report.maxDistance) ? Json(report.maxDistance) : Json();
   json["one_sided"] = report.oneSided;
+  json["rule"] = RuleName(report.rule);
+  json["last"] = report.last;
   return json;
 }
 
 } // namespace
+
+const char* RuleName(gsl_sweep::Rule rule) {
+  return rule == gsl_sweep::Rule::NotLeaving ? "not-leaving" : "touch";
+}
 
 Json JsonOf(const Coord3& p) {
   return Json::array({p.x, p.y, p.z});
@@ -57,16 +73,26 @@ Json JsonOf(const Coord3& p) {
 
 Json AnswerAsJson(const Answer& answer) {
   const bool touches = Touches(answer);
-  const gsl_sweep::Contact& contact = answer.contact;
   Json json;
   json["status"] = StatusName(answer.status);
-  json["travel"] = touches ? Json(contact.travel) : Json();
+  json["travel"] = touches ? Json(answer.contact.travel) : Json();
   json["direction"] = JsonOf(answer.unitDirection);
-  json["kind"] = touches ? Json(KindName(contact.kind)) : Json();
-  json["normal"] = touches && contact.hasNormal ? JsonOf(contact.normal) : Json();
-  json["moving"] = PlaceAsJson(contact.movingTriangle, contact.movingPoint, touches);
-  json["fixed"] = PlaceAsJson(contact.fixedTriangle, contact.fixedPoint, touches);
-  json["fixed_body"] = touches ? Json(contact.fixedBody) : Json();
+  AddContact(json, answer.contact, touches);
+  return json;
+}
+
+Json PatchAsJson(const PatchReport& patch) {
+  const bool isEmpty = patch.pairCount == 0;
+  Json json;
+  json["count"] = patch.pairCount;
+  json["low"] = isEmpty ? Json() : JsonOf(patch.low);
+  json["high"] = isEmpty ? Json() : JsonOf(patch.high);
+  json["pairs"] = Json::array();
+  for (const gsl_sweep::Contact& contact : patch.listed) {
+    Json pair;
+    AddContact(pair, contact, true);
+    json["pairs"].push_back(std::move(pair));
+  }
   return json;
 }
 

@@ -12,12 +12,18 @@ namespace gsl_tools {
 
 using Json = nlohmann::ordered_json;
 
+/// Returns "touch" and so on.
+const char* RuleName(gsl_sweep::Rule rule);
+
 /// Returns three numbers.
 Json JsonOf(const Coord3& p);
 
 /// Returns the keys of one answer: status, travel, direction, kind, normal, moving, fixed and
 /// fixed_body. moving and fixed have the triangle and the point.
 Json AnswerAsJson(const Answer& answer);
+
+/// Returns count, low, high and pairs. Each pair has the keys of an answer from kind on.
+Json PatchAsJson(const PatchReport& patch);
 
 /// Returns the keys with which a document begins: schema_version, tool_version and question.
 Json SceneAsJson(const SceneReport& report);

@@ -39,7 +39,7 @@ class Batch {
 public:
   Batch(const DirectionLine* lines, std::size_t count) : m_lines(lines), m_count(count) {}
 
-  void Answer(const Pair& pair, Question question, const Run& run) {
+  void Answer(const AnswerQuestions& ask, Question question, const Run& run) {
     std::vector<Question> questions;
     for (std::size_t k = 0; k < m_count; ++k) {
       if (!m_lines[k].error.empty()) continue;
@@ -48,7 +48,7 @@ public:
     }
     m_answers.resize(questions.size());
     try {
-      pair.First(questions.data(), questions.size(), m_answers.data(), run);
+      ask(questions.data(), questions.size(), m_answers.data(), run);
     } catch (const std::overflow_error&) {
       // The answers that are beyond the range of double are Cancelled, and the others are there.
     }
@@ -147,8 +147,9 @@ std::string ErrorAsJsonLine(std::size_t line, const std::string& error) {
   return LineText(json);
 }
 
-DirectionTally AnswerDirections(InputText& input, const Pair& pair, const Question& question,
-                                const Run& run, const DirectionOutput& output) {
+DirectionTally AnswerDirections(InputText& input, const AnswerQuestions& ask,
+                                const Question& question, const Run& run,
+                                const DirectionOutput& output) {
   DirectionTally tally;
   DirectionLines parser;
   const auto size = static_cast<double>(input.Size());
@@ -156,7 +157,7 @@ DirectionTally AnswerDirections(InputText& input, const Pair& pair, const Questi
   const auto answer = [&](const std::vector<DirectionLine>& lines, double bytes) {
     for (std::size_t begin = 0; begin < lines.size(); begin += kBatch) {
       Batch batch(lines.data() + begin, std::min(kBatch, lines.size() - begin));
-      batch.Answer(pair, question, run);
+      batch.Answer(ask, question, run);
       batch.Write(output, tally);
       const double part = static_cast<double>(std::min(begin + kBatch, lines.size())) /
                           static_cast<double>(lines.size());

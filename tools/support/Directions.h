@@ -59,9 +59,13 @@ struct DirectionOutput {
   std::function<void(double)> progress; ///< takes the part that is done, of a file only
 };
 
+/// Answers the questions in parallel, as gsl_sweep::Pair::First and Last do.
+using AnswerQuestions = std::function<void(const gsl_sweep::Question* questions, std::size_t count,
+                                           gsl_sweep::Answer* answers, const gsl_sweep::Run& run)>;
+
 /// Answers the lines of a text in their order. Lines that have arrived are answered, in batches of
 /// at most 64, before more of the text is waited for.
-DirectionTally AnswerDirections(InputText& input, const gsl_sweep::Pair& pair,
+DirectionTally AnswerDirections(InputText& input, const AnswerQuestions& ask,
                                 const gsl_sweep::Question& question, const gsl_sweep::Run& run,
                                 const DirectionOutput& output);
 

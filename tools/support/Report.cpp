@@ -82,10 +82,12 @@ std::string FirstLine(const SweepReport& report) {
   const std::string along = " along " + VectorText(answer.unitDirection);
   switch (answer.status) {
   case SweepStatus::Contact:
-    return "Contact after " + NumberText(answer.contact.travel) + along + ": " +
-           KindInWords(answer.contact.kind) + ".\n";
+    return (report.last ? "Last contact after " : "Contact after ") +
+           NumberText(answer.contact.travel) + along + ": " + KindInWords(answer.contact.kind) +
+           ".\n";
   case SweepStatus::Start:
-    return "In contact from the start: " + KindInWords(answer.contact.kind) + ".\n";
+    return (report.last ? "Last contact at the start: " : "In contact from the start: ") +
+           KindInWords(answer.contact.kind) + ".\n";
   case SweepStatus::None:
   case SweepStatus::Cancelled:
     break;
@@ -93,6 +95,13 @@ std::string FirstLine(const SweepReport& report) {
   const bool limited = std::isfinite(report.maxDistance);
   return "No contact" + along + (limited ? " within " + NumberText(report.maxDistance) : "") +
          ".\n";
+}
+
+/// Returns the line about a patch with pairs.
+std::string PatchLine(const PatchReport& patch) {
+  return "  patch   " + std::to_string(patch.pairCount) +
+         (patch.pairCount == 1 ? " pair" : " pairs") + " of triangles, from " +
+         VectorText(patch.low) + " to " + VectorText(patch.high) + "\n";
 }
 
 /// Returns the diagonal of the box around all finite triangles.
@@ -147,7 +156,8 @@ std::string ReportAsText(const SweepReport& report) {
   const FixedBody& met = report.fixed.at(answer.contact.fixedBody);
   return FirstLine(report) +
          TouchingLine("moving  ", report.movingFile, report.moving, MovingPlace(answer)) +
-         TouchingLine("fixed   ", met.file, met.counts, FixedPlace(answer));
+         TouchingLine("fixed   ", met.file, met.counts, FixedPlace(answer)) +
+         (report.patch ? PatchLine(*report.patch) : "");
 }
 
 std::string ReportAsJson(const SweepReport& report) {
@@ -161,6 +171,7 @@ std::string ReportAsJson(const SweepReport& report) {
   } else {
     json["fixed"] = nullptr; // none of several bodies is met
   }
+  if (report.patch) json["patch"] = PatchAsJson(*report.patch);
   json["fixed_bodies"] = FixedBodiesAsJson(report);
   json["warnings"] = report.warnings;
   return JsonText(json, 2) + "\n";

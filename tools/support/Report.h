@@ -38,14 +38,24 @@ struct SceneReport {
   Coord3 offset{0.0, 0.0, 0.0};   ///< added to the moving body
   double maxDistance = std::numeric_limits<double>::infinity(); ///< as requested
   bool oneSided = false;
+  gsl_sweep::Rule rule = gsl_sweep::Rule::Touch;
+  bool last = false;       ///< the answers are last contacts
   std::string toolVersion; ///< version of the program that reports
   BodyCounts moving;
   std::vector<FixedBody> fixed; ///< in the order of the answer; at least one
   std::vector<std::string> warnings;
 };
 
+/// All pairs of triangles that touch at the first contact.
+struct PatchReport {
+  std::size_t pairCount = 0;
+  Coord3 low{0.0, 0.0, 0.0}, high{0.0, 0.0, 0.0}; ///< the box around them; of no use without a pair
+  std::vector<gsl_sweep::Contact> listed;         ///< the first of them
+};
+
 struct SweepReport : SceneReport {
   Answer answer;
+  std::optional<PatchReport> patch; ///< where it was requested
 };
 
 inline bool Touches(const Answer& answer) {
@@ -62,8 +72,8 @@ std::string NameInText(const std::string& file);
 /// Returns one line for each body, each ended by a newline.
 std::string BodiesAsText(const SceneReport& report);
 
-/// Returns three lines, each ended by a newline. Without a contact each fixed body has its own
-/// line.
+/// Returns three lines, each ended by a newline, and one more for a patch. Without a contact each
+/// fixed body has its own line.
 std::string ReportAsText(const SweepReport& report);
 
 /// Returns one strict JSON document, ended by a newline; docs/gsl-sweep.md and

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cfloat>
+#include <charconv>
 #include <cmath>
 #include <limits>
 
@@ -25,25 +26,34 @@ double LargestOf(const gsl_sweep::Body& body, const Coord3& offset) {
                   LargestOf(gsl_arithmetic::Add(high, offset)));
 }
 
-bool IsSingle(double number) {
+/// Returns true when single precision holds the number exactly, or when the shortest decimal that
+/// reads as the number has so few digits that it may stand for a number of single precision.
+bool MayBeSingle(double number) {
   // The conversion of a number beyond the range is not defined.
-  return std::fabs(number) <= static_cast<double>(FLT_MAX) &&
-         static_cast<double>(static_cast<float>(number)) == number;
+  if (std::fabs(number) > static_cast<double>(FLT_MAX)) return false;
+  if (static_cast<double>(static_cast<float>(number)) == number) return true;
+  char decimal[32];
+  const auto end =
+      std::to_chars(decimal, decimal + sizeof decimal, number, std::chars_format::scientific).ptr;
+  const auto digits = std::count_if(decimal, std::find(decimal, end, 'e'),
+                                    [](char c) { return c >= '0' && c <= '9'; });
+  return digits <= std::numeric_limits<float>::max_digits10;
 }
 
-bool IsSingle(const Coord3& p) {
-  return IsSingle(p.x) && IsSingle(p.y) && IsSingle(p.z);
+bool MayBeSingle(const Coord3& p) {
+  return MayBeSingle(p.x) && MayBeSingle(p.y) && MayBeSingle(p.z);
 }
 
 double SpacingOf(const gsl_mesh::Mesh& mesh) {
-  bool isSingle = true;
+  bool isSingle = mesh.precision != gsl_mesh::Precision::Double;
+  const bool isKnown = mesh.precision != gsl_mesh::Precision::Unknown;
   double largest = 0.0;
   for (std::size_t k = 0; k < mesh.TriangleCount(); ++k) {
     const Coord3* const corner = mesh.corners.data() + 3 * k;
     if (!std::all_of(corner, corner + 3, gsl_mesh::IsFinite)) continue;
     for (std::size_t c = 0; c < 3; ++c) {
       largest = std::max(largest, LargestOf(corner[c]));
-      isSingle = isSingle && IsSingle(corner[c]);
+      isSingle = isSingle && (isKnown || MayBeSingle(corner[c]));
     }
   }
   return SpacingAt(largest, isSingle);

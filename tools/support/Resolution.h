@@ -17,8 +17,9 @@ double SpacingAt(double magnitude, bool isSingle);
 
 /// The resolution of a body that is asked: the spacing of numbers at its largest coordinate.
 ///
-/// Precision  single when single precision holds every coordinate of the mesh exactly, else double.
-///            Triangles with a NaN or infinite corner do not count.
+/// Precision  as the file says. A file of decimals has single precision when each coordinate is
+///            exact in single precision or has at most nine digits; otherwise it has double
+///            precision. Triangles with a NaN or infinite corner do not count.
 /// Pose       a pose that stretches (by the longest of its first three columns) stretches the
 ///            spacing too. The resolution is at least the spacing of doubles at the coordinates
 ///            after pose and offset.

@@ -8,6 +8,7 @@
 #include "mem_Export.h"
 
 #include <any>
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <new>
@@ -37,7 +38,13 @@ private:
   friend class cls_ListReader;
   friend class cls_ReadVisitor;
 
+  /// Returns the text. Short texts that were asked for recently share one buffer.
+  cow_String TextOf(std::string_view text);
+
+  static constexpr std::size_t kRecentTexts = 16;
+
   const gsl_RecordReader& m_reader;
+  std::array<cow_String, kRecentTexts> m_texts;
   /// By the number of the object: the holder, or nothing while the object is being read.
   std::unordered_map<std::uint64_t, std::any> m_objects;
 };
@@ -66,9 +73,9 @@ public:
 
   [[nodiscard]] bool IsAbsent() const { return m_record == kNoRecord; }
   /// Returns 0 when absent.
-  unsigned int TypeId() const;
+  unsigned int TypeId() const { return m_typeId; }
   /// Returns the null uid when absent.
-  cls_Uid GetUid() const;
+  cls_Uid GetUid() const { return m_uid; }
 
   int ReadInteger(const cls_FieldHandle& field, int defaultValue) const;
   double ReadDouble(const cls_FieldHandle& field, double defaultValue) const;
@@ -77,7 +84,9 @@ public:
 
   /// Throws unless this record is absent, or its class is that class or is registered as derived
   /// from it. The message names the place of the record and both classes.
-  void CheckTypeId(unsigned int typeId) const;
+  void CheckTypeId(unsigned int typeId) const {
+    if (m_typeId != typeId && !IsAbsent()) CheckDerived(typeId);
+  }
 
   /// Reads the object that a field holds or refers to into a holder. An object that this load has
   /// read before is shared. The holder is empty for a null and for a missing field.
@@ -118,6 +127,7 @@ private:
   cls_ReadVisitor(cls_Load& load, std::uint32_t record, unsigned int depth, const Place& place);
   cls_ReadVisitor(const cls_ReadVisitor& parent, const gsl_RecordField* field);
 
+  void CheckDerived(unsigned int typeId) const;
   cls_ReadVisitor Child(const cls_FieldHandle& handle) const;
   /// Is false for a field that the record does not have.
   [[nodiscard]] bool Find(const cls_FieldHandle& handle, gsl_RecordField& field) const;
@@ -152,7 +162,11 @@ private:
   cls_Load& m_load;
   std::uint32_t m_record;
   unsigned int m_depth;
+  unsigned int m_typeId;
+  int m_collection;
+  cls_Uid m_uid;
   Place m_foundAt;
+  std::uint64_t m_firstField;
   /// The position of the field that is compared first. Most fields are read in write order.
   mutable std::uint64_t m_expected;
 };

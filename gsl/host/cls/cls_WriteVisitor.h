@@ -165,6 +165,7 @@ private:
   mutable bool m_declined;
   mutable bool m_hasElements;
   mutable int m_collection;
+  /// Of a root, whose destructor compares.
   int m_exceptionsBefore;
 };
 

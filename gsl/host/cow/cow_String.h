@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <string_view>
+#include <utility>
 
 /// Reference-counted immutable text; copies share one buffer. The text consists of bytes, not of
 /// characters, and has a terminating zero. The count is atomic: copies in different threads are
@@ -17,10 +18,12 @@ public:
   cow_String(const char* text);
   cow_String(const char* bytes, std::size_t length);
   cow_String(const cow_String& other) noexcept;
-  cow_String(cow_String&& other) noexcept;
+  cow_String(cow_String&& other) noexcept : m_shared(std::exchange(other.m_shared, nullptr)) {}
   cow_String& operator=(const cow_String& other) noexcept;
   cow_String& operator=(cow_String&& other) noexcept;
-  ~cow_String();
+  ~cow_String() {
+    if (m_shared != nullptr) Release(m_shared);
+  }
 
   std::size_t Length() const noexcept;
   [[nodiscard]] bool IsEmpty() const noexcept { return Length() == 0; }
@@ -41,6 +44,9 @@ public:
 
 private:
   struct Shared;
+
+  static void Release(Shared* shared) noexcept;
+
   Shared* m_shared = nullptr;
 };
 

@@ -377,7 +377,7 @@ TEST_F(HostileRecords, HundredThousandUnknownFieldsAreIgnored) {
     RawRecords records = RawCopy(c.sample);
     if (records[0].collection != 0) continue;
     std::vector<RawField> fields;
-    for (std::uint32_t i = 0; i < kLevels; ++i) {
+    for (long i = 0; i < Scaled(kLevels); ++i) {
       RawField unknown;
       unknown.name = "unknown" + std::to_string(i % 1000);
       unknown.kind = i % 2 == 0 ? Kind::String : Kind::Double;
@@ -390,15 +390,16 @@ TEST_F(HostileRecords, HundredThousandUnknownFieldsAreIgnored) {
 }
 
 TEST_F(HostileRecords, HundredThousandFieldsOfOneName) {
-  ForEachField([](const Class& c, const RawRecords& sample, std::size_t i) {
+  const auto repeats = static_cast<std::size_t>(Scaled(kLevels));
+  ForEachField([repeats](const Class& c, const RawRecords& sample, std::size_t i) {
     if (sample[0].collection != 0) return;
     RawField wrong = sample[0].fields[i];
     wrong.kind = wrong.kind == Kind::Integer ? Kind::Double : Kind::Integer;
     RawRecords behind = sample;
-    behind[0].fields.insert(behind[0].fields.end(), kLevels, wrong);
+    behind[0].fields.insert(behind[0].fields.end(), repeats, wrong);
     EXPECT_TRUE(CanRead(c, behind));
     RawRecords before = sample;
-    before[0].fields.insert(before[0].fields.begin(), kLevels, wrong);
+    before[0].fields.insert(before[0].fields.begin(), repeats, wrong);
     // The field right after the field read before counts. Only the first field has no field before
     // it.
     EXPECT_EQ(CanRead(c, before), i != 0);

@@ -88,9 +88,42 @@ TEST(MeshReadPly, CoordinatesMayHaveEveryType) {
       AppendAs(bytes, "uchar", 3, format);
       for (const int k : {2, 0, 1})
         AppendAs(bytes, "int", k, format);
-      ExpectCorners(Read(bytes), {{b, 0, a}, {a, b, 0}, {1, a, b}});
+      const Mesh mesh = Read(bytes);
+      ExpectCorners(mesh, {{b, 0, a}, {a, b, 0}, {1, a, b}});
+      const bool isDouble = type[0] == 'd' || type == "float64";
+      const gsl_mesh::Precision ofReal =
+          isDouble ? (format == 'a' ? gsl_mesh::Precision::Unknown : gsl_mesh::Precision::Double)
+                   : gsl_mesh::Precision::Single;
+      EXPECT_EQ(mesh.precision, isReal ? ofReal : gsl_mesh::Precision::Unknown);
     }
   }
+}
+
+/// Returns the precision of a binary file whose coordinates have these types.
+gsl_mesh::Precision PrecisionOfBinary(const std::vector<std::string>& types) {
+  std::string bytes = "ply\nformat binary_little_endian 1.0\nelement vertex 3\n";
+  bytes += "property double quality\n";
+  for (std::size_t c = 0; c < 3; ++c)
+    bytes += "property " + types[c] + " " + "xyz"[c] + "\n";
+  bytes += faceHeader + "end_header\n";
+  for (const Coord3& v : {Coord3{0, 0, 0}, Coord3{1, 0, 0}, Coord3{1, 1, 0}}) {
+    AppendAs(bytes, "double", 0.5, 'l');
+    AppendAs(bytes, types[0], v.x, 'l');
+    AppendAs(bytes, types[1], v.y, 'l');
+    AppendAs(bytes, types[2], v.z, 'l');
+  }
+  AppendAs(bytes, "uchar", 3, 'l');
+  for (const int k : {0, 1, 2})
+    AppendAs(bytes, "int", k, 'l');
+  return Read(bytes).precision;
+}
+
+TEST(MeshReadPly, PrecisionIsThatOfTheWidestCoordinate) {
+  using gsl_mesh::Precision;
+  EXPECT_EQ(PrecisionOfBinary({"float", "float", "float"}), Precision::Single);
+  EXPECT_EQ(PrecisionOfBinary({"float", "double", "float"}), Precision::Double);
+  EXPECT_EQ(PrecisionOfBinary({"int", "float", "double"}), Precision::Double);
+  EXPECT_EQ(PrecisionOfBinary({"float", "int", "float"}), Precision::Unknown);
 }
 
 TEST(MeshReadPly, ListsMayHaveEveryWholeType) {

@@ -40,6 +40,8 @@ TEST(MeshReadStl, BinaryKeepsTheFilesOrder) {
   EXPECT_EQ(mesh.TriangleCount(), 4U);
   EXPECT_EQ(mesh.file, "sample");
   EXPECT_TRUE(mesh.warnings.empty());
+  EXPECT_EQ(mesh.precision, gsl_mesh::Precision::Single);
+  EXPECT_EQ(Read(StlText(TetrahedronCorners())).precision, gsl_mesh::Precision::Unknown);
 }
 
 TEST(MeshReadStl, TextKeepsEveryDigitOfADouble) {
@@ -55,6 +57,12 @@ TEST(MeshReadStl, BinaryWhoseHeaderBeginsWithSolidIsBinary) {
   ExpectCorners(Read(StlBinary(TetrahedronCorners(), "solid part")), TetrahedronCorners());
   ExpectCorners(Read(StlBinary(TetrahedronCorners(), "solid part\nfacet normal 0 0 1\n")),
                 TetrahedronCorners());
+}
+
+TEST(MeshReadStl, HeaderOfTheRightSizeMayBeginWithFacet) {
+  std::string bytes = StlBinary(TetrahedronCorners());
+  bytes.replace(0, 6, "facet ");
+  ExpectCorners(Read(bytes), TetrahedronCorners());
 }
 
 TEST(MeshReadStl, TruncatedBinaryIsRefusedWithAnyHeader) {
@@ -154,15 +162,17 @@ TEST(MeshReadStl, BrokenTextIsRefusedWithItsLine) {
 }
 
 TEST(MeshReadStl, SizeOfABinaryFileIsThatOfItsCountExactly) {
-  using gsl_mesh::HasSizeOfBinaryStl;
+  const auto hasSize = [](const std::string& file) {
+    return gsl_mesh::HasSizeOfBinaryStl(file.substr(0, 84), file.size());
+  };
   const std::string bytes = StlBinary(TetrahedronCorners());
   ASSERT_EQ(bytes.size(), 84U + 4 * 50);
-  EXPECT_TRUE(HasSizeOfBinaryStl(bytes));
-  EXPECT_FALSE(HasSizeOfBinaryStl(bytes + '\0'));
-  EXPECT_FALSE(HasSizeOfBinaryStl(bytes.substr(0, bytes.size() - 1)));
-  EXPECT_FALSE(HasSizeOfBinaryStl(bytes.substr(0, 83)));
-  EXPECT_FALSE(HasSizeOfBinaryStl(""));
+  EXPECT_TRUE(hasSize(bytes));
+  EXPECT_FALSE(hasSize(bytes + '\0'));
+  EXPECT_FALSE(hasSize(bytes.substr(0, bytes.size() - 1)));
+  EXPECT_FALSE(hasSize(bytes.substr(0, 83)));
+  EXPECT_FALSE(hasSize(""));
   std::string most = bytes;
   most.replace(80, 4, "\xff\xff\xff\xff"); // 50 times that leaves 32 bits
-  EXPECT_FALSE(HasSizeOfBinaryStl(most));
+  EXPECT_FALSE(hasSize(most));
 }

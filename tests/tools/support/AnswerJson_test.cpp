@@ -57,7 +57,25 @@ TEST(AnswerJson, DocumentsBeginAlike) {
   scene.maxDistance = 4.5;
   EXPECT_EQ(JsonText(SceneAsJson(scene), -1),
             R"({"schema_version":2,"tool_version":"1.2.3","question":{"pose":null,)"
-            R"("offset":[0.0,0.0,0.0],"max_distance":4.5,"one_sided":false}})");
+            R"("offset":[0.0,0.0,0.0],"max_distance":4.5,"one_sided":false,"rule":"touch",)"
+            R"("last":false}})");
+  scene.rule = gsl_sweep::Rule::NotLeaving;
+  scene.last = true;
+  EXPECT_EQ(SceneAsJson(scene)["question"]["rule"], "not-leaving");
+  EXPECT_EQ(SceneAsJson(scene)["question"]["last"], true);
+}
+
+TEST(AnswerJson, PatchListsItsPairs) {
+  PatchReport patch;
+  EXPECT_EQ(JsonText(PatchAsJson(patch), -1), R"({"count":0,"low":null,"high":null,"pairs":[]})");
+  patch.pairCount = 5;
+  patch.low = {1.0, 2.0, 3.0};
+  patch.high = {4.0, 5.0, 6.0};
+  patch.listed = {Sample().contact};
+  EXPECT_EQ(JsonText(PatchAsJson(patch), -1),
+            R"({"count":5,"low":[1.0,2.0,3.0],"high":[4.0,5.0,6.0],"pairs":[{"kind":"edge-edge",)"
+            R"("normal":[0.6,0.0,0.8],"moving":{"triangle":7,"point":[1.0,2.0,3.0]},)"
+            R"("fixed":{"triangle":9,"point":[1.0,2.0,2.9]},"fixed_body":2}]})");
 }
 
 TEST(AnswerJson, BytesThatAreNotUtf8AreReplaced) {

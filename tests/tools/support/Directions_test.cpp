@@ -152,7 +152,9 @@ Answered AnswerText(const Pair& pair, const std::string& text) {
     return std::vector<std::string>(Touches(answer) ? 1 : 0, "far down");
   };
   output.progress = [&](double part) { answered.progress.push_back(part); };
-  answered.tally = AnswerDirections(input, pair, Question(), Run(), output);
+  const AnswerQuestions ask = [&](const Question* questions, std::size_t count, Answer* answers,
+                                  const Run& run) { pair.First(questions, count, answers, run); };
+  answered.tally = AnswerDirections(input, ask, Question(), Run(), output);
   return answered;
 }
 

@@ -67,6 +67,33 @@ TEST(Report, TextOfAStart) {
   EXPECT_EQ(ReportAsText(report).substr(0, 45), "In contact from the start: they share a point");
 }
 
+TEST(Report, TextNamesTheLastContact) {
+  SweepReport report = SampleReport();
+  report.last = true;
+  EXPECT_EQ(ReportAsText(report).substr(0, 23), "Last contact after 0.1 ");
+  report.answer.status = SweepStatus::Start;
+  EXPECT_EQ(ReportAsText(report).substr(0, 40), "Last contact at the start: vertex on fac");
+}
+
+TEST(Report, PatchHasALineAndAKey) {
+  SweepReport report = SampleReport();
+  EXPECT_FALSE(JsonOf(report).contains("patch"));
+  report.patch = PatchReport{12, {1.0, 2.0, 0.25}, {3.5, 2.0, 0.25}, {report.answer.contact}};
+  const std::string text = ReportAsText(report);
+  EXPECT_NE(text.find("\n  patch   12 pairs of triangles, from (1, 2, 0.25) to (3.5, 2, 0.25)\n"),
+            std::string::npos)
+      << text;
+  EXPECT_EQ(JsonOf(report)["patch"]["count"], 12);
+  EXPECT_EQ(JsonOf(report)["patch"]["pairs"][0]["moving"]["triangle"], 7);
+  report.patch->pairCount = 1;
+  EXPECT_NE(ReportAsText(report).find("patch   1 pair of triangles,"), std::string::npos);
+  // Without a contact the text has no such line.
+  report.answer.status = SweepStatus::None;
+  report.patch = PatchReport();
+  EXPECT_EQ(ReportAsText(report).find("patch"), std::string::npos);
+  EXPECT_EQ(JsonOf(report)["patch"]["count"], 0);
+}
+
 TEST(Report, TextWithoutContactNamesTheLimit) {
   SweepReport report = SampleReport();
   report.answer.status = SweepStatus::None;
@@ -95,8 +122,8 @@ TEST(Report, JsonHasExactlyTheDocumentedKeysInOrder) {
             (std::vector<std::string>{"schema_version", "tool_version", "question", "status",
                                       "travel", "direction", "kind", "normal", "moving", "fixed",
                                       "fixed_body", "fixed_bodies", "warnings"}));
-  EXPECT_EQ(KeysOf(json["question"]),
-            (std::vector<std::string>{"pose", "offset", "max_distance", "one_sided"}));
+  EXPECT_EQ(KeysOf(json["question"]), (std::vector<std::string>{"pose", "offset", "max_distance",
+                                                                "one_sided", "rule", "last"}));
   for (const char* body : {"moving", "fixed"}) {
     EXPECT_EQ(KeysOf(json[body]), (std::vector<std::string>{"file", "triangles", "skipped",
                                                             "left_out", "triangle", "point"}));

@@ -48,11 +48,28 @@ double ResolutionOf(const Mesh& mesh, const Coord3& offset = nowhere) {
 TEST(Resolution, PrecisionIsThatOfTheCoordinates) {
   EXPECT_EQ(ResolutionOf(Box({0, 0, 0}, {1, 2, 100})), 0x1p-17); // 100 is below 2^7
   EXPECT_EQ(ResolutionOf(Box({0, 0, -100}, {1, 2, 3})), 0x1p-17);
-  EXPECT_EQ(ResolutionOf(Box({0.1, 0, 0}, {1, 2, 100})), 0x1p-46);
+  EXPECT_EQ(ResolutionOf(Box({1.0 / 3.0, 0, 0}, {1, 2, 100})), 0x1p-46);
   EXPECT_EQ(ResolutionOf(Box({0, 0, 0}, {1, 2, 1e39})), SpacingAt(1e39, false));
   Mesh mesh = Box({0, 0, 0}, {1, 2, 100});
   const double nan = std::numeric_limits<double>::quiet_NaN();
-  sweep_shapes::AddTriangle(mesh, {nan, 0, 0}, {0.1, 0, 0}, {1e9, 0, 0});
+  sweep_shapes::AddTriangle(mesh, {nan, 0, 0}, {1.0 / 3.0, 0, 0}, {1e9, 0, 0});
+  EXPECT_EQ(ResolutionOf(mesh), 0x1p-17);
+}
+
+TEST(Resolution, DecimalsOfNineDigitsMayBeSingle) {
+  // None of these is a number of single precision.
+  for (const double x : {0.1, 1.23456789e-7, 0.123456789, -12.3456789, 1e-30, 1.23456789e30})
+    EXPECT_EQ(ResolutionOf(Box({x, 0, 0}, {x, 1, 2e30})), SpacingAt(2e30, true)) << x;
+  for (const double x : {0.1234567891, 1.234567891e-7, -12.34567891, 1.234567891e30, 1.0 / 3.0})
+    EXPECT_EQ(ResolutionOf(Box({x, 0, 0}, {x, 1, 2e30})), SpacingAt(2e30, false)) << x;
+}
+
+TEST(Resolution, PrecisionOfTheFileCounts) {
+  Mesh mesh = Box({0, 0, 0}, {1, 2, 100});
+  mesh.precision = gsl_mesh::Precision::Double;
+  EXPECT_EQ(ResolutionOf(mesh), 0x1p-46);
+  mesh = Box({1.0 / 3.0, 0, 0}, {1, 2, 100});
+  mesh.precision = gsl_mesh::Precision::Single;
   EXPECT_EQ(ResolutionOf(mesh), 0x1p-17);
 }
 
@@ -64,7 +81,7 @@ TEST(Resolution, OffsetRoundsToDouble) {
 
 TEST(Resolution, PoseRoundsBeforeTheOffset) {
   // The pose puts the body at 2^30, where doubles are 2^-22 apart; the offset brings it back.
-  const Mesh mesh = Box({0.1, 0, 0}, {0.3, 1, 1});
+  const Mesh mesh = Box({1.0 / 3.0, 0, 0}, {0.5, 1, 1});
   gsl_Matrix pose;
   pose.m[2][3] = 0x1p30;
   pose.isIdentity = -1;
@@ -108,7 +125,7 @@ std::string WarningOf(const Answer& answer, const Mesh& moving, const Mesh& fixe
 TEST(Resolution, TravelUpToTheResolutionIsNamed) {
   Mesh coarse = Box({0, 0, 0}, {1, 2, 100});
   coarse.file = "coarse.stl";
-  Mesh fine = Box({0.1, 0, 0}, {1, 2, 100});
+  Mesh fine = Box({1.0 / 3.0, 0, 0}, {1, 2, 100});
   fine.file = "fine.obj";
   const double single = 0x1p-17, twice = 0x1p-46;
   const double above = std::numeric_limits<double>::infinity();

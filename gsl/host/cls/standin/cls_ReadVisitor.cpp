@@ -5,7 +5,9 @@
 #include "cls_RecordException.h"
 #include "gsl_RecordReader.h"
 
+#include <cstdint>
 #include <cstdio>
+#include <cstring>
 #include <string>
 
 using Kind = gsl_RecordKind;
@@ -70,6 +72,15 @@ bool HoldsRecord(Kind kind) {
   return kind == Kind::Record || kind == Kind::Object;
 }
 
+/// Names are short, so that a call of a library would cost more than the comparison.
+bool IsNamed(std::string_view name, const char* wanted) {
+  for (const char c : name) {
+    if (*wanted != c || c == '\0') return false;
+    ++wanted;
+  }
+  return *wanted == '\0';
+}
+
 } // namespace
 
 cls_Load::cls_Load(const gsl_RecordReader& source) : m_reader(source) {}
@@ -80,10 +91,29 @@ std::size_t cls_Load::RootCount() const {
   return m_reader.RootCount();
 }
 
+cow_String cls_Load::TextOf(std::string_view text) {
+  constexpr std::size_t kMostKept = 64;
+  constexpr std::size_t kLeastDistance = 32;
+  if (text.empty() || text.size() > kMostKept) return cow_String(text.data(), text.size());
+  const std::size_t place = reinterpret_cast<std::uintptr_t>(text.data()) / kLeastDistance;
+  cow_String& recent = m_texts[place % kRecentTexts];
+  const bool isKnown =
+      recent.Length() == text.size() && std::memcmp(recent.CStr(), text.data(), text.size()) == 0;
+  if (!isKnown) recent = cow_String(text.data(), text.size());
+  return recent;
+}
+
 cls_ReadVisitor::cls_ReadVisitor(cls_Load& owner, std::uint32_t index, unsigned int level,
                                  const Place& where)
-    : m_load(owner), m_record(index), m_depth(level), m_foundAt(where),
-      m_expected(index != kNoRecord ? owner.m_reader.FirstField(index) : gsl_RecordReader::kEnd) {
+    : m_load(owner), m_record(index), m_depth(level), m_typeId(0), m_collection(cls_NoCollection),
+      m_foundAt(where), m_firstField(gsl_RecordReader::kEnd), m_expected(gsl_RecordReader::kEnd) {
+  if (index != kNoRecord) {
+    const gsl_RecordReader::Header header = owner.m_reader.ReadHeader(index);
+    m_typeId = header.typeId;
+    m_collection = static_cast<int>(header.collection);
+    m_uid = UidOf(header.identity);
+    m_firstField = m_expected = header.firstField;
+  }
   if (m_depth > kMostNesting) Refuse("Records are nested too deep to read", __LINE__, GetUid());
 }
 
@@ -129,28 +159,19 @@ std::string cls_ReadVisitor::DescribePlace() const {
   return where;
 }
 
-unsigned int cls_ReadVisitor::TypeId() const {
-  return IsAbsent() ? 0 : m_load.m_reader.TypeId(m_record);
-}
-
-cls_Uid cls_ReadVisitor::GetUid() const {
-  return IsAbsent() ? cls_Uid() : UidOf(m_load.m_reader.Identity(m_record));
-}
-
 bool cls_ReadVisitor::Find(const cls_FieldHandle& handle, gsl_RecordField& field) const {
-  if (IsAbsent()) return false;
-  const std::string_view wanted = handle.Name();
+  const char* const wanted = handle.Name();
   if (m_expected != gsl_RecordReader::kEnd) {
     const std::uint64_t next = m_load.m_reader.ReadField(m_expected, field);
-    if (field.name == wanted) {
+    if (IsNamed(field.name, wanted)) {
       m_expected = next;
       return true;
     }
   }
-  std::uint64_t position = m_load.m_reader.FirstField(m_record);
+  std::uint64_t position = m_firstField;
   while (position != gsl_RecordReader::kEnd) {
     position = m_load.m_reader.ReadField(position, field);
-    if (field.name == wanted) {
+    if (IsNamed(field.name, wanted)) {
       m_expected = position;
       return true;
     }
@@ -205,11 +226,10 @@ cow_String cls_ReadVisitor::ReadString(const cls_FieldHandle& field,
                                        const cow_String& defaultValue) const {
   gsl_RecordField found;
   if (!FindPlain(field, static_cast<int>(Kind::String), found)) return defaultValue;
-  return cow_String(found.text.data(), found.text.size());
+  return m_load.TextOf(found.text);
 }
 
-void cls_ReadVisitor::CheckTypeId(unsigned int typeId) const {
-  if (IsAbsent() || TypeId() == typeId) return;
+void cls_ReadVisitor::CheckDerived(unsigned int typeId) const {
   const cls_ClassRegistrar& classes =
       omi_Singleton<cls_MetadataRegistrar>::Instance().ClassRegistrar();
   if (!classes.InheritanceCheck(TypeId(), typeId)) {
@@ -250,7 +270,7 @@ void cls_ReadVisitor::RefuseHolder(std::uint32_t record) const {
 }
 
 void cls_ReadVisitor::CheckCollectionType(int type) const {
-  if (IsAbsent() || static_cast<int>(m_load.m_reader.Collection(m_record)) == type) return;
+  if (IsAbsent() || m_collection == type) return;
   Refuse("A record is not a collection of the type asked for", __LINE__, GetUid());
 }
 
@@ -274,9 +294,7 @@ cls_ListReader* cls_ReadVisitor::GetListReader() const {
 }
 
 cls_ListReader::cls_ListReader(const cls_ReadVisitor& owner)
-    : m_list(owner), m_next(owner.IsAbsent() ? gsl_RecordReader::kEnd
-                                             : owner.m_load.m_reader.FirstField(owner.m_record)),
-      m_taken(0) {}
+    : m_list(owner), m_next(owner.m_firstField), m_taken(0) {}
 
 bool cls_ListReader::HasNext() const {
   return m_next != gsl_RecordReader::kEnd;

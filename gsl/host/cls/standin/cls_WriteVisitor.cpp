@@ -62,7 +62,7 @@ cls_WriteVisitor::cls_WriteVisitor(cls_Save& owner, std::uint32_t parent,
     : m_save(owner), m_parentRecord(parent), m_place(field), m_depth(level), m_object(nullptr),
       m_holder(nullptr), m_copyHolder(nullptr), m_record(kNoRecord), m_declined(false),
       m_hasElements(false), m_collection(cls_NoCollection),
-      m_exceptionsBefore(std::uncaught_exceptions()) {}
+      m_exceptionsBefore(parent == kNoRecord ? std::uncaught_exceptions() : 0) {}
 
 cls_WriteVisitor::cls_WriteVisitor(cls_Save& owner)
     : cls_WriteVisitor(owner, kNoRecord, cls_FieldHandle(-1, nullptr), 0u) {}

@@ -24,14 +24,13 @@ struct cow_String::Shared {
   static void Acquire(Shared* shared) {
     if (shared != nullptr) shared->owners.fetch_add(1, std::memory_order_relaxed);
   }
-
-  static void Release(Shared* shared) {
-    if (shared == nullptr) return;
-    if (shared->owners.fetch_sub(1, std::memory_order_acq_rel) != 1) return;
-    shared->~Shared();
-    ::operator delete(static_cast<void*>(shared));
-  }
 };
+
+void cow_String::Release(Shared* shared) noexcept {
+  if (shared == nullptr || shared->owners.fetch_sub(1, std::memory_order_acq_rel) != 1) return;
+  shared->~Shared();
+  ::operator delete(static_cast<void*>(shared));
+}
 
 cow_String::cow_String(const char* text)
     : m_shared(text != nullptr ? Shared::Make(text, std::strlen(text)) : nullptr) {}
@@ -43,12 +42,9 @@ cow_String::cow_String(const cow_String& other) noexcept : m_shared(other.m_shar
   Shared::Acquire(m_shared);
 }
 
-cow_String::cow_String(cow_String&& other) noexcept
-    : m_shared(std::exchange(other.m_shared, nullptr)) {}
-
 cow_String& cow_String::operator=(const cow_String& other) noexcept {
   Shared::Acquire(other.m_shared);
-  Shared::Release(m_shared);
+  Release(m_shared);
   m_shared = other.m_shared;
   return *this;
 }
@@ -56,10 +52,6 @@ cow_String& cow_String::operator=(const cow_String& other) noexcept {
 cow_String& cow_String::operator=(cow_String&& other) noexcept {
   std::swap(m_shared, other.m_shared);
   return *this;
-}
-
-cow_String::~cow_String() {
-  Shared::Release(m_shared);
 }
 
 std::size_t cow_String::Length() const noexcept {

@@ -1,0 +1,47 @@
+#ifndef GSL_SWEEP_MADE_LATER_H
+#define GSL_SWEEP_MADE_LATER_H
+
+#include <atomic>
+#include <memory>
+#include <new>
+
+namespace gsl_sweep {
+
+/// An object that saves time and nothing else. It is made when it seems worth it, by one thread,
+/// while other threads go on without it.
+template <class T>
+class MadeLater {
+public:
+  /// Returns null until it has been made.
+  const T* IfMade() const { return m_made.load(std::memory_order_acquire); }
+
+  /// Keeps what make() returns. Returns at once where another thread is making it. Gives up, so
+  /// that it can be made later, when make() returns null or throws, and for good when memory is
+  /// short.
+  template <class Make>
+  void MakeOnce(const Make& make) {
+    if (m_isBegun.exchange(true)) return;
+    try {
+      m_own = make();
+    } catch (const std::bad_alloc&) {
+      return;
+    } catch (...) {
+      m_isBegun = false;
+      throw;
+    }
+    if (!m_own) {
+      m_isBegun = false;
+      return;
+    }
+    m_made.store(m_own.get(), std::memory_order_release);
+  }
+
+private:
+  std::atomic<bool> m_isBegun{false};
+  std::unique_ptr<const T> m_own;
+  std::atomic<const T*> m_made{nullptr};
+};
+
+} // namespace gsl_sweep
+
+#endif
