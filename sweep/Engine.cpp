@@ -4,6 +4,7 @@
 #include <cmath>
 #include <limits>
 #include <stdexcept>
+#include <string>
 
 namespace gsl_sweep {
 
@@ -117,10 +118,35 @@ PairContact FirstContactOf(const TravelDirection& direction, const FoundTriangle
   return isStart ? ContactAtStart(interval) : interval.first;
 }
 
+/// Answers for solids whose interiors overlap at the start, or when it is cancelled. Returns false
+/// when they do not overlap.
+template <class Scalar>
+bool OverlapAtStart(const Scene<Scalar>& scene, const Watch& watch, Answer& answer) {
+  SolidStart<Scalar> solids(scene, watch);
+  const SolidState state = solids.Run();
+  if (state == SolidState::Apart) return false;
+  if (state == SolidState::Cancelled) {
+    answer = Answer();
+    return true;
+  }
+  answer.status = SweepStatus::Start;
+  if (state == SolidState::Inside) {
+    answer.contact = solids.Inside();
+    return true;
+  }
+  const FoundPair& found = solids.Best();
+  WriteContact(scene, found, FirstContactOf(scene.direction, found, true), answer.contact);
+  answer.contact.overlapsAtStart = true;
+  return true;
+}
+
 /// `found` receives the pair.
 template <class Scalar>
 Answer SearchFirst(const Scene<Scalar>& scene, const Question& question, const Watch& watch,
                    Workspace<Scalar>& workspace, FoundPair& found) {
+  Answer answer;
+  answer.unitDirection = scene.direction.Unit();
+  if (scene.rule == Rule::Solid && OverlapAtStart(scene, watch, answer)) return answer;
   workspace.movingLeaves.Forget();
   workspace.fixedLeaves.Forget();
   FirstContact<Scalar> first(scene, question.maxDistance, workspace.movingLeaves,
@@ -128,8 +154,6 @@ Answer SearchFirst(const Scene<Scalar>& scene, const Question& question, const W
   Walk<Scalar, FirstContact<Scalar>> walk(scene, first, watch, workspace.stack);
   const WalkEnd end = walk.Run();
   if (end == WalkEnd::Cancelled) return {};
-  Answer answer;
-  answer.unitDirection = scene.direction.Unit();
   answer.status = SweepStatus::None;
   if (end == WalkEnd::Stopped) {
     StartSearch<Scalar> start(scene, workspace.movingLeaves, workspace.fixedLeaves, watch,
@@ -140,7 +164,9 @@ Answer SearchFirst(const Scene<Scalar>& scene, const Question& question, const W
     WriteContact(scene, found, FirstContactOf(scene.direction, found, true), answer.contact);
   } else if (first.Best().any) {
     found = first.Best();
-    answer.status = SweepStatus::Contact;
+    // Solids can begin to overlap at once.
+    const bool isAtStart = found.travel.numerator.Sign() == 0;
+    answer.status = isAtStart ? SweepStatus::Start : SweepStatus::Contact;
     WriteContact(scene, found, found.contact, answer.contact);
   }
   return answer;
@@ -269,6 +295,17 @@ void RequireQuestion(const Question& question) {
   if (!(question.maxDistance >= 0.0)) {
     throw std::invalid_argument("the greatest distance must be at least 0");
   }
+}
+
+void RequireSolids(const SceneBodies& bodies, const Question& question) {
+  if (question.rule != Rule::Solid) return;
+  const auto require = [](const PreparedBody& body, const std::string& name) {
+    const Solidity& solidity = body.AsSolid();
+    if (!solidity) throw std::invalid_argument(name + " is not a solid: " + solidity.Reason());
+  };
+  require(*bodies.moving, "the moving body");
+  for (std::size_t k = 0; k < bodies.fixed.size(); ++k)
+    require(*bodies.fixed[k], "fixed body " + std::to_string(k));
 }
 
 Answer AnswerQuestion(const SceneBodies& bodies, const Question& question, const Watch& watch,

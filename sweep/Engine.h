@@ -3,6 +3,7 @@
 
 #include "LastContact.h"
 #include "PatchSearch.h"
+#include "SolidStart.h"
 #include "StartSearch.h"
 
 #include <memory>
@@ -23,6 +24,9 @@ struct Workspaces {
 
 /// Errors     std::invalid_argument, see Pair.
 void RequireQuestion(const Question& question);
+
+/// Errors     std::invalid_argument when the question is about solids and a body is not a solid.
+void RequireSolids(const SceneBodies& bodies, const Question& question);
 
 /// Answers a question that RequireQuestion accepted. The answer is Cancelled when `watch` returns
 /// false.

@@ -196,7 +196,11 @@ bool FirstContact<Scalar>::JudgeTriangles(const LeafPair<Scalar>& leaves, std::s
   case PairOutcome::Ahead:
     break;
   }
-  if (CompareLength(found.travel, m_scene.direction.Vector(), m_maxDistance) > 0) return true;
+  // Under Rule::Solid the travel may be zero, which is always within the greatest distance.
+  if (found.travel.numerator.Sign() != 0 &&
+      CompareLength(found.travel, m_scene.direction.Vector(), m_maxDistance) > 0) {
+    return true;
+  }
   if (m_best.any) {
     const int order = CompareRatios(found.travel, m_best.travel);
     if (order == 0) CountTie();

@@ -161,11 +161,17 @@ void AnswerEach(PairState& state, const Run& run, Tally& tally, std::size_t coun
   jobs.RunAll();
 }
 
+void RequireTouch(const Question& question) {
+  if (question.rule != Rule::Solid) return;
+  throw std::invalid_argument("Rule::Solid is for the first contact, not for the last or a patch");
+}
+
 /// Answers one question by answer(bodies, question, watch, workspaces).
 template <class AnswerOne>
 auto AnswerAlone(PairState& state, const Question& question, const Run& run,
                  const AnswerOne& answer) {
   RequireQuestion(question);
+  RequireSolids(state.bodies, question);
   using Result =
       decltype(answer(state.bodies, question, run.progress, std::declval<Workspaces&>()));
   if (state.questionCount++ > 0) {
@@ -184,6 +190,7 @@ void AnswerBatch(PairState& state, const Question* questions, std::size_t count,
   for (std::size_t k = 0; k < count; ++k) {
     try {
       RequireQuestion(questions[k]);
+      RequireSolids(state.bodies, questions[k]);
     } catch (const std::invalid_argument&) {
       RethrowFor("question", k);
     }
@@ -231,11 +238,13 @@ void Pair::First(const Question* questions, std::size_t count, Answer* answers,
 }
 
 Answer Pair::Last(const Question& question, const Run& run) const {
+  RequireTouch(question);
   return AnswerAlone(*m_state, question, run, AnswerLast);
 }
 
 void Pair::Last(const Question* questions, std::size_t count, Answer* answers,
                 const Run& run) const {
+  std::for_each(questions, questions + count, RequireTouch);
   AnswerBatch(*m_state, questions, count, answers, run, AnswerLast);
 }
 
@@ -246,6 +255,7 @@ std::size_t Pair::Patch(const Question& question, Contact* out, std::size_t capa
 
 PatchSummary Pair::FindPatch(const Question& question, Contact* out, std::size_t capacity,
                              const Run& run) const {
+  RequireTouch(question);
   return AnswerAlone(*m_state, question, run,
                      [&](const SceneBodies& bodies, const Question& asked, const Watch& watch,
                          Workspaces& workspaces) {
@@ -256,6 +266,7 @@ PatchSummary Pair::FindPatch(const Question& question, Contact* out, std::size_t
 std::vector<Answer> Pair::FirstOfEach(const Question& question, const Run& run) const {
   RequireQuestion(question);
   const SceneBodies& bodies = m_state->bodies;
+  RequireSolids(bodies, question);
   std::vector<Answer> answers(bodies.fixed.size());
   if (answers.empty()) return answers;
   Tally tally(run, answers.size());

@@ -65,6 +65,9 @@ public:
   /// Collects every way in which features meet; false when the shadows are apart.
   bool Meet();
 
+  /// Returns true when the shadows of two triangles that both have area share area. Requires Meet.
+  bool ShareArea() const;
+
   bool SomeBehind() const { return m_behind; }
   bool SomeAhead() const { return m_ahead; }
   bool SomeAtZero() const { return m_atZero; }
@@ -145,6 +148,18 @@ bool TrianglePair::ShadowsMeet() {
     if (FillSides(m_along, m_moving, k, m_fixed, m_ofMovingEdge[k])) return false;
   }
   return true;
+}
+
+/// Returns true when an edge has all corners of the other triangle on its outer side or on itself.
+bool HoldsOff(const int sides[3][3], int facing) {
+  for (int k = 0; k < 3; ++k) {
+    if (sides[k][0] != facing && sides[k][1] != facing && sides[k][2] != facing) return true;
+  }
+  return false;
+}
+
+bool TrianglePair::ShareArea() const {
+  return !HoldsOff(m_ofFixedEdge, m_fixed.facing) && !HoldsOff(m_ofMovingEdge, m_moving.facing);
 }
 
 bool TrianglePair::Meet() {
@@ -417,6 +432,7 @@ PairContact TrianglePair::ContactOf(const Candidate& candidate, const DoubleDoub
     break;
   case ContactKind::EdgeEdge:
   case ContactKind::Overlap:
+  case ContactKind::Inside:
     contact.onMoving = PointOnMovingEdge(candidate);
     contact.onFixed = Advance(contact.onMoving, s, m_along);
     break;
@@ -549,10 +565,14 @@ bool FindContactInterval(const TravelDirection& direction, const Triangle& movin
 PairOutcome JudgePair(const TravelDirection& direction, const Triangle& moving,
                       const Triangle& fixed, Rule rule, double limit, PairContact& first,
                       ExactRatio& travel) {
+  const bool isSolid = rule == Rule::Solid;
+  if (isSolid && (moving.facing <= 0 || fixed.facing >= 0)) return PairOutcome::Apart;
   TrianglePair pair(direction, moving, fixed);
   if (!pair.Meet()) return PairOutcome::Apart;
+  if (isSolid && (pair.SomeBehind() || !pair.ShareArea())) return PairOutcome::Apart;
   if (rule == Rule::NotLeaving && !pair.SomeAhead()) return PairOutcome::Apart;
-  if (pair.SomeAtZero() || (pair.SomeBehind() && pair.SomeAhead())) return PairOutcome::Touching;
+  const bool touches = pair.SomeAtZero() || (pair.SomeBehind() && pair.SomeAhead());
+  if (touches && !isSolid) return PairOutcome::Touching;
   if (pair.SomeBehind() || pair.LowerBound() > limit) return PairOutcome::Apart;
   ExactRatio exact;
   const PairContact contact = pair.First(exact);
@@ -647,6 +667,7 @@ bool ContactNormal(const TravelDirection& direction, const Triangle& moving, con
   case ContactKind::VertexEdge:
   case ContactKind::EdgeVertex:
   case ContactKind::Overlap:
+  case ContactKind::Inside:
     break;
   }
   return false;

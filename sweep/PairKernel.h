@@ -98,6 +98,10 @@ enum class PairOutcome {
 /// Does the same for a search and measures only values that can still matter. `first` and `travel`,
 /// its travel as an exact multiple of the direction vector, are written for Ahead alone. The limit
 /// only saves work, so it is compared with the rounded travel.
+///
+/// Under Rule::Solid a pair counts when the moving triangle faces along the direction, the fixed
+/// one against it, their shadows share area, and no part of the one has passed the other. Its first
+/// travel is then positive or zero, and the outcome is Ahead.
 PairOutcome JudgePair(const TravelDirection& direction, const Triangle& moving,
                       const Triangle& fixed, Rule rule, double limit, PairContact& first,
                       ExactRatio& travel);

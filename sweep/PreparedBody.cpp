@@ -1,7 +1,12 @@
 #include "PreparedBody.h"
 
+#include "RayCount.h"
+
 #include "gsl_Matrix.h"
 #include "gsl_Point.h"
+
+#include <algorithm>
+#include <cmath>
 
 namespace gsl_sweep {
 
@@ -38,10 +43,36 @@ void PreparedBody::NeedLeaves() const {
   });
 }
 
-const Solidity& PreparedBody::AsSolid() const {
+const SolidSurface& PreparedBody::Surface() const {
   NeedLeaves();
-  std::call_once(m_solidityOnce, [this] { m_solidity = SolidityOf(m_corners); });
-  return m_solidity;
+  std::call_once(m_surfaceOnce, [this] {
+    m_surface = SolidSurfaceOf(m_corners);
+    if (m_surface.components.size() > 1) TestComponents();
+  });
+  return m_surface;
+}
+
+/// Looks for a component that is inside out: the surface winds the wrong way around points beside
+/// its triangles.
+void PreparedBody::TestComponents() const {
+  const auto isInsideOut = [this](auto scalar, std::uint32_t place) {
+    using Scalar = decltype(scalar);
+    double largest = 0.0;
+    for (int k = 0; k < 3; ++k)
+      largest = std::max({largest, std::fabs(m_bounds.low[k]), std::fabs(m_bounds.high[k])});
+    const Placement<Scalar> placement({0.0, 0.0, 0.0}, RangeScale(largest));
+    const PlacedBody<Scalar> self{*this, placement};
+    const auto always = [] { return true; };
+    return TurnsAround(Beside::Over, self, place, self, always) < 0 ||
+           TurnsAround(Beside::Under, self, place, self, always) < 0;
+  };
+  Solidity& solidity = m_surface.solidity;
+  for (const std::uint32_t place : m_surface.components) {
+    if (!(m_isComfortable ? isInsideOut(0.0f, place) : isInsideOut(0.0, place))) continue;
+    solidity.fault = SolidityFault::WrongOrientation;
+    solidity.triangle = m_corners.Number(place);
+    return;
+  }
 }
 
 const Tree<float>& PreparedBody::SingleTree() const {

@@ -46,7 +46,9 @@ public:
   double LeastMagnitude() const { return m_leastMagnitude; }
 
   /// Returns whether the triangles are the surface of a solid, decided by the first call.
-  const Solidity& AsSolid() const;
+  const Solidity& AsSolid() const { return Surface().solidity; }
+  /// Returns a triangle of each component of a solid, see SolidSurface.
+  const std::vector<std::uint32_t>& Components() const { return Surface().components; }
 
   const Tree<float>& SingleTree() const;
   /// Returns the tree over the exact coordinates, wherever the body is.
@@ -75,6 +77,8 @@ private:
   static constexpr std::size_t kLeastVisits = 10000;
 
   void NeedLeaves() const;
+  const SolidSurface& Surface() const;
+  void TestComponents() const;
 
   mutable Corners m_corners; ///< sorted when the leaves are made
   bool m_isComfortable;
@@ -84,8 +88,8 @@ private:
   mutable Leaves m_leaves;
   mutable Box<double> m_bounds = Box<double>::Empty();
   mutable Array<Box<float>> m_leafBoxes; ///< until the tree is made
-  mutable std::once_flag m_solidityOnce, m_singleOnce, m_doubleOnce;
-  mutable Solidity m_solidity;
+  mutable std::once_flag m_surfaceOnce, m_singleOnce, m_doubleOnce;
+  mutable SolidSurface m_surface;
   mutable Tree<float> m_single;
   mutable Tree<double> m_double;
   mutable std::atomic<bool> m_hasSingle{false}, m_hasDouble{false};

@@ -57,9 +57,9 @@ struct Scene {
       : bodies(sceneBodies), direction(travelDirection), scale(rangeScale),
         test(travelDirection.Vector()), slabTest(travelDirection.Vector()),
         moving(question.offset, rangeScale), fixed({0.0, 0.0, 0.0}, rangeScale),
-        rule(question.rule), oneSided(question.oneSided), filters(canFilter),
-        hasExactBoxes(HaveExactBoxes(sceneBodies)), m_movingTree(BestTree(*bodies.moving)),
-        m_fixedTrees(bodies.fixed.size()) {
+        rule(question.rule), oneSided(question.oneSided || question.rule == Rule::Solid),
+        filters(canFilter), hasExactBoxes(HaveExactBoxes(sceneBodies)),
+        m_movingTree(BestTree(*bodies.moving)), m_fixedTrees(bodies.fixed.size()) {
     for (std::size_t body = 0; body < bodies.fixed.size(); ++body)
       m_fixedTrees[body] = BestTree(*bodies.fixed[body]);
   }

@@ -3,6 +3,7 @@
 #include "BigNatural.h"
 #include "Determinant.h"
 #include "RangeScale.h"
+#include "SolidPair.h"
 
 #include <algorithm>
 #include <charconv>
@@ -43,6 +44,33 @@ std::uint64_t HashOf(const Scalar* p) {
   return sum ^ sum >> 29;
 }
 
+/// Triangles that edges join.
+class Joined {
+public:
+  explicit Joined(std::size_t count) : m_above(count) {
+    for (std::size_t k = 0; k < count; ++k)
+      m_above[k] = static_cast<std::uint32_t>(k);
+  }
+
+  void Join(std::uint32_t a, std::uint32_t b) {
+    a = Top(a);
+    b = Top(b);
+    m_above[std::max(a, b)] = std::min(a, b);
+  }
+
+  /// Returns the same place for all triangles that are joined.
+  std::uint32_t Top(std::uint32_t place) {
+    while (m_above[place] != place) {
+      m_above[place] = m_above[m_above[place]];
+      place = m_above[place];
+    }
+    return place;
+  }
+
+private:
+  std::vector<std::uint32_t> m_above;
+};
+
 /// The uses of edges that no use in the opposite direction has cancelled yet. A triangle uses the
 /// edge from each of its corners to the next.
 ///
@@ -51,7 +79,9 @@ std::uint64_t HashOf(const Scalar* p) {
 template <class Reader>
 class EdgeTable {
 public:
-  explicit EdgeTable(const Reader& reader) : m_reader(reader), m_slots(kLeastSlots) {}
+  /// `joined` receives the triangles whose uses cancel each other.
+  EdgeTable(const Reader& reader, Joined& joined)
+      : m_reader(reader), m_joined(joined), m_slots(kLeastSlots) {}
 
   bool IsEmpty() const { return m_count == 0; }
 
@@ -127,6 +157,7 @@ private:
     for (; m_slots[k].place != kFree; k = After(k)) {
       if (m_slots[k].hash != hash) continue;
       if (!edge.IsOpposite(EdgeAt(m_slots[k].place, m_slots[k].corner))) continue;
+      m_joined.Join(static_cast<std::uint32_t>(place), m_slots[k].place);
       Remove(k);
       return;
     }
@@ -160,6 +191,7 @@ private:
   }
 
   const Reader& m_reader;
+  Joined& m_joined;
   std::vector<Slot> m_slots; ///< a power of two; at most half of them are in use
   std::size_t m_count = 0;
 };
@@ -171,10 +203,10 @@ struct WrongEdge {
   int corner = 0;        ///< of this triangle, where its first such edge begins
 };
 
-WrongEdge FindWrongEdge(const Corners& corners) {
+WrongEdge FindWrongEdge(const Corners& corners, Joined& joined) {
   WrongEdge found;
   corners.Read([&](const auto& reader) {
-    EdgeTable<std::decay_t<decltype(reader)>> table(reader);
+    EdgeTable<std::decay_t<decltype(reader)>> table(reader, joined);
     for (std::size_t place = 0; place < corners.Count(); ++place)
       table.Add(place);
     if (table.IsEmpty()) return;
@@ -231,6 +263,10 @@ public:
   explicit Tetrahedra(const Corners& corners)
       : m_corners(corners), m_scale(LargestOf(corners)), m_isScaled(!corners.AreComfortable()),
         m_apex(At(0, 0)) {}
+
+  SurfaceTriangle TriangleAt(std::size_t place) const {
+    return {{At(place, 0), At(place, 1), At(place, 2)}};
+  }
 
   /// Returns the sign of the sum: -1, 0 or 1.
   int VolumeSign() const {
@@ -312,16 +348,44 @@ std::string TextOf(const Coord3& p) {
   return text + ")";
 }
 
+/// Returns the place of the lowest triangle with area of each component, by number.
+std::vector<std::uint32_t> ComponentsOf(const Corners& corners, const Tetrahedra& tetrahedra,
+                                        Joined& joined) {
+  constexpr std::uint32_t kNone = 0xffffffffu;
+  std::vector<std::uint32_t> lowest(corners.Count(), kNone);
+  for (std::size_t k = 0; k < corners.Count(); ++k) {
+    const auto place = static_cast<std::uint32_t>(k);
+    std::uint32_t& best = lowest[joined.Top(place)];
+    if (best != kNone && corners.Number(best) < corners.Number(place)) continue;
+    if (tetrahedra.TriangleAt(place).HasArea()) best = place;
+  }
+  lowest.erase(std::remove(lowest.begin(), lowest.end(), kNone), lowest.end());
+  const auto byNumber = [&corners](std::uint32_t a, std::uint32_t b) {
+    return corners.Number(a) < corners.Number(b);
+  };
+  std::sort(lowest.begin(), lowest.end(), byNumber);
+  return lowest;
+}
+
 } // namespace
 
-Solidity SolidityOf(const Corners& corners) {
-  const WrongEdge wrong = FindWrongEdge(corners);
-  if (wrong.any) return Describe(corners, wrong);
-  Solidity solidity;
-  const int volume = corners.Count() == 0 ? 0 : Tetrahedra(corners).VolumeSign();
-  if (volume == 0) solidity.fault = SolidityFault::NoVolume;
-  if (volume < 0) solidity.fault = SolidityFault::WrongOrientation;
-  return solidity;
+SolidSurface SolidSurfaceOf(const Corners& corners) {
+  SolidSurface surface;
+  Joined joined(corners.Count());
+  const WrongEdge wrong = FindWrongEdge(corners, joined);
+  if (wrong.any) {
+    surface.solidity = Describe(corners, wrong);
+    return surface;
+  }
+  surface.solidity.fault = SolidityFault::NoVolume;
+  if (corners.Count() == 0) return surface;
+  const Tetrahedra tetrahedra(corners);
+  const int volume = tetrahedra.VolumeSign();
+  if (volume == 0) return surface;
+  surface.solidity.fault = volume < 0 ? SolidityFault::WrongOrientation : SolidityFault::None;
+  surface.components = ComponentsOf(corners, tetrahedra, joined);
+  if (volume < 0) surface.solidity.triangle = corners.Number(surface.components.front());
+  return surface;
 }
 
 std::string Solidity::Reason() const {
@@ -339,7 +403,7 @@ std::string Solidity::Reason() const {
            std::to_string(triangle) + " and " + std::to_string(otherTriangle) + ", use " + edge;
   case SolidityFault::WrongOrientation:
     if (hasEdge) return "wrong orientation: " + two + " use in the same direction " + edge;
-    return "wrong orientation: the surface is inside out, so its volume is negative";
+    return "wrong orientation: the component of " + one + " is inside out";
   case SolidityFault::NoVolume:
     return "no volume: the triangles enclose nothing";
   }

@@ -3,11 +3,23 @@
 
 #include "Corners.h"
 
+#include <vector>
+
 namespace gsl_sweep {
 
-/// Decides whether triangles are the surface of a solid, see Solidity. The time is linear. Little
-/// memory is used when neighbours are stored close to each other.
-Solidity SolidityOf(const Corners& corners);
+/// What triangles are as the surface of a solid.
+struct SolidSurface {
+  Solidity solidity;
+  /// The place of the lowest triangle with area of each component, by number. Triangles at a common
+  /// edge belong to one component. Not set when the surface is not closed or has no volume.
+  std::vector<std::uint32_t> components;
+};
+
+/// Decides whether triangles are the surface of a solid, see Solidity. Where there are several
+/// components, only the sign of their whole volume is looked at. The time is linear, and so
+/// is the memory: four bytes for each triangle, and little more when neighbours are stored close to
+/// each other.
+SolidSurface SolidSurfaceOf(const Corners& corners);
 
 } // namespace gsl_sweep
 

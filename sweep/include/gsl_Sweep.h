@@ -52,27 +52,28 @@ enum class SolidityFault : unsigned char {
   None,
   OpenEdge,         ///< one triangle alone uses the edge
   NonManifoldEdge,  ///< three or more use it, and not as often in one direction as in the other
-  WrongOrientation, ///< two use it in the same direction, or the whole surface is inside out
+  WrongOrientation, ///< two use it in the same direction, or a whole component is inside out
   NoVolume          ///< the surface is closed and encloses a volume of zero, or there is none
 };
 
 /// Whether triangles are the surface of a solid: closed, with every edge used as often in one
-/// direction as in the other, and with a positive volume.
+/// direction as in the other, with a positive volume, and with no component that is inside out.
 ///
 /// Vertices   equal coordinates are one vertex; -0.0 equals 0.0. A vertex inside an edge does not
 ///            divide the edge.
-/// Solids     may have cavities, and components that touch each other in faces, edges or vertices.
-///            The volume is that of all components together. So a component that is inside out
-///            beside a larger one is not found.
+/// Solids     may have cavities, and components that touch or overlap each other. A component is
+/// all
+///            triangles that edges join.
 /// Degenerate A triangle with two equal corners counts as absent. Any other triangle counts with
 ///            its three edges, so a triangle of no area closes the gap where a vertex is inside an
 ///            edge.
 /// NaN        triangles that the body skips count as absent.
 struct GSL_SWEEP_API Solidity {
   SolidityFault fault = SolidityFault::None;
-  bool hasEdge = false; ///< false when the fault is of the whole surface; then the rest is zero
-  /// The lowest triangle at a wrong edge, and the next triangle that uses that edge. Both are the
-  /// same for an open edge.
+  bool hasEdge = false; ///< false when the fault is of a component or of the whole
+  /// With an edge: the lowest triangle at a wrong edge, and the next triangle that uses that edge,
+  /// or the same for an open edge. Without: the first triangle with area of the component that is
+  /// inside out, and 0.
   std::size_t triangle = 0, otherTriangle = 0;
   Coord3 edgeFrom{0.0, 0.0, 0.0}, edgeTo{0.0, 0.0, 0.0}; ///< in the direction of `triangle`
 
@@ -133,7 +134,10 @@ enum class ContactKind : unsigned char {
   VertexFace,
   FaceVertex,
   EdgeEdge,
-  Overlap
+  Overlap,
+  /// Under Rule::Solid: a component of one body is inside another body before any travel, and their
+  /// surfaces do not touch. The triangle of the component is its first; the other triangle is 0.
+  Inside
 };
 
 enum class SweepStatus : unsigned char {
@@ -149,7 +153,21 @@ enum class Rule : unsigned char {
   /// Every pair except those whose interval ends at travel zero exactly, so that a body may leave
   /// what it touches at the start. Where closed bodies press into each other right after the start,
   /// some pair counts. Open surfaces that lie face to face may pass through each other.
-  NotLeaving
+  NotLeaving,
+  /// The bodies are solids, and their interiors must stay disjoint. The contact is at the greatest
+  /// travel T such that they are disjoint at every travel from 0 to T. Surfaces may touch and
+  /// slide: only a face that faces along the direction can meet a face that faces against it, and
+  /// their shadows along the direction must share area. The status is Start when the interiors
+  /// overlap at travel 0 or at every small positive travel; see Contact::overlapsAtStart.
+  ///
+  /// Errors   std::invalid_argument for a body that is not a solid, see Body::IsSolid; also when
+  /// the
+  ///          question is about the last contact or a patch.
+  /// Walls    of zero thickness, which are two faces of one body that coincide with nothing inside
+  ///          them, count as material.
+  /// Cavities of a body must not touch a face of it from inside at a point inside that face.
+  /// oneSided is ignored.
+  Solid
 };
 
 struct Question {
@@ -171,6 +189,11 @@ struct Question {
 struct Contact {
   double travel = 0.0;
   ContactKind kind = ContactKind::Overlap;
+  /// Set under Rule::Solid when the interiors overlap before any travel. The pair is then the first
+  /// of which a triangle goes to the inner side of the other from a point inside it, or whose
+  /// triangles share area in one plane and face the same way. Without such a pair it is the first
+  /// that touches with the other body just under one of its triangles.
+  bool overlapsAtStart = false;
   std::size_t fixedBody = 0;                         ///< in the order of the pair
   std::size_t movingTriangle = 0, fixedTriangle = 0; ///< numbers in their bodies
   Coord3 movingPoint{0.0, 0.0, 0.0};                 ///< with the offset, before the travel

@@ -281,6 +281,31 @@ TEST(PairKernel, RuleLeavesOutPairsThatPartAtZero) {
   EXPECT_EQ(judge(-2.0, Rule::NotLeaving), PairOutcome::Ahead);
 }
 
+TEST(PairKernel, SolidsMeetFaceToFaceOverACommonArea) {
+  const TravelDirection direction(down);
+  PairContact first{};
+  const auto judge = [&](const Coord3& a, const Coord3& b, const Coord3& c) {
+    ExactRatio travel;
+    const Triangle floorFace =
+        MakeTriangle(direction, {0.0, 0.0, 0.0}, {4.0, 0.0, 0.0}, {0.0, 4.0, 0.0});
+    return JudgePair(direction, MakeTriangle(direction, a, b, c), floorFace, Rule::Solid, noLimit,
+                     first, travel);
+  };
+  EXPECT_EQ(judge({1.0, 1.0, 3.0}, {1.0, 2.0, 3.0}, {2.0, 1.0, 3.0}), PairOutcome::Ahead);
+  EXPECT_EQ(first.travel, 3.0);
+  EXPECT_EQ(judge({1.0, 1.0, 0.0}, {1.0, 2.0, 0.0}, {2.0, 1.0, 0.0}), PairOutcome::Ahead);
+  EXPECT_EQ(first.travel, 0.0);
+  // It faces upwards, it is edge-on, or its shadow shares a border or a corner alone.
+  EXPECT_EQ(judge({1.0, 1.0, 3.0}, {2.0, 1.0, 3.0}, {1.0, 2.0, 3.0}), PairOutcome::Apart);
+  EXPECT_EQ(judge({1.0, 1.0, 3.0}, {1.0, 2.0, 3.0}, {1.0, 1.0, 5.0}), PairOutcome::Apart);
+  EXPECT_EQ(judge({0.0, 1.0, 3.0}, {-1.0, 2.0, 3.0}, {0.0, 2.0, 3.0}), PairOutcome::Apart);
+  EXPECT_EQ(judge({4.0, 0.0, 3.0}, {5.0, 1.0, 3.0}, {6.0, 0.0, 3.0}), PairOutcome::Apart);
+  // It crosses the border by one unit in the last place.
+  EXPECT_EQ(judge({0x1p-60, 1.0, 3.0}, {-1.0, 2.0, 3.0}, {0.0, 2.0, 3.0}), PairOutcome::Ahead);
+  // A part of it has passed.
+  EXPECT_EQ(judge({1.0, 1.0, -0x1p-60}, {1.0, 2.0, 3.0}, {2.0, 1.0, 3.0}), PairOutcome::Apart);
+}
+
 TEST(PairKernel, LastIsCutAtTheGreatestTravelExactly) {
   PairContact last{};
   EXPECT_EQ(JudgeEnd(down, tip, bigFloor, Rule::Touch, noLimit, last), LastOutcome::Parts);

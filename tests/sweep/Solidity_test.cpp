@@ -119,8 +119,34 @@ TEST(Solidity, AFinMakesANonManifoldEdge) {
 TEST(Solidity, AnInsideOutBodyHasTheWrongOrientation) {
   const Solidity solidity = Judged(TurnedOver(UnitBox()));
   ExpectWhole(solidity, SolidityFault::WrongOrientation);
-  EXPECT_EQ(solidity.Reason(),
-            "wrong orientation: the surface is inside out, so its volume is negative");
+  EXPECT_EQ(solidity.Reason(), "wrong orientation: the component of triangle 0 is inside out");
+}
+
+TEST(Solidity, AComponentThatIsInsideOutIsNamed) {
+  // The larger box makes the volume positive. A triangle without area comes first.
+  Mesh mesh = sweep_shapes::Box({0, 0, 0}, {9, 9, 9});
+  AddTriangle(mesh, {20, 0, 0}, {20, 0, 0}, {20, 1, 0});
+  Append(mesh, TurnedOver(sweep_shapes::Box({20, 0, 0}, {21, 1, 1})));
+  const Solidity beside = Judged(mesh);
+  ExpectWhole(beside, SolidityFault::WrongOrientation);
+  EXPECT_EQ(beside.triangle, 13u);
+  // Where the small box touches the large one from outside, and inside the large one.
+  for (const double x : {9.0, 8.0, 3.0}) {
+    Mesh both = sweep_shapes::Box({0, 0, 0}, {9, 9, 9});
+    Append(both, TurnedOver(sweep_shapes::Box({x, 0, 0}, {x + 1, 1, 1})));
+    const Solidity judged = Judged(both);
+    ExpectWhole(judged, x == 9.0 ? SolidityFault::WrongOrientation : SolidityFault::None);
+  }
+  // A cavity within a cavity, and a box that is turned outwards within a solid.
+  Mesh nested = sweep_shapes::Box({0, 0, 0}, {9, 9, 9});
+  Append(nested, TurnedOver(sweep_shapes::Box({1, 1, 1}, {8, 8, 8})));
+  Mesh twice = nested;
+  Append(twice, TurnedOver(sweep_shapes::Box({2, 2, 2}, {3, 3, 3})));
+  EXPECT_EQ(Judged(twice).triangle, 24u);
+  ExpectWhole(Judged(twice), SolidityFault::WrongOrientation);
+  Append(nested, sweep_shapes::Box({2, 2, 2}, {4, 4, 4}));
+  Append(nested, sweep_shapes::Box({3, 3, 3}, {5, 5, 5}));
+  ExpectWhole(Judged(nested), SolidityFault::None);
 }
 
 TEST(Solidity, NothingIsNotASolid) {
@@ -256,6 +282,10 @@ TEST(Solidity, HoldsAtBothEndsOfTheRange) {
     Mesh mesh = sweep_shapes::Box({-size, -size, -size}, {size, 0, size});
     ExpectWhole(Judged(mesh), SolidityFault::None);
     ExpectWhole(Judged(TurnedOver(mesh)), SolidityFault::WrongOrientation);
+    Mesh both = mesh;
+    Append(both, TurnedOver(sweep_shapes::Box({-size, size / 2, 0}, {size, size, size})));
+    ExpectWhole(Judged(both), SolidityFault::WrongOrientation);
+    EXPECT_EQ(Judged(both).triangle, 12u);
   }
 }
 

@@ -56,6 +56,7 @@ Json FixedBodiesAsJson(const SceneReport& report) {
 /// Returns the names of the features for a sentence, the moving body's feature first.
 std::string KindInWords(ContactKind kind) {
   if (kind == ContactKind::Overlap) return "they share a point";
+  if (kind == ContactKind::Inside) return "one is inside the other";
   std::string words = KindName(kind);
   words.replace(words.find('-'), 1, " on ");
   return words;
@@ -130,6 +131,8 @@ const char* KindName(ContactKind kind) {
     return "face-vertex";
   case ContactKind::EdgeEdge:
     return "edge-edge";
+  case ContactKind::Inside:
+    return "inside";
   case ContactKind::Overlap:
     break;
   }

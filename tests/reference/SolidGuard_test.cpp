@@ -1,0 +1,24 @@
+#include "SolidGuard.h"
+
+#include "TestScale.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using namespace reference;
+
+TEST(SolidGuard, TheSweepAgreesWithTheJudge) {
+  SolidTally tally;
+  for (std::size_t family = 0; family < SolidFamilyCount(); ++family) {
+    for (std::uint64_t seed = 0; seed < static_cast<std::uint64_t>(Scaled(60)); ++seed) {
+      const std::string complaint = SolidComplaint(MakeSolidScene(family, seed), tally);
+      EXPECT_EQ(complaint, "");
+    }
+  }
+  for (const std::size_t count : tally.outcomes)
+    EXPECT_GE(count, tally.scenes / 20);
+  EXPECT_GE(tally.touching, tally.scenes / 2);
+}
+
+} // namespace
