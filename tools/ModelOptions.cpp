@@ -115,7 +115,7 @@ std::string ExpectedUsage(const CommandRow* row) {
 std::string ParseModelOptions(int argc, const char* const* argv, ModelOptions& options) {
   CLI::App app(kDescription, "gsl-model");
   Declare(app, options);
-  const std::string text = ParseArguments(app, argc, argv, nullptr);
+  std::string text = ParseArguments(app, argc, argv, nullptr);
   if (!text.empty()) return text;
   const CommandRow* row = nullptr;
   if (const auto value = ValueOf(app, "--json")) {

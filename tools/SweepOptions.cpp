@@ -291,7 +291,7 @@ std::string ParseSweepOptions(int argc, const char* const* argv, SweepOptions& o
   const auto meant = [](const std::string& argument) {
     return ParseDirection(argument).has_value() ? "--direction " + argument : std::string();
   };
-  const std::string text = ParseArguments(app, argc, argv, meant);
+  std::string text = ParseArguments(app, argc, argv, meant);
   if (!text.empty()) return text;
   options.threads = ThreadsOfMachine();
   TakeValues(app, options);

@@ -12,7 +12,6 @@ namespace gsl_tools {
 
 namespace {
 
-using gsl_sweep::Pair;
 using gsl_sweep::Question;
 using gsl_sweep::Run;
 using gsl_sweep::SweepStatus;

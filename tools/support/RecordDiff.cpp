@@ -25,8 +25,14 @@ bool IsOfObject(const gsl_RecordField& field) {
   return field.kind == Kind::Object || field.kind == Kind::Reference;
 }
 
+std::uint64_t BitsOf(double number) {
+  std::uint64_t bits = 0;
+  std::memcpy(&bits, &number, sizeof bits);
+  return bits;
+}
+
 bool AreSameBits(double a, double b) {
-  return std::memcmp(&a, &b, sizeof a) == 0;
+  return BitsOf(a) == BitsOf(b);
 }
 
 Fields FieldsOf(const gsl_RecordStore& records, gsl_RecordIndex record) {

@@ -390,8 +390,8 @@ TEST_F(HostileRecords, HundredThousandUnknownFieldsAreIgnored) {
 }
 
 TEST_F(HostileRecords, HundredThousandFieldsOfOneName) {
-  const auto repeats = static_cast<std::size_t>(Scaled(kLevels));
-  ForEachField([repeats](const Class& c, const RawRecords& sample, std::size_t i) {
+  constexpr auto repeats = static_cast<std::size_t>(Scaled(kLevels));
+  ForEachField([](const Class& c, const RawRecords& sample, std::size_t i) {
     if (sample[0].collection != 0) return;
     RawField wrong = sample[0].fields[i];
     wrong.kind = wrong.kind == Kind::Integer ? Kind::Double : Kind::Integer;
