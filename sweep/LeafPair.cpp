@@ -255,7 +255,8 @@ const LeafTriangles<Scalar>& LeafCache<Scalar>::Get(const Scene<Scalar>& scene, 
   const std::uint64_t key =
       static_cast<std::uint64_t>(body) << 32 | static_cast<std::uint64_t>(used.isFine) << 31 | leaf;
   const std::size_t place = Place(key);
-  LeafTriangles<Scalar>& cached = m_leaves[place];
+  if (m_leaves[place] == nullptr) m_leaves[place] = std::make_unique<LeafTriangles<Scalar>>();
+  LeafTriangles<Scalar>& cached = *m_leaves[place];
   if (m_keys[place] != key) {
     m_keys[place] = kNoKey;
     Gather(scene, scene.template BodyOf<kMoving>(body), *used.leaves,

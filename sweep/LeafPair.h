@@ -4,6 +4,7 @@
 #include "Scene.h"
 
 #include <algorithm>
+#include <memory>
 
 namespace gsl_sweep {
 
@@ -61,7 +62,8 @@ private:
   double m_reach = 0.0; ///< of the box
 };
 
-/// The leaves that were used last, each in one of a few places.
+/// The leaves that were used last, each in one of a few places. A place takes memory when it is
+/// used first, because a question about small bodies uses few.
 template <class Scalar>
 class LeafCache {
 public:
@@ -87,7 +89,7 @@ private:
   template <bool kMoving>
   const LeafTriangles<Scalar>& Get(const Scene<Scalar>& scene, std::size_t body, std::size_t leaf);
 
-  std::vector<LeafTriangles<Scalar>> m_leaves;
+  std::vector<std::unique_ptr<LeafTriangles<Scalar>>> m_leaves;
   std::vector<std::uint64_t> m_keys; ///< fixed body and leaf
 };
 
