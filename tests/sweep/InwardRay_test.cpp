@@ -2,7 +2,6 @@
 
 #include "Bodies.h"
 #include "RandomNumbers.h"
-#include "TestScale.h"
 
 #include <gtest/gtest.h>
 
@@ -91,7 +90,7 @@ TEST(InwardRay, TrianglesAtItsBeginningDoNotCount) {
 TEST(InwardRay, CountsEachComponentAroundThePoint) {
   RandomNumbers random(8);
   int inside = 0;
-  for (int round = 0; round < Scaled(3000); ++round) {
+  for (int round = 0; round < 3000; ++round) {
     const auto at = [&] { return static_cast<double>(random.Below(7)); };
     const SurfaceTriangle face{{{at(), at(), at()}, {at(), at(), at()}, {at(), at(), at()}}};
     if (!face.HasArea()) continue;
@@ -113,7 +112,7 @@ TEST(InwardRay, CountsEachComponentAroundThePoint) {
     ASSERT_EQ(Turns(ray, sweep_shapes::Box(low, high)), isInside ? 1 : 0) << round;
     inside += isInside ? 1 : 0;
   }
-  EXPECT_GT(inside, Scaled(50));
+  EXPECT_GT(inside, 50);
 }
 
 } // namespace
