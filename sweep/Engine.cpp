@@ -259,6 +259,10 @@ auto WithFiniteOffset(const SceneBodies& bodies, const Question& question, const
   const bool isFinite = bodies.moving->IsEmpty() ||
                         std::isfinite(LargestOf(ShiftedBounds(*bodies.moving, question.offset)));
   if (isFinite) return work(bodies, question);
+  // Without the triangles beyond the range the body would not be closed.
+  if (question.rule == Rule::Solid) {
+    throw std::overflow_error("the offset moves the solid beyond the range of double");
+  }
   const PreparedBody moved(*bodies.moving, ShiftedVertices(*bodies.moving, question.offset));
   SceneBodies movedBodies = bodies;
   movedBodies.moving = &moved;
@@ -334,7 +338,7 @@ PatchSummary AnswerPatch(const SceneBodies& bodies, const Question& question, Co
 }
 
 LeftOut CountLeftOut(const SceneBodies& bodies, const Question& question) {
-  if (!question.oneSided) return {};
+  if (!question.oneSided || question.rule == Rule::Solid) return {};
   return WithFiniteOffset(bodies, question, [](const SceneBodies& finite, const Question& asked) {
     const TravelDirection direction = DirectionOf(asked);
     const RangeScale scale(LargestOfScene(finite, asked.offset));

@@ -187,6 +187,7 @@ template <class Scalar>
 bool SolidStart<Scalar>::LookUnder(const Placed& one, const Placed& other, UnderEach& under) {
   bool any = false;
   for (std::size_t place = 0; place < under.size(); ++place) {
+    if (m_isCancelled) return any;
     if (under[place] != Under::ToLookAt) continue;
     under[place] = IsInside(one, place, other) ? Under::OtherBody : Under::Nothing;
     any = any || under[place] == Under::OtherBody;

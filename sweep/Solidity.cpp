@@ -402,7 +402,7 @@ std::string Solidity::Reason() const {
     return "non-manifold edge: three or more triangles, the first of them " +
            std::to_string(triangle) + " and " + std::to_string(otherTriangle) + ", use " + edge;
   case SolidityFault::WrongOrientation:
-    if (hasEdge) return "wrong orientation: " + two + " use in the same direction " + edge;
+    if (hasEdge) return "wrong orientation: " + two + " use " + edge + " in the same direction";
     return "wrong orientation: the component of " + one + " is inside out";
   case SolidityFault::NoVolume:
     return "no volume: the triangles enclose nothing";

@@ -117,8 +117,8 @@ bool Walk<Scalar, Judgement>::Goes() {
   };
   if constexpr (sizeof(Scalar) == sizeof(float)) {
     Improve<true>(0, goesOn);
-    for (std::size_t body = 0; body < m_scene.bodies.fixed.size(); ++body)
-      Improve<false>(body, goesOn);
+    // A fixed body that the walk does not come to is not hard to search.
+    Improve<false>(m_stack.back().fixedBody, goesOn);
   }
   return goesOn();
 }

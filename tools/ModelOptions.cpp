@@ -16,27 +16,28 @@ const char* const kDescription =
 
 const char* const kUsage = "FILE COMMAND [ARGUMENT] [OPTION...]";
 
-const char* const kFooter = "Commands:\n"
-                            "  list         Lists the roots of FILE\n"
-                            "  show NAME    Shows a root, by its name or its number, and what it "
-                            "holds\n"
-                            "  check        Checks every byte of FILE\n"
-                            "  convert OUT  Writes the records of FILE to the file OUT, in the "
-                            "form that this\n"
-                            "               version writes\n"
-                            "  diff OTHER   Compares FILE with the file OTHER\n"
-                            "\n"
-                            "Exit status:\n"
-                            "  0   success; of diff, no difference\n"
-                            "  1   of diff, a difference\n"
-                            "  2   wrong usage\n"
-                            "  3   an input cannot be read or was rejected\n"
-                            "  4   another failure\n"
-                            "\n"
-                            "Examples:\n"
-                            "  $ gsl-model part.gslr list\n"
-                            "  $ gsl-model part.gslr show axis --json -\n"
-                            "  $ gsl-model part.gslr diff other.gslr";
+const char* const kFooter =
+    "Commands:\n"
+    "  list         Lists the roots of FILE\n"
+    "  show NAME    Shows a root, by its name or its number, and what it "
+    "holds\n"
+    "  check        Checks FILE, and that the library can restore its records\n"
+    "  convert OUT  Writes the records of FILE to the file OUT, in the "
+    "form that this\n"
+    "               version writes\n"
+    "  diff OTHER   Compares FILE with the file OTHER\n"
+    "\n"
+    "Exit status:\n"
+    "  0   success; of diff, no difference\n"
+    "  1   of diff, a difference\n"
+    "  2   wrong usage, or no root has the name\n"
+    "  3   an input cannot be read or was rejected\n"
+    "  4   another failure\n"
+    "\n"
+    "Examples:\n"
+    "  $ gsl-model part.gslr list\n"
+    "  $ gsl-model part.gslr show axis --json -\n"
+    "  $ gsl-model part.gslr diff other.gslr";
 
 struct CommandRow {
   const char* name;

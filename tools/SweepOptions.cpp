@@ -93,7 +93,7 @@ std::vector<OptionRow> OptionRows() {
       {"--progress", "STYLE", nullptr,
        "Shows progress on stderr if stderr is a terminal: auto, plain or never"},
       {"--quiet", nullptr, &SweepOptions::quiet,
-       "Prints only errors, and on stdout only the JSON of --json -"},
+       "Prints only errors, and on stdout only the JSON of --json - and of --directions"},
       {"--verbose", nullptr, &SweepOptions::verbose,
        "Shows the time and the memory of each stage on stderr"},
       {"--force", nullptr, &SweepOptions::force, "Replaces existing output files"},

@@ -26,10 +26,24 @@ using namespace gsl_tools;
 /// The answer of diff; every other command ends with Same.
 enum ExitStatus { Same = 0, Different = 1 };
 
+gsl_RecordStore LoadFromStandardInput() {
+  InputText input("-");
+  std::string bytes;
+  for (std::string_view part; !(part = input.Next()).empty();)
+    bytes += part;
+  try {
+    return gsl_RecordStore::FromBytes(reinterpret_cast<const unsigned char*>(bytes.data()),
+                                      bytes.size());
+  } catch (const gsl_RecordError& error) {
+    throw InputError(input.Name() + ": " + error.what());
+  }
+}
+
 /// Reads a file. Errors begin with its name.
 gsl_RecordStore Load(const std::string& file) {
+  if (file == "-") return LoadFromStandardInput();
   try {
-    return gsl_LoadRecords(file == "-" ? "/dev/stdin" : file);
+    return gsl_LoadRecords(file);
   } catch (const gsl_RecordError& error) {
     throw InputError(error.what());
   }
@@ -126,8 +140,8 @@ ExitStatus Diff(const ModelOptions& options) {
       out.Add(line + '\n');
     out.Finish();
     if (lines.size() == kMostDifferences) {
-      PrintLine("gsl-model", "differences after the first " + std::to_string(kMostDifferences) +
-                                 " are not listed");
+      PrintLine("gsl-model", "at most " + std::to_string(kMostDifferences) +
+                                 " differences are listed; there may be more");
     }
   }
   return lines.empty() ? Same : Different;

@@ -19,8 +19,9 @@ class gsl_Matrix;
 #define GSL_SWEEP_API
 #endif
 
-/// Finds the first contact of bodies, one of which travels along a direction. The decision is
-/// exact. Bodies are prepared once and can be asked any number of times.
+/// Finds the first and the last contact of bodies, one of which travels along a direction, and all
+/// pairs of triangles that touch at the first. The decision is exact. Bodies are prepared once and
+/// can be asked any number of times.
 ///
 /// Units      travel and points have the units of the vertices.
 /// Decision   exact: whether there is a contact, whether there is one at the start, and which comes
@@ -53,21 +54,24 @@ enum class SolidityFault : unsigned char {
   OpenEdge,         ///< one triangle alone uses the edge
   NonManifoldEdge,  ///< three or more use it, and not as often in one direction as in the other
   WrongOrientation, ///< two use it in the same direction, or a whole component is inside out
-  NoVolume          ///< the surface is closed and encloses a volume of zero, or there is none
+  NoVolume          ///< the surface is closed and encloses a volume of zero, or no triangle counts
 };
 
 /// Whether triangles are the surface of a solid: closed, with every edge used as often in one
-/// direction as in the other, with a positive volume, and with no component that is inside out.
+/// direction as in the other, with a positive volume, and with no component that is inside out. A
+/// component is inside out when the surface winds the wrong way around points beside it; a cavity
+/// within a solid is not.
 ///
 /// Vertices   equal coordinates are one vertex; -0.0 equals 0.0. A vertex inside an edge does not
 ///            divide the edge.
-/// Solids     may have cavities, and components that touch or overlap each other. A component is
-/// all
-///            triangles that edges join.
+/// Solids     may have cavities, and components that touch or overlap each other. Triangles that
+///            are joined by edges form one component.
 /// Degenerate A triangle with two equal corners counts as absent. Any other triangle counts with
 ///            its three edges, so a triangle of no area closes the gap where a vertex is inside an
 ///            edge.
 /// NaN        triangles that the body skips count as absent.
+/// Limits     A surface that crosses itself, and an inside-out component that crosses another, may
+///            not be noticed. The questions of Rule::Solid then have no meaning.
 struct GSL_SWEEP_API Solidity {
   SolidityFault fault = SolidityFault::None;
   bool hasEdge = false; ///< false when the fault is of a component or of the whole
@@ -142,7 +146,7 @@ enum class ContactKind : unsigned char {
 
 enum class SweepStatus : unsigned char {
   Contact,  ///< they touch after a positive travel
-  Start,    ///< they touch before any travel
+  Start,    ///< they touch before any travel; under Rule::Solid, see there
   None,     ///< no contact at or after the start, or none within the greatest distance
   Cancelled ///< the question was not answered
 };
@@ -160,12 +164,15 @@ enum class Rule : unsigned char {
   /// their shadows along the direction must share area. The status is Start when the interiors
   /// overlap at travel 0 or at every small positive travel; see Contact::overlapsAtStart.
   ///
-  /// Errors   std::invalid_argument for a body that is not a solid, see Body::IsSolid; also when
-  /// the
-  ///          question is about the last contact or a patch.
+  /// Errors   std::invalid_argument for a body that is not a solid, see Body::IsSolid, and for a
+  ///          question about the last contact or a patch.
   /// Walls    of zero thickness, which are two faces of one body that coincide with nothing inside
   ///          them, count as material.
-  /// Cavities of a body must not touch a face of it from inside at a point inside that face.
+  /// Limits   A cavity must not touch a face of its own body from inside, at a point inside that
+  ///          face. This is not checked, and the answer for such a body is not specified.
+  ///          Rounding, in a file or by an offset, can turn a thin triangle over, so that it faces
+  ///          into its own body. Where such a triangle touches, the bodies may be reported to
+  ///          overlap at the start.
   /// oneSided is ignored.
   Solid
 };
@@ -190,9 +197,9 @@ struct Contact {
   double travel = 0.0;
   ContactKind kind = ContactKind::Overlap;
   /// Set under Rule::Solid when the interiors overlap before any travel. The pair is then the first
-  /// of which a triangle goes to the inner side of the other from a point inside it, or whose
-  /// triangles share area in one plane and face the same way. Without such a pair it is the first
-  /// that touches with the other body just under one of its triangles.
+  /// in which one triangle, from a point inside the other, reaches its inner side, or in which both
+  /// share area in one plane and face the same way. If there is no such pair, it is the first pair
+  /// that touches and has the other body just under one of its triangles.
   bool overlapsAtStart = false;
   std::size_t fixedBody = 0;                         ///< in the order of the pair
   std::size_t movingTriangle = 0, fixedTriangle = 0; ///< numbers in their bodies
@@ -213,7 +220,7 @@ struct Answer {
 /// All pairs that touch at the first contact.
 struct PatchSummary {
   Answer first;              ///< as Pair::First returns it
-  std::size_t pairCount = 0; ///< 0 unless `first` is a contact
+  std::size_t pairCount = 0; ///< 0 unless the status of `first` is Contact or Start
   /// The box around all points of the fixed bodies at which the pairs touch, up to the rounding of
   /// its coordinates; zeros without a pair. Where the insides of two triangles cross at the start,
   /// the common part of their own boxes is in it.
@@ -244,8 +251,8 @@ struct LeftOut {
 /// in order, were one body.
 ///
 /// Errors     std::invalid_argument for a direction that is zero or not finite, for an offset that
-///            is not finite, and for a maxDistance that is negative or NaN. In a batch the text
-///            names the question, and no question is answered.
+///            is not finite, for a maxDistance that is negative or NaN, and for what Rule::Solid
+///            refuses. In a batch the text names the question, and no question is answered.
 ///            std::overflow_error for a travel or a point beyond the range of double. In a batch
 ///            every other question is answered first. The text names the first such question, whose
 ///            answer is Cancelled.

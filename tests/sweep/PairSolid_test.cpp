@@ -151,6 +151,17 @@ TEST(PairSolid, TheLastContactAndAPatchAreNotForSolids) {
   EXPECT_THROW(pair.Patch(question, nullptr, 0), std::invalid_argument);
 }
 
+TEST(PairSolid, NothingIsLeftOutAndNoSolidIsCutAtTheRangeOfDouble) {
+  const Pair pair(BodyOf(BoxOf({1, 1, 5}, {2, 2, 6})), {BodyOf(table)});
+  Question question = Along(down);
+  question.oneSided = true;
+  EXPECT_EQ(pair.CountLeftOut(question).moving, 0u);
+  EXPECT_EQ(pair.CountLeftOut(question).fixed, 0u);
+  const Pair wide(BodyOf(BoxOf({0, 0, 0}, {1e308, 1e308, 1e308})), {BodyOf(table)});
+  question.offset = {1e308, 0, 0};
+  EXPECT_THROW(wide.First(question), std::overflow_error);
+}
+
 TEST(PairSolid, SeveralFixedBodiesAreJudgedTogetherAndAlone) {
   const Pair pair(BodyOf(BoxOf({1, 1, 5}, {2, 2, 6})),
                   {BodyOf(Moved(table, {0, 0, -1})), BodyOf(table)});

@@ -103,8 +103,8 @@ TEST(Solidity, ATurnedTriangleHasTheWrongOrientation) {
   // Triangle 1 is now (0, 0, 0), (1, 0, 0), (1, 1, 0).
   const Solidity solidity = Judged(mesh);
   ExpectEdge(solidity, SolidityFault::WrongOrientation, 0, 1, {1, 1, 0}, {0, 0, 0});
-  EXPECT_EQ(solidity.Reason(), "wrong orientation: triangles 0 and 1 use in the same direction "
-                               "the edge from (1, 1, 0) to (0, 0, 0)");
+  EXPECT_EQ(solidity.Reason(), "wrong orientation: triangles 0 and 1 use the edge from "
+                               "(1, 1, 0) to (0, 0, 0) in the same direction");
 }
 
 TEST(Solidity, AFinMakesANonManifoldEdge) {

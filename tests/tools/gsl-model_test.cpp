@@ -124,6 +124,9 @@ TEST_F(GslModel, DamagedForeignAndNewerFilesAreRefusedByEveryCommand) {
   ExpectError(Model(m_part + " diff " + flipped), 3,
               flipped + ": The records are damaged: the checksum of bytes 20 to " +
                   std::to_string(bytes.size() - 5) + " does not match");
+  ExpectError(Shell("$MODEL - list <" + foreign), 3,
+              "standard input: The bytes are not records: they start with 73 6f 6c 69, but records "
+              "start with 67 73 6c 72 (\"gslr\")");
   const std::string missing = m_folder.Path("missing");
   ExpectError(Model(missing + " list"), 3, missing + ": cannot open: No such file or directory");
 }
@@ -181,7 +184,7 @@ TEST_F(GslModel, ManyDifferencesAreCutAndItSaysSo) {
   const Outcome run = Model(Save("a", list(1.0)) + " diff " + Save("b", list(2.0)));
   EXPECT_EQ(run.status, 1);
   EXPECT_EQ(LineCount(run.out), 1000u);
-  EXPECT_EQ(run.err, "gsl-model: differences after the first 1000 are not listed\n");
+  EXPECT_EQ(run.err, "gsl-model: at most 1000 differences are listed; there may be more\n");
 }
 
 TEST_F(GslModel, WrongUsageIsOneLine) {
