@@ -114,13 +114,15 @@ TEST(RecordJson, SchemaRefusesOtherDocuments) {
     return json_documents::ErrorsOf({document.dump()}, json_documents::Schema::Model)[0];
   };
   EXPECT_EQ(errors(good), "");
-  for (const char* place :
-       {"/file", "/root/name", "/record/fields", "/record/identity", "/record/fields/0/index",
-        "/record/fields/1/value", "/record/fields/8/object", "/record/fields/11/record/rows"}) {
+  const json::json_pointer record("/record");
+  const json::json_pointer fields = record / "fields";
+  for (const json::json_pointer& place :
+       {json::json_pointer("/file"), json::json_pointer("/root") / "name", fields,
+        record / "identity", fields / 0 / "index", fields / 1 / "value", fields / 8 / "object",
+        fields / 11 / "record" / "rows"}) {
     json changed = good;
-    const json::json_pointer pointer(place);
-    changed[pointer.parent_pointer()].erase(pointer.back());
-    EXPECT_NE(errors(changed), "") << place;
+    changed[place.parent_pointer()].erase(place.back());
+    EXPECT_NE(errors(changed), "") << place.to_string();
   }
   json more = good;
   more["record"]["fields"][0]["more"] = 1;
