@@ -214,6 +214,7 @@ bool SolidStart<Scalar>::FindComponentInside(std::size_t fixedBody, bool movingI
     if (!IsInside(inner, place, outer)) continue;
     m_inside.kind = ContactKind::Inside;
     m_inside.overlapsAtStart = true;
+    m_inside.movingIsInside = movingInside;
     m_inside.fixedBody = fixedBody;
     (movingInside ? m_inside.movingTriangle : m_inside.fixedTriangle) =
         inner.body.Triangles().Number(place);

@@ -201,6 +201,8 @@ struct Contact {
   /// share area in one plane and face the same way. If there is no such pair, it is the first pair
   /// that touches and has the other body just under one of its triangles.
   bool overlapsAtStart = false;
+  /// Set for Inside when the component is of the moving body.
+  bool movingIsInside = false;
   std::size_t fixedBody = 0;                         ///< in the order of the pair
   std::size_t movingTriangle = 0, fixedTriangle = 0; ///< numbers in their bodies
   Coord3 movingPoint{0.0, 0.0, 0.0};                 ///< with the offset, before the travel

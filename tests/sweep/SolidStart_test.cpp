@@ -102,9 +102,11 @@ TEST(SolidStart, AComponentWithoutTouchIsInside) {
   EXPECT_EQ(rest.inside.fixedBody, 1u);
   EXPECT_EQ(rest.inside.movingTriangle, 0u);
   EXPECT_TRUE(rest.inside.overlapsAtStart);
+  EXPECT_TRUE(rest.inside.movingIsInside);
   EXPECT_TRUE(sweep_ask::SameBits(rest.inside.movingPoint, Coord3{1, 1, 1}));
   const Rest around(block, {BoxOf({1, 1, 1}, {2, 2, 2})});
   EXPECT_EQ(around.state, SolidState::Inside);
+  EXPECT_FALSE(around.inside.movingIsInside);
   // The second component of the moving body, which begins at triangle 12.
   Mesh two = BoxOf({-9, -9, -9}, {-8, -8, -8});
   Append(two, BoxOf({1, 1, 1}, {2, 2, 2}));
