@@ -49,6 +49,11 @@ public:
   const Solidity& AsSolid() const { return Surface().solidity; }
   /// Returns a triangle of each component of a solid, see SolidSurface.
   const std::vector<std::uint32_t>& Components() const { return Surface().components; }
+  /// Returns true when the triangles at two places of a solid belong to one component.
+  bool AreOfOneComponent(std::size_t place, std::size_t other) const {
+    const std::vector<std::uint32_t>& componentOf = Surface().componentOf;
+    return componentOf.empty() || componentOf[place] == componentOf[other];
+  }
 
   const Tree<float>& SingleTree() const;
   /// Returns the tree over the exact coordinates, wherever the body is.

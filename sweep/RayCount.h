@@ -72,12 +72,12 @@ private:
 /// The points just inside a triangle of a surface, and just outside it.
 enum class Beside { Under, Over };
 
-/// Returns how often the surface of `other` winds around points beside a triangle of `one`, which
-/// may be the same body. Requires a triangle with area. The result is arbitrary when
-/// `goesOn`, which is called for each node, has returned false.
-template <class Scalar, class GoesOn>
+/// Returns how often those triangles of `other` whose place `counts` accepts wind around points
+/// beside a triangle of `one`, which may be the same body. Requires a triangle with area. The
+/// result is arbitrary when `goesOn`, which is called for each node, has returned false.
+template <class Scalar, class GoesOn, class Counts>
 int TurnsAround(Beside beside, const PlacedBody<Scalar>& one, std::size_t place,
-                const PlacedBody<Scalar>& other, const GoesOn& goesOn) {
+                const PlacedBody<Scalar>& other, const GoesOn& goesOn, const Counts& counts) {
   SurfaceTriangle face = one.TriangleAt(place);
   if (beside == Beside::Over) std::swap(face.corner[1], face.corner[2]);
   const InwardRay ray(face);
@@ -92,7 +92,7 @@ int TurnsAround(Beside beside, const PlacedBody<Scalar>& one, std::size_t place,
     stack.pop_back();
     if (ref.IsLeaf()) {
       for (std::size_t k = runs[ref.Index()]; k < runs[ref.Index() + 1]; ++k)
-        turns += ray.Crossing(other.TriangleAt(k));
+        if (counts(k)) turns += ray.Crossing(other.TriangleAt(k));
       continue;
     }
     const TreeNode<Scalar>& node = tree.nodes[ref.Index()];
@@ -102,6 +102,13 @@ int TurnsAround(Beside beside, const PlacedBody<Scalar>& one, std::size_t place,
     }
   }
   return turns;
+}
+
+/// Returns how often the whole surface of `other` does.
+template <class Scalar, class GoesOn>
+int TurnsAround(Beside beside, const PlacedBody<Scalar>& one, std::size_t place,
+                const PlacedBody<Scalar>& other, const GoesOn& goesOn) {
+  return TurnsAround(beside, one, place, other, goesOn, [](std::size_t) { return true; });
 }
 
 } // namespace gsl_sweep

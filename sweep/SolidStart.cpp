@@ -58,7 +58,7 @@ template <class Scalar>
 bool SolidStart<Scalar>::VisitAllPairs() {
   for (std::size_t body = 0; body < m_scene.bodies.fixed.size(); ++body)
     if (!VisitPairs(body)) return false;
-  return true;
+  return !m_isCancelled;
 }
 
 template <class Scalar>
@@ -146,12 +146,15 @@ void SolidStart<Scalar>::JudgePlaces(std::size_t movingPlace, const SurfaceTrian
   if (m_best.PrecedesAll(pair.moving, pair.fixed)) return;
   const SolidMeeting meeting = MeetAtRest(moving, fixed);
   if (meeting == SolidMeeting::Apart) return;
+  const bool overlaps = meeting == SolidMeeting::Overlapping &&
+                        !IsTurnedOver(Moving(), movingPlace) &&
+                        !IsTurnedOver(Fixed(fixedBody), fixedPlace);
   const auto triangle = [this](const SurfaceTriangle& t) {
     return MakeTriangle(m_scene.direction, t.corner[0], t.corner[1], t.corner[2]);
   };
   pair.movingTriangle = triangle(moving);
   pair.fixedTriangle = triangle(fixed);
-  if (meeting == SolidMeeting::Overlapping) {
+  if (overlaps) {
     m_best = pair;
   } else {
     JudgeTouch(movingPlace, fixedPlace, fixedBody, pair);
@@ -214,6 +217,7 @@ bool SolidStart<Scalar>::FindComponentInside(std::size_t fixedBody, bool movingI
     if (!IsInside(inner, place, outer)) continue;
     m_inside.kind = ContactKind::Inside;
     m_inside.overlapsAtStart = true;
+    m_inside.movingIsInside = movingInside;
     m_inside.fixedBody = fixedBody;
     (movingInside ? m_inside.movingTriangle : m_inside.fixedTriangle) =
         inner.body.Triangles().Number(place);
@@ -224,12 +228,32 @@ bool SolidStart<Scalar>::FindComponentInside(std::size_t fixedBody, bool movingI
   return false;
 }
 
-/// Returns true when the points just under a triangle are inside the other body. A triangle that an
-/// offset has made flat has no such points.
+/// Returns true when a body is just beside a triangle with area.
+template <class Scalar>
+bool SolidStart<Scalar>::IsBeside(Beside beside, const Placed& one, std::size_t place,
+                                  const Placed& other) {
+  return TurnsAround(beside, one, place, other, [this] { return Goes(); }) > 0;
+}
+
+/// Returns true when other triangles of its own component cover a triangle with area and face the
+/// other way. Other components, and walls that touch each other, do not turn a triangle over.
+template <class Scalar>
+bool SolidStart<Scalar>::IsTurnedOver(const Placed& one, std::size_t place) {
+  const auto turns = [&](Beside beside) {
+    return TurnsAround(
+        beside, one, place, one, [this] { return Goes(); },
+        [&](std::size_t other) { return one.body.AreOfOneComponent(place, other); });
+  };
+  return turns(Beside::Under) < turns(Beside::Over);
+}
+
+/// Returns true when the points beside a triangle that are inside its own body are inside the other
+/// body. They are just under it, or just over it when it is turned over. A triangle that an offset
+/// has made flat has no such points.
 template <class Scalar>
 bool SolidStart<Scalar>::IsInside(const Placed& one, std::size_t place, const Placed& other) {
-  if (!one.TriangleAt(place).HasArea()) return false;
-  return TurnsAround(Beside::Under, one, place, other, [this] { return Goes(); }) > 0;
+  if (!one.TriangleAt(place).HasArea() || !IsBeside(Beside::Under, one, place, other)) return false;
+  return !IsTurnedOver(one, place) || IsBeside(Beside::Over, one, place, other);
 }
 
 template class SolidStart<float>;

@@ -24,6 +24,10 @@ enum class SolidState {
 // just under these the other body is everywhere. So one point under each triangle decides. Where
 // an edge does not touch the other body, it is the same under the triangles at that edge. So one
 // point under each triangle that may touch, and one for each component, decide.
+//
+// All this is about triangles that bound their own body. Rounding can turn a thin triangle over,
+// within the plane of others that cover it. Its own body is then just over it, and not just under
+// it. Such a triangle shows no overlap. What goes through it goes through those that cover it too.
 template <class Scalar>
 class SolidStart {
 public:
@@ -67,6 +71,8 @@ private:
   bool LookUnder(const Placed& one, const Placed& other, UnderEach& under);
   bool LookUnderAll();
   bool FindComponentInside(std::size_t fixedBody, bool movingInside);
+  bool IsBeside(Beside beside, const Placed& one, std::size_t place, const Placed& other);
+  bool IsTurnedOver(const Placed& one, std::size_t place);
   bool IsInside(const Placed& one, std::size_t place, const Placed& other);
 
   const Scene<Scalar>& m_scene;

@@ -67,6 +67,14 @@ public:
     return place;
   }
 
+  /// Returns what Top returns for each place.
+  std::vector<std::uint32_t> Tops() {
+    std::vector<std::uint32_t> tops(m_above.size());
+    for (std::size_t k = 0; k < tops.size(); ++k)
+      tops[k] = Top(static_cast<std::uint32_t>(k));
+    return tops;
+  }
+
 private:
   std::vector<std::uint32_t> m_above;
 };
@@ -384,6 +392,7 @@ SolidSurface SolidSurfaceOf(const Corners& corners) {
   if (volume == 0) return surface;
   surface.solidity.fault = volume < 0 ? SolidityFault::WrongOrientation : SolidityFault::None;
   surface.components = ComponentsOf(corners, tetrahedra, joined);
+  if (surface.components.size() > 1) surface.componentOf = joined.Tops();
   if (volume < 0) surface.solidity.triangle = corners.Number(surface.components.front());
   return surface;
 }

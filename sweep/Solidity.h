@@ -13,6 +13,9 @@ struct SolidSurface {
   /// The place of the lowest triangle with area of each component, by number. Triangles at a common
   /// edge belong to one component. Not set when the surface is not closed or has no volume.
   std::vector<std::uint32_t> components;
+  /// The component of the triangle at each place, as a number that all its triangles have. Empty
+  /// where there are fewer than two components.
+  std::vector<std::uint32_t> componentOf;
 };
 
 /// Decides whether triangles are the surface of a solid, see Solidity. Where there are several

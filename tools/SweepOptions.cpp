@@ -74,6 +74,9 @@ std::vector<OptionRow> OptionRows() {
       {"--leaving", nullptr, &SweepOptions::leaving,
        "Leaves out pairs of triangles that part at the start, so that MOVING may leave what it "
        "touches"},
+      {"--solid", nullptr, &SweepOptions::solid,
+       "Takes the bodies as solids, which may touch and slide: reports where their insides begin "
+       "to overlap"},
       {"--last", nullptr, &SweepOptions::last,
        "Reports the last contact, where the bodies part, in place of the first"},
       {"--patch", nullptr, &SweepOptions::patch,
@@ -244,6 +247,12 @@ void RefuseConflicts(const CLI::App& app) {
   }
   if (IsGiven(app, "--patch") && IsGiven(app, "--last")) {
     FailUsage("--patch and --last are both given; expected one of them at most");
+  }
+  for (const char* const name : {"--one-sided", "--leaving", "--last", "--patch"}) {
+    if (IsGiven(app, "--solid") && IsGiven(app, name)) {
+      FailUsage(std::string("--solid and ") + name +
+                " are both given; expected one of them at most");
+    }
   }
   if (IsGiven(app, "--patch-pairs") && !IsGiven(app, "--patch")) {
     FailUsage("--patch-pairs is given without --patch; expected both");

@@ -26,6 +26,7 @@ struct SweepOptions {
   gsl_arithmetic::Coord3 offset{0.0, 0.0, 0.0};
   bool oneSided = false;
   bool leaving = false;          ///< may leave what it touches at the start
+  bool solid = false;            ///< asks when the interiors of solids begin to overlap
   bool last = false;             ///< asks for the last contact
   bool patch = false;            ///< asks for all pairs of the first contact
   std::size_t patchPairs = 1000; ///< the most pairs that the JSON lists

@@ -18,8 +18,8 @@ _gsl_sweep_files() {
 }
 
 _gsl_sweep() {
-  local options="--direction --directions --sphere --pose --offset --one-sided --leaving --last
-    --patch --patch-pairs --max-distance --json --output --format --threads --progress --quiet --verbose --force --help --version"
+  local options="--direction --directions --sphere --pose --offset --one-sided --leaving --solid
+    --last --patch --patch-pairs --max-distance --json --output --format --threads --progress --quiet --verbose --force --help --version"
   local current=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]}
   # bash takes the equals sign of --name=value for a word of its own.
   if [[ $current == "=" ]]; then

@@ -36,12 +36,17 @@ using namespace gsl_tools;
 
 enum ExitStatus { Touching = 0, NoContact = 1, Usage = kUsage, Failure = kFailure };
 
+Rule RuleOf(const SweepOptions& options) {
+  if (options.solid) return Rule::Solid;
+  return options.leaving ? Rule::NotLeaving : Rule::Touch;
+}
+
 Question QuestionOf(const SweepOptions& options) {
   Question question;
   question.direction = options.direction;
   question.offset = options.offset;
   question.oneSided = options.oneSided;
-  question.rule = options.leaving ? Rule::NotLeaving : Rule::Touch;
+  question.rule = RuleOf(options);
   question.maxDistance = options.maxDistance;
   return question;
 }
@@ -213,6 +218,22 @@ void ShowWarnings(const SweepOptions& options, const std::vector<std::string>& w
   }
 }
 
+/// Refuses a body that --solid cannot take. A pose can turn a body inside out, or make it flat.
+void RequireSolid(const Part& part, bool isPosed) {
+  const Solidity solidity = part.body.IsSolid();
+  if (solidity) return;
+  const bool wasSolid = isPosed && Body(ViewOf(part.mesh)).IsSolid();
+  throw MeshError(part.mesh.file + ": not a solid" + (wasSolid ? " after --pose" : "") + ": " +
+                  solidity.Reason() +
+                  "; --solid expects a closed surface whose triangles face outwards");
+}
+
+void RequireSolids(const Scene& scene) {
+  RequireSolid(scene.moving, scene.pose.has_value());
+  for (const Part& part : scene.fixed)
+    RequireSolid(part, false);
+}
+
 /// Writes down everything but the answers.
 void Describe(const SweepOptions& options, const Scene& scene, SceneReport& report) {
   report.movingFile = options.movingFile;
@@ -220,7 +241,7 @@ void Describe(const SweepOptions& options, const Scene& scene, SceneReport& repo
   report.offset = options.offset;
   report.maxDistance = options.maxDistance;
   report.oneSided = options.oneSided;
-  report.rule = QuestionOf(options).rule;
+  report.rule = RuleOf(options);
   report.last = options.last;
   report.toolVersion = GSL_VERSION;
   report.moving = CountsOf(scene.moving.body);
@@ -429,6 +450,7 @@ ExitStatus SweepFiles(const SweepOptions& options) {
   Scene scene = ReadScene(options, display);
   display.Begin("Preparing", "prepare");
   const Pair pair = PairOf(scene, RunOf(options, display));
+  if (options.solid) RequireSolids(scene);
   display.End("prepare");
   if (lines) return AnswerLines(options, *lines, scene, pair, display);
   if (options.sphereCount > 0) return AnswerSphere(options, scene, pair, display);

@@ -170,9 +170,10 @@ enum class Rule : unsigned char {
   ///          them, count as material.
   /// Limits   A cavity must not touch a face of its own body from inside, at a point inside that
   ///          face. This is not checked, and the answer for such a body is not specified.
-  ///          Rounding, in a file or by an offset, can turn a thin triangle over, so that it faces
-  ///          into its own body. Where such a triangle touches, the bodies may be reported to
-  ///          overlap at the start.
+  ///          Rounding, in a file or by an offset, can turn a thin triangle over. Within the plane
+  ///          of its neighbours, which then cover it, that changes nothing. Beside an edge between
+  ///          two planes the surface then has a notch or a burr as small as the rounding. Where the
+  ///          other body touches it, the bodies may be reported to overlap at the start.
   /// oneSided is ignored.
   Solid
 };
@@ -201,6 +202,8 @@ struct Contact {
   /// share area in one plane and face the same way. If there is no such pair, it is the first pair
   /// that touches and has the other body just under one of its triangles.
   bool overlapsAtStart = false;
+  /// Set for Inside when the component is of the moving body.
+  bool movingIsInside = false;
   std::size_t fixedBody = 0;                         ///< in the order of the pair
   std::size_t movingTriangle = 0, fixedTriangle = 0; ///< numbers in their bodies
   Coord3 movingPoint{0.0, 0.0, 0.0};                 ///< with the offset, before the travel

@@ -126,6 +126,7 @@ public:
   void Tips();
   void Combs();
   void Threads();
+  void Folds();
 
   void Disturb();
   SolidScene Finish(std::string name);
@@ -183,6 +184,8 @@ private:
   void Shear();
   void Mirror();
   void SplitEdges(std::vector<Point>& surface);
+  static bool AreOnOneSide(const Point& a, const Point& b, const Point& c, const Point& d);
+  void FoldAnEdge(std::vector<Point>& surface);
   void Shuffle(std::vector<Point>& surface);
 
   RandomNumbers m_random;
@@ -460,6 +463,72 @@ void SolidMaker::SplitEdges(std::vector<Point>& surface) {
   }
 }
 
+/// Returns true when two points in a plane through a and b are on the same side of the line.
+bool SolidMaker::AreOnOneSide(const Point& a, const Point& b, const Point& c, const Point& d) {
+  std::int64_t product = 0;
+  for (std::size_t k = 0; k < 3; ++k) {
+    const std::size_t u = (k + 1) % 3;
+    const std::size_t v = (k + 2) % 3;
+    const auto normal = [&](const Point& p) {
+      return (b[u] - a[u]) * (p[v] - a[v]) - (b[v] - a[v]) * (p[u] - a[u]);
+    };
+    product += normal(c) * normal(d);
+  }
+  return product > 0;
+}
+
+/// Divides an edge within a flat side, by a vertex that is a step off the edge, and fills the gap
+/// with a triangle. So rounding moves a vertex that is inside an edge. On one side of the edge the
+/// triangle faces outwards. On the other it is turned over, and others cover it. Changes
+/// nothing where no such vertex is on the lattice.
+void SolidMaker::FoldAnEdge(std::vector<Point>& surface) {
+  const std::size_t count = surface.size() / 3;
+  const auto first = static_cast<std::size_t>(m_random.Below(static_cast<int>(count)));
+  for (std::size_t n = 0; n < 9 * count * count; ++n) {
+    const std::size_t one = (first + n / (9 * count)) % count;
+    const std::size_t other = n / 9 % count;
+    const Point* s = &surface[3 * one];
+    const Point* t = &surface[3 * other];
+    const Point a = s[n % 3];
+    const Point b = s[(n % 3 + 1) % 3];
+    const Point c = s[(n % 3 + 2) % 3];
+    const Point d = t[(n / 3 % 3 + 2) % 3];
+    if (one == other || t[n / 3 % 3] != b || t[(n / 3 % 3 + 1) % 3] != a) continue;
+    if (SixfoldVolume({a, b, c, a, c, d, a, d, b, b, d, c}) != 0 || AreOnOneSide(a, b, c, d)) {
+      continue;
+    }
+    const Point& towards = Chance(0.8) ? c : d;
+    const std::int64_t at = Between(1, 2);
+    Point middle{};
+    bool isOnLattice = true;
+    for (std::size_t k = 0; k < 3; ++k) {
+      const std::int64_t fourfold = at * (b[k] - a[k]) + towards[k] - a[k];
+      isOnLattice = isOnLattice && fourfold % 4 == 0;
+      middle[k] = a[k] + fourfold / 4;
+    }
+    if (!isOnLattice || middle == d) continue;
+    surface.erase(surface.begin() + static_cast<std::ptrdiff_t>(3 * other),
+                  surface.begin() + static_cast<std::ptrdiff_t>(3 * other + 3));
+    surface.insert(surface.end(), {b, a, middle, b, middle, d, middle, a, d});
+    return;
+  }
+}
+
+/// Two bodies of another family, with triangles that are turned over.
+void SolidMaker::Folds() {
+  void (SolidMaker::*const makers[])() = {&SolidMaker::Boxes, &SolidMaker::RandomVoxels,
+                                          &SolidMaker::Pegs, &SolidMaker::Combs};
+  (this->*makers[Between(0, 3)])();
+  Scale(4);
+  for (LatticeSolid* solid : {&m_question.moving, &m_question.fixed}) {
+    for (std::int64_t k = Between(1, 3); k > 0; --k) {
+      FoldAnEdge(solid->surface);
+      if (Chance(0.5))
+        std::rotate(solid->surface.begin(), solid->surface.end() - 9, solid->surface.end());
+    }
+  }
+}
+
 void SolidMaker::Shuffle(std::vector<Point>& surface) {
   for (std::size_t k = surface.size() / 3; k > 0; --k) {
     const auto other = static_cast<std::size_t>(m_random.Below(static_cast<int>(k)));
@@ -514,6 +583,7 @@ const SolidFamily solidFamilies[] = {
     {"tips", &SolidMaker::Tips},
     {"combs", &SolidMaker::Combs},
     {"threads", &SolidMaker::Threads},
+    {"folds", &SolidMaker::Folds},
 };
 
 } // namespace

@@ -72,6 +72,25 @@ Json CutLast() {
   return json;
 }
 
+/// A contact of solids.
+Json Solids() {
+  Json json = Contact();
+  json["question"]["rule"] = "solid";
+  json["overlaps_at_start"] = false;
+  return json;
+}
+
+/// A solid of the moving body inside the other.
+Json Inside() {
+  Json json = Start();
+  json["question"]["rule"] = "solid";
+  json["kind"] = "inside";
+  json["overlaps_at_start"] = true;
+  json["fixed"]["triangle"] = nullptr;
+  json["fixed"]["point"] = nullptr;
+  return json;
+}
+
 /// A matrix as the question shows it.
 Json Pose(std::size_t rows, std::size_t columns) {
   return Json(std::vector<std::vector<double>>(rows, std::vector<double>(columns, 0.5)));
@@ -107,6 +126,14 @@ Json Sphere() {
     "fixed_bodies": [{"file": "-", "triangles": 9, "skipped": 0}],
     "warnings": []})");
   json["answers"] = {Member(Contact()), Member(None())};
+  return json;
+}
+
+Json SphereOfSolids() {
+  Json json = Sphere();
+  json["question"]["rule"] = "solid";
+  json["question"]["last"] = false;
+  json["answers"] = {Member(Solids()), Member(Inside())};
   return json;
 }
 
@@ -148,6 +175,11 @@ TEST(JsonDocuments, OutputOfTheProgramIsValid) {
                                        Patch(),
                                        CutLast(),
                                        Line(CutLast()),
+                                       Solids(),
+                                       Inside(),
+                                       Line(Solids()),
+                                       Line(Inside()),
+                                       SphereOfSolids(),
                                        With(Contact(), "/warnings", Json::array({"one", "two"})),
                                        Line(Contact()),
                                        Line(None()),
@@ -194,7 +226,12 @@ TEST(JsonDocuments, KeysTooFewOrTooManyAreNoticed) {
                  Without(Sphere(), "/moving"),
                  With(Sphere(), "/status", "none"),
                  With(Sphere(), "/moving/left_out", 0),
-                 With(Sphere(), "/answers/1/line", 1)});
+                 With(Sphere(), "/answers/1/line", 1),
+                 Without(Solids(), "/overlaps_at_start"),
+                 With(Contact(), "/overlaps_at_start", false),
+                 Without(Line(Inside()), "/overlaps_at_start"),
+                 Without(SphereOfSolids(), "/answers/0/overlaps_at_start"),
+                 With(Sphere(), "/answers/0/overlaps_at_start", false)});
 }
 
 TEST(JsonDocuments, WrongValuesAreNoticed) {
@@ -212,6 +249,7 @@ TEST(JsonDocuments, WrongValuesAreNoticed) {
                  With(Contact(), "/question/max_distance", -1.0),
                  With(Contact(), "/question/rule", "leaving"),
                  With(Contact(), "/question/last", 1),
+                 With(Solids(), "/overlaps_at_start", nullptr),
                  With(Patch(), "/patch/count", -1),
                  With(Patch(), "/patch/high", Json::array({1.0, 2.0})),
                  With(Patch(), "/patch/pairs/0/kind", nullptr),
@@ -230,15 +268,34 @@ TEST(JsonDocuments, WrongValuesAreNoticed) {
 
 TEST(JsonDocuments, ValuesThatContradictEachOtherAreNoticed) {
   const Json up = Json::array({0.0, 0.0, 1.0});
-  ExpectInvalid({With(Contact(), "/travel", nullptr), With(Contact(), "/kind", nullptr),
-                 With(Contact(), "/kind", "overlap"), With(Contact(), "/kind", "vertex-edge"),
+  ExpectInvalid({With(Contact(), "/travel", nullptr),
+                 With(Contact(), "/kind", nullptr),
+                 With(Contact(), "/kind", "overlap"),
+                 With(Contact(), "/kind", "vertex-edge"),
                  With(Contact(), "/moving/point", nullptr),
-                 With(Contact(), "/fixed/triangle", nullptr), With(None(), "/travel", 0.0),
-                 With(None(), "/kind", "edge-edge"), With(None(), "/normal", up),
-                 With(None(), "/fixed/triangle", 0), With(Start(), "/travel", 1.0),
-                 With(Line(Contact()), "/travel", nullptr), With(Line(None()), "/fixed_body", 0),
+                 With(Contact(), "/fixed/triangle", nullptr),
+                 With(None(), "/travel", 0.0),
+                 With(None(), "/kind", "edge-edge"),
+                 With(None(), "/normal", up),
+                 With(None(), "/fixed/triangle", 0),
+                 With(Start(), "/travel", 1.0),
+                 With(Line(Contact()), "/travel", nullptr),
+                 With(Line(None()), "/fixed_body", 0),
                  With(Sphere(), "/answers/0/moving/point", nullptr),
-                 With(Sphere(), "/answers/1/travel", 1.0), With(Start(), "/normal", up)});
+                 With(Sphere(), "/answers/1/travel", 1.0),
+                 With(Start(), "/normal", up),
+                 With(Solids(), "/overlaps_at_start", true),
+                 With(Solids(), "/patch", Patch()["patch"]),
+                 With(Solids(), "/question/one_sided", true),
+                 With(Solids(), "/question/last", true),
+                 With(Solids(), "/kind", "inside"),
+                 With(Contact(), "/kind", "inside"),
+                 With(Patch(), "/patch/pairs/0/kind", "inside"),
+                 With(Inside(), "/overlaps_at_start", false),
+                 With(Inside(), "/moving/triangle", nullptr),
+                 With(Inside(), "/fixed", Start()["fixed"]),
+                 With(Solids(), "/fixed/triangle", nullptr),
+                 With(SphereOfSolids(), "/answers/0/overlaps_at_start", true)});
 }
 
 } // namespace

@@ -102,9 +102,11 @@ TEST(SolidStart, AComponentWithoutTouchIsInside) {
   EXPECT_EQ(rest.inside.fixedBody, 1u);
   EXPECT_EQ(rest.inside.movingTriangle, 0u);
   EXPECT_TRUE(rest.inside.overlapsAtStart);
+  EXPECT_TRUE(rest.inside.movingIsInside);
   EXPECT_TRUE(sweep_ask::SameBits(rest.inside.movingPoint, Coord3{1, 1, 1}));
   const Rest around(block, {BoxOf({1, 1, 1}, {2, 2, 2})});
   EXPECT_EQ(around.state, SolidState::Inside);
+  EXPECT_FALSE(around.inside.movingIsInside);
   // The second component of the moving body, which begins at triangle 12.
   Mesh two = BoxOf({-9, -9, -9}, {-8, -8, -8});
   Append(two, BoxOf({1, 1, 1}, {2, 2, 2}));
@@ -159,6 +161,76 @@ TEST(SolidStart, ATipAtTheBottomOfAPitOverlapsWhenItsBodyIsBelow) {
   ASSERT_TRUE(sweep_ask::BodyOf(above).IsSolid());
   EXPECT_EQ(Rest(below, {pitted}).state, SolidState::Overlapping);
   EXPECT_EQ(Rest(above, {pitted}).state, SolidState::Apart);
+}
+
+/// Returns a box of 4 by 4 by 2 that stands at a height. Its bottom has a third corner on its
+/// diagonal, at (2 + x, 2 + y), and a triangle between this corner and the diagonal. With x = y
+/// that triangle has no area, with x > y it is turned over.
+Mesh BoxWithSliver(double low, double x, double y) {
+  Mesh mesh = BoxOf({0, 0, low}, {4, 4, low + 2});
+  mesh.corners.erase(mesh.corners.begin(), mesh.corners.begin() + 6); // the bottom
+  const Coord3 a{0, 0, low};
+  const Coord3 b{4, 4, low};
+  const Coord3 middle{2 + x, 2 + y, low};
+  sweep_shapes::AddTriangle(mesh, a, middle, b);
+  sweep_shapes::AddTriangle(mesh, a, b, {4, 0, low});
+  sweep_shapes::AddTriangle(mesh, a, {0, 4, low}, middle);
+  sweep_shapes::AddTriangle(mesh, middle, {0, 4, low}, b);
+  return mesh;
+}
+
+TEST(SolidStart, ATriangleThatIsTurnedOverShowsNoOverlap) {
+  for (const double x : {0.0, 0x1p-20, 1.0}) {
+    const Mesh standing = BoxWithSliver(4, x, 0);
+    ASSERT_TRUE(sweep_ask::BodyOf(standing).IsSolid());
+    EXPECT_EQ(Rest(standing, {block}).state, SolidState::Apart) << x;
+    EXPECT_EQ(Rest(block, {standing}).state, SolidState::Apart) << x;
+    // The triangle is the first of its body, and inside the top of the block.
+    EXPECT_EQ(Rest(BoxWithSliver(3.5, x, 0), {block}).state, SolidState::Overlapping) << x;
+    EXPECT_EQ(Rest(BoxWithSliver(4, x, 0), {BoxOf({1, 1, 3}, {3, 3, 5})}).state,
+              SolidState::Overlapping)
+        << x;
+  }
+}
+
+TEST(SolidStart, AComponentWhoseFirstTriangleIsTurnedOverIsInside) {
+  Mesh component = BoxWithSliver(1, 1, 0);
+  std::rotate(component.corners.begin(), component.corners.begin() + 30, component.corners.end());
+  component = sweep_shapes::Moved(component, {1, 1, 0});
+  ASSERT_TRUE(sweep_ask::BodyOf(component).IsSolid());
+  const Mesh room = BoxOf({0, 0, 0}, {9, 9, 9});
+  const Rest rest(component, {room});
+  EXPECT_EQ(rest.state, SolidState::Inside);
+  EXPECT_EQ(rest.inside.movingTriangle, 0u);
+  // On the floor of a room, whose walls face inwards, the component is outside.
+  Mesh shell = BoxOf({-9, -9, -9}, {18, 18, 18});
+  Append(shell, TurnedOver(BoxOf({0, 0, 1}, {9, 9, 9})));
+  EXPECT_EQ(Rest(component, {shell}).state, SolidState::Apart);
+}
+
+TEST(SolidStart, AnOffsetMayTurnATriangleOver) {
+  // Beyond 2^52 a coordinate is a whole number. The middle of the edge, at 1.5 of 3, goes to 2.
+  Mesh mesh = BoxOf({0, 0, 0}, {3, 1, 2});
+  mesh.corners.erase(mesh.corners.begin(), mesh.corners.begin() + 6); // the bottom
+  const Coord3 a{0, 0, 0};
+  const Coord3 b{3, 1, 0};
+  const Coord3 middle{1.5, 0.5, 0};
+  sweep_shapes::AddTriangle(mesh, a, middle, b);
+  sweep_shapes::AddTriangle(mesh, a, b, {3, 0, 0});
+  sweep_shapes::AddTriangle(mesh, a, {0, 1, 0}, middle);
+  sweep_shapes::AddTriangle(mesh, middle, {0, 1, 0}, b);
+  const double far = 0x1p52;
+  const Mesh table = BoxOf({far - 8, -8, -2}, {far + 8, 8, 0});
+  Question question;
+  question.rule = Rule::Solid;
+  question.offset = {far, 0, 0};
+  question.direction = {0, 0, -1};
+  const Answer down = Pair(sweep_ask::BodyOf(mesh), {sweep_ask::BodyOf(table)}).First(question);
+  EXPECT_EQ(down.status, SweepStatus::Start);
+  EXPECT_FALSE(down.contact.overlapsAtStart);
+  question.direction = {0, 0, 1};
+  const Answer up = Pair(sweep_ask::BodyOf(mesh), {sweep_ask::BodyOf(table)}).First(question);
+  EXPECT_EQ(up.status, SweepStatus::None);
 }
 
 TEST(SolidStart, TheOffsetMovesTheBody) {

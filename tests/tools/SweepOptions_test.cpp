@@ -66,7 +66,7 @@ TEST(SweepOptions, LeastCommandLineLeavesTheRestAtItsDefaults) {
   EXPECT_EQ(options.directionsFile, "");
   EXPECT_EQ(options.sphereCount, 0u);
   EXPECT_FALSE(options.oneSided || options.quiet || options.verbose || options.force);
-  EXPECT_FALSE(options.leaving || options.last || options.patch);
+  EXPECT_FALSE(options.leaving || options.solid || options.last || options.patch);
   EXPECT_EQ(options.patchPairs, 1000u);
   EXPECT_EQ(options.maxDistance, std::numeric_limits<double>::infinity());
   EXPECT_EQ(options.jsonFile, "");
@@ -96,6 +96,7 @@ TEST(SweepOptions, EveryOptionArrives) {
   EXPECT_TRUE(all.leaving && all.patch);
   EXPECT_EQ(all.patchPairs, 1000000u);
   EXPECT_TRUE(ParseMore({"--leaving", "--last"}).options.last);
+  EXPECT_TRUE(ParseMore({"--solid", "--max-distance", "9"}).options.solid);
   EXPECT_EQ(ParseMore({"--progress=never"}).options.progress, ProgressStyle::Never);
   EXPECT_EQ(ParseMore({"--progress=auto"}).options.progress, ProgressStyle::Auto);
 }
@@ -121,6 +122,15 @@ TEST(SweepOptions, PatchIsOfTheFirstContactAlongOneDirection) {
   EXPECT_EQ(ParseMore({"--patch-pairs", "9"}).error,
             "--patch-pairs is given without --patch; expected both");
   EXPECT_EQ(Parse({"a", "b", "--sphere", "9", "--last", "--leaving"}).error, "");
+}
+
+TEST(SweepOptions, SolidsHaveOneQuestion) {
+  for (const std::string other : {"--one-sided", "--leaving", "--last", "--patch"}) {
+    EXPECT_EQ(ParseMore({other.c_str(), "--solid"}).error,
+              "--solid and " + other + " are both given; expected one of them at most");
+  }
+  EXPECT_EQ(Parse({"a", "b", "--sphere", "9", "--solid"}).error, "");
+  EXPECT_EQ(Parse({"a", "b", "c", "--directions", "d", "--solid"}).error, "");
 }
 
 TEST(SweepOptions, QuietAndVerboseExcludeEachOther) {

@@ -141,7 +141,7 @@ TEST(GslSweep, DocumentsShowEveryQuestion) {
   const std::string guide = BytesOf(questionsGuide);
   const std::string fence = "\n```\n";
   std::size_t count = 0;
-  for (const char* const option : {"--leaving", "--last", "--patch"}) {
+  for (const char* const option : {"--leaving", "--solid", "--last", "--patch"}) {
     SCOPED_TRACE(option);
     // A command ends with the option it shows, and what it prints follows it.
     const std::size_t end = guide.find(std::string(" ") + option + fence);
@@ -153,19 +153,20 @@ TEST(GslSweep, DocumentsShowEveryQuestion) {
     EXPECT_EQ(Between(guide.substr(end), "\n```\n\n```\n", "```"), run.out);
     ++count;
   }
-  EXPECT_EQ(count, 3u);
+  EXPECT_EQ(count, 4u);
 }
 
 TEST(GslSweep, DocumentsShowTheSeatedBoltInSixDirections) {
   const std::string guide = BytesOf(questionsGuide);
   for (const char* const direction : {"x", "-x", "y", "-y", "z", "-z"}) {
-    const auto status = [&](const std::string& option) {
+    const auto answered = [&](const std::string& option) {
       const json answer = json::parse(
           Sweep(parts + "--offset 0,0,-30 --json - -d " + direction + " " + option).out);
-      return answer["status"].get<std::string>();
+      return answer["status"] == "contact" ? answer["travel"].dump() + " |"
+                                           : answer["status"].get<std::string>() + " |";
     };
-    const std::string row =
-        "\n| `" + std::string(direction) + "` | " + status("") + " | " + status("--leaving") + " |";
+    const std::string row = "\n| `" + std::string(direction) + "` | " + answered("") + " " +
+                            answered("--leaving") + " " + answered("--solid") + "\n";
     EXPECT_NE(guide.find(row), guide.npos) << row;
   }
 }
@@ -178,6 +179,113 @@ TEST(GslSweep, SeatedBoltLeavesUpwardsOnly) {
   const json answer = json::parse(Sweep(seated + "-z --json -").out);
   EXPECT_EQ(answer["status"], "start");
   EXPECT_EQ(answer["question"]["rule"], "not-leaving");
+}
+
+TEST(GslSweep, SolidsMayTouchAndSlide) {
+  const std::string seated = parts + "--offset 0,0,-30 --solid -d ";
+  EXPECT_EQ(Sweep(seated + "z").status, 1);
+  const json play = json::parse(Sweep(seated + "x --json -").out);
+  EXPECT_EQ(play["question"]["rule"], "solid");
+  EXPECT_EQ(play["status"], "contact");
+  EXPECT_NEAR(play["travel"].get<double>(), 0.5, 1e-6);
+  EXPECT_EQ(play["overlaps_at_start"], false);
+  EXPECT_EQ(Sweep(seated + "x --max-distance 0.25").status, 1);
+  EXPECT_EQ(Sweep(seated + "-z").out.substr(0, 81),
+            "In contact from the start (the solids overlap at every small positive travel): ve");
+  const Outcome pressed = Sweep(parts + "--offset 0,0,-30.5 --solid -d z");
+  EXPECT_EQ(pressed.status, 0);
+  EXPECT_EQ(pressed.out.substr(0, 66),
+            "In contact from the start (the solids overlap before any travel): ");
+}
+
+TEST(GslSweep, SolidsAreAskedInEveryWay) {
+  const Folder folder;
+  const std::string peg = folder.Write("peg.stl", Box({-1, -1, 4}, {1, 1, 5}));
+  const std::string slot = folder.Write("slot.stl", PlateWithHole(4, 1, -2, 0));
+  const std::string block = folder.Write("block.stl", Box({-4, -4, -4}, {4, 4, -3}));
+  // The peg fills the hole, so nothing but the block below the plate stops it.
+  const std::string all = peg + " " + slot + " " + block + " --solid ";
+  const json down = json::parse(Sweep(all + "-d -z --json -").out);
+  EXPECT_EQ(down["travel"], 7.0);
+  EXPECT_EQ(down["fixed"]["file"], block);
+  EXPECT_EQ(Sweep(all + "-d -z --max-distance 6.5").status, 1);
+  EXPECT_EQ(Sweep(all + "-d -z --max-distance 7").status, 0);
+  const Outcome lines = Shell("printf '%s\\n' -z z x | $SWEEP " + all + "--directions -");
+  const std::vector<json> answers = LinesOf(lines.out);
+  ASSERT_EQ(answers.size(), 3u);
+  EXPECT_EQ(answers[0]["travel"], 7.0);
+  EXPECT_EQ(answers[0]["overlaps_at_start"], false);
+  EXPECT_EQ(answers[1]["status"], "none");
+  const json sphere = json::parse(Sweep(all + "--sphere 5 --json -").out);
+  EXPECT_EQ(sphere["question"]["rule"], "solid");
+  EXPECT_EQ(sphere["answers"][0]["overlaps_at_start"], false);
+  // In the hole it slides on the walls, and a quarter turn changes nothing.
+  const std::string pose = folder.Write("pose", std::string("0 -1 0 0  1 0 0 0  0 0 1 0"));
+  const std::string turned = all + "--pose " + pose + " --offset 0,0,-5.5 --json - -d ";
+  EXPECT_EQ(json::parse(Sweep(turned + "-z").out)["travel"], 1.5);
+  EXPECT_EQ(json::parse(Sweep(turned + "x").out)["status"], "start");
+  EXPECT_EQ(json::parse(Sweep(turned + "x").out)["overlaps_at_start"], false);
+  EXPECT_EQ(Sweep(turned + "z").status, 1);
+}
+
+TEST(GslSweep, SolidInsideAnotherIsInside) {
+  const Folder folder;
+  const std::string inner = folder.Write("inner.stl", Box({-1, -1, -1}, {1, 1, 1}));
+  const std::string outer = folder.Write("outer.stl", Box({-9, -9, -9}, {9, 9, 9}));
+  const Outcome run = Sweep(inner + " " + outer + " --solid -d z");
+  EXPECT_EQ(run.status, 0);
+  EXPECT_EQ(run.out, "In contact from the start (the solids overlap before any travel): one is "
+                     "inside the other.\n"
+                     "  moving  " +
+                         inner + ", triangle 0 of 12, at (-1, -1, -1)\n  fixed   " + outer +
+                         ", 12 triangles\n");
+  const json around = json::parse(Sweep(outer + " " + inner + " --solid -d z --json -").out);
+  EXPECT_EQ(around["kind"], "inside");
+  EXPECT_TRUE(around["moving"]["triangle"].is_null());
+  EXPECT_EQ(around["fixed"]["triangle"], 0);
+}
+
+TEST(GslSweep, BodiesThatAreNotSolidsExitWithThree) {
+  const Folder folder;
+  const std::string good = folder.Write("good.stl", Box({0, 0, 4}, {1, 1, 5}));
+  const std::string floor = folder.Write("floor.stl", Box({-4, -4, -1}, {4, 4, 0}));
+  gsl_mesh::Mesh open = Box({0, 0, 0}, {1, 1, 1});
+  open.corners.resize(33);
+  const std::string hole = folder.Write("hole.ply", open);
+  gsl_mesh::Mesh turned = Box({0, 0, 0}, {1, 1, 1});
+  std::swap(turned.corners[13], turned.corners[14]);
+  const std::string wrong = folder.Write("wrong.ply", turned);
+  const std::string mirror = folder.Write("mirror", std::string("-1 0 0 0  0 1 0 0  0 0 1 0"));
+  const auto refusal = [](const std::string& arguments) {
+    const Outcome run = Sweep(arguments);
+    EXPECT_EQ(run.status, 3) << arguments;
+    EXPECT_EQ(run.out, "") << arguments;
+    EXPECT_EQ(LineCount(run.err), 1u) << arguments << run.err;
+    return run.err;
+  };
+  const std::string expected = "; --solid expects a closed surface whose triangles face outwards\n";
+  const std::string openEdge = "hole.ply: not a solid: open edge: triangle 3 alone uses the edge ";
+  for (const std::string& arguments : {hole + " " + floor + " -d z", floor + " " + hole + " -d z",
+                                       good + " " + floor + " " + hole + " --sphere 5",
+                                       good + " " + hole + " --directions /dev/null"}) {
+    const std::string error = refusal(arguments + " --solid");
+    EXPECT_NE(error.find(openEdge), error.npos) << error;
+    EXPECT_EQ(error.substr(error.size() - expected.size()), expected);
+  }
+  EXPECT_NE(refusal(good + " " + wrong + " --solid -d z")
+                .find("wrong.ply: not a solid: wrong orientation: triangles "),
+            std::string::npos);
+  EXPECT_NE(refusal(good + " " + floor + " --solid -d z --pose " + mirror)
+                .find("good.stl: not a solid after --pose: wrong orientation: the component of "
+                      "triangle 0 is inside out"),
+            std::string::npos);
+  EXPECT_NE(
+      refusal(hole + " " + floor + " --solid -d z --pose " + mirror).find("hole.ply: not a s"),
+      std::string::npos);
+  EXPECT_EQ(Sweep(hole + " " + floor + " -d -z").status, 0);
+  const std::string output = folder.Path("moved.stl");
+  refusal(hole + " " + floor + " --solid -d -z --output " + output);
+  EXPECT_EQ(folder.Names().size(), 5u);
 }
 
 TEST(GslSweep, LastContactIsAfterTheFirst) {
@@ -610,6 +718,8 @@ TEST(GslSweep, WrongUsageExitsWithTwoAndOneLine) {
         parts + "--sphere 9 --patch",
         parts + "--direction -z --patch --last",
         parts + "--direction -z --patch-pairs 9",
+        parts + "--direction -z --solid --last",
+        parts + "--direction -z --solid --one-sided",
         parts + "--direction -z --patch --patch-pairs 0",
         parts + "--direction -z --patch --patch-pairs 1000001",
         parts + "--directions d.txt --json -",
@@ -641,7 +751,7 @@ TEST(GslSweep, DocumentsNameEveryOptionOfTheHelp) {
     names.insert(
         help.substr(begin, help.find_first_not_of("abcdefghijklmnopqrstuvwxyz-", begin) - begin));
   }
-  EXPECT_EQ(names.size(), 21u);
+  EXPECT_EQ(names.size(), 22u);
   for (const std::string& name : names)
     EXPECT_NE(guide.find("`" + name), std::string::npos) << name;
 }

@@ -32,12 +32,15 @@ Json PlaceAsJson(std::size_t triangle, const Coord3& point, bool touches) {
   return json;
 }
 
-/// Adds the features that meet and where they meet.
+/// Adds the features that meet and where they meet. The body that is around the other has no place.
 void AddContact(Json& json, const gsl_sweep::Contact& contact, bool touches) {
+  const bool isInside = contact.kind == ContactKind::Inside;
+  const bool movingTouches = touches && !(isInside && !contact.movingIsInside);
+  const bool fixedTouches = touches && !(isInside && contact.movingIsInside);
   json["kind"] = touches ? Json(KindName(contact.kind)) : Json();
   json["normal"] = touches && contact.hasNormal ? JsonOf(contact.normal) : Json();
-  json["moving"] = PlaceAsJson(contact.movingTriangle, contact.movingPoint, touches);
-  json["fixed"] = PlaceAsJson(contact.fixedTriangle, contact.fixedPoint, touches);
+  json["moving"] = PlaceAsJson(contact.movingTriangle, contact.movingPoint, movingTouches);
+  json["fixed"] = PlaceAsJson(contact.fixedTriangle, contact.fixedPoint, fixedTouches);
   json["fixed_body"] = touches ? Json(contact.fixedBody) : Json();
 }
 
@@ -64,20 +67,31 @@ Json QuestionAsJson(const SceneReport& report) {
 } // namespace
 
 const char* RuleName(gsl_sweep::Rule rule) {
-  return rule == gsl_sweep::Rule::NotLeaving ? "not-leaving" : "touch";
+  switch (rule) {
+  case gsl_sweep::Rule::NotLeaving:
+    return "not-leaving";
+  case gsl_sweep::Rule::Solid:
+    return "solid";
+  case gsl_sweep::Rule::Touch:
+    break;
+  }
+  return "touch";
 }
 
 Json JsonOf(const Coord3& p) {
   return Json::array({p.x, p.y, p.z});
 }
 
-Json AnswerAsJson(const Answer& answer) {
+Json AnswerAsJson(const Answer& answer, gsl_sweep::Rule rule) {
   const bool touches = Touches(answer);
   Json json;
   json["status"] = StatusName(answer.status);
   json["travel"] = touches ? Json(answer.contact.travel) : Json();
   json["direction"] = JsonOf(answer.unitDirection);
   AddContact(json, answer.contact, touches);
+  if (rule == gsl_sweep::Rule::Solid) {
+    json["overlaps_at_start"] = touches && answer.contact.overlapsAtStart;
+  }
   return json;
 }
 

@@ -19,8 +19,9 @@ const char* RuleName(gsl_sweep::Rule rule);
 Json JsonOf(const Coord3& p);
 
 /// Returns the keys of one answer: status, travel, direction, kind, normal, moving, fixed and
-/// fixed_body. moving and fixed have the triangle and the point.
-Json AnswerAsJson(const Answer& answer);
+/// fixed_body, and overlaps_at_start under Rule::Solid. moving and fixed have the triangle and the
+/// point.
+Json AnswerAsJson(const Answer& answer, gsl_sweep::Rule rule);
 
 /// Returns count, low, high and pairs. Each pair has the keys of an answer from kind on.
 Json PatchAsJson(const PatchReport& patch);

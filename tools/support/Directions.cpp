@@ -38,7 +38,9 @@ class Batch {
 public:
   Batch(const DirectionLine* lines, std::size_t count) : m_lines(lines), m_count(count) {}
 
+  /// Asks a question along each line.
   void Answer(const AnswerQuestions& ask, Question question, const Run& run) {
+    m_rule = question.rule;
     std::vector<Question> questions;
     for (std::size_t k = 0; k < m_count; ++k) {
       if (!m_lines[k].error.empty()) continue;
@@ -71,19 +73,20 @@ private:
     if (count++ == 0) first = line;
   }
 
-  static void WriteAnswer(std::size_t line, const gsl_sweep::Answer& answer,
-                          const DirectionOutput& output, DirectionTally& tally) {
+  void WriteAnswer(std::size_t line, const gsl_sweep::Answer& answer, const DirectionOutput& output,
+                   DirectionTally& tally) const {
     if (answer.status == SweepStatus::Cancelled) {
       Count(line, tally.beyond, tally.firstBeyond);
       output.write(ErrorAsJsonLine(line, "the travel or a point is beyond the range of double"));
       return;
     }
     if (Touches(answer)) ++tally.touching;
-    output.write(AnswerAsJsonLine(line, answer, output.warn(answer)));
+    output.write(AnswerAsJsonLine(line, answer, m_rule, output.warn(answer)));
   }
 
   const DirectionLine* m_lines;
   std::size_t m_count;
+  gsl_sweep::Rule m_rule = gsl_sweep::Rule::Touch;
   std::vector<gsl_sweep::Answer> m_answers;
 };
 
@@ -130,11 +133,11 @@ void DirectionLines::TakeLine(std::vector<DirectionLine>& lines) {
   lines.push_back(std::move(line));
 }
 
-std::string AnswerAsJsonLine(std::size_t line, const Answer& answer,
+std::string AnswerAsJsonLine(std::size_t line, const Answer& answer, gsl_sweep::Rule rule,
                              const std::vector<std::string>& warnings) {
   Json json;
   json["line"] = line;
-  json.update(AnswerAsJson(answer));
+  json.update(AnswerAsJson(answer, rule));
   json["warnings"] = warnings;
   return LineText(json);
 }

@@ -40,7 +40,7 @@ private:
 
 /// Returns a JSON document in one line, ended by a newline; docs/gsl-sweep.md describes it.
 std::string AnswerAsJsonLine(std::size_t line, const gsl_sweep::Answer& answer,
-                             const std::vector<std::string>& warnings);
+                             gsl_sweep::Rule rule, const std::vector<std::string>& warnings);
 std::string ErrorAsJsonLine(std::size_t line, const std::string& error);
 
 /// What became of the lines.

@@ -77,6 +77,16 @@ std::string CountLine(const char* role, const std::string& file, const BodyCount
   return BodyLine(role, file, std::to_string(body.triangles) + " triangles");
 }
 
+/// Returns how a contact at the start is named in a sentence.
+std::string StartInWords(const SweepReport& report) {
+  if (report.last) return "Last contact at the start";
+  const std::string start = "In contact from the start";
+  if (report.rule != gsl_sweep::Rule::Solid) return start;
+  return start + (report.answer.contact.overlapsAtStart
+                      ? " (the solids overlap before any travel)"
+                      : " (the solids overlap at every small positive travel)");
+}
+
 std::string FirstLine(const SweepReport& report) {
   const Answer& answer = report.answer;
   const std::string along = " along " + VectorText(answer.unitDirection);
@@ -86,8 +96,7 @@ std::string FirstLine(const SweepReport& report) {
            NumberText(answer.contact.travel) + along + ": " + KindInWords(answer.contact.kind) +
            ".\n";
   case SweepStatus::Start:
-    return (report.last ? "Last contact at the start: " : "In contact from the start: ") +
-           KindInWords(answer.contact.kind) + ".\n";
+    return StartInWords(report) + ": " + KindInWords(answer.contact.kind) + ".\n";
   case SweepStatus::None:
   case SweepStatus::Cancelled:
     break;
@@ -154,16 +163,23 @@ std::string ReportAsText(const SweepReport& report) {
   const Answer& answer = report.answer;
   if (!Touches(answer)) return FirstLine(report) + BodiesAsText(report);
   const FixedBody& met = report.fixed.at(answer.contact.fixedBody);
-  return FirstLine(report) +
-         TouchingLine("moving  ", report.movingFile, report.moving, MovingPlace(answer)) +
-         TouchingLine("fixed   ", met.file, met.counts, FixedPlace(answer)) +
-         (report.patch ? PatchLine(*report.patch) : "");
+  std::string moving =
+      TouchingLine("moving  ", report.movingFile, report.moving, MovingPlace(answer));
+  std::string fixed = TouchingLine("fixed   ", met.file, met.counts, FixedPlace(answer));
+  if (answer.contact.kind == ContactKind::Inside) {
+    if (answer.contact.movingIsInside) {
+      fixed = CountLine("fixed   ", met.file, met.counts);
+    } else {
+      moving = CountLine("moving  ", report.movingFile, report.moving);
+    }
+  }
+  return FirstLine(report) + moving + fixed + (report.patch ? PatchLine(*report.patch) : "");
 }
 
 std::string ReportAsJson(const SweepReport& report) {
   const bool touches = Touches(report.answer);
   Json json = SceneAsJson(report);
-  json.update(AnswerAsJson(report.answer));
+  json.update(AnswerAsJson(report.answer, report.rule));
   DescribeBody(json["moving"], report.moving, report.movingFile);
   if (touches || report.fixed.size() == 1) {
     const FixedBody& body = report.fixed.at(touches ? report.answer.contact.fixedBody : 0);

@@ -63,7 +63,7 @@ inline bool Touches(const Answer& answer) {
          answer.status == gsl_sweep::SweepStatus::Start;
 }
 
-/// Returns "vertex-face" and so on, moving body first; or "overlap".
+/// Returns "vertex-face" and so on, moving body first; or "overlap" or "inside".
 const char* KindName(ContactKind kind);
 
 /// Returns the name of a body in the text: "standard input" for "-".
@@ -73,7 +73,7 @@ std::string NameInText(const std::string& file);
 std::string BodiesAsText(const SceneReport& report);
 
 /// Returns three lines, each ended by a newline, and one more for a patch. Without a contact each
-/// fixed body has its own line.
+/// fixed body has its own line. A body that is around the other has no triangle in its line.
 std::string ReportAsText(const SweepReport& report);
 
 /// Returns one strict JSON document, ended by a newline; docs/gsl-sweep.md and

@@ -118,7 +118,7 @@ std::string SphereAsJson(const SphereReport& report) {
   text += ",\n  \"answers\": [";
   const char* separator = "\n    ";
   for (const Answer& answer : report.answers) {
-    text += separator + JsonText(AnswerAsJson(answer), -1);
+    text += separator + JsonText(AnswerAsJson(answer, report.rule), -1);
     separator = ",\n    ";
   }
   return text + "\n  ]\n}\n";

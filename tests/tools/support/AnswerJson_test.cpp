@@ -7,6 +7,7 @@
 namespace {
 
 using namespace gsl_tools;
+using gsl_sweep::Rule;
 using gsl_sweep::SweepStatus;
 
 Answer Sample() {
@@ -26,7 +27,7 @@ Answer Sample() {
 }
 
 TEST(AnswerJson, HasTheKeysOfAnAnswerInOrder) {
-  EXPECT_EQ(JsonText(AnswerAsJson(Sample()), -1),
+  EXPECT_EQ(JsonText(AnswerAsJson(Sample(), Rule::Touch), -1),
             R"({"status":"contact","travel":0.1,"direction":[0.0,0.0,-1.0],"kind":"edge-edge",)"
             R"("normal":[0.6,0.0,0.8],"moving":{"triangle":7,"point":[1.0,2.0,3.0]},)"
             R"("fixed":{"triangle":9,"point":[1.0,2.0,2.9]},"fixed_body":2})");
@@ -35,7 +36,7 @@ TEST(AnswerJson, HasTheKeysOfAnAnswerInOrder) {
 TEST(AnswerJson, IsNullWhereThereIsNoContact) {
   Answer answer = Sample();
   answer.status = SweepStatus::None;
-  EXPECT_EQ(JsonText(AnswerAsJson(answer), -1),
+  EXPECT_EQ(JsonText(AnswerAsJson(answer, Rule::Touch), -1),
             R"({"status":"none","travel":null,"direction":[0.0,0.0,-1.0],"kind":null,)"
             R"("normal":null,"moving":{"triangle":null,"point":null},)"
             R"("fixed":{"triangle":null,"point":null},"fixed_body":null})");
@@ -45,10 +46,40 @@ TEST(AnswerJson, StartIsNamed) {
   Answer answer = Sample();
   answer.status = SweepStatus::Start;
   answer.contact.hasNormal = false;
-  const Json json = AnswerAsJson(answer);
+  const Json json = AnswerAsJson(answer, Rule::Touch);
   EXPECT_EQ(json["status"], "start");
   EXPECT_TRUE(json["normal"].is_null());
   EXPECT_EQ(json["fixed"]["triangle"], 9);
+}
+
+TEST(AnswerJson, OfSolidsTellsTheTwoStartsApart) {
+  Answer answer = Sample();
+  EXPECT_FALSE(AnswerAsJson(answer, Rule::NotLeaving).contains("overlaps_at_start"));
+  EXPECT_EQ(AnswerAsJson(answer, Rule::Solid)["overlaps_at_start"], false);
+  answer.status = SweepStatus::Start;
+  EXPECT_EQ(AnswerAsJson(answer, Rule::Solid)["overlaps_at_start"], false);
+  answer.contact.overlapsAtStart = true;
+  EXPECT_EQ(AnswerAsJson(answer, Rule::Solid)["overlaps_at_start"], true);
+  // What the contact holds without a contact does not matter.
+  answer.status = SweepStatus::None;
+  EXPECT_EQ(AnswerAsJson(answer, Rule::Solid)["overlaps_at_start"], false);
+}
+
+TEST(AnswerJson, BodyAroundTheOtherHasNoTriangle) {
+  Answer answer = Sample();
+  answer.status = SweepStatus::Start;
+  answer.contact.kind = ContactKind::Inside;
+  answer.contact.overlapsAtStart = true;
+  Json json = AnswerAsJson(answer, Rule::Solid);
+  const Json none = Json::parse(R"({"triangle": null, "point": null})");
+  EXPECT_EQ(json["kind"], "inside");
+  EXPECT_EQ(json["moving"], none);
+  EXPECT_EQ(json["fixed"]["triangle"], 9);
+  answer.contact.movingIsInside = true;
+  json = AnswerAsJson(answer, Rule::Solid);
+  EXPECT_EQ(json["moving"]["triangle"], 7);
+  EXPECT_EQ(json["fixed"], none);
+  EXPECT_EQ(json["fixed_body"], 2);
 }
 
 TEST(AnswerJson, DocumentsBeginAlike) {
@@ -59,7 +90,9 @@ TEST(AnswerJson, DocumentsBeginAlike) {
             R"({"schema_version":2,"tool_version":"1.2.3","question":{"pose":null,)"
             R"("offset":[0.0,0.0,0.0],"max_distance":4.5,"one_sided":false,"rule":"touch",)"
             R"("last":false}})");
-  scene.rule = gsl_sweep::Rule::NotLeaving;
+  scene.rule = Rule::Solid;
+  EXPECT_EQ(SceneAsJson(scene)["question"]["rule"], "solid");
+  scene.rule = Rule::NotLeaving;
   scene.last = true;
   EXPECT_EQ(SceneAsJson(scene)["question"]["rule"], "not-leaving");
   EXPECT_EQ(SceneAsJson(scene)["question"]["last"], true);

@@ -67,6 +67,46 @@ TEST(Report, TextOfAStart) {
   EXPECT_EQ(ReportAsText(report).substr(0, 45), "In contact from the start: they share a point");
 }
 
+TEST(Report, TextOfSolidsTellsTheTwoStartsApart) {
+  SweepReport report = SampleReport();
+  report.rule = Rule::Solid;
+  EXPECT_EQ(ReportAsText(report).substr(0, 18), "Contact after 0.1 ");
+  report.answer.status = SweepStatus::Start;
+  report.answer.contact.travel = 0.0;
+  const std::string bodies = "  moving  bolt.stl, triangle 7 of 12, at (1, 2, 0.3333333333333333)\n"
+                             "  fixed   bracket.stl, triangle 9 of 34, at (1, 2, 0.25)\n";
+  EXPECT_EQ(ReportAsText(report), "In contact from the start (the solids overlap at every small "
+                                  "positive travel): vertex on face.\n" +
+                                      bodies);
+  EXPECT_EQ(JsonOf(report)["overlaps_at_start"], false);
+  report.answer.contact.overlapsAtStart = true;
+  EXPECT_EQ(ReportAsText(report), "In contact from the start (the solids overlap before any "
+                                  "travel): vertex on face.\n" +
+                                      bodies);
+  EXPECT_EQ(JsonOf(report)["overlaps_at_start"], true);
+}
+
+TEST(Report, BodyAroundTheOtherHasNoTriangle) {
+  SweepReport report = SampleReport();
+  report.rule = Rule::Solid;
+  report.answer.status = SweepStatus::Start;
+  report.answer.contact.travel = 0.0;
+  report.answer.contact.kind = ContactKind::Inside;
+  report.answer.contact.hasNormal = false;
+  report.answer.contact.overlapsAtStart = true;
+  EXPECT_EQ(ReportAsText(report), "In contact from the start (the solids overlap before any "
+                                  "travel): one is inside the other.\n"
+                                  "  moving  bolt.stl, 12 triangles\n"
+                                  "  fixed   bracket.stl, triangle 9 of 34, at (1, 2, 0.25)\n");
+  EXPECT_EQ(JsonOf(report)["moving"]["triangles"], 12);
+  report.answer.contact.movingIsInside = true;
+  const std::string text = ReportAsText(report);
+  EXPECT_EQ(text.substr(text.find('\n') + 1),
+            "  moving  bolt.stl, triangle 7 of 12, at (1, 2, 0.3333333333333333)\n"
+            "  fixed   bracket.stl, 34 triangles\n");
+  EXPECT_TRUE(JsonOf(report)["fixed"]["triangle"].is_null());
+}
+
 TEST(Report, TextNamesTheLastContact) {
   SweepReport report = SampleReport();
   report.last = true;
@@ -271,6 +311,7 @@ TEST(Report, EveryKindHasItsName) {
   EXPECT_STREQ(KindName(ContactKind::FaceVertex), "face-vertex");
   EXPECT_STREQ(KindName(ContactKind::EdgeEdge), "edge-edge");
   EXPECT_STREQ(KindName(ContactKind::Overlap), "overlap");
+  EXPECT_STREQ(KindName(ContactKind::Inside), "inside");
 }
 
 Mesh NamedCube(const char* file, double side) {

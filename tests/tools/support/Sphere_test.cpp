@@ -135,6 +135,19 @@ TEST(Sphere, JsonHasEveryAnswer) {
   EXPECT_EQ(document["answers"][5]["status"], "none");
 }
 
+TEST(Sphere, JsonOfSolidsTellsTheTwoStartsApart) {
+  SphereReport report = Sample();
+  report.rule = gsl_sweep::Rule::Solid;
+  report.answers[4].status = SweepStatus::Start;
+  report.answers[4].contact.travel = 0.0;
+  report.answers[4].contact.overlapsAtStart = true;
+  const json document = JsonOf(report);
+  EXPECT_EQ(document["question"]["rule"], "solid");
+  EXPECT_EQ(document["answers"][3]["overlaps_at_start"], false);
+  EXPECT_EQ(document["answers"][4]["overlaps_at_start"], true);
+  EXPECT_FALSE(JsonOf(Sample())["answers"][4].contains("overlaps_at_start"));
+}
+
 TEST(Sphere, JsonWithoutATravel) {
   SphereReport report = Sample();
   report.answers = {AnswerOf(SweepStatus::Start, 0.0, 1.0, 0)};
