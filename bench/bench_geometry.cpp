@@ -1,7 +1,7 @@
 // Measures lines, planes, segments and the triangle sweep. The peer of the sweep is the
 // step-by-step algorithm on the public classes. Eigen has the intersection of a line and a plane.
 
-#include "RandomNumbers.h"
+#include "FreshData.h"
 #include "TriTriTranscription.h"
 #include "gsl_Plane.h"
 #include "gsl_Segment.h"
@@ -18,37 +18,7 @@
 
 namespace {
 
-constexpr std::size_t kCount = 256;
-
-class Numbers {
-public:
-  explicit Numbers(std::uint64_t seed) : random(seed) {}
-  double In(double low, double high) { return random.In(low, high); }
-  gsl_Point Point(double size) { return {In(-size, size), In(-size, size), In(-size, size)}; }
-  gsl_Vector Vector(double size) { return {In(-size, size), In(-size, size), In(-size, size)}; }
-
-private:
-  RandomNumbers random;
-};
-
-template <class T, class Make>
-std::vector<T> Corpus(std::uint64_t seed, Make make) {
-  Numbers numbers(seed);
-  std::vector<T> values;
-  for (std::size_t i = 0; i < kCount; ++i)
-    values.push_back(make(numbers));
-  return values;
-}
-
-/// Runs `work` on each value and its successor in turn.
-template <class T, class Work>
-void OnPairs(benchmark::State& state, const std::vector<T>& values, Work work) {
-  std::size_t i = 0;
-  for (auto _ : state) {
-    benchmark::DoNotOptimize(work(values[i % kCount], values[(i + 1) % kCount]));
-    ++i;
-  }
-}
+using namespace fresh_data;
 
 gsl_StLine AnyLine(Numbers& n) {
   return {n.Point(5.0), n.Vector(1.0)};

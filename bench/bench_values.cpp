@@ -9,17 +9,17 @@
 #include <Eigen/Geometry>
 #include <benchmark/benchmark.h>
 
-#include <array>
 #include <cstddef>
+#include <vector>
 
 namespace {
 
-// The values are too many to be constants, and few enough for the first cache.
-constexpr std::size_t kCount = 64;
+// A branch predictor learns a few hundred inputs by heart, and cannot learn so many.
+constexpr std::size_t kCount = 4096;
 
-std::array<double, 3 * kCount> SomeNumbers() {
+std::vector<double> SomeNumbers() {
   RandomNumbers random(20240229);
-  std::array<double, 3 * kCount> numbers;
+  std::vector<double> numbers(3 * kCount);
   for (double& number : numbers)
     number = random.In(-10.0, 10.0);
   return numbers;
@@ -27,10 +27,10 @@ std::array<double, 3 * kCount> SomeNumbers() {
 
 template <class T>
 struct Corpus {
-  std::array<T, kCount> values;
+  std::vector<T> values = std::vector<T>(kCount);
 
   Corpus() {
-    const std::array<double, 3 * kCount> numbers = SomeNumbers();
+    const std::vector<double> numbers = SomeNumbers();
     for (std::size_t i = 0; i < kCount; ++i)
       values[i] = T(numbers[3 * i], numbers[3 * i + 1], numbers[3 * i + 2]);
   }

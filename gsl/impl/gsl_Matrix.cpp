@@ -14,6 +14,11 @@ constexpr std::int32_t kIsIdentity = 1;
 constexpr std::int32_t kIsNotIdentity = 0;
 constexpr std::int32_t kNotKnown = -1;
 
+/// The addresses make the library export the inline operations, for hosts that link their names.
+[[gnu::used]] void (gsl_Matrix::*const kTransformPoint)(gsl_Point&) const = &gsl_Matrix::Transform;
+[[gnu::used]] void (gsl_Matrix::*const kTransformVector)(gsl_Vector&) const =
+    &gsl_Matrix::Transform;
+
 } // namespace
 
 void gsl_Matrix::FillIdentity() {
@@ -34,18 +39,6 @@ bool gsl_Matrix::operator==(const gsl_Matrix& o) const {
     }
   }
   return true;
-}
-
-void gsl_Matrix::Transform(gsl_Point& p) const {
-  const Coord3 moved = gsl_kernel::TransformPoint(m, p.Coords());
-  p.x = moved.x;
-  p.y = moved.y;
-  p.z = moved.z;
-}
-
-void gsl_Matrix::Transform(gsl_Vector& v) const {
-  const Coord3 turned = gsl_kernel::TransformVector(m, v.Coords());
-  v = gsl_Vector(turned.x, turned.y, turned.z);
 }
 
 void gsl_Matrix::Concatenate(const gsl_Matrix& o) {
@@ -124,27 +117,20 @@ void gsl_Matrix::GetRotationAngles(double& a, double& b, double& c) const {
 gsl_Matrix gsl_Matrix::InverseRigidTransform() const {
   gsl_Matrix inverse;
   if (isIdentity == kIsIdentity) return inverse;
-  for (int r = 0; r < 3; ++r) {
-    for (int c = 0; c < 3; ++c)
-      inverse.m[r][c] = m[c][r];
-  }
-  const Coord3 t = gsl_kernel::TransformVector(inverse.m, {-m[0][3], -m[1][3], -m[2][3]});
-  inverse.SetTranslation(gsl_Vector(t.x, t.y, t.z));
+  gsl_kernel::InverseRigid(m, inverse.m);
+  inverse.isIdentity = kNotKnown;
   return inverse;
 }
 
 void gsl_Matrix::AxisRotation(const gsl_Point& p, const gsl_Vector& axis, double angle) {
-  FillIdentity();
-  gsl_Vector unit = axis;
-  if (!unit.Normalize()) return;
-  SetTranslation(gsl_Vector(0.0 - p.x, 0.0 - p.y, 0.0 - p.z));
-  gsl_Matrix rotation;
-  gsl_kernel::AxisRotationBlock(unit.Coords(), std::cos(angle), std::sin(angle), rotation.m);
-  rotation.isIdentity = kNotKnown;
-  gsl_Matrix back;
-  back.SetTranslation(gsl_Vector(p.x, p.y, p.z));
-  Concatenate(rotation);
-  Concatenate(back);
+  gsl_kernel::Measured3 unit = axis.Measured();
+  const Coord3 fixed = p.Coords();
+  if (!gsl_arithmetic::Normalize(unit, Settings().linearTolerance)) {
+    FillIdentity();
+    return;
+  }
+  gsl_kernel::RotationAbout(fixed, unit.c, std::cos(angle), std::sin(angle), m);
+  isIdentity = kNotKnown;
 }
 
 void gsl_Matrix::GetAxisRotation(gsl_Point& p, gsl_Vector& axis, double& angle) const {

@@ -6,8 +6,7 @@
 #include "gsl_Printing.h"
 #include "gsl_Settings.h"
 #include "kernel/SegmentPair.h"
-
-#include <algorithm>
+#include "kernel/TriangleDistance.h"
 
 using gsl_kernel::Coord3;
 
@@ -45,40 +44,24 @@ double gsl_Point::GetDistance(const gsl_Plane& plane, const gsl_Vector& dir) con
 }
 
 double gsl_Point::GetDistance(const gsl_Segment& seg, gsl_Point& closest) const {
-  using gsl_kernel::SegmentFoot;
-  // `closest` may be this point, so it is written last.
-  const Coord3 here = Coords();
-  Coord3 foot;
-  double t = 0.0;
-  const SegmentFoot where = gsl_kernel::FootOnSegment(
-      here, seg.Point1().Coords(), seg.Point2().Coords(), Settings().linearTolerance, foot, t);
+  using gsl_kernel::SegmentPart;
+  const gsl_kernel::NearestPoint nearest = gsl_kernel::NearestOnSegment(
+      Coords(), seg.Point1().Coords(), seg.Point2().Coords(), Settings().linearTolerance);
   // distance-to-what-closest-held: a degenerate segment leaves the output as it was.
-  if (where == SegmentFoot::Degenerate) return GetDistance(closest);
-  if (where == SegmentFoot::Inside) {
-    AcceptComputed(closest, foot);
-    return gsl_kernel::Distance(here, foot);
+  if (nearest.part == SegmentPart::None) return GetDistance(closest);
+  // `closest` may be this point, so it is written last.
+  if (nearest.part == SegmentPart::Foot) {
+    AcceptComputed(closest, nearest.point);
+  } else {
+    closest = nearest.part == SegmentPart::First ? seg.Point1() : seg.Point2();
   }
-  const double d1 = GetDistance(seg.Point1());
-  const double d2 = GetDistance(seg.Point2());
-  // At a tie the second end is the closest point.
-  const bool firstIsNearer = d2 > d1;
-  closest = firstIsNearer ? seg.Point1() : seg.Point2();
-  return firstIsNearer ? d1 : d2;
+  return nearest.distance;
 }
 
 double gsl_Point::GetDistance(const gsl_Point& p1, const gsl_Point& p2, const gsl_Point& p3) const {
-  gsl_Point foot(*this);
-  double weights[3];
-  if (ProjectOn(p1, p2, p3, foot, weights)) return GetDistance(foot);
-  const gsl_Segment edges[3] = {{p1, p2}, {p2, p3}, {p3, p1}};
-  double least = 0.0;
-  for (const gsl_Segment& edge : edges) {
-    // An edge shorter than the tolerance leaves `closest` unchanged, at the first end of the edge.
-    gsl_Point closest(edge.Point1());
-    const double distance = GetDistance(edge, closest);
-    if (&edge == edges || distance < least) least = distance;
-  }
-  return least;
+  const gsl_Util& settings = Settings();
+  return gsl_kernel::TriangleDistance(Coords(), p1.Coords(), p2.Coords(), p3.Coords(),
+                                      settings.linearTolerance, settings.cosineTolerance);
 }
 
 bool gsl_Point::IsOn(const gsl_Plane& plane) const {

@@ -31,6 +31,10 @@ std::int64_t SignedDigitMantissa(double v, int digits) {
   return v < 0.0 ? -mantissa : mantissa;
 }
 
+/// The address makes the library export the inline function, for hosts that link or look up its
+/// name.
+[[gnu::used]] bool (*const kRealEqual)(double, double, double) = gsl_RealEqual;
+
 } // namespace
 
 // reserved-setting-is-not-initialised: the field only keeps the layout.
@@ -47,10 +51,6 @@ bool gsl_Interval::operator==(const gsl_Interval& o) const {
   if (this == &o) return true;
   return gsl_RealEqual(lower, o.lower, gsl_kernel::kIntervalTolerance) &&
          gsl_RealEqual(upper, o.upper, gsl_kernel::kIntervalTolerance);
-}
-
-bool gsl_RealEqual(double a, double b, double tol) {
-  return gsl_kernel::WithinBand(a, b, tol);
 }
 
 bool gsl_RealRelEqual(double a, double b, double tol) {

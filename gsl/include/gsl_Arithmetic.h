@@ -95,6 +95,27 @@ inline Measured3 NormalizedCopy(const Measured3& v, double linearTolerance) {
   return cosineTolerance * a.magnitude * b.magnitude > std::fabs(Dot(a.c, b.c));
 }
 
+/// Returns the 3x3 block of m times v.
+inline Coord3 TransformVector(const double (&m)[4][4], const Coord3& v) {
+  return {m[0][0] * v.x + m[0][1] * v.y + m[0][2] * v.z,
+          m[1][0] * v.x + m[1][1] * v.y + m[1][2] * v.z,
+          m[2][0] * v.x + m[2][1] * v.y + m[2][2] * v.z};
+}
+
+/// Returns the 3x3 block of m times p, plus the translation.
+inline Coord3 TransformPoint(const double (&m)[4][4], const Coord3& p) {
+  return {m[0][0] * p.x + m[0][1] * p.y + m[0][2] * p.z + m[0][3],
+          m[1][0] * p.x + m[1][1] * p.y + m[1][2] * p.z + m[1][3],
+          m[2][0] * p.x + m[2][1] * p.y + m[2][2] * p.z + m[2][3]};
+}
+
+/// Returns -tol <= b - a <= tol, written so that a NaN difference is within every band.
+[[nodiscard]] inline bool WithinBand(double a, double b, double tol) {
+  const double d = b - a;
+  // nan-compares-equal: the comparison only rejects, and a NaN passes every rejection.
+  return !(-tol > d) & !(d > tol);
+}
+
 /// LowerTo replaces each coordinate of c that is above the coordinate of `limit`; RaiseTo replaces
 /// each that is below. C is any type with x, y and z. A NaN is neither below nor above.
 template <class C, class Limit>

@@ -39,9 +39,17 @@ public:
   [[nodiscard]] bool operator!=(const gsl_Matrix& o) const { return !(*this == o); }
 
   /// Moves p in place; it keeps its uid.
-  void Transform(gsl_Point& p) const;
+  GSL_API void Transform(gsl_Point& p) const {
+    const gsl_arithmetic::Coord3 moved = gsl_arithmetic::TransformPoint(m, p.Coords());
+    p.x = moved.x;
+    p.y = moved.y;
+    p.z = moved.z;
+  }
   /// Rotates v in place, without translation, and measures its magnitude again.
-  void Transform(gsl_Vector& v) const;
+  GSL_API void Transform(gsl_Vector& v) const {
+    const gsl_arithmetic::Coord3 turned = gsl_arithmetic::TransformVector(m, v.Coords());
+    v = gsl_Vector(turned.x, turned.y, turned.z);
+  }
 
   /// this = o x this, in full: transforming by the result is transforming by the old this, then by
   /// o. o may be this matrix.

@@ -1,6 +1,7 @@
 #ifndef GSL_UTILS_H
 #define GSL_UTILS_H
 
+#include "gsl_Arithmetic.h"
 #include "gsl_DepthFirstSearch.h"
 #include "gsl_Export.h"
 #include "gsl_InPlaneSegSegMinDirectionalDist.h"
@@ -20,7 +21,9 @@
 /// Errors     gsl_Truncate alone throws.
 
 /// Returns -tol <= b - a <= tol; a negative tol accepts nothing but NaN.
-[[nodiscard]] GSL_API bool gsl_RealEqual(double a, double b, double tol);
+[[nodiscard]] GSL_API inline bool gsl_RealEqual(double a, double b, double tol) {
+  return gsl_arithmetic::WithinBand(a, b, tol);
+}
 
 /// Returns gsl_RealEqual with the band max(|a| * tol, tol). The band follows the first argument
 /// only, so the function is not symmetric. An infinite `a` has an infinite band: everything is

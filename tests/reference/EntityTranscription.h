@@ -187,6 +187,23 @@ inline bool ProjectOn(const Pt& p, const Pt& p1, const Pt& p2, const Pt& p3, Pt&
   return PointInTriangle(out, p1, p2, p3, weights, tol);
 }
 
+/// Returns the distance to a triangle.
+inline double Distance(const Pt& p, const Pt& p1, const Pt& p2, const Pt& p3,
+                       const Tolerances& tol) {
+  Pt foot = p;
+  double weights[3];
+  if (ProjectOn(p, p1, p2, p3, foot, weights, tol)) return Distance(p, foot);
+  const Segment edges[3] = {{p1, p2}, {p2, p3}, {p3, p1}};
+  double least = 0.0;
+  for (int i = 0; i < 3; ++i) {
+    // An edge shorter than the tolerance leaves its first end, which is what `closest` holds.
+    Pt closest = edges[i].point1;
+    const double distance = Distance(p, edges[i], closest, tol);
+    if (i == 0 || distance < least) least = distance;
+  }
+  return least;
+}
+
 inline bool PointSegmentParameters(const Pt& x, const Pt& p0, const Pt& p1, double* weights,
                                    const Tolerances& tol) {
   const double length = Distance(p0, p1);

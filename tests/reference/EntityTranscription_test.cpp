@@ -147,6 +147,8 @@ TEST(EntityTranscription, DistancesOfPointsAgreeBitForBit) {
     EXPECT_EQ(Text(p.GetDistance(plane)), Text(Distance(plain, plainPlane)));
     EXPECT_EQ(Text(p.GetDistance(plane, s.v[0])),
               Text(DistanceAlong(plain, plainPlane, s.plainV[0])));
+    EXPECT_EQ(Text(s.p[3].GetDistance(s.p[0], s.p[1], s.p[2])),
+              Text(Distance(s.plainP[3], s.plainP[0], s.plainP[1], s.plainP[2], tol)));
     s.number[0] = s.p[2].GetDistance(gsl_Segment(s.p[0], s.p[1]), s.out);
     s.plainNumber[0] =
         Distance(s.plainP[2], transcription::Segment{s.plainP[0], s.plainP[1]}, s.plainOut, tol);

@@ -4,6 +4,7 @@
 #include "kernel/Matrix.h"
 
 #include <initializer_list>
+#include <limits>
 
 namespace gsl_kernel {
 
@@ -23,8 +24,8 @@ inline void Grow(Box& box, const Box& other) {
   RaiseTo(box.max, other.max);
 }
 
-/// Returns the box around the eight transformed corners.
-inline Box TransformBox(const Box& box, const Matrix4& m) {
+/// Returns the box around the eight transformed corners, one after the other.
+inline Box TransformBoxByCorners(const Box& box, const Matrix4& m) {
   const Coord3 c = {0.5 * (box.min.x + box.max.x), 0.5 * (box.min.y + box.max.y),
                     0.5 * (box.min.z + box.max.z)};
   const Coord3 h = Multiply(Subtract(box.max, box.min), 0.5);
@@ -44,6 +45,40 @@ inline Box TransformBox(const Box& box, const Matrix4& m) {
     }
   }
   return result;
+}
+
+struct Extent {
+  double low, high;
+};
+
+/// Returns the products with both numbers, in order. A NaN is always one of the two.
+inline Extent ProductsInOrder(double factor, double a, double b) {
+  const double pa = factor * a, pb = factor * b;
+  return {pa < pb ? pa : pb, pa < pb ? pb : pa};
+}
+
+/// Returns the box around the eight transformed corners.
+// Rounding keeps the order of numbers. So the least of the eight sums is the sum of the least
+// products, and the same holds for the greatest. It fails for a NaN, which is in order with
+// nothing. And two equal zeros can have different signs, of which the first corner's counts.
+inline Box TransformBox(const Box& box, const Matrix4& m) {
+  const Coord3 c = {0.5 * (box.min.x + box.max.x), 0.5 * (box.min.y + box.max.y),
+                    0.5 * (box.min.z + box.max.z)};
+  const Coord3 h = Multiply(Subtract(box.max, box.min), 0.5);
+  const Coord3 low = Subtract(c, h), high = Add(c, h);
+  Extent e[3];
+  bool isPlain = true;
+  for (int r = 0; r < 3; ++r) {
+    const Extent x = ProductsInOrder(m[r][0], low.x, high.x);
+    const Extent y = ProductsInOrder(m[r][1], low.y, high.y);
+    const Extent z = ProductsInOrder(m[r][2], low.z, high.z);
+    e[r] = {x.low + y.low + z.low + m[r][3], x.high + y.high + z.high + m[r][3]};
+    const double largest = std::numeric_limits<double>::max();
+    isPlain &= (std::fabs(e[r].low) <= largest) & (std::fabs(e[r].high) <= largest) &
+               (e[r].low != 0.0) & (e[r].high != 0.0);
+  }
+  if (!isPlain) return TransformBoxByCorners(box, m);
+  return {{e[0].low, e[1].low, e[2].low}, {e[0].high, e[1].high, e[2].high}};
 }
 
 } // namespace gsl_kernel

@@ -7,17 +7,8 @@ namespace gsl_kernel {
 
 using Matrix4 = double[4][4];
 
-inline Coord3 TransformVector(const Matrix4& m, const Coord3& v) {
-  return {m[0][0] * v.x + m[0][1] * v.y + m[0][2] * v.z,
-          m[1][0] * v.x + m[1][1] * v.y + m[1][2] * v.z,
-          m[2][0] * v.x + m[2][1] * v.y + m[2][2] * v.z};
-}
-
-inline Coord3 TransformPoint(const Matrix4& m, const Coord3& p) {
-  return {m[0][0] * p.x + m[0][1] * p.y + m[0][2] * p.z + m[0][3],
-          m[1][0] * p.x + m[1][1] * p.y + m[1][2] * p.z + m[1][3],
-          m[2][0] * p.x + m[2][1] * p.y + m[2][2] * p.z + m[2][3]};
-}
+using gsl_arithmetic::TransformPoint;
+using gsl_arithmetic::TransformVector;
 
 /// Writes out = a b. `out` is neither a nor b.
 inline void Product(const Matrix4& a, const Matrix4& b, Matrix4& out) {
@@ -40,6 +31,62 @@ inline void AxisRotationBlock(const Coord3& u, double co, double si, Matrix4& m)
   m[2][0] = u.z * u.x * (1.0 - co) - u.y * si;
   m[2][1] = u.y * u.z * (1.0 - co) + u.x * si;
   m[2][2] = u.z * u.z + co * (1.0 - u.z * u.z);
+}
+
+/// Writes the inverse of a rigid matrix: the transposed block and the translation turned back.
+/// `out` is not m.
+inline void InverseRigid(const Matrix4& m, Matrix4& out) {
+  for (int r = 0; r < 3; ++r) {
+    for (int c = 0; c < 3; ++c)
+      out[r][c] = m[c][r];
+  }
+  const Coord3 t = TransformVector(out, {-m[0][3], -m[1][3], -m[2][3]});
+  out[0][3] = t.x;
+  out[1][3] = t.y;
+  out[2][3] = t.z;
+  out[3][0] = out[3][1] = out[3][2] = 0.0;
+  out[3][3] = 1.0;
+}
+
+/// Writes B R T, the rotation about the axis through `fixed` along a unit vector, as three
+/// matrices: T moves `fixed` to the origin, R turns, B moves back.
+inline void RotationByProducts(const Coord3& fixed, const Coord3& u, double co, double si,
+                               Matrix4& out) {
+  const Matrix4 there = {
+      {1, 0, 0, 0.0 - fixed.x}, {0, 1, 0, 0.0 - fixed.y}, {0, 0, 1, 0.0 - fixed.z}, {0, 0, 0, 1}};
+  Matrix4 turn = {{1, 0, 0, 0}, {0, 1, 0, 0}, {0, 0, 1, 0}, {0, 0, 0, 1}};
+  const Matrix4 back = {{1, 0, 0, fixed.x}, {0, 1, 0, fixed.y}, {0, 0, 1, fixed.z}, {0, 0, 0, 1}};
+  AxisRotationBlock(u, co, si, turn);
+  Matrix4 turned;
+  Product(turn, there, turned);
+  Product(back, turned, out);
+}
+
+/// Writes what RotationByProducts writes.
+// The products with 1 and 0 change nothing but the sign of a zero: every sum of them begins with a
+// number and ends with a product that is +0. A number that is not finite spreads through the
+// products with 0.
+inline void RotationAbout(const Coord3& fixed, const Coord3& u, double co, double si,
+                          Matrix4& out) {
+  Matrix4 turn;
+  AxisRotationBlock(u, co, si, turn);
+  const Coord3 there = {0.0 - fixed.x, 0.0 - fixed.y, 0.0 - fixed.z};
+  const Coord3 turned = TransformVector(turn, there);
+  const double back[3] = {fixed.x, fixed.y, fixed.z};
+  const double moved[3] = {turned.x, turned.y, turned.z};
+  double sum = 0.0;
+  for (int r = 0; r < 3; ++r) {
+    for (int c = 0; c < 3; ++c) {
+      out[r][c] = turn[r][c] + 0.0;
+      sum += out[r][c];
+    }
+    out[r][3] = (moved[r] + 0.0) + back[r];
+    sum += out[r][3];
+  }
+  out[3][0] = out[3][1] = out[3][2] = 0.0;
+  out[3][3] = 1.0;
+  // A sum of finite numbers may overflow. It is then computed again, with the same result.
+  if (!std::isfinite(sum)) RotationByProducts(fixed, u, co, si, out);
 }
 
 // axis-rotation-in-single-precision: hosts have stored axes and angles of this precision.

@@ -1,6 +1,8 @@
 #include "kernel/Box.h"
 
 #include "Numbers.h"
+#include "RandomNumbers.h"
+#include "TestScale.h"
 
 namespace {
 
@@ -63,6 +65,33 @@ TEST(KernelBox, TransformOfNaNIsNaNOnEveryAxis) {
   EXPECT_TRUE(std::isnan(moved.max.x));
   // Zero times NaN is NaN too.
   EXPECT_TRUE(std::isnan(moved.min.y));
+}
+
+void ExpectSameBits(const gsl_kernel::Coord3& a, const gsl_kernel::Coord3& b) {
+  EXPECT_PRED2(numbers::SameBits, a.x, b.x);
+  EXPECT_PRED2(numbers::SameBits, a.y, b.y);
+  EXPECT_PRED2(numbers::SameBits, a.z, b.z);
+}
+
+TEST(KernelBox, TransformHasTheBitsOfTheEightCorners) {
+  RandomNumbers random(0xB0C5);
+  const auto number = [&random] {
+    const int kind = random.Below(12);
+    if (kind == 0) return random.Hostile();
+    return kind < 6 ? random.Below(5) - 2.0 : random.In(-3.0, 3.0);
+  };
+  for (long i = 0; i < Scaled(200000) && !testing::Test::HasFailure(); ++i) {
+    Matrix4 m;
+    for (auto& row : m) {
+      for (double& entry : row)
+        entry = number();
+    }
+    const Box box = {{number(), number(), number()}, {number(), number(), number()}};
+    const Box corners = gsl_kernel::TransformBoxByCorners(box, m);
+    const Box moved = gsl_kernel::TransformBox(box, m);
+    ExpectSameBits(moved.min, corners.min);
+    ExpectSameBits(moved.max, corners.max);
+  }
 }
 
 } // namespace

@@ -1,9 +1,12 @@
 #include "kernel/Matrix.h"
 
 #include "Numbers.h"
+#include "RandomNumbers.h"
+#include "TestScale.h"
 
 namespace {
 
+using gsl_kernel::Coord3;
 using gsl_kernel::Matrix4;
 using gsl_kernel::Quaternion;
 using numbers::Below;
@@ -104,6 +107,38 @@ TEST(KernelMatrix, QuaternionOfATieTakesTheEarlierAxis) {
 TEST(KernelMatrix, QuaternionOfNaNIsNaN) {
   Matrix4 m = {{kNaN, 0, 0, 0}, {0, 1, 0, 0}, {0, 0, 1, 0}, {0, 0, 0, 1}};
   EXPECT_TRUE(std::isnan(gsl_kernel::QuaternionOfRotation(m).y));
+}
+
+TEST(KernelMatrix, RotationHasTheBitsOfTheThreeProducts) {
+  RandomNumbers random(0x207A);
+  const auto number = [&random] {
+    const int kind = random.Below(12);
+    if (kind == 0) return random.Hostile();
+    return kind < 6 ? random.Below(3) - 1.0 : random.In(-3.0, 3.0);
+  };
+  for (long i = 0; i < Scaled(200000) && !testing::Test::HasFailure(); ++i) {
+    const Coord3 fixed = {number(), number(), number()};
+    const Coord3 axis = {number(), number(), number()};
+    const double co = number(), si = number();
+    Matrix4 products, rotation;
+    gsl_kernel::RotationByProducts(fixed, axis, co, si, products);
+    gsl_kernel::RotationAbout(fixed, axis, co, si, rotation);
+    for (int r = 0; r < 4; ++r) {
+      for (int c = 0; c < 4; ++c)
+        EXPECT_PRED2(numbers::SameBits, rotation[r][c], products[r][c]);
+    }
+  }
+}
+
+TEST(KernelMatrix, InverseTurnsBackWhatTheMatrixTurns) {
+  // A quarter turn about Z, then a translation by (10, 20, 30).
+  const Matrix4 m = {{0, -1, 0, 10}, {1, 0, 0, 20}, {0, 0, 1, 30}, {0, 0, 0, 1}};
+  Matrix4 inverse;
+  gsl_kernel::InverseRigid(m, inverse);
+  EXPECT_XYZ(gsl_kernel::TransformPoint(inverse, {10.0, 20.0, 30.0}), 0.0, 0.0, 0.0);
+  EXPECT_XYZ(gsl_kernel::TransformPoint(inverse, {8.0, 21.0, 33.0}), 1.0, 2.0, 3.0);
+  EXPECT_EQ(inverse[3][3], 1.0);
+  EXPECT_EQ(inverse[3][0], 0.0);
 }
 
 } // namespace

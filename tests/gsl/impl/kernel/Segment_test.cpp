@@ -100,4 +100,56 @@ TEST(FootOnSegment, NoLengthAndNoToleranceIsOutsideAtNaN) {
   EXPECT_TRUE(std::isnan(foot.t));
 }
 
+TEST(KernelSegment, NearestIsTheFootOrTheNearerEnd) {
+  using gsl_kernel::NearestPoint;
+  using gsl_kernel::SegmentPart;
+  const Coord3 p1 = {0.0, 0.0, 0.0}, p2 = {8.0, 0.0, 0.0};
+  const NearestPoint foot = gsl_kernel::NearestOnSegment({2.0, 3.0, 4.0}, p1, p2, kTolerance);
+  EXPECT_EQ(foot.part, SegmentPart::Foot);
+  EXPECT_XYZ(foot.point, 2.0, 0.0, 0.0);
+  EXPECT_EQ(foot.distance, 5.0);
+  const NearestPoint first = gsl_kernel::NearestOnSegment({-3.0, 4.0, 0.0}, p1, p2, kTolerance);
+  EXPECT_EQ(first.part, SegmentPart::First);
+  EXPECT_EQ(first.distance, 5.0);
+  const NearestPoint second = gsl_kernel::NearestOnSegment({11.0, 4.0, 0.0}, p1, p2, kTolerance);
+  EXPECT_EQ(second.part, SegmentPart::Second);
+  EXPECT_EQ(second.distance, 5.0);
+  EXPECT_EQ(
+      gsl_kernel::NearestOnSegment({1.0, 0.0, 0.0}, p1, {Below(kTolerance), 0.0, 0.0}, kTolerance)
+          .part,
+      SegmentPart::None);
+}
+
+TEST(KernelSegment, NearerEndIsTheSecondWhereTheDistancesRoundToOneNumber) {
+  using gsl_kernel::SegmentPart;
+  // The squares are 1 and the next number, and both roots are 1.
+  const double next = std::sqrt(0x1p-52);
+  const Coord3 p = {0.0, 0.0, 0.0}, unit = {1.0, 0.0, 0.0}, longer = {1.0, next, 0.0};
+  ASSERT_GT(gsl_kernel::Dot(longer, longer), 1.0);
+  ASSERT_EQ(gsl_kernel::Length(longer), 1.0);
+  EXPECT_EQ(gsl_kernel::NearerEnd(p, unit, longer).part, SegmentPart::Second);
+  EXPECT_EQ(gsl_kernel::NearerEnd(p, unit, {1.0, 2.0 * next, 0.0}).part, SegmentPart::First);
+  EXPECT_EQ(gsl_kernel::NearerEnd(p, longer, unit).part, SegmentPart::Second);
+  EXPECT_EQ(gsl_kernel::NearerEnd({kNaN, 0.0, 0.0}, unit, longer).part, SegmentPart::Second);
+}
+
+TEST(KernelSegment, FootIsInsideAtTheLimitsOfTheSpan) {
+  Coord3 foot;
+  double t = kSentinel;
+  const Coord3 p1 = {0.0, 0.0, 0.0}, p2 = {8.0, 0.0, 0.0};
+  const auto where = [&](double x, double tol) {
+    return gsl_kernel::FootOnSegment({x, 1.0, 0.0}, p1, p2, tol, foot, t);
+  };
+  // Without a tolerance the ends are outside, and a negative tolerance shortens the span.
+  EXPECT_EQ(where(0.0, 0.0), SegmentFoot::Outside);
+  EXPECT_EQ(where(8.0, 0.0), SegmentFoot::Outside);
+  EXPECT_EQ(where(Below(8.0), 0.0), SegmentFoot::Inside);
+  EXPECT_EQ(where(2.0, -2.0), SegmentFoot::Outside);
+  EXPECT_EQ(where(Above(2.0), -2.0), SegmentFoot::Inside);
+  EXPECT_EQ(where(6.0, -2.0), SegmentFoot::Outside);
+  EXPECT_EQ(where(-2.0, 2.0), SegmentFoot::Outside);
+  EXPECT_EQ(where(Above(-2.0), 2.0), SegmentFoot::Inside);
+  EXPECT_EQ(where(4.0, kNaN), SegmentFoot::Outside);
+}
+
 } // namespace

@@ -1,6 +1,8 @@
 #include "kernel/Vector.h"
 
 #include "KernelNames.h"
+#include "RandomNumbers.h"
+#include "TestScale.h"
 
 namespace {
 
@@ -182,6 +184,45 @@ TEST(KernelVector, AngleFromCosineIsClampedAndPassesNaNOn) {
   EXPECT_EQ(gsl_kernel::AngleFromCosine(-kInfinity), gsl_kernel::kPi);
   EXPECT_LT(gsl_kernel::AngleFromCosine(Above(-1.0)), gsl_kernel::kPi);
   EXPECT_TRUE(std::isnan(gsl_kernel::AngleFromCosine(kNaN)));
+}
+
+TEST(KernelVector, ParallelIsDecidedAsByDivisions) {
+  RandomNumbers random(0x9A6A);
+  long decided = 0;
+  for (long i = 0; i < Scaled(400000) && !testing::Test::HasFailure(); ++i) {
+    const auto number = [&random] {
+      const int kind = random.Below(40);
+      if (kind == 0) return random.Hostile();
+      return kind < 20 ? random.Below(5) - 2.0 : random.In(-3.0, 3.0);
+    };
+    Measured3 a = Measure({number(), number(), number()});
+    Measured3 b = Measure({number(), number(), number()});
+    if (random.Below(2) == 0) {
+      const double factor = number();
+      b = Measure(gsl_kernel::Multiply(a.c, factor));
+      b.c.x += random.In(-2e-5, 2e-5);
+    }
+    if (random.Below(8) == 0) a.magnitude = number();
+    if (random.Below(8) == 0) b.magnitude = number();
+    const double tolerances[] = {1e-5, 0.0, -1e-5, 0.5, kNaN, kInfinity, random.In(0.0, 1e-4)};
+    const double tol = tolerances[random.Below(7)];
+    const bool byDivisions = gsl_kernel::SameOrOppositeComponents(
+        gsl_kernel::UnitComponents(a), gsl_kernel::UnitComponents(b), tol);
+    EXPECT_EQ(gsl_kernel::IsParallel(a, b, tol), byDivisions);
+    if (gsl_kernel::IsCertainlyNotParallel(a, b, tol)) ++decided;
+  }
+  EXPECT_GT(decided, Scaled(400000) / 10);
+}
+
+TEST(KernelVector, ParallelIsClosedAtTheToleranceOfAComponent) {
+  // The unit components differ by 0.25 in y alone.
+  Measured3 a = {{1.0, 0.5, 0.0}, 1.0};
+  Measured3 b = {{1.0, 0.75, 0.0}, 1.0};
+  EXPECT_TRUE(gsl_kernel::IsParallel(a, b, 0.25));
+  EXPECT_FALSE(gsl_kernel::IsParallel(a, b, Below(0.25)));
+  b.c = {-1.0, -0.75, 0.0};
+  EXPECT_TRUE(gsl_kernel::IsParallel(a, b, 0.25));
+  EXPECT_FALSE(gsl_kernel::IsParallel(a, b, Below(0.25)));
 }
 
 } // namespace
