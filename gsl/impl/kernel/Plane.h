@@ -33,6 +33,16 @@ inline bool IsOnPlane(const Coord3& p, const Plane& plane, double linearToleranc
   return linearTolerance > PlaneDistance(p, plane);
 }
 
+/// Returns true when no division is needed to know that IsOnPlane is false.
+// A quotient is rounded by a part in 2^53, and so is each product. Where the products lose their
+// digits or overflow, a comparison fails.
+inline bool IsCertainlyOffPlane(const Coord3& p, const Plane& plane, double linearTolerance) {
+  const double length = std::fabs(plane.normal.magnitude);
+  const double least = (1.0 + 0x1p-40) * linearTolerance * length;
+  return std::fabs(Dot(Subtract(p, plane.point), plane.normal.c)) > least && least > 1e-280 &&
+         length < 1e280;
+}
+
 inline Coord3 FootOnPlane(const Coord3& p, const Plane& plane, double linearTolerance) {
   const Coord3 n = gsl_arithmetic::NormalizedCopy(plane.normal, linearTolerance).c;
   return Subtract(p, Multiply(n, SignedPlaneDistance(p, plane)));
@@ -44,7 +54,9 @@ enum class RayPlane { ShortDirection, OriginOnPlane, ParallelDirection, Crossing
 inline RayPlane IntersectRayPlane(const Coord3& p, const Measured3& dir, const Plane& plane,
                                   double linearTolerance, double cosineTolerance, Coord3& out) {
   if (linearTolerance > dir.magnitude) return RayPlane::ShortDirection;
-  if (IsOnPlane(p, plane, linearTolerance)) return RayPlane::OriginOnPlane;
+  if (!IsCertainlyOffPlane(p, plane, linearTolerance) && IsOnPlane(p, plane, linearTolerance)) {
+    return RayPlane::OriginOnPlane;
+  }
   if (gsl_arithmetic::IsOrthogonal(dir, plane.normal, cosineTolerance)) {
     return RayPlane::ParallelDirection;
   }

@@ -33,13 +33,17 @@ inline TriangleTest InsideTest(const SourcedTriangle& tri, double linearToleranc
   return {tri.p[0].c, tri.p[1].c, tri.p[2].c, linearTolerance};
 }
 
+/// A length whose square has all its digits.
+constexpr double kLeastUnitLength = 1e-120;
+
 /// An edge, with the values that all its crossings use.
 struct PreparedEdge {
   Coord3 start, end;
   Line line;
-  /// The direction divided by its length, and the direction multiplied by the reciprocal. The two
-  /// do not have the same bits.
-  Coord3 components, unit;
+  Coord3 unit;
+  /// `unit` is not zero and has all its digits: the edge is neither shorter than the tolerance nor
+  /// shorter than kLeastUnitLength.
+  bool hasUnit;
 };
 
 struct PreparedEdges {
@@ -50,11 +54,49 @@ struct PreparedEdges {
       const Coord3& start = tri.p[i].c;
       const Coord3& end = tri.p[(i + 1) % 3].c;
       const Line line = LineThrough(start, end);
-      edge[i] = {start, end, line, UnitComponents(line.direction),
-                 gsl_arithmetic::NormalizedCopy(line.direction, linearTolerance).c};
+      edge[i] = {start, end, line,
+                 gsl_arithmetic::NormalizedCopy(line.direction, linearTolerance).c,
+                 line.direction.magnitude >= linearTolerance &&
+                     line.direction.magnitude > kLeastUnitLength};
     }
   }
+
+  /// Returns a number that no coordinate, difference of coordinates or length exceeds, for both.
+  static double ReachOf(const PreparedEdges& a, const PreparedEdges& b) {
+    const auto squares = [](const PreparedEdges& edges) {
+      return Dot(edges.edge[0].start, edges.edge[0].start) +
+             edges.edge[0].line.direction.magnitude * edges.edge[0].line.direction.magnitude +
+             edges.edge[2].line.direction.magnitude * edges.edge[2].line.direction.magnitude;
+    };
+    return std::sqrt(8.0 * (squares(a) + squares(b)));
+  }
 };
+
+/// The square of the sine of an angle between two edges that certainly do not count as parallel.
+// The unit components of parallel edges differ by at most kLineParallelTolerance, so that the sine
+// is below 2e-5 and its square below 4e-10. A square of 2^-20 is a thousand times larger.
+constexpr double kCrossingSineSquare = 0x1p-20;
+
+/// The distance from an edge at which a crossing certainly misses the edge, divided by the reach R.
+// With h = 2^-53, the positions have errors of at most 32 h R / sine^2, in the steps and here:
+// 2^-28 R.
+constexpr double kCrossingMargin = 0x1p-27;
+
+/// Returns true when the lines of two edges cross so far beyond one of them that CrossEdges returns
+/// false. `margin` is kCrossingMargin of the reach, and two tolerances.
+inline bool CrossBeyond(const PreparedEdge& first, const PreparedEdge& second, double margin) {
+  const double c = Dot(first.unit, second.unit);
+  const double sine2 = 1.0 - c * c;
+  const Coord3 w = Subtract(second.start, first.start);
+  const double wu = Dot(w, first.unit), wv = Dot(w, second.unit);
+  // The positions along the edges, times the square of the sine.
+  const double s = wu - wv * c, t = wu * c - wv;
+  const double before = -margin * sine2;
+  const bool isBeyond = (s < before) | (t < before) |
+                        (s > (first.line.direction.magnitude + margin) * sine2) |
+                        (t > (second.line.direction.magnitude + margin) * sine2);
+  return isBeyond & (sine2 > kCrossingSineSquare) & first.hasUnit & second.hasUnit;
+}
 
 /// Finds where two edges cross. p lies on the line of the first edge. The weights locate p along
 /// the second edge.
@@ -63,7 +105,7 @@ struct PreparedEdges {
 /// run in any order, so the cheap tests, which reject most, come first.
 inline bool CrossEdges(const PreparedEdge& first, const PreparedEdge& second,
                        double linearTolerance, Coord3& p, double* weights) {
-  if (SameOrOppositeComponents(first.components, second.components, kLineParallelTolerance)) {
+  if (IsParallel(first.line.direction, second.line.direction, kLineParallelTolerance)) {
     return false;
   }
   p = ClosestOfNonParallel(first.start, first.unit, second.start, second.unit).onFirst;
@@ -81,8 +123,11 @@ inline void ForEachEdgeCrossing(const SourcedTriangle& first, const SourcedTrian
                                 double linearTolerance, const Visit& visit) {
   const PreparedEdges firstEdges(first, linearTolerance);
   const PreparedEdges secondEdges(second, linearTolerance);
+  const double margin = kCrossingMargin * PreparedEdges::ReachOf(firstEdges, secondEdges) +
+                        2.0 * std::fabs(linearTolerance);
   for (const PreparedEdge& edge : firstEdges.edge) {
     for (int j = 0; j < 3; ++j) {
+      if (CrossBeyond(edge, secondEdges.edge[j], margin)) continue;
       Coord3 p;
       double weights[2];
       if (CrossEdges(edge, secondEdges.edge[j], linearTolerance, p, weights)) {

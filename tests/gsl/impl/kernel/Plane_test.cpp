@@ -1,6 +1,8 @@
 #include "kernel/Plane.h"
 
 #include "KernelNames.h"
+#include "RandomNumbers.h"
+#include "TestScale.h"
 
 namespace {
 
@@ -48,6 +50,24 @@ TEST(KernelPlane, OnThePlaneIsStrict) {
   EXPECT_TRUE(IsOnPlane({0.0, 0.0, Below(1.0 + kTolerance)}, AtOne(), kTolerance));
   EXPECT_FALSE(IsOnPlane({0.0, 0.0, 1.0 - kTolerance}, AtOne(), kTolerance));
   EXPECT_TRUE(IsOnPlane({0.0, 0.0, Above(1.0 - kTolerance)}, AtOne(), kTolerance));
+}
+
+TEST(KernelPlane, CertainlyOffThePlaneIsNeverOnThePlane) {
+  RandomNumbers random(0x0FF);
+  long off = 0;
+  for (long i = 0; i < Scaled(200000) && !testing::Test::HasFailure(); ++i) {
+    const double normal = random.Below(8) == 0 ? random.Hostile() : random.In(0.1, 3.0);
+    Plane plane = {{0.0, 0.0, 0.0}, Measure({0.0, 0.0, normal})};
+    if (random.Below(8) == 0) plane.normal.magnitude = random.In(-2.0, 2.0);
+    const double tolerance = random.Below(8) == 0 ? random.Hostile() : 1e-6;
+    const double near = 1.0 + (random.Below(9) - 4) * 0x1p-52;
+    const double height = random.Below(2) == 0 ? tolerance * near : random.In(-1e-5, 1e-5);
+    const Coord3 p = {1.0, 2.0, height};
+    const bool isOff = gsl_kernel::IsCertainlyOffPlane(p, plane, tolerance);
+    EXPECT_FALSE(isOff && gsl_kernel::IsOnPlane(p, plane, tolerance));
+    if (isOff) ++off;
+  }
+  EXPECT_GT(off, Scaled(200000) / 10);
 }
 
 TEST(KernelPlane, FootOfAShortNormalIsThePointItself) {

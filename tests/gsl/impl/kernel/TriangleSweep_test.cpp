@@ -1,5 +1,6 @@
 #include "kernel/TriangleSweep.h"
 
+#include "FourPoints.h"
 #include "Numbers.h"
 #include "RandomNumbers.h"
 #include "TestScale.h"
@@ -121,6 +122,38 @@ TEST(KernelEdgeCrossing, ParallelSkewAndDegenerateEdgesDoNotCross) {
 }
 
 // The face z = 0, and a triangle below it that is edge-on to the direction.
+TEST(KernelEdgeCrossing, EdgesThatCertainlyMissNeverCross) {
+  FourPoints in(0xC205);
+  long missed = 0, crossed = 0;
+  for (long i = 0; i < Scaled(200000) && !testing::Test::HasFailure(); ++i) {
+    in.Draw();
+    const double tolerance = in.linearTolerance;
+    // The lines of the second edges meet the lines of the first, up to rounding.
+    const Coord3 way = gsl_kernel::Subtract(in.p[1], in.p[0]);
+    const double part = i % 4 == 0 ? 1e-6 : 3.0;
+    const Coord3 start = gsl_kernel::Add(
+        in.p[0], gsl_kernel::Multiply(way, part * (static_cast<double>(i % 101) / 100.0 - 0.5)));
+    const gsl_kernel::PreparedEdges first(OfA(in.p[0], in.p[1], in.p[2]), tolerance);
+    const gsl_kernel::PreparedEdges second(OfB(start, in.p[3], in.p[2]), tolerance);
+    const double margin =
+        gsl_kernel::kCrossingMargin * gsl_kernel::PreparedEdges::ReachOf(first, second) +
+        2.0 * std::fabs(tolerance);
+    for (const gsl_kernel::PreparedEdge& a : first.edge) {
+      for (const gsl_kernel::PreparedEdge& b : second.edge) {
+        Coord3 p;
+        double weights[2];
+        const bool isMissed = gsl_kernel::CrossBeyond(a, b, margin);
+        const bool isCrossed = gsl_kernel::CrossEdges(a, b, tolerance, p, weights);
+        EXPECT_FALSE(isMissed && isCrossed) << "case " << i;
+        missed += isMissed ? 1 : 0;
+        crossed += isCrossed ? 1 : 0;
+      }
+    }
+  }
+  EXPECT_GT(missed, Scaled(200000));
+  EXPECT_GT(crossed, Scaled(200000) / 4);
+}
+
 const SourcedTriangle kFace = OfB({-4, -4, 0}, {4, -4, 0}, {0, 4, 0});
 const SourcedTriangle kEdgeOn = OfA({0, 0, -3}, {0, 1, -4}, {0, 0, -5});
 
