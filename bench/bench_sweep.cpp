@@ -127,6 +127,49 @@ Directions MeasureDirections(const Scene& scene, const std::vector<std::size_t>&
   return result;
 }
 
+/// The times of questions about solids, beside those about surfaces along the same directions.
+struct SolidTimes {
+  double decideSeconds; ///< whether both bodies are solids
+  double firstSeconds;  ///< of the first question, which looks at the bodies at rest
+  double median, medianOfTouch;
+  std::size_t asked, starts;
+  bool areSolids;
+};
+
+SolidTimes MeasureSolids(const Scene& scene, const std::vector<std::size_t>& processors) {
+  PinToTheLast(processors);
+  std::vector<Question> questions = EvenDirections(kDirections);
+  const Body moving(scene.moving.View());
+  const Body fixed(scene.fixed.View());
+  const Pair pair(moving, {fixed}, OnThreads(1));
+  Answer answers[2];
+  pair.First(questions.data(), 2, answers, OnThreads(1));
+  SolidTimes result{};
+  const double begin = ProcessorSeconds();
+  result.areSolids = moving.IsSolid() && fixed.IsSolid();
+  const double decided = ProcessorSeconds();
+  result.decideSeconds = decided - begin;
+  if (!result.areSolids) return result;
+  std::vector<double> seconds[2];
+  double asked = decided;
+  for (Question& question : questions) {
+    for (const Rule rule : {Rule::Touch, Rule::Solid}) {
+      question.rule = rule;
+      const double before = ProcessorSeconds();
+      const Answer answer = pair.First(question, OnThreads(1));
+      asked = ProcessorSeconds();
+      seconds[rule == Rule::Solid ? 1 : 0].push_back(asked - before);
+      if (rule == Rule::Solid) result.starts += answer.status == SweepStatus::Start ? 1 : 0;
+    }
+    if (asked - decided > 2.0 * kSecondsOfDirections) break;
+  }
+  result.firstSeconds = seconds[1].front();
+  result.asked = seconds[1].size();
+  result.medianOfTouch = Median(seconds[0]);
+  result.median = Median(seconds[1]);
+  return result;
+}
+
 /// The wall times of a batch that takes one thread about a third of a second.
 struct BatchTimes {
   double one, two;
@@ -218,6 +261,15 @@ json PreparedRecord(const Scene& scene, const std::vector<std::size_t>& processo
                  {"contacts", d->contacts},
                  {"starts", d->starts},
                  {"bytes", d->bytes}};
+  const std::optional<SolidTimes> solid = InChild([&] { return MeasureSolids(scene, processors); });
+  if (solid && solid->areSolids) {
+    record["solid"] = {{"decideSeconds", solid->decideSeconds},
+                       {"firstSeconds", solid->firstSeconds},
+                       {"median", solid->median},
+                       {"medianOfTouch", solid->medianOfTouch},
+                       {"asked", solid->asked},
+                       {"starts", solid->starts}};
+  }
   if (processors.size() < 2) return record;
   const std::optional<BatchTimes> batch = InChild([&] { return MeasureBatch(scene, d->median); });
   if (batch) {

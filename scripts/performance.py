@@ -137,6 +137,14 @@ def prepared_rows(families, size):
                three(p["bytes"] / triangles)]
 
 
+def solid_rows(families, size):
+    for f in families:
+        s = f.sizes.get(size, {}).get("prepared", {}).get("solid")
+        if s:
+            yield [f.name, milliseconds(s["decideSeconds"]), milliseconds(s["firstSeconds"]), milliseconds(s["median"]),
+                   three(s["median"] / s["medianOfTouch"]), f"{100 * s['starts'] / s['asked']:.0f} %"]
+
+
 def threads_rows(families, size):
     for f in families:
         p = f.sizes.get(size, {}).get("prepared", {})
@@ -256,6 +264,15 @@ def sweep(result):
             yield ""
             yield from table(["scene", "preparing", "median", "median of contacts", "99th percentile", "most", "asked", "contacts", "starts",
                               "memory"], rows)
+    for size in (100000, 1000000):
+        rows = list(solid_rows(families, size))
+        if rows:
+            yield from ["", f"### Solids, {size_name(size)}", ""]
+            yield "Questions by `Rule::Solid` on the same prepared pair and along the same directions, one after the other with"
+            yield "`Rule::Touch`. The first question decides whether the bodies overlap at rest, which the next ones reuse. Whether"
+            yield "they are solids is decided before. The ratio is that of the medians to `Rule::Touch`."
+            yield ""
+            yield from table(["scene", "are they solids", "first question", "median", "ratio", "starts"], rows)
     rows = list(threads_rows(families, 1000000)) or list(threads_rows(families, 100000))
     if rows:
         yield from ["", "### Two threads", "", "The time of one question with nothing prepared is wall time. Ratios are",

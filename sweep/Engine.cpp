@@ -119,23 +119,34 @@ PairContact FirstContactOf(const TravelDirection& direction, const FoundTriangle
   return isStart ? ContactAtStart(interval) : interval.first;
 }
 
+/// Returns the triangle with its facing along a direction.
+Triangle Facing(const TravelDirection& direction, const Triangle& t) {
+  return MakeTriangle(direction, t.corner[0], t.corner[1], t.corner[2]);
+}
+
 /// Answers for solids whose interiors overlap at the start, or when it is cancelled. Returns false
 /// when they do not overlap.
 template <class Scalar>
-bool OverlapAtStart(const Scene<Scalar>& scene, const Watch& watch, Answer& answer) {
-  SolidStart<Scalar> solids(scene, watch);
-  const SolidState state = solids.Run();
-  if (state == SolidState::Apart) return false;
-  if (state == SolidState::Cancelled) {
+bool OverlapAtStart(const Scene<Scalar>& scene, const Question& question, const Watch& watch,
+                    SolidsAtRest& rest, Answer& answer) {
+  if (!rest.IsOf(scene.bodies, question.offset)) {
+    SolidStart<Scalar> solids(scene, watch);
+    rest = {false, scene.bodies, question.offset, solids.Run(), solids.Best(), solids.Inside()};
+    rest.isKnown = rest.state != SolidState::Cancelled;
+  }
+  if (rest.state == SolidState::Apart) return false;
+  if (rest.state == SolidState::Cancelled) {
     answer = Answer();
     return true;
   }
   answer.status = SweepStatus::Start;
-  if (state == SolidState::Inside) {
-    answer.contact = solids.Inside();
+  if (rest.state == SolidState::Inside) {
+    answer.contact = rest.inside;
     return true;
   }
-  const FoundPair& found = solids.Best();
+  FoundTriangles found = rest.first;
+  found.movingTriangle = Facing(scene.direction, found.movingTriangle);
+  found.fixedTriangle = Facing(scene.direction, found.fixedTriangle);
   WriteContact(scene, found, FirstContactOf(scene.direction, found, true), answer.contact);
   answer.contact.overlapsAtStart = true;
   return true;
@@ -147,7 +158,10 @@ Answer SearchFirst(const Scene<Scalar>& scene, const Question& question, const W
                    Workspace<Scalar>& workspace, FoundPair& found) {
   Answer answer;
   answer.unitDirection = scene.direction.Unit();
-  if (scene.rule == Rule::Solid && OverlapAtStart(scene, watch, answer)) return answer;
+  if (scene.rule == Rule::Solid &&
+      OverlapAtStart(scene, question, watch, workspace.solids, answer)) {
+    return answer;
+  }
   workspace.movingLeaves.Forget();
   workspace.fixedLeaves.Forget();
   FirstContact<Scalar> first(scene, question.maxDistance, workspace.movingLeaves,
@@ -341,6 +355,11 @@ auto WithScene(const SceneBodies& bodies, const Question& question, Workspaces& 
 }
 
 } // namespace
+
+bool SolidsAtRest::IsOf(const SceneBodies& asked, const Coord3& askedOffset) const {
+  return isKnown && bodies.moving == asked.moving && bodies.fixed == asked.fixed &&
+         offset.x == askedOffset.x && offset.y == askedOffset.y && offset.z == askedOffset.z;
+}
 
 void RequireQuestion(const Question& question) {
   if (!IsFinite(question.direction) || Largest(question.direction) == 0.0) {

@@ -11,11 +11,26 @@
 
 namespace gsl_sweep {
 
-/// The memory that a question needs while it is answered; each thread that asks makes one.
+/// The finding about solids before any travel. It is the same along every direction, so it is kept
+/// for the next question with the same bodies and the same offset.
+struct SolidsAtRest {
+  bool isKnown = false;
+  SceneBodies bodies;
+  Coord3 offset{0.0, 0.0, 0.0};
+  SolidState state = SolidState::Apart;
+  FoundTriangles first; ///< of Overlapping; how they face is of an earlier direction
+  Contact inside;       ///< of Inside
+
+  bool IsOf(const SceneBodies& asked, const Coord3& askedOffset) const;
+};
+
+/// The memory that a question needs while it is answered; each thread that asks makes one. It is
+/// used for the bodies of one pair, which outlive it.
 template <class Scalar>
 struct Workspace {
   LeafCache<Scalar> movingLeaves, fixedLeaves;
   std::vector<NodePair<Scalar>> stack;
+  SolidsAtRest solids;
 };
 
 struct Workspaces {

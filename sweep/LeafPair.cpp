@@ -149,6 +149,8 @@ void Gather(const Scene<Scalar>& scene, const PreparedBody& body, const Leaves& 
           MakeTriangle(scene.direction, placement.ToKernel(corner[0]),
                        placement.ToKernel(corner[1]), placement.ToKernel(corner[2]));
       if (triangle.facing == refused) continue;
+      // Walls along the direction never block a solid.
+      if (scene.rule == Rule::Solid && triangle.facing == 0) continue;
     }
     const int k = leaf.count++;
     WriteTriangle(leaf, k, corner, placement, isExact);

@@ -2,6 +2,8 @@
 #define GSL_SWEEP_MADE_LATER_H
 
 #include <atomic>
+#include <exception>
+#include <functional>
 #include <memory>
 #include <new>
 
@@ -15,25 +17,32 @@ public:
   /// Returns null until it has been made.
   const T* IfMade() const { return m_made.load(std::memory_order_acquire); }
 
-  /// Keeps what make() returns. Returns at once where another thread is making it. Gives up, so
-  /// that it can be made later, when make() returns null or throws, and for good when memory is
-  /// short.
+  /// Keeps what make(goesOn) returns. Returns at once where another thread is making it. Gives up,
+  /// so that it can be made later, when make returns null or `goesOn` throws, and for good when
+  /// memory is short. What `goesOn` throws reaches the caller, whatever it is.
   template <class Make>
-  void MakeOnce(const Make& make) {
+  void MakeOnce(const std::function<bool()>& goesOn, const Make& make) {
     if (m_isBegun.exchange(true)) return;
+    std::exception_ptr thrown;
+    const auto asked = [&goesOn, &thrown] {
+      try {
+        return !goesOn || goesOn();
+      } catch (...) {
+        thrown = std::current_exception();
+        return false;
+      }
+    };
     try {
-      m_own = make();
+      m_own = make(asked);
     } catch (const std::bad_alloc&) {
       return;
-    } catch (...) {
-      m_isBegun = false;
-      throw;
     }
-    if (!m_own) {
+    if (m_own) {
+      m_made.store(m_own.get(), std::memory_order_release);
+    } else {
       m_isBegun = false;
-      return;
     }
-    m_made.store(m_own.get(), std::memory_order_release);
+    if (thrown) std::rethrow_exception(thrown);
   }
 
 private:

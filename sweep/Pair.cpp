@@ -189,12 +189,13 @@ auto AnswerAlone(PairState& state, const Question& question, const Run& run,
   return answer(state.bodies, question, run.progress, borrowed.Get());
 }
 
-/// Answers many questions in the same way.
-template <class AnswerOne>
+/// Answers many questions in the same way, after require(question) for each.
+template <class Require, class AnswerOne>
 void AnswerBatch(PairState& state, const Question* questions, std::size_t count, Answer* answers,
-                 const Run& run, const AnswerOne& answer) {
+                 const Run& run, const Require& require, const AnswerOne& answer) {
   for (std::size_t k = 0; k < count; ++k) {
     try {
+      require(questions[k]);
       RequireQuestion(questions[k]);
       RequireSolids(state.bodies, questions[k]);
     } catch (const std::invalid_argument&) {
@@ -240,7 +241,8 @@ Answer Pair::First(const Question& question, const Run& run) const {
 
 void Pair::First(const Question* questions, std::size_t count, Answer* answers,
                  const Run& run) const {
-  AnswerBatch(*m_state, questions, count, answers, run, AnswerQuestion);
+  const auto requireNothing = [](const Question&) {};
+  AnswerBatch(*m_state, questions, count, answers, run, requireNothing, AnswerQuestion);
 }
 
 Answer Pair::Last(const Question& question, const Run& run) const {
@@ -250,8 +252,7 @@ Answer Pair::Last(const Question& question, const Run& run) const {
 
 void Pair::Last(const Question* questions, std::size_t count, Answer* answers,
                 const Run& run) const {
-  std::for_each(questions, questions + count, RequireTouch);
-  AnswerBatch(*m_state, questions, count, answers, run, AnswerLast);
+  AnswerBatch(*m_state, questions, count, answers, run, RequireTouch, AnswerLast);
 }
 
 std::size_t Pair::Patch(const Question& question, Contact* out, std::size_t capacity,

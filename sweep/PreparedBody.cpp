@@ -47,6 +47,7 @@ const SolidSurface& PreparedBody::Surface() const {
   NeedLeaves();
   std::call_once(m_surfaceOnce, [this] {
     m_surface = SolidSurfaceOf(m_corners);
+    m_surfaceBytes = m_surface.Bytes();
     if (m_surface.components.size() > 1) TestComponents();
   });
   return m_surface;
@@ -61,7 +62,7 @@ void PreparedBody::TestComponents() const {
     for (int k = 0; k < 3; ++k)
       largest = std::max({largest, std::fabs(m_bounds.low[k]), std::fabs(m_bounds.high[k])});
     const Placement<Scalar> placement({0.0, 0.0, 0.0}, RangeScale(largest));
-    const PlacedBody<Scalar> self{*this, placement};
+    const PlacedBody<Scalar> self(*this, placement);
     const auto always = [] { return true; };
     return TurnsAround(Beside::Over, self, place, self, always) < 0 ||
            TurnsAround(Beside::Under, self, place, self, always) < 0;
@@ -96,12 +97,16 @@ const Tree<double>& PreparedBody::DoubleTree() const {
 
 void PreparedBody::MakeSlabs(const std::function<bool()>& goesOn) const {
   const Tree<float>& tree = SingleTree();
-  m_slabs.MakeOnce([&] { return Slabs::Of(m_corners, m_leaves, tree, goesOn); });
+  m_slabs.MakeOnce(goesOn, [&](const std::function<bool()>& asked) {
+    return Slabs::Of(m_corners, m_leaves, tree, asked);
+  });
 }
 
 void PreparedBody::MakeFine(const std::function<bool()>& goesOn) const {
   const Tree<float>& tree = SingleTree();
-  m_fine.MakeOnce([&] { return FineTree::Of(m_corners, m_leaves, tree, goesOn); });
+  m_fine.MakeOnce(goesOn, [&](const std::function<bool()>& asked) {
+    return FineTree::Of(m_corners, m_leaves, tree, asked);
+  });
 }
 
 std::size_t PreparedBody::Bytes() const {
@@ -113,6 +118,7 @@ std::size_t PreparedBody::Bytes() const {
     bytes += m_leaves.Count() * sizeof(Box<float>);
   }
   if (m_hasDouble) bytes += m_double.Bytes();
+  bytes += m_surfaceBytes;
   if (const Slabs* slabs = SlabsIfMade()) bytes += slabs->Bytes();
   if (const FineTree* fine = FineIfMade()) bytes += fine->Bytes();
   return bytes;

@@ -98,6 +98,7 @@ private:
   mutable Tree<float> m_single;
   mutable Tree<double> m_double;
   mutable std::atomic<bool> m_hasSingle{false}, m_hasDouble{false};
+  mutable std::atomic<std::size_t> m_surfaceBytes{0}; ///< of m_surface, when it is made
   mutable MadeLater<Slabs> m_slabs;
   mutable MadeLater<FineTree> m_fine;
   mutable std::atomic<std::size_t> m_visits{0};

@@ -14,8 +14,8 @@ namespace gsl_sweep {
 /// A body where it is while a question is answered.
 template <class Scalar>
 struct PlacedBody {
-  const PreparedBody& body;
-  const Placement<Scalar>& placement;
+  PlacedBody(const PreparedBody& preparedBody, const Placement<Scalar>& itsPlacement)
+      : body(preparedBody), placement(itsPlacement), corners(preparedBody.Triangles()) {}
 
   const Tree<Scalar>& TreeOf() const {
     if constexpr (sizeof(Scalar) == sizeof(float)) {
@@ -26,14 +26,25 @@ struct PlacedBody {
   }
   /// Returns a corner in the coordinates of the walk.
   Coord3 Corner(std::size_t place, int corner) const {
-    return placement.At(body.Triangles().At(place, corner));
+    return placement.At(corners.At(place, corner));
   }
   /// Returns a triangle in the coordinates of the pair kernel.
   SurfaceTriangle TriangleAt(std::size_t place) const {
     return {{placement.ToKernel(Corner(place, 0)), placement.ToKernel(Corner(place, 1)),
              placement.ToKernel(Corner(place, 2))}};
   }
+
+  const PreparedBody& body;
+  const Placement<Scalar>& placement;
+  const Corners& corners; ///< of the body
 };
+
+inline Box<double> BoxAround(const SurfaceTriangle& t) {
+  Box<double> box = Box<double>::Empty();
+  for (const Coord3& p : t.corner)
+    box.Include({{p.x, p.y, p.z}, {p.x, p.y, p.z}});
+  return box;
+}
 
 /// The boxes that a ray can reach, in the coordinates of the walk.
 //
@@ -91,8 +102,10 @@ int TurnsAround(Beside beside, const PlacedBody<Scalar>& one, std::size_t place,
     const TreeRef ref = stack.back();
     stack.pop_back();
     if (ref.IsLeaf()) {
-      for (std::size_t k = runs[ref.Index()]; k < runs[ref.Index() + 1]; ++k)
-        if (counts(k)) turns += ray.Crossing(other.TriangleAt(k));
+      for (std::size_t k = runs[ref.Index()]; k < runs[ref.Index() + 1]; ++k) {
+        const SurfaceTriangle t{{other.Corner(k, 0), other.Corner(k, 1), other.Corner(k, 2)}};
+        if (reach.Meets(BoxAround(t)) && counts(k)) turns += ray.Crossing(other.TriangleAt(k));
+      }
       continue;
     }
     const TreeNode<Scalar>& node = tree.nodes[ref.Index()];

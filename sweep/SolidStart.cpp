@@ -15,13 +15,6 @@ bool ShareAPoint(const Box<Scalar>& a, const Box<Scalar>& b) {
   return true;
 }
 
-Box<double> BoxAround(const SurfaceTriangle& t) {
-  Box<double> box = Box<double>::Empty();
-  for (const Coord3& p : t.corner)
-    box.Include({{p.x, p.y, p.z}, {p.x, p.y, p.z}});
-  return box;
-}
-
 } // namespace
 
 template <class Scalar>

@@ -16,6 +16,10 @@ struct SolidSurface {
   /// The component of the triangle at each place, as a number that all its triangles have. Empty
   /// where there are fewer than two components.
   std::vector<std::uint32_t> componentOf;
+
+  std::size_t Bytes() const {
+    return (components.capacity() + componentOf.capacity()) * sizeof(std::uint32_t);
+  }
 };
 
 /// Decides whether triangles are the surface of a solid, see Solidity. Where there are several

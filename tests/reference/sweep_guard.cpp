@@ -1,12 +1,41 @@
+#include "SolidGuard.h"
 #include "SweepGuard.h"
 
 #include <cstdio>
 #include <cstdlib>
 #include <string>
 
-/// Judges the sweep on COUNT scenes. A quarter of them, and all whose bodies are mated, are judged
-/// for the other questions too: a body that may leave, last contacts and patches. Prints the
-/// findings.
+namespace {
+
+/// Judges a number of scenes of solids. Returns the number of wrong answers.
+std::size_t JudgeSolidScenes(std::size_t count, std::uint64_t first, const char* onlyFamily) {
+  using namespace reference;
+  std::size_t wrong = 0;
+  SolidTally tally;
+  for (std::size_t family = 0; family < SolidFamilyCount(); ++family) {
+    if (onlyFamily != nullptr && std::string(onlyFamily) != SolidFamilyName(family)) continue;
+    const std::size_t ofFamily = (count + SolidFamilyCount() - 1) / SolidFamilyCount();
+    for (std::size_t k = 0; k < ofFamily; ++k) {
+      const std::string complaint = SolidComplaint(MakeSolidScene(family, first + k), tally);
+      if (complaint.empty()) continue;
+      if (++wrong <= 3) std::fprintf(stderr, "%s\n", complaint.c_str());
+    }
+  }
+  std::printf(
+      "%zu scenes of solids: %zu contact, %zu overlap at the start, %zu overlap right after, "
+      "%zu none; %zu touch, %zu are inside\n",
+      tally.scenes, tally.outcomes[static_cast<int>(SolidOutcome::Contact)],
+      tally.outcomes[static_cast<int>(SolidOutcome::OverlapAtStart)],
+      tally.outcomes[static_cast<int>(SolidOutcome::OverlapAfterStart)],
+      tally.outcomes[static_cast<int>(SolidOutcome::None)], tally.touching, tally.inside);
+  return wrong;
+}
+
+} // namespace
+
+/// Judges the sweep on COUNT scenes of surfaces, and on a fifth as many of solids. A quarter of the
+/// surfaces, and all that are mated, are judged for the other questions too: a body that may leave,
+/// last contacts and patches. Prints the findings.
 ///
 /// usage: sweep_guard COUNT [SEED [FAMILY]]
 ///
@@ -57,6 +86,7 @@ int main(int argc, char** argv) {
       "%zu leave at the start, %zu last contacts are cut, %zu patches of more than one pair, "
       "%zu pairs in all\n",
       allRules.left, allRules.cut, allRules.patches, allRules.patchPairs);
+  wrong += JudgeSolidScenes((count + 4) / 5, first, argc > 3 ? argv[3] : nullptr);
   if (wrong > 0) std::fprintf(stderr, "%zu answers are wrong\n", wrong);
   return wrong == 0 ? 0 : 1;
 }

@@ -46,10 +46,12 @@ inline bool SameBits(const Answer& a, const Answer& b) {
   const Contact& c = a.contact;
   const Contact& d = b.contact;
   return a.status == b.status && SameBits(a.unitDirection, b.unitDirection) &&
-         SameBits(c.travel, d.travel) && c.kind == d.kind && c.fixedBody == d.fixedBody &&
-         c.movingTriangle == d.movingTriangle && c.fixedTriangle == d.fixedTriangle &&
-         SameBits(c.movingPoint, d.movingPoint) && SameBits(c.fixedPoint, d.fixedPoint) &&
-         c.hasNormal == d.hasNormal && SameBits(c.normal, d.normal);
+         SameBits(c.travel, d.travel) && c.kind == d.kind &&
+         c.overlapsAtStart == d.overlapsAtStart && c.movingIsInside == d.movingIsInside &&
+         c.fixedBody == d.fixedBody && c.movingTriangle == d.movingTriangle &&
+         c.fixedTriangle == d.fixedTriangle && SameBits(c.movingPoint, d.movingPoint) &&
+         SameBits(c.fixedPoint, d.fixedPoint) && c.hasNormal == d.hasNormal &&
+         SameBits(c.normal, d.normal);
 }
 
 /// Asks a fresh pair, then the same pair again in a batch with that many threads. The pair is then

@@ -137,6 +137,36 @@ TEST(Engine, OffsetsThatLeaveTheRangeOfDoubleDropTriangles) {
   EXPECT_EQ(answer.contact.travel, 1.0);
 }
 
+TEST(Engine, SolidsAtRestAreLookedAtOnceForAllDirections) {
+  // Two slabs with a bent surface in common, so that every triangle of it may touch.
+  const Mesh bent = Single(Bowl(40, 0.1));
+  Mesh below = bent;
+  Mesh bottom = sweep_shapes::Moved(bent, {0, 0, -1});
+  for (std::size_t k = 0; k < bottom.corners.size(); k += 3)
+    std::swap(bottom.corners[k + 1], bottom.corners[k + 2]);
+  sweep_shapes::Append(below, bottom);
+  const PreparedBody lower(ViewOf(below));
+  const PreparedBody upper(ViewOf(sweep_shapes::Moved(below, {0, 0, 1})));
+  Workspaces workspaces;
+  const auto calls = [&](const Coord3& direction, const Coord3& offset) {
+    Question question = Towards(direction);
+    question.rule = Rule::Solid;
+    question.offset = offset;
+    int count = 0;
+    const Watch watch = [&count](double) { return ++count > 0; };
+    const Answer answer = AnswerQuestion({&upper, {&lower}}, question, watch, workspaces);
+    EXPECT_EQ(answer.status, SweepStatus::None);
+    return count;
+  };
+  const int first = calls({0.0, 0.0, 1.0}, {0.0, 0.0, 0.0});
+  EXPECT_GT(first, 10);
+  EXPECT_LT(calls({0.0, 0.1, 1.0}, {0.0, 0.0, 0.0}), first / 2);
+  EXPECT_LT(calls({0.0, 0.0, 1.0}, {0.0, 0.0, 0.0}), first / 2);
+  // Another offset takes its place.
+  calls({0.0, 0.0, 1.0}, {0.0, 0.0, 0.5});
+  EXPECT_GE(calls({0.0, 0.0, 1.0}, {0.0, 0.0, 0.0}), first / 2);
+}
+
 TEST(Engine, WatchThatReturnsFalseCancels) {
   // Specks in a cube above specks in a cube: many pairs to look at, and hardly one that meets.
   std::mt19937_64 random(4);

@@ -148,6 +148,20 @@ TEST(PairSolid, TheLastContactAndAPatchAreNotForSolids) {
   const Question question = Along(down);
   EXPECT_THROW(pair.Last(question), std::invalid_argument);
   EXPECT_THROW(pair.Last(&question, 1, &answer), std::invalid_argument);
+  // A batch names the question, and the first that is wrong in any way.
+  const auto textOf = [&pair](const Question(&questions)[3]) -> std::string {
+    Answer answers[3];
+    try {
+      pair.Last(questions, 3, answers);
+    } catch (const std::invalid_argument& error) {
+      return error.what();
+    }
+    return {};
+  };
+  Question touching = question;
+  touching.rule = Rule::Touch;
+  EXPECT_EQ(textOf({touching, touching, question}).substr(0, 25), "question 2: Rule::Solid i");
+  EXPECT_EQ(textOf({touching, Question{}, question}).substr(0, 25), "question 1: the direction");
   EXPECT_THROW(pair.Patch(question, nullptr, 0), std::invalid_argument);
 }
 
@@ -172,6 +186,36 @@ TEST(PairSolid, SeveralFixedBodiesAreJudgedTogetherAndAlone) {
   ASSERT_EQ(each.size(), 2u);
   ExpectTravel(each[0], 4.0);
   ExpectTravel(each[1], 3.0);
+}
+
+TEST(PairSolid, TheStateAtRestIsKeptForItsOffsetAlone) {
+  // Two fixed bodies, of which the second stands on the table.
+  const Pair pair(BodyOf(BoxOf({1, 1, 5}, {2, 2, 6})),
+                  {BodyOf(table), BodyOf(BoxOf({3, 3, 2}, {4, 4, 9}))});
+  std::vector<Question> questions;
+  for (const Coord3& offset : {Coord3{0, 0, 0}, Coord3{0, 0, -4}, Coord3{0, 0, -3},
+                               Coord3{0, 0, -0.0}, Coord3{0.5, 0, -4.25}, Coord3{1.5, 1.5, 0}}) {
+    for (const Coord3& direction : {down, up, right}) {
+      questions.push_back(Along(direction));
+      questions.back().offset = offset;
+    }
+  }
+  std::vector<Answer> answers(questions.size());
+  gsl_sweep::Run run;
+  run.threads = 1;
+  pair.First(questions.data(), questions.size(), answers.data(), run);
+  std::size_t overlaps = 0;
+  for (std::size_t k = 0; k < questions.size(); ++k) {
+    const Pair fresh(BodyOf(BoxOf({1, 1, 5}, {2, 2, 6})),
+                     {BodyOf(table), BodyOf(BoxOf({3, 3, 2}, {4, 4, 9}))});
+    EXPECT_TRUE(sweep_ask::SameBits(answers[k], fresh.First(questions[k]))) << k;
+    overlaps += answers[k].contact.overlapsAtStart ? 1 : 0;
+    const std::vector<Answer> each = pair.FirstOfEach(questions[k]);
+    const std::vector<Answer> freshEach = fresh.FirstOfEach(questions[k]);
+    for (std::size_t body = 0; body < 2; ++body)
+      EXPECT_TRUE(sweep_ask::SameBits(each[body], freshEach[body])) << k;
+  }
+  EXPECT_EQ(overlaps, 9u);
 }
 
 TEST(PairSolid, TheSeatedBoltIsFreeUpwardsAndHasItsPlayAside) {

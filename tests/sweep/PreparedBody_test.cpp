@@ -115,6 +115,37 @@ TEST(PreparedBody, AFineTreeThatIsGivenUpIsMadeLater) {
   EXPECT_NE(body.FineIfMade(), nullptr);
 }
 
+TEST(PreparedBody, WhatTheCallerThrowsIsNotTakenForAShortageOfMemory) {
+  const Mesh mesh = Bowl(200, 0.3);
+  const PreparedBody body(ViewOf(mesh));
+  const auto throws = []() -> bool { throw std::bad_alloc(); };
+  EXPECT_THROW(body.MakeSlabs(throws), std::bad_alloc);
+  EXPECT_THROW(body.MakeFine(throws), std::bad_alloc);
+  EXPECT_EQ(body.SlabsIfMade(), nullptr);
+  EXPECT_EQ(body.FineIfMade(), nullptr);
+  body.MakeSlabs();
+  body.MakeFine();
+  EXPECT_NE(body.SlabsIfMade(), nullptr);
+  EXPECT_NE(body.FineIfMade(), nullptr);
+}
+
+TEST(PreparedBody, CountsTheMemoryOfItsComponents) {
+  Mesh mesh = sweep_shapes::Box({0, 0, 0}, {1, 1, 1});
+  const PreparedBody one(ViewOf(mesh));
+  const std::size_t before = one.Bytes();
+  EXPECT_TRUE(one.AsSolid());
+  EXPECT_GE(one.Bytes(), before + sizeof(std::uint32_t));
+  // With several components each triangle has the number of its own.
+  for (int k = 1; k < 100; ++k)
+    sweep_shapes::Append(mesh, sweep_shapes::Box({2.0 * k, 0, 0}, {2.0 * k + 1, 1, 1}));
+  const PreparedBody many(ViewOf(mesh));
+  const std::size_t manyBefore = many.Bytes();
+  EXPECT_TRUE(many.AsSolid());
+  EXPECT_GE(many.Bytes(), manyBefore + 1300 * sizeof(std::uint32_t));
+  EXPECT_TRUE(many.AreOfOneComponent(0, 11));
+  EXPECT_EQ(many.Components().size(), 100u);
+}
+
 TEST(PreparedBody, SlabsThatAreGivenUpAreMadeLater) {
   const Mesh mesh = Bowl(200, 0.3);
   const PreparedBody body(ViewOf(mesh));
