@@ -121,7 +121,6 @@ TEST(KernelEdgeCrossing, ParallelSkewAndDegenerateEdgesDoNotCross) {
   EXPECT_EQ(count(OfB({1, -5, 0}, {7, -5, 0}, {4, -5, 0})), 0);
 }
 
-// The face z = 0, and a triangle below it that is edge-on to the direction.
 TEST(KernelEdgeCrossing, EdgesThatCertainlyMissNeverCross) {
   FourPoints in(0xC205);
   long missed = 0, crossed = 0;
@@ -154,6 +153,7 @@ TEST(KernelEdgeCrossing, EdgesThatCertainlyMissNeverCross) {
   EXPECT_GT(crossed, Scaled(200000) / 4);
 }
 
+// The face z = 0, and a triangle below it that is edge-on to the direction.
 const SourcedTriangle kFace = OfB({-4, -4, 0}, {4, -4, 0}, {0, 4, 0});
 const SourcedTriangle kEdgeOn = OfA({0, 0, -3}, {0, 1, -4}, {0, 0, -5});
 

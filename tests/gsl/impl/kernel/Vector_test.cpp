@@ -214,6 +214,17 @@ TEST(KernelVector, ParallelIsDecidedAsByDivisions) {
   EXPECT_GT(decided, Scaled(400000) / 10);
 }
 
+TEST(KernelVector, ParallelAcceptsComponentsThatOverflowWhenDivided) {
+  // Only a stale length is this much shorter than its components. Both quotients are infinite, and
+  // their difference is NaN, which every band accepts.
+  Measured3 a = {{1e300, 0.0, 0.0}, 1e-10};
+  Measured3 b = {{1e300, 0.0, 0.0}, 1e-9};
+  EXPECT_TRUE(gsl_kernel::IsParallel(a, b, 1e-5));
+  a = {{1e308, 0.0, 0.0}, 0.01};
+  b = {{1e308, 0.0, 0.0}, 0.02};
+  EXPECT_TRUE(gsl_kernel::IsParallel(a, b, 1e-5));
+}
+
 TEST(KernelVector, ParallelIsClosedAtTheToleranceOfAComponent) {
   // The unit components differ by 0.25 in y alone.
   Measured3 a = {{1.0, 0.5, 0.0}, 1.0};
