@@ -4,7 +4,7 @@
 #   ./scripts/packages.sh [GROUP...]            print the packages of the groups
 #   ./scripts/packages.sh --install [GROUP...]  install those that are missing (as root)
 #
-# Groups: build python test check bench bare. Without a group, printing takes all groups and installing takes
+# Groups: build python test check bench package bare. Without a group, printing takes all groups and installing takes
 # build.
 #
 # The other scripts source this file and call need_packages.
@@ -37,10 +37,12 @@ packages_of() {
         libprotobuf-dev protobuf-compiler libflatbuffers-dev flatbuffers-compiler \
         libcapnp-dev capnproto
       ;;
+    # Debian packages of our own.
+    package) echo debhelper dpkg-dev fakeroot lintian git ;;
     # The minimal root of ./scripts/check bare, which is skipped where this package cannot be installed.
     bare) echo mmdebstrap ;;
     *)
-      echo "packages: no group named '$1'; there are: build python test check bench bare" >&2
+      echo "packages: no group named '$1'; there are: build python test check bench package bare" >&2
       return 2
       ;;
   esac
@@ -99,7 +101,7 @@ if [ "${BASH_SOURCE[0]}" = "$0" ]; then
     shift
     need_packages "${@:-build}"
   else
-    [ $# -gt 0 ] || set -- build python test check bench bare
+    [ $# -gt 0 ] || set -- build python test check bench package bare
     packages_of_groups "$@"
   fi
 fi
