@@ -23,6 +23,7 @@ packages_of() {
     # Packages to build and run every test, and to make the wheel.
     test)
       echo "$(packages_of python)" python3-pytest python3-scipy python3-pip python3-setuptools python3-wheel \
+        python3-matplotlib python3-distributed \
         libgtest-dev libgmock-dev librapidcheck-dev \
         libgmp-dev python3-jsonschema help2man
       ;;
