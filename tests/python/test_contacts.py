@@ -208,3 +208,29 @@ def test_kinds_are_those_of_the_program():
     kinds = {answer["kind"] for answer in program(*files, "--sphere", 2000)["answers"]} - {None}
     r = gg.Pair(gg.read(files[0]), [gg.read(files[1])]).sweep(gg.sphere(2000))
     assert set(r.kind) - {""} == kinds and len(kinds) >= 3
+
+
+def test_every_kind_by_hand():
+    def triangle(*corners):
+        return gg.Body([corners])
+
+    apex = triangle((0, 0, 1), (-1, 1, -1), (-1, -1, -1))
+    ridge = triangle((-1, 0, 3), (1, 0, 3), (0, 1, 5))
+    face = triangle((-2, -2, 3), (2, -2, 3), (0, 3, 3))
+    beam = triangle((0, -1, 1), (0, 1, 1), (0, 0, -1))
+    assert gg.sweep(apex, triangle((0, 0, 3), (1, 1, 5), (1, -1, 5)), "z").kind == "vertex-vertex"
+    assert gg.sweep(apex, ridge, "z").kind == "vertex-edge"
+    assert gg.sweep(ridge, apex, "-z").kind == "edge-vertex"
+    assert gg.sweep(apex, face, "z").kind == "vertex-face"
+    assert gg.sweep(face, apex, "-z").kind == "face-vertex"
+    assert gg.sweep(beam, ridge, "z").kind == "edge-edge"
+    assert gg.sweep(beam, triangle((-1, 0.1, 0), (1, 0.2, 0), (1, 0.3, 0.1)), "z").kind == "overlap"
+    inner = gg.sweep(box((1, 1, 1), (2, 2, 2)), box((0, 0, 0), (3, 3, 3)), "z", rule="solid")
+    assert inner.kind == "inside" and inner.overlaps_at_start
+
+
+def test_a_start_touches_within_no_distance():
+    table = box((-5, -5, -1), (5, 5, 0))
+    assert gg.sweep(box(), table, "z", max_distance=0).status == "start"
+    r = gg.Pair(box(), [table]).sweep([(0, 0, 1), (0, 0, -1)], max_distance=0.0)
+    assert r.touches.all() and set(r.status) == {"start"} and (r.travel == 0.0).all()
