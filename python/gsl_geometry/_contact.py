@@ -160,7 +160,9 @@ class Contact:
         return self._answer[0] < 2
 
     def __eq__(self, other: object) -> bool:
-        return self._answer == other._answer if isinstance(other, Contact) else NotImplemented
+        if not isinstance(other, Contact):
+            return NotImplemented
+        return bool(self._answer == other._answer)
 
     def __hash__(self) -> int:
         return hash(self._answer)
@@ -201,6 +203,8 @@ class Contacts:
         "fixed_triangle", "fixed_point", "overlaps_at_start",
     )  # fmt: skip
 
+    _codes: np.ndarray
+    _kinds: np.ndarray
     travel: np.ndarray  #: shape (k,); infinite without a contact
     direction: np.ndarray  #: of length one, shape (k, 3)
     normal: np.ndarray  #: shape (k, 3); NaN where there is none
@@ -294,12 +298,12 @@ class Patch(NamedTuple):
     >>> import gsl_geometry as gg
     >>> pair = gg.Pair(gg.read("bolt.stl"), [gg.read("bracket.stl")])
     >>> patch = pair.patch("-z")
-    >>> patch.count == len(patch.pairs)
+    >>> patch.pair_count == len(patch.pairs)
     True
     """
 
     first: Contact  #: the first contact
-    count: int  #: the number of pairs; 0 without a contact
+    pair_count: int  #: 0 without a contact
     low: Optional[np.ndarray]  #: the box around all points of the fixed bodies that are touched, shape (3,)
     high: Optional[np.ndarray]  #: the same; None without a contact
     pairs: Contacts  #: one row for each pair, by moving triangle, fixed body and fixed triangle

@@ -83,8 +83,8 @@ def point_segment(p: Any, a: Any, b: Any) -> PointSegment:
     array([[0., 0., 0.],
            [2., 0., 0.]])
     """
-    shape, count, rows = _arguments.broadcast("pab", (p, a, b), (POINT,) * 3)
-    distance, nearest = _core.point_segment(*rows, count)
+    shape, count, (p, a, b) = _arguments.broadcast("pab", (p, a, b), (POINT,) * 3)
+    distance, nearest = _core.point_segment(p, a, b, count)
     return PointSegment(_shaped(shape, distance), _shaped(shape, nearest))
 
 
@@ -98,8 +98,8 @@ def point_triangle(p: Any, a: Any, b: Any, c: Any) -> Any:
     >>> gg.point_triangle([(0.2, 0.2, 2), (3, 0, 0)], (0, 0, 0), (1, 0, 0), (0, 1, 0))
     array([2., 2.])
     """
-    shape, count, rows = _arguments.broadcast("pabc", (p, a, b, c), (POINT,) * 4)
-    return _shaped(shape, _core.point_triangle(*rows, count))
+    shape, count, (p, a, b, c) = _arguments.broadcast("pabc", (p, a, b, c), (POINT,) * 4)
+    return _shaped(shape, _core.point_triangle(p, a, b, c, count))
 
 
 def segment_segment(a0: Any, a1: Any, b0: Any, b1: Any) -> SegmentSegment:
@@ -113,8 +113,9 @@ def segment_segment(a0: Any, a1: Any, b0: Any, b1: Any) -> SegmentSegment:
     1.0
     """
     names = ("a0", "a1", "b0", "b1")
-    shape, count, rows = _arguments.broadcast(names, (a0, a1, b0, b1), (POINT,) * 4)
-    return SegmentSegment(*(_shaped(shape, column) for column in _core.segment_segment(*rows, count)))
+    shape, count, (a0, a1, b0, b1) = _arguments.broadcast(names, (a0, a1, b0, b1), (POINT,) * 4)
+    columns = _core.segment_segment(a0, a1, b0, b1, count)
+    return SegmentSegment(*(_shaped(shape, column) for column in columns))
 
 
 def triangle_sweep(
@@ -136,8 +137,8 @@ def triangle_sweep(
     if len(flags) != 2:
         raise ValueError(f"two_sided: expected 2 flags, got {len(flags)}")
     loose = _arguments.number("margin", margin)
-    shape, count, rows = _arguments.broadcast("dAB", (d, A, B), (POINT, (3, 3), (3, 3)))
-    columns = _core.triangle_sweep(*rows, bool(flags[0]), bool(flags[1]), loose, count)
+    shape, count, (d, A, B) = _arguments.broadcast("dAB", (d, A, B), (POINT, (3, 3), (3, 3)))
+    columns = _core.triangle_sweep(d, A, B, bool(flags[0]), bool(flags[1]), loose, count)
     return TriangleSweep(*(_shaped(shape, column) for column in columns))
 
 
@@ -354,7 +355,9 @@ class Transform:
         return Transform(_core.concatenated(other._matrix, self._matrix))
 
     def __eq__(self, other: object) -> bool:
-        return bool((self._matrix == other._matrix).all()) if isinstance(other, Transform) else NotImplemented
+        if not isinstance(other, Transform):
+            return NotImplemented
+        return bool((self._matrix == other._matrix).all())
 
     def __hash__(self) -> int:
         return hash(self._matrix.tobytes())

@@ -222,7 +222,7 @@ class Pair:
         >>> import gsl_geometry as gg
         >>> pair = gg.Pair(gg.read("bolt.stl"), [gg.read("bracket.stl")])
         >>> patch = pair.patch("-z", limit=2)
-        >>> patch.count > 2, len(patch.pairs)
+        >>> patch.pair_count > 2, len(patch.pairs)
         (True, 2)
         """
         terms = self._terms(max_distance, one_sided, rule)

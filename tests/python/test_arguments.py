@@ -234,6 +234,10 @@ def test_huge_coordinates():
         gg.sweep(low, high, "z")
     with pytest.raises(OverflowError, match=r"^directions\[1\]: the travel or a point is beyond the range of double$"):
         gg.Pair(low, [high]).sweep([(1, 0, 0), (0, 0, 1)])
+    many = np.tile((1.0, 0.0, 0.0), (70000, 1))
+    many[69000] = (0, 0, 1)
+    with pytest.raises(OverflowError, match=r"^directions\[69000\]: "):
+        gg.Pair(low, [high]).sweep(many)
 
 
 @pytest.mark.parametrize("protocol", range(2, pickle.HIGHEST_PROTOCOL + 1))
@@ -255,6 +259,6 @@ def test_bodies_and_answers_are_pickled(protocol):
     for name, column in r.to_dict().items():
         assert np.array_equal(getattr(copy(r), name), column, equal_nan=column.dtype.kind == "f")
     patch = copy(pair.patch("-z"))
-    assert patch.count == len(patch.pairs) == pair.patch("-z").count
+    assert patch.pair_count == len(patch.pairs) == pair.patch("-z").pair_count
     turn = gg.Transform.rotation((0, 0, 0), "z", 1.0)
     assert copy(turn) == turn

@@ -77,15 +77,15 @@ def test_the_patch_of_a_face_on_a_face():
     pair = gg.Pair(box(), [box((0, 0, 3), (1, 1, 4))])
     patch = pair.patch("z")
     # Two triangles meet two, and the triangles of the walls touch at the rim.
-    assert patch.first.travel == 2.0 and patch.count == len(patch.pairs) > 4
+    assert patch.first.travel == 2.0 and patch.pair_count == len(patch.pairs) > 4
     assert np.array_equal(patch.low, [0, 0, 3]) and np.array_equal(patch.high, [1, 1, 3])
     order = np.lexsort((patch.pairs.fixed_triangle, patch.pairs.moving_triangle))
-    assert np.array_equal(order, np.arange(patch.count))
+    assert np.array_equal(order, np.arange(patch.pair_count))
     assert set(patch.pairs.travel) == {2.0}
     few = pair.patch("z", limit=3)
-    assert few.count == patch.count and np.array_equal(few.pairs.fixed_point, patch.pairs.fixed_point[:3])
+    assert few.pair_count == patch.pair_count and np.array_equal(few.pairs.fixed_point, patch.pairs.fixed_point[:3])
     none = pair.patch("-z")
-    assert none.count == 0 and none.low is None and len(none.pairs) == 0 and not none.first
+    assert none.pair_count == 0 and none.low is None and len(none.pairs) == 0 and not none.first
 
 
 def test_a_patch_of_thousands_is_complete():
@@ -96,7 +96,7 @@ def test_a_patch_of_thousands_is_complete():
     faces = np.concatenate([np.stack([corner, corner + 31, corner + 1], 1), np.stack([corner + 1, corner + 31, corner + 32], 1)])
     patch = gg.Pair(gg.Body(vertices, faces), [gg.Body(vertices + (0, 0, 1), faces)]).patch("z")
     pairs = set(zip(patch.pairs.moving_triangle.tolist(), patch.pairs.fixed_triangle.tolist()))
-    assert patch.count == len(patch.pairs) == len(pairs) > 1800 * 6
+    assert patch.pair_count == len(patch.pairs) == len(pairs) > 1800 * 6
     assert {(k, k) for k in range(1800)} <= pairs
 
 
@@ -197,8 +197,8 @@ def test_equals_the_program_on_real_meshes():
         pair = gg.Pair(moving, [fixed])
         said = program(path, meshes[k], "--offset", text, "--direction", "0.01,0.02,-1", "--max-distance", "1e9")
         assert_equals(pair.sweep((0.01, 0.02, -1), offset=above, max_distance=1e9).to_dict(), said)
-        said = program(path, meshes[k], "--offset", text, "--sphere", 20, "--last")
-        for c, answer in zip(pair.last(gg.sphere(20), offset=above), said["answers"]):
+        said = program(path, meshes[k], "--offset", text, "--sphere", 8, "--last")
+        for c, answer in zip(pair.last(gg.sphere(8), offset=above), said["answers"]):
             assert_equals(c.to_dict(), answer)
 
 
@@ -218,7 +218,10 @@ def test_every_kind_by_hand():
     ridge = triangle((-1, 0, 3), (1, 0, 3), (0, 1, 5))
     face = triangle((-2, -2, 3), (2, -2, 3), (0, 3, 3))
     beam = triangle((0, -1, 1), (0, 1, 1), (0, 0, -1))
-    assert gg.sweep(apex, triangle((0, 0, 3), (1, 1, 5), (1, -1, 5)), "z").kind == "vertex-vertex"
+    point = triangle((0, 0, 3), (1, 1, 5), (1, -1, 5))
+    assert gg.sweep(apex, point, "z").kind == "vertex-vertex" and gg.sweep(apex, point, "z").normal is None
+    assert np.isnan(gg.Pair(apex, [point]).sweep([(0, 0, 1)]).normal).all()
+    assert np.array_equal(gg.Pair(apex, [face]).sweep([(0, 0, 1)]).normal, [[0, 0, -1]])
     assert gg.sweep(apex, ridge, "z").kind == "vertex-edge"
     assert gg.sweep(ridge, apex, "-z").kind == "edge-vertex"
     assert gg.sweep(apex, face, "z").kind == "vertex-face"

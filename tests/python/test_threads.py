@@ -184,7 +184,7 @@ def test_a_million_calls_leak_nothing():
     def some(count):
         repeat(count, core.label, edges)
         repeat(count, lu._core.solve, side)
-        repeat(count // 16, pair._core.one, along, along, 1e9, False, 0, False)
+        repeat(count // 32, pair._core.one, along, along, 1e9, False, 0, False)
         for _ in range(count // 400):
             gg.sweep(a, b, d).normal
             pair.sweep("z").moving.point
