@@ -130,7 +130,7 @@ def test_an_interrupt_ends_a_long_query(alarm):
 
 
 def test_progress_that_returns_false_leaves_the_rest():
-    pair = nested_balls()
+    pair = gg.Pair(ball(2000, centre=(0.1, 0, 3)), [ball(2000)])
     seen = []
 
     def progress(part):
