@@ -4,7 +4,7 @@
 #   ./scripts/packages.sh [GROUP...]            print the packages of the groups
 #   ./scripts/packages.sh --install [GROUP...]  install those that are missing (as root)
 #
-# Groups: build test check bench package bare. Without a group, printing takes all groups and installing takes
+# Groups: build python test check bench package bare. Without a group, printing takes all groups and installing takes
 # build.
 #
 # The other scripts source this file and call need_packages.
@@ -16,9 +16,15 @@ packages_of() {
       echo g++ cmake ninja-build \
         libfast-float-dev libassimp-dev zlib1g-dev libcli11-dev nlohmann-json3-dev
       ;;
-    # Packages to build and run every test.
+    # The Python module. Without these packages the rest is built.
+    python)
+      echo "$(packages_of build)" python3 python3-dev pybind11-dev python3-numpy
+      ;;
+    # Packages to build and run every test, and to make the wheel.
     test)
-      echo "$(packages_of build)" python3 libgtest-dev libgmock-dev librapidcheck-dev \
+      echo "$(packages_of python)" python3-pytest python3-scipy python3-pip python3-setuptools python3-wheel \
+        python3-matplotlib python3-distributed \
+        libgtest-dev libgmock-dev librapidcheck-dev \
         libgmp-dev python3-jsonschema help2man
       ;;
     # The second compiler, formatting, lint, sanitizers, fuzzing, coverage, consumers.
@@ -27,7 +33,7 @@ packages_of() {
       ;;
     # Benchmarks, and the libraries that they compare with ours.
     bench)
-      echo "$(packages_of build)" python3 libbenchmark-dev \
+      echo "$(packages_of python)" libbenchmark-dev \
         libeigen3-dev libopenblas-dev libboost-graph-dev libfcl-dev libembree-dev libcgal-dev \
         libprotobuf-dev protobuf-compiler libflatbuffers-dev flatbuffers-compiler \
         libcapnp-dev capnproto
@@ -37,7 +43,7 @@ packages_of() {
     # The minimal root of ./scripts/check bare, which is skipped where this package cannot be installed.
     bare) echo mmdebstrap ;;
     *)
-      echo "packages: no group named '$1'; there are: build test check bench package bare" >&2
+      echo "packages: no group named '$1'; there are: build python test check bench package bare" >&2
       return 2
       ;;
   esac
@@ -96,7 +102,7 @@ if [ "${BASH_SOURCE[0]}" = "$0" ]; then
     shift
     need_packages "${@:-build}"
   else
-    [ $# -gt 0 ] || set -- build test check bench package bare
+    [ $# -gt 0 ] || set -- build python test check bench package bare
     packages_of_groups "$@"
   fi
 fi

@@ -5,6 +5,7 @@
 #include "SweepOptions.h"
 #include "gsl_Sweep.h"
 #include "support/Directions.h"
+#include "support/EvenDirections.h"
 #include "support/InputText.h"
 #include "support/MeshView.h"
 #include "support/Pose.h"

@@ -7,7 +7,7 @@ import unittest
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[2] / "scripts"))
 import check_notices
 
-PACKAGES = ["cmake", "g++", "libone-dev", "two-dev"]
+PACKAGES = ["cmake", "g++", "python3-dev", "libone-dev", "two-dev"]
 NOTICES = """Notices
 
   compiled in  One  [libone-dev]
@@ -49,7 +49,7 @@ class CheckNotices(unittest.TestCase):
         self.assertEqual(self.problems_of(PACKAGES, cut), ["two-dev has no section"])
 
     def test_a_section_of_nothing_is_named(self):
-        self.assertEqual(self.problems_of(PACKAGES[:3], NOTICES), ["two-dev has a section, but no program is built with two-dev"])
+        self.assertEqual(self.problems_of(PACKAGES[:4], NOTICES), ["two-dev has a section, but no program is built with two-dev"])
 
     def test_the_holder_must_be_named(self):
         self.assertEqual(self.problems_of(PACKAGES, NOTICES.replace("Copyright (C) 2002", "By")),

@@ -7,16 +7,8 @@
 #include <string>
 #include <vector>
 
-/// Many directions, evenly over the sphere, and what is reported of them.
+/// What is reported of many directions, evenly over the sphere.
 namespace gsl_tools {
-
-/// Returns `count` directions of length one, up to rounding, which are spread evenly over the
-/// sphere: the same bits on every machine, from the top down.
-///
-/// Source     A. Gonzalez, Measurement of areas on a sphere using Fibonacci and latitude-longitude
-///            lattices, Mathematical Geosciences 42 (2010): points on a spiral, of which each has
-///            the same share of the height and the golden angle after the one before.
-std::vector<Coord3> EvenDirections(std::size_t count);
 
 struct SphereReport : SceneReport {
   std::vector<Answer> answers; ///< to EvenDirections

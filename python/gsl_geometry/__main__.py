@@ -1,0 +1,18 @@
+"""Runs gsl-sweep: python -m gsl_geometry bolt.stl bracket.stl -d -z"""
+
+import os
+import shutil
+import sys
+from pathlib import Path
+
+
+def main() -> None:
+    beside = Path(__file__).parent / "gsl-sweep"
+    program = str(beside) if beside.exists() else shutil.which("gsl-sweep")
+    if program is None:
+        sys.exit("gsl_geometry: gsl-sweep is neither beside the module nor in the folders of PATH")
+    os.execv(program, [program, *sys.argv[1:]])
+
+
+if __name__ == "__main__":
+    main()

@@ -1,0 +1,309 @@
+"""Answers to questions about contacts."""
+
+from __future__ import annotations
+
+import math
+from typing import Any, Dict, Iterator, NamedTuple, Optional, Tuple
+
+import numpy as np
+
+__all__ = ["Contact", "Contacts", "Patch", "Place"]
+
+# By their numbers in the library.
+STATUSES = ("contact", "start", "none", "cancelled")
+KINDS = ("vertex-vertex", "vertex-edge", "edge-vertex", "vertex-face", "face-vertex", "edge-edge", "overlap", "inside")
+
+
+def _numbers_text(values: Any) -> str:
+    return "(" + ", ".join(f"{value:.6g}" for value in values) + ")"
+
+
+class Place(NamedTuple):
+    """Where a body touches.
+
+    >>> import gsl_geometry as gg
+    >>> c = gg.sweep(gg.read("bolt.stl"), gg.read("bracket.stl"), "-z")
+    >>> c.fixed.body, c.fixed.triangle
+    (0, 0)
+    """
+
+    triangle: int  #: the number of the triangle in its body
+    point: np.ndarray  #: shape (3,); of the moving body with the offset, before the travel
+    body: int = 0  #: the number of the fixed body in its pair
+
+
+class Contact:
+    """The answer to one question. It is true when the bodies touch.
+
+    >>> import gsl_geometry as gg
+    >>> c = gg.sweep(gg.read("bolt.stl"), gg.read("bracket.stl"), "-z")
+    >>> c
+    Contact(after 30 along (0, 0, -1): vertex-face, moving triangle 120 on fixed triangle 0)
+    >>> bool(c), c.travel, c.moving.triangle
+    (True, 30.0, 120)
+    """
+
+    __slots__ = ("_answer",)
+
+    def __init__(self, answer: Tuple[Any, ...]) -> None:
+        self._answer = answer
+
+    @property
+    def status(self) -> str:
+        """'contact' after a travel, 'start' before any travel, 'none', or 'cancelled'.
+
+        >>> import gsl_geometry as gg
+        >>> gg.sweep(gg.read("bolt.stl"), gg.read("bracket.stl"), "+z").status
+        'none'
+        """
+        return STATUSES[self._answer[0]]
+
+    @property
+    def travel(self) -> float:
+        """The distance until the contact in the units of the vertices; infinite without a contact.
+
+        >>> import gsl_geometry as gg
+        >>> gg.sweep(gg.read("bolt.stl"), gg.read("bracket.stl"), "+z").travel
+        inf
+        """
+        return self._answer[1]
+
+    @property
+    def direction(self) -> np.ndarray:
+        """The direction of the question with length one, shape (3,); NaN for an answer that was cancelled.
+
+        >>> import gsl_geometry as gg
+        >>> gg.sweep(gg.read("bolt.stl"), gg.read("bracket.stl"), (0, 0, -2)).direction
+        array([ 0.,  0., -1.])
+        """
+        return np.array(self._answer[2] if self._answer[0] != 3 else (math.nan,) * 3)
+
+    @property
+    def kind(self) -> Optional[str]:
+        """The features that meet, the moving body's first, as in 'vertex-face'; 'overlap' where the triangles
+        share a point but no features can be named; 'inside' where a solid contains the other. None without a
+        contact.
+
+        >>> import gsl_geometry as gg
+        >>> gg.sweep(gg.read("bolt.stl"), gg.read("bracket.stl"), "-z").kind
+        'vertex-face'
+        """
+        return KINDS[self._answer[3]] if self else None
+
+    @property
+    def normal(self) -> Optional[np.ndarray]:
+        """The normal of the plane in which the features meet, of length one and against the direction, shape
+        (3,). None where they define no such plane.
+
+        >>> import gsl_geometry as gg
+        >>> gg.sweep(gg.read("bolt.stl"), gg.read("bracket.stl"), "-z").normal
+        array([0., 0., 1.])
+        """
+        return None if self._answer[4] is None else np.array(self._answer[4])
+
+    @property
+    def moving(self) -> Optional[Place]:
+        """Where the moving body touches, before its travel. None without a contact.
+
+        >>> import gsl_geometry as gg
+        >>> gg.sweep(gg.read("bolt.stl"), gg.read("bracket.stl"), "-z").moving.point[2]
+        30.0
+        """
+        return Place(self._answer[5], np.array(self._answer[6])) if self else None
+
+    @property
+    def fixed(self) -> Optional[Place]:
+        """Where the fixed body touches. None without a contact.
+
+        >>> import gsl_geometry as gg
+        >>> gg.sweep(gg.read("bolt.stl"), gg.read("bracket.stl"), "-z").fixed.point[2]
+        0.0
+        """
+        return Place(self._answer[8], np.array(self._answer[9]), self._answer[7]) if self else None
+
+    @property
+    def overlaps_at_start(self) -> bool:
+        """True under rule="solid" when the interiors overlap before any travel.
+
+        >>> import gsl_geometry as gg
+        >>> bolt = gg.read("bolt.stl")
+        >>> gg.sweep(bolt, bolt, "z", rule="solid").overlaps_at_start
+        True
+        """
+        return bool(self and self._answer[10])
+
+    def to_dict(self) -> Dict[str, Any]:
+        """Returns plain numbers, lists and texts under the names of gsl-sweep's JSON. Missing values are None.
+
+        >>> import gsl_geometry as gg
+        >>> answer = gg.sweep(gg.read("bolt.stl"), gg.read("bracket.stl"), "-z").to_dict()
+        >>> answer["fixed"]["triangle"], answer["normal"]
+        (0, [0.0, 0.0, 1.0])
+        """
+
+        def place(triangle: int, point: Optional[Tuple[float, ...]]) -> Dict[str, Any]:
+            return {"triangle": None if point is None else triangle, "point": None if point is None else list(point)}
+
+        answer = self._answer
+        return {
+            "status": self.status,
+            "travel": answer[1] if self else None,
+            "direction": list(answer[2]),
+            "kind": self.kind,
+            "normal": None if answer[4] is None else list(answer[4]),
+            "moving": place(answer[5], answer[6]),
+            "fixed": place(answer[8], answer[9]),
+            "fixed_body": answer[7] if self else None,
+        }
+
+    def __bool__(self) -> bool:
+        return self._answer[0] < 2
+
+    def __eq__(self, other: object) -> bool:
+        if not isinstance(other, Contact):
+            return NotImplemented
+        return bool(self._answer == other._answer)
+
+    def __hash__(self) -> int:
+        return hash(self._answer)
+
+    def __reduce__(self) -> Tuple[Any, ...]:
+        return Contact, (self._answer,)
+
+    def __repr__(self) -> str:
+        if self.status == "cancelled":
+            return "Contact(cancelled)"
+        along = f"along {_numbers_text(self._answer[2])}"
+        if not self:
+            return f"Contact(none {along})"
+        when = f"after {self.travel:.6g}" if self.status == "contact" else "at the start"
+        body = f" of body {self._answer[7]}" if self._answer[7] else ""
+        return (
+            f"Contact({when} {along}: {self.kind}, "
+            f"moving triangle {self._answer[5]} on fixed triangle {self._answer[8]}{body})"
+        )
+
+
+class Contacts:
+    """The answers to k questions as arrays with one row for each. Rows are Contact objects.
+
+    >>> import gsl_geometry as gg
+    >>> pair = gg.Pair(gg.read("bolt.stl"), [gg.read("bracket.stl")])
+    >>> r = pair.sweep([(0, 0, -1), (0, 0, 1)])
+    >>> r
+    Contacts(2 answers: 1 contact, 0 start, 1 none)
+    >>> r.travel, r.moving_triangle
+    (array([30., inf]), array([120,  -1]))
+    >>> r[0].kind
+    'vertex-face'
+    """
+
+    __slots__ = (
+        "_codes", "travel", "direction", "_kinds", "normal", "moving_triangle", "moving_point", "fixed_body",
+        "fixed_triangle", "fixed_point", "overlaps_at_start",
+    )  # fmt: skip
+
+    _codes: np.ndarray
+    _kinds: np.ndarray
+    travel: np.ndarray  #: shape (k,); infinite without a contact
+    direction: np.ndarray  #: of length one, shape (k, 3)
+    normal: np.ndarray  #: shape (k, 3); NaN where there is none
+    moving_triangle: np.ndarray  #: shape (k,); -1 without a contact
+    moving_point: np.ndarray  #: with the offset, before the travel, shape (k, 3); NaN without a contact
+    fixed_body: np.ndarray  #: shape (k,); -1 without a contact
+    fixed_triangle: np.ndarray  #: shape (k,); -1 without a contact
+    fixed_point: np.ndarray  #: shape (k, 3); NaN without a contact
+    overlaps_at_start: np.ndarray  #: shape (k,), of bool
+
+    def __init__(self, columns: Tuple[np.ndarray, ...]) -> None:
+        for name, column in zip(self.__slots__, columns):
+            setattr(self, name, column)
+
+    @property
+    def status(self) -> np.ndarray:
+        """The status of each answer, as in Contact.status, shape (k,), of texts.
+
+        >>> import gsl_geometry as gg
+        >>> pair = gg.Pair(gg.read("bolt.stl"), [gg.read("bracket.stl")])
+        >>> pair.sweep([(0, 0, -1), (0, 0, 1)]).status == "none"
+        array([False,  True])
+        """
+        return np.array(STATUSES)[self._codes]
+
+    @property
+    def kind(self) -> np.ndarray:
+        """The kind of each contact, as in Contact.kind, shape (k,), of texts; empty without a contact.
+
+        >>> import gsl_geometry as gg
+        >>> pair = gg.Pair(gg.read("bolt.stl"), [gg.read("bracket.stl")])
+        >>> pair.sweep([(0, 0, -1)]).kind
+        array(['vertex-face'], dtype='<U13')
+        """
+        return np.array(KINDS + ("",))[self._kinds]
+
+    @property
+    def touches(self) -> np.ndarray:
+        """Whether the bodies touch, shape (k,), of bool.
+
+        >>> import gsl_geometry as gg
+        >>> pair = gg.Pair(gg.read("bolt.stl"), [gg.read("bracket.stl")])
+        >>> pair.sweep([(0, 0, -1), (0, 0, 1)]).touches
+        array([ True, False])
+        """
+        return self._codes < 2
+
+    def to_dict(self) -> Dict[str, np.ndarray]:
+        """Returns the arrays by their names, ready for np.savez or a data frame.
+
+        >>> import gsl_geometry as gg
+        >>> pair = gg.Pair(gg.read("bolt.stl"), [gg.read("bracket.stl")])
+        >>> sorted(pair.sweep(gg.sphere(8)).to_dict())[:3]
+        ['direction', 'fixed_body', 'fixed_point']
+        """
+        names = ("status", "travel", "direction", "kind") + self.__slots__[4:]
+        return {name: getattr(self, name) for name in names}
+
+    def __len__(self) -> int:
+        return len(self.travel)
+
+    def __getitem__(self, k: int) -> Contact:
+        def row(column: np.ndarray) -> Any:
+            value = column[k].tolist()
+            return tuple(value) if isinstance(value, list) else value
+
+        code, travel, direction, kind, normal, *rest = [row(getattr(self, name)) for name in self.__slots__]
+        if code == 3:
+            direction = (0.0, 0.0, 0.0)
+        if code > 1:
+            return Contact((code, travel, direction, -1, None, -1, None, -1, -1, None, False))
+        return Contact((code, travel, direction, kind, None if math.isnan(normal[0]) else normal, *rest))
+
+    def __iter__(self) -> Iterator[Contact]:
+        return (self[k] for k in range(len(self)))
+
+    def __reduce__(self) -> Tuple[Any, ...]:
+        return Contacts, (tuple(getattr(self, name) for name in self.__slots__),)
+
+    def __repr__(self) -> str:
+        counts = np.bincount(self._codes, minlength=4)
+        text = f"{counts[0]} contact, {counts[1]} start, {counts[2]} none"
+        if counts[3]:
+            text += f", {counts[3]} cancelled"
+        return f"Contacts({len(self)} {'answer' if len(self) == 1 else 'answers'}: {text})"
+
+
+class Patch(NamedTuple):
+    """All pairs of triangles that touch at the first contact.
+
+    >>> import gsl_geometry as gg
+    >>> pair = gg.Pair(gg.read("bolt.stl"), [gg.read("bracket.stl")])
+    >>> patch = pair.patch("-z")
+    >>> patch.pair_count == len(patch.pairs)
+    True
+    """
+
+    first: Contact  #: the first contact
+    pair_count: int  #: 0 without a contact
+    low: Optional[np.ndarray]  #: the box around all points of the fixed bodies that are touched, shape (3,)
+    high: Optional[np.ndarray]  #: the same; None without a contact
+    pairs: Contacts  #: one row for each pair, by moving triangle, fixed body and fixed triangle

@@ -1,0 +1,264 @@
+"""What the arguments may be, and what the errors of wrong ones say."""
+
+import math
+import pickle
+
+import numpy as np
+import pytest
+
+import gsl_geometry as gg
+from support import FACES, MESHES, box, corners
+
+CORNERS = corners((0, 0, 0), (1, 2, 3))
+
+
+class Mesh:
+    def __init__(self, vertices, faces):
+        self.vertices, self.faces = vertices, faces
+
+
+def refuses(error, text, call):
+    with pytest.raises(error) as raised:
+        call()
+    assert str(raised.value) == text
+
+
+@pytest.mark.parametrize("dtype", ["f4", "f8", ">f8", "<f4", "f2", "i4", "u8", "g"])
+def test_vertices_of_every_type_of_number(dtype):
+    body = gg.Body(CORNERS.astype(dtype), FACES)
+    assert np.array_equal(body.triangles, CORNERS[FACES])
+    assert body.triangles.dtype == np.float64
+    assert body.vertices.dtype == (np.float32 if np.dtype(dtype).itemsize == 4 and dtype[-2] == "f" else np.float64)
+
+
+@pytest.mark.parametrize("dtype", ["i1", "u1", "i2", "u2", "i4", "u4", "i8", "u8", ">i8", ">u2"])
+def test_faces_of_every_type_of_whole_number(dtype):
+    assert np.array_equal(gg.Body(CORNERS, FACES.astype(dtype)).triangles, CORNERS[FACES])
+
+
+def strided(values):
+    wide = np.zeros((2 * values.shape[0], 5), dtype=values.dtype)
+    wide[::2, 1:4] = values
+    return wide[::2, 1:4]
+
+
+@pytest.mark.parametrize(
+    "change", [strided, np.asfortranarray, lambda a: a[::-1][::-1], lambda a: a.tolist(), lambda a: tuple(map(tuple, a))]
+)
+def test_any_strides_and_sequences(change):
+    assert np.array_equal(gg.Body(change(CORNERS), change(FACES)).triangles, CORNERS[FACES])
+
+
+def test_read_only_arrays_are_taken_and_copied():
+    vertices, faces = CORNERS.copy(), FACES.copy()
+    vertices.flags.writeable = faces.flags.writeable = False
+    body = gg.Body(vertices, faces)
+    vertices.flags.writeable = True
+    vertices[:] = 7.0
+    assert np.array_equal(body.triangles, CORNERS[FACES])
+
+
+def test_what_a_body_shows_cannot_be_changed():
+    body = gg.Body(CORNERS, FACES)
+    for made in (body.vertices, body.faces, body.triangles, gg.Body(CORNERS[FACES]).faces, body.moved(np.eye(4)).vertices):
+        with pytest.raises(ValueError):
+            made[0] = 0
+    assert body.triangles is body.triangles
+
+
+def test_triangles_and_objects_with_vertices_and_faces():
+    for body in (gg.Body(CORNERS[FACES]), gg.Body(Mesh(CORNERS, FACES)), gg.Body(gg.Body(CORNERS, FACES))):
+        assert np.array_equal(body.triangles, CORNERS[FACES])
+    c = gg.sweep(Mesh(CORNERS, FACES), box((0, 0, 7), (1, 1, 8)), "z")
+    assert c.travel == 4.0
+
+
+def test_wrong_vertices():
+    refuses(ValueError, "vertices: expected shape (n, 3), got (864, 2)", lambda: gg.Body(np.zeros((864, 2)), FACES))
+    refuses(ValueError, "vertices: expected shape (n, 3), got (3,)", lambda: gg.Body([1, 2, 3], FACES))
+    refuses(TypeError, "vertices: expected numbers, got <U1", lambda: gg.Body([["a", "b", "c"]], FACES))
+    refuses(TypeError, "vertices: expected numbers, got complex128", lambda: gg.Body(CORNERS * 1j, FACES))
+    refuses(TypeError, "vertices: expected numbers, got bool", lambda: gg.Body(CORNERS > 0, FACES))
+    with pytest.raises(ValueError, match=r"^vertices: expected an array of numbers, got list \("):
+        gg.Body([[1, 2, 3], [1, 2]], FACES)
+    text = "triangles: expected shape (m, 3, 3), got (8, 3); vertices need faces beside them"
+    refuses(ValueError, text, lambda: gg.Body(CORNERS))
+
+
+def test_wrong_faces():
+    many = np.tile(FACES, (72, 1))[:, :]
+    vertices = np.zeros((864, 3))
+    wrong = np.arange(864).reshape(288, 3)
+    wrong[287, 2] = 864
+    refuses(IndexError, "faces[287, 2] = 864, but there are 864 vertices", lambda: gg.Body(vertices, wrong))
+    wrong[5, 1] = -1
+    refuses(IndexError, "faces[5, 1] = -1, but there are 864 vertices", lambda: gg.Body(vertices, wrong))
+    refuses(ValueError, "faces: expected shape (m, 3), got (864, 4)",
+            lambda: gg.Body(vertices, np.zeros((864, 4), dtype=int)))
+    refuses(TypeError, "faces: expected whole numbers, got float64", lambda: gg.Body(vertices, many.astype(float)))
+    refuses(TypeError, "faces: expected whole numbers, got bool", lambda: gg.Body(vertices, many > 0))
+    refuses(IndexError, f"faces[0, 0] = {2**40}, but there are 864 vertices",
+            lambda: gg.Body(vertices, [[2**40, 0, 0]]))
+
+
+def test_wrong_bodies_and_terms():
+    a, b = box(), box((0, 0, 3), (1, 1, 4))
+    refuses(TypeError, "moving: expected a Body or an object with vertices and faces, got int", lambda: gg.sweep(1, b, "z"))
+    refuses(TypeError, "fixed[1]: expected a Body or an object with vertices and faces, got str",
+            lambda: gg.sweep(a, [b, "b"], "z"))
+    refuses(ValueError, "direction: expected 3 numbers or an axis such as 'z' or '-z', got 'w'",
+            lambda: gg.sweep(a, b, "w"))
+    refuses(ValueError, "direction: expected 3 numbers or an axis such as 'z' or '-z', got shape (2,)",
+            lambda: gg.sweep(a, b, (1, 2)))
+    refuses(ValueError, "direction: expected a vector that is not zero, got (0, 0, 0)",
+            lambda: gg.sweep(a, b, (0, 0, -0.0)))
+    refuses(ValueError, "direction: expected finite numbers, got (nan, 0, 1)", lambda: gg.sweep(a, b, (math.nan, 0, 1)))
+    refuses(ValueError, "offset: expected finite numbers, got (0, inf, 1)",
+            lambda: gg.sweep(a, b, "z", offset=(0, math.inf, 1)))
+    refuses(ValueError, "max_distance: expected a number of at least 0, got -1",
+            lambda: gg.sweep(a, b, "z", max_distance=-1))
+    refuses(ValueError, "max_distance: expected a number of at least 0, got nan",
+            lambda: gg.sweep(a, b, "z", max_distance=math.nan))
+    refuses(TypeError, "max_distance: expected a number, got str", lambda: gg.sweep(a, b, "z", max_distance="1"))
+    refuses(ValueError, "rule: expected one of 'touch', 'leaving', 'solid', got 'hit'",
+            lambda: gg.sweep(a, b, "z", rule="hit"))
+    with pytest.raises(ValueError, match=r'^fixed\[0\]: rule="solid" expected a solid, got a body with a fault: '):
+        gg.sweep(a, gg.Body([[[0, 0, 0], [1, 0, 0], [0, 1, 0]]]), "z", rule="solid")
+    pair = gg.Pair(a, [b])
+    for ask in (pair.last, pair.patch):
+        with pytest.raises(ValueError, match="^rule: expected 'touch' or 'leaving' for "):
+            ask("z", rule="solid")
+
+
+def test_wrong_batches():
+    pair = gg.Pair(box(), [box((0, 0, 3), (1, 1, 4))])
+    refuses(ValueError, "directions: expected shape (k, 3), got (4, 2)", lambda: pair.sweep(np.ones((4, 2))))
+    refuses(ValueError, "directions[2]: expected a vector that is not zero, got (0, 0, 0)",
+            lambda: pair.sweep([(1, 0, 0), (0, 1, 0), (0, 0, 0)]))
+    refuses(ValueError, "directions[1]: expected finite numbers, got (0, nan, 0)",
+            lambda: pair.sweep([(1, 0, 0), (0, math.nan, 0)]))
+    refuses(ValueError, "offset: expected shape (3,) or (2, 3), got (3, 3)",
+            lambda: pair.sweep(np.ones((2, 3)), offset=np.zeros((3, 3))))
+    refuses(ValueError, "offset[1]: expected finite numbers, got (0, inf, 0)",
+            lambda: pair.sweep(np.ones((2, 3)), offset=[(0, 0, 0), (0, math.inf, 0)]))
+    refuses(ValueError, "threads: expected a whole number of at least 0, got -1", lambda: gg.Pair(box(), [], threads=-1))
+    refuses(TypeError, "n: expected a whole number, got float", lambda: gg.sphere(1.5))
+    refuses(ValueError, "n: expected a whole number of at least 0, got -1", lambda: gg.sphere(-1))
+
+
+def test_wrong_arrays_of_the_library():
+    refuses(ValueError, "a: expected shape (..., 3), got (2,)", lambda: gg.point_segment((0, 0, 0), (1, 1), (0, 0, 1)))
+    refuses(ValueError, "expected shapes that broadcast together, got p (2, 3), a (3, 3), b (3,)",
+            lambda: gg.point_segment(np.zeros((2, 3)), np.zeros((3, 3)), (0, 0, 1)))
+    refuses(ValueError, "A: expected shape (..., 3, 3), got (3,)",
+            lambda: gg.triangle_sweep((0, 0, 1), (0, 0, 1), np.zeros((3, 3))))
+    refuses(ValueError, "two_sided: expected 2 flags, got 1",
+            lambda: gg.triangle_sweep((0, 0, 1), np.zeros((3, 3)), np.zeros((3, 3)), two_sided=(True,)))
+    refuses(ValueError, "a: expected shape (n, n), got (2, 3)", lambda: gg.LU(np.zeros((2, 3))))
+    refuses(ValueError, "b: expected shape (2,) or (2, k), got (3,)", lambda: gg.LU(np.eye(2)).solve([1, 2, 3]))
+    refuses(ValueError, "adjacency: expected shape (n, n), got (2, 3)", lambda: gg.label(np.zeros((2, 3), bool)))
+    refuses(TypeError, "adjacency: expected bool or whole numbers, got float64", lambda: gg.label(np.zeros((2, 2))))
+    refuses(ValueError, "matrix: expected shape (4, 4), got (3, 3)", lambda: gg.Transform(np.eye(3)))
+    refuses(ValueError, "axis: expected a length of at least 1e-06, got (0.0, 0.0, 0.0)",
+            lambda: gg.Transform.rotation((0, 0, 0), (0, 0, 0), 1.0))
+    refuses(ValueError, "linear: expected a number of at least 0, got -1", lambda: gg.tolerances(linear=-1))
+
+
+def test_files_that_cannot_be_read(tmp_path):
+    with pytest.raises(FileNotFoundError):
+        gg.read(tmp_path / "none.stl")
+    with pytest.raises(IsADirectoryError):
+        gg.read(tmp_path)
+    damaged = tmp_path / "damaged.stl"
+    damaged.write_bytes(b"solid x\nfacet")
+    with pytest.raises(gg.MeshError, match="damaged.stl"):
+        gg.read(str(damaged))
+    assert issubclass(gg.MeshError, ValueError)
+    with pytest.raises(ValueError):
+        gg.read("a\0b.stl")
+
+
+def test_paths_of_every_type_and_warnings(tmp_path):
+    assert gg.read(MESHES / "bolt.stl").triangle_count == gg.read(str(MESHES / "bolt.stl").encode()).triangle_count == 288
+    odd = tmp_path / "two.obj"
+    odd.write_text("v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2\nf 1 2 3\n")
+    with pytest.warns(gg.MeshWarning, match="two.obj"):
+        assert gg.read(odd).triangle_count == 1
+
+
+def test_an_exception_of_progress_passes_through():
+    def progress(part):
+        raise KeyError("stop")
+
+    pair = gg.Pair(box(), [box((0, 0, 3), (1, 1, 4))])
+    with pytest.raises(KeyError, match="stop"):
+        pair.sweep(gg.sphere(10), progress=progress)
+    with pytest.raises(KeyError, match="stop"):
+        gg.read(MESHES / "bolt.stl", progress=progress)
+    parts = []
+    pair.sweep(gg.sphere(10), progress=parts.append)
+    assert parts[-1] == 1.0 and parts == sorted(parts)
+
+
+def test_empty_bodies_and_batches():
+    for empty in (gg.Body([], []), gg.Body(np.zeros((0, 3)), np.zeros((0, 3), int)), gg.Body(np.zeros((0, 3, 3)))):
+        assert empty.triangle_count == 0 and empty.triangles.shape == (0, 3, 3)
+        assert np.array_equal(empty.bounds, np.zeros((2, 3)))
+        assert gg.sweep(empty, box(), "z").status == "none"
+        assert pickle.loads(pickle.dumps(empty)).triangle_count == 0
+    pair = gg.Pair(box(), [])
+    assert pair.sweep("z").status == "none"
+    assert len(pair.first_of_each("z")) == 0
+    r = gg.Pair(box(), [box()]).sweep([])
+    assert len(r) == 0 and r.normal.shape == (0, 3) and list(r) == [] and r.status.shape == (0,)
+    assert gg.sphere(0).shape == (0, 3)
+
+
+def test_triangles_with_nan_are_skipped_and_counted():
+    vertices = CORNERS.copy()
+    vertices[0, 1] = math.nan
+    vertices[6, 0] = math.inf
+    body = gg.Body(vertices, FACES)
+    expected = int(np.any((FACES == 0) | (FACES == 6), axis=1).sum())
+    assert body.skipped_count == expected > 0
+    assert "of them skipped" in repr(body)
+
+
+def test_huge_coordinates():
+    far = gg.Body(corners((0, 0, 1e300), (1, 1, 2e300)), FACES)
+    assert gg.sweep(box(), far, "z").travel == 1e300
+    most = np.finfo(float).max
+    low = gg.Body(np.array([[0, 0, -most], [1, 0, -most], [0, 1, -most]]), [[0, 1, 2]])
+    high = gg.Body(np.array([[0, 0, most], [1, 0, most], [0, 1, most]]), [[0, 1, 2]])
+    with pytest.raises(OverflowError):
+        gg.sweep(low, high, "z")
+    with pytest.raises(OverflowError, match=r"^directions\[1\]: the travel or a point is beyond the range of double$"):
+        gg.Pair(low, [high]).sweep([(1, 0, 0), (0, 0, 1)])
+    many = np.tile((1.0, 0.0, 0.0), (70000, 1))
+    many[69000] = (0, 0, 1)
+    with pytest.raises(OverflowError, match=r"^directions\[69000\]: "):
+        gg.Pair(low, [high]).sweep(many)
+
+
+@pytest.mark.parametrize("protocol", range(2, pickle.HIGHEST_PROTOCOL + 1))
+def test_bodies_and_answers_are_pickled(protocol):
+    def copy(thing):
+        return pickle.loads(pickle.dumps(thing, protocol))
+
+    body = copy(gg.read(MESHES / "bolt.stl"))
+    bracket = copy(gg.Body(gg.read(MESHES / "bracket.stl")))
+    assert repr(body) == f"Body(288 triangles, from {str(MESHES / 'bolt.stl')!r})"
+    with pytest.raises(ValueError):
+        body.vertices[0] = 0
+    single = copy(gg.Body(CORNERS.astype("f4"), FACES))
+    assert single.vertices.dtype == np.float32 and np.array_equal(single.faces, FACES)
+    pair = copy(gg.Pair(body, [bracket]))
+    c = pair.sweep("-z")
+    assert copy(c) == c and copy(c).to_dict() == c.to_dict() and hash(copy(c)) == hash(c)
+    r = pair.sweep(gg.sphere(20))
+    for name, column in r.to_dict().items():
+        assert np.array_equal(getattr(copy(r), name), column, equal_nan=column.dtype.kind == "f")
+    patch = copy(pair.patch("-z"))
+    assert patch.pair_count == len(patch.pairs) == pair.patch("-z").pair_count
+    turn = gg.Transform.rotation((0, 0, 0), "z", 1.0)
+    assert copy(turn) == turn
