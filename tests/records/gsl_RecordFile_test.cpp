@@ -243,9 +243,10 @@ TEST(GslRecordFile, WriterKilledAtAnyMomentLeavesAWholeFile) {
     last = mark;
   }
   EXPECT_GT(changes, 0);
-  // A temporary file has a name for the moment between its last byte and the rename only. A named
-  // one would remain after most of the kills.
+  // A temporary file has a name for the moment between its last byte and the rename only, which is
+  // part of a save in memory file systems, where nothing is flushed. A file that always has a name
+  // would remain after most of the kills.
   if (HasUnnamedFiles(folder.Path("."))) {
-    EXPECT_LE(folder.Names().size(), 2u + static_cast<std::size_t>(Scaled(500)) / 20u);
+    EXPECT_LE(folder.Names().size(), 2u + static_cast<std::size_t>(Scaled(500)) / 4u);
   }
 }
