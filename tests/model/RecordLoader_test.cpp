@@ -162,7 +162,7 @@ TEST_F(RecordLoaderTest, DamagedLargeModelIsRefusedOrReadsIdentically) {
   SCOPED_TRACE("seed " + std::to_string(seed));
   std::mt19937_64 random(seed);
   long refused = 0;
-  const long count = rounds != nullptr ? std::atol(rounds) : Scaled(150) + 3;
+  const long count = rounds != nullptr ? std::atol(rounds) : Scaled(150) + 20;
   for (long round = 0; round < count; ++round) {
     std::string damaged = bytes;
     const std::size_t at = random() % bytes.size();
