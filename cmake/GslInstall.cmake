@@ -13,6 +13,11 @@ if(TARGET gsl_records)
   install(DIRECTORY records/include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/gsl_geometry/records
     FILES_MATCHING PATTERN "*.h")
 endif()
+if(TARGET gsl_model)
+  list(APPEND gsl_installed_targets gsl_model)
+  install(DIRECTORY model/include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/gsl_geometry/model
+    FILES_MATCHING PATTERN "*.h")
+endif()
 install(TARGETS ${gsl_installed_targets} EXPORT gsl_geometry_targets
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
   ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
@@ -58,6 +63,9 @@ else()
   list(TRANSFORM GSL_HOST_INCLUDE_DIRS PREPEND "-I" OUTPUT_VARIABLE gsl_pc_host_cflags)
   list(JOIN gsl_pc_host_cflags " " gsl_pc_host_cflags)
   list(JOIN GSL_HOST_LIBRARIES " " gsl_pc_host_libs)
+endif()
+if(TARGET gsl_model)
+  list(APPEND gsl_pc_files gsl_model.pc)
 endif()
 foreach(file IN LISTS gsl_pc_files)
   configure_file(cmake/${file}.in ${CMAKE_CURRENT_BINARY_DIR}/${file} @ONLY)

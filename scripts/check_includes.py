@@ -39,6 +39,7 @@ LIBRARIES = {
     "CLI11": r"CLI/.+",
     "nlohmann-json": r"nlohmann/.+",
     "pybind11": r"pybind11/.+",
+    "SQLite": r"sqlite3\.h",
     "any library": r".+",
 }
 
@@ -49,6 +50,7 @@ HOST_ORDER.insert(HOST_ORDER.index("nex"), "cls_Uid")
 
 PUBLIC = "gsl/include/, gsl/host/"
 RECORDS = "records/include/"
+MODEL = "model/include/"
 VALUES = "gsl/include/gsl_Arithmetic.h, gsl/include/gsl_Matrix.h"
 # Every room that is not for tests, benchmarks, fuzzing or examples.
 PRODUCT = "every room of the product"
@@ -66,10 +68,11 @@ class Room:
 # A file belongs to the room with the longest folder that its path begins with.
 ROOMS = [
     Room("tools/", "command-line programs: parse, call, print",
-         "tools/support/, gsl/include/, mesh/, mesh/readers/MeshReadAssimp.h, records/include/, sweep/, CLI11, POSIX"),
+         "tools/support/, gsl/include/, mesh/, mesh/readers/MeshReadAssimp.h, records/include/, model/include/, sweep/, "
+         "CLI11, POSIX"),
     Room("tools/support/",
          "inputs and outputs of programs: directions, poses, report, records, progress, help; numbers as text",
-         "gsl/include/, mesh/, records/include/, sweep/, CLI11, fast_float, nlohmann-json, POSIX"),
+         "gsl/include/, mesh/, records/include/, model/include/, sweep/, CLI11, fast_float, nlohmann-json, POSIX"),
     Room("python/", "the Python module: arrays in, arrays out",
          "gsl/include/, mesh/, sweep/, tools/support/EvenDirections.h, pybind11"),
     Room("sweep/", "the engine: bodies and pairs, the searches for first and last contacts and patches, the test for solids, the exact contact of two triangles",
@@ -93,6 +96,9 @@ ROOMS = [
          "gsl/host/, records/include/, POSIX"),
     Room("records/", "the byte form of records: its frame, its checksum; the store's body; files",
          "records/include/, POSIX"),
+    Room("model/", "saved models in a database: its tables, records in memory, what a transaction adds and removes",
+         f"model/include/, {PUBLIC}, {RECORDS}, POSIX, SQLite"),
+    Room("model/include/", "the model: transactions, and reading by name", f"{PUBLIC}, {RECORDS}"),
     Room("records/include/", "the reader and the writer of records; the store of records in memory", ""),
     Room("tests/", "mirrors the rooms above: one test file per source file",
          f"{PRODUCT}, tests/support/, tests/reference/, any library"),
@@ -100,10 +106,10 @@ ROOMS = [
     Room("tests/reference/", "second implementations: transcriptions, oracles, rationals",
          f"{PRODUCT}, tests/support/, any library"),
     Room("tests/consumer/", "projects that use the library, installed or as sources",
-         f"{PUBLIC}, {RECORDS}, sweep/, POSIX", True),
+         f"{PUBLIC}, {RECORDS}, {MODEL}, sweep/, POSIX", True),
     Room("bench/", "benchmarks of the library and of other libraries", f"{PRODUCT}, tests/reference/, tests/support/RandomNumbers.h, tests/support/TemporaryFolder.h, any library"),
     Room("fuzz/", "fuzz targets and their seeds", f"{PUBLIC}, {RECORDS}, records/, mesh/, sweep/, tools/support/, nlohmann-json, POSIX"),
-    Room("examples/", "programs as users write them", f"{PUBLIC}, {RECORDS}, mesh/, sweep/", True),
+    Room("examples/", "programs as users write them", f"{PUBLIC}, {RECORDS}, {MODEL}, mesh/, sweep/", True),
 ]
 
 INCLUDE = re.compile(r'^\s*#\s*include\s*(?:<([^>]+)>|"([^"]+)")', re.MULTILINE)

@@ -4,8 +4,9 @@
 usage: check_notices.py [ROOT]
 
 The libraries are the packages named lib... or ...-dev of the group python in scripts/packages.sh, which holds the
-group build. Python itself loads the module, and has its own notices. The heading of a
-section is an underlined line that names the package in brackets.
+group build. Python itself loads the module, and has its own notices. The heading of a section is an underlined line
+that names the package in brackets. It names the holder of the copyright, or says that the library is in the public
+domain.
 """
 
 import pathlib
@@ -34,7 +35,7 @@ def problems(packages, notices):
     for name in sorted(set(sections) - needed):
         yield f"{name} has a section, but no program is built with {name}"
     for name, text in sorted(sections.items()):
-        if not re.search(r"^Copyright \([cC]\) ", text, re.MULTILINE):
+        if not re.search(r"^(Copyright \([cC]\) |In the public domain: )", text, re.MULTILINE):
             yield f"{name}: the section does not name the holder of the copyright"
         promised = re.search(r"The (\w+) licence, whose text is at the end", text)
         if promised and promised.group(1) not in titles:

@@ -14,7 +14,7 @@ packages_of() {
     # Packages to build and install the library and the programs. (Assimp's CMake files name libz.so.)
     build)
       echo g++ cmake ninja-build \
-        libfast-float-dev libassimp-dev zlib1g-dev libcli11-dev nlohmann-json3-dev
+        libfast-float-dev libassimp-dev zlib1g-dev libcli11-dev nlohmann-json3-dev libsqlite3-dev
       ;;
     # The Python module. Without these packages the rest is built.
     python)

@@ -22,9 +22,9 @@ const char* const kFooter =
     "  show NAME    Shows a root, by its name or its number, and what it "
     "holds\n"
     "  check        Checks FILE, and that the library can restore its records\n"
-    "  convert OUT  Writes the records of FILE to the file OUT, in the "
-    "form that this\n"
-    "               version writes\n"
+    "  convert OUT  Writes the records of FILE to the file OUT: a database "
+    "where\n"
+    "               OUT ends in .gslm, .sqlite or .db; otherwise the byte form\n"
     "  diff OTHER   Compares FILE with the file OTHER\n"
     "\n"
     "Exit status:\n"
@@ -37,7 +37,8 @@ const char* const kFooter =
     "Examples:\n"
     "  $ gsl-model part.gslr list\n"
     "  $ gsl-model part.gslr show axis --json -\n"
-    "  $ gsl-model part.gslr diff other.gslr";
+    "  $ gsl-model part.gslr convert part.gslm\n"
+    "  $ gsl-model part.gslr diff part.gslm";
 
 struct CommandRow {
   const char* name;
@@ -56,7 +57,9 @@ constexpr CommandRow kCommands[] = {
 
 void Declare(CLI::App& app, ModelOptions& options) {
   DeclareProgram(app, kUsage, kFooter);
-  app.add_option("FILE")->description("File of saved records; - for stdin");
+  app.add_option("FILE")->description(
+      "File of saved records, in the byte form or a database; - for the "
+      "byte form on stdin");
   app.add_option("COMMAND")->description("list, show, check, convert or diff");
   app.add_option("ARGUMENT")->description("What the command works with");
   app.add_option("--json")

@@ -1,8 +1,8 @@
 #include "ModelOptions.h"
 #include "OutputFile.h"
 #include "gsl_RecordError.h"
-#include "gsl_RecordFile.h"
 #include "support/InputText.h"
+#include "support/ModelFile.h"
 #include "support/NearName.h"
 #include "support/Program.h"
 #include "support/RecordCheck.h"
@@ -31,6 +31,9 @@ gsl_RecordStore LoadFromStandardInput() {
   std::string bytes;
   for (std::string_view part; !(part = input.Next()).empty();)
     bytes += part;
+  if (IsDatabase(bytes)) {
+    throw InputError(input.Name() + ": is a database; expected the byte form of records");
+  }
   try {
     return gsl_RecordStore::FromBytes(reinterpret_cast<const unsigned char*>(bytes.data()),
                                       bytes.size());
@@ -43,7 +46,7 @@ gsl_RecordStore LoadFromStandardInput() {
 gsl_RecordStore Load(const std::string& file) {
   if (file == "-") return LoadFromStandardInput();
   try {
-    return gsl_LoadRecords(file);
+    return LoadModelFile(file);
   } catch (const gsl_RecordError& error) {
     throw InputError(error.what());
   }
@@ -128,7 +131,7 @@ void Check(const ModelOptions& options) {
 
 void Convert(const ModelOptions& options) {
   gsl_mesh::CheckOutputPath(options.output, options.force);
-  gsl_SaveRecords(Load(options.file), options.output);
+  SaveModelFile(Load(options.file), options.output);
 }
 
 ExitStatus Diff(const ModelOptions& options) {

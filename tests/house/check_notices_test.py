@@ -55,6 +55,10 @@ class CheckNotices(unittest.TestCase):
         self.assertEqual(self.problems_of(PACKAGES, NOTICES.replace("Copyright (C) 2002", "By")),
                          ["two-dev: the section does not name the holder of the copyright"])
 
+    def test_the_public_domain_has_no_holder(self):
+        free = NOTICES.replace("Copyright (C) 2002 Somebody else", "In the public domain: nobody claims a copyright.")
+        self.assertEqual(self.problems_of(PACKAGES, free), [])
+
     def test_a_promised_licence_must_be_there(self):
         cut = NOTICES.replace("The MIT licence\n---------------\n", "")
         self.assertEqual(self.problems_of(PACKAGES, cut), ["libone-dev: the text of the MIT licence is missing"])

@@ -1,5 +1,6 @@
 #include "gsl_RecordFile.h"
 
+#include "ChildProcess.h"
 #include "RawRecords.h"
 #include "Records.h"
 #include "TemporaryFolder.h"
@@ -109,26 +110,6 @@ TEST(GslRecordFile, ErrorsNameTheFileAndTheReason) {
             newer + ": The records have format version 7, which is newer, but this library reads "
                     "version 2");
 }
-
-namespace {
-
-/// Does the work in a child process. Returns its exit status, or -1.
-template <class Work>
-int StatusInChild(const Work& work) {
-  const pid_t child = fork();
-  if (child == 0) _exit(work());
-  int status = -1;
-  waitpid(child, &status, 0);
-  return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-}
-
-/// Makes this process one without rights over files of others.
-bool BecomeNobody() {
-  constexpr uid_t kNobody = 65534;
-  return geteuid() != 0 || (setgid(kNobody) == 0 && setuid(kNobody) == 0);
-}
-
-} // namespace
 
 TEST(GslRecordFile, FullDiskLeavesTheOldFileAndNothingElse) {
   const TemporaryFolder folder;

@@ -145,6 +145,51 @@ TEST_F(GslModel, ConversionKeepsEverything) {
   EXPECT_EQ(BytesOf(out), BytesOf(deep));
 }
 
+#ifndef GSL_WITHOUT_MODEL
+
+TEST_F(GslModel, WorksOnDatabasesAsOnTheByteForm) {
+  const std::string database = m_folder.Path("part.gslm");
+  const Outcome run = Model(m_part + " convert " + database);
+  EXPECT_EQ(run.status, 0) << run.err;
+  EXPECT_EQ(BytesOf(database).substr(0, 15), "SQLite format 3");
+  for (const char* command : {" list", " show part", " show 1", " show part --json -"}) {
+    std::string out = Model(database + command).out;
+    const std::size_t name = out.find(database);
+    if (name != std::string::npos) out.replace(name, database.size(), m_part);
+    EXPECT_EQ(out, Model(m_part + command).out) << command;
+  }
+  EXPECT_EQ(Model(database + " check").out, database + ": no problem; 2 roots, 7 records\n");
+  EXPECT_EQ(Model(m_part + " diff " + database).status, 0);
+  EXPECT_EQ(Model(database + " diff " + Save("other.gslr", EveryKind(2.0))).out,
+            "~ part/x: 1.5 -> 2\n");
+  ExpectError(Model(m_part + " convert " + database), 4,
+              database + ": already exists and is kept; --force replaces it");
+  EXPECT_EQ(Model(m_part + " convert --force " + database).status, 0);
+  const std::string back = m_folder.Path("back.gslr");
+  EXPECT_EQ(Model(database + " convert " + back).status, 0);
+  EXPECT_EQ(BytesOf(back), BytesOf(m_part));
+  ExpectError(Shell("$MODEL - list <" + database), 3,
+              "standard input: is a database; expected the byte form of records");
+}
+
+TEST_F(GslModel, DamagedDatabaseIsRefusedByEveryCommand) {
+  const std::string database = m_folder.Path("part.gslm");
+  ASSERT_EQ(Model(m_part + " convert " + database).status, 0);
+  std::string bytes = BytesOf(database);
+  const std::size_t text = bytes.find("my_Part");
+  ASSERT_NE(text, std::string::npos);
+  bytes[text] = 'M';
+  m_folder.Write("part.gslm", bytes);
+  for (const std::string& command :
+       std::vector<std::string>{" list", " show 0", " check", " convert out", " diff " + m_part}) {
+    ExpectError(Model(database + command), 3,
+                database + ": the root \"part\" is damaged: the checksum of its class 5242881 does "
+                           "not match");
+  }
+}
+
+#endif
+
 TEST_F(GslModel, OutputThatCannotBeWrittenLeavesTheOldFile) {
   const std::string before = BytesOf(m_part);
   const std::string other = Save("other.gslr", EveryKind(2.0));

@@ -1,0 +1,276 @@
+#include "Database.h"
+
+#include "gsl_RecordError.h"
+
+#include <sqlite3.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <fcntl.h>
+#include <limits>
+#include <new>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace gsl_model {
+
+namespace {
+
+constexpr std::string_view kMagic{"SQLite format 3\0", 16};
+
+/// Whether the bytes are UTF-8 and have no zero byte.
+bool IsPlainText(std::string_view text) {
+  for (std::size_t i = 0; i < text.size();) {
+    const auto lead = static_cast<unsigned char>(text[i]);
+    if (lead == 0) return false;
+    if (lead < 0x80) {
+      ++i;
+      continue;
+    }
+    const std::size_t length = lead >= 0xF0 ? 4 : lead >= 0xE0 ? 3 : 2;
+    if (lead < 0xC2 || lead > 0xF4 || i + length > text.size()) return false;
+    const auto second = static_cast<unsigned char>(text[i + 1]);
+    // Overlong forms, surrogates, and what is beyond the last character.
+    if ((lead == 0xE0 && second < 0xA0) || (lead == 0xED && second > 0x9F)) return false;
+    if ((lead == 0xF0 && second < 0x90) || (lead == 0xF4 && second > 0x8F)) return false;
+    for (std::size_t k = 1; k < length; ++k) {
+      if ((static_cast<unsigned char>(text[i + k]) & 0xC0u) != 0x80u) return false;
+    }
+    i += length;
+  }
+  return true;
+}
+
+std::string HexOf(std::string_view bytes) {
+  std::string text;
+  for (const char byte : bytes) {
+    char digits[4];
+    std::snprintf(digits, sizeof digits, "%02x ", static_cast<unsigned char>(byte));
+    text += digits;
+  }
+  if (!text.empty()) text.pop_back();
+  return text;
+}
+
+/// The text without what a damaged file may have put into it: control characters, bytes that are
+/// not UTF-8, and more than a line.
+std::string InOneLine(std::string text) {
+  constexpr std::size_t kMost = 300;
+  const bool isText = IsPlainText(text);
+  for (char& c : text) {
+    const auto byte = static_cast<unsigned char>(c);
+    if (byte < 0x20 || byte == 0x7F || (!isText && byte >= 0x80)) c = '?';
+  }
+  if (!isText && text.size() > kMost) text.resize(kMost);
+  return text;
+}
+
+/// The name that SQLite takes for a file and for nothing else.
+std::string FileName(const std::string& path) {
+  return !path.empty() && path[0] == '/' ? path : "./" + path;
+}
+
+} // namespace
+
+Statement::Statement(Database& database, std::string_view sql) : m_database(database) {
+  Check(sqlite3_prepare_v3(database.Connection(), sql.data(), static_cast<int>(sql.size()),
+                           SQLITE_PREPARE_PERSISTENT, &m_statement, nullptr));
+}
+
+Statement::~Statement() {
+  sqlite3_finalize(m_statement);
+}
+
+void Statement::Check(int code) {
+  m_database.Check(code);
+}
+
+Statement& Statement::Bind(int parameter, std::int64_t value) {
+  Check(sqlite3_bind_int64(m_statement, parameter, value));
+  return *this;
+}
+
+Statement& Statement::BindText(int parameter, std::string_view text) {
+  if (!IsPlainText(text)) return BindBytes(parameter, text.data(), text.size());
+  Check(sqlite3_bind_text64(m_statement, parameter, text.data() != nullptr ? text.data() : "",
+                            text.size(), SQLITE_STATIC, SQLITE_UTF8));
+  return *this;
+}
+
+Statement& Statement::BindBytes(int parameter, const void* bytes, std::size_t count) {
+  Check(sqlite3_bind_blob64(m_statement, parameter, bytes != nullptr ? bytes : "", count,
+                            SQLITE_STATIC));
+  return *this;
+}
+
+Statement& Statement::BindNull(int parameter) {
+  Check(sqlite3_bind_null(m_statement, parameter));
+  return *this;
+}
+
+bool Statement::Step() {
+  const int code = sqlite3_step(m_statement);
+  if (code == SQLITE_ROW) return true;
+  if (code == SQLITE_DONE) return false;
+  // A reset would forget the error of the system.
+  try {
+    Check(code);
+  } catch (...) {
+    Reset();
+    throw;
+  }
+  return false;
+}
+
+void Statement::Run() {
+  while (Step()) {
+  }
+  Reset();
+}
+
+void Statement::Reset() {
+  sqlite3_reset(m_statement);
+}
+
+bool Statement::IsNull(int column) const {
+  return sqlite3_column_type(m_statement, column) == SQLITE_NULL;
+}
+
+bool Statement::IsInteger(int column) const {
+  return sqlite3_column_type(m_statement, column) == SQLITE_INTEGER;
+}
+
+std::int64_t Statement::Integer(int column) const {
+  return sqlite3_column_int64(m_statement, column);
+}
+
+std::string_view Statement::Bytes(int column) const {
+  const void* const bytes = sqlite3_column_blob(m_statement, column);
+  const int count = sqlite3_column_bytes(m_statement, column);
+  if (bytes == nullptr) return {};
+  return {static_cast<const char*>(bytes), static_cast<std::size_t>(count)};
+}
+
+void Database::Close::operator()(sqlite3* connection) const {
+  sqlite3_close_v2(connection);
+}
+
+Database::Database(const std::string& path, Access access, std::chrono::milliseconds patience)
+    : m_path(path) {
+  CheckFile(access);
+  // A reader too may have to complete what a writer that was interrupted left.
+  const int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE |
+                    (access == Access::Create ? SQLITE_OPEN_CREATE : 0);
+  sqlite3* connection = nullptr;
+  const int code = sqlite3_open_v2(FileName(path).c_str(), &connection, flags, nullptr);
+  m_connection.reset(connection);
+  if (connection == nullptr) throw std::bad_alloc();
+  Check(code);
+  m_isOpen = true;
+  if (access != Access::Read && sqlite3_db_readonly(connection, "main") == 1) {
+    Fail("cannot be written: Permission denied");
+  }
+  sqlite3_busy_timeout(connection, static_cast<int>(patience.count()));
+  sqlite3_db_config(connection, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
+  Run("PRAGMA trusted_schema = OFF; PRAGMA cell_size_check = ON; PRAGMA foreign_keys = ON; "
+      "PRAGMA temp_store = MEMORY");
+}
+
+Database::~Database() = default;
+
+/// Judges the file before SQLite does, whose words for it are general.
+void Database::CheckFile(Access access) const {
+  struct stat status = {};
+  if (stat(m_path.c_str(), &status) != 0) {
+    if (errno == ENOENT && access == Access::Create) return;
+    Fail(std::string("cannot open: ") + std::strerror(errno));
+  }
+  if (!S_ISREG(status.st_mode)) Fail("is not a regular file");
+  const int file = open(m_path.c_str(), O_RDONLY | O_CLOEXEC);
+  if (file < 0) Fail(std::string("cannot open: ") + std::strerror(errno));
+  std::array<char, kMagic.size()> start = {};
+  const ssize_t count = read(file, start.data(), start.size());
+  const int error = errno;
+  close(file);
+  if (count < 0) Fail(std::string("cannot read: ") + std::strerror(error));
+  if (count == 0) {
+    // A writer that was interrupted while it created the file leaves an empty one.
+    if (access == Access::Create) return;
+    Fail("is not a model: the file is empty");
+  }
+  const std::string_view found(start.data(), static_cast<std::size_t>(count));
+  if (found == kMagic) return;
+  Fail("is not a model: the file starts with " +
+       HexOf(found.substr(0, std::min<std::size_t>(4, found.size()))) +
+       ", but a model starts with 53 51 4c 69 (\"SQLi\")");
+}
+
+bool Database::IsEmpty() const {
+  struct stat status = {};
+  return stat(m_path.c_str(), &status) == 0 && status.st_size == 0;
+}
+
+void Database::Run(const char* sql) {
+  Check(sqlite3_exec(Connection(), sql, nullptr, nullptr, nullptr));
+}
+
+std::int64_t Database::Integer(std::string_view sql) {
+  Statement statement(*this, sql);
+  return statement.Step() ? statement.Integer(0) : 0;
+}
+
+bool Database::IsInTransaction() const {
+  return sqlite3_get_autocommit(Connection()) == 0;
+}
+
+void Database::RollBack() noexcept {
+  if (IsInTransaction()) sqlite3_exec(Connection(), "ROLLBACK", nullptr, nullptr, nullptr);
+}
+
+std::string Database::ReasonOf(int code) const {
+  const int error = sqlite3_system_errno(Connection());
+  const std::string system = error != 0 ? std::strerror(error) : sqlite3_errmsg(Connection());
+  switch (code & 0xFF) {
+  case SQLITE_BUSY:
+  case SQLITE_LOCKED:
+    return "is locked: another program is writing to it";
+  case SQLITE_READONLY:
+    return code == SQLITE_READONLY_ROLLBACK || code == SQLITE_READONLY_CANTLOCK
+               ? "cannot be read: its writer was interrupted, and only a program that may write "
+                 "the "
+                 "file can restore it"
+               : "cannot be written: the file or its folder is read-only";
+  case SQLITE_FULL:
+    return "cannot be written: the disk is full";
+  case SQLITE_CANTOPEN:
+    return (m_isOpen ? "cannot be written: its journal beside it cannot be opened: "
+                     : "cannot open: ") +
+           system;
+  case SQLITE_IOERR:
+    return (code == SQLITE_IOERR_READ || code == SQLITE_IOERR_SHORT_READ ? "cannot be read: "
+                                                                         : "cannot be written: ") +
+           system;
+  case SQLITE_NOTADB:
+    return "is damaged: its header is not the header of a database";
+  case SQLITE_CORRUPT:
+    return std::string("is damaged: ") + sqlite3_errmsg(Connection());
+  default:
+    return std::string("cannot be used: ") + sqlite3_errmsg(Connection());
+  }
+}
+
+void Database::Check(int code) const {
+  const int primary = code & 0xFF;
+  if (primary == SQLITE_OK || primary == SQLITE_ROW || primary == SQLITE_DONE) return;
+  if (primary == SQLITE_NOMEM) throw std::bad_alloc();
+  Fail(ReasonOf(code));
+}
+
+void Database::Fail(const std::string& why) const {
+  throw gsl_RecordError(m_path + ": " + InOneLine(why));
+}
+
+} // namespace gsl_model

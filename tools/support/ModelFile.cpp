@@ -1,0 +1,150 @@
+#include "support/ModelFile.h"
+
+#include "gsl_RecordError.h"
+#include "gsl_RecordFile.h"
+#include "support/RecordCopy.h"
+
+#ifndef GSL_WITHOUT_MODEL
+#include "gsl_Model.h"
+#endif
+
+#include <array>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <fcntl.h>
+#include <filesystem>
+#include <fstream>
+#include <system_error>
+#include <unistd.h>
+
+namespace gsl_tools {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::string_view kDatabase{"SQLite format 3\0", 16};
+
+#ifdef GSL_WITHOUT_MODEL
+
+[[noreturn]] void RefuseDatabase(const std::string& path) {
+  throw gsl_RecordError(path + ": is a database, but this program was built without SQLite");
+}
+
+gsl_RecordStore LoadDatabase(const std::string& path) {
+  RefuseDatabase(path);
+}
+
+void SaveDatabase(const gsl_RecordStore&, const std::string& path) {
+  RefuseDatabase(path);
+}
+
+#else
+
+gsl_RecordStore LoadDatabase(const std::string& path) {
+  gsl_RecordStore store;
+  CopyRecords(*gsl_model::Model(path, gsl_model::Access::Read).ReadAll(), store);
+  return store;
+}
+
+/// A database beside its place, which is removed unless it was renamed.
+class NewDatabase {
+public:
+  explicit NewDatabase(const std::string& path)
+      : m_path(path), m_place(PlaceOf(path)), m_name(m_place + '.' + std::to_string(getpid())) {
+    std::error_code ignored;
+    // The journal belongs to the old file, and would be applied to the new one.
+    if (fs::exists(m_place + "-journal", ignored)) {
+      Fail("cannot be replaced: a writer of it was interrupted or is not done");
+    }
+  }
+  ~NewDatabase() {
+    std::error_code ignored;
+    fs::remove(m_name, ignored);
+    fs::remove(m_name + "-journal", ignored);
+  }
+  NewDatabase(const NewDatabase&) = delete;
+  NewDatabase& operator=(const NewDatabase&) = delete;
+
+  void Fill(const gsl_RecordStore& records) const {
+    try {
+      gsl_model::Model(m_name).Write(
+          [&](gsl_model::Transaction& t) { CopyRecords(records, t.Writer()); });
+    } catch (const gsl_RecordError& error) {
+      // The message names the file beside the place.
+      const std::string what = error.what();
+      if (what.find(m_name + ": ") == 0) Fail(what.substr(m_name.size() + 2));
+      Fail(what);
+    }
+  }
+
+  void MoveIntoPlace() const {
+    std::error_code ignored;
+    const fs::file_status existing = fs::status(m_place, ignored);
+    if (fs::exists(existing)) fs::permissions(m_name, existing.permissions(), ignored);
+    if (std::rename(m_name.c_str(), m_place.c_str()) != 0) {
+      Fail(std::string("cannot replace the file: ") + std::strerror(errno));
+    }
+    // The rename is on the disk when the folder is.
+    const fs::path folder = fs::path(m_place).parent_path();
+    const int descriptor = open(folder.empty() ? "." : folder.c_str(), O_RDONLY | O_CLOEXEC);
+    if (descriptor < 0) return;
+    fsync(descriptor);
+    close(descriptor);
+  }
+
+private:
+  /// Where symbolic links lead.
+  static std::string PlaceOf(const std::string& path) {
+    std::error_code failed;
+    const fs::path place = fs::canonical(path, failed);
+    return failed ? path : place.string();
+  }
+
+  [[noreturn]] void Fail(const std::string& why) const {
+    throw gsl_RecordError(m_path + ": " + why);
+  }
+
+  std::string m_path, m_place, m_name;
+};
+
+void SaveDatabase(const gsl_RecordStore& records, const std::string& path) {
+  const NewDatabase file(path);
+  file.Fill(records);
+  file.MoveIntoPlace();
+}
+
+#endif
+
+} // namespace
+
+bool IsDatabase(std::string_view bytes) {
+  return bytes.substr(0, kDatabase.size()) == kDatabase;
+}
+
+bool NamesDatabase(const std::string& path) {
+  const std::string extension = fs::path(path).extension().string();
+  return extension == ".gslm" || extension == ".sqlite" || extension == ".db";
+}
+
+gsl_RecordStore LoadModelFile(const std::string& path) {
+  std::array<char, kDatabase.size()> start = {};
+  std::error_code ignored;
+  if (fs::is_regular_file(path, ignored)) {
+    std::ifstream file(path, std::ios::binary);
+    file.read(start.data(), static_cast<std::streamsize>(start.size()));
+  }
+  if (IsDatabase({start.data(), start.size()})) return LoadDatabase(path);
+  return gsl_LoadRecords(path);
+}
+
+void SaveModelFile(const gsl_RecordStore& records, const std::string& path) {
+  if (NamesDatabase(path)) {
+    SaveDatabase(records, path);
+  } else {
+    gsl_SaveRecords(records, path);
+  }
+}
+
+} // namespace gsl_tools
