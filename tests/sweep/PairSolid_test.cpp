@@ -246,7 +246,7 @@ public:
     for (std::size_t k = 0; k < mesh.corners.size(); k += 3)
       std::swap(mesh.corners[k + 1], mesh.corners[k + 2]);
     for (int i = 0; i < kSteps; ++i) {
-      const auto outer = [this, i](int step, int j) { return On(i + step, j, 4.0); };
+      const auto outer = [i](int step, int j) { return On(i + step, j, 4.0); };
       sweep_shapes::AddQuad(mesh, outer(0, m_from), outer(1, m_from), outer(1, m_to),
                             outer(0, m_to));
       sweep_shapes::AddQuad(mesh, At(i, m_from), At(i + 1, m_from), outer(1, m_from),
