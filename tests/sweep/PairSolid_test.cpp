@@ -4,7 +4,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
+#include <cstdio>
+#include <cstdlib>
 #include <stdexcept>
 #include <string>
 
@@ -206,16 +209,235 @@ TEST(PairSolid, TheStateAtRestIsKeptForItsOffsetAlone) {
   pair.First(questions.data(), questions.size(), answers.data(), run);
   std::size_t overlaps = 0;
   for (std::size_t k = 0; k < questions.size(); ++k) {
-    const Pair fresh(BodyOf(BoxOf({1, 1, 5}, {2, 2, 6})),
-                     {BodyOf(table), BodyOf(BoxOf({3, 3, 2}, {4, 4, 9}))});
-    EXPECT_TRUE(sweep_ask::SameBits(answers[k], fresh.First(questions[k]))) << k;
+    const Body moving = BodyOf(BoxOf({1, 1, 5}, {2, 2, 6}));
+    const Body fixed[2] = {BodyOf(table), BodyOf(BoxOf({3, 3, 2}, {4, 4, 9}))};
+    EXPECT_TRUE(SameBits(answers[k], Pair(moving, {fixed[0], fixed[1]}).First(questions[k]))) << k;
     overlaps += answers[k].contact.overlapsAtStart ? 1 : 0;
-    const std::vector<Answer> each = pair.FirstOfEach(questions[k]);
-    const std::vector<Answer> freshEach = fresh.FirstOfEach(questions[k]);
+    std::vector<Answer> each = pair.FirstOfEach(questions[k]);
+    each[1].contact.fixedBody = 0;
     for (std::size_t body = 0; body < 2; ++body)
-      EXPECT_TRUE(sweep_ask::SameBits(each[body], freshEach[body])) << k;
+      EXPECT_TRUE(SameBits(each[body], Pair(moving, {fixed[body]}).First(questions[k]))) << k;
   }
   EXPECT_EQ(overlaps, 9u);
+}
+
+/// A thread of pitch 1: grids of 16 points around and 16 along each turn. A step around goes with a
+/// step along, so that the diagonals of the grid follow the thread.
+class Thread {
+public:
+  /// The thread of the nut is wider by `play` steps on both flanks.
+  Thread(int from, int to, int play) : m_from(from), m_to(to), m_play(play) {}
+
+  /// The rod with this thread.
+  Mesh Bolt() const {
+    Mesh mesh = Surface();
+    for (int i = 0; i < kSteps; ++i) {
+      const Coord3 low{0, 0, Height(m_from)};
+      const Coord3 high{0, 0, Height(m_to)};
+      sweep_shapes::AddTriangle(mesh, low, At(i + 1, m_from), At(i, m_from));
+      sweep_shapes::AddTriangle(mesh, high, At(i, m_to), At(i + 1, m_to));
+    }
+    return mesh;
+  }
+
+  /// The ring with this thread inside.
+  Mesh Nut() const {
+    Mesh mesh = Surface();
+    for (std::size_t k = 0; k < mesh.corners.size(); k += 3)
+      std::swap(mesh.corners[k + 1], mesh.corners[k + 2]);
+    for (int i = 0; i < kSteps; ++i) {
+      const auto outer = [i](int step, int j) { return On(i + step, j, 4.0); };
+      sweep_shapes::AddQuad(mesh, outer(0, m_from), outer(1, m_from), outer(1, m_to),
+                            outer(0, m_to));
+      sweep_shapes::AddQuad(mesh, At(i, m_from), At(i + 1, m_from), outer(1, m_from),
+                            outer(0, m_from));
+      sweep_shapes::AddQuad(mesh, At(i + 1, m_to), At(i, m_to), outer(0, m_to), outer(1, m_to));
+    }
+    return mesh;
+  }
+
+private:
+  static constexpr int kSteps = 16;
+
+  static double Height(int j) { return j / 16.0; }
+  static Coord3 On(int i, int j, double radius) {
+    const double angle = std::acos(-1.0) * 2.0 * (i % kSteps) / kSteps;
+    return {radius * std::cos(angle), radius * std::sin(angle), Height(j)};
+  }
+  /// The radius of the bolt: crest, flank, root, flank, four steps each.
+  static double Profile(int step) {
+    const int k = (step % kSteps + kSteps) % kSteps;
+    return k < 4 ? 3.0 : k < 8 ? 3.0 - (k - 4) / 8.0 : k < 12 ? 2.5 : 2.5 + (k - 12) / 8.0;
+  }
+  Coord3 At(int i, int j) const {
+    double radius = 0.0;
+    for (int step = j - m_play; step <= j + m_play; ++step)
+      radius = std::max(radius, Profile(step - i));
+    return On(i, j, radius);
+  }
+  Mesh Surface() const {
+    Mesh mesh;
+    for (int i = 0; i < kSteps; ++i) {
+      for (int j = m_from; j < m_to; ++j) {
+        sweep_shapes::AddTriangle(mesh, At(i, j), At(i + 1, j), At(i + 1, j + 1));
+        sweep_shapes::AddTriangle(mesh, At(i, j), At(i + 1, j + 1), At(i, j + 1));
+      }
+    }
+    return mesh;
+  }
+  int m_from, m_to, m_play;
+};
+
+TEST(PairSolid, ABoltInANutOfItsThreadHasThePlayOfItsFlanks) {
+  const Body bolt = BodyOf(Thread(-8, 24, 0).Bolt());
+  ASSERT_TRUE(bolt.IsSolid()) << bolt.IsSolid().Reason();
+  for (const int play : {0, 1, 3}) {
+    const Body nut = BodyOf(Thread(0, 16, play).Nut());
+    ASSERT_TRUE(nut.IsSolid()) << nut.IsSolid().Reason();
+    const Pair pair(bolt, {nut});
+    for (const Coord3& direction : {up, down}) {
+      const Answer answer = pair.First(Along(direction));
+      if (play == 0) {
+        ExpectStart(answer, false);
+      } else {
+        ExpectTravel(answer, play / 16.0);
+      }
+    }
+    // The crests fill the grooves, whatever the play.
+    for (const Coord3& aside : {right, Coord3{0, 1, 0}, Coord3{-1, 2, 0}})
+      ExpectStart(pair.First(Along(aside)), false);
+    Question shifted = Along(up);
+    shifted.offset = {0, 0, (play + 0.5) / 16.0};
+    ExpectStart(pair.First(shifted), true);
+  }
+}
+
+/// Returns a prism from y = 0 to y = length over a convex polygon of points (x, 0, z), which turns
+/// right as seen along y.
+Mesh PrismOf(const std::vector<Coord3>& polygon, double length) {
+  Mesh mesh;
+  const auto far = [length](const Coord3& p) { return Coord3{p.x, length, p.z}; };
+  for (std::size_t k = 0; k < polygon.size(); ++k) {
+    const Coord3& p = polygon[k];
+    const Coord3& q = polygon[(k + 1) % polygon.size()];
+    sweep_shapes::AddQuad(mesh, q, p, far(p), far(q));
+    if (k < 2) continue;
+    sweep_shapes::AddTriangle(mesh, polygon[0], polygon[k - 1], p);
+    sweep_shapes::AddTriangle(mesh, far(polygon[0]), far(p), far(polygon[k - 1]));
+  }
+  return mesh;
+}
+
+TEST(PairSolid, ADovetailSlidesAlongItsGrooveOnly) {
+  Mesh groove = PrismOf({{-4, 0, 0}, {-2, 0, 0}, {-1, 0, 2}, {-4, 0, 2}}, 6);
+  Append(groove, PrismOf({{2, 0, 0}, {4, 0, 0}, {4, 0, 2}, {1, 0, 2}}, 6));
+  Append(groove, PrismOf({{-4, 0, -1}, {4, 0, -1}, {4, 0, 0}, {-4, 0, 0}}, 6));
+  const Mesh tail = PrismOf({{-2, 0, 0}, {2, 0, 0}, {1, 0, 2}, {-1, 0, 2}}, 6);
+  ASSERT_TRUE(BodyOf(groove).IsSolid()) << BodyOf(groove).IsSolid().Reason();
+  ASSERT_TRUE(BodyOf(tail).IsSolid()) << BodyOf(tail).IsSolid().Reason();
+  const Coord3 along{0, 1, 0};
+  EXPECT_EQ(Ask(tail, groove, along).status, SweepStatus::None);
+  EXPECT_EQ(Ask(tail, groove, {0, -1, 0}).status, SweepStatus::None);
+  for (const Coord3& blocked : {up, down, right, Coord3{-1, 0, 0}, Coord3{1, 0, 2},
+                                Coord3{-1, 0, 2}, Coord3{0x1p-40, 1, 0}, Coord3{0, 1, 0x1p-40}})
+    ExpectStart(Ask(tail, groove, blocked), false);
+  // A stop at the end of the groove.
+  Append(groove, BoxOf({-4, 8, -1}, {4, 9, 4}));
+  ExpectTravel(Ask(tail, groove, along), 2.0);
+}
+
+/// Returns a ball of triangles, symmetric along each axis.
+Mesh BallOf(double radius, int count) {
+  Mesh mesh;
+  const auto at = [radius](double x, double y, double z) {
+    const double length = std::sqrt(x * x + y * y + z * z);
+    return Coord3{radius * x / length, radius * y / length, radius * z / length};
+  };
+  for (int octant = 0; octant < 8; ++octant) {
+    const double s[3] = {octant & 1 ? -1.0 : 1.0, octant & 2 ? -1.0 : 1.0, octant & 4 ? -1.0 : 1.0};
+    const bool isTurned = s[0] * s[1] * s[2] < 0.0;
+    const auto corner = [&](int i, int j) {
+      return at(s[0] * i, s[1] * j, s[2] * (count - i - j));
+    };
+    const auto add = [&](const Coord3& a, const Coord3& b, const Coord3& c) {
+      sweep_shapes::AddTriangle(mesh, a, isTurned ? c : b, isTurned ? b : c);
+    };
+    for (int i = 0; i < count; ++i) {
+      for (int j = 0; i + j < count; ++j) {
+        add(corner(i, j), corner(i + 1, j), corner(i, j + 1));
+        if (i + j + 1 < count) add(corner(i + 1, j), corner(i + 1, j + 1), corner(i, j + 1));
+      }
+    }
+  }
+  return mesh;
+}
+
+TEST(PairSolid, ABallInACageOfBarsStopsAtEachWindow) {
+  // The bars are the edges of a cube. They cross each other in its corners.
+  Mesh cage;
+  for (const double p : {-3.5, 2.5}) {
+    for (const double q : {-3.5, 2.5}) {
+      Append(cage, BoxOf({-3.5, p, q}, {3.5, p + 1, q + 1}));
+      Append(cage, BoxOf({p, -3.5, q}, {p + 1, 3.5, q + 1}));
+      Append(cage, BoxOf({p, q, -3.5}, {p + 1, q + 1, 3.5}));
+    }
+  }
+  const Mesh ball = BallOf(3.25, 6);
+  ASSERT_TRUE(BodyOf(ball).IsSolid()) << BodyOf(ball).IsSolid().Reason();
+  ASSERT_TRUE(BodyOf(cage).IsSolid()) << BodyOf(cage).IsSolid().Reason();
+  // The ball reaches out of the windows. It stops where the part of it beyond y = 2.5, which is
+  // behind a bar, meets the bar.
+  double farthest = 0.0;
+  for (std::size_t k = 0; k < ball.corners.size(); ++k) {
+    const Coord3& a = ball.corners[k];
+    const Coord3& b = ball.corners[k % 3 == 2 ? k - 2 : k + 1];
+    if (a.y >= 2.5) farthest = std::max(farthest, a.x);
+    if ((a.y - 2.5) * (b.y - 2.5) >= 0.0) continue;
+    farthest = std::max(farthest, a.x + (2.5 - a.y) / (b.y - a.y) * (b.x - a.x));
+  }
+  const Pair pair(BodyOf(ball), {BodyOf(cage)});
+  for (const Coord3& direction :
+       {up, down, right, Coord3{-1, 0, 0}, Coord3{0, 1, 0}, Coord3{0, -1, 0}}) {
+    const Answer answer = pair.First(Along(direction));
+    ASSERT_EQ(answer.status, SweepStatus::Contact);
+    EXPECT_NEAR(answer.contact.travel, 2.5 - farthest, 1e-14);
+  }
+}
+
+TEST(PairSolid, RealPartsThatMateOverlapRightAfterTheirTravel) {
+  const char* const folder = std::getenv("GSL_MESH_DIR");
+  if (folder == nullptr) {
+    std::printf("GSL_MESH_DIR is not set: no real parts are mated\n");
+    return;
+  }
+  const auto body = [folder](const char* name) {
+    return BodyOf(gsl_mesh::ReadMesh(std::string(folder) + "/" + name));
+  };
+  const Body insert = body("nist_insert.stl");
+  for (const char* const name : {"nist_pump_base.stl", "nist_regulator.stl"}) {
+    const Body part = body(name);
+    ASSERT_TRUE(part.IsSolid()) << part.IsSolid().Reason();
+    const Pair pair(part, {insert});
+    for (const Coord3& direction : {down, Coord3{0.125, 0, -1}, Coord3{-0.25, 0.5, -1}}) {
+      Question question = Along(direction);
+      question.offset = {0, 0, 0.5};
+      const Answer answer = pair.First(question);
+      ASSERT_EQ(answer.status, SweepStatus::Contact) << name;
+      Question touching = question;
+      touching.rule = Rule::Touch;
+      EXPECT_GE(answer.contact.travel, pair.First(touching).contact.travel);
+      const auto overlapsAfter = [&](double travel) {
+        Question there = question;
+        there.offset.x += travel * answer.unitDirection.x;
+        there.offset.y += travel * answer.unitDirection.y;
+        there.offset.z += travel * answer.unitDirection.z;
+        return pair.First(there).contact.overlapsAtStart;
+      };
+      for (const double share : {0.25, 0.75, 0.999999})
+        EXPECT_FALSE(overlapsAfter(share * answer.contact.travel)) << name << " " << share;
+      EXPECT_TRUE(overlapsAfter(answer.contact.travel + 1e-7)) << name;
+    }
+  }
 }
 
 TEST(PairSolid, TheSeatedBoltIsFreeUpwardsAndHasItsPlayAside) {
