@@ -117,4 +117,42 @@ int BigNatural::Compare(const BigNatural& a, const BigNatural& b) {
   return CompareLimbs(left.m_limbs, right.m_limbs);
 }
 
+int BigNatural::TopExponent() const {
+  const int low = m_exponent + kLimbBits * static_cast<int>(m_limbs.size() - 1);
+  int top = 0;
+  std::frexp(static_cast<double>(m_limbs.back()), &top);
+  return low + top;
+}
+
+BigNatural BigNatural::Scaled(int exponent) const {
+  BigNatural scaled = *this;
+  scaled.m_exponent += exponent;
+  return scaled;
+}
+
+BigNatural BigNatural::Leading(int bits) const {
+  // The highest limb may have a single bit.
+  const std::size_t kept = static_cast<std::size_t>((bits - 1 + kLimbBits - 1) / kLimbBits) + 1;
+  if (m_limbs.size() <= kept) return *this;
+  BigNatural leading;
+  const std::size_t dropped = m_limbs.size() - kept;
+  leading.m_limbs.assign(m_limbs.begin() + static_cast<std::ptrdiff_t>(dropped), m_limbs.end());
+  leading.m_exponent = m_exponent + kLimbBits * static_cast<int>(dropped);
+  return leading;
+}
+
+DoubleDouble BigNatural::Fraction() const {
+  // Five limbs have 129 bits or more, so less than 2^-128 of the number is dropped. Sums of three
+  // limbs are exact, and each of the other two is off by less than 2^-100 of itself.
+  constexpr std::size_t kTaken = 5;
+  const int shift = -TopExponent();
+  DoubleDouble sum;
+  const std::size_t count = std::min(m_limbs.size(), kTaken);
+  for (std::size_t k = m_limbs.size(); k > m_limbs.size() - count; --k) {
+    const int exponent = m_exponent + kLimbBits * static_cast<int>(k - 1) + shift;
+    sum = gsl_exact::Plus(sum, {std::ldexp(static_cast<double>(m_limbs[k - 1]), exponent), 0.0});
+  }
+  return sum;
+}
+
 } // namespace gsl_exact

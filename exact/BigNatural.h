@@ -8,8 +8,8 @@
 
 namespace gsl_exact {
 
-/// A natural number of any size times a power of two. It allocates, so it is used only for the rare
-/// comparison whose terms are outside the range of double.
+/// A natural number of any size times a power of two. It allocates, so it is used only for rare
+/// decisions whose terms doubles do not hold.
 class BigNatural {
 public:
   /// Zero.
@@ -39,6 +39,17 @@ public:
 
   /// Returns the sign of a - b: -1, 0 or 1.
   static int Compare(const BigNatural& a, const BigNatural& b);
+
+  bool IsZero() const { return m_limbs.empty(); }
+  /// Returns the exponent e such that the number is from 2^(e-1) to less than 2^e. Requires a
+  /// number other than zero.
+  int TopExponent() const;
+  /// Returns the number times 2^exponent.
+  BigNatural Scaled(int exponent) const;
+  /// Returns the number without low bits: at least `bits` of the highest bits stay.
+  BigNatural Leading(int bits) const;
+  /// Returns the number divided by 2^TopExponent(), with a relative error below 2^-98.
+  DoubleDouble Fraction() const;
 
 private:
   void Align(int exponent);

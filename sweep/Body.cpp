@@ -1,3 +1,4 @@
+#include "Grown.h"
 #include "PreparedBody.h"
 
 namespace gsl_sweep {
@@ -17,6 +18,12 @@ Body& Body::operator=(Body&& other) noexcept {
 
 Body Body::Moved(const gsl_Matrix& matrix) const {
   return Body(std::make_shared<PreparedBody>(*m_prepared, MovedVertices(*m_prepared, matrix)));
+}
+
+Body Body::Grown(double e, double* deviation) const {
+  GrownVertices grown = GrowVertices(m_prepared->Triangles(), e);
+  if (deviation != nullptr) *deviation = grown.deviation;
+  return Body(std::make_shared<PreparedBody>(*m_prepared, grown.vertices));
 }
 
 std::size_t Body::TriangleCount() const {

@@ -64,10 +64,11 @@ public:
     const double* p = m_double.data() + 3 * vertex;
     return {p[0], p[1], p[2]};
   }
-  Coord3 At(std::size_t place, int corner) const {
+  std::size_t VertexNumber(std::size_t place, int corner) const {
     const std::size_t k = 3 * place + static_cast<std::size_t>(corner);
-    return VertexAt(IsIndexed() ? m_corners[k] : k);
+    return IsIndexed() ? m_corners[k] : k;
   }
+  Coord3 At(std::size_t place, int corner) const { return VertexAt(VertexNumber(place, corner)); }
   std::size_t Bytes() const {
     return m_single.Bytes() + m_double.Bytes() + m_corners.Bytes() + m_numbers.Bytes();
   }

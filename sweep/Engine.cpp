@@ -45,6 +45,7 @@ double LargestOf(const Box<double>& bounds) {
   return largest;
 }
 
+/// Returns the largest magnitude of a coordinate, or 0 for empty bodies.
 double LargestOfScene(const SceneBodies& bodies, const Coord3& offset) {
   double largest = 0.0;
   if (!bodies.moving->IsEmpty()) largest = LargestOf(ShiftedBounds(*bodies.moving, offset));
@@ -68,7 +69,7 @@ bool AreComfortable(const SceneBodies& bodies, const Question& question) {
   const auto isComfortable = [](const PreparedBody* body) { return body->IsComfortable(); };
   return bodies.moving->IsComfortable() &&
          std::all_of(bodies.fixed.begin(), bodies.fixed.end(), isComfortable) &&
-         IsWithin(question.offset, 0x1p-100, 0x1p120);
+         IsWithin(question.offset, 0x1p-100, 0x1p120) && question.clearance <= 0x1p119;
 }
 
 /// Returns true when the products of the filters stay in that range in the coordinates of the
@@ -169,6 +170,58 @@ Answer SearchFirst(const Scene<Scalar>& scene, const Question& question, const W
     answer.status = isAtStart ? SweepStatus::Start : SweepStatus::Contact;
     WriteContact(scene, found, found.contact, answer.contact);
   }
+  return answer;
+}
+
+/// Returns a bound of the errors of an answer about a clearance: four units in the last place of
+/// the largest coordinate or of the travel.
+double ClearanceError(double largest, double travel) {
+  int exponent = 0;
+  std::frexp(std::max(largest, travel), &exponent);
+  return 4.0 * std::max(std::ldexp(1.0, exponent - 53), std::numeric_limits<double>::denorm_min());
+}
+
+/// Returns how the pair is within the clearance at the start.
+template <class Scalar>
+PairContact WithinAtStart(const Scene<Scalar>& scene, const FoundPair& found) {
+  PairContact unused{};
+  ExactRatio unusedTravel;
+  const PairOutcome outcome = JudgePair(scene.direction, found.movingTriangle, found.fixedTriangle,
+                                        Rule::Touch, 0.0, unused, unusedTravel);
+  return outcome == PairOutcome::Touching
+             ? FirstContactOf(scene.direction, found, true)
+             : ClosestAtRest(scene.direction, found.movingTriangle, found.fixedTriangle);
+}
+
+template <class Scalar>
+Answer SearchClearance(const Scene<Scalar>& scene, const Question& question, const Watch& watch,
+                       Workspace<Scalar>& workspace) {
+  workspace.movingLeaves.Forget();
+  workspace.fixedLeaves.Forget();
+  ClearanceSearch<Scalar> search(scene, question.maxDistance, workspace.movingLeaves,
+                                 workspace.fixedLeaves);
+  Walk<Scalar, ClearanceSearch<Scalar>> walk(scene, search, watch, workspace.stack);
+  const WalkEnd end = walk.Run();
+  if (end == WalkEnd::Cancelled) return {};
+  Answer answer;
+  answer.unitDirection = scene.direction.Unit();
+  answer.status = SweepStatus::None;
+  answer.isExact = false;
+  FoundPair found;
+  if (end == WalkEnd::Stopped) {
+    StartSearch<Scalar> start(scene, workspace.movingLeaves, workspace.fixedLeaves, watch,
+                              workspace.stack);
+    if (start.Run() == WalkEnd::Cancelled) return {};
+    found = start.Best();
+    found.contact = WithinAtStart(scene, found);
+  } else {
+    found = search.Finish();
+  }
+  if (!found.any) return answer;
+  answer.status = end == WalkEnd::Stopped ? SweepStatus::Start : SweepStatus::Contact;
+  WriteContact(scene, found, found.contact, answer.contact);
+  answer.errorBound =
+      ClearanceError(LargestOfScene(scene.bodies, question.offset), answer.contact.travel);
   return answer;
 }
 
@@ -277,7 +330,7 @@ auto WithScene(const SceneBodies& bodies, const Question& question, Workspaces& 
                const Work& work) {
   return WithFiniteOffset(bodies, question, [&](const SceneBodies& finite, const Question& asked) {
     const TravelDirection direction = DirectionOf(asked);
-    const RangeScale scale(LargestOfScene(finite, asked.offset));
+    const RangeScale scale(std::max(LargestOfScene(finite, asked.offset), asked.clearance));
     const bool isAlongEnough = IsWithin(direction.Vector(), 0x1p-60, 1.0);
     if (isAlongEnough && AreComfortable(finite, asked) && CanUseSingle(finite, asked)) {
       const Scene<float> scene(finite, direction, scale, asked, true);
@@ -299,6 +352,12 @@ void RequireQuestion(const Question& question) {
   if (!(question.maxDistance >= 0.0)) {
     throw std::invalid_argument("the greatest distance must be at least 0");
   }
+  if (!(question.clearance >= 0.0) || !std::isfinite(question.clearance)) {
+    throw std::invalid_argument("the clearance must be finite and at least 0");
+  }
+  if (question.clearance != 0.0 && question.rule != Rule::Touch) {
+    throw std::invalid_argument("a clearance is for Rule::Touch, not for the other rules");
+  }
 }
 
 void RequireSolids(const SceneBodies& bodies, const Question& question) {
@@ -316,6 +375,8 @@ Answer AnswerQuestion(const SceneBodies& bodies, const Question& question, const
                       Workspaces& workspaces) {
   return WithScene(bodies, question, workspaces,
                    [&](const auto& scene, const Question& asked, auto& workspace) {
+                     if (asked.clearance > 0.0)
+                       return SearchClearance(scene, asked, watch, workspace);
                      FoundPair unused;
                      return SearchFirst(scene, asked, watch, workspace, unused);
                    });

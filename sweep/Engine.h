@@ -1,6 +1,7 @@
 #ifndef GSL_SWEEP_ENGINE_H
 #define GSL_SWEEP_ENGINE_H
 
+#include "ClearanceSearch.h"
 #include "LastContact.h"
 #include "PatchSearch.h"
 #include "SolidStart.h"

@@ -96,15 +96,16 @@ void WritePlane(LeafTriangles<Scalar>& leaf, int k, const Coord3& direction) {
   leaf.error[k] = error;
 }
 
-/// Puts a triangle at place k of a leaf. `isExact` says that Scalar holds every coordinate.
+/// Puts a triangle at place k of a leaf. `isExact` says that Scalar holds every number of its box.
 template <class Scalar>
-void WriteTriangle(LeafTriangles<Scalar>& leaf, int k, const Coord3 (&corners)[3], bool isExact) {
+void WriteTriangle(LeafTriangles<Scalar>& leaf, int k, const Coord3 (&corners)[3],
+                   const Placement<Scalar>& placement, bool isExact) {
   for (int c = 0; c < 3; ++c) {
     leaf.corner[3 * c][k] = corners[c].x;
     leaf.corner[3 * c + 1][k] = corners[c].y;
     leaf.corner[3 * c + 2][k] = corners[c].z;
   }
-  const Box<double> box = leaf.ExactBoxOf(k);
+  const Box<double> box = placement.WithMargin(leaf.ExactBoxOf(k));
   for (int x = 0; x < 3; ++x) {
     leaf.low[x][k] = isExact ? static_cast<Scalar>(box.low[x]) : RoundedDown(box.low[x]);
     leaf.high[x][k] = isExact ? static_cast<Scalar>(box.high[x]) : RoundedUp(box.high[x]);
@@ -136,8 +137,8 @@ void Gather(const Scene<Scalar>& scene, const PreparedBody& body, const Leaves& 
   leaf.held = leaf.heldBy = 0;
   leaf.planeReach = 0.0;
   Box<double> all = Box<double>::Empty();
-  const bool isExact =
-      sizeof(Scalar) == sizeof(double) || (corners.IsSingle() && !placement.HasOffset());
+  const bool isExact = sizeof(Scalar) == sizeof(double) ||
+                       (corners.IsSingle() && !placement.HasOffset() && !placement.HasMargin());
   const std::size_t end = leaves.begin[index + 1];
   for (std::size_t place = leaves.begin[index]; place < end; ++place) {
     const Coord3 corner[3] = {placement.At(corners.At(place, 0)),
@@ -150,7 +151,7 @@ void Gather(const Scene<Scalar>& scene, const PreparedBody& body, const Leaves& 
       if (triangle.facing == refused) continue;
     }
     const int k = leaf.count++;
-    WriteTriangle(leaf, k, corner, isExact);
+    WriteTriangle(leaf, k, corner, placement, isExact);
     all.Include(leaf.ExactBoxOf(k));
     leaf.number[k] = corners.Number(place);
     if (!IsCopy(leaf, k)) leaf.distinct |= 1u << k;

@@ -162,8 +162,14 @@ void AnswerEach(PairState& state, const Run& run, Tally& tally, std::size_t coun
 }
 
 void RequireTouch(const Question& question) {
-  if (question.rule != Rule::Solid) return;
-  throw std::invalid_argument("Rule::Solid is for the first contact, not for the last or a patch");
+  if (question.rule == Rule::Solid) {
+    throw std::invalid_argument(
+        "Rule::Solid is for the first contact, not for the last or a patch");
+  }
+  if (question.clearance != 0.0) {
+    throw std::invalid_argument(
+        "a clearance is for the first contact, not for the last or a patch");
+  }
 }
 
 /// Answers one question by answer(bodies, question, watch, workspaces).

@@ -12,15 +12,18 @@ namespace gsl_sweep {
 /// brought into the range of the pair kernel. In float the coordinates keep their size.
 ///
 /// Each step rounds, and rounding keeps order. So the extents of moved corners are the moved
-/// extents, and boxes that held their corners still do.
+/// extents, and boxes that held their corners still do. Boxes can be enlarged by a margin on every
+/// side; corners never are.
 template <class Scalar>
 class Placement {
 public:
-  Placement(const Coord3& offset, const RangeScale& scale)
+  Placement(const Coord3& offset, const RangeScale& scale, double margin = 0.0)
       : m_offset{offset.x, offset.y, offset.z}, m_scale(scale),
+        m_margin(kIsSingle ? margin : scale.Down(margin)),
         m_hasOffset(offset.x != 0.0 || offset.y != 0.0 || offset.z != 0.0) {}
 
   bool HasOffset() const { return m_hasOffset; }
+  bool HasMargin() const { return m_margin != 0.0; }
   Coord3 Offset() const { return {m_offset[0], m_offset[1], m_offset[2]}; }
   /// Returns the sum of the magnitudes of the offset.
   double OffsetReach() const {
@@ -42,6 +45,17 @@ public:
       placed.high[k] = Up(Moved(box.high[k], k));
     }
     return placed;
+  }
+
+  /// Returns the exact box of a triangle, in the coordinates of the walk, with the margin.
+  Box<double> WithMargin(const Box<double>& box) const {
+    if (m_margin == 0.0) return box;
+    Box<double> result;
+    for (int k = 0; k < 3; ++k) {
+      result.low[k] = Lowered(box.low[k]);
+      result.high[k] = Raised(box.high[k]);
+    }
+    return result;
   }
 
   /// Returns a corner, in the coordinates of the walk.
@@ -73,28 +87,35 @@ public:
 
 private:
   static constexpr bool kIsSingle = sizeof(Scalar) == sizeof(float);
+  static constexpr double kFar = Box<double>::kFar;
 
-  bool IsPlain() const { return kIsSingle && !m_hasOffset; }
+  bool IsPlain() const { return kIsSingle && !m_hasOffset && m_margin == 0.0; }
+  /// Returns at most c - margin, and at least c + margin.
+  double Lowered(double c) const {
+    return m_margin == 0.0 ? c : std::nextafter(c - m_margin, -kFar);
+  }
+  double Raised(double c) const { return -Lowered(-c); }
   /// Without an offset a zero keeps its sign.
   double Moved(double c, int axis) const { return m_hasOffset ? c + m_offset[axis] : c; }
   double Walked(double c) const { return kIsSingle ? c : m_scale.Down(c); }
   Scalar Down(double c) const {
     if constexpr (kIsSingle) {
-      return RoundedDown(c);
+      return RoundedDown(Lowered(c));
     } else {
-      return m_scale.Down(c);
+      return Lowered(m_scale.Down(c));
     }
   }
   Scalar Up(double c) const {
     if constexpr (kIsSingle) {
-      return RoundedUp(c);
+      return RoundedUp(Raised(c));
     } else {
-      return m_scale.Down(c);
+      return Raised(m_scale.Down(c));
     }
   }
 
   double m_offset[3];
   RangeScale m_scale;
+  double m_margin; ///< in the coordinates of the walk
   bool m_hasOffset;
 };
 

@@ -56,7 +56,8 @@ struct Scene {
         const RangeScale& rangeScale, const Question& question, bool canFilter)
       : bodies(sceneBodies), direction(travelDirection), scale(rangeScale),
         test(travelDirection.Vector()), slabTest(travelDirection.Vector()),
-        moving(question.offset, rangeScale), fixed({0.0, 0.0, 0.0}, rangeScale),
+        moving(question.offset, rangeScale, question.clearance), fixed({0.0, 0.0, 0.0}, rangeScale),
+        clearance(rangeScale.Down(question.clearance)), slabMargin(SlabMargin(question.clearance)),
         rule(question.rule), oneSided(question.oneSided || question.rule == Rule::Solid),
         filters(canFilter), hasExactBoxes(HaveExactBoxes(sceneBodies)),
         m_movingTree(BestTree(*bodies.moving)), m_fixedTrees(bodies.fixed.size()) {
@@ -123,6 +124,9 @@ struct Scene {
   TravelTest<Scalar> test;
   SlabTest slabTest;
   Placement<Scalar> moving, fixed;
+  double clearance; ///< in the kernel's coordinates
+  /// At least the clearance along the normal of a slab, which may be longer than 1 by 2^-20.
+  float slabMargin;
   Rule rule;
   bool oneSided;
   /// Returns true when products of three coordinates stay in the range in which rounding is
@@ -137,6 +141,10 @@ private:
     const auto isSingle = [](const PreparedBody* body) { return body->Triangles().IsSingle(); };
     return isSingle(bodies.moving) &&
            std::all_of(bodies.fixed.begin(), bodies.fixed.end(), isSingle);
+  }
+
+  static float SlabMargin(double clearance) {
+    return clearance == 0.0 ? 0.0f : RoundedUp(clearance * (1.0 + 0x1p-16));
   }
 
   /// In double, the coordinates differ from those in which the slabs were made.

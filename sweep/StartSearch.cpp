@@ -1,5 +1,7 @@
 #include "StartSearch.h"
 
+#include "ClearancePair.h"
+
 namespace gsl_sweep {
 
 template <class Scalar>
@@ -76,6 +78,22 @@ void StartSearch<Scalar>::Expand(const NodePair<Scalar>& pair) {
   }
 }
 
+/// Returns true when triangles i and j of the leaves touch, or are within the clearance, at the
+/// start.
+template <class Scalar>
+bool StartSearch<Scalar>::Counts(const LeafPair<Scalar>& leaves, int i, int j) const {
+  const bool hasClearance = m_scene.moving.HasMargin();
+  if (!hasClearance && leaves.AreApartAtStart(i, j)) return false;
+  if (!hasClearance && m_scene.filters && leaves.AreShadowsApart(i, j)) return false;
+  const Triangle a = leaves.moving.InKernel(m_scene, i);
+  const Triangle b = leaves.fixed.InKernel(m_scene, j);
+  if (hasClearance) return AreWithin(m_scene.direction, a, b, m_scene.clearance);
+  PairContact unused{};
+  ExactRatio unusedTravel;
+  return JudgePair(m_scene.direction, a, b, m_scene.rule, 0.0, unused, unusedTravel) ==
+         PairOutcome::Touching;
+}
+
 template <class Scalar>
 void StartSearch<Scalar>::Judge(const NodePair<Scalar>& pair) {
   using Leaf = LeafTriangles<Scalar>;
@@ -86,21 +104,12 @@ void StartSearch<Scalar>::Judge(const NodePair<Scalar>& pair) {
     for (int j = 0; j < fixed.count; ++j) {
       const std::uint64_t number = FixedNumber(pair.fixedBody, fixed.number[j]);
       if (m_best.PrecedesAll(moving.number[i], number)) continue;
-      if (leaves.AreApartAtStart(i, j)) continue;
-      if (m_scene.filters && leaves.AreShadowsApart(i, j)) continue;
-      const Triangle a = moving.InKernel(m_scene, i);
-      const Triangle b = fixed.InKernel(m_scene, j);
-      PairContact unused{};
-      ExactRatio unusedTravel;
-      if (JudgePair(m_scene.direction, a, b, m_scene.rule, 0.0, unused, unusedTravel) !=
-          PairOutcome::Touching) {
-        continue;
-      }
+      if (!Counts(leaves, i, j)) continue;
       m_best.any = true;
       m_best.moving = moving.number[i];
       m_best.fixed = number;
-      m_best.movingTriangle = a;
-      m_best.fixedTriangle = b;
+      m_best.movingTriangle = moving.InKernel(m_scene, i);
+      m_best.fixedTriangle = fixed.InKernel(m_scene, j);
     }
   }
 }

@@ -5,7 +5,7 @@
 
 namespace gsl_sweep {
 
-/// Finds the first pair, by number, that touches at the start.
+/// Finds the first pair, by number, that touches, or is within the clearance, at the start.
 template <class Scalar>
 class StartSearch {
 public:
@@ -24,6 +24,7 @@ private:
   template <bool kMoving>
   void Expand(const NodePair<Scalar>& pair);
   void Judge(const NodePair<Scalar>& leaves);
+  bool Counts(const LeafPair<Scalar>& leaves, int i, int j) const;
 
   const Scene<Scalar>& m_scene;
   LeafCache<Scalar>& m_movingCache;

@@ -218,13 +218,15 @@ unsigned Walk<Scalar, Judgement>::Narrow(const NodePair<Scalar>& pair, const Box
     if (used.slabs == nullptr) return mask;
     slabs = &used.slabs->nodes[node];
     const Float4 reach = slabs->reach + Float4::Of(RoundedUp(other.Reach()));
+    const Float4 margin = Float4::Of(m_scene.slabMargin);
     if (!m_scene.moving.HasOffset()) {
       const Slab& slab = kMoving ? pair.fixed.slab : pair.moving.slab;
-      m_scene.slabTest.template Narrow<kMoving>(boxes, *slabs, other, slab,
-                                                reach * Float4::Of(kSlabError), first, last);
+      m_scene.slabTest.template Narrow<kMoving>(
+          boxes, *slabs, other, slab, reach * Float4::Of(kSlabError) + margin, first, last);
     } else {
       const SlabShift shift(m_scene.moving.Offset());
-      const Float4 error = (reach + Float4::Of(shift.Reach())) * Float4::Of(kShiftedSlabError);
+      const Float4 error =
+          (reach + Float4::Of(shift.Reach())) * Float4::Of(kShiftedSlabError) + margin;
       const Slab slab = kMoving ? pair.fixed.slab : shift.Of(pair.moving.slab);
       const SlabNode placed = kMoving ? shift.Of(*slabs) : *slabs;
       m_scene.slabTest.template Narrow<kMoving>(boxes, placed, other, slab, error, first, last);

@@ -104,6 +104,21 @@ public:
   Body(Body&&) noexcept;
   Body& operator=(Body&&) noexcept;
 
+  /// Returns the body made thicker by e > 0, or thinner by e < 0. Each corner is moved so that the
+  /// planes of the triangles around it move by e along their normals, where such a place exists.
+  /// Elsewhere the squares of the differences from e are least, each weighed by the angle of its
+  /// triangle at the corner; among several places the nearest is taken.
+  ///
+  /// Corners    equal coordinates are one corner; -0.0 equals 0.0.
+  /// Accuracy   the places are rounded. A corner of a box along the axes gets each coordinate
+  ///            plus or minus e, rounded once. `deviation`, unless null, receives the greatest
+  ///            difference between e and the travel of a plane at one of its corners.
+  /// Degenerate A triangle without area has no plane, and follows its corners.
+  /// Numbers    of triangles stay, and SkippedCount.
+  /// Errors     std::invalid_argument for an infinite or NaN e, and when a triangle turns over,
+  ///            loses its area, or leaves the range of double; the text names the first.
+  Body Grown(double e, double* deviation = nullptr) const;
+
   /// Returns the body with every corner exactly where gsl_Matrix::Transform puts it. The
   /// preparation is used again. Any affine matrix is accepted; a mirroring matrix turns the
   /// triangles over.
@@ -191,6 +206,20 @@ struct Question {
   /// triangles point neither way and stay.
   bool oneSided = false;
   Rule rule = Rule::Touch;
+  /// With a positive clearance the contact is at the least travel at which the distance between the
+  /// bodies is at most the clearance. Its pair of triangles is one at that distance. The status is
+  /// Start when the distance is at most the clearance before any travel. Surfaces count: a body
+  /// that is wholly inside another is as far from it as their surfaces are.
+  ///
+  /// Decision   exact: whether there is such a travel, and whether it is zero. The travel is a root
+  ///            of a quadratic, which is rounded; see Answer::isExact.
+  /// Kind       the features that are closest. Where two pairs of features are, the first kind.
+  /// Ties       among travels that are equal when rounded. At the start: the lowest triangles that
+  ///            are within the clearance.
+  /// maxDistance is compared with the rounded travel.
+  /// Errors     std::invalid_argument for a negative, infinite or NaN clearance, for one with a
+  ///            rule other than Touch, and for a question about the last contact or a patch.
+  double clearance = 0.0;
 };
 
 struct Contact {
@@ -215,6 +244,12 @@ struct Answer {
   SweepStatus status = SweepStatus::Cancelled;
   Coord3 unitDirection{0.0, 0.0, 0.0}; ///< rounded from twice the precision; zero when cancelled
   Contact contact;                     ///< set for Contact and Start only
+  /// False for a question with a clearance. The travel, and each coordinate of the two points, then
+  /// differ from their true values by at most `errorBound`.
+  bool isExact = true;
+  /// Four units in the last place of the largest coordinate of the bodies, with the offset, or of
+  /// the travel where it is larger. It is 0 when the answer is exact or there is no contact.
+  double errorBound = 0.0;
 };
 
 /// All pairs that touch at the first contact.
@@ -252,10 +287,10 @@ struct LeftOut {
 ///
 /// Errors     std::invalid_argument for a direction that is zero or not finite, for an offset that
 ///            is not finite, for a maxDistance that is negative or NaN, and for what Rule::Solid
-///            refuses. In a batch the text names the question, and no question is answered.
-///            std::overflow_error for a travel or a point beyond the range of double. In a batch
-///            every other question is answered first. The text names the first such question, whose
-///            answer is Cancelled.
+///            and Question::clearance refuse. In a batch the text names the question, and no
+///            question is answered. std::overflow_error for a travel or a point beyond the range of
+///            double. In a batch every other question is answered first. The text names the first
+///            such question, whose answer is Cancelled.
 /// C++ move   After a move from a pair, it can only be assigned to or destroyed.
 class GSL_SWEEP_API Pair {
 public:

@@ -1,12 +1,42 @@
+#include "ClearanceGuard.h"
 #include "SweepGuard.h"
 
 #include <cstdio>
 #include <cstdlib>
 #include <string>
 
+namespace {
+
+/// Returns the number of wrong answers.
+std::size_t JudgeClearances(std::size_t count, std::uint64_t first, const char* only) {
+  using namespace reference;
+  std::size_t wrong = 0;
+  ClearanceTally tally;
+  for (std::size_t family = 0; family < ClearanceFamilyCount(); ++family) {
+    if (only != nullptr && std::string(only) != ClearanceFamilyName(family)) continue;
+    const std::size_t ofFamily = (count + ClearanceFamilyCount() - 1) / ClearanceFamilyCount();
+    for (std::size_t k = 0; k < ofFamily; ++k) {
+      const std::string complaint =
+          ClearanceComplaint(MakeClearanceScene(family, first + k), tally);
+      if (complaint.empty()) continue;
+      ++wrong;
+      if (wrong <= 3) std::fprintf(stderr, "%s", complaint.c_str());
+    }
+  }
+  std::printf("%zu clearances: %zu contacts, %zu starts, %zu without contact, %zu pairs open; "
+              "by kind",
+              tally.scenes, tally.contacts, tally.starts, tally.nones, tally.open);
+  for (const std::size_t kind : tally.kinds)
+    std::printf(" %zu", kind);
+  std::printf("\n");
+  return wrong;
+}
+
+} // namespace
+
 /// Judges the sweep on COUNT scenes. A quarter of them, and all whose bodies are mated, are judged
-/// for the other questions too: a body that may leave, last contacts and patches. Prints the
-/// findings.
+/// for the other questions too: a body that may leave, last contacts and patches. Judges it about a
+/// clearance on a quarter as many scenes of their own families. Prints the findings.
 ///
 /// usage: sweep_guard COUNT [SEED [FAMILY]]
 ///
@@ -57,6 +87,7 @@ int main(int argc, char** argv) {
       "%zu leave at the start, %zu last contacts are cut, %zu patches of more than one pair, "
       "%zu pairs in all\n",
       allRules.left, allRules.cut, allRules.patches, allRules.patchPairs);
+  wrong += JudgeClearances(count / 4, first, argc > 3 ? argv[3] : nullptr);
   if (wrong > 0) std::fprintf(stderr, "%zu answers are wrong\n", wrong);
   return wrong == 0 ? 0 : 1;
 }
