@@ -60,14 +60,15 @@ private:
   int m_descriptor;
 };
 
-/// A file beside its place, which is removed unless it was renamed.
+/// A file beside its place, which is removed unless it was moved there. Where the file system can,
+/// the file has no name before it is whole, so that nothing of a writer that is killed remains.
 class TemporaryFile {
 public:
   explicit TemporaryFile(const std::string& place) : m_file(Create(place)) {
     if (m_file.Number() < 0) Fail(place, "write beside the file", errno);
   }
   ~TemporaryFile() {
-    if (m_isThere) unlink(m_name.c_str());
+    if (m_isNamed) unlink(m_name.c_str());
   }
   TemporaryFile(const TemporaryFile&) = delete;
   TemporaryFile& operator=(const TemporaryFile&) = delete;
@@ -91,29 +92,57 @@ public:
 
   void Close(const std::string& place) {
     if (fsync(m_file.Number()) != 0) Fail(place, "flush to the disk", errno);
+    if (!m_isNamed && !TakeName(place)) Fail(place, "write beside the file", errno);
     if (const int error = m_file.Close()) Fail(place, "write", error);
   }
 
   void MoveTo(const std::string& place) {
     if (rename(m_name.c_str(), place.c_str()) != 0) Fail(place, "replace the file", errno);
-    m_isThere = false;
+    m_isNamed = false;
   }
 
 private:
-  /// Creates a file whose name no other process and no other thread uses.
   int Create(const std::string& place) {
-    static std::atomic<unsigned int> counter{0};
+    const int number = open(FolderOf(place).c_str(), O_WRONLY | O_TMPFILE | O_CLOEXEC, 0666);
+    if (number >= 0) {
+      if (access(PathOf(number).c_str(), F_OK) == 0) return number;
+      close(number); // without /proc the file could not get a name
+    }
+    return CreateNamed(place);
+  }
+
+  /// Creates a file whose name no other process and no other thread uses.
+  int CreateNamed(const std::string& place) {
     int number = -1;
     do {
-      m_name = place + '.' + std::to_string(getpid()) + '.' + std::to_string(counter++);
+      m_name = NextName(place);
       number = open(m_name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
     } while (number < 0 && errno == EEXIST);
-    m_isThere = number >= 0;
+    m_isNamed = number >= 0;
     return number;
   }
 
+  /// Returns false, with the error in errno, when the file cannot get a name.
+  bool TakeName(const std::string& place) {
+    do {
+      m_name = NextName(place);
+      m_isNamed = linkat(AT_FDCWD, PathOf(m_file.Number()).c_str(), AT_FDCWD, m_name.c_str(),
+                         AT_SYMLINK_FOLLOW) == 0;
+    } while (!m_isNamed && errno == EEXIST);
+    return m_isNamed;
+  }
+
+  static std::string PathOf(int descriptor) {
+    return "/proc/self/fd/" + std::to_string(descriptor);
+  }
+
+  static std::string NextName(const std::string& place) {
+    static std::atomic<unsigned int> counter{0};
+    return place + '.' + std::to_string(getpid()) + '.' + std::to_string(counter++);
+  }
+
   std::string m_name;
-  bool m_isThere = false;
+  bool m_isNamed = false;
   Descriptor m_file;
 };
 

@@ -1,5 +1,6 @@
 #!/usr/bin/env python3
-"""Checks that the lines of prose in every document fit in 120 columns.
+"""Checks that the lines of prose in every document fit in 120 columns, and that CITATION.cff names the version of
+gsl_Version.h.
 
 usage: check_documents.py [ROOT]
 
@@ -32,9 +33,19 @@ def problems_of(name, text):
         yield f"{name}: a block of code is not closed"
 
 
+def version_problems(root):
+    citation, header = root / "CITATION.cff", root / "gsl/include/gsl_Version.h"
+    if not citation.exists() or not header.exists():
+        return
+    parts = re.findall(r"^#define GSL_VERSION_(?:MAJOR|MINOR|PATCH) (\d+)$", header.read_text(), re.MULTILINE)
+    named = re.search(r"^version: *(\S*)$", citation.read_text(), re.MULTILINE)
+    if not named or named.group(1) != ".".join(parts):
+        yield f"CITATION.cff: the version is {named and named.group(1)}; expected {'.'.join(parts)}"
+
+
 def check(root):
     root = pathlib.Path(root)
-    problems = []
+    problems = list(version_problems(root))
     count = 0
     for path in sorted(root.rglob("*.md")):
         name = path.relative_to(root).as_posix()

@@ -4,7 +4,7 @@
 #   ./scripts/packages.sh [GROUP...]            print the packages of the groups
 #   ./scripts/packages.sh --install [GROUP...]  install those that are missing (as root)
 #
-# Groups: build test check bench bare. Without a group, printing takes all groups and installing takes
+# Groups: build test check bench package bare. Without a group, printing takes all groups and installing takes
 # build.
 #
 # The other scripts source this file and call need_packages.
@@ -32,10 +32,12 @@ packages_of() {
         libprotobuf-dev protobuf-compiler libflatbuffers-dev flatbuffers-compiler \
         libcapnp-dev capnproto
       ;;
+    # Debian packages of our own.
+    package) echo debhelper dpkg-dev fakeroot lintian git ;;
     # The minimal root of ./scripts/check bare, which is skipped where this package cannot be installed.
     bare) echo mmdebstrap ;;
     *)
-      echo "packages: no group named '$1'; there are: build test check bench bare" >&2
+      echo "packages: no group named '$1'; there are: build test check bench package bare" >&2
       return 2
       ;;
   esac
@@ -94,7 +96,7 @@ if [ "${BASH_SOURCE[0]}" = "$0" ]; then
     shift
     need_packages "${@:-build}"
   else
-    [ $# -gt 0 ] || set -- build test check bench bare
+    [ $# -gt 0 ] || set -- build test check bench package bare
     packages_of_groups "$@"
   fi
 fi

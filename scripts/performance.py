@@ -223,6 +223,10 @@ def goal_row(what, limit, measured):
         return [what, "", "not measured", ""]
     is_met = measured <= limit if limit > 0 else measured >= -limit
     value = "over the time" if math.isinf(measured) else three(measured)
+    digits = 4
+    while not is_met and value != "over the time" and float(value) == abs(limit):  # 2.00 would look met
+        value = f"{measured:.{digits}g}"
+        digits += 1
     return [what, f"{'at most' if limit > 0 else 'at least'} {abs(limit)}", value, "yes" if is_met else "no"]
 
 

@@ -93,11 +93,11 @@ void TakeArgument(const CLI::App& app, const CommandRow& row, ModelOptions& opti
   if (value->empty()) FailValue(row.argument, "be a name or a number", *value);
 }
 
-void RefuseMisuse(const ModelOptions& options) {
+void RefuseMisuse(const ModelOptions& options, const CommandRow* row) {
   const bool hasJson =
       options.command == ModelCommand::List || options.command == ModelCommand::Show;
-  if (!options.jsonFile.empty() && !hasJson) {
-    FailUsage("--json cannot be used with this command; expected list or show");
+  if (!options.jsonFile.empty() && row != nullptr && !hasJson) {
+    FailUsage(std::string("--json cannot be used with ") + row->name + "; expected list or show");
   }
   if (options.file == "-" && options.other == "-") {
     FailUsage("FILE and OTHER are both -; expected standard input once at most");
@@ -131,7 +131,7 @@ std::string ParseModelOptions(int argc, const char* const* argv, ModelOptions& o
     TakeArgument(app, *row, options);
   }
   RefuseUnexpectedArguments(app);
-  RefuseMisuse(options);
+  RefuseMisuse(options, row);
   std::vector<std::string> missing;
   if (!IsGiven(app, "FILE")) missing.push_back("FILE");
   if (row == nullptr) missing.push_back("COMMAND");

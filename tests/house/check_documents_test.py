@@ -47,6 +47,20 @@ class CheckDocuments(unittest.TestCase):
     def test_an_open_block_hides_nothing(self):
         self.assertIn("not closed", self.problems_of("```\n" + "more words " * 12)[0])
 
+    def test_another_version_is_named(self):
+        with tempfile.TemporaryDirectory() as folder:
+            root = pathlib.Path(folder)
+            (root / "page.md").write_text(DOCUMENT)
+            (root / "gsl/include").mkdir(parents=True)
+            (root / "gsl/include/gsl_Version.h").write_text(
+                "#define GSL_VERSION_MAJOR 1\n#define GSL_VERSION_MINOR 2\n#define GSL_VERSION_PATCH 3\n")
+            citation = root / "CITATION.cff"
+            citation.write_text("cff-version: 1.2.0\nversion: 1.2.3\n")
+            self.assertEqual(check_documents.check(folder)[0], [])
+            citation.write_text("cff-version: 1.2.0\nversion: 1.2.2\n")
+            self.assertEqual(check_documents.check(folder)[0],
+                             ["CITATION.cff: the version is 1.2.2; expected 1.2.3"])
+
     def test_a_tree_without_documents_holds_none(self):
         with tempfile.TemporaryDirectory() as folder:
             self.assertEqual(check_documents.check(folder), ([], 0))

@@ -780,6 +780,10 @@ struct OracleCase {
   int rounds;
 };
 
+void PrintTo(const OracleCase& c, std::ostream* out) {
+  *out << "range " << c.range << ", scale " << c.scale << ", offset " << c.offset;
+}
+
 class PairKernelOracle : public testing::TestWithParam<OracleCase> {};
 
 TEST_P(PairKernelOracle, MatchesTheLinearProgram) {

@@ -30,6 +30,10 @@ struct MeshCase {
   SweepStatus status;
 };
 
+void PrintTo(const MeshCase& c, std::ostream* out) {
+  *out << c.moving << " to " << c.fixed;
+}
+
 double Largest(const Mesh& mesh) {
   double largest = 0.0;
   for (const Coord3& p : mesh.corners) {

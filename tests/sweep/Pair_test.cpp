@@ -730,6 +730,10 @@ struct SoupCase {
   double gap; ///< between the cubes of the soups; negative for cubes within each other
 };
 
+void PrintTo(const SoupCase& c, std::ostream* out) {
+  *out << c.name;
+}
+
 class PairSoup : public testing::TestWithParam<SoupCase> {};
 
 TEST_P(PairSoup, CulledSearchEqualsAllPairsForAnyThreads) {

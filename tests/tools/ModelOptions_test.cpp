@@ -114,7 +114,7 @@ TEST(ModelOptions, WrongValuesAreRefused) {
   EXPECT_EQ(ErrorOf({"-", "diff", "-"}),
             "FILE and OTHER are both -; expected standard input once at most");
   EXPECT_EQ(ErrorOf({"a", "check", "--json", "-"}),
-            "--json cannot be used with this command; expected list or show");
+            "--json cannot be used with check; expected list or show");
   EXPECT_EQ(ErrorOf({"a", "list", "--json", "--quiet"}),
             "--json must be a file name or - (got --quiet; a file of that name is ./--quiet)");
 }
