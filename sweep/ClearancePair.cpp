@@ -1,6 +1,7 @@
 #include "ClearancePair.h"
 
 #include "BigNumber.h"
+#include "Scene.h"
 
 #include "gsl_Arithmetic.h"
 
@@ -22,9 +23,6 @@ using gsl_exact::TwoDifference;
 namespace {
 
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
-
-/// The steps after which a multiple of the direction counts as found. Each doubles the digits.
-constexpr int kSteps = 16;
 
 int Next(int k) {
   return k == 2 ? 0 : k + 1;
@@ -134,15 +132,16 @@ public:
     const double length = Length(v);
     m_isSet = length > 0x1p-500 && std::isfinite(length);
     if (!m_isSet) return false;
-    const Coord3 n = Multiply(v, kShorter / length);
+    m_normal = Multiply(v, kShorter / length);
     for (int k = 0; k < 3; ++k) {
-      m_ofMoving[k] = Dot(n, m_moving.corner[k]);
-      m_ofFixed[k] = Dot(n, m_fixed.corner[k]);
+      m_ofMoving[k] = Dot(m_normal, m_moving.corner[k]);
+      m_ofFixed[k] = Dot(m_normal, m_fixed.corner[k]);
     }
-    m_speed = Dot(n, m_direction.Vector()) + kSpeedError;
+    m_speed = Dot(m_normal, m_direction.Vector()) + kSpeedError;
     return true;
   }
 
+  const Coord3& Normal() const { return m_normal; }
   /// Returns what lies between the triangles' extents, without the clearance, for the corners in
   /// the two masks. The pair is not within the clearance before this gap is closed.
   double Gap(unsigned moving = 7, unsigned fixed = 7) const {
@@ -156,6 +155,8 @@ public:
   }
   /// Returns the gap that closes for each multiple of the direction, or more.
   double Speed() const { return m_speed; }
+  /// Returns the multiple by which the errors may have put a plane too early, about.
+  double Slack() const { return m_speed > 0.0 ? 64.0 * m_error / m_speed : 0.0; }
 
   /// Returns true when the features of these corners do not come within the clearance up to the
   /// limit.
@@ -165,14 +166,50 @@ public:
     return gap > 0.0 && (m_speed <= 0.0 || gap * (1.0 - 0x1p-50) > limit * m_speed);
   }
 
+  /// Returns true when the triangles move apart along the normal, and are not within the clearance
+  /// at the multiple or after it.
+  bool IsPast(double multiple) const {
+    return m_speed <= 0.0 && Gap() - multiple * m_speed > multiple * 0x1p-49;
+  }
+
 private:
   const TravelDirection& m_direction;
   const Triangle& m_moving;
   const Triangle& m_fixed;
   double m_error, m_clearance;
   bool m_isSet = false;
+  Coord3 m_normal{0.0, 0.0, 0.0};
   double m_ofMoving[3], m_ofFixed[3], m_speed = 0.0;
 };
+
+/// Follows the distance, which is convex: a plane across the shortest vector bounds it from below,
+/// so each step ends at a multiple that is not too great, and the digits double. `separation`
+/// receives the last plane.
+ClearanceEstimate Estimated(const TravelDirection& direction, const Triangle& moving,
+                            const Triangle& fixed, double clearance, double limit,
+                            Separation& separation) {
+  constexpr int kSteps = 16;
+  ClearanceEstimate estimate;
+  for (int step = 0; step < kSteps; ++step) {
+    if (!separation.Set(About(direction, moving, fixed, estimate.least))) break;
+    // A step may go past the least distance. Nothing before the step is within the clearance.
+    estimate.isApart = estimate.isApartAtRest && separation.IsPast(estimate.least);
+    if (estimate.isApart) return estimate;
+    const double gap = separation.Gap();
+    if (!(gap > 0.0)) break;
+    estimate.isApartAtRest = true;
+    estimate.isApart = separation.IsBeyond(7, 7, std::max(limit, 0.0));
+    if (estimate.isApart) return estimate;
+    const double next = gap / separation.Speed() * (1.0 - 0x1p-50);
+    if (!(next > estimate.least * (1.0 + 0x1p-40))) break;
+    estimate.least = next;
+  }
+  if (!estimate.isApartAtRest) return estimate;
+  const double later = estimate.least * (1.0 + 0x1p-36) + separation.Slack();
+  if (IsSurelyWithin(direction, moving, fixed, clearance, later)) estimate.most = Enlarged(later);
+  estimate.normal = separation.Normal();
+  return estimate;
+}
 
 // The exact decisions.
 
@@ -506,7 +543,7 @@ bool ExactPair::First(const Separation& separation, double limit, ClearanceConta
       return true;
     }
     any = true;
-    found = {ContactOf(features, approach, false), multiple.hi};
+    found = {ContactOf(features, approach, false), multiple};
     found.contact.travel = travel;
     return true;
   });
@@ -581,23 +618,20 @@ PairContact ClosestAtRest(const TravelDirection& direction, const Triangle& movi
   return ExactPair(direction, moving, fixed, 0.0).ClosestAtRest();
 }
 
+ClearanceEstimate EstimateClearance(const TravelDirection& direction, const Triangle& moving,
+                                    const Triangle& fixed, double clearance, double limit) {
+  Separation separation(direction, moving, fixed, clearance);
+  return Estimated(direction, moving, fixed, clearance, limit, separation);
+}
+
 ClearanceOutcome JudgeClearance(const TravelDirection& direction, const Triangle& moving,
                                 const Triangle& fixed, double clearance, double limit,
                                 ClearanceContact& found) {
   Separation separation(direction, moving, fixed, clearance);
-  bool isApartAtRest = false;
-  double multiple = 0.0;
-  for (int step = 0; step < kSteps; ++step) {
-    if (!separation.Set(About(direction, moving, fixed, multiple))) break;
-    const double gap = separation.Gap();
-    if (!(gap > 0.0)) break;
-    isApartAtRest = true;
-    if (separation.IsBeyond(7, 7, std::max(limit, 0.0))) return ClearanceOutcome::Apart;
-    const double next = gap / separation.Speed() * (1.0 - 0x1p-50);
-    if (!(next > multiple * (1.0 + 0x1p-40))) break;
-    multiple = next;
-  }
-  if (!isApartAtRest) {
+  const ClearanceEstimate estimate =
+      Estimated(direction, moving, fixed, clearance, limit, separation);
+  if (estimate.isApart) return ClearanceOutcome::Apart;
+  if (!estimate.isApartAtRest) {
     PairContact unusedContact{};
     ExactRatio unusedTravel;
     if (IsSurelyWithin(direction, moving, fixed, clearance, 0.0) ||
@@ -607,11 +641,10 @@ ClearanceOutcome JudgeClearance(const TravelDirection& direction, const Triangle
     }
   }
   const ExactPair pair(direction, moving, fixed, clearance);
-  if (!isApartAtRest && pair.IsWithinAtRest()) return ClearanceOutcome::Within;
+  if (!estimate.isApartAtRest && pair.IsWithinAtRest()) return ClearanceOutcome::Within;
   if (limit < 0.0) return ClearanceOutcome::Apart;
-  const double later = multiple * (1.0 + 0x1p-34);
-  if (later < limit && IsSurelyWithin(direction, moving, fixed, clearance, later)) limit = later;
-  return pair.First(separation, limit, found) ? ClearanceOutcome::Ahead : ClearanceOutcome::Apart;
+  return pair.First(separation, std::min(limit, estimate.most), found) ? ClearanceOutcome::Ahead
+                                                                       : ClearanceOutcome::Apart;
 }
 
 } // namespace gsl_sweep

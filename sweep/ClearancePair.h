@@ -27,6 +27,20 @@ bool AreWithin(const TravelDirection& direction, const Triangle& moving, const T
 PairContact ClosestAtRest(const TravelDirection& direction, const Triangle& moving,
                           const Triangle& fixed);
 
+/// What rounded numbers say about a pair. Multiples are those of the direction vector.
+struct ClearanceEstimate {
+  bool isApart = false;       ///< never within the clearance from zero on, or beyond the limit
+  bool isApartAtRest = false; ///< certainly not within it at zero; false where that is not certain
+  double least = 0.0;         ///< the pair is not within the clearance before this multiple
+  double most = std::numeric_limits<double>::infinity(); ///< it is by then, if it is apart at rest
+  /// About the shortest vector between the triangles at `least`, with a length of at most 1.
+  Coord3 normal{0.0, 0.0, 0.0};
+};
+
+/// Bounds the first multiple at which the pair is within the clearance.
+ClearanceEstimate EstimateClearance(const TravelDirection& direction, const Triangle& moving,
+                                    const Triangle& fixed, double clearance, double limit);
+
 enum class ClearanceOutcome {
   Apart,  ///< never within the clearance from zero on, or only beyond the limit
   Within, ///< within it at travel zero
@@ -37,7 +51,7 @@ enum class ClearanceOutcome {
 /// travel rounded from 90 bits.
 struct ClearanceContact {
   PairContact contact;
-  double multiple; ///< the travel as a multiple of the direction vector, rounded
+  DoubleDouble multiple; ///< the travel as a multiple of the direction vector
 };
 
 /// Judges a pair. `found` is written for Ahead alone. `limit`, a multiple of the direction vector,

@@ -1,8 +1,10 @@
 #ifndef GSL_SWEEP_CLEARANCE_SEARCH_H
 #define GSL_SWEEP_CLEARANCE_SEARCH_H
 
-#include "ClearancePair.h"
+#include "ClearanceFloor.h"
 #include "FirstContact.h"
+
+#include <vector>
 
 namespace gsl_sweep {
 
@@ -10,7 +12,9 @@ namespace gsl_sweep {
 /// walk. The boxes of the moving body are enlarged by the clearance, see Placement. The walk ends
 /// early when a pair is within it at the start.
 ///
-/// The limit only falls. A pair that is left out has a greater travel than the best pair. So the
+/// Rounded numbers bound the travel of each pair. The pairs that these bounds do not exclude wait,
+/// and are judged exactly a few at a time. The limit only falls. A pair that is left out has a
+/// greater travel than the best pair, or follows it and its rounded travel is not less. So the
 /// result is the first of all pairs with the least rounded travel, in whatever order they are
 /// judged.
 template <class Scalar>
@@ -22,25 +26,43 @@ public:
                   LeafCache<Scalar>& fixedCache);
 
   TravelRange<Scalar> Range() const { return {0, m_limit}; }
-  bool IsSettled(const NodePair<Scalar>&) const { return false; }
+  bool IsSettled(const NodePair<Scalar>& pair);
   bool Judge(const NodePair<Scalar>& leaves);
 
-  /// Returns the pair with its contact; its exact travel is not set.
-  const FoundPair& Best() const { return m_best; }
+  /// Judges the pairs that still wait, and returns the best pair with its contact. Its exact travel
+  /// is not set.
+  const FoundPair& Finish();
 
 private:
   using Leaf = LeafTriangles<Scalar>;
+  struct Waiting {
+    FoundTriangles pair;
+    double least; ///< multiple of the direction
+  };
 
+  template <class Any>
+  bool AreBoxesBeyond(const Box<Any>& moving, const Box<Any>& fixed) const;
+  unsigned BeyondPlane(const Leaf& fixed, double most, double error) const;
   bool JudgeTriangles(const LeafPair<Scalar>& leaves, std::size_t fixedBody, int i, int j);
-  void SetLimit(double multiple);
+  void JudgeWaiting();
+  void Take(const FoundTriangles& pair, const ClearanceContact& first);
+  void Lower(double multiple);
+  bool IsNotBefore(const FoundTriangles& pair) const;
 
   const Scene<Scalar>& m_scene;
   LeafCache<Scalar>& m_movingCache;
   LeafCache<Scalar>& m_fixedCache;
+  Placement<Scalar> m_movingPlace; ///< without the clearance
+  double m_walkClearance;
   double m_maxDistance;
-  double m_multiple; ///< of the direction, in the kernel's coordinates, which is at least the best
-  Scalar m_limit;    ///< the same, in the walk
+  double m_multiple = Box<double>::kFar; ///< of the direction, at least that of the result
+  double m_doubleLimit = 0.0;            ///< the same, in the walk
+  Scalar m_limit = 0;                    ///< the same
+  Coord3 m_normal{0.0, 0.0, 0.0};        ///< of the pair that lowered the limit
+  double m_speed = 0.0;                  ///< at least the normal's product with the direction
+  std::vector<Waiting> m_waiting;
   FoundPair m_best;
+  ClearanceFloor m_floor;
 };
 
 extern template class ClearanceSearch<float>;

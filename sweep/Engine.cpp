@@ -221,13 +221,15 @@ Answer SearchClearance(const Scene<Scalar>& scene, const Question& question, con
   answer.unitDirection = scene.direction.Unit();
   answer.status = SweepStatus::None;
   answer.isExact = false;
-  FoundPair found = search.Best();
+  FoundPair found;
   if (end == WalkEnd::Stopped) {
     StartSearch<Scalar> start(scene, workspace.movingLeaves, workspace.fixedLeaves, watch,
                               workspace.stack);
     if (start.Run() == WalkEnd::Cancelled) return {};
     found = start.Best();
     found.contact = WithinAtStart(scene, found);
+  } else {
+    found = search.Finish();
   }
   if (!found.any) return answer;
   answer.status = end == WalkEnd::Stopped ? SweepStatus::Start : SweepStatus::Contact;

@@ -55,16 +55,25 @@ Rational Bound(double largest, double travel) {
   return PowerOfTwo(std::max(exponent - 53, -1074)) * 4;
 }
 
-/// Returns the root of a square with a relative error below 2^-150, at most the root.
+/// Returns the root of a square with a relative error below 2^-90, at most the root.
 Rational RootBelow(const Rational& square) {
   const int size = static_cast<int>(mpz_sizeinbase(square.get_num_mpz_t(), 2)) -
                    static_cast<int>(mpz_sizeinbase(square.get_den_mpz_t(), 2));
-  const int shift = 2 * ((320 - size) / 2);
+  const int shift = 2 * ((200 - size) / 2);
   const Rational scaled = square * PowerOfTwo(shift);
   Whole root;
   const Whole whole = scaled.get_num() / scaled.get_den();
   mpz_sqrt(root.get_mpz_t(), whole.get_mpz_t());
   return Rational(root) * PowerOfTwo(-shift / 2);
+}
+
+/// Rounds a number to 100 bits, so that it stays short.
+Rational Rounded(const Rational& number) {
+  if (number == 0) return number;
+  const int shift = 100 - static_cast<int>(mpz_sizeinbase(number.get_num_mpz_t(), 2)) +
+                    static_cast<int>(mpz_sizeinbase(number.get_den_mpz_t(), 2));
+  const Rational scaled = number * PowerOfTwo(shift);
+  return Rational(Whole(scaled.get_num() / scaled.get_den())) * PowerOfTwo(-shift);
 }
 
 bool SameBits(double a, double b) {
@@ -199,7 +208,24 @@ private:
     });
   }
 
+  /// Returns true when an axis keeps the pair clearly farther apart than the clearance.
+  bool AreFar(std::size_t i, std::size_t j, const Rational& end) const {
+    const std::array<Coord3, 3> moving = Triangle(m_moved, i);
+    const std::array<Coord3, 3> fixed = Triangle(m_scene.fixed, j);
+    const double multiple = end.get_d();
+    const auto isFar = [&](double Coord3::*axis) {
+      const double shift = multiple * (m_scene.direction.*axis);
+      const auto [low, high] = std::minmax({moving[0].*axis, moving[1].*axis, moving[2].*axis});
+      const auto [under, over] = std::minmax({fixed[0].*axis, fixed[1].*axis, fixed[2].*axis});
+      const double gap =
+          std::max(under - std::max(high, high + shift), std::min(low, low + shift) - over);
+      return gap > m_scene.clearance + 1e-9 * (m_scene.clearance + m_largest + std::fabs(shift));
+    };
+    return isFar(&Coord3::x) || isFar(&Coord3::y) || isFar(&Coord3::z);
+  }
+
   void RequireApart(std::size_t i, std::size_t j, const ClearancePair& pair, const Rational& end) {
+    if (AreFar(i, j, end)) return;
     const std::optional<bool> within = pair.IsWithinBetween(0, end, m_squared);
     if (!within) ++m_tally.open;
     Require(!within || !*within, "pair " + std::to_string(i) + ", " + std::to_string(j) +
@@ -210,8 +236,9 @@ private:
     const double travel = answer.contact.travel;
     const Rational bound = Bound(m_largest, travel);
     Require(Rational(answer.errorBound) == bound, "another error bound");
-    const Rational before = std::max(Rational(0), Rational((Rational(travel) - bound) / m_length));
-    const Rational after = (Rational(travel) + bound) / m_length;
+    const Rational before =
+        std::max(Rational(0), Rounded(Rational((Rational(travel) - bound) / m_length)));
+    const Rational after = Rounded(Rational((Rational(travel) + bound) / m_length));
     const std::size_t i = answer.contact.movingTriangle;
     const std::size_t j = answer.contact.fixedTriangle;
     const ClearancePair named = At(i, j);
@@ -233,14 +260,18 @@ private:
     CheckPoints(answer, bound);
   }
 
-  /// Returns true when one pair comes within the clearance at a later double than another.
-  bool IsLater(const ClearancePair& one, const ClearancePair& other, const Rational& before,
-               const Rational& after) const {
-    constexpr int kBits = 200;
-    if (one.IsWithin(before, m_squared) || other.IsWithin(before, m_squared)) return true;
-    const Rational first = one.First(before, after, m_squared, kBits) * m_length;
-    const Rational second = other.First(before, after, m_squared, kBits) * m_length;
-    return abs(Rational(first - second)) > PowerOfTwo(-150);
+  /// Returns true when one pair comes within the clearance later than another. Both are within it
+  /// at the end.
+  bool IsLater(const ClearancePair& one, const ClearancePair& other, Rational from,
+               Rational to) const {
+    if (one.IsWithin(from, m_squared) || other.IsWithin(from, m_squared)) return true;
+    for (int step = 0; step < 50; ++step) {
+      const Rational middle = (from + to) / 2;
+      const bool isWithin = one.IsWithin(middle, m_squared);
+      if (isWithin != other.IsWithin(middle, m_squared)) return !isWithin;
+      (isWithin ? to : from) = middle;
+    }
+    return false;
   }
 
   void CheckPoints(const Answer& answer, const Rational& bound) {
@@ -254,8 +285,7 @@ private:
     Require(onMoving.IsWithin(0, squaredBound), "the moving point is not on its triangle");
     Require(onFixed.IsWithin(0, squaredBound), "the fixed point is not on its triangle");
     const ClearancePair points({p, p, p}, {q, q, q}, m_scene.direction);
-    const RationalPoint between = points.Nearest(Rational(contact.travel) / m_length);
-    const Rational square = between.x * between.x + between.y * between.y + between.z * between.z;
+    const Rational square = points.At(Rational(contact.travel) / m_length).square;
     const Rational slack = bound * 6;
     const Rational most = Rational(m_scene.clearance) + slack;
     const Rational least = Rational(m_scene.clearance) - slack;

@@ -11,7 +11,7 @@ using namespace reference;
 TEST(ClearanceGuard, TheSweepAgreesWithTheJudge) {
   ClearanceTally tally;
   for (std::size_t family = 0; family < ClearanceFamilyCount(); ++family) {
-    for (std::uint64_t seed = 0; seed < static_cast<std::uint64_t>(Scaled(40)); ++seed) {
+    for (std::uint64_t seed = 0; seed < static_cast<std::uint64_t>(Scaled(25)); ++seed) {
       const std::string complaint = ClearanceComplaint(MakeClearanceScene(family, seed), tally);
       EXPECT_EQ(complaint, "");
     }

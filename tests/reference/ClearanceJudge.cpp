@@ -1,24 +1,25 @@
 #include "ClearanceJudge.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace reference {
 
 namespace {
 
-RationalPoint operator+(const RationalPoint& a, const RationalPoint& b) {
+WholePoint operator+(const WholePoint& a, const WholePoint& b) {
   return {a.x + b.x, a.y + b.y, a.z + b.z};
 }
-RationalPoint operator-(const RationalPoint& a, const RationalPoint& b) {
+WholePoint operator-(const WholePoint& a, const WholePoint& b) {
   return {a.x - b.x, a.y - b.y, a.z - b.z};
 }
-RationalPoint operator*(const RationalPoint& a, const Rational& s) {
+WholePoint operator*(const WholePoint& a, const Whole& s) {
   return {a.x * s, a.y * s, a.z * s};
 }
-Rational Dot(const RationalPoint& a, const RationalPoint& b) {
+Whole Dot(const WholePoint& a, const WholePoint& b) {
   return a.x * b.x + a.y * b.y + a.z * b.z;
 }
-RationalPoint Cross(const RationalPoint& a, const RationalPoint& b) {
+WholePoint Cross(const WholePoint& a, const WholePoint& b) {
   return {a.y * b.z - a.z * b.y, a.z * b.x - a.x * b.z, a.x * b.y - a.y * b.x};
 }
 
@@ -26,120 +27,165 @@ std::size_t Next(std::size_t k) {
   return k == 2 ? 0 : k + 1;
 }
 
-RationalPoint Exact(const Coord3& p) {
-  return {Rational(p.x), Rational(p.y), Rational(p.z)};
-}
-
-/// Keeps the shorter of two vectors.
+/// Keeps the shortest of vectors, each a whole vector over a divisor. The squares of their lengths
+/// are given as quotients.
 struct Shortest {
-  RationalPoint vector;
-  Rational square;
+  WholePoint vector;
+  Whole divisor, over, under;
   bool any = false;
 
-  void Take(const RationalPoint& v) {
-    const Rational length = Dot(v, v);
-    if (any && length >= square) return;
+  void Take(const WholePoint& v, const Whole& by, const Whole& squareOver,
+            const Whole& squareUnder) {
+    if (any && squareOver * under >= over * squareUnder) return;
     vector = v;
-    square = length;
+    divisor = by;
+    over = squareOver;
+    under = squareUnder;
     any = true;
   }
 };
 
-/// Takes the vectors from p to the corners and edges of a triangle, and to its face.
-void TakeFromPoint(const RationalPoint& p, const RationalTriangle& t, const Rational& sign,
-                   Shortest& best) {
+/// Takes the vectors from p to the corners and edges of a triangle, and to its face, times a sign.
+void TakeFromPoint(const WholePoint& p, const WholeTriangle& t, int sign, Shortest& best) {
   bool isOverFace = true;
-  const RationalPoint normal = Cross(t[1] - t[0], t[2] - t[0]);
+  const WholePoint normal = Cross(t[1] - t[0], t[2] - t[0]);
   for (std::size_t k = 0; k < 3; ++k) {
-    const RationalPoint edge = t[Next(k)] - t[k];
-    const RationalPoint r = p - t[k];
-    best.Take((t[k] - p) * sign);
-    const Rational along = Dot(edge, r);
-    const Rational whole = Dot(edge, edge);
-    if (along > 0 && along < whole) best.Take((edge * Rational(along / whole) - r) * sign);
+    const WholePoint edge = t[Next(k)] - t[k];
+    const WholePoint r = p - t[k];
+    best.Take(r * -sign, 1, Dot(r, r), 1);
+    const Whole along = Dot(edge, r);
+    const Whole whole = Dot(edge, edge);
+    if (along > 0 && along < whole) {
+      const WholePoint across = Cross(edge, r);
+      best.Take((edge * along - r * whole) * sign, whole, Dot(across, across), whole);
+    }
     isOverFace = isOverFace && Dot(normal, Cross(edge, r)) > 0;
   }
-  if (isOverFace) best.Take(normal * Rational(sign * Dot(normal, t[0] - p) / Dot(normal, normal)));
+  if (!isOverFace) return;
+  const Whole height = Dot(normal, t[0] - p);
+  const Whole whole = Dot(normal, normal);
+  best.Take(normal * (height * sign), whole, height * height, whole);
 }
 
-/// Takes the vector between the insides of two segments, where the shortest is between them.
-void TakeBetween(const RationalPoint& a, const RationalPoint& e, const RationalPoint& b,
-                 const RationalPoint& f, Shortest& best) {
-  const RationalPoint normal = Cross(e, f);
-  const Rational whole = Dot(normal, normal);
+/// Takes the vector between two segments, where the shortest is between their insides.
+void TakeBetween(const WholePoint& a, const WholePoint& e, const WholePoint& b, const WholePoint& f,
+                 Shortest& best) {
+  const WholePoint normal = Cross(e, f);
+  const Whole whole = Dot(normal, normal);
   if (whole == 0) return;
-  const RationalPoint w = b - a;
-  const Rational onE = Dot(Cross(w, f), normal);
-  const Rational onF = Dot(Cross(w, e), normal);
+  const WholePoint w = b - a;
+  const Whole onE = Dot(Cross(w, f), normal);
+  const Whole onF = Dot(Cross(w, e), normal);
   if (onE < 0 || onE > whole || onF < 0 || onF > whole) return;
-  best.Take(normal * Rational(Dot(w, normal) / whole));
+  const Whole height = Dot(w, normal);
+  best.Take(normal * height, whole, height * height, whole);
 }
 
-/// Returns true when an edge of one triangle goes through the inside of the other.
-bool DoesCross(const RationalTriangle& edges, const RationalTriangle& face) {
-  const RationalPoint normal = Cross(face[1] - face[0], face[2] - face[0]);
+/// Returns true when an edge of one triangle goes through the other.
+bool DoesCross(const WholeTriangle& edges, const WholeTriangle& face) {
+  const WholePoint normal = Cross(face[1] - face[0], face[2] - face[0]);
   for (std::size_t k = 0; k < 3; ++k) {
-    const RationalPoint& a = edges[k];
-    const RationalPoint& b = edges[Next(k)];
-    const Rational atA = Dot(normal, a - face[0]);
-    const Rational atB = Dot(normal, b - face[0]);
-    if (atA * atB > 0 || atA == atB) continue;
-    const RationalPoint p = a + (b - a) * Rational(atA / (atA - atB));
+    const WholePoint& a = edges[k];
+    const WholePoint& b = edges[Next(k)];
+    const Whole atA = Dot(normal, a - face[0]);
+    const Whole atB = Dot(normal, b - face[0]);
+    if (sgn(atA) * sgn(atB) > 0 || atA == atB) continue;
+    // The point on the plane, times `whole`, which is made positive.
+    const Whole whole = abs(atA - atB);
+    const WholePoint p = a * whole + (b - a) * (atA > atB ? atA : Whole(-atA));
     bool isIn = true;
     for (std::size_t j = 0; j < 3; ++j)
-      isIn = isIn && Dot(normal, Cross(face[Next(j)] - face[j], p - face[j])) >= 0;
+      isIn = isIn && Dot(normal, Cross(face[Next(j)] - face[j], p - face[j] * whole)) >= 0;
     if (isIn) return true;
   }
   return false;
 }
 
+/// Returns the exponent of the lowest bit of a double other than zero.
+int LowestBit(double c) {
+  int exponent = 0;
+  const Whole bits(std::ldexp(std::frexp(c, &exponent), 53));
+  return exponent - 53 + static_cast<int>(mpz_scan1(bits.get_mpz_t(), 0));
+}
+
+/// Returns c / 2^unit.
+Whole WholeOf(double c, int unit) {
+  int exponent = 0;
+  const Whole bits(std::ldexp(std::frexp(c, &exponent), 53));
+  const int shift = exponent - 53 - unit;
+  if (shift >= 0) return bits << static_cast<mp_bitcnt_t>(shift);
+  return bits >> static_cast<mp_bitcnt_t>(-shift);
+}
+
+Rational TimesPower(Rational value, int exponent) {
+  if (exponent >= 0) {
+    mpq_mul_2exp(value.get_mpq_t(), value.get_mpq_t(), static_cast<mp_bitcnt_t>(exponent));
+  } else {
+    mpq_div_2exp(value.get_mpq_t(), value.get_mpq_t(), static_cast<mp_bitcnt_t>(-exponent));
+  }
+  return value;
+}
+
 } // namespace
 
 ClearancePair::ClearancePair(const std::array<Coord3, 3>& moving,
-                             const std::array<Coord3, 3>& fixed, const Coord3& direction)
-    : m_moving{Exact(moving[0]), Exact(moving[1]), Exact(moving[2])}, m_fixed{Exact(fixed[0]),
-                                                                              Exact(fixed[1]),
-                                                                              Exact(fixed[2])},
-      m_direction(Exact(direction)) {}
+                             const std::array<Coord3, 3>& fixed, const Coord3& direction) {
+  m_unit = 1000;
+  const auto cover = [this](const Coord3& p) {
+    for (const double c : {p.x, p.y, p.z})
+      if (c != 0.0) m_unit = std::min(m_unit, LowestBit(c));
+  };
+  std::for_each(moving.begin(), moving.end(), cover);
+  std::for_each(fixed.begin(), fixed.end(), cover);
+  cover(direction);
+  const auto whole = [this](const Coord3& p) {
+    return WholePoint{WholeOf(p.x, m_unit), WholeOf(p.y, m_unit), WholeOf(p.z, m_unit)};
+  };
+  for (std::size_t k = 0; k < 3; ++k) {
+    m_moving[k] = whole(moving[k]);
+    m_fixed[k] = whole(fixed[k]);
+  }
+  m_direction = whole(direction);
+}
 
-RationalPoint ClearancePair::Nearest(const Rational& multiple) const {
-  const RationalPoint shift = m_direction * multiple;
-  const RationalTriangle moved{m_moving[0] + shift, m_moving[1] + shift, m_moving[2] + shift};
-  if (DoesCross(moved, m_fixed) || DoesCross(m_fixed, moved)) return {0, 0, 0};
+Nearness ClearancePair::At(const Rational& multiple) const {
+  // Everything times the divisor of the multiple.
+  const Whole& by = multiple.get_den();
+  const WholePoint shift = m_direction * multiple.get_num();
+  WholeTriangle moved;
+  WholeTriangle fixed;
+  for (std::size_t k = 0; k < 3; ++k) {
+    moved[k] = m_moving[k] * by + shift;
+    fixed[k] = m_fixed[k] * by;
+  }
+  Nearness result{multiple, 0, 0};
+  if (DoesCross(moved, fixed) || DoesCross(fixed, moved)) return result;
   Shortest best;
   for (std::size_t i = 0; i < 3; ++i) {
-    TakeFromPoint(moved[i], m_fixed, 1, best);
-    TakeFromPoint(m_fixed[i], moved, -1, best);
-    for (std::size_t j = 0; j < 3; ++j)
-      TakeBetween(moved[i], moved[Next(i)] - moved[i], m_fixed[j], m_fixed[Next(j)] - m_fixed[j],
-                  best);
+    TakeFromPoint(moved[i], fixed, 1, best);
+    TakeFromPoint(fixed[i], moved, -1, best);
+    for (std::size_t j = 0; j < 3; ++j) {
+      TakeBetween(moved[i], moved[Next(i)] - moved[i], fixed[j], fixed[Next(j)] - fixed[j], best);
+    }
   }
-  return best.vector;
+  result.square = TimesPower(Rational(best.over, best.under * by * by), 2 * m_unit);
+  result.square.canonicalize();
+  result.slope =
+      TimesPower(Rational(-2 * Dot(best.vector, m_direction), best.divisor * by), 2 * m_unit);
+  result.slope.canonicalize();
+  return result;
 }
 
 bool ClearancePair::IsWithin(const Rational& multiple, const Rational& squaredClearance) const {
-  const RationalPoint nearest = Nearest(multiple);
-  return Dot(nearest, nearest) <= squaredClearance;
-}
-
-/// Returns the slope of the squared distance.
-Rational ClearancePair::Slope(const RationalPoint& nearest) const {
-  return -2 * Dot(nearest, m_direction);
+  return At(multiple).square <= squaredClearance;
 }
 
 std::optional<bool> ClearancePair::IsWithinBetween(const Rational& from, const Rational& to,
                                                    const Rational& squaredClearance) const {
-  struct End {
-    Rational at, square, slope;
-  };
-  const auto endAt = [this](const Rational& at) {
-    const RationalPoint nearest = Nearest(at);
-    return End{at, Dot(nearest, nearest), Slope(nearest)};
-  };
-  End low = endAt(from);
+  Nearness low = At(from);
   if (low.square <= squaredClearance) return true;
   if (low.slope >= 0) return false;
-  End high = endAt(to);
+  Nearness high = At(to);
   if (high.square <= squaredClearance) return true;
   if (high.slope <= 0) return false;
   for (int step = 0; step < 40; ++step) {
@@ -149,24 +195,13 @@ std::optional<bool> ClearancePair::IsWithinBetween(const Rational& from, const R
     if (low.square + low.slope * (meet - low.at) > squaredClearance) return false;
     // Where one parabola joins the ends, its least value is where the slope is zero.
     Rational middle = (low.at + high.at) / 2;
-    if (step % 2 == 0) middle = low.at - low.slope * (high.at - low.at) / (high.slope - low.slope);
-    const End end = endAt(middle);
+    if (step % 4 == 3) middle = low.at - low.slope * (high.at - low.at) / (high.slope - low.slope);
+    const Nearness end = At(middle);
     if (end.square <= squaredClearance) return true;
     if (end.slope == 0) return false;
     (end.slope < 0 ? low : high) = end;
   }
   return std::nullopt;
-}
-
-Rational ClearancePair::First(Rational from, Rational to, const Rational& squaredClearance,
-                              int bits) const {
-  Rational error(1);
-  mpq_div_2exp(error.get_mpq_t(), error.get_mpq_t(), static_cast<mp_bitcnt_t>(bits));
-  while (to - from > error) {
-    const Rational middle = (from + to) / 2;
-    (IsWithin(middle, squaredClearance) ? to : from) = middle;
-  }
-  return to;
 }
 
 } // namespace reference

@@ -11,7 +11,11 @@
 /// is, and no equation is solved for the travel.
 namespace reference {
 
-using RationalTriangle = std::array<RationalPoint, 3>;
+/// The squared distance of two triangles, one of which has moved, and its slope.
+struct Nearness {
+  Rational at; ///< a multiple of the direction
+  Rational square, slope;
+};
 
 /// One pair of triangles, of which one moves by a multiple of the direction.
 class ClearancePair {
@@ -19,8 +23,7 @@ public:
   ClearancePair(const std::array<Coord3, 3>& moving, const std::array<Coord3, 3>& fixed,
                 const Coord3& direction);
 
-  /// Returns a shortest vector from the moving triangle to the fixed one.
-  RationalPoint Nearest(const Rational& multiple) const;
+  Nearness At(const Rational& multiple) const;
 
   bool IsWithin(const Rational& multiple, const Rational& squaredClearance) const;
 
@@ -29,15 +32,11 @@ public:
   std::optional<bool> IsWithinBetween(const Rational& from, const Rational& to,
                                       const Rational& squaredClearance) const;
 
-  /// Returns the first multiple from `from` to `to` at which they are within the clearance, up to
-  /// 2^-bits. Requires that they are so at `to`, and not at `from`.
-  Rational First(Rational from, Rational to, const Rational& squaredClearance, int bits) const;
-
 private:
-  Rational Slope(const RationalPoint& nearest) const;
-
-  RationalTriangle m_moving, m_fixed;
-  RationalPoint m_direction;
+  // In whole multiples of 2^unit.
+  WholeTriangle m_moving, m_fixed;
+  WholePoint m_direction;
+  int m_unit;
 };
 
 } // namespace reference

@@ -1,4 +1,4 @@
-#include "SolidGuard.h"
+#include "ClearanceGuard.h"
 #include "SweepGuard.h"
 
 #include <cstdio>
@@ -7,35 +7,36 @@
 
 namespace {
 
-/// Judges a number of scenes of solids. Returns the number of wrong answers.
-std::size_t JudgeSolidScenes(std::size_t count, std::uint64_t first, const char* onlyFamily) {
+/// Returns the number of wrong answers.
+std::size_t JudgeClearances(std::size_t count, std::uint64_t first, const char* only) {
   using namespace reference;
   std::size_t wrong = 0;
-  SolidTally tally;
-  for (std::size_t family = 0; family < SolidFamilyCount(); ++family) {
-    if (onlyFamily != nullptr && std::string(onlyFamily) != SolidFamilyName(family)) continue;
-    const std::size_t ofFamily = (count + SolidFamilyCount() - 1) / SolidFamilyCount();
+  ClearanceTally tally;
+  for (std::size_t family = 0; family < ClearanceFamilyCount(); ++family) {
+    if (only != nullptr && std::string(only) != ClearanceFamilyName(family)) continue;
+    const std::size_t ofFamily = (count + ClearanceFamilyCount() - 1) / ClearanceFamilyCount();
     for (std::size_t k = 0; k < ofFamily; ++k) {
-      const std::string complaint = SolidComplaint(MakeSolidScene(family, first + k), tally);
+      const std::string complaint =
+          ClearanceComplaint(MakeClearanceScene(family, first + k), tally);
       if (complaint.empty()) continue;
-      if (++wrong <= 3) std::fprintf(stderr, "%s\n", complaint.c_str());
+      ++wrong;
+      if (wrong <= 3) std::fprintf(stderr, "%s", complaint.c_str());
     }
   }
-  std::printf(
-      "%zu scenes of solids: %zu contact, %zu overlap at the start, %zu overlap right after, "
-      "%zu none; %zu touch, %zu are inside\n",
-      tally.scenes, tally.outcomes[static_cast<int>(SolidOutcome::Contact)],
-      tally.outcomes[static_cast<int>(SolidOutcome::OverlapAtStart)],
-      tally.outcomes[static_cast<int>(SolidOutcome::OverlapAfterStart)],
-      tally.outcomes[static_cast<int>(SolidOutcome::None)], tally.touching, tally.inside);
+  std::printf("%zu clearances: %zu contacts, %zu starts, %zu without contact, %zu pairs open; "
+              "by kind",
+              tally.scenes, tally.contacts, tally.starts, tally.nones, tally.open);
+  for (const std::size_t kind : tally.kinds)
+    std::printf(" %zu", kind);
+  std::printf("\n");
   return wrong;
 }
 
 } // namespace
 
-/// Judges the sweep on COUNT scenes of surfaces, and on a fifth as many of solids. A quarter of the
-/// surfaces, and all that are mated, are judged for the other questions too: a body that may leave,
-/// last contacts and patches. Prints the findings.
+/// Judges the sweep on COUNT scenes. A quarter of them, and all whose bodies are mated, are judged
+/// for the other questions too: a body that may leave, last contacts and patches. Judges it about a
+/// clearance on a quarter as many scenes of their own families. Prints the findings.
 ///
 /// usage: sweep_guard COUNT [SEED [FAMILY]]
 ///
@@ -86,7 +87,7 @@ int main(int argc, char** argv) {
       "%zu leave at the start, %zu last contacts are cut, %zu patches of more than one pair, "
       "%zu pairs in all\n",
       allRules.left, allRules.cut, allRules.patches, allRules.patchPairs);
-  wrong += JudgeSolidScenes((count + 4) / 5, first, argc > 3 ? argv[3] : nullptr);
+  wrong += JudgeClearances(count / 4, first, argc > 3 ? argv[3] : nullptr);
   if (wrong > 0) std::fprintf(stderr, "%zu answers are wrong\n", wrong);
   return wrong == 0 ? 0 : 1;
 }
