@@ -1,4 +1,5 @@
 #include "ClearanceGuard.h"
+#include "SolidGuard.h"
 #include "SweepGuard.h"
 
 #include <cstdio>
@@ -32,11 +33,35 @@ std::size_t JudgeClearances(std::size_t count, std::uint64_t first, const char* 
   return wrong;
 }
 
+/// Judges a number of scenes of solids. Returns the number of wrong answers.
+std::size_t JudgeSolidScenes(std::size_t count, std::uint64_t first, const char* onlyFamily) {
+  using namespace reference;
+  std::size_t wrong = 0;
+  SolidTally tally;
+  for (std::size_t family = 0; family < SolidFamilyCount(); ++family) {
+    if (onlyFamily != nullptr && std::string(onlyFamily) != SolidFamilyName(family)) continue;
+    const std::size_t ofFamily = (count + SolidFamilyCount() - 1) / SolidFamilyCount();
+    for (std::size_t k = 0; k < ofFamily; ++k) {
+      const std::string complaint = SolidComplaint(MakeSolidScene(family, first + k), tally);
+      if (complaint.empty()) continue;
+      if (++wrong <= 3) std::fprintf(stderr, "%s\n", complaint.c_str());
+    }
+  }
+  std::printf(
+      "%zu scenes of solids: %zu contact, %zu overlap at the start, %zu overlap right after, "
+      "%zu none; %zu touch, %zu are inside\n",
+      tally.scenes, tally.outcomes[static_cast<int>(SolidOutcome::Contact)],
+      tally.outcomes[static_cast<int>(SolidOutcome::OverlapAtStart)],
+      tally.outcomes[static_cast<int>(SolidOutcome::OverlapAfterStart)],
+      tally.outcomes[static_cast<int>(SolidOutcome::None)], tally.touching, tally.inside);
+  return wrong;
+}
+
 } // namespace
 
-/// Judges the sweep on COUNT scenes. A quarter of them, and all whose bodies are mated, are judged
-/// for the other questions too: a body that may leave, last contacts and patches. Judges it about a
-/// clearance on a quarter as many scenes of their own families. Prints the findings.
+/// Judges the sweep on COUNT scenes of surfaces, on a fifth as many of solids, and on a quarter as
+/// many with a clearance. A quarter of the surfaces, and all that are mated, are judged for the
+/// other questions too: a body that may leave, last contacts and patches. Prints the findings.
 ///
 /// usage: sweep_guard COUNT [SEED [FAMILY]]
 ///
@@ -87,7 +112,9 @@ int main(int argc, char** argv) {
       "%zu leave at the start, %zu last contacts are cut, %zu patches of more than one pair, "
       "%zu pairs in all\n",
       allRules.left, allRules.cut, allRules.patches, allRules.patchPairs);
-  wrong += JudgeClearances(count / 4, first, argc > 3 ? argv[3] : nullptr);
+  const char* const only = argc > 3 ? argv[3] : nullptr;
+  wrong += JudgeSolidScenes((count + 4) / 5, first, only);
+  wrong += JudgeClearances(count / 4, first, only);
   if (wrong > 0) std::fprintf(stderr, "%zu answers are wrong\n", wrong);
   return wrong == 0 ? 0 : 1;
 }
