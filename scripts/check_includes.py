@@ -72,7 +72,9 @@ ROOMS = [
          "CLI11, POSIX"),
     Room("tools/support/",
          "inputs and outputs of programs: directions, poses, report, records, progress, help; numbers as text",
-         "gsl/include/, mesh/, records/include/, sweep/, CLI11, fast_float, nlohmann-json, POSIX"),
+         "gsl/include/, mesh/, records/include/, model/include/, sweep/, CLI11, fast_float, nlohmann-json, POSIX"),
+    Room("python/", "the Python module: arrays in, arrays out",
+         "gsl/include/, mesh/, sweep/, tools/support/EvenDirections.h, pybind11"),
     Room("sweep/", "the engine: bodies and pairs, the searches for first and last contacts, patches and clearances, growing bodies, the test for solids, the exact contact of two triangles",
          f"exact/, {VALUES}, gsl/include/gsl_Point.h (to move corners as a matrix does), POSIX (pages of large arrays), "
          "SSE2"),
