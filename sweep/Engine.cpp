@@ -131,7 +131,9 @@ bool OverlapAtStart(const Scene<Scalar>& scene, const Question& question, const 
                     SolidsAtRest& rest, Answer& answer) {
   if (!rest.IsOf(scene.bodies, question.offset)) {
     SolidStart<Scalar> solids(scene, watch);
-    rest = {false, scene.bodies, question.offset, solids.Run(), solids.Best(), solids.Inside()};
+    const SolidState state = solids.Run();
+    const FoundTriangles& first = solids.Best();
+    rest = {false, scene.bodies, question.offset, state, first, solids.Inside()};
     rest.isKnown = rest.state != SolidState::Cancelled;
   }
   if (rest.state == SolidState::Apart) return false;

@@ -80,7 +80,7 @@ std::string CountLine(const char* role, const std::string& file, const BodyCount
 /// Returns how a contact at the start is named in a sentence.
 std::string StartInWords(const SweepReport& report) {
   if (report.last) return "Last contact at the start";
-  const std::string start = "In contact from the start";
+  std::string start = "In contact from the start";
   if (report.rule != gsl_sweep::Rule::Solid) return start;
   return start + (report.answer.contact.overlapsAtStart
                       ? " (the solids overlap before any travel)"
