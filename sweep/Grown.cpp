@@ -342,8 +342,8 @@ Array<double> Growth::MoveVertices() {
 }
 
 void Growth::RequireSameSide(const Array<double>& vertices) const {
-  constexpr std::size_t none = std::numeric_limits<std::size_t>::max();
-  std::size_t first = none;
+  constexpr std::size_t kNone = std::numeric_limits<std::size_t>::max();
+  std::size_t first = kNone;
   const char* fault = "";
   for (std::size_t place = 0; place < m_corners.Count(); ++place) {
     const Coord3 p[3] = {At(vertices, place, 0), At(vertices, place, 1), At(vertices, place, 2)};
@@ -358,7 +358,7 @@ void Growth::RequireSameSide(const Array<double>& vertices) const {
     first = m_corners.Number(place);
     fault = !isFinite ? "leaves the range of double" : keepsSide ? "turns around" : "turns over";
   }
-  if (first == none) return;
+  if (first == kNone) return;
   throw std::invalid_argument("triangle " + std::to_string(first) + " " + fault +
                               " when the body grows by " + TextOf(m_e));
 }
