@@ -7,27 +7,22 @@ namespace gsl_exact {
 
 namespace {
 
-/// Returns the square root of a number other than zero with a relative error below 2^-bits.
+/// Returns the square root of a number other than zero with a relative error below 2^-98.
 //
 // The number is m * 4^h with m from 1/2 to 2. Newton's step y (3 - m y^2) / 2 turns
-// y = (1 + e) / root(m) into (1 - 3/2 e^2 - e^3/2) / root(m). A y of `known` bits, |e| < 2^-known,
-// so has an error below 1.51 * 2^-2known; cutting y to 2 known + 8 bits adds at most 2^-2known-7.
-// Together that is less than 2^-(2 known - 1). The first y is rounded three times in double, to
-// 2^-50. The root is m y, cut to bits + 4 bits: its error is that of y, which is below 2^-(bits +
-// 1), and 2^-(bits + 3).
-BigNatural RootOf(const BigNatural& number, int bits) {
+// y = (1 + e) / root(m) into (1 - 3/2 e^2 - e^3/2) / root(m). The first y is rounded three times in
+// double, to 2^-50, so the step leaves an error below 1.51 * 2^-100. Cutting y to 108 bits adds at
+// most 2^-107, and cutting the root m y to 102 bits at most 2^-101.
+BigNatural RootOf(const BigNatural& number) {
   const int top = number.TopExponent();
   const int half = top >= 0 ? top / 2 : -((1 - top) / 2);
   const BigNatural m = number.Scaled(-2 * half);
   const double leading = std::ldexp(m.Fraction().hi, m.TopExponent());
   BigNatural y(1.0 / std::sqrt(leading));
-  const BigNatural three(3.0);
-  for (int known = 50; known <= bits; known = 2 * known - 1) {
-    const BigNatural square = BigNatural::Times(m, BigNatural::Times(y, y));
-    y = BigNatural::Times(y, BigNatural::Difference(three, square)).Scaled(-1);
-    y = y.Leading(2 * known + 8);
-  }
-  return BigNatural::Times(m, y).Leading(bits + 4).Scaled(half);
+  const BigNatural rest =
+      BigNatural::Difference(BigNatural(3.0), BigNatural::Times(m, BigNatural::Times(y, y)));
+  y = BigNatural::Times(y, rest).Scaled(-1).Leading(108);
+  return BigNatural::Times(m, y).Leading(102).Scaled(half);
 }
 
 /// Returns a / b with a relative error below 2^-96, for b other than zero.
@@ -72,17 +67,17 @@ int Surd::Sign() const {
   return root * BigNumber::Compare(m_factor * m_factor * m_radicand, m_whole * m_whole);
 }
 
-// The root has a relative error of 2^-bits, so factor * root / divisor is off by less than
-// 2^(top - bits). That is 2^-91 at most, and the quotient by 2^-96 of itself.
+// Terms of opposite signs are not subtracted:
+//   whole + term = (whole^2 - term^2) / (whole - term)
+// The numerator is exact, and the terms of the denominator have one sign. So either sum has the
+// relative error of the root, below 2^-98, and the quotient adds 2^-96.
 DoubleDouble Surd::Rounded() const {
   if (m_factor.Sign() == 0 || m_radicand.Sign() == 0) return Quotient(m_whole, m_divisor);
-  // The term factor * root / divisor is less than 2^top.
-  const int top = m_factor.m_magnitude.TopExponent() +
-                  (m_radicand.m_magnitude.TopExponent() + 1) / 2 + 1 -
-                  (m_divisor.m_magnitude.TopExponent() - 1);
-  const int bits = std::max(8, top + 91);
-  const BigNumber root{1, RootOf(m_radicand.m_magnitude, bits)};
-  return Quotient(m_whole + m_factor * root, m_divisor);
+  const BigNumber root{1, RootOf(m_radicand.m_magnitude)};
+  const BigNumber term = m_factor * root;
+  if (m_whole.Sign() != -m_factor.Sign()) return Quotient(m_whole + term, m_divisor);
+  return Quotient(m_whole * m_whole - m_factor * m_factor * m_radicand,
+                  (m_whole - term) * m_divisor);
 }
 
 } // namespace gsl_exact

@@ -49,8 +49,8 @@ public:
   /// Returns the exact sign: -1, 0 or 1.
   int Sign() const;
 
-  /// Returns the number with an error below 2^-90 + 2^-95 |number|. Beyond the range of double it
-  /// is infinite.
+  /// Returns the number with a relative error below 2^-95, so with its exact sign. Beyond the range
+  /// of double it is infinite, and below that range it is rounded to it.
   DoubleDouble Rounded() const;
 
 private:

@@ -74,6 +74,21 @@ void ClearanceFloor::Set(const Triangle& moving, const Triangle& fixed,
   m_isSet = true;
 }
 
+// A pair whose coordinates are at most 1 is at most 4 wide along any vector of length 1, so after a
+// path of 5 it is never again within a clearance of at most 1. Up to that multiple s the pair is
+// apart if G > |n| C + s n . d. The direction's largest component is 1/2 or more, so s is at most
+// 10, and the errors of both sides are below 2^-95 + 16 * 2^-96.
+void ClearanceFloor::SetNever(const Coord3& normal) {
+  const Coord3& d = m_direction.Vector();
+  m_isSet = std::max({std::fabs(d.x), std::fabs(d.y), std::fabs(d.z)}) >= 0.5;
+  m_normal = normal;
+  const DoubleDouble speed = Along(d);
+  const DoubleDouble closed =
+      speed.hi > 0.0 ? Times(speed, DoubleDouble{10.0, 0.0}) : DoubleDouble{};
+  const DoubleDouble length = Root(Along(m_normal));
+  m_least = Plus(Plus(closed, Times(length, {m_clearance, 0.0})), {0x1p-88, 0.0});
+}
+
 bool ClearanceFloor::IsWide(const DoubleDouble& gap) const {
   return Plus(gap, Minus(m_least)).hi > -0x1p-94;
 }

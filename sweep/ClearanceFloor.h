@@ -6,8 +6,8 @@
 namespace gsl_sweep {
 
 /// A plane through the best contact of a search, which proves of other pairs that their rounded
-/// travel is not less. Faces that lie parallel tie in thousands of pairs, and each exact judgement
-/// takes many microseconds.
+/// travel is not less; or a plane that proves that pairs never come within the clearance. Faces
+/// that lie parallel tie in thousands of pairs, and each exact judgement takes many microseconds.
 ///
 /// Requires coordinates and a clearance of at most 1 in magnitude.
 class ClearanceFloor {
@@ -17,6 +17,10 @@ public:
 
   /// Puts the plane across the closest features of a contact.
   void Set(const Triangle& moving, const Triangle& fixed, const ClearanceContact& best);
+
+  /// Puts the plane across a normal with components of at most 1, which points from the moving body
+  /// to the fixed one. IsNotBefore() then proves that pairs never come within the clearance.
+  void SetNever(const Coord3& normal);
 
   /// Returns true when every pair of triangles, of which the moving one has all its corners on one
   /// side of the first points along the plane's normal and the fixed one of the second, has a

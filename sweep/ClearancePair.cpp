@@ -17,7 +17,9 @@ using gsl_arithmetic::Length;
 using gsl_arithmetic::Multiply;
 using gsl_arithmetic::Subtract;
 using gsl_exact::BigNumber;
+using gsl_exact::Root;
 using gsl_exact::Surd;
+using gsl_exact::Times;
 using gsl_exact::TwoDifference;
 
 namespace {
@@ -182,12 +184,189 @@ private:
   double m_ofMoving[3], m_ofFixed[3], m_speed = 0.0;
 };
 
+/// A vector whose components have twice the precision.
+struct FineVector {
+  DoubleDouble x, y, z;
+};
+
+FineVector FineDifference(const Coord3& a, const Coord3& b) {
+  return {TwoDifference(a.x, b.x), TwoDifference(a.y, b.y), TwoDifference(a.z, b.z)};
+}
+DoubleDouble FineDot(const FineVector& a, const FineVector& b) {
+  return Plus(Plus(Times(a.x, b.x), Times(a.y, b.y)), Times(a.z, b.z));
+}
+DoubleDouble FineDot(const FineVector& a, const Coord3& b) {
+  return FineDot(a, {{b.x, 0.0}, {b.y, 0.0}, {b.z, 0.0}});
+}
+FineVector FineCross(const FineVector& a, const FineVector& b) {
+  const auto minor = [](const DoubleDouble& p, const DoubleDouble& q, const DoubleDouble& r,
+                        const DoubleDouble& s) { return Plus(Times(p, q), Minus(Times(r, s))); };
+  return {minor(a.y, b.z, a.z, b.y), minor(a.z, b.x, a.x, b.z), minor(a.x, b.y, a.y, b.x)};
+}
+Coord3 RoundedOf(const FineVector& v) {
+  return {v.x.hi, v.y.hi, v.z.hi};
+}
+bool IsLess(const DoubleDouble& a, const DoubleDouble& b) {
+  return a.hi < b.hi || (a.hi == b.hi && a.lo < b.lo);
+}
+
+/// The bound of Separation with twice the precision, for gaps that exceed the clearance by little
+/// more than rounding. It holds for any vector n as it is, so only the sums below have errors:
+///   min n . f - max n . a - s n . d >= |n| C
+// Let the components of n be at most 1, and R the reach of both triangles and C. Each product and
+// sum is off by less than 2^-100 of its terms, so each n . f and n . a, and |n| C, is off by less
+// than 2^-97 R, n . d by less than 2^-96, and all gaps by less than 2^-94 R. Terms that leave the
+// range of double are off by less than 2^-1000.
+class FineSeparation {
+public:
+  FineSeparation(const TravelDirection& direction, const Triangle& moving, const Triangle& fixed,
+                 double clearance)
+      : m_direction(direction), m_moving(moving), m_fixed(fixed), m_clearance(clearance),
+        m_error((ReachOf(moving) + ReachOf(fixed) + clearance) * 0x1p-92 + 0x1p-1000) {}
+
+  /// Puts the plane across v. Returns false when v has no length.
+  bool Set(const FineVector& v) {
+    const Coord3 rounded = RoundedOf(v);
+    const double largest =
+        std::max({std::fabs(rounded.x), std::fabs(rounded.y), std::fabs(rounded.z)});
+    if (!(largest > 0x1p-500) || !std::isfinite(largest)) return false;
+    int exponent = 0;
+    std::frexp(largest, &exponent);
+    const auto scaled = [exponent](const DoubleDouble& c) {
+      return DoubleDouble{std::ldexp(c.hi, -exponent), std::ldexp(c.lo, -exponent)};
+    };
+    const FineVector n{scaled(v.x), scaled(v.y), scaled(v.z)};
+    m_normal = RoundedOf(n);
+    DoubleDouble most = FineDot(n, m_moving.corner[0]);
+    DoubleDouble least = FineDot(n, m_fixed.corner[0]);
+    for (int k = 1; k < 3; ++k) {
+      const DoubleDouble ofMoving = FineDot(n, m_moving.corner[k]);
+      const DoubleDouble ofFixed = FineDot(n, m_fixed.corner[k]);
+      if (IsLess(most, ofMoving)) most = ofMoving;
+      if (IsLess(ofFixed, least)) least = ofFixed;
+    }
+    const DoubleDouble closed = Times(Root(FineDot(n, n)), {m_clearance, 0.0});
+    m_gap = Plus(Plus(least, Minus(most)), Minus(closed));
+    m_speed = FineDot(n, m_direction.Vector());
+    return true;
+  }
+
+  /// Returns the vector, rounded and with components of at most 1.
+  const Coord3& Normal() const { return m_normal; }
+  /// Returns true when the triangles are certainly not within the clearance after the multiple.
+  bool IsApartAt(double multiple) const { return GapAt(multiple) > 0.0; }
+  /// Returns true when that is so up to the limit.
+  bool IsBeyond(double limit) const {
+    const double gap = GapAt(0.0);
+    const double speed = Speed();
+    return gap > 0.0 && (speed <= 0.0 || gap * (1.0 - 0x1p-50) > limit * speed);
+  }
+  /// Returns true when it is so at the multiple and after it.
+  bool IsPast(double multiple) const { return Speed() <= 0.0 && IsApartAt(multiple); }
+  /// Returns a multiple up to which they are apart, if they are at rest.
+  double Least() const { return GapAt(0.0) / Speed() * (1.0 - 0x1p-50); }
+
+private:
+  double GapAt(double multiple) const {
+    const DoubleDouble gap = Plus(m_gap, Minus(Times(m_speed, {multiple, 0.0})));
+    const double error = m_error + multiple * 0x1p-92;
+    return Plus(gap, {-error, 0.0}).hi;
+  }
+  double Speed() const { return Plus(m_speed, {0x1p-92, 0.0}).hi; }
+
+  const TravelDirection& m_direction;
+  const Triangle& m_moving;
+  const Triangle& m_fixed;
+  double m_clearance, m_error;
+  Coord3 m_normal{0.0, 0.0, 0.0};
+  DoubleDouble m_gap, m_speed;
+};
+
+/// Calls visit(vector) for the vectors across each two features that are nearly parallel to v, up
+/// to the rounding of v, until it returns false: the normals of the faces and of both edges, and
+/// the vectors between the corners and the edges or corners.
+template <class Visit>
+void EachVectorAlong(const Coord3& v, const TravelDirection& direction, const Triangle& moving,
+                     const Triangle& fixed, double multiple, const Visit& visit) {
+  FineVector ofMoving[3], ofFixed[3];
+  for (int k = 0; k < 3; ++k) {
+    ofMoving[k] = FineDifference(moving.corner[Next(k)], moving.corner[k]);
+    ofFixed[k] = FineDifference(fixed.corner[Next(k)], fixed.corner[k]);
+  }
+  const Coord3 unit = Multiply(v, 1.0 / Length(v));
+  // The steps that follow the distance halve the angle each where the path nearly grazes.
+  const double sine = 0x1p-6 + 0x1p-46 * (ReachOf(moving) + ReachOf(fixed) + multiple) / Length(v);
+  const auto isAlong = [&](const Coord3& n) {
+    const Coord3 off = Cross(n, unit);
+    return Dot(off, off) <= sine * sine * Dot(n, n);
+  };
+  bool goesOn = true;
+  const auto take = [&](FineVector n) {
+    if (!goesOn || !isAlong(RoundedOf(n))) return;
+    if (Dot(RoundedOf(n), unit) < 0.0) n = {Minus(n.x), Minus(n.y), Minus(n.z)};
+    goesOn = visit(n);
+  };
+  const auto takeCross = [&](const FineVector& e, const FineVector& f) {
+    if (goesOn && isAlong(Cross(RoundedOf(e), RoundedOf(f)))) take(FineCross(e, f));
+  };
+  takeCross(ofFixed[0], ofFixed[1]);
+  takeCross(ofMoving[0], ofMoving[1]);
+  for (const FineVector& e : ofMoving) {
+    for (const FineVector& f : ofFixed)
+      takeCross(e, f);
+  }
+  const DoubleDouble s{multiple, 0.0};
+  const Coord3& d = direction.Vector();
+  for (int i = 0; i < 3; ++i) {
+    for (int j = 0; j < 3; ++j) {
+      FineVector w = FineDifference(fixed.corner[j], moving.corner[i]);
+      w = {Plus(w.x, Minus(Times(s, {d.x, 0.0}))), Plus(w.y, Minus(Times(s, {d.y, 0.0}))),
+           Plus(w.z, Minus(Times(s, {d.z, 0.0})))};
+      for (const FineVector* e : {&ofMoving[i], &ofFixed[j]}) {
+        const FineVector turned = FineCross(w, *e);
+        if (goesOn && isAlong(Cross(RoundedOf(*e), RoundedOf(turned)))) take(FineCross(*e, turned));
+      }
+      take(w);
+    }
+  }
+}
+
+/// Returns a multiple after which the triangles are never within the clearance.
+double LastMultiple(const TravelDirection& direction, const Triangle& moving, const Triangle& fixed,
+                    double clearance) {
+  const Coord3& d = direction.Vector();
+  const double fastest = std::max({std::fabs(d.x), std::fabs(d.y), std::fabs(d.z)});
+  return 2.0 * (ReachOf(moving) + ReachOf(fixed) + clearance) / fastest;
+}
+
+/// Decides what twice the precision can, where the bounds of an estimate are open.
+void Refine(const TravelDirection& direction, const Triangle& moving, const Triangle& fixed,
+            double clearance, double limit, ClearanceEstimate& estimate) {
+  const Coord3 v = About(direction, moving, fixed, estimate.least);
+  if (!(Length(v) > 0x1p-500) || !std::isfinite(Length(v))) return;
+  const double end =
+      std::min(std::max(limit, 0.0), LastMultiple(direction, moving, fixed, clearance));
+  FineSeparation separation(direction, moving, fixed, clearance);
+  EachVectorAlong(v, direction, moving, fixed, estimate.least, [&](const FineVector& n) {
+    if (!separation.Set(n)) return true;
+    estimate.isApartByPlane = separation.IsBeyond(end);
+    estimate.isApart =
+        estimate.isApartByPlane || (estimate.isApartAtRest && separation.IsPast(estimate.least));
+    if (estimate.isApartByPlane) estimate.normal = separation.Normal();
+    if (separation.IsApartAt(0.0)) {
+      estimate.isApartAtRest = true;
+      if (!estimate.isApart) estimate.least = std::max(estimate.least, separation.Least());
+    }
+    return !estimate.isApart;
+  });
+}
+
 /// Follows the distance, which is convex: a plane across the shortest vector bounds it from below,
 /// so each step ends at a multiple that is not too great, and the digits double. `separation`
 /// receives the last plane.
-ClearanceEstimate Estimated(const TravelDirection& direction, const Triangle& moving,
-                            const Triangle& fixed, double clearance, double limit,
-                            Separation& separation) {
+ClearanceEstimate Followed(const TravelDirection& direction, const Triangle& moving,
+                           const Triangle& fixed, double clearance, double limit,
+                           Separation& separation) {
   constexpr int kSteps = 16;
   ClearanceEstimate estimate;
   for (int step = 0; step < kSteps; ++step) {
@@ -208,6 +387,19 @@ ClearanceEstimate Estimated(const TravelDirection& direction, const Triangle& mo
   const double later = estimate.least * (1.0 + 0x1p-36) + separation.Slack();
   if (IsSurelyWithin(direction, moving, fixed, clearance, later)) estimate.most = Enlarged(later);
   estimate.normal = separation.Normal();
+  return estimate;
+}
+
+/// Estimates with doubles, and with twice the precision where doubles leave open whether the pair
+/// comes within the clearance.
+ClearanceEstimate Estimated(const TravelDirection& direction, const Triangle& moving,
+                            const Triangle& fixed, double clearance, double limit,
+                            Separation& separation) {
+  ClearanceEstimate estimate = Followed(direction, moving, fixed, clearance, limit, separation);
+  const bool isOpen = estimate.isApartAtRest
+                          ? !estimate.isApart && estimate.most == kInfinity
+                          : !IsSurelyWithin(direction, moving, fixed, clearance, 0.0);
+  if (isOpen) Refine(direction, moving, fixed, clearance, limit, estimate);
   return estimate;
 }
 

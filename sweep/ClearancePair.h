@@ -29,11 +29,13 @@ PairContact ClosestAtRest(const TravelDirection& direction, const Triangle& movi
 
 /// What rounded numbers say about a pair. Multiples are those of the direction vector.
 struct ClearanceEstimate {
-  bool isApart = false;       ///< never within the clearance from zero on, or beyond the limit
+  bool isApart = false; ///< never within the clearance from zero on, or beyond the limit
+  /// A plane across `normal` decided so, by twice the precision. It may decide so of other pairs.
+  bool isApartByPlane = false;
   bool isApartAtRest = false; ///< certainly not within it at zero; false where that is not certain
   double least = 0.0;         ///< the pair is not within the clearance before this multiple
   double most = std::numeric_limits<double>::infinity(); ///< it is by then, if it is apart at rest
-  /// About the shortest vector between the triangles at `least`, with a length of at most 1.
+  /// About the shortest vector between the triangles at `least`, with components of at most 1.
   Coord3 normal{0.0, 0.0, 0.0};
 };
 
@@ -48,7 +50,7 @@ enum class ClearanceOutcome {
 };
 
 /// The first travel at which a pair is within the clearance. The travel of the contact is the exact
-/// travel rounded from 90 bits.
+/// travel rounded from more than 90 bits, however small it is.
 struct ClearanceContact {
   PairContact contact;
   DoubleDouble multiple; ///< the travel as a multiple of the direction vector

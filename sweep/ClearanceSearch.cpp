@@ -24,7 +24,7 @@ ClearanceSearch<Scalar>::ClearanceSearch(const Scene<Scalar>& scene, double maxD
     : m_scene(scene), m_movingCache(movingCache), m_fixedCache(fixedCache),
       m_movingPlace(scene.moving.Offset(), scene.scale),
       m_walkClearance(scene.WalkTravel(scene.clearance)), m_maxDistance(maxDistance),
-      m_floor(scene.direction, scene.clearance) {
+      m_floor(scene.direction, scene.clearance), m_never(scene.direction, scene.clearance) {
   Lower(scene.MultipleAtLeast(scene.scale.DownLength(maxDistance)));
 }
 
@@ -40,18 +40,21 @@ template <class Scalar>
 bool ClearanceSearch<Scalar>::IsSettled(const NodePair<Scalar>& pair) {
   if (AreBoxesBeyond(m_movingPlace.At(pair.moving.box), m_scene.fixed.At(pair.fixed.box)))
     return true;
-  if (!m_scene.hasExactBoxes || !m_best.PrecedesAll(pair.moving.least, pair.LeastFixed()))
-    return false;
-  // The corners of the boxes that are nearest to each other along the normal.
+  if (!m_scene.hasExactBoxes) return false;
   const Box<double> moving = m_movingPlace.InKernel(pair.moving.box);
   const Box<double> fixed = m_scene.fixed.InKernel(pair.fixed.box);
-  const unsigned signs = m_floor.Signs();
   const auto corner = [](const Box<double>& box, unsigned high) {
     return Coord3{(high & 1u) != 0 ? box.high[0] : box.low[0],
                   (high & 2u) != 0 ? box.high[1] : box.low[1],
                   (high & 4u) != 0 ? box.high[2] : box.low[2]};
   };
-  return m_floor.IsNotBefore<1, 1>({corner(moving, signs)}, {corner(fixed, ~signs)});
+  // The corners of the boxes that are nearest to each other along the normal.
+  const auto isBeyond = [&](const ClearanceFloor& floor) {
+    const unsigned signs = floor.Signs();
+    return floor.IsNotBefore<1, 1>({corner(moving, signs)}, {corner(fixed, ~signs)});
+  };
+  return isBeyond(m_never) ||
+         (m_best.PrecedesAll(pair.moving.least, pair.LeastFixed()) && isBeyond(m_floor));
 }
 
 /// Returns true when two boxes, without the clearance, do not come within it up to the limit. The
@@ -153,15 +156,9 @@ bool ClearanceSearch<Scalar>::JudgeTriangles(const LeafPair<Scalar>& leaves, std
   if (IsNotBefore(pair)) return true;
   const ClearanceEstimate estimate = EstimateClearance(
       m_scene.direction, pair.movingTriangle, pair.fixedTriangle, m_scene.clearance, m_multiple);
+  if (estimate.isApartByPlane) m_never.SetNever(estimate.normal);
   if (estimate.isApart) return true;
-  if (!estimate.isApartAtRest) {
-    ClearanceContact first{};
-    const ClearanceOutcome outcome =
-        JudgeClearance(m_scene.direction, pair.movingTriangle, pair.fixedTriangle,
-                       m_scene.clearance, m_multiple, first);
-    if (outcome == ClearanceOutcome::Ahead) Take(pair, first);
-    return outcome != ClearanceOutcome::Within;
-  }
+  if (!estimate.isApartAtRest) return JudgeExactly(pair) != ClearanceOutcome::Within;
   if (estimate.most < m_multiple) {
     Lower(Enlarged(estimate.most));
     m_normal = estimate.normal;
@@ -178,8 +175,10 @@ bool ClearanceSearch<Scalar>::JudgeTriangles(const LeafPair<Scalar>& leaves, std
 
 template <class Scalar>
 bool ClearanceSearch<Scalar>::IsNotBefore(const FoundTriangles& pair) const {
-  return m_best.PrecedesAll(pair.moving, pair.fixed) &&
-         m_floor.IsNotBefore(pair.movingTriangle.corner, pair.fixedTriangle.corner);
+  const auto isBeyond = [&pair](const ClearanceFloor& floor) {
+    return floor.IsNotBefore(pair.movingTriangle.corner, pair.fixedTriangle.corner);
+  };
+  return isBeyond(m_never) || (m_best.PrecedesAll(pair.moving, pair.fixed) && isBeyond(m_floor));
 }
 
 /// The first pairs, by number, set the floor for those that follow.
@@ -191,13 +190,20 @@ void ClearanceSearch<Scalar>::JudgeWaiting() {
   });
   for (const Waiting& waiting : m_waiting) {
     if (waiting.least > m_multiple || IsNotBefore(waiting.pair)) continue;
-    ClearanceContact first{};
-    const ClearanceOutcome outcome =
-        JudgeClearance(m_scene.direction, waiting.pair.movingTriangle, waiting.pair.fixedTriangle,
-                       m_scene.clearance, m_multiple, first);
-    if (outcome == ClearanceOutcome::Ahead) Take(waiting.pair, first);
+    JudgeExactly(waiting.pair);
   }
   m_waiting.clear();
+}
+
+template <class Scalar>
+ClearanceOutcome ClearanceSearch<Scalar>::JudgeExactly(const FoundTriangles& pair) {
+  ++m_judgements;
+  ClearanceContact first{};
+  const ClearanceOutcome outcome =
+      JudgeClearance(m_scene.direction, pair.movingTriangle, pair.fixedTriangle, m_scene.clearance,
+                     m_multiple, first);
+  if (outcome == ClearanceOutcome::Ahead) Take(pair, first);
+  return outcome;
 }
 
 template <class Scalar>

@@ -28,12 +28,17 @@ public:
   TravelRange<Scalar> Range() const { return {0, m_limit}; }
   bool IsSettled(const NodePair<Scalar>& pair);
   bool Judge(const NodePair<Scalar>& leaves);
+  /// Returns the visits that exact judgements have cost.
+  std::size_t ExtraVisits() const { return kVisitsOfJudgement * m_judgements; }
 
   /// Judges the pairs that still wait, and returns the best pair with its contact. Its exact travel
   /// is not set.
   const FoundPair& Finish();
 
 private:
+  /// An exact judgement takes at least as long as this number of visits.
+  static constexpr std::size_t kVisitsOfJudgement = 64;
+
   using Leaf = LeafTriangles<Scalar>;
   struct Waiting {
     FoundTriangles pair;
@@ -45,6 +50,7 @@ private:
   unsigned BeyondPlane(const Leaf& fixed, double most, double error) const;
   bool JudgeTriangles(const LeafPair<Scalar>& leaves, std::size_t fixedBody, int i, int j);
   void JudgeWaiting();
+  ClearanceOutcome JudgeExactly(const FoundTriangles& pair);
   void Take(const FoundTriangles& pair, const ClearanceContact& first);
   void Lower(double multiple);
   bool IsNotBefore(const FoundTriangles& pair) const;
@@ -61,8 +67,10 @@ private:
   Coord3 m_normal{0.0, 0.0, 0.0};        ///< of the pair that lowered the limit
   double m_speed = 0.0;                  ///< at least the normal's product with the direction
   std::vector<Waiting> m_waiting;
+  std::size_t m_judgements = 0;
   FoundPair m_best;
-  ClearanceFloor m_floor;
+  ClearanceFloor m_floor; ///< through the best pair
+  ClearanceFloor m_never; ///< keeps pairs apart forever that only twice the precision tells apart
 };
 
 extern template class ClearanceSearch<float>;

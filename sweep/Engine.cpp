@@ -340,13 +340,24 @@ auto WithFiniteOffset(const SceneBodies& bodies, const Question& question, const
   return work(movedBodies, movedQuestion);
 }
 
+/// Returns the question with a clearance that suits the size of the bodies. Bodies of coordinates
+/// up to L are never more than 3.5 L apart, so a clearance of 4 L decides as a greater one does,
+/// which would leave few bits of the coordinates.
+Question WithFittingClearance(const Question& question, double largest) {
+  Question fitting = question;
+  if (largest > 0.0) fitting.clearance = std::min(question.clearance, 4.0 * largest);
+  return fitting;
+}
+
 /// Calls `work` with the scene of a question, the question and a workspace.
 template <class Work>
 auto WithScene(const SceneBodies& bodies, const Question& question, Workspaces& workspaces,
                const Work& work) {
-  return WithFiniteOffset(bodies, question, [&](const SceneBodies& finite, const Question& asked) {
-    const TravelDirection direction = DirectionOf(asked);
-    const RangeScale scale(std::max(LargestOfScene(finite, asked.offset), asked.clearance));
+  return WithFiniteOffset(bodies, question, [&](const SceneBodies& finite, const Question& any) {
+    const TravelDirection direction = DirectionOf(any);
+    const double largest = LargestOfScene(finite, any.offset);
+    const Question asked = WithFittingClearance(any, largest);
+    const RangeScale scale(std::max(largest, asked.clearance));
     const bool isAlongEnough = IsWithin(direction.Vector(), 0x1p-60, 1.0);
     if (isAlongEnough && AreComfortable(finite, asked) && CanUseSingle(finite, asked)) {
       const Scene<float> scene(finite, direction, scale, asked, true);

@@ -28,6 +28,10 @@ constexpr double kLeastGain = 1e-8;
 /// The least eigenvalue, as a part of the sum of all, that is not taken for a rounded zero.
 constexpr double kLeastEigenvalue = 1e-14;
 
+/// The height of a sliver as a part of its longest edge, or of its largest coordinate where all its
+/// coordinates are numbers in single precision. It is four units in the last place of these.
+constexpr double kSliver = 0x1p-22;
+
 int Next(int k) {
   return k == 2 ? 0 : k + 1;
 }
@@ -60,6 +64,56 @@ Coord3 NormalOf(const Coord3& a, const Coord3& b, const Coord3& c) {
   return Length(n) > 0.0 ? Scaled(n) : Coord3{0.0, 0.0, 0.0};
 }
 
+bool IsSingle(const Coord3& p) {
+  const auto isSingle = [](double c) { return static_cast<double>(static_cast<float>(c)) == c; };
+  return isSingle(p.x) && isSingle(p.y) && isSingle(p.z);
+}
+
+double LargestOf(const Coord3& p) {
+  return std::max({std::fabs(p.x), std::fabs(p.y), std::fabs(p.z)});
+}
+
+/// Returns true for a triangle so low that rounded coordinates, and nothing else, may have given
+/// its normal.
+bool IsSliver(const Coord3 (&p)[3]) {
+  double longest = 0.0;
+  for (int k = 0; k < 3; ++k)
+    longest =
+        std::max(longest, LargestOf(Subtract(Multiply(p[k], 0.5), Multiply(p[Next(k)], 0.5))));
+  int exponent = 0;
+  std::frexp(longest, &exponent);
+  const auto edge = [&](int from, int to) {
+    const Coord3 half = Subtract(Multiply(p[to], 0.5), Multiply(p[from], 0.5));
+    return Coord3{std::ldexp(half.x, -exponent), std::ldexp(half.y, -exponent),
+                  std::ldexp(half.z, -exponent)};
+  };
+  const Coord3 edges[3] = {edge(0, 1), edge(1, 2), edge(2, 0)};
+  const double length = std::max({Length(edges[0]), Length(edges[1]), Length(edges[2])});
+  const double height = Length(Cross(edges[0], edges[1])) / length;
+  if (height <= kSliver * length) return true;
+  if (!IsSingle(p[0]) || !IsSingle(p[1]) || !IsSingle(p[2])) return false;
+  const double largest = std::max({LargestOf(p[0]), LargestOf(p[1]), LargestOf(p[2])});
+  return height <= kSliver * std::ldexp(0.5 * largest, -exponent);
+}
+
+/// Returns true when the edges of a triangle point against their former directions: the map of its
+/// plane, which keeps the sides, has a negative trace. `normal` is the former normal.
+//
+// With the edges u and v, which become u' and v', the trace is
+//   (u' . (v x n) + v' . (n x u)) / (n . (u x v))
+bool IsTurnedAround(const Coord3 (&before)[3], const Coord3 (&after)[3], const Coord3& normal) {
+  Coord3 edge[2], turned[2];
+  for (int k = 0; k < 2; ++k) {
+    edge[k] = Subtract(Multiply(before[k + 1], 0.5), Multiply(before[0], 0.5));
+    turned[k] = Subtract(Multiply(after[k + 1], 0.5), Multiply(after[0], 0.5));
+    int exponent = 0;
+    std::frexp(std::max(LargestOf(edge[k]), LargestOf(turned[k])), &exponent);
+    for (Coord3* v : {&edge[k], &turned[k]})
+      *v = {std::ldexp(v->x, -exponent), std::ldexp(v->y, -exponent), std::ldexp(v->z, -exponent)};
+  }
+  return Dot(turned[0], Cross(edge[1], normal)) + Dot(turned[1], Cross(normal, edge[0])) < 0.0;
+}
+
 /// Returns the angle between two vectors, up to a few units in its last place, with the same bits
 /// on every machine.
 //
@@ -69,6 +123,7 @@ double AngleBetween(const Coord3& a, const Coord3& b) {
   const Coord3 u = Scaled(a);
   const Coord3 v = Scaled(b);
   const double across = Length(Cross(u, v));
+  if (across == 0.0) return Dot(u, v) > 0.0 ? 0.0 : 3.141592653589793;
   const double along = std::max(Length(u) * Length(v) + Dot(u, v), 0.0);
   double t = across / (along + std::sqrt(along * along + across * across));
   for (int k = 0; k < 2; ++k)
@@ -178,6 +233,7 @@ public:
 private:
   void MergeCorners();
   void FindPlanes();
+  void AddPlane(std::size_t place, int corner, const Coord3& unit);
   Array<double> MoveVertices();
   void RequireSameSide(const Array<double>& vertices) const;
   double Deviation(const Array<double>& vertices) const;
@@ -193,7 +249,7 @@ private:
   double m_e;
   std::vector<std::uint32_t> m_point; ///< of each vertex; equal vertices have the same
   std::size_t m_pointCount = 0;
-  std::vector<Coord3> m_normal;       ///< of each place, of length one or zero
+  std::vector<Coord3> m_normal; ///< of each place, of length one; zero without area or a sliver
   std::vector<PlanesAround> m_planes; ///< of each point
   std::vector<Coord3> m_shift;        ///< of each point, as a multiple of e
 };
@@ -237,19 +293,38 @@ void Growth::FindPlanes() {
   std::sort(placeOf.begin(), placeOf.end(), [this](std::uint32_t a, std::uint32_t b) {
     return m_corners.Number(a) < m_corners.Number(b);
   });
+  std::vector<std::uint32_t> slivers;
   for (const std::uint32_t place : placeOf) {
     const Coord3 p[3] = {m_corners.At(place, 0), m_corners.At(place, 1), m_corners.At(place, 2)};
     const Coord3 n = NormalOf(p[0], p[1], p[2]);
     const double length = Length(n);
     if (length == 0.0) continue;
+    if (IsSliver(p)) {
+      slivers.push_back(place);
+      continue;
+    }
     // The quotients are exact for a plane across an axis.
     m_normal[place] = {n.x / length, n.y / length, n.z / length};
+    for (int k = 0; k < 3; ++k)
+      AddPlane(place, k, m_normal[place]);
+  }
+  std::vector<bool> hasPlane(m_pointCount);
+  for (std::size_t k = 0; k < m_pointCount; ++k)
+    hasPlane[k] = m_planes[k].weight > 0.0;
+  for (const std::uint32_t place : slivers) {
+    const Coord3 n =
+        NormalOf(m_corners.At(place, 0), m_corners.At(place, 1), m_corners.At(place, 2));
     for (int k = 0; k < 3; ++k) {
-      const auto edge = [&](int to) { return Subtract(Multiply(p[to], 0.5), Multiply(p[k], 0.5)); };
-      m_planes[PointOf(place, k)].AddPlane(m_normal[place],
-                                           AngleBetween(edge(Next(k)), edge(Next(Next(k)))));
+      if (!hasPlane[PointOf(place, k)]) AddPlane(place, k, Multiply(n, 1.0 / Length(n)));
     }
   }
+}
+
+void Growth::AddPlane(std::size_t place, int corner, const Coord3& unit) {
+  const Coord3 p = Multiply(m_corners.At(place, corner), 0.5);
+  const auto edge = [&](int to) { return Subtract(Multiply(m_corners.At(place, to), 0.5), p); };
+  m_planes[PointOf(place, corner)].AddPlane(
+      unit, AngleBetween(edge(Next(corner)), edge(Next(Next(corner)))));
 }
 
 Array<double> Growth::MoveVertices() {
@@ -267,20 +342,23 @@ Array<double> Growth::MoveVertices() {
 }
 
 void Growth::RequireSameSide(const Array<double>& vertices) const {
-  constexpr std::size_t none = std::numeric_limits<std::size_t>::max();
-  std::size_t first = none;
+  constexpr std::size_t kNone = std::numeric_limits<std::size_t>::max();
+  std::size_t first = kNone;
   const char* fault = "";
   for (std::size_t place = 0; place < m_corners.Count(); ++place) {
     const Coord3 p[3] = {At(vertices, place, 0), At(vertices, place, 1), At(vertices, place, 2)};
     const bool isFinite = IsFinite(p[0]) && IsFinite(p[1]) && IsFinite(p[2]);
     const bool hasPlane = Length(m_normal[place]) > 0.0;
-    const bool keeps =
+    const bool keepsSide =
         isFinite && (!hasPlane || Dot(NormalOf(p[0], p[1], p[2]), m_normal[place]) > 0.0);
+    const Coord3 before[3] = {m_corners.At(place, 0), m_corners.At(place, 1),
+                              m_corners.At(place, 2)};
+    const bool keeps = keepsSide && (!hasPlane || !IsTurnedAround(before, p, m_normal[place]));
     if (keeps || m_corners.Number(place) >= first) continue;
     first = m_corners.Number(place);
-    fault = isFinite ? "turns over" : "leaves the range of double";
+    fault = !isFinite ? "leaves the range of double" : keepsSide ? "turns around" : "turns over";
   }
-  if (first == none) return;
+  if (first == kNone) return;
   throw std::invalid_argument("triangle " + std::to_string(first) + " " + fault +
                               " when the body grows by " + TextOf(m_e));
 }

@@ -42,6 +42,8 @@ enum class WalkEnd { Done, Stopped, Cancelled };
 ///   TravelRange<Scalar> Range()      travels outside do not matter; it only narrows
 ///   bool IsSettled(const NodePair&)  nothing in the pair can change the result
 ///   bool Judge(const NodePair&)      looks at a pair of leaves; false ends the walk
+///   std::size_t ExtraVisits()        optional: so many visits Judge() has cost so far, beside its
+///                                    own; they count towards calling the watch
 template <class Scalar, class Judgement>
 class Walk {
 public:
@@ -68,6 +70,16 @@ private:
   void PushSurvivors(const NodePair<Scalar>& pair, const TreeNode<Scalar>& node, unsigned mask,
                      const Four<Scalar>& from, const SlabNode* slabs);
   bool Goes();
+  bool GoesAfterJudging();
+  bool CallWatch() const { return !m_watch || m_watch(std::min(m_done, 1.0)); }
+  template <class Any>
+  static auto ExtraVisits(const Any& judgement, int) -> decltype(judgement.ExtraVisits()) {
+    return judgement.ExtraVisits();
+  }
+  template <class Any>
+  static std::size_t ExtraVisits(const Any&, long) {
+    return 0;
+  }
   template <bool kMoving, class GoesOn>
   void Improve(std::size_t fixedBody, const GoesOn& goesOn);
   /// Returns true when the pair touches at no travel that matters.
@@ -83,6 +95,7 @@ private:
   const Watch& m_watch;
   std::vector<NodePair<Scalar>>& m_stack;
   std::size_t m_visits = 0;
+  std::size_t m_extraWatched = 0;
   double m_done = 0.0;
 };
 
@@ -101,6 +114,7 @@ WalkEnd Walk<Scalar, Judgement>::Run() {
     if (pair.moving.ref.IsLeaf() && pair.fixed.ref.IsLeaf()) {
       if (!m_judgement.Judge(pair)) return WalkEnd::Stopped;
       m_done += static_cast<double>(pair.share);
+      if (!GoesAfterJudging()) return WalkEnd::Cancelled;
       continue;
     }
     Visit(pair);
@@ -109,10 +123,18 @@ WalkEnd Walk<Scalar, Judgement>::Run() {
 }
 
 template <class Scalar, class Judgement>
+bool Walk<Scalar, Judgement>::GoesAfterJudging() {
+  const std::size_t extra = ExtraVisits(m_judgement, 0);
+  if (extra - m_extraWatched < kWatchEvery) return true;
+  m_extraWatched = extra;
+  return CallWatch();
+}
+
+template <class Scalar, class Judgement>
 bool Walk<Scalar, Judgement>::Goes() {
   bool isCancelled = false;
   const auto goesOn = [&] {
-    isCancelled = isCancelled || (m_watch && !m_watch(std::min(m_done, 1.0)));
+    isCancelled = isCancelled || !CallWatch();
     return !isCancelled;
   };
   if constexpr (sizeof(Scalar) == sizeof(float)) {

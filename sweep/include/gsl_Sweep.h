@@ -105,18 +105,25 @@ public:
   Body& operator=(Body&&) noexcept;
 
   /// Returns the body made thicker by e > 0, or thinner by e < 0. Each corner is moved so that the
-  /// planes of the triangles around it move by e along their normals, where such a place exists.
-  /// Elsewhere the squares of the differences from e are least, each weighed by the angle of its
-  /// triangle at the corner; among several places the nearest is taken.
+  /// planes of the triangles around it move by e along their normals. Where they cannot all do so,
+  /// the squares of the differences from e are least, each weighed by the angle of its triangle at
+  /// the corner; among several places the nearest is taken.
   ///
   /// Corners    equal coordinates are one corner; -0.0 equals 0.0.
   /// Accuracy   the places are rounded. A corner of a box along the axes gets each coordinate
-  ///            plus or minus e, rounded once. `deviation`, unless null, receives the greatest
-  ///            difference between e and the travel of a plane at one of its corners.
-  /// Degenerate A triangle without area has no plane, and follows its corners.
+  ///            plus or minus e, rounded once. A corner does not move in a direction that lowers
+  ///            the mean square of the differences by less than 1e-8 of e squared. `deviation`,
+  ///            unless null, receives the greatest difference between e and the travel of a plane
+  ///            at one of its corners.
+  /// Degenerate A triangle without area has no plane, and follows its corners. So does a sliver,
+  ///            unless a corner has slivers alone: a triangle whose height is at most 2^-22 of its
+  ///            longest edge, or, if all its coordinates are numbers in single precision, of its
+  ///            largest coordinate. It is not part of the deviation.
   /// Numbers    of triangles stay, and SkippedCount.
-  /// Errors     std::invalid_argument for an infinite or NaN e, and when a triangle turns over,
-  ///            loses its area, or leaves the range of double; the text names the first.
+  /// Errors     std::invalid_argument for an infinite or NaN e, and when a triangle that is not a
+  ///            sliver turns over, loses its area, or turns around in its plane, as all do in a
+  ///            body that is turned inside out, or when one leaves the range of double; the text
+  ///            names the first. Surfaces that cross each other are not noticed.
   Body Grown(double e, double* deviation = nullptr) const;
 
   /// Returns the body with every corner exactly where gsl_Matrix::Transform puts it. The
@@ -218,6 +225,8 @@ struct Question {
   /// Ties       among travels that are equal when rounded. At the start: the lowest triangles that
   ///            are within the clearance.
   /// maxDistance is compared with the rounded travel.
+  /// Cost       many pairs whose distance becomes the clearance at the same travel, up to rounding,
+  ///            can take tens or hundreds of microseconds each; progress is called meanwhile.
   /// Errors     std::invalid_argument for a negative, infinite or NaN clearance, for one with a
   ///            rule other than Touch, and for a question about the last contact or a patch.
   double clearance = 0.0;
@@ -247,7 +256,8 @@ struct Answer {
   SweepStatus status = SweepStatus::Cancelled;
   Coord3 unitDirection{0.0, 0.0, 0.0}; ///< rounded from twice the precision; zero when cancelled
   Contact contact;                     ///< set for Contact and Start only
-  /// False for a question with a clearance. The travel, and each coordinate of the two points, then
+  /// False for a question with a clearance that is answered; a cancelled answer says nothing and
+  /// leaves it true. The travel, and each coordinate of the two points, then
   /// differ from their true values by at most `errorBound`.
   bool isExact = true;
   /// Four units in the last place of the largest coordinate of the bodies, with the offset, or of

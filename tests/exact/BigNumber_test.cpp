@@ -56,17 +56,20 @@ void ExpectRounded(const BigNumber& whole, const BigNumber& factor, const BigNum
                    const BigNumber& divisor) {
   const DoubleDouble rounded = Surd(whole, factor, radicand, divisor).Rounded();
   const BigNumber value = Big(rounded.hi) + Big(rounded.lo);
-  const BigNumber error = Big(0x1p-90) + Big(std::fabs(rounded.hi)) * Big(0x1p-95);
+  const BigNumber error = Big(std::fabs(rounded.hi)) * Big(0x1p-95);
   EXPECT_EQ(Surd(whole - (value - error) * divisor, factor, radicand, divisor).Sign(), 1);
   EXPECT_EQ(Surd(whole - (value + error) * divisor, factor, radicand, divisor).Sign(), -1);
 }
 
 TEST(Surd, RoundsWithinItsBound) {
   ExpectRounded(Big(0.0), Big(1.0), Big(2.0), Big(1.0));
-  ExpectRounded(Big(0.0), Big(0.0), Big(2.0), Big(1.0));
+  EXPECT_EQ(Surd(Big(0.0), Big(0.0), Big(2.0), Big(1.0)).Rounded().hi, 0.0);
+  EXPECT_EQ(Surd(Big(-3.0), Big(1.0), Big(9.0), Big(7.0)).Rounded().hi, 0.0);
   ExpectRounded(Big(1.0), Big(0.0), Big(0.0), Big(3.0));
   ExpectRounded(Big(0x1p200), Big(-1.0), Big(0x1p400) - Big(1.0), Big(1.0)); // 2^-201
   ExpectRounded(Big(1.0), Big(-1.0), Big(1.0) - Big(0x1p-120), Big(0x1p-70));
+  ExpectRounded(Big(-0x1p-300), Big(1.0), Big(0x1p-600) + Big(0x1p-800), Big(3.0));
+  ExpectRounded(Big(0x1p-60), Big(-1.0), Big(0x1p-120) - Big(0x1p-180), Big(1.0));
   RandomNumbers random(5);
   for (int round = 0; round < 2000; ++round) {
     const auto number = [&random](double low) {

@@ -172,8 +172,7 @@ private:
       question.maxDistance = answer.contact.travel;
       Require(AreSame(pair.First(question), answer), "another answer within its travel");
       question.maxDistance = std::nextafter(answer.contact.travel, 0.0);
-      Require(pair.First(question).contact.travel != answer.contact.travel,
-              "a contact beyond the limit");
+      Require(pair.First(question).status == SweepStatus::None, "a contact beyond the limit");
       question.maxDistance = std::numeric_limits<double>::infinity();
     }
     const std::size_t half = FixedCount() / 2;
@@ -258,6 +257,45 @@ private:
       return true;
     });
     CheckPoints(answer, bound);
+    CheckKind(answer.contact, bound);
+  }
+
+  /// The points are on features of the named kind.
+  void CheckKind(const gsl_sweep::Contact& contact, const Rational& bound) {
+    const auto isOn = [&bound](int cornerCount, const Coord3& p, const std::array<Coord3, 3>& t) {
+      for (std::size_t k = 0; k < 3; ++k) {
+        const Coord3& end = t[cornerCount == 1 ? k : (k + 1) % 3];
+        const Coord3& other = cornerCount == 3 ? t[(k + 2) % 3] : end;
+        const ClearancePair toFeature({p, p, p}, {t[k], end, other}, {1, 0, 0});
+        if (toFeature.IsWithin(0, cornerCount == 1 ? Rational(0) : Rational(bound * bound * 3)))
+          return true;
+      }
+      return false;
+    };
+    const auto countOf = [](ContactKind kind) -> std::array<int, 2> {
+      switch (kind) {
+      case ContactKind::VertexVertex:
+        return {1, 1};
+      case ContactKind::VertexEdge:
+        return {1, 2};
+      case ContactKind::EdgeVertex:
+        return {2, 1};
+      case ContactKind::VertexFace:
+        return {1, 3};
+      case ContactKind::FaceVertex:
+        return {3, 1};
+      case ContactKind::EdgeEdge:
+        return {2, 2};
+      default:
+        return {0, 0};
+      }
+    };
+    const std::array<int, 2> count = countOf(contact.kind);
+    Require(count[0] != 0, "a kind that names no features");
+    if (count[0] == 0) return;
+    Require(isOn(count[0], contact.movingPoint, Triangle(m_moved, contact.movingTriangle)) &&
+                isOn(count[1], contact.fixedPoint, Triangle(m_scene.fixed, contact.fixedTriangle)),
+            "the points are not on features of the named kind");
   }
 
   /// Returns true when one pair comes within the clearance later than another. Both are within it

@@ -34,6 +34,7 @@ public:
   void Scales();
   void Overlapping();
   void Nested();
+  void Tiny();
 
   ClearanceScene Finish(const std::string& name) {
     m_scene.name = name;
@@ -259,18 +260,53 @@ void SceneMaker::Nested() {
   m_scene.clearance = LatticeClearance() * (m_random.Chance(0.3) ? 4.0 : 1.0);
 }
 
+/// A clearance that is tiny beside the coordinates, and a corner about as far from an oblique
+/// plane, edge or corner through the origin.
+void SceneMaker::Tiny() {
+  const double size = std::ldexp(m_random.In(1.0, 2.0), -40 - m_random.Below(51));
+  m_scene.clearance = size;
+  m_scene.direction = m_random.Chance(0.5) ? Coord3{1.0, 1.0, 0.0} : AnyPoint(1.0);
+  switch (m_random.Below(3)) {
+  case 0:
+    AddTriangle(m_fixed, {-1.0, 1.0, -1.0}, {1.0, -1.0, -1.0}, {0.0, 0.0, 1.0});
+    break;
+  case 1:
+    AddTriangle(m_fixed, {-1.0, 1.0, 0.5}, {1.0, -1.0, -0.5}, {1.0, 1.0, 1.0});
+    break;
+  default:
+    AddTriangle(m_fixed, {0.0, 0.0, 0.0}, {0.75, 1.0, 0.25}, {1.0, -0.5, 0.75});
+    break;
+  }
+  const Coord3 p =
+      m_random.Chance(0.5) ? Coord3{-1.41421356 * size, 0.0, 0.0} : AnyPoint(4.0 * size);
+  const Coord3 back = gsl_arithmetic::Multiply(m_scene.direction, -m_random.In(0.0, 2.0) * size);
+  AddTriangle(m_moving, p, p, p);
+  m_moving = Moved(m_moving, back);
+  if (m_random.Chance(0.3)) {
+    const Coord3 other{-0.5, -1.0, 0.25};
+    AddTriangle(m_moving, other, other, gsl_arithmetic::Add(other, {0.25, 0.0, 0.0}));
+  }
+}
+
 struct Family {
   const char* name;
   void (SceneMaker::*make)();
 };
 
 constexpr Family kFamilies[] = {
-    {"Lattice", &SceneMaker::Lattice},         {"Boxes", &SceneMaker::Boxes},
-    {"Grazing", &SceneMaker::Grazing},         {"Flat", &SceneMaker::Flat},
-    {"Parallel", &SceneMaker::Parallel},       {"Sliding", &SceneMaker::Sliding},
-    {"Anywhere", &SceneMaker::Anywhere},       {"NearlyGrazing", &SceneMaker::NearlyGrazing},
-    {"NearlyAlong", &SceneMaker::NearlyAlong}, {"Scales", &SceneMaker::Scales},
-    {"Overlapping", &SceneMaker::Overlapping}, {"Nested", &SceneMaker::Nested},
+    {"Lattice", &SceneMaker::Lattice},
+    {"Boxes", &SceneMaker::Boxes},
+    {"Grazing", &SceneMaker::Grazing},
+    {"Flat", &SceneMaker::Flat},
+    {"Parallel", &SceneMaker::Parallel},
+    {"Sliding", &SceneMaker::Sliding},
+    {"Anywhere", &SceneMaker::Anywhere},
+    {"NearlyGrazing", &SceneMaker::NearlyGrazing},
+    {"NearlyAlong", &SceneMaker::NearlyAlong},
+    {"Scales", &SceneMaker::Scales},
+    {"Overlapping", &SceneMaker::Overlapping},
+    {"Nested", &SceneMaker::Nested},
+    {"Tiny", &SceneMaker::Tiny},
 };
 
 } // namespace

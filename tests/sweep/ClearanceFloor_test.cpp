@@ -60,4 +60,26 @@ TEST(ClearanceFloor, ADirectionAlongThePlaneSetsNone) {
   EXPECT_FALSE(floor.IsNotBefore(moving.corner, fixed.corner));
 }
 
+TEST(ClearanceFloor, APlaneKeepsPairsApartForever) {
+  const TravelDirection along({1.0, 0.0, 0.0});
+  const auto flat = [&along](double x, double z) {
+    return MakeTriangle(along, {x, 0, z}, {x + 0.125, 0, z}, {x, 0.125, z});
+  };
+  ClearanceFloor floor(along, 0.25 - 0x1p-54);
+  floor.SetNever({0.0, 0.0, 0.5});
+  EXPECT_TRUE(floor.IsNotBefore(flat(-0.5, 0.5).corner, flat(0.5, 0.75).corner));
+  EXPECT_TRUE(floor.IsNotBefore(flat(0.5, 0.25).corner, flat(0.5, 0.75).corner));
+  const double lower = std::nextafter(0.75, 0.0);
+  EXPECT_FALSE(floor.IsNotBefore(flat(-0.5, 0.5).corner, flat(0.5, lower).corner));
+  ClearanceFloor exact(along, 0.25);
+  exact.SetNever({0.0, 0.0, 0.5});
+  EXPECT_FALSE(exact.IsNotBefore(flat(-0.5, 0.5).corner, flat(0.5, 0.75).corner));
+  // The direction closes a gap of 2^-20 within any path that matters.
+  const TravelDirection oblique({1.0, 0.0, 0x1p-20});
+  ClearanceFloor closing(oblique, 0.25 - 0x1p-54);
+  closing.SetNever({0.0, 0.0, 0.5});
+  EXPECT_FALSE(closing.IsNotBefore(flat(-0.5, 0.5).corner, flat(0.5, 0.75).corner));
+  EXPECT_TRUE(closing.IsNotBefore(flat(-0.5, 0.5).corner, flat(0.5, 0.75 + 0x1p-16).corner));
+}
+
 } // namespace

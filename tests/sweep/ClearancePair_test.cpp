@@ -170,4 +170,29 @@ TEST(ClearancePair, TheClosestFeaturesAtRestAreNamed) {
   ExpectPoint(crossing.onFixed, {4, 0, 0});
 }
 
+TEST(ClearancePair, EstimatesTellGapsOfARoundingFromTheClearance) {
+  const TravelDirection along({1.0, 0.0, 0.0});
+  const Triangle fixed = MakeTriangle(along, {0, 0, 0.5}, {0.25, 0, 0.5}, {0, 0.25, 0.5});
+  const Triangle moving = MakeTriangle(along, {-0.5, 0, 0.25}, {-0.25, 0, 0.25}, {-0.5, 0.25, 0});
+  const double below = 0.25 - 0x1p-54;
+  const ClearanceEstimate estimate = EstimateClearance(along, moving, fixed, below, kInfinity);
+  EXPECT_TRUE(estimate.isApart);
+  EXPECT_TRUE(estimate.isApartByPlane);
+  EXPECT_FALSE(EstimateClearance(along, moving, fixed, 0.25, kInfinity).isApart);
+  EXPECT_FALSE(EstimateClearance(along, moving, fixed, 0.25 + 0x1p-53, kInfinity).isApart);
+  // At rest, one above the other: apart, at the clearance, and nearer.
+  const Triangle above = MakeTriangle(along, {0, 0, 0.25}, {0.25, 0, 0.25}, {0, 0.25, 0.25});
+  EXPECT_TRUE(EstimateClearance(along, above, fixed, below, kInfinity).isApart);
+  EXPECT_FALSE(EstimateClearance(along, above, fixed, 0.25, kInfinity).isApartAtRest);
+  EXPECT_FALSE(EstimateClearance(along, above, fixed, 0.25 + 0x1p-53, kInfinity).isApartAtRest);
+  // It falls: apart at rest by less than doubles tell, and not for long.
+  const ClearanceEstimate falling =
+      EstimateClearance(kDown, MakeTriangle(kDown, {0, 0, 0.75}, {0.25, 0, 0.75}, {0, 0.25, 0.75}),
+                        fixed, below, kInfinity);
+  EXPECT_TRUE(falling.isApartAtRest);
+  EXPECT_FALSE(falling.isApart);
+  EXPECT_GT(falling.least, 0.0);
+  EXPECT_LE(falling.least, 0x1p-53); // the vector is half as long as the direction
+}
+
 } // namespace

@@ -81,16 +81,24 @@ TEST(Grown, TheTriangulationDoesNotMatter) {
     AddTriangle(turned, c[0], c[1], c[5]);
     AddTriangle(turned, c[1], c[2], c[5]);
   }
+  // A corner of the box moves out along all axes, one inside a face along its normal, and one
+  // inside the common edge of two faces along both normals.
+  const auto expected = [](double c, double high) {
+    return c == 0.0 ? -0.125 : c == high ? high + 0.125 : c;
+  };
   for (const Mesh& mesh : {box, turned, Divided(box), Divided(turned)}) {
-    for (const Coord3& p : GrownCorners(mesh, 0.125)) {
-      const auto isOut = [](double c, double high) { return c == -0.125 || c == high + 0.125; };
-      EXPECT_TRUE(isOut(p.x, 1.0) || isOut(p.y, 2.0) || isOut(p.z, 3.0));
+    const std::vector<Coord3> corners = GrownCorners(mesh, 0.125);
+    for (std::size_t k = 0; k < corners.size(); ++k) {
+      const Coord3& p = mesh.corners[k];
+      EXPECT_NEAR(corners[k].x, expected(p.x, 1.0), 0x1p-50);
+      EXPECT_NEAR(corners[k].y, expected(p.y, 2.0), 0x1p-50);
+      EXPECT_NEAR(corners[k].z, expected(p.z, 3.0), 0x1p-50);
     }
   }
 }
 
-TEST(Grown, PlanesThatAreObliqueMoveByE) {
-  // An octahedron: the planes around each corner meet in one point again.
+/// Around the origin; the inner radius is 1 / root(3).
+Mesh Octahedron() {
   Mesh octahedron;
   for (int k = 0; k < 8; ++k) {
     const Coord3 x{(k & 1) != 0 ? 1.0 : -1.0, 0.0, 0.0};
@@ -99,8 +107,13 @@ TEST(Grown, PlanesThatAreObliqueMoveByE) {
     const bool isLeft = x.x * y.y * z.z > 0.0;
     AddTriangle(octahedron, x, isLeft ? y : z, isLeft ? z : y);
   }
+  return octahedron;
+}
+
+TEST(Grown, PlanesThatAreObliqueMoveByE) {
+  // The planes around each corner meet in one point again.
   double deviation = -1.0;
-  const std::vector<Coord3> corners = GrownCorners(octahedron, 0.25, &deviation);
+  const std::vector<Coord3> corners = GrownCorners(Octahedron(), 0.25, &deviation);
   EXPECT_LE(deviation, 0x1p-50);
   const double out = 1.0 + 0.25 * std::sqrt(3.0);
   for (const Coord3& p : corners) {
@@ -196,6 +209,81 @@ TEST(Grown, TurningOverIsRefusedWithTheFirstTriangle) {
   EXPECT_EQ(RefusalOf(plate, -0.5), "triangle 4 turns over when the body grows by -0.5");
   EXPECT_EQ(RefusalOf(sweep_shapes::Box({0, 0, 0}, {1.5e308, 1, 1}), 1e308),
             "triangle 0 leaves the range of double when the body grows by 1e+308");
+}
+
+TEST(Grown, ABodyTurnedInsideOutIsRefused) {
+  const double third = 1.0 / std::sqrt(3.0);
+  Mesh tetrahedron; // of inner radius 1 / root(3)
+  const Coord3 p[4] = {{1, 1, 1}, {1, -1, -1}, {-1, 1, -1}, {-1, -1, 1}};
+  AddTriangle(tetrahedron, p[0], p[1], p[2]);
+  AddTriangle(tetrahedron, p[0], p[3], p[1]);
+  AddTriangle(tetrahedron, p[0], p[2], p[3]);
+  AddTriangle(tetrahedron, p[1], p[3], p[2]);
+  const Mesh cube = sweep_shapes::Box({-third, -third, -third}, {third, third, third});
+  for (const Mesh& mesh : {cube, tetrahedron, Octahedron()}) {
+    EXPECT_EQ(RefusalOf(mesh, -0.9 * third), "");
+    for (const double part : {1.2, 3.0})
+      EXPECT_NE(RefusalOf(mesh, -part * third).find("triangle 0 turns around"), std::string::npos);
+  }
+  EXPECT_EQ(RefusalOf(sweep_shapes::Box({0, 0, 0}, {1, 1, 1}), -0.6),
+            "triangle 0 turns around when the body grows by -0.6");
+}
+
+TEST(Grown, SliversFollowTheirCorners) {
+  // A corner inside the edge from (0, 0, 1) to (1, 0, 1), but for rounding. The front has no corner
+  // there, and a sliver closes the gap.
+  const Coord3 a{0, 0, 1};
+  const Coord3 b{1, 0, 1};
+  for (const double height : {1.0 - 0x1p-24, 1.0 + 0x1p-24, 1.0 + 0x1p-50}) {
+    const Coord3 middle{0.5, 0, height};
+    Mesh cube;
+    sweep_shapes::AddQuad(cube, {0, 0, 0}, {1, 0, 0}, b, a);
+    sweep_shapes::AddQuad(cube, {1, 1, 0}, {0, 1, 0}, {0, 1, 1}, {1, 1, 1});
+    sweep_shapes::AddQuad(cube, {0, 1, 0}, {0, 0, 0}, a, {0, 1, 1});
+    sweep_shapes::AddQuad(cube, {1, 0, 0}, {1, 1, 0}, {1, 1, 1}, b);
+    sweep_shapes::AddQuad(cube, {0, 0, 0}, {0, 1, 0}, {1, 1, 0}, {1, 0, 0});
+    AddTriangle(cube, a, middle, {0, 1, 1});
+    AddTriangle(cube, middle, {1, 1, 1}, {0, 1, 1});
+    AddTriangle(cube, middle, b, {1, 1, 1});
+    AddTriangle(cube, a, b, middle);
+    for (const double e : {1e-4, -1e-4, 0.25, -0.25}) {
+      ASSERT_EQ(RefusalOf(cube, e), "");
+      double deviation = -1.0;
+      const std::vector<Coord3> corners = GrownCorners(cube, e, &deviation);
+      EXPECT_LT(deviation, 1e-3 * std::fabs(e));
+      for (std::size_t k = 0; k < corners.size(); ++k) {
+        const Coord3& p = cube.corners[k];
+        const bool isMiddle = p.x == 0.5;
+        const double near = 1e-3 * std::fabs(e);
+        EXPECT_NEAR(corners[k].x, isMiddle ? 0.5 : p.x == 0.0 ? -e : 1.0 + e, near);
+        EXPECT_NEAR(corners[k].y, isMiddle ? 0.0 : p.y == 0.0 ? -e : 1.0 + e, near);
+        EXPECT_NEAR(corners[k].z, p.z == 0.0 ? -e : p.z + e, near);
+      }
+    }
+  }
+}
+
+TEST(Grown, ACornerOfSliversAloneMovesWithThem) {
+  Mesh needle;
+  AddTriangle(needle, {0, 0, 0}, {1, 0, 0}, {1, 0x1p-30, 0});
+  for (const Coord3& p : GrownCorners(needle, 0.5))
+    EXPECT_EQ(p.z, 0.5);
+}
+
+TEST(Grown, ACornerWhereEdgesAreOppositeMoves) {
+  // The edges from the third corner are opposite, and their product is rounded to zero.
+  const Coord3 c{-0.20414976065057885, -0.6608967074143532, -0.05879954289893838};
+  Mesh mesh;
+  AddTriangle(mesh, {-0.3424473937049559, -0.7524899523316311, 0.11105188732577731},
+              {0.43208564405202066, -0.23952387578349255, -0.8401975398252286}, c);
+  AddTriangle(mesh, c, gsl_arithmetic::Add(c, {1, 0, 0}), gsl_arithmetic::Add(c, {0, 1, 0}));
+  const std::vector<Coord3> corners = GrownCorners(mesh, 0.1);
+  EXPECT_NEAR(corners[2].z, c.z + 0.1, 0x1p-50);
+  EXPECT_EQ(corners[2].z, corners[3].z);
+  // Alone, the first triangle moves that corner too.
+  mesh.corners.resize(3);
+  const Coord3 moved = GrownCorners(mesh, 0.1)[2];
+  EXPECT_NEAR(gsl_arithmetic::Length(gsl_arithmetic::Subtract(moved, c)), 0.1, 0x1p-50);
 }
 
 TEST(Grown, OnlyAFiniteLengthIsAccepted) {

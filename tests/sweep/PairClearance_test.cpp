@@ -89,6 +89,61 @@ TEST(PairClearance, AtTheStartTheLowestPairIsNamed) {
             SweepStatus::None);
 }
 
+TEST(PairClearance, ATinyTravelIsPositiveAndHidesNoStart) {
+  Mesh fixed;
+  sweep_shapes::AddTriangle(fixed, {-1, 1, -1}, {1, -1, -1}, {0, 0, 1});
+  const Coord3 near{-0x1.006eaaa4fc1acp-48, 0, 0};
+  const Question question = Within(0x1.6aa667fcda47bp-49, {1, 1, 0});
+  Mesh moving;
+  sweep_shapes::AddTriangle(moving, near, near, near);
+  const Answer answer = AskInEveryWay(moving, fixed, question, 2);
+  ASSERT_EQ(answer.status, SweepStatus::Contact);
+  EXPECT_GT(answer.contact.travel, 0.0);
+  EXPECT_LT(answer.contact.travel, 0x1p-98);
+  const Coord3 touching{0.1, -0.1, 0};
+  sweep_shapes::AddTriangle(moving, touching, touching, touching);
+  const Answer start = AskInEveryWay(moving, fixed, question, 2);
+  EXPECT_EQ(start.status, SweepStatus::Start);
+  EXPECT_EQ(start.contact.movingTriangle, 1u);
+}
+
+/// A flat square of n x n cells, with its side 1.
+Mesh Grid(int n, const Coord3& low) {
+  Mesh mesh;
+  for (int i = 0; i < n; ++i) {
+    for (int j = 0; j < n; ++j) {
+      const auto corner = [&](int x, int y) {
+        return Coord3{low.x + static_cast<double>(i + x) / n,
+                      low.y + static_cast<double>(j + y) / n, low.z};
+      };
+      sweep_shapes::AddQuad(mesh, corner(0, 0), corner(1, 0), corner(1, 1), corner(0, 1));
+    }
+  }
+  return mesh;
+}
+
+TEST(PairClearance, AGapThatIsWiderByARoundingCostsLittle) {
+  // 1.1 - 1.0 exceeds 0.1 by 2^-53.4. Judged by whole numbers alone, this would take minutes.
+  const Question question = Within(0.1, {1, 0, 0});
+  const Pair pair(BodyOf(Grid(24, {-1.5, 0, 1.1})), {BodyOf(Grid(24, {0, 0, 1.0}))});
+  EXPECT_EQ(pair.First(question).status, SweepStatus::None);
+}
+
+TEST(PairClearance, ExactJudgementsCallTheWatch) {
+  // Each pair comes within the clearance after 2^-53.4, which only whole numbers can tell.
+  const Mesh fixed = Grid(8, {0, 0, 1.0});
+  const Pair pair(BodyOf(Grid(8, {0, 0, 1.1})), {BodyOf(fixed)});
+  const Question question = Within(0.1);
+  int calls = 0;
+  gsl_sweep::Run run;
+  run.progress = [&calls](double) {
+    ++calls;
+    return calls < 2;
+  };
+  EXPECT_EQ(pair.First(question, run).status, SweepStatus::Cancelled);
+  EXPECT_EQ(calls, 2);
+}
+
 TEST(PairClearance, EachFixedBodyIsAsked) {
   const Pair pair(
       BodyOf(BoxOf({1, 1, 6}, {2, 2, 7})),
@@ -111,6 +166,14 @@ TEST(PairClearance, HugeAndTinyClearancesAreAnswered) {
   const Mesh box = BoxOf({1, 1, 6}, {2, 2, 7});
   EXPECT_EQ(AskInEveryWay(box, table, Within(std::numeric_limits<double>::max()), 2).status,
             SweepStatus::Start);
+  // The points are not rounded to the size of the clearance.
+  const Answer huge = AskInEveryWay(box, table, Within(1e300), 2);
+  const Answer large = AskInEveryWay(box, table, Within(16.0), 2);
+  ASSERT_EQ(huge.status, SweepStatus::Start);
+  EXPECT_EQ(huge.contact.movingPoint.z, 6.0);
+  EXPECT_EQ(huge.contact.movingPoint.x, large.contact.movingPoint.x);
+  EXPECT_EQ(huge.contact.fixedPoint.x, large.contact.fixedPoint.x);
+  EXPECT_EQ(huge.contact.fixedPoint.y, large.contact.fixedPoint.y);
   const double least = std::numeric_limits<double>::denorm_min();
   EXPECT_EQ(AskInEveryWay(box, table, Within(least), 2).contact.travel, 4.0);
   EXPECT_EQ(AskInEveryWay(box, table, Within(0x1p-40), 2).contact.travel, 4.0 - 0x1p-40);
