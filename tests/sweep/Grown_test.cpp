@@ -263,6 +263,21 @@ TEST(Grown, SliversFollowTheirCorners) {
   }
 }
 
+TEST(Grown, SliversAreAsLowAsFourUnitsOfSinglePrecision) {
+  // Flat along z, and a steep triangle across y that is 2^-22 high.
+  const auto movedY = [](double height, double shift) {
+    Mesh mesh;
+    AddTriangle(mesh, {1, 1, 1}, {1 + 0x1p-6, 1, 1}, {1, 1 + 0x1p-6, 1});
+    AddTriangle(mesh, {1, 1, 1}, {1 + 0x1p-6, 1, 1}, {1 + 0x1p-7 + shift, 1, 1 + height});
+    const Coord3 corner = GrownCorners(mesh, 0x1p-30)[0];
+    EXPECT_NEAR(corner.z, 1.0 + 0x1p-30, 0x1p-45);
+    return corner.y;
+  };
+  EXPECT_NEAR(movedY(0x1p-22, 0.0), 1.0, 0x1p-45);
+  EXPECT_NEAR(movedY(0x1p-21, 0.0), 1.0 - 0x1p-30, 0x1p-45);
+  EXPECT_NEAR(movedY(0x1p-22, 0x1p-40), 1.0 - 0x1p-30, 0x1p-45); // not in single precision
+}
+
 TEST(Grown, ACornerOfSliversAloneMovesWithThem) {
   Mesh needle;
   AddTriangle(needle, {0, 0, 0}, {1, 0, 0}, {1, 0x1p-30, 0});

@@ -174,6 +174,11 @@ TEST(PairClearance, HugeAndTinyClearancesAreAnswered) {
   EXPECT_EQ(huge.contact.movingPoint.x, large.contact.movingPoint.x);
   EXPECT_EQ(huge.contact.fixedPoint.x, large.contact.fixedPoint.x);
   EXPECT_EQ(huge.contact.fixedPoint.y, large.contact.fixedPoint.y);
+  // Nearly as far apart as coordinates up to 8 allow: 14 root(3) = 24.249.
+  const Mesh low = BoxOf({-8, -8, -8}, {-7, -7, -7});
+  const Mesh high = BoxOf({7, 7, 7}, {8, 8, 8});
+  EXPECT_EQ(AskInEveryWay(low, high, Within(24.25), 2).status, SweepStatus::Start);
+  EXPECT_EQ(AskInEveryWay(low, high, Within(24.125), 2).status, SweepStatus::None);
   const double least = std::numeric_limits<double>::denorm_min();
   EXPECT_EQ(AskInEveryWay(box, table, Within(least), 2).contact.travel, 4.0);
   EXPECT_EQ(AskInEveryWay(box, table, Within(0x1p-40), 2).contact.travel, 4.0 - 0x1p-40);
