@@ -1,11 +1,13 @@
 """Makes the wheel of gsl_geometry from what CMake builds and installs.
 
-GSL_BUILD_DIR names a build folder whose libraries and module are taken; without it the tree is built in build/wheel.
+GSL_BUILD_DIR names a build folder whose libraries and module are taken; without it the tree is built in build/wheel-NAME, where NAME
+is that of the running Python.
 """
 
 import os
 import re
 import subprocess
+import sys
 import tempfile
 from pathlib import Path
 
@@ -26,8 +28,8 @@ def built():
     """Returns the build folder, with the module built."""
     if os.environ.get("GSL_BUILD_DIR"):
         return Path(os.environ["GSL_BUILD_DIR"]).resolve()
-    folder = ROOT / "build" / "wheel"
-    flags = ["-DGSL_PYTHON=ON", "-DGSL_ASSIMP=OFF"]
+    folder = ROOT / "build" / f"wheel-{sys.implementation.cache_tag}"
+    flags = ["-DGSL_PYTHON=ON", "-DGSL_ASSIMP=OFF", f"-DPython3_EXECUTABLE={sys.executable}"]
     subprocess.run(["cmake", "--preset", "release", "-B", folder, *flags], cwd=ROOT, check=True)
     subprocess.run(["cmake", "--build", folder, "--target", "gsl_python"], cwd=ROOT, check=True)
     return folder
@@ -60,7 +62,7 @@ setup(
     description="How far a body travels before it touches another, and the geometry below it",
     license="MIT",
     python_requires=">=3.9",
-    install_requires=["numpy>=1.20"],
+    install_requires=["numpy>=1.20,<2"],
     packages=["gsl_geometry"],
     package_data={"gsl_geometry": ["py.typed", "*.pyi"]},
     cmdclass={"build_py": BuildWithCMake},

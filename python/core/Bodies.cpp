@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <optional>
+#include <stdexcept>
 #include <string>
 
 #include <pybind11/stl.h>
@@ -26,6 +27,13 @@ struct Cancelled {};
 
 /// `faces` may be missing; each three vertices in turn are then a triangle.
 BodyPointer MakeBody(const Reals& vertices, const std::optional<Indices>& faces) {
+  // A damaged pickle comes here without the checks of the package.
+  const auto isTable = [](const py::array& array) {
+    return array.ndim() == 2 && array.shape(1) == 3;
+  };
+  if (!isTable(vertices) || (faces && !isTable(*faces))) {
+    throw std::invalid_argument("vertices and faces: expected the shapes (n, 3) and (m, 3)");
+  }
   TriangleView view;
   view.vertices = vertices.data();
   view.vertexCount = static_cast<std::size_t>(vertices.shape(0));

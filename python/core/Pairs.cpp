@@ -41,6 +41,24 @@ bool Touches(const Answer& answer) {
   return answer.status == SweepStatus::Contact || answer.status == SweepStatus::Start;
 }
 
+/// The bodies of an answer that touch the other one. A body around another touches nothing.
+struct Touching {
+  explicit Touching(const Answer& answer)
+      : any(Touches(answer)), moving(any && (!IsInside(answer) || answer.contact.movingIsInside)),
+        fixed(any && (!IsInside(answer) || !answer.contact.movingIsInside)) {}
+
+  static bool IsInside(const Answer& answer) {
+    return answer.contact.kind == gsl_sweep::ContactKind::Inside;
+  }
+
+  bool any, moving, fixed;
+};
+
+/// Returns -1 for a triangle that is not in contact.
+std::int64_t NumberOf(std::size_t triangle, bool touches) {
+  return touches ? static_cast<std::int64_t>(triangle) : -1;
+}
+
 py::tuple TupleOf(const Coord3& p) {
   return py::make_tuple(p.x, p.y, p.z);
 }
@@ -66,16 +84,21 @@ struct Terms {
 py::tuple TupleOf(const Answer& answer) {
   const auto status = static_cast<int>(answer.status);
   const py::tuple direction = TupleOf(answer.unitDirection);
-  if (!Touches(answer)) {
+  const Touching touching(answer);
+  if (!touching.any) {
     const py::none none;
     return py::make_tuple(status, kInfinity, direction, -1, none, -1, none, -1, -1, none, false);
   }
   const Contact& contact = answer.contact;
+  const auto point = [](const Coord3& p, bool isSet) {
+    return isSet ? py::object(TupleOf(p)) : py::object(py::none());
+  };
   return py::make_tuple(status, contact.travel, direction, static_cast<int>(contact.kind),
-                        contact.hasNormal ? py::object(TupleOf(contact.normal)) : py::none(),
-                        contact.movingTriangle, TupleOf(contact.movingPoint), contact.fixedBody,
-                        contact.fixedTriangle, TupleOf(contact.fixedPoint),
-                        contact.overlapsAtStart);
+                        point(contact.normal, contact.hasNormal),
+                        NumberOf(contact.movingTriangle, touching.moving),
+                        point(contact.movingPoint, touching.moving), contact.fixedBody,
+                        NumberOf(contact.fixedTriangle, touching.fixed),
+                        point(contact.fixedPoint, touching.fixed), contact.overlapsAtStart);
 }
 
 /// Answers as arrays, one row for each.
@@ -91,11 +114,9 @@ public:
 
   /// Needs no lock of the interpreter.
   void Write(std::size_t row, const Answer& answer) {
-    const bool touches = Touches(answer);
+    const Touching touching(answer);
+    const bool touches = touching.any;
     const Contact& contact = answer.contact;
-    const auto number = [touches](std::size_t value) {
-      return touches ? static_cast<std::int64_t>(value) : -1;
-    };
     const auto point = [](const Coord3& p, bool isSet, double* to) {
       gsl_python::Write(isSet ? p : Coord3{kNaN, kNaN, kNaN}, to);
     };
@@ -105,11 +126,11 @@ public:
     point(answer.unitDirection, answer.status != SweepStatus::Cancelled, m_to.direction + 3 * row);
     m_to.kind[row] = static_cast<std::int8_t>(touches ? static_cast<int>(contact.kind) : -1);
     point(contact.normal, touches && contact.hasNormal, m_to.normal + 3 * row);
-    m_to.movingTriangle[row] = number(contact.movingTriangle);
-    point(contact.movingPoint, touches, m_to.movingPoint + 3 * row);
-    m_to.fixedBody[row] = number(contact.fixedBody);
-    m_to.fixedTriangle[row] = number(contact.fixedTriangle);
-    point(contact.fixedPoint, touches, m_to.fixedPoint + 3 * row);
+    m_to.movingTriangle[row] = NumberOf(contact.movingTriangle, touching.moving);
+    point(contact.movingPoint, touching.moving, m_to.movingPoint + 3 * row);
+    m_to.fixedBody[row] = NumberOf(contact.fixedBody, touches);
+    m_to.fixedTriangle[row] = NumberOf(contact.fixedTriangle, touching.fixed);
+    point(contact.fixedPoint, touching.fixed, m_to.fixedPoint + 3 * row);
     m_to.overlapsAtStart[row] = touches && contact.overlapsAtStart;
   }
 

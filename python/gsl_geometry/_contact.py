@@ -3,7 +3,7 @@
 from __future__ import annotations
 
 import math
-from typing import Any, Dict, Iterator, NamedTuple, Optional, Tuple
+from typing import Any, Dict, Iterator, List, NamedTuple, Optional, Tuple, Union, overload
 
 import numpy as np
 
@@ -103,23 +103,26 @@ class Contact:
 
     @property
     def moving(self) -> Optional[Place]:
-        """Where the moving body touches, before its travel. None without a contact.
+        """Where the moving body touches, before its travel. None without a contact, and for a solid around the
+        other one.
 
         >>> import gsl_geometry as gg
         >>> gg.sweep(gg.read("bolt.stl"), gg.read("bracket.stl"), "-z").moving.point[2]
         30.0
         """
-        return Place(self._answer[5], np.array(self._answer[6])) if self else None
+        return None if self._answer[6] is None else Place(self._answer[5], np.array(self._answer[6]))
 
     @property
     def fixed(self) -> Optional[Place]:
-        """Where the fixed body touches. None without a contact.
+        """Where the fixed body touches. None without a contact, and for a solid around the other one.
 
         >>> import gsl_geometry as gg
         >>> gg.sweep(gg.read("bolt.stl"), gg.read("bracket.stl"), "-z").fixed.point[2]
         0.0
         """
-        return Place(self._answer[8], np.array(self._answer[9]), self._answer[7]) if self else None
+        if self._answer[9] is None:
+            return None
+        return Place(self._answer[8], np.array(self._answer[9]), self._answer[7])
 
     @property
     def overlaps_at_start(self) -> bool:
@@ -178,6 +181,9 @@ class Contact:
             return f"Contact(none {along})"
         when = f"after {self.travel:.6g}" if self.status == "contact" else "at the start"
         body = f" of body {self._answer[7]}" if self._answer[7] else ""
+        if self.kind == "inside":
+            inner, outer = ("moving body", "fixed body") if self.moving else ("fixed body", "moving body")
+            return f"Contact({when} {along}: inside, a part of the {inner} in the {outer})"
         return (
             f"Contact({when} {along}: {self.kind}, "
             f"moving triangle {self._answer[5]} on fixed triangle {self._answer[8]}{body})"
@@ -185,7 +191,8 @@ class Contact:
 
 
 class Contacts:
-    """The answers to k questions as arrays with one row for each. Rows are Contact objects.
+    """The answers to k questions as arrays with one row for each. r[k] is a Contact; a slice, a list of numbers
+    or a mask selects rows.
 
     >>> import gsl_geometry as gg
     >>> pair = gg.Pair(gg.read("bolt.stl"), [gg.read("bracket.stl")])
@@ -208,7 +215,7 @@ class Contacts:
     travel: np.ndarray  #: shape (k,); infinite without a contact
     direction: np.ndarray  #: of length one, shape (k, 3)
     normal: np.ndarray  #: shape (k, 3); NaN where there is none
-    moving_triangle: np.ndarray  #: shape (k,); -1 without a contact
+    moving_triangle: np.ndarray  #: shape (k,); -1 without a contact, and for a solid around the other one
     moving_point: np.ndarray  #: with the offset, before the travel, shape (k, 3); NaN without a contact
     fixed_body: np.ndarray  #: shape (k,); -1 without a contact
     fixed_triangle: np.ndarray  #: shape (k,); -1 without a contact
@@ -266,7 +273,16 @@ class Contacts:
     def __len__(self) -> int:
         return len(self.travel)
 
-    def __getitem__(self, k: int) -> Contact:
+    @overload
+    def __getitem__(self, k: int) -> Contact: ...
+
+    @overload
+    def __getitem__(self, k: Union[slice, List[int], np.ndarray]) -> Contacts: ...
+
+    def __getitem__(self, k: Union[int, slice, List[int], np.ndarray]) -> Union[Contact, Contacts]:
+        if isinstance(k, (slice, list, np.ndarray)):
+            return Contacts(tuple(getattr(self, name)[k] for name in self.__slots__))
+
         def row(column: np.ndarray) -> Any:
             value = column[k].tolist()
             return tuple(value) if isinstance(value, list) else value
@@ -276,7 +292,9 @@ class Contacts:
             direction = (0.0, 0.0, 0.0)
         if code > 1:
             return Contact((code, travel, direction, -1, None, -1, None, -1, -1, None, False))
-        return Contact((code, travel, direction, kind, None if math.isnan(normal[0]) else normal, *rest))
+        # A body around the other one has neither a triangle nor a point.
+        values = [None if isinstance(value, tuple) and math.isnan(value[0]) else value for value in (normal, *rest)]
+        return Contact((code, travel, direction, kind, *values))
 
     def __iter__(self) -> Iterator[Contact]:
         return (self[k] for k in range(len(self)))

@@ -360,7 +360,7 @@ class Transform:
         return bool((self._matrix == other._matrix).all())
 
     def __hash__(self) -> int:
-        return hash(self._matrix.tobytes())
+        return hash((self._matrix + 0.0).tobytes())  # 0.0 equals -0.0
 
     def __reduce__(self) -> Tuple[Any, ...]:
         return Transform, (np.array(self._matrix),)

@@ -240,6 +240,13 @@ def test_huge_coordinates():
         gg.Pair(low, [high]).sweep(many)
 
 
+def test_a_damaged_pickle_of_a_body_is_refused():
+    restore, (vertices, faces, file) = gg.Body(np.zeros((3, 3)), [[0, 1, 2]]).__reduce__()
+    for damaged in ((np.zeros(6), None), (np.zeros((4, 2)), None), (vertices, np.zeros(3, dtype=np.uint32))):
+        with pytest.raises(ValueError, match=r"expected the shapes \(n, 3\) and \(m, 3\)"):
+            restore(*damaged, file)
+
+
 @pytest.mark.parametrize("protocol", range(2, pickle.HIGHEST_PROTOCOL + 1))
 def test_bodies_and_answers_are_pickled(protocol):
     def copy(thing):

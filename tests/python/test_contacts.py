@@ -47,6 +47,32 @@ def test_start_offset_and_rules():
     assert repr(gg.sweep(box(), table, "z")).startswith("Contact(at the start along (0, 0, 1): ")
 
 
+def test_a_solid_around_the_other_touches_nothing():
+    small, large = box((1, 1, 1), (2, 2, 2)), box((0, 0, 0), (3, 3, 3))
+    c = gg.sweep(small, large, "z", rule="solid")
+    assert (c.status, c.kind, c.overlaps_at_start) == ("start", "inside", True)
+    assert c.moving.triangle == 0 and c.fixed is None
+    assert c.to_dict()["fixed"] == {"triangle": None, "point": None}
+    assert repr(c) == "Contact(at the start along (0, 0, 1): inside, a part of the moving body in the fixed body)"
+    c = gg.sweep(large, small, "z", rule="solid")
+    assert c.moving is None and c.fixed.triangle == 0
+    assert repr(c).endswith("inside, a part of the fixed body in the moving body)")
+    r = gg.Pair(large, [small]).sweep([(0, 0, 1)], rule="solid")
+    assert r.moving_triangle.tolist() == [-1] and np.isnan(r.moving_point).all()
+    assert r.fixed_triangle.tolist() == [0] and not np.isnan(r.fixed_point).any()
+    assert r[0] == c
+
+
+def test_rows_are_selected():
+    r = gg.Pair(box(), [box((0, 0, 3), (1, 1, 4))]).sweep([(0, 0, 1), (0, 0, -1), (0, 0, 2)])
+    assert r[1:].travel.tolist() == [math.inf, 2.0]
+    assert r[r.touches].travel.tolist() == [2.0, 2.0]
+    assert r[[2, 0]].direction.tolist() == [[0, 0, 1], [0, 0, 1]]
+    assert r[-1] == r[2] and len(r[3:]) == 0
+    with pytest.raises(IndexError):
+        r[3]
+
+
 def test_axes_are_directions():
     target = {"x": (3, 0, 0), "y": (0, 3, 0), "z": (0, 0, 3)}
     for axis, corner in target.items():

@@ -227,3 +227,8 @@ def test_nan_passes_through():
     sweep = gg.triangle_sweep((0, 0, 1), np.full((3, 3), np.nan), TRIANGLE)
     assert not math.isnan(sweep.distance)
     assert np.isnan(gg.Transform.identity().apply(nan)).all()
+
+
+def test_equal_transforms_have_equal_hashes():
+    there, back = gg.Transform.translation((0, 0, -5)), gg.Transform.translation((0, 0, 5)).inverse()
+    assert there == back and hash(there) == hash(back)
