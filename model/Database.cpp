@@ -9,11 +9,9 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
-#include <fcntl.h>
 #include <limits>
 #include <new>
 #include <sys/stat.h>
-#include <unistd.h>
 
 namespace gsl_model {
 
@@ -160,7 +158,7 @@ void Database::Close::operator()(sqlite3* connection) const {
 
 Database::Database(const std::string& path, Access access, std::chrono::milliseconds patience)
     : m_path(path) {
-  CheckFile(access);
+  CheckPath(access);
   // A reader too may have to complete what a writer that was interrupted left.
   const int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE |
                     (access == Access::Create ? SQLITE_OPEN_CREATE : 0);
@@ -170,38 +168,48 @@ Database::Database(const std::string& path, Access access, std::chrono::millisec
   if (connection == nullptr) throw std::bad_alloc();
   Check(code);
   m_isOpen = true;
+  CheckHeader(access);
   if (access != Access::Read && sqlite3_db_readonly(connection, "main") == 1) {
     Fail("cannot be written: Permission denied");
   }
-  sqlite3_busy_timeout(connection, static_cast<int>(patience.count()));
+  constexpr std::chrono::milliseconds kLongest{std::numeric_limits<int>::max()};
+  const auto wait = std::clamp(patience, std::chrono::milliseconds{0}, kLongest);
+  sqlite3_busy_timeout(connection, static_cast<int>(wait.count()));
   sqlite3_db_config(connection, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
+  sqlite3_db_config(connection, SQLITE_DBCONFIG_ENABLE_TRIGGER, 0, nullptr);
   Run("PRAGMA trusted_schema = OFF; PRAGMA cell_size_check = ON; PRAGMA foreign_keys = ON; "
       "PRAGMA temp_store = MEMORY");
 }
 
 Database::~Database() = default;
 
-/// Judges the file before SQLite does, whose words for it are general.
-void Database::CheckFile(Access access) const {
+/// Judges the path before SQLite does, whose words for it are general.
+void Database::CheckPath(Access access) const {
   struct stat status = {};
   if (stat(m_path.c_str(), &status) != 0) {
     if (errno == ENOENT && access == Access::Create) return;
     Fail(std::string("cannot open: ") + std::strerror(errno));
   }
   if (!S_ISREG(status.st_mode)) Fail("is not a regular file");
-  const int file = open(m_path.c_str(), O_RDONLY | O_CLOEXEC);
-  if (file < 0) Fail(std::string("cannot open: ") + std::strerror(errno));
+}
+
+/// Judges how the file begins. It is read through the connection: a descriptor of our own would,
+/// when it is closed, end the locks that other connections of this process have on the file.
+void Database::CheckHeader(Access access) const {
+  sqlite3_file* file = nullptr;
+  Check(sqlite3_file_control(Connection(), "main", SQLITE_FCNTL_FILE_POINTER, &file));
+  if (file == nullptr || file->pMethods == nullptr) return;
+  sqlite3_int64 size = 0;
+  Check(file->pMethods->xFileSize(file, &size));
   std::array<char, kMagic.size()> start = {};
-  const ssize_t count = read(file, start.data(), start.size());
-  const int error = errno;
-  close(file);
-  if (count < 0) Fail(std::string("cannot read: ") + std::strerror(error));
+  const auto count = std::min(start.size(), static_cast<std::size_t>(size));
   if (count == 0) {
     // A writer that was interrupted while it created the file leaves an empty one.
     if (access == Access::Create) return;
     Fail("is not a model: the file is empty");
   }
-  const std::string_view found(start.data(), static_cast<std::size_t>(count));
+  Check(file->pMethods->xRead(file, start.data(), static_cast<int>(count), 0));
+  const std::string_view found(start.data(), count);
   if (found == kMagic) return;
   Fail("is not a model: the file starts with " +
        HexOf(found.substr(0, std::min<std::size_t>(4, found.size()))) +

@@ -79,7 +79,8 @@ private:
     void operator()(sqlite3* connection) const;
   };
 
-  void CheckFile(Access access) const;
+  void CheckPath(Access access) const;
+  void CheckHeader(Access access) const;
   std::string ReasonOf(int code) const;
 
   std::string m_path;

@@ -2,6 +2,9 @@
 
 #include "RowBytes.h"
 
+#include <algorithm>
+#include <limits>
+#include <string>
 #include <utility>
 
 namespace gsl_model {
@@ -12,6 +15,16 @@ using Kind = gsl_RecordKind;
 
 std::int64_t Stored(std::uint64_t word) {
   return static_cast<std::int64_t>(word);
+}
+
+/// The number after the greatest one; numbers count from 1.
+std::int64_t NextNumber(Database& database, std::string_view greatest) {
+  const std::int64_t number = std::max<std::int64_t>(0, database.Integer(greatest));
+  // Half of the numbers are enough for one transaction.
+  if (number > std::numeric_limits<std::int64_t>::max() / 2) {
+    database.FailDamaged("the number of a record is " + std::to_string(number));
+  }
+  return number + 1;
 }
 
 } // namespace
@@ -25,9 +38,13 @@ RecordSaver::RecordSaver(Database& database, const RecordTable& table, RootList&
                            "WHERE length(excluded.name) <> 0 AND name <> excluded.name"),
       m_findName(database, "SELECT id FROM names WHERE name = ?1 AND number = ?2"),
       m_addName(database, "INSERT INTO names(name, number) VALUES (?1, ?2) RETURNING id"),
-      m_putRoot(database, "INSERT OR REPLACE INTO roots VALUES (?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8)"),
-      m_nextRecord(database.Integer("SELECT max(id) FROM records") + 1),
-      m_nextRoot(database.Integer("SELECT max(id) FROM roots") + 1),
+      // A replacement of another row, by an index that somebody added, would be an error.
+      m_putRoot(database,
+                "INSERT INTO roots VALUES (?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8) ON CONFLICT (id) DO "
+                "UPDATE SET name = ?2, record = ?3, class = ?4, prefix = ?5, serial = ?6, "
+                "bytes = ?7, checksum = ?8"),
+      m_nextRecord(NextNumber(database, "SELECT max(id) FROM records")),
+      m_nextRoot(NextNumber(database, "SELECT max(id) FROM roots")),
       m_ids(table.Records().size(), 0), m_names(table.Names().size(), 0) {}
 
 void RecordSaver::Save(const std::set<std::string>& removed) {

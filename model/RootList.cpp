@@ -7,8 +7,9 @@
 namespace gsl_model {
 
 void RootList::Refresh(Database& database) {
-  const auto sum =
-      static_cast<std::uint64_t>(database.Integer("SELECT roots_sum FROM model WHERE id = 1"));
+  Statement model(database, "SELECT roots_sum FROM model WHERE id = 1");
+  if (!model.Step()) database.FailDamaged("its table model has no row");
+  const auto sum = static_cast<std::uint64_t>(model.Integer(0));
   // The version says whether another connection has changed the file; it is the version of this
   // transaction, which has begun to read.
   const std::int64_t version = database.Integer("PRAGMA data_version");

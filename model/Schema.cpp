@@ -140,7 +140,11 @@ void CheckTables(Database& database, bool isWhole) {
   Statement check(database, isWhole ? "PRAGMA integrity_check(1)" : "PRAGMA quick_check(1)");
   if (!check.Step()) database.FailDamaged("it cannot be checked");
   const std::string problem(check.Bytes(0));
-  if (problem != "ok") database.FailDamaged(problem.substr(0, problem.find('\n')));
+  if (problem == "ok") return;
+  // The first line may only be a title: "*** in database main ***".
+  std::size_t begin = problem.compare(0, 3, "***") == 0 ? problem.find('\n') + 1 : 0;
+  if (begin >= problem.size()) begin = 0;
+  database.FailDamaged(problem.substr(begin, problem.find('\n', begin) - begin));
 }
 
 } // namespace gsl_model

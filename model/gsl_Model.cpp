@@ -143,6 +143,10 @@ void Model::Write(const std::function<void(Transaction&)>& work) {
   data.roots.Refresh(database);
   Transaction transaction(std::make_unique<Transaction::Data>(data.roots));
   work(transaction);
+  if (!database.IsInTransaction()) {
+    data.roots.Forget();
+    database.Fail("cannot be written: an error within the transaction has ended it");
+  }
   Transaction::Data& written = *transaction.m_data;
   written.table.Finish();
   try {

@@ -8,14 +8,17 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <csignal>
 #include <memory>
 #include <random>
 #include <string>
 #include <string_view>
 
+#include <fcntl.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace {
 
@@ -122,6 +125,40 @@ TEST_F(GslDatabase, LockedFileIsNamed) {
   });
   second.Write([](Transaction& t) { EXPECT_TRUE(t.Remove("part")); });
   EXPECT_FALSE(first.Has("part"));
+}
+
+TEST_F(GslDatabase, OpeningAgainKeepsTheLocksOfTheProcess) {
+  CreateEveryKind(m_path);
+  Model first(m_path, Access::Write, kNoPatience);
+  const auto isLocked = [&] {
+    return StatusInChild([&] {
+      // A writer locks this byte, as the format of the file says.
+      struct flock lock = {};
+      lock.l_type = F_WRLCK;
+      lock.l_whence = SEEK_SET;
+      lock.l_start = 0x40000001;
+      lock.l_len = 1;
+      const int file = open(m_path.c_str(), O_RDWR);
+      if (file < 0 || fcntl(file, F_GETLK, &lock) != 0) return 2;
+      return lock.l_type == F_WRLCK ? 1 : 0;
+    });
+  };
+  EXPECT_EQ(isLocked(), 0);
+  first.Write([&](Transaction&) {
+    EXPECT_EQ(isLocked(), 1);
+    const Model second(m_path, Access::Read, kNoPatience);
+    EXPECT_EQ(isLocked(), 1);
+  });
+  EXPECT_EQ(isLocked(), 0);
+}
+
+TEST_F(GslDatabase, PatienceHasALimitAndIsNeverNegative) {
+  const auto waiting = [&](std::chrono::milliseconds patience) {
+    return Database(m_path, Database::Access::Create, patience).Integer("PRAGMA busy_timeout");
+  };
+  EXPECT_EQ(waiting(std::chrono::milliseconds::max()), 2147483647);
+  EXPECT_EQ(waiting(std::chrono::milliseconds(7)), 7);
+  EXPECT_EQ(waiting(std::chrono::milliseconds(-1)), 0);
 }
 
 TEST_F(GslDatabase, FileAndFolderWithoutPermissionAreNamedAndTheFileStays) {

@@ -54,6 +54,26 @@ TEST_F(RecordSaverTest, WhatNoRootReachesGoesInTheSameTransaction) {
   EXPECT_EQ(NumberFrom(m_path, "SELECT count(*) FROM pragma_foreign_key_check"), 0);
 }
 
+TEST_F(RecordSaverTest, IndexOfAnotherProgramNeverRemovesARoot) {
+  RunSql(m_path, "CREATE UNIQUE INDEX another ON roots(class)");
+  const auto put = [&] {
+    Model(m_path).Write([](Transaction& t) {
+      t.Writer().AddRoot(7, {});
+      t.Writer().NameRoot("second of its class");
+    });
+  };
+  EXPECT_EQ(MessageOf(put), m_path + ": cannot be used: UNIQUE constraint failed: roots.class");
+  EXPECT_TRUE(Model(m_path).Has("part"));
+  EXPECT_EQ(CountOf("roots"), 2);
+}
+
+TEST_F(RecordSaverTest, NumbersDoNotOverflow) {
+  RunSql(m_path, "INSERT INTO records VALUES (9223372036854775807, 7, 0, 0, 0, NULL, NULL, NULL)");
+  EXPECT_EQ(
+      MessageOf([&] { Model(m_path).Write([](Transaction& t) { t.Writer().AddRoot(7, {}); }); }),
+      m_path + ": is damaged: the number of a record is 9223372036854775807");
+}
+
 TEST_F(RecordSaverTest, ReplacedRootLeavesNothing) {
   Model model(m_path);
   for (int i = 0; i < 3; ++i) {

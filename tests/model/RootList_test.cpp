@@ -86,3 +86,13 @@ TEST(RootList, ListThatWasChangedIsRefused) {
     EXPECT_EQ(MessageOf([&] { Model(path).Write([](Transaction&) {}); }), expected) << sql;
   }
 }
+
+TEST(RootList, ModelWithoutItsRowIsRefused) {
+  const TemporaryFolder folder;
+  const std::string path = folder.Path("model.gslm");
+  const Model empty(path);
+  RunSql(path, "DELETE FROM model");
+  const std::string expected = path + ": is damaged: its table model has no row";
+  EXPECT_EQ(MessageOfReading(path), expected);
+  EXPECT_EQ(MessageOf([&] { Model(path).Write([](Transaction&) {}); }), expected);
+}

@@ -15,6 +15,7 @@
 #include <fcntl.h>
 #include <filesystem>
 #include <fstream>
+#include <sys/stat.h>
 #include <system_error>
 #include <unistd.h>
 
@@ -51,13 +52,9 @@ gsl_RecordStore LoadDatabase(const std::string& path) {
 /// A database beside its place, which is removed unless it was renamed.
 class NewDatabase {
 public:
-  explicit NewDatabase(const std::string& path)
-      : m_path(path), m_place(PlaceOf(path)), m_name(m_place + '.' + std::to_string(getpid())) {
-    std::error_code ignored;
-    // The journal belongs to the old file, and would be applied to the new one.
-    if (fs::exists(m_place + "-journal", ignored)) {
-      Fail("cannot be replaced: a writer of it was interrupted or is not done");
-    }
+  explicit NewDatabase(const std::string& path) : m_path(path), m_place(PlaceOf(path)) {
+    RefuseJournal();
+    Create();
   }
   ~NewDatabase() {
     std::error_code ignored;
@@ -80,9 +77,7 @@ public:
   }
 
   void MoveIntoPlace() const {
-    std::error_code ignored;
-    const fs::file_status existing = fs::status(m_place, ignored);
-    if (fs::exists(existing)) fs::permissions(m_name, existing.permissions(), ignored);
+    RefuseJournal();
     if (std::rename(m_name.c_str(), m_place.c_str()) != 0) {
       Fail(std::string("cannot replace the file: ") + std::strerror(errno));
     }
@@ -100,6 +95,38 @@ private:
     std::error_code failed;
     const fs::path place = fs::canonical(path, failed);
     return failed ? path : place.string();
+  }
+
+  /// The journal belongs to the old file, and would be applied to the new one.
+  void RefuseJournal() const {
+    std::error_code ignored;
+    for (const char* const ending : {"-journal", "-wal"}) {
+      if (fs::exists(m_place + ending, ignored)) {
+        Fail("cannot be replaced: a writer of it was interrupted or is not done");
+      }
+    }
+  }
+
+  /// Creates an empty file that nobody else has, with the permissions of the file that it replaces.
+  void Create() {
+    int file = -1;
+    for (unsigned k = 0; file < 0; ++k) {
+      m_name = m_place + '.' + std::to_string(getpid()) + '.' + std::to_string(k);
+      file = open(m_name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+      if (file < 0 && errno != EEXIST) {
+        const int error = errno;
+        m_name.clear();
+        Fail(std::string("cannot open: ") + std::strerror(error));
+      }
+    }
+    struct stat existing = {};
+    const bool isKept =
+        stat(m_place.c_str(), &existing) != 0 || fchmod(file, existing.st_mode & 07777) == 0;
+    const int error = errno;
+    close(file);
+    if (isKept) return;
+    unlink(m_name.c_str());
+    Fail(std::string("cannot set permissions: ") + std::strerror(error));
   }
 
   [[noreturn]] void Fail(const std::string& why) const {

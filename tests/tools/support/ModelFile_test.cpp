@@ -10,6 +10,9 @@
 #include <string>
 #include <vector>
 
+#include <sys/stat.h>
+#include <unistd.h>
+
 namespace {
 
 using namespace gsl_tools;
@@ -65,6 +68,29 @@ TEST(ModelFile, DatabaseWithAJournalIsNotReplaced) {
   EXPECT_EQ(MessageOfSaving(path),
             path + ": cannot be replaced: a writer of it was interrupted or is not done");
   EXPECT_EQ(BytesOf(path), bytes);
+}
+
+TEST(ModelFile, DatabaseIsNeverMadeOfAFileThatALostProgramLeft) {
+  const TemporaryFolder folder;
+  const std::string path = folder.Path("a.gslm");
+  const std::string left = "a.gslm." + std::to_string(getpid()) + ".0";
+  SaveModelFile(EveryKind(2.5), folder.Path("other.gslm"));
+  const std::string bytes = BytesOf(folder.Path("other.gslm"));
+  folder.Write(left, bytes);
+  SaveModelFile(EveryKind(1.5), path);
+  EXPECT_TRUE(SameContents(LoadModelFile(path), EveryKind(1.5)));
+  EXPECT_EQ(BytesOf(folder.Path(left)), bytes);
+}
+
+TEST(ModelFile, DatabaseKeepsThePermissionsOfTheFileThatItReplaces) {
+  const TemporaryFolder folder;
+  const std::string path = folder.Path("a.gslm");
+  SaveModelFile(EveryKind(), path);
+  ASSERT_EQ(chmod(path.c_str(), 0600), 0);
+  SaveModelFile(EveryKind(2.5), path);
+  struct stat status = {};
+  ASSERT_EQ(stat(path.c_str(), &status), 0);
+  EXPECT_EQ(status.st_mode & 07777, 0600u);
 }
 
 TEST(ModelFile, ErrorsNameTheFileThatWasAskedFor) {
