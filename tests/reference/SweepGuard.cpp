@@ -219,8 +219,8 @@ private:
     }
   }
 
-  /// Returns whether the normal has length one and is against the direction. The plane of the
-  /// features is not judged.
+  /// Returns whether the normal has length one and is against the direction, up to its rounding.
+  /// The plane of the features is not judged.
   void CheckNormal() {
     const Coord3& n = m_told.contact.normal;
     if (!m_told.contact.hasNormal) {
@@ -232,7 +232,10 @@ private:
     const Rational error = abs(x * x + y * y + z * z - 1);
     if (error > Rational(1, 1L << 50)) Complain("normal: not of length one");
     const RationalPoint& d = m_verdict.direction;
-    if (x * d.x + y * d.y + z * d.z > 0) Complain("normal: along the direction");
+    // A normal that is nearly across the direction may be turned beyond it by its rounding.
+    Rational rounding = abs(x * d.x) + abs(y * d.y) + abs(z * d.z);
+    mpq_div_2exp(rounding.get_mpq_t(), rounding.get_mpq_t(), 50);
+    if (x * d.x + y * d.y + z * d.z > rounding) Complain("normal: along the direction");
   }
 
   void CheckPoints() {
