@@ -68,6 +68,15 @@ void* operator new[](std::size_t size) {
   return ::operator new(size);
 }
 
+// The sanitizer's own would come from another heap than the deletes below expect.
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+  return FailsNow() ? nullptr : std::malloc(size != 0 ? size : 1);
+}
+
+void* operator new[](std::size_t size, const std::nothrow_t& none) noexcept {
+  return ::operator new(size, none);
+}
+
 void operator delete(void* block) noexcept {
   std::free(block);
 }
