@@ -1,10 +1,13 @@
 #include "PairKernel.h"
 
+#include "BigNumber.h"
+
 #include <algorithm>
 #include <limits>
 
 namespace gsl_sweep {
 
+using gsl_exact::BigNumber;
 using gsl_exact::DeterminantSign;
 using gsl_exact::Estimate;
 using gsl_exact::EstimateDeterminant;
@@ -448,6 +451,28 @@ Coord3 TrianglePair::PointOnMovingEdge(const Candidate& candidate) const {
   return Advance(*candidate.u.from, Over(start, whole), candidate.u);
 }
 
+/// Returns whether n . d is negative, without rounding error.
+bool IsAgainst(const Coord3& n, const Coord3& d) {
+  const Coord3 terms{n.x * d.x, n.y * d.y, n.z * d.z};
+  const double sum = terms.x + terms.y + terms.z;
+  const double sizes = std::fabs(terms.x) + std::fabs(terms.y) + std::fabs(terms.z);
+  if (sum < -0x1p-50 * sizes - 0x1p-1000) return true;
+  const auto product = [](double a, double b) { return BigNumber(a) * BigNumber(b); };
+  return (product(n.x, d.x) + product(n.y, d.y) + product(n.z, d.z)).Sign() < 0;
+}
+
+/// Moves a component of a rounded normal until the normal is against the direction.
+//
+// The exact normal is. Each component is rounded by at most 2^-54, so by the size of d along its
+// dominant axis the product is off by at most 3 * 2^-54: two steps are enough.
+void TurnAgainst(const TravelDirection& direction, Coord3& normal) {
+  double* const component[3] = {&normal.x, &normal.y, &normal.z};
+  const int axis = direction.Dominant();
+  const double step = std::copysign(0x1p-53, -Component(direction.Vector(), axis));
+  while (!IsAgainst(normal, direction.Vector()))
+    *component[axis] += step;
+}
+
 /// Computes u x v or its opposite, of length one, against the direction. Returns false when u and v
 /// are in a plane with the direction.
 bool NormalAgainst(const TravelDirection& direction, const VectorBetween& u, const VectorBetween& v,
@@ -477,6 +502,7 @@ bool NormalAgainst(const TravelDirection& direction, const VectorBetween& u, con
     return (along > 0 ? -quotient : quotient) + 0.0;
   };
   normal = {unit(component[0]), unit(component[1]), unit(component[2])};
+  TurnAgainst(direction, normal);
   return true;
 }
 

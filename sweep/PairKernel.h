@@ -145,8 +145,9 @@ bool MeetAtStart(const TravelDirection& direction, const Triangle& moving, const
 /// Plane      The fixed face for VertexFace, the moving face for FaceVertex, along both edges for
 ///            EdgeEdge. The other kinds define no plane.
 /// Accuracy   Each component agrees with the exact vector within one unit in its last place, for
-///            triangles of any size. Where the plane is nearly along the direction, rounding may
-///            make the product of the numbers zero or positive.
+///            triangles of any size. Where that makes the exact product of the normal and the
+///            direction zero or positive, the component of the direction's dominant axis is moved
+///            by up to 2^-52, so that the product is negative.
 /// Returns false, and writes nothing, for a kind without a plane, and when the exact product is
 /// zero.
 bool ContactNormal(const TravelDirection& direction, const Triangle& moving, const Triangle& fixed,

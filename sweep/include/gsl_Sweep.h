@@ -246,8 +246,10 @@ struct Contact {
   std::size_t movingTriangle = 0, fixedTriangle = 0; ///< numbers in their bodies
   Coord3 movingPoint{0.0, 0.0, 0.0};                 ///< with the offset, before the travel
   Coord3 fixedPoint{0.0, 0.0, 0.0};
-  /// The normal of the plane in which the features meet, of length one and against the direction,
-  /// up to the rounding of its components. It is set only where they define such a plane.
+  /// The normal of the plane in which the features meet, of length one. It is set only where they
+  /// define such a plane. Its product with the direction, which is not rounded, is negative: where
+  /// the rounding of its components would turn it across the direction, one of them is moved by
+  /// up to 2^-52.
   bool hasNormal = false;
   Coord3 normal{0.0, 0.0, 0.0};
 };

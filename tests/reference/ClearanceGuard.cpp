@@ -260,15 +260,17 @@ private:
     CheckKind(answer.contact, bound);
   }
 
-  /// The points are on features of the named kind.
+  /// The points are on features of the named kind. A corner is told without error, but for
+  /// coordinates below 2^-288 times the largest.
   void CheckKind(const gsl_sweep::Contact& contact, const Rational& bound) {
-    const auto isOn = [&bound](int cornerCount, const Coord3& p, const std::array<Coord3, 3>& t) {
+    const Rational tiny = Rational(m_largest) * PowerOfTwo(-288);
+    const auto isOn = [&](int cornerCount, const Coord3& p, const std::array<Coord3, 3>& t) {
+      const Rational error = cornerCount == 1 ? tiny : bound;
       for (std::size_t k = 0; k < 3; ++k) {
         const Coord3& end = t[cornerCount == 1 ? k : (k + 1) % 3];
         const Coord3& other = cornerCount == 3 ? t[(k + 2) % 3] : end;
         const ClearancePair toFeature({p, p, p}, {t[k], end, other}, {1, 0, 0});
-        if (toFeature.IsWithin(0, cornerCount == 1 ? Rational(0) : Rational(bound * bound * 3)))
-          return true;
+        if (toFeature.IsWithin(0, error * error * 3)) return true;
       }
       return false;
     };

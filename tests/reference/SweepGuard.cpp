@@ -219,7 +219,7 @@ private:
     }
   }
 
-  /// Returns whether the normal has length one and is against the direction, up to its rounding.
+  /// Returns whether the normal has length one and is against the direction.
   /// The plane of the features is not judged.
   void CheckNormal() {
     const Coord3& n = m_told.contact.normal;
@@ -232,10 +232,7 @@ private:
     const Rational error = abs(x * x + y * y + z * z - 1);
     if (error > Rational(1, 1L << 50)) Complain("normal: not of length one");
     const RationalPoint& d = m_verdict.direction;
-    // A normal that is nearly across the direction may be turned beyond it by its rounding.
-    Rational rounding = abs(x * d.x) + abs(y * d.y) + abs(z * d.z);
-    mpq_div_2exp(rounding.get_mpq_t(), rounding.get_mpq_t(), 50);
-    if (x * d.x + y * d.y + z * d.z > rounding) Complain("normal: along the direction");
+    if (x * d.x + y * d.y + z * d.z >= 0) Complain("normal: not against the direction");
   }
 
   void CheckPoints() {

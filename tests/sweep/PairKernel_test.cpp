@@ -502,6 +502,21 @@ TEST(PairKernel, NormalIsNullWhereTheProductWithTheDirectionIsZero) {
   ExpectPoint(normal, noNormal);
 }
 
+TEST(PairKernel, NormalIsAgainstTheDirectionWhereItsRoundingWasNot) {
+  // The plane is so nearly along the direction that the rounded components
+  // (0.6399746063114223, 0.025598984252456894, -0.7679695275737068) are along it.
+  const Coord3 d{-1.0, 5.0, -2.0 / 3.0};
+  const TravelDirection direction(d);
+  const Triangle face =
+      MakeTriangle(direction, {0.0, 0.0, 0.0}, {-5.0, 5.0, -4.0}, {7.0, 5.0, 6.0});
+  Coord3 normal = noNormal;
+  for (const ContactKind kind : {ContactKind::VertexFace, ContactKind::FaceVertex}) {
+    ASSERT_TRUE(ContactNormal(direction, face, face, {1.0, kind, {}, {}, 0, 0}, normal));
+    ExpectPoint(normal, {0.6399746063114223, 0.025598984252456894 - 0x1p-53, -0.7679695275737068});
+    normal = noNormal;
+  }
+}
+
 TEST(PairKernel, NormalIsTheSameAtEverySize) {
   const Corners spike{{{0.25, 0.5, 30.0}, {1.0, 0.5, 90.0}, {0.0, 1.0, 80.0}}};
   const Corners slope{{{-8.0, -7.0, 6.0}, {9.0, -8.0, -6.0}, {1.0, 8.0, 0.125}}};
