@@ -1,3 +1,4 @@
+#include "CrossingSearch.h"
 #include "Grown.h"
 #include "PreparedBody.h"
 
@@ -48,6 +49,10 @@ Solidity Body::IsSolid() const {
 
 std::size_t Body::MemoryBytes() const {
   return m_prepared->Bytes();
+}
+
+std::size_t Crossings(const Body& body, Crossing* out, std::size_t capacity, const Run& run) {
+  return FindCrossings(*body.m_prepared, out, capacity, run);
 }
 
 } // namespace gsl_sweep

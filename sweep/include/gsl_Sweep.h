@@ -71,7 +71,8 @@ enum class SolidityFault : unsigned char {
 ///            edge.
 /// NaN        triangles that the body skips count as absent.
 /// Limits     A surface that crosses itself, and an inside-out component that crosses another, may
-///            not be noticed. The questions of Rule::Solid then have no meaning.
+///            not be noticed. The questions of Rule::Solid then have no meaning. Crossings finds
+///            such surfaces.
 struct GSL_SWEEP_API Solidity {
   SolidityFault fault = SolidityFault::None;
   bool hasEdge = false; ///< false when the fault is of a component or of the whole
@@ -87,7 +88,9 @@ struct GSL_SWEEP_API Solidity {
 };
 
 class PreparedBody;
+struct Crossing;
 struct PairState;
+struct Run;
 
 /// Triangles that are prepared for questions. A body is immutable, and copies share their contents.
 class GSL_SWEEP_API Body {
@@ -145,6 +148,8 @@ public:
 
 private:
   friend class Pair;
+  friend std::size_t Crossings(const Body& body, Crossing* out, std::size_t capacity,
+                               const Run& run);
   explicit Body(std::shared_ptr<const PreparedBody> prepared);
 
   std::shared_ptr<const PreparedBody> m_prepared;
@@ -291,6 +296,25 @@ struct Run {
   std::function<bool(double)> progress;
   Executor executor;
 };
+
+/// Two triangles of one body, the lower number first.
+struct Crossing {
+  std::size_t first = 0, second = 0;
+};
+
+/// Finds the pairs of triangles of a body that share a point other than a common corner or a point
+/// of a common edge. The surface of a solid that a file describes well has none. Writes the first
+/// `capacity` of them, by the lower number and then the other, and returns the number of all, which
+/// is 0 when it is cancelled.
+///
+/// Decision   exact, as for Pair. Triangles that only touch count too.
+/// Corners    with equal coordinates are common; -0.0 equals 0.0. Triangles with the same three
+///            corners count.
+/// Degenerate A triangle without area has no crossings. It may be what joins two edges of which
+///            the one is a part of the other.
+/// NaN        triangles that the body skips count as absent.
+std::size_t GSL_SWEEP_API Crossings(const Body& body, Crossing* out, std::size_t capacity,
+                                    const Run& run = {});
 
 /// The numbers of triangles that a one-sided question leaves out.
 struct LeftOut {
