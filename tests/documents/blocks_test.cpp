@@ -4,6 +4,7 @@
 #include "gsl_FloatingPoint.h"
 #include "gsl_Matrix.h"
 #include "gsl_Model.h"
+#include "gsl_Module.h"
 #include "gsl_Plane.h"
 #include "gsl_RecordFile.h"
 #include "gsl_StLine.h"
@@ -13,7 +14,11 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
 #include <gtest/gtest.h>
+#include <iterator>
+#include <sqlite3.h>
+#include <string>
 #include <vector>
 
 #define BLOCK(name) <name.inc>
@@ -63,6 +68,48 @@ TEST(DocumentBlocks, Model) {
 #include BLOCK(model_1)
   EXPECT_TRUE(read.Uid() == axis.Uid());
   EXPECT_TRUE(model.Has("plane"));
+}
+
+/// Returns the rows of a query, the columns of each between bars.
+std::vector<std::string> RowsOf(const std::string& path, const std::string& query) {
+  sqlite3* database = nullptr;
+  sqlite3_stmt* statement = nullptr;
+  EXPECT_EQ(sqlite3_open_v2(path.c_str(), &database, SQLITE_OPEN_READONLY, nullptr), SQLITE_OK);
+  EXPECT_EQ(sqlite3_prepare_v2(database, query.c_str(), -1, &statement, nullptr), SQLITE_OK)
+      << sqlite3_errmsg(database);
+  std::vector<std::string> rows;
+  while (sqlite3_step(statement) == SQLITE_ROW) {
+    rows.emplace_back();
+    for (int i = 0; i < sqlite3_column_count(statement); ++i) {
+      const unsigned char* const text = sqlite3_column_text(statement, i);
+      rows.back() += text != nullptr ? reinterpret_cast<const char*>(text) : "null";
+      rows.back() += "|";
+    }
+  }
+  sqlite3_finalize(statement);
+  sqlite3_close(database);
+  return rows;
+}
+
+TEST(DocumentBlocks, QueryOfModel) {
+  std::ifstream file(GSL_MODEL_DOCUMENT);
+  const std::string text((std::istreambuf_iterator<char>(file)), {});
+  const std::string fence = "```sql\n";
+  const std::size_t begin = text.find(fence) + fence.size();
+  ASSERT_NE(text.find(fence), text.npos);
+  const InAFolder folder;
+  int count = 0;
+  gsl_initialize(count); // registers the names of the classes
+  {
+    gsl_model::Model model("part.gslm");
+    model.Write([](gsl_model::Transaction& t) { t.Put("axis", axis); });
+  }
+  const std::vector<std::string> rows =
+      RowsOf("part.gslm", text.substr(begin, text.find("```", begin) - begin));
+  ASSERT_EQ(rows.size(), 7u); // one for each field of a line
+  EXPECT_EQ(rows[0].rfind("axis|gsl_StLine|_point|", 0), 0u) << rows[0];
+  EXPECT_EQ(rows[6].rfind("axis|gsl_StLine|owner_feat_id|", 0), 0u) << rows[6];
+  gsl_finalize(count);
 }
 
 TEST(DocumentBlocks, SaveAndLoadOfPersistence) {
