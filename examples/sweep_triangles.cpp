@@ -27,6 +27,7 @@ int main() {
   const bool twoSided[2] = {false, true}; // an obstacle may face either way
   gsl_Point contacts[2];                  // on the moving triangle and on the obstacle
   double distance = 100.0;                // only a smaller travel counts
+  // Use the contacts at once: a later obstacle may write them without a smaller travel.
   for (std::size_t i = 0; i < 3; ++i) {
     const Triangle& o = obstacles[i];
     const double before = distance;

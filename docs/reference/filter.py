@@ -30,7 +30,7 @@ CONVENTIONS = [(re.compile(pattern), text) for pattern, text in [
     (r"GSL_HOST_API aio_ostream& operator<<\(", "Writes to the stream."),
     (r"static constexpr unsigned int TypeId\(\)", "Returns the number of this class in the type table."),
     (r"(virtual )?unsigned int DynTypeId\(\) const",
-     "Returns the number of the object's class. In a virtual operation that is the derived class."),
+     "Returns the number of the object's class; of the derived class, where the operation is virtual."),
     (r"(virtual )?void DBWrite\(const cls_WriteVisitor&", "Writes the record of this object."),
     (r"static void InitializeMetadata\(", "Registers this class and the fields of its record."),
     (r"const cls_Uid& Uid\(\) const", "Returns the identity."),

@@ -6,10 +6,10 @@
 /// Homogeneous point of the display library, single precision.
 class GSL_HOST_API g3d_Point {
 public:
-  float x; ///< times w
-  float y; ///< times w
-  float z; ///< times w
-  float w; ///< the divisor of the others
+  float x; ///< first coordinate
+  float y; ///< second coordinate
+  float z; ///< third coordinate
+  float w; ///< fourth coordinate, 1 unless it is given
 
   /// Makes the origin, with w = 1.
   constexpr g3d_Point() noexcept : x(0.0f), y(0.0f), z(0.0f), w(1.0f) {}

@@ -13,7 +13,7 @@ public:
   constexpr explicit mem_LifeCycle(const char* libraryPrefix)
       : m_prefix(libraryPrefix), m_starts(0) {}
 
-  /// Starts the module, once.
+  /// Adds one start.
   void Initialize(int count);
   /// Ends one start. A stop without a start changes nothing.
   void Finalize(int count);
