@@ -11,34 +11,42 @@
 /// same bits wherever it is computed.
 namespace gsl_arithmetic {
 
+/// Three coordinates, of a place or of a direction.
 struct Coord3 {
-  double x, y, z;
+  double x, y, z; ///< along each axis
 };
 
+/// Returns a + b.
 inline Coord3 Add(const Coord3& a, const Coord3& b) {
   return {a.x + b.x, a.y + b.y, a.z + b.z};
 }
 
+/// Returns a - b.
 inline Coord3 Subtract(const Coord3& a, const Coord3& b) {
   return {a.x - b.x, a.y - b.y, a.z - b.z};
 }
 
+/// Returns a * s.
 inline Coord3 Multiply(const Coord3& a, double s) {
   return {a.x * s, a.y * s, a.z * s};
 }
 
+/// Returns a / s, each component divided.
 inline Coord3 Divide(const Coord3& a, double s) {
   return {a.x / s, a.y / s, a.z / s};
 }
 
+/// Returns -a.
 inline Coord3 Negated(const Coord3& a) {
   return {-a.x, -a.y, -a.z};
 }
 
+/// Returns a . b, summed from x to z.
 inline double Dot(const Coord3& a, const Coord3& b) {
   return a.x * b.x + a.y * b.y + a.z * b.z;
 }
 
+/// Returns a x b.
 inline Coord3 Cross(const Coord3& a, const Coord3& b) {
   return {a.y * b.z - a.z * b.y, a.z * b.x - a.x * b.z, a.x * b.y - a.y * b.x};
 }
@@ -51,15 +59,17 @@ inline double Length(const Coord3& a) {
 
 /// A vector together with its cached length, which need not be fresh.
 struct Measured3 {
-  Coord3 c;
-  double magnitude;
+  Coord3 c;         ///< the components
+  double magnitude; ///< their length, as it was measured or scaled
 
   Measured3() = default;
+  /// The length is taken as it is.
   // This is not an aggregate, so that three numbers in braces, as in gsl_Vector({1, 2, 3}), never
   // make one.
   constexpr Measured3(const Coord3& components, double length) : c(components), magnitude(length) {}
 };
 
+/// Returns the components with their length.
 inline Measured3 Measure(const Coord3& c) {
   return {c, Length(c)};
 }
@@ -125,6 +135,7 @@ inline void LowerTo(C& c, const Limit& limit) {
   c.z = limit.z < c.z ? limit.z : c.z;
 }
 
+/// Raises each coordinate of c to the coordinate of the limit that is larger.
 template <class C, class Limit>
 inline void RaiseTo(C& c, const Limit& limit) {
   c.x = limit.x > c.x ? limit.x : c.x;

@@ -41,6 +41,7 @@ public:
 
   /// The box becomes empty; the corners and the box keep their uids.
   void Vacate();
+  /// Returns whether min exceeds max on some axis.
   [[nodiscard]] bool IsEmpty() const { return min.x > max.x || min.y > max.y || min.z > max.z; }
 
   /// The box grows to hold p. An empty box takes copies of p, identity included, as both corners;
@@ -95,7 +96,9 @@ public:
 
   /// Returns max - min, which is -1 for the empty state.
   double XLen() const { return max.x - min.x; }
+  /// Does the same along Y.
   double YLen() const { return max.y - min.y; }
+  /// Does the same along Z.
   double ZLen() const { return max.z - min.z; }
 
   /// Returns the length of the diagonal, or -1.0 for an empty box.

@@ -16,9 +16,9 @@
 /// Memory     a byte and a bit per vertex. Without them the search chains the waiting vertices
 ///            through `labels`, which is slower but has the same result. The search does not
 ///            recurse: any graph needs the same few hundred bytes of stack.
-/// Reads rows many entries at a time, only where a vertex is left, and no row after all vertices
-/// are reached. Errors     none thrown, none printed. `labels`, `count` and `adjacency` must be
-/// apart.
+/// Reading    rows many entries at a time, only where a vertex is left, and no row after all
+///            vertices are reached.
+/// Errors     none thrown, none printed. `labels`, `count` and `adjacency` must be apart.
 GSL_API void gsl_DepthFirstSearch(bool const* adjacency, int n, int* labels, int& count);
 
 #endif

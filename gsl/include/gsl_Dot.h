@@ -26,6 +26,7 @@ public:
   /// The point is a copy of p (identity kept), with method gsl_FROM_POINT, instance 0 and entity
   /// -1.
   gsl_Dot(const gsl_Point& p);
+  /// The point has these coordinates and a fresh identity. Otherwise it is as above.
   gsl_Dot(double x, double y, double z);
   /// The point is at the origin.
   gsl_Dot();
@@ -45,14 +46,18 @@ public:
   [[nodiscard]] virtual gsl_Dot* Copy() const;
   /// Returns true. Nothing is recomputed and the list is not read.
   virtual bool Regenerate(const ftr_FeatureList* features);
+  /// Returns the id of the model entity, or -1 without one.
   virtual int GetEntityId() const;
   /// Classes of the host override these extension points. Here they do nothing and return false.
   [[nodiscard]] virtual bool ExtensionPoint1(const void*);
   /// Returns the number and the ids of the features that own the point: here 0, and id 0 for every
   /// index.
   virtual int NumOwnerFeatures() const;
+  /// Returns the id of owner feature number `index`.
   virtual int OwnerFeatureId(int index) const;
+  /// Does nothing.
   virtual void ExtensionPoint2(double, double, double);
+  /// Does nothing.
   virtual void ExtensionPoint3(const void*, const void*, const void*);
   virtual unsigned int DynTypeId() const;
   virtual void DBWrite(const cls_WriteVisitor& visitor) const;

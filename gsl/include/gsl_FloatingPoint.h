@@ -75,6 +75,7 @@ static inline double LocalDot(gsl_arithmetic::Coord3 a, gsl_arithmetic::Coord3 b
   return bits == 0;
 }
 
+/// A NaN is unequal even to itself.
 [[nodiscard]] static inline bool HonoursNaN() {
   const volatile double zero = 0.0;
   const double nan = zero / zero;

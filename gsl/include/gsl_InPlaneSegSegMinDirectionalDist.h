@@ -23,9 +23,10 @@
 ///             motion. The contacts may be end points, and `distance` a coordinate of an end point
 ///             or of `direction`. The contacts and `distance` must be apart.
 /// Untouched   every output where no contact was accepted; `contacts` is not even read. This holds
-/// for a refused orientation, and for segments across the direction that run the same way. It also
-/// holds for segments along the direction on two lines, or whose first ends coincide. Tolerance
-/// gsl_Util linearTolerance and cosineTolerance, read once. A segment shorter than
+///             for a refused orientation, and for segments across the direction that run the same
+///             way. It also holds for segments along the direction on two lines, or whose first
+///             ends coincide.
+/// Tolerance   gsl_Util linearTolerance and cosineTolerance, read once. A segment shorter than
 ///             linearTolerance is never met by an end of the other. A `direction` shorter than
 ///             linearTolerance acts as the zero vector, along which every gap is 0.
 [[nodiscard]] GSL_API bool

@@ -9,11 +9,12 @@
 /// Errors     none thrown, none printed.
 class GSL_API gsl_Interval {
 public:
-  double lower;
-  double upper;
+  double lower; ///< lower bound
+  double upper; ///< upper bound
 
   /// The bounds are not set; gsl_Interval{} is [0, 0].
   gsl_Interval() = default;
+  /// The bounds are taken as they are.
   gsl_Interval(double lowerBound, double upperBound) : lower(lowerBound), upper(upperBound) {}
 
   /// Returns (1 - t) * lower + t * upper. A t outside [0, 1] extrapolates.

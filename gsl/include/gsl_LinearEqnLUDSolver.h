@@ -47,6 +47,7 @@ public:
   /// Returns Size() entries, of which entry j is the row that was exchanged with row j at step j.
   /// Returns null while IsDecomposed() is false.
   const std::int32_t* Pivots() const { return m_isDecomposed ? m_pivots : nullptr; }
+  /// Returns n of SetMatrix.
   unsigned int Size() const { return m_size; }
   /// Returns +1 or -1, the sign of the row permutation. The product of the factors' diagonal times
   /// this sign is the determinant.

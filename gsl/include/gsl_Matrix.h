@@ -24,6 +24,7 @@ public:
   /// the earlier entries, so set isIdentity to -1 as well.
   // entry-write-keeps-the-flag: only the operations keep the flag.
   mutable double m[4][4];
+  /// The flag: 1 (is), 0 (is not) or -1 (not known).
   mutable std::int32_t isIdentity;
 
   /// The matrix is the identity.
@@ -60,12 +61,14 @@ public:
   /// identity.
   [[nodiscard]] bool IsIdentity() const;
 
-  /// Returns m[0..2][3].
+  /// Writes t to m[0..2][3].
   void SetTranslation(const gsl_Vector& t);
+  /// Writes m[0..2][3] to t.
   void GetTranslation(gsl_Vector& t) const;
 
-  /// Returns m[r][0..2] and m[0..2][c]. They do not check that r and c are below 4.
+  /// Writes v to m[r][0..2]. It does not check that r is below 4.
   void SetRow(unsigned int r, const gsl_Vector& v);
+  /// Writes v to m[0..2][c]. It does not check that c is below 4.
   void SetColumn(unsigned int c, const gsl_Vector& v);
 
   /// Columns 0 to 2 become the unit vectors of X, Y, Z (zero for a magnitude of exactly 0).
@@ -99,10 +102,13 @@ public:
   /// Writes the sixteen entries, row by row.
   void AsArray(double (*const out)[4]) const;
 
-  /// Returns the images of the origin and of the coordinate axes.
+  /// Returns the image of the origin.
   gsl_Point NewOrigin() const { return {m[0][3], m[1][3], m[2][3]}; }
+  /// Returns the image of the X axis.
   gsl_Vector NewXAxis() const { return Column(0); }
+  /// Returns the image of the Y axis.
   gsl_Vector NewYAxis() const { return Column(1); }
+  /// Returns the image of the Z axis.
   gsl_Vector NewZAxis() const { return Column(2); }
   /// Returns rows 0 to 2 of column c. It does not check that c is below 4.
   gsl_Vector Column(unsigned int c) const { return {m[0][c], m[1][c], m[2][c]}; }

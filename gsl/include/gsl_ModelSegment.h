@@ -30,6 +30,7 @@ extern template class GSL_API cow_COW<gsl_Dot, cow_Virtual<gsl_Dot>>;
 /// Errors     none thrown and none printed, except by the records.
 class GSL_API gsl_ModelSegment {
 public:
+  /// Shares a datum point between copies.
   using DotHolder = cow_COW<gsl_Dot, cow_Virtual<gsl_Dot>>;
 
   /// Both ends are empty.
@@ -46,10 +47,13 @@ public:
   virtual void DBWrite(const cls_WriteVisitor& visitor) const;
   static void InitializeMetadata(cls_ClassRegistrar& registrar);
 
+  /// Returns whether the first end has a datum point.
   [[nodiscard]] bool HasPoint1() const { return !m_point1.IsEmpty(); }
+  /// Returns whether the second end has a datum point.
   [[nodiscard]] bool HasPoint2() const { return !m_point2.IsEmpty(); }
   /// Returns the datum point at that end. The end must not be empty, which is not checked.
   const gsl_Dot& Point1() const { return *m_point1; }
+  /// Does the same for the second end.
   const gsl_Dot& Point2() const { return *m_point2; }
   const cls_Uid& Uid() const { return m_uid; }
 

@@ -35,7 +35,9 @@ public:
   [[nodiscard]] virtual gsl_Plane* Copy() const;
   /// Returns the ok flag. Nothing is recomputed and the list is not read.
   virtual bool Regenerate(const ftr_FeatureList* features);
+  /// Returns the id of the feature that owns the plane, or 0.
   virtual int OwnerFeatID() const;
+  /// Changes the id of the feature that owns the plane.
   virtual void SetOwnerFeatID(int id);
   /// Returns a copy of the point, identity included.
   virtual gsl_Point Centroid();
@@ -44,6 +46,7 @@ public:
   /// Derived classes of the host override these. Here they return null and false, as for
   /// gsl_StLine.
   virtual void* ExtensionObject() { return nullptr; }
+  /// Returns false.
   [[nodiscard]] virtual bool ExtensionQuery(const void*) { return false; }
   virtual unsigned int DynTypeId() const;
   virtual void DBWrite(const cls_WriteVisitor& visitor) const;
@@ -64,6 +67,7 @@ public:
   [[nodiscard]] bool Ok() const { return m_ok; }
   void SetOk(bool value) { m_ok = value; }
   const cls_xp1DArrayListUint& ParentIds() const { return m_parentIds; }
+  /// Returns the parent ids, to be changed.
   cls_xp1DArrayListUint& ParentIds() { return m_parentIds; }
   const cls_Uid& Uid() const { return m_uid; }
 

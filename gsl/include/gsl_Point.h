@@ -35,6 +35,7 @@ public:
 
   /// The point is the origin.
   gsl_Point() : x(0.0), y(0.0), z(0.0), uid(cls_Uid::AllocateUid()) {}
+  /// The point has these coordinates.
   gsl_Point(double xCoordinate, double yCoordinate, double zCoordinate)
       : x(xCoordinate), y(yCoordinate), z(zCoordinate), uid(cls_Uid::AllocateUid()) {}
   /// The point is a * wa + b * wb; the weights need not sum to 1.
@@ -55,6 +56,7 @@ public:
   virtual void DBWrite(const cls_WriteVisitor& visitor) const;
   static void InitializeMetadata(cls_ClassRegistrar& registrar);
 
+  /// Returns the coordinates without the identity.
   gsl_arithmetic::Coord3 Coords() const { return {x, y, z}; }
 
   static constexpr unsigned int TypeId() { return 0x030A0001u; }
@@ -77,12 +79,15 @@ public:
     return !(o.x > x) && !(o.y > y) && !(o.z > z);
   }
 
+  /// Returns the point moved by v, with a fresh identity.
   gsl_Point operator+(const gsl_Vector& v) const { return {x + v.x, y + v.y, z + v.z}; }
+  /// Returns the point moved by -v, with a fresh identity.
   gsl_Point operator-(const gsl_Vector& v) const { return {x - v.x, y - v.y, z - v.z}; }
 
   /// Index 0 is x, 1 is y, every other index is z.
   // every-index-above-one-is-z: an index out of range is not an error.
   double operator[](unsigned int i) const { return i == 0 ? x : (i == 1 ? y : z); }
+  /// Does the same for a coordinate that is to be changed.
   double& operator[](unsigned int i) { return i == 0 ? x : (i == 1 ? y : z); }
 
   /// Applies rotation and translation in place; the identity stays.
@@ -91,6 +96,7 @@ public:
   /// Writes one line after `indent` blanks and flushes it; numbers have 15 significant digits.
   void Print(aio_ostream& out, int indent) const;
 
+  /// Returns the distance of the two points.
   double GetDistance(const gsl_Point& o) const {
     return gsl_arithmetic::Length({o.x - x, o.y - y, o.z - z});
   }
@@ -123,7 +129,9 @@ public:
 
   /// Returns linearTolerance > distance, which is false for NaN and for a zero normal or direction.
   [[nodiscard]] bool IsOn(const gsl_Plane& plane) const;
+  /// Does the same for a line.
   [[nodiscard]] bool IsOn(const gsl_StLine& line) const;
+  /// Does the same for a point.
   [[nodiscard]] bool IsOn(const gsl_Point& o) const;
 
   /// Writes the foot on the line; `t` is its signed distance from the line's point along the

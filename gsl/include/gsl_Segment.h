@@ -22,6 +22,7 @@ class GSL_API gsl_Segment {
 public:
   /// Both ends are at the origin.
   gsl_Segment();
+  /// The segment leads from p1 to p2.
   gsl_Segment(const gsl_Point& p1, const gsl_Point& p2);
 
   /// Reads a record; a missing end is (0, 0, 0) without an identity. Throws nex_Exception for a
@@ -35,6 +36,7 @@ public:
   const gsl_Point& Point1() const { return m_point1; }
   const gsl_Point& Point2() const { return m_point2; }
   const cls_Uid& Uid() const { return m_uid; }
+  /// Returns the distance of the end points.
   double Length() const { return m_point1.GetDistance(m_point2); }
 
   static constexpr unsigned int TypeId() { return 0x030A0008u; }

@@ -41,10 +41,13 @@ public:
   [[nodiscard]] virtual gsl_StLine* Copy() const;
   /// Returns true, whatever the ok flag says. Nothing is recomputed and the list is not read.
   virtual bool Regenerate(const ftr_FeatureList* features);
+  /// Returns the id of the feature that owns the line, or 0.
   virtual int OwnerFeatID() const;
+  /// Changes the id of the feature that owns the line.
   virtual void SetOwnerFeatID(int id);
   /// Derived classes of the host override these. Here they return null and false, as for gsl_Plane.
   virtual void* ExtensionObject() { return nullptr; }
+  /// Returns false.
   [[nodiscard]] virtual bool ExtensionQuery(const void*) { return false; }
   /// Returns the direction as stored; the flip flag is deliberately not applied.
   virtual gsl_Vector DirectionForDatum();
@@ -65,6 +68,7 @@ public:
   [[nodiscard]] bool Ok() const { return m_ok; }
   void SetOk(bool value) { m_ok = value; }
   const cls_xp1DArrayListUint& ParentIds() const { return m_parentIds; }
+  /// Returns the parent ids, to be changed.
   cls_xp1DArrayListUint& ParentIds() { return m_parentIds; }
   const cls_Uid& Uid() const { return m_uid; }
 

@@ -14,8 +14,7 @@
 ///           included.
 /// Copies    share the shortcut and the text, and each holds its own copy of the matrix.
 /// Errors    nex_CommandException, as in omu_InterfaceObj, for an unknown method, for arguments,
-/// and
-///           for a stale object.
+///           and for a stale object.
 class GSL_API gsl_TransformIntObj : public omu_InterfaceObj {
 public:
   /// Copies m. `text` is kept for the creator; nothing here reads it.
@@ -24,11 +23,13 @@ public:
   gsl_TransformIntObj& operator=(const gsl_TransformIntObj&);
 
   ~gsl_TransformIntObj() override;
+  /// Returns a new object with the same shortcut, matrix and text.
   [[nodiscard]] gsl_TransformIntObj* Copy() const override;
 
   const gsl_Matrix& GetMatrix() const { return m_matrix; }
   const cow_String& GetText() const { return m_text; }
 
+  /// Returns the name of the script type, "Transform".
   static constexpr const char* TypeName() { return "Transform"; }
 
 private:

@@ -26,13 +26,13 @@ public:
   double coarseTolerance;
   /// The field keeps the layout. It is never set and never read.
   double reservedSetting;
-  /// Display settings for host modules, a halving series in degrees. No operation of this library
-  /// reads them.
+  /// A display setting for host modules, in degrees. Like the next four, no operation of this
+  /// library reads it, and each is half of the one before.
   double displayAngleCoarse;
-  double displayAngleMedium;
-  double displayFactor;
-  double displayAngleFine;
-  double displayScale;
+  double displayAngleMedium; ///< another display setting
+  double displayFactor;      ///< another display setting
+  double displayAngleFine;   ///< another display setting
+  double displayScale;       ///< another display setting
   /// The value of omi_gettimecounter() when the object was made.
   double startTime;
 

@@ -29,6 +29,7 @@ public:
   // default-vector-is-unit-z: a default direction has a length of 1.
   gsl_Vector() : x(0.0), y(0.0), z(1.0), magnitude(1.0) {}
 
+  /// The vector has these components, and their length.
   gsl_Vector(double xComponent, double yComponent, double zComponent)
       : x(xComponent), y(yComponent), z(zComponent),
         magnitude(gsl_arithmetic::Length({xComponent, yComponent, zComponent})) {}
@@ -42,8 +43,9 @@ public:
   /// the last place. A NaN coordinate results in NaN.
   gsl_Vector(const gsl_Point& p1, const gsl_Point& p2, const gsl_Point& p3);
 
-  /// Return the components, without and with the cached length, in the types of the arithmetic.
+  /// Returns the components without the cached length.
   gsl_arithmetic::Coord3 Coords() const { return {x, y, z}; }
+  /// Returns the components with the cached length.
   gsl_arithmetic::Measured3 Measured() const { return {{x, y, z}, magnitude}; }
 
   gsl_Vector operator+(const gsl_Vector& o) const { return {x + o.x, y + o.y, z + o.z}; }
@@ -66,6 +68,7 @@ public:
   // index-write-keeps-the-magnitude: the length is measured when the vector is made.
   double& operator[](unsigned int i) { return i == 0 ? x : (i == 1 ? y : z); }
 
+  /// Returns this . o.
   double DotProduct(const gsl_Vector& o) const { return gsl_arithmetic::Dot(Coords(), o.Coords()); }
 
   /// Returns this x o.
@@ -151,9 +154,9 @@ public:
   /// angle is pi / 2 when a magnitude is at most linearTolerance.
   double AngleWith(const gsl_Vector& o, bool unitVectors) const;
 
-  /// Returns an angle from 0 to 2 pi: the unsigned angle, taken the other way round when (this x o)
-  /// . reference < 0. So for vectors so close that their angle rounds to 0, the result is then 2 pi
-  /// itself.
+  /// Returns an angle from 0 to 2 pi: the unsigned angle, taken the other way round when
+  /// (this x o) . reference < 0. So for vectors so close that their angle rounds to 0, the result
+  /// is then 2 pi itself.
   double AngleWith(const gsl_Vector& o, bool unitVectors, const gsl_Vector& reference) const;
 
   /// Applies the 3x3 block of m in place, without translation, and measures the magnitude again.

@@ -3,9 +3,12 @@
 
 #include "gsl_Export.h"
 
-// The version is defined here only; the build reads it from these three lines.
+// The version is defined here only; the build reads it from the three lines of numbers.
+/// The first number of the version of these headers.
 #define GSL_VERSION_MAJOR 0
+/// The second number of the version of these headers.
 #define GSL_VERSION_MINOR 1
+/// The third number of the version of these headers.
 #define GSL_VERSION_PATCH 0
 
 /// The version of these headers as one number, for comparisons: 10203 is 1.2.3.

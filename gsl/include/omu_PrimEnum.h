@@ -14,8 +14,8 @@
 
 /// One row of an enumeration's name table; a row without a name ends the table.
 struct omu_PrimEnumEntry {
-  const char* name;
-  std::int32_t value;
+  const char* name;   ///< the text of the value
+  std::int32_t value; ///< its number
 };
 
 /// The name table of E: specialised for every enumeration that has a primitive, with
@@ -37,9 +37,11 @@ cow_String atr(const char* format, E value, S text);
 template <class E, int N>
 class GSL_API omu_PrimEnum : public omu_PrimEnumBase {
 public:
+  /// Holds the value, which must be one of the enumeration.
   explicit omu_PrimEnum(E value);
   /// Takes the name of the other primitive, whose enumeration may be different.
   explicit omu_PrimEnum(const omu_PrimEnumBase& other);
+  /// Holds the value of that text.
   explicit omu_PrimEnum(const cow_String& text);
   /// Reads the stored name.
   explicit omu_PrimEnum(const cls_ReadVisitor& visitor);
@@ -188,14 +190,17 @@ cow_Map<cow_String, unsigned int> omu_PrimEnum<E, N>::PermissibleValues() const 
   return names;
 }
 
+/// The values of gsl_DirMethod.
 template <>
 struct GSL_API omu_PrimEnumTable<gsl_DirMethod> {
   static const omu_PrimEnumEntry* Entries();
 };
+/// The values of gsl_DotMethod.
 template <>
 struct GSL_API omu_PrimEnumTable<gsl_DotMethod> {
   static const omu_PrimEnumEntry* Entries();
 };
+/// The values of gsl_LineMethod.
 template <>
 struct GSL_API omu_PrimEnumTable<gsl_LineMethod> {
   static const omu_PrimEnumEntry* Entries();

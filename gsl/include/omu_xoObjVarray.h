@@ -34,8 +34,11 @@ template <class T>
 class GSL_API omu_xoObjVarray : public omu_ObjVarray<T> {
 public:
   omu_xoObjVarray();
+  /// Makes an empty array with that capacity and growth ratio.
   omu_xoObjVarray(unsigned int initialCapacity, double ratio);
+  /// Makes an empty array that belongs to these owners.
   omu_xoObjVarray(const cls_Uid* firstOwner, const cls_Uid* secondOwner);
+  /// Makes an empty array with owners, capacity and growth ratio.
   omu_xoObjVarray(const cls_Uid* firstOwner, const cls_Uid* secondOwner,
                   unsigned int initialCapacity, double ratio);
   /// A missing growth ratio reads as 0.0; missing data reads as no entries.
@@ -53,6 +56,7 @@ public:
   const cls_Uid& DataUid() const { return m_dataUid; }
   /// Returns the owners passed to the constructor, or null.
   const cls_Uid* FirstOwner() const { return m_owners[0]; }
+  /// Returns the second owner, or null.
   const cls_Uid* SecondOwner() const { return m_owners[1]; }
 
   static constexpr unsigned int TypeId() { return omu_xoObjVarrayTable<T>::kTypeId; }
@@ -166,16 +170,19 @@ void omu_xoObjVarray<T>::InitializeMetadata(cls_ClassRegistrar& registrar) {
       .AddAttribute(kData.Name(), cls_ObjectAttribute, cls_kCollectionTypeId, cls_ObjectList);
 }
 
+/// The array of datum points.
 template <>
 struct omu_xoObjVarrayTable<gsl_Dot> {
   static constexpr const char* kName = "gsl_DotArray";
   static constexpr unsigned int kTypeId = 0x030A000Eu;
 };
+/// The array of planes.
 template <>
 struct omu_xoObjVarrayTable<gsl_Plane> {
   static constexpr const char* kName = "gsl_PlaneArray";
   static constexpr unsigned int kTypeId = 0x030A000Du;
 };
+/// The array of lines.
 template <>
 struct omu_xoObjVarrayTable<gsl_StLine> {
   static constexpr const char* kName = "gsl_LineArray";

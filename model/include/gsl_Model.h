@@ -36,11 +36,11 @@ enum class Access {
 
 /// A root of a model, as the list of roots shows it.
 struct RootEntry {
-  std::string name;      ///< empty for a root without a name
-  std::string className; ///< empty when the writer gave none
-  std::uint32_t typeId = 0;
-  gsl_RecordIdentity identity;
-  std::uint64_t bytes = 0; ///< what the checksum of the root covers, shared objects included
+  std::string name;            ///< empty for a root without a name
+  std::string className;       ///< empty when the writer gave none
+  std::uint32_t typeId = 0;    ///< the number of the class of the root
+  gsl_RecordIdentity identity; ///< the identity of the root
+  std::uint64_t bytes = 0;     ///< what the checksum of the root covers, shared objects included
 };
 
 /// The changes of one call of Model::Write: one save, and one scope of sharing. An object that two
@@ -107,6 +107,7 @@ private:
 ///            expected. The file keeps its contents. std::bad_alloc.
 class GSL_MODEL_API Model {
 public:
+  /// How long a program waits for others unless it says otherwise.
   static constexpr std::chrono::milliseconds kPatience{5000};
 
   /// Opens the file, and checks its structure in a time that is proportional to its size. Writers
@@ -133,12 +134,14 @@ public:
     cls_Load load(*records);
     return T(cls_ReadVisitor(load, 0), std::forward<More>(more)...);
   }
+  /// Returns whether a root has that name.
   [[nodiscard]] bool Has(std::string_view name) const;
   /// Returns the roots in the order in which they were first put.
   std::vector<RootEntry> Roots() const;
 
   /// Returns the records of one root, and of all roots, without their classes.
   std::unique_ptr<const gsl_RecordReader> Read(std::string_view name) const;
+  /// Returns the records of all roots, without their classes.
   std::unique_ptr<const gsl_RecordReader> ReadAll() const;
 
 private:

@@ -10,8 +10,8 @@ using gsl_RecordIndex = std::uint32_t;
 
 /// The identity of the object that a record stores: 128 bits that the records only compare.
 struct gsl_RecordIdentity {
-  std::uint64_t prefix = 0;
-  std::uint64_t serial = 0;
+  std::uint64_t prefix = 0; ///< the first 64 bits
+  std::uint64_t serial = 0; ///< the last 64 bits
 
   [[nodiscard]] friend constexpr bool operator==(const gsl_RecordIdentity& a,
                                                  const gsl_RecordIdentity& b) noexcept {
@@ -46,15 +46,16 @@ enum class gsl_RecordCollection : std::uint32_t {
 /// Where a record holds a value: the name of a field and the number that the writer gave to it; or
 /// null for an entry of a list, which has no number.
 struct gsl_RecordPlace {
-  const char* name = nullptr;
-  std::int32_t index = -1;
+  const char* name = nullptr; ///< the name of the field
+  std::int32_t index = -1;    ///< the number that the writer gave to it
 };
 
 /// One field of a record, or one entry of a list. The views belong to the reader.
 struct gsl_RecordField {
   /// Empty for an entry of a list.
   std::string_view name;
-  std::int32_t index = -1;
+  std::int32_t index = -1; ///< the number that the writer gave to it
+  /// Says which of the values below holds the value.
   gsl_RecordKind kind = gsl_RecordKind::Integer;
   /// The value, by kind: `link` is the record that the field holds or refers to, or the type id of
   /// a null.

@@ -18,21 +18,24 @@ class GSL_RECORDS_API gsl_RecordReader {
 public:
   /// The place of a field in its storage.
   using Position = std::uint64_t;
+  /// The place after the last field.
   static constexpr Position kEnd = ~Position{0};
 
   class FieldRange;
 
   /// What a record says of itself, and where its fields begin.
   struct Header {
-    std::uint32_t typeId = 0;
-    gsl_RecordCollection collection = gsl_RecordCollection::None;
-    gsl_RecordIdentity identity;
-    Position firstField = kEnd;
+    std::uint32_t typeId = 0;                                     ///< the number of its class
+    gsl_RecordCollection collection = gsl_RecordCollection::None; ///< its kind of collection
+    gsl_RecordIdentity identity;                                  ///< its identity
+    Position firstField = kEnd;                                   ///< where its fields begin
   };
 
   virtual ~gsl_RecordReader();
 
+  /// Returns the number of roots.
   virtual std::size_t RootCount() const = 0;
+  /// Returns the record of root number i.
   virtual gsl_RecordIndex Root(std::size_t i) const = 0;
   /// Empty for a root without a name.
   virtual std::string_view RootName(std::size_t i) const = 0;
@@ -41,8 +44,11 @@ public:
 
   /// The name of the class, empty when the writer did not give one.
   virtual std::string_view ClassName(std::uint32_t typeId) const = 0;
+  /// Returns the number of the record's class.
   virtual std::uint32_t TypeId(gsl_RecordIndex record) const = 0;
+  /// Returns the identity of the record.
   virtual gsl_RecordIdentity Identity(gsl_RecordIndex record) const = 0;
+  /// Returns what kind of collection the record is.
   virtual gsl_RecordCollection Collection(gsl_RecordIndex record) const = 0;
 
   /// The first field in write order; kEnd for a record without fields.
@@ -70,8 +76,10 @@ protected:
 /// The fields of one record, in write order.
 class gsl_RecordReader::FieldRange {
 public:
+  /// Walks from field to field.
   class Iterator {
   public:
+    /// Begins at the position `first`.
     Iterator(const gsl_RecordReader& from, Position first) : m_reader(from), m_position(first) {
       Read();
     }
@@ -98,6 +106,7 @@ public:
     gsl_RecordField m_field;
   };
 
+  /// The fields of the record `owner`.
   FieldRange(const gsl_RecordReader& from, gsl_RecordIndex owner)
       : m_reader(from), m_record(owner) {}
 

@@ -36,15 +36,20 @@ public:
                                     bool isShared, std::uint32_t typeId,
                                     const gsl_RecordIdentity& identity) = 0;
 
+  /// Adds an integer to an open record.
   virtual void AddInteger(gsl_RecordIndex owner, const gsl_RecordPlace& place,
                           std::int32_t value) = 0;
+  /// Adds a double to an open record.
   virtual void AddDouble(gsl_RecordIndex owner, const gsl_RecordPlace& place, double value) = 0;
+  /// Adds a boolean to an open record.
   virtual void AddBoolean(gsl_RecordIndex owner, const gsl_RecordPlace& place, bool value) = 0;
+  /// Adds a text to an open record.
   virtual void AddString(gsl_RecordIndex owner, const gsl_RecordPlace& place,
                          std::string_view value) = 0;
   /// Refers to a shared record, which may still be written.
   virtual void AddReference(gsl_RecordIndex owner, const gsl_RecordPlace& place,
                             gsl_RecordIndex target) = 0;
+  /// Adds an empty object of that class to an open record.
   virtual void AddNull(gsl_RecordIndex owner, const gsl_RecordPlace& place,
                        std::uint32_t typeId) = 0;
 

@@ -41,7 +41,7 @@ using gsl_arithmetic::Coord3;
 /// Triangles in the caller's memory, which is read during construction of a body only.
 struct TriangleView {
   const double* vertices = nullptr; ///< x, y, z of each vertex in turn
-  std::size_t vertexCount = 0;
+  std::size_t vertexCount = 0;      ///< vertices, of three numbers each
   /// Three numbers of vertices for each triangle. If null, each three vertices in turn are a
   /// triangle.
   const std::uint32_t* corners = nullptr;
@@ -74,7 +74,7 @@ enum class SolidityFault : unsigned char {
 ///            not be noticed. The questions of Rule::Solid then have no meaning. Crossings finds
 ///            such surfaces.
 struct GSL_SWEEP_API Solidity {
-  SolidityFault fault = SolidityFault::None;
+  SolidityFault fault = SolidityFault::None; ///< None for a solid
   bool hasEdge = false; ///< false when the fault is of a component or of the whole
   /// With an edge: the lowest triangle at a wrong edge, and the next triangle that uses that edge,
   /// or the same for an open edge. Without: the first triangle with area of the component that is
@@ -82,6 +82,7 @@ struct GSL_SWEEP_API Solidity {
   std::size_t triangle = 0, otherTriangle = 0;
   Coord3 edgeFrom{0.0, 0.0, 0.0}, edgeTo{0.0, 0.0, 0.0}; ///< in the direction of `triangle`
 
+  /// Returns whether the triangles are the surface of a solid.
   explicit operator bool() const { return fault == SolidityFault::None; }
   /// Returns the fault in words, in one line; empty for a solid.
   std::string Reason() const;
@@ -134,6 +135,7 @@ public:
   /// triangles over.
   Body Moved(const gsl_Matrix& matrix) const;
 
+  /// Returns the number of triangles, skipped triangles included.
   std::size_t TriangleCount() const;
   /// Returns the number of triangles with a NaN or infinite corner.
   std::size_t SkippedCount() const;
@@ -171,6 +173,7 @@ enum class ContactKind : unsigned char {
   Inside
 };
 
+/// What became of a question.
 enum class SweepStatus : unsigned char {
   Contact,  ///< they touch after a positive travel
   Start,    ///< they touch before any travel; under Rule::Solid, see there
@@ -205,6 +208,7 @@ enum class Rule : unsigned char {
   Solid
 };
 
+/// One question about a pair: a direction, and how far and by which rule it is asked.
 struct Question {
   Coord3 direction{0.0, 0.0, 0.0}; ///< any length but zero; finite
   /// The offset is added to each corner of the moving body, and each sum is rounded once. It must
@@ -218,7 +222,7 @@ struct Question {
   /// direction, and of the fixed body whose normal points along it. Edge-on and degenerate
   /// triangles point neither way and stay.
   bool oneSided = false;
-  Rule rule = Rule::Touch;
+  Rule rule = Rule::Touch; ///< which pairs of triangles count
   /// With a positive clearance the contact is at the least travel at which the distance between the
   /// bodies is at most the clearance. Its pair of triangles is one at that distance. The status is
   /// Start when the distance is at most the clearance before any travel. Surfaces count: a body
@@ -237,9 +241,10 @@ struct Question {
   double clearance = 0.0;
 };
 
+/// Where two bodies meet.
 struct Contact {
-  double travel = 0.0;
-  ContactKind kind = ContactKind::Overlap;
+  double travel = 0.0;                     ///< along the direction, in the units of the vertices
+  ContactKind kind = ContactKind::Overlap; ///< which features meet
   /// Set under Rule::Solid when the interiors overlap before any travel. The pair is then the first
   /// in which one triangle, from a point inside the other, reaches its inner side, or in which both
   /// share area in one plane and face the same way. If there is no such pair, it is the first pair
@@ -250,17 +255,18 @@ struct Contact {
   std::size_t fixedBody = 0;                         ///< in the order of the pair
   std::size_t movingTriangle = 0, fixedTriangle = 0; ///< numbers in their bodies
   Coord3 movingPoint{0.0, 0.0, 0.0};                 ///< with the offset, before the travel
-  Coord3 fixedPoint{0.0, 0.0, 0.0};
+  Coord3 fixedPoint{0.0, 0.0, 0.0};                  ///< where the fixed body is met
   /// The normal of the plane in which the features meet, of length one. It is set only where they
   /// define such a plane. Its product with the direction, which is not rounded, is negative: where
   /// the rounding of its components would turn it across the direction, one of them is moved by
   /// up to 2^-52.
   bool hasNormal = false;
-  Coord3 normal{0.0, 0.0, 0.0};
+  Coord3 normal{0.0, 0.0, 0.0}; ///< zeros without a normal
 };
 
+/// The answer to one question.
 struct Answer {
-  SweepStatus status = SweepStatus::Cancelled;
+  SweepStatus status = SweepStatus::Cancelled; ///< what was found
   Coord3 unitDirection{0.0, 0.0, 0.0}; ///< rounded from twice the precision; zero when cancelled
   Contact contact;                     ///< set for Contact and Start only
   /// False for a question with a clearance that is answered; a cancelled answer says nothing and
@@ -294,7 +300,7 @@ struct Run {
   /// Receives the part done, from 0 to 1, which never decreases; returning false cancels. Calls
   /// never overlap, but they may come from any working thread.
   std::function<bool(double)> progress;
-  Executor executor;
+  Executor executor; ///< runs the jobs in place of threads of this library
 };
 
 /// Two triangles of one body, the lower number first.
@@ -318,7 +324,7 @@ std::size_t GSL_SWEEP_API Crossings(const Body& body, Crossing* out, std::size_t
 
 /// The numbers of triangles that a one-sided question leaves out.
 struct LeftOut {
-  std::size_t moving = 0, fixed = 0;
+  std::size_t moving = 0, fixed = 0; ///< of the moving body and of the fixed bodies
 };
 
 /// A moving body and fixed bodies. The answer is the same as if the triangles of all fixed bodies,
@@ -337,6 +343,7 @@ public:
   /// question prepares the rest.
   Pair(Body moving, std::vector<Body> fixed, const Run& run = {});
 
+  /// Returns the first contact.
   Answer First(const Question& question, const Run& run = {}) const;
 
   /// Answers `count` questions in parallel. An answer that is not reached is Cancelled.

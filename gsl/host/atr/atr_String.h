@@ -14,6 +14,7 @@ public:
   atr_String() = default;
   /// Makes a plain text. Null makes the empty text.
   explicit atr_String(const char* text);
+  /// Holds a copy of the text.
   explicit atr_String(const std::string& text);
 
   const char* CStr() const { return m_text.c_str(); }
@@ -54,6 +55,7 @@ GSL_HOST_API atr_String atr_translate(const char* format);
 /// is no such place. Text that was filled in is never searched for arguments again. Null text is
 /// the empty text.
 GSL_HOST_API bool atr_SubstituteFormat(atr_String& message, int position, const char* value);
+/// Does the same with an integer.
 GSL_HOST_API bool atr_SubstituteFormat(atr_String& message, int position, int value);
 
 /// Sets the text that atr_translate uses for a format; null removes it. Nothing happens for a null

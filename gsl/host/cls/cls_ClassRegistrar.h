@@ -27,6 +27,7 @@ public:
   cls_ClassMetadata& AddClassMD(cls_TypeAdapterBase* adapter);
 
   std::size_t ClassCount() const { return m_classes.size(); }
+  /// Returns class number i. The index is not checked.
   const cls_ClassMetadata& Class(std::size_t i) const { return *m_classes[i]; }
   /// Returns null for a class that is not registered.
   const cls_ClassMetadata* FindClass(unsigned int typeId) const;

@@ -27,6 +27,7 @@ private:
 /// Asks for the next entry of a list; the visitor made from it writes that entry's record.
 class GSL_HOST_API cls_WriteRequestListObj {
 public:
+  /// Asks for the next entry of the list.
   explicit cls_WriteRequestListObj(cls_ListWriter& listWriter) : m_writer(listWriter) {}
 
 private:

@@ -9,11 +9,13 @@
 /// omi_Singleton returns it.
 class GSL_HOST_API cls_MetadataRegistrar {
 public:
+  /// How a class registers itself.
   using InitializeMetadata = void (*)(cls_ClassRegistrar&);
 
   /// Lets a class register itself. The class keeps `flags`.
   void initClassMetadata(InitializeMetadata function, int flags);
 
+  /// Returns the registrar, to register classes.
   cls_ClassRegistrar& ClassRegistrar() { return m_registrar; }
   const cls_ClassRegistrar& ClassRegistrar() const { return m_registrar; }
 

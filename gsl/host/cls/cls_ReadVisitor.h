@@ -32,6 +32,7 @@ public:
   cls_Load(const cls_Load&) = delete;
   cls_Load& operator=(const cls_Load&) = delete;
 
+  /// Returns the number of roots of the reader.
   std::size_t RootCount() const;
 
 private:
@@ -61,6 +62,7 @@ private:
 ///           what the reader throws; std::bad_alloc.
 class GSL_HOST_API cls_ReadVisitor {
 public:
+  /// The deepest nesting of records that is read.
   static constexpr unsigned int kMostNesting = 1000;
 
   /// Reads root number `root` of the load.
@@ -71,6 +73,7 @@ public:
   /// refused: values that are read from references would multiply what is stored once.
   cls_ReadVisitor(const cls_ReadVisitor& parent, const cls_FieldHandle& field);
 
+  /// Returns whether there is no such record.
   [[nodiscard]] bool IsAbsent() const { return m_record == kNoRecord; }
   /// Returns 0 when absent.
   unsigned int TypeId() const { return m_typeId; }

@@ -20,6 +20,7 @@ public:
   int Number() const { return m_number; }
   unsigned int Argument() const { return m_argument; }
 
+  /// Returns the number of the class whose objects are made.
   virtual unsigned int TypeId() const = 0;
   /// Returns a new object. The caller owns it and knows its class.
   [[nodiscard]] virtual void* Create(const cls_ReadVisitor& visitor) const = 0;
@@ -39,6 +40,7 @@ private:
 template <class T>
 class GSL_HOST_API cls_TypeAdapter : public cls_TypeAdapterBase {
 public:
+  /// Takes the name and the numbers of the class.
   cls_TypeAdapter(const char* adapterName, int adapterNumber, unsigned int adapterArgument)
       : cls_TypeAdapterBase(adapterName, adapterNumber, adapterArgument) {}
 

@@ -25,8 +25,11 @@ public:
   /// The call is safe from any thread and without contention: a thread takes 2^20 serials at once.
   static cls_Uid AllocateUid() noexcept;
 
+  /// Returns whether this is the null uid, which no object has.
   [[nodiscard]] constexpr bool IsNull() const noexcept { return m_prefix == 0 && m_serial == 0; }
+  /// Returns the part that is common to the process.
   constexpr std::uint64_t Prefix() const noexcept { return m_prefix; }
+  /// Returns the part that differs within the process.
   constexpr std::uint64_t Serial() const noexcept { return m_serial; }
 
   [[nodiscard]] friend constexpr bool operator==(const cls_Uid& a, const cls_Uid& b) noexcept {

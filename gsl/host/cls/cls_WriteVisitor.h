@@ -84,6 +84,7 @@ private:
 ///           same, and keeps the root open where it throws.
 class GSL_HOST_API cls_WriteVisitor {
 public:
+  /// The deepest nesting of records that is written.
   static constexpr unsigned int kMostNesting = 1000;
 
   /// Writes roots: every StartWrite starts a further one. The last root ends with the visitor.

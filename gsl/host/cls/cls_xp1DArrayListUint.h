@@ -31,6 +31,7 @@ public:
   /// Return the elements in order. They are valid until the list changes.
   const unsigned int* begin() const { return m_elements.data(); }
   const unsigned int* end() const { return m_elements.data() + m_elements.size(); }
+  /// Adds the value at the end.
   void Append(unsigned int value) { m_elements.push_back(value); }
   void Clear() { m_elements.clear(); }
 

@@ -31,6 +31,7 @@ public:
   double operator()(std::size_t row, std::size_t column) const {
     return m_entries[row * m_columns + column];
   }
+  /// Does the same for an entry that is to be changed.
   double& operator()(std::size_t row, std::size_t column) {
     return m_entries[row * m_columns + column];
   }

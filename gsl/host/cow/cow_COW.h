@@ -35,12 +35,15 @@ public:
   /// Takes over a heap object without cloning it. The holder is empty for null.
   static cow_COW Adopt(T* object);
 
+  /// Returns whether no object is held.
   [[nodiscard]] bool IsEmpty() const noexcept { return m_shared == nullptr; }
+  /// Returns whether an object is held.
   explicit operator bool() const noexcept { return !IsEmpty(); }
   /// Returns the object, or null. It is valid while this holder keeps it.
   const T* Get() const noexcept { return m_shared != nullptr ? m_shared->object.get() : nullptr; }
   /// Requires that the holder is not empty, and does not check it.
   const T& operator*() const noexcept { return *m_shared->object; }
+  /// Returns the object that is held.
   const T* operator->() const noexcept { return m_shared->object.get(); }
 
   /// Returns the object to be changed. When other holders share the object, this holder clones it

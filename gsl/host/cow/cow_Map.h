@@ -14,6 +14,7 @@
 template <class K, class V>
 class cow_Map {
 public:
+  /// A key and its value.
   using Entry = std::pair<K, V>;
 
   std::size_t Count() const { return static_cast<std::size_t>(End() - Begin()); }

@@ -16,6 +16,7 @@ public:
   cow_String() noexcept = default;
   /// Copies the bytes up to the terminating zero. Null makes the empty text.
   cow_String(const char* text);
+  /// Copies `length` bytes, which may hold zeros.
   cow_String(const char* bytes, std::size_t length);
   cow_String(const cow_String& other) noexcept;
   cow_String(cow_String&& other) noexcept : m_shared(std::exchange(other.m_shared, nullptr)) {}
@@ -25,6 +26,7 @@ public:
     if (m_shared != nullptr) Release(m_shared);
   }
 
+  /// Returns the number of bytes.
   std::size_t Length() const noexcept;
   [[nodiscard]] bool IsEmpty() const noexcept { return Length() == 0; }
   /// Returns the bytes with a terminating zero; never null. They are valid while a copy of this

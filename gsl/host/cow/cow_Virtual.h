@@ -5,6 +5,7 @@
 /// may return null.
 template <class T>
 struct cow_Virtual {
+  /// Returns a copy of the dynamic type, or null.
   [[nodiscard]] static T* Clone(const T& source) { return source.Copy(); }
 };
 

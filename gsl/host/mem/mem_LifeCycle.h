@@ -13,9 +13,11 @@ public:
   constexpr explicit mem_LifeCycle(const char* libraryPrefix)
       : m_prefix(libraryPrefix), m_starts(0) {}
 
+  /// Adds one start.
   void Initialize(int count);
   /// Ends one start. A stop without a start changes nothing.
   void Finalize(int count);
+  /// Returns whether the module is started.
   [[nodiscard]] bool IsInitialized() const { return m_starts > 0; }
   const char* Prefix() const { return m_prefix; }
 

@@ -21,6 +21,7 @@ public:
   /// Return the empty text and 0 for an exception that was not raised through Throw.
   const cow_String& SourceName() const noexcept { return m_sourceName; }
   int LineNumber() const noexcept { return m_lineNumber; }
+  /// Returns the message.
   const char* what() const noexcept override;
 
   /// Raises a copy of `exception`, in its own dynamic type, that carries the source location.
@@ -40,6 +41,7 @@ protected:
     throw copy;
   }
 
+  /// Remembers the source file and the line.
   void SetLocation(const cow_String& source, int line) noexcept {
     m_sourceName = source;
     m_lineNumber = line;

@@ -13,6 +13,7 @@
 /// Errors   std::bad_alloc, with the array as it was.
 class GSL_HOST_API omu_BaseVarray {
 public:
+  /// The ratio of an array that names none.
   static constexpr double kDefaultGrowthRatio = 2.0;
 
   omu_BaseVarray();
@@ -25,8 +26,10 @@ public:
   omu_BaseVarray& operator=(omu_BaseVarray&& other) noexcept;
 
   unsigned int Count() const { return m_count; }
+  /// Returns the number of elements that fit without growing.
   unsigned int Capacity() const { return m_capacity; }
   double GrowthRatio() const { return m_growthRatio; }
+  /// Changes the ratio; see GrowthRatio().
   void SetGrowthRatio(double ratio) { m_growthRatio = ratio; }
 
   /// Appends an entry, which may be null.
@@ -37,8 +40,11 @@ protected:
 
   /// Does not check the range.
   void* Entry(unsigned int i) const { return m_entries[i]; }
+  /// Returns the elements.
   void* const* Entries() const { return m_entries; }
+  /// Replaces element number i.
   void SetEntry(unsigned int i, void* element) { m_entries[i] = element; }
+  /// Removes the elements without destroying them.
   void ForgetEntries() { m_count = 0; }
 
 private:

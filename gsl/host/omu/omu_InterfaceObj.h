@@ -9,9 +9,11 @@
 
 class cls_WriteVisitor;
 
+/// Is called by the objects that accept it.
 class GSL_HOST_API omu_InterfaceObjVisitor {
 public:
   virtual ~omu_InterfaceObjVisitor();
+  /// Is called with the object.
   virtual void Visit(const omu_InterfaceObj& object) = 0;
 };
 
@@ -25,6 +27,7 @@ public:
 ///           and the wrong name.
 class GSL_HOST_API omu_InterfaceObj {
 public:
+  /// The object is at the place that the shortcut names.
   explicit omu_InterfaceObj(const omu_Shortcut& shortcut);
   omu_InterfaceObj(const omu_InterfaceObj&);
   omu_InterfaceObj& operator=(const omu_InterfaceObj&);
@@ -39,36 +42,45 @@ public:
   virtual cow_String AsRepr() const;
   /// Returns whether `other` is the same object, or an object of the same type and shortcut.
   [[nodiscard]] virtual bool operator==(const omu_InterfaceObj& other) const;
+  /// Calls the visitor with this object.
   virtual void Accept(omu_InterfaceObjVisitor& visitor) const;
+  /// Returns a new object of the same class.
   [[nodiscard]] virtual omu_InterfaceObj* Copy() const = 0;
   /// Returns 0: scripting objects are not stored, and DBWrite writes nothing.
   virtual unsigned int DynTypeId() const;
   virtual void DBWrite(const cls_WriteVisitor& visitor) const;
 
+  /// Returns whether the type has that method.
   [[nodiscard]] virtual bool IsMethod(const cow_String& name) const;
   /// Calls a method by name. Throws for a stale object, an unknown name, and a number of arguments
   /// that the method does not take, tested in this order.
   [[nodiscard]] virtual omu_Primitive* CallMethod(const cow_String& name,
                                                   const omu_PrimTuple& arguments);
-  /// Read and change the members of the type's table by name. They throw for a stale object, an
-  /// unknown name, and a member that cannot be changed or deleted.
+  /// Returns a member of the type's table by its name. This and the next two operations throw for a
+  /// stale object, an unknown name, and a member that cannot be changed or deleted.
   [[nodiscard]] virtual omu_Primitive* GetMember(const cow_String& name) const;
+  /// Changes a member; see GetMember.
   virtual void SetMember(const cow_String& name, const omu_Primitive& value);
+  /// Deletes a member; see GetMember.
   virtual void DeleteMember(const cow_String& name);
-  /// Return names in table order, without the deprecated names.
+  /// Returns the names of the members in table order, without the deprecated names.
   virtual std::vector<cow_String> MemberList() const;
   /// Returns MemberList without MemberExcludeListForQry, which is empty unless a class overrides
   /// it.
   virtual std::vector<cow_String> MemberListForQry() const;
+  /// Returns the members that queries leave out: none.
   virtual std::vector<cow_String> MemberExcludeListForQry() const;
+  /// Returns the names of the methods in table order, without the deprecated names.
   virtual std::vector<cow_String> MethodList() const;
   /// Returns AsString(), then a line for the members and a line for the methods, if there are any.
   virtual cow_String FullRepr() const;
   /// Returns the name of the object in a journal: the type name with a lower-case initial.
   virtual cow_String JournalVariable() const;
+  /// Returns the shortcut.
   virtual const omu_Shortcut& BaseShortcut() const;
   /// Returns the shortcut, or null when it leads nowhere. The object owns it.
   virtual const omu_Shortcut* BaseShortcutGetABC() const;
+  /// Returns the command path of the shortcut.
   virtual cow_String CommandPath() const;
 
   /// Returns a copy of `other` when it is an object of this type, otherwise null.
@@ -77,10 +89,15 @@ public:
   [[nodiscard]] virtual omu_InterfaceObj* Cast(const cow_String& typeName) const;
   /// The arithmetic of scripts. Throws unless a class overrides it.
   [[nodiscard]] virtual omu_InterfaceObj* Absolute() const;
+  /// Returns the sum; see Absolute.
   [[nodiscard]] virtual omu_InterfaceObj* AddOperation(const omu_InterfaceObj& other) const;
+  /// Returns the difference; see Absolute.
   [[nodiscard]] virtual omu_InterfaceObj* SubOperation(const omu_InterfaceObj& other) const;
+  /// Returns the product; see Absolute.
   [[nodiscard]] virtual omu_InterfaceObj* MulOperation(const omu_InterfaceObj& other) const;
+  /// Returns the quotient; see Absolute.
   [[nodiscard]] virtual omu_InterfaceObj* DivOperation(const omu_InterfaceObj& other) const;
+  /// Returns the opposite; see Absolute.
   [[nodiscard]] virtual omu_InterfaceObj* UnaryNegative() const;
   /// Returns the truth value in a condition, which is true.
   [[nodiscard]] virtual bool NonZero() const;
@@ -89,6 +106,7 @@ public:
   /// Returns whether the represented object is gone: SetStale was called, or the shortcut has
   /// expired.
   [[nodiscard]] virtual bool IsStale() const;
+  /// Makes the object stale for ever.
   virtual void SetStale();
   /// Returns -1, 0 or 1 by type name, path and then address. Returns 0 only for equal objects.
   virtual int Compare(const omu_InterfaceObj& other) const;

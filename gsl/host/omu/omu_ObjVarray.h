@@ -21,6 +21,7 @@ public:
     using pointer = void;
     using reference = T*;
 
+    /// Points to the element at `place`.
     explicit Iterator(void* const* place = nullptr) : m_at(place) {}
     [[nodiscard]] T* operator*() const { return static_cast<T*>(*m_at); }
     [[nodiscard]] T* operator[](std::ptrdiff_t n) const { return static_cast<T*>(m_at[n]); }
@@ -49,6 +50,7 @@ public:
   };
 
   omu_ObjVarray();
+  /// Makes an empty array with that capacity and growth ratio.
   omu_ObjVarray(unsigned int initialCapacity, double ratio);
   omu_ObjVarray(omu_ObjVarray&& other) noexcept;
   /// Deletes the elements that the array had.

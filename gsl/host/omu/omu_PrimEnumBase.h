@@ -43,6 +43,7 @@ protected:
   omu_PrimEnumBase(const omu_PrimEnumBase&) = default;
   omu_PrimEnumBase& operator=(const omu_PrimEnumBase&) = default;
 
+  /// Changes the value and its name.
   void Set(std::int32_t newValue, const char* newName);
 
 private:

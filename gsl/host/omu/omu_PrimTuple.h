@@ -36,7 +36,9 @@ public:
 
   int Kind() const { return m_kind; }
   std::size_t Count() const { return m_elements.size(); }
+  /// Returns whether element i is a number.
   [[nodiscard]] bool IsNumber(std::size_t i) const { return At(i).object == nullptr; }
+  /// Returns element i, which must be a number.
   double Number(std::size_t i) const;
   /// Returns an element that the tuple owns.
   const omu_Primitive& Primitive(std::size_t i) const;

@@ -13,6 +13,7 @@ class GSL_HOST_API omu_Shortcut {
 public:
   /// Makes a shortcut that leads nowhere. It has no path and never expires.
   omu_Shortcut() noexcept = default;
+  /// Leads to the place of that command path.
   explicit omu_Shortcut(const cow_String& path);
 
   /// Returns the command path as a script writes it, or an empty text for a shortcut that leads
@@ -23,6 +24,7 @@ public:
   /// Reports to every copy of this shortcut that the object at the path is gone for ever. The call
   /// is safe from any thread.
   void Expire() noexcept;
+  /// Returns whether Expire was called for any copy.
   [[nodiscard]] bool IsExpired() const noexcept;
 
   /// Returns whether both are copies of one shortcut. Two shortcuts that lead nowhere share

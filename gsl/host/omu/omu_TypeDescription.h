@@ -15,23 +15,25 @@ class omu_Primitive;
 /// Returns a heap object that the caller owns, or null for "nothing".
 using omu_Method = omu_Primitive* (omu_InterfaceObj::*)(const omu_PrimTuple& arguments);
 
+/// A method of a script type.
 struct omu_MethodEntry {
-  const char* name;
-  omu_Method method;
-  int fewestArguments;
-  int mostArguments;
+  const char* name;    ///< null ends the table
+  omu_Method method;   ///< what a call runs
+  int fewestArguments; ///< a call with fewer is refused
+  int mostArguments;   ///< a call with more is refused
 };
 
+/// A member of a script type.
 struct omu_MemberEntry {
-  const char* name;
-  omu_Primitive* (omu_InterfaceObj::*get)() const;
+  const char* name;                                          ///< null ends the table
+  omu_Primitive* (omu_InterfaceObj::*get)() const;           ///< returns the value
   void (omu_InterfaceObj::*set)(const omu_Primitive& value); ///< null: cannot be changed
   void (omu_InterfaceObj::*remove)();                        ///< null: cannot be deleted
 };
 
 /// A name that still works but is not listed.
 struct omu_DeprecatedEntry {
-  const char* name;
+  const char* name; ///< null ends the table
 };
 
 /// The description of one type for the scripting layer.
@@ -47,17 +49,20 @@ public:
   /// throws nex_AssertException. The tables and the name must live as long as the process.
   static const omu_TypeDescription& Enter(const omu_TypeDescription& description);
 
+  /// The tables end with an entry whose name is null.
   omu_TypeDescription(const char* typeName, const omu_MethodEntry* methodTable,
                       const omu_MemberEntry* memberTable,
                       const omu_DeprecatedEntry* deprecatedMethodTable,
                       const omu_DeprecatedEntry* deprecatedMemberTable);
 
   const char* Name() const { return m_name; }
-  /// Return the names in table order, without the deprecated names.
+  /// Returns the names of the methods in table order, without the deprecated names.
   std::vector<cow_String> MethodNames() const;
+  /// Returns the names of the members in table order, without the deprecated names.
   std::vector<cow_String> MemberNames() const;
   /// Find an entry by its exact name, deprecated or not. They return null for an unknown name.
   const omu_MethodEntry* FindMethod(const cow_String& methodName) const;
+  /// Does the same for a member.
   const omu_MemberEntry* FindMember(const cow_String& memberName) const;
 
 private:

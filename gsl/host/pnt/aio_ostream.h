@@ -14,9 +14,9 @@ using aio_ostream = std::ostream;
 /// trailing zeros, scientific where the exponent is below -4 or at least `precision`. The locale
 /// and the stream's own format settings have no effect.
 struct aio_FormattedDouble {
-  double value;
-  int flag;
-  int precision;
+  double value;  ///< the number
+  int flag;      ///< 0
+  int precision; ///< significant digits
 };
 
 GSL_HOST_API aio_ostream& operator<<(aio_ostream& out, const aio_FormattedDouble& number);

@@ -5,8 +5,8 @@
 
 /// A row of a module's type table. The module defines the meaning of the kind and the second word.
 struct typ_Entry {
-  unsigned int kind;
-  unsigned int secondWord;
+  unsigned int kind;       ///< what the module says that the row is
+  unsigned int secondWord; ///< a number of the module's own
   /// Is null for the empty row at the head of a table.
   const char* className;
 };
@@ -14,9 +14,11 @@ struct typ_Entry {
 /// A module's type table: rows that the module owns and keeps for the life of the process.
 class GSL_HOST_API typ_ArchCompEntry {
 public:
+  /// The rows must outlive the table.
   constexpr typ_ArchCompEntry(const typ_Entry* tableRows, unsigned int count)
       : m_rows(tableRows), m_rowCount(count) {}
 
+  /// Returns the number of rows.
   unsigned int RowCount() const { return m_rowCount; }
   /// Does not check the range.
   const typ_Entry& Row(unsigned int i) const { return m_rows[i]; }

@@ -7,7 +7,9 @@
 /// thread.
 class GSL_HOST_API typ_DebugFlags {
 public:
+  /// Returns the level of a flag.
   static int GetDebugFlags(int flag);
+  /// Changes the level of a flag.
   static void SetDebugFlags(int flag, int level);
 };
 

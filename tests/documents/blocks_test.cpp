@@ -1,0 +1,155 @@
+// The blocks of the documents, each with what it needs before it and what it promises after it.
+
+#include "TemporaryFolder.h"
+#include "gsl_FloatingPoint.h"
+#include "gsl_Matrix.h"
+#include "gsl_Model.h"
+#include "gsl_Module.h"
+#include "gsl_Plane.h"
+#include "gsl_RecordFile.h"
+#include "gsl_StLine.h"
+#include "omu_xoObjVarray.h"
+
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <iterator>
+#include <sqlite3.h>
+#include <string>
+#include <vector>
+
+#define BLOCK(name) <name.inc>
+
+namespace {
+
+/// Blocks name files without a folder.
+class InAFolder {
+public:
+  InAFolder() : m_before(std::filesystem::current_path()) {
+    std::filesystem::current_path(m_folder.Path(""));
+  }
+  ~InAFolder() { std::filesystem::current_path(m_before); }
+  InAFolder(const InAFolder&) = delete;
+  InAFolder& operator=(const InAFolder&) = delete;
+
+private:
+  TemporaryFolder m_folder;
+  std::filesystem::path m_before;
+};
+
+const gsl_StLine axis(gsl_Point(1.0, 2.0, 3.0), gsl_Vector(0.0, 0.0, 2.0));
+const gsl_Plane plane(gsl_Point(0.0, 0.0, -5.0), gsl_Vector(0.0, 0.0, 1.0));
+
+TEST(DocumentBlocks, FirstStepsOfTheGuide) {
+#include BLOCK(guide_1)
+  EXPECT_EQ(distance, 5.0);
+  EXPECT_EQ(along.magnitude, 5.0);
+  EXPECT_EQ(along.x, 3.0);
+  const cls_Uid before = a.uid;
+#include BLOCK(guide_3)
+  EXPECT_TRUE(a.uid == before);
+  EXPECT_NEAR(a.x, std::cos(0.5) - 2.0 * std::sin(0.5), 1e-15);
+#include BLOCK(guide_4)
+}
+
+TEST(DocumentBlocks, ToleranceOfTheGuide) {
+  const double before = omi_Singleton<gsl_Util>::Instance().linearTolerance;
+#include BLOCK(guide_2)
+  EXPECT_TRUE(gsl_Point(0.0, 0.0, 0.0).IsOn(gsl_Point(0.0, 0.0, 0.9e-5)));
+  settings.linearTolerance = before;
+  EXPECT_FALSE(gsl_Point(0.0, 0.0, 0.0).IsOn(gsl_Point(0.0, 0.0, 0.9e-5)));
+}
+
+TEST(DocumentBlocks, Model) {
+  const InAFolder folder;
+#include BLOCK(model_1)
+  EXPECT_TRUE(read.Uid() == axis.Uid());
+  EXPECT_TRUE(model.Has("plane"));
+}
+
+/// Returns the rows of a query, the columns of each between bars.
+std::vector<std::string> RowsOf(const std::string& path, const std::string& query) {
+  sqlite3* database = nullptr;
+  sqlite3_stmt* statement = nullptr;
+  EXPECT_EQ(sqlite3_open_v2(path.c_str(), &database, SQLITE_OPEN_READONLY, nullptr), SQLITE_OK);
+  EXPECT_EQ(sqlite3_prepare_v2(database, query.c_str(), -1, &statement, nullptr), SQLITE_OK)
+      << sqlite3_errmsg(database);
+  std::vector<std::string> rows;
+  while (sqlite3_step(statement) == SQLITE_ROW) {
+    rows.emplace_back();
+    for (int i = 0; i < sqlite3_column_count(statement); ++i) {
+      const unsigned char* const text = sqlite3_column_text(statement, i);
+      rows.back() += text != nullptr ? reinterpret_cast<const char*>(text) : "null";
+      rows.back() += "|";
+    }
+  }
+  sqlite3_finalize(statement);
+  sqlite3_close(database);
+  return rows;
+}
+
+TEST(DocumentBlocks, QueryOfModel) {
+  std::ifstream file(GSL_MODEL_DOCUMENT);
+  const std::string text((std::istreambuf_iterator<char>(file)), {});
+  const std::string fence = "```sql\n";
+  const std::size_t begin = text.find(fence) + fence.size();
+  ASSERT_NE(text.find(fence), text.npos);
+  const InAFolder folder;
+  int count = 0;
+  gsl_initialize(count); // registers the names of the classes
+  {
+    gsl_model::Model model("part.gslm");
+    model.Write([](gsl_model::Transaction& t) { t.Put("axis", axis); });
+  }
+  const std::vector<std::string> rows =
+      RowsOf("part.gslm", text.substr(begin, text.find("```", begin) - begin));
+  ASSERT_EQ(rows.size(), 7u); // one for each field of a line
+  EXPECT_EQ(rows[0].rfind("axis|gsl_StLine|_point|", 0), 0u) << rows[0];
+  EXPECT_EQ(rows[6].rfind("axis|gsl_StLine|owner_feat_id|", 0), 0u) << rows[6];
+  gsl_finalize(count);
+}
+
+TEST(DocumentBlocks, SaveAndLoadOfPersistence) {
+  omu_xoObjVarray<gsl_Dot> points;
+  points.Add(new gsl_Dot(3.0, 4.0, 5.0));
+#include BLOCK(persistence_1)
+  ASSERT_EQ(readPoints.Count(), 1u);
+  EXPECT_EQ(readPoints[0]->GetPoint().z, 5.0);
+  EXPECT_TRUE(readAxis.Uid() == axis.Uid());
+}
+
+TEST(DocumentBlocks, BytesOfRecords) {
+#include BLOCK(records_1)
+  EXPECT_EQ(read.RootCount(), 1u);
+  EXPECT_EQ(read.RecordCount(), store.RecordCount());
+}
+
+TEST(DocumentBlocks, NamesOfRecords) {
+  const InAFolder folder;
+  gsl_RecordStore store;
+  cls_Save save(store);
+  cls_Load load(store);
+#include BLOCK(records_2)
+  EXPECT_TRUE(readAxis.Uid() == axis.Uid());
+#include BLOCK(records_3)
+  EXPECT_EQ(loaded.FindRoot("axis"), 0u);
+}
+
+TEST(DocumentBlocks, OldNameOfAField) {
+  gsl_RecordStore store;
+  {
+    cls_Save save(store);
+    const cls_WriteVisitor old(save);
+    old.StartWrite(0x7F000001u, cls_Uid::AllocateUid());
+    old.WriteDouble({-1, "w"}, 2.5);
+  }
+  cls_Load load(store);
+  const cls_ReadVisitor visitor(load, 0);
+#include BLOCK(records_4)
+  EXPECT_EQ(value, 2.5);
+}
+
+} // namespace
