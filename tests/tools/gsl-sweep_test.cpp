@@ -445,6 +445,30 @@ TEST(GslSweep, AllowanceThatTurnsTrianglesOverExitsWithThree) {
   EXPECT_EQ(Sweep(question + " --allowance=-0.24").status, 0);
 }
 
+constexpr const char* kNoTurn = "1 0 0 0 0 1 0 0 0 0 1 0\n";
+
+TEST(GslSweep, SolidThatAnAllowanceTurnsInsideOutIsRefused) {
+  const Folder folder;
+  // A box with a cavity, whose walls are 1 thick: the cavity becomes larger than the box.
+  gsl_mesh::Mesh hollow = Box({0, 0, 5}, {9, 9, 14});
+  gsl_mesh::Mesh cavity = Box({1, 1, 6}, {8, 8, 13});
+  std::reverse(cavity.corners.begin(), cavity.corners.end());
+  Append(hollow, cavity);
+  const std::string file = folder.Write("hollow.stl", hollow);
+  const std::string floor = folder.Write("floor.stl", Box({-9, -9, -1}, {9, 9, 0}));
+  const std::string question = file + " " + floor + " -d -z --solid ";
+  EXPECT_EQ(Sweep(question + "--allowance=-0.25").status, 0);
+  const Outcome refused = Sweep(question + "--allowance=-0.75");
+  EXPECT_EQ(refused.status, 3);
+  EXPECT_EQ(LineCount(refused.err), 1u);
+  EXPECT_EQ(refused.err.find("gsl-sweep: " + file + ": not a solid after --allowance: "), 0u)
+      << refused.err;
+  const std::string pose = folder.Write("pose", std::string(kNoTurn));
+  EXPECT_EQ(Sweep(question + "--allowance=-0.75 --pose " + pose)
+                .err.find("gsl-sweep: " + file + ": not a solid after --allowance and --pose: "),
+            0u);
+}
+
 TEST(GslSweep, AllowanceOfABodyWithoutAnOutsideIsWarnedOf) {
   const Folder folder;
   gsl_mesh::Mesh open = Box({0, 0, 5}, {1, 1, 6});
@@ -1015,8 +1039,6 @@ std::vector<std::string> StagesOf(const std::string& err) {
   }
   return names;
 }
-
-constexpr const char* kNoTurn = "1 0 0 0 0 1 0 0 0 0 1 0\n";
 
 TEST(GslSweep, VerboseShowsEachStage) {
   const Folder folder;
