@@ -39,7 +39,7 @@ DoubleDouble Quotient(const BigNumber& a, const BigNumber& b) {
 
 } // namespace
 
-/// Returns the sum of a and of b with another sign.
+/// Returns the sum of a and of the magnitude of b with a sign.
 BigNumber BigNumber::Sum(const BigNumber& a, const BigNumber& b, int signOfB) {
   if (a.m_sign == 0) return {signOfB, b.m_magnitude};
   if (signOfB == 0) return a;
