@@ -38,35 +38,35 @@ void BigNatural::Trim() {
     m_limbs.pop_back();
 }
 
-/// Extends the number so that its lowest limb begins at 2^exponent. Requires an exponent that is
-/// not above the present one.
-void BigNatural::Align(int exponent) {
-  const int shift = m_exponent - exponent;
-  m_exponent = exponent;
-  if (m_limbs.empty() || shift == 0) return;
+/// Returns the number with its lowest limb at 2^exponent and with at least `count` limbs, of which
+/// the highest may be zero. Requires an exponent that is not above the present one.
+BigNatural BigNatural::Aligned(int exponent, std::size_t count) const {
+  BigNatural aligned;
+  aligned.m_exponent = exponent;
+  const int shift = IsZero() ? 0 : m_exponent - exponent;
+  const std::size_t whole = static_cast<std::size_t>(shift / kLimbBits);
   const int bits = shift % kLimbBits;
+  aligned.m_limbs.assign(std::max(whole + m_limbs.size() + 1, count), 0U);
   std::uint64_t carry = 0;
-  for (std::uint32_t& limb : m_limbs) {
-    carry |= static_cast<std::uint64_t>(limb) << bits;
-    limb = static_cast<std::uint32_t>(carry);
+  for (std::size_t k = 0; k < m_limbs.size(); ++k) {
+    carry |= static_cast<std::uint64_t>(m_limbs[k]) << bits;
+    aligned.m_limbs[whole + k] = static_cast<std::uint32_t>(carry);
     carry >>= kLimbBits;
   }
-  m_limbs.push_back(static_cast<std::uint32_t>(carry));
-  m_limbs.insert(m_limbs.begin(), static_cast<std::size_t>(shift / kLimbBits), 0U);
-  Trim();
+  aligned.m_limbs[whole + m_limbs.size()] = static_cast<std::uint32_t>(carry);
+  return aligned;
 }
 
 BigNatural BigNatural::Plus(const BigNatural& a, const BigNatural& b) {
-  BigNatural sum = a;
-  BigNatural other = b;
-  const int exponent = std::min(a.m_exponent, b.m_exponent);
-  sum.Align(exponent);
-  other.Align(exponent);
-  sum.m_limbs.resize(std::max(sum.m_limbs.size(), other.m_limbs.size()) + 1, 0U);
+  // The lower one is read where it is.
+  const BigNatural& low = a.m_exponent <= b.m_exponent ? a : b;
+  const BigNatural& high = a.m_exponent <= b.m_exponent ? b : a;
+  BigNatural sum = high.Aligned(low.m_exponent, low.m_limbs.size() + 1);
+  // The highest limb is below 2^31, and the lower number does not reach it, so it takes the carry.
   std::uint64_t carry = 0;
   for (std::size_t k = 0; k < sum.m_limbs.size(); ++k) {
     carry += sum.m_limbs[k];
-    if (k < other.m_limbs.size()) carry += other.m_limbs[k];
+    if (k < low.m_limbs.size()) carry += low.m_limbs[k];
     sum.m_limbs[k] = static_cast<std::uint32_t>(carry);
     carry >>= kLimbBits;
   }
@@ -76,14 +76,13 @@ BigNatural BigNatural::Plus(const BigNatural& a, const BigNatural& b) {
 
 BigNatural BigNatural::Difference(const BigNatural& a, const BigNatural& b) {
   if (Compare(a, b) < 0) return Difference(b, a);
-  BigNatural rest = a;
-  BigNatural taken = b;
   const int exponent = std::min(a.m_exponent, b.m_exponent);
-  rest.Align(exponent);
-  taken.Align(exponent);
+  BigNatural rest = a.Aligned(exponent, 0);
+  const BigNatural room = b.m_exponent == exponent ? BigNatural() : b.Aligned(exponent, 0);
+  const Limbs& taken = b.m_exponent == exponent ? b.m_limbs : room.m_limbs;
   std::uint64_t borrow = 0;
   for (std::size_t k = 0; k < rest.m_limbs.size(); ++k) {
-    const std::uint64_t less = borrow + (k < taken.m_limbs.size() ? taken.m_limbs[k] : 0U);
+    const std::uint64_t less = borrow + (k < taken.size() ? taken[k] : 0U);
     borrow = rest.m_limbs[k] < less ? 1 : 0;
     rest.m_limbs[k] = static_cast<std::uint32_t>(rest.m_limbs[k] - less);
   }
@@ -109,12 +108,14 @@ BigNatural BigNatural::Times(const BigNatural& a, const BigNatural& b) {
 }
 
 int BigNatural::Compare(const BigNatural& a, const BigNatural& b) {
-  BigNatural left = a;
-  BigNatural right = b;
-  const int exponent = std::min(a.m_exponent, b.m_exponent);
-  left.Align(exponent);
-  right.Align(exponent);
-  return CompareLimbs(left.m_limbs, right.m_limbs);
+  if (a.IsZero() || b.IsZero()) return static_cast<int>(b.IsZero()) - static_cast<int>(a.IsZero());
+  const int top = a.TopExponent();
+  if (top != b.TopExponent()) return top < b.TopExponent() ? -1 : 1;
+  if (a.m_exponent == b.m_exponent) return CompareLimbs(a.m_limbs, b.m_limbs);
+  if (a.m_exponent < b.m_exponent) return -Compare(b, a);
+  BigNatural left = a.Aligned(b.m_exponent, 0);
+  left.Trim();
+  return CompareLimbs(left.m_limbs, b.m_limbs);
 }
 
 int BigNatural::TopExponent() const {

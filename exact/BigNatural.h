@@ -3,6 +3,7 @@
 
 #include "ExactArithmetic.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <vector>
 
@@ -52,7 +53,7 @@ public:
   DoubleDouble Fraction() const;
 
 private:
-  void Align(int exponent);
+  BigNatural Aligned(int exponent, std::size_t count) const;
   void Trim();
 
   std::vector<std::uint32_t> m_limbs; ///< from the lowest limb; the last limb is not zero

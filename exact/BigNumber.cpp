@@ -39,10 +39,11 @@ DoubleDouble Quotient(const BigNumber& a, const BigNumber& b) {
 
 } // namespace
 
-BigNumber operator+(const BigNumber& a, const BigNumber& b) {
-  if (a.m_sign == 0) return b;
-  if (b.m_sign == 0) return a;
-  if (a.m_sign == b.m_sign) return {a.m_sign, BigNatural::Plus(a.m_magnitude, b.m_magnitude)};
+/// Returns the sum of a and of the magnitude of b with a sign.
+BigNumber BigNumber::Sum(const BigNumber& a, const BigNumber& b, int signOfB) {
+  if (a.m_sign == 0) return {signOfB, b.m_magnitude};
+  if (signOfB == 0) return a;
+  if (a.m_sign == signOfB) return {a.m_sign, BigNatural::Plus(a.m_magnitude, b.m_magnitude)};
   const int order = BigNatural::Compare(a.m_magnitude, b.m_magnitude);
   if (order == 0) return {};
   return {order * a.m_sign, BigNatural::Difference(a.m_magnitude, b.m_magnitude)};

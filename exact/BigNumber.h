@@ -23,8 +23,10 @@ public:
     a.m_sign = -a.m_sign;
     return a;
   }
-  friend BigNumber operator+(const BigNumber& a, const BigNumber& b);
-  friend BigNumber operator-(const BigNumber& a, const BigNumber& b) { return a + -b; }
+  friend BigNumber operator+(const BigNumber& a, const BigNumber& b) { return Sum(a, b, b.m_sign); }
+  friend BigNumber operator-(const BigNumber& a, const BigNumber& b) {
+    return Sum(a, b, -b.m_sign);
+  }
   friend BigNumber operator*(const BigNumber& a, const BigNumber& b);
 
   /// Returns the sign of a - b: -1, 0 or 1.
@@ -33,6 +35,8 @@ public:
 private:
   friend class Surd;
   BigNumber(int sign, BigNatural magnitude) : m_sign(sign), m_magnitude(std::move(magnitude)) {}
+
+  static BigNumber Sum(const BigNumber& a, const BigNumber& b, int signOfB);
 
   int m_sign = 0;
   BigNatural m_magnitude; ///< zero exactly when the sign is 0

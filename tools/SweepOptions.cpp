@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <initializer_list>
 #include <optional>
 #include <system_error>
 #include <thread>
@@ -35,7 +36,7 @@ const char* const kDescription =
 const char* const kUsage = "MOVING FIXED... --direction X,Y,Z [OPTION...]";
 
 const char* const kFooter = "Exit status:\n"
-                            "  0   contact, including contact from the start; of many directions, "
+                            "  0   contact, also from the start or within --clearance; of many, "
                             "along any\n"
                             "  1   no contact; of many directions, along none\n"
                             "  2   wrong usage, or a line of --directions is not a direction\n"
@@ -45,6 +46,7 @@ const char* const kFooter = "Exit status:\n"
                             "Examples:\n"
                             "  $ gsl-sweep bolt.stl bracket.stl --direction -z\n"
                             "  $ gsl-sweep bolt.stl bracket.stl -d 0,0,-1 --json -\n"
+                            "  $ gsl-sweep bolt.stl bracket.stl -d z --solid --allowance=-1e-4\n"
                             "  $ gsl-sweep bolt.stl bracket.stl --sphere 1000";
 
 struct OptionRow {
@@ -65,6 +67,9 @@ std::vector<OptionRow> OptionRows() {
       {"--sphere", "N", nullptr,
        "Answers N directions spread evenly over the sphere, 1 to " +
            std::to_string(kMostDirections)},
+      {"--allowance", "E", nullptr,
+       "Makes MOVING thicker by E, or thinner if E is negative, before --pose; --output writes it "
+       "with its own size"},
       {"--pose", "FILE", nullptr,
        "Places MOVING by the matrix in this file first: 12 or 16 numbers, row by row; - for stdin"},
       {"--offset", "X,Y,Z", nullptr, "Moves MOVING by this vector, after --pose"},
@@ -77,6 +82,8 @@ std::vector<OptionRow> OptionRows() {
       {"--solid", nullptr, &SweepOptions::solid,
        "Takes the bodies as solids, which may touch and slide: reports where their insides begin "
        "to overlap"},
+      {"--clearance", "C", nullptr,
+       "Reports the least travel at which the distance between the bodies is at most C"},
       {"--last", nullptr, &SweepOptions::last,
        "Reports the last contact, where the bodies part, in place of the first"},
       {"--patch", nullptr, &SweepOptions::patch,
@@ -150,11 +157,16 @@ Coord3 OffsetOf(const std::string& value) {
   return *offset;
 }
 
-double MaxDistanceOf(const std::string& value) {
-  const auto limit = ParseNumber(value);
-  if (!limit) FailValue("--max-distance", "be a finite number", value);
-  if (*limit < 0.0) FailValue("--max-distance", "be at least 0", value);
-  return *limit;
+double NumberOf(const std::string& name, const std::string& value) {
+  const auto number = ParseNumber(value);
+  if (!number) FailValue(name, "be a finite number", value);
+  return *number;
+}
+
+double NumberFromZero(const std::string& name, const std::string& value) {
+  const double number = NumberOf(name, value);
+  if (number < 0.0) FailValue(name, "be at least 0", value);
+  return number;
 }
 
 std::string OutputFileOf(const std::string& value) {
@@ -198,15 +210,21 @@ void TakeValues(const CLI::App& app, SweepOptions& options) {
   if (const auto value = ValueOf(app, "--sphere")) {
     options.sphereCount = CountOf("--sphere", *value, kMostDirections);
   }
+  if (const auto value = ValueOf(app, "--allowance")) {
+    options.allowance = NumberOf("--allowance", *value);
+  }
   if (const auto value = ValueOf(app, "--pose")) {
     options.poseFile = FileNameOf("--pose", *value, "be a file name or -");
   }
   if (const auto value = ValueOf(app, "--offset")) options.offset = OffsetOf(*value);
+  if (const auto value = ValueOf(app, "--clearance")) {
+    options.clearance = NumberFromZero("--clearance", *value);
+  }
   if (const auto value = ValueOf(app, "--patch-pairs")) {
     options.patchPairs = CountOf("--patch-pairs", *value, kMostPatchPairs);
   }
   if (const auto value = ValueOf(app, "--max-distance")) {
-    options.maxDistance = MaxDistanceOf(*value);
+    options.maxDistance = NumberFromZero("--max-distance", *value);
   }
   if (const auto value = ValueOf(app, "--json")) {
     options.jsonFile = FileNameOf("--json", *value, "be a file name or -");
@@ -231,29 +249,31 @@ std::vector<std::string> DirectionOptions(const CLI::App& app) {
   return given;
 }
 
+void RefuseTogether(const CLI::App& app, const char* option,
+                    std::initializer_list<const char*> others) {
+  for (const char* const other : others) {
+    if (IsGiven(app, option) && IsGiven(app, other)) {
+      FailUsage(std::string(option) + " and " + other +
+                " are both given; expected one of them at most");
+    }
+  }
+}
+
 void RefuseConflicts(const CLI::App& app) {
   const std::vector<std::string> given = DirectionOptions(app);
   if (given.size() > 1) {
     FailUsage(given[0] + " and " + given[1] +
               " are both given; expected one of --direction, --directions and --sphere");
   }
-  if (IsGiven(app, "--quiet") && IsGiven(app, "--verbose")) {
-    FailUsage("--quiet and --verbose are both given; expected one of them at most");
-  }
+  RefuseTogether(app, "--quiet", {"--verbose"});
   for (const char* const name : {"--output", "--patch"}) {
     if (IsGiven(app, name) && !given.empty() && given[0] != "--direction") {
       FailUsage(name + (" cannot be used with " + given[0]) + "; expected --direction");
     }
   }
-  if (IsGiven(app, "--patch") && IsGiven(app, "--last")) {
-    FailUsage("--patch and --last are both given; expected one of them at most");
-  }
-  for (const char* const name : {"--one-sided", "--leaving", "--last", "--patch"}) {
-    if (IsGiven(app, "--solid") && IsGiven(app, name)) {
-      FailUsage(std::string("--solid and ") + name +
-                " are both given; expected one of them at most");
-    }
-  }
+  RefuseTogether(app, "--patch", {"--last"});
+  RefuseTogether(app, "--solid", {"--one-sided", "--leaving", "--last", "--patch"});
+  RefuseTogether(app, "--clearance", {"--leaving", "--solid", "--last", "--patch"});
   if (IsGiven(app, "--patch-pairs") && !IsGiven(app, "--patch")) {
     FailUsage("--patch-pairs is given without --patch; expected both");
   }

@@ -22,11 +22,13 @@ struct SweepOptions {
   gsl_arithmetic::Coord3 direction{0.0, 0.0, 0.0}; ///< not zero; of no use with many directions
   std::string directionsFile;                      ///< empty when not given; "-" is standard input
   std::size_t sphereCount = 0;                     ///< directions of --sphere; 0 when not given
-  std::string poseFile;                            ///< empty when not given; "-" is standard input
+  double allowance = 0.0; ///< by which the moving body is made thicker first
+  std::string poseFile;   ///< empty when not given; "-" is standard input
   gsl_arithmetic::Coord3 offset{0.0, 0.0, 0.0};
   bool oneSided = false;
   bool leaving = false;          ///< may leave what it touches at the start
   bool solid = false;            ///< asks when the interiors of solids begin to overlap
+  double clearance = 0.0;        ///< at least 0; 0 asks for contact
   bool last = false;             ///< asks for the last contact
   bool patch = false;            ///< asks for all pairs of the first contact
   std::size_t patchPairs = 1000; ///< the most pairs that the JSON lists

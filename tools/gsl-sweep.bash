@@ -18,8 +18,8 @@ _gsl_sweep_files() {
 }
 
 _gsl_sweep() {
-  local options="--direction --directions --sphere --pose --offset --one-sided --leaving --solid
-    --last --patch --patch-pairs --max-distance --json --output --format --threads --progress --quiet --verbose --force --help --version"
+  local options="--direction --directions --sphere --allowance --pose --offset --one-sided --leaving
+    --solid --clearance --last --patch --patch-pairs --max-distance --json --output --format --threads --progress --quiet --verbose --force --help --version"
   local current=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]}
   # bash takes the equals sign of --name=value for a word of its own.
   if [[ $current == "=" ]]; then
@@ -34,7 +34,7 @@ _gsl_sweep() {
     --format) _gsl_sweep_words "stl ply obj off" "$current" ;;
     --progress) _gsl_sweep_words "auto plain never" "$current" ;;
     --json | --pose | --directions) _gsl_sweep_files ".*" "$current" ;;
-    --offset | --max-distance | --patch-pairs | --sphere | --threads) ;;
+    --allowance | --clearance | --offset | --max-distance | --patch-pairs | --sphere | --threads) ;;
     *)
       if [[ $current == -* ]]; then
         _gsl_sweep_words "$options -d -h" "$current"

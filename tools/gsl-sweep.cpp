@@ -48,6 +48,7 @@ Question QuestionOf(const SweepOptions& options) {
   question.offset = options.offset;
   question.oneSided = options.oneSided;
   question.rule = RuleOf(options);
+  question.clearance = options.clearance;
   question.maxDistance = options.maxDistance;
   return question;
 }
@@ -88,6 +89,7 @@ struct Part {
 /// All that is asked.
 struct Scene {
   std::optional<gsl_Matrix> pose;
+  std::optional<double> deviation; ///< of a moving body that was grown
   Part moving;
   std::vector<Part> fixed;
 };
@@ -132,11 +134,35 @@ Part ReadPart(const std::string& file, const SweepOptions& options, Display& dis
   return {file, std::move(mesh), body};
 }
 
+/// Makes the body thicker, or thinner, and returns the deviation. A body that is not a solid may
+/// have no outside, so that is warned of.
+double Grow(Part& part, double allowance) {
+  const Solidity solidity = part.body.IsSolid();
+  if (!solidity) {
+    part.mesh.warnings.push_back(Printable(
+        part.mesh.file + ": not a solid: " + solidity.Reason() +
+        "; --allowance moves each triangle to the side that it faces, which may be inwards"));
+  }
+  double deviation = 0.0;
+  try {
+    part.body = part.body.Grown(allowance, &deviation);
+  } catch (const std::invalid_argument& error) {
+    throw MeshError(part.mesh.file + ": " + error.what() +
+                    "; expected an --allowance that is closer to 0");
+  }
+  return deviation;
+}
+
 Scene ReadScene(const SweepOptions& options, Display& display) {
   std::optional<gsl_Matrix> pose;
   if (!options.poseFile.empty()) pose = ReadPose(options.poseFile);
-  Scene scene{pose, ReadPart(options.movingFile, options, display), {}};
+  Scene scene{pose, std::nullopt, ReadPart(options.movingFile, options, display), {}};
   Part& moving = scene.moving;
+  if (options.allowance != 0.0) {
+    display.Begin("Growing " + NameOfInput(moving.file), "allowance");
+    scene.deviation = Grow(moving, options.allowance);
+    display.End("allowance");
+  }
   if (pose) {
     display.Begin("Placing " + NameOfInput(moving.file), "pose");
     moving.body = PosedBody(moving.body, *pose, moving.mesh.file);
@@ -219,30 +245,36 @@ void ShowWarnings(const SweepOptions& options, const std::vector<std::string>& w
   }
 }
 
-/// Refuses a body that --solid cannot take. A pose can turn a body inside out, or make it flat.
-void RequireSolid(const Part& part, bool isPosed) {
+/// Refuses a body that --solid cannot take. `changes` names the options that changed it, if any: a
+/// pose can turn a body inside out, or make it flat.
+void RequireSolid(const Part& part, const std::string& changes) {
   const Solidity solidity = part.body.IsSolid();
   if (solidity) return;
-  const bool wasSolid = isPosed && Body(ViewOf(part.mesh)).IsSolid();
-  throw MeshError(part.mesh.file + ": not a solid" + (wasSolid ? " after --pose" : "") + ": " +
+  const bool wasSolid = !changes.empty() && Body(ViewOf(part.mesh)).IsSolid();
+  throw MeshError(part.mesh.file + ": not a solid" + (wasSolid ? " after " + changes : "") + ": " +
                   solidity.Reason() +
                   "; --solid expects a closed surface whose triangles face outwards");
 }
 
 void RequireSolids(const Scene& scene) {
-  RequireSolid(scene.moving, scene.pose.has_value());
+  std::string changes = scene.deviation ? "--allowance" : "";
+  if (scene.pose) changes += changes.empty() ? "--pose" : " and --pose";
+  RequireSolid(scene.moving, changes);
   for (const Part& part : scene.fixed)
-    RequireSolid(part, false);
+    RequireSolid(part, {});
 }
 
 /// Writes down everything but the answers.
 void Describe(const SweepOptions& options, const Scene& scene, SceneReport& report) {
   report.movingFile = options.movingFile;
+  report.allowance = options.allowance;
+  report.deviation = scene.deviation.value_or(0.0);
   report.pose = scene.pose;
   report.offset = options.offset;
   report.maxDistance = options.maxDistance;
   report.oneSided = options.oneSided;
   report.rule = RuleOf(options);
+  report.clearance = options.clearance;
   report.last = options.last;
   report.toolVersion = GSL_VERSION;
   report.moving = CountsOf(scene.moving.body);
@@ -429,6 +461,7 @@ ExitStatus AnswerLines(const SweepOptions& options, InputText& lines, const Scen
     return warnings;
   };
   output.progress = [&](double part) { display.Update(part); };
+  output.deviation = scene.deviation;
   // A person who types the lines sees no progress in them.
   if (lines.Size() > 0) {
     display.Begin("Searching", "search");

@@ -90,6 +90,30 @@ TEST(BigNatural, AgreesWithWholeNumbers) {
     const Wide difference = shifted > b ? shifted - b : b - shifted;
     ExpectSame(BigNatural::Difference(Of(a, up), Of(b)), Of(difference));
     EXPECT_EQ(BigNatural::Compare(Of(a), Of(b)), a < b ? -1 : a > b ? 1 : 0);
+    // The higher number may be on either side.
+    ExpectSame(BigNatural::Plus(Of(b), Of(a, up)), Of(shifted + b));
+    ExpectSame(BigNatural::Difference(Of(b), Of(a, up)), Of(difference));
+    EXPECT_EQ(BigNatural::Compare(Of(a, up), Of(b)), shifted < b ? -1 : shifted > b ? 1 : 0);
+    EXPECT_EQ(BigNatural::Compare(Of(b), Of(a, up)), shifted < b ? 1 : shifted > b ? -1 : 0);
+  }
+}
+
+TEST(BigNatural, SumsOfNumbersFarApartGoBack) {
+  std::mt19937_64 random(4);
+  const auto draw = [&] {
+    const BigNatural high = Of(random(), 64);
+    return BigNatural::Plus(high, Of(random() >> (random() % 64)))
+        .Scaled(static_cast<int>(random() % 300));
+  };
+  for (int round = 0; round < 2000; ++round) {
+    const BigNatural a = draw();
+    const BigNatural b = draw();
+    const BigNatural sum = BigNatural::Plus(a, b);
+    ExpectLess(a, sum);
+    ExpectSame(sum, BigNatural::Plus(b, a));
+    ExpectSame(BigNatural::Difference(sum, b), a);
+    ExpectSame(BigNatural::Difference(b, sum), a);
+    ExpectLess(sum, BigNatural::Plus(sum, BigNatural(1.0, -40)));
   }
 }
 

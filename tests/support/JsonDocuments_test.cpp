@@ -18,9 +18,9 @@ using testing::Ne;
 Json Contact() {
   return Json::parse(R"({
     "schema_version": 2, "tool_version": "0.1.0",
-    "question": {"pose": null, "offset": [0.0, 0.0, 0.0], "max_distance": null, "one_sided": false,
-                 "rule": "touch", "last": false},
-    "status": "contact", "travel": 30.0, "direction": [0.0, 0.0, -1.0],
+    "question": {"allowance": 0.0, "pose": null, "offset": [0.0, 0.0, 0.0], "max_distance": null,
+                 "one_sided": false, "rule": "touch", "clearance": 0.0, "last": false},
+    "status": "contact", "travel": 30.0, "exact": true, "error_bound": 0.0, "direction": [0.0, 0.0, -1.0],
     "kind": "vertex-face", "normal": [0.0, 0.0, 1.0],
     "moving": {"file": "a", "triangles": 9, "skipped": 0, "left_out": 0, "triangle": 1,
                "point": [1.0, 2.0, 3.0]},
@@ -34,7 +34,7 @@ Json Contact() {
 Json None() {
   Json json = Contact();
   json["status"] = "none";
-  for (const char* key : {"travel", "kind", "normal", "fixed_body"})
+  for (const char* key : {"travel", "error_bound", "kind", "normal", "fixed_body"})
     json[key] = nullptr;
   for (const char* body : {"moving", "fixed"}) {
     json[body]["triangle"] = nullptr;
@@ -91,6 +91,29 @@ Json Inside() {
   return json;
 }
 
+/// A travel up to a clearance.
+Json Near() {
+  Json json = Contact();
+  json["question"]["clearance"] = 0.25;
+  json["exact"] = false;
+  json["error_bound"] = 2.8e-14;
+  return json;
+}
+
+Json NeverNear() {
+  Json json = None();
+  json["question"]["clearance"] = 0.25;
+  json["exact"] = false;
+  return json;
+}
+
+/// Makes the answer one for a grown body.
+Json Grown(Json json) {
+  json["question"]["allowance"] = -1e-4;
+  json["growing"] = {{"exact", false}, {"deviation", 0.0}};
+  return json;
+}
+
 /// A matrix as the question shows it.
 Json Pose(std::size_t rows, std::size_t columns) {
   return Json(std::vector<std::vector<double>>(rows, std::vector<double>(columns, 0.5)));
@@ -119,8 +142,8 @@ Json Member(const Json& answer) {
 Json Sphere() {
   Json json = Json::parse(R"({
     "schema_version": 2, "tool_version": "0.1.0",
-    "question": {"pose": null, "offset": [0.0, 0.0, 0.0], "max_distance": null,
-                 "one_sided": false, "rule": "not-leaving", "last": true},
+    "question": {"allowance": 0.0, "pose": null, "offset": [0.0, 0.0, 0.0], "max_distance": null,
+                 "one_sided": false, "rule": "not-leaving", "clearance": 0.0, "last": true},
     "directions": 2, "free": 1, "contact": 1, "start": 0, "least": 0, "greatest": 0,
     "moving": {"file": "a", "triangles": 9, "skipped": 0},
     "fixed_bodies": [{"file": "-", "triangles": 9, "skipped": 0}],
@@ -134,6 +157,15 @@ Json SphereOfSolids() {
   json["question"]["rule"] = "solid";
   json["question"]["last"] = false;
   json["answers"] = {Member(Solids()), Member(Inside())};
+  return json;
+}
+
+Json SphereOfClearance() {
+  Json json = Sphere();
+  json["question"]["rule"] = "touch";
+  json["question"]["last"] = false;
+  json["question"]["clearance"] = 0.25;
+  json["answers"] = {Member(Near()), Member(NeverNear())};
   return json;
 }
 
@@ -180,6 +212,15 @@ TEST(JsonDocuments, OutputOfTheProgramIsValid) {
                                        Line(Solids()),
                                        Line(Inside()),
                                        SphereOfSolids(),
+                                       Near(),
+                                       NeverNear(),
+                                       Line(Near()),
+                                       SphereOfClearance(),
+                                       Grown(Contact()),
+                                       Grown(Near()),
+                                       Grown(Solids()),
+                                       Grown(Sphere()),
+                                       Line(Grown(None())),
                                        With(Contact(), "/warnings", Json::array({"one", "two"})),
                                        Line(Contact()),
                                        Line(None()),
@@ -227,6 +268,15 @@ TEST(JsonDocuments, KeysTooFewOrTooManyAreNoticed) {
                  With(Sphere(), "/status", "none"),
                  With(Sphere(), "/moving/left_out", 0),
                  With(Sphere(), "/answers/1/line", 1),
+                 Without(Contact(), "/exact"),
+                 Without(Contact(), "/error_bound"),
+                 Without(Contact(), "/question/allowance"),
+                 Without(Contact(), "/question/clearance"),
+                 Without(Grown(Contact()), "/growing"),
+                 Without(Grown(Contact()), "/growing/exact"),
+                 Without(Grown(Contact()), "/growing/deviation"),
+                 With(Grown(Contact()), "/growing/by", 1.0),
+                 Without(Grown(Sphere()), "/growing"),
                  Without(Solids(), "/overlaps_at_start"),
                  With(Contact(), "/overlaps_at_start", false),
                  Without(Line(Inside()), "/overlaps_at_start"),
@@ -249,6 +299,13 @@ TEST(JsonDocuments, WrongValuesAreNoticed) {
                  With(Contact(), "/question/max_distance", -1.0),
                  With(Contact(), "/question/rule", "leaving"),
                  With(Contact(), "/question/last", 1),
+                 With(Contact(), "/exact", 1),
+                 With(Near(), "/error_bound", -1.0),
+                 With(Near(), "/question/clearance", -0.25),
+                 With(Near(), "/question/clearance", nullptr),
+                 With(Grown(Contact()), "/question/allowance", nullptr),
+                 With(Grown(Contact()), "/growing/deviation", -1.0),
+                 With(Grown(Contact()), "/growing/exact", true),
                  With(Solids(), "/overlaps_at_start", nullptr),
                  With(Patch(), "/patch/count", -1),
                  With(Patch(), "/patch/high", Json::array({1.0, 2.0})),
@@ -284,6 +341,23 @@ TEST(JsonDocuments, ValuesThatContradictEachOtherAreNoticed) {
                  With(Sphere(), "/answers/0/moving/point", nullptr),
                  With(Sphere(), "/answers/1/travel", 1.0),
                  With(Start(), "/normal", up),
+                 With(Contact(), "/exact", false),
+                 With(Contact(), "/error_bound", 1e-9),
+                 With(Contact(), "/error_bound", nullptr),
+                 With(None(), "/error_bound", 0.0),
+                 With(Near(), "/exact", true),
+                 With(Near(), "/error_bound", 0.0),
+                 With(Near(), "/error_bound", nullptr),
+                 With(Near(), "/question/clearance", 0.0),
+                 With(Near(), "/question/rule", "not-leaving"),
+                 With(Near(), "/question/last", true),
+                 With(Near(), "/patch", Patch()["patch"]),
+                 With(Line(Near()), "/error_bound", nullptr),
+                 With(SphereOfClearance(), "/answers/1/exact", true),
+                 With(SphereOfClearance(), "/question/clearance", 0.0),
+                 With(SphereOfClearance(), "/question/rule", "not-leaving"),
+                 With(Grown(Contact()), "/question/allowance", 0.0),
+                 With(Grown(Sphere()), "/question/allowance", 0.0),
                  With(Solids(), "/overlaps_at_start", true),
                  With(Solids(), "/patch", Patch()["patch"]),
                  With(Solids(), "/question/one_sided", true),

@@ -68,6 +68,8 @@ TEST(SweepOptions, LeastCommandLineLeavesTheRestAtItsDefaults) {
   EXPECT_FALSE(options.oneSided || options.quiet || options.verbose || options.force);
   EXPECT_FALSE(options.leaving || options.solid || options.last || options.patch);
   EXPECT_EQ(options.patchPairs, 1000u);
+  EXPECT_EQ(options.allowance, 0.0);
+  EXPECT_EQ(options.clearance, 0.0);
   EXPECT_EQ(options.maxDistance, std::numeric_limits<double>::infinity());
   EXPECT_EQ(options.jsonFile, "");
   EXPECT_EQ(options.outputFile, "");
@@ -133,6 +135,40 @@ TEST(SweepOptions, SolidsHaveOneQuestion) {
   EXPECT_EQ(Parse({"a", "b", "c", "--directions", "d", "--solid"}).error, "");
 }
 
+TEST(SweepOptions, ClearanceIsOfTheFirstContact) {
+  for (const std::string other : {"--leaving", "--solid", "--last", "--patch"}) {
+    EXPECT_EQ(ParseMore({other.c_str(), "--clearance", "0.5"}).error,
+              "--clearance and " + other + " are both given; expected one of them at most");
+  }
+  // A clearance of 0 is a clearance that was given.
+  EXPECT_NE(ParseMore({"--solid", "--clearance", "0"}).error, "");
+  EXPECT_EQ(ParseMore({"--clearance", "0.5"}).options.clearance, 0.5);
+  EXPECT_EQ(ParseMore({"--clearance=0"}).error, "");
+  EXPECT_EQ(ParseMore({"--clearance", "1", "--one-sided", "--max-distance", "9"}).error, "");
+  EXPECT_EQ(Parse({"a", "b", "--sphere", "9", "--clearance", "1"}).error, "");
+  EXPECT_EQ(Parse({"a", "b", "--directions", "d", "--clearance", "1"}).error, "");
+}
+
+TEST(SweepOptions, AllowanceGoesWithEveryQuestion) {
+  EXPECT_EQ(ParseMore({"--allowance=-1e-4"}).options.allowance, -1e-4);
+  EXPECT_EQ(ParseMore({"--allowance", "-1e-4"}).options.allowance, -1e-4);
+  EXPECT_EQ(ParseMore({"--allowance", "2"}).options.allowance, 2.0);
+  for (const std::vector<const char*>& others :
+       std::vector<std::vector<const char*>>{{"--solid"},
+                                             {"--leaving"},
+                                             {"--one-sided"},
+                                             {"--last"},
+                                             {"--patch"},
+                                             {"--clearance", "1"},
+                                             {"--output", "o.stl"}}) {
+    std::vector<const char*> all = others;
+    all.push_back("--allowance=-1e-4");
+    EXPECT_EQ(ParseMore(all).error, "") << others[0];
+  }
+  EXPECT_EQ(Parse({"a", "b", "--sphere", "9", "--allowance", "1"}).error, "");
+  EXPECT_EQ(Parse({"a", "b", "--directions", "d", "--allowance", "1"}).error, "");
+}
+
 TEST(SweepOptions, QuietAndVerboseExcludeEachOther) {
   EXPECT_TRUE(ParseMore({"--verbose"}).options.verbose);
   EXPECT_FALSE(ParseMore({"--quiet"}).options.verbose);
@@ -196,6 +232,8 @@ TEST(SweepOptions, EmptyValuesAreRefused) {
             "--direction must be X,Y,Z or an axis such as z or -z" + empty);
   EXPECT_EQ(ParseMore({"--max-distance", ""}).error,
             "--max-distance must be a finite number" + empty);
+  for (const std::string name : {"--clearance", "--allowance"})
+    EXPECT_EQ(ParseMore({name.c_str(), ""}).error, name + " must be a finite number" + empty);
   EXPECT_EQ(ParseMore({"--threads", ""}).error,
             "--threads must be a whole number from 1 to 1024" + empty);
   EXPECT_EQ(ParseMore({"--progress", ""}).error, "--progress must be auto, plain or never" + empty);
@@ -204,9 +242,9 @@ TEST(SweepOptions, EmptyValuesAreRefused) {
 }
 
 TEST(SweepOptions, EmptyValueAfterAnEqualsSignDoesNotTakeTheNextArgument) {
-  for (const char* option :
-       {"--json=", "--output=", "--directions=", "--sphere=", "--pose=", "--offset=",
-        "--max-distance=", "--threads=", "--progress=", "--format="}) {
+  for (const char* option : {"--json=", "--output=", "--directions=", "--sphere=", "--pose=",
+                             "--offset=", "--allowance=", "--clearance=", "--max-distance=",
+                             "--threads=", "--progress=", "--format="}) {
     const std::string name(option, std::string(option).size() - 1);
     EXPECT_EQ(ParseMore({option, "1.stl"}).error, name + " must be followed by a value" + seeHelp);
   }
@@ -215,8 +253,9 @@ TEST(SweepOptions, EmptyValueAfterAnEqualsSignDoesNotTakeTheNextArgument) {
 }
 
 TEST(SweepOptions, OptionAtTheEndWithoutItsValueIsRefused) {
-  for (const char* option : {"--json", "--output", "--directions", "--sphere", "--pose", "--offset",
-                             "--max-distance", "--threads", "--progress", "--direction", "-d"}) {
+  for (const char* option :
+       {"--json", "--output", "--directions", "--sphere", "--pose", "--offset", "--allowance",
+        "--clearance", "--max-distance", "--threads", "--progress", "--direction", "-d"}) {
     EXPECT_EQ(Parse({"a", "b", option}).error,
               std::string(option) + " must be followed by a value" + seeHelp);
   }
@@ -267,6 +306,16 @@ TEST(SweepOptions, WrongValuesAreNamedWithWhatWasExpected) {
             "--max-distance must be a finite number (got far)");
   EXPECT_EQ(ParseMore({"--max-distance", "nan"}).error,
             "--max-distance must be a finite number (got nan)");
+  for (const char* const clearance : {"-3", "-1e-300"}) {
+    EXPECT_EQ(ParseMore({"--clearance", clearance}).error,
+              std::string("--clearance must be at least 0 (got ") + clearance + ")");
+  }
+  for (const std::string name : {"--clearance", "--allowance"}) {
+    for (const std::string value : {"nan", "inf", "-inf", "1e999", "1mm", "1,2", "--solid"}) {
+      EXPECT_EQ(ParseMore({name.c_str(), value.c_str()}).error,
+                name + " must be a finite number (got " + value + ")");
+    }
+  }
   EXPECT_EQ(ParseMore({"--offset", "1,2"}).error,
             "--offset must be three finite numbers X,Y,Z (got 1,2)");
   EXPECT_EQ(ParseMore({"--offset", "inf,0,0"}).error,

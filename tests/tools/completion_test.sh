@@ -52,6 +52,9 @@ expect "-x -y -z x y z" -d ""
 expect "-x -y -z" --direction -
 expect "-z" --direction = -z
 expect "" --threads ""
+expect "" --clearance ""
+expect "" --allowance = ""
+expect "--clearance" --c
 expect "" --offset = ""
 expect "--max-distance" --m
 expect "--offset --one-sided --output" --o

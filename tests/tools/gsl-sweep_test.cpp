@@ -74,8 +74,9 @@ TEST(GslSweep, JsonRepeatsTheQuestionAndNotTheThreads) {
                                                 "--one-sided --threads 2 --json -")
                                       .out);
   EXPECT_EQ(answer["question"],
-            json::parse(R"({"pose": null, "offset": [0.0, 0.0, 5.0], "max_distance": 12.5,
-                            "one_sided": true, "rule": "touch", "last": false})"));
+            json::parse(R"({"allowance": 0.0, "pose": null, "offset": [0.0, 0.0, 5.0],
+                            "max_distance": 12.5, "one_sided": true, "rule": "touch",
+                            "clearance": 0.0, "last": false})"));
   EXPECT_EQ(answer["status"], "none");
   EXPECT_TRUE(answer["normal"].is_null());
   // Each part has triangles that face away.
@@ -83,8 +84,9 @@ TEST(GslSweep, JsonRepeatsTheQuestionAndNotTheThreads) {
   EXPECT_GT(answer["fixed"]["left_out"], 0);
   const json free = json::parse(Sweep(parts + "-d -z --json -").out);
   EXPECT_EQ(free["question"],
-            json::parse(R"({"pose": null, "offset": [0.0, 0.0, 0.0], "max_distance": null,
-                      "one_sided": false, "rule": "touch", "last": false})"));
+            json::parse(R"({"allowance": 0.0, "pose": null, "offset": [0.0, 0.0, 0.0],
+                            "max_distance": null, "one_sided": false, "rule": "touch",
+                            "clearance": 0.0, "last": false})"));
   EXPECT_EQ(free["moving"]["left_out"], 0);
 }
 
@@ -141,7 +143,8 @@ TEST(GslSweep, DocumentsShowEveryQuestion) {
   const std::string guide = BytesOf(questionsGuide);
   const std::string fence = "\n```\n";
   std::size_t count = 0;
-  for (const char* const option : {"--leaving", "--solid", "--last", "--patch"}) {
+  for (const char* const option : {"--leaving", "--solid", "--solid --allowance=-1e-4",
+                                   "--clearance 0.25", "--last", "--patch"}) {
     SCOPED_TRACE(option);
     // A command ends with the option it shows, and what it prints follows it.
     const std::size_t end = guide.find(std::string(" ") + option + fence);
@@ -153,7 +156,7 @@ TEST(GslSweep, DocumentsShowEveryQuestion) {
     EXPECT_EQ(Between(guide.substr(end), "\n```\n\n```\n", "```"), run.out);
     ++count;
   }
-  EXPECT_EQ(count, 4u);
+  EXPECT_EQ(count, 6u);
 }
 
 TEST(GslSweep, DocumentsShowTheSeatedBoltInSixDirections) {
@@ -166,7 +169,9 @@ TEST(GslSweep, DocumentsShowTheSeatedBoltInSixDirections) {
                                            : answer["status"].get<std::string>() + " |";
     };
     const std::string row = "\n| `" + std::string(direction) + "` | " + answered("") + " " +
-                            answered("--leaving") + " " + answered("--solid") + "\n";
+                            answered("--leaving") + " " + answered("--solid") + " " +
+                            answered("--solid --allowance=-1e-4") + " " +
+                            answered("--clearance 0.1") + "\n";
     EXPECT_NE(guide.find(row), guide.npos) << row;
   }
 }
@@ -286,6 +291,234 @@ TEST(GslSweep, BodiesThatAreNotSolidsExitWithThree) {
   const std::string output = folder.Path("moved.stl");
   refusal(hole + " " + floor + " --solid -d -z --output " + output);
   EXPECT_EQ(folder.Names().size(), 5u);
+}
+
+/// Returns the arguments for a cube and a block 3 beside it, whose top is 5 below it.
+std::string CubeAboveABlock(const Folder& folder) {
+  return folder.Write("cube.stl", Box({0, 0, 5}, {1, 1, 6})) + " " +
+         folder.Write("block.stl", Box({4, -9, -9}, {9, 9, 0})) + " ";
+}
+
+TEST(GslSweep, ClearanceIsADistance) {
+  const Folder folder;
+  const std::string both = CubeAboveABlock(folder);
+  // Edges 3 apart across the direction are 5 apart when they are 4 apart along it.
+  const Outcome run = Sweep(both + "-d -z --clearance 5");
+  EXPECT_EQ(run.status, 0);
+  EXPECT_EQ(run.err, "");
+  EXPECT_EQ(FirstLine(run.out), "Within 5 after 1 along (0, 0, -1): vertex to edge.");
+  EXPECT_NE(
+      run.out.find("\n  error   not exact: the travel and each coordinate are off by at most "),
+      std::string::npos);
+  const json answer = json::parse(Sweep(both + "-d -z --clearance 5 --json -").out);
+  EXPECT_EQ(answer["question"]["clearance"], 5.0);
+  EXPECT_EQ(answer["question"]["rule"], "touch");
+  EXPECT_EQ(answer["status"], "contact");
+  EXPECT_EQ(answer["exact"], false);
+  // Four units in the last place of 9.
+  EXPECT_EQ(answer["error_bound"], 0x1p-47);
+  EXPECT_NEAR(answer["travel"].get<double>(), 1.0, 0x1p-47);
+  EXPECT_EQ(answer["moving"]["point"][0], 1.0);
+  EXPECT_EQ(answer["moving"]["point"][2], 5.0);
+  EXPECT_EQ(answer["fixed"]["point"][0], 4.0);
+  EXPECT_EQ(answer["fixed"]["point"][2], 0.0);
+  EXPECT_EQ(Sweep(both + "-d -z --clearance 5 --max-distance 0.5").status, 1);
+  // Past the block they are 3 apart, and before any travel the square root of 34.
+  EXPECT_EQ(Sweep(both + "-d -z --clearance 3").status, 0);
+  const Outcome never = Sweep(both + "-d -z --clearance 2.75");
+  EXPECT_EQ(never.status, 1);
+  EXPECT_EQ(FirstLine(never.out), "Not within 2.75 along (0, 0, -1).");
+  const json start = json::parse(Sweep(both + "-d z --clearance 5.84 --json -").out);
+  EXPECT_EQ(start["status"], "start");
+  EXPECT_EQ(start["travel"], 0.0);
+  EXPECT_EQ(Sweep(both + "-d z --clearance 5.83").status, 1);
+}
+
+TEST(GslSweep, ClearanceIsAskedInEveryWay) {
+  const Folder folder;
+  const std::string both = CubeAboveABlock(folder);
+  const std::string high = folder.Write("high.stl", Box({-9, -9, -3}, {9, 9, 1}));
+  const std::string question = both + high + " --clearance 0.5 ";
+  const std::string moved = folder.Path("moved.ply");
+  const json answer =
+      json::parse(Sweep(question + "-d -z --offset 0,0,2 --json - --output " + moved).out);
+  EXPECT_EQ(answer["travel"], 5.5);
+  EXPECT_EQ(answer["fixed"]["file"], high);
+  EXPECT_EQ(json::parse(Sweep(moved + " " + high + " -d -z --json -").out)["travel"], 0.5);
+  const std::vector<json> lines =
+      LinesOf(Shell("printf '%s\\n' -z z | $SWEEP " + question + "--directions -").out);
+  ASSERT_EQ(lines.size(), 2u);
+  EXPECT_EQ(lines[0]["travel"], 3.5);
+  EXPECT_EQ(lines[0]["exact"], false);
+  EXPECT_EQ(lines[1]["status"], "none");
+  EXPECT_TRUE(lines[1]["error_bound"].is_null());
+  const json sphere = json::parse(Sweep(question + "--sphere 9 --json -").out);
+  EXPECT_EQ(sphere["question"]["clearance"], 0.5);
+  EXPECT_EQ(sphere["answers"][0]["exact"], false);
+  EXPECT_GT(sphere["contact"], 0);
+  EXPECT_NE(
+      Sweep(question + "--sphere 9").out.find(" within 0.5 after a travel, 0 within 0.5 from"),
+      std::string::npos);
+  // The top alone faces up, and a clearance of 0 asks for contact.
+  EXPECT_EQ(Sweep(question + "--one-sided -d -z").out, Sweep(question + "-d -z").out);
+  EXPECT_EQ(Sweep(both + high + " -d -z --clearance 0 --json -").out,
+            Sweep(both + high + " -d -z --json -").out);
+  EXPECT_EQ(Sweep(question + "-d 1,2,-3 --threads 1 --json -").out,
+            Sweep(question + "-d 1,2,-3 --threads 3 --json -").out);
+}
+
+TEST(GslSweep, AllowanceGrowsTheMovingBodyFirst) {
+  const Folder folder;
+  const std::string cube = folder.Write("cube.stl", Box({0, 0, 5}, {1, 1, 6}));
+  const std::string floor = folder.Write("floor.stl", Box({-9, -9, -1}, {9, 9, 0}));
+  const std::string question = cube + " " + floor + " -d -z ";
+  const json thicker = json::parse(Sweep(question + "--allowance 0.25 --json -").out);
+  EXPECT_EQ(thicker["travel"], 4.75);
+  EXPECT_EQ(thicker["moving"]["point"][2], 4.75);
+  EXPECT_EQ(thicker["question"]["allowance"], 0.25);
+  EXPECT_EQ(thicker["growing"], json::parse(R"({"exact": false, "deviation": 0.0})"));
+  EXPECT_EQ(thicker["exact"], true);
+  EXPECT_EQ(thicker["warnings"], json::array());
+  const Outcome thinner = Sweep(question + "--allowance -0.25");
+  EXPECT_EQ(thinner.status, 0);
+  EXPECT_EQ(FirstLine(thinner.out).substr(0, 33), "Contact after 5.25 along (0, 0, -");
+  EXPECT_NE(thinner.out.find("\n  grown   " + cube +
+                             " by -0.25, not exactly: planes are off by at most 0; the answer for "
+                             "the grown body is exact\n"),
+            std::string::npos)
+      << thinner.out;
+  // A pose scales the allowance as it scales the body.
+  const std::string twice = folder.Write("twice.txt", std::string("2 0 0 0 0 2 0 0 0 0 2 0"));
+  const std::string posed = "--allowance 0.25 --offset 0,0,1 --quiet --json - --pose " + twice;
+  EXPECT_EQ(json::parse(Sweep(question + posed).out)["travel"], 10.5);
+  const std::string mirror = folder.Write("mirror", std::string("-1 0 0 0  0 1 0 0  0 0 1 0"));
+  const std::string mirrored = "--allowance 0.25 --quiet --json - --pose " + mirror;
+  EXPECT_EQ(json::parse(Sweep(question + mirrored).out)["travel"], 4.75);
+  EXPECT_EQ(Sweep(question + "--allowance 0 --json -").out, Sweep(question + "--json -").out);
+}
+
+TEST(GslSweep, AllowanceGoesWithEveryQuestion) {
+  const Folder folder;
+  const std::string cube = folder.Write("cube.stl", Box({0, 0, 5}, {1, 1, 6}));
+  const std::string floor = folder.Write("floor.stl", Box({-9, -9, -1}, {9, 9, 0}));
+  const std::string grown = cube + " " + floor + " --allowance 0.25 ";
+  const auto travel = [&](const std::string& rest) {
+    const json answer = json::parse(Sweep(grown + rest + " --json -").out);
+    EXPECT_EQ(answer["growing"]["deviation"], 0.0) << rest;
+    return answer["travel"].get<double>();
+  };
+  for (const std::string rule : {"--solid", "--leaving", "--one-sided", "--patch"})
+    EXPECT_EQ(travel("-d -z " + rule), 4.75) << rule;
+  EXPECT_EQ(travel("-d -z --last"), 7.25);
+  EXPECT_EQ(travel("-d -z --clearance 0.5"), 4.25);
+  const std::vector<json> lines =
+      LinesOf(Shell("echo -z | $SWEEP " + grown + "--directions -").out);
+  ASSERT_EQ(lines.size(), 1u);
+  EXPECT_EQ(lines[0]["travel"], 4.75);
+  EXPECT_EQ(lines[0]["growing"], json::parse(R"({"exact": false, "deviation": 0.0})"));
+  const json sphere = json::parse(Sweep(grown + "--sphere 9 --json -").out);
+  EXPECT_EQ(sphere["growing"]["deviation"], 0.0);
+  EXPECT_FALSE(sphere["answers"][0].contains("growing"));
+  // The body that is written has its own size.
+  const std::string moved = folder.Path("moved.ply");
+  EXPECT_EQ(Sweep(grown + "-d -z --output " + moved).status, 0);
+  EXPECT_EQ(json::parse(Sweep(moved + " " + floor + " -d -z --json -").out)["travel"], 0.25);
+  EXPECT_EQ(json::parse(Sweep(moved + " " + floor + " -d -z --last --json -").out)["travel"], 2.25);
+}
+
+TEST(GslSweep, AllowanceThatTurnsTrianglesOverExitsWithThree) {
+  const Folder folder;
+  const std::string thin = folder.Write("thin.stl", Box({0, 0, 5}, {4, 4, 5.5}));
+  const std::string floor = folder.Write("floor.stl", Box({-9, -9, -1}, {9, 9, 0}));
+  const std::string output = folder.Path("moved.stl");
+  const std::string question = thin + " " + floor + " -d -z --output " + output;
+  const Outcome refused = Sweep(question + " --allowance=-0.25");
+  EXPECT_EQ(refused.status, 3);
+  EXPECT_EQ(refused.out, "");
+  EXPECT_EQ(LineCount(refused.err), 1u);
+  EXPECT_EQ(refused.err.find("gsl-sweep: " + thin + ": triangle "), 0u) << refused.err;
+  const std::string end = " when the body grows by -0.25; expected an --allowance that is closer "
+                          "to 0\n";
+  EXPECT_NE(refused.err.find(end), std::string::npos) << refused.err;
+  EXPECT_EQ(Sweep(question + " --allowance=-1e308").status, 3);
+  EXPECT_EQ(folder.Names().size(), 2u);
+  EXPECT_EQ(Sweep(question + " --allowance=-0.24").status, 0);
+}
+
+constexpr const char* kNoTurn = "1 0 0 0 0 1 0 0 0 0 1 0\n";
+
+TEST(GslSweep, SolidThatAnAllowanceTurnsInsideOutIsRefused) {
+  const Folder folder;
+  // A box with a cavity, whose walls are 1 thick: the cavity becomes larger than the box.
+  gsl_mesh::Mesh hollow = Box({0, 0, 5}, {9, 9, 14});
+  gsl_mesh::Mesh cavity = Box({1, 1, 6}, {8, 8, 13});
+  std::reverse(cavity.corners.begin(), cavity.corners.end());
+  Append(hollow, cavity);
+  const std::string file = folder.Write("hollow.stl", hollow);
+  const std::string floor = folder.Write("floor.stl", Box({-9, -9, -1}, {9, 9, 0}));
+  const std::string question = file + " " + floor + " -d -z --solid ";
+  EXPECT_EQ(Sweep(question + "--allowance=-0.25").status, 0);
+  const Outcome refused = Sweep(question + "--allowance=-0.75");
+  EXPECT_EQ(refused.status, 3);
+  EXPECT_EQ(LineCount(refused.err), 1u);
+  EXPECT_EQ(refused.err.find("gsl-sweep: " + file + ": not a solid after --allowance: "), 0u)
+      << refused.err;
+  const std::string pose = folder.Write("pose", std::string(kNoTurn));
+  EXPECT_EQ(Sweep(question + "--allowance=-0.75 --pose " + pose)
+                .err.find("gsl-sweep: " + file + ": not a solid after --allowance and --pose: "),
+            0u);
+}
+
+TEST(GslSweep, AllowanceOfABodyWithoutAnOutsideIsWarnedOf) {
+  const Folder folder;
+  gsl_mesh::Mesh open = Box({0, 0, 5}, {1, 1, 6});
+  open.corners.resize(33);
+  const std::string sheet = folder.Write("sheet.ply", open);
+  const std::string floor = folder.Write("floor.stl", Box({-9, -9, -1}, {9, 9, 0}));
+  const std::string question = sheet + " " + floor + " --allowance 0.25 -d -z";
+  const json answer = json::parse(Sweep(question + " --json -").out);
+  EXPECT_EQ(answer["travel"], 4.75);
+  ASSERT_EQ(answer["warnings"].size(), 1u);
+  const std::string warning = answer["warnings"][0];
+  EXPECT_EQ(warning.find(sheet + ": not a solid: open edge: "), 0u) << warning;
+  EXPECT_NE(warning.find("; --allowance moves each triangle to the side that it faces"),
+            std::string::npos);
+  EXPECT_EQ(Sweep(question + " --quiet").err, "");
+  const Outcome solid = Sweep(question + " --solid");
+  EXPECT_EQ(solid.status, 3);
+  EXPECT_EQ(solid.err.find("gsl-sweep: " + sheet + ": not a solid: open edge: "), 0u);
+}
+
+/// Returns the mesh after a turn about x by a right-angled triangle of sides 3, 4, 5, and then
+/// about z by one of 5, 12, 13.
+gsl_mesh::Mesh Turned(gsl_mesh::Mesh mesh) {
+  for (Coord3& p : mesh.corners) {
+    p = {p.x, (3.0 * p.y - 4.0 * p.z) / 5.0, (4.0 * p.y + 3.0 * p.z) / 5.0};
+    p = {(5.0 * p.x - 12.0 * p.y) / 13.0, (12.0 * p.x + 5.0 * p.y) / 13.0, p.z};
+  }
+  return mesh;
+}
+
+TEST(GslSweep, PartsThatInterfereByRoundingComeFreeWithAnAllowance) {
+  const Folder folder;
+  // The peg fills the hole. In single precision their walls are not quite in one plane.
+  const std::string peg = folder.Write("peg.stl", Turned(Box({-1, -1, -3}, {1, 1, 2})));
+  const std::string plate = folder.Write("plate.stl", Turned(PlateWithHole(4, 1, -1, 0.5)));
+  const std::string question = peg + " " + plate + " --solid --json - -d ";
+  for (const std::string along : {"48,-20,39", "-48,20,-39"}) { // the axis of the hole
+    const json stuck = json::parse(Sweep(question + along).out);
+    EXPECT_EQ(stuck["status"], "start");
+    const Outcome free = Sweep(question + along + " --allowance=-1e-4");
+    EXPECT_EQ(free.status, 1);
+    EXPECT_EQ(json::parse(free.out)["status"], "none");
+    EXPECT_LT(json::parse(free.out)["growing"]["deviation"], 1e-6);
+  }
+  const json aside = json::parse(Sweep(question + "5,12,0 --allowance=-1e-4").out);
+  EXPECT_NEAR(aside["travel"].get<double>(), 1e-4, 1e-6);
+  // The bolt of the examples is pressed into the bracket by a rounding.
+  const std::string pressed = parts + "--offset 0,0,-30.00001 --solid -d z";
+  EXPECT_EQ(Sweep(pressed).status, 0);
+  EXPECT_EQ(Sweep(pressed + " --allowance=-1e-4").status, 1);
 }
 
 TEST(GslSweep, LastContactIsAfterTheFirst) {
@@ -720,6 +953,15 @@ TEST(GslSweep, WrongUsageExitsWithTwoAndOneLine) {
         parts + "--direction -z --patch-pairs 9",
         parts + "--direction -z --solid --last",
         parts + "--direction -z --solid --one-sided",
+        parts + "--direction -z --clearance -1",
+        parts + "--direction -z --clearance nan",
+        parts + "--direction -z --clearance ''",
+        parts + "--direction -z --clearance 1 --solid",
+        parts + "--direction -z --clearance 1 --last",
+        parts + "--direction -z --clearance 1 --patch",
+        parts + "--direction -z --clearance 1 --leaving",
+        parts + "--direction -z --allowance inf",
+        parts + "--direction -z --allowance ''",
         parts + "--direction -z --patch --patch-pairs 0",
         parts + "--direction -z --patch --patch-pairs 1000001",
         parts + "--directions d.txt --json -",
@@ -751,7 +993,7 @@ TEST(GslSweep, DocumentsNameEveryOptionOfTheHelp) {
     names.insert(
         help.substr(begin, help.find_first_not_of("abcdefghijklmnopqrstuvwxyz-", begin) - begin));
   }
-  EXPECT_EQ(names.size(), 22u);
+  EXPECT_EQ(names.size(), 24u);
   for (const std::string& name : names)
     EXPECT_NE(guide.find("`" + name), std::string::npos) << name;
 }
@@ -798,8 +1040,6 @@ std::vector<std::string> StagesOf(const std::string& err) {
   return names;
 }
 
-constexpr const char* kNoTurn = "1 0 0 0 0 1 0 0 0 0 1 0\n";
-
 TEST(GslSweep, VerboseShowsEachStage) {
   const Folder folder;
   const std::string moved = folder.Path("moved.stl");
@@ -815,9 +1055,11 @@ TEST(GslSweep, VerboseShowsEachStage) {
   EXPECT_EQ(
       StagesOf(Shell("echo z | $SWEEP " + parts + "--verbose --directions -").err),
       (std::vector<std::string>{"read " + bolt, "read " + bracket, "prepare", "search", "write"}));
-  EXPECT_EQ(StagesOf(Sweep(parts + "-d -z --verbose --pose " + folder.Write("p.txt", kNoTurn)).err),
-            (std::vector<std::string>{"read " + bolt, "pose", "read " + bracket, "prepare",
-                                      "search", "write"}));
+  EXPECT_EQ(StagesOf(Sweep(parts + "-d -z --verbose --allowance=-1e-4 --pose " +
+                           folder.Write("p.txt", kNoTurn))
+                         .err),
+            (std::vector<std::string>{"read " + bolt, "allowance", "pose", "read " + bracket,
+                                      "prepare", "search", "write"}));
   EXPECT_EQ(Sweep(parts + "-d -z --verbose --quiet").status, 2);
 }
 

@@ -55,11 +55,13 @@ Json PoseAsJson(const std::optional<gsl_Matrix>& pose) {
 
 Json QuestionAsJson(const SceneReport& report) {
   Json json;
+  json["allowance"] = report.allowance;
   json["pose"] = PoseAsJson(report.pose);
   json["offset"] = JsonOf(report.offset);
   json["max_distance"] = std::isfinite(report.maxDistance) ? Json(report.maxDistance) : Json();
   json["one_sided"] = report.oneSided;
   json["rule"] = RuleName(report.rule);
+  json["clearance"] = report.clearance;
   json["last"] = report.last;
   return json;
 }
@@ -87,6 +89,8 @@ Json AnswerAsJson(const Answer& answer, gsl_sweep::Rule rule) {
   Json json;
   json["status"] = StatusName(answer.status);
   json["travel"] = touches ? Json(answer.contact.travel) : Json();
+  json["exact"] = answer.isExact;
+  json["error_bound"] = touches ? Json(answer.errorBound) : Json();
   json["direction"] = JsonOf(answer.unitDirection);
   AddContact(json, answer.contact, touches);
   if (rule == gsl_sweep::Rule::Solid) {
@@ -110,11 +114,19 @@ Json PatchAsJson(const PatchReport& patch) {
   return json;
 }
 
+Json GrowingAsJson(double deviation) {
+  Json json;
+  json["exact"] = false;
+  json["deviation"] = deviation;
+  return json;
+}
+
 Json SceneAsJson(const SceneReport& report) {
   Json json;
   json["schema_version"] = kSchemaVersion;
   json["tool_version"] = report.toolVersion;
   json["question"] = QuestionAsJson(report);
+  if (report.allowance != 0.0) json["growing"] = GrowingAsJson(report.deviation);
   return json;
 }
 

@@ -81,7 +81,7 @@ private:
       return;
     }
     if (Touches(answer)) ++tally.touching;
-    output.write(AnswerAsJsonLine(line, answer, m_rule, output.warn(answer)));
+    output.write(AnswerAsJsonLine(line, answer, m_rule, output.deviation, output.warn(answer)));
   }
 
   const DirectionLine* m_lines;
@@ -134,10 +134,12 @@ void DirectionLines::TakeLine(std::vector<DirectionLine>& lines) {
 }
 
 std::string AnswerAsJsonLine(std::size_t line, const Answer& answer, gsl_sweep::Rule rule,
+                             std::optional<double> deviation,
                              const std::vector<std::string>& warnings) {
   Json json;
   json["line"] = line;
   json.update(AnswerAsJson(answer, rule));
+  if (deviation) json["growing"] = GrowingAsJson(*deviation);
   json["warnings"] = warnings;
   return LineText(json);
 }

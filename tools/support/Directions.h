@@ -6,6 +6,7 @@
 
 #include <cstddef>
 #include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -39,8 +40,10 @@ private:
 };
 
 /// Returns a JSON document in one line, ended by a newline; docs/gsl-sweep.md describes it.
+/// `deviation` is that of a moving body that was grown by an allowance.
 std::string AnswerAsJsonLine(std::size_t line, const gsl_sweep::Answer& answer,
-                             gsl_sweep::Rule rule, const std::vector<std::string>& warnings);
+                             gsl_sweep::Rule rule, std::optional<double> deviation,
+                             const std::vector<std::string>& warnings);
 std::string ErrorAsJsonLine(std::size_t line, const std::string& error);
 
 /// What became of the lines.
@@ -52,11 +55,12 @@ struct DirectionTally {
   std::size_t firstBeyond = 0; ///< number of the first of them
 };
 
-/// What AnswerDirections calls.
+/// What AnswerDirections calls, and what each answer says of the moving body.
 struct DirectionOutput {
   std::function<void(const std::string&)> write; ///< takes one line of JSON with its newline
   std::function<std::vector<std::string>(const gsl_sweep::Answer&)> warn; ///< of one answer
   std::function<void(double)> progress; ///< takes the part that is done, of a file only
+  std::optional<double> deviation;      ///< where the moving body was grown by an allowance
 };
 
 /// Answers the questions in parallel, as gsl_sweep::Pair::First and Last do.

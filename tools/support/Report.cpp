@@ -53,12 +53,13 @@ Json FixedBodiesAsJson(const SceneReport& report) {
   return bodies;
 }
 
-/// Returns the names of the features for a sentence, the moving body's feature first.
-std::string KindInWords(ContactKind kind) {
+/// Returns the names of the features for a sentence, the moving body's feature first. `relation`
+/// is between them.
+std::string KindInWords(ContactKind kind, const char* relation) {
   if (kind == ContactKind::Overlap) return "they share a point";
   if (kind == ContactKind::Inside) return "one is inside the other";
   std::string words = KindName(kind);
-  words.replace(words.find('-'), 1, " on ");
+  words.replace(words.find('-'), 1, relation);
   return words;
 }
 
@@ -87,16 +88,32 @@ std::string StartInWords(const SweepReport& report) {
                       : " (the solids overlap at every small positive travel)");
 }
 
+/// Returns the line about the travel at which the bodies are as near as the clearance.
+std::string ClearanceLine(const SweepReport& report) {
+  const Answer& answer = report.answer;
+  const std::string within = "ithin " + NumberText(report.clearance);
+  const std::string along = " along " + VectorText(answer.unitDirection);
+  const std::string kind = ": " + KindInWords(answer.contact.kind, " to ") + ".\n";
+  if (answer.status == SweepStatus::Start) return "W" + within + " from the start" + kind;
+  if (answer.status == SweepStatus::Contact) {
+    return "W" + within + " after " + NumberText(answer.contact.travel) + along + kind;
+  }
+  const bool limited = std::isfinite(report.maxDistance);
+  return "Not w" + within + along +
+         (limited ? " up to a travel of " + NumberText(report.maxDistance) : "") + ".\n";
+}
+
 std::string FirstLine(const SweepReport& report) {
+  if (report.clearance > 0.0) return ClearanceLine(report);
   const Answer& answer = report.answer;
   const std::string along = " along " + VectorText(answer.unitDirection);
   switch (answer.status) {
   case SweepStatus::Contact:
     return (report.last ? "Last contact after " : "Contact after ") +
-           NumberText(answer.contact.travel) + along + ": " + KindInWords(answer.contact.kind) +
-           ".\n";
+           NumberText(answer.contact.travel) + along + ": " +
+           KindInWords(answer.contact.kind, " on ") + ".\n";
   case SweepStatus::Start:
-    return StartInWords(report) + ": " + KindInWords(answer.contact.kind) + ".\n";
+    return StartInWords(report) + ": " + KindInWords(answer.contact.kind, " on ") + ".\n";
   case SweepStatus::None:
   case SweepStatus::Cancelled:
     break;
@@ -159,9 +176,24 @@ std::string BodiesAsText(const SceneReport& report) {
   return text;
 }
 
+std::string ErrorsAsText(const SceneReport& report, double errorBound) {
+  std::string text;
+  if (errorBound > 0.0) {
+    text += "  error   not exact: the travel and each coordinate are off by at most " +
+            NumberText(errorBound) + "\n";
+  }
+  if (report.allowance != 0.0) {
+    text += "  grown   " + NameInText(report.movingFile) + " by " + NumberText(report.allowance) +
+            ", not exactly: planes are off by at most " + NumberText(report.deviation) +
+            (report.clearance > 0.0 ? "\n" : "; the answer for the grown body is exact\n");
+  }
+  return text;
+}
+
 std::string ReportAsText(const SweepReport& report) {
   const Answer& answer = report.answer;
-  if (!Touches(answer)) return FirstLine(report) + BodiesAsText(report);
+  const std::string errors = ErrorsAsText(report, answer.errorBound);
+  if (!Touches(answer)) return FirstLine(report) + BodiesAsText(report) + errors;
   const FixedBody& met = report.fixed.at(answer.contact.fixedBody);
   std::string moving =
       TouchingLine("moving  ", report.movingFile, report.moving, MovingPlace(answer));
@@ -173,7 +205,8 @@ std::string ReportAsText(const SweepReport& report) {
       moving = CountLine("moving  ", report.movingFile, report.moving);
     }
   }
-  return FirstLine(report) + moving + fixed + (report.patch ? PatchLine(*report.patch) : "");
+  return FirstLine(report) + moving + fixed + (report.patch ? PatchLine(*report.patch) : "") +
+         errors;
 }
 
 std::string ReportAsJson(const SweepReport& report) {

@@ -34,11 +34,14 @@ struct FixedBody {
 /// What a report says apart from the answers.
 struct SceneReport {
   std::string movingFile;         ///< as it was given; "-" is standard input
+  double allowance = 0.0;         ///< by which the moving body was grown first
+  double deviation = 0.0;         ///< the greatest by which a plane is off the allowance
   std::optional<gsl_Matrix> pose; ///< where the moving body was placed, before the offset
   Coord3 offset{0.0, 0.0, 0.0};   ///< added to the moving body
   double maxDistance = std::numeric_limits<double>::infinity(); ///< as requested
   bool oneSided = false;
   gsl_sweep::Rule rule = gsl_sweep::Rule::Touch;
+  double clearance = 0.0;  ///< 0 for contact
   bool last = false;       ///< the answers are last contacts
   std::string toolVersion; ///< version of the program that reports
   BodyCounts moving;
@@ -72,8 +75,13 @@ std::string NameInText(const std::string& file);
 /// Returns one line for each body, each ended by a newline.
 std::string BodiesAsText(const SceneReport& report);
 
-/// Returns three lines, each ended by a newline, and one more for a patch. Without a contact each
-/// fixed body has its own line. A body that is around the other has no triangle in its line.
+/// Returns what is not exact, in lines that end with newlines: travels and points that have an
+/// error bound, and an allowance. An empty text means that everything is exact.
+std::string ErrorsAsText(const SceneReport& report, double errorBound);
+
+/// Returns three lines, each ended by a newline, one more for a patch, and those of ErrorsAsText.
+/// Without a contact each fixed body has its own line. A body that is around the other has no
+/// triangle in its line.
 std::string ReportAsText(const SweepReport& report);
 
 /// Returns one strict JSON document, ended by a newline; docs/gsl-sweep.md and

@@ -102,8 +102,8 @@ std::string ResolutionWarning(const gsl_sweep::Answer& answer, Resolution& movin
   Resolution& coarser = moving.Get() >= fixed.Get() ? moving : fixed;
   return "the travel " + NumberText(travel) + " is within the resolution of " + coarser.File() +
          ", " + NumberText(coarser.Get()) +
-         " (the distance between neighbouring coordinates); the bodies may be in contact from the "
-         "start";
+         " (the distance between neighbouring coordinates); the bodies may be " +
+         (answer.isExact ? "in contact" : "within the clearance") + " from the start";
 }
 
 } // namespace gsl_tools

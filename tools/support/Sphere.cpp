@@ -16,6 +16,7 @@ using gsl_sweep::SweepStatus;
 /// What became of the directions.
 struct Tally {
   std::size_t free = 0, contact = 0, start = 0;
+  double errorBound = 0.0;                    ///< the greatest of all
   std::optional<std::size_t> least, greatest; ///< numbers of answers with a travel; ties: the first
 };
 
@@ -25,6 +26,7 @@ Tally TallyOf(const std::vector<Answer>& answers) {
   for (std::size_t k = 0; k < answers.size(); ++k) {
     if (answers[k].status == SweepStatus::Start) ++tally.start;
     if (!Touches(answers[k])) ++tally.free;
+    tally.errorBound = std::max(tally.errorBound, answers[k].errorBound);
     if (answers[k].status != SweepStatus::Contact) continue;
     ++tally.contact;
     if (!tally.least || travel(k) < travel(*tally.least)) tally.least = k;
@@ -77,13 +79,16 @@ std::string SphereAsText(const SphereReport& report) {
   const std::size_t count = report.answers.size();
   const std::string limit =
       std::isfinite(report.maxDistance) ? " within " + NumberText(report.maxDistance) : "";
+  const std::string near =
+      report.clearance > 0.0 ? "within " + NumberText(report.clearance) : std::string();
   std::string text = std::to_string(count) + (count == 1 ? " direction: " : " directions: ") +
                      std::to_string(tally.free) + " free" + limit + ", " +
-                     std::to_string(tally.contact) + " with contact after a travel, " +
-                     std::to_string(tally.start) + " in contact from the start.\n";
+                     std::to_string(tally.contact) + " " + (near.empty() ? "with contact" : near) +
+                     " after a travel, " + std::to_string(tally.start) + " " +
+                     (near.empty() ? "in contact" : near) + " from the start.\n";
   if (tally.least) text += TravelLine("least     ", report, *tally.least);
   if (tally.greatest) text += TravelLine("greatest  ", report, *tally.greatest);
-  return text + BodiesAsText(report);
+  return text + BodiesAsText(report) + ErrorsAsText(report, tally.errorBound);
 }
 
 std::string SphereAsJson(const SphereReport& report) {

@@ -27,19 +27,21 @@ Answer Sample() {
 }
 
 TEST(AnswerJson, HasTheKeysOfAnAnswerInOrder) {
-  EXPECT_EQ(JsonText(AnswerAsJson(Sample(), Rule::Touch), -1),
-            R"({"status":"contact","travel":0.1,"direction":[0.0,0.0,-1.0],"kind":"edge-edge",)"
-            R"("normal":[0.6,0.0,0.8],"moving":{"triangle":7,"point":[1.0,2.0,3.0]},)"
-            R"("fixed":{"triangle":9,"point":[1.0,2.0,2.9]},"fixed_body":2})");
+  EXPECT_EQ(
+      JsonText(AnswerAsJson(Sample(), Rule::Touch), -1),
+      R"({"status":"contact","travel":0.1,"exact":true,"error_bound":0.0,)"
+      R"("direction":[0.0,0.0,-1.0],"kind":"edge-edge","normal":[0.6,0.0,0.8],"moving":{"triangle":7,"point":[1.0,2.0,3.0]},)"
+      R"("fixed":{"triangle":9,"point":[1.0,2.0,2.9]},"fixed_body":2})");
 }
 
 TEST(AnswerJson, IsNullWhereThereIsNoContact) {
   Answer answer = Sample();
   answer.status = SweepStatus::None;
-  EXPECT_EQ(JsonText(AnswerAsJson(answer, Rule::Touch), -1),
-            R"({"status":"none","travel":null,"direction":[0.0,0.0,-1.0],"kind":null,)"
-            R"("normal":null,"moving":{"triangle":null,"point":null},)"
-            R"("fixed":{"triangle":null,"point":null},"fixed_body":null})");
+  EXPECT_EQ(
+      JsonText(AnswerAsJson(answer, Rule::Touch), -1),
+      R"({"status":"none","travel":null,"exact":true,"error_bound":null,)"
+      R"("direction":[0.0,0.0,-1.0],"kind":null,"normal":null,"moving":{"triangle":null,"point":null},)"
+      R"("fixed":{"triangle":null,"point":null},"fixed_body":null})");
 }
 
 TEST(AnswerJson, StartIsNamed) {
@@ -87,15 +89,42 @@ TEST(AnswerJson, DocumentsBeginAlike) {
   scene.toolVersion = "1.2.3";
   scene.maxDistance = 4.5;
   EXPECT_EQ(JsonText(SceneAsJson(scene), -1),
-            R"({"schema_version":2,"tool_version":"1.2.3","question":{"pose":null,)"
-            R"("offset":[0.0,0.0,0.0],"max_distance":4.5,"one_sided":false,"rule":"touch",)"
-            R"("last":false}})");
+            R"({"schema_version":2,"tool_version":"1.2.3","question":{"allowance":0.0,)"
+            R"("pose":null,"offset":[0.0,0.0,0.0],"max_distance":4.5,"one_sided":false,)"
+            R"("rule":"touch","clearance":0.0,"last":false}})");
   scene.rule = Rule::Solid;
   EXPECT_EQ(SceneAsJson(scene)["question"]["rule"], "solid");
   scene.rule = Rule::NotLeaving;
   scene.last = true;
   EXPECT_EQ(SceneAsJson(scene)["question"]["rule"], "not-leaving");
   EXPECT_EQ(SceneAsJson(scene)["question"]["last"], true);
+}
+
+TEST(AnswerJson, SaysWhatIsNotExact) {
+  Answer answer = Sample();
+  answer.isExact = false;
+  answer.errorBound = 0x1p-40;
+  Json json = AnswerAsJson(answer, Rule::Touch);
+  EXPECT_EQ(json["exact"], false);
+  EXPECT_EQ(json["error_bound"], 0x1p-40);
+  answer.status = SweepStatus::None;
+  json = AnswerAsJson(answer, Rule::Touch);
+  EXPECT_EQ(json["exact"], false);
+  EXPECT_TRUE(json["error_bound"].is_null());
+}
+
+TEST(AnswerJson, GrowingIsSaidWithItsDeviation) {
+  SceneReport scene;
+  scene.clearance = 0.25;
+  EXPECT_FALSE(SceneAsJson(scene).contains("growing"));
+  EXPECT_EQ(SceneAsJson(scene)["question"]["clearance"], 0.25);
+  for (const double allowance : {1.5, -1e-4}) {
+    scene.allowance = allowance;
+    scene.deviation = 0x1p-50;
+    EXPECT_EQ(SceneAsJson(scene)["question"]["allowance"], allowance);
+    EXPECT_EQ(SceneAsJson(scene)["growing"],
+              Json::parse(R"({"exact": false, "deviation": 8.881784197001252e-16})"));
+  }
 }
 
 TEST(AnswerJson, PatchListsItsPairs) {

@@ -116,16 +116,19 @@ TEST(Directions, AnswersAreOneLineOfJson) {
   Answer answer;
   answer.status = SweepStatus::None;
   answer.unitDirection = {0.0, 1.0, 0.0};
-  const std::string line = AnswerAsJsonLine(5, answer, gsl_sweep::Rule::Touch, {"one"});
+  const std::string line = AnswerAsJsonLine(5, answer, gsl_sweep::Rule::Touch, {}, {"one"});
   json_documents::Keep(line);
-  EXPECT_EQ(line, R"({"line":5,"status":"none","travel":null,"direction":[0.0,1.0,0.0],)"
-                  R"("kind":null,"normal":null,"moving":{"triangle":null,"point":null},)"
-                  R"("fixed":{"triangle":null,"point":null},"fixed_body":null,)"
-                  R"("warnings":["one"]})"
-                  "\n");
-  const std::string solid = AnswerAsJsonLine(5, answer, gsl_sweep::Rule::Solid, {});
+  EXPECT_EQ(
+      line,
+      R"({"line":5,"status":"none","travel":null,"exact":true,"error_bound":null,)"
+      R"("direction":[0.0,1.0,0.0],"kind":null,"normal":null,"moving":{"triangle":null,"point":null},)"
+      R"("fixed":{"triangle":null,"point":null},"fixed_body":null,)"
+      R"("warnings":["one"]})"
+      "\n");
+  const std::string solid = AnswerAsJsonLine(5, answer, gsl_sweep::Rule::Solid, 0.5, {});
   json_documents::Keep(solid);
   EXPECT_EQ(json::parse(solid)["overlaps_at_start"], false);
+  EXPECT_EQ(json::parse(solid)["growing"], json::parse(R"({"exact": false, "deviation": 0.5})"));
   const std::string error = ErrorAsJsonLine(7, "not \"x\"");
   json_documents::Keep(error);
   EXPECT_EQ(error, R"({"line":7,"error":"not \"x\""})"

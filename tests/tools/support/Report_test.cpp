@@ -107,6 +107,69 @@ TEST(Report, BodyAroundTheOtherHasNoTriangle) {
   EXPECT_TRUE(JsonOf(report)["fixed"]["triangle"].is_null());
 }
 
+/// A report about a clearance.
+SweepReport ClearanceReport() {
+  SweepReport report = SampleReport();
+  report.clearance = 0.25;
+  report.answer.isExact = false;
+  report.answer.errorBound = 0x1p-40;
+  return report;
+}
+
+TEST(Report, TextOfAClearanceBoundsItsError) {
+  SweepReport report = ClearanceReport();
+  const std::string rest = "  moving  bolt.stl, triangle 7 of 12, at (1, 2, 0.3333333333333333)\n"
+                           "  fixed   bracket.stl, triangle 9 of 34, at (1, 2, 0.25)\n"
+                           "  error   not exact: the travel and each coordinate are off by at most "
+                           "9.094947017729282e-13\n";
+  EXPECT_EQ(ReportAsText(report),
+            "Within 0.25 after 0.1 along (0, 0, -1): vertex to face.\n" + rest);
+  EXPECT_EQ(JsonOf(report)["error_bound"], 0x1p-40);
+  EXPECT_EQ(JsonOf(report)["question"]["clearance"], 0.25);
+  report.answer.status = SweepStatus::Start;
+  report.answer.contact.travel = 0.0;
+  EXPECT_EQ(ReportAsText(report), "Within 0.25 from the start: vertex to face.\n" + rest);
+  report.answer.contact.kind = ContactKind::Overlap;
+  EXPECT_EQ(ReportAsText(report), "Within 0.25 from the start: they share a point.\n" + rest);
+}
+
+TEST(Report, TextWithoutAClearanceThatIsReached) {
+  SweepReport report = ClearanceReport();
+  report.answer.status = SweepStatus::None;
+  report.answer.errorBound = 0.0;
+  const std::string bodies = "  moving  bolt.stl, 12 triangles\n"
+                             "  fixed   bracket.stl, 34 triangles\n";
+  EXPECT_EQ(ReportAsText(report), "Not within 0.25 along (0, 0, -1).\n" + bodies);
+  EXPECT_EQ(JsonOf(report)["exact"], false);
+  report.maxDistance = 12.5;
+  EXPECT_EQ(ReportAsText(report),
+            "Not within 0.25 along (0, 0, -1) up to a travel of 12.5.\n" + bodies);
+}
+
+TEST(Report, TextOfAGrownBodySaysWhatIsExact) {
+  SweepReport report = SampleReport();
+  report.movingFile = "-";
+  report.allowance = -0.5;
+  report.deviation = 0x1p-30;
+  const std::string line = "  grown   standard input by -0.5, not exactly: planes are off by at "
+                           "most 9.313225746154785e-10";
+  const std::string exact = "; the answer for the grown body is exact\n";
+  const auto ends = [](const std::string& text, const std::string& end) {
+    return text.size() > end.size() && text.substr(text.size() - end.size()) == end;
+  };
+  EXPECT_TRUE(ends(ReportAsText(report), ", 0.25)\n" + line + exact)) << ReportAsText(report);
+  EXPECT_EQ(JsonOf(report)["growing"]["deviation"], 0x1p-30);
+  report.answer.status = SweepStatus::None;
+  EXPECT_TRUE(ends(ReportAsText(report), " 34 triangles\n" + line + exact));
+  // With a clearance the answer has an error of its own.
+  SweepReport near = ClearanceReport();
+  near.movingFile = "-";
+  near.allowance = -0.5;
+  near.deviation = 0x1p-30;
+  EXPECT_TRUE(ends(ReportAsText(near), "e-13\n" + line + "\n")) << ReportAsText(near);
+  JsonOf(near);
+}
+
 TEST(Report, TextNamesTheLastContact) {
   SweepReport report = SampleReport();
   report.last = true;
@@ -158,12 +221,13 @@ TEST(Report, TextKeepsControlCharactersOfFileNamesOut) {
 
 TEST(Report, JsonHasExactlyTheDocumentedKeysInOrder) {
   const auto json = JsonOf(SampleReport());
-  EXPECT_EQ(KeysOf(json),
-            (std::vector<std::string>{"schema_version", "tool_version", "question", "status",
-                                      "travel", "direction", "kind", "normal", "moving", "fixed",
-                                      "fixed_body", "fixed_bodies", "warnings"}));
-  EXPECT_EQ(KeysOf(json["question"]), (std::vector<std::string>{"pose", "offset", "max_distance",
-                                                                "one_sided", "rule", "last"}));
+  EXPECT_EQ(KeysOf(json), (std::vector<std::string>{
+                              "schema_version", "tool_version", "question", "status", "travel",
+                              "exact", "error_bound", "direction", "kind", "normal", "moving",
+                              "fixed", "fixed_body", "fixed_bodies", "warnings"}));
+  EXPECT_EQ(KeysOf(json["question"]),
+            (std::vector<std::string>{"allowance", "pose", "offset", "max_distance", "one_sided",
+                                      "rule", "clearance", "last"}));
   for (const char* body : {"moving", "fixed"}) {
     EXPECT_EQ(KeysOf(json[body]), (std::vector<std::string>{"file", "triangles", "skipped",
                                                             "left_out", "triangle", "point"}));

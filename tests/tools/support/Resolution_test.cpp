@@ -144,6 +144,16 @@ TEST(Resolution, TravelUpToTheResolutionIsNamed) {
   EXPECT_EQ(WarningOf(After(0.001), coarse, coarse), "");
 }
 
+TEST(Resolution, OfAClearanceIsSaidWithinIt) {
+  const Mesh mesh = Box({0, 0, 0}, {1, 2, 100});
+  Answer answer = After(1e-9);
+  answer.isExact = false;
+  const std::string warning = WarningOf(answer, mesh, mesh);
+  const std::string end = "; the bodies may be within the clearance from the start";
+  ASSERT_GT(warning.size(), end.size());
+  EXPECT_EQ(warning.substr(warning.size() - end.size()), end);
+}
+
 TEST(Resolution, OtherAnswersDrawNoWarning) {
   const Mesh mesh = Box({0, 0, 0}, {1, 2, 100});
   Answer answer = After(0.0);

@@ -70,6 +70,40 @@ TEST(Sphere, TextWithoutATravel) {
   EXPECT_EQ(SphereAsText(report).find("least"), std::string::npos);
 }
 
+TEST(Sphere, TextOfAClearanceHasTheGreatestErrorBound) {
+  SphereReport report = Sample();
+  report.clearance = 0.25;
+  report.maxDistance = 9.0;
+  for (std::size_t k = 0; k < report.answers.size(); ++k) {
+    report.answers[k].isExact = false;
+    if (Touches(report.answers[k])) report.answers[k].errorBound = k == 2 ? 0x1p-10 : 0x1p-20;
+  }
+  EXPECT_EQ(SphereAsText(report),
+            "6 directions: 2 free within 9, 4 within 0.25 after a travel, "
+            "0 within 0.25 from the start.\n"
+            "  least     1.5 along (0.125, 0, 0), onto standard input\n"
+            "  greatest  3 along (0.25, 0, 0), onto floor.stl\n"
+            "  moving  bolt.stl, 12 triangles\n"
+            "  fixed   floor.stl, 2 triangles\n"
+            "  fixed   standard input, 4 triangles\n"
+            "  error   not exact: the travel and each coordinate are off by at most "
+            "0.0009765625\n");
+  EXPECT_EQ(JsonOf(report)["answers"][2]["error_bound"], 0x1p-10);
+}
+
+TEST(Sphere, SaysThatTheBodyIsGrown) {
+  SphereReport report = Sample();
+  report.allowance = 0.5;
+  report.deviation = 0x1p-10;
+  const std::string text = SphereAsText(report);
+  EXPECT_NE(text.find("\n  grown   bolt.stl by 0.5, not exactly: planes are off by at most "
+                      "0.0009765625; the answer for the grown body is exact\n"),
+            std::string::npos)
+      << text;
+  EXPECT_EQ(JsonOf(report)["growing"],
+            json::parse(R"({"exact": false, "deviation": 0.0009765625})"));
+}
+
 TEST(Sphere, JsonHasEveryAnswer) {
   const json document = JsonOf(Sample());
   EXPECT_EQ(document["schema_version"], 2);
