@@ -21,7 +21,7 @@ RULES = {"touch": 0, "leaving": 1, "solid": 2}
 DIRECTION_FORMS = "3 numbers or an axis such as 'z' or '-z'"
 
 
-# Beyond these a whole number of doubles, and one of C++, is another number.
+# The greatest counts. Doubles hold every whole number up to the first, and C++ takes threads up to the second.
 MOST_EXACT = 2**53
 MOST_UNSIGNED = 2**32 - 1
 # A matrix is rigid when the products of its columns are off by no more. Single precision is off by about 2e-7.

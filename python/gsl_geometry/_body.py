@@ -250,13 +250,13 @@ class Body:
             core, deviation = self._core.grown(e)
         except ValueError as error:
             raise ValueError(f"{name}: expected a length by which the body can grow, but {error}") from None
-        corners = core.triangles()
+        triangles = core.triangles().reshape(-1, 3, 3)
+        kept = ~np.isnan(triangles[:, 0, 0])  # the others, and vertices that no triangle uses, stay
+        vertices = np.array(self._vertices, dtype=np.float64)
         if self._faces is None:
-            vertices = corners
+            vertices.reshape(-1, 3, 3)[kept] = triangles[kept]
         else:
-            vertices = np.array(self._vertices, dtype=np.float64)
-            kept = ~np.isnan(corners.reshape(-1, 9)[:, 0])
-            vertices[self._faces[kept]] = corners.reshape(-1, 3, 3)[kept]
+            vertices[self._faces[kept]] = triangles[kept]
         return Body._of(core, vertices, self._faces, self._file, deviation + (self._deviation or 0.0))
 
     def moved(self, transform: Union[Transform, Any]) -> Body:
