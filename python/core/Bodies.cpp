@@ -108,13 +108,14 @@ py::object TextOf(const std::string& text) {
 /// Makes the exception for files that cannot be read.
 void AddMeshError(py::module_& module) {
   // Never released, because the interpreter may end before the statics of this library.
-  static const py::handle meshError =
+  static const py::handle kMeshError =
       py::exception<gsl_mesh::MeshError>(module, "MeshError", PyExc_ValueError).release();
+  // NOLINTNEXTLINE(performance-unnecessary-value-param): the signature is pybind11's
   py::register_exception_translator([](std::exception_ptr thrown) {
     try {
       if (thrown) std::rethrow_exception(thrown);
     } catch (const gsl_mesh::MeshError& error) {
-      PyErr_SetObject(meshError.ptr(), TextOf(error.what()).ptr());
+      PyErr_SetObject(kMeshError.ptr(), TextOf(error.what()).ptr());
     }
   });
 }
