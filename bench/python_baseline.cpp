@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <vector>
@@ -47,12 +48,15 @@ Body Box(double z) {
   return Body({vertices, 8, corners, 12});
 }
 
-/// The same numbers as those of bench/python_calls.py.
+/// The same numbers as those of bench/python_calls.py: cubes modulo a prime, from 0 to 1. No
+/// triangle of them is close to a line.
 std::vector<double> Numbers(std::size_t count) {
+  constexpr std::uint64_t kPrime = 2147483647;
   std::vector<double> numbers;
   numbers.reserve(count);
-  for (std::size_t k = 0; k < count; ++k)
-    numbers.push_back(static_cast<double>(k * 7919 % 10007) / 10007.0);
+  for (std::uint64_t k = 0; k < count; ++k)
+    numbers.push_back(static_cast<double>(k * k % kPrime * k % kPrime) /
+                      static_cast<double>(kPrime));
   return numbers;
 }
 
@@ -69,6 +73,11 @@ void TimeSweeps() {
   Time("sweep", 20000,
        [&] { sink = Pair(moving, {fixed}, run).First(question, run).contact.travel; });
   Time("pair.sweep", 20000, [&] { sink = pair.First(question, run).contact.travel; });
+  Answer answer;
+  Time("batch", 20000, [&] {
+    pair.First(&question, 1, &answer, run);
+    sink = answer.contact.travel;
+  });
 }
 
 void TimeDistances(std::size_t rows) {

@@ -3,9 +3,12 @@
 
 usage: python_calls.py BASELINE
 
-BASELINE is the program python_baseline. Times are processor time of one thread, the least of some rounds.
+BASELINE is the program python_baseline. Writes JSON. Times are nanoseconds, the least of some rounds; processor time of
+one thread, or wall time for a batch, which has a thread of its own.
 """
 
+import json
+import platform
 import subprocess
 import sys
 import time
@@ -17,6 +20,7 @@ import gsl_geometry as gg
 FACES = [(0, 2, 1), (0, 3, 2), (4, 5, 6), (4, 6, 7), (0, 1, 5), (0, 5, 4), (1, 2, 6), (1, 6, 5), (2, 3, 7), (2, 7, 6),
          (3, 0, 4), (3, 4, 7)]  # fmt: skip
 ROWS = 1000000
+PRIME = 2**31 - 1
 
 
 def box(z):
@@ -24,14 +28,20 @@ def box(z):
     return gg.Body(low + [(x, y, z + 1) for x, y, z in low], FACES)
 
 
-def timed(calls, call, rounds=15):
+def numbers(count):
+    """The same numbers as those of bench/python_baseline.cpp: cubes modulo a prime, from 0 to 1."""
+    k = np.arange(count)
+    return (k * k % PRIME * k % PRIME) / PRIME
+
+
+def timed(calls, call, rounds=15, clock=time.thread_time):
     """Returns nanoseconds of one call."""
     least = 1e9
     for _ in range(rounds):
-        begin = time.thread_time()
+        begin = clock()
         for _ in range(calls):
             call()
-        least = min(least, (time.thread_time() - begin) / calls)
+        least = min(least, (clock() - begin) / calls)
     return 1e9 * least
 
 
@@ -41,8 +51,8 @@ def nearest_on_segment(p, a, b):
     return a + d * t[:, None]
 
 
-def by_numpy(p, a, b, c):
-    """Returns the distances by the plane and the three edges."""
+def by_plane_and_edges(p, a, b, c):
+    """Returns the distances: every row is compared with the plane and with the three edges."""
     n = np.cross(b - a, c - a)
     n /= np.sqrt((n * n).sum(1))[:, None]
     height = ((p - a) * n).sum(1)
@@ -56,24 +66,66 @@ def by_numpy(p, a, b, c):
     return np.where(inside, np.abs(height), np.sqrt(least))
 
 
+def by_regions(p, a, b, c):
+    """Returns the distances as mesh packages in Python find them: rows are sorted by the corner, the edge or the
+    face that is nearest, and each group is finished on its own."""
+    ab, ac, bc = b - a, c - a, c - b
+    dots = {name: ((p - corner) * edge).sum(1) for name, corner, edge in (
+        ("ab_a", a, ab), ("ac_a", a, ac), ("ab_b", b, ab), ("ac_b", b, ac), ("ab_c", c, ab), ("ac_c", c, ac))}  # fmt: skip
+    opposite_c = dots["ab_a"] * dots["ac_b"] - dots["ab_b"] * dots["ac_a"]
+    opposite_b = dots["ab_c"] * dots["ac_a"] - dots["ab_a"] * dots["ac_c"]
+    opposite_a = dots["ab_b"] * dots["ac_c"] - dots["ab_c"] * dots["ac_b"]
+    beyond_b, beyond_c = dots["ac_b"] - dots["ab_b"], dots["ab_c"] - dots["ac_c"]
+    nearest = np.empty_like(p)
+    left = np.ones(len(p), bool)
+    groups = (
+        ((dots["ab_a"] <= 0) & (dots["ac_a"] <= 0), lambda k: a[k]),
+        ((dots["ab_b"] >= 0) & (beyond_b <= 0), lambda k: b[k]),
+        ((opposite_c <= 0) & (dots["ab_a"] >= 0) & (dots["ab_b"] <= 0),
+         lambda k: a[k] + ab[k] * (dots["ab_a"][k] / (dots["ab_a"][k] - dots["ab_b"][k]))[:, None]),
+        ((dots["ac_c"] >= 0) & (beyond_c <= 0), lambda k: c[k]),
+        ((opposite_b <= 0) & (dots["ac_a"] >= 0) & (dots["ac_c"] <= 0),
+         lambda k: a[k] + ac[k] * (dots["ac_a"][k] / (dots["ac_a"][k] - dots["ac_c"][k]))[:, None]),
+        ((opposite_a <= 0) & (beyond_b >= 0) & (beyond_c >= 0),
+         lambda k: b[k] + bc[k] * (beyond_b[k] / (beyond_b[k] + beyond_c[k]))[:, None]),
+    )  # fmt: skip
+    for chosen, place in groups:
+        rows = chosen & left
+        nearest[rows] = place(rows)
+        left &= ~rows
+    v, w = (weight[left] / (opposite_a + opposite_b + opposite_c)[left] for weight in (opposite_b, opposite_c))
+    nearest[left] = a[left] + ab[left] * v[:, None] + ac[left] * w[:, None]
+    off = p - nearest
+    return np.sqrt((off * off).sum(1))
+
+
 def main():
     said = subprocess.run(sys.argv[1:2], capture_output=True, text=True, check=True).stdout
     baseline = {name: float(value) for name, value in (line.split() for line in said.splitlines())}
     moving, fixed = box(0), box(3)
-    pair = gg.Pair(moving, [fixed])
-    points = ((np.arange(12 * ROWS) * 7919 % 10007) / 10007).reshape(4, ROWS, 3)
+    pair = gg.Pair(moving, [fixed], threads=1)
+    one_row = np.array([[0.0, 0.0, 1.0]])
+    points = numbers(12 * ROWS).reshape(4, ROWS, 3)
+    distances = gg.point_triangle(*points)
+    for other in (by_plane_and_edges, by_regions):
+        error = np.abs(other(*points) - distances).max()
+        if not error <= 1e-9:
+            sys.exit(f"{other.__name__} is off by {error}")
     own = {
         "sweep": timed(20000, lambda: gg.sweep(moving, fixed, "z")),
         "pair.sweep": timed(20000, lambda: pair.sweep("z")),
+        "batch": timed(500, lambda: pair.sweep(one_row), clock=time.perf_counter),
         "point_triangle": timed(1, lambda: gg.point_triangle(*points)),
     }
-    numpy_time = timed(1, lambda: by_numpy(*points), rounds=3)
-    print(f"{'call':32}{'module':>12}{'C++':>12}{'difference':>14}{'ratio':>8}")
-    for name, taken in own.items():
-        there = baseline[name]
-        rows = f"{name}, 1e6 rows" if name == "point_triangle" else name
-        print(f"{rows:32}{taken / 1e3:9.2f} us{there / 1e3:9.2f} us{(taken - there) / 1e3:11.2f} us{taken / there:8.2f}")
-    print(f"{'the same in NumPy':32}{numpy_time / 1e3:9.2f} us{'':26}{numpy_time / own['point_triangle']:8.2f} of ours")
+    numpy_times = {
+        "the plane and the edges": timed(1, lambda: by_plane_and_edges(*points), rounds=3),
+        "groups of rows by the nearest feature": timed(1, lambda: by_regions(*points), rounds=3),
+    }
+    result = {
+        "isComplete": True, "rows": ROWS, "python": platform.python_version(), "numpy": np.__version__, "own": own,
+        "baseline": baseline, "numpyTimes": numpy_times,
+    }  # fmt: skip
+    json.dump(result, sys.stdout, indent=2)
 
 
 if __name__ == "__main__":

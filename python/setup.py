@@ -1,7 +1,7 @@
 """Makes the wheel of gsl_geometry from what CMake builds and installs.
 
-GSL_BUILD_DIR names a build folder whose libraries and module are taken; without it the tree is built in build/wheel-NAME, where NAME
-is that of the running Python.
+GSL_BUILD_DIR names a build folder whose libraries and module are taken. Without it the tree is built in
+build/wheel-NAME, where NAME is the running Python's.
 """
 
 import os

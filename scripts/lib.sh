@@ -38,6 +38,18 @@ quietly() {
   return "$status"
 }
 
+# numpy_python: prints the command of a Python that has NumPy, or fails. A Python of the user's own may lack it.
+numpy_python() {
+  local python
+  for python in python3 /usr/bin/python3; do
+    if "$python" -c "import numpy" 2>/dev/null; then
+      echo "$python"
+      return
+    fi
+  done
+  return 1
+}
+
 # configure PRESET [ARGUMENT...] and build PRESET [TARGET...] print nothing when they succeed; on a
 # terminal the build shows its progress.
 configure() {

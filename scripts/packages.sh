@@ -41,7 +41,7 @@ packages_of() {
         libcapnp-dev capnproto
       ;;
     # Debian packages of our own.
-    package) echo debhelper dpkg-dev fakeroot lintian git ;;
+    package) echo debhelper dh-python dpkg-dev fakeroot lintian git ;;
     # The minimal root of ./scripts/check bare, which is skipped where this package cannot be installed.
     bare) echo mmdebstrap ;;
     *)

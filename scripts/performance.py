@@ -335,7 +335,34 @@ def records(result):
                       "objects alone"], records_rows(result["works"]))
 
 
-SECTIONS = [("First contact of bodies", "bench_sweep.json", sweep), ("Records", "bench_records.json", records)]
+# The Python module.
+
+CALLS = {"sweep": "`gg.sweep(a, b, \"z\")`, bodies prepared", "pair.sweep": "`pair.sweep(\"z\")`",
+         "batch": "`pair.sweep(D)`, one row", "point_triangle": "`gg.point_triangle(p, a, b, c)`, {rows} rows"}
+
+
+def python(result):
+    own, there, rows = result["own"], result["baseline"], size_name(result["rows"])
+    yield "Each call beside the same call in C++, on bodies of twelve triangles and on arrays. Times are the least of some"
+    yield "rounds, in microseconds of processor time on one thread; of a batch it is wall time, because it has a thread of"
+    yield f"its own. Python {result['python']}, NumPy {result['numpy']}."
+    yield from ["", "### Goals", ""]
+    yield from table(["goal", "limit", "measured", "met"], [
+        goal_row(f"{CALLS[name].format(rows=rows)}: microseconds more than in C++", 5, 1e-3 * (own[name] - there[name]))
+        for name in ("sweep", "pair.sweep")
+    ] + [goal_row(f"{CALLS['point_triangle'].format(rows=rows)}: times the loop in C++", 1.2,
+                  own["point_triangle"] / there["point_triangle"])])
+    yield from ["", "### Calls", ""]
+    yield from table(["call", "Python", "C++", "difference", "ratio"], (
+        [text.format(rows=rows), *(three(1e-3 * time) for time in (own[name], there[name], own[name] - there[name])),
+         three(own[name] / there[name])] for name, text in CALLS.items()))
+    yield from ["", "### The same distances in NumPy", "", "The ratio is to `gg.point_triangle`.", ""]
+    yield from table(["way", "time", "ratio"], (
+        [name, three(1e-3 * time), three(time / own["point_triangle"])] for name, time in result["numpyTimes"].items()))
+
+
+SECTIONS = [("First contact of bodies", "bench_sweep.json", sweep), ("Records", "bench_records.json", records),
+            ("The Python module", "bench_python.json", python)]
 
 
 def parts_of(path):

@@ -2,6 +2,9 @@
 #include "Grown.h"
 #include "PreparedBody.h"
 
+#include <algorithm>
+#include <limits>
+
 namespace gsl_sweep {
 
 Body::Body(const TriangleView& view) : m_prepared(std::make_shared<PreparedBody>(view)) {}
@@ -41,6 +44,20 @@ void Body::GetBounds(Coord3& low, Coord3& high) const {
   const Box<double>& bounds = m_prepared->Bounds();
   low = {bounds.low[0], bounds.low[1], bounds.low[2]};
   high = {bounds.high[0], bounds.high[1], bounds.high[2]};
+}
+
+void Body::GetTriangles(double* corners) const {
+  std::fill_n(corners, 9 * TriangleCount(), std::numeric_limits<double>::quiet_NaN());
+  const Corners& triangles = m_prepared->Triangles();
+  for (std::size_t place = 0; place < triangles.Count(); ++place) {
+    double* to = corners + 9 * std::size_t{triangles.Number(place)};
+    for (int k = 0; k < 3; ++k, to += 3) {
+      const Coord3 p = triangles.At(place, k);
+      to[0] = p.x;
+      to[1] = p.y;
+      to[2] = p.z;
+    }
+  }
 }
 
 Solidity Body::IsSolid() const {

@@ -1,5 +1,6 @@
 #include "Arrays.h"
 #include "Parts.h"
+#include "ToleranceMutex.h"
 #include "gsl_DepthFirstSearch.h"
 #include "gsl_LinearEqnLUDSolver.h"
 #include "gsl_Matrix.h"
@@ -10,6 +11,7 @@
 #include <cstdint>
 #include <mutex>
 #include <new>
+#include <shared_mutex>
 #include <vector>
 
 namespace gsl_python {
@@ -103,9 +105,14 @@ py::array ArrayOf(const gsl_Matrix& matrix) {
 }
 
 py::array Rotation(const Reals& point, const Reals& axis, double angle) {
+  const gsl_Point centre(point.at(0), point.at(1), point.at(2));
+  const gsl_Vector along(axis.at(0), axis.at(1), axis.at(2));
   gsl_Matrix matrix;
-  matrix.AxisRotation(gsl_Point(point.at(0), point.at(1), point.at(2)),
-                      gsl_Vector(axis.at(0), axis.at(1), axis.at(2)), angle);
+  {
+    const py::gil_scoped_release unlocked;
+    const std::shared_lock<std::shared_mutex> reading(ToleranceMutex());
+    matrix.AxisRotation(centre, along, angle);
+  }
   return ArrayOf(matrix);
 }
 

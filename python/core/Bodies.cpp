@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <exception>
 #include <optional>
 #include <stdexcept>
 #include <string>
@@ -59,6 +60,26 @@ BodyPointer Moved(const SharedBody& from, const Reals& numbers) {
   return std::make_shared<SharedBody>(from.body.Moved(matrix));
 }
 
+/// Returns the body and the greatest deviation of its growing.
+py::tuple Grown(const SharedBody& from, double e) {
+  double deviation = 0.0;
+  BodyPointer grown;
+  {
+    const py::gil_scoped_release unlocked;
+    grown = std::make_shared<SharedBody>(from.body.Grown(e, &deviation));
+  }
+  return py::make_tuple(grown, deviation);
+}
+
+/// Returns the corners of the triangles, three rows for each.
+py::array TrianglesOf(const SharedBody& shared) {
+  auto corners = MakeArray(3 * shared.body.TriangleCount(), 3);
+  double* const to = corners.mutable_data();
+  const py::gil_scoped_release unlocked;
+  shared.body.GetTriangles(to);
+  return std::move(corners);
+}
+
 py::array BoundsOf(const SharedBody& shared) {
   Coord3 low;
   Coord3 high;
@@ -76,6 +97,27 @@ py::array BoundsOf(const SharedBody& shared) {
 std::string SolidFault(const SharedBody& shared) {
   const py::gil_scoped_release unlocked;
   return shared.body.IsSolid().Reason();
+}
+
+/// Texts about a file name it, and a name may have any bytes.
+py::object TextOf(const std::string& text) {
+  return py::reinterpret_steal<py::object>(
+      PyUnicode_DecodeFSDefaultAndSize(text.data(), static_cast<py::ssize_t>(text.size())));
+}
+
+/// Makes the exception for files that cannot be read.
+void AddMeshError(py::module_& module) {
+  // Never released, because the interpreter may end before the statics of this library.
+  static const py::handle kMeshError =
+      py::exception<gsl_mesh::MeshError>(module, "MeshError", PyExc_ValueError).release();
+  // NOLINTNEXTLINE(performance-unnecessary-value-param): the signature is pybind11's
+  py::register_exception_translator([](std::exception_ptr thrown) {
+    try {
+      if (thrown) std::rethrow_exception(thrown);
+    } catch (const gsl_mesh::MeshError& error) {
+      PyErr_SetObject(kMeshError.ptr(), TextOf(error.what()).ptr());
+    }
+  });
 }
 
 /// Returns the corners of the triangles, three rows for each, and the warnings.
@@ -98,17 +140,22 @@ py::tuple ReadFile(const std::string& path, const py::object& progress) {
     Write(corner, to);
     to += 3;
   }
-  return py::make_tuple(corners, mesh.warnings);
+  py::list warnings;
+  for (const std::string& text : mesh.warnings)
+    warnings.append(TextOf(text));
+  return py::make_tuple(corners, warnings);
 }
 
 } // namespace
 
 void AddBodies(py::module_& module) {
-  py::register_exception<gsl_mesh::MeshError>(module, "MeshError", PyExc_ValueError);
+  AddMeshError(module);
   module.def("read", &ReadFile);
   py::class_<SharedBody, BodyPointer>(module, "Body")
       .def(py::init(&MakeBody))
       .def("moved", &Moved)
+      .def("grown", &Grown)
+      .def("triangles", &TrianglesOf)
       .def("bounds", &BoundsOf)
       .def("solid_fault", &SolidFault)
       .def_property_readonly("triangle_count",

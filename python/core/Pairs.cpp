@@ -11,6 +11,7 @@
 #include <limits>
 #include <stdexcept>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include <pybind11/stl.h>
@@ -63,21 +64,25 @@ py::tuple TupleOf(const Coord3& p) {
   return py::make_tuple(p.x, p.y, p.z);
 }
 
+/// The greatest distance, whether a question is one-sided, its rule and its clearance.
+using TermNumbers = std::tuple<double, bool, int, double>;
+
 /// What questions have in common apart from their direction and offset.
 struct Terms {
-  double maxDistance;
-  bool oneSided;
-  int rule;
+  explicit Terms(const TermNumbers& numbers) {
+    int rule = 0;
+    std::tie(common.maxDistance, common.oneSided, rule, common.clearance) = numbers;
+    common.rule = static_cast<Rule>(rule);
+  }
 
-  Question Ask(const Coord3& direction, const Coord3& offset) const {
-    Question question;
-    question.direction = direction;
-    question.offset = offset;
-    question.maxDistance = maxDistance;
-    question.oneSided = oneSided;
-    question.rule = static_cast<Rule>(rule);
+  Question Ask(const double* direction, const double* offset) const {
+    Question question = common;
+    question.direction = CoordOf(direction);
+    question.offset = CoordOf(offset);
     return question;
   }
+
+  Question common;
 };
 
 /// Returns the numbers of one answer; gsl_geometry/_contact.py names them.
@@ -87,18 +92,19 @@ py::tuple TupleOf(const Answer& answer) {
   const Touching touching(answer);
   if (!touching.any) {
     const py::none none;
-    return py::make_tuple(status, kInfinity, direction, -1, none, -1, none, -1, -1, none, false);
+    return py::make_tuple(status, kInfinity, direction, -1, none, -1, none, -1, -1, none, false,
+                          answer.isExact, answer.errorBound);
   }
   const Contact& contact = answer.contact;
   const auto point = [](const Coord3& p, bool isSet) {
     return isSet ? py::object(TupleOf(p)) : py::object(py::none());
   };
-  return py::make_tuple(status, contact.travel, direction, static_cast<int>(contact.kind),
-                        point(contact.normal, contact.hasNormal),
-                        NumberOf(contact.movingTriangle, touching.moving),
-                        point(contact.movingPoint, touching.moving), contact.fixedBody,
-                        NumberOf(contact.fixedTriangle, touching.fixed),
-                        point(contact.fixedPoint, touching.fixed), contact.overlapsAtStart);
+  return py::make_tuple(
+      status, contact.travel, direction, static_cast<int>(contact.kind),
+      point(contact.normal, contact.hasNormal), NumberOf(contact.movingTriangle, touching.moving),
+      point(contact.movingPoint, touching.moving), contact.fixedBody,
+      NumberOf(contact.fixedTriangle, touching.fixed), point(contact.fixedPoint, touching.fixed),
+      contact.overlapsAtStart, answer.isExact, answer.errorBound);
 }
 
 /// Answers as arrays, one row for each.
@@ -110,7 +116,8 @@ public:
         m_normal(MakeArray(count, 3)), m_movingTriangle(MakeArray<std::int64_t>(count)),
         m_movingPoint(MakeArray(count, 3)), m_fixedBody(MakeArray<std::int64_t>(count)),
         m_fixedTriangle(MakeArray<std::int64_t>(count)), m_fixedPoint(MakeArray(count, 3)),
-        m_overlapsAtStart(MakeArray<bool>(count)), m_to(*this) {}
+        m_overlapsAtStart(MakeArray<bool>(count)), m_isExact(MakeArray<bool>(count)),
+        m_errorBound(MakeArray(count)), m_to(*this) {}
 
   /// Needs no lock of the interpreter.
   void Write(std::size_t row, const Answer& answer) {
@@ -132,13 +139,15 @@ public:
     m_to.fixedTriangle[row] = NumberOf(contact.fixedTriangle, touching.fixed);
     point(contact.fixedPoint, touching.fixed, m_to.fixedPoint + 3 * row);
     m_to.overlapsAtStart[row] = touches && contact.overlapsAtStart;
+    m_to.isExact[row] = answer.isExact;
+    m_to.errorBound[row] = answer.errorBound;
   }
 
   /// Returns the arrays in the order of the numbers of one answer.
   py::tuple AsTuple() const {
     return py::make_tuple(m_status, m_travel, m_direction, m_kind, m_normal, m_movingTriangle,
                           m_movingPoint, m_fixedBody, m_fixedTriangle, m_fixedPoint,
-                          m_overlapsAtStart);
+                          m_overlapsAtStart, m_isExact, m_errorBound);
   }
 
 private:
@@ -150,7 +159,8 @@ private:
   py::array_t<double> m_movingPoint;
   py::array_t<std::int64_t> m_fixedBody, m_fixedTriangle;
   py::array_t<double> m_fixedPoint;
-  py::array_t<bool> m_overlapsAtStart;
+  py::array_t<bool> m_overlapsAtStart, m_isExact;
+  py::array_t<double> m_errorBound;
 
   /// The memory of the arrays.
   struct Targets {
@@ -161,7 +171,8 @@ private:
           movingPoint(of.m_movingPoint.mutable_data()), fixedBody(of.m_fixedBody.mutable_data()),
           fixedTriangle(of.m_fixedTriangle.mutable_data()),
           fixedPoint(of.m_fixedPoint.mutable_data()),
-          overlapsAtStart(of.m_overlapsAtStart.mutable_data()) {}
+          overlapsAtStart(of.m_overlapsAtStart.mutable_data()),
+          isExact(of.m_isExact.mutable_data()), errorBound(of.m_errorBound.mutable_data()) {}
 
     std::uint8_t* status;
     double *travel, *direction;
@@ -171,7 +182,8 @@ private:
     double* movingPoint;
     std::int64_t *fixedBody, *fixedTriangle;
     double* fixedPoint;
-    bool* overlapsAtStart;
+    bool *overlapsAtStart, *isExact;
+    double* errorBound;
   } m_to;
 };
 
@@ -216,9 +228,8 @@ Pair PairOf(const std::vector<BodyPointer>& bodies, const Run& run) {
 
 /// Asks a pair that is made for this question.
 py::tuple Sweep(const std::vector<BodyPointer>& bodies, const Vector& direction,
-                const Vector& offset, double maxDistance, bool oneSided, int rule) {
-  const Question question =
-      Terms{maxDistance, oneSided, rule}.Ask(CoordOf(direction.data()), CoordOf(offset.data()));
+                const Vector& offset, const TermNumbers& terms) {
+  const Question question = Terms(terms).Ask(direction.data(), offset.data());
   Answer answer;
   const Work work = [&](const Run& run) { answer = PairOf(bodies, run).First(question, run); };
   if (ArePrepared(bodies) || IsQuick(bodies)) {
@@ -237,10 +248,9 @@ public:
       : m_bodies(std::move(bodies)), m_isQuick(IsQuick(m_bodies)), m_threads(threads),
         m_pair(Prepare(progress)) {}
 
-  py::tuple One(const Vector& direction, const Vector& offset, double maxDistance, bool oneSided,
-                int rule, bool last) {
-    const Question question =
-        Terms{maxDistance, oneSided, rule}.Ask(CoordOf(direction.data()), CoordOf(offset.data()));
+  py::tuple One(const Vector& direction, const Vector& offset, const TermNumbers& terms,
+                bool last) {
+    const Question question = Terms(terms).Ask(direction.data(), offset.data());
     Answer answer;
     Watch([&](const Run& run) {
       answer = last ? m_pair.Last(question, run) : m_pair.First(question, run);
@@ -249,12 +259,12 @@ public:
   }
 
   /// Answers one question for each row of `directions`.
-  py::tuple Many(const Reals& directions, const Reals& offsets, double maxDistance, bool oneSided,
-                 int rule, bool last, const py::object& progress) {
+  py::tuple Many(const Reals& directions, const Reals& offsets, const TermNumbers& numbers,
+                 bool last, const py::object& progress) {
     const auto count = static_cast<std::size_t>(directions.shape(0));
     const Rows directionRows(directions, 3);
     const Rows offsetRows(offsets, 3);
-    const Terms terms{maxDistance, oneSided, rule};
+    const Terms terms(numbers);
     Columns columns(count);
     std::size_t written = 0;
     RunWatched(
@@ -266,7 +276,7 @@ public:
             std::vector<Question> questions;
             questions.reserve(end - begin);
             for (std::size_t k = begin; k < end; ++k)
-              questions.push_back(terms.Ask(CoordOf(directionRows[k]), CoordOf(offsetRows[k])));
+              questions.push_back(terms.Ask(directionRows[k], offsetRows[k]));
             std::vector<Answer> answers(end - begin);
             Ask(questions, last, {run, begin, end, count, isCancelled}, answers);
             for (; written < end; ++written)
@@ -279,10 +289,8 @@ public:
     return columns.AsTuple();
   }
 
-  py::tuple OfEach(const Vector& direction, const Vector& offset, double maxDistance, bool oneSided,
-                   int rule) {
-    const Question question =
-        Terms{maxDistance, oneSided, rule}.Ask(CoordOf(direction.data()), CoordOf(offset.data()));
+  py::tuple OfEach(const Vector& direction, const Vector& offset, const TermNumbers& terms) {
+    const Question question = Terms(terms).Ask(direction.data(), offset.data());
     std::vector<Answer> answers;
     RunWatched([&](const Run& run) { answers = m_pair.FirstOfEach(question, run); }, m_threads,
                py::none());
@@ -290,10 +298,9 @@ public:
   }
 
   /// Returns the answer, the number of pairs, the box around them, and the first `capacity` pairs.
-  py::tuple Patch(const Vector& direction, const Vector& offset, double maxDistance, bool oneSided,
-                  int rule, std::size_t capacity) {
-    const Question question =
-        Terms{maxDistance, oneSided, rule}.Ask(CoordOf(direction.data()), CoordOf(offset.data()));
+  py::tuple Patch(const Vector& direction, const Vector& offset, const TermNumbers& terms,
+                  std::size_t capacity) {
+    const Question question = Terms(terms).Ask(direction.data(), offset.data());
     std::vector<Contact> contacts;
     PatchSummary found;
     Watch([&](const Run& run) {

@@ -1,5 +1,6 @@
 #include "Arrays.h"
 #include "Parts.h"
+#include "ToleranceMutex.h"
 #include "gsl_Point.h"
 #include "gsl_Segment.h"
 #include "gsl_TriTriMinDirectionalDist.h"
@@ -10,6 +11,7 @@
 #include <limits>
 #include <mutex>
 #include <shared_mutex>
+#include <tuple>
 
 namespace gsl_python {
 
@@ -20,19 +22,15 @@ namespace py = pybind11;
 constexpr std::size_t kRowsBetweenSignals = 8192;
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
-/// Held while queries read the tolerances, and alone while they are written.
-std::shared_mutex& ToleranceMutex() {
-  static std::shared_mutex mutex;
-  return mutex;
-}
-
 gsl_Util& Settings() {
   return omi_Singleton<gsl_Util>::Instance();
 }
 
-py::tuple Tolerances() {
+std::tuple<double, double, double> Tolerances() {
+  const py::gil_scoped_release unlocked;
+  const std::shared_lock<std::shared_mutex> reading(ToleranceMutex());
   const gsl_Util& settings = Settings();
-  return py::make_tuple(settings.linearTolerance, settings.zeroTolerance, settings.cosineTolerance);
+  return {settings.linearTolerance, settings.zeroTolerance, settings.cosineTolerance};
 }
 
 /// Waits for the queries of other threads.
@@ -154,6 +152,11 @@ py::tuple TriangleSweep(const Reals& d, const Reals& a, const Reals& b, bool rev
 }
 
 } // namespace
+
+std::shared_mutex& ToleranceMutex() {
+  static std::shared_mutex mutex;
+  return mutex;
+}
 
 void AddQueries(py::module_& module) {
   Settings(); // the first call must not meet another

@@ -16,8 +16,16 @@ AXES = {
     for axis in "xyzXYZ"
 }
 NO_OFFSET = (0.0, 0.0, 0.0)
+NO_LENGTH = 0.0
 RULES = {"touch": 0, "leaving": 1, "solid": 2}
 DIRECTION_FORMS = "3 numbers or an axis such as 'z' or '-z'"
+
+
+# The greatest counts. Doubles hold every whole number up to the first, and C++ takes threads up to the second.
+MOST_EXACT = 2**53
+MOST_UNSIGNED = 2**32 - 1
+# A matrix is rigid when the products of its columns are off by no more. Single precision is off by about 2e-7.
+RIGID_ERROR = 1e-6
 
 
 def shape_text(shape: Sequence[int]) -> str:
@@ -28,12 +36,22 @@ def wrong_type(name: str, expected: str, value: Any) -> NoReturn:
     raise TypeError(f"{name}: expected {expected}, got {type(value).__name__}")
 
 
+def progress(value: Any) -> None:
+    if value is not None and not callable(value):
+        wrong_type("progress", "a function of the part done", value)
+
+
+def any_array(name: str, value: Any, of: str) -> np.ndarray:
+    """Returns the value as an array of any type; `of` says what was expected."""
+    try:
+        return np.asarray(value)
+    except ValueError as error:  # lists of different lengths
+        raise ValueError(f"{name}: expected an array of {of}, got {type(value).__name__} ({error})") from None
+
+
 def array(name: str, value: Any) -> np.ndarray:
     """Returns the value as an array of real numbers of any type."""
-    try:
-        made = np.asarray(value)
-    except ValueError as error:
-        raise ValueError(f"{name}: expected an array of numbers, got {type(value).__name__} ({error})") from None
+    made = any_array(name, value, "numbers")
     if made.dtype.kind not in "fiu":
         if made.size == 0:
             return made.astype(np.float64)
@@ -56,9 +74,21 @@ def reals(name: str, value: Any, shape: Sequence[Union[int, str]]) -> np.ndarray
 
 
 def number(name: str, value: Any) -> float:
+    if type(value) is float:  # at once, in calls of a few microseconds
+        return value
     if isinstance(value, numbers.Real) and not isinstance(value, (bool, np.bool_)):
-        return float(value)
+        try:
+            return float(value)
+        except OverflowError:
+            raise ValueError(f"{name}: expected a number within the range of double, got a larger one") from None
     wrong_type(name, "a number", value)
+
+
+def finite(name: str, value: Any) -> float:
+    found = number(name, value)
+    if not math.isfinite(found):
+        raise ValueError(f"{name}: expected a finite number, got {found:g}")
+    return found
 
 
 def at_least_zero(name: str, value: Any) -> float:
@@ -68,11 +98,23 @@ def at_least_zero(name: str, value: Any) -> float:
     return found
 
 
-def count(name: str, value: Any) -> int:
+def clearance(value: Any, rule: str) -> float:
+    """Returns a distance; only rule="touch" takes one above 0."""
+    if value is NO_LENGTH:
+        return NO_LENGTH
+    found = at_least_zero("clearance", finite("clearance", value))
+    if found and rule != "touch":
+        raise ValueError(f'clearance: expected 0 with rule="{rule}", got {found:g}')
+    return found
+
+
+def count(name: str, value: Any, most: int) -> int:
     if not isinstance(value, numbers.Integral) or isinstance(value, (bool, np.bool_)):
         wrong_type(name, "a whole number", value)
     if value < 0:
         raise ValueError(f"{name}: expected a whole number of at least 0, got {value}")
+    if value > most:
+        raise ValueError(f"{name}: expected a whole number of at most {most}, got {value}")
     return int(value)
 
 
@@ -109,6 +151,25 @@ def direction(value: Any) -> Vector:
 
 def offset(value: Any) -> Vector:
     return NO_OFFSET if value is NO_OFFSET else vector("offset", value)
+
+
+def rigid(matrix: np.ndarray) -> None:
+    """Refuses a matrix, shape (4, 4), that does more than rotate and translate."""
+    wrong = np.argwhere(~np.isfinite(matrix))
+    if len(wrong):
+        row, column = wrong[0]
+        raise ValueError(f"matrix[{row}, {column}]: expected a finite number, got {matrix[row, column]:g}")
+    if (matrix[3] != (0, 0, 0, 1)).any():
+        raise ValueError(f"matrix[3]: expected (0, 0, 0, 1), got ({', '.join(f'{x:g}' for x in matrix[3])})")
+    turn = matrix[:3, :3]
+    with np.errstate(over="ignore", invalid="ignore"):
+        error = np.abs(turn.T @ turn - np.eye(3)).max()
+    if not error <= RIGID_ERROR:
+        raise ValueError(
+            f"matrix: expected a rotation in the first three columns, got products of columns that are off by {error:.3g}"
+        )
+    if np.linalg.det(turn) < 0.0:
+        raise ValueError("matrix: expected a rotation in the first three columns, got a reflection")
 
 
 def finite_rows(name: str, rows: np.ndarray) -> None:

@@ -7,11 +7,19 @@ from typing import Any, Dict, Iterator, List, NamedTuple, Optional, Tuple, Union
 
 import numpy as np
 
+from . import _pickles
+
 __all__ = ["Contact", "Contacts", "Patch", "Place"]
 
 # By their numbers in the library.
 STATUSES = ("contact", "start", "none", "cancelled")
 KINDS = ("vertex-vertex", "vertex-edge", "edge-vertex", "vertex-face", "face-vertex", "edge-edge", "overlap", "inside")
+
+# The numbers of an answer, in the order of the compiled part, and then the deviation of growing.
+NAMES = (
+    "status", "travel", "direction", "kind", "normal", "moving_triangle", "moving_point", "fixed_body",
+    "fixed_triangle", "fixed_point", "overlaps_at_start", "is_exact", "error_bound", "deviation",
+)  # fmt: skip
 
 
 def _numbers_text(values: Any) -> str:
@@ -30,6 +38,15 @@ class Place(NamedTuple):
     triangle: int  #: the number of the triangle in its body
     point: np.ndarray  #: shape (3,); of the moving body with the offset, before the travel
     body: int = 0  #: the number of the fixed body in its pair
+
+    __reduce__ = _pickles.reduced_tuple
+
+
+def _in_order(values: Dict[str, Any]) -> Tuple[Any, ...]:
+    """Returns the values in the order of NAMES."""
+    if set(values) != set(NAMES):
+        raise TypeError(f"the names differ in {', '.join(sorted(set(values) ^ set(NAMES)))}")
+    return tuple(values[name] for name in NAMES)
 
 
 class Contact:
@@ -135,8 +152,45 @@ class Contact:
         """
         return bool(self and self._answer[10])
 
+    @property
+    def is_exact(self) -> bool:
+        """False for a question with a clearance, whose travel is a root that is rounded: see error_bound. True
+        otherwise; the travel and the points are then the exact ones, rounded.
+
+        >>> import gsl_geometry as gg
+        >>> bolt, bracket = gg.read("bolt.stl"), gg.read("bracket.stl")
+        >>> gg.sweep(bolt, bracket, "-z").is_exact, gg.sweep(bolt, bracket, "-z", clearance=0.25).is_exact
+        (True, False)
+        """
+        return self._answer[11]
+
+    @property
+    def error_bound(self) -> float:
+        """The greatest error of the travel, and of each coordinate of the points; 0.0 for an exact answer and
+        without a contact.
+
+        >>> import gsl_geometry as gg
+        >>> c = gg.sweep(gg.read("bolt.stl"), gg.read("bracket.stl"), "-z", clearance=0.25)
+        >>> c.travel, 0 < c.error_bound < 1e-12
+        (29.75, True)
+        """
+        return self._answer[12]
+
+    @property
+    def deviation(self) -> Optional[float]:
+        """The greatest Body.deviation of the bodies that were grown, by an allowance or by Body.grown; None where
+        none was. The answer is that of the grown bodies.
+
+        >>> import gsl_geometry as gg
+        >>> bolt, bracket = gg.read("bolt.stl"), gg.read("bracket.stl")
+        >>> 0 < gg.sweep(bolt, bracket, "-z", allowance=-1e-4).deviation < 2e-5
+        True
+        """
+        return self._answer[13]
+
     def to_dict(self) -> Dict[str, Any]:
         """Returns plain numbers, lists and texts under the names of gsl-sweep's JSON. Missing values are None.
+        Every key is there for every question.
 
         >>> import gsl_geometry as gg
         >>> answer = gg.sweep(gg.read("bolt.stl"), gg.read("bracket.stl"), "-z").to_dict()
@@ -151,12 +205,16 @@ class Contact:
         return {
             "status": self.status,
             "travel": answer[1] if self else None,
+            "exact": answer[11],
+            "error_bound": answer[12] if self else None,
             "direction": list(answer[2]),
             "kind": self.kind,
             "normal": None if answer[4] is None else list(answer[4]),
             "moving": place(answer[5], answer[6]),
             "fixed": place(answer[8], answer[9]),
             "fixed_body": answer[7] if self else None,
+            "overlaps_at_start": self.overlaps_at_start,
+            "growing": None if answer[13] is None else {"exact": False, "deviation": answer[13]},
         }
 
     def __bool__(self) -> bool:
@@ -170,8 +228,14 @@ class Contact:
     def __hash__(self) -> int:
         return hash(self._answer)
 
-    def __reduce__(self) -> Tuple[Any, ...]:
-        return Contact, (self._answer,)
+    def __reduce__(self) -> _pickles.Reduced:
+        return _pickles.reduced(self, {**dict(zip(NAMES, self._answer)), "status": self.status, "kind": self.kind})
+
+    @classmethod
+    def _restored(cls, *, status: str, kind: Optional[str], **values: Any) -> Contact:
+        values["status"] = STATUSES.index(status)
+        values["kind"] = -1 if kind is None else KINDS.index(kind)
+        return cls(_in_order(values))
 
     def __repr__(self) -> str:
         if self.status == "cancelled":
@@ -207,7 +271,7 @@ class Contacts:
 
     __slots__ = (
         "_codes", "travel", "direction", "_kinds", "normal", "moving_triangle", "moving_point", "fixed_body",
-        "fixed_triangle", "fixed_point", "overlaps_at_start",
+        "fixed_triangle", "fixed_point", "overlaps_at_start", "is_exact", "error_bound", "deviation",
     )  # fmt: skip
 
     _codes: np.ndarray
@@ -221,6 +285,9 @@ class Contacts:
     fixed_triangle: np.ndarray  #: shape (k,); -1 without a contact
     fixed_point: np.ndarray  #: shape (k, 3); NaN without a contact
     overlaps_at_start: np.ndarray  #: shape (k,), of bool
+    is_exact: np.ndarray  #: shape (k,), of bool; False with a clearance
+    error_bound: np.ndarray  #: of the travel and the points, shape (k,); 0 where the answer is exact
+    deviation: np.ndarray  #: the greatest of the bodies that were grown, shape (k,); NaN where none was
 
     def __init__(self, columns: Tuple[np.ndarray, ...]) -> None:
         for name, column in zip(self.__slots__, columns):
@@ -264,8 +331,8 @@ class Contacts:
 
         >>> import gsl_geometry as gg
         >>> pair = gg.Pair(gg.read("bolt.stl"), [gg.read("bracket.stl")])
-        >>> sorted(pair.sweep(gg.sphere(8)).to_dict())[:3]
-        ['direction', 'fixed_body', 'fixed_point']
+        >>> list(pair.sweep(gg.sphere(8)).to_dict())[:3]
+        ['status', 'travel', 'direction']
         """
         names = ("status", "travel", "direction", "kind") + self.__slots__[4:]
         return {name: getattr(self, name) for name in names}
@@ -287,20 +354,26 @@ class Contacts:
             value = column[k].tolist()
             return tuple(value) if isinstance(value, list) else value
 
-        code, travel, direction, kind, normal, *rest = [row(getattr(self, name)) for name in self.__slots__]
+        values = [row(getattr(self, name)) for name in self.__slots__]
+        code, travel, direction, kind, normal, *rest, is_exact, error_bound, deviation = values
+        trust = (is_exact, error_bound, None if math.isnan(deviation) else deviation)
         if code == 3:
             direction = (0.0, 0.0, 0.0)
         if code > 1:
-            return Contact((code, travel, direction, -1, None, -1, None, -1, -1, None, False))
+            return Contact((code, travel, direction, -1, None, -1, None, -1, -1, None, False, *trust))
         # A body around the other one has neither a triangle nor a point.
         values = [None if isinstance(value, tuple) and math.isnan(value[0]) else value for value in (normal, *rest)]
-        return Contact((code, travel, direction, kind, *values))
+        return Contact((code, travel, direction, kind, *values, *trust))
 
     def __iter__(self) -> Iterator[Contact]:
         return (self[k] for k in range(len(self)))
 
-    def __reduce__(self) -> Tuple[Any, ...]:
-        return Contacts, (tuple(getattr(self, name) for name in self.__slots__),)
+    def __reduce__(self) -> _pickles.Reduced:
+        return _pickles.reduced(self, dict(zip(NAMES, (getattr(self, name) for name in self.__slots__))))
+
+    @classmethod
+    def _restored(cls, **columns: np.ndarray) -> Contacts:
+        return cls(_in_order(columns))
 
     def __repr__(self) -> str:
         counts = np.bincount(self._codes, minlength=4)
@@ -325,3 +398,5 @@ class Patch(NamedTuple):
     low: Optional[np.ndarray]  #: the box around all points of the fixed bodies that are touched, shape (3,)
     high: Optional[np.ndarray]  #: the same; None without a contact
     pairs: Contacts  #: one row for each pair, by moving triangle, fixed body and fixed triangle
+
+    __reduce__ = _pickles.reduced_tuple

@@ -3,11 +3,12 @@
 from __future__ import annotations
 
 import math
-from typing import Any, Callable, Iterable, Optional, Sequence, Tuple, Union
+from collections.abc import Iterable
+from typing import Any, Callable, List, Optional, Sequence, Tuple, Union
 
 import numpy as np
 
-from . import _arguments, _core
+from . import _arguments, _core, _pickles
 from ._body import Body
 from ._contact import Contact, Contacts, Patch
 
@@ -15,6 +16,7 @@ __all__ = ["Pair", "sphere", "sweep"]
 
 Direction = Union[str, Sequence[float], np.ndarray]
 Progress = Callable[[float], Any]
+Terms = Tuple[float, bool, int, float]
 SOLID = _arguments.RULES["solid"]
 
 
@@ -26,12 +28,49 @@ def _body(name: str, value: Any) -> Body:
     _arguments.wrong_type(name, "a Body or an object with vertices and faces", value)
 
 
+def _bodies(moving: Any, fixed: Any, allowance: float) -> List[Body]:
+    """Returns the moving body, grown by the allowance, and the fixed bodies."""
+    bodies = [_body("moving", moving)]
+    if isinstance(fixed, Body) or hasattr(fixed, "vertices"):
+        bodies.append(_body("fixed", fixed))
+    elif isinstance(fixed, Iterable) and not isinstance(fixed, str):
+        bodies += [_body(f"fixed[{k}]", body) for k, body in enumerate(fixed)]
+    else:
+        _arguments.wrong_type("fixed", "a Body, an object with vertices and faces, or some of them", fixed)
+    if allowance is not _arguments.NO_LENGTH:
+        length = _arguments.finite("allowance", allowance)
+        if length != 0.0:
+            bodies[0] = bodies[0]._grown("allowance", length)
+    return bodies
+
+
+def _deviation(bodies: Sequence[Body]) -> Optional[float]:
+    """Returns the greatest deviation of the bodies that were grown; None where none was."""
+    greatest = None
+    for body in bodies:
+        if body._deviation is not None and (greatest is None or body._deviation > greatest):
+            greatest = body._deviation
+    return greatest
+
+
 def _require_solids(bodies: Sequence[Body]) -> None:
     for k, body in enumerate(bodies):
         fault = body.solid_fault
         if fault:
             name = "moving" if k == 0 else f"fixed[{k - 1}]"
             raise ValueError(f'{name}: rule="solid" expected a solid, got a body with a fault: {fault}')
+
+
+def _terms(
+    bodies: Sequence[Body], max_distance: float, one_sided: bool, rule: str, clearance: float = _arguments.NO_LENGTH
+) -> Terms:
+    """Returns what questions have in common apart from their direction and offset."""
+    code = _arguments.choice("rule", rule, _arguments.RULES)
+    limit = _arguments.at_least_zero("max_distance", max_distance)
+    gap = _arguments.clearance(clearance, rule)
+    if code == SOLID:
+        _require_solids(bodies)
+    return limit, bool(one_sided), code, gap
 
 
 def sweep(
@@ -43,6 +82,8 @@ def sweep(
     max_distance: float = math.inf,
     one_sided: bool = False,
     rule: str = "touch",
+    allowance: float = _arguments.NO_LENGTH,
+    clearance: float = _arguments.NO_LENGTH,
 ) -> Contact:
     """Moves a body along a direction and returns its first contact with another body.
 
@@ -58,24 +99,26 @@ def sweep(
     rule            'touch': every contact counts. 'leaving': except contacts that end at the start. 'solid': the
                     bodies are solids, which may touch and slide, and the contact is where their interiors would
                     begin to overlap.
+    allowance       makes the moving body thicker first, or thinner when it is negative, as Body.grown does; the
+                    answer's `deviation` says how far that is off. A Pair grows it once.
+    clearance       the contact is where the distance between the bodies is at most this. Its travel is rounded,
+                    and the answer's `error_bound` says how far it is off. For 'touch' alone.
 
     >>> import gsl_geometry as gg
     >>> c = gg.sweep(gg.read("bolt.stl"), gg.read("bracket.stl"), "-z")
     >>> c.status, c.travel, c.kind
     ('contact', 30.0, 'vertex-face')
+    >>> bolt, bracket = gg.read("bolt.stl"), gg.read("bracket.stl")
+    >>> gg.sweep(bolt, bracket, "-z", clearance=0.25).travel
+    29.75
+    >>> gg.sweep(bolt, bracket, "-z", offset=(0, 0, -30), rule="solid", allowance=-0.125).travel
+    0.125
     """
-    bodies = [_body("moving", moving)]
-    if isinstance(fixed, (list, tuple)):
-        bodies += [_body(f"fixed[{k}]", body) for k, body in enumerate(fixed)]
-    else:
-        bodies.append(_body("fixed", fixed))
-    code = _arguments.choice("rule", rule, _arguments.RULES)
     along = _arguments.direction(direction)
     start = _arguments.offset(offset)
-    limit = _arguments.at_least_zero("max_distance", max_distance)
-    if code == SOLID:
-        _require_solids(bodies)
-    return Contact(_core.sweep([body._core for body in bodies], along, start, limit, bool(one_sided), code))
+    bodies = _bodies(moving, fixed, allowance)
+    terms = _terms(bodies, max_distance, one_sided, rule, clearance)
+    return Contact(_core.sweep([body._core for body in bodies], along, start, terms) + (_deviation(bodies),))
 
 
 class Pair:
@@ -85,29 +128,42 @@ class Pair:
     of the preparation that is done, from 0 to 1.
 
     The answer is the same as if the triangles of all fixed bodies, in order, were one body. The options of each
-    question are described at sweep().
+    question, and `allowance`, are described at sweep(). The moving body is grown once, by the allowance.
 
     >>> import gsl_geometry as gg
     >>> pair = gg.Pair(gg.read("bolt.stl"), [gg.read("bracket.stl")])
     >>> pair.sweep(gg.sphere(100)).touches.sum() > 0
     True
+    >>> gg.Pair(pair.moving, pair.fixed, allowance=0.25).sweep("-z").travel
+    29.75
     """
 
-    __slots__ = ("_bodies", "_core", "_threads", "__weakref__")
+    __slots__ = ("_bodies", "_core", "_deviation", "_threads", "__weakref__")
 
     def __init__(
-        self, moving: Any, fixed: Iterable[Any], *, threads: int = 0, progress: Optional[Progress] = None
+        self,
+        moving: Any,
+        fixed: Any,
+        *,
+        allowance: float = _arguments.NO_LENGTH,
+        threads: int = 0,
+        progress: Optional[Progress] = None,
     ) -> None:
-        if isinstance(fixed, Body) or hasattr(fixed, "vertices"):
-            fixed = [fixed]
-        self._bodies = [_body("moving", moving)]
-        self._bodies += [_body(f"fixed[{k}]", body) for k, body in enumerate(fixed)]
-        self._threads = _arguments.count("threads", threads)
+        _arguments.progress(progress)
+        self._threads = _arguments.count("threads", threads, _arguments.MOST_UNSIGNED)
+        self._bodies = _bodies(moving, fixed, allowance)
+        self._deviation = _deviation(self._bodies)
         self._core = _core.Pair([body._core for body in self._bodies], self._threads, progress)
+
+    def _terms_without_solids(self, what: str, max_distance: float, one_sided: bool, rule: str) -> Terms:
+        terms = _terms(self._bodies, max_distance, one_sided, rule)
+        if terms[2] == SOLID:
+            raise ValueError(f"rule: expected 'touch' or 'leaving' for {what}, got 'solid'")
+        return terms
 
     @property
     def moving(self) -> Body:
-        """The moving body.
+        """The moving body, grown by the allowance.
 
         >>> import gsl_geometry as gg
         >>> gg.Pair(gg.read("bolt.stl"), [gg.read("bracket.stl")]).moving.file
@@ -125,23 +181,25 @@ class Pair:
         """
         return tuple(self._bodies[1:])
 
-    def _terms(self, max_distance: float, one_sided: bool, rule: str) -> Tuple[float, bool, int]:
-        code = _arguments.choice("rule", rule, _arguments.RULES)
-        if code == SOLID:
-            _require_solids(self._bodies)
-        return _arguments.at_least_zero("max_distance", max_distance), bool(one_sided), code
+    def _contact(self, answer: Tuple[Any, ...]) -> Contact:
+        return Contact(answer + (self._deviation,))
+
+    def _contacts(self, columns: Tuple[np.ndarray, ...]) -> Contacts:
+        deviation = math.nan if self._deviation is None else self._deviation
+        return Contacts(columns + (np.full(len(columns[0]), deviation),))
 
     def _ask(
-        self, last: bool, direction: Any, offset: Any, terms: Tuple[float, bool, int], progress: Optional[Progress]
+        self, last: bool, directions: Any, offset: Any, terms: Terms, progress: Optional[Progress]
     ) -> Union[Contact, Contacts]:
-        if last and terms[2] == SOLID:
-            raise ValueError("rule: expected 'touch' or 'leaving' for the last contact, got 'solid'")
-        if isinstance(direction, str) or np.ndim(direction) == 1 and np.shape(direction) != (0,):
-            along, start = _arguments.direction(direction), _arguments.offset(offset)
-            return Contact(self._core.one(along, start, *terms, last))
-        rows = _arguments.directions(direction)
+        _arguments.progress(progress)
+        if not isinstance(directions, (str, np.ndarray)):
+            directions = _arguments.array("directions", directions)
+        if isinstance(directions, str) or directions.ndim == 1 and directions.size > 0:
+            along, start = _arguments.direction(directions), _arguments.offset(offset)
+            return self._contact(self._core.one(along, start, terms, last))
+        rows = _arguments.directions(directions)
         starts = _arguments.offsets(offset, len(rows))
-        return Contacts(self._core.many(rows, starts, *terms, last, progress))
+        return self._contacts(self._core.many(rows, starts, terms, last, progress))
 
     def sweep(
         self,
@@ -151,6 +209,7 @@ class Pair:
         max_distance: float = math.inf,
         one_sided: bool = False,
         rule: str = "touch",
+        clearance: float = _arguments.NO_LENGTH,
         progress: Optional[Progress] = None,
     ) -> Any:
         """Returns the first contact along one direction, a Contact, or along each row of (k, 3), as Contacts.
@@ -165,8 +224,11 @@ class Pair:
         array([30., inf])
         >>> pair.sweep("-z").travel
         30.0
+        >>> pair.sweep("-z", clearance=0.25).travel
+        29.75
         """
-        return self._ask(False, directions, offset, self._terms(max_distance, one_sided, rule), progress)
+        terms = _terms(self._bodies, max_distance, one_sided, rule, clearance)
+        return self._ask(False, directions, offset, terms, progress)
 
     def last(
         self,
@@ -185,7 +247,8 @@ class Pair:
         >>> pair.last("-z").travel > pair.sweep("-z").travel
         True
         """
-        return self._ask(True, directions, offset, self._terms(max_distance, one_sided, rule), progress)
+        terms = self._terms_without_solids("the last contact", max_distance, one_sided, rule)
+        return self._ask(True, directions, offset, terms, progress)
 
     def first_of_each(
         self,
@@ -195,6 +258,7 @@ class Pair:
         max_distance: float = math.inf,
         one_sided: bool = False,
         rule: str = "touch",
+        clearance: float = _arguments.NO_LENGTH,
     ) -> Contacts:
         """Returns the first contact with each fixed body, as if it were alone with the moving body.
 
@@ -204,8 +268,8 @@ class Pair:
         >>> gg.Pair(bolt, [bracket, lower]).first_of_each("-z").travel
         array([30., 40.])
         """
-        terms = self._terms(max_distance, one_sided, rule)
-        return Contacts(self._core.of_each(_arguments.direction(direction), _arguments.offset(offset), *terms))
+        terms = _terms(self._bodies, max_distance, one_sided, rule, clearance)
+        return self._contacts(self._core.of_each(_arguments.direction(direction), _arguments.offset(offset), terms))
 
     def patch(
         self,
@@ -215,9 +279,12 @@ class Pair:
         max_distance: float = math.inf,
         one_sided: bool = False,
         rule: str = "touch",
-        limit: Optional[int] = None,
+        limit: Optional[int] = 1000000,
     ) -> Patch:
-        """Returns all pairs of triangles that touch at the first contact. `limit` is the most that are listed.
+        """Returns all pairs of triangles that touch at the first contact.
+
+        `limit` is the most pairs that are listed, the first ones; None lists all. Two fans of n triangles can
+        have n * n pairs, each of which takes about 150 bytes. `pair_count` counts all in any case.
 
         >>> import gsl_geometry as gg
         >>> pair = gg.Pair(gg.read("bolt.stl"), [gg.read("bracket.stl")])
@@ -225,30 +292,24 @@ class Pair:
         >>> patch.pair_count > 2, len(patch.pairs)
         (True, 2)
         """
-        terms = self._terms(max_distance, one_sided, rule)
-        if terms[2] == SOLID:
-            raise ValueError("rule: expected 'touch' or 'leaving' for a patch, got 'solid'")
-        most = 2**63 - 1 if limit is None else _arguments.count("limit", limit)
+        terms = self._terms_without_solids("a patch", max_distance, one_sided, rule)
+        most = _arguments.MOST_EXACT if limit is None else _arguments.count("limit", limit, _arguments.MOST_EXACT)
         first, count, low, high, pairs = self._core.patch(
-            _arguments.direction(direction), _arguments.offset(offset), *terms, most
+            _arguments.direction(direction), _arguments.offset(offset), terms, most
         )
         touches = count > 0
         return Patch(
-            Contact(first), count, np.array(low) if touches else None, np.array(high) if touches else None,
-            Contacts(pairs),
+            self._contact(first), count, np.array(low) if touches else None, np.array(high) if touches else None,
+            self._contacts(pairs),
         )  # fmt: skip
 
     def __repr__(self) -> str:
         fixed = ", ".join(repr(body) for body in self._bodies[1:])
         return f"Pair({self._bodies[0]!r}, [{fixed}])"
 
-    def __reduce__(self) -> Tuple[Any, ...]:
-        return _restore, (self._bodies[0], self._bodies[1:], self._threads)
-
-
-def _restore(moving: Body, fixed: Sequence[Body], threads: int) -> Pair:
-    """Returns a pair that was pickled."""
-    return Pair(moving, fixed, threads=threads)
+    def __reduce__(self) -> _pickles.Reduced:
+        values = {"moving": self._bodies[0], "fixed": self._bodies[1:], "threads": self._threads}
+        return _pickles.reduced(self, values)
 
 
 def sphere(n: int) -> np.ndarray:
@@ -260,4 +321,4 @@ def sphere(n: int) -> np.ndarray:
     >>> gg.sphere(1000).shape
     (1000, 3)
     """
-    return _core.sphere(_arguments.count("n", n))
+    return _core.sphere(_arguments.count("n", n, _arguments.MOST_EXACT))

@@ -142,6 +142,9 @@ public:
   /// Writes the least and the greatest coordinates of the finite triangles. Writes zeros for a
   /// body without finite triangles. The first call prepares part of the body, as MemoryBytes does.
   void GetBounds(Coord3& low, Coord3& high) const;
+  /// Writes x, y, z of the three corners of each triangle, nine numbers for each of TriangleCount()
+  /// triangles. Those of a triangle that the body skips are NaN.
+  void GetTriangles(double* corners) const;
   /// Returns whether the triangles are the surface of a solid. The decision is exact, and the first
   /// call makes it for all copies.
   Solidity IsSolid() const;

@@ -1,7 +1,11 @@
 """What the arguments may be, and what the errors of wrong ones say."""
 
 import math
+import os
 import pickle
+import re
+import shutil
+import sys
 
 import numpy as np
 import pytest
@@ -164,6 +168,126 @@ def test_wrong_arrays_of_the_library():
     refuses(ValueError, "linear: expected a number of at least 0, got -1", lambda: gg.tolerances(linear=-1))
 
 
+def test_errors_name_the_argument_for_what_no_array_holds():
+    a, b, ragged = box(), box((0, 0, 3), (1, 1, 4)), [[1, 2, 3], [1, 2]]
+    for name, call in {
+        "vertices": lambda: gg.Body(ragged, FACES),
+        "faces": lambda: gg.Body(CORNERS, ragged),
+        "triangles": lambda: gg.Body(ragged),
+        "direction": lambda: gg.sweep(a, b, ragged),
+        "offset": lambda: gg.sweep(a, b, "z", offset=ragged),
+        "directions": lambda: gg.Pair(a, b).sweep(ragged),
+        "adjacency": lambda: gg.label(ragged),
+        "matrix": lambda: gg.Transform(ragged),
+        "transform": lambda: a.moved(ragged),
+        "points": lambda: gg.Transform.identity().apply(ragged),
+        "a": lambda: gg.LU(ragged),
+        "b": lambda: gg.LU(np.eye(2)).solve(ragged),
+        "p": lambda: gg.point_segment(ragged, (0, 0, 0), (0, 0, 1)),
+    }.items():
+        with pytest.raises((ValueError, TypeError), match=f"^{name}: expected "):  # a TypeError before NumPy 1.24
+            call()
+    refuses(TypeError, "fixed: expected a Body, an object with vertices and faces, or some of them, got int",
+            lambda: gg.Pair(a, 5))
+    refuses(TypeError, "two_sided: expected 2 flags, got bool",
+            lambda: gg.triangle_sweep((0, 0, 1), np.zeros((3, 3)), np.zeros((3, 3)), two_sided=True))
+    refuses(TypeError, "path: expected a str, bytes or a path, got int", lambda: gg.read(5))
+    for call in (lambda: gg.read("x", progress=5), lambda: gg.Pair(a, b, progress=5), lambda: gg.Pair(a, b).sweep("z", progress=5)):
+        refuses(TypeError, "progress: expected a function of the part done, got int", call)
+
+
+def test_errors_name_the_argument_for_huge_numbers():
+    a, b = box(), box((0, 0, 3), (1, 1, 4))
+    for n in (2**53 + 1, 2**64):
+        refuses(ValueError, f"n: expected a whole number of at most {2**53}, got {n}", lambda: gg.sphere(n))
+        refuses(ValueError, f"limit: expected a whole number of at most {2**53}, got {n}",
+                lambda: gg.Pair(a, b).patch("z", limit=n))
+    with pytest.raises(MemoryError):
+        gg.sphere(2**53)
+    refuses(ValueError, f"threads: expected a whole number of at most {2**32 - 1}, got {2**32}",
+            lambda: gg.Pair(a, b, threads=2**32))
+    refuses(ValueError, "max_distance: expected a number within the range of double, got a larger one",
+            lambda: gg.sweep(a, b, "z", max_distance=10**400))
+    refuses(ValueError, "angle: expected a finite number, got nan",
+            lambda: gg.Transform.rotation((0, 0, 0), "z", math.nan))
+
+
+def test_wrong_clearances_and_allowances():
+    a, b = box(), box((0, 0, 3), (1, 1, 4))
+    pair = gg.Pair(a, b)
+    for ask in (lambda **terms: gg.sweep(a, b, "z", **terms), lambda **terms: pair.sweep("z", **terms),
+                lambda **terms: pair.first_of_each("z", **terms)):
+        refuses(ValueError, "clearance: expected a number of at least 0, got -1", lambda: ask(clearance=-1))
+        refuses(ValueError, "clearance: expected a finite number, got inf", lambda: ask(clearance=math.inf))
+        refuses(ValueError, "clearance: expected a finite number, got nan", lambda: ask(clearance=math.nan))
+        refuses(TypeError, "clearance: expected a number, got str", lambda: ask(clearance="1"))
+        for rule in ("leaving", "solid"):
+            refuses(ValueError, f'clearance: expected 0 with rule="{rule}", got 0.5', lambda: ask(clearance=0.5, rule=rule))
+            assert ask(clearance=0.0, rule=rule).travel == 2.0
+    for ask in (lambda e: gg.sweep(a, b, "z", allowance=e), lambda e: gg.Pair(a, [b], allowance=e)):
+        refuses(ValueError, "allowance: expected a finite number, got nan", lambda: ask(math.nan))
+        refuses(TypeError, "allowance: expected a number, got str", lambda: ask("1"))
+        with pytest.raises(ValueError, match="^allowance: expected a length by which the body can grow, but triangle 0 turns"):
+            ask(-0.5)
+    refuses(ValueError, "e: expected a finite number, got -inf", lambda: a.grown(-math.inf))
+    with pytest.raises(ValueError, match="^e: expected a length by which the body can grow, but triangle 0 turns"):
+        a.grown(-0.5)
+
+
+def test_transforms_are_rigid():
+    turn = gg.Transform.rotation((1, 2, 3), (1, 1, 0), 0.3).matrix
+    gg.Transform(turn.astype(np.float32))
+    for row, column in ((0, 0), (2, 3), (3, 1)):
+        for value in (math.nan, math.inf):
+            wrong = turn.copy()
+            wrong[row, column] = value
+            refuses(ValueError, f"matrix[{row}, {column}]: expected a finite number, got {value}", lambda: gg.Transform(wrong))
+    wrong = turn.copy()
+    wrong[3, 3] = 2
+    refuses(ValueError, "matrix[3]: expected (0, 0, 0, 1), got (0, 0, 0, 2)", lambda: gg.Transform(wrong))
+    text = "matrix: expected a rotation in the first three columns, got "
+    refuses(ValueError, text + "a reflection", lambda: gg.Transform(np.diag([1.0, 1, -1, 1])))
+    refuses(ValueError, text + "products of columns that are off by 3", lambda: gg.Transform(np.diag([1.0, 2, 1, 1])))
+    # The limit, closed: 1 + error is exact for the square of the scale that is rounded up or down to it.
+    scales = [np.sqrt(1 + 1e-6) + k * 2.0**-52 for k in range(-3, 4)]
+    fine = [abs(s * s - 1.0) <= 1e-6 for s in scales]
+    assert fine == sorted(fine, reverse=True) and True in fine and False in fine
+    for scale, is_fine in zip(scales, fine):
+        matrix = np.diag([1.0, scale, 1, 1])
+        if is_fine:
+            gg.Transform(matrix)
+        else:
+            with pytest.raises(ValueError, match="off by 1e-06$"):
+                gg.Transform(matrix)
+    huge = np.eye(4)
+    huge[:2, :2] = [[1e200, 1e200], [1e200, -1e200]]  # with products that are infinite or NaN
+    for matrix in (huge, np.diag([1e200, 1, 1, 1])):
+        with pytest.raises(ValueError, match=text + "products of columns that are off by (inf|nan)"):
+            gg.Transform(matrix)
+    assert np.array_equal(box().moved(np.diag([1.0, 2, 1, 1])).bounds[1], [1, 2, 1])
+
+
+@pytest.mark.skipif(sys.platform != "linux", reason="file names are bytes")
+def test_file_names_that_are_not_text(tmp_path):
+    path = os.fsencode(tmp_path) + b"/\xff part.stl"
+    text = os.fsdecode(path)
+    shutil.copy(MESHES / "bolt.stl", path)
+    for name in (path, text):
+        body = gg.read(name)
+        assert body.file == text and os.fsencode(body.file) == path and pickle.loads(pickle.dumps(body)).file == text
+        assert repr(body) == f"Body(288 triangles, from {text!r})"
+    with open(path, "wb") as file:
+        file.write(b"solid x\nfacet")
+    with pytest.raises(gg.MeshError) as raised:
+        gg.read(path)
+    assert str(raised.value).startswith(text + ": ")
+    odd = os.fsencode(tmp_path) + b"/\xff.obj"
+    with open(odd, "wb") as file:
+        file.write(b"v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2\nf 1 2 3\n")
+    with pytest.warns(gg.MeshWarning, match=re.escape(os.fsdecode(odd))):
+        gg.read(odd)
+
+
 def test_files_that_cannot_be_read(tmp_path):
     with pytest.raises(FileNotFoundError):
         gg.read(tmp_path / "none.stl")
@@ -241,10 +365,40 @@ def test_huge_coordinates():
 
 
 def test_a_damaged_pickle_of_a_body_is_refused():
-    restore, (vertices, faces, file) = gg.Body(np.zeros((3, 3)), [[0, 1, 2]]).__reduce__()
-    for damaged in ((np.zeros(6), None), (np.zeros((4, 2)), None), (vertices, np.zeros(3, dtype=np.uint32))):
+    restore, (kind, version, values) = gg.Body(np.zeros((3, 3)), [[0, 1, 2]]).__reduce__()
+    for damaged in ({"vertices": np.zeros(6), "faces": None}, {"vertices": np.zeros((4, 2)), "faces": None},
+                    {"faces": np.zeros(3, dtype=np.uint32)}):
         with pytest.raises(ValueError, match=r"expected the shapes \(n, 3\) and \(m, 3\)"):
-            restore(*damaged, file)
+            restore(kind, version, {**values, **damaged})
+
+
+def copied(thing, protocol=pickle.HIGHEST_PROTOCOL):
+    return pickle.loads(pickle.dumps(thing, protocol))
+
+
+def pickled():
+    """Returns one thing of each type that can be pickled."""
+    pair = gg.Pair(box(), [box((0, 0, 3), (1, 1, 4))], allowance=0.125)
+    patch, r = pair.patch("z"), pair.sweep(gg.sphere(5), clearance=0.25)
+    line = gg.point_segment((0, 1, 0), (0, 0, 0), (1, 0, 0))
+    lines = gg.segment_segment((0, 0, 0), (2, 0, 0), (1, -1, 1), (1, 1, 1))
+    sweep = gg.triangle_sweep((0, 0, 1), np.zeros((3, 3)), np.zeros((3, 3)))
+    return [pair.moving, pair, r, r[0], pair.sweep("-z"), patch, patch.first.moving, gg.Transform.identity(), line, lines, sweep]
+
+
+@pytest.mark.parametrize("k", range(11))
+def test_pickles_hold_names_and_a_version(k):
+    thing = pickled()[k]
+    restore, (kind, version, values) = thing.__reduce__()
+    assert kind is type(thing) and version == 1 and values and all(isinstance(name, str) for name in values)
+    again = restore(kind, version, dict(reversed(list(values.items()))))
+    assert pickle.dumps(copied(again)) == pickle.dumps(copied(thing))
+    name = f"gsl_geometry.{kind.__name__}"
+    with pytest.raises(pickle.UnpicklingError, match=f"^{name}: expected a pickle of version 1, got version 2; "):
+        restore(kind, 2, values)
+    for damaged in (dict(list(values.items())[1:]), {**values, "more": 1}):
+        with pytest.raises(pickle.UnpicklingError, match=f"^{name}: expected a whole pickle, got a damaged one "):
+            restore(kind, version, damaged)
 
 
 @pytest.mark.parametrize("protocol", range(2, pickle.HIGHEST_PROTOCOL + 1))

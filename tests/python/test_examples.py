@@ -82,11 +82,13 @@ def test_the_package_says_that_it_is_typed():
 def test_the_documents_show_what_runs(document, monkeypatch, capsys):
     monkeypatch.chdir(MESHES)
     text = (SOURCE / document).read_text()
-    code, _, rest = text.split("```python\n", 1)[1].partition("```\n")
-    exec(compile(code, document, "exec"), {})  # noqa: S102
-    said = capsys.readouterr().out
-    if rest.startswith("\n```\n"):
-        assert said == rest[5:].split("```", 1)[0]
-    else:
-        remarks = re.findall(r"^print\(.*\)  +# (.*)$", code, re.MULTILINE)
-        assert said.splitlines() == remarks and len(remarks) > 2
+    names: dict = {}
+    for block in text.split("```python\n")[1:]:
+        code, _, rest = block.partition("```\n")
+        exec(compile(code, document, "exec"), names)  # noqa: S102
+        said = capsys.readouterr().out
+        if rest.startswith("\n```\n"):
+            assert said == rest[5:].split("```", 1)[0]
+        else:
+            remarks = re.findall(r"^print\(.*\)  +# (.*)$", code, re.MULTILINE)
+            assert said.splitlines() == remarks and len(remarks) > 1

@@ -1,7 +1,9 @@
 """Distances, sweeps of triangles, the solver, the labelling and transforms, compared with NumPy and SciPy."""
 
 import math
+import sys
 import threading
+import time
 import warnings
 
 import numpy as np
@@ -217,6 +219,30 @@ def test_tolerances_change_while_other_threads_compute():
     for thread in threads:
         thread.join()
     assert seen <= set(both) and both[0] != both[1]
+
+
+def test_tolerances_are_read_whole():
+    # Writers change all three at once and run beside the reader, which must not see some of each.
+    core, stop = sys.modules["gsl_geometry._core"], threading.Event()
+    sets = [tuple(size * value for value in core.tolerances()) for size in (2.0, 3.0)]
+
+    def write(values):
+        while not stop.is_set():
+            core.set_tolerances(*values)
+
+    with gg.tolerances():
+        threads = [threading.Thread(target=write, args=(values,)) for values in sets]
+        core.set_tolerances(*sets[0])
+        for thread in threads:
+            thread.start()
+        seen, asked, end = set(), 0, time.monotonic() + 30.0
+        while asked < 20000 or len(seen) < 2 and time.monotonic() < end:
+            seen.add(core.tolerances())
+            asked += 1
+        stop.set()
+        for thread in threads:
+            thread.join()
+    assert seen == set(sets)
 
 
 def test_nan_passes_through():

@@ -3,6 +3,7 @@
 import collections
 import gc
 import itertools
+import os
 import signal
 import sys
 import threading
@@ -164,12 +165,56 @@ def resident():
         return int(file.read().split()[1]) * 4096
 
 
+def test_sweeps_and_bodies_leave_nothing():
+    # Bodies large enough that each one that stays, or its preparation, shows; answers so many that each shows.
+    large, fixed = ball(2000), ball(500, centre=(0, 0, 3))
+    small = box(), box((0, 0, 3), (1, 1, 4))
+
+    def some(count):
+        for _ in range(count):
+            body = gg.Body(large.vertices, large.faces)
+            for made in (body, body.grown(0.125), body.moved(np.eye(4))):
+                assert gg.sweep(made, fixed, "z") and len(gg.Pair(made, [fixed]).sweep([(0, 0, 1)] * 2)) == 2
+            for _ in range(100):
+                assert gg.sweep(*small, "z", clearance=0.5).to_dict()["exact"] is False
+
+    some(3)
+    gc.collect()
+    blocks, before = sys.getallocatedblocks(), resident()
+    some(20)
+    gc.collect()
+    assert sys.getallocatedblocks() - blocks < 1000  # of 2000 small sweeps
+    assert resident() - before < 3 << 20  # of 60 bodies of about 200 kB
+
+
+def test_a_forked_child_answers_the_same():
+    pair = gg.Pair(ball(2000, centre=(0.1, 0, 3)), [ball(2000)])
+    directions = gg.sphere(200)
+    expected = pair.sweep(directions).travel.tobytes()
+    child = os.fork()
+    if child == 0:
+        fresh = gg.Pair(gg.Body(pair.moving.triangles), pair.fixed)
+        same = [p.sweep(directions).travel.tobytes() == expected for p in (pair, fresh)]
+        os._exit(0 if all(same) else 1)
+    for _ in range(600):
+        done, status = os.waitpid(child, os.WNOHANG)
+        if done:
+            break
+        time.sleep(0.05)
+    else:
+        os.kill(child, signal.SIGKILL)
+        os.waitpid(child, 0)
+        raise AssertionError("the child does not end")
+    assert os.waitstatus_to_exitcode(status) == 0
+    assert pair.sweep(directions).travel.tobytes() == expected
+
+
 def test_a_million_calls_leak_nothing():
     a, b, pair = box(), box((0, 0, 3), (1, 1, 4)), gg.Pair(box(), [box((0, 0, 3), (1, 1, 4))])
     d, p = np.array([0.0, 0.0, 1.0]), np.zeros(3)
     lu, side, edges, wrong = gg.LU(np.eye(3)), np.ones((1, 3)), np.eye(4, dtype=bool), np.zeros((4, 2))
     core = sys.modules["gsl_geometry._core"]
-    along = (0.0, 0.0, 1.0)
+    along, terms = (0.0, 0.0, 1.0), (1e9, False, 0, 0.0)
 
     def repeat(count, function, *arguments):
         collections.deque(map(function, *(itertools.repeat(value, count) for value in arguments)), maxlen=0)
@@ -184,7 +229,7 @@ def test_a_million_calls_leak_nothing():
     def some(count):
         repeat(count, core.label, edges)
         repeat(count, lu._core.solve, side)
-        repeat(count // 32, pair._core.one, along, along, 1e9, False, 0, False)
+        repeat(count // 32, pair._core.one, along, along, terms, False)
         for _ in range(count // 400):
             gg.sweep(a, b, d).normal
             pair.sweep("z").moving.point

@@ -1,6 +1,7 @@
 """The wheel holds all that it needs, and works where nothing is installed."""
 
 import os
+import shutil
 import subprocess
 import sys
 import sysconfig
@@ -12,19 +13,45 @@ import gsl_geometry as gg
 from support import MESHES, PACKAGE, SOURCE
 
 
-@pytest.fixture(scope="module")
-def wheel(tmp_path_factory):
-    folder = tmp_path_factory.mktemp("wheel")
+BUILD = PACKAGE.parent.parent
+
+
+def make_wheel(folder, **environment):
     before = {path.name for path in (SOURCE / "python").iterdir()}
     command = [sys.executable, "-m", "pip", "wheel", "--no-build-isolation", "--no-deps", "--no-index", "-w", folder]
     made = subprocess.run(
-        [*command, SOURCE / "python"], capture_output=True, text=True, check=False,
-        env={**os.environ, "GSL_BUILD_DIR": str(PACKAGE.parent.parent)},
-    )  # fmt: skip
+        [*command, SOURCE / "python"], capture_output=True, text=True, check=False, env={**os.environ, **environment}
+    )
     assert made.returncode == 0, made.stdout + made.stderr
     assert {path.name for path in (SOURCE / "python").iterdir()} == before
     (path,) = folder.iterdir()
     return path
+
+
+@pytest.fixture(scope="module")
+def wheel(tmp_path_factory):
+    return make_wheel(tmp_path_factory.mktemp("wheel"), GSL_BUILD_DIR=str(BUILD))
+
+
+def test_without_a_build_folder_the_tree_is_built(wheel, tmp_path):
+    # Building takes minutes, so that a script in the place of CMake notes the commands and installs from this build.
+    cmake, commands, made = tmp_path / "bin" / "cmake", tmp_path / "commands", tmp_path / "made"
+    cmake.parent.mkdir()
+    made.mkdir()
+    folder = SOURCE / "build" / f"wheel-{sys.implementation.cache_tag}"
+    cmake.write_text(f"""#!/bin/sh
+printf '%s\\n' "$*" >>"{commands}"
+[ "$1" != --install ] || {{ shift 2; exec "{shutil.which('cmake')}" --install "{BUILD}" "$@"; }}
+""")
+    cmake.chmod(0o755)
+    path = make_wheel(made, GSL_BUILD_DIR="", PATH=f"{cmake.parent}:{os.environ['PATH']}")
+    with zipfile.ZipFile(path) as ours, zipfile.ZipFile(wheel) as other:
+        assert sorted(ours.namelist()) == sorted(other.namelist())
+    configured, built, installed = commands.read_text().splitlines()
+    flags = f"-DGSL_PYTHON=ON -DGSL_ASSIMP=OFF -DPython3_EXECUTABLE={sys.executable}"
+    assert configured == f"--preset release -B {folder} {flags}"
+    assert built == f"--build {folder} --target gsl_python"
+    assert installed.startswith(f"--install {folder} --component gsl_python --prefix ")
 
 
 def test_the_name_says_python_and_system(wheel):

@@ -5,8 +5,11 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <cstring>
+#include <limits>
 #include <stdexcept>
+#include <vector>
 
 namespace {
 
@@ -29,6 +32,30 @@ TEST(Body, CountsItsTriangles) {
   BodyOf(Mesh{}).GetBounds(low, high);
   EXPECT_TRUE(sweep_ask::SameBits(low, Coord3{0, 0, 0}));
   EXPECT_TRUE(sweep_ask::SameBits(high, Coord3{0, 0, 0}));
+}
+
+TEST(Body, WritesItsTrianglesInTheirOrder) {
+  // Enough triangles that they are sorted for the search, the first and one in between skipped.
+  const double infinity = std::numeric_limits<double>::infinity();
+  Mesh mesh;
+  sweep_shapes::AddTriangle(mesh, {0, 0, 0}, {9, 9, infinity}, {0, 0, 0});
+  const Mesh bowl = Bowl(8, 0.1);
+  mesh.corners.insert(mesh.corners.end(), bowl.corners.begin(), bowl.corners.end());
+  mesh.corners[3 * 50].y = -infinity;
+  const Body body = BodyOf(mesh);
+  ASSERT_EQ(3 * body.TriangleCount(), mesh.corners.size());
+  std::vector<double> written(9 * body.TriangleCount() + 1, -77.0);
+  body.GetTriangles(written.data());
+  EXPECT_EQ(written.back(), -77.0);
+  for (std::size_t k = 0; k < mesh.corners.size(); ++k) {
+    const Coord3 found{written[3 * k], written[3 * k + 1], written[3 * k + 2]};
+    if (k / 3 == 0 || k / 3 == 50) {
+      EXPECT_TRUE(std::isnan(found.x) && std::isnan(found.y) && std::isnan(found.z)) << k;
+    } else {
+      EXPECT_TRUE(sweep_ask::SameBits(found, mesh.corners[k])) << k;
+    }
+  }
+  BodyOf(Mesh{}).GetTriangles(nullptr);
 }
 
 TEST(Body, CopiesShareAndMovedFromBodiesCanBeAsked) {
