@@ -111,7 +111,8 @@ TEST(MeshFacts, ZerosOfEitherSignAreOneVertexAndNothingElseIs) {
 TEST(MeshFacts, AreaIsDecidedExactlyAtEverySize) {
   for (const double scale : {1.0, 0x1p-1040, 0x1p-500, 0x1p500, 0x1p1010}) {
     Mesh mesh;
-    AddTriangle(mesh, {0, 0, 0}, {scale, 2 * scale, 3 * scale}, {7 * scale, 14 * scale, 21 * scale});
+    AddTriangle(mesh, {0, 0, 0}, {scale, 2 * scale, 3 * scale},
+                {7 * scale, 14 * scale, 21 * scale});
     EXPECT_EQ(FactsOf(mesh).degenerate, 1u) << scale;
     mesh.corners[2].z = std::nextafter(mesh.corners[2].z, 0.0);
     EXPECT_EQ(FactsOf(mesh).degenerate, 0u) << scale;

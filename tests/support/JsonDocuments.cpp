@@ -34,6 +34,18 @@ private:
   std::map<Schema, std::set<std::string>> m_documents;
 };
 
+const char* PathOf(Schema schema) {
+  switch (schema) {
+  case Schema::Mesh:
+    return GSL_MESH_SCHEMA;
+  case Schema::Model:
+    return GSL_MODEL_SCHEMA;
+  case Schema::Sweep:
+    break;
+  }
+  return GSL_SWEEP_SCHEMA;
+}
+
 // The framework owns the environment.
 Kept& kept = static_cast<Kept&>(*testing::AddGlobalTestEnvironment(new Kept));
 
@@ -45,8 +57,8 @@ void Keep(const std::string& document, Schema schema) {
 
 std::vector<std::string> ErrorsOf(const std::vector<std::string>& documents, Schema schema) {
   const TemporaryFolder folder;
-  const char* const path = schema == Schema::Sweep ? GSL_SWEEP_SCHEMA : GSL_MODEL_SCHEMA;
-  std::string command = std::string("'" GSL_PYTHON "' -B '" GSL_VALIDATE_JSON "' '") + path + "'";
+  std::string command =
+      std::string("'" GSL_PYTHON "' -B '" GSL_VALIDATE_JSON "' '") + PathOf(schema) + "'";
   for (std::size_t k = 0; k < documents.size(); ++k)
     command += " '" + folder.Write(std::to_string(k), documents[k]) + "'";
   const std::string said = folder.Path("said");

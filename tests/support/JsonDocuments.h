@@ -8,7 +8,7 @@
 namespace json_documents {
 
 /// The schemas in docs/.
-enum class Schema { Sweep, Model };
+enum class Schema { Sweep, Mesh, Model };
 
 /// Keeps a document until the end of the program, which fails when one of them is not valid. All of
 /// them are validated together because the validator takes long to start.

@@ -31,9 +31,11 @@ public:
 
 /// Has the JSON documents of an output validated: one document, or one in each line.
 inline void KeepJson(const std::string& out) {
-  // The documents of gsl-model have version 1, and those of gsl-sweep version 2.
+  // The documents of gsl-mesh and gsl-model have version 1, and those of gsl-sweep version 2.
   if (out.find("{\n  \"schema_version\": 1,") == 0) {
-    json_documents::Keep(out, json_documents::Schema::Model);
+    const bool isOfMeshes = out.find("\n  \"meshes\": [") != std::string::npos;
+    json_documents::Keep(out,
+                         isOfMeshes ? json_documents::Schema::Mesh : json_documents::Schema::Model);
     return;
   }
   if (out.substr(0, 8) != "{\"line\":") {
@@ -45,11 +47,12 @@ inline void KeepJson(const std::string& out) {
     json_documents::Keep(line);
 }
 
-/// Runs a shell command in which $SWEEP and $MODEL are the programs. JSON on its stdout is
+/// Runs a shell command in which $SWEEP, $MESH and $MODEL are the programs. JSON on its stdout is
 /// validated.
 inline Outcome Shell(const std::string& command) {
   const Folder folder;
-  const std::string line = "SWEEP='" GSL_SWEEP_PROGRAM "'; MODEL='" GSL_MODEL_PROGRAM "'; { " +
+  const std::string line = "SWEEP='" GSL_SWEEP_PROGRAM "'; MESH='" GSL_MESH_PROGRAM
+                           "'; MODEL='" GSL_MODEL_PROGRAM "'; { " +
                            command + "; } >'" + folder.Path("out") + "' 2>'" + folder.Path("err") +
                            "' </dev/null";
   Outcome outcome;
@@ -63,6 +66,10 @@ inline Outcome Shell(const std::string& command) {
 
 inline Outcome Sweep(const std::string& arguments) {
   return Shell("$SWEEP " + arguments);
+}
+
+inline Outcome MeshTool(const std::string& arguments) {
+  return Shell("$MESH " + arguments);
 }
 
 inline Outcome Model(const std::string& arguments) {
