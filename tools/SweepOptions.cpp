@@ -157,10 +157,18 @@ Coord3 OffsetOf(const std::string& value) {
   return *offset;
 }
 
+/// Returns true for a decimal number that is not zero, such as 1e-400.
+bool SaysMoreThanZero(const std::string& value) {
+  const std::string digits = value.substr(0, value.find_first_of("eE"));
+  return digits.find_first_of("123456789") != std::string::npos;
+}
+
+/// A zero has no sign.
 double NumberOf(const std::string& name, const std::string& value) {
   const auto number = ParseNumber(value);
   if (!number) FailValue(name, "be a finite number", value);
-  return *number;
+  if (*number == 0.0 && SaysMoreThanZero(value)) FailValue(name, "be 0 or fit a double", value);
+  return *number + 0.0;
 }
 
 double NumberFromZero(const std::string& name, const std::string& value) {

@@ -134,21 +134,31 @@ Part ReadPart(const std::string& file, const SweepOptions& options, Display& dis
   return {file, std::move(mesh), body};
 }
 
+[[noreturn]] void RefuseFault(const std::string& file, const std::string& fault) {
+  throw MeshError(file + ": not a solid" + fault +
+                  "; --solid expects a closed surface whose triangles face outwards");
+}
+
 /// Makes the body thicker, or thinner, and returns the deviation. A body that is not a solid may
-/// have no outside, so that is warned of.
-double Grow(Part& part, double allowance) {
+/// have no outside. Where it is to be one, and no pose can make it one, it is refused; otherwise
+/// that is warned of.
+double Grow(Part& part, const SweepOptions& options) {
   const Solidity solidity = part.body.IsSolid();
+  const std::string fault = solidity ? "" : ": " + solidity.Reason();
+  if (!solidity && options.solid && options.poseFile.empty()) RefuseFault(part.mesh.file, fault);
   if (!solidity) {
     part.mesh.warnings.push_back(Printable(
-        part.mesh.file + ": not a solid: " + solidity.Reason() +
-        "; --allowance moves each triangle to the side that it faces, which may be inwards"));
+        part.mesh.file + ": not a solid" + fault +
+        "; --allowance takes the side that each triangle faces for its outside, which may "
+        "be wrong"));
   }
   double deviation = 0.0;
   try {
-    part.body = part.body.Grown(allowance, &deviation);
+    part.body = part.body.Grown(options.allowance, &deviation);
   } catch (const std::invalid_argument& error) {
     throw MeshError(part.mesh.file + ": " + error.what() +
-                    "; expected an --allowance that is closer to 0");
+                    (solidity ? "; expected an --allowance that is closer to 0"
+                              : "; the body is not a solid" + fault));
   }
   return deviation;
 }
@@ -160,7 +170,7 @@ Scene ReadScene(const SweepOptions& options, Display& display) {
   Part& moving = scene.moving;
   if (options.allowance != 0.0) {
     display.Begin("Growing " + NameOfInput(moving.file), "allowance");
-    scene.deviation = Grow(moving, options.allowance);
+    scene.deviation = Grow(moving, options);
     display.End("allowance");
   }
   if (pose) {
@@ -215,7 +225,9 @@ void WriteResults(const SweepOptions& options, const SweepReport& report, Mesh m
   if (!options.JsonToStdout()) {
     WriteStdout(ReportAsText(report) + OutputLine(options, report.answer));
   } else if (!touches && !options.outputFile.empty()) {
-    PrintLine("no contact, so nothing is written to " + options.outputFile);
+    const std::string what =
+        report.clearance > 0.0 ? "not within " + NumberText(report.clearance) : "no contact";
+    PrintLine(what + ", so nothing is written to " + options.outputFile);
   }
 }
 
@@ -223,8 +235,44 @@ BodyCounts CountsOf(const Body& body) {
   return {body.TriangleCount(), body.SkippedCount(), 0};
 }
 
-/// Returns the warnings of what was left out, of the pose and of sizes that do not fit, in the
-/// order of the bodies.
+/// Says which travels, and whether the allowance, are as small as the resolution of the input.
+class FineTravels {
+public:
+  FineTravels(const SweepOptions& options, const Scene& scene)
+      : m_moving(scene.moving.mesh, scene.moving.body, scene.pose, options.offset,
+                 scene.deviation.has_value()) {
+    for (const Part& part : scene.fixed)
+      m_fixed.emplace_back(part.mesh, part.body, std::nullopt, Coord3{0.0, 0.0, 0.0});
+  }
+
+  /// Returns the warning for an answer, and remembers the first; empty for an ordinary travel.
+  std::string Check(const Answer& answer) {
+    if (answer.status != SweepStatus::Contact) return {};
+    std::string warning = ResolutionWarning(answer, m_moving, m_fixed.at(answer.contact.fixedBody));
+    if (!warning.empty() && m_count++ == 0) m_first = Printable(warning);
+    return Printable(warning);
+  }
+
+  /// Returns the warning for an allowance; empty for an ordinary one.
+  std::string CheckAllowance(double allowance) {
+    return AllowanceWarning(allowance, m_moving, m_fixed);
+  }
+
+  /// Returns one warning for all; empty when there was none.
+  std::string ForAll() const {
+    if (m_count <= 1) return m_first;
+    return m_first + " (" + std::to_string(m_count) + " such travels in all)";
+  }
+
+private:
+  Resolution m_moving;
+  std::vector<Resolution> m_fixed;
+  std::string m_first;
+  std::size_t m_count = 0;
+};
+
+/// Returns the warnings of what was left out, of the pose, of the allowance and of sizes that do
+/// not fit, in the order of the bodies.
 std::vector<std::string> WarningsOf(const SweepOptions& options, const Scene& scene) {
   const Part& moving = scene.moving;
   std::vector<std::string> warnings = moving.mesh.warnings;
@@ -234,6 +282,9 @@ std::vector<std::string> WarningsOf(const SweepOptions& options, const Scene& sc
   for (const Part& part : scene.fixed)
     AddWarning(warnings, SkippedWarning(part.mesh.file, CountsOf(part.body)));
   if (scene.pose) AddWarning(warnings, PoseWarning(*scene.pose, NameOfInput(options.poseFile)));
+  if (scene.deviation) {
+    AddWarning(warnings, FineTravels(options, scene).CheckAllowance(options.allowance));
+  }
   for (const Part& part : scene.fixed)
     AddWarning(warnings, SizeWarning(moving.mesh.file, moving.body, part.mesh.file, part.body));
   return warnings;
@@ -246,14 +297,15 @@ void ShowWarnings(const SweepOptions& options, const std::vector<std::string>& w
 }
 
 /// Refuses a body that --solid cannot take. `changes` names the options that changed it, if any: a
-/// pose can turn a body inside out, or make it flat.
+/// pose can turn a body inside out, or make it flat. Where it was no solid before, that is the
+/// fault, in the coordinates of the file.
 void RequireSolid(const Part& part, const std::string& changes) {
   const Solidity solidity = part.body.IsSolid();
   if (solidity) return;
-  const bool wasSolid = !changes.empty() && Body(ViewOf(part.mesh)).IsSolid();
-  throw MeshError(part.mesh.file + ": not a solid" + (wasSolid ? " after " + changes : "") + ": " +
-                  solidity.Reason() +
-                  "; --solid expects a closed surface whose triangles face outwards");
+  if (changes.empty()) RefuseFault(part.mesh.file, ": " + solidity.Reason());
+  const Solidity before = Body(ViewOf(part.mesh)).IsSolid();
+  RefuseFault(part.mesh.file,
+              before ? " after " + changes + ": " + solidity.Reason() : ": " + before.Reason());
 }
 
 void RequireSolids(const Scene& scene) {
@@ -299,36 +351,6 @@ Pair PairOf(const Scene& scene, const Run& run) {
     fixed.push_back(part.body);
   return {scene.moving.body, fixed, run};
 }
-
-/// Says which travels are as small as the resolution of the input.
-class FineTravels {
-public:
-  FineTravels(const SweepOptions& options, const Scene& scene)
-      : m_moving(scene.moving.mesh, scene.moving.body, scene.pose, options.offset) {
-    for (const Part& part : scene.fixed)
-      m_fixed.emplace_back(part.mesh, part.body, std::nullopt, Coord3{0.0, 0.0, 0.0});
-  }
-
-  /// Returns the warning for an answer, and remembers the first; empty for an ordinary travel.
-  std::string Check(const Answer& answer) {
-    if (answer.status != SweepStatus::Contact) return {};
-    std::string warning = ResolutionWarning(answer, m_moving, m_fixed.at(answer.contact.fixedBody));
-    if (!warning.empty() && m_count++ == 0) m_first = Printable(warning);
-    return Printable(warning);
-  }
-
-  /// Returns one warning for all; empty when there was none.
-  std::string ForAll() const {
-    if (m_count <= 1) return m_first;
-    return m_first + " (" + std::to_string(m_count) + " such travels in all)";
-  }
-
-private:
-  Resolution m_moving;
-  std::vector<Resolution> m_fixed;
-  std::string m_first;
-  std::size_t m_count = 0;
-};
 
 /// Counts what only the JSON shows.
 void CountLeftOut(const SweepOptions& options, const Scene& scene, const Question& question,

@@ -306,9 +306,9 @@ struct Run {
   Executor executor; ///< runs the jobs in place of threads of this library
 };
 
-/// Two triangles of one body, the lower number first.
+/// Two triangles of one body that cross.
 struct Crossing {
-  std::size_t first = 0, second = 0;
+  std::size_t first = 0, second = 0; ///< numbers in the body, the lower first
 };
 
 /// Finds the pairs of triangles of a body that share a point other than a common corner or a point

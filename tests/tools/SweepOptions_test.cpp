@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <sstream>
 #include <string>
 #include <thread>
@@ -153,6 +154,12 @@ TEST(SweepOptions, AllowanceGoesWithEveryQuestion) {
   EXPECT_EQ(ParseMore({"--allowance=-1e-4"}).options.allowance, -1e-4);
   EXPECT_EQ(ParseMore({"--allowance", "-1e-4"}).options.allowance, -1e-4);
   EXPECT_EQ(ParseMore({"--allowance", "2"}).options.allowance, 2.0);
+  EXPECT_FALSE(std::signbit(ParseMore({"--allowance=-0"}).options.allowance));
+  EXPECT_EQ(ParseMore({"--allowance", "0.000e-400"}).options.allowance, 0.0);
+  EXPECT_EQ(ParseMore({"--allowance=-1e-400"}).error,
+            "--allowance must be 0 or fit a double (got -1e-400)");
+  EXPECT_EQ(ParseMore({"--clearance", "1e-400"}).error,
+            "--clearance must be 0 or fit a double (got 1e-400)");
   for (const std::vector<const char*>& others :
        std::vector<std::vector<const char*>>{{"--solid"},
                                              {"--leaving"},

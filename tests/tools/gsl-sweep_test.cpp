@@ -383,7 +383,7 @@ TEST(GslSweep, AllowanceGrowsTheMovingBodyFirst) {
   EXPECT_EQ(thinner.status, 0);
   EXPECT_EQ(FirstLine(thinner.out).substr(0, 33), "Contact after 5.25 along (0, 0, -");
   EXPECT_NE(thinner.out.find("\n  grown   " + cube +
-                             " by -0.25, not exactly: planes are off by at most 0; the answer for "
+                             " by -0.25: planes are off by at most 0; the answer for "
                              "the grown body is exact\n"),
             std::string::npos)
       << thinner.out;
@@ -481,12 +481,43 @@ TEST(GslSweep, AllowanceOfABodyWithoutAnOutsideIsWarnedOf) {
   ASSERT_EQ(answer["warnings"].size(), 1u);
   const std::string warning = answer["warnings"][0];
   EXPECT_EQ(warning.find(sheet + ": not a solid: open edge: "), 0u) << warning;
-  EXPECT_NE(warning.find("; --allowance moves each triangle to the side that it faces"),
+  EXPECT_NE(warning.find("; --allowance takes the side that each triangle faces for its outside"),
             std::string::npos);
   EXPECT_EQ(Sweep(question + " --quiet").err, "");
   const Outcome solid = Sweep(question + " --solid");
   EXPECT_EQ(solid.status, 3);
   EXPECT_EQ(solid.err.find("gsl-sweep: " + sheet + ": not a solid: open edge: "), 0u);
+  // The edge is named as it is in the file.
+  EXPECT_NE(solid.err.find("(0, 0, 5)"), std::string::npos) << solid.err;
+  const std::string pose = folder.Write("pose", std::string(kNoTurn));
+  EXPECT_EQ(Sweep(question + " --solid --pose " + pose).err, solid.err);
+}
+
+TEST(GslSweep, ABodyThatIsInsideOutIsNotSaidToBeTooThin) {
+  const Folder folder;
+  gsl_mesh::Mesh mesh = Box({0, 0, 5}, {1, 1, 5.5});
+  std::reverse(mesh.corners.begin(), mesh.corners.end());
+  const std::string file = folder.Write("inside.stl", mesh);
+  const std::string floor = folder.Write("floor.stl", Box({-9, -9, -1}, {9, 9, 0}));
+  const Outcome refused = Sweep(file + " " + floor + " -d -z --allowance 0.3");
+  EXPECT_EQ(refused.status, 3);
+  EXPECT_EQ(LineCount(refused.err), 1u);
+  EXPECT_NE(refused.err.find("; the body is not a solid: wrong orientation: "), std::string::npos)
+      << refused.err;
+}
+
+TEST(GslSweep, AllowanceWithinTheResolutionIsWarnedOf) {
+  const Folder folder;
+  // Numbers of single precision are 2^-10 apart here.
+  const std::string peg = folder.Write("peg.stl", Box({8192, 0, 5}, {8193, 1, 6}));
+  const std::string floor = folder.Write("floor.stl", Box({8000, -9, -1}, {8500, 9, 0}));
+  const std::string question = peg + " " + floor + " -d -z --json - --quiet --allowance=-";
+  const json fine = json::parse(Sweep(question + "0.0009").out)["warnings"];
+  ASSERT_EQ(fine.size(), 1u);
+  EXPECT_EQ(
+      fine[0].get<std::string>().find("the allowance -9e-04 is within the resolution of " + peg),
+      0u);
+  EXPECT_EQ(json::parse(Sweep(question + "0.001").out)["warnings"], json::array());
 }
 
 /// Returns the mesh after a turn about x by a right-angled triangle of sides 3, 4, 5, and then

@@ -176,15 +176,16 @@ std::string BodiesAsText(const SceneReport& report) {
   return text;
 }
 
-std::string ErrorsAsText(const SceneReport& report, double errorBound) {
+std::string ErrorsAsText(const SceneReport& report, const char* what, double errorBound) {
   std::string text;
   if (errorBound > 0.0) {
-    text += "  error   not exact: the travel and each coordinate are off by at most " +
+    text += std::string("  error   not exact: ") + what + " off by at most " +
             NumberText(errorBound) + "\n";
   }
   if (report.allowance != 0.0) {
     text += "  grown   " + NameInText(report.movingFile) + " by " + NumberText(report.allowance) +
-            ", not exactly: planes are off by at most " + NumberText(report.deviation) +
+            (report.pose ? ", before the pose" : "") + ": planes are off by at most " +
+            NumberText(report.deviation) +
             (report.clearance > 0.0 ? "\n" : "; the answer for the grown body is exact\n");
   }
   return text;
@@ -192,7 +193,11 @@ std::string ErrorsAsText(const SceneReport& report, double errorBound) {
 
 std::string ReportAsText(const SweepReport& report) {
   const Answer& answer = report.answer;
-  const std::string errors = ErrorsAsText(report, answer.errorBound);
+  // A travel of zero is decided exactly.
+  const bool isStart = answer.status == SweepStatus::Start;
+  const std::string errors =
+      ErrorsAsText(report, isStart ? "each coordinate is" : "the travel and each coordinate are",
+                   answer.errorBound);
   if (!Touches(answer)) return FirstLine(report) + BodiesAsText(report) + errors;
   const FixedBody& met = report.fixed.at(answer.contact.fixedBody);
   std::string moving =

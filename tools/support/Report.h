@@ -35,7 +35,7 @@ struct FixedBody {
 struct SceneReport {
   std::string movingFile;         ///< as it was given; "-" is standard input
   double allowance = 0.0;         ///< by which the moving body was grown first
-  double deviation = 0.0;         ///< the greatest by which a plane is off the allowance
+  double deviation = 0.0;         ///< the greatest amount by which a plane is off the allowance
   std::optional<gsl_Matrix> pose; ///< where the moving body was placed, before the offset
   Coord3 offset{0.0, 0.0, 0.0};   ///< added to the moving body
   double maxDistance = std::numeric_limits<double>::infinity(); ///< as requested
@@ -75,9 +75,9 @@ std::string NameInText(const std::string& file);
 /// Returns one line for each body, each ended by a newline.
 std::string BodiesAsText(const SceneReport& report);
 
-/// Returns what is not exact, in lines that end with newlines: travels and points that have an
-/// error bound, and an allowance. An empty text means that everything is exact.
-std::string ErrorsAsText(const SceneReport& report, double errorBound);
+/// Returns what is not exact, in lines that end with newlines: what has an error bound, in words
+/// such as "each coordinate is", and an allowance. An empty text means that everything is exact.
+std::string ErrorsAsText(const SceneReport& report, const char* what, double errorBound);
 
 /// Returns three lines, each ended by a newline, one more for a patch, and those of ErrorsAsText.
 /// Without a contact each fixed body has its own line. A body that is around the other has no

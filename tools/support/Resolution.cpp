@@ -78,12 +78,13 @@ double SpacingAt(double magnitude, bool isSingle) {
 }
 
 Resolution::Resolution(const gsl_mesh::Mesh& mesh, const gsl_sweep::Body& placed,
-                       const std::optional<gsl_Matrix>& pose, const Coord3& offset)
+                       const std::optional<gsl_Matrix>& pose, const Coord3& offset, bool isGrown)
     : m_mesh(&mesh), m_stretch(pose ? StretchOf(*pose) : 1.0),
       m_least(SpacingAt(
           std::max(LargestOf(placed, Coord3{0.0, 0.0, 0.0}), LargestOf(placed, offset)), false)),
-      m_most(pose ? std::numeric_limits<double>::infinity()
-                  : std::max(m_least, SpacingAt(LargestOf(placed, Coord3{0.0, 0.0, 0.0}), true))) {}
+      m_most(pose || isGrown
+                 ? std::numeric_limits<double>::infinity()
+                 : std::max(m_least, SpacingAt(LargestOf(placed, Coord3{0.0, 0.0, 0.0}), true))) {}
 
 double Resolution::Get() {
   if (!m_distance) m_distance = std::max(SpacingOf(*m_mesh) * m_stretch, m_least);
@@ -104,6 +105,23 @@ std::string ResolutionWarning(const gsl_sweep::Answer& answer, Resolution& movin
          ", " + NumberText(coarser.Get()) +
          " (the distance between neighbouring coordinates); the bodies may be " +
          (answer.isExact ? "in contact" : "within the clearance") + " from the start";
+}
+
+std::string AllowanceWarning(double allowance, Resolution& moving, std::vector<Resolution>& fixed) {
+  const double length = std::fabs(allowance) * moving.Stretch();
+  Resolution* coarsest = &moving;
+  bool reaches = moving.Reaches(length);
+  for (Resolution& body : fixed) {
+    if (!body.Reaches(length)) continue;
+    reaches = true;
+    if (body.Get() > coarsest->Get()) coarsest = &body;
+  }
+  if (!reaches) return {};
+  return "the allowance " + NumberText(allowance) + " is within the resolution of " +
+         coarsest->File() + ", " + NumberText(coarsest->Get()) +
+         " (the distance between neighbouring coordinates); it may be less than the rounding of "
+         "the "
+         "coordinates";
 }
 
 } // namespace gsl_tools

@@ -7,6 +7,7 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 /// How fine the coordinates of the input are, and travels that are finer.
 namespace gsl_tools {
@@ -23,11 +24,14 @@ double SpacingAt(double magnitude, bool isSingle);
 /// Pose       a pose that stretches (by the longest of its first three columns) stretches the
 ///            spacing too. The resolution is at least the spacing of doubles at the coordinates
 ///            after pose and offset.
+/// Growing    changes nothing.
 class Resolution {
 public:
-  /// Reads the mesh, which is there as long as this object, not before it is needed.
+  /// Reads the mesh, which is there as long as this object, not before it is needed. `isGrown` says
+  /// that the body, before the pose, does not have the corners of the mesh.
   Resolution(const gsl_mesh::Mesh& mesh, const gsl_sweep::Body& placed,
-             const std::optional<gsl_Matrix>& pose, const gsl_arithmetic::Coord3& offset);
+             const std::optional<gsl_Matrix>& pose, const gsl_arithmetic::Coord3& offset,
+             bool isGrown = false);
 
   /// Returns true when the travel is at most the resolution.
   bool Reaches(double travel);
@@ -36,6 +40,8 @@ public:
   double Get();
 
   const std::string& File() const { return m_mesh->file; }
+  /// Returns by how much the pose stretches lengths, at most.
+  double Stretch() const { return m_stretch; }
 
 private:
   const gsl_mesh::Mesh* m_mesh;
@@ -50,6 +56,11 @@ private:
 /// make such a travel.
 std::string ResolutionWarning(const gsl_sweep::Answer& answer, Resolution& moving,
                               Resolution& fixed);
+
+/// Returns one line when the allowance, after the pose of the moving body, is at most the
+/// resolution of one of the bodies; else an empty text. It may then be less than the rounding that
+/// it is to make up for.
+std::string AllowanceWarning(double allowance, Resolution& moving, std::vector<Resolution>& fixed);
 
 } // namespace gsl_tools
 

@@ -39,7 +39,8 @@ std::string TravelLine(const char* name, const SphereReport& report, std::size_t
   const Answer& answer = report.answers[k];
   const std::string& file = report.fixed.at(answer.contact.fixedBody).file;
   return std::string("  ") + name + NumberText(answer.contact.travel) + " along " +
-         VectorText(answer.unitDirection) + ", onto " + NameInText(file) + "\n";
+         VectorText(answer.unitDirection) + (report.clearance > 0.0 ? ", to " : ", onto ") +
+         NameInText(file) + "\n";
 }
 
 Json BodyAsJson(const std::string& file, const BodyCounts& body) {
@@ -77,8 +78,10 @@ Json SummaryAsJson(const SphereReport& report) {
 std::string SphereAsText(const SphereReport& report) {
   const Tally tally = TallyOf(report.answers);
   const std::size_t count = report.answers.size();
-  const std::string limit =
-      std::isfinite(report.maxDistance) ? " within " + NumberText(report.maxDistance) : "";
+  const std::string limit = std::isfinite(report.maxDistance)
+                                ? (report.clearance > 0.0 ? " up to a travel of " : " within ") +
+                                      NumberText(report.maxDistance)
+                                : "";
   const std::string near =
       report.clearance > 0.0 ? "within " + NumberText(report.clearance) : std::string();
   std::string text = std::to_string(count) + (count == 1 ? " direction: " : " directions: ") +
@@ -88,7 +91,8 @@ std::string SphereAsText(const SphereReport& report) {
                      (near.empty() ? "in contact" : near) + " from the start.\n";
   if (tally.least) text += TravelLine("least     ", report, *tally.least);
   if (tally.greatest) text += TravelLine("greatest  ", report, *tally.greatest);
-  return text + BodiesAsText(report) + ErrorsAsText(report, tally.errorBound);
+  return text + BodiesAsText(report) +
+         ErrorsAsText(report, "each travel and each coordinate are", tally.errorBound);
 }
 
 std::string SphereAsJson(const SphereReport& report) {

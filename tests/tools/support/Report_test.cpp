@@ -118,12 +118,13 @@ SweepReport ClearanceReport() {
 
 TEST(Report, TextOfAClearanceBoundsItsError) {
   SweepReport report = ClearanceReport();
-  const std::string rest = "  moving  bolt.stl, triangle 7 of 12, at (1, 2, 0.3333333333333333)\n"
-                           "  fixed   bracket.stl, triangle 9 of 34, at (1, 2, 0.25)\n"
-                           "  error   not exact: the travel and each coordinate are off by at most "
-                           "9.094947017729282e-13\n";
+  const std::string places = "  moving  bolt.stl, triangle 7 of 12, at (1, 2, 0.3333333333333333)\n"
+                             "  fixed   bracket.stl, triangle 9 of 34, at (1, 2, 0.25)\n";
+  const std::string bound = " off by at most 9.094947017729282e-13\n";
   EXPECT_EQ(ReportAsText(report),
-            "Within 0.25 after 0.1 along (0, 0, -1): vertex to face.\n" + rest);
+            "Within 0.25 after 0.1 along (0, 0, -1): vertex to face.\n" + places +
+                "  error   not exact: the travel and each coordinate are" + bound);
+  const std::string rest = places + "  error   not exact: each coordinate is" + bound;
   EXPECT_EQ(JsonOf(report)["error_bound"], 0x1p-40);
   EXPECT_EQ(JsonOf(report)["question"]["clearance"], 0.25);
   report.answer.status = SweepStatus::Start;
@@ -151,7 +152,7 @@ TEST(Report, TextOfAGrownBodySaysWhatIsExact) {
   report.movingFile = "-";
   report.allowance = -0.5;
   report.deviation = 0x1p-30;
-  const std::string line = "  grown   standard input by -0.5, not exactly: planes are off by at "
+  const std::string line = "  grown   standard input by -0.5: planes are off by at "
                            "most 9.313225746154785e-10";
   const std::string exact = "; the answer for the grown body is exact\n";
   const auto ends = [](const std::string& text, const std::string& end) {
@@ -161,6 +162,9 @@ TEST(Report, TextOfAGrownBodySaysWhatIsExact) {
   EXPECT_EQ(JsonOf(report)["growing"]["deviation"], 0x1p-30);
   report.answer.status = SweepStatus::None;
   EXPECT_TRUE(ends(ReportAsText(report), " 34 triangles\n" + line + exact));
+  report.pose = gsl_Matrix();
+  EXPECT_NE(ReportAsText(report).find(" by -0.5, before the pose: planes are off by"),
+            std::string::npos);
   // With a clearance the answer has an error of its own.
   SweepReport near = ClearanceReport();
   near.movingFile = "-";

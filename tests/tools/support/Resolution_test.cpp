@@ -8,7 +8,9 @@
 #include <cfloat>
 #include <cmath>
 #include <limits>
+#include <optional>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -107,6 +109,42 @@ TEST(Resolution, PoseThatStretchesMakesItCoarser) {
   back.m[0][3] = -1000000.0;
   EXPECT_EQ(Resolution(far, Body(ViewOf(far)).Moved(back), back, nowhere).Get(), 0x1p-4);
   EXPECT_TRUE(Resolution(far, Body(ViewOf(far)).Moved(back), back, nowhere).Reaches(0.06));
+}
+
+TEST(Resolution, OfAGrownBodyIsThatOfItsFile) {
+  const Mesh mesh = Box({0, 0, 0}, {1, 2, 16});
+  const Body grown = Body(ViewOf(mesh)).Grown(-0.25);
+  EXPECT_TRUE(Resolution(mesh, grown, {}, nowhere, true).Reaches(0x1p-19));
+  EXPECT_FALSE(Resolution(mesh, grown, {}, nowhere, true).Reaches(std::nextafter(0x1p-19, 1.0)));
+}
+
+TEST(Resolution, AllowanceUpToTheResolutionIsNamed) {
+  Mesh coarse = Box({0, 0, 0}, {1, 2, 100});
+  coarse.file = "coarse.stl";
+  Mesh fine = Box({1.0 / 3.0, 0, 0}, {1, 2, 100});
+  fine.file = "fine.obj";
+  gsl_Matrix twice;
+  twice.isIdentity = -1;
+  twice.m[0][0] = twice.m[1][1] = twice.m[2][2] = 2.0;
+  const auto warning = [](double allowance, const Mesh& moving, const Mesh& fixed,
+                          const std::optional<gsl_Matrix>& pose) {
+    Resolution ofMoving(moving, Body(ViewOf(moving)), pose, nowhere, true);
+    std::vector<Resolution> ofFixed;
+    ofFixed.emplace_back(fixed, Body(ViewOf(fixed)), std::nullopt, nowhere);
+    return AllowanceWarning(allowance, ofMoving, ofFixed);
+  };
+  const double above = std::nextafter(0x1p-17, 1.0);
+  EXPECT_EQ(warning(-0x1p-17, fine, coarse, {}),
+            "the allowance -7.62939453125e-06 is within the resolution of coarse.stl, "
+            "7.62939453125e-06 (the distance between neighbouring coordinates); it may be less "
+            "than the rounding of the coordinates");
+  EXPECT_NE(warning(0x1p-17, coarse, fine, {}), "");
+  EXPECT_EQ(warning(-above, fine, coarse, {}), "");
+  EXPECT_EQ(warning(above, coarse, fine, {}), "");
+  // A pose stretches the allowance, and the resolution of its own body alone.
+  EXPECT_NE(warning(0x1p-18, fine, coarse, twice), "");
+  EXPECT_EQ(warning(above / 2, fine, coarse, twice), "");
+  EXPECT_NE(warning(0x1p-17, coarse, fine, twice), "");
 }
 
 Answer After(double travel) {

@@ -79,14 +79,14 @@ TEST(Sphere, TextOfAClearanceHasTheGreatestErrorBound) {
     if (Touches(report.answers[k])) report.answers[k].errorBound = k == 2 ? 0x1p-10 : 0x1p-20;
   }
   EXPECT_EQ(SphereAsText(report),
-            "6 directions: 2 free within 9, 4 within 0.25 after a travel, "
+            "6 directions: 2 free up to a travel of 9, 4 within 0.25 after a travel, "
             "0 within 0.25 from the start.\n"
-            "  least     1.5 along (0.125, 0, 0), onto standard input\n"
-            "  greatest  3 along (0.25, 0, 0), onto floor.stl\n"
+            "  least     1.5 along (0.125, 0, 0), to standard input\n"
+            "  greatest  3 along (0.25, 0, 0), to floor.stl\n"
             "  moving  bolt.stl, 12 triangles\n"
             "  fixed   floor.stl, 2 triangles\n"
             "  fixed   standard input, 4 triangles\n"
-            "  error   not exact: the travel and each coordinate are off by at most "
+            "  error   not exact: each travel and each coordinate are off by at most "
             "0.0009765625\n");
   EXPECT_EQ(JsonOf(report)["answers"][2]["error_bound"], 0x1p-10);
 }
@@ -96,7 +96,7 @@ TEST(Sphere, SaysThatTheBodyIsGrown) {
   report.allowance = 0.5;
   report.deviation = 0x1p-10;
   const std::string text = SphereAsText(report);
-  EXPECT_NE(text.find("\n  grown   bolt.stl by 0.5, not exactly: planes are off by at most "
+  EXPECT_NE(text.find("\n  grown   bolt.stl by 0.5: planes are off by at most "
                       "0.0009765625; the answer for the grown body is exact\n"),
             std::string::npos)
       << text;
