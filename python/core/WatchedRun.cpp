@@ -29,7 +29,7 @@ public:
     if (m_isCancelled) return false;
     try {
       if (PyErr_CheckSignals() != 0) throw py::error_already_set();
-      if (!m_progress.is_none() && m_progress(part).is(py::bool_(false))) m_isCancelled = true;
+      if (!m_progress.is_none() && m_progress(part).equal(py::bool_(false))) m_isCancelled = true;
     } catch (...) {
       m_error = std::current_exception();
       m_isCancelled = true;

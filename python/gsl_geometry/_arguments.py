@@ -153,12 +153,18 @@ def offset(value: Any) -> Vector:
     return NO_OFFSET if value is NO_OFFSET else vector("offset", value)
 
 
-def rigid(matrix: np.ndarray) -> None:
-    """Refuses a matrix, shape (4, 4), that does more than rotate and translate."""
+def finite_matrix(matrix: np.ndarray) -> np.ndarray:
+    """Returns the matrix, and refuses one with a number that is not finite."""
     wrong = np.argwhere(~np.isfinite(matrix))
     if len(wrong):
         row, column = wrong[0]
         raise ValueError(f"matrix[{row}, {column}]: expected a finite number, got {matrix[row, column]:g}")
+    return matrix
+
+
+def rigid(matrix: np.ndarray) -> None:
+    """Refuses a matrix, shape (4, 4), that does more than rotate and translate."""
+    finite_matrix(matrix)
     if (matrix[3] != (0, 0, 0, 1)).any():
         raise ValueError(f"matrix[3]: expected (0, 0, 0, 1), got ({', '.join(f'{x:g}' for x in matrix[3])})")
     turn = matrix[:3, :3]

@@ -81,10 +81,12 @@ class Body:
     __slots__ = ("_core", "_vertices", "_faces", "_triangles", "_file", "_deviation", "__weakref__")
 
     def __init__(self, vertices: Any, faces: Any = None) -> None:
-        if faces is None and hasattr(vertices, "vertices") and hasattr(vertices, "faces"):
-            vertices, faces = vertices.vertices, vertices.faces
         self._file: Optional[str] = None
         self._deviation: Optional[float] = None
+        if faces is None and isinstance(vertices, Body):
+            self._file, self._deviation = vertices._file, vertices._deviation
+        if faces is None and hasattr(vertices, "vertices") and hasattr(vertices, "faces"):
+            vertices, faces = vertices.vertices, vertices.faces
         self._triangles: Optional[np.ndarray] = None
         if faces is None:
             soup = _arguments.array("triangles", vertices)
@@ -216,7 +218,8 @@ class Body:
     @property
     def deviation(self) -> Optional[float]:
         """For a body that was grown: the greatest difference between the length by which it was grown and the
-        travel of the plane of a triangle at one of its corners. None for any other body.
+        travel of the plane of a triangle at one of its corners, in the unit in which it was grown: moved() does not
+        change it. None for any other body.
 
         >>> import gsl_geometry as gg
         >>> bolt = gg.read("bolt.stl")

@@ -155,7 +155,7 @@ class Contact:
     @property
     def is_exact(self) -> bool:
         """False for a question with a clearance, whose travel is a root that is rounded: see error_bound. True
-        otherwise; the travel and the points are then the exact ones, rounded.
+        otherwise, also when it was cancelled; the travel and the points are then the exact ones, rounded.
 
         >>> import gsl_geometry as gg
         >>> bolt, bracket = gg.read("bolt.stl"), gg.read("bracket.stl")
@@ -179,7 +179,7 @@ class Contact:
     @property
     def deviation(self) -> Optional[float]:
         """The greatest Body.deviation of the bodies that were grown, by an allowance or by Body.grown; None where
-        none was. The answer is that of the grown bodies.
+        none was. The answer is that of the grown bodies. The unit is that in which they were grown.
 
         >>> import gsl_geometry as gg
         >>> bolt, bracket = gg.read("bolt.stl"), gg.read("bracket.stl")
@@ -207,7 +207,7 @@ class Contact:
             "travel": answer[1] if self else None,
             "exact": answer[11],
             "error_bound": answer[12] if self else None,
-            "direction": list(answer[2]),
+            "direction": None if self.status == "cancelled" else list(answer[2]),
             "kind": self.kind,
             "normal": None if answer[4] is None else list(answer[4]),
             "moving": place(answer[5], answer[6]),
@@ -285,7 +285,7 @@ class Contacts:
     fixed_triangle: np.ndarray  #: shape (k,); -1 without a contact
     fixed_point: np.ndarray  #: shape (k, 3); NaN without a contact
     overlaps_at_start: np.ndarray  #: shape (k,), of bool
-    is_exact: np.ndarray  #: shape (k,), of bool; False with a clearance
+    is_exact: np.ndarray  #: shape (k,), of bool; False with a clearance, unless the answer was cancelled
     error_bound: np.ndarray  #: of the travel and the points, shape (k,); 0 where the answer is exact
     deviation: np.ndarray  #: the greatest of the bodies that were grown, shape (k,); NaN where none was
 
@@ -327,7 +327,7 @@ class Contacts:
         return self._codes < 2
 
     def to_dict(self) -> Dict[str, np.ndarray]:
-        """Returns the arrays by their names, ready for np.savez or a data frame.
+        """Returns the arrays by their names, ready for np.savez. Directions, normals and points have shape (k, 3).
 
         >>> import gsl_geometry as gg
         >>> pair = gg.Pair(gg.read("bolt.stl"), [gg.read("bracket.stl")])
@@ -349,6 +349,8 @@ class Contacts:
     def __getitem__(self, k: Union[int, slice, List[int], np.ndarray]) -> Union[Contact, Contacts]:
         if isinstance(k, (slice, list, np.ndarray)):
             return Contacts(tuple(getattr(self, name)[k] for name in self.__slots__))
+        if isinstance(k, (bool, np.bool_)) or not hasattr(k, "__index__"):
+            raise TypeError(f"expected a number, a slice, a list or an array, got {type(k).__name__}")
 
         def row(column: np.ndarray) -> Any:
             value = column[k].tolist()

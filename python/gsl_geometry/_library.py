@@ -289,6 +289,15 @@ class Transform:
         self._matrix.flags.writeable = False
 
     @classmethod
+    def _of(cls, matrix: np.ndarray) -> Transform:
+        """Returns the transform of a matrix that products and inverses of rigid ones have made. Their roundings add
+        up, so it is not judged again."""
+        transform = cls.__new__(cls)
+        transform._matrix = matrix
+        matrix.flags.writeable = False
+        return transform
+
+    @classmethod
     def identity(cls) -> Transform:
         """Returns the transform that moves nothing.
 
@@ -326,6 +335,9 @@ class Transform:
         if isinstance(axis, str) and axis in _arguments.AXES:
             axis = _arguments.AXES[axis]
         along = np.array(_arguments.vector("axis", axis, _arguments.DIRECTION_FORMS))
+        largest = np.abs(along).max()
+        if largest > 1e100:  # its square would leave the range of double
+            along = along / largest
         least = tolerances().linear
         if np.sqrt((along * along).sum()) < least:
             raise ValueError(f"axis: expected a length of at least {least:g}, got {_arguments.vector('axis', along)}")
@@ -359,12 +371,12 @@ class Transform:
         >>> gg.Transform.translation((0, 0, 5)).inverse().apply((0, 0, 5))
         array([0., 0., 0.])
         """
-        return Transform(_core.inverse(self._matrix))
+        return Transform._of(_arguments.finite_matrix(_core.inverse(self._matrix)))
 
     def __matmul__(self, other: Transform) -> Transform:
         if not isinstance(other, Transform):
             return NotImplemented
-        return Transform(_core.concatenated(other._matrix, self._matrix))
+        return Transform._of(_arguments.finite_matrix(_core.concatenated(other._matrix, self._matrix)))
 
     def __eq__(self, other: object) -> bool:
         if not isinstance(other, Transform):

@@ -70,9 +70,10 @@ enum class SolidityFault : unsigned char {
 ///            its three edges, so a triangle of no area closes the gap where a vertex is inside an
 ///            edge.
 /// NaN        triangles that the body skips count as absent.
-/// Limits     A surface that crosses itself, and an inside-out component that crosses another, may
-///            not be noticed. The questions of Rule::Solid then have no meaning. Crossings finds
-///            such surfaces.
+/// Limits     A surface that crosses itself, an inside-out component that crosses another, and one
+///            that touches another along an edge which more than two triangles use, may not be
+///            noticed. The questions of Rule::Solid then have no meaning. Crossings finds surfaces
+///            that cross elsewhere than in common corners and edges.
 struct GSL_SWEEP_API Solidity {
   SolidityFault fault = SolidityFault::None; ///< None for a solid
   bool hasEdge = false; ///< false when the fault is of a component or of the whole
@@ -260,9 +261,9 @@ struct Contact {
   Coord3 movingPoint{0.0, 0.0, 0.0};                 ///< with the offset, before the travel
   Coord3 fixedPoint{0.0, 0.0, 0.0};                  ///< where the fixed body is met
   /// The normal of the plane in which the features meet, of length one. It is set only where they
-  /// define such a plane. Its product with the direction, which is not rounded, is negative: where
-  /// the rounding of its components would turn it across the direction, one of them is moved by
-  /// up to 2^-52.
+  /// define such a plane. Its product with the direction, whose components below 2^-288 of the
+  /// largest are rounded, is negative without rounding: where the rounding of the components of the
+  /// normal would turn it across the direction, one of them is moved by up to 2^-52.
   bool hasNormal = false;
   Coord3 normal{0.0, 0.0, 0.0}; ///< zeros without a normal
 };
@@ -312,9 +313,9 @@ struct Crossing {
 };
 
 /// Finds the pairs of triangles of a body that share a point other than a common corner or a point
-/// of a common edge. The surface of a solid that a file describes well has none. Writes the first
-/// `capacity` of them, by the lower number and then the other, and returns the number of all, which
-/// is 0 when it is cancelled.
+/// of a common edge. Where components touch or overlap, as those of a solid may, they have some.
+/// Writes the first `capacity` of them, by the lower number and then the other, and returns the
+/// number of all, which is 0 when it is cancelled.
 ///
 /// Decision   exact, as for Pair. Triangles that only touch count too.
 /// Corners    with equal coordinates are common; -0.0 equals 0.0. Triangles with the same three
@@ -322,6 +323,7 @@ struct Crossing {
 /// Degenerate A triangle without area has no crossings. It may be what joins two edges of which
 ///            the one is a part of the other.
 /// NaN        triangles that the body skips count as absent.
+/// Run        the first call prepares part of the body on one thread, which cannot be cancelled.
 std::size_t GSL_SWEEP_API Crossings(const Body& body, Crossing* out, std::size_t capacity,
                                     const Run& run = {});
 

@@ -234,6 +234,40 @@ def test_wrong_clearances_and_allowances():
         a.grown(-0.5)
 
 
+def test_products_and_inverses_of_transforms_are_transforms():
+    scaled = gg.Transform(np.diag([1 + 4e-7, 1 + 4e-7, 1 + 4e-7, 1]))
+    product = scaled @ scaled @ scaled
+    assert np.allclose(product.matrix, np.diag([1 + 1.2e-6] * 3 + [1]), rtol=0, atol=1e-12)
+    assert np.allclose((product.inverse() @ product).matrix, np.eye(4), rtol=0, atol=1e-12)
+    turn = gg.Transform(gg.Transform.rotation((1, 2, 3), (1, 1, 0), 0.3).matrix.astype(np.float32))
+    chain = turn
+    for _ in range(100):
+        chain = chain @ turn
+    assert not chain.matrix.flags.writeable
+    far = gg.Transform.translation((1e308, 0, 0))
+    refuses(ValueError, "matrix[0, 3]: expected a finite number, got inf", lambda: far @ far)
+
+
+def test_an_axis_has_any_length():
+    for length in (1e-3, 1.0, 1e150, 1e200, 1e308):
+        turned = gg.Transform.rotation((0, 0, 0), (0, 0, length), math.pi / 2).apply((1, 0, 0))
+        assert np.allclose(turned, (0, 1, 0), rtol=0, atol=1e-15)
+
+
+def test_rows_are_selected_by_numbers():
+    r = gg.Pair(box(), [box((0, 0, 3), (1, 1, 4))]).sweep(gg.sphere(5))
+    assert repr(r[np.int64(2)]) == repr(r[2])
+    for wrong in (True, np.bool_(True), range(3), 1.5, None, "1"):
+        text = f"expected a number, a slice, a list or an array, got {type(wrong).__name__}"
+        refuses(TypeError, text, lambda wrong=wrong: r[wrong])
+
+
+def test_a_copy_of_a_body_knows_what_it_is_of():
+    bolt = gg.read(MESHES / "bolt.stl").grown(0.125)
+    copy = gg.Body(bolt)
+    assert copy.deviation == bolt.deviation and copy.file == bolt.file
+
+
 def test_transforms_are_rigid():
     turn = gg.Transform.rotation((1, 2, 3), (1, 1, 0), 0.3).matrix
     gg.Transform(turn.astype(np.float32))

@@ -136,7 +136,7 @@ def test_progress_that_returns_false_leaves_the_rest():
 
     def progress(part):
         seen.append(part)
-        return False if len(seen) == 3 else None
+        return np.bool_(False) if len(seen) == 3 else np.bool_(True)
 
     r = pair.sweep(gg.sphere(300000), progress=progress)
     counts = {name: int((r.status == name).sum()) for name in ("contact", "none", "cancelled")}
@@ -145,6 +145,7 @@ def test_progress_that_returns_false_leaves_the_rest():
     assert np.isnan(r.direction[rest]).all() and np.isinf(r.travel[rest]).all() and not r.touches[rest].any()
     k = int(np.argmax(rest))
     assert repr(r[k]) == "Contact(cancelled)" and "cancelled" in repr(r)
+    assert r[k].to_dict()["direction"] is None
 
 
 def sweep_all(pair, directions):

@@ -77,6 +77,8 @@ TEST(CrossingPair, ThreeCommonCornersCount) {
 TEST(CrossingPair, AreaIsJudgedWithoutError) {
   EXPECT_TRUE(HasArea(floorFace));
   EXPECT_TRUE(HasArea({{{0, 0, 0}, {0, 0, 1}, {0, 0x1p-300, 0.5}}}));
+  // Both products are rounded to 1; they differ by 2^-60.
+  EXPECT_TRUE(HasArea({{{0, 0, 0}, {1 + 0x1p-30, 1, 0}, {1, 1 - 0x1p-30, 0}}}));
   EXPECT_FALSE(HasArea({{{0, 0, 0}, {1, 2, 3}, {2, 4, 6}}}));
   EXPECT_FALSE(HasArea({{{0.1, 0.1, 0.1}, {0.3, 0.3, 0.3}, {0.7, 0.7, 0.7}}}));
   EXPECT_FALSE(HasArea({{{1, 2, 3}, {1, 2, 3}, {4, 5, 6}}}));
