@@ -79,7 +79,7 @@ ROOMS = [
          f"exact/, {VALUES}, gsl/include/gsl_Point.h (to move corners as a matrix does), POSIX (pages of large arrays), "
          "SSE2"),
     Room("mesh/", "the mesh; reading and writing files, by format; both ends of the import program",
-         f"mesh/readers/, mesh/writers/, {VALUES}, POSIX"),
+         f"mesh/readers/, mesh/writers/, exact/, {VALUES}, POSIX"),
     Room("mesh/readers/", "one reader per mesh format, and their shared parts",
          f"mesh/, {VALUES}, fast_float, Assimp"),
     Room("mesh/writers/", "one writer per mesh format, and their shared parts", f"mesh/, {VALUES}"),

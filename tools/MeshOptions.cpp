@@ -57,7 +57,8 @@ void Declare(CLI::App& app, MeshOptions& options) {
   app.add_option("FILE")
       ->description("Mesh files; - for stdin. Of convert and move, the second is written: " +
                     MeshFormatNames("."))
-      ->expected(-1);
+      ->expected(-1)
+      ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
   const auto add = [&app](const char* name, const char* value, const std::string& description) {
     app.add_option(name)
         ->description(description)

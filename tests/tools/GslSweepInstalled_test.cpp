@@ -56,6 +56,18 @@ TEST_F(GslSweepInstalled, ModelsAreShownToo) {
             BytesOf(source + ".bash"));
 }
 
+TEST_F(GslSweepInstalled, MeshesAreCheckedToo) {
+  const std::string glb = m_folder.Write("part.glb", gsl_mesh_samples::Glb());
+  const Outcome run = Shell("'" + m_prefix + "/" GSL_BIN_DIR "/gsl-mesh' check " + glb);
+  EXPECT_LE(run.status, 1) << run.err;
+  EXPECT_EQ(run.err, "");
+  const std::string source = GSL_EXAMPLE_MESHES "/../../tools/gsl-mesh";
+  EXPECT_NE(BytesOf(source + ".1"), "");
+  EXPECT_EQ(BytesOf(m_prefix + "/" GSL_MAN_DIR "/man1/gsl-mesh.1"), BytesOf(source + ".1"));
+  EXPECT_EQ(BytesOf(m_prefix + "/" GSL_DATA_DIR "/bash-completion/completions/gsl-mesh"),
+            BytesOf(source + ".bash"));
+}
+
 TEST_F(GslSweepInstalled, IsFoundThroughALink) {
   const std::string link = m_folder.Path("link");
   std::filesystem::create_symlink(m_prefix + "/" GSL_BIN_DIR "/gsl-sweep", link);

@@ -139,6 +139,15 @@ TEST_F(GslMesh, TheExamplesAreSound) {
   EXPECT_EQ(run.status, 0) << run.out;
 }
 
+TEST_F(GslMesh, DocumentsShowTheOutput) {
+  const std::string folder = GSL_EXAMPLE_MESHES;
+  const Outcome run = Shell("cd " + folder + "; $MESH check bolt.stl");
+  const std::string text = BytesOf(folder + "/../../docs/gsl-mesh.md");
+  EXPECT_NE(text.find("```\ngsl-mesh check bolt.stl\n```\n\n```\n" + run.out + "```\n"),
+            std::string::npos)
+      << run.out;
+}
+
 TEST_F(GslMesh, AFullDiskIsOneError) {
   const Outcome run = Shell("$MESH check " + m_box + " >/dev/full");
   EXPECT_EQ(run.status, 4);

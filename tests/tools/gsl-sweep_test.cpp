@@ -488,7 +488,7 @@ TEST(GslSweep, AllowanceOfABodyWithoutAnOutsideIsWarnedOf) {
   EXPECT_EQ(solid.status, 3);
   EXPECT_EQ(solid.err.find("gsl-sweep: " + sheet + ": not a solid: open edge: "), 0u);
   // The edge is named as it is in the file.
-  EXPECT_NE(solid.err.find("(0, 0, 5)"), std::string::npos) << solid.err;
+  EXPECT_NE(solid.err.find("from (0, 1, 6) to (0, 0, 6)"), std::string::npos) << solid.err;
   const std::string pose = folder.Write("pose", std::string(kNoTurn));
   EXPECT_EQ(Sweep(question + " --solid --pose " + pose).err, solid.err);
 }
