@@ -339,7 +339,7 @@ def test_bodies_grow():
     skipped = [[[math.inf, 1, 2], [3, 4, 5], [6, 7, 8]]]
     soup = gg.Body(np.concatenate([skipped, box().triangles])).grown(-0.25)
     assert np.array_equal(soup.triangles, np.concatenate([skipped, box((0.25,) * 3, (0.75,) * 3).triangles]))
-    assert body.deviation is None and gg.Body(grown).deviation is None
+    assert body.deviation is None and gg.Body(body).deviation is None and gg.Body(grown).deviation == 0.0
     # A bolt, whose concave corners do not fit: what it shows is what the library asks about.
     bolt, bracket = gg.read(MESHES / "bolt.stl"), gg.read(MESHES / "bracket.stl")
     thick = bolt.grown(0.125)
