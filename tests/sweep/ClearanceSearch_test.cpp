@@ -151,8 +151,10 @@ TEST(ClearanceSearch, TheLowestTrianglesAreNamedAmongTiesThatAreJudgedInTurns) {
       most = std::max(most, found.extraVisits);
     }
   }
-  // At most 64 pairs wait, and a judgement counts as 64 visits.
-  EXPECT_GT(most, 64u * 64u);
+  // At most 64 pairs wait, and a judgement counts as 64 visits. A single order may need few.
+  if (kTestScaleDivisor == 1) {
+    EXPECT_GT(most, 64u * 64u);
+  }
 }
 
 TEST(ClearanceSearch, TheGreatestDistanceIsComparedWithTheRoundedTravel) {
@@ -220,7 +222,8 @@ BoxesAtClearance<Scalar> DrawBoxes(std::mt19937_64& random) {
   for (int k = 0; k < 3; ++k) {
     const auto width = [&] { return random() % 4 == 0 ? 0 : draw(0.125); };
     const std::int64_t from = draw(0.5) - draw(0.25);
-    const std::int64_t to = from + steps * along.c[k] + (gap.c[k] << (kUnit - kGap));
+    const std::int64_t to =
+        from + steps * along.c[k] + gap.c[k] * (std::int64_t{1} << (kUnit - kGap));
     boxes.moving.high[k] = real(from + (gap.c[k] > 0 ? 0 : width()));
     boxes.moving.low[k] = real(from - (gap.c[k] < 0 ? 0 : width()));
     boxes.fixed.low[k] = real(to - (gap.c[k] > 0 ? 0 : width()));
@@ -246,7 +249,8 @@ bool AreBeyond(const BoxesAtClearance<Scalar>& boxes, double clearance, double m
   const TravelDirection direction(boxes.direction);
   Question question;
   question.clearance = clearance;
-  const Scene<Scalar> scene(bodies, direction, RangeScale(0.5), question, true);
+  const RangeScale scale(0.5);
+  const Scene<Scalar> scene(bodies, direction, scale, question, true);
   LeafCache<Scalar> movingCache;
   LeafCache<Scalar> fixedCache;
   ClearanceSearch<Scalar> search(scene, maxDistance, movingCache, fixedCache);

@@ -58,11 +58,11 @@ Mesh Soup(unsigned seed, std::size_t count, double size, double step) {
 }
 
 TEST(CrossingSearch, FindsThoseOfAllPairs) {
-  const std::size_t count = Scaled(600);
+  constexpr std::size_t count = kTestScaleDivisor == 1 ? 600 : 200;
   for (const double step : {0.0, 0.125, 0.5}) {
     const Mesh mesh = Soup(7, count, 0.3, step);
     const std::vector<Crossing> expected = ByAllPairs(mesh);
-    EXPECT_GT(expected.size(), count / 8);
+    EXPECT_GT(expected.size(), 10u);
     ExpectSame(AllOf(mesh, 1), expected);
     ExpectSame(AllOf(mesh, 3), expected);
     // In single precision, and beyond the range of single precision.
@@ -111,7 +111,7 @@ TEST(CrossingSearch, TrianglesThatAreSkippedOrWithoutAreaHaveNone) {
 }
 
 TEST(CrossingSearch, FirstOfManyAreWritten) {
-  const Mesh mesh = Soup(9, Scaled(600), 0.4, 0.25);
+  const Mesh mesh = Soup(9, 300, 0.4, 0.25);
   const std::vector<Crossing> all = AllOf(mesh);
   ASSERT_GT(all.size(), 20u);
   const Body body = BodyOf(mesh);
