@@ -58,7 +58,7 @@ int TurnOf(int axis, const Coord3& p, const Coord3& q, const Coord3& r) {
   return (difference > 0.0) - (difference < 0.0);
 }
 
-/// Returns an axis along which the triangle is seen with area, or 3 when there is none.
+/// Returns an axis along which the triangle shows area. Returns 3 for a triangle without area.
 int AxisOf(const SurfaceTriangle& t) {
   int axis = 0;
   while (axis < 3 && TurnOf(axis, t.corner[0], t.corner[1], t.corner[2]) == 0)

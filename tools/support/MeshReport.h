@@ -33,7 +33,7 @@ struct MeshReport {
 std::vector<std::string> FindingsOf(const MeshReport& report);
 
 /// Returns a guess at the unit, where the size of the box is unlikely for a part in millimetres;
-/// else an empty text. It is no fault of the mesh.
+/// else an empty text. This is not a fault of the mesh.
 std::string UnitGuess(const gsl_mesh::MeshFacts& facts);
 
 /// Returns several lines, each ended by a newline. Requires a mesh that could be read.
