@@ -68,13 +68,15 @@ class Room:
 # A file belongs to the room with the longest folder that its path begins with.
 ROOMS = [
     Room("tools/", "command-line programs: parse, call, print",
-         "tools/support/, gsl/include/, mesh/, mesh/readers/MeshReadAssimp.h, records/include/, model/include/, sweep/, "
+         "tools/support/, gsl/include/, mesh/, mesh/readers/MeshReadAssimp.h, records/include/, model/include/, sweep/, view/, "
          "CLI11, POSIX"),
     Room("tools/support/",
          "inputs and outputs of programs: directions, poses, report, records, progress, help; numbers as text",
-         "gsl/include/, mesh/, records/include/, model/include/, sweep/, CLI11, fast_float, nlohmann-json, POSIX"),
+         "gsl/include/, mesh/, records/include/, model/include/, sweep/, view/, CLI11, fast_float, nlohmann-json, POSIX"),
     Room("python/", "the Python module: arrays in, arrays out",
          "gsl/include/, mesh/, sweep/, tools/support/EvenDirections.h, pybind11"),
+    Room("view/", "pictures and the viewer page, drawn from answers and arrays",
+         "gsl/include/, mesh/, sweep/, POSIX"),
     Room("sweep/", "the engine: bodies and pairs, the searches for first and last contacts, patches and clearances, growing bodies, the test for solids, the exact contact of two triangles",
          f"exact/, {VALUES}, gsl/include/gsl_Point.h (to move corners as a matrix does), POSIX (pages of large arrays), "
          "SSE2"),
