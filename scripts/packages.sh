@@ -4,7 +4,7 @@
 #   ./scripts/packages.sh [GROUP...]            print the packages of the groups
 #   ./scripts/packages.sh --install [GROUP...]  install those that are missing (as root)
 #
-# Groups: build python test check docs bench package bare. Without a group, printing takes all groups and installing takes
+# Groups: build python test check bits docs bench package bare. Without a group, printing takes all groups and installing takes
 # build.
 #
 # The other scripts source this file and call need_packages.
@@ -31,6 +31,8 @@ packages_of() {
     check)
       echo clang libclang-rt-14-dev llvm clang-format clang-tidy gcovr make pkg-config
       ;;
+    # Other processors, for ./scripts/check bits.
+    bits) echo g++-aarch64-linux-gnu qemu-user googletest ;;
     # The reference of the public headers.
     docs) echo doxygen python3 ;;
     # Benchmarks, and the libraries that they compare with ours.
@@ -45,7 +47,7 @@ packages_of() {
     # The minimal root of ./scripts/check bare, which is skipped where this package cannot be installed.
     bare) echo mmdebstrap ;;
     *)
-      echo "packages: no group named '$1'; there are: build python test check docs bench package bare" >&2
+      echo "packages: no group named '$1'; there are: build python test check bits docs bench package bare" >&2
       return 2
       ;;
   esac
@@ -104,7 +106,7 @@ if [ "${BASH_SOURCE[0]}" = "$0" ]; then
     shift
     need_packages "${@:-build}"
   else
-    [ $# -gt 0 ] || set -- build python test check docs bench package bare
+    [ $# -gt 0 ] || set -- build python test check bits docs bench package bare
     packages_of_groups "$@"
   fi
 fi
