@@ -66,3 +66,34 @@ endfunction()
 function(gsl_call_own_functions_directly target)
   target_compile_options(${target} PRIVATE $<$<CXX_COMPILER_ID:GNU>:-fno-semantic-interposition>)
 endfunction()
+
+# gsl_export(TARGET): the library exports the names that abi/lib<TARGET>.map lists, each with the version of that
+# script, so that the loader refuses a program that was linked against another version. The names of gsl_geometry
+# contain the types of the host, and a 32-bit processor has other names; there every name that is declared for export
+# gets the version. Instrumented builds export names of their instrumentation.
+include(CheckLinkerFlag)
+function(gsl_export target)
+  if(GSL_DESCRIBE_TYPES)
+    foreach(compiled IN ITEMS ${target} ${target}_objects)
+      if(TARGET ${compiled})
+        target_compile_options(${compiled} PRIVATE -g)
+      endif()
+    endforeach()
+  endif()
+  if(GSL_SANITIZE OR GSL_COVERAGE)
+    return()
+  endif()
+  set(script ${PROJECT_SOURCE_DIR}/abi/lib${target}.map)
+  if(GSL_HOST STREQUAL "external" OR NOT CMAKE_SIZEOF_VOID_P EQUAL 8)
+    set(script ${CMAKE_CURRENT_BINARY_DIR}/lib${target}.map)
+    file(CONFIGURE OUTPUT ${script}
+      CONTENT "GSL_${PROJECT_VERSION_MAJOR}.${PROJECT_VERSION_MINOR} { global: *; };\n")
+  endif()
+  target_link_options(${target} PRIVATE LINKER:--version-script=${script})
+  set_property(TARGET ${target} APPEND PROPERTY LINK_DEPENDS ${script})
+  # Another compiler emits fewer variants of a constructor, and lld refuses names that nothing defines.
+  check_linker_flag(CXX LINKER:--undefined-version GSL_LINKER_KNOWS_UNDEFINED_VERSION)
+  if(GSL_LINKER_KNOWS_UNDEFINED_VERSION)
+    target_link_options(${target} PRIVATE LINKER:--undefined-version)
+  endif()
+endfunction()

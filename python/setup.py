@@ -29,7 +29,7 @@ def built():
     if os.environ.get("GSL_BUILD_DIR"):
         return Path(os.environ["GSL_BUILD_DIR"]).resolve()
     folder = ROOT / "build" / f"wheel-{sys.implementation.cache_tag}"
-    flags = ["-DGSL_PYTHON=ON", "-DGSL_ASSIMP=OFF", f"-DPython3_EXECUTABLE={sys.executable}"]
+    flags = ["-DGSL_PYTHON=ON", "-DGSL_ASSIMP=OFF", "-DCMAKE_BUILD_RPATH_USE_ORIGIN=ON", f"-DPython3_EXECUTABLE={sys.executable}"]
     subprocess.run(["cmake", "--preset", "release", "-B", folder, *flags], cwd=ROOT, check=True)
     subprocess.run(["cmake", "--build", folder, "--target", "gsl_python"], cwd=ROOT, check=True)
     return folder

@@ -35,7 +35,7 @@ const unsigned char* SkipValue(const unsigned char* at, std::uint8_t kind);
 ///   the elements, or the entries with a byte 0xFF after the last one; docs/records.md has them
 ///
 /// A record follows the records that it holds. Records that are being written wait in frames.
-struct gsl_RecordStore::Data {
+struct GSL_RECORDS_HIDDEN gsl_RecordStore::Data {
   using Number = gsl_records::Number;
   using ByteBuffer = gsl_records::PlainBuffer<unsigned char>;
 

@@ -23,6 +23,7 @@ EXPORTED_AFTER_RESULT = re.compile(r"^[\w:*& ]+ (?:gsl_\w+|(?:(?:atr|(?:omi|omu|
 # The standard library makes its own templates visible. Their instantiations are weak.
 STANDARD_TEMPLATE = re.compile(r"^(?:[\w:<>*& ,]+ )?(?:typeinfo (?:name )?for |vtable for |guard variable for )?(?:std|__gnu_cxx)::")
 
+OWN_VERSION = re.compile(r"(?:@@?|^)GSL_\d+\.\d+$")
 WORD = re.compile(r"[A-Za-z_]\w*")
 LANGUAGE = set(
     "bool char short int long float double void unsigned signed const volatile operator new delete "
@@ -31,14 +32,18 @@ LANGUAGE = set(
 
 
 def symbols(library, *options):
-    """Yields pairs of nm's type letter and the demangled name with its version."""
+    """Yields pairs of nm's type letter and the demangled name. A name of the system keeps its version; a name of these
+    libraries loses it."""
     text = subprocess.run(
         ["nm", "--dynamic", "--demangle", *options, library], check=True, capture_output=True, text=True
     ).stdout
     for line in text.splitlines():
         match = re.match(r"^[0-9a-f]*\s*([A-Za-z]) (.*)$", line)
         if match:
-            yield match.groups()
+            kind, name = match.groups()
+            name = OWN_VERSION.sub("", name)
+            if name:  # The version itself is a symbol, too.
+                yield kind, name
 
 
 def is_allowed_export(kind, name):

@@ -4,7 +4,7 @@
 #   ./scripts/packages.sh [GROUP...]            print the packages of the groups
 #   ./scripts/packages.sh --install [GROUP...]  install those that are missing (as root)
 #
-# Groups: build python test check bits docs bench package bare. Without a group, printing takes all groups and installing takes
+# Groups: build python test check bits docs bench package bare abi. Without a group, printing takes all groups and installing takes
 # build.
 #
 # The other scripts source this file and call need_packages.
@@ -46,8 +46,10 @@ packages_of() {
     package) echo debhelper dh-python dpkg-dev fakeroot lintian git ;;
     # The minimal root of ./scripts/check bare, which is skipped where this package cannot be installed.
     bare) echo mmdebstrap ;;
+    # The comparison of ./scripts/check abi, which is skipped where this package cannot be installed.
+    abi) echo abigail-tools ;;
     *)
-      echo "packages: no group named '$1'; there are: build python test check bits docs bench package bare" >&2
+      echo "packages: no group named '$1'; there are: build python test check bits docs bench package bare abi" >&2
       return 2
       ;;
   esac
@@ -106,7 +108,7 @@ if [ "${BASH_SOURCE[0]}" = "$0" ]; then
     shift
     need_packages "${@:-build}"
   else
-    [ $# -gt 0 ] || set -- build python test check bits docs bench package bare
+    [ $# -gt 0 ] || set -- build python test check bits docs bench package bare abi
     packages_of_groups "$@"
   fi
 fi

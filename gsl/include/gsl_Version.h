@@ -7,7 +7,7 @@
 /// The first number of the version of these headers.
 #define GSL_VERSION_MAJOR 0
 /// The second number of the version of these headers.
-#define GSL_VERSION_MINOR 1
+#define GSL_VERSION_MINOR 2
 /// The third number of the version of these headers.
 #define GSL_VERSION_PATCH 0
 

@@ -42,6 +42,12 @@ class Needs(unittest.TestCase):
         self.assertEqual(self.undeclared("cls_Uid::Secret()"), ["Secret"])
         self.assertEqual(self.undeclared("mem_Pool(unsigned long)"), ["mem_Pool"])
 
+    def test_names_of_these_libraries_lose_their_version(self):
+        for name, stripped in (("cow_String::cow_String()@GSL_0.2", "cow_String::cow_String()"),
+                               ("vtable for gsl_Plane@@GSL_12.34", "vtable for gsl_Plane"), ("GSL_0.2", ""),
+                               ("malloc@GLIBC_2.2.5", "malloc@GLIBC_2.2.5")):
+            self.assertEqual(check_symbols.OWN_VERSION.sub("", name), stripped)
+
 
 if __name__ == "__main__":
     unittest.main()
