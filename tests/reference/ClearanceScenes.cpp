@@ -161,7 +161,8 @@ void SceneMaker::Parallel() {
   const auto along = [&](const Coord3& from, double t) {
     return gsl_arithmetic::Add(from, gsl_arithmetic::Multiply(e, t));
   };
-  AddTriangle(m_moving, p, along(p, 1 + m_random.Below(2)), LatticePoint(2));
+  const Coord3 end = along(p, 1 + m_random.Below(2));
+  AddTriangle(m_moving, p, end, LatticePoint(2));
   const double begin = m_random.Below(4) - 2;
   AddTriangle(m_fixed, along(q, begin), along(q, begin + 1), LatticePoint(2));
   m_scene.direction = m_random.Chance(0.3) ? e : LatticeDirection();
@@ -222,7 +223,9 @@ void SceneMaker::NearlyGrazing() {
 
 /// A direction that is nearly in the plane of a face, or along an edge.
 void SceneMaker::NearlyAlong() {
-  const double tilt = std::ldexp(m_random.In(-1.0, 1.0), -10 * m_random.Below(9));
+  // One draw a statement: compilers evaluate arguments in different orders.
+  const double part = m_random.In(-1.0, 1.0);
+  const double tilt = std::ldexp(part, -10 * m_random.Below(9));
   AddTriangle(m_fixed, {0, 0, 0}, {8, 0, 0}, {0, 8, 0});
   const double height = 1.0 + m_random.Below(2);
   AddTriangle(m_moving, {-4, 1, height}, {-4, 3, height + 1}, {-5, 2, height + m_random.Below(2)});
@@ -263,7 +266,8 @@ void SceneMaker::Nested() {
 /// A clearance that is tiny beside the coordinates, and a corner about as far from an oblique
 /// plane, edge or corner through the origin.
 void SceneMaker::Tiny() {
-  const double size = std::ldexp(m_random.In(1.0, 2.0), -40 - m_random.Below(51));
+  const double part = m_random.In(1.0, 2.0);
+  const double size = std::ldexp(part, -40 - m_random.Below(51));
   m_scene.clearance = size;
   m_scene.direction = m_random.Chance(0.5) ? Coord3{1.0, 1.0, 0.0} : AnyPoint(1.0);
   switch (m_random.Below(3)) {
