@@ -4,7 +4,7 @@
 #   ./scripts/packages.sh [GROUP...]            print the packages of the groups
 #   ./scripts/packages.sh --install [GROUP...]  install those that are missing (as root)
 #
-# Groups: build python test check docs bench package bare. Without a group, printing takes all groups and installing takes
+# Groups: build python test check docs bench package bare view. Without a group, printing takes all groups and installing takes
 # build.
 #
 # The other scripts source this file and call need_packages.
@@ -44,8 +44,14 @@ packages_of() {
     package) echo debhelper dh-python dpkg-dev fakeroot lintian git ;;
     # The minimal root of ./scripts/check bare, which is skipped where this package cannot be installed.
     bare) echo mmdebstrap ;;
+    # The viewer page: its script from its sources, and its test in a browser, in ./scripts/check view, which is
+    # skipped where these packages cannot be installed. Packages of node from elsewhere bring npm along.
+    view)
+      echo chromium
+      command -v npm >/dev/null || echo nodejs npm
+      ;;
     *)
-      echo "packages: no group named '$1'; there are: build python test check docs bench package bare" >&2
+      echo "packages: no group named '$1'; there are: build python test check docs bench package bare view" >&2
       return 2
       ;;
   esac
@@ -104,7 +110,7 @@ if [ "${BASH_SOURCE[0]}" = "$0" ]; then
     shift
     need_packages "${@:-build}"
   else
-    [ $# -gt 0 ] || set -- build python test check docs bench package bare
+    [ $# -gt 0 ] || set -- build python test check docs bench package bare view
     packages_of_groups "$@"
   fi
 fi
