@@ -117,6 +117,24 @@ TEST(PageBody, ReachesFromOneEndOfTheRangeToTheOther) {
   EXPECT_EQ(body.vertices[3], 2.0f);
 }
 
+TEST(PageBody, PlacesABodyBesideTheEndOfTheRange) {
+  const std::vector<double> numbers = {1.5e308, 0, 0, 1.75e308, 0, 0, 1.75e308, 1e307, 0};
+  const PageBody body = PageBody::Of(ViewOf(numbers));
+  EXPECT_EQ(body.centre.x, 0.5 * 1.5e308 + 0.5 * 1.75e308);
+  EXPECT_LE(WorstError(numbers, body), 0x1p-24);
+}
+
+TEST(PageBody, VerticesThatDifferInOneNumberStayApart) {
+  for (std::size_t axis = 0; axis < 3; ++axis) {
+    std::vector<double> numbers(9 * 4096, 0.5);
+    for (std::size_t k = 0; k < 3 * 4096; ++k)
+      numbers[3 * k + axis] = static_cast<double>(k);
+    const PageBody body = PageBody::Of(ViewOf(numbers));
+    EXPECT_EQ(body.vertices.size(), numbers.size()) << axis;
+    EXPECT_LE(WorstError(numbers, body), 0x1p-24) << axis;
+  }
+}
+
 TEST(PageBody, AScaleIsMoreThanHalfTheLongestSide) {
   for (const double side : {4.0, std::nextafter(4.0, 0.0), std::nextafter(4.0, 5.0)}) {
     const std::vector<double> numbers = Square(side);
