@@ -4,11 +4,12 @@
 usage: check_notices.py [ROOT]
 
 The libraries are the packages named lib... or ...-dev of the group python in scripts/packages.sh, which holds the
-group build. Python itself loads the module, and has its own notices. The heading of a section is an underlined line
+group build, and the dependencies in view/page/package.json. Python itself loads the module, and has its own notices. The heading of a section is an underlined line
 that names the package in brackets. It names the holder of the copyright, or says that the library is in the public
 domain.
 """
 
+import json
 import pathlib
 import re
 import subprocess
@@ -26,8 +27,8 @@ def libraries(packages):
     return {name for name in packages if re.match(r"lib|.*-dev$", name) and name != "python3-dev"}
 
 
-def problems(packages, notices):
-    needed = libraries(packages)
+def problems(packages, notices, bundled=()):
+    needed = libraries(packages) | set(bundled)
     sections = dict(SECTION.findall(notices))
     titles = set(TITLE.findall(notices))
     for name in sorted(needed - set(sections)):
@@ -47,7 +48,8 @@ def check(root):
     packages = subprocess.run(
         [root / "scripts/packages.sh", "python"], check=True, capture_output=True, text=True
     ).stdout.split()
-    found = problems(packages, (root / NOTICES).read_text())
+    bundled = json.loads((root / "view/page/package.json").read_text())["dependencies"]
+    found = problems(packages, (root / NOTICES).read_text(), bundled)
     return [f"{NOTICES}: {problem}" for problem in found], len(libraries(packages))
 
 

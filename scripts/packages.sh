@@ -4,7 +4,7 @@
 #   ./scripts/packages.sh [GROUP...]            print the packages of the groups
 #   ./scripts/packages.sh --install [GROUP...]  install those that are missing (as root)
 #
-# Groups: build python test check bits docs bench package bare abi. Without a group, printing takes all groups and installing takes
+# Groups: build python test check bits docs bench package bare abi view. Without a group, printing takes all groups and installing takes
 # build.
 #
 # The other scripts source this file and call need_packages.
@@ -48,8 +48,14 @@ packages_of() {
     bare) echo mmdebstrap ;;
     # The comparison of ./scripts/check abi, which is skipped where this package cannot be installed.
     abi) echo abigail-tools ;;
+    # The viewer page: its script from its sources, and its test in a browser, in ./scripts/check view, which is
+    # skipped where these packages cannot be installed. Packages of node from elsewhere bring npm along.
+    view)
+      echo chromium
+      command -v npm >/dev/null || echo nodejs npm
+      ;;
     *)
-      echo "packages: no group named '$1'; there are: build python test check bits docs bench package bare abi" >&2
+      echo "packages: no group named '$1'; there are: build python test check bits docs bench package bare abi view" >&2
       return 2
       ;;
   esac
@@ -108,7 +114,7 @@ if [ "${BASH_SOURCE[0]}" = "$0" ]; then
     shift
     need_packages "${@:-build}"
   else
-    [ $# -gt 0 ] || set -- build python test check bits docs bench package bare abi
+    [ $# -gt 0 ] || set -- build python test check bits docs bench package bare abi view
     packages_of_groups "$@"
   fi
 fi

@@ -97,6 +97,8 @@ std::vector<OptionRow> OptionRows() {
        "Writes the result as JSON; - writes it to stdout in place of the text"},
       {"--output", "FILE", nullptr,
        "Writes MOVING at its contact, in the format of the extension: " + MeshFormatNames(".")},
+      {"--view", "FILE", nullptr,
+       "Writes a page for a browser, FILE.html, that shows the bodies and lets MOVING travel"},
       {"--format", "NAME", nullptr,
        "Format of a mesh on stdin: " + MeshFormatNames("") + "; only obj requires it"},
       {"--threads", "N", nullptr, "Number of threads, 1 to 1024; the result does not depend on it"},
@@ -184,6 +186,12 @@ std::string OutputFileOf(const std::string& value) {
   return FileNameOf("--output", value, "be a file name");
 }
 
+std::string ViewFileOf(const std::string& value) {
+  const std::string extension = gsl_mesh::ExtensionOf(value);
+  if (extension != "html" && extension != "htm") FailValue("--view", "end in .html", value);
+  return FileNameOf("--view", value, "be a file name");
+}
+
 MeshFormat FormatOf(const std::string& value) {
   const MeshFormat format = gsl_mesh::MeshFormatNamed(value);
   if (format == MeshFormat::Unknown) FailValue("--format", "be " + MeshFormatNames(""), value);
@@ -238,6 +246,7 @@ void TakeValues(const CLI::App& app, SweepOptions& options) {
     options.jsonFile = FileNameOf("--json", *value, "be a file name or -");
   }
   if (const auto value = ValueOf(app, "--output")) options.outputFile = OutputFileOf(*value);
+  if (const auto value = ValueOf(app, "--view")) options.viewFile = ViewFileOf(*value);
   if (const auto value = ValueOf(app, "--format")) options.format = FormatOf(*value);
   if (const auto value = ValueOf(app, "--threads")) {
     options.threads = CountOf("--threads", *value, kMostThreads);
@@ -274,7 +283,7 @@ void RefuseConflicts(const CLI::App& app) {
               " are both given; expected one of --direction, --directions and --sphere");
   }
   RefuseTogether(app, "--quiet", {"--verbose"});
-  for (const char* const name : {"--output", "--patch"}) {
+  for (const char* const name : {"--output", "--view", "--patch"}) {
     if (IsGiven(app, name) && !given.empty() && given[0] != "--direction") {
       FailUsage(name + (" cannot be used with " + given[0]) + "; expected --direction");
     }

@@ -44,6 +44,9 @@ class CheckNotices(unittest.TestCase):
     def test_a_library_without_a_section_is_named(self):
         self.assertEqual(self.problems_of(PACKAGES + ["libthree-dev"], NOTICES), ["libthree-dev has no section"])
 
+    def test_a_bundled_library_needs_a_section_too(self):
+        self.assertEqual(list(check_notices.problems(PACKAGES, NOTICES, ["three"])), ["three has no section"])
+
     def test_a_row_of_the_list_is_not_a_section(self):
         cut = NOTICES.replace("Two [two-dev]\n-------------\nCopyright (C) 2002 Somebody else\n\nDo as you like.\n", "")
         self.assertEqual(self.problems_of(PACKAGES, cut), ["two-dev has no section"])

@@ -148,14 +148,70 @@ TEST(GslSweepFiles, JsonFileHoldsTheTextOfStdout) {
 
 TEST(GslSweepFiles, ExistingFilesAreKeptUnlessForced) {
   const Folder folder;
-  for (const std::string& option : {std::string("--output "), std::string("--json ")}) {
-    const std::string file = folder.Write("old.stl", std::string("old"));
+  for (const std::string option : {"--output ", "--json ", "--view "}) {
+    const std::string name = option == "--view " ? "old.html" : "old.stl";
+    const std::string file = folder.Write(name, std::string("old"));
     ExpectOneErrorLine(Sweep(parts + "--direction -z " + option + file), 4);
     EXPECT_EQ(BytesOf(file), "old");
     EXPECT_EQ(Sweep(parts + "--direction -z --force " + option + file).status, 0);
     EXPECT_NE(BytesOf(file), "old");
   }
-  EXPECT_EQ(folder.Names(), std::vector<std::string>{"old.stl"});
+  EXPECT_EQ(folder.Names(), (std::vector<std::string>{"old.html", "old.stl"}));
+}
+
+/// Returns the numbers of a page.
+json SceneOf(const std::string& page) {
+  const std::string open = "id=\"scene\">\n";
+  const std::size_t from = page.find(open) + open.size();
+  return json::parse(page.substr(from, page.find("</script>", from) - from));
+}
+
+TEST(GslSweepFiles, AViewShowsTheAnswerOfTheJson) {
+  const Folder folder;
+  const std::string file = folder.Path("view.html");
+  const Outcome run = Sweep(parts + "--direction -z --view " + file);
+  EXPECT_EQ(run.status, 0);
+  EXPECT_EQ(LineCount(run.out), 4u);
+  EXPECT_NE(run.out.find("\n  view    " + file + "\n"), std::string::npos);
+  const json scene = SceneOf(BytesOf(file));
+  const json told = json::parse(Sweep(parts + "--direction -z --json -").out);
+  for (const char* key : {"status", "travel", "kind", "direction", "normal", "fixed_body"})
+    EXPECT_EQ(scene["answer"][key], told[key]) << key;
+  EXPECT_EQ(scene["answer"]["moving"]["triangle"], told["moving"]["triangle"]);
+  EXPECT_EQ(scene["answer"]["fixed"]["point"], told["fixed"]["point"]);
+  EXPECT_EQ(scene["version"], told["tool_version"]);
+  EXPECT_EQ(scene["moving"]["triangles"], told["moving"]["triangles"]);
+  EXPECT_TRUE(scene["patch"].is_null());
+}
+
+TEST(GslSweepFiles, AViewShowsTheBodyWhereItIsAsked) {
+  const Folder folder;
+  const std::string file = folder.Path("view.html");
+  const std::string pose = folder.Write("pose", std::string("1 0 0 0 0 1 0 0 0 0 1 7"));
+  const auto centreWith = [&](const std::string& options) {
+    EXPECT_EQ(Sweep(parts + "--direction -z --quiet --force --view " + file + options).status, 0);
+    return SceneOf(BytesOf(file))["moving"]["centre"];
+  };
+  const json plain = centreWith("");
+  EXPECT_EQ(centreWith(" --offset 0,0,8")[2], plain[2].get<double>() + 8.0);
+  EXPECT_EQ(centreWith(" --offset 0,8,0")[1], plain[1].get<double>() + 8.0);
+  EXPECT_EQ(centreWith(" --offset 1,0,0")[0], plain[0].get<double>() + 1.0);
+  EXPECT_EQ(centreWith(" --pose " + pose)[2], plain[2].get<double>() + 7.0);
+  EXPECT_EQ(centreWith(" --pose " + pose + " --offset 0,0,8")[2], plain[2].get<double>() + 15.0);
+  // The body grows at its sides, about the same centre; the page has the grown corners.
+  const std::string before = BytesOf(file);
+  EXPECT_EQ(centreWith(" --allowance 0.125")[2], plain[2]);
+  EXPECT_NE(BytesOf(file), before);
+}
+
+TEST(GslSweepFiles, AViewHasThePatchAndIsWrittenWithoutContactToo) {
+  const Folder folder;
+  const std::string file = folder.Path("view.html");
+  const std::string command = parts + "--quiet --force --view " + file;
+  EXPECT_EQ(Sweep(command + " -d -z --patch --patch-pairs 5").status, 0);
+  EXPECT_EQ(SceneOf(BytesOf(file))["patch"], json({{"count", 364}, {"listed", 5}}));
+  EXPECT_EQ(Sweep(command + " -d z").status, 1);
+  EXPECT_EQ(SceneOf(BytesOf(file))["answer"]["status"], "none");
 }
 
 TEST(GslSweepFiles, OutputsThatCannotBeWrittenExitWithFour) {
@@ -186,6 +242,10 @@ TEST(GslSweepFiles, OneOutputUnderTwoNamesIsWrongUsage) {
               " --output " + folder.Path("") + other);
     ExpectOneErrorLine(run, 2);
   }
+  const Outcome run = Sweep(parts + "-d -z --force --view " + folder.Path("inner/o.html") +
+                            " --json " + folder.Path("link/o.html"));
+  ExpectOneErrorLine(run, 2);
+  EXPECT_EQ(run.err, "gsl-sweep: --json and --view name the same file\n");
   EXPECT_TRUE(std::filesystem::is_empty(folder.Path("inner")));
 }
 

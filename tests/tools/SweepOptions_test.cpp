@@ -74,7 +74,8 @@ TEST(SweepOptions, LeastCommandLineLeavesTheRestAtItsDefaults) {
   EXPECT_EQ(options.maxDistance, std::numeric_limits<double>::infinity());
   EXPECT_EQ(options.jsonFile, "");
   EXPECT_EQ(options.outputFile, "");
-  EXPECT_FALSE(options.JsonToFile() || options.JsonToStdout());
+  EXPECT_EQ(options.viewFile, "");
+  EXPECT_FALSE(options.JsonToFile() || options.JsonToStdout() || options.ListsPairs());
   EXPECT_EQ(options.progress, ProgressStyle::Auto);
   EXPECT_EQ(options.threads, std::max(1u, std::min(1024u, std::thread::hardware_concurrency())));
 }
@@ -95,6 +96,9 @@ TEST(SweepOptions, EveryOptionArrives) {
   EXPECT_EQ(options.threads, 1024u);
   EXPECT_EQ(options.progress, ProgressStyle::Plain);
   EXPECT_TRUE(ParseMore({"--json", "-"}).options.JsonToStdout());
+  EXPECT_TRUE(ParseMore({"--json", "-"}).options.ListsPairs());
+  EXPECT_EQ(ParseMore({"--view", "v.html"}).options.viewFile, "v.html");
+  EXPECT_TRUE(ParseMore({"--view", "v.HTM"}).options.ListsPairs());
   const SweepOptions all = ParseMore({"--leaving", "--patch", "--patch-pairs", "1000000"}).options;
   EXPECT_TRUE(all.leaving && all.patch);
   EXPECT_EQ(all.patchPairs, 1000000u);
@@ -197,6 +201,10 @@ TEST(SweepOptions, OutputsThatDoNotFitManyDirectionsAreRefused) {
             "--output cannot be used with --sphere; expected --direction");
   EXPECT_EQ(Parse({"a", "b", "--directions", "f", "--output", "o.stl"}).error,
             "--output cannot be used with --directions; expected --direction");
+  EXPECT_EQ(Parse({"a", "b", "--sphere", "9", "--view", "v.html"}).error,
+            "--view cannot be used with --sphere; expected --direction");
+  EXPECT_EQ(Parse({"a", "b", "--directions", "f", "--view", "v.html"}).error,
+            "--view cannot be used with --directions; expected --direction");
   EXPECT_EQ(Parse({"a", "b", "--directions", "f", "--json", "-"}).error,
             "--json cannot be used with --directions, which always writes JSON to stdout; "
             "expected one of them");
@@ -287,6 +295,17 @@ TEST(SweepOptions, OutputGoesToAFileOfAKnownFormat) {
   for (const char* name : {"-", "moved", "moved.step", "moved.3mf", "stl", "moved.stl/"}) {
     EXPECT_EQ(ParseMore({"--output", name}).error, wanted + name + ")");
   }
+}
+
+TEST(SweepOptions, AViewGoesToAFileForABrowser) {
+  for (const char* name : {"-", "view", "view.stl", "html", "view.html/", "--force"}) {
+    EXPECT_EQ(ParseMore({"--view", name}).error,
+              std::string("--view must end in .html (got ") + name + ")");
+  }
+  EXPECT_EQ(ParseMore({"--view", ""}).error, "--view must end in .html (got an empty value)");
+  EXPECT_EQ(ParseMore({"--view", "-v.html"}).error,
+            "--view must be a file name (got -v.html; a file of that name is ./-v.html)");
+  EXPECT_EQ(ParseMore({"--view="}).error, "--view must be followed by a value" + seeHelp);
 }
 
 TEST(SweepOptions, UnknownOptionIsNamedBeforeAnythingElse) {

@@ -31,7 +31,7 @@ expect() {
 folder=$(mktemp -d)
 trap 'rm -rf "$folder"' EXIT
 cd "$folder"
-touch part.stl "my part.OBJ" part.3mf part.step part.txt answer.json
+touch part.stl "my part.OBJ" part.3mf part.step part.txt answer.json page.html
 mkdir parts
 
 export LC_ALL=C
@@ -41,6 +41,7 @@ expect "my part.OBJ" part.stl m
 expect "part.stl parts" part.stl --output p
 expect "part.stl parts" part.stl --output = p
 expect "answer.json" --json a
+expect "page.html parts" part.stl --view p
 expect "part.txt" --pose part.t
 expect "part.txt" --directions part.t
 expect "" --sphere ""

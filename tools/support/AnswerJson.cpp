@@ -7,22 +7,9 @@ namespace gsl_tools {
 
 namespace {
 
-using gsl_sweep::SweepStatus;
+using gsl_view::StatusName;
 
 constexpr int kSchemaVersion = 2;
-
-const char* StatusName(SweepStatus status) {
-  switch (status) {
-  case SweepStatus::Contact:
-    return "contact";
-  case SweepStatus::Start:
-    return "start";
-  case SweepStatus::None:
-  case SweepStatus::Cancelled:
-    break;
-  }
-  return "none";
-}
 
 /// Returns where one body touches.
 Json PlaceAsJson(std::size_t triangle, const Coord3& point, bool touches) {
@@ -67,18 +54,6 @@ Json QuestionAsJson(const SceneReport& report) {
 }
 
 } // namespace
-
-const char* RuleName(gsl_sweep::Rule rule) {
-  switch (rule) {
-  case gsl_sweep::Rule::NotLeaving:
-    return "not-leaving";
-  case gsl_sweep::Rule::Solid:
-    return "solid";
-  case gsl_sweep::Rule::Touch:
-    break;
-  }
-  return "touch";
-}
 
 Json JsonOf(const Coord3& p) {
   return Json::array({p.x, p.y, p.z});

@@ -10,10 +10,9 @@
 /// The parts that the JSON documents of gsl-sweep share; docs/gsl-sweep.md describes them.
 namespace gsl_tools {
 
-using Json = nlohmann::ordered_json;
+using gsl_view::RuleName;
 
-/// Returns "touch" and so on.
-const char* RuleName(gsl_sweep::Rule rule);
+using Json = nlohmann::ordered_json;
 
 /// Returns three numbers.
 Json JsonOf(const Coord3& p);

@@ -143,28 +143,6 @@ double SizeOf(const Body& body) {
 
 } // namespace
 
-const char* KindName(ContactKind kind) {
-  switch (kind) {
-  case ContactKind::VertexVertex:
-    return "vertex-vertex";
-  case ContactKind::VertexEdge:
-    return "vertex-edge";
-  case ContactKind::EdgeVertex:
-    return "edge-vertex";
-  case ContactKind::VertexFace:
-    return "vertex-face";
-  case ContactKind::FaceVertex:
-    return "face-vertex";
-  case ContactKind::EdgeEdge:
-    return "edge-edge";
-  case ContactKind::Inside:
-    return "inside";
-  case ContactKind::Overlap:
-    break;
-  }
-  return "overlap";
-}
-
 std::string NameInText(const std::string& file) {
   return file == "-" ? "standard input" : Printable(file);
 }

@@ -1,6 +1,7 @@
 #ifndef GSL_TOOLS_REPORT_H
 #define GSL_TOOLS_REPORT_H
 
+#include "AnswerNames.h"
 #include "Mesh.h"
 #include "gsl_Matrix.h"
 #include "gsl_Sweep.h"
@@ -17,6 +18,7 @@ using gsl_mesh::Mesh;
 using gsl_sweep::Answer;
 using gsl_sweep::Body;
 using gsl_sweep::ContactKind;
+using gsl_view::KindName;
 
 /// What a report says of a body apart from the contact.
 struct BodyCounts {
@@ -65,9 +67,6 @@ inline bool Touches(const Answer& answer) {
   return answer.status == gsl_sweep::SweepStatus::Contact ||
          answer.status == gsl_sweep::SweepStatus::Start;
 }
-
-/// Returns "vertex-face" and so on, moving body first; or "overlap" or "inside".
-const char* KindName(ContactKind kind);
 
 /// Returns the name of a body in the text: "standard input" for "-".
 std::string NameInText(const std::string& file);

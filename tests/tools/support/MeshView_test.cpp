@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <vector>
+
 namespace {
 
 using namespace gsl_sweep;
@@ -19,6 +21,15 @@ TEST(MeshView, IsOfTheMeshesOwnNumbers) {
   const TriangleView none = ViewOf(Mesh{});
   EXPECT_EQ(none.triangleCount, 0u);
   EXPECT_EQ(none.vertices, nullptr);
+}
+
+TEST(MeshView, IsOfNineNumbersEach) {
+  const std::vector<double> corners(18, 1.0);
+  const TriangleView view = ViewOf(corners);
+  EXPECT_EQ(view.triangleCount, 2u);
+  EXPECT_EQ(view.vertexCount, 6u);
+  EXPECT_EQ(view.corners, nullptr);
+  EXPECT_EQ(view.vertices, corners.data());
 }
 
 } // namespace

@@ -371,17 +371,6 @@ TEST(Report, JsonSurvivesFileNamesThatAreNotUtf8) {
   EXPECT_EQ(json["moving"]["file"], "a\xef\xbf\xbd\"\n.stl");
 }
 
-TEST(Report, EveryKindHasItsName) {
-  EXPECT_STREQ(KindName(ContactKind::VertexVertex), "vertex-vertex");
-  EXPECT_STREQ(KindName(ContactKind::VertexEdge), "vertex-edge");
-  EXPECT_STREQ(KindName(ContactKind::EdgeVertex), "edge-vertex");
-  EXPECT_STREQ(KindName(ContactKind::VertexFace), "vertex-face");
-  EXPECT_STREQ(KindName(ContactKind::FaceVertex), "face-vertex");
-  EXPECT_STREQ(KindName(ContactKind::EdgeEdge), "edge-edge");
-  EXPECT_STREQ(KindName(ContactKind::Overlap), "overlap");
-  EXPECT_STREQ(KindName(ContactKind::Inside), "inside");
-}
-
 Mesh NamedCube(const char* file, double side) {
   Mesh mesh = Box({0.0, 0.0, 0.0}, {side, side, side});
   mesh.file = file;

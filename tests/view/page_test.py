@@ -1,0 +1,280 @@
+#!/usr/bin/env python3
+"""Uses pages of gsl-sweep --view in a browser as people do.
+
+usage: page_test.py GSL_SWEEP EXAMPLE_MESHES PICTURES
+
+PICTURES is a folder for pictures of the pages. GSL_MESH_DIR names a folder of real meshes, if there is one.
+"""
+
+import os
+import pathlib
+import subprocess
+import sys
+import tempfile
+import unittest
+
+import chromium
+
+SWEEP, MESHES, PICTURES = (pathlib.Path(argument).resolve() for argument in sys.argv[1:4])
+REAL = [
+    ("pump", "nist_pump_base.stl nist_insert.stl --offset 0.1,0.05,0.5 -d 0.1,0,-1"),
+    ("sword", "sword.obj koala.obj --offset 0,6,0 -d -y"),
+    ("koala", "koala.obj nefertiti_lowres.obj --offset 0,300,0 -d -y"),
+    ("gear", "cycloidal.ply featuretype.stl idler_riser.stl --offset 0,0,40 -d -z"),
+]
+
+
+def write_box(path, low, high, more=""):
+    corners = [[(low, high)[k >> axis & 1][axis] for axis in range(3)] for k in range(8)]
+    faces = [(1, 3, 4, 2), (5, 6, 8, 7), (1, 2, 6, 5), (3, 7, 8, 4), (1, 5, 7, 3), (2, 4, 8, 6)]
+    with open(path, "w") as file:
+        file.writelines(f"v {x!r} {y!r} {z!r}\n" for x, y, z in corners)
+        file.writelines("f {} {} {} {}\n".format(*face) for face in faces)
+        file.write(more)
+
+
+def is_moving(pixel):
+    return pixel[0] - pixel[2] > 60
+
+
+def is_fixed(pixel):
+    return pixel[2] - pixel[0] > 40
+
+
+class Page(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        cls.work = tempfile.TemporaryDirectory()
+        cls.folder = pathlib.Path(cls.work.name)
+        cls.browser = chromium.Browser()
+        cls.browser.size(1280, 800)
+        cls.browser.prefer("light")
+        PICTURES.mkdir(parents=True, exist_ok=True)
+
+    @classmethod
+    def tearDownClass(cls):
+        cls.browser.close()
+        cls.work.cleanup()
+
+    def sweep(self, arguments, folder=MESHES, name="page"):
+        """Writes the page of a question and opens it; it must open without a complaint."""
+        page = self.folder / f"{name}.html"
+        words = arguments if isinstance(arguments, list) else arguments.split()
+        done = subprocess.run([SWEEP, *words, "--view", page, "--force", "--quiet"], cwd=folder, capture_output=True)
+        self.assertIn(done.returncode, (0, 1), done.stderr)
+        self.browser.open(page)
+        self.assert_silent()
+        return page
+
+    def assert_silent(self):
+        self.assertEqual(self.browser.problems, [])
+        self.assertEqual(len(self.browser.requests), 1)  # the page itself
+
+    def tearDown(self):
+        self.assert_silent()
+
+    def text(self, element):
+        return self.browser.run(f"document.getElementById('{element}').textContent")
+
+    def travel(self):
+        return float(self.browser.run("document.getElementById('travel').getAttribute('aria-valuetext')"))
+
+    def focus(self, element):
+        self.browser.run(f"document.getElementById('{element}').focus()")
+
+    def press(self, element):
+        self.browser.run(f"document.getElementById('{element}').click()")
+        self.browser.settle()
+
+    def canvas(self):
+        """Returns the rows of pixels of the picture, four times smaller."""
+        box = self.browser.run("(({x, y, width, height}) => ({x, y, width, height}))"
+                               "(document.getElementById('canvas').getBoundingClientRect())")
+        return chromium.pixels(self.browser.picture(**box, scale=0.25))[1]
+
+    def row_of_moving(self):
+        """Returns the mean row of the pixels of the moving body."""
+        rows = [k for k, row in enumerate(self.canvas()) for pixel in row if is_moving(pixel)]
+        self.assertGreater(len(rows), 20)
+        return sum(rows) / len(rows)
+
+    def assert_both_bodies(self, rows=None):
+        pixels = [pixel for row in rows or self.canvas() for pixel in row]
+        self.assertGreater(sum(map(is_moving, pixels)), 20)
+        self.assertGreater(sum(map(is_fixed, pixels)), 20)
+
+    def test_the_slider_moves_the_body(self):
+        self.sweep("bolt.stl bracket.stl -d -z")
+        self.assertEqual(self.text("headline"), "Contact after 30")
+        self.assertEqual(self.travel(), 30)
+        end = self.row_of_moving()
+        self.focus("travel")
+        self.browser.key("Home")
+        self.assertEqual(self.travel(), 0)
+        start = self.row_of_moving()
+        self.assertLess(start, end - 10)  # it travels down
+        for key, shift, travel in (("ArrowRight", False, 0.3), ("ArrowRight", True, 0.33), ("ArrowLeft", False, 0.03),
+                                   ("PageUp", False, 3.03), ("PageDown", False, 0.03), ("Home", False, 0)):
+            self.browser.key(key, shift=shift)
+            self.assertAlmostEqual(self.travel(), travel)
+        self.browser.run("(s => { s.value = 500; s.dispatchEvent(new Event('input')); })"
+                         "(document.getElementById('travel'))")
+        self.browser.settle()
+        self.assertEqual(self.travel(), 15)
+        self.assertEqual(self.text("travel-text"), "15")
+        self.assertTrue(start < self.row_of_moving() < end)
+        self.browser.key("End")
+        self.assertEqual(self.travel(), 30)
+        self.assertAlmostEqual(self.row_of_moving(), end, delta=0.5)
+
+    def test_it_plays_to_the_contact(self):
+        self.sweep("bolt.stl bracket.stl -d -z")
+        self.focus("canvas")
+        self.browser.key(" ", "Space")
+        self.assertEqual(self.text("play"), "Pause")
+        self.browser.wait("document.getElementById('travel').value < 900")
+        self.browser.wait("document.getElementById('play').textContent === 'Play'")
+        self.assertEqual(self.travel(), 30)
+
+    def test_keys_mouse_and_touch_turn_the_view(self):
+        self.sweep("bolt.stl bracket.stl -d -z")
+        before = self.canvas()
+        self.focus("canvas")
+        for key in ("ArrowLeft", "ArrowUp", "+"):
+            self.browser.key(key)
+            self.assertNotEqual(after := self.canvas(), before, key)
+            before = after
+        self.browser.drag(400, 400, 120, 40)
+        self.assertNotEqual(after := self.canvas(), before)
+        before = after
+        for kind, x in (("touchStart", 400), ("touchMove", 450), ("touchMove", 500)):
+            self.browser.call("Input.dispatchTouchEvent", type=kind, touchPoints=[{"x": x, "y": 400}])
+        self.browser.call("Input.dispatchTouchEvent", type="touchEnd", touchPoints=[])
+        self.browser.settle()
+        self.assertNotEqual(after := self.canvas(), before)
+        before = after
+        self.browser.call("Input.dispatchMouseEvent", type="mouseWheel", x=400, y=400, deltaX=0, deltaY=-300)
+        self.browser.settle()
+        self.assertNotEqual(self.canvas(), before)
+        self.press("view-all")
+        seen = [self.canvas()]
+        for view in ("c", "s", "d", "x"):
+            self.browser.key(view)
+            self.assertNotIn(self.canvas(), seen)
+            seen.append(self.canvas())
+
+    def test_bodies_can_be_hidden(self):
+        self.sweep("bolt.stl bracket.stl -d -z")
+        self.browser.run("document.querySelector('#legend input').click()")
+        self.browser.settle()
+        self.assertEqual(sum(is_moving(pixel) for row in self.canvas() for pixel in row), 0)
+
+    def test_the_numbers_are_copied(self):
+        self.browser.call("Browser.grantPermissions", permissions=["clipboardReadWrite", "clipboardSanitizedWrite"])
+        self.sweep("bolt.stl bracket.stl -d -z --patch")
+        self.press("copy")
+        self.browser.wait("document.getElementById('copied').textContent === 'Copied.'")
+        lines = self.browser.run("navigator.clipboard.readText()").splitlines()
+        for line in ("Contact after 30", "Lengths are in the units of the files.", "status: contact", "travel: 30",
+                     "direction: (0, 0, -1)", "kind: vertex-face", "normal: (0, 0, 1)", "rule: touch",
+                     "moving: bolt.stl, triangle 120 of 288, at (6.5, 1.7417000532150269, 30)",
+                     "fixed: bracket.stl, triangle 0 of 252, at (6.5, 1.7417000532150269, 0)",
+                     "patch: 364 pairs of triangles"):
+            self.assertIn(line, lines)
+        self.assertTrue(any(line.startswith("version: ") for line in lines))
+
+    def test_light_and_dark(self):
+        for preferred, other in (("dark", "light"), ("light", "dark")):
+            self.browser.prefer(preferred)
+            self.sweep("bolt.stl bracket.stl -d -z")
+            for theme in (preferred, other):
+                self.assertEqual(self.browser.run("document.documentElement.dataset.theme"), theme)
+                corner = self.canvas()[0][0]
+                self.assertEqual(sum(corner) > 3 * 128, theme == "light", corner)
+                self.assert_both_bodies()
+                self.press("theme")
+        self.browser.prefer("light")
+
+    def test_controls_have_names(self):
+        self.sweep("bolt.stl bracket.stl -d -z")
+        nodes = self.browser.call("Accessibility.getFullAXTree")["nodes"]
+        controls = [node for node in nodes if node.get("role", {}).get("value") in
+                    ("button", "slider", "checkbox", "application")]
+        self.assertGreaterEqual(len(controls), 12)
+        for node in controls:
+            self.assertTrue(node.get("name", {}).get("value"), node)
+
+    def test_a_phone_shows_everything_in_its_width(self):
+        self.browser.size(390, 844, mobile=True)
+        try:
+            self.sweep("bolt.stl bracket.stl -d -z")
+            self.assertEqual(self.browser.run("document.documentElement.scrollWidth"), 390)
+            self.assert_both_bodies()
+        finally:
+            self.browser.size(1280, 800)
+
+    def test_every_state_is_shown(self):
+        write_box(self.folder / "big.obj", (0.0, 0.0, 0.0), (10.0, 10.0, 10.0))
+        write_box(self.folder / "small.obj", (4.0, 4.0, 4.0), (5.0, 5.0, 5.0), "v nan 0 0\nf 1 2 9\n")
+        write_box(self.folder / "huge.obj", (0.0, 0.0, 3e150), (1e150, 1e150, 4e150))
+        write_box(self.folder / "huge2.obj", (0.0, 0.0, 0.0), (1e150, 1e150, 1e150))
+        write_box(self.folder / "far.obj", (1.0, 1.0, 1e7), (2.0, 2.0, 1e7 + 1.0))
+        for arguments, headline, row in (
+            ("bolt.stl bracket.stl -d z", "No contact", "travel: none"),
+            ("bolt.stl bracket.stl -d z --max-distance 9", "No contact up to a travel of 9", "greatest travel: 9"),
+            ("bolt.stl bolt.stl -d z", "In contact from the start", "travel: 0"),
+            ("bolt.stl bracket.stl -d -z --last", "Last contact after 43.29999923706055", "rule: touch, last"),
+            ("bolt.stl bracket.stl -d -z --clearance 2", "Within 2 after 8.463259847906674", "clearance: 2"),
+            ("small.obj big.obj -d -z --solid", "In contact from the start", "kind: inside"),
+            ("small.obj big.obj -d -z", "Contact after 4",
+             "moving: small.obj, triangle 0 of 13, at (4, 4, 4), 1 triangle with a NaN or infinite corner is left out"),
+            ("huge.obj huge2.obj -d -z", f"Contact after {3e150 - 1e150!r}", "status: contact"),
+            ("far.obj small.obj big.obj -d -z", "Contact after 9999990", "fixed 0: small.obj, 13 triangles"),
+        ):
+            with self.subTest(arguments):
+                paths = [str(self.folder / word if (self.folder / word).exists() else word) for word in arguments.split()]
+                self.sweep(paths)
+                self.assertEqual(self.text("headline"), headline)
+                rows = self.browser.run(
+                    "[...document.querySelectorAll('#numbers tr')].map((row) => row.firstChild.textContent + ': ' + "
+                    "[...row.lastChild.children].map((line) => line.textContent.split('/').pop()).join(', '))")
+                self.assertTrue(any(row in found for found in rows), rows)
+                self.assertEqual(any("not exact" in found for found in rows), "--clearance" in arguments)
+                # The outer body hides the inner one.
+                if arguments.startswith(("bolt.stl bracket.stl", "huge", "far")):
+                    self.assert_both_bodies()
+
+    def test_names_are_shown_as_they_are(self):
+        name = "a</script><!--<script>\"'&<b>.stl"
+        (self.folder / "a<").mkdir(exist_ok=True)
+        (self.folder / name).write_bytes((MESHES / "bolt.stl").read_bytes())
+        self.sweep([name, str(MESHES / "bracket.stl"), "-d", "-z"], self.folder)
+        self.assertIn(name, self.text("numbers"))
+
+    def test_nothing_can_be_fetched_or_run(self):
+        self.sweep("bolt.stl bracket.stl -d -z")
+        self.assertEqual(self.browser.run("fetch('data:,x').then(() => 'fetched', () => 'refused')"), "refused")
+        self.browser.run("document.body.append(Object.assign(document.createElement('script'), "
+                         "{textContent: 'window.wasRun = true'}))")
+        self.assertTrue(self.browser.run("window.wasRun === undefined"))
+        self.assertGreater(len(self.browser.problems), 0)
+        self.browser.problems.clear()
+        self.browser.requests[1:] = []
+
+    def test_real_meshes(self):
+        folder = os.environ.get("GSL_MESH_DIR")
+        if not folder:
+            self.skipTest("GSL_MESH_DIR is not set")
+        for name, arguments in REAL:
+            with self.subTest(name):
+                self.sweep(arguments, folder, name)
+                self.assertTrue(self.text("headline").startswith("Contact after "))
+                (PICTURES / f"{name}.png").write_bytes(self.browser.picture())
+                rows = self.canvas()
+                self.press("view-contact")
+                (PICTURES / f"{name}-contact.png").write_bytes(self.browser.picture())
+                self.assert_both_bodies(rows + self.canvas())
+
+
+if __name__ == "__main__":
+    unittest.main(argv=sys.argv[:1])
