@@ -1,6 +1,7 @@
 #include "SweepOptions.h"
 
 #include "MeshWrite.h"
+#include "PictureFormat.h"
 #include "support/CommandLine.h"
 #include "support/VectorText.h"
 
@@ -97,6 +98,9 @@ std::vector<OptionRow> OptionRows() {
        "Writes the result as JSON; - writes it to stdout in place of the text"},
       {"--output", "FILE", nullptr,
        "Writes MOVING at its contact, in the format of the extension: " + MeshFormatNames(".")},
+      {"--picture", "FILE", nullptr,
+       "Draws one page, .svg, .png or .pdf: the bodies before the travel and at the contact, the "
+       "travel and the contact"},
       {"--format", "NAME", nullptr,
        "Format of a mesh on stdin: " + MeshFormatNames("") + "; only obj requires it"},
       {"--threads", "N", nullptr, "Number of threads, 1 to 1024; the result does not depend on it"},
@@ -184,6 +188,16 @@ std::string OutputFileOf(const std::string& value) {
   return FileNameOf("--output", value, "be a file name");
 }
 
+std::string PictureFileOf(const std::string& value) {
+  if (!gsl_view::PictureFormatOf(value)) {
+    FailValue("--picture", "end in .svg, .png or .pdf", value);
+  }
+  if (!gsl_view::CanDrawPictures()) {
+    FailUsage("--picture cannot be used: this gsl-sweep was built without Cairo");
+  }
+  return FileNameOf("--picture", value, "be a file name");
+}
+
 MeshFormat FormatOf(const std::string& value) {
   const MeshFormat format = gsl_mesh::MeshFormatNamed(value);
   if (format == MeshFormat::Unknown) FailValue("--format", "be " + MeshFormatNames(""), value);
@@ -238,6 +252,7 @@ void TakeValues(const CLI::App& app, SweepOptions& options) {
     options.jsonFile = FileNameOf("--json", *value, "be a file name or -");
   }
   if (const auto value = ValueOf(app, "--output")) options.outputFile = OutputFileOf(*value);
+  if (const auto value = ValueOf(app, "--picture")) options.pictureFile = PictureFileOf(*value);
   if (const auto value = ValueOf(app, "--format")) options.format = FormatOf(*value);
   if (const auto value = ValueOf(app, "--threads")) {
     options.threads = CountOf("--threads", *value, kMostThreads);
@@ -274,7 +289,7 @@ void RefuseConflicts(const CLI::App& app) {
               " are both given; expected one of --direction, --directions and --sphere");
   }
   RefuseTogether(app, "--quiet", {"--verbose"});
-  for (const char* const name : {"--output", "--patch"}) {
+  for (const char* const name : {"--output", "--picture", "--patch"}) {
     if (IsGiven(app, name) && !given.empty() && given[0] != "--direction") {
       FailUsage(name + (" cannot be used with " + given[0]) + "; expected --direction");
     }

@@ -34,6 +34,7 @@ struct SweepOptions {
   std::size_t patchPairs = 1000; ///< the most pairs that the JSON lists
   double maxDistance = std::numeric_limits<double>::infinity(); ///< at least 0
   std::string jsonFile, outputFile;                             ///< empty when not requested
+  std::string pictureFile;                                      ///< empty when not requested
   unsigned threads = 1;
   ProgressStyle progress = ProgressStyle::Auto;
   bool quiet = false, verbose = false, force = false;
@@ -42,6 +43,8 @@ struct SweepOptions {
     return movingFile == "-" ||
            std::find(fixedFiles.begin(), fixedFiles.end(), "-") != fixedFiles.end();
   }
+  /// Returns whether anything lists the pairs of the patch.
+  bool ListsPairs() const { return !jsonFile.empty() || !pictureFile.empty(); }
   bool JsonToStdout() const { return jsonFile == "-"; }
   bool JsonToFile() const { return !jsonFile.empty() && !JsonToStdout(); }
 };

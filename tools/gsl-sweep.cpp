@@ -1,6 +1,7 @@
 #include "MeshRead.h"
 #include "MeshWrite.h"
 #include "OutputFile.h"
+#include "Picture.h"
 #include "Printable.h"
 #include "SweepOptions.h"
 #include "gsl_Sweep.h"
@@ -13,6 +14,7 @@
 #include "support/Progress.h"
 #include "support/Report.h"
 #include "support/Resolution.h"
+#include "support/SceneView.h"
 #include "support/Sphere.h"
 #include "support/Stages.h"
 #include "support/VectorText.h"
@@ -20,6 +22,7 @@
 #include <algorithm>
 #include <csignal>
 #include <filesystem>
+#include <iterator>
 #include <optional>
 #include <stdexcept>
 #include <string>
@@ -72,11 +75,22 @@ bool NameSameFile(const std::string& a, const std::string& b) {
 
 /// Runs before the search, so that nothing is computed for an output that cannot be written.
 void CheckOutputs(const SweepOptions& options) {
-  if (options.JsonToFile() && NameSameFile(options.jsonFile, options.outputFile)) {
-    throw UsageError("--json and --output name the same file");
+  struct Output {
+    std::string option, file;
+  };
+  const Output outputs[] = {{"--json", options.JsonToFile() ? options.jsonFile : ""},
+                            {"--output", options.outputFile},
+                            {"--picture", options.pictureFile}};
+  for (auto output = std::begin(outputs); output != std::end(outputs); ++output) {
+    for (auto other = std::begin(outputs); other != output; ++other) {
+      if (NameSameFile(other->file, output->file)) {
+        throw UsageError(other->option + " and " + output->option + " name the same file");
+      }
+    }
   }
-  if (options.JsonToFile()) CheckOutputPath(options.jsonFile, options.force);
-  if (!options.outputFile.empty()) CheckOutputPath(options.outputFile, options.force);
+  for (const Output& output : outputs) {
+    if (!output.file.empty()) CheckOutputPath(output.file, options.force);
+  }
 }
 
 /// A mesh and its body.
@@ -208,6 +222,12 @@ std::string OutputLine(const SweepOptions& options, const Answer& answer) {
   return "  moved   " + (Touches(answer) ? file : "nothing written to " + file) + "\n";
 }
 
+/// Returns the line of the report about --picture.
+std::string PictureLine(const SweepOptions& options) {
+  if (options.pictureFile.empty()) return {};
+  return "  picture " + Printable(options.pictureFile) + "\n";
+}
+
 /// Returns the moving body at its contact.
 Mesh MeshAtContact(Mesh mesh, const SweepReport& report) {
   if (report.pose) PoseMesh(mesh, *report.pose);
@@ -223,7 +243,7 @@ void WriteResults(const SweepOptions& options, const SweepReport& report, Mesh m
   if (!options.jsonFile.empty()) WriteJson(options, ReportAsJson(report));
   if (options.quiet) return;
   if (!options.JsonToStdout()) {
-    WriteStdout(ReportAsText(report) + OutputLine(options, report.answer));
+    WriteStdout(ReportAsText(report) + OutputLine(options, report.answer) + PictureLine(options));
   } else if (!touches && !options.outputFile.empty()) {
     const std::string what =
         report.clearance > 0.0 ? "not within " + NumberText(report.clearance) : "no contact";
@@ -369,8 +389,7 @@ void Ask(const SweepOptions& options, const Question& question, const Pair& pair
   if (options.last) {
     report.answer = pair.Last(question, run);
   } else if (options.patch) {
-    // Without JSON no pair is listed.
-    std::vector<Contact> listed(options.jsonFile.empty() ? 0 : options.patchPairs);
+    std::vector<Contact> listed(options.ListsPairs() ? options.patchPairs : 0);
     const PatchSummary found = pair.FindPatch(question, listed.data(), listed.size(), run);
     listed.resize(std::min(listed.size(), found.pairCount));
     report.answer = found.first;
@@ -378,6 +397,30 @@ void Ask(const SweepOptions& options, const Question& question, const Pair& pair
   } else {
     report.answer = pair.First(question, run);
   }
+}
+
+/// Writes the picture of a scene. A build without pictures has refused the option.
+void WritePicture([[maybe_unused]] const SweepOptions& options,
+                  [[maybe_unused]] const gsl_view::ViewScene& scene) {
+#ifndef GSL_WITHOUT_PICTURES
+  const auto format = gsl_view::PictureFormatOf(options.pictureFile);
+  WriteTextFile(options.pictureFile, gsl_view::DrawPicture(scene, *format), options.force);
+#endif
+}
+
+/// Writes what --picture asks for.
+void WriteScene(const SweepOptions& options, const Scene& scene, const Question& question,
+                const SweepReport& report) {
+  if (options.pictureFile.empty()) return;
+  // The corners of the moving body as they were read, unless something has changed them.
+  const bool isAsRead = !scene.pose && !scene.deviation && options.offset.x == 0.0 &&
+                        options.offset.y == 0.0 && options.offset.z == 0.0;
+  const std::vector<double> placed =
+      isAsRead ? std::vector<double>() : PlacedCorners(scene.moving.body, options.offset);
+  std::vector<TriangleView> surfaces = {isAsRead ? ViewOf(scene.moving.mesh) : ViewOf(placed)};
+  for (const Part& part : scene.fixed)
+    surfaces.push_back(ViewOf(part.mesh));
+  WritePicture(options, ViewSceneOf(report, question, surfaces));
 }
 
 ExitStatus AnswerOne(const SweepOptions& options, Scene& scene, const Pair& pair,
@@ -392,6 +435,7 @@ ExitStatus AnswerOne(const SweepOptions& options, Scene& scene, const Pair& pair
   display.End("search");
   ShowWarnings(options, report.warnings);
   display.Enter("write");
+  WriteScene(options, scene, question, report);
   WriteResults(options, report, std::move(scene.moving.mesh));
   display.End("write");
   return Touches(report.answer) ? Touching : NoContact;

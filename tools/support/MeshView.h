@@ -4,6 +4,8 @@
 #include "Mesh.h"
 #include "gsl_Sweep.h"
 
+#include <vector>
+
 namespace gsl_tools {
 
 using gsl_arithmetic::Coord3;
@@ -17,6 +19,15 @@ inline TriangleView ViewOf(const Mesh& mesh) {
   view.triangleCount = mesh.TriangleCount();
   view.vertexCount = 3 * view.triangleCount;
   view.vertices = mesh.corners.empty() ? nullptr : &mesh.corners.front().x;
+  return view;
+}
+
+/// The triangles of nine numbers each, for as long as they are there and unchanged.
+inline TriangleView ViewOf(const std::vector<double>& corners) {
+  TriangleView view;
+  view.triangleCount = corners.size() / 9;
+  view.vertexCount = 3 * view.triangleCount;
+  view.vertices = corners.data();
   return view;
 }
 
