@@ -143,20 +143,43 @@ std::vector<Face> FindFaces(const Mesh& mesh, MeshFacts& facts) {
   return faces;
 }
 
-void CountDuplicates(const std::vector<Face>& faces, MeshFacts& facts) {
-  std::vector<Face> sorted = faces;
-  for (Face& face : sorted)
+/// Sorts by the lowest vertex, which `lowest` tells, by counting; then those that have it in common
+/// by `isBefore`. Most vertices belong to a few triangles only, so the time grows with the number.
+template <class Item, class Lowest, class IsBefore>
+std::vector<Item> Sorted(const std::vector<Item>& items, std::size_t vertices, Lowest lowest,
+                         IsBefore isBefore) {
+  std::vector<std::uint32_t> end(vertices + 1);
+  for (const Item& item : items)
+    ++end[lowest(item) + 1];
+  std::partial_sum(end.begin(), end.end(), end.begin());
+  std::vector<Item> sorted(items.size());
+  for (const Item& item : items)
+    sorted[end[lowest(item)]++] = item;
+  std::uint32_t begin = 0;
+  for (std::size_t k = 0; k < vertices; ++k) {
+    std::sort(sorted.begin() + begin, sorted.begin() + end[k], isBefore);
+    begin = end[k];
+  }
+  return sorted;
+}
+
+void CountDuplicates(std::vector<Face> faces, MeshFacts& facts) {
+  for (Face& face : faces)
     std::sort(face.vertex.begin(), face.vertex.end());
-  std::sort(sorted.begin(), sorted.end(), [](const Face& a, const Face& b) {
-    return a.vertex != b.vertex ? a.vertex < b.vertex : a.number < b.number;
-  });
+  const auto lowest = [](const Face& face) { return face.vertex[0]; };
+  const auto isBefore = [](const Face& a, const Face& b) {
+    if (a.vertex[1] != b.vertex[1]) return a.vertex[1] < b.vertex[1];
+    if (a.vertex[2] != b.vertex[2]) return a.vertex[2] < b.vertex[2];
+    return a.number < b.number;
+  };
+  const std::vector<Face> sorted = Sorted(faces, facts.vertices, lowest, isBefore);
   for (std::size_t k = 1; k < sorted.size(); ++k) {
     if (sorted[k].vertex == sorted[k - 1].vertex)
       Count(sorted[k].number, facts.duplicate, facts.firstDuplicate);
   }
 }
 
-std::vector<EdgeUse> UsesOf(const std::vector<Face>& faces) {
+std::vector<EdgeUse> UsesOf(const std::vector<Face>& faces, std::size_t vertices) {
   std::vector<EdgeUse> uses;
   uses.reserve(3 * faces.size());
   for (const Face& face : faces) {
@@ -168,10 +191,11 @@ std::vector<EdgeUse> UsesOf(const std::vector<Face>& faces) {
       uses.push_back({std::min(from, to) << 32 | std::max(from, to), face.number, from < to});
     }
   }
-  std::sort(uses.begin(), uses.end(), [](const EdgeUse& a, const EdgeUse& b) {
+  const auto lowest = [](const EdgeUse& use) { return static_cast<std::uint32_t>(use.ends >> 32); };
+  const auto isBefore = [](const EdgeUse& a, const EdgeUse& b) {
     return a.ends != b.ends ? a.ends < b.ends : a.triangle < b.triangle;
-  });
-  return uses;
+  };
+  return Sorted(uses, vertices, lowest, isBefore);
 }
 
 void CountEdges(const std::vector<EdgeUse>& uses, std::size_t triangles, MeshFacts& facts) {
@@ -283,7 +307,7 @@ MeshFacts FactsOf(const Mesh& mesh) {
   facts.triangles = mesh.TriangleCount();
   const std::vector<Face> faces = FindFaces(mesh, facts);
   CountDuplicates(faces, facts);
-  CountEdges(UsesOf(faces), facts.triangles, facts);
+  CountEdges(UsesOf(faces, facts.vertices), facts.triangles, facts);
   Measure(mesh, faces, facts);
   return facts;
 }

@@ -14,6 +14,7 @@
 
 #include <algorithm>
 #include <csignal>
+#include <future>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -54,7 +55,8 @@ MeshReport Examined(const std::string& file, const MeshOptions& options, Progres
   const Mesh mesh = Read(file, options, progress);
   report.warnings = mesh.warnings;
   progress.Begin("Checking " + NameOfInput(file));
-  report.facts = FactsOf(mesh);
+  // Counting needs as long as the search for crossings, and neither needs the other.
+  std::future<gsl_mesh::MeshFacts> facts = std::async([&mesh] { return FactsOf(mesh); });
   const gsl_sweep::Body body(ViewOf(mesh));
   report.fault = body.IsSolid().Reason();
   gsl_sweep::Run run;
@@ -66,6 +68,7 @@ MeshReport Examined(const std::string& file, const MeshOptions& options, Progres
   report.crossingCount =
       gsl_sweep::Crossings(body, report.crossings.data(), report.crossings.size(), run);
   report.crossings.resize(std::min(report.crossings.size(), report.crossingCount));
+  report.facts = facts.get();
   progress.Clear();
   return report;
 }

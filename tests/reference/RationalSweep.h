@@ -1,7 +1,7 @@
 #ifndef REFERENCE_RATIONAL_SWEEP_H
 #define REFERENCE_RATIONAL_SWEEP_H
 
-#include "gsl_Arithmetic.h"
+#include "SweepQuestion.h"
 
 #include <array>
 #include <cstddef>
@@ -18,7 +18,6 @@
 /// matter until the travel is known. Then the triangles are moved into contact and compared.
 namespace reference {
 
-using gsl_arithmetic::Coord3;
 using Rational = mpq_class;
 using Whole = mpz_class;
 
@@ -70,14 +69,6 @@ Meeting FirstMeeting(const WholeTriangle& moving, const WholeTriangle& fixed);
 
 /// Returns the square of the distance of a point from a triangle, which may be degenerate.
 Rational SquaredDistance(const RationalPoint& p, const std::array<RationalPoint, 3>& triangle);
-
-/// The question. Each triangle has three corners.
-struct Question {
-  std::vector<Coord3> moving, fixed;
-  Coord3 direction;
-  bool oneSided = false;
-  bool notLeaving = false; ///< leaves out pairs whose interval ends at zero
-};
 
 enum class Outcome { None, Contact, Start };
 

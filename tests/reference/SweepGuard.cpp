@@ -1,5 +1,6 @@
 #include "SweepGuard.h"
 
+#include "RationalSweep.h"
 #include "gsl_Matrix.h"
 #include "gsl_Sweep.h"
 

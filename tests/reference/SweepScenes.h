@@ -1,7 +1,7 @@
 #ifndef REFERENCE_SWEEP_SCENES_H
 #define REFERENCE_SWEEP_SCENES_H
 
-#include "RationalSweep.h"
+#include "SweepQuestion.h"
 
 #include <cstddef>
 #include <cstdint>
