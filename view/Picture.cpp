@@ -15,7 +15,6 @@ namespace gsl_view {
 using gsl_arithmetic::Add;
 using gsl_arithmetic::Dot;
 using gsl_arithmetic::Multiply;
-using gsl_sweep::SweepStatus;
 
 namespace {
 

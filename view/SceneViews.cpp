@@ -169,6 +169,7 @@ void DrawBodies(Page& page, const DrawnScene& scene, const SceneEdges& edges,
   for (const BodyView& view : views)
     ShadeView(scene, edges, view, rasters);
   std::vector<ViewLines> lines;
+  lines.reserve(views.size());
   for (const BodyView& view : views)
     lines.push_back(LinesOf(scene, edges, view, fineness.mostLines, rasters));
   page.DrawRaster(rasters.bodies);

@@ -57,7 +57,7 @@ std::string BodyText(const ViewBody& body) {
 
 /// Returns the name and the number of triangles, with the name shortened where they do not fit.
 std::string FittedBody(Page& page, const ViewBody& body, double width) {
-  const std::string whole = BodyText(body);
+  std::string whole = BodyText(body);
   if (page.WidthOf(whole, kValue) <= width) return whole;
   const std::string name = DrawableText(body.name);
   const std::string count = whole.substr(name.size());
