@@ -40,6 +40,7 @@ LIBRARIES = {
     "nlohmann-json": r"nlohmann/.+",
     "pybind11": r"pybind11/.+",
     "SQLite": r"sqlite3\.h",
+    "Cairo": r"cairo(-\w+)?\.h",
     "any library": r".+",
 }
 
@@ -76,7 +77,7 @@ ROOMS = [
     Room("python/", "the Python module: arrays in, arrays out",
          "gsl/include/, mesh/, sweep/, tools/support/EvenDirections.h, pybind11"),
     Room("view/", "pictures and the viewer page, drawn from answers and arrays",
-         "gsl/include/, mesh/, sweep/, nlohmann-json, POSIX"),
+         "gsl/include/, mesh/, sweep/, nlohmann-json, POSIX, Cairo"),
     Room("sweep/", "the engine: bodies and pairs, the searches for first and last contacts, patches and clearances, growing bodies, the test for solids, the exact contact of two triangles",
          f"exact/, {VALUES}, gsl/include/gsl_Point.h (to move corners as a matrix does), POSIX (pages of large arrays), "
          "SSE2"),

@@ -14,7 +14,8 @@ packages_of() {
     # Packages to build and install the library and the programs. (Assimp's CMake files name libz.so.)
     build)
       echo g++ cmake ninja-build \
-        libfast-float-dev libassimp-dev zlib1g-dev libcli11-dev nlohmann-json3-dev libsqlite3-dev
+        libfast-float-dev libassimp-dev zlib1g-dev libcli11-dev nlohmann-json3-dev libsqlite3-dev \
+        libcairo2-dev fonts-dejavu-core
       ;;
     # The Python module. Without these packages the rest is built.
     python)
@@ -25,7 +26,7 @@ packages_of() {
       echo "$(packages_of python)" python3-pytest python3-scipy python3-pip python3-setuptools python3-wheel \
         python3-matplotlib python3-distributed \
         libgtest-dev libgmock-dev librapidcheck-dev \
-        libgmp-dev python3-jsonschema help2man
+        libgmp-dev python3-jsonschema help2man poppler-utils
       ;;
     # The second compiler, formatting, lint, sanitizers, fuzzing, coverage, consumers.
     check)

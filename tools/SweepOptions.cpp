@@ -1,6 +1,7 @@
 #include "SweepOptions.h"
 
 #include "MeshWrite.h"
+#include "PictureFormat.h"
 #include "support/CommandLine.h"
 #include "support/VectorText.h"
 
@@ -99,6 +100,9 @@ std::vector<OptionRow> OptionRows() {
        "Writes MOVING at its contact, in the format of the extension: " + MeshFormatNames(".")},
       {"--view", "FILE", nullptr,
        "Writes a page for a browser, FILE.html, that shows the bodies and lets MOVING travel"},
+      {"--picture", "FILE", nullptr,
+       "Draws one page, .svg, .png or .pdf: the bodies before the travel and at the contact, the "
+       "travel and the contact"},
       {"--format", "NAME", nullptr,
        "Format of a mesh on stdin: " + MeshFormatNames("") + "; only obj requires it"},
       {"--threads", "N", nullptr, "Number of threads, 1 to 1024; the result does not depend on it"},
@@ -192,6 +196,16 @@ std::string ViewFileOf(const std::string& value) {
   return FileNameOf("--view", value, "be a file name");
 }
 
+std::string PictureFileOf(const std::string& value) {
+  if (!gsl_view::PictureFormatOf(value)) {
+    FailValue("--picture", "end in .svg, .png or .pdf", value);
+  }
+  if (!gsl_view::CanDrawPictures()) {
+    FailUsage("--picture cannot be used: this gsl-sweep was built without Cairo");
+  }
+  return FileNameOf("--picture", value, "be a file name");
+}
+
 MeshFormat FormatOf(const std::string& value) {
   const MeshFormat format = gsl_mesh::MeshFormatNamed(value);
   if (format == MeshFormat::Unknown) FailValue("--format", "be " + MeshFormatNames(""), value);
@@ -247,6 +261,7 @@ void TakeValues(const CLI::App& app, SweepOptions& options) {
   }
   if (const auto value = ValueOf(app, "--output")) options.outputFile = OutputFileOf(*value);
   if (const auto value = ValueOf(app, "--view")) options.viewFile = ViewFileOf(*value);
+  if (const auto value = ValueOf(app, "--picture")) options.pictureFile = PictureFileOf(*value);
   if (const auto value = ValueOf(app, "--format")) options.format = FormatOf(*value);
   if (const auto value = ValueOf(app, "--threads")) {
     options.threads = CountOf("--threads", *value, kMostThreads);
@@ -283,7 +298,7 @@ void RefuseConflicts(const CLI::App& app) {
               " are both given; expected one of --direction, --directions and --sphere");
   }
   RefuseTogether(app, "--quiet", {"--verbose"});
-  for (const char* const name : {"--output", "--view", "--patch"}) {
+  for (const char* const name : {"--output", "--view", "--picture", "--patch"}) {
     if (IsGiven(app, name) && !given.empty() && given[0] != "--direction") {
       FailUsage(name + (" cannot be used with " + given[0]) + "; expected --direction");
     }

@@ -35,6 +35,7 @@ struct SweepOptions {
   double maxDistance = std::numeric_limits<double>::infinity(); ///< at least 0
   std::string jsonFile, outputFile;                             ///< empty when not requested
   std::string viewFile;                                         ///< empty when not requested
+  std::string pictureFile;                                      ///< empty when not requested
   unsigned threads = 1;
   ProgressStyle progress = ProgressStyle::Auto;
   bool quiet = false, verbose = false, force = false;
@@ -44,7 +45,7 @@ struct SweepOptions {
            std::find(fixedFiles.begin(), fixedFiles.end(), "-") != fixedFiles.end();
   }
   /// Returns whether anything lists the pairs of the patch.
-  bool ListsPairs() const { return !jsonFile.empty() || !viewFile.empty(); }
+  bool ListsPairs() const { return !jsonFile.empty() || !viewFile.empty() || !pictureFile.empty(); }
   bool JsonToStdout() const { return jsonFile == "-"; }
   bool JsonToFile() const { return !jsonFile.empty() && !JsonToStdout(); }
 };

@@ -19,7 +19,7 @@ _gsl_sweep_files() {
 
 _gsl_sweep() {
   local options="--direction --directions --sphere --allowance --pose --offset --one-sided --leaving
-    --solid --clearance --last --patch --patch-pairs --max-distance --json --output --view --format --threads --progress --quiet --verbose --force --help --version"
+    --solid --clearance --last --patch --patch-pairs --max-distance --json --output --view --picture --format --threads --progress --quiet --verbose --force --help --version"
   local current=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]}
   # bash takes the equals sign of --name=value for a word of its own.
   if [[ $current == "=" ]]; then
@@ -32,6 +32,7 @@ _gsl_sweep() {
     -d | --direction) _gsl_sweep_words "x -x y -y z -z" "$current" ;;
     --output) _gsl_sweep_files "stl|ply|obj|off" "$current" ;;
     --view) _gsl_sweep_files "html|htm" "$current" ;;
+    --picture) _gsl_sweep_files "svg|png|pdf" "$current" ;;
     --format) _gsl_sweep_words "stl ply obj off" "$current" ;;
     --progress) _gsl_sweep_words "auto plain never" "$current" ;;
     --json | --pose | --directions) _gsl_sweep_files ".*" "$current" ;;

@@ -1,6 +1,7 @@
 #include "MeshRead.h"
 #include "MeshWrite.h"
 #include "OutputFile.h"
+#include "Picture.h"
 #include "Printable.h"
 #include "SweepOptions.h"
 #include "ViewerPage.h"
@@ -22,6 +23,7 @@
 #include <algorithm>
 #include <csignal>
 #include <filesystem>
+#include <iterator>
 #include <optional>
 #include <stdexcept>
 #include <string>
@@ -79,7 +81,8 @@ void CheckOutputs(const SweepOptions& options) {
   };
   const Output outputs[] = {{"--json", options.JsonToFile() ? options.jsonFile : ""},
                             {"--output", options.outputFile},
-                            {"--view", options.viewFile}};
+                            {"--view", options.viewFile},
+                            {"--picture", options.pictureFile}};
   for (auto output = std::begin(outputs); output != std::end(outputs); ++output) {
     for (auto other = std::begin(outputs); other != output; ++other) {
       if (NameSameFile(other->file, output->file)) {
@@ -226,6 +229,12 @@ std::string ViewLine(const SweepOptions& options) {
   return options.viewFile.empty() ? "" : "  view    " + Printable(options.viewFile) + "\n";
 }
 
+/// Returns the line of the report about --picture.
+std::string PictureLine(const SweepOptions& options) {
+  if (options.pictureFile.empty()) return {};
+  return "  picture " + Printable(options.pictureFile) + "\n";
+}
+
 /// Returns the moving body at its contact.
 Mesh MeshAtContact(Mesh mesh, const SweepReport& report) {
   if (report.pose) PoseMesh(mesh, *report.pose);
@@ -241,7 +250,8 @@ void WriteResults(const SweepOptions& options, const SweepReport& report, Mesh m
   if (!options.jsonFile.empty()) WriteJson(options, ReportAsJson(report));
   if (options.quiet) return;
   if (!options.JsonToStdout()) {
-    WriteStdout(ReportAsText(report) + OutputLine(options, report.answer) + ViewLine(options));
+    WriteStdout(ReportAsText(report) + OutputLine(options, report.answer) + ViewLine(options) +
+                PictureLine(options));
   } else if (!touches && !options.outputFile.empty()) {
     const std::string what =
         report.clearance > 0.0 ? "not within " + NumberText(report.clearance) : "no contact";
@@ -397,10 +407,20 @@ void Ask(const SweepOptions& options, const Question& question, const Pair& pair
   }
 }
 
-/// Writes what --view asks for.
-void WriteView(const SweepOptions& options, const Scene& scene, const Question& question,
-               const SweepReport& report) {
-  if (options.viewFile.empty()) return;
+/// Writes the picture of a scene. A build without pictures has refused the option.
+void WritePicture([[maybe_unused]] const SweepOptions& options,
+                  [[maybe_unused]] const gsl_view::ViewScene& scene) {
+#ifndef GSL_WITHOUT_PICTURES
+  if (options.pictureFile.empty()) return;
+  const auto format = gsl_view::PictureFormatOf(options.pictureFile);
+  WriteTextFile(options.pictureFile, gsl_view::DrawPicture(scene, *format), options.force);
+#endif
+}
+
+/// Writes what --view and --picture ask for.
+void WriteScene(const SweepOptions& options, const Scene& scene, const Question& question,
+                const SweepReport& report) {
+  if (options.viewFile.empty() && options.pictureFile.empty()) return;
   // The corners of the moving body as they were read, unless something has changed them.
   const bool isAsRead = !scene.pose && !scene.deviation && options.offset.x == 0.0 &&
                         options.offset.y == 0.0 && options.offset.z == 0.0;
@@ -409,8 +429,9 @@ void WriteView(const SweepOptions& options, const Scene& scene, const Question& 
   std::vector<TriangleView> surfaces = {isAsRead ? ViewOf(scene.moving.mesh) : ViewOf(placed)};
   for (const Part& part : scene.fixed)
     surfaces.push_back(ViewOf(part.mesh));
-  gsl_view::WriteViewerPage(options.viewFile, ViewSceneOf(report, question, surfaces),
-                            options.force);
+  const gsl_view::ViewScene shown = ViewSceneOf(report, question, surfaces);
+  if (!options.viewFile.empty()) gsl_view::WriteViewerPage(options.viewFile, shown, options.force);
+  WritePicture(options, shown);
 }
 
 ExitStatus AnswerOne(const SweepOptions& options, Scene& scene, const Pair& pair,
@@ -425,7 +446,7 @@ ExitStatus AnswerOne(const SweepOptions& options, Scene& scene, const Pair& pair
   display.End("search");
   ShowWarnings(options, report.warnings);
   display.Enter("write");
-  WriteView(options, scene, question, report);
+  WriteScene(options, scene, question, report);
   WriteResults(options, report, std::move(scene.moving.mesh));
   display.End("write");
   return Touches(report.answer) ? Touching : NoContact;

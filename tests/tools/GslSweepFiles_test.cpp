@@ -111,6 +111,54 @@ TEST(GslSweepFiles, OutputOfAnotherFormatIsWrongUsage) {
   EXPECT_TRUE(folder.Names().empty());
 }
 
+TEST(GslSweepFiles, PictureIsDrawnInTheFormatOfItsExtension) {
+  const Folder folder;
+  const struct {
+    const char* name;
+    std::string begin;
+  } rows[] = {{"a.svg", "<?xml"}, {"a.PNG", "\x89PNG"}, {"a.pdf", "%PDF-"}};
+  for (const auto& row : rows) {
+    const std::string file = folder.Path(row.name);
+    const Outcome run = Sweep(parts + "--direction -z --picture " + file);
+    EXPECT_EQ(run.status, 0) << run.err;
+    EXPECT_NE(run.out.find("\n  picture " + file + "\n"), std::string::npos) << run.out;
+    const std::string bytes = BytesOf(file);
+    EXPECT_EQ(bytes.substr(0, row.begin.size()), row.begin);
+    EXPECT_LE(bytes.size(), 500u * 1024u);
+    EXPECT_EQ(Sweep(parts + "--direction -z --quiet --force --picture " + file).status, 0);
+    EXPECT_EQ(BytesOf(file), bytes) << "a second run has the same bytes";
+  }
+}
+
+TEST(GslSweepFiles, PictureShowsTheBodyThatWasAskedAbout) {
+  const Folder folder;
+  const auto draw = [&](const std::string& name, const std::string& options) {
+    const Outcome run = Sweep(parts + options + " --picture " + folder.Path(name));
+    EXPECT_NE(run.out.find("  picture "), std::string::npos) << run.err;
+    return BytesOf(folder.Path(name));
+  };
+  const std::string pose = folder.Write("pose.txt", std::string("1 0 0 0 0 1 0 0 0 0 1 9\n"));
+  const std::string plain = draw("plain.png", "-d -z");
+  const std::string offset = draw("offset.png", "-d -z --offset 0,0,9");
+  EXPECT_NE(offset, plain);
+  EXPECT_EQ(draw("pose.png", "-d -z --pose " + pose), offset);
+  EXPECT_NE(draw("grown.png", "-d -z --allowance 0.5"), plain);
+  EXPECT_NE(draw("patch.png", "-d -z --patch"), plain);
+  EXPECT_NE(draw("none.png", "-d z"), plain) << "without a contact there is a page too";
+}
+
+TEST(GslSweepFiles, OutputsOfOneNameAreRefused) {
+  const Folder folder;
+  const std::string file = folder.Path("a.png");
+  const Outcome run = Sweep(parts + "--direction -z --json " + file + " --picture " + file);
+  ExpectOneErrorLine(run, 2);
+  EXPECT_EQ(run.err, "gsl-sweep: --json and --picture name the same file\n");
+  folder.Write("kept.svg", std::string("kept"));
+  ExpectOneErrorLine(Sweep(parts + "--direction -z --picture " + folder.Path("kept.svg")), 4);
+  EXPECT_EQ(BytesOf(folder.Path("kept.svg")), "kept");
+  EXPECT_EQ(folder.Names(), std::vector<std::string>{"kept.svg"});
+}
+
 TEST(GslSweepFiles, StartWritesTheBodyWhereItIs) {
   const Folder folder;
   const std::string moved = folder.Path("moved.stl");

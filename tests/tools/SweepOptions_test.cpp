@@ -290,6 +290,18 @@ TEST(SweepOptions, OptionIsNotTakenForAFile) {
   EXPECT_EQ(ParseMore({"--json", "./--quiet"}).options.jsonFile, "./--quiet");
 }
 
+TEST(SweepOptions, PictureHasAKnownFormatAndOneDirection) {
+  const std::string wanted = "--picture must end in .svg, .png or .pdf (got ";
+  for (const char* name : {"-", "page", "page.jpg", "svg", "page.svg/"}) {
+    EXPECT_EQ(ParseMore({"--picture", name}).error, wanted + name + ")");
+  }
+  for (const char* option : {"--sphere", "--directions"}) {
+    EXPECT_EQ(Parse({"a", "b", option, "9", "--picture", "o.svg"}).error,
+              std::string("--picture cannot be used with ") + option + "; expected --direction");
+  }
+  EXPECT_EQ(ParseMore({"--picture", "folder/page.PDF"}).options.pictureFile, "folder/page.PDF");
+}
+
 TEST(SweepOptions, OutputGoesToAFileOfAKnownFormat) {
   const std::string wanted = "--output must end in .stl, .ply, .obj or .off (got ";
   for (const char* name : {"-", "moved", "moved.step", "moved.3mf", "stl", "moved.stl/"}) {
