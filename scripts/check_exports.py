@@ -17,8 +17,8 @@ import sys
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 HEAD = """\
-# What {library} exports: every name that programs link against. Inline members are not among them,
-# because every module that uses one compiles it. The linker hides other names. To write this file again:
+# What {library} exports: every name that programs link against. An inline member is among them only
+# where gcc keeps a copy; every module that uses one compiles it. The linker hides other names. To write this file again:
 #   cmake --build build/dev --target write_abi
 """
 # The standard library makes its own templates visible; every module has its own.
@@ -76,6 +76,13 @@ def problems(script, node, exported, declared, strong=False):
         yield f"declared for export, but not listed: {name}"
 
 
+def unversioned(table, node):
+    """Yields the names of a dynamic symbol table that are defined without the version."""
+    for _, name in SYMBOL.findall(table):
+        if name.startswith("_Z") and not name.endswith(f"@@{node}"):
+            yield f"exported without the version {node}: {name}"
+
+
 def main():
     arguments = [argument for argument in sys.argv[1:] if not argument.startswith("--")]
     if len(arguments) != 3:
@@ -88,6 +95,8 @@ def main():
         script.write_text(script_of(script.stem, node, declared))
         return 0
     found = list(problems(script.read_text(), node, visible("--dyn-syms", [library]), declared, "--strong" in sys.argv))
+    table = subprocess.run(["readelf", "--wide", "--dyn-syms", library], check=True, capture_output=True, text=True)
+    found += unversioned(table.stdout, node)
     for problem in found:
         print(f"{script.name}: {problem}", file=sys.stderr)
     return 1 if found else 0

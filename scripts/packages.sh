@@ -26,7 +26,7 @@ packages_of() {
       echo "$(packages_of python)" python3-pytest python3-scipy python3-pip python3-setuptools python3-wheel \
         python3-matplotlib python3-distributed \
         libgtest-dev libgmock-dev librapidcheck-dev \
-        libgmp-dev python3-jsonschema help2man poppler-utils
+        libgmp-dev git python3-jsonschema help2man poppler-utils
       ;;
     # The second compiler, formatting, lint, sanitizers, fuzzing, coverage, consumers.
     check)

@@ -1,6 +1,6 @@
 // The layouts that modules of a host are compiled with. The numbers are added up by hand from the
-// declared members, on a 64-bit processor; a wanted change of one is a change that the rules of
-// CHANGELOG.md allow.
+// declared members, on a 64-bit processor. Change a number only where the rules of CHANGELOG.md
+// allow it.
 
 #include "gsl_BBox.h"
 #include "gsl_Dot.h"

@@ -1020,7 +1020,8 @@ void SceneMaker::LateStart() {
   const int block = 16 << Below(3);
   const int count = block * Between(1, 3) + 1;
   const bool isLate = Chance(0.5);
-  const int first = block * Below(2) - (isLate ? Below(2) : 0);
+  const int start = block * Below(2);
+  const int first = start - (isLate ? Below(2) : 0);
   for (int k = 0; k < count; ++k) {
     const bool misses = isLate ? k < first || (k > first && Chance(0.9)) : k % block != 0;
     if (misses) {

@@ -323,10 +323,10 @@ def differences(wanted, given, path=""):
         for key in wanted:
             yield from differences(wanted[key], given[key], f"{path}.{key}")
     elif isinstance(wanted, float) and isinstance(given, float):
-        if abs(wanted - given) > 1e-9 * max(abs(wanted), 1.0):
+        if not abs(wanted - given) <= 1e-9 * abs(wanted) + 1e-15:
             yield f"{path}: {given}, not {wanted}"
     elif path.endswith(".centroid") and wanted and given:
-        if any(abs(a - b) > 1e-6 * max(abs(a), 1.0) for a, b in zip(wanted, given)):
+        if len(wanted) != len(given) or not all(abs(a - b) <= 1e-6 * max(abs(a), 1.0) for a, b in zip(wanted, given)):
             yield f"{path}: {given}, not {wanted}"
     elif wanted != given:
         yield f"{path}: {str(given)[:200]}, not {str(wanted)[:200]}"
