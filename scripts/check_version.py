@@ -26,6 +26,9 @@ PLACES = (
     ("tests/consumer/*/CMakeLists.txt", rf"find_package\(gsl_geometry {MINOR} ", 1),
     ("packaging/debian/control", rf"libgsl-geometry{MINOR}(?=\W|_)", 4),
     ("packaging/debian/*.lintian-overrides", rf"^libgsl-geometry{MINOR}: ", 1),
+    ("docs/abi.md", rf"`GSL_{MINOR}`", 1),
+    ("docs/abi.md", rf"\.so\.{MINOR}: version `GSL_", 1),
+    ("docs/guide.md", rf"^{MINOR}\.x\. ", 1),
     ("abi/*.map", rf"^GSL_{MINOR} \{{$", 5),
     ("abi/*.abi", rf"soname='\w+\.so\.{MINOR}'|soname=\"\w+\.so\.{MINOR}\"", 5),
 )
