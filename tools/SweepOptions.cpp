@@ -91,8 +91,9 @@ std::vector<OptionRow> OptionRows() {
        "Reports all pairs of triangles that touch at the contact: their number and the box around "
        "them, and each in the JSON"},
       {"--patch-pairs", "N", nullptr,
-       "Lists at most N pairs in the JSON of --patch, 1 to " + std::to_string(kMostPatchPairs) +
-           "; by default 1000"},
+       "Lists at most N pairs of --patch in the JSON, and marks them in --view and --picture, 1 "
+       "to " +
+           std::to_string(kMostPatchPairs) + "; by default 1000"},
       {"--max-distance", "L", nullptr, "Reports contacts up to and including this travel"},
       {"--json", "FILE", nullptr,
        "Writes the result as JSON; - writes it to stdout in place of the text"},

@@ -31,7 +31,7 @@ struct SweepOptions {
   double clearance = 0.0;        ///< at least 0; 0 asks for contact
   bool last = false;             ///< asks for the last contact
   bool patch = false;            ///< asks for all pairs of the first contact
-  std::size_t patchPairs = 1000; ///< the most pairs that the JSON lists
+  std::size_t patchPairs = 1000; ///< the most pairs that are listed
   double maxDistance = std::numeric_limits<double>::infinity(); ///< at least 0
   std::string jsonFile, outputFile;                             ///< empty when not requested
   std::string viewFile;                                         ///< empty when not requested

@@ -22,6 +22,8 @@ namespace {
 constexpr std::size_t kMostTriangles = 200;
 // Nothing is shown that is further away than this many sizes of the smaller triangle.
 constexpr double kWidest = 6.0;
+// The least radius, times the size of the scene.
+constexpr double kLeastRadius = 1e-7;
 constexpr double kOpacity = 0.6;
 constexpr double kLeastEnlargement = 2.5; // over the side view
 
@@ -104,7 +106,8 @@ double RadiusOf(const DrawnScene& scene) {
     }
   }
   if (!(most > 0.0)) return 0.02 * scene.size;
-  return 1.15 * std::min(most, kWidest * least);
+  // Below this only the rounding of the drawn coordinates would be seen.
+  return std::max(1.15 * std::min(most, kWidest * least), kLeastRadius * scene.size);
 }
 
 /// Writes the lines of the legend, one under the other.
@@ -157,13 +160,19 @@ void DrawLegend(Page& page, const ViewScene& scene, const DrawnScene& drawn, con
   if (contact.kind == ContactKind::Inside) {
     legend.Write("one body is inside the other", "no triangles touch", nullptr);
   }
-  legend.Write(scene.question.clearance > 0.0 ? "nearest point of the fixed body" : "contact point",
-               ShortVector(contact.fixedPoint), nullptr);
+  const char* const point = contact.kind == ContactKind::Inside ? "point of the inner body"
+                            : scene.question.clearance > 0.0    ? "nearest point of the fixed body"
+                                                                : "contact point";
+  legend.Write(point, ShortVector(contact.fixedPoint), nullptr);
   if (contact.hasNormal) legend.Write("normal n", ShortVector(contact.normal), nullptr);
   if (scene.pairCount > 0) {
     legend.Write("patch",
                  std::to_string(scene.pairCount) + (scene.pairCount == 1 ? " pair" : " pairs") +
-                     " of triangles, dark in the views",
+                     " of triangles, " +
+                     (scene.patch.size() < scene.pairCount
+                          ? "the first " + std::to_string(scene.patch.size()) + " "
+                          : "") +
+                     "dark in the views",
                  nullptr);
   }
 }

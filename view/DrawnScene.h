@@ -26,7 +26,7 @@ struct DrawnScene {
   Coord3 direction{0.0, 0.0, 0.0}; ///< of length one
   bool touches = false;            ///< there is a contact, also from the start
   double travel = 0.0;             ///< as drawn; 0 without a travel
-  /// The travel is drawn shorter than it is, because it is long beside the bodies.
+  /// The travel is drawn shorter than it is, because it is much longer than the bodies.
   bool isShortened = false;
   bool hidesFixed = false; ///< a fixed body is inside the moving body
   double size = 1.0;       ///< the diagonal of the box around both bodies; positive

@@ -15,6 +15,9 @@ constexpr double kGridPerMillimetre = 8.0 * 72.0 / 25.4;
 constexpr double kStep = 0.15;
 // A shorter part of a line that is otherwise hidden is a matter of the pixels. In millimetres.
 constexpr double kShortest = 0.45;
+// A line that goes farther, in millimetres, cannot be cut to the page without great rounding
+// errors.
+constexpr double kFarthest = 1e12;
 // Lines along the border of a panel are in it, whatever their rounding is.
 constexpr double kBorder = 0.2;
 
@@ -44,6 +47,10 @@ bool Cut(double from, double step, double low, double high, double& first, doubl
 
 /// Returns the part of a line within the panel.
 std::optional<DeepLine> Clipped(const DeepLine& line, const Rect& box) {
+  const auto isInRange = [](const PagePoint& p) {
+    return std::fabs(p.x) < kFarthest && std::fabs(p.y) < kFarthest;
+  };
+  if (!isInRange(line.from) || !isInRange(line.to)) return std::nullopt;
   const Rect panel = box.Inner(-kBorder);
   double first = 0.0, last = 1.0;
   const bool isInside =

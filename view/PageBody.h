@@ -14,7 +14,7 @@ namespace gsl_view {
 /// centre + scale * (x, y, z), with x, y, z in single precision.
 ///
 /// Scale      the least power of two from 2^-1000 to 2^1023 that is more than half the longest side
-///            of the box, so that x, y and z are from -1 to 1. Beside the end of the range of
+///            of the box, so that x, y and z are from -1 to 1. Near the end of the range of
 ///            double, where 2^1023 is not enough, they are from -2 to 2.
 /// Accuracy   a coordinate is off by at most 2^-24 of the scale, up to the rounding of doubles.
 /// Vertices   corners that are equal in single precision are one vertex.

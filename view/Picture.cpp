@@ -91,10 +91,15 @@ void DrawTravel(Page& page, const ViewScene& scene, const DrawnScene& drawn, con
   DrawDimension(page, dimension);
 }
 
-void DrawSideNotes(Page& page, const DrawnScene& drawn, const SideView& side) {
+void DrawSideNotes(Page& page, const ViewScene& scene, const DrawnScene& drawn,
+                   const SideView& side) {
   const double line = kSidePanel.top + 5.0;
   std::string label = "Side view, across the direction";
-  if (side.isCut) label += "; the fixed body is cut off";
+  if (side.isCut && scene.fixed.size() > 1) {
+    label += "; a part of the fixed bodies is cut off";
+  } else if (side.isCut) {
+    label += "; the fixed body is cut off";
+  }
   page.DrawText({kSidePanel.left + 3.0, line}, label, kLabel);
   if (drawn.travel > 0.0) return;
   // Nothing else shows the direction.
@@ -133,10 +138,12 @@ void DrawFrames(Page& page) {
 }
 
 /// Explains the lines of the isometric view, in its lower left corner.
-void DrawIsometricNotes(Page& page, const DrawnScene& drawn) {
+void DrawIsometricNotes(Page& page, const ViewScene& scene, const DrawnScene& drawn) {
   const double bottom = kIsoPanel.bottom - 3.5;
   std::string label = "Isometric view";
-  if (drawn.touches) label += ", at the contact";
+  if (drawn.touches) {
+    label += scene.question.clearance > 0.0 ? ", at the clearance" : ", at the contact";
+  }
   page.DrawText({kIsoPanel.left + 3.0, bottom}, label, kLabel);
   if (!(drawn.travel > 0.0)) return;
   page.DrawLine({kIsoPanel.left + 53.0, bottom - 0.9}, {kIsoPanel.left + 61.0, bottom - 0.9},
@@ -170,17 +177,17 @@ std::string DrawPage(const ViewScene& scene, const DrawnScene& drawn, const Scen
   DrawFrames(page);
   page.DrawText({kIsoPanel.left + 3.0, kIsoPanel.top + 8.0}, HeadlineOf(scene),
                 {5.2, Align::Left, true, kInk});
-  DrawIsometricNotes(page, drawn);
+  DrawIsometricNotes(page, scene, drawn);
   DrawTriad(page, isometric.axes, {kIsoPanel.right - 13.0, kIsoPanel.bottom - 13.0},
             drawn.direction);
-  DrawSideNotes(page, drawn, side);
-  if (drawn.travel > 0.0) {
-    DrawPath(page, drawn, isometric);
-    DrawTravel(page, scene, drawn, side);
-  }
+  DrawSideNotes(page, scene, drawn, side);
+  if (drawn.travel > 0.0) DrawPath(page, drawn, isometric);
   if (drawn.touches) {
     MarkDetail(page, drawn, detail, isometric);
     MarkDetail(page, drawn, detail, side.view);
+  }
+  if (drawn.travel > 0.0) DrawTravel(page, scene, drawn, side);
+  if (drawn.touches) {
     DrawDetail(page, scene, drawn, detail, kDetailPanel.Inner(4.0), side.view.scale);
   } else {
     for (const View& view : {isometric, side.view}) {

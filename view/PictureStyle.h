@@ -18,6 +18,7 @@ constexpr Colour kFrameColour{0.60, 0.60, 0.60};
 constexpr Pen kEdgePen{0.2, kInk};
 constexpr Pen kBeforePen{0.25, {0.72, 0.36, 0.0}};        ///< the moving body before its travel
 constexpr Pen kBeforeHiddenPen{0.13, {0.86, 0.72, 0.56}}; ///< the same behind a body
+constexpr Pen kInnerPen{0.18, kFixedMark};                ///< a fixed body inside the moving one
 constexpr Pen kFramePen{0.18, kFrameColour};
 constexpr Pen kDetailPen{0.35, {0.0, 0.0, 0.0}};
 

@@ -16,8 +16,9 @@ constexpr std::size_t kMostEdgeTriangles = 500000;
 // Fixed bodies are shown up to this many sizes of the moving body and its travel beside it.
 constexpr double kSurroundings = 1.5;
 // Room for the dimension beside an upright travel, with its number, and beside one across.
-constexpr double kRoomBeside = 37.0, kRoomAbove = 13.0;
-constexpr double kLineDistance = 7.0; // of the dimension line from the bodies
+constexpr double kRoomBeside = 39.0, kRoomAbove = 15.0;
+constexpr double kNoExtent = 1e-6;    // times the size of the scene
+constexpr double kLineDistance = 9.0; // of the dimension line from the bodies
 
 Coord3 BackToStart(const DrawnScene& scene) {
   return Multiply(scene.direction, -scene.travel);
@@ -32,10 +33,12 @@ ViewBox SweptBox(const DrawnScene& scene, const Axes& axes) {
   return swept;
 }
 
-/// Cuts the box to the surroundings of another.
-bool CutTo(const ViewBox& around, ViewBox& box) {
-  const double room =
-      kSurroundings * std::max(around.right - around.left, around.top - around.bottom);
+/// Cuts the box to the surroundings of another, which has a point in common with it. `size` is that
+/// of the scene.
+bool CutTo(const ViewBox& around, double size, ViewBox& box) {
+  const double extent = std::max(around.right - around.left, around.top - around.bottom);
+  // Around a point that touches from the start there would be nothing to see.
+  const double room = extent < kNoExtent * size ? 0.25 * size : kSurroundings * extent;
   const ViewBox before = box;
   box.left = std::max(box.left, around.left - room);
   box.right = std::min(box.right, around.right + room);
@@ -137,7 +140,11 @@ SideView SideViewOf(const DrawnScene& scene, const Rect& panel) {
   side.isUpright = std::fabs(Dot(axes.up, scene.direction)) > 0.5;
   const ViewBox swept = SweptBox(scene, axes);
   ViewBox box = BoxOf(scene.fixed, axes);
-  if (scene.touches) side.isCut = CutTo(swept, box);
+  if (scene.touches) {
+    ViewBox around = swept;
+    around.Add(Dot(axes.right, scene.fixedPoint), Dot(axes.up, scene.fixedPoint));
+    side.isCut = CutTo(around, scene.size, box);
+  }
   box.Add(swept);
   if (!(scene.travel > 0.0)) {
     side.view = FitView(axes, box, panel);
@@ -176,7 +183,7 @@ void DrawBodies(Page& page, const DrawnScene& scene, const SceneEdges& edges,
   for (const ViewLines& ofView : lines) {
     page.DrawLines(ofView.fixed.visible, kEdgePen);
     page.DrawLines(ofView.moving.visible, kEdgePen);
-    page.DrawLines(ofView.before.hidden, kBeforeHiddenPen);
+    page.DrawLines(ofView.before.hidden, scene.hidesFixed ? kInnerPen : kBeforeHiddenPen);
     page.DrawLines(ofView.before.visible, kBeforePen);
   }
 }

@@ -99,7 +99,7 @@ std::string AskedText(const ViewScene& scene) {
   std::string text = scene.last ? "last contact" : "first contact";
   if (scene.question.clearance > 0.0) text = "within " + ShortNumber(scene.question.clearance);
   if (scene.question.rule == Rule::Solid) text += " of solids";
-  if (scene.question.rule == Rule::NotLeaving) text += ", may leave";
+  if (scene.question.rule == Rule::NotLeaving) text += ", leaving allowed";
   if (scene.question.oneSided) text += ", one-sided";
   if (std::isfinite(scene.question.maxDistance)) {
     text += ", up to " + ShortNumber(scene.question.maxDistance);
@@ -137,10 +137,12 @@ std::string HeadlineOf(const ViewScene& scene) {
 std::string KindInWords(const ViewScene& scene) {
   const Answer& answer = scene.answer;
   if (answer.status != SweepStatus::Contact && answer.status != SweepStatus::Start) return "none";
-  if (answer.contact.kind == ContactKind::Inside) return "one is inside the other";
+  if (answer.contact.kind == ContactKind::Inside) {
+    return answer.contact.movingIsInside ? "moving inside fixed" : "fixed inside moving";
+  }
   if (answer.contact.kind == ContactKind::Overlap) return "they share a point";
   std::string words = KindName(answer.contact.kind);
-  return words.replace(words.find('-'), 1, " on ");
+  return words.replace(words.find('-'), 1, scene.question.clearance > 0.0 ? " to " : " on ");
 }
 
 void DrawTitleBlock(Page& page, const ViewScene& scene, const Rect& block,
@@ -156,10 +158,14 @@ void DrawTitleBlock(Page& page, const ViewScene& scene, const Rect& block,
   answer.Write("travel", TravelText(scene.answer), {3.0, Align::Left, true, kInk});
   answer.Write("kind", KindInWords(scene));
   answer.Write("asked", AskedText(scene));
+  if (!scene.changes.empty()) answer.Write("moving", DrawableText(scene.changes));
   const Rect right{third + 2.5, block.top, block.right - 2.0, block.bottom};
   Column tool(page, right, 0.0);
   tool.Write("", "gsl-sweep " + DrawableText(scene.toolVersion), {3.6, Align::Left, true, kInk});
   tool.Write("", "lengths in the unit of the files", kLabel);
+  if (scene.answer.errorBound > 0.0) {
+    tool.Write("", "off by at most " + ShortNumber(scene.answer.errorBound), kLabel);
+  }
   if (!note.empty()) tool.Write("", note, kLabel);
 }
 

@@ -18,6 +18,7 @@ struct ViewBody {
 /// One question about bodies and its answer: all that a picture or a page shows.
 struct ViewScene {
   ViewBody moving;
+  std::string changes; ///< how it differs from its file, such as "grown by 0.1, posed"; or empty
   std::vector<ViewBody> fixed;  ///< in the order of the pair; at least one
   gsl_sweep::Question question; ///< the offset is in the corners already
   bool last = false;            ///< the answer is the last contact, not the first

@@ -30,8 +30,12 @@ std::size_t LengthAt(const std::string& text, std::size_t at) {
 
 std::string ShortNumber(double value) {
   char text[32];
+  // Drawings have no powers of ten where whole numbers will do.
+  const double size = std::fabs(value);
   const auto end =
-      std::to_chars(text, text + sizeof text, value + 0.0, std::chars_format::general, 6);
+      size >= 1e6 && size < 1e15
+          ? std::to_chars(text, text + sizeof text, std::round(value), std::chars_format::fixed)
+          : std::to_chars(text, text + sizeof text, value + 0.0, std::chars_format::general, 6);
   return {text, end.ptr};
 }
 

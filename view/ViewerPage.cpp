@@ -215,6 +215,7 @@ void MakeViewerPage(const ViewScene& scene, const PageSink& sink) {
   const Contact& contact = scene.answer.contact;
   const Places places = PlacesOf(scene.answer);
   Json json;
+  json["changes"] = scene.changes;
   json["version"] = scene.toolVersion;
   json["question"] = QuestionAsJson(scene);
   json["answer"] = AnswerAsJson(scene.answer);

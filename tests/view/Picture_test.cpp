@@ -74,6 +74,15 @@ std::vector<Sample> OddScenes() {
   scenes.emplace_back(std::vector<double>{1, 1, 5, 1, 1, 5, 1, 1, 5},
                       Bodies{std::vector<double>{1, 1, 0, 1, 1, 0, 1, 1, 0}}, Coord3{0, 0, -1});
   scenes.emplace_back(BoxCorners({0, 0, 3}, {1e-9, 1e-9, 3.1}), Bodies{slab()}, Coord3{0, 0, -1});
+  scenes.emplace_back(BoxCorners({0, 0, 3}, {1e-308, 1e-308, 3.1}), Bodies{slab()},
+                      Coord3{0, 0, -1});
+  scenes.emplace_back(BoxCorners({0, 0, 3}, {1e-308, 1e-308, 3 + 1e-15}), Bodies{slab()},
+                      Coord3{0, 0, -1});
+  scenes.emplace_back(BoxCorners({0, 0, 1}, {1, 1, 2}),
+                      Bodies{BoxCorners({-1e308, -1e308, -1e308}, {1e308, 1e308, 0})},
+                      Coord3{0, 0, -1});
+  scenes.emplace_back(BoxCorners({0, 0, 1e-308}, {1e-308, 1e-308, 2e-308}),
+                      Bodies{BoxCorners({-1, -1, -1}, {1, 1, 0})}, Coord3{0, 0, -1});
   scenes.emplace_back(BoxCorners({0, 0, 1e12}, {1, 1, 1e12 + 1}), Bodies{slab(), slab()},
                       Coord3{0, 0, -1});
   scenes.emplace_back(BoxCorners({0.4, 0.4, 0.4}, {0.6, 0.6, 0.6}), Bodies{slab()},
@@ -158,11 +167,43 @@ TEST(Picture, OddScenesHavePages) {
   }
 }
 
+/// Pixels in tones of the two marks.
+struct Marks {
+  std::size_t moving = 0, fixed = 0;
+};
+
+Marks MarksIn(const Image& image) {
+  Marks marks;
+  for (std::size_t k = 0; k + 2 < image.bytes.size(); k += 3) {
+    const auto part = [&](std::size_t j) {
+      return static_cast<double>(static_cast<unsigned char>(image.bytes[k + j]));
+    };
+    const double red = part(0), green = part(1), blue = part(2);
+    if (red > 80.0 && green < 0.42 * red && blue < 0.3 * red) ++marks.moving;
+    if (blue > 40.0 && blue > 2.0 * red && blue > 1.6 * green) ++marks.fixed;
+  }
+  return marks;
+}
+
 TEST(Picture, PatchIsMarkedInItsColours) {
-  Sample sample = FallingBox();
-  const std::string plain = DrawPicture(sample.scene, PictureFormat::Png);
-  const std::string marked = DrawPicture(sample.Ask(true).scene, PictureFormat::Png);
-  EXPECT_NE(plain, marked);
+  // Each body reaches beyond the other, so that a part of each patch is seen from one side or the
+  // other.
+  Marks before, after;
+  for (const double along : {1.0, -1.0}) {
+    Sample sample(BoxCorners({0, 0, 0}, {1, 3, 1}),
+                  {BoxCorners({3 * along, 1, -1}, {3 * along + 1, 2, 3})}, {along, 0, 0});
+    const auto count = [](const ViewScene& scene, Marks& marks) {
+      const Marks found = MarksIn(ReadPng(DrawPicture(scene, PictureFormat::Png)));
+      marks.moving += found.moving;
+      marks.fixed += found.fixed;
+    };
+    count(sample.Ask().scene, before);
+    count(sample.Ask(true).scene, after);
+  }
+  EXPECT_LT(before.moving, 50u);
+  EXPECT_LT(before.fixed, 50u);
+  EXPECT_GT(after.moving, 2000u);
+  EXPECT_GT(after.fixed, 2000u);
 }
 
 TEST(Picture, LargestMeshStaysWithinTheLimit) {

@@ -57,7 +57,7 @@ TEST(TitleBlock, EveryKindHasWords) {
               {ContactKind::FaceVertex, "face on vertex"},
               {ContactKind::EdgeEdge, "edge on edge"},
               {ContactKind::Overlap, "they share a point"},
-              {ContactKind::Inside, "one is inside the other"}};
+              {ContactKind::Inside, "fixed inside moving"}};
   ViewScene scene;
   EXPECT_EQ(KindInWords(scene), "none");
   scene.answer.status = SweepStatus::Start;
@@ -65,6 +65,11 @@ TEST(TitleBlock, EveryKindHasWords) {
     scene.answer.contact.kind = row.kind;
     EXPECT_EQ(KindInWords(scene), row.words);
   }
+  scene.answer.contact.movingIsInside = true;
+  EXPECT_EQ(KindInWords(scene), "moving inside fixed");
+  scene.answer.contact.kind = ContactKind::VertexFace;
+  scene.question.clearance = 0.5;
+  EXPECT_EQ(KindInWords(scene), "vertex to face");
 }
 
 TEST(TitleBlock, NamesFilesDirectionTravelKindAndVersion) {
@@ -111,7 +116,11 @@ TEST(TitleBlock, SaysWhatWasAsked) {
   ExpectHas(BlockOf(scene), "first contact of solids, up to 7.5");
   scene.question.rule = gsl_sweep::Rule::NotLeaving;
   scene.question.oneSided = true;
-  ExpectHas(BlockOf(scene), "first contact, may leave, one-sided");
+  ExpectHas(BlockOf(scene), "first contact, leaving allowed, one-sided");
   scene.answer.status = SweepStatus::Start;
   ExpectHas(BlockOf(scene), "0 (from the start)");
+  scene.changes = "grown by 0.5, posed";
+  scene.answer.errorBound = 0.125;
+  ExpectHas(BlockOf(scene), "grown by 0.5, posed");
+  ExpectHas(BlockOf(scene), "at most 0.125");
 }

@@ -53,6 +53,13 @@ TEST(SceneView, ASceneHoldsWhatTheReportSays) {
   EXPECT_EQ(scene.question.clearance, 0.5);
   EXPECT_EQ(scene.pairCount, 0u);
 
+  EXPECT_EQ(scene.changes, "");
+  report.allowance = -0.25;
+  report.pose = gsl_Matrix();
+  report.offset = {0.0, 1.0, 2.0};
+  scene = ViewSceneOf(report, question, surfaces);
+  EXPECT_EQ(scene.changes, "grown by -0.25, posed, moved by (0, 1, 2)");
+
   report.patch = PatchReport{};
   report.patch->pairCount = 12;
   report.patch->listed.resize(3);

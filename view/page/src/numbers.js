@@ -45,7 +45,7 @@ function summaryOf({ question, answer }) {
 function bodyLines(body, place, isAround) {
   const lines = [body.name];
   if (place) lines.push(`triangle ${place.triangle} of ${body.triangles}`, `at ${vectorText(place.point)}`);
-  else lines.push(`${body.triangles} triangles${isAround ? ', around the other body' : ''}`);
+  else lines.push(`${body.triangles} ${body.triangles === 1 ? 'triangle' : 'triangles'}${isAround ? ', around the other body' : ''}`);
   const skipped = body.triangles - body.drawn;
   if (skipped > 0) {
     lines.push(skipped === 1 ? '1 triangle with a NaN or infinite corner is left out' : `${skipped} triangles with a NaN or infinite corner are left out`);
@@ -68,7 +68,9 @@ function rowsOf(scene) {
   rows.push(['direction', [vectorText(answer.direction)]]);
   if (answer.kind) rows.push(['kind', [answer.kind]]);
   if (answer.normal) rows.push(['normal', [vectorText(answer.normal)]]);
-  rows.push(['moving', bodyLines(moving, answer.moving, isInside && !answer.moving)]);
+  const movingLines = bodyLines(moving, answer.moving, isInside && !answer.moving);
+  if (scene.changes) movingLines.splice(1, 0, scene.changes);
+  rows.push(['moving', movingLines]);
   fixed.forEach((body, k) => {
     const isMet = answer.fixed_body === k;
     const name = fixed.length > 1 ? `fixed ${k}${isMet ? ', met' : ''}` : 'fixed';
