@@ -25,8 +25,8 @@ std::uint32_t ByteOf(double part) {
 std::size_t ToneOf(const Coord3& a, const Coord3& b, const Coord3& c, const Coord3& light) {
   const Coord3 normal = Cross(Subtract(b, a), Subtract(c, a));
   const double length = gsl_arithmetic::Length(normal);
-  if (!(length > 0.0)) return kTones - 1;
   const double brightness = std::fabs(Dot(normal, light)) / length;
+  if (!(brightness >= 0.0)) return kTones - 1; // without area, or too large
   return static_cast<std::size_t>(std::min(brightness, 1.0) * (kTones - 1) + 0.5);
 }
 

@@ -93,7 +93,7 @@ std::vector<Number> NumbersOf(const std::string& page, const std::string& id) {
     bytes += static_cast<char>(bits >> count & 255u);
   }
   std::vector<Number> numbers(bytes.size() / 4);
-  std::memcpy(numbers.data(), bytes.data(), 4 * numbers.size());
+  if (!numbers.empty()) std::memcpy(numbers.data(), bytes.data(), 4 * numbers.size());
   return numbers;
 }
 
