@@ -1,5 +1,6 @@
 #include "SweepOptions.h"
 
+#include "GltfScene.h"
 #include "MeshWrite.h"
 #include "PictureFormat.h"
 #include "support/CommandLine.h"
@@ -98,7 +99,8 @@ std::vector<OptionRow> OptionRows() {
       {"--json", "FILE", nullptr,
        "Writes the result as JSON; - writes it to stdout in place of the text"},
       {"--output", "FILE", nullptr,
-       "Writes MOVING at its contact, in the format of the extension: " + MeshFormatNames(".")},
+       "Writes MOVING at its contact, in the format of the extension: " + MeshFormatNames(".") +
+           "; .glb holds all bodies and the contact, for 3-D viewers"},
       {"--view", "FILE", nullptr,
        "Writes a page for a browser, FILE.html, that shows the bodies and lets MOVING travel"},
       {"--picture", "FILE", nullptr,
@@ -185,8 +187,8 @@ double NumberFromZero(const std::string& name, const std::string& value) {
 }
 
 std::string OutputFileOf(const std::string& value) {
-  if (gsl_mesh::MeshFormatToWrite(value) == MeshFormat::Unknown) {
-    FailValue("--output", "end in " + MeshFormatNames("."), value);
+  if (gsl_mesh::MeshFormatToWrite(value) == MeshFormat::Unknown && !gsl_view::IsGltfName(value)) {
+    FailValue("--output", "end in " + MeshFormatNames(".") + ", or in .glb", value);
   }
   return FileNameOf("--output", value, "be a file name");
 }

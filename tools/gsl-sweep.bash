@@ -30,7 +30,7 @@ _gsl_sweep() {
   COMPREPLY=()
   case $previous in
     -d | --direction) _gsl_sweep_words "x -x y -y z -z" "$current" ;;
-    --output) _gsl_sweep_files "stl|ply|obj|off" "$current" ;;
+    --output) _gsl_sweep_files "stl|ply|obj|off|glb" "$current" ;;
     --view) _gsl_sweep_files "html|htm" "$current" ;;
     --picture) _gsl_sweep_files "svg|png|pdf" "$current" ;;
     --format) _gsl_sweep_words "stl ply obj off" "$current" ;;

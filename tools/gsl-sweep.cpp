@@ -1,3 +1,4 @@
+#include "GltfScene.h"
 #include "MeshRead.h"
 #include "MeshWrite.h"
 #include "OutputFile.h"
@@ -221,7 +222,8 @@ void WriteJson(const SweepOptions& options, const std::string& json) {
 std::string OutputLine(const SweepOptions& options, const Answer& answer) {
   if (options.outputFile.empty()) return {};
   const std::string file = Printable(options.outputFile);
-  return "  moved   " + (Touches(answer) ? file : "nothing written to " + file) + "\n";
+  const std::string what = gsl_view::IsGltfName(options.outputFile) ? "  scene   " : "  moved   ";
+  return what + (Touches(answer) ? file : "nothing written to " + file) + "\n";
 }
 
 /// Returns the line of the report about --view.
@@ -242,11 +244,24 @@ Mesh MeshAtContact(Mesh mesh, const SweepReport& report) {
   return MovedMesh(std::move(mesh), report.answer);
 }
 
-void WriteResults(const SweepOptions& options, const SweepReport& report, Mesh moving) {
-  const bool touches = Touches(report.answer);
-  if (touches && !options.outputFile.empty()) {
-    WriteMesh(options.outputFile, MeshAtContact(std::move(moving), report), options.force);
+/// Writes what --output asks for: the moving body, or all bodies as a scene.
+void WriteOutput(const SweepOptions& options, const SweepReport& report, const Question& question,
+                 Scene& scene) {
+  if (options.outputFile.empty() || !Touches(report.answer)) return;
+  const Mesh moved = MeshAtContact(std::move(scene.moving.mesh), report);
+  if (!gsl_view::IsGltfName(options.outputFile)) {
+    WriteMesh(options.outputFile, moved, options.force);
+    return;
   }
+  std::vector<TriangleView> surfaces = {ViewOf(moved)};
+  for (const Part& part : scene.fixed)
+    surfaces.push_back(ViewOf(part.mesh));
+  gsl_view::WriteGltfScene(options.outputFile, ViewSceneOf(report, question, surfaces),
+                           surfaces.front(), options.force);
+}
+
+void WriteResults(const SweepOptions& options, const SweepReport& report) {
+  const bool touches = Touches(report.answer);
   if (!options.jsonFile.empty()) WriteJson(options, ReportAsJson(report));
   if (options.quiet) return;
   if (!options.JsonToStdout()) {
@@ -447,7 +462,8 @@ ExitStatus AnswerOne(const SweepOptions& options, Scene& scene, const Pair& pair
   ShowWarnings(options, report.warnings);
   display.Enter("write");
   WriteScene(options, scene, question, report);
-  WriteResults(options, report, std::move(scene.moving.mesh));
+  WriteOutput(options, report, question, scene);
+  WriteResults(options, report);
   display.End("write");
   return Touches(report.answer) ? Touching : NoContact;
 }

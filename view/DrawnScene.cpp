@@ -1,5 +1,8 @@
 #include "DrawnScene.h"
 
+#include "ContactPlaces.h"
+#include "CornerBox.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -12,7 +15,6 @@ using gsl_arithmetic::Subtract;
 using gsl_sweep::Answer;
 using gsl_sweep::Contact;
 using gsl_sweep::ContactKind;
-using gsl_sweep::SweepStatus;
 using gsl_sweep::TriangleView;
 
 namespace {
@@ -64,34 +66,13 @@ double LargestOf(const TriangleView& view) {
   return largest;
 }
 
-/// A box around corners.
-struct CornerBox {
-  Coord3 low{0.0, 0.0, 0.0}, high{0.0, 0.0, 0.0};
-  bool isEmpty = true;
-
-  void Take(const Coord3& p) {
-    if (isEmpty) low = high = p;
-    isEmpty = false;
-    gsl_arithmetic::LowerTo(low, p);
-    gsl_arithmetic::RaiseTo(high, p);
-  }
-  double Diagonal() const {
-    const Coord3 d = Subtract(high, low);
-    return std::hypot(d.x, d.y, d.z);
-  }
-  Coord3 Centre() const { return Add(Multiply(low, 0.5), Multiply(high, 0.5)); }
-};
-
-/// A change of coordinates: p * first - origin, times second. The scales are powers of two.
+/// A change of coordinates: p * first - origin + shift. The factor is a power of two.
 struct Frame {
   double first = 1.0;
   Coord3 origin{0.0, 0.0, 0.0};
-  Coord3 shift{0.0, 0.0, 0.0}; ///< added between the scales
-  double second = 1.0;
+  Coord3 shift{0.0, 0.0, 0.0};
 
-  Coord3 Map(const Coord3& p) const {
-    return Multiply(Add(Subtract(Multiply(p, first), origin), shift), second);
-  }
+  Coord3 Map(const Coord3& p) const { return Add(Subtract(Multiply(p, first), origin), shift); }
 };
 
 void Place(const TriangleView& view, const Frame& frame, DrawnBody& body) {
@@ -107,10 +88,6 @@ CornerBox BoxOfCorners(const std::vector<Coord3>& corners) {
   for (const Coord3& corner : corners)
     box.Take(corner);
   return box;
-}
-
-bool Touches(const Answer& answer) {
-  return answer.status == SweepStatus::Contact || answer.status == SweepStatus::Start;
 }
 
 /// The frames of both bodies. At a contact the place of the contact is the origin of both, so that
@@ -143,7 +120,7 @@ void TakeContacts(const ViewScene& scene, const Frames& frames, DrawnScene& draw
   std::vector<Contact> contacts(scene.patch);
   contacts.insert(contacts.begin(), scene.answer.contact);
   for (const Contact& contact : contacts) {
-    const bool isInside = contact.kind == ContactKind::Inside;
+    const ContactPlaces places = PlacesOf(contact);
     const auto take = [](const TriangleView& view, std::size_t triangle, const Frame& frame,
                          std::vector<DrawnTriangle>& out) {
       if (triangle >= view.triangleCount) return;
@@ -153,10 +130,10 @@ void TakeContacts(const ViewScene& scene, const Frames& frames, DrawnScene& draw
         corner = frame.Map(corner);
       out.push_back(corners);
     };
-    if (!isInside || contact.movingIsInside) {
+    if (places.moving) {
       take(scene.moving.triangles, contact.movingTriangle, frames.moving, drawn.movingTriangles);
     }
-    if (!isInside || !contact.movingIsInside) {
+    if (places.fixed) {
       take(scene.fixed.at(contact.fixedBody).triangles, contact.fixedTriangle, frames.fixed,
            drawn.fixedTriangles);
     }

@@ -1,6 +1,8 @@
 #include "ViewerPage.h"
 
 #include "AnswerNames.h"
+#include "ContactPlaces.h"
+#include "LittleEndian.h"
 #include "OutputFile.h"
 #include "PageBody.h"
 #include "PageParts.h"
@@ -9,7 +11,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstring>
 #include <string>
 #include <vector>
 
@@ -23,10 +24,6 @@ using gsl_sweep::Contact;
 using gsl_sweep::ContactKind;
 using gsl_sweep::SweepStatus;
 using Json = nlohmann::ordered_json;
-
-bool Touches(const Answer& answer) {
-  return answer.status == SweepStatus::Contact || answer.status == SweepStatus::Start;
-}
 
 Json JsonOf(const Coord3& p) {
   return Json::array({p.x, p.y, p.z});
@@ -68,22 +65,9 @@ void OpenBlock(const std::string& id, const PageSink& sink) {
 /// Writes 32-bit numbers, little-endian, in a block.
 template <class Number>
 void WriteBlock(const std::string& id, const std::vector<Number>& numbers, const PageSink& sink) {
-  static_assert(sizeof(Number) == 4, "numbers of 32 bits");
   OpenBlock(id, sink);
   Base64Writer writer(sink);
-  constexpr std::size_t kAtOnce = 4096;
-  std::string bytes;
-  for (std::size_t from = 0; from < numbers.size(); from += kAtOnce) {
-    bytes.clear();
-    const std::size_t end = std::min(from + kAtOnce, numbers.size());
-    for (std::size_t k = from; k < end; ++k) {
-      std::uint32_t bits = 0;
-      std::memcpy(&bits, &numbers[k], sizeof bits);
-      for (int shift = 0; shift < 32; shift += 8)
-        bytes += static_cast<char>(bits >> shift & 0xffu);
-    }
-    writer.Write(bytes.data(), bytes.size());
-  }
+  SendBytes(numbers, [&](const std::string& bytes) { writer.Write(bytes.data(), bytes.size()); });
   writer.Finish();
   sink("</script>\n");
 }
@@ -145,22 +129,10 @@ Json PlaceAsJson(bool touches, std::size_t triangle, const Coord3& point) {
   return json;
 }
 
-/// The places of a contact. The body that is around the other has no place.
-struct Places {
-  bool moving, fixed;
-};
-
-Places PlacesOf(const Answer& answer) {
-  const bool touches = Touches(answer);
-  const bool isInside = answer.contact.kind == ContactKind::Inside;
-  return {touches && !(isInside && !answer.contact.movingIsInside),
-          touches && !(isInside && answer.contact.movingIsInside)};
-}
-
 Json AnswerAsJson(const Answer& answer) {
   const bool touches = Touches(answer);
   const Contact& contact = answer.contact;
-  const Places places = PlacesOf(answer);
+  const ContactPlaces places = PlacesOf(answer);
   Json json;
   json["status"] = StatusName(answer.status);
   json["travel"] = touches ? Json(contact.travel) : Json();
@@ -213,7 +185,7 @@ void WriteHead(const PageSink& sink) {
 void MakeViewerPage(const ViewScene& scene, const PageSink& sink) {
   WriteHead(sink);
   const Contact& contact = scene.answer.contact;
-  const Places places = PlacesOf(scene.answer);
+  const ContactPlaces places = PlacesOf(scene.answer);
   Json json;
   json["changes"] = scene.changes;
   json["version"] = scene.toolVersion;

@@ -99,6 +99,60 @@ TEST(GslSweepFiles, OutputIsInTheFormatOfItsExtension) {
   }
 }
 
+/// Returns the document of a binary glTF file.
+json GltfOf(const std::string& bytes) {
+  const std::size_t end = bytes.find("BIN", 20);
+  return json::parse(bytes.substr(20, end - 24));
+}
+
+TEST(GslSweepFiles, OutputAsGltfHoldsAllBodiesAtTheContact) {
+  const Folder folder;
+  const std::string file = folder.Path("scene.GLB");
+  const Outcome run = Sweep(parts + "--direction -z --output " + file);
+  EXPECT_EQ(run.status, 0);
+  EXPECT_NE(run.out.find("\n  scene   " + file + "\n"), std::string::npos);
+  const json told = json::parse(Sweep(parts + "--direction -z --json -").out);
+  const json scene = GltfOf(BytesOf(file));
+  const json& answer = scene.at("scenes").at(0).at("extras");
+  for (const char* key : {"travel", "kind", "direction", "normal"})
+    EXPECT_EQ(answer[key], told[key]) << key;
+  EXPECT_EQ(answer["moving"]["point"], told["moving"]["point"]);
+  EXPECT_EQ(answer["fixed"]["file"], told["fixed"]["file"]);
+  // The moving body is where --output of another format has it.
+  const std::string moved = folder.Path("moved.stl"), second = folder.Path("second.glb");
+  EXPECT_EQ(Sweep(parts + "--direction -z --output " + moved).status, 0);
+  const std::string again = moved + " " + parts.substr(parts.find(' ') + 1);
+  EXPECT_EQ(Sweep(again + "--direction -z --output " + second).status, 0);
+  const json other = GltfOf(BytesOf(second));
+  EXPECT_EQ(other["nodes"][0]["translation"], scene["nodes"][0]["translation"]);
+  EXPECT_EQ(other["nodes"][0]["name"], moved);
+  EXPECT_EQ(other["nodes"][1], scene["nodes"][1]);
+}
+
+TEST(GslSweepFiles, OutputAsGltfIsPosedAndNotGrown) {
+  const Folder folder;
+  const std::string file = folder.Path("scene.glb");
+  const std::string pose = folder.Write("pose", std::string("1 0 0 0 0 1 0 0 0 0 1 7"));
+  const auto bodyWith = [&](const std::string& options) {
+    EXPECT_EQ(Sweep(parts + "--direction -z --quiet --force --output " + file + options).status, 0);
+    const json scene = GltfOf(BytesOf(file));
+    // The vertices of the first body are the first bytes of the binary part.
+    const std::string bytes = BytesOf(file);
+    const std::size_t size = scene["bufferViews"][0]["byteLength"];
+    return std::pair<json, std::string>(scene["nodes"][0]["translation"],
+                                        bytes.substr(bytes.find("BIN", 20) + 4, size));
+  };
+  const auto plain = bodyWith("");
+  // It begins higher and ends at the same place.
+  const auto posed = bodyWith(" --pose " + pose + " --offset 0,0,1");
+  EXPECT_EQ(posed.first, plain.first);
+  EXPECT_EQ(posed.second, plain.second);
+  // A grown body meets the other earlier, and is written with its own size.
+  const auto grown = bodyWith(" --allowance 0.125");
+  EXPECT_NEAR(grown.first[2].get<double>(), plain.first[2].get<double>() + 0.125, 1e-6);
+  EXPECT_EQ(grown.second, plain.second);
+}
+
 TEST(GslSweepFiles, OutputOfAnotherFormatIsWrongUsage) {
   const Folder folder;
   for (const char* name : {"moved.step", "moved.3mf", "moved"}) {
@@ -106,7 +160,8 @@ TEST(GslSweepFiles, OutputOfAnotherFormatIsWrongUsage) {
     const Outcome run = Sweep(parts + "--direction -z --output " + moved);
     ExpectOneErrorLine(run, 2);
     EXPECT_EQ(run.err,
-              "gsl-sweep: --output must end in .stl, .ply, .obj or .off (got " + moved + ")\n");
+              "gsl-sweep: --output must end in .stl, .ply, .obj or .off, or in .glb (got " + moved +
+                  ")\n");
   }
   EXPECT_TRUE(folder.Names().empty());
 }

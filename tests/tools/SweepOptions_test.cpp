@@ -238,7 +238,7 @@ TEST(SweepOptions, EmptyValuesAreRefused) {
             "--sphere must be a whole number from 1 to 100000" + empty);
   EXPECT_EQ(ParseMore({"--pose", ""}).error, "--pose must be a file name or -" + empty);
   EXPECT_EQ(ParseMore({"--output", ""}).error,
-            "--output must end in .stl, .ply, .obj or .off" + empty);
+            "--output must end in .stl, .ply, .obj or .off, or in .glb" + empty);
   EXPECT_EQ(ParseMore({"--offset", ""}).error,
             "--offset must be three finite numbers X,Y,Z" + empty);
   EXPECT_EQ(Parse({"a", "b", "-d", ""}).error,
@@ -282,7 +282,7 @@ TEST(SweepOptions, OptionIsNotTakenForAFile) {
   EXPECT_EQ(ParseMore({"--json", "-d", "x"}).error,
             "--json must be a file name or - (got -d; a file of that name is ./-d)");
   EXPECT_EQ(ParseMore({"--output", "--force"}).error,
-            "--output must end in .stl, .ply, .obj or .off (got --force)");
+            "--output must end in .stl, .ply, .obj or .off, or in .glb (got --force)");
   EXPECT_EQ(ParseMore({"--output", "-x.stl"}).error,
             "--output must be a file name (got -x.stl; a file of that name is ./-x.stl)");
   EXPECT_EQ(ParseMore({"--pose", "--quiet"}).error,
@@ -303,7 +303,7 @@ TEST(SweepOptions, PictureHasAKnownFormatAndOneDirection) {
 }
 
 TEST(SweepOptions, OutputGoesToAFileOfAKnownFormat) {
-  const std::string wanted = "--output must end in .stl, .ply, .obj or .off (got ";
+  const std::string wanted = "--output must end in .stl, .ply, .obj or .off, or in .glb (got ";
   for (const char* name : {"-", "moved", "moved.step", "moved.3mf", "stl", "moved.stl/"}) {
     EXPECT_EQ(ParseMore({"--output", name}).error, wanted + name + ")");
   }
