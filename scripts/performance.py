@@ -54,15 +54,18 @@ def first_match(pattern, path):
     return match.group(1).strip() if match else "unknown"
 
 
+def machine():
+    memory = int(first_match(r"^MemTotal:\s*(\d+) kB", "/proc/meminfo")) / 2**20
+    processor = first_match(r"^model name\s*:\s*(.*)$", "/proc/cpuinfo")
+    return f"{processor}, {memory:.0f} GiB of memory"
+
+
 def setup(build):
     cache = build / "CMakeCache.txt"
     cached = lambda name: first_match(rf"^{name}:\w+=(.*)$", cache)
     compiler = subprocess.run([cached("CMAKE_CXX_COMPILER"), "--version"], check=True, capture_output=True, text=True)
     flags = " ".join(f"{cached('CMAKE_CXX_FLAGS')} {cached('CMAKE_CXX_FLAGS_RELEASE')}".split())
-    memory = int(first_match(r"^MemTotal:\s*(\d+) kB", "/proc/meminfo")) / 2**20
     return [
-        ("processor", first_match(r"^model name\s*:\s*(.*)$", "/proc/cpuinfo")),
-        ("memory", f"{memory:.0f} GiB"),
         ("system", first_match(r'^PRETTY_NAME="(.*)"$', "/etc/os-release")),
         ("compiler", compiler.stdout.splitlines()[0]),
         ("flags", f"`{flags}`, and those of `cmake/GslTargets.cmake`"),
@@ -380,7 +383,8 @@ def introduction(build):
 
 
 def section(make, result, notes):
-    lines = [*make(result)]
+    # Other sections may have been measured on another machine.
+    lines = [f"Measured on: {machine()}.", "", *make(result)]
     if notes:
         lines += ["", "### What falls short, and why", "", notes]
     return "\n".join(lines)
