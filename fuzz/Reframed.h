@@ -1,18 +1,12 @@
 #ifndef FUZZ_REFRAMED_H
 #define FUZZ_REFRAMED_H
 
+#include "FuzzInput.h"
 #include "RecordFrame.h"
 
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <vector>
-
-/// What the fuzz targets of records share.
-
-inline void Require(bool holds) {
-  if (!holds) std::abort();
-}
 
 /// The bytes with checksums that match, so that a changed body reaches the reader. What does not
 /// begin like a byte form stays as it is.

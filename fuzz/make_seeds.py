@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Writes the seeds of fuzz_queries and fuzz_record_read into their folders under corpus/.
+"""Writes the seeds of the targets in SEEDS into their folders under corpus/.
 
 usage: make_seeds.py [--check]
 
@@ -320,7 +320,8 @@ def record_seeds():
 
 
 def query(choice, *values):
-    return bytes([choice]) + struct.pack(f"<{len(values)}d", *values)
+    """The numbers after a byte that chooses doubles by their bits, and the byte that chooses the query."""
+    return bytes([0, choice]) + struct.pack(f"<{len(values)}d", *values)
 
 
 def query_seeds():
@@ -344,12 +345,122 @@ def query_seeds():
     }
 
 
+def raw(choice, *parts):
+    """The input of a target whose doubles are their bits: a byte for the choice, then bytes and doubles."""
+    return bytes([0, choice]) + b"".join(bytes([p]) if isinstance(p, int) else struct.pack("<d", p) for p in parts)
+
+
+def lattice(*numbers):
+    """The input of a target whose doubles are one byte each, in quarters."""
+    return bytes([1]) + bytes(number & 0xFF for number in numbers)
+
+
+def sweep_seeds():
+    nan, inf, tiny = float("nan"), float("inf"), 5e-324
+    low, high = (0.0, 0.0, 0.0, 4.0, 0.0, 0.0, 0.0, 4.0, 0.0), (1.0, 1.0, 5.0, 3.0, 1.0, 5.0, 1.0, 3.0, 6.0)
+    edge_on = (0.0, 0.0, 3.0, 4.0, 0.0, 3.0, 2.0, 0.0, 6.0)
+    up = (0.0, 0.0, 1.0)
+    across, along = (0.0, 0.0, 0.0, 4.0, 0.0, 0.0), (1.0, 3.0, 0.0, 3.0, 3.0, 0.0)
+    return {
+        "triangles": raw(0, *low, *high, *up, 3),
+        "triangles_one_sided": raw(0, *low, *high, *up, 0),
+        "triangles_edge_on": raw(0, *low, *edge_on, *up, 7, 0.5),
+        "triangles_both_edge_on": raw(0, *edge_on, *edge_on, *up, 15, 0.0, 10.0),
+        "triangles_special": raw(0, *low, nan, inf, *(1e308,) * 7, 0.0, tiny, nan, 15, nan, inf),
+        "triangles_lattice": lattice(0, 0, 0, 0, 16, 0, 0, 0, 16, 0, 4, 4, 20, 12, 4, 20, 4, 12, 24, 0, 0, 4, 3),
+        "segments": raw(1, *across, *along, 0.0, 1.0, 0.0, 3),
+        "segments_along": raw(1, *across, *along, 1.0, 0.0, 0.0, 7, 0.25),
+        "segments_special": raw(1, nan, *across[1:], inf, *along[1:], tiny, 1e308, -0.0, 11, 5.0),
+        "segments_lattice": lattice(1, 0, 0, 0, 16, 0, 0, 4, 12, 0, 12, 12, 0, 0, 4, 0, 3),
+    }
+
+
+def value_seeds():
+    nan, inf, tiny = float("nan"), float("inf"), 5e-324
+    return {
+        "comparisons": raw(0, 1.0, 1.0 + 1e-6, -2.5, -2.5, 0.0, -0.0, 1e10, 1e10 + 1.0, 1e-6, 131),
+        "comparisons_special": raw(0, nan, nan, inf, -inf, tiny, 0.0, 1e308, -1e308, nan, 0),
+        "boxes": raw(1, *(float(k % 5) for k in range(40))),
+        "boxes_special": raw(1, nan, inf, -inf, *(1e308, -1e308, tiny) * 10),
+        "matrices": raw(2, *(1.0, 0.0, 0.0, 7.0, 0.0, 1.0, 0.0, 8.0, 0.0, 0.0, 1.0, 9.0, 0.0, 0.0, 0.0, 1.0), 1.0, 2.0, 3.0),
+        "matrices_special": raw(2, *(nan, inf, 1e308, tiny) * 6),
+    }
+
+
+def solver_seeds():
+    return {
+        "solve_three": lattice(0, 3, 8, 4, 0, 4, 12, -4, 0, 4, 16, 1, 2, 3),
+        "solve_singular": lattice(0, 2, 4, 8, 4, 8, 1, 1),
+        "solve_forty": lattice(0, 40, *((7 * k * k + 3 * k) % 251 for k in range(1640))),
+        "solve_special": raw(0, 2, float("nan"), float("inf"), 1e308, 5e-324, 1.0, -0.0),
+        "label_path": lattice(1, 9, 1, *(1 << k % 8 for k in range(11))),
+        "label_both_ways": lattice(1, 20, 0, *((5 * k) % 256 for k in range(50))),
+    }
+
+
+def engine_seeds():
+    def body(*corners):
+        return [len(corners) // 3 - 1, *(number for corner in corners for number in (0, *corner))]
+
+    floor = body((-20, -20, 0), (20, -20, 0), (0, 20, 0))
+    tip = body((0, 0, 12), (4, 0, 20), (0, 4, 20))
+    pair = body((0, 0, 12), (4, 0, 20), (0, 4, 20), (0, 0, 12), (0, 4, 20), (-4, 0, 20))
+    edge = body((-8, 0, 12), (8, 0, 12), (0, 0, 20))
+    bar = body((0, -8, 4), (0, 8, 4), (0, 0, -4))
+
+    def scene(exponent, name, limit, rules, direction, moving, fixed):
+        return lattice(exponent, name, 0, limit, rules, *direction, *moving, *fixed)
+
+    down = (0, 0, -4)
+    return {
+        "vertex_on_face": scene(0, 0, 0, 0, down, tip, floor),
+        "face_on_vertex": scene(0, 1, 0, 1, (0, 0, 4), floor, tip),
+        "tie": scene(0, 2, 0, 1, down, pair, floor),
+        "edge_on_edge": scene(0, 3, 3, 1, down, edge, bar),
+        "apart": scene(0, 4, 0, 1, (0, 0, 4), tip, floor),
+        "at_start": scene(0, 5, 1, 1, down, floor, floor),
+        "large": scene(5, 6, 2, 0, (1, 2, -9), pair, floor),
+        "small": scene(7, 7, 4, 0, (1, 2, -9), pair, floor),
+    }
+
+
+def command_seeds():
+    commands = {
+        "sweep": (0, "a.stl b.stl -d -z --json - --force"),
+        "sweep_all": (0, "a.stl b.obj c.ply --direction=0,0,-1 --offset 1,2,3 --max-distance 5 --output x.glb --view v.html "
+                         "--picture p.pdf --patch --patch-pairs 9 --threads 2 --progress plain --verbose"),
+        "sweep_many": (0, "- b.stl --format stl --sphere 100 --solid --quiet"),
+        "sweep_lines": (0, "a b --directions - --clearance 0.5 --pose p --allowance=-1e-4"),
+        "sweep_wrong": (0, "--directoin -z a b --output  -x"),
+        "help": (0, "--help"),
+        "mesh_check": (1, "check a.stl b.stl --json out.json"),
+        "mesh_move": (1, "move a.stl b.off --matrix m --force"),
+        "mesh_convert": (1, "convert a.stl b.ply"),
+        "model_show": (2, "m.gslr show axis --json -"),
+        "model_diff": (2, "m.gslr diff n.db"),
+        "model_convert": (2, "m.gslr convert n.db --force"),
+    }
+    return {name: bytes([program]) + text.replace(" ", "\n").encode() for name, (program, text) in commands.items()}
+
+
+SEEDS = {
+    "fuzz_queries": query_seeds,
+    "fuzz_record_read": record_seeds,
+    "fuzz_sweeps": sweep_seeds,
+    "fuzz_values": value_seeds,
+    "fuzz_solver": solver_seeds,
+    "fuzz_engine": engine_seeds,
+    "fuzz_command_line": command_seeds,
+}
+
+
 def main():
     if sys.argv[1:] not in ([], ["--check"]):
         print(__doc__, file=sys.stderr)
         return 2
     stale = []
-    for target, seeds in (("fuzz_queries", query_seeds()), ("fuzz_record_read", record_seeds())):
+    for target, make in SEEDS.items():
+        seeds = make()
         folder = CORPUS / target
         if not sys.argv[1:]:
             folder.mkdir(parents=True, exist_ok=True)

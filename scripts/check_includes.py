@@ -111,7 +111,7 @@ ROOMS = [
     Room("tests/consumer/", "projects that use the library, installed or as sources",
          f"{PUBLIC}, {RECORDS}, {MODEL}, sweep/, POSIX", True),
     Room("bench/", "benchmarks of the library and of other libraries", f"{PRODUCT}, tests/reference/, tests/support/RandomNumbers.h, tests/support/TemporaryFolder.h, any library"),
-    Room("fuzz/", "fuzz targets and their seeds", f"{PUBLIC}, {RECORDS}, records/, mesh/, sweep/, tools/support/, nlohmann-json, POSIX"),
+    Room("fuzz/", "fuzz targets and their seeds", f"{PRODUCT}, tests/reference/, tests/support/, nlohmann-json, POSIX"),
     Room("examples/", "programs as users write them", f"{PUBLIC}, {RECORDS}, {MODEL}, mesh/, sweep/", True),
 ]
 
