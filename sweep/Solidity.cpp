@@ -2,6 +2,7 @@
 
 #include "BigNatural.h"
 #include "Determinant.h"
+#include "EdgeFan.h"
 #include "RangeScale.h"
 #include "SolidPair.h"
 
@@ -79,6 +80,41 @@ private:
   std::vector<std::uint32_t> m_above;
 };
 
+/// Remembers numbers of edges, a few bits for each. It may take a number for one that it has seen.
+class SeenEdges {
+public:
+  explicit SeenEdges(std::size_t triangles) {
+    std::size_t words = 64;
+    while (4 * words < triangles)
+      words *= 2;
+    m_words.assign(words, 0);
+  }
+
+  /// Brings what a number needs into the cache.
+  void Fetch(std::uint64_t hash) { __builtin_prefetch(&WordOf(hash), 1); }
+  void Take(std::uint64_t hash) { WordOf(hash) |= MaskOf(hash); }
+  bool MayHave(std::uint64_t hash) { return (WordOf(hash) & MaskOf(hash)) == MaskOf(hash); }
+
+private:
+  /// Three bits of a word.
+  static std::uint64_t MaskOf(std::uint64_t hash) {
+    return std::uint64_t{1} << (hash & 63) | std::uint64_t{1} << (hash >> 6 & 63) |
+           std::uint64_t{1} << (hash >> 12 & 63);
+  }
+  std::uint64_t& WordOf(std::uint64_t hash) {
+    return m_words[static_cast<std::size_t>(hash >> 24) & (m_words.size() - 1)];
+  }
+
+  std::vector<std::uint64_t> m_words;
+};
+
+/// A use of an edge by a triangle, from one of its corners to the next.
+struct PlacedUse {
+  std::uint64_t edge = 0; ///< the number that the edge has in both directions
+  std::uint32_t place = 0;
+  int corner = 0;
+};
+
 /// The uses of edges that no use in the opposite direction has cancelled yet. A triangle uses the
 /// edge from each of its corners to the next.
 ///
@@ -88,8 +124,8 @@ template <class Reader>
 class EdgeTable {
 public:
   /// `joined` receives the triangles whose uses cancel each other.
-  EdgeTable(const Reader& reader, Joined& joined)
-      : m_reader(reader), m_joined(joined), m_slots(kLeastSlots) {}
+  EdgeTable(const Reader& reader, Joined& joined, std::size_t triangles)
+      : m_reader(reader), m_joined(joined), m_seen(triangles), m_slots(kLeastSlots) {}
 
   bool IsEmpty() const { return m_count == 0; }
 
@@ -97,8 +133,29 @@ public:
   void Add(std::size_t place) {
     std::uint64_t hash[3];
     if (!Hash(place, hash)) return;
+    for (const std::uint64_t edge : hash)
+      m_seen.Fetch(edge);
     for (int corner = 0; corner < 3; ++corner)
       Add(place, corner, hash[corner]);
+  }
+
+  /// Leaves out the edges of these numbers, in order, from now on.
+  void LeaveOut(const std::vector<std::uint64_t>& edges) { m_leftOut = &edges; }
+
+  /// Returns the numbers of edges that more than two triangles may use, in order.
+  std::vector<std::uint64_t> TakeSuspects() {
+    std::sort(m_suspects.begin(), m_suspects.end());
+    m_suspects.erase(std::unique(m_suspects.begin(), m_suspects.end()), m_suspects.end());
+    return std::move(m_suspects);
+  }
+
+  /// Calls use(PlacedUse) with the three uses of a triangle, unless two of its corners are equal.
+  template <class Use>
+  void EachUse(std::size_t place, const Use& use) const {
+    std::uint64_t hash[3];
+    if (!Hash(place, hash)) return;
+    for (int corner = 0; corner < 3; ++corner)
+      use(PlacedUse{hash[corner], static_cast<std::uint32_t>(place), corner});
   }
 
   /// Returns the first corner of a triangle that begins an edge in the table, or 3.
@@ -160,15 +217,23 @@ private:
   std::size_t After(std::size_t k) const { return (k + 1) & (m_slots.size() - 1); }
 
   void Add(std::size_t place, int corner, std::uint64_t hash) {
+    if (m_leftOut != nullptr && std::binary_search(m_leftOut->begin(), m_leftOut->end(), hash))
+      return;
     const Edge edge = EdgeAt(place, corner);
     std::size_t k = Home(hash);
+    bool isThere = false;
     for (; m_slots[k].place != kFree; k = After(k)) {
       if (m_slots[k].hash != hash) continue;
-      if (!edge.IsOpposite(EdgeAt(m_slots[k].place, m_slots[k].corner))) continue;
+      if (!edge.IsOpposite(EdgeAt(m_slots[k].place, m_slots[k].corner))) {
+        isThere = true;
+        continue;
+      }
       m_joined.Join(static_cast<std::uint32_t>(place), m_slots[k].place);
       Remove(k);
+      m_seen.Take(hash);
       return;
     }
+    if (m_leftOut == nullptr && (isThere || m_seen.MayHave(hash))) m_suspects.push_back(hash);
     m_slots[k] = {hash, static_cast<std::uint32_t>(place), corner};
     if (2 * ++m_count > m_slots.size()) Grow();
   }
@@ -200,6 +265,9 @@ private:
 
   const Reader& m_reader;
   Joined& m_joined;
+  SeenEdges m_seen; ///< edges that two uses have cancelled
+  std::vector<std::uint64_t> m_suspects;
+  const std::vector<std::uint64_t>* m_leftOut = nullptr;
   std::vector<Slot> m_slots; ///< a power of two; at most half of them are in use
   std::size_t m_count = 0;
 };
@@ -211,12 +279,15 @@ struct WrongEdge {
   int corner = 0;        ///< of this triangle, where its first such edge begins
 };
 
-WrongEdge FindWrongEdge(const Corners& corners, Joined& joined) {
+/// `suspects` receives the numbers of edges that more than two triangles may use.
+WrongEdge FindWrongEdge(const Corners& corners, Joined& joined,
+                        std::vector<std::uint64_t>& suspects) {
   WrongEdge found;
   corners.Read([&](const auto& reader) {
-    EdgeTable<std::decay_t<decltype(reader)>> table(reader, joined);
+    EdgeTable<std::decay_t<decltype(reader)>> table(reader, joined, corners.Count());
     for (std::size_t place = 0; place < corners.Count(); ++place)
       table.Add(place);
+    suspects = table.TakeSuspects();
     if (table.IsEmpty()) return;
     for (std::size_t place = 0; place < corners.Count(); ++place) {
       if (found.any && corners.Number(place) > corners.Number(found.place)) continue;
@@ -225,6 +296,36 @@ WrongEdge FindWrongEdge(const Corners& corners, Joined& joined) {
     }
   });
   return found;
+}
+
+/// Returns all uses of the suspects that more than two triangles use, by the numbers of the edges.
+/// Edges of one number come together.
+std::vector<PlacedUse> FindCrowdedUses(const Corners& corners,
+                                       const std::vector<std::uint64_t>& suspects) {
+  std::vector<PlacedUse> uses;
+  SeenEdges suspected(8 * suspects.size());
+  for (const std::uint64_t edge : suspects)
+    suspected.Take(edge);
+  corners.Read([&](const auto& reader) {
+    Joined none(0);
+    const EdgeTable<std::decay_t<decltype(reader)>> table(reader, none, 0);
+    for (std::size_t place = 0; place < corners.Count(); ++place) {
+      table.EachUse(place, [&](const PlacedUse& use) {
+        if (!suspected.MayHave(use.edge)) return;
+        if (std::binary_search(suspects.begin(), suspects.end(), use.edge)) uses.push_back(use);
+      });
+    }
+  });
+  std::stable_sort(uses.begin(), uses.end(),
+                   [](const PlacedUse& a, const PlacedUse& b) { return a.edge < b.edge; });
+  std::vector<PlacedUse> crowded;
+  for (auto first = uses.begin(); first != uses.end();) {
+    const auto last = std::find_if(first, uses.end(),
+                                   [&](const PlacedUse& use) { return use.edge != first->edge; });
+    if (last - first > 2) crowded.insert(crowded.end(), first, last);
+    first = last;
+  }
+  return crowded;
 }
 
 bool AreEqual(const Coord3& p, const Coord3& q) {
@@ -356,6 +457,81 @@ std::string TextOf(const Coord3& p) {
   return text + ")";
 }
 
+/// An edge that more than two triangles use.
+struct CrowdedEdge {
+  Coord3 from, to;
+  std::vector<EdgeUse> uses;
+  std::vector<std::uint32_t> places; ///< of the triangles, by the numbers of the uses
+};
+
+/// Returns the edges among uses of one number.
+std::vector<CrowdedEdge> EdgesOf(const PlacedUse* first, const PlacedUse* last,
+                                 const Tetrahedra& tetrahedra) {
+  std::vector<CrowdedEdge> edges;
+  for (const PlacedUse* use = first; use != last; ++use) {
+    const SurfaceTriangle triangle = tetrahedra.TriangleAt(use->place);
+    const int next = NextCorner(use->corner);
+    const Coord3& from = triangle.corner[use->corner];
+    const Coord3& to = triangle.corner[next];
+    const Coord3& apex = triangle.corner[NextCorner(next)];
+    const auto isBack = [&](const CrowdedEdge& edge) {
+      return AreEqual(from, edge.to) && AreEqual(to, edge.from);
+    };
+    const auto edge = std::find_if(edges.begin(), edges.end(), [&](const CrowdedEdge& other) {
+      return (AreEqual(from, other.from) && AreEqual(to, other.to)) || isBack(other);
+    });
+    CrowdedEdge& taken =
+        edge == edges.end() ? edges.emplace_back(CrowdedEdge{from, to, {}, {}}) : *edge;
+    taken.uses.push_back({apex, !isBack(taken)});
+    taken.places.push_back(use->place);
+  }
+  return edges;
+}
+
+/// Joins the triangles at a crowded edge: by their angles around it, or all of them where a
+/// triangle without area has none.
+void JoinAround(const CrowdedEdge& edge, const EdgeFan& fan, Joined& joined) {
+  std::vector<std::size_t> others(edge.places.size(), 0);
+  if (fan.HasAngles()) {
+    others = fan.Pair([&](std::size_t begin, std::size_t end) {
+      return joined.Top(edge.places[begin]) == joined.Top(edge.places[end]);
+    });
+  }
+  for (std::size_t k = 0; k < others.size(); ++k)
+    joined.Join(edge.places[k], edge.places[others[k]]);
+}
+
+/// Joins the triangles of a surface without wrong edges again, where some edges have more than two
+/// uses.
+void JoinAgain(const Corners& corners, const std::vector<PlacedUse>& crowded,
+               const Tetrahedra& tetrahedra, Joined& joined) {
+  joined = Joined(corners.Count());
+  std::vector<std::uint64_t> leftOut;
+  std::vector<CrowdedEdge> edges;
+  for (std::size_t first = 0; first < crowded.size();) {
+    std::size_t last = first;
+    while (last < crowded.size() && crowded[last].edge == crowded[first].edge)
+      ++last;
+    leftOut.push_back(crowded[first].edge);
+    for (CrowdedEdge& edge : EdgesOf(&crowded[first], &crowded[first] + (last - first), tetrahedra))
+      edges.push_back(std::move(edge));
+    first = last;
+  }
+  corners.Read([&](const auto& reader) {
+    EdgeTable<std::decay_t<decltype(reader)>> table(reader, joined, 0);
+    table.LeaveOut(leftOut);
+    for (std::size_t place = 0; place < corners.Count(); ++place)
+      table.Add(place);
+  });
+  // Where there is a choice, it depends on what is joined already.
+  for (const bool isCertain : {true, false}) {
+    for (const CrowdedEdge& edge : edges) {
+      const EdgeFan fan(edge.from, edge.to, edge.uses);
+      if ((fan.IsCertain() && fan.HasAngles()) == isCertain) JoinAround(edge, fan, joined);
+    }
+  }
+}
+
 /// Returns the place of the lowest triangle with area of each component, by number.
 std::vector<std::uint32_t> ComponentsOf(const Corners& corners, const Tetrahedra& tetrahedra,
                                         Joined& joined) {
@@ -380,7 +556,8 @@ std::vector<std::uint32_t> ComponentsOf(const Corners& corners, const Tetrahedra
 SolidSurface SolidSurfaceOf(const Corners& corners) {
   SolidSurface surface;
   Joined joined(corners.Count());
-  const WrongEdge wrong = FindWrongEdge(corners, joined);
+  std::vector<std::uint64_t> suspects;
+  const WrongEdge wrong = FindWrongEdge(corners, joined, suspects);
   if (wrong.any) {
     surface.solidity = Describe(corners, wrong);
     return surface;
@@ -391,6 +568,10 @@ SolidSurface SolidSurfaceOf(const Corners& corners) {
   const int volume = tetrahedra.VolumeSign();
   if (volume == 0) return surface;
   surface.solidity.fault = volume < 0 ? SolidityFault::WrongOrientation : SolidityFault::None;
+  if (!suspects.empty()) {
+    const std::vector<PlacedUse> crowded = FindCrowdedUses(corners, suspects);
+    if (!crowded.empty()) JoinAgain(corners, crowded, tetrahedra, joined);
+  }
   surface.components = ComponentsOf(corners, tetrahedra, joined);
   if (surface.components.size() > 1) surface.componentOf = joined.Tops();
   if (volume < 0) surface.solidity.triangle = corners.Number(surface.components.front());

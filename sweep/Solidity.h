@@ -24,8 +24,8 @@ struct SolidSurface {
 
 /// Decides whether triangles are the surface of a solid, see Solidity. Where there are several
 /// components, only the sign of their whole volume is looked at. The time is linear, and so
-/// is the memory: four bytes for each triangle, and little more when neighbours are stored close to
-/// each other.
+/// is the memory: six bytes for each triangle, and little more when neighbours are stored close to
+/// each other and few edges have more than two triangles.
 SolidSurface SolidSurfaceOf(const Corners& corners);
 
 } // namespace gsl_sweep

@@ -65,15 +65,16 @@ enum class SolidityFault : unsigned char {
 /// Vertices   equal coordinates are one vertex; -0.0 equals 0.0. A vertex inside an edge does not
 ///            divide the edge.
 /// Solids     may have cavities, and components that touch or overlap each other. Triangles that
-///            are joined by edges form one component.
+///            are joined by edges form one component. At an edge of more than two triangles, those
+///            are joined that bound the same part of the solid.
 /// Degenerate A triangle with two equal corners counts as absent. Any other triangle counts with
 ///            its three edges, so a triangle of no area closes the gap where a vertex is inside an
 ///            edge.
 /// NaN        triangles that the body skips count as absent.
 /// Limits     A surface that crosses itself, an inside-out component that crosses another, and one
-///            that touches another along an edge which more than two triangles use, may not be
-///            noticed. The questions of Rule::Solid then have no meaning. Crossings finds surfaces
-///            that cross elsewhere than in common corners and edges.
+///            at a common edge that triangles without area use too, may not be noticed. The
+///            questions of Rule::Solid then have no meaning. Crossings finds surfaces that cross
+///            elsewhere than in common corners and edges.
 struct GSL_SWEEP_API Solidity {
   SolidityFault fault = SolidityFault::None; ///< None for a solid
   bool hasEdge = false; ///< false when the fault is of a component or of the whole

@@ -149,6 +149,63 @@ TEST(Solidity, AComponentThatIsInsideOutIsNamed) {
   ExpectWhole(Judged(nested), SolidityFault::None);
 }
 
+/// Adds two boxes that share the edge from (1, 1, 0) to (1, 1, 1), in one of many orders.
+Mesh BoxesAtAnEdge(const Mesh& first, const Mesh& second, RandomNumbers& random) {
+  std::vector<std::array<Coord3, 3>> triangles;
+  for (const Mesh* mesh : {&first, &second}) {
+    for (std::size_t k = 0; k < mesh->corners.size(); k += 3)
+      triangles.push_back({mesh->corners[k], mesh->corners[k + 1], mesh->corners[k + 2]});
+  }
+  for (std::size_t k = triangles.size(); k > 1; --k)
+    std::swap(triangles[k - 1],
+              triangles[static_cast<std::size_t>(random.Below(static_cast<int>(k)))]);
+  Mesh mesh;
+  for (const auto& triangle : triangles)
+    AddTriangle(mesh, triangle[0], triangle[1], triangle[2]);
+  return mesh;
+}
+
+TEST(Solidity, ABoxInsideOutAtTheEdgeOfAnotherIsNoticedInAnyOrder) {
+  RandomNumbers random(8);
+  const Mesh large = sweep_shapes::Box({-9, -9, 0}, {1, 1, 1});
+  const Mesh small = sweep_shapes::Box({1, 1, 0}, {2, 2, 1});
+  const Mesh cavity = TurnedOver(sweep_shapes::Box({-3, -3, 0.25}, {-2, -2, 0.75}));
+  const Mesh other = TurnedOver(sweep_shapes::Box({-2, -2, 0.25}, {-1, -1, 0.75}));
+  for (int round = 0; round < 200; ++round) {
+    ExpectWhole(Judged(BoxesAtAnEdge(large, small, random)), SolidityFault::None);
+    ExpectWhole(Judged(BoxesAtAnEdge(large, TurnedOver(small), random)),
+                SolidityFault::WrongOrientation);
+    // Two cavities that share an edge, and one of them turned outwards.
+    Mesh withCavity = large;
+    Append(withCavity, cavity);
+    ExpectWhole(Judged(BoxesAtAnEdge(withCavity, other, random)), SolidityFault::None);
+    const Solidity wrong = Judged(BoxesAtAnEdge(withCavity, TurnedOver(other), random));
+    ExpectWhole(wrong, SolidityFault::None); // a box within a solid may overlap it
+  }
+}
+
+TEST(Solidity, ABoxInsideOutAtAWholeFaceOfAnotherIsNoticedInAnyOrder) {
+  // Each edge of the common face has four uses, some in the same half-plane.
+  RandomNumbers random(9);
+  const Mesh large = sweep_shapes::Box({0, 0, 0}, {9, 1, 1});
+  const Mesh small = sweep_shapes::Box({9, 0, 0}, {10, 1, 1});
+  for (int round = 0; round < 200; ++round) {
+    ExpectWhole(Judged(BoxesAtAnEdge(large, small, random)), SolidityFault::None);
+    ExpectWhole(Judged(BoxesAtAnEdge(large, TurnedOver(small), random)),
+                SolidityFault::WrongOrientation);
+  }
+}
+
+TEST(Solidity, TrianglesWithoutAreaMayBeAtACrowdedEdge) {
+  RandomNumbers random(10);
+  Mesh mesh = sweep_shapes::Box({-9, -9, 0}, {1, 1, 1});
+  Append(mesh, sweep_shapes::Box({1, 1, 0}, {2, 2, 1}));
+  // Both directions of the edge once more, by triangles on its line.
+  AddTriangle(mesh, {1, 1, 0}, {1, 1, 1}, {1, 1, 0.5});
+  AddTriangle(mesh, {1, 1, 1}, {1, 1, 0}, {1, 1, 0.5});
+  ExpectWhole(Judged(mesh), SolidityFault::None);
+}
+
 TEST(Solidity, NothingIsNotASolid) {
   ExpectWhole(Judged(Mesh{}), SolidityFault::NoVolume);
   Mesh points;
