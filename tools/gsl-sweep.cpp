@@ -218,12 +218,14 @@ void WriteJson(const SweepOptions& options, const std::string& json) {
   }
 }
 
-/// Returns the line of the report about --output.
-std::string OutputLine(const SweepOptions& options, const Answer& answer) {
+/// Returns the line of the report about --output. A scene may have an origin of its own.
+std::string OutputLine(const SweepOptions& options, const Answer& answer, const Coord3& origin) {
   if (options.outputFile.empty()) return {};
   const std::string file = Printable(options.outputFile);
   const std::string what = gsl_view::IsGltfName(options.outputFile) ? "  scene   " : "  moved   ";
-  return what + (Touches(answer) ? file : "nothing written to " + file) + "\n";
+  if (!Touches(answer)) return what + "nothing written to " + file + "\n";
+  const bool isMoved = origin.x != 0.0 || origin.y != 0.0 || origin.z != 0.0;
+  return what + file + (isMoved ? ", with its origin at " + VectorText(origin) : "") + "\n";
 }
 
 /// Returns the line of the report about --view.
@@ -244,29 +246,31 @@ Mesh MeshAtContact(Mesh mesh, const SweepReport& report) {
   return MovedMesh(std::move(mesh), report.answer);
 }
 
-/// Writes what --output asks for: the moving body, or all bodies as a scene.
-void WriteOutput(const SweepOptions& options, const SweepReport& report, const Question& question,
-                 Scene& scene) {
-  if (options.outputFile.empty() || !Touches(report.answer)) return;
+/// Writes what --output asks for: the moving body, or all bodies as a scene. Returns the origin of
+/// the scene. Takes the mesh of the moving body.
+Coord3 WriteOutput(const SweepOptions& options, const SweepReport& report, const Question& question,
+                   Scene& scene) {
+  const Coord3 origin{0.0, 0.0, 0.0};
+  if (options.outputFile.empty() || !Touches(report.answer)) return origin;
   const Mesh moved = MeshAtContact(std::move(scene.moving.mesh), report);
   if (!gsl_view::IsGltfName(options.outputFile)) {
     WriteMesh(options.outputFile, moved, options.force);
-    return;
+    return origin;
   }
   std::vector<TriangleView> surfaces = {ViewOf(moved)};
   for (const Part& part : scene.fixed)
     surfaces.push_back(ViewOf(part.mesh));
-  gsl_view::WriteGltfScene(options.outputFile, ViewSceneOf(report, question, surfaces),
-                           surfaces.front(), options.force);
+  return gsl_view::WriteGltfScene(options.outputFile, ViewSceneOf(report, question, surfaces),
+                                  surfaces.front(), options.force);
 }
 
-void WriteResults(const SweepOptions& options, const SweepReport& report) {
+void WriteResults(const SweepOptions& options, const SweepReport& report, const Coord3& origin) {
   const bool touches = Touches(report.answer);
   if (!options.jsonFile.empty()) WriteJson(options, ReportAsJson(report));
   if (options.quiet) return;
   if (!options.JsonToStdout()) {
-    WriteStdout(ReportAsText(report) + OutputLine(options, report.answer) + ViewLine(options) +
-                PictureLine(options));
+    WriteStdout(ReportAsText(report) + OutputLine(options, report.answer, origin) +
+                ViewLine(options) + PictureLine(options));
   } else if (!touches && !options.outputFile.empty()) {
     const std::string what =
         report.clearance > 0.0 ? "not within " + NumberText(report.clearance) : "no contact";
@@ -462,8 +466,8 @@ ExitStatus AnswerOne(const SweepOptions& options, Scene& scene, const Pair& pair
   ShowWarnings(options, report.warnings);
   display.Enter("write");
   WriteScene(options, scene, question, report);
-  WriteOutput(options, report, question, scene);
-  WriteResults(options, report);
+  const Coord3 origin = WriteOutput(options, report, question, scene);
+  WriteResults(options, report, origin);
   display.End("write");
   return Touches(report.answer) ? Touching : NoContact;
 }

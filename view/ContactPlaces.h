@@ -13,8 +13,8 @@ struct ContactPlaces {
   bool moving, fixed;
 };
 
-/// Returns the bodies that have a place: both where they touch, and the inner one where one is
-/// inside the other.
+/// Returns the bodies that have a place: both where they touch, and the inner body where one body
+/// is inside the other.
 ContactPlaces PlacesOf(const gsl_sweep::Contact& contact);
 
 /// Returns the bodies that have a place; none without a contact.

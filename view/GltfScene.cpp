@@ -28,6 +28,7 @@ namespace {
 using gsl_arithmetic::Add;
 using gsl_arithmetic::Coord3;
 using gsl_arithmetic::Multiply;
+using gsl_arithmetic::Subtract;
 using gsl_sweep::Contact;
 using gsl_sweep::TriangleView;
 using Json = nlohmann::ordered_json;
@@ -39,9 +40,13 @@ constexpr int kVertexTarget = 34962, kIndexTarget = 34963;
 constexpr int kFloat = 5126, kUnsigned = 5125;
 constexpr std::size_t kHeaderSize = 12, kChunkHeaderSize = 8;
 
-// The marker of a contact, by the diagonal of the box around the bodies; its normal, by the marker.
-constexpr double kMarkerPart = 0.006;
+// The marker of a contact, by the diagonal of the box around all bodies and of the smaller body;
+// its normal, by the marker.
+constexpr double kMarkerPart = 0.006, kMarkerPartOfBody = 0.1;
 constexpr double kNormalLength = 9.0, kNormalRadius = 0.4;
+// Bodies that are farther from the origin than this many times their size get another origin:
+// single precision would round their places by more than 1e-5 of it.
+constexpr double kFarthest = 128.0;
 constexpr double kPi = 3.14159265358979323846;
 constexpr int kMarkerRings = 12, kMarkerSectors = 24;
 
@@ -119,7 +124,7 @@ void RequireSingle(const Coord3& point) {
 
 /// Returns the quaternion of the shortest turn from the z axis to a unit vector.
 Json TurnTo(const Coord3& normal) {
-  // The half-way vector; opposite to the axis there is none.
+  // The half-way vector, which does not exist for the opposite of the axis.
   const double w = 1.0 + normal.z;
   if (w < 1e-8) return Json::array({1.0, 0.0, 0.0, 0.0});
   const double length = std::sqrt(w * w + normal.x * normal.x + normal.y * normal.y);
@@ -255,35 +260,73 @@ private:
   std::size_t m_size = 0; ///< of the binary part
 };
 
+/// A body where it is at the contact.
+struct PlacedBody {
+  std::string name;
+  Material material;
+  PageBody surface;
+  CornerBox box;
+};
+
+PlacedBody PlacedBodyOf(const std::string& name, const TriangleView& triangles, Material material) {
+  PlacedBody placed{name, material, PageBody::Of(triangles), {}};
+  if (placed.surface.TriangleCount() == 0) return placed;
+  const VertexBox vertices(placed.surface.vertices);
+  for (const Coord3& corner : {CornerOf(vertices.low), CornerOf(vertices.high)})
+    placed.box.Take(Add(placed.surface.centre, Multiply(corner, placed.surface.scale)));
+  return placed;
+}
+
+/// Returns the point that becomes the origin of the file: that of the meshes, unless the bodies are
+/// so far from it that single precision would move them against each other.
+Coord3 OriginOf(const CornerBox& box) {
+  const Coord3 none{0.0, 0.0, 0.0};
+  double farthest = 0.0;
+  for (const Coord3& p : {box.low, box.high})
+    farthest = std::max({farthest, std::fabs(p.x), std::fabs(p.y), std::fabs(p.z)});
+  const double size = box.Diagonal();
+  if (!(farthest > kFarthest * size) || size == 0.0) return none;
+  // A number with few digits, which people can read and subtract.
+  const double step = std::ldexp(1.0, std::ilogb(size) + 1);
+  const Coord3 centre = box.Centre();
+  return {step * std::round(centre.x / step), step * std::round(centre.y / step),
+          step * std::round(centre.z / step)};
+}
+
 /// Adds the node of a body, with its surface if it has any.
-std::size_t AddBody(const std::string& name, const TriangleView& triangles, Material material,
-                    Document& document, CornerBox& box) {
-  PageBody body = PageBody::Of(triangles);
+std::size_t AddBody(PlacedBody placed, const Coord3& origin, Document& document) {
   Json node;
-  node["name"] = name;
+  node["name"] = placed.name;
+  PageBody& body = placed.surface;
   if (body.TriangleCount() > 0) {
-    const VertexBox vertices(body.vertices);
-    for (const Coord3& corner : {CornerOf(vertices.low), CornerOf(vertices.high)}) {
-      const Coord3 place = Add(body.centre, Multiply(corner, body.scale));
-      RequireSingle(place);
-      box.Take(place);
+    RequireSingle(Subtract(placed.box.low, origin));
+    RequireSingle(Subtract(placed.box.high, origin));
+    if (placed.box.Diagonal() == 0.0) body.scale = 1.0; // all vertices are the centre
+    // The power of two may be too large although all coordinates fit.
+    if (body.scale > double{std::numeric_limits<float>::max()}) {
+      body.scale *= 0.5;
+      for (float& number : body.vertices)
+        number *= 2.0f;
     }
-    RequireSingle({body.scale, 0.0, 0.0});
-    node["mesh"] =
-        document.AddMesh(name, {std::move(body.vertices), std::move(body.triangles)}, material);
-    node["translation"] = JsonOf(body.centre);
+    if (body.scale < double{std::numeric_limits<float>::min()}) {
+      throw std::range_error("the bodies are too small for the single precision of glTF");
+    }
+    node["mesh"] = document.AddMesh(
+        placed.name, {std::move(body.vertices), std::move(body.triangles)}, placed.material);
+    node["translation"] = JsonOf(Subtract(body.centre, origin));
     node["scale"] = JsonOf({body.scale, body.scale, body.scale});
   }
   return document.AddNode(std::move(node));
 }
 
 /// Adds the marks of the contact under one node and returns it.
-std::size_t AddContact(const ViewScene& scene, double size, Document& document) {
+std::size_t AddContact(const ViewScene& scene, double radius, const Coord3& origin,
+                       Document& document) {
   const Contact& contact = scene.answer.contact;
-  const double radius = kMarkerPart * size;
   Json children = Json::array();
   const std::size_t sphere = document.AddMesh("contact point", SphereSurface(), kContactMaterial);
-  const auto addPoint = [&](const char* name, const Coord3& place) {
+  const auto addPoint = [&](const char* name, const Coord3& point) {
+    const Coord3 place = Subtract(point, origin);
     RequireSingle(place);
     Json node;
     node["name"] = name;
@@ -302,7 +345,7 @@ std::size_t AddContact(const ViewScene& scene, double size, Document& document) 
     Json node;
     node["name"] = "contact normal";
     node["mesh"] = document.AddMesh("contact normal", ConeSurface(), kContactMaterial);
-    node["translation"] = JsonOf(place);
+    node["translation"] = JsonOf(Subtract(place, origin));
     node["rotation"] = TurnTo(contact.normal);
     node["scale"] =
         JsonOf({kNormalRadius * radius, kNormalRadius * radius, kNormalLength * radius});
@@ -324,10 +367,16 @@ Json PlaceAsJson(const std::string& name, bool hasPlace, std::size_t triangle,
 }
 
 /// Returns what the file says of the answer.
-Json AnswerAsJson(const ViewScene& scene) {
+Json AnswerAsJson(const ViewScene& scene, const Coord3& origin) {
   const Contact& contact = scene.answer.contact;
   const ContactPlaces places = PlacesOf(scene.answer);
   Json json;
+  json["origin"] = JsonOf(origin);
+  json["status"] = StatusName(scene.answer.status);
+  json["last"] = scene.last;
+  json["clearance"] = scene.question.clearance;
+  json["exact"] = scene.answer.isExact;
+  json["error_bound"] = scene.answer.errorBound;
   json["direction"] = JsonOf(scene.answer.unitDirection);
   json["travel"] = contact.travel;
   json["kind"] = KindName(contact.kind);
@@ -336,6 +385,7 @@ Json AnswerAsJson(const ViewScene& scene) {
       PlaceAsJson(scene.moving.name, places.moving, contact.movingTriangle, contact.movingPoint);
   json["fixed"] = PlaceAsJson(scene.fixed.at(contact.fixedBody).name, places.fixed,
                               contact.fixedTriangle, contact.fixedPoint);
+  json["fixed_body"] = contact.fixedBody;
   return json;
 }
 
@@ -345,35 +395,50 @@ bool IsGltfName(const std::string& path) {
   return gsl_mesh::ExtensionOf(path) == "glb";
 }
 
-void MakeGltfScene(const ViewScene& scene, const TriangleView& atContact, const PageSink& sink) {
-  Document document(scene);
-  CornerBox box;
-  Json nodes = Json::array({AddBody(scene.moving.name, atContact, kMovingMaterial, document, box)});
+Coord3 MakeGltfScene(const ViewScene& scene, const TriangleView& atContact, const PageSink& sink) {
+  std::vector<PlacedBody> bodies = {PlacedBodyOf(scene.moving.name, atContact, kMovingMaterial)};
   for (const ViewBody& body : scene.fixed)
-    nodes.push_back(AddBody(body.name, body.triangles, kFixedMaterial, document, box));
+    bodies.push_back(PlacedBodyOf(body.name, body.triangles, kFixedMaterial));
+  CornerBox box;
+  for (const PlacedBody& body : bodies) {
+    if (body.box.isEmpty) continue;
+    box.Take(body.box.low);
+    box.Take(body.box.high);
+  }
+  const Coord3 origin = OriginOf(box);
+  const double smaller = std::min(bodies.front().box.Diagonal(),
+                                  bodies.at(1 + scene.answer.contact.fixedBody).box.Diagonal());
+  const double radius = std::min(kMarkerPart * box.Diagonal(), kMarkerPartOfBody * smaller);
+  Document document(scene);
+  Json nodes = Json::array();
+  for (PlacedBody& body : bodies)
+    nodes.push_back(AddBody(std::move(body), origin, document));
   if (scene.answer.contact.kind != gsl_sweep::ContactKind::Inside) {
-    nodes.push_back(AddContact(scene, box.Diagonal(), document));
+    nodes.push_back(AddContact(scene, radius, origin, document));
   }
   Json root;
   root["name"] = "contact";
   root["nodes"] = std::move(nodes);
-  root["extras"] = AnswerAsJson(scene);
+  root["extras"] = AnswerAsJson(scene, origin);
   document.SetScene(std::move(root));
   document.Send(sink);
+  return origin;
 }
 
-void WriteGltfScene(const std::string& path, const ViewScene& scene, const TriangleView& atContact,
-                    bool force) {
+Coord3 WriteGltfScene(const std::string& path, const ViewScene& scene,
+                      const TriangleView& atContact, bool force) {
   gsl_mesh::OutputFile file(path, force);
+  Coord3 origin{0.0, 0.0, 0.0};
   try {
-    MakeGltfScene(scene, atContact,
-                  [&](std::string_view part) { file.Write(part.data(), part.size()); });
+    origin = MakeGltfScene(scene, atContact,
+                           [&](std::string_view part) { file.Write(part.data(), part.size()); });
   } catch (const std::range_error& error) {
     throw gsl_mesh::OutputError(path + ": " + error.what());
   } catch (const std::length_error& error) {
     throw gsl_mesh::OutputError(path + ": " + error.what());
   }
   file.Commit();
+  return origin;
 }
 
 } // namespace gsl_view

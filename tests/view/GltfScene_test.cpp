@@ -191,14 +191,61 @@ TEST(GltfScene, HoldsTheMovedBodyAndTheFixedBody) {
   EXPECT_EQ(file.json.at("asset").at("generator"), "gsl-sweep 1.2.3");
 }
 
-TEST(GltfScene, BodiesFarFromTheOriginKeepTheirShape) {
-  const double far = 1e7;
-  Sample sample(BoxCorners({far, 0, 3}, {far + 0.001, 0.001, 3.001}),
-                {BoxCorners({far - 1, -1, 0}, {far + 1, 2, 1})}, {0.0, 0.0, -1.0});
+TEST(GltfScene, ASmallBodyKeepsItsShape) {
+  Sample sample(BoxCorners({90, 0, 3}, {90.001, 0.001, 3.001}),
+                {BoxCorners({80, -1, 0}, {100, 2, 1})}, {0.0, 0.0, -1.0});
   sample.Ask();
   const Glb file(FileOf(sample.scene));
   ExpectNear(file.CornersOf(file.Node("moving.stl")),
-             BoxCorners({far, 0, 1}, {far + 0.001, 0.001, 1.001}), 1e-8);
+             BoxCorners({90, 0, 1}, {90.001, 0.001, 1.001}), 1e-10);
+}
+
+TEST(GltfScene, AMarkIsSmallBesideASmallBody) {
+  Sample sample(BoxCorners({90, 0, 3}, {90.001, 0.001, 3.001}),
+                {BoxCorners({80, -1, 0}, {100, 2, 1})}, {0.0, 0.0, -1.0});
+  sample.Ask();
+  const Glb file(FileOf(sample.scene));
+  EXPECT_NEAR(file.Node("contact point").at("scale").at(0).get<double>(),
+              0.1 * 0.001 * std::sqrt(3.0), 1e-9);
+}
+
+/// Returns what a viewer has that keeps places in single precision.
+double Rounded(const Json& number) {
+  return double{number.get<float>()};
+}
+
+TEST(GltfScene, BodiesFarFromTheOriginStayWhereTheyAreToEachOther) {
+  // Two cubes of 0.1 meet side by side; single precision at 5.4e6 has steps of 0.5.
+  const double far = 5.4e6, high = far + 0.1;
+  Sample sample(BoxCorners({far + 0.5, 1e6, 0}, {far + 0.6, 1e6 + 0.1, 0.1}),
+                {BoxCorners({far, 1e6, 0}, {high, 1e6 + 0.1, 0.1})}, {-1.0, 0.0, 0.0});
+  sample.Ask();
+  const Glb file(FileOf(sample.scene));
+  const Json& moving = file.Node("moving.stl").at("translation");
+  const Json& fixed = file.Node("fixed.stl").at("translation");
+  EXPECT_NEAR(Rounded(moving[0]) - Rounded(fixed[0]), 0.1, 1e-7);
+  EXPECT_NEAR(Rounded(moving[1]), Rounded(fixed[1]), 1e-7);
+  const Json& extras = file.json.at("scenes").at(0).at("extras");
+  for (std::size_t axis = 0; axis < 3; ++axis) {
+    const double middle[] = {far + 0.05, 1e6 + 0.05, 0.05};
+    EXPECT_NEAR(extras.at("origin")[axis].get<double>() + fixed[axis].get<double>(), middle[axis],
+                1e-9);
+    EXPECT_NEAR(file.Node("contact point").at("translation")[axis].get<double>() +
+                    extras.at("origin")[axis].get<double>(),
+                extras.at("fixed").at("point")[axis].get<double>(), 1e-9);
+  }
+}
+
+TEST(GltfScene, BodiesNearTheOriginKeepIt) {
+  // Up to 128 times the size of the scene.
+  for (const double far : {0.0, 500.0}) {
+    Sample asked(BoxCorners({far, 0, 3}, {far + 1, 1, 4}),
+                 {BoxCorners({far, 0, 0}, {far + 3, 3, 1})}, {0.0, 0.0, -1.0});
+    asked.Ask();
+    const Glb file(FileOf(asked.scene));
+    EXPECT_EQ(file.json.at("scenes").at(0).at("extras").at("origin"), Json({0.0, 0.0, 0.0}));
+    EXPECT_EQ(file.Node("fixed.stl").at("translation")[0].get<double>(), far + 1.5);
+  }
 }
 
 TEST(GltfScene, TheContactIsMarkedWithItsNormal) {
@@ -211,7 +258,7 @@ TEST(GltfScene, TheContactIsMarkedWithItsNormal) {
   const Json& marker = file.Node("contact point");
   EXPECT_EQ(PointOf(marker.at("translation")).x, point.x);
   EXPECT_EQ(PointOf(marker.at("translation")).z, 1.0);
-  // The box around both bodies is 4 by 3 by 2.
+  // The box around both bodies is 4 by 3 by 2; a tenth of the smaller body is more.
   const double radius = 0.006 * std::sqrt(16.0 + 9.0 + 4.0);
   const std::vector<double> corners = file.CornersOf(marker);
   ASSERT_FALSE(corners.empty());
@@ -310,6 +357,10 @@ TEST(GltfScene, TheAnswerReadsBackAsTheSameDoubles) {
   EXPECT_EQ(extras.at("moving").at("triangle"), sample.scene.answer.contact.movingTriangle);
   EXPECT_EQ(extras.at("fixed").at("triangle"), sample.scene.answer.contact.fixedTriangle);
   EXPECT_EQ(extras.at("direction"), Json({0.0, 0.0, -1.0}));
+  EXPECT_EQ(extras.at("status"), "contact");
+  EXPECT_EQ(extras.at("fixed_body"), 0);
+  EXPECT_EQ(extras.at("exact"), true);
+  EXPECT_EQ(extras.at("clearance"), 0.0);
 }
 
 TEST(GltfScene, TrianglesThatAreNotFiniteAreLeftOut) {
@@ -356,6 +407,31 @@ TEST(GltfScene, CoordinatesBeyondSinglePrecisionAreRefused) {
                                 ": a coordinate is too large for the single precision of glTF");
   }
   EXPECT_TRUE(folder.Names().empty());
+}
+
+TEST(GltfScene, AllCoordinatesOfSinglePrecisionFit) {
+  // The power of two above half the size is 2^128.
+  const double most = 3e38;
+  Sample sample(BoxCorners({-most, 0, 2e38}, {most, 1e38, 3e38}),
+                {BoxCorners({-most, 0, -3e38}, {most, 1e38, 0})}, {0.0, 0.0, -1.0});
+  sample.Ask();
+  const Glb file(FileOf(sample.scene));
+  ExpectNear(file.CornersOf(file.Node("fixed.stl")), BoxCorners({-most, 0, -3e38}, {most, 1e38, 0}),
+             1e32);
+  EXPECT_LT(file.Node("fixed.stl").at("scale")[0].get<double>(), 3.4e38);
+}
+
+TEST(GltfScene, BodiesTooSmallForSinglePrecisionAreRefused) {
+  const Sample sample = FallingBox(1e-39);
+  EXPECT_THROW(FileOf(sample.scene), std::range_error);
+}
+
+TEST(GltfScene, ABodyThatIsAPointIsThere) {
+  Sample sample = FallingBox();
+  const std::vector<double> point = {7, 7, 7, 7, 7, 7, 7, 7, 7};
+  sample.scene.fixed.push_back({"point.stl", ViewOf(point)});
+  const Glb file(FileOf(sample.scene));
+  EXPECT_EQ(file.CornersOf(file.Node("point.stl")), point);
 }
 
 TEST(GltfScene, AFileIsWrittenWholeAndNotReplaced) {
