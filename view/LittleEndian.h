@@ -6,17 +6,19 @@
 #include <cstdint>
 #include <cstring>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 namespace gsl_view {
 
-/// Appends the four bytes of a number, the lowest first.
+/// Appends the four or eight bytes of a number, the lowest first.
 template <class Number>
 void AppendBytes(Number number, std::string& bytes) {
-  static_assert(sizeof(Number) == 4, "numbers of 32 bits");
-  std::uint32_t bits = 0;
+  static_assert(sizeof(Number) == 4 || sizeof(Number) == 8, "numbers of 32 or 64 bits");
+  constexpr int kBits = 8 * sizeof(Number);
+  std::conditional_t<kBits == 32, std::uint32_t, std::uint64_t> bits = 0;
   std::memcpy(&bits, &number, sizeof bits);
-  for (int shift = 0; shift < 32; shift += 8)
+  for (int shift = 0; shift < kBits; shift += 8)
     bytes += static_cast<char>(bits >> shift & 0xffu);
 }
 

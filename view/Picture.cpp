@@ -18,10 +18,7 @@ using gsl_arithmetic::Multiply;
 
 namespace {
 
-// A4 landscape. The frame begins at a whole pixel of a PNG.
-constexpr double kPageWidth = 297.0, kPageHeight = 210.0;
-constexpr double kPixel = 1.0 / kPixelsPerMillimetre;
-constexpr Rect kFrame{60 * kPixel, 60 * kPixel, 1694 * kPixel, 1180 * kPixel};
+constexpr Rect kFrame = PictureFrame();
 constexpr double kBlockTop = 172.0, kMiddle = 148.0, kDetailTop = 116.0;
 constexpr Rect kIsoPanel{kFrame.left, kFrame.top, kMiddle, kBlockTop};
 constexpr Rect kSidePanel{kMiddle, kFrame.top, kFrame.right, kDetailTop};

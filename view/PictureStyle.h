@@ -3,9 +3,18 @@
 
 #include "Page.h"
 
-/// The colours and letters that the parts of a picture share. The colours of the bodies also differ
-/// as greys, so that they are told apart without colour vision.
+/// The page, the colours and the letters that the parts of a picture share. The colours of the
+/// bodies also differ as greys, so that they are told apart without colour vision.
 namespace gsl_view {
+
+// A4 landscape.
+constexpr double kPageWidth = 297.0, kPageHeight = 210.0;
+
+/// Returns the frame of a page, which begins at a whole pixel of a PNG.
+constexpr Rect PictureFrame() {
+  constexpr double kPixel = 1.0 / kPixelsPerMillimetre;
+  return {60 * kPixel, 60 * kPixel, 1694 * kPixel, 1180 * kPixel};
+}
 
 constexpr Colour kMovingColour{1.0, 0.72, 0.30};
 constexpr Colour kFixedColour{0.50, 0.60, 0.76};

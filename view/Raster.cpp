@@ -17,10 +17,6 @@ constexpr int kTones = 14;
 constexpr double kDarkest = 0.45;
 constexpr float kFar = -std::numeric_limits<float>::infinity();
 
-std::uint32_t ByteOf(double part) {
-  return static_cast<std::uint32_t>(std::lround(255.0 * std::clamp(part, 0.0, 1.0)));
-}
-
 /// Returns the number of the tone, 0 for the darkest.
 std::size_t ToneOf(const Coord3& a, const Coord3& b, const Coord3& c, const Coord3& light) {
   const Coord3 normal = Cross(Subtract(b, a), Subtract(c, a));
@@ -41,10 +37,6 @@ std::vector<std::uint32_t> TonesOf(const Colour& colour) {
 
 } // namespace
 
-std::uint32_t PixelOf(const Colour& colour) {
-  return (ByteOf(colour.red) << 16u) | (ByteOf(colour.green) << 8u) | ByteOf(colour.blue);
-}
-
 Raster::Raster(const Rect& area, double pixelsPerMillimetre)
     : m_left(area.left), m_top(area.top), m_perMillimetre(pixelsPerMillimetre),
       m_width(std::max(1, static_cast<int>(std::ceil(area.Width() * pixelsPerMillimetre)))),
@@ -57,6 +49,10 @@ Raster::Raster(const Rect& area, double pixelsPerMillimetre)
 
 Rect Raster::Area() const {
   return {m_left, m_top, m_left + m_width / m_perMillimetre, m_top + m_height / m_perMillimetre};
+}
+
+PagePoint Raster::MiddleOf(int x, int y) const {
+  return {m_left + (x + 0.5) / m_perMillimetre, m_top + (y + 0.5) / m_perMillimetre};
 }
 
 std::size_t Raster::IndexOf(int x, int y) const {

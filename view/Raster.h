@@ -1,20 +1,13 @@
 #ifndef GSL_VIEW_RASTER_H
 #define GSL_VIEW_RASTER_H
 
+#include "Colour.h"
 #include "Projection.h"
 
 #include <cstdint>
 #include <vector>
 
 namespace gsl_view {
-
-/// A colour; each part is from 0 to 1.
-struct Colour {
-  double red = 0.0, green = 0.0, blue = 0.0;
-};
-
-/// Returns the colour as 0xRRGGBB.
-std::uint32_t PixelOf(const Colour& colour);
 
 /// A part of the page as pixels, each with the depth of the nearest surface. The first row is the
 /// upper one.
@@ -28,6 +21,10 @@ public:
   const std::vector<std::uint32_t>& Pixels() const { return m_pixels; }
   /// Returns the part of the page that the whole pixels cover.
   Rect Area() const;
+  /// Returns the middle of a pixel, on the page.
+  PagePoint MiddleOf(int x, int y) const;
+  /// Colours a pixel, which gets no depth.
+  void SetPixel(int x, int y, std::uint32_t pixel) { m_pixels[IndexOf(x, y)] = pixel; }
 
   /// Draws triangles, each in one tone of its colour: a triangle that faces the viewer is bright,
   /// and one that is nearly edge-on is dark. Both sides of a triangle look the same. `isMarked` may

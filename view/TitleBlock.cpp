@@ -65,14 +65,14 @@ std::string FittedBody(Page& page, const ViewBody& body, double width) {
   return page.Fitted(name, width - page.WidthOf(count, kValue), kValue) + count;
 }
 
-void DrawFiles(Page& page, const ViewScene& scene, const Rect& area) {
+void DrawFiles(Page& page, const ViewScene& scene, const Rect& area, bool showsBodies) {
   constexpr double kLabelWidth = 21.0;
   const double width = area.Width() - kLabelWidth;
   Column column(page, area, kLabelWidth);
   column.Write("moving", FittedBody(page, scene.moving, width));
-  column.Swatch(kMovingColour);
-  const bool touches =
-      scene.answer.status == SweepStatus::Contact || scene.answer.status == SweepStatus::Start;
+  if (showsBodies) column.Swatch(kMovingColour);
+  const bool touches = showsBodies && (scene.answer.status == SweepStatus::Contact ||
+                                       scene.answer.status == SweepStatus::Start);
   // The body that is met comes first.
   std::vector<std::size_t> order(scene.fixed.size());
   for (std::size_t k = 0; k < order.size(); ++k)
@@ -88,23 +88,10 @@ void DrawFiles(Page& page, const ViewScene& scene, const Rect& area) {
     column.Write(k == 0 ? "fixed" : "",
                  (isMet ? "met: " : "") +
                      FittedBody(page, scene.fixed[order[k]], width - (isMet ? 9.0 : 0.0)));
-    if (k == 0) column.Swatch(kFixedColour);
+    if (k == 0 && showsBodies) column.Swatch(kFixedColour);
   }
   if (areTooMany)
     column.Write("", "and " + std::to_string(order.size() - shown) + " more fixed bodies");
-}
-
-/// Returns what was asked, apart from the direction.
-std::string AskedText(const ViewScene& scene) {
-  std::string text = scene.last ? "last contact" : "first contact";
-  if (scene.question.clearance > 0.0) text = "within " + ShortNumber(scene.question.clearance);
-  if (scene.question.rule == Rule::Solid) text += " of solids";
-  if (scene.question.rule == Rule::NotLeaving) text += ", leaving allowed";
-  if (scene.question.oneSided) text += ", one-sided";
-  if (std::isfinite(scene.question.maxDistance)) {
-    text += ", up to " + ShortNumber(scene.question.maxDistance);
-  }
-  return text;
 }
 
 std::string TravelText(const Answer& answer) {
@@ -134,6 +121,18 @@ std::string HeadlineOf(const ViewScene& scene) {
   return (isNear ? "Not w" + within : std::string("No contact")) + limit;
 }
 
+std::string AskedText(const ViewScene& scene) {
+  std::string text = scene.last ? "last contact" : "first contact";
+  if (scene.question.clearance > 0.0) text = "within " + ShortNumber(scene.question.clearance);
+  if (scene.question.rule == Rule::Solid) text += " of solids";
+  if (scene.question.rule == Rule::NotLeaving) text += ", leaving allowed";
+  if (scene.question.oneSided) text += ", one-sided";
+  if (std::isfinite(scene.question.maxDistance)) {
+    text += ", up to " + ShortNumber(scene.question.maxDistance);
+  }
+  return text;
+}
+
 std::string KindInWords(const ViewScene& scene) {
   const Answer& answer = scene.answer;
   if (answer.status != SweepStatus::Contact && answer.status != SweepStatus::Start) return "none";
@@ -145,28 +144,38 @@ std::string KindInWords(const ViewScene& scene) {
   return words.replace(words.find('-'), 1, scene.question.clearance > 0.0 ? " to " : " on ");
 }
 
-void DrawTitleBlock(Page& page, const ViewScene& scene, const Rect& block,
-                    const std::string& note) {
+void DrawTitleBlock(Page& page, const ViewScene& scene, const Rect& block, const TitleTexts& texts,
+                    bool showsBodies) {
   const double second = block.left + 0.44 * block.Width();
   const double third = block.left + 0.80 * block.Width();
   page.DrawBox(block, {0.35, kInk});
   for (const double x : {second, third})
     page.DrawLine({x, block.top}, {x, block.bottom}, {0.25, kInk});
-  DrawFiles(page, scene, {block.left + 2.5, block.top, second - 2.0, block.bottom});
+  DrawFiles(page, scene, {block.left + 2.5, block.top, second - 2.0, block.bottom}, showsBodies);
   Column answer(page, {second + 2.5, block.top, third - 2.0, block.bottom}, 19.0);
-  answer.Write("direction", ShortVector(scene.answer.unitDirection));
-  answer.Write("travel", TravelText(scene.answer), {3.0, Align::Left, true, kInk});
-  answer.Write("kind", KindInWords(scene));
-  answer.Write("asked", AskedText(scene));
+  for (const TitleRow& row : texts.rows)
+    answer.Write(row.label, row.value, {3.0, Align::Left, row.isBold, kInk});
   if (!scene.changes.empty()) answer.Write("moving", DrawableText(scene.changes));
   const Rect right{third + 2.5, block.top, block.right - 2.0, block.bottom};
   Column tool(page, right, 0.0);
   tool.Write("", "gsl-sweep " + DrawableText(scene.toolVersion), {3.6, Align::Left, true, kInk});
   tool.Write("", "lengths in the unit of the files", kLabel);
-  if (scene.answer.errorBound > 0.0) {
-    tool.Write("", "off by at most " + ShortNumber(scene.answer.errorBound), kLabel);
+  if (texts.errorBound > 0.0) {
+    tool.Write("", "off by at most " + ShortNumber(texts.errorBound), kLabel);
   }
-  if (!note.empty()) tool.Write("", note, kLabel);
+  if (!texts.note.empty()) tool.Write("", texts.note, kLabel);
+}
+
+void DrawTitleBlock(Page& page, const ViewScene& scene, const Rect& block,
+                    const std::string& note) {
+  TitleTexts texts;
+  texts.rows = {{"direction", ShortVector(scene.answer.unitDirection)},
+                {"travel", TravelText(scene.answer), true},
+                {"kind", KindInWords(scene)},
+                {"asked", AskedText(scene)}};
+  texts.errorBound = scene.answer.errorBound;
+  texts.note = note;
+  DrawTitleBlock(page, scene, block, texts, true);
 }
 
 } // namespace gsl_view

@@ -6,11 +6,15 @@
 #include "OutputFile.h"
 #include "PageBody.h"
 #include "PageParts.h"
+#include "PageSphere.h"
+#include "SphereTally.h"
+#include "TravelScale.h"
 
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
 #include <cmath>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -62,7 +66,7 @@ void OpenBlock(const std::string& id, const PageSink& sink) {
   sink("<script type=\"text/plain\" id=\"" + id + "\">\n");
 }
 
-/// Writes 32-bit numbers, little-endian, in a block.
+/// Writes numbers of 32 or 64 bits, little-endian, in a block.
 template <class Number>
 void WriteBlock(const std::string& id, const std::vector<Number>& numbers, const PageSink& sink) {
   OpenBlock(id, sink);
@@ -100,15 +104,25 @@ Marks MarksOf(const ViewScene& scene, const PageBody& body, const std::size_t* f
   return marks;
 }
 
+/// Returns the numbers of the triangles that are not drawn, from the lowest on.
+std::vector<std::uint32_t> LeftOutOf(const PageBody& body) {
+  std::vector<std::uint32_t> leftOut;
+  for (std::size_t k = 0; k < body.numbers.size(); ++k) {
+    if (body.numbers[k] == PageBody::kLeftOut) leftOut.push_back(static_cast<std::uint32_t>(k));
+  }
+  return leftOut;
+}
+
 /// Writes the surface of a body and what is marked on it, and returns its description.
 Json WriteBody(const ViewScene& scene, const ViewBody& shown, const std::string& id,
-               const std::size_t* fixedBody, const std::size_t* triangle, const PageSink& sink) {
+               const std::size_t* fixedBody, const PageSink& sink) {
   const PageBody body = PageBody::Of(shown.triangles);
   WriteBlock(id + "-vertices", body.vertices, sink);
   WriteBlock(id + "-triangles", body.triangles, sink);
   const Marks marks = MarksOf(scene, body, fixedBody);
   WriteBlock(id + "-patch", marks.triangles, sink);
   WriteBlock(id + "-points", marks.points, sink);
+  WriteBlock(id + "-left-out", LeftOutOf(body), sink);
   Json json;
   json["id"] = id;
   json["name"] = shown.name;
@@ -116,8 +130,6 @@ Json WriteBody(const ViewScene& scene, const ViewBody& shown, const std::string&
   json["drawn"] = body.TriangleCount();
   json["centre"] = JsonOf(body.centre);
   json["scale"] = body.scale;
-  // The number among the triangles that are drawn.
-  json["touched"] = triangle != nullptr ? Json(body.NumberOf(*triangle)) : Json();
   return json;
 }
 
@@ -167,6 +179,52 @@ Json PatchAsJson(const ViewScene& scene) {
   return json;
 }
 
+Json NumberOf(const std::optional<std::size_t>& k) {
+  return k ? Json(*k) : Json();
+}
+
+std::string HexOf(const Colour& colour) {
+  constexpr char kDigits[] = "0123456789abcdef";
+  std::string text = "#";
+  const std::uint32_t pixel = PixelOf(colour);
+  for (int shift = 20; shift >= 0; shift -= 4)
+    text += kDigits[pixel >> shift & 15u];
+  return text;
+}
+
+/// Writes the answers of a sphere, and returns their description.
+Json WriteSphere(const std::vector<Answer>& answers, const PageSink& sink) {
+  const PageSphere sphere = PageSphere::Of(answers);
+  WriteBlock("sphere-directions", sphere.directions, sink);
+  WriteBlock("sphere-codes", sphere.codes, sink);
+  WriteBlock("sphere-contacts", sphere.contacts, sink);
+  WriteBlock("sphere-triangles", sphere.triangles, sink);
+  const SphereTally tally = TallyOf(answers);
+  Json json;
+  json["free"] = tally.free;
+  json["contact"] = tally.contact;
+  json["start"] = tally.start;
+  json["least"] = NumberOf(tally.least);
+  json["greatest"] = NumberOf(tally.greatest);
+  json["shown"] = tally.ShownFirst();
+  json["statuses"] = Json::array();
+  for (const SweepStatus status : PageSphere::kStatuses)
+    json["statuses"].push_back(StatusName(status));
+  json["kinds"] = Json::array();
+  for (const ContactKind kind : PageSphere::kKinds)
+    json["kinds"].push_back(KindName(kind));
+  const TravelScale scale = TravelScale::Of(TravelsOf(answers));
+  json["scale"] = {{"low", scale.low}, {"high", scale.high}, {"cut", scale.isCut}};
+  json["scale"]["logarithmic"] = scale.isLogarithmic;
+  json["scale"]["ticks"] = scale.Ticks();
+  json["colours"] = Json::array();
+  for (const Colour& colour : kTravelColours)
+    json["colours"].push_back(HexOf(colour));
+  json["start_colours"] = {HexOf(kStartColour), HexOf(kStartDots)};
+  json["free_colours"] = {HexOf(kFreeColour), HexOf(kFreeStripes)};
+  return json;
+}
+
 void WriteHead(const PageSink& sink) {
   sink("<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n"
        "<meta http-equiv=\"Content-Security-Policy\" content=\"default-src 'none'; script-src ");
@@ -180,26 +238,21 @@ void WriteHead(const PageSink& sink) {
   Send(PageMarkup(), sink);
 }
 
-} // namespace
-
-void MakeViewerPage(const ViewScene& scene, const PageSink& sink) {
+/// Makes the page of one answer, or of many.
+void MakePage(const ViewScene& scene, const std::vector<Answer>* answers, const PageSink& sink) {
   WriteHead(sink);
-  const Contact& contact = scene.answer.contact;
-  const ContactPlaces places = PlacesOf(scene.answer);
   Json json;
   json["changes"] = scene.changes;
   json["version"] = scene.toolVersion;
   json["question"] = QuestionAsJson(scene);
   json["answer"] = AnswerAsJson(scene.answer);
   json["patch"] = PatchAsJson(scene);
-  json["moving"] = WriteBody(scene, scene.moving, "moving", nullptr,
-                             places.moving ? &contact.movingTriangle : nullptr, sink);
+  json["sphere"] = answers != nullptr ? WriteSphere(*answers, sink) : Json();
+  json["moving"] = WriteBody(scene, scene.moving, "moving", nullptr, sink);
   json["fixed"] = Json::array();
-  for (std::size_t k = 0; k < scene.fixed.size(); ++k) {
-    const bool isMet = places.fixed && contact.fixedBody == k;
-    json["fixed"].push_back(WriteBody(scene, scene.fixed[k], "fixed-" + std::to_string(k), &k,
-                                      isMet ? &contact.fixedTriangle : nullptr, sink));
-  }
+  for (std::size_t k = 0; k < scene.fixed.size(); ++k)
+    json["fixed"].push_back(
+        WriteBody(scene, scene.fixed[k], "fixed-" + std::to_string(k), &k, sink));
   OpenBlock("scene", sink);
   sink(TextOf(json));
   sink("\n</script>\n<script>");
@@ -207,7 +260,9 @@ void MakeViewerPage(const ViewScene& scene, const PageSink& sink) {
   sink("</script>\n</body>\n</html>\n");
 }
 
-void WriteViewerPage(const std::string& path, const ViewScene& scene, bool force) {
+/// Writes to a file what a maker of a page sends.
+template <class Maker>
+void WritePage(const std::string& path, bool force, const Maker& make) {
   gsl_mesh::OutputFile file(path, force);
   std::string kept;
   constexpr std::size_t kBlock = 1 << 16;
@@ -215,12 +270,32 @@ void WriteViewerPage(const std::string& path, const ViewScene& scene, bool force
     file.Write(kept.data(), kept.size());
     kept.clear();
   };
-  MakeViewerPage(scene, [&](std::string_view part) {
+  make([&](std::string_view part) {
     kept += part;
     if (kept.size() >= kBlock) send();
   });
   send();
   file.Commit();
+}
+
+} // namespace
+
+void MakeViewerPage(const ViewScene& scene, const PageSink& sink) {
+  MakePage(scene, nullptr, sink);
+}
+
+void MakeSpherePage(const ViewScene& scene, const std::vector<Answer>& answers,
+                    const PageSink& sink) {
+  MakePage(scene, &answers, sink);
+}
+
+void WriteViewerPage(const std::string& path, const ViewScene& scene, bool force) {
+  WritePage(path, force, [&](const PageSink& sink) { MakeViewerPage(scene, sink); });
+}
+
+void WriteSpherePage(const std::string& path, const ViewScene& scene,
+                     const std::vector<Answer>& answers, bool force) {
+  WritePage(path, force, [&](const PageSink& sink) { MakeSpherePage(scene, answers, sink); });
 }
 
 } // namespace gsl_view

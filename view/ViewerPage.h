@@ -5,6 +5,7 @@
 #include "ViewScene.h"
 
 #include <string>
+#include <vector>
 
 namespace gsl_view {
 
@@ -17,9 +18,17 @@ namespace gsl_view {
 /// Same bytes for the same scene.
 void MakeViewerPage(const ViewScene& scene, const PageSink& sink);
 
-/// Writes the page to a file, which appears whole or not at all. Throws gsl_mesh::OutputError, also
+/// Makes the same page with a sphere of many answers, of which it shows one after the other. The
+/// answer of the scene is the first that is shown; it is the answer of SphereTally::ShownFirst.
+/// Requires at least one answer.
+void MakeSpherePage(const ViewScene& scene, const std::vector<gsl_sweep::Answer>& answers,
+                    const PageSink& sink);
+
+/// Writes a page to a file, which appears whole or not at all. Throws gsl_mesh::OutputError, also
 /// for a file that exists, unless `force` is set.
 void WriteViewerPage(const std::string& path, const ViewScene& scene, bool force);
+void WriteSpherePage(const std::string& path, const ViewScene& scene,
+                     const std::vector<gsl_sweep::Answer>& answers, bool force);
 
 } // namespace gsl_view
 

@@ -2,14 +2,12 @@
 
 #include "MeshRead.h"
 #include "PageFiles.h"
+#include "PngFiles.h"
 #include "TestScale.h"
 #include "ViewSamples.h"
 
-#include <cairo.h>
-
 #include <cmath>
 #include <cstdlib>
-#include <cstring>
 
 using namespace gsl_view;
 using namespace view_samples;
@@ -18,28 +16,6 @@ using namespace page_files;
 namespace {
 
 constexpr PictureFormat formats[] = {PictureFormat::Svg, PictureFormat::Png, PictureFormat::Pdf};
-
-/// Reads the pixels of a PNG.
-Image ReadPng(const std::string& png) {
-  const TemporaryFolder folder;
-  cairo_surface_t* const surface =
-      cairo_image_surface_create_from_png(folder.Write("page.png", png).c_str());
-  Image image;
-  image.width = static_cast<std::size_t>(cairo_image_surface_get_width(surface));
-  image.height = static_cast<std::size_t>(cairo_image_surface_get_height(surface));
-  const unsigned char* const data = cairo_image_surface_get_data(surface);
-  const auto stride = static_cast<std::size_t>(cairo_image_surface_get_stride(surface));
-  for (std::size_t y = 0; y < image.height; ++y) {
-    for (std::size_t x = 0; x < image.width; ++x) {
-      std::uint32_t pixel = 0;
-      std::memcpy(&pixel, data + y * stride + 4 * x, sizeof pixel);
-      for (const unsigned shift : {16u, 8u, 0u})
-        image.bytes.push_back(static_cast<char>((pixel >> shift) & 0xFFu));
-    }
-  }
-  cairo_surface_destroy(surface);
-  return image;
-}
 
 /// Returns the mean brightness of each square of 16 by 16 pixels.
 std::vector<double> Coarse(const Image& image) {

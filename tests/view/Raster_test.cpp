@@ -41,7 +41,15 @@ TEST(Raster, HasTheSizeOfItsArea) {
   EXPECT_EQ(raster.Height(), 40);
   EXPECT_EQ(raster.Area().right, 30.0);
   EXPECT_EQ(CountOther(raster, 0xFFFFFFu), 0u);
-  EXPECT_EQ(PixelOf({1.0, 0.5, 0.0}), 0xFF8000u);
+}
+
+TEST(Raster, PixelsAreColouredOneByOne) {
+  Raster raster(area, 2.0);
+  EXPECT_EQ(raster.MiddleOf(0, 0).x, 10.25);
+  EXPECT_EQ(raster.MiddleOf(3, 39).y, 39.75);
+  raster.SetPixel(3, 39, 0x123456u);
+  EXPECT_EQ(PixelAt(raster, 3, 39), 0x123456u);
+  EXPECT_EQ(CountOther(raster, 0xFFFFFFu), 1u);
 }
 
 TEST(Raster, FillsThePixelsWhoseCentresAreInside) {

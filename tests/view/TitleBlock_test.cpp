@@ -124,3 +124,22 @@ TEST(TitleBlock, SaysWhatWasAsked) {
   ExpectHas(BlockOf(scene), "grown by 0.5, posed");
   ExpectHas(BlockOf(scene), "at most 0.125");
 }
+
+TEST(TitleBlock, ManyAnswersHaveRowsOfTheirOwn) {
+  Sample sample(BoxCorners({0, 0, 3}, {1, 1, 4}),
+                {BoxCorners({0, 0, -9}, {1, 1, -8}), BoxCorners({-1, -1, 0}, {3, 2, 1})},
+                {0, 0, -1});
+  sample.Ask();
+  sample.scene.changes = "posed";
+  Page page(PictureFormat::Pdf, 297.0, 60.0);
+  TitleTexts texts;
+  texts.rows = {{"directions", "9, evenly spread"}, {"least", "1.5", true}};
+  texts.errorBound = 0.25;
+  DrawTitleBlock(page, sample.scene, {10, 10, 287, 40}, texts, false);
+  const std::string text = TextOf(page.Finish());
+  for (const char* words : {"moving.stl", "directions", "9, evenly spread", "least", "1.5", "posed",
+                            "off by at most 0.25", "gsl-sweep 1.2.3"})
+    ExpectHas(text, words);
+  EXPECT_EQ(text.find("met:"), std::string::npos);
+  EXPECT_EQ(text.find("vertex"), std::string::npos);
+}

@@ -4,6 +4,7 @@
 #include "ViewScene.h"
 
 #include <algorithm>
+#include <cmath>
 #include <deque>
 #include <string>
 #include <utility>
@@ -15,6 +16,18 @@ namespace view_samples {
 using gsl_arithmetic::Coord3;
 using gsl_sweep::TriangleView;
 using gsl_view::ViewScene;
+
+/// Directions that are spread evenly over the sphere, on a spiral from the top down.
+inline std::vector<Coord3> SpiralDirections(std::size_t count) {
+  std::vector<Coord3> directions;
+  for (std::size_t k = 0; k < count; ++k) {
+    const double z = 1.0 - (2.0 * static_cast<double>(k) + 1.0) / static_cast<double>(count);
+    const double around = 2.399963229728653 * static_cast<double>(k);
+    const double radius = std::sqrt(1.0 - z * z);
+    directions.push_back({radius * std::cos(around), radius * std::sin(around), z});
+  }
+  return directions;
+}
 
 /// The nine numbers of each triangle of a box.
 inline std::vector<double> BoxCorners(const Coord3& low, const Coord3& high) {

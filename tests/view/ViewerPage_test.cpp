@@ -77,7 +77,7 @@ Json SceneOf(const std::string& page) {
   return Json::parse(Block(page, "scene"));
 }
 
-/// Returns 32-bit numbers, decoded by a table.
+/// Returns numbers, decoded by a table.
 template <class Number>
 std::vector<Number> NumbersOf(const std::string& page, const std::string& id) {
   const std::string digits = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
@@ -92,8 +92,8 @@ std::vector<Number> NumbersOf(const std::string& page, const std::string& id) {
     count -= 8;
     bytes += static_cast<char>(bits >> count & 255u);
   }
-  std::vector<Number> numbers(bytes.size() / 4);
-  if (!numbers.empty()) std::memcpy(numbers.data(), bytes.data(), 4 * numbers.size());
+  std::vector<Number> numbers(bytes.size() / sizeof(Number));
+  if (!numbers.empty()) std::memcpy(numbers.data(), bytes.data(), bytes.size());
   return numbers;
 }
 
@@ -135,9 +135,7 @@ TEST(ViewerPage, HoldsTheNumbersOfTheAnswer) {
   EXPECT_EQ(answer.at("fixed"), Json({{"triangle", 0}, {"point", {1.0, 0.0, 0.0}}}));
   EXPECT_EQ(answer.at("fixed_body"), 1);
   EXPECT_EQ(scene.at("moving").at("name"), "bolt.stl");
-  EXPECT_EQ(scene.at("moving").at("touched"), 1);
-  EXPECT_TRUE(scene.at("fixed")[0].at("touched").is_null());
-  EXPECT_EQ(scene.at("fixed")[1].at("touched"), 0);
+  EXPECT_TRUE(scene.at("sphere").is_null());
   EXPECT_TRUE(scene.at("patch").is_null());
   EXPECT_TRUE(scene.at("question").at("max_distance").is_null());
   EXPECT_EQ(scene.at("question").at("rule"), "touch");
@@ -152,8 +150,6 @@ TEST(ViewerPage, WithoutAContactNothingIsTouched) {
        {"travel", "kind", "normal", "moving", "fixed", "fixed_body", "error_bound"})
     EXPECT_TRUE(scene.at("answer").at(key).is_null()) << key;
   EXPECT_EQ(scene.at("answer").at("status"), "none");
-  EXPECT_TRUE(scene.at("moving").at("touched").is_null());
-  EXPECT_TRUE(scene.at("fixed")[1].at("touched").is_null());
   EXPECT_EQ(scene.at("question").at("max_distance"), 12.5);
 }
 
@@ -167,8 +163,6 @@ TEST(ViewerPage, TheBodyAroundTheOtherHasNoPlace) {
     const Json scene = SceneOf(PageOf(shown));
     EXPECT_EQ(scene.at("answer").at("moving").is_null(), !movingIsInside);
     EXPECT_EQ(scene.at("answer").at("fixed").is_null(), movingIsInside);
-    EXPECT_EQ(scene.at("moving").at("touched").is_null(), !movingIsInside);
-    EXPECT_EQ(scene.at("fixed")[1].at("touched").is_null(), movingIsInside);
     EXPECT_TRUE(scene.at("answer").at("normal").is_null());
   }
 }
@@ -223,9 +217,66 @@ TEST(ViewerPage, NumbersOfTrianglesSkipThoseThatAreNotDrawn) {
   const Json scene = SceneOf(page);
   EXPECT_EQ(scene.at("moving").at("triangles"), 2);
   EXPECT_EQ(scene.at("moving").at("drawn"), 1);
-  EXPECT_EQ(scene.at("moving").at("touched"), 0);
   EXPECT_EQ(scene.at("answer").at("moving").at("triangle"), 1); // as the file counts
+  EXPECT_EQ(NumbersOf<std::uint32_t>(page, "moving-left-out"), (std::vector<std::uint32_t>{0}));
+  EXPECT_TRUE(NumbersOf<std::uint32_t>(page, "fixed-1-left-out").empty());
   EXPECT_EQ(NumbersOf<std::uint32_t>(page, "moving-patch"), (std::vector<std::uint32_t>{0}));
+}
+
+/// Three answers, of which the second is that of the sample.
+std::vector<gsl_sweep::Answer> Answers() {
+  std::vector<gsl_sweep::Answer> answers(3, Sample().answer);
+  answers[0].status = SweepStatus::None;
+  answers[0].unitDirection = {1.0, 0.0, 0.0};
+  answers[2].status = SweepStatus::Start;
+  answers[2].unitDirection = {0.0, 0.6, 0.8};
+  answers[2].contact.travel = 0.0;
+  return answers;
+}
+
+std::string SpherePage(const std::vector<gsl_sweep::Answer>& answers) {
+  std::string page;
+  gsl_view::MakeSpherePage(Sample(), answers, [&](std::string_view part) { page += part; });
+  return page;
+}
+
+TEST(ViewerPage, HoldsTheAnswersOfASphere) {
+  const std::string page = SpherePage(Answers());
+  const Json scene = SceneOf(page);
+  const Json& sphere = scene.at("sphere");
+  EXPECT_EQ(sphere.at("free"), 1);
+  EXPECT_EQ(sphere.at("contact"), 1);
+  EXPECT_EQ(sphere.at("start"), 1);
+  EXPECT_EQ(sphere.at("least"), 1);
+  EXPECT_EQ(sphere.at("greatest"), 1);
+  EXPECT_EQ(sphere.at("shown"), 1);
+  EXPECT_EQ(sphere.at("statuses"), Json({"none", "contact", "start"}));
+  EXPECT_EQ(sphere.at("kinds")[3], "vertex-face");
+  EXPECT_EQ(sphere.at("kinds").size(), 8u);
+  EXPECT_EQ(sphere.at("colours").size(), 9u);
+  EXPECT_EQ(sphere.at("colours")[0], "#01336e"); // 0.004, 0.2 and 0.431 of 255
+  EXPECT_EQ(sphere.at("free_colours")[0], "#ffffff");
+  EXPECT_EQ(sphere.at("scale").at("low").get<double>(), 0.1 + 0.2);
+  EXPECT_EQ(sphere.at("scale").at("logarithmic"), false);
+  EXPECT_EQ(NumbersOf<double>(page, "sphere-directions"),
+            (std::vector<double>{1.0, 0.0, 0.0, 0.0, 0.0, -1.0, 0.0, 0.6, 0.8}));
+  EXPECT_EQ(NumbersOf<std::uint32_t>(page, "sphere-codes").size(), 3u);
+  const auto contacts = NumbersOf<double>(page, "sphere-contacts");
+  ASSERT_EQ(contacts.size(), 22u);
+  EXPECT_EQ(contacts[0], 0.1 + 0.2); // the same double
+  EXPECT_EQ(NumbersOf<std::uint32_t>(page, "sphere-triangles"),
+            (std::vector<std::uint32_t>{1, 0, 1, 1, 0, 1}));
+  EXPECT_EQ(scene.at("answer").at("travel").get<double>(), 0.1 + 0.2);
+}
+
+TEST(ViewerPage, ASphereTakesFewBytesForEachAnswer) {
+  const std::size_t count = 3000;
+  std::vector<gsl_sweep::Answer> answers(count, Answers()[1]);
+  EXPECT_EQ(SpherePage(answers), SpherePage(answers));
+  // A direction and a code take 28 bytes, a contact 100; 4/3 for base64.
+  const double more =
+      static_cast<double>(SpherePage(answers).size() - SpherePage({answers[0]}).size());
+  EXPECT_NEAR(more, count * 128.0 * 4.0 / 3.0, 0.01 * count * 128.0);
 }
 
 TEST(ViewerPage, NamesCannotEndTheirBlock) {
@@ -299,6 +350,9 @@ TEST(ViewerPage, AFileAppearsWholeAndIsNotReplacedUnasked) {
   EXPECT_EQ(BytesOf(path), PageOf(Sample()));
   gsl_view::WriteViewerPage(path, other, true);
   EXPECT_EQ(BytesOf(path), PageOf(other));
+  EXPECT_THROW(gsl_view::WriteSpherePage(path, other, Answers(), false), gsl_mesh::OutputError);
+  gsl_view::WriteSpherePage(path, Sample(), Answers(), true);
+  EXPECT_EQ(BytesOf(path), SpherePage(Answers()));
 }
 
 } // namespace

@@ -6,6 +6,7 @@ usage: page_test.py GSL_SWEEP EXAMPLE_MESHES PICTURES
 PICTURES is a folder for pictures of the pages. GSL_MESH_DIR names a folder of real meshes, if there is one.
 """
 
+import json
 import os
 import pathlib
 import subprocess
@@ -183,6 +184,236 @@ class Page(unittest.TestCase):
             self.assertIn(line, lines)
         self.assertTrue(any(line.startswith("version: ") for line in lines))
 
+    def answers(self, arguments, folder=MESHES):
+        """Returns the document of the same question, as the program writes it."""
+        done = subprocess.run([SWEEP, *arguments.split(), "--json", "-"], cwd=folder, capture_output=True)
+        return json.loads(done.stdout)
+
+    def chosen(self):
+        return int(self.browser.run("document.documentElement.dataset.direction"))
+
+    def place_of(self, direction):
+        """Returns where a direction is on the sphere, in the page, and whether it is on the front."""
+        return self.browser.run(
+            f"(([right, up, front]) => {{ const canvas = document.getElementById('sphere');"
+            f" const box = canvas.getBoundingClientRect(); const radius = 0.5 * (box.width - 36);"
+            f" return [box.x + box.width / 2 + radius * right, box.y + box.height / 2 - radius * up, front]; }})"
+            f"(document.getElementById('sphere').dataset.axes.split(';').map((axis) => axis.split(',').map(Number))"
+            f".map((axis) => axis.reduce((sum, number, k) => sum + number * {list(direction)}[k], 0)))")
+
+    def click(self, x, y):
+        for kind in ("mousePressed", "mouseReleased"):
+            self.browser.call("Input.dispatchMouseEvent", type=kind, x=x, y=y, button="left", buttons=1, clickCount=1)
+        self.browser.settle()
+
+    def sphere_pixels(self):
+        """Returns the pixels of the sphere as the canvas has them."""
+        return self.browser.run("(c => [...c.getContext('2d').getImageData(0, 0, c.width, c.height).data])"
+                                "(document.getElementById('sphere'))")
+
+    def assert_shows(self, answer, number, count):
+        """Checks that the page shows an answer: its number, its travel, the slider and the table."""
+        self.assertEqual(self.chosen(), number)
+        touches = answer["status"] != "none"
+        rows = dict(self.browser.run(
+            "[...document.querySelectorAll('#numbers tr')].map((row) => [row.firstChild.textContent, "
+            "[...row.lastChild.children].map((line) => line.textContent)])"))
+        self.assertEqual(rows["status"], [answer["status"]])
+        self.assertEqual(float(rows["travel"][0]) if touches else rows["travel"][0],
+                         answer["travel"] if touches else "none")
+        self.assertEqual([float(number) for number in rows["direction"][0].strip("()").split(", ")],
+                         answer["direction"])
+        self.assertEqual("kind" in rows, touches)
+        if touches:
+            self.assertEqual(rows["kind"], [answer["kind"]])
+            self.assertIn(f"triangle {answer['moving']['triangle']} of ", rows["moving"][1])
+            self.assertIn(f"triangle {answer['fixed']['triangle']} of ", rows["fixed"][1])
+            self.assertEqual(self.travel(), answer["travel"])
+        else:
+            self.assertEqual(self.travel(), 0)
+        about = self.browser.run("(c => [c.getAttribute('aria-valuenow'), c.getAttribute('aria-valuetext')])"
+                                 "(document.getElementById('sphere'))")
+        self.assertEqual(about[0], str(number + 1))
+        self.assertTrue(about[1].startswith(f"direction {number + 1} of {count}, ("), about)
+
+    def test_a_click_on_the_sphere_chooses_the_direction(self):
+        question = "bolt.stl bracket.stl --sphere 400"
+        told = self.answers(question)
+        self.sweep(question, name="sphere")
+        answers = told["answers"]
+        self.assert_shows(answers[told["greatest"]], told["greatest"], 400)
+        (PICTURES / "sphere.png").write_bytes(self.browser.picture())
+        # Directions of both kinds, well on the front.
+        front = [k for k, answer in enumerate(answers) if self.place_of(answer["direction"])[2] > 0.4]
+        touching = [k for k in front if answers[k]["status"] == "contact" and k != told["greatest"]]
+        free = [k for k in front if answers[k]["status"] == "none"]
+        self.assertTrue(touching and free)
+        before, sphere = self.canvas(), self.sphere_pixels()
+        for number in (touching[0], free[0], touching[-1]):
+            x, y, _ = self.place_of(answers[number]["direction"])
+            self.click(x, y)
+            self.assert_shows(answers[number], number, 400)
+            self.assertNotEqual(after := self.canvas(), before)
+            self.assertNotEqual(ring := self.sphere_pixels(), sphere)
+            self.assert_both_bodies(after)
+            before, sphere = after, ring
+        # Beside the sphere nothing is chosen.
+        box = self.browser.run("(({x, y}) => [x, y])(document.getElementById('sphere').getBoundingClientRect())")
+        self.click(box[0] + 6, box[1] + 6)
+        self.assertEqual(self.chosen(), touching[-1])
+
+    def test_the_body_is_at_the_contact_of_the_chosen_direction(self):
+        # The small box is 4 above a wide plate.
+        write_box(self.folder / "above.obj", (0.0, 0.0, 5.0), (1.0, 1.0, 6.0))
+        write_box(self.folder / "below.obj", (-9.0, -9.0, 0.0), (9.0, 9.0, 1.0))
+        self.sweep(f"{self.folder / 'above.obj'} {self.folder / 'below.obj'} --sphere 20", name="boxes")
+        self.focus("sphere")
+        self.browser.key("Home")  # the last direction, nearly down
+        self.assertEqual(self.chosen(), 19)
+        self.assertAlmostEqual(self.travel(), 4 / 0.95)
+        end = self.row_of_moving()
+        self.focus("travel")
+        self.browser.key("Home")
+        self.assertLess(start := self.row_of_moving(), end - 10)
+        self.browser.key("End")
+        self.assertAlmostEqual(self.row_of_moving(), end, delta=0.5)
+        self.focus("sphere")
+        self.browser.key("PageDown")  # another direction down: it is at that contact
+        self.assertGreater(self.travel(), 4 / 0.95)
+        self.assertEqual(self.text("play"), "Play")
+        self.assertEqual(self.browser.run("document.getElementById('travel').value"), "1000")
+        self.browser.key("Home")
+        self.browser.key("PageUp")  # the first direction, up: it is free, and starts where it is
+        self.assertEqual((self.chosen(), self.travel()), (0, 0))
+        self.assertGreater(start, 0)
+
+    def test_keys_choose_directions_on_the_sphere(self):
+        question = "bolt.stl bracket.stl --sphere 400"
+        told = self.answers(question)
+        answers = told["answers"]
+        self.sweep(question)
+        self.focus("sphere")
+        for key in ("ArrowLeft", "ArrowUp", "ArrowRight", "ArrowDown"):
+            before = self.chosen()
+            from_x, from_y, _ = self.place_of(answers[before]["direction"])
+            self.browser.key(key)
+            number = self.chosen()
+            self.assert_shows(answers[number], number, 400)
+            near = sum(a * b for a, b in zip(answers[before]["direction"], answers[number]["direction"]))
+            self.assertGreater(near, 0.95, key)  # a neighbour: 400 directions are about 0.18 apart
+            self.assertLess(near, 0.999)
+        for key, number in (("Home", told["least"]), ("PageUp", told["least"] + 1), ("PageDown", told["least"]),
+                            ("End", told["greatest"])):
+            self.browser.key(key)
+            self.assert_shows(answers[number], number, 400)
+            self.assertGreater(self.place_of(answers[number]["direction"])[2], 0, "its half is shown")
+        # Many steps up end at the pole, and the half with the direction is always shown.
+        halves = set()
+        for _ in range(40):
+            self.browser.key("ArrowUp")
+            self.assertGreater(self.place_of(answers[self.chosen()]["direction"])[2], 0)
+            halves.add(self.text("half"))
+        self.assertEqual(len(halves), 2)
+        self.assertLess(self.chosen(), 30)  # the highest of all are the first
+
+    def test_arrow_keys_go_where_they_point(self):
+        self.sweep("bolt.stl bracket.stl --sphere 400")
+        answers = self.answers("bolt.stl bracket.stl --sphere 400")["answers"]
+        for _ in range(2):
+            # Near the middle of either half, left is left.
+            middle = max(range(400), key=lambda k: self.place_of(answers[k]["direction"])[2])
+            x, y, _ = self.place_of(answers[middle]["direction"])
+            for key, right, up in (("ArrowLeft", -1, 0), ("ArrowRight", 1, 0), ("ArrowUp", 0, 1), ("ArrowDown", 0, -1)):
+                self.click(x, y)
+                self.assertEqual(self.chosen(), middle)
+                self.focus("sphere")
+                self.browser.key(key)
+                to_x, to_y, _ = self.place_of(answers[self.chosen()]["direction"])
+                self.assertGreater((to_x - x) * right + (y - to_y) * up, 5, key)
+            self.press("turn-over")
+
+    def test_the_other_half_has_the_other_directions(self):
+        self.sweep("bolt.stl bracket.stl --sphere 400")
+        answers = self.answers("bolt.stl bracket.stl --sphere 400")["answers"]
+        chosen, camera, sphere = self.chosen(), self.canvas(), self.sphere_pixels()
+        front = [self.place_of(answer["direction"])[2] for answer in answers[::7]]
+        self.focus("sphere")
+        for press in (lambda: self.press("turn-over"), lambda: self.browser.key("o")):
+            press()
+            self.assertEqual(self.chosen(), chosen)
+            self.assertNotEqual(seen := self.sphere_pixels(), sphere)
+            sphere = seen
+            self.assertEqual(self.canvas(), camera)
+            turned = [self.place_of(answer["direction"])[2] for answer in answers[::7]]
+            self.assertEqual(turned, [-number for number in front])
+            front = turned
+        self.press("turn-over")
+        number = max(range(400), key=lambda k: self.place_of(answers[k]["direction"])[2])
+        x, y, _ = self.place_of(answers[number]["direction"])
+        self.click(x, y)
+        self.assertEqual(self.chosen(), number)
+
+    def test_dragging_the_sphere_turns_it_with_the_picture(self):
+        self.sweep("bolt.stl bracket.stl --sphere 400")
+        chosen = self.chosen()
+        before, sphere = self.canvas(), self.sphere_pixels()
+        x, y, _ = self.place_of([0, 0, 1])
+        self.browser.drag(x, y + 60, 50, -20)
+        self.assertEqual(self.chosen(), chosen)
+        self.assertNotEqual(self.canvas(), before)
+        self.assertNotEqual(turned := self.sphere_pixels(), sphere)
+        self.focus("canvas")
+        self.browser.key("ArrowLeft")
+        self.assertNotEqual(self.sphere_pixels(), turned)
+
+    def test_the_sphere_has_the_colours_of_its_answers(self):
+        # Seated: in contact from the start below, and after a travel above.
+        question = "bolt.stl bracket.stl --offset 0,0,-30 --leaving --sphere 200"
+        answers = self.answers(question)["answers"]
+        for preferred in ("dark", "light"):
+            self.browser.prefer(preferred)
+            self.sweep(question, name="seated")
+            (PICTURES / f"sphere-{preferred}.png").write_bytes(self.browser.picture())
+            data = self.sphere_pixels()
+            width = self.browser.run("document.getElementById('sphere').width")
+            box = self.browser.run("(({x, y}) => [x, y])(document.getElementById('sphere').getBoundingClientRect())")
+            counts = {"start": 0, "contact": 0}
+            for answer in answers:
+                x, y, front = self.place_of(answer["direction"])
+                if front < 0.5:
+                    continue
+                near = []  # the dots of the start are bright
+                for dx in range(-3, 4):
+                    at = 4 * (int(y - box[1]) * width + int(x - box[0]) + dx)
+                    near.append(sum(data[at:at + 3]))
+                dark = sum(light < 60 for light in near)
+                counts[answer["status"]] += (dark >= 3) == (answer["status"] == "start")
+            total = {s: sum(a["status"] == s and self.place_of(a["direction"])[2] >= 0.5 for a in answers)
+                     for s in counts}
+            for status in counts:
+                self.assertGreater(total[status], 5)
+                self.assertGreaterEqual(counts[status], 0.8 * total[status], status)  # some have a name on them
+            self.assertEqual(self.text("count-start"), f"{sum(a['status'] == 'start' for a in answers)} of 200")
+            self.assertIn("logarithmic", self.text("scale-name"))
+        self.browser.prefer("light")
+
+    def test_spheres_of_every_question_open(self):
+        for options in ("--sphere 1", "--sphere 2", "--sphere 50 --last", "--sphere 50 --solid",
+                        "--sphere 50 --clearance 2", "--sphere 50 --max-distance 12",
+                        "--sphere 50 --offset 0,0,-31", "--sphere 5000"):
+            with self.subTest(options):
+                told = self.answers(f"bolt.stl bracket.stl {options}")
+                self.sweep(f"bolt.stl bracket.stl {options}")
+                self.assertEqual(self.chosen(), told["greatest"] or 0)
+                self.assertEqual(self.browser.run("document.getElementById('directions').hidden"), False)
+                self.focus("sphere")
+                self.browser.key("PageUp")
+                self.assertEqual(self.chosen(), ((told["greatest"] or 0) + 1) % told["directions"])
+
+    def test_one_direction_has_no_sphere(self):
+        self.sweep("bolt.stl bracket.stl -d -z")
+        self.assertEqual(self.browser.run("document.getElementById('directions').hidden"), True)
+
     def test_light_and_dark(self):
         for preferred, other in (("dark", "light"), ("light", "dark")):
             self.browser.prefer(preferred)
@@ -196,20 +427,21 @@ class Page(unittest.TestCase):
         self.browser.prefer("light")
 
     def test_controls_have_names(self):
-        self.sweep("bolt.stl bracket.stl -d -z")
+        self.sweep("bolt.stl bracket.stl --sphere 100")
         nodes = self.browser.call("Accessibility.getFullAXTree")["nodes"]
         controls = [node for node in nodes if node.get("role", {}).get("value") in
                     ("button", "slider", "checkbox", "application")]
-        self.assertGreaterEqual(len(controls), 12)
+        self.assertGreaterEqual(len(controls), 15)
         for node in controls:
             self.assertTrue(node.get("name", {}).get("value"), node)
 
     def test_a_phone_shows_everything_in_its_width(self):
         self.browser.size(390, 844, mobile=True)
         try:
-            self.sweep("bolt.stl bracket.stl -d -z")
-            self.assertEqual(self.browser.run("document.documentElement.scrollWidth"), 390)
-            self.assert_both_bodies()
+            for question in ("-d -z", "--sphere 100"):
+                self.sweep(f"bolt.stl bracket.stl {question}")
+                self.assertEqual(self.browser.run("document.documentElement.scrollWidth"), 390)
+                self.assert_both_bodies()
         finally:
             self.browser.size(1280, 800)
 

@@ -1,9 +1,9 @@
 #include "support/Sphere.h"
 
+#include "SphereTally.h"
 #include "support/AnswerJson.h"
 #include "support/VectorText.h"
 
-#include <algorithm>
 #include <cmath>
 #include <optional>
 
@@ -11,29 +11,8 @@ namespace gsl_tools {
 
 namespace {
 
-using gsl_sweep::SweepStatus;
-
-/// What became of the directions.
-struct Tally {
-  std::size_t free = 0, contact = 0, start = 0;
-  double errorBound = 0.0;                    ///< the greatest of all
-  std::optional<std::size_t> least, greatest; ///< numbers of answers with a travel; ties: the first
-};
-
-Tally TallyOf(const std::vector<Answer>& answers) {
-  Tally tally;
-  const auto travel = [&](std::size_t k) { return answers[k].contact.travel; };
-  for (std::size_t k = 0; k < answers.size(); ++k) {
-    if (answers[k].status == SweepStatus::Start) ++tally.start;
-    if (!Touches(answers[k])) ++tally.free;
-    tally.errorBound = std::max(tally.errorBound, answers[k].errorBound);
-    if (answers[k].status != SweepStatus::Contact) continue;
-    ++tally.contact;
-    if (!tally.least || travel(k) < travel(*tally.least)) tally.least = k;
-    if (!tally.greatest || travel(k) > travel(*tally.greatest)) tally.greatest = k;
-  }
-  return tally;
-}
+using gsl_view::SphereTally;
+using gsl_view::TallyOf;
 
 std::string TravelLine(const char* name, const SphereReport& report, std::size_t k) {
   const Answer& answer = report.answers[k];
@@ -57,7 +36,7 @@ Json NumberOf(const std::optional<std::size_t>& k) {
 
 /// Returns everything but the answers.
 Json SummaryAsJson(const SphereReport& report) {
-  const Tally tally = TallyOf(report.answers);
+  const SphereTally tally = TallyOf(report.answers);
   Json json = SceneAsJson(report);
   json["directions"] = report.answers.size();
   json["free"] = tally.free;
@@ -76,7 +55,7 @@ Json SummaryAsJson(const SphereReport& report) {
 } // namespace
 
 std::string SphereAsText(const SphereReport& report) {
-  const Tally tally = TallyOf(report.answers);
+  const SphereTally tally = TallyOf(report.answers);
   const std::size_t count = report.answers.size();
   const std::string limit = std::isfinite(report.maxDistance)
                                 ? (report.clearance > 0.0 ? " up to a travel of " : " within ") +

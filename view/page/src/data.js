@@ -17,14 +17,14 @@ export function bytesOf(text) {
   return bytes;
 }
 
-/** Returns the 32-bit numbers of a block, which are little-endian. */
+/** Returns the numbers of a block, which are little-endian. */
 function numbersOf(id, Type) {
   const bytes = bytesOf(take(id));
-  const view = new DataView(bytes.buffer, bytes.byteOffset, bytes.byteLength);
+  const size = Type.BYTES_PER_ELEMENT;
   if (new Uint8Array(new Uint32Array([1]).buffer)[0] === 0) {
-    for (let k = 0; k < bytes.length; k += 4) view.setUint32(k, view.getUint32(k, true), false);
+    for (let k = 0; k < bytes.length; k += size) bytes.subarray(k, k + size).reverse();
   }
-  return new Type(bytes.buffer, bytes.byteOffset, bytes.byteLength / 4);
+  return new Type(bytes.buffer, bytes.byteOffset, bytes.byteLength / size);
 }
 
 function withArrays(body) {
@@ -34,13 +34,32 @@ function withArrays(body) {
     corners: numbersOf(`${body.id}-triangles`, Uint32Array),
     patch: numbersOf(`${body.id}-patch`, Uint32Array),
     points: numbersOf(`${body.id}-points`, Float32Array),
+    leftOut: numbersOf(`${body.id}-left-out`, Uint32Array),
   };
 }
 
-/** Returns the scene with the arrays of its bodies. */
+function withAnswers(sphere) {
+  return {
+    ...sphere,
+    directions: numbersOf('sphere-directions', Float64Array),
+    codes: numbersOf('sphere-codes', Uint32Array),
+    contacts: numbersOf('sphere-contacts', Float64Array),
+    triangles: numbersOf('sphere-triangles', Uint32Array),
+  };
+}
+
+/** Returns the number among the drawn triangles of a triangle of a body. */
+export function drawnNumber(body, triangle) {
+  let before = 0;
+  for (const other of body.leftOut) before += other < triangle ? 1 : 0;
+  return triangle - before;
+}
+
+/** Returns the scene with the arrays of its bodies, and of its sphere if it has one. */
 export function readScene() {
   const scene = JSON.parse(take('scene'));
   scene.moving = withArrays(scene.moving);
   scene.fixed = scene.fixed.map(withArrays);
+  if (scene.sphere) scene.sphere = withAnswers(scene.sphere);
   return scene;
 }

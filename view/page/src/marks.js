@@ -18,6 +18,7 @@ import {
 import { LineMaterial } from 'three/examples/jsm/lines/LineMaterial.js';
 import { LineSegments2 } from 'three/examples/jsm/lines/LineSegments2.js';
 import { LineSegmentsGeometry } from 'three/examples/jsm/lines/LineSegmentsGeometry.js';
+import { drawnNumber } from './data.js';
 import { plus } from './frame.js';
 
 const FILL = { moving: 0xffe680, fixed: 0x9fd0ff };
@@ -106,14 +107,14 @@ function spriteAt(position, texture, pixels, order) {
   return sprite;
 }
 
-/** Adds what is marked on a body to its group, in the numbers of the body. */
-function markBody(group, body, role) {
+/** Adds what is marked on a body to a group, in the numbers of the body. */
+function markBody(group, body, role, place) {
   if (body.patch.length > 0) {
     // Bodies may hide the patch; its points are seen through them.
     group.add(onSurface(fillOf(cornersOf(body, body.patch), FILL[role], 0.55)));
   }
-  if (body.touched !== null) {
-    const positions = cornersOf(body, [body.touched]);
+  if (place) {
+    const positions = cornersOf(body, [drawnNumber(body, place.triangle)]);
     const fill = fillOf(positions, FILL[role], 0.2);
     const outline = outlineOf(positions);
     fill.renderOrder = ORDER.triangle;
@@ -151,36 +152,73 @@ function arrow(direction) {
   return group;
 }
 
-/**
- * Adds the marks of the answer. Returns what has to follow the travel: a function of the shift, as
- * it is drawn.
- */
-export function addMarks(stage, scene, frame) {
-  const { answer } = scene;
-  markBody(stage.groups.get(scene.moving.id), scene.moving, 'moving');
-  for (const body of scene.fixed) markBody(stage.groups.get(body.id), body, 'fixed');
-  const kept = [];
-  if (answer.moving) {
+/** Frees what a group keeps in the memory of the driver. */
+function dispose(group) {
+  group.traverse((part) => {
+    part.geometry?.dispose();
+    part.material?.map?.dispose();
+    part.material?.dispose();
+  });
+}
+
+/** The marks of one answer, which are drawn until they are removed. */
+export class Marks {
+  constructor(stage, scene, frame) {
+    const { answer } = scene;
+    this.stage = stage;
+    this.added = [];
+    this.kept = [];
+    this.mark(scene.moving, 'moving', answer.moving);
+    scene.fixed.forEach((body, k) => this.mark(body, 'fixed', answer.fixed_body === k ? answer.fixed : null));
+    if (answer.moving) this.addWay(answer, frame);
+    if (answer.fixed) {
+      const at = frame.place(answer.fixed.point);
+      this.kept.push(spriteAt(at, discTexture('#ffffff', '#000000'), 12, ORDER.point));
+      if (answer.normal) {
+        const normal = arrow(answer.normal);
+        normal.position.set(...at);
+        this.kept.push(normal);
+      }
+    }
+    for (const mark of this.kept) this.add(stage.scene, mark);
+    this.prepare = (shown) => this.kept.forEach((mark) => mark.keepSize(shown));
+    stage.beforeDrawing.push(this.prepare);
+  }
+
+  add(parent, mark) {
+    parent.add(mark);
+    this.added.push(mark);
+  }
+
+  mark(body, role, place) {
+    const group = new Group();
+    markBody(group, body, role, place);
+    this.add(this.stage.groups.get(body.id), group);
+  }
+
+  addWay(answer, frame) {
     const from = frame.place(answer.moving.point);
     const way = plus(from, answer.direction, answer.travel / frame.unit);
     const white = thickLine([...from, ...way], { color: 0xffffff, linewidth: 4 });
     const black = thickLine([...from, ...way], { linewidth: 1.5 });
     white.renderOrder = black.renderOrder = ORDER.line;
-    stage.scene.add(white, black);
+    this.add(this.stage.scene, white);
+    this.add(this.stage.scene, black);
     const ring = spriteAt(from, discTexture(null, '#000000'), 22, ORDER.point);
-    kept.push(ring);
+    this.kept.push(ring);
     ring.follow = (shift) => ring.position.set(...plus(from, answer.direction, shift));
   }
-  if (answer.fixed) {
-    const at = frame.place(answer.fixed.point);
-    kept.push(spriteAt(at, discTexture('#ffffff', '#000000'), 12, ORDER.point));
-    if (answer.normal) {
-      const normal = arrow(answer.normal);
-      normal.position.set(...at);
-      kept.push(normal);
-    }
+
+  /** Follows the travel, by the shift as it is drawn. */
+  follow(shift) {
+    this.kept.forEach((mark) => mark.follow?.(shift));
   }
-  if (kept.length > 0) stage.scene.add(...kept);
-  stage.beforeDrawing.push((shown) => kept.forEach((mark) => mark.keepSize(shown)));
-  return (shift) => kept.forEach((mark) => mark.follow?.(shift));
+
+  remove() {
+    for (const mark of this.added) {
+      mark.removeFromParent();
+      dispose(mark);
+    }
+    this.stage.beforeDrawing = this.stage.beforeDrawing.filter((prepare) => prepare !== this.prepare);
+  }
 }

@@ -89,7 +89,7 @@ function rowsOf(scene) {
 
 const make = (tag, text) => Object.assign(document.createElement(tag), { textContent: text });
 
-function showLegend(scene, setVisible) {
+export function showLegend(scene, setVisible) {
   const legend = document.getElementById('legend');
   for (const body of [scene.moving, ...scene.fixed]) {
     const role = body === scene.moving ? 'moving' : 'fixed';
@@ -120,14 +120,15 @@ async function copy(text) {
   }
 }
 
-export function showNumbers(scene, setVisible) {
+/** Shows the numbers of the scene, in place of those that are shown. */
+export function showNumbers(scene) {
   const headline = headlineOf(scene);
   const rows = rowsOf(scene);
   document.title = `${headline}: ${lastPart(scene.moving.name)}`;
   document.getElementById('headline').textContent = headline;
   document.getElementById('summary').textContent = summaryOf(scene);
-  showLegend(scene, setVisible);
   const body = document.querySelector('#numbers tbody');
+  body.replaceChildren();
   for (const [name, lines] of rows) {
     const row = document.createElement('tr');
     const cell = document.createElement('td');
@@ -137,10 +138,15 @@ export function showNumbers(scene, setVisible) {
     row.append(head, cell);
     body.append(row);
   }
-  const text = [headline, UNITS, ...rows.map(([name, lines]) => `${name}: ${lines.join(', ')}`)].join('\n');
+  document.getElementById('copied').textContent = '';
+  return [headline, UNITS, ...rows.map(([name, lines]) => `${name}: ${lines.join(', ')}`)].join('\n');
+}
+
+/** Lets the button copy what `textOfNow` returns. */
+export function useCopying(textOfNow) {
   const button = document.getElementById('copy');
   button.addEventListener('click', async () => {
-    const isCopied = await copy(`${text}\n`);
+    const isCopied = await copy(`${textOfNow()}\n`);
     document.getElementById('copied').textContent = isCopied ? 'Copied.' : 'The browser refused to copy.';
     button.focus();
   });

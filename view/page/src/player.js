@@ -5,22 +5,27 @@ import { textOf } from './numbers.js';
 const STEPS = 1000;
 const SECONDS = 3;
 
-/** Calls `show(travel)` for every travel that is set. */
+/** Calls `show(travel)` for every travel that is set. It does nothing before `use` has set the way. */
 export class Player {
-  constructor(greatest, start, show) {
-    this.greatest = greatest;
+  constructor(show) {
     this.show = show;
     this.slider = document.getElementById('travel');
     this.text = document.getElementById('travel-text');
     this.button = document.getElementById('play');
-    this.slider.disabled = this.button.disabled = !(greatest > 0);
     this.slider.addEventListener('input', () => {
       this.stop();
       this.set(Number(this.slider.value));
     });
     this.slider.addEventListener('keydown', (event) => this.useKey(event));
     this.button.addEventListener('click', () => this.toggle());
-    this.set(greatest > 0 ? start * STEPS : 0);
+  }
+
+  /** Sets the greatest travel, and shows a part of it from 0 to 1. */
+  use(greatest, part) {
+    this.stop();
+    this.greatest = greatest;
+    this.slider.disabled = this.button.disabled = !(greatest > 0);
+    this.set(greatest > 0 ? part * STEPS : 0);
   }
 
   /** Shows a step from 0 to STEPS. The last step is the greatest travel itself. */

@@ -181,8 +181,22 @@ export class Stage {
       return;
     }
     event.preventDefault();
+    this.turned();
+  }
+
+  /** Draws what the camera sees after it was turned, moved or zoomed. */
+  turned() {
     this.controls.update();
     this.draw();
+  }
+
+  /** Returns the axes of the camera as unit vectors: to the right, up, and towards the viewer. */
+  axes() {
+    const { camera, controls } = this;
+    camera.lookAt(controls.target);
+    camera.updateMatrixWorld();
+    const axis = (column) => new Vector3().setFromMatrixColumn(camera.matrixWorld, column).toArray();
+    return { right: axis(0), up: axis(1), toward: axis(2) };
   }
 
   /** Turns the camera around its target, about the vertical and towards it, in radians. */
