@@ -189,8 +189,6 @@ void DrawGrid(Page& page, const Hemisphere& half) {
                     {2.4, Align::Middle, false, kPale});
     }
   }
-  DrawOnWhite(page, {half.centre.x - 1.2, half.centre.y - 1.4},
-              half.isUpper ? "+z" : "\xE2\x88\x92z", {3.6, Align::Right, true, kInk});
   page.DrawText({half.centre.x - half.radius - 8.0, half.centre.y - half.radius - 1.0},
                 half.isUpper ? "Directions towards +z" : "Directions towards \xE2\x88\x92z",
                 kLabel);
@@ -202,58 +200,84 @@ struct Mark {
   std::string words;
 };
 
+const Hemisphere& HalfOf(const Coord3& direction) {
+  return kUpper.Has(direction) ? kUpper : kLower;
+}
+
 bool Overlap(const Rect& a, const Rect& b) {
   return a.left < b.right && b.left < a.right && a.top < b.bottom && b.top < a.bottom;
 }
 
-/// Writes the text of a mark beside its ring, where nothing else is if there is such a place, and
-/// adds the place to those that are taken.
-void DrawMarkText(Page& page, const Mark& mark, std::vector<Rect>& taken) {
-  const Hemisphere& half = kUpper.Has(mark.direction) ? kUpper : kLower;
-  const PagePoint at = half.At(mark.direction);
-  struct Place {
-    double x, y;
-    Align align;
+/// Where a text may be.
+struct TextPlace {
+  PagePoint at;
+  Align align;
+};
+
+/// Writes a text at the first place where nothing else is; at the first of all if there is none.
+/// Its place is then taken.
+void DrawWhereFree(Page& page, const std::vector<TextPlace>& places, const std::string& text,
+                   double size, std::vector<Rect>& taken) {
+  const auto styleOf = [&](const TextPlace& place) {
+    return TextStyle{size, place.align, true, kInk};
   };
-  const Place left{at.x - 3.0, at.y + 1.1, Align::Right},
-      right{at.x + 3.0, at.y + 1.1, Align::Left}, below{at.x, at.y + 5.0, Align::Middle},
-      above{at.x, at.y - 2.8, Align::Middle};
-  const bool isRight = at.x > half.centre.x;
-  const Place places[] = {isRight ? left : right, isRight ? right : left, below, above};
-  const auto styleOf = [](const Place& place) { return TextStyle{3.0, place.align, true, kInk}; };
-  const Place* chosen = &places[0];
-  for (const Place& place : places) {
-    const Rect box = BoxOf(page, {place.x, place.y}, mark.words, styleOf(place));
-    if (std::any_of(taken.begin(), taken.end(),
-                    [&](const Rect& other) { return Overlap(box, other); }))
-      continue;
-    chosen = &place;
-    break;
-  }
-  taken.push_back(BoxOf(page, {chosen->x, chosen->y}, mark.words, styleOf(*chosen)));
-  DrawOnWhite(page, {chosen->x, chosen->y}, mark.words, styleOf(*chosen));
+  const auto isFree = [&](const TextPlace& place) {
+    const Rect box = BoxOf(page, place.at, text, styleOf(place));
+    return std::none_of(taken.begin(), taken.end(),
+                        [&](const Rect& other) { return Overlap(box, other); });
+  };
+  const auto found = std::find_if(places.begin(), places.end(), isFree);
+  const TextPlace& place = found == places.end() ? places.front() : *found;
+  taken.push_back(BoxOf(page, place.at, text, styleOf(place)));
+  DrawOnWhite(page, place.at, text, styleOf(place));
 }
 
-/// Marks the directions of the least and the greatest travel.
-void MarkEnds(Page& page, const Map& map) {
-  if (!map.tally.least) return;
+/// Names the axis in the middle of a half.
+void NameCentre(Page& page, const Hemisphere& half, std::vector<Rect>& taken) {
+  const PagePoint c = half.centre;
+  DrawWhereFree(page,
+                {{{c.x - 1.2, c.y - 1.4}, Align::Right},
+                 {{c.x + 1.2, c.y - 1.4}, Align::Left},
+                 {{c.x - 1.2, c.y + 4.2}, Align::Right},
+                 {{c.x + 1.2, c.y + 4.2}, Align::Left}},
+                half.isUpper ? "+z" : "\xE2\x88\x92z", 3.6, taken);
+}
+
+/// Writes the text of a mark beside its ring, towards the centre if it can.
+void DrawMarkText(Page& page, const Mark& mark, std::vector<Rect>& taken) {
+  const Hemisphere& half = HalfOf(mark.direction);
+  const PagePoint at = half.At(mark.direction);
+  const TextPlace left{{at.x - 3.0, at.y + 1.1}, Align::Right},
+      right{{at.x + 3.0, at.y + 1.1}, Align::Left}, below{{at.x, at.y + 5.0}, Align::Middle},
+      above{{at.x, at.y - 2.8}, Align::Middle};
+  const bool isRight = at.x > half.centre.x;
+  DrawWhereFree(page, {isRight ? left : right, isRight ? right : left, below, above}, mark.words,
+                3.0, taken);
+}
+
+/// Returns the marks of the least and the greatest travel.
+std::vector<Mark> MarksOf(const Map& map) {
+  if (!map.tally.least) return {};
   const Answer &least = map.answers[*map.tally.least], &greatest = map.answers[*map.tally.greatest];
-  std::vector<Mark> marks = {
-      {greatest.unitDirection, "greatest " + ShortNumber(greatest.contact.travel)},
-      {least.unitDirection, "least " + ShortNumber(least.contact.travel)}};
   if (map.tally.least == map.tally.greatest) {
-    marks = {{least.unitDirection, "travel " + ShortNumber(least.contact.travel)}};
+    return {{least.unitDirection, "travel " + ShortNumber(least.contact.travel)}};
   }
+  return {{greatest.unitDirection, "greatest " + ShortNumber(greatest.contact.travel)},
+          {least.unitDirection, "least " + ShortNumber(least.contact.travel)}};
+}
+
+/// Marks the directions of the least and the greatest travel, and names the z axis beside them.
+void DrawMarks(Page& page, const Map& map) {
+  const std::vector<Mark> marks = MarksOf(map);
   std::vector<Rect> taken;
-  for (const Hemisphere& half : {kUpper, kLower})
-    taken.push_back(
-        {half.centre.x - 8.5, half.centre.y - 4.6, half.centre.x - 0.5, half.centre.y - 0.4});
   for (const Mark& mark : marks) {
-    const PagePoint at = (kUpper.Has(mark.direction) ? kUpper : kLower).At(mark.direction);
+    const PagePoint at = HalfOf(mark.direction).At(mark.direction);
     page.DrawCircle(at, 1.5, {1.1, kWhite});
     page.DrawCircle(at, 1.5, {0.5, kInk});
     taken.push_back({at.x - 2.0, at.y - 2.0, at.x + 2.0, at.y + 2.0});
   }
+  for (const Hemisphere& half : {kUpper, kLower})
+    NameCentre(page, half, taken);
   for (const Mark& mark : marks)
     DrawMarkText(page, mark, taken);
 }
@@ -383,7 +407,7 @@ std::string DrawMapPage(const Map& map, PictureFormat format, double fineness) {
   page.DrawBox(kFrame, {0.5, kInk});
   for (const Hemisphere& half : {kUpper, kLower})
     DrawGrid(page, half);
-  MarkEnds(page, map);
+  DrawMarks(page, map);
   const StateWords words = WordsOf(map);
   const TextStyle headline{4.6, Align::Left, true, kInk};
   page.DrawText({kFrame.left + 3.0, kFrame.top + 7.4},
