@@ -49,7 +49,7 @@ const char* const kFooter = "Exit status:\n"
                             "  $ gsl-sweep bolt.stl bracket.stl --direction -z\n"
                             "  $ gsl-sweep bolt.stl bracket.stl -d 0,0,-1 --json -\n"
                             "  $ gsl-sweep bolt.stl bracket.stl -d z --solid --allowance=-1e-4\n"
-                            "  $ gsl-sweep bolt.stl bracket.stl --sphere 1000";
+                            "  $ gsl-sweep bolt.stl bracket.stl --sphere 1000 --picture map.pdf";
 
 struct OptionRow {
   const char* names;
@@ -102,10 +102,11 @@ std::vector<OptionRow> OptionRows() {
        "Writes MOVING at its contact, in the format of the extension: " + MeshFormatNames(".") +
            "; .glb holds all bodies and the contact, for 3-D viewers"},
       {"--view", "FILE", nullptr,
-       "Writes a page for a browser, FILE.html, that shows the bodies and lets MOVING travel"},
+       "Writes a page for a browser, FILE.html, that shows the bodies and lets MOVING travel; with "
+       "--sphere, a sphere chooses the direction"},
       {"--picture", "FILE", nullptr,
        "Draws one page, .svg, .png or .pdf: the bodies before the travel and at the contact, the "
-       "travel and the contact"},
+       "travel and the contact; with --sphere, a map of the travel in each direction"},
       {"--format", "NAME", nullptr,
        "Format of a mesh on stdin: " + MeshFormatNames("") + "; only obj requires it"},
       {"--threads", "N", nullptr, "Number of threads, 1 to 1024; the result does not depend on it"},
@@ -301,9 +302,14 @@ void RefuseConflicts(const CLI::App& app) {
               " are both given; expected one of --direction, --directions and --sphere");
   }
   RefuseTogether(app, "--quiet", {"--verbose"});
-  for (const char* const name : {"--output", "--view", "--picture", "--patch"}) {
+  for (const char* const name : {"--output", "--patch"}) {
     if (IsGiven(app, name) && !given.empty() && given[0] != "--direction") {
       FailUsage(name + (" cannot be used with " + given[0]) + "; expected --direction");
+    }
+  }
+  for (const char* const name : {"--view", "--picture"}) {
+    if (IsGiven(app, name) && !given.empty() && given[0] == "--directions") {
+      FailUsage(name + (" cannot be used with " + given[0]) + "; expected --direction or --sphere");
     }
   }
   RefuseTogether(app, "--patch", {"--last"});

@@ -4,6 +4,8 @@
 #include "OutputFile.h"
 #include "Picture.h"
 #include "Printable.h"
+#include "SphereMap.h"
+#include "SphereTally.h"
 #include "SweepOptions.h"
 #include "ViewerPage.h"
 #include "gsl_Sweep.h"
@@ -426,19 +428,26 @@ void Ask(const SweepOptions& options, const Question& question, const Pair& pair
   }
 }
 
-/// Writes the picture of a scene. A build without pictures has refused the option.
+/// Writes the picture of a scene, or of many answers. A build without pictures has refused the
+/// option.
 void WritePicture([[maybe_unused]] const SweepOptions& options,
-                  [[maybe_unused]] const gsl_view::ViewScene& scene) {
+                  [[maybe_unused]] const gsl_view::ViewScene& scene,
+                  [[maybe_unused]] const std::vector<Answer>* answers) {
 #ifndef GSL_WITHOUT_PICTURES
   if (options.pictureFile.empty()) return;
   const auto format = gsl_view::PictureFormatOf(options.pictureFile);
-  WriteTextFile(options.pictureFile, gsl_view::DrawPicture(scene, *format), options.force);
+  WriteTextFile(options.pictureFile,
+                answers != nullptr ? gsl_view::DrawSphereMap(scene, *answers, *format)
+                                   : gsl_view::DrawPicture(scene, *format),
+                options.force);
 #endif
 }
 
-/// Writes what --view and --picture ask for.
-void WriteScene(const SweepOptions& options, const Scene& scene, const Question& question,
-                const SweepReport& report) {
+/// Writes what --view and --picture ask for. `makeScene` makes a scene of surfaces. `answers` are
+/// those of many directions, or null.
+template <class MakeScene>
+void WriteScene(const SweepOptions& options, const Scene& scene, const std::vector<Answer>* answers,
+                const MakeScene& makeScene) {
   if (options.viewFile.empty() && options.pictureFile.empty()) return;
   // The corners of the moving body as they were read, unless something has changed them.
   const bool isAsRead = !scene.pose && !scene.deviation && options.offset.x == 0.0 &&
@@ -448,9 +457,28 @@ void WriteScene(const SweepOptions& options, const Scene& scene, const Question&
   std::vector<TriangleView> surfaces = {isAsRead ? ViewOf(scene.moving.mesh) : ViewOf(placed)};
   for (const Part& part : scene.fixed)
     surfaces.push_back(ViewOf(part.mesh));
-  const gsl_view::ViewScene shown = ViewSceneOf(report, question, surfaces);
-  if (!options.viewFile.empty()) gsl_view::WriteViewerPage(options.viewFile, shown, options.force);
-  WritePicture(options, shown);
+  const gsl_view::ViewScene shown = makeScene(surfaces);
+  if (!options.viewFile.empty() && answers != nullptr) {
+    gsl_view::WriteSpherePage(options.viewFile, shown, *answers, options.force);
+  } else if (!options.viewFile.empty()) {
+    gsl_view::WriteViewerPage(options.viewFile, shown, options.force);
+  }
+  WritePicture(options, shown, answers);
+}
+
+void WriteOne(const SweepOptions& options, const Scene& scene, const Question& question,
+              const SweepReport& report) {
+  WriteScene(options, scene, nullptr, [&](const std::vector<TriangleView>& surfaces) {
+    return ViewSceneOf(report, question, surfaces);
+  });
+}
+
+void WriteSphere(const SweepOptions& options, const Scene& scene, const SphereReport& report) {
+  WriteScene(options, scene, &report.answers, [&](const std::vector<TriangleView>& surfaces) {
+    gsl_view::ViewScene shown = SceneWithoutAnswer(report, QuestionOf(options), surfaces);
+    shown.answer = report.answers.at(gsl_view::TallyOf(report.answers).ShownFirst());
+    return shown;
+  });
 }
 
 ExitStatus AnswerOne(const SweepOptions& options, Scene& scene, const Pair& pair,
@@ -465,7 +493,7 @@ ExitStatus AnswerOne(const SweepOptions& options, Scene& scene, const Pair& pair
   display.End("search");
   ShowWarnings(options, report.warnings);
   display.Enter("write");
-  WriteScene(options, scene, question, report);
+  WriteOne(options, scene, question, report);
   const Coord3 origin = WriteOutput(options, report, question, scene);
   WriteResults(options, report, origin);
   display.End("write");
@@ -518,8 +546,11 @@ ExitStatus AnswerSphere(const SweepOptions& options, const Scene& scene, const P
   display.End("search");
   ShowWarnings(options, report.warnings);
   display.Enter("write");
+  WriteSphere(options, scene, report);
   if (!options.jsonFile.empty()) WriteJson(options, SphereAsJson(report));
-  if (!options.JsonToStdout() && !options.quiet) WriteStdout(SphereAsText(report));
+  if (!options.JsonToStdout() && !options.quiet) {
+    WriteStdout(SphereAsText(report) + ViewLine(options) + PictureLine(options));
+  }
   display.End("write");
   const bool touches = std::any_of(report.answers.begin(), report.answers.end(), Touches);
   return touches ? Touching : NoContact;

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
+#include <algorithm>
 #include <cstdio>
 #include <filesystem>
 #include <random>
@@ -317,6 +318,53 @@ TEST(GslSweepFiles, AViewHasThePatchAndIsWrittenWithoutContactToo) {
   EXPECT_EQ(SceneOf(BytesOf(file))["patch"], json({{"count", 364}, {"listed", 5}}));
   EXPECT_EQ(Sweep(command + " -d z").status, 1);
   EXPECT_EQ(SceneOf(BytesOf(file))["answer"]["status"], "none");
+}
+
+TEST(GslSweepFiles, ASphereHasAMapAndAPage) {
+  const Folder folder;
+  const std::string map = folder.Path("map.svg"), page = folder.Path("page.html");
+  const std::string sphere = parts + "--sphere 50";
+  const std::string files = " --picture " + map + " --view " + page;
+  const Outcome plain = Sweep(sphere);
+  const Outcome run = Sweep(sphere + files);
+  EXPECT_EQ(run.status, 0);
+  EXPECT_EQ(run.err, "");
+  EXPECT_EQ(run.out, plain.out + "  view    " + page + "\n  picture " + map + "\n");
+  const std::string mapBytes = BytesOf(map), pageBytes = BytesOf(page);
+  EXPECT_EQ(Sweep(sphere + files + " --force --quiet --threads 1").out, "");
+  EXPECT_EQ(BytesOf(map), mapBytes) << "a second run has the same bytes";
+  EXPECT_EQ(BytesOf(page), pageBytes);
+  // The JSON is on stdout alone, and says the same.
+  const json told = json::parse(Sweep(sphere + files + " --force --json -").out);
+  const json scene = SceneOf(pageBytes);
+  for (const char* key : {"free", "contact", "start", "least", "greatest"})
+    EXPECT_EQ(scene["sphere"][key], told[key]) << key;
+  EXPECT_EQ(scene["sphere"]["shown"], told["greatest"]);
+  const json& shown = told["answers"][told["greatest"].get<std::size_t>()];
+  for (const char* key : {"status", "travel", "kind", "direction", "normal", "fixed_body"})
+    EXPECT_EQ(scene["answer"][key], shown[key]) << key;
+  ExpectOneErrorLine(Sweep(sphere + " --picture " + map), 4);
+  ExpectOneErrorLine(Sweep(sphere + " --view " + page), 4);
+  EXPECT_EQ(BytesOf(map), mapBytes);
+}
+
+TEST(GslSweepFiles, ASphereIsDrawnForEveryQuestion) {
+  const Folder folder;
+  const std::string map = folder.Path("map.png"), page = folder.Path("page.html");
+  const std::string files = " --quiet --force --picture " + map + " --view " + page;
+  std::vector<std::string> seen;
+  for (const char* options :
+       {"--sphere 1", "--sphere 40", "--sphere 40 --last", "--sphere 40 --solid",
+        "--sphere 40 --clearance 2", "--sphere 40 --max-distance 12", "--sphere 40 --one-sided",
+        "--sphere 40 --offset 0,0,-30 --leaving", "--sphere 40 --allowance 0.5"}) {
+    const Outcome run = Sweep(parts + options + files);
+    EXPECT_LE(run.status, 1) << options << run.err;
+    EXPECT_EQ(run.err, "");
+    EXPECT_LE(BytesOf(map).size(), 500u * 1024u);
+    seen.push_back(BytesOf(map));
+    EXPECT_EQ(std::count(seen.begin(), seen.end(), seen.back()), 1) << options;
+    EXPECT_FALSE(SceneOf(BytesOf(page))["sphere"].is_null());
+  }
 }
 
 TEST(GslSweepFiles, OutputsThatCannotBeWrittenExitWithFour) {

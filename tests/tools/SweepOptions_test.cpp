@@ -201,10 +201,10 @@ TEST(SweepOptions, OutputsThatDoNotFitManyDirectionsAreRefused) {
             "--output cannot be used with --sphere; expected --direction");
   EXPECT_EQ(Parse({"a", "b", "--directions", "f", "--output", "o.stl"}).error,
             "--output cannot be used with --directions; expected --direction");
-  EXPECT_EQ(Parse({"a", "b", "--sphere", "9", "--view", "v.html"}).error,
-            "--view cannot be used with --sphere; expected --direction");
   EXPECT_EQ(Parse({"a", "b", "--directions", "f", "--view", "v.html"}).error,
-            "--view cannot be used with --directions; expected --direction");
+            "--view cannot be used with --directions; expected --direction or --sphere");
+  EXPECT_EQ(Parse({"a", "b", "--directions", "f", "--picture", "p.svg"}).error,
+            "--picture cannot be used with --directions; expected --direction or --sphere");
   EXPECT_EQ(Parse({"a", "b", "--directions", "f", "--json", "-"}).error,
             "--json cannot be used with --directions, which always writes JSON to stdout; "
             "expected one of them");
@@ -290,14 +290,27 @@ TEST(SweepOptions, OptionIsNotTakenForAFile) {
   EXPECT_EQ(ParseMore({"--json", "./--quiet"}).options.jsonFile, "./--quiet");
 }
 
-TEST(SweepOptions, PictureHasAKnownFormatAndOneDirection) {
+TEST(SweepOptions, ASphereHasAPictureAndAPage) {
+  const Parsed parsed =
+      Parse({"a", "b", "--sphere", "9", "--picture", "p.svg", "--view", "v.html", "--json", "j"});
+  EXPECT_EQ(parsed.error, "");
+  EXPECT_EQ(parsed.options.sphereCount, 9u);
+  EXPECT_EQ(parsed.options.pictureFile, "p.svg");
+  EXPECT_EQ(parsed.options.viewFile, "v.html");
+  EXPECT_EQ(Parse({"a", "b", "--sphere", "9", "--picture", "p.svg", "--patch"}).error,
+            "--patch cannot be used with --sphere; expected --direction");
+  EXPECT_EQ(Parse({"a", "b", "--sphere", "9", "--view", "v.html", "--output", "o.stl"}).error,
+            "--output cannot be used with --sphere; expected --direction");
+  EXPECT_EQ(Parse({"a", "b", "--sphere", "9", "--picture", "-"}).error,
+            "--picture must end in .svg, .png or .pdf (got -)");
+  EXPECT_EQ(Parse({"a", "b", "--sphere", "9", "--view", "-"}).error,
+            "--view must end in .html (got -)");
+}
+
+TEST(SweepOptions, PictureHasAKnownFormat) {
   const std::string wanted = "--picture must end in .svg, .png or .pdf (got ";
   for (const char* name : {"-", "page", "page.jpg", "svg", "page.svg/"}) {
     EXPECT_EQ(ParseMore({"--picture", name}).error, wanted + name + ")");
-  }
-  for (const char* option : {"--sphere", "--directions"}) {
-    EXPECT_EQ(Parse({"a", "b", option, "9", "--picture", "o.svg"}).error,
-              std::string("--picture cannot be used with ") + option + "; expected --direction");
   }
   EXPECT_EQ(ParseMore({"--picture", "folder/page.PDF"}).options.pictureFile, "folder/page.PDF");
 }

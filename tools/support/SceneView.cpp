@@ -9,7 +9,7 @@ using gsl_view::ViewScene;
 namespace {
 
 /// Says how the moving body differs from its file, in the order of the changes.
-std::string ChangesOf(const SweepReport& report) {
+std::string ChangesOf(const SceneReport& report) {
   std::string text;
   const auto add = [&text](const std::string& change) {
     text += (text.empty() ? "" : ", ") + change;
@@ -32,8 +32,8 @@ std::vector<double> PlacedCorners(const Body& body, const Coord3& offset) {
   return corners;
 }
 
-ViewScene ViewSceneOf(const SweepReport& report, const gsl_sweep::Question& question,
-                      const std::vector<gsl_sweep::TriangleView>& surfaces) {
+ViewScene SceneWithoutAnswer(const SceneReport& report, const gsl_sweep::Question& question,
+                             const std::vector<gsl_sweep::TriangleView>& surfaces) {
   ViewScene scene;
   scene.moving = {NameInText(report.movingFile), surfaces.at(0)};
   scene.changes = ChangesOf(report);
@@ -41,12 +41,18 @@ ViewScene ViewSceneOf(const SweepReport& report, const gsl_sweep::Question& ques
     scene.fixed.push_back({NameInText(report.fixed[k].file), surfaces.at(k + 1)});
   scene.question = question;
   scene.last = report.last;
+  scene.toolVersion = report.toolVersion;
+  return scene;
+}
+
+ViewScene ViewSceneOf(const SweepReport& report, const gsl_sweep::Question& question,
+                      const std::vector<gsl_sweep::TriangleView>& surfaces) {
+  ViewScene scene = SceneWithoutAnswer(report, question, surfaces);
   scene.answer = report.answer;
   if (report.patch) {
     scene.pairCount = report.patch->pairCount;
     scene.patch = report.patch->listed;
   }
-  scene.toolVersion = report.toolVersion;
   return scene;
 }
 

@@ -13,8 +13,13 @@ namespace gsl_tools {
 /// triangle that the body skips are NaN.
 std::vector<double> PlacedCorners(const Body& body, const Coord3& offset);
 
-/// Returns the scene of a report. The surfaces are those of the moving body, before any travel, and
-/// of each fixed body. Their arrays must outlive the scene.
+/// Returns the scene of a report, without an answer. The surfaces are those of the moving body,
+/// before any travel, and of each fixed body. Their arrays must outlive the scene.
+gsl_view::ViewScene SceneWithoutAnswer(const SceneReport& report,
+                                       const gsl_sweep::Question& question,
+                                       const std::vector<gsl_sweep::TriangleView>& surfaces);
+
+/// Returns the same with the answer and the patch.
 gsl_view::ViewScene ViewSceneOf(const SweepReport& report, const gsl_sweep::Question& question,
                                 const std::vector<gsl_sweep::TriangleView>& surfaces);
 

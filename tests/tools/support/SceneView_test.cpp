@@ -60,6 +60,11 @@ TEST(SceneView, ASceneHoldsWhatTheReportSays) {
   scene = ViewSceneOf(report, question, surfaces);
   EXPECT_EQ(scene.changes, "grown by -0.25, posed, moved by (0, 1, 2)");
 
+  scene = SceneWithoutAnswer(report, question, surfaces);
+  EXPECT_EQ(scene.moving.name, "standard input");
+  EXPECT_EQ(scene.changes, "grown by -0.25, posed, moved by (0, 1, 2)");
+  EXPECT_EQ(scene.answer.contact.travel, 0.0);
+
   report.patch = PatchReport{};
   report.patch->pairCount = 12;
   report.patch->listed.resize(3);
