@@ -410,6 +410,23 @@ class Page(unittest.TestCase):
                 self.browser.key("PageUp")
                 self.assertEqual(self.chosen(), ((told["greatest"] or 0) + 1) % told["directions"])
 
+    def test_triangles_that_are_left_out_do_not_shift_the_marks(self):
+        write_box(self.folder / "plate.obj", (-9.0, -9.0, 0.0), (9.0, 9.0, 1.0))
+        faces = "f 1 2 3\nf 1 4 2\nf 1 3 4\nf 2 4 3\n"
+        corners = "v 0 0 9\nv 4 0 9\nv 0 4 9\nv 1 1 5\n"
+        (self.folder / "whole.obj").write_text(corners + faces)
+        (self.folder / "broken.obj").write_text(corners + "v nan 0 0\nf 1 2 5\nf 1 3 5\n" + faces)
+        for question in ("-d -z", "--sphere 30"):
+            seen = []
+            for name in ("whole", "broken"):
+                self.sweep([f"{self.folder}/{name}.obj", f"{self.folder}/plate.obj", *question.split()])
+                if question != "-d -z":
+                    self.focus("sphere")
+                    self.browser.key("Home")
+                seen.append(self.canvas())
+                self.assertIn(f"triangle {1 if name == 'whole' else 3} of ", self.text("numbers"))
+            self.assertEqual(*seen)
+
     def test_one_direction_has_no_sphere(self):
         self.sweep("bolt.stl bracket.stl -d -z")
         self.assertEqual(self.browser.run("document.getElementById('directions').hidden"), True)
