@@ -396,6 +396,14 @@ TitleTexts TextsOf(const Map& map) {
   return texts;
 }
 
+/// Writes the counts, in smaller letters where they are long.
+void DrawHeadline(Page& page, const std::string& text) {
+  TextStyle style{4.6, Align::Left, true, kInk};
+  const double room = kFrame.Width() - 6.0, width = page.WidthOf(text, style);
+  style.size *= std::min(1.0, room / width);
+  page.DrawText({kFrame.left + 3.0, kFrame.top + 7.4}, text, style);
+}
+
 std::string DrawMapPage(const Map& map, PictureFormat format, double fineness) {
   Page page(format, kPageWidth, kPageHeight);
   const double pixels = fineness * kPixelsPerMillimetre;
@@ -409,9 +417,7 @@ std::string DrawMapPage(const Map& map, PictureFormat format, double fineness) {
     DrawGrid(page, half);
   DrawMarks(page, map);
   const StateWords words = WordsOf(map);
-  const TextStyle headline{4.6, Align::Left, true, kInk};
-  page.DrawText({kFrame.left + 3.0, kFrame.top + 7.4},
-                page.Fitted(words.headline, kFrame.Width() - 6.0, headline), headline);
+  DrawHeadline(page, words.headline);
   DrawLegend(page, map, words);
   DrawTitleBlock(page, map.scene, kBlock, TextsOf(map), false);
   return page.Finish();

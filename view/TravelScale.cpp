@@ -11,7 +11,7 @@ namespace {
 constexpr double kMostTicks = 8.0;
 // Numbers of six digits differ when they are further apart than this part of their size.
 constexpr double kLeastPart = 2e-5;
-constexpr double kLeastOfLogarithm = 1e-3;
+constexpr double kLeastOfLogarithm = 1e-4;
 
 /// Returns the least of 1, 2, 5, 10, 20, 50 and so on that is at least `least`; 0 where it leaves
 /// the range of double.
@@ -37,7 +37,7 @@ std::vector<double> LinearTicks(double low, double high) {
 std::vector<double> LogarithmicTicks(double low, double high) {
   std::vector<double> ticks;
   const int first = static_cast<int>(std::floor(std::log10(low)));
-  for (int power = first; power <= first + 4; ++power) {
+  for (int power = first; power <= first + 5; ++power) {
     for (const double factor : {1.0, 2.0, 5.0}) {
       const double tick = factor * std::pow(10.0, power);
       if (tick >= low && tick <= high) ticks.push_back(tick);

@@ -28,7 +28,7 @@ struct TravelScale {
   bool isCut = false;           ///< there are travels below `low`, which count as `low`
 
   /// Returns the scale of some travels, which are positive and finite; an empty list has the scale
-  /// of zeros. A logarithmic scale has at most three powers of ten.
+  /// of zeros. A logarithmic scale has at most four powers of ten.
   static TravelScale Of(std::vector<double> travels);
 
   /// Returns the part of the scale from 0 to 1; a half for a scale of one travel.
@@ -36,8 +36,8 @@ struct TravelScale {
   Colour At(double travel) const { return ColourAt(PartOf(travel)); }
   /// Returns the colour of a part of the scale from 0 to 1.
   static Colour ColourAt(double part);
-  /// Returns round travels within the scale, at most ten; none for a scale of one travel and where
-  /// their numbers cannot be told apart.
+  /// Returns round travels within the scale, at most thirteen; none for a scale of one travel and
+  /// where their numbers cannot be told apart.
   std::vector<double> Ticks() const;
 };
 

@@ -151,6 +151,18 @@ TEST(SphereMap, WordsFollowTheQuestion) {
     EXPECT_GE(CountOf(textOf(), words), 1u) << words;
 }
 
+TEST(SphereMap, LongCountsAreWrittenInFull) {
+  Sample sample = FallingBox();
+  sample.scene.question.clearance = 0.1234567;
+  sample.scene.question.maxDistance = 123456.7;
+  const std::string text =
+      TextOf(DrawSphereMap(sample.scene, ThreeStates(30000), PictureFormat::Pdf));
+  EXPECT_EQ(CountOf(text, "30000 directions: 15000 free up to a travel of 123457, 7500 within "
+                          "0.123457 after a travel, 7500 within 0.123457 from the start"),
+            1u)
+      << text;
+}
+
 TEST(SphereMap, AFewOfManyAreNotNone) {
   const Sample sample = FallingBox();
   const std::vector<Answer> answers =

@@ -65,11 +65,13 @@ TEST(TravelScale, FewLongTravelsMakeItLogarithmic) {
   EXPECT_EQ(scale.PartOf(100.0), 1.0);
 }
 
-TEST(TravelScale, ALogarithmicScaleHasThreePowersOfTen) {
+TEST(TravelScale, ALogarithmicScaleHasFourPowersOfTen) {
   const TravelScale scale = TravelScale::Of({1e-17, 1.0, 1.0, 1.0, 50.0});
   EXPECT_TRUE(scale.isCut);
-  EXPECT_EQ(scale.low, 0.05);
+  EXPECT_EQ(scale.low, 0.005);
   EXPECT_EQ(scale.PartOf(1e-17), 0.0);
+  EXPECT_EQ(scale.Ticks(),
+            (std::vector<double>{0.005, 0.01, 0.02, 0.05, 0.1, 0.2, 0.5, 1, 2, 5, 10, 20, 50}));
 }
 
 TEST(TravelScale, OneTravelHasTheMiddleColour) {
