@@ -10,13 +10,12 @@ namespace gsl_view {
 using gsl_arithmetic::Coord3;
 using gsl_sweep::Answer;
 using gsl_sweep::Contact;
-using gsl_sweep::ContactKind;
 
 namespace {
 
 /// Returns the place of a value in a list; 0 for a value that is not in it.
-template <class Value, std::size_t count>
-std::uint32_t PlaceIn(const Value (&list)[count], Value value) {
+template <class Value, std::size_t kCount>
+std::uint32_t PlaceIn(const Value (&list)[kCount], Value value) {
   const auto found = std::find(std::begin(list), std::end(list), value);
   return found == std::end(list) ? 0u : static_cast<std::uint32_t>(found - std::begin(list));
 }
