@@ -4,7 +4,8 @@
 usage: check_symbols.py LIBRARY HOST_HEADER_FOLDER...
 
 The library may export the names that are declared GSL_API: its own names, and the host's templates over its
-classes. It may need the names of the C++ runtime, and names that a header of the host declares.
+classes. It may need the names of the C++ runtime, and names that a header of the host declares. It allocates through
+mem_Malloc and the plain allocation operators alone, which a host may replace.
 """
 
 import pathlib
@@ -24,6 +25,11 @@ EXPORTED_AFTER_RESULT = re.compile(r"^[\w:*& ]+ (?:gsl_\w+|(?:(?:atr|(?:omi|omu|
 STANDARD_TEMPLATE = re.compile(r"^(?:[\w:<>*& ,]+ )?(?:typeinfo (?:name )?for |vtable for |guard variable for )?(?:std|__gnu_cxx)::")
 
 OWN_VERSION = re.compile(r"(?:@@?|^)GSL_\d+\.\d+$")
+# Take memory that no host sees. A host that replaces the plain operators need not replace the aligned ones.
+AROUND_THE_HOST = re.compile(
+    r"^(?:(?:malloc|calloc|realloc|reallocarray|free|memalign|aligned_alloc|posix_memalign|valloc|str[n]?dup|v?asprintf)@"
+    r"|operator (?:new|delete)(?:\[\])?\(.*std::align_val_t)"
+)
 WORD = re.compile(r"[A-Za-z_]\w*")
 LANGUAGE = set(
     "bool char short int long float double void unsigned signed const volatile operator new delete "
@@ -79,6 +85,8 @@ def problems(library, folders):
             yield f"{name}: is exported, but does not belong to the interface of this library"
     declared = declared_words(folders)
     for kind, name in symbols(library, "--undefined-only"):
+        if AROUND_THE_HOST.match(name):
+            yield f"{name}: takes memory that the host does not see"
         if kind in "wv" or "@" in name:  # The name is optional, or belongs to a versioned system library.
             continue
         words = undeclared_words(name, declared)

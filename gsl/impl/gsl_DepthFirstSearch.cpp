@@ -1,5 +1,6 @@
 #include "gsl_DepthFirstSearch.h"
 
+#include "mem_Memory.h"
 #include "wide/gsl_WideKernels.h"
 
 #include <algorithm>
@@ -7,7 +8,6 @@
 #include <cstdint>
 #include <cstring>
 #include <memory>
-#include <new>
 
 // The order in which the vertices of a component are visited does not change the result: a
 // component is a set. So the rows that wait are a set too. They are scanned in the order of memory,
@@ -250,6 +250,10 @@ private:
   }
 };
 
+struct Release {
+  void operator()(std::uint64_t* words) const { mem_Free(words); }
+};
+
 /// Searches in the same way without working memory. The labels mark the unvisited vertices, and
 /// chain the vertices that wait.
 int LabelEntryByEntry(const bool* adjacency, int n, int* labels) {
@@ -282,8 +286,8 @@ int LabelEntryByEntry(const bool* adjacency, int n, int* labels) {
 void gsl_DepthFirstSearch(bool const* adjacency, int n, int* labels, int& count) {
   count = 0;
   if (n <= 0) return;
-  const std::unique_ptr<std::uint64_t[]> memory(new (std::nothrow)
-                                                    std::uint64_t[Labelling::MemoryFor(n)]);
+  const std::unique_ptr<std::uint64_t[], Release> memory(
+      static_cast<std::uint64_t*>(mem_Malloc(Labelling::MemoryFor(n) * sizeof(std::uint64_t))));
   count = memory != nullptr ? Labelling(adjacency, n, labels, memory.get()).LabelAll()
                             : LabelEntryByEntry(adjacency, n, labels);
 }

@@ -1,10 +1,11 @@
 #include "gsl_LinearEqnLUDSolver.h"
 
+#include "mem_Memory.h"
 #include "wide/LuSubstitution.h"
 #include "wide/gsl_LUDecomposition.h"
 
 #include <algorithm>
-#include <new>
+#include <cstddef>
 
 using gsl_wide::LuResult;
 using gsl_wide::LuSystem;
@@ -14,6 +15,12 @@ namespace {
 /// Row numbers, padded to whole blocks, are 32-bit integers.
 constexpr std::uint32_t kLargestSize = 2147483640;
 
+/// Returns null without memory. A system without rows has a block too.
+std::int32_t* AllocatePivots(std::uint32_t size) {
+  const std::size_t entries = std::max<std::size_t>(size, 1);
+  return static_cast<std::int32_t*>(mem_Malloc(entries * sizeof(std::int32_t)));
+}
+
 } // namespace
 
 gsl_LinearEqnLUDSolver::gsl_LinearEqnLUDSolver()
@@ -21,11 +28,11 @@ gsl_LinearEqnLUDSolver::gsl_LinearEqnLUDSolver()
       m_isDecomposed(false) {}
 
 gsl_LinearEqnLUDSolver::~gsl_LinearEqnLUDSolver() {
-  delete[] m_pivots;
+  mem_Free(m_pivots);
 }
 
 void gsl_LinearEqnLUDSolver::Reset() {
-  delete[] m_pivots;
+  mem_Free(m_pivots);
   m_pivots = nullptr;
   m_parity = 1;
   m_isSingular = false;
@@ -42,7 +49,7 @@ bool gsl_LinearEqnLUDSolver::Decompose() {
   if (m_matrix == nullptr) return false;
   if (m_isDecomposed) return true;
   if (m_size > kLargestSize) return false;
-  if (m_pivots == nullptr) m_pivots = new (std::nothrow) std::int32_t[m_size];
+  if (m_pivots == nullptr) m_pivots = AllocatePivots(m_size);
   if (m_pivots == nullptr) return false;
   LuSystem system = {m_matrix, static_cast<std::int32_t>(m_size), m_pivots, 1};
   const LuResult result = gsl_LUDecompose(system, gsl_BestWideKernels());

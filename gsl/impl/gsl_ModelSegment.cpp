@@ -3,6 +3,8 @@
 #include "kernel/Vector.h"
 #include "omu_PrimTuple.h"
 
+#include <memory>
+
 template class cow_COW<gsl_Dot, cow_Virtual<gsl_Dot>>;
 
 gsl_ModelSegment::gsl_ModelSegment() : m_uid(cls_Uid::AllocateUid()) {}
@@ -38,9 +40,9 @@ void gsl_ModelSegment::Regenerate(const ftr_FeatureList* features) {
 omu_Primitive* omu_ReturnPrim(const gsl_ModelSegment& segment) {
   const gsl_kernel::Coord3 unit = gsl_kernel::UnitComponents(segment.Direction().Measured());
   constexpr int kComponents = 3;
-  auto* const tuple = new omu_PrimTuple(kComponents, '(');
+  auto tuple = std::make_unique<omu_PrimTuple>(kComponents, '(');
   tuple->Put(unit.x);
   tuple->Put(unit.y);
   tuple->Put(unit.z);
-  return tuple;
+  return tuple.release();
 }

@@ -8,7 +8,18 @@ gsl_Plane::gsl_Plane(const gsl_Point& p, const gsl_Vector& n)
 
 gsl_Plane::gsl_Plane(const gsl_Plane&) = default;
 
-gsl_Plane& gsl_Plane::operator=(const gsl_Plane&) = default;
+gsl_Plane& gsl_Plane::operator=(const gsl_Plane& other) {
+  // The parent ids come first: nothing else needs memory, so a failure changes nothing.
+  m_parentIds = other.m_parentIds;
+  m_ok = other.m_ok;
+  m_point = other.m_point;
+  m_normal = other.m_normal;
+  m_method = other.m_method;
+  m_flip = other.m_flip;
+  m_ownerFeatId = other.m_ownerFeatId;
+  m_uid = other.m_uid;
+  return *this;
+}
 
 gsl_Plane::~gsl_Plane() = default;
 

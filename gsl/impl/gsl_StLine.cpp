@@ -16,7 +16,18 @@ gsl_StLine::gsl_StLine(const gsl_Point& p1, const gsl_Point& p2)
 
 gsl_StLine::gsl_StLine(const gsl_StLine&) = default;
 
-gsl_StLine& gsl_StLine::operator=(const gsl_StLine&) = default;
+gsl_StLine& gsl_StLine::operator=(const gsl_StLine& other) {
+  // The parent ids come first: nothing else needs memory, so a failure changes nothing.
+  m_parentIds = other.m_parentIds;
+  m_point = other.m_point;
+  m_direction = other.m_direction;
+  m_method = other.m_method;
+  m_flip = other.m_flip;
+  m_ok = other.m_ok;
+  m_ownerFeatId = other.m_ownerFeatId;
+  m_uid = other.m_uid;
+  return *this;
+}
 
 gsl_StLine::~gsl_StLine() = default;
 

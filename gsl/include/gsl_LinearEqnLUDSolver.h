@@ -21,7 +21,7 @@
 /// NaN        passes into the solution; a row that holds only NaN counts as a zero row.
 /// Memory     n 32-bit integers. One decomposition takes scratch memory and frees it before Solve
 ///            returns: none up to n = 16, below 1024 a copy of the matrix (at most n^2 + 89 n +
-///            25662 numbers), and from there at most 268 n + 102228 numbers. Without that memory n
+///            25670 numbers), and from there at most 268 n + 102236 numbers. Without that memory n
 ///            numbers are enough: slower, with the same bits.
 /// Errors     none thrown, none printed. Not copyable: the factors live in the caller's matrix.
 /// Threads    one solver belongs to one thread at a time.

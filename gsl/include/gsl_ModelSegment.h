@@ -80,7 +80,7 @@ private:
 
 /// Returns the unit direction of the segment as a new tuple of three numbers, which the caller
 /// owns. Each component is divided by the magnitude, or is 0.0 when the magnitude is exactly 0.0.
-/// An empty end makes it (0, 0, 1).
+/// An empty end makes it (0, 0, 1). Throws std::bad_alloc.
 [[nodiscard]] GSL_API omu_Primitive* omu_ReturnPrim(const gsl_ModelSegment& segment);
 
 #endif

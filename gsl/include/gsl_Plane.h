@@ -16,7 +16,8 @@ struct gsl_RecordLayout;
 /// Units     model units.
 /// Flip      stored, copied and persisted only. No operation applies it to the normal.
 /// Identity  a constructor other than the copies allocates a fresh uid; a copy keeps its source's.
-/// Errors    none. A zero or NaN normal is accepted; queries that divide by it state their result.
+/// Errors    std::bad_alloc from a copy and an assignment, which then change nothing. A zero or NaN
+///           normal is accepted; queries that divide by it state their result.
 class GSL_API gsl_Plane {
 public:
   /// The plane is x = 0: it passes through the origin with normal (1, 0, 0).

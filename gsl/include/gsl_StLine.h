@@ -20,7 +20,8 @@ struct gsl_RecordLayout;
 /// Flip       stored, copied and persisted only.
 /// Tolerance  gsl_Util fields, read at the call.
 /// Identity   a constructor other than the copies allocates a fresh uid; a copy keeps its source's.
-/// Errors     none; a zero direction is accepted.
+/// Errors     std::bad_alloc from a copy and an assignment, which then change nothing. A zero
+///            direction is accepted.
 class GSL_API gsl_StLine {
 public:
   /// The axis is the X axis.

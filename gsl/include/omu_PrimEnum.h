@@ -33,7 +33,8 @@ cow_String atr(const char* format, E value, S text);
 /// N       variant of the primitive; this library uses 1.
 /// Names   compared byte by byte, in full length and with case.
 /// Errors  a constructor given anything that the table does not hold throws
-///         omu_ValueErrorException with a null uid; nothing else throws.
+///         omu_ValueErrorException with a null uid. Without memory std::bad_alloc leaves the
+///         primitive as it was; nothing else throws.
 template <class E, int N>
 class GSL_API omu_PrimEnum : public omu_PrimEnumBase {
 public:

@@ -15,6 +15,7 @@
 #include "mem_Modules.h"
 #include "omu_xoObjVarray.h"
 
+#include <cstddef>
 #include <iterator>
 
 namespace {
@@ -81,17 +82,50 @@ void RegisterClasses() {
     registrar.initClassMetadata(registered.function, registered.flags);
 }
 
+/// A start in progress. An exception on the way stops what was started and takes the counts back.
+class Start {
+public:
+  explicit Start(int& count)
+      : m_count(count), m_started(0), m_hadSettings(omi_Singleton<gsl_Util>::Exists()),
+        m_keeps(false) {}
+  ~Start() {
+    if (m_keeps) return;
+    if (!m_hadSettings) omi_Singleton<gsl_Util>::Destroy();
+    while (m_started > 0)
+      kHostLibraries[--m_started].finalize(m_count);
+    --m_count;
+    --startCount;
+  }
+  Start(const Start&) = delete;
+  Start& operator=(const Start&) = delete;
+
+  void HostLibraries() {
+    for (const HostLibrary& library : kHostLibraries) {
+      library.initialize(m_count);
+      ++m_started;
+    }
+  }
+  void Keep() { m_keeps = true; }
+
+private:
+  int& m_count;
+  std::size_t m_started;
+  const bool m_hadSettings;
+  bool m_keeps;
+};
+
 } // namespace
 
 void gsl_initialize(int& count) {
   if (startCount++ != 0) return;
   ++count;
-  for (const HostLibrary& library : kHostLibraries)
-    library.initialize(count);
+  Start start(count);
+  start.HostLibraries();
   const typ_ArchCompEntry entry(gsl_kTypeTable, gsl_kTypeTableRows);
   typ_ArchCompTable::InsertEntry(gsl_kModuleNumber, entry);
   omi_Singleton<gsl_Util>::Instance();
   RegisterClasses();
+  start.Keep();
 }
 
 void gsl_finalize(int& count) {

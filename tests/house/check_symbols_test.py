@@ -42,6 +42,16 @@ class Needs(unittest.TestCase):
         self.assertEqual(self.undeclared("cls_Uid::Secret()"), ["Secret"])
         self.assertEqual(self.undeclared("mem_Pool(unsigned long)"), ["mem_Pool"])
 
+    def test_memory_comes_from_the_host(self):
+        for name in ("malloc@GLIBC_2.2.5", "free@GLIBC_2.2.5", "strdup@GLIBC_2.2.5", "posix_memalign@GLIBC_2.2.5",
+                     "operator new[](unsigned long, std::align_val_t, std::nothrow_t const&)@CXXABI_1.3.11",
+                     "operator delete(void*, std::align_val_t)@CXXABI_1.3.11"):
+            self.assertTrue(check_symbols.AROUND_THE_HOST.match(name), name)
+        for name in ("mem_Malloc(unsigned long)", "mem_Free(void*)", "operator new(unsigned long)@GLIBCXX_3.4",
+                     "operator delete(void*, unsigned long)@CXXABI_1.3.9", "strlen@GLIBC_2.2.5",
+                     "__cxa_allocate_exception@CXXABI_1.3"):
+            self.assertFalse(check_symbols.AROUND_THE_HOST.match(name), name)
+
     def test_names_of_these_libraries_lose_their_version(self):
         for name, stripped in (("cow_String::cow_String()@GSL_0.2", "cow_String::cow_String()"),
                                ("vtable for gsl_Plane@@GSL_12.34", "vtable for gsl_Plane"), ("GSL_0.2", ""),

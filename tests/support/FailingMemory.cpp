@@ -1,8 +1,10 @@
 #include "FailingMemory.h"
 
+#include "mem_Memory.h"
+
 #include <algorithm>
+#include <cstdlib>
 #include <limits>
-#include <new>
 
 namespace {
 
@@ -29,21 +31,9 @@ std::size_t FailingMemory::LargestAsked() const {
   return largestAsked;
 }
 
-// These operators replace the standard operators in the whole program and the library.
-void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {
-  if (IsRefused(size)) return nullptr;
-  try {
-    return ::operator new[](size);
-  } catch (const std::bad_alloc&) {
-    return nullptr;
-  }
-}
-
-void* operator new[](std::size_t size, std::align_val_t alignment, const std::nothrow_t&) noexcept {
-  if (IsRefused(size)) return nullptr;
-  try {
-    return ::operator new[](size, alignment);
-  } catch (const std::bad_alloc&) {
-    return nullptr;
-  }
+// The program's definition comes before the host's, also for the library. The host frees the
+// blocks.
+void* mem_Malloc(std::size_t size) {
+  if (size == 0 || IsRefused(size)) return nullptr;
+  return std::malloc(size);
 }

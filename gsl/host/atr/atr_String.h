@@ -16,6 +16,12 @@ public:
   explicit atr_String(const char* text);
   /// Holds a copy of the text.
   explicit atr_String(const std::string& text);
+  atr_String(const atr_String&) = default;
+  atr_String(atr_String&&) noexcept = default;
+  /// After std::bad_alloc the text is as it was.
+  atr_String& operator=(const atr_String& other) { return *this = atr_String(other); }
+  atr_String& operator=(atr_String&&) noexcept = default;
+  ~atr_String() = default;
 
   const char* CStr() const { return m_text.c_str(); }
   std::size_t Length() const { return m_text.size(); }
@@ -53,7 +59,7 @@ GSL_HOST_API atr_String atr_translate(const char* format);
 
 /// Fills every open place of that position and kind. Returns false, and changes nothing, when there
 /// is no such place. Text that was filled in is never searched for arguments again. Null text is
-/// the empty text.
+/// the empty text. After std::bad_alloc the message is as it was.
 GSL_HOST_API bool atr_SubstituteFormat(atr_String& message, int position, const char* value);
 /// Does the same with an integer.
 GSL_HOST_API bool atr_SubstituteFormat(atr_String& message, int position, int value);

@@ -23,7 +23,8 @@ public:
   cls_ClassRegistrar& operator=(const cls_ClassRegistrar&) = delete;
 
   /// Registers the adapter's class and takes over the adapter. A class that is registered already
-  /// keeps its place, and what it declared before is forgotten.
+  /// keeps its place, and what it declared before is forgotten. After an exception the registrar is
+  /// as it was, and the adapter is deleted.
   cls_ClassMetadata& AddClassMD(cls_TypeAdapterBase* adapter);
 
   std::size_t ClassCount() const { return m_classes.size(); }
@@ -33,7 +34,8 @@ public:
   const cls_ClassMetadata* FindClass(unsigned int typeId) const;
 
   /// Returns whether `dynType` is `queried` or derives from it. This is true for one class and
-  /// itself, also when the class is not registered.
+  /// itself, also when the class is not registered. Allocates nothing for a class with at most 31
+  /// bases, direct and indirect; std::bad_alloc otherwise.
   [[nodiscard]] bool InheritanceCheck(unsigned int dynType, unsigned int queried) const;
 
   /// Returns a new object of the class that the record names, as a pointer to the class `typeId`.

@@ -16,6 +16,7 @@
 #include <string_view>
 #include <type_traits>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 class cls_ListReader;
@@ -92,7 +93,8 @@ public:
   }
 
   /// Reads the object that a field holds or refers to into a holder. An object that this load has
-  /// read before is shared. The holder is empty for a null and for a missing field.
+  /// read before is shared. The holder is empty for a null and for a missing field, and as it was
+  /// after an exception.
   template <class Holder>
   void ReadObject(const cls_FieldHandle& field, Holder& holder) const;
 
@@ -192,11 +194,12 @@ void cls_ReadVisitor::ReadObject(const cls_FieldHandle& field, Holder& holder) c
   }
   BeingRead guard{*this, object};
   const cls_ReadVisitor child(m_load, record, m_depth + 1, place);
-  holder = Holder::Adopt(child.Create<T>());
+  Holder made = Holder::Adopt(child.Create<T>());
   // A holder that finds no memory stays empty; without an exception the object would be lost.
-  if (holder.Get() == nullptr) throw std::bad_alloc();
-  Remember(object, holder);
+  if (made.Get() == nullptr) throw std::bad_alloc();
+  Remember(object, made);
   guard.done = true;
+  holder = std::move(made);
 }
 
 template <class T>

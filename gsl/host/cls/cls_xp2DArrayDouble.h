@@ -22,7 +22,14 @@ public:
   explicit cls_xp2DArrayDouble(const cls_ReadVisitor& visitor);
   cls_xp2DArrayDouble(const cls_xp2DArrayDouble&) = default;
   cls_xp2DArrayDouble(cls_xp2DArrayDouble&& other) noexcept;
-  cls_xp2DArrayDouble& operator=(const cls_xp2DArrayDouble&) = default;
+  /// After std::bad_alloc the matrix is as it was.
+  cls_xp2DArrayDouble& operator=(const cls_xp2DArrayDouble& other) {
+    m_entries = other.m_entries;
+    m_rows = other.m_rows;
+    m_columns = other.m_columns;
+    m_uid = other.m_uid;
+    return *this;
+  }
   cls_xp2DArrayDouble& operator=(cls_xp2DArrayDouble&& other) noexcept;
 
   std::size_t Rows() const { return m_rows; }

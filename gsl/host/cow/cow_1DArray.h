@@ -26,15 +26,18 @@ public:
   /// Returns an element that may be changed; the array is copied away from its other owners first.
   /// Does not check the range.
   T& Writable(std::size_t i) { return m_body.Write()[i]; }
-  /// `value` may be an element of this array.
+  /// `value` may be an element of this array. After an exception the array is as it was.
   void Append(const T& value) {
-    if (m_body.IsShared()) {
-      // The other owners may delete the element meanwhile.
-      T kept(value);
-      m_body.Write().push_back(std::move(kept));
-    } else {
+    if (m_body.Read() != nullptr && !m_body.IsShared()) {
       m_body.Write().push_back(value);
+      return;
     }
+    // The elements are complete before they replace what the array shares, or its emptiness.
+    std::vector<T> grown;
+    grown.reserve(Count() + 1);
+    grown.insert(grown.end(), begin(), end());
+    grown.push_back(value);
+    m_body = cow_Body<std::vector<T>>(std::move(grown));
   }
   void Clear() { m_body = cow_Body<std::vector<T>>(); }
 

@@ -20,16 +20,16 @@ public:
   std::size_t Count() const { return static_cast<std::size_t>(End() - Begin()); }
   [[nodiscard]] bool IsEmpty() const { return Count() == 0; }
 
-  /// Returns false, and keeps the entry as it is, for a key that is there already.
+  /// Returns false, and keeps the entry as it is, for a key that is there already. After an
+  /// exception the map is as it was.
   bool Insert(const K& key, const V& value) {
     if (Find(key) != nullptr) return false;
-    Contents& contents = m_body.Write();
-    contents.entries.emplace_back(key, value);
-    try {
-      contents.positions.emplace(key, contents.entries.size() - 1);
-    } catch (...) {
-      contents.entries.pop_back();
-      throw;
+    if (m_body.Read() != nullptr && !m_body.IsShared()) {
+      m_body.Write().Add(key, value);
+    } else {
+      Contents own = m_body.Read() != nullptr ? *m_body.Read() : Contents();
+      own.Add(key, value);
+      m_body = cow_Body<Contents>(std::move(own));
     }
     return true;
   }
@@ -53,6 +53,16 @@ private:
   struct Contents {
     std::vector<Entry> entries;
     std::unordered_map<K, std::size_t> positions;
+
+    void Add(const K& key, const V& value) {
+      entries.emplace_back(key, value);
+      try {
+        positions.emplace(key, entries.size() - 1);
+      } catch (...) {
+        entries.pop_back();
+        throw;
+      }
+    }
   };
 
   const Entry* Begin() const {

@@ -9,7 +9,7 @@
 
 /// Reference-counted immutable text; copies share one buffer. The text consists of bytes, not of
 /// characters, and has a terminating zero. The count is atomic: copies in different threads are
-/// independent.
+/// independent. Copying bytes throws std::bad_alloc; copying a text does not.
 class GSL_HOST_API cow_String {
 public:
   /// Makes the empty text without an allocation.

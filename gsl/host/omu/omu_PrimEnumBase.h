@@ -41,7 +41,12 @@ protected:
   /// Reads the name as it is stored, empty when the record has no name. The value is 0.
   explicit omu_PrimEnumBase(const cls_ReadVisitor& visitor);
   omu_PrimEnumBase(const omu_PrimEnumBase&) = default;
-  omu_PrimEnumBase& operator=(const omu_PrimEnumBase&) = default;
+  /// After std::bad_alloc the value and the name are as they were.
+  omu_PrimEnumBase& operator=(const omu_PrimEnumBase& other) {
+    m_currentName = other.m_currentName;
+    m_currentValue = other.m_currentValue;
+    return *this;
+  }
 
   /// Changes the value and its name.
   void Set(std::int32_t newValue, const char* newName);

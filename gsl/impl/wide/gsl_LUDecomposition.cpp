@@ -1,8 +1,10 @@
 #include "wide/gsl_LUDecomposition.h"
 
+#include "mem_Memory.h"
 #include "wide/LuUnblocked.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <cstring>
 #include <limits>
 #include <memory>
@@ -23,14 +25,19 @@ constexpr std::int32_t kInPlaceSize = 1024;
 constexpr std::size_t kCacheLine = 64;
 
 struct Release {
-  void operator()(double* p) const { ::operator delete[](p, std::align_val_t{kCacheLine}); }
+  void operator()(double* p) const { mem_Free(p); }
 };
 using Scratch = std::unique_ptr<double[], Release>;
 
 Scratch Allocate(std::size_t doubles) {
   if (doubles > std::numeric_limits<std::size_t>::max() / (2 * sizeof(double))) return nullptr;
-  return Scratch(static_cast<double*>(
-      ::operator new[](doubles * sizeof(double), std::align_val_t{kCacheLine}, std::nothrow)));
+  return Scratch(static_cast<double*>(mem_Malloc(doubles * sizeof(double))));
+}
+
+/// Returns the first cache line of the block. At most one line of the block comes before it.
+double* FirstCacheLine(double* block) {
+  const std::uintptr_t past = reinterpret_cast<std::uintptr_t>(block) % kCacheLine;
+  return past == 0 ? block : block + (kCacheLine - past) / sizeof(double);
 }
 
 std::ptrdiff_t RoundUp(std::ptrdiff_t n) {
@@ -40,7 +47,7 @@ std::ptrdiff_t RoundUp(std::ptrdiff_t n) {
 /// Divides the scratch block into areas, each on a cache line of its own.
 class ScratchAreas {
 public:
-  explicit ScratchAreas(double* block) : m_next(block) {}
+  explicit ScratchAreas(double* block) : m_next(FirstCacheLine(block)) {}
   double* Take(std::ptrdiff_t doubles) {
     double* const area = m_next;
     m_next += RoundUp(doubles);
@@ -76,8 +83,9 @@ public:
   bool AllocateScratch() {
     const std::ptrdiff_t copy =
         m_inPlace ? RoundUp(m_size) * kSlice + m_work.padded : m_work.padded * m_stride;
+    constexpr std::ptrdiff_t kToAlign = kCacheLine / sizeof(double);
     const std::ptrdiff_t total =
-        copy + 3 * m_work.padded + SlicesOf(m_work.panel) + m_work.panel * m_work.strip;
+        kToAlign + copy + 3 * m_work.padded + SlicesOf(m_work.panel) + m_work.panel * m_work.strip;
     m_scratch = Allocate(static_cast<std::size_t>(total));
     if (m_scratch == nullptr) return false;
     ScratchAreas areas(m_scratch.get());

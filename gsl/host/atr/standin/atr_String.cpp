@@ -1,5 +1,6 @@
 #include "atr_String.h"
 
+#include <algorithm>
 #include <map>
 #include <mutex>
 
@@ -48,9 +49,15 @@ void atr_String::FindArguments() {
 }
 
 bool atr_String::Substitute(int position, char kind, const std::string& value) {
-  bool filled = false;
+  const auto isMeant = [position, kind](const OpenArgument& argument) {
+    return argument.position == position && argument.kind == kind;
+  };
+  const auto places = std::count_if(m_open.begin(), m_open.end(), isMeant);
+  if (places == 0) return false;
+  // Once there is room for every place, nothing below can fail halfway.
+  m_text.reserve(m_text.size() + static_cast<std::size_t>(places) * value.size());
   for (std::size_t i = 0; i < m_open.size();) {
-    if (m_open[i].position != position || m_open[i].kind != kind) {
+    if (!isMeant(m_open[i])) {
       ++i;
       continue;
     }
@@ -60,9 +67,8 @@ bool atr_String::Substitute(int position, char kind, const std::string& value) {
     for (std::size_t later = i; later < m_open.size(); ++later) {
       m_open[later].offset = m_open[later].offset - argument.length + value.size();
     }
-    filled = true;
   }
-  return filled;
+  return true;
 }
 
 atr_String atr_translate(const char* format) {

@@ -4,6 +4,7 @@
 #include "cls_RecordException.h"
 
 #include <algorithm>
+#include <array>
 
 namespace {
 
@@ -12,6 +13,65 @@ constexpr const char* kSourceUnit = "gsl/host/cls/cls_ClassRegistrar";
 [[noreturn]] void Refuse(const char* why, int line, const cls_Uid& uid) {
   nex_Exception::Throw(cls_RecordException(why, uid), kSourceUnit, line);
 }
+
+/// A class on the way from a class to its bases.
+struct Step {
+  unsigned int typeId;
+  std::size_t previous;
+  cls_ClassMetadata::Conversion convert;
+};
+
+/// The classes that a search has found. The first of them need no memory, so that a question about
+/// a class with few bases allocates nothing.
+class Steps {
+public:
+  /// Searches breadth first over the declared bases, until the last step is the class `to`. Visits
+  /// each class once, so that it ends for bases that were declared in a circle.
+  [[nodiscard]] bool Find(const cls_ClassRegistrar& classes, unsigned int from, unsigned int to) {
+    Add({from, 0, nullptr});
+    for (std::size_t i = 0; i < m_count; ++i) {
+      const cls_ClassMetadata* const here = classes.FindClass(At(i).typeId);
+      if (here == nullptr) continue;
+      for (const cls_ClassMetadata::Base& base : here->Bases()) {
+        if (HasSeen(base.typeId)) continue;
+        Add({base.typeId, i, base.convert});
+        if (base.typeId == to) return true;
+      }
+    }
+    return false;
+  }
+  /// Returns the conversions from the first class to the last.
+  std::vector<cls_ClassMetadata::Conversion> ConversionsToLast() const {
+    std::vector<cls_ClassMetadata::Conversion> path;
+    for (std::size_t at = m_count - 1; at != 0; at = At(at).previous)
+      path.push_back(At(at).convert);
+    std::reverse(path.begin(), path.end());
+    return path;
+  }
+
+private:
+  static constexpr std::size_t kFirst = 32;
+
+  const Step& At(std::size_t i) const { return i < kFirst ? m_first[i] : m_others[i - kFirst]; }
+  void Add(const Step& step) {
+    if (m_count < kFirst) {
+      m_first[m_count] = step;
+    } else {
+      m_others.push_back(step);
+    }
+    ++m_count;
+  }
+  [[nodiscard]] bool HasSeen(unsigned int typeId) const {
+    for (std::size_t i = 0; i < m_count; ++i) {
+      if (At(i).typeId == typeId) return true;
+    }
+    return false;
+  }
+
+  std::array<Step, kFirst> m_first;
+  std::vector<Step> m_others;
+  std::size_t m_count = 0;
+};
 
 } // namespace
 
@@ -30,7 +90,12 @@ cls_ClassMetadata& cls_ClassRegistrar::AddClassMD(cls_TypeAdapterBase* adapter) 
     return *m_classes[known->second];
   }
   m_classes.push_back(std::move(made));
-  m_placeOf.emplace(typeId, m_classes.size() - 1);
+  try {
+    m_placeOf.emplace(typeId, m_classes.size() - 1);
+  } catch (...) {
+    m_classes.pop_back();
+    throw;
+  }
   return *m_classes.back();
 }
 
@@ -40,37 +105,17 @@ const cls_ClassMetadata* cls_ClassRegistrar::FindClass(unsigned int typeId) cons
 }
 
 bool cls_ClassRegistrar::InheritanceCheck(unsigned int dynType, unsigned int queried) const {
-  std::vector<cls_ClassMetadata::Conversion> path;
-  return FindPath(dynType, queried, path);
+  Steps steps;
+  return dynType == queried || steps.Find(*this, dynType, queried);
 }
 
 bool cls_ClassRegistrar::FindPath(unsigned int from, unsigned int to,
                                   std::vector<cls_ClassMetadata::Conversion>& path) const {
-  struct Step {
-    unsigned int typeId;
-    std::size_t previous;
-    cls_ClassMetadata::Conversion convert;
-  };
   if (from == to) return true;
-  // The search goes breadth first over the declared bases and visits each class once, so that it
-  // ends for bases that were declared in a circle.
-  std::vector<Step> steps = {{from, 0, nullptr}};
-  for (std::size_t i = 0; i < steps.size(); ++i) {
-    const cls_ClassMetadata* const here = FindClass(steps[i].typeId);
-    if (here == nullptr) continue;
-    for (const cls_ClassMetadata::Base& base : here->Bases()) {
-      const bool seen = std::any_of(steps.begin(), steps.end(),
-                                    [&](const Step& s) { return s.typeId == base.typeId; });
-      if (seen) continue;
-      steps.push_back({base.typeId, i, base.convert});
-      if (base.typeId != to) continue;
-      for (std::size_t at = steps.size() - 1; at != 0; at = steps[at].previous)
-        path.push_back(steps[at].convert);
-      std::reverse(path.begin(), path.end());
-      return true;
-    }
-  }
-  return false;
+  Steps steps;
+  if (!steps.Find(*this, from, to)) return false;
+  path = steps.ConversionsToLast();
+  return true;
 }
 
 void* cls_ClassRegistrar::Create(const cls_ReadVisitor& visitor, unsigned int typeId) const {
