@@ -12,6 +12,7 @@
 #include <cstring>
 #include <fcntl.h>
 #include <memory>
+#include <new>
 #include <string>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -35,7 +36,10 @@ std::string FolderOf(const std::string& path) {
 std::string ResolvedPath(const std::string& path) {
   const std::unique_ptr<char, decltype(&std::free)> resolved(realpath(path.c_str(), nullptr),
                                                              &std::free);
-  return resolved != nullptr ? std::string(resolved.get()) : path;
+  if (resolved != nullptr) return resolved.get();
+  // The path itself would replace a link.
+  if (errno == ENOMEM) throw std::bad_alloc();
+  return path;
 }
 
 /// A descriptor that is closed when it goes out of scope.
@@ -49,6 +53,8 @@ public:
   Descriptor& operator=(const Descriptor&) = delete;
 
   int Number() const { return m_descriptor; }
+  /// Returns the descriptor, which the caller closes.
+  int Release() { return std::exchange(m_descriptor, -1); }
   /// Returns 0, or the error.
   int Close() {
     const int status = close(m_descriptor);
@@ -103,10 +109,10 @@ public:
 
 private:
   int Create(const std::string& place) {
-    const int number = open(FolderOf(place).c_str(), O_WRONLY | O_TMPFILE | O_CLOEXEC, 0666);
-    if (number >= 0) {
-      if (access(PathOf(number).c_str(), F_OK) == 0) return number;
-      close(number); // without /proc the file could not get a name
+    Descriptor unnamed(open(FolderOf(place).c_str(), O_WRONLY | O_TMPFILE | O_CLOEXEC, 0666));
+    if (unnamed.Number() >= 0) {
+      if (access(PathOf(unnamed.Number()).c_str(), F_OK) == 0) return unnamed.Release();
+      unnamed.Close(); // without /proc the file could not get a name
     }
     return CreateNamed(place);
   }
@@ -195,10 +201,10 @@ void gsl_SaveRecords(const gsl_RecordStore& store, const std::string& path) {
   const std::vector<unsigned char> sums = body.Finish();
   file.Write(place, {sums.data(), sums.size()});
   file.Close(place);
-  file.MoveTo(place);
   // The rename is on the disk when the folder is; a folder that cannot be opened is left to the
-  // system.
+  // system. It is opened first: once the file is in its place, nothing may fail.
   const Descriptor folder(open(FolderOf(place).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  file.MoveTo(place);
   if (folder.Number() >= 0) fsync(folder.Number());
 }
 

@@ -10,7 +10,8 @@
 /// are written beside it, flushed to the disk, and renamed. A file that exists is replaced and
 /// keeps its permissions. A symbolic link to a file stays, and the file is replaced.
 ///
-/// Errors  gsl_RecordError that names the file and the reason; the file is then as it was before.
+/// Errors  gsl_RecordError that names the file and the reason, and std::bad_alloc; the file is then
+///         as it was before.
 GSL_RECORDS_API void gsl_SaveRecords(const gsl_RecordStore& store, const std::string& path);
 
 /// Loads the records of a file.

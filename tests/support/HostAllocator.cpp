@@ -8,16 +8,17 @@
 #include <atomic>
 #include <cerrno>
 #include <cstddef>
-#include <cstdio>
+#include <cstdint>
 #include <cstdlib>
-#include <cstring>
 #include <new>
+#include <string>
+#include <string_view>
 
 namespace {
 
 std::atomic<long> liveBlocks{0};
 std::atomic<long> allocationsAround{0};
-char lastAllocationAround[256] = "";
+std::atomic<void*> lastCallerAround{nullptr};
 
 std::atomic<bool> isWatching{false};
 std::atomic<bool> isMallocIncluded{false};
@@ -71,8 +72,10 @@ long AllocationsAround() {
   return allocationsAround.load(std::memory_order_relaxed);
 }
 
-const char* LastAllocationAround() {
-  return lastAllocationAround;
+std::string LastAllocationAround() {
+  Dl_info where = {};
+  if (dladdr(lastCallerAround.load(), &where) == 0) return "?";
+  return std::string(where.dli_fname) + ": " + (where.dli_sname != nullptr ? where.dli_sname : "?");
 }
 
 FailingNth::FailingNth(long successes, Allocations which) {
@@ -147,31 +150,47 @@ bool SeesAllocationsAround() {
 
 namespace {
 
-bool IsStorageOfException(const char* function) {
-  return std::strcmp(function, "__cxa_allocate_exception") == 0 ||
-         std::strcmp(function, "__cxa_allocate_dependent_exception") == 0;
+enum class Caller { Exception, Records, Other };
+
+/// Finds who asks for memory, by its code.
+Caller Identify(void* code) {
+  Dl_info where = {};
+  if (dladdr(code, &where) == 0) return Caller::Other;
+  // The storage of exceptions in flight belongs to the language.
+  const std::string_view function = where.dli_sname != nullptr ? where.dli_sname : "";
+  if (function == "__cxa_allocate_exception") return Caller::Exception;
+  if (function == "__cxa_allocate_dependent_exception") return Caller::Exception;
+  // The store of records serves programs without a host, too.
+  const std::string_view library = where.dli_fname != nullptr ? where.dli_fname : "";
+  const bool isRecords = library.find("libgsl_records") != std::string_view::npos;
+  return isRecords ? Caller::Records : Caller::Other;
 }
 
-/// The store of records serves programs without a host, too.
-bool IsStoreOfRecords(const char* library) {
-  return std::strstr(library, "libgsl_records") != nullptr;
+/// Remembers callers, because finding their names takes longer than most operations.
+Caller CallerOf(void* code) {
+  constexpr std::size_t kPlaces = 1024;
+  struct Known {
+    void* code;
+    Caller caller;
+  };
+  static thread_local Known known[kPlaces] = {};
+  Known& place = known[reinterpret_cast<std::uintptr_t>(code) / 4 % kPlaces];
+  if (place.code != code) place = {code, Identify(code)};
+  return place.caller;
 }
 
 /// Returns whether an allocation that the host does not see fails.
-bool FailsAround(void* caller) {
+bool FailsAround(void* code) {
   if (!isWatching || isInside) return false;
   isInside = true;
-  Dl_info where = {};
-  const bool isKnown = dladdr(caller, &where) != 0;
-  const char* const library = isKnown && where.dli_fname != nullptr ? where.dli_fname : "?";
-  const char* const function = isKnown && where.dli_sname != nullptr ? where.dli_sname : "?";
-  const bool canFail = !IsStorageOfException(function);
-  if (canFail && !IsStoreOfRecords(library)) {
-    allocationsAround.fetch_add(1, std::memory_order_relaxed);
-    std::snprintf(lastAllocationAround, sizeof lastAllocationAround, "%s: %s", library, function);
-  }
+  const Caller caller = CallerOf(code);
   isInside = false;
-  return canFail && isMallocIncluded && FailsNow();
+  if (caller == Caller::Exception) return false;
+  if (caller != Caller::Records) {
+    allocationsAround.fetch_add(1, std::memory_order_relaxed);
+    lastCallerAround = code;
+  }
+  return isMallocIncluded && FailsNow();
 }
 
 void* NewBlock(void* block) {

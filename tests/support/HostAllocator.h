@@ -1,6 +1,8 @@
 #ifndef HOST_ALLOCATOR_H
 #define HOST_ALLOCATOR_H
 
+#include <string>
+
 /// Counts what the process allocates through mem_Malloc, mem_Realloc and the global allocation
 /// operators, which are the host's. Programs that use it link HostAllocator.cpp, which replaces
 /// them in the program and in every library.
@@ -15,7 +17,7 @@ long LiveBlocks();
 long AllocationsAround();
 
 /// Returns the function that took memory in another way last, "library: function".
-const char* LastAllocationAround();
+std::string LastAllocationAround();
 
 /// Returns whether AllocationsAround can count.
 bool SeesAllocationsAround();
