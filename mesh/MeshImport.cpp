@@ -11,6 +11,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
+#include <new>
 #include <system_error>
 #include <vector>
 
@@ -120,11 +121,11 @@ public:
     posix_spawn_file_actions_init(&m_actions);
     posix_spawnattr_init(&m_attributes);
     for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
-      posix_spawn_file_actions_addopen(&m_actions, stream, "/dev/null", O_RDWR, 0);
-    posix_spawn_file_actions_adddup2(&m_actions, answer, protocol::kAnswerDescriptor);
+      Note(posix_spawn_file_actions_addopen(&m_actions, stream, "/dev/null", O_RDWR, 0));
+    Note(posix_spawn_file_actions_adddup2(&m_actions, answer, protocol::kAnswerDescriptor));
 #ifdef __GLIBC_PREREQ
 #if __GLIBC_PREREQ(2, 34)
-    posix_spawn_file_actions_addclosefrom_np(&m_actions, protocol::kAnswerDescriptor + 1);
+    Note(posix_spawn_file_actions_addclosefrom_np(&m_actions, protocol::kAnswerDescriptor + 1));
 #endif
 #endif
     // Signals that the caller's thread blocks would stay blocked.
@@ -142,6 +143,7 @@ public:
 
   /// Returns the error, or 0.
   int Start(pid_t& process, std::vector<std::string> arguments) const {
+    if (m_error != 0) return m_error;
     std::vector<char*> pointers;
     pointers.reserve(arguments.size() + 1);
     for (std::string& argument : arguments)
@@ -151,11 +153,18 @@ public:
   }
 
 private:
+  /// Keeps the first error: a program that starts without a part of the plan would misbehave.
+  void Note(int error) {
+    if (m_error == 0) m_error = error;
+  }
+
   posix_spawn_file_actions_t m_actions;
   posix_spawnattr_t m_attributes;
+  int m_error = 0;
 };
 
 [[noreturn]] void FailStart(const MeshSource& source, const std::string& program, int error) {
+  if (error == ENOMEM) throw std::bad_alloc();
   const std::string what = error == ENOENT ? "is missing" : std::strerror(error);
   FailRead(source, "is not STL, PLY, OBJ or OFF, and the program that reads other formats cannot "
                    "be started: " +

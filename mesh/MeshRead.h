@@ -19,7 +19,8 @@ namespace gsl_mesh {
 ///            warning.
 /// Progress   is reported, unless it is empty, every few hundred kilobytes; of formats that Assimp
 ///            reads only while the file is loaded.
-/// Errors     MeshError when the file cannot be read, is damaged, or holds no triangle.
+/// Errors     MeshError when the file cannot be read, is damaged, or holds no triangle, and when
+///            memory runs out.
 Mesh ReadMesh(const std::string& path, const MeshProgress& progress = {});
 
 /// Reads a mesh from an open file descriptor, such as standard input, to its end. Messages call the
@@ -33,7 +34,7 @@ Mesh ReadMeshFromStream(int descriptor, const std::string& name, MeshFormat form
                         const MeshProgress& progress = {});
 
 /// Reads a mesh that is already in memory; messages call it `name`. Requires a format other than
-/// MeshFormat::Assimp, whose files may refer to other files.
+/// MeshFormat::Assimp, whose files may refer to other files. Throws MeshError and std::bad_alloc.
 Mesh ReadMeshFromMemory(std::string_view bytes, const std::string& name, MeshFormat format);
 
 /// Returns the format that ReadMesh would choose for these contents and this name.

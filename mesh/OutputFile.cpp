@@ -7,6 +7,8 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <memory>
+#include <new>
 #include <random>
 
 #include <fcntl.h>
@@ -60,11 +62,12 @@ std::string Reason(int error) {
 
 /// Returns the path with its symbolic links resolved.
 std::string Resolved(const std::string& path) {
-  char* const real = realpath(path.c_str(), nullptr);
-  if (real == nullptr) return path;
-  std::string result = real;
-  std::free(real);
-  return result;
+  const std::unique_ptr<char, decltype(&std::free)> real(realpath(path.c_str(), nullptr),
+                                                         &std::free);
+  if (real != nullptr) return real.get();
+  // The path itself would replace a link.
+  if (errno == ENOMEM) throw std::bad_alloc();
+  return path;
 }
 
 /// True when the file exists and may be replaced.

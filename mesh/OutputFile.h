@@ -24,7 +24,7 @@ public:
 /// Existing   an existing file is kept, with OutputError, unless `force` is set; so is a file that
 ///            appears before Commit. With `force` the new file takes the permissions of the old
 ///            file. Directories, devices and pipes are never replaced.
-/// Errors     OutputError; the temporary file is then removed by the destructor.
+/// Errors     OutputError and std::bad_alloc; the temporary file is then removed by the destructor.
 class OutputFile {
 public:
   OutputFile(const std::string& path, bool force);
