@@ -102,7 +102,7 @@ public:
   ///
   /// Errors     std::invalid_argument for a corner that is not the number of a vertex (the text
   ///            names the first) and for counts that do not fit; std::length_error for more than
-  ///            2^31 - 1 triangles.
+  ///            2^31 - 1 triangles; std::bad_alloc, as from every member that makes or asks.
   explicit Body(const TriangleView& view);
   ~Body();
   Body(const Body&);
@@ -341,7 +341,9 @@ struct LeftOut {
 ///            and Question::clearance refuse. In a batch the text names the question, and no
 ///            question is answered. std::overflow_error for a travel or a point beyond the range of
 ///            double. In a batch every other question is answered first. The text names the first
-///            such question, whose answer is Cancelled.
+///            such question, whose answer is Cancelled. std::bad_alloc, unless what lacks memory
+///            only saves time. The answers of a batch that were not reached are then Cancelled, and
+///            the pair can be asked again.
 /// C++ move   After a move from a pair, it can only be assigned to or destroyed.
 class GSL_SWEEP_API Pair {
 public:
