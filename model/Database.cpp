@@ -156,6 +156,10 @@ void Database::Close::operator()(sqlite3* connection) const {
   sqlite3_close_v2(connection);
 }
 
+void Database::Close::operator()(sqlite3_stmt* statement) const {
+  sqlite3_finalize(statement);
+}
+
 Database::Database(const std::string& path, Access access, std::chrono::milliseconds patience)
     : m_path(path) {
   CheckPath(access);
@@ -179,6 +183,10 @@ Database::Database(const std::string& path, Access access, std::chrono::millisec
   sqlite3_db_config(connection, SQLITE_DBCONFIG_ENABLE_TRIGGER, 0, nullptr);
   Run("PRAGMA trusted_schema = OFF; PRAGMA cell_size_check = ON; PRAGMA foreign_keys = ON; "
       "PRAGMA temp_store = MEMORY");
+  sqlite3_stmt* rollBack = nullptr;
+  Check(sqlite3_prepare_v3(connection, "ROLLBACK", -1, SQLITE_PREPARE_PERSISTENT, &rollBack,
+                           nullptr));
+  m_rollBack.reset(rollBack);
 }
 
 Database::~Database() = default;
@@ -234,8 +242,21 @@ bool Database::IsInTransaction() const {
   return sqlite3_get_autocommit(Connection()) == 0;
 }
 
+void Database::Begin(const char* sql) {
+  if (m_begun == 0) RollBack();
+  Run(sql);
+  ++m_begun;
+}
+
+void Database::End() noexcept {
+  --m_begun;
+  RollBack();
+}
+
 void Database::RollBack() noexcept {
-  if (IsInTransaction()) sqlite3_exec(Connection(), "ROLLBACK", nullptr, nullptr, nullptr);
+  if (!IsInTransaction()) return;
+  sqlite3_step(m_rollBack.get());
+  sqlite3_reset(m_rollBack.get());
 }
 
 std::string Database::ReasonOf(int code) const {

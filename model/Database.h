@@ -66,6 +66,12 @@ public:
   std::int64_t Integer(std::string_view sql);
   sqlite3* Connection() const { return m_connection.get(); }
   bool IsInTransaction() const;
+  /// Begins a transaction by a statement. Ends a transaction first that could not be ended.
+  void Begin(const char* sql);
+  /// Ends what Begin began, without its changes unless they are committed. Throws nothing.
+  void End() noexcept;
+  /// Returns whether a transaction is between Begin and End.
+  [[nodiscard]] bool IsWithinBegin() const { return m_begun > 0; }
   /// Ends a transaction without its changes. Throws nothing.
   void RollBack() noexcept;
 
@@ -77,6 +83,7 @@ public:
 private:
   struct Close {
     void operator()(sqlite3* connection) const;
+    void operator()(sqlite3_stmt* statement) const;
   };
 
   void CheckPath(Access access) const;
@@ -85,6 +92,9 @@ private:
 
   std::string m_path;
   std::unique_ptr<sqlite3, Close> m_connection;
+  /// Is made beforehand, so that ending a transaction needs no memory.
+  std::unique_ptr<sqlite3_stmt, Close> m_rollBack;
+  int m_begun = 0;
   bool m_isOpen = false;
 };
 

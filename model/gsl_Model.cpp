@@ -29,21 +29,19 @@ Database::Access AccessOf(Access access) {
 /// Ends a transaction without its changes, unless it is committed.
 class Changes {
 public:
-  Changes(Database& database, const char* begin) : m_database(database) {
-    if (!database.IsInTransaction()) {
-      database.Run(begin);
-      m_isMine = true;
-    }
+  Changes(Database& database, const char* begin)
+      : m_database(database), m_isMine(!database.IsWithinBegin() || !database.IsInTransaction()) {
+    if (m_isMine) database.Begin(begin);
   }
   ~Changes() {
-    if (m_isMine) m_database.RollBack();
+    if (m_isMine) m_database.End();
   }
   Changes(const Changes&) = delete;
   Changes& operator=(const Changes&) = delete;
 
 private:
   Database& m_database;
-  bool m_isMine = false;
+  const bool m_isMine;
 };
 
 } // namespace
@@ -136,7 +134,7 @@ void Model::Write(const std::function<void(Transaction&)>& work) {
   Data& data = *m_data;
   Database& database = data.database;
   if (data.access == Access::Read) database.Fail("cannot be written: it was opened for reading");
-  if (database.IsInTransaction()) {
+  if (database.IsWithinBegin()) {
     database.Fail("cannot be written within another transaction of the same model");
   }
   const Changes changes(database, "BEGIN IMMEDIATE");
