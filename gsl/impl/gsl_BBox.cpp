@@ -53,8 +53,8 @@ g3d_Sphere gsl_BBox::GetExtent() const {
   // empty-box-has-a-negative-radius: the size of an empty box is -1.
   const gsl_Point centre = Center();
   g3d_Sphere sphere;
-  sphere.Set({static_cast<float>(centre.x), static_cast<float>(centre.y),
-              static_cast<float>(centre.z), 1.0f},
+  sphere.Set(g3d_Point(static_cast<float>(centre.x), static_cast<float>(centre.y),
+                       static_cast<float>(centre.z), 1.0f),
              static_cast<float>(Size() / 2.0));
   return sphere;
 }

@@ -4,8 +4,6 @@
 #include "aio_ostream.h"
 #include "kernel/Vector.h"
 
-#include <ostream>
-
 /// The shared parts of the Print operations.
 
 inline aio_FormattedDouble PrintedNumber(double value) {
@@ -21,8 +19,8 @@ inline void PrintIndent(aio_ostream& out, int indent) {
 inline void PrintCoordinates(aio_ostream& out, int indent, const gsl_kernel::Coord3& c) {
   PrintIndent(out, indent);
   out << "x:\t" << PrintedNumber(c.x) << "\ty:\t" << PrintedNumber(c.y) << "\tz:\t"
-      << PrintedNumber(c.z) << '\n'
-      << std::flush;
+      << PrintedNumber(c.z) << '\n';
+  out.flush();
 }
 
 #endif

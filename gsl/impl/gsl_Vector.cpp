@@ -5,8 +5,6 @@
 #include "gsl_Printing.h"
 #include "gsl_Settings.h"
 
-#include <ostream>
-
 gsl_Vector::gsl_Vector(const gsl_Point& from, const gsl_Point& to)
     : gsl_Vector(gsl_kernel::Between(from.Coords(), to.Coords())) {}
 
@@ -57,6 +55,7 @@ void gsl_Vector::RotateAndTransform(const gsl_Matrix& m) {
 
 void gsl_Vector::Print(aio_ostream& out, int indent) const {
   PrintIndent(out, indent);
-  out << "magnitude:\t" << PrintedNumber(magnitude) << '\n' << std::flush;
+  out << "magnitude:\t" << PrintedNumber(magnitude) << '\n';
+  out.flush();
   PrintCoordinates(out, indent, Coords());
 }

@@ -88,7 +88,8 @@ double gsl_RoundFloat(double x, int digits) {
 
 double gsl_Truncate(double x, int places) {
   if (places <= 0) {
-    nex_Exception::Throw(nex_AssertException("places > 0"), kSourceUnit, kPlacesAssertionLine);
+    nex_Exception::Throw(nex_AssertException(cow_String("places > 0")), kSourceUnit,
+                         kPlacesAssertionLine);
   }
   // ties-go-towards-plus-infinity: the whole part is taken with floor.
   const double whole = std::floor(x) + 0.0;

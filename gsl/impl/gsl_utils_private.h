@@ -9,9 +9,7 @@
 
 #include <cmath>
 #include <cstdint>
-#include <istream>
 #include <limits>
-#include <ostream>
 
 /// Routines of gsl_utils.cpp that are not exported. They are here so that tests reach them.
 
@@ -83,11 +81,11 @@ inline double DigitScale(double v, int digits) {
   return std::pow(10.0, static_cast<int>(e < lowest ? lowest : (e > highest ? highest : e)));
 }
 
-/// Reads up to and including the next newline and returns it, or returns the end-of-file value when
-/// the input ends first.
+/// Reads up to and including the next newline and returns it, or returns a negative number when the
+/// input ends first.
 inline int SkipToEndOfLine(aio_istream& in) {
   int c = in.get();
-  while (c != '\n' && c != std::istream::traits_type::eof())
+  while (c != '\n' && c >= 0)
     c = in.get();
   return c;
 }
@@ -96,7 +94,9 @@ inline int SkipToEndOfLine(aio_istream& in) {
 /// exceeds 1.
 inline int WaitForReturn(aio_istream& in) {
   if (typ_DebugFlags::GetDebugFlags(kModuleDebugFlag) > 1) {
-    pnt_debugPrint() << "Press <Return> to continue..." << std::flush;
+    aio_ostream& out = pnt_debugPrint();
+    out << "Press <Return> to continue...";
+    out.flush();
   }
   return SkipToEndOfLine(in);
 }

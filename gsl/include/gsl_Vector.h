@@ -1,7 +1,7 @@
 #ifndef GSL_VECTOR_H
 #define GSL_VECTOR_H
 
-#include "aio_ostream.h"
+#include "aio_fwd.h"
 #include "gsl_Arithmetic.h"
 #include "gsl_Util.h"
 

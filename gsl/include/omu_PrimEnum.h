@@ -187,7 +187,7 @@ template <class E, int N>
 cow_Map<cow_String, unsigned int> omu_PrimEnum<E, N>::PermissibleValues() const {
   cow_Map<cow_String, unsigned int> names;
   for (const omu_PrimEnumEntry* row = omu_PrimEnumTable<E>::Entries(); row->name != nullptr; ++row)
-    names.Insert(row->name, static_cast<unsigned int>(row->value));
+    names.Insert(cow_String(row->name), static_cast<unsigned int>(row->value));
   return names;
 }
 

@@ -132,7 +132,8 @@ public:
   /// Returns null for a name that the enumeration does not have.
   const E* ValueOf(std::string_view name) const {
     for (const Row& row : m_rows) {
-      if (row.text == name) return &row.value;
+      // The bytes are looked up again: a copy of a text may have a buffer of its own.
+      if (std::string_view(row.name.CStr(), row.name.Length()) == name) return &row.value;
     }
     return nullptr;
   }
@@ -141,15 +142,13 @@ private:
   struct Row {
     E value;
     cow_String name;
-    std::string_view text; ///< the same name
   };
 
   gsl_EnumNames() {
     for (const omu_PrimEnumEntry* row = omu_PrimEnumTable<E>::Entries(); row->name != nullptr;
          ++row) {
       const auto value = static_cast<E>(row->value);
-      const cow_String name = omu_PrimEnum<E, 1>(value).AsString();
-      m_rows.push_back({value, name, std::string_view(name.CStr(), name.Length())});
+      m_rows.push_back({value, omu_PrimEnum<E, 1>(value).AsString()});
     }
   }
 

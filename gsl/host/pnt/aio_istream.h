@@ -1,9 +1,11 @@
 #ifndef AIO_ISTREAM_H
 #define AIO_ISTREAM_H
 
-#include <iosfwd>
+#include "aio_fwd.h"
 
-/// The host's text input stream.
-using aio_istream = std::istream;
+#include <istream>
+
+// The host's text input stream, aio_istream. The library calls `int get()` alone: it takes the next
+// character and returns its value as an unsigned char, or a negative number at the end.
 
 #endif

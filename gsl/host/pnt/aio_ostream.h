@@ -1,12 +1,13 @@
 #ifndef AIO_OSTREAM_H
 #define AIO_OSTREAM_H
 
+#include "aio_fwd.h"
 #include "mem_Export.h"
 
-#include <iosfwd>
+#include <ostream>
 
-/// The host's text output stream.
-using aio_ostream = std::ostream;
+// The host's text output stream, aio_ostream. The library writes `const char*`, `char` and
+// aio_FormattedDouble with <<, each of which returns the stream, and calls `flush()`.
 
 /// A double, and the form in which a stream writes it: `out << aio_FormattedDouble{value, 0, 15}`.
 ///
