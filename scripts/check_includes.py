@@ -108,12 +108,16 @@ ROOMS = [
     Room("tests/support/", "shared parts of tests: samples, shapes, random numbers", f"{PRODUCT}, any library"),
     Room("tests/reference/", "second implementations: transcriptions, oracles, rationals",
          f"{PRODUCT}, tests/support/, any library"),
+    Room("tests/external_host/", "a second host: other classes under the names of the host's headers", ""),
     Room("tests/consumer/", "projects that use the library, installed or as sources",
          f"{PUBLIC}, {RECORDS}, {MODEL}, sweep/, POSIX", True),
     Room("bench/", "benchmarks of the library and of other libraries", f"{PRODUCT}, tests/reference/, tests/support/RandomNumbers.h, tests/support/TemporaryFolder.h, any library"),
     Room("fuzz/", "fuzz targets and their seeds", f"{PRODUCT}, tests/reference/, tests/support/, nlohmann-json, POSIX"),
     Room("examples/", "programs as users write them", f"{PUBLIC}, {RECORDS}, {MODEL}, mesh/, sweep/", True),
 ]
+
+# The second host has headers of the same names as gsl/host/. Each file sees one of the two hosts.
+HOSTS = ("gsl/host/", "tests/external_host/")
 
 INCLUDE = re.compile(r'^\s*#\s*include\s*(?:<([^>]+)>|"([^"]+)")', re.MULTILINE)
 COMMENT = re.compile(r"/\*.*?\*/", re.DOTALL)
@@ -168,7 +172,8 @@ class Tree:
         if beside in self.known:
             return [beside]
         name = re.sub(r"^(\.\./)+", "", posixpath.normpath(name))
-        return [s for s in self.sources if s == name or s.endswith("/" + name)]
+        unseen = HOSTS[0] if includer.startswith(HOSTS[1]) else HOSTS[1]
+        return [s for s in self.sources if (s == name or s.endswith("/" + name)) and not s.startswith(unseen)]
 
 
 def problem_with_name(room, name, is_quoted, found):

@@ -178,6 +178,15 @@ class CheckIncludes(unittest.TestCase):
         self.refuses("gsl/host/cls/cls_New.h", '"gsl_RecordStore.h"', "may not include")
         self.refuses("gsl/persist/gsl_New.cpp", '"gsl_RecordStore.h"', "may not include")
 
+    def test_each_file_sees_one_of_the_two_hosts(self):
+        second = {
+            "tests/external_host/include/cow_String.h": "",
+            "tests/external_host/src/cow.cpp": '#include "cow_String.h"\n',
+            "gsl/persist/New.cpp": '#include "cow_String.h"\n',
+        }
+        self.assertEqual(problems_with(second), [])
+        self.refuses("tests/external_host/src/cow.cpp", '"gsl_Point.h"', "may not include")
+
     def test_an_unknown_header_is_named(self):
         self.refuses("gsl/impl/gsl_New.cpp", '"gsl_Nowhere.h"', "not a file of this project")
 

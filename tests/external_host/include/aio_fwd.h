@@ -1,0 +1,7 @@
+#ifndef AIO_FWD_H
+#define AIO_FWD_H
+
+class aio_ostream;
+class aio_istream;
+
+#endif
