@@ -37,6 +37,10 @@ if(GSL_HOST STREQUAL "standin")
   endforeach()
 endif()
 
+# The suite that a vendor of a host runs; a project of its own, which finds the installed library.
+install(DIRECTORY tests/host_conformance/ DESTINATION ${CMAKE_INSTALL_DATADIR}/gsl_geometry/host_conformance
+  COMPONENT host_conformance)
+
 install(EXPORT gsl_geometry_targets NAMESPACE gsl:: DESTINATION ${gsl_config_dir})
 configure_package_config_file(cmake/gsl_geometryConfig.cmake.in
   ${CMAKE_CURRENT_BINARY_DIR}/gsl_geometryConfig.cmake INSTALL_DESTINATION ${gsl_config_dir})

@@ -23,6 +23,7 @@ PLACES = (
     ("docs/packages.md", rf"find_package\(gsl_geometry {MINOR} ", 1),
     ("docs/packages.md", rf"libgsl-geometry{MINOR}(?=\W|_)", 3),
     ("examples/CMakeLists.txt", rf"find_package\(gsl_geometry {MINOR} ", 1),
+    ("tests/host_conformance/CMakeLists.txt", rf"find_package\(gsl_geometry {MINOR} ", 1),
     ("tests/consumer/*/CMakeLists.txt", rf"find_package\(gsl_geometry {MINOR} ", 1),
     ("packaging/debian/control", rf"libgsl-geometry{MINOR}(?=\W|_)", 4),
     ("packaging/debian/*.lintian-overrides", rf"^libgsl-geometry{MINOR}: ", 1),

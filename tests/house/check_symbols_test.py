@@ -26,6 +26,12 @@ class Exports(unittest.TestCase):
         self.assertTrue(check_symbols.is_allowed_export("W", name))
         self.assertFalse(check_symbols.is_allowed_export("T", name))
 
+    def test_type_information_of_the_host_only_weak(self):
+        name = "typeinfo name for cls_MetadataRegistrar"
+        self.assertTrue(check_symbols.is_allowed_export("V", name))
+        self.assertFalse(check_symbols.is_allowed_export("D", name))
+        self.assertFalse(check_symbols.is_allowed_export("V", "vtable for cls_MetadataRegistrar"))
+
 
 class Needs(unittest.TestCase):
     DECLARED = {"cow_String", "aio_FormattedDouble", "cls_Uid", "AllocateUid"}

@@ -1,0 +1,3 @@
+#include "aio_ostream.h"
+
+void aio_ostream::flush() {}
