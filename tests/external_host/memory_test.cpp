@@ -1,8 +1,8 @@
 // The recording allocator: it counts what every library of the process requests, and refuses on
 // demand.
 
-#include "omu_ObjVarray.h"
 #include "xh_Memory.h"
+#include "xh_Pages.h"
 
 #include <cstdio>
 #include <memory>

@@ -11,6 +11,7 @@
 #include <gsl_PersistentMatrix.h>
 #include <gsl_PersistentVector.h>
 #include <gsl_Segment.h>
+#include <omu_PrimEnum.h>
 #include <omu_ValueErrorException.h>
 #include <omu_xoObjVarray.h>
 #include <type_traits>
@@ -210,6 +211,17 @@ void Absent() {
     REQUIRE(omu_xoObjVarray<gsl_Dot>(child, nullptr, nullptr).Count() == 0);
     REQUIRE(cls_xo1DArrayList<gsl_Point>(child, child.GetUid()).Count() == 0);
     REQUIRE(gsl_PersistentMatrix(child).Matrix().m[0][0] == 1.0);
+    bool refused = false;
+    try {
+      const omu_PrimEnum<gsl_DotMethod, 1> method(child);
+    } catch (const omu_ValueErrorException& error) {
+      // The stored name is empty, and no name is.
+      const host_adapter::Thrown thrown = host_adapter::Describe(error);
+      refused = thrown.line == 95;
+      REQUIRE(thrown.message.find("str not allowed:   Permissible: gsl_FROM_POINT") !=
+              std::string::npos);
+    }
+    REQUIRE(refused);
     // The place of a field in the record is not what finds it.
     REQUIRE(visitor.ReadDouble(cls_FieldHandle(0, "_z"), 0.0) == 3.0);
     REQUIRE(visitor.ReadDouble(cls_FieldHandle(-1, "_x"), 0.0) == 1.0);

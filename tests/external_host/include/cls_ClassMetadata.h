@@ -27,7 +27,8 @@ public:
   void xh_Forget(const xh_Class* theClass);
   const xh_Class& xh_Described() const { return *m_class; }
   const std::vector<xh_Attribute>& xh_Attributes() const { return m_attributes; }
-  void (*xh_Destroyer() const)(void*) { return m_destroy; }
+  using xh_Destroy = void (*)(void*);
+  xh_Destroy xh_Destroyer() const { return m_destroy; }
   void xh_SetBase(unsigned int typeId) { m_base = typeId; }
   unsigned int xh_Base() const { return m_base; }
   int xh_Flags() const { return m_flags; }
