@@ -104,7 +104,7 @@ ROOMS = [
     Room("model/include/", "the model: transactions, and reading by name", f"{PUBLIC}, {RECORDS}"),
     Room("records/include/", "the reader and the writer of records; the store of records in memory", ""),
     Room("tests/", "mirrors the rooms above: one test file per source file",
-         f"{PRODUCT}, tests/support/, tests/reference/, any library"),
+         f"{PRODUCT}, tests/support/, tests/reference/, tests/host_conformance/, any library"),
     Room("tests/support/", "shared parts of tests: samples, shapes, random numbers", f"{PRODUCT}, any library"),
     Room("tests/reference/", "second implementations: transcriptions, oracles, rationals",
          f"{PRODUCT}, tests/support/, any library"),

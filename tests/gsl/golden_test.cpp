@@ -1,4 +1,5 @@
 #include "ContractionCanary.h"
+#include "HostAdapter.h"
 #include "Numbers.h"
 #include "RandomNumbers.h"
 #include "TextbookLu.h"
@@ -18,7 +19,6 @@
 #include "gsl_utils.h"
 #include "gsl_utils_private.h"
 #include "kernel/Matrix.h"
-#include "omu_PrimTuple.h"
 
 #include <gtest/gtest.h>
 
@@ -387,10 +387,9 @@ void HashBox(Hasher& h, Corpus& c) {
     h.Add(box->Size());
     h.Add(box->Center());
     h.Add(box->Diag());
-    const g3d_Sphere sphere = box->GetExtent();
-    for (const float part :
-         {sphere.Centre().x, sphere.Centre().y, sphere.Centre().z, sphere.Radius()})
-      h.Add(static_cast<double>(part));
+    const std::vector<float> sphere = host_adapter::NumbersOf(box->GetExtent());
+    for (const std::size_t part : {0u, 1u, 2u, 4u})
+      h.Add(static_cast<double>(sphere[part]));
   }
   h.Add(a.Intersect(b));
   h.Add(b.Intersect(a));
@@ -489,8 +488,8 @@ void HashDatum(Hasher& h, Corpus& c) {
   h.Add(segment.Direction());
   h.Add(segment.Length());
   const std::unique_ptr<omu_Primitive> unit(omu_ReturnPrim(segment));
-  for (std::size_t i = 0; i < 3; ++i)
-    h.Add(static_cast<const omu_PrimTuple&>(*unit).Number(i));
+  for (const double number : host_adapter::NumbersOf(*unit))
+    h.Add(number);
 }
 
 /// Small systems, and sometimes a system that is large enough for blocks. They have ties, dependent
