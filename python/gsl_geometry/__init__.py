@@ -4,6 +4,12 @@
 >>> c = gg.sweep(gg.read("bolt.stl"), gg.read("bracket.stl"), "-z")
 >>> c.travel
 30.0
+
+Body holds triangles: Body(vertices, faces) from arrays, read(path) from a mesh file. sweep asks one question; Pair asks
+many, such as pair.sweep(sphere(1000)). Contact and Contacts are answers. The other functions take and return arrays.
+
+The examples read two meshes from the current folder. The Debian package has them, programs and python.md in
+/usr/share/doc/python3-gsl-geometry/.
 """
 
 from . import _body, _contact, _library, _pair

@@ -4,6 +4,7 @@ from __future__ import annotations
 
 import math
 import numbers
+import os
 from typing import Any, NoReturn, Sequence, Tuple, Union
 
 import numpy as np
@@ -34,6 +35,16 @@ def shape_text(shape: Sequence[int]) -> str:
 
 def wrong_type(name: str, expected: str, value: Any) -> NoReturn:
     raise TypeError(f"{name}: expected {expected}, got {type(value).__name__}")
+
+
+def is_path(value: Any) -> bool:
+    return isinstance(value, (str, bytes, os.PathLike))
+
+
+def wrong_body(name: str, expected: str, value: Any) -> NoReturn:
+    if is_path(value):
+        raise TypeError(f"{name}: expected {expected}, got {type(value).__name__}; read(path) makes a body from a file")
+    wrong_type(name, expected, value)
 
 
 def progress(value: Any) -> None:

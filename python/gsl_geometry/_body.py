@@ -81,6 +81,8 @@ class Body:
     __slots__ = ("_core", "_vertices", "_faces", "_triangles", "_file", "_deviation", "__weakref__")
 
     def __init__(self, vertices: Any, faces: Any = None) -> None:
+        if _arguments.is_path(vertices):
+            _arguments.wrong_body("Body", "arrays or an object with vertices and faces", vertices)
         self._file: Optional[str] = None
         self._deviation: Optional[float] = None
         if faces is None and isinstance(vertices, Body):

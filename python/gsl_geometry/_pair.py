@@ -25,7 +25,7 @@ def _body(name: str, value: Any) -> Body:
         return value
     if hasattr(value, "vertices") and hasattr(value, "faces"):
         return Body(value)
-    _arguments.wrong_type(name, "a Body or an object with vertices and faces", value)
+    _arguments.wrong_body(name, "a Body or an object with vertices and faces", value)
 
 
 def _bodies(moving: Any, fixed: Any, allowance: float) -> List[Body]:
@@ -36,7 +36,7 @@ def _bodies(moving: Any, fixed: Any, allowance: float) -> List[Body]:
     elif isinstance(fixed, Iterable) and not isinstance(fixed, str):
         bodies += [_body(f"fixed[{k}]", body) for k, body in enumerate(fixed)]
     else:
-        _arguments.wrong_type("fixed", "a Body, an object with vertices and faces, or some of them", fixed)
+        _arguments.wrong_body("fixed", "a Body, an object with vertices and faces, or some of them", fixed)
     if allowance is not _arguments.NO_LENGTH:
         length = _arguments.finite("allowance", allowance)
         if length != 0.0:

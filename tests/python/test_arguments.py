@@ -2,6 +2,7 @@
 
 import math
 import os
+import pathlib
 import pickle
 import re
 import shutil
@@ -108,8 +109,14 @@ def test_wrong_faces():
 def test_wrong_bodies_and_terms():
     a, b = box(), box((0, 0, 3), (1, 1, 4))
     refuses(TypeError, "moving: expected a Body or an object with vertices and faces, got int", lambda: gg.sweep(1, b, "z"))
-    refuses(TypeError, "fixed[1]: expected a Body or an object with vertices and faces, got str",
-            lambda: gg.sweep(a, [b, "b"], "z"))
+    refuses(TypeError, "fixed[1]: expected a Body or an object with vertices and faces, got str; "
+            "read(path) makes a body from a file", lambda: gg.sweep(a, [b, "b"], "z"))
+    refuses(TypeError, "fixed: expected a Body, an object with vertices and faces, or some of them, got str; "
+            "read(path) makes a body from a file", lambda: gg.sweep(a, "b.stl", "z"))
+    refuses(TypeError, "moving: expected a Body or an object with vertices and faces, got PosixPath; "
+            "read(path) makes a body from a file", lambda: gg.sweep(pathlib.PosixPath("a.stl"), b, "z"))
+    refuses(TypeError, "Body: expected arrays or an object with vertices and faces, got str; "
+            "read(path) makes a body from a file", lambda: gg.Body("a.stl"))
     refuses(ValueError, "direction: expected 3 numbers or an axis such as 'z' or '-z', got 'w'",
             lambda: gg.sweep(a, b, "w"))
     refuses(ValueError, "direction: expected 3 numbers or an axis such as 'z' or '-z', got shape (2,)",
