@@ -3,8 +3,8 @@
 
 usage: document_blocks.py FOLDER TEST DOCUMENT...
 
-Block N marked `cpp` alone in NAME.md becomes FOLDER/NAME_N.inc. Fails unless the source TEST includes every block, as
-BLOCK(NAME_N), and nothing else.
+Block N marked `cpp` alone in NAME.md becomes FOLDER/NAME_N.inc, with _ for each - in NAME. Fails unless the source TEST
+includes every block, as BLOCK(NAME_N), and nothing else.
 """
 
 import pathlib
@@ -18,7 +18,7 @@ def blocks_of(path):
     """Yields the name and the text of each C++ block that is not the content of a file."""
     texts = [text for mark, text in BLOCK.findall(path.read_text(encoding="utf-8")) if mark.split() == ["cpp"]]
     for number, text in enumerate(texts, 1):
-        yield f"{path.stem}_{number}", text
+        yield f"{path.stem.replace('-', '_')}_{number}", text
 
 
 def main():

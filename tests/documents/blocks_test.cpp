@@ -8,6 +8,7 @@
 #include "gsl_Plane.h"
 #include "gsl_RecordFile.h"
 #include "gsl_StLine.h"
+#include "gsl_Sweep.h"
 #include "omu_xoObjVarray.h"
 
 #include <cmath>
@@ -61,6 +62,13 @@ TEST(DocumentBlocks, ToleranceOfTheGuide) {
   EXPECT_TRUE(gsl_Point(0.0, 0.0, 0.0).IsOn(gsl_Point(0.0, 0.0, 0.9e-5)));
   settings.linearTolerance = before;
   EXPECT_FALSE(gsl_Point(0.0, 0.0, 0.0).IsOn(gsl_Point(0.0, 0.0, 0.9e-5)));
+}
+
+TEST(DocumentBlocks, SweepLibrary) {
+#include BLOCK(sweep_library_1)
+  EXPECT_EQ(answer.status, gsl_sweep::SweepStatus::Contact);
+  EXPECT_EQ(answer.contact.travel, 5.0);
+  EXPECT_TRUE(box.IsSolid());
 }
 
 TEST(DocumentBlocks, Model) {

@@ -11,12 +11,12 @@ DOCUMENT = "```cpp\nint a;\n```\n\n```cpp main.cpp\nint b;\n```\n\n```\nint c;\n
 
 
 class DocumentBlocks(unittest.TestCase):
-    def run_with(self, test):
+    def run_with(self, test, page="page.md"):
         with tempfile.TemporaryDirectory() as name:
             folder = pathlib.Path(name)
-            (folder / "page.md").write_text(DOCUMENT)
+            (folder / page).write_text(DOCUMENT)
             (folder / "test.cpp").write_text(test)
-            done = subprocess.run([sys.executable, "-B", SCRIPT, folder / "out", folder / "test.cpp", folder / "page.md"],
+            done = subprocess.run([sys.executable, "-B", SCRIPT, folder / "out", folder / "test.cpp", folder / page],
                                   capture_output=True, text=True, check=False)
             written = {path.name: path.read_text() for path in (folder / "out").glob("*")}
             return done.returncode, done.stderr.replace(name, ""), written
@@ -24,6 +24,10 @@ class DocumentBlocks(unittest.TestCase):
     def test_the_blocks_without_a_file_name_are_written(self):
         self.assertEqual(self.run_with("#include BLOCK(page_1)\n#include BLOCK(page_2)\n"),
                          (0, "", {"page_1.inc": "int a;\n", "page_2.inc": "int d;\n"}))
+
+    def test_a_hyphen_in_the_name_of_a_document_becomes_an_underscore(self):
+        self.assertEqual(self.run_with("#include BLOCK(a_page_1)\n#include BLOCK(a_page_2)\n", "a-page.md")[2],
+                         {"a_page_1.inc": "int a;\n", "a_page_2.inc": "int d;\n"})
 
     def test_a_block_that_no_test_includes_is_named(self):
         self.assertEqual(self.run_with("#include BLOCK(page_1)\n// #include BLOCK(page_2)\n"),
