@@ -38,11 +38,11 @@ quietly() {
   return "$status"
 }
 
-# numpy_python: prints the command of a Python that has NumPy, or fails. A Python of the user's own may lack it.
-numpy_python() {
+# python_with MODULE: prints the command of a Python that has the module, or fails. A Python of the user's own may lack it.
+python_with() {
   local python
   for python in python3 /usr/bin/python3; do
-    if "$python" -c "import numpy" 2>/dev/null; then
+    if "$python" -c "import $1" 2>/dev/null; then
       echo "$python"
       return
     fi

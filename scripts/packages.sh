@@ -26,7 +26,7 @@ packages_of() {
       echo "$(packages_of python)" python3-pytest python3-scipy python3-pip python3-setuptools python3-wheel \
         python3-matplotlib python3-distributed \
         libgtest-dev libgmock-dev librapidcheck-dev \
-        libgmp-dev git python3-jsonschema help2man poppler-utils
+        libgmp-dev git python3-jsonschema help2man poppler-utils python3-markdown-it
       ;;
     # The second compiler, formatting, lint, sanitizers, fuzzing, coverage, consumers.
     check)
@@ -34,8 +34,8 @@ packages_of() {
       ;;
     # Other processors, for ./scripts/check bits.
     bits) echo g++-aarch64-linux-gnu qemu-user googletest ;;
-    # The reference of the public headers.
-    docs) echo doxygen python3 ;;
+    # The documents as pages, and the reference of the public headers.
+    docs) echo doxygen python3 python3-markdown-it ;;
     # Benchmarks, and the libraries that they compare with ours.
     bench)
       echo "$(packages_of python)" libbenchmark-dev \
