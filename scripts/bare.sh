@@ -92,7 +92,7 @@ type_documents() {
   local folder=$1 commands
   shift
   # The documents as committed, like the tree.
-  mkdir "$bare/head"
+  mkdir -p "$bare/head"
   git archive HEAD "$@" | tar -x -C "$bare/head"
   commands=$(cd "$bare/head" && python3 "$root/scripts/document_commands.py" "$@")
   if ! in_root "set -e; cd '$folder'; $commands" >>"$log" 2>&1 </dev/null; then
