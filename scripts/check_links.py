@@ -3,13 +3,25 @@
 
 usage: check_links.py FOLDER
 
-Links to other hosts are not followed.
+Links to other hosts are not followed. Of documents in Markdown the files are looked for, not the places.
 """
 
 import html.parser
 import pathlib
+import re
 import sys
 import urllib.parse
+
+
+# A link of Markdown, outside code of one line.
+LINK = re.compile(r"`[^`\n]*`|\]\(([^)\s]+)\)")
+
+
+class Document:
+    """A document in Markdown."""
+
+    def __init__(self, text):
+        self.links = [link for link in LINK.findall(re.sub(r"^```.*?^```$", "", text, flags=re.M | re.S)) if link]
 
 
 class Page(html.parser.HTMLParser):
@@ -27,7 +39,8 @@ class Page(html.parser.HTMLParser):
 
 
 def problems(folder):
-    pages = {path.resolve(): Page(path.read_text(encoding="utf-8")) for path in sorted(folder.rglob("*.html"))}
+    pages = {path.resolve(): kind(path.read_text(encoding="utf-8"))
+             for kind, pattern in ((Page, "*.html"), (Document, "*.md")) for path in sorted(folder.rglob(pattern))}
     for path, page in pages.items():
         for link in page.links:
             parts = urllib.parse.urlsplit(link)
@@ -37,7 +50,8 @@ def problems(folder):
             name = path.relative_to(folder.resolve())
             if not target.exists():
                 yield f"{name}: the link to {link} leads nowhere"
-            elif parts.fragment and target in pages and urllib.parse.unquote(parts.fragment) not in pages[target].places:
+            elif parts.fragment and isinstance(pages.get(target), Page) \
+                    and urllib.parse.unquote(parts.fragment) not in pages[target].places:
                 yield f"{name}: {link} names a place that the page does not have"
     if not pages:
         yield f"{folder}: no page"

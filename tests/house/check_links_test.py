@@ -37,6 +37,12 @@ class CheckLinks(unittest.TestCase):
         self.assertEqual(self.problems({"a.html": '<a href="#no">b</a>'}),
                          ["a.html: #no names a place that the page does not have"])
 
+    def test_links_of_documents_in_markdown_lead_to_files(self):
+        self.assertEqual(self.problems({
+            "a.md": "[b](b.md#here) and `[c](c.md)`\n```\n[d](d.md)\n```\n![p](p.png) [x](https://x.example/)\n",
+            "b.md": "[a](a.md), [e](../nowhere.md#e)"}),
+            ["a.md: the link to p.png leads nowhere", "b.md: the link to ../nowhere.md#e leads nowhere"])
+
     def test_a_folder_without_pages_is_named(self):
         self.assertEqual(len(self.problems({"a.txt": ""})), 1)
 
