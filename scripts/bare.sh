@@ -34,12 +34,24 @@ is_source_reached() (
 # apart COMMAND...: runs the command with its own mounts and processes, which end with the command.
 apart() { unshare --mount --pid --fork --kill-child "$@"; }
 
-# make_root: makes the minimal root and adds only git and the way to the packages.
+# make_root: makes the minimal root, with nothing but git and the way to the packages.
+#
+# The checks of one day share an archive of it in build/; each has its own copy.
 make_root() {
-  local options=(--variant=minbase --include=git --dpkgopt=force-unsafe-io) line
+  local options=(--variant=minbase --include=git --dpkgopt=force-unsafe-io) line archive
   while read -r line; do options+=(--aptopt="$line"); done < <(proxies)
   if sources | grep -q 'https://'; then options+=(--include=ca-certificates); fi
-  sources | apart mmdebstrap "${options[@]}" "$release" "$system" - >"$log" 2>&1
+  archive="$root/build/root-$({ printf '%s\n' "$release" "${options[@]}" && sources; } | sha256sum | head -c 12).tar"
+  (
+    flock 9
+    if [ -z "$(find "$archive" -mmin -1000 2>/dev/null)" ]; then
+      rm -f "$root"/build/root-*.tar*
+      sources | apart mmdebstrap --format=tar "${options[@]}" "$release" "$archive.new" - && mv "$archive.new" "$archive"
+    fi
+  ) 9>"$root/build/root.lock" >"$log" 2>&1 || return
+  mkdir "$system"
+  # The checks mount devices of their own.
+  tar -x -f "$archive" -C "$system" --numeric-owner --exclude='./dev/*'
 }
 
 # in_root SCRIPT: runs the script in the root; the way to the packages is all that it gets from the
