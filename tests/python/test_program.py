@@ -31,8 +31,9 @@ def test_says_when_there_is_no_program(tmp_path):
         if path.suffix in (".py", ".so"):
             (package / path.name).symlink_to(path.resolve())
     failed = run(sys.executable, "-B", "-m", "gsl_geometry", *FILES, PYTHONPATH=str(tmp_path), PATH="")
-    assert failed.returncode == 1
-    assert failed.stderr == b"gsl_geometry: gsl-sweep is neither beside the module nor in the folders of PATH\n"
+    assert failed.returncode == 4
+    assert failed.stderr == (b"gsl_geometry: gsl-sweep is neither beside the module nor in the folders of PATH; "
+                             b"the Debian package gsl-geometry-tools has it\n")
 
 
 def test_the_version_is_the_program_s():
