@@ -214,14 +214,16 @@ std::string SizeWarning(const std::string& movingFile, const Body& moving,
   const double movingSize = SizeOf(moving);
   const double fixedSize = SizeOf(fixed);
   const double ratio = std::max(movingSize, fixedSize) / std::min(movingSize, fixedSize);
-  for (const double factor : {25.4, 1000.0}) {
-    if (!(std::fabs(ratio - factor) <= 0.1 * factor)) continue;
-    std::string warning = "the sizes of " + movingFile + " (" + NumberText(movingSize) + ") and ";
-    warning += fixedFile + " (" + NumberText(fixedSize) + ") differ by a factor of about " +
-               NumberText(factor) + "; nothing was scaled; check that both are in the same unit";
-    return warning;
-  }
-  return {};
+  // Many assemblies have parts that differ by 25, so only the same part in inches is noticed. Few
+  // have parts that differ by 1000, so parts of somewhat different sizes are noticed too.
+  const bool inches = ratio >= 0.9 * 25.4 && ratio <= 1.1 * 25.4;
+  const bool metres = ratio >= 400.0 && ratio <= 10000.0;
+  if (!inches && !metres) return {};
+  std::string warning = "the sizes of " + movingFile + " (" + NumberText(movingSize) + ") and ";
+  warning += fixedFile + " (" + NumberText(fixedSize) + ") differ by a factor of about " +
+             NumberText(std::round(ratio * 10.0) / 10.0) +
+             "; nothing was scaled; check that both are in the same unit";
+  return warning;
 }
 
 std::string SkippedWarning(const std::string& file, const BodyCounts& body) {

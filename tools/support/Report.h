@@ -89,7 +89,8 @@ std::string ReportAsText(const SweepReport& report);
 std::string ReportAsJson(const SweepReport& report);
 
 /// Returns one line when the sizes of two bodies (the diagonals of their boxes) differ by a factor
-/// of 25.4 or 1000, within a tenth of that factor, as if their units differed; else an empty text.
+/// of 25.4, within a tenth of it, or of 400 to 10000, as if their units differed; else an empty
+/// text.
 std::string SizeWarning(const std::string& movingFile, const Body& moving,
                         const std::string& fixedFile, const Body& fixed);
 

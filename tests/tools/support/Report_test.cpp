@@ -391,13 +391,20 @@ TEST(Report, SizesThatDifferByAUnitAreNamed) {
   EXPECT_EQ(metre.find('\n'), std::string::npos);
 }
 
+TEST(Report, PartsOfDifferentSizesInMetresAndMillimetresAreNamed) {
+  const std::string warning =
+      SizeWarningOf(NamedCube("peg.stl", 0.04), NamedCube("plate.stl", 57.0));
+  EXPECT_NE(warning.find("differ by a factor of about 1425;"), std::string::npos) << warning;
+}
+
 TEST(Report, OtherSizesAreNotNamed) {
   const Mesh one = NamedCube("one.stl", 1.0);
-  for (const double side : {1.0, 2.54, 10.0, 22.8, 28.0, 100.0, 890.0, 1110.0, 25400.0}) {
+  for (const double side : {1.0, 2.54, 10.0, 22.8, 28.0, 100.0, 399.0, 10001.0, 25400.0}) {
     EXPECT_EQ(SizeWarningOf(one, NamedCube("other.stl", side)), "") << side;
   }
   EXPECT_NE(SizeWarningOf(one, NamedCube("other.stl", 23.0)), "");
-  EXPECT_NE(SizeWarningOf(one, NamedCube("other.stl", 1099.0)), "");
+  EXPECT_NE(SizeWarningOf(one, NamedCube("other.stl", 401.0)), "");
+  EXPECT_NE(SizeWarningOf(one, NamedCube("other.stl", 9999.0)), "");
   EXPECT_EQ(SizeWarningOf(one, NamedCube("point.stl", 0.0)), "");
   EXPECT_EQ(SizeWarningOf(one, Mesh{}), "");
 }
