@@ -91,7 +91,10 @@ ROOMS = [
     Room("gsl/impl/", "one source per class or family", f"{PUBLIC}, gsl/impl/kernel/, gsl/impl/wide/"),
     Room("gsl/impl/kernel/", "geometry on bare coordinates: inline functions, no entity, no host",
          "gsl/include/gsl_Arithmetic.h"),
-    Room("gsl/impl/wide/", "code for vector registers: lanes, solver, labelling, their choice at run time", "gsl/host/"),
+    Room("gsl/impl/wide/",
+         "code for vector registers: lanes, solver, labelling, distances of many, their choice at run time",
+         "gsl/host/, gsl/impl/kernel/Constants.h, gsl/impl/kernel/SegmentDistanceBounds.h, "
+         "gsl/impl/kernel/TriangleDistanceBounds.h"),
     Room("gsl/persist/", "module start-up, type table, registration, persistent arrays",
          f"{PUBLIC}, gsl/impl/kernel/Constants.h"),
     Room("gsl/host/", "headers of the host, one folder per prefix; each includes earlier prefixes only", ""),

@@ -2,6 +2,7 @@
 #define GSL_UTILS_H
 
 #include "gsl_Arithmetic.h"
+#include "gsl_Batch.h"
 #include "gsl_DepthFirstSearch.h"
 #include "gsl_Export.h"
 #include "gsl_InPlaneSegSegMinDirectionalDist.h"

@@ -1,6 +1,7 @@
 // The blocks of the documents, each with what it needs before it and what it promises after it.
 
 #include "TemporaryFolder.h"
+#include "gsl_Batch.h"
 #include "gsl_FloatingPoint.h"
 #include "gsl_Matrix.h"
 #include "gsl_Model.h"
@@ -43,6 +44,13 @@ private:
 
 const gsl_StLine axis(gsl_Point(1.0, 2.0, 3.0), gsl_Vector(0.0, 0.0, 2.0));
 const gsl_Plane plane(gsl_Point(0.0, 0.0, -5.0), gsl_Vector(0.0, 0.0, 1.0));
+
+TEST(DocumentBlocks, ManyInputsAtOnce) {
+#include BLOCK(batches_1)
+  EXPECT_EQ(distances, (std::vector<double>{3.0, 5.0}));
+  EXPECT_EQ(nearest, (std::vector<double>{0.0, 0.0, 0.0, 2.0, 0.0, 0.0}));
+  EXPECT_EQ(parts, (std::vector<gsl_BatchPart>{gsl_BatchPart::Foot, gsl_BatchPart::Second}));
+}
 
 TEST(DocumentBlocks, FirstStepsOfTheGuide) {
 #include BLOCK(guide_1)

@@ -7,6 +7,7 @@
 #include "TestScale.h"
 #include "cls_xo1DArrayList.h"
 #include "gsl_BBox.h"
+#include "gsl_Batch.h"
 #include "gsl_LinearEqnLUDSolver.h"
 #include "gsl_Matrix.h"
 #include "gsl_Segment.h"
@@ -545,6 +546,102 @@ TEST(Aliasing, ListMayReceiveItsOwnElement) {
     EXPECT_XYZ(list[i], 1.0, 2.0, 3.0);
     EXPECT_EQ(list[i].uid, list[0].uid);
   }
+}
+
+/// Four packed arrays of points, with degenerate segments among them.
+struct BatchScene {
+  static constexpr std::size_t kCount = 37;
+  std::vector<double> p[4];
+
+  BatchScene() {
+    RandomNumbers random(kSeed);
+    for (std::vector<double>& numbers : p) {
+      for (std::size_t i = 0; i < 3 * kCount; ++i)
+        numbers.push_back(Scene::Number(random));
+    }
+    for (std::size_t i = 0; i < 12; ++i)
+      p[1][i] = p[0][i];
+  }
+  gsl_BatchPoints operator[](std::size_t i) const { return {p[i].data()}; }
+};
+
+/// Expects the same numbers in arrays, NaN for NaN.
+void ExpectSameNumbers(const std::vector<double>& a, const std::vector<double>& b) {
+  ASSERT_EQ(a.size(), b.size());
+  for (std::size_t i = 0; i < a.size(); ++i)
+    EXPECT_TRUE(SameBits(a[i], b[i])) << i;
+}
+
+// output: gsl_PointSegmentDistances(std::size_t, gsl_BatchPoints, gsl_BatchPoints, gsl_BatchPoints,
+// double*, double*, gsl_BatchPart*)
+TEST(Aliasing, NearestPointsMayBeAnyInput) {
+  constexpr std::size_t kCount = BatchScene::kCount;
+  for (std::size_t output = 0; output < 3; ++output) {
+    const BatchScene s;
+    std::vector<double> expected(kCount), nearest = s.p[output];
+    gsl_PointSegmentDistances(kCount, s[0], s[1], s[2], expected.data(), nearest.data());
+    BatchScene own;
+    std::vector<double> distances(kCount);
+    gsl_PointSegmentDistances(kCount, own[0], own[1], own[2], distances.data(),
+                              own.p[output].data());
+    ExpectSameNumbers(distances, expected);
+    ExpectSameNumbers(own.p[output], nearest);
+  }
+}
+
+// output: gsl_PointTriangleDistances(std::size_t, gsl_BatchPoints, gsl_BatchPoints,
+// gsl_BatchPoints, gsl_BatchPoints, double*)
+TEST(Aliasing, InputsOfABatchMayBeOneArray) {
+  constexpr std::size_t kCount = BatchScene::kCount;
+  const BatchScene s;
+  const std::vector<double> copy = s.p[0];
+  std::vector<double> expected(kCount), distances(kCount);
+  gsl_PointTriangleDistances(kCount, {copy.data()}, s[0], s[2], s[3], expected.data());
+  gsl_PointTriangleDistances(kCount, s[0], s[0], s[2], s[3], distances.data());
+  ExpectSameNumbers(distances, expected);
+}
+
+// output: gsl_SegmentDistances(std::size_t, gsl_BatchPoints, gsl_BatchPoints, gsl_BatchPoints,
+// gsl_BatchPoints, double*, double*, double*, gsl_BatchPart*, gsl_BatchPart*)
+TEST(Aliasing, EndsOfConnectionsMayBeAnyInput) {
+  constexpr std::size_t kCount = BatchScene::kCount;
+  for (std::size_t a = 0; a < 4; ++a) {
+    const std::size_t b = (a + 1) % 4;
+    const BatchScene s;
+    std::vector<double> expected(kCount), onA = s.p[a], onB = s.p[b];
+    gsl_SegmentDistances(kCount, s[0], s[1], s[2], s[3], expected.data(), onA.data(), onB.data());
+    BatchScene own;
+    std::vector<double> distances(kCount);
+    gsl_SegmentDistances(kCount, own[0], own[1], own[2], own[3], distances.data(), own.p[a].data(),
+                         own.p[b].data());
+    ExpectSameNumbers(distances, expected);
+    ExpectSameNumbers(own.p[a], onA);
+    ExpectSameNumbers(own.p[b], onB);
+  }
+}
+
+// output: gsl_TransformPoints(std::size_t, gsl_Matrix, gsl_BatchPoints, double*)
+// output: gsl_TransformBoxes(std::size_t, gsl_Matrix, gsl_BatchPoints, gsl_BatchPoints, double*)
+// output: gsl_BoxOfPoints(std::size_t, gsl_BatchPoints, double*)
+TEST(Aliasing, PointsAndBoxesMoveInPlaceAndABoxMayBeAmongItsPoints) {
+  constexpr std::size_t kCount = BatchScene::kCount;
+  gsl_Matrix m;
+  m.AxisRotation(gsl_Point(1.0, 2.0, 3.0), gsl_Vector(1.0, 1.0, 0.5), 0.7);
+  BatchScene s;
+  std::vector<double> moved(3 * kCount), boxes(3 * kCount - 3), box(6);
+  gsl_TransformPoints(kCount, m, s[0], moved.data());
+  gsl_TransformPoints(kCount, m, s[0], s.p[0].data());
+  ExpectSameNumbers(s.p[0], moved);
+
+  const gsl_BatchPoints min = {s.p[1].data(), 6}, max = {s.p[1].data() + 3, 6};
+  gsl_TransformBoxes(kCount / 2, m, min, max, boxes.data());
+  gsl_TransformBoxes(kCount / 2, m, min, max, s.p[1].data());
+  s.p[1].resize(boxes.size());
+  ExpectSameNumbers(s.p[1], boxes);
+
+  gsl_BoxOfPoints(kCount, s[2], box.data());
+  gsl_BoxOfPoints(kCount, s[2], s.p[2].data() + 9);
+  ExpectSameNumbers({s.p[2].begin() + 9, s.p[2].begin() + 15}, box);
 }
 
 TEST(Aliasing, TupleMayReceiveItselfAndItsOwnElement) {

@@ -143,6 +143,33 @@ GSL_ALWAYS_INLINE Doubles Larger(Doubles a, Doubles b) {
   return a > b ? a : b;
 }
 
+/// Returns the square root of each lane, correctly rounded.
+#if defined(__AVX512F__)
+GSL_ALWAYS_INLINE Doubles SquareRoot(Doubles v) {
+  Doubles root;
+  __asm__("vsqrtpd %1, %0" : "=v"(root) : "v"(v));
+  return root;
+}
+#elif defined(__AVX2__)
+GSL_ALWAYS_INLINE Doubles SquareRoot(Doubles v) {
+  Doubles root;
+  __asm__("vsqrtpd %1, %0" : "=x"(root) : "x"(v));
+  return root;
+}
+#elif defined(__x86_64__)
+GSL_ALWAYS_INLINE Doubles SquareRoot(Doubles v) {
+  Doubles root;
+  __asm__("sqrtpd %1, %0" : "=x"(root) : "x"(v));
+  return root;
+}
+#else
+GSL_ALWAYS_INLINE Doubles SquareRoot(Doubles v) {
+  for (int i = 0; i < kLanes; ++i)
+    v[i] = __builtin_sqrt(v[i]);
+  return v;
+}
+#endif
+
 /// Returns the largest lane. Requires that no lane is NaN.
 GSL_ALWAYS_INLINE double Largest(Doubles v) {
   v = Larger(v, SwapHalves(v));
@@ -155,6 +182,11 @@ GSL_ALWAYS_INLINE bool AnyBit(Bits v) {
   v |= reinterpret_cast<Bits>(SwapHalves(reinterpret_cast<Doubles>(v)));
   v |= reinterpret_cast<Bits>(SwapPairs(reinterpret_cast<Doubles>(v)));
   return (v[0] | v[1]) != 0;
+}
+
+/// Returns whether a mask of comparisons holds in every lane.
+GSL_ALWAYS_INLINE bool AllLanes(Bits mask) {
+  return !AnyBit(~mask);
 }
 
 /// Transposes kLanes rows of kLanes doubles in place.

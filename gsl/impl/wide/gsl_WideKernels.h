@@ -2,6 +2,7 @@
 #define GSL_WIDE_WIDE_KERNELS_H
 
 #include "wide/AdjacencyRun.h"
+#include "wide/BatchWork.h"
 #include "wide/LuWork.h"
 
 #include <cstddef>
@@ -18,6 +19,14 @@ struct gsl_WideKernels {
   /// Is gsl_wide::SkipRuns.
   std::size_t (*skipRuns)(const unsigned char* entries, const unsigned char* open,
                           const unsigned char* next, std::size_t runs);
+  /// The batches are gsl_wide::PointSegments and so on.
+  void (*pointSegments)(const gsl_wide::PointSegmentBatch& batch);
+  void (*pointTriangles)(const gsl_wide::PointTriangleBatch& batch);
+  void (*segmentPairs)(const gsl_wide::SegmentPairBatch& batch);
+  void (*transformPoints)(const gsl_wide::TransformBatch& batch);
+  void (*transformBoxes)(const gsl_wide::BoxBatch& batch);
+  /// Is gsl_wide::BoxOfPoints.
+  void (*boxOfPoints)(const gsl_wide::PointsIn& points, std::size_t count, double* box);
 };
 
 extern const gsl_WideKernels gsl_WideKernelsBaseline;

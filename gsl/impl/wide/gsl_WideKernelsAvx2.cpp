@@ -1,5 +1,9 @@
+#include "wide/BoxLanes.h"
 #include "wide/EdgeScan.h"
 #include "wide/LuElimination.h"
+#include "wide/PointTriangleLanes.h"
+#include "wide/SegmentPairLanes.h"
+#include "wide/TransformLanes.h"
 #include "wide/gsl_WideKernels.h"
 
 namespace wide = gsl_wide::GSL_LANES_NAMESPACE;
@@ -12,4 +16,7 @@ void Eliminate(gsl_wide::LuWork& work) {
 
 } // namespace
 
-const gsl_WideKernels gsl_WideKernelsAvx2 = {wide::LargestOfRow, Eliminate, wide::SkipRuns};
+const gsl_WideKernels gsl_WideKernelsAvx2 = {
+    wide::LargestOfRow,   Eliminate,          wide::SkipRuns,        wide::PointSegments,
+    wide::PointTriangles, wide::SegmentPairs, wide::TransformPoints, wide::TransformBoxes,
+    wide::BoxOfPoints};

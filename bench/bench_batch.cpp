@@ -1,0 +1,236 @@
+// Measures the batches, with the registers of each width, beside the loop of the scalar calls. One
+// iteration is 4096 inputs in random order.
+
+#include "FreshData.h"
+#include "gsl_BBox.h"
+#include "gsl_Batch.h"
+#include "gsl_BatchRun.h"
+#include "gsl_Matrix.h"
+#include "gsl_Segment.h"
+
+#include <array>
+#include <string>
+
+namespace {
+
+using namespace fresh_data;
+using gsl_wide::PointsIn;
+
+template <std::size_t Size>
+using Points = std::array<gsl_Point, Size>;
+
+template <std::size_t Size>
+Points<Size> AnyPoints(Numbers& n) {
+  Points<Size> points;
+  for (gsl_Point& p : points)
+    p = n.Point(5.0);
+  return points;
+}
+
+/// The points as a host of many inputs has them: an array for each of the four.
+struct Arrays {
+  std::vector<double> numbers[4];
+  std::vector<double> upper; ///< the upper corners of boxes that begin at numbers[0]
+
+  Arrays() {
+    for (const Points<4>& points : Corpus<Points<4>>(1, AnyPoints<4>)) {
+      for (std::size_t i = 0; i < 4; ++i) {
+        numbers[i].push_back(points[i].x);
+        numbers[i].push_back(points[i].y);
+        numbers[i].push_back(points[i].z);
+      }
+    }
+    for (const double c : numbers[0])
+      upper.push_back(c + 1.0);
+  }
+  PointsIn operator[](std::size_t i) const { return {numbers[i].data(), 3}; }
+  gsl_BatchPoints Public(std::size_t i) const { return {numbers[i].data()}; }
+};
+
+struct Results {
+  std::vector<double> distances = std::vector<double>(kCount);
+  std::vector<double> points = std::vector<double>(6 * kCount);
+};
+
+/// The rotation that every transform uses.
+gsl_Matrix Turned() {
+  gsl_Matrix m;
+  m.AxisRotation(gsl_Point(1.0, 2.0, 3.0), gsl_Vector(1.0, 1.0, 0.5), 0.7);
+  return m;
+}
+
+template <class Run>
+void Register(const std::string& name, Run run) {
+  benchmark::RegisterBenchmark(name.c_str(), [run](benchmark::State& state) {
+    const Arrays in;
+    Results out;
+    for (auto _ : state) {
+      run(in, out);
+      benchmark::DoNotOptimize(out.distances.data());
+      benchmark::DoNotOptimize(out.points.data());
+      benchmark::ClobberMemory();
+    }
+    state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(kCount));
+  });
+}
+
+/// Registers run(kernels, in, out) for the registers that are not the widest.
+template <class Run>
+void RegisterWidths(const std::string& work, Run run) {
+  const auto at = [&](const char* name, gsl_VectorWidth width) {
+    const gsl_WideKernels* const kernels = gsl_FindWideKernels(width);
+    if (kernels == nullptr || kernels == &gsl_BestWideKernels()) return;
+    Register(work + "/" + name,
+             [kernels, run](const Arrays& in, Results& out) { run(*kernels, in, out); });
+  };
+  at("baseline", gsl_VectorWidth::Baseline);
+  at("avx2", gsl_VectorWidth::Avx2);
+}
+
+/// Registers query(item) for each item, into the distances.
+template <class Item, class Make, class Query>
+void RegisterScalar(const std::string& work, Make make, Query query) {
+  const std::string name = work + "/scalar";
+  benchmark::RegisterBenchmark(name.c_str(), [make, query](benchmark::State& state) mutable {
+    const std::vector<Item> items = Corpus<Item>(1, make);
+    std::vector<double> results(kCount);
+    for (auto _ : state) {
+      for (std::size_t k = 0; k < kCount; ++k)
+        results[k] = query(items[k]);
+      benchmark::DoNotOptimize(results.data());
+      benchmark::ClobberMemory();
+    }
+    state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(kCount));
+  });
+}
+
+struct PointAndSegment {
+  gsl_Point p;
+  gsl_Segment segment;
+};
+
+struct Segments {
+  gsl_Segment a, b;
+};
+
+void RegisterPointSegments() {
+  const std::string work = "BatchPointSegment";
+  Register(work + "/ours", [](const Arrays& in, Results& out) {
+    gsl_PointSegmentDistances(kCount, in.Public(3), in.Public(0), in.Public(1),
+                              out.distances.data(), out.points.data());
+  });
+  RegisterWidths(work, [](const gsl_WideKernels& kernels, const Arrays& in, Results& out) {
+    gsl_batch::PointSegments(kernels, {kCount, in[3], in[0], in[1], 1e-6, out.distances.data(),
+                                       out.points.data(), nullptr, nullptr});
+  });
+  const auto make = [](Numbers& n) {
+    const Points<4> p = AnyPoints<4>(n);
+    return PointAndSegment{p[3], gsl_Segment(p[0], p[1])};
+  };
+  RegisterScalar<PointAndSegment>(work, make, [](const PointAndSegment& item) {
+    static gsl_Point closest;
+    return item.p.GetDistance(item.segment, closest);
+  });
+}
+
+void RegisterPointTriangles() {
+  const std::string work = "BatchPointTriangle";
+  Register(work + "/ours", [](const Arrays& in, Results& out) {
+    gsl_PointTriangleDistances(kCount, in.Public(3), in.Public(0), in.Public(1), in.Public(2),
+                               out.distances.data());
+  });
+  RegisterWidths(work, [](const gsl_WideKernels& kernels, const Arrays& in, Results& out) {
+    gsl_batch::PointTriangles(
+        kernels, {kCount, in[3], in[0], in[1], in[2], 1e-6, 1e-10, out.distances.data(), nullptr});
+  });
+  RegisterScalar<Points<4>>(work, AnyPoints<4>,
+                            [](const Points<4>& p) { return p[3].GetDistance(p[0], p[1], p[2]); });
+}
+
+void RegisterSegmentPairs() {
+  const std::string work = "BatchSegmentSegment";
+  Register(work + "/ours", [](const Arrays& in, Results& out) {
+    gsl_SegmentDistances(kCount, in.Public(0), in.Public(1), in.Public(2), in.Public(3),
+                         out.distances.data(), out.points.data(), out.points.data() + 3 * kCount);
+  });
+  RegisterWidths(work, [](const gsl_WideKernels& kernels, const Arrays& in, Results& out) {
+    gsl_batch::SegmentPairs(kernels, {kCount, in[0], in[1], in[2], in[3], 1e-6,
+                                      out.distances.data(), out.points.data(),
+                                      out.points.data() + 3 * kCount, nullptr, nullptr, nullptr});
+  });
+  const auto make = [](Numbers& n) {
+    const Points<4> p = AnyPoints<4>(n);
+    return Segments{gsl_Segment(p[0], p[1]), gsl_Segment(p[2], p[3])};
+  };
+  RegisterScalar<Segments>(work, make, [](const Segments& item) {
+    static gsl_Segment connection;
+    item.a.GetDistance(item.b, connection);
+    return connection.Length();
+  });
+}
+
+void RegisterTransforms() {
+  const std::string work = "BatchTransformPoint";
+  Register(work + "/ours", [m = Turned()](const Arrays& in, Results& out) {
+    gsl_TransformPoints(kCount, m, in.Public(0), out.points.data());
+  });
+  RegisterWidths(
+      work, [m = Turned()](const gsl_WideKernels& kernels, const Arrays& in, Results& out) {
+        gsl_batch::TransformPoints(kernels, {kCount, in[0], &m.m, out.points.data(), nullptr});
+      });
+  RegisterScalar<gsl_Point>(
+      work, [](Numbers& n) { return n.Point(5.0); },
+      [m = Turned()](gsl_Point p) {
+        m.Transform(p);
+        benchmark::DoNotOptimize(p);
+        return p.x;
+      });
+}
+
+void RegisterBoxes() {
+  const std::string work = "BatchTransformBox";
+  Register(work + "/ours", [m = Turned()](const Arrays& in, Results& out) {
+    gsl_TransformBoxes(kCount, m, in.Public(0), {in.upper.data()}, out.points.data());
+  });
+  RegisterWidths(
+      work, [m = Turned()](const gsl_WideKernels& kernels, const Arrays& in, Results& out) {
+        gsl_batch::TransformBoxes(
+            kernels, {kCount, in[0], {in.upper.data(), 3}, &m.m, out.points.data(), nullptr});
+      });
+  const auto make = [](Numbers& n) {
+    gsl_BBox box;
+    const gsl_Point lower = n.Point(5.0);
+    box.Add(lower);
+    box.Add(gsl_Point(lower.x + 1.0, lower.y + 1.0, lower.z + 1.0));
+    return box;
+  };
+  RegisterScalar<gsl_BBox>(work, make, [m = Turned()](gsl_BBox box) {
+    box.Transform(m);
+    benchmark::DoNotOptimize(box);
+    return box.min.x;
+  });
+  const std::string around = "BatchBoxOfPoints";
+  Register(around + "/ours", [](const Arrays& in, Results& out) {
+    gsl_BoxOfPoints(kCount, in.Public(0), out.points.data());
+  });
+  RegisterWidths(around, [](const gsl_WideKernels& kernels, const Arrays& in, Results& out) {
+    gsl_batch::BoxOfPoints(kernels, in[0], kCount, out.points.data());
+  });
+  RegisterScalar<gsl_Point>(
+      around, [](Numbers& n) { return n.Point(5.0); },
+      [box = gsl_BBox()](const gsl_Point& p) mutable {
+        box.Add(p);
+        return box.min.x;
+      });
+}
+
+const bool registered = [] {
+  RegisterPointSegments();
+  RegisterPointTriangles();
+  RegisterSegmentPairs();
+  RegisterTransforms();
+  RegisterBoxes();
+  return true;
+}();
+
+} // namespace

@@ -1,0 +1,86 @@
+#ifndef GSL_BATCH_H
+#define GSL_BATCH_H
+
+#include "gsl_Export.h"
+
+#include <cstddef>
+
+class gsl_Matrix;
+
+/// Queries for a host that has many inputs, on arrays of doubles without identities.
+///
+/// Units      model units.
+/// Results    the same bits as the scalar calls, on every processor and for every count. Of a NaN
+///            only that it is one: its sign and its payload are not promised. The vector registers
+///            of the processor are chosen at run time.
+/// Tolerance  gsl_Util linearTolerance and cosineTolerance, read once per call.
+/// Arrays     doubles need no alignment beyond 8 bytes. An output has room for `count` results: one
+///            number each, or three coordinates each without a gap. A count of 0 reads and writes
+///            nothing unless a function says otherwise.
+/// Outputs    an output of points may be an input of points whose stride is 3. Everything else that
+///            is written must be apart from the inputs, and outputs from each other.
+/// Errors     none thrown, none printed; nothing is allocated.
+/// Threads    calls are safe together while nobody writes the settings.
+
+/// Points that a batch reads, as three doubles each.
+struct gsl_BatchPoints {
+  const double* first; ///< the coordinates of the first point
+  /// The way from one point to the next, in doubles. 0 means that one point serves every input; it
+  /// may be negative.
+  std::ptrdiff_t stride = 3;
+};
+
+/// The part of a segment that holds the nearest point. None: there is no nearest point.
+enum class gsl_BatchPart : unsigned char { None, Foot, First, Second };
+
+/// Computes gsl_Point::GetDistance(segment, closest) for point k and the segment from p1[k] to
+/// p2[k].
+///
+/// Outputs    `nearest` and `parts` may be null. A Foot is a computed point; First and Second are
+///            the ends.
+/// Degenerate a segment with linearTolerance > length has the part None and leaves its `nearest` as
+///            it was. The distance leads to that point, and is NaN where `nearest` is null.
+/// NaN        spreads into the distance.
+GSL_API void gsl_PointSegmentDistances(std::size_t count, const gsl_BatchPoints& points,
+                                       const gsl_BatchPoints& p1, const gsl_BatchPoints& p2,
+                                       double* distances, double* nearest = nullptr,
+                                       gsl_BatchPart* parts = nullptr);
+
+/// Computes gsl_Point::GetDistance(p1, p2, p3) for point k and the triangle of p1[k], p2[k] and
+/// p3[k]. A triangle without a normal, by cosineTolerance, has the distance NaN.
+GSL_API void gsl_PointTriangleDistances(std::size_t count, const gsl_BatchPoints& points,
+                                        const gsl_BatchPoints& p1, const gsl_BatchPoints& p2,
+                                        const gsl_BatchPoints& p3, double* distances);
+
+/// Computes gsl_Segment::GetDistance for the segments from a1[k] to a2[k] and from b1[k] to b2[k].
+/// The distance is the length of the connection.
+///
+/// Outputs    the ends of the connection, onA and onB, and their parts may be null. Where the
+///            segments cross, both ends are the same Foot.
+/// None       segments 1e10 or farther apart and segments of NaN have the part None and the
+///            distance NaN, and leave onA and onB as they were.
+/// Degenerate for the ends of the other, a segment shorter than linearTolerance is its first point.
+GSL_API void gsl_SegmentDistances(std::size_t count, const gsl_BatchPoints& a1,
+                                  const gsl_BatchPoints& a2, const gsl_BatchPoints& b1,
+                                  const gsl_BatchPoints& b2, double* distances,
+                                  double* onA = nullptr, double* onB = nullptr,
+                                  gsl_BatchPart* partsA = nullptr, gsl_BatchPart* partsB = nullptr);
+
+/// Computes gsl_Matrix::Transform for each point. The flag of the matrix is not read.
+GSL_API void gsl_TransformPoints(std::size_t count, const gsl_Matrix& matrix,
+                                 const gsl_BatchPoints& points, double* moved);
+
+/// Computes gsl_BBox::Transform for the box from min[k] to max[k]. Writes six doubles each, min and
+/// then max. An empty box, whose min exceeds its max on some axis, is copied. `moved` may be the
+/// array of the boxes when both strides are 6 and max begins 3 doubles after min.
+GSL_API void gsl_TransformBoxes(std::size_t count, const gsl_Matrix& matrix,
+                                const gsl_BatchPoints& min, const gsl_BatchPoints& max,
+                                double* moved);
+
+/// Writes the box around the points, min and then max, as gsl_BBox::Add finds it one point after
+/// the other: a NaN of the first point stays, and a later NaN is ignored. The box may be among the
+/// points. A count of 0 writes the
+/// empty box, (0, 0, 0) and (-1, -1, -1).
+GSL_API void gsl_BoxOfPoints(std::size_t count, const gsl_BatchPoints& points, double* box);
+
+#endif

@@ -1,0 +1,196 @@
+#include "gsl_Batch.h"
+
+#include "BatchCases.h"
+#include "ScopedSettings.h"
+#include "gsl_BBox.h"
+#include "gsl_Matrix.h"
+#include "gsl_Segment.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using namespace batch_cases;
+
+constexpr std::size_t kCount = 4099;
+
+gsl_Point PointAt(const std::vector<double>& numbers, std::size_t k) {
+  return {numbers[3 * k], numbers[3 * k + 1], numbers[3 * k + 2]};
+}
+
+/// Points of the corpus, packed.
+struct Corpus {
+  std::vector<double> p[4];
+
+  explicit Corpus(std::uint64_t seed, std::size_t count = kCount) {
+    FourPoints points(seed);
+    for (std::size_t k = 0; k < count; ++k) {
+      points.Draw();
+      for (int i = 0; i < 4; ++i) {
+        p[i].push_back(points.p[i].x);
+        p[i].push_back(points.p[i].y);
+        p[i].push_back(points.p[i].z);
+      }
+    }
+  }
+  gsl_BatchPoints operator[](int i) const { return {p[i].data()}; }
+};
+
+bool SamePoint(const double* a, const gsl_Point& b) {
+  return numbers::SameBits(a[0], b.x) && numbers::SameBits(a[1], b.y) &&
+         numbers::SameBits(a[2], b.z);
+}
+
+bool SameUid(const gsl_Point& a, const gsl_Point& b) {
+  return a.uid == b.uid;
+}
+
+/// The part that the identity of a nearest point names.
+gsl_BatchPart PartOf(const gsl_Point& nearest, const gsl_Segment& segment) {
+  if (SameUid(nearest, segment.Point1())) return gsl_BatchPart::First;
+  return SameUid(nearest, segment.Point2()) ? gsl_BatchPart::Second : gsl_BatchPart::Foot;
+}
+
+} // namespace
+
+TEST(GslBatch, PointSegmentsAreTheScalarCalls) {
+  const Corpus in(1);
+  for (const double tolerance : {1e-6, 0.0, 0.5}) {
+    ScopedSettings settings;
+    settings->linearTolerance = tolerance;
+    std::vector<double> distances(kCount), nearest(3 * kCount, numbers::kSentinel);
+    std::vector<gsl_BatchPart> parts(kCount);
+    gsl_PointSegmentDistances(kCount, in[3], in[0], in[1], distances.data(), nearest.data(),
+                              parts.data());
+    for (std::size_t k = 0; k < kCount; ++k) {
+      const gsl_Segment segment(PointAt(in.p[0], k), PointAt(in.p[1], k));
+      const gsl_Point held(numbers::kSentinel, numbers::kSentinel, numbers::kSentinel);
+      gsl_Point closest = held;
+      const double distance = PointAt(in.p[3], k).GetDistance(segment, closest);
+      ASSERT_TRUE(numbers::SameBits(distances[k], distance)) << k;
+      ASSERT_TRUE(SamePoint(&nearest[3 * k], closest)) << k;
+      const gsl_BatchPart part =
+          SameUid(closest, held) ? gsl_BatchPart::None : PartOf(closest, segment);
+      ASSERT_EQ(parts[k], part) << k;
+    }
+  }
+}
+
+TEST(GslBatch, PointTrianglesAreTheScalarCalls) {
+  const Corpus in(2);
+  for (const double tolerance : {1e-6, 0.0, 0.6, -1.0}) {
+    ScopedSettings settings;
+    settings->linearTolerance = tolerance;
+    for (const double cosine : {1e-10, 0.1}) {
+      settings->cosineTolerance = cosine;
+      std::vector<double> distances(kCount);
+      gsl_PointTriangleDistances(kCount, in[3], in[0], in[1], in[2], distances.data());
+      for (std::size_t k = 0; k < kCount; ++k) {
+        const double distance =
+            PointAt(in.p[3], k)
+                .GetDistance(PointAt(in.p[0], k), PointAt(in.p[1], k), PointAt(in.p[2], k));
+        ASSERT_TRUE(numbers::SameBits(distances[k], distance)) << k;
+      }
+    }
+  }
+}
+
+TEST(GslBatch, SegmentPairsAreTheScalarCalls) {
+  const Corpus in(3);
+  std::vector<double> distances(kCount), onA(3 * kCount, numbers::kSentinel), onB = onA;
+  std::vector<gsl_BatchPart> partsA(kCount), partsB(kCount);
+  gsl_SegmentDistances(kCount, in[0], in[1], in[2], in[3], distances.data(), onA.data(), onB.data(),
+                       partsA.data(), partsB.data());
+  const gsl_Point held(numbers::kSentinel, numbers::kSentinel, numbers::kSentinel);
+  for (std::size_t k = 0; k < kCount; ++k) {
+    const gsl_Segment a(PointAt(in.p[0], k), PointAt(in.p[1], k));
+    const gsl_Segment b(PointAt(in.p[2], k), PointAt(in.p[3], k));
+    gsl_Segment connection(held, held);
+    a.GetDistance(b, connection);
+    const bool isNone = SameUid(connection.Point1(), held);
+    const double distance = isNone ? numbers::kNaN : connection.Length();
+    ASSERT_TRUE(numbers::SameBits(distances[k], distance)) << k;
+    ASSERT_TRUE(SamePoint(&onA[3 * k], connection.Point1())) << k;
+    ASSERT_TRUE(SamePoint(&onB[3 * k], connection.Point2())) << k;
+    ASSERT_EQ(partsA[k], isNone ? gsl_BatchPart::None : PartOf(connection.Point1(), a)) << k;
+    ASSERT_EQ(partsB[k], isNone ? gsl_BatchPart::None : PartOf(connection.Point2(), b)) << k;
+  }
+}
+
+TEST(GslBatch, TransformsAreTheScalarCalls) {
+  const Corpus in(4);
+  gsl_Matrix m;
+  m.AxisRotation(gsl_Point(1.0, 2.0, 3.0), gsl_Vector(1.0, 1.0, 0.5), 0.7);
+  std::vector<double> moved(3 * kCount);
+  gsl_TransformPoints(kCount, m, in[0], moved.data());
+  std::vector<double> inPlace = in.p[0];
+  gsl_TransformPoints(kCount, m, {inPlace.data()}, inPlace.data());
+  for (std::size_t k = 0; k < kCount; ++k) {
+    gsl_Point p = PointAt(in.p[0], k);
+    m.Transform(p);
+    ASSERT_TRUE(SamePoint(&moved[3 * k], p)) << k;
+    ASSERT_TRUE(SamePoint(&inPlace[3 * k], p)) << k;
+  }
+}
+
+TEST(GslBatch, BoxesAreTheScalarCalls) {
+  const Corpus in(5);
+  gsl_Matrix m;
+  m.AxisRotation(gsl_Point(1.0, 2.0, 3.0), gsl_Vector(1.0, 1.0, 0.5), 0.7);
+  std::vector<double> moved(6 * kCount);
+  gsl_TransformBoxes(kCount, m, in[0], in[1], moved.data());
+  gsl_BBox around;
+  for (std::size_t k = 0; k < kCount; ++k) {
+    gsl_BBox box;
+    box.min = PointAt(in.p[0], k);
+    box.max = PointAt(in.p[1], k);
+    box.Transform(m);
+    ASSERT_TRUE(SamePoint(&moved[6 * k], box.min)) << k;
+    ASSERT_TRUE(SamePoint(&moved[6 * k + 3], box.max)) << k;
+    around.Add(PointAt(in.p[0], k));
+  }
+  double box[6];
+  gsl_BoxOfPoints(kCount, in[0], box);
+  EXPECT_TRUE(SamePoint(box, around.min));
+  EXPECT_TRUE(SamePoint(box + 3, around.max));
+}
+
+TEST(GslBatch, AStrideReadsPointsInsideObjects) {
+  static_assert(sizeof(gsl_Point) % sizeof(double) == 0, "points are whole doubles apart");
+  std::vector<gsl_Point> points;
+  for (int k = 0; k < 11; ++k)
+    points.emplace_back(k, 2.0 * k, 3.0);
+  double box[6];
+  gsl_BoxOfPoints(points.size(), {&points[0].x, sizeof(gsl_Point) / sizeof(double)}, box);
+  EXPECT_EQ(box[0], 0.0);
+  EXPECT_EQ(box[4], 20.0);
+  EXPECT_EQ(box[5], 3.0);
+}
+
+TEST(GslBatch, NothingIsReadOrWrittenForNoInputs) {
+  const gsl_BatchPoints none = {nullptr};
+  gsl_PointSegmentDistances(0, none, none, none, nullptr);
+  gsl_PointTriangleDistances(0, none, none, none, none, nullptr);
+  gsl_SegmentDistances(0, none, none, none, none, nullptr);
+  gsl_TransformPoints(0, gsl_Matrix(), none, nullptr);
+  gsl_TransformBoxes(0, gsl_Matrix(), none, none, nullptr);
+  double box[6] = {};
+  gsl_BoxOfPoints(0, none, box);
+  EXPECT_EQ(box[2], 0.0);
+  EXPECT_EQ(box[5], -1.0);
+}
+
+TEST(GslBatch, TheToleranceIsReadAtTheCall) {
+  const double p[3] = {0.0, 2.0, 0.0}, a[3] = {0.0, 0.0, 0.0}, b[3] = {0.25, 0.0, 0.0};
+  double distance = numbers::kSentinel;
+  gsl_BatchPart part = gsl_BatchPart::Second;
+  ScopedSettings settings;
+  settings->linearTolerance = 0.25;
+  gsl_PointSegmentDistances(1, {p}, {a}, {b}, &distance, nullptr, &part);
+  EXPECT_EQ(part, gsl_BatchPart::Foot);
+  EXPECT_EQ(distance, 2.0);
+  settings->linearTolerance = numbers::Above(0.25);
+  gsl_PointSegmentDistances(1, {p}, {a}, {b}, &distance, nullptr, &part);
+  EXPECT_EQ(part, gsl_BatchPart::None);
+  EXPECT_TRUE(std::isnan(distance));
+}
