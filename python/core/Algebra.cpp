@@ -1,6 +1,7 @@
 #include "Arrays.h"
 #include "Parts.h"
 #include "ToleranceMutex.h"
+#include "gsl_Batch.h"
 #include "gsl_DepthFirstSearch.h"
 #include "gsl_LinearEqnLUDSolver.h"
 #include "gsl_Matrix.h"
@@ -132,17 +133,10 @@ py::array Apply(const Reals& entries, const Reals& points) {
   const gsl_Matrix matrix = MatrixOf(entries);
   const auto count = static_cast<std::size_t>(points.shape(0));
   auto moved = MakeArray(count, 3);
-  const double* numbers = points.data();
-  double* to = moved.mutable_data();
+  const gsl_BatchPoints in = {points.data()};
+  double* const to = moved.mutable_data();
   const py::gil_scoped_release unlocked;
-  gsl_Point point;
-  for (std::size_t k = 0; k < count; ++k, numbers += 3, to += 3) {
-    point.x = numbers[0];
-    point.y = numbers[1];
-    point.z = numbers[2];
-    matrix.Transform(point);
-    Write(point.Coords(), to);
-  }
+  gsl_TransformPoints(count, matrix, in, to);
   return std::move(moved);
 }
 

@@ -2,6 +2,7 @@
 #define GSL_PYTHON_ARRAYS_H
 
 #include "gsl_Arithmetic.h"
+#include "gsl_Batch.h"
 
 #include <cstddef>
 #include <vector>
@@ -24,6 +25,11 @@ public:
         m_step(static_cast<std::size_t>(array.size()) == width ? 0 : width) {}
 
   const double* operator[](std::size_t k) const { return m_numbers + k * m_step; }
+
+  /// Returns the rows from k on, which are points.
+  gsl_BatchPoints PointsFrom(std::size_t k) const {
+    return {(*this)[k], static_cast<std::ptrdiff_t>(m_step)};
+  }
 
 private:
   const double* m_numbers;

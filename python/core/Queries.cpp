@@ -1,8 +1,8 @@
 #include "Arrays.h"
 #include "Parts.h"
 #include "ToleranceMutex.h"
+#include "gsl_Batch.h"
 #include "gsl_Point.h"
-#include "gsl_Segment.h"
 #include "gsl_TriTriMinDirectionalDist.h"
 #include "gsl_Util.h"
 #include "gsl_Vector.h"
@@ -43,19 +43,27 @@ void SetTolerances(double linear, double zero, double cosine) {
   settings.cosineTolerance = cosine;
 }
 
-/// Calls query(row) for each row without the lock of the interpreter, and handles signals between.
-template <class Query>
-void ForRows(std::size_t count, const Query& query) {
+/// Calls work(begin, size) for one run of rows after another without the lock of the interpreter,
+/// and handles signals between.
+template <class Work>
+void ForRuns(std::size_t count, const Work& work) {
   for (std::size_t begin = 0; begin < count; begin += kRowsBetweenSignals) {
-    const std::size_t end = std::min(begin + kRowsBetweenSignals, count);
     {
       const py::gil_scoped_release unlocked;
       const std::shared_lock<std::shared_mutex> reading(ToleranceMutex());
-      for (std::size_t row = begin; row < end; ++row)
-        query(row);
+      work(begin, std::min(kRowsBetweenSignals, count - begin));
     }
     if (PyErr_CheckSignals() != 0) throw py::error_already_set();
   }
+}
+
+/// Calls query(row) for each row, as ForRuns does.
+template <class Query>
+void ForRows(std::size_t count, const Query& query) {
+  ForRuns(count, [&query](std::size_t begin, std::size_t size) {
+    for (std::size_t row = begin; row < begin + size; ++row)
+      query(row);
+  });
 }
 
 gsl_Point PointOf(const double* numbers) {
@@ -70,11 +78,12 @@ py::tuple PointSegment(const Reals& p, const Reals& a, const Reals& b, std::size
   auto nearest = MakeArray(count, 3);
   double* distance = distances.mutable_data();
   double* near = nearest.mutable_data();
-  ForRows(count, [&](std::size_t k) {
-    const gsl_Point start = PointOf(from[k]);
-    gsl_Point closest = start; // stays for a segment that is too short
-    distance[k] = PointOf(points[k]).GetDistance(gsl_Segment(start, PointOf(to[k])), closest);
-    Write(closest.Coords(), near + 3 * k);
+  ForRuns(count, [&](std::size_t k, std::size_t size) {
+    // The start stays for a segment that is too short.
+    for (std::size_t row = k; row < k + size; ++row)
+      Write(CoordOf(from[row]), near + 3 * row);
+    gsl_PointSegmentDistances(size, points.PointsFrom(k), from.PointsFrom(k), to.PointsFrom(k),
+                              distance + k, near + 3 * k);
   });
   return py::make_tuple(distances, nearest);
 }
@@ -87,9 +96,9 @@ py::array PointTriangle(const Reals& p, const Reals& a, const Reals& b, const Re
   const Rows third(c, 3);
   auto distances = MakeArray(count);
   double* distance = distances.mutable_data();
-  ForRows(count, [&](std::size_t k) {
-    distance[k] =
-        PointOf(points[k]).GetDistance(PointOf(first[k]), PointOf(second[k]), PointOf(third[k]));
+  ForRuns(count, [&](std::size_t k, std::size_t size) {
+    gsl_PointTriangleDistances(size, points.PointsFrom(k), first.PointsFrom(k),
+                               second.PointsFrom(k), third.PointsFrom(k), distance + k);
   });
   return std::move(distances);
 }
@@ -107,15 +116,12 @@ py::tuple SegmentSegment(const Reals& a0, const Reals& a1, const Reals& b0, cons
   double* distance = distances.mutable_data();
   double* end = ends.mutable_data();
   double* otherEnd = otherEnds.mutable_data();
-  const gsl_Point nowhere(kNaN, kNaN, kNaN);
-  const gsl_Segment none(nowhere, nowhere);
-  ForRows(count, [&](std::size_t k) {
-    gsl_Segment connection = none;
-    gsl_Segment(PointOf(from[k]), PointOf(to[k]))
-        .GetDistance(gsl_Segment(PointOf(otherFrom[k]), PointOf(otherTo[k])), connection);
-    distance[k] = connection.Length();
-    Write(connection.Point1().Coords(), end + 3 * k);
-    Write(connection.Point2().Coords(), otherEnd + 3 * k);
+  ForRuns(count, [&](std::size_t k, std::size_t size) {
+    // Segments without a connection keep these ends.
+    std::fill(end + 3 * k, end + 3 * (k + size), kNaN);
+    std::fill(otherEnd + 3 * k, otherEnd + 3 * (k + size), kNaN);
+    gsl_SegmentDistances(size, from.PointsFrom(k), to.PointsFrom(k), otherFrom.PointsFrom(k),
+                         otherTo.PointsFrom(k), distance + k, end + 3 * k, otherEnd + 3 * k);
   });
   return py::make_tuple(distances, ends, otherEnds);
 }
