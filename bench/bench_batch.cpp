@@ -7,6 +7,7 @@
 #include "gsl_BatchRun.h"
 #include "gsl_Matrix.h"
 #include "gsl_Segment.h"
+#include "gsl_TriTriMinDirectionalDist.h"
 
 #include <array>
 #include <string>
@@ -224,12 +225,88 @@ void RegisterBoxes() {
       });
 }
 
+/// One triangle under 4096 others in a wide space: small, in any place and any attitude.
+struct Scattered {
+  Arrays arrays;
+  Points<3> moving = {gsl_Point(0.0, 0.0, -5.0), gsl_Point(1.0, 0.0, -5.0),
+                      gsl_Point(0.0, 1.0, -5.0)};
+  std::vector<Points<3>> fixed;
+
+  Scattered() {
+    for (std::size_t k = 0; k < kCount; ++k) {
+      std::vector<double>* const p = arrays.numbers;
+      for (std::size_t i = 3 * k; i < 3 * k + 3; ++i) {
+        p[1][i] = p[0][i] + 0.1 * p[1][i];
+        p[2][i] = p[0][i] + 0.1 * p[2][i];
+      }
+      const auto at = [k](const std::vector<double>& n) {
+        return gsl_Point(n[3 * k], n[3 * k + 1], n[3 * k + 2]);
+      };
+      fixed.push_back({at(p[0]), at(p[1]), at(p[2])});
+    }
+  }
+};
+
+constexpr bool kTwoSided[2] = {true, true};
+
+/// Registers run(scene) for a whole sweep, which returns the distance.
+template <class Run>
+void RegisterSweep(const std::string& name, Run run) {
+  benchmark::RegisterBenchmark(name.c_str(), [run](benchmark::State& state) {
+    const Scattered scene;
+    for (auto _ : state)
+      benchmark::DoNotOptimize(run(scene));
+    state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(kCount));
+  });
+}
+
+double SweepAt(const gsl_WideKernels& kernels, const Scattered& scene) {
+  gsl_wide::TriangleSweepBatch batch = {};
+  batch.count = kCount;
+  for (std::size_t i = 0; i < 3; ++i) {
+    batch.a[i] = {&scene.moving[i].x, 0};
+    batch.b[i] = scene.arrays[i];
+    if (i < 2) batch.twoSided[i] = kTwoSided[i];
+  }
+  batch.linearTolerance = 1e-6;
+  batch.cosineTolerance = 1e-10;
+  gsl_batch::SweptPairs best = {1e9, {}, 0, false};
+  gsl_batch::SweepTriangles(kernels, batch, gsl_Vector(0.0, 0.0, 1.0).Measured(), best);
+  return best.distance;
+}
+
+void RegisterSweeps() {
+  const std::string work = "BatchTriangleSweep";
+  RegisterSweep(work + "/ours",
+                [](const Scattered& scene) { return SweepAt(gsl_BestWideKernels(), scene); });
+  const auto at = [&](const char* name, gsl_VectorWidth width) {
+    const gsl_WideKernels* const kernels = gsl_FindWideKernels(width);
+    if (kernels == nullptr || kernels == &gsl_BestWideKernels()) return;
+    RegisterSweep(work + "/" + name,
+                  [kernels](const Scattered& scene) { return SweepAt(*kernels, scene); });
+  };
+  at("baseline", gsl_VectorWidth::Baseline);
+  at("avx2", gsl_VectorWidth::Avx2);
+  RegisterSweep(work + "/scalar", [](const Scattered& scene) {
+    const gsl_Vector direction(0.0, 0.0, 1.0);
+    gsl_Point contacts[2];
+    double distance = 1e9;
+    for (const Points<3>& b : scene.fixed) {
+      benchmark::DoNotOptimize(
+          gsl_TriTriMinDirectionalDist(direction, scene.moving[0], scene.moving[1], scene.moving[2],
+                                       b[0], b[1], b[2], kTwoSided, 0.0, contacts, distance));
+    }
+    return distance;
+  });
+}
+
 const bool registered = [] {
   RegisterPointSegments();
   RegisterPointTriangles();
   RegisterSegmentPairs();
   RegisterTransforms();
   RegisterBoxes();
+  RegisterSweeps();
   return true;
 }();
 

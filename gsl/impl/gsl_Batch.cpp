@@ -3,6 +3,7 @@
 #include "gsl_BatchRun.h"
 #include "gsl_Matrix.h"
 #include "gsl_Settings.h"
+#include "gsl_Vector.h"
 
 namespace {
 
@@ -62,4 +63,32 @@ void gsl_TransformBoxes(std::size_t count, const gsl_Matrix& matrix, const gsl_B
 
 void gsl_BoxOfPoints(std::size_t count, const gsl_BatchPoints& points, double* box) {
   gsl_batch::BoxOfPoints(gsl_BestWideKernels(), In(points), count, box);
+}
+
+bool gsl_SweepTriangles(std::size_t count, const gsl_Vector& direction, const gsl_BatchTriangles& a,
+                        const gsl_BatchTriangles& b, const bool* twoSided, double margin,
+                        gsl_BatchContact& contact) {
+  const gsl_Util& settings = Settings();
+  gsl_wide::TriangleSweepBatch batch = {};
+  batch.count = count;
+  for (int i = 0; i < 3; ++i) {
+    batch.a[i] = In(a.corners[i]);
+    batch.b[i] = In(b.corners[i]);
+  }
+  batch.linearTolerance = settings.linearTolerance;
+  batch.cosineTolerance = settings.cosineTolerance;
+  batch.twoSided[0] = twoSided[0];
+  batch.twoSided[1] = twoSided[1];
+  batch.margin = margin;
+  gsl_batch::SweptPairs best = {contact.distance,
+                                {{contact.onA[0], contact.onA[1], contact.onA[2]},
+                                 {contact.onB[0], contact.onB[1], contact.onB[2]}},
+                                contact.pair,
+                                false};
+  gsl_batch::SweepTriangles(gsl_BestWideKernels(), batch, direction.Measured(), best);
+  contact.distance = best.distance;
+  gsl_batch::WritePoint(contact.onA, best.contact[0]);
+  gsl_batch::WritePoint(contact.onB, best.contact[1]);
+  contact.pair = best.pair;
+  return best.found;
 }

@@ -4,6 +4,7 @@
 #include "kernel/Box.h"
 #include "kernel/SegmentDistance.h"
 #include "kernel/TriangleDistance.h"
+#include "kernel/TriangleSweep.h"
 #include "wide/gsl_WideKernels.h"
 
 /// The batches on the kernels of one instruction set, with the scalar kernels for what the lanes
@@ -124,6 +125,57 @@ inline void BoxOfPoints(const gsl_WideKernels& kernels, const gsl_wide::PointsIn
   }
   WritePoint(box, gsl_kernel::kEmptyBox.min);
   WritePoint(box + 3, gsl_kernel::kEmptyBox.max);
+}
+
+/// What a sweep of triangles has found: the running minimum, its contacts and its pair.
+struct SweptPairs {
+  double distance;
+  Coord3 contact[2];
+  std::size_t pair;
+  bool found;
+};
+
+inline gsl_kernel::SourcedTriangle TriangleAt(const gsl_wide::PointsIn (&points)[3], std::size_t k,
+                                              int firstSource) {
+  return {{{PointOf(points[0], k), firstSource},
+           {PointOf(points[1], k), firstSource + 1},
+           {PointOf(points[2], k), firstSource + 2}}};
+}
+
+/// Sweeps one pair as gsl_TriTriMinDirectionalDist does.
+inline void OneTrianglePair(const gsl_wide::TriangleSweepBatch& batch, std::size_t k) {
+  SweptPairs& best = *static_cast<SweptPairs*>(batch.contact);
+  const gsl_kernel::SourcedTriangle a = TriangleAt(batch.a, k, gsl_kernel::kFirstOfA);
+  const gsl_kernel::SourcedTriangle b = TriangleAt(batch.b, k, gsl_kernel::kFirstOfB);
+  const gsl_kernel::Measured3 d = {{batch.direction[0], batch.direction[1], batch.direction[2]},
+                                   batch.length};
+  if (gsl_kernel::SlabsReject(a, b, d, best.distance + batch.margin, batch.linearTolerance)) return;
+  gsl_kernel::SweepContacts found = {};
+  found.distance = best.distance;
+  const bool result = gsl_kernel::SweepTriangle(
+      d, a, b, batch.twoSided, {batch.linearTolerance, batch.cosineTolerance},
+      [&best] { return best.contact[0]; }, found);
+  best.found |= result;
+  for (int side = 0; side < 2; ++side) {
+    if (found.written[side]) best.contact[side] = found.point[side].c;
+  }
+  // The first contact is written whenever the distance falls.
+  if (!found.written[0]) return;
+  best.distance = found.distance;
+  best.pair = k;
+}
+
+/// Sweeps the pairs in order. `direction` may have any length.
+inline void SweepTriangles(const gsl_WideKernels& kernels, gsl_wide::TriangleSweepBatch batch,
+                           const gsl_kernel::Measured3& direction, SweptPairs& best) {
+  const gsl_kernel::Measured3 d = gsl_arithmetic::NormalizedCopy(direction, batch.linearTolerance);
+  WritePoint(batch.direction, d.c);
+  batch.length = d.magnitude;
+  WritePoint(batch.axis, gsl_arithmetic::NormalizedCopy(d, batch.linearTolerance).c);
+  batch.distance = &best.distance;
+  batch.contact = &best;
+  batch.one = OneTrianglePair;
+  kernels.sweepTriangles(batch);
 }
 
 } // namespace gsl_batch

@@ -6,6 +6,7 @@
 #include <cstddef>
 
 class gsl_Matrix;
+class gsl_Vector;
 
 /// Queries for a host that has many inputs, on arrays of doubles without identities.
 ///
@@ -82,5 +83,34 @@ GSL_API void gsl_TransformBoxes(std::size_t count, const gsl_Matrix& matrix,
 /// points. A count of 0 writes the
 /// empty box, (0, 0, 0) and (-1, -1, -1).
 GSL_API void gsl_BoxOfPoints(std::size_t count, const gsl_BatchPoints& points, double* box);
+
+/// Triangles that a batch reads: the first, second and third corners.
+struct gsl_BatchTriangles {
+  gsl_BatchPoints corners[3]; ///< the arrays of the three corners
+};
+
+/// The running minimum of gsl_SweepTriangles.
+struct gsl_BatchContact {
+  double distance;  ///< the least distance so far; what is passed in limits the sweep
+  double onA[3];    ///< the contact on A
+  double onB[3];    ///< the contact on B
+  std::size_t pair; ///< the number of the pair that wrote the distance last
+};
+
+/// Calls gsl_TriTriMinDirectionalDist for triangle A[k] and triangle B[k], one pair after the
+/// other, with the distance and the contacts of the pairs before. A stride of 0 sweeps one triangle
+/// against many.
+///
+/// Result     true when a call found a contact, which may be no closer than the distance so far.
+/// Outputs    `contact` must be apart from the inputs. Its members are what the calls write, so
+///            without a contact they stay. At a tie the earlier pair stays.
+/// Arguments  `direction`, `margin`, degenerate input and NaN are as in the single call. Both flags
+///            of twoSided are read.
+/// Speed      pairs that extents or facings reject are found in vector registers; the others take
+///            the time of the single call.
+[[nodiscard]] GSL_API bool gsl_SweepTriangles(std::size_t count, const gsl_Vector& direction,
+                                              const gsl_BatchTriangles& a,
+                                              const gsl_BatchTriangles& b, const bool* twoSided,
+                                              double margin, gsl_BatchContact& contact);
 
 #endif

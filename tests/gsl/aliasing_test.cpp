@@ -620,6 +620,23 @@ TEST(Aliasing, EndsOfConnectionsMayBeAnyInput) {
   }
 }
 
+// output: gsl_SweepTriangles(std::size_t, gsl_Vector, gsl_BatchTriangles, gsl_BatchTriangles, bool,
+// double, gsl_BatchContact&)
+TEST(Aliasing, BothTrianglesOfASweepMayBeOneArray) {
+  constexpr std::size_t kCount = BatchScene::kCount;
+  const BatchScene s, other;
+  const bool twoSided[2] = {true, true};
+  const gsl_Vector d(0.0, 0.3, 1.0);
+  gsl_BatchContact expected = {1e3, {}, {}, 99}, contact = expected;
+  const bool result = gsl_SweepTriangles(kCount, d, {{s[0], s[2], s[3]}},
+                                         {{other[2], other[3], other[0]}}, twoSided, 0.0, expected);
+  EXPECT_EQ(gsl_SweepTriangles(kCount, d, {{s[0], s[2], s[3]}}, {{s[2], s[3], s[0]}}, twoSided, 0.0,
+                               contact),
+            result);
+  EXPECT_EQ(contact.distance, expected.distance);
+  EXPECT_EQ(contact.pair, expected.pair);
+}
+
 // output: gsl_TransformPoints(std::size_t, gsl_Matrix, gsl_BatchPoints, double*)
 // output: gsl_TransformBoxes(std::size_t, gsl_Matrix, gsl_BatchPoints, gsl_BatchPoints, double*)
 // output: gsl_BoxOfPoints(std::size_t, gsl_BatchPoints, double*)

@@ -61,6 +61,21 @@ struct BoxBatch {
   void (*one)(const BoxBatch& batch, std::size_t k);
 };
 
+/// Pairs of triangles that are swept in order. `one` sweeps a pair with the distance of its turn.
+struct TriangleSweepBatch {
+  std::size_t count;
+  PointsIn a[3], b[3];
+  double direction[3]; ///< a unit vector or zero
+  double length;       ///< of the direction, as it was measured
+  double axis[3];      ///< the direction, normalised again
+  double linearTolerance, cosineTolerance;
+  bool twoSided[2];
+  double margin;
+  const double* distance; ///< the least distance so far, which `one` lowers
+  void* contact;          ///< what `one` writes
+  void (*one)(const TriangleSweepBatch& batch, std::size_t k);
+};
+
 /// The parts of a segment, as the batches write them.
 constexpr int kPartFoot = 1, kPartFirst = 2, kPartSecond = 3;
 

@@ -27,6 +27,7 @@ struct gsl_WideKernels {
   void (*transformBoxes)(const gsl_wide::BoxBatch& batch);
   /// Is gsl_wide::BoxOfPoints.
   void (*boxOfPoints)(const gsl_wide::PointsIn& points, std::size_t count, double* box);
+  void (*sweepTriangles)(const gsl_wide::TriangleSweepBatch& batch);
 };
 
 extern const gsl_WideKernels gsl_WideKernelsBaseline;

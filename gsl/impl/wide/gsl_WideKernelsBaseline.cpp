@@ -4,6 +4,7 @@
 #include "wide/PointTriangleLanes.h"
 #include "wide/SegmentPairLanes.h"
 #include "wide/TransformLanes.h"
+#include "wide/TriangleSweepLanes.h"
 #include "wide/gsl_WideKernels.h"
 
 namespace wide = gsl_wide::GSL_LANES_NAMESPACE;
@@ -17,6 +18,6 @@ void Eliminate(gsl_wide::LuWork& work) {
 } // namespace
 
 const gsl_WideKernels gsl_WideKernelsBaseline = {
-    wide::LargestOfRow,   Eliminate,          wide::SkipRuns,        wide::PointSegments,
-    wide::PointTriangles, wide::SegmentPairs, wide::TransformPoints, wide::TransformBoxes,
-    wide::BoxOfPoints};
+    wide::LargestOfRow,   Eliminate,           wide::SkipRuns,        wide::PointSegments,
+    wide::PointTriangles, wide::SegmentPairs,  wide::TransformPoints, wide::TransformBoxes,
+    wide::BoxOfPoints,    wide::SweepTriangles};

@@ -5,6 +5,7 @@
 #include "gsl_BBox.h"
 #include "gsl_Matrix.h"
 #include "gsl_Segment.h"
+#include "gsl_TriTriMinDirectionalDist.h"
 
 #include <gtest/gtest.h>
 
@@ -155,6 +156,37 @@ TEST(GslBatch, BoxesAreTheScalarCalls) {
   EXPECT_TRUE(SamePoint(box + 3, around.max));
 }
 
+TEST(GslBatch, SweepsOfTrianglesAreTheScalarCallsInOrder) {
+  const Corpus first(6), second(7);
+  const gsl_Vector direction(0.1, 0.2, 1.5);
+  const bool twoSided[2] = {true, false};
+  for (std::size_t begin = 0; begin + 40 <= kCount; begin += 37) {
+    const gsl_BatchTriangles a = {
+        {{&first.p[0][3 * begin], 0}, {&first.p[1][3 * begin], 0}, {&first.p[2][3 * begin], 0}}};
+    const gsl_BatchTriangles b = {
+        {{&second.p[0][3 * begin]}, {&second.p[1][3 * begin]}, {&second.p[2][3 * begin]}}};
+    gsl_BatchContact contact = {1e3, {7.0, 7.0, 7.0}, {8.0, 8.0, 8.0}, 99};
+    const bool found = gsl_SweepTriangles(40, direction, a, b, twoSided, 0.5, contact);
+    gsl_Point contacts[2] = {{7.0, 7.0, 7.0}, {8.0, 8.0, 8.0}};
+    double distance = 1e3;
+    bool expected = false;
+    std::size_t pair = 99;
+    for (std::size_t k = begin; k < begin + 40; ++k) {
+      const double before = distance;
+      expected |= gsl_TriTriMinDirectionalDist(
+          direction, PointAt(first.p[0], begin), PointAt(first.p[1], begin),
+          PointAt(first.p[2], begin), PointAt(second.p[0], k), PointAt(second.p[1], k),
+          PointAt(second.p[2], k), twoSided, 0.5, contacts, distance);
+      if (distance < before) pair = k - begin;
+    }
+    ASSERT_EQ(found, expected) << begin;
+    ASSERT_EQ(contact.pair, pair) << begin;
+    ASSERT_TRUE(numbers::SameBits(contact.distance, distance)) << begin;
+    ASSERT_TRUE(SamePoint(contact.onA, contacts[0])) << begin;
+    ASSERT_TRUE(SamePoint(contact.onB, contacts[1])) << begin;
+  }
+}
+
 TEST(GslBatch, AStrideReadsPointsInsideObjects) {
   static_assert(sizeof(gsl_Point) % sizeof(double) == 0, "points are whole doubles apart");
   std::vector<gsl_Point> points;
@@ -174,6 +206,13 @@ TEST(GslBatch, NothingIsReadOrWrittenForNoInputs) {
   gsl_SegmentDistances(0, none, none, none, none, nullptr);
   gsl_TransformPoints(0, gsl_Matrix(), none, nullptr);
   gsl_TransformBoxes(0, gsl_Matrix(), none, none, nullptr);
+  const gsl_BatchTriangles noTriangles = {{none, none, none}};
+  const bool twoSided[2] = {};
+  gsl_BatchContact contact = {4.0, {}, {}, 99};
+  EXPECT_FALSE(
+      gsl_SweepTriangles(0, gsl_Vector(), noTriangles, noTriangles, twoSided, 0.0, contact));
+  EXPECT_EQ(contact.distance, 4.0);
+  EXPECT_EQ(contact.pair, 99u);
   double box[6] = {};
   gsl_BoxOfPoints(0, none, box);
   EXPECT_EQ(box[2], 0.0);
