@@ -12,6 +12,7 @@
 #include <cstring>
 #include <gsl_utils.h>
 #include <limits>
+#include <mem_Memory.h>
 #include <new>
 #include <nex_AssertException.h>
 #include <omi_gettimecounter.h>
@@ -247,7 +248,15 @@ void Memory() {
     std::memset(block, 0xA5, size);
     ::operator delete(block);
     REQUIRE(aligned);
+    void* const scratch = mem_Malloc(size);
+    REQUIRE(scratch != nullptr);
+    const bool isScratchAligned = IsAligned(scratch, alignof(std::max_align_t));
+    std::memset(scratch, 0x5A, size);
+    mem_Free(scratch);
+    REQUIRE(isScratchAligned);
   }
+  REQUIRE(mem_Malloc(0) == nullptr);
+  mem_Free(nullptr);
   constexpr std::align_val_t kLine{64};
   void* const line = ::operator new(100, kLine);
   const bool aligned = IsAligned(line, 64);
@@ -259,6 +268,7 @@ void MemoryRefused() {
   // It is read at run time, so that no compiler judges the size.
   const volatile std::size_t tooMuch = std::numeric_limits<std::size_t>::max() / 4;
   REQUIRE(::operator new(tooMuch, std::nothrow) == nullptr);
+  REQUIRE(mem_Malloc(tooMuch) == nullptr);
   bool refused = false;
   try {
     ::operator delete(::operator new(tooMuch));
@@ -287,7 +297,9 @@ std::vector<Case> BasicCases() {
        &Exceptions},
       {"exception_library", "exceptions are caught across the libraries", &ExceptionsOfTheLibrary},
       {"clock", "omi_gettimecounter never goes back, and goes on", &Clock},
-      {"memory", "operator new aligns blocks for every type", &Memory},
-      {"memory_refused", "operator new throws std::bad_alloc or returns null", &MemoryRefused},
+      {"memory", "operator new and mem_Malloc align blocks for every type", &Memory},
+      {"memory_refused",
+       "without memory operator new throws std::bad_alloc or returns null, and mem_Malloc null",
+       &MemoryRefused},
   };
 }

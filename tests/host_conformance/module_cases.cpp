@@ -61,7 +61,9 @@ void SingletonsAgain() {
   {
     const Started started;
     omi_Singleton<gsl_Util>::Instance().linearTolerance = 0.5;
+    REQUIRE(omi_Singleton<gsl_Util>::Exists());
   }
+  REQUIRE(!omi_Singleton<gsl_Util>::Exists());
   const Started started;
   REQUIRE(omi_Singleton<gsl_Util>::Instance().linearTolerance == 1e-6);
 }

@@ -16,6 +16,8 @@ public:
     return found != nullptr ? *static_cast<T*>(found) : Make();
   }
 
+  static bool Exists() { return xh_Registry::Find(typeid(T).name()) != nullptr; }
+
   static void Destroy() {
     void* const found = xh_Registry::Find(typeid(T).name());
     xh_Registry::Set(typeid(T).name(), nullptr);

@@ -1,3 +1,4 @@
+#include "mem_Memory.h"
 #include "mem_Modules.h"
 #include "xh_Journal.h"
 #include "xh_Memory.h"
@@ -75,6 +76,14 @@ void xh_Memory::Release(void* block) {
   if (block == nullptr) return;
   --live;
   std::free(block);
+}
+
+void* mem_Malloc(std::size_t size) {
+  return size != 0 ? xh_Memory::Take(size, __STDCPP_DEFAULT_NEW_ALIGNMENT__) : nullptr;
+}
+
+void mem_Free(void* block) {
+  xh_Memory::Release(block);
 }
 
 const char* xh_Journal() {
