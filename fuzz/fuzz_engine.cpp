@@ -25,7 +25,7 @@ double Coordinate(FuzzInput& in, int exponent) {
 std::vector<Coord3> BodyOf(FuzzInput& in, int exponent) {
   std::vector<Coord3> corners(3 * std::size_t{1} * (1 + in.Below(kMostTriangles)));
   for (std::size_t k = 0; k < corners.size(); ++k) {
-    // A corner may be one of before, as in a mesh.
+    // A corner may be an earlier one, as in a mesh.
     const std::uint8_t choice = in.Byte();
     if (k > 0 && choice % 2 == 1) {
       corners[k] = corners[choice / 2 % k];

@@ -24,6 +24,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const gsl_mesh::Mesh mesh =
         gsl_mesh::ReadMeshFromMemory(bytes, name, gsl_mesh::MeshFormat::GSL_FUZZ_FORMAT);
     Require(mesh.TriangleCount() > 0 && mesh.corners.size() == 3 * mesh.TriangleCount());
+    for (const std::string& warning : mesh.warnings)
+      Require(warning.find('\n') == warning.npos);
   } catch (const gsl_mesh::MeshError& e) {
     const std::string_view message = e.what();
     Require(message.substr(0, name.size() + 2) == name + ": ");

@@ -1,5 +1,6 @@
-// Feeds doubles of any bits, any tolerances and stale lengths to the queries. Each gives the bits
-// of its second implementation, and leaves the same outputs alone.
+// Feeds doubles of any bits, any tolerances and stale lengths to the queries. Those that have
+// a second implementation return its bits and leave the same outputs alone. The others (angles,
+// orthogonal vectors, rotations, a line with a plane) end without a fault.
 
 #include "EntityTranscription.h"
 #include "FuzzEntities.h"
@@ -42,10 +43,17 @@ struct Outputs {
   }
 };
 
-void Vectors(FuzzInput& in) {
+void Vectors(FuzzInput& in, const Tolerances& tol) {
   const gsl_Vector a = VectorOf(in);
   const gsl_Vector b = VectorOf(in);
   const gsl_Vector axis = VectorOf(in);
+  Require(a.IsOrthogonal(b) == IsOrthogonal(Plain(a), Plain(b), tol));
+  Require(a.IsParallel(b, tol.linear) == IsParallel(Plain(a), Plain(b), tol.linear));
+  gsl_Vector unit = a;
+  Vec plainUnit = Plain(a);
+  Require(unit.Normalize() == Normalize(plainUnit, tol));
+  Require(SameNumber(unit.x, plainUnit.x) && SameNumber(unit.y, plainUnit.y) &&
+          SameNumber(unit.z, plainUnit.z) && SameNumber(unit.magnitude, plainUnit.magnitude));
   double angle = 12345.0;
   if (!axis.AngleBetween(a, b, angle)) Require(angle == 12345.0);
   a.AngleWith(b, false, axis);
@@ -72,6 +80,7 @@ void LinesAndPlanes(FuzzInput& in, const Tolerances& tol) {
   const transcription::StLine plainLine = {Plain(onLine), Plain(d)};
   const transcription::StLine plainOther = {Plain(onOther), Plain(e)};
   const transcription::Plane plainPlane = {Plain(onPlane), Plain(n)};
+  Require((p == onLine) == Equal(Plain(p), Plain(onLine), tol));
   Require(SameNumber(p.GetDistance(line), Distance(Plain(p), plainLine)));
   Require(SameNumber(p.GetDistance(plane), Distance(Plain(p), plainPlane)));
   Require(SameNumber(p.GetSignedDistance(plane), SignedDistance(Plain(p), plainPlane)));
@@ -136,7 +145,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t cou
                           settings->cosineTolerance};
   switch (in.Below(4)) {
   case 0:
-    Vectors(in);
+    Vectors(in, tol);
     break;
   case 1:
     LinesAndPlanes(in, tol);

@@ -1,5 +1,5 @@
-// Solves systems of any doubles, and labels any graphs. The solver gives the bits of the textbook's
-// method; the labels are those of the plainest search.
+// Solves systems of any doubles, and labels any graphs. The solver returns the bits of the
+// textbook's method; the labels are those of the plainest search.
 
 #include "FuzzInput.h"
 #include "TextbookLu.h"
@@ -39,7 +39,7 @@ void Solve(FuzzInput& in) {
       Require(SameNumber(own.At(i, j), other.At(i, j)));
     Require(solver.Pivots()[i] == textbook.Pivots()[static_cast<std::size_t>(i)]);
   }
-  Require(solver.Parity() == (solved ? textbook.Parity() : solver.Parity()));
+  if (solved) Require(solver.Parity() == textbook.Parity());
   std::vector<double> expected = before;
   if (solved) textbook.Substitute(expected.data());
   for (std::size_t k = 0; k < x.size(); ++k)
@@ -64,7 +64,7 @@ void Label(FuzzInput& in) {
   const int n = in.Below(kMostNodes + 1);
   const auto size = static_cast<std::size_t>(n);
   const std::unique_ptr<bool[]> adjacency(new bool[size * size + 1]());
-  // Each byte is eight pairs. A graph that has an edge in both directions has components.
+  // Each byte is eight pairs. Hosts have edges in both directions; one is allowed.
   const bool isBothWays = in.Below(2) == 0;
   for (std::size_t k = 0; k < size * size; k += 8) {
     const std::uint8_t bits = in.Byte();

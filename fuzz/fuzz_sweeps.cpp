@@ -1,5 +1,5 @@
 // Feeds doubles of any bits, any tolerances and stale lengths to both sweeps of single pairs. Each
-// gives the bits of its second implementation, and leaves the same outputs alone.
+// returns the bits of its second implementation, and leaves the same outputs alone.
 
 #include "FuzzEntities.h"
 #include "InPlaneTranscription.h"

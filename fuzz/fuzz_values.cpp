@@ -3,7 +3,6 @@
 
 #include "FuzzEntities.h"
 #include "gsl_BBox.h"
-#include "gsl_Interval.h"
 #include "gsl_Matrix.h"
 #include "gsl_utils.h"
 #include "nex_AssertException.h"
@@ -21,7 +20,7 @@ void Comparisons(FuzzInput& in) {
   }
   const double tolerance = in.Number();
   const int digits = static_cast<int>(in.Byte()) - 128;
-  // Each comparison is the same in both orders.
+  // The comparison is the same in both orders.
   Require(gsl_RealEqual(a[0], b[0], tolerance) == gsl_RealEqual(b[0], a[0], tolerance));
   Ignore(gsl_RealRelEqual(a[0], b[0], tolerance));
   Ignore(gsl_RealEqualDig(a[0], b[0], digits));

@@ -319,35 +319,40 @@ def record_seeds():
     return seeds
 
 
-def query(choice, *values):
-    """The numbers after a byte that chooses doubles by their bits, and the byte that chooses the query."""
-    return bytes([0, choice]) + struct.pack(f"<{len(values)}d", *values)
-
-
 def query_seeds():
     nan, inf, tiny = float("nan"), float("inf"), 5e-324
     x, y, z, o = (1.0, 0.0, 0.0), (0.0, 1.0, 0.0), (0.0, 0.0, 1.0), (0.0, 0.0, 0.0)
-    low, high = (0.0, 0.0, 0.0, 4.0, 0.0, 0.0, 0.0, 4.0, 0.0), (1.0, 1.0, 5.0, 3.0, 1.0, 5.0, 1.0, 3.0, 6.0)
+    corners = (0.0, 0.0, 0.0, 4.0, 0.0, 0.0, 0.0, 4.0, 0.0)
+    down = (0.0, 0.0, -2.0)
+    # The numbers of lines and planes: a point, a point of each line and of the plane, two directions, the normal.
+    # Those of segments and triangles: four points and a direction.
     return {
-        "vectors": query(0, *x, *y, *z, 0.0, *o, 1.5),
-        "vectors_parallel": query(0, *x, *x, *x, 1e-7, *o, 3.141592653589793),
-        "vectors_special": query(0, nan, inf, tiny, -inf, -0.0, 1e308, *o, nan, *o, inf),
-        "line_and_plane": query(1, 1.0, 2.0, 3.0, *o, *x, *z, 1.0, 1.0, 0.0, 0.0, 0.0, 5.0, *z),
-        "line_in_plane": query(1, *o, *o, *x, *y, *x, *o, *z),
-        "line_special": query(1, inf, *(nan,) * 8, 1e308, 1e-308),
-        "segments_cross": query(2, -1.0, 0.0, 0.0, *x, 0.0, -1.0, 0.0, *y, *z, 0.1, 0.1, 1.0, *z),
-        "segments_overlap": query(2, *o, *x, 0.5, 0.0, 0.0, 2.0, 0.0, 0.0, *x, *o, *y),
-        "segments_of_no_length": query(2, *o, *o, *o, *o, *o, *o),
-        "triangles": query(3, *low, *high, 1.0, 100.0, *z, 0.5),
-        "triangles_edge_on": query(3, *low, *(0.0, 0.0, 3.0, 4.0, 0.0, 3.0, 2.0, 0.0, 6.0), -1.0, 100.0, *z, 0.0),
-        "triangles_of_no_area": query(3, *o, *x, *x, *high, 1.0, 100.0, *z, 0.0),
-        "triangles_special": query(3, *low, nan, inf, *(1e308,) * 7, 1.0, inf, 0.0, 0.0, tiny, nan),
+        "vectors": raw(0, *x, *y, *z, 0.0, *o, 1.5),
+        "vectors_parallel": raw(0, *x, *x, *x, 1e-7, *o, 3.141592653589793),
+        "vectors_special": raw(0, nan, inf, tiny, -inf, -0.0, 1e308, *o, nan, *o, inf),
+        "line_and_plane": raw(1, 1.0, 2.0, 3.0, *o, 1.0, 1.0, 0.0, 0.0, 0.0, -5.0, *x, *y, *z),
+        "line_in_plane": raw(1, *o, *o, *y, *o, *x, *x, *z),
+        "line_special": raw(1, inf, *(nan,) * 8, 1e308, 1e-308),
+        "segments_cross": raw(2, -1.0, 0.0, 0.0, *x, 0.0, -1.0, 0.0, *y, *z),
+        "segments_overlap": raw(2, *o, *x, 0.5, 0.0, 0.0, 2.0, 0.0, 0.0, *x),
+        "segments_of_no_length": raw(2, *o, *o, *o, *o, *o),
+        "segments_skew": raw(2, -1.0, 0.0, 0.0, *x, 0.0, -1.0, 3.0, 0.0, 1.0, 3.0, *z),
+        "triangle_below_point": raw(3, *corners, 1.0, 1.0, 5.0, *down),
+        "triangle_beside_point": raw(3, *corners, 9.0, -1.0, 2.0, -1.0, 0.0, 0.0),
+        "triangle_of_no_area": raw(3, *o, *x, *x, 1.0, 1.0, 5.0, *down),
+        "triangle_special": raw(3, *corners, nan, inf, 1e308, tiny, 1e308, -0.0),
+        "vectors_stale": raw([2, 0], *x, 1, 7.5, *y, 0, *z, 1, nan, 0.0, *o, 1.5),
+        "line_with_tolerances": raw([4, 1, 2, 3, 1], 0.5, 1, 1.0, 2.0, 3.0, *o, *x, *y, *x, *y, *z),
+        "segments_with_tolerances": raw([6, 2, 0, 0, 2], -1.0, 0.0, 0.0, *x, 0.0, -1.0, 0.5, *y, *z, 1, 2.0),
     }
 
 
 def raw(choice, *parts):
-    """The input of a target whose doubles are their bits: a byte for the choice, then bytes and doubles."""
-    return bytes([0, choice]) + b"".join(bytes([p]) if isinstance(p, int) else struct.pack("<d", p) for p in parts)
+    """The input of a target whose doubles are their bits: a byte for the choice, then bytes and doubles.
+
+    A list in place of the choice is all first bytes."""
+    first = choice if isinstance(choice, list) else [0, choice]
+    return bytes(first) + b"".join(bytes([p]) if isinstance(p, int) else struct.pack("<d", p) for p in parts)
 
 
 def lattice(*numbers):
@@ -393,8 +398,35 @@ def solver_seeds():
         "solve_singular": lattice(0, 2, 4, 8, 4, 8, 1, 1),
         "solve_forty": lattice(0, 40, *((7 * k * k + 3 * k) % 251 for k in range(1640))),
         "solve_special": raw(0, 2, float("nan"), float("inf"), 1e308, 5e-324, 1.0, -0.0),
-        "label_path": lattice(1, 9, 1, *(1 << k % 8 for k in range(11))),
+        # Bit 9 * k + k + 1 is the edge from k to the next.
+        "label_path": lattice(1, 9, 1, *sum(1 << (10 * k + 1) for k in range(8)).to_bytes(11, "little")),
         "label_both_ways": lattice(1, 20, 0, *((5 * k) % 256 for k in range(50))),
+    }
+
+
+def engine_bits():
+    """Scenes whose numbers have long mantissas, sizes that differ, and gaps of the last place."""
+    third, up = 1.0 / 3.0, 1.0 + 2.0**-52
+
+    def body(*corners):
+        return [len(corners) // 3 - 1, *(part for corner in corners for part in (0, *corner))]
+
+    def scene(exponent, name, one_sided, limit, rules, direction, moving, fixed):
+        return raw([0, exponent, name, one_sided, limit, rules], *direction, *moving, *fixed)
+
+    floor = body((-5.1, -4.9, 0.1), (5.3, -5.2, 0.1), (0.2, 5.7, 0.1))
+    slope = body((-5.1, -4.9, 0.1), (5.3, -5.2, 0.3), (0.2, 5.7, 0.7))
+    tip = body((third, third, 0.1 + 2.0**-54), (1.1, 0.2, 2.3), (0.3, 1.4, 2.1))
+    twin = body((third, third, up), (1.1, 0.2, 2.3), (0.3, 1.4, 2.1), (-third, third, up), (1.1, 0.2, 2.3), (0.3, 1.4, 2.1))
+    tiny = body((0.0, 0.0, 5e-324), (1e-300, 0.0, 2e-310), (0.0, 1e-300, 2e-310))
+    down, aslant = (0.0, 0.0, -1.0), (0.1, -0.3, -0.7)
+    return {
+        "bits_gap_of_one_place": scene(0, 1, 0, 0, 1, down, tip, floor),
+        "bits_aslant": scene(0, 2, 0, 0, 1, aslant, tip, slope),
+        "bits_near_tie": scene(0, 3, 0, 3, 1, aslant, twin, slope),
+        "bits_one_sided": scene(0, 4, 1, 0, 1, down, twin, floor),
+        "bits_subnormal": scene(0, 5, 0, 0, 1, (0.0, 1e-300, -1.0), tiny, floor),
+        "bits_far": scene(5, 6, 0, 2, 0, (1e-300, 0.25, -1.0), twin, slope),
     }
 
 
@@ -419,8 +451,10 @@ def engine_seeds():
         "edge_on_edge": scene(0, 3, 3, 1, down, edge, bar),
         "apart": scene(0, 4, 0, 1, (0, 0, 4), tip, floor),
         "at_start": scene(0, 5, 1, 1, down, floor, floor),
+        "one_sided": lattice(0, 8, 1, 0, 1, *down, *pair, *floor),
         "large": scene(5, 6, 2, 0, (1, 2, -9), pair, floor),
         "small": scene(7, 7, 4, 0, (1, 2, -9), pair, floor),
+        **engine_bits(),
     }
 
 
