@@ -158,7 +158,8 @@ bool Raster::IsOutline(std::size_t here, std::size_t next, std::size_t opposite)
   return drop > step && drop > 4.0f * std::fabs(m_depths[opposite] - m_depths[here]);
 }
 
-void Raster::TraceOutlines(const Raster& shape, const Rect& panel, const Colour& colour) {
+void Raster::TraceOutlines(const Raster& shape, const Rect& panel, const Colour& colour,
+                           Traced traced) {
   const Bounds bounds = PixelsOf(panel);
   const float tolerance = static_cast<float>(4.0 / m_perMillimetre);
   const std::uint32_t pixel = PixelOf(colour);
@@ -171,7 +172,9 @@ void Raster::TraceOutlines(const Raster& shape, const Rect& panel, const Colour&
                              shape.IsOutline(here, here + 1, here - 1) ||
                              shape.IsOutline(here, here - row, here + row) ||
                              shape.IsOutline(here, here + row, here - row);
-      if (isOutline && shape.m_depths[here] + tolerance >= m_depths[here]) m_pixels[here] = pixel;
+      const bool isShown =
+          traced == Traced::All || shape.m_depths[here] + tolerance >= m_depths[here];
+      if (isOutline && isShown) m_pixels[here] = pixel;
     }
   }
 }

@@ -9,6 +9,9 @@
 
 namespace gsl_view {
 
+/// Which outlines are traced.
+enum class Traced : unsigned char { Visible, All };
+
 /// A part of the page as pixels, each with the depth of the nearest surface. The first row is the
 /// upper one.
 class Raster {
@@ -39,8 +42,9 @@ public:
   bool IsVisible(const PagePoint& at, double depth) const;
 
   /// Colours the pixels of `panel` at which the surfaces of `shape`, which has the same pixels,
-  /// end, or a step in depth begins. Only those are coloured that are visible here.
-  void TraceOutlines(const Raster& shape, const Rect& panel, const Colour& colour);
+  /// end, or a step in depth begins. What is behind a surface here may be left out.
+  void TraceOutlines(const Raster& shape, const Rect& panel, const Colour& colour,
+                     Traced traced = Traced::Visible);
 
 private:
   struct Corner {

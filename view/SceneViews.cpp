@@ -84,6 +84,15 @@ void ShadeView(const DrawnScene& scene, const SceneEdges& edges, const BodyView&
   rasters.before.Shade(second.body.corners, second.shift, view, kMovingColour, {}, kMovingColour);
 }
 
+/// Draws the outline of the second shape into the raster. Before a travel it is hidden by the
+/// bodies; a body that may be inside the other is seen through it.
+void TraceSecondShape(const DrawnScene& scene, const View& view, Rasters& rasters) {
+  const bool isBefore = scene.travel > 0.0;
+  const Colour inner = scene.hidesFixed ? kInnerPen.colour : kBeforeHiddenPen.colour;
+  rasters.bodies.TraceOutlines(rasters.before, view.panel, isBefore ? kBeforePen.colour : inner,
+                               isBefore ? Traced::Visible : Traced::All);
+}
+
 /// Finds the lines of a view. Where they are too many, draws them into the raster.
 ViewLines LinesOf(const DrawnScene& scene, const SceneEdges& edges, const BodyView& shown,
                   std::size_t mostLines, Rasters& rasters) {
@@ -104,14 +113,15 @@ ViewLines LinesOf(const DrawnScene& scene, const SceneEdges& edges, const BodyVi
   const bool areTooMany =
       std::max(lines.moving.visible.size(), lines.fixed.visible.size()) > mostLines;
   const bool isBeforeTooMany = lines.before.visible.size() + lines.before.hidden.size() > mostLines;
+  const bool hasSecond = scene.hidesFixed ? edges.hasFixed : edges.hasMoving;
+  if (shown.showsBefore && scene.touches && (isBeforeTooMany || !hasSecond)) {
+    TraceSecondShape(scene, view, rasters);
+    lines.before = {};
+  }
   if (areTooMany || !edges.hasMoving || !edges.hasFixed) {
     rasters.bodies.TraceOutlines(rasters.bodies, view.panel, kInk);
     if (lines.moving.visible.size() > mostLines) lines.moving = {};
     if (lines.fixed.visible.size() > mostLines) lines.fixed = {};
-  }
-  if (isBeforeTooMany || (!edges.hasMoving && scene.travel > 0.0)) {
-    rasters.bodies.TraceOutlines(rasters.before, view.panel, kBeforePen.colour);
-    lines.before = {};
   }
   return lines;
 }

@@ -155,6 +155,15 @@ TEST(Raster, OutlineBehindASurfaceIsNotTraced) {
   EXPECT_EQ(PixelAt(raster, 2, 10) & 0xFFu, 0u);
 }
 
+TEST(Raster, OutlineBehindASurfaceIsTracedWhereAllAre) {
+  Raster raster(area, 1.0), shape(area, 1.0);
+  shape.Shade(Plate(2, 2, 18, 18, 0), {0, 0, 0}, Above(), kRed, {}, kRed);
+  raster.Shade(Plate(0, 0, 20, 20, 50), {0, 0, 0}, Above(), kRed, {}, kRed);
+  raster.TraceOutlines(shape, area, kBlue, Traced::All);
+  EXPECT_EQ(PixelAt(raster, 2, 10), 0x0000FFu);
+  EXPECT_EQ(PixelAt(raster, 10, 10) & 0xFFu, 0u);
+}
+
 TEST(Raster, SmoothSlopeHasNoOutlineWithin) {
   Raster raster(area, 1.0);
   raster.Shade({{0, 0, 0}, {20, 0, 200}, {20, 20, 200}, {0, 0, 0}, {20, 20, 200}, {0, 20, 0}},

@@ -123,3 +123,22 @@ TEST(SceneViews, BodyInsideAnotherIsSeenThroughIt) {
     EXPECT_EQ(CountOf(svg, "stroke:rgb(16%,22%,42%)"), movingIsInside ? 0u : 1u);
   }
 }
+
+TEST(SceneViews, BodyInsideAnotherIsSeenInACoarsePictureToo) {
+  for (const bool movingIsInside : {true, false}) {
+    const std::vector<double> small = BoxCorners({0.4, 0.4, 0.4}, {0.6, 0.6, 0.6});
+    const std::vector<double> large = BoxCorners({0, 0, 0}, {1, 1, 1});
+    Sample sample(movingIsInside ? small : large, {movingIsInside ? large : small}, {0, 0, 1});
+    sample.scene.question.rule = gsl_sweep::Rule::Solid;
+    sample.Ask();
+    // Without lines the outline is in the pixels; the same picture of the large body alone lacks
+    // it.
+    Fineness coarse;
+    coarse.mostLines = 0;
+    const DrawnScene drawn = MakeDrawnScene(sample.scene);
+    const std::string both = Drawn(drawn, coarse);
+    EXPECT_EQ(CountOf(both, "stroke:rgb(86%,72%,56%)"), 0u);
+    EXPECT_EQ(CountOf(both, "stroke:rgb(16%,22%,42%)"), 0u);
+    EXPECT_NE(both, Drawn(drawn, coarse, false));
+  }
+}
