@@ -9,6 +9,7 @@ public:
     static T object;
     return object;
   }
+  static bool Exists() { return true; }
 };
 
 #endif
