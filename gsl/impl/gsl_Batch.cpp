@@ -68,6 +68,7 @@ void gsl_BoxOfPoints(std::size_t count, const gsl_BatchPoints& points, double* b
 bool gsl_SweepTriangles(std::size_t count, const gsl_Vector& direction, const gsl_BatchTriangles& a,
                         const gsl_BatchTriangles& b, const bool* twoSided, double margin,
                         gsl_BatchContact& contact) {
+  if (count == 0) return false;
   const gsl_Util& settings = Settings();
   gsl_wide::TriangleSweepBatch batch = {};
   batch.count = count;

@@ -18,8 +18,10 @@ class gsl_Vector;
 /// Arrays     doubles need no alignment beyond 8 bytes. An output has room for `count` results: one
 ///            number each, or three coordinates each without a gap. A count of 0 reads and writes
 ///            nothing unless a function says otherwise.
-/// Outputs    an output of points may be an input of points whose stride is 3. Everything else that
-///            is written must be apart from the inputs, and outputs from each other.
+/// Outputs    an output of points may be the array of an input whose stride is 3, from the same
+/// first
+///            point. Everything else that is written must be apart from the inputs, and outputs
+///            from each other: also from an input that begins elsewhere in the same array.
 /// Errors     none thrown, none printed; nothing is allocated.
 /// Threads    calls are safe together while nobody writes the settings.
 
@@ -93,7 +95,7 @@ struct gsl_BatchTriangles {
 struct gsl_BatchContact {
   double distance;  ///< the least distance so far; what is passed in limits the sweep
   double onA[3];    ///< the contact on A
-  double onB[3];    ///< the contact on B
+  double onB[3];    ///< as the last call that found a contact wrote it; see gsl_SweepTriangles
   std::size_t pair; ///< the number of the pair that wrote the distance last
 };
 
@@ -103,7 +105,9 @@ struct gsl_BatchContact {
 ///
 /// Result     true when a call found a contact, which may be no closer than the distance so far.
 /// Outputs    `contact` must be apart from the inputs. Its members are what the calls write, so
-///            without a contact they stay. At a tie the earlier pair stays.
+///            without a contact they stay. At a tie the earlier pair stays. A later pair whose
+///            contact is no closer may still write onB, on its own plane, as the single call does.
+///            For both points of `pair`, call gsl_TriTriMinDirectionalDist for that pair.
 /// Arguments  `direction`, `margin`, degenerate input and NaN are as in the single call. Both flags
 ///            of twoSided are read.
 /// Speed      pairs that extents or facings reject are found in vector registers; the others take

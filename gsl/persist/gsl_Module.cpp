@@ -85,12 +85,10 @@ void RegisterClasses() {
 /// A start in progress. An exception on the way stops what was started and takes the counts back.
 class Start {
 public:
-  explicit Start(int& count)
-      : m_count(count), m_started(0), m_hadSettings(omi_Singleton<gsl_Util>::Exists()),
-        m_keeps(false) {}
+  explicit Start(int& count) : m_count(count) {}
   ~Start() {
     if (m_keeps) return;
-    if (!m_hadSettings) omi_Singleton<gsl_Util>::Destroy();
+    if (!m_hadSettings && omi_Singleton<gsl_Util>::Exists()) omi_Singleton<gsl_Util>::Destroy();
     while (m_started > 0)
       kHostLibraries[--m_started].finalize(m_count);
     --m_count;
@@ -104,14 +102,16 @@ public:
       library.initialize(m_count);
       ++m_started;
     }
+    // Singletons may be asked for now.
+    m_hadSettings = omi_Singleton<gsl_Util>::Exists();
   }
   void Keep() { m_keeps = true; }
 
 private:
   int& m_count;
-  std::size_t m_started;
-  const bool m_hadSettings;
-  bool m_keeps;
+  std::size_t m_started = 0;
+  bool m_hadSettings = true; ///< a host may have made them before
+  bool m_keeps = false;
 };
 
 } // namespace

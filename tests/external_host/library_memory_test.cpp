@@ -114,9 +114,36 @@ void RefusedRequestsLeaveNothing() {
   Check(refused > 100, "more than a hundred requests were refused in turn");
 }
 
+/// A start that is refused a request throws, and leaves what was before.
+void RefusedStartsLeaveNothing() {
+  int count = 0;
+  gsl_initialize(count);
+  gsl_finalize(count); // What is made once stays.
+  const long live = xh_Memory::LiveBlocks();
+  unsigned long refused = 0;
+  for (bool done = false; !done;) {
+    xh_Memory::FailAfter(refused);
+    try {
+      gsl_initialize(count);
+      done = true;
+    } catch (const std::bad_alloc&) {
+      ++refused;
+    }
+    xh_Memory::StopFailing();
+    if (done) gsl_finalize(count);
+    if (count != 0) {
+      Check(false, "a refused start takes its count back");
+      return;
+    }
+  }
+  Check(refused > 10, "more than ten requests of a start were refused in turn");
+  Check(xh_Memory::LiveBlocks() == live, "starts release what they took");
+}
+
 } // namespace
 
 int main() {
+  RefusedStartsLeaveNothing();
   int count = 0;
   gsl_initialize(count);
   QueriesRequestNothing();

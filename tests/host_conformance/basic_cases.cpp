@@ -257,11 +257,6 @@ void Memory() {
   }
   REQUIRE(mem_Malloc(0) == nullptr);
   mem_Free(nullptr);
-  constexpr std::align_val_t kLine{64};
-  void* const line = ::operator new(100, kLine);
-  const bool aligned = IsAligned(line, 64);
-  ::operator delete(line, kLine);
-  REQUIRE(aligned);
 }
 
 void MemoryRefused() {

@@ -5,6 +5,7 @@
 
 #include <cls_RecordException.h>
 #include <cls_xo1DArrayList.h>
+#include <cstring>
 #include <gsl_BBox.h>
 #include <gsl_Matrix.h>
 #include <gsl_ModelSegment.h>
@@ -48,12 +49,18 @@ std::unique_ptr<T> RoundTrip(const T& object) {
   return Load<T>(*store, 0);
 }
 
+/// Returns whether two numbers have the same bits. Zeros of both signs are equal and differ here.
+bool SameBits(double a, double b) {
+  return std::memcmp(&a, &b, sizeof a) == 0;
+}
+
 bool Same(const gsl_Point& a, const gsl_Point& b) {
-  return a.x == b.x && a.y == b.y && a.z == b.z && a.uid == b.uid;
+  return SameBits(a.x, b.x) && SameBits(a.y, b.y) && SameBits(a.z, b.z) && a.uid == b.uid;
 }
 
 bool Same(const gsl_Vector& a, const gsl_Vector& b) {
-  return a.x == b.x && a.y == b.y && a.z == b.z && a.magnitude == b.magnitude;
+  return SameBits(a.x, b.x) && SameBits(a.y, b.y) && SameBits(a.z, b.z) &&
+         SameBits(a.magnitude, b.magnitude);
 }
 
 bool IsZero(const gsl_Point& p) {

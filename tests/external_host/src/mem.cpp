@@ -29,11 +29,17 @@ void* TakeOrThrow(std::size_t size, std::size_t alignment) {
 }
 
 std::string& Journal() {
-  static std::string& journal = *new std::string;
+  // A stop writes too, and must not need memory.
+  static std::string& journal = []() -> std::string& {
+    std::string& made = *new std::string;
+    made.reserve(1 << 16);
+    return made;
+  }();
   return journal;
 }
 
 void Note(char sign, const char* prefix) {
+  if (Journal().size() + 16 > Journal().capacity()) return;
   Journal() += sign;
   Journal() += prefix;
   Journal() += ' ';

@@ -35,7 +35,14 @@ void* xh_Registry::Find(const char* typeName) noexcept {
 void xh_Registry::Set(const char* typeName, void* object) {
   Registered& registry = TheRegistry();
   const std::unique_lock<std::shared_mutex> lock(registry.mutex);
-  registry.objects[typeName] = object;
+  if (object != nullptr) {
+    registry.objects[typeName] = object;
+    return;
+  }
+  // Taking an object out must not need memory.
+  for (auto& [name, kept] : registry.objects) {
+    if (std::strcmp(name.c_str(), typeName) == 0) kept = nullptr;
+  }
 }
 
 double omi_gettimecounter() {

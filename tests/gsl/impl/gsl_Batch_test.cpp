@@ -207,10 +207,9 @@ TEST(GslBatch, NothingIsReadOrWrittenForNoInputs) {
   gsl_TransformPoints(0, gsl_Matrix(), none, nullptr);
   gsl_TransformBoxes(0, gsl_Matrix(), none, none, nullptr);
   const gsl_BatchTriangles noTriangles = {{none, none, none}};
-  const bool twoSided[2] = {};
   gsl_BatchContact contact = {4.0, {}, {}, 99};
   EXPECT_FALSE(
-      gsl_SweepTriangles(0, gsl_Vector(), noTriangles, noTriangles, twoSided, 0.0, contact));
+      gsl_SweepTriangles(0, gsl_Vector(), noTriangles, noTriangles, nullptr, 0.0, contact));
   EXPECT_EQ(contact.distance, 4.0);
   EXPECT_EQ(contact.pair, 99u);
   double box[6] = {};
