@@ -27,8 +27,8 @@ public:
     m_axis = AxisBeside(first);
   }
 
-  /// Returns whether p has a smaller angle than q. Angles are from 0 to the full turn, against the
-  /// clock for one who sees the edge come towards him.
+  /// Returns whether p has a smaller angle than q. Angles are from 0 to the full turn,
+  /// counterclockwise as seen against the direction of the edge.
   bool IsBefore(const Coord3& p, const Coord3& q) const {
     const int part = PartOf(p), other = PartOf(q);
     if (part != other) return part < other;
@@ -78,55 +78,56 @@ EdgeFan::EdgeFan(const Coord3& from, const Coord3& to, const std::vector<EdgeUse
   if (!m_hasAngles || uses.empty()) return;
   angles.SetFirst(uses.front().apex);
   for (std::size_t k = 0; k < uses.size(); ++k)
-    m_pages.push_back({k, 0, uses[k].isAlong});
-  const auto isBefore = [&](const Page& a, const Page& b) {
+    m_leaves.push_back({k, 0, uses[k].isAlong});
+  const auto isBefore = [&](const Leaf& a, const Leaf& b) {
     return angles.IsBefore(uses[a.use].apex, uses[b.use].apex);
   };
-  std::sort(m_pages.begin(), m_pages.end(), [&](const Page& a, const Page& b) {
+  std::sort(m_leaves.begin(), m_leaves.end(), [&](const Leaf& a, const Leaf& b) {
     if (isBefore(a, b)) return true;
     return !isBefore(b, a) && a.isEnd && !b.isEnd;
   });
-  for (std::size_t k = 1; k < m_pages.size(); ++k) {
-    Page& page = m_pages[k];
-    const Page& last = m_pages[k - 1];
-    const bool isNext = isBefore(last, page);
-    page.angle = last.angle + (isNext ? 1 : 0);
-    if (!isNext && page.isEnd == last.isEnd) m_isCertain = false;
+  for (std::size_t k = 1; k < m_leaves.size(); ++k) {
+    Leaf& leaf = m_leaves[k];
+    const Leaf& last = m_leaves[k - 1];
+    const bool isNext = isBefore(last, leaf);
+    leaf.angle = last.angle + (isNext ? 1 : 0);
+    if (!isNext && leaf.isEnd == last.isEnd) m_isCertain = false;
   }
 }
 
-std::vector<std::size_t>
-EdgeFan::Pair(const std::function<bool(std::size_t begin, std::size_t end)>& areJoined) const {
-  const std::size_t none = m_pages.size();
-  std::vector<std::size_t> other(m_pages.size(), none);
-  std::vector<Page> open; // beginnings without an end
-  // Closes one of the last beginnings by one of the ends at an angle.
-  const auto close = [&](std::vector<std::size_t>& ends) {
-    std::size_t begin = open.size() - 1, end = ends.size() - 1;
-    for (std::size_t b = open.size(); b-- > 0 && open[b].angle == open.back().angle;) {
-      for (std::size_t e = 0; e < ends.size(); ++e) {
-        if (!areJoined(open[b].use, ends[e])) continue;
-        begin = b;
-        end = e;
-      }
-    }
-    other[ends[end]] = open[begin].use;
-    other[open[begin].use] = ends[end];
-    open.erase(open.begin() + static_cast<std::ptrdiff_t>(begin));
-    ends.erase(ends.begin() + static_cast<std::ptrdiff_t>(end));
+template <class Join>
+void EdgeFan::PairWithinSheets(const std::vector<std::uint32_t>& sheets, const Join& join) const {
+  std::vector<Leaf> leaves = m_leaves;
+  std::stable_sort(leaves.begin(), leaves.end(),
+                   [&](const Leaf& a, const Leaf& b) { return sheets[a.use] < sheets[b.use]; });
+  for (std::size_t first = 0; first < leaves.size();) {
+    std::vector<std::size_t> begins, ends;
+    const std::uint32_t sheet = sheets[leaves[first].use];
+    for (; first < leaves.size() && sheets[leaves[first].use] == sheet; ++first)
+      (leaves[first].isEnd ? ends : begins).push_back(leaves[first].use);
+    for (std::size_t k = 0; k < std::min(begins.size(), ends.size()); ++k)
+      join(begins[k], ends[k]);
+  }
+}
+
+std::vector<std::size_t> EdgeFan::Pair(const std::vector<std::uint32_t>& sheets) const {
+  const std::size_t none = m_leaves.size();
+  std::vector<std::size_t> other(m_leaves.size(), none);
+  const auto join = [&](std::size_t begin, std::size_t end) {
+    other[begin] = end;
+    other[end] = begin;
   };
+  PairWithinSheets(sheets, join);
   // Two rounds, because a part may begin before the first angle and end after it.
+  std::vector<std::size_t> open; // beginnings without an end
   for (int round = 0; round < 2; ++round) {
-    for (std::size_t k = 0; k < m_pages.size();) {
-      const std::size_t angle = m_pages[k].angle;
-      std::vector<std::size_t> ends;
-      for (; k < m_pages.size() && m_pages[k].angle == angle && m_pages[k].isEnd; ++k) {
-        if (other[m_pages[k].use] == none) ends.push_back(m_pages[k].use);
-      }
-      while (!ends.empty() && !open.empty())
-        close(ends);
-      for (; k < m_pages.size() && m_pages[k].angle == angle; ++k) {
-        if (round == 0) open.push_back(m_pages[k]);
+    for (const Leaf& leaf : m_leaves) {
+      if (other[leaf.use] != none) continue;
+      if (!leaf.isEnd) {
+        if (round == 0) open.push_back(leaf.use);
+      } else if (!open.empty()) {
+        join(open.back(), leaf.use);
+        open.pop_back();
       }
     }
   }

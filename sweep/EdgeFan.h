@@ -4,7 +4,7 @@
 #include "gsl_Arithmetic.h"
 
 #include <cstddef>
-#include <functional>
+#include <cstdint>
 #include <vector>
 
 namespace gsl_sweep {
@@ -17,8 +17,8 @@ struct EdgeUse {
   bool isAlong; ///< from the first end of the edge to the second, else back
 };
 
-/// The triangles at an edge that more than two use. Seen from the edge they stand around it like
-/// the pages of a book. A page along the edge ends a part of the solid, a page back begins one. So
+/// The triangles at an edge that more than two use. Seen from the edge they are around it like the
+/// leaves of a book. A leaf along the edge ends a part of the solid, a leaf back begins one. So
 /// each beginning is paired with the end that closes it. At one angle ends come first: solids that
 /// touch in a face stay apart. The order of the angles is decided exactly.
 ///
@@ -34,20 +34,25 @@ public:
   /// may be paired first.
   bool IsCertain() const { return m_isCertain; }
 
-  /// Returns the number of the other use for each use. Where there is a choice, triangles are
-  /// paired that are joined already, as this function says of the numbers of a beginning and an
-  /// end. Requires angles.
-  std::vector<std::size_t>
-  Pair(const std::function<bool(std::size_t begin, std::size_t end)>& areJoined) const;
+  /// Returns the number of the other use for each use. Requires angles.
+  ///
+  /// `sheets` has a number for each use, which is the same for triangles that are joined already. A
+  /// beginning and an end of one sheet are paired first, so that the pairs join as few sheets as
+  /// can be. The time is n log n for n uses.
+  std::vector<std::size_t> Pair(const std::vector<std::uint32_t>& sheets) const;
 
 private:
-  struct Page {
+  struct Leaf {
     std::size_t use;
     std::size_t angle; ///< the number of its angle, which equal angles share
     bool isEnd;
   };
 
-  std::vector<Page> m_pages; ///< by angle, ends first
+  /// Calls join(begin, end) for pairs of one sheet, as many as there are.
+  template <class Join>
+  void PairWithinSheets(const std::vector<std::uint32_t>& sheets, const Join& join) const;
+
+  std::vector<Leaf> m_leaves; ///< by angle, ends first
   bool m_hasAngles = true, m_isCertain = true;
 };
 

@@ -493,9 +493,10 @@ std::vector<CrowdedEdge> EdgesOf(const PlacedUse* first, const PlacedUse* last,
 void JoinAround(const CrowdedEdge& edge, const EdgeFan& fan, Joined& joined) {
   std::vector<std::size_t> others(edge.places.size(), 0);
   if (fan.HasAngles()) {
-    others = fan.Pair([&](std::size_t begin, std::size_t end) {
-      return joined.Top(edge.places[begin]) == joined.Top(edge.places[end]);
-    });
+    std::vector<std::uint32_t> sheets;
+    for (const std::uint32_t place : edge.places)
+      sheets.push_back(joined.Top(place));
+    others = fan.Pair(sheets);
   }
   for (std::size_t k = 0; k < others.size(); ++k)
     joined.Join(edge.places[k], edge.places[others[k]]);

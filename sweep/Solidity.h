@@ -10,8 +10,9 @@ namespace gsl_sweep {
 /// What triangles are as the surface of a solid.
 struct SolidSurface {
   Solidity solidity;
-  /// The place of the lowest triangle with area of each component, by number. Triangles at a common
-  /// edge belong to one component. Not set when the surface is not closed or has no volume.
+  /// The place of the lowest triangle with area of each component, by number. Two triangles at an
+  /// edge belong to one component; of more than two, those that bound the same part of the solid.
+  /// Not set when the surface is not closed or has no volume.
   std::vector<std::uint32_t> components;
   /// The component of the triangle at each place, as a number that all its triangles have. Empty
   /// where there are fewer than two components.
@@ -23,9 +24,10 @@ struct SolidSurface {
 };
 
 /// Decides whether triangles are the surface of a solid, see Solidity. Where there are several
-/// components, only the sign of their whole volume is looked at. The time is linear, and so
-/// is the memory: six bytes for each triangle, and little more when neighbours are stored close to
-/// each other and few edges have more than two triangles.
+/// components, only the sign of their whole volume is looked at. The time is linear, apart from
+/// the sorting of triangles at edges that more than two use, and so is the memory: six bytes for
+/// each triangle, and little more when neighbours are stored close to each other and few edges have
+/// more than two triangles.
 SolidSurface SolidSurfaceOf(const Corners& corners);
 
 } // namespace gsl_sweep

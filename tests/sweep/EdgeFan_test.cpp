@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numeric>
 #include <utility>
 #include <vector>
 
@@ -33,7 +34,10 @@ std::vector<std::size_t> Paired(const std::vector<EdgeUse>& uses) {
   const EdgeFan fan(kFrom, kTo, uses);
   EXPECT_TRUE(fan.HasAngles());
   EXPECT_TRUE(fan.IsCertain());
-  return fan.Pair([](std::size_t, std::size_t) { return false; });
+  // Each triangle is a sheet of its own.
+  std::vector<std::uint32_t> sheets(uses.size());
+  std::iota(sheets.begin(), sheets.end(), 0u);
+  return fan.Pair(sheets);
 }
 
 using Numbers = std::vector<std::size_t>;
@@ -103,28 +107,43 @@ TEST(EdgeFan, ATriangleWithoutAreaHasNoAngle) {
   EXPECT_FALSE(EdgeFan(kFrom, kTo, uses).HasAngles());
 }
 
-TEST(EdgeFan, WhereThereIsAChoiceJoinedTrianglesArePaired) {
+using Sheets = std::vector<std::uint32_t>;
+
+TEST(EdgeFan, WhereThereIsAChoiceOneSheetIsPairedWithItself) {
   // Two ends at one angle; the beginnings are on both sides of it.
   const std::vector<EdgeUse> ends = {
       {{1, 0, 0}, false}, {{0, 1, 0}, true}, {{0, 3, 1}, true}, {{-1, 0, 0}, false}};
   const EdgeFan fan(kFrom, kTo, ends);
   EXPECT_FALSE(fan.IsCertain());
-  for (const std::size_t end : {1u, 2u}) {
-    const Numbers paired =
-        fan.Pair([&](std::size_t b, std::size_t e) { return b == 0 && e == end; });
-    EXPECT_EQ(paired[0], end);
-    EXPECT_EQ(paired[end], 0u);
-    EXPECT_EQ(paired[3], 3 - end);
-  }
+  EXPECT_EQ(fan.Pair(Sheets{7, 7, 8, 9}), (Numbers{1, 0, 3, 2}));
+  EXPECT_EQ(fan.Pair(Sheets{7, 8, 7, 9}), (Numbers{2, 3, 0, 1}));
+  EXPECT_EQ(fan.Pair(Sheets{6, 7, 8, 7}), (Numbers{2, 3, 0, 1}));
   // Two beginnings at one angle, and two ends at another.
   const std::vector<EdgeUse> both = {
       {{1, 0, 0}, false}, {{2, 0, 5}, false}, {{0, 1, 0}, true}, {{0, 7, 1}, true}};
-  for (const std::size_t end : {2u, 3u}) {
-    const Numbers paired = EdgeFan(kFrom, kTo, both).Pair([&](std::size_t b, std::size_t e) {
-      return b == 1 && e == end;
-    });
-    EXPECT_EQ(paired, (Numbers{5 - end, end, end == 2 ? 1u : 0u, end == 2 ? 0u : 1u}));
+  EXPECT_EQ(EdgeFan(kFrom, kTo, both).Pair(Sheets{1, 2, 2, 1}), (Numbers{3, 2, 1, 0}));
+  EXPECT_EQ(EdgeFan(kFrom, kTo, both).Pair(Sheets{1, 2, 1, 2}), (Numbers{2, 3, 0, 1}));
+}
+
+TEST(EdgeFan, ASheetIsPairedWithItselfBesideCopiesOfAnother) {
+  // A wedge twice, and a third that is inside out and begins where they end.
+  const std::vector<EdgeUse> uses = {{{1, 0, 0}, false}, {{1, 0, 0}, false}, {{0, 1, 0}, true},
+                                     {{0, 1, 0}, true},  {{0, 1, 0}, true},  {{-1, 0, 0}, false}};
+  const Numbers paired = EdgeFan(kFrom, kTo, uses).Pair(Sheets{0, 1, 2, 9, 3, 9});
+  EXPECT_EQ(paired[3], 5u);
+  EXPECT_EQ(paired[5], 3u);
+}
+
+TEST(EdgeFan, ManyUsesArePairedInAMoment) {
+  std::vector<EdgeUse> uses;
+  Sheets sheets;
+  for (std::uint32_t k = 0; k < 50000; ++k) {
+    AddWedge(0, 90, uses);
+    sheets.insert(sheets.end(), {2 * k, 2 * k + 1});
   }
+  const Numbers paired = EdgeFan(kFrom, kTo, uses).Pair(sheets);
+  for (std::size_t k = 0; k < paired.size(); ++k)
+    ASSERT_EQ(paired[paired[k]], k);
 }
 
 TEST(EdgeFan, RandomWedgesAreFoundAgain) {

@@ -196,6 +196,20 @@ TEST(Solidity, ABoxInsideOutAtAWholeFaceOfAnotherIsNoticedInAnyOrder) {
   }
 }
 
+TEST(Solidity, ABoxInsideOutBesideCopiesOfAnotherIsNoticedInAnyOrder) {
+  RandomNumbers random(11);
+  Mesh twice = UnitBox();
+  Append(twice, UnitBox());
+  Append(twice, sweep_shapes::Box({20, 20, 20}, {26, 26, 26}));
+  // The side x = 1 of the box touches the copies along one edge.
+  const Mesh box = sweep_shapes::Box({1, 1, 0}, {2, 3, 1});
+  for (int round = 0; round < 200; ++round) {
+    ExpectWhole(Judged(BoxesAtAnEdge(twice, box, random)), SolidityFault::None);
+    ExpectWhole(Judged(BoxesAtAnEdge(twice, TurnedOver(box), random)),
+                SolidityFault::WrongOrientation);
+  }
+}
+
 TEST(Solidity, TrianglesWithoutAreaMayBeAtACrowdedEdge) {
   RandomNumbers random(10);
   Mesh mesh = sweep_shapes::Box({-9, -9, 0}, {1, 1, 1});
