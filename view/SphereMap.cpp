@@ -41,10 +41,12 @@ constexpr Colour kWhite{1.0, 1.0, 1.0};
 
 std::string CountText(std::size_t count, std::size_t all) {
   const double percent = 100.0 * static_cast<double>(count) / static_cast<double>(all);
+  const double shown = std::round(10.0 * percent) / 10.0;
+  std::string text = ShortNumber(shown);
   // A few of many are not none, and not all.
-  const double shown = std::clamp(std::round(10.0 * percent) / 10.0, count > 0 ? 0.1 : 0.0,
-                                  count < all ? 99.9 : 100.0);
-  return std::to_string(count) + " (" + ShortNumber(shown) + " %)";
+  if (count > 0 && shown == 0.0) text = "< 0.1";
+  if (count < all && shown == 100.0) text = "> 99.9";
+  return std::to_string(count) + " (" + text + " %)";
 }
 
 /// The map as it is drawn.
@@ -309,12 +311,18 @@ StateWords WordsOf(const Map& map) {
   }
   words.free +=
       std::isfinite(question.maxDistance) ? " up to " + ShortNumber(question.maxDistance) : "";
+  std::string after = isNear ? near : "with contact";
+  std::string atStart = words.start;
+  if (map.scene.last) {
+    after = "with the last contact";
+    atStart = "with the last contact at the start";
+  }
+  if (question.rule == Rule::Solid) after = "overlap";
   const std::size_t count = map.answers.size();
   words.headline = std::to_string(count) + (count == 1 ? " direction: " : " directions: ") +
                    std::to_string(map.tally.free) + " free" + limit + ", " +
-                   std::to_string(map.tally.contact) + (isNear ? " " + near : " with contact") +
-                   " after a travel, " + std::to_string(map.tally.start) +
-                   (isNear ? " " + near : " in contact") + " from the start";
+                   std::to_string(map.tally.contact) + " " + after + " after a travel, " +
+                   std::to_string(map.tally.start) + " " + atStart;
   return words;
 }
 
@@ -354,15 +362,20 @@ void DrawLegend(Page& page, const Map& map, const StateWords& words) {
   page.DrawBox(kFreeSwatch, {0.2, kInk});
   page.DrawText({kStartSwatch.left, above}, words.start, kValue);
   page.DrawText({kStartSwatch.right + 2.0, middle}, CountText(map.tally.start, all), bold);
-  page.DrawText({kFreeSwatch.left, above}, words.free, kValue);
+  TextStyle free = kValue;
+  const double room = kFrame.right - 3.0 - kFreeSwatch.left;
+  free.size *= std::min(1.0, room / page.WidthOf(words.free, free));
+  page.DrawText({kFreeSwatch.left, above}, words.free, free);
   page.DrawText({kFreeSwatch.right + 2.0, middle}, CountText(map.tally.free, all), bold);
   const std::string count = CountText(map.tally.contact, all);
   const std::string note = map.scale.isLogarithmic ? ", logarithmic scale" : "";
   page.DrawText({kBar.left, above}, words.travel + note, kValue);
-  page.DrawText({kBar.right, above}, count, {3.0, Align::Right, true, kInk});
   if (map.tally.least) {
+    page.DrawText({kBar.right, above}, count, {3.0, Align::Right, true, kInk});
     page.DrawBox(kBar, {0.2, kInk});
     DrawTicks(page, map.scale);
+  } else {
+    page.DrawText({kBar.left, middle}, count, bold);
   }
   page.DrawText(
       {kFrame.left + 6.0, kBlockTop - 3.0},

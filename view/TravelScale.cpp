@@ -11,7 +11,7 @@ namespace {
 constexpr double kMostTicks = 8.0;
 // Numbers of six digits differ when they are further apart than this part of their size.
 constexpr double kLeastPart = 2e-5;
-constexpr double kLeastOfLogarithm = 1e-4;
+constexpr double kLeastPartOfGreatest = 1e-4;
 
 /// Returns the least of 1, 2, 5, 10, 20, 50 and so on that is at least `least`; 0 where it leaves
 /// the range of double.
@@ -51,15 +51,17 @@ std::vector<double> LogarithmicTicks(double low, double high) {
 TravelScale TravelScale::Of(std::vector<double> travels) {
   TravelScale scale;
   if (travels.empty()) return scale;
+  // Travels that are noise beside the greatest would take all colours.
+  const double floor = kLeastPartOfGreatest * *std::max_element(travels.begin(), travels.end());
+  const auto kept =
+      std::remove_if(travels.begin(), travels.end(), [&](double t) { return t < floor; });
+  scale.isCut = kept != travels.end();
+  travels.erase(kept, travels.end());
   const auto middle = travels.begin() + static_cast<std::ptrdiff_t>(travels.size() / 2);
   std::nth_element(travels.begin(), middle, travels.end());
   scale.low = *std::min_element(travels.begin(), middle + 1);
   scale.high = *std::max_element(middle, travels.end());
   scale.isLogarithmic = scale.high / 8.0 > *middle;
-  if (scale.isLogarithmic && scale.low < kLeastOfLogarithm * scale.high) {
-    scale.low = kLeastOfLogarithm * scale.high;
-    scale.isCut = true;
-  }
   return scale;
 }
 

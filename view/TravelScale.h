@@ -21,14 +21,15 @@ constexpr Colour kFreeColour{1.0, 1.0, 1.0}, kFreeStripes{0.62, 0.62, 0.62};
 
 /// The travels from the least to the greatest, as a scale of even steps: linear, or logarithmic
 /// where the greatest travel is more than eight times the middle one, so that few long travels do
-/// not hide the differences between the others.
+/// not hide the differences between the others. Travels below 1e-4 of the greatest, such as the
+/// rounding of seated parts, count as the least of the others.
 struct TravelScale {
   double low = 0.0, high = 0.0; ///< at least 0, finite, in this order
   bool isLogarithmic = false;   ///< then low is positive
   bool isCut = false;           ///< there are travels below `low`, which count as `low`
 
   /// Returns the scale of some travels, which are positive and finite; an empty list has the scale
-  /// of zeros. A logarithmic scale has at most four powers of ten.
+  /// of zeros. A scale has at most four powers of ten.
   static TravelScale Of(std::vector<double> travels);
 
   /// Returns the part of the scale from 0 to 1; a half for a scale of one travel.

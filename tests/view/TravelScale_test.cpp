@@ -65,13 +65,31 @@ TEST(TravelScale, FewLongTravelsMakeItLogarithmic) {
   EXPECT_EQ(scale.PartOf(100.0), 1.0);
 }
 
-TEST(TravelScale, ALogarithmicScaleHasFourPowersOfTen) {
+TEST(TravelScale, TravelsOfRoundingTakeNoColours) {
   const TravelScale scale = TravelScale::Of({1e-17, 1.0, 1.0, 1.0, 50.0});
   EXPECT_TRUE(scale.isCut);
-  EXPECT_EQ(scale.low, 0.005);
+  EXPECT_TRUE(scale.isLogarithmic);
+  EXPECT_EQ(scale.low, 1.0);
   EXPECT_EQ(scale.PartOf(1e-17), 0.0);
+  EXPECT_EQ(scale.Ticks(), (std::vector<double>{1, 2, 5, 10, 20, 50}));
+  // Many of them do not decide which scale it is, as in a seated part.
+  const TravelScale seated = TravelScale::Of({1e-17, 2e-17, 3e-17, 4e-17, 0.06, 0.2, 0.28});
+  EXPECT_TRUE(seated.isCut);
+  EXPECT_FALSE(seated.isLogarithmic);
+  EXPECT_EQ(seated.low, 0.06);
+  EXPECT_EQ(seated.high, 0.28);
+  EXPECT_EQ(seated.PartOf(4e-17), 0.0);
+}
+
+TEST(TravelScale, AScaleHasFourPowersOfTen) {
+  // Exactly a ten thousandth of the greatest is kept, and the next number below is not.
+  const double least = 1e-4 * 64.0;
+  const TravelScale scale = TravelScale::Of({least, 1.0, 1.0, 1.0, 64.0});
+  EXPECT_FALSE(scale.isCut);
+  EXPECT_EQ(scale.low, least);
   EXPECT_EQ(scale.Ticks(),
-            (std::vector<double>{0.005, 0.01, 0.02, 0.05, 0.1, 0.2, 0.5, 1, 2, 5, 10, 20, 50}));
+            (std::vector<double>{0.01, 0.02, 0.05, 0.1, 0.2, 0.5, 1, 2, 5, 10, 20, 50}));
+  EXPECT_TRUE(TravelScale::Of({std::nextafter(least, 0.0), 1.0, 1.0, 1.0, 64.0}).isCut);
 }
 
 TEST(TravelScale, OneTravelHasTheMiddleColour) {
