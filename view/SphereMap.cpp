@@ -39,6 +39,9 @@ constexpr double kFinenesses[] = {1.0, 0.6, 0.4, 0.2};
 
 constexpr Colour kWhite{1.0, 1.0, 1.0};
 
+// Up to this part of all directions, the first free direction is marked.
+constexpr double kFewFree = 0.01;
+
 std::string CountText(std::size_t count, std::size_t all) {
   const double percent = 100.0 * static_cast<double>(count) / static_cast<double>(all);
   const double shown = std::round(10.0 * percent) / 10.0;
@@ -253,22 +256,41 @@ void DrawMarkText(Page& page, const Mark& mark, std::vector<Rect>& taken) {
       right{{at.x + 3.0, at.y + 1.1}, Align::Left}, below{{at.x, at.y + 5.0}, Align::Middle},
       above{{at.x, at.y - 2.8}, Align::Middle};
   const bool isRight = at.x > half.centre.x;
-  DrawWhereFree(page, {isRight ? left : right, isRight ? right : left, below, above}, mark.words,
-                3.0, taken);
+  std::vector<TextPlace> places = {isRight ? left : right, isRight ? right : left, below, above};
+  // Where marks are close together, the texts are above each other.
+  for (const double y : {at.y + 5.8, at.y - 3.6, at.y + 9.8, at.y - 7.6}) {
+    places.push_back({{at.x + 3.0, y}, Align::Left});
+    places.push_back({{at.x - 3.0, y}, Align::Right});
+  }
+  DrawWhereFree(page, places, mark.words, 3.0, taken);
 }
 
-/// Returns the marks of the least and the greatest travel.
+/// Returns the first free direction, where so few are free that they are hardly seen.
+std::optional<Coord3> RareFreeDirection(const Map& map) {
+  const double most = kFewFree * static_cast<double>(map.answers.size());
+  if (map.tally.free == 0 || static_cast<double>(map.tally.free) > most) return std::nullopt;
+  const auto isFree = [](const Answer& answer) {
+    return answer.status == SweepStatus::None || answer.status == SweepStatus::Cancelled;
+  };
+  return std::find_if(map.answers.begin(), map.answers.end(), isFree)->unitDirection;
+}
+
+/// Returns the marks of the least and the greatest travel, and of a way out that is hard to see.
 std::vector<Mark> MarksOf(const Map& map) {
-  if (!map.tally.least) return {};
+  std::vector<Mark> marks;
+  if (const auto free = RareFreeDirection(map)) marks.push_back({*free, "free"});
+  if (!map.tally.least) return marks;
   const Answer &least = map.answers[*map.tally.least], &greatest = map.answers[*map.tally.greatest];
   if (map.tally.least == map.tally.greatest) {
-    return {{least.unitDirection, "travel " + ShortNumber(least.contact.travel)}};
+    marks.push_back({least.unitDirection, "travel " + ShortNumber(least.contact.travel)});
+    return marks;
   }
-  return {{greatest.unitDirection, "greatest " + ShortNumber(greatest.contact.travel)},
-          {least.unitDirection, "least " + ShortNumber(least.contact.travel)}};
+  marks.push_back({greatest.unitDirection, "greatest " + ShortNumber(greatest.contact.travel)});
+  marks.push_back({least.unitDirection, "least " + ShortNumber(least.contact.travel)});
+  return marks;
 }
 
-/// Marks the directions of the least and the greatest travel, and names the z axis beside them.
+/// Draws the marks, and names the z axis beside them.
 void DrawMarks(Page& page, const Map& map) {
   const std::vector<Mark> marks = MarksOf(map);
   std::vector<Rect> taken;

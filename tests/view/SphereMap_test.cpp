@@ -173,6 +173,19 @@ TEST(SphereMap, AFewOfManyAreNotNone) {
   EXPECT_EQ(CountOf(text, "4999 (> 99.9 %)"), 1u) << text;
 }
 
+TEST(SphereMap, AFewFreeDirectionsAreMarked) {
+  const Sample sample = FallingBox();
+  // The first 2 of 200 directions, which are a hundredth of them, and the first 3.
+  for (const std::size_t free : {2u, 3u}) {
+    std::size_t k = 0;
+    const std::vector<Answer> answers =
+        AnswersOf(200, [&](const Coord3&) { return k++ < free ? -1.0 : 2.0; });
+    const std::string text = TextOf(DrawSphereMap(SceneOf(sample), answers, PictureFormat::Pdf));
+    // The legend, and the mark; the headline says "2 free".
+    EXPECT_EQ(CountOf(text, "free"), free == 2 ? 3u : 2u) << text;
+  }
+}
+
 TEST(SphereMap, SecondRunHasTheSameBytes) {
   const Sample sample = FallingBox();
   for (const PictureFormat format : kFormats) {
