@@ -77,6 +77,7 @@ struct Dropper {
   cow_1DArray<Dropper>** victim;
 
   Dropper(const char* t, cow_1DArray<Dropper>** v) : text(t), victim(v) {}
+  Dropper& operator=(const Dropper&) = default;
   Dropper(const Dropper& other) : text(other.text), victim(other.victim) {
     delete *victim;
     *victim = nullptr;
