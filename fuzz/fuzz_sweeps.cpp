@@ -21,23 +21,36 @@ bool AreSame(const Result& a, const Result& b) {
          SamePoint(a.contacts[0], b.contacts[0]) && SamePoint(a.contacts[1], b.contacts[1]);
 }
 
+/// Calls both sweeps with the same rest of the arguments, and compares what they have written.
+template <class Own, class Other>
+void Compare(FuzzInput& in, const Own& own, const Other& other) {
+  const gsl_Vector d = VectorOf(in);
+  const std::uint8_t sides = in.Byte();
+  const bool twoSided[2] = {(sides & 1u) != 0, (sides & 2u) != 0};
+  const double margin = (sides & 4u) != 0 ? in.Number() : 0.0;
+  Result first, second;
+  first.distance = second.distance = (sides & 8u) != 0 ? in.Number() : 1e30;
+  first.found = own(d, twoSided, margin, first);
+  second.found = other(d, twoSided, margin, second);
+  Require(AreSame(first, second));
+}
+
 void Triangles(FuzzInput& in) {
   gsl_Point a[3], b[3];
   for (gsl_Point& p : a)
     p = PointOf(in);
   for (gsl_Point& p : b)
     p = PointOf(in);
-  const gsl_Vector d = VectorOf(in);
-  const std::uint8_t sides = in.Byte();
-  const bool twoSided[2] = {(sides & 1u) != 0, (sides & 2u) != 0};
-  const double margin = (sides & 4u) != 0 ? in.Number() : 0.0;
-  Result own, other;
-  own.distance = other.distance = (sides & 8u) != 0 ? in.Number() : 1e30;
-  own.found = gsl_TriTriMinDirectionalDist(d, a[0], a[1], a[2], b[0], b[1], b[2], twoSided, margin,
-                                           own.contacts, own.distance);
-  other.found = transcription::TriTriMinDirectionalDist(
-      d, a[0], a[1], a[2], b[0], b[1], b[2], twoSided, margin, other.contacts, other.distance);
-  Require(AreSame(own, other));
+  Compare(
+      in,
+      [&](const gsl_Vector& d, const bool* twoSided, double margin, Result& to) {
+        return gsl_TriTriMinDirectionalDist(d, a[0], a[1], a[2], b[0], b[1], b[2], twoSided, margin,
+                                            to.contacts, to.distance);
+      },
+      [&](const gsl_Vector& d, const bool* twoSided, double margin, Result& to) {
+        return transcription::TriTriMinDirectionalDist(d, a[0], a[1], a[2], b[0], b[1], b[2],
+                                                       twoSided, margin, to.contacts, to.distance);
+      });
 }
 
 void Segments(FuzzInput& in) {
@@ -46,17 +59,16 @@ void Segments(FuzzInput& in) {
     p = PointOf(in);
   for (gsl_Point& p : b)
     p = PointOf(in);
-  const gsl_Vector d = VectorOf(in);
-  const std::uint8_t sides = in.Byte();
-  const bool twoSided[2] = {(sides & 1u) != 0, (sides & 2u) != 0};
-  const double margin = (sides & 4u) != 0 ? in.Number() : 0.0;
-  Result own, other;
-  own.distance = other.distance = (sides & 8u) != 0 ? in.Number() : 1e30;
-  own.found = gsl_InPlaneSegSegMinDirectionalDist(d, a[0], a[1], b[0], b[1], twoSided, margin,
-                                                  own.contacts, own.distance);
-  other.found = in_plane_transcription::SegSegMinDirectionalDist(
-      d, a[0], a[1], b[0], b[1], twoSided, margin, other.contacts, other.distance);
-  Require(AreSame(own, other));
+  Compare(
+      in,
+      [&](const gsl_Vector& d, const bool* twoSided, double margin, Result& to) {
+        return gsl_InPlaneSegSegMinDirectionalDist(d, a[0], a[1], b[0], b[1], twoSided, margin,
+                                                   to.contacts, to.distance);
+      },
+      [&](const gsl_Vector& d, const bool* twoSided, double margin, Result& to) {
+        return in_plane_transcription::SegSegMinDirectionalDist(d, a[0], a[1], b[0], b[1], twoSided,
+                                                                margin, to.contacts, to.distance);
+      });
 }
 
 } // namespace

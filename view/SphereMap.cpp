@@ -219,7 +219,7 @@ struct TextPlace {
   Align align;
 };
 
-/// Writes a text at the first place where nothing else is; at the first of all if there is none.
+/// Writes a text at the first place that is free, or at the first place if none is free.
 /// Its place is then taken.
 void DrawWhereFree(Page& page, const std::vector<TextPlace>& places, const std::string& text,
                    double size, std::vector<Rect>& taken) {

@@ -7,7 +7,7 @@
 
 class cls_ListReader;
 
-/// Reads one record. It is null where there is no record.
+/// Reads one record, or is null if there is no record.
 class XH_API cls_ReadVisitor {
 public:
   cls_ReadVisitor(const cls_ReadVisitor& parent, const cls_FieldHandle& field);
