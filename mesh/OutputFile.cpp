@@ -2,8 +2,6 @@
 
 #include <atomic>
 #include <cerrno>
-#include <climits>
-#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -19,38 +17,7 @@ namespace gsl_mesh {
 
 namespace {
 
-constexpr int kSlotCount = 16;
 constexpr std::size_t kLongestName = 255; ///< of one component of a path
-
-/// What the signal handler sees: plain memory, which is taken and released without locks.
-struct Slot {
-  enum State { Free, Taken, Armed };
-  std::atomic<int> state{Free};
-  pid_t owner = 0; ///< a forked child must not remove files of its parent
-  char path[PATH_MAX] = {};
-};
-
-Slot slots[kSlotCount];
-static_assert(std::atomic<int>::is_always_lock_free, "used in a signal handler");
-
-/// Records a path for the signal handler before its file exists. Returns -1 when all slots are
-/// taken or the path is too long for any file.
-int TakeSlot(const std::string& path) {
-  if (path.size() >= PATH_MAX) return -1;
-  for (int k = 0; k < kSlotCount; ++k) {
-    int free = Slot::Free;
-    if (!slots[k].state.compare_exchange_strong(free, Slot::Taken)) continue;
-    slots[k].owner = getpid();
-    std::memcpy(slots[k].path, path.c_str(), path.size() + 1);
-    slots[k].state.store(Slot::Armed);
-    return k;
-  }
-  return -1;
-}
-
-void GiveSlotBack(int slot) {
-  if (slot >= 0) slots[slot].state.store(Slot::Free);
-}
 
 [[noreturn]] void FailOutput(const std::string& name, const std::string& message) {
   throw OutputError(name + ": " + message);
@@ -108,13 +75,6 @@ std::string TemporaryName(const std::string& path) {
   return folder + "." + base.substr(0, kLongestName - 1 - suffix.size()) + suffix;
 }
 
-extern "C" void EndOnSignal(int signal) {
-  RemoveTemporaryFiles();
-  // The default action ends the process with the status that its parent expects.
-  std::signal(signal, SIG_DFL);
-  raise(signal);
-}
-
 } // namespace
 
 OutputFile::OutputFile(const std::string& path, bool force)
@@ -136,13 +96,12 @@ void OutputFile::CreateTemporary() {
   constexpr int kAttempts = 100;
   for (int k = 0; k < kAttempts; ++k) {
     m_temporary = TemporaryName(m_path);
-    m_slot = TakeSlot(m_temporary);
+    m_listed.emplace(m_temporary);
     m_file = open(m_temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
     if (m_file >= 0) return;
     const int error = errno;
     m_temporary.clear();
-    GiveSlotBack(m_slot);
-    m_slot = -1;
+    m_listed.reset();
     if (error != EEXIST) Fail("cannot be written: " + Reason(error));
   }
   Fail("cannot be written: no temporary name is free in its folder");
@@ -163,8 +122,7 @@ void OutputFile::Commit() {
   Close();
   MoveIntoPlace();
   m_temporary.clear();
-  GiveSlotBack(m_slot);
-  m_slot = -1;
+  m_listed.reset();
 }
 
 /// Some file systems report a full disk only here.
@@ -197,7 +155,7 @@ void OutputFile::MoveIntoPlace() {
 
 void OutputFile::DropTemporary() noexcept {
   if (!m_temporary.empty()) unlink(m_temporary.c_str());
-  GiveSlotBack(m_slot);
+  m_listed.reset();
 }
 
 void OutputFile::Fail(const std::string& message) const {
@@ -212,24 +170,6 @@ void WriteTextFile(const std::string& path, std::string_view text, bool force) {
 
 void CheckOutputPath(const std::string& path, bool force) {
   const OutputFile file(path, force);
-}
-
-void RemoveTemporaryFiles() noexcept {
-  const pid_t self = getpid();
-  for (Slot& slot : slots) {
-    if (slot.state.load() == Slot::Armed && slot.owner == self) unlink(slot.path);
-  }
-}
-
-void RemoveTemporaryFilesOnInterrupt() {
-  for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT}) {
-    struct sigaction old {};
-    if (sigaction(signal, nullptr, &old) == 0 && old.sa_handler == SIG_IGN) continue;
-    struct sigaction action {};
-    action.sa_handler = EndOnSignal;
-    sigemptyset(&action.sa_mask);
-    sigaction(signal, &action, nullptr);
-  }
 }
 
 } // namespace gsl_mesh

@@ -2,8 +2,10 @@
 #define GSL_MESH_OUTPUT_FILE_H
 
 #include "Printable.h"
+#include "TemporaryFiles.h"
 
 #include <cstddef>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -47,7 +49,7 @@ private:
   std::string m_temporary; ///< empty once it is gone
   bool m_force;
   int m_file = -1;
-  int m_slot = -1; ///< in the table that the signal handler sees
+  std::optional<TemporaryFile> m_listed;
 };
 
 /// Writes a whole text, such as a report, through an OutputFile.
@@ -56,14 +58,6 @@ void WriteTextFile(const std::string& path, std::string_view text, bool force);
 /// Throws the OutputError that the constructor of an OutputFile would throw, and writes nothing.
 /// Programs call it before a long computation.
 void CheckOutputPath(const std::string& path, bool force);
-
-/// Removes the temporary files that this process is writing. It is safe in a signal handler. The
-/// process must end afterwards, because the OutputFile objects do not notice the removal.
-void RemoveTemporaryFiles() noexcept;
-
-/// Makes SIGINT, SIGTERM, SIGHUP and SIGQUIT remove the temporary files before they end the process
-/// as usual. A signal that is ignored stays ignored.
-void RemoveTemporaryFilesOnInterrupt();
 
 } // namespace gsl_mesh
 

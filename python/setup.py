@@ -4,8 +4,10 @@ GSL_BUILD_DIR names a build folder whose libraries and module are taken. Without
 build/wheel-NAME, where NAME is the running Python's.
 """
 
+import atexit
 import os
 import re
+import shutil
 import subprocess
 import sys
 import tempfile
@@ -17,6 +19,7 @@ from setuptools.command.build_py import build_py
 PYTHON = Path(__file__).resolve().parent
 ROOT = PYTHON.parent
 SCRATCH = tempfile.mkdtemp(prefix="gsl_geometry-")
+atexit.register(shutil.rmtree, SCRATCH, ignore_errors=True)
 
 
 def version():

@@ -3,6 +3,7 @@
 #include "MeshRead.h"
 #include "MeshWrite.h"
 #include "OutputFile.h"
+#include "TemporaryFiles.h"
 #include "gsl_Sweep.h"
 #include "support/InputText.h"
 #include "support/MeshReport.h"
@@ -174,7 +175,7 @@ int ParseAndRun(int argc, char** argv) {
     WriteStdout(text);
     return 0;
   }
-  RemoveTemporaryFilesOnInterrupt();
+  RemoveTemporaryFilesOnSignals();
   // A write beyond the limit for files then fails with a message and does not end the program.
   std::signal(SIGXFSZ, SIG_IGN);
   return Run(options);

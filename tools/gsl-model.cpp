@@ -1,5 +1,6 @@
 #include "ModelOptions.h"
 #include "OutputFile.h"
+#include "TemporaryFiles.h"
 #include "gsl_RecordError.h"
 #include "support/InputText.h"
 #include "support/ModelFile.h"
@@ -180,7 +181,7 @@ int ParseAndRun(int argc, char** argv) {
     WriteStdout(text);
     return 0;
   }
-  gsl_mesh::RemoveTemporaryFilesOnInterrupt();
+  gsl_mesh::RemoveTemporaryFilesOnSignals();
   // A write beyond the limit for files then fails with a message and does not end the program.
   std::signal(SIGXFSZ, SIG_IGN);
   return Run(options);

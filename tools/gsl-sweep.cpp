@@ -7,6 +7,7 @@
 #include "SphereMap.h"
 #include "SphereTally.h"
 #include "SweepOptions.h"
+#include "TemporaryFiles.h"
 #include "ViewerPage.h"
 #include "gsl_Sweep.h"
 #include "support/Directions.h"
@@ -626,7 +627,7 @@ int ParseAndRun(int argc, char** argv) {
     WriteStdout(text);
     return 0;
   }
-  RemoveTemporaryFilesOnInterrupt();
+  RemoveTemporaryFilesOnSignals();
   // A write beyond the limit for files then fails with a message and does not end the program.
   std::signal(SIGXFSZ, SIG_IGN);
   return SweepFiles(options);

@@ -1,5 +1,6 @@
 #include "support/ModelFile.h"
 
+#include "TemporaryFiles.h"
 #include "gsl_RecordError.h"
 #include "gsl_RecordFile.h"
 #include "support/RecordCopy.h"
@@ -15,6 +16,7 @@
 #include <fcntl.h>
 #include <filesystem>
 #include <fstream>
+#include <optional>
 #include <sys/stat.h>
 #include <system_error>
 #include <unistd.h>
@@ -59,7 +61,7 @@ public:
   ~NewDatabase() {
     std::error_code ignored;
     fs::remove(m_name, ignored);
-    fs::remove(m_name + "-journal", ignored);
+    fs::remove(JournalOf(m_name), ignored);
   }
   NewDatabase(const NewDatabase&) = delete;
   NewDatabase& operator=(const NewDatabase&) = delete;
@@ -90,6 +92,8 @@ public:
   }
 
 private:
+  static std::string JournalOf(const std::string& database) { return database + "-journal"; }
+
   /// Where symbolic links lead.
   static std::string PlaceOf(const std::string& path) {
     std::error_code failed;
@@ -107,12 +111,23 @@ private:
     }
   }
 
+  /// Returns -1 and sets errno where it cannot create the file. A signal removes the file and its
+  /// journal from then on.
+  int OpenNew() {
+    const gsl_mesh::SignalsWait wait; // until it is known whose file it is
+    const int file = open(m_name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+    if (file < 0) return file;
+    m_listed.emplace(m_name);
+    m_listedJournal.emplace(JournalOf(m_name));
+    return file;
+  }
+
   /// Creates an empty file that nobody else has, with the permissions of the file that it replaces.
   void Create() {
     int file = -1;
     for (unsigned k = 0; file < 0; ++k) {
       m_name = m_place + '.' + std::to_string(getpid()) + '.' + std::to_string(k);
-      file = open(m_name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+      file = OpenNew();
       if (file < 0 && errno != EEXIST) {
         const int error = errno;
         m_name.clear();
@@ -134,6 +149,7 @@ private:
   }
 
   std::string m_path, m_place, m_name;
+  std::optional<gsl_mesh::TemporaryFile> m_listed, m_listedJournal;
 };
 
 void SaveDatabase(const gsl_RecordStore& records, const std::string& path) {
@@ -170,6 +186,8 @@ void SaveModelFile(const gsl_RecordStore& records, const std::string& path) {
   if (NamesDatabase(path)) {
     SaveDatabase(records, path);
   } else {
+    // The file beside the place is not listed for removal.
+    const gsl_mesh::SignalsWait wait;
     gsl_SaveRecords(records, path);
   }
 }
