@@ -37,6 +37,14 @@ void Require(cairo_status_t status) {
                            cairo_status_to_string(status));
 }
 
+/// Throws std::bad_alloc where a page may not find memory: the drawing library ends the process in
+/// some of the places where memory runs out. Most of this is for reading fonts.
+void RequireRoom() {
+  constexpr std::size_t kRoom = std::size_t{64} << 20;
+  void* const volatile room = ::operator new(kRoom); // volatile, so that it is not left out
+  ::operator delete(room);
+}
+
 /// Gives the names of elements that begin with a word numbers from 1, in the order of the text. The
 /// drawing library numbers them through the life of the process.
 std::string Renumbered(const std::string& svg, std::string_view word) {
@@ -73,6 +81,7 @@ struct Page::Impl {
   }
 
   void Open(double width, double height) {
+    RequireRoom();
     const double wide = width * kPointsPerMillimetre, high = height * kPointsPerMillimetre;
     if (format == PictureFormat::Svg) {
       surface = cairo_svg_surface_create_for_stream(Append, &bytes, wide, high);
@@ -266,6 +275,7 @@ void Page::EndClip() {
 }
 
 std::string Page::Finish() {
+  RequireRoom();
   Require(cairo_status(m_impl->cairo));
   if (m_impl->format == PictureFormat::Png) {
     Require(cairo_surface_write_to_png_stream(m_impl->surface, Append, &m_impl->bytes));

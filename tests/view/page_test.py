@@ -7,6 +7,7 @@ PICTURES is a folder for pictures of the pages. GSL_MESH_DIR names a folder of r
 """
 
 import json
+import math
 import os
 import pathlib
 import subprocess
@@ -395,7 +396,26 @@ class Page(unittest.TestCase):
                 self.assertGreaterEqual(counts[status], 0.8 * total[status], status)  # some have a name on them
             self.assertEqual(self.text("count-start"), f"{sum(a['status'] == 'start' for a in answers)} of 200")
             self.assertIn("logarithmic", self.text("scale-name"))
+            self.expect_ticks()
         self.browser.prefer("light")
+
+    def expect_ticks(self):
+        """Round travels are marked on the bar where they belong, and no number covers another."""
+        low, high = (float(self.text(name).removeprefix("\u2264 ")) for name in ("scale-low", "scale-high"))
+        marks = self.browser.run("[...document.querySelectorAll('#scale-bar i')].map((i) => parseFloat(i.style.left))")
+        self.assertGreater(len(marks), 2)
+        self.assertEqual(marks, sorted(marks))
+        labels = self.browser.run("[...document.querySelectorAll('.tick')].map((i) => [i.textContent, i.style.left])")
+        self.assertGreater(len(labels), 0)
+        for text, left in labels:
+            part = math.log(float(text) / low) / math.log(high / low)
+            self.assertAlmostEqual(float(left.removesuffix("%")), 100 * part, delta=0.01)
+            self.assertIn(float(left.removesuffix("%")), marks)
+        edges = self.browser.run("[...document.querySelectorAll('#scale-numbers span')].map((i) => "
+                                 "[i.getBoundingClientRect().left, i.getBoundingClientRect().right])")
+        edges.sort()
+        for one, next_one in zip(edges, edges[1:]):
+            self.assertLess(one[1], next_one[0])
 
     def test_spheres_of_every_question_open(self):
         for options in ("--sphere 1", "--sphere 2", "--sphere 50 --last", "--sphere 50 --solid",

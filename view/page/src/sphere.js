@@ -29,6 +29,28 @@ function mixed(colours, part) {
 const isDot = (x, y, unit) => (x + (Math.floor(y / (5 * unit)) % 2) * 5 * unit) % (10 * unit) < 2 * unit && y % (5 * unit) < 2 * unit;
 const isStripe = (x, y, unit) => (x + y) % (8 * unit) < 1.5 * unit;
 
+/** Marks the round travels on the bar, and names those whose numbers have room beside each other. */
+function markScale(scale) {
+  const WIDTH_OF_LETTER = 0.028; // as a part of the narrowest bar
+  const widthOf = (text) => WIDTH_OF_LETTER * (text.length + 1);
+  const lowest = widthOf(byId('scale-low').textContent);
+  const highest = 1 - widthOf(byId('scale-high').textContent);
+  let end = lowest;
+  for (const tick of scale.ticks) {
+    const part = partOf(scale, tick);
+    const mark = byId('scale-bar').appendChild(document.createElement('i'));
+    mark.style.left = `${100 * part}%`;
+    const text = short(tick);
+    const half = widthOf(text) / 2;
+    if (part - half < end || part + half > highest) continue;
+    const label = byId('scale-numbers').appendChild(document.createElement('span'));
+    label.className = 'tick';
+    label.textContent = text;
+    label.style.left = `${100 * part}%`;
+    end = part + half;
+  }
+}
+
 function showScale(answers) {
   const { sphere, count } = answers;
   const { scale } = sphere;
@@ -41,6 +63,7 @@ function showScale(answers) {
   byId('scale-bar').style.background = `linear-gradient(to right, ${sphere.colours.join(', ')})`;
   byId('scale-low').textContent = (scale.cut ? '\u2264 ' : '') + short(scale.low);
   byId('scale-high').textContent = short(scale.high);
+  markScale(scale);
   byId('go-least').hidden = byId('go-greatest').hidden = sphere.contact === 0;
 }
 
