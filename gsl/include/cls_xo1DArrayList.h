@@ -19,7 +19,7 @@
 ///
 /// Record  the elements in order, each a full record; none is null.
 /// Errors  reading throws nex_Exception for a record that is not a list, and for an entry that is
-///         not a T; std::bad_alloc, with the list as it was.
+///         not a T. Every change may throw std::bad_alloc; the list is then as it was.
 template <class T>
 class GSL_API cls_xo1DArrayList {
 public:

@@ -15,13 +15,13 @@ class gsl_Vector;
 ///            only that it is one: its sign and its payload are not promised. The vector registers
 ///            of the processor are chosen at run time.
 /// Tolerance  gsl_Util linearTolerance and cosineTolerance, read once per call.
-/// Arrays     doubles need no alignment beyond 8 bytes. An output has room for `count` results: one
-///            number each, or three coordinates each without a gap. A count of 0 reads and writes
-///            nothing unless a function says otherwise.
+/// Arrays     doubles need no alignment beyond 8 bytes. An output has room for `count` results
+///            without a gap: one number each, or three coordinates each. A count of 0 reads and
+///            writes nothing. Functions say where they differ.
 /// Outputs    an output of points may be the array of an input whose stride is 3, from the same
-/// first
-///            point. Everything else that is written must be apart from the inputs, and outputs
-///            from each other: also from an input that begins elsewhere in the same array.
+///            first point. Unless a function says otherwise, everything else that is written must
+///            be apart from the inputs, and outputs from each other: also from an input that begins
+///            elsewhere in the same array.
 /// Errors     none thrown, none printed; nothing is allocated.
 /// Threads    calls are safe together while nobody writes the settings.
 
@@ -43,7 +43,8 @@ enum class gsl_BatchPart : unsigned char { None, Foot, First, Second };
 ///            the ends.
 /// Degenerate a segment with linearTolerance > length has the part None and leaves its `nearest` as
 ///            it was. The distance leads to that point, and is NaN where `nearest` is null.
-/// NaN        spreads into the distance.
+/// NaN        as in the scalar call: of the point and of p2 it spreads into the distance. A segment
+///            with a NaN in p1 alone may still have p2 as its nearest point.
 GSL_API void gsl_PointSegmentDistances(std::size_t count, const gsl_BatchPoints& points,
                                        const gsl_BatchPoints& p1, const gsl_BatchPoints& p2,
                                        double* distances, double* nearest = nullptr,
@@ -60,8 +61,9 @@ GSL_API void gsl_PointTriangleDistances(std::size_t count, const gsl_BatchPoints
 ///
 /// Outputs    the ends of the connection, onA and onB, and their parts may be null. Where the
 ///            segments cross, both ends are the same Foot.
-/// None       segments 1e10 or farther apart and segments of NaN have the part None and the
-///            distance NaN, and leave onA and onB as they were.
+/// None       segments without any distance below 1e10, such as those of which every end is NaN,
+///            have the part None and the distance NaN, and leave onA and onB as they were. A NaN in
+///            one end alone leaves the connection of the others.
 /// Degenerate for the ends of the other, a segment shorter than linearTolerance is its first point.
 GSL_API void gsl_SegmentDistances(std::size_t count, const gsl_BatchPoints& a1,
                                   const gsl_BatchPoints& a2, const gsl_BatchPoints& b1,
@@ -81,9 +83,9 @@ GSL_API void gsl_TransformBoxes(std::size_t count, const gsl_Matrix& matrix,
                                 double* moved);
 
 /// Writes the box around the points, min and then max, as gsl_BBox::Add finds it one point after
-/// the other: a NaN of the first point stays, and a later NaN is ignored. The box may be among the
-/// points. A count of 0 writes the
-/// empty box, (0, 0, 0) and (-1, -1, -1).
+/// the other: a NaN of the first point stays, and a later NaN is ignored. `box` has room for six
+/// doubles and may be among the points. A count of 0 writes the empty box, (0, 0, 0) and
+/// (-1, -1, -1).
 GSL_API void gsl_BoxOfPoints(std::size_t count, const gsl_BatchPoints& points, double* box);
 
 /// Triangles that a batch reads: the first, second and third corners.
@@ -95,7 +97,7 @@ struct gsl_BatchTriangles {
 struct gsl_BatchContact {
   double distance;  ///< the least distance so far; what is passed in limits the sweep
   double onA[3];    ///< the contact on A
-  double onB[3];    ///< as the last call that found a contact wrote it; see gsl_SweepTriangles
+  double onB[3];    ///< what the last call that found a contact wrote; see gsl_SweepTriangles
   std::size_t pair; ///< the number of the pair that wrote the distance last
 };
 

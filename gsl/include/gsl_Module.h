@@ -11,9 +11,9 @@
 
 /// The first call raises the host's `count` by 1, starts the host libraries in the order of their
 /// dependence, enters the type table of module 778, creates the settings with their defaults and
-/// registers the persistent classes. Throws std::bad_alloc and what the host throws: then what was
-/// started is stopped, `count` is as it was, and a later call starts again. Some classes may be
-/// registered, or registered in part, until a start succeeds.
+/// registers the persistent classes. Throws std::bad_alloc and what the host throws. After an
+/// exception the libraries that were started are stopped, `count` is as it was, and a later call
+/// starts again. Some classes may be registered, or registered in part, until a start succeeds.
 GSL_API void gsl_initialize(int& count);
 
 /// The last call lowers `count` by 1, deletes the settings (a later start begins with the defaults)

@@ -60,9 +60,9 @@ public:
   ///
   /// End points keep their uids, computed points have fresh uids (one uid for both where the
   /// segments cross). A foot exactly at an end is a computed point too, as in
-  /// gsl_Point::GetDistance. Segments 1e10 or farther apart, and segments of NaN, leave
-  /// `connection` unchanged. `connection` may be either segment. For the other's ends, a segment
-  /// shorter than linearTolerance is its first point.
+  /// gsl_Point::GetDistance. Segments without any distance below 1e10, such as those of which every
+  /// end is NaN, leave `connection` unchanged. `connection` may be either segment. For the other's
+  /// ends, a segment shorter than linearTolerance is its first point.
   void GetDistance(const gsl_Segment& other, gsl_Segment& connection) const;
 
 private:

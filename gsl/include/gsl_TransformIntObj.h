@@ -14,7 +14,7 @@
 ///           included.
 /// Copies    share the shortcut and the text, and each holds its own copy of the matrix.
 /// Errors    nex_CommandException, as in omu_InterfaceObj, for an unknown method, for arguments,
-///           and for a stale object; std::bad_alloc.
+///           and for a stale object. std::bad_alloc without memory.
 class GSL_API gsl_TransformIntObj : public omu_InterfaceObj {
 public:
   /// Copies m. `text` is kept for the creator; nothing here reads it.

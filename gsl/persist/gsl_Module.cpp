@@ -89,9 +89,9 @@ public:
   ~Start() {
     if (m_keeps) return;
     if (!m_hadSettings && omi_Singleton<gsl_Util>::Exists()) omi_Singleton<gsl_Util>::Destroy();
+    --m_count; // before the libraries stop, as gsl_finalize counts
     while (m_started > 0)
       kHostLibraries[--m_started].finalize(m_count);
-    --m_count;
     --startCount;
   }
   Start(const Start&) = delete;

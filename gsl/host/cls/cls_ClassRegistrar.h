@@ -35,7 +35,7 @@ public:
 
   /// Returns whether `dynType` is `queried` or derives from it. This is true for one class and
   /// itself, also when the class is not registered. Allocates nothing for a class with at most 31
-  /// bases, direct and indirect; std::bad_alloc otherwise.
+  /// bases, direct and indirect; with more it may throw std::bad_alloc.
   [[nodiscard]] bool InheritanceCheck(unsigned int dynType, unsigned int queried) const;
 
   /// Returns a new object of the class that the record names, as a pointer to the class `typeId`.

@@ -93,8 +93,8 @@ public:
   }
 
   /// Reads the object that a field holds or refers to into a holder. An object that this load has
-  /// read before is shared. The holder is empty for a null and for a missing field, and as it was
-  /// after an exception.
+  /// read before is shared. The holder is empty for a null and for a missing field. After an
+  /// exception it is as it was.
   template <class Holder>
   void ReadObject(const cls_FieldHandle& field, Holder& holder) const;
 

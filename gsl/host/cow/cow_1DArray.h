@@ -32,7 +32,7 @@ public:
       m_body.Write().push_back(value);
       return;
     }
-    // The elements are complete before they replace what the array shares, or its emptiness.
+    // An exception on the way leaves the array with what it has.
     std::vector<T> grown;
     grown.reserve(Count() + 1);
     grown.insert(grown.end(), begin(), end());

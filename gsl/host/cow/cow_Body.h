@@ -11,7 +11,7 @@ template <class T>
 class cow_Body {
 public:
   cow_Body() noexcept = default;
-  /// Takes a value, which this copy alone has.
+  /// Takes a value, which no other copy shares.
   explicit cow_Body(T&& value) : m_shared(new Shared{{1}, std::move(value)}) {}
   cow_Body(const cow_Body& other) noexcept : m_shared(other.m_shared) { Acquire(); }
   cow_Body(cow_Body&& other) noexcept : m_shared(std::exchange(other.m_shared, nullptr)) {}

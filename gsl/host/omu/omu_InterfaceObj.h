@@ -24,7 +24,7 @@ public:
 /// Results   pointers are heap objects that the caller owns.
 /// Copies    share the shortcut; staleness is copied as it is.
 /// Errors    a mistake in a script throws nex_CommandException with a message that names the type
-///           and the wrong name; std::bad_alloc.
+///           and the wrong name. std::bad_alloc without memory.
 class GSL_HOST_API omu_InterfaceObj {
 public:
   /// The object is at the place that the shortcut names.

@@ -10,8 +10,8 @@
 /// Sequence of numbers and other primitives, as scripts pass and receive them.
 ///
 /// Kind      the character code of the opening bracket: '(' (40) for a tuple, '[' for a list.
-/// Errors    nex_CommandException for an element that does not exist or has the other kind;
-///           std::bad_alloc, with the tuple as it was.
+/// Errors    nex_CommandException for an element that does not exist or has the other kind.
+///           std::bad_alloc without memory, with the tuple as it was.
 class GSL_HOST_API omu_PrimTuple : public omu_Primitive {
 public:
   /// Makes an empty tuple with room for `expectedCount` elements. A count below 1 is ignored.

@@ -5,7 +5,7 @@
 
 #include <istream>
 
-// The host's text input stream, aio_istream. The library calls `int get()` alone: it takes the next
-// character and returns its value as an unsigned char, or a negative number at the end.
+// The host's text input stream, aio_istream. The library calls only `int get()`, which takes the
+// next character and returns its value as an unsigned char, or a negative number at the end.
 
 #endif

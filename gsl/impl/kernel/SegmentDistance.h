@@ -109,7 +109,7 @@ struct SegmentProducts {
     reach2 = 4.0 * (Dot(a.p1, a.p1) + Dot(b.p1, b.p1) + uu + vv);
   }
 
-  /// Returns whether every constant above holds.
+  /// Returns whether every constant of SegmentDistanceBounds.h holds.
   bool AreGeneral(double linearTolerance) const {
     const double tolerance2 = linearTolerance * linearTolerance;
     const double shorter = uu < vv ? uu : vv;
@@ -209,8 +209,8 @@ inline Connection ConnectBestEnd(const Segment& a, const Segment& b, const Segme
   return ConnectionOfEnd(a, b, best, place, linearTolerance);
 }
 
-/// Finds the shortest connection. Its kind is None for segments at or beyond kSegmentDistanceCap
-/// and for segments of NaN.
+/// Finds the shortest connection. Its kind is None where no distance is below kSegmentDistanceCap,
+/// as for segments of which every end is NaN.
 inline Connection ConnectSegments(const Segment& a, const Segment& b, double linearTolerance) {
   const SegmentProducts q(a, b);
   if (!q.AreGeneral(linearTolerance)) return ConnectSegmentsBySteps(a, b, linearTolerance);

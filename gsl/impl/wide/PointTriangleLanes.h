@@ -102,7 +102,7 @@ GSL_ALWAYS_INLINE void PointTriangleGroup(const PointTriangleBatch& batch, std::
   if (!AllLanes(isDone)) RunOthers(batch, k, isDone);
 }
 
-/// Requires tolerances that RegionOf decides.
+/// Requires tolerances for which RegionsAreDecided returns true.
 inline void PointTriangles(const PointTriangleBatch& batch) {
   ForGroups(
       batch, [&batch](std::size_t k)

@@ -19,7 +19,7 @@ struct gsl_WideKernels {
   /// Is gsl_wide::SkipRuns.
   std::size_t (*skipRuns)(const unsigned char* entries, const unsigned char* open,
                           const unsigned char* next, std::size_t runs);
-  /// The batches are gsl_wide::PointSegments and so on.
+  /// The batches, each as the function of gsl_wide with its name.
   void (*pointSegments)(const gsl_wide::PointSegmentBatch& batch);
   void (*pointTriangles)(const gsl_wide::PointTriangleBatch& batch);
   void (*segmentPairs)(const gsl_wide::SegmentPairBatch& batch);
