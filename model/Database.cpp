@@ -209,6 +209,9 @@ void Database::CheckHeader(Access access) const {
   if (file == nullptr || file->pMethods == nullptr) return;
   sqlite3_int64 size = 0;
   Check(file->pMethods->xFileSize(file, &size));
+  // What a writer that was interrupted has left is restored first, when the file is read.
+  struct stat journal = {};
+  if (stat((m_path + "-journal").c_str(), &journal) == 0) return;
   std::array<char, kMagic.size()> start = {};
   const auto count = std::min(start.size(), static_cast<std::size_t>(size));
   if (count == 0) {
@@ -224,9 +227,8 @@ void Database::CheckHeader(Access access) const {
        ", but a model starts with 53 51 4c 69 (\"SQLi\")");
 }
 
-bool Database::IsEmpty() const {
-  struct stat status = {};
-  return stat(m_path.c_str(), &status) == 0 && status.st_size == 0;
+bool Database::IsEmpty() {
+  return Integer("PRAGMA page_count") == 0;
 }
 
 void Database::Run(const char* sql) {
@@ -246,6 +248,14 @@ void Database::Begin(const char* sql) {
   if (m_begun == 0) RollBack();
   Run(sql);
   ++m_begun;
+}
+
+void Database::Commit() {
+  const int code = sqlite3_exec(Connection(), "COMMIT", nullptr, nullptr, nullptr);
+  // The journal is gone, and with it the way back: the changes are in the file. A folder that
+  // cannot be flushed is left to the system.
+  if (code == SQLITE_IOERR_DIR_FSYNC) return RollBack();
+  Check(code);
 }
 
 void Database::End() noexcept {
@@ -268,9 +278,8 @@ std::string Database::ReasonOf(int code) const {
     return "is locked: another program is writing to it";
   case SQLITE_READONLY:
     return code == SQLITE_READONLY_ROLLBACK || code == SQLITE_READONLY_CANTLOCK
-               ? "cannot be read: its writer was interrupted, and only a program that may write "
-                 "the "
-                 "file can restore it"
+               ? "cannot be read: its writer was interrupted, and only a program that may "
+                 "write the file can restore it"
                : "cannot be written: the file or its folder is read-only";
   case SQLITE_FULL:
     return "cannot be written: the disk is full";

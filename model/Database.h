@@ -61,13 +61,16 @@ public:
   Database& operator=(const Database&) = delete;
 
   const std::string& Path() const { return m_path; }
-  bool IsEmpty() const;
+  /// Returns whether the file has no page, after what an interrupted writer left is restored.
+  bool IsEmpty();
   void Run(const char* sql);
   std::int64_t Integer(std::string_view sql);
   sqlite3* Connection() const { return m_connection.get(); }
   bool IsInTransaction() const;
   /// Begins a transaction by a statement. Ends a transaction first that could not be ended.
   void Begin(const char* sql);
+  /// Makes the changes of the transaction lasting. Where it throws, they are not in the file.
+  void Commit();
   /// Ends what Begin began, without its changes unless they are committed. Throws nothing.
   void End() noexcept;
   /// Returns whether a transaction is between Begin and End.

@@ -107,15 +107,17 @@ void Transaction::Replacing::CheckWritten() const {
 Model::Model(const std::string& path, Access access, std::chrono::milliseconds patience)
     : m_data(std::make_unique<Data>(path, access, patience)) {
   Database& database = m_data->database;
-  const bool isNew = access == Access::Create && database.IsEmpty();
   try {
-    if (isNew) CreateTables(database);
-    if (access == Access::Read) {
-      database.Run("PRAGMA query_only = ON");
-    } else {
-      database.Run("PRAGMA journal_mode = DELETE; PRAGMA synchronous = EXTRA");
+    database.Run("PRAGMA synchronous = EXTRA");
+    if (database.IsEmpty()) {
+      // A writer that was interrupted while it created the file leaves an empty one.
+      if (access != Access::Create) database.Fail("is not a model: the file is empty");
+      CreateTables(database);
     }
     CheckTables(database, access != Access::Read);
+    // The mode is stored in the file, so only that of a model is changed.
+    database.Run(access == Access::Read ? "PRAGMA query_only = ON"
+                                        : "PRAGMA journal_mode = DELETE");
   } catch (...) {
     database.RollBack();
     throw;
@@ -149,7 +151,7 @@ void Model::Write(const std::function<void(Transaction&)>& work) {
   written.table.Finish();
   try {
     RecordSaver(database, written.table, data.roots).Save(written.removed);
-    Statement(database, "COMMIT").Run();
+    database.Commit();
   } catch (...) {
     data.roots.Forget();
     throw;

@@ -7,11 +7,15 @@
 #include "gsl_Dot.h"
 #include "gsl_ModelSegment.h"
 #include "gsl_Module.h"
+#include "gsl_PersistentVector.h"
 #include "gsl_Plane.h"
+#include "gsl_RecordFile.h"
 #include "gsl_StLine.h"
+#include "omu_PrimEnum.h"
 #include "omu_xoObjVarray.h"
 
 #include <gtest/gtest.h>
+#include <sqlite3.h>
 
 #include <string>
 #include <vector>
@@ -279,4 +283,132 @@ TEST_F(GslModel, ModelIsMoved) {
   model.Write([&](Transaction& t) { t.Put("a", Axis(1)); });
   source = std::move(model);
   EXPECT_TRUE(source.Has("a"));
+}
+
+TEST_F(GslModel, GoldenFileIsReadAndStaysAsItIs) {
+  // The file is kept for ever. It was made from the golden file of the byte form, and a root was
+  // added and removed after that.
+  const std::string bytes = BytesOf(GOLDEN_MODELS "/every_kind.gslm");
+  m_folder.Write("part.gslm", bytes);
+  const gsl_RecordStore expected = gsl_LoadRecords(GOLDEN_RECORDS "/every_kind.gslr");
+  {
+    const Model model(m_path, Access::Read);
+    EXPECT_TRUE(SameObjects(*model.ReadAll(), expected));
+    const std::vector<RootEntry> roots = model.Roots();
+    ASSERT_EQ(roots.size(), 2u);
+    EXPECT_EQ(roots[0].name, "every kind");
+    EXPECT_EQ(roots[0].className, "EveryKind");
+    EXPECT_EQ(roots[0].typeId, 0x7F000001u);
+    EXPECT_EQ(roots[0].identity, (gsl_RecordIdentity{3, 5}));
+    EXPECT_EQ(roots[1].name, "");
+    EXPECT_EQ(roots[1].className, "Value");
+    const auto root = model.Read("every kind");
+    const gsl_RecordField least = *root->Fields(root->Root(0)).begin();
+    EXPECT_EQ(least.name, "least");
+    EXPECT_EQ(least.integer, -2147483647 - 1);
+  }
+  EXPECT_EQ(BytesOf(m_path), bytes);
+  // It can be changed, and the rest of it stays.
+  Model model(m_path, Access::Write);
+  model.Write([&](Transaction& t) { t.Put("axis", Axis(1)); });
+  EXPECT_EQ(model.Get<gsl_StLine>("axis").PointOn().x, 1.0);
+  model.Write([&](Transaction& t) { EXPECT_TRUE(t.Remove("axis")); });
+  EXPECT_TRUE(SameObjects(*model.ReadAll(), expected));
+}
+
+namespace {
+
+/// An axis as a later version of the library may write it: with fields that this one does not know.
+struct LaterAxis {
+  explicit LaterAxis(const gsl_StLine& its) : axis(its), direction(its.Direction()) {}
+  void DBWrite(const cls_WriteVisitor& visitor) const {
+    visitor.StartWrite(gsl_StLine::TypeId(), axis.Uid());
+    visitor.WriteString({-1, "_label"}, "a later field");
+    axis.PointOn().DBWrite(cls_WriteVisitor(visitor, {0, "_point"}));
+    visitor.WriteDouble({-1, "_accuracy"}, 0.5);
+    direction.DBWrite(cls_WriteVisitor(visitor, {1, "_dir"}));
+    visitor.WriteString({2, "_method"}, omu_PrimEnum<gsl_LineMethod, 1>(axis.Method()).AsString());
+    visitor.WriteBoolean({3, "_flip"}, axis.Flip());
+    visitor.WriteBoolean({4, "_ok"}, axis.Ok());
+    anchor.DBWrite(cls_WriteVisitor(visitor, {-1, "_anchor"}));
+    visitor.WriteInteger({6, "owner_feat_id"}, 42);
+  }
+
+  const gsl_StLine& axis;
+  gsl_PersistentVector direction;
+  gsl_Dot anchor{gsl_Point(7, 8, 9)};
+};
+
+void ExpectAxis(const gsl_StLine& read, const gsl_StLine& written) {
+  EXPECT_EQ(read.Uid(), written.Uid());
+  EXPECT_EQ(read.PointOn().y, 2.0);
+  EXPECT_EQ(read.Direction().z, 1.0);
+  EXPECT_EQ(read.OwnerFeatID(), 42);
+  EXPECT_EQ(read.Ok(), written.Ok());
+}
+
+} // namespace
+
+TEST_F(GslModel, FileOfALaterProgramIsReadWithoutItsNewFieldsAndKeepsThem) {
+  const gsl_StLine axis = Axis(1);
+  const LaterAxis later(axis);
+  Model model(m_path);
+  model.Write([&](Transaction& t) {
+    t.Put("axis", later);
+    t.Put("other", Axis(2));
+  });
+  ExpectAxis(model.Get<gsl_StLine>("axis"), axis);
+  // Changes of other roots leave the fields alone that this program does not know.
+  const auto before = model.Read("axis");
+  model.Write([&](Transaction& t) { t.Put("other", Axis(3)); });
+  EXPECT_TRUE(SameContents(*model.Read("axis"), *before));
+  const gsl_RecordField label = *before->Fields(before->Root(0)).begin();
+  EXPECT_EQ(label.name, "_label");
+  EXPECT_EQ(label.text, "a later field");
+
+  const std::string path = m_folder.Path("part.gslr");
+  gsl_RecordStore store;
+  {
+    cls_Save save(store);
+    later.DBWrite(cls_WriteVisitor(save, "axis"));
+  }
+  gsl_SaveRecords(store, path);
+  const gsl_RecordStore loaded = gsl_LoadRecords(path);
+  cls_Load load(loaded);
+  ExpectAxis(gsl_StLine(cls_ReadVisitor(load, "axis")), axis);
+  EXPECT_TRUE(SameObjects(loaded, *before));
+}
+
+TEST_F(GslModel, InterruptedCreationIsDoneAgain) {
+  // The journal says that there was nothing, and the first page has not reached the disk.
+  const std::string journal{"\xd9\xd5\x05\xf9\x20\xa1\x63\xd7\xff\xff\xff\xff\0\0\0\1\0\0\0\0"
+                            "\0\0\2\0\0\0\x10\0",
+                            28};
+  for (const std::string& page :
+       {std::string(4096, '\0'), std::string("SQLite format 3\0", 16) + std::string(4080, '\0')}) {
+    m_folder.Write("part.gslm", page);
+    m_folder.Write("part.gslm-journal", journal + std::string(512 - journal.size(), '\0'));
+    EXPECT_EQ(MessageOf([&] { const Model model(m_path, Access::Read); }),
+              m_path + ": is not a model: the file is empty");
+    m_folder.Write("part.gslm", page);
+    m_folder.Write("part.gslm-journal", journal + std::string(512 - journal.size(), '\0'));
+    EXPECT_TRUE(Model(m_path).Roots().empty());
+    EXPECT_EQ(m_folder.Names(), (std::vector<std::string>{"part.gslm"}));
+  }
+}
+
+TEST_F(GslModel, DatabaseOfAnotherProgramIsRefusedAndStaysAsItIs) {
+  sqlite3* database = nullptr;
+  ASSERT_EQ(sqlite3_open(m_path.c_str(), &database), SQLITE_OK);
+  ASSERT_EQ(sqlite3_exec(database, "PRAGMA journal_mode = WAL; CREATE TABLE t(x)", nullptr, nullptr,
+                         nullptr),
+            SQLITE_OK);
+  sqlite3_close(database);
+  const std::string bytes = BytesOf(m_path);
+  for (const Access access : {Access::Read, Access::Write, Access::Create}) {
+    EXPECT_EQ(MessageOf([&] { const Model model(m_path, access); }),
+              m_path + ": is not a model: it is a database with the application id 0, but a model "
+                       "has 1735617645");
+    EXPECT_EQ(BytesOf(m_path), bytes);
+  }
 }

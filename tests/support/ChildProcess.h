@@ -1,8 +1,39 @@
 #ifndef CHILD_PROCESS_H
 #define CHILD_PROCESS_H
 
+#include <atomic>
+#include <cstdlib>
+#include <new>
+
+#include <sys/mman.h>
 #include <sys/wait.h>
 #include <unistd.h>
+
+/// A number that this process shares with its children.
+class SharedNumber {
+public:
+  SharedNumber() {
+    void* const page = mmap(nullptr, sizeof(std::atomic<int>), PROT_READ | PROT_WRITE,
+                            MAP_SHARED | MAP_ANONYMOUS, -1, 0);
+    if (page == MAP_FAILED) std::abort();
+    m_number = new (page) std::atomic<int>(0);
+  }
+  ~SharedNumber() { munmap(m_number, sizeof *m_number); }
+  SharedNumber(const SharedNumber&) = delete;
+  SharedNumber& operator=(const SharedNumber&) = delete;
+
+  int Get() const { return *m_number; }
+  void Set(int number) const { *m_number = number; }
+
+private:
+  std::atomic<int>* m_number;
+};
+
+/// Returns how often a writer is killed: as often as GSL_KILLS says, otherwise `usual`.
+inline long Kills(long usual) {
+  const char* const asked = std::getenv("GSL_KILLS");
+  return asked != nullptr ? std::atol(asked) : usual;
+}
 
 /// Does the work in a child process. Returns its exit status, or -1.
 template <class Work>

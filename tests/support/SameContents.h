@@ -14,7 +14,11 @@
 /// identities, fields in their order, values bit for bit, and which fields share an object.
 class ContentsComparison {
 public:
-  ContentsComparison(const gsl_RecordReader& a, const gsl_RecordReader& b) : m_a(a), m_b(b) {}
+  /// Which of the fields that share an object holds it, and which refer to it.
+  enum class Holders { Same, Any };
+
+  ContentsComparison(const gsl_RecordReader& a, const gsl_RecordReader& b, Holders holders)
+      : m_a(a), m_b(b), m_holders(holders) {}
 
   [[nodiscard]] bool AreSame() {
     if (m_a.RootCount() != m_b.RootCount()) return false;
@@ -69,8 +73,22 @@ private:
            std::equal(d.begin(), d.end(), e.begin(), e.end(), SameBits);
   }
 
+  [[nodiscard]] static bool IsShared(const gsl_RecordField& field) {
+    return field.kind == gsl_RecordKind::Object || field.kind == gsl_RecordKind::Reference;
+  }
+
+  /// Whether the objects are those that were seen together before, or both are new.
+  [[nodiscard]] bool SameObject(const gsl_RecordField& f, const gsl_RecordField& g) {
+    const auto [inB, isNew] = m_inB.emplace(f.object, g.object);
+    const auto [inA, isNewToo] = m_inA.emplace(g.object, f.object);
+    if (isNew && isNewToo) m_waiting.emplace_back(f.link, g.link);
+    return isNew == isNewToo && inB->second == g.object && inA->second == f.object;
+  }
+
   [[nodiscard]] bool SameField(const gsl_RecordField& f, const gsl_RecordField& g) {
-    if (f.name != g.name || f.index != g.index || f.kind != g.kind) return false;
+    if (f.name != g.name || f.index != g.index) return false;
+    if (m_holders == Holders::Any && IsShared(f) && IsShared(g)) return SameObject(f, g);
+    if (f.kind != g.kind) return false;
     switch (f.kind) {
     case gsl_RecordKind::Integer:
       return f.integer == g.integer;
@@ -98,6 +116,7 @@ private:
 
   const gsl_RecordReader& m_a;
   const gsl_RecordReader& m_b;
+  const Holders m_holders;
   std::vector<std::pair<gsl_RecordIndex, gsl_RecordIndex>> m_waiting;
   std::vector<std::pair<std::uint32_t, std::uint32_t>> m_references;
   /// The number that an object has in the other reader.
@@ -105,7 +124,13 @@ private:
 };
 
 [[nodiscard]] inline bool SameContents(const gsl_RecordReader& a, const gsl_RecordReader& b) {
-  return ContentsComparison(a, b).AreSame();
+  return ContentsComparison(a, b, ContentsComparison::Holders::Same).AreSame();
+}
+
+/// As SameContents, whichever field holds a shared object: a store keeps records that are equal but
+/// for this once.
+[[nodiscard]] inline bool SameObjects(const gsl_RecordReader& a, const gsl_RecordReader& b) {
+  return ContentsComparison(a, b, ContentsComparison::Holders::Any).AreSame();
 }
 
 #endif
