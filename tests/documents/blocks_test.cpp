@@ -1,6 +1,7 @@
 // The blocks of the documents, each with what it needs before it and what it promises after it.
 
 #include "TemporaryFolder.h"
+#include "cls_RecordException.h"
 #include "gsl_Batch.h"
 #include "gsl_FloatingPoint.h"
 #include "gsl_Matrix.h"
@@ -154,18 +155,74 @@ TEST(DocumentBlocks, NamesOfRecords) {
   EXPECT_EQ(loaded.FindRoot("axis"), 0u);
 }
 
-TEST(DocumentBlocks, OldNameOfAField) {
+namespace first_version {
+#include BLOCK(records_4)
+} // namespace first_version
+
+namespace second_version {
+#include BLOCK(records_5)
+} // namespace second_version
+
+/// Saves the object in a file and in a database, and reads it from each as an object of the class
+/// `Read`.
+template <class Read, class Written>
+std::vector<Read> ReadAs(const Written& object) {
+  const InAFolder folder;
   gsl_RecordStore store;
   {
     cls_Save save(store);
-    const cls_WriteVisitor old(save);
-    old.StartWrite(0x7F000001u, cls_Uid::AllocateUid());
-    old.WriteDouble({-1, "w"}, 2.5);
+    object.DBWrite(cls_WriteVisitor(save, "bolt"));
   }
-  cls_Load load(store);
-  const cls_ReadVisitor visitor(load, 0);
-#include BLOCK(records_4)
-  EXPECT_EQ(value, 2.5);
+  gsl_SaveRecords(store, "bolt.gslr");
+  const gsl_RecordStore loaded = gsl_LoadRecords("bolt.gslr");
+  cls_Load load(loaded);
+  gsl_model::Model model("bolt.gslm");
+  model.Write([&](gsl_model::Transaction& t) { t.Put("bolt", object); });
+  std::vector<Read> read;
+  read.push_back(Read(cls_ReadVisitor(load, "bolt")));
+  read.push_back(model.Get<Read>("bolt"));
+  for (const Read& each : read)
+    EXPECT_TRUE(each.uid == object.uid);
+  return read;
+}
+
+TEST(DocumentBlocks, OldProgramReadsWhatANewerOneWrote) {
+  second_version::Bolt bolt;
+  bolt.width = 2.5;
+  bolt.material = "brass";
+  for (const first_version::Bolt& read : ReadAs<first_version::Bolt>(bolt)) {
+    EXPECT_EQ(read.width, 2.5);
+    EXPECT_EQ(read.turns, 0);
+  }
+  for (const second_version::Bolt& read : ReadAs<second_version::Bolt>(bolt)) {
+    EXPECT_EQ(read.width, 2.5);
+    EXPECT_EQ(read.material, "brass");
+  }
+}
+
+TEST(DocumentBlocks, NewProgramReadsWhatAnOlderOneWrote) {
+  first_version::Bolt bolt;
+  bolt.width = 2.5;
+  bolt.turns = 7;
+  for (const second_version::Bolt& read : ReadAs<second_version::Bolt>(bolt)) {
+    EXPECT_EQ(read.width, 2.5);
+    EXPECT_EQ(read.material, "steel");
+  }
+  for (const first_version::Bolt& read : ReadAs<first_version::Bolt>(bolt)) {
+    EXPECT_EQ(read.width, 2.5);
+    EXPECT_EQ(read.turns, 7);
+  }
+}
+
+TEST(DocumentBlocks, FieldOfAnotherKindIsRefused) {
+  struct Changed {
+    cls_Uid uid = cls_Uid::AllocateUid();
+    void DBWrite(const cls_WriteVisitor& visitor) const {
+      visitor.StartWrite(first_version::Bolt::kTypeId, uid);
+      visitor.WriteString({-1, "turns"}, "seven");
+    }
+  };
+  EXPECT_THROW(ReadAs<first_version::Bolt>(Changed()), cls_RecordException);
 }
 
 } // namespace
