@@ -269,8 +269,17 @@ void Database::RollBack() noexcept {
   sqlite3_reset(m_rollBack.get());
 }
 
+/// The error of the system, 0 where it is not known. A commit leaves it with the file alone.
+int Database::SystemError() const {
+  int error = sqlite3_system_errno(Connection());
+  if (error == 0 && m_isOpen) {
+    sqlite3_file_control(Connection(), "main", SQLITE_FCNTL_LAST_ERRNO, &error);
+  }
+  return error;
+}
+
 std::string Database::ReasonOf(int code) const {
-  const int error = sqlite3_system_errno(Connection());
+  const int error = SystemError();
   const std::string system = error != 0 ? std::strerror(error) : sqlite3_errmsg(Connection());
   switch (code & 0xFF) {
   case SQLITE_BUSY:

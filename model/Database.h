@@ -91,6 +91,7 @@ private:
 
   void CheckPath(Access access) const;
   void CheckHeader(Access access) const;
+  int SystemError() const;
   std::string ReasonOf(int code) const;
 
   std::string m_path;

@@ -11,6 +11,10 @@
 #include <string>
 #include <vector>
 
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
 namespace {
 
 using namespace tool_run;
@@ -186,6 +190,83 @@ TEST_F(GslModel, DamagedDatabaseIsRefusedByEveryCommand) {
                 database + ": the root \"part\" is damaged: the checksum of its class 5242881 does "
                            "not match");
   }
+}
+
+namespace {
+
+/// Runs the program with `arguments` as somebody who has no right to look into files of others.
+Outcome ModelWithoutRights(const std::string& arguments) {
+  const std::string rights = "-dac_override,-dac_read_search";
+  const std::string before = "if [ $(id -u) = 0 ]; then MODEL=\"setpriv --bounding-set=" + rights +
+                             " --inh-caps=" + rights + " $MODEL\"; fi; ";
+  return Shell(before + "$MODEL " + arguments);
+}
+
+} // namespace
+
+TEST_F(GslModel, MissingRightsAreNamedAndTheDatabaseStays) {
+  const std::string database = m_folder.Path("part.gslm");
+  ASSERT_EQ(Model(m_part + " convert " + database).status, 0);
+  const std::string bytes = BytesOf(database);
+  chmod(database.c_str(), 0);
+  ExpectError(ModelWithoutRights(database + " list"), 3,
+              database + ": cannot open: Permission denied");
+  chmod(database.c_str(), 0444);
+  const std::string inside = m_folder.Path("");
+  chmod(inside.c_str(), 0555);
+  EXPECT_EQ(ModelWithoutRights(database + " check").out,
+            database + ": no problem; 2 roots, 7 records\n");
+  ExpectError(ModelWithoutRights(m_part + " convert " + m_folder.Path("new.gslm")), 4,
+              m_folder.Path("new.gslm") + ": cannot be written: Permission denied");
+  ExpectError(ModelWithoutRights(m_part + " convert --force " + database), 4,
+              database + ": cannot be written: Permission denied");
+  chmod(inside.c_str(), 0755);
+  EXPECT_EQ(BytesOf(database), bytes);
+  EXPECT_EQ(m_folder.Names(), (std::vector<std::string>{"part.gslm", "part.gslr"}));
+}
+
+TEST_F(GslModel, FullDiskLeavesTheOldDatabase) {
+  const std::string database = m_folder.Path("part.gslm");
+  ASSERT_EQ(Model(m_part + " convert " + database).status, 0);
+  const std::string bytes = BytesOf(database);
+  const std::string other = Save("other.gslr", EveryKind(2.0));
+  // Nothing, the first pages, and all but the last ones.
+  for (const char* blocks : {"0", "20", "80"}) {
+    const Outcome full = Shell("( ulimit -f " + std::string(blocks) + "; $MODEL " + other +
+                               " convert --force " + database + "; echo status $? ) 2>&1 | cat");
+    EXPECT_EQ(full.out,
+              "gsl-model: " + database + ": cannot be written: File too large\nstatus 4\n")
+        << blocks;
+    EXPECT_EQ(BytesOf(database), bytes);
+    EXPECT_EQ(m_folder.Names(), (std::vector<std::string>{"other.gslr", "part.gslm", "part.gslr"}));
+  }
+}
+
+TEST_F(GslModel, LockedDatabaseIsNamedAfterAWhile) {
+  const std::string database = m_folder.Path("part.gslm");
+  ASSERT_EQ(Model(m_part + " convert " + database).status, 0);
+  const std::string bytes = BytesOf(database);
+  // A writer that is writing its changes has these locks, as the format of the file says.
+  struct flock lock = {};
+  lock.l_type = F_WRLCK;
+  lock.l_whence = SEEK_SET;
+  lock.l_start = 0x40000000;
+  lock.l_len = 512;
+  const int file = open(database.c_str(), O_RDWR);
+  ASSERT_EQ(fcntl(file, F_SETLK, &lock), 0);
+  ExpectError(Model(database + " list"), 3,
+              database + ": is locked: another program is writing to it");
+  close(file);
+  EXPECT_EQ(Model(database + " list").status, 0);
+  EXPECT_EQ(BytesOf(database), bytes);
+}
+
+TEST_F(GslModel, GoldenFilesOfBothFormsAreEqual) {
+  const std::string records = GSL_GOLDEN_RECORDS "/every_kind.gslr";
+  const std::string model = GSL_GOLDEN_MODELS "/every_kind.gslm";
+  EXPECT_EQ(Model(model + " check").out, model + ": no problem; 2 roots, 7 records\n");
+  const Outcome run = Model(model + " diff " + records);
+  EXPECT_EQ(run.status, 0) << run.out << run.err;
 }
 
 #endif
