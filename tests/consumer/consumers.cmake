@@ -32,6 +32,14 @@ if(TARGET gsl::sweep)
   add_test(NAME sweep_consumer COMMAND sweep_consumer)
 endif()
 
+# The database needs SQLite where gsl_geometry is built, and not here.
+if(TARGET gsl::model)
+  add_executable(model_consumer ${here}/model_consumer.cpp)
+  target_link_libraries(model_consumer PRIVATE gsl::model)
+  add_host_code_flags(model_consumer)
+  add_test(NAME model_consumer COMMAND model_consumer)
+endif()
+
 # An external host has another name, and no store of records.
 get_target_property(host_type gsl::host TYPE)
 if(host_type STREQUAL "SHARED_LIBRARY")
