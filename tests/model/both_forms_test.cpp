@@ -188,7 +188,15 @@ class ArraysInBothForms : public BothForms {};
 
 using Entries = testing::Types<gsl_Dot, gsl_Plane, gsl_StLine>;
 
-TYPED_TEST_SUITE(ArraysInBothForms, Entries);
+struct NamesOfEntries {
+  template <class C>
+  static std::string GetName(int i) {
+    static const char* const names[] = {"DatumPoints", "Planes", "Axes"};
+    return names[i];
+  }
+};
+
+TYPED_TEST_SUITE(ArraysInBothForms, Entries, NamesOfEntries);
 
 TYPED_TEST(ArraysInBothForms, AreRestored) {
   const std::vector<TypeParam> objects = AnyObjects<TypeParam>(this->m_random);
@@ -221,7 +229,15 @@ class ListsInBothForms : public BothForms {};
 
 using Elements = testing::Types<gsl_Point, gsl_ModelSegment>;
 
-TYPED_TEST_SUITE(ListsInBothForms, Elements);
+struct NamesOfElements {
+  template <class C>
+  static std::string GetName(int i) {
+    static const char* const names[] = {"Points", "ModelSegments"};
+    return names[i];
+  }
+};
+
+TYPED_TEST_SUITE(ListsInBothForms, Elements, NamesOfElements);
 
 TYPED_TEST(ListsInBothForms, AreRestored) {
   const std::vector<TypeParam> objects = AnyObjects<TypeParam>(this->m_random);

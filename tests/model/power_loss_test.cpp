@@ -72,7 +72,7 @@ std::string MessageOfChange(Model& model, std::uint64_t state) {
 /// How often a test is repeated: GSL_POWER_LOSSES=500 is the number that the documents give.
 int Losses() {
   const char* const asked = std::getenv("GSL_POWER_LOSSES");
-  return asked != nullptr ? std::atoi(asked) : static_cast<int>(Scaled(80)) + 20;
+  return asked != nullptr ? std::atoi(asked) : static_cast<int>(Scaled(60)) + 60;
 }
 
 /// Several changes of a new model, each promised when it is written.
