@@ -1,3 +1,4 @@
+#include "ChildProcess.h"
 #include "FileEvents.h"
 #include "PowerLoss.h"
 #include "SameContents.h"
@@ -205,6 +206,46 @@ TEST(GslModelPowerLoss, CallThatFailsLeavesTheOldModelAndOneLine) {
       EXPECT_GT(calls, 20);
     }
   }
+}
+
+TEST(GslModelPowerLoss, WriterKilledBeforeEachCallLeavesACommittedModel) {
+  constexpr int kChanges = 3;
+  std::vector<Reader> states;
+  {
+    const TemporaryFolder folder;
+    Model model(folder.Path("model.gslm"));
+    states.push_back(model.ReadAll());
+    for (int state = 1; state <= kChanges; ++state) {
+      ASSERT_EQ(MessageOfChange(model, static_cast<std::uint64_t>(state)), "written");
+      states.push_back(model.ReadAll());
+    }
+  }
+  int status = -1;
+  int kills = 0;
+  for (; status != 0; ++kills) {
+    const TemporaryFolder folder;
+    const std::string path = folder.Path("model.gslm");
+    const SharedNumber created;
+    const SharedNumber committed;
+    status = StatusInChild([&] {
+      FileEvents events(folder.Path(""));
+      events.FailAt(kills, FileEvents::kKill, false);
+      Model model(path);
+      created.Set(1);
+      for (int state = 1; state <= kChanges; ++state) {
+        if (MessageOfChange(model, static_cast<std::uint64_t>(state)) != "written") return 1;
+        committed.Set(state);
+      }
+      return 0;
+    });
+    const Access access = created.Get() == 0 ? Access::Create : Access::Read;
+    const Reader read = Model(path, access, kNoPatience).ReadAll();
+    const auto promised = static_cast<std::size_t>(committed.Get());
+    EXPECT_TRUE(SameContents(*read, *states[promised]) ||
+                (promised < kChanges && SameContents(*read, *states[promised + 1])))
+        << kills;
+  }
+  EXPECT_GT(kills, 60);
 }
 
 namespace {

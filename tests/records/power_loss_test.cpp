@@ -1,3 +1,4 @@
+#include "ChildProcess.h"
 #include "FileEvents.h"
 #include "PowerLoss.h"
 #include "Records.h"
@@ -13,6 +14,8 @@
 #include <random>
 #include <string>
 #include <vector>
+
+#include <unistd.h>
 
 namespace {
 
@@ -110,4 +113,29 @@ TEST(GslRecordFilePowerLoss, CallThatFailsLeavesTheOldFileAndOneLine) {
       EXPECT_EQ(calls, 9);
     }
   }
+}
+
+TEST(GslRecordFilePowerLoss, WriterKilledBeforeEachCallLeavesAWholeFile) {
+  int status = -1;
+  int kills = 0;
+  for (; status != 0; ++kills) {
+    const TemporaryFolder folder;
+    const std::string path = folder.Path("model.gslr");
+    const SharedNumber saved;
+    status = StatusInChild([&] {
+      FileEvents events(folder.Path(""));
+      events.FailAt(kills, FileEvents::kKill, false);
+      for (int state = 1; state <= 3; ++state) {
+        gsl_SaveRecords(StateOf(static_cast<std::uint64_t>(state)), path);
+        saved.Set(state);
+      }
+      return 0;
+    });
+    const auto promised = static_cast<std::uint64_t>(saved.Get());
+    if (promised == kNothing && access(path.c_str(), F_OK) != 0) continue;
+    const gsl_RecordStore read = gsl_LoadRecords(path);
+    EXPECT_TRUE(SameRecords(read, StateOf(promised)) || SameRecords(read, StateOf(promised + 1)))
+        << kills;
+  }
+  EXPECT_EQ(kills, 3 * 9 + 1);
 }

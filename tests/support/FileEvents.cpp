@@ -1,6 +1,7 @@
 #include "FileEvents.h"
 
 #include <cerrno>
+#include <csignal>
 #include <cstdarg>
 #include <cstdlib>
 #include <cstring>
@@ -56,6 +57,7 @@ void FileEvents::FailAt(long call, int error, bool isLasting) {
 bool FileEvents::Fails() {
   const long call = m_calls++;
   const bool fails = m_failAt >= 0 && (call == m_failAt || (m_isLasting && call > m_failAt));
+  if (fails && m_error == kKill) kill(getpid(), SIGKILL);
   if (fails) errno = m_error;
   return fails;
 }

@@ -43,6 +43,9 @@ public:
   void Mark(std::uint64_t state);
   const std::vector<FileEvent>& All() const { return m_events; }
 
+  /// In place of an error: the process is killed before the call.
+  static constexpr int kKill = -1;
+
   /// From now on the call number `call` (from 0) that changes a file or makes changes lasting fails
   /// with that error, and every later one too where `isLasting`.
   void FailAt(long call, int error, bool isLasting);
