@@ -117,4 +117,28 @@ TEST(BigNatural, SumsOfNumbersFarApartGoBack) {
   }
 }
 
+TEST(BigNatural, TopExponentIsAboveTheHighestBit) {
+  EXPECT_EQ(BigNatural(1.0).TopExponent(), 1);
+  EXPECT_EQ(BigNatural(0.75, 3).TopExponent(), 3);
+  EXPECT_EQ(BigNatural(1.0, 320).TopExponent(), 321);
+  EXPECT_EQ(BigNatural::Difference(BigNatural(1.0, 320), BigNatural(1.0)).TopExponent(), 320);
+  EXPECT_EQ(BigNatural(6.0).Fraction().hi, 0.75);
+  EXPECT_EQ(BigNatural(6.0).Fraction().lo, 0.0);
+}
+
+TEST(BigNatural, LeadingKeepsTheHighestBitsAndNotManyMore) {
+  for (int bits = 2; bits <= 128; ++bits) {
+    for (int offset = 0; offset < 32; ++offset) {
+      SCOPED_TRACE(testing::Message() << bits << " bits, offset " << offset);
+      // The lowest bit decides where limbs begin. The bit above it is farther down than a whole
+      // limb below the last bit that must stay.
+      const BigNatural kept = BigNatural::Plus(BigNatural(1.0), BigNatural(1.0, 1 - bits));
+      const BigNatural dropped =
+          BigNatural::Plus(BigNatural(1.0, -bits - 62), BigNatural(1.0, -400 - offset));
+      ExpectSame(BigNatural::Plus(kept, dropped).Leading(bits), kept);
+    }
+  }
+  ExpectSame(BigNatural(1.0).Leading(108), BigNatural(1.0));
+}
+
 } // namespace

@@ -32,6 +32,7 @@ TEST(BigNumber, SignsFollowTheRulesOfArithmetic) {
 
 TEST(BigNumber, ComparesBySignAndMagnitude) {
   EXPECT_EQ(BigNumber::Compare(Big(-1.0), Big(1.0)), -1);
+  EXPECT_EQ(BigNumber::Compare(Big(1.0), Big(-1.0)), 1);
   EXPECT_EQ(BigNumber::Compare(Big(-1.0), Big(-2.0)), 1);
   EXPECT_EQ(BigNumber::Compare(Big(2.0), Big(1.0)), 1);
   EXPECT_EQ(BigNumber::Compare(Big(0.0), Big(-0.0)), 0);
@@ -48,6 +49,7 @@ TEST(Surd, SignsAreExactWhereTermsCancel) {
   EXPECT_EQ(Surd(Big(0.0), Big(-1.0), Big(2.0), Big(1.0)).Sign(), -1);
   EXPECT_EQ(Surd(Big(0.0), Big(0.0), Big(2.0), Big(1.0)).Sign(), 0);
   EXPECT_EQ(Surd(Big(-1.0), Big(5.0), Big(0.0), Big(1.0)).Sign(), -1);
+  EXPECT_EQ(Surd(Big(0.0), Big(5.0), Big(0.0), Big(1.0)).Sign(), 0);
   EXPECT_EQ(Surd(Big(1.0), Big(5.0), Big(2.0), Big(1.0)).Sign(), 1);
 }
 
@@ -66,6 +68,7 @@ TEST(Surd, RoundsWithinItsBound) {
   EXPECT_EQ(Surd(Big(0.0), Big(0.0), Big(2.0), Big(1.0)).Rounded().hi, 0.0);
   EXPECT_EQ(Surd(Big(-3.0), Big(1.0), Big(9.0), Big(7.0)).Rounded().hi, 0.0);
   ExpectRounded(Big(1.0), Big(0.0), Big(0.0), Big(3.0));
+  ExpectRounded(Big(1.0), Big(5.0), Big(0.0), Big(3.0));
   ExpectRounded(Big(0x1p200), Big(-1.0), Big(0x1p400) - Big(1.0), Big(1.0)); // 2^-201
   ExpectRounded(Big(1.0), Big(-1.0), Big(1.0) - Big(0x1p-120), Big(0x1p-70));
   ExpectRounded(Big(-0x1p-300), Big(1.0), Big(0x1p-600) + Big(0x1p-800), Big(3.0));
@@ -83,6 +86,14 @@ TEST(Surd, RoundsWithinItsBound) {
     ExpectRounded(whole, factor, radicand, divisor);
     // The terms cancel all but a little.
     ExpectRounded(whole, Big(1.0), whole * whole + Big(0x1p-130) * radicand, divisor);
+  }
+}
+
+TEST(Surd, RadicandsBeyondTheRangeOfDoubleAreRounded) {
+  // root(3 * 2^3600) / 2^1800 and root(3 * 2^-3600) / 2^-1800.
+  for (const double scale : {0x1p900, 0x1p-900}) {
+    const BigNumber square = Big(scale) * Big(scale);
+    ExpectRounded(Big(0.0), Big(1.0), Big(3.0) * square * square, square);
   }
 }
 

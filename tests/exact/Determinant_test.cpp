@@ -106,4 +106,12 @@ TEST(Determinant, ExactAtTheLimitsOfTheRange) {
   EXPECT_EQ(DeterminantSign(FromOrigin(a), FromOrigin(b), FromOrigin(c)), -1);
 }
 
+TEST(Estimate, IsCertainOnlyBeyondItsBound) {
+  EXPECT_FALSE((Estimate{1.0, 1.0}.IsCertain()));
+  EXPECT_FALSE((Estimate{-1.0, 1.0}.IsCertain()));
+  EXPECT_TRUE((Estimate{numbers::Above(1.0), 1.0}.IsCertain()));
+  EXPECT_TRUE((Estimate{-numbers::Above(1.0), 1.0}.IsCertain()));
+  EXPECT_TRUE((Estimate{0.0, 0.0}.IsCertain()));
+}
+
 } // namespace

@@ -99,4 +99,30 @@ TEST(ExactArithmetic, QuotientSurvivesTinyDivisors) {
   EXPECT_EQ(Over(a, b).hi, 1.5);
 }
 
+TEST(ExactArithmetic, QuotientSurvivesTinyDividends) {
+  // Both terms are scaled alike, so the error terms of a tiny dividend must not be lost.
+  const DoubleDouble expected = Over({1.4375, 0.0}, {3.0, 0.0});
+  const DoubleDouble quotient = Over({0x1.7p-1000, 0.0}, {0x1.8p-999, 0.0});
+  EXPECT_EQ(quotient.hi, expected.hi);
+  EXPECT_EQ(quotient.lo, expected.lo);
+  EXPECT_NE(quotient.lo, 0.0);
+}
+
+TEST(ExactArithmetic, ScaledExpansionsKeepEveryBit) {
+  const unsigned seed = 7;
+  SCOPED_TRACE(testing::Message() << "seed " << seed);
+  std::mt19937_64 random(seed);
+  for (int round = 0; round < 20000; ++round) {
+    // Two components of 53 bits and a factor of 20: every bit of the product is in 128.
+    const auto low =
+        static_cast<double>(static_cast<std::int64_t>(random() >> 11) - (std::int64_t{1} << 52));
+    const auto high = static_cast<double>(random() >> 11) * 0x1p53;
+    const auto factor = static_cast<double>(random() >> 44);
+    const Expansion<2> a = Expand(TwoSum(high, low));
+    const Expansion<4> product = Scaled(a, factor);
+    EXPECT_TRUE(Total(product) == Total(a) * static_cast<Wide>(factor));
+    EXPECT_TRUE(IsWellFormed(product));
+  }
+}
+
 } // namespace

@@ -216,4 +216,22 @@ TEST(ExactRatio, LengthsAgreeWithWholeNumbers) {
     EXPECT_GT(count, 3000);
 }
 
+TEST(ExactRatio, TheRoundedQuotientHasTwiceThePrecision) {
+  const ExactRatio third = Ratio(Of(0x1p60, 2.0), Of(3.0)); // (2^60 + 2) / 3 is a whole number
+  EXPECT_EQ(third.rounded.hi + third.rounded.lo, 384307168202282326.0);
+  const DoubleDouble rest = Plus(Times(third.rounded, {3.0, 0.0}), {-0x1p60, -2.0});
+  EXPECT_LT(std::fabs(rest.hi), 0x1p-30);
+  EXPECT_EQ(Ratio(Of(0.0), Of(3.0)).rounded.hi, 0.0);
+}
+
+TEST(ExactRatio, SubnormalComponentsCountInFull) {
+  // Below 2^-1022 the leading bit of a double is not implied.
+  const double least = 0x1p-1074;
+  ExpectOrder(Ratio(Of(3.0 * least), Of(least)), Ratio(Of(3.0), Of(1.0)), 0);
+  ExpectOrder(Ratio(Of(1.0, 3.0 * least), Of(1.0)), Ratio(Of(1.0, 2.0 * least), Of(1.0)), 1);
+  ExpectOrder(Ratio(Of(0x1p-1022, least), Of(1.0)), Ratio(Of(0x1p-1022, -least), Of(1.0)), 1);
+  ExpectOrder(Ratio(Of(0x1p-1022), Of(least)), Ratio(Of(0x1p52), Of(1.0)), 0);
+  ExpectOrder(Ratio(Of(0x1p-1021), Of(0x1p-1022)), Ratio(Of(2.0), Of(1.0)), 0);
+}
+
 } // namespace
