@@ -255,6 +255,8 @@ class Equivalent(unittest.TestCase):
     def test_entries_have_a_reason(self):
         self.assertEqual(len(self.read(EQUIVALENT)), 2)
         self.assertEqual(self.read("# Nothing.\n"), {})
+        self.assertEqual(self.read("file: a\nfunction: F\nwas: x\nnow: y\nnow: z:0\nwhy: w\n"),
+                         {("a", "F", "x", "y"): "w", ("a", "F", "x", "z:0"): "w"})
         with self.assertRaisesRegex(tree.Failed, "file, function, was, now, why"):
             self.read("file: a\nfunction: F\nwas: x\nnow: y\nwhy:\n")
         with self.assertRaisesRegex(tree.Failed, "file, function, was, now, why"):
@@ -272,7 +274,7 @@ class Whole(unittest.TestCase):
                            "other.cpp": "int main() {}\n", "equivalent.txt": EQUIVALENT}.items():
             (cls.root / name).parent.mkdir(exist_ok=True)
             (cls.root / name).write_text(text)
-        cls.layout = main.Layout(cls.root, cls.root / "build/mutants", cls.root / "equivalent.txt", ["src/"], [],
+        cls.layout = main.Layout(cls.root, cls.root / "build/mutants", cls.root / "equivalent.txt", ["src/"], ["src/"], [],
                                  {"src/": ["sample_tests"]}, [])
         cls.status, cls.said = cls.mutate("src/sample.cpp", "--at-least", "98")
 

@@ -133,12 +133,13 @@ TEST(KernelMatrix, RotationHasTheBitsOfTheThreeProducts) {
 TEST(KernelMatrix, InverseTurnsBackWhatTheMatrixTurns) {
   // A quarter turn about Z, then a translation by (10, 20, 30).
   const Matrix4 m = {{0, -1, 0, 10}, {1, 0, 0, 20}, {0, 0, 1, 30}, {0, 0, 0, 1}};
-  Matrix4 inverse;
+  Matrix4 inverse = {{7, 7, 7, 7}, {7, 7, 7, 7}, {7, 7, 7, 7}, {7, 7, 7, 7}};
   gsl_kernel::InverseRigid(m, inverse);
   EXPECT_XYZ(gsl_kernel::TransformPoint(inverse, {10.0, 20.0, 30.0}), 0.0, 0.0, 0.0);
   EXPECT_XYZ(gsl_kernel::TransformPoint(inverse, {8.0, 21.0, 33.0}), 1.0, 2.0, 3.0);
   EXPECT_EQ(inverse[3][3], 1.0);
-  EXPECT_EQ(inverse[3][0], 0.0);
+  for (int c = 0; c < 3; ++c)
+    EXPECT_EQ(inverse[3][c], 0.0) << c;
 }
 
 } // namespace
