@@ -234,17 +234,19 @@ TEST(ExactRatio, SubnormalComponentsCountInFull) {
   ExpectOrder(Ratio(Of(0x1p-1021), Of(0x1p-1022)), Ratio(Of(2.0), Of(1.0)), 0);
 }
 
+/// Returns x * y + more. Requires numbers whose bits do not overlap.
+Expansion<192> ProductOf(double x, double y, double more) {
+  const DoubleDouble exact = TwoProduct(x, y);
+  Expansion<192> result;
+  result.Append(more);
+  result.Append(exact.lo);
+  result.Append(exact.hi);
+  return result;
+}
+
 TEST(ExactRatio, RoundedValuesDoNotDecideBelowTheirError) {
   // b = (p r + tiny) / (q r) is above a = p / q by far less than the error of the rounded
   // quotients, which may be in either order.
-  const auto product = [](double x, double y, double more) {
-    const DoubleDouble exact = TwoProduct(x, y);
-    Expansion<192> result;
-    result.Append(more);
-    result.Append(exact.lo);
-    result.Append(exact.hi);
-    return result;
-  };
   RandomNumbers random(17);
   int misleading = 0;
   for (int round = 0; round < 4000; ++round) {
@@ -253,7 +255,7 @@ TEST(ExactRatio, RoundedValuesDoNotDecideBelowTheirError) {
     const double q = random.In(1.0, 2.0);
     const double r = random.In(1.0, 2.0);
     const ExactRatio a = Ratio(Of(p), Of(q));
-    const ExactRatio b = Ratio(product(p, r, scale * 0x1p-160), product(q, r, 0.0));
+    const ExactRatio b = Ratio(ProductOf(p, r, scale * 0x1p-160), ProductOf(q, r, 0.0));
     misleading += Plus(b.rounded, Minus(a.rounded)).hi < 0.0 ? 1 : 0;
     ExpectOrder(a, b, -1);
   }
