@@ -173,7 +173,7 @@ def table(layout, made, chosen, states):
             row, total, *(count[state] for state in STATES), count["skipped"]))
     reasons = sorted((count["skipped"], row[1]) for row, count in counts.items() if isinstance(row, tuple))
     if reasons:
-        lines.append("skipped: " + ", ".join(f"{count} {reason}" for count, reason in reversed(reasons)))
+        lines.append("not changed: " + ", ".join(f"{count} {reason}" for count, reason in reversed(reasons)))
     return lines
 
 
