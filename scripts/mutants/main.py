@@ -217,9 +217,12 @@ class Session:
         """Builds the mutants, and finds the tests that reach each of them."""
         self.made.configure()
         chosen = select(self.made, self.layout, self.wanted)
-        for name, found in self.made.found.items():
-            if found.errors:
-                raise Failed(f"{name} cannot be read alone:\n{found.errors}")
+        unread = {name: found.errors for name, found in self.made.found.items() if found.errors}
+        for name, errors in unread.items():
+            self.say(f"left out: {name} cannot be read alone: {errors.strip().splitlines()[0]}")
+        chosen = [item for item in chosen if item[0].file not in unread]
+        if not chosen:
+            raise Failed("there is no mutant to run")
         programs = self.layout.programs_for([mutant.file for mutant, _ in chosen])
         self.say(f"{len(chosen)} mutants; building {', '.join(programs)}")
         chosen = self.made.make(chosen, programs)
