@@ -2,6 +2,7 @@
 #define GSL_SWEEP_CLEARANCE_FLOOR_H
 
 #include "ClearancePair.h"
+#include "FineVector.h"
 
 namespace gsl_sweep {
 
@@ -27,34 +28,50 @@ public:
   /// travel that is not less when it is rounded. May return false in any case.
   template <std::size_t kMoving, std::size_t kFixed>
   bool IsNotBefore(const Coord3 (&moving)[kMoving], const Coord3 (&fixed)[kFixed]) const {
-    if (!m_isSet) return false;
-    DoubleDouble most = Along(moving[0]);
-    for (const Coord3& p : moving)
-      most = Greater(most, Along(p));
-    DoubleDouble least = Minus(Along(fixed[0]));
-    for (const Coord3& p : fixed)
-      least = Greater(least, Minus(Along(p)));
-    return IsWide(Minus(Plus(least, most)));
+    return m_isSet && IsWide(Minus(Plus(Greatest(fixed, -1.0), Greatest(moving, 1.0))));
   }
+
+  /// Return true when the plane holds a triangle, of the moving or of a fixed body, on its own side
+  /// as far as it holds the triangle of the contact. No pair of which it holds both has a lesser
+  /// travel when it is rounded.
+  bool HoldsMoving(const Coord3 (&corners)[3]) const {
+    return m_holds && !IsLess(m_mostMoving, Greatest(corners, 1.0));
+  }
+  bool HoldsFixed(const Coord3 (&corners)[3]) const {
+    return m_holds && !IsLess(m_mostFixed, Greatest(corners, -1.0));
+  }
+  /// Returns true when the plane may hold triangles.
+  bool Holds() const { return m_holds; }
 
   /// Returns the sides of the plane: bit k is set where the normal's component is positive.
   unsigned Signs() const {
-    return static_cast<unsigned>(m_normal.x > 0.0) | static_cast<unsigned>(m_normal.y > 0.0) << 1 |
-           static_cast<unsigned>(m_normal.z > 0.0) << 2;
+    const Coord3 n = RoundedOf(m_normal);
+    return static_cast<unsigned>(n.x > 0.0) | static_cast<unsigned>(n.y > 0.0) << 1 |
+           static_cast<unsigned>(n.z > 0.0) << 2;
   }
 
 private:
-  static DoubleDouble Greater(const DoubleDouble& a, const DoubleDouble& b) {
-    return a.hi > b.hi || (a.hi == b.hi && a.lo > b.lo) ? a : b;
+  /// Returns the greatest extent of corners along the normal, or against it.
+  template <std::size_t kCount>
+  DoubleDouble Greatest(const Coord3 (&corners)[kCount], double sign) const {
+    DoubleDouble most{};
+    for (std::size_t k = 0; k < kCount; ++k) {
+      DoubleDouble along = FineDot(m_normal, corners[k]);
+      if (sign < 0.0) along = Minus(along);
+      if (k == 0 || IsLess(most, along)) most = along;
+    }
+    return most;
   }
-  DoubleDouble Along(const Coord3& p) const;
   bool IsWide(const DoubleDouble& gap) const;
 
   const TravelDirection& m_direction;
   double m_clearance;
   bool m_isSet = false;
-  Coord3 m_normal{0.0, 0.0, 0.0};
+  bool m_holds = false;
+  FineVector m_normal;
   DoubleDouble m_least; ///< the gap along the normal that closes at the best travel
+  /// The extents of the triangles of the contact: along the normal, and against it.
+  DoubleDouble m_mostMoving, m_mostFixed;
 };
 
 } // namespace gsl_sweep

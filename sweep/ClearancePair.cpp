@@ -1,6 +1,7 @@
 #include "ClearancePair.h"
 
 #include "BigNumber.h"
+#include "FineVector.h"
 #include "Scene.h"
 
 #include "gsl_Arithmetic.h"
@@ -184,32 +185,6 @@ private:
   double m_ofMoving[3], m_ofFixed[3], m_speed = 0.0;
 };
 
-/// A vector whose components have twice the precision.
-struct FineVector {
-  DoubleDouble x, y, z;
-};
-
-FineVector FineDifference(const Coord3& a, const Coord3& b) {
-  return {TwoDifference(a.x, b.x), TwoDifference(a.y, b.y), TwoDifference(a.z, b.z)};
-}
-DoubleDouble FineDot(const FineVector& a, const FineVector& b) {
-  return Plus(Plus(Times(a.x, b.x), Times(a.y, b.y)), Times(a.z, b.z));
-}
-DoubleDouble FineDot(const FineVector& a, const Coord3& b) {
-  return FineDot(a, {{b.x, 0.0}, {b.y, 0.0}, {b.z, 0.0}});
-}
-FineVector FineCross(const FineVector& a, const FineVector& b) {
-  const auto minor = [](const DoubleDouble& p, const DoubleDouble& q, const DoubleDouble& r,
-                        const DoubleDouble& s) { return Plus(Times(p, q), Minus(Times(r, s))); };
-  return {minor(a.y, b.z, a.z, b.y), minor(a.z, b.x, a.x, b.z), minor(a.x, b.y, a.y, b.x)};
-}
-Coord3 RoundedOf(const FineVector& v) {
-  return {v.x.hi, v.y.hi, v.z.hi};
-}
-bool IsLess(const DoubleDouble& a, const DoubleDouble& b) {
-  return a.hi < b.hi || (a.hi == b.hi && a.lo < b.lo);
-}
-
 /// The bound of Separation with twice the precision, for gaps that exceed the clearance by little
 /// more than rounding. It holds for any vector n as it is, so only the sums below have errors:
 ///   min n . f - max n . a - s n . d >= |n| C
@@ -365,13 +340,16 @@ void Refine(const TravelDirection& direction, const Triangle& moving, const Tria
 /// so each step ends at a multiple that is not too great, and the digits double. `separation`
 /// receives the last plane.
 ClearanceEstimate Followed(const TravelDirection& direction, const Triangle& moving,
-                           const Triangle& fixed, double clearance, double limit,
+                           const Triangle& fixed, double clearance, double limit, double from,
                            Separation& separation) {
   constexpr int kSteps = 16;
   ClearanceEstimate estimate;
+  estimate.least = from;
+  estimate.isApartAtRest = from > 0.0;
   for (int step = 0; step < kSteps; ++step) {
     if (!separation.Set(About(direction, moving, fixed, estimate.least))) break;
     // A step may go past the least distance. Nothing before the step is within the clearance.
+    estimate.normal = separation.Normal();
     estimate.isApart = estimate.isApartAtRest && separation.IsPast(estimate.least);
     if (estimate.isApart) return estimate;
     const double gap = separation.Gap();
@@ -386,16 +364,16 @@ ClearanceEstimate Followed(const TravelDirection& direction, const Triangle& mov
   if (!estimate.isApartAtRest) return estimate;
   const double later = estimate.least * (1.0 + 0x1p-36) + separation.Slack();
   if (IsSurelyWithin(direction, moving, fixed, clearance, later)) estimate.most = Enlarged(later);
-  estimate.normal = separation.Normal();
   return estimate;
 }
 
 /// Estimates with doubles, and with twice the precision where doubles leave open whether the pair
 /// comes within the clearance.
 ClearanceEstimate Estimated(const TravelDirection& direction, const Triangle& moving,
-                            const Triangle& fixed, double clearance, double limit,
+                            const Triangle& fixed, double clearance, double limit, double from,
                             Separation& separation) {
-  ClearanceEstimate estimate = Followed(direction, moving, fixed, clearance, limit, separation);
+  ClearanceEstimate estimate =
+      Followed(direction, moving, fixed, clearance, limit, from, separation);
   const bool isOpen = estimate.isApartAtRest
                           ? !estimate.isApart && estimate.most == kInfinity
                           : !IsSurelyWithin(direction, moving, fixed, clearance, 0.0);
@@ -811,9 +789,10 @@ PairContact ClosestAtRest(const TravelDirection& direction, const Triangle& movi
 }
 
 ClearanceEstimate EstimateClearance(const TravelDirection& direction, const Triangle& moving,
-                                    const Triangle& fixed, double clearance, double limit) {
+                                    const Triangle& fixed, double clearance, double limit,
+                                    double from) {
   Separation separation(direction, moving, fixed, clearance);
-  return Estimated(direction, moving, fixed, clearance, limit, separation);
+  return Estimated(direction, moving, fixed, clearance, limit, from, separation);
 }
 
 ClearanceOutcome JudgeClearance(const TravelDirection& direction, const Triangle& moving,
@@ -821,7 +800,7 @@ ClearanceOutcome JudgeClearance(const TravelDirection& direction, const Triangle
                                 ClearanceContact& found) {
   Separation separation(direction, moving, fixed, clearance);
   const ClearanceEstimate estimate =
-      Estimated(direction, moving, fixed, clearance, limit, separation);
+      Estimated(direction, moving, fixed, clearance, limit, 0.0, separation);
   if (estimate.isApart) return ClearanceOutcome::Apart;
   if (!estimate.isApartAtRest) {
     PairContact unusedContact{};

@@ -39,9 +39,11 @@ struct ClearanceEstimate {
   Coord3 normal{0.0, 0.0, 0.0};
 };
 
-/// Bounds the first multiple at which the pair is within the clearance.
+/// Bounds the first multiple at which the pair is within the clearance. Requires that the pair is
+/// not within it before the multiple `from`.
 ClearanceEstimate EstimateClearance(const TravelDirection& direction, const Triangle& moving,
-                                    const Triangle& fixed, double clearance, double limit);
+                                    const Triangle& fixed, double clearance, double limit,
+                                    double from = 0.0);
 
 enum class ClearanceOutcome {
   Apart,  ///< never within the clearance from zero on, or only beyond the limit

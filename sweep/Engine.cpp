@@ -209,15 +209,47 @@ PairContact WithinAtStart(const Scene<Scalar>& scene, const FoundPair& found) {
              : ClosestAtRest(scene.direction, found.movingTriangle, found.fixedTriangle);
 }
 
+/// Finds the first contact of the bodies of a question with a clearance, without it. Where there is
+/// one, the bodies come within the clearance at its travel or before it. `multiple` receives that
+/// travel, or infinity; WalkEnd::Stopped means contact at the start.
+template <class Scalar>
+WalkEnd TouchBefore(const Scene<Scalar>& scene, const Question& question, const Watch& watch,
+                    Workspace<Scalar>& workspace, double& multiple) {
+  workspace.movingLeaves.Forget();
+  workspace.fixedLeaves.Forget();
+  Question touching = question;
+  touching.clearance = 0.0;
+  const Scene<Scalar> bare(scene.bodies, scene.direction, scene.scale, touching, scene.filters);
+  FirstContact<Scalar> first(bare, question.maxDistance, workspace.movingLeaves,
+                             workspace.fixedLeaves);
+  Walk<Scalar, FirstContact<Scalar>> walk(bare, first, watch, workspace.stack);
+  const WalkEnd end = walk.Run();
+  multiple = first.Best().any ? Enlarged(first.Best().travel.rounded.hi)
+                              : std::numeric_limits<double>::infinity();
+  return end;
+}
+
 template <class Scalar>
 Answer SearchClearance(const Scene<Scalar>& scene, const Question& question, const Watch& watch,
                        Workspace<Scalar>& workspace) {
-  workspace.movingLeaves.Forget();
-  workspace.fixedLeaves.Forget();
+  // The part that is done never decreases, though a walk may begin again.
+  double done = 0.0;
+  Watch rising;
+  if (watch) rising = [&](double part) { return watch(done = std::max(done, part)); };
+  const auto walk = [&](ClearanceSearch<Scalar>& judgement) {
+    workspace.movingLeaves.Forget();
+    workspace.fixedLeaves.Forget();
+    return Walk<Scalar, ClearanceSearch<Scalar>>(scene, judgement, rising, workspace.stack).Run();
+  };
   ClearanceSearch<Scalar> search(scene, question.maxDistance, workspace.movingLeaves,
                                  workspace.fixedLeaves);
-  Walk<Scalar, ClearanceSearch<Scalar>> walk(scene, search, watch, workspace.stack);
-  const WalkEnd end = walk.Run();
+  WalkEnd end = walk(search);
+  if (search.WantsLimit()) {
+    double touching = 0.0;
+    end = TouchBefore(scene, question, rising, workspace, touching);
+    search.Lower(touching);
+    if (end == WalkEnd::Done) end = walk(search);
+  }
   if (end == WalkEnd::Cancelled) return {};
   Answer answer;
   answer.unitDirection = scene.direction.Unit();
@@ -225,7 +257,9 @@ Answer SearchClearance(const Scene<Scalar>& scene, const Question& question, con
   answer.isExact = false;
   FoundPair found;
   if (end == WalkEnd::Stopped) {
-    StartSearch<Scalar> start(scene, workspace.movingLeaves, workspace.fixedLeaves, watch,
+    workspace.movingLeaves.Forget();
+    workspace.fixedLeaves.Forget();
+    StartSearch<Scalar> start(scene, workspace.movingLeaves, workspace.fixedLeaves, rising,
                               workspace.stack);
     if (start.Run() == WalkEnd::Cancelled) return {};
     found = start.Best();

@@ -1,6 +1,7 @@
 #ifndef GSL_SWEEP_LANES_H
 #define GSL_SWEEP_LANES_H
 
+#include <cmath>
 #include <cstdint>
 #include <cstring>
 #if defined(__SSE2__)
@@ -98,6 +99,18 @@ inline Float4 Choose(const Float4& below, const Float4& limit, const Float4& a, 
   const __m128 mask = _mm_cmplt_ps(below.part[0], limit.part[0]);
   return {{_mm_or_ps(_mm_and_ps(mask, a.part[0]), _mm_andnot_ps(mask, b.part[0]))}};
 }
+inline Double4 Choose(const Double4& below, const Double4& limit, const Double4& a,
+                      const Double4& b) {
+  Double4 result;
+  for (int p = 0; p < 2; ++p) {
+    const __m128d mask = _mm_cmplt_pd(below.part[p], limit.part[p]);
+    result.part[p] = _mm_or_pd(_mm_and_pd(mask, a.part[p]), _mm_andnot_pd(mask, b.part[p]));
+  }
+  return result;
+}
+inline Double4 Root(const Double4& a) {
+  return {{_mm_sqrt_pd(a.part[0]), _mm_sqrt_pd(a.part[1])}};
+}
 /// Returns the three numbers from `from` on, rounded to nearest. The fourth is arbitrary.
 inline Float4 Rounded(const double* from) {
   return {{_mm_movelh_ps(_mm_cvtpd_ps(_mm_loadu_pd(from)), _mm_cvtpd_ps(_mm_load_sd(from + 2)))}};
@@ -128,10 +141,18 @@ unsigned AtMost(const Four<Scalar>& a, const Four<Scalar>& b) {
     mask |= a[k] <= b[k] ? 1u << k : 0u;
   return mask;
 }
-inline Float4 Choose(const Float4& below, const Float4& limit, const Float4& a, const Float4& b) {
-  Float4 result;
+template <class Scalar>
+Four<Scalar> Choose(const Four<Scalar>& below, const Four<Scalar>& limit, const Four<Scalar>& a,
+                    const Four<Scalar>& b) {
+  Four<Scalar> result;
   for (int k = 0; k < 4; ++k)
     result.Set(k, below[k] < limit[k] ? a[k] : b[k]);
+  return result;
+}
+inline Double4 Root(const Double4& a) {
+  Double4 result;
+  for (int k = 0; k < 4; ++k)
+    result.Set(k, std::sqrt(a[k]));
   return result;
 }
 inline Float4 Rounded(const double* from) {

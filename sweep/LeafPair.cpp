@@ -46,8 +46,11 @@ bool IsCopy(const LeafTriangles<Scalar>& leaf, int k) {
 //   sum |N| * (delta + 7 u) + sum na / |n . d| * 5 u,
 // squares included. Here 16 u is used for 7 u and for 5 u, which also covers the rounding of the
 // error and of the reaches.
+//
+// At a distance C from the plane a point is C |N| before it, along d. N is off by less than the
+// error, because the error is that of N . p for a reach of 1.
 template <class Scalar>
-void WritePlane(LeafTriangles<Scalar>& leaf, int k, const Coord3& direction) {
+void WritePlane(LeafTriangles<Scalar>& leaf, int k, const Coord3& direction, double clearance) {
   const double d[3] = {direction.x, direction.y, direction.z};
   double e1[3], e2[3], n[3], na[3];
   // A corner that is far away would swell the error, so the edges begin at the nearest corner.
@@ -79,7 +82,7 @@ void WritePlane(LeafTriangles<Scalar>& leaf, int k, const Coord3& direction) {
     along += n[x] * d[x];
     alongTerms += na[x] * std::fabs(d[x]);
   }
-  leaf.offset[k] = leaf.error[k] = 0.0;
+  leaf.offset[k] = leaf.error[k] = leaf.lift[k] = 0.0;
   for (int x = 0; x < 3; ++x)
     leaf.normal[x][k] = 0.0;
   if (!(std::fabs(along) > 0x1p-30 * alongTerms)) return;
@@ -94,6 +97,11 @@ void WritePlane(LeafTriangles<Scalar>& leaf, int k, const Coord3& direction) {
              na[x] * std::fabs(reciprocal) * (16.0 * kUnit);
   }
   leaf.error[k] = error;
+  if (clearance == 0.0) return;
+  double length = 0.0;
+  for (int x = 0; x < 3; ++x)
+    length += leaf.normal[x][k] * leaf.normal[x][k];
+  leaf.lift[k] = clearance * (std::sqrt(length) + error) * (1.0 + 0x1p-46);
 }
 
 /// Puts a triangle at place k of a leaf. `isExact` says that Scalar holds every number of its box.
@@ -111,7 +119,7 @@ void WriteTriangle(LeafTriangles<Scalar>& leaf, int k, const Coord3 (&corners)[3
     leaf.high[x][k] = isExact ? static_cast<Scalar>(box.high[x]) : RoundedUp(box.high[x]);
     leaf.normal[x][k] = 0.0;
   }
-  leaf.offset[k] = leaf.error[k] = 0.0;
+  leaf.offset[k] = leaf.error[k] = leaf.lift[k] = 0.0;
 }
 
 /// Fills the boxes after the last triangle, up to a multiple of four, with boxes that nothing
@@ -139,6 +147,7 @@ void Gather(const Scene<Scalar>& scene, const PreparedBody& body, const Leaves& 
   Box<double> all = Box<double>::Empty();
   const bool isExact = sizeof(Scalar) == sizeof(double) ||
                        (corners.IsSingle() && !placement.HasOffset() && !placement.HasMargin());
+  const double clearance = scene.WalkTravel(scene.clearance);
   const std::size_t end = leaves.begin[index + 1];
   for (std::size_t place = leaves.begin[index]; place < end; ++place) {
     const Coord3 corner[3] = {placement.At(corners.At(place, 0)),
@@ -157,7 +166,7 @@ void Gather(const Scene<Scalar>& scene, const PreparedBody& body, const Leaves& 
     all.Include(leaf.ExactBoxOf(k));
     leaf.number[k] = corners.Number(place);
     if (!IsCopy(leaf, k)) leaf.distinct |= 1u << k;
-    if (scene.filters) WritePlane(leaf, k, scene.direction.Vector());
+    if (scene.filters) WritePlane(leaf, k, scene.direction.Vector(), clearance);
   }
   leaf.reach = leaf.count > 0 ? all.Reach() : 0.0;
   FillUp(leaf);
@@ -309,8 +318,9 @@ unsigned LeafPair<Scalar>::ThatReach(const Slab& slab, double limit) const {
                        static_cast<double>(slab.normal[1]) * d.y +
                        static_cast<double>(slab.normal[2]) * d.z;
   const Double4 error = Double4::Of((moving.reach + fixed.reach) * 0x1p-49);
-  const Double4 slabFrom = Double4::Of(slab.from);
-  const Double4 slabTo = Double4::Of(slab.to);
+  const double margin = static_cast<double>(m_scene.slabMargin) * (1.0 + 0x1p-50);
+  const Double4 slabFrom = Double4::Of(slab.from - margin);
+  const Double4 slabTo = Double4::Of(slab.to + margin);
   const Double4 reciprocal = Double4::Of(1.0 / along);
   const Double4 within = Double4::Of(limit * (1.0 + 0x1p-40));
   unsigned mask = 0;
@@ -359,8 +369,10 @@ unsigned LeafPair<Scalar>::ReachedByHeight(int movingTriangle, int first, double
     ofFixed = c == 0 ? depth : Least(depth, ofFixed);
   }
   ofMoving =
-      ofMoving - Double4::At(&fixed.error[first]) * Double4::Of(moving.reach + fixed.planeReach);
-  ofFixed = ofFixed - Double4::Of(moving.error[i] * (moving.planeReach + fixed.reach));
+      ofMoving - (Double4::At(&fixed.error[first]) * Double4::Of(moving.reach + fixed.planeReach) +
+                  Double4::At(&fixed.lift[first]));
+  ofFixed =
+      ofFixed - Double4::Of(moving.error[i] * (moving.planeReach + fixed.reach) + moving.lift[i]);
   return AtMost(Most(ofMoving, ofFixed), Double4::Of(limit));
 }
 

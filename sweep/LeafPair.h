@@ -17,6 +17,8 @@ struct LeafTriangles {
   /// reach of p. All numbers are zero where the plane is too nearly along the direction: then every
   /// height is 0.
   double normal[3][kLeafSize], offset[kLeafSize], error[kLeafSize];
+  /// How much earlier than the plane the clearance around it is met, at most.
+  double lift[kLeafSize];
   Scalar low[3][kLeafSize], high[3][kLeafSize];
   std::uint32_t number[kLeafSize];
   double reach;
@@ -39,6 +41,15 @@ struct LeafTriangles {
     return {{low[0][k], low[1][k], low[2][k]}, {high[0][k], high[1][k], high[2][k]}};
   }
   Box<double> ExactBoxOf(int k) const;
+  /// Return the exact extents of triangles k to k + 3 along an axis.
+  Double4 LowFrom(int k, int axis) const {
+    return Least(Double4::At(&corner[axis][k]),
+                 Least(Double4::At(&corner[3 + axis][k]), Double4::At(&corner[6 + axis][k])));
+  }
+  Double4 HighFrom(int k, int axis) const {
+    return Most(Double4::At(&corner[axis][k]),
+                Most(Double4::At(&corner[3 + axis][k]), Double4::At(&corner[6 + axis][k])));
+  }
 };
 
 /// Tests the triangles of a leaf, moving or fixed, against a box of the other body that is far
@@ -105,7 +116,8 @@ public:
   /// box around the other leaf within the range.
   template <bool kMoves>
   unsigned ThatReach(const Box<Scalar>& otherBox, const TravelRange<Scalar>& range) const;
-  /// Tests in the same way against the slab around the other leaf. `limit` is a travel.
+  /// Tests in the same way against the slab around the other leaf, enlarged by the clearance.
+  /// `limit` is a travel.
   template <bool kMoves>
   unsigned ThatReach(const Slab& otherSlab, double limit) const;
 
@@ -114,7 +126,8 @@ public:
   /// allow.
   unsigned Reached(int movingTriangle, int first, const TravelRange<Scalar>& range,
                    Four<Scalar>& from, Four<Scalar>& to) const;
-  /// Bit k is set when the heights over each other's planes do not exclude a contact.
+  /// Bit k is set when the heights over each other's planes do not exclude a contact, or that the
+  /// triangles come within the clearance.
   unsigned ReachedByHeight(int movingTriangle, int first, double limit) const;
   /// Bit k is set when these heights do not exclude a contact at the travel `from` or later.
   unsigned TouchingByHeight(int movingTriangle, int first, double from) const;

@@ -71,6 +71,12 @@ struct Scene {
     return sizeof(Scalar) == sizeof(float) ? std::ldexp(inKernel, scale.Exponent()) : inKernel;
   }
 
+  /// Converts back. The result is not more than the true multiple.
+  double KernelTravel(double inWalk) const {
+    return sizeof(Scalar) == sizeof(float) ? Reduced(std::ldexp(inWalk, -scale.Exponent()))
+                                           : inWalk;
+  }
+
   /// Return a multiple of the direction vector, in the kernel's coordinates, that is not shorter
   /// than a length, and one that is not longer. The vector's length is from 1/2 to 2.
   double MultipleAtLeast(const ScaledLength& length) const {

@@ -2,6 +2,8 @@
 
 #include "ClearancePair.h"
 
+#include <algorithm>
+
 namespace gsl_sweep {
 
 template <class Scalar>
@@ -78,11 +80,29 @@ void StartSearch<Scalar>::Expand(const NodePair<Scalar>& pair) {
   }
 }
 
+/// Returns true when the boxes of triangles i and j are farther apart than the clearance.
+//
+// A gap between two numbers is off by less than 2^-50 of their reach.
+template <class Scalar>
+bool StartSearch<Scalar>::AreBoxesApart(const LeafPair<Scalar>& leaves, int i, int j) const {
+  const Box<double> a = leaves.moving.ExactBoxOf(i);
+  const Box<double> b = leaves.fixed.ExactBoxOf(j);
+  const double error = (leaves.moving.reach + leaves.fixed.reach) * 0x1p-50;
+  const double clearance = m_scene.WalkTravel(m_scene.clearance);
+  double square = 0.0;
+  for (int k = 0; k < 3; ++k) {
+    const double gap = std::max(b.low[k] - a.high[k], a.low[k] - b.high[k]) - error;
+    if (gap > 0.0) square += gap * gap;
+  }
+  return square > clearance * clearance * (1.0 + 0x1p-40);
+}
+
 /// Returns true when triangles i and j of the leaves touch, or are within the clearance, at the
 /// start.
 template <class Scalar>
 bool StartSearch<Scalar>::Counts(const LeafPair<Scalar>& leaves, int i, int j) const {
   const bool hasClearance = m_scene.moving.HasMargin();
+  if (hasClearance && AreBoxesApart(leaves, i, j)) return false;
   if (!hasClearance && leaves.AreApartAtStart(i, j)) return false;
   if (!hasClearance && m_scene.filters && leaves.AreShadowsApart(i, j)) return false;
   const Triangle a = leaves.moving.InKernel(m_scene, i);

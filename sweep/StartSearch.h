@@ -24,6 +24,7 @@ private:
   template <bool kMoving>
   void Expand(const NodePair<Scalar>& pair);
   void Judge(const NodePair<Scalar>& leaves);
+  bool AreBoxesApart(const LeafPair<Scalar>& leaves, int i, int j) const;
   bool Counts(const LeafPair<Scalar>& leaves, int i, int j) const;
 
   const Scene<Scalar>& m_scene;

@@ -44,6 +44,9 @@ enum class WalkEnd { Done, Stopped, Cancelled };
 ///   bool Judge(const NodePair&)      looks at a pair of leaves; false ends the walk
 ///   std::size_t ExtraVisits()        optional: so many visits Judge() has cost so far, beside its
 ///                                    own; they count towards calling the watch
+///   unsigned Raise<bool>(pair, boxes, mask, first)
+///                                    optional: raises the first travels of the children in `mask`,
+///                                    which have these boxes; returns those that are left
 template <class Scalar, class Judgement>
 class Walk {
 public:
@@ -79,6 +82,17 @@ private:
   template <class Any>
   static std::size_t ExtraVisits(const Any&, long) {
     return 0;
+  }
+  template <bool kMoving, class Any>
+  static auto Raised(Any& judgement, const NodePair<Scalar>& pair, const Boxes<Scalar>& boxes,
+                     unsigned mask, Four<Scalar>& first, int)
+      -> decltype(judgement.template Raise<kMoving>(pair, boxes, mask, first)) {
+    return judgement.template Raise<kMoving>(pair, boxes, mask, first);
+  }
+  template <bool kMoving, class Any>
+  static unsigned Raised(Any&, const NodePair<Scalar>&, const Boxes<Scalar>&, unsigned mask,
+                         Four<Scalar>&, long) {
+    return mask;
   }
   template <bool kMoving, class GoesOn>
   void Improve(std::size_t fixedBody, const GoesOn& goesOn);
@@ -221,6 +235,7 @@ void Walk<Scalar, Judgement>::Expand(const NodePair<Scalar>& pair) {
       m_scene.test.template Survivors<kMoving>(boxes, other, m_judgement.Range(), first, last);
   const SlabNode* slabs = nullptr;
   if (mask != 0) mask = Narrow<kMoving>(pair, boxes, index, other, mask, first, last, slabs);
+  if (mask != 0) mask = Raised<kMoving>(m_judgement, pair, node.boxes, mask, first, 0);
   if (mask == 0) {
     m_done += static_cast<double>(pair.share);
     return;

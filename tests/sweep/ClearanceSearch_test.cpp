@@ -43,8 +43,12 @@ Found FirstOf(const Mesh& moving, const Mesh& fixed, double clearance,
   ClearanceSearch<Scalar> search(scene, maxDistance, movingCache, fixedCache);
   std::vector<NodePair<Scalar>> stack;
   const Watch none;
-  Walk<Scalar, ClearanceSearch<Scalar>> walk(scene, search, none, stack);
-  const WalkEnd end = walk.Run();
+  WalkEnd end = Walk<Scalar, ClearanceSearch<Scalar>>(scene, search, none, stack).Run();
+  if (search.WantsLimit()) {
+    search.Lower(kInfinity);
+    end = Walk<Scalar, ClearanceSearch<Scalar>>(scene, search, none, stack).Run();
+  }
+  EXPECT_FALSE(search.WantsLimit());
   const FoundPair best = search.Finish();
   return {best, end, search.ExtraVisits()};
 }
@@ -94,6 +98,54 @@ TEST(ClearanceSearch, IsTheLeastTravelOfAllPairs) {
       EXPECT_EQ(found.best.contact.travel, expected.contact.travel);
       EXPECT_EQ(found.best.contact.kind, expected.contact.kind);
     }
+  }
+}
+
+TEST(ClearanceSearch, PairsThatPassNearlyEndTheWalkUntilThereIsALimit) {
+  Mesh moving, fixed;
+  sweep_shapes::AddTriangle(moving, {0.0, 0.0, 4.0}, {0.25, 0.0, 4.0}, {0.0, 0.25, 4.0});
+  sweep_shapes::AddTriangle(fixed, {3.0, 1.5, 0.0}, {3.0, 2.0, 0.0}, {3.5, 1.5, 0.0});
+  const PreparedBody a(ViewOf(moving));
+  const PreparedBody b(ViewOf(fixed));
+  const SceneBodies bodies{&a, {&b}};
+  const TravelDirection direction(kDirection);
+  Question question;
+  question.clearance = 0.125;
+  const Scene<float> scene(bodies, direction, kScale, question, true);
+  LeafCache<float> caches[2];
+  ClearanceSearch<float> search(scene, kInfinity, caches[0], caches[1]);
+  NodePair<float> pair{};
+  pair.moving = {a.SingleTree().root, 0, a.SingleTree().box, {}};
+  pair.fixed = {b.SingleTree().root, 0, b.SingleTree().box, {}};
+  int judged = 1;
+  while (judged < 1000 && search.Judge(pair))
+    ++judged;
+  EXPECT_EQ(judged, 256);
+  EXPECT_TRUE(search.WantsLimit());
+  search.Lower(kInfinity);
+  EXPECT_FALSE(search.WantsLimit());
+  // It is asked for once, and never where there is a limit.
+  for (int k = 0; k < 1000; ++k)
+    ASSERT_TRUE(search.Judge(pair)) << k;
+  ClearanceSearch<float> limited(scene, 3.0, caches[0], caches[1]);
+  for (int k = 0; k < 1000; ++k)
+    ASSERT_TRUE(limited.Judge(pair)) << k;
+}
+
+TEST(ClearanceSearch, CopiesOfTrianglesAreNamedByTheLowest) {
+  Mesh moving, fixed;
+  for (int k = 0; k < 40; ++k) {
+    sweep_shapes::AddTriangle(moving, {0.0, 0.0, 4.0}, {0.25, 0.0, 4.0}, {0.0, 0.25, 4.0});
+    sweep_shapes::AddTriangle(fixed, {1.0, 1.5, 0.0}, {1.0, 2.0, 0.0}, {1.5, 1.5, 0.0});
+  }
+  const FoundPair expected = FirstOfAllPairs(moving, fixed, 0.125).at(0);
+  for (const Found& found :
+       {FirstOf<float>(moving, fixed, 0.125), FirstOf<double>(moving, fixed, 0.125)}) {
+    EXPECT_EQ(found.best.moving, 0u);
+    EXPECT_EQ(found.best.fixed, 0u);
+    EXPECT_EQ(found.best.contact.travel, expected.contact.travel);
+    // One judgement is enough.
+    EXPECT_LE(found.extraVisits, 64u);
   }
 }
 
@@ -257,7 +309,23 @@ bool AreBeyond(const BoxesAtClearance<Scalar>& boxes, double clearance, double m
   NodePair<Scalar> pair{};
   pair.moving.box = boxes.moving;
   pair.fixed.box = boxes.fixed;
-  return search.IsSettled(pair);
+  Boxes<Scalar> moving, fixed;
+  for (int lane = 0; lane < 4; ++lane) {
+    moving.Set(lane, boxes.moving);
+    fixed.Set(lane, boxes.fixed);
+  }
+  Four<Scalar> first[2] = {Four<Scalar>::Of(0), Four<Scalar>::Of(0)};
+  const unsigned left = search.template Raise<true>(pair, moving, 15u, first[0]);
+  EXPECT_TRUE(left == 0u || left == 15u);
+  EXPECT_EQ(search.template Raise<false>(pair, fixed, 15u, first[1]), left);
+  EXPECT_EQ(first[0][0], first[1][3]);
+  // The first travel is never after that at which they are at the clearance.
+  if (clearance == boxes.clearance) {
+    const double travel = scene.WalkTravel(scale.Down(boxes.travel));
+    const double multiple = travel / direction.Length().hi;
+    EXPECT_LE(static_cast<double>(first[0][0]), multiple * (1.0 + 0x1p-50));
+  }
+  return left == 0u;
 }
 
 template <class Scalar>
