@@ -11,11 +11,18 @@ struct EigenNative::System {
   Eigen::VectorXd x;
 };
 
-EigenNative::EigenNative(int n, const double* a, const double* b)
-    : system(new System{Eigen::Map<const Eigen::MatrixXd>(a, n, n),
-                        Eigen::Map<const Eigen::VectorXd>(b, n), Eigen::VectorXd(n)}) {}
+EigenNative::EigenNative(int n)
+    : system(new System{Eigen::MatrixXd(n, n), Eigen::VectorXd(n), Eigen::VectorXd(n)}) {}
 
 EigenNative::~EigenNative() = default;
+
+double* EigenNative::Matrix() {
+  return system->a.data();
+}
+
+double* EigenNative::RightSide() {
+  return system->b.data();
+}
 
 const double* EigenNative::FactorAndSolve() {
   const Eigen::PartialPivLU<Eigen::MatrixXd> lu(system->a);

@@ -7,9 +7,11 @@
 /// has its own source, so that no other code is compiled like this.
 class EigenNative {
 public:
-  /// Copies n x n and n numbers.
-  EigenNative(int n, const double* a, const double* b);
+  explicit EigenNative(int n);
   ~EigenNative();
+  /// Returns n x n and n numbers to be written.
+  double* Matrix();
+  double* RightSide();
   /// Factors and solves. Returns the solution, n numbers.
   const double* FactorAndSolve();
 

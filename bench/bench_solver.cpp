@@ -1,6 +1,7 @@
 // Measures how one system is factored and solved. The peers are Eigen's PartialPivLU, compiled like
 // the library and for this processor, OpenBLAS's dgesv on one thread, and the column-by-column form
-// of the textbook. Each gets a fresh copy of the matrix.
+// of the textbook. Each gets a fresh copy of the matrix and of the right side, of a system that it
+// did not see before up to 16 unknowns.
 //
 // OpenBLAS chooses its kernel by the processor, and OPENBLAS_CORETYPE in the environment selects
 // another kernel. GSL_BENCH_WIDTH=avx2 (or baseline) selects narrower vectors for our solver. The
@@ -34,110 +35,145 @@ void openblas_set_num_threads(int threads);
 
 namespace {
 
-struct Problem {
-  int n;
-  std::vector<double> a;
-  std::vector<double> b;
+/// Small systems are many, because the choice of their pivots is what a branch predictor learns by
+/// heart. Large systems fill the caches alone.
+int SystemsOf(int n) {
+  return n <= 16 ? 4096 : 1;
+}
 
-  explicit Problem(const benchmark::State& state) : n(static_cast<int>(state.range(0))) {
+/// Random systems of one size, which take turns.
+class Problems {
+public:
+  const int n;
+
+  explicit Problems(const benchmark::State& state)
+      : n(static_cast<int>(state.range(0))),
+        m_elements(static_cast<std::size_t>(n) * static_cast<std::size_t>(n)) {
     RandomNumbers random(20240229);
-    const std::size_t size = static_cast<std::size_t>(n);
-    a.resize(size * size);
-    b.resize(size);
-    std::generate(a.begin(), a.end(), [&] { return random.In(-1.0, 1.0); });
-    std::generate(b.begin(), b.end(), [&] { return random.In(-1.0, 1.0); });
+    const std::size_t systems = static_cast<std::size_t>(SystemsOf(n));
+    m_a.resize(systems * m_elements);
+    m_b.resize(systems * static_cast<std::size_t>(n));
+    std::generate(m_a.begin(), m_a.end(), [&] { return random.In(-1.0, 1.0); });
+    std::generate(m_b.begin(), m_b.end(), [&] { return random.In(-1.0, 1.0); });
   }
+  /// Goes on to the next system, and to the first after the last.
+  void Next() { m_at = m_at + 1 == SystemsOf(n) ? 0 : m_at + 1; }
+  const double* Matrix() const { return m_a.data() + static_cast<std::size_t>(m_at) * m_elements; }
+  const double* RightSide() const { return m_b.data() + static_cast<std::ptrdiff_t>(m_at) * n; }
+  void CopyMatrix(double* to) const { std::copy(Matrix(), Matrix() + m_elements, to); }
+  void CopyRightSide(double* to) const { std::copy(RightSide(), RightSide() + n, to); }
+
+private:
+  std::size_t m_elements;
+  int m_at = 0;
+  std::vector<double> m_a, m_b;
 };
 
+std::vector<double> Unknowns(const Problems& problems) {
+  return std::vector<double>(static_cast<std::size_t>(problems.n));
+}
+
 void Ours(benchmark::State& state) {
-  const Problem problem(state);
-  std::vector<double> b = problem.b;
-  std::vector<double> x = problem.b;
-  SquareMatrix a(problem.n);
+  Problems problems(state);
+  std::vector<double> b = Unknowns(problems), x = b;
+  SquareMatrix a(problems.n);
   gsl_LinearEqnLUDSolver solver;
   for (auto _ : state) {
-    std::copy(problem.a.begin(), problem.a.end(), &a.At(0, 0));
-    solver.SetMatrix(a.Rows(), static_cast<unsigned int>(problem.n));
+    problems.CopyMatrix(&a.At(0, 0));
+    problems.CopyRightSide(b.data());
+    solver.SetMatrix(a.Rows(), static_cast<unsigned int>(problems.n));
     if (!solver.Solve(b.data(), x.data())) state.SkipWithError("singular");
     benchmark::DoNotOptimize(x.data());
     benchmark::ClobberMemory();
+    problems.Next();
   }
 }
 
 /// Runs the steps of the class with kernels that the class would not choose.
 void OursWith(benchmark::State& state, const gsl_WideKernels* kernels) {
-  const Problem problem(state);
-  std::vector<double> x = problem.b;
-  std::vector<std::int32_t> pivots(problem.b.size());
-  SquareMatrix a(problem.n);
+  Problems problems(state);
+  std::vector<double> b = Unknowns(problems), x = b;
+  std::vector<std::int32_t> pivots(b.size());
+  SquareMatrix a(problems.n);
   for (auto _ : state) {
-    std::copy(problem.a.begin(), problem.a.end(), &a.At(0, 0));
-    x = problem.b;
-    gsl_wide::LuSystem system = {a.Rows(), problem.n, pivots.data(), 1};
-    if (gsl_LUDecompose(system, *kernels) != gsl_wide::LuResult::Decomposed)
-      state.SkipWithError("singular");
-    gsl_wide::PermuteRightSide(system, x.data());
-    gsl_wide::SubstituteForward(system, x.data());
-    gsl_wide::SubstituteBackward(system, x.data());
+    problems.CopyMatrix(&a.At(0, 0));
+    problems.CopyRightSide(b.data());
+    gsl_wide::LuSystem system = {a.Rows(), problems.n, pivots.data(), 1};
+    if (problems.n <= gsl_wide::kLargestSmall) {
+      gsl_LUSolveSmall(system, *kernels, b.data(), x.data());
+    } else {
+      x = b;
+      gsl_LUDecompose(system, *kernels);
+      gsl_wide::PermuteRightSide(system, x.data());
+      gsl_wide::SubstituteForward(system, x.data());
+      gsl_wide::SubstituteBackward(system, x.data());
+    }
     benchmark::DoNotOptimize(x.data());
     benchmark::ClobberMemory();
+    problems.Next();
   }
 }
 
 void Textbook(benchmark::State& state) {
-  const Problem problem(state);
-  std::vector<double> x = problem.b;
-  SquareMatrix a(problem.n);
+  Problems problems(state);
+  std::vector<double> x = Unknowns(problems);
+  SquareMatrix a(problems.n);
   for (auto _ : state) {
-    std::copy(problem.a.begin(), problem.a.end(), &a.At(0, 0));
-    TextbookLu textbook(a.Rows(), problem.n);
+    problems.CopyMatrix(&a.At(0, 0));
+    TextbookLu textbook(a.Rows(), problems.n);
     if (!textbook.Decompose()) state.SkipWithError("singular");
-    x = problem.b;
+    problems.CopyRightSide(x.data());
     textbook.Substitute(x.data());
     benchmark::DoNotOptimize(x.data());
     benchmark::ClobberMemory();
+    problems.Next();
   }
 }
 
 void WithEigen(benchmark::State& state) {
-  const Problem problem(state);
-  const Eigen::MatrixXd a =
-      Eigen::Map<const Eigen::MatrixXd>(problem.a.data(), problem.n, problem.n);
-  const Eigen::VectorXd b = Eigen::Map<const Eigen::VectorXd>(problem.b.data(), problem.n);
-  Eigen::VectorXd x(problem.n);
+  Problems problems(state);
+  Eigen::MatrixXd a(problems.n, problems.n);
+  Eigen::VectorXd b(problems.n), x(problems.n);
   for (auto _ : state) {
+    problems.CopyMatrix(a.data());
+    problems.CopyRightSide(b.data());
     const Eigen::PartialPivLU<Eigen::MatrixXd> lu(a);
     x = lu.solve(b);
     benchmark::DoNotOptimize(x.data());
     benchmark::ClobberMemory();
+    problems.Next();
   }
 }
 
 void WithEigenNative(benchmark::State& state) {
-  const Problem problem(state);
-  EigenNative eigen(problem.n, problem.a.data(), problem.b.data());
+  Problems problems(state);
+  EigenNative eigen(problems.n);
   for (auto _ : state) {
+    problems.CopyMatrix(eigen.Matrix());
+    problems.CopyRightSide(eigen.RightSide());
     benchmark::DoNotOptimize(eigen.FactorAndSolve());
     benchmark::ClobberMemory();
+    problems.Next();
   }
 }
 
 #if defined(BENCH_OPENBLAS)
 void WithOpenBlas(benchmark::State& state) {
   openblas_set_num_threads(1);
-  const Problem problem(state);
-  std::vector<double> a = problem.a;
-  std::vector<double> x = problem.b;
+  Problems problems(state);
+  std::vector<double> a(Unknowns(problems).size() * Unknowns(problems).size());
+  std::vector<double> x = Unknowns(problems);
   std::vector<int> pivots(x.size());
   const int one = 1;
   for (auto _ : state) {
-    std::copy(problem.a.begin(), problem.a.end(), a.begin());
-    std::copy(problem.b.begin(), problem.b.end(), x.begin());
+    problems.CopyMatrix(a.data());
+    problems.CopyRightSide(x.data());
     int info = 0;
-    dgesv_(&problem.n, &one, a.data(), &problem.n, pivots.data(), x.data(), &problem.n, &info);
+    dgesv_(&problems.n, &one, a.data(), &problems.n, pivots.data(), x.data(), &problems.n, &info);
     if (info != 0) state.SkipWithError("singular");
     benchmark::DoNotOptimize(x.data());
     benchmark::ClobberMemory();
+    problems.Next();
   }
 }
 #endif

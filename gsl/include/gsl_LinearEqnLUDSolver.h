@@ -19,7 +19,8 @@
 /// Floor      a pivot with 1e-16 > |pivot| becomes +1e-16: a dependent column leads to large
 ///            values, not to a failure.
 /// NaN        passes into the solution; a row that holds only NaN counts as a zero row.
-/// Memory     n 32-bit integers. One decomposition takes scratch memory and frees it before Solve
+/// Memory     n 32-bit integers. For n up to 16 they are 16, and later systems of up to 16 rows use
+///            the same block. One decomposition takes scratch memory and frees it before Solve
 ///            returns: none up to n = 16, below 1024 a copy of the matrix (at most n^2 + 89 n +
 ///            25670 numbers), and from there at most 268 n + 102236 numbers. Without that memory n
 ///            numbers are enough: slower, with the same bits.

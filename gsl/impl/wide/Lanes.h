@@ -170,6 +170,25 @@ GSL_ALWAYS_INLINE Doubles SquareRoot(Doubles v) {
 }
 #endif
 
+/// Returns a bit for each lane in which a and b are equal; bit 0 is lane 0.
+GSL_ALWAYS_INLINE unsigned EqualLanes(Doubles a, Doubles b) {
+#if defined(__AVX512F__)
+  // The compilers make this mask from a vector of bits, which takes twice as long.
+  unsigned short mask;
+  __asm__("vcmpeqpd %2, %1, %0" : "=k"(mask) : "v"(a), "v"(b));
+  return mask;
+#elif defined(__AVX2__)
+  return static_cast<unsigned>(__builtin_ia32_movmskpd256(reinterpret_cast<Doubles>(a == b)));
+#elif defined(__x86_64__)
+  return static_cast<unsigned>(__builtin_ia32_movmskpd(reinterpret_cast<Doubles>(a == b)));
+#else
+  unsigned mask = 0;
+  for (int i = 0; i < kLanes; ++i)
+    mask |= (a[i] == b[i] ? 1u : 0u) << i;
+  return mask;
+#endif
+}
+
 /// Returns the largest lane. Requires that no lane is NaN.
 GSL_ALWAYS_INLINE double Largest(Doubles v) {
   v = Larger(v, SwapHalves(v));

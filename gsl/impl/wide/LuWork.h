@@ -22,6 +22,9 @@ struct LuSystem {
 
 enum class LuResult { Decomposed, ZeroRow, NoMemory };
 
+/// The largest size that is not cut into blocks. Up to it, blocks cost more than they save.
+constexpr std::int32_t kLargestSmall = 16;
+
 /// The columns of a slice, and the rows of a block.
 constexpr std::ptrdiff_t kSlice = 8;
 

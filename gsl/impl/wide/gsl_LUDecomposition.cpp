@@ -1,6 +1,8 @@
 #include "wide/gsl_LUDecomposition.h"
 
 #include "mem_Memory.h"
+#include "wide/LuFixed.h"
+#include "wide/LuSubstitution.h"
 #include "wide/LuUnblocked.h"
 
 #include <algorithm>
@@ -12,13 +14,12 @@
 
 namespace {
 
+using gsl_wide::kLargestSmall;
 using gsl_wide::kSlice;
 using gsl_wide::LuResult;
 using gsl_wide::LuSystem;
 using gsl_wide::LuWork;
 
-/// The largest size that is not cut into blocks. Up to it, blocks cost more than they save.
-constexpr std::int32_t kUnblockedSize = 16;
 /// The least size that is eliminated in the caller's rows. From it on, a copy costs more.
 constexpr std::int32_t kInPlaceSize = 1024;
 
@@ -230,8 +231,8 @@ LuResult gsl_LUDecomposeBlocked(LuSystem& system, const gsl_WideKernels& kernels
 
 LuResult gsl_LUDecompose(LuSystem& system, const gsl_WideKernels& kernels) {
   system.parity = 1;
-  if (system.size <= kUnblockedSize) {
-    double scale[kUnblockedSize];
+  if (system.size <= kLargestSmall) {
+    double scale[kLargestSmall];
     return gsl_wide::DecomposeUnblocked(system, scale);
   }
   const LuResult result =
@@ -240,4 +241,19 @@ LuResult gsl_LUDecompose(LuSystem& system, const gsl_WideKernels& kernels) {
   const Scratch scale = Allocate(static_cast<std::size_t>(system.size));
   if (scale == nullptr) return LuResult::NoMemory;
   return gsl_wide::DecomposeUnblocked(system, scale.get());
+}
+
+LuResult gsl_LUSolveSmall(LuSystem& system, const gsl_WideKernels& kernels, const double* rightSide,
+                          double* to) {
+  system.parity = 1;
+  if (system.size <= gsl_wide::kLargestFixed) return gsl_wide::SolveFixed(system, rightSide, to);
+  if (kernels.solveSmall != nullptr) return kernels.solveSmall(system, rightSide, to);
+  double scale[kLargestSmall];
+  const LuResult result = gsl_wide::DecomposeUnblocked(system, scale);
+  if (result != LuResult::Decomposed) return result;
+  if (to != rightSide) std::copy(rightSide, rightSide + system.size, to);
+  gsl_wide::PermuteRightSide(system, to);
+  gsl_wide::SubstituteForward(system, to);
+  gsl_wide::SubstituteBackward(system, to);
+  return result;
 }

@@ -16,7 +16,13 @@ gsl_LUBlocking gsl_ChooseLUBlocking(std::int32_t size);
 /// Replaces the matrix by its factors. Leaves the matrix untouched unless it returns Decomposed.
 gsl_wide::LuResult gsl_LUDecompose(gsl_wide::LuSystem& system, const gsl_WideKernels& kernels);
 
-/// Does the same in blocks for every size. Returns NoMemory when there is no memory for the blocks.
+/// Does the same for a system of 1 to kLargestSmall rows, without memory, and writes its solution
+/// unless it returns ZeroRow. The right side may be the solution.
+gsl_wide::LuResult gsl_LUSolveSmall(gsl_wide::LuSystem& system, const gsl_WideKernels& kernels,
+                                    const double* rightSide, double* to);
+
+/// Does the same as gsl_LUDecompose in blocks for every size. Returns NoMemory when there is no
+/// memory for the blocks.
 gsl_wide::LuResult gsl_LUDecomposeBlocked(gsl_wide::LuSystem& system,
                                           const gsl_WideKernels& kernels,
                                           const gsl_LUBlocking& blocking);

@@ -16,6 +16,8 @@ struct gsl_WideKernels {
   double (*largestOfRow)(const double* row, std::ptrdiff_t n, double* to);
   /// Runs gsl_wide::LuElimination.
   void (*eliminate)(gsl_wide::LuWork& work);
+  /// Is gsl_wide::SolveSmall, or null where registers are too narrow for it.
+  gsl_wide::LuResult (*solveSmall)(gsl_wide::LuSystem& system, const double* rightSide, double* to);
   /// Is gsl_wide::SkipRuns.
   std::size_t (*skipRuns)(const unsigned char* entries, const unsigned char* open,
                           const unsigned char* next, std::size_t runs);

@@ -1,6 +1,7 @@
 #include "wide/BoxLanes.h"
 #include "wide/EdgeScan.h"
 #include "wide/LuElimination.h"
+#include "wide/LuSmall.h"
 #include "wide/PointTriangleLanes.h"
 #include "wide/SegmentPairLanes.h"
 #include "wide/TransformLanes.h"
@@ -17,7 +18,9 @@ void Eliminate(gsl_wide::LuWork& work) {
 
 } // namespace
 
-const gsl_WideKernels gsl_WideKernelsAvx512 = {
-    wide::LargestOfRow,   Eliminate,           wide::SkipRuns,        wide::PointSegments,
-    wide::PointTriangles, wide::SegmentPairs,  wide::TransformPoints, wide::TransformBoxes,
-    wide::BoxOfPoints,    wide::SweepTriangles};
+const gsl_WideKernels gsl_WideKernelsAvx512 = {wide::LargestOfRow,   Eliminate,
+                                               wide::SolveSmall,     wide::SkipRuns,
+                                               wide::PointSegments,  wide::PointTriangles,
+                                               wide::SegmentPairs,   wide::TransformPoints,
+                                               wide::TransformBoxes, wide::BoxOfPoints,
+                                               wide::SweepTriangles};

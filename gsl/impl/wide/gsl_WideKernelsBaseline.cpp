@@ -17,7 +17,14 @@ void Eliminate(gsl_wide::LuWork& work) {
 
 } // namespace
 
-const gsl_WideKernels gsl_WideKernelsBaseline = {
-    wide::LargestOfRow,   Eliminate,           wide::SkipRuns,        wide::PointSegments,
-    wide::PointTriangles, wide::SegmentPairs,  wide::TransformPoints, wide::TransformBoxes,
-    wide::BoxOfPoints,    wide::SweepTriangles};
+const gsl_WideKernels gsl_WideKernelsBaseline = {wide::LargestOfRow,
+                                                 Eliminate,
+                                                 nullptr,
+                                                 wide::SkipRuns,
+                                                 wide::PointSegments,
+                                                 wide::PointTriangles,
+                                                 wide::SegmentPairs,
+                                                 wide::TransformPoints,
+                                                 wide::TransformBoxes,
+                                                 wide::BoxOfPoints,
+                                                 wide::SweepTriangles};

@@ -449,6 +449,31 @@ TEST(GslLinearEqnLUDSolver, WithoutMemoryFailsUntouchedAndTriesAgain) {
   EXPECT_TRUE(s.solver.Solve(b.data(), x.data()));
 }
 
+TEST(GslLinearEqnLUDSolver, NextSmallSystemTakesNoMemory) {
+  RandomNumbers random(9);
+  gsl_LinearEqnLUDSolver solver;
+  for (const int n : {3, 16, 1, 8}) {
+    SquareMatrix a = MakeMatrix(MatrixFamily::Random, n, random);
+    std::vector<double> x(static_cast<std::size_t>(n), 1.0);
+    solver.SetMatrix(a.Rows(), static_cast<unsigned int>(n));
+    if (n == 3) {
+      ASSERT_TRUE(solver.Solve(x.data(), x.data()));
+      continue;
+    }
+    const FailingMemory none(0);
+    EXPECT_EQ(solver.Pivots(), nullptr) << "the earlier factors are forgotten";
+    EXPECT_TRUE(solver.Solve(x.data(), x.data())) << n;
+  }
+  SquareMatrix larger = MakeMatrix(MatrixFamily::Random, 17, random);
+  std::vector<double> x(17, 1.0);
+  solver.SetMatrix(larger.Rows(), 17);
+  {
+    const FailingMemory none(0);
+    EXPECT_FALSE(solver.Solve(x.data(), x.data())) << "17 rows need a block of their own";
+  }
+  EXPECT_TRUE(solver.Solve(x.data(), x.data()));
+}
+
 TEST(GslLinearEqnLUDSolver, TakesNoMoreScratchThanItSays) {
   RandomNumbers random(7);
   for (const int n :

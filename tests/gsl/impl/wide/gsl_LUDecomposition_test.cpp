@@ -215,3 +215,22 @@ TEST(GslLUDecomposition, ScratchBeyondTheAddressSpaceIsRefused) {
   EXPECT_EQ(gsl_LUDecomposeBlocked(system, gsl_BestWideKernels(), {128, 384, false}),
             LuResult::NoMemory);
 }
+
+TEST(GslLUDecomposition, SmallSystemsAreSolvedWithoutMemory) {
+  RandomNumbers random(8);
+  for (const Width& width : Widths()) {
+    for (int n = 1; n <= gsl_wide::kLargestSmall; ++n) {
+      SCOPED_TRACE(::testing::Message() << width.name << " n " << n);
+      const Case c(MakeMatrix(MatrixFamily::Random, n, random));
+      std::vector<double> b(static_cast<std::size_t>(n), 1.0), x(b);
+      const FailingMemory none(0);
+      c.ExpectFrom(
+          [&](LuSystem& s) { return gsl_LUSolveSmall(s, *width.kernels, b.data(), x.data()); });
+      SquareMatrix factors(c.matrix);
+      TextbookLu textbook(factors.Rows(), n);
+      ASSERT_TRUE(textbook.Decompose());
+      textbook.Substitute(b.data());
+      EXPECT_TRUE(std::equal(x.begin(), x.end(), b.begin(), SameBits));
+    }
+  }
+}
