@@ -33,14 +33,14 @@ inline bool IsOnPlane(const Coord3& p, const Plane& plane, double linearToleranc
   return linearTolerance > PlaneDistance(p, plane);
 }
 
-/// Returns true when no division is needed to know that IsOnPlane is false.
+/// Returns true when no division is needed to know that IsOnPlane is false. `away` is the way from
+/// the plane's point to the point, times the normal.
 // A quotient is rounded by a part in 2^53, and so is each product. Where the products lose their
 // digits or overflow, a comparison fails.
-inline bool IsCertainlyOffPlane(const Coord3& p, const Plane& plane, double linearTolerance) {
+inline bool IsCertainlyOffPlane(double away, const Plane& plane, double linearTolerance) {
   const double length = std::fabs(plane.normal.magnitude);
   const double least = (1.0 + 0x1p-40) * linearTolerance * length;
-  return std::fabs(Dot(Subtract(p, plane.point), plane.normal.c)) > least && least > 1e-280 &&
-         length < 1e280;
+  return std::fabs(away) > least && least > 1e-280 && length < 1e280;
 }
 
 inline Coord3 FootOnPlane(const Coord3& p, const Plane& plane, double linearTolerance) {
@@ -54,14 +54,19 @@ enum class RayPlane { ShortDirection, OriginOnPlane, ParallelDirection, Crossing
 inline RayPlane IntersectRayPlane(const Coord3& p, const Measured3& dir, const Plane& plane,
                                   double linearTolerance, double cosineTolerance, Coord3& out) {
   if (linearTolerance > dir.magnitude) return RayPlane::ShortDirection;
-  if (!IsCertainlyOffPlane(p, plane, linearTolerance) && IsOnPlane(p, plane, linearTolerance)) {
-    return RayPlane::OriginOnPlane;
+  const double away = Dot(Subtract(p, plane.point), plane.normal.c);
+  // Rounding is symmetric, so the way back has the same bits with the other sign.
+  double back = -away;
+  if (!IsCertainlyOffPlane(away, plane, linearTolerance)) {
+    if (IsOnPlane(p, plane, linearTolerance)) return RayPlane::OriginOnPlane;
+    // A zero can have the same sign on both ways.
+    back = Dot(Subtract(plane.point, p), plane.normal.c);
   }
   if (gsl_arithmetic::IsOrthogonal(dir, plane.normal, cosineTolerance)) {
     return RayPlane::ParallelDirection;
   }
   // ray-runs-both-ways: a crossing behind the origin counts.
-  const double s = Dot(Subtract(plane.point, p), plane.normal.c) / Dot(dir.c, plane.normal.c);
+  const double s = back / Dot(dir.c, plane.normal.c);
   out = Add(p, Multiply(dir.c, s));
   return RayPlane::Crossing;
 }

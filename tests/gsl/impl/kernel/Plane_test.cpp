@@ -63,7 +63,8 @@ TEST(KernelPlane, CertainlyOffThePlaneIsNeverOnThePlane) {
     const double near = 1.0 + (random.Below(9) - 4) * 0x1p-52;
     const double height = random.Below(2) == 0 ? tolerance * near : random.In(-1e-5, 1e-5);
     const Coord3 p = {1.0, 2.0, height};
-    const bool isOff = gsl_kernel::IsCertainlyOffPlane(p, plane, tolerance);
+    const double away = gsl_kernel::Dot(gsl_kernel::Subtract(p, plane.point), plane.normal.c);
+    const bool isOff = gsl_kernel::IsCertainlyOffPlane(away, plane, tolerance);
     EXPECT_FALSE(isOff && gsl_kernel::IsOnPlane(p, plane, tolerance));
     if (isOff) ++off;
   }
@@ -96,6 +97,44 @@ TEST(KernelPlane, RayTestsTheDirectionBeforeTheOrigin) {
   EXPECT_EQ(Ray(on, Measure({1.0, 0.0, 0.0}), out), RayPlane::OriginOnPlane);
   EXPECT_EQ(Ray({1.0, 2.0, 9.0}, Measure({1.0, 0.0, 0.0}), out), RayPlane::ParallelDirection);
   EXPECT_XYZ(out, kSentinel, kSentinel, kSentinel);
+}
+
+TEST(KernelPlane, RayHasTheBitsOfTheWrittenOrder) {
+  using gsl_kernel::Dot;
+  using gsl_kernel::Subtract;
+  RandomNumbers random(0x0FE);
+  const auto number = [&random] {
+    const bool isHostile = random.Below(16) == 0;
+    const bool isZero = random.Below(8) == 0;
+    return isHostile ? random.Hostile() : isZero ? 0.0 : random.In(-2.0, 2.0);
+  };
+  const auto point = [&number] {
+    const double x = number();
+    const double y = number();
+    const double z = number();
+    return Coord3{x, y, z};
+  };
+  long crossings = 0;
+  for (long i = 0; i < Scaled(200000) && !testing::Test::HasFailure(); ++i) {
+    const Coord3 p = point();
+    const Coord3 onPlane = point();
+    const Coord3 normal = point();
+    const Measured3 dir = Measure(point());
+    const Plane plane = {random.Below(16) == 0 ? p : onPlane, Measure(normal)};
+    const double tolerance = random.Below(4) == 0 ? 0.0 : 1e-6;
+    Coord3 out = {kSentinel, kSentinel, kSentinel};
+    if (IntersectRayPlane(p, dir, plane, tolerance, kCosine, out) != RayPlane::Crossing) continue;
+    ++crossings;
+    const double s = Dot(Subtract(plane.point, p), plane.normal.c) / Dot(dir.c, plane.normal.c);
+    const double expected[3] = {p.x + dir.c.x * s, p.y + dir.c.y * s, p.z + dir.c.z * s};
+    const double actual[3] = {out.x, out.y, out.z};
+    for (int k = 0; k < 3; ++k) {
+      EXPECT_TRUE(numbers::SameBits(actual[k], expected[k]) ||
+                  (std::isnan(actual[k]) && std::isnan(expected[k])))
+          << i << " " << k;
+    }
+  }
+  EXPECT_GT(crossings, Scaled(200000) / 3);
 }
 
 TEST(KernelPlane, RayOfNaNCrossesAtNaN) {
