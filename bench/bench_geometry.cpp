@@ -3,6 +3,7 @@
 
 #include "FreshData.h"
 #include "TriTriTranscription.h"
+#include "gsl_InPlaneSegSegMinDirectionalDist.h"
 #include "gsl_Plane.h"
 #include "gsl_Segment.h"
 #include "gsl_StLine.h"
@@ -60,17 +61,94 @@ void RegisterLines() {
       return Eigen::Vector3d(a.intersectionPoint(plane)).x();
     });
   });
-  benchmark::RegisterBenchmark("LineLineCrossing", [](benchmark::State& s) {
+  benchmark::RegisterBenchmark("LineLineCrossing/ours", [](benchmark::State& s) {
     gsl_Point out;
     double gap = 0.0;
     OnPairs(s, Corpus<gsl_StLine>(2, AnyFlatLine),
             [&](const gsl_StLine& a, const gsl_StLine& b) { return a.Intersect(b, out, gap); });
   });
-  benchmark::RegisterBenchmark("LineLineSkew", [](benchmark::State& s) {
+  benchmark::RegisterBenchmark("LineLineSkew/ours", [](benchmark::State& s) {
     gsl_Point out;
     double gap = 0.0;
     OnPairs(s, Corpus<gsl_StLine>(3, AnyLine),
             [&](const gsl_StLine& a, const gsl_StLine& b) { return a.Intersect(b, out, gap); });
+  });
+}
+
+using EigenLine = Eigen::ParametrizedLine<double, 3>;
+
+Eigen::Vector3d Plain(const gsl_Point& p) {
+  return {p.x, p.y, p.z};
+}
+
+EigenLine PlainLine(const gsl_StLine& line) {
+  const gsl_Vector& d = line.Direction();
+  return {Plain(line.PointOn()), Eigen::Vector3d(d.x, d.y, d.z)};
+}
+
+/// Crosses two lines that are neither parallel nor skew, with the usual formula.
+bool EigenCrossing(const EigenLine& a, const EigenLine& b, Eigen::Vector3d& out, double& gap) {
+  const Eigen::Vector3d n = a.direction().cross(b.direction()), w = b.origin() - a.origin();
+  const double nn = n.squaredNorm(), skew = w.dot(n);
+  if (skew * skew > 1e-12 * nn || nn < 1e-10) return false;
+  const double s = w.cross(b.direction()).dot(n) / nn, t = w.cross(a.direction()).dot(n) / nn;
+  out = a.origin() + s * a.direction();
+  gap = (out - (b.origin() + t * b.direction())).norm();
+  return true;
+}
+
+void RegisterLinePeers() {
+  const auto add = [](const char* name, gsl_StLine (*make)(Numbers&), std::uint64_t seed) {
+    benchmark::RegisterBenchmark(name, [make, seed](benchmark::State& s) {
+      Eigen::Vector3d out;
+      double gap = 0.0;
+      OnPairs(
+          s, Corpus<EigenLine>(seed, [make](Numbers& n) { return PlainLine(make(n)); }),
+          [&](const EigenLine& a, const EigenLine& b) { return EigenCrossing(a, b, out, gap); });
+    });
+  };
+  add("LineLineCrossing/Eigen", AnyFlatLine, 2);
+  add("LineLineSkew/Eigen", AnyLine, 3);
+}
+
+/// A point beside a line and a plane of changing places.
+struct PointAndLine {
+  gsl_Point p;
+  gsl_StLine line;
+};
+
+void RegisterDistances() {
+  const auto any = [](Numbers& n) { return PointAndLine{n.Point(5.0), AnyLine(n)}; };
+  benchmark::RegisterBenchmark("PointLineDistance/ours", [any](benchmark::State& s) {
+    OnEach(s, Corpus<PointAndLine>(8, any),
+           [](const PointAndLine& in) { return in.p.GetDistance(in.line); });
+  });
+  benchmark::RegisterBenchmark("PointLineDistance/Eigen", [any](benchmark::State& s) {
+    struct In {
+      Eigen::Vector3d p;
+      EigenLine line;
+    };
+    const auto plain = [any](Numbers& n) {
+      const PointAndLine in = any(n);
+      return In{Plain(in.p), PlainLine(in.line)};
+    };
+    // The direction has any length, as ours has.
+    OnEach(s, Corpus<In>(8, plain), [](const In& in) {
+      const Eigen::Vector3d& d = in.line.direction();
+      const Eigen::Vector3d way = in.p - in.line.origin();
+      return way.cross(d).norm() / d.norm();
+    });
+  });
+  benchmark::RegisterBenchmark("PointPlaneDistance/ours", [](benchmark::State& s) {
+    const gsl_Plane plane(gsl_Point(1.0, 2.0, 3.0), gsl_Vector(0.6, 0.0, 0.8));
+    OnEach(s, Corpus<gsl_Point>(9, [](Numbers& n) { return n.Point(5.0); }),
+           [&](const gsl_Point& p) { return p.GetDistance(plane); });
+  });
+  benchmark::RegisterBenchmark("PointPlaneDistance/Eigen", [](benchmark::State& s) {
+    const Eigen::Hyperplane<double, 3> plane(Eigen::Vector3d(0.6, 0.0, 0.8),
+                                             Eigen::Vector3d(1.0, 2.0, 3.0));
+    OnEach(s, Corpus<Eigen::Vector3d>(9, [](Numbers& n) { return Plain(n.Point(5.0)); }),
+           [&](const Eigen::Vector3d& p) { return plane.absDistance(p); });
   });
 }
 
@@ -119,6 +197,14 @@ Pair AnyPair(Numbers& n, double ahead) {
 Pair FarPair(Numbers& n) {
   Pair pair = AnyPair(n, 50.0);
   pair.reach = 1.0;
+  return pair;
+}
+
+/// The slabs overlap along the direction, and the shadows are far aside.
+Pair ApartPair(Numbers& n) {
+  Pair pair = AnyPair(n, 4.0);
+  for (gsl_Point& p : pair.b)
+    p.x += 10.0;
   return pair;
 }
 
@@ -171,10 +257,56 @@ void RegisterSweep(const std::string& name, Pair (*make)(Numbers&)) {
   });
 }
 
+/// Two segments of the plane z = 0, which are across the direction and face each other.
+struct FlatPair {
+  gsl_Vector direction = gsl_Vector(1.0, 0.0, 0.0);
+  gsl_Point a[2], b[2];
+};
+
+/// B is ahead of A, and `aside` of it.
+FlatPair AnyFlatPair(Numbers& n, double aside) {
+  FlatPair pair;
+  for (int i = 0; i < 2; ++i) {
+    const double y = i == 0 ? -4.0 : 4.0;
+    const double ax = n.In(-1.0, 1.0);
+    const double ay = n.In(-1.0, 1.0);
+    const double bx = n.In(4.0, 6.0);
+    const double by = n.In(-1.0, 1.0);
+    pair.a[i] = gsl_Point(ax, y + ay, 0.0);
+    pair.b[i] = gsl_Point(bx, aside - y + by, 0.0);
+  }
+  return pair;
+}
+
+template <class Sweep>
+void OnFlatSweeps(benchmark::State& state, double aside, Sweep sweep) {
+  const std::vector<FlatPair> pairs =
+      Corpus<FlatPair>(10, [aside](Numbers& n) { return AnyFlatPair(n, aside); });
+  constexpr bool kBothSides[2] = {true, true};
+  gsl_Point contacts[2];
+  OnEach(state, pairs, [&](const FlatPair& p) {
+    double distance = std::numeric_limits<double>::infinity();
+    benchmark::DoNotOptimize(
+        sweep(p.direction, p.a[0], p.a[1], p.b[0], p.b[1], kBothSides, 0.0, contacts, distance));
+    return distance;
+  });
+}
+
+void RegisterInPlane(const std::string& name, double aside) {
+  benchmark::RegisterBenchmark((name + "/ours").c_str(), [aside](benchmark::State& s) {
+    OnFlatSweeps(s, aside, gsl_InPlaneSegSegMinDirectionalDist);
+  });
+}
+
 const bool registered = [] {
   RegisterLines();
+  RegisterLinePeers();
+  RegisterDistances();
   RegisterSegments();
+  RegisterInPlane("InPlaneOverlapping", 0.0);
+  RegisterInPlane("InPlaneAside", 20.0);
   RegisterSweep("SweepOutOfReach", FarPair);
+  RegisterSweep("SweepApart", ApartPair);
   RegisterSweep("SweepOneSided", OneSidedPair);
   RegisterSweep("SweepEveryCandidate", NearPair);
   RegisterSweep("SweepEdgeOn", EdgeOnPair);

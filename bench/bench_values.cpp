@@ -1,5 +1,5 @@
 // Measures vectors, points and transforms beside Eigen, which has the same operations on its own
-// types.
+// types, and beside bare numbers that keep their length as our vectors do.
 
 #include "RandomNumbers.h"
 #include "gsl_Matrix.h"
@@ -9,6 +9,7 @@
 #include <Eigen/Geometry>
 #include <benchmark/benchmark.h>
 
+#include <cmath>
 #include <cstddef>
 #include <vector>
 
@@ -64,6 +65,45 @@ Eigen::Isometry3d SomeIsometry() {
 template <class Work>
 void Register(const char* name, Work work) {
   benchmark::RegisterBenchmark(name, work);
+}
+
+/// What a host would write by itself: components with their length.
+struct Bare {
+  double x, y, z, length;
+  Bare() = default;
+  Bare(double x0, double y0, double z0)
+      : x(x0), y(y0), z(z0), length(std::sqrt(x0 * x0 + y0 * y0 + z0 * z0)) {}
+};
+
+void RegisterSums() {
+  using V = gsl_Vector;
+  Register("VectorAdd/ours", [](benchmark::State& s) {
+    OnPairs<V>(s, [](const V& a, const V& b) { return a + b; });
+  });
+  Register("VectorAdd/bare", [](benchmark::State& s) {
+    OnPairs<Bare>(
+        s, [](const Bare& a, const Bare& b) { return Bare(a.x + b.x, a.y + b.y, a.z + b.z); });
+  });
+  Register("VectorScale/ours", [](benchmark::State& s) {
+    OnPairs<V>(s, [](V a, const V& b) {
+      a.Scale(b.x);
+      return a;
+    });
+  });
+  Register("VectorScale/bare", [](benchmark::State& s) {
+    OnPairs<Bare>(s, [](Bare a, const Bare& b) {
+      a.x *= b.x;
+      a.y *= b.x;
+      a.z *= b.x;
+      a.length *= std::fabs(b.x);
+      return a;
+    });
+  });
+  Register("VectorCrossAndLength/bare", [](benchmark::State& s) {
+    OnPairs<Bare>(s, [](const Bare& a, const Bare& b) {
+      return Bare(a.y * b.z - a.z * b.y, a.z * b.x - a.x * b.z, a.x * b.y - a.y * b.x);
+    });
+  });
 }
 
 void RegisterVectors() {
@@ -159,6 +199,7 @@ void RegisterTransforms() {
 }
 
 const bool registered = [] {
+  RegisterSums();
   RegisterVectors();
   RegisterPoints();
   RegisterTransforms();

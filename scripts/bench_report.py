@@ -3,6 +3,7 @@
 
 usage: bench_report.py [--may-be-empty] RESULT.json...
        bench_report.py --mean RESULT.json    the geometric mean of all times, in nanoseconds
+       bench_report.py --library RESULT.json...    the times by work and by who does it, as JSON
 
 The benchmarks Work/ours and Work/PEER, with otherwise equal names, do the same work. The ratio is
 the peer's time divided by ours, so ours is faster when it is above 1. Times are processor times, so that
@@ -75,6 +76,13 @@ def main():
         sys.exit(__doc__)
     if sys.argv[1] == "--mean":
         print(round(statistics.geometric_mean(read(sys.argv[2:]).values())))
+        return
+    if sys.argv[1] == "--library":
+        works = {}
+        for name, time in read(sys.argv[2:]).items():
+            work, who = split(name)
+            works.setdefault(work, {})[who or "ours"] = time
+        print(json.dumps({"isComplete": True, "works": works}))
         return
     may_be_empty = sys.argv[1] == "--may-be-empty"
     paths = sys.argv[2:] if may_be_empty else sys.argv[1:]

@@ -364,7 +364,98 @@ def python(result):
         [name, three(1e-3 * time), three(time / own["point_triangle"])] for name, time in result["numpyTimes"].items()))
 
 
-SECTIONS = [("First contact of bodies", "bench_sweep.json", sweep), ("Records", "bench_records.json", records),
+# The library.
+
+# What a goal is about, its limit over the fastest peer, and its works.
+RATIOS = [
+    ("solver, n = 3, 4, 8, 16", 0.95, [f"FactorAndSolve/{n}" for n in (3, 4, 8, 16)]),
+    ("arithmetic that keeps the length", 1.05, ["VectorAdd", "VectorScale", "VectorCrossAndLength"]),
+    ("boxes, transforms, comparisons", 1.1,
+     ["BoxIntersect", "BoxAddPoints", "TransformPoint", "VectorDot", "VectorNormalize", "IsParallel", "RealEqual"]),
+    ("point and line, point and plane", 1.2, ["PointLineDistance", "PointPlaneDistance"]),
+    ("line and plane, two lines", 1.2, ["LinePlaneIntersection", "LineLineCrossing", "LineLineSkew"]),
+    ("point and segment, point and triangle", 1.5, ["PointSegmentDistance", "PointTriangleDistance"]),
+    ("two segments", 2.5, ["SegmentSegmentDistance"]),
+    ("rotation, product, inverse, transform of a box", 1.2,
+     ["RotationAboutAxis", "TransformConcatenate", "TransformInverse", "BoxTransform"]),
+    ("circle through three points", 1.5, ["CircumCircle"]),
+]
+# What a goal is about, its limit in nanoseconds, and its work.
+NANOSECONDS = [
+    ("two triangles, rejected by their extents", 8, "SweepOutOfReach"),
+    ("two triangles, apart", 100, "SweepApart"),
+    ("two triangles, every candidate", 200, "SweepEveryCandidate"),
+    ("two segments of a plane, overlapping", 30, "InPlaneOverlapping"),
+    ("two segments of a plane, aside", 8, "InPlaneAside"),
+]
+# Second implementations of this project are no peers: they are slow on purpose.
+SECOND = ("transcription", "textbook", "steps", "scalar", "baseline", "avx2")
+
+
+def fastest_peer(by):
+    """Returns the name of the fastest peer, or None."""
+    peers = {who: time for who, time in by.items() if who != "ours" and who not in SECOND}
+    peers = peers or {who: time for who, time in by.items() if who == "steps"}
+    return min(peers, key=peers.get) if peers else None
+
+
+def library_goals(works):
+    """Yields the rows of the goals: the worst work of each."""
+    def ratio(work):
+        by = works.get(work, {})
+        peer = fastest_peer(by)
+        return by["ours"] / by[peer] if peer and "ours" in by else None
+
+    for what, limit, of in RATIOS:
+        measured = {work: ratio(work) for work in of if ratio(work) is not None}
+        worst = max(measured, key=measured.get) if measured else None
+        name = f" ({worst})" if worst and len(of) > 1 else ""
+        yield goal_row(f"{what}: times the fastest{name}", limit, measured.get(worst))
+    for what, limit, work in NANOSECONDS:
+        yield goal_row(f"{what}: ns", limit, works.get(work, {}).get("ours"))
+
+
+def in_order(work):
+    return [part.zfill(12) if part.isdigit() else part for part in work.split("/")]
+
+
+def library_rows(works):
+    for work in sorted(works, key=in_order):
+        by = works[work]
+        if work.startswith("Batch") or "ours" not in by:
+            continue
+        peer = fastest_peer(by)
+        others = ", ".join(f"{who} {three(time)}" for who, time in sorted(by.items()) if who not in ("ours", peer))
+        yield [work, three(by["ours"]), peer or "", three(by[peer]) if peer else "",
+               three(by["ours"] / by[peer]) if peer else "", others]
+
+
+def batch_rows(works, inputs):
+    for work in sorted(works):
+        by = {who: time / inputs for who, time in works[work].items()}
+        if work.startswith("Batch") and "scalar" in by:
+            yield [work.removeprefix("Batch"), *(three(by[who]) if who in by else "" for who in ("ours", "avx2", "baseline")),
+                   three(by["scalar"]), three(by["scalar"] / by["ours"])]
+
+
+def library(result):
+    works = result["works"]
+    yield "Times are medians of nine runs in nanoseconds of processor time, on one processor, in random order. Every work"
+    yield "runs over 4096 random inputs in turn, so that no branch predictor learns them, and BoxAddPoints adds all of them. A"
+    yield "ratio is our time divided by the time of the fastest peer."
+    yield from ["", "### Goals", "", "Each row shows the worst work of its kind.", ""]
+    yield from table(["goal", "limit", "measured", "met"], library_goals(works))
+    yield from ["", "### Values, queries and small systems", ""]
+    yield "The peer \"bare\" is the same arithmetic on plain structs, and \"steps\" are the documented steps on them. Eigen"
+    yield "has no distance of a triangle or of two segments, and no crossing of two lines: there it does the usual formula."
+    yield ""
+    yield from table(["work", "ours", "fastest peer", "its time", "ratio", "others"], library_rows(works))
+    yield from ["", "### Batches", "", "Times for one input. The gain is the loop of scalar calls over ours.", ""]
+    yield from table(["batch", "ours", "AVX2", "baseline", "loop", "gain"], batch_rows(works, 4096))
+
+
+SECTIONS = [("First contact of bodies", "bench_sweep.json", sweep), ("The library", "bench_library.json", library),
+            ("Records", "bench_records.json", records),
             ("The Python module", "bench_python.json", python)]
 
 

@@ -58,6 +58,19 @@ TEST(Lanes, LargestLooksAtEveryLane) {
   }
 }
 
+TEST(Lanes, EqualLanesHasABitForEachLane) {
+  const Doubles v = Counted(-20.0);
+  EXPECT_EQ(EqualLanes(v, v), (1u << kLanes) - 1);
+  for (int at = 0; at < kLanes; ++at) {
+    Doubles other = v;
+    other[at] += 0.5;
+    EXPECT_EQ(EqualLanes(v, other), ((1u << kLanes) - 1) & ~(1u << at)) << at;
+    other[at] = std::nan("");
+    EXPECT_EQ(EqualLanes(other, other), ((1u << kLanes) - 1) & ~(1u << at)) << "NaN equals nothing";
+  }
+  EXPECT_EQ(EqualLanes(Splat(0.0), Splat(-0.0)), (1u << kLanes) - 1);
+}
+
 TEST(Lanes, AnyBitFindsEachBit) {
   EXPECT_FALSE(AnyBit(SplatBits(0)));
   for (int at = 0; at < kLanes; ++at) {
