@@ -125,7 +125,7 @@ Written WriteOurs(const Model& model) {
   WriteAll(save, model.axes);
   WriteAll(save, model.segments);
   WriteAll(save, model.boxes);
-  const auto bytes = std::make_shared<std::vector<unsigned char>>(store.ToBytes());
+  const auto bytes = std::make_shared<std::vector<unsigned char>>(store.TakeBytes());
   return {bytes, bytes->data(), bytes->size()};
 }
 
@@ -141,7 +141,7 @@ void ReadAll(cls_Load& load, const std::map<std::uint32_t, std::size_t>& counts,
 }
 
 Model ReadOurs(const Written& written) {
-  const gsl_RecordStore store = gsl_RecordStore::FromBytes(written.begin, written.count);
+  const gsl_RecordStore store = gsl_RecordStore::OverBytes(written.begin, written.count);
   std::map<std::uint32_t, std::size_t> counts;
   const std::size_t rootCount = store.RootCount();
   for (std::size_t i = 0; i < rootCount; ++i)

@@ -34,14 +34,73 @@ constexpr Tables MakeTables() {
 constexpr Tables kTables = MakeTables();
 
 #if defined(__x86_64__)
+/// What a remainder becomes when zeros follow: the sum of what its bits become.
+using OfBits = std::array<std::uint32_t, 32>;
+/// The same for each byte of a remainder.
+using OfBytes = std::array<std::array<std::uint32_t, 256>, 4>;
+
+constexpr std::uint32_t Applied(const OfBits& ofBits, std::uint32_t remainder) {
+  std::uint32_t sum = 0;
+  for (std::size_t bit = 0; bit < 32; ++bit)
+    sum ^= ((remainder >> bit) & 1u) != 0 ? ofBits[bit] : 0u;
+  return sum;
+}
+
+/// After 2^doublings bytes of zeros.
+constexpr OfBytes AfterZeros(int doublings) {
+  OfBits ofBits = {};
+  for (std::size_t bit = 0; bit < 32; ++bit) {
+    const std::uint32_t remainder = std::uint32_t{1} << bit;
+    ofBits[bit] = (remainder >> 8) ^ kTables[0][remainder & 0xFFu];
+  }
+  for (; doublings != 0; --doublings) {
+    OfBits doubled = {};
+    for (std::size_t bit = 0; bit < 32; ++bit)
+      doubled[bit] = Applied(ofBits, ofBits[bit]);
+    ofBits = doubled;
+  }
+  OfBytes ofBytes = {};
+  for (std::size_t k = 0; k < 4; ++k) {
+    for (std::uint32_t byte = 0; byte < 256; ++byte)
+      ofBytes[k][byte] = Applied(ofBits, byte << (8 * k));
+  }
+  return ofBytes;
+}
+
+/// The instruction takes three cycles and starts in every cycle, so three lanes run side by side.
+constexpr int kLaneDoublings = 10;
+constexpr std::size_t kLane = std::size_t{1} << kLaneDoublings;
+constexpr OfBytes kAfterOneLane = AfterZeros(kLaneDoublings);
+constexpr OfBytes kAfterTwoLanes = AfterZeros(kLaneDoublings + 1);
+
+std::uint64_t Shifted(const OfBytes& ofBytes, std::uint64_t remainder) {
+  return ofBytes[0][remainder & 0xFFu] ^ ofBytes[1][(remainder >> 8) & 0xFFu] ^
+         ofBytes[2][(remainder >> 16) & 0xFFu] ^ ofBytes[3][(remainder >> 24) & 0xFFu];
+}
+
+__attribute__((target("sse4.2"))) std::uint64_t With(std::uint64_t remainder,
+                                                     const unsigned char* bytes) {
+  std::uint64_t word = 0;
+  std::memcpy(&word, bytes, kStep);
+  return __builtin_ia32_crc32di(remainder, word);
+}
+
 __attribute__((target("sse4.2"))) std::uint32_t
 ByInstruction(const unsigned char* bytes, std::size_t count, std::uint32_t remainder) {
   std::uint64_t wide = remainder;
-  for (; count >= kStep; bytes += kStep, count -= kStep) {
-    std::uint64_t word = 0;
-    std::memcpy(&word, bytes, kStep);
-    wide = __builtin_ia32_crc32di(wide, word);
+  // The remainder of a sum is the sum of the remainders.
+  for (; count >= 3 * kLane; bytes += 3 * kLane, count -= 3 * kLane) {
+    std::uint64_t second = 0;
+    std::uint64_t third = 0;
+    for (std::size_t i = 0; i < kLane; i += kStep) {
+      wide = With(wide, bytes + i);
+      second = With(second, bytes + kLane + i);
+      third = With(third, bytes + 2 * kLane + i);
+    }
+    wide = Shifted(kAfterTwoLanes, wide) ^ Shifted(kAfterOneLane, second) ^ third;
   }
+  for (; count >= kStep; bytes += kStep, count -= kStep)
+    wide = With(wide, bytes);
   auto sum = static_cast<std::uint32_t>(wide);
   for (; count != 0; ++bytes, --count)
     sum = __builtin_ia32_crc32qi(sum, *bytes);

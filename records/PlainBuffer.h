@@ -13,6 +13,23 @@
 
 namespace gsl_records {
 
+/// Asks for large pages where memory of that size begins. Small pages, which the system hands out
+/// one by one, take longer than filling them.
+inline void PreferLargePages(const void* memory, std::size_t size) {
+#if defined(__linux__) && defined(MADV_HUGEPAGE)
+  constexpr std::uintptr_t kHugePage = std::uintptr_t{1} << 21;
+  const auto begin = reinterpret_cast<std::uintptr_t>(memory);
+  const std::uintptr_t first = (begin + kHugePage - 1) / kHugePage * kHugePage;
+  const std::uintptr_t end = (begin + size) / kHugePage * kHugePage;
+  if (end > first + kHugePage) {
+    madvise(reinterpret_cast<void*>(first), end - first, MADV_HUGEPAGE);
+  }
+#else
+  static_cast<void>(memory);
+  static_cast<void>(size);
+#endif
+}
+
 /// A growing array of plain values. It grows by realloc, which moves the pages of a large array
 /// instead of copying them, so that growing does not hold the array twice.
 template <class T>
@@ -21,21 +38,35 @@ class PlainBuffer {
 
 public:
   PlainBuffer() = default;
-  ~PlainBuffer() { std::free(m_items); }
+  ~PlainBuffer() {
+    if (!m_isBorrowed) std::free(m_items);
+  }
   PlainBuffer(const PlainBuffer&) = delete;
   PlainBuffer& operator=(const PlainBuffer&) = delete;
   PlainBuffer(PlainBuffer&& other) noexcept
       : m_items(std::exchange(other.m_items, nullptr)), m_size(std::exchange(other.m_size, 0)),
-        m_capacity(std::exchange(other.m_capacity, 0)) {}
+        m_capacity(std::exchange(other.m_capacity, 0)),
+        m_isBorrowed(std::exchange(other.m_isBorrowed, false)) {}
   PlainBuffer& operator=(PlainBuffer&& other) noexcept {
     std::swap(m_items, other.m_items);
     std::swap(m_size, other.m_size);
     std::swap(m_capacity, other.m_capacity);
+    std::swap(m_isBorrowed, other.m_isBorrowed);
     return *this;
   }
 
+  /// Returns an array that reads values of somebody else, who keeps them as long as the array
+  /// lives. Room for a further value copies them.
+  static PlainBuffer Borrowed(const T* items, std::size_t count) {
+    PlainBuffer buffer;
+    buffer.m_items = const_cast<T*>(items);
+    buffer.m_size = buffer.m_capacity = count;
+    buffer.m_isBorrowed = true;
+    return buffer;
+  }
+
   std::size_t Size() const { return m_size; }
-  std::size_t BytesHeld() const { return m_capacity * sizeof(T); }
+  std::size_t BytesHeld() const { return m_isBorrowed ? 0 : m_capacity * sizeof(T); }
   T* Begin() { return m_items; }
   const T* Begin() const { return m_items; }
   T& operator[](std::size_t i) { return m_items[i]; }
@@ -50,7 +81,35 @@ public:
   }
   /// Ends at a place that Room made reachable, or earlier.
   void SetEnd(const T* end) { m_size = static_cast<std::size_t>(end - m_items); }
-  void Truncate(std::size_t size) { m_size = size; }
+  void Truncate(std::size_t size) {
+    m_size = size;
+    // What is borrowed is never written.
+    if (m_isBorrowed) m_capacity = size;
+  }
+  /// Copies what is borrowed.
+  void Own() {
+    if (!m_isBorrowed) return;
+    if (m_size != 0) {
+      Grow(0);
+    } else {
+      *this = PlainBuffer();
+    }
+  }
+  /// Gives the pages of the first values back to the system, where it takes them. The values may be
+  /// lost; the array may be destroyed or truncated to nothing.
+  void ForgetFirst(std::size_t count) const {
+#if defined(__linux__) && defined(MADV_DONTNEED)
+    constexpr std::uintptr_t kPage = std::uintptr_t{1} << 16;
+    const auto begin = reinterpret_cast<std::uintptr_t>(m_items);
+    const std::uintptr_t first = (begin + kPage - 1) / kPage * kPage;
+    const std::uintptr_t end = (begin + count * sizeof(T)) / kPage * kPage;
+    if (!m_isBorrowed && end > first) {
+      madvise(reinterpret_cast<void*>(first), end - first, MADV_DONTNEED);
+    }
+#else
+    static_cast<void>(count);
+#endif
+  }
   void Append(const T& value) {
     *Room(1) = value;
     ++m_size;
@@ -65,32 +124,22 @@ private:
   void Grow(std::size_t count) {
     constexpr std::size_t kFirst = 64;
     std::size_t capacity = m_capacity + m_capacity / 2 + kFirst;
-    if (capacity < m_size + count) capacity = m_size + count;
-    void* const grown = std::realloc(static_cast<void*>(m_items), capacity * sizeof(T));
+    if (capacity < m_size + count || m_isBorrowed) capacity = m_size + count;
+    void* const grown =
+        std::realloc(m_isBorrowed ? nullptr : static_cast<void*>(m_items), capacity * sizeof(T));
     if (grown == nullptr) throw std::bad_alloc();
+    // An array that grows in steps moves, and loses its large pages.
+    if (m_isBorrowed || 2 * count >= capacity) PreferLargePages(grown, capacity * sizeof(T));
+    if (m_isBorrowed && m_size != 0) std::memcpy(grown, m_items, m_size * sizeof(T));
     m_items = static_cast<T*>(grown);
     m_capacity = capacity;
-    // An array that grows in steps moves, and loses its large pages.
-    if (2 * count >= capacity) PreferLargePages();
-  }
-
-  /// Small pages, which the system hands out one by one, take longer than filling them.
-  void PreferLargePages() {
-#if defined(__linux__) && defined(MADV_HUGEPAGE)
-    constexpr std::uintptr_t kHugePage = std::uintptr_t{1} << 21;
-    const auto begin = reinterpret_cast<std::uintptr_t>(m_items);
-    const std::uintptr_t first = (begin + kHugePage - 1) / kHugePage * kHugePage;
-    const std::uintptr_t end = (begin + m_capacity * sizeof(T)) / kHugePage * kHugePage;
-    if (end > first + kHugePage) {
-      madvise(static_cast<void*>(reinterpret_cast<char*>(m_items) + (first - begin)), end - first,
-              MADV_HUGEPAGE);
-    }
-#endif
+    m_isBorrowed = false;
   }
 
   T* m_items = nullptr;
   std::size_t m_size = 0;
   std::size_t m_capacity = 0;
+  bool m_isBorrowed = false;
 };
 
 } // namespace gsl_records

@@ -95,7 +95,7 @@ gsl_records::Number gsl_RecordStore::Data::NumberOfObject(gsl_RecordIndex key) c
 void gsl_RecordStore::Data::EndRecord() {
   Frame& frame = frames[depth - 1];
   if (frame.place == Frame::Place::Root) {
-    roots.Back().record = AppendRecord(frame);
+    roots.SetLastRecord(AppendRecord(frame));
   } else if (frame.place == Frame::Place::Object) {
     objects[frame.object].record = AppendRecord(frame);
   } else {
@@ -111,8 +111,6 @@ void gsl_RecordStore::Data::EndRecord() {
 gsl_records::Number gsl_RecordStore::Data::AppendRecord(const Frame& frame) {
   const std::size_t begin = bytes.Size();
   const Number number = Counted(RecordCount());
-  offsets.Room(2);
-  if (offsets.Size() == 0) offsets.Append(begin);
   std::uint32_t hash = 0;
   try {
     AppendBytes(frame);
@@ -136,6 +134,8 @@ void gsl_RecordStore::Data::AppendBytes(const Frame& frame) {
   if (bytes.Size() + room >= kMostBytes) {
     throw gsl_RecordError("The record store is full: it holds at most 1099511627775 bytes");
   }
+  offsets.MakeRoom(2, bytes.Size() + room);
+  if (offsets.Size() == 0) offsets.Append(bytes.Size());
   unsigned char* at = PutVarint(bytes.Room(room), shape);
   if (frame.identity == gsl_RecordIdentity()) {
     *at++ = 0;
@@ -349,16 +349,16 @@ gsl_RecordStore::Data::TableSizes gsl_RecordStore::Data::SizesOfTables() const {
 
 void gsl_RecordStore::Data::StartRoot(gsl_RecordIndex key) {
   const TableSizes sizes = SizesOfTables();
-  roots.Room(1);
+  roots.MakeRoomToStart();
   if (savepoints.empty() || !(savepoints.back().before == sizes)) {
     savepoints.push_back({roots.Size(), sizes});
   }
-  roots.Append({nullptr, kNone, key, Counted(RecordCount()), Counted(objects.size())});
+  roots.AddStarted({key, Counted(RecordCount()), Counted(objects.size())});
 }
 
 void gsl_RecordStore::Data::TakeBackRoots(std::size_t first) {
   depth = 0;
-  const Root& root = roots[first];
+  const gsl_records::RecordRoots::Start root = roots.StartOf(first);
   const std::size_t count = root.recordsBefore;
   if (count < RecordCount()) offsets.Truncate(count + 1);
   if (offsets.Size() != 0) bytes.Truncate(static_cast<std::size_t>(offsets.Back()));
@@ -374,7 +374,7 @@ void gsl_RecordStore::Data::TakeBackRoots(std::size_t first) {
   for (Run& run : runs)
     run.isWhole = false;
   for (std::size_t i = first; i < roots.Size(); ++i) {
-    if (roots[i].name != nullptr) rootNames.erase(rootNames.find(*roots[i].name));
+    if (const std::string* const name = roots.Name(i)) rootNames.erase(rootNames.find(*name));
   }
   roots.Truncate(first);
 }

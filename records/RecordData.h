@@ -3,6 +3,8 @@
 
 #include "PlainBuffer.h"
 #include "RecordDuplicates.h"
+#include "RecordOffsets.h"
+#include "RecordRoots.h"
 #include "RecordShapes.h"
 #include "RecordTables.h"
 #include "SerialSet.h"
@@ -50,13 +52,6 @@ struct GSL_RECORDS_HIDDEN gsl_RecordStore::Data {
       return shapes == o.shapes && texts == o.texts && prefixes == o.prefixes &&
              classes == o.classes && extraPlaces == o.extraPlaces;
     }
-  };
-  struct Root {
-    const std::string* name; ///< null for a root without a name
-    Number record;           ///< kNone while the root is being written
-    gsl_RecordIndex key;     ///< the number that its writer knows
-    /// How many there were when the root was started.
-    Number recordsBefore, objectsBefore;
   };
   /// The sizes when a root was started; they hold for the roots up to the next savepoint.
   struct Savepoint {
@@ -182,8 +177,8 @@ struct GSL_RECORDS_HIDDEN gsl_RecordStore::Data {
 
   /// The records are at the offsets; after the last record there is its end.
   ByteBuffer bytes;
-  gsl_records::PlainBuffer<std::uint64_t> offsets;
-  gsl_records::PlainBuffer<Root> roots;
+  gsl_records::RecordOffsets offsets;
+  gsl_records::RecordRoots roots;
   std::vector<Savepoint> savepoints;
   /// Owns the names.
   std::unordered_map<std::string, std::size_t> rootNames;

@@ -106,6 +106,10 @@ std::array<unsigned char, kHeaderSize> HeaderOf(std::uint64_t bodySize) {
   return header;
 }
 
+BlockSums::BlockSums(std::size_t bodySize) {
+  m_sums.reserve(static_cast<std::size_t>(BlockCount(bodySize)) * kSumSize);
+}
+
 void BlockSums::Add(Bytes bytes) {
   while (bytes.count != 0) {
     if (m_inBlock == 0) StartBlock();
@@ -142,7 +146,7 @@ void FinishFrame(std::vector<unsigned char>& bytes) {
   const std::size_t bodySize = bytes.size() - kHeaderSize;
   const std::array<unsigned char, kHeaderSize> header = HeaderOf(bodySize);
   std::memcpy(bytes.data(), header.data(), kHeaderSize);
-  BlockSums body;
+  BlockSums body(bodySize);
   body.Add({bytes.data() + kHeaderSize, bodySize});
   const std::vector<unsigned char> sums = body.Finish();
   bytes.insert(bytes.end(), sums.begin(), sums.end());

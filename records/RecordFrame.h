@@ -35,6 +35,10 @@ std::array<unsigned char, kHeaderSize> HeaderOf(std::uint64_t bodySize);
 /// The checksums of a body whose bytes come in order.
 class BlockSums {
 public:
+  /// Of a body of that many bytes. Nothing else allocates.
+  explicit BlockSums(std::size_t bodySize);
+  /// The bytes that the checksums take.
+  std::size_t Size() const { return m_sums.capacity(); }
   void Add(Bytes bytes);
   /// Ends the body. Returns the checksums of its blocks, as they follow it.
   std::vector<unsigned char> Finish();

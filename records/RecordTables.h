@@ -65,6 +65,7 @@ class PrefixTable {
 public:
   Number Size() const { return static_cast<Number>(m_prefixes.size()); }
   std::uint64_t operator[](Number number) const { return m_prefixes[number]; }
+  const std::uint64_t* Prefixes() const { return m_prefixes.data(); }
   /// Returns the number of the prefix, which is added where it is new.
   Number NumberOf(std::uint64_t prefix) {
     if (m_last < m_prefixes.size() && m_prefixes[m_last] == prefix) return m_last;

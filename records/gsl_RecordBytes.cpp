@@ -1,28 +1,26 @@
 #include "RecordBytes.h"
+#include "RecordChecker.h"
 #include "RecordFrame.h"
 #include "gsl_RecordError.h"
 #include "gsl_RecordStore.h"
 
-#include <cstring>
+#include <algorithm>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <unordered_map>
 #include <utility>
 #include <vector>
 
-using gsl_records::kNone;
+using gsl_records::CheckedKind;
 using gsl_records::Number;
+using gsl_records::Refuse;
 using gsl_records::Shape;
 using gsl_records::ShapeField;
-using Kind = gsl_RecordKind;
 
 namespace {
 
 constexpr std::string_view kWriter = "gsl_geometry " GSL_RECORDS_VERSION;
-
-[[noreturn]] void Refuse(const char* why) {
-  throw gsl_RecordError(why);
-}
 
 /// Appends numbers and texts to bytes.
 class Writer {
@@ -169,13 +167,13 @@ public:
     ReadShapes();
     ReadObjects();
     ReadRoots();
-    m_recordCount = m_in.Count(kFewestRecordBytes);
+    const std::size_t recordCount = m_in.Count(kFewestRecordBytes);
     const unsigned char* const records = m_in.At();
-    ReadRecords(base != nullptr ? base : records);
-    CheckLinks();
+    gsl_RecordChecker checker({records, m_in.Remaining()}, m_data);
+    checker.Check(recordCount, base != nullptr ? base : records);
     m_data.rootsRead = m_data.roots.Size();
     m_data.objectsRead = m_data.objects.size();
-    m_data.recordsToLookUp = m_recordCount;
+    m_data.recordsToLookUp = recordCount;
     return records;
   }
 
@@ -259,24 +257,15 @@ private:
     return m_data.shapes.NextOfNumber(node, name, index, static_cast<std::uint8_t>(kind));
   }
 
-  static unsigned int CheckedKind(unsigned int kind) {
-    if (kind > static_cast<unsigned int>(Kind::Null) ||
-        kind == static_cast<unsigned int>(Kind::Reference)) {
-      Refuse("A field in the bytes is of an unknown kind");
-    }
-    return kind;
-  }
-
   void ReadObjects() {
     m_data.objects.resize(m_in.Count(1));
     for (gsl_RecordStore::Data::Object& object : m_data.objects)
       object = {0, m_in.Varint32()};
-    m_isOwned.assign(m_data.objects.size(), false);
   }
 
   void ReadRoots() {
     const std::size_t count = m_in.Count(2);
-    m_data.roots.Room(count);
+    m_data.roots.MakeRoom(count);
     for (std::size_t i = 0; i < count; ++i) {
       const std::string_view name = m_in.Text();
       const std::string* kept = nullptr;
@@ -285,135 +274,15 @@ private:
         if (!isNew) Refuse("Two roots in the bytes have one name");
         kept = &place->first;
       }
-      m_data.roots.Append({kept, m_in.Varint32(), 0, 0, 0});
+      m_data.roots.AddRead(m_in.Varint32());
+      if (kept == nullptr) continue;
+      m_data.roots.MakeRoomForLastName();
+      m_data.roots.SetLastName(kept);
     }
-  }
-
-  void ReadRecords(const unsigned char* base) {
-    m_isHeld.assign(m_recordCount, false);
-    m_written.reserve(m_recordCount);
-    const auto here = [&] { return static_cast<std::uint64_t>(m_in.At() - base); };
-    m_data.offsets.Room(m_recordCount + 1);
-    m_data.offsets.Append(here());
-    for (m_record = 0; m_record < m_recordCount; ++m_record) {
-      m_recordsInside = 1;
-      ReadRecord();
-      m_written.push_back(static_cast<Number>(m_recordsInside));
-      m_data.offsets.Append(here());
-    }
-    if (m_in.Remaining() != 0) Refuse("Bytes follow the last record");
-  }
-
-  void ReadRecord() {
-    const std::uint64_t number = m_in.Varint();
-    if (number >= m_data.shapes.Shapes().size()) Refuse("A record in the bytes has no shape");
-    const Shape& shape = m_data.shapes.Shapes()[static_cast<std::size_t>(number)];
-    const std::uint64_t prefix = m_in.Varint();
-    if (prefix > m_data.prefixes.Size()) Refuse("An identity in the bytes has an unknown prefix");
-    if (prefix != 0) CheckSerial(m_data.prefixes[static_cast<Number>(prefix - 1)], m_in.Varint());
-    const ShapeField* field = &m_data.shapes.Fields()[shape.firstField];
-    for (; field->kind < ShapeField::Entries; ++field) {
-      if (field->kind == static_cast<std::uint8_t>(Kind::Double)) {
-        m_in.Skip(sizeof(double));
-      } else {
-        CheckValue(static_cast<Kind>(field->kind));
-      }
-    }
-    if (shape.collection != gsl_RecordCollection::None) CheckElements(shape.collection);
-  }
-
-  static void CheckSerial(std::uint64_t prefix, std::uint64_t serial) {
-    if (prefix == 0 && serial == 0) {
-      Refuse("A null identity in the bytes has a prefix and a serial, but must be the number 0");
-    }
-  }
-
-  void CheckElements(gsl_RecordCollection collection) {
-    if (collection == gsl_RecordCollection::Unsigneds) {
-      for (std::size_t count = m_in.Count(1); count != 0; --count)
-        m_in.Varint32();
-    } else if (collection == gsl_RecordCollection::Doubles) {
-      const std::size_t rows = m_in.Varint32();
-      const std::size_t columns = m_in.Varint32();
-      const std::size_t most = m_in.Remaining() / sizeof(double);
-      if (columns != 0 && rows > most / columns) Refuse("The bytes announce more than they hold");
-      m_in.Skip(rows * columns * sizeof(double));
-    } else if (collection == gsl_RecordCollection::Objects) {
-      for (unsigned int tag = m_in.Byte(); tag != gsl_records::kEndOfEntries; tag = m_in.Byte())
-        CheckValue(static_cast<Kind>(CheckedKind(tag)));
-    }
-  }
-
-  void CheckValue(Kind kind) {
-    switch (kind) {
-    case Kind::Double:
-      return m_in.Skip(sizeof(double));
-    case Kind::Boolean:
-      if (m_in.Byte() > 1) Refuse("A boolean in the bytes is neither true nor false");
-      return;
-    case Kind::String:
-      if (m_in.Varint() >= m_data.texts.Size()) Refuse("A field in the bytes has an unknown text");
-      return;
-    case Kind::Record:
-      return Hold(m_in.Varint());
-    case Kind::Object:
-      return CheckObject(m_in.Varint());
-    default:
-      m_in.Varint32();
-    }
-  }
-
-  /// A field holds a record. Nothing can hold itself, because a record follows the records that it
-  /// holds.
-  void Hold(std::uint64_t record) {
-    if (record >= m_record) Refuse("A field in the bytes must hold a record before its own record");
-    const auto held = static_cast<std::size_t>(record);
-    m_isHeld[held] = true;
-    m_recordsInside += m_written[held];
-    if (m_recordsInside >= kNone) RefuseSize();
-  }
-
-  void CheckObject(std::uint64_t value) {
-    const std::uint64_t number = value >> 1;
-    if (number >= m_data.objects.size()) Refuse("A field in the bytes has an unknown object");
-    if ((value & 1u) != 0) return;
-    const auto object = static_cast<std::size_t>(number);
-    if (m_isOwned[object]) Refuse("An object in the bytes belongs to two fields");
-    m_isOwned[object] = true;
-    Hold(m_data.objects[object].record);
-  }
-
-  void CheckLinks() {
-    std::uint64_t written = 0;
-    for (std::size_t i = 0; i < m_data.roots.Size(); ++i) {
-      const Number record = m_data.roots[i].record;
-      if (record >= m_recordCount) Refuse("A root in the bytes is not a record");
-      m_isHeld[record] = true;
-      written += m_written[record];
-      if (written >= kNone) RefuseSize();
-    }
-    m_data.placesRead = static_cast<std::size_t>(written);
-    for (const bool isHeld : m_isHeld) {
-      if (!isHeld) Refuse("A record in the bytes belongs to nothing");
-    }
-    for (const bool isOwned : m_isOwned) {
-      if (!isOwned) Refuse("An object in the bytes belongs to no field");
-    }
-  }
-
-  /// Equal records are stored once; a reader meets them once for each place that holds them.
-  [[noreturn]] static void RefuseSize() {
-    Refuse("The bytes hold more than 4294967294 records, counted at every place that holds them");
   }
 
   Reader m_in;
   gsl_RecordStore::Data& m_data;
-  std::size_t m_recordCount = 0;
-  std::size_t m_record = 0;
-  /// How many records there are within a record, itself included, counted at every place.
-  std::uint64_t m_recordsInside = 0;
-  std::vector<Number> m_written;
-  std::vector<bool> m_isHeld, m_isOwned;
 };
 
 gsl_records::PlainBuffer<unsigned char>
@@ -439,9 +308,9 @@ gsl_RecordCodec::TablesOf(const gsl_RecordStore::Data& data) {
     out.Varint(object.record);
   out.Varint(data.roots.Size());
   for (std::size_t i = 0; i < data.roots.Size(); ++i) {
-    const gsl_RecordStore::Data::Root& root = data.roots[i];
-    out.Text(root.name != nullptr ? std::string_view(*root.name) : std::string_view());
-    out.Varint(root.record);
+    const std::string* const name = data.roots.Name(i);
+    out.Text(name != nullptr ? std::string_view(*name) : std::string_view());
+    out.Varint(data.roots.Record(i));
   }
   out.Varint(data.RecordCount());
   return std::move(out.bytes);
@@ -458,28 +327,79 @@ const unsigned char* gsl_RecordCodec::Decode(gsl_records::Bytes body, const unsi
   return gsl_RecordDecoder(body, data).Decode(base);
 }
 
+namespace {
+
+/// Room for a byte form, in large pages.
+std::vector<unsigned char> RoomFor(std::size_t size) {
+  std::vector<unsigned char> bytes;
+  bytes.reserve(size);
+  gsl_records::PreferLargePages(bytes.data(), size);
+  return bytes;
+}
+
+void Append(std::vector<unsigned char>& bytes, gsl_records::Bytes part) {
+  bytes.insert(bytes.end(), part.begin, part.begin + part.count);
+}
+
+} // namespace
+
 std::vector<unsigned char> gsl_RecordStore::ToBytes() const {
   m_data->EndAll();
   const gsl_records::PlainBuffer<unsigned char> tables = gsl_RecordCodec::TablesOf(*m_data);
   const gsl_records::Bytes records = gsl_RecordCodec::RecordsOf(*m_data);
-  gsl_records::BlockSums body;
+  const std::size_t bodySize = tables.Size() + records.count;
+  const auto header = gsl_records::HeaderOf(bodySize);
+  gsl_records::BlockSums body(bodySize);
+  std::vector<unsigned char> bytes = RoomFor(header.size() + bodySize + body.Size());
+  Append(bytes, {header.data(), header.size()});
   body.Add({tables.Begin(), tables.Size()});
+  Append(bytes, {tables.Begin(), tables.Size()});
   body.Add(records);
+  Append(bytes, records);
   const std::vector<unsigned char> sums = body.Finish();
-  const auto header = gsl_records::HeaderOf(tables.Size() + records.count);
-  std::vector<unsigned char> bytes;
-  bytes.reserve(header.size() + tables.Size() + records.count + sums.size());
-  bytes.insert(bytes.end(), header.begin(), header.end());
-  bytes.insert(bytes.end(), tables.Begin(), tables.Begin() + tables.Size());
-  bytes.insert(bytes.end(), records.begin, records.begin + records.count);
-  bytes.insert(bytes.end(), sums.begin(), sums.end());
+  Append(bytes, {sums.data(), sums.size()});
+  return bytes;
+}
+
+std::vector<unsigned char> gsl_RecordStore::TakeBytes() {
+  m_data->EndAll();
+  gsl_records::PlainBuffer<unsigned char> tables = gsl_RecordCodec::TablesOf(*m_data);
+  const gsl_records::Bytes records = gsl_RecordCodec::RecordsOf(*m_data);
+  const std::size_t bodySize = tables.Size() + records.count;
+  const auto header = gsl_records::HeaderOf(bodySize);
+  gsl_records::BlockSums body(bodySize);
+  std::vector<unsigned char> bytes = RoomFor(header.size() + bodySize + body.Size());
+  auto fresh = std::make_unique<Data>();
+  // Nothing throws from here. Everything but the records is given back first.
+  std::swap(fresh, m_data);
+  const gsl_records::PlainBuffer<unsigned char> taken = std::move(fresh->bytes);
+  fresh.reset();
+  Append(bytes, {header.data(), header.size()});
+  body.Add({tables.Begin(), tables.Size()});
+  Append(bytes, {tables.Begin(), tables.Size()});
+  tables = {};
+  for (std::size_t at = 0; at < records.count; at += gsl_records::kBlockSize) {
+    const std::size_t count = std::min(gsl_records::kBlockSize, records.count - at);
+    Append(bytes, {records.begin + at, count});
+    body.Add({records.begin + at, count});
+    taken.ForgetFirst(static_cast<std::size_t>(records.begin + at + count - taken.Begin()));
+  }
+  const std::vector<unsigned char> sums = body.Finish();
+  Append(bytes, {sums.data(), sums.size()});
   return bytes;
 }
 
 gsl_RecordStore gsl_RecordStore::FromBytes(const unsigned char* bytes, std::size_t count) {
+  gsl_RecordStore store = OverBytes(bytes, count);
+  store.m_data->bytes.Own();
+  return store;
+}
+
+gsl_RecordStore gsl_RecordStore::OverBytes(const unsigned char* bytes, std::size_t count) {
   const gsl_records::Bytes body = gsl_records::BodyOf({bytes, count});
   gsl_RecordStore store;
   const unsigned char* const records = gsl_RecordCodec::Decode(body, nullptr, *store.m_data);
-  store.m_data->bytes.Append(records, static_cast<std::size_t>(body.begin + body.count - records));
+  const auto size = static_cast<std::size_t>(body.begin + body.count - records);
+  store.m_data->bytes = gsl_records::PlainBuffer<unsigned char>::Borrowed(records, size);
   return store;
 }

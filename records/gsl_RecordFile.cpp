@@ -191,7 +191,7 @@ void gsl_SaveRecords(const gsl_RecordStore& store, const std::string& path) {
   const auto header = gsl_records::HeaderOf(tables.Size() + records.count);
   TemporaryFile file(place);
   file.TakePermissions(place);
-  gsl_records::BlockSums body;
+  gsl_records::BlockSums body(tables.Size() + records.count);
   file.Write(place, {header.data(), header.size()});
   for (const gsl_records::Bytes part :
        {gsl_records::Bytes{tables.Begin(), tables.Size()}, records}) {

@@ -48,11 +48,11 @@ std::size_t gsl_RecordStore::RootCount() const {
 
 gsl_RecordIndex gsl_RecordStore::Root(std::size_t i) const {
   m_data->EndAll();
-  return m_data->roots[i].record;
+  return m_data->roots.Record(i);
 }
 
 std::string_view gsl_RecordStore::RootName(std::size_t i) const {
-  const std::string* const name = m_data->roots[i].name;
+  const std::string* const name = m_data->roots.Name(i);
   return name != nullptr ? std::string_view(*name) : std::string_view();
 }
 
@@ -156,6 +156,34 @@ void gsl_RecordStore::ReadDoubles(gsl_RecordIndex record, std::vector<double>& v
   }
 }
 
+gsl_RecordStore::Stored gsl_RecordStore::Where() const {
+  m_data->EndAll();
+  const Data& data = *m_data;
+  const std::uint32_t* const offsets = data.offsets.AllShort();
+  if (offsets == nullptr) return {};
+  return {data.bytes.Begin(),       offsets,           data.roots.Records(),
+          data.prefixes.Prefixes(), data.roots.Size(), data.shapes.Shapes().size()};
+}
+
+std::uint32_t gsl_RecordStore::ReadShape(std::size_t shape, gsl_RecordCollection& collection,
+                                         std::vector<gsl_RecordField>& fields) const {
+  const gsl_records::Shape& found = m_data->shapes.Shapes()[shape];
+  collection = found.collection;
+  fields.clear();
+  const ShapeField* field = &m_data->shapes.Fields()[found.firstField];
+  for (; field->kind < ShapeField::Entries; ++field) {
+    fields.emplace_back();
+    fields.back().name = field->name;
+    fields.back().index = field->index;
+    fields.back().kind = static_cast<Kind>(field->kind);
+  }
+  return found.typeId;
+}
+
+std::string_view gsl_RecordStore::Text(std::uint32_t number) const {
+  return m_data->texts[number];
+}
+
 gsl_RecordIndex gsl_RecordStore::AddRoot(std::uint32_t typeId, const gsl_RecordIdentity& identity) {
   Data& data = *m_data;
   data.EndAll();
@@ -175,12 +203,13 @@ void gsl_RecordStore::NameRoot(std::string_view name) {
   Data& data = *m_data;
   if (name.empty()) throw gsl_RecordError("The name of a root must not be empty");
   if (data.roots.Size() == 0) throw gsl_RecordError("There is no root to name");
+  data.roots.MakeRoomForLastName();
   const auto [place, isNew] = data.rootNames.emplace(std::string(name), data.roots.Size() - 1);
   if (!isNew) throw gsl_RecordError("Two roots cannot have one name, \"" + place->first + "\"");
   // Nothing throws from here.
-  Data::Root& root = data.roots.Back();
-  if (root.name != nullptr) data.rootNames.erase(data.rootNames.find(*root.name));
-  root.name = &place->first;
+  const std::string* const before = data.roots.Name(data.roots.Size() - 1);
+  if (before != nullptr) data.rootNames.erase(data.rootNames.find(*before));
+  data.roots.SetLastName(&place->first);
 }
 
 void gsl_RecordStore::NameClass(std::uint32_t typeId, std::string_view name) {
@@ -304,12 +333,8 @@ void gsl_RecordStore::Finish() {
 
 void gsl_RecordStore::TakeBack(gsl_RecordIndex root) {
   Data& data = *m_data;
-  const Data::Root* const begin = data.roots.Begin();
-  const Data::Root* const end = begin + data.roots.Size();
-  const Data::Root* const first =
-      std::lower_bound(begin + data.rootsRead, end, root,
-                       [](const Data::Root& r, gsl_RecordIndex key) { return r.key < key; });
-  if (first != end) data.TakeBackRoots(static_cast<std::size_t>(first - begin));
+  const std::size_t first = data.roots.FirstFrom(root);
+  if (first != data.roots.Size()) data.TakeBackRoots(first);
 }
 
 void gsl_RecordStore::Clear() {

@@ -47,6 +47,25 @@ public:
   void ReadDoubles(gsl_RecordIndex record, std::vector<double>& values, std::size_t& rows,
                    std::size_t& columns) const override;
 
+  /// The records where the store keeps them, for a reader that decodes them itself. docs/records.md
+  /// describes the bytes of a record. The pointers are valid until the store changes.
+  struct Stored {
+    const unsigned char* bytes = nullptr;
+    const std::uint32_t* offsets = nullptr;  ///< where each record begins
+    const std::uint32_t* roots = nullptr;    ///< the record of each root
+    const std::uint64_t* prefixes = nullptr; ///< of identities, by number
+    std::size_t rootCount = 0;               ///< the number of roots
+    std::size_t shapeCount = 0;              ///< the number of shapes
+  };
+  /// Nothing is there when an offset has more than 32 bits.
+  Stored Where() const;
+  /// Returns the class of a shape, and writes what else it holds. A field is of the kind Object
+  /// where it may be a Reference, and has no value.
+  std::uint32_t ReadShape(std::size_t shape, gsl_RecordCollection& collection,
+                          std::vector<gsl_RecordField>& fields) const;
+  /// Returns the text of that number.
+  std::string_view Text(std::uint32_t number) const;
+
   gsl_RecordIndex AddRoot(std::uint32_t typeId, const gsl_RecordIdentity& identity) override;
   void NameRoot(std::string_view name) override;
   void NameClass(std::uint32_t typeId, std::string_view name) override;
@@ -75,11 +94,18 @@ public:
 
   /// The byte form: the same on every machine, and for stores that were filled alike.
   std::vector<unsigned char> ToBytes() const;
+  /// Returns the same bytes and clears the store, whose memory is given back on the way. The store
+  /// is unchanged where this throws.
+  std::vector<unsigned char> TakeBytes();
   /// Takes memory in proportion to the number of bytes. Throws gsl_RecordError for bytes that are
   /// not a byte form.
   static gsl_RecordStore FromBytes(const unsigned char* bytes, std::size_t count);
+  /// Does the same without a copy of the records. Requires that the bytes stay, unchanged, as long
+  /// as the store exists. A store that gets further records copies the records first.
+  static gsl_RecordStore OverBytes(const unsigned char* bytes, std::size_t count);
 
 private:
+  friend class gsl_RecordChecker;
   friend class gsl_RecordCodec;
   friend class gsl_RecordDecoder;
   friend GSL_RECORDS_API void gsl_SaveRecords(const gsl_RecordStore& store,

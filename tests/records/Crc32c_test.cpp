@@ -39,3 +39,20 @@ TEST(Crc32c, EveryLengthAgreesWithTheBitByBitSumAndMayBeTakenInParts) {
     bytes.push_back(static_cast<unsigned char>(random()));
   }
 }
+
+TEST(Crc32c, LanesAgreeWithTheTables) {
+  std::mt19937 random(8);
+  std::vector<unsigned char> bytes(20000);
+  for (unsigned char& byte : bytes)
+    byte = static_cast<unsigned char>(random());
+  // Three lanes of 1024 bytes run side by side.
+  for (const std::size_t length : {3071u, 3072u, 3073u, 6143u, 6144u, 6152u, 9216u, 20000u - 7u}) {
+    for (const std::size_t begin : {0u, 1u, 7u}) {
+      for (const std::uint32_t before : {0u, 0x12345678u, 0xFFFFFFFFu}) {
+        EXPECT_EQ(gsl_records::Crc32c(bytes.data() + begin, length, before),
+                  gsl_records::Crc32cByTables(bytes.data() + begin, length, before))
+            << length << ' ' << begin;
+      }
+    }
+  }
+}

@@ -47,3 +47,26 @@ TEST(SerialSet, DenseSerialsTakeFewBytes) {
   // 24 bytes for 64 serials, of which one in five is there, in a table that is a quarter full.
   EXPECT_LE(set.BytesHeld(), 5 * kCount / 64 * 24 * 4 + 4096);
 }
+
+TEST(SerialSet, SerialThatCameBeforeItsArrayIsKnownWhenTheArrayReachesIt) {
+  SerialSet set;
+  EXPECT_TRUE(set.Insert(1, 1, 640));
+  EXPECT_TRUE(set.Insert(1, 1, 10000));
+  EXPECT_TRUE(set.Insert(1, 1, 3));
+  for (std::uint64_t serial = 641; serial < 20000; ++serial)
+    ASSERT_EQ(set.Insert(1, 1, serial), serial != 10000) << serial;
+  EXPECT_FALSE(set.Insert(1, 1, 10000));
+  EXPECT_FALSE(set.Insert(1, 1, 3));
+  EXPECT_TRUE(set.Insert(1, 1, 4));
+}
+
+TEST(SerialSet, MemoryIsInProportionToTheSerials) {
+  SerialSet dense;
+  SerialSet sparse;
+  for (std::uint64_t i = 0; i < 100000; ++i) {
+    ASSERT_TRUE(dense.Insert(1, 1, i));
+    ASSERT_TRUE(sparse.Insert(1, 1, i << 40));
+  }
+  EXPECT_LT(dense.BytesHeld(), 40000u);
+  EXPECT_LT(sparse.BytesHeld(), 100 * 100000u);
+}

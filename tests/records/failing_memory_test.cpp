@@ -16,6 +16,8 @@
 
 namespace {
 
+using Bytes = std::vector<unsigned char>;
+
 constexpr Failing kAll = {WithoutMemory::Refuses, Allocations::All};
 
 std::string LongName(const TemporaryFolder& folder) {
@@ -28,6 +30,18 @@ TEST(FailingRecordFile, BytesAreMadeAndReadOrNot) {
   const std::vector<unsigned char> bytes = model_samples::EveryKind().ToBytes();
   const auto makes = [&] { return model_samples::EveryKind().ToBytes() == bytes; };
   EXPECT_GT(FailEachAllocation("ToBytes", makes, {WithoutMemory::MayManage, Allocations::All}), 10);
+  const auto takes = [&] {
+    gsl_RecordStore filled = model_samples::EveryKind();
+    Bytes taken;
+    ChangeOrLeave([&] { taken = filled.TakeBytes(); }, [&] { return filled.ToBytes() == bytes; });
+    return taken == bytes && filled.RootCount() == 0;
+  };
+  EXPECT_GT(FailEachAllocation("TakeBytes", takes, {WithoutMemory::MayManage, Allocations::All}),
+            10);
+  const auto overs = [&] {
+    return gsl_RecordStore::OverBytes(bytes.data(), bytes.size()).ToBytes() == bytes;
+  };
+  EXPECT_GT(FailEachAllocation("OverBytes", overs, kAll), 10);
   const auto reads = [&] {
     return gsl_RecordStore::FromBytes(bytes.data(), bytes.size()).ToBytes() == bytes;
   };

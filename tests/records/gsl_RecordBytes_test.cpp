@@ -211,6 +211,56 @@ TEST(GslRecordBytes, EveryKindComesBack) {
   EXPECT_EQ(cls_ReadVisitor(load, 0).ReadString({-1, "text"}, ""), cow_String("a\0b", 3));
 }
 
+TEST(GslRecordBytes, TakenBytesAreTheSameAndLeaveAnEmptyStore) {
+  gsl_RecordStore store = SampleStore();
+  const Bytes expected = store.ToBytes();
+  EXPECT_EQ(store.TakeBytes(), expected);
+  EXPECT_EQ(store.RootCount(), 0u);
+  EXPECT_EQ(store.RecordCount(), 0u);
+  EXPECT_EQ(store.TakeBytes(), gsl_RecordStore().ToBytes());
+  // The store takes records as a new one does.
+  const TestNode node(3);
+  cls_Save save(store);
+  node.DBWrite(cls_WriteVisitor(save));
+  EXPECT_EQ(store.ToBytes(), Written(node).ToBytes());
+}
+
+TEST(GslRecordBytes, TakenBytesOfSeveralBlocksAreTheSame) {
+  gsl_RecordStore store;
+  const gsl_RecordIndex root = store.AddRoot(7, {1, 2});
+  for (int i = 0; i < 200000; ++i)
+    store.AddDouble(store.AddRecord(root, {"x", 0}, false, 8, {1, static_cast<unsigned>(i) + 3}),
+                    {"y", 0}, i);
+  const Bytes expected = store.ToBytes();
+  ASSERT_GT(expected.size(), 2u << 20);
+  EXPECT_EQ(store.TakeBytes(), expected);
+  // Bytes that the store does not own stay as they are.
+  gsl_RecordStore over = gsl_RecordStore::OverBytes(expected.data(), expected.size());
+  const Bytes before = expected;
+  EXPECT_EQ(over.TakeBytes(), expected);
+  EXPECT_EQ(before, expected);
+}
+
+TEST(GslRecordBytes, StoreOverBytesReadsThemInPlaceAndNeverWritesThem) {
+  const Bytes bytes = SampleStore().ToBytes();
+  const Bytes before = bytes;
+  gsl_RecordStore over = gsl_RecordStore::OverBytes(bytes.data(), bytes.size());
+  EXPECT_EQ(over.ToBytes(), bytes);
+  EXPECT_EQ(TextOf(over), TextOf(SampleStore()));
+  EXPECT_LT(over.MemoryUse(), gsl_RecordStore::FromBytes(bytes.data(), bytes.size()).MemoryUse());
+  gsl_RecordStore copied = gsl_RecordStore::FromBytes(bytes.data(), bytes.size());
+  for (gsl_RecordStore* const store : {&over, &copied})
+    store->AddInteger(store->AddRoot(5, {6, 7}), {"n", 0}, 8);
+  EXPECT_EQ(over.ToBytes(), copied.ToBytes());
+  over.TakeBack(over.AddRoot(5, {6, 9}));
+  EXPECT_EQ(over.ToBytes(), copied.ToBytes());
+  EXPECT_EQ(bytes, before);
+  const Bytes none = gsl_RecordStore().ToBytes();
+  EXPECT_EQ(gsl_RecordStore::OverBytes(none.data(), none.size()).RootCount(), 0u);
+  EXPECT_THROW(static_cast<void>(gsl_RecordStore::OverBytes(bytes.data(), bytes.size() - 1)),
+               gsl_RecordError);
+}
+
 TEST(GslRecordBytes, NamesThatAreNotUsedLeaveNoTrace) {
   gsl_RecordStore store;
   cls_Save save(store);
