@@ -132,8 +132,7 @@ public:
   /// Returns null for a name that the enumeration does not have.
   const E* ValueOf(std::string_view name) const {
     for (const Row& row : m_rows) {
-      // The bytes are looked up again: a copy of a text may have a buffer of its own.
-      if (std::string_view(row.name.CStr(), row.name.Length()) == name) return &row.value;
+      if (row.bytes == name) return &row.value;
     }
     return nullptr;
   }
@@ -142,14 +141,18 @@ private:
   struct Row {
     E value;
     cow_String name;
+    std::string_view bytes; ///< of the name
   };
 
   gsl_EnumNames() {
     for (const omu_PrimEnumEntry* row = omu_PrimEnumTable<E>::Entries(); row->name != nullptr;
          ++row) {
       const auto value = static_cast<E>(row->value);
-      m_rows.push_back({value, omu_PrimEnum<E, 1>(value).AsString()});
+      m_rows.push_back({value, omu_PrimEnum<E, 1>(value).AsString(), {}});
     }
+    // A copy of a text may have a buffer of its own, so the rows are in their places first.
+    for (Row& row : m_rows)
+      row.bytes = {row.name.CStr(), row.name.Length()};
   }
 
   std::vector<Row> m_rows;

@@ -41,7 +41,13 @@ private:
   cls_ReadVisitor Next();
   [[noreturn]] void RefuseNull() const;
 
+  /// Goes on with the entries of the reader, from the entry that is next.
+  void LeaveStorage();
+
   const cls_ReadVisitor& m_list;
+  /// The next entry where the storage has it, or null.
+  const unsigned char* m_stored;
+  /// Otherwise, its position in the reader.
   std::uint64_t m_next;
   std::size_t m_taken;
 };

@@ -3,6 +3,7 @@
 
 #include "cls_AttributeType.h"
 #include "cls_FieldHandle.h"
+#include "cls_StoredFields.h"
 #include "cls_Uid.h"
 #include "cow_String.h"
 #include "mem_Export.h"
@@ -21,6 +22,7 @@
 
 class cls_ListReader;
 class gsl_RecordReader;
+class gsl_RecordStore;
 struct gsl_RecordField;
 
 /// One load from a reader of records. It remembers the shared objects that it has read. So objects
@@ -40,13 +42,47 @@ private:
   friend class cls_ListReader;
   friend class cls_ReadVisitor;
 
+  /// What the records of one shape have in common.
+  struct Shape {
+    unsigned int typeId;
+    int collection;
+    const cls_StoredFields::Slot* fields;
+  };
+  /// Where a store keeps its records, so that no field costs a call of the reader.
+  struct Storage {
+    const unsigned char* bytes = nullptr;
+    const std::uint32_t* offsets = nullptr;
+    const std::uint32_t* roots = nullptr;
+    const std::uint64_t* prefixes = nullptr;
+    std::size_t rootCount = 0;
+  };
+  struct NumberedText {
+    std::uint64_t number = ~std::uint64_t{0};
+    cow_String text;
+  };
+
   /// Returns the text. Short texts that were asked for recently share one buffer.
   cow_String TextOf(std::string_view text);
+  /// Returns the text of that number in the store.
+  cow_String StoredText(std::uint32_t number) {
+    const NumberedText& recent = m_storedTexts[number % kRecentTexts];
+    return recent.number == number ? recent.text : ReadStoredText(number);
+  }
+  cow_String ReadStoredText(std::uint32_t number);
+  /// Looks where the records are, once. Does nothing for a reader that is not a store.
+  void FindStorage();
 
   static constexpr std::size_t kRecentTexts = 16;
 
   const gsl_RecordReader& m_reader;
+  /// The reader, when it is a store whose records can be read where they are.
+  const gsl_RecordStore* m_store = nullptr;
+  Storage m_storage;
+  std::vector<Shape> m_shapes;
+  std::vector<cls_StoredFields::Slot> m_fields;
+  bool m_hasLooked = false;
   std::array<cow_String, kRecentTexts> m_texts;
+  std::array<NumberedText, kRecentTexts> m_storedTexts;
   /// By the number of the object: the holder, or nothing while the object is being read.
   std::unordered_map<std::uint64_t, std::any> m_objects;
 };
@@ -67,12 +103,29 @@ public:
   static constexpr unsigned int kMostNesting = 1000;
 
   /// Reads root number `root` of the load.
-  cls_ReadVisitor(cls_Load& load, std::size_t root);
+  cls_ReadVisitor(cls_Load& load, std::size_t root)
+      : m_load(load), m_foundAt{kNoRecord, {}, root, kNoEntry} {
+    if (root < load.m_storage.rootCount) {
+      StartStored(load.m_storage.roots[root]);
+    } else {
+      StartRoot(root);
+    }
+  }
   /// Reads the root of that name. Throws when no root has that name.
   cls_ReadVisitor(cls_Load& load, const cow_String& rootName);
   /// Reads the record that belongs to a field. A field that only refers to a shared object is
   /// refused: values that are read from references would multiply what is stored once.
-  cls_ReadVisitor(const cls_ReadVisitor& parent, const cls_FieldHandle& field);
+  cls_ReadVisitor(const cls_ReadVisitor& parent, const cls_FieldHandle& field)
+      : m_load(parent.m_load), m_depth(parent.m_depth + 1) {
+    const bool isNext = parent.m_stored.IsNext(field.Name(), cls_StoredFields::Record);
+    if (isNext && m_depth <= kMostNesting) {
+      const cls_StoredFields::Slot& slot = parent.m_stored.Next();
+      m_foundAt = {parent.m_record, {slot.name, slot.nameLength}, 0, kNoEntry};
+      StartStored(parent.m_stored.TakeLink());
+    } else {
+      StartField(parent, field);
+    }
+  }
 
   /// Returns whether there is no such record.
   [[nodiscard]] bool IsAbsent() const { return m_record == kNoRecord; }
@@ -81,10 +134,22 @@ public:
   /// Returns the null uid when absent.
   cls_Uid GetUid() const { return m_uid; }
 
-  int ReadInteger(const cls_FieldHandle& field, int defaultValue) const;
-  double ReadDouble(const cls_FieldHandle& field, double defaultValue) const;
-  [[nodiscard]] bool ReadBoolean(const cls_FieldHandle& field, bool defaultValue) const;
-  cow_String ReadString(const cls_FieldHandle& field, const cow_String& defaultValue) const;
+  int ReadInteger(const cls_FieldHandle& field, int defaultValue) const {
+    const bool isNext = m_stored.IsNext(field.Name(), cls_StoredFields::Integer);
+    return isNext ? m_stored.TakeInteger() : FindInteger(field, defaultValue);
+  }
+  double ReadDouble(const cls_FieldHandle& field, double defaultValue) const {
+    const bool isNext = m_stored.IsNext(field.Name(), cls_StoredFields::Double);
+    return isNext ? m_stored.TakeDouble() : FindDouble(field, defaultValue);
+  }
+  [[nodiscard]] bool ReadBoolean(const cls_FieldHandle& field, bool defaultValue) const {
+    const bool isNext = m_stored.IsNext(field.Name(), cls_StoredFields::Boolean);
+    return isNext ? m_stored.TakeBoolean() : FindBoolean(field, defaultValue);
+  }
+  cow_String ReadString(const cls_FieldHandle& field, const cow_String& defaultValue) const {
+    const bool isNext = m_stored.IsNext(field.Name(), cls_StoredFields::Text);
+    return isNext ? m_load.StoredText(m_stored.TakeLink()) : FindString(field, defaultValue);
+  }
 
   /// Throws unless this record is absent, or its class is that class or is registered as derived
   /// from it. The message names the place of the record and both classes.
@@ -119,6 +184,8 @@ private:
   /// In place of the number of an object: a record that no other field refers to.
   static constexpr std::uint64_t kUnshared = ~std::uint64_t{0};
   static constexpr std::size_t kNoEntry = static_cast<std::size_t>(-1);
+  /// The position after the last field.
+  static constexpr std::uint64_t kNoField = ~std::uint64_t{0};
 
   /// Where a record was found, for messages: in a field of the record `holder`, or as a root; and
   /// as which entry of a list. The name belongs to the reader.
@@ -130,10 +197,38 @@ private:
   };
 
   cls_ReadVisitor(cls_Load& load, std::uint32_t record, unsigned int depth, const Place& place);
-  cls_ReadVisitor(const cls_ReadVisitor& parent, const gsl_RecordField* field);
+
+  /// Starts at a record of the storage.
+  void StartStored(std::uint32_t record) {
+    const cls_Load::Storage& storage = m_load.m_storage;
+    m_record = record;
+    std::uint64_t number = 0;
+    const unsigned char* at = storage.bytes + storage.offsets[record];
+    at = cls_StoredFields::NumberAt(at, number);
+    const cls_Load::Shape& shape = m_load.m_shapes[static_cast<std::size_t>(number)];
+    m_typeId = shape.typeId;
+    m_collection = shape.collection;
+    at = cls_StoredFields::NumberAt(at, number);
+    if (number != 0) {
+      std::uint64_t serial = 0;
+      at = cls_StoredFields::NumberAt(at, serial);
+      m_uid = cls_Uid(storage.prefixes[number - 1], serial);
+    }
+    m_stored = cls_StoredFields(shape.fields, at);
+  }
+  void StartRoot(std::size_t root);
+  void StartField(const cls_ReadVisitor& parent, const cls_FieldHandle& handle);
+  /// Starts at a record wherever it is, or at none. Refuses what is nested too deep.
+  void Start(std::uint32_t record);
+  /// Goes on with the fields of the reader, from the field that is next.
+  void LeaveStorage() const;
+
+  int FindInteger(const cls_FieldHandle& field, int defaultValue) const;
+  double FindDouble(const cls_FieldHandle& field, double defaultValue) const;
+  [[nodiscard]] bool FindBoolean(const cls_FieldHandle& field, bool defaultValue) const;
+  cow_String FindString(const cls_FieldHandle& field, const cow_String& defaultValue) const;
 
   void CheckDerived(unsigned int typeId) const;
-  cls_ReadVisitor Child(const cls_FieldHandle& handle) const;
   /// Is false for a field that the record does not have.
   [[nodiscard]] bool Find(const cls_FieldHandle& handle, gsl_RecordField& field) const;
   [[nodiscard]] bool FindPlain(const cls_FieldHandle& handle, int kind,
@@ -165,15 +260,18 @@ private:
   };
 
   cls_Load& m_load;
-  std::uint32_t m_record;
-  unsigned int m_depth;
-  unsigned int m_typeId;
-  int m_collection;
+  std::uint32_t m_record = kNoRecord;
+  unsigned int m_depth = 0;
+  unsigned int m_typeId = 0;
+  int m_collection = cls_NoCollection;
   cls_Uid m_uid;
   Place m_foundAt;
-  std::uint64_t m_firstField;
-  /// The position of the field that is compared first. Most fields are read in write order.
-  mutable std::uint64_t m_expected;
+  /// The fields as the storage has them, as long as they are read in write order.
+  mutable cls_StoredFields m_stored;
+  /// Otherwise, positions of the reader: of the first field, and of the field that is compared
+  /// first.
+  mutable std::uint64_t m_firstField = kNoField;
+  mutable std::uint64_t m_expected = kNoField;
 };
 
 template <class Holder>

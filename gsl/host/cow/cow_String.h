@@ -3,9 +3,15 @@
 
 #include "mem_Export.h"
 
+#include <atomic>
 #include <cstddef>
 #include <string_view>
 #include <utility>
+
+#if __has_include(<sys/single_threaded.h>)
+#include <sys/single_threaded.h>
+#define GSL_HOST_KNOWS_THREADS
+#endif
 
 /// Reference-counted immutable text; copies share one buffer. The text consists of bytes, not of
 /// characters, and has a terminating zero. The count is atomic: copies in different threads are
@@ -18,7 +24,9 @@ public:
   cow_String(const char* text);
   /// Copies `length` bytes, which may hold zeros.
   cow_String(const char* bytes, std::size_t length);
-  cow_String(const cow_String& other) noexcept;
+  cow_String(const cow_String& other) noexcept : m_shared(other.m_shared) {
+    if (m_shared != nullptr) Acquire(m_shared);
+  }
   cow_String(cow_String&& other) noexcept : m_shared(std::exchange(other.m_shared, nullptr)) {}
   cow_String& operator=(const cow_String& other) noexcept;
   cow_String& operator=(cow_String&& other) noexcept;
@@ -27,11 +35,13 @@ public:
   }
 
   /// Returns the number of bytes.
-  std::size_t Length() const noexcept;
+  std::size_t Length() const noexcept { return m_shared != nullptr ? m_shared->length : 0; }
   [[nodiscard]] bool IsEmpty() const noexcept { return Length() == 0; }
   /// Returns the bytes with a terminating zero; never null. They are valid while a copy of this
   /// text exists.
-  const char* CStr() const noexcept;
+  const char* CStr() const noexcept {
+    return m_shared != nullptr ? reinterpret_cast<const char*>(m_shared + 1) : "";
+  }
   /// Returns whether both are empty or share one buffer.
   [[nodiscard]] bool SharesWith(const cow_String& other) const noexcept {
     return m_shared == other.m_shared;
@@ -45,9 +55,42 @@ public:
   friend GSL_HOST_API bool operator<(const cow_String& a, const cow_String& b) noexcept;
 
 private:
-  struct Shared;
+  /// Header of a buffer; the bytes and their terminating zero follow it in the same block.
+  struct Shared {
+    std::atomic<std::size_t> owners;
+    std::size_t length;
+  };
 
-  static void Release(Shared* shared) noexcept;
+  [[nodiscard]] static Shared* Make(const char* bytes, std::size_t length);
+  static void Destroy(Shared* shared) noexcept;
+
+  // A process of one thread needs no locked instruction, which takes ten times as long.
+  static void Acquire(Shared* shared) noexcept {
+    std::atomic<std::size_t>& owners = shared->owners;
+    if (IsOneThread()) {
+      owners.store(owners.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
+    } else {
+      owners.fetch_add(1, std::memory_order_relaxed);
+    }
+  }
+  static void Release(Shared* shared) noexcept {
+    std::atomic<std::size_t>& owners = shared->owners;
+    if (IsOneThread()) {
+      const std::size_t others = owners.load(std::memory_order_relaxed) - 1;
+      owners.store(others, std::memory_order_relaxed);
+      if (others == 0) Destroy(shared);
+    } else if (owners.fetch_sub(1, std::memory_order_acq_rel) == 1) {
+      Destroy(shared);
+    }
+  }
+  /// Returns whether the process has one thread, as far as the C library knows.
+  [[nodiscard]] static bool IsOneThread() noexcept {
+#if defined(GSL_HOST_KNOWS_THREADS)
+    return __libc_single_threaded != 0;
+#else
+    return false;
+#endif
+  }
 
   Shared* m_shared = nullptr;
 };

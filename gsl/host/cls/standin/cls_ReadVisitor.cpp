@@ -4,6 +4,7 @@
 #include "cls_MetadataRegistrar.h"
 #include "cls_RecordException.h"
 #include "gsl_RecordReader.h"
+#include "gsl_RecordStore.h"
 
 #include <cstdint>
 #include <cstdio>
@@ -21,6 +22,15 @@ static_assert(static_cast<int>(gsl_RecordCollection::None) == cls_NoCollection);
 static_assert(static_cast<int>(gsl_RecordCollection::Objects) == cls_ObjectList);
 static_assert(static_cast<int>(gsl_RecordCollection::Unsigneds) == cls_UnsignedList);
 static_assert(static_cast<int>(gsl_RecordCollection::Doubles) == cls_DoubleMatrix);
+
+// Each kind of value is stored under its number.
+static_assert(static_cast<unsigned int>(Kind::Integer) == cls_StoredFields::Integer);
+static_assert(static_cast<unsigned int>(Kind::Double) == cls_StoredFields::Double);
+static_assert(static_cast<unsigned int>(Kind::Boolean) == cls_StoredFields::Boolean);
+static_assert(static_cast<unsigned int>(Kind::String) == cls_StoredFields::Text);
+static_assert(static_cast<unsigned int>(Kind::Record) == cls_StoredFields::Record);
+
+constexpr std::size_t kMostKept = 64;
 
 [[noreturn]] void Refuse(const std::string& why, int line, const cls_Uid& uid = cls_Uid()) {
   nex_Exception::Throw(cls_RecordException(cow_String(why.data(), why.size()), uid), kSourceUnit,
@@ -68,6 +78,9 @@ std::size_t RootNamed(const gsl_RecordReader& reader, const cow_String& name) {
   Refuse("There is no root named \"" + std::string(name.CStr()) + "\"", __LINE__);
 }
 
+/// The byte after the last entry of a list.
+constexpr unsigned char kEndOfEntries = 0xFF;
+
 bool HoldsRecord(Kind kind) {
   return kind == Kind::Record || kind == Kind::Object;
 }
@@ -92,7 +105,6 @@ std::size_t cls_Load::RootCount() const {
 }
 
 cow_String cls_Load::TextOf(std::string_view text) {
-  constexpr std::size_t kMostKept = 64;
   constexpr std::size_t kLeastDistance = 32;
   if (text.empty() || text.size() > kMostKept) return cow_String(text.data(), text.size());
   const std::size_t place = reinterpret_cast<std::uintptr_t>(text.data()) / kLeastDistance;
@@ -103,12 +115,46 @@ cow_String cls_Load::TextOf(std::string_view text) {
   return recent;
 }
 
-cls_ReadVisitor::cls_ReadVisitor(cls_Load& owner, std::uint32_t index, unsigned int level,
-                                 const Place& where)
-    : m_load(owner), m_record(index), m_depth(level), m_typeId(0), m_collection(cls_NoCollection),
-      m_foundAt(where), m_firstField(gsl_RecordReader::kEnd), m_expected(gsl_RecordReader::kEnd) {
-  if (index != kNoRecord) {
-    const gsl_RecordReader::Header header = owner.m_reader.ReadHeader(index);
+cow_String cls_Load::ReadStoredText(std::uint32_t number) {
+  const std::string_view text = m_store->Text(number);
+  if (text.size() > kMostKept) return cow_String(text.data(), text.size());
+  NumberedText& recent = m_storedTexts[number % kRecentTexts];
+  recent.number = NumberedText().number;
+  recent.text = cow_String(text.data(), text.size());
+  recent.number = number;
+  return recent.text;
+}
+
+void cls_Load::FindStorage() {
+  if (m_hasLooked) return;
+  m_hasLooked = true;
+  m_store = dynamic_cast<const gsl_RecordStore*>(&m_reader);
+  if (m_store == nullptr) return;
+  const gsl_RecordStore::Stored stored = m_store->Where();
+  std::vector<std::size_t> firstOfShape;
+  std::vector<gsl_RecordField> fields;
+  for (std::size_t i = 0; i < stored.shapeCount; ++i) {
+    gsl_RecordCollection collection{};
+    const std::uint32_t typeId = m_store->ReadShape(i, collection, fields);
+    m_shapes.push_back({typeId, static_cast<int>(collection), nullptr});
+    firstOfShape.push_back(m_fields.size());
+    for (const gsl_RecordField& field : fields) {
+      m_fields.push_back(
+          {field.name.data(), field.name.size(), static_cast<unsigned int>(field.kind)});
+    }
+    m_fields.push_back({"", 0, cls_StoredFields::None});
+  }
+  for (std::size_t i = 0; i < m_shapes.size(); ++i)
+    m_shapes[i].fields = &m_fields[firstOfShape[i]];
+  m_storage = {stored.bytes, stored.offsets, stored.roots, stored.prefixes, stored.rootCount};
+}
+
+void cls_ReadVisitor::Start(std::uint32_t record) {
+  if (record != kNoRecord && m_load.m_storage.bytes != nullptr) {
+    StartStored(record);
+  } else if (record != kNoRecord) {
+    const gsl_RecordReader::Header header = m_load.m_reader.ReadHeader(record);
+    m_record = record;
     m_typeId = header.typeId;
     m_collection = static_cast<int>(header.collection);
     m_uid = UidOf(header.identity);
@@ -117,31 +163,43 @@ cls_ReadVisitor::cls_ReadVisitor(cls_Load& owner, std::uint32_t index, unsigned 
   if (m_depth > kMostNesting) Refuse("Records are nested too deep to read", __LINE__, GetUid());
 }
 
-cls_ReadVisitor::cls_ReadVisitor(cls_Load& owner, std::size_t root)
-    : cls_ReadVisitor(owner,
-                      root < owner.m_reader.RootCount() ? owner.m_reader.Root(root) : kNoRecord, 0u,
-                      Place{kNoRecord, "", root, kNoEntry}) {
-  if (m_record == kNoRecord) {
+cls_ReadVisitor::cls_ReadVisitor(cls_Load& owner, std::uint32_t index, unsigned int level,
+                                 const Place& where)
+    : m_load(owner), m_depth(level), m_foundAt(where) {
+  Start(index);
+}
+
+void cls_ReadVisitor::StartRoot(std::size_t root) {
+  m_load.FindStorage();
+  const gsl_RecordReader& reader = m_load.m_reader;
+  if (root >= reader.RootCount()) {
     Refuse("There is no root " + std::to_string(root) + "; the load has " +
-               std::to_string(owner.m_reader.RootCount()),
+               std::to_string(reader.RootCount()),
            __LINE__);
   }
+  Start(reader.Root(root));
 }
 
 cls_ReadVisitor::cls_ReadVisitor(cls_Load& owner, const cow_String& name)
     : cls_ReadVisitor(owner, RootNamed(owner.m_reader, name)) {}
 
-cls_ReadVisitor::cls_ReadVisitor(const cls_ReadVisitor& parent, const cls_FieldHandle& field)
-    : cls_ReadVisitor(parent.Child(field)) {}
-
-cls_ReadVisitor cls_ReadVisitor::Child(const cls_FieldHandle& handle) const {
+void cls_ReadVisitor::StartField(const cls_ReadVisitor& parent, const cls_FieldHandle& handle) {
   gsl_RecordField field;
-  return cls_ReadVisitor(*this, Find(handle, field) ? &field : nullptr);
+  const gsl_RecordField* const found = parent.Find(handle, field) ? &field : nullptr;
+  const std::uint32_t record = parent.OwnRecord(found);
+  m_foundAt = parent.PlaceOf(found);
+  Start(record);
 }
 
-cls_ReadVisitor::cls_ReadVisitor(const cls_ReadVisitor& parent, const gsl_RecordField* field)
-    : cls_ReadVisitor(parent.m_load, parent.OwnRecord(field), parent.m_depth + 1,
-                      parent.PlaceOf(field)) {}
+void cls_ReadVisitor::LeaveStorage() const {
+  if (!m_stored.IsThere()) return;
+  const gsl_RecordReader& reader = m_load.m_reader;
+  m_firstField = m_expected = reader.FirstField(m_record);
+  gsl_RecordField field;
+  for (std::size_t taken = m_stored.Taken(); taken != 0; --taken)
+    m_expected = reader.ReadField(m_expected, field);
+  m_stored = cls_StoredFields();
+}
 
 cls_ReadVisitor::Place cls_ReadVisitor::PlaceOf(const gsl_RecordField* field) const {
   return {m_record, field != nullptr ? field->name : std::string_view(), 0, kNoEntry};
@@ -160,6 +218,7 @@ std::string cls_ReadVisitor::DescribePlace() const {
 }
 
 bool cls_ReadVisitor::Find(const cls_FieldHandle& handle, gsl_RecordField& field) const {
+  LeaveStorage();
   const char* const wanted = handle.Name();
   if (m_expected != gsl_RecordReader::kEnd) {
     const std::uint64_t next = m_load.m_reader.ReadField(m_expected, field);
@@ -207,22 +266,22 @@ void cls_ReadVisitor::RefuseKind(const gsl_RecordField& field, int wanted) const
          __LINE__, GetUid());
 }
 
-int cls_ReadVisitor::ReadInteger(const cls_FieldHandle& field, int defaultValue) const {
+int cls_ReadVisitor::FindInteger(const cls_FieldHandle& field, int defaultValue) const {
   gsl_RecordField found;
   return FindPlain(field, static_cast<int>(Kind::Integer), found) ? found.integer : defaultValue;
 }
 
-double cls_ReadVisitor::ReadDouble(const cls_FieldHandle& field, double defaultValue) const {
+double cls_ReadVisitor::FindDouble(const cls_FieldHandle& field, double defaultValue) const {
   gsl_RecordField found;
   return FindPlain(field, static_cast<int>(Kind::Double), found) ? found.real : defaultValue;
 }
 
-bool cls_ReadVisitor::ReadBoolean(const cls_FieldHandle& field, bool defaultValue) const {
+bool cls_ReadVisitor::FindBoolean(const cls_FieldHandle& field, bool defaultValue) const {
   gsl_RecordField found;
   return FindPlain(field, static_cast<int>(Kind::Boolean), found) ? found.boolean : defaultValue;
 }
 
-cow_String cls_ReadVisitor::ReadString(const cls_FieldHandle& field,
+cow_String cls_ReadVisitor::FindString(const cls_FieldHandle& field,
                                        const cow_String& defaultValue) const {
   gsl_RecordField found;
   if (!FindPlain(field, static_cast<int>(Kind::String), found)) return defaultValue;
@@ -277,7 +336,15 @@ void cls_ReadVisitor::CheckCollectionType(int type) const {
 void cls_ReadVisitor::ReadUnsigneds(std::vector<unsigned int>& elements) const {
   CheckCollectionType(cls_UnsignedList);
   elements.clear();
-  if (!IsAbsent()) m_load.m_reader.ReadUnsigneds(m_record, elements);
+  if (IsAbsent()) return;
+  if (!m_stored.HasElementsOnly()) return m_load.m_reader.ReadUnsigneds(m_record, elements);
+  std::uint64_t number = 0;
+  const unsigned char* at = cls_StoredFields::NumberAt(m_stored.At(), number);
+  elements.resize(static_cast<std::size_t>(number));
+  for (unsigned int& element : elements) {
+    at = cls_StoredFields::NumberAt(at, number);
+    element = static_cast<unsigned int>(number);
+  }
 }
 
 void cls_ReadVisitor::ReadDoubles(std::vector<double>& entries, std::size_t& rows,
@@ -294,17 +361,39 @@ cls_ListReader* cls_ReadVisitor::GetListReader() const {
 }
 
 cls_ListReader::cls_ListReader(const cls_ReadVisitor& owner)
-    : m_list(owner), m_next(owner.m_firstField), m_taken(0) {}
+    : m_list(owner), m_stored(owner.m_stored.HasElementsOnly() ? owner.m_stored.At() : nullptr),
+      m_next(gsl_RecordReader::kEnd), m_taken(0) {
+  if (m_stored != nullptr) return;
+  owner.LeaveStorage();
+  m_next = owner.m_firstField;
+}
 
 bool cls_ListReader::HasNext() const {
-  return m_next != gsl_RecordReader::kEnd;
+  return m_stored != nullptr ? *m_stored != kEndOfEntries : m_next != gsl_RecordReader::kEnd;
+}
+
+void cls_ListReader::LeaveStorage() {
+  const gsl_RecordReader& reader = m_list.m_load.m_reader;
+  m_stored = nullptr;
+  m_next = reader.FirstField(m_list.m_record);
+  gsl_RecordField entry;
+  for (std::size_t taken = m_taken; taken != 0; --taken)
+    m_next = reader.ReadField(m_next, entry);
 }
 
 cls_ReadVisitor cls_ListReader::Next() {
   if (!HasNext()) Refuse("A list has no further entry", __LINE__, m_list.GetUid());
+  cls_ReadVisitor::Place place = m_list.m_foundAt;
+  if (m_stored != nullptr && *m_stored == cls_StoredFields::Record) {
+    std::uint64_t record = 0;
+    m_stored = cls_StoredFields::NumberAt(m_stored + 1, record);
+    place.entry = m_taken++;
+    return cls_ReadVisitor(m_list.m_load, static_cast<std::uint32_t>(record), m_list.m_depth + 1,
+                           place);
+  }
+  if (m_stored != nullptr) LeaveStorage();
   gsl_RecordField entry;
   m_next = m_list.m_load.m_reader.ReadField(m_next, entry);
-  cls_ReadVisitor::Place place = m_list.m_foundAt;
   place.entry = m_taken++;
   return cls_ReadVisitor(m_list.m_load, m_list.OwnRecord(&entry), m_list.m_depth + 1, place);
 }

@@ -11,6 +11,13 @@
 
 #include <gtest/gtest.h>
 
+#include <initializer_list>
+#include <iterator>
+#include <memory>
+#include <random>
+#include <string>
+#include <vector>
+
 namespace {
 
 const cls_FieldHandle kField(-1, "field");
@@ -41,7 +48,137 @@ std::string MessageOf(const std::function<void()>& action) {
   return "nothing was thrown";
 }
 
+/// A reader that is not a store: the visitor cannot see where the records are.
+class Forwarding final : public gsl_RecordReader {
+public:
+  explicit Forwarding(const gsl_RecordStore& store) : m_store(store) {}
+  std::size_t RootCount() const override { return m_store.RootCount(); }
+  gsl_RecordIndex Root(std::size_t i) const override { return m_store.Root(i); }
+  std::string_view RootName(std::size_t i) const override { return m_store.RootName(i); }
+  std::string_view ClassName(std::uint32_t id) const override { return m_store.ClassName(id); }
+  std::uint32_t TypeId(gsl_RecordIndex record) const override { return m_store.TypeId(record); }
+  gsl_RecordIdentity Identity(gsl_RecordIndex record) const override {
+    return m_store.Identity(record);
+  }
+  gsl_RecordCollection Collection(gsl_RecordIndex record) const override {
+    return m_store.Collection(record);
+  }
+  Position FirstField(gsl_RecordIndex record) const override { return m_store.FirstField(record); }
+  Position ReadField(Position position, gsl_RecordField& field) const override {
+    return m_store.ReadField(position, field);
+  }
+  void ReadUnsigneds(gsl_RecordIndex record, std::vector<std::uint32_t>& values) const override {
+    m_store.ReadUnsigneds(record, values);
+  }
+  void ReadDoubles(gsl_RecordIndex record, std::vector<double>& values, std::size_t& rows,
+                   std::size_t& columns) const override {
+    m_store.ReadDoubles(record, values, rows, columns);
+  }
+
+private:
+  const gsl_RecordStore& m_store;
+};
+
+const char* const kNames[] = {"_x", "_y", "_method", "parent_ids", "a name of many letters"};
+
+/// Writes fields of every plain kind under few names, so that names come twice.
+void WriteRandomFields(std::mt19937& random, const cls_WriteVisitor& to, int depth) {
+  for (auto count = random() % 7; count != 0; --count) {
+    const cls_FieldHandle field(-1, kNames[random() % std::size(kNames)]);
+    const auto kind = random() % 6;
+    const auto value = static_cast<int>(random());
+    if (kind == 0) to.WriteInteger(field, value >> (random() % 32));
+    if (kind == 1) to.WriteDouble(field, 0.37 * value);
+    if (kind == 2) to.WriteBoolean(field, value % 2 != 0);
+    if (kind == 3) to.WriteString(field, std::to_string(value % 40).c_str());
+    if (kind == 4) to.WriteNullObject(field, 7);
+    if (kind != 5 || depth == 3) continue;
+    const cls_WriteVisitor child(to, field);
+    const std::uint64_t prefix = random() % 2;
+    child.StartWrite(11, cls_Uid(prefix, random() % 1000));
+    WriteRandomFields(random, child, depth + 1);
+  }
+}
+
+/// Reads fields of random names and kinds. Returns what was read and refused.
+std::string ReadRandomFields(std::mt19937& random, const cls_ReadVisitor& from, int depth) {
+  std::string found = std::to_string(from.TypeId()) + '/' + std::to_string(from.GetUid().Serial());
+  for (auto count = random() % 7; count != 0; --count) {
+    const cls_FieldHandle field(-1, kNames[random() % std::size(kNames)]);
+    const auto kind = random() % 5;
+    const auto seed = random();
+    try {
+      if (kind == 0) found += ' ' + std::to_string(from.ReadInteger(field, 5));
+      if (kind == 1) found += ' ' + std::to_string(from.ReadDouble(field, 0.5));
+      if (kind == 2) found += from.ReadBoolean(field, true) ? " true" : " false";
+      if (kind == 3) found += std::string(" '") + from.ReadString(field, "none").CStr() + '\'';
+      if (kind != 4 || depth == 3) continue;
+      std::mt19937 inner(seed);
+      const cls_ReadVisitor child(from, field);
+      found += " {" + ReadRandomFields(inner, child, depth + 1) + '}';
+    } catch (const cls_RecordException& error) {
+      found += std::string(" [") + error.what() + ']';
+    }
+  }
+  return found;
+}
+
 } // namespace
+
+TEST(ClsReadVisitor, StoreReadsAsAnyOtherReader) {
+  std::mt19937 random(20261123);
+  std::size_t inOrder = 0;
+  for (int round = 0; round < 20000; ++round) {
+    const auto seed = random();
+    std::mt19937 writing(seed);
+    const gsl_RecordStore store = Recorded(
+        10, cls_Uid(3, 4), [&](const cls_WriteVisitor& to) { WriteRandomFields(writing, to, 0); });
+    const Forwarding other(store);
+    cls_Load load(store);
+    cls_Load otherLoad(other);
+    for (unsigned int order = 0; order < 4; ++order) {
+      std::mt19937 reading(seed + order);
+      std::mt19937 otherReading(seed + order);
+      const std::string expected = ReadRandomFields(otherReading, cls_ReadVisitor(otherLoad, 0), 0);
+      ASSERT_EQ(ReadRandomFields(reading, cls_ReadVisitor(load, 0), 0), expected) << seed;
+      if (expected.find('{') != std::string::npos) ++inOrder;
+    }
+  }
+  EXPECT_GT(inOrder, 1000u);
+}
+
+TEST(ClsReadVisitor, ListOfAStoreReadsAsOfAnyOtherReader) {
+  const gsl_RecordStore store = Recorded(1, cls_Uid(), [](const cls_WriteVisitor& to) {
+    const cls_WriteVisitor entries(to, kField);
+    entries.StartWrite(cls_kCollectionTypeId, cls_Uid());
+    const std::unique_ptr<cls_ListWriter> list(entries.GetListWriter());
+    for (int i = 0; i < 6; ++i) {
+      if (i == 2 || i == 5) {
+        list->WriteNull(5);
+      } else {
+        TestNode(i).DBWrite(cls_WriteVisitor(cls_WriteRequestListObj(*list)));
+      }
+    }
+  });
+  const Forwarding other(store);
+  for (const gsl_RecordReader* const reader :
+       std::initializer_list<const gsl_RecordReader*>{&store, &other}) {
+    cls_Load load(*reader);
+    const cls_ReadVisitor root(load, 0);
+    const cls_ReadVisitor entries(root, kField);
+    const std::unique_ptr<cls_ListReader> list(entries.GetListReader());
+    for (int i = 0; i < 6; ++i) {
+      ASSERT_TRUE(list->HasNext()) << i;
+      const std::unique_ptr<TestNode> node(list->ReadObject<TestNode>());
+      ASSERT_EQ(node != nullptr, i != 2 && i != 5) << i;
+      if (node != nullptr) {
+        EXPECT_EQ(node->value, i);
+      }
+    }
+    EXPECT_FALSE(list->HasNext());
+    EXPECT_THROW(static_cast<void>(list->ReadObject<TestNode>()), cls_RecordException);
+  }
+}
 
 TEST(ClsReadVisitor, MissingFieldsReadAsTheCallersDefault) {
   const gsl_RecordStore store = Recorded(1, cls_Uid(), [](const cls_WriteVisitor&) {});

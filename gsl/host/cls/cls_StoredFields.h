@@ -1,0 +1,102 @@
+#ifndef CLS_STORED_FIELDS_H
+#define CLS_STORED_FIELDS_H
+
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+
+/// A record that is read where its storage keeps it: the fields of its shape, and the bytes of its
+/// values one after the other. docs/records.md describes the bytes, which were checked before.
+class cls_StoredFields {
+public:
+  /// What a value is, by the numbers of docs/records.md. The last field of a shape has no name and
+  /// is of no kind.
+  enum Kind : unsigned int { Integer, Double, Boolean, Text, Record, None = ~0u };
+
+  /// A field of a shape.
+  struct Slot {
+    const char* name;
+    std::size_t nameLength;
+    unsigned int kind;
+  };
+
+  cls_StoredFields() = default;
+  /// The fields of a shape whose values begin there.
+  cls_StoredFields(const Slot* first, const unsigned char* values)
+      : m_first(first), m_next(first), m_at(values) {}
+
+  /// Returns whether there is a record.
+  [[nodiscard]] bool IsThere() const { return m_first != nullptr; }
+  /// Returns whether the record has no field, so that its elements begin where its values do.
+  [[nodiscard]] bool HasElementsOnly() const { return m_first != nullptr && m_first->kind == None; }
+  /// Returns the number of fields that were taken.
+  std::size_t Taken() const { return static_cast<std::size_t>(m_next - m_first); }
+  /// Returns where the next value or the elements begin.
+  const unsigned char* At() const { return m_at; }
+  /// Returns the next field.
+  const Slot& Next() const { return *m_next; }
+
+  /// Returns whether the next field has that name and holds a value of that kind. The name is
+  /// mostly a constant, so that the comparison takes a few instructions.
+  [[nodiscard]] bool IsNext(const char* name, Kind kind) const {
+    const std::size_t length = __builtin_strlen(name);
+    return m_next->kind == kind && m_next->nameLength == length &&
+           __builtin_memcmp(m_next->name, name, length) == 0;
+  }
+
+  // The next field is taken.
+  double TakeDouble() {
+    const double value = DoubleAt(m_at);
+    MoveOn(m_at + sizeof value);
+    return value;
+  }
+  [[nodiscard]] bool TakeBoolean() {
+    const bool value = *m_at != 0;
+    MoveOn(m_at + 1);
+    return value;
+  }
+  int TakeInteger() {
+    const std::uint64_t bits = TakeNumber();
+    return static_cast<int>(static_cast<std::uint32_t>((bits >> 1) ^ (0 - (bits & 1u))));
+  }
+  /// Returns the number of a text or of a record.
+  std::uint32_t TakeLink() { return static_cast<std::uint32_t>(TakeNumber()); }
+
+  /// Reads a number in groups of seven bits. Returns where it ends.
+  static const unsigned char* NumberAt(const unsigned char* at, std::uint64_t& number) {
+    number = *at & 0x7Fu;
+    for (unsigned int shift = 7; *at++ >= 0x80u; shift += 7)
+      number |= static_cast<std::uint64_t>(*at & 0x7Fu) << shift;
+    return at;
+  }
+  /// Reads a double, whose lowest byte comes first.
+  static double DoubleAt(const unsigned char* at) {
+    std::uint64_t bits = 0;
+    std::memcpy(&bits, at, sizeof bits);
+#if __BYTE_ORDER__ == __ORDER_BIG_ENDIAN__
+    bits = __builtin_bswap64(bits);
+#endif
+    double value = 0.0;
+    std::memcpy(&value, &bits, sizeof value);
+    return value;
+  }
+
+private:
+  std::uint64_t TakeNumber() {
+    std::uint64_t number = 0;
+    MoveOn(NumberAt(m_at, number));
+    return number;
+  }
+  void MoveOn(const unsigned char* at) {
+    m_at = at;
+    ++m_next;
+  }
+
+  static constexpr Slot kNothing = {"", 0, None};
+
+  const Slot* m_first = nullptr;
+  const Slot* m_next = &kNothing;
+  const unsigned char* m_at = nullptr;
+};
+
+#endif
