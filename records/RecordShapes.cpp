@@ -26,7 +26,7 @@ std::size_t RecordShapes::HashOfStep::operator()(const Step& step) const {
 
 Number RecordShapes::FindStart(std::uint32_t typeId, gsl_RecordCollection collection) {
   const Number node = FindStep({kNone, typeId, static_cast<std::int32_t>(collection), kStart}, "");
-  m_recentStarts[typeId % kRecent] = node;
+  m_recentStarts[PlaceOfRecent(typeId, collection)] = node;
   return node;
 }
 

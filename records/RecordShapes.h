@@ -56,7 +56,7 @@ public:
 
   /// The node of a record without fields.
   Number Start(std::uint32_t typeId, gsl_RecordCollection collection) {
-    const Number recent = m_recentStarts[typeId % kRecent];
+    const Number recent = m_recentStarts[PlaceOfRecent(typeId, collection)];
     if (recent != kNone && m_nodes[recent].name == typeId &&
         m_nodes[recent].index == static_cast<std::int32_t>(collection)) {
       return recent;
@@ -124,6 +124,11 @@ private:
   struct HashOfStep {
     std::size_t operator()(const Step& step) const;
   };
+
+  /// Lists are often of one class, as plain records and then as collections.
+  static std::size_t PlaceOfRecent(std::uint32_t typeId, gsl_RecordCollection collection) {
+    return (typeId + static_cast<std::uint32_t>(collection)) % kRecent;
+  }
 
   /// Names are short, so that a call of a library would cost more than the comparison.
   [[nodiscard]] static bool AreEqual(const char* a, const char* b) {

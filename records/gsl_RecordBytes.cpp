@@ -329,11 +329,10 @@ const unsigned char* gsl_RecordCodec::Decode(gsl_records::Bytes body, const unsi
 
 namespace {
 
-/// Room for a byte form, in large pages.
+/// Room for a byte form.
 std::vector<unsigned char> RoomFor(std::size_t size) {
   std::vector<unsigned char> bytes;
   bytes.reserve(size);
-  gsl_records::PreferLargePages(bytes.data(), size);
   return bytes;
 }
 
