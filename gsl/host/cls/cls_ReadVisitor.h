@@ -63,11 +63,7 @@ private:
 
   /// Returns the text. Short texts that were asked for recently share one buffer.
   cow_String TextOf(std::string_view text);
-  /// Returns the text of that number in the store.
-  cow_String StoredText(std::uint32_t number) {
-    const NumberedText& recent = m_storedTexts[number % kRecentTexts];
-    return recent.number == number ? recent.text : ReadStoredText(number);
-  }
+  /// Returns the text of that number in the store, and keeps a short text.
   cow_String ReadStoredText(std::uint32_t number);
   /// Looks where the records are, once. Does nothing for a reader that is not a store.
   void FindStorage();
@@ -148,7 +144,7 @@ public:
   }
   cow_String ReadString(const cls_FieldHandle& field, const cow_String& defaultValue) const {
     const bool isNext = m_stored.IsNext(field.Name(), cls_StoredFields::Text);
-    return isNext ? m_load.StoredText(m_stored.TakeLink()) : FindString(field, defaultValue);
+    return isNext ? StoredText(m_stored.TakeLink()) : FindString(field, defaultValue);
   }
 
   /// Throws unless this record is absent, or its class is that class or is registered as derived
@@ -227,6 +223,12 @@ private:
   double FindDouble(const cls_FieldHandle& field, double defaultValue) const;
   [[nodiscard]] bool FindBoolean(const cls_FieldHandle& field, bool defaultValue) const;
   cow_String FindString(const cls_FieldHandle& field, const cow_String& defaultValue) const;
+
+  cow_String StoredText(std::uint32_t number) const {
+    const cls_Load::NumberedText& recent = m_load.m_storedTexts[number % cls_Load::kRecentTexts];
+    return recent.number == number ? recent.text : ReadStoredText(number);
+  }
+  cow_String ReadStoredText(std::uint32_t number) const;
 
   void CheckDerived(unsigned int typeId) const;
   /// Is false for a field that the record does not have.

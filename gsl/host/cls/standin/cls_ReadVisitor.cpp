@@ -191,6 +191,10 @@ void cls_ReadVisitor::StartField(const cls_ReadVisitor& parent, const cls_FieldH
   Start(record);
 }
 
+cow_String cls_ReadVisitor::ReadStoredText(std::uint32_t number) const {
+  return m_load.ReadStoredText(number);
+}
+
 void cls_ReadVisitor::LeaveStorage() const {
   if (!m_stored.IsThere()) return;
   const gsl_RecordReader& reader = m_load.m_reader;
