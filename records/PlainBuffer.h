@@ -1,6 +1,7 @@
 #ifndef RECORDS_PLAIN_BUFFER_H
 #define RECORDS_PLAIN_BUFFER_H
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
@@ -95,19 +96,22 @@ public:
       *this = PlainBuffer();
     }
   }
-  /// Gives the pages of the first values back to the system, where it takes them. The values may be
-  /// lost; the array may be destroyed or truncated to nothing.
-  void ForgetFirst(std::size_t count) const {
+  /// Gives the pages of the values before `end` back to the system, where it takes them; those of
+  /// the values before `begin` are given back. The values may be lost; the array may be destroyed
+  /// or truncated to nothing.
+  void ForgetUntil(std::size_t begin, std::size_t end) const {
 #if defined(__linux__) && defined(MADV_DONTNEED)
     constexpr std::uintptr_t kPage = std::uintptr_t{1} << 16;
-    const auto begin = reinterpret_cast<std::uintptr_t>(m_items);
-    const std::uintptr_t first = (begin + kPage - 1) / kPage * kPage;
-    const std::uintptr_t end = (begin + count * sizeof(T)) / kPage * kPage;
-    if (!m_isBorrowed && end > first) {
-      madvise(reinterpret_cast<void*>(first), end - first, MADV_DONTNEED);
+    const auto items = reinterpret_cast<std::uintptr_t>(m_items);
+    const std::uintptr_t first =
+        std::max((items + kPage - 1) / kPage * kPage, (items + begin * sizeof(T)) / kPage * kPage);
+    const std::uintptr_t last = (items + end * sizeof(T)) / kPage * kPage;
+    if (!m_isBorrowed && last > first) {
+      madvise(reinterpret_cast<void*>(first), last - first, MADV_DONTNEED);
     }
 #else
-    static_cast<void>(count);
+    static_cast<void>(begin);
+    static_cast<void>(end);
 #endif
   }
   void Append(const T& value) {

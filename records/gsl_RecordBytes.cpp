@@ -381,7 +381,8 @@ std::vector<unsigned char> gsl_RecordStore::TakeBytes() {
     const std::size_t count = std::min(gsl_records::kBlockSize, records.count - at);
     Append(bytes, {records.begin + at, count});
     body.Add({records.begin + at, count});
-    taken.ForgetFirst(static_cast<std::size_t>(records.begin + at + count - taken.Begin()));
+    const auto begin = static_cast<std::size_t>(records.begin + at - taken.Begin());
+    taken.ForgetUntil(begin, begin + count);
   }
   const std::vector<unsigned char> sums = body.Finish();
   Append(bytes, {sums.data(), sums.size()});

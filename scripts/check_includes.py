@@ -32,7 +32,8 @@ cstdint cstdio cstdlib cstring ctime cuchar cwchar cwctype
 
 # Other libraries by the headers that they are known by.
 LIBRARIES = {
-    "POSIX": r"(sys/.+|dlfcn|fcntl|poll|pthread|spawn|stdlib|unistd)\.h",
+    "POSIX": r"(sys/(?!single_threaded).+|dlfcn|fcntl|poll|pthread|spawn|stdlib|unistd)\.h",
+    "GNU C library": r"sys/single_threaded\.h",
     "SSE2": r"emmintrin\.h",
     "fast_float": r"fast_float/.+",
     "Assimp": r"assimp/.+",
@@ -98,7 +99,7 @@ ROOMS = [
     Room("gsl/persist/", "module start-up, type table, registration, persistent arrays",
          f"{PUBLIC}, gsl/impl/kernel/Constants.h"),
     Room("gsl/host/", "headers of the host, one folder per prefix; each includes earlier prefixes only",
-         "POSIX (whether the process has one thread)"),
+         "GNU C library (whether the process has one thread)"),
     Room("gsl/host/*/standin/", "the implementation that is used without a host",
          "gsl/host/, records/include/, POSIX"),
     Room("records/", "the byte form of records: its frame, its checksum; the store's body; files",

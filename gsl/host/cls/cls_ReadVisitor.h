@@ -29,7 +29,8 @@ struct gsl_RecordField;
 /// that were shared when they were written are shared again.
 class GSL_HOST_API cls_Load {
 public:
-  /// The reader must outlive the load, and its records must not change meanwhile.
+  /// The reader must outlive the load, and must not change meanwhile: the load keeps the places of
+  /// its records. A store changes by a root that is added or taken back, and by TakeBytes.
   explicit cls_Load(const gsl_RecordReader& reader);
   ~cls_Load();
   cls_Load(const cls_Load&) = delete;
