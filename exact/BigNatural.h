@@ -31,7 +31,7 @@ public:
     return *this;
   }
   Limbs& operator=(Limbs&& other) noexcept {
-    Take(other);
+    if (this != &other) Take(other);
     return *this;
   }
   ~Limbs() = default;

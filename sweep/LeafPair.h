@@ -27,7 +27,8 @@ struct LeafTriangles {
   /// Bit k is set unless triangle k has the corners of the triangle before it, whose number is
   /// less.
   unsigned distinct;
-  /// The triangles that the tie plane of this number holds; see FirstContact.
+  /// The triangles that the plane of this number holds: a tie plane of FirstContact or a floor of
+  /// ClearanceSearch. Both number from 1, so a cache of leaves is forgotten between their walks.
   mutable unsigned held = 0;
   mutable unsigned heldBy = 0;
 

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <limits>
 #include <random>
+#include <utility>
 
 namespace {
 
@@ -47,6 +48,21 @@ TEST(BigNatural, EveryDoubleIsHeld) {
   ExpectSame(BigNatural(least, 1074), BigNatural(1.0));
   ExpectLess(BigNatural(most), BigNatural(1.0, 1024));
   ExpectLess(BigNatural(1.0, -1075), BigNatural(least));
+}
+
+TEST(BigNatural, NumbersOfAnyLengthMoveAndStayWhenTheyMoveToThemselves) {
+  for (const int bits : {100, 1279, 1280, 1281, 5000}) {
+    const BigNatural wanted = BigNatural::Plus(BigNatural(1.0, bits), BigNatural(1.0));
+    BigNatural number = wanted;
+    BigNatural& same = number;
+    number = std::move(same);
+    ExpectSame(number, wanted);
+    BigNatural other(3.0);
+    other = std::move(number);
+    ExpectSame(other, wanted);
+    other = BigNatural(3.0);
+    ExpectSame(other, BigNatural(3.0));
+  }
 }
 
 TEST(BigNatural, SumsAndDifferencesCarry) {
