@@ -208,13 +208,15 @@ TEST(GslRecordFile, WriterKilledAtAnyMomentLeavesAWholeFile) {
   const long rounds = Kills(Scaled(500));
   for (long round = 0; round < rounds; ++round) {
     const int before = saved.Get();
-    const pid_t child = fork();
-    if (child == 0) {
+    const pid_t child = StartChild([&]() -> int {
       for (int mark = before + 1;; ++mark) {
         gsl_SaveRecords(Marked(mark, kRoots), path);
         saved.Set(mark);
       }
-    }
+    });
+    // The first writer is given the time for a save, also on a slow machine.
+    for (int wait = 0; round == 0 && wait < 30000 && saved.Get() == before; ++wait)
+      usleep(1000);
     usleep(static_cast<useconds_t>(random() % 5000));
     kill(child, SIGKILL);
     waitpid(child, nullptr, 0);

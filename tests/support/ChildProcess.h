@@ -35,11 +35,23 @@ inline long Kills(long usual) {
   return asked != nullptr ? std::atol(asked) : usual;
 }
 
+/// Starts a child process that does the work and exits with the status that it returns, and with 1
+/// where it throws: no error of the child goes on in a copy of the test program.
+template <class Work>
+pid_t StartChild(const Work& work) {
+  const pid_t child = fork();
+  if (child != 0) return child;
+  try {
+    _exit(work());
+  } catch (...) {
+    _exit(1);
+  }
+}
+
 /// Does the work in a child process. Returns its exit status, or -1.
 template <class Work>
 int StatusInChild(const Work& work) {
-  const pid_t child = fork();
-  if (child == 0) _exit(work());
+  const pid_t child = StartChild(work);
   int status = -1;
   waitpid(child, &status, 0);
   return WIFEXITED(status) ? WEXITSTATUS(status) : -1;

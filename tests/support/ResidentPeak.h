@@ -8,7 +8,7 @@
 #include <malloc.h>
 
 /// Measures how much more memory this process has in use at most while this object lives, of every
-/// allocator, as the system counts it. 0 where the system does not say.
+/// allocator, as the system counts it. It is 0 where the system does not say it.
 class ResidentPeak {
 public:
   ResidentPeak() {
