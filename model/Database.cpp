@@ -9,15 +9,49 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <fcntl.h>
 #include <limits>
 #include <new>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace gsl_model {
 
 namespace {
 
 constexpr std::string_view kMagic{"SQLite format 3\0", 16};
+constexpr std::string_view kJournalMagic{"\xd9\xd5\x05\xf9\x20\xa1\x63\xd7", 8};
+
+/// Whether each byte is 0 or that of the magic. A page that did not reach the disk whole has no
+/// other bytes.
+bool MayBecome(std::string_view magic, std::string_view found) {
+  for (std::size_t i = 0; i < found.size(); ++i) {
+    if (found[i] != 0 && found[i] != magic[i]) return false;
+  }
+  return true;
+}
+
+/// What is where the journal of a database would be.
+enum class Journal {
+  None,
+  Begun,  ///< nothing can be restored from it yet
+  Whole,  ///< it may restore what its writer has changed
+  Foreign ///< another file, or one that cannot be read
+};
+
+Journal JournalAt(const char* path) {
+  struct stat status = {};
+  if (stat(path, &status) != 0) return Journal::None;
+  const int file = S_ISREG(status.st_mode) ? open(path, O_RDONLY | O_NONBLOCK | O_CLOEXEC) : -1;
+  if (file < 0) return Journal::Foreign;
+  std::array<char, kJournalMagic.size()> start = {};
+  const ssize_t count = read(file, start.data(), start.size());
+  close(file);
+  if (count < 0) return Journal::Foreign;
+  const std::string_view found(start.data(), static_cast<std::size_t>(count));
+  if (found == kJournalMagic) return Journal::Whole;
+  return MayBecome(kJournalMagic, found) ? Journal::Begun : Journal::Foreign;
+}
 
 /// Whether the bytes are UTF-8 and have no zero byte.
 bool IsPlainText(std::string_view text) {
@@ -173,6 +207,7 @@ Database::Database(const std::string& path, Access access, std::chrono::millisec
   Check(code);
   m_isOpen = true;
   CheckHeader(access);
+  KeepLog();
   if (access != Access::Read && sqlite3_db_readonly(connection, "main") == 1) {
     Fail("cannot be written: Permission denied");
   }
@@ -195,10 +230,19 @@ Database::~Database() = default;
 void Database::CheckPath(Access access) const {
   struct stat status = {};
   if (stat(m_path.c_str(), &status) != 0) {
-    if (errno == ENOENT && access == Access::Create) return;
+    if (errno == ENOENT && access == Access::Create) {
+      return CheckBeforeCreation((m_path + "-journal").c_str());
+    }
     Fail(std::string("cannot open: ") + std::strerror(errno));
   }
   if (!S_ISREG(status.st_mode)) Fail("is not a regular file");
+}
+
+/// A journal beside an empty file is removed when the file is read, whatever it holds.
+void Database::CheckBeforeCreation(const char* journal) const {
+  if (JournalAt(journal) != Journal::Foreign) return;
+  Fail("cannot be created: " + std::string(journal) +
+       " is beside it, and is not a journal that can be read");
 }
 
 /// Judges how the file begins. It is read through the connection: a descriptor of our own would,
@@ -209,22 +253,38 @@ void Database::CheckHeader(Access access) const {
   if (file == nullptr || file->pMethods == nullptr) return;
   sqlite3_int64 size = 0;
   Check(file->pMethods->xFileSize(file, &size));
-  // What a writer that was interrupted has left is restored first, when the file is read.
-  struct stat journal = {};
-  if (stat((m_path + "-journal").c_str(), &journal) == 0) return;
+  // The journal is beside the file itself, where the path is a link.
+  const char* const journal = sqlite3_filename_journal(sqlite3_db_filename(Connection(), "main"));
+  const bool canRestore = JournalAt(journal) == Journal::Whole;
   std::array<char, kMagic.size()> start = {};
   const auto count = std::min(start.size(), static_cast<std::size_t>(size));
   if (count == 0) {
     // A writer that was interrupted while it created the file leaves an empty one.
-    if (access == Access::Create) return;
+    if (access == Access::Create) return CheckBeforeCreation(journal);
+    if (canRestore) return;
     Fail("is not a model: the file is empty");
   }
   Check(file->pMethods->xRead(file, start.data(), static_cast<int>(count), 0));
   const std::string_view found(start.data(), count);
   if (found == kMagic) return;
+  // What a writer that was interrupted has left is restored first, when the file is read.
+  if (canRestore && MayBecome(kMagic, found)) return;
   Fail("is not a model: the file starts with " +
        HexOf(found.substr(0, std::min<std::size_t>(4, found.size()))) +
        ", but a model starts with 53 51 4c 69 (\"SQLi\")");
+}
+
+/// The last connection would write a log of WAL mode into the file when it is closed, also where
+/// the database is that of another program.
+void Database::KeepLog() const {
+  const char* const log = sqlite3_filename_wal(sqlite3_db_filename(Connection(), "main"));
+  struct stat status = {};
+  if (stat(log, &status) != 0 || status.st_size == 0) return;
+  sqlite3_db_config(Connection(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
+}
+
+void Database::ReleaseLog() {
+  sqlite3_db_config(Connection(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 0, nullptr);
 }
 
 bool Database::IsEmpty() {

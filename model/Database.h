@@ -61,6 +61,9 @@ public:
   Database& operator=(const Database&) = delete;
 
   const std::string& Path() const { return m_path; }
+  /// Lets the last connection that is closed write a log of WAL mode into the file. Until then
+  /// what another program left in a log stays there.
+  void ReleaseLog();
   /// Returns whether the file has no page, after what an interrupted writer left is restored.
   bool IsEmpty();
   void Run(const char* sql);
@@ -90,7 +93,9 @@ private:
   };
 
   void CheckPath(Access access) const;
+  void CheckBeforeCreation(const char* journal) const;
   void CheckHeader(Access access) const;
+  void KeepLog() const;
   int SystemError() const;
   std::string ReasonOf(int code) const;
 

@@ -127,6 +127,7 @@ void CheckTables(Database& database, bool isWhole) {
                   std::to_string(application) + ", but a model has " +
                   std::to_string(kApplicationId));
   }
+  database.ReleaseLog();
   const std::int64_t version = database.Integer("PRAGMA user_version");
   if (version > kVersion) {
     database.Fail("has format version " + std::to_string(version) +

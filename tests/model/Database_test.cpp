@@ -14,6 +14,7 @@
 #include <random>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include <fcntl.h>
 #include <sys/resource.h>
@@ -88,6 +89,49 @@ TEST_F(GslDatabase, FileThatIsNotADatabaseIsNamedAndKept) {
   EXPECT_EQ(MessageOfOpening(empty), empty + ": is not a model: the file is empty");
   EXPECT_EQ(MessageOfOpening(empty, Access::Create), "no error");
   EXPECT_EQ(MessageOfOpening(empty), "no error");
+}
+
+TEST_F(GslDatabase, FileBesideAForeignFileStays) {
+  const std::string magic = "\xd9\xd5\x05\xf9\x20\xa1\x63\xd7";
+  const std::string journal = magic + std::string("\xff\xff\xff\xff\0\0\0\1\0\0\0\0\0\0\2\0", 16) +
+                              std::string("\0\0\x10\0", 4) + std::string(484, '\0');
+  const std::string zeros(9, '\0');
+  for (const std::string& beside : {std::string("dear diary"), magic, journal, zeros}) {
+    // The last ones begin almost as a page that was torn.
+    for (const std::string& foreign :
+         {std::string("solid cube") + std::string(600, ' '),
+          std::string("gslr") + std::string(600, '\1'), std::string("SQLite format 3 of some kind"),
+          std::string("SQLi\0\0x\0", 8)}) {
+      m_folder.Write("model.gslm", foreign);
+      const std::string path = m_folder.Write("model.gslm-journal", beside);
+      for (const Access access : {Access::Read, Access::Write, Access::Create}) {
+        EXPECT_EQ(
+            MessageOfOpening(m_path, access).find(m_path + ": is not a model: the file starts"),
+            0u);
+        EXPECT_TRUE(BytesOf(m_path) == foreign) << foreign.substr(0, 4);
+        EXPECT_TRUE(BytesOf(path) == beside) << foreign.substr(0, 4);
+      }
+    }
+  }
+}
+
+TEST_F(GslDatabase, FileBesideAnEmptyFileStays) {
+  const std::string path = m_folder.Write("model.gslm-journal", "dear diary");
+  const std::string refused = m_path + ": cannot be created: " + path +
+                              " is beside it, and is not a journal that can be read";
+  EXPECT_EQ(MessageOfOpening(m_path, Access::Create), refused);
+  EXPECT_EQ(m_folder.Names(), (std::vector<std::string>{"model.gslm-journal"}));
+  m_folder.Write("model.gslm", "");
+  EXPECT_EQ(MessageOfOpening(m_path, Access::Read), m_path + ": is not a model: the file is empty");
+  EXPECT_EQ(MessageOfOpening(m_path, Access::Write),
+            m_path + ": is not a model: the file is empty");
+  EXPECT_EQ(MessageOfOpening(m_path, Access::Create), refused);
+  EXPECT_EQ(BytesOf(m_path), "");
+  EXPECT_EQ(BytesOf(path), "dear diary");
+  // A journal that was begun, and no more, is that of a writer that was interrupted.
+  m_folder.Write("model.gslm-journal", std::string(512, '\0'));
+  EXPECT_EQ(MessageOfOpening(m_path, Access::Create), "no error");
+  EXPECT_EQ(m_folder.Names(), (std::vector<std::string>{"model.gslm"}));
 }
 
 TEST_F(GslDatabase, CutFileIsRefused) {
@@ -186,6 +230,7 @@ TEST_F(GslDatabase, FileAndFolderWithoutPermissionAreNamedAndTheFileStays) {
   EXPECT_EQ(asNobody([&] { return MessageOfReading(m_path); }, "cannot open: Permission denied"),
             0);
   chmod(m_folder.Path("").c_str(), 0755);
+  chmod(m_path.c_str(), 0644);
   EXPECT_EQ(BytesOf(m_path), bytes);
 }
 
@@ -239,14 +284,13 @@ TEST_F(GslDatabase, WriterKilledAtAnyMomentLeavesACommittedModel) {
   const long rounds = Kills(Scaled(20) + 3);
   for (long round = 0; round < rounds; ++round) {
     const int before = committed.Get();
-    const pid_t child = fork();
-    if (child == 0) {
+    const pid_t child = StartChild([&]() -> int {
       Model model(m_path);
       for (int mark = before + 1;; ++mark) {
         write(model, mark);
         committed.Set(mark);
       }
-    }
+    });
     // Each second writer is given the time for a transaction, also on a slow machine.
     for (int wait = 0; round % 2 == 0 && wait < 30000 && committed.Get() == before; ++wait)
       usleep(1000);

@@ -17,6 +17,7 @@
 #include <gtest/gtest.h>
 #include <sqlite3.h>
 
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -379,22 +380,69 @@ TEST_F(GslModel, FileOfALaterProgramIsReadWithoutItsNewFieldsAndKeepsThem) {
   EXPECT_TRUE(SameObjects(loaded, *before));
 }
 
+namespace {
+
+/// A journal that says that there was nothing.
+std::string JournalOfCreation() {
+  const std::string start{"\xd9\xd5\x05\xf9\x20\xa1\x63\xd7\xff\xff\xff\xff\0\0\0\1\0\0\0\0"
+                          "\0\0\2\0\0\0\x10\0",
+                          28};
+  return start + std::string(512 - start.size(), '\0');
+}
+
+} // namespace
+
 TEST_F(GslModel, InterruptedCreationIsDoneAgain) {
-  // The journal says that there was nothing, and the first page has not reached the disk.
-  const std::string journal{"\xd9\xd5\x05\xf9\x20\xa1\x63\xd7\xff\xff\xff\xff\0\0\0\1\0\0\0\0"
-                            "\0\0\2\0\0\0\x10\0",
-                            28};
+  // The first page has not reached the disk.
+  const std::string journal = JournalOfCreation();
   for (const std::string& page :
        {std::string(4096, '\0'), std::string("SQLite format 3\0", 16) + std::string(4080, '\0')}) {
     m_folder.Write("part.gslm", page);
-    m_folder.Write("part.gslm-journal", journal + std::string(512 - journal.size(), '\0'));
+    m_folder.Write("part.gslm-journal", journal);
     EXPECT_EQ(MessageOf([&] { const Model model(m_path, Access::Read); }),
               m_path + ": is not a model: the file is empty");
     m_folder.Write("part.gslm", page);
-    m_folder.Write("part.gslm-journal", journal + std::string(512 - journal.size(), '\0'));
+    m_folder.Write("part.gslm-journal", journal);
     EXPECT_TRUE(Model(m_path).Roots().empty());
     EXPECT_EQ(m_folder.Names(), (std::vector<std::string>{"part.gslm"}));
   }
+}
+
+TEST_F(GslModel, InterruptedCreationIsDoneAgainThroughALink) {
+  std::filesystem::create_directory(m_folder.Path("far"));
+  const std::string target = m_folder.Write("far/target", std::string(4096, '\0'));
+  m_folder.Write("far/target-journal", JournalOfCreation());
+  std::filesystem::create_symlink("far/target", m_path);
+  EXPECT_TRUE(Model(m_path).Roots().empty());
+  EXPECT_TRUE(Model(target, Access::Read).Roots().empty());
+  EXPECT_FALSE(std::filesystem::exists(target + "-journal"));
+  EXPECT_TRUE(std::filesystem::is_symlink(m_path));
+}
+
+TEST_F(GslModel, LogOfAnotherProgramStaysAndThatOfAModelIsWritten) {
+  const std::string foreign = m_folder.Path("foreign");
+  { const Model model(m_path); }
+  for (const std::string& path : {foreign, m_path}) {
+    sqlite3* database = nullptr;
+    ASSERT_EQ(sqlite3_open(path.c_str(), &database), SQLITE_OK);
+    sqlite3_db_config(database, SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
+    ASSERT_EQ(sqlite3_exec(database, "PRAGMA journal_mode = WAL; CREATE TABLE t(x)", nullptr,
+                           nullptr, nullptr),
+              SQLITE_OK);
+    sqlite3_close(database);
+    ASSERT_FALSE(BytesOf(path + "-wal").empty());
+  }
+  const std::string bytes = BytesOf(foreign);
+  const std::string log = BytesOf(foreign + "-wal");
+  for (const Access access : {Access::Read, Access::Write, Access::Create}) {
+    EXPECT_EQ(MessageOf([&] { const Model model(foreign, access); }),
+              foreign + ": is not a model: it is a database with the application id 0, but a model "
+                        "has 1735617645");
+    EXPECT_EQ(BytesOf(foreign), bytes);
+    EXPECT_EQ(BytesOf(foreign + "-wal"), log);
+  }
+  EXPECT_TRUE(Model(m_path, Access::Read).Roots().empty());
+  EXPECT_FALSE(std::filesystem::exists(m_path + "-wal"));
 }
 
 TEST_F(GslModel, DatabaseOfAnotherProgramIsRefusedAndStaysAsItIs) {
