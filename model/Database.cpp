@@ -312,8 +312,8 @@ void Database::Begin(const char* sql) {
 
 void Database::Commit() {
   const int code = sqlite3_exec(Connection(), "COMMIT", nullptr, nullptr, nullptr);
-  // The journal is gone, and with it the way back: the changes are in the file. A folder that
-  // cannot be flushed is left to the system.
+  // The journal is gone, and with it the way back: the changes are in the file. File systems that
+  // cannot flush a folder always answer so.
   if (code == SQLITE_IOERR_DIR_FSYNC) return RollBack();
   Check(code);
 }
@@ -353,9 +353,10 @@ std::string Database::ReasonOf(int code) const {
   case SQLITE_FULL:
     return "cannot be written: the disk is full";
   case SQLITE_CANTOPEN:
-    return (m_isOpen ? "cannot be written: its journal beside it cannot be opened: "
-                     : "cannot open: ") +
-           system;
+    if (!m_isOpen) return "cannot open: " + system;
+    // A journal that cannot be made is then looked for, and the first error is forgotten.
+    return "cannot be written: its journal beside it cannot be opened" +
+           (error == ENOENT ? "" : ": " + system);
   case SQLITE_IOERR:
     return (code == SQLITE_IOERR_READ || code == SQLITE_IOERR_SHORT_READ ? "cannot be read: "
                                                                          : "cannot be written: ") +

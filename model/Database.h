@@ -73,6 +73,8 @@ public:
   /// Begins a transaction by a statement. Ends a transaction first that could not be ended.
   void Begin(const char* sql);
   /// Makes the changes of the transaction lasting. Where it throws, they are not in the file.
+  /// Where only the folder cannot be flushed, it returns: they are in the file, but a loss of power
+  /// may undo them or damage the file.
   void Commit();
   /// Ends what Begin began, without its changes unless they are committed. Throws nothing.
   void End() noexcept;

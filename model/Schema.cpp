@@ -107,7 +107,7 @@ void CheckStatements(Database& database) {
 void CreateTables(Database& database) {
   database.Run("BEGIN IMMEDIATE");
   // Another program may have been faster.
-  if (database.Integer("SELECT count(*) FROM sqlite_schema") != 0) return database.Run("COMMIT");
+  if (database.Integer("SELECT count(*) FROM sqlite_schema") != 0) return database.Commit();
   const auto pragma = [&](const char* name, std::int64_t value) {
     database.Run(("PRAGMA " + std::string(name) + " = " + std::to_string(value)).c_str());
   };
@@ -117,7 +117,7 @@ void CreateTables(Database& database) {
     database.Run(sql);
   database.Run(ViewOfFields().c_str());
   database.Run("INSERT INTO model VALUES (1, 'gsl_geometry " GSL_MODEL_VERSION "', 0)");
-  database.Run("COMMIT");
+  database.Commit();
 }
 
 void CheckTables(Database& database, bool isWhole) {

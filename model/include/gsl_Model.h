@@ -94,7 +94,10 @@ private:
 /// A model in a database file.
 ///
 /// Changes    come in transactions. A transaction is on the disk when Write returns, or nothing of
-///            it is; so it is too when the writer is killed or the machine loses its power.
+///            it is; so it is too when the writer is killed or the machine loses its power. There
+///            is one exception. Where the folder cannot be flushed, the transaction is in the file
+///            and Write returns. Until a later change has flushed the folder, a loss of power may
+///            undo it or damage the model.
 /// Damage     every root has a checksum of everything that it reaches. What was changed outside of
 ///            this library is refused by name, and is not read as other contents.
 /// Sharing    objects that a transaction stored once are shared again by everything that one call

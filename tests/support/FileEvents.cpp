@@ -62,6 +62,12 @@ bool FileEvents::Fails() {
   return fails;
 }
 
+bool FileEvents::FolderFails() {
+  if (Fails()) return true;
+  if (m_folderError != 0) errno = m_folderError;
+  return m_folderError != 0;
+}
+
 bool FileEvents::NameOf(const char* path, std::string& name) const {
   const std::size_t length = m_folder.size();
   if (std::strncmp(path, m_folder.c_str(), length) != 0 || path[length] != '/') return false;
@@ -200,7 +206,7 @@ int Synced(int descriptor) {
   const int file = events->FileOf(descriptor);
   const bool isFolder = events->IsOpenFolder(descriptor);
   if (file < 0 && !isFolder) return 0;
-  if (events->Fails()) return -1;
+  if (isFolder ? events->FolderFails() : events->Fails()) return -1;
   FileEvent event;
   event.kind = isFolder ? FileEvent::Kind::SyncFolder : FileEvent::Kind::Sync;
   event.file = file;

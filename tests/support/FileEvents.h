@@ -31,7 +31,7 @@ struct FileEvent {
 /// system come before those of the C library, also for shared libraries. Nothing is flushed in
 /// truth.
 ///
-/// One thread only.
+/// Only one thread may change files meanwhile.
 class FileEvents {
 public:
   explicit FileEvents(const std::string& folder);
@@ -49,8 +49,16 @@ public:
   /// From now on the call number `call` (from 0) that changes a file or makes changes lasting fails
   /// with that error, and every later one too where `isLasting`.
   void FailAt(long call, int error, bool isLasting);
+  /// From now on every flush of the folder fails with that error, and nothing else does.
+  void FailFolders(int error) {
+    FailNever();
+    m_folderError = error;
+  }
   /// No call fails from now on.
-  void FailNever() { FailAt(-1, 0, false); }
+  void FailNever() {
+    FailAt(-1, 0, false);
+    m_folderError = 0;
+  }
   /// How many such calls there were since FailAt.
   long Calls() const { return m_calls; }
 
@@ -73,6 +81,8 @@ public:
   void Unlinked(const std::string& name);
   /// Counts a call that changes something. Returns whether it fails, with the error in errno.
   [[nodiscard]] bool Fails();
+  /// The same for a flush of the folder.
+  [[nodiscard]] bool FolderFails();
 
 private:
   std::string m_folder;
@@ -81,7 +91,7 @@ private:
   std::map<int, int> m_files; ///< by descriptor; kFolder for the folder
   int m_fileCount = 0;
   long m_calls = 0, m_failAt = -1;
-  int m_error = 0;
+  int m_error = 0, m_folderError = 0;
   bool m_isLasting = false;
 };
 
