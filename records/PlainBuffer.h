@@ -14,16 +14,20 @@
 
 namespace gsl_records {
 
+/// Returns the number of bytes from there to the next beginning of a page of that size.
+inline std::size_t ToPage(const void* memory, std::size_t page) {
+  return (page - reinterpret_cast<std::uintptr_t>(memory) % page) % page;
+}
+
 /// Asks for large pages where memory of that size begins. Small pages, which the system hands out
 /// one by one, take longer than filling them.
-inline void PreferLargePages(const void* memory, std::size_t size) {
+inline void PreferLargePages(void* memory, std::size_t size) {
 #if defined(__linux__) && defined(MADV_HUGEPAGE)
-  constexpr std::uintptr_t kHugePage = std::uintptr_t{1} << 21;
-  const auto begin = reinterpret_cast<std::uintptr_t>(memory);
-  const std::uintptr_t first = (begin + kHugePage - 1) / kHugePage * kHugePage;
-  const std::uintptr_t end = (begin + size) / kHugePage * kHugePage;
-  if (end > first + kHugePage) {
-    madvise(reinterpret_cast<void*>(first), end - first, MADV_HUGEPAGE);
+  constexpr std::size_t kHugePage = std::size_t{1} << 21;
+  const std::size_t first = ToPage(memory, kHugePage);
+  const std::size_t end = size - (size + kHugePage - first) % kHugePage;
+  if (size > first && end > first + kHugePage) {
+    madvise(static_cast<char*>(memory) + first, end - first, MADV_HUGEPAGE);
   }
 #else
   static_cast<void>(memory);
@@ -67,7 +71,7 @@ public:
   }
 
   std::size_t Size() const { return m_size; }
-  std::size_t BytesHeld() const { return m_isBorrowed ? 0 : m_capacity * sizeof(T); }
+  std::size_t BytesHeld() const { return m_isBorrowed ? 0 : m_capacity * kItemSize; }
   T* Begin() { return m_items; }
   const T* Begin() const { return m_items; }
   T& operator[](std::size_t i) { return m_items[i]; }
@@ -101,13 +105,15 @@ public:
   /// or truncated to nothing.
   void ForgetUntil(std::size_t begin, std::size_t end) const {
 #if defined(__linux__) && defined(MADV_DONTNEED)
-    constexpr std::uintptr_t kPage = std::uintptr_t{1} << 16;
-    const auto items = reinterpret_cast<std::uintptr_t>(m_items);
-    const std::uintptr_t first =
-        std::max((items + kPage - 1) / kPage * kPage, (items + begin * sizeof(T)) / kPage * kPage);
-    const std::uintptr_t last = (items + end * sizeof(T)) / kPage * kPage;
+    constexpr std::size_t kPage = std::size_t{1} << 16;
+    const std::size_t front = ToPage(m_items, kPage);
+    const auto down = [front](std::size_t bytes) {
+      return bytes < front ? front : bytes - (bytes - front) % kPage;
+    };
+    const std::size_t first = down(begin * kItemSize);
+    const std::size_t last = down(end * kItemSize);
     if (!m_isBorrowed && last > first) {
-      madvise(reinterpret_cast<void*>(first), last - first, MADV_DONTNEED);
+      madvise(reinterpret_cast<char*>(m_items) + first, last - first, MADV_DONTNEED);
     }
 #else
     static_cast<void>(begin);
@@ -120,21 +126,24 @@ public:
   }
   void Append(const T* values, std::size_t count) {
     if (count == 0) return;
-    std::memcpy(static_cast<void*>(Room(count)), values, count * sizeof(T));
+    std::memcpy(static_cast<void*>(Room(count)), values, count * kItemSize);
     m_size += count;
   }
 
 private:
+  // A value may be a pointer.
+  static constexpr std::size_t kItemSize = sizeof(T); // NOLINT(bugprone-sizeof-expression)
+
   void Grow(std::size_t count) {
     constexpr std::size_t kFirst = 64;
     std::size_t capacity = m_capacity + m_capacity / 2 + kFirst;
     if (capacity < m_size + count || m_isBorrowed) capacity = m_size + count;
     void* const grown =
-        std::realloc(m_isBorrowed ? nullptr : static_cast<void*>(m_items), capacity * sizeof(T));
+        std::realloc(m_isBorrowed ? nullptr : static_cast<void*>(m_items), capacity * kItemSize);
     if (grown == nullptr) throw std::bad_alloc();
     // An array that grows in steps moves, and loses its large pages.
-    if (m_isBorrowed || 2 * count >= capacity) PreferLargePages(grown, capacity * sizeof(T));
-    if (m_isBorrowed && m_size != 0) std::memcpy(grown, m_items, m_size * sizeof(T));
+    if (m_isBorrowed || 2 * count >= capacity) PreferLargePages(grown, capacity * kItemSize);
+    if (m_isBorrowed && m_size != 0) std::memcpy(grown, m_items, m_size * kItemSize);
     m_items = static_cast<T*>(grown);
     m_capacity = capacity;
     m_isBorrowed = false;

@@ -50,7 +50,7 @@ public:
   /// The records where the store keeps them, for a reader that decodes them itself. docs/records.md
   /// describes the bytes of a record. The pointers are valid until the store changes.
   struct Stored {
-    const unsigned char* bytes = nullptr;
+    const unsigned char* bytes = nullptr;    ///< of all records
     const std::uint32_t* offsets = nullptr;  ///< where each record begins
     const std::uint32_t* roots = nullptr;    ///< the record of each root
     const std::uint64_t* prefixes = nullptr; ///< of identities, by number

@@ -51,7 +51,7 @@ if(host_type STREQUAL "SHARED_LIBRARY")
   target_link_libraries(loading_consumer PRIVATE gsl::floating_point ${CMAKE_DL_LIBS})
   add_host_code_flags(loading_consumer)
   set(loaded_files $<TARGET_FILE:loading_module> $<TARGET_SONAME_FILE:gsl::geometry>
-    $<TARGET_SONAME_FILE:gsl::host>)
+    $<TARGET_SONAME_FILE:gsl::host> $<TARGET_SONAME_FILE:gsl::records>)
   add_test(NAME loading_consumer COMMAND loading_consumer ${loaded_files})
   add_test(NAME loading_consumer_keeping_the_host COMMAND loading_consumer ${loaded_files} --keep-host)
 endif()

@@ -1,11 +1,11 @@
 // A host that loads and unloads the libraries at run time a thousand times, from two folders in
 // turn. The address changes every time.
 //
-//   loading_consumer MODULE GEOMETRY HOST [--keep-host]
+//   loading_consumer MODULE GEOMETRY HOST RECORDS [--keep-host]
 //
-// MODULE is the module of loading_module.cpp, GEOMETRY and HOST are the two libraries. With
-// --keep-host the host library is loaded first and never closed, as in an application that is
-// itself the host.
+// MODULE is the module of loading_module.cpp, GEOMETRY and HOST are the two libraries, and RECORDS
+// is the library that the host needs. With --keep-host the host library is loaded first and never
+// closed, as in an application that is itself the host.
 
 #include "check.h"
 
@@ -23,17 +23,17 @@ constexpr int kCycles = 1000;
 
 using std::filesystem::path;
 
-/// A copy of the three files in its own folder.
+/// A copy of the files in its own folder.
 struct Place {
   path module, geometry, host;
 
-  Place(const path& folder, const path& moduleFile, const path& geometryFile, const path& hostFile)
+  Place(const path& folder, const path& moduleFile, const path& geometryFile, const path& hostFile,
+        const path& recordsFile)
       : module(folder / moduleFile.filename()), geometry(folder / geometryFile.filename()),
         host(folder / hostFile.filename()) {
     std::filesystem::create_directory(folder);
-    std::filesystem::copy_file(moduleFile, module);
-    std::filesystem::copy_file(geometryFile, geometry);
-    std::filesystem::copy_file(hostFile, host);
+    for (const path& file : {moduleFile, geometryFile, hostFile, recordsFile})
+      std::filesystem::copy_file(file, folder / file.filename());
   }
 };
 
@@ -110,13 +110,14 @@ bool StaysLoaded(const path& file) {
 } // namespace
 
 int main(int argc, char** argv) {
-  const bool isHostKept = argc == 5 && std::strcmp(argv[4], "--keep-host") == 0;
-  Check(argc == 4 || isHostKept, "usage: loading_consumer MODULE GEOMETRY HOST [--keep-host]");
+  const bool isHostKept = argc == 6 && std::strcmp(argv[5], "--keep-host") == 0;
+  Check(argc == 5 || isHostKept,
+        "usage: loading_consumer MODULE GEOMETRY HOST RECORDS [--keep-host]");
   std::string folder =
       (std::filesystem::temp_directory_path() / "loading_consumer.XXXXXX").string();
   Check(mkdtemp(folder.data()) != nullptr, "a temporary folder is made");
-  const Place places[] = {{path(folder) / "here", argv[1], argv[2], argv[3]},
-                          {path(folder) / "there", argv[1], argv[2], argv[3]}};
+  const Place places[] = {{path(folder) / "here", argv[1], argv[2], argv[3], argv[4]},
+                          {path(folder) / "there", argv[1], argv[2], argv[3], argv[4]}};
 
   if (isHostKept) dlopen(places[0].host.c_str(), RTLD_NOW | RTLD_LOCAL);
   Blocked blocked;

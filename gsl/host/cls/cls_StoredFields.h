@@ -15,9 +15,9 @@ public:
 
   /// A field of a shape.
   struct Slot {
-    const char* name;
-    std::size_t nameLength;
-    unsigned int kind;
+    const char* name;       ///< without an end; it belongs to the store
+    std::size_t nameLength; ///< in bytes
+    unsigned int kind;      ///< a Kind, or that of an object
   };
 
   cls_StoredFields() = default;
@@ -44,22 +44,24 @@ public:
            __builtin_memcmp(m_next->name, name, length) == 0;
   }
 
-  // The next field is taken.
+  /// Takes the next field, a double.
   double TakeDouble() {
     const double value = DoubleAt(m_at);
     MoveOn(m_at + sizeof value);
     return value;
   }
+  /// Takes the next field, a boolean.
   [[nodiscard]] bool TakeBoolean() {
     const bool value = *m_at != 0;
     MoveOn(m_at + 1);
     return value;
   }
+  /// Takes the next field, an integer.
   int TakeInteger() {
     const std::uint64_t bits = TakeNumber();
     return static_cast<int>(static_cast<std::uint32_t>((bits >> 1) ^ (0 - (bits & 1u))));
   }
-  /// Returns the number of a text or of a record.
+  /// Takes the next field, and returns the number of its text or of its record.
   std::uint32_t TakeLink() { return static_cast<std::uint32_t>(TakeNumber()); }
 
   /// Reads a number in groups of seven bits. Returns where it ends.
