@@ -147,25 +147,6 @@ Double4 ClearanceSearch<Scalar>::ApproachedTriangles(const LeafPair<Scalar>& lea
   return Approached(toMeet, toPart, leaves.moving.reach + leaves.fixed.reach, Double4::Of(0.0));
 }
 
-/// Returns the triangles of a leaf, of the moving body or of a fixed body, that the floor holds.
-template <class Scalar>
-template <bool kMoves>
-unsigned ClearanceSearch<Scalar>::Held(const Leaf& leaf) const {
-  if (!m_floor.Holds()) return 0;
-  if (leaf.heldBy == m_floorNumber) return leaf.held;
-  const Placement<Scalar>& placement = m_scene.moving;
-  leaf.heldBy = m_floorNumber;
-  leaf.held = 0;
-  for (int k = 0; k < leaf.count; ++k) {
-    const Coord3 corners[3] = {placement.ToKernel(leaf.Corner(k, 0)),
-                               placement.ToKernel(leaf.Corner(k, 1)),
-                               placement.ToKernel(leaf.Corner(k, 2))};
-    const bool isHeld = kMoves ? m_floor.HoldsMoving(corners) : m_floor.HoldsFixed(corners);
-    if (isHeld) leaf.held |= 1u << k;
-  }
-  return leaf.held;
-}
-
 /// Bit k is set when the plane keeps triangle first + k of the fixed leaf beyond the limit, or
 /// apart from the moving triangle for as long. `most` is the extent of the moving triangle along
 /// the normal. The pairs are not within the clearance before the multiples `from`.
@@ -276,8 +257,11 @@ bool ClearanceSearch<Scalar>::Judge(const NodePair<Scalar>& pair) {
   const Leaf& fixed = m_fixedCache.Fixed(m_scene, pair.fixedBody, pair.fixed.ref.Index());
   const LeafPair<Scalar> leaves(m_scene, moving, fixed);
   const bool followsBest = m_best.PrecedesAll(pair.moving.least, pair.LeastFixed());
-  const unsigned movingHeld = followsBest ? Held<true>(moving) : 0;
-  const unsigned fixedHeld = followsBest ? Held<false>(fixed) : 0;
+  const bool mayHold = followsBest && m_floor.Holds();
+  const unsigned movingHeld =
+      mayHold ? moving.template HeldBy<true>(m_floor, m_floorNumber, m_scene) : 0;
+  const unsigned fixedHeld =
+      mayHold ? fixed.template HeldBy<false>(m_floor, m_floorNumber, m_scene) : 0;
   unsigned movingMask = moving.distinct;
   unsigned fixedMask = fixed.distinct;
   if ((movingMask & ~movingHeld) == 0 && (fixedMask & ~fixedHeld) == 0) return true;

@@ -78,8 +78,6 @@ private:
                      Double4 multiple) const;
   unsigned ThoseUpToLimit(const Double4& multiple) const;
   Double4 ApproachedTriangles(const LeafPair<Scalar>& leaves, int i, int first) const;
-  template <bool kMoves>
-  unsigned Held(const Leaf& leaf) const;
   unsigned BeyondPlane(const Plane& plane, double most, const LeafPair<Scalar>& leaves, int first,
                        const Double4& from) const;
   unsigned StaysOpen(const Plane& plane, const Double4& gap, double reach,

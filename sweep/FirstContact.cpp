@@ -104,32 +104,16 @@ bool FirstContact<Scalar>::IsNotBefore(const Box<double>& moving, const Box<doub
   return false;
 }
 
-/// Returns the triangles of a leaf of the moving body, or of a fixed body, that the tie plane
-/// holds.
-template <class Scalar>
-template <bool kMoves>
-unsigned FirstContact<Scalar>::Held(const Leaf& leaf) const {
-  if (leaf.heldBy == m_tiePlaneNumber) return leaf.held;
-  const Placement<Scalar>& placement = m_scene.moving;
-  leaf.heldBy = m_tiePlaneNumber;
-  leaf.held = 0;
-  for (int k = 0; k < leaf.count; ++k) {
-    const Coord3 corners[3] = {placement.ToKernel(leaf.Corner(k, 0)),
-                               placement.ToKernel(leaf.Corner(k, 1)),
-                               placement.ToKernel(leaf.Corner(k, 2))};
-    const bool isHeld = kMoves ? m_tiePlane.HoldsMoving(corners) : m_tiePlane.HoldsFixed(corners);
-    if (isHeld) leaf.held |= 1u << k;
-  }
-  return leaf.held;
-}
-
 template <class Scalar>
 bool FirstContact<Scalar>::Judge(const NodePair<Scalar>& pair) {
   const Leaf& moving = m_movingCache.Moving(m_scene, pair.moving.ref.Index());
   const Leaf& fixed = m_fixedCache.Fixed(m_scene, pair.fixedBody, pair.fixed.ref.Index());
   const LeafPair<Scalar> leaves(m_scene, moving, fixed);
-  const unsigned movingHeld = m_tiePlane.IsSet() ? Held<true>(moving) : 0;
-  const unsigned fixedHeld = m_tiePlane.IsSet() ? Held<false>(fixed) : 0;
+  const bool mayHold = m_tiePlane.IsSet();
+  const unsigned movingHeld =
+      mayHold ? moving.template HeldBy<true>(m_tiePlane, m_tiePlaneNumber, m_scene) : 0;
+  const unsigned fixedHeld =
+      mayHold ? fixed.template HeldBy<false>(m_tiePlane, m_tiePlaneNumber, m_scene) : 0;
   const bool followsBest = m_best.PrecedesAll(pair.moving.least, pair.LeastFixed());
   if (followsBest && (moving.distinct & ~movingHeld) == 0 && (fixed.distinct & ~fixedHeld) == 0)
     return true;

@@ -55,8 +55,6 @@ private:
   void Lower(const FoundPair& found);
   void CountTie();
   void ForgetTies();
-  template <bool kMoves>
-  unsigned Held(const Leaf& leaf) const;
   void SetLimit(double travel);
   bool IsNotBefore(const Box<double>& moving, const Box<double>& fixed);
 

@@ -32,6 +32,23 @@ struct LeafTriangles {
   mutable unsigned held = 0;
   mutable unsigned heldBy = 0;
 
+  /// Returns the triangles, of the moving body or of a fixed body, that a plane holds. The number
+  /// tells planes apart.
+  template <bool kMoves, class Plane>
+  unsigned HeldBy(const Plane& plane, unsigned planeNumber, const Scene<Scalar>& scene) const {
+    if (heldBy == planeNumber) return held;
+    heldBy = planeNumber;
+    held = 0;
+    for (int k = 0; k < count; ++k) {
+      const Coord3 corners[3] = {scene.moving.ToKernel(Corner(k, 0)),
+                                 scene.moving.ToKernel(Corner(k, 1)),
+                                 scene.moving.ToKernel(Corner(k, 2))};
+      const bool isHeld = kMoves ? plane.HoldsMoving(corners) : plane.HoldsFixed(corners);
+      if (isHeld) held |= 1u << k;
+    }
+    return held;
+  }
+
   Coord3 Corner(int k, int c) const {
     return {corner[3 * c][k], corner[3 * c + 1][k], corner[3 * c + 2][k]};
   }
