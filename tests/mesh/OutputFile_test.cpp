@@ -1,5 +1,6 @@
 #include "OutputFile.h"
 
+#include "ChildProcess.h"
 #include "MeshSamples.h"
 
 #include <csignal>
@@ -7,8 +8,6 @@
 
 #include <sys/resource.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 using namespace gsl_mesh_samples;
 using gsl_mesh::CheckOutputPath;
@@ -36,19 +35,6 @@ mode_t ModeOf(const std::string& path) {
   struct stat status {};
   EXPECT_EQ(stat(path.c_str(), &status), 0);
   return status.st_mode & 07777;
-}
-
-/// Runs `action` in a child and returns its status, as waitpid does.
-template <typename Action>
-int StatusOfChild(Action action) {
-  const pid_t child = fork();
-  if (child == 0) {
-    action();
-    _exit(0);
-  }
-  int status = 0;
-  waitpid(child, &status, 0);
-  return status;
 }
 
 } // namespace
@@ -168,7 +154,7 @@ TEST(OutputFile, CheckLeavesNothing) {
 }
 
 TEST(OutputFile, FullDiskIsReported) {
-  const int status = StatusOfChild([] {
+  const int status = StatusInChild([] {
     const TemporaryFolder folder;
     std::string message;
     {
@@ -179,8 +165,8 @@ TEST(OutputFile, FullDiskIsReported) {
       setrlimit(RLIMIT_FSIZE, &small);
       message = OutputErrorOf([&] { file.Write("abcdefgh", 8); });
     }
-    if (message != folder.Path("report.json") + ": cannot be written: File too large") _exit(1);
-    if (!folder.Names().empty()) _exit(2);
+    if (message != folder.Path("report.json") + ": cannot be written: File too large") return 1;
+    return folder.Names().empty() ? 0 : 2;
   });
   EXPECT_EQ(status, 0);
 }

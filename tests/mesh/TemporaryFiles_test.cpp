@@ -1,14 +1,12 @@
 #include "TemporaryFiles.h"
 
+#include "ChildProcess.h"
 #include "MeshSamples.h"
 #include "OutputFile.h"
 
 #include <csignal>
 #include <memory>
 #include <vector>
-
-#include <sys/wait.h>
-#include <unistd.h>
 
 using namespace gsl_mesh_samples;
 using gsl_mesh::OutputFile;
@@ -23,17 +21,11 @@ namespace {
 
 constexpr int signals[] = {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGPIPE, SIGXCPU};
 
-/// Runs `action` in a child and returns its status, as waitpid does.
-template <typename Action>
-int StatusOfChild(Action action) {
-  const pid_t child = fork();
-  if (child == 0) {
-    action();
-    _exit(0);
-  }
-  int status = 0;
-  waitpid(child, &status, 0);
-  return status;
+std::vector<std::unique_ptr<TemporaryFile>> ListedFiles(int count, const std::string& path) {
+  std::vector<std::unique_ptr<TemporaryFile>> listed;
+  for (int k = 0; k < count; ++k)
+    listed.push_back(std::make_unique<TemporaryFile>(path));
+  return listed;
 }
 
 } // namespace
@@ -41,7 +33,7 @@ int StatusOfChild(Action action) {
 TEST(TemporaryFiles, SignalsRemoveThemAndEndTheProcessAsTheyWould) {
   for (const int signal : signals) {
     const TemporaryFolder folder;
-    const int status = StatusOfChild([&] {
+    const int status = EndOfChild([&] {
       for (const int s : signals)
         std::signal(s, SIG_DFL);
       RemoveTemporaryFilesOnSignals();
@@ -49,9 +41,9 @@ TEST(TemporaryFiles, SignalsRemoveThemAndEndTheProcessAsTheyWould) {
       done.Commit();
       OutputFile first(folder.Path("first"), false);
       OutputFile second(folder.Path("second"), false);
-      if (folder.Names().size() != 3) _exit(1);
+      if (folder.Names().size() != 3) return 1;
       raise(signal);
-      _exit(2);
+      return 2;
     });
     ASSERT_TRUE(WIFSIGNALED(status)) << status;
     EXPECT_EQ(WTERMSIG(status), signal);
@@ -60,10 +52,11 @@ TEST(TemporaryFiles, SignalsRemoveThemAndEndTheProcessAsTheyWould) {
 }
 
 TEST(TemporaryFiles, IgnoredSignalStaysIgnored) {
-  const int status = StatusOfChild([] {
+  const int status = EndOfChild([] {
     std::signal(SIGHUP, SIG_IGN);
     RemoveTemporaryFilesOnSignals();
     raise(SIGHUP);
+    return 0;
   });
   EXPECT_EQ(status, 0);
 }
@@ -71,7 +64,11 @@ TEST(TemporaryFiles, IgnoredSignalStaysIgnored) {
 TEST(TemporaryFiles, ForkedChildDoesNotRemoveItsParentsFiles) {
   const TemporaryFolder folder;
   OutputFile file(folder.Path("report.json"), false);
-  EXPECT_EQ(StatusOfChild([] { RemoveTemporaryFiles(); }), 0);
+  const int status = EndOfChild([] {
+    RemoveTemporaryFiles();
+    return 0;
+  });
+  EXPECT_EQ(status, 0);
   EXPECT_EQ(folder.Names().size(), 1U);
   RemoveTemporaryFiles();
   EXPECT_THAT(folder.Names(), IsEmpty());
@@ -89,9 +86,7 @@ TEST(TemporaryFiles, AFileIsListedUntilItsObjectEnds) {
 
 TEST(TemporaryFiles, BeyondTheListAFileStaysAndItsPlaceIsUsedAgain) {
   const TemporaryFolder folder;
-  std::vector<std::unique_ptr<TemporaryFile>> listed;
-  for (int k = 0; k < 32; ++k)
-    listed.push_back(std::make_unique<TemporaryFile>(folder.Path("none")));
+  auto listed = ListedFiles(32, folder.Path("none"));
   const std::string path = folder.Write("file", "1");
   {
     const TemporaryFile beyond(path);
@@ -104,15 +99,19 @@ TEST(TemporaryFiles, BeyondTheListAFileStaysAndItsPlaceIsUsedAgain) {
   EXPECT_THAT(folder.Names(), IsEmpty());
 }
 
-TEST(TemporaryFiles, APathThatFitsNoFileIsNotListed) {
-  const TemporaryFile file(std::string(5000, 'x'));
+TEST(TemporaryFiles, APathThatFitsNoFileTakesNoPlace) {
+  const TemporaryFolder folder;
+  const TemporaryFile tooLong(std::string(5000, 'x'));
+  const auto listed = ListedFiles(31, folder.Path("none"));
+  const TemporaryFile last(folder.Write("file", "1"));
   RemoveTemporaryFiles();
+  EXPECT_THAT(folder.Names(), IsEmpty());
 }
 
 TEST(TemporaryFiles, SignalsWaitUntilTheStepIsDone) {
   for (const int signal : signals) {
     const TemporaryFolder folder;
-    const int status = StatusOfChild([&] {
+    const int status = EndOfChild([&] {
       std::signal(signal, SIG_DFL);
       {
         const SignalsWait wait;
@@ -120,6 +119,7 @@ TEST(TemporaryFiles, SignalsWaitUntilTheStepIsDone) {
         folder.Write("done", "1");
       }
       folder.Write("after", "2");
+      return 0;
     });
     ASSERT_TRUE(WIFSIGNALED(status)) << status;
     EXPECT_EQ(WTERMSIG(status), signal);
@@ -128,11 +128,11 @@ TEST(TemporaryFiles, SignalsWaitUntilTheStepIsDone) {
 }
 
 TEST(TemporaryFiles, SignalsThatWaitedBeforeStillWait) {
-  const int status = StatusOfChild([] {
+  const int status = EndOfChild([]() -> int {
     const SignalsWait outer;
     { const SignalsWait inner; }
     raise(SIGTERM);
-    _exit(7);
+    _exit(7); // before the signal comes
   });
   EXPECT_TRUE(WIFEXITED(status));
   EXPECT_EQ(WEXITSTATUS(status), 7);

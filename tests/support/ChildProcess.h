@@ -48,13 +48,20 @@ pid_t StartChild(const Work& work) {
   }
 }
 
-/// Does the work in a child process. Returns its exit status, or -1.
+/// Does the work in a child process. Returns how it ended, as waitpid writes it.
 template <class Work>
-int StatusInChild(const Work& work) {
+int EndOfChild(const Work& work) {
   const pid_t child = StartChild(work);
   int status = -1;
   waitpid(child, &status, 0);
-  return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+  return status;
+}
+
+/// Does the work in a child process. Returns its exit status, or -1.
+template <class Work>
+int StatusInChild(const Work& work) {
+  const int end = EndOfChild(work);
+  return WIFEXITED(end) ? WEXITSTATUS(end) : -1;
 }
 
 /// Makes this process one without rights over files of others.
