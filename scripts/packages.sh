@@ -96,10 +96,11 @@ need_packages() {
   echo "Installing: $missing"
   local log
   log=$(mktemp)
+  # Checks that run in parallel install one after the other.
   # shellcheck disable=SC2086  # one word per package
-  if ! { apt-get -o Acquire::Retries=3 update &&
+  if ! { flock 9 && apt-get -o Acquire::Retries=3 update &&
     DEBIAN_FRONTEND=noninteractive apt-get -o Acquire::Retries=3 -o Dpkg::Use-Pty=0 \
-      install -y --no-install-recommends $missing; } >"$log" 2>&1 </dev/null; then
+      install -y --no-install-recommends $missing; } >"$log" 2>&1 </dev/null 9<"${BASH_SOURCE[0]}"; then
     tail -n 40 "$log" >&2
     rm -f "$log"
     echo "The installation failed. To install by hand: apt-get update && apt-get install --no-install-recommends" \

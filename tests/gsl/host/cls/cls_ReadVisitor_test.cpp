@@ -3,6 +3,7 @@
 #include "HostObjects.h"
 #include "RawRecords.h"
 #include "Records.h"
+#include "TestScale.h"
 #include "cls_ListReader.h"
 #include "cls_MetadataRegistrar.h"
 #include "cls_RecordException.h"
@@ -128,7 +129,7 @@ std::string ReadRandomFields(std::mt19937& random, const cls_ReadVisitor& from, 
 TEST(ClsReadVisitor, StoreReadsAsAnyOtherReader) {
   std::mt19937 random(20261123);
   std::size_t inOrder = 0;
-  for (int round = 0; round < 20000; ++round) {
+  for (int round = 0; round < Scaled(20000); ++round) {
     const auto seed = random();
     std::mt19937 writing(seed);
     const gsl_RecordStore store = Recorded(
@@ -144,7 +145,7 @@ TEST(ClsReadVisitor, StoreReadsAsAnyOtherReader) {
       if (expected.find('{') != std::string::npos) ++inOrder;
     }
   }
-  EXPECT_GT(inOrder, 1000u);
+  EXPECT_GT(inOrder, static_cast<std::size_t>(Scaled(1000)));
 }
 
 TEST(ClsReadVisitor, ListOfAStoreReadsAsOfAnyOtherReader) {
