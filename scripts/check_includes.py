@@ -95,7 +95,8 @@ ROOMS = [
     Room("gsl/impl/wide/",
          "code for vector registers: lanes, solver, labelling, distances of many, their choice at run time",
          "gsl/host/, gsl/impl/kernel/Constants.h, gsl/impl/kernel/SegmentDistanceBounds.h, "
-         "gsl/impl/kernel/TriangleDistanceBounds.h"),
+         "gsl/impl/kernel/SegmentSweepBounds.h, gsl/impl/kernel/TriangleDistanceBounds.h, "
+         "gsl/impl/kernel/TriangleSweepBounds.h"),
     Room("gsl/persist/", "module start-up, type table, registration, persistent arrays",
          f"{PUBLIC}, gsl/impl/kernel/Constants.h"),
     Room("gsl/host/", "headers of the host, one folder per prefix; each includes earlier prefixes only",

@@ -4,6 +4,7 @@
 #include "kernel/SegmentPair.h"
 #include "kernel/SweepContacts.h"
 #include "kernel/Triangle.h"
+#include "kernel/TriangleSweepBounds.h"
 
 /// One triangle swept along a direction onto another, on bare coordinates.
 namespace gsl_kernel {
@@ -32,9 +33,6 @@ inline SourcedTriangle ProjectTriangleAlong(const SourcedTriangle& tri, const Pl
 inline TriangleTest InsideTest(const SourcedTriangle& tri, double linearTolerance) {
   return {tri.p[0].c, tri.p[1].c, tri.p[2].c, linearTolerance};
 }
-
-/// A length whose square has all its digits.
-constexpr double kLeastUnitLength = 1e-120;
 
 /// An edge, with the values that all its crossings use.
 struct PreparedEdge {
@@ -71,16 +69,6 @@ struct PreparedEdges {
     return std::sqrt(8.0 * (squares(a) + squares(b)));
   }
 };
-
-/// The square of the sine of an angle between two edges that certainly do not count as parallel.
-// The unit components of parallel edges differ by at most kLineParallelTolerance, so that the sine
-// is below 2e-5 and its square below 4e-10. A square of 2^-20 is a thousand times larger.
-constexpr double kCrossingSineSquare = 0x1p-20;
-
-/// The distance from an edge at which a crossing certainly misses the edge, divided by the reach R.
-// With h = 2^-53, the positions have errors of at most 32 h R / sine^2, in the steps and here:
-// 2^-28 R.
-constexpr double kCrossingMargin = 0x1p-27;
 
 /// Returns true when the lines of two edges cross so far beyond one of them that CrossEdges returns
 /// false. `margin` is kCrossingMargin of the reach, and two tolerances.
