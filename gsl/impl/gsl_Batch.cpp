@@ -19,8 +19,43 @@ gsl_wide::PointsIn In(const gsl_BatchPoints& points) {
   return {points.first, points.stride};
 }
 
+gsl_wide::PreparedIn In(const gsl_PreparedTriangles& triangles) {
+  return {triangles.numbers + triangles.first, gsl_batch::PreparedPitch(triangles.count),
+          triangles.isShared ? std::size_t{0} : std::size_t{1}};
+}
+
 unsigned char* Bytes(gsl_BatchPart* parts) {
   return reinterpret_cast<unsigned char*>(parts);
+}
+
+/// Returns the terms of a sweep, without its inputs.
+template <class Batch>
+Batch BatchOf(std::size_t count, const bool* twoSided, double margin) {
+  const gsl_Util& settings = Settings();
+  Batch batch = {};
+  batch.count = count;
+  batch.linearTolerance = settings.linearTolerance;
+  batch.cosineTolerance = settings.cosineTolerance;
+  batch.twoSided[0] = twoSided[0];
+  batch.twoSided[1] = twoSided[1];
+  batch.margin = margin;
+  return batch;
+}
+
+/// Calls run(best) from what the contact holds, and writes what it finds.
+template <class Run>
+bool Sweep(gsl_BatchContact& contact, const Run& run) {
+  gsl_batch::SweptPairs best = {contact.distance,
+                                {{contact.onA[0], contact.onA[1], contact.onA[2]},
+                                 {contact.onB[0], contact.onB[1], contact.onB[2]}},
+                                contact.pair,
+                                false};
+  run(best);
+  contact.distance = best.distance;
+  gsl_batch::WritePoint(contact.onA, best.contact[0]);
+  gsl_batch::WritePoint(contact.onB, best.contact[1]);
+  contact.pair = best.pair;
+  return best.found;
 }
 
 } // namespace
@@ -65,31 +100,52 @@ void gsl_BoxOfPoints(std::size_t count, const gsl_BatchPoints& points, double* b
   gsl_batch::BoxOfPoints(gsl_BestWideKernels(), In(points), count, box);
 }
 
+std::size_t gsl_CountPreparedNumbers(std::size_t count) {
+  return gsl_wide::kPreparedNumbers * gsl_batch::PreparedPitch(count);
+}
+
+void gsl_PrepareTriangles(std::size_t count, const gsl_BatchTriangles& triangles, double* numbers) {
+  gsl_batch::PrepareTriangles(
+      count, {In(triangles.corners[0]), In(triangles.corners[1]), In(triangles.corners[2])},
+      numbers);
+}
+
 bool gsl_SweepTriangles(std::size_t count, const gsl_Vector& direction, const gsl_BatchTriangles& a,
                         const gsl_BatchTriangles& b, const bool* twoSided, double margin,
                         gsl_BatchContact& contact) {
   if (count == 0) return false;
-  const gsl_Util& settings = Settings();
-  gsl_wide::TriangleSweepBatch batch = {};
-  batch.count = count;
+  auto batch = BatchOf<gsl_wide::TriangleSweepBatch>(count, twoSided, margin);
   for (int i = 0; i < 3; ++i) {
     batch.a[i] = In(a.corners[i]);
     batch.b[i] = In(b.corners[i]);
   }
-  batch.linearTolerance = settings.linearTolerance;
-  batch.cosineTolerance = settings.cosineTolerance;
-  batch.twoSided[0] = twoSided[0];
-  batch.twoSided[1] = twoSided[1];
-  batch.margin = margin;
-  gsl_batch::SweptPairs best = {contact.distance,
-                                {{contact.onA[0], contact.onA[1], contact.onA[2]},
-                                 {contact.onB[0], contact.onB[1], contact.onB[2]}},
-                                contact.pair,
-                                false};
-  gsl_batch::SweepTriangles(gsl_BestWideKernels(), batch, direction.Measured(), best);
-  contact.distance = best.distance;
-  gsl_batch::WritePoint(contact.onA, best.contact[0]);
-  gsl_batch::WritePoint(contact.onB, best.contact[1]);
-  contact.pair = best.pair;
-  return best.found;
+  return Sweep(contact, [&](gsl_batch::SweptPairs& best) {
+    gsl_batch::SweepTriangles(gsl_BestWideKernels(), batch, direction.Measured(), best);
+  });
+}
+
+bool gsl_SweepPreparedTriangles(std::size_t count, const gsl_Vector& direction,
+                                const gsl_PreparedTriangles& a, const gsl_PreparedTriangles& b,
+                                const bool* twoSided, double margin, gsl_BatchContact& contact) {
+  if (count == 0) return false;
+  auto batch = BatchOf<gsl_wide::TriangleSweepBatch>(count, twoSided, margin);
+  batch.preparedA = In(a);
+  batch.preparedB = In(b);
+  return Sweep(contact, [&](gsl_batch::SweptPairs& best) {
+    gsl_batch::SweepTriangles(gsl_BestWideKernels(), batch, direction.Measured(), best);
+  });
+}
+
+bool gsl_SweepSegments(std::size_t count, const gsl_Vector& direction, const gsl_BatchSegments& a,
+                       const gsl_BatchSegments& b, const bool* twoSided, double margin,
+                       gsl_BatchContact& contact) {
+  if (count == 0) return false;
+  auto batch = BatchOf<gsl_wide::SegmentSweepBatch>(count, twoSided, margin);
+  for (int i = 0; i < 2; ++i) {
+    batch.a[i] = In(a.ends[i]);
+    batch.b[i] = In(b.ends[i]);
+  }
+  return Sweep(contact, [&](gsl_batch::SweptPairs& best) {
+    gsl_batch::SweepSegments(gsl_BestWideKernels(), batch, direction.Measured(), best);
+  });
 }

@@ -637,6 +637,44 @@ TEST(Aliasing, BothTrianglesOfASweepMayBeOneArray) {
   EXPECT_EQ(contact.pair, expected.pair);
 }
 
+// output: gsl_PrepareTriangles(std::size_t, gsl_BatchTriangles, double*)
+// output: gsl_SweepPreparedTriangles(std::size_t, gsl_Vector, gsl_PreparedTriangles,
+// gsl_PreparedTriangles, bool, double, gsl_BatchContact&)
+TEST(Aliasing, BothPreparedTrianglesOfASweepMayBeOneArrayAndTheirCornersToo) {
+  constexpr std::size_t kCount = BatchScene::kCount;
+  const BatchScene s, other;
+  std::vector<double> own(gsl_CountPreparedNumbers(kCount)), a(own.size()), b(own.size());
+  gsl_PrepareTriangles(kCount, {{s[0], s[2], s[3]}}, own.data());
+  gsl_PrepareTriangles(kCount, {{s[0], s[2], s[3]}}, a.data());
+  gsl_PrepareTriangles(kCount, {{other[0], other[2], other[3]}}, b.data());
+  const bool twoSided[2] = {true, true};
+  const gsl_Vector d(0.0, 0.3, 1.0);
+  gsl_BatchContact expected = {1e3, {}, {}, 99}, contact = expected;
+  const bool result = gsl_SweepPreparedTriangles(kCount, d, {a.data(), kCount, 5, true},
+                                                 {b.data(), kCount}, twoSided, 0.0, expected);
+  EXPECT_EQ(gsl_SweepPreparedTriangles(kCount, d, {own.data(), kCount, 5, true},
+                                       {own.data(), kCount}, twoSided, 0.0, contact),
+            result);
+  EXPECT_EQ(contact.distance, expected.distance);
+  EXPECT_EQ(contact.pair, expected.pair);
+}
+
+// output: gsl_SweepSegments(std::size_t, gsl_Vector, gsl_BatchSegments, gsl_BatchSegments, bool,
+// double, gsl_BatchContact&)
+TEST(Aliasing, BothSegmentsOfASweepMayBeOneArray) {
+  constexpr std::size_t kCount = BatchScene::kCount;
+  const BatchScene s, other;
+  const bool twoSided[2] = {true, true};
+  const gsl_Vector d(0.3, 1.0, 0.0);
+  gsl_BatchContact expected = {1e3, {}, {}, 99}, contact = expected;
+  const bool result =
+      gsl_SweepSegments(kCount, d, {{s[0], s[2]}}, {{other[2], other[3]}}, twoSided, 0.0, expected);
+  EXPECT_EQ(gsl_SweepSegments(kCount, d, {{s[0], s[2]}}, {{s[2], s[3]}}, twoSided, 0.0, contact),
+            result);
+  EXPECT_EQ(contact.distance, expected.distance);
+  EXPECT_EQ(contact.pair, expected.pair);
+}
+
 // output: gsl_TransformPoints(std::size_t, gsl_Matrix, gsl_BatchPoints, double*)
 // output: gsl_TransformBoxes(std::size_t, gsl_Matrix, gsl_BatchPoints, gsl_BatchPoints, double*)
 // output: gsl_BoxOfPoints(std::size_t, gsl_BatchPoints, double*)

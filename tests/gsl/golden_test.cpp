@@ -4,6 +4,7 @@
 #include "RandomNumbers.h"
 #include "TextbookLu.h"
 #include "gsl_BBox.h"
+#include "gsl_Batch.h"
 #include "gsl_DepthFirstSearch.h"
 #include "gsl_EntityPredicates.h"
 #include "gsl_FloatingPoint.h"
@@ -444,6 +445,134 @@ void HashInPlaneSweep(Hasher& h, Corpus& c) {
   h.Add(contacts[1]);
 }
 
+/// Pairs of shapes with `Corners` corners each, in one plane or anywhere, for a sweep in order.
+template <std::size_t Corners>
+struct SweepCall {
+  gsl_Vector direction;
+  std::vector<gsl_Point> a[Corners], b[Corners];
+  std::vector<double> numbers[2 * Corners]; ///< the same corners, packed: A, then B
+  bool twoSided[2] = {};
+  double margin = 0.0;
+  gsl_BatchContact contact = {1e10, {kSentinel, 1.0, 2.0}, {kSentinel, 3.0, 4.0}, 999};
+
+  SweepCall(Corpus& c, bool isFlat) {
+    const gsl_Vector any = c.Vector();
+    direction = isFlat ? gsl_Vector(any.x, any.y, 0.0) : any;
+    const std::size_t count = static_cast<std::size_t>(1 + c.Below(40));
+    const gsl_Vector ahead = direction * (0.5 * c.Below(4));
+    for (std::size_t k = 0; k < count; ++k) {
+      for (std::size_t i = 0; i < 2 * Corners; ++i) {
+        gsl_Point p = c.Point();
+        if (i >= Corners) p = p + ahead;
+        if (isFlat) p.z = 0.0;
+        (i < Corners ? a[i] : b[i - Corners]).push_back(p);
+        numbers[i].insert(numbers[i].end(), {p.x, p.y, p.z});
+      }
+    }
+    for (bool& flag : twoSided)
+      flag = c.Below(4) != 0;
+    if (c.Below(2) == 0) margin = c.Number() * 0.25;
+    if (c.Below(4) == 0) contact.distance = std::fabs(c.Number());
+  }
+
+  std::size_t Count() const { return a[0].size(); }
+  gsl_BatchPoints Packed(std::size_t i) const { return {numbers[i].data()}; }
+};
+
+void HashContact(Hasher& h, bool found, const gsl_BatchContact& contact) {
+  h.Add(found);
+  h.Add(contact.distance);
+  for (int axis = 0; axis < 3; ++axis) {
+    h.Add(contact.onA[axis]);
+    h.Add(contact.onB[axis]);
+  }
+}
+
+/// Calls call(k, contacts, distance) for one pair after the other.
+template <class Call>
+void HashLoop(Hasher& h, gsl_BatchContact contact, std::size_t count, const Call& call) {
+  gsl_Point contacts[2] = {{contact.onA[0], contact.onA[1], contact.onA[2]},
+                           {contact.onB[0], contact.onB[1], contact.onB[2]}};
+  bool found = false;
+  for (std::size_t k = 0; k < count; ++k)
+    found |= call(k, contacts, contact.distance);
+  for (unsigned int axis = 0; axis < 3; ++axis) {
+    contact.onA[axis] = contacts[0][axis];
+    contact.onB[axis] = contacts[1][axis];
+  }
+  HashContact(h, found, contact);
+}
+
+void HashTriangleBatch(Hasher& h, Corpus& c) {
+  SweepCall<3> call(c, false);
+  const gsl_BatchTriangles a = {{call.Packed(0), call.Packed(1), call.Packed(2)}};
+  const gsl_BatchTriangles b = {{call.Packed(3), call.Packed(4), call.Packed(5)}};
+  const bool found = gsl_SweepTriangles(call.Count(), call.direction, a, b, call.twoSided,
+                                        call.margin, call.contact);
+  HashContact(h, found, call.contact);
+}
+
+void HashPreparedBatch(Hasher& h, Corpus& c) {
+  SweepCall<3> call(c, false);
+  const std::size_t count = call.Count();
+  std::vector<double> a(gsl_CountPreparedNumbers(count)), b(a.size());
+  gsl_PrepareTriangles(count, {{call.Packed(0), call.Packed(1), call.Packed(2)}}, a.data());
+  gsl_PrepareTriangles(count, {{call.Packed(3), call.Packed(4), call.Packed(5)}}, b.data());
+  const bool found =
+      gsl_SweepPreparedTriangles(count, call.direction, {a.data(), count}, {b.data(), count},
+                                 call.twoSided, call.margin, call.contact);
+  HashContact(h, found, call.contact);
+}
+
+void HashTriangleLoop(Hasher& h, Corpus& c) {
+  const SweepCall<3> call(c, false);
+  HashLoop(
+      h, call.contact, call.Count(), [&call](std::size_t k, gsl_Point* contacts, double& distance) {
+        return gsl_TriTriMinDirectionalDist(call.direction, call.a[0][k], call.a[1][k],
+                                            call.a[2][k], call.b[0][k], call.b[1][k], call.b[2][k],
+                                            call.twoSided, call.margin, contacts, distance);
+      });
+}
+
+void HashSegmentBatch(Hasher& h, Corpus& c) {
+  SweepCall<2> call(c, true);
+  const bool found = gsl_SweepSegments(
+      call.Count(), call.direction, {{call.Packed(0), call.Packed(1)}},
+      {{call.Packed(2), call.Packed(3)}}, call.twoSided, call.margin, call.contact);
+  HashContact(h, found, call.contact);
+}
+
+void HashSegmentLoop(Hasher& h, Corpus& c) {
+  const SweepCall<2> call(c, true);
+  HashLoop(h, call.contact, call.Count(),
+           [&call](std::size_t k, gsl_Point* contacts, double& distance) {
+             return gsl_InPlaneSegSegMinDirectionalDist(call.direction, call.a[0][k], call.a[1][k],
+                                                        call.b[0][k], call.b[1][k], call.twoSided,
+                                                        call.margin, contacts, distance);
+           });
+}
+
+/// The distances of a batch, and what it moves.
+void HashQueryBatch(Hasher& h, Corpus& c) {
+  const SweepCall<2> call(c, false);
+  const std::size_t count = call.Count();
+  const gsl_Matrix m = c.Matrix();
+  std::vector<double> results(13 * count, kSentinel);
+  double* const to = results.data();
+  gsl_PointSegmentDistances(count, call.Packed(0), call.Packed(1), call.Packed(2), to);
+  gsl_PointTriangleDistances(count, call.Packed(0), call.Packed(1), call.Packed(2), call.Packed(3),
+                             to + count);
+  gsl_SegmentDistances(count, call.Packed(0), call.Packed(1), call.Packed(2), call.Packed(3),
+                       to + 2 * count, to + 3 * count);
+  gsl_TransformPoints(count, m, call.Packed(0), to + 6 * count);
+  for (std::size_t k = 0; k < 9 * count; ++k)
+    h.Add(results[k]);
+  gsl_TransformBoxes(count, m, call.Packed(0), call.Packed(1), to);
+  gsl_BoxOfPoints(count, call.Packed(2), to + 6 * count);
+  for (std::size_t k = 0; k < 6 * count + 6; ++k)
+    h.Add(results[k]);
+}
+
 void HashThreePoints(Hasher& h, Corpus& c) {
   const gsl_Point p = c.Point(), q = c.Point(), r = c.Point();
   gsl_Vector normal;
@@ -577,6 +706,13 @@ constexpr Family kFamilies[] = {
     {"datum", HashDatum, 11, 0xee8a54dbcd92608c},
     {"linear solver", HashSolver, 16, 0x6d39e47e676fae65},
     {"labelling", HashLabelling, 54, 0x36142e977c96fd00},
+    {"query batch", HashQueryBatch, 60, 0xe5f906f4a75eb6aa},
+    // The loops of single calls have the numbers of their batches.
+    {"triangle batch", HashTriangleBatch, 61, 0xb0cd2a99806f45d7},
+    {"prepared batch", HashPreparedBatch, 61, 0xb0cd2a99806f45d7},
+    {"triangle loop", HashTriangleLoop, 61, 0xb0cd2a99806f45d7},
+    {"in-plane batch", HashSegmentBatch, 62, 0xba4d279e92b282d3},
+    {"in-plane loop", HashSegmentLoop, 62, 0xba4d279e92b282d3},
 };
 
 } // namespace

@@ -73,9 +73,17 @@ public:
     }
   }
 
+  /// Every later case anywhere or on the grid has this direction, and what is made from it.
+  void Keep(const gsl_Vector& direction) {
+    m_isKept = true;
+    m_kept = direction;
+  }
+
 private:
   RandomNumbers m_random;
   double m_height = 0.0;
+  bool m_isKept = false;
+  gsl_Vector m_kept;
 
   gsl_Point AnyPoint(double size) {
     return {m_random.In(-size, size), m_random.In(-size, size), m_height};
@@ -96,6 +104,7 @@ private:
     const double turn = m_random.In(0.0, 6.283);
     const double length = m_random.Chance(0.5) ? 1.0 : m_random.In(0.1, 5.0);
     c.direction = gsl_Vector(length * std::cos(turn), length * std::sin(turn), 0.0);
+    if (m_isKept) c.direction = m_kept;
     for (int i = 0; i < 2; ++i) {
       c.a[i] = AnyPoint(1.0);
       c.b[i] = AnyPoint(1.0);
@@ -117,6 +126,7 @@ private:
       const double x = m_random.Below(3) - 1;
       c.direction = gsl_Vector(x, m_random.Below(3) - 1, 0.0);
     } while (c.direction.magnitude == 0.0);
+    if (m_isKept) c.direction = m_kept;
     for (int i = 0; i < 2; ++i) {
       c.a[i] = GridPoint(size);
       c.b[i] = GridPoint(size);

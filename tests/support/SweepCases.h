@@ -65,8 +65,16 @@ public:
     }
   }
 
+  /// Every later case anywhere or on the grid has this direction, and what is made from it.
+  void Keep(const gsl_Vector& direction) {
+    m_isKept = true;
+    m_kept = direction;
+  }
+
 private:
   RandomNumbers m_random;
+  bool m_isKept = false;
+  gsl_Vector m_kept;
 
   gsl_Vector AnyVector(double size) {
     return {m_random.In(-size, size), m_random.In(-size, size), m_random.In(-size, size)};
@@ -94,6 +102,7 @@ private:
   SweepCase AnywhereCase() {
     SweepCase c;
     c.direction = AnyVector(2.0);
+    if (m_isKept) c.direction = m_kept;
     for (int i = 0; i < 3; ++i) {
       c.a[i] = AnyPoint(1.0);
       c.b[i] = AnyPoint(1.0);
@@ -131,6 +140,7 @@ private:
     c.direction =
         gsl_Vector(m_random.Below(3) - 1.0, m_random.Below(3) - 1.0, m_random.Below(3) - 1.0);
     if (m_random.Chance(0.5)) c.direction = gsl_Vector(0.0, 0.0, 1.0);
+    if (m_isKept) c.direction = m_kept;
     for (int i = 0; i < 3; ++i) {
       c.a[i] = GridPoint(size);
       c.b[i] = GridPoint(size);

@@ -189,6 +189,24 @@ GSL_ALWAYS_INLINE unsigned EqualLanes(Doubles a, Doubles b) {
 #endif
 }
 
+/// Returns a bit for each lane in which a mask of comparisons holds; bit 0 is lane 0.
+GSL_ALWAYS_INLINE unsigned MaskOf(Bits v) {
+#if defined(__AVX512F__)
+  unsigned short mask;
+  __asm__("vptestmq %1, %1, %0" : "=k"(mask) : "v"(v));
+  return mask;
+#elif defined(__AVX2__)
+  return static_cast<unsigned>(__builtin_ia32_movmskpd256(reinterpret_cast<Doubles>(v)));
+#elif defined(__x86_64__)
+  return static_cast<unsigned>(__builtin_ia32_movmskpd(reinterpret_cast<Doubles>(v)));
+#else
+  unsigned mask = 0;
+  for (int i = 0; i < kLanes; ++i)
+    mask |= (v[i] != 0 ? 1u : 0u) << i;
+  return mask;
+#endif
+}
+
 /// Returns the largest lane. Requires that no lane is NaN.
 GSL_ALWAYS_INLINE double Largest(Doubles v) {
   v = Larger(v, SwapHalves(v));
@@ -197,10 +215,15 @@ GSL_ALWAYS_INLINE double Largest(Doubles v) {
   return v[0];
 }
 
+/// Returns whether a bit of any lane is set.
 GSL_ALWAYS_INLINE bool AnyBit(Bits v) {
+#if defined(__AVX512F__)
+  return MaskOf(v) != 0;
+#else
   v |= reinterpret_cast<Bits>(SwapHalves(reinterpret_cast<Doubles>(v)));
   v |= reinterpret_cast<Bits>(SwapPairs(reinterpret_cast<Doubles>(v)));
   return (v[0] | v[1]) != 0;
+#endif
 }
 
 /// Returns whether a mask of comparisons holds in every lane.

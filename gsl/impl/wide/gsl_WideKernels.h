@@ -30,6 +30,7 @@ struct gsl_WideKernels {
   /// Is gsl_wide::BoxOfPoints.
   void (*boxOfPoints)(const gsl_wide::PointsIn& points, std::size_t count, double* box);
   void (*sweepTriangles)(const gsl_wide::TriangleSweepBatch& batch);
+  void (*sweepSegments)(const gsl_wide::SegmentSweepBatch& batch);
 };
 
 extern const gsl_WideKernels gsl_WideKernelsBaseline;

@@ -4,6 +4,7 @@
 #include "wide/LuSmall.h"
 #include "wide/PointTriangleLanes.h"
 #include "wide/SegmentPairLanes.h"
+#include "wide/SegmentSweepLanes.h"
 #include "wide/TransformLanes.h"
 #include "wide/TriangleSweepLanes.h"
 #include "wide/gsl_WideKernels.h"
@@ -23,4 +24,4 @@ const gsl_WideKernels gsl_WideKernelsAvx2 = {wide::LargestOfRow,   Eliminate,
                                              wide::PointSegments,  wide::PointTriangles,
                                              wide::SegmentPairs,   wide::TransformPoints,
                                              wide::TransformBoxes, wide::BoxOfPoints,
-                                             wide::SweepTriangles};
+                                             wide::SweepTriangles, wide::SweepSegments};

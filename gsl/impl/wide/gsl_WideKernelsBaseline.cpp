@@ -3,6 +3,7 @@
 #include "wide/LuElimination.h"
 #include "wide/PointTriangleLanes.h"
 #include "wide/SegmentPairLanes.h"
+#include "wide/SegmentSweepLanes.h"
 #include "wide/TransformLanes.h"
 #include "wide/TriangleSweepLanes.h"
 #include "wide/gsl_WideKernels.h"
@@ -27,4 +28,5 @@ const gsl_WideKernels gsl_WideKernelsBaseline = {wide::LargestOfRow,
                                                  wide::TransformPoints,
                                                  wide::TransformBoxes,
                                                  wide::BoxOfPoints,
-                                                 wide::SweepTriangles};
+                                                 wide::SweepTriangles,
+                                                 wide::SweepSegments};

@@ -3,6 +3,7 @@
 #include "BatchCases.h"
 #include "ScopedSettings.h"
 #include "gsl_BBox.h"
+#include "gsl_InPlaneSegSegMinDirectionalDist.h"
 #include "gsl_Matrix.h"
 #include "gsl_Segment.h"
 #include "gsl_TriTriMinDirectionalDist.h"
@@ -44,6 +45,13 @@ bool SamePoint(const double* a, const gsl_Point& b) {
 
 bool SameUid(const gsl_Point& a, const gsl_Point& b) {
   return a.uid == b.uid;
+}
+
+/// The triangles of the first three points of each.
+std::vector<double> PreparedOf(const Corpus& in) {
+  std::vector<double> numbers(gsl_CountPreparedNumbers(kCount));
+  gsl_PrepareTriangles(kCount, {{in[0], in[1], in[2]}}, numbers.data());
+  return numbers;
 }
 
 /// The part that the identity of a nearest point names.
@@ -187,6 +195,116 @@ TEST(GslBatch, SweepsOfTrianglesAreTheScalarCallsInOrder) {
   }
 }
 
+TEST(GslBatch, SweepsOfPreparedTrianglesAreTheScalarCallsInOrder) {
+  const Corpus first(8), second(9);
+  const gsl_Vector direction(-0.3, 0.2, 1.5);
+  const bool twoSided[2] = {true, true};
+  const std::vector<double> a = PreparedOf(first), b = PreparedOf(second);
+  for (std::size_t begin = 0; begin + 40 <= kCount; begin += 37) {
+    const bool isShared = begin % 2 == 0;
+    gsl_BatchContact contact = {1e3, {7.0, 7.0, 7.0}, {8.0, 8.0, 8.0}, 99};
+    const bool found =
+        gsl_SweepPreparedTriangles(40, direction, {a.data(), kCount, begin, isShared},
+                                   {b.data(), kCount, begin}, twoSided, 0.5, contact);
+    gsl_Point contacts[2] = {{7.0, 7.0, 7.0}, {8.0, 8.0, 8.0}};
+    double distance = 1e3;
+    bool expected = false;
+    for (std::size_t k = begin; k < begin + 40; ++k) {
+      const std::size_t i = isShared ? begin : k;
+      expected |= gsl_TriTriMinDirectionalDist(
+          direction, PointAt(first.p[0], i), PointAt(first.p[1], i), PointAt(first.p[2], i),
+          PointAt(second.p[0], k), PointAt(second.p[1], k), PointAt(second.p[2], k), twoSided, 0.5,
+          contacts, distance);
+    }
+    ASSERT_EQ(found, expected) << begin;
+    ASSERT_TRUE(numbers::SameBits(contact.distance, distance)) << begin;
+    ASSERT_TRUE(SamePoint(contact.onA, contacts[0])) << begin;
+    ASSERT_TRUE(SamePoint(contact.onB, contacts[1])) << begin;
+  }
+}
+
+TEST(GslBatch, PreparedTrianglesAreDecidedByTheTolerancesOfTheSweep) {
+  // The sine of the edges of A is about 0.1.
+  const double a[9] = {0.0, 0.0, 0.0, 1.0, 0.0, 0.0, 2.0, 0.1, 0.0};
+  const double b[9] = {-9.0, -9.0, 2.0, -9.0, 30.0, 2.0, 30.0, -9.0, 2.0};
+  std::vector<double> ofA(gsl_CountPreparedNumbers(1)), ofB(ofA.size());
+  gsl_PrepareTriangles(1, {{{a}, {a + 3}, {a + 6}}}, ofA.data());
+  gsl_PrepareTriangles(1, {{{b}, {b + 3}, {b + 6}}}, ofB.data());
+  const bool twoSided[2] = {false, false};
+  // Enough pairs for whole registers.
+  const auto sweep = [&] {
+    gsl_BatchContact contact = {10.0, {}, {}, 99};
+    const bool found =
+        gsl_SweepPreparedTriangles(16, gsl_Vector(0.0, 0.0, 1.0), {ofA.data(), 1, 0, true},
+                                   {ofB.data(), 1, 0, true}, twoSided, 0.0, contact);
+    EXPECT_EQ(contact.distance, found ? 2.0 : 10.0);
+    return found;
+  };
+  EXPECT_TRUE(sweep());
+  ScopedSettings settings;
+  settings->cosineTolerance = 0.2;
+  EXPECT_FALSE(sweep()) << "A has no normal";
+}
+
+TEST(GslBatch, AlongADirectionWithoutLengthTheFirstContactStays) {
+  // The stale length makes the unit vector so short that every distance is 0. The later corners of
+  // A are closer to the plane of B.
+  const double a[9] = {0.1, 0.2, 0.0, 1.0, 0.0, 0.5, 0.0, 1.0, 0.8};
+  const double b[9] = {-9.0, -9.0, 2.0, -9.0, 30.0, 2.0, 30.0, -9.0, 2.0};
+  gsl_Vector direction(0.0, 0.0, 1.0);
+  direction.magnitude = 1e300;
+  ScopedSettings settings;
+  settings->linearTolerance = 0.0;
+  const bool twoSided[2] = {true, true};
+  gsl_BatchContact contact = {10.0, {}, {}, 99};
+  EXPECT_TRUE(gsl_SweepTriangles(16, direction, {{{a, 0}, {a + 3, 0}, {a + 6, 0}}},
+                                 {{{b, 0}, {b + 3, 0}, {b + 6, 0}}}, twoSided, 0.0, contact));
+  EXPECT_EQ(contact.distance, 0.0);
+  EXPECT_EQ(contact.onA[0], 0.1);
+  EXPECT_EQ(contact.onA[1], 0.2);
+}
+
+TEST(GslBatch, SweepsOfSegmentsAreTheScalarCallsInOrder) {
+  Corpus in(10);
+  for (std::vector<double>& numbers : in.p) {
+    for (std::size_t k = 0; k < kCount; k += 2)
+      numbers[3 * k + 2] = 0.0;
+  }
+  const gsl_Vector direction(0.5, 1.5, 0.0);
+  const bool twoSided[2] = {true, false};
+  for (std::size_t begin = 0; begin + 40 <= kCount; begin += 37) {
+    const gsl_BatchSegments a = {{{&in.p[0][3 * begin], 0}, {&in.p[1][3 * begin], 0}}};
+    const gsl_BatchSegments b = {{{&in.p[2][3 * begin]}, {&in.p[3][3 * begin]}}};
+    gsl_BatchContact contact = {1e3, {7.0, 7.0, 7.0}, {8.0, 8.0, 8.0}, 99};
+    const bool found = gsl_SweepSegments(40, direction, a, b, twoSided, 0.01, contact);
+    gsl_Point contacts[2] = {{7.0, 7.0, 7.0}, {8.0, 8.0, 8.0}};
+    double distance = 1e3;
+    bool expected = false;
+    std::size_t pair = 99;
+    for (std::size_t k = begin; k < begin + 40; ++k) {
+      const double before = distance;
+      expected |= gsl_InPlaneSegSegMinDirectionalDist(
+          direction, PointAt(in.p[0], begin), PointAt(in.p[1], begin), PointAt(in.p[2], k),
+          PointAt(in.p[3], k), twoSided, 0.01, contacts, distance);
+      if (distance < before) pair = k - begin;
+    }
+    ASSERT_EQ(found, expected) << begin;
+    ASSERT_EQ(contact.pair, pair) << begin;
+    ASSERT_TRUE(numbers::SameBits(contact.distance, distance)) << begin;
+    ASSERT_TRUE(SamePoint(contact.onA, contacts[0])) << begin;
+    ASSERT_TRUE(SamePoint(contact.onB, contacts[1])) << begin;
+  }
+}
+
+TEST(GslBatch, PreparingWritesAsManyNumbersAsItSays) {
+  const Corpus in(11);
+  for (const std::size_t count : {0u, 1u, 7u, 8u, 9u, 64u}) {
+    Reals numbers(gsl_CountPreparedNumbers(count), numbers::kSentinel);
+    gsl_PrepareTriangles(count, {{in[0], in[1], in[2]}}, numbers.Data());
+    EXPECT_TRUE(numbers.GuardsHold()) << count;
+  }
+}
+
 TEST(GslBatch, AStrideReadsPointsInsideObjects) {
   static_assert(sizeof(gsl_Point) % sizeof(double) == 0, "points are whole doubles apart");
   std::vector<gsl_Point> points;
@@ -210,6 +328,12 @@ TEST(GslBatch, NothingIsReadOrWrittenForNoInputs) {
   gsl_BatchContact contact = {4.0, {}, {}, 99};
   EXPECT_FALSE(
       gsl_SweepTriangles(0, gsl_Vector(), noTriangles, noTriangles, nullptr, 0.0, contact));
+  const gsl_PreparedTriangles noPrepared = {nullptr, 0};
+  EXPECT_FALSE(
+      gsl_SweepPreparedTriangles(0, gsl_Vector(), noPrepared, noPrepared, nullptr, 0.0, contact));
+  const gsl_BatchSegments noSegments = {{none, none}};
+  EXPECT_FALSE(gsl_SweepSegments(0, gsl_Vector(), noSegments, noSegments, nullptr, 0.0, contact));
+  gsl_PrepareTriangles(0, noTriangles, nullptr);
   EXPECT_EQ(contact.distance, 4.0);
   EXPECT_EQ(contact.pair, 99u);
   double box[6] = {};

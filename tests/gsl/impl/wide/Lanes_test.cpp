@@ -71,6 +71,16 @@ TEST(Lanes, EqualLanesHasABitForEachLane) {
   EXPECT_EQ(EqualLanes(Splat(0.0), Splat(-0.0)), (1u << kLanes) - 1);
 }
 
+TEST(Lanes, MaskOfHasABitForEachLaneThatHolds) {
+  EXPECT_EQ(MaskOf(SplatBits(0)), 0u);
+  EXPECT_EQ(MaskOf(SplatBits(-1)), (1u << kLanes) - 1);
+  for (int at = 0; at < kLanes; ++at) {
+    Bits v = SplatBits(0);
+    v[at] = -1;
+    EXPECT_EQ(MaskOf(v), 1u << at);
+  }
+}
+
 TEST(Lanes, AnyBitFindsEachBit) {
   EXPECT_FALSE(AnyBit(SplatBits(0)));
   for (int at = 0; at < kLanes; ++at) {
