@@ -5,11 +5,13 @@
 #include "gsl_BBox.h"
 #include "gsl_Batch.h"
 #include "gsl_BatchRun.h"
+#include "gsl_InPlaneSegSegMinDirectionalDist.h"
 #include "gsl_Matrix.h"
 #include "gsl_Segment.h"
 #include "gsl_TriTriMinDirectionalDist.h"
 
 #include <array>
+#include <limits>
 #include <string>
 
 namespace {
@@ -300,6 +302,183 @@ void RegisterSweeps() {
   });
 }
 
+/// Pairs of triangles along Z, as single calls and as arrays of corners take them.
+struct TrianglePairs {
+  double distance = std::numeric_limits<double>::infinity();
+  double margin = 0.0;
+  std::vector<Points<6>> pairs;
+  std::vector<double> corners[6];
+  std::vector<double> prepared[2];
+
+  /// B is `ahead` of A and `aside` of it.
+  TrianglePairs(double ahead, double aside) {
+    pairs = Corpus<Points<6>>(7, [=](Numbers& n) {
+      Points<6> p;
+      for (std::size_t i = 0; i < 3; ++i) {
+        p[i] = n.Point(1.0);
+        p[i + 3] = n.Point(1.0) + gsl_Vector(aside, 0.0, ahead);
+      }
+      return p;
+    });
+    for (const Points<6>& p : pairs) {
+      for (std::size_t i = 0; i < 6; ++i)
+        corners[i].insert(corners[i].end(), {p[i].x, p[i].y, p[i].z});
+    }
+    for (std::size_t body = 0; body < 2; ++body) {
+      prepared[body].resize(gsl_CountPreparedNumbers(kCount));
+      gsl_PrepareTriangles(kCount, Triangles(body), prepared[body].data());
+    }
+  }
+
+  gsl_BatchTriangles Triangles(std::size_t body) const {
+    const std::vector<double>* const of = corners + 3 * body;
+    return {{{of[0].data()}, {of[1].data()}, {of[2].data()}}};
+  }
+};
+
+TrianglePairs OutOfReach() {
+  TrianglePairs pairs(50.0, 0.0);
+  pairs.distance = 1.0;
+  return pairs;
+}
+
+TrianglePairs Apart() {
+  return {4.0, 10.0};
+}
+
+/// No pair is rejected, however close another pair was.
+TrianglePairs EveryCandidate() {
+  TrianglePairs pairs(4.0, 0.0);
+  pairs.margin = std::numeric_limits<double>::infinity();
+  return pairs;
+}
+
+double SweepPairs(const gsl_WideKernels& kernels, const TrianglePairs& in, bool arePrepared) {
+  gsl_wide::TriangleSweepBatch batch = {};
+  batch.count = kCount;
+  for (std::size_t i = 0; i < 3; ++i) {
+    batch.a[i] = {in.corners[i].data(), 3};
+    batch.b[i] = {in.corners[i + 3].data(), 3};
+  }
+  if (arePrepared) {
+    batch.preparedA = {in.prepared[0].data(), gsl_batch::PreparedPitch(kCount), 1};
+    batch.preparedB = {in.prepared[1].data(), gsl_batch::PreparedPitch(kCount), 1};
+  }
+  batch.linearTolerance = 1e-6;
+  batch.cosineTolerance = 1e-10;
+  batch.twoSided[0] = batch.twoSided[1] = true;
+  batch.margin = in.margin;
+  gsl_batch::SweptPairs best = {in.distance, {}, 0, false};
+  gsl_batch::SweepTriangles(kernels, batch, gsl_Vector(0.0, 0.0, 1.0).Measured(), best);
+  return best.distance;
+}
+
+double SweepOneByOne(const TrianglePairs& in) {
+  const gsl_Vector direction(0.0, 0.0, 1.0);
+  gsl_Point contacts[2];
+  double distance = in.distance;
+  for (const Points<6>& p : in.pairs) {
+    benchmark::DoNotOptimize(gsl_TriTriMinDirectionalDist(
+        direction, p[0], p[1], p[2], p[3], p[4], p[5], kTwoSided, in.margin, contacts, distance));
+  }
+  return distance;
+}
+
+/// Registers run(pairs) for a whole sweep, which returns the distance.
+template <class Make, class Run>
+void RegisterPairs(const std::string& name, Make make, Run run) {
+  benchmark::RegisterBenchmark(name.c_str(), [make, run](benchmark::State& state) {
+    const auto pairs = make();
+    for (auto _ : state)
+      benchmark::DoNotOptimize(run(pairs));
+    state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(kCount));
+  });
+}
+
+/// Registers run(kernels, pairs) for the registers of each width.
+template <class Make, class Run>
+void RegisterPairWidths(const std::string& work, Make make, Run run) {
+  RegisterPairs(work + "/ours", make,
+                [run](const auto& pairs) { return run(gsl_BestWideKernels(), pairs); });
+  const auto at = [&](const char* name, gsl_VectorWidth width) {
+    const gsl_WideKernels* const kernels = gsl_FindWideKernels(width);
+    if (kernels == nullptr || kernels == &gsl_BestWideKernels()) return;
+    RegisterPairs(work + "/" + name, make,
+                  [kernels, run](const auto& pairs) { return run(*kernels, pairs); });
+  };
+  at("baseline", gsl_VectorWidth::Baseline);
+  at("avx2", gsl_VectorWidth::Avx2);
+}
+
+void RegisterTrianglePairs(const std::string& scene, TrianglePairs (*make)()) {
+  for (const bool arePrepared : {false, true}) {
+    const std::string work = (arePrepared ? "BatchPrepared" : "BatchSweep") + scene;
+    RegisterPairWidths(work, make,
+                       [arePrepared](const gsl_WideKernels& kernels, const TrianglePairs& pairs) {
+                         return SweepPairs(kernels, pairs, arePrepared);
+                       });
+    RegisterPairs(work + "/scalar", make, SweepOneByOne);
+  }
+}
+
+/// Pairs of segments in the plane z = 0, across the direction X and facing each other.
+struct SegmentPairs {
+  std::vector<Points<4>> pairs;
+  std::vector<double> ends[4];
+
+  explicit SegmentPairs(double aside) {
+    pairs = Corpus<Points<4>>(10, [aside](Numbers& n) {
+      Points<4> p;
+      for (std::size_t i = 0; i < 2; ++i) {
+        const double y = i == 0 ? -4.0 : 4.0;
+        const double ax = n.In(-1.0, 1.0);
+        const double ay = n.In(-1.0, 1.0);
+        const double bx = n.In(4.0, 6.0);
+        const double by = n.In(-1.0, 1.0);
+        p[i] = gsl_Point(ax, y + ay, 0.0);
+        p[i + 2] = gsl_Point(bx, aside - y + by, 0.0);
+      }
+      return p;
+    });
+    for (const Points<4>& p : pairs) {
+      for (std::size_t i = 0; i < 4; ++i)
+        ends[i].insert(ends[i].end(), {p[i].x, p[i].y, p[i].z});
+    }
+  }
+};
+
+double SweepSegmentPairs(const gsl_WideKernels& kernels, const SegmentPairs& in) {
+  gsl_wide::SegmentSweepBatch batch = {};
+  batch.count = kCount;
+  for (std::size_t i = 0; i < 2; ++i) {
+    batch.a[i] = {in.ends[i].data(), 3};
+    batch.b[i] = {in.ends[i + 2].data(), 3};
+  }
+  batch.linearTolerance = 1e-6;
+  batch.cosineTolerance = 1e-10;
+  batch.twoSided[0] = batch.twoSided[1] = true;
+  gsl_batch::SweptPairs best = {std::numeric_limits<double>::infinity(), {}, 0, false};
+  gsl_batch::SweepSegments(kernels, batch, gsl_Vector(1.0, 0.0, 0.0).Measured(), best);
+  return best.distance;
+}
+
+double SweepSegmentsOneByOne(const SegmentPairs& in) {
+  const gsl_Vector direction(1.0, 0.0, 0.0);
+  gsl_Point contacts[2];
+  double distance = std::numeric_limits<double>::infinity();
+  for (const Points<4>& p : in.pairs) {
+    benchmark::DoNotOptimize(gsl_InPlaneSegSegMinDirectionalDist(
+        direction, p[0], p[1], p[2], p[3], kTwoSided, 0.0, contacts, distance));
+  }
+  return distance;
+}
+
+void RegisterSegmentSweeps(const std::string& work, double aside) {
+  const auto make = [aside] { return SegmentPairs(aside); };
+  RegisterPairWidths(work, make, SweepSegmentPairs);
+  RegisterPairs(work + "/scalar", make, SweepSegmentsOneByOne);
+}
+
 const bool registered = [] {
   RegisterPointSegments();
   RegisterPointTriangles();
@@ -307,6 +486,11 @@ const bool registered = [] {
   RegisterTransforms();
   RegisterBoxes();
   RegisterSweeps();
+  RegisterTrianglePairs("OutOfReach", OutOfReach);
+  RegisterTrianglePairs("Apart", Apart);
+  RegisterTrianglePairs("EveryCandidate", EveryCandidate);
+  RegisterSegmentSweeps("BatchInPlaneOverlapping", 0.0);
+  RegisterSegmentSweeps("BatchInPlaneAside", 20.0);
   return true;
 }();
 
