@@ -53,6 +53,13 @@ TEST(DocumentBlocks, ManyInputsAtOnce) {
   EXPECT_EQ(parts, (std::vector<gsl_BatchPart>{gsl_BatchPart::Foot, gsl_BatchPart::Second}));
 }
 
+TEST(DocumentBlocks, PreparedTriangles) {
+#include BLOCK(batches_2)
+  EXPECT_TRUE(found);
+  EXPECT_EQ(contact.distance, 3.0);
+  EXPECT_EQ(contact.pair, 1u);
+}
+
 TEST(DocumentBlocks, FirstStepsOfTheGuide) {
 #include BLOCK(guide_1)
   EXPECT_EQ(distance, 5.0);
