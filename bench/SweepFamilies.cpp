@@ -396,6 +396,24 @@ Scene CoincidentFacesAslant(std::size_t n) {
   return CoincidentFacesAlong(n, kSlant);
 }
 
+/// A cone of so many triangles with its tip at the origin, opened along z towards the height.
+IndexedMesh Fan(std::size_t n, double height) {
+  IndexedMesh mesh;
+  mesh.vertices.reserve(3 * (n + 1));
+  const std::uint32_t tip = AddVertex(mesh, {0.0, 0.0, 0.0});
+  for (std::size_t k = 0; k < n; ++k)
+    AddVertex(mesh,
+              AroundZ(1.0, 2.0 * kPi * static_cast<double>(k) / static_cast<double>(n), height));
+  const auto at = [n](std::size_t k) { return static_cast<std::uint32_t>(1 + k % n); };
+  for (std::size_t k = 0; k < n; ++k)
+    mesh.corners.insert(mesh.corners.end(), {tip, at(k), at(k + 1)});
+  return mesh;
+}
+
+Scene TwoFans(std::size_t n) {
+  return {Moved(Fan(n, 1.0), {0.0, 0.0, 1.0}), Fan(n, -1.0), kDown};
+}
+
 template <Scene (*kMake)(std::size_t)>
 Scene InSingle(std::size_t n) {
   Scene scene = kMake(n);
@@ -430,6 +448,15 @@ const std::vector<Family>& AllFamilies() {
       {"a thousand coincident faces", Kind::HardAlongAxis, false, InSingle<CoincidentFaces>},
       {"a thousand coincident faces, aslant", Kind::HardAslant, false,
        InSingle<CoincidentFacesAslant>},
+  };
+  return kFamilies;
+}
+
+const std::vector<PatchFamily>& AllPatchFamilies() {
+  static const std::vector<PatchFamily> kFamilies = {
+      {"patch of two fans", InSingle<TwoFans>, {30, 100, 300, 1000}},
+      {"patch of two flat grids", InSingle<FlatGrids>, {1000, 10000, 100000}},
+      {"patch of two flat grids, aslant", InSingle<FlatGridsAslant>, {1000, 10000, 100000}},
   };
   return kFamilies;
 }

@@ -50,6 +50,16 @@ struct Family {
 /// Returns the families in the order of the tables of docs/performance.md.
 const std::vector<Family>& AllFamilies();
 
+/// Scenes whose first contact is a patch that grows with the size.
+struct PatchFamily {
+  const char* name;
+  Scene (*make)(std::size_t triangles);
+  std::vector<std::size_t> sizes; ///< triangles in each body
+};
+
+/// Returns these families in the order of the tables of docs/performance.md.
+const std::vector<PatchFamily>& AllPatchFamilies();
+
 } // namespace sweep_families
 
 #endif

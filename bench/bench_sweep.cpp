@@ -5,6 +5,7 @@
 #include "Measuring.h"
 #include "SweepFamilies.h"
 #include "SweepPeers.h"
+#include "SweepRules.h"
 
 #include <nlohmann/json.hpp>
 
@@ -337,7 +338,10 @@ json FamilyRecord(const Family& family, std::size_t most,
       sizes.push_back(std::move(record));
       break;
     }
-    if (IsOneOf(kPreparedSizes, size)) record["prepared"] = PreparedRecord(scene, processors);
+    if (IsOneOf(kPreparedSizes, size)) {
+      record["prepared"] = PreparedRecord(scene, processors);
+      record["rules"] = sweep_rules::RulesRecord(scene, EvenDirections(kDirections), processors);
+    }
     if (HasPeers(family, size)) record["peers"] = PeersRecord(scene, size, processors);
     expected = record["oneShot"]["seconds"];
     before = size;
@@ -366,12 +370,16 @@ int Main(int argc, char** argv) {
     if (!std::regex_search("Sweep/" + std::string(family.name), filter)) continue;
     families.push_back(FamilyRecord(family, most, processors));
   }
-  const bool isComplete = families.size() == AllFamilies().size() && most >= kLargest;
-  const json result = {{"processors", processors.size()},
-                       {"patience", kPatience},
-                       {"peers", PeerVersions()},
-                       {"isComplete", isComplete},
-                       {"families", std::move(families)}};
+  json patches = json::array();
+  for (const PatchFamily& family : AllPatchFamilies()) {
+    if (!std::regex_search("Sweep/" + std::string(family.name), filter)) continue;
+    patches.push_back(sweep_rules::PatchRecord(family, processors));
+  }
+  const bool isComplete = families.size() == AllFamilies().size() &&
+                          patches.size() == AllPatchFamilies().size() && most >= kLargest;
+  const json result = {{"processors", processors.size()}, {"patience", kPatience},
+                       {"peers", PeerVersions()},         {"isComplete", isComplete},
+                       {"families", std::move(families)}, {"patches", std::move(patches)}};
   std::cout << result.dump(1) << '\n';
   return 0;
 }

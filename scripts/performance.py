@@ -148,6 +148,58 @@ def solid_rows(families, size):
                    three(s["median"] / s["medianOfTouch"]), f"{100 * s['starts'] / s['asked']:.0f} %"]
 
 
+# The ways of asking, each with the text of its table.
+WAYS = {
+    "oneShot": ("nothing prepared", ["From arrays in memory to the answer along the direction of the scene, in a fresh process. Whether bodies are",
+                                     "solids is decided too, where solids are asked about. Times are medians of three."]),
+    "along": ("prepared", ["Along the direction of the scene, on a pair that has answered each question before. Times are medians."]),
+    "spread": ("prepared, other directions", ["Along directions spread evenly over the sphere, on a pair that has answered some of them. Times are means."]),
+}
+# A question beside the first contact by Rule::Touch, and how many times as long it may take.
+ASKED = {"notLeaving": ("`Rule::NotLeaving`", 2), "last": ("last contact", 2), "solid": ("`Rule::Solid`", 4)}
+
+
+def rule_ratio(family, size, way, asked):
+    """How many times as long as by Rule::Touch a question takes, or None."""
+    times = family.sizes.get(size, {}).get("rules", {}).get(way, {})
+    return times[asked] / times["touch"] if asked in times else None
+
+
+def rule_rows(families, size, way):
+    for f in families:
+        times = f.sizes.get(size, {}).get("rules", {}).get(way)
+        if not times:
+            continue
+        if "isEnded" in times:
+            yield [f.name, "over the time"] + [""] * len(ASKED)
+            continue
+        yield [f.name, milliseconds(times["touch"]), *(shown(rule_ratio(f, size, way, asked)) for asked in ASKED)]
+
+
+def rule_goals(families):
+    """Yields (what, limit, measured) of each question: the worst scene, size and way."""
+    for asked, (name, limit) in ASKED.items():
+        ratios = {(f.name, size, way): rule_ratio(f, size, way, asked) for f in families for size in f.sizes for way in WAYS}
+        ratios = {key: ratio for key, ratio in ratios.items() if ratio is not None}
+        worst = max(ratios, key=ratios.get) if ratios else None
+        where = f" ({worst[0]}, {size_name(worst[1])}, {WAYS[worst[2]][0]})" if worst else ""
+        yield f"{name}: times `Rule::Touch`{where}", limit, ratios.get(worst)
+
+
+def patch_rows(patches):
+    for patch in patches:
+        for entry in patch["sizes"]:
+            each = 1e6 * (entry["seconds"] - entry["touch"]) / entry["pairs"]
+            yield [patch["name"], str(entry["triangles"]), str(entry["pairs"]), milliseconds(entry["seconds"]),
+                   milliseconds(entry["touch"]), three(each)]
+
+
+def patch_exponent(patch):
+    """The slope of log time over log pairs, by least squares."""
+    points = [(math.log(entry["pairs"]), math.log(entry["seconds"])) for entry in patch["sizes"]]
+    return statistics.linear_regression(*zip(*points)).slope if len(points) > 2 else None
+
+
 def threads_rows(families, size):
     for f in families:
         p = f.sizes.get(size, {}).get("prepared", {})
@@ -250,7 +302,9 @@ def sweep(result):
     yield f"A measurement is ended after {result['patience']} s."
     if any(f.name == GENERIC for f in families):
         yield from ["", "### Goals", "", "Each row shows the worst scene of its kind.", ""]
-        yield from table(["goal", "limit", "measured", "met"], (goal_row(*goal) for goal in goals(families, sizes)))
+        rows = [*goals(families, sizes), *rule_goals(families),
+                ("patch: greatest exponent of its time over its pairs", 1.1, greatest(map(patch_exponent, result["patches"])))]
+        yield from table(["goal", "limit", "measured", "met"], (goal_row(*row) for row in rows))
         yield from ["", "### One question, nothing prepared", ""]
         yield "From arrays in memory to the answer, in a fresh process. The exponent is fitted over every size. The"
         yield f"ratio is to the scene \"{GENERIC}\", at the largest size that both ran. Memory is the peak with the input, in"
@@ -276,6 +330,21 @@ def sweep(result):
             yield "they are solids is decided before. The ratio is that of the medians to `Rule::Touch`."
             yield ""
             yield from table(["scene", "are they solids", "first question", "median", "ratio", "starts"], rows)
+    for size in (100000, 1000000):
+        for way, (name, text) in WAYS.items():
+            rows = list(rule_rows(families, size, way))
+            if rows:
+                yield from ["", f"### Each question, {name}, {size_name(size)}", "", *text]
+                yield "The other columns are ratios to `Rule::Touch`. Solids are asked about where both bodies are solids."
+                yield ""
+                yield from table(["scene", "`Rule::Touch`", *(name for name, _ in ASKED.values())], rows)
+    rows = list(patch_rows(result["patches"]))
+    if rows:
+        yield from ["", "### Patches", ""]
+        yield "Triangles are those of each body. The first contact is a part of the time. The time of a pair is the rest, in"
+        yield "microseconds, divided by the pairs. The pairs are counted and none is written."
+        yield ""
+        yield from table(["scene", "triangles", "pairs", "time", "first contact", "time of a pair"], rows)
     rows = list(threads_rows(families, 1000000)) or list(threads_rows(families, 100000))
     if rows:
         yield from ["", "### Two threads", "", "The time of one question with nothing prepared is wall time. Ratios are",
