@@ -21,6 +21,14 @@ constexpr int kLargeLeaf = 16;
 /// A plane takes about as long as two pairs, so it is looked for when this many have tied.
 constexpr int kTiesBeforePlane = 4;
 
+/// Returns true for solids that meet nothing by a pair of leaves: their shadows share no area.
+template <class Scalar>
+bool AreAside(const Scene<Scalar>& scene, const NodePair<Scalar>& pair) {
+  if (scene.rule != Rule::Solid || !scene.filters) return false;
+  const ShadowExtent moving = scene.shadowAxes.Of(scene.moving.At(pair.moving.box));
+  return !moving.MayShareArea(scene.shadowAxes.Of(scene.fixed.At(pair.fixed.box)));
+}
+
 } // namespace
 
 template <class Scalar>
@@ -106,6 +114,7 @@ bool FirstContact<Scalar>::IsNotBefore(const Box<double>& moving, const Box<doub
 
 template <class Scalar>
 bool FirstContact<Scalar>::Judge(const NodePair<Scalar>& pair) {
+  if (AreAside(m_scene, pair)) return true;
   const Leaf& moving = m_movingCache.Moving(m_scene, pair.moving.ref.Index());
   const Leaf& fixed = m_fixedCache.Fixed(m_scene, pair.fixedBody, pair.fixed.ref.Index());
   const LeafPair<Scalar> leaves(m_scene, moving, fixed);
@@ -139,6 +148,8 @@ bool FirstContact<Scalar>::Judge(const NodePair<Scalar>& pair) {
       Four<Scalar> from, unusedTo;
       unsigned mask = fixedMask >> first & 15u;
       if (mask != 0) mask &= leaves.Reached(i, first, Range(), from, unusedTo);
+      if (mask != 0 && m_scene.filters && m_scene.rule == Rule::Solid)
+        mask &= leaves.SharingShadow(i, first);
       if (mask != 0 && m_scene.filters) mask &= leaves.ReachedByHeight(i, first, m_doubleLimit);
       for (int lane = 0; mask != 0; ++lane, mask >>= 1) {
         if ((mask & 1u) == 0) continue;

@@ -122,6 +122,17 @@ void WriteTriangle(LeafTriangles<Scalar>& leaf, int k, const Coord3 (&corners)[3
   leaf.offset[k] = leaf.error[k] = leaf.lift[k] = 0.0;
 }
 
+template <class Scalar>
+void WriteShadow(LeafTriangles<Scalar>& leaf, int k, const ShadowAxes& axes) {
+  ShadowExtent shadow = axes.Of({leaf.corner[0][k], leaf.corner[1][k], leaf.corner[2][k]});
+  shadow.Include(axes.Of({leaf.corner[3][k], leaf.corner[4][k], leaf.corner[5][k]}));
+  shadow.Include(axes.Of({leaf.corner[6][k], leaf.corner[7][k], leaf.corner[8][k]}));
+  for (int side = 0; side < 2; ++side) {
+    leaf.shadowLow[side][k] = shadow.low[side];
+    leaf.shadowHigh[side][k] = shadow.high[side];
+  }
+}
+
 /// Fills the boxes after the last triangle, up to a multiple of four, with boxes that nothing
 /// reaches. What else is there does not matter then.
 template <class Scalar>
@@ -167,6 +178,7 @@ void Gather(const Scene<Scalar>& scene, const PreparedBody& body, const Leaves& 
     leaf.number[k] = corners.Number(place);
     if (!IsCopy(leaf, k)) leaf.distinct |= 1u << k;
     if (scene.filters) WritePlane(leaf, k, scene.direction.Vector(), clearance);
+    if (scene.filters && scene.rule == Rule::Solid) WriteShadow(leaf, k, scene.shadowAxes);
   }
   leaf.reach = leaf.count > 0 ? all.Reach() : 0.0;
   FillUp(leaf);
@@ -354,6 +366,19 @@ unsigned LeafPair<Scalar>::Reached(int movingTriangle, int first, const TravelRa
                                    Four<Scalar>& from, Four<Scalar>& to) const {
   return m_scene.test.template Survivors<false>(fixed.BoxesFrom(first),
                                                 moving.BoxOf(movingTriangle), range, from, to);
+}
+
+template <class Scalar>
+unsigned LeafPair<Scalar>::SharingShadow(int movingTriangle, int first) const {
+  const int i = movingTriangle;
+  unsigned apart = 0;
+  for (int side = 0; side < 2; ++side) {
+    apart |=
+        AtMost(Double4::At(&fixed.shadowHigh[side][first]), Double4::Of(moving.shadowLow[side][i]));
+    apart |=
+        AtMost(Double4::Of(moving.shadowHigh[side][i]), Double4::At(&fixed.shadowLow[side][first]));
+  }
+  return 15u & ~apart;
 }
 
 /// Over the common shadow, the travel at which two points meet is the height of one point over the

@@ -19,6 +19,9 @@ struct LeafTriangles {
   double normal[3][kLeafSize], offset[kLeafSize], error[kLeafSize];
   /// How much earlier than the plane the clearance around it is met, at most.
   double lift[kLeafSize];
+  /// For solids, the extents of each triangle across the direction, along two axes of its shadow.
+  /// Extents that are not exact are wider.
+  double shadowLow[2][kLeafSize], shadowHigh[2][kLeafSize];
   Scalar low[3][kLeafSize], high[3][kLeafSize];
   std::uint32_t number[kLeafSize];
   double reach;
@@ -149,6 +152,9 @@ public:
   unsigned ReachedByHeight(int movingTriangle, int first, double limit) const;
   /// Bit k is set when these heights do not exclude a contact at the travel `from` or later.
   unsigned TouchingByHeight(int movingTriangle, int first, double from) const;
+  /// For solids, bit k is set when the extents of the shadows do not exclude that the moving
+  /// triangle and triangle first + k share area there.
+  unsigned SharingShadow(int movingTriangle, int first) const;
   /// Returns true when the triangles touch at no travel: a line along an edge separates their
   /// shadows.
   bool AreShadowsApart(int movingTriangle, int fixedTriangle) const;

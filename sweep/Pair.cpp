@@ -72,17 +72,19 @@ std::vector<const PreparedBody*> AllBodies(const SceneBodies& bodies) {
 }
 
 /// Makes the slabs, which take time and save time from the second question on, and fine trees where
-/// the questions so far were hard.
-void MakeSlabs(const SceneBodies& bodies, const Run& run, Tally& tally) {
+/// the questions so far were hard. For questions about solids it makes the facings too.
+void MakeSlabs(const SceneBodies& bodies, bool areSolids, const Run& run, Tally& tally) {
   std::vector<const PreparedBody*> lacking = AllBodies(bodies);
-  const auto needsNone = [](const PreparedBody* body) {
+  const auto needsNone = [areSolids](const PreparedBody* body) {
     return !body->IsComfortable() ||
-           (body->SlabsIfMade() != nullptr && !(body->DeservesFine() && !body->FineIfMade()));
+           (body->SlabsIfMade() != nullptr && !(areSolids && !body->FacingsIfMade()) &&
+            !(body->DeservesFine() && !body->FineIfMade()));
   };
   lacking.erase(std::remove_if(lacking.begin(), lacking.end(), needsNone), lacking.end());
   RunJobs(run, lacking.size(), [&](std::size_t k) {
     const auto goesOn = [&tally] { return tally.Continue(0.0); };
     if (!tally.IsCancelled()) lacking[k]->MakeSlabs(goesOn);
+    if (!tally.IsCancelled() && areSolids) lacking[k]->MakeFacings(goesOn);
     if (!tally.IsCancelled() && lacking[k]->DeservesFine()) lacking[k]->MakeFine(goesOn);
   });
 }
@@ -143,7 +145,7 @@ auto AnswerAlone(PairState& state, const Question& question, const Run& run,
       decltype(answer(state.bodies, question, run.progress, std::declval<Workspaces&>()));
   if (state.questionCount++ > 0) {
     Tally tally(run, 1);
-    MakeSlabs(state.bodies, run, tally);
+    MakeSlabs(state.bodies, question.rule == Rule::Solid, run, tally);
     if (tally.IsCancelled()) return Result();
   }
   Borrowed borrowed(state);
@@ -166,7 +168,9 @@ void AnswerBatch(PairState& state, const Question* questions, std::size_t count,
   std::fill_n(answers, count, Answer());
   if (count == 0) return;
   Tally tally(run, count);
-  if ((state.questionCount += count) > 1) MakeSlabs(state.bodies, run, tally);
+  const auto isOfSolids = [](const Question& question) { return question.rule == Rule::Solid; };
+  if ((state.questionCount += count) > 1)
+    MakeSlabs(state.bodies, std::any_of(questions, questions + count, isOfSolids), run, tally);
   AnswerEach(state, run, tally, count, "question",
              [&](std::size_t k, const Watch& watch, Workspaces& workspaces) {
                answers[k] = answer(state.bodies, questions[k], watch, workspaces);
@@ -238,7 +242,8 @@ std::vector<Answer> Pair::FirstOfEach(const Question& question, const Run& run) 
   std::vector<Answer> answers(bodies.fixed.size());
   if (answers.empty()) return answers;
   Tally tally(run, answers.size());
-  if ((m_state->questionCount += answers.size()) > 1) MakeSlabs(bodies, run, tally);
+  if ((m_state->questionCount += answers.size()) > 1)
+    MakeSlabs(bodies, question.rule == Rule::Solid, run, tally);
   AnswerEach(*m_state, run, tally, answers.size(), "fixed body",
              [&](std::size_t k, const Watch& watch, Workspaces& workspaces) {
                const SceneBodies alone{bodies.moving, {bodies.fixed[k]}};

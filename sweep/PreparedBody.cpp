@@ -109,6 +109,13 @@ void PreparedBody::MakeFine(const std::function<bool()>& goesOn) const {
   });
 }
 
+void PreparedBody::MakeFacings(const std::function<bool()>& goesOn) const {
+  const Tree<float>& tree = SingleTree();
+  m_facings.MakeOnce(goesOn, [&](const std::function<bool()>& asked) {
+    return Facings::Of(m_corners, m_leaves, tree, asked);
+  });
+}
+
 std::size_t PreparedBody::Bytes() const {
   NeedLeaves();
   std::size_t bytes = m_corners.Bytes() + m_leaves.begin.Bytes();
@@ -121,6 +128,7 @@ std::size_t PreparedBody::Bytes() const {
   bytes += m_surfaceBytes;
   if (const Slabs* slabs = SlabsIfMade()) bytes += slabs->Bytes();
   if (const FineTree* fine = FineIfMade()) bytes += fine->Bytes();
+  if (const Facings* facings = FacingsIfMade()) bytes += facings->Bytes();
   return bytes;
 }
 

@@ -1,6 +1,7 @@
 #ifndef GSL_SWEEP_PREPARED_BODY_H
 #define GSL_SWEEP_PREPARED_BODY_H
 
+#include "Facings.h"
 #include "FineTree.h"
 #include "MadeLater.h"
 #include "Solidity.h"
@@ -62,10 +63,12 @@ public:
   /// Return null until they have been made.
   const Slabs* SlabsIfMade() const { return m_slabs.IfMade(); }
   const FineTree* FineIfMade() const { return m_fine.IfMade(); }
+  const Facings* FacingsIfMade() const { return m_facings.IfMade(); }
   /// Return at once where another thread is making them. Give up, so that they can be made later,
   /// when `goesOn`, which is called now and then, returns false.
   void MakeSlabs(const std::function<bool()>& goesOn = {}) const;
   void MakeFine(const std::function<bool()>& goesOn = {}) const;
+  void MakeFacings(const std::function<bool()>& goesOn = {}) const;
 
   /// Counts the visits of walks through the trees.
   void CountVisits(std::size_t count) const {
@@ -101,6 +104,7 @@ private:
   mutable std::atomic<std::size_t> m_surfaceBytes{0}; ///< of m_surface, when it is made
   mutable MadeLater<Slabs> m_slabs;
   mutable MadeLater<FineTree> m_fine;
+  mutable MadeLater<Facings> m_facings;
   mutable std::atomic<std::size_t> m_visits{0};
 };
 

@@ -4,11 +4,14 @@
 #include "PairKernel.h"
 #include "Placement.h"
 #include "PreparedBody.h"
+#include "ShadowExtent.h"
 #include "TravelTest.h"
 
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <new>
+#include <optional>
 #include <vector>
 
 namespace gsl_sweep {
@@ -56,11 +59,13 @@ struct Scene {
         const RangeScale& rangeScale, const Question& question, bool canFilter)
       : bodies(sceneBodies), direction(travelDirection), scale(rangeScale),
         test(travelDirection.Vector()), slabTest(travelDirection.Vector()),
-        moving(question.offset, rangeScale, question.clearance), fixed({0.0, 0.0, 0.0}, rangeScale),
-        clearance(rangeScale.Down(question.clearance)), slabMargin(SlabMargin(question.clearance)),
-        rule(question.rule), oneSided(question.oneSided || question.rule == Rule::Solid),
-        filters(canFilter), hasExactBoxes(HaveExactBoxes(sceneBodies)),
-        m_movingTree(BestTree(*bodies.moving)), m_fixedTrees(bodies.fixed.size()) {
+        shadowAxes(travelDirection), moving(question.offset, rangeScale, question.clearance),
+        fixed({0.0, 0.0, 0.0}, rangeScale), clearance(rangeScale.Down(question.clearance)),
+        slabMargin(SlabMargin(question.clearance)), rule(question.rule),
+        oneSided(question.oneSided || question.rule == Rule::Solid), filters(canFilter),
+        hasExactBoxes(HaveExactBoxes(sceneBodies)), m_movingTree(BestTree(*bodies.moving)),
+        m_fixedTrees(bodies.fixed.size()),
+        m_fixedFaced(rule == Rule::Solid ? bodies.fixed.size() : 0) {
     for (std::size_t body = 0; body < bodies.fixed.size(); ++body)
       m_fixedTrees[body] = BestTree(*bodies.fixed[body]);
   }
@@ -124,11 +129,22 @@ struct Scene {
     return used.isFine ? body.FineIfMade() : nullptr;
   }
 
+  /// Bit k is clear when a solid meets nothing by the triangles below child k of a node. Requires
+  /// Rule::Solid.
+  template <bool kMoving>
+  unsigned ThatMayMeet(std::size_t fixedBody, std::size_t node) const {
+    if (sizeof(Scalar) != sizeof(float)) return 15u;
+    Faced& faced = kMoving ? m_movingFaced : m_fixedFaced[fixedBody];
+    if (!faced.isSettled) Settle<kMoving>(BodyOf<kMoving>(fixedBody), faced);
+    return faced.nodes ? faced.nodes->Of(node) : 15u;
+  }
+
   const SceneBodies& bodies;
   const TravelDirection& direction;
   const RangeScale& scale;
   TravelTest<Scalar> test;
   SlabTest slabTest;
+  ShadowAxes shadowAxes;
   Placement<Scalar> moving, fixed;
   double clearance; ///< in the kernel's coordinates
   /// At least the clearance along the normal of a slab, which may be longer than 1 by 2^-20.
@@ -142,6 +158,27 @@ struct Scene {
   bool hasExactBoxes;
 
 private:
+  /// The nodes of a body by which a solid may meet another.
+  struct Faced {
+    bool isSettled = false; ///< whether they are used
+    std::optional<FacedNodes> nodes;
+  };
+
+  /// Uses how the triangles of a body face, as soon as that is known.
+  template <bool kMoving>
+  void Settle(const PreparedBody& body, Faced& faced) const {
+    const Facings* facings = body.FacingsIfMade();
+    if (facings == nullptr) return;
+    faced.isSettled = true;
+    const Coord3& d = direction.Vector();
+    if (kMoving && !facings->Hold(moving.Offset(), d)) return;
+    try {
+      faced.nodes.emplace(*facings, body.SingleTree(), kMoving ? d : Coord3{-d.x, -d.y, -d.z});
+    } catch (const std::bad_alloc&) {
+      // They only save time.
+    }
+  }
+
   static bool HaveExactBoxes(const SceneBodies& bodies) {
     if constexpr (sizeof(Scalar) == sizeof(double)) return true;
     const auto isSingle = [](const PreparedBody* body) { return body->Triangles().IsSingle(); };
@@ -167,6 +204,8 @@ private:
   // A walk can go on with finer trees while it runs. They change no answer.
   mutable TreeInUse<Scalar> m_movingTree;
   mutable std::vector<TreeInUse<Scalar>> m_fixedTrees;
+  mutable Faced m_movingFaced;
+  mutable std::vector<Faced> m_fixedFaced; ///< for solids
 };
 
 /// Returns the least travel at which a pair may part so that it counts. No difference of two

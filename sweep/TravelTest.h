@@ -37,6 +37,7 @@ public:
     for (int k = 0; k < 3; ++k) {
       const double d = components[k];
       m_isNegative[k] = d < 0.0;
+      m_isAcross[k] = d == 0.0;
       // Zero times infinity is NaN, which Most and Least ignore, so boxes that touch stay.
       const double reciprocal = d == 0.0 ? std::numeric_limits<double>::infinity() : 1.0 / d;
       m_first[k] = static_cast<Scalar>(reciprocal * (1.0 - kReciprocalMargin<Scalar>));
@@ -74,6 +75,18 @@ public:
     return AtMost(first, last);
   }
 
+  /// Bit k is clear when box k and the other box share no area across the direction, as seen along
+  /// an axis that is across it.
+  unsigned SharingShadow(const Boxes<Scalar>& four, const Box<Scalar>& one) const {
+    unsigned apart = 0;
+    for (int k = 0; k < 3; ++k) {
+      if (!m_isAcross[k]) continue;
+      apart |= AtMost(four.high[k], Four<Scalar>::Of(one.low[k]));
+      apart |= AtMost(Four<Scalar>::Of(one.high[k]), four.low[k]);
+    }
+    return 15u & ~apart;
+  }
+
   /// Tests two boxes. Returns false when they cannot touch within the range.
   bool CanTouch(const Box<Scalar>& moving, const Box<Scalar>& fixed,
                 const TravelRange<Scalar>& range, Scalar& first, Scalar& last) const {
@@ -93,6 +106,7 @@ public:
 
 private:
   bool m_isNegative[3];
+  bool m_isAcross[3];           ///< the direction has no such component
   Scalar m_first[3], m_last[3]; ///< reciprocals, rounded toward zero and away from it
 };
 

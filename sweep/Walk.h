@@ -61,6 +61,11 @@ private:
   /// Slabs cost about as much as this number of visits, so a walk that reaches it makes them.
   static constexpr std::size_t kSlabsAfter = 5000;
 
+  /// Short walks end before it is worth looking how triangles face.
+  static constexpr std::size_t kFacingsAfter = 50;
+  /// Finding out how so many triangles face costs about as much as one visit.
+  static constexpr std::size_t kTrianglesPerVisit = 64;
+
   void PushRoots();
   void Visit(const NodePair<Scalar>& pair);
   template <bool kMoving>
@@ -96,6 +101,9 @@ private:
   }
   template <bool kMoving, class GoesOn>
   void Improve(std::size_t fixedBody, const GoesOn& goesOn);
+  template <class GoesOn>
+  bool LearnFacings(const PreparedBody& body, const GoesOn& goesOn);
+  void LeaveOutAside();
   /// Returns true when the pair touches at no travel that matters.
   bool IsBeyond(const NodePair<Scalar>& pair) const {
     const TravelRange<Scalar> range = m_judgement.Range();
@@ -118,7 +126,10 @@ WalkEnd Walk<Scalar, Judgement>::Run() {
   m_stack.clear();
   PushRoots();
   while (!m_stack.empty()) {
-    if (++m_visits % kWatchEvery == 0 && !Goes()) return WalkEnd::Cancelled;
+    if (++m_visits % kWatchEvery == 0) {
+      if (!Goes()) return WalkEnd::Cancelled;
+      if (m_stack.empty()) break;
+    }
     const NodePair<Scalar> pair = m_stack.back();
     m_stack.pop_back();
     if (IsBeyond(pair) || m_judgement.IsSettled(pair)) {
@@ -154,9 +165,40 @@ bool Walk<Scalar, Judgement>::Goes() {
   if constexpr (sizeof(Scalar) == sizeof(float)) {
     Improve<true>(0, goesOn);
     // A fixed body that the walk does not come to is not hard to search.
-    Improve<false>(m_stack.back().fixedBody, goesOn);
+    const std::size_t fixedBody = m_stack.back().fixedBody;
+    Improve<false>(fixedBody, goesOn);
+    if (m_scene.rule == Rule::Solid) {
+      const bool isNew = LearnFacings(*m_scene.bodies.moving, goesOn);
+      if (LearnFacings(*m_scene.bodies.fixed[fixedBody], goesOn) || isNew) LeaveOutAside();
+    }
   }
   return goesOn();
+}
+
+/// Makes known how the triangles of a body face, once the walk has taken about as long as that
+/// takes. Returns true when it was not known before.
+template <class Scalar, class Judgement>
+template <class GoesOn>
+bool Walk<Scalar, Judgement>::LearnFacings(const PreparedBody& body, const GoesOn& goesOn) {
+  if (body.FacingsIfMade() != nullptr || m_visits < body.TriangleCount() / kTrianglesPerVisit)
+    return false;
+  body.MakeFacings(goesOn);
+  return body.FacingsIfMade() != nullptr;
+}
+
+/// Drops the pairs that wait and have a node by which a solid meets nothing.
+template <class Scalar, class Judgement>
+void Walk<Scalar, Judgement>::LeaveOutAside() {
+  const auto isAside = [this](const NodePair<Scalar>& pair) {
+    const bool meetsNothing =
+        (!pair.moving.ref.IsLeaf() &&
+         m_scene.template ThatMayMeet<true>(pair.fixedBody, pair.moving.ref.Index()) == 0) ||
+        (!pair.fixed.ref.IsLeaf() &&
+         m_scene.template ThatMayMeet<false>(pair.fixedBody, pair.fixed.ref.Index()) == 0);
+    if (meetsNothing) m_done += static_cast<double>(pair.share);
+    return meetsNothing;
+  };
+  m_stack.erase(std::remove_if(m_stack.begin(), m_stack.end(), isAside), m_stack.end());
 }
 
 /// Makes what a body deserves by now, and goes on with the best tree that it has.
@@ -234,6 +276,11 @@ void Walk<Scalar, Judgement>::Expand(const NodePair<Scalar>& pair) {
   unsigned mask =
       m_scene.test.template Survivors<kMoving>(boxes, other, m_judgement.Range(), first, last);
   const SlabNode* slabs = nullptr;
+  if (mask != 0 && m_scene.rule == Rule::Solid) {
+    mask &= m_scene.test.SharingShadow(boxes, other);
+    if (mask != 0 && m_visits > kFacingsAfter)
+      mask &= m_scene.template ThatMayMeet<kMoving>(pair.fixedBody, index);
+  }
   if (mask != 0) mask = Narrow<kMoving>(pair, boxes, index, other, mask, first, last, slabs);
   if (mask != 0) mask = Raised<kMoving>(m_judgement, pair, node.boxes, mask, first, 0);
   if (mask == 0) {

@@ -8,8 +8,10 @@
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
+#include <random>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 /// Questions about solids.
 namespace {
@@ -458,6 +460,134 @@ TEST(PairSolid, TheSeatedBoltIsFreeUpwardsAndHasItsPlayAside) {
   for (const Coord3& aside : {right, Coord3{-1, 0, 0}, Coord3{0, 1, 0}, Coord3{0, -1, 0}})
     ExpectTravel(ask(aside, -30.0), 0.5);
   ExpectStart(ask(up, -30.0 - 0x1p-20), true);
+}
+
+/// The surface of a box in squares, `grid` along each edge.
+Mesh Squares(int grid, const Coord3& low, const Coord3& high) {
+  Mesh mesh;
+  const double from[3] = {low.x, low.y, low.z};
+  const double to[3] = {high.x, high.y, high.z};
+  for (int face = 0; face < 6; ++face) {
+    const auto at = [&](int i, int j) {
+      const double part[3] = {face < 3 ? 1.0 : 0.0, static_cast<double>(i) / grid,
+                              static_cast<double>(j) / grid};
+      double c[3];
+      for (int k = 0; k < 3; ++k) {
+        const int axis = (face + k) % 3;
+        c[axis] = from[axis] + part[k] * (to[axis] - from[axis]);
+      }
+      return Coord3{c[0], c[1], c[2]};
+    };
+    for (int j = 0; j < grid; ++j) {
+      for (int i = 0; i < grid; ++i) {
+        if (face < 3) {
+          sweep_shapes::AddQuad(mesh, at(i, j), at(i + 1, j), at(i + 1, j + 1), at(i, j + 1));
+        } else {
+          sweep_shapes::AddQuad(mesh, at(i, j), at(i, j + 1), at(i + 1, j + 1), at(i + 1, j));
+        }
+      }
+    }
+  }
+  return mesh;
+}
+
+/// A block slides down a wall of equal width, to a floor that is 3 below it.
+struct SlidingBlock {
+  Mesh moving = Squares(16, {1, 0, 2}, {2, 1, 3});
+  Mesh fixed = Squares(16, {0, 0, 0}, {1, 1, 1});
+
+  explicit SlidingBlock(bool hasFloor) {
+    if (hasFloor) Append(fixed, BoxOf({0, 0, -2}, {4, 1, -1}));
+  }
+
+  /// Makes the walls aslant, exactly.
+  void Shear() {
+    for (Mesh* mesh : {&moving, &fixed}) {
+      for (Coord3& p : mesh->corners)
+        p.x += 0.25 * p.z;
+    }
+  }
+};
+
+TEST(PairSolid, BlocksOfManyTrianglesSlideAlongWalls) {
+  const SlidingBlock free(false);
+  EXPECT_EQ(Ask(free.moving, free.fixed, down).status, SweepStatus::None);
+  const SlidingBlock block(true);
+  ExpectTravel(Ask(block.moving, block.fixed, down), 3.0);
+  // One unit in the last place into the wall: the block lands on it.
+  const Mesh pressed = Moved(block.moving, {-0x1p-52, 0, 0});
+  ExpectTravel(Ask(pressed, block.fixed, down), 1.0);
+}
+
+TEST(PairSolid, BlocksOfManyTrianglesSlideAlongWallsAslant) {
+  SlidingBlock free(false);
+  free.Shear();
+  EXPECT_EQ(Ask(free.moving, free.fixed, {-0.25, 0, -1}).status, SweepStatus::None);
+  SlidingBlock block(true);
+  block.Shear();
+  ExpectTravel(Ask(block.moving, block.fixed, {-0.25, 0, -1}), 3.0 * std::sqrt(1.0625));
+  ExpectTravel(Ask(block.moving, block.fixed, {std::nextafter(-0.25, -1.0), 0, -1}),
+               std::sqrt(1.0625));
+}
+
+/// An offset that is exact, and one that rounds every coordinate along the walls.
+TEST(PairSolid, BlocksOfManyTrianglesSlideAfterAnOffset) {
+  const SlidingBlock block(true);
+  Question question = Along(down);
+  question.offset = {0, 0, 0.25};
+  ExpectTravel(AskInEveryWay(block.moving, block.fixed, question, 2), 3.25);
+  question.offset = {0, 0, 0.1};
+  const Answer rounded = AskInEveryWay(block.moving, block.fixed, question, 2);
+  ExpectTravel(rounded, (2.0 + 0.1) - -1.0);
+  question.offset = {-0x1p-52, 0, 0};
+  ExpectTravel(AskInEveryWay(block.moving, block.fixed, question, 2), 1.0);
+}
+
+/// The first question of a pair of small bodies does not look how whole nodes face; later ones do.
+TEST(PairSolid, LaterQuestionsAnswerAsTheFirstOneDoes) {
+  std::mt19937_64 random(20);
+  std::uniform_real_distribution<double> real(-1.0, 1.0);
+  SlidingBlock block(true);
+  block.Shear();
+  Append(block.moving, Squares(8, {-1, 0.25, 6}, {1, 0.75, 7}));
+  std::size_t contacts = 0;
+  for (int round = 0; round < 60; ++round) {
+    const double x = real(random);
+    const double y = 0.5 * real(random);
+    Question question = Along({x, y, -1.0});
+    if (round % 3 == 0) question.direction = {-0.25, round % 2 == 0 ? 0.0 : 0x1p-50 * y, -1.0};
+    question.offset = {round % 4 == 0 ? 0.1 * x : 0.0, 0.0, 0.0};
+    const Answer answer = AskInEveryWay(block.moving, block.fixed, question, 2);
+    contacts += answer.status == SweepStatus::Contact ? 1 : 0;
+  }
+  EXPECT_GT(contacts, 20u);
+}
+
+TEST(PairSolid, ProgressRisesWhileWallsAreLeftOut) {
+  Mesh moving = Squares(64, {1, 0, 2}, {2, 1, 3});
+  Mesh fixed = Squares(64, {0, 0, 0}, {1, 1, 1});
+  for (Mesh* mesh : {&moving, &fixed}) {
+    for (Coord3& p : mesh->corners)
+      p.x += 0.25 * p.z;
+  }
+  std::vector<double> parts;
+  gsl_sweep::Run run = OnThreads(1);
+  run.progress = [&parts](double part) {
+    parts.push_back(part);
+    return true;
+  };
+  const Pair pair = PairOf(moving, fixed);
+  EXPECT_EQ(pair.First(Along({-0.25, 0, -1}), run).status, SweepStatus::None);
+  ASSERT_GT(parts.size(), 2u);
+  EXPECT_TRUE(std::is_sorted(parts.begin(), parts.end()));
+  EXPECT_LE(parts.back(), 1.0);
+  for (std::size_t left = 0; left < parts.size(); left += 3) {
+    std::size_t calls = 0;
+    run.progress = [&calls, left](double) { return calls++ < left; };
+    const Pair fresh = PairOf(moving, fixed);
+    EXPECT_EQ(fresh.First(Along({-0.25, 0, -1}), run).status, SweepStatus::Cancelled);
+    EXPECT_EQ(fresh.First(Along({-0.25, 0, -1})).status, SweepStatus::None);
+  }
 }
 
 } // namespace
