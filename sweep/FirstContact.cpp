@@ -32,6 +32,25 @@ bool AreAside(const Scene<Scalar>& scene, const NodePair<Scalar>& pair) {
 } // namespace
 
 template <class Scalar>
+bool IsLargeLeafApart(const Scene<Scalar>& scene, LeafCache<Scalar>& movingCache,
+                      LeafCache<Scalar>& fixedCache, const NodePair<Scalar>& pair, double limit) {
+  const bool isMovingLeaf = pair.moving.ref.IsLeaf();
+  if (isMovingLeaf == pair.fixed.ref.IsLeaf() || !scene.filters) return false;
+  const Scalar moving = pair.moving.box.Size();
+  const Scalar fixed = pair.fixed.box.Size();
+  if (isMovingLeaf) {
+    if (!(moving > kLargeLeaf * fixed)) return false;
+    const LeafTriangles<Scalar>& leaf = movingCache.Moving(scene, pair.moving.ref.Index());
+    return LeafBeforeBox<Scalar, true>(scene, leaf, scene.fixed.At(pair.fixed.box)).AreApart(limit);
+  }
+  if (!(fixed > kLargeLeaf * moving)) return false;
+  const LeafTriangles<Scalar>& leaf =
+      fixedCache.Fixed(scene, pair.fixedBody, pair.fixed.ref.Index());
+  return LeafBeforeBox<Scalar, false>(scene, leaf, scene.moving.At(pair.moving.box))
+      .AreApart(limit);
+}
+
+template <class Scalar>
 FirstContact<Scalar>::FirstContact(const Scene<Scalar>& scene, double maxDistance,
                                    LeafCache<Scalar>& movingCache, LeafCache<Scalar>& fixedCache)
     : m_scene(scene), m_movingCache(movingCache), m_fixedCache(fixedCache),
@@ -52,31 +71,11 @@ void FirstContact<Scalar>::SetLimit(double travel) {
 /// and an axis keeps its boxes apart for as long.
 template <class Scalar>
 bool FirstContact<Scalar>::IsSettled(const NodePair<Scalar>& pair) {
-  if (IsLargeLeafApart(pair)) return true;
+  if (IsLargeLeafApart(m_scene, m_movingCache, m_fixedCache, pair, m_doubleLimit)) return true;
   if (!m_scene.hasExactBoxes || !(pair.from >= m_tieFloor)) return false;
   if (!m_best.PrecedesAll(pair.moving.least, pair.LeastFixed())) return false;
   return IsNotBefore(m_scene.moving.InKernel(pair.moving.box),
                      m_scene.fixed.InKernel(pair.fixed.box));
-}
-
-/// Returns true when one side is a leaf, far larger than the other side, and its triangles do not
-/// touch the other side within the limit.
-template <class Scalar>
-bool FirstContact<Scalar>::IsLargeLeafApart(const NodePair<Scalar>& pair) {
-  const bool isMovingLeaf = pair.moving.ref.IsLeaf();
-  if (isMovingLeaf == pair.fixed.ref.IsLeaf() || !m_scene.filters) return false;
-  const Scalar moving = pair.moving.box.Size();
-  const Scalar fixed = pair.fixed.box.Size();
-  if (isMovingLeaf) {
-    if (!(moving > kLargeLeaf * fixed)) return false;
-    const Leaf& leaf = m_movingCache.Moving(m_scene, pair.moving.ref.Index());
-    return LeafBeforeBox<Scalar, true>(m_scene, leaf, m_scene.fixed.At(pair.fixed.box))
-        .AreApart(m_doubleLimit);
-  }
-  if (!(fixed > kLargeLeaf * moving)) return false;
-  const Leaf& leaf = m_fixedCache.Fixed(m_scene, pair.fixedBody, pair.fixed.ref.Index());
-  return LeafBeforeBox<Scalar, false>(m_scene, leaf, m_scene.moving.At(pair.moving.box))
-      .AreApart(m_doubleLimit);
 }
 
 /// Decides exactly, for exact boxes in the kernel's coordinates, whether some axis keeps them apart
@@ -234,6 +233,10 @@ void FirstContact<Scalar>::ForgetTies() {
     tied = false;
 }
 
+template bool IsLargeLeafApart(const Scene<float>&, LeafCache<float>&, LeafCache<float>&,
+                               const NodePair<float>&, double);
+template bool IsLargeLeafApart(const Scene<double>&, LeafCache<double>&, LeafCache<double>&,
+                               const NodePair<double>&, double);
 template class FirstContact<float>;
 template class FirstContact<double>;
 

@@ -27,6 +27,12 @@ struct FoundPair : FoundTriangles {
   }
 };
 
+/// Returns true when one side of a pair is a leaf, far larger than the other side, and none of its
+/// triangles touches the other side within the limit, which is a travel.
+template <class Scalar>
+bool IsLargeLeafApart(const Scene<Scalar>& scene, LeafCache<Scalar>& movingCache,
+                      LeafCache<Scalar>& fixedCache, const NodePair<Scalar>& pair, double limit);
+
 /// The first contact ahead, found by judging the pairs of a walk. The walk ends early when a pair
 /// touches at the start.
 ///
@@ -50,7 +56,6 @@ public:
 private:
   using Leaf = LeafTriangles<Scalar>;
 
-  bool IsLargeLeafApart(const NodePair<Scalar>& pair);
   bool JudgeTriangles(const LeafPair<Scalar>& leaves, std::size_t fixedBody, int i, int j);
   void Lower(const FoundPair& found);
   void CountTie();

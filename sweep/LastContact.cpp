@@ -1,6 +1,7 @@
 #include "LastContact.h"
 
 #include <cmath>
+#include <limits>
 
 namespace gsl_sweep {
 
@@ -9,6 +10,14 @@ namespace {
 /// Last travels within this part of the best are compared exactly. The part is wider than the
 /// margin by which they are enlarged. It decides how often pairs are compared, not the result.
 constexpr double kTieWindow = 0x1p-19;
+
+/// A plane takes about as long as two pairs, so it is looked for when this many have tied.
+constexpr int kTiesBeforePlane = 4;
+
+TravelDirection Backwards(const TravelDirection& direction) {
+  const Coord3& d = direction.Vector();
+  return TravelDirection({-d.x, -d.y, -d.z});
+}
 
 } // namespace
 
@@ -19,12 +28,17 @@ LastContact<Scalar>::LastContact(const Scene<Scalar>& scene, double maxDistance,
       m_maxDistance(scene.scale.DownLength(maxDistance)),
       m_range{LeastEnd<Scalar>(scene.rule),
               scene.AtLeast(scene.WalkTravel(scene.MultipleAtLeast(m_maxDistance)))},
-      m_gaps(scene.direction) {}
+      m_gaps(scene.direction), m_backwards(Backwards(scene.direction)) {}
 
 /// Returns true when a pair cannot come before the best pair: it follows the best pair by number,
 /// and the best pair is cut, or an axis parts its boxes no later.
 template <class Scalar>
 bool LastContact<Scalar>::IsSettled(const NodePair<Scalar>& pair) {
+  // A large leaf that no travel brings to the other side is left out.
+  if (IsLargeLeafApart(m_scene, m_movingCache, m_fixedCache, pair,
+                       std::numeric_limits<double>::infinity())) {
+    return true;
+  }
   if (!Follows(-pair.from, pair.moving.least, pair.LeastFixed())) return false;
   return m_isCut ||
          (m_scene.hasExactBoxes && m_gaps.ArePartedAfter(m_scene.moving.InKernel(pair.moving.box),
@@ -43,6 +57,15 @@ bool LastContact<Scalar>::Judge(const NodePair<Scalar>& pair) {
   const Leaf& moving = m_movingCache.Moving(m_scene, pair.moving.ref.Index());
   const Leaf& fixed = m_fixedCache.Fixed(m_scene, pair.fixedBody, pair.fixed.ref.Index());
   const LeafPair<Scalar> leaves(m_scene, moving, fixed);
+  const bool mayHold = m_tiePlane.IsSet();
+  const unsigned movingHeld =
+      mayHold ? moving.template HeldBy<true>(m_tiePlane, m_tiePlaneNumber, m_scene) : 0;
+  const unsigned fixedHeld =
+      mayHold ? fixed.template HeldBy<false>(m_tiePlane, m_tiePlaneNumber, m_scene) : 0;
+  if (mayHold && movingHeld + 1 == 1u << moving.count && fixedHeld + 1 == 1u << fixed.count &&
+      m_best.PrecedesAll(pair.moving.least, pair.LeastFixed())) {
+    return true;
+  }
   const unsigned movingMask =
       leaves.template ThatReach<true>(m_scene.fixed.At(pair.fixed.box), m_range);
   if (movingMask == 0) return true;
@@ -59,6 +82,10 @@ bool LastContact<Scalar>::Judge(const NodePair<Scalar>& pair) {
         if ((mask & 1u) == 0) continue;
         const int j = first + lane;
         if (to[lane] < m_range.from) continue;
+        if ((movingHeld >> i & fixedHeld >> j & 1u) != 0 &&
+            m_best.PrecedesAll(moving.number[i], FixedNumber(pair.fixedBody, fixed.number[j]))) {
+          continue;
+        }
         if (Follows(to[lane], moving.number[i], FixedNumber(pair.fixedBody, fixed.number[j])) &&
             (m_isCut || m_gaps.ArePartedAfter(m_scene.moving.ToKernel(moving.ExactBoxOf(i)),
                                               m_scene.fixed.ToKernel(fixed.ExactBoxOf(j))))) {
@@ -87,10 +114,32 @@ void LastContact<Scalar>::JudgeTriangles(const LeafPair<Scalar>& leaves, std::si
   const bool isCut = outcome == LastOutcome::Cut;
   if (m_best.any) {
     int order = static_cast<int>(isCut) - static_cast<int>(m_isCut);
-    if (order == 0 && !isCut) order = CompareRatios(found.travel, m_best.travel);
+    if (order == 0 && !isCut) {
+      order = CompareRatios(found.travel, m_best.travel);
+      if (order == 0) CountTie();
+    }
     if (order < 0 || (order == 0 && m_best.PrecedesAll(found.moving, found.fixed))) return;
+    if (order > 0) ForgetTies();
   }
   Raise(found, isCut);
+}
+
+/// A pair has the same travel as the best pair.
+template <class Scalar>
+void LastContact<Scalar>::CountTie() {
+  if (++m_tieCount != kTiesBeforePlane) return;
+  ExactRatio travel = m_best.travel;
+  travel.numerator = Minus(travel.numerator);
+  travel.rounded = {-travel.rounded.hi, -travel.rounded.lo};
+  m_tiePlane.Find(m_backwards, m_best.movingTriangle, m_best.fixedTriangle, m_best.contact, travel);
+  ++m_tiePlaneNumber;
+}
+
+/// The best travel becomes greater, or the best pair is cut.
+template <class Scalar>
+void LastContact<Scalar>::ForgetTies() {
+  m_tiePlane.Forget();
+  m_tieCount = 0;
 }
 
 template <class Scalar>

@@ -3,6 +3,7 @@
 
 #include "AxisGaps.h"
 #include "FirstContact.h"
+#include "TiePlane.h"
 
 namespace gsl_sweep {
 
@@ -35,6 +36,8 @@ private:
   bool Follows(Scalar to, std::uint32_t moving, std::uint64_t fixed) const;
   void JudgeTriangles(const LeafPair<Scalar>& leaves, std::size_t fixedBody, int i, int j);
   void Raise(const FoundPair& found, bool isCut);
+  void CountTie();
+  void ForgetTies();
 
   const Scene<Scalar>& m_scene;
   LeafCache<Scalar>& m_movingCache;
@@ -47,6 +50,11 @@ private:
   bool m_isCut = false;
   FoundPair m_best;
   AxisGaps m_gaps; ///< against the best travel
+  /// The motion backwards. What it brings together first is what parts last.
+  TravelDirection m_backwards;
+  TiePlane m_tiePlane;           ///< of the motion backwards
+  unsigned m_tiePlaneNumber = 0; ///< of the last plane
+  int m_tieCount = 0;            ///< at the best travel
 };
 
 extern template class LastContact<float>;

@@ -4,7 +4,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <limits>
+#include <random>
 
 namespace {
 
@@ -109,6 +111,46 @@ TEST(LastContact, TiesAcrossAnAxisAreSettledWithoutJudgingThem) {
   EXPECT_LT(exact.judged, 30u);
   EXPECT_EQ(single.best.moving, exact.best.moving);
   EXPECT_EQ(single.best.fixed, exact.best.fixed);
+}
+
+/// Sheets that are parallel and oblique to the axes part everywhere at once. Steps in one of them
+/// part later or earlier.
+TEST(LastContact, IsTheFirstByNumberOfTheTiesAcrossAPlane) {
+  for (unsigned seed = 0; seed < 8; ++seed) {
+    std::mt19937_64 random(seed);
+    Mesh fixed = Bowl(16, 0.0);
+    std::reverse(fixed.corners.begin(), fixed.corners.end());
+    for (Coord3& p : fixed.corners)
+      p.z += 0.5 * p.x + 0.25 * p.y;
+    const Mesh moving = sweep_shapes::Moved(fixed, {0.25, 0.125, 4.0});
+    const std::size_t run = std::size_t{6} << seed % 4;
+    for (std::size_t k = 0; seed > 0 && k < fixed.corners.size(); k += run) {
+      const double step = static_cast<double>(random() % 8) / 64.0;
+      for (std::size_t c = k; c < std::min(k + run, fixed.corners.size()); ++c)
+        fixed.corners[c].z += step;
+    }
+    const FoundPair expected = LastOfAllPairs(moving, fixed);
+    ASSERT_TRUE(expected.any);
+    for (const Found& found : {LastOf<float>(moving, fixed), LastOf<double>(moving, fixed)}) {
+      EXPECT_EQ(found.best.moving, expected.moving) << seed;
+      EXPECT_EQ(found.best.fixed, expected.fixed) << seed;
+      EXPECT_EQ(found.best.contact.travel, expected.contact.travel) << seed;
+    }
+  }
+}
+
+TEST(LastContact, IsFoundBesideTrianglesFarLargerThanTheOthers) {
+  for (unsigned seed = 0; seed < 4; ++seed) {
+    Mesh fixed = Soup(seed, 200);
+    fixed.corners[3] = {1e6, 2e6, -1e6};
+    fixed.corners[100] = {-1e6, 0.0, 5e5};
+    const Mesh moving = sweep_shapes::Moved(Soup(seed + 50, 200), {0.0, 0.0, 1.0});
+    const FoundPair expected = LastOfAllPairs(moving, fixed);
+    const Found found = LastOf<float>(moving, fixed);
+    EXPECT_EQ(found.best.moving, expected.moving);
+    EXPECT_EQ(found.best.fixed, expected.fixed);
+    EXPECT_EQ(found.best.contact.travel, expected.contact.travel);
+  }
 }
 
 TEST(LastContact, PairsThatTouchAtTheGreatestDistanceTieThere) {
