@@ -62,15 +62,16 @@ bool LastContact<Scalar>::Judge(const NodePair<Scalar>& pair) {
       mayHold ? moving.template HeldBy<true>(m_tiePlane, m_tiePlaneNumber, m_scene) : 0;
   const unsigned fixedHeld =
       mayHold ? fixed.template HeldBy<false>(m_tiePlane, m_tiePlaneNumber, m_scene) : 0;
-  if (mayHold && movingHeld + 1 == 1u << moving.count && fixedHeld + 1 == 1u << fixed.count &&
+  if (mayHold && (moving.distinct & ~movingHeld) == 0 && (fixed.distinct & ~fixedHeld) == 0 &&
       m_best.PrecedesAll(pair.moving.least, pair.LeastFixed())) {
     return true;
   }
+  // A copy of the triangle before it never comes first.
   const unsigned movingMask =
-      leaves.template ThatReach<true>(m_scene.fixed.At(pair.fixed.box), m_range);
+      moving.distinct & leaves.template ThatReach<true>(m_scene.fixed.At(pair.fixed.box), m_range);
   if (movingMask == 0) return true;
-  const unsigned fixedMask =
-      leaves.template ThatReach<false>(m_scene.moving.At(pair.moving.box), m_range);
+  const unsigned fixedMask = fixed.distinct & leaves.template ThatReach<false>(
+                                                  m_scene.moving.At(pair.moving.box), m_range);
   for (int i = 0; i < moving.count; ++i) {
     if ((movingMask >> i & 1u) == 0) continue;
     for (int first = 0; first < fixed.count; first += 4) {

@@ -139,6 +139,21 @@ TEST(LastContact, IsTheFirstByNumberOfTheTiesAcrossAPlane) {
   }
 }
 
+TEST(LastContact, OfCopiesTheLowestIsNamed) {
+  Mesh one = Bowl(2, 0.25);
+  one.corners.resize(6);
+  Mesh copies;
+  for (int k = 0; k < 20; ++k)
+    copies.corners.insert(copies.corners.end(), one.corners.begin() + 3 * (k % 7 == 0 ? 1 : 0),
+                          one.corners.begin() + 3 * (k % 7 == 0 ? 2 : 1));
+  const Mesh moving = sweep_shapes::Moved(copies, {0.25, 0.125, 4.0});
+  const FoundPair expected = LastOfAllPairs(moving, copies);
+  const Found found = LastOf<float>(moving, copies);
+  EXPECT_EQ(found.best.moving, expected.moving);
+  EXPECT_EQ(found.best.fixed, expected.fixed);
+  EXPECT_EQ(found.best.contact.travel, expected.contact.travel);
+}
+
 TEST(LastContact, IsFoundBesideTrianglesFarLargerThanTheOthers) {
   for (unsigned seed = 0; seed < 4; ++seed) {
     Mesh fixed = Soup(seed, 200);
