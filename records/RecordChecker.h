@@ -30,7 +30,7 @@ public:
   void Check(std::size_t recordCount, const unsigned char* base);
 
 private:
-  /// What follows the identity in a record: neighbouring doubles are one step.
+  /// What follows the identity in a record: neighbouring fields of one kind are one step.
   struct Step {
     enum Last : std::uint8_t { Unsigneds = 0xFC, Doubles = 0xFD, Entries = 0xFE, End = 0xFF };
 
@@ -46,29 +46,47 @@ private:
   };
 
   void PlanSteps();
+  /// Calls `keep` with the number and the end of each record.
+  template <class Keep>
+  void CheckRecords(std::size_t recordCount, const Keep& keep);
   void CheckLinks();
 
-  /// Each of these returns where it ends. Nothing is read from the end on.
+  /// Each of these returns where it ends. Nothing is read from the end on. A record is far from the
+  /// end where its fields end before it, whatever they hold.
+  template <bool kIsFar>
   const unsigned char* Record(const unsigned char* at);
+  template <bool kIsFar>
+  const unsigned char* Identity(const unsigned char* at) const;
+  template <bool kIsFar>
+  const unsigned char* Text(const unsigned char* at) const;
   const unsigned char* Value(std::uint8_t kind, const unsigned char* at);
   const unsigned char* Elements(std::uint8_t kind, const unsigned char* at);
   const unsigned char* ListEntries(const unsigned char* at);
   const unsigned char* Object(const unsigned char* at);
 
-  Taken Varint(const unsigned char* at) const {
-    if (at != m_end && *at < 0x80u) return {*at, at + 1};
-    return LongVarint(at);
-  }
+  /// Reads a number whose length the processor can foresee.
+  template <bool kIsFar>
+  Taken Varint(const unsigned char* at) const;
+  /// Reads a number that mostly takes one byte.
+  template <bool kIsFar>
+  Taken SmallVarint(const unsigned char* at) const;
+  template <bool kIsFar>
+  const unsigned char* SkipVarint(const unsigned char* at) const;
+  /// Skips a number of at most 32 bits, whatever its length is.
+  template <bool kIsFar>
+  const unsigned char* SkipVarint32(const unsigned char* at) const;
+  template <bool kIsFar>
+  const unsigned char* Skip(const unsigned char* at, std::size_t count) const;
+  /// Reads a number byte by byte, and refuses what is not a number.
   Taken LongVarint(const unsigned char* at) const;
   Taken Varint32(const unsigned char* at) const;
   Taken Byte(const unsigned char* at) const;
-  const unsigned char* Skip(const unsigned char* at, std::size_t count) const;
   std::size_t Remaining(const unsigned char* at) const {
     return static_cast<std::size_t>(m_end - at);
   }
 
   void Hold(std::uint64_t record);
-  void KeepPlaces();
+  std::uint8_t PlacesToKeep();
   std::uint64_t PlacesOf(std::size_t record) const {
     return m_places[record] != kMany ? m_places[record] : ManyPlacesOf(record);
   }
@@ -84,7 +102,13 @@ private:
 
   const unsigned char* const m_begin;
   const unsigned char* const m_end;
+  /// Eight bytes begin at each place before this one.
+  const unsigned char* const m_wordsEnd;
+  /// A record that begins before this place is far from the end.
+  const unsigned char* m_farEnd;
   gsl_RecordStore::Data& m_data;
+  const std::size_t m_textCount;
+  const std::size_t m_prefixCount;
   /// The steps of all shapes, and the first step of each shape.
   std::vector<Step> m_steps;
   std::vector<std::uint32_t> m_firstSteps;

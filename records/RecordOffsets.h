@@ -33,6 +33,13 @@ public:
       m_long.Append(offset);
     }
   }
+  /// Returns where the next numbers of four bytes go, after MakeRoom; null where one of them is
+  /// above four bytes.
+  std::uint32_t* ShortRoom(std::size_t count, std::uint64_t highest) {
+    return highest <= kMostShort && m_long.Size() == 0 ? m_short.Room(count) : nullptr;
+  }
+  /// Appends the numbers that were written there.
+  void AppendFilled(std::size_t count) { m_short.SetEnd(m_short.Room(count) + count); }
   void Truncate(std::size_t size) {
     const std::size_t shorts = m_short.Size();
     m_long.Truncate(size > shorts ? size - shorts : 0);

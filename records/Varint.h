@@ -42,11 +42,57 @@ inline unsigned char* PutFixed64(unsigned char* at, std::uint64_t value) {
   return at;
 }
 
+inline std::uint32_t GetFixed32(const unsigned char* at) {
+  std::uint32_t value = 0;
+  std::memcpy(&value, at, sizeof value);
+#if __BYTE_ORDER__ == __ORDER_BIG_ENDIAN__
+  value = __builtin_bswap32(value);
+#endif
+  return value;
+}
+
 inline std::uint64_t GetFixed64(const unsigned char* at) {
   std::uint64_t value = 0;
-  for (int i = 0; i < 8; ++i)
-    value |= static_cast<std::uint64_t>(at[i]) << (8 * i);
+  std::memcpy(&value, at, sizeof value);
+#if __BYTE_ORDER__ == __ORDER_BIG_ENDIAN__
+  value = __builtin_bswap64(value);
+#endif
   return value;
+}
+
+/// Returns how many bytes a number takes whose first eight bytes these are, where it takes at most
+/// four and not more than it needs; 0 elsewhere. No branch depends on the length.
+inline std::size_t LengthOfShortVarint(std::uint64_t word) {
+  const std::uint64_t ends = ~word & 0x80808080u;
+  const auto lastBit = static_cast<unsigned int>(__builtin_ctzll(ends | (std::uint64_t{1} << 39)));
+  const bool isLong = lastBit > 31;
+  const bool endsInZero = (word >> (lastBit - 7) & 0xFFu) == 0;
+  const bool isRefused = isLong | (endsInZero & (lastBit != 7));
+  return isRefused ? 0 : (lastBit + 1) / 8;
+}
+
+/// Returns where a number ends that takes at most four bytes, and not more than it needs; null
+/// elsewhere. Four bytes can be read. A length that is mostly the same costs nothing.
+inline const unsigned char* SkipUsualVarint(const unsigned char* at) {
+  if (*at < 0x80u) return at + 1;
+  const std::uint32_t word = GetFixed32(at);
+  if ((word & 0x80808080u) == 0x00808080u && word > 0x00FFFFFFu) return at + 4;
+  if ((word & 0x00808080u) == 0x00008080u && (word & 0x00FF0000u) != 0) return at + 3;
+  if ((word & 0x00008080u) == 0x00000080u && (word & 0x0000FF00u) != 0) return at + 2;
+  return nullptr;
+}
+
+/// Reads such a number, and returns where it ends.
+inline const unsigned char* GetUsualVarint(const unsigned char* at, std::uint64_t& value) {
+  value = *at;
+  if (*at < 0x80u) return at + 1;
+  const unsigned char* const next = SkipUsualVarint(at);
+  if (next == nullptr) return nullptr;
+  // Bytes after the number go.
+  const std::uint32_t word = GetFixed32(at) << (8 * (4 - (next - at))) >> (8 * (4 - (next - at)));
+  value =
+      (word & 0x7Fu) | (word >> 1 & 0x3F80u) | (word >> 2 & 0x1FC000u) | (word >> 3 & 0xFE00000u);
+  return next;
 }
 
 inline unsigned char* PutDouble(unsigned char* at, double value) {

@@ -98,6 +98,14 @@ public:
   }
 
   std::uint64_t Varint() {
+    std::uint64_t value = 0;
+    if (Remaining() >= sizeof(std::uint32_t)) {
+      const unsigned char* const next = gsl_records::GetUsualVarint(m_at, value);
+      if (next != nullptr) {
+        m_at = next;
+        return value;
+      }
+    }
     const std::uint64_t first = Byte();
     return first < 0x80u ? first : RestOfVarint(first & 0x7Fu);
   }

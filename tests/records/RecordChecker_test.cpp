@@ -1,9 +1,12 @@
+#include "RandomNumbers.h"
 #include "RawRecords.h"
 #include "gsl_RecordError.h"
 #include "gsl_RecordStore.h"
 
 #include <gtest/gtest.h>
 
+#include <iterator>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -33,6 +36,40 @@ Bytes BodyWith(const std::vector<gsl_RecordKind>& kinds, std::uint32_t collectio
   body.insert(body.end(), roots.begin(), roots.end());
   body.insert(body.end(), record.begin(), record.end());
   return body;
+}
+
+/// The same body with records of zeros after the record, each of which is a root.
+Bytes BodyFarFromEnd(const std::vector<gsl_RecordKind>& kinds, std::uint32_t collection,
+                     const Bytes& record) {
+  constexpr unsigned char kFollowing = 100;
+  Bytes body = BodyWith(kinds, collection, {});
+  body.resize(body.size() - 4);
+  body.push_back(kFollowing + 1);
+  for (unsigned char i = 0; i <= kFollowing; ++i) {
+    body.push_back(0);
+    body.push_back(i);
+  }
+  body.push_back(kFollowing + 1);
+  body.insert(body.end(), record.begin(), record.end());
+  for (unsigned char i = 0; i < kFollowing; ++i) {
+    body.resize(body.size() + 2, 0);
+    for (const gsl_RecordKind kind : kinds)
+      body.resize(body.size() + (kind == gsl_RecordKind::Double ? 8 : 1), 0);
+    if (collection == 1) body.push_back(0xFF);
+    if (collection == 57) body.push_back(0);
+    if (collection == 82) body.resize(body.size() + 2, 0);
+  }
+  return body;
+}
+
+/// Bytes of which many are parts of numbers, so that a record of them is often nearly right.
+Bytes NearlyRecord(SplitMix& random) {
+  constexpr unsigned char kBytes[] = {0, 0, 0, 1, 1, 2, 5, 0x0F, 0x10, 0x7F, 0x80, 0x81, 0xFF};
+  Bytes record = {0, static_cast<unsigned char>(random() % 2)};
+  const std::size_t size = 2 + random() % 24;
+  while (record.size() < size)
+    record.push_back(kBytes[random() % sizeof kBytes]);
+  return record;
 }
 
 std::string ErrorOf(const Bytes& body) {
@@ -100,4 +137,51 @@ TEST(RecordChecker, ElementsFollowTheFieldsOfEveryCollection) {
   EXPECT_EQ(ErrorOf(BodyWith({kBoolean}, 1, {0, 0, 1, 2, 1})), "The bytes end inside a record");
   EXPECT_EQ(ErrorOf(BodyWith({kBoolean}, 1, {0, 0, 1, 6, 1, 0xFF})),
             "A field in the bytes is of an unknown kind");
+}
+
+TEST(RecordChecker, RefusesTheSameNearTheEndAndFarFromIt) {
+  // A record that is far from the end is read without a look at the end.
+  constexpr std::uint64_t kSeed = 20261124;
+  SCOPED_TRACE(kSeed);
+  SplitMix random(kSeed);
+  constexpr gsl_RecordKind kKinds[] = {
+      kDouble, kBoolean, kInteger, kInteger, kString, gsl_RecordKind::Record, gsl_RecordKind::Null};
+  constexpr std::uint32_t kCollections[] = {0, 0, 1, 57, 82};
+  std::map<std::string, int> found;
+  for (int round = 0; round < 60000; ++round) {
+    std::vector<gsl_RecordKind> kinds(random() % 5);
+    for (gsl_RecordKind& kind : kinds)
+      kind = kKinds[random() % std::size(kKinds)];
+    const std::uint32_t collection = kCollections[random() % std::size(kCollections)];
+    const Bytes record = NearlyRecord(random);
+    const std::string near = ErrorOf(BodyWith(kinds, collection, record));
+    // A record that does not end where it should goes on in the next one.
+    if (near == "The bytes end inside a record" || near == "Bytes follow the last record" ||
+        near == "The bytes announce more than they hold") {
+      continue;
+    }
+    ASSERT_EQ(ErrorOf(BodyFarFromEnd(kinds, collection, record)), near) << round;
+    ++found[near];
+  }
+  EXPECT_EQ(found.size(), 8u);
+  EXPECT_GE(found[""], 500);
+}
+
+TEST(RecordChecker, LongNumbersFarFromTheEndHaveTheirLimits) {
+  const auto farError = [](const std::vector<gsl_RecordKind>& kinds, const Bytes& record) {
+    return ErrorOf(BodyFarFromEnd(kinds, 0, record));
+  };
+  EXPECT_EQ(farError({kInteger}, {0, 1, 5, 0xFF, 0xFF, 0xFF, 0xFF, 0x0F}), "");
+  EXPECT_EQ(farError({kInteger}, {0, 1, 5, 0x80, 0x80, 0x80, 0x80, 0x10}),
+            "A number in the bytes is too large");
+  EXPECT_EQ(farError({kInteger}, {0, 1, 5, 0x80, 0x80, 0x80, 0x00}),
+            "A number in the bytes takes more bytes than it needs");
+  Bytes serial = {0, 1};
+  serial.resize(11, 0xFF);
+  serial.push_back(0x01);
+  EXPECT_EQ(farError({}, serial), "");
+  serial.back() = 0x02;
+  EXPECT_EQ(farError({}, serial), "A number in the bytes is too long");
+  EXPECT_EQ(farError({}, {0, 1, 0x80, 0x00}),
+            "A number in the bytes takes more bytes than it needs");
 }

@@ -40,3 +40,21 @@ TEST(RecordOffsets, TruncatedNumbersMayBeAppendedAgain) {
   offsets.Truncate(0);
   EXPECT_EQ(offsets.Size(), 0u);
 }
+
+TEST(RecordOffsets, NumbersMayBeWrittenWhereTheyGo) {
+  RecordOffsets offsets;
+  offsets.MakeRoom(4, 0x100000000u);
+  offsets.Append(3);
+  EXPECT_EQ(offsets.ShortRoom(2, 0x100000000u), nullptr);
+  std::uint32_t* const room = offsets.ShortRoom(2, 0xFFFFFFFFu);
+  ASSERT_NE(room, nullptr);
+  room[0] = 7;
+  room[1] = 0xFFFFFFFFu;
+  offsets.AppendFilled(2);
+  ASSERT_EQ(offsets.Size(), 3u);
+  EXPECT_EQ(offsets[0], 3u);
+  EXPECT_EQ(offsets[1], 7u);
+  EXPECT_EQ(offsets[2], 0xFFFFFFFFu);
+  offsets.Append(0x100000000u);
+  EXPECT_EQ(offsets.ShortRoom(1, 8), nullptr);
+}
