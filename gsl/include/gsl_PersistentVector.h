@@ -8,6 +8,9 @@ class cls_ClassRegistrar;
 class cls_ReadVisitor;
 class cls_WriteVisitor;
 
+template <class>
+struct gsl_RecordLayout;
+
 /// A vector with a persistent identity, for entities that store one. A copy keeps the identity.
 class GSL_API gsl_PersistentVector {
 public:
@@ -30,6 +33,8 @@ public:
   static constexpr unsigned int TypeId() { return 0x030A0003u; }
 
 private:
+  friend struct gsl_RecordLayout<gsl_PersistentVector>;
+
   gsl_Vector m_vector;
   cls_Uid m_uid;
 };

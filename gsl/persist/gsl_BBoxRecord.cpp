@@ -1,5 +1,5 @@
 #include "gsl_BBox.h"
-#include "gsl_RecordLayout.h"
+#include "gsl_PointLayout.h"
 
 template <>
 struct gsl_RecordLayout<gsl_BBox> {

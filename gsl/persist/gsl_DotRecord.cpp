@@ -1,6 +1,6 @@
 #include "gsl_Dot.h"
 #include "gsl_InheritanceCheck.h"
-#include "gsl_RecordLayout.h"
+#include "gsl_PointLayout.h"
 
 // missing-entity-id-is-zero: the field takes the default of its kind, not the -1 of a new point.
 template <>
@@ -15,8 +15,7 @@ struct gsl_RecordLayout<gsl_Dot> {
 
 template class cls_TypeAdapter<gsl_Dot>;
 
-gsl_Dot::gsl_Dot(const cls_ReadVisitor& visitor) : gsl_Dot() {
-  m_uid = visitor.GetUid();
+gsl_Dot::gsl_Dot(const cls_ReadVisitor& visitor) : m_uid(visitor.GetUid()) {
   gsl_ReadRecord<gsl_Dot>(visitor, *this);
 }
 

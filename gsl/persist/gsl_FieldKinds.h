@@ -15,7 +15,8 @@
 #include <vector>
 
 /// How a member of type T is registered, written and read. A missing field reads as the default of
-/// its kind: 0, 0.0, false, an empty text, a record without fields.
+/// its kind: 0, 0.0, false, an empty text, a record without fields. The member to be read has a
+/// value, of which nothing is left; after an exception it may be read in part.
 
 struct gsl_Attribute {
   cls_AttributeType type;
@@ -25,17 +26,20 @@ struct gsl_Attribute {
 
 /// An object writes itself through DBWrite. Its constructor reads it, and refuses a record of
 /// another class.
-template <class T, class = void>
-struct gsl_FieldKind {
+template <class T>
+struct gsl_ObjectKind {
   static constexpr gsl_Attribute kAttribute = {cls_ObjectAttribute, T::TypeId(), cls_NoCollection};
 
   static void Write(const cls_WriteVisitor& visitor, const cls_FieldHandle& field, const T& value) {
     value.DBWrite(cls_WriteVisitor(visitor, field));
   }
-  static T Read(const cls_ReadVisitor& visitor, const cls_FieldHandle& field) {
-    return T(cls_ReadVisitor(visitor, field));
+  static void Read(const cls_ReadVisitor& visitor, const cls_FieldHandle& field, T& value) {
+    value = T(cls_ReadVisitor(visitor, field));
   }
 };
+
+template <class T, class = void>
+struct gsl_FieldKind : gsl_ObjectKind<T> {};
 
 template <class T>
 struct gsl_CollectionKind {
@@ -45,8 +49,8 @@ struct gsl_CollectionKind {
   static void Write(const cls_WriteVisitor& visitor, const cls_FieldHandle& field, const T& value) {
     value.DBWrite(cls_WriteVisitor(visitor, field));
   }
-  static T Read(const cls_ReadVisitor& visitor, const cls_FieldHandle& field) {
-    return T(cls_ReadVisitor(visitor, field));
+  static void Read(const cls_ReadVisitor& visitor, const cls_FieldHandle& field, T& value) {
+    value = T(cls_ReadVisitor(visitor, field));
   }
 };
 
@@ -69,10 +73,9 @@ struct gsl_FieldKind<cow_COW<T, Cloner>> {
       holder->DBWrite(cls_WriteVisitor(visitor, field, holder));
     }
   }
-  static cow_COW<T, Cloner> Read(const cls_ReadVisitor& visitor, const cls_FieldHandle& field) {
-    cow_COW<T, Cloner> holder;
+  static void Read(const cls_ReadVisitor& visitor, const cls_FieldHandle& field,
+                   cow_COW<T, Cloner>& holder) {
     visitor.ReadObject(field, holder);
-    return holder;
   }
 };
 
@@ -83,8 +86,8 @@ struct gsl_FieldKind<int> {
   static void Write(const cls_WriteVisitor& visitor, const cls_FieldHandle& field, int value) {
     visitor.WriteInteger(field, value);
   }
-  static int Read(const cls_ReadVisitor& visitor, const cls_FieldHandle& field) {
-    return visitor.ReadInteger(field, 0);
+  static void Read(const cls_ReadVisitor& visitor, const cls_FieldHandle& field, int& value) {
+    value = visitor.ReadInteger(field, 0);
   }
 };
 
@@ -95,8 +98,8 @@ struct gsl_FieldKind<double> {
   static void Write(const cls_WriteVisitor& visitor, const cls_FieldHandle& field, double value) {
     visitor.WriteDouble(field, value);
   }
-  static double Read(const cls_ReadVisitor& visitor, const cls_FieldHandle& field) {
-    return visitor.ReadDouble(field, 0.0);
+  static void Read(const cls_ReadVisitor& visitor, const cls_FieldHandle& field, double& value) {
+    value = visitor.ReadDouble(field, 0.0);
   }
 };
 
@@ -107,8 +110,8 @@ struct gsl_FieldKind<bool> {
   static void Write(const cls_WriteVisitor& visitor, const cls_FieldHandle& field, bool value) {
     visitor.WriteBoolean(field, value);
   }
-  static bool Read(const cls_ReadVisitor& visitor, const cls_FieldHandle& field) {
-    return visitor.ReadBoolean(field, false);
+  static void Read(const cls_ReadVisitor& visitor, const cls_FieldHandle& field, bool& value) {
+    value = visitor.ReadBoolean(field, false);
   }
 };
 
@@ -169,12 +172,11 @@ struct gsl_FieldKind<E, std::enable_if_t<std::is_enum_v<E>>> {
     // The primitive refuses the value.
     visitor.WriteString(field, omu_PrimEnum<E, 1>(value).AsString());
   }
-  static E Read(const cls_ReadVisitor& visitor, const cls_FieldHandle& field) {
+  static void Read(const cls_ReadVisitor& visitor, const cls_FieldHandle& field, E& value) {
     const cow_String name = visitor.ReadString(field, cow_String());
-    const E* const value = gsl_EnumNames<E>::All().ValueOf({name.CStr(), name.Length()});
-    if (value != nullptr) return *value;
+    const E* const known = gsl_EnumNames<E>::All().ValueOf({name.CStr(), name.Length()});
     // The primitive refuses the name. An empty name is not valid, so a missing field throws.
-    return static_cast<E>(omu_PrimEnum<E, 1>(name).GetValue());
+    value = known != nullptr ? *known : static_cast<E>(omu_PrimEnum<E, 1>(name).GetValue());
   }
 };
 

@@ -1,6 +1,7 @@
 #include "gsl_InheritanceCheck.h"
+#include "gsl_PersistentVectorLayout.h"
 #include "gsl_Plane.h"
-#include "gsl_RecordLayout.h"
+#include "gsl_PointLayout.h"
 
 template <>
 struct gsl_RecordLayout<gsl_Plane> {
@@ -17,9 +18,8 @@ struct gsl_RecordLayout<gsl_Plane> {
 
 template class cls_TypeAdapter<gsl_Plane>;
 
-gsl_Plane::gsl_Plane(const cls_ReadVisitor& visitor) : gsl_Plane() {
+gsl_Plane::gsl_Plane(const cls_ReadVisitor& visitor) : m_uid(visitor.GetUid()) {
   gsl_ReadRecord<gsl_Plane>(visitor, *this);
-  m_uid = visitor.GetUid();
 }
 
 void gsl_Plane::DBWrite(const cls_WriteVisitor& visitor) const {

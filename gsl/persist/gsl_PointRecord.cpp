@@ -1,14 +1,4 @@
-#include "gsl_Point.h"
-#include "gsl_RecordLayout.h"
-
-template <>
-struct gsl_RecordLayout<gsl_Point> {
-  using Stored = gsl_Point;
-  static constexpr gsl_RecordAdapter kAdapter = {"gsl_Point", 203, true};
-  static constexpr std::tuple kFields = {gsl_Field(-1, "_x", &gsl_Point::x),
-                                         gsl_Field(-1, "_y", &gsl_Point::y),
-                                         gsl_Field(-1, "_z", &gsl_Point::z)};
-};
+#include "gsl_PointLayout.h"
 
 template class cls_TypeAdapter<gsl_Point>;
 

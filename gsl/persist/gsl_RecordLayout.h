@@ -62,7 +62,7 @@ void gsl_ReadRecord(const cls_ReadVisitor& visitor, typename gsl_RecordLayout<C>
   visitor.CheckTypeId(C::TypeId());
   const auto read = [&](const auto& field) {
     using Member = std::decay_t<decltype(stored.*field.member)>;
-    stored.*field.member = gsl_FieldKind<Member>::Read(visitor, field.handle);
+    gsl_FieldKind<Member>::Read(visitor, field.handle, stored.*field.member);
   };
   std::apply([&](const auto&... field) { (read(field), ...); }, gsl_RecordLayout<C>::kFields);
 }

@@ -1,4 +1,4 @@
-#include "gsl_RecordLayout.h"
+#include "gsl_PointLayout.h"
 #include "gsl_Segment.h"
 
 template <>

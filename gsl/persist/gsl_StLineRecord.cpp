@@ -1,5 +1,6 @@
 #include "gsl_InheritanceCheck.h"
-#include "gsl_RecordLayout.h"
+#include "gsl_PersistentVectorLayout.h"
+#include "gsl_PointLayout.h"
 #include "gsl_StLine.h"
 
 template <>
@@ -17,9 +18,8 @@ struct gsl_RecordLayout<gsl_StLine> {
 
 template class cls_TypeAdapter<gsl_StLine>;
 
-gsl_StLine::gsl_StLine(const cls_ReadVisitor& visitor) : gsl_StLine() {
+gsl_StLine::gsl_StLine(const cls_ReadVisitor& visitor) : m_uid(visitor.GetUid()) {
   gsl_ReadRecord<gsl_StLine>(visitor, *this);
-  m_uid = visitor.GetUid();
 }
 
 void gsl_StLine::DBWrite(const cls_WriteVisitor& visitor) const {
