@@ -87,6 +87,10 @@ private:
 
   void Hold(std::uint64_t record);
   std::uint8_t PlacesToKeep();
+  std::uint8_t ShapeToKeep() const {
+    constexpr std::uint8_t kOther = gsl_RecordStore::Data::kOtherShape;
+    return m_shape < kOther ? static_cast<std::uint8_t>(m_shape) : kOther;
+  }
   std::uint64_t PlacesOf(std::size_t record) const {
     return m_places[record] != kMany ? m_places[record] : ManyPlacesOf(record);
   }
@@ -113,6 +117,7 @@ private:
   std::vector<Step> m_steps;
   std::vector<std::uint32_t> m_firstSteps;
   std::size_t m_record = 0;
+  std::uint64_t m_shape = 0; ///< of that record
   /// How many records there are within a record, itself included, counted at every place.
   std::uint64_t m_inside = 0;
   gsl_records::PlainBuffer<std::uint8_t> m_places; ///< of each record, kMany for many

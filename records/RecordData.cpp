@@ -403,7 +403,7 @@ const unsigned char* gsl_RecordStore::Data::ElementsOf(Number record) const {
 std::size_t gsl_RecordStore::Data::MemoryUse() const {
   std::size_t sum = bytes.BytesHeld() + offsets.BytesHeld() + anonymous.BytesHeld() +
                     placesWithin.BytesHeld() + identified.BytesHeld() + texts.BytesHeld() +
-                    prefixes.BytesHeld() + shapes.BytesHeld();
+                    prefixes.BytesHeld() + shapes.BytesHeld() + readShapes.BytesHeld();
   sum += serials.BytesHeld() + roots.BytesHeld() + savepoints.capacity() * sizeof(Savepoint) +
          objects.capacity() * sizeof(Object) + classes.size() * sizeof(Class) +
          frames.capacity() * sizeof(Frame);

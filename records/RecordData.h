@@ -163,6 +163,9 @@ struct GSL_RECORDS_HIDDEN gsl_RecordStore::Data {
 
   // Reading.
   const gsl_records::Shape& ShapeOf(Number record) const {
+    if (record < readShapes.Size() && readShapes[record] != kOtherShape) {
+      return shapes.Shapes()[readShapes[record]];
+    }
     std::uint64_t shape = 0;
     gsl_records::GetVarint(bytes.Begin() + offsets[record], shape);
     return shapes.Shapes()[static_cast<std::size_t>(shape)];
@@ -178,6 +181,9 @@ struct GSL_RECORDS_HIDDEN gsl_RecordStore::Data {
   /// The records are at the offsets; after the last record there is its end.
   ByteBuffer bytes;
   gsl_records::RecordOffsets offsets;
+  /// The shape of each record that was read from bytes, which are not fetched to look at it.
+  static constexpr std::uint8_t kOtherShape = 0xFF;
+  gsl_records::PlainBuffer<std::uint8_t> readShapes;
   gsl_records::RecordRoots roots;
   std::vector<Savepoint> savepoints;
   /// Owns the names.

@@ -110,6 +110,18 @@ public:
     return first < 0x80u ? first : RestOfVarint(first & 0x7Fu);
   }
 
+  /// Takes a root without a name, in few steps, where its number takes at most four bytes.
+  [[nodiscard]] bool UsualRoot(std::uint32_t& record) {
+    constexpr std::size_t kMostBytes = 1 + sizeof(std::uint32_t);
+    if (Remaining() < kMostBytes || *m_at != 0) return false;
+    std::uint64_t value = 0;
+    const unsigned char* const next = gsl_records::GetUsualVarint(m_at + 1, value);
+    if (next == nullptr) return false;
+    m_at = next;
+    record = static_cast<std::uint32_t>(value);
+    return true;
+  }
+
   std::uint32_t Varint32() {
     const std::uint64_t value = Varint();
     if (value > 0xFFFFFFFFu) Refuse("A number in the bytes is too large");
@@ -275,6 +287,11 @@ private:
     const std::size_t count = m_in.Count(2);
     m_data.roots.MakeRoom(count);
     for (std::size_t i = 0; i < count; ++i) {
+      std::uint32_t record = 0;
+      if (m_in.UsualRoot(record)) {
+        m_data.roots.AddRead(record);
+        continue;
+      }
       const std::string_view name = m_in.Text();
       const std::string* kept = nullptr;
       if (!name.empty()) {
