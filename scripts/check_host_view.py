@@ -8,6 +8,7 @@ usage: check_host_view.py [--write] [ROOT [LIBRARY]]
   that they use is listed. So is every member of the host that they name, unless the library has that name itself.
 - Every listed name is declared by the stand-in and by the second host of the tests, and a case of the conformance suite
   tests it.
+- A section that ends in "optional" lists a header that a host may leave out. The second host leaves it out.
 - The headers of the second host declare nothing else, apart from names that begin with xh_. The library is built over
   these headers, so that nothing is missing in the list.
 - Every symbol of the host that LIBRARY needs is listed, is private to the host's headers, or is virtual.
@@ -49,22 +50,22 @@ def split_name(name):
 
 
 class Row:
-    def __init__(self, header, line):
-        self.header = header
+    def __init__(self, header, line, is_optional=False):
+        self.header, self.is_optional = header, is_optional
         self.name, self.meaning, self.cases = [part.strip() for part in line.split(" | ")]
         self.owner, self.last = split_name(self.name)
 
 
 def rows_of(text):
-    rows, header = [], None
+    rows, header, is_optional = [], None, False
     for line in text.splitlines():
         if line.startswith("#") or not line.strip():
             continue
-        begins = re.fullmatch(r"\[(\w+\.h)\]", line)
+        begins = re.fullmatch(r"\[(\w+\.h)\]( optional)?", line)
         if begins:
-            header = begins.group(1)
+            header, is_optional = begins.group(1), begins.group(2) is not None
         else:
-            rows.append(Row(header, line))
+            rows.append(Row(header, line, is_optional))
     return rows
 
 
@@ -177,13 +178,15 @@ def without_template(head):
 
 def table(rows):
     """Yields the lines of the list in docs/host.md."""
-    yield f"The list has {len(rows)} names in {len({row.header for row in rows})} headers. The last column names cases of the"
+    needed = [row for row in rows if not row.is_optional]
+    yield f"The list has {len(needed)} names in {len({row.header for row in needed})} headers. The last column names cases of the"
     yield f"conformance suite, or says `{COMPILED}` where no case of its own tests the name."
     header = None
     for row in rows:
         if row.header != header:
             header = row.header
-            yield from ("", f"**`{header}`**", "", "| name | meaning | tested by |", "|---|---|---|")
+            note = ", which a host may leave out" if row.is_optional else ""
+            yield from ("", f"**`{header}`**{note}", "", "| name | meaning | tested by |", "|---|---|---|")
         name = row.name.replace("|", "\\|")
         cases = ", ".join(f"`{case}`" for case in row.cases.split())
         yield f"| `{name}` | {row.meaning} | {cases} |"
@@ -253,7 +256,9 @@ def host_problems(root, rows):
             text = second.read_text()
             included = [root / SECOND / name for name in re.findall(r'#include "(xh_\w+\.h|nex_\w+\.h)"', text)]
             texts.append(("the second host", text + "".join(path.read_text() for path in included)))
-        if len(texts) != 2:
+        if row.is_optional and second.exists():
+            yield f"{TABLE}: the second host has {row.header}, which the library must do without"
+        elif len(texts) != (1 if row.is_optional else 2):
             yield f"{TABLE}: a host has no header {row.header}"
         for host, text in texts:
             for word in (row.owner, row.last):

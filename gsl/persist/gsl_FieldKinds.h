@@ -16,7 +16,8 @@
 
 /// How a member of type T is registered, written and read. A missing field reads as the default of
 /// its kind: 0, 0.0, false, an empty text, a record without fields. The member to be read has a
-/// value, of which nothing is left; after an exception it may be read in part.
+/// value, of which nothing is left; after an exception it may be read in part. Take reads it from a
+/// run of the host, where kInRuns says that it can be in one.
 
 struct gsl_Attribute {
   cls_AttributeType type;
@@ -36,6 +37,11 @@ struct gsl_ObjectKind {
   static void Read(const cls_ReadVisitor& visitor, const cls_FieldHandle& field, T& value) {
     value = T(cls_ReadVisitor(visitor, field));
   }
+  static constexpr bool kInRuns = true;
+  template <class Run>
+  static void Take(Run& run, const cls_FieldHandle& field, T& value) {
+    run.TakeObject([&](const cls_ReadVisitor& visitor) { Read(visitor, field, value); });
+  }
 };
 
 template <class T, class = void>
@@ -51,6 +57,11 @@ struct gsl_CollectionKind {
   }
   static void Read(const cls_ReadVisitor& visitor, const cls_FieldHandle& field, T& value) {
     value = T(cls_ReadVisitor(visitor, field));
+  }
+  static constexpr bool kInRuns = true;
+  template <class Run>
+  static void Take(Run& run, const cls_FieldHandle& field, T& value) {
+    run.TakeObject([&](const cls_ReadVisitor& visitor) { Read(visitor, field, value); });
   }
 };
 
@@ -77,6 +88,8 @@ struct gsl_FieldKind<cow_COW<T, Cloner>> {
                    cow_COW<T, Cloner>& holder) {
     visitor.ReadObject(field, holder);
   }
+  // A run has no shared objects.
+  static constexpr bool kInRuns = false;
 };
 
 template <>
@@ -88,6 +101,11 @@ struct gsl_FieldKind<int> {
   }
   static void Read(const cls_ReadVisitor& visitor, const cls_FieldHandle& field, int& value) {
     value = visitor.ReadInteger(field, 0);
+  }
+  static constexpr bool kInRuns = true;
+  template <class Run>
+  static void Take(Run& run, const cls_FieldHandle&, int& value) {
+    value = run.TakeInteger();
   }
 };
 
@@ -101,6 +119,11 @@ struct gsl_FieldKind<double> {
   static void Read(const cls_ReadVisitor& visitor, const cls_FieldHandle& field, double& value) {
     value = visitor.ReadDouble(field, 0.0);
   }
+  static constexpr bool kInRuns = true;
+  template <class Run>
+  static void Take(Run& run, const cls_FieldHandle&, double& value) {
+    value = run.TakeDouble();
+  }
 };
 
 template <>
@@ -112,6 +135,11 @@ struct gsl_FieldKind<bool> {
   }
   static void Read(const cls_ReadVisitor& visitor, const cls_FieldHandle& field, bool& value) {
     value = visitor.ReadBoolean(field, false);
+  }
+  static constexpr bool kInRuns = true;
+  template <class Run>
+  static void Take(Run& run, const cls_FieldHandle&, bool& value) {
+    value = run.TakeBoolean();
   }
 };
 
@@ -173,10 +201,20 @@ struct gsl_FieldKind<E, std::enable_if_t<std::is_enum_v<E>>> {
     visitor.WriteString(field, omu_PrimEnum<E, 1>(value).AsString());
   }
   static void Read(const cls_ReadVisitor& visitor, const cls_FieldHandle& field, E& value) {
-    const cow_String name = visitor.ReadString(field, cow_String());
+    value = ValueOf(visitor.ReadString(field, cow_String()));
+  }
+  static constexpr bool kInRuns = true;
+  template <class Run>
+  static void Take(Run& run, const cls_FieldHandle&, E& value) {
+    const auto valueOf = [](const cow_String& name) { return static_cast<int>(ValueOf(name)); };
+    value = static_cast<E>(run.TakeNamed(&gsl_EnumNames<E>::All(), valueOf));
+  }
+
+private:
+  static E ValueOf(const cow_String& name) {
     const E* const known = gsl_EnumNames<E>::All().ValueOf({name.CStr(), name.Length()});
     // The primitive refuses the name. An empty name is not valid, so a missing field throws.
-    value = known != nullptr ? *known : static_cast<E>(omu_PrimEnum<E, 1>(name).GetValue());
+    return known != nullptr ? *known : static_cast<E>(omu_PrimEnum<E, 1>(name).GetValue());
   }
 };
 

@@ -19,6 +19,10 @@ struct gsl_RecordLayout<gsl_PersistentVector> {
     vector.m_uid = visitor.GetUid();
     gsl_ReadRecord<gsl_PersistentVector>(visitor, vector.m_vector);
   }
+  template <class Run, class ReadOther>
+  static void Take(Run& run, gsl_PersistentVector& vector, const ReadOther& read) {
+    gsl_TakeObject<gsl_PersistentVector>(run, vector.m_uid, vector.m_vector, read);
+  }
 };
 
 /// A vector is read where it is, as a point is.
@@ -27,6 +31,11 @@ struct gsl_FieldKind<gsl_PersistentVector> : gsl_ObjectKind<gsl_PersistentVector
   static void Read(const cls_ReadVisitor& visitor, const cls_FieldHandle& field,
                    gsl_PersistentVector& value) {
     gsl_RecordLayout<gsl_PersistentVector>::Read(cls_ReadVisitor(visitor, field), value);
+  }
+  template <class Run>
+  static void Take(Run& run, const cls_FieldHandle& field, gsl_PersistentVector& value) {
+    gsl_RecordLayout<gsl_PersistentVector>::Take(
+        run, value, [&](const cls_ReadVisitor& visitor) { Read(visitor, field, value); });
   }
 };
 

@@ -6,6 +6,14 @@
 #include "cls_Uid.h"
 #include "gsl_FieldKinds.h"
 
+// A host may take the fields of a record in one run.
+#if __has_include("cls_ReadRun.h")
+#include "cls_ReadRun.h"
+#else
+class cls_ReadRun;
+#endif
+
+#include <array>
 #include <new>
 #include <tuple>
 #include <type_traits>
@@ -54,12 +62,76 @@ void gsl_WriteRecord(const cls_WriteVisitor& visitor, const cls_Uid& uid,
   gsl_WriteFields<C>(visitor, stored);
 }
 
+/// The fields of a layout as a run of the host takes them.
+template <class C, class Run>
+class gsl_RunLayout {
+  static constexpr std::size_t kCount = std::tuple_size_v<decltype(gsl_RecordLayout<C>::kFields)>;
+  using Rows = std::array<typename Run::Field, kCount>;
+
+  template <class Stored, class Member>
+  static constexpr typename Run::Field RowOf(const gsl_Field<Stored, Member>& field) {
+    return {field.handle.Name(), gsl_FieldKind<Member>::kAttribute.type};
+  }
+  static constexpr Rows kRows = std::apply(
+      [](const auto&... field) { return Rows{RowOf(field)...}; }, gsl_RecordLayout<C>::kFields);
+
+public:
+  static constexpr typename Run::Fields kFields = {kRows.data(), kCount};
+};
+
+/// Takes every field of `stored` from a run that fits.
+template <class C, class Run>
+void gsl_TakeFields(Run& run, typename gsl_RecordLayout<C>::Stored& stored) {
+  const auto take = [&](const auto& field) {
+    using Member = std::decay_t<decltype(stored.*field.member)>;
+    gsl_FieldKind<Member>::Take(run, field.handle, stored.*field.member);
+  };
+  std::apply([&](const auto&... field) { (take(field), ...); }, gsl_RecordLayout<C>::kFields);
+}
+
+/// Takes the field that holds an object of class C, of which `uid` and `stored` are parts. Where
+/// its record does not fit, `read` reads the object.
+template <class C, class Run, class Read>
+void gsl_TakeObject(Run& run, cls_Uid& uid, typename gsl_RecordLayout<C>::Stored& stored,
+                    const Read& read) {
+  Run own(run, C::TypeId(), gsl_RunLayout<C, Run>::kFields);
+  if (!own.Fits()) return run.TakeObject(read);
+  uid = own.GetUid();
+  gsl_TakeFields<C>(own, stored);
+  run.SkipObject();
+}
+
+/// Reads every field of `stored` in one run. Returns false, and reads nothing, where the host has
+/// no runs or the record does not fit.
+template <class C, class Run>
+[[nodiscard]] bool gsl_ReadInRun(const cls_ReadVisitor& visitor,
+                                 typename gsl_RecordLayout<C>::Stored& stored) {
+#if __has_include("cls_ReadRun.h")
+  Run run(visitor, gsl_RunLayout<C, Run>::kFields);
+  if (run.Fits()) gsl_TakeFields<C>(run, stored);
+  return run.Fits();
+#else
+  static_cast<void>(visitor);
+  static_cast<void>(stored);
+  return false;
+#endif
+}
+
+/// Whether each field of a layout can be in a run.
+template <class Stored, class... Members>
+constexpr bool gsl_AllInRuns(const std::tuple<gsl_Field<Stored, Members>...>&) {
+  return (gsl_FieldKind<Members>::kInRuns && ...);
+}
+
 /// Overwrites every field of `stored`; the caller reads the identity. Throws for a record of
 /// another class, whether it is a root or nested. A record of a derived class is read, and so is an
 /// absent record.
 template <class C>
 void gsl_ReadRecord(const cls_ReadVisitor& visitor, typename gsl_RecordLayout<C>::Stored& stored) {
   visitor.CheckTypeId(C::TypeId());
+  if constexpr (gsl_AllInRuns(gsl_RecordLayout<C>::kFields)) {
+    if (gsl_ReadInRun<C, cls_ReadRun>(visitor, stored)) return;
+  }
   const auto read = [&](const auto& field) {
     using Member = std::decay_t<decltype(stored.*field.member)>;
     gsl_FieldKind<Member>::Read(visitor, field.handle, stored.*field.member);

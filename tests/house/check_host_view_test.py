@@ -114,9 +114,15 @@ class Tree(unittest.TestCase):
         self.refuses("gsl/host/supplies.txt", "| uid_null uid_unique", "| uid_zero", "names the case uid_zero")
         self.refuses("tests/host_conformance/CMakeLists.txt", "uid_unique ", "", "does not run the case uid_unique")
 
+    def test_a_header_that_may_be_left_out_is_left_out_by_the_second_host(self):
+        self.refuses("gsl/host/supplies.txt", "[cls_ListReader.h]", "[cls_ListReader.h] optional", "must do without")
+        self.refuses("gsl/host/supplies.txt", "[cls_ReadRun.h] optional", "[cls_ReadRun.h]", "a host has no header")
+
     def test_rows_have_a_header(self):
         rows = rows_of("# a comment\n[cow_String.h]\ncow_String() | Makes it. | string\n")
         self.assertEqual([(row.header, row.last, row.cases) for row in rows], [("cow_String.h", "cow_String", "string")])
+        self.assertFalse(rows[0].is_optional)
+        self.assertTrue(rows_of("[cow_String.h] optional\ncow_String() | Makes it. | string\n")[0].is_optional)
 
 
 if __name__ == "__main__":

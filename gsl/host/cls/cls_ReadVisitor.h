@@ -21,6 +21,7 @@
 #include <vector>
 
 class cls_ListReader;
+class cls_ReadRun;
 class gsl_RecordReader;
 class gsl_RecordStore;
 struct gsl_RecordField;
@@ -41,6 +42,7 @@ public:
 
 private:
   friend class cls_ListReader;
+  friend class cls_ReadRun;
   friend class cls_ReadVisitor;
 
   /// What the records of one shape have in common.
@@ -48,6 +50,8 @@ private:
     unsigned int typeId;
     int collection;
     const cls_StoredFields::Slot* fields;
+    /// A list of cls_ReadRun that the records were found to begin with.
+    const void* run;
   };
   /// Where a store keeps its records, so that no field costs a call of the reader.
   struct Storage {
@@ -60,6 +64,9 @@ private:
   struct NumberedText {
     std::uint64_t number = ~std::uint64_t{0};
     cow_String text;
+    /// What the text is among those names.
+    const void* names = nullptr;
+    int value = 0;
   };
 
   /// Returns the text. Short texts that were asked for recently share one buffer.
@@ -176,6 +183,7 @@ public:
 
 private:
   friend class cls_ListReader;
+  friend class cls_ReadRun;
 
   static constexpr std::uint32_t kNoRecord = 0xFFFFFFFFu;
   /// In place of the number of an object: a record that no other field refers to.
@@ -202,7 +210,8 @@ private:
     std::uint64_t number = 0;
     const unsigned char* at = storage.bytes + storage.offsets[record];
     at = cls_StoredFields::NumberAt(at, number);
-    const cls_Load::Shape& shape = m_load.m_shapes[static_cast<std::size_t>(number)];
+    cls_Load::Shape& shape = m_load.m_shapes[static_cast<std::size_t>(number)];
+    m_shape = &shape;
     m_typeId = shape.typeId;
     m_collection = shape.collection;
     at = cls_StoredFields::NumberAt(at, number);
@@ -268,6 +277,8 @@ private:
   unsigned int m_typeId = 0;
   int m_collection = cls_NoCollection;
   cls_Uid m_uid;
+  /// Of a record of the storage.
+  cls_Load::Shape* m_shape = nullptr;
   Place m_foundAt;
   /// The fields as the storage has them, as long as they are read in write order.
   mutable cls_StoredFields m_stored;

@@ -29,6 +29,14 @@ public:
   [[nodiscard]] bool IsThere() const { return m_first != nullptr; }
   /// Returns whether the record has no field, so that its elements begin where its values do.
   [[nodiscard]] bool HasElementsOnly() const { return m_first != nullptr && m_first->kind == None; }
+  /// Returns whether no field was taken of a record that is there.
+  [[nodiscard]] bool IsAtFirst() const { return m_first != nullptr && m_next == m_first; }
+  /// Goes on after that many fields, whose values end there. Does nothing without a record.
+  void MoveTo(std::size_t count, const unsigned char* at) {
+    if (m_first == nullptr) return;
+    m_next = m_first + count;
+    m_at = at;
+  }
   /// Returns the number of fields that were taken.
   std::size_t Taken() const { return static_cast<std::size_t>(m_next - m_first); }
   /// Returns where the next value or the elements begin.
@@ -57,19 +65,24 @@ public:
     return value;
   }
   /// Takes the next field, an integer.
-  int TakeInteger() {
-    const std::uint64_t bits = TakeNumber();
-    return static_cast<int>(static_cast<std::uint32_t>((bits >> 1) ^ (0 - (bits & 1u))));
-  }
+  int TakeInteger() { return IntegerOf(TakeNumber()); }
   /// Takes the next field, and returns the number of its text or of its record.
   std::uint32_t TakeLink() { return static_cast<std::uint32_t>(TakeNumber()); }
 
   /// Reads a number in groups of seven bits. Returns where it ends.
   static const unsigned char* NumberAt(const unsigned char* at, std::uint64_t& number) {
-    number = *at & 0x7Fu;
-    for (unsigned int shift = 7; *at++ >= 0x80u; shift += 7)
-      number |= static_cast<std::uint64_t>(*at & 0x7Fu) << shift;
-    return at;
+    number = at[0];
+    if (at[0] < 0x80u) return at + 1;
+    for (unsigned int i = 1; i < kUsual; ++i) {
+      // What marked the byte before goes.
+      number += (std::uint64_t{at[i]} - 1) << (7 * i);
+      if (at[i] < 0x80u) return at + i + 1;
+    }
+    return LongNumberAt(at + kUsual, number);
+  }
+  /// Returns the integer that a number stores.
+  static int IntegerOf(std::uint64_t bits) {
+    return static_cast<int>(static_cast<std::uint32_t>((bits >> 1) ^ (0 - (bits & 1u))));
   }
   /// Reads a double, whose lowest byte comes first.
   static double DoubleAt(const unsigned char* at) {
@@ -92,6 +105,17 @@ private:
   void MoveOn(const unsigned char* at) {
     m_at = at;
     ++m_next;
+  }
+
+  /// Few numbers take more bytes.
+  static constexpr unsigned int kUsual = 5;
+
+  /// Reads the rest of a number.
+  static const unsigned char* LongNumberAt(const unsigned char* at, std::uint64_t& number) {
+    for (unsigned int shift = 7 * kUsual;; shift += 7) {
+      number += (std::uint64_t{*at} - 1) << shift;
+      if (*at++ < 0x80u) return at;
+    }
   }
 
   static constexpr Slot kNothing = {"", 0, None};

@@ -1,5 +1,8 @@
 #include "gsl_RecordLayout.h"
 
+#include "ForwardingReader.h"
+#include "RandomNumbers.h"
+#include "RawRecords.h"
 #include "Records.h"
 #include "cls_MetadataRegistrar.h"
 #include "cls_RecordException.h"
@@ -13,6 +16,7 @@
 #include "gsl_Point.h"
 #include "gsl_Segment.h"
 #include "gsl_StLine.h"
+#include "nex_Exception.h"
 #include "omu_xoObjVarray.h"
 
 #include <gtest/gtest.h>
@@ -20,6 +24,8 @@
 #include <fstream>
 #include <functional>
 #include <iterator>
+#include <string>
+#include <utility>
 #include <vector>
 
 // These tables of the records are typed by hand and independent of the tables of the library. The
@@ -556,4 +562,81 @@ TEST(GslRecordLayout, EveryRecordReadsBackByteForByte) {
     const gsl_RecordStore store = c.sample();
     EXPECT_EQ(c.readAndWrite(store).ToBytes(), store.ToBytes()) << c.typeId;
   }
+}
+
+namespace {
+
+/// Changes a field as another version of a class might, or as nobody would.
+void ChangeSomething(SplitMix& random, RawRecords& records) {
+  RawRecord& record = records[random() % records.size()];
+  const std::uint64_t what = random() % 8;
+  if (what == 0) record.typeId = records[random() % records.size()].typeId;
+  if (what == 1) record.serial = random() >> (random() % 64);
+  if (record.fields.empty()) return;
+  RawField& field = record.fields[random() % record.fields.size()];
+  RawField& other = record.fields[random() % record.fields.size()];
+  if (what == 2) std::swap(field, other);
+  if (what == 3) field.name = other.name;
+  if (what == 4) field.name += 'x';
+  if (what == 5 && field.kind == gsl_RecordKind::String) field.text = "unknown";
+  if (what == 6 && field.kind == gsl_RecordKind::Integer) field.kind = gsl_RecordKind::Double;
+  if (what == 7 && field.kind == gsl_RecordKind::Integer) {
+    field.integer = static_cast<int>(random() >> (random() % 63));
+  }
+}
+
+/// What reading makes of the first root: the bytes of the object's record, or the error.
+template <class C>
+std::string OutcomeOf(const gsl_RecordReader& reader) {
+  cls_Load load(reader);
+  try {
+    const C object{cls_ReadVisitor(load, 0)};
+    const std::vector<unsigned char> bytes = Written(object).ToBytes();
+    return std::string(bytes.begin(), bytes.end());
+  } catch (const nex_Exception& error) {
+    return std::string("refused: ") + error.what();
+  }
+}
+
+/// Reads changed records of a class from a store, whose fields are taken in runs, and through
+/// another reader. Returns how many were read and how many were refused.
+template <class C>
+std::pair<int, int> CompareReaders(SplitMix& random, const C& sample) {
+  const RawRecords records = RawCopy(Written(sample));
+  std::pair<int, int> counts;
+  for (int round = 0; round < 3000; ++round) {
+    RawRecords changed = records;
+    for (std::uint64_t changes = random() % 4; changes != 0; --changes)
+      ChangeSomething(random, changed);
+    const std::vector<unsigned char> bytes = RawBytes(changed);
+    const gsl_RecordStore store = gsl_RecordStore::FromBytes(bytes.data(), bytes.size());
+    const std::string expected = OutcomeOf<C>(ForwardingReader(store));
+    EXPECT_EQ(OutcomeOf<C>(store), expected) << round;
+    ++(expected.compare(0, 9, "refused: ") == 0 ? counts.second : counts.first);
+  }
+  return counts;
+}
+
+} // namespace
+
+TEST(GslRecordLayout, FieldsInARunReadAsOneByOne) {
+  constexpr std::uint64_t kSeed = 20261125;
+  SCOPED_TRACE(kSeed);
+  SplitMix random(kSeed);
+  int module = 0;
+  gsl_initialize(module);
+  gsl_Plane plane(gsl_Point(1.0, 2.0, 3.0), gsl_Vector(0.0, 1.0, 0.0));
+  plane.ParentIds().Append(7);
+  gsl_StLine axis(gsl_Point(1.0, 2.0, 3.0), gsl_Vector(0.0, 1.0, 0.0));
+  axis.SetFlip(true);
+  const gsl_Segment segment(gsl_Point(1.0, 2.0, 3.0), gsl_Point(4.0, 5.0, 6.0));
+  for (const auto& [read, refused] :
+       {CompareReaders(random, gsl_Dot(6, 7)), CompareReaders(random, plane),
+        CompareReaders(random, axis), CompareReaders(random, segment),
+        CompareReaders(random, gsl_BBox()), CompareReaders(random, gsl_PersistentMatrix()),
+        CompareReaders(random, gsl_ModelSegment(gsl_Dot(1, 2), gsl_Dot(3, 4)))}) {
+    EXPECT_GE(read, 300);
+    EXPECT_GE(refused, 100);
+  }
+  gsl_finalize(module);
 }

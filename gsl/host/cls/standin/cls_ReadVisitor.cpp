@@ -121,6 +121,7 @@ cow_String cls_Load::ReadStoredText(std::uint32_t number) {
   NumberedText& recent = m_storedTexts[number % kRecentTexts];
   recent.number = NumberedText().number;
   recent.text = cow_String(text.data(), text.size());
+  recent.names = nullptr;
   recent.number = number;
   return recent.text;
 }
@@ -136,7 +137,7 @@ void cls_Load::FindStorage() {
   for (std::size_t i = 0; i < stored.shapeCount; ++i) {
     gsl_RecordCollection collection{};
     const std::uint32_t typeId = m_store->ReadShape(i, collection, fields);
-    m_shapes.push_back({typeId, static_cast<int>(collection), nullptr});
+    m_shapes.push_back({typeId, static_cast<int>(collection), nullptr, nullptr});
     firstOfShape.push_back(m_fields.size());
     for (const gsl_RecordField& field : fields) {
       m_fields.push_back(

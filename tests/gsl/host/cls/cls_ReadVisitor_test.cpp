@@ -1,5 +1,6 @@
 #include "cls_ReadVisitor.h"
 
+#include "ForwardingReader.h"
 #include "HostObjects.h"
 #include "RawRecords.h"
 #include "Records.h"
@@ -48,37 +49,6 @@ std::string MessageOf(const std::function<void()>& action) {
   }
   return "nothing was thrown";
 }
-
-/// A reader that is not a store: the visitor cannot see where the records are.
-class Forwarding final : public gsl_RecordReader {
-public:
-  explicit Forwarding(const gsl_RecordStore& store) : m_store(store) {}
-  std::size_t RootCount() const override { return m_store.RootCount(); }
-  gsl_RecordIndex Root(std::size_t i) const override { return m_store.Root(i); }
-  std::string_view RootName(std::size_t i) const override { return m_store.RootName(i); }
-  std::string_view ClassName(std::uint32_t id) const override { return m_store.ClassName(id); }
-  std::uint32_t TypeId(gsl_RecordIndex record) const override { return m_store.TypeId(record); }
-  gsl_RecordIdentity Identity(gsl_RecordIndex record) const override {
-    return m_store.Identity(record);
-  }
-  gsl_RecordCollection Collection(gsl_RecordIndex record) const override {
-    return m_store.Collection(record);
-  }
-  Position FirstField(gsl_RecordIndex record) const override { return m_store.FirstField(record); }
-  Position ReadField(Position position, gsl_RecordField& field) const override {
-    return m_store.ReadField(position, field);
-  }
-  void ReadUnsigneds(gsl_RecordIndex record, std::vector<std::uint32_t>& values) const override {
-    m_store.ReadUnsigneds(record, values);
-  }
-  void ReadDoubles(gsl_RecordIndex record, std::vector<double>& values, std::size_t& rows,
-                   std::size_t& columns) const override {
-    m_store.ReadDoubles(record, values, rows, columns);
-  }
-
-private:
-  const gsl_RecordStore& m_store;
-};
 
 const char* const kNames[] = {"_x", "_y", "_method", "parent_ids", "a name of many letters"};
 
@@ -134,7 +104,7 @@ TEST(ClsReadVisitor, StoreReadsAsAnyOtherReader) {
     std::mt19937 writing(seed);
     const gsl_RecordStore store = Recorded(
         10, cls_Uid(3, 4), [&](const cls_WriteVisitor& to) { WriteRandomFields(writing, to, 0); });
-    const Forwarding other(store);
+    const ForwardingReader other(store);
     cls_Load load(store);
     cls_Load otherLoad(other);
     for (unsigned int order = 0; order < 4; ++order) {
@@ -161,7 +131,7 @@ TEST(ClsReadVisitor, ListOfAStoreReadsAsOfAnyOtherReader) {
       }
     }
   });
-  const Forwarding other(store);
+  const ForwardingReader other(store);
   for (const gsl_RecordReader* const reader :
        std::initializer_list<const gsl_RecordReader*>{&store, &other}) {
     cls_Load load(*reader);

@@ -1,0 +1,217 @@
+#include "cls_ReadRun.h"
+
+#include "ForwardingReader.h"
+#include "RawRecords.h"
+#include "Records.h"
+#include "cls_RecordException.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace {
+
+constexpr cls_ReadRun::Field kRows[] = {{"_number", cls_IntegerAttribute},
+                                        {"_real", cls_DoubleAttribute},
+                                        {"_name", cls_EnumerationAttribute},
+                                        {"_flag", cls_BooleanAttribute},
+                                        {"_part", cls_ObjectAttribute}};
+constexpr cls_ReadRun::Fields kFields = {kRows, 5};
+constexpr cls_ReadRun::Field kPartRows[] = {{"_x", cls_DoubleAttribute}};
+constexpr cls_ReadRun::Fields kPartFields = {kPartRows, 1};
+constexpr unsigned int kPartType = 12;
+constexpr int kNames = 0;
+
+void WritePart(const cls_WriteVisitor& to, unsigned int typeId = kPartType) {
+  const cls_WriteVisitor part(to, {-1, "_part"});
+  part.StartWrite(typeId, cls_Uid(5, 300));
+  part.WriteDouble({-1, "_x"}, -2.5);
+}
+
+/// Writes the fields of the run, and one that is not in the run.
+gsl_RecordStore Sample(unsigned int partType = kPartType) {
+  return Recorded(10, cls_Uid(3, 4), [partType](const cls_WriteVisitor& to) {
+    to.WriteInteger({-1, "_number"}, -300);
+    to.WriteDouble({-1, "_real"}, 0.5);
+    to.WriteString({-1, "_name"}, "second");
+    to.WriteBoolean({-1, "_flag"}, true);
+    WritePart(to, partType);
+    to.WriteInteger({-1, "_more"}, 9);
+  });
+}
+
+int LengthOf(const cow_String& text) {
+  return static_cast<int>(text.Length());
+}
+
+/// Takes the fields before the part.
+void TakePlain(cls_ReadRun& run) {
+  EXPECT_EQ(run.TakeInteger(), -300);
+  EXPECT_EQ(run.TakeDouble(), 0.5);
+  EXPECT_EQ(run.TakeNamed(&kNames, LengthOf), 6);
+  EXPECT_TRUE(run.TakeBoolean());
+}
+
+bool FitsWhenWritten(const std::function<void(const cls_WriteVisitor&)>& write) {
+  const gsl_RecordStore store = Recorded(10, cls_Uid(3, 4), write);
+  cls_Load load(store);
+  const cls_ReadVisitor visitor(load, 0);
+  const cls_ReadRun run(visitor, kFields);
+  return run.Fits();
+}
+
+} // namespace
+
+TEST(ClsReadRun, TakesEachFieldAndLeavesTheVisitorAfterThem) {
+  const gsl_RecordStore store = Sample();
+  cls_Load load(store);
+  for (int round = 0; round < 2; ++round) {
+    const cls_ReadVisitor visitor(load, 0);
+    {
+      cls_ReadRun run(visitor, kFields);
+      ASSERT_TRUE(run.Fits());
+      TakePlain(run);
+      cls_ReadRun part(run, kPartType, kPartFields);
+      ASSERT_TRUE(part.Fits());
+      EXPECT_EQ(part.GetUid(), cls_Uid(5, 300));
+      EXPECT_EQ(part.TakeDouble(), -2.5);
+      run.SkipObject();
+    }
+    EXPECT_EQ(visitor.ReadInteger({-1, "_more"}, 0), 9);
+    EXPECT_EQ(visitor.ReadInteger({-1, "_number"}, 0), -300);
+  }
+}
+
+TEST(ClsReadRun, AnObjectMayBeReadThroughTheVisitor) {
+  const gsl_RecordStore store = Sample(13);
+  cls_Load load(store);
+  const cls_ReadVisitor visitor(load, 0);
+  double x = 0.0;
+  {
+    cls_ReadRun run(visitor, kFields);
+    TakePlain(run);
+    // The part is of another class.
+    EXPECT_FALSE(cls_ReadRun(run, kPartType, kPartFields).Fits());
+    run.TakeObject([&x](const cls_ReadVisitor& owner) {
+      const cls_ReadVisitor part(owner, {-1, "_part"});
+      EXPECT_EQ(part.TypeId(), 13u);
+      x = part.ReadDouble({-1, "_x"}, 0.0);
+    });
+  }
+  EXPECT_EQ(x, -2.5);
+  EXPECT_EQ(visitor.ReadInteger({-1, "_more"}, 0), 9);
+}
+
+TEST(ClsReadRun, AnExceptionLeavesTheVisitorAfterTheField) {
+  const gsl_RecordStore store = Sample();
+  cls_Load load(store);
+  const cls_ReadVisitor visitor(load, 0);
+  const auto refuse = [](const cow_String&) -> int { throw std::string("refused"); };
+  const auto take = [&] {
+    cls_ReadRun run(visitor, kFields);
+    EXPECT_EQ(run.TakeInteger(), -300);
+    EXPECT_EQ(run.TakeDouble(), 0.5);
+    run.TakeNamed(&kNames, refuse);
+  };
+  EXPECT_THROW(take(), std::string);
+  EXPECT_TRUE(visitor.ReadBoolean({-1, "_flag"}, false));
+  EXPECT_STREQ(visitor.ReadString({-1, "_name"}, "none").CStr(), "second");
+  const auto takeObject = [](const cls_ReadVisitor& from) {
+    cls_ReadRun run(from, kFields);
+    TakePlain(run);
+    run.TakeObject([](const cls_ReadVisitor&) { throw std::string("refused"); });
+  };
+  const cls_ReadVisitor again(load, 0);
+  EXPECT_THROW(takeObject(again), std::string);
+  EXPECT_EQ(again.ReadInteger({-1, "_more"}, 0), 9);
+}
+
+TEST(ClsReadRun, NamesOfTwoSetsAreKeptApart) {
+  const gsl_RecordStore store = Sample();
+  cls_Load load(store);
+  constexpr int kOther = 0;
+  for (int round = 0; round < 4; ++round) {
+    const cls_ReadVisitor visitor(load, 0);
+    cls_ReadRun run(visitor, kFields);
+    EXPECT_EQ(run.TakeInteger(), -300);
+    EXPECT_EQ(run.TakeDouble(), 0.5);
+    const bool isOther = round % 2 != 0;
+    const int value = run.TakeNamed(isOther ? &kOther : &kNames, [isOther](const cow_String& name) {
+      return LengthOf(name) + (isOther ? 100 : 0);
+    });
+    EXPECT_EQ(value, isOther ? 106 : 6);
+  }
+}
+
+TEST(ClsReadRun, LongAndManyTextsAreFoundEachTime) {
+  static constexpr cls_ReadRun::Field kText[] = {{"_name", cls_EnumerationAttribute}};
+  static constexpr cls_ReadRun::Fields kOne = {kText, 1};
+  gsl_RecordStore store;
+  cls_Save save(store);
+  for (int i = 0; i < 200; ++i) {
+    const cls_WriteVisitor to(save);
+    to.StartWrite(10, cls_Uid(3, 4 + static_cast<std::uint64_t>(i)));
+    to.WriteString({-1, "_name"}, std::string(static_cast<std::size_t>(i % 100), 'n').c_str());
+  }
+  store.Finish();
+  cls_Load load(store);
+  for (std::size_t i = 0; i < 200; ++i) {
+    const cls_ReadVisitor visitor(load, i);
+    cls_ReadRun run(visitor, kOne);
+    ASSERT_TRUE(run.Fits());
+    EXPECT_EQ(run.TakeNamed(&kNames, LengthOf), static_cast<int>(i % 100));
+  }
+}
+
+TEST(ClsReadRun, OnlyTheFieldsOfTheRunInTheirOrderFit) {
+  const auto write = [](const cls_WriteVisitor& to, const char* first, bool isReal, bool hasFlag) {
+    to.WriteInteger({-1, first}, 1);
+    if (isReal) to.WriteDouble({-1, "_real"}, 1.0);
+    if (!isReal) to.WriteInteger({-1, "_real"}, 1);
+    to.WriteString({-1, "_name"}, "a");
+    if (hasFlag) to.WriteBoolean({-1, "_flag"}, false);
+    WritePart(to);
+  };
+  const auto fits = [&write](const char* first, bool isReal, bool hasFlag) {
+    return FitsWhenWritten([&](const cls_WriteVisitor& to) { write(to, first, isReal, hasFlag); });
+  };
+  EXPECT_TRUE(fits("_number", true, true));
+  EXPECT_FALSE(fits("_numbe", true, true));
+  EXPECT_FALSE(fits("_numbers", true, true));
+  EXPECT_FALSE(fits("_number", false, true));
+  EXPECT_FALSE(fits("_number", true, false));
+  EXPECT_FALSE(FitsWhenWritten([](const cls_WriteVisitor&) {}));
+  EXPECT_FALSE(FitsWhenWritten([](const cls_WriteVisitor& to) {
+    to.WriteInteger({-1, "_number"}, 1);
+    to.WriteDouble({-1, "_real"}, 1.0);
+    to.WriteString({-1, "_name"}, "a");
+    to.WriteBoolean({-1, "_flag"}, false);
+    to.WriteNullObject({-1, "_part"}, 12);
+  }));
+}
+
+TEST(ClsReadRun, AVisitorThatHasReadAFieldHasNoRun) {
+  const gsl_RecordStore store = Sample();
+  cls_Load load(store);
+  const cls_ReadVisitor visitor(load, 0);
+  EXPECT_EQ(visitor.ReadInteger({-1, "_number"}, 0), -300);
+  EXPECT_FALSE(cls_ReadRun(visitor, kFields).Fits());
+  EXPECT_EQ(visitor.ReadDouble({-1, "_real"}, 0.0), 0.5);
+  const cls_ReadVisitor lost(load, 0);
+  EXPECT_TRUE(lost.ReadBoolean({-1, "_flag"}, false));
+  EXPECT_FALSE(cls_ReadRun(lost, kFields).Fits());
+}
+
+TEST(ClsReadRun, AnotherReaderAndAnAbsentRecordHaveNoRun) {
+  const gsl_RecordStore store = Sample();
+  const ForwardingReader other(store);
+  cls_Load otherLoad(other);
+  EXPECT_FALSE(cls_ReadRun(cls_ReadVisitor(otherLoad, 0), kFields).Fits());
+  cls_Load load(store);
+  const cls_ReadVisitor visitor(load, 0);
+  const cls_ReadVisitor absent(visitor, {-1, "_missing"});
+  EXPECT_TRUE(absent.IsAbsent());
+  EXPECT_FALSE(cls_ReadRun(absent, kFields).Fits());
+}
