@@ -316,3 +316,24 @@ TEST(RecordData, WhatIsWrittenIsReadHoweverManyPlacesReferToAnOwner) {
   AddLevels(store, store.AddRoot(1, {}), kLevels);
   EXPECT_EQ(store.ToBytes(), bytes);
 }
+
+TEST(RecordData, RecordsOfManyShapesHaveTheirClassesWhenTheyAreRead) {
+  // One byte keeps the shape of a record that was read, where it has room for it.
+  constexpr std::uint32_t kShapes = 600;
+  gsl_RecordStore written;
+  for (std::uint32_t i = 0; i < 2 * kShapes; ++i)
+    written.AddRoot(1000 + i % kShapes, {1, i + 1});
+  const std::vector<unsigned char> bytes = written.ToBytes();
+  gsl_RecordStore read = gsl_RecordStore::FromBytes(bytes.data(), bytes.size());
+  ASSERT_EQ(read.RootCount(), 2 * kShapes);
+  for (std::uint32_t i = 0; i < 2 * kShapes; ++i)
+    ASSERT_EQ(read.TypeId(read.Root(i)), 1000 + i % kShapes) << i;
+  // What is written later, or is taken back, changes nothing of this.
+  const gsl_RecordIndex further = read.AddRoot(5, {1, 9999});
+  EXPECT_EQ(read.TypeId(read.Root(2 * kShapes)), 5u);
+  read.TakeBack(further);
+  ASSERT_EQ(read.RootCount(), 2 * kShapes);
+  EXPECT_EQ(read.TypeId(read.Root(254)), 1254u);
+  EXPECT_EQ(read.TypeId(read.Root(255)), 1255u);
+  EXPECT_EQ(read.TypeId(read.Root(599)), 1599u);
+}
