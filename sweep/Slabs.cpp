@@ -66,115 +66,276 @@ float MostOf(const Float4& a) {
   return std::max(std::max(a[0], a[1]), std::max(a[2], a[3]));
 }
 
-/// Makes the slab of a leaf, across the sum of its triangles' normals, each weighed by its area.
-template <class Reader>
-Slab SlabOfLeaf(const Reader& reader, const Leaves& leaves, std::size_t leaf, float reach) {
-  Float4 corner[3 * kLeafSize + 4];
-  int count = 0;
-  Float4 sum = Float4::Of(0.0f);
-  for (std::size_t place = leaves.begin[leaf]; place < leaves.begin[leaf + 1]; ++place) {
-    const Float4 a = reader.Single(place, 0);
-    const Float4 b = reader.Single(place, 1);
-    const Float4 c = reader.Single(place, 2);
-    corner[count++] = a;
-    corner[count++] = b;
-    corner[count++] = c;
-    const Float4 u = b - a;
-    const Float4 v = c - a;
-    sum = sum + Turned(u * Turned(v) - Turned(u) * v);
-  }
-  Slab slab;
-  SetNormal(sum[0], sum[1], sum[2], slab);
-  for (; count % 4 != 0; ++count)
-    corner[count] = corner[count - 1];
-  Float4 from = Float4::Of(Box<float>::kFar);
-  Float4 to = -from;
-  for (int k = 0; k < count; k += 4) {
-    Float4 four[4] = {corner[k], corner[k + 1], corner[k + 2], corner[k + 3]};
-    Transpose(four);
-    const Float4 extent = Float4::Of(slab.normal[0]) * four[0] +
-                          Float4::Of(slab.normal[1]) * four[1] +
-                          Float4::Of(slab.normal[2]) * four[2];
-    from = Least(extent, from);
-    to = Most(extent, to);
-  }
-  // A corner rounded to float (1 u of its reach), products (1 u), two sums (4 u), this difference
-  // (2 u), with u = 2^-24 and every partial sum at most twice the reach: 8 u.
-  const float error = reach * 0x1p-20f;
-  slab.from = LeastOf(from) - error;
-  slab.to = MostOf(to) + error;
-  return slab;
+/// The slab of a leaf or of a node, and its side slab, whose normal is zero where it has none.
+struct TwoSlabs {
+  Slab slab, side;
+};
+
+/// A side slab is made where it is less than this part as wide as the box along the same normal.
+constexpr float kSlim = 0.5f;
+
+/// Returns how far the box reaches along the normal of a slab.
+float WidthAlong(const Slab& slab, const Box<float>& box) {
+  float width = 0.0f;
+  for (int k = 0; k < 3; ++k)
+    width += std::fabs(slab.normal[k]) * (box.high[k] - box.low[k]);
+  return width;
 }
 
-/// Makes a slab that holds the children of a node, each within its box and its own slab. It is
-/// across the sum of their normals, weighed by the squares of their sizes.
-Slab SlabOfNode(const TreeNode<float>& node, const SlabNode& slabs) {
-  const Boxes<float>& boxes = node.boxes;
-  float sum[3] = {0.0f, 0.0f, 0.0f};
-  for (int lane = 0; lane < 4; ++lane) {
-    if (node.child[lane].IsNone()) continue;
-    const float size = boxes.At(lane).Size();
-    for (int k = 0; k < 3; ++k)
-      sum[k] += size * size * slabs.normal[k][lane];
-  }
-  Slab slab;
-  SetNormal(sum[0], sum[1], sum[2], slab);
-  // n . p = alpha (m . p) + (n - alpha m) . p for the normal m of the child, for any alpha.
-  const Float4 n[3] = {Float4::Of(slab.normal[0]), Float4::Of(slab.normal[1]),
-                       Float4::Of(slab.normal[2])};
-  const Float4 alpha = slabs.normal[0] * n[0] + slabs.normal[1] * n[1] + slabs.normal[2] * n[2];
-  const Float4 error = slabs.reach * Float4::Of(kSlabError);
-  Float4 from = Least(alpha * slabs.from, alpha * slabs.to) - error;
-  Float4 to = Most(alpha * slabs.from, alpha * slabs.to) + error;
-  for (int k = 0; k < 3; ++k) {
-    const Float4 rest = n[k] - alpha * slabs.normal[k];
-    from = from + Least(rest * boxes.low[k], rest * boxes.high[k]);
-    to = to + Most(rest * boxes.low[k], rest * boxes.high[k]);
-  }
-  slab.from = Box<float>::kFar;
-  slab.to = -Box<float>::kFar;
-  for (int lane = 0; lane < 4; ++lane) {
-    if (node.child[lane].IsNone()) continue;
-    slab.from = std::min(slab.from, from[lane]);
-    slab.to = std::max(slab.to, to[lane]);
-  }
-  return slab;
+bool IsSlim(const Slab& side, const Box<float>& box) {
+  return side.to - side.from < kSlim * WidthAlong(side, box);
 }
+
+/// The corners of the triangles of a leaf, rounded to float, up to a multiple of four.
+class LeafCorners {
+public:
+  template <class Reader>
+  LeafCorners(const Reader& reader, const Leaves& leaves, std::size_t leaf) {
+    m_area = Float4::Of(0.0f);
+    for (std::size_t place = leaves.begin[leaf]; place < leaves.begin[leaf + 1]; ++place) {
+      const Float4 a = reader.Single(place, 0);
+      const Float4 b = reader.Single(place, 1);
+      const Float4 c = reader.Single(place, 2);
+      m_corner[m_count++] = a;
+      m_corner[m_count++] = b;
+      m_corner[m_count++] = c;
+      const Float4 u = b - a;
+      const Float4 v = c - a;
+      m_area = m_area + Turned(u * Turned(v) - Turned(u) * v);
+    }
+    for (; m_count % 4 != 0; ++m_count)
+      m_corner[m_count] = m_corner[m_count - 1];
+  }
+
+  /// Returns the sum of the triangles' normals, each twice as long as its area.
+  const Float4& Area() const { return m_area; }
+
+  /// Writes the extent along the normal of a slab. `reach` is the reach of the leaf's box.
+  void Measure(Slab& slab, float reach) const {
+    Float4 from = Float4::Of(Box<float>::kFar);
+    Float4 to = -from;
+    for (int k = 0; k < m_count; k += 4) {
+      Float4 four[4] = {m_corner[k], m_corner[k + 1], m_corner[k + 2], m_corner[k + 3]};
+      Transpose(four);
+      const Float4 extent = Float4::Of(slab.normal[0]) * four[0] +
+                            Float4::Of(slab.normal[1]) * four[1] +
+                            Float4::Of(slab.normal[2]) * four[2];
+      from = Least(extent, from);
+      to = Most(extent, to);
+    }
+    // A corner rounded to float (1 u of its reach), products (1 u), two sums (4 u), this difference
+    // (2 u), with u = 2^-24 and every partial sum at most twice the reach: 8 u.
+    const float error = reach * 0x1p-20f;
+    slab.from = LeastOf(from) - error;
+    slab.to = MostOf(to) + error;
+  }
+
+  /// Sums the squares and the products of the corners' distances from their middle.
+  void Spread(Float4& squares, Float4& products) const {
+    Float4 middle = Float4::Of(0.0f);
+    for (int k = 0; k < m_count; ++k)
+      middle = middle + m_corner[k];
+    middle = middle * Float4::Of(1.0f / static_cast<float>(m_count));
+    squares = products = Float4::Of(0.0f);
+    for (int k = 0; k < m_count; ++k) {
+      const Float4 way = m_corner[k] - middle;
+      squares = squares + way * way;
+      products = products + way * Turned(way);
+    }
+  }
+
+private:
+  Float4 m_corner[3 * kLeafSize + 4];
+  int m_count = 0;
+  Float4 m_area;
+};
+
+/// Returns true when the triangles of a leaf may be much narrower than their box: along each axis,
+/// their shadow covers at most half of the box's. `area` is twice the area of the shadows.
+bool MayBeSlim(const Float4& area, const Box<float>& box) {
+  float side[3];
+  for (int k = 0; k < 3; ++k)
+    side[k] = box.high[k] - box.low[k];
+  return std::fabs(area[0]) <= side[1] * side[2] && std::fabs(area[1]) <= side[2] * side[0] &&
+         std::fabs(area[2]) <= side[0] * side[1];
+}
+
+/// Finds the normal of a side slab: in the surface, where the corners of a leaf spread least.
+void SetSideNormal(const LeafCorners& corners, const Slab& slab, Slab& side) {
+  Float4 squares, products; // products of y and z, of z and x, and of x and y come at 1, 2 and 0
+  corners.Spread(squares, products);
+  const float(&n)[3] = slab.normal;
+  // Two vectors that span the surface.
+  const int least = std::fabs(n[0]) < std::fabs(n[1]) ? (std::fabs(n[0]) < std::fabs(n[2]) ? 0 : 2)
+                                                      : (std::fabs(n[1]) < std::fabs(n[2]) ? 1 : 2);
+  const int y = least == 2 ? 0 : least + 1;
+  const int z = 3 - least - y;
+  const float length = std::sqrt(n[y] * n[y] + n[z] * n[z]);
+  float p[3];
+  p[least] = 0.0f;
+  p[y] = n[z] / length;
+  p[z] = -n[y] / length;
+  const float q[3] = {n[1] * p[2] - n[2] * p[1], n[2] * p[0] - n[0] * p[2],
+                      n[0] * p[1] - n[1] * p[0]};
+  const auto spread = [&](const float(&a)[3], const float(&b)[3]) {
+    return a[0] * b[0] * squares[0] + a[1] * b[1] * squares[1] + a[2] * b[2] * squares[2] +
+           (a[0] * b[1] + a[1] * b[0]) * products[0] + (a[1] * b[2] + a[2] * b[1]) * products[1] +
+           (a[2] * b[0] + a[0] * b[2]) * products[2];
+  };
+  // The least principal axis of the two-by-two matrix of these.
+  const float half = 0.5f * (spread(p, p) - spread(q, q));
+  const float mixed = spread(p, q);
+  const float root = std::sqrt(half * half + mixed * mixed);
+  const float alongP = half >= 0.0f ? -mixed : half - root;
+  const float alongQ = half >= 0.0f ? half + root : mixed;
+  SetNormal(alongP * p[0] + alongQ * q[0], alongP * p[1] + alongQ * q[1],
+            alongP * p[2] + alongQ * q[2], side);
+}
+
+/// Makes the slabs of a leaf. The first is across the sum of its triangles' normals.
+template <class Reader>
+TwoSlabs SlabsOfLeaf(const Reader& reader, const Leaves& leaves, std::size_t leaf,
+                     const Box<float>& box) {
+  const LeafCorners corners(reader, leaves, leaf);
+  const Float4& area = corners.Area();
+  const float reach = RoundedReach(box);
+  TwoSlabs slabs;
+  SetNormal(area[0], area[1], area[2], slabs.slab);
+  corners.Measure(slabs.slab, reach);
+  if (slabs.slab.IsNone() || !MayBeSlim(area, box)) return slabs;
+  SetSideNormal(corners, slabs.slab, slabs.side);
+  corners.Measure(slabs.side, reach);
+  if (slabs.side.IsNone() || !IsSlim(slabs.side, box)) slabs.side = Slab{};
+  return slabs;
+}
+
+/// The children of a node, from which its own slabs are made.
+class SlabChildren {
+public:
+  SlabChildren(const TreeNode<float>& node, const SlabNode& slabs, const SlabLanes* sides)
+      : m_node(node), m_slabs(slabs), m_sides(sides) {}
+
+  /// Makes a slab that holds the children, each within its box and its own slabs. It is across the
+  /// sum of their normals, weighed by the squares of their sizes.
+  Slab Make() const {
+    float sum[3] = {0.0f, 0.0f, 0.0f};
+    for (int lane = 0; lane < 4; ++lane) {
+      if (m_node.child[lane].IsNone()) continue;
+      const float size = m_node.boxes.At(lane).Size();
+      for (int k = 0; k < 3; ++k)
+        sum[k] += size * size * m_slabs.normal[k][lane];
+    }
+    Slab slab;
+    SetNormal(sum[0], sum[1], sum[2], slab);
+    Measure(slab);
+    return slab;
+  }
+
+  /// Makes the side slab beside the slab `slab`, or none. The normals of side slabs have no side of
+  /// their own, so each is turned towards the first.
+  Slab MakeSide(const Slab& slab) const {
+    Slab side;
+    if (m_sides == nullptr || slab.IsNone()) return side;
+    float sum[3] = {0.0f, 0.0f, 0.0f};
+    Box<float> box = Box<float>::Empty();
+    for (int lane = 0; lane < 4; ++lane) {
+      if (m_node.child[lane].IsNone()) continue;
+      box.Include(m_node.boxes.At(lane));
+      const Slab child = m_sides->At(lane);
+      const float size = m_node.boxes.At(lane).Size();
+      const float weight = Dot(sum, child.normal) < 0.0f ? -size * size : size * size;
+      for (int k = 0; k < 3; ++k)
+        sum[k] += weight * child.normal[k];
+    }
+    const float rest = Dot(sum, slab.normal);
+    SetNormal(sum[0] - rest * slab.normal[0], sum[1] - rest * slab.normal[1],
+              sum[2] - rest * slab.normal[2], side);
+    if (side.IsNone()) return side;
+    Measure(side);
+    return IsSlim(side, box) ? side : Slab{};
+  }
+
+private:
+  static float Dot(const float (&a)[3], const float (&b)[3]) {
+    return a[0] * b[0] + a[1] * b[1] + a[2] * b[2];
+  }
+
+  /// Writes the extent of the children along the normal of a slab.
+  void Measure(Slab& slab) const {
+    const Float4 n[3] = {Float4::Of(slab.normal[0]), Float4::Of(slab.normal[1]),
+                         Float4::Of(slab.normal[2])};
+    const SlabLanes none{};
+    const SlabLanes& sides = m_sides == nullptr ? none : *m_sides;
+    const float part = m_sides == nullptr ? kSlabError : kSideError;
+    Float4 from, to;
+    ExtentOfFour(m_node.boxes, m_slabs, sides, n, SharesOf(m_slabs, sides, n),
+                 m_slabs.reach * Float4::Of(part), from, to);
+    slab.from = Box<float>::kFar;
+    slab.to = -Box<float>::kFar;
+    for (int lane = 0; lane < 4; ++lane) {
+      if (m_node.child[lane].IsNone()) continue;
+      slab.from = std::min(slab.from, from[lane]);
+      slab.to = std::max(slab.to, to[lane]);
+    }
+  }
+
+  const TreeNode<float>& m_node;
+  const SlabNode& m_slabs;
+  const SlabLanes* m_sides;
+};
 
 /// Fills the slabs of a tree, from its last node to its first: children come after their parents.
 class SlabMaker {
 public:
   SlabMaker(const Leaves& leaves, const Tree<float>& tree, Slabs& slabs)
-      : m_leaves(leaves), m_tree(tree), m_slabs(slabs), m_slabOf(tree.nodes.size()) {
+      : m_leaves(leaves), m_tree(tree), m_slabs(slabs), m_slabsOf(tree.nodes.size()) {
     slabs.nodes = Array<SlabNode>(tree.nodes.size());
+    // Pages that are not touched cost nothing.
+    slabs.sides = Array<SlabLanes>(tree.nodes.size());
+    slabs.sidesOf = Array<std::uint32_t>(tree.nodes.size());
   }
 
   template <class Reader>
   void Fill(const Reader& reader, std::size_t k) {
     const TreeNode<float>& node = m_tree.nodes[k];
     SlabNode filled{};
+    SlabLanes sides{};
+    bool hasSide = false;
     for (int lane = 0; lane < 4; ++lane) {
       const TreeRef child = node.child[lane];
       if (child.IsNone()) continue;
-      const float reach = RoundedReach(node.boxes.At(lane));
-      const Slab slab = child.IsLeaf() ? SlabOfLeaf(reader, m_leaves, child.Index(), reach)
-                                       : m_slabOf[child.Index()];
-      for (int axis = 0; axis < 3; ++axis)
-        filled.normal[axis].Set(lane, slab.normal[axis]);
-      filled.from.Set(lane, slab.from);
-      filled.to.Set(lane, slab.to);
-      filled.reach.Set(lane, reach);
+      const Box<float> box = node.boxes.At(lane);
+      const TwoSlabs slabs = child.IsLeaf() ? SlabsOfLeaf(reader, m_leaves, child.Index(), box)
+                                            : m_slabsOf[child.Index()];
+      filled.Set(lane, slabs.slab);
+      filled.reach.Set(lane, RoundedReach(box));
+      if (slabs.side.IsNone()) continue;
+      sides.Set(lane, slabs.side);
+      hasSide = true;
     }
     m_slabs.nodes[k] = filled;
-    m_slabOf[k] = SlabOfNode(node, filled);
-    if (k == 0) m_slabs.root = m_slabOf[0];
+    m_slabs.sidesOf[k] = hasSide ? static_cast<std::uint32_t>(m_sideCount) : Slabs::kNoSide;
+    if (hasSide) m_slabs.sides[m_sideCount++] = sides;
+    const SlabChildren children(node, filled, hasSide ? &sides : nullptr);
+    m_slabsOf[k].slab = children.Make();
+    m_slabsOf[k].side = children.MakeSide(m_slabsOf[k].slab);
+    if (k == 0) m_slabs.root = m_slabsOf[0].slab;
+  }
+
+  /// Leaves out what is not needed.
+  void Finish() {
+    m_slabs.sides.Shorten(m_sideCount);
+    if (m_sideCount > 0) return;
+    m_slabs.sides = Array<SlabLanes>();
+    m_slabs.sidesOf = Array<std::uint32_t>();
   }
 
 private:
   const Leaves& m_leaves;
   const Tree<float>& m_tree;
   Slabs& m_slabs;
-  Array<Slab> m_slabOf;
+  Array<TwoSlabs> m_slabsOf;
+  std::size_t m_sideCount = 0;
 };
 
 } // namespace
@@ -187,7 +348,7 @@ std::unique_ptr<const Slabs> Slabs::Of(const Corners& corners, const Leaves& lea
   bool isWhole = true;
   corners.Read([&](const auto& reader) {
     if (tree.root.IsLeaf() && !tree.root.IsNone()) {
-      slabs->root = SlabOfLeaf(reader, leaves, 0, RoundedReach(tree.box));
+      slabs->root = SlabsOfLeaf(reader, leaves, 0, tree.box).slab;
       return;
     }
     SlabMaker maker(leaves, tree, *slabs);
@@ -195,6 +356,7 @@ std::unique_ptr<const Slabs> Slabs::Of(const Corners& corners, const Leaves& lea
       maker.Fill(reader, k);
       if (goesOn && k % kAskEvery == kAskEvery - 1) isWhole = goesOn();
     }
+    maker.Finish();
   });
   if (!isWhole) return nullptr;
   return slabs;

@@ -133,7 +133,85 @@ public:
     NarrowByFour<kFourMove>(slabs, box, slab, alpha, error, first, last);
   }
 
+  /// Tests in the same way where the children, or the one, have side slabs: `sides` counts where
+  /// `haveSides` says so. The error of the bounds is kSideError of the reach.
+  template <bool kFourMove>
+  void NarrowBySides(const Boxes<float>& boxes, const SlabNode& slabs, const SlabLanes& sides,
+                     bool haveSides, const Box<float>& box, const Slab& slab, const Slab& side,
+                     const Float4& error, Float4& first, Float4& last) const {
+    const Alone alone{Repeated(box), Repeated(slab), Repeated(side)};
+    const auto test = [&](const SlabLanes& own, bool isOfFour) {
+      Float4 from, to;
+      if (isOfFour) {
+        ExtentAcross(alone.boxes, alone.slabs, alone.sides, own.normal, error, from, to);
+        NarrowAlong(own.normal, kFourMove ? own : SlabLanes{{}, from, to},
+                    kFourMove ? SlabLanes{{}, from, to} : own, first, last);
+      } else {
+        ExtentAcross(boxes, slabs, sides, own.normal, error, from, to);
+        NarrowAlong(own.normal, kFourMove ? SlabLanes{{}, from, to} : own,
+                    kFourMove ? own : SlabLanes{{}, from, to}, first, last);
+      }
+    };
+    test(alone.slabs, false);
+    if (!side.IsNone()) test(alone.sides, false);
+    test(slabs, true);
+    if (haveSides) test(sides, true);
+  }
+
 private:
+  /// One box with its slabs, four times.
+  struct Alone {
+    Boxes<float> boxes;
+    SlabLanes slabs, sides;
+  };
+
+  static Boxes<float> Repeated(const Box<float>& box) {
+    Boxes<float> boxes;
+    for (int k = 0; k < 3; ++k) {
+      boxes.low[k] = Float4::Of(box.low[k]);
+      boxes.high[k] = Float4::Of(box.high[k]);
+    }
+    return boxes;
+  }
+  static SlabLanes Repeated(const Slab& slab) {
+    return {{Float4::Of(slab.normal[0]), Float4::Of(slab.normal[1]), Float4::Of(slab.normal[2])},
+            Float4::Of(slab.from),
+            Float4::Of(slab.to)};
+  }
+
+  /// Writes the extents of four bodies along n, where their slabs decide them rather than their
+  /// boxes: the slabs have a part of at least a half in n.
+  static void ExtentAcross(const Boxes<float>& boxes, const SlabLanes& slabs,
+                           const SlabLanes& sides, const Float4 (&n)[3], const Float4& error,
+                           Float4& from, Float4& to) {
+    SlabShares shares = SharesOf(slabs, sides, n);
+    const Float4 squares = shares.ofSlab * shares.ofSlab + shares.ofSide * shares.ofSide;
+    const Float4 zero = Float4::Of(0.0f);
+    shares.ofSlab = Choose(Float4::Of(0.25f), squares, shares.ofSlab, zero);
+    shares.ofSide = Choose(Float4::Of(0.25f), squares, shares.ofSide, zero);
+    ExtentOfFour(boxes, slabs, sides, n, shares, error, from, to);
+  }
+
+  /// Applies the extents of the moving and of the fixed bodies along n.
+  void NarrowAlong(const Float4 (&n)[3], const SlabLanes& moving, const SlabLanes& fixed,
+                   Float4& first, Float4& last) const {
+    const Float4 along = n[0] * Float4::Of(m_direction[0]) + n[1] * Float4::Of(m_direction[1]) +
+                         n[2] * Float4::Of(m_direction[2]);
+    const Float4 least = Float4::Of(kLeastAlong);
+    const Float4 zero = Float4::Of(0.0f);
+    const Float4 up = fixed.from - moving.to;
+    const Float4 down = fixed.to - moving.from;
+    StayApart(Most(up, -down), Magnitude(along), last);
+    if (AtMost(Magnitude(along), least) == 15u) return;
+    const Float4 reciprocal = Float4::Of(1.0f) / along;
+    Float4 meets = first;
+    Float4 parts = last;
+    Apply(Choose(along, zero, down, up) * reciprocal, Choose(along, zero, up, down) * reciprocal,
+          Magnitude(reciprocal), meets, parts);
+    first = Choose(least, Magnitude(along), meets, first);
+    last = Choose(least, Magnitude(along), parts, last);
+  }
+
   /// A slab with n . d below this limit does not say when the other body comes.
   static constexpr float kLeastAlong = 0x1p-6f;
   // n . d is off by less than 9 u * 1.8, which is less than 2^-19. The factor covers the roundings

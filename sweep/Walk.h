@@ -15,6 +15,10 @@ struct WalkSide {
   std::uint32_t least; ///< triangle number
   Box<Scalar> box;
   Slab slab;
+  std::uint32_t side = Slabs::kNoSide; ///< the number of its side slab
+  /// The larger node of a pair is replaced by its children. A bundle of needles is as large as it
+  /// is wide: its children are as long as it is.
+  Scalar size = 0;
 };
 
 template <class Scalar>
@@ -72,11 +76,18 @@ private:
   void Expand(const NodePair<Scalar>& pair);
   template <bool kMoving>
   unsigned Narrow(const NodePair<Scalar>& pair, const Boxes<Scalar>& boxes, std::size_t node,
-                  const Box<Scalar>& other, unsigned mask, Four<Scalar>& first, Four<Scalar>& last,
-                  const SlabNode*& slabs) const;
+                  const Box<Scalar>& other, unsigned mask, Four<Scalar>& first,
+                  Four<Scalar>& last) const;
   template <bool kMoving>
-  void PushSurvivors(const NodePair<Scalar>& pair, const TreeNode<Scalar>& node, unsigned mask,
-                     const Four<Scalar>& from, const SlabNode* slabs);
+  void NarrowBySlabs(const Boxes<float>& boxes, const SlabNode& slabs, const Box<float>& other,
+                     const Slab& slab, Float4& first, Float4& last) const;
+  template <bool kMoving>
+  void NarrowBySides(const Boxes<float>& boxes, const SlabNode& slabs, const SlabLanes& sides,
+                     bool haveSides, const Box<float>& other, const Slab& slab, const Slab& side,
+                     Float4& first, Float4& last) const;
+  template <bool kMoving>
+  void PushSurvivors(const NodePair<Scalar>& pair, std::size_t index, unsigned mask,
+                     const Four<Scalar>& from);
   bool Goes();
   bool GoesAfterJudging();
   bool CallWatch() const { return !m_watch || m_watch(std::min(m_done, 1.0)); }
@@ -98,6 +109,12 @@ private:
   static unsigned Raised(Any&, const NodePair<Scalar>&, const Boxes<Scalar>&, unsigned mask,
                          Four<Scalar>&, long) {
     return mask;
+  }
+  /// A patch as long as it is wide is twice as large as that.
+  static Scalar SizeOf(const WalkSide<Scalar>& side, const TreeInUse<Scalar>& used) {
+    if (side.side == Slabs::kNoSide) return side.box.Size();
+    const Slab across = used.slabs->SideAt(side.side);
+    return 2.0f * (across.to - across.from);
   }
   template <bool kMoving, class GoesOn>
   void Improve(std::size_t fixedBody, const GoesOn& goesOn);
@@ -214,15 +231,17 @@ void Walk<Scalar, Judgement>::Improve(std::size_t fixedBody, const GoesOn& goesO
   if (fine == nullptr) return;
   for (NodePair<Scalar>& pair : m_stack) {
     if (!kMoving && pair.fixedBody != fixedBody) continue;
-    TreeRef& ref = kMoving ? pair.moving.ref : pair.fixed.ref;
-    if (ref.IsLeaf()) ref = fine->ofLeaf[ref.Index()];
+    WalkSide<Scalar>& side = kMoving ? pair.moving : pair.fixed;
+    if (side.ref.IsLeaf()) side.ref = fine->ofLeaf[side.ref.Index()];
+    side.side = Slabs::kNoSide; // a number of the slabs that were in use
   }
 }
 
 template <class Scalar, class Judgement>
 void Walk<Scalar, Judgement>::PushRoots() {
   const auto sideOf = [](const TreeInUse<Scalar>& used) {
-    WalkSide<Scalar> side{used.tree->root, used.tree->least, used.tree->box, {}};
+    WalkSide<Scalar> side{used.tree->root, used.tree->least,     used.tree->box, {},
+                          Slabs::kNoSide,  used.tree->box.Size()};
     if (used.slabs != nullptr) side.slab = used.slabs->root;
     return side;
   };
@@ -252,8 +271,7 @@ void Walk<Scalar, Judgement>::PushRoots() {
 template <class Scalar, class Judgement>
 void Walk<Scalar, Judgement>::Visit(const NodePair<Scalar>& pair) {
   const bool expandsMoving =
-      pair.fixed.ref.IsLeaf() ||
-      (!pair.moving.ref.IsLeaf() && pair.moving.box.Size() > pair.fixed.box.Size());
+      pair.fixed.ref.IsLeaf() || (!pair.moving.ref.IsLeaf() && pair.moving.size > pair.fixed.size);
   if (expandsMoving) {
     Expand<true>(pair);
   } else {
@@ -275,19 +293,18 @@ void Walk<Scalar, Judgement>::Expand(const NodePair<Scalar>& pair) {
   Four<Scalar> first, last;
   unsigned mask =
       m_scene.test.template Survivors<kMoving>(boxes, other, m_judgement.Range(), first, last);
-  const SlabNode* slabs = nullptr;
   if (mask != 0 && m_scene.rule == Rule::Solid) {
     mask &= m_scene.test.SharingShadow(boxes, other);
     if (mask != 0 && m_visits > kFacingsAfter)
       mask &= m_scene.template ThatMayMeet<kMoving>(pair.fixedBody, index);
   }
-  if (mask != 0) mask = Narrow<kMoving>(pair, boxes, index, other, mask, first, last, slabs);
+  if (mask != 0) mask = Narrow<kMoving>(pair, boxes, index, other, mask, first, last);
   if (mask != 0) mask = Raised<kMoving>(m_judgement, pair, node.boxes, mask, first, 0);
   if (mask == 0) {
     m_done += static_cast<double>(pair.share);
     return;
   }
-  PushSurvivors<kMoving>(pair, node, mask, kFromEnd ? -last : first, slabs);
+  PushSurvivors<kMoving>(pair, index, mask, kFromEnd ? -last : first);
 }
 
 /// Applies the slabs, in float, where they are made.
@@ -295,25 +312,20 @@ template <class Scalar, class Judgement>
 template <bool kMoving>
 unsigned Walk<Scalar, Judgement>::Narrow(const NodePair<Scalar>& pair, const Boxes<Scalar>& boxes,
                                          std::size_t node, const Box<Scalar>& other, unsigned mask,
-                                         Four<Scalar>& first, Four<Scalar>& last,
-                                         const SlabNode*& slabs) const {
+                                         Four<Scalar>& first, Four<Scalar>& last) const {
   if constexpr (sizeof(Scalar) == sizeof(float)) {
     const TreeInUse<Scalar>& used = m_scene.template TreeOf<kMoving>(pair.fixedBody);
     if (used.slabs == nullptr) return mask;
-    slabs = &used.slabs->nodes[node];
-    const Float4 reach = slabs->reach + Float4::Of(RoundedUp(other.Reach()));
-    const Float4 margin = Float4::Of(m_scene.slabMargin);
-    if (!m_scene.moving.HasOffset()) {
-      const Slab& slab = kMoving ? pair.fixed.slab : pair.moving.slab;
-      m_scene.slabTest.template Narrow<kMoving>(
-          boxes, *slabs, other, slab, reach * Float4::Of(kSlabError) + margin, first, last);
+    const SlabNode& slabs = used.slabs->nodes[node];
+    const SlabLanes* sides = used.slabs->SidesOf(node);
+    const WalkSide<Scalar>& one = kMoving ? pair.fixed : pair.moving;
+    if (sides == nullptr && one.side == Slabs::kNoSide) {
+      NarrowBySlabs<kMoving>(boxes, slabs, other, one.slab, first, last);
     } else {
-      const SlabShift shift(m_scene.moving.Offset());
-      const Float4 error =
-          (reach + Float4::Of(shift.Reach())) * Float4::Of(kShiftedSlabError) + margin;
-      const Slab slab = kMoving ? pair.fixed.slab : shift.Of(pair.moving.slab);
-      const SlabNode placed = kMoving ? shift.Of(*slabs) : *slabs;
-      m_scene.slabTest.template Narrow<kMoving>(boxes, placed, other, slab, error, first, last);
+      const TreeInUse<Scalar>& ofOne = m_scene.template TreeOf<!kMoving>(pair.fixedBody);
+      const Slab side = ofOne.slabs != nullptr ? ofOne.slabs->SideAt(one.side) : Slab{};
+      NarrowBySides<kMoving>(boxes, slabs, sides != nullptr ? *sides : SlabLanes{},
+                             sides != nullptr, other, one.slab, side, first, last);
     }
     return mask & AtMost(first, last);
   } else {
@@ -323,9 +335,57 @@ unsigned Walk<Scalar, Judgement>::Narrow(const NodePair<Scalar>& pair, const Box
 
 template <class Scalar, class Judgement>
 template <bool kMoving>
-void Walk<Scalar, Judgement>::PushSurvivors(const NodePair<Scalar>& pair,
-                                            const TreeNode<Scalar>& node, unsigned mask,
-                                            const Four<Scalar>& from, const SlabNode* slabs) {
+void Walk<Scalar, Judgement>::NarrowBySlabs(const Boxes<float>& boxes, const SlabNode& slabs,
+                                            const Box<float>& other, const Slab& slab,
+                                            Float4& first, Float4& last) const {
+  const Float4 reach = slabs.reach + Float4::Of(RoundedUp(other.Reach()));
+  const Float4 margin = Float4::Of(m_scene.slabMargin);
+  const SlabTest& test = m_scene.slabTest;
+  if (!m_scene.moving.HasOffset()) {
+    test.template Narrow<kMoving>(boxes, slabs, other, slab,
+                                  reach * Float4::Of(kSlabError) + margin, first, last);
+    return;
+  }
+  const SlabShift shift(m_scene.moving.Offset());
+  const Float4 error = (reach + Float4::Of(shift.Reach())) * Float4::Of(kShiftedSlabError) + margin;
+  if constexpr (kMoving) {
+    test.template Narrow<true>(boxes, shift.Of(slabs), other, slab, error, first, last);
+  } else {
+    test.template Narrow<false>(boxes, slabs, other, shift.Of(slab), error, first, last);
+  }
+}
+
+template <class Scalar, class Judgement>
+template <bool kMoving>
+void Walk<Scalar, Judgement>::NarrowBySides(const Boxes<float>& boxes, const SlabNode& slabs,
+                                            const SlabLanes& sides, bool haveSides,
+                                            const Box<float>& other, const Slab& slab,
+                                            const Slab& side, Float4& first, Float4& last) const {
+  const Float4 reach = slabs.reach + Float4::Of(RoundedUp(other.Reach()));
+  const Float4 margin = Float4::Of(m_scene.slabMargin);
+  const SlabTest& test = m_scene.slabTest;
+  if (!m_scene.moving.HasOffset()) {
+    test.template NarrowBySides<kMoving>(boxes, slabs, sides, haveSides, other, slab, side,
+                                         reach * Float4::Of(kSideError) + margin, first, last);
+    return;
+  }
+  const SlabShift shift(m_scene.moving.Offset());
+  const Float4 error = (reach + Float4::Of(shift.Reach())) * Float4::Of(kShiftedSideError) + margin;
+  if constexpr (kMoving) {
+    test.template NarrowBySides<true>(boxes, shift.Of(slabs), shift.Of(sides), haveSides, other,
+                                      slab, side, error, first, last);
+  } else {
+    test.template NarrowBySides<false>(boxes, slabs, sides, haveSides, other, shift.Of(slab),
+                                       shift.Of(side), error, first, last);
+  }
+}
+
+template <class Scalar, class Judgement>
+template <bool kMoving>
+void Walk<Scalar, Judgement>::PushSurvivors(const NodePair<Scalar>& pair, std::size_t index,
+                                            unsigned mask, const Four<Scalar>& from) {
+  const TreeInUse<Scalar>& used = m_scene.template TreeOf<kMoving>(pair.fixedBody);
+  const TreeNode<Scalar>& node = used.tree->nodes[index];
   int order[4];
   int count = 0;
   Scalar first[4];
@@ -353,7 +413,9 @@ void Walk<Scalar, Judgement>::PushSurvivors(const NodePair<Scalar>& pair,
     side.ref = node.child[lane];
     side.least = node.least[lane];
     side.box = node.boxes.At(lane);
-    side.slab = slabs != nullptr ? slabs->At(lane) : Slab{};
+    side.slab = used.slabs != nullptr ? used.slabs->nodes[index].At(lane) : Slab{};
+    side.side = used.slabs != nullptr ? used.slabs->SideNumber(index, lane) : Slabs::kNoSide;
+    side.size = SizeOf(side, used);
     pushed.from = first[lane];
     pushed.share = pair.share / static_cast<float>(count);
   }

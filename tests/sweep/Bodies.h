@@ -49,6 +49,25 @@ inline Mesh Bowl(int count, double bend) {
   return mesh;
 }
 
+/// The rotation by the unit quaternion (0.8, 0.36, 0.48, 0), so that nothing is along an axis.
+inline Coord3 Turned(const Coord3& p) {
+  return {0.5392 * p.x + 0.3456 * p.y + 0.768 * p.z, 0.3456 * p.x + 0.7408 * p.y - 0.576 * p.z,
+          -0.768 * p.x + 0.576 * p.y + 0.28 * p.z};
+}
+
+/// Strips side by side, of length 1 and width 2^-8, at every 2^-7 along z = bend * y^2, turned
+/// against the axes. Each strip is two triangles.
+inline Mesh Needles(int count, double bend) {
+  Mesh mesh;
+  const auto at = [&](double x, double y) { return Turned({x, y, bend * y * y}); };
+  for (int k = 0; k < count; ++k) {
+    const double y = 0x1p-7 * (k - 0.5 * count);
+    const double next = y + 0x1p-8;
+    sweep_shapes::AddQuad(mesh, at(0.0, y), at(1.0, y), at(1.0, next), at(0.0, next));
+  }
+  return mesh;
+}
+
 inline Mesh Soup(unsigned seed, std::size_t count) {
   std::mt19937_64 random(seed);
   return sweep_shapes::Soup(random, count, 1.0, 0.1, 0.0);

@@ -24,7 +24,7 @@ void ExpectHolds(const Slab& slab, const Coord3& p) {
 
 std::vector<Mesh> Families() {
   std::vector<Mesh> families;
-  for (const Mesh& mesh : {Bowl(30, 0.3), Bowl(30, 0.0), Soup(5, 800)}) {
+  for (const Mesh& mesh : {Bowl(30, 0.3), Bowl(30, 0.0), Soup(5, 800), Needles(200, 0.5)}) {
     families.push_back(mesh);
     families.push_back(Single(mesh));
     // Coordinates much larger than the body: every rounding shows.
@@ -69,6 +69,185 @@ TEST(Slabs, AreThinWhereTheSurfaceIsFlat) {
   EXPECT_NEAR(std::fabs(slabs.root.normal[2]), 1.0f, 1e-6f);
   const Parts one(Mesh{plate.file, {plate.corners.begin(), plate.corners.begin() + 3}, {}});
   EXPECT_LT(Slabs::Of(one.corners, one.leaves, one.tree)->root.to, 1.00001f);
+}
+
+float LengthOf(const Slab& slab) {
+  return std::sqrt(slab.normal[0] * slab.normal[0] + slab.normal[1] * slab.normal[1] +
+                   slab.normal[2] * slab.normal[2]);
+}
+
+TEST(Slabs, SidesHoldEveryCorner) {
+  std::size_t sides = 0;
+  for (const Mesh& mesh : Families()) {
+    const Parts parts(mesh);
+    const auto made = Slabs::Of(parts.corners, parts.leaves, parts.tree);
+    for (std::size_t k = 0; k < made->nodes.size(); ++k) {
+      for (int lane = 0; lane < 4; ++lane) {
+        const std::uint32_t number = made->SideNumber(k, lane);
+        const Slab side = made->SideAt(number);
+        if (number == Slabs::kNoSide) {
+          EXPECT_TRUE(side.IsNone());
+          continue;
+        }
+        ++sides;
+        EXPECT_NEAR(LengthOf(side), 1.0f, 0x1p-20f);
+        EachPlace(parts.tree, parts.leaves, parts.tree.nodes[k].child[lane],
+                  [&](std::size_t place) {
+                    for (int c = 0; c < 3; ++c)
+                      ExpectHolds(side, parts.corners.At(place, c));
+                  });
+      }
+    }
+  }
+  EXPECT_GT(sides, 100u);
+}
+
+/// Eight triangles are four strips: three steps of 2^-7 and a width of 2^-8.
+TEST(Slabs, SidesAreAsWideAsTheStripsTogether) {
+  const Parts parts(Needles(64, 0.0));
+  const auto made = Slabs::Of(parts.corners, parts.leaves, parts.tree);
+  const Coord3 across = Turned({0.0, 1.0, 0.0});
+  std::size_t leaves = 0;
+  for (std::size_t k = 0; k < made->nodes.size(); ++k) {
+    for (int lane = 0; lane < 4; ++lane) {
+      const TreeRef child = parts.tree.nodes[k].child[lane];
+      if (child.IsNone() || !child.IsLeaf()) continue;
+      ++leaves;
+      const Slab side = made->SideAt(made->SideNumber(k, lane));
+      EXPECT_NEAR(std::fabs(static_cast<double>(AlongNormal(side.normal, across))), 1.0, 1e-4);
+      // The corners of a strip spread along its diagonal too, which tilts the side a little.
+      EXPECT_GE(side.to - side.from, 3.5f * 0x1p-7f);
+      EXPECT_LE(side.to - side.from, 1.1f * 3.5f * 0x1p-7f);
+    }
+  }
+  EXPECT_EQ(leaves, 16u);
+}
+
+TEST(Slabs, WideTrianglesHaveNoSides) {
+  const Parts parts(Bowl(30, 0.3));
+  const auto made = Slabs::Of(parts.corners, parts.leaves, parts.tree);
+  EXPECT_EQ(made->SidesOf(0), nullptr);
+  EXPECT_EQ(made->Bytes(), made->nodes.Bytes());
+}
+
+/// A child of a node, as one side of a test.
+struct Child {
+  Child(const Parts& parts, const Slabs& slabs, std::size_t node, int lane)
+      : box(parts.tree.nodes[node].boxes.At(lane)), slab(slabs.nodes[node].At(lane)),
+        side(slabs.SideAt(slabs.SideNumber(node, lane))) {}
+
+  Box<float> box;
+  Slab slab, side;
+};
+
+struct Travels {
+  Float4 first, last;
+};
+
+/// Tests the children of a node against one child, with side slabs.
+template <bool kFourMove>
+Travels BySides(const Coord3& direction, const Parts& parts, const Slabs& slabs, std::size_t node,
+                const Child& one, float limit) {
+  const SlabLanes* sides = slabs.SidesOf(node);
+  const Float4 reach = slabs.nodes[node].reach + Float4::Of(RoundedUp(one.box.Reach()));
+  Travels travels{Float4::Of(0.0f), Float4::Of(limit)};
+  SlabTest(direction).NarrowBySides<kFourMove>(
+      parts.tree.nodes[node].boxes, slabs.nodes[node], sides != nullptr ? *sides : SlabLanes{},
+      sides != nullptr, one.box, one.slab, one.side, reach * Float4::Of(kSideError), travels.first,
+      travels.last);
+  return travels;
+}
+
+/// Calls work(node, lane) for each child that is a leaf.
+template <class Work>
+void EachLeaf(const Parts& parts, const Work& work) {
+  for (std::size_t node = 0; node < parts.tree.nodes.size(); ++node) {
+    for (int lane = 0; lane < 4; ++lane) {
+      const TreeRef child = parts.tree.nodes[node].child[lane];
+      if (!child.IsNone() && child.IsLeaf()) work(node, lane);
+    }
+  }
+}
+
+/// A sheet of strips travels onto its copy. The leaves hold four strips each, and 2^-8 is between
+/// the strips of two leaves, so each leaf meets its own copy alone. The boxes of all overlap.
+TEST(SlabTest, RejectsNeedlesBesideEachOtherByTheirSides) {
+  const Mesh strips = Needles(64, 0.0);
+  const Parts below(strips);
+  const Parts above(sweep_shapes::Moved(strips, Turned({0.0, 0.0, 0.25})));
+  const auto slabsBelow = Slabs::Of(below.corners, below.leaves, below.tree);
+  const auto slabsAbove = Slabs::Of(above.corners, above.leaves, above.tree);
+  const Coord3 down = Turned({0.0, 0.0, -1.0});
+  const Coord3 up = Turned({0.0, 0.0, 1.0});
+  std::size_t kept = 0;
+  EachLeaf(below, [&](std::size_t node, int lane) {
+    const Child one(below, *slabsBelow, node, lane);
+    EachLeaf(above, [&](std::size_t other, int at) {
+      const bool isCopy = below.tree.nodes[node].least[lane] == above.tree.nodes[other].least[at];
+      const Travels moves = BySides<true>(down, above, *slabsAbove, other, one, Box<float>::kFar);
+      EXPECT_EQ(moves.first[at] <= moves.last[at], isCopy);
+      if (isCopy) {
+        EXPECT_NEAR(moves.first[at], 0.25f, 1e-3f);
+      }
+      const Travels stays = BySides<false>(up, above, *slabsAbove, other, one, Box<float>::kFar);
+      EXPECT_EQ(stays.first[at] <= stays.last[at], isCopy);
+      kept += isCopy ? 1 : 0;
+    });
+  });
+  EXPECT_EQ(kept, 16u);
+}
+
+/// Bent sheets of strips of which corner k of the moving one meets corner j of the fixed one after
+/// `travel`, up to roundings far below the errors that the slabs allow for.
+TEST(SlabTest, SidesNeverRejectACornerThatMeetsACorner) {
+  std::mt19937_64 random(17);
+  std::uniform_real_distribution<double> real(-1.0, 1.0);
+  std::size_t raised = 0;
+  for (int round = 0; round < 300; ++round) {
+    Coord3 d{real(random), real(random), round % 2 == 0 ? 1.0 : -1.0};
+    // The strips slide along each other, nearly.
+    if (round % 3 == 1) d = Turned({1.0, 0x1p-9 * real(random), 0x1p-9 * real(random)});
+    const double travel = std::fabs(real(random)) * (round % 4 == 0 ? 0x1p-6 : 1.0);
+    const float limit = round % 5 < 2 ? RoundedUp(travel) : Box<float>::kFar;
+    const Coord3 far{100.0 * real(random), 100.0 * real(random), 100.0 * real(random)};
+    const Mesh fixed = sweep_shapes::Moved(Needles(40, 0.5), round % 2 == 0 ? Coord3{} : far);
+    Mesh moving = sweep_shapes::Stretched(Needles(40, 1.0), {1.0, round % 7 == 0 ? 0.7 : 1.0, 1.0});
+    const std::size_t j = random() % fixed.corners.size();
+    const std::size_t k = random() % moving.corners.size();
+    const Coord3 target =
+        gsl_arithmetic::Subtract(fixed.corners[j], gsl_arithmetic::Multiply(d, travel));
+    moving = sweep_shapes::Moved(moving, gsl_arithmetic::Subtract(target, moving.corners[k]));
+    const Parts a(moving);
+    const Parts b(fixed);
+    const auto slabsA = Slabs::Of(a.corners, a.leaves, a.tree);
+    const auto slabsB = Slabs::Of(b.corners, b.leaves, b.tree);
+    const auto holds = [](const Parts& parts, std::size_t node, int lane, std::size_t triangle) {
+      bool isIn = false;
+      EachPlace(parts.tree, parts.leaves, parts.tree.nodes[node].child[lane],
+                [&](std::size_t place) { isIn = isIn || parts.corners.Number(place) == triangle; });
+      return isIn;
+    };
+    for (std::size_t node = 0; node < a.tree.nodes.size(); ++node) {
+      for (int lane = 0; lane < 4; ++lane) {
+        if (!holds(a, node, lane, k / 3)) continue;
+        for (std::size_t other = 0; other < b.tree.nodes.size(); ++other) {
+          for (int at = 0; at < 4; ++at) {
+            if (!holds(b, other, at, j / 3)) continue;
+            const Travels moves =
+                BySides<true>(d, a, *slabsA, node, Child(b, *slabsB, other, at), limit);
+            ASSERT_LE(moves.first[lane], travel) << "round " << round;
+            ASSERT_GE(moves.last[lane], travel) << "round " << round;
+            const Travels stays =
+                BySides<false>(d, b, *slabsB, other, Child(a, *slabsA, node, lane), limit);
+            ASSERT_LE(stays.first[at], travel) << "round " << round;
+            ASSERT_GE(stays.last[at], travel) << "round " << round;
+            raised += moves.first[lane] > 0.0f ? 1 : 0;
+          }
+        }
+      }
+    }
+  }
+  EXPECT_GT(raised, 100u);
 }
 
 /// Two bowls of which corner k of the moving one meets corner j of the fixed one after `travel`:
