@@ -116,6 +116,18 @@ private:
     const Slab across = used.slabs->SideAt(side.side);
     return 2.0f * (across.to - across.from);
   }
+  /// Fetches a node that will be visited soon.
+  static void Fetch(TreeRef ref, const TreeInUse<Scalar>& used) {
+    if (ref.IsLeaf()) return;
+    FetchLines(used.tree->nodes[ref.Index()]);
+    if (used.slabs != nullptr) FetchLines(used.slabs->nodes[ref.Index()]);
+  }
+  template <class T>
+  static void FetchLines(const T& object) {
+    constexpr std::size_t kCacheLine = 64;
+    for (std::size_t at = 0; at < sizeof(T); at += kCacheLine)
+      __builtin_prefetch(reinterpret_cast<const char*>(&object) + at);
+  }
   template <bool kMoving, class GoesOn>
   void Improve(std::size_t fixedBody, const GoesOn& goesOn);
   template <class GoesOn>
@@ -415,6 +427,7 @@ void Walk<Scalar, Judgement>::PushSurvivors(const NodePair<Scalar>& pair, std::s
     side.box = node.boxes.At(lane);
     side.slab = used.slabs != nullptr ? used.slabs->nodes[index].At(lane) : Slab{};
     side.side = used.slabs != nullptr ? used.slabs->SideNumber(index, lane) : Slabs::kNoSide;
+    Fetch(side.ref, used);
     side.size = SizeOf(side, used);
     pushed.from = first[lane];
     pushed.share = pair.share / static_cast<float>(count);
