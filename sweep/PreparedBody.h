@@ -76,7 +76,7 @@ public:
   }
   /// Returns true when walks have taken about as long as making the fine tree takes.
   bool DeservesFine() const {
-    return m_visits.load(std::memory_order_relaxed) >= kLeastVisits + m_triangleCount / 4;
+    return m_visits.load(std::memory_order_relaxed) >= kLeastVisits + m_triangleCount;
   }
 
   std::size_t Bytes() const;

@@ -158,7 +158,7 @@ TEST(PreparedBody, SlabsThatAreGivenUpAreMadeLater) {
 TEST(PreparedBody, DeservesAFineTreeAfterManyVisits) {
   const Mesh mesh = Bowl(100, 0.3); // 20000 triangles
   const PreparedBody body(ViewOf(mesh));
-  body.CountVisits(14999);
+  body.CountVisits(29999);
   EXPECT_FALSE(body.DeservesFine());
   body.CountVisits(1);
   EXPECT_TRUE(body.DeservesFine());
