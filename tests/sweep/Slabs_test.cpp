@@ -123,6 +123,30 @@ TEST(Slabs, SidesAreAsWideAsTheStripsTogether) {
   EXPECT_EQ(leaves, 16u);
 }
 
+TEST(SlabShift, MovesSidesWithTheirCorners) {
+  const Parts parts(Needles(64, 0.5));
+  const auto made = Slabs::Of(parts.corners, parts.leaves, parts.tree);
+  ASSERT_GT(made->sides.size(), 0u);
+  const Coord3 offset{0.3, -7.1, 100.7};
+  const SlabShift shift(offset);
+  for (std::size_t k = 0; k < made->nodes.size(); ++k) {
+    if (made->SidesOf(k) == nullptr) continue;
+    const SlabLanes moved = shift.Of(*made->SidesOf(k));
+    for (int lane = 0; lane < 4; ++lane) {
+      const Slab side = moved.At(lane);
+      if (side.IsNone()) continue;
+      const double error =
+          (made->nodes[k].reach[lane] + shift.Reach()) * static_cast<double>(kShiftedSideError);
+      EachPlace(parts.tree, parts.leaves, parts.tree.nodes[k].child[lane], [&](std::size_t place) {
+        const Coord3 p = gsl_arithmetic::Add(parts.corners.At(place, 0), offset);
+        const double along = static_cast<double>(AlongNormal(side.normal, p));
+        ASSERT_LE(side.from, along + error);
+        ASSERT_LE(along, side.to + error);
+      });
+    }
+  }
+}
+
 TEST(Slabs, WideTrianglesHaveNoSides) {
   const Parts parts(Bowl(30, 0.3));
   const auto made = Slabs::Of(parts.corners, parts.leaves, parts.tree);
