@@ -17,15 +17,16 @@
 /// Errors   none of its own; what the functions throw that it calls.
 class GSL_HOST_API cls_ReadRun {
 public:
+  /// What a field of the record must be for a run.
   struct Field {
-    const char* name;
-    cls_AttributeType type;
+    const char* name;       ///< the name it is stored under
+    cls_AttributeType type; ///< the kind of value
   };
   /// The fields of a class in write order. A load keeps which shapes begin with them, so the list
   /// lives as long as each load that reads the class.
   struct Fields {
-    const Field* first;
-    std::size_t count;
+    const Field* first; ///< the first of `count` in a row
+    std::size_t count;  ///< how many there are
   };
 
   /// Starts at the first field of a visitor. The visitor goes on after the fields that were taken
@@ -62,13 +63,16 @@ public:
   /// Returns the identity of a record that a field holds.
   cls_Uid GetUid() const { return m_uid; }
 
+  /// Takes the next field, an integer.
   int TakeInteger() { return cls_StoredFields::IntegerOf(TakeNumber()); }
+  /// Takes the next field, a number of 64 bits.
   double TakeDouble() {
     const double value = cls_StoredFields::DoubleAt(m_at);
     m_at += sizeof value;
     ++m_taken;
     return value;
   }
+  /// Takes the next field, which is true or false.
   [[nodiscard]] bool TakeBoolean() {
     ++m_taken;
     return *m_at++ != 0;
