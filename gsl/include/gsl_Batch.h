@@ -135,7 +135,8 @@ struct gsl_BatchContact {
 /// Arguments  `direction`, `margin`, degenerate input and NaN are as in the single call. Both flags
 ///            of twoSided are read.
 /// Speed      pairs of faces are swept in vector registers. A pair with a triangle edge-on, and a
-///            pair that touches at the border of a tolerance, take the time of the single call.
+///            pair that touches at the border of a tolerance, take the time of the single call; so
+///            do most pairs with a linear tolerance of 0.
 [[nodiscard]] GSL_API bool gsl_SweepTriangles(std::size_t count, const gsl_Vector& direction,
                                               const gsl_BatchTriangles& a,
                                               const gsl_BatchTriangles& b, const bool* twoSided,
