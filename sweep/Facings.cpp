@@ -9,6 +9,7 @@ namespace gsl_sweep {
 
 using gsl_exact::TwoDifference;
 using gsl_exact::TwoProduct;
+using gsl_exact::TwoSum;
 
 namespace {
 
@@ -323,7 +324,9 @@ bool Facings::Hold(const Coord3& offset, const Coord3& direction) const {
     const bool matters = d[Next(k)] != 0.0 || d[Next(Next(k))] != 0.0;
     if (!matters || o[k] == 0.0) continue;
     const double smaller = std::min(unit[k], UnitOf(o[k]));
-    if (!(reach[k] + std::fabs(o[k]) <= 0x1p53 * smaller)) return false;
+    const double most = 0x1p53 * smaller;
+    const auto sum = TwoSum(reach[k], std::fabs(o[k]));
+    if (!(sum.hi < most || (sum.hi == most && sum.lo <= 0.0))) return false;
   }
   return true;
 }

@@ -189,6 +189,8 @@ TEST(Facings, HoldUntilAnOffsetRoundsACoordinateThatMatters) {
   EXPECT_TRUE(facings->Hold({0.0, 0.0, 0.0}, aslant));
   EXPECT_TRUE(facings->Hold({most, -most, most}, aslant));
   EXPECT_FALSE(facings->Hold({0.0, most + 1.0, 0.0}, aslant));
+  // The sum with the largest coordinate rounds to 2^53 quarters.
+  EXPECT_FALSE(facings->Hold({0.0, most + 0.25, 0.0}, aslant));
   EXPECT_FALSE(facings->Hold({0x1p-54, 0.0, 0.0}, aslant));
   EXPECT_TRUE(facings->Hold({0x1p-50, 0.0, 0.0}, aslant));
   // Heights do not turn a normal up or down.
