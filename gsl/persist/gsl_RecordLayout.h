@@ -89,11 +89,18 @@ void gsl_TakeFields(Run& run, typename gsl_RecordLayout<C>::Stored& stored) {
   std::apply([&](const auto&... field) { (take(field), ...); }, gsl_RecordLayout<C>::kFields);
 }
 
+/// Whether a field of a layout holds an object.
+template <class Stored, class... Members>
+constexpr bool gsl_AnyHoldsAnObject(const std::tuple<gsl_Field<Stored, Members>...>&) {
+  return ((gsl_FieldKind<Members>::kAttribute.type == cls_ObjectAttribute) || ...);
+}
+
 /// Takes the field that holds an object of class C, of which `uid` and `stored` are parts. Where
 /// its record does not fit, `read` reads the object.
 template <class C, class Run, class Read>
 void gsl_TakeObject(Run& run, cls_Uid& uid, typename gsl_RecordLayout<C>::Stored& stored,
                     const Read& read) {
+  static_assert(!gsl_AnyHoldsAnObject(gsl_RecordLayout<C>::kFields), "a nested run has no visitor");
   Run own(run, C::TypeId(), gsl_RunLayout<C, Run>::kFields);
   if (!own.Fits()) return run.TakeObject(read);
   uid = own.GetUid();
