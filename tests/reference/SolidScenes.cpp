@@ -184,7 +184,7 @@ private:
   void Shear();
   void Mirror();
   void SplitEdges(std::vector<Point>& surface);
-  static bool AreOnOneSide(const Point& a, const Point& b, const Point& c, const Point& d);
+  static bool AreOnBothSides(const Point& a, const Point& b, const Point& c, const Point& d);
   void FoldAnEdge(std::vector<Point>& surface);
   void Shuffle(std::vector<Point>& surface);
 
@@ -463,8 +463,8 @@ void SolidMaker::SplitEdges(std::vector<Point>& surface) {
   }
 }
 
-/// Returns true when two points in a plane through a and b are on the same side of the line.
-bool SolidMaker::AreOnOneSide(const Point& a, const Point& b, const Point& c, const Point& d) {
+/// Returns true when two points in a plane through a and b are on different sides of the line.
+bool SolidMaker::AreOnBothSides(const Point& a, const Point& b, const Point& c, const Point& d) {
   std::int64_t product = 0;
   for (std::size_t k = 0; k < 3; ++k) {
     const std::size_t u = (k + 1) % 3;
@@ -474,7 +474,7 @@ bool SolidMaker::AreOnOneSide(const Point& a, const Point& b, const Point& c, co
     };
     product += normal(c) * normal(d);
   }
-  return product > 0;
+  return product < 0;
 }
 
 /// Divides an edge within a flat side, by a vertex that is a step off the edge, and fills the gap
@@ -494,7 +494,7 @@ void SolidMaker::FoldAnEdge(std::vector<Point>& surface) {
     const Point c = s[(n % 3 + 2) % 3];
     const Point d = t[(n / 3 % 3 + 2) % 3];
     if (one == other || t[n / 3 % 3] != b || t[(n / 3 % 3 + 1) % 3] != a) continue;
-    if (SixfoldVolume({a, b, c, a, c, d, a, d, b, b, d, c}) != 0 || AreOnOneSide(a, b, c, d)) {
+    if (SixfoldVolume({a, b, c, a, c, d, a, d, b, b, d, c}) != 0 || !AreOnBothSides(a, b, c, d)) {
       continue;
     }
     const Point& towards = Chance(0.8) ? c : d;
