@@ -1,5 +1,7 @@
 #include "FirstContact.h"
 
+#include "RayCount.h"
+
 #include <cmath>
 
 namespace gsl_sweep {
@@ -191,7 +193,8 @@ bool FirstContact<Scalar>::JudgeTriangles(const LeafPair<Scalar>& leaves, std::s
     break;
   }
   // Under Rule::Solid the travel may be zero, which is always within the greatest distance.
-  if (found.travel.numerator.Sign() != 0 &&
+  const bool isSolidAtRest = found.travel.numerator.Sign() == 0;
+  if (!isSolidAtRest &&
       CompareLength(found.travel, m_scene.direction.Vector(), m_maxDistance) > 0) {
     return true;
   }
@@ -201,8 +204,27 @@ bool FirstContact<Scalar>::JudgeTriangles(const LeafPair<Scalar>& leaves, std::s
     if (order > 0 || (order == 0 && m_best.PrecedesAll(found.moving, found.fixed))) return true;
     if (order < 0) ForgetTies();
   }
+  if (isSolidAtRest && AreTurnedOver(leaves, fixedBody, i, j)) return true;
   Lower(found);
   return true;
+}
+
+/// Returns true when both triangles of a pair of solids are turned over, so that they do not stop
+/// the solids where they meet at travel 0.
+//
+// On a line along the direction, the moving solid is then just beyond its triangle and the fixed
+// solid just before its own: the one rests on the other, and leaves it. When one triangle alone is
+// turned over, both solids are on the same side, so they overlap at rest, which was decided before.
+// After a positive travel, the solids meet before two triangles do of which one is turned over: the
+// moving solid is in the way with its own front, or the fixed solid with its own back.
+template <class Scalar>
+bool FirstContact<Scalar>::AreTurnedOver(const LeafPair<Scalar>& leaves, std::size_t fixedBody,
+                                         int i, int j) const {
+  const auto goesOn = [] { return true; };
+  const PlacedBody<Scalar> moving(*m_scene.bodies.moving, m_scene.moving);
+  if (!IsTurnedOver(moving, leaves.moving.place[i], goesOn)) return false;
+  const PlacedBody<Scalar> fixed(*m_scene.bodies.fixed[fixedBody], m_scene.fixed);
+  return IsTurnedOver(fixed, leaves.fixed.place[j], goesOn);
 }
 
 template <class Scalar>

@@ -57,6 +57,7 @@ private:
   using Leaf = LeafTriangles<Scalar>;
 
   bool JudgeTriangles(const LeafPair<Scalar>& leaves, std::size_t fixedBody, int i, int j);
+  bool AreTurnedOver(const LeafPair<Scalar>& leaves, std::size_t fixedBody, int i, int j) const;
   void Lower(const FoundPair& found);
   void CountTie();
   void ForgetTies();

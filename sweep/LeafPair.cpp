@@ -176,6 +176,7 @@ void Gather(const Scene<Scalar>& scene, const PreparedBody& body, const Leaves& 
     WriteTriangle(leaf, k, corner, placement, isExact);
     all.Include(leaf.ExactBoxOf(k));
     leaf.number[k] = corners.Number(place);
+    leaf.place[k] = static_cast<std::uint32_t>(place);
     if (!IsCopy(leaf, k)) leaf.distinct |= 1u << k;
     if (scene.filters) WritePlane(leaf, k, scene.direction.Vector(), clearance);
     if (scene.filters && scene.rule == Rule::Solid) WriteShadow(leaf, k, scene.shadowAxes);

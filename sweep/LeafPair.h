@@ -24,6 +24,7 @@ struct LeafTriangles {
   double shadowLow[2][kLeafSize], shadowHigh[2][kLeafSize];
   Scalar low[3][kLeafSize], high[3][kLeafSize];
   std::uint32_t number[kLeafSize];
+  std::uint32_t place[kLeafSize]; ///< in the body
   double reach;
   double planeReach; ///< of the corners at which the planes begin
   int count = 0;

@@ -124,6 +124,18 @@ int TurnsAround(Beside beside, const PlacedBody<Scalar>& one, std::size_t place,
   return TurnsAround(beside, one, place, other, goesOn, [](std::size_t) { return true; });
 }
 
+/// Returns true when other triangles of its own component cover a triangle of a solid and face the
+/// other way. Other components, and walls that touch each other, do not turn a triangle over.
+/// Requires a triangle with area. The result is arbitrary when `goesOn` has returned false.
+template <class Scalar, class GoesOn>
+bool IsTurnedOver(const PlacedBody<Scalar>& one, std::size_t place, const GoesOn& goesOn) {
+  const auto ofComponent = [&](Beside beside) {
+    return TurnsAround(beside, one, place, one, goesOn,
+                       [&](std::size_t other) { return one.body.AreOfOneComponent(place, other); });
+  };
+  return ofComponent(Beside::Under) < ofComponent(Beside::Over);
+}
+
 } // namespace gsl_sweep
 
 #endif

@@ -139,9 +139,8 @@ void SolidStart<Scalar>::JudgePlaces(std::size_t movingPlace, const SurfaceTrian
   if (m_best.PrecedesAll(pair.moving, pair.fixed)) return;
   const SolidMeeting meeting = MeetAtRest(moving, fixed);
   if (meeting == SolidMeeting::Apart) return;
-  const bool overlaps = meeting == SolidMeeting::Overlapping &&
-                        !IsTurnedOver(Moving(), movingPlace) &&
-                        !IsTurnedOver(Fixed(fixedBody), fixedPlace);
+  const bool overlaps = meeting == SolidMeeting::Overlapping && !IsTurned(Moving(), movingPlace) &&
+                        !IsTurned(Fixed(fixedBody), fixedPlace);
   const auto triangle = [this](const SurfaceTriangle& t) {
     return MakeTriangle(m_scene.direction, t.corner[0], t.corner[1], t.corner[2]);
   };
@@ -228,16 +227,10 @@ bool SolidStart<Scalar>::IsBeside(Beside beside, const Placed& one, std::size_t 
   return TurnsAround(beside, one, place, other, [this] { return Goes(); }) > 0;
 }
 
-/// Returns true when other triangles of its own component cover a triangle with area and face the
-/// other way. Other components, and walls that touch each other, do not turn a triangle over.
+/// Returns true when a triangle with area is turned over.
 template <class Scalar>
-bool SolidStart<Scalar>::IsTurnedOver(const Placed& one, std::size_t place) {
-  const auto turns = [&](Beside beside) {
-    return TurnsAround(
-        beside, one, place, one, [this] { return Goes(); },
-        [&](std::size_t other) { return one.body.AreOfOneComponent(place, other); });
-  };
-  return turns(Beside::Under) < turns(Beside::Over);
+bool SolidStart<Scalar>::IsTurned(const Placed& one, std::size_t place) {
+  return IsTurnedOver(one, place, [this] { return Goes(); });
 }
 
 /// Returns true when the points beside a triangle that are inside its own body are inside the other
@@ -246,7 +239,7 @@ bool SolidStart<Scalar>::IsTurnedOver(const Placed& one, std::size_t place) {
 template <class Scalar>
 bool SolidStart<Scalar>::IsInside(const Placed& one, std::size_t place, const Placed& other) {
   if (!one.TriangleAt(place).HasArea() || !IsBeside(Beside::Under, one, place, other)) return false;
-  return !IsTurnedOver(one, place) || IsBeside(Beside::Over, one, place, other);
+  return !IsTurned(one, place) || IsBeside(Beside::Over, one, place, other);
 }
 
 template class SolidStart<float>;

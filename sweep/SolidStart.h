@@ -72,7 +72,7 @@ private:
   bool LookUnderAll();
   bool FindComponentInside(std::size_t fixedBody, bool movingInside);
   bool IsBeside(Beside beside, const Placed& one, std::size_t place, const Placed& other);
-  bool IsTurnedOver(const Placed& one, std::size_t place);
+  bool IsTurned(const Placed& one, std::size_t place);
   bool IsInside(const Placed& one, std::size_t place, const Placed& other);
 
   const Scene<Scalar>& m_scene;

@@ -21,4 +21,14 @@ TEST(SolidGuard, TheSweepAgreesWithTheJudge) {
   EXPECT_GE(tally.touching, tally.scenes / 2);
 }
 
+TEST(SolidGuard, TrianglesThatAreTurnedOverInBothBodiesStopNothing) {
+  std::size_t folds = 0;
+  while (std::string(SolidFamilyName(folds)) != "folds")
+    ++folds;
+  SolidTally tally;
+  // The bodies rest on each other by triangles that are turned over.
+  for (const std::uint64_t seed : {77029, 78125})
+    EXPECT_EQ(SolidComplaint(MakeSolidScene(folds, seed), tally), "");
+}
+
 } // namespace

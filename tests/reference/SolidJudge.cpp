@@ -219,11 +219,97 @@ struct Shadow {
   std::int64_t u[3], v[3];
 };
 
+/// A line along the direction, as a point across it.
+struct Line {
+  Rational u, v;
+};
+
+Line PointOf(const Shadow& shadow, std::size_t c) {
+  return {Rational(Whole(shadow.u[c])), Rational(Whole(shadow.v[c]))};
+}
+
+/// Returns twice the area that a line sees of an edge, with its sign.
+Rational AreaFrom(const Line& from, const Line& to, const Line& line) {
+  return (to.u - from.u) * (line.v - from.v) - (to.v - from.v) * (line.u - from.u);
+}
+
+/// Returns a line that meets the insides of two triangles, whose shadows share area.
+Line LineThrough(const Shadow& a, const Shadow& b) {
+  std::vector<Line> polygon{PointOf(a, 0), PointOf(a, 1), PointOf(a, 2)};
+  const int sense = b.Side(0, b, 2) > 0 ? 1 : -1;
+  for (std::size_t edge = 0; edge < 3; ++edge) {
+    const Line from = PointOf(b, edge);
+    const Line to = PointOf(b, (edge + 1) % 3);
+    std::vector<Line> kept;
+    for (std::size_t k = 0; k < polygon.size(); ++k) {
+      const Line& p = polygon[k];
+      const Line& q = polygon[(k + 1) % polygon.size()];
+      const Rational ofP = sense * AreaFrom(from, to, p);
+      const Rational ofQ = sense * AreaFrom(from, to, q);
+      if (ofP >= 0) kept.push_back(p);
+      if (sgn(ofP) * sgn(ofQ) >= 0) continue;
+      const Rational at = ofP / (ofP - ofQ);
+      kept.push_back({p.u + at * (q.u - p.u), p.v + at * (q.v - p.v)});
+    }
+    polygon = kept;
+  }
+  // Different weights keep off the lines of symmetry of the lattice, where pieces meet.
+  Line sum{0, 0};
+  int weights = 0;
+  for (std::size_t k = 0; k < polygon.size(); ++k) {
+    const int weight = 5 + static_cast<int>(k * k);
+    sum.u += weight * polygon[k].u;
+    sum.v += weight * polygon[k].v;
+    weights += weight;
+  }
+  return {sum.u / weights, sum.v / weights};
+}
+
+/// Returns the point where a line meets a triangle.
+RationalPoint PointOn(const WholeTriangle& triangle, const Shadow& shadow, const Line& line) {
+  RationalPoint point{0, 0, 0};
+  const Line corners[3] = {PointOf(shadow, 0), PointOf(shadow, 1), PointOf(shadow, 2)};
+  const Rational whole = AreaFrom(corners[0], corners[1], corners[2]);
+  for (std::size_t c = 0; c < 3; ++c) {
+    const Rational part = AreaFrom(corners[(c + 1) % 3], corners[(c + 2) % 3], line) / whole;
+    point.x += part * triangle[c].x;
+    point.y += part * triangle[c].y;
+    point.z += part * triangle[c].z;
+  }
+  return point;
+}
+
+/// The facets of each piece of a solid.
+using FacetsOfPieces = std::vector<std::vector<Facet>>;
+
+FacetsOfPieces FacetsOfEach(const std::vector<Piece>& pieces) {
+  FacetsOfPieces facets;
+  for (const Piece& piece : pieces)
+    facets.push_back(FacetsOf(piece));
+  return facets;
+}
+
+/// Returns true when a solid has the points that follow a point along the direction, or against it.
+bool HasPointsBeside(const FacetsOfPieces& pieces, const RationalPoint& p,
+                     const LatticePoint& direction, int sense) {
+  const auto isUnder = [&](const Facet& facet) {
+    const LatticePoint& n = facet.normal;
+    const Rational height =
+        n[0] * p.x + n[1] * p.y + n[2] * p.z - Rational(Whole(Dot(n, facet.corners[0])));
+    return height < 0 || (height == 0 && sense * Dot(n, direction) <= 0);
+  };
+  return std::any_of(pieces.begin(), pieces.end(), [&](const std::vector<Facet>& facets) {
+    return std::all_of(facets.begin(), facets.end(), isUnder);
+  });
+}
+
 /// Looks at all pairs of triangles of two surfaces.
 class Pairs {
 public:
   explicit Pairs(const SolidQuestion& question)
       : m_moving(question.moving.surface), m_fixed(question.fixed.surface),
+        m_movingPieces(FacetsOfEach(question.moving.pieces)),
+        m_fixedPieces(FacetsOfEach(question.fixed.pieces)),
         m_direction(question.direction), m_wholeDirection{Whole(m_direction[0]),
                                                           Whole(m_direction[1]),
                                                           Whole(m_direction[2])} {}
@@ -251,6 +337,7 @@ public:
         if (below[j].facing >= 0 || !shadow.SharesArea(below[j])) continue;
         const auto interval = IntervalOf(i, j);
         if (!interval || interval->first != travel) continue;
+        if (!Bound(i, shadow, j, below[j])) continue;
         moving = i;
         fixed = j;
         return true;
@@ -262,6 +349,16 @@ public:
 private:
   std::optional<Interval> IntervalOf(std::size_t i, std::size_t j) const {
     return SweepPair(m_wholeDirection, TriangleOf(m_moving, i), TriangleOf(m_fixed, j));
+  }
+
+  /// Returns true when the moving solid ends, or the fixed solid begins, at its triangle of a pair,
+  /// on a line that meets both. Other triangles may cover one that is turned over.
+  bool Bound(std::size_t i, const Shadow& ofMoving, std::size_t j, const Shadow& ofFixed) const {
+    const Line line = LineThrough(ofMoving, ofFixed);
+    const RationalPoint end = PointOn(TriangleOf(m_moving, i), ofMoving, line);
+    const RationalPoint begin = PointOn(TriangleOf(m_fixed, j), ofFixed, line);
+    return HasPointsBeside(m_movingPieces, end, m_direction, -1) ||
+           HasPointsBeside(m_fixedPieces, begin, m_direction, 1);
   }
 
   bool AreBoxesApart(std::size_t i, std::size_t j) const {
@@ -279,6 +376,7 @@ private:
 
   const std::vector<LatticePoint>& m_moving;
   const std::vector<LatticePoint>& m_fixed;
+  FacetsOfPieces m_movingPieces, m_fixedPieces;
   LatticePoint m_direction;
   WholePoint m_wholeDirection;
 };

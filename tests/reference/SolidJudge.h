@@ -59,7 +59,8 @@ SolidVerdict JudgePieces(const SolidQuestion& question);
 
 /// Judges, and looks at every pair of triangles. A pair goes on when a face of the moving body that
 /// faces along the direction meets a face of the fixed body that faces against it, and the shadows
-/// of both share area.
+/// of both share area. There the moving solid ends, or the fixed one begins: of two faces that are
+/// turned over, others cover both.
 SolidVerdict JudgeSolids(const SolidQuestion& question);
 
 /// Returns the triangles of the surface of a piece. An edge of the hull is an edge of triangles.

@@ -123,6 +123,29 @@ TEST(SolidJudge, TellsTheOutcomesApart) {
   EXPECT_FALSE(inside.touches);
 }
 
+TEST(SolidJudge, NamesNoTrianglesThatAreTurnedOver) {
+  // A box between a floor and a lid. In the plane z = 0, both bodies begin with two triangles with
+  // the same corners that face opposite ways.
+  const std::vector<LatticePoint> sheet{{1, 1, 0}, {3, 1, 0}, {1, 3, 0},
+                                        {1, 1, 0}, {1, 3, 0}, {3, 1, 0}};
+  SolidQuestion question{SolidOf({BoxOf({0, 0, 0}, {4, 4, 2})}),
+                         SolidOf({BoxOf({0, 0, -2}, {4, 4, 0}), BoxOf({0, 0, 2}, {4, 4, 3})}), up};
+  for (LatticeSolid* solid : {&question.moving, &question.fixed})
+    solid->surface.insert(solid->surface.begin(), sheet.begin(), sheet.end());
+  const SolidVerdict verdict = JudgeSolids(question);
+  EXPECT_EQ(verdict.outcome, SolidOutcome::OverlapAfterStart);
+  ASSERT_TRUE(verdict.hasPair);
+  for (std::size_t c = 0; c < 3; ++c) {
+    EXPECT_EQ(question.moving.surface[3 * verdict.moving + c][2], 2);
+    EXPECT_EQ(question.fixed.surface[3 * verdict.fixed + c][2], 2);
+  }
+  // On the floor the triangles that face as the box and the floor do are named.
+  question.direction = down;
+  const SolidVerdict onFloor = JudgeSolids(question);
+  EXPECT_EQ(onFloor.moving, 1u);
+  EXPECT_EQ(onFloor.fixed, 0u);
+}
+
 TEST(SolidJudge, TakesTheFirstOfSeveralPieces) {
   const std::vector<Piece> fixed{BoxOf({0, 0, -5}, {9, 9, -4}), BoxOf({0, 0, 0}, {2, 2, 1}),
                                  BoxOf({6, 6, 9}, {9, 9, 10})};

@@ -126,6 +126,55 @@ TEST(PairSolid, TheFirstPairInTheOrderOfTiesIsNamed) {
   EXPECT_EQ(answer.contact.fixedTriangle, 3u);
 }
 
+/// Returns a box of 4 by 4 by 2 on the plane z = 0. Its first triangle, in the bottom, is turned
+/// over and covered by the next three: (0, 0), (2 + x, 2), (4, 4).
+Mesh BoxWithSliver(double x) {
+  Mesh box = BoxOf({0, 0, 0}, {4, 4, 2});
+  box.corners.erase(box.corners.begin(), box.corners.begin() + 6); // the bottom
+  const Coord3 a{0, 0, 0};
+  const Coord3 b{4, 4, 0};
+  const Coord3 middle{2 + x, 2, 0};
+  Mesh mesh;
+  sweep_shapes::AddTriangle(mesh, a, middle, b);
+  sweep_shapes::AddTriangle(mesh, a, b, {4, 0, 0});
+  sweep_shapes::AddTriangle(mesh, a, {0, 4, 0}, middle);
+  sweep_shapes::AddTriangle(mesh, middle, {0, 4, 0}, b);
+  Append(mesh, box);
+  return mesh;
+}
+
+/// Turns a body by half a turn around the line y = 2, z = 0, so that what is above is below.
+Mesh UpsideDown(Mesh mesh) {
+  for (Coord3& p : mesh.corners)
+    p = {p.x, 4 - p.y, -p.z};
+  return mesh;
+}
+
+TEST(PairSolid, TrianglesThatAreTurnedOverDoNotHoldBodiesThatPart) {
+  // One body rests on the other. The shadows of the triangles that are turned over share area near
+  // (2, 2). Along the normal of the moving one they face each other.
+  for (const double x : {1.0, 0x1p-20}) {
+    const Mesh upper = BoxWithSliver(x);
+    const Mesh lower = UpsideDown(upper);
+    EXPECT_EQ(Ask(upper, lower, up).status, SweepStatus::None);
+    EXPECT_EQ(Ask(lower, upper, down).status, SweepStatus::None);
+    EXPECT_EQ(Ask(upper, lower, right).status, SweepStatus::None);
+    ExpectStart(Ask(upper, lower, down), false);
+    // What is ahead still stops the body, and so does what it touches there.
+    Mesh withRoof = lower;
+    Append(withRoof, BoxOf({0, 0, 5}, {4, 4, 6}));
+    ExpectTravel(Ask(upper, withRoof, up), 3.0);
+    Mesh withLid = lower;
+    Append(withLid, BoxOf({0, 0, 2}, {4, 4, 3}));
+    const Answer answer = Ask(upper, withLid, up);
+    ExpectStart(answer, false);
+    // The top of the moving body is its triangles 4 and 5: (0, 0), (4, 0), (4, 4) is the first. The
+    // bottom of the lid is 14 and 15, and (0, 0), (4, 4), (4, 0) is the second.
+    EXPECT_EQ(answer.contact.movingTriangle, 4u);
+    EXPECT_EQ(answer.contact.fixedTriangle, 15u);
+  }
+}
+
 TEST(PairSolid, OpenBodiesAreRefusedWithTheReason) {
   Mesh open = BoxOf({0, 0, 0}, {1, 1, 1});
   open.corners.resize(33);
