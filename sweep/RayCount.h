@@ -125,7 +125,9 @@ int TurnsAround(Beside beside, const PlacedBody<Scalar>& one, std::size_t place,
 }
 
 /// Returns true when other triangles of its own component cover a triangle of a solid and face the
-/// other way. Other components, and walls that touch each other, do not turn a triangle over.
+/// other way. Other components, and walls that touch each other, do not turn a triangle over. But
+/// where its component has nothing on either side, other components may cover the triangle: two
+/// triangles with the same corners can be a component.
 /// Requires a triangle with area. The result is arbitrary when `goesOn` has returned false.
 template <class Scalar, class GoesOn>
 bool IsTurnedOver(const PlacedBody<Scalar>& one, std::size_t place, const GoesOn& goesOn) {
@@ -133,7 +135,11 @@ bool IsTurnedOver(const PlacedBody<Scalar>& one, std::size_t place, const GoesOn
     return TurnsAround(beside, one, place, one, goesOn,
                        [&](std::size_t other) { return one.body.AreOfOneComponent(place, other); });
   };
-  return ofComponent(Beside::Under) < ofComponent(Beside::Over);
+  const int under = ofComponent(Beside::Under);
+  const int over = ofComponent(Beside::Over);
+  if (under != 0 || over != 0) return under < over;
+  return TurnsAround(Beside::Under, one, place, one, goesOn) <
+         TurnsAround(Beside::Over, one, place, one, goesOn);
 }
 
 } // namespace gsl_sweep

@@ -175,6 +175,18 @@ TEST(PairSolid, TrianglesThatAreTurnedOverDoNotHoldBodiesThatPart) {
   }
 }
 
+TEST(PairSolid, SheetsInFacesDoNotHoldBodiesThatPart) {
+  // Two triangles with the same corners in the face by which one body rests on the other.
+  Mesh upper = BoxOf({0, 0, 0}, {4, 4, 2});
+  sweep_shapes::AddTriangle(upper, {1, 1, 0}, {3, 1, 0}, {1, 3, 0});
+  sweep_shapes::AddTriangle(upper, {1, 1, 0}, {1, 3, 0}, {3, 1, 0});
+  const Mesh lower = UpsideDown(upper);
+  EXPECT_EQ(Ask(upper, lower, up).status, SweepStatus::None);
+  EXPECT_EQ(Ask(upper, lower, right).status, SweepStatus::None);
+  ExpectStart(Ask(upper, lower, down), false);
+  ExpectTravel(Ask(Moved(upper, {0, 0, 3}), lower, down), 3.0);
+}
+
 TEST(PairSolid, OpenBodiesAreRefusedWithTheReason) {
   Mesh open = BoxOf({0, 0, 0}, {1, 1, 1});
   open.corners.resize(33);

@@ -193,6 +193,27 @@ TEST(SolidStart, ATriangleThatIsTurnedOverShowsNoOverlap) {
   }
 }
 
+/// Adds two triangles with the same corners that face opposite ways, a component of their own.
+void AddSheet(Mesh& mesh, const Coord3& a, const Coord3& b, const Coord3& c) {
+  sweep_shapes::AddTriangle(mesh, a, b, c);
+  sweep_shapes::AddTriangle(mesh, a, c, b);
+}
+
+TEST(SolidStart, ASheetInAFaceShowsNoOverlap) {
+  // The block goes up to z = 4, and the box begins there. One triangle of the sheet faces as the
+  // top of the block does.
+  Mesh standing = BoxOf({0, 0, 4}, {4, 4, 6});
+  AddSheet(standing, {1, 1, 4}, {3, 1, 4}, {1, 3, 4});
+  ASSERT_TRUE(sweep_ask::BodyOf(standing).IsSolid());
+  EXPECT_EQ(Rest(standing, {block}).state, SolidState::Apart);
+  EXPECT_EQ(Rest(block, {standing}).state, SolidState::Apart);
+  EXPECT_EQ(Rest(standing, {block}, {0, 0, -0.5}).state, SolidState::Overlapping);
+  // With nothing on either side a wall of zero thickness counts as material.
+  Mesh beside = BoxOf({6, 0, 4}, {8, 4, 6});
+  AddSheet(beside, {1, 1, 4}, {3, 1, 4}, {1, 3, 4});
+  EXPECT_EQ(Rest(beside, {block}).state, SolidState::Overlapping);
+}
+
 TEST(SolidStart, AComponentWhoseFirstTriangleIsTurnedOverIsInside) {
   Mesh component = BoxWithSliver(1, 1, 0);
   std::rotate(component.corners.begin(), component.corners.begin() + 30, component.corners.end());
