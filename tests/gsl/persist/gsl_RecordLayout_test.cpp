@@ -4,6 +4,7 @@
 #include "RandomNumbers.h"
 #include "RawRecords.h"
 #include "Records.h"
+#include "TestScale.h"
 #include "cls_MetadataRegistrar.h"
 #include "cls_RecordException.h"
 #include "gsl_BBox.h"
@@ -604,7 +605,7 @@ template <class C>
 std::pair<int, int> CompareReaders(SplitMix& random, const C& sample) {
   const RawRecords records = RawCopy(Written(sample));
   std::pair<int, int> counts;
-  for (int round = 0; round < 3000; ++round) {
+  for (int round = 0; round < Scaled(3000); ++round) {
     RawRecords changed = records;
     for (std::uint64_t changes = random() % 4; changes != 0; --changes)
       ChangeSomething(random, changed);
@@ -635,8 +636,8 @@ TEST(GslRecordLayout, FieldsInARunReadAsOneByOne) {
         CompareReaders(random, axis), CompareReaders(random, segment),
         CompareReaders(random, gsl_BBox()), CompareReaders(random, gsl_PersistentMatrix()),
         CompareReaders(random, gsl_ModelSegment(gsl_Dot(1, 2), gsl_Dot(3, 4)))}) {
-    EXPECT_GE(read, 300);
-    EXPECT_GE(refused, 100);
+    EXPECT_GE(read, Scaled(300));
+    EXPECT_GE(refused, Scaled(100));
   }
   gsl_finalize(module);
 }
