@@ -28,7 +28,7 @@ TEST(SolidGuard, TrianglesThatAreTurnedOverInBothBodiesStopNothing) {
   SolidTally tally;
   // In the first two scenes the bodies rest on each other by triangles that are turned over. In the
   // others such a triangle and its copy that faces the other way are a component.
-  for (const std::uint64_t seed : {77029, 78125, 536257, 540200})
+  for (const std::uint64_t seed : {77029u, 78125u, 536257u, 540200u})
     EXPECT_EQ(SolidComplaint(MakeSolidScene(folds, seed), tally), "");
 }
 
