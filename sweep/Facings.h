@@ -9,8 +9,8 @@
 
 namespace gsl_sweep {
 
-/// Bounds of the normals of the triangles below the four children of a node. They hold a multiple,
-/// above zero, of the normal of each triangle with area. Where there is none, they are empty boxes.
+/// Bounds of the normals of the triangles below the four children of a node. They hold a positive
+/// multiple of the normal of each triangle with area. The box of a child without one is empty.
 struct FacingNode {
   static constexpr std::uint32_t kNone = 0xffffffffu;
 
