@@ -47,22 +47,11 @@ struct gsl_ObjectKind {
 template <class T, class = void>
 struct gsl_FieldKind : gsl_ObjectKind<T> {};
 
+/// A collection is read and written in the same way.
 template <class T>
-struct gsl_CollectionKind {
+struct gsl_CollectionKind : gsl_ObjectKind<T> {
   static constexpr gsl_Attribute kAttribute = {cls_ObjectAttribute, T::TypeId(),
                                                T::CollectionType()};
-
-  static void Write(const cls_WriteVisitor& visitor, const cls_FieldHandle& field, const T& value) {
-    value.DBWrite(cls_WriteVisitor(visitor, field));
-  }
-  static void Read(const cls_ReadVisitor& visitor, const cls_FieldHandle& field, T& value) {
-    value = T(cls_ReadVisitor(visitor, field));
-  }
-  static constexpr bool kInRuns = true;
-  template <class Run>
-  static void Take(Run& run, const cls_FieldHandle& field, T& value) {
-    run.TakeObject([&](const cls_ReadVisitor& visitor) { Read(visitor, field, value); });
-  }
 };
 
 template <>
