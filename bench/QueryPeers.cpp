@@ -62,17 +62,17 @@ Segments AnySegments(Numbers& n) {
 } // namespace
 
 void RegisterQueriesOfCgal() {
-  benchmark::RegisterBenchmark("PointTriangleDistance/CGAL", [](benchmark::State& s) {
+  AddRow("PointTriangleDistance/CGAL", [](benchmark::State& s) {
     OnEach(s, Corpus<PointAndTriangle>(1, AnyPointAndTriangle), [](const PointAndTriangle& in) {
       return std::sqrt(CGAL::squared_distance(in.p, in.triangle));
     });
   });
-  benchmark::RegisterBenchmark("PointSegmentDistance/CGAL", [](benchmark::State& s) {
+  AddRow("PointSegmentDistance/CGAL", [](benchmark::State& s) {
     OnEach(s, Corpus<PointAndSegment>(2, AnyPointAndSegment), [](const PointAndSegment& in) {
       return std::sqrt(CGAL::squared_distance(in.p, in.segment));
     });
   });
-  benchmark::RegisterBenchmark("SegmentSegmentDistance/CGAL", [](benchmark::State& s) {
+  AddRow("SegmentSegmentDistance/CGAL", [](benchmark::State& s) {
     OnEach(s, Corpus<Segments>(3, AnySegments),
            [](const Segments& in) { return std::sqrt(CGAL::squared_distance(in.a, in.b)); });
   });

@@ -19,17 +19,6 @@ namespace {
 using namespace fresh_data;
 using gsl_wide::PointsIn;
 
-template <std::size_t Size>
-using Points = std::array<gsl_Point, Size>;
-
-template <std::size_t Size>
-Points<Size> AnyPoints(Numbers& n) {
-  Points<Size> points;
-  for (gsl_Point& p : points)
-    p = n.Point(5.0);
-  return points;
-}
-
 /// The points as a host of many inputs has them: an array for each of the four.
 struct Arrays {
   std::vector<double> numbers[4];

@@ -1,9 +1,12 @@
 // Measures boxes, three-point constructions, datum predicates, model segments, the in-plane sweep
-// and script calls. The peers are Eigen for boxes, circles and skew lines, std::shared_ptr for the
-// holders, and the step-by-step algorithm on the public classes for the sweep.
+// and script calls. The peers are Eigen, glm and Bullet for boxes, Eigen for circles and skew
+// lines, std::shared_ptr for the holders, and the step-by-step algorithm on the public classes for
+// the sweep.
 
+#include "EigenResults.h"
+#include "FreshData.h"
 #include "InPlaneTranscription.h"
-#include "RandomNumbers.h"
+#include "SmallPeers.h"
 #include "gsl_BBox.h"
 #include "gsl_InPlaneSegSegMinDirectionalDist.h"
 #include "gsl_ModelSegment.h"
@@ -22,32 +25,20 @@
 #include <memory>
 #include <vector>
 
+template <>
+struct agreement::NumbersOf<gsl_BBox> {
+  static void Append(std::vector<double>& out, const gsl_BBox& box) {
+    NumbersOf<gsl_Point>::Append(out, box.min);
+    NumbersOf<gsl_Point>::Append(out, box.max);
+  }
+};
+
 namespace {
 
-// A branch predictor learns a few hundred inputs by heart, and cannot learn so many.
-constexpr std::size_t kCount = 4096;
-
-class Numbers {
-public:
-  double operator()(double low, double high) { return random.In(low, high); }
-  gsl_Point Point() {
-    const double x = (*this)(-10.0, 10.0);
-    const double y = (*this)(-10.0, 10.0);
-    return {x, y, (*this)(-10.0, 10.0)};
-  }
-
-private:
-  RandomNumbers random{20240611};
-};
+using namespace fresh_data;
 
 Eigen::Vector3d EigenOf(const gsl_Point& p) {
   return {p.x, p.y, p.z};
-}
-
-gsl_Matrix SomeTransform() {
-  gsl_Matrix m;
-  m.AxisRotation(gsl_Point(1.0, 2.0, 3.0), gsl_Vector(1.0, -1.0, 2.0), 0.7);
-  return m;
 }
 
 Eigen::Isometry3d SomeIsometry() {
@@ -57,185 +48,141 @@ Eigen::Isometry3d SomeIsometry() {
          Eigen::Translation3d(-p);
 }
 
-struct Boxes {
-  std::vector<gsl_Point> points;
-  std::vector<gsl_BBox> ours;
-  std::vector<Eigen::Vector3d> eigenPoints;
-  std::vector<Eigen::AlignedBox3d> eigen;
-
-  Boxes() {
-    Numbers numbers;
-    for (std::size_t i = 0; i < kCount; ++i) {
-      const gsl_Point a = numbers.Point();
-      const gsl_Point b = numbers.Point();
-      points.push_back(a);
-      eigenPoints.push_back(EigenOf(a));
-      gsl_BBox box;
-      box.Add(a);
-      box.Add(b);
-      ours.push_back(box);
-      Eigen::AlignedBox3d peer(EigenOf(a));
-      peer.extend(EigenOf(b));
-      eigen.push_back(peer);
-    }
-  }
-};
-
-void BoxAddPoints(benchmark::State& state) {
-  const Boxes boxes;
-  for (auto _ : state) {
+std::vector<gsl_BBox> OurBoxes() {
+  std::vector<gsl_BBox> boxes;
+  for (const Points<2>& corners : BoxCorners()) {
     gsl_BBox box;
-    for (const gsl_Point& p : boxes.points)
-      box.Add(p);
-    benchmark::DoNotOptimize(box);
+    box.Add(corners[0]);
+    box.Add(corners[1]);
+    boxes.push_back(box);
   }
+  return boxes;
 }
 
-void BoxAddPointsEigen(benchmark::State& state) {
-  const Boxes boxes;
-  for (auto _ : state) {
-    Eigen::AlignedBox3d box;
-    for (const Eigen::Vector3d& p : boxes.eigenPoints)
-      box.extend(p);
-    benchmark::DoNotOptimize(box);
+std::vector<Eigen::AlignedBox3d> EigenBoxes() {
+  std::vector<Eigen::AlignedBox3d> boxes;
+  for (const Points<2>& corners : BoxCorners()) {
+    Eigen::AlignedBox3d box(EigenOf(corners[0]));
+    box.extend(EigenOf(corners[1]));
+    boxes.push_back(box);
   }
+  return boxes;
 }
 
-void BoxIntersect(benchmark::State& state) {
-  const Boxes boxes;
-  std::size_t i = 0;
-  for (auto _ : state) {
-    benchmark::DoNotOptimize(boxes.ours[i % kCount].Intersect(boxes.ours[(i + 1) % kCount]));
-    ++i;
-  }
+/// Measures the box around all points, which `add` enlarges by one.
+template <class Box, class Point, class Add>
+void OnWhole(benchmark::State& state, const std::vector<Point>& points, Add add) {
+  const auto around = [&] {
+    Box box;
+    for (const Point& p : points)
+      add(box, p);
+    return box;
+  };
+  if (!agreement::IsAgreed(state, around())) return;
+  for (auto _ : state)
+    benchmark::DoNotOptimize(around());
 }
 
-void BoxIntersectEigen(benchmark::State& state) {
-  const Boxes boxes;
-  std::size_t i = 0;
-  for (auto _ : state) {
-    benchmark::DoNotOptimize(boxes.eigen[i % kCount].intersects(boxes.eigen[(i + 1) % kCount]));
-    ++i;
-  }
+void RegisterGrowingBoxes() {
+  AddRow("BoxAddPoints/ours", [](benchmark::State& s) {
+    OnWhole<gsl_BBox>(s, Triples<gsl_Point>(),
+                      [](gsl_BBox& box, const gsl_Point& p) { box.Add(p); });
+  });
+  AddRow("BoxAddPoints/Eigen", [](benchmark::State& s) {
+    OnWhole<Eigen::AlignedBox3d>(
+        s, Triples<Eigen::Vector3d>(),
+        [](Eigen::AlignedBox3d& box, const Eigen::Vector3d& p) { box.extend(p); });
+  });
 }
 
-void BoxTransform(benchmark::State& state) {
-  const Boxes boxes;
-  const gsl_Matrix m = SomeTransform();
-  std::size_t i = 0;
-  for (auto _ : state) {
-    gsl_BBox box(boxes.ours[i++ % kCount]);
-    box.Transform(m);
-    benchmark::DoNotOptimize(box);
-  }
+void RegisterBoxes() {
+  AddRow("BoxIntersect/ours", [](benchmark::State& s) {
+    OnPairs(s, OurBoxes(), [](const gsl_BBox& a, const gsl_BBox& b) { return a.Intersect(b); });
+  });
+  AddRow("BoxIntersect/Eigen", [](benchmark::State& s) {
+    using Box = Eigen::AlignedBox3d;
+    OnPairs(s, EigenBoxes(), [](const Box& a, const Box& b) { return a.intersects(b); });
+  });
+  AddRow("BoxTransform/ours", [](benchmark::State& s) {
+    OnEach(s, OurBoxes(), [m = SomeTransform()](const gsl_BBox& source) {
+      gsl_BBox box(source);
+      box.Transform(m);
+      return box;
+    });
+  });
+  AddRow("BoxTransform/Eigen", [](benchmark::State& s) {
+    OnEach(s, EigenBoxes(), [m = SomeIsometry()](const Eigen::AlignedBox3d& source) {
+      Eigen::AlignedBox3d box;
+      for (int k = 0; k < 8; ++k)
+        box.extend(m * source.corner(static_cast<Eigen::AlignedBox3d::CornerType>(k)));
+      return box;
+    });
+  });
 }
 
-void BoxTransformEigen(benchmark::State& state) {
-  const Boxes boxes;
-  const Eigen::Isometry3d m = SomeIsometry();
-  std::size_t i = 0;
-  for (auto _ : state) {
-    // Transforms all eight corners, as our box does.
-    const Eigen::AlignedBox3d& source = boxes.eigen[i++ % kCount];
-    Eigen::AlignedBox3d box;
-    for (int k = 0; k < 8; ++k)
-      box.extend(m * source.corner(static_cast<Eigen::AlignedBox3d::CornerType>(k)));
-    benchmark::DoNotOptimize(box);
+Eigen::Vector3d EigenCentre(const std::array<Eigen::Vector3d, 3>& p) {
+  Eigen::Matrix3d m;
+  Eigen::Vector3d r;
+  const Eigen::Vector3d n = (p[1] - p[0]).cross(p[2] - p[0]).normalized();
+  for (int row = 0; row < 2; ++row) {
+    const Eigen::Vector3d& a = p[static_cast<std::size_t>(row)];
+    const Eigen::Vector3d& b = p[static_cast<std::size_t>(row) + 1];
+    const Eigen::Vector3d d = 2.0 * (a - b);
+    const double length = d.norm();
+    m.row(row) = d / length;
+    r[row] = (a.squaredNorm() - b.squaredNorm()) / length;
   }
+  m.row(2) = n;
+  r[2] = n.dot(p[0]);
+  return m.inverse() * r;
 }
 
-struct Triples {
-  std::vector<std::array<gsl_Point, 3>> ours;
-  std::vector<std::array<Eigen::Vector3d, 3>> eigen;
-
-  Triples() {
-    Numbers numbers;
-    for (std::size_t i = 0; i < kCount; ++i) {
-      ours.push_back({numbers.Point(), numbers.Point(), numbers.Point()});
-      eigen.push_back({EigenOf(ours.back()[0]), EigenOf(ours.back()[1]), EigenOf(ours.back()[2])});
-    }
-  }
-};
-
-void CircumCircle(benchmark::State& state) {
-  const Triples triples;
-  std::size_t i = 0;
-  gsl_Point centre;
-  gsl_Vector normal;
-  for (auto _ : state) {
-    const auto& p = triples.ours[i++ % kCount];
-    gsl_ComputeCircumCircle(p[0], p[1], p[2], centre, normal);
-    benchmark::DoNotOptimize(centre.x);
-  }
+void RegisterCircles() {
+  AddRow("CircumCircle/ours", [](benchmark::State& s) {
+    gsl_Point centre;
+    gsl_Vector normal;
+    OnEach(s, Corpus<Points<3>>(11, AnyPoints<3>), [&](const Points<3>& p) -> const gsl_Point& {
+      gsl_ComputeCircumCircle(p[0], p[1], p[2], centre, normal);
+      return centre;
+    });
+  });
+  AddRow("CircumCircle/Eigen", [](benchmark::State& s) {
+    OnEach(s, PeerCorpus<Eigen::Vector3d, 3>(11, EigenOf), EigenCentre);
+  });
 }
 
-void CircumCircleEigen(benchmark::State& state) {
-  const Triples triples;
-  std::size_t i = 0;
-  for (auto _ : state) {
-    const auto& p = triples.eigen[i++ % kCount];
-    Eigen::Matrix3d m;
-    Eigen::Vector3d r;
-    const Eigen::Vector3d n = (p[1] - p[0]).cross(p[2] - p[0]).normalized();
-    for (int row = 0; row < 2; ++row) {
-      const Eigen::Vector3d& a = p[static_cast<std::size_t>(row)];
-      const Eigen::Vector3d& b = p[static_cast<std::size_t>(row) + 1];
-      const Eigen::Vector3d d = 2.0 * (a - b);
-      const double length = d.norm();
-      m.row(row) = d / length;
-      r[row] = (a.squaredNorm() - b.squaredNorm()) / length;
-    }
-    m.row(2) = n;
-    r[2] = n.dot(p[0]);
-    const Eigen::Vector3d centre = m.inverse() * r;
-    benchmark::DoNotOptimize(centre.x());
-  }
+gsl_StLine AnyLine(Numbers& n) {
+  const Points<2> p = AnyPoints<2>(n);
+  return {p[0], p[1]};
 }
 
-struct LinePairs {
-  std::vector<gsl_StLine> ours;
-  std::vector<Eigen::ParametrizedLine<double, 3>> eigen;
-
-  LinePairs() {
-    Numbers numbers;
-    for (std::size_t i = 0; i < kCount; ++i) {
-      const gsl_Point p = numbers.Point();
-      const gsl_Point q = numbers.Point();
-      ours.emplace_back(p, q);
-      eigen.push_back(Eigen::ParametrizedLine<double, 3>::Through(EigenOf(p), EigenOf(q)));
-    }
-  }
-};
-
-void LinesAreSkew(benchmark::State& state) {
-  const LinePairs lines;
-  std::size_t i = 0;
-  for (auto _ : state) {
-    benchmark::DoNotOptimize(
-        gsl_LinesAreSkew(&lines.ours[i % kCount], &lines.ours[(i + 1) % kCount]));
-    ++i;
-  }
-}
-
-void LinesAreSkewEigen(benchmark::State& state) {
-  const LinePairs lines;
-  std::size_t i = 0;
-  for (auto _ : state) {
-    const auto& a = lines.eigen[i % kCount];
-    const auto& b = lines.eigen[(i + 1) % kCount];
-    const Eigen::Vector3d n = a.direction().cross(b.direction());
-    const double length = n.norm();
-    const double apart = length < 1e-6 ? 0.0 : std::abs((b.origin() - a.origin()).dot(n / length));
-    benchmark::DoNotOptimize(apart > 1e-6);
-    ++i;
-  }
+void RegisterLines() {
+  AddRow("LinesAreSkew/ours", [](benchmark::State& s) {
+    OnPairs(s, Corpus<gsl_StLine>(12, AnyLine),
+            [](const gsl_StLine& a, const gsl_StLine& b) { return gsl_LinesAreSkew(&a, &b); });
+  });
+  AddRow("LinesAreSkew/Eigen", [](benchmark::State& s) {
+    using Line = Eigen::ParametrizedLine<double, 3>;
+    const auto any = [](Numbers& n) {
+      const gsl_StLine line = AnyLine(n);
+      const gsl_Vector& d = line.Direction();
+      return Line(EigenOf(line.PointOn()), Eigen::Vector3d(d.x, d.y, d.z).normalized());
+    };
+    OnPairs(s, Corpus<Line>(12, any), [](const Line& a, const Line& b) {
+      const Eigen::Vector3d n = a.direction().cross(b.direction());
+      const double length = n.norm();
+      const double apart =
+          length < 1e-6 ? 0.0 : std::abs((b.origin() - a.origin()).dot(n / length));
+      return apart > 1e-6;
+    });
+  });
 }
 
 void ThreePointsColinear(benchmark::State& state) {
-  Numbers numbers;
+  Numbers numbers(20240611);
   std::vector<gsl_Dot> dots;
   for (std::size_t i = 0; i < kCount; ++i)
-    dots.emplace_back(numbers.Point());
+    dots.emplace_back(numbers.Point(10.0));
   std::size_t i = 0;
   for (auto _ : state) {
     benchmark::DoNotOptimize(gsl_ThreePointsColinear(&dots[i % kCount], &dots[(i + 1) % kCount],
@@ -288,6 +235,11 @@ void SegmentRegenerateShared(benchmark::State& state) {
   }
 }
 
+gsl_Point AnyFlatPoint(Numbers& n) {
+  const double x = n.In(-3.0, 3.0);
+  return {x, n.In(-3.0, 3.0), 0.0};
+}
+
 /// A segment near a segment that moves along +Y: 0 is ahead of it and across the direction, 1 is
 /// along the direction, 2 is anywhere.
 struct InPlanePairs {
@@ -295,17 +247,18 @@ struct InPlanePairs {
   gsl_Vector direction{0.1, 1.0, 0.0};
 
   explicit InPlanePairs(int kind) {
-    Numbers numbers;
+    Numbers numbers(20240611);
     const auto at = [&numbers](double x, double y) {
-      return gsl_Point(x + numbers(-0.5, 0.5), y + numbers(-0.5, 0.5), 0.0);
+      const double right = numbers.In(-0.5, 0.5);
+      return gsl_Point(x + right, y + numbers.In(-0.5, 0.5), 0.0);
     };
     const gsl_Vector d = direction.NormalizedCopy();
     for (std::size_t i = 0; i < kCount; ++i) {
       std::array<gsl_Point, 4> p = {at(1.0, 0.0), at(-1.0, 0.0), at(-1.0, 4.0), at(1.0, 4.0)};
-      if (kind == 1) p[3] = p[2] + d * numbers(-2.0, 2.0);
+      if (kind == 1) p[3] = p[2] + d * numbers.In(-2.0, 2.0);
       if (kind == 2) {
         for (gsl_Point& q : p)
-          q = gsl_Point(numbers(-3.0, 3.0), numbers(-3.0, 3.0), 0.0);
+          q = AnyFlatPoint(numbers);
       }
       pairs.push_back(p);
     }
@@ -345,16 +298,6 @@ void ScriptCallMatrix(benchmark::State& state) {
     delete object.CallMethod(method, arguments);
 }
 
-BENCHMARK(BoxAddPoints)->Name("BoxAddPoints/ours");
-BENCHMARK(BoxAddPointsEigen)->Name("BoxAddPoints/Eigen");
-BENCHMARK(BoxIntersect)->Name("BoxIntersect/ours");
-BENCHMARK(BoxIntersectEigen)->Name("BoxIntersect/Eigen");
-BENCHMARK(BoxTransform)->Name("BoxTransform/ours");
-BENCHMARK(BoxTransformEigen)->Name("BoxTransform/Eigen");
-BENCHMARK(CircumCircle)->Name("CircumCircle/ours");
-BENCHMARK(CircumCircleEigen)->Name("CircumCircle/Eigen");
-BENCHMARK(LinesAreSkew)->Name("LinesAreSkew/ours");
-BENCHMARK(LinesAreSkewEigen)->Name("LinesAreSkew/Eigen");
 BENCHMARK(ThreePointsColinear)->Name("ThreePointsColinear/ours");
 BENCHMARK(HolderCopy)->Name("ModelSegmentCopy/ours");
 BENCHMARK(HolderCopyShared)->Name("ModelSegmentCopy/shared_ptr");
@@ -363,5 +306,15 @@ BENCHMARK(SegmentRegenerateShared)->Name("ModelSegmentRegenerate/shared_ptr");
 BENCHMARK(InPlaneSweep)->Name("InPlaneSweep/ours")->DenseRange(0, 2);
 BENCHMARK(InPlaneSweepSteps)->Name("InPlaneSweep/steps")->DenseRange(0, 2);
 BENCHMARK(ScriptCallMatrix)->Name("ScriptCallMatrix/ours");
+
+const bool registered = [] {
+  RegisterGrowingBoxes();
+  RegisterBoxes();
+  RegisterCircles();
+  RegisterLines();
+  RegisterBoxesOfGlm();
+  RegisterBoxesOfBullet();
+  return true;
+}();
 
 } // namespace

@@ -1,7 +1,11 @@
 // Measures lines, planes, segments and the triangle sweep. The peer of the sweep is the
-// step-by-step algorithm on the public classes. Eigen has the intersection of a line and a plane.
+// step-by-step algorithm on the public classes. The peers of lines and planes are Eigen, glm and
+// Bullet, and the documented steps on bare numbers.
 
+#include "EigenResults.h"
+#include "EntityTranscription.h"
 #include "FreshData.h"
+#include "SmallPeers.h"
 #include "TriTriTranscription.h"
 #include "gsl_InPlaneSegSegMinDirectionalDist.h"
 #include "gsl_Plane.h"
@@ -22,7 +26,8 @@ namespace {
 using namespace fresh_data;
 
 gsl_StLine AnyLine(Numbers& n) {
-  return {n.Point(5.0), n.Vector(1.0)};
+  const LineInput line = AnyLineInput(n);
+  return {line.on, line.direction};
 }
 
 /// Returns a line of the plane z = 0, which crosses nearly every other line.
@@ -31,43 +36,19 @@ gsl_StLine AnyFlatLine(Numbers& n) {
           gsl_Vector(n.In(-1.0, 1.0), n.In(-1.0, 1.0), 0.0)};
 }
 
-gsl_Segment AnySegment(Numbers& n) {
-  return {n.Point(5.0), n.Point(5.0)};
-}
-
 gsl_Segment AnyFlatSegment(Numbers& n) {
   return {gsl_Point(n.In(-5.0, 5.0), n.In(-5.0, 5.0), 0.0),
           gsl_Point(n.In(-5.0, 5.0), n.In(-5.0, 5.0), 0.0)};
 }
 
 void RegisterLines() {
-  benchmark::RegisterBenchmark("LinePlaneIntersection/ours", [](benchmark::State& s) {
-    const gsl_Plane plane(gsl_Point(1.0, 2.0, 3.0), gsl_Vector(0.6, 0.0, 0.8));
-    gsl_Point out;
-    OnPairs(s, Corpus<gsl_StLine>(1, AnyLine), [&](const gsl_StLine& a, const gsl_StLine&) {
-      return a.Intersect(plane, out) ? out.x : 0.0;
-    });
-  });
-  benchmark::RegisterBenchmark("LinePlaneIntersection/Eigen", [](benchmark::State& s) {
-    using Line = Eigen::ParametrizedLine<double, 3>;
-    const Eigen::Hyperplane<double, 3> plane(Eigen::Vector3d(0.6, 0.0, 0.8),
-                                             Eigen::Vector3d(1.0, 2.0, 3.0));
-    const std::vector<Line> lines = Corpus<Line>(1, [](Numbers& n) {
-      const gsl_Point p = n.Point(5.0);
-      const gsl_Vector d = n.Vector(1.0);
-      return Line(Eigen::Vector3d(p.x, p.y, p.z), Eigen::Vector3d(d.x, d.y, d.z));
-    });
-    OnPairs(s, lines, [&](const Line& a, const Line&) {
-      return Eigen::Vector3d(a.intersectionPoint(plane)).x();
-    });
-  });
-  benchmark::RegisterBenchmark("LineLineCrossing/ours", [](benchmark::State& s) {
+  AddRow("LineLineCrossing/ours", [](benchmark::State& s) {
     gsl_Point out;
     double gap = 0.0;
     OnPairs(s, Corpus<gsl_StLine>(2, AnyFlatLine),
             [&](const gsl_StLine& a, const gsl_StLine& b) { return a.Intersect(b, out, gap); });
   });
-  benchmark::RegisterBenchmark("LineLineSkew/ours", [](benchmark::State& s) {
+  AddRow("LineLineSkew/ours", [](benchmark::State& s) {
     gsl_Point out;
     double gap = 0.0;
     OnPairs(s, Corpus<gsl_StLine>(3, AnyLine),
@@ -99,73 +80,143 @@ bool EigenCrossing(const EigenLine& a, const EigenLine& b, Eigen::Vector3d& out,
 
 void RegisterLinePeers() {
   const auto add = [](const char* name, gsl_StLine (*make)(Numbers&), std::uint64_t seed) {
-    benchmark::RegisterBenchmark(name, [make, seed](benchmark::State& s) {
+    AddRow(name, [make, seed](benchmark::State& s) {
       Eigen::Vector3d out;
       double gap = 0.0;
-      OnPairs(
-          s, Corpus<EigenLine>(seed, [make](Numbers& n) { return PlainLine(make(n)); }),
-          [&](const EigenLine& a, const EigenLine& b) { return EigenCrossing(a, b, out, gap); });
+      OnPairs(s, Corpus<EigenLine>(seed, [make](Numbers& n) { return PlainLine(make(n)); }),
+              [&](const EigenLine& a, const EigenLine& b) {
+                const bool crosses = EigenCrossing(a, b, out, gap);
+                benchmark::DoNotOptimize(out);
+                benchmark::DoNotOptimize(gap);
+                return crosses;
+              });
     });
   };
   add("LineLineCrossing/Eigen", AnyFlatLine, 2);
   add("LineLineSkew/Eigen", AnyLine, 3);
 }
 
-/// A point beside a line and a plane of changing places.
+namespace tr = transcription;
+
+tr::Pt Bare(const gsl_Point& p) {
+  return {p.x, p.y, p.z, 0};
+}
+
+tr::Vec Bare(const gsl_Vector& v) {
+  return {v.x, v.y, v.z, v.magnitude};
+}
+
+tr::StLine BareLine(const LineInput& line) {
+  return {Bare(line.on), Bare(line.direction)};
+}
+
+EigenLine PlainLine(const LineInput& line) {
+  const gsl_Vector& d = line.direction;
+  return {Plain(line.on), Eigen::Vector3d(d.x, d.y, d.z)};
+}
+
+/// A compiler that sees the plane would compute its part of the work once.
+template <class Plane>
+Plane Unseen(Plane plane) {
+  benchmark::DoNotOptimize(plane);
+  return plane;
+}
+
+Eigen::Hyperplane<double, 3> EigenPlane() {
+  const gsl_Vector n = PlaneNormal();
+  return {Eigen::Vector3d(n.x, n.y, n.z), Plain(PlanePoint())};
+}
+
+void RegisterLinePlane() {
+  AddRow("LinePlaneIntersection/ours", [](benchmark::State& s) {
+    const gsl_Plane plane(PlanePoint(), PlaneNormal());
+    gsl_Point out;
+    OnEach(s, Corpus<gsl_StLine>(1, AnyLine),
+           [&](const gsl_StLine& a) { return a.Intersect(plane, out) ? out.x : 0.0; });
+  });
+  AddRow("LinePlaneIntersection/steps", [](benchmark::State& s) {
+    const tr::Plane plane = Unseen(tr::Plane{Bare(PlanePoint()), Bare(PlaneNormal())});
+    const tr::Tolerances tolerances = Unseen(tr::Tolerances{1e-6, 1e-12, 1e-10});
+    const auto any = [](Numbers& n) { return BareLine(AnyLineInput(n)); };
+    tr::Pt out = {};
+    OnEach(s, Corpus<tr::StLine>(1, any), [&](const tr::StLine& a) {
+      const bool crosses = tr::RayIntersect(a.point, a.direction, plane, out, tolerances);
+      benchmark::DoNotOptimize(out);
+      return crosses ? out.x : 0.0;
+    });
+  });
+  AddRow("LinePlaneIntersection/Eigen", [](benchmark::State& s) {
+    const Eigen::Hyperplane<double, 3> plane = Unseen(EigenPlane());
+    const auto any = [](Numbers& n) { return PlainLine(AnyLineInput(n)); };
+    OnEach(s, Corpus<EigenLine>(1, any),
+           [&](const EigenLine& a) { return Eigen::Vector3d(a.intersectionPoint(plane)).x(); });
+  });
+}
+
+/// A point beside a line.
+template <class Point, class Line>
 struct PointAndLine {
-  gsl_Point p;
-  gsl_StLine line;
+  Point p;
+  Line line;
 };
 
-void RegisterDistances() {
-  const auto any = [](Numbers& n) { return PointAndLine{n.Point(5.0), AnyLine(n)}; };
-  benchmark::RegisterBenchmark("PointLineDistance/ours", [any](benchmark::State& s) {
-    OnEach(s, Corpus<PointAndLine>(8, any),
-           [](const PointAndLine& in) { return in.p.GetDistance(in.line); });
-  });
-  benchmark::RegisterBenchmark("PointLineDistance/Eigen", [any](benchmark::State& s) {
-    struct In {
-      Eigen::Vector3d p;
-      EigenLine line;
+void RegisterPointLine() {
+  AddRow("PointLineDistance/ours", [](benchmark::State& s) {
+    using In = PointAndLine<gsl_Point, gsl_StLine>;
+    const auto any = [](Numbers& n) {
+      const PointAndLineInput in = AnyPointAndLineInput(n);
+      return In{in.p, gsl_StLine(in.line.on, in.line.direction)};
     };
-    const auto plain = [any](Numbers& n) {
-      const PointAndLine in = any(n);
+    OnEach(s, Corpus<In>(8, any), [](const In& in) { return in.p.GetDistance(in.line); });
+  });
+  AddRow("PointLineDistance/bare", [](benchmark::State& s) {
+    using In = PointAndLine<tr::Pt, tr::StLine>;
+    const auto any = [](Numbers& n) {
+      const PointAndLineInput in = AnyPointAndLineInput(n);
+      return In{Bare(in.p), BareLine(in.line)};
+    };
+    OnEach(s, Corpus<In>(8, any), [](const In& in) { return tr::Distance(in.p, in.line); });
+  });
+  AddRow("PointLineDistance/Eigen", [](benchmark::State& s) {
+    using In = PointAndLine<Eigen::Vector3d, EigenLine>;
+    const auto any = [](Numbers& n) {
+      const PointAndLineInput in = AnyPointAndLineInput(n);
       return In{Plain(in.p), PlainLine(in.line)};
     };
     // The direction has any length, as ours has.
-    OnEach(s, Corpus<In>(8, plain), [](const In& in) {
+    OnEach(s, Corpus<In>(8, any), [](const In& in) {
       const Eigen::Vector3d& d = in.line.direction();
       const Eigen::Vector3d way = in.p - in.line.origin();
       return way.cross(d).norm() / d.norm();
     });
   });
-  benchmark::RegisterBenchmark("PointPlaneDistance/ours", [](benchmark::State& s) {
-    const gsl_Plane plane(gsl_Point(1.0, 2.0, 3.0), gsl_Vector(0.6, 0.0, 0.8));
-    OnEach(s, Corpus<gsl_Point>(9, [](Numbers& n) { return n.Point(5.0); }),
-           [&](const gsl_Point& p) { return p.GetDistance(plane); });
+}
+
+void RegisterPointPlane() {
+  const auto any = [](Numbers& n) { return n.Point(5.0); };
+  AddRow("PointPlaneDistance/ours", [any](benchmark::State& s) {
+    const gsl_Plane plane(PlanePoint(), PlaneNormal());
+    OnEach(s, Corpus<gsl_Point>(9, any), [&](const gsl_Point& p) { return p.GetDistance(plane); });
   });
-  benchmark::RegisterBenchmark("PointPlaneDistance/Eigen", [](benchmark::State& s) {
-    const Eigen::Hyperplane<double, 3> plane(Eigen::Vector3d(0.6, 0.0, 0.8),
-                                             Eigen::Vector3d(1.0, 2.0, 3.0));
-    OnEach(s, Corpus<Eigen::Vector3d>(9, [](Numbers& n) { return Plain(n.Point(5.0)); }),
+  AddRow("PointPlaneDistance/bare", [any](benchmark::State& s) {
+    const tr::Plane plane = Unseen(tr::Plane{Bare(PlanePoint()), Bare(PlaneNormal())});
+    OnEach(s, Corpus<tr::Pt>(9, [any](Numbers& n) { return Bare(any(n)); }),
+           [&](const tr::Pt& p) { return tr::Distance(p, plane); });
+  });
+  AddRow("PointPlaneDistance/Eigen", [any](benchmark::State& s) {
+    const Eigen::Hyperplane<double, 3> plane = Unseen(EigenPlane());
+    OnEach(s, Corpus<Eigen::Vector3d>(9, [any](Numbers& n) { return Plain(any(n)); }),
            [&](const Eigen::Vector3d& p) { return plane.absDistance(p); });
   });
 }
 
 void RegisterSegments() {
-  benchmark::RegisterBenchmark("SegmentSegmentIntersection", [](benchmark::State& s) {
+  AddRow("SegmentSegmentIntersection", [](benchmark::State& s) {
     gsl_Point out;
     OnPairs(s, Corpus<gsl_Segment>(4, AnyFlatSegment),
             [&](const gsl_Segment& a, const gsl_Segment& b) { return a.Intersect(b, out); });
   });
-  benchmark::RegisterBenchmark("SegmentSegmentDistance", [](benchmark::State& s) {
-    gsl_Segment connection;
-    OnPairs(s, Corpus<gsl_Segment>(5, AnySegment), [&](const gsl_Segment& a, const gsl_Segment& b) {
-      a.GetDistance(b, connection);
-      return connection.Length();
-    });
-  });
-  benchmark::RegisterBenchmark("SegmentSegmentDistanceInPlane", [](benchmark::State& s) {
+  AddRow("SegmentSegmentDistanceInPlane", [](benchmark::State& s) {
     gsl_Segment connection;
     OnPairs(s, Corpus<gsl_Segment>(6, AnyFlatSegment),
             [&](const gsl_Segment& a, const gsl_Segment& b) {
@@ -247,10 +298,9 @@ void OnSweeps(benchmark::State& state, Pair (*make)(Numbers&), Sweep sweep) {
 }
 
 void RegisterSweep(const std::string& name, Pair (*make)(Numbers&)) {
-  benchmark::RegisterBenchmark((name + "/ours").c_str(), [make](benchmark::State& s) {
-    OnSweeps(s, make, gsl_TriTriMinDirectionalDist);
-  });
-  benchmark::RegisterBenchmark((name + "/transcription").c_str(), [make](benchmark::State& s) {
+  AddRow(name + "/ours",
+         [make](benchmark::State& s) { OnSweeps(s, make, gsl_TriTriMinDirectionalDist); });
+  AddRow(name + "/transcription", [make](benchmark::State& s) {
     OnSweeps(s, make, [](auto&&... arguments) {
       return transcription::TriTriMinDirectionalDist(arguments...);
     });
@@ -293,7 +343,7 @@ void OnFlatSweeps(benchmark::State& state, double aside, Sweep sweep) {
 }
 
 void RegisterInPlane(const std::string& name, double aside) {
-  benchmark::RegisterBenchmark((name + "/ours").c_str(), [aside](benchmark::State& s) {
+  AddRow(name + "/ours", [aside](benchmark::State& s) {
     OnFlatSweeps(s, aside, gsl_InPlaneSegSegMinDirectionalDist);
   });
 }
@@ -301,7 +351,11 @@ void RegisterInPlane(const std::string& name, double aside) {
 const bool registered = [] {
   RegisterLines();
   RegisterLinePeers();
-  RegisterDistances();
+  RegisterLinePlane();
+  RegisterPointLine();
+  RegisterPointPlane();
+  RegisterLinesOfGlm();
+  RegisterLinesOfBullet();
   RegisterSegments();
   RegisterInPlane("InPlaneOverlapping", 0.0);
   RegisterInPlane("InPlaneAside", 20.0);

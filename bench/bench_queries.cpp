@@ -2,9 +2,11 @@
 // bare numbers. Eigen has no distance of a triangle or a segment; its rows are the usual tests of
 // the regions of the nearest point, written with Eigen.
 
+#include "EigenResults.h"
 #include "EntityTranscription.h"
 #include "FreshData.h"
 #include "QueryPeers.h"
+#include "SmallPeers.h"
 #include "gsl_Matrix.h"
 #include "gsl_Segment.h"
 #include "gsl_utils.h"
@@ -26,29 +28,6 @@ using Eigen::Vector3d;
 const transcription::Tolerances kTolerances = {1e-6, 1e-12, 1e-10};
 
 template <std::size_t Size>
-using Points = std::array<gsl_Point, Size>;
-
-template <std::size_t Size>
-Points<Size> AnyPoints(Numbers& n) {
-  Points<Size> points;
-  for (gsl_Point& p : points)
-    p = n.Point(5.0);
-  return points;
-}
-
-/// The same points, in a type of a peer.
-template <class Peer, std::size_t Size, class Convert>
-std::vector<std::array<Peer, Size>> PeerCorpus(std::uint64_t seed, Convert convert) {
-  return Corpus<std::array<Peer, Size>>(seed, [&](Numbers& n) {
-    const Points<Size> points = AnyPoints<Size>(n);
-    std::array<Peer, Size> peers;
-    for (std::size_t i = 0; i < Size; ++i)
-      peers[i] = convert(points[i]);
-    return peers;
-  });
-}
-
-template <std::size_t Size>
 std::vector<std::array<Vector3d, Size>> EigenCorpus(std::uint64_t seed) {
   return PeerCorpus<Vector3d, Size>(seed,
                                     [](const gsl_Point& p) { return Vector3d(p.x, p.y, p.z); });
@@ -61,18 +40,14 @@ std::vector<std::array<transcription::Pt, Size>> PlainCorpus(std::uint64_t seed)
   });
 }
 
-void Register(const std::string& name, void (*run)(benchmark::State&)) {
-  benchmark::RegisterBenchmark(name.c_str(), run);
-}
-
 double Clamped(double t) {
   return std::min(std::max(t, 0.0), 1.0);
 }
 
-double SegmentDistance(const Vector3d& p, const Vector3d& a, const Vector3d& b) {
+double SegmentDistance(const Vector3d& p, const Vector3d& a, const Vector3d& b, Vector3d& closest) {
   const Vector3d ab = b - a;
-  const double t = Clamped((p - a).dot(ab) / ab.squaredNorm());
-  return (p - (a + t * ab)).norm();
+  closest = a + Clamped((p - a).dot(ab) / ab.squaredNorm()) * ab;
+  return (p - closest).norm();
 }
 
 /// Returns the distance to a triangle, by the region of the nearest point: C. Ericson, Real-Time
@@ -102,7 +77,7 @@ double TriangleDistance(const Vector3d& p, const Vector3d& a, const Vector3d& b,
 
 /// Returns the distance of two segments: C. Ericson, Real-Time Collision Detection (2005), 5.1.9.
 double SegmentsDistance(const Vector3d& p1, const Vector3d& q1, const Vector3d& p2,
-                        const Vector3d& q2) {
+                        const Vector3d& q2, Vector3d& onFirst, Vector3d& onSecond) {
   const Vector3d d1 = q1 - p1, d2 = q2 - p2, r = p1 - p2;
   const double a = d1.squaredNorm(), e = d2.squaredNorm(), f = d2.dot(r);
   const double c = d1.dot(r), b = d1.dot(d2);
@@ -116,20 +91,22 @@ double SegmentsDistance(const Vector3d& p1, const Vector3d& q1, const Vector3d& 
     t = 1.0;
     s = Clamped((b - c) / a);
   }
-  return (r + s * d1 - t * d2).norm();
+  onFirst = p1 + s * d1;
+  onSecond = p2 + t * d2;
+  return (onFirst - onSecond).norm();
 }
 
 void RegisterTriangles() {
-  Register("PointTriangleDistance/ours", [](benchmark::State& s) {
+  AddRow("PointTriangleDistance/ours", [](benchmark::State& s) {
     OnEach(s, Corpus<Points<4>>(1, AnyPoints<4>),
            [](const Points<4>& p) { return p[0].GetDistance(p[1], p[2], p[3]); });
   });
-  Register("PointTriangleDistance/Eigen", [](benchmark::State& s) {
+  AddRow("PointTriangleDistance/Eigen", [](benchmark::State& s) {
     OnEach(s, EigenCorpus<4>(1), [](const std::array<Vector3d, 4>& p) {
       return TriangleDistance(p[0], p[1], p[2], p[3]);
     });
   });
-  Register("PointTriangleDistance/steps", [](benchmark::State& s) {
+  AddRow("PointTriangleDistance/steps", [](benchmark::State& s) {
     OnEach(s, PlainCorpus<4>(1), [](const std::array<transcription::Pt, 4>& p) {
       return transcription::Distance(p[0], p[1], p[2], p[3], kTolerances);
     });
@@ -157,50 +134,63 @@ Segments AnySegments(Numbers& n) {
 }
 
 void RegisterPointSegment() {
-  Register("PointSegmentDistance/ours", [](benchmark::State& s) {
+  AddRow("PointSegmentDistance/ours", [](benchmark::State& s) {
     gsl_Point closest;
     OnEach(s, Corpus<PointAndSegment>(2, AnyPointAndSegment),
            [&](const PointAndSegment& in) { return in.p.GetDistance(in.segment, closest); });
   });
-  Register("PointSegmentDistance/Eigen", [](benchmark::State& s) {
-    OnEach(s, EigenCorpus<3>(2),
-           [](const std::array<Vector3d, 3>& p) { return SegmentDistance(p[0], p[1], p[2]); });
+  AddRow("PointSegmentDistance/Eigen", [](benchmark::State& s) {
+    Vector3d closest;
+    OnEach(s, EigenCorpus<3>(2), [&](const std::array<Vector3d, 3>& p) {
+      const double distance = SegmentDistance(p[0], p[1], p[2], closest);
+      benchmark::DoNotOptimize(closest);
+      return distance;
+    });
   });
-  Register("PointSegmentDistance/steps", [](benchmark::State& s) {
+  AddRow("PointSegmentDistance/steps", [](benchmark::State& s) {
     OnEach(s, PlainCorpus<3>(2), [](const std::array<transcription::Pt, 3>& p) {
       transcription::Pt closest = {};
-      return transcription::Distance(p[0], transcription::Segment{p[1], p[2]}, closest,
-                                     kTolerances);
+      const double distance =
+          transcription::Distance(p[0], transcription::Segment{p[1], p[2]}, closest, kTolerances);
+      benchmark::DoNotOptimize(closest);
+      return distance;
     });
   });
 }
 
 void RegisterSegments() {
-  Register("SegmentSegmentDistance/ours", [](benchmark::State& s) {
+  AddRow("SegmentSegmentDistance/ours", [](benchmark::State& s) {
     gsl_Segment connection;
     OnEach(s, Corpus<Segments>(3, AnySegments), [&](const Segments& in) {
       in.a.GetDistance(in.b, connection);
       return connection.Length();
     });
   });
-  Register("SegmentSegmentDistance/Eigen", [](benchmark::State& s) {
-    OnEach(s, EigenCorpus<4>(3), [](const std::array<Vector3d, 4>& p) {
-      return SegmentsDistance(p[0], p[1], p[2], p[3]);
+  AddRow("SegmentSegmentDistance/Eigen", [](benchmark::State& s) {
+    Vector3d x, y;
+    OnEach(s, EigenCorpus<4>(3), [&](const std::array<Vector3d, 4>& p) {
+      const double distance = SegmentsDistance(p[0], p[1], p[2], p[3], x, y);
+      benchmark::DoNotOptimize(x);
+      benchmark::DoNotOptimize(y);
+      return distance;
     });
   });
-  Register("SegmentSegmentDistance/steps", [](benchmark::State& s) {
+  AddRow("SegmentSegmentDistance/steps", [](benchmark::State& s) {
     OnEach(s, PlainCorpus<4>(3), [](const std::array<transcription::Pt, 4>& p) {
       transcription::Segment connection = {};
       transcription::ShortestConnection({p[0], p[1]}, {p[2], p[3]}, connection, kTolerances);
+      benchmark::DoNotOptimize(connection);
       return transcription::Distance(connection.point1, connection.point2);
     });
   });
 #if defined(BENCH_FCL)
-  Register("SegmentSegmentDistance/FCL", [](benchmark::State& s) {
+  AddRow("SegmentSegmentDistance/FCL", [](benchmark::State& s) {
     OnEach(s, EigenCorpus<4>(3), [](const std::array<Vector3d, 4>& p) {
       Vector3d v, x, y;
       fcl::detail::TriangleDistance<double>::segPoints(p[0], p[1] - p[0], p[2], p[3] - p[2], v, x,
                                                        y);
+      benchmark::DoNotOptimize(x);
+      benchmark::DoNotOptimize(y);
       return (x - y).norm();
     });
   });
@@ -208,12 +198,12 @@ void RegisterSegments() {
 }
 
 void RegisterComparisons() {
-  Register("IsParallel/ours", [](benchmark::State& s) {
+  AddRow("IsParallel/ours", [](benchmark::State& s) {
     const auto vectors = Corpus<gsl_Vector>(4, [](Numbers& n) { return n.Vector(1.0); });
     OnPairs(s, vectors,
             [](const gsl_Vector& a, const gsl_Vector& b) { return a.IsParallel(b, 1e-5); });
   });
-  Register("IsParallel/steps", [](benchmark::State& s) {
+  AddRow("IsParallel/steps", [](benchmark::State& s) {
     using transcription::Vec;
     const auto vectors = Corpus<Vec>(4, [](Numbers& n) {
       const gsl_Vector v = n.Vector(1.0);
@@ -222,46 +212,31 @@ void RegisterComparisons() {
     OnPairs(s, vectors,
             [](const Vec& a, const Vec& b) { return transcription::IsParallel(a, b, 1e-5); });
   });
-  Register("RealEqual/ours", [](benchmark::State& s) {
+  AddRow("RealEqual/ours", [](benchmark::State& s) {
     const auto numbers = Corpus<double>(5, [](Numbers& n) { return n.In(-1.0, 1.0); });
     OnPairs(s, numbers, [](double a, double b) { return gsl_RealEqual(a, b, 0.7); });
   });
-  Register("RealEqual/steps", [](benchmark::State& s) {
+  AddRow("RealEqual/steps", [](benchmark::State& s) {
     const auto numbers = Corpus<double>(5, [](Numbers& n) { return n.In(-1.0, 1.0); });
     OnPairs(s, numbers, [](double a, double b) { return transcription::RealEqual(a, b, 0.7); });
   });
 }
 
-struct Turn {
-  gsl_Point p;
-  gsl_Vector axis;
-  double angle;
-};
-
-Turn AnyTurn(Numbers& n) {
-  const gsl_Point p = n.Point(5.0);
-  const gsl_Vector axis = n.Vector(1.0);
-  return {p, axis, n.In(-3.0, 3.0)};
-}
-
 void RegisterRotations() {
-  Register("RotationAboutAxis/ours", [](benchmark::State& s) {
+  AddRow("RotationAboutAxis/ours", [](benchmark::State& s) {
     gsl_Matrix m;
-    OnEach(s, Corpus<Turn>(6, AnyTurn), [&](const Turn& turn) {
+    OnEach(s, Corpus<Turn>(6, AnyTurn), [&](const Turn& turn) -> const gsl_Matrix& {
       m.AxisRotation(turn.p, turn.axis, turn.angle);
-      benchmark::DoNotOptimize(m);
-      return m.m[0][0];
+      return m;
     });
   });
-  Register("RotationAboutAxis/Eigen", [](benchmark::State& s) {
+  AddRow("RotationAboutAxis/Eigen", [](benchmark::State& s) {
     OnEach(s, Corpus<Turn>(6, AnyTurn), [](const Turn& turn) {
       const Vector3d p(turn.p.x, turn.p.y, turn.p.z);
       const Vector3d axis(turn.axis.x, turn.axis.y, turn.axis.z);
-      Eigen::Isometry3d m = Eigen::Translation3d(p) *
-                            Eigen::AngleAxisd(turn.angle, axis.normalized()) *
-                            Eigen::Translation3d(-p);
-      benchmark::DoNotOptimize(m);
-      return m(0, 0);
+      return Eigen::Isometry3d(Eigen::Translation3d(p) *
+                               Eigen::AngleAxisd(turn.angle, axis.normalized()) *
+                               Eigen::Translation3d(-p));
     });
   });
 }
@@ -273,6 +248,8 @@ const bool registered = [] {
   RegisterComparisons();
   RegisterRotations();
   RegisterQueriesOfCgal();
+  RegisterQueriesOfGlm();
+  RegisterQueriesOfBullet();
   return true;
 }();
 

@@ -1,7 +1,9 @@
-// Measures vectors, points and transforms beside Eigen, which has the same operations on its own
-// types, and beside bare numbers that keep their length as our vectors do.
+// Measures vectors, points and transforms beside Eigen, glm and Bullet, which have the same
+// operations on their own types, and beside bare numbers that keep their length as our vectors do.
 
-#include "RandomNumbers.h"
+#include "EigenResults.h"
+#include "FreshData.h"
+#include "SmallPeers.h"
 #include "gsl_Matrix.h"
 #include "gsl_Point.h"
 #include "gsl_Vector.h"
@@ -10,128 +12,105 @@
 #include <benchmark/benchmark.h>
 
 #include <cmath>
-#include <cstddef>
-#include <vector>
 
 namespace {
 
-// A branch predictor learns a few hundred inputs by heart, and cannot learn so many.
-constexpr std::size_t kCount = 4096;
-
-std::vector<double> SomeNumbers() {
-  RandomNumbers random(20240229);
-  std::vector<double> numbers(3 * kCount);
-  for (double& number : numbers)
-    number = random.In(-10.0, 10.0);
-  return numbers;
-}
-
-template <class T>
-struct Corpus {
-  std::vector<T> values = std::vector<T>(kCount);
-
-  Corpus() {
-    const std::vector<double> numbers = SomeNumbers();
-    for (std::size_t i = 0; i < kCount; ++i)
-      values[i] = T(numbers[3 * i], numbers[3 * i + 1], numbers[3 * i + 2]);
-  }
-  const T& At(std::size_t i) const { return values[i % kCount]; }
-};
-
-/// Runs `work` on each value and its successor in turn.
-template <class T, class Work>
-void OnPairs(benchmark::State& state, Work work) {
-  const Corpus<T> corpus;
-  std::size_t i = 0;
-  for (auto _ : state) {
-    benchmark::DoNotOptimize(work(corpus.At(i), corpus.At(i + 1)));
-    ++i;
-  }
-}
-
-gsl_Matrix SomeTransform() {
-  gsl_Matrix m;
-  m.AxisRotation(gsl_Point(1.0, 2.0, 3.0), gsl_Vector(1.0, -1.0, 2.0), 0.7);
-  return m;
-}
+using namespace fresh_data;
 
 Eigen::Isometry3d SomeIsometry() {
-  const Eigen::Vector3d p(1.0, 2.0, 3.0);
-  return Eigen::Translation3d(p) *
-         Eigen::AngleAxisd(0.7, Eigen::Vector3d(1.0, -1.0, 2.0).normalized()) *
-         Eigen::Translation3d(-p);
-}
-
-template <class Work>
-void Register(const char* name, Work work) {
-  benchmark::RegisterBenchmark(name, work);
+  const gsl_Matrix m = SomeTransform();
+  Eigen::Isometry3d isometry;
+  for (int r = 0; r < 4; ++r) {
+    for (int c = 0; c < 4; ++c)
+      isometry(r, c) = m.m[r][c];
+  }
+  return isometry;
 }
 
 /// What a host would write by itself: components with their length.
 struct Bare {
-  double x, y, z, length;
-  Bare() = default;
+  double x, y, z, magnitude;
   Bare(double x0, double y0, double z0)
-      : x(x0), y(y0), z(z0), length(std::sqrt(x0 * x0 + y0 * y0 + z0 * z0)) {}
+      : x(x0), y(y0), z(z0), magnitude(std::sqrt(x0 * x0 + y0 * y0 + z0 * z0)) {}
 };
 
+} // namespace
+
+template <>
+struct agreement::NumbersOf<Bare> {
+  static void Append(std::vector<double>& out, const Bare& v) {
+    out.insert(out.end(), {v.x, v.y, v.z, v.magnitude});
+  }
+};
+
+namespace {
+
+using V = gsl_Vector;
+using E = Eigen::Vector3d;
+
+/// The length is beside the components, as ours is.
+Eigen::Vector4d WithLength(const E& v) {
+  return {v.x(), v.y(), v.z(), v.norm()};
+}
+
 void RegisterSums() {
-  using V = gsl_Vector;
-  Register("VectorAdd/ours", [](benchmark::State& s) {
-    OnPairs<V>(s, [](const V& a, const V& b) { return a + b; });
+  AddRow("VectorAdd/ours", [](benchmark::State& s) {
+    OnPairs(s, Triples<V>(), [](const V& a, const V& b) { return a + b; });
   });
-  Register("VectorAdd/bare", [](benchmark::State& s) {
-    OnPairs<Bare>(
-        s, [](const Bare& a, const Bare& b) { return Bare(a.x + b.x, a.y + b.y, a.z + b.z); });
+  AddRow("VectorAdd/bare", [](benchmark::State& s) {
+    OnPairs(s, Triples<Bare>(),
+            [](const Bare& a, const Bare& b) { return Bare(a.x + b.x, a.y + b.y, a.z + b.z); });
   });
-  Register("VectorScale/ours", [](benchmark::State& s) {
-    OnPairs<V>(s, [](V a, const V& b) {
+  AddRow("VectorAdd/Eigen", [](benchmark::State& s) {
+    OnPairs(s, Triples<E>(), [](const E& a, const E& b) { return WithLength(a + b); });
+  });
+  AddRow("VectorScale/ours", [](benchmark::State& s) {
+    OnPairs(s, Triples<V>(), [](V a, const V& b) {
       a.Scale(b.x);
       return a;
     });
   });
-  Register("VectorScale/bare", [](benchmark::State& s) {
-    OnPairs<Bare>(s, [](Bare a, const Bare& b) {
+  AddRow("VectorScale/bare", [](benchmark::State& s) {
+    OnPairs(s, Triples<Bare>(), [](Bare a, const Bare& b) {
       a.x *= b.x;
       a.y *= b.x;
       a.z *= b.x;
-      a.length *= std::fabs(b.x);
+      a.magnitude *= std::fabs(b.x);
       return a;
-    });
-  });
-  Register("VectorCrossAndLength/bare", [](benchmark::State& s) {
-    OnPairs<Bare>(s, [](const Bare& a, const Bare& b) {
-      return Bare(a.y * b.z - a.z * b.y, a.z * b.x - a.x * b.z, a.x * b.y - a.y * b.x);
     });
   });
 }
 
-void RegisterVectors() {
-  using V = gsl_Vector;
-  using E = Eigen::Vector3d;
-  Register("VectorDot/ours", [](benchmark::State& s) {
-    OnPairs<V>(s, [](const V& a, const V& b) { return a.DotProduct(b); });
+void RegisterProducts() {
+  AddRow("VectorDot/ours", [](benchmark::State& s) {
+    OnPairs(s, Triples<V>(), [](const V& a, const V& b) { return a.DotProduct(b); });
   });
-  Register("VectorDot/Eigen", [](benchmark::State& s) {
-    OnPairs<E>(s, [](const E& a, const E& b) { return a.dot(b); });
+  AddRow("VectorDot/bare", [](benchmark::State& s) {
+    OnPairs(s, Triples<Bare>(),
+            [](const Bare& a, const Bare& b) { return a.x * b.x + a.y * b.y + a.z * b.z; });
   });
-  Register("VectorCrossAndLength/ours", [](benchmark::State& s) {
-    OnPairs<V>(s, [](const V& a, const V& b) { return a.CrossProduct(b); });
+  AddRow("VectorDot/Eigen", [](benchmark::State& s) {
+    OnPairs(s, Triples<E>(), [](const E& a, const E& b) { return a.dot(b); });
   });
-  Register("VectorCrossAndLength/Eigen", [](benchmark::State& s) {
-    OnPairs<E>(s, [](const E& a, const E& b) {
-      const E c = a.cross(b);
-      return Eigen::Vector4d(c.x(), c.y(), c.z(), c.norm());
+  AddRow("VectorCrossAndLength/ours", [](benchmark::State& s) {
+    OnPairs(s, Triples<V>(), [](const V& a, const V& b) { return a.CrossProduct(b); });
+  });
+  AddRow("VectorCrossAndLength/bare", [](benchmark::State& s) {
+    OnPairs(s, Triples<Bare>(), [](const Bare& a, const Bare& b) {
+      return Bare(a.y * b.z - a.z * b.y, a.z * b.x - a.x * b.z, a.x * b.y - a.y * b.x);
     });
   });
-  Register("VectorNormalize/ours", [](benchmark::State& s) {
-    OnPairs<V>(s, [](V a, const V&) {
+  AddRow("VectorCrossAndLength/Eigen", [](benchmark::State& s) {
+    OnPairs(s, Triples<E>(), [](const E& a, const E& b) { return WithLength(a.cross(b)); });
+  });
+  AddRow("VectorNormalize/ours", [](benchmark::State& s) {
+    OnPairs(s, Triples<V>(), [](V a, const V&) {
       a.Normalize();
       return a;
     });
   });
-  Register("VectorNormalize/Eigen", [](benchmark::State& s) {
-    OnPairs<E>(s, [](E a, const E&) {
+  AddRow("VectorNormalize/Eigen", [](benchmark::State& s) {
+    OnPairs(s, Triples<E>(), [](E a, const E&) {
       a.normalize();
       return a;
     });
@@ -140,57 +119,61 @@ void RegisterVectors() {
 
 void RegisterPoints() {
   using P = gsl_Point;
-  using E = Eigen::Vector3d;
-  Register("PointDistance/ours", [](benchmark::State& s) {
-    OnPairs<P>(s, [](const P& a, const P& b) { return a.GetDistance(b); });
+  AddRow("PointDistance/ours", [](benchmark::State& s) {
+    OnPairs(s, Triples<P>(), [](const P& a, const P& b) { return a.GetDistance(b); });
   });
-  Register("PointDistance/Eigen", [](benchmark::State& s) {
-    OnPairs<E>(s, [](const E& a, const E& b) { return (a - b).norm(); });
+  AddRow("PointDistance/Eigen", [](benchmark::State& s) {
+    OnPairs(s, Triples<E>(), [](const E& a, const E& b) { return (a - b).norm(); });
   });
-}
-
-void RegisterTransforms() {
-  using P = gsl_Point;
-  using E = Eigen::Vector3d;
-  Register("TransformPoint/ours", [](benchmark::State& s) {
+  AddRow("TransformPoint/ours", [](benchmark::State& s) {
     const gsl_Matrix m = SomeTransform();
-    OnPairs<P>(s, [&](P a, const P&) {
+    OnEach(s, Triples<P>(), [&](P a) {
       m.Transform(a);
       return a.x + a.y + a.z;
     });
   });
-  Register("TransformPoint/Eigen", [](benchmark::State& s) {
+  AddRow("TransformPoint/Eigen", [](benchmark::State& s) {
     const Eigen::Isometry3d m = SomeIsometry();
-    OnPairs<E>(s, [&](const E& a, const E&) {
+    OnEach(s, Triples<E>(), [&](const E& a) {
       const E moved = m * a;
       return moved.x() + moved.y() + moved.z();
     });
   });
-  Register("TransformConcatenate/ours", [](benchmark::State& s) {
-    gsl_Matrix product;
-    const gsl_Matrix m = SomeTransform();
-    for (auto _ : s) {
-      product.Concatenate(m);
-      benchmark::DoNotOptimize(product);
-    }
+}
+
+/// Measures products with a transform, one after the other.
+template <class Matrix, class Multiply>
+void OnProducts(benchmark::State& state, Matrix product, Multiply multiply) {
+  for (int k = 0; k < 3; ++k)
+    multiply(product);
+  if (!agreement::IsAgreed(state, product)) return;
+  for (auto _ : state) {
+    multiply(product);
+    benchmark::DoNotOptimize(product);
+  }
+}
+
+void RegisterTransforms() {
+  AddRow("TransformConcatenate/ours", [](benchmark::State& s) {
+    OnProducts(s, gsl_Matrix(),
+               [m = SomeTransform()](gsl_Matrix& product) { product.Concatenate(m); });
   });
-  Register("TransformConcatenate/Eigen", [](benchmark::State& s) {
-    Eigen::Matrix4d product = Eigen::Matrix4d::Identity();
+  AddRow("TransformConcatenate/Eigen", [](benchmark::State& s) {
+    const Eigen::Matrix4d identity = Eigen::Matrix4d::Identity();
     const Eigen::Matrix4d m = SomeIsometry().matrix();
-    for (auto _ : s) {
-      product = m * product;
-      benchmark::DoNotOptimize(product);
-    }
+    OnProducts(s, identity, [m](Eigen::Matrix4d& product) { product = m * product; });
   });
-  Register("TransformInverse/ours", [](benchmark::State& s) {
+  AddRow("TransformInverse/ours", [](benchmark::State& s) {
     gsl_Matrix m = SomeTransform();
+    if (!agreement::IsAgreed(s, m.InverseRigidTransform())) return;
     for (auto _ : s) {
       benchmark::DoNotOptimize(m);
       benchmark::DoNotOptimize(m.InverseRigidTransform());
     }
   });
-  Register("TransformInverse/Eigen", [](benchmark::State& s) {
+  AddRow("TransformInverse/Eigen", [](benchmark::State& s) {
     Eigen::Isometry3d m = SomeIsometry();
+    if (!agreement::IsAgreed(s, Eigen::Isometry3d(m.inverse(Eigen::Isometry)))) return;
     for (auto _ : s) {
       benchmark::DoNotOptimize(m);
       benchmark::DoNotOptimize(Eigen::Isometry3d(m.inverse(Eigen::Isometry)));
@@ -200,9 +183,11 @@ void RegisterTransforms() {
 
 const bool registered = [] {
   RegisterSums();
-  RegisterVectors();
+  RegisterProducts();
   RegisterPoints();
   RegisterTransforms();
+  RegisterValuesOfGlm();
+  RegisterValuesOfBullet();
   return true;
 }();
 

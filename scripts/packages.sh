@@ -39,7 +39,7 @@ packages_of() {
     # Benchmarks, and the libraries that they compare with ours.
     bench)
       echo "$(packages_of python)" libbenchmark-dev \
-        libeigen3-dev libopenblas-dev libboost-graph-dev libfcl-dev libembree-dev libcgal-dev \
+        libeigen3-dev libglm-dev libbullet-dev libopenblas-dev libboost-graph-dev libfcl-dev libembree-dev libcgal-dev \
         libprotobuf-dev protobuf-compiler libflatbuffers-dev flatbuffers-compiler \
         libcapnp-dev capnproto
       ;;
