@@ -482,7 +482,7 @@ LESS = {
 DOES = {
     "BoxAddPoints": "All inputs are added, one after the other, to one box. Ours tests for an empty box each time.",
     "BoxIntersect": "Ours compares extents, rounded as documented; the peers compare corners.",
-    "BoxTransform": "The box around eight moved corners. Eigen moves each; ours and Bullet use the middle and the extents.",
+    "BoxTransform": "The box around eight moved corners. Eigen moves each; ours orders products; Bullet adds magnitudes.",
     "CircumCircle": "Centre and normal. Eigen solves the three planes.",
     "IsParallel": "Unit components within 1e-5, either sense.",
     "LineLineCrossing": "Lines of one plane: the crossing and the gap. Eigen does the usual formula.",
