@@ -1,6 +1,8 @@
 #ifndef COW_BODY_H
 #define COW_BODY_H
 
+#include "cow_Owners.h"
+
 #include <atomic>
 #include <cstddef>
 #include <utility>
@@ -59,12 +61,10 @@ private:
   };
 
   void Acquire() noexcept {
-    if (m_shared != nullptr) m_shared->owners.fetch_add(1, std::memory_order_relaxed);
+    if (m_shared != nullptr) cow_Owners::Add(m_shared->owners);
   }
   void Release() noexcept {
-    if (m_shared != nullptr && m_shared->owners.fetch_sub(1, std::memory_order_acq_rel) == 1) {
-      delete m_shared;
-    }
+    if (m_shared != nullptr && cow_Owners::RemoveLast(m_shared->owners)) delete m_shared;
   }
 
   Shared* m_shared = nullptr;

@@ -1,6 +1,7 @@
 #ifndef COW_COW_H
 #define COW_COW_H
 
+#include "cow_Owners.h"
 #include "mem_Export.h"
 
 #include <atomic>
@@ -70,14 +71,12 @@ private:
   };
 
   [[nodiscard]] static Shared* Acquired(Shared* s) noexcept {
-    if (s != nullptr) s->owners.fetch_add(1, std::memory_order_relaxed);
+    if (s != nullptr) cow_Owners::Add(s->owners);
     return s;
   }
 
   static void Release(Shared* s) noexcept {
-    if (s == nullptr) return;
-    // The last owner must see what the other owners wrote before it deletes the object.
-    if (s->owners.fetch_sub(1, std::memory_order_acq_rel) == 1) delete s;
+    if (s != nullptr && cow_Owners::RemoveLast(s->owners)) delete s;
   }
 
   Shared* m_shared = nullptr;

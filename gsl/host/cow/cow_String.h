@@ -1,17 +1,13 @@
 #ifndef COW_STRING_H
 #define COW_STRING_H
 
+#include "cow_Owners.h"
 #include "mem_Export.h"
 
 #include <atomic>
 #include <cstddef>
 #include <string_view>
 #include <utility>
-
-#if __has_include(<sys/single_threaded.h>)
-#include <sys/single_threaded.h>
-#define GSL_HOST_KNOWS_THREADS
-#endif
 
 /// Reference-counted immutable text; copies share one buffer. The text consists of bytes, not of
 /// characters, and has a terminating zero. The count is atomic: copies in different threads are
@@ -25,7 +21,7 @@ public:
   /// Copies `length` bytes, which may hold zeros.
   cow_String(const char* bytes, std::size_t length);
   cow_String(const cow_String& other) noexcept : m_shared(other.m_shared) {
-    if (m_shared != nullptr) Acquire(m_shared);
+    if (m_shared != nullptr) cow_Owners::Add(m_shared->owners);
   }
   cow_String(cow_String&& other) noexcept : m_shared(std::exchange(other.m_shared, nullptr)) {}
   cow_String& operator=(const cow_String& other) noexcept;
@@ -64,32 +60,8 @@ private:
   [[nodiscard]] static Shared* Make(const char* bytes, std::size_t length);
   static void Destroy(Shared* shared) noexcept;
 
-  // A process of one thread needs no locked instruction, which takes ten times as long.
-  static void Acquire(Shared* shared) noexcept {
-    std::atomic<std::size_t>& owners = shared->owners;
-    if (IsOneThread()) {
-      owners.store(owners.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
-    } else {
-      owners.fetch_add(1, std::memory_order_relaxed);
-    }
-  }
   static void Release(Shared* shared) noexcept {
-    std::atomic<std::size_t>& owners = shared->owners;
-    if (IsOneThread()) {
-      const std::size_t others = owners.load(std::memory_order_relaxed) - 1;
-      owners.store(others, std::memory_order_relaxed);
-      if (others == 0) Destroy(shared);
-    } else if (owners.fetch_sub(1, std::memory_order_acq_rel) == 1) {
-      Destroy(shared);
-    }
-  }
-  /// Returns whether the process has one thread, as far as the C library knows.
-  [[nodiscard]] static bool IsOneThread() noexcept {
-#if defined(GSL_HOST_KNOWS_THREADS)
-    return __libc_single_threaded != 0;
-#else
-    return false;
-#endif
+    if (cow_Owners::RemoveLast(shared->owners)) Destroy(shared);
   }
 
   Shared* m_shared = nullptr;

@@ -25,7 +25,7 @@ cow_String::cow_String(const char* text)
 cow_String::cow_String(const char* bytes, std::size_t length) : m_shared(Make(bytes, length)) {}
 
 cow_String& cow_String::operator=(const cow_String& other) noexcept {
-  if (other.m_shared != nullptr) Acquire(other.m_shared);
+  if (other.m_shared != nullptr) cow_Owners::Add(other.m_shared->owners);
   if (m_shared != nullptr) Release(m_shared);
   m_shared = other.m_shared;
   return *this;
