@@ -15,19 +15,12 @@ constexpr std::int32_t kIsNotIdentity = 0;
 constexpr std::int32_t kNotKnown = -1;
 
 /// The addresses make the library export the inline operations, for hosts that link their names.
+[[gnu::used]] void (gsl_Matrix::*const kFillIdentity)() = &gsl_Matrix::FillIdentity;
 [[gnu::used]] void (gsl_Matrix::*const kTransformPoint)(gsl_Point&) const = &gsl_Matrix::Transform;
 [[gnu::used]] void (gsl_Matrix::*const kTransformVector)(gsl_Vector&) const =
     &gsl_Matrix::Transform;
 
 } // namespace
-
-void gsl_Matrix::FillIdentity() {
-  for (int r = 0; r < 4; ++r) {
-    for (int c = 0; c < 4; ++c)
-      m[r][c] = r == c ? 1.0 : 0.0;
-  }
-  isIdentity = kIsIdentity;
-}
 
 bool gsl_Matrix::operator==(const gsl_Matrix& o) const {
   if (this == &o) return true;

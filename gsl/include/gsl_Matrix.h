@@ -31,7 +31,13 @@ public:
   gsl_Matrix() { FillIdentity(); }
 
   /// Every entry becomes the exact entry of the identity, and the flag becomes 1.
-  void FillIdentity();
+  GSL_API void FillIdentity() {
+    for (int r = 0; r < 4; ++r) {
+      for (int c = 0; c < 4; ++c)
+        m[r][c] = r == c ? 1.0 : 0.0;
+    }
+    isIdentity = 1;
+  }
 
   /// Returns true for the same object, and when no entry differs by more than 0.001 (closed; NaN
   /// agrees). The width is fixed and deliberately independent of the gsl_Util tolerances. The flag
