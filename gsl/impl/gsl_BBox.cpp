@@ -9,13 +9,6 @@ using gsl_kernel::Coord3;
 
 namespace {
 
-/// Moves a corner; its identity stays.
-void Place(gsl_Point& corner, const Coord3& c) {
-  corner.x = c.x;
-  corner.y = c.y;
-  corner.z = c.z;
-}
-
 Box BoxOf(const gsl_BBox& box) {
   return {box.min.Coords(), box.max.Coords()};
 }

@@ -126,6 +126,13 @@ inline Coord3 TransformPoint(const double (&m)[4][4], const Coord3& p) {
   return !(-tol > d) & !(d > tol);
 }
 
+/// Returns whether each coordinate of c is at least the coordinate of `low` and at most the
+/// coordinate of `high`. It is never true for a NaN.
+[[nodiscard]] inline bool LiesBetween(const Coord3& c, const Coord3& low, const Coord3& high) {
+  return (c.x >= low.x) & (c.x <= high.x) & (c.y >= low.y) & (c.y <= high.y) & (c.z >= low.z) &
+         (c.z <= high.z);
+}
+
 /// LowerTo replaces each coordinate of c that is above the coordinate of `limit`; RaiseTo replaces
 /// each that is below. C is any type with x, y and z. A NaN is neither below nor above.
 template <class C, class Limit>

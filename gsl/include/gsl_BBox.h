@@ -47,14 +47,23 @@ public:
   /// The box grows to hold p. An empty box takes copies of p, identity included, as both corners;
   /// otherwise coordinates change and uids stay.
   void Add(const gsl_Point& p) {
-    if (IsEmpty()) {
-      // p may be a corner of this box, so the second copy is of the first.
+    // p may be a corner of this box, so everything is read before anything is written.
+    gsl_arithmetic::Coord3 low = min.Coords();
+    gsl_arithmetic::Coord3 high = max.Coords();
+    const gsl_arithmetic::Coord3 c = p.Coords();
+    // Most of many points change nothing. Nothing is stored for them, and the next one waits for no
+    // store.
+    if (gsl_arithmetic::LiesBetween(c, low, high)) return;
+    if (low.x > high.x || low.y > high.y || low.z > high.z) {
+      // The second copy is of the first, which may have been p.
       min = p;
       max = min;
       return;
     }
-    gsl_arithmetic::LowerTo(min, p);
-    gsl_arithmetic::RaiseTo(max, p);
+    gsl_arithmetic::LowerTo(low, c);
+    gsl_arithmetic::RaiseTo(high, c);
+    Place(min, low);
+    Place(max, high);
   }
   /// The box grows to hold b; an empty b changes nothing. An empty box takes copies of b's corners,
   /// identities included.
@@ -128,6 +137,13 @@ public:
 
 private:
   friend struct gsl_RecordLayout<gsl_BBox>;
+
+  /// Moves a corner; its identity stays.
+  static void Place(gsl_Point& corner, const gsl_arithmetic::Coord3& c) {
+    corner.x = c.x;
+    corner.y = c.y;
+    corner.z = c.z;
+  }
 
   cls_Uid m_uid;
 };

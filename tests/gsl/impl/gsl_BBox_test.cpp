@@ -94,6 +94,53 @@ TEST(GslBBox, BoxMayGrowByItsOwnCorner) {
   EXPECT_XYZ(empty.max, -1.0, -1.0, -1.0);
 }
 
+/// The rule of Add, one coordinate after the other. The corner of an empty box becomes the point.
+void AddByTheRule(double (&low)[3], double (&high)[3], const double (&p)[3]) {
+  const bool isEmpty = low[0] > high[0] || low[1] > high[1] || low[2] > high[2];
+  for (int k = 0; k < 3; ++k) {
+    if (isEmpty || p[k] < low[k]) low[k] = p[k];
+    if (isEmpty || p[k] > high[k]) high[k] = p[k];
+  }
+}
+
+TEST(GslBBox, AddingAPointFollowsTheRuleForEveryKindOfNumber) {
+  constexpr std::uint64_t kSeed = 20261123;
+  RandomNumbers random(kSeed);
+  const double kinds[] = {-kInfinity, -1.0, -0.0, 0.0, 0.5, 1.0, kInfinity, kNaN};
+  const auto any = [&] {
+    const double x = kinds[random.Below(8)];
+    const double y = kinds[random.Below(8)];
+    return gsl_Point(x, y, kinds[random.Below(8)]);
+  };
+  for (int i = 0; i < Scaled(200000); ++i) {
+    gsl_BBox box;
+    box.min = any();
+    box.max = any();
+    const gsl_Point other = any();
+    const gsl_Point* const points[] = {&other, &box.min, &box.max};
+    const gsl_Point& p = *points[random.Below(3)];
+    double low[3] = {box.min.x, box.min.y, box.min.z};
+    double high[3] = {box.max.x, box.max.y, box.max.z};
+    AddByTheRule(low, high, {p.x, p.y, p.z});
+    box.Add(p);
+    for (unsigned int k = 0; k < 3; ++k) {
+      ASSERT_EQ(numbers::Bits(box.min[k]), numbers::Bits(low[k])) << "seed " << kSeed << ", " << i;
+      ASSERT_EQ(numbers::Bits(box.max[k]), numbers::Bits(high[k])) << "seed " << kSeed << ", " << i;
+    }
+  }
+}
+
+TEST(GslBBox, PointWithinTheCornersOfABoxThatIsEmptyOnAnotherAxisReplacesThem) {
+  gsl_BBox box;
+  box.min = gsl_Point(2.0, 0.0, 0.0);
+  box.max = gsl_Point(1.0, 1.0, 1.0);
+  // A NaN is within no corners, so the test for an empty box comes.
+  box.Add(gsl_Point(kNaN, 0.5, 0.5));
+  EXPECT_TRUE(std::isnan(box.min.x));
+  EXPECT_EQ(box.min.y, 0.5);
+  EXPECT_EQ(box.max.z, 0.5);
+}
+
 TEST(GslBBox, AddingAnEmptyBoxChangesNothing) {
   gsl_BBox box = BoxOf({0.0, 0.0, 0.0}, {1.0, 2.0, 3.0});
   box.Add(gsl_BBox());
