@@ -589,7 +589,8 @@ def library(result):
     yield "Times are medians of nine runs in nanoseconds of processor time, on one processor, in random order. Every work"
     yield "runs over 4096 random inputs in turn, so that no branch predictor learns them, and BoxAddPoints adds all of them. A"
     yield "ratio is our time divided by the time of the fastest peer that does the same work. The results of every peer are"
-    yield "compared with ours before it is timed, and a row that differs ends the measurement."
+    yield "compared with ours before it is timed, and a row that differs ends the measurement. The loops of the programs begin"
+    yield "at cache lines, so that a row of a few cycles does not change with the code before it."
     yield from ["", "### Goals", "", "Each row shows the worst work of its kind.", ""]
     yield from table(["goal", "limit", "measured", "met"], library_goals(works))
     yield from ["", "### Values, queries and small systems", ""]
