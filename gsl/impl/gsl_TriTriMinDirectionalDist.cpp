@@ -18,9 +18,9 @@ SourcedTriangle TriangleOf(const gsl_Point& p0, const gsl_Point& p1, const gsl_P
 
 /// This is a separate function, which keeps the rejection by extents short: most pairs of a sweep
 /// end there. `inputs` are the vertices by their source.
-[[gnu::noinline]] bool SweepWithinReach(const Measured3& d, const gsl_Point* const* inputs,
-                                        const bool* twoSided, const SweepTolerances& tol,
-                                        gsl_Point* contacts, double& distance) {
+[[gnu::noinline, gnu::flatten]] bool
+SweepWithinReach(const Measured3& d, const gsl_Point* const* inputs, const bool* twoSided,
+                 const SweepTolerances& tol, gsl_Point* contacts, double& distance) {
   gsl_kernel::SweepContacts found = {};
   found.distance = distance;
   const bool result = gsl_kernel::SweepTriangle(

@@ -164,21 +164,26 @@ private:
   std::vector<double> m_numbers;
 };
 
-/// Calls the sweep of one pair of triangles for one pair after the other.
-template <class Batch>
-SweptPairs LoopOfTriangles(const Batch& in) {
+/// Sweeps one pair of triangles after the other with `sweep`.
+template <class Batch, class Sweep>
+SweptPairs LoopOfTriangles(const Batch& in, const Sweep& sweep) {
   const SweepCase& terms = in.Terms();
-  return in.Loop([&terms](const SweepCase& pair, gsl_Point* contacts, double& distance) {
-    return gsl_TriTriMinDirectionalDist(terms.direction, pair.a[0], pair.a[1], pair.a[2], pair.b[0],
-                                        pair.b[1], pair.b[2], terms.twoSided, terms.margin,
-                                        contacts, distance);
+  return in.Loop([&terms, &sweep](const SweepCase& pair, gsl_Point* contacts, double& distance) {
+    return sweep(terms.direction, pair.a[0], pair.a[1], pair.a[2], pair.b[0], pair.b[1], pair.b[2],
+                 terms.twoSided, terms.margin, contacts, distance);
   });
 }
 
-/// Sweeps triangles with each width, plain and prepared. Returns what is wrong, or nothing.
-template <class Batch>
-std::string WrongWidths(const Batch& in, std::size_t skipped) {
-  const SweptPairs expected = LoopOfTriangles(in);
+/// Sweeps triangles by single calls and with each width, plain and prepared. Returns what differs
+/// from `steps`, the documented steps, or nothing. The single call and the lanes share bounds, and
+/// the steps know none.
+template <class Batch, class Steps>
+std::string WrongWidths(const Batch& in, std::size_t skipped, const Steps& steps) {
+  const SweptPairs expected = LoopOfTriangles(in, steps);
+  const SweptPairs single = LoopOfTriangles(in, gsl_TriTriMinDirectionalDist);
+  if (!Same(single, expected)) {
+    return "single calls " + Describe(single) + "expected " + Describe(expected);
+  }
   const Prepared a(in.a, in.pairs.size(), skipped), b(in.b, in.pairs.size(), 3 * skipped);
   std::string wrong;
   for (const gsl_WideKernels* const kernels : batch_cases::AllKernels()) {
@@ -199,8 +204,9 @@ std::string WrongWidths(const Batch& in, std::size_t skipped) {
 }
 
 /// Sweeps as many triangles of a family as are asked for with every width.
-template <class Batch, class Cases>
-void ExpectTheLoopOfTriangles(int familyNumber, std::uint64_t seed, long usual) {
+template <class Batch, class Cases, class Steps>
+void ExpectTheLoopOfTriangles(int familyNumber, std::uint64_t seed, long usual,
+                              const Steps& steps) {
   const auto family = static_cast<typename Cases::Family>(familyNumber);
   seed += static_cast<std::uint64_t>(familyNumber);
   RandomNumbers random(seed);
@@ -209,7 +215,7 @@ void ExpectTheLoopOfTriangles(int familyNumber, std::uint64_t seed, long usual) 
   const long wanted = PairsOfAFamily(usual);
   for (long pairs = 0; pairs < wanted;) {
     const Batch in(cases, family, random, settings);
-    ASSERT_EQ(WrongWidths(in, static_cast<std::size_t>(random.Below(3))), "")
+    ASSERT_EQ(WrongWidths(in, static_cast<std::size_t>(random.Below(3)), steps), "")
         << settings.Describe() << "family " << familyNumber << " after pair " << pairs;
     pairs += static_cast<long>(in.pairs.size());
   }

@@ -15,6 +15,10 @@ struct SourcedPoint {
   int source;
 };
 
+struct SourcedTriangle {
+  SourcedPoint p[3];
+};
+
 /// Returns the slot of the contact on the body that `side` names: +1 for A, -1 for B.
 inline int SlotOf(int side) {
   return (1 - side) / 2;
@@ -33,6 +37,11 @@ struct SweepContacts {
     distance = g;
   }
 };
+
+/// Returns the number of the lowest bit that is set.
+inline unsigned LowestBit(unsigned bits) {
+  return static_cast<unsigned>(__builtin_ctz(bits));
+}
 
 struct SweepTolerances {
   double linear;

@@ -5,13 +5,11 @@
 #include "kernel/SweepContacts.h"
 #include "kernel/Triangle.h"
 #include "kernel/TriangleSweepBounds.h"
+#include "kernel/TrianglesApart.h"
+#include "kernel/TwoDoubles.h"
 
 /// One triangle swept along a direction onto another, on bare coordinates.
 namespace gsl_kernel {
-
-struct SourcedTriangle {
-  SourcedPoint p[3];
-};
 
 /// Returns the point moved along d onto the plane. A point that lies on the plane, or that d does
 /// not lead there, is returned as it is, identity included.
@@ -34,95 +32,173 @@ inline TriangleTest InsideTest(const SourcedTriangle& tri, double linearToleranc
   return {tri.p[0].c, tri.p[1].c, tri.p[2].c, linearTolerance};
 }
 
-/// An edge, with the values that all its crossings use.
-struct PreparedEdge {
-  Coord3 start, end;
-  Line line;
-  Coord3 unit;
-  /// `unit` is not zero and has all its digits: the edge is neither shorter than the tolerance nor
-  /// shorter than kLeastUnitLength.
-  bool hasUnit;
-};
-
+/// The edges of a triangle, with the values that all their crossings use. Edge i leads from corner
+/// i. Edges 0 and 1 are in the first lanes, and edge 2 is in both lanes of the second.
 struct PreparedEdges {
-  PreparedEdge edge[3];
+  const SourcedTriangle& tri;
+  TwoCoords start[2], way[2], unit[2];
+  TwoDoubles length[2];
+  /// No unit is zero, and all have their digits: no edge is shorter than the tolerance or shorter
+  /// than kLeastUnitLength.
+  bool haveUnits;
 
-  PreparedEdges(const SourcedTriangle& tri, double linearTolerance) {
-    for (int i = 0; i < 3; ++i) {
-      const Coord3& start = tri.p[i].c;
-      const Coord3& end = tri.p[(i + 1) % 3].c;
-      const Line line = LineThrough(start, end);
-      edge[i] = {start, end, line,
-                 gsl_arithmetic::NormalizedCopy(line.direction, linearTolerance).c,
-                 line.direction.magnitude >= linearTolerance &&
-                     line.direction.magnitude > kLeastUnitLength};
+  PreparedEdges(const SourcedTriangle& triangle, double linearTolerance) : tri(triangle) {
+    const Coord3 &p0 = tri.p[0].c, &p1 = tri.p[1].c, &p2 = tri.p[2].c;
+    start[0] = Together(p0, p1);
+    start[1] = Both(p2);
+    way[0] = Subtract(Together(p1, p2), start[0]);
+    way[1] = Subtract(Both(p0), start[1]);
+    for (int k = 0; k < 2; ++k) {
+      length[k] = SquareRoot(Dot(way[k], way[k]));
+      // Is NormalizedCopy.
+      unit[k] = Multiply(way[k], Both(1.0) / length[k]);
+      const auto isShort = Both(linearTolerance) > length[k];
+      unit[k] = {isShort ? Both(0.0) : unit[k].x, isShort ? Both(0.0) : unit[k].y,
+                 isShort ? Both(0.0) : unit[k].z};
     }
+    haveUnits =
+        HasUnit(0, linearTolerance) && HasUnit(1, linearTolerance) && HasUnit(2, linearTolerance);
   }
+
+  const Coord3& Start(int i) const { return tri.p[i].c; }
+  const Coord3& End(int i) const { return tri.p[(i + 1) % 3].c; }
+  Coord3 Unit(int i) const { return At(unit, i); }
+  double Length(int i) const { return length[i / 2][i % 2]; }
+  Line LineOf(int i) const { return {Start(i), {At(way, i), Length(i)}}; }
 
   /// Returns a number that no coordinate, difference of coordinates or length exceeds, for both.
   static double ReachOf(const PreparedEdges& a, const PreparedEdges& b) {
     const auto squares = [](const PreparedEdges& edges) {
-      return Dot(edges.edge[0].start, edges.edge[0].start) +
-             edges.edge[0].line.direction.magnitude * edges.edge[0].line.direction.magnitude +
-             edges.edge[2].line.direction.magnitude * edges.edge[2].line.direction.magnitude;
+      return Dot(edges.Start(0), edges.Start(0)) + edges.Length(0) * edges.Length(0) +
+             edges.Length(2) * edges.Length(2);
     };
     return std::sqrt(8.0 * (squares(a) + squares(b)));
   }
+
+private:
+  static Coord3 At(const TwoCoords (&c)[2], int i) {
+    return {c[i / 2].x[i % 2], c[i / 2].y[i % 2], c[i / 2].z[i % 2]};
+  }
+  bool HasUnit(int i, double linearTolerance) const {
+    return Length(i) >= linearTolerance && Length(i) > kLeastUnitLength;
+  }
 };
 
-/// Returns true when the lines of two edges cross so far beyond one of them that CrossEdges returns
-/// false. `margin` is kCrossingMargin of the reach, and two tolerances.
-inline bool CrossBeyond(const PreparedEdge& first, const PreparedEdge& second, double margin) {
-  const double c = Dot(first.unit, second.unit);
-  const double sine2 = 1.0 - c * c;
-  const Coord3 w = Subtract(second.start, first.start);
-  const double wu = Dot(w, first.unit), wv = Dot(w, second.unit);
-  // The positions along the edges, times the square of the sine.
-  const double s = wu - wv * c, t = wu * c - wv;
-  const double before = -margin * sine2;
-  const bool isBeyond = (s < before) | (t < before) |
-                        (s > (first.line.direction.magnitude + margin) * sine2) |
-                        (t > (second.line.direction.magnitude + margin) * sine2);
-  return isBeyond & (sine2 > kCrossingSineSquare) & first.hasUnit & second.hasUnit;
-}
+/// Where the lines of edge i of one triangle and of every edge of another cross, in the lanes of
+/// the other.
+struct CrossingRow {
+  /// Positive where the lines cross so far beyond one of the edges that CrossEdges returns false.
+  TwoDoubles missed[2];
+  TwoDoubles cosine[2];    ///< between the edges
+  TwoDoubles wu[2], wv[2]; ///< the way from start to start, along both edges
 
-/// Finds where two edges cross. p lies on the line of the first edge. The weights locate p along
-/// the second edge.
+  CrossingRow() = default;
+  /// `margin` is kCrossingMargin of the reach, and two tolerances.
+  CrossingRow(const PreparedEdges& first, int i, const PreparedEdges& second, double margin) {
+    const TwoCoords p = Both(first.Start(i)), u = Both(first.Unit(i));
+    const TwoDoubles halfLength = Both(0.5 * first.Length(i));
+    for (int k = 0; k < 2; ++k) {
+      const TwoCoords w = Subtract(second.start[k], p), &v = second.unit[k];
+      const TwoDoubles c = Dot(u, v), sine2 = Both(1.0) - c * c;
+      cosine[k] = c;
+      wu[k] = Dot(w, u);
+      wv[k] = Dot(w, v);
+      // How far the positions along the edges are from the middles, beyond the halves of the edges.
+      // All is times the square of the sine.
+      const TwoDoubles halfU = halfLength * sine2, halfV = Both(0.5) * second.length[k] * sine2;
+      const TwoDoubles beyondU = Magnitude(wu[k] - wv[k] * c - halfU) - halfU;
+      const TwoDoubles beyondV = Magnitude(wu[k] * c - wv[k] - halfV) - halfV;
+      const TwoDoubles beyond = Larger(beyondU, beyondV) - Both(margin) * sine2;
+      missed[k] = sine2 > Both(kCrossingSineSquare) ? beyond : Both(0.0);
+    }
+  }
+};
+
+/// Finds where edge i of `first` and edge j of `second` cross. p lies on the line of the first
+/// edge. The weights locate p along the second edge.
 ///
 /// The lines must be neither skew nor parallel, and p must be within both edges. The four tests can
 /// run in any order, so the cheap tests, which reject most, come first.
-inline bool CrossEdges(const PreparedEdge& first, const PreparedEdge& second,
+inline bool CrossEdges(const PreparedEdges& first, int i, const PreparedEdges& second, int j,
                        double linearTolerance, Coord3& p, double* weights) {
-  if (IsParallel(first.line.direction, second.line.direction, kLineParallelTolerance)) {
-    return false;
-  }
-  p = ClosestOfNonParallel(first.start, first.unit, second.start, second.unit).onFirst;
-  return PointSegmentParameters(p, first.start, first.end, first.line.direction.magnitude,
-                                linearTolerance, weights) &&
-         PointSegmentParameters(p, second.start, second.end, second.line.direction.magnitude,
-                                linearTolerance, weights) &&
-         !LinesAreSkew(first.line, second.line, linearTolerance);
+  const Line line1 = first.LineOf(i), line2 = second.LineOf(j);
+  if (IsParallel(line1.direction, line2.direction, kLineParallelTolerance)) return false;
+  p = ClosestOfNonParallel(line1.point, first.Unit(i), line2.point, second.Unit(j)).onFirst;
+  return PointSegmentParameters(p, line1.point, first.End(i), first.Length(i), linearTolerance,
+                                weights) &&
+         PointSegmentParameters(p, line2.point, second.End(j), second.Length(j), linearTolerance,
+                                weights) &&
+         !LinesAreSkew(line1, line2, linearTolerance);
 }
 
-/// Calls visit(j, p, weights) for every edge i of `first` and j of `second` that cross, in (i, j)
-/// order.
+/// The crossings of the edges of two triangles, as far as no division decides them.
+struct EdgeCrossings {
+  PreparedEdges first, second;
+  double reach, margin;
+  CrossingRow row[3];
+  unsigned open; ///< a bit 3 i + j for each pair that may cross
+
+  EdgeCrossings(const SourcedTriangle& a, const SourcedTriangle& b, double linearTolerance)
+      : first(a, linearTolerance), second(b, linearTolerance),
+        reach(PreparedEdges::ReachOf(first, second)),
+        margin(kCrossingMargin * reach + 2.0 * std::fabs(linearTolerance)), open(0) {
+    // The pairs are judged without a branch, because no branch could be predicted.
+    for (int i = 0; i < 3; ++i) {
+      row[i] = CrossingRow(first, i, second, margin);
+      for (int j = 0; j < 3; ++j)
+        open |= static_cast<unsigned>(!(row[i].missed[j / 2][j % 2] > 0.0)) << (3 * i + j);
+    }
+    if (!(first.haveUnits & second.haveUnits)) open = kEveryPair;
+  }
+
+  static constexpr unsigned kEveryPair = (1u << 9) - 1;
+};
+
+/// Calls visit(j, p, weights) for every edge i of `a` and j of `b` that cross, in (i, j) order.
 template <class Visit>
-inline void ForEachEdgeCrossing(const SourcedTriangle& first, const SourcedTriangle& second,
+inline void ForEachEdgeCrossing(const SourcedTriangle& a, const SourcedTriangle& b,
                                 double linearTolerance, const Visit& visit) {
-  const PreparedEdges firstEdges(first, linearTolerance);
-  const PreparedEdges secondEdges(second, linearTolerance);
-  const double margin = kCrossingMargin * PreparedEdges::ReachOf(firstEdges, secondEdges) +
-                        2.0 * std::fabs(linearTolerance);
-  for (const PreparedEdge& edge : firstEdges.edge) {
-    for (int j = 0; j < 3; ++j) {
-      if (CrossBeyond(edge, secondEdges.edge[j], margin)) continue;
-      Coord3 p;
-      double weights[2];
-      if (CrossEdges(edge, secondEdges.edge[j], linearTolerance, p, weights)) {
-        visit(j, p, weights);
-      }
+  const EdgeCrossings crossings(a, b, linearTolerance);
+  for (unsigned open = crossings.open; open != 0; open &= open - 1) {
+    const auto pair = static_cast<int>(LowestBit(open));
+    const int i = pair / 3, j = pair % 3;
+    Coord3 p;
+    double weights[2];
+    if (CrossEdges(crossings.first, i, crossings.second, j, linearTolerance, p, weights)) {
+      visit(j, p, weights);
     }
   }
+}
+
+/// Finds where two faces' edges cross, as CrossEdges does, without its divisions where they are not
+/// needed. The tolerance must not be negative.
+inline bool CrossOpenPair(const EdgeCrossings& crossings, int pair, double linearTolerance,
+                          Coord3& p) {
+  const int i = pair / 3, j = pair % 3;
+  const PreparedEdges &first = crossings.first, &second = crossings.second;
+  const CrossingRow& row = crossings.row[i];
+  const int k = j / 2, lane = j % 2;
+  const double c = row.cosine[k][lane], wu = row.wu[k][lane], wv = row.wv[k][lane];
+  const double sine2 = 1.0 - c * c;
+  const double halfU = 0.5 * first.Length(i) * sine2, halfV = 0.5 * second.Length(j) * sine2;
+  const double beyondU = std::fabs(wu - wv * c - halfU) - halfU;
+  const double beyondV = std::fabs(wu * c - wv - halfV) - halfV;
+  const double border = -crossings.margin * sine2;
+  const Coord3 u = first.Unit(i);
+  const double skew =
+      std::fabs(Dot(Subtract(second.Start(j), first.Start(i)), Cross(u, second.Unit(j)))) +
+      kSkewRounding * crossings.reach;
+  const bool isCertain = (beyondU < border) & (beyondV < border) & (sine2 > kCrossingSineSquare) &
+                         (skew * skew < 0.25 * linearTolerance * linearTolerance * sine2) &
+                         (crossings.reach < kLargestApart) & first.haveUnits & second.haveUnits &
+                         (linearTolerance >= 0.0);
+  if (!isCertain) {
+    double weights[2];
+    return CrossEdges(first, i, second, j, linearTolerance, p, weights);
+  }
+  // Is ClosestOfNonParallel.
+  p = Add(first.Start(i), Multiply(u, (wv * c - wu) / (c * c - 1.0)));
+  return true;
 }
 
 /// Sweeps a triangle that is edge-on to d against a face. A vertex counts as found only when it
@@ -179,36 +255,77 @@ inline bool CoplanarVertexEdgeDist(const SourcedTriangle& tri1, const SourcedTri
   return found;
 }
 
+/// The candidates for the contact on A: corners of A, corners of the shadow, crossings of edges.
+struct ContactsOnA {
+  SourcedPoint point[3 + 3 + 9];
+  unsigned count; ///< the points that are filled
+  unsigned closest = kNone;
+  double distance; ///< the least distance so far
+
+  static constexpr unsigned kNone = 3 + 3 + 9;
+
+  ContactsOnA(const SourcedTriangle& a, const SourcedTriangle& shadow, double reach)
+      : count(6), distance(reach) {
+    for (int i = 0; i < 3; ++i) {
+      point[i] = a.p[i];
+      point[i + 3] = shadow.p[i];
+    }
+  }
+
+  /// Takes point k where it is closer to the plane of B along d. The first of equal ones stays.
+  void Consider(unsigned k, const Plane& planeB, const Measured3& d) {
+    // distances-are-unsigned: the way back counts like the way ahead.
+    const double g = std::fabs(PlaneDistanceAlong(point[k].c, planeB, d));
+    // The point is chosen without a branch, because no branch could be predicted.
+    closest ^= (closest ^ k) & (0u - static_cast<unsigned>(distance > g));
+    distance = Smaller(g, distance);
+  }
+};
+
+/// Returns whether the sweep is certain to find no contact of two faces. `shadow` is the shadow of
+/// B on the plane of A.
+inline bool ShadowPassesAside(const SourcedTriangle& a, const SourcedTriangle& b,
+                              const SourcedTriangle& shadow, const Plane& planeA,
+                              const Measured3& d, double linearTolerance) {
+  // The bounds are derived for a direction of the length 1, which only a stale length changes.
+  if (!(linearTolerance >= 0.0) || !(d.magnitude > 0.5) || !(d.magnitude < 2.0)) return false;
+  double longest = 0.0;
+  for (int i = 0; i < 3; ++i) {
+    if (shadow.p[i].source != kComputed) return false;
+    longest = Larger(std::fabs(Dot(Subtract(b.p[i].c, planeA.point), planeA.normal.c)), longest);
+  }
+  return AreApart(a, shadow, longest / std::fabs(Dot(d.c, planeA.normal.c)), linearTolerance);
+}
+
 /// Sweeps two triangles that are not edge-on. Tries the vertices of A over B, the vertices of B
 /// under A, and the crossings of edges.
 template <class CallerContact>
 inline bool FaceToFaceDist(const SourcedTriangle& a, const SourcedTriangle& b, const Plane& planeA,
                            const Plane& planeB, const Measured3& d, const SweepTolerances& tol,
                            const CallerContact& callerContact, SweepContacts& contacts) {
-  bool found = false;
-  const auto consider = [&](const SourcedPoint& onA) {
-    found = true;
-    // distances-are-unsigned: the way back counts like the way ahead.
-    const double g = std::fabs(PlaneDistanceAlong(onA.c, planeB, d));
-    if (!(contacts.distance > g)) return;
-    contacts.point[0] = onA;
-    contacts.written[0] = true;
-    contacts.distance = g;
-  };
-  const auto considerCornersInside = [&](const SourcedTriangle& corners,
-                                         const SourcedTriangle& face) {
-    const TriangleTest inside = InsideTest(face, tol.linear);
-    for (const SourcedPoint& corner : corners.p) {
-      if (inside.Contains(corner.c)) consider(corner);
-    }
-  };
   const SourcedTriangle shadow = ProjectTriangleAlong(b, planeA, d, tol);
-  considerCornersInside(a, shadow);
-  considerCornersInside(shadow, a);
-  ForEachEdgeCrossing(a, shadow, tol.linear, [&](int, const Coord3& p, const double*) {
-    consider({p, kComputed});
-  });
-  if (!found) return false;
+  if (ShadowPassesAside(a, b, shadow, planeA, d, tol.linear)) return false;
+  ContactsOnA found(a, shadow, contacts.distance);
+  unsigned inside =
+      InsideTest(shadow, tol.linear).ContainsCorners(a.p[0].c, a.p[1].c, a.p[2].c) |
+      InsideTest(a, tol.linear).ContainsCorners(shadow.p[0].c, shadow.p[1].c, shadow.p[2].c) << 3;
+  bool isFound = inside != 0;
+  for (; inside != 0; inside &= inside - 1)
+    found.Consider(LowestBit(inside), planeB, d);
+  const EdgeCrossings crossings(a, shadow, tol.linear);
+  for (unsigned open = crossings.open; open != 0; open &= open - 1) {
+    SourcedPoint& at = found.point[found.count];
+    if (!CrossOpenPair(crossings, static_cast<int>(LowestBit(open)), tol.linear, at.c)) continue;
+    at.source = kComputed;
+    isFound = true;
+    found.Consider(found.count++, planeB, d);
+  }
+  if (!isFound) return false;
+  if (found.closest != ContactsOnA::kNone) {
+    contacts.point[0] = found.point[found.closest];
+    contacts.written[0] = true;
+    contacts.distance = found.distance;
+  }
   // second-contact-follows-first: the first contact may still be what the caller passed in.
   const Coord3 first = contacts.written[0] ? contacts.point[0].c : callerContact();
   contacts.point[1] = ShadowOf({first, kFirstContact}, planeB, d, tol);
@@ -268,9 +385,13 @@ inline Measured3 NormalOf(const SourcedTriangle& tri, double cosineTolerance) {
 /// Turns the normal of a triangle that faces the wrong way. Returns false when the caller does not
 /// allow the turn. Does not read the flag of a triangle that faces the right way.
 inline bool Turn(Measured3& normal, Facing facing, const bool* twoSided) {
-  if (facing != Facing::Wrong) return true;
-  if (!*twoSided) return false;
-  normal.c = Negated(normal.c);
+  // The flag and the sign are chosen without a branch, because no branch could be predicted.
+  constexpr bool kUnread = true;
+  const auto isWrong = static_cast<std::size_t>(facing == Facing::Wrong);
+  const bool* const flags[2] = {&kUnread, twoSided};
+  if (!*flags[isWrong]) return false;
+  constexpr double kSigns[2] = {1.0, -1.0};
+  normal.c = Multiply(normal.c, kSigns[isWrong]);
   return true;
 }
 

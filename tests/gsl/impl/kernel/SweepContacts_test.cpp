@@ -19,6 +19,12 @@ TEST(KernelSweepContacts, SourcesOfCornersAndOfOtherPointsDiffer) {
   EXPECT_EQ(gsl_kernel::kFirstContact + 1, gsl_kernel::kComputed);
 }
 
+TEST(KernelSweepContacts, LowestBitIsItsNumber) {
+  EXPECT_EQ(gsl_kernel::LowestBit(1u), 0u);
+  EXPECT_EQ(gsl_kernel::LowestBit(12u), 2u);
+  EXPECT_EQ(gsl_kernel::LowestBit(1u << 14 | 1u << 9), 9u);
+}
+
 TEST(KernelSweepContacts, AcceptWritesBothContactsAndTheDistance) {
   const SourcedPoint corner = {{1.0, 2.0, 3.0}, 4};
   const SourcedPoint computed = {{5.0, 6.0, 7.0}, gsl_kernel::kComputed};

@@ -132,20 +132,23 @@ TEST(KernelEdgeCrossing, EdgesThatCertainlyMissNeverCross) {
     const double part = i % 4 == 0 ? 1e-6 : 3.0;
     const Coord3 start = gsl_kernel::Add(
         in.p[0], gsl_kernel::Multiply(way, part * (static_cast<double>(i % 101) / 100.0 - 0.5)));
-    const gsl_kernel::PreparedEdges first(OfA(in.p[0], in.p[1], in.p[2]), tolerance);
-    const gsl_kernel::PreparedEdges second(OfB(start, in.p[3], in.p[2]), tolerance);
-    const double margin =
-        gsl_kernel::kCrossingMargin * gsl_kernel::PreparedEdges::ReachOf(first, second) +
-        2.0 * std::fabs(tolerance);
-    for (const gsl_kernel::PreparedEdge& a : first.edge) {
-      for (const gsl_kernel::PreparedEdge& b : second.edge) {
-        Coord3 p;
-        double weights[2];
-        const bool isMissed = gsl_kernel::CrossBeyond(a, b, margin);
-        const bool isCrossed = gsl_kernel::CrossEdges(a, b, tolerance, p, weights);
-        EXPECT_FALSE(isMissed && isCrossed) << "case " << i;
-        missed += isMissed ? 1 : 0;
-        crossed += isCrossed ? 1 : 0;
+    const SourcedTriangle a = OfA(in.p[0], in.p[1], in.p[2]), b = OfB(start, in.p[3], in.p[2]);
+    const gsl_kernel::EdgeCrossings crossings(a, b, tolerance);
+    for (int pair = 0; pair < 9; ++pair) {
+      Coord3 p, q;
+      double weights[2];
+      const bool isMissed = (crossings.open >> pair & 1u) == 0;
+      const bool isCrossed =
+          CrossEdges(crossings.first, pair / 3, crossings.second, pair % 3, tolerance, p, weights);
+      EXPECT_FALSE(isMissed && isCrossed) << "case " << i;
+      missed += isMissed ? 1 : 0;
+      crossed += isCrossed ? 1 : 0;
+      if (isMissed) continue;
+      EXPECT_EQ(CrossOpenPair(crossings, pair, tolerance, q), isCrossed) << "case " << i;
+      if (isCrossed) {
+        EXPECT_TRUE(numbers::SameBits(p.x, q.x) && numbers::SameBits(p.y, q.y) &&
+                    numbers::SameBits(p.z, q.z))
+            << "case " << i;
       }
     }
   }

@@ -2,6 +2,7 @@
 
 #include "Numbers.h"
 #include "RandomNumbers.h"
+#include "TestScale.h"
 
 #include <cmath>
 #include <gtest/gtest.h>
@@ -114,6 +115,43 @@ TEST(TriangleTest, AgreesWithTheWeightsAnywhere) {
     const Coord3 x = any();
     EXPECT_EQ(ByTest(t, x), ByWeights(t, x)) << "case " << i;
   }
+}
+
+TEST(TriangleTest, AgreesWithTheWeightsForEveryToleranceAndSize) {
+  RandomNumbers random(0x7721);
+  long inside = 0, outside = 0;
+  for (long i = 0; i < Scaled(400000); ++i) {
+    // The weights of x are about the square of the tolerance, wherever both can be represented.
+    const double exponent = i % 2 == 0 ? random.In(-1.0, 1.0) : random.In(-60.0, 60.0);
+    const double side = std::pow(10.0, exponent);
+    const double tolerances[6] = {0.0,   1e-6 * side,        std::pow(10.0, random.In(-95.0, 3.0)),
+                                  -1e-3, numbers::kInfinity, numbers::kNaN};
+    const double tolerance = tolerances[random.Below(6)];
+    const Triangle t = RightAngled(side);
+    const double near = tolerance * tolerance / (side * side * side);
+    const double beyond = random.Chance(0.5) ? near * (1.0 + random.In(-2.0, 2.0) * 0x1p-45)
+                                             : near * random.In(-1.0, 3.0);
+    const Coord3 x = {side / 2, -beyond, 0.0};
+    double weights[3];
+    const bool answer = gsl_kernel::PointInTriangle(x, t.p[0], t.p[1], t.p[2], tolerance, weights);
+    const gsl_kernel::TriangleTest test(t.p[0], t.p[1], t.p[2], tolerance);
+    ASSERT_EQ(test.Contains(x), answer) << "case " << i << ", side " << side << ", tolerance "
+                                        << tolerance << ", beyond " << beyond;
+    ++(answer ? inside : outside);
+  }
+  EXPECT_GT(inside, Scaled(10000));
+  EXPECT_GT(outside, Scaled(10000));
+}
+
+TEST(TriangleTest, QuotientThatIsRoundedUpFromNothingIsOutside) {
+  // The scaled weight is above the bound of -1e-184, but its quotient is the least number, and so
+  // the product is below the bound.
+  const Triangle t = RightAngled(5e34);
+  const double tolerance = 1e-92;
+  const Coord3 x = {1e34, -7e-290, 0.0};
+  double weights[3];
+  const bool answer = gsl_kernel::PointInTriangle(x, t.p[0], t.p[1], t.p[2], tolerance, weights);
+  EXPECT_EQ(gsl_kernel::TriangleTest(t.p[0], t.p[1], t.p[2], tolerance).Contains(x), answer);
 }
 
 TEST(TriangleTest, SquaredAreaThatOverflowsContainsEverything) {

@@ -1,6 +1,7 @@
 #include "wide/TriangleFaceLanes.h"
 
 #include "SweepBatches.h"
+#include "TriTriTranscription.h"
 
 #include <gtest/gtest.h>
 
@@ -251,7 +252,9 @@ TEST(TriangleFaceLanes, EveryWidthFindsWhatTheLoopOfSingleCallsFindsAtTheBounds)
   constexpr std::uint64_t kSeed = 0xFACE;
   std::printf("seed %d\n", static_cast<int>(kSeed));
   for (int family = 0; family < FaceCases::kFamilies; ++family)
-    ExpectTheLoopOfTriangles<FaceBatch, FaceCases>(family, kSeed, 20000);
+    ExpectTheLoopOfTriangles<FaceBatch, FaceCases>(family, kSeed, 20000, [](auto&&... arguments) {
+      return transcription::TriTriMinDirectionalDist(arguments...);
+    });
 }
 
 TEST(TriangleFaceLanes, NearlyAllRandomPairsAreDecided) {

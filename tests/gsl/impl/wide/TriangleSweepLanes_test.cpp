@@ -1,6 +1,7 @@
 #include "wide/TriangleSweepLanes.h"
 
 #include "SweepBatches.h"
+#include "TriTriTranscription.h"
 
 #include <gtest/gtest.h>
 
@@ -61,7 +62,9 @@ TEST(TriangleSweepLanes, EveryWidthFindsWhatTheLoopOfSingleCallsFinds) {
   constexpr std::uint64_t kSeed = 0xB75;
   std::printf("seed %d\n", static_cast<int>(kSeed));
   for (int family = 0; family < SweepCases::kFamilies; ++family)
-    ExpectTheLoopOfTriangles<TriangleBatch, SweepCases>(family, kSeed, 20000);
+    ExpectTheLoopOfTriangles<TriangleBatch, SweepCases>(
+        family, kSeed, 20000,
+        [](auto&&... arguments) { return transcription::TriTriMinDirectionalDist(arguments...); });
 }
 
 TEST(TriangleSweepLanes, PairsBehindOutOfReachOrFacingAwayAreRejectedInTheLanes) {
