@@ -15,16 +15,17 @@ SweptSegment SegmentOf(const gsl_Point& p0, const gsl_Point& p1, int firstSource
                                          {p1.Coords(), firstSource + 1});
 }
 
-/// This is a separate function, which keeps the rejection of pairs that pass aside short. `inputs`
+/// This is a separate function, which keeps the rejection of pairs that pass aside short. It makes
+/// the segments again, because structures that pass through memory would be waited for. `inputs`
 /// are the ends by their source.
-[[gnu::noinline]] bool SweepWithinReach(const Measured3& d, const SweptSegment& a,
-                                        const SweptSegment& b, const gsl_Point* const* inputs,
-                                        const bool* twoSided, double margin,
-                                        const SweepTolerances& tol, gsl_Point* contacts,
-                                        double& distance) {
+[[gnu::noinline, gnu::flatten]] bool
+SweepWithinReach(const Measured3& d, const gsl_Point* const* inputs, const bool* twoSided,
+                 double margin, const SweepTolerances& tol, gsl_Point* contacts, double& distance) {
   gsl_kernel::SweepContacts found = {};
   found.distance = distance;
-  const bool result = gsl_kernel::SweepSegment(d, a, b, twoSided, margin, tol, found);
+  const bool result = gsl_kernel::SweepSegment(
+      d, SegmentOf(*inputs[0], *inputs[1], gsl_kernel::kFirstOfA),
+      SegmentOf(*inputs[3], *inputs[4], gsl_kernel::kFirstOfB), twoSided, margin, tol, found);
   WriteOutputs(found, inputs, contacts, distance);
   return result;
 }
@@ -38,9 +39,11 @@ bool gsl_InPlaneSegSegMinDirectionalDist(const gsl_Vector& direction, const gsl_
   const gsl_Util& settings = Settings();
   const SweepTolerances tol = {settings.linearTolerance, settings.cosineTolerance};
   const Measured3 d = gsl_arithmetic::NormalizedCopy(direction.Measured(), tol.linear);
-  const SweptSegment a = SegmentOf(a0, a1, gsl_kernel::kFirstOfA);
-  const SweptSegment b = SegmentOf(b0, b1, gsl_kernel::kFirstOfB);
-  if (gsl_kernel::PassAside(a, b, d, tol)) return false;
-  const gsl_Point* const inputs[] = {&a0, &a1, nullptr, &b0, &b1, nullptr};
-  return SweepWithinReach(d, a, b, inputs, twoSided, margin, tol, contacts, distance);
+  if (gsl_kernel::PassAside(SegmentOf(a0, a1, gsl_kernel::kFirstOfA),
+                            SegmentOf(b0, b1, gsl_kernel::kFirstOfB), d, tol)) {
+    return false;
+  }
+  // Segments have no third vertex, and nothing has its source.
+  const gsl_Point* const inputs[] = {&a0, &a1, &a1, &b0, &b1, &b1};
+  return SweepWithinReach(d, inputs, twoSided, margin, tol, contacts, distance);
 }

@@ -19,14 +19,13 @@ inline Line SupportingLine(const Segment& s) {
 /// The result of a crossing test. Missed writes nothing. Beyond and Crossing write the point.
 enum class SegmentCrossing { Missed, Beyond, Crossing };
 
-/// A direction of lines. `components` is the direction divided by its length, and `unit` is the
-/// direction multiplied by the reciprocal. The two do not have the same bits.
+/// A direction of lines. `unit` is the direction multiplied by the reciprocal of its length.
 struct RayDirection {
-  Coord3 c, components, unit;
+  Measured3 measured;
+  Coord3 unit;
 
   RayDirection(const Measured3& dir, double linearTolerance)
-      : c(dir.c), components(UnitComponents(dir)),
-        unit(gsl_arithmetic::NormalizedCopy(dir, linearTolerance).c) {}
+      : measured(dir), unit(gsl_arithmetic::NormalizedCopy(dir, linearTolerance).c) {}
 };
 
 /// A segment that lines of one direction may cross, with everything that does not depend on the
@@ -44,10 +43,8 @@ struct RayTarget {
     const Measured3 edge = Between(start, end);
     length = edge.magnitude;
     unit = gsl_arithmetic::NormalizedCopy(edge, linearTolerance).c;
-    hasCommonNormal = CommonNormal(edge.c, ray.c, linearTolerance, commonNormal);
-    isMissed =
-        linearTolerance > length ||
-        SameOrOppositeComponents(UnitComponents(edge), ray.components, kLineParallelTolerance);
+    hasCommonNormal = CommonNormal(edge.c, ray.measured.c, linearTolerance, commonNormal);
+    isMissed = linearTolerance > length || IsParallel(edge, ray.measured, kLineParallelTolerance);
   }
 };
 

@@ -4,6 +4,8 @@
 #include "kernel/SegmentPair.h"
 #include "kernel/SegmentSweepBounds.h"
 #include "kernel/SweepContacts.h"
+#include "kernel/TriangleSweepBounds.h"
+#include "kernel/TwoDoubles.h"
 
 /// One segment swept along a direction onto another, both in the XY plane or one parallel to it, on
 /// bare coordinates.
@@ -45,8 +47,7 @@ inline bool TurnSegment(SweptSegment& segment, const Measured3& d, double sense,
 // The difference always leads from the end. Where it rounds to zero, the other order has zeros of
 // the other sign.
 inline double GapFromEnd(int side, const Measured3& d, const Coord3& end, const Coord3& met) {
-  const double ahead = Dot(d.c, Subtract(met, end));
-  return side > 0 ? ahead : -ahead;
+  return static_cast<double>(side) * Dot(d.c, Subtract(met, end));
 }
 
 /// Finds where the line through p meets the target. Returns false when the line misses the target.
@@ -96,44 +97,6 @@ inline bool EndsOnOneLine(const SweptSegment& a, const SweptSegment& b, const Me
   return found;
 }
 
-/// Tests two segments across d: the ends of A against B, then the ends of B against A.
-inline bool EndsAcross(const SweptSegment& a, const SweptSegment& b, const Measured3& d,
-                       double margin, double linearTolerance, SweepContacts& contacts) {
-  // Such segments do not face each other.
-  if (Dot(a.edge.c, b.edge.c) > 0.0) return false;
-  const auto improves = [&contacts, margin](double g) {
-    // negative-margin-loosens-along-only: across the direction a contact must beat the distance
-    // itself too.
-    return contacts.distance - margin > g && contacts.distance > g;
-  };
-  bool found = false;
-  const RayDirection ray(d, linearTolerance);
-  const RayTarget targetB(b.Coordinates(), ray, linearTolerance);
-  for (const SourcedPoint& end : a.p) {
-    SourcedPoint hit;
-    if (!MeetTarget(end.c, ray, targetB, linearTolerance, hit)) continue;
-    const double g = GapFromEnd(+1, d, end.c, hit.c);
-    // passed-end-of-a-keeps-the-result: the search ends with what was found so far.
-    if (g < 0.0) return found;
-    if (!improves(g)) continue;
-    contacts.Accept(0, end, hit, g);
-    found = true;
-  }
-  const RayTarget targetA(a.Coordinates(), ray, linearTolerance);
-  for (int i = 0; i < 2; ++i) {
-    SourcedPoint hit;
-    if (!MeetTarget(b.p[i].c, ray, targetA, linearTolerance, hit)) continue;
-    const double g = GapFromEnd(-1, d, b.p[i].c, hit.c);
-    // passed-end-of-b-is-no-contact: what the first pass wrote stays.
-    if (g < 0.0) return false;
-    if (!improves(g)) continue;
-    // second-pass-stores-the-end-of-a: this is the end with the same index, not the end of B.
-    contacts.Accept(0, hit, a.p[i], g);
-    found = true;
-  }
-  return found;
-}
-
 inline double SumOfSizes(const Coord3& c) {
   return std::fabs(c.x) + std::fabs(c.y) + std::fabs(c.z);
 }
@@ -174,14 +137,17 @@ inline double GapAside(const SweptSegment& a, const SweptSegment& b, const Measu
   return aThenB > bThenA ? aThenB : bThenA;
 }
 
+/// Returns whether the segments and the direction are in one plane of constant z.
+inline bool LieFlat(const SweptSegment& a, const SweptSegment& b, const Measured3& d) {
+  const double height = a.p[0].c.z;
+  return d.c.z == 0.0 && a.p[1].c.z == height && b.p[0].c.z == height && b.p[1].c.z == height;
+}
+
 /// Returns true when two segments of one plane pass each other too far aside for the steps of the
 /// sweep to find a contact. It may return false for such a pair, and the steps then find nothing.
 inline bool PassAside(const SweptSegment& a, const SweptSegment& b, const Measured3& d,
                       const SweepTolerances& tol) {
-  const double height = a.p[0].c.z;
-  if (d.c.z != 0.0 || a.p[1].c.z != height || b.p[0].c.z != height || b.p[1].c.z != height) {
-    return false;
-  }
+  if (!LieFlat(a, b, d)) return false;
   const double gap = GapAside(a, b, d);
   if (!(gap > 0.0)) return false;
   // With a tolerance above |d| no line is crossed: an end meets its foot on the other segment.
@@ -189,18 +155,161 @@ inline bool PassAside(const SweptSegment& a, const SweptSegment& b, const Measur
   return gap > AsideReach(a, b, d, tol);
 }
 
+constexpr unsigned kNoEnd = 4;
+
+/// What the lines along d through the four ends meet. The ends have numbers: 0 and 1 are of A, 2
+/// and 3 are of B.
+struct EndGaps {
+  /// From each end to the point that it meets, along d. Infinite where it meets nothing. The last
+  /// is the distance before.
+  double gap[5];
+  Coord3 met[4];
+};
+
+/// Finds what each end meets, by the documented steps. This is a function of its own, with
+/// arguments of its own, so that the common way keeps its numbers in registers.
+[[gnu::noinline]] inline EndGaps MeetEveryEnd(SweptSegment a, SweptSegment b, Measured3 d,
+                                              double linearTolerance) {
+  const RayDirection ray(d, linearTolerance);
+  const RayTarget targets[2] = {RayTarget(b.Coordinates(), ray, linearTolerance),
+                                RayTarget(a.Coordinates(), ray, linearTolerance)};
+  const Coord3 ends[4] = {a.p[0].c, a.p[1].c, b.p[0].c, b.p[1].c};
+  EndGaps gaps = {};
+  for (int k = 0; k < 4; ++k) {
+    SourcedPoint hit;
+    const bool isMet = MeetTarget(ends[k], ray, targets[k / 2], linearTolerance, hit);
+    gaps.gap[k] = isMet ? GapFromEnd(k < 2 ? +1 : -1, d, ends[k], hit.c)
+                        : std::numeric_limits<double>::infinity();
+    if (isMet) gaps.met[k] = hit.c;
+  }
+  return gaps;
+}
+
+/// Does what MeetEveryEnd does, for B and for A in the lanes of vectors, where no root, no common
+/// normal and no weight is needed. Returns false where one is.
+///
+/// Requires a tolerance that is neither negative nor above the length of d, which is ordinary and
+/// across z.
+inline bool MeetFlatEnds(const SweptSegment& a, const SweptSegment& b, const Measured3& d,
+                         double linearTolerance, EndGaps& gaps) {
+  const TwoCoords start = Together(b.p[0].c, a.p[0].c), end = Together(b.p[1].c, a.p[1].c);
+  const TwoCoords way = Subtract(end, start), direction = Both(d.c);
+  const TwoDoubles length = {b.edge.magnitude, a.edge.magnitude};
+  // Is NormalizedCopy.
+  const TwoCoords u = Multiply(way, Both(1.0) / length), v = Both(Multiply(d.c, 1.0 / d.magnitude));
+  const TwoDoubles cosine = Dot(u, v), denominator = cosine * cosine - Both(1.0);
+  // Where a weight is compared with the tolerance, it is multiplied by the square of the length.
+  const TwoDoubles bound = Both(linearTolerance) * length;
+  const TwoDoubles outside = -Larger(Both(1.0 + kWeightSlack) * bound, Both(kLeastDecidedPosition));
+  const TwoDoubles inside =
+      bound > Both(kLeastDecidedPosition) ? -(Both(1.0 - kWeightSlack) * bound) : Both(0.0);
+  const auto isUsual = (end.z == start.z) & (start.z == Both(a.p[0].c.z)) &
+                       (length > Both(linearTolerance)) & (length > Both(kLeastOrdinarySize)) &
+                       (length < Both(kLargestOrdinarySize)) &
+                       (-denominator > Both(kCrossingSineSquare));
+  const auto meet = [&](int i) __attribute__((always_inline)) {
+    const TwoCoords origin = Together(a.p[i].c, b.p[i].c), w = Subtract(origin, start);
+    // Is ClosestOfNonParallel, then PointSegmentParameters and GapFromEnd.
+    const TwoDoubles s = (Dot(w, v) * cosine - Dot(w, u)) / denominator;
+    const TwoCoords met = Add(start, Multiply(u, s));
+    const TwoDoubles least = Smaller(Dot(Subtract(met, start), way), Dot(Subtract(end, met), way));
+    const TwoDoubles gap = TwoDoubles{1.0, -1.0} * Dot(direction, Subtract(met, origin));
+    const TwoDoubles counted =
+        least < outside ? Both(std::numeric_limits<double>::infinity()) : gap;
+    for (int k = 0; k < 2; ++k) {
+      gaps.gap[2 * k + i] = counted[k];
+      gaps.met[2 * k + i] = {met.x[k], met.y[k], met.z[k]};
+    }
+    return (least >= inside) | (least < outside);
+  };
+  const auto isCertain = isUsual & meet(0) & meet(1);
+  return (isCertain[0] & isCertain[1]) != 0;
+}
+
+/// Returns the end whose gap is accepted last, or kNoEnd. Clears `isContact` where an end of B was
+/// passed.
+inline unsigned AcceptedEnd(const EndGaps& gaps, double margin, bool& isContact) {
+  const double* const g = gaps.gap;
+  // Without a margin the first of the least gaps is accepted, unless an end was passed. It is
+  // chosen without a branch, because no branch could be predicted.
+  const double least01 = Smaller(g[1], g[0]), least23 = Smaller(g[3], g[2]);
+  if (margin == 0.0 && least01 >= 0.0 && least23 >= 0.0 && Smaller(least23, least01) < g[kNoEnd]) {
+    constexpr unsigned char kEnds[8] = {0, 1, 0, 1, 2, 2, 3, 3};
+    return kEnds[static_cast<unsigned>(g[1] < g[0]) | static_cast<unsigned>(g[3] < g[2]) << 1 |
+                 static_cast<unsigned>(least23 < least01) << 2];
+  }
+  unsigned closest = kNoEnd;
+  for (unsigned k = 0; k < 4; ++k) {
+    if (g[k] < 0.0) {
+      // passed-end-of-a-keeps-the-result: the search ends with what was found so far.
+      // passed-end-of-b-is-no-contact: what the first pass wrote stays.
+      isContact = k < 2;
+      break;
+    }
+    // negative-margin-loosens-along-only: across the direction a contact must beat the distance
+    // itself too.
+    if (g[closest] - margin > g[k] && g[closest] > g[k]) closest = k;
+  }
+  return closest;
+}
+
+/// Tests two segments across d: the ends of A against B, then the ends of B against A.
+inline bool EndsAcross(const SweptSegment& a, const SweptSegment& b, const Measured3& d,
+                       double margin, double linearTolerance, SweepContacts& contacts) {
+  // Such segments do not face each other.
+  if (Dot(a.edge.c, b.edge.c) > 0.0) return false;
+  const bool isUsual = linearTolerance >= 0.0 && linearTolerance <= d.magnitude && d.c.z == 0.0 &&
+                       d.magnitude > kLeastOrdinarySize && d.magnitude < kLargestOrdinarySize;
+  EndGaps gaps;
+  if (!isUsual || !MeetFlatEnds(a, b, d, linearTolerance, gaps)) {
+    gaps = MeetEveryEnd(a, b, d, linearTolerance);
+  }
+  gaps.gap[kNoEnd] = contacts.distance;
+  bool isContact = true;
+  const unsigned closest = AcceptedEnd(gaps, margin, isContact);
+  if (closest == kNoEnd) return false;
+  // second-pass-stores-the-end-of-a: this is the end with the same index, not the end of B.
+  const SourcedPoint ends[2] = {a.p[0], a.p[1]};
+  contacts.Accept(static_cast<int>(closest / 2), ends[closest % 2], {gaps.met[closest], kComputed},
+                  gaps.gap[closest]);
+  return isContact;
+}
+
+/// Returns true when no root is needed to know that IsOn is false.
+// The length of the cross product is at least the magnitude of its z, but for three roundings.
+// Where the square of z overflows or loses its digits, the length is infinite or a comparison
+// fails.
+inline bool IsCertainlyNotOn(const Measured3& d, const Measured3& edge, double cosineTolerance) {
+  const double across = std::fabs(d.c.x * edge.c.y - d.c.y * edge.c.x);
+  return across > (1.0 + kWeightSlack) * (cosineTolerance * d.magnitude * edge.magnitude) &&
+         across > kLeastDecidedPosition;
+}
+
+inline bool LiesAlong(const Measured3& d, const SweptSegment& segment, double cosineTolerance) {
+  return !IsCertainlyNotOn(d, segment.edge, cosineTolerance) &&
+         gsl_arithmetic::IsOn(d, segment.edge, cosineTolerance);
+}
+
+/// Sweeps a pair of which at least one segment lies along d. This is a function of its own, as
+/// MeetEveryEnd is.
+[[gnu::noinline]] inline bool SweepAlong(SweptSegment a, bool alongA, SweptSegment b, bool alongB,
+                                         Measured3 d, double margin, SweepTolerances tol,
+                                         SweepContacts& contacts) {
+  if (alongA && alongB) return EndsOnOneLine(a, b, d, margin, tol.cosine, contacts);
+  if (alongA) return EndsOfAlong(+1, a, b, d, margin, tol.linear, contacts);
+  return EndsOfAlong(-1, b, a, d, margin, tol.linear, contacts);
+}
+
 /// Sweeps along d, the direction after NormalizedCopy, a pair that PassAside keeps.
 inline bool SweepSegment(const Measured3& d, SweptSegment a, SweptSegment b, const bool* twoSided,
                          double margin, const SweepTolerances& tol, SweepContacts& contacts) {
   // A is judged, and may be refused, before B is looked at.
   if (!TurnSegment(a, d, 1.0, &twoSided[0])) return false;
-  const bool alongA = gsl_arithmetic::IsOn(d, a.edge, tol.cosine);
+  const bool alongA = LiesAlong(d, a, tol.cosine);
   if (!TurnSegment(b, d, -1.0, &twoSided[1])) return false;
-  const bool alongB = gsl_arithmetic::IsOn(d, b.edge, tol.cosine);
+  const bool alongB = LiesAlong(d, b, tol.cosine);
 
-  if (alongA && alongB) return EndsOnOneLine(a, b, d, margin, tol.cosine, contacts);
-  if (alongA) return EndsOfAlong(+1, a, b, d, margin, tol.linear, contacts);
-  if (alongB) return EndsOfAlong(-1, b, a, d, margin, tol.linear, contacts);
+  if (alongA || alongB) return SweepAlong(a, alongA, b, alongB, d, margin, tol, contacts);
   return EndsAcross(a, b, d, margin, tol.linear, contacts);
 }
 

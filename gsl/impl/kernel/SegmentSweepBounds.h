@@ -16,6 +16,11 @@ namespace gsl_kernel {
 constexpr double kLeastOrdinarySize = 1e-100;
 constexpr double kLargestOrdinarySize = 1e100;
 
+/// The least magnitude of a position along a segment of ordinary size, times its length, that
+/// decides. Divided by the square of the length and multiplied by the length, it keeps its digits:
+/// 1e-90 / 1e200 is above 2e-308.
+constexpr double kLeastDecidedPosition = 1e-90;
+
 // The crossing of a target with the ray from an origin is start + s u with s = N / D,
 // N = (w . v) c - w . u, D = c c - 1 and c = u . v. Here u is the unit vector of the target, v is
 // the unit vector of the ray, and w leads from start to the origin. The constants below count unit

@@ -37,11 +37,11 @@ TEST(KernelSegmentPair, SupportingLineLeadsFromTheFirstEnd) {
   EXPECT_XYZ(line.direction.c, 2.0, 3.0, 6.0);
 }
 
-TEST(KernelSegmentPair, RayDirectionHasBothUnitVectors) {
+TEST(KernelSegmentPair, UnitOfARayIsMultipliedByTheReciprocalOfTheLength) {
   // 49 (1 / 49) misses 1, 49 / 49 does not.
   const RayDirection ray(Measure({0.0, 49.0, 0.0}), kTolerance);
-  EXPECT_EQ(ray.c.y, 49.0);
-  EXPECT_EQ(ray.components.y, 1.0);
+  EXPECT_EQ(ray.measured.c.y, 49.0);
+  EXPECT_EQ(ray.measured.magnitude, 49.0);
   EXPECT_EQ(ray.unit.y, Below(1.0));
 }
 

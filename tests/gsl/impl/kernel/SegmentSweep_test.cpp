@@ -547,7 +547,8 @@ TEST(CrossingRounding, LeastCrossIsTheLeastOfTargetsThatAreNotParallel) {
     const Measured3 other =
         gsl_kernel::Measure({std::cos(axis - half), std::sin(axis - half), 0.0});
     const gsl_kernel::RayDirection ray(other, 0.0);
-    if (gsl_kernel::SameOrOppositeComponents(gsl_kernel::UnitComponents(along), ray.components,
+    if (gsl_kernel::SameOrOppositeComponents(gsl_kernel::UnitComponents(along),
+                                             gsl_kernel::UnitComponents(other),
                                              gsl_kernel::kLineParallelTolerance)) {
       continue;
     }
@@ -626,6 +627,127 @@ TEST(AsideReach, CoversTheCosineOfSegmentsAlongWithinAFactorOfThree) {
               worst.ratio);
   EXPECT_LE(worst.ratio, 1.0L);
   EXPECT_GE(worst.ratio, 0.45L);
+}
+
+TEST(MeetFlatEnds, FindsWhatTheStepsFindWhereItDecides) {
+  RandomNumbers random(kSeed);
+  long decided = 0, met = 0, missed = 0;
+  for (long i = 0; i < Scaled(1000000) && !testing::Test::HasFailure(); ++i) {
+    const Frame frame(random);
+    // B begins at an end of A, about the tolerance or less aside of it, and may be steep.
+    const double linear =
+        i % 9 == 0 ? 0.0 : std::min(std::pow(10.0, random.In(-9.0, -1.0)), frame.d.magnitude);
+    const double aside = random.In(-2.0, 2.0) * std::pow(10.0, random.In(-15.0, 0.0));
+    const double slope = random.In(-1.0, 1.0) * std::pow(10.0, random.In(-5.5, 0.0));
+    const double reached = random.In(0.1, 2.0);
+    const double z = i % 5 == 0 ? random.Hostile() : 0.5;
+    const auto at = [&frame, z](double along, double across) {
+      const Coord3 c = frame.At(along, across);
+      return Coord3{c.x, c.y, z};
+    };
+    const double tip = i % 4 == 0 ? linear * (1.0 + random.In(-4.0, 4.0) * 0x1p-52) : aside;
+    const SweptSegment a = SegmentBetween(at(0.0, 0.0), at(random.In(-1.0, 1.0), 1.0));
+    const SweptSegment b = SegmentBetween(at(2.0, -tip), at(2.0 + reached, slope * reached - tip));
+    gsl_kernel::EndGaps flat;
+    if (!MeetFlatEnds(a, b, frame.d, linear, flat)) continue;
+    ++decided;
+    const gsl_kernel::EndGaps steps = MeetEveryEnd(a, b, frame.d, linear);
+    for (int k = 0; k < 4; ++k) {
+      EXPECT_TRUE(numbers::SameBits(flat.gap[k], steps.gap[k])) << "case " << i << ", end " << k;
+      const bool isMet = std::isfinite(steps.gap[k]);
+      ++(isMet ? met : missed);
+      if (!isMet) continue;
+      EXPECT_TRUE(numbers::SameBits(flat.met[k].x, steps.met[k].x)) << "case " << i;
+      EXPECT_TRUE(numbers::SameBits(flat.met[k].y, steps.met[k].y)) << "case " << i;
+      EXPECT_TRUE(numbers::SameBits(flat.met[k].z, steps.met[k].z)) << "case " << i;
+    }
+  }
+  EXPECT_GT(decided, Scaled(300000));
+  EXPECT_GT(met, Scaled(100000));
+  EXPECT_GT(missed, Scaled(100000));
+}
+
+TEST(MeetFlatEnds, LeavesWhatIsNotUsualToTheSteps) {
+  const Measured3 d = gsl_kernel::Measure({0.0, 1.0, 0.0});
+  const SweptSegment a = SegmentBetween({1.0, 0.0, 0.0}, {-1.0, 0.0, 0.0});
+  const auto isDecided = [&](const SweptSegment& b, double linear) {
+    gsl_kernel::EndGaps gaps;
+    const bool first = MeetFlatEnds(a, b, d, linear, gaps);
+    EXPECT_EQ(MeetFlatEnds(b, a, d, linear, gaps), first);
+    return first;
+  };
+  const SweptSegment b = SegmentBetween({-3.0, 3.0, 0.0}, {0.5, 3.0, 0.0});
+  EXPECT_TRUE(isDecided(b, 0.25));
+  EXPECT_TRUE(isDecided(b, 0.0));
+  EXPECT_FALSE(isDecided(SegmentBetween({-3.0, 3.0, 0.0}, {0.5, 3.0, 1e-9}), 0.25));
+  EXPECT_FALSE(isDecided(SegmentBetween({-3.0, 3.0, 1e-9}, {0.5, 3.0, 1e-9}), 0.25));
+  EXPECT_FALSE(isDecided(SegmentBetween({0.0, 3.0, 0.0}, {0.25, 3.0, 0.0}), 0.25)) << "short";
+  EXPECT_FALSE(isDecided(SegmentBetween({0.0, 3.0, 0.0}, {0.0, 5.0, 0.0}), 0.25)) << "along";
+  EXPECT_FALSE(isDecided(SegmentBetween({0.0, 3.0, 0.0}, {1e-4, 5.0, 0.0}), 0.25))
+      << "nearly along";
+  EXPECT_FALSE(isDecided(SegmentBetween({-3.0, 3.0, 0.0}, {0.75, 3.0, 0.0}), 0.25))
+      << "an end of A is the tolerance beyond B, where rounding decides";
+  EXPECT_FALSE(isDecided(SegmentBetween({std::nan(""), 3.0, 0.0}, {0.5, 3.0, 0.0}), 0.25));
+  EXPECT_FALSE(isDecided(SegmentBetween({-1e101, 3.0, 0.0}, {1e101, 3.0, 0.0}), 0.0));
+}
+
+TEST(AcceptedEnd, IsTheFirstOfTheLeastGapsBelowTheDistance) {
+  const auto accepted = [](double a0, double a1, double b0, double b1, double distance) {
+    bool isContact = true;
+    const unsigned end = gsl_kernel::AcceptedEnd({{a0, a1, b0, b1, distance}, {}}, 0.0, isContact);
+    EXPECT_TRUE(isContact);
+    return end;
+  };
+  const double order[4] = {1.0, 2.0, 3.0, 4.0};
+  std::array<unsigned, 4> at = {0, 1, 2, 3};
+  do {
+    const double g[4] = {order[at[0]], order[at[1]], order[at[2]], order[at[3]]};
+    const unsigned least = static_cast<unsigned>(std::min_element(g, g + 4) - g);
+    EXPECT_EQ(accepted(g[0], g[1], g[2], g[3], 9.0), least);
+    EXPECT_EQ(accepted(g[0], g[1], g[2], g[3], 1.0), gsl_kernel::kNoEnd);
+  } while (std::next_permutation(at.begin(), at.end()));
+  EXPECT_EQ(accepted(2.0, 2.0, 2.0, 2.0, 9.0), 0u);
+  EXPECT_EQ(accepted(3.0, 2.0, 2.0, 2.0, 9.0), 1u);
+  EXPECT_EQ(accepted(3.0, 3.0, 2.0, 2.0, 9.0), 2u);
+  EXPECT_EQ(accepted(0.0, -0.0, -0.0, 0.0, 9.0), 0u);
+  EXPECT_EQ(accepted(std::nan(""), 3.0, std::nan(""), std::nan(""), 9.0), 1u);
+}
+
+TEST(AcceptedEnd, EndsAtAnEndThatWasPassed) {
+  bool isContact = true;
+  EXPECT_EQ(gsl_kernel::AcceptedEnd({{2.0, -1.0, 1.0, 1.0, 9.0}, {}}, 0.0, isContact), 0u);
+  EXPECT_TRUE(isContact);
+  EXPECT_EQ(gsl_kernel::AcceptedEnd({{2.0, 1.0, -1.0, 0.5, 9.0}, {}}, 0.0, isContact), 1u);
+  EXPECT_FALSE(isContact);
+}
+
+TEST(AcceptedEnd, LaterEndsMustBeatEarlierEndsByTheMargin) {
+  bool isContact = true;
+  EXPECT_EQ(gsl_kernel::AcceptedEnd({{4.0, 3.5, 2.5, 2.0, 9.0}, {}}, 1.0, isContact), 2u);
+  EXPECT_EQ(gsl_kernel::AcceptedEnd({{8.0, 8.5, 8.5, 8.0, 9.0}, {}}, 1.0, isContact),
+            gsl_kernel::kNoEnd);
+  EXPECT_EQ(gsl_kernel::AcceptedEnd({{4.0, 4.5, 3.5, 3.8, 9.0}, {}}, -1.0, isContact), 2u)
+      << "a negative margin loosens nothing";
+  EXPECT_TRUE(isContact);
+}
+
+TEST(LiesAlong, IsWhatIsOnSaysAtEveryAngle) {
+  RandomNumbers random(kSeed);
+  long along = 0, quick = 0;
+  for (long i = 0; i < Scaled(200000) && !testing::Test::HasFailure(); ++i) {
+    const Frame frame(random);
+    const double cosine = i % 8 == 0 ? 0.0 : std::pow(10.0, random.In(-12.0, 0.0));
+    const double sine = std::min(1.0, cosine * random.In(0.0, 2.0));
+    const double size = i % 3 == 0 ? std::pow(10.0, random.In(-170.0, 170.0)) : 1.0;
+    const SweptSegment segment =
+        SegmentBetween({0.0, 0.0, 0.0}, frame.At(size * std::sqrt(1.0 - sine * sine), size * sine));
+    const bool isOn = gsl_arithmetic::IsOn(frame.d, segment.edge, cosine);
+    EXPECT_EQ(gsl_kernel::LiesAlong(frame.d, segment, cosine), isOn) << "case " << i;
+    along += isOn ? 1 : 0;
+    quick += gsl_kernel::IsCertainlyNotOn(frame.d, segment.edge, cosine) ? 1 : 0;
+  }
+  EXPECT_GT(along, Scaled(20000));
+  EXPECT_GT(quick, Scaled(20000));
 }
 
 TEST(PassAside, RejectsSegmentsBeyondTheReachAndKeepsOthers) {

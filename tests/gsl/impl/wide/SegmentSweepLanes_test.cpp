@@ -1,5 +1,6 @@
 #include "wide/SegmentSweepLanes.h"
 
+#include "InPlaneTranscription.h"
 #include "SweepBatches.h"
 #include "gsl_InPlaneSegSegMinDirectionalDist.h"
 
@@ -12,13 +13,13 @@ namespace {
 using namespace sweep_batches;
 using gsl_wide::SegmentSweepBatch;
 
-/// Calls the sweep of one pair for one pair after the other.
-SweptPairs LoopOfSegments(const SegmentBatch& in) {
+/// Sweeps one pair after the other with `sweep`.
+template <class Sweep>
+SweptPairs LoopOfSegments(const SegmentBatch& in, const Sweep& sweep) {
   const InPlaneCase& terms = in.Terms();
-  return in.Loop([&terms](const InPlaneCase& pair, gsl_Point* contacts, double& distance) {
-    return gsl_InPlaneSegSegMinDirectionalDist(terms.direction, pair.a[0], pair.a[1], pair.b[0],
-                                               pair.b[1], terms.twoSided, terms.margin, contacts,
-                                               distance);
+  return in.Loop([&terms, &sweep](const InPlaneCase& pair, gsl_Point* contacts, double& distance) {
+    return sweep(terms.direction, pair.a[0], pair.a[1], pair.b[0], pair.b[1], terms.twoSided,
+                 terms.margin, contacts, distance);
   });
 }
 
@@ -88,7 +89,14 @@ TEST(SegmentSweepLanes, EveryWidthFindsWhatTheLoopOfSingleCallsFinds) {
     const long wanted = PairsOfAFamily(40000);
     for (long pairs = 0; pairs < wanted;) {
       const SegmentBatch in(cases, family, random, settings);
-      const SweptPairs expected = LoopOfSegments(in);
+      // The single call and the lanes share bounds, and the documented steps know none.
+      const SweptPairs expected = LoopOfSegments(in, [](auto&&... arguments) {
+        return in_plane_transcription::SegSegMinDirectionalDist(arguments...);
+      });
+      const SweptPairs single = LoopOfSegments(in, gsl_InPlaneSegSegMinDirectionalDist);
+      ASSERT_EQ(Describe(single), Describe(expected))
+          << settings.Describe() << "family " << f << " after pair " << pairs;
+      ASSERT_TRUE(Same(single, expected));
       for (const gsl_WideKernels* const kernels : batch_cases::AllKernels()) {
         SweptPairs best = SegmentBatch::Nothing(in.Terms().distance);
         gsl_batch::SweepSegments(*kernels, in.Arguments<SegmentSweepBatch>(),
