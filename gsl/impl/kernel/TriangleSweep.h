@@ -333,20 +333,20 @@ inline bool FaceToFaceDist(const SourcedTriangle& a, const SourcedTriangle& b, c
   return true;
 }
 
-struct Slab {
-  double min, max;
+/// The extents along an axis of A, in the first lane, and of B, in the second.
+struct Slabs {
+  TwoDoubles min, max;
 };
 
-/// Returns the parameters of the vertices on the axis through `origin` along the unit vector d.
-inline Slab SlabAlong(const Coord3& origin, const Coord3& d, const SourcedTriangle& tri) {
-  const double t0 = ParameterAlong(tri.p[0].c, origin, d);
-  Slab slab = {t0, t0};
-  for (int i = 1; i < 3; ++i) {
-    const double t = ParameterAlong(tri.p[i].c, origin, d);
-    if (t < slab.min) slab.min = t;
-    if (t > slab.max) slab.max = t;
-  }
-  return slab;
+/// Returns the parameters of the vertices on the axis through the first vertex of A along the unit
+/// vector d.
+inline Slabs SlabsAlong(const Coord3& d, const SourcedTriangle& a, const SourcedTriangle& b) {
+  const TwoCoords origin = Both(a.p[0].c), axis = Both(d);
+  // Is ParameterAlong.
+  const TwoDoubles t0 = Dot(axis, Subtract(Together(a.p[0].c, b.p[0].c), origin));
+  const TwoDoubles t1 = Dot(axis, Subtract(Together(a.p[1].c, b.p[1].c), origin));
+  const TwoDoubles t2 = Dot(axis, Subtract(Together(a.p[2].c, b.p[2].c), origin));
+  return {Smaller(t2, Smaller(t1, t0)), Larger(t2, Larger(t1, t0))};
 }
 
 /// Returns true when B lies wholly behind A along d, or farther ahead than `reach`. No rejection
@@ -354,9 +354,8 @@ inline Slab SlabAlong(const Coord3& origin, const Coord3& d, const SourcedTriang
 inline bool SlabsReject(const SourcedTriangle& a, const SourcedTriangle& b, const Measured3& d,
                         double reach, double linearTolerance) {
   const Coord3 axis = gsl_arithmetic::NormalizedCopy(d, linearTolerance).c;
-  const Slab slabA = SlabAlong(a.p[0].c, axis, a);
-  const Slab slabB = SlabAlong(a.p[0].c, axis, b);
-  return slabA.min > slabB.max || slabB.min - slabA.max > reach;
+  const Slabs slabs = SlabsAlong(axis, a, b);
+  return slabs.min[0] > slabs.max[1] || slabs.min[1] - slabs.max[0] > reach;
 }
 
 enum class Facing { Right, EdgeOn, Wrong };

@@ -268,13 +268,24 @@ TEST(KernelFaceToFace, FacesThatPassEachOtherWriteNothing) {
   ExpectUnwritten(contacts, kInfinity);
 }
 
-TEST(KernelSlab, HoldsTheParametersOfAllCorners) {
-  const SourcedTriangle tri = OfA({0, 0, 7}, {9, 9, 3}, {-9, 9, 5});
-  const gsl_kernel::Slab slab = gsl_kernel::SlabAlong({1, 1, 1}, kUp.c, tri);
-  EXPECT_EQ(slab.min, 2.0);
-  EXPECT_EQ(slab.max, 6.0);
-  const gsl_kernel::Slab nan = gsl_kernel::SlabAlong({0, 0, kNaN}, kUp.c, tri);
-  EXPECT_TRUE(std::isnan(nan.min));
+TEST(KernelSlab, HoldsTheParametersOfAllCornersInEveryOrder) {
+  const Coord3 corners[3] = {{0, 0, 7}, {9, 9, 3}, {-9, 9, 5}};
+  const SourcedTriangle tri = OfB(corners[0], corners[1], corners[2]);
+  for (int k = 0; k < 3; ++k) {
+    const SourcedTriangle a = OfA(corners[k], corners[(k + 1) % 3], corners[(k + 2) % 3]);
+    const double z = corners[k].z;
+    const gsl_kernel::Slabs slabs = gsl_kernel::SlabsAlong(kUp.c, a, tri);
+    for (int lane = 0; lane < 2; ++lane) {
+      EXPECT_EQ(slabs.min[lane], 3.0 - z);
+      EXPECT_EQ(slabs.max[lane], 7.0 - z);
+    }
+  }
+  const SourcedTriangle odd = OfA({0, 0, kNaN}, corners[1], corners[2]);
+  EXPECT_TRUE(std::isnan(gsl_kernel::SlabsAlong(kUp.c, odd, tri).min[0]));
+  const gsl_kernel::Slabs later =
+      gsl_kernel::SlabsAlong(kUp.c, OfA(corners[0], {0, 0, kNaN}, corners[2]), tri);
+  EXPECT_EQ(later.min[0], -2.0) << "a NaN is neither below nor above";
+  EXPECT_EQ(later.max[0], 0.0);
 }
 
 TEST(KernelSlab, RejectsATriangleStrictlyBehindOrBeyondTheReach) {
