@@ -169,7 +169,8 @@ struct LaneTriangleTest {
       isCertain &= (square > Splat(kLeastDecidedSquare)) & (square < Splat(kLargestDecidedSquare));
     }
     const double tolerance2 = linearTolerance * linearTolerance;
-    below = (1.0 - kWeightSlack) * tolerance2;
+    // The quotient of a smaller weight loses its digits, and can be rounded up.
+    below = tolerance2 > kLeastDecidedWeight ? (1.0 - kWeightSlack) * tolerance2 : 0.0;
     const double limit = (1.0 + kWeightSlack) * tolerance2;
     above = limit > kLeastDecidedWeight ? limit : kLeastDecidedWeight;
   }

@@ -143,15 +143,16 @@ TEST(TriangleTest, AgreesWithTheWeightsForEveryToleranceAndSize) {
   EXPECT_GT(outside, Scaled(10000));
 }
 
-TEST(TriangleTest, QuotientThatIsRoundedUpFromNothingIsOutside) {
-  // The scaled weight is above the bound of -1e-184, but its quotient is the least number, and so
-  // the product is below the bound.
+TEST(TriangleTest, QuotientThatIsRoundedUpIsOutside) {
+  // The quotient is 0.7 of the least number and is rounded up to it. The product is then beyond the
+  // square of the tolerance, although the scaled weight is not.
   const Triangle t = RightAngled(5e34);
-  const double tolerance = 1e-92;
-  const Coord3 x = {1e34, -7e-290, 0.0};
-  double weights[3];
-  const bool answer = gsl_kernel::PointInTriangle(x, t.p[0], t.p[1], t.p[2], tolerance, weights);
-  EXPECT_EQ(gsl_kernel::TriangleTest(t.p[0], t.p[1], t.p[2], tolerance).Contains(x), answer);
+  const double tolerance = 4.97e-93;
+  const Coord3 x = {1e34, -1.73e-289, 0.0};
+  ASSERT_GT(gsl_kernel::ScaledWeight(x, gsl_kernel::CornerAt(t.p[2], t.p[0], t.p[1])),
+            -tolerance * tolerance);
+  EXPECT_FALSE(Weights(x, t, tolerance).inside);
+  EXPECT_FALSE(gsl_kernel::TriangleTest(t.p[0], t.p[1], t.p[2], tolerance).Contains(x));
 }
 
 TEST(TriangleTest, SquaredAreaThatOverflowsContainsEverything) {

@@ -341,3 +341,18 @@ TEST(TriangleFaceLanes, TheBorderOfTheTriangleTestIsTheBorderOfTheSingleCall) {
       ASSERT_EQ(Count(*kernels, make).distance, SingleCall(p)) << i;
   }
 }
+
+TEST(TriangleFaceLanes, AWeightWhoseQuotientLosesItsDigitsIsNotCertain) {
+  namespace lanes = gsl_wide::GSL_LANES_NAMESPACE;
+  const auto at = [](double x, double y) {
+    return lanes::Coords{lanes::Splat(x), lanes::Splat(y), lanes::Splat(0.0)};
+  };
+  // The weight is within the square of the tolerance, and the documented quotient is beyond it.
+  const lanes::LaneTriangle tri = {{at(0.0, 0.0), at(5e34, 0.0), at(0.0, 5e34)}};
+  lanes::LaneTriangleTest beside(tri, 4.97e-93);
+  static_cast<void>(beside.Contains(at(1e34, -1.73e-289)));
+  EXPECT_EQ(lanes::MaskOf(beside.isCertain), 0u);
+  lanes::LaneTriangleTest within(tri, 4.97e-93);
+  static_cast<void>(within.Contains(at(1e34, 1e34)));
+  EXPECT_NE(lanes::MaskOf(within.isCertain), 0u);
+}
