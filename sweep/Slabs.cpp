@@ -160,7 +160,8 @@ bool MayBeSlim(const Float4& area, const Box<float>& box) {
          std::fabs(area[2]) <= side[0] * side[1];
 }
 
-/// Finds the normal of a side slab: in the surface, where the corners of a leaf spread least.
+/// Finds the normal of a side slab: in the surface, where the corners of a leaf spread least. It
+/// stays zero where they spread alike.
 void SetSideNormal(const LeafCorners& corners, const Slab& slab, Slab& side) {
   Float4 squares, products; // products of y and z, of z and x, and of x and y come at 1, 2 and 0
   corners.Spread(squares, products);
@@ -183,8 +184,13 @@ void SetSideNormal(const LeafCorners& corners, const Slab& slab, Slab& side) {
            (a[2] * b[0] + a[0] * b[2]) * products[2];
   };
   // The least principal axis of the two-by-two matrix of these.
-  const float half = 0.5f * (spread(p, p) - spread(q, q));
-  const float mixed = spread(p, q);
+  const float difference = 0.5f * (spread(p, p) - spread(q, q));
+  const float product = spread(p, q);
+  // Their squares may leave the range of float where those of the corners do not.
+  const float largest = std::max(std::fabs(difference), std::fabs(product));
+  if (!(largest > 0.0f)) return;
+  const float half = difference / largest;
+  const float mixed = product / largest;
   const float root = std::sqrt(half * half + mixed * mixed);
   const float alongP = half >= 0.0f ? -mixed : half - root;
   const float alongQ = half >= 0.0f ? half + root : mixed;

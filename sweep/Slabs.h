@@ -42,9 +42,9 @@ struct alignas(32) SlabNode : SlabLanes {
 /// Thin slabs beside the boxes of a tree. They separate two surfaces that face each other closely
 /// by their thickness (size^2 * curvature), and not by the size of their boxes.
 ///
-/// Long thin triangles have a side slab too: its normal lies in their surface, across their length.
-/// It bounds the width of needles that are turned against the axes, whose boxes are as wide as the
-/// needles are long. Surfaces without such triangles have none.
+/// Leaves and nodes whose triangles lie in a narrow strip that is turned against the axes have a
+/// side slab too: its normal lies in their surface, across the strip. It bounds the width of
+/// needles, whose boxes are as wide as the needles are long.
 struct Slabs {
   static constexpr std::uint32_t kNoSide = 0xffffffffu;
 
@@ -59,10 +59,11 @@ struct Slabs {
     if (sides.size() == 0 || sidesOf[node] == kNoSide) return nullptr;
     return &sides[sidesOf[node]];
   }
-  /// Returns a number of the side slab of a child, or kNoSide.
+  /// Returns a number of the side slab of a child, or kNoSide. Only the first 2^30 nodes that have
+  /// any have numbers.
   std::uint32_t SideNumber(std::size_t node, int lane) const {
     const SlabLanes* found = SidesOf(node);
-    if (found == nullptr || found->At(lane).IsNone()) return kNoSide;
+    if (found == nullptr || sidesOf[node] > kNoSide / 4 || found->At(lane).IsNone()) return kNoSide;
     return 4 * sidesOf[node] + static_cast<std::uint32_t>(lane);
   }
   /// Returns the side slab with this number; its normal is zero for kNoSide.
@@ -87,6 +88,9 @@ struct Slabs {
 //   alpha times an extent                   1.1 u
 //   the difference to the other extent      3.1 u
 // together less than 22 u. 32 u = 2^-19 leaves room for the rounding of the reach and of the bound.
+// No extent is larger than 1.03 reaches here. Where the triangles of a node are large beside it,
+// its slab may be, but it is looser by the excess, which is more than the roundings that the excess
+// adds.
 constexpr float kSlabError = 0x1p-19f;
 
 // With a side slab m' beside n', a rest is n - alpha n' - beta m':
@@ -119,7 +123,8 @@ inline SlabShares SharesOf(const SlabLanes& slabs, const SlabLanes& sides, const
 }
 
 /// Writes bounds of n . p for the points p of four boxes, each within its slab and its side slab
-/// too. The sum of the bounds' error is kSideError of the reach of the boxes.
+/// too. `error` is added on each side: at least kSideError of the reach of the boxes, or kSlabError
+/// without side slabs.
 // n . p = alpha (m . p) + beta (s . p) + (n - alpha m - beta s) . p for any alpha and beta.
 inline void ExtentOfFour(const Boxes<float>& boxes, const SlabLanes& slabs, const SlabLanes& sides,
                          const Float4 (&n)[3], const SlabShares& shares, const Float4& error,

@@ -118,7 +118,8 @@ public:
                     static_cast<float>(direction.z)} {}
 
   /// Tests four children, each within its box and its slab, against one box with its slab. A slab
-  /// may raise `first` and lower `last`. `reach` is the reach of everything that takes part.
+  /// may raise `first` and lower `last`. `error` is at least kSlabError, or kShiftedSlabError, of
+  /// the reach of everything that takes part, and the clearance.
   template <bool kFourMove>
   void Narrow(const Boxes<float>& boxes, const SlabNode& slabs, const Box<float>& box,
               const Slab& slab, const Float4& error, Float4& first, Float4& last) const {
@@ -134,7 +135,8 @@ public:
   }
 
   /// Tests in the same way where the children, or the one, have side slabs: `sides` counts where
-  /// `haveSides` says so. The error of the bounds is kSideError of the reach.
+  /// `haveSides` says so. `error` is at least kSideError, or kShiftedSideError, of the reach, and
+  /// the clearance.
   template <bool kFourMove>
   void NarrowBySides(const Boxes<float>& boxes, const SlabNode& slabs, const SlabLanes& sides,
                      bool haveSides, const Box<float>& box, const Slab& slab, const Slab& side,
@@ -214,7 +216,7 @@ private:
 
   /// A slab with n . d below this limit does not say when the other body comes.
   static constexpr float kLeastAlong = 0x1p-6f;
-  // n . d is off by less than 9 u * 1.8, which is less than 2^-19. The factor covers the roundings
+  // n . d is off by less than 9 u (see below), and 2^-19 is 32 u. The factor covers the roundings
   // of the sum and of the product with a travel.
   static constexpr float kAlongError = 0x1p-19f;
   static constexpr float kReachFactor = 1.0f + 0x1p-20f;

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <random>
 #include <stdexcept>
 
 namespace {
@@ -118,6 +119,135 @@ TEST(Engine, GoesOnWithFineTreesInTheMiddleOfAWalk) {
     EXPECT_NE(workspaces.forDouble, nullptr);
     EXPECT_TRUE(SameBits(first, inDouble));
   }
+}
+
+/// Needles whose corners are off by up to their width.
+Mesh UnevenNeedles(std::mt19937_64& random, int count) {
+  std::uniform_real_distribution<double> real(-0x1p-9, 0x1p-9);
+  Mesh mesh = Needles(count, 0.0);
+  for (Coord3& p : mesh.corners) {
+    const double x = real(random);
+    const double y = real(random);
+    const double z = real(random);
+    p = {p.x + x, p.y + y, p.z + z};
+  }
+  return mesh;
+}
+
+/// A question about two fields of needles: one comes down on the other aslant, or comes from aside
+/// within its plane. A third of the questions have a clearance.
+Question AcrossNeedles(std::mt19937_64& random, int number) {
+  std::uniform_real_distribution<double> real(-1.0, 1.0);
+  const double x = 0.3 * real(random);
+  const double y = 0.3 * real(random);
+  const double height = (number % 2 == 0 ? 0.15 : 0x1p-8) * real(random);
+  const bool isAlong = number % 4 < 2; // along the needles, or across them
+  const Coord3 way = isAlong ? Coord3{1.0, y, 0.0} : Coord3{x, 1.0, 0.0};
+  Question question;
+  if (number % 2 == 0) {
+    question = Towards(Turned({way.x, way.y, -2.0 * height}));
+    question.offset = Turned({x - 0.5 * way.x, y - 0.5 * way.y, height});
+  } else {
+    question = Towards(Turned(way));
+    question.offset = Turned({x - 1.5 * way.x, y - 1.5 * way.y, height});
+  }
+  if (number % 3 == 0) question.clearance = 0.5 * std::fabs(height);
+  return question;
+}
+
+Question Scaled(Question question, double scale) {
+  question.offset = gsl_arithmetic::Multiply(question.offset, scale);
+  question.clearance *= scale;
+  return question;
+}
+
+/// Too small for single precision: in double, where there are no slabs.
+TEST(Engine, SidesOfNeedlesDoNotChangeTheAnswer) {
+  const double small = 0x1p-140;
+  std::mt19937_64 random(31);
+  std::size_t contacts = 0;
+  for (int round = 0; round < 12; ++round) {
+    const Mesh moving = UnevenNeedles(random, 100);
+    const Mesh fixed = UnevenNeedles(random, 100);
+    const PreparedBody a(ViewOf(moving));
+    const PreparedBody b(ViewOf(fixed));
+    if (round % 2 == 0) {
+      a.MakeSlabs();
+      b.MakeSlabs();
+      ASSERT_GT(a.SlabsIfMade()->sides.size(), 0u);
+    } else {
+      a.MakeFine();
+      b.MakeFine();
+    }
+    const Mesh smallMoving = sweep_shapes::Stretched(moving, {small, small, small});
+    const Mesh smallFixed = sweep_shapes::Stretched(fixed, {small, small, small});
+    const PreparedBody c(ViewOf(smallMoving));
+    const PreparedBody d(ViewOf(smallFixed));
+    Workspaces spaces, smallSpaces;
+    for (int number = 0; number < 24; ++number) {
+      Question question = AcrossNeedles(random, number);
+      const bool isLast = number % 3 == 1;
+      if (isLast) question.clearance = 0.0;
+      const Question tiny = Scaled(question, small);
+      const Answer found = isLast ? AnswerLast({&a, {&b}}, question, {}, spaces)
+                                  : AnswerQuestion({&a, {&b}}, question, {}, spaces);
+      const Answer wanted = isLast ? AnswerLast({&c, {&d}}, tiny, {}, smallSpaces)
+                                   : AnswerQuestion({&c, {&d}}, tiny, {}, smallSpaces);
+      ASSERT_EQ(found.status, wanted.status);
+      contacts += found.status == SweepStatus::Contact ? 1 : 0;
+      if (found.status == SweepStatus::None) continue;
+      EXPECT_EQ(found.contact.travel, std::ldexp(wanted.contact.travel, 140));
+      EXPECT_EQ(found.contact.movingTriangle, wanted.contact.movingTriangle);
+      EXPECT_EQ(found.contact.fixedTriangle, wanted.contact.fixedTriangle);
+    }
+    EXPECT_EQ(spaces.forDouble, nullptr);
+    EXPECT_EQ(smallSpaces.single, nullptr);
+  }
+  EXPECT_GT(contacts, 100u);
+}
+
+/// A question about two fields of needles that pass each other closely, so that many nodes are
+/// looked at.
+Question BesideNeedles(std::mt19937_64& random, bool isAlong) {
+  std::uniform_real_distribution<double> real(-1.0, 1.0);
+  const double height = 0.15 * real(random);
+  const double x = 0.3 * real(random);
+  const double y = 0.3 * real(random);
+  Question question = Towards(Turned({isAlong ? 1.0 : x, isAlong ? y : 1.0, -0.2 * height}));
+  question.offset = Turned({-0.5 + x, -0.5 + y, height});
+  question.rule = Rule::NotLeaving;
+  return question;
+}
+
+/// The sides of one tree have other numbers than those of the tree that replaces it.
+TEST(Engine, SidesOfNeedlesAreForgottenWithTheirTree) {
+  std::mt19937_64 random(32);
+  std::size_t changed = 0;
+  for (int round = 0; round < 8; ++round) {
+    const Mesh moving = UnevenNeedles(random, 800);
+    const Mesh fixed = UnevenNeedles(random, 800);
+    const PreparedBody fineMoving(ViewOf(moving));
+    const PreparedBody fineFixed(ViewOf(fixed));
+    fineMoving.MakeFine();
+    fineFixed.MakeFine();
+    Workspaces spaces, fineSpaces;
+    const SceneBodies fine{&fineMoving, {&fineFixed}};
+    for (const bool isAlong : {true, false, true, false, true, false}) {
+      const Question question = BesideNeedles(random, isAlong);
+      const PreparedBody a(ViewOf(moving));
+      const PreparedBody b(ViewOf(fixed));
+      a.MakeSlabs();
+      b.MakeSlabs();
+      a.CountVisits(100000000); // the fine tree comes in the middle of the walk
+      if (isAlong) b.CountVisits(100000000);
+      const auto ask = isAlong ? AnswerLast : AnswerQuestion;
+      const Answer found = ask({&a, {&b}}, question, {}, spaces);
+      const Answer wanted = ask(fine, question, {}, fineSpaces);
+      EXPECT_TRUE(SameBits(found, wanted)) << "round " << round;
+      changed += a.FineIfMade() != nullptr ? 1 : 0;
+    }
+  }
+  EXPECT_GT(changed, 10u);
 }
 
 TEST(Engine, OffsetsThatLeaveTheRangeOfDoubleDropTriangles) {

@@ -103,6 +103,18 @@ TEST(Slabs, SidesHoldEveryCorner) {
 }
 
 /// Eight triangles are four strips: three steps of 2^-7 and a width of 2^-8.
+/// Squares of squares of lengths would leave the range of float at both ends.
+TEST(Slabs, SidesAreFoundAtEveryScale) {
+  const auto sidesAt = [](double scale) {
+    const Parts parts(sweep_shapes::Stretched(Needles(200, 0.5), {scale, scale, scale}));
+    return Slabs::Of(parts.corners, parts.leaves, parts.tree)->sides.size();
+  };
+  const std::size_t usual = sidesAt(1.0);
+  ASSERT_GT(usual, 10u);
+  for (const double scale : {0x1p-42, 0x1p-37, 0x1p33, 0x1p42})
+    EXPECT_EQ(sidesAt(scale), usual) << scale;
+}
+
 TEST(Slabs, SidesAreAsWideAsTheStripsTogether) {
   const Parts parts(Needles(64, 0.0));
   const auto made = Slabs::Of(parts.corners, parts.leaves, parts.tree);
