@@ -49,6 +49,42 @@ inline Mesh Bowl(int count, double bend) {
   return mesh;
 }
 
+/// The surface of a box in squares, `grid` along each edge.
+inline Mesh Squares(int grid, const Coord3& low, const Coord3& high) {
+  Mesh mesh;
+  const double from[3] = {low.x, low.y, low.z};
+  const double to[3] = {high.x, high.y, high.z};
+  for (int face = 0; face < 6; ++face) {
+    const auto at = [&](int i, int j) {
+      const double part[3] = {face < 3 ? 1.0 : 0.0, static_cast<double>(i) / grid,
+                              static_cast<double>(j) / grid};
+      double c[3];
+      for (int k = 0; k < 3; ++k) {
+        const int axis = (face + k) % 3;
+        c[axis] = from[axis] + part[k] * (to[axis] - from[axis]);
+      }
+      return Coord3{c[0], c[1], c[2]};
+    };
+    for (int j = 0; j < grid; ++j) {
+      for (int i = 0; i < grid; ++i) {
+        if (face < 3) {
+          sweep_shapes::AddQuad(mesh, at(i, j), at(i + 1, j), at(i + 1, j + 1), at(i, j + 1));
+        } else {
+          sweep_shapes::AddQuad(mesh, at(i, j), at(i, j + 1), at(i + 1, j + 1), at(i + 1, j));
+        }
+      }
+    }
+  }
+  return mesh;
+}
+
+/// Every corner moved along x by a quarter of its z.
+inline Mesh Sheared(Mesh mesh) {
+  for (Coord3& p : mesh.corners)
+    p.x += 0.25 * p.z;
+  return mesh;
+}
+
 /// The rotation by the unit quaternion (0.8, 0.36, 0.48, 0), so that nothing is along an axis.
 inline Coord3 Turned(const Coord3& p) {
   return {0.5392 * p.x + 0.3456 * p.y + 0.768 * p.z, 0.3456 * p.x + 0.7408 * p.y - 0.576 * p.z,

@@ -12,36 +12,6 @@ namespace {
 using namespace gsl_sweep;
 using namespace sweep_bodies;
 
-/// The surface of a box in squares, which are `grid` along each edge.
-Mesh Block(int grid, const Coord3& edge) {
-  Mesh mesh;
-  for (int face = 0; face < 6; ++face) {
-    const auto at = [&](int i, int j) {
-      double c[3];
-      c[face % 3] = face < 3 ? 1.0 : 0.0;
-      c[(face + 1) % 3] = static_cast<double>(i) / grid;
-      c[(face + 2) % 3] = static_cast<double>(j) / grid;
-      return Coord3{c[0] * edge.x, c[1] * edge.y, c[2] * edge.z};
-    };
-    for (int j = 0; j < grid; ++j) {
-      for (int i = 0; i < grid; ++i) {
-        if (face < 3) {
-          sweep_shapes::AddQuad(mesh, at(i, j), at(i + 1, j), at(i + 1, j + 1), at(i, j + 1));
-        } else {
-          sweep_shapes::AddQuad(mesh, at(i, j), at(i, j + 1), at(i + 1, j + 1), at(i + 1, j));
-        }
-      }
-    }
-  }
-  return mesh;
-}
-
-Mesh Sheared(Mesh mesh) {
-  for (Coord3& p : mesh.corners)
-    p.x += 0.25 * p.z;
-  return mesh;
-}
-
 /// The wall of a round bar along z.
 Mesh Wall(int around) {
   Mesh mesh;
@@ -69,8 +39,8 @@ std::vector<Mesh> Families() {
   }
   std::vector<Mesh> families;
   for (const Mesh& mesh :
-       {Bowl(20, 0.3), Bowl(20, 0.0), Soup(5, 800), slivers, Block(12, {1.0, 0.5, 3.0}),
-        Sheared(Block(12, {1.0, 0.5, 3.0})), Wall(40)}) {
+       {Bowl(20, 0.3), Bowl(20, 0.0), Soup(5, 800), slivers, Squares(12, {}, {1.0, 0.5, 3.0}),
+        Sheared(Squares(12, {}, {1.0, 0.5, 3.0})), Wall(40)}) {
     families.push_back(mesh);
     families.push_back(Single(mesh));
     families.push_back(sweep_shapes::Moved(mesh, {300.1, -7000.3, 0.7}));
@@ -146,7 +116,8 @@ TEST(Facings, LeaveOutNoTriangleThatFacesTheDirection) {
 
 /// The normals are exact, so every child without such a triangle is known.
 TEST(Facings, LeaveOutEveryPlaneOfWholeNumbers) {
-  for (const Mesh& mesh : {Block(12, {12.0, 6.0, 36.0}), Sheared(Block(12, {12.0, 6.0, 36.0}))}) {
+  for (const Mesh& mesh :
+       {Squares(12, {}, {12.0, 6.0, 36.0}), Sheared(Squares(12, {}, {12.0, 6.0, 36.0}))}) {
     const Parts parts(mesh);
     const auto facings = Facings::Of(parts.corners, parts.leaves, parts.tree);
     for (const Coord3& direction : Directions()) {
@@ -170,7 +141,7 @@ TEST(Facings, LeaveOutEveryWallAlongAnAxis) {
 
 /// n . d is zero for the sheared walls, and the next number decides otherwise.
 TEST(Facings, DecideExactlyAtTheLimit) {
-  const Mesh upright = Sheared(Block(4, {0.0, 4.0, 4.0}));
+  const Mesh upright = Sheared(Squares(4, {}, {0.0, 4.0, 4.0}));
   const Parts wall(Mesh{upright.file, {upright.corners.begin(), upright.corners.begin() + 96}, {}});
   const auto facings = Facings::Of(wall.corners, wall.leaves, wall.tree);
   const double next = std::nextafter(-0.25, 0.0);
@@ -182,7 +153,7 @@ TEST(Facings, DecideExactlyAtTheLimit) {
 }
 
 TEST(Facings, HoldUntilAnOffsetRoundsACoordinateThatMatters) {
-  const Parts parts(Block(4, {1.0, 1.0, 1.0})); // multiples of 1/4, up to 1
+  const Parts parts(Squares(4, {}, {1.0, 1.0, 1.0})); // multiples of 1/4, up to 1
   const auto facings = Facings::Of(parts.corners, parts.leaves, parts.tree);
   const Coord3 aslant{0.5, 0.5, 1.0};
   const double most = 0x1p51 - 1.0; // with the largest coordinate 2^53 quarters

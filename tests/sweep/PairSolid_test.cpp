@@ -1,3 +1,4 @@
+#include "Bodies.h"
 #include "MeshRead.h"
 #include "SweepAsk.h"
 #include "SweepShapes.h"
@@ -18,6 +19,8 @@ namespace {
 
 using namespace gsl_sweep;
 using namespace sweep_ask;
+using sweep_bodies::Sheared;
+using sweep_bodies::Squares;
 using sweep_shapes::Append;
 using sweep_shapes::Moved;
 
@@ -523,35 +526,6 @@ TEST(PairSolid, TheSeatedBoltIsFreeUpwardsAndHasItsPlayAside) {
   ExpectStart(ask(up, -30.0 - 0x1p-20), true);
 }
 
-/// The surface of a box in squares, `grid` along each edge.
-Mesh Squares(int grid, const Coord3& low, const Coord3& high) {
-  Mesh mesh;
-  const double from[3] = {low.x, low.y, low.z};
-  const double to[3] = {high.x, high.y, high.z};
-  for (int face = 0; face < 6; ++face) {
-    const auto at = [&](int i, int j) {
-      const double part[3] = {face < 3 ? 1.0 : 0.0, static_cast<double>(i) / grid,
-                              static_cast<double>(j) / grid};
-      double c[3];
-      for (int k = 0; k < 3; ++k) {
-        const int axis = (face + k) % 3;
-        c[axis] = from[axis] + part[k] * (to[axis] - from[axis]);
-      }
-      return Coord3{c[0], c[1], c[2]};
-    };
-    for (int j = 0; j < grid; ++j) {
-      for (int i = 0; i < grid; ++i) {
-        if (face < 3) {
-          sweep_shapes::AddQuad(mesh, at(i, j), at(i + 1, j), at(i + 1, j + 1), at(i, j + 1));
-        } else {
-          sweep_shapes::AddQuad(mesh, at(i, j), at(i, j + 1), at(i + 1, j + 1), at(i + 1, j));
-        }
-      }
-    }
-  }
-  return mesh;
-}
-
 /// A block slides down a wall of equal width, to a floor that is 3 below it.
 struct SlidingBlock {
   Mesh moving = Squares(16, {1, 0, 2}, {2, 1, 3});
@@ -563,10 +537,8 @@ struct SlidingBlock {
 
   /// Makes the walls aslant, exactly.
   void Shear() {
-    for (Mesh* mesh : {&moving, &fixed}) {
-      for (Coord3& p : mesh->corners)
-        p.x += 0.25 * p.z;
-    }
+    moving = Sheared(moving);
+    fixed = Sheared(fixed);
   }
 };
 
