@@ -133,7 +133,7 @@ private:
 bool FillSides(const VectorBetween& along, const Triangle& own, int k, const Triangle& other,
                int sides[3]) {
   const VectorBetween edge = EdgeOf(own, k);
-  int common = own.facing == 0 ? 0 : -own.facing;
+  int common = -own.facing;
   bool separates = true;
   for (int c = 0; c < 3; ++c) {
     sides[c] = DeterminantSign(along, edge, {&own.corner[k], &other.corner[c]});
@@ -182,10 +182,9 @@ bool TrianglePair::Meet() {
   return m_count > 0;
 }
 
-/// Counts the edges that a corner is on. Returns false when the corner is outside one of them.
+/// Counts the edges that a corner is on, from zero. Returns false when the corner is outside one of
+/// them.
 bool IsInside(const int sides[3][3], int corner, int facing, int& zeros, int& lastZero) {
-  zeros = 0;
-  lastZero = 0;
   for (int k = 0; k < 3; ++k) {
     if (sides[k][corner] == -facing) return false;
     if (sides[k][corner] != 0) continue;
@@ -565,8 +564,8 @@ TravelDirection::TravelDirection(const Coord3& direction) : m_dominant(0) {
       Plus(Plus(TwoProduct(m_vector.x, m_vector.x), TwoProduct(m_vector.y, m_vector.y)),
            TwoProduct(m_vector.z, m_vector.z));
   m_length = Root(squared);
-  // Adding zero turns a negative zero into a positive one.
-  const auto over = [this](double c) { return Over({c, 0.0}, m_length).hi + 0.0; };
+  // A quotient of zero is a positive zero.
+  const auto over = [this](double c) { return Over({c, 0.0}, m_length).hi; };
   m_unit = {over(m_vector.x), over(m_vector.y), over(m_vector.z)};
 }
 
@@ -620,8 +619,7 @@ LastOutcome JudgeLast(const TravelDirection& direction, const Triangle& moving,
                       PairContact& last, ExactRatio& travel) {
   TrianglePair pair(direction, moving, fixed);
   if (!pair.Meet()) return LastOutcome::Apart;
-  const bool endsAtZero = !pair.SomeAhead() && pair.SomeAtZero();
-  const bool counts = pair.SomeAhead() || (endsAtZero && rule != Rule::NotLeaving);
+  const bool counts = pair.SomeAhead() || (pair.SomeAtZero() && rule != Rule::NotLeaving);
   if (!counts || pair.UpperBound() < least) return LastOutcome::Apart;
   ExactRatio exact;
   const PairContact contact = pair.Last(exact);

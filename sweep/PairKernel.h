@@ -34,7 +34,7 @@ public:
   /// Returns the direction rounded from twice the precision; axis-aligned directions have exact
   /// zeros and ones.
   const Coord3& Unit() const { return m_unit; }
-  /// Returns the index of the component of largest magnitude.
+  /// Returns the index of the component of largest magnitude, of equal ones the first.
   int Dominant() const { return m_dominant; }
 
 private:
