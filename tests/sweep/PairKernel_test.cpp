@@ -59,6 +59,47 @@ void ExpectPoint(const Coord3& actual, const Coord3& expected) {
   EXPECT_EQ(actual.z, expected.z);
 }
 
+TEST(TravelDirection, IsScaledByAPowerOfTwo) {
+  for (const double scale : {0x1p-280, 0x1p-3, 1.0, 0x1p290}) {
+    const TravelDirection direction({3.0 * scale, -0.0, -4.0 * scale});
+    ExpectPoint(direction.Vector(), {0.375, 0.0, -0.5});
+    EXPECT_EQ(direction.Length().hi, 0.625);
+    EXPECT_EQ(direction.Length().lo, 0.0);
+    ExpectPoint(direction.Unit(), {0.6, 0.0, -0.8});
+    EXPECT_FALSE(std::signbit(direction.Unit().y));
+    EXPECT_EQ(direction.Dominant(), 2);
+  }
+}
+
+TEST(TravelDirection, LengthHasTwiceTheDigits) {
+  // The root of 3 / 4, to 34 digits: 0.8660254037844386467637231707529362.
+  const TravelDirection direction({1.0, 1.0, -1.0});
+  EXPECT_EQ(direction.Length().hi, 0.8660254037844386467637231707529362);
+  const auto rest = static_cast<long double>(direction.Length().hi) - 0.8660254037844386467637L;
+  EXPECT_NEAR(direction.Length().lo, static_cast<double>(-rest), 0x1p-63);
+  for (const double c : {direction.Unit().x, direction.Unit().y, -direction.Unit().z})
+    EXPECT_EQ(c, 0.5773502691896257645091487805019575);
+}
+
+TEST(TravelDirection, DominantIsTheFirstOfTheLargest) {
+  EXPECT_EQ(TravelDirection({1.0, -1.0, 1.0}).Dominant(), 0);
+  EXPECT_EQ(TravelDirection({-1.0, 0.5, 1.0}).Dominant(), 0);
+  EXPECT_EQ(TravelDirection({0.5, 1.0, -1.0}).Dominant(), 1);
+  EXPECT_EQ(TravelDirection({0.5, -1.0, 0.75}).Dominant(), 1);
+  EXPECT_EQ(TravelDirection({-1.0, 0.5, -1.5}).Dominant(), 2);
+}
+
+TEST(PointBounds, HoldEveryPointThatIsIncluded) {
+  PointBounds bounds;
+  bounds.Include({1.0, 2.0, 3.0});
+  ExpectPoint(bounds.low, {1.0, 2.0, 3.0});
+  ExpectPoint(bounds.high, {1.0, 2.0, 3.0});
+  bounds.Include({4.0, -5.0, 3.5});
+  bounds.Include({2.0, 1.0, -6.0});
+  ExpectPoint(bounds.low, {1.0, -5.0, -6.0});
+  ExpectPoint(bounds.high, {4.0, 2.0, 3.5});
+}
+
 const Corners bigFloor{{{-8.0, -8.0, 0.0}, {8.0, -8.0, 0.0}, {0.0, 8.0, 0.0}}};
 
 TEST(PairKernel, VertexOverFace) {
@@ -106,6 +147,19 @@ TEST(PairKernel, VertexOverVertex) {
   EXPECT_EQ(answer.interval.first.kind, ContactKind::VertexVertex);
   ExpectPoint(answer.interval.first.onMoving, {0.0, 0.0, 3.0});
   ExpectPoint(answer.interval.first.onFixed, {0.0, 0.0, 1.0});
+}
+
+TEST(PairKernel, CornersThatMeetAreNamedAsTheyAre) {
+  // In lengths of the direction the travel is a third of 1 - 0x1.23456789abcdep-110, which has no
+  // end. So a corner that is moved by what is measured misses the other one.
+  const double high = 0x1.23456789abcdep-110;
+  const Corners moving{{{0.0, 0.0, 1.0}, {2.0, 1.0, 4.0}, {1.0, 2.0, 5.0}}};
+  const Corners fixed{{{0.0, 0.0, high}, {-2.0, -1.0, 0.0}, {-1.0, -2.0, 0.0}}};
+  const Answer answer = Sweep({0.0, 0.0, -3.0}, moving, fixed);
+  ASSERT_TRUE(answer.met);
+  EXPECT_EQ(answer.interval.first.kind, ContactKind::VertexVertex);
+  ExpectPoint(answer.interval.first.onMoving, {0.0, 0.0, 1.0});
+  ExpectPoint(answer.interval.first.onFixed, {0.0, 0.0, high});
 }
 
 TEST(PairKernel, VertexOverEdgeOfAFaceTriangle) {
@@ -502,19 +556,38 @@ TEST(PairKernel, NormalIsNullWhereTheProductWithTheDirectionIsZero) {
   ExpectPoint(normal, noNormal);
 }
 
+/// Moves each component of a point to the next axis, `count` times.
+Coord3 Cycled(const Coord3& p, int count) {
+  const double c[3] = {p.x, p.y, p.z};
+  return {c[(3 - count) % 3], c[(4 - count) % 3], c[(5 - count) % 3]};
+}
+
 TEST(PairKernel, NormalIsAgainstTheDirectionWhereItsRoundingWasNot) {
   // The plane is so nearly along the direction that the rounded components
   // (0.6399746063114223, 0.025598984252456894, -0.7679695275737068) are along it.
-  const Coord3 d{-1.0, 5.0, -2.0 / 3.0};
-  const TravelDirection direction(d);
-  const Triangle face =
-      MakeTriangle(direction, {0.0, 0.0, 0.0}, {-5.0, 5.0, -4.0}, {7.0, 5.0, 6.0});
-  Coord3 normal = noNormal;
-  for (const ContactKind kind : {ContactKind::VertexFace, ContactKind::FaceVertex}) {
-    ASSERT_TRUE(ContactNormal(direction, face, face, {1.0, kind, {}, {}, 0, 0}, normal));
-    ExpectPoint(normal, {0.6399746063114223, 0.025598984252456894 - 0x1p-53, -0.7679695275737068});
-    normal = noNormal;
+  const Coord3 turned{0.6399746063114223, 0.025598984252456894 - 0x1p-53, -0.7679695275737068};
+  for (const int count : {0, 1, 2}) {
+    const TravelDirection direction(Cycled({-1.0, 5.0, -2.0 / 3.0}, count));
+    const Triangle face = MakeTriangle(direction, {0.0, 0.0, 0.0}, Cycled({-5.0, 5.0, -4.0}, count),
+                                       Cycled({7.0, 5.0, 6.0}, count));
+    for (const ContactKind kind : {ContactKind::VertexFace, ContactKind::FaceVertex}) {
+      Coord3 normal = noNormal;
+      ASSERT_TRUE(ContactNormal(direction, face, face, {1.0, kind, {}, {}, 0, 0}, normal));
+      ExpectPoint(normal, Cycled(turned, count));
+    }
   }
+}
+
+TEST(PairKernel, NormalIsAgainstTheDirectionWhereItsRoundingWasAcross) {
+  // The cross product of the edges is (-2^60, 2^60 + 1, 0). Rounded, both components of the normal
+  // have the size of the root of one half, and their product with the direction is zero.
+  const TravelDirection direction({1.0, 1.0, 0.0});
+  const Triangle face =
+      MakeTriangle(direction, {-1.0, 0.0, 0.0}, {-1.0, 0.0, 1.0}, {0x1p60, 0x1p60, 0.0});
+  Coord3 normal = noNormal;
+  ASSERT_TRUE(ContactNormal(direction, face, face, {1.0, ContactKind::VertexFace, {}, {}}, normal));
+  const double half = 0.70710678118654752440;
+  ExpectPoint(normal, {half - 0x1p-53, -half, 0.0});
 }
 
 TEST(PairKernel, NormalIsTheSameAtEverySize) {
@@ -570,6 +643,21 @@ TEST(PairKernel, SmallComponentOfANormalIsKept) {
   ExpectPoint(normal, {0xfp-1070, -0x5p-535, 1.0});
 }
 
+TEST(PairKernel, NormalIsTurnedWhereItsProductWithTheDirectionUnderflows) {
+  // The cross product of the edges is (3 b 2^-470, -b 2^65, 2^600) but for far lower bits. The
+  // first component of the normal rounds up, from 240.75 to 241 least doubles, which turns the
+  // normal along the direction. Both products with the direction are 120 least doubles in rounded
+  // arithmetic.
+  const double b = 5.0 + 1.0 / 64.0;
+  const double big = 0x1p300;
+  const TravelDirection direction({0x1p260, 0x3.0000000000004p-275, 0.0});
+  const Triangle face =
+      MakeTriangle(direction, {0.0, 0.0, 0.0}, {big, 0x3p-235, 0.0}, {big, big, b * 0x1p-235});
+  Coord3 normal = noNormal;
+  ASSERT_TRUE(ContactNormal(direction, face, face, {1.0, ContactKind::VertexFace, {}, {}}, normal));
+  ExpectPoint(normal, {-0x1p-53, -b * 0x1p-535, 1.0});
+}
+
 /// What meets first of level triangles that land on each other all at once.
 void ExpectFirst(const Corners& moving, const Corners& fixed, ContactKind kind,
                  const Coord3& onMoving) {
@@ -616,6 +704,28 @@ TEST(PairKernel, ContactsThatRoundToTheSameTravelAreToldApart) {
   ASSERT_TRUE(turned.met);
   EXPECT_EQ(turned.interval.last.travel, below);
   ExpectPoint(turned.interval.last.onMoving, {1.0, 0.0, 1.0});
+}
+
+TEST(PairKernel, CutBetweenContactsThatRoundToTheSameTravelIsTheFirst) {
+  // Above the plane z = x / 3, corner 0 is by 2/3. The other corners are by 4/3 less a third of
+  // 2^-52, less 2/3. Between them is the double next below 2/3, to which both round.
+  const double cut = 0x1.5555555555555p-1;
+  const TravelDirection direction(down);
+  const Triangle fixed =
+      MakeTriangle(direction, {-9.0, -9.0, -3.0}, {9.0, -9.0, 3.0}, {0.0, 9.0, 0.0});
+  const Triangle moving =
+      MakeTriangle(direction, {1.0, 0.0, 1.0}, {2.0, 1.0, 2.0 * cut}, {2.0, -1.0, 2.0 * cut});
+  ContactInterval interval{};
+  ASSERT_TRUE(FindContactInterval(direction, moving, fixed, interval));
+  EXPECT_EQ(interval.first.travel, cut);
+  EXPECT_EQ(interval.first.movingFeature, 1);
+  EXPECT_EQ(interval.last.travel, cut);
+  EXPECT_EQ(interval.last.movingFeature, 0);
+  const PairContact contact = ContactAtCut(direction, moving, fixed, {cut, 0});
+  EXPECT_EQ(contact.kind, ContactKind::Overlap);
+  EXPECT_EQ(contact.travel, cut);
+  ExpectPoint(contact.onMoving, interval.first.onMoving);
+  ExpectPoint(contact.onFixed, interval.first.onFixed);
 }
 
 TEST(PairKernel, SmallTrianglesAreNotTakenForTouching) {
