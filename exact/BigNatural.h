@@ -17,8 +17,6 @@ public:
   using Limb = std::uint32_t;
 
   Limbs() = default;
-  /// So many zeros.
-  explicit Limbs(std::size_t count) { Reset(count); }
   /// The limbs from `from` to `to`.
   Limbs(const Limb* from, const Limb* to) {
     Resize(static_cast<std::size_t>(to - from));

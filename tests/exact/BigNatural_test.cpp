@@ -1,5 +1,6 @@
 #include "BigNatural.h"
 
+#include "AllocationCounter.h"
 #include "Numbers.h"
 
 #include <gtest/gtest.h>
@@ -155,6 +156,22 @@ TEST(BigNatural, LeadingKeepsTheHighestBitsAndNotManyMore) {
     }
   }
   ExpectSame(BigNatural(1.0).Leading(108), BigNatural(1.0));
+}
+
+TEST(BigNatural, NumbersOf1280BitsDoNotAllocate) {
+  // The sum has the bits from 2^-53 to 2^1187, and the next one has a limb of 32 bits more.
+  const BigNatural one(1.0);
+  const BigNatural high(1.0, 37 * 32);
+  const BigNatural higher(1.0, 38 * 32);
+  const long before = AllocationCount();
+  const BigNatural fits = BigNatural::Plus(one, high);
+  const long between = AllocationCount();
+  const BigNatural exceeds = BigNatural::Plus(one, higher);
+  const long after = AllocationCount();
+  EXPECT_EQ(between, before);
+  EXPECT_GT(after, between);
+  ExpectSame(BigNatural::Difference(fits, high), one);
+  ExpectSame(BigNatural::Difference(exceeds, higher), one);
 }
 
 } // namespace
