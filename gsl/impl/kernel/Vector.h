@@ -64,9 +64,10 @@ inline bool SameOrOppositeComponents(const Coord3& a, const Coord3& b, double to
 // With p = a |b|, q = b |a| and m = |a| |b|, two components differ by (p - q) / m after the
 // division, and their sum is (p + q) / m. The quotients have a relative error of 2^-53 each, and so
 // have the products: 2^-48 (|p| + |q|) is more than all of them. 1e-260 is more than the error of a
-// product that loses its digits, and 1e-280 more than the error of such a quotient. The last test
-// keeps the quotients within 1e300, because infinite quotients differ by NaN, which every band
-// accepts. Where another number overflows or is NaN, a comparison is false.
+// product that loses its digits, and 1e-280 more than the error of such a quotient. m itself keeps
+// its digits. The last test keeps the quotients within 1e300, because infinite quotients differ by
+// NaN, which every band accepts. Where another number overflows or is NaN, a comparison is false.
+// This holds for two lengths below 0 too, and for a tolerance below 0, whose band holds only NaN.
 inline bool IsCertainlyNotParallel(const Measured3& a, const Measured3& b, double tol) {
   const double m = a.magnitude * b.magnitude;
   const double bound = m * (tol * (1.0 + 0x1p-48) + 1e-280) + 1e-260;
@@ -77,8 +78,7 @@ inline bool IsCertainlyNotParallel(const Measured3& a, const Measured3& b, doubl
     return (std::fabs(p - q) > least) & (std::fabs(p + q) > least) & (size <= 1e300 * m);
   };
   // One pair of components decides nearly always.
-  return a.magnitude > 0.0 && m > 1e-200 && tol >= 0.0 &&
-         (differs(a.c.x, b.c.x) || differs(a.c.y, b.c.y) || differs(a.c.z, b.c.z));
+  return m > 1e-200 && (differs(a.c.x, b.c.x) || differs(a.c.y, b.c.y) || differs(a.c.z, b.c.z));
 }
 
 /// Returns true for the same direction or the opposite direction.

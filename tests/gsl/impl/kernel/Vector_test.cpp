@@ -167,6 +167,25 @@ TEST(KernelVector, AngleBetweenRefusesComponentsAlongTheAxisThatDifferByMore) {
   EXPECT_TRUE(gsl_kernel::AngleBetween(z, up, level, 0.6, angle));
 }
 
+TEST(KernelVector, AngleBetweenOfAVectorAlongTheAxisIsNaNWithoutATolerance) {
+  // Nothing is left of the first vector across the axis, and 0 / 0 is NaN.
+  const Measured3 z = Measure({0.0, 0.0, 1.0});
+  const Measured3 beside = Measure({1e-9, 0.0, 1.0});
+  ASSERT_EQ(beside.magnitude, 1.0);
+  double angle = kSentinel;
+  EXPECT_TRUE(gsl_kernel::AngleBetween(z, z, beside, 0.0, angle));
+  EXPECT_TRUE(std::isnan(angle));
+}
+
+TEST(KernelVector, AngleBetweenDoesNotDependOnTheLengthOfTheAxis) {
+  // The cached length is below the tolerance, so the axis keeps its length of 2.
+  const Measured3 axis = {{0.0, 0.0, 2.0}, Below(kTolerance)};
+  double angle = kSentinel;
+  EXPECT_TRUE(gsl_kernel::AngleBetween(axis, Measure({1.0, 0.0, 0.0}), Measure({3.0, 4.0, 0.0}),
+                                       kTolerance, angle));
+  EXPECT_NEAR(angle, std::atan2(4.0, 3.0), 1e-15);
+}
+
 TEST(KernelVector, CosineBetweenDividesOnlyByLengthsAboveTheTolerance) {
   const Measured3 a = Measure({2.0, 0.0, 0.0}), b = Measure({kTolerance, 0.0, 0.0});
   EXPECT_EQ(gsl_kernel::CosineBetween(a, b, true, kTolerance), 0.5);
@@ -223,6 +242,48 @@ TEST(KernelVector, ParallelAcceptsComponentsThatOverflowWhenDivided) {
   a = {{1e308, 0.0, 0.0}, 0.01};
   b = {{1e308, 0.0, 0.0}, 0.02};
   EXPECT_TRUE(gsl_kernel::IsParallel(a, b, 1e-5));
+}
+
+TEST(KernelVector, OneComponentThatDiffersDecidesThatVectorsAreNotParallel) {
+  // The cached lengths are 1, so the components are compared unchanged.
+  const Measured3 a = {{1.0, 1.0, 1.0}, 1.0};
+  EXPECT_TRUE(gsl_kernel::IsCertainlyNotParallel(a, {{0.5, 1.0, 1.0}, 1.0}, 0.25));
+  EXPECT_TRUE(gsl_kernel::IsCertainlyNotParallel(a, {{1.0, 0.5, 1.0}, 1.0}, 0.25));
+  EXPECT_TRUE(gsl_kernel::IsCertainlyNotParallel(a, {{1.0, 1.0, 0.5}, 1.0}, 0.25));
+  EXPECT_FALSE(gsl_kernel::IsCertainlyNotParallel(a, a, 0.25));
+}
+
+TEST(KernelVector, ParallelIsDecidedAsByDivisionsAtTheToleranceItself) {
+  RandomNumbers random(0x70E);
+  for (long i = 0; i < Scaled(20000) && !testing::Test::HasFailure(); ++i) {
+    const double lengthA = random.In(1.0, 100.0);
+    const double lengthB = random.In(1.0, 100.0);
+    const double x = random.Below(2) == 0 ? 0.0 : random.In(0.5, 1.0);
+    const double step = random.In(0.5, 1.0) * (random.Below(2) == 0 ? 1.0 : 1e-10);
+    const Measured3 a = {{x * lengthA, lengthA, 0.0}, lengthA};
+    const Measured3 b = {{(x + step) * lengthB, lengthB, 0.0}, lengthB};
+    const double tol = std::fabs(b.c.x / b.magnitude - a.c.x / a.magnitude);
+    EXPECT_TRUE(gsl_kernel::IsParallel(a, b, tol));
+    EXPECT_FALSE(gsl_kernel::IsParallel(a, b, Below(tol)));
+  }
+}
+
+TEST(KernelVector, ParallelAcceptsComponentsThatVanishWhenDivided) {
+  // 1e-290 / 1e50 and 2e-290 / 1e50 are both rounded to 0.
+  const Measured3 a = {{1e-290, 1e50, 0.0}, 1e50};
+  const Measured3 b = {{2e-290, 1e50, 0.0}, 1e50};
+  EXPECT_TRUE(gsl_kernel::IsParallel(a, b, 0.0));
+}
+
+TEST(KernelVector, ParallelAcceptsTheToleranceWhereTheProductOfTheLengthsLosesItsDigits) {
+  // The unit components differ by exactly 2^900. The square of the length is 1.265625 * 2^-1074,
+  // which is rounded to 2^-1074.
+  const double length = 0x1.2p-537;
+  ASSERT_EQ(length * length, numbers::kDenormal);
+  const Measured3 a = {{0x1.2p363, length, 0.0}, length};
+  const Measured3 b = {{0.0, length, 0.0}, length};
+  EXPECT_TRUE(gsl_kernel::IsParallel(a, b, 0x1p900));
+  EXPECT_FALSE(gsl_kernel::IsParallel(a, b, Below(0x1p900)));
 }
 
 TEST(KernelVector, ParallelIsClosedAtTheToleranceOfAComponent) {
