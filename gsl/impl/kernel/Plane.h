@@ -35,12 +35,12 @@ inline bool IsOnPlane(const Coord3& p, const Plane& plane, double linearToleranc
 
 /// Returns true when no division is needed to know that IsOnPlane is false. `away` is the way from
 /// the plane's point to the point, times the normal.
-// A quotient is rounded by a part in 2^53, and so is each product. Where the products lose their
-// digits or overflow, a comparison fails.
+// Rounding keeps the order of numbers. So a number above the rounded product is above the product,
+// and the quotient, which is above the tolerance, is not rounded below it. A tolerance below 0 is
+// left to the division, so that `away` is never 0 here.
 inline bool IsCertainlyOffPlane(double away, const Plane& plane, double linearTolerance) {
-  const double length = std::fabs(plane.normal.magnitude);
-  const double least = (1.0 + 0x1p-40) * linearTolerance * length;
-  return std::fabs(away) > least && least > 1e-280 && length < 1e280;
+  const double least = linearTolerance * std::fabs(plane.normal.magnitude);
+  return std::fabs(away) > least && least >= 0.0;
 }
 
 inline Coord3 FootOnPlane(const Coord3& p, const Plane& plane, double linearTolerance) {

@@ -133,4 +133,13 @@ TEST(KernelLine, CoincidentNeedsDirectionAndDistance) {
   EXPECT_FALSE(LinesCoincident(kX, Along({0, 0, 0}, {1, 1, 0}), kInfinity, 1e-10));
 }
 
+TEST(KernelLine, CoincidentMultipliesByTheLengthOfTheSecondDirectionFirst) {
+  // The cross product of (3, 0, 0) and (3, 4, 0) is 12. With the double 0.8, (0.8 * 5) * 3 is 12,
+  // and (0.8 * 3) * 5 is the next number.
+  const Line along = Along({0, 0, 0}, {3, 0, 0});
+  const Line aslant = Along({0, 0, 0}, {3, 4, 0});
+  EXPECT_FALSE(LinesCoincident(along, aslant, kTolerance, 0.8));
+  EXPECT_TRUE(LinesCoincident(aslant, along, kTolerance, 0.8));
+}
+
 } // namespace

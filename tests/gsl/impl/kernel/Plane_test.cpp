@@ -71,6 +71,16 @@ TEST(KernelPlane, CertainlyOffThePlaneIsNeverOnThePlane) {
   EXPECT_GT(off, Scaled(200000) / 10);
 }
 
+TEST(KernelPlane, CertainlyOffThePlaneIsDecidedJustBeyondTheTolerance) {
+  // The normal has the length 2, so a tolerance of 0.25 allows 0.5 of it.
+  EXPECT_FALSE(IsCertainlyOffPlane(0.5, AtOne(), 0.25));
+  EXPECT_TRUE(IsCertainlyOffPlane(Above(0.5), AtOne(), 0.25));
+  EXPECT_TRUE(IsCertainlyOffPlane(Below(-0.5), AtOne(), 0.25));
+  EXPECT_FALSE(IsCertainlyOffPlane(0.0, AtOne(), 0.0));
+  EXPECT_TRUE(IsCertainlyOffPlane(numbers::kDenormal, AtOne(), 0.0));
+  EXPECT_FALSE(IsCertainlyOffPlane(4.0, AtOne(), kNaN));
+}
+
 TEST(KernelPlane, FootOfAShortNormalIsThePointItself) {
   EXPECT_XYZ(FootOnPlane({3.0, 4.0, 9.0}, AtOne(), 2.0), 3.0, 4.0, 1.0);
   EXPECT_XYZ(FootOnPlane({3.0, 4.0, 9.0}, AtOne(), Above(2.0)), 3.0, 4.0, 9.0);
@@ -97,6 +107,28 @@ TEST(KernelPlane, RayTestsTheDirectionBeforeTheOrigin) {
   EXPECT_EQ(Ray(on, Measure({1.0, 0.0, 0.0}), out), RayPlane::OriginOnPlane);
   EXPECT_EQ(Ray({1.0, 2.0, 9.0}, Measure({1.0, 0.0, 0.0}), out), RayPlane::ParallelDirection);
   EXPECT_XYZ(out, kSentinel, kSentinel, kSentinel);
+}
+
+TEST(KernelPlane, RayMultipliesByTheLengthOfTheDirectionFirst) {
+  // The dot product of (3, 0, 0) and (4, 3, 0) is 12. With the double 0.8, (0.8 * 5) * 3 is 12, and
+  // (0.8 * 3) * 5 is the next number.
+  const Measured3 along = Measure({3.0, 0.0, 0.0}), aslant = Measure({4.0, 3.0, 0.0});
+  const Coord3 p = {9.0, 0.0, 0.0};
+  Coord3 out;
+  EXPECT_EQ(gsl_kernel::IntersectRayPlane(p, along, {{0, 0, 0}, aslant}, kTolerance, 0.8, out),
+            RayPlane::ParallelDirection);
+  EXPECT_EQ(gsl_kernel::IntersectRayPlane(p, aslant, {{0, 0, 0}, along}, kTolerance, 0.8, out),
+            RayPlane::Crossing);
+}
+
+TEST(KernelPlane, RayFromThePlaneGoesNowhereWithAToleranceBelowZero) {
+  // No point is on the plane then. The way back is +0, and -0 + 0 is +0.
+  Coord3 out = {kSentinel, kSentinel, kSentinel};
+  EXPECT_EQ(IntersectRayPlane({-0.0, 0.0, 1.0}, Measure({1.0, 0.0, 1.0}), AtOne(), -kTolerance,
+                              kCosine, out),
+            RayPlane::Crossing);
+  EXPECT_XYZ(out, 0.0, 0.0, 1.0);
+  EXPECT_FALSE(std::signbit(out.x));
 }
 
 TEST(KernelPlane, RayHasTheBitsOfTheWrittenOrder) {
@@ -157,6 +189,17 @@ TEST(KernelPlane, ParallelIsStrictAndAZeroNormalIsParallelToNothing) {
   EXPECT_TRUE(PlanesParallel(leaning, AtOne(), Above(0.6)));
   const Plane none = {{0.0, 0.0, 0.0}, Measure({0.0, 0.0, 0.0})};
   EXPECT_FALSE(PlanesParallel(none, AtOne(), 1.0));
+}
+
+TEST(KernelPlane, ParallelMultipliesByTheLengthOfTheSecondNormalFirst) {
+  // The cross product of (3, 0, 0) and (3, 4, 0) is 12. With the double 0.8, (0.8 * 5) * 3 is 12,
+  // and (0.8 * 3) * 5 is the next number.
+  const Plane along = {{0.0, 0.0, 0.0}, Measure({3.0, 0.0, 0.0})};
+  const Plane aslant = {{7.0, 0.0, 0.0}, Measure({3.0, 4.0, 0.0})};
+  EXPECT_FALSE(PlanesParallel(along, aslant, 0.8));
+  EXPECT_TRUE(PlanesParallel(aslant, along, 0.8));
+  EXPECT_EQ(DistanceBetweenParallelPlanes(along, aslant, 0.8), 0.0);
+  EXPECT_EQ(DistanceBetweenParallelPlanes(aslant, along, 0.8), 7.0);
 }
 
 } // namespace
