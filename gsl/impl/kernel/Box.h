@@ -51,16 +51,20 @@ struct Extent {
   double low, high;
 };
 
-/// Returns the products with both numbers, in order. A NaN is always one of the two.
+/// Returns the products with both numbers, in order. Where they are equal or the second is NaN,
+/// the first is both.
 inline Extent ProductsInOrder(double factor, double a, double b) {
   const double pa = factor * a, pb = factor * b;
-  return {pa < pb ? pa : pb, pa < pb ? pb : pa};
+  return {pb < pa ? pb : pa, pa < pb ? pb : pa};
 }
 
 /// Returns the box around the eight transformed corners.
 // Rounding keeps the order of numbers. So the least of the eight sums is the sum of the least
-// products, and the same holds for the greatest. It fails for a NaN, which is in order with
-// nothing. And two equal zeros can have different signs, of which the first corner's counts.
+// products, and the same holds for the greatest. Two equal zeros can have different signs, of which
+// the first corner's counts. A sum is -0 only where all its terms are -0, and the first of two zero
+// products is that of the first such corner. A NaN is in order with nothing. A first product of NaN
+// makes the least sum NaN. A second product of NaN limits nothing, and neither do the corners that
+// have it. Where the least sum is finite, the greatest sum has only finite and +infinite terms.
 inline Box TransformBox(const Box& box, const Matrix4& m) {
   const Coord3 c = {0.5 * (box.min.x + box.max.x), 0.5 * (box.min.y + box.max.y),
                     0.5 * (box.min.z + box.max.z)};
@@ -74,8 +78,7 @@ inline Box TransformBox(const Box& box, const Matrix4& m) {
     const Extent z = ProductsInOrder(m[r][2], low.z, high.z);
     e[r] = {x.low + y.low + z.low + m[r][3], x.high + y.high + z.high + m[r][3]};
     const double largest = std::numeric_limits<double>::max();
-    isPlain &= (std::fabs(e[r].low) <= largest) & (std::fabs(e[r].high) <= largest) &
-               (e[r].low != 0.0) & (e[r].high != 0.0);
+    isPlain &= std::fabs(e[r].low) <= largest;
   }
   if (!isPlain) return TransformBoxByCorners(box, m);
   return {{e[0].low, e[1].low, e[2].low}, {e[0].high, e[1].high, e[2].high}};

@@ -13,7 +13,7 @@ struct LaneExtent {
 
 GSL_ALWAYS_INLINE LaneExtent ProductsInOrder(double factor, Doubles a, Doubles b) {
   const Doubles pa = Splat(factor) * a, pb = Splat(factor) * b;
-  return {pa < pb ? pa : pb, pa < pb ? pb : pa};
+  return {pb < pa ? pb : pa, pa < pb ? pb : pa};
 }
 
 /// Returns the lanes whose box is neither empty nor left to the scalar kernel, and writes their
@@ -24,7 +24,7 @@ GSL_ALWAYS_INLINE Bits TransformedExtents(const Coords& min, const Coords& max,
   const Coords c = {half * (min.x + max.x), half * (min.y + max.y), half * (min.z + max.z)};
   const Coords h = Multiply(Subtract(max, min), half);
   const Coords low = Subtract(c, h), high = Add(c, h);
-  const Doubles largest = Splat(__DBL_MAX__), zero = Splat(0.0);
+  const Doubles largest = Splat(__DBL_MAX__);
   Bits isPlain = ~((min.x > max.x) | (min.y > max.y) | (min.z > max.z));
   for (int r = 0; r < 3; ++r) {
     const LaneExtent x = ProductsInOrder(m[r][0], low.x, high.x);
@@ -32,8 +32,7 @@ GSL_ALWAYS_INLINE Bits TransformedExtents(const Coords& min, const Coords& max,
     const LaneExtent z = ProductsInOrder(m[r][2], low.z, high.z);
     const Doubles t = Splat(m[r][3]);
     e[r] = {x.low + y.low + z.low + t, x.high + y.high + z.high + t};
-    isPlain &= (Magnitude(e[r].low) <= largest) & (Magnitude(e[r].high) <= largest) &
-               (e[r].low != zero) & (e[r].high != zero);
+    isPlain &= Magnitude(e[r].low) <= largest;
   }
   return isPlain;
 }

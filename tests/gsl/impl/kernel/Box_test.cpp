@@ -59,6 +59,16 @@ TEST(KernelBox, TransformGoesThroughTheCentreAndHalfTheSize) {
   ExpectBox(TransformBox(box, kIdentity), 0.0, 0.0, 0.0, 1.0, 0.0, 0.0);
 }
 
+TEST(KernelBox, TransformOfABoxAtTheOriginKeepsTheZeroOfItsFirstCorner) {
+  // A half turn about X: y' = -y and z' = -z. Every term of y' is -0 at the first corner,
+  // (-1, 0, -1), and every term of z' is -0 at the first corner with z = 0.
+  const Matrix4 turn = {{1, 0, 0, 0}, {0, -1, 0, -0.0}, {0, -0.0, -1, -0.0}, {0, 0, 0, 1}};
+  const Box moved = gsl_kernel::TransformBox({{-1.0, 0.0, -1.0}, {0.0, 1.0, 0.0}}, turn);
+  ExpectBox(moved, -1.0, -1.0, 0.0, 0.0, 0.0, 1.0);
+  EXPECT_TRUE(std::signbit(moved.max.y));
+  EXPECT_TRUE(std::signbit(moved.min.z));
+}
+
 TEST(KernelBox, TransformOfNaNIsNaNOnEveryAxis) {
   const Box moved = gsl_kernel::TransformBox({{kNaN, 0.0, 0.0}, {1.0, 2.0, 2.0}}, kIdentity);
   EXPECT_TRUE(std::isnan(moved.min.x));
@@ -78,6 +88,7 @@ TEST(KernelBox, TransformHasTheBitsOfTheEightCorners) {
   const auto number = [&random] {
     const int kind = random.Below(12);
     if (kind == 0) return random.Hostile();
+    if (kind == 1) return -0.0;
     return kind < 6 ? random.Below(5) - 2.0 : random.In(-3.0, 3.0);
   };
   for (long i = 0; i < Scaled(200000) && !testing::Test::HasFailure(); ++i) {
