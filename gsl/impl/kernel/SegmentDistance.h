@@ -157,30 +157,15 @@ inline FootPlace PlaceOfFoot(double t) {
   return t > kFootMargin && t < 1.0 - kFootMargin ? FootPlace::Within : FootPlace::Unknown;
 }
 
-/// Returns the connection of end number `i`, 0 and 1 of a and 2 and 3 of b, with its foot at that
-/// place.
-inline Connection ConnectionOfEnd(const Segment& a, const Segment& b, int i, FootPlace place,
-                                  double linearTolerance) {
-  const Segment& own = i < 2 ? a : b;
-  const Segment& target = i < 2 ? b : a;
-  const bool isFirst = i % 2 == 0;
-  const Coord3 end = isFirst ? own.p1 : own.p2;
-  const SegmentPart part = isFirst ? SegmentPart::First : SegmentPart::Second;
-  SegmentPart onTarget = place == FootPlace::First ? SegmentPart::First : SegmentPart::Second;
-  Coord3 point = place == FootPlace::First ? target.p1 : target.p2;
-  if (place == FootPlace::Within) {
-    onTarget = SegmentPart::Foot;
-    double t = 0.0;
-    FootOnSegment(end, target.p1, target.p2, linearTolerance, point, t);
-  }
-  if (i < 2) return {ConnectionKind::Joined, part, onTarget, end, point};
-  return {ConnectionKind::Joined, onTarget, part, point, end};
-}
+/// An end, 0 and 1 of a and 2 and 3 of b, and the place of its foot on the other segment.
+struct NearestEnd {
+  int end;
+  FootPlace place;
+};
 
-/// Decides which of the four ends makes the shortest connection. Returns the steps where that is
-/// not certain.
-inline Connection ConnectBestEnd(const Segment& a, const Segment& b, const SegmentProducts& q,
-                                 double linearTolerance) {
+/// Finds the end that makes the shortest connection. The place is Unknown where that is not
+/// certain.
+inline NearestEnd NearestEndOf(const SegmentProducts& q, double linearTolerance) {
   const double inverseU = 1.0 / q.uu, inverseV = 1.0 / q.vv;
   const EndFoot feet[4] = {
       FootOfEnd(q.rv, q.vv, inverseV, q.rr),
@@ -192,7 +177,7 @@ inline Connection ConnectBestEnd(const Segment& a, const Segment& b, const Segme
   const int bestOfB = feet[3].squared < feet[2].squared ? 3 : 2;
   if (feet[bestOfB].squared < feet[best].squared) best = bestOfB;
   const FootPlace place = PlaceOfFoot(feet[best].position);
-  if (place == FootPlace::Unknown) return ConnectEnds(a, b, linearTolerance);
+  if (place == FootPlace::Unknown) return {best, place};
   // The nearest end of the target has the same connection, which may come first or last.
   int twin = best;
   if (place != FootPlace::Within) {
@@ -205,8 +190,36 @@ inline Connection ConnectBestEnd(const Segment& a, const Segment& b, const Segme
   bool isCertain = true;
   for (int i = 0; i < 4; ++i)
     isCertain &= (i == best) | (i == twin) | (feet[i].squared > limit);
-  if (!isCertain) return ConnectEnds(a, b, linearTolerance);
-  return ConnectionOfEnd(a, b, best, place, linearTolerance);
+  return {best, isCertain ? place : FootPlace::Unknown};
+}
+
+/// Returns the connection of an end, with its foot at that place.
+inline Connection ConnectionOfEnd(const Segment& a, const Segment& b, const NearestEnd& nearest,
+                                  double linearTolerance) {
+  const bool isOfA = nearest.end < 2;
+  const Segment& own = isOfA ? a : b;
+  const Segment& target = isOfA ? b : a;
+  const bool isFirst = nearest.end % 2 == 0;
+  const Coord3 end = isFirst ? own.p1 : own.p2;
+  const SegmentPart part = isFirst ? SegmentPart::First : SegmentPart::Second;
+  const bool isAtFirst = nearest.place == FootPlace::First;
+  SegmentPart onTarget = isAtFirst ? SegmentPart::First : SegmentPart::Second;
+  Coord3 point = isAtFirst ? target.p1 : target.p2;
+  if (nearest.place == FootPlace::Within) {
+    onTarget = SegmentPart::Foot;
+    double t = 0.0;
+    FootOnSegment(end, target.p1, target.p2, linearTolerance, point, t);
+  }
+  if (isOfA) return {ConnectionKind::Joined, part, onTarget, end, point};
+  return {ConnectionKind::Joined, onTarget, part, point, end};
+}
+
+/// Returns the connection of the end that makes the shortest connection.
+inline Connection ConnectBestEnd(const Segment& a, const Segment& b, const SegmentProducts& q,
+                                 double linearTolerance) {
+  const NearestEnd nearest = NearestEndOf(q, linearTolerance);
+  if (nearest.place == FootPlace::Unknown) return ConnectEnds(a, b, linearTolerance);
+  return ConnectionOfEnd(a, b, nearest, linearTolerance);
 }
 
 /// Finds the shortest connection. Its kind is None where no distance is below kSegmentDistanceCap,

@@ -3,6 +3,7 @@
 #include "EntityTranscription.h"
 #include "FourPoints.h"
 #include "KernelNames.h"
+#include "RandomNumbers.h"
 #include "TestScale.h"
 
 #include <cstdio>
@@ -14,6 +15,7 @@ using gsl_kernel::Connection;
 using gsl_kernel::ConnectionKind;
 using gsl_kernel::Segment;
 using gsl_kernel::SegmentPart;
+using gsl_kernel::SegmentProducts;
 
 constexpr double kLinear = 1e-6;
 
@@ -76,6 +78,174 @@ TEST(KernelSegmentDistance, EveryPairOfEndsAndFeetIsFound) {
   const Segment beside = {{-1.0, -7.0, 1.0}, {-1.0, 9.0, -1.0}};
   ExpectJoined(a, beside, SegmentPart::First, SegmentPart::Foot);
   ExpectJoined({a.p2, a.p1}, beside, SegmentPart::Second, SegmentPart::Foot);
+}
+
+TEST(KernelSegmentDistance, ProductsAreThoseOfTheEdgesAndTheWay) {
+  // u = (0, 2, 0), v = (4, 1, 0), r = (1, 1, -3), u x v = (0, 0, -8).
+  const SegmentProducts q({{1.0, 1.0, 0.0}, {1.0, 3.0, 0.0}}, {{0.0, 0.0, 3.0}, {4.0, 1.0, 3.0}});
+  EXPECT_EQ(q.uu, 4.0);
+  EXPECT_EQ(q.vv, 17.0);
+  EXPECT_EQ(q.uv, 2.0);
+  EXPECT_EQ(q.ru, 2.0);
+  EXPECT_EQ(q.rv, 5.0);
+  EXPECT_EQ(q.rr, 11.0);
+  EXPECT_EQ(q.nn, 64.0);
+  EXPECT_EQ(q.rn, 24.0);
+  EXPECT_EQ(q.reach2, 4.0 * (2.0 + 9.0 + 4.0 + 17.0));
+}
+
+/// Products of two segments of these squares of lengths, which are otherwise all 1.
+SegmentProducts Products(double uu, double vv, double nn, double reach2) {
+  SegmentProducts q({{0, 0, 0}, {1, 0, 0}}, {{0, 0, 0}, {0, 1, 0}});
+  q.uu = uu;
+  q.vv = vv;
+  q.nn = nn;
+  q.reach2 = reach2;
+  return q;
+}
+
+TEST(KernelSegmentDistance, GeneralSegmentsAreStrictlyWithinEveryLimit) {
+  const auto areGeneral = [](double uu, double vv, double nn, double reach2, double tolerance) {
+    return Products(uu, vv, nn, reach2).AreGeneral(tolerance);
+  };
+  EXPECT_TRUE(areGeneral(1.0, 1.0, 1.0, 16.0, 0x1p-20));
+  // The square of the sine is nn / (uu vv), at least 2^-18.
+  EXPECT_FALSE(areGeneral(4.0, 2.0, 0x1p-15, 16.0, 0x1p-20));
+  EXPECT_TRUE(areGeneral(4.0, 2.0, Above(0x1p-15), 16.0, 0x1p-20));
+  // The common normal is longer than the tolerance, with a factor of 2 between the squares.
+  EXPECT_FALSE(areGeneral(0x1p-12, 0x1p-12, 0x1p-39, 16.0, 0x1p-20));
+  EXPECT_TRUE(areGeneral(0x1p-12, 0x1p-12, Above(0x1p-39), 16.0, 0x1p-20));
+  // Both lengths are at least 2^-14 of the reach, and at least 2^12 tolerances.
+  EXPECT_FALSE(areGeneral(0x1p-8, 1.0, 1.0, 0x1p20, 0x1p-20));
+  EXPECT_TRUE(areGeneral(Above(0x1p-8), 1.0, 1.0, 0x1p20, 0x1p-20));
+  EXPECT_FALSE(areGeneral(1.0, 0x1p-8, 1.0, 0x1p20, 0x1p-20));
+  EXPECT_FALSE(areGeneral(16.0, 32.0, 512.0, 64.0, 0x1p-10));
+  EXPECT_TRUE(areGeneral(Above(16.0), 32.0, 512.0, 64.0, 0x1p-10));
+  // The tolerance is at least 2^-32 of the reach, and its square has all its digits.
+  EXPECT_FALSE(areGeneral(1.0, 1.0, 1.0, 0x1p24, 0x1p-20));
+  EXPECT_TRUE(areGeneral(1.0, 1.0, 1.0, Below(0x1p24), 0x1p-20));
+  EXPECT_FALSE(areGeneral(1e-43, 1e-43, 1.0, 1e-42, 1e-30));
+  EXPECT_TRUE(areGeneral(1e-43, 1e-43, 1.0, 1e-42, Above(1e-30)));
+  // The reach is at most half the distance over which segments are connected.
+  EXPECT_FALSE(areGeneral(0x1p40, 0x1p40, 0x1p70, 2.5e19, 2.0));
+  EXPECT_TRUE(areGeneral(0x1p40, 0x1p40, 0x1p70, Below(2.5e19), 2.0));
+}
+
+TEST(KernelSegmentDistance, PositionOfACrossingIsCertainBeyondTheMargin) {
+  using gsl_kernel::CrossingPlace;
+  // With uv = 0 and edges of length 1, the positions are -ru and rv, times nn.
+  const auto placeOf = [](double s, double t) {
+    SegmentProducts q = Products(1.0, 1.0, 4.0, 16.0);
+    q.uv = 0.0;
+    q.ru = -s;
+    q.rv = t;
+    return gsl_kernel::PlaceOf(q);
+  };
+  const double margin = 4.0 * 0x1p-9;
+  EXPECT_EQ(placeOf(2.0, 2.0), CrossingPlace::Within);
+  EXPECT_EQ(placeOf(2.0, 4.0 - margin), CrossingPlace::Unknown);
+  EXPECT_EQ(placeOf(2.0, Below(4.0 - margin)), CrossingPlace::Within);
+  EXPECT_EQ(placeOf(margin, 2.0), CrossingPlace::Unknown);
+  EXPECT_EQ(placeOf(margin + 0x1p-50, 2.0), CrossingPlace::Within);
+  EXPECT_EQ(placeOf(4.0 + margin, 2.0), CrossingPlace::Unknown);
+  EXPECT_EQ(placeOf(Above(4.0 + margin), 2.0), CrossingPlace::Beyond);
+  EXPECT_EQ(placeOf(2.0, -margin), CrossingPlace::Unknown);
+  EXPECT_EQ(placeOf(2.0, -margin - 0x1p-50), CrossingPlace::Beyond);
+}
+
+TEST(KernelSegmentDistance, PositionOfAFootIsCertainBeyondTheMargin) {
+  using gsl_kernel::FootPlace;
+  using gsl_kernel::PlaceOfFoot;
+  const double margin = 0x1p-9;
+  EXPECT_EQ(PlaceOfFoot(Below(-margin)), FootPlace::First);
+  EXPECT_EQ(PlaceOfFoot(-margin), FootPlace::Unknown);
+  EXPECT_EQ(PlaceOfFoot(margin), FootPlace::Unknown);
+  EXPECT_EQ(PlaceOfFoot(Above(margin)), FootPlace::Within);
+  EXPECT_EQ(PlaceOfFoot(Below(1.0 - margin)), FootPlace::Within);
+  EXPECT_EQ(PlaceOfFoot(1.0 - margin), FootPlace::Unknown);
+  EXPECT_EQ(PlaceOfFoot(1.0 + margin), FootPlace::Unknown);
+  EXPECT_EQ(PlaceOfFoot(Above(1.0 + margin)), FootPlace::Second);
+  EXPECT_EQ(PlaceOfFoot(kNaN), FootPlace::Unknown);
+}
+
+TEST(KernelSegmentDistance, NearestEndIsCertainWhereTheOthersAreFarther) {
+  using gsl_kernel::FootPlace;
+  // With rv = 1/2 and uv = ru = 0, the foot of the first end of a is in the middle of b. The
+  // squares of the four distances are rr - 1/4, rr + 3/4, rr and rr.
+  const auto nearestEnd = [](double reach2, double tolerance) {
+    SegmentProducts q = Products(1.0, 1.0, 1.0, reach2);
+    q.uv = q.ru = 0.0;
+    q.rv = 0.5;
+    q.rr = 0.25;
+    const gsl_kernel::NearestEnd nearest = NearestEndOf(q, tolerance);
+    EXPECT_EQ(nearest.end, 0);
+    return nearest.place;
+  };
+  // Of two tolerances, the square is 1/4.
+  EXPECT_EQ(nearestEnd(0.0, 0.25), FootPlace::Unknown);
+  EXPECT_EQ(nearestEnd(0.0, Below(0.25)), FootPlace::Within);
+  // 2^-42 of the square of the reach is 1/4.
+  EXPECT_EQ(nearestEnd(0x1p40, 0.0), FootPlace::Unknown);
+  EXPECT_EQ(nearestEnd(Below(0x1p40), 0.0), FootPlace::Within);
+}
+
+TEST(KernelSegmentDistance, EveryEndIsDecidedAtEveryPlace) {
+  RandomNumbers random(0xE0D);
+  long counts[4][4] = {};
+  const auto point = [&random] {
+    const double x = random.In(-8.0, 8.0);
+    const double y = random.In(-8.0, 8.0);
+    const double z = random.In(-8.0, 8.0);
+    return Coord3{x, y, z};
+  };
+  for (long i = 0; i < Scaled(100000); ++i) {
+    Coord3 p[4];
+    for (Coord3& end : p)
+      end = point();
+    const Segment a = {p[0], p[1]}, b = {p[2], p[3]};
+    const SegmentProducts q(a, b);
+    if (!q.AreGeneral(kLinear) || PlaceOf(q) != gsl_kernel::CrossingPlace::Beyond) continue;
+    const gsl_kernel::NearestEnd nearest = NearestEndOf(q, kLinear);
+    ++counts[nearest.end][static_cast<int>(nearest.place)];
+    if (nearest.place == gsl_kernel::FootPlace::Unknown) continue;
+    const Connection expected = ConnectEnds(a, b, kLinear);
+    const Connection actual = ConnectionOfEnd(a, b, nearest, kLinear);
+    ASSERT_EQ(actual.partA, expected.partA) << "case " << i;
+    ASSERT_EQ(actual.partB, expected.partB) << "case " << i;
+  }
+  // Two ends have one distance to each other, so that rounding decides which of the two is nearest.
+  // Both first ends have the same products, and the tie goes to the end of a.
+  for (int end = 0; end < 4; ++end) {
+    for (int place = 1; place < 4; ++place) {
+      const bool isTie = end == 2 && place == static_cast<int>(gsl_kernel::FootPlace::First);
+      EXPECT_EQ(counts[end][place] > Scaled(100000) / 2000, !isTie) << end << ", " << place;
+    }
+  }
+}
+
+TEST(KernelSegmentDistance, SegmentsAToleranceApartAreConnectedAsByTheSteps) {
+  RandomNumbers random(0x7014);
+  long joined = 0;
+  for (long i = 0; i < Scaled(20000) && !testing::Test::HasFailure(); ++i) {
+    // Two edges that cross at their middles, where the second edge is moved along their normal.
+    Coord3 u = {1.5, 0.0, 0.0}, v = {0.0, 1.5, 0.0};
+    for (double* const c : {&u.x, &u.y, &u.z, &v.x, &v.y, &v.z})
+      *c += random.In(-0.5, 0.5);
+    Measured3 n = Measure(gsl_kernel::Cross(u, v));
+    gsl_arithmetic::Normalize(n, kLinear);
+    const double part = random.Below(2) == 0 ? random.In(0.5, 1.6) : 1.0;
+    const Coord3 middle = gsl_kernel::Multiply(n.c, part * kLinear);
+    const Segment a = {gsl_kernel::Negated(u), u};
+    const Segment b = {gsl_kernel::Subtract(middle, v), gsl_kernel::Add(middle, v)};
+    const Connection expected = ConnectSegmentsBySteps(a, b, kLinear);
+    const Connection actual = ConnectSegments(a, b, kLinear);
+    EXPECT_EQ(actual.kind, expected.kind);
+    EXPECT_XYZ(actual.onA, expected.onA.x, expected.onA.y, expected.onA.z);
+    EXPECT_XYZ(actual.onB, expected.onB.x, expected.onB.y, expected.onB.z);
+    if (expected.kind == ConnectionKind::Joined) ++joined;
+  }
+  EXPECT_GT(joined, Scaled(20000) / 4);
+  EXPECT_LT(joined, Scaled(20000) * 3 / 4);
 }
 
 TEST(KernelSegmentDistance, FarAndNaNHaveNoConnection) {
