@@ -5,10 +5,10 @@
 /// The kernel of one triangle and the lanes of many share them.
 namespace gsl_kernel {
 
-// The errors below count unit roundoffs h = 2^-53. R^2 is the sum of the squares of the coordinates
-// of p and of a, and of both edges from a, times 4. So R is at least the length of every vector and
-// at least the size of every coordinate. E^2 is twice the sum of the squares of both edges from a,
-// so no edge is longer than E.
+// The errors below count unit roundoffs h = 2^-53. E^2 is twice the sum of the squares of both
+// edges from a, so no edge is longer than E. R^2 is the sum of E^2 and of the squares of the
+// coordinates of p and of a, times 4. So R is at least the length of every vector and at least the
+// size of every coordinate.
 
 /// Error of a weight of the triangle test, divided by R^2 E^2: at most 2^9 h.
 // A weight is a sum of four products of two dot products of at most R E and E^2, or E^2 and R E.

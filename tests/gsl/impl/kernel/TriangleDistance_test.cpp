@@ -3,6 +3,7 @@
 #include "EntityTranscription.h"
 #include "FourPoints.h"
 #include "KernelNames.h"
+#include "RandomNumbers.h"
 #include "TestScale.h"
 
 #include <cstdio>
@@ -63,6 +64,61 @@ TEST(KernelTriangleDistance, UnusualTolerancesAreLeftToTheSteps) {
   }
   for (const double cosine : {0.5, kNaN}) {
     EXPECT_EQ(gsl_kernel::RegionOf(p, kA, kB, kC, 1e-6, cosine).region, TriangleRegion::Unknown);
+  }
+}
+
+TEST(KernelTriangleDistance, TolerancesAreDecidedUpToTheirLimits) {
+  using gsl_kernel::RegionsAreDecided;
+  EXPECT_TRUE(RegionsAreDecided(0.0, kCosine));
+  EXPECT_FALSE(RegionsAreDecided(-1e-6, kCosine));
+  EXPECT_TRUE(RegionsAreDecided(0.5, kCosine));
+  EXPECT_FALSE(RegionsAreDecided(Above(0.5), kCosine));
+  EXPECT_FALSE(RegionsAreDecided(kInfinity, kCosine));
+  EXPECT_TRUE(RegionsAreDecided(1e-6, Below(0x1p-16)));
+  EXPECT_FALSE(RegionsAreDecided(1e-6, 0x1p-16));
+}
+
+TEST(KernelTriangleDistance, SizesAreDecidedUpToTheirLimits) {
+  // A right angle with legs of L, and a point over it that is L / 4 from both. The sum of the
+  // squares is L^2 / 8 for the point, and 4 L^2 for twice the edges. Times 4 it is 16.5 L^2.
+  const auto regionAt = [](double legs) {
+    const Coord3 p = {legs / 4.0, legs / 4.0, 0.0};
+    return gsl_kernel::RegionOf(p, {0, 0, 0}, {legs, 0, 0}, {0, legs, 0}, 1e-6, kCosine).region;
+  };
+  const double largest = std::sqrt(1e100 / 16.5);
+  EXPECT_EQ(regionAt(0.99 * largest), TriangleRegion::Face);
+  EXPECT_EQ(regionAt(1.01 * largest), TriangleRegion::Unknown);
+}
+
+TEST(KernelTriangleDistance, FaceTakesTheCosineToleranceForTheNormal) {
+  // The sine of the angle between the first two edges is 0.24, less than the linear tolerance.
+  const Coord3 a = {0.0, 0.0, 0.0}, b = {10000.0, 0.0, 0.0}, c = {30000.0, 5000.0, 0.0};
+  const Coord3 p = {15000.0, 2000.0, 7.0};
+  ASSERT_EQ(gsl_kernel::RegionOf(p, a, b, c, 0.4, kCosine).region, TriangleRegion::Face);
+  EXPECT_DOUBLE_EQ(gsl_kernel::TriangleDistance(p, a, b, c, 0.4, kCosine), 7.0);
+}
+
+TEST(KernelTriangleDistance, AgreesWithTheStepsAboveTheBordersWithoutATolerance) {
+  RandomNumbers random(0xB02D);
+  const auto point = [&random] {
+    const double x = random.In(-1000.0, 1000.0);
+    const double y = random.In(-1000.0, 1000.0);
+    const double z = random.In(-1000.0, 1000.0);
+    return Coord3{x, y, z};
+  };
+  for (long i = 0; i < Scaled(200000) && !testing::Test::HasFailure(); ++i) {
+    const Coord3 a = point();
+    const Coord3 b = point();
+    const Coord3 c = point();
+    // The first corner is the foot of p on the edge to the second corner, up to rounding.
+    const Coord3 u = gsl_kernel::Subtract(b, a), v = gsl_kernel::Subtract(c, a);
+    const double part = gsl_kernel::Dot(u, v) / gsl_kernel::Dot(u, u);
+    const Coord3 across = gsl_kernel::Subtract(v, gsl_kernel::Multiply(u, part));
+    const Coord3 p = gsl_kernel::Subtract(a, gsl_kernel::Multiply(across, random.In(0.1, 2.0)));
+    EXPECT_EQ(gsl_kernel::TriangleDistance(p, a, b, c, 0.0, kCosine),
+              gsl_kernel::TriangleDistanceBySteps(p, a, b, c, 0.0, kCosine));
+    EXPECT_EQ(gsl_kernel::TriangleDistance(p, c, a, b, 0.0, kCosine),
+              gsl_kernel::TriangleDistanceBySteps(p, c, a, b, 0.0, kCosine));
   }
 }
 
