@@ -165,6 +165,14 @@ TEST(KernelSegmentSweep, SegmentAlongTheDirectionOrOfNaNNeedNotTurn) {
   EXPECT_TRUE(TurnSegment(nan, kForward, +1.0, nullptr));
 }
 
+TEST(KernelSegmentSweep, HeightOfTheDirectionDoesNotTurnASegment) {
+  // (1, 1, 0) x Z = (1, -1, 0), along the direction at every height.
+  for (const double height : {-2.0, 0.0, 2.0}) {
+    SweptSegment segment = OfA({0, 0, 0}, {1, 1, 0});
+    EXPECT_TRUE(TurnSegment(segment, gsl_kernel::Measure({1.0, 0.0, height}), +1.0, nullptr));
+  }
+}
+
 TEST(KernelSegmentSweep, GapLeadsFromAToB) {
   EXPECT_EQ(gsl_kernel::GapFromEnd(+1, kForward, {0, 1, 0}, {0, 4, 0}), 3.0);
   EXPECT_EQ(gsl_kernel::GapFromEnd(-1, kForward, {0, 4, 0}, {0, 1, 0}), 3.0);
@@ -215,6 +223,64 @@ TEST(KernelSegmentSweep, EndsOnOneLineNeedFirstEndsThatDifferAlongIt) {
   EXPECT_FALSE(EndsOnOneLine(a, OfB({0, 0, 0}, {0, 7, 0}), kForward, 0.0, 1e-10, contacts));
   EXPECT_FALSE(EndsOnOneLine(a, OfB({1, 5, 0}, {1, 7, 0}), kForward, 0.0, 1e-10, contacts));
   ExpectUnwritten(contacts, 100.0);
+}
+
+TEST(KernelSegmentSweep, EndsOnOneLineMultiplyByTheWayOfTheEndsFirst) {
+  // The cross product of (3, 0, 0) and (3, 4, 0) is 12. With the double 0.8, (0.8 * 5) * 3 is 12,
+  // and (0.8 * 3) * 5 is the next number.
+  const Measured3 along = gsl_kernel::Measure({3.0, 0.0, 0.0});
+  const Measured3 aslant = gsl_kernel::Measure({3.0, 4.0, 0.0});
+  const SweptSegment a = OfA({0, 0, 0}, {1, 0, 0});
+  SweepContacts contacts = Within(100.0);
+  EXPECT_FALSE(EndsOnOneLine(a, OfB({3, 4, 0}, {9, 9, 0}), along, 0.0, 0.8, contacts));
+  ExpectUnwritten(contacts, 100.0);
+  EXPECT_TRUE(EndsOnOneLine(a, OfB({3, 0, 0}, {9, 9, 0}), aslant, 0.0, 0.8, contacts));
+}
+
+TEST(KernelSegmentSweep, SegmentIsAlongByTheLengthOfTheDirectionFirst) {
+  // The short segment is along (3, 4, 0) only if 0.8 is first multiplied by its own length, as
+  // above. Then it meets the wide segment from the wrong side, which is no contact across.
+  const Measured3 d = gsl_kernel::Measure({3.0, 4.0, 0.0});
+  const SweepTolerances tol = {kTolerance, 0.8};
+  const bool both[2] = {true, true};
+  SweepContacts contacts = Within(100.0);
+  EXPECT_FALSE(SweepSegment(d, OfA({3, 0, 0}, {0, 0, 0}), OfB({-11, 2, 0}, {5, -10, 0}), both, 0.0,
+                            tol, contacts));
+  EXPECT_FALSE(SweepSegment(d, OfA({-5, 10, 0}, {11, -2, 0}), OfB({3, 0, 0}, {0, 0, 0}), both, 0.0,
+                            tol, contacts));
+  ExpectUnwritten(contacts, 100.0);
+}
+
+TEST(KernelSegmentSweep, SegmentsOfOnePlaneThatAreFarAsidePassEachOther) {
+  const SweepTolerances tol = {kTolerance, 1e-10};
+  const auto passes = [&tol](const double(&z)[4]) {
+    return PassAside(OfA({0.0, 0.0, z[0]}, {1.0, 0.0, z[1]}),
+                     OfB({1.5, 5.0, z[2]}, {2.5, 5.0, z[3]}), kForward, tol);
+  };
+  EXPECT_TRUE(passes({0.0, 0.0, 0.0, 0.0}));
+  EXPECT_TRUE(passes({3.0, 3.0, 3.0, 3.0}));
+  EXPECT_FALSE(passes({3.0, 0.0, 0.0, 0.0}));
+  EXPECT_FALSE(passes({0.0, 3.0, 0.0, 0.0}));
+  EXPECT_FALSE(passes({0.0, 0.0, 3.0, 0.0}));
+  EXPECT_FALSE(passes({0.0, 0.0, 0.0, 3.0}));
+}
+
+TEST(KernelSegmentSweep, OrdinarySegmentsAreNeitherTinyNorHuge) {
+  const Coord3 origin = {0.0, 0.0, 0.0}, one = {1.0, 0.0, 0.0};
+  const Coord3 tiny = {1e-101, 0.0, 0.0}, large = {0.0, 6e99, 0.0}, huge = {0.0, 2e100, 0.0};
+  const auto areOrdinary = [](const SweptSegment& a, const SweptSegment& b) {
+    return gsl_kernel::AreOrdinary(a, b, kForward);
+  };
+  const SweptSegment unit = OfA(origin, one);
+  EXPECT_TRUE(areOrdinary(unit, unit));
+  for (const SweptSegment& other :
+       {OfB(origin, tiny), OfB(origin, huge), OfB(huge, origin), OfB(large, {0.0, 5e99, 0.0}),
+        OfB(origin, {0.0, std::nan(""), 0.0})}) {
+    EXPECT_FALSE(areOrdinary(unit, other));
+    EXPECT_FALSE(areOrdinary(other, unit));
+  }
+  EXPECT_FALSE(AreOrdinary(unit, unit, gsl_kernel::Measure(tiny)));
+  EXPECT_FALSE(AreOrdinary(unit, unit, gsl_kernel::Measure(huge)));
 }
 
 // Both segments are turned: A faces along the direction, and B faces against it.

@@ -121,6 +121,36 @@ TEST(KernelEdgeCrossing, ParallelSkewAndDegenerateEdgesDoNotCross) {
   EXPECT_EQ(count(OfB({1, -5, 0}, {7, -5, 0}, {4, -5, 0})), 0);
 }
 
+TEST(KernelEdgeCrossing, ReachIsTheRootOfEightTimesTheSquares) {
+  // The first corner and the first and last edges: 1 + 4 + 9 for A, and 1 + 1 + 16 for B.
+  const SourcedTriangle first = OfA({1, 0, 0}, {1, 2, 0}, {4, 0, 0});
+  const SourcedTriangle second = OfB({0, 0, 1}, {0, 0, 2}, {4, 0, 1});
+  const gsl_kernel::PreparedEdges a(first, 1e-6);
+  const gsl_kernel::PreparedEdges b(second, 1e-6);
+  EXPECT_EQ(gsl_kernel::PreparedEdges::ReachOf(a, b), 16.0);
+}
+
+TEST(KernelEdgeCrossing, EdgesThatCrossBeyondTheMarginMiss) {
+  // Two edges of length 1, with a cosine of 0.6. They cross at s and t along their lines.
+  const SourcedTriangle triangle = OfA({0, 0, 0}, {1, 0, 0}, {0, 0, 9});
+  const gsl_kernel::PreparedEdges first(triangle, 1e-6);
+  const auto isBeyond = [&first](double s, double t) {
+    const Coord3 start = {s - 0.6 * t, -0.8 * t, 0.0};
+    const Coord3 end = {start.x + 0.6, start.y + 0.8, 0.0};
+    const SourcedTriangle other = OfB(start, end, {0, 0, 9});
+    const gsl_kernel::PreparedEdges second(other, 1e-6);
+    return gsl_kernel::CrossingRow(first, 0, second, 0.25).missed[0][0] > 0.0;
+  };
+  EXPECT_FALSE(isBeyond(-0.24, 0.5));
+  EXPECT_TRUE(isBeyond(-0.26, 0.5));
+  EXPECT_FALSE(isBeyond(1.24, 0.5));
+  EXPECT_TRUE(isBeyond(1.26, 0.5));
+  EXPECT_FALSE(isBeyond(0.5, -0.24));
+  EXPECT_TRUE(isBeyond(0.5, -0.26));
+  EXPECT_FALSE(isBeyond(0.5, 1.24));
+  EXPECT_TRUE(isBeyond(0.5, 1.26));
+}
+
 TEST(KernelEdgeCrossing, EdgesThatCertainlyMissNeverCross) {
   FourPoints in(0xC205);
   long missed = 0, crossed = 0;
@@ -310,6 +340,14 @@ TEST(KernelFacing, IsJudgedWithTheSenseAndStrictlyAtTheCosine) {
   EXPECT_EQ(gsl_kernel::FacingOf({{kNaN, 0.0, 0.0}, kNaN}, kUp, +1.0, 0.6), Facing::Right);
 }
 
+TEST(KernelFacing, MultipliesByTheLengthOfTheNormalFirst) {
+  // The dot product of (3, 0, 0) and (4, 3, 0) is 12. With the double 0.8, (0.8 * 5) * 3 is 12, and
+  // (0.8 * 3) * 5 is the next number.
+  const Measured3 along = Measure({3.0, 0.0, 0.0}), aslant = Measure({4.0, 3.0, 0.0});
+  EXPECT_EQ(gsl_kernel::FacingOf(along, aslant, +1.0, 0.8), Facing::EdgeOn);
+  EXPECT_EQ(gsl_kernel::FacingOf(aslant, along, +1.0, 0.8), Facing::Right);
+}
+
 TEST(KernelFacing, TurnReadsTheFlagOnlyOfATriangleThatFacesTheWrongWay) {
   const bool oneSided = false, twoSided = true;
   Measured3 normal = kUp;
@@ -391,6 +429,20 @@ TEST(KernelSweepTriangle, EdgeOnPlanesMoreThanTheToleranceApartMissEachOther) {
   ExpectUnwritten(contacts, kInfinity);
   EXPECT_TRUE(Sweep(a, at(1e-6), true, true, contacts));
   EXPECT_EQ(contacts.distance, 5.0);
+}
+
+TEST(KernelSweepTriangle, EdgeOnPlanesAreAsFarApartAsTheFirstCornerOfAFromB) {
+  // The planes meet at an angle with the sine 0.28 in the first corner of B, whose height is above
+  // the second corner of A. They count as parallel, and the first corner of A is 2.8 off the other.
+  const SweepTolerances tol = {1e-6, 0.5};
+  const bool twoSided[2] = {true, true};
+  const SourcedTriangle a = OfA({0, 0, 0}, {10, 0, 0}, {5, 0, -10});
+  const SourcedTriangle b = OfB({10, 0, 9}, {9.04, 0.28, 5}, {10.96, -0.28, 5});
+  SweepContacts contacts = Within(kInfinity);
+  EXPECT_FALSE(SweepTriangle(kUp, a, b, twoSided, tol, &NeverAsked, contacts));
+  ExpectUnwritten(contacts, kInfinity);
+  const SourcedTriangle near = OfA({10, 0, 0}, {0, 0, 0}, {5, 0, -10});
+  EXPECT_TRUE(SweepTriangle(kUp, near, b, twoSided, tol, &NeverAsked, contacts));
 }
 
 } // namespace
