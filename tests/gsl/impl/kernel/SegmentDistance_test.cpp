@@ -170,54 +170,94 @@ TEST(KernelSegmentDistance, PositionOfAFootIsCertainBeyondTheMargin) {
 
 TEST(KernelSegmentDistance, NearestEndIsCertainWhereTheOthersAreFarther) {
   using gsl_kernel::FootPlace;
-  // With rv = 1/2 and uv = ru = 0, the foot of the first end of a is in the middle of b. The
-  // squares of the four distances are rr - 1/4, rr + 3/4, rr and rr.
-  const auto nearestEnd = [](double reach2, double tolerance) {
-    SegmentProducts q = Products(1.0, 1.0, 1.0, reach2);
-    q.uv = q.ru = 0.0;
-    q.rv = 0.5;
-    q.rr = 0.25;
+  SegmentProducts ofA = Products(1.0, 1.0, 1.0, 0.0), ofB = Products(4.0, 1.0, 1.0, 0.0);
+  ofA.rr = ofB.rr = 0.25;
+  ofA.uv = ofB.uv = 0.0;
+  // The foot of the first end of a is in the middle of b. The squares of the four distances are 0,
+  // 1, 1/4 and 1/4.
+  ofA.ru = 0.0;
+  ofA.rv = 0.5;
+  // The foot of the first end of b is at a quarter of a. The squares are 1/4, 9/4, 0 and 1.
+  ofB.ru = -1.0;
+  ofB.rv = 0.0;
+  const auto placeOf = [](SegmentProducts q, int end, double reach2, double tolerance) {
+    q.reach2 = reach2;
     const gsl_kernel::NearestEnd nearest = NearestEndOf(q, tolerance);
-    EXPECT_EQ(nearest.end, 0);
+    EXPECT_EQ(nearest.end, end);
     return nearest.place;
   };
-  // Of two tolerances, the square is 1/4.
-  EXPECT_EQ(nearestEnd(0.0, 0.25), FootPlace::Unknown);
-  EXPECT_EQ(nearestEnd(0.0, Below(0.25)), FootPlace::Within);
-  // 2^-42 of the square of the reach is 1/4.
-  EXPECT_EQ(nearestEnd(0x1p40, 0.0), FootPlace::Unknown);
-  EXPECT_EQ(nearestEnd(Below(0x1p40), 0.0), FootPlace::Within);
+  for (const int end : {0, 2}) {
+    const SegmentProducts& q = end == 0 ? ofA : ofB;
+    // The square of two tolerances is 1/4.
+    EXPECT_EQ(placeOf(q, end, 0.0, 0.25), FootPlace::Unknown);
+    EXPECT_EQ(placeOf(q, end, 0.0, Below(0.25)), FootPlace::Within);
+    // 2^-42 of the square of the reach is 1/4.
+    EXPECT_EQ(placeOf(q, end, 0x1p40, 0.0), FootPlace::Unknown);
+    EXPECT_EQ(placeOf(q, end, Below(0x1p40), 0.0), FootPlace::Within);
+  }
+}
+
+TEST(KernelSegmentDistance, FootATinyWayBeyondAnEndIsNotTheEnd) {
+  // The first end of b is 5 from the line of a, half a tolerance beyond the first end of a.
+  const double half = 0x1p-11;
+  const Connection connection = gsl_kernel::ConnectSegments(
+      {{0.0, 0.0, 0.0}, {8.0, 0.0, 0.0}}, {{-half, 3.0, 4.0}, {-5.0, 50.0, 60.0}}, 2.0 * half);
+  EXPECT_EQ(connection.partA, SegmentPart::Foot);
+  EXPECT_EQ(connection.partB, SegmentPart::First);
+  EXPECT_XYZ(connection.onA, -half, 0.0, 0.0);
+}
+
+/// Returns whether one of the four ends is clearly nearest, by the distances in full: no other
+/// connection is nearly as short, and no foot is near an end.
+bool IsOneEndClearlyNearest(const Segment& a, const Segment& b) {
+  const Connection nearest = ConnectEnds(a, b, kLinear);
+  const double least = gsl_kernel::Distance(nearest.onA, nearest.onB);
+  const Coord3* const ends[4] = {&a.p1, &a.p2, &b.p1, &b.p2};
+  for (int i = 0; i < 4; ++i) {
+    const Segment& target = i < 2 ? b : a;
+    Coord3 foot = {};
+    double t = 0.0;
+    gsl_kernel::FootOnSegment(*ends[i], target.p1, target.p2, kLinear, foot, t);
+    if (std::fabs(t) < 0.01 || std::fabs(t - 1.0) < 0.01) return false;
+    const gsl_kernel::NearestPoint other =
+        gsl_kernel::NearestOnSegment(*ends[i], target.p1, target.p2, kLinear);
+    const Coord3& onA = i < 2 ? *ends[i] : other.point;
+    const bool isSame = gsl_kernel::Distance(onA, nearest.onA) < 1e-9;
+    if (!isSame && other.distance < least + 0.01) return false;
+  }
+  return true;
 }
 
 TEST(KernelSegmentDistance, EveryEndIsDecidedAtEveryPlace) {
+  using gsl_kernel::FootPlace;
   RandomNumbers random(0xE0D);
   long counts[4][4] = {};
-  const auto point = [&random] {
-    const double x = random.In(-8.0, 8.0);
-    const double y = random.In(-8.0, 8.0);
-    const double z = random.In(-8.0, 8.0);
-    return Coord3{x, y, z};
-  };
-  for (long i = 0; i < Scaled(100000); ++i) {
-    Coord3 p[4];
-    for (Coord3& end : p)
-      end = point();
-    const Segment a = {p[0], p[1]}, b = {p[2], p[3]};
+  for (long i = 0; i < Scaled(100000) && !testing::Test::HasFailure(); ++i) {
+    Segment a = {}, b = {};
+    for (Coord3* const p : {&a.p1, &a.p2, &b.p1, &b.p2}) {
+      for (double* const c : {&p->x, &p->y, &p->z})
+        *c = random.In(-8.0, 8.0);
+    }
     const SegmentProducts q(a, b);
     if (!q.AreGeneral(kLinear) || PlaceOf(q) != gsl_kernel::CrossingPlace::Beyond) continue;
     const gsl_kernel::NearestEnd nearest = NearestEndOf(q, kLinear);
     ++counts[nearest.end][static_cast<int>(nearest.place)];
-    if (nearest.place == gsl_kernel::FootPlace::Unknown) continue;
+    if (nearest.place == FootPlace::Unknown) {
+      EXPECT_FALSE(IsOneEndClearlyNearest(a, b)) << "case " << i;
+      continue;
+    }
     const Connection expected = ConnectEnds(a, b, kLinear);
     const Connection actual = ConnectionOfEnd(a, b, nearest, kLinear);
-    ASSERT_EQ(actual.partA, expected.partA) << "case " << i;
-    ASSERT_EQ(actual.partB, expected.partB) << "case " << i;
+    EXPECT_EQ(actual.partA, expected.partA) << "case " << i;
+    EXPECT_EQ(actual.partB, expected.partB) << "case " << i;
+    EXPECT_XYZ(actual.onA, expected.onA.x, expected.onA.y, expected.onA.z);
+    EXPECT_XYZ(actual.onB, expected.onB.x, expected.onB.y, expected.onB.z);
   }
   // Two ends have one distance to each other, so that rounding decides which of the two is nearest.
   // Both first ends have the same products, and the tie goes to the end of a.
   for (int end = 0; end < 4; ++end) {
     for (int place = 1; place < 4; ++place) {
-      const bool isTie = end == 2 && place == static_cast<int>(gsl_kernel::FootPlace::First);
+      const bool isTie = end == 2 && place == static_cast<int>(FootPlace::First);
       EXPECT_EQ(counts[end][place] > Scaled(100000) / 2000, !isTie) << end << ", " << place;
     }
   }
