@@ -265,6 +265,10 @@ TEST(KernelSegmentSweep, SegmentsOfOnePlaneThatAreFarAsidePassEachOther) {
   EXPECT_FALSE(passes({0.0, 0.0, 0.0, 3.0}));
 }
 
+TEST(KernelSegmentSweep, SumOfSizesCountsEveryCoordinate) {
+  EXPECT_EQ(gsl_kernel::SumOfSizes({1.0, -2.0, -4.0}), 7.0);
+}
+
 TEST(KernelSegmentSweep, OrdinarySegmentsAreNeitherTinyNorHuge) {
   const Coord3 origin = {0.0, 0.0, 0.0}, one = {1.0, 0.0, 0.0};
   const Coord3 tiny = {1e-101, 0.0, 0.0}, large = {0.0, 6e99, 0.0}, huge = {0.0, 2e100, 0.0};

@@ -106,7 +106,7 @@ TEST(KernelTriangleDistance, AgreesWithTheStepsAboveTheBordersWithoutATolerance)
     const double z = random.In(-1000.0, 1000.0);
     return Coord3{x, y, z};
   };
-  for (long i = 0; i < Scaled(200000) && !testing::Test::HasFailure(); ++i) {
+  for (long i = 0; i < Scaled(50000) && !testing::Test::HasFailure(); ++i) {
     const Coord3 a = point();
     const Coord3 b = point();
     const Coord3 c = point();

@@ -151,6 +151,53 @@ TEST(KernelEdgeCrossing, EdgesThatCrossBeyondTheMarginMiss) {
   EXPECT_TRUE(isBeyond(0.5, 1.26));
 }
 
+TEST(KernelEdgeCrossing, EdgeAsLongAsTheToleranceIsMetNearItsStart) {
+  const SourcedTriangle triangle = OfA({0, 0, 0}, {0.25, 0, 0}, {0, 0, 9});
+  const gsl_kernel::PreparedEdges first(triangle, 0.25);
+  const auto crosses = [&first](double x) {
+    const SourcedTriangle other = OfB({x, -1, 0}, {x, 1, 0}, {0, 0, 9});
+    const gsl_kernel::PreparedEdges second(other, 0.25);
+    Coord3 p;
+    double weights[2];
+    return CrossEdges(first, 0, second, 0, 0.25, p, weights);
+  };
+  EXPECT_TRUE(crosses(-0.25));
+  EXPECT_TRUE(crosses(0.25));
+  EXPECT_FALSE(crosses(0.375));
+}
+
+TEST(KernelEdgeCrossing, EveryCrossingAtACornerIsVisitedWithoutATolerance) {
+  RandomNumbers random(0xC02E);
+  const auto point = [&random](double size) {
+    const double x = random.In(-size, size);
+    const double y = random.In(-size, size);
+    return Coord3{x, y, 0.0};
+  };
+  long crossings = 0;
+  for (long i = 0; i < Scaled(20000) && !testing::Test::HasFailure(); ++i) {
+    // Edges far from the origin that leave a corner at a small angle. Rounding decides which cross.
+    const Coord3 corner = point(1000.0);
+    const Coord3 way = point(1.0);
+    const Coord3 other = gsl_kernel::Add(way, point(0.01));
+    const Coord3 end = gsl_kernel::Add(corner, way), otherEnd = gsl_kernel::Add(corner, other);
+    const Coord3 third = gsl_kernel::Add(corner, point(1.0));
+    const SourcedTriangle first = OfA(corner, end, third), second = OfB(corner, otherEnd, third);
+    const gsl_kernel::PreparedEdges firstEdges(first, 0.0), secondEdges(second, 0.0);
+    int expected = 0;
+    for (int pair = 0; pair < 9; ++pair) {
+      Coord3 p;
+      double weights[2];
+      expected += CrossEdges(firstEdges, pair / 3, secondEdges, pair % 3, 0.0, p, weights) ? 1 : 0;
+    }
+    int visited = 0;
+    ForEachEdgeCrossing(first, second, 0.0,
+                        [&visited](int, const Coord3&, const double*) { ++visited; });
+    EXPECT_EQ(visited, expected) << "case " << i;
+    crossings += expected;
+  }
+  EXPECT_GT(crossings, Scaled(20000) / 4);
+}
+
 TEST(KernelEdgeCrossing, EdgesThatCertainlyMissNeverCross) {
   FourPoints in(0xC205);
   long missed = 0, crossed = 0;

@@ -33,7 +33,7 @@ bool ByTest(const Triangle& t, const Coord3& x) {
 }
 
 struct Weights {
-  double of[3] = {kSentinel, kSentinel, kSentinel};
+  double of[4] = {kSentinel, kSentinel, kSentinel, kSentinel};
   bool inside;
 
   Weights(const Coord3& x, const Triangle& t, double tolerance)
@@ -69,13 +69,14 @@ TEST(PointInTriangle, AllWeightsAreWrittenWithFalse) {
   EXPECT_EQ(weights.of[0], 2.0);
   EXPECT_EQ(weights.of[1], 2.0);
   EXPECT_EQ(weights.of[2], -3.0);
+  EXPECT_EQ(weights.of[3], kSentinel);
 }
 
 TEST(PointInTriangle, TriangleWithoutAreaHoldsEveryPointWithWeightsOfNaN) {
   const Weights weights({9, 9, 9}, {{{0, 0, 0}, {1, 0, 0}, {3, 0, 0}}}, kTolerance);
   EXPECT_TRUE(weights.inside);
-  for (const double weight : weights.of)
-    EXPECT_FALSE(std::isfinite(weight));
+  for (int i = 0; i < 3; ++i)
+    EXPECT_FALSE(std::isfinite(weights.of[i]));
 }
 
 /// Tests without the division and the multiplication, which cancel except for rounding.
