@@ -208,6 +208,24 @@ TEST(KernelSegmentSweep, EndOfASegmentAlongMustBeatTheDistanceLessTheMargin) {
   EXPECT_EQ(behind.distance, -7.0);
 }
 
+TEST(KernelSegmentSweep, EndsWhoseLinesMissMakeNoContact) {
+  SweepContacts contacts = Within(100.0);
+  EXPECT_FALSE(EndsOfAlong(+1, OfA({9, 0, 0}, {9, 2, 0}), OfB({0, 5, 0}, {4, 5, 0}), kForward, 0.0,
+                           kTolerance, contacts));
+  ExpectUnwritten(contacts, 100.0);
+}
+
+TEST(KernelSegmentSweep, EndsOnOneLineMustBeatTheDistanceLessTheMargin) {
+  // The least gap is 3.
+  const SweptSegment a = OfA({0, 0, 0}, {0, 2, 0}), b = OfB({0, 5, 0}, {0, 7, 0});
+  SweepContacts at = Within(4.0);
+  EXPECT_FALSE(EndsOnOneLine(a, b, kForward, 1.0, 1e-10, at));
+  ExpectUnwritten(at, 4.0);
+  SweepContacts above = Within(numbers::Above(4.0));
+  EXPECT_TRUE(EndsOnOneLine(a, b, kForward, 1.0, 1e-10, above));
+  EXPECT_EQ(above.distance, 3.0);
+}
+
 TEST(KernelSegmentSweep, EndsOnOneLineTakeTheLeastGap) {
   SweepContacts contacts = Within(100.0);
   EXPECT_TRUE(EndsOnOneLine(OfA({0, 0, 0}, {0, 2, 0}), OfB({0, 5, 0}, {0, 7, 0}), kForward, 0.0,
@@ -315,6 +333,24 @@ TEST(KernelSegmentSweep, SegmentsThatRunTheSameWayOrHavePassedMakeNoContact) {
   EXPECT_FALSE(
       EndsAcross(kAcrossA, OfB({1, -5, 0}, {2, -5, 0}), kForward, 0.0, kTolerance, contacts));
   ExpectUnwritten(contacts, 100.0);
+}
+
+TEST(KernelSegmentSweep, SegmentsAtARightAngleFaceEachOther) {
+  SweepContacts contacts = Within(100.0);
+  EXPECT_FALSE(
+      EndsAcross(kAcrossA, OfB({2.1, 5, 0}, {2, 5, 0}), kForward, 0.0, kTolerance, contacts));
+  ExpectUnwritten(contacts, 100.0);
+  EXPECT_TRUE(EndsAcross(kAcrossA, OfB({1, 5, 0}, {1, 7, 0}), kForward, 0.0, kTolerance, contacts));
+  EXPECT_EQ(contacts.distance, 5.0);
+}
+
+TEST(KernelSegmentSweep, EndsAcrossThatTouchAreAContactAtDistanceZero) {
+  SweepContacts ofA = Within(100.0);
+  EXPECT_TRUE(EndsAcross(kAcrossA, OfB({3, 0, 0}, {9, 0, 0}), kForward, 0.0, kTolerance, ofA));
+  EXPECT_EQ(ofA.distance, 0.0);
+  SweepContacts ofB = Within(100.0);
+  EXPECT_TRUE(EndsAcross(kAcrossA, OfB({1, 0.5, 0}, {2, 0, 0}), kForward, 0.0, kTolerance, ofB));
+  EXPECT_EQ(ofB.distance, 0.0);
 }
 
 TEST(KernelSegmentSweep, AcrossTheDistanceAndTheMarginMustBothBeBeaten) {

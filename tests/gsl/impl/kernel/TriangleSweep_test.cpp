@@ -166,6 +166,28 @@ TEST(KernelEdgeCrossing, EdgeAsLongAsTheToleranceIsMetNearItsStart) {
   EXPECT_FALSE(crosses(0.375));
 }
 
+TEST(KernelEdgeCrossing, EdgesCrossUpToTheToleranceBeyondTheirEnds) {
+  const SourcedTriangle first = OfA({0, 0, 0}, {1, 0, 0}, {0, 0, 9});
+  const auto crossesAt = [&first](double x) {
+    int crossings = 0;
+    ForEachEdgeCrossing(first, OfB({x, -1, 0}, {x, 1, 0}, {9, 9, 50}), 0.25,
+                        [&](int j, const Coord3& p, const double*) {
+                          if (j == 0 && p.x != 0.0) ++crossings;
+                        });
+    return crossings > 0;
+  };
+  EXPECT_TRUE(crossesAt(-0.25));
+  EXPECT_FALSE(crossesAt(-0.5));
+  EXPECT_TRUE(crossesAt(1.25));
+  EXPECT_FALSE(crossesAt(1.5));
+  const gsl_kernel::PreparedEdges edges(first, 0.25);
+  const SourcedTriangle second = OfB({-0.5, -1, 0}, {-0.5, 1, 0}, {9, 9, 50});
+  const gsl_kernel::PreparedEdges others(second, 0.25);
+  Coord3 p;
+  double weights[2];
+  EXPECT_FALSE(CrossEdges(edges, 0, others, 0, 0.25, p, weights));
+}
+
 TEST(KernelEdgeCrossing, EveryCrossingAtACornerIsVisitedWithoutATolerance) {
   RandomNumbers random(0xC02E);
   const auto point = [&random](double size) {
