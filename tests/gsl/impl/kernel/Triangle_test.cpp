@@ -63,6 +63,27 @@ TEST(PointInTriangle, WeightTimesSquaredAreaIsComparedWithTheSquaredTolerance) {
   EXPECT_FALSE(Weights({Below(-0.0625), 0.5, 0.0}, t, 0.25).inside);
 }
 
+TEST(PointInTriangle, EachWeightIsDividedByTheSquareOfItsOwnNormal) {
+  RandomNumbers random(0x7718);
+  for (int i = 0; i < 1000; ++i) {
+    Triangle t = {};
+    for (Coord3& p : t.p) {
+      for (double* const c : {&p.x, &p.y, &p.z})
+        *c = random.In(-1.0, 1.0);
+    }
+    const Coord3 x = {0.25, 0.5, 0.125};
+    const Weights weights(x, t, kTolerance);
+    for (int k = 0; k < 3; ++k) {
+      const Coord3 &at = t.p[k], &next = t.p[(k + 1) % 3], &last = t.p[(k + 2) % 3];
+      using gsl_kernel::Cross;
+      using gsl_kernel::Subtract;
+      const Coord3 normal = Cross(Subtract(next, at), Subtract(at, last));
+      const Coord3 part = Cross(Subtract(next, x), Subtract(x, last));
+      EXPECT_EQ(weights.of[k], gsl_kernel::Dot(part, normal) / gsl_kernel::Dot(normal, normal));
+    }
+  }
+}
+
 TEST(PointInTriangle, AllWeightsAreWrittenWithFalse) {
   const Weights weights({2.0, -3.0, 0.0}, RightAngled(1.0), kTolerance);
   EXPECT_FALSE(weights.inside);
