@@ -1,6 +1,7 @@
 #include "kernel/ThreePoints.h"
 
 #include "Numbers.h"
+#include "RandomNumbers.h"
 
 namespace {
 
@@ -84,6 +85,28 @@ TEST(KernelThreePoints, CircumCentreOfCollinearPointsIsUnwritten) {
   Coord3 centre = {kSentinel, kSentinel, kSentinel};
   EXPECT_FALSE(gsl_kernel::CircumCentre({0, 0, 0}, {1, 0, 0}, {3, 0, 0}, {0, 0, 0}, 1e-6, centre));
   EXPECT_XYZ(centre, kSentinel, kSentinel, kSentinel);
+}
+
+TEST(KernelThreePoints, CentreHasTheBitsOfThePlanesInTheirOrder) {
+  // Whole numbers make zeros, whose signs depend on the order, and parts make roundings.
+  RandomNumbers random(0x3901);
+  for (int i = 0; i < 2000 && !testing::Test::HasFailure(); ++i) {
+    const double part = i % 2 == 0 ? 1.0 : random.In(0.1, 1.0);
+    Coord3 p[3] = {};
+    for (Coord3& point : p) {
+      for (double* const c : {&point.x, &point.y, &point.z})
+        *c = part * (random.Below(5) - 2.0);
+    }
+    const Coord3 n = gsl_kernel::CircumNormal(p[0], p[1], p[2], 1e-6).c;
+    const PlaneEquation first = gsl_kernel::BisectingPlane(p[0], p[1], 1e-6);
+    const PlaneEquation second = gsl_kernel::BisectingPlane(p[1], p[2], 1e-6);
+    Coord3 expected = {kSentinel, kSentinel, kSentinel}, centre = expected;
+    const bool exists = CommonPoint(first, second, {n, gsl_kernel::Dot(n, p[0])}, 1e-6, expected);
+    EXPECT_EQ(gsl_kernel::CircumCentre(p[0], p[1], p[2], n, 1e-6, centre), exists);
+    EXPECT_PRED2(numbers::SameBits, centre.x, expected.x);
+    EXPECT_PRED2(numbers::SameBits, centre.y, expected.y);
+    EXPECT_PRED2(numbers::SameBits, centre.z, expected.z);
+  }
 }
 
 } // namespace
