@@ -359,6 +359,18 @@ TEST(KernelFaceToFace, WithoutImprovementTheSecondContactFollowsTheCallersFirst)
   ExpectContact(contacts.point[1], 7, 8, 5, kComputed);
 }
 
+TEST(KernelFaceToFace, CrossingOfEdgesLiesOnTheEdgeOfA) {
+  // B is within the tolerance of A's plane, so it is not moved. No corner is inside the other.
+  const SourcedTriangle a = OfA({0, 0, 0}, {8, 0, 0}, {4, 6, 0});
+  const SourcedTriangle b = OfB({0, 4, 0.125}, {4, -2, 0.125}, {8, 4, 0.125});
+  SweepContacts contacts = Within(kInfinity);
+  EXPECT_TRUE(
+      FaceToFaceDist(a, b, Level(0.0), Level(0.125), kUp, {0.25, 1e-10}, &NeverAsked, contacts));
+  EXPECT_EQ(contacts.distance, 0.125);
+  EXPECT_EQ(contacts.point[0].c.z, 0.0);
+  EXPECT_EQ(contacts.point[0].source, kComputed);
+}
+
 TEST(KernelFaceToFace, FacesThatPassEachOtherWriteNothing) {
   const SourcedTriangle aside = OfB({21, 1, 5}, {21, 2, 5}, {22, 1, 5});
   SweepContacts contacts = Within(kInfinity);
@@ -468,6 +480,15 @@ TEST(KernelSweepTriangle, FacesMustFaceEachOtherUnlessTheyAreTwoSided) {
     EXPECT_EQ(Sweep(kBelow, turnedB, false, twoSided, wrongB), twoSided);
     EXPECT_EQ(wrongB.distance, twoSided ? 5.0 : kInfinity);
   }
+}
+
+TEST(KernelSweepTriangle, DistanceIsMeasuredFromTheFirstCornerOfB) {
+  // The plane z = 5 - x. Another corner is 1e9 away, where a double has only seven places left.
+  const SourcedTriangle small = OfA({1, 1, 0}, {2, 1, 0}, {1, 2, 0});
+  const SourcedTriangle large = OfB({0, 0, 5}, {1e9, 0, 5 - 1e9}, {0, 1e9, 5});
+  SweepContacts contacts = Within(kInfinity);
+  EXPECT_TRUE(Sweep(small, large, true, true, contacts));
+  EXPECT_NEAR(contacts.distance, 3.0, 1e-12);
 }
 
 TEST(KernelSweepTriangle, TriangleWithoutANormalEndsItUnwritten) {
