@@ -21,10 +21,14 @@ from tree import Failed, digest
 
 # Every mutant of these is run.
 WHOLE = ["exact/", "gsl/impl/kernel/", "sweep/PairKernel.cpp", "sweep/PairKernel.h"]
-# The part of them whose survivors were judged one by one, so that a new survivor is a test that is missing. --sample
-# takes its mutants from these.
-HELD = ["exact/", "sweep/PairKernel.cpp", "sweep/PairKernel.h", *(f"gsl/impl/kernel/{name}.h" for name in [
-    "Box", "Line", "Matrix", "Plane", "Segment", "SegmentDistance", "ThreePoints", "TriangleDistance", "Vector"])]
+# The parts of them whose survivors were judged one by one, so that a new survivor is a test that is missing. --sample
+# takes its mutants from one of these parts, because each part has test programs of its own to build.
+HELD = [
+    ["exact/"],
+    ["sweep/PairKernel.cpp", "sweep/PairKernel.h"],
+    [f"gsl/impl/kernel/{name}.h" for name in ["Box", "Line", "Matrix", "Plane", "Segment", "SegmentDistance",
+                                              "ThreePoints", "TriangleDistance", "Vector"]],
+]
 # A sample of so many is run of the rest.
 SAMPLED, SAMPLE = ["gsl/", "mesh/", "model/", "records/", "sweep/"], 2000
 # The programs whose tests are run for a folder; those that test it most directly come first. The longest name counts.
@@ -101,6 +105,13 @@ def by_hash(made, mutants):
     return sorted(mutants, key=lambda item: digest(seed, *item[0].key, item[1].begin, item[1].text))
 
 
+def held(made, layout):
+    """Returns the sources of the part that a sample is taken from, which the sources decide."""
+    parts = [sources(made, starts) for starts in layout.held]
+    seed = digest(*((made.root / name).read_bytes() for names in parts for name in names))
+    return min(parts, key=lambda names: digest(seed, *names))
+
+
 def select(made, layout, wanted):
     """Returns the (mutant, place) that the command line asks for, in the order of the files."""
     if wanted.files:
@@ -109,7 +120,7 @@ def select(made, layout, wanted):
             raise Failed(f"no source is called {', '.join(wanted.files)}")
         made.find(names)
         return made.mutants()
-    made.find(sources(made, layout.held if wanted.sample else layout.whole))
+    made.find(held(made, layout) if wanted.sample else sources(made, layout.whole))
     chosen = made.mutants()
     if wanted.sample:
         chosen = by_hash(made, chosen)[:wanted.sample]

@@ -1,5 +1,6 @@
 """Mutants of a small project whose tests are known: scripts/mutate must find each, and say what became of it."""
 
+import dataclasses
 import pathlib
 import shutil
 import sys
@@ -274,7 +275,7 @@ class Whole(unittest.TestCase):
                            "other.cpp": "int main() {}\n", "equivalent.txt": EQUIVALENT}.items():
             (cls.root / name).parent.mkdir(exist_ok=True)
             (cls.root / name).write_text(text)
-        cls.layout = main.Layout(cls.root, cls.root / "build/mutants", cls.root / "equivalent.txt", ["src/"], ["src/"], [],
+        cls.layout = main.Layout(cls.root, cls.root / "build/mutants", cls.root / "equivalent.txt", ["src/"], [["src/"]], [],
                                  {"src/": ["sample_tests"]}, [])
         cls.status, cls.said = cls.mutate("src/sample.cpp", "--at-least", "98")
 
@@ -330,6 +331,19 @@ class Whole(unittest.TestCase):
         self.assertEqual(len(self.states()), len(lines) - 1)
         kept = {int(line.split("\t")[0]) for line in lines[1:3]}
         self.assertTrue(again and not again & kept)
+
+    def test_the_sample_is_of_one_part_which_the_sources_choose(self):
+        made = tree.Tree(self.root, self.layout.out, 2)
+        parts = [["src/sample.cpp"], ["src/sample.h"]]
+        layout = dataclasses.replace(self.layout, held=parts)
+        source = self.root / "src/sample.cpp"
+        self.addCleanup(source.write_text, SOURCE)
+        chosen = []
+        for count in range(20):
+            source.write_text(SOURCE + "\n" * count)
+            chosen.append(main.held(made, layout))
+            self.assertEqual(main.held(made, layout), chosen[-1])
+        self.assertEqual({*map(tuple, chosen)}, {*map(tuple, parts)})
 
     def test_the_sample_is_chosen_by_the_sources(self):
         _, listed = self.mutate("--sample", "5", "--list")
