@@ -154,6 +154,26 @@ bool OverlapAtStart(const Scene<Scalar>& scene, const Question& question, const 
   return true;
 }
 
+/// Walks to the first contact, and again where it is of two triangles of solids that are turned
+/// over.
+template <class Scalar>
+WalkEnd WalkToFirst(const Scene<Scalar>& scene, const Watch& watch, Workspace<Scalar>& workspace,
+                    FirstContact<Scalar>& first) {
+  // The part that is done never decreases, though a walk may begin again.
+  double done = 0.0;
+  Watch rising;
+  if (watch) rising = [&](double part) { return watch(done = std::max(done, part)); };
+  const auto walk = [&] {
+    workspace.movingLeaves.Forget();
+    workspace.fixedLeaves.Forget();
+    return Walk<Scalar, FirstContact<Scalar>>(scene, first, rising, workspace.stack).Run();
+  };
+  const WalkEnd end = walk();
+  if (end != WalkEnd::Done || !first.IsBestTurnedOver()) return end;
+  first.BeginAgain();
+  return walk();
+}
+
 /// `found` receives the pair.
 template <class Scalar>
 Answer SearchFirst(const Scene<Scalar>& scene, const Question& question, const Watch& watch,
@@ -164,12 +184,9 @@ Answer SearchFirst(const Scene<Scalar>& scene, const Question& question, const W
       OverlapAtStart(scene, question, watch, workspace.solids, answer)) {
     return answer;
   }
-  workspace.movingLeaves.Forget();
-  workspace.fixedLeaves.Forget();
   FirstContact<Scalar> first(scene, question.maxDistance, workspace.movingLeaves,
                              workspace.fixedLeaves);
-  Walk<Scalar, FirstContact<Scalar>> walk(scene, first, watch, workspace.stack);
-  const WalkEnd end = walk.Run();
+  const WalkEnd end = WalkToFirst(scene, watch, workspace, first);
   if (end == WalkEnd::Cancelled) return {};
   answer.status = SweepStatus::None;
   if (end == WalkEnd::Stopped) {

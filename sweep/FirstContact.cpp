@@ -204,27 +204,52 @@ bool FirstContact<Scalar>::JudgeTriangles(const LeafPair<Scalar>& leaves, std::s
     if (order > 0 || (order == 0 && m_best.PrecedesAll(found.moving, found.fixed))) return true;
     if (order < 0) ForgetTies();
   }
-  if (isSolidAtRest && AreTurnedOver(leaves, fixedBody, i, j)) return true;
+  if ((isSolidAtRest || m_leavesOutTurnedOver) && AreTurnedOver(found)) return true;
   Lower(found);
   return true;
 }
 
 /// Returns true when both triangles of a pair of solids are turned over, so that they do not stop
-/// the solids where they meet at travel 0.
+/// the solids where they meet.
 //
 // On a line along the direction, the moving solid is then just beyond its triangle and the fixed
-// solid just before its own: the one rests on the other, and leaves it. When one triangle alone is
-// turned over, both solids are on the same side, so they overlap at rest, which was decided before.
-// After a positive travel, the solids meet before two triangles do of which one is turned over: the
-// moving solid is in the way with its own front, or the fixed solid with its own back.
+// solid just before its own. At travel 0 the one rests on the other, and leaves it. After a
+// positive travel the solids meet no later than the triangles do: the moving solid is in the way
+// with its own front, or the fixed solid with its own back. So only the number of the pair is
+// wrong. When one triangle alone is turned over, its solid is on the same side as the other.
 template <class Scalar>
-bool FirstContact<Scalar>::AreTurnedOver(const LeafPair<Scalar>& leaves, std::size_t fixedBody,
-                                         int i, int j) const {
+bool FirstContact<Scalar>::AreTurnedOver(const FoundPair& pair) const {
   const auto goesOn = [] { return true; };
-  const PlacedBody<Scalar> moving(*m_scene.bodies.moving, m_scene.moving);
-  if (!IsTurnedOver(moving, leaves.moving.place[i], goesOn)) return false;
-  const PlacedBody<Scalar> fixed(*m_scene.bodies.fixed[fixedBody], m_scene.fixed);
-  return IsTurnedOver(fixed, leaves.fixed.place[j], goesOn);
+  const auto surface = [](const Triangle& t) {
+    return SurfaceTriangle{{t.corner[0], t.corner[1], t.corner[2]}};
+  };
+  const SurfaceTriangle moving = surface(pair.movingTriangle);
+  const SurfaceTriangle fixed = surface(pair.fixedTriangle);
+  const PlacedSolid<Scalar> movingSolid = MovingSolid(m_scene);
+  const PlacedSolid<Scalar> fixedSolid = FixedSolid(m_scene);
+  SharedPoints points = PointsInShadow(moving, fixed, m_scene.direction.Vector());
+  for (std::size_t k = 0; k < points.count; ++k, points.Rotate()) {
+    const InnerRay ofMoving(moving, points.onFirst);
+    if (SideOfOwn(ofMoving, movingSolid, goesOn) != OwnSide::TurnedOver) return false;
+    const InnerRay ofFixed(fixed, points.onSecond);
+    if (SideOfOwn(ofFixed, fixedSolid, goesOn) != OwnSide::TurnedOver) return false;
+  }
+  return true;
+}
+
+template <class Scalar>
+bool FirstContact<Scalar>::IsBestTurnedOver() const {
+  return m_scene.rule == Rule::Solid && m_best.any && AreTurnedOver(m_best);
+}
+
+template <class Scalar>
+void FirstContact<Scalar>::BeginAgain() {
+  m_leavesOutTurnedOver = true;
+  m_best = FoundPair();
+  ForgetTies();
+  m_kernelLimit = JustBeyond(m_maxDistance);
+  m_tieFloor = Box<Scalar>::kFar;
+  SetLimit(m_scene.MultipleAtLeast(m_maxDistance));
 }
 
 template <class Scalar>

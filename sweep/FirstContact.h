@@ -52,12 +52,17 @@ public:
   bool Judge(const NodePair<Scalar>& leaves);
 
   const FoundPair& Best() const { return m_best; }
+  /// Returns true when the best pair, of solids that meet after a positive travel, does not stop
+  /// them. The travel is right, and another pair has it too.
+  bool IsBestTurnedOver() const;
+  /// Forgets what was found. A walk that follows leaves out all such pairs, which takes time.
+  void BeginAgain();
 
 private:
   using Leaf = LeafTriangles<Scalar>;
 
   bool JudgeTriangles(const LeafPair<Scalar>& leaves, std::size_t fixedBody, int i, int j);
-  bool AreTurnedOver(const LeafPair<Scalar>& leaves, std::size_t fixedBody, int i, int j) const;
+  bool AreTurnedOver(const FoundPair& pair) const;
   void Lower(const FoundPair& found);
   void CountTie();
   void ForgetTies();
@@ -80,6 +85,7 @@ private:
   TiePlane m_tiePlane;
   unsigned m_tiePlaneNumber = 0; ///< of the last plane
   int m_tieCount = 0;            ///< at the best travel
+  bool m_leavesOutTurnedOver = false;
 };
 
 extern template class FirstContact<float>;

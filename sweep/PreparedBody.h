@@ -50,10 +50,11 @@ public:
   const Solidity& AsSolid() const { return Surface().solidity; }
   /// Returns a triangle of each component of a solid, see SolidSurface.
   const std::vector<std::uint32_t>& Components() const { return Surface().components; }
-  /// Returns true when the triangles at two places of a solid belong to one component.
-  bool AreOfOneComponent(std::size_t place, std::size_t other) const {
+  /// Returns the component of the triangle at a place of a solid, as a number below the number of
+  /// triangles.
+  std::uint32_t ComponentOf(std::size_t place) const {
     const std::vector<std::uint32_t>& componentOf = Surface().componentOf;
-    return componentOf.empty() || componentOf[place] == componentOf[other];
+    return componentOf.empty() ? 0 : componentOf[place];
   }
 
   const Tree<float>& SingleTree() const;

@@ -1,9 +1,11 @@
 #ifndef GSL_SWEEP_RAY_COUNT_H
 #define GSL_SWEEP_RAY_COUNT_H
 
+#include "InnerPoint.h"
 #include "InwardRay.h"
 #include "Placement.h"
 #include "PreparedBody.h"
+#include "Scene.h"
 
 #include <cmath>
 #include <utility>
@@ -83,63 +85,121 @@ private:
 /// The points just inside a triangle of a surface, and just outside it.
 enum class Beside { Under, Over };
 
-/// Returns how often those triangles of `other` whose place `counts` accepts wind around points
-/// beside a triangle of `one`, which may be the same body. Requires a triangle with area. The
-/// result is arbitrary when `goesOn`, which is called for each node, has returned false.
-template <class Scalar, class GoesOn, class Counts>
-int TurnsAround(Beside beside, const PlacedBody<Scalar>& one, std::size_t place,
-                const PlacedBody<Scalar>& other, const GoesOn& goesOn, const Counts& counts) {
-  SurfaceTriangle face = one.TriangleAt(place);
-  if (beside == Beside::Over) std::swap(face.corner[1], face.corner[2]);
-  const InwardRay ray(face);
-  const RayReach reach(ray, one.Corner(place, 0), one.Corner(place, 1), one.Corner(place, 2));
-  const Tree<Scalar>& tree = other.TreeOf();
-  const Array<std::uint32_t>& runs = other.body.Runs().begin;
-  int turns = 0;
+/// Calls use(place) for the triangles of a body whose boxes `meets` accepts, until `goesOn`, which
+/// is called for each node, returns false. Boxes are in the coordinates of the walk.
+template <class Scalar, class Meets, class GoesOn, class Use>
+void EachTriangle(const PlacedBody<Scalar>& body, const Meets& meets, const GoesOn& goesOn,
+                  const Use& use) {
+  const Tree<Scalar>& tree = body.TreeOf();
+  const Array<std::uint32_t>& runs = body.body.Runs().begin;
   std::vector<TreeRef> stack;
-  if (reach.Meets(other.placement.At(tree.box))) stack.push_back(tree.root);
+  if (meets(body.placement.At(tree.box))) stack.push_back(tree.root);
   while (!stack.empty() && goesOn()) {
     const TreeRef ref = stack.back();
     stack.pop_back();
     if (ref.IsLeaf()) {
       for (std::size_t k = runs[ref.Index()]; k < runs[ref.Index() + 1]; ++k) {
-        const SurfaceTriangle t{{other.Corner(k, 0), other.Corner(k, 1), other.Corner(k, 2)}};
-        if (reach.Meets(BoxAround(t)) && counts(k)) turns += ray.Crossing(other.TriangleAt(k));
+        const SurfaceTriangle t{{body.Corner(k, 0), body.Corner(k, 1), body.Corner(k, 2)}};
+        if (meets(BoxAround(t))) use(k);
       }
       continue;
     }
     const TreeNode<Scalar>& node = tree.nodes[ref.Index()];
     for (int lane = 0; lane < 4; ++lane) {
       if (node.child[lane].IsNone()) continue;
-      if (reach.Meets(other.placement.At(node.boxes.At(lane)))) stack.push_back(node.child[lane]);
+      if (meets(body.placement.At(node.boxes.At(lane)))) stack.push_back(node.child[lane]);
     }
   }
-  return turns;
 }
 
-/// Returns how often the whole surface of `other` does.
+/// Returns how often the surface of `other` winds around points beside a triangle of `one`, which
+/// may be the same body. Requires a triangle with area. The result is arbitrary when `goesOn`,
+/// which is called for each node, has returned false.
 template <class Scalar, class GoesOn>
 int TurnsAround(Beside beside, const PlacedBody<Scalar>& one, std::size_t place,
                 const PlacedBody<Scalar>& other, const GoesOn& goesOn) {
-  return TurnsAround(beside, one, place, other, goesOn, [](std::size_t) { return true; });
+  SurfaceTriangle face = one.TriangleAt(place);
+  if (beside == Beside::Over) std::swap(face.corner[1], face.corner[2]);
+  const InwardRay ray(face);
+  const RayReach reach(ray, one.Corner(place, 0), one.Corner(place, 1), one.Corner(place, 2));
+  int turns = 0;
+  EachTriangle(
+      other, [&reach](const auto& box) { return reach.Meets(box); }, goesOn,
+      [&](std::size_t k) { turns += ray.Crossing(other.TriangleAt(k)); });
+  return turns;
 }
 
-/// Returns true when other triangles of its own component cover a triangle of a solid and face the
-/// other way. Other components, and walls that touch each other, do not turn a triangle over. But
-/// where its component has nothing on either side, other components may cover the triangle: two
-/// triangles with the same corners can be a component.
-/// Requires a triangle with area. The result is arbitrary when `goesOn` has returned false.
+/// The moving body, or all fixed bodies. Several bodies are one solid.
+template <class Scalar>
+using PlacedSolid = std::vector<PlacedBody<Scalar>>;
+
+template <class Scalar>
+PlacedSolid<Scalar> MovingSolid(const Scene<Scalar>& scene) {
+  return {{*scene.bodies.moving, scene.moving}};
+}
+template <class Scalar>
+PlacedSolid<Scalar> FixedSolid(const Scene<Scalar>& scene) {
+  PlacedSolid<Scalar> solid;
+  for (const PreparedBody* body : scene.bodies.fixed)
+    solid.emplace_back(*body, scene.fixed);
+  return solid;
+}
+
+/// Returns how often the surfaces of several bodies do.
 template <class Scalar, class GoesOn>
-bool IsTurnedOver(const PlacedBody<Scalar>& one, std::size_t place, const GoesOn& goesOn) {
-  const auto ofComponent = [&](Beside beside) {
-    return TurnsAround(beside, one, place, one, goesOn,
-                       [&](std::size_t other) { return one.body.AreOfOneComponent(place, other); });
-  };
-  const int under = ofComponent(Beside::Under);
-  const int over = ofComponent(Beside::Over);
-  if (under != 0 || over != 0) return under < over;
-  return TurnsAround(Beside::Under, one, place, one, goesOn) <
-         TurnsAround(Beside::Over, one, place, one, goesOn);
+int TurnsAround(Beside beside, const PlacedBody<Scalar>& one, std::size_t place,
+                const PlacedSolid<Scalar>& others, const GoesOn& goesOn) {
+  int turns = 0;
+  for (const PlacedBody<Scalar>& other : others)
+    turns += TurnsAround(beside, one, place, other, goesOn);
+  return turns;
+}
+
+/// Adds countOf(triangle) for the triangles of a solid whose boxes, in the coordinates of the
+/// kernel, `meets` accepts.
+template <class Scalar, class Meets, class CountOf, class GoesOn>
+int SumOver(const PlacedSolid<Scalar>& solid, const Meets& meets, const CountOf& countOf,
+            const GoesOn& goesOn) {
+  int count = 0;
+  for (const PlacedBody<Scalar>& body : solid) {
+    const auto inKernel = [&](const auto& box) {
+      return meets(body.placement.ToKernel(Box<double>{{box.low[0], box.low[1], box.low[2]},
+                                                       {box.high[0], box.high[1], box.high[2]}}));
+    };
+    EachTriangle(body, inKernel, goesOn,
+                 [&](std::size_t k) { count += countOf(body.TriangleAt(k)); });
+  }
+  return count;
+}
+
+/// Returns how often a solid winds around the points just after the beginning of a ray.
+template <class Scalar, class GoesOn>
+int TurnsAround(const InnerRay& ray, const PlacedSolid<Scalar>& solid, const GoesOn& goesOn) {
+  return SumOver(
+      solid, [&ray](const Box<double>& box) { return ray.Meets(box); },
+      [&ray](const SurfaceTriangle& t) { return ray.Crossing(t); }, goesOn);
+}
+
+/// What a solid is beside a point inside one of its triangles.
+enum class OwnSide {
+  Under,      ///< the solid is just under the point
+  Wall,       ///< it is on neither side: a wall of zero thickness, which counts as material
+  TurnedOver, ///< it is just over the point alone: others cover the triangle and face the other way
+};
+
+/// Returns what the solid of a face is where a ray to the inner side of the face begins. The result
+/// is arbitrary when `goesOn`, which is called for each node, has returned false.
+//
+// The solid winds more often around the points under the face than around those over it by the
+// number of triangles that hold the point and face the same way, less those that face the other
+// way. No point has a negative number. So when the difference is positive, the solid is under it.
+template <class Scalar, class GoesOn>
+OwnSide SideOfOwn(const InnerRay& ray, const PlacedSolid<Scalar>& solid, const GoesOn& goesOn) {
+  const int layers = SumOver(
+      solid, [&ray](const Box<double>& box) { return ray.BeginsIn(box); },
+      [&ray](const SurfaceTriangle& t) { return ray.Layer(t); }, goesOn);
+  if (layers > 0 || TurnsAround(ray, solid, goesOn) > 0) return OwnSide::Under;
+  return layers < 0 ? OwnSide::TurnedOver : OwnSide::Wall;
 }
 
 } // namespace gsl_sweep

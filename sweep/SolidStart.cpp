@@ -15,11 +15,34 @@ bool ShareAPoint(const Box<Scalar>& a, const Box<Scalar>& b) {
   return true;
 }
 
+/// Returns the place of the first triangle with area of each component, by number. An offset may
+/// have made the first ones flat.
+template <class Scalar>
+std::vector<std::uint32_t> ComponentsWithArea(const PlacedBody<Scalar>& placed) {
+  constexpr std::uint32_t kNone = 0xffffffffu;
+  const std::vector<std::uint32_t>& components = placed.body.Components();
+  const auto hasArea = [&](std::uint32_t place) { return placed.TriangleAt(place).HasArea(); };
+  if (std::all_of(components.begin(), components.end(), hasArea)) return components;
+  const Corners& corners = placed.corners;
+  std::vector<std::uint32_t> lowest(corners.Count(), kNone);
+  for (std::size_t k = 0; k < corners.Count(); ++k) {
+    const auto place = static_cast<std::uint32_t>(k);
+    std::uint32_t& best = lowest[placed.body.ComponentOf(place)];
+    if (best != kNone && corners.Number(best) < corners.Number(place)) continue;
+    if (hasArea(place)) best = place;
+  }
+  lowest.erase(std::remove(lowest.begin(), lowest.end(), kNone), lowest.end());
+  std::sort(lowest.begin(), lowest.end(), [&corners](std::uint32_t a, std::uint32_t b) {
+    return corners.Number(a) < corners.Number(b);
+  });
+  return lowest;
+}
+
 } // namespace
 
 template <class Scalar>
 SolidStart<Scalar>::SolidStart(const Scene<Scalar>& scene, const Watch& watch)
-    : m_scene(scene), m_watch(watch), m_underMoving(scene.bodies.fixed.size()),
+    : m_scene(scene), m_watch(watch), m_moving(MovingSolid(scene)), m_fixed(FixedSolid(scene)),
       m_underFixed(scene.bodies.fixed.size()) {}
 
 /// Returns false when the question is cancelled.
@@ -38,11 +61,7 @@ SolidState SolidStart<Scalar>::Run() {
     if (!VisitAllPairs()) return SolidState::Cancelled;
   }
   if (m_best.any) return SolidState::Overlapping;
-  bool isInside = false;
-  for (const bool movingInside : {true, false}) {
-    for (std::size_t body = 0; body < m_scene.bodies.fixed.size() && !isInside; ++body)
-      isInside = FindComponentInside(body, movingInside);
-  }
+  const bool isInside = FindComponentInside();
   if (m_isCancelled) return SolidState::Cancelled;
   return isInside ? SolidState::Inside : SolidState::Apart;
 }
@@ -81,7 +100,7 @@ bool SolidStart<Scalar>::VisitPairs(std::size_t fixedBody) {
 template <class Scalar>
 template <bool kMoving>
 void SolidStart<Scalar>::Expand(const Visit& visit, std::size_t fixedBody) {
-  const Placed side = kMoving ? Moving() : Fixed(fixedBody);
+  const Placed& side = kMoving ? Moving() : Fixed(fixedBody);
   const TreeNode<Scalar>& node =
       side.TreeOf().nodes[kMoving ? visit.moving.Index() : visit.fixed.Index()];
   for (int lane = 3; lane >= 0; --lane) {
@@ -139,8 +158,7 @@ void SolidStart<Scalar>::JudgePlaces(std::size_t movingPlace, const SurfaceTrian
   if (m_best.PrecedesAll(pair.moving, pair.fixed)) return;
   const SolidMeeting meeting = MeetAtRest(moving, fixed);
   if (meeting == SolidMeeting::Apart) return;
-  const bool overlaps = meeting == SolidMeeting::Overlapping && !IsTurned(Moving(), movingPlace) &&
-                        !IsTurned(Fixed(fixedBody), fixedPlace);
+  const bool overlaps = meeting == SolidMeeting::Overlapping && ShowsOverlap(moving, fixed);
   const auto triangle = [this](const SurfaceTriangle& t) {
     return MakeTriangle(m_scene.direction, t.corner[0], t.corner[1], t.corner[2]);
   };
@@ -157,7 +175,7 @@ void SolidStart<Scalar>::JudgePlaces(std::size_t movingPlace, const SurfaceTrian
 template <class Scalar>
 void SolidStart<Scalar>::JudgeTouch(std::size_t movingPlace, std::size_t fixedPlace,
                                     std::size_t fixedBody, const FoundPair& pair) {
-  UnderEach& underMoving = m_underMoving[fixedBody];
+  UnderEach& underMoving = m_underMoving;
   UnderEach& underFixed = m_underFixed[fixedBody];
   if (!m_hasLooked) {
     if (m_best.any) return;
@@ -176,15 +194,41 @@ void SolidStart<Scalar>::JudgeTouch(std::size_t movingPlace, std::size_t fixedPl
   }
 }
 
-/// Looks under the triangles of one body that may touch the other. Returns true when the other body
+/// Returns true when, next to a point that two triangles share, both solids are just under one of
+/// the triangles. Requires triangles that overlap, see MeetAtRest.
+//
+// Other triangles may cover a part of what they share. So the point is near each corner of it in
+// turn.
+template <class Scalar>
+bool SolidStart<Scalar>::ShowsOverlap(const SurfaceTriangle& moving, const SurfaceTriangle& fixed) {
+  const auto goesOn = [this] { return Goes(); };
+  SharedPoints points = PointsAtMeeting(moving, fixed);
+  for (std::size_t k = 0; k < points.count; ++k, points.Rotate()) {
+    const InnerRay ofMoving(moving, points.onFirst);
+    const InnerRay ofFixed(fixed, points.onSecond);
+    const OwnSide movingSide = SideOfOwn(ofMoving, m_moving, goesOn);
+    const OwnSide fixedSide = SideOfOwn(ofFixed, m_fixed, goesOn);
+    const bool isMovingThere = movingSide != OwnSide::TurnedOver;
+    const bool isFixedThere = fixedSide != OwnSide::TurnedOver;
+    if (points.areEqual && isMovingThere && isFixedThere) return true;
+    if (points.areEqual) continue;
+    if (movingSide == OwnSide::Wall && fixedSide == OwnSide::Wall) return true;
+    if (isMovingThere && TurnsAround(ofMoving, m_fixed, goesOn) > 0) return true;
+    if (isFixedThere && TurnsAround(ofFixed, m_moving, goesOn) > 0) return true;
+  }
+  return false;
+}
+
+/// Looks under the triangles of one body that may touch the others. Returns true when one of these
 /// is under some of them.
 template <class Scalar>
-bool SolidStart<Scalar>::LookUnder(const Placed& one, const Placed& other, UnderEach& under) {
+bool SolidStart<Scalar>::LookUnder(const Placed& one, const Solid& own, const Solid& others,
+                                   UnderEach& under) {
   bool any = false;
   for (std::size_t place = 0; place < under.size(); ++place) {
     if (m_isCancelled) return any;
     if (under[place] != Under::ToLookAt) continue;
-    under[place] = IsInside(one, place, other) ? Under::OtherBody : Under::Nothing;
+    under[place] = IsInside(one, place, own, others) ? Under::OtherBody : Under::Nothing;
     any = any || under[place] == Under::OtherBody;
   }
   return any;
@@ -192,54 +236,64 @@ bool SolidStart<Scalar>::LookUnder(const Placed& one, const Placed& other, Under
 
 template <class Scalar>
 bool SolidStart<Scalar>::LookUnderAll() {
-  bool any = false;
-  for (std::size_t body = 0; body < m_scene.bodies.fixed.size(); ++body) {
-    any = LookUnder(Moving(), Fixed(body), m_underMoving[body]) || any;
-    any = LookUnder(Fixed(body), Moving(), m_underFixed[body]) || any;
-  }
+  bool any = LookUnder(Moving(), m_moving, m_fixed, m_underMoving);
+  for (std::size_t body = 0; body < m_fixed.size(); ++body)
+    any = LookUnder(Fixed(body), m_fixed, m_moving, m_underFixed[body]) || any;
   return any;
 }
 
-/// Looks for a component that is inside the moving body or inside a fixed body.
+/// Looks for the first component of a body that is inside others.
 template <class Scalar>
-bool SolidStart<Scalar>::FindComponentInside(std::size_t fixedBody, bool movingInside) {
-  const Placed inner = movingInside ? Moving() : Fixed(fixedBody);
-  const Placed outer = movingInside ? Fixed(fixedBody) : Moving();
-  for (const std::uint32_t place : inner.body.Components()) {
-    if (!IsInside(inner, place, outer)) continue;
-    m_inside.kind = ContactKind::Inside;
-    m_inside.overlapsAtStart = true;
-    m_inside.movingIsInside = movingInside;
-    m_inside.fixedBody = fixedBody;
-    (movingInside ? m_inside.movingTriangle : m_inside.fixedTriangle) =
-        inner.body.Triangles().Number(place);
-    m_inside.movingPoint = m_scene.scale.UpPoint(inner.TriangleAt(place).corner[0]);
-    m_inside.fixedPoint = m_inside.movingPoint;
+bool SolidStart<Scalar>::FindInside(const Placed& inner, const Solid& own, const Solid& others,
+                                    Contact& found) {
+  for (const std::uint32_t place : ComponentsWithArea(inner)) {
+    if (!IsInside(inner, place, own, others)) continue;
+    const bool isMoving = &own == &m_moving;
+    found.kind = ContactKind::Inside;
+    found.overlapsAtStart = true;
+    found.movingIsInside = isMoving;
+    (isMoving ? found.movingTriangle : found.fixedTriangle) = inner.body.Triangles().Number(place);
+    found.movingPoint = m_scene.scale.UpPoint(inner.TriangleAt(place).corner[0]);
+    found.fixedPoint = found.movingPoint;
+    if (!isMoving) return true;
+    while (found.fixedBody + 1 < m_fixed.size() &&
+           !IsInside(inner, place, own, {Fixed(found.fixedBody)}) && Goes())
+      ++found.fixedBody;
     return true;
   }
   return false;
 }
 
-/// Returns true when a body is just beside a triangle with area.
+/// Looks for a component that is inside the moving body or inside a fixed body.
+template <class Scalar>
+bool SolidStart<Scalar>::FindComponentInside() {
+  if (FindInside(Moving(), m_moving, m_fixed, m_inside)) return true;
+  for (std::size_t body = 0; body < m_fixed.size(); ++body) {
+    m_inside.fixedBody = body;
+    if (FindInside(Fixed(body), m_fixed, m_moving, m_inside)) return true;
+  }
+  return false;
+}
+
+/// Returns true when a solid is just beside a triangle with area.
 template <class Scalar>
 bool SolidStart<Scalar>::IsBeside(Beside beside, const Placed& one, std::size_t place,
-                                  const Placed& other) {
-  return TurnsAround(beside, one, place, other, [this] { return Goes(); }) > 0;
+                                  const Solid& others) {
+  return TurnsAround(beside, one, place, others, [this] { return Goes(); }) > 0;
 }
 
-/// Returns true when a triangle with area is turned over.
+/// Returns true when the points beside a triangle that are inside its own solid are inside the
+/// others. They are just under it, or just over it when it is turned over. A triangle that an
+/// offset has made flat has no such points.
 template <class Scalar>
-bool SolidStart<Scalar>::IsTurned(const Placed& one, std::size_t place) {
-  return IsTurnedOver(one, place, [this] { return Goes(); });
-}
-
-/// Returns true when the points beside a triangle that are inside its own body are inside the other
-/// body. They are just under it, or just over it when it is turned over. A triangle that an offset
-/// has made flat has no such points.
-template <class Scalar>
-bool SolidStart<Scalar>::IsInside(const Placed& one, std::size_t place, const Placed& other) {
-  if (!one.TriangleAt(place).HasArea() || !IsBeside(Beside::Under, one, place, other)) return false;
-  return !IsTurned(one, place) || IsBeside(Beside::Over, one, place, other);
+bool SolidStart<Scalar>::IsInside(const Placed& one, std::size_t place, const Solid& own,
+                                  const Solid& others) {
+  if (!one.TriangleAt(place).HasArea() || !IsBeside(Beside::Under, one, place, others)) {
+    return false;
+  }
+  const bool isTurnedOver =
+      !IsBeside(Beside::Under, one, place, own) && IsBeside(Beside::Over, one, place, own);
+  return !isTurnedOver || IsBeside(Beside::Over, one, place, others);
 }
 
 template class SolidStart<float>;

@@ -27,7 +27,11 @@ enum class SolidState {
 //
 // All this is about triangles that bound their own body. Rounding can turn a thin triangle over,
 // within the plane of others that cover it. Its own body is then just over it, and not just under
-// it. Such a triangle shows no overlap. What goes through it goes through those that cover it too.
+// it. A triangle of another component, or of another part of its own, can cover a part of it. So a
+// pair shows an overlap only where both solids are found next to a point that both triangles share.
+// What goes through a triangle that is turned over goes through those that cover it too.
+//
+// Several fixed bodies are one solid. So the numbers are those of one body that holds them all.
 template <class Scalar>
 class SolidStart {
 public:
@@ -39,7 +43,7 @@ public:
   /// such a pair, the first pair that touches with the other body just under one of its triangles.
   const FoundPair& Best() const { return m_best; }
   /// After Inside: the contact that names the component. The first component of the moving body, in
-  /// the first fixed body, comes before those of the fixed bodies.
+  /// the first fixed body that holds it, comes before those of the fixed bodies.
   const Contact& Inside() const { return m_inside; }
 
 private:
@@ -50,13 +54,14 @@ private:
     std::uint32_t leastMoving, leastFixed;
   };
   using Placed = PlacedBody<Scalar>;
+  using Solid = PlacedSolid<Scalar>;
   struct LeafAtRest;
   /// What is just under a triangle. It is looked at where the triangle may touch the other body.
   enum class Under : unsigned char { Unknown, ToLookAt, Nothing, OtherBody };
   using UnderEach = std::vector<Under>; ///< by place; empty when nothing may touch
 
-  Placed Moving() const { return {*m_scene.bodies.moving, m_scene.moving}; }
-  Placed Fixed(std::size_t body) const { return {*m_scene.bodies.fixed[body], m_scene.fixed}; }
+  const Placed& Moving() const { return m_moving.front(); }
+  const Placed& Fixed(std::size_t body) const { return m_fixed[body]; }
   bool Goes();
 
   bool VisitAllPairs();
@@ -68,21 +73,24 @@ private:
                    const SurfaceTriangle& fixed, std::size_t fixedBody);
   void JudgeTouch(std::size_t movingPlace, std::size_t fixedPlace, std::size_t fixedBody,
                   const FoundPair& pair);
-  bool LookUnder(const Placed& one, const Placed& other, UnderEach& under);
+  bool LookUnder(const Placed& one, const Solid& own, const Solid& others, UnderEach& under);
   bool LookUnderAll();
-  bool FindComponentInside(std::size_t fixedBody, bool movingInside);
-  bool IsBeside(Beside beside, const Placed& one, std::size_t place, const Placed& other);
-  bool IsTurned(const Placed& one, std::size_t place);
-  bool IsInside(const Placed& one, std::size_t place, const Placed& other);
+  bool FindInside(const Placed& inner, const Solid& own, const Solid& others, Contact& found);
+  bool FindComponentInside();
+  bool ShowsOverlap(const SurfaceTriangle& moving, const SurfaceTriangle& fixed);
+  bool IsBeside(Beside beside, const Placed& one, std::size_t place, const Solid& others);
+  bool IsInside(const Placed& one, std::size_t place, const Solid& own, const Solid& others);
 
   const Scene<Scalar>& m_scene;
   const Watch& m_watch;
+  Solid m_moving, m_fixed;
   std::vector<Visit> m_stack;
   std::size_t m_visits = 0;
   bool m_isCancelled = false;
   FoundPair m_best;
-  std::vector<UnderEach> m_underMoving, m_underFixed; ///< by fixed body
-  bool m_hasLooked = false; ///< under the triangles; then pairs that touch are named
+  UnderEach m_underMoving;
+  std::vector<UnderEach> m_underFixed; ///< by fixed body
+  bool m_hasLooked = false;            ///< under the triangles; then pairs that touch are named
   Contact m_inside;
 };
 

@@ -190,6 +190,68 @@ TEST(PairSolid, SheetsInFacesDoNotHoldBodiesThatPart) {
   ExpectTravel(Ask(Moved(upper, {0, 0, 3}), lower, down), 3.0);
 }
 
+/// Returns a wedge whose edge is the x axis, with the section (0, 0), (4, 2), (4, 4) in y and z.
+/// Its upper side, z = y, has an inner corner (5, 2, 2) beside the diagonal. The triangle of both
+/// is turned over.
+Mesh Wedge(bool isTurnedFirst) {
+  const Coord3 edge[2] = {{0, 0, 0}, {8, 0, 0}};
+  const Coord3 low[2] = {{0, 4, 2}, {8, 4, 2}};
+  const Coord3 high[2] = {{0, 4, 4}, {8, 4, 4}};
+  const Coord3 middle{5, 2, 2};
+  Mesh turned;
+  sweep_shapes::AddTriangle(turned, edge[0], high[1], middle);
+  Mesh rest;
+  sweep_shapes::AddTriangle(rest, edge[0], edge[1], high[1]);
+  sweep_shapes::AddTriangle(rest, edge[0], middle, high[0]);
+  sweep_shapes::AddTriangle(rest, middle, high[1], high[0]);
+  sweep_shapes::AddQuad(rest, edge[0], low[0], low[1], edge[1]);
+  sweep_shapes::AddQuad(rest, low[0], high[0], high[1], low[1]);
+  sweep_shapes::AddTriangle(rest, edge[0], high[0], low[0]);
+  sweep_shapes::AddTriangle(rest, edge[1], low[1], high[1]);
+  Mesh mesh = isTurnedFirst ? turned : rest;
+  Append(mesh, isTurnedFirst ? rest : turned);
+  return mesh;
+}
+
+/// The mirror image in the plane z = -2.5.
+Mesh Mirrored(Mesh mesh) {
+  for (std::size_t k = 0; k < mesh.corners.size(); k += 3)
+    std::swap(mesh.corners[k + 1], mesh.corners[k + 2]);
+  for (Coord3& p : mesh.corners)
+    p.z = -5 - p.z;
+  return mesh;
+}
+
+TEST(PairSolid, AtASharpEdgeATriangleThatStopsTheSolidIsNamed) {
+  // The edges meet after 5. The lower side of the moving wedge, triangles 4 and 5 of the list with
+  // the turned one first, meets the upper side of the fixed wedge, which is its mirror image.
+  // Triangle 0, turned over, faces down in the upper side: the wedge is not above it. Triangle 0 of
+  // the fixed wedge is not above the wedge either. So one of a pair has to be of the sides that
+  // bound the wedges. Triangle 4 has the edge (0, 0, 0), (0, 4, 2), (8, 4, 2), and triangle 5 has
+  // (0, 0, 0), (8, 4, 2), (8, 0, 0). The shadow of triangle 0, over (0, 0), (8, 4), (5, 2), is
+  // below the diagonal, in that of triangle 5 alone.
+  const Answer first = Ask(Wedge(true), Mirrored(Wedge(true)), down);
+  ExpectTravel(first, 5.0);
+  EXPECT_EQ(first.contact.movingTriangle, 0u);
+  EXPECT_EQ(first.contact.fixedTriangle, 5u);
+  // With the turned triangle last, the lower side is triangles 3 and 4.
+  const Answer last = Ask(Wedge(false), Mirrored(Wedge(false)), down);
+  ExpectTravel(last, 5.0);
+  EXPECT_EQ(last.contact.movingTriangle, 3u);
+  EXPECT_EQ(last.contact.fixedTriangle, 3u);
+}
+
+TEST(PairSolid, AWallOfNoThicknessStopsWhatTouchesIt) {
+  // Two faces at z = 4, with nothing between them, are material. A body that touches one of them
+  // from below, or from above, overlaps it.
+  Mesh wall = BoxOf({20, 0, 0}, {22, 2, 2});
+  sweep_shapes::AddTriangle(wall, {0, 0, 4}, {4, 0, 4}, {0, 4, 4});
+  sweep_shapes::AddTriangle(wall, {0, 0, 4}, {0, 4, 4}, {4, 0, 4});
+  ExpectStart(Ask(wall, BoxOf({0, 0, 0}, {4, 4, 4}), up), true);
+  ExpectStart(Ask(wall, BoxOf({0, 0, 4}, {4, 4, 6}), down), true);
+  ExpectTravel(Ask(wall, BoxOf({0, 0, 5}, {4, 4, 6}), up), 1.0);
+}
+
 TEST(PairSolid, OpenBodiesAreRefusedWithTheReason) {
   Mesh open = BoxOf({0, 0, 0}, {1, 1, 1});
   open.corners.resize(33);

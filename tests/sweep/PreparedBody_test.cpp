@@ -142,7 +142,7 @@ TEST(PreparedBody, CountsTheMemoryOfItsComponents) {
   const std::size_t manyBefore = many.Bytes();
   EXPECT_TRUE(many.AsSolid());
   EXPECT_GE(many.Bytes(), manyBefore + 1300 * sizeof(std::uint32_t));
-  EXPECT_TRUE(many.AreOfOneComponent(0, 11));
+  EXPECT_EQ(many.ComponentOf(0), many.ComponentOf(11));
   EXPECT_EQ(many.Components().size(), 100u);
 }
 

@@ -4,6 +4,9 @@
 
 #include <gtest/gtest.h>
 
+#include <string>
+#include <vector>
+
 namespace {
 
 using namespace gsl_sweep;
@@ -252,6 +255,197 @@ TEST(SolidStart, AnOffsetMayTurnATriangleOver) {
   question.direction = {0, 0, 1};
   const Answer up = Pair(sweep_ask::BodyOf(mesh), {sweep_ask::BodyOf(table)}).First(question);
   EXPECT_EQ(up.status, SweepStatus::None);
+}
+
+/// Returns a box from the origin to (4, 2, 2) whose bottom has a corner `middle` beside its
+/// diagonal. The triangle between both is the first.
+Mesh BoxWithFirstSliver(const Coord3& middle) {
+  const Coord3 a{0, 0, 0};
+  const Coord3 b{4, 2, 0};
+  Mesh mesh;
+  sweep_shapes::AddTriangle(mesh, a, middle, b);
+  sweep_shapes::AddTriangle(mesh, a, b, {4, 0, 0});
+  sweep_shapes::AddTriangle(mesh, a, {0, 2, 0}, middle);
+  sweep_shapes::AddTriangle(mesh, middle, {0, 2, 0}, b);
+  Mesh rest = BoxOf({0, 0, 0}, {4, 2, 2});
+  rest.corners.erase(rest.corners.begin(), rest.corners.begin() + 6); // the bottom
+  Append(mesh, rest);
+  return mesh;
+}
+
+TEST(SolidStart, AnOffsetMayFlattenTheFirstTriangleOfAComponent) {
+  // At 100 the last place of 1 + 2^-52 is lost, and the sliver becomes flat. Then triangle 1 is the
+  // first with area. The room is far larger, and the box touches none of its walls.
+  const Mesh sliver = BoxWithFirstSliver({2, 1 + 0x1p-52, 0});
+  ASSERT_TRUE(sweep_ask::BodyOf(sliver).IsSolid());
+  const Mesh room = BoxOf({-9, -9, -9}, {200, 200, 200});
+  for (const bool isTwo : {false, true}) {
+    Mesh moving = sliver;
+    if (isTwo) Append(moving, sweep_shapes::Moved(sliver, {8, 0, 0}));
+    const Rest rest(moving, {room}, {0, 100, 0});
+    EXPECT_EQ(rest.state, SolidState::Inside);
+    EXPECT_EQ(rest.inside.movingTriangle, 1u);
+    const Rest moved(sweep_shapes::Moved(moving, {0, 100, 0}), {room});
+    EXPECT_EQ(moved.state, SolidState::Inside);
+    EXPECT_EQ(moved.inside.movingTriangle, 1u);
+  }
+  // Of two components, the one whose first triangle is flat is not left out.
+  Mesh outside = BoxOf({-90, 0, 0}, {-80, 1, 1});
+  Append(outside, sliver);
+  const Rest second(outside, {room}, {0, 100, 0});
+  EXPECT_EQ(second.state, SolidState::Inside);
+  EXPECT_EQ(second.inside.movingTriangle, 13u);
+}
+
+TEST(SolidStart, AnOffsetMayFlattenATriangleOfManyUnits) {
+  // Beyond 2^52 a coordinate is a whole number, so 1.75 becomes 2, on the diagonal.
+  const Mesh mesh = BoxWithFirstSliver({1.75, 1, 0});
+  ASSERT_TRUE(sweep_ask::BodyOf(mesh).IsSolid());
+  const double far = 0x1p52;
+  Question question;
+  question.rule = Rule::Solid;
+  question.offset = {far, 0, 0};
+  question.direction = {1, 0, 0};
+  const Mesh room = BoxOf({far - 8, -8, -8}, {far + 16, 8, 8});
+  const Answer inside = Pair(sweep_ask::BodyOf(mesh), {sweep_ask::BodyOf(room)}).First(question);
+  EXPECT_EQ(inside.status, SweepStatus::Start);
+  EXPECT_EQ(inside.contact.kind, ContactKind::Inside);
+  EXPECT_EQ(inside.contact.movingTriangle, 1u);
+}
+
+TEST(SolidStart, ASheetPartlyOverAnotherComponentShowsNoOverlap) {
+  // The sheet is in the bottom of the first box. The second box touches it from below up to x = 5,
+  // and so does the fixed body from x = 6.
+  Mesh moving = BoxOf({-1, -1, 0}, {9, 9, 4});
+  Append(moving, BoxOf({0, 0, -4}, {5, 8, 0}));
+  AddSheet(moving, {1, 1, 0}, {1, 7, 0}, {7, 1, 0});
+  const Mesh fixed = BoxOf({6, 0, -4}, {8, 8, 0});
+  ASSERT_TRUE(sweep_ask::BodyOf(moving).IsSolid());
+  EXPECT_EQ(Rest(moving, {fixed}).state, SolidState::Apart);
+  EXPECT_EQ(Rest(fixed, {moving}).state, SolidState::Apart);
+  // A step to the right, the second box is in the fixed body.
+  EXPECT_EQ(Rest(moving, {fixed}, {1.5, 0, 0}).state, SolidState::Overlapping);
+  // A sheet in two faces: the bottom of one box up to x = 5, and the top of the other from there.
+  Mesh stairs = BoxOf({0, 0, 0}, {5, 8, 4});
+  Append(stairs, BoxOf({5, 0, -4}, {10, 8, 0}));
+  AddSheet(stairs, {1, 1, 0}, {1, 7, 0}, {9, 1, 0});
+  ASSERT_TRUE(sweep_ask::BodyOf(stairs).IsSolid());
+  EXPECT_EQ(Rest(stairs, {BoxOf({6, 0, 0}, {8, 8, 3})}).state, SolidState::Apart);
+  EXPECT_EQ(Rest(stairs, {BoxOf({6, 0, -1}, {8, 8, 3})}).state, SolidState::Overlapping);
+}
+
+/// Boxes between the lines of a grid.
+struct Grid {
+  std::vector<double> lines[3];
+  /// 'S' is the slab, 'P' the prong, 'W' the web, and a space is nothing. By z, y and x.
+  std::vector<std::vector<std::string>> kinds;
+
+  char At(int x, int y, int z) const {
+    const bool isIn = x >= 0 && y >= 0 && z >= 0 && x < 3 && y < 3 && z < 2;
+    return isIn ? kinds[std::size_t(z)][std::size_t(y)][std::size_t(x)] : ' ';
+  }
+  /// Adds the walls of a box, but those between two boxes of one kind, and the bottom of the slab.
+  /// The web is of both kinds.
+  void AddBox(int x, int y, int z, Mesh& mesh) const {
+    constexpr int beside[6][3] = {{0, 0, -1}, {0, 0, 1}, {0, -1, 0},
+                                  {1, 0, 0},  {0, 1, 0}, {-1, 0, 0}};
+    const auto at = [&](int i, int j, int k) {
+      return Coord3{lines[0][std::size_t(i)], lines[1][std::size_t(j)], lines[2][std::size_t(k)]};
+    };
+    const Mesh box = BoxOf(at(x, y, z), at(x + 1, y + 1, z + 1));
+    const char own = At(x, y, z);
+    for (std::size_t side = 0; side < 6; ++side) {
+      const char other = At(x + beside[side][0], y + beside[side][1], z + beside[side][2]);
+      const bool isSlit = (own == 'S' && other == 'P') || (own == 'P' && other == 'S');
+      if ((other != ' ' && !isSlit) || (own == 'S' && side == 0)) continue;
+      const auto first = box.corners.begin() + static_cast<std::ptrdiff_t>(6 * side);
+      mesh.corners.insert(mesh.corners.end(), first, first + 6);
+    }
+  }
+};
+
+/// Returns one component: a slab and a prong under a part of it, with a slit of no width between
+/// them, and a web that joins them. In the bottom of the slab, around (3, 5), the last triangle is
+/// turned over. A part of it is over the prong.
+Mesh SelfTouching() {
+  const Grid grid{{{-1, 0, 5, 8}, {-1, 0, 8, 10}, {-4, 0, 4}},
+                  {{"   ", " P ", " W "}, {"SSS", "SSS", " W "}}};
+  Mesh mesh;
+  for (int k = 0; k < 18; ++k) {
+    const int x = k % 3;
+    const int y = k / 3 % 3;
+    if (grid.At(x, y, k / 9) != ' ') grid.AddBox(x, y, k / 9, mesh);
+  }
+  const Coord3 middle{3, 5, 0};
+  const Coord3 ring[10] = {{-1, -1, 0}, {0, -1, 0}, {5, -1, 0}, {8, -1, 0}, {8, 0, 0},
+                           {8, 8, 0},   {5, 8, 0},  {0, 8, 0},  {-1, 8, 0}, {-1, 0, 0}};
+  for (std::size_t k = 0; k < 10; ++k)
+    if (k != 4) sweep_shapes::AddTriangle(mesh, middle, ring[(k + 1) % 10], ring[k]);
+  const Coord3 moved{5.5, 2.25, 0};
+  sweep_shapes::AddTriangle(mesh, moved, middle, ring[5]);
+  sweep_shapes::AddTriangle(mesh, ring[4], moved, ring[5]);
+  sweep_shapes::AddTriangle(mesh, middle, moved, ring[4]);
+  return mesh;
+}
+
+TEST(SolidStart, ATriangleOfOneComponentIsTurnedOverWhereTheOtherBodyTouchesIt) {
+  Mesh moving = SelfTouching();
+  ASSERT_TRUE(sweep_ask::BodyOf(moving).IsSolid());
+  const Mesh fixed = BoxOf({6, 1, -4}, {7, 3, 0});
+  for (int turn = 0; turn < 3; ++turn) {
+    EXPECT_EQ(Rest(moving, {fixed}).state, SolidState::Apart) << turn;
+    EXPECT_EQ(Rest(fixed, {moving}).state, SolidState::Apart) << turn;
+    EXPECT_EQ(Rest(moving, {fixed}, {0, 0, -0.5}).state, SolidState::Overlapping) << turn;
+    EXPECT_EQ(Rest(moving, {fixed}, {1.5, 0, 0}).state, SolidState::Overlapping) << turn;
+    std::rotate(moving.corners.end() - 3, moving.corners.end() - 2, moving.corners.end());
+  }
+}
+
+Mesh Both(Mesh one, const Mesh& other) {
+  Append(one, other);
+  return one;
+}
+
+TEST(SolidStart, SeveralFixedBodiesHaveTheNumbersOfOne) {
+  // The first component is in the second body, the second component in the first body.
+  const Mesh moving = Both(BoxOf({22, 2, 2}, {23, 3, 3}), BoxOf({2, 2, 2}, {3, 3, 3}));
+  const Mesh first = BoxOf({0, 0, 0}, {10, 10, 10});
+  const Mesh second = BoxOf({20, 0, 0}, {30, 10, 10});
+  const Rest apart(moving, {first, second});
+  EXPECT_EQ(apart.state, SolidState::Inside);
+  EXPECT_EQ(apart.inside.movingTriangle, 0u);
+  EXPECT_EQ(apart.inside.fixedBody, 1u);
+  EXPECT_EQ(Rest(moving, {Both(first, second)}).inside.movingTriangle, 0u);
+  // The components of fixed bodies come in the order of the bodies.
+  const Rest around(BoxOf({-9, -9, -9}, {40, 19, 19}), {second, first});
+  EXPECT_EQ(around.inside.fixedBody, 0u);
+  EXPECT_EQ(around.inside.fixedTriangle, 0u);
+}
+
+TEST(SolidStart, APairThatTouchesOneFixedBodyShowsWhatIsInAnother) {
+  // A pyramid has its tip at the bottom of a pit of the second body, and is inside that body. No
+  // pair shows it. The first body touches the bottom of the pyramid from below.
+  const Coord3 tip{2, 2, 2};
+  Mesh pitted = BoxOf({0, 0, 0}, {4, 4, 4});
+  pitted.corners.erase(pitted.corners.begin() + 6, pitted.corners.begin() + 12); // the top
+  const Coord3 rim[4] = {{0, 0, 4}, {4, 0, 4}, {4, 4, 4}, {0, 4, 4}};
+  const Coord3 base[4] = {{1, 1, 1}, {3, 1, 1}, {3, 3, 1}, {1, 3, 1}};
+  Mesh pyramid;
+  sweep_shapes::AddQuad(pyramid, base[3], base[2], base[1], base[0]);
+  for (std::size_t k = 0; k < 4; ++k) {
+    sweep_shapes::AddTriangle(pitted, rim[k], rim[(k + 1) % 4], tip);
+    sweep_shapes::AddTriangle(pyramid, base[k], base[(k + 1) % 4], tip);
+  }
+  const Mesh below = BoxOf({1, 1, 0.5}, {3, 3, 1});
+  const Rest one(pyramid, {Both(below, pitted)});
+  EXPECT_EQ(one.state, SolidState::Overlapping);
+  // The bottom of the pyramid is in the top of the first body: triangles 0 and 2.
+  EXPECT_EQ(one.best.moving, 0u);
+  EXPECT_EQ(one.best.fixed, 2u);
+  const Rest two(pyramid, {below, pitted});
+  EXPECT_EQ(two.state, SolidState::Overlapping);
+  EXPECT_EQ(two.best.moving, 0u);
+  EXPECT_EQ(two.best.fixed, 2u);
 }
 
 TEST(SolidStart, TheOffsetMovesTheBody) {
