@@ -226,11 +226,12 @@ bool FirstContact<Scalar>::AreTurnedOver(const FoundPair& pair) const {
   const SurfaceTriangle moving = surface(pair.movingTriangle);
   const SurfaceTriangle fixed = surface(pair.fixedTriangle);
   const PlacedSolid<Scalar> movingSolid = MovingSolid(m_scene);
-  const PlacedSolid<Scalar> fixedSolid = FixedSolid(m_scene);
+  PlacedSolid<Scalar> fixedSolid; // it is seldom needed
   SharedPoints points = PointsInShadow(moving, fixed, m_scene.direction.Vector());
   for (std::size_t k = 0; k < points.count; ++k, points.Rotate()) {
     const InnerRay ofMoving(moving, points.onFirst);
     if (SideOfOwn(ofMoving, movingSolid, goesOn) != OwnSide::TurnedOver) return false;
+    if (fixedSolid.empty()) fixedSolid = FixedSolid(m_scene);
     const InnerRay ofFixed(fixed, points.onSecond);
     if (SideOfOwn(ofFixed, fixedSolid, goesOn) != OwnSide::TurnedOver) return false;
   }

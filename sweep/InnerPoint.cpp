@@ -5,17 +5,22 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 namespace gsl_sweep {
 
 using gsl_exact::CompareRatios;
 using gsl_exact::DeterminantSign;
+using gsl_exact::Estimate;
+using gsl_exact::EstimateDeterminant;
 using gsl_exact::ExactDeterminant;
 using gsl_exact::ExactRatio;
 using gsl_exact::Expansion;
 using gsl_exact::VectorBetween;
 
 namespace {
+
+constexpr double kUnknown = std::numeric_limits<double>::infinity();
 
 const Coord3 kOrigin{0.0, 0.0, 0.0};
 const Coord3 kAxes[3] = {{1.0, 0.0, 0.0}, {0.0, 1.0, 0.0}, {0.0, 0.0, 1.0}};
@@ -120,25 +125,46 @@ Expansion<192> VectorTriple::Determinant() const {
   return ExactDeterminant({&from[0], &to[0]}, {&from[1], &to[1]}, {&from[2], &to[2]});
 }
 
+Estimate VectorTriple::Estimated() const {
+  return EstimateDeterminant({&from[0], &to[0]}, {&from[1], &to[1]}, {&from[2], &to[2]});
+}
+
 int VectorTriple::Sign() const {
   return DeterminantSign({&from[0], &to[0]}, {&from[1], &to[1]}, {&from[2], &to[2]});
 }
 
 void InnerPoint::Add(const Coord3& place) {
   const VectorBetween none{&kOrigin, &kOrigin};
-  m_places.push_back({place, false, kOrigin, kOrigin, {none, none, none}, {none, none, none}});
+  m_places.push_back(
+      {place, false, kOrigin, kOrigin, {none, none, none}, {none, none, none}, 0.0, 0.0});
+}
+
+// With estimates o and w of the two terms, off by at most b and c, the quotient of the terms is off
+// o / w by at most (b + |o / w| c) / (|w| - c). With c < |w| / 4 that is below 4/3 of the same over
+// |w|. The quotient is rounded once; the factor 1.5 covers the other roundings.
+void InnerPoint::AddMoved(const Coord3& p, const VectorBetween& along, const VectorTriple& over,
+                          const VectorTriple& under) {
+  Place place{p, true, *along.from, *along.to, over, under, 0.0, kUnknown};
+  const Estimate o = over.Estimated();
+  const Estimate w = under.Estimated();
+  if (4.0 * w.bound < std::fabs(w.value)) {
+    place.ratio = o.value / w.value;
+    const double size = std::fabs(place.ratio);
+    place.error = 1.5 * (o.bound + size * w.bound) / std::fabs(w.value) + 0x1p-52 * size;
+  }
+  m_places.push_back(place);
 }
 
 // With h(x) = det[u, v, x - on], the point is p + h(p) / (h(p) - h(q)) (q - p).
 void InnerPoint::AddCrossing(const Coord3& p, const Coord3& q, const VectorBetween& u,
                              const VectorBetween& v, const Coord3& on) {
-  m_places.push_back({p, true, p, q, {u, v, {&p, &on}}, {u, v, {&q, &p}}});
+  AddMoved(p, {&p, &q}, {u, v, {&p, &on}}, {u, v, {&q, &p}});
 }
 
 void InnerPoint::AddAlong(const Coord3& p, const Coord3& direction, const VectorBetween& u,
                           const VectorBetween& v, const Coord3& on) {
   const VectorBetween along{&kOrigin, &direction};
-  m_places.push_back({p, true, kOrigin, direction, {u, v, {&on, &p}}, {u, v, along}});
+  AddMoved(p, along, {u, v, {&on, &p}}, {u, v, along});
 }
 
 void InnerPoint::Rotate(std::size_t count) {
@@ -156,36 +182,55 @@ int InnerPoint::Side(const VectorBetween& u, const VectorBetween& v, const Coord
 
 // With D = det[u, v, p - on], L = det[u, v, to - from] and the ratio r that is taken away, the sign
 // of D - r L is the sign of L times that of D / L - r.
+//
+// Estimates of D and r L decide nearly always. The product is off by at most the error of r times
+// the magnitude of L, and r times the error of L. Two roundings are each below 2^-53 of the sum of
+// the magnitudes; 2^-51 covers both and those of the bound, and 2^-1060 a product below the range.
 int InnerPoint::SideOf(const Place& place, const VectorBetween& u, const VectorBetween& v,
                        const Coord3& on) {
+  if (!place.isMoved) return DeterminantSign(u, v, {&on, &place.p});
+  const Estimate height = EstimateDeterminant(u, v, {&on, &place.p});
+  const Estimate change = EstimateDeterminant(u, v, {&place.from, &place.to});
+  const double taken = place.ratio * change.value;
+  const double value = height.value - taken;
+  const double size = std::fabs(place.ratio);
+  const double error = place.error * (std::fabs(change.value) + change.bound) +
+                       size * change.bound + height.bound +
+                       0x1p-51 * (std::fabs(height.value) + std::fabs(taken)) + 0x1p-1060;
+  if (std::fabs(value) > 1.001 * error) return value > 0.0 ? 1 : -1;
   const int side = DeterminantSign(u, v, {&on, &place.p});
-  if (!place.isMoved) return side;
-  const int change = DeterminantSign(u, v, {&place.from, &place.to});
-  const int moved = -change * place.over.Sign() * place.under.Sign();
+  const int changeSign = DeterminantSign(u, v, {&place.from, &place.to});
+  const int moved = -changeSign * place.over.Sign() * place.under.Sign();
   if (moved == 0 || moved == side) return side;
   if (side == 0) return moved;
   ExactRatio reached;
   reached.Set(ExactDeterminant(u, v, {&on, &place.p}),
               ExactDeterminant(u, v, {&place.from, &place.to}));
-  ExactRatio taken;
-  taken.Set(place.over.Determinant(), place.under.Determinant());
-  return change * CompareRatios(reached, taken);
+  ExactRatio exact;
+  exact.Set(place.over.Determinant(), place.under.Determinant());
+  return changeSign * CompareRatios(reached, exact);
 }
 
-// The ratio of rounded determinants, the product and the sum are off by less than 2^-50 each.
+// The difference, the product and the sum are off by less than 2^-50 each.
 Box<double> InnerPoint::Reach() const {
   const Place& place = m_places.front();
   const double p[3] = {place.p.x, place.p.y, place.p.z};
   Box<double> box{{p[0], p[1], p[2]}, {p[0], p[1], p[2]}};
   if (!place.isMoved) return box;
-  ExactRatio taken;
-  taken.Set(place.over.Determinant(), place.under.Determinant());
+  double ratio = place.ratio;
+  double ofRatio = place.error;
+  if (!(ofRatio <= 0x1p-30 * std::fabs(ratio))) {
+    ExactRatio exact;
+    exact.Set(place.over.Determinant(), place.under.Determinant());
+    ratio = exact.rounded.hi;
+    ofRatio = 0x1p-52 * std::fabs(ratio);
+  }
   const double from[3] = {place.from.x, place.from.y, place.from.z};
   const double to[3] = {place.to.x, place.to.y, place.to.z};
   for (int k = 0; k < 3; ++k) {
-    const double change = -taken.rounded.hi * (to[k] - from[k]);
+    const double change = -ratio * (to[k] - from[k]);
     const double error = 0x1p-48 * (std::fabs(p[k]) + std::fabs(change)) +
-                         0x1p-1000; // a product below the range of double
+                         1.001 * ofRatio * std::fabs(to[k] - from[k]) + 0x1p-1000;
     box.low[k] = p[k] + change - error;
     box.high[k] = p[k] + change + error;
   }

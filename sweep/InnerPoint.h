@@ -14,7 +14,8 @@ struct VectorTriple {
                const gsl_exact::VectorBetween& w)
       : from{*u.from, *v.from, *w.from}, to{*u.to, *v.to, *w.to} {}
 
-  /// Return the determinant of the vectors, or its exact sign.
+  /// Return the determinant of the vectors, an estimate of it, or its exact sign.
+  gsl_exact::Estimate Estimated() const;
   gsl_exact::Expansion<192> Determinant() const;
   int Sign() const;
 
@@ -54,7 +55,10 @@ private:
     bool isMoved;
     Coord3 from, to;
     VectorTriple over, under;
+    double ratio, error; ///< of over / under, which is off by at most the error
   };
+  void AddMoved(const Coord3& p, const gsl_exact::VectorBetween& along, const VectorTriple& over,
+                const VectorTriple& under);
   static int SideOf(const Place& place, const gsl_exact::VectorBetween& u,
                     const gsl_exact::VectorBetween& v, const Coord3& on);
 
