@@ -18,15 +18,23 @@ using gsl_sweep::SweepStatus;
 
 constexpr double infinity = std::numeric_limits<double>::infinity();
 
-Body BodyOf(const SolidScene& scene, const LatticeSolid& solid) {
+Body BodyOf(const Coord3* corners, std::size_t count) {
   std::vector<double> vertices;
-  for (const Coord3& p : CornersOf(scene, solid))
-    vertices.insert(vertices.end(), {p.x, p.y, p.z});
+  for (std::size_t k = 0; k < count; ++k)
+    vertices.insert(vertices.end(), {corners[k].x, corners[k].y, corners[k].z});
   gsl_sweep::TriangleView view;
   view.vertices = vertices.data();
-  view.vertexCount = vertices.size() / 3;
-  view.triangleCount = vertices.size() / 9;
+  view.vertexCount = count;
+  view.triangleCount = count / 3;
   return Body(view);
+}
+
+/// Returns the body of a solid, moved along x.
+Body BodyOf(const SolidScene& scene, const LatticeSolid& solid, double x = 0.0) {
+  std::vector<Coord3> corners = CornersOf(scene, solid);
+  for (Coord3& p : corners)
+    p.x += x;
+  return BodyOf(corners.data(), corners.size());
 }
 
 /// The travel of a verdict in the units of the scene, correctly rounded.
@@ -117,6 +125,65 @@ void CheckLimits(const Pair& pair, gsl_sweep::Question question, const Answer& a
                      "no contact within the limit");
 }
 
+bool AreEqual(const Coord3& p, const Coord3& q) {
+  return p.x == q.x && p.y == q.y && p.z == q.z;
+}
+
+/// Requires the same answer, with numbers of fixed triangles that count through all bodies.
+void CheckSame(const Answer& answer, const Answer& expected, std::size_t trianglesBefore,
+               const std::string& text, Complaints& complaints) {
+  complaints.Require(answer.status == expected.status, text + ": another status");
+  const gsl_sweep::Contact& one = answer.contact;
+  const gsl_sweep::Contact& other = expected.contact;
+  complaints.Require(one.travel == other.travel && one.kind == other.kind &&
+                         one.overlapsAtStart == other.overlapsAtStart &&
+                         one.movingIsInside == other.movingIsInside &&
+                         AreEqual(one.movingPoint, other.movingPoint) &&
+                         AreEqual(one.fixedPoint, other.fixedPoint),
+                     text + ": another contact");
+  const bool isMovingInside = one.kind == ContactKind::Inside && one.movingIsInside;
+  const std::size_t before = isMovingInside ? 0 : trianglesBefore;
+  complaints.Require(one.movingTriangle == other.movingTriangle &&
+                         one.fixedTriangle + before == other.fixedTriangle,
+                     text + ": the pair " + std::to_string(one.movingTriangle) + ", " +
+                         std::to_string(one.fixedTriangle + before) + ", expected " +
+                         std::to_string(other.movingTriangle) + ", " +
+                         std::to_string(other.fixedTriangle));
+}
+
+/// Several fixed bodies answer as one body that holds them all.
+void CheckSeveral(const SolidScene& scene, const Body& moving, const Answer& expected,
+                  Complaints& complaints) {
+  const std::vector<Coord3> corners = CornersOf(scene, scene.question.fixed);
+  std::vector<Body> bodies;
+  std::vector<std::size_t> before{0};
+  for (const std::size_t count : scene.fixedBodies) {
+    bodies.push_back(BodyOf(&corners[3 * before.back()], 3 * count));
+    before.push_back(before.back() + count);
+  }
+  const Answer answer = Pair(moving, bodies).First(Asked(scene, 1.0));
+  CheckSame(answer, expected, before[answer.contact.fixedBody], "several bodies", complaints);
+}
+
+/// An offset that rounds answers as a body that was moved before.
+void CheckOffset(const SolidScene& scene, Complaints& complaints) {
+  const double far = 0x1.8p52 * scene.unit;
+  const Body fixed = BodyOf(scene, scene.question.fixed, far);
+  const Body moved = BodyOf(scene, scene.question.moving, far);
+  const Body moving = BodyOf(scene.beforeOffset.data(), scene.beforeOffset.size());
+  if (!moving.IsSolid() || !moved.IsSolid()) return;
+  gsl_sweep::Question question = Asked(scene, 1.0);
+  const Answer expected = Pair(moved, {fixed}).First(question);
+  complaints.Check(expected);
+  question.offset = {far, 0.0, 0.0};
+  const Answer answer = Pair(moving, {fixed}).First(question);
+  CheckSame(answer, expected, 0, "after an offset", complaints);
+  question.direction = {-question.direction.x, -question.direction.y, -question.direction.z};
+  question.offset = {};
+  const Answer swapped = Pair(fixed, {moved}).First(question);
+  complaints.Require(swapped.status == answer.status, "after an offset: another status, swapped");
+}
+
 } // namespace
 
 std::string SolidComplaint(const SolidScene& scene, SolidTally& tally) {
@@ -140,6 +207,8 @@ std::string SolidComplaint(const SolidScene& scene, SolidTally& tally) {
                          swapped.contact.travel == answer.contact.travel &&
                          swapped.contact.overlapsAtStart == answer.contact.overlapsAtStart,
                      "another answer with the bodies in each other's place");
+  if (!scene.fixedBodies.empty()) CheckSeveral(scene, moving, answer, complaints);
+  if (!scene.beforeOffset.empty()) CheckOffset(scene, complaints);
   if (complaints.Text().empty()) return {};
   return complaints.Text() + '\n' + Describe(scene);
 }

@@ -127,6 +127,9 @@ public:
   void Combs();
   void Threads();
   void Folds();
+  void Stairs();
+  void SeveralBodies();
+  void Flattened();
 
   void Disturb();
   SolidScene Finish(std::string name);
@@ -186,10 +189,14 @@ private:
   void SplitEdges(std::vector<Point>& surface);
   static bool AreOnBothSides(const Point& a, const Point& b, const Point& c, const Point& d);
   void FoldAnEdge(std::vector<Point>& surface);
+  void AddStair(LatticeSolid& solid, std::int64_t height);
+  void AddSheet(LatticeSolid& solid, const std::array<Point, 3>& triangle);
   void Shuffle(std::vector<Point>& surface);
 
   RandomNumbers m_random;
   SolidQuestion m_question;
+  std::vector<std::size_t> m_fixedBodies;
+  bool m_isFlattened = false;
 };
 
 LatticePoint SolidMaker::AnyDirection() {
@@ -529,6 +536,111 @@ void SolidMaker::Folds() {
   }
 }
 
+/// Adds a triangle of a solid and its copy that faces the other way.
+void SolidMaker::AddSheet(LatticeSolid& solid, const std::array<Point, 3>& triangle) {
+  const Point& a = triangle[0];
+  const Point& b = triangle[1];
+  const Point& c = triangle[2];
+  std::vector<Point> sheet{a, b, c, a, c, b};
+  if (Chance(0.5)) std::rotate(sheet.begin(), sheet.begin() + 3, sheet.end());
+  solid.surface.insert(solid.surface.end(), sheet.begin(), sheet.end());
+}
+
+/// Adds a box over a height and a box under it, which overlap, touch or share an edge as seen from
+/// above, and sheets in the faces at that height. A sheet may be partly in the face of each box.
+void SolidMaker::AddStair(LatticeSolid& solid, std::int64_t height) {
+  const std::int64_t width = Between(2, 8);
+  const std::int64_t depth = Between(1, 6);
+  const std::int64_t toUpper = Between(1, static_cast<int>(width));
+  const std::int64_t fromLower = Between(0, static_cast<int>(toUpper));
+  const std::int64_t x = Between(-4, 4);
+  const std::int64_t y = Between(-3, 3);
+  AddPiece(solid, BoxPiece({x, y, height}, {x + toUpper, y + depth, height + Between(1, 4)}));
+  const bool hasLower = fromLower < width && Chance(0.9);
+  if (hasLower) {
+    AddPiece(solid,
+             BoxPiece({x + fromLower, y, height - Between(1, 4)}, {x + width, y + depth, height}));
+  }
+  const std::int64_t most = hasLower ? width : toUpper;
+  for (std::int64_t k = Between(1, 3); k > 0; --k) {
+    std::array<Point, 3> t{};
+    for (Point& p : t)
+      p = {x + Between(0, static_cast<int>(most)), y + Between(0, static_cast<int>(depth)), height};
+    const std::int64_t area =
+        (t[1][0] - t[0][0]) * (t[2][1] - t[0][1]) - (t[1][1] - t[0][1]) * (t[2][0] - t[0][0]);
+    if (area != 0) AddSheet(solid, t);
+  }
+}
+
+/// Bodies of two boxes with sheets in the plane in which the boxes meet.
+void SolidMaker::Stairs() {
+  AddStair(m_question.moving, 0);
+  AddStair(m_question.fixed, Chance(0.7) ? 0 : Between(-3, 3));
+  if (Chance(0.3)) {
+    Scale(4);
+    FoldAnEdge(m_question.moving.surface);
+    FoldAnEdge(m_question.fixed.surface);
+  }
+  m_question.direction = Chance(0.6) ? AxisDirection() : AnyDirection();
+  if (Chance(0.3)) StepBack(Between(1, 3));
+}
+
+/// Several fixed bodies, which touch or overlap each other.
+void SolidMaker::SeveralBodies() {
+  const bool isWide = Chance(0.4);
+  LatticeSolid& fixed = m_question.fixed;
+  for (std::int64_t k = Between(2, 3); k > 0; --k) {
+    const std::size_t before = fixed.surface.size();
+    if (Chance(0.3)) {
+      AddStair(fixed, Between(0, 2));
+    } else {
+      const Point low = AnyPoint(0, isWide ? 9 : 3);
+      const std::int64_t size = Between(1, isWide ? 9 : 4);
+      AddPiece(fixed, BoxPiece(low, {low[0] + size, low[1] + size, low[2] + Between(1, 9)}));
+    }
+    m_fixedBodies.push_back((fixed.surface.size() - before) / 3);
+  }
+  for (std::int64_t k = Between(1, 3); k > 0; --k) {
+    const Point low = AnyPoint(0, isWide ? 12 : 3);
+    AddPiece(m_question.moving, BoxPiece(low, {low[0] + Between(1, 2), low[1] + Between(1, 2),
+                                               low[2] + Between(1, 3)}));
+  }
+  m_question.direction = Chance(0.6) ? AxisDirection() : AnyDirection();
+}
+
+/// Two bodies of another family, or one in a room, with triangles that an offset makes flat.
+void SolidMaker::Flattened() {
+  void (SolidMaker::*const makers[])() = {&SolidMaker::Boxes, &SolidMaker::Cavities,
+                                          &SolidMaker::Pegs, &SolidMaker::Hulls};
+  if (Chance(0.6)) {
+    (this->*makers[Between(0, 3)])();
+  } else {
+    Boxes();
+    Move(m_question.moving, AnyPoint(-2, 2));
+    m_question.fixed = {};
+    AddPiece(m_question.fixed, BoxPiece({-16, -16, -16}, {20, 20, 20}));
+    if (Chance(0.5)) std::swap(m_question.moving, m_question.fixed);
+  }
+  Scale(4);
+  m_isFlattened = true;
+  std::vector<Point>& surface = m_question.moving.surface;
+  for (std::int64_t k = Between(1, 4); k > 0; --k) {
+    // An edge is divided in its middle on one side alone, and a flat triangle fills the gap.
+    const std::size_t count = surface.size() / 3;
+    const std::size_t t = 3 * static_cast<std::size_t>(m_random.Below(static_cast<int>(count)));
+    const Point a = surface[t];
+    const Point b = surface[t + 1];
+    const Point c = surface[t + 2];
+    const Point middle{(a[0] + b[0]) / 2, (a[1] + b[1]) / 2, (a[2] + b[2]) / 2};
+    if ((a[0] + b[0]) % 2 != 0 || (a[1] + b[1]) % 2 != 0 || (a[2] + b[2]) % 2 != 0) continue;
+    if (middle == c || middle == a) continue;
+    surface.erase(surface.begin() + static_cast<std::ptrdiff_t>(t),
+                  surface.begin() + static_cast<std::ptrdiff_t>(t) + 3);
+    const std::vector<Point> divided{a, b, middle, a, middle, c, middle, b, c};
+    surface.insert(Chance(0.7) ? surface.begin() : surface.end(), divided.begin(), divided.end());
+  }
+}
+
 void SolidMaker::Shuffle(std::vector<Point>& surface) {
   for (std::size_t k = surface.size() / 3; k > 0; --k) {
     const auto other = static_cast<std::size_t>(m_random.Below(static_cast<int>(k)));
@@ -546,15 +658,15 @@ void SolidMaker::Disturb() {
   if (Chance(0.3)) Mirror();
   if (Chance(0.3)) {
     Scale(4);
-    SplitEdges(m_question.moving.surface);
-    SplitEdges(m_question.fixed.surface);
+    if (!m_isFlattened) SplitEdges(m_question.moving.surface);
+    if (m_fixedBodies.empty()) SplitEdges(m_question.fixed.surface);
   }
   if (Chance(0.15)) {
     Scale(64);
     Move(m_question.moving, AnyPoint(-1, 1));
   }
   if (Chance(0.5)) Shuffle(m_question.moving.surface);
-  if (Chance(0.5)) Shuffle(m_question.fixed.surface);
+  if (Chance(0.5) && m_fixedBodies.empty()) Shuffle(m_question.fixed.surface);
 }
 
 SolidScene SolidMaker::Finish(std::string name) {
@@ -562,6 +674,19 @@ SolidScene SolidMaker::Finish(std::string name) {
   scene.name = std::move(name);
   scene.question = m_question;
   scene.unit = std::ldexp(1.0, static_cast<int>(Between(-3, 3)));
+  scene.fixedBodies = m_fixedBodies;
+  if (!m_isFlattened) return scene;
+  // Each corner is moved along x by less than half a unit, and equal corners alike.
+  const std::uint64_t salt = static_cast<std::uint64_t>(Between(0, 1000));
+  for (const Point& p : m_question.moving.surface) {
+    std::uint64_t hash = salt;
+    for (const std::int64_t c : p)
+      hash = (hash + static_cast<std::uint64_t>(c)) * 0x9e3779b97f4a7c15u;
+    const double part = 0.125 * (static_cast<double>(hash >> 60) - 7.5) / 3.0;
+    scene.beforeOffset.push_back(
+        {(static_cast<double>(p[0]) + std::round(64 * part) / 64) * scene.unit,
+         static_cast<double>(p[1]) * scene.unit, static_cast<double>(p[2]) * scene.unit});
+  }
   return scene;
 }
 
@@ -584,6 +709,9 @@ const SolidFamily solidFamilies[] = {
     {"combs", &SolidMaker::Combs},
     {"threads", &SolidMaker::Threads},
     {"folds", &SolidMaker::Folds},
+    {"stairs", &SolidMaker::Stairs},
+    {"several", &SolidMaker::SeveralBodies},
+    {"flattened", &SolidMaker::Flattened},
 };
 
 } // namespace

@@ -15,6 +15,12 @@ struct SolidScene {
   std::string name; ///< family and seed, enough to make the scene again
   SolidQuestion question;
   double unit = 1.0; ///< of the lattice, a power of two
+  /// Unless empty, the fixed solid is given as several bodies too: the numbers of triangles of
+  /// each, in the order of the surface.
+  std::vector<std::size_t> fixedBodies;
+  /// Unless empty, the corners of the moving body before an offset of 1.5 * 2^52 units along x. The
+  /// offset rounds them to those of the surface, moved by it.
+  std::vector<Coord3> beforeOffset;
 };
 
 std::size_t SolidFamilyCount();
