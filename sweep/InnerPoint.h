@@ -89,8 +89,8 @@ SharedPoints PointsAtMeeting(const SurfaceTriangle& a, const SurfaceTriangle& b)
 /// meets no edge and no corner.
 class InnerRay {
 public:
-  /// Requires a triangle with area, and a point with three places that are not on a line. Both must
-  /// outlive the ray.
+  /// Requires a triangle with area, and a point with three places that are not on a line, which
+  /// must outlive the ray.
   InnerRay(const SurfaceTriangle& face, const InnerPoint& point);
 
   /// Returns 1 when the ray leaves a solid through the triangle, -1 when it enters, and 0 when it

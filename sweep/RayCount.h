@@ -145,16 +145,6 @@ PlacedSolid<Scalar> FixedSolid(const Scene<Scalar>& scene) {
   return solid;
 }
 
-/// Returns how often the surfaces of several bodies do.
-template <class Scalar, class GoesOn>
-int TurnsAround(Beside beside, const PlacedBody<Scalar>& one, std::size_t place,
-                const PlacedSolid<Scalar>& others, const GoesOn& goesOn) {
-  int turns = 0;
-  for (const PlacedBody<Scalar>& other : others)
-    turns += TurnsAround(beside, one, place, other, goesOn);
-  return turns;
-}
-
 /// Adds countOf(triangle) for the triangles of a solid whose boxes, in the coordinates of the
 /// kernel, `meets` accepts.
 template <class Scalar, class Meets, class CountOf, class GoesOn>

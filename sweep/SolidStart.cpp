@@ -275,25 +275,24 @@ bool SolidStart<Scalar>::FindComponentInside() {
   return false;
 }
 
-/// Returns true when a solid is just beside a triangle with area.
-template <class Scalar>
-bool SolidStart<Scalar>::IsBeside(Beside beside, const Placed& one, std::size_t place,
-                                  const Solid& others) {
-  return TurnsAround(beside, one, place, others, [this] { return Goes(); }) > 0;
-}
-
 /// Returns true when the points beside a triangle that are inside its own solid are inside the
 /// others. They are just under it, or just over it when it is turned over. A triangle that an
-/// offset has made flat has no such points.
+/// offset has made flat has no such points. The point is near the first corner, and on no edge of
+/// another triangle.
 template <class Scalar>
 bool SolidStart<Scalar>::IsInside(const Placed& one, std::size_t place, const Solid& own,
                                   const Solid& others) {
-  if (!one.TriangleAt(place).HasArea() || !IsBeside(Beside::Under, one, place, others)) {
-    return false;
-  }
-  const bool isTurnedOver =
-      !IsBeside(Beside::Under, one, place, own) && IsBeside(Beside::Over, one, place, own);
-  return !isTurnedOver || IsBeside(Beside::Over, one, place, others);
+  const auto goesOn = [this] { return Goes(); };
+  const SurfaceTriangle face = one.TriangleAt(place);
+  if (!face.HasArea()) return false;
+  InnerPoint point;
+  for (const Coord3& corner : face.corner)
+    point.Add(corner);
+  const InnerRay under(face, point);
+  if (TurnsAround(under, others, goesOn) <= 0) return false;
+  if (SideOfOwn(under, own, goesOn) != OwnSide::TurnedOver) return true;
+  const InnerRay over({{face.corner[0], face.corner[2], face.corner[1]}}, point);
+  return TurnsAround(over, others, goesOn) > 0;
 }
 
 template class SolidStart<float>;

@@ -78,7 +78,6 @@ private:
   bool FindInside(const Placed& inner, const Solid& own, const Solid& others, Contact& found);
   bool FindComponentInside();
   bool ShowsOverlap(const SurfaceTriangle& moving, const SurfaceTriangle& fixed);
-  bool IsBeside(Beside beside, const Placed& one, std::size_t place, const Solid& others);
   bool IsInside(const Placed& one, std::size_t place, const Solid& own, const Solid& others);
 
   const Scene<Scalar>& m_scene;

@@ -202,13 +202,17 @@ enum class Rule : unsigned char {
   /// Errors   std::invalid_argument for a body that is not a solid, see Body::IsSolid, and for a
   ///          question about the last contact or a patch.
   /// Walls    of zero thickness, which are two faces of one body that coincide with nothing inside
-  ///          them, count as material.
+  ///          them, count as material. A body that only touches such a wall, face to face, overlaps
+  ///          it. Where the wall lies in other faces of its body, it changes nothing.
   /// Limits   A cavity must not touch a face of its own body from inside, at a point inside that
   ///          face. This is not checked, and the answer for such a body is not specified.
   ///          Rounding, in a file or by an offset, can turn a thin triangle over. Within the plane
   ///          of its neighbours, which then cover it, that changes nothing. Beside an edge between
   ///          two planes the surface then has a notch or a burr as small as the rounding. Where the
   ///          other body touches it, the bodies may be reported to overlap at the start.
+  ///          Where many triangles of one body cover each other in one plane, and each is turned
+  ///          over in a part of it alone, one that overlaps the other body only away from the
+  ///          corners of what they share may not be noticed.
   /// oneSided is ignored.
   Solid
 };

@@ -32,4 +32,20 @@ TEST(SolidGuard, TrianglesThatAreTurnedOverInBothBodiesStopNothing) {
     EXPECT_EQ(SolidComplaint(MakeSolidScene(folds, seed), tally), "");
 }
 
+TEST(SolidGuard, WhatATriangleTouchesDecidesWhereItTouches) {
+  const auto family = [](const char* name) {
+    std::size_t k = 0;
+    while (std::string(SolidFamilyName(k)) != name)
+      ++k;
+    return k;
+  };
+  SolidTally tally;
+  // A corner of one body is on the edge where a tooth of the other begins.
+  for (const std::uint64_t seed : {88889u, 91477u})
+    EXPECT_EQ(SolidComplaint(MakeSolidScene(family("folds"), seed), tally), "");
+  // The middle of a triangle is on an edge of another part of its body.
+  for (const std::uint64_t seed : {122088u, 123877u, 126617u})
+    EXPECT_EQ(SolidComplaint(MakeSolidScene(family("stairs"), seed), tally), "");
+}
+
 } // namespace
