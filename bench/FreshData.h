@@ -20,6 +20,14 @@ namespace fresh_data {
 
 /// A branch predictor learns a few hundred inputs by heart, and cannot learn so many.
 constexpr std::size_t kCount = 4096;
+/// So many it learns.
+constexpr std::size_t kLearnedCount = 256;
+
+/// Returns how many inputs a row takes in turn, which is a power of two.
+inline std::size_t& InputsInTurn() {
+  static std::size_t count = kCount;
+  return count;
+}
 
 class Numbers {
 public:
@@ -151,23 +159,37 @@ void AddRow(const std::string& name, Run run) {
   });
 }
 
+/// Registers Work/ours for a work that branches, and Work/learned, which is the same on inputs that
+/// a branch predictor learns.
+template <class Run>
+void AddBranchingRow(const std::string& work, Run run) {
+  AddRow(work + "/ours", run);
+  AddRow(work + "/learned", [run](benchmark::State& state) {
+    InputsInTurn() = kLearnedCount;
+    run(state);
+    InputsInTurn() = kCount;
+  });
+}
+
 /// Times `work` on each value in turn.
 // It is not inlined, so that the comparison takes no registers from the loop.
 template <class T, class Work>
 [[gnu::noinline]] void TimeEach(benchmark::State& state, const std::vector<T>& values, Work work) {
+  const std::size_t mask = InputsInTurn() - 1;
   std::size_t i = 0;
   for (auto _ : state) {
     benchmark::DoNotOptimize(work(values[i]));
-    i = (i + 1) % kCount;
+    i = (i + 1) & mask;
   }
 }
 
 /// Times `work` on each value and its successor in turn.
 template <class T, class Work>
 [[gnu::noinline]] void TimePairs(benchmark::State& state, const std::vector<T>& values, Work work) {
+  const std::size_t mask = InputsInTurn() - 1;
   std::size_t i = 0;
   for (auto _ : state) {
-    const std::size_t next = (i + 1) % kCount;
+    const std::size_t next = (i + 1) & mask;
     benchmark::DoNotOptimize(work(values[i], values[next]));
     i = next;
   }

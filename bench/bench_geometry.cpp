@@ -42,7 +42,7 @@ gsl_Segment AnyFlatSegment(Numbers& n) {
 }
 
 void RegisterLines() {
-  AddRow("LineLineCrossing/ours", [](benchmark::State& s) {
+  AddBranchingRow("LineLineCrossing", [](benchmark::State& s) {
     gsl_Point out;
     double gap = 0.0;
     OnPairs(s, Corpus<gsl_StLine>(2, AnyFlatLine),
@@ -298,8 +298,8 @@ void OnSweeps(benchmark::State& state, Pair (*make)(Numbers&), Sweep sweep) {
 }
 
 void RegisterSweep(const std::string& name, Pair (*make)(Numbers&)) {
-  AddRow(name + "/ours",
-         [make](benchmark::State& s) { OnSweeps(s, make, gsl_TriTriMinDirectionalDist); });
+  AddBranchingRow(name,
+                  [make](benchmark::State& s) { OnSweeps(s, make, gsl_TriTriMinDirectionalDist); });
   AddRow(name + "/transcription", [make](benchmark::State& s) {
     OnSweeps(s, make, [](auto&&... arguments) {
       return transcription::TriTriMinDirectionalDist(arguments...);
@@ -343,7 +343,7 @@ void OnFlatSweeps(benchmark::State& state, double aside, Sweep sweep) {
 }
 
 void RegisterInPlane(const std::string& name, double aside) {
-  AddRow(name + "/ours", [aside](benchmark::State& s) {
+  AddBranchingRow(name, [aside](benchmark::State& s) {
     OnFlatSweeps(s, aside, gsl_InPlaneSegSegMinDirectionalDist);
   });
 }

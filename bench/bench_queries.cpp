@@ -97,7 +97,7 @@ double SegmentsDistance(const Vector3d& p1, const Vector3d& q1, const Vector3d& 
 }
 
 void RegisterTriangles() {
-  AddRow("PointTriangleDistance/ours", [](benchmark::State& s) {
+  AddBranchingRow("PointTriangleDistance", [](benchmark::State& s) {
     OnEach(s, Corpus<Points<4>>(1, AnyPoints<4>),
            [](const Points<4>& p) { return p[0].GetDistance(p[1], p[2], p[3]); });
   });
@@ -134,7 +134,7 @@ Segments AnySegments(Numbers& n) {
 }
 
 void RegisterPointSegment() {
-  AddRow("PointSegmentDistance/ours", [](benchmark::State& s) {
+  AddBranchingRow("PointSegmentDistance", [](benchmark::State& s) {
     gsl_Point closest;
     OnEach(s, Corpus<PointAndSegment>(2, AnyPointAndSegment),
            [&](const PointAndSegment& in) { return in.p.GetDistance(in.segment, closest); });
@@ -159,7 +159,7 @@ void RegisterPointSegment() {
 }
 
 void RegisterSegments() {
-  AddRow("SegmentSegmentDistance/ours", [](benchmark::State& s) {
+  AddBranchingRow("SegmentSegmentDistance", [](benchmark::State& s) {
     gsl_Segment connection;
     OnEach(s, Corpus<Segments>(3, AnySegments), [&](const Segments& in) {
       in.a.GetDistance(in.b, connection);
@@ -198,7 +198,7 @@ void RegisterSegments() {
 }
 
 void RegisterComparisons() {
-  AddRow("IsParallel/ours", [](benchmark::State& s) {
+  AddBranchingRow("IsParallel", [](benchmark::State& s) {
     const auto vectors = Corpus<gsl_Vector>(4, [](Numbers& n) { return n.Vector(1.0); });
     OnPairs(s, vectors,
             [](const gsl_Vector& a, const gsl_Vector& b) { return a.IsParallel(b, 1e-5); });
@@ -212,7 +212,7 @@ void RegisterComparisons() {
     OnPairs(s, vectors,
             [](const Vec& a, const Vec& b) { return transcription::IsParallel(a, b, 1e-5); });
   });
-  AddRow("RealEqual/ours", [](benchmark::State& s) {
+  AddBranchingRow("RealEqual", [](benchmark::State& s) {
     const auto numbers = Corpus<double>(5, [](Numbers& n) { return n.In(-1.0, 1.0); });
     OnPairs(s, numbers, [](double a, double b) { return gsl_RealEqual(a, b, 0.7); });
   });

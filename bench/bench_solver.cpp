@@ -37,33 +37,34 @@ namespace {
 
 /// Small systems are many, because the choice of their pivots is what a branch predictor learns by
 /// heart. Large systems fill the caches alone.
-int SystemsOf(int n) {
-  return n <= 16 ? 4096 : 1;
-}
+constexpr int kSmallSystems = 4096;
+/// So few it learns.
+constexpr int kLearnedSystems = 256;
 
 /// Random systems of one size, which take turns.
 class Problems {
 public:
   const int n;
 
-  explicit Problems(const benchmark::State& state)
-      : n(static_cast<int>(state.range(0))),
+  explicit Problems(const benchmark::State& state, int smallSystems = kSmallSystems)
+      : n(static_cast<int>(state.range(0))), m_systems(n <= 16 ? smallSystems : 1),
         m_elements(static_cast<std::size_t>(n) * static_cast<std::size_t>(n)) {
     RandomNumbers random(20240229);
-    const std::size_t systems = static_cast<std::size_t>(SystemsOf(n));
+    const std::size_t systems = static_cast<std::size_t>(m_systems);
     m_a.resize(systems * m_elements);
     m_b.resize(systems * static_cast<std::size_t>(n));
     std::generate(m_a.begin(), m_a.end(), [&] { return random.In(-1.0, 1.0); });
     std::generate(m_b.begin(), m_b.end(), [&] { return random.In(-1.0, 1.0); });
   }
   /// Goes on to the next system, and to the first after the last.
-  void Next() { m_at = m_at + 1 == SystemsOf(n) ? 0 : m_at + 1; }
+  void Next() { m_at = m_at + 1 == m_systems ? 0 : m_at + 1; }
   const double* Matrix() const { return m_a.data() + static_cast<std::size_t>(m_at) * m_elements; }
   const double* RightSide() const { return m_b.data() + static_cast<std::ptrdiff_t>(m_at) * n; }
   void CopyMatrix(double* to) const { std::copy(Matrix(), Matrix() + m_elements, to); }
   void CopyRightSide(double* to) const { std::copy(RightSide(), RightSide() + n, to); }
 
 private:
+  int m_systems;
   std::size_t m_elements;
   int m_at = 0;
   std::vector<double> m_a, m_b;
@@ -73,8 +74,8 @@ std::vector<double> Unknowns(const Problems& problems) {
   return std::vector<double>(static_cast<std::size_t>(problems.n));
 }
 
-void Ours(benchmark::State& state) {
-  Problems problems(state);
+void Ours(benchmark::State& state, int smallSystems) {
+  Problems problems(state, smallSystems);
   std::vector<double> b = Unknowns(problems), x = b;
   SquareMatrix a(problems.n);
   gsl_LinearEqnLUDSolver solver;
@@ -202,7 +203,10 @@ void RegisterPeers(const std::string& work) {
 bool RegisterAll() {
   const char* const width = std::getenv("GSL_BENCH_WIDTH");
   if (width == nullptr) {
-    Register("FactorAndSolve/ours", Ours, 2048);
+    Register(
+        "FactorAndSolve/ours", [](benchmark::State& s) { Ours(s, kSmallSystems); }, 2048);
+    Register(
+        "FactorAndSolve/learned", [](benchmark::State& s) { Ours(s, kLearnedSystems); }, 16);
     RegisterPeers("FactorAndSolve");
     return true;
   }

@@ -85,9 +85,14 @@ class LibraryTables(unittest.TestCase):
     def test_peers_that_do_less_are_marked_and_explained(self):
         works = {"PointPlaneDistance": {"ours": 2.0, "Eigen": 0.5, "bare": 1.0}, "PointDistance": {"ours": 1.0}}
         rows = list(performance.library_rows(works))
-        self.assertEqual(rows[0], ["PointDistance", "1.00", "", "", "", ""])
-        self.assertEqual(rows[1], ["PointPlaneDistance", "2.00", "bare", "1.00", "2.00", "Eigen (less) 0.500"])
+        self.assertEqual(rows[0], ["PointDistance", "1.00", "", "", "", "", ""])
+        self.assertEqual(rows[1], ["PointPlaneDistance", "2.00", "", "bare", "1.00", "2.00", "Eigen (less) 0.500"])
         self.assertEqual([row[:2] for row in performance.less_rows(works)], [["PointPlaneDistance", "Eigen"]])
+
+    def test_our_time_on_inputs_that_are_learned_has_a_column_and_is_no_peer(self):
+        works = {"IsParallel": {"ours": 3.0, "learned": 1.0, "steps": 2.0}}
+        self.assertEqual(list(performance.library_rows(works)),
+                         [["IsParallel", "3.00", "1.00", "steps", "2.00", "1.50", ""]])
 
     def test_every_goal_is_about_a_row_of_the_benchmarks(self):
         sources = "".join(path.read_text() for path in (performance.ROOT / "bench").glob("*.cpp"))
@@ -99,7 +104,7 @@ class LibraryTables(unittest.TestCase):
     def test_section_has_each_table(self):
         works = {"VectorDot": {"ours": 2.0, "Eigen": 1.0}, **prepared(ours=1.0, avx2=2.0, baseline=4.0, scalar=8.0)}
         text = "\n".join(performance.library({"works": works}))
-        self.assertIn("| VectorDot | 2.00 | Eigen | 1.00 | 2.00 |  |", text)
+        self.assertIn("| VectorDot | 2.00 |  | Eigen | 1.00 | 2.00 |  |", text)
         self.assertIn("| PreparedApart | 1.00 | 2.00 | 4.00 | 8.00 | 8.00 |", text)
         self.assertIn("| VectorDot | Ours and the bare structs carry their length along. |", text)
         self.assertNotIn("(less)", text)
