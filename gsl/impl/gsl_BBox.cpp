@@ -5,7 +5,6 @@
 #include "kernel/Box.h"
 
 using gsl_kernel::Box;
-using gsl_kernel::Coord3;
 
 namespace {
 
