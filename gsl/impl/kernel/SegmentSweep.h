@@ -149,7 +149,7 @@ inline bool PassAside(const SweptSegment& a, const SweptSegment& b, const Measur
                       const SweepTolerances& tol) {
   if (!LieFlat(a, b, d)) return false;
   const double gap = GapAside(a, b, d);
-  if (!(gap > 0.0)) return false;
+  if (!(gap > kLeastDecidedGap)) return false;
   // With a tolerance above |d| no line is crossed: an end meets its foot on the other segment.
   if (tol.linear > d.magnitude || !AreOrdinary(a, b, d)) return false;
   return gap > AsideReach(a, b, d, tol);

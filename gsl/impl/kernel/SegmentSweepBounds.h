@@ -21,6 +21,11 @@ constexpr double kLargestOrdinarySize = 1e100;
 /// 1e-90 / 1e200 is above 2e-308.
 constexpr double kLeastDecidedPosition = 1e-90;
 
+/// The least gap aside that decides. The way from one segment to the other has a cross product with
+/// the direction that is at least as large. Its square keeps its digits, so that IsOn is not true
+/// for want of them: both sizes may be ordinary where their product is not.
+constexpr double kLeastDecidedGap = 1e-150;
+
 // The crossing of a target with the ray from an origin is start + s u with s = N / D,
 // N = (w . v) c - w . u, D = c c - 1 and c = u . v. Here u is the unit vector of the target, v is
 // the unit vector of the ray, and w leads from start to the origin. The constants below count unit

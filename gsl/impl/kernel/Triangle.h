@@ -59,7 +59,7 @@ public:
       isDecided &= (corner.normalSquared > kLeastDecidedSquare) &
                    (corner.normalSquared < kLargestDecidedSquare);
     if (!isDecided) return;
-    m_outside = -kLeastDecidedWeight;
+    m_outside = -(1.0 + kWeightSlack) * kLeastDecidedWeight;
     if (!(m_tolerance2 > kLeastDecidedWeight)) return;
     m_outside = -(1.0 + kWeightSlack) * m_tolerance2;
     m_inside = -(1.0 - kWeightSlack) * m_tolerance2;

@@ -74,7 +74,8 @@ GSL_ALWAYS_INLINE Bits PassOrLater(const SegmentSweepBatch& batch, const LaneSwe
   const Bits isFlat = (a.p[1].z == height) & (b.p[0].z == height) & (b.p[1].z == height);
   const Doubles widest = tolerance + Splat(cosine) * size;
   const Doubles reach = (widest + Splat(kCrossingRounding) * (widest + size)) * length;
-  return areOrdinary & (isLater | (isFlat & (GapAside(a, b, d) > reach)));
+  const Doubles gap = GapAside(a, b, d);
+  return areOrdinary & (isLater | (isFlat & (gap > reach) & (gap > Splat(kLeastDecidedGap))));
 }
 
 /// Returns what a distance must be less than, now and when the turn of any later pair comes.

@@ -608,6 +608,21 @@ TEST(GslInPlaneSweepTouches, NoOutputWithoutAContact) {
       << "no closer";
 }
 
+/// The direction has the length 1e-90, so cross products with it have squares that are zero.
+/// Everything is then on one line, and A comes to B after 1e-90 * 1e-76.
+TEST(GslInPlaneSweep, AStaleLengthMayLeaveNoSquareOfACrossProduct) {
+  const ScopedSettings settings;
+  settings->linearTolerance = 0.0;
+  Sweep sweep({0.0, 0.0, 0.0}, {0.0, 1e-76, 0.0}, {1e-76, 2e-76, 0.0}, {1e-76, 4e-76, 0.0});
+  sweep.direction = gsl_Vector(1.0, 0.0, 0.0);
+  sweep.direction.magnitude = 1e90;
+  sweep.twoSided[0] = sweep.twoSided[1] = true;
+  EXPECT_TRUE(sweep());
+  EXPECT_DOUBLE_EQ(sweep.distance, 1e-166);
+  EXPECT_FALSE(sweep.IsUntouched(0));
+  EXPECT_FALSE(sweep.IsUntouched(1));
+}
+
 TEST(GslInPlaneSweep, RunningMinimumOverManyObstaclesEndsAtTheNearest) {
   Sweep sweep({1.0, 0.0, 0.0}, {-1.0, 0.0, 0.0}, {}, {});
   for (const double y : {7.0, 3.0, 5.0}) {

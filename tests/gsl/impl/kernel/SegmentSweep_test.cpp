@@ -283,6 +283,17 @@ TEST(KernelSegmentSweep, SegmentsOfOnePlaneThatAreFarAsidePassEachOther) {
   EXPECT_FALSE(passes({0.0, 0.0, 0.0, 3.0}));
 }
 
+TEST(KernelSegmentSweep, AGapWithoutASquareIsNotAside) {
+  const Measured3 d = gsl_kernel::Measure({1e-90, 0.0, 0.0});
+  const SweepTolerances none = {0.0, 1e-10};
+  const auto passes = [&](double size) {
+    return PassAside(OfA({0.0, 0.0, 0.0}, {0.0, size, 0.0}),
+                     OfB({size, 2.0 * size, 0.0}, {size, 4.0 * size, 0.0}), d, none);
+  };
+  EXPECT_FALSE(passes(1e-76));
+  EXPECT_TRUE(passes(1e-50));
+}
+
 TEST(KernelSegmentSweep, SumOfSizesCountsEveryCoordinate) {
   EXPECT_EQ(gsl_kernel::SumOfSizes({1.0, -2.0, -4.0}), 7.0);
 }

@@ -170,6 +170,22 @@ TEST(SegmentSweepLanes, PairsThatMeetGoToTheScalarKernelUntilTheyCannotBeCloser)
   }
 }
 
+/// A stale length makes the direction so short that cross products with it have no squares.
+TEST(SegmentSweepLanes, AGapWithoutASquareIsNotAside) {
+  const ScopedSettings settings;
+  settings->linearTolerance = 0.0;
+  InPlaneCase c;
+  c.direction = gsl_Vector(1.0, 0.0, 0.0);
+  c.direction.magnitude = 1e90;
+  c.a[0] = gsl_Point(0.0, 0.0, 0.0);
+  c.a[1] = gsl_Point(0.0, 1e-76, 0.0);
+  c.b[0] = gsl_Point(1e-76, 2e-76, 0.0);
+  c.b[1] = gsl_Point(1e-76, 4e-76, 0.0);
+  c.distance = 1.0;
+  for (const gsl_WideKernels* const kernels : batch_cases::AllKernels())
+    EXPECT_DOUBLE_EQ(InEveryLane(*kernels, c).distance, 1e-166);
+}
+
 TEST(SegmentSweepLanes, ANegativeMarginLetsTheDistanceRise) {
   // A lies along the direction. The pairs are 2 and then 4 away, which is within the margin.
   InPlaneCase c;
