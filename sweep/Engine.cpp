@@ -171,7 +171,9 @@ WalkEnd WalkToFirst(const Scene<Scalar>& scene, const Watch& watch, Workspace<Sc
   const WalkEnd end = walk();
   if (end != WalkEnd::Done || !first.IsBestTurnedOver()) return end;
   first.BeginAgain();
-  return walk();
+  const WalkEnd again = walk();
+  if (again == WalkEnd::Done) first.KeepTravel();
+  return again;
 }
 
 /// `found` receives the pair.

@@ -246,11 +246,17 @@ bool FirstContact<Scalar>::IsBestTurnedOver() const {
 template <class Scalar>
 void FirstContact<Scalar>::BeginAgain() {
   m_leavesOutTurnedOver = true;
+  m_earlier = m_best;
   m_best = FoundPair();
   ForgetTies();
   m_kernelLimit = JustBeyond(m_maxDistance);
   m_tieFloor = Box<Scalar>::kFar;
   SetLimit(m_scene.MultipleAtLeast(m_maxDistance));
+}
+
+template <class Scalar>
+void FirstContact<Scalar>::KeepTravel() {
+  if (!m_best.any || CompareRatios(m_best.travel, m_earlier.travel) != 0) m_best = m_earlier;
 }
 
 template <class Scalar>

@@ -55,8 +55,10 @@ public:
   /// Returns true when the best pair, of solids that meet after a positive travel, does not stop
   /// them. The travel is right, and another pair has it too.
   bool IsBestTurnedOver() const;
-  /// Forgets what was found. A walk that follows leaves out all such pairs, which takes time.
+  /// Begins again, for a walk that leaves out all such pairs, which takes time.
   void BeginAgain();
+  /// Goes back to the pair of the walk before, unless this walk found one with the same travel.
+  void KeepTravel();
 
 private:
   using Leaf = LeafTriangles<Scalar>;
@@ -86,6 +88,7 @@ private:
   unsigned m_tiePlaneNumber = 0; ///< of the last plane
   int m_tieCount = 0;            ///< at the best travel
   bool m_leavesOutTurnedOver = false;
+  FoundPair m_earlier; ///< of the walk before
 };
 
 extern template class FirstContact<float>;

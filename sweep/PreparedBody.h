@@ -50,6 +50,8 @@ public:
   const Solidity& AsSolid() const { return Surface().solidity; }
   /// Returns a triangle of each component of a solid, see SolidSurface.
   const std::vector<std::uint32_t>& Components() const { return Surface().components; }
+  /// Returns whether some component has no triangle with area, as long as no offset is added.
+  bool HasFlatComponent() const { return Surface().hasFlatComponent; }
   /// Returns the component of the triangle at a place of a solid, as a number below the number of
   /// triangles.
   std::uint32_t ComponentOf(std::size_t place) const {

@@ -16,13 +16,14 @@ bool ShareAPoint(const Box<Scalar>& a, const Box<Scalar>& b) {
 }
 
 /// Returns the place of the first triangle with area of each component, by number. An offset may
-/// have made the first ones flat.
+/// have made the first ones flat, and given area to components that had none.
 template <class Scalar>
 std::vector<std::uint32_t> ComponentsWithArea(const PlacedBody<Scalar>& placed) {
   constexpr std::uint32_t kNone = 0xffffffffu;
   const std::vector<std::uint32_t>& components = placed.body.Components();
   const auto hasArea = [&](std::uint32_t place) { return placed.TriangleAt(place).HasArea(); };
-  if (std::all_of(components.begin(), components.end(), hasArea)) return components;
+  const bool mayHaveMore = placed.placement.HasOffset() && placed.body.HasFlatComponent();
+  if (!mayHaveMore && std::all_of(components.begin(), components.end(), hasArea)) return components;
   const Corners& corners = placed.corners;
   std::vector<std::uint32_t> lowest(corners.Count(), kNone);
   for (std::size_t k = 0; k < corners.Count(); ++k) {

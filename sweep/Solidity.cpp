@@ -68,6 +68,14 @@ public:
     return place;
   }
 
+  /// Returns how many parts there are that are not joined.
+  std::size_t Count() const {
+    std::size_t count = 0;
+    for (std::size_t k = 0; k < m_above.size(); ++k)
+      count += m_above[k] == k ? 1 : 0;
+    return count;
+  }
+
   /// Returns what Top returns for each place.
   std::vector<std::uint32_t> Tops() {
     std::vector<std::uint32_t> tops(m_above.size());
@@ -574,7 +582,9 @@ SolidSurface SolidSurfaceOf(const Corners& corners) {
     if (!crowded.empty()) JoinAgain(corners, crowded, tetrahedra, joined);
   }
   surface.components = ComponentsOf(corners, tetrahedra, joined);
-  if (surface.components.size() > 1) surface.componentOf = joined.Tops();
+  const std::size_t count = joined.Count();
+  surface.hasFlatComponent = count > surface.components.size();
+  if (count > 1) surface.componentOf = joined.Tops();
   if (volume < 0) surface.solidity.triangle = corners.Number(surface.components.front());
   return surface;
 }

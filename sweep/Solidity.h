@@ -15,8 +15,10 @@ struct SolidSurface {
   /// Not set when the surface is not closed or has no volume.
   std::vector<std::uint32_t> components;
   /// The component of the triangle at each place, as a number that all its triangles have. Empty
-  /// where there are fewer than two components.
+  /// where there are fewer than two components, those without area included.
   std::vector<std::uint32_t> componentOf;
+  /// No triangle of some component has area.
+  bool hasFlatComponent = false;
 
   std::size_t Bytes() const {
     return (components.capacity() + componentOf.capacity()) * sizeof(std::uint32_t);

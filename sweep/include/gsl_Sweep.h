@@ -210,9 +210,10 @@ enum class Rule : unsigned char {
   ///          of its neighbours, which then cover it, that changes nothing. Beside an edge between
   ///          two planes the surface then has a notch or a burr as small as the rounding. Where the
   ///          other body touches it, the bodies may be reported to overlap at the start.
-  ///          Where many triangles of one body cover each other in one plane, and each is turned
-  ///          over in a part of it alone, one that overlaps the other body only away from the
-  ///          corners of what they share may not be noticed.
+  ///          A wall that lies partly in other faces of its body and reaches out of them may not be
+  ///          noticed where all corners of what it shares with the other body lie in these faces.
+  ///          The same holds for triangles of one body that cover each other in one plane, where
+  ///          each is turned over in a part of it alone.
   /// oneSided is ignored.
   Solid
 };

@@ -313,6 +313,30 @@ TEST(SolidStart, AnOffsetMayFlattenATriangleOfManyUnits) {
   EXPECT_EQ(inside.contact.movingTriangle, 1u);
 }
 
+TEST(SolidStart, AnOffsetMayGiveAreaToAComponent) {
+  // The corners of the tetrahedron are on one line. Beyond 2^52 they become (0, 0, 0), (0, 0, 1),
+  // (0, 1, 3) and (1, 1, 5), which enclose a sixth.
+  Mesh moving = BoxOf({100, 100, 0}, {104, 104, 4});
+  const auto at = [](double k) { return Coord3{0.125 * k, 0.25 * k, k}; };
+  sweep_shapes::AddTriangle(moving, at(0), at(1), at(3));
+  sweep_shapes::AddTriangle(moving, at(0), at(3), at(5));
+  sweep_shapes::AddTriangle(moving, at(0), at(5), at(1));
+  sweep_shapes::AddTriangle(moving, at(1), at(5), at(3));
+  ASSERT_TRUE(sweep_ask::BodyOf(moving).IsSolid());
+  const double far = 0x1p52;
+  const Mesh room = BoxOf({far - 8, far - 8, -8}, {far + 8, far + 8, 16});
+  Question question;
+  question.rule = Rule::Solid;
+  question.direction = {1, 0, 0};
+  EXPECT_EQ(Pair(sweep_ask::BodyOf(moving), {sweep_ask::BodyOf(room)}).First(question).status,
+            SweepStatus::None);
+  question.offset = {far, far, 0};
+  const Answer inside = Pair(sweep_ask::BodyOf(moving), {sweep_ask::BodyOf(room)}).First(question);
+  EXPECT_EQ(inside.status, SweepStatus::Start);
+  EXPECT_EQ(inside.contact.kind, ContactKind::Inside);
+  EXPECT_EQ(inside.contact.movingTriangle, 12u);
+}
+
 TEST(SolidStart, ASheetPartlyOverAnotherComponentShowsNoOverlap) {
   // The sheet is in the bottom of the first box. The second box touches it from below up to x = 5,
   // and so does the fixed body from x = 6.
