@@ -66,6 +66,20 @@ TEST(BigNatural, NumbersOfAnyLengthMoveAndStayWhenTheyMoveToThemselves) {
   }
 }
 
+TEST(BigNatural, CopiesAreNumbersOfTheirOwn) {
+  for (const int bits : {100, 1280, 5000}) {
+    const BigNatural wanted = BigNatural::Plus(BigNatural(1.0, bits), BigNatural(1.0));
+    BigNatural source = wanted;
+    BigNatural copy(3.0);
+    copy = source;
+    source = BigNatural(5.0);
+    ExpectSame(copy, wanted);
+    const BigNatural& same = copy;
+    copy = same;
+    ExpectSame(copy, wanted);
+  }
+}
+
 TEST(BigNatural, SumsAndDifferencesCarry) {
   const BigNatural big(1.0, 320);
   const BigNatural one(1.0);
