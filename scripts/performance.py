@@ -612,7 +612,80 @@ def library(result):
     yield from table(["batch", "ours", "AVX2", "baseline", "loop", "gain"], batch_rows(works, BATCH_INPUTS))
 
 
+# Large systems and graphs.
+
+# The limit over the fastest OpenBLAS, and the sizes.
+SOLVERS = [("32 to 512", 0.6, (32, 64, 128, 256, 512)), ("1024", 0.8, (1024,)), ("2048", 0.85, (2048,))]
+EVERY_SIZE = [n for _, _, sizes in SOLVERS for n in sizes]
+# The limit over one read of the matrix of 20,000 nodes, and the kind of graph.
+LABELLINGS = [("sparse", 1.3), ("path", 0.75)]
+
+
+def over(by, peer):
+    """Returns our time over that of the peer, or None."""
+    return by["ours"] / by[peer] if peer in by and "ours" in by else None
+
+
+def worst(ratios):
+    """Returns the size of the greatest ratio and the ratio; it is None where one was not measured."""
+    return max(ratios.items(), key=lambda item: item[1]) if ratios and None not in ratios.values() else (None, None)
+
+
+def systems_goals(works):
+    """Yields the rows of the goals: the worst size of each."""
+    for what, limit, sizes in SOLVERS:
+        size, ratio = worst({n: over(works.get(f"FactorAndSolve/{n}", {}), "OpenBLAS") for n in sizes})
+        name = f" ({size})" if size and len(sizes) > 1 else ""
+        yield goal_row(f"{what} unknowns: times the fastest OpenBLAS{name}", limit, ratio)
+    narrow = {n: works.get(f"FactorAndSolve_avx2/{n}", {}) for n in EVERY_SIZE}
+    size, ratio = worst({n: over(by, "OpenBLAS") for n, by in narrow.items()})
+    yield goal_row(f"32 to 2048 unknowns, AVX2 on both sides: times OpenBLAS{f' ({size})' if size else ''}", 1.0, ratio)
+    for kind, limit in LABELLINGS:
+        yield goal_row(f"labelling, {kind}, 20,000 nodes: times one read of the matrix", limit,
+                       over(works.get(f"Label_{kind}/20000", {}), "one_read"))
+
+
+def solver_rows(works):
+    for width, name in (("widest", "FactorAndSolve"), ("AVX2", "FactorAndSolve_avx2")):
+        for n in EVERY_SIZE:
+            by = works.get(f"{name}/{n}", {})
+            if "ours" in by:
+                times = [three(1e-3 * by[who]) if who in by else "" for who in ("ours", "OpenBLAS", "Eigen_native", "Eigen")]
+                yield [str(n), width, *times, *(three(over(by, who)) if who in by else "" for who in ("OpenBLAS", "Eigen_native"))]
+
+
+def labelling_rows(works):
+    for work in sorted((work for work in works if work.startswith("Label_")), key=in_order):
+        by = works[work]
+        if "ours" in by and "one_read" in by:
+            kind, n = work.removeprefix("Label_").split("/")
+            times = [three(1e-3 * by[who]) if who in by else "not run"
+                     for who in ("ours", "one_read", "Boost_lists", "Boost_with_conversion")]
+            yield [kind, n, *times, three(over(by, "one_read"))]
+
+
+def systems(result):
+    works = result["works"]
+    yield "Times are medians of nine runs in microseconds of processor time, on one processor, in random order."
+    yield from ["", "### Goals", ""]
+    yield from table(["goal", "limit", "measured", "met"], systems_goals(works))
+    yield from ["", "### Linear systems", ""]
+    yield "One right side. OpenBLAS runs on one thread, with its fastest kernel for this processor; with AVX2 it is the one"
+    yield "for Haswell. \"Eigen native\" is compiled with `-march=native`, and fuses products and sums."
+    yield "Ratios are our time over the peer's."
+    yield ""
+    yield from table(["unknowns", "vectors", "ours", "OpenBLAS", "Eigen native", "Eigen", "over OpenBLAS", "over Eigen native"],
+                     solver_rows(works))
+    yield from ["", "### Labelling of a graph", ""]
+    yield "The graph is a matrix with a byte for each pair of nodes. One read takes every byte once. Boost.Graph has adjacency"
+    yield "lists, with and without the time to make them from the matrix."
+    yield ""
+    yield from table(["graph", "nodes", "ours", "one read", "Boost, lists", "Boost, from the matrix", "over one read"],
+                     labelling_rows(works))
+
+
 SECTIONS = [("First contact of bodies", "bench_sweep.json", sweep), ("The library", "bench_library.json", library),
+            ("Large systems and graphs", "bench_systems.json", systems),
             ("Records", "bench_records.json", records),
             ("The Python module", "bench_python.json", python)]
 

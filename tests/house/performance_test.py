@@ -110,5 +110,51 @@ class LibraryTables(unittest.TestCase):
         self.assertNotIn("(less)", text)
 
 
+def solved(ours, blas, name="FactorAndSolve"):
+    return {f"{name}/{n}": {"ours": ours, "OpenBLAS": blas, "Eigen": 9.0} for n in performance.EVERY_SIZE}
+
+
+class Systems(unittest.TestCase):
+    def goals(self, works):
+        return {row[0]: row[1:] for row in performance.systems_goals(works)}
+
+    def test_each_size_has_its_limit(self):
+        rows = self.goals({**solved(0.82, 1.0), "FactorAndSolve/64": {"ours": 0.5, "OpenBLAS": 1.0}})
+        self.assertEqual(rows["32 to 512 unknowns: times the fastest OpenBLAS (32)"], ["at most 0.6", "0.820", "no"])
+        self.assertEqual(rows["1024 unknowns: times the fastest OpenBLAS"], ["at most 0.8", "0.820", "no"])
+        self.assertEqual(rows["2048 unknowns: times the fastest OpenBLAS"], ["at most 0.85", "0.820", "yes"])
+
+    def test_worst_size_counts(self):
+        works = solved(0.5, 1.0)
+        works["FactorAndSolve/256"]["ours"] = 0.61
+        self.assertEqual(self.goals(works)["32 to 512 unknowns: times the fastest OpenBLAS (256)"],
+                         ["at most 0.6", "0.610", "no"])
+
+    def test_missing_size_is_not_passed_over(self):
+        works = solved(0.5, 1.0)
+        del works["FactorAndSolve/256"]
+        self.assertEqual(self.goals(works)["32 to 512 unknowns: times the fastest OpenBLAS"], ["", "not measured", ""])
+
+    def test_peer_without_a_measurement_is_not_passed_over(self):
+        self.assertEqual(self.goals({"Label_path/20000": {"ours": 1.0}})[
+            "labelling, path, 20,000 nodes: times one read of the matrix"], ["", "not measured", ""])
+
+    def test_narrow_vectors_are_compared_with_each_other(self):
+        works = {**solved(0.1, 1.0), **solved(1.1, 1.0, "FactorAndSolve_avx2")}
+        self.assertEqual(self.goals(works)["32 to 2048 unknowns, AVX2 on both sides: times OpenBLAS (32)"],
+                         ["at most 1.0", "1.10", "no"])
+
+    def test_graphs_of_20000_nodes_count(self):
+        works = {"Label_sparse/20000": {"ours": 1.2, "one_read": 1.0}, "Label_sparse/1000": {"ours": 9.0, "one_read": 1.0}}
+        self.assertEqual(self.goals(works)["labelling, sparse, 20,000 nodes: times one read of the matrix"],
+                         ["at most 1.3", "1.20", "yes"])
+
+    def test_section_has_each_table(self):
+        works = {**solved(5000.0, 10000.0), "Label_full/20000": {"ours": 2000.0, "one_read": 1000.0}}
+        text = "\n".join(performance.systems({"works": works}))
+        self.assertIn("| 64 | widest | 5.00 | 10.0 |  | 0.00900 | 0.500 |  |", text)
+        self.assertIn("| full | 20000 | 2.00 | 1.00 | not run | not run | 2.00 |", text)
+
+
 if __name__ == "__main__":
     unittest.main()
