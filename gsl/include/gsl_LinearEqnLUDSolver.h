@@ -21,9 +21,9 @@
 /// NaN        passes into the solution; a row that holds only NaN counts as a zero row.
 /// Memory     n 32-bit integers. For n up to 16 they are 16, and later systems of up to 16 rows use
 ///            the same block. One decomposition takes scratch memory and frees it before Solve
-///            returns: none up to n = 16, below 1024 a copy of the matrix (at most n^2 + 89 n +
-///            25670 numbers), and from there at most 268 n + 102236 numbers. Without that memory n
-///            numbers are enough: slower, with the same bits.
+///            returns: none up to n = 16, below 2048 a copy of the matrix (at most n^2 + 89 n +
+///            25670 numbers, from 1024 on n^2 + 153 n + 51206), and from there at most 140 n +
+///            26588 numbers. Without that memory n numbers are enough: slower, with the same bits.
 /// Errors     none thrown, none printed. Not copyable: the factors live in the caller's matrix.
 /// Threads    one solver belongs to one thread at a time.
 class GSL_API gsl_LinearEqnLUDSolver {

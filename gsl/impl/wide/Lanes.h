@@ -1,6 +1,8 @@
 #ifndef GSL_WIDE_LANES_H
 #define GSL_WIDE_LANES_H
 
+#include "wide/Broadcast.h"
+
 #include <cstddef>
 #include <cstdint>
 
@@ -120,19 +122,18 @@ GSL_ALWAYS_INLINE Doubles SwapNeighbours(Doubles v) {
 #endif
 
 /// Returns *s times each lane.
+template <Broadcast kBroadcast = Broadcast::InOperand>
+GSL_ALWAYS_INLINE Doubles Times(const double* s, Doubles v) {
 #if GSL_LANES == 8 && defined(__x86_64__)
-GSL_ALWAYS_INLINE Doubles Times(const double* s, Doubles v) {
-  // A compiler would broadcast into a register once and use the register often. On processors that
-  // split wide vectors, this costs a quarter of the arithmetic. A broadcast in the operand is free.
-  Doubles product;
-  __asm__("vmulpd %1%{1to8%}, %2, %0" : "=v"(product) : "m"(*s), "v"(v));
-  return product;
-}
-#else
-GSL_ALWAYS_INLINE Doubles Times(const double* s, Doubles v) {
+  // A compiler would broadcast into a register once and use the register often.
+  if constexpr (kBroadcast == Broadcast::InOperand) {
+    Doubles product;
+    __asm__("vmulpd %1%{1to8%}, %2, %0" : "=v"(product) : "m"(*s), "v"(v));
+    return product;
+  }
+#endif
   return Splat(*s) * v;
 }
-#endif
 
 GSL_ALWAYS_INLINE Doubles Magnitude(Doubles v) {
   return reinterpret_cast<Doubles>(reinterpret_cast<Bits>(v) & SplatBits(INT64_MAX));

@@ -45,6 +45,7 @@ private:
   Doubles m_next;
 };
 
+template <Broadcast kBroadcast>
 class LuElimination {
 public:
   explicit LuElimination(LuWork& work) : m_work(work), m_panelFirst(0) {}
@@ -373,7 +374,7 @@ private:
         Store(solved + ((kSolved + k) * kVectors + v) * kLanes, a[k][v]);
 #pragma GCC unroll 8
         for (int r = k + 1; r < kTileRows; ++r)
-          a[r][v] -= Times(column + r, a[k][v]);
+          a[r][v] -= Times<kBroadcast>(column + r, a[k][v]);
       }
     }
     StoreTile(a, rows + kSolved, j);
@@ -426,10 +427,21 @@ private:
     for (int r = 0; r < kTileRows; ++r) {
 #pragma GCC unroll 8
       for (int v = 0; v < kVectors; ++v)
-        a[r][v] -= Times(l + r, u[v]);
+        a[r][v] -= Times<kBroadcast>(l + r, u[v]);
     }
   }
 };
+
+/// Eliminates in the way that the work asks for, where there are two.
+inline void Eliminate(LuWork& work) {
+#if GSL_LANES == 8 && defined(__x86_64__)
+  if (work.broadcast == Broadcast::InOperand) {
+    LuElimination<Broadcast::InOperand>(work).Run();
+    return;
+  }
+#endif
+  LuElimination<Broadcast::InRegister>(work).Run();
+}
 
 /// Returns the largest magnitude of a row, and ignores NaN. Copies the row to `to` unless `to` is
 /// null.

@@ -1,6 +1,8 @@
 #ifndef GSL_WIDE_LU_WORK_H
 #define GSL_WIDE_LU_WORK_H
 
+#include "wide/Broadcast.h"
+
 #include <cstddef>
 #include <cstdint>
 
@@ -44,6 +46,7 @@ struct LuWork {
   double* upper;  ///< rows of U right of the panel: tile by tile, row by row
   std::int32_t* pivots;
   std::int32_t parity;
+  Broadcast broadcast;
 };
 
 } // namespace gsl_wide

@@ -21,7 +21,7 @@ using gsl_wide::LuSystem;
 using gsl_wide::LuWork;
 
 /// The least size that is eliminated in the caller's rows. From it on, a copy costs more.
-constexpr std::int32_t kInPlaceSize = 1024;
+constexpr std::int32_t kInPlaceSize = 2048;
 
 constexpr std::size_t kCacheLine = 64;
 
@@ -75,6 +75,7 @@ public:
     m_work.whole = m_inPlace ? m_size / kSlice * kSlice : m_work.padded;
     m_work.pivots = m_system.pivots;
     m_work.parity = 1;
+    m_work.broadcast = blocking.broadcast;
     // The numbers of cache lines, and of blocks of lines, are odd. So the columns of the copy and
     // the blocks of one row spread over all cache sets.
     m_stride = (m_work.padded / kSlice | 1) * kSlice;
@@ -213,10 +214,15 @@ private:
 } // namespace
 
 gsl_LUBlocking gsl_ChooseLUBlocking(std::int32_t size) {
+  using gsl_wide::Broadcast;
+  static const Broadcast kBroadcast =
+      gsl_SplitsWideVectors() ? Broadcast::InOperand : Broadcast::InRegister;
   // A wider panel reads and writes the rest of the matrix less often, but does more of the work
-  // inside the panel, in smaller tiles.
-  const std::ptrdiff_t panel = size < kInPlaceSize ? 64 : size < 1536 ? 128 : 256;
-  return {panel, 384, size >= kInPlaceSize};
+  // inside the panel, in smaller tiles. The caller's rows share cache sets, which leaves less room
+  // for a strip.
+  const std::ptrdiff_t panel = size < 1024 ? 64 : 128;
+  const bool inPlace = size >= kInPlaceSize;
+  return {panel, inPlace ? 192 : 384, inPlace, kBroadcast};
 }
 
 LuResult gsl_LUDecomposeBlocked(LuSystem& system, const gsl_WideKernels& kernels,

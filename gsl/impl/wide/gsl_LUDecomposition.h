@@ -9,8 +9,10 @@ struct gsl_LUBlocking {
   std::ptrdiff_t panel; ///< columns of a panel, a multiple of 8
   std::ptrdiff_t strip; ///< columns that are updated together, a multiple of 8
   bool inPlace;         ///< false for a padded and aligned copy of the matrix
+  gsl_wide::Broadcast broadcast = gsl_wide::Broadcast::InOperand; ///< matters with AVX-512 alone
 };
 
+/// Returns the blocks that are fastest for a system of this size on this processor.
 gsl_LUBlocking gsl_ChooseLUBlocking(std::int32_t size);
 
 /// Replaces the matrix by its factors. Leaves the matrix untouched unless it returns Decomposed.

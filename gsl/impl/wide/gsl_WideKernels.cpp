@@ -12,6 +12,16 @@ const gsl_WideKernels* gsl_FindWideKernels(gsl_VectorWidth width) {
   return nullptr;
 }
 
+bool gsl_SplitsWideVectors() {
+#if defined(GSL_X86_WIDTHS)
+  // CPUID has a bit for the width of the units, but virtual machines hide it. Of the processors
+  // with AVX-512, those of this family split the vectors.
+  return __builtin_cpu_is("amdfam19h") != 0;
+#else
+  return false;
+#endif
+}
+
 const gsl_WideKernels& gsl_BestWideKernels() {
   static const gsl_WideKernels& best = []() -> const gsl_WideKernels& {
     for (const gsl_VectorWidth width : {gsl_VectorWidth::Avx512, gsl_VectorWidth::Avx2}) {

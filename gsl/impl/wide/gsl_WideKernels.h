@@ -14,7 +14,7 @@ enum class gsl_VectorWidth { Baseline, Avx2, Avx512 };
 struct gsl_WideKernels {
   /// Is gsl_wide::LargestOfRow.
   double (*largestOfRow)(const double* row, std::ptrdiff_t n, double* to);
-  /// Runs gsl_wide::LuElimination.
+  /// Is gsl_wide::Eliminate.
   void (*eliminate)(gsl_wide::LuWork& work);
   /// Is gsl_wide::SolveSmall, or null where registers are too narrow for it.
   gsl_wide::LuResult (*solveSmall)(gsl_wide::LuSystem& system, const double* rightSide, double* to);
@@ -41,6 +41,9 @@ extern const gsl_WideKernels gsl_WideKernelsAvx512;
 
 /// Returns null when this processor, or this build, does not have the instruction set.
 const gsl_WideKernels* gsl_FindWideKernels(gsl_VectorWidth width);
+
+/// Returns whether this processor computes a vector of eight doubles as two of four.
+bool gsl_SplitsWideVectors();
 
 /// Returns the kernels of the widest instruction set of this processor.
 const gsl_WideKernels& gsl_BestWideKernels();

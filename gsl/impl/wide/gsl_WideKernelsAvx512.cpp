@@ -11,17 +11,7 @@
 
 namespace wide = gsl_wide::GSL_LANES_NAMESPACE;
 
-namespace {
-
-void Eliminate(gsl_wide::LuWork& work) {
-  wide::LuElimination(work).Run();
-}
-
-} // namespace
-
-const gsl_WideKernels gsl_WideKernelsAvx512 = {wide::LargestOfRow,   Eliminate,
-                                               wide::SolveSmall,     wide::SkipRuns,
-                                               wide::PointSegments,  wide::PointTriangles,
-                                               wide::SegmentPairs,   wide::TransformPoints,
-                                               wide::TransformBoxes, wide::BoxOfPoints,
-                                               wide::SweepTriangles, wide::SweepSegments};
+const gsl_WideKernels gsl_WideKernelsAvx512 = {
+    wide::LargestOfRow,   wide::Eliminate,      wide::SolveSmall,     wide::SkipRuns,
+    wide::PointSegments,  wide::PointTriangles, wide::SegmentPairs,   wide::TransformPoints,
+    wide::TransformBoxes, wide::BoxOfPoints,    wide::SweepTriangles, wide::SweepSegments};

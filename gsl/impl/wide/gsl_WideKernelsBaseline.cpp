@@ -10,23 +10,8 @@
 
 namespace wide = gsl_wide::GSL_LANES_NAMESPACE;
 
-namespace {
-
-void Eliminate(gsl_wide::LuWork& work) {
-  wide::LuElimination(work).Run();
-}
-
-} // namespace
-
-const gsl_WideKernels gsl_WideKernelsBaseline = {wide::LargestOfRow,
-                                                 Eliminate,
-                                                 nullptr,
-                                                 wide::SkipRuns,
-                                                 wide::PointSegments,
-                                                 wide::PointTriangles,
-                                                 wide::SegmentPairs,
-                                                 wide::TransformPoints,
-                                                 wide::TransformBoxes,
-                                                 wide::BoxOfPoints,
-                                                 wide::SweepTriangles,
-                                                 wide::SweepSegments};
+const gsl_WideKernels gsl_WideKernelsBaseline = {
+    wide::LargestOfRow, wide::Eliminate,       nullptr,
+    wide::SkipRuns,     wide::PointSegments,   wide::PointTriangles,
+    wide::SegmentPairs, wide::TransformPoints, wide::TransformBoxes,
+    wide::BoxOfPoints,  wide::SweepTriangles,  wide::SweepSegments};

@@ -15,6 +15,7 @@
 #include <string>
 #include <vector>
 
+using gsl_wide::Broadcast;
 using gsl_wide::LuResult;
 using gsl_wide::LuSystem;
 
@@ -97,7 +98,10 @@ struct Case {
 gsl_LUBlocking AnyBlocking(RandomNumbers& random) {
   const std::ptrdiff_t panels[] = {8, 16, 24, 64, 128, 256};
   const std::ptrdiff_t strips[] = {8, 24, 40, 384};
-  return {panels[random.Below(6)], strips[random.Below(4)], random.Chance(0.5)};
+  const std::ptrdiff_t panel = panels[random.Below(6)];
+  const std::ptrdiff_t strip = strips[random.Below(4)];
+  const bool inPlace = random.Chance(0.5);
+  return {panel, strip, inPlace, random.Chance(0.5) ? Broadcast::InOperand : Broadcast::InRegister};
 }
 
 } // namespace
@@ -139,8 +143,10 @@ TEST(GslLUDecomposition, SampledSizesTo700HaveTheBitsOfTheTextbook) {
       const Case c(MakeMatrix(kind, n, random));
       gsl_LUBlocking blocking = gsl_ChooseLUBlocking(n);
       blocking.inPlace = false;
+      blocking.broadcast = Broadcast::InRegister;
       c.ExpectFromEveryWidth(blocking);
       blocking.inPlace = true;
+      blocking.broadcast = Broadcast::InOperand;
       c.ExpectFromEveryWidth(blocking);
       // These are the panels of systems that are too large to compare at every size.
       blocking.panel = k % 2 == 0 ? 128 : 256;
@@ -180,12 +186,16 @@ TEST(GslLUDecomposition, RowsAnywhereInMemoryAreLeftWhereTheyAre) {
 TEST(GslLUDecomposition, PanelsGrowWithTheSystem) {
   EXPECT_EQ(gsl_ChooseLUBlocking(1023).panel, 64);
   EXPECT_EQ(gsl_ChooseLUBlocking(1024).panel, 128);
-  EXPECT_EQ(gsl_ChooseLUBlocking(1536).panel, 256);
 }
 
 TEST(GslLUDecomposition, LargeSystemsAreWorkedOnInPlace) {
-  EXPECT_FALSE(gsl_ChooseLUBlocking(100).inPlace);
-  EXPECT_TRUE(gsl_ChooseLUBlocking(5000).inPlace);
+  EXPECT_FALSE(gsl_ChooseLUBlocking(2047).inPlace);
+  EXPECT_TRUE(gsl_ChooseLUBlocking(2048).inPlace);
+}
+
+TEST(GslLUDecomposition, NumbersAreCopiedIntoRegistersWhereVectorsAreNotSplit) {
+  EXPECT_EQ(gsl_ChooseLUBlocking(100).broadcast,
+            gsl_SplitsWideVectors() ? Broadcast::InOperand : Broadcast::InRegister);
 }
 
 TEST(GslLUDecomposition, WithoutScratchTheResultIsTheSame) {

@@ -5,6 +5,9 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <fstream>
+#include <iterator>
+#include <string>
 #include <vector>
 
 namespace {
@@ -26,6 +29,14 @@ TEST(GslWideKernels, BaselineRunsEverywhere) {
 
 TEST(GslWideKernels, TheWidestOfTheProcessorIsChosen) {
   EXPECT_EQ(&gsl_BestWideKernels(), AllKernels().back());
+}
+
+TEST(GslWideKernels, ProcessorsOfOneFamilySplitWideVectors) {
+  std::ifstream file("/proc/cpuinfo");
+  const std::string about((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
+  const bool ofAmd = about.find("AuthenticAMD") != std::string::npos;
+  const bool ofFamily = about.find("cpu family\t: 25\n") != std::string::npos;
+  EXPECT_EQ(gsl_SplitsWideVectors(), ofAmd && ofFamily);
 }
 
 TEST(GslWideKernels, LargestOfRowSetsNaNAside) {
