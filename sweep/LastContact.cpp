@@ -1,7 +1,6 @@
 #include "LastContact.h"
 
 #include <cmath>
-#include <limits>
 
 namespace gsl_sweep {
 
@@ -11,8 +10,16 @@ namespace {
 /// margin by which they are enlarged. It decides how often pairs are compared, not the result.
 constexpr double kTieWindow = 0x1p-19;
 
+/// The triangles of a leaf that is this many times as large as a box are tested against the box.
+constexpr int kLargeLeaf = 16;
+
 /// A plane takes about as long as two pairs, so it is looked for when this many have tied.
 constexpr int kTiesBeforePlane = 4;
+
+template <class Scalar>
+bool AreUnequal(Scalar size, Scalar other) {
+  return size > kLargeLeaf * other || other > kLargeLeaf * size;
+}
 
 TravelDirection Backwards(const TravelDirection& direction) {
   const Coord3& d = direction.Vector();
@@ -34,11 +41,6 @@ LastContact<Scalar>::LastContact(const Scene<Scalar>& scene, double maxDistance,
 /// and the best pair is cut, or an axis parts its boxes no later.
 template <class Scalar>
 bool LastContact<Scalar>::IsSettled(const NodePair<Scalar>& pair) {
-  // A large leaf that no travel brings to the other side is left out.
-  if (IsLargeLeafApart(m_scene, m_movingCache, m_fixedCache, pair,
-                       std::numeric_limits<double>::infinity())) {
-    return true;
-  }
   if (!Follows(-pair.from, pair.moving.least, pair.LeastFixed())) return false;
   return m_isCut ||
          (m_scene.hasExactBoxes && m_gaps.ArePartedAfter(m_scene.moving.InKernel(pair.moving.box),
@@ -53,25 +55,72 @@ bool LastContact<Scalar>::Follows(Scalar to, std::uint32_t moving, std::uint64_t
 }
 
 template <class Scalar>
+template <bool kMoves>
+const LeafTriangles<Scalar>& LastContact<Scalar>::LeafOf(const NodePair<Scalar>& pair,
+                                                         TreeRef ref) {
+  return kMoves ? m_movingCache.Moving(m_scene, ref.Index())
+                : m_fixedCache.Fixed(m_scene, pair.fixedBody, ref.Index());
+}
+
+template <class Scalar>
+template <bool kMoving>
+unsigned LastContact<Scalar>::Raise(const NodePair<Scalar>& pair, const Boxes<Scalar>& boxes,
+                                    unsigned mask, Four<Scalar>& from) {
+  const WalkSide<Scalar>& own = kMoving ? pair.moving : pair.fixed;
+  const WalkSide<Scalar>& one = kMoving ? pair.fixed : pair.moving;
+  const Scalar oneSize = one.box.Size();
+  const bool isOneLeaf = one.ref.IsLeaf();
+  if (!m_scene.filters || !(isOneLeaf || own.box.Size() > kLargeLeaf * oneSize)) return mask;
+  const Placement<Scalar>& place = kMoving ? m_scene.moving : m_scene.fixed;
+  const Placement<Scalar>& otherPlace = kMoving ? m_scene.fixed : m_scene.moving;
+  const auto& nodes = m_scene.template TreeOf<kMoving>(pair.fixedBody).tree->nodes;
+  const TreeRef(&child)[4] = nodes[own.ref.Index()].child;
+  for (int lane = 0; lane < 4; ++lane) {
+    if ((mask >> lane & 1u) == 0 || child[lane].IsNone()) continue;
+    const Box<Scalar> box = boxes.At(lane);
+    double last = Box<double>::kFar;
+    if (isOneLeaf && oneSize > kLargeLeaf * box.Size()) {
+      const LeafBeforeBox<Scalar, !kMoving> before(m_scene, LeafOf<!kMoving>(pair, one.ref),
+                                                   place.At(box));
+      last = before.LastTravel(m_doubleFrom);
+    } else if (!isOneLeaf && child[lane].IsLeaf() && box.Size() > kLargeLeaf * oneSize) {
+      const LeafBeforeBox<Scalar, kMoving> before(m_scene, LeafOf<kMoving>(pair, child[lane]),
+                                                  otherPlace.At(one.box));
+      last = before.LastTravel(m_doubleFrom);
+    }
+    if (last < m_doubleFrom) {
+      mask &= ~(1u << lane);
+    } else if (last < Box<double>::kFar) {
+      from.Set(lane, std::max(from[lane], -m_scene.AtLeast(last)));
+    }
+  }
+  return mask;
+}
+
+template <class Scalar>
 bool LastContact<Scalar>::Judge(const NodePair<Scalar>& pair) {
   const Leaf& moving = m_movingCache.Moving(m_scene, pair.moving.ref.Index());
   const Leaf& fixed = m_fixedCache.Fixed(m_scene, pair.fixedBody, pair.fixed.ref.Index());
-  const LeafPair<Scalar> leaves(m_scene, moving, fixed);
   const bool mayHold = m_tiePlane.IsSet();
-  const unsigned movingHeld =
-      mayHold ? moving.template HeldBy<true>(m_tiePlane, m_tiePlaneNumber, m_scene) : 0;
-  const unsigned fixedHeld =
-      mayHold ? fixed.template HeldBy<false>(m_tiePlane, m_tiePlaneNumber, m_scene) : 0;
-  if (mayHold && (moving.distinct & ~movingHeld) == 0 && (fixed.distinct & ~fixedHeld) == 0 &&
+  const PairOfLeaves both{
+      LeafPair<Scalar>(m_scene, moving, fixed), pair.fixedBody,
+      mayHold ? moving.template HeldBy<true>(m_tiePlane, m_tiePlaneNumber, m_scene) : 0,
+      mayHold ? fixed.template HeldBy<false>(m_tiePlane, m_tiePlaneNumber, m_scene) : 0};
+  if (mayHold && (moving.distinct & ~both.movingHeld) == 0 &&
+      (fixed.distinct & ~both.fixedHeld) == 0 &&
       m_best.PrecedesAll(pair.moving.least, pair.LeastFixed())) {
     return true;
   }
   // A copy of the triangle before it never comes first.
+  const LeafPair<Scalar>& leaves = both.leaves;
   const unsigned movingMask =
       moving.distinct & leaves.template ThatReach<true>(m_scene.fixed.At(pair.fixed.box), m_range);
   if (movingMask == 0) return true;
   const unsigned fixedMask = fixed.distinct & leaves.template ThatReach<false>(
                                                   m_scene.moving.At(pair.moving.box), m_range);
+  // To judge triangles of unequal sizes exactly takes long, so the latest are judged first.
+  const bool areUnequal = AreUnequal(pair.moving.box.Size(), pair.fixed.box.Size());
+  Candidates candidates;
   for (int i = 0; i < moving.count; ++i) {
     if ((movingMask >> i & 1u) == 0) continue;
     for (int first = 0; first < fixed.count; first += 4) {
@@ -79,25 +128,65 @@ bool LastContact<Scalar>::Judge(const NodePair<Scalar>& pair) {
       unsigned mask = fixedMask >> first & 15u;
       if (mask != 0) mask &= leaves.Reached(i, first, m_range, unusedFrom, to);
       if (mask != 0 && m_scene.filters) mask &= leaves.TouchingByHeight(i, first, m_doubleFrom);
-      for (int lane = 0; mask != 0; ++lane, mask >>= 1) {
-        if ((mask & 1u) == 0) continue;
-        const int j = first + lane;
-        if (to[lane] < m_range.from) continue;
-        if ((movingHeld >> i & fixedHeld >> j & 1u) != 0 &&
-            m_best.PrecedesAll(moving.number[i], FixedNumber(pair.fixedBody, fixed.number[j]))) {
-          continue;
-        }
-        if (Follows(to[lane], moving.number[i], FixedNumber(pair.fixedBody, fixed.number[j])) &&
-            (m_isCut || m_gaps.ArePartedAfter(m_scene.moving.ToKernel(moving.ExactBoxOf(i)),
-                                              m_scene.fixed.ToKernel(fixed.ExactBoxOf(j))))) {
-          continue;
-        }
-        if (m_scene.filters && leaves.AreShadowsApart(i, j)) continue;
-        JudgeTriangles(leaves, pair.fixedBody, i, j);
-      }
+      if (mask != 0) Collect(both, i, first, mask, to, candidates);
+      if (!areUnequal) JudgeCandidates(both, candidates);
     }
   }
+  JudgeCandidates(both, candidates);
   return true;
+}
+
+/// Adds the pairs of triangle i with triangles first to first + 3 that can be the last to touch.
+template <class Scalar>
+void LastContact<Scalar>::Collect(const PairOfLeaves& pair, int i, int first, unsigned mask,
+                                  const Four<Scalar>& to, Candidates& candidates) {
+  for (int lane = 0; mask != 0; ++lane, mask >>= 1) {
+    const int j = first + lane;
+    if ((mask & 1u) == 0 || IsSettled(pair, i, j, to[lane])) continue;
+    Candidate candidate{i, j, to[lane], static_cast<double>(to[lane])};
+    if (m_scene.filters) {
+      if (pair.leaves.AreShadowsApart(i, j)) continue;
+      candidate.last = std::min(candidate.last, pair.leaves.LastTravel(i, j));
+      if (candidate.last < m_doubleFrom) continue;
+    }
+    candidates.Add(candidate);
+  }
+}
+
+/// Judges the candidates, and takes them away.
+template <class Scalar>
+void LastContact<Scalar>::JudgeCandidates(const PairOfLeaves& pair, Candidates& candidates) {
+  for (int k = 0; k < candidates.count; ++k) {
+    const Candidate& next = candidates.sorted[k];
+    if (next.last < m_doubleFrom || next.to < m_range.from) continue;
+    if (k > 0 && IsSettled(pair, next.moving, next.fixed, next.to)) continue;
+    JudgeTriangles(pair.leaves, pair.fixedBody, next.moving, next.fixed);
+  }
+  candidates.count = 0;
+}
+
+/// Candidates of equal travels keep their order.
+template <class Scalar>
+void LastContact<Scalar>::Candidates::Add(const Candidate& candidate) {
+  int place = count++;
+  for (; place > 0 && sorted[place - 1].last < candidate.last; --place)
+    sorted[place] = sorted[place - 1];
+  sorted[place] = candidate;
+}
+
+/// Returns true when two triangles, whose boxes part at `to`, cannot come before the best pair.
+template <class Scalar>
+bool LastContact<Scalar>::IsSettled(const PairOfLeaves& pair, int i, int j, Scalar to) {
+  const Leaf& moving = pair.leaves.moving;
+  const Leaf& fixed = pair.leaves.fixed;
+  const std::uint64_t number = FixedNumber(pair.fixedBody, fixed.number[j]);
+  if ((pair.movingHeld >> i & pair.fixedHeld >> j & 1u) != 0 &&
+      m_best.PrecedesAll(moving.number[i], number)) {
+    return true;
+  }
+  return Follows(to, moving.number[i], number) &&
+         (m_isCut || m_gaps.ArePartedAfter(m_scene.moving.ToKernel(moving.ExactBoxOf(i)),
+                                           m_scene.fixed.ToKernel(fixed.ExactBoxOf(j))));
 }
 
 template <class Scalar>
@@ -122,7 +211,7 @@ void LastContact<Scalar>::JudgeTriangles(const LeafPair<Scalar>& leaves, std::si
     if (order < 0 || (order == 0 && m_best.PrecedesAll(found.moving, found.fixed))) return;
     if (order > 0) ForgetTies();
   }
-  Raise(found, isCut);
+  Take(found, isCut);
 }
 
 /// A pair has the same travel as the best pair.
@@ -144,7 +233,7 @@ void LastContact<Scalar>::ForgetTies() {
 }
 
 template <class Scalar>
-void LastContact<Scalar>::Raise(const FoundPair& found, bool isCut) {
+void LastContact<Scalar>::Take(const FoundPair& found, bool isCut) {
   m_best = found;
   m_best.any = true;
   if (isCut) {
@@ -165,5 +254,13 @@ void LastContact<Scalar>::Raise(const FoundPair& found, bool isCut) {
 
 template class LastContact<float>;
 template class LastContact<double>;
+template unsigned LastContact<float>::Raise<true>(const NodePair<float>&, const Boxes<float>&,
+                                                  unsigned, Float4&);
+template unsigned LastContact<float>::Raise<false>(const NodePair<float>&, const Boxes<float>&,
+                                                   unsigned, Float4&);
+template unsigned LastContact<double>::Raise<true>(const NodePair<double>&, const Boxes<double>&,
+                                                   unsigned, Double4&);
+template unsigned LastContact<double>::Raise<false>(const NodePair<double>&, const Boxes<double>&,
+                                                    unsigned, Double4&);
 
 } // namespace gsl_sweep

@@ -23,6 +23,12 @@ public:
 
   TravelRange<Scalar> Range() const { return m_range; }
   bool IsSettled(const NodePair<Scalar>& pair);
+  /// Raises `from`, the negatives of the last travels, of children of one side. It does so by
+  /// triangles that are far larger than the other side, whose boxes say little about when they
+  /// part.
+  template <bool kMoving>
+  unsigned Raise(const NodePair<Scalar>& pair, const Boxes<Scalar>& boxes, unsigned mask,
+                 Four<Scalar>& from);
   bool Judge(const NodePair<Scalar>& leaves);
 
   /// Returns the pair with its last contact. Of a pair that is cut only the numbers and the
@@ -33,9 +39,34 @@ public:
 private:
   using Leaf = LeafTriangles<Scalar>;
 
+  /// Two triangles of a pair of leaves that no filter keeps apart.
+  struct Candidate {
+    int moving, fixed;
+    Scalar to;   ///< by their boxes
+    double last; ///< after this travel they do not touch
+  };
+  struct Candidates {
+    Candidate sorted[kLeafSize * kLeafSize]; ///< the latest first
+    int count = 0;
+
+    void Add(const Candidate& candidate);
+  };
+  /// A pair of leaves, with the triangles that the plane holds.
+  struct PairOfLeaves {
+    LeafPair<Scalar> leaves;
+    std::size_t fixedBody;
+    unsigned movingHeld, fixedHeld;
+  };
+
   bool Follows(Scalar to, std::uint32_t moving, std::uint64_t fixed) const;
+  template <bool kMoves>
+  const Leaf& LeafOf(const NodePair<Scalar>& pair, TreeRef ref);
+  void Collect(const PairOfLeaves& pair, int i, int first, unsigned mask, const Four<Scalar>& to,
+               Candidates& candidates);
+  void JudgeCandidates(const PairOfLeaves& pair, Candidates& candidates);
+  bool IsSettled(const PairOfLeaves& pair, int i, int j, Scalar to);
   void JudgeTriangles(const LeafPair<Scalar>& leaves, std::size_t fixedBody, int i, int j);
-  void Raise(const FoundPair& found, bool isCut);
+  void Take(const FoundPair& found, bool isCut);
   void CountTie();
   void ForgetTies();
 

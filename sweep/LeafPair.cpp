@@ -9,6 +9,10 @@ namespace {
 
 constexpr double kUnit = 0x1p-53; ///< half a unit in the last place of 1
 
+/// Bounds the roundings of a sum of a linear function and a multiple of another one, as a part of
+/// the magnitudes of its terms: a product and up to ten sums, of 2^-53 each.
+constexpr double kCombined = 0x1p-49;
+
 template <class Scalar>
 double ReachOf(const LeafTriangles<Scalar>& leaf, int k, int c) {
   return std::fabs(leaf.corner[3 * c][k]) + std::fabs(leaf.corner[3 * c + 1][k]) +
@@ -218,6 +222,26 @@ private:
   int m_z, m_x, m_y;
   double m_slopeX, m_slopeY;
 };
+
+/// Returns the least, over m >= 0, of the greatest height + m * side at three corners: the greatest
+/// height at a mean of them whose side is not negative, up to roundings. It is least where two
+/// corners are equal, or at m = 0, which is left out.
+double GreatestWithin(const double (&height)[3], const double (&side)[3]) {
+  double least = Box<double>::kFar;
+  for (int a = 0; a < 3; ++a) {
+    const int b = a == 2 ? 0 : a + 1;
+    const double factor = (height[a] - height[b]) / (side[b] - side[a]);
+    if (!(factor > 0.0 && factor < Box<double>::kFar)) continue;
+    double greatest = -Box<double>::kFar;
+    for (int c = 0; c < 3; ++c) {
+      const double term = factor * side[c];
+      const double rounding = (std::fabs(height[c]) + std::fabs(term)) * kCombined;
+      greatest = std::max(greatest, height[c] + term + rounding);
+    }
+    least = std::min(least, greatest);
+  }
+  return least;
+}
 
 template <class Scalar>
 Double4 HeightOver(const LeafTriangles<Scalar>& planes, int first,
@@ -529,6 +553,72 @@ bool LeafPair<Scalar>::AreUnequalShadowsApart(int movingTriangle, int fixedTrian
   return false;
 }
 
+/// Writes how far the corners of one triangle are on the inner side of an edge of the other, at
+/// most. `own` is 0 for an edge of the moving triangle and 3 for one of the fixed triangle. Returns
+/// false where rounding hides which side is the inner one.
+template <class Scalar>
+bool LeafPair<Scalar>::WriteInnerSides(const Shadows& shadows, int own, int edge,
+                                       double (&side)[3]) {
+  const double(&u)[6] = shadows.u;
+  const double(&v)[6] = shadows.v;
+  const double(&reach)[6] = shadows.reach;
+  const int next = edge == 2 ? 0 : edge + 1;
+  const int rest = own + 3 - edge - next;
+  const bool isNearer = reach[own + edge] <= reach[own + next];
+  const int from = own + (isNearer ? edge : next);
+  const int to = own + (isNearer ? next : edge);
+  const double edgeU = u[to] - u[from];
+  const double edgeV = v[to] - v[from];
+  const double scale = 0x1p-46 * (reach[to] + reach[from]);
+  const auto sideOf = [&](int k) { return edgeU * (v[k] - v[from]) - edgeV * (u[k] - u[from]); };
+  const auto errorOf = [&](int k) { return scale * (reach[k] + reach[from]); };
+  const double inner = sideOf(rest);
+  if (!(std::fabs(inner) > errorOf(rest))) return false;
+  for (int c = 0; c < 3; ++c) {
+    const int k = 3 - own + c;
+    side[c] = (inner > 0.0 ? sideOf(k) : -sideOf(k)) + errorOf(k);
+  }
+  return true;
+}
+
+/// A point that both shadows share is on the inner side of every edge. As a point of the one
+/// triangle it is a mean of three corners, and its height over the plane of the other is the same
+/// mean of theirs. For any m >= 0 the height is at most height + m * side there, and that is at
+/// most its greatest value at the corners.
+//
+// Sides are bounded as in AreUnequalShadowsApart, and heights as in TouchingByHeight.
+template <class Scalar>
+double LeafPair<Scalar>::LastTravel(int movingTriangle, int fixedTriangle) const {
+  const int i = movingTriangle;
+  const int j = fixedTriangle;
+  const bool isMovingSmaller = moving.BoxOf(i).Size() < fixed.BoxOf(j).Size();
+  Shadows shadows;
+  WriteShadows(i, j, isMovingSmaller ? 0 : 3, shadows);
+  const bool isOverFixed = isMovingSmaller ? fixed.error[j] != 0.0 : moving.error[i] == 0.0;
+  const LeafTriangles<Scalar>& planes = isOverFixed ? fixed : moving;
+  const LeafTriangles<Scalar>& points = isOverFixed ? moving : fixed;
+  const int plane = isOverFixed ? j : i;
+  const int point = isOverFixed ? i : j;
+  if (planes.error[plane] == 0.0) return Box<double>::kFar;
+  const double error = planes.error[plane] * (planes.planeReach + points.reach);
+  double height[3];
+  double last = -Box<double>::kFar;
+  for (int c = 0; c < 3; ++c) {
+    const double over =
+        planes.offset[plane] - (planes.normal[0][plane] * points.corner[3 * c][point] +
+                                planes.normal[1][plane] * points.corner[3 * c + 1][point] +
+                                planes.normal[2][plane] * points.corner[3 * c + 2][point]);
+    height[c] = (isOverFixed ? over : -over) + error;
+    last = std::max(last, height[c]);
+  }
+  for (int edge = 0; edge < 3; ++edge) {
+    double side[3];
+    if (WriteInnerSides(shadows, isOverFixed ? 3 : 0, edge, side))
+      last = std::min(last, GreatestWithin(height, side));
+  }
+  return last;
+}
+
 template <class Scalar>
 bool LeafPair<Scalar>::AreApartAtStart(int movingTriangle, int fixedTriangle) const {
   const int i = movingTriangle;
@@ -572,28 +662,65 @@ LeafBeforeBox<Scalar, kMoves>::LeafBeforeBox(const Scene<Scalar>& scene,
 template <class Scalar, bool kMoves>
 bool LeafBeforeBox<Scalar, kMoves>::AreApart(double limit) const {
   for (int k = 0; k < m_leaf.count; ++k) {
-    if (!IsApartByHeight(k, limit) && !IsShadowApart(k)) return false;
+    const Linear height = HeightsOf(k);
+    if (!(height.middle - SpreadOf(height) > limit) && !IsShadowApart(k)) return false;
   }
   return true;
 }
 
-/// The height is linear, so its least value over the box is at a corner of the box. Twice the error
-/// of a point covers the middle and the sides of the box as well.
 template <class Scalar, bool kMoves>
-bool LeafBeforeBox<Scalar, kMoves>::IsApartByHeight(int k, double limit) const {
-  double height = m_leaf.offset[k];
-  double spread = 2.0 * m_leaf.error[k] * (m_leaf.planeReach + m_reach);
-  for (int x = 0; x < 3; ++x) {
-    height -= m_leaf.normal[x][k] * m_middle[x];
-    spread += std::fabs(m_leaf.normal[x][k]) * m_half[x];
+double LeafBeforeBox<Scalar, kMoves>::LastTravel(double from) const {
+  double last = -Box<double>::kFar;
+  for (int k = 0; k < m_leaf.count; ++k)
+    last = std::max(last, LastTravelOf(k, from));
+  return last;
+}
+
+/// A plane without heights, whose error is zero, says nothing.
+template <class Scalar, bool kMoves>
+double LeafBeforeBox<Scalar, kMoves>::LastTravelOf(int k, double from) const {
+  const Linear height = HeightsOf(k);
+  double last = height.error == 0.0 ? Box<double>::kFar : height.middle + SpreadOf(height);
+  if (last < from) return last;
+  Side sides[3];
+  SidesOf(k, sides);
+  for (const Side& side : sides) {
+    if (IsApart(side)) return -Box<double>::kFar;
+    if (height.error != 0.0) last = std::min(last, GreatestWithin(height, side));
   }
-  return (kMoves ? -height : height) - spread > limit;
+  return last;
+}
+
+/// Returns how much a value in the box differs from the value in its middle, at most.
+template <class Scalar, bool kMoves>
+double LeafBeforeBox<Scalar, kMoves>::SpreadOf(const Linear& linear) const {
+  double spread = linear.error;
+  for (int x = 0; x < 3; ++x)
+    spread += std::fabs(linear.slope[x]) * m_half[x];
+  return spread;
+}
+
+/// Returns the travels at which points of the box meet the plane of a triangle. Twice the error of
+/// a point covers the middle and the sides of the box as well.
+template <class Scalar, bool kMoves>
+typename LeafBeforeBox<Scalar, kMoves>::Linear
+LeafBeforeBox<Scalar, kMoves>::HeightsOf(int k) const {
+  const double sign = kMoves ? -1.0 : 1.0;
+  Linear height{};
+  height.middle = m_leaf.offset[k];
+  height.error = 2.0 * m_leaf.error[k] * (m_leaf.planeReach + m_reach);
+  for (int x = 0; x < 3; ++x) {
+    height.middle -= m_leaf.normal[x][k] * m_middle[x];
+    height.slope[x] = -sign * m_leaf.normal[x][k];
+  }
+  height.middle *= sign;
+  return height;
 }
 
 // The bounds are those of unequal shadows; the middle of the box is the origin. The sides of the
 // box add |edge| * half, which is off by less than the bound for a point as far away as the half.
 template <class Scalar, bool kMoves>
-bool LeafBeforeBox<Scalar, kMoves>::IsShadowApart(int k) const {
+void LeafBeforeBox<Scalar, kMoves>::SidesOf(int k, Side (&sides)[3]) const {
   const ShadowPlane plane(m_scene.direction);
   double u[3], v[3], reach[3];
   for (int c = 0; c < 3; ++c) {
@@ -601,11 +728,9 @@ bool LeafBeforeBox<Scalar, kMoves>::IsShadowApart(int k) const {
                          m_leaf.corner[3 * c + 2][k]};
     plane.Project(p, m_middle, u[c], v[c], reach[c]);
   }
-  const double x = m_half[plane.X()];
-  const double y = m_half[plane.Y()];
-  const double z = m_half[plane.Z()];
-  const double size = std::max(x, std::max(y, z));
+  const double size = std::max(m_half[0], std::max(m_half[1], m_half[2]));
   for (int c = 0; c < 3; ++c) {
+    Side& side = sides[c];
     const int next = c == 2 ? 0 : c + 1;
     const int rest = 3 - c - next;
     const int from = reach[c] <= reach[next] ? c : next;
@@ -615,14 +740,53 @@ bool LeafBeforeBox<Scalar, kMoves>::IsShadowApart(int k) const {
     const double scale = 0x1p-46 * (reach[to] + reach[from]);
     const double third = edgeU * (v[rest] - v[from]) - edgeV * (u[rest] - u[from]);
     const double thirdError = scale * (reach[rest] + reach[from]);
-    const double middle = edgeV * u[from] - edgeU * v[from];
-    const double spread = std::fabs(edgeV) * x + std::fabs(edgeU) * y +
-                          std::fabs(edgeU * plane.SlopeY() - edgeV * plane.SlopeX()) * z +
-                          scale * (size + reach[from]);
-    if (middle - spread > std::max(0.0, third + thirdError)) return true;
-    if (middle + spread < std::min(0.0, third - thirdError)) return true;
+    side.least = std::min(0.0, third - thirdError);
+    side.most = std::max(0.0, third + thirdError);
+    side.middle = edgeV * u[from] - edgeU * v[from];
+    side.slope[plane.X()] = -edgeV;
+    side.slope[plane.Y()] = edgeU;
+    side.slope[plane.Z()] = edgeV * plane.SlopeX() - edgeU * plane.SlopeY();
+    side.error = scale * (size + reach[from]);
   }
-  return false;
+}
+
+template <class Scalar, bool kMoves>
+bool LeafBeforeBox<Scalar, kMoves>::IsApart(const Side& side) const {
+  const double spread = SpreadOf(side);
+  return side.middle - spread > side.most || side.middle + spread < side.least;
+}
+
+template <class Scalar, bool kMoves>
+bool LeafBeforeBox<Scalar, kMoves>::IsShadowApart(int k) const {
+  Side sides[3];
+  SidesOf(k, sides);
+  return IsApart(sides[0]) || IsApart(sides[1]) || IsApart(sides[2]);
+}
+
+/// Returns at least the height of every point of the box that is on the inner side of an edge.
+//
+// There the side is not negative, so that for any m >= 0 the height is at most height + m * side,
+// which is linear again. Its greatest value over the box is least where it does not change along
+// one of the axes.
+template <class Scalar, bool kMoves>
+double LeafBeforeBox<Scalar, kMoves>::GreatestWithin(const Linear& height, const Side& side) const {
+  if ((side.least < 0.0) == (side.most > 0.0)) return Box<double>::kFar;
+  const double sign = side.most > 0.0 ? 1.0 : -1.0;
+  double least = Box<double>::kFar;
+  for (int axis = 0; axis < 3; ++axis) {
+    const double factor = -height.slope[axis] / (sign * side.slope[axis]);
+    if (!(factor > 0.0 && factor < Box<double>::kFar)) continue;
+    const double signedFactor = sign * factor;
+    double greatest =
+        height.middle + signedFactor * side.middle + height.error + factor * side.error;
+    double terms = std::fabs(height.middle) + factor * std::fabs(side.middle);
+    for (int x = 0; x < 3; ++x) {
+      greatest += std::fabs(height.slope[x] + signedFactor * side.slope[x]) * m_half[x];
+      terms += (std::fabs(height.slope[x]) + factor * std::fabs(side.slope[x])) * m_half[x];
+    }
+    least = std::min(least, greatest + terms * kCombined);
+  }
+  return least;
 }
 
 template struct LeafTriangles<float>;

@@ -48,9 +48,9 @@ enum class WalkEnd { Done, Stopped, Cancelled };
 ///   bool Judge(const NodePair&)      looks at a pair of leaves; false ends the walk
 ///   std::size_t ExtraVisits()        optional: so many visits Judge() has cost so far, beside its
 ///                                    own; they count towards calling the watch
-///   unsigned Raise<bool>(pair, boxes, mask, first)
-///                                    optional: raises the first travels of the children in `mask`,
-///                                    which have these boxes; returns those that are left
+///   unsigned Raise<bool>(pair, boxes, mask, from)
+///                                    optional: raises `from` (see NodePair) of the children in
+///                                    `mask`, which have these boxes; returns those that are left
 template <class Scalar, class Judgement>
 class Walk {
 public:
@@ -101,9 +101,9 @@ private:
   }
   template <bool kMoving, class Any>
   static auto Raised(Any& judgement, const NodePair<Scalar>& pair, const Boxes<Scalar>& boxes,
-                     unsigned mask, Four<Scalar>& first, int)
-      -> decltype(judgement.template Raise<kMoving>(pair, boxes, mask, first)) {
-    return judgement.template Raise<kMoving>(pair, boxes, mask, first);
+                     unsigned mask, Four<Scalar>& from, int)
+      -> decltype(judgement.template Raise<kMoving>(pair, boxes, mask, from)) {
+    return judgement.template Raise<kMoving>(pair, boxes, mask, from);
   }
   template <bool kMoving, class Any>
   static unsigned Raised(Any&, const NodePair<Scalar>&, const Boxes<Scalar>&, unsigned mask,
@@ -311,12 +311,13 @@ void Walk<Scalar, Judgement>::Expand(const NodePair<Scalar>& pair) {
       mask &= m_scene.template ThatMayMeet<kMoving>(pair.fixedBody, index);
   }
   if (mask != 0) mask = Narrow<kMoving>(pair, boxes, index, other, mask, first, last);
-  if (mask != 0) mask = Raised<kMoving>(m_judgement, pair, node.boxes, mask, first, 0);
+  Four<Scalar> from = kFromEnd ? -last : first;
+  if (mask != 0) mask = Raised<kMoving>(m_judgement, pair, node.boxes, mask, from, 0);
   if (mask == 0) {
     m_done += static_cast<double>(pair.share);
     return;
   }
-  PushSurvivors<kMoving>(pair, index, mask, kFromEnd ? -last : first);
+  PushSurvivors<kMoving>(pair, index, mask, from);
 }
 
 /// Applies the slabs, in float, where they are made.

@@ -21,6 +21,11 @@ struct Counting {
   static constexpr bool kFromEnd = true;
   TravelRange<Scalar> Range() const { return judgement.Range(); }
   bool IsSettled(const NodePair<Scalar>& pair) { return judgement.IsSettled(pair); }
+  template <bool kMoving>
+  unsigned Raise(const NodePair<Scalar>& pair, const Boxes<Scalar>& boxes, unsigned mask,
+                 Four<Scalar>& from) {
+    return judgement.template Raise<kMoving>(pair, boxes, mask, from);
+  }
   bool Judge(const NodePair<Scalar>& pair) {
     ++judged;
     return judgement.Judge(pair);
@@ -165,6 +170,32 @@ TEST(LastContact, IsFoundBesideTrianglesFarLargerThanTheOthers) {
     EXPECT_EQ(found.best.moving, expected.moving);
     EXPECT_EQ(found.best.fixed, expected.fixed);
     EXPECT_EQ(found.best.contact.travel, expected.contact.travel);
+  }
+}
+
+/// A narrow triangle leads from the lower body to a point far away, under the whole upper body.
+TEST(LastContact, FewLeavesAreJudgedBesideATriangleThatLeadsFarAway) {
+  for (const bool moves : {false, true}) {
+    Mesh lower = Bowl(32, 0.25);
+    const double far = 1e6;
+    sweep_shapes::AddTriangle(lower, {-1.0, -1.0, 0.5}, {-1.0, -0.96875, 0.5},
+                              {0.5 * far, far, -far});
+    Mesh upper = sweep_shapes::Moved(Bowl(32, -0.25), {0.0, 0.0, 4.0});
+    if (moves) {
+      for (Mesh* mesh : {&lower, &upper}) {
+        for (Coord3& p : mesh->corners)
+          p = {-p.x, -p.y, -p.z};
+      }
+    }
+    const Mesh& moving = moves ? lower : upper;
+    const Mesh& fixed = moves ? upper : lower;
+    const FoundPair expected = LastOfAllPairs(moving, fixed);
+    for (const Found& found : {LastOf<float>(moving, fixed), LastOf<double>(moving, fixed)}) {
+      EXPECT_EQ(found.best.moving, expected.moving);
+      EXPECT_EQ(found.best.fixed, expected.fixed);
+      EXPECT_EQ(found.best.contact.travel, expected.contact.travel);
+      EXPECT_LT(found.judged, 30u);
+    }
   }
 }
 

@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 
 namespace {
@@ -35,7 +36,7 @@ Mesh SomeTriangle(std::mt19937_64& random, const Coord3& around, double size) {
 
 struct Counts {
   int ahead = 0, touching = 0, apart = 0, byHeight = 0, byShadow = 0, atStart = 0, byBox = 0;
-  int parting = 0, afterByHeight = 0;
+  int parting = 0, afterByHeight = 0, afterBox = 0, afterPair = 0;
 };
 
 /// No filter of a pair contradicts the exact judgement.
@@ -76,6 +77,15 @@ void Compare(const Mesh& moving, const Mesh& fixed, const Coord3& vector, const 
     Four<Scalar> from, to;
     EXPECT_EQ(pair.Reached(0, 0, {scene.AtMost(end), Box<Scalar>::kFar}, from, to) & 1u, 1u);
     counts.afterByHeight += (pair.TouchingByHeight(0, 0, 1.1 * end) & 1u) == 0 ? 1 : 0;
+    const double ofMoving =
+        LeafBeforeBox<Scalar, true>(scene, left, right.BoxOf(0)).LastTravel(-kInfinity);
+    const double ofFixed =
+        LeafBeforeBox<Scalar, false>(scene, right, left.BoxOf(0)).LastTravel(-kInfinity);
+    EXPECT_GE(ofMoving, end);
+    EXPECT_GE(ofFixed, end);
+    EXPECT_GE(pair.LastTravel(0, 0), end);
+    counts.afterPair += pair.LastTravel(0, 0) < 1.001 * end ? 1 : 0;
+    counts.afterBox += std::min(ofMoving, ofFixed) < static_cast<double>(to[0]) ? 1 : 0;
   }
   const bool isShadowApart = pair.AreShadowsApart(0, 0);
   const bool isApartAtStart = pair.AreApartAtStart(0, 0);
@@ -143,6 +153,8 @@ void CompareMany() {
   EXPECT_GT(counts.touching, 1000);
   EXPECT_GT(counts.byHeight, counts.ahead / 2);
   EXPECT_GT(counts.afterByHeight, counts.parting / 2);
+  EXPECT_GT(counts.afterBox, counts.parting / 4);
+  EXPECT_GT(counts.afterPair, counts.parting / 2);
   EXPECT_GT(counts.byShadow, counts.apart / 2);
   EXPECT_GT(counts.byBox, counts.apart / 4);
   EXPECT_GT(counts.atStart, 5000);
@@ -159,10 +171,12 @@ TEST(LeafPair, FiltersNeverContradictTheExactJudgementInDouble) {
 /// A thin triangle that leads to a point as far away as a stray vertex. The direction vector has
 /// length 1/2 along z.
 struct Fan {
-  Fan(const Mesh& triangle, bool fanMoves)
-      : fan(MeshOf({0.0, 0.0, 0.0}, {0.125, 0.0, 0.0}, {0.0, 0x1p100, 0.0})), one(triangle),
-        fanBody(ViewOf(fan)), oneBody(ViewOf(one)), bodies{fanMoves ? &fanBody : &oneBody,
-                                                           {fanMoves ? &oneBody : &fanBody}},
+  /// The plane of the fan is z = slope * x.
+  Fan(const Mesh& triangle, bool fanMoves, double slope = 0.0)
+      : fan(MeshOf({0.0, 0.0, 0.0}, {0.125, 0.0, 0.125 * slope}, {0.0, 0x1p100, 0.0})),
+        one(triangle), fanBody(ViewOf(fan)),
+        oneBody(ViewOf(one)), bodies{fanMoves ? &fanBody : &oneBody,
+                                     {fanMoves ? &oneBody : &fanBody}},
         direction({0.0, 0.25, fanMoves ? 1.0 : -1.0}), scale(0x1p101),
         scene(bodies, direction, scale, Question(), true) {}
 
@@ -220,6 +234,66 @@ TEST(LeafBeforeBox, DecidesBesideATriangleThatLeadsFarAway) {
     Fan besideToo(at(-0.0625001), fanMoves);
     EXPECT_TRUE(areApart(besideToo, fanMoves, kInfinity));
   }
+}
+
+TEST(LeafBeforeBox, BoundsTheLastTravelBesideATriangleThatLeadsFarAway) {
+  const auto at = [](double x) {
+    return Fan::MeshOf({x, 5.0, 1.0}, {x, 5.125, 1.0}, {x + 0.0625, 5.0, 1.125});
+  };
+  const auto lastTravel = [](Fan& fan, bool fanMoves) {
+    const LeafTriangles<float>& moving = fan.moving.Moving(fan.scene, 0);
+    const LeafTriangles<float>& fixed = fan.fixed.Fixed(fan.scene, 0, 0);
+    return fanMoves ? LeafBeforeBox<float, true>(fan.scene, moving, fixed.BoxOf(0))
+                          .LastTravel(-kInfinity)
+                    : LeafBeforeBox<float, false>(fan.scene, fixed, moving.BoxOf(0))
+                          .LastTravel(-kInfinity);
+  };
+  for (const bool fanMoves : {false, true}) {
+    // The box ends at a height of 9/8 over the plane of the fan.
+    Fan over(at(0.03125), fanMoves);
+    EXPECT_GE(lastTravel(over, fanMoves), 2.25);
+    EXPECT_LE(lastTravel(over, fanMoves), 2.25 + 0x1p-40);
+    Fan beside(at(0.1250001), fanMoves);
+    EXPECT_EQ(lastTravel(beside, fanMoves), -kInfinity);
+    Fan besideToo(at(-0.0625001), fanMoves);
+    EXPECT_EQ(lastTravel(besideToo, fanMoves), -kInfinity);
+    // What is beyond the fan has passed it.
+    Fan beyond(Fan::MeshOf({0.03125, 5.0, -1.0}, {0.03125, 5.125, -1.0}, {0.0625, 5.0, -1.125}),
+               fanMoves);
+    EXPECT_LE(lastTravel(beyond, fanMoves), -2.0 + 0x1p-40);
+    EXPECT_GE(lastTravel(beyond, fanMoves), -2.0);
+  }
+}
+
+/// The travel to the plane of the fan is 2 * z - 16 * x, and the fan begins at x = 0.
+TEST(LeafBeforeBox, BoundsTheLastTravelWithinTheEdgesOfATriangle) {
+  const Mesh one = Fan::MeshOf({-1.0, 5.0, 1.0}, {1.0, 5.0, 1.0}, {1.0, 5.125, 1.0});
+  for (const bool fanMoves : {false, true}) {
+    Fan wide(one, fanMoves, 8.0);
+    const LeafPair<float> pair = wide.Pair();
+    ASSERT_FALSE(pair.AreShadowsApart(0, 0));
+    const double ofBox =
+        fanMoves ? LeafBeforeBox<float, true>(wide.scene, pair.moving, pair.fixed.BoxOf(0))
+                       .LastTravel(0.0)
+                 : LeafBeforeBox<float, false>(wide.scene, pair.fixed, pair.moving.BoxOf(0))
+                       .LastTravel(0.0);
+    for (const double last : {ofBox, pair.LastTravel(0, 0)}) {
+      EXPECT_GE(last, 2.0);
+      EXPECT_LE(last, 2.0 + 0x1p-30);
+    }
+  }
+}
+
+/// Such a triangle has no height over its plane.
+TEST(LeafBeforeBox, DoesNotBoundTheLastTravelOfATriangleAlongTheDirection) {
+  Fan edgeOn(Fan::MeshOf({0.03125, 5.0, 1.0}, {0.0625, 5.0, 1.0}, {0.03125, 5.25, 0.0}), false);
+  const LeafTriangles<float>& moving = edgeOn.moving.Moving(edgeOn.scene, 0);
+  const LeafTriangles<float>& fixed = edgeOn.fixed.Fixed(edgeOn.scene, 0, 0);
+  const LeafBeforeBox<float, true> before(edgeOn.scene, moving, fixed.BoxOf(0));
+  EXPECT_EQ(before.LastTravel(-kInfinity), kInfinity);
+  // The plane of the fan, which is larger, still bounds the pair.
+  EXPECT_GE(edgeOn.Pair().LastTravel(0, 0), 2.0);
+  EXPECT_LE(edgeOn.Pair().LastTravel(0, 0), 2.0 + 0x1p-30);
 }
 
 TEST(LeafPair, CopiesOfTheTriangleBeforeAreNotDistinct) {
