@@ -45,8 +45,10 @@ void MapVertices(IndexedMesh& mesh, const Map& map) {
   }
 }
 
+/// gcc 12 leaves out the rounding of two neighbours at -O2 unless the result is stored.
 double Single(double c) {
-  return static_cast<double>(static_cast<float>(c));
+  volatile float single = static_cast<float>(c);
+  return static_cast<double>(single);
 }
 
 void RoundToSingle(Scene& scene) {
