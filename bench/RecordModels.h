@@ -11,9 +11,11 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <memory>
+#include <utility>
 #include <vector>
 
-/// The objects that bench_records saves, and the same contents as plain structs, which the other
+/// The objects that bench_records saves, and the same contents as plain objects, which the other
 /// libraries restore.
 namespace record_models {
 
@@ -31,43 +33,94 @@ struct Uid {
   std::uint64_t prefix, serial;
 };
 
-struct Point {
+// A plain object has a virtual function, an identity and a list where the object of the library has
+// them, so that both are equally large.
+
+struct Point final {
+  Point(double x0, double y0, double z0, const Uid& identity)
+      : x(x0), y(y0), z(z0), uid(identity) {}
+  virtual void Visit() const {}
+
   double x, y, z;
   Uid uid;
 };
 
-struct Vector {
+struct Vector final {
+  Vector(double x0, double y0, double z0, double length, const Uid& identity)
+      : x(x0), y(y0), z(z0), magnitude(length), uid(identity) {}
+  virtual void Visit() const {}
+
   double x, y, z, magnitude;
+  Uid uid;
 };
 
-struct Dot {
+struct Dot final {
+  Dot(const Uid& identity, const Point& p, std::int32_t how, std::int32_t instance,
+      std::int32_t entity)
+      : uid(identity), point(p), method(how), instanceId(instance), entityId(entity) {}
+  virtual void Visit() const {}
+
   Uid uid;
   Point point;
   std::int32_t method, instanceId, entityId;
 };
 
-/// A plane or an axis.
-struct Datum {
+struct Ids {
+  std::vector<std::uint32_t> ids;
   Uid uid;
+};
+
+/// A plane or an axis.
+struct Datum final {
+  Datum(const Uid& identity, const Point& p, const Vector& v, std::int32_t how, bool isFlipped,
+        bool isOk, Ids parents, std::int32_t owner)
+      : point(p), direction(v), method(how), flip(isFlipped), ok(isOk),
+        parentIds(std::move(parents)), ownerFeatId(owner), uid(identity) {}
+  virtual void Visit() const {}
+
   Point point;
   Vector direction;
   std::int32_t method;
   bool flip, ok;
-  std::vector<std::uint32_t> parentIds;
+  Ids parentIds;
   std::int32_t ownerFeatId;
+  Uid uid;
 };
 
 /// A segment or a box.
-struct Two {
-  Uid uid;
+struct Two final {
+  Two(const Uid& identity, const Point& a, const Point& b) : first(a), second(b), uid(identity) {}
+  virtual void Visit() const {}
+
   Point first, second;
+  Uid uid;
 };
+
+static_assert(sizeof(Point) == sizeof(gsl_Point));
+static_assert(sizeof(Vector) == sizeof(gsl_PersistentVector));
+static_assert(sizeof(Dot) == sizeof(gsl_Dot));
+// A plane is eight bytes larger than an axis.
+static_assert(sizeof(Datum) == sizeof(gsl_StLine) && sizeof(Datum) + 8 == sizeof(gsl_Plane));
+static_assert(sizeof(Two) == sizeof(gsl_Segment) && sizeof(Two) == sizeof(gsl_BBox));
 
 struct PlainModel {
   std::vector<Dot> dots;
+  std::vector<std::unique_ptr<Dot>> array;
   std::vector<Datum> planes, axes;
   std::vector<Two> segments, boxes;
 };
+
+// The classes keep the identity of a direction to themselves, and the records have it. An explicit
+// instantiation may name a private member.
+const gsl_PersistentVector& DirectionOf(const gsl_Plane& plane);
+const gsl_PersistentVector& DirectionOf(const gsl_StLine& axis);
+
+template <class C, gsl_PersistentVector C::*kMember>
+struct Revealed {
+  friend const gsl_PersistentVector& DirectionOf(const C& datum) { return datum.*kMember; }
+};
+template struct Revealed<gsl_Plane, &gsl_Plane::m_normal>;
+template struct Revealed<gsl_StLine, &gsl_StLine::m_direction>;
 
 inline Uid PlainOf(const cls_Uid& uid) {
   return {uid.Prefix(), uid.Serial()};
@@ -77,8 +130,13 @@ inline Point PlainOf(const gsl_Point& p) {
   return {p.x, p.y, p.z, PlainOf(p.uid)};
 }
 
-inline Vector PlainOf(const gsl_Vector& v) {
-  return {v.x, v.y, v.z, v.magnitude};
+inline Vector PlainOf(const gsl_PersistentVector& direction) {
+  const gsl_Vector& v = direction.Vector();
+  return {v.x, v.y, v.z, v.magnitude, PlainOf(direction.Uid())};
+}
+
+inline Ids PlainOf(const cls_xp1DArrayListUint& list) {
+  return {{list.begin(), list.end()}, PlainOf(list.Uid())};
 }
 
 inline Dot PlainOf(const gsl_Dot& dot) {
@@ -99,25 +157,12 @@ template <class C>
 Datum PlainOf(const C& datum) {
   return {PlainOf(datum.Uid()),
           PlainOf(datum.PointOn()),
-          PlainOf(datum.Direction()),
+          PlainOf(DirectionOf(datum)),
           datum.Method(),
           datum.Flip(),
           datum.Ok(),
-          std::vector<std::uint32_t>(datum.ParentIds().begin(), datum.ParentIds().end()),
+          PlainOf(datum.ParentIds()),
           datum.OwnerFeatID()};
-}
-
-/// Calls `visit` with every datum point, those of the array last.
-template <class Visit>
-void ForEachDot(const Model& model, const Visit& visit) {
-  for (const gsl_Dot& dot : model.dots)
-    visit(dot);
-  for (const gsl_Dot* dot : model.array)
-    visit(*dot);
-}
-
-inline std::size_t DotCount(const Model& model) {
-  return model.dots.size() + model.array.Count();
 }
 
 /// A number that depends on every bit and on the order, to compare what was restored.
@@ -151,10 +196,12 @@ public:
     for (const double c :
          {datum.direction.x, datum.direction.y, datum.direction.z, datum.direction.magnitude})
       Add(c);
+    Add(datum.direction.uid);
     for (const std::int32_t number : {datum.method, datum.flip ? 1 : 0, datum.ok ? 1 : 0})
       Add(number);
-    for (const std::uint32_t id : datum.parentIds)
+    for (const std::uint32_t id : datum.parentIds.ids)
       Add(std::uint64_t{id});
+    Add(datum.parentIds.uid);
     Add(datum.ownerFeatId);
   }
   void Add(const Two& two) {
@@ -171,7 +218,10 @@ private:
 
 inline std::uint64_t DigestOf(const Model& model) {
   Digest digest;
-  ForEachDot(model, [&](const gsl_Dot& dot) { digest.Add(PlainOf(dot)); });
+  for (const gsl_Dot& dot : model.dots)
+    digest.Add(PlainOf(dot));
+  for (const gsl_Dot* dot : model.array)
+    digest.Add(PlainOf(*dot));
   for (const gsl_Plane& plane : model.planes)
     digest.Add(PlainOf(plane));
   for (const gsl_StLine& axis : model.axes)
@@ -187,6 +237,8 @@ inline std::uint64_t DigestOf(const PlainModel& model) {
   Digest digest;
   for (const Dot& dot : model.dots)
     digest.Add(dot);
+  for (const std::unique_ptr<Dot>& dot : model.array)
+    digest.Add(*dot);
   for (const std::vector<Datum>* datums : {&model.planes, &model.axes}) {
     for (const Datum& datum : *datums)
       digest.Add(datum);

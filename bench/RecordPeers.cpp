@@ -2,8 +2,10 @@
 
 #include <cstdint>
 #include <cstring>
+#include <memory>
 #include <stdexcept>
 #include <utility>
+#include <vector>
 
 #if defined(BENCH_PROTOBUF)
 #include <google/protobuf/arena.h>
@@ -42,11 +44,13 @@ void Fill(pb::Point& to, const gsl_Point& p) {
   Fill(*to.mutable_uid(), p.uid);
 }
 
-void Fill(pb::Vector& to, const gsl_Vector& v) {
+void Fill(pb::Vector& to, const gsl_PersistentVector& direction) {
+  const gsl_Vector& v = direction.Vector();
   to.set_x(v.x);
   to.set_y(v.y);
   to.set_z(v.z);
   to.set_magnitude(v.magnitude);
+  Fill(*to.mutable_uid(), direction.Uid());
 }
 
 void Fill(pb::Dot& to, const gsl_Dot& dot) {
@@ -61,11 +65,12 @@ template <class C>
 void Fill(pb::Datum& to, const C& datum) {
   Fill(*to.mutable_uid(), datum.Uid());
   Fill(*to.mutable_point(), datum.PointOn());
-  Fill(*to.mutable_direction(), datum.Direction());
+  Fill(*to.mutable_direction(), DirectionOf(datum));
   to.set_method(datum.Method());
   to.set_flip(datum.Flip());
   to.set_ok(datum.Ok());
   to.mutable_parent_ids()->Add(datum.ParentIds().begin(), datum.ParentIds().end());
+  Fill(*to.mutable_parents_uid(), datum.ParentIds().Uid());
   to.set_owner_feat_id(datum.OwnerFeatID());
 }
 
@@ -78,8 +83,12 @@ void Fill(pb::Two& to, const cls_Uid& uid, const gsl_Point& first, const gsl_Poi
 Written Write(const Model& model) {
   google::protobuf::Arena arena;
   auto* const all = google::protobuf::Arena::CreateMessage<pb::Model>(&arena);
-  all->mutable_dots()->Reserve(static_cast<int>(DotCount(model)));
-  ForEachDot(model, [&](const gsl_Dot& dot) { Fill(*all->add_dots(), dot); });
+  all->mutable_dots()->Reserve(static_cast<int>(model.dots.size()));
+  for (const gsl_Dot& dot : model.dots)
+    Fill(*all->add_dots(), dot);
+  all->mutable_array()->Reserve(static_cast<int>(model.array.Count()));
+  for (const gsl_Dot* dot : model.array)
+    Fill(*all->add_array(), *dot);
   for (const gsl_Plane& plane : model.planes)
     Fill(*all->add_planes(), plane);
   for (const gsl_StLine& axis : model.axes)
@@ -101,7 +110,7 @@ Point Of(const pb::Point& p) {
 }
 
 Vector Of(const pb::Vector& v) {
-  return {v.x(), v.y(), v.z(), v.magnitude()};
+  return {v.x(), v.y(), v.z(), v.magnitude(), Of(v.uid())};
 }
 
 Dot Of(const pb::Dot& dot) {
@@ -115,7 +124,7 @@ Datum Of(const pb::Datum& datum) {
           datum.method(),
           datum.flip(),
           datum.ok(),
-          std::vector<std::uint32_t>(datum.parent_ids().begin(), datum.parent_ids().end()),
+          {{datum.parent_ids().begin(), datum.parent_ids().end()}, Of(datum.parents_uid())},
           datum.owner_feat_id()};
 }
 
@@ -130,6 +139,14 @@ void Restore(Items& items, const From& from) {
     items.push_back(Of(item));
 }
 
+/// Each object of an array is an object of its own, as those of the library are.
+template <class From>
+void Restore(std::vector<std::unique_ptr<Dot>>& items, const From& from) {
+  items.reserve(static_cast<std::size_t>(from.size()));
+  for (const auto& item : from)
+    items.push_back(std::make_unique<Dot>(Of(item)));
+}
+
 PlainModel Read(const Written& written) {
   google::protobuf::Arena arena;
   auto* const all = google::protobuf::Arena::CreateMessage<pb::Model>(&arena);
@@ -138,6 +155,7 @@ PlainModel Read(const Written& written) {
   }
   PlainModel model;
   Restore(model.dots, all->dots());
+  Restore(model.array, all->array());
   Restore(model.planes, all->planes());
   Restore(model.axes, all->axes());
   Restore(model.segments, all->segments());
@@ -175,9 +193,10 @@ Offset<fb::Datum> DatumIn(FlatBufferBuilder& builder, const C& datum) {
   const fb::Uid uid = UidOf(datum.Uid());
   const fb::Point point = PointOf(datum.PointOn());
   const gsl_Vector& v = datum.Direction();
-  const fb::Vector direction(v.x, v.y, v.z, v.magnitude);
+  const fb::Vector direction(v.x, v.y, v.z, v.magnitude, UidOf(DirectionOf(datum).Uid()));
+  const fb::Uid parentsUid = UidOf(datum.ParentIds().Uid());
   return fb::CreateDatum(builder, &uid, &point, &direction, datum.Method(), datum.Flip(),
-                         datum.Ok(), parents, datum.OwnerFeatID());
+                         datum.Ok(), parents, datum.OwnerFeatID(), &parentsUid);
 }
 
 Offset<fb::Two> TwoIn(FlatBufferBuilder& builder, const cls_Uid& uid, const gsl_Point& first,
@@ -188,11 +207,19 @@ Offset<fb::Two> TwoIn(FlatBufferBuilder& builder, const cls_Uid& uid, const gsl_
   return fb::CreateTwo(builder, &ownUid, &a, &b);
 }
 
-/// Makes an item of each object of a list. Returns the vector of the items.
+Offset<fb::Dot> DotIn(FlatBufferBuilder& builder, const gsl_Dot& dot) {
+  const fb::Uid uid = UidOf(dot.Uid());
+  const fb::Point point = PointOf(dot.GetPoint());
+  return fb::CreateDot(builder, &uid, &point, dot.GetMethod(), dot.GetInstanceId(),
+                       dot.GetEntityId());
+}
+
+/// Makes an item of each of `count` objects. Returns the vector of the items.
 template <class Item, class Objects, class Make>
-auto ListIn(FlatBufferBuilder& builder, const Objects& objects, const Make& make) {
+auto ListIn(FlatBufferBuilder& builder, const Objects& objects, std::size_t count,
+            const Make& make) {
   std::vector<Offset<Item>> items;
-  items.reserve(objects.size());
+  items.reserve(count);
   for (const auto& object : objects)
     items.push_back(make(object));
   return builder.CreateVector(items);
@@ -200,25 +227,22 @@ auto ListIn(FlatBufferBuilder& builder, const Objects& objects, const Make& make
 
 Written Write(const Model& model) {
   FlatBufferBuilder builder(std::size_t{1} << 20);
-  std::vector<Offset<fb::Dot>> dots;
-  dots.reserve(DotCount(model));
-  ForEachDot(model, [&](const gsl_Dot& dot) {
-    const fb::Uid uid = UidOf(dot.Uid());
-    const fb::Point point = PointOf(dot.GetPoint());
-    dots.push_back(fb::CreateDot(builder, &uid, &point, dot.GetMethod(), dot.GetInstanceId(),
-                                 dot.GetEntityId()));
-  });
-  const auto allDots = builder.CreateVector(dots);
+  const auto dots = ListIn<fb::Dot>(builder, model.dots, model.dots.size(),
+                                    [&](const gsl_Dot& dot) { return DotIn(builder, dot); });
+  const auto array = ListIn<fb::Dot>(builder, model.array, model.array.Count(),
+                                     [&](const gsl_Dot* dot) { return DotIn(builder, *dot); });
   const auto datum = [&](const auto& object) { return DatumIn(builder, object); };
-  const auto planes = ListIn<fb::Datum>(builder, model.planes, datum);
-  const auto axes = ListIn<fb::Datum>(builder, model.axes, datum);
-  const auto segments = ListIn<fb::Two>(builder, model.segments, [&](const gsl_Segment& segment) {
-    return TwoIn(builder, segment.Uid(), segment.Point1(), segment.Point2());
-  });
-  const auto boxes = ListIn<fb::Two>(builder, model.boxes, [&](const gsl_BBox& box) {
-    return TwoIn(builder, box.Uid(), box.min, box.max);
-  });
-  builder.Finish(fb::CreateModel(builder, allDots, planes, axes, segments, boxes));
+  const auto planes = ListIn<fb::Datum>(builder, model.planes, model.planes.size(), datum);
+  const auto axes = ListIn<fb::Datum>(builder, model.axes, model.axes.size(), datum);
+  const auto segments = ListIn<fb::Two>(
+      builder, model.segments, model.segments.size(), [&](const gsl_Segment& segment) {
+        return TwoIn(builder, segment.Uid(), segment.Point1(), segment.Point2());
+      });
+  const auto boxes =
+      ListIn<fb::Two>(builder, model.boxes, model.boxes.size(), [&](const gsl_BBox& box) {
+        return TwoIn(builder, box.Uid(), box.min, box.max);
+      });
+  builder.Finish(fb::CreateModel(builder, dots, planes, axes, segments, boxes, array));
   const auto bytes = std::make_shared<flatbuffers::DetachedBuffer>(builder.Release());
   return {bytes, bytes->data(), bytes->size()};
 }
@@ -239,11 +263,11 @@ Datum Of(const fb::Datum& datum) {
   const fb::Vector& v = *datum.direction();
   return {Of(*datum.uid()),
           Of(*datum.point()),
-          {v.x(), v.y(), v.z(), v.magnitude()},
+          {v.x(), v.y(), v.z(), v.magnitude(), Of(v.uid())},
           datum.method(),
           datum.flip(),
           datum.ok(),
-          std::vector<std::uint32_t>(datum.parent_ids()->begin(), datum.parent_ids()->end()),
+          {{datum.parent_ids()->begin(), datum.parent_ids()->end()}, Of(*datum.parents_uid())},
           datum.owner_feat_id()};
 }
 
@@ -258,6 +282,13 @@ void Restore(Items& items, const From* from) {
     items.push_back(Of(*item));
 }
 
+template <class From>
+void Restore(std::vector<std::unique_ptr<Dot>>& items, const From* from) {
+  items.reserve(from->size());
+  for (const auto* item : *from)
+    items.push_back(std::make_unique<Dot>(Of(*item)));
+}
+
 PlainModel Read(const Written& written) {
   constexpr flatbuffers::uoffset_t kMostDepth = 64;
   constexpr flatbuffers::uoffset_t kMostTables = 100000000;
@@ -268,6 +299,7 @@ PlainModel Read(const Written& written) {
   const fb::Model* const all = fb::GetModel(written.begin);
   PlainModel model;
   Restore(model.dots, all->dots());
+  Restore(model.array, all->array());
   Restore(model.planes, all->planes());
   Restore(model.axes, all->axes());
   Restore(model.segments, all->segments());
@@ -303,11 +335,13 @@ void Fill(cp::Point::Builder to, const gsl_Point& p) {
   Fill(to.initUid(), p.uid);
 }
 
-void Fill(cp::Vector::Builder to, const gsl_Vector& v) {
+void Fill(cp::Vector::Builder to, const gsl_PersistentVector& direction) {
+  const gsl_Vector& v = direction.Vector();
   to.setX(v.x);
   to.setY(v.y);
   to.setZ(v.z);
   to.setMagnitude(v.magnitude);
+  Fill(to.initUid(), direction.Uid());
 }
 
 void Fill(cp::Dot::Builder to, const gsl_Dot& dot) {
@@ -322,12 +356,13 @@ template <class C>
 void Fill(cp::Datum::Builder to, const C& datum) {
   Fill(to.initUid(), datum.Uid());
   Fill(to.initPoint(), datum.PointOn());
-  Fill(to.initDirection(), datum.Direction());
+  Fill(to.initDirection(), DirectionOf(datum));
   to.setMethod(datum.Method());
   to.setFlip(datum.Flip());
   to.setOk(datum.Ok());
   to.setParentIds(kj::arrayPtr(datum.ParentIds().begin(), datum.ParentIds().Count()));
   to.setOwnerFeatId(datum.OwnerFeatID());
+  Fill(to.initParentsUid(), datum.ParentIds().Uid());
 }
 
 void Fill(cp::Two::Builder to, const gsl_Segment& segment) {
@@ -352,9 +387,10 @@ void FillList(List list, const Objects& objects) {
 Written Write(const Model& model) {
   capnp::MallocMessageBuilder message;
   auto all = message.initRoot<cp::Model>();
-  auto dots = all.initDots(static_cast<unsigned int>(DotCount(model)));
-  unsigned int i = 0;
-  ForEachDot(model, [&](const gsl_Dot& dot) { Fill(dots[i++], dot); });
+  FillList(all.initDots(static_cast<unsigned int>(model.dots.size())), model.dots);
+  auto array = all.initArray(model.array.Count());
+  for (unsigned int i = 0; i < model.array.Count(); ++i)
+    Fill(array[i], *model.array[i]);
   FillList(all.initPlanes(static_cast<unsigned int>(model.planes.size())), model.planes);
   FillList(all.initAxes(static_cast<unsigned int>(model.axes.size())), model.axes);
   FillList(all.initSegments(static_cast<unsigned int>(model.segments.size())), model.segments);
@@ -372,7 +408,7 @@ Point Of(cp::Point::Reader p) {
 }
 
 Vector Of(cp::Vector::Reader v) {
-  return {v.getX(), v.getY(), v.getZ(), v.getMagnitude()};
+  return {v.getX(), v.getY(), v.getZ(), v.getMagnitude(), Of(v.getUid())};
 }
 
 Dot Of(cp::Dot::Reader dot) {
@@ -385,9 +421,14 @@ Datum Of(cp::Datum::Reader datum) {
   parentIds.reserve(datum.getParentIds().size());
   for (const std::uint32_t id : datum.getParentIds())
     parentIds.push_back(id);
-  return {Of(datum.getUid()),   Of(datum.getPoint()),  Of(datum.getDirection()),
-          datum.getMethod(),    datum.getFlip(),       datum.getOk(),
-          std::move(parentIds), datum.getOwnerFeatId()};
+  return {Of(datum.getUid()),
+          Of(datum.getPoint()),
+          Of(datum.getDirection()),
+          datum.getMethod(),
+          datum.getFlip(),
+          datum.getOk(),
+          {std::move(parentIds), Of(datum.getParentsUid())},
+          datum.getOwnerFeatId()};
 }
 
 Two Of(cp::Two::Reader two) {
@@ -401,6 +442,13 @@ void Restore(Items& items, const From& from) {
     items.push_back(Of(item));
 }
 
+template <class From>
+void Restore(std::vector<std::unique_ptr<Dot>>& items, const From& from) {
+  items.reserve(from.size());
+  for (const auto item : from)
+    items.push_back(std::make_unique<Dot>(Of(item)));
+}
+
 PlainModel Read(const Written& written) {
   capnp::ReaderOptions options;
   options.traversalLimitInWords = ~std::uint64_t{0};
@@ -410,6 +458,7 @@ PlainModel Read(const Written& written) {
   const auto all = message.getRoot<cp::Model>();
   PlainModel model;
   Restore(model.dots, all.getDots());
+  Restore(model.array, all.getArray());
   Restore(model.planes, all.getPlanes());
   Restore(model.axes, all.getAxes());
   Restore(model.segments, all.getSegments());

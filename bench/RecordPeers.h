@@ -22,7 +22,7 @@ struct Peer {
   const char* name;
   std::string version;
   Written (*write)(const record_models::Model& model);
-  /// Checks the bytes and restores the contents as plain structs.
+  /// Checks the bytes and restores the contents as plain objects.
   record_models::PlainModel (*read)(const Written& written);
 };
 

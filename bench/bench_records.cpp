@@ -3,8 +3,9 @@
 // tables of what this writes.
 //
 // Our side writes objects of the library through their visitors and restores such objects. The
-// other libraries write the same objects and restore plain structs with the same contents, because
-// nobody else can give an object its identity. All of them check the bytes that they read.
+// other libraries write the same objects and restore plain objects, because nobody else can give an
+// object its identity. A plain object has the same contents and the same size, and is allocated in
+// the same way. All of them check the bytes that they read.
 
 #include "Measuring.h"
 #include "RandomNumbers.h"

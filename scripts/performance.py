@@ -399,7 +399,8 @@ def records(result):
     yield f"objects. Versions of the other libraries: {versions}."
     yield ""
     yield "Ours writes objects of the library through their visitors and restores such objects. The others write the same"
-    yield "objects and restore plain structs with the same contents. Each checks the bytes that it reads."
+    yield "objects and restore plain objects of the same contents and size, allocated in the same way. Each checks the"
+    yield "bytes that it reads."
     yield from ["", "### Goals", ""]
     yield from table(["goal", "limit", "measured", "met"], records_goals(result["works"]))
     yield from ["", "### Times, bytes and memory", "", "A ratio is our time divided by theirs.", ""]

@@ -21,6 +21,7 @@ struct Vector {
   y @1 :Float64;
   z @2 :Float64;
   magnitude @3 :Float64;
+  uid @4 :Uid;
 }
 
 struct Dot {
@@ -40,6 +41,7 @@ struct Datum {
   ok @5 :Bool;
   parentIds @6 :List(UInt32);
   ownerFeatId @7 :Int32;
+  parentsUid @8 :Uid;
 }
 
 struct Two {
@@ -54,4 +56,5 @@ struct Model {
   axes @2 :List(Datum);
   segments @3 :List(Two);
   boxes @4 :List(Two);
+  array @5 :List(Dot);
 }
