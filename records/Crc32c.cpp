@@ -70,6 +70,7 @@ constexpr OfBytes AfterZeros(int doublings) {
 /// The instruction takes three cycles and starts in every cycle, so three lanes run side by side.
 constexpr int kLaneDoublings = 10;
 constexpr std::size_t kLane = std::size_t{1} << kLaneDoublings;
+constexpr std::size_t kLine = 64;
 constexpr OfBytes kAfterOneLane = AfterZeros(kLaneDoublings);
 constexpr OfBytes kAfterTwoLanes = AfterZeros(kLaneDoublings + 1);
 
@@ -93,6 +94,12 @@ ByInstruction(const unsigned char* bytes, std::size_t count, std::uint32_t remai
     std::uint64_t second = 0;
     std::uint64_t third = 0;
     for (std::size_t i = 0; i < kLane; i += kStep) {
+      // One fetch for each line of what the next lanes are.
+      if (i % kLine == 0) {
+        // The next three lanes are fetched meanwhile.
+        for (std::size_t lane = 3; lane < 6; ++lane)
+          __builtin_prefetch(bytes + lane * kLane + i);
+      }
       wide = With(wide, bytes + i);
       second = With(second, bytes + kLane + i);
       third = With(third, bytes + 2 * kLane + i);

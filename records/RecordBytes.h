@@ -27,8 +27,9 @@ public:
   /// The records, one after the other.
   static gsl_records::Bytes RecordsOf(const gsl_RecordStore::Data& data);
   /// Fills new data, but for the bytes. Returns where the records begin. Their offsets count from
-  /// there, or from `base` unless that is null.
-  static const unsigned char* Decode(gsl_records::Bytes body, const unsigned char* base,
+  /// there, or from `base` unless that is null. A body that is damaged is refused as such, whatever
+  /// else is wrong with it.
+  static const unsigned char* Decode(gsl_records::CheckedBody& body, const unsigned char* base,
                                      gsl_RecordStore::Data& data);
 };
 

@@ -49,9 +49,10 @@ unsigned int CheckedKind(unsigned int kind) {
 
 } // namespace gsl_records
 
-gsl_RecordChecker::gsl_RecordChecker(gsl_records::Bytes records, gsl_RecordStore::Data& data)
-    : m_begin(records.begin), m_end(records.begin + records.count),
-      m_wordsEnd(records.count < kWord ? m_begin : m_end - (kWord - 1)), m_farEnd(m_begin),
+gsl_RecordChecker::gsl_RecordChecker(gsl_records::CheckedBody& body, const unsigned char* records,
+                                     gsl_RecordStore::Data& data)
+    : m_body(body), m_begin(records), m_end(body.Body().begin + body.Body().count),
+      m_wordsEnd(Remaining(m_begin) < kWord ? m_begin : m_end - (kWord - 1)), m_farEnd(m_begin),
       m_data(data), m_textCount(data.texts.Size()), m_prefixCount(data.prefixes.Size()) {}
 
 void gsl_RecordChecker::PlanSteps() {
@@ -114,6 +115,15 @@ inline const unsigned char* gsl_RecordChecker::SkipVarint32(const unsigned char*
 }
 
 template <bool kIsFar>
+inline const unsigned char* gsl_RecordChecker::SkipTwoVarint32(const unsigned char* at) const {
+  if (kIsFar || at < m_wordsEnd) {
+    const std::size_t length = gsl_records::LengthOfTwoShortVarints(gsl_records::GetFixed64(at));
+    if (length != 0) return at + length;
+  }
+  return SkipVarint32<kIsFar>(SkipVarint32<kIsFar>(at));
+}
+
+template <bool kIsFar>
 inline const unsigned char* gsl_RecordChecker::Text(const unsigned char* at) const {
   const Taken text = SmallVarint<kIsFar>(at);
   if (text.value >= m_textCount) Refuse("A field in the bytes has an unknown text");
@@ -164,8 +174,9 @@ gsl_RecordChecker::Record(const unsigned char* at) {
       at = Skip<kIsFar>(at, count * sizeof(double));
       break;
     case CodeOf(Kind::Integer):
-      for (; count != 0; --count)
-        at = SkipVarint32<kIsFar>(at);
+      for (; count >= 2; count -= 2)
+        at = SkipTwoVarint32<kIsFar>(at);
+      if (count != 0) at = SkipVarint32<kIsFar>(at);
       break;
     case CodeOf(Kind::Record):
       for (; count != 0; --count) {
@@ -193,12 +204,16 @@ void gsl_RecordChecker::CheckRecords(std::size_t recordCount, const Keep& keep) 
   const unsigned char* at = m_begin;
   std::uint8_t* const places = m_places.Begin();
   std::uint8_t* const shapes = m_data.readShapes.Begin();
-  for (m_record = 0; m_record < recordCount; ++m_record) {
-    m_inside = 1;
-    at = at < m_farEnd ? Record<true>(at) : Record<false>(at);
-    places[m_record] = PlacesToKeep();
-    shapes[m_record] = ShapeToKeep();
-    keep(m_record, at);
+  for (m_record = 0; m_record < recordCount;) {
+    const unsigned char* const summed = m_body.SumPast(at);
+    do {
+      m_inside = 1;
+      at = at < m_farEnd ? Record<true>(at) : Record<false>(at);
+      places[m_record] = PlacesToKeep();
+      shapes[m_record] = ShapeToKeep();
+      keep(m_record, at);
+      ++m_record;
+    } while (m_record < recordCount && at < summed);
   }
   if (at != m_end) Refuse("Bytes follow the last record");
 }

@@ -23,10 +23,12 @@ unsigned int CheckedKind(unsigned int kind);
 /// Checks the records of a body, whose tables are in the data of the store.
 class gsl_RecordChecker {
 public:
-  gsl_RecordChecker(gsl_records::Bytes records, gsl_RecordStore::Data& data);
+  /// Of the records that begin there in a body.
+  gsl_RecordChecker(gsl_records::CheckedBody& body, const unsigned char* records,
+                    gsl_RecordStore::Data& data);
 
   /// Writes where the records begin, counted from `base`, and how many there are at all places.
-  /// Throws gsl_RecordError for what docs/records.md does not allow.
+  /// Sums the body on the way. Throws gsl_RecordError for what docs/records.md does not allow.
   void Check(std::size_t recordCount, const unsigned char* base);
 
 private:
@@ -75,6 +77,9 @@ private:
   /// Skips a number of at most 32 bits, whatever its length is.
   template <bool kIsFar>
   const unsigned char* SkipVarint32(const unsigned char* at) const;
+  /// Skips two such numbers.
+  template <bool kIsFar>
+  const unsigned char* SkipTwoVarint32(const unsigned char* at) const;
   template <bool kIsFar>
   const unsigned char* Skip(const unsigned char* at, std::size_t count) const;
   /// Reads a number byte by byte, and refuses what is not a number.
@@ -104,6 +109,7 @@ private:
     return isNew;
   }
 
+  gsl_records::CheckedBody& m_body;
   const unsigned char* const m_begin;
   const unsigned char* const m_end;
   /// Eight bytes begin at each place before this one.

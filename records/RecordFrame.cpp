@@ -37,12 +37,11 @@ std::uint64_t BlockCount(std::uint64_t bodySize) {
   return bodySize / kBlockSize + (bodySize % kBlockSize != 0 ? 1 : 0);
 }
 
-std::uint32_t SumOfBlock(const unsigned char* body, std::size_t bodySize, std::size_t block) {
+/// The checksum of a block of which only the number was summed.
+std::uint32_t StartOfBlock(std::uint64_t block) {
   unsigned char number[8];
   Put(number, block, sizeof number);
-  const std::size_t begin = block * kBlockSize;
-  const std::size_t size = std::min(kBlockSize, bodySize - begin);
-  return Crc32c(body + begin, size, Crc32c(number, sizeof number));
+  return Crc32c(number, sizeof number);
 }
 
 std::string Hex(Bytes bytes) {
@@ -122,9 +121,7 @@ void BlockSums::Add(Bytes bytes) {
 }
 
 void BlockSums::StartBlock() {
-  unsigned char number[8];
-  Put(number, m_block++, sizeof number);
-  m_sum = Crc32c(number, sizeof number);
+  m_sum = StartOfBlock(m_block++);
 }
 
 void BlockSums::EndBlock() {
@@ -152,7 +149,7 @@ void FinishFrame(std::vector<unsigned char>& bytes) {
   bytes.insert(bytes.end(), sums.begin(), sums.end());
 }
 
-Bytes BodyOf(Bytes bytes) {
+CheckedBody::CheckedBody(Bytes bytes) : m_body{}, m_summed(nullptr) {
   CheckStart(bytes);
   const std::uint64_t bodySize = CheckedBodySize(bytes);
   const std::uint64_t available = bytes.count - kHeaderSize;
@@ -164,17 +161,35 @@ Bytes BodyOf(Bytes bytes) {
                           " bytes, but their header announces a body of " +
                           std::to_string(bodySize));
   }
-  const unsigned char* const body = bytes.begin + kHeaderSize;
-  const auto size = static_cast<std::size_t>(bodySize);
-  for (std::size_t i = 0; i < blocks; ++i) {
-    if (SumOfBlock(body, size, i) == Get(body + size + i * kSumSize, kSumSize)) continue;
-    const std::size_t begin = kHeaderSize + i * kBlockSize;
-    const std::size_t end = std::min(begin + kBlockSize, kHeaderSize + size);
-    throw gsl_RecordError("The records are damaged: the checksum of bytes " +
-                          std::to_string(begin) + " to " + std::to_string(end - 1) +
-                          " does not match");
-  }
-  return {body, size};
+  m_body = {bytes.begin + kHeaderSize, static_cast<std::size_t>(bodySize)};
+  m_summed = m_body.begin;
+}
+
+void CheckedBody::SumPiece() {
+  // A piece stays in the first cache, and is a multiple of what the sum takes at once.
+  constexpr std::size_t kPiece = std::size_t{3} << 13;
+  const auto done = static_cast<std::size_t>(m_summed - m_body.begin);
+  const std::size_t block = done / kBlockSize;
+  if (done % kBlockSize == 0) m_sum = StartOfBlock(block);
+  const std::size_t restOfBlock = std::min(kBlockSize - done % kBlockSize, m_body.count - done);
+  const std::size_t size = std::min(kPiece, restOfBlock);
+  m_sum = Crc32c(m_summed, size, m_sum);
+  m_summed += size;
+  if ((done + size) % kBlockSize == 0 || m_summed == End()) Compare(block);
+}
+
+void CheckedBody::Compare(std::size_t block) {
+  if (m_sum == Get(End() + block * kSumSize, kSumSize)) return;
+  m_isDamaged = true;
+  const std::size_t begin = kHeaderSize + block * kBlockSize;
+  const std::size_t end = std::min(begin + kBlockSize, kHeaderSize + m_body.count);
+  throw gsl_RecordError("The records are damaged: the checksum of bytes " + std::to_string(begin) +
+                        " to " + std::to_string(end - 1) + " does not match");
+}
+
+void CheckedBody::SumAll() {
+  while (!m_isDamaged && m_summed != End())
+    SumPiece();
 }
 
 } // namespace gsl_records

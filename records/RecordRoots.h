@@ -40,8 +40,10 @@ public:
     return ReadCount() + static_cast<std::size_t>(found - begin);
   }
 
-  /// Makes room for roots that are read.
-  void MakeRoom(std::size_t count) { m_records.Room(count); }
+  /// Returns where the records of roots go that are read next. Requires that no root was written.
+  Number* RoomToRead(std::size_t count) { return m_records.Room(count); }
+  /// Adds the roots whose records were written there.
+  void AddFilled(std::size_t count) { m_records.SetEnd(m_records.Room(count) + count); }
   /// Adds a root that was read. Requires that no root was written.
   void AddRead(Number record) { m_records.Append(record); }
   /// Makes room for a root that is written.

@@ -71,6 +71,22 @@ inline std::size_t LengthOfShortVarint(std::uint64_t word) {
   return isRefused ? 0 : (lastBit + 1) / 8;
 }
 
+/// Returns how many bytes two numbers take together that begin these eight bytes, where each takes
+/// at most four and not more than it needs; 0 elsewhere. The second number does not wait for the
+/// first.
+inline std::size_t LengthOfTwoShortVarints(std::uint64_t word) {
+  constexpr std::uint64_t kHighBits = 0x8080808080808080u;
+  const std::uint64_t goOn = word & kHighBits;
+  const std::uint64_t ends = goOn ^ kHighBits;
+  const std::uint64_t fromSecond = ends & (ends - 1);
+  const std::uint64_t upToSecond = fromSecond ^ (fromSecond - 1);
+  const std::uint64_t nonZero = ((word & ~kHighBits) + ~kHighBits) | word;
+  const std::uint64_t endsInZero = ~nonZero & (goOn << 8) & kHighBits;
+  const std::uint64_t isLong = goOn & (goOn >> 8) & (goOn >> 16) & (goOn >> 24);
+  const bool isRefused = fromSecond == 0 || ((endsInZero | isLong) & upToSecond) != 0;
+  return isRefused ? 0 : (static_cast<std::size_t>(__builtin_ctzll(fromSecond)) + 1) / 8;
+}
+
 /// Returns where a number ends that takes at most four bytes, and not more than it needs; null
 /// elsewhere. Four bytes can be read. A length that is mostly the same costs nothing.
 inline const unsigned char* SkipUsualVarint(const unsigned char* at) {

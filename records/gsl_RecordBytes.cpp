@@ -110,16 +110,21 @@ public:
     return first < 0x80u ? first : RestOfVarint(first & 0x7Fu);
   }
 
-  /// Takes a root without a name, in few steps, where its number takes at most four bytes.
-  [[nodiscard]] bool UsualRoot(std::uint32_t& record) {
-    constexpr std::size_t kMostBytes = 1 + sizeof(std::uint32_t);
-    if (Remaining() < kMostBytes || *m_at != 0) return false;
-    std::uint64_t value = 0;
-    const unsigned char* const next = gsl_records::GetUsualVarint(m_at + 1, value);
-    if (next == nullptr) return false;
-    m_at = next;
-    record = static_cast<std::uint32_t>(value);
-    return true;
+  /// Takes up to `most` roots without names, in few steps, as long as their numbers take at most
+  /// four bytes. Writes the numbers, and returns how many there are.
+  std::size_t UsualRoots(std::uint32_t* records, std::size_t most) {
+    constexpr std::ptrdiff_t kMostBytes = 1 + sizeof(std::uint32_t);
+    const unsigned char* at = m_at;
+    std::size_t taken = 0;
+    for (; taken < most && m_end - at >= kMostBytes && *at == 0; ++taken) {
+      std::uint64_t value = 0;
+      const unsigned char* const next = gsl_records::GetUsualVarint(at + 1, value);
+      if (next == nullptr) break;
+      records[taken] = static_cast<std::uint32_t>(value);
+      at = next;
+    }
+    m_at = at;
+    return taken;
   }
 
   std::uint32_t Varint32() {
@@ -175,8 +180,8 @@ private:
 /// Fills the data of a store from a body, and checks every record.
 class gsl_RecordDecoder {
 public:
-  gsl_RecordDecoder(gsl_records::Bytes body, gsl_RecordStore::Data& data)
-      : m_in(body.begin, body.count), m_data(data) {}
+  gsl_RecordDecoder(gsl_records::CheckedBody& body, gsl_RecordStore::Data& data)
+      : m_body(body), m_in(body.Body().begin, body.Body().count), m_data(data) {}
 
   const unsigned char* Decode(const unsigned char* base) {
     m_in.Text();
@@ -189,8 +194,9 @@ public:
     ReadRoots();
     const std::size_t recordCount = m_in.Count(kFewestRecordBytes);
     const unsigned char* const records = m_in.At();
-    gsl_RecordChecker checker({records, m_in.Remaining()}, m_data);
+    gsl_RecordChecker checker(m_body, records, m_data);
     checker.Check(recordCount, base != nullptr ? base : records);
+    m_body.SumAll();
     m_data.rootsRead = m_data.roots.Size();
     m_data.objectsRead = m_data.objects.size();
     m_data.recordsToLookUp = recordCount;
@@ -285,13 +291,11 @@ private:
 
   void ReadRoots() {
     const std::size_t count = m_in.Count(2);
-    m_data.roots.MakeRoom(count);
     for (std::size_t i = 0; i < count; ++i) {
-      std::uint32_t record = 0;
-      if (m_in.UsualRoot(record)) {
-        m_data.roots.AddRead(record);
-        continue;
-      }
+      const std::size_t usual = m_in.UsualRoots(m_data.roots.RoomToRead(count - i), count - i);
+      m_data.roots.AddFilled(usual);
+      i += usual;
+      if (i == count) break;
       const std::string_view name = m_in.Text();
       const std::string* kept = nullptr;
       if (!name.empty()) {
@@ -306,6 +310,7 @@ private:
     }
   }
 
+  gsl_records::CheckedBody& m_body;
   Reader m_in;
   gsl_RecordStore::Data& m_data;
 };
@@ -347,9 +352,15 @@ gsl_records::Bytes gsl_RecordCodec::RecordsOf(const gsl_RecordStore::Data& data)
   return {data.bytes.Begin() + first, static_cast<std::size_t>(data.offsets.Back()) - first};
 }
 
-const unsigned char* gsl_RecordCodec::Decode(gsl_records::Bytes body, const unsigned char* base,
+const unsigned char* gsl_RecordCodec::Decode(gsl_records::CheckedBody& body,
+                                             const unsigned char* base,
                                              gsl_RecordStore::Data& data) {
-  return gsl_RecordDecoder(body, data).Decode(base);
+  try {
+    return gsl_RecordDecoder(body, data).Decode(base);
+  } catch (...) {
+    body.SumAll();
+    throw;
+  }
 }
 
 namespace {
@@ -421,9 +432,10 @@ gsl_RecordStore gsl_RecordStore::FromBytes(const unsigned char* bytes, std::size
 }
 
 gsl_RecordStore gsl_RecordStore::OverBytes(const unsigned char* bytes, std::size_t count) {
-  const gsl_records::Bytes body = gsl_records::BodyOf({bytes, count});
+  gsl_records::CheckedBody checked({bytes, count});
   gsl_RecordStore store;
-  const unsigned char* const records = gsl_RecordCodec::Decode(body, nullptr, *store.m_data);
+  const unsigned char* const records = gsl_RecordCodec::Decode(checked, nullptr, *store.m_data);
+  const gsl_records::Bytes body = checked.Body();
   const auto size = static_cast<std::size_t>(body.begin + body.count - records);
   store.m_data->bytes = gsl_records::PlainBuffer<unsigned char>::Borrowed(records, size);
   return store;

@@ -212,9 +212,9 @@ gsl_RecordStore gsl_LoadRecords(const std::string& path) {
   gsl_records::PlainBuffer<unsigned char> bytes = ContentsOf(path);
   gsl_RecordStore store;
   try {
-    const gsl_records::Bytes body = gsl_records::BodyOf({bytes.Begin(), bytes.Size()});
-    gsl_RecordCodec::Decode(body, bytes.Begin(), *store.m_data);
-    bytes.SetEnd(body.begin + body.count);
+    gsl_records::CheckedBody checked({bytes.Begin(), bytes.Size()});
+    gsl_RecordCodec::Decode(checked, bytes.Begin(), *store.m_data);
+    bytes.SetEnd(checked.Body().begin + checked.Body().count);
   } catch (const gsl_RecordError& error) {
     throw gsl_RecordError(path + ": " + error.what());
   }

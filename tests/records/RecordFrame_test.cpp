@@ -31,7 +31,7 @@ Form RandomBody(std::size_t size) {
 
 std::string MessageFor(const Form& bytes) {
   try {
-    gsl_records::BodyOf({bytes.data(), bytes.size()});
+    gsl_records::CheckedBody({bytes.data(), bytes.size()}).SumAll();
   } catch (const gsl_RecordError& error) {
     return error.what();
   }
@@ -48,7 +48,9 @@ TEST(RecordFrame, BodyComesBackAndTheFrameIsTheOneOfAnotherEncoder) {
     const Form body = RandomBody(size);
     const Form bytes = Framed(body);
     EXPECT_TRUE(bytes == RawFrame(body)) << size;
-    const gsl_records::Bytes read = gsl_records::BodyOf({bytes.data(), bytes.size()});
+    gsl_records::CheckedBody checked({bytes.data(), bytes.size()});
+    checked.SumAll();
+    const gsl_records::Bytes read = checked.Body();
     ASSERT_EQ(read.count, size);
     EXPECT_TRUE(Form(read.begin, read.begin + read.count) == body) << size;
   }
@@ -164,4 +166,34 @@ TEST(RecordFrame, RandomDamageOfALargeFormIsNoticed) {
     for (std::size_t i = begin; i < end; ++i)
       changed[i] = bytes[i];
   }
+}
+
+TEST(RecordFrame, BodyIsSummedAheadOfItsReader) {
+  const Form body = RandomBody(2 * kBlock + 5);
+  const Form bytes = Framed(body);
+  gsl_records::CheckedBody checked({bytes.data(), bytes.size()});
+  const unsigned char* const begin = checked.Body().begin;
+  const unsigned char* const end = begin + checked.Body().count;
+  ASSERT_EQ(checked.Body().count, body.size());
+  const unsigned char* summed = begin;
+  while (summed != end) {
+    const unsigned char* const next = checked.SumPast(summed);
+    ASSERT_GT(next, summed);
+    EXPECT_EQ(checked.SumPast(summed), next);
+    EXPECT_EQ(checked.SumPast(begin), next);
+    summed = next;
+  }
+  EXPECT_EQ(checked.SumPast(end), end);
+}
+
+TEST(RecordFrame, DamageIsFoundWhereItsBlockEndsAndReportedOnce) {
+  Form bytes = Framed(RandomBody(3 * kBlock));
+  bytes[gsl_records::kHeaderSize + kBlock] ^= 1;
+  gsl_records::CheckedBody checked({bytes.data(), bytes.size()});
+  const unsigned char* const begin = checked.Body().begin;
+  EXPECT_GE(checked.SumPast(begin + kBlock - 1), begin + kBlock);
+  EXPECT_THROW(static_cast<void>(checked.SumPast(begin + 2 * kBlock - 1)), gsl_RecordError);
+  EXPECT_NO_THROW(checked.SumAll());
+  gsl_records::CheckedBody whole({bytes.data(), bytes.size()});
+  EXPECT_THROW(whole.SumAll(), gsl_RecordError);
 }

@@ -10,8 +10,10 @@ using gsl_records::RecordRoots;
 TEST(RecordRoots, RootsThatWereWrittenFollowThoseThatWereRead) {
   const std::string name = "name";
   RecordRoots roots;
-  roots.MakeRoom(2);
-  roots.AddRead(5);
+  gsl_records::Number* const room = roots.RoomToRead(2);
+  room[0] = 5;
+  roots.AddFilled(1);
+  EXPECT_EQ(roots.RoomToRead(1), room + 1);
   roots.AddRead(6);
   EXPECT_EQ(roots.FirstFrom(0), 2u);
   roots.MakeRoomToStart();

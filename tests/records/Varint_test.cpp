@@ -4,11 +4,13 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 
 using gsl_records::GetUsualVarint;
 using gsl_records::LengthOfShortVarint;
+using gsl_records::LengthOfTwoShortVarints;
 using gsl_records::SkipUsualVarint;
 
 namespace {
@@ -32,10 +34,20 @@ Slow SlowOf(const Word& bytes) {
   return slow;
 }
 
+/// The length of both numbers, of which the first has that length.
+std::size_t LengthOfTwo(const Word& bytes, std::size_t first) {
+  Word rest = {};
+  std::copy(bytes.begin() + static_cast<std::ptrdiff_t>(first), bytes.end(), rest.begin());
+  const std::size_t second = SlowOf(rest).length;
+  return first != 0 && second != 0 ? first + second : 0;
+}
+
 void ExpectAsSlow(const Word& bytes) {
   const Slow slow = SlowOf(bytes);
   const unsigned char* const expected = slow.length != 0 ? bytes.data() + slow.length : nullptr;
   EXPECT_EQ(LengthOfShortVarint(gsl_records::GetFixed64(bytes.data())), slow.length);
+  EXPECT_EQ(LengthOfTwoShortVarints(gsl_records::GetFixed64(bytes.data())),
+            LengthOfTwo(bytes, slow.length));
   EXPECT_EQ(SkipUsualVarint(bytes.data()), expected);
   std::uint64_t value = 0;
   EXPECT_EQ(GetUsualVarint(bytes.data(), value), expected);

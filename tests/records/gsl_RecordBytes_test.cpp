@@ -82,6 +82,15 @@ void ExpectRefused(Bytes bytes, const std::string& why) {
   }
 }
 
+std::string MessageOf(const Bytes& bytes) {
+  try {
+    Decoded(bytes);
+  } catch (const gsl_RecordError& error) {
+    return error.what();
+  }
+  return "accepted";
+}
+
 /// A body of nobody's writing: the name "n", the class 1 without a name, the text "t", no prefix,
 /// the shapes, the objects and the roots; then the number of records and the records.
 Bytes WithRecords(const Bytes& shapes, const Bytes& objects, const Bytes& roots,
@@ -412,6 +421,36 @@ TEST(GslRecordBytes, RandomDamagesOfALargeModelAreRefusedOrReadTheSame) {
       ASSERT_EQ(changed, bytes) << "seed " << seed;
     } catch (const gsl_RecordError&) {
     }
+  }
+}
+
+TEST(GslRecordBytes, DamageIsReportedWhateverElseIsWrong) {
+  // The body begins with a text that is longer than the bytes.
+  Bytes body(3 * (std::size_t{1} << 20), 0xFF);
+  ExpectRefused(RawFrame(body), "A number in the bytes is too long");
+  for (const std::size_t block : {0u, 1u, 2u}) {
+    Bytes bytes = RawFrame(body);
+    const std::size_t begin = 20 + (block << 20);
+    bytes[begin + 1000] ^= 4;
+    ExpectRefused(bytes, "The records are damaged: the checksum of bytes " + std::to_string(begin) +
+                             " to " + std::to_string(begin + (1u << 20) - 1) + " does not match");
+  }
+}
+
+TEST(GslRecordBytes, DamageOfALaterBlockIsReportedBeforeAnErrorInItsRecords) {
+  gsl_RecordStore store;
+  for (unsigned int i = 1; i <= 200000; ++i)
+    store.AddDouble(store.AddRoot(7, {1, i}), {"x", 0}, i);
+  const Bytes whole = store.ToBytes();
+  ASSERT_GT(whole.size(), std::size_t{2} << 20);
+  const std::size_t second = 20 + (std::size_t{1} << 20);
+  for (const std::size_t at : {second, second + 777, whole.size() - 100}) {
+    Bytes bytes = whole;
+    bytes[at] = static_cast<unsigned char>(~bytes[at]);
+    const std::size_t begin = at - (at - 20) % (std::size_t{1} << 20);
+    EXPECT_NE(MessageOf(bytes).find("checksum of bytes " + std::to_string(begin) + " to"),
+              std::string::npos)
+        << MessageOf(bytes);
   }
 }
 
