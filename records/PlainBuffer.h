@@ -19,32 +19,6 @@ inline std::size_t ToPage(const void* memory, std::size_t page) {
   return (page - reinterpret_cast<std::uintptr_t>(memory) % page) % page;
 }
 
-constexpr std::size_t kLargePage = std::size_t{1} << 21;
-constexpr std::size_t kSmallPage = std::size_t{1} << 12;
-
-/// Returns a size of at least that many bytes whose block, with what the allocator keeps of it,
-/// fills large pages, where at least half of the last one is used.
-inline std::size_t FillingLargePages(std::size_t size) {
-  const std::size_t needed = size + kSmallPage;
-  const std::size_t inLast = needed % kLargePage;
-  if (needed < size || inLast < kLargePage / 2) return size;
-  const std::size_t filled = needed - inLast + kLargePage;
-  return filled < needed ? size : filled - kSmallPage;
-}
-
-/// Asks for large pages in memory of that size and in the small pages that it begins and ends in.
-/// Small pages, which the system hands out one by one, take longer than filling them.
-inline void PreferLargePages(void* memory, std::size_t size) {
-#if defined(__linux__) && defined(MADV_HUGEPAGE)
-  if (size < kLargePage - kSmallPage) return;
-  const std::size_t before = reinterpret_cast<std::uintptr_t>(memory) % kSmallPage;
-  madvise(static_cast<char*>(memory) - before, size + before, MADV_HUGEPAGE);
-#else
-  static_cast<void>(memory);
-  static_cast<void>(size);
-#endif
-}
-
 /// A growing array of plain values. It grows by realloc, which moves the pages of a large array
 /// instead of copying them, so that growing does not hold the array twice.
 template <class T>
@@ -148,13 +122,9 @@ private:
     constexpr std::size_t kFirst = 64;
     std::size_t capacity = m_capacity + m_capacity / 2 + kFirst;
     if (capacity < m_size + count || m_isBorrowed) capacity = m_size + count;
-    // An array that grows in steps moves, and loses its large pages.
-    const bool staysInPlace = m_isBorrowed || 2 * count >= capacity;
-    if (staysInPlace) capacity = FillingLargePages(capacity * kItemSize) / kItemSize;
     void* const grown =
         std::realloc(m_isBorrowed ? nullptr : static_cast<void*>(m_items), capacity * kItemSize);
     if (grown == nullptr) throw std::bad_alloc();
-    if (staysInPlace) PreferLargePages(grown, capacity * kItemSize);
     if (m_isBorrowed && m_size != 0) std::memcpy(grown, m_items, m_size * kItemSize);
     m_items = static_cast<T*>(grown);
     m_capacity = capacity;

@@ -2,29 +2,22 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstddef>
 
-using gsl_records::FillingLargePages;
-using gsl_records::kLargePage;
-using gsl_records::kSmallPage;
 using gsl_records::PlainBuffer;
 
-TEST(PlainBuffer, LargeBlocksFillTheirLastPageWhereTheyUseHalfOfIt) {
-  // What the allocator keeps fits into a small page.
-  const std::size_t half = kLargePage / 2 - kSmallPage;
-  EXPECT_EQ(FillingLargePages(0), 0u);
-  EXPECT_EQ(FillingLargePages(half - 1), half - 1);
-  EXPECT_EQ(FillingLargePages(half), kLargePage - kSmallPage);
-  EXPECT_EQ(FillingLargePages(kLargePage - kSmallPage - 1), kLargePage - kSmallPage);
-  EXPECT_EQ(FillingLargePages(kLargePage - kSmallPage), kLargePage - kSmallPage);
-  EXPECT_EQ(FillingLargePages(3 * kLargePage + half - 1), 3 * kLargePage + half - 1);
-  EXPECT_EQ(FillingLargePages(3 * kLargePage + half), 4 * kLargePage - kSmallPage);
-}
-
-TEST(PlainBuffer, SizesAtTheEndOfAllNumbersStayAsTheyAre) {
-  const std::size_t most = ~std::size_t{0};
-  for (const std::size_t size : {most, most - kSmallPage + 1, most - kSmallPage})
-    EXPECT_EQ(FillingLargePages(size), size);
+TEST(PlainBuffer, WhatIsNotForgottenStays) {
+  PlainBuffer<unsigned char> buffer;
+  constexpr std::size_t kCount = 3000000;
+  for (std::size_t i = 0; i < kCount; ++i)
+    buffer.Append(static_cast<unsigned char>(i % 251));
+  constexpr std::size_t kPiece = 100000;
+  for (std::size_t begin = 0; begin < kCount; begin += kPiece) {
+    buffer.ForgetUntil(begin, begin + kPiece);
+    for (std::size_t i = begin + kPiece; i < std::min(begin + 2 * kPiece, kCount); ++i)
+      ASSERT_EQ(buffer[i], i % 251);
+  }
 }
 
 TEST(PlainBuffer, ALargeArrayKeepsItsValuesWhileItGrows) {
