@@ -99,7 +99,7 @@ public:
   std::size_t BytesHeld() const;
 
 private:
-  static constexpr std::size_t kRecent = 16;
+  static constexpr std::size_t kRecent = 64;
   static constexpr std::uint8_t kStart = 0xFF;
 
   struct Node {
@@ -125,9 +125,10 @@ private:
     std::size_t operator()(const Step& step) const;
   };
 
-  /// Lists are often of one class, as plain records and then as collections.
+  /// Lists are often of one class, as plain records and then as collections. Classes of two modules
+  /// differ in the upper bits of their type ids.
   static std::size_t PlaceOfRecent(std::uint32_t typeId, gsl_RecordCollection collection) {
-    return (typeId + static_cast<std::uint32_t>(collection)) % kRecent;
+    return ((typeId ^ typeId >> 12) + 5 * static_cast<std::uint32_t>(collection)) % kRecent;
   }
 
   /// Names are short, so that a call of a library would cost more than the comparison.

@@ -50,11 +50,15 @@ private:
     std::shared_ptr<const void> keptAlive;
   };
 
-  static constexpr std::size_t kRecentClasses = 16;
+  static constexpr std::size_t kRecentClasses = 64;
 
   /// Gives the writer the name of a class that the registrar knows.
   void NameClass(unsigned int typeId) {
-    if (m_namedClasses[typeId % kRecentClasses] != typeId) FindClassName(typeId);
+    if (m_namedClasses[PlaceOfRecent(typeId)] != typeId) FindClassName(typeId);
+  }
+  /// Classes of two modules differ in the upper bits of their type ids.
+  static std::size_t PlaceOfRecent(unsigned int typeId) {
+    return (typeId ^ typeId >> 12) % kRecentClasses;
   }
   void FindClassName(unsigned int typeId);
   void TakeBack(std::uint32_t root) noexcept;

@@ -36,7 +36,7 @@ void cls_Save::FindClassName(unsigned int typeId) {
   const cls_ClassMetadata* const known =
       omi_Singleton<cls_MetadataRegistrar>::Instance().ClassRegistrar().FindClass(typeId);
   if (known != nullptr) m_writer.NameClass(typeId, known->Name());
-  m_namedClasses[typeId % kRecentClasses] = typeId;
+  m_namedClasses[PlaceOfRecent(typeId)] = typeId;
 }
 
 void cls_Save::TakeBack(std::uint32_t root) noexcept {
