@@ -162,7 +162,8 @@ gsl_RecordStore::Stored gsl_RecordStore::Where() const {
   const std::uint32_t* const offsets = data.offsets.AllShort();
   if (offsets == nullptr) return {};
   return {data.bytes.Begin(),       offsets,           data.roots.Records(),
-          data.prefixes.Prefixes(), data.roots.Size(), data.shapes.Shapes().size()};
+          data.prefixes.Prefixes(), data.roots.Size(), data.shapes.Shapes().size(),
+          data.bytes.Size()};
 }
 
 std::uint32_t gsl_RecordStore::ReadShape(std::size_t shape, gsl_RecordCollection& collection,

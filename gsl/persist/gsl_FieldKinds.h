@@ -54,8 +54,14 @@ struct gsl_CollectionKind : gsl_ObjectKind<T> {
                                                T::CollectionType()};
 };
 
+/// A list is read where it is.
 template <>
-struct gsl_FieldKind<cls_xp1DArrayListUint> : gsl_CollectionKind<cls_xp1DArrayListUint> {};
+struct gsl_FieldKind<cls_xp1DArrayListUint> : gsl_CollectionKind<cls_xp1DArrayListUint> {
+  template <class Run>
+  static void Take(Run& run, const cls_FieldHandle& field, cls_xp1DArrayListUint& list) {
+    if (!run.TakeUnsigneds(list)) gsl_ObjectKind::Take(run, field, list);
+  }
+};
 template <>
 struct gsl_FieldKind<cls_xp2DArrayDouble> : gsl_CollectionKind<cls_xp2DArrayDouble> {};
 

@@ -20,7 +20,8 @@ struct gsl_RecordLayout<gsl_PersistentVector> {
     gsl_ReadRecord<gsl_PersistentVector>(visitor, vector.m_vector);
   }
   template <class Run, class ReadOther>
-  static void Take(Run& run, gsl_PersistentVector& vector, const ReadOther& read) {
+  [[gnu::always_inline]] static void Take(Run& run, gsl_PersistentVector& vector,
+                                          const ReadOther& read) {
     gsl_TakeObject<gsl_PersistentVector>(run, vector.m_uid, vector.m_vector, read);
   }
 };
@@ -33,7 +34,8 @@ struct gsl_FieldKind<gsl_PersistentVector> : gsl_ObjectKind<gsl_PersistentVector
     gsl_RecordLayout<gsl_PersistentVector>::Read(cls_ReadVisitor(visitor, field), value);
   }
   template <class Run>
-  static void Take(Run& run, const cls_FieldHandle& field, gsl_PersistentVector& value) {
+  [[gnu::always_inline]] static void Take(Run& run, const cls_FieldHandle& field,
+                                          gsl_PersistentVector& value) {
     gsl_RecordLayout<gsl_PersistentVector>::Take(
         run, value, [&](const cls_ReadVisitor& visitor) { Read(visitor, field, value); });
   }

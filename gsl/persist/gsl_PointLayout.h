@@ -22,7 +22,8 @@ struct gsl_FieldKind<gsl_Point> : gsl_ObjectKind<gsl_Point> {
     gsl_ReadRecord<gsl_Point>(own, value);
   }
   template <class Run>
-  static void Take(Run& run, const cls_FieldHandle& field, gsl_Point& value) {
+  [[gnu::always_inline]] static void Take(Run& run, const cls_FieldHandle& field,
+                                          gsl_Point& value) {
     gsl_TakeObject<gsl_Point>(run, value.uid, value,
                               [&](const cls_ReadVisitor& visitor) { Read(visitor, field, value); });
   }

@@ -96,16 +96,17 @@ constexpr bool gsl_AnyHoldsAnObject(const std::tuple<gsl_Field<Stored, Members>.
 }
 
 /// Takes the field that holds an object of class C, of which `uid` and `stored` are parts. Where
-/// its record does not fit, `read` reads the object.
+/// its record does not fit, `read` reads the object. Inlined, both runs stay in registers.
 template <class C, class Run, class Read>
-void gsl_TakeObject(Run& run, cls_Uid& uid, typename gsl_RecordLayout<C>::Stored& stored,
-                    const Read& read) {
+[[gnu::always_inline]] inline void gsl_TakeObject(Run& run, cls_Uid& uid,
+                                                  typename gsl_RecordLayout<C>::Stored& stored,
+                                                  const Read& read) {
   static_assert(!gsl_AnyHoldsAnObject(gsl_RecordLayout<C>::kFields), "a nested run has no visitor");
   Run own(run, C::TypeId(), gsl_RunLayout<C, Run>::kFields);
   if (!own.Fits()) return run.TakeObject(read);
   uid = own.GetUid();
   gsl_TakeFields<C>(own, stored);
-  run.SkipObject();
+  run.SkipObject(own);
 }
 
 /// Reads every field of `stored` in one run. Returns false, and reads nothing, where the host has

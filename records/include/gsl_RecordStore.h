@@ -56,6 +56,7 @@ public:
     const std::uint64_t* prefixes = nullptr; ///< of identities, by number
     std::size_t rootCount = 0;               ///< the number of roots
     std::size_t shapeCount = 0;              ///< the number of shapes
+    std::size_t byteCount = 0;               ///< how many bytes there are
   };
   /// Nothing is there when an offset has more than 32 bits.
   Stored Where() const;

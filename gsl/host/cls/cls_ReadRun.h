@@ -3,6 +3,7 @@
 
 #include "cls_AttributeType.h"
 #include "cls_ReadVisitor.h"
+#include "cls_xp1DArrayListUint.h"
 #include "mem_Export.h"
 
 #include <cstddef>
@@ -41,7 +42,7 @@ public:
       : m_load(owner.m_load), m_depth(owner.m_depth + 1), m_at(owner.m_at) {
     const cls_Load::Storage& storage = m_load.m_storage;
     std::uint64_t number = 0;
-    cls_StoredFields::NumberAt(m_at, number);
+    m_after = cls_StoredFields::NumberAt(m_at, number);
     m_at = cls_StoredFields::NumberAt(storage.bytes + storage.offsets[number], number);
     cls_Load::Shape& shape = m_load.m_shapes[static_cast<std::size_t>(number)];
     m_fits = shape.typeId == typeId && m_depth <= cls_ReadVisitor::kMostNesting &&
@@ -64,7 +65,12 @@ public:
   cls_Uid GetUid() const { return m_uid; }
 
   /// Takes the next field, an integer.
-  int TakeInteger() { return cls_StoredFields::IntegerOf(TakeNumber()); }
+  int TakeInteger() {
+    std::uint64_t number = 0;
+    m_at = m_load.m_storage.NumberAt(m_at, number);
+    ++m_taken;
+    return cls_StoredFields::IntegerOf(number);
+  }
   /// Takes the next field, a number of 64 bits.
   double TakeDouble() {
     const double value = cls_StoredFields::DoubleAt(m_at);
@@ -84,7 +90,7 @@ public:
     const auto number = static_cast<std::uint32_t>(TakeNumber());
     cls_Load::NumberedText& recent = m_load.m_storedTexts[number % cls_Load::kRecentTexts];
     if (recent.number == number && recent.names == names) return recent.value;
-    const cow_String text = recent.number == number ? recent.text : ReadText(number);
+    const cow_String text = recent.number == number ? recent.text : ReadText(m_load, number);
     const int value = valueOf(text);
     // A long text is not kept.
     if (recent.number == number) {
@@ -92,6 +98,15 @@ public:
       recent.value = value;
     }
     return value;
+  }
+  /// Takes a field that holds a list of unsigned integers, with the identity of the list. Returns
+  /// false, and takes nothing, where the run does not read such a record itself.
+  [[nodiscard]] bool TakeUnsigneds(cls_xp1DArrayListUint& list) {
+    const unsigned char* const after = ReadUnsigneds(m_load, m_depth, m_at, list);
+    if (after == nullptr) return false;
+    m_at = after;
+    ++m_taken;
+    return true;
   }
   /// Takes a field that holds a record: calls `read` with the visitor of this run, whose next field
   /// it is. Requires that the run was started with a visitor.
@@ -101,8 +116,11 @@ public:
     TakeNumber();
     read(*m_visitor);
   }
-  /// Goes on after the field that holds a record, whose fields were taken.
-  void SkipObject() { TakeNumber(); }
+  /// Goes on after the next field, which holds the record that `part` was started for.
+  void SkipObject(const cls_ReadRun& part) {
+    m_at = part.m_after;
+    ++m_taken;
+  }
 
 private:
   /// Returns whether the records of a shape begin with the fields.
@@ -110,7 +128,13 @@ private:
     return shape.run == &fields || Compare(shape, fields);
   }
   [[nodiscard]] static bool Compare(cls_Load::Shape& shape, const Fields& fields);
-  cow_String ReadText(std::uint32_t number) const;
+  // Nothing out of line gets the address of a run, which stays in registers.
+  static cow_String ReadText(cls_Load& load, std::uint32_t number);
+  /// Reads the list that the field there holds, in a record at that depth. Returns where the field
+  /// ends, or null where the record is not such a list.
+  static const unsigned char* ReadUnsigneds(const cls_Load& load, unsigned int depth,
+                                            const unsigned char* field,
+                                            cls_xp1DArrayListUint& list);
   std::uint64_t TakeNumber() {
     std::uint64_t number = 0;
     m_at = cls_StoredFields::NumberAt(m_at, number);
@@ -123,6 +147,8 @@ private:
   unsigned int m_depth;
   std::size_t m_taken = 0;
   const unsigned char* m_at;
+  /// Where the field ends that holds the record, in the record of the owner.
+  const unsigned char* m_after = nullptr;
   bool m_fits = false;
   cls_Uid m_uid;
 };

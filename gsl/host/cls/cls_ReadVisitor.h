@@ -60,6 +60,13 @@ private:
     const std::uint32_t* roots = nullptr;
     const std::uint64_t* prefixes = nullptr;
     std::size_t rootCount = 0;
+    const unsigned char* endOfWords = nullptr;
+
+    /// Reads a number whose length cannot be foreseen. Returns where it ends.
+    const unsigned char* NumberAt(const unsigned char* at, std::uint64_t& number) const {
+      return at < endOfWords ? cls_StoredFields::NumberInWord(at, number)
+                             : cls_StoredFields::NumberAt(at, number);
+    }
   };
   struct NumberedText {
     std::uint64_t number = ~std::uint64_t{0};
@@ -186,6 +193,8 @@ private:
   friend class cls_ReadRun;
 
   static constexpr std::uint32_t kNoRecord = 0xFFFFFFFFu;
+  /// How far ahead of a record its bytes are fetched.
+  static constexpr std::size_t kAhead = 1024;
   /// In place of the number of an object: a record that no other field refers to.
   static constexpr std::uint64_t kUnshared = ~std::uint64_t{0};
   static constexpr std::size_t kNoEntry = static_cast<std::size_t>(-1);
@@ -209,6 +218,8 @@ private:
     m_record = record;
     std::uint64_t number = 0;
     const unsigned char* at = storage.bytes + storage.offsets[record];
+    // Objects are mostly read in the order of their records.
+    __builtin_prefetch(at + kAhead);
     at = cls_StoredFields::NumberAt(at, number);
     cls_Load::Shape& shape = m_load.m_shapes[static_cast<std::size_t>(number)];
     m_shape = &shape;

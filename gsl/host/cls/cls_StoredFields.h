@@ -80,6 +80,27 @@ public:
     }
     return LongNumberAt(at + kUsual, number);
   }
+  /// Does the same where four bytes can be read. No branch depends on the length of a number that
+  /// takes at most four bytes.
+  static const unsigned char* NumberInWord(const unsigned char* at, std::uint64_t& number) {
+    std::uint32_t word = 0;
+    std::memcpy(&word, at, sizeof word);
+#if __BYTE_ORDER__ == __ORDER_BIG_ENDIAN__
+    word = __builtin_bswap32(word);
+#endif
+    const std::uint32_t ends = ~word & 0x80808080u;
+    if (ends == 0) return NumberAt(at, number);
+    // The bytes after the number go, then the marks between the groups.
+    std::uint32_t groups = word & (ends ^ (ends - 1)) & 0x7F7F7F7Fu;
+    groups = (groups & 0x007F007Fu) | (groups & 0x7F007F00u) >> 1;
+    number = (groups & 0x3FFFu) | (groups & 0x3FFF0000u) >> 2;
+    return at + ((static_cast<unsigned int>(__builtin_ctz(ends)) + 1) >> 3);
+  }
+  /// Returns the first place among the bytes at which no four bytes begin.
+  static const unsigned char* EndOfWords(const unsigned char* bytes, std::size_t count) {
+    constexpr std::size_t kWord = sizeof(std::uint32_t);
+    return count < kWord ? bytes : bytes + (count - (kWord - 1));
+  }
   /// Returns the integer that a number stores.
   static int IntegerOf(std::uint64_t bits) {
     return static_cast<int>(static_cast<std::uint32_t>((bits >> 1) ^ (0 - (bits & 1u))));

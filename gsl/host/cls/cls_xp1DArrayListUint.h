@@ -8,6 +8,7 @@
 #include <cstddef>
 #include <vector>
 
+class cls_ReadRun;
 class cls_ReadVisitor;
 class cls_WriteVisitor;
 
@@ -53,6 +54,8 @@ public:
   }
 
 private:
+  friend class cls_ReadRun;
+
   std::vector<unsigned int> m_elements;
   cls_Uid m_uid;
 };

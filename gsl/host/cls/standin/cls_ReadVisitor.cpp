@@ -127,8 +127,7 @@ cow_String cls_Load::ReadStoredText(std::uint32_t number) {
 }
 
 void cls_Load::FindStorage() {
-  if (m_hasLooked) return;
-  m_hasLooked = true;
+  if (std::exchange(m_hasLooked, true)) return;
   m_store = dynamic_cast<const gsl_RecordStore*>(&m_reader);
   if (m_store == nullptr) return;
   const gsl_RecordStore::Stored stored = m_store->Where();
@@ -148,6 +147,7 @@ void cls_Load::FindStorage() {
   for (std::size_t i = 0; i < m_shapes.size(); ++i)
     m_shapes[i].fields = &m_fields[firstOfShape[i]];
   m_storage = {stored.bytes, stored.offsets, stored.roots, stored.prefixes, stored.rootCount};
+  m_storage.endOfWords = cls_StoredFields::EndOfWords(stored.bytes, stored.byteCount);
 }
 
 void cls_ReadVisitor::Start(std::uint32_t record) {

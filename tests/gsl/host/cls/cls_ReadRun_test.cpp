@@ -4,10 +4,14 @@
 #include "RawRecords.h"
 #include "Records.h"
 #include "cls_RecordException.h"
+#include "cls_xp1DArrayListUint.h"
 
 #include <gtest/gtest.h>
 
+#include <cstddef>
+#include <cstdint>
 #include <functional>
+#include <limits>
 #include <string>
 #include <vector>
 
@@ -54,6 +58,36 @@ void TakePlain(cls_ReadRun& run) {
   EXPECT_TRUE(run.TakeBoolean());
 }
 
+constexpr cls_ReadRun::Field kListRows[] = {{"_ids", cls_ObjectAttribute},
+                                            {"_more", cls_IntegerAttribute}};
+constexpr cls_ReadRun::Fields kListFields = {kListRows, 2};
+
+/// A record with a list, and an integer after the list.
+gsl_RecordStore WithList(const std::function<void(const cls_WriteVisitor&)>& writeList) {
+  return Recorded(10, cls_Uid(3, 4), [&](const cls_WriteVisitor& to) {
+    writeList(cls_WriteVisitor(to, {-1, "_ids"}));
+    to.WriteInteger({-1, "_more"}, 9);
+  });
+}
+
+/// Whether a run takes the list; what follows is then taken too.
+bool TakesList(const gsl_RecordStore& store, cls_xp1DArrayListUint& list) {
+  cls_Load load(store);
+  const cls_ReadVisitor visitor(load, 0);
+  cls_ReadRun run(visitor, kListFields);
+  EXPECT_TRUE(run.Fits());
+  if (!run.TakeUnsigneds(list)) {
+    // Nothing was taken.
+    run.TakeObject([](const cls_ReadVisitor& owner) {
+      EXPECT_FALSE(cls_ReadVisitor(owner, {-1, "_ids"}).IsAbsent());
+    });
+    EXPECT_EQ(run.TakeInteger(), 9);
+    return false;
+  }
+  EXPECT_EQ(run.TakeInteger(), 9);
+  return true;
+}
+
 bool FitsWhenWritten(const std::function<void(const cls_WriteVisitor&)>& write) {
   const gsl_RecordStore store = Recorded(10, cls_Uid(3, 4), write);
   cls_Load load(store);
@@ -77,7 +111,7 @@ TEST(ClsReadRun, TakesEachFieldAndLeavesTheVisitorAfterThem) {
       ASSERT_TRUE(part.Fits());
       EXPECT_EQ(part.GetUid(), cls_Uid(5, 300));
       EXPECT_EQ(part.TakeDouble(), -2.5);
-      run.SkipObject();
+      run.SkipObject(part);
     }
     EXPECT_EQ(visitor.ReadInteger({-1, "_more"}, 0), 9);
     EXPECT_EQ(visitor.ReadInteger({-1, "_number"}, 0), -300);
@@ -128,6 +162,50 @@ TEST(ClsReadRun, AnExceptionLeavesTheVisitorAfterTheField) {
   EXPECT_EQ(again.ReadInteger({-1, "_more"}, 0), 9);
 }
 
+TEST(ClsReadRun, AListIsTakenWithItsIdentity) {
+  for (const cls_Uid& uid : {cls_Uid(5, 300), cls_Uid()}) {
+    for (const std::vector<unsigned int>& ids :
+         {std::vector<unsigned int>(), {0, 127, 128, 0xFFFFFFFFu}}) {
+      const gsl_RecordStore store = WithList([&](const cls_WriteVisitor& to) {
+        to.StartWrite(cls_kCollectionTypeId, uid);
+        to.WriteUnsigneds(ids.data(), ids.size());
+      });
+      // What the list held before goes.
+      cls_xp1DArrayListUint list;
+      for (unsigned int i = 0; i < 9; ++i)
+        list.Append(i);
+      ASSERT_TRUE(TakesList(store, list));
+      EXPECT_EQ(std::vector<unsigned int>(list.begin(), list.end()), ids);
+      EXPECT_EQ(list.Uid(), uid);
+    }
+  }
+}
+
+TEST(ClsReadRun, AnotherCollectionOrAListWithFieldsIsLeftToTheVisitor) {
+  const auto take = [](const std::function<void(const cls_WriteVisitor&)>& write) {
+    cls_xp1DArrayListUint list;
+    list.Append(6);
+    const cls_Uid uid = list.Uid();
+    const bool isTaken = TakesList(WithList(write), list);
+    EXPECT_EQ(list.Count(), 1u);
+    EXPECT_EQ(list.Uid(), uid);
+    return isTaken;
+  };
+  const double number = 1.0;
+  const unsigned int id = 7;
+  EXPECT_FALSE(
+      take([](const cls_WriteVisitor& to) { to.StartWrite(cls_kCollectionTypeId, cls_Uid()); }));
+  EXPECT_FALSE(take([&](const cls_WriteVisitor& to) {
+    to.StartWrite(cls_kCollectionTypeId, cls_Uid());
+    to.WriteDoubles(&number, 1, 1);
+  }));
+  EXPECT_FALSE(take([&](const cls_WriteVisitor& to) {
+    to.StartWrite(cls_kCollectionTypeId, cls_Uid());
+    to.WriteInteger({-1, "_field"}, 1);
+    to.WriteUnsigneds(&id, 1);
+  }));
+}
+
 TEST(ClsReadRun, NamesOfTwoSetsAreKeptApart) {
   const gsl_RecordStore store = Sample();
   cls_Load load(store);
@@ -143,6 +221,65 @@ TEST(ClsReadRun, NamesOfTwoSetsAreKeptApart) {
     });
     EXPECT_EQ(value, isOther ? 106 : 6);
   }
+}
+
+TEST(ClsReadRun, NumbersOfEachLengthAreTakenWhereverTheyAre) {
+  static constexpr cls_ReadRun::Field kNumber[] = {{"_number", cls_IntegerAttribute}};
+  static constexpr cls_ReadRun::Fields kOne = {kNumber, 1};
+  std::vector<int> numbers;
+  for (int bits = 0; bits < 31; ++bits) {
+    const int power = static_cast<int>(1u << bits);
+    numbers.insert(numbers.end(), {power - 1, power, -power, -power - 1});
+  }
+  numbers.push_back(std::numeric_limits<int>::max());
+  numbers.push_back(std::numeric_limits<int>::min());
+  // Each number is also the last of its bytes.
+  for (std::size_t count = 1; count <= numbers.size(); ++count) {
+    gsl_RecordStore store;
+    cls_Save save(store);
+    for (std::size_t i = 0; i < count; ++i) {
+      const cls_WriteVisitor to(save);
+      to.StartWrite(10, cls_Uid(3, std::uint64_t{1} << (i % 64)));
+      to.WriteInteger({-1, "_number"}, numbers[i]);
+    }
+    store.Finish();
+    cls_Load load(store);
+    for (std::size_t i = 0; i < count; ++i) {
+      const cls_ReadVisitor visitor(load, i);
+      EXPECT_EQ(visitor.GetUid(), cls_Uid(3, std::uint64_t{1} << (i % 64)));
+      cls_ReadRun run(visitor, kOne);
+      ASSERT_TRUE(run.Fits());
+      EXPECT_EQ(run.TakeInteger(), numbers[i]);
+    }
+  }
+}
+
+TEST(ClsReadRun, ANumberInAWordIsReadAsByteByByte) {
+  // Each byte is one of those that decide.
+  constexpr unsigned char kBytes[] = {0x00, 0x01, 0x7F, 0x80, 0x81, 0xFF};
+  for (unsigned int all = 0; all < 6 * 6 * 6 * 6 * 6; ++all) {
+    unsigned char bytes[6] = {};
+    for (unsigned int i = 0, rest = all; i < 5; ++i, rest /= 6)
+      bytes[i] = kBytes[rest % 6];
+    std::uint64_t expected = 0;
+    std::size_t length = 0;
+    do {
+      expected |= std::uint64_t{bytes[length] & 0x7Fu} << (7 * length);
+    } while (bytes[length++] >= 0x80u);
+    for (const auto read : {cls_StoredFields::NumberInWord, cls_StoredFields::NumberAt}) {
+      std::uint64_t number = 7;
+      EXPECT_EQ(read(bytes, number), bytes + length);
+      EXPECT_EQ(number, expected);
+    }
+  }
+}
+
+TEST(ClsReadRun, WordsEndBeforeTheBytes) {
+  const unsigned char bytes[5] = {};
+  for (std::size_t count = 0; count < 4; ++count)
+    EXPECT_EQ(cls_StoredFields::EndOfWords(bytes, count), bytes);
+  EXPECT_EQ(cls_StoredFields::EndOfWords(bytes, 4), bytes + 1);
+  EXPECT_EQ(cls_StoredFields::EndOfWords(bytes, 5), bytes + 2);
 }
 
 TEST(ClsReadRun, LongAndManyTextsAreFoundEachTime) {
