@@ -145,13 +145,10 @@ Model ReadOurs(const Written& written) {
   const gsl_RecordStore store = gsl_RecordStore::OverBytes(written.begin, written.count);
   std::map<std::uint32_t, std::size_t> counts;
   const std::size_t rootCount = store.RootCount();
-  // Roots of one class follow one another.
   for (std::size_t i = 0; i < rootCount;) {
-    const std::uint32_t typeId = store.TypeId(store.Root(i));
-    const std::size_t first = i;
-    while (i < rootCount && store.TypeId(store.Root(i)) == typeId)
-      ++i;
-    counts[typeId] += i - first;
+    const std::size_t alike = store.RootsOfOneClass(i);
+    counts[store.TypeId(store.Root(i))] += alike;
+    i += alike;
   }
   cls_Load load(store);
   Model model;

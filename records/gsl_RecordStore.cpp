@@ -51,6 +51,16 @@ gsl_RecordIndex gsl_RecordStore::Root(std::size_t i) const {
   return m_data->roots.Record(i);
 }
 
+std::size_t gsl_RecordStore::RootsOfOneClass(std::size_t first) const {
+  m_data->EndAll();
+  const gsl_records::RecordRoots& roots = m_data->roots;
+  const std::uint32_t typeId = m_data->ShapeOf(roots.Record(first)).typeId;
+  std::size_t end = first + 1;
+  while (end < roots.Size() && m_data->ShapeOf(roots.Record(end)).typeId == typeId)
+    ++end;
+  return end - first;
+}
+
 std::string_view gsl_RecordStore::RootName(std::size_t i) const {
   const std::string* const name = m_data->roots.Name(i);
   return name != nullptr ? std::string_view(*name) : std::string_view();

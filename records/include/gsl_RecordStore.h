@@ -33,6 +33,9 @@ public:
   std::size_t RootCount() const override;
   gsl_RecordIndex Root(std::size_t i) const override;
   std::string_view RootName(std::size_t i) const override;
+  /// Returns how many roots follow one another, from that root on, whose records are of one class.
+  /// A reader makes room for their objects at once. Requires that there is such a root.
+  std::size_t RootsOfOneClass(std::size_t first) const;
   std::size_t FindRoot(std::string_view name) const override;
   std::string_view ClassName(std::uint32_t typeId) const override;
   /// The records that are stored, of which equal ones count once.

@@ -293,3 +293,20 @@ TEST(GslRecordStore, MovedStoreKeepsItsNames) {
   Fill(expected, 2);
   EXPECT_EQ(store.ToBytes(), expected.ToBytes());
 }
+
+TEST(GslRecordStore, RootsOfOneClassThatFollowOneAnotherAreCounted) {
+  constexpr std::uint32_t kClasses[] = {7, 7, 7, 8, 7, 7};
+  constexpr std::size_t kAlike[] = {3, 2, 1, 1, 2, 1};
+  gsl_RecordStore store;
+  for (std::uint32_t i = 0; i < 6; ++i) {
+    // Two shapes of one class are one class.
+    const gsl_RecordIndex root = store.AddRoot(kClasses[i], {1, i + 1});
+    if (i % 2 == 0) store.AddInteger(root, {"n", 0}, 5);
+  }
+  for (std::size_t i = 0; i < 6; ++i)
+    EXPECT_EQ(store.RootsOfOneClass(i), kAlike[i]) << i;
+  const std::vector<unsigned char> bytes = store.ToBytes();
+  const gsl_RecordStore read = gsl_RecordStore::FromBytes(bytes.data(), bytes.size());
+  for (std::size_t i = 0; i < 6; ++i)
+    EXPECT_EQ(read.RootsOfOneClass(i), kAlike[i]) << i;
+}
