@@ -177,17 +177,24 @@ enum class OwnSide {
   TurnedOver, ///< it is just over the point alone: others cover the triangle and face the other way
 };
 
+/// Returns how many more times a solid winds around the points just after the beginning of a ray
+/// than around those just before it: the number of its triangles that hold the beginning and face
+/// as the face of the ray does, less those that face the other way.
+template <class Scalar, class GoesOn>
+int LayersAt(const InnerRay& ray, const PlacedSolid<Scalar>& solid, const GoesOn& goesOn) {
+  return SumOver(
+      solid, [&ray](const Box<double>& box) { return ray.BeginsIn(box); },
+      [&ray](const SurfaceTriangle& t) { return ray.Layer(t); }, goesOn);
+}
+
 /// Returns what the solid of a face is where a ray to the inner side of the face begins. The result
 /// is arbitrary when `goesOn`, which is called for each node, has returned false.
 //
-// The solid winds more often around the points under the face than around those over it by the
-// number of triangles that hold the point and face the same way, less those that face the other
-// way. No point has a negative number. So when the difference is positive, the solid is under it.
+// A solid winds around no point a negative number of times. So where there are more layers that
+// face as the face does, the solid is under it.
 template <class Scalar, class GoesOn>
 OwnSide SideOfOwn(const InnerRay& ray, const PlacedSolid<Scalar>& solid, const GoesOn& goesOn) {
-  const int layers = SumOver(
-      solid, [&ray](const Box<double>& box) { return ray.BeginsIn(box); },
-      [&ray](const SurfaceTriangle& t) { return ray.Layer(t); }, goesOn);
+  const int layers = LayersAt(ray, solid, goesOn);
   if (layers > 0 || TurnsAround(ray, solid, goesOn) > 0) return OwnSide::Under;
   return layers < 0 ? OwnSide::TurnedOver : OwnSide::Wall;
 }

@@ -50,6 +50,7 @@ SolidStart<Scalar>::SolidStart(const Scene<Scalar>& scene, const Watch& watch)
 template <class Scalar>
 bool SolidStart<Scalar>::Goes() {
   constexpr std::size_t kWatchEvery = 1024;
+  if (m_isCancelled) return false;
   if (++m_visits % kWatchEvery == 0 && m_watch && !m_watch(0.0)) m_isCancelled = true;
   return !m_isCancelled;
 }
@@ -98,12 +99,14 @@ bool SolidStart<Scalar>::VisitPairs(std::size_t fixedBody) {
   return true;
 }
 
+/// Puts the children with the lowest numbers on top: few pairs then come before the best so far.
 template <class Scalar>
 template <bool kMoving>
 void SolidStart<Scalar>::Expand(const Visit& visit, std::size_t fixedBody) {
   const Placed& side = kMoving ? Moving() : Fixed(fixedBody);
   const TreeNode<Scalar>& node =
       side.TreeOf().nodes[kMoving ? visit.moving.Index() : visit.fixed.Index()];
+  const auto before = static_cast<std::ptrdiff_t>(m_stack.size());
   for (int lane = 3; lane >= 0; --lane) {
     if (node.child[lane].IsNone()) continue;
     Visit child = visit;
@@ -112,6 +115,9 @@ void SolidStart<Scalar>::Expand(const Visit& visit, std::size_t fixedBody) {
     (kMoving ? child.leastMoving : child.leastFixed) = node.least[lane];
     m_stack.push_back(child);
   }
+  std::sort(m_stack.begin() + before, m_stack.end(), [](const Visit& a, const Visit& b) {
+    return kMoving ? a.leastMoving > b.leastMoving : a.leastFixed > b.leastFixed;
+  });
 }
 
 /// The triangles of a leaf, with their boxes.
@@ -248,6 +254,7 @@ template <class Scalar>
 bool SolidStart<Scalar>::FindInside(const Placed& inner, const Solid& own, const Solid& others,
                                     Contact& found) {
   for (const std::uint32_t place : ComponentsWithArea(inner)) {
+    if (m_isCancelled) return false;
     if (!IsInside(inner, place, own, others)) continue;
     const bool isMoving = &own == &m_moving;
     found.kind = ContactKind::Inside;
@@ -280,6 +287,10 @@ bool SolidStart<Scalar>::FindComponentInside() {
 /// others. They are just under it, or just over it when it is turned over. A triangle that an
 /// offset has made flat has no such points. The point is near the first corner, and on no edge of
 /// another triangle.
+//
+// Nearly always the others are on both sides of the triangle or on neither, and then the side of
+// its own solid does not matter. To find that side takes a look at every triangle that meets the
+// corner, and a fan has as many as it has corners to ask about.
 template <class Scalar>
 bool SolidStart<Scalar>::IsInside(const Placed& one, std::size_t place, const Solid& own,
                                   const Solid& others) {
@@ -290,10 +301,10 @@ bool SolidStart<Scalar>::IsInside(const Placed& one, std::size_t place, const So
   for (const Coord3& corner : face.corner)
     point.Add(corner);
   const InnerRay under(face, point);
-  if (TurnsAround(under, others, goesOn) <= 0) return false;
-  if (SideOfOwn(under, own, goesOn) != OwnSide::TurnedOver) return true;
-  const InnerRay over({{face.corner[0], face.corner[2], face.corner[1]}}, point);
-  return TurnsAround(over, others, goesOn) > 0;
+  const int turnsUnder = TurnsAround(under, others, goesOn);
+  if (turnsUnder <= 0) return false;
+  const int turnsOver = turnsUnder - LayersAt(under, others, goesOn);
+  return turnsOver > 0 || SideOfOwn(under, own, goesOn) != OwnSide::TurnedOver;
 }
 
 template class SolidStart<float>;

@@ -104,6 +104,75 @@ inline Mesh Needles(int count, double bend) {
   return mesh;
 }
 
+/// Returns a fan of triangles from a tip to a ring of radius 1 around the z axis, in single
+/// precision. Seen from above, they turn left.
+inline Mesh Fan(int count, const Coord3& tip, double ringHeight) {
+  Mesh mesh;
+  const auto ring = [&](int k) {
+    const double angle = 6.283185307179586 * (k % count) / count;
+    return Coord3{std::cos(angle), std::sin(angle), ringHeight};
+  };
+  for (int k = 0; k < count; ++k)
+    sweep_shapes::AddTriangle(mesh, tip, ring(k), ring(k + 1));
+  return Single(mesh);
+}
+
+/// The same triangles, turned over.
+inline Mesh TurnedOver(Mesh mesh) {
+  for (std::size_t k = 0; k < mesh.corners.size(); k += 3)
+    std::swap(mesh.corners[k + 1], mesh.corners[k + 2]);
+  return mesh;
+}
+
+/// Returns a solid of two fans that share the ring around the origin. A flat one makes it a cone.
+inline Mesh DoubleCone(int count, double top, double bottom) {
+  Mesh mesh = Fan(count, {0, 0, top}, 0.0);
+  sweep_shapes::Append(mesh, TurnedOver(Fan(count, {0, 0, bottom}, 0.0)));
+  return mesh;
+}
+
+/// Turns the order of the triangles, so that the first of equals is found late.
+inline Mesh Backwards(const Mesh& mesh) {
+  Mesh turned = mesh;
+  turned.corners.clear();
+  for (std::size_t k = mesh.corners.size(); k > 0; k -= 3) {
+    turned.corners.insert(turned.corners.end(), mesh.corners.begin() + static_cast<long>(k) - 3,
+                          mesh.corners.begin() + static_cast<long>(k));
+  }
+  return turned;
+}
+
+/// The triangles in an order that begins with the last one, then the first, and so on inwards.
+inline Mesh FromBothEnds(const Mesh& mesh) {
+  Mesh result;
+  const std::size_t count = mesh.corners.size() / 3;
+  for (std::size_t k = 0; k < count; ++k) {
+    const std::size_t from = 3 * (k % 2 == 0 ? count - 1 - k / 2 : k / 2);
+    for (std::size_t c = 0; c < 3; ++c)
+      result.corners.push_back(mesh.corners[from + c]);
+  }
+  return result;
+}
+
+/// Returns a triangle in a plane z = constant that faces up.
+inline Mesh Sheet(double z, double reach) {
+  Mesh mesh;
+  sweep_shapes::AddTriangle(mesh, {-reach, -reach, z}, {reach, -reach, z}, {0, reach, z});
+  return mesh;
+}
+
+/// Returns a box from z = 1 to 2 whose bottom has so many walls of zero thickness at one place, the
+/// first triangles of the body.
+inline Mesh ManyWalls(int count) {
+  Mesh mesh;
+  for (int k = 0; k < count; ++k) {
+    sweep_shapes::Append(mesh, TurnedOver(Sheet(1, 1)));
+    sweep_shapes::Append(mesh, Sheet(1, 1));
+  }
+  sweep_shapes::Append(mesh, sweep_shapes::Box({-2, -2, 1}, {2, 2, 2}));
+  return mesh;
+}
+
 inline Mesh Soup(unsigned seed, std::size_t count) {
   std::mt19937_64 random(seed);
   return sweep_shapes::Soup(random, count, 1.0, 0.1, 0.0);

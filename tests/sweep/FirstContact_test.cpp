@@ -118,17 +118,6 @@ Mesh Repeated(const Mesh& mesh, int count) {
   return repeated;
 }
 
-/// Turns the order of the triangles, so that the first of equals is found late.
-Mesh Backwards(const Mesh& mesh) {
-  Mesh turned = mesh;
-  turned.corners.clear();
-  for (std::size_t k = mesh.corners.size(); k > 0; k -= 3) {
-    turned.corners.insert(turned.corners.end(), mesh.corners.begin() + static_cast<long>(k) - 3,
-                          mesh.corners.begin() + static_cast<long>(k));
-  }
-  return turned;
-}
-
 TEST(FirstContact, TiesOfWholeObliqueFacesGoToTheFirstPair) {
   const Mesh plate = Sheared(Bowl(8, 0.0));
   // The shadows of a shifted grid meet in every way: corners in faces, on edges, edges that cross.

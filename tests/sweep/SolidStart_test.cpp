@@ -17,12 +17,6 @@ Mesh BoxOf(const Coord3& low, const Coord3& high) {
   return sweep_shapes::Box(low, high);
 }
 
-Mesh TurnedOver(Mesh mesh) {
-  for (std::size_t k = 0; k < mesh.corners.size(); k += 3)
-    std::swap(mesh.corners[k + 1], mesh.corners[k + 2]);
-  return mesh;
-}
-
 /// Runs the search on bodies at rest, in float and in double, and keeps its finding.
 struct Rest {
   Rest(const Mesh& moving, const std::vector<Mesh>& fixed, const Coord3& offset = {0, 0, 0}) {
@@ -478,6 +472,51 @@ TEST(SolidStart, TheOffsetMovesTheBody) {
   EXPECT_EQ(Rest(BoxOf({9, 9, 9}, {10, 10, 10}), {block}, {-8, -8, -8}).state, SolidState::Inside);
 }
 
+/// Returns how often the watch is called, which is once for so many nodes of a body. The search is
+/// cancelled where that is far too often.
+template <class Scalar>
+int WatchCalls(const Mesh& moving, const Mesh& fixed, SolidState expected) {
+  const PreparedBody movingBody(ViewOf(moving));
+  const PreparedBody fixedBody(ViewOf(fixed));
+  const SceneBodies bodies{&movingBody, {&fixedBody}};
+  const TravelDirection direction({0, 0, 1});
+  const RangeScale scale(16.0);
+  const Scene<Scalar> scene(bodies, direction, scale, Question{}, true);
+  int calls = 0;
+  const Watch counts = [&calls](double) { return ++calls < 400; };
+  SolidStart<Scalar> start(scene, counts);
+  EXPECT_EQ(start.Run(), expected);
+  return calls;
+}
+
+TEST(SolidStart, ATipThatTouchesFromInsideTakesAsLongAsItsFanHasTriangles) {
+  // Four times the triangles may take six times as long. At a quadratic cost it would be sixteen.
+  const double in = std::nextafter(2.0, 0.0);
+  const Mesh room = BoxOf({-8, -8, -8}, {8, 8, 2});
+  const Mesh tight = BoxOf({-8, -8, -2}, {8, 8, 2});
+  for (const auto& ordered : {+[](const Mesh& mesh) { return mesh; }, Backwards, FromBothEnds}) {
+    for (const double bottom : {-2.0, 0.0}) {
+      const auto body = [&](int count) { return ordered(DoubleCone(count, 2.0, bottom)); };
+      const Mesh few = body(500);
+      const Mesh many = body(2000);
+      ASSERT_TRUE(sweep_ask::BodyOf(few).IsSolid());
+      for (const Mesh& around : {room, tight}) {
+        const int calls = WatchCalls<float>(few, around, SolidState::Overlapping);
+        EXPECT_GT(calls, 1);
+        EXPECT_LT(WatchCalls<float>(many, around, SolidState::Overlapping), 6 * calls);
+        EXPECT_LT(WatchCalls<float>(around, many, SolidState::Overlapping), 6 * calls);
+        EXPECT_LT(WatchCalls<double>(many, around, SolidState::Overlapping), 6 * calls);
+      }
+      const Mesh lower = BoxOf({-8, -8, -8}, {8, 8, in});
+      const int through = WatchCalls<float>(few, lower, SolidState::Overlapping);
+      EXPECT_LT(WatchCalls<float>(many, lower, SolidState::Overlapping), 6 * through + 6);
+      const Mesh above = BoxOf({-8, -8, 2}, {8, 8, 8});
+      const int outside = WatchCalls<float>(few, above, SolidState::Apart);
+      EXPECT_LT(WatchCalls<float>(many, above, SolidState::Apart), 6 * outside + 6);
+    }
+  }
+}
+
 TEST(SolidStart, StopsWhenItIsCancelled) {
   // Two slabs with a bent surface in common, so that every triangle of it may touch.
   const Mesh bent = Single(Bowl(60, 0.1));
@@ -497,6 +536,29 @@ TEST(SolidStart, StopsWhenItIsCancelled) {
   SolidStart<float> cut(scene, stops);
   EXPECT_EQ(cut.Run(), SolidState::Cancelled);
   EXPECT_EQ(calls, 3);
+}
+
+TEST(SolidStart, StopsWhenItIsCancelledWhileComponentsAreLookedFor) {
+  // Each box is a component, and none is inside the body over them.
+  Mesh boxes;
+  for (int k = 0; k < 2000; ++k)
+    Append(boxes, BoxOf({2.0 * k, 9, 9}, {2.0 * k + 1, 10, 10}));
+  const PreparedBody moving(ViewOf(boxes));
+  const PreparedBody fixed(ViewOf(BoxOf({-1, -1, 90}, {9999, 20, 99})));
+  const SceneBodies bodies{&moving, {&fixed}};
+  const TravelDirection direction({0, 0, 1});
+  const RangeScale scale(16384.0);
+  const Scene<float> scene(bodies, direction, scale, Question{}, true);
+  int calls = 0;
+  const Watch counts = [&calls](double) { return ++calls > 0; };
+  SolidStart<float> whole(scene, counts);
+  EXPECT_EQ(whole.Run(), SolidState::Apart);
+  ASSERT_GT(calls, 1);
+  calls = 0;
+  const Watch stops = [&calls](double) { return ++calls < 1; };
+  SolidStart<float> cut(scene, stops);
+  EXPECT_EQ(cut.Run(), SolidState::Cancelled);
+  EXPECT_EQ(calls, 1);
 }
 
 } // namespace
