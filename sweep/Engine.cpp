@@ -154,22 +154,30 @@ bool OverlapAtStart(const Scene<Scalar>& scene, const Question& question, const 
   return true;
 }
 
+/// Returns a watch to which the part that is done, which is kept in `done`, never decreases, though
+/// a walk may begin again.
+Watch Rising(const Watch& watch, double& done) {
+  if (!watch) return {};
+  return [&watch, &done](double part) { return watch(done = std::max(done, part)); };
+}
+
 /// Walks to the first contact, and again where it is of two triangles of solids that are turned
 /// over.
 template <class Scalar>
 WalkEnd WalkToFirst(const Scene<Scalar>& scene, const Watch& watch, Workspace<Scalar>& workspace,
                     FirstContact<Scalar>& first) {
-  // The part that is done never decreases, though a walk may begin again.
-  double done = 0.0;
-  Watch rising;
-  if (watch) rising = [&](double part) { return watch(done = std::max(done, part)); };
   const auto walk = [&] {
     workspace.movingLeaves.Forget();
     workspace.fixedLeaves.Forget();
-    return Walk<Scalar, FirstContact<Scalar>>(scene, first, rising, workspace.stack).Run();
+    const WalkEnd end =
+        Walk<Scalar, FirstContact<Scalar>>(scene, first, watch, workspace.stack).Run();
+    return first.IsCancelled() ? WalkEnd::Cancelled : end;
   };
   const WalkEnd end = walk();
-  if (end != WalkEnd::Done || !first.IsBestTurnedOver()) return end;
+  if (end != WalkEnd::Done) return end;
+  const bool isTurnedOver = first.IsBestTurnedOver();
+  if (first.IsCancelled()) return WalkEnd::Cancelled;
+  if (!isTurnedOver) return end;
   first.BeginAgain();
   const WalkEnd again = walk();
   if (again == WalkEnd::Done) first.KeepTravel();
@@ -186,9 +194,11 @@ Answer SearchFirst(const Scene<Scalar>& scene, const Question& question, const W
       OverlapAtStart(scene, question, watch, workspace.solids, answer)) {
     return answer;
   }
+  double done = 0.0;
+  const Watch rising = Rising(watch, done);
   FirstContact<Scalar> first(scene, question.maxDistance, workspace.movingLeaves,
-                             workspace.fixedLeaves);
-  const WalkEnd end = WalkToFirst(scene, watch, workspace, first);
+                             workspace.fixedLeaves, rising);
+  const WalkEnd end = WalkToFirst(scene, rising, workspace, first);
   if (end == WalkEnd::Cancelled) return {};
   answer.status = SweepStatus::None;
   if (end == WalkEnd::Stopped) {
@@ -240,7 +250,7 @@ WalkEnd TouchBefore(const Scene<Scalar>& scene, const Question& question, const 
   touching.clearance = 0.0;
   const Scene<Scalar> bare(scene.bodies, scene.direction, scene.scale, touching, scene.filters);
   FirstContact<Scalar> first(bare, question.maxDistance, workspace.movingLeaves,
-                             workspace.fixedLeaves);
+                             workspace.fixedLeaves, watch);
   Walk<Scalar, FirstContact<Scalar>> walk(bare, first, watch, workspace.stack);
   const WalkEnd end = walk.Run();
   multiple = first.Best().any ? Enlarged(first.Best().travel.rounded.hi)
@@ -251,10 +261,8 @@ WalkEnd TouchBefore(const Scene<Scalar>& scene, const Question& question, const 
 template <class Scalar>
 Answer SearchClearance(const Scene<Scalar>& scene, const Question& question, const Watch& watch,
                        Workspace<Scalar>& workspace) {
-  // The part that is done never decreases, though a walk may begin again.
   double done = 0.0;
-  Watch rising;
-  if (watch) rising = [&](double part) { return watch(done = std::max(done, part)); };
+  const Watch rising = Rising(watch, done);
   const auto walk = [&](ClearanceSearch<Scalar>& judgement) {
     workspace.movingLeaves.Forget();
     workspace.fixedLeaves.Forget();

@@ -1,7 +1,5 @@
 #include "FirstContact.h"
 
-#include "RayCount.h"
-
 #include <cmath>
 
 namespace gsl_sweep {
@@ -22,6 +20,10 @@ constexpr int kLargeLeaf = 16;
 
 /// A plane takes about as long as two pairs, so it is looked for when this many have tied.
 constexpr int kTiesBeforePlane = 4;
+
+/// The nodes of a solid that a first look from a point may take, and the factor of the next look.
+constexpr std::size_t kFirstLook = 64;
+constexpr std::size_t kNextLook = 4;
 
 /// Returns true for solids that meet nothing by a pair of leaves: their shadows share no area.
 template <class Scalar>
@@ -54,10 +56,11 @@ bool IsLargeLeafApart(const Scene<Scalar>& scene, LeafCache<Scalar>& movingCache
 
 template <class Scalar>
 FirstContact<Scalar>::FirstContact(const Scene<Scalar>& scene, double maxDistance,
-                                   LeafCache<Scalar>& movingCache, LeafCache<Scalar>& fixedCache)
+                                   LeafCache<Scalar>& movingCache, LeafCache<Scalar>& fixedCache,
+                                   const Watch& watch)
     : m_scene(scene), m_movingCache(movingCache), m_fixedCache(fixedCache),
       m_maxDistance(scene.scale.DownLength(maxDistance)), m_least(LeastEnd<Scalar>(scene.rule)),
-      m_kernelLimit(JustBeyond(m_maxDistance)) {
+      m_kernelLimit(JustBeyond(m_maxDistance)), m_watch(watch) {
   SetLimit(scene.MultipleAtLeast(m_maxDistance));
 }
 
@@ -174,7 +177,7 @@ bool FirstContact<Scalar>::Judge(const NodePair<Scalar>& pair) {
   return true;
 }
 
-/// Returns false when the triangles touch at the start.
+/// Returns false when the triangles touch at the start, or when the question is cancelled.
 template <class Scalar>
 bool FirstContact<Scalar>::JudgeTriangles(const LeafPair<Scalar>& leaves, std::size_t fixedBody,
                                           int i, int j) {
@@ -204,9 +207,34 @@ bool FirstContact<Scalar>::JudgeTriangles(const LeafPair<Scalar>& leaves, std::s
     if (order > 0 || (order == 0 && m_best.PrecedesAll(found.moving, found.fixed))) return true;
     if (order < 0) ForgetTies();
   }
-  if ((isSolidAtRest || m_leavesOutTurnedOver) && AreTurnedOver(found)) return true;
-  Lower(found);
+  const bool mayCount = !(isSolidAtRest || m_leavesOutTurnedOver) || !AreTurnedOver(found);
+  if (m_isCancelled) return false;
+  if (mayCount) Lower(found);
   return true;
+}
+
+/// Returns false when the question is cancelled.
+template <class Scalar>
+bool FirstContact<Scalar>::Goes() {
+  constexpr std::size_t kWatchEvery = 1024;
+  if (++m_looks % kWatchEvery == 0 && m_watch && !m_watch(0.0)) m_isCancelled = true;
+  return !m_isCancelled;
+}
+
+/// Puts a look off that needs more than so many nodes of the solid.
+template <class Scalar>
+typename FirstContact<Scalar>::Look
+FirstContact<Scalar>::LookAlong(const InnerRay& ray, const PlacedSolid<Scalar>& solid,
+                                std::size_t most) {
+  bool isPutOff = false;
+  const auto goesOn = [&] {
+    isPutOff = isPutOff || most == 0;
+    if (!isPutOff) --most;
+    return !isPutOff && Goes();
+  };
+  const OwnSide side = SideOfOwn(ray, solid, goesOn);
+  if (isPutOff) return Look::PutOff;
+  return side == OwnSide::TurnedOver ? Look::TurnedOver : Look::NotTurnedOver;
 }
 
 /// Returns true when both triangles of a pair of solids are turned over, so that they do not stop
@@ -217,9 +245,11 @@ bool FirstContact<Scalar>::JudgeTriangles(const LeafPair<Scalar>& leaves, std::s
 // positive travel the solids meet no later than the triangles do: the moving solid is in the way
 // with its own front, or the fixed solid with its own back. So only the number of the pair is
 // wrong. When one triangle alone is turned over, its solid is on the same side as the other.
+//
+// One point that shows the contrary decides. At the tip of a fan a look meets every triangle of the
+// fan, while another point is at few triangles. So a look that takes long is put off.
 template <class Scalar>
-bool FirstContact<Scalar>::AreTurnedOver(const FoundPair& pair) const {
-  const auto goesOn = [] { return true; };
+bool FirstContact<Scalar>::AreTurnedOver(const FoundPair& pair) {
   const auto surface = [](const Triangle& t) {
     return SurfaceTriangle{{t.corner[0], t.corner[1], t.corner[2]}};
   };
@@ -228,18 +258,24 @@ bool FirstContact<Scalar>::AreTurnedOver(const FoundPair& pair) const {
   const PlacedSolid<Scalar> movingSolid = MovingSolid(m_scene);
   PlacedSolid<Scalar> fixedSolid; // it is seldom needed
   SharedPoints points = PointsInShadow(moving, fixed, m_scene.direction.Vector());
-  for (std::size_t k = 0; k < points.count; ++k, points.Rotate()) {
-    const InnerRay ofMoving(moving, points.onFirst);
-    if (SideOfOwn(ofMoving, movingSolid, goesOn) != OwnSide::TurnedOver) return false;
-    if (fixedSolid.empty()) fixedSolid = FixedSolid(m_scene);
-    const InnerRay ofFixed(fixed, points.onSecond);
-    if (SideOfOwn(ofFixed, fixedSolid, goesOn) != OwnSide::TurnedOver) return false;
+  bool isPutOff = true;
+  for (std::size_t most = kFirstLook; isPutOff; most *= kNextLook) {
+    isPutOff = false;
+    for (std::size_t k = 0; k < points.count; ++k, points.Rotate()) {
+      Look look = LookAlong(InnerRay(moving, points.onFirst), movingSolid, most);
+      if (look == Look::TurnedOver) {
+        if (fixedSolid.empty()) fixedSolid = FixedSolid(m_scene);
+        look = LookAlong(InnerRay(fixed, points.onSecond), fixedSolid, most);
+      }
+      if (look == Look::NotTurnedOver) return false;
+      isPutOff = isPutOff || look == Look::PutOff;
+    }
   }
   return true;
 }
 
 template <class Scalar>
-bool FirstContact<Scalar>::IsBestTurnedOver() const {
+bool FirstContact<Scalar>::IsBestTurnedOver() {
   return m_scene.rule == Rule::Solid && m_best.any && AreTurnedOver(m_best);
 }
 

@@ -2,6 +2,7 @@
 #define GSL_SWEEP_FIRST_CONTACT_H
 
 #include "LeafPair.h"
+#include "RayCount.h"
 #include "TiePlane.h"
 #include "Walk.h"
 
@@ -42,19 +43,24 @@ bool IsLargeLeafApart(const Scene<Scalar>& scene, LeafCache<Scalar>& movingCache
 template <class Scalar>
 class FirstContact {
 public:
+  /// `watch`, which must outlive the search, is called now and then where a pair takes long.
   FirstContact(const Scene<Scalar>& scene, double maxDistance, LeafCache<Scalar>& movingCache,
-               LeafCache<Scalar>& fixedCache);
+               LeafCache<Scalar>& fixedCache, const Watch& watch);
 
   static constexpr bool kFromEnd = false;
 
   TravelRange<Scalar> Range() const { return {m_least, m_limit}; }
   bool IsSettled(const NodePair<Scalar>& pair);
+  /// Returns false when the pair touches at the start, or when the question is cancelled.
   bool Judge(const NodePair<Scalar>& leaves);
+  /// Returns true when the watch has returned false.
+  bool IsCancelled() const { return m_isCancelled; }
 
   const FoundPair& Best() const { return m_best; }
   /// Returns true when the best pair, of solids that meet after a positive travel, does not stop
-  /// them. The travel is right, and another pair has it too.
-  bool IsBestTurnedOver() const;
+  /// them. The travel is right, and another pair has it too. The result is arbitrary when the
+  /// question is cancelled.
+  bool IsBestTurnedOver();
   /// Begins again, for a walk that leaves out all such pairs, which takes time.
   void BeginAgain();
   /// Goes back to the pair of the walk before, unless this walk found one with the same travel.
@@ -63,8 +69,13 @@ public:
 private:
   using Leaf = LeafTriangles<Scalar>;
 
+  /// What a look from a point of a triangle into its own solid shows.
+  enum class Look { TurnedOver, NotTurnedOver, PutOff };
+
   bool JudgeTriangles(const LeafPair<Scalar>& leaves, std::size_t fixedBody, int i, int j);
-  bool AreTurnedOver(const FoundPair& pair) const;
+  bool Goes();
+  Look LookAlong(const InnerRay& ray, const PlacedSolid<Scalar>& solid, std::size_t most);
+  bool AreTurnedOver(const FoundPair& pair);
   void Lower(const FoundPair& found);
   void CountTie();
   void ForgetTies();
@@ -89,6 +100,9 @@ private:
   int m_tieCount = 0;            ///< at the best travel
   bool m_leavesOutTurnedOver = false;
   FoundPair m_earlier; ///< of the walk before
+  const Watch& m_watch;
+  std::size_t m_looks = 0; ///< at nodes of solids
+  bool m_isCancelled = false;
 };
 
 extern template class FirstContact<float>;

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <memory>
 #include <random>
 #include <stdexcept>
 
@@ -319,6 +320,43 @@ TEST(Engine, WatchThatReturnsFalseCancels) {
   for (std::size_t allowed = 0; allowed < 12; ++allowed) {
     EXPECT_TRUE(SameBits(answer(allowed), Answer()));
     EXPECT_EQ(calls, allowed + 1);
+  }
+}
+
+TEST(Engine, EveryCallCanCancelAQuestionAboutSolids) {
+  // A look at a pair meets all walls, which are at one place: after the walk, or at rest during it.
+  const Mesh walls = ManyWalls(5000);
+  for (const double top : {0.0, 1.0}) {
+    Question question = Towards({0.0, 0.0, -1.0});
+    question.rule = Rule::Solid;
+    std::size_t calls = 0;
+    // The bodies are fresh, so that each answer takes the same calls.
+    const auto answer = [&](std::size_t allowed) {
+      const PreparedBody moving(ViewOf(walls));
+      const PreparedBody table(ViewOf(sweep_shapes::Box({-4, -4, -1}, {4, 4, top})));
+      const SceneBodies bodies{&moving, {&table}};
+      Workspaces workspaces;
+      workspaces.single = std::make_unique<Workspace<float>>();
+      workspaces.single->solids.isKnown = true; // and apart
+      workspaces.single->solids.bodies = bodies;
+      double done = 0.0;
+      calls = 0;
+      const Watch watch = [&](double part) {
+        EXPECT_GE(part, done);
+        done = part;
+        return ++calls <= allowed;
+      };
+      return AnswerQuestion(bodies, question, watch, workspaces);
+    };
+    const Answer whole = answer(1000000);
+    EXPECT_EQ(whole.status, top == 1.0 ? SweepStatus::Start : SweepStatus::Contact);
+    EXPECT_EQ(whole.contact.travel, 1.0 - top);
+    const std::size_t total = calls;
+    ASSERT_GT(total, 3u);
+    for (std::size_t allowed = 0; allowed < total; ++allowed) {
+      EXPECT_TRUE(SameBits(answer(allowed), Answer()));
+      EXPECT_EQ(calls, allowed + 1);
+    }
   }
 }
 

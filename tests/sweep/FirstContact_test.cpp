@@ -4,6 +4,10 @@
 
 #include <gtest/gtest.h>
 
+#include <memory>
+#include <optional>
+#include <vector>
+
 namespace {
 
 using namespace gsl_sweep;
@@ -49,10 +53,10 @@ std::size_t JudgedLeaves(const Mesh& moving, const Mesh& fixed, FoundPair& best)
   const Scene<Scalar> scene(bodies, direction, scale, question, true);
   LeafCache<Scalar> movingCache;
   LeafCache<Scalar> fixedCache;
-  FirstContact<Scalar> first(scene, question.maxDistance, movingCache, fixedCache);
+  const Watch none;
+  FirstContact<Scalar> first(scene, question.maxDistance, movingCache, fixedCache, none);
   Counting<Scalar> counting{first};
   std::vector<NodePair<Scalar>> stack;
-  const Watch none;
   Walk<Scalar, Counting<Scalar>> walk(scene, counting, none, stack);
   EXPECT_EQ(walk.Run(), WalkEnd::Done);
   best = first.Best();
@@ -137,6 +141,84 @@ TEST(FirstContact, TiesOfWholeObliqueFacesGoToTheFirstPair) {
       EXPECT_EQ(best.moving, expected.moving);
       EXPECT_EQ(best.fixed, expected.fixed);
     }
+  }
+}
+
+/// A search for the first contact of solids along -z whose own watch is counted, and ends it at a
+/// given call. The walk has no watch.
+template <class Scalar>
+struct SolidSearch {
+  SolidSearch(const Mesh& moving, const std::vector<Mesh>& fixed, int endsAt = 0)
+      : watch([this, endsAt](double) { return ++calls != endsAt; }), movingBody(ViewOf(moving)) {
+    bodies.moving = &movingBody;
+    for (const Mesh& mesh : fixed) {
+      fixedBodies.push_back(std::make_unique<PreparedBody>(ViewOf(mesh)));
+      bodies.fixed.push_back(fixedBodies.back().get());
+    }
+    Question question;
+    question.rule = Rule::Solid;
+    scene.emplace(bodies, direction, scale, question, true);
+    first.emplace(*scene, question.maxDistance, movingCache, fixedCache, watch);
+  }
+
+  WalkEnd Run() {
+    const Watch none;
+    return Walk<Scalar, FirstContact<Scalar>>(*scene, *first, none, stack).Run();
+  }
+
+  int calls = 0;
+  Watch watch;
+  PreparedBody movingBody;
+  std::vector<std::unique_ptr<PreparedBody>> fixedBodies;
+  SceneBodies bodies{};
+  TravelDirection direction{{0.0, 0.0, -1.0}};
+  RangeScale scale{16.0};
+  LeafCache<Scalar> movingCache, fixedCache;
+  std::vector<NodePair<Scalar>> stack;
+  std::optional<Scene<Scalar>> scene;
+  std::optional<FirstContact<Scalar>> first;
+};
+
+TEST(FirstContact, ALookAtManyTrianglesOfOnePlaceCanBeCancelled) {
+  const Mesh walls = ManyWalls(5000);
+  for (const double top : {1.0, 0.0}) {
+    const std::vector<Mesh> fixed{sweep_shapes::Box({-4, -4, -1}, {4, 4, top})};
+    // At travel 0 each pair is looked at while it is judged, else the best pair in the end.
+    SolidSearch<float> whole(walls, fixed);
+    EXPECT_EQ(whole.Run(), WalkEnd::Done);
+    EXPECT_FALSE(whole.first->IsBestTurnedOver());
+    EXPECT_FALSE(whole.first->IsCancelled());
+    EXPECT_EQ(whole.first->Best().moving, 0u);
+    ASSERT_GT(whole.calls, 3);
+    for (int endsAt = 1; endsAt <= whole.calls; ++endsAt) {
+      SolidSearch<float> cut(walls, fixed, endsAt);
+      const bool isStopped = cut.Run() == WalkEnd::Stopped;
+      EXPECT_EQ(isStopped, cut.first->IsCancelled());
+      EXPECT_TRUE(top == 1.0 || !isStopped);
+      if (!isStopped) cut.first->IsBestTurnedOver();
+      EXPECT_TRUE(cut.first->IsCancelled());
+      EXPECT_EQ(cut.calls, endsAt);
+    }
+  }
+}
+
+/// Returns how often the watch is called while the first contact of a body that rests on a table is
+/// searched, which is once for so many nodes.
+int CallsAtRest(const Mesh& body) {
+  SolidSearch<float> search(body, {sweep_shapes::Box({-8, -8, -9}, {8, 8, -1})});
+  EXPECT_EQ(search.Run(), WalkEnd::Done);
+  EXPECT_FALSE(search.first->IsBestTurnedOver());
+  EXPECT_TRUE(search.first->Best().any);
+  EXPECT_EQ(search.first->Best().contact.travel, 0.0);
+  return search.calls;
+}
+
+TEST(FirstContact, ARestingFanIsLookedAtWhereItsTrianglesAreFew) {
+  // On its tip, and flat on the table. At the tip a look meets 5000 leaves.
+  for (const double bottom : {-1.0, 0.0}) {
+    const Mesh body = sweep_shapes::Moved(DoubleCone(40000, 2, bottom), {0, 0, -1 - bottom});
+    EXPECT_LT(CallsAtRest(body), 3) << bottom;
+    EXPECT_LT(CallsAtRest(Backwards(body)), 3) << bottom;
   }
 }
 
