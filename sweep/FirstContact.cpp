@@ -285,9 +285,6 @@ void FirstContact<Scalar>::BeginAgain() {
   m_earlier = m_best;
   m_best = FoundPair();
   ForgetTies();
-  m_kernelLimit = JustBeyond(m_maxDistance);
-  m_tieFloor = Box<Scalar>::kFar;
-  SetLimit(m_scene.MultipleAtLeast(m_maxDistance));
 }
 
 template <class Scalar>

@@ -61,9 +61,11 @@ public:
   /// them. The travel is right, and another pair has it too. The result is arbitrary when the
   /// question is cancelled.
   bool IsBestTurnedOver();
-  /// Begins again, for a walk that leaves out all such pairs, which takes time.
+  /// Begins again, for a walk within the same travel that leaves out all such pairs, which takes
+  /// time.
   void BeginAgain();
   /// Goes back to the pair of the walk before, unless this walk found one with the same travel.
+  /// There may be none where triangles are turned over in a part of them alone.
   void KeepTravel();
 
 private:

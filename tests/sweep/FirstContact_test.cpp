@@ -165,6 +165,22 @@ struct SolidSearch {
     const Watch none;
     return Walk<Scalar, FirstContact<Scalar>>(*scene, *first, none, stack).Run();
   }
+  /// Judges the pair of the moving body and a fixed body, which have one leaf each.
+  bool JudgeBody(std::size_t fixedBody) {
+    const auto sideOf = [](const TreeInUse<Scalar>& used) {
+      WalkSide<Scalar> side{};
+      side.ref = used.tree->root;
+      side.least = used.tree->least;
+      side.box = used.tree->box;
+      return side;
+    };
+    NodePair<Scalar> pair{};
+    pair.moving = sideOf(scene->template TreeOf<true>(0));
+    pair.fixed = sideOf(scene->template TreeOf<false>(fixedBody));
+    pair.fixedBody = static_cast<std::uint32_t>(fixedBody);
+    return first->Judge(pair);
+  }
+  double Travel() const { return scale.UpTravel(first->Best().contact.travel); }
 
   int calls = 0;
   Watch watch;
@@ -178,6 +194,41 @@ struct SolidSearch {
   std::optional<Scene<Scalar>> scene;
   std::optional<FirstContact<Scalar>> first;
 };
+
+TEST(FirstContact, ASecondWalkKeepsTheTravelOfTheFirst) {
+  const double farther = -0x1p-52;
+  const std::vector<Mesh> fixed{Sheet(0, 4), Sheet(farther, 4), Sheet(0, 4), Sheet(-1, 4)};
+  const auto begun = [&] {
+    auto search = std::make_unique<SolidSearch<double>>(TurnedOver(Sheet(1, 1)), fixed);
+    EXPECT_TRUE(search->JudgeBody(0));
+    EXPECT_EQ(search->Travel(), 1.0);
+    search->first->BeginAgain();
+    EXPECT_FALSE(search->first->Best().any);
+    return search;
+  };
+  const auto bodyOf = [](const SolidSearch<double>& search) {
+    EXPECT_TRUE(search.first->Best().any);
+    EXPECT_EQ(search.Travel(), 1.0);
+    return search.first->Best().fixed >> 32;
+  };
+  const auto nothing = begun();
+  nothing->first->KeepTravel();
+  EXPECT_EQ(bodyOf(*nothing), 0u);
+  // A pair farther by a unit in the last place is within the limit, which is rounded.
+  const auto later = begun();
+  EXPECT_TRUE(later->JudgeBody(1));
+  ASSERT_TRUE(later->first->Best().any);
+  EXPECT_EQ(later->Travel(), 1.0 + 0x1p-52);
+  later->first->KeepTravel();
+  EXPECT_EQ(bodyOf(*later), 0u);
+  const auto same = begun();
+  EXPECT_TRUE(same->JudgeBody(2));
+  same->first->KeepTravel();
+  EXPECT_EQ(bodyOf(*same), 2u);
+  const auto beyond = begun();
+  EXPECT_TRUE(beyond->JudgeBody(3));
+  EXPECT_FALSE(beyond->first->Best().any);
+}
 
 TEST(FirstContact, ALookAtManyTrianglesOfOnePlaceCanBeCancelled) {
   const Mesh walls = ManyWalls(5000);
