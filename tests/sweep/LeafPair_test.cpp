@@ -296,6 +296,42 @@ TEST(LeafBeforeBox, DoesNotBoundTheLastTravelOfATriangleAlongTheDirection) {
   EXPECT_LE(edgeOn.Pair().LastTravel(0, 0), 2.0 + 0x1p-30);
 }
 
+/// Returns a body of one triangle.
+Mesh OneTriangle(const Coord3& a, const Coord3& b, const Coord3& c) {
+  Mesh mesh;
+  sweep_shapes::AddTriangle(mesh, a, b, c);
+  return mesh;
+}
+
+/// The last contact is on an edge of the larger triangle, and the heights over that edge cancel to
+/// their last bits.
+TEST(LeafPair, LastTravelAllowsForTheErrorOfTheSides) {
+  const Mesh moving = OneTriangle({-0x1.4p-1, 0x1.4p-1, -0x1.8p-2}, {-0x1.4p-1, -0x1p-3, -0x1.cp-1},
+                                  {0x1.7p+1, -0x1.ap+0, -0x1.80bp-2});
+  const Mesh fixed =
+      OneTriangle({0x1.dp-1, -0x1.7p-2, -0x1.804dp-2}, {0x1.d0008p-1, -0x1.7p-2, -0x1.804cp-2},
+                  {0x1.cfff8p-1, -0x1.6fffp-2, -0x1.804d8p-2});
+  Counts counts;
+  LeafCache<double> movingCache, fixedCache;
+  Compare(moving, fixed, {0x1.cp-1, -0x1.2p-1, -0x1.6p-13}, {0.0, 0.0, 0.0}, movingCache,
+          fixedCache, counts);
+  EXPECT_EQ(counts.parting, 1);
+}
+
+TEST(LeafBeforeBox, LastTravelAllowsForTheErrorOfTheSides) {
+  const Mesh moving = OneTriangle({-0x1.ffffffffffffcp-23, 0x1.bp-17, -0x1.3p-18},
+                                  {-0x1.00dfffffffffep-22, 0x1.affbp-17, -0x1.2ffep-18},
+                                  {-0x1.00ffffffffffep-22, 0x1.aff8p-17, -0x1.3p-18});
+  const Mesh fixed =
+      OneTriangle({0x1.ep-19, 0x1.8p-20, 0x1.2p-19}, {0x1.000078p-1, 0x1.8p-20, 0x1.000048p-1},
+                  {-0x1.fffe2p-3, 0x1.80003p-1, -0x1.1fffb8p-1});
+  Counts counts;
+  LeafCache<double> movingCache, fixedCache;
+  Compare(moving, fixed, {-0x1p-55, 0.0, -0x1p-1}, {0.0, 0.0, 0.0}, movingCache, fixedCache,
+          counts);
+  EXPECT_EQ(counts.parting, 1);
+}
+
 TEST(LeafPair, CopiesOfTheTriangleBeforeAreNotDistinct) {
   Mesh mesh;
   for (const double x : {0.0, 0.0, 1.0, 0.0, 0.0})
