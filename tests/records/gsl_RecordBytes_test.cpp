@@ -454,6 +454,22 @@ TEST(GslRecordBytes, DamageOfALaterBlockIsReportedBeforeAnErrorInItsRecords) {
   }
 }
 
+TEST(GslRecordBytes, DamageWhereNoRecordEndsIsReported) {
+  const auto expectDamage = [](Bytes bytes, std::size_t at) {
+    bytes[at] ^= 1;
+    EXPECT_NE(MessageOf(bytes).find("The records are damaged"), std::string::npos)
+        << at << ": " << MessageOf(bytes);
+  };
+  const Bytes none = gsl_RecordStore().ToBytes();
+  for (std::size_t at = 20; at < none.size(); ++at)
+    expectDamage(none, at);
+  gsl_RecordStore store;
+  store.AddString(store.AddRoot(7, {1, 1}), {"x", 0}, std::string(60000, 'a'));
+  const Bytes one = store.ToBytes();
+  for (const std::size_t before : {2u, 100u, 5000u, 30000u, 59000u})
+    expectDamage(one, one.size() - before);
+}
+
 TEST(GslRecordBytes, EveryShorterFormIsRefused) {
   const Bytes bytes = SampleStore().ToBytes();
   for (std::size_t length = 0; length < bytes.size(); ++length) {
