@@ -217,6 +217,7 @@ bool FirstContact<Scalar>::JudgeTriangles(const LeafPair<Scalar>& leaves, std::s
 template <class Scalar>
 bool FirstContact<Scalar>::Goes() {
   constexpr std::size_t kWatchEvery = 1024;
+  if (m_isCancelled) return false;
   if (++m_looks % kWatchEvery == 0 && m_watch && !m_watch(0.0)) m_isCancelled = true;
   return !m_isCancelled;
 }

@@ -323,6 +323,33 @@ TEST(Engine, WatchThatReturnsFalseCancels) {
   }
 }
 
+TEST(Engine, ACancelledQuestionAboutManyBodiesAsksNoMore) {
+  const auto sheets = [] {
+    Mesh mesh = TurnedOver(Sheet(0, 1));
+    sweep_shapes::Append(mesh, Sheet(0, 1));
+    return mesh;
+  };
+  Mesh above = sheets();
+  sweep_shapes::Append(above, sweep_shapes::Box({-2, -2, 0}, {2, 2, 1}));
+  Mesh below = sheets();
+  sweep_shapes::Append(below, sweep_shapes::Box({-2, -2, -1}, {2, 2, 0}));
+  const PreparedBody moving(ViewOf(above));
+  const PreparedBody fixed(ViewOf(below));
+  const SceneBodies bodies{&moving, std::vector<const PreparedBody*>(1500, &fixed)};
+  Question question = Towards({0.0, 0.0, 1.0});
+  question.rule = Rule::Solid;
+  for (const std::size_t allowed : {7u, 11u}) {
+    Workspaces workspaces;
+    workspaces.single = std::make_unique<Workspace<float>>();
+    workspaces.single->solids.isKnown = true; // and apart
+    workspaces.single->solids.bodies = bodies;
+    std::size_t calls = 0;
+    const Watch watch = [&](double) { return ++calls <= allowed; };
+    EXPECT_TRUE(SameBits(AnswerQuestion(bodies, question, watch, workspaces), Answer()));
+    EXPECT_EQ(calls, allowed + 1);
+  }
+}
+
 TEST(Engine, EveryCallCanCancelAQuestionAboutSolids) {
   // A look at a pair meets all walls, which are at one place: after the walk, or at rest during it.
   const Mesh walls = ManyWalls(5000);
