@@ -4,6 +4,7 @@
 #include "ScopedSettings.h"
 #include "TestScale.h"
 #include "gsl_TriTriMinDirectionalDist.h"
+#include "gsl_Util.h"
 
 #include <algorithm>
 #include <cinttypes>
@@ -275,6 +276,8 @@ void CompareUntilDecided(std::uint64_t seed, long count, Tally& tally) {
 TEST(SweepOracle, LibraryFindsTheFirstContactOfTheMotion) {
   const long perThread = Scaled(500000);
   Tally tallies[2];
+  // The process calls it once before threads may use the library.
+  omi_Singleton<gsl_Util>::Instance();
   std::thread other(CompareUntilDecided, kSeed + 1, perThread, std::ref(tallies[1]));
   CompareUntilDecided(kSeed, perThread, tallies[0]);
   other.join();
