@@ -628,7 +628,7 @@ def over(by, peer):
 
 
 def worst(ratios):
-    """Returns the size of the greatest ratio and the ratio; it is None where one was not measured."""
+    """Returns the size with the greatest ratio, and that ratio. Both are None if any size was not measured."""
     return max(ratios.items(), key=lambda item: item[1]) if ratios and None not in ratios.values() else (None, None)
 
 
