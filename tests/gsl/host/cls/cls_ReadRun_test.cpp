@@ -88,6 +88,45 @@ bool TakesList(const gsl_RecordStore& store, cls_xp1DArrayListUint& list) {
   return true;
 }
 
+/// The record of WithList, so many records deep. Each of those has one field, the next record.
+gsl_RecordStore WithListBelow(std::uint32_t above) {
+  const RawRecords inner = RawCopy(WithList([](const cls_WriteVisitor& to) {
+    const unsigned int id = 7;
+    to.StartWrite(cls_kCollectionTypeId, cls_Uid());
+    to.WriteUnsigneds(&id, 1);
+  }));
+  RawRecord outer;
+  outer.typeId = 10;
+  RawRecords records(above, outer);
+  records.insert(records.end(), inner.begin(), inner.end());
+  for (std::uint32_t i = 0; i < above; ++i) {
+    RawField field;
+    field.name = "_part";
+    field.kind = gsl_RecordKind::Record;
+    field.link = i + 1;
+    records[i].fields.push_back(field);
+  }
+  for (std::size_t i = above; i < records.size(); ++i) {
+    records[i].isRoot = false;
+    for (RawField& field : records[i].fields) {
+      if (field.kind == gsl_RecordKind::Record) field.link += above;
+    }
+  }
+  records.front().isRoot = true;
+  const std::vector<unsigned char> bytes = RawBytes(records);
+  return gsl_RecordStore::FromBytes(bytes.data(), bytes.size());
+}
+
+bool TakesListBelow(const cls_ReadVisitor& owner, unsigned int above) {
+  if (above > 0) return TakesListBelow(cls_ReadVisitor(owner, {-1, "_part"}), above - 1);
+  cls_xp1DArrayListUint list;
+  cls_ReadRun run(owner, kListFields);
+  EXPECT_TRUE(run.Fits());
+  const bool isTaken = run.TakeUnsigneds(list);
+  EXPECT_EQ(list.Count(), isTaken ? 1u : 0u);
+  return isTaken;
+}
+
 bool FitsWhenWritten(const std::function<void(const cls_WriteVisitor&)>& write) {
   const gsl_RecordStore store = Recorded(10, cls_Uid(3, 4), write);
   cls_Load load(store);
@@ -204,6 +243,16 @@ TEST(ClsReadRun, AnotherCollectionOrAListWithFieldsIsLeftToTheVisitor) {
     to.WriteInteger({-1, "_field"}, 1);
     to.WriteUnsigneds(&id, 1);
   }));
+}
+
+TEST(ClsReadRun, AListAtTheLimitOfNestingIsTakenAndNoDeeper) {
+  // The list is one deeper than its owner.
+  constexpr unsigned int kDeepest = cls_ReadVisitor::kMostNesting;
+  for (const unsigned int above : {kDeepest - 1, kDeepest}) {
+    const gsl_RecordStore store = WithListBelow(above);
+    cls_Load load(store);
+    EXPECT_EQ(TakesListBelow(cls_ReadVisitor(load, 0), above), above < kDeepest);
+  }
 }
 
 TEST(ClsReadRun, NamesOfTwoSetsAreKeptApart) {
