@@ -116,16 +116,19 @@ def select(made, layout, wanted):
             raise Failed(f"no source is called {', '.join(wanted.files)}")
         made.find(names)
         return made.mutants()
-    made.find(held(made, layout) if wanted.sample else sources(made, layout.whole))
-    chosen = made.mutants()
+    whole = sources(made, layout.whole)
+    chosen = []
+    if not wanted.rest:
+        made.find(held(made, layout) if wanted.sample else whole)
+        chosen = made.mutants()
     if wanted.sample:
         chosen = by_hash(made, chosen)[:wanted.sample]
     else:
-        rest = [name for name in sources(made, layout.sampled) if name not in made.found]
+        rest = [name for name in sources(made, layout.sampled) if name not in whole]
         if rest:
             made.find(rest)
             others = [item for item in made.mutants() if item[0].file in set(rest)]
-            chosen += by_hash(made, others)[:SAMPLE]
+            chosen += by_hash(made, others)[:wanted.rest or SAMPLE]
     return sorted(chosen, key=lambda item: (item[0].file, item[1].begin, -item[1].end, item[1].text))
 
 
@@ -248,7 +251,7 @@ class Session:
     def prepared(self):
         """Returns the mutants and the tests of the last build."""
         if not self.plan_file.exists() or not self.reach_file.exists():
-            raise Failed("nothing was built yet: run ./scripts/mutate with a file, --all or --sample first")
+            raise Failed("nothing was built yet: run ./scripts/mutate with a file, --all, --sample or --rest first")
         plan = json.loads(self.plan_file.read_text())
         for name, skipped in plan["skipped"].items():
             self.made.found[name] = tree.places.Found([], collections.Counter(skipped))
@@ -322,6 +325,8 @@ def parsed(arguments):
                         help=f"every mutant of {', '.join(WHOLE)}, and {SAMPLE} of the rest")
     parser.add_argument("--sample", type=int, metavar="N",
                         help="N mutants of the files whose survivors were judged, chosen by their contents")
+    parser.add_argument("--rest", type=int, metavar="N",
+                        help=f"N mutants of {', '.join(SAMPLED)} without those that --all runs whole")
     parser.add_argument("--list", action="store_true", help="list the mutants and build nothing")
     parser.add_argument("--run", type=int, metavar="NUMBER", help="run a mutant of the last build and show its tests")
     parser.add_argument("--continue", action="store_true", dest="resume", help="go on with the last build")
@@ -330,11 +335,14 @@ def parsed(arguments):
     parser.add_argument("--jobs", type=int, default=int(os.environ.get("JOBS", os.cpu_count() or 1)), metavar="N",
                         help="run N processes")
     wanted = parser.parse_args(arguments)
-    chosen = [bool(wanted.files), wanted.all, wanted.sample is not None, wanted.run is not None, wanted.resume]
+    chosen = [bool(wanted.files), wanted.all, wanted.sample is not None, wanted.rest is not None,
+              wanted.run is not None, wanted.resume]
     if sum(chosen) != 1:
-        parser.error("name files, or one of --all, --sample, --run and --continue")
-    if wanted.sample is not None and wanted.sample < 1:
-        parser.error(f"--sample must be at least 1 (got {wanted.sample})")
+        parser.error("name files, or one of --all, --sample, --rest, --run and --continue")
+    for name in ("sample", "rest"):
+        count = getattr(wanted, name)
+        if count is not None and count < 1:
+            parser.error(f"--{name} must be at least 1 (got {count})")
     return wanted
 
 

@@ -15,8 +15,10 @@ from dataclasses import asdict, dataclass
 import places
 import schemata
 
-# Loops without an effect must not be taken to end, as a mutant may never end.
-FLAGS = "-O1 -DNDEBUG -w -fno-finite-loops"
+# Loops without an effect must not be taken to end, as a mutant may never end. Each mutant adds a branch; where functions
+# with hundreds of them are inlined, and these passes run, one kernel takes gcc a quarter of an hour instead of a second.
+FLAGS = ("-O1 -DNDEBUG -w -fno-finite-loops -fno-inline -fno-tree-dominator-opts -fno-tree-pre -fno-tree-fre "
+         "-Dalways_inline=unused")
 # A compiler refuses a place for reasons that the tree does not show; each round leaves out what it refuses.
 ROUNDS = 20
 

@@ -357,6 +357,22 @@ class Whole(unittest.TestCase):
         source.write_text(SOURCE + "\n")
         self.assertNotEqual([mutant.now for mutant, _ in main.by_hash(made, made.mutants())], one)
 
+    def test_the_rest_has_no_mutant_of_the_whole(self):
+        def listed(whole, *arguments):
+            with mock.patch.multiple(self.layout, whole=whole, sampled=["src/"]):
+                return self.mutate(*arguments, "--list")[1]
+
+        rest = listed(["src/sample.h"], "--rest", "5")
+        self.assertEqual(rest.count("(number "), 5)
+        self.assertEqual(listed(["src/sample.h"], "--rest", "5"), rest)
+        every = listed(["src/sample.cpp"], "--all").count("(number ")
+        self.assertGreater(every, 5)
+        self.assertEqual(listed(["src/sample.h"], "--rest", "1000").count("(number "), every)
+        self.assertEqual(listed(["src/sample.cpp"], "--rest", "1000").count("(number "), 0)
+        with mock.patch("sys.stderr"):
+            self.assertRaises(SystemExit, main.parsed, ["--rest", "0"])
+            self.assertRaises(SystemExit, main.parsed, ["--rest", "5", "--all"])
+
     def test_a_test_that_fails_without_a_mutant_is_named(self):
         test = self.root / "test.cpp"
         self.addCleanup(test.write_text, TEST)
