@@ -483,7 +483,7 @@ TEST(GslRecordBytes, EveryChangedByteOfABodyIsRefusedOrReadable) {
   const Bytes body(bytes.begin() + 20, bytes.end() - 4);
   ASSERT_EQ(RawFrame(body), bytes);
   for (std::size_t i = 0; i < body.size(); ++i) {
-    for (unsigned int value = i % kTestScaleDivisor; value < 256; value += kTestScaleDivisor) {
+    for (std::size_t value = i % kTestScaleDivisor; value < 256; value += kTestScaleDivisor) {
       Bytes changed = body;
       changed[i] = static_cast<unsigned char>(value);
       try {
