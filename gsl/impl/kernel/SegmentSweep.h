@@ -185,11 +185,16 @@ struct EndGaps {
   return gaps;
 }
 
+/// Returns whether MeetFlatEnds holds for this direction. Returns false for a NaN.
+// With a tolerance below 0 every line is skew to the target. With a tolerance above |d| an end
+// meets its foot on the other segment.
+inline bool IsUsualDirection(const Measured3& d, double linearTolerance) {
+  return linearTolerance >= 0.0 && linearTolerance <= d.magnitude && d.c.z == 0.0 &&
+         d.magnitude > kLeastOrdinarySize && d.magnitude < kLargestOrdinarySize;
+}
+
 /// Does what MeetEveryEnd does, for B and for A in the lanes of vectors, where no root, no common
-/// normal and no weight is needed. Returns false where one is.
-///
-/// Requires a tolerance that is neither negative nor above the length of d, which is ordinary and
-/// across z.
+/// normal and no weight is needed. Returns false where one is. Requires a usual direction.
 inline bool MeetFlatEnds(const SweptSegment& a, const SweptSegment& b, const Measured3& d,
                          double linearTolerance, EndGaps& gaps) {
   const TwoCoords start = Together(b.p[0].c, a.p[0].c), end = Together(b.p[1].c, a.p[1].c);
@@ -258,10 +263,8 @@ inline bool EndsAcross(const SweptSegment& a, const SweptSegment& b, const Measu
                        double margin, double linearTolerance, SweepContacts& contacts) {
   // Such segments do not face each other.
   if (Dot(a.edge.c, b.edge.c) > 0.0) return false;
-  const bool isUsual = linearTolerance >= 0.0 && linearTolerance <= d.magnitude && d.c.z == 0.0 &&
-                       d.magnitude > kLeastOrdinarySize && d.magnitude < kLargestOrdinarySize;
   EndGaps gaps;
-  if (!isUsual || !MeetFlatEnds(a, b, d, linearTolerance, gaps)) {
+  if (!IsUsualDirection(d, linearTolerance) || !MeetFlatEnds(a, b, d, linearTolerance, gaps)) {
     gaps = MeetEveryEnd(a, b, d, linearTolerance);
   }
   gaps.gap[kNoEnd] = contacts.distance;

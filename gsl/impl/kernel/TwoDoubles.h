@@ -21,7 +21,7 @@ __attribute__((always_inline)) inline TwoDoubles Magnitude(TwoDoubles v) {
                                       TwoMasks{INT64_MAX, INT64_MAX});
 }
 
-/// Returns the larger number, and b where a is NaN.
+/// Returns the larger number, and b where neither is larger: for equal numbers and for a NaN.
 inline double Larger(double a, double b) {
   return a > b ? a : b;
 }

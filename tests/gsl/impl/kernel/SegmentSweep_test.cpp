@@ -294,6 +294,18 @@ TEST(KernelSegmentSweep, AGapWithoutASquareIsNotAside) {
   EXPECT_TRUE(passes(1e-50));
 }
 
+TEST(KernelSegmentSweep, TheLeastGapAsideIsNotDecided) {
+  // The gap aside is 2^-266 times the distance, without rounding.
+  const Measured3 d = gsl_kernel::Measure({0x1p-266, 0.0, 0.0});
+  const auto passes = [&d](double apart) {
+    return PassAside(OfA({0.0, 0.0, 0.0}, {0.0, 1e-70, 0.0}),
+                     OfB({0.0, -apart, 0.0}, {0.0, -2.0 * apart, 0.0}), d, {0.0, 1e-10});
+  };
+  const double least = gsl_kernel::kLeastDecidedGap * 0x1p266;
+  EXPECT_FALSE(passes(least));
+  EXPECT_TRUE(passes(numbers::Above(least)));
+}
+
 TEST(KernelSegmentSweep, SumOfSizesCountsEveryCoordinate) {
   EXPECT_EQ(gsl_kernel::SumOfSizes({1.0, -2.0, -4.0}), 7.0);
 }
@@ -374,6 +386,22 @@ TEST(KernelSegmentSweep, AcrossTheDistanceAndTheMarginMustBothBeBeaten) {
   EXPECT_FALSE(EndsAcross(kAcrossA, b, kForward, 1.0, kTolerance, margin));
   SweepContacts above = Within(numbers::Above(6.0));
   EXPECT_TRUE(EndsAcross(kAcrossA, b, kForward, 1.0, kTolerance, above));
+}
+
+TEST(KernelSegmentSweep, AcrossNothingIsMetWithANegativeTolerance) {
+  // Every distance from the line, even 0, is then above the tolerance.
+  SweepContacts contacts = Within(100.0);
+  const SweptSegment b = OfB({3, 5, 0}, {9, 5, 0});
+  EXPECT_FALSE(EndsAcross(kAcrossA, b, kForward, 0.0, -1e-3, contacts));
+  ExpectUnwritten(contacts, 100.0);
+}
+
+TEST(KernelSegmentSweep, AcrossARayThatLeavesThePlaneMeetsNothing) {
+  SweepContacts contacts = Within(100.0);
+  const Measured3 leaving = gsl_kernel::Measure({0.0, 1.0, 1.0});
+  const SweptSegment b = OfB({3, 5, 0}, {9, 5, 0});
+  EXPECT_FALSE(EndsAcross(kAcrossA, b, leaving, 0.0, kTolerance, contacts));
+  ExpectUnwritten(contacts, 100.0);
 }
 
 TEST(KernelSegmentSweep, AIsRefusedBeforeBIsLookedAt) {
@@ -746,6 +774,42 @@ TEST(AsideReach, CoversTheCosineOfSegmentsAlongWithinAFactorOfThree) {
   EXPECT_GE(worst.ratio, 0.45L);
 }
 
+TEST(MeetEveryEnd, WritesOfTheEndsAlone) {
+  const gsl_kernel::EndGaps gaps =
+      MeetEveryEnd(kAcrossA, OfB({3, 5, 0}, {9, 6, 0}), kForward, kTolerance);
+  // The lines of x = 4 and x = 3 meet the other segment. Those of x = 0 and x = 9 miss it.
+  EXPECT_NEAR(gaps.gap[0], 5.0 + 1.0 / 6.0, 1e-12);
+  EXPECT_EQ(gaps.gap[1], numbers::kInfinity);
+  EXPECT_NEAR(gaps.gap[2], 5.0, 1e-12);
+  EXPECT_EQ(gaps.gap[3], numbers::kInfinity);
+  EXPECT_EQ(gaps.gap[gsl_kernel::kNoEnd], 0.0);
+}
+
+TEST(IsUsualDirection, HasAToleranceWithinItsLengthAndNoHeight) {
+  const auto isUsual = [](const Coord3& c, double tolerance) {
+    return gsl_kernel::IsUsualDirection(gsl_kernel::Measure(c), tolerance);
+  };
+  EXPECT_TRUE(isUsual({0.0, 2.0, 0.0}, 0.0));
+  EXPECT_TRUE(isUsual({0.0, 2.0, 0.0}, 0.5));
+  EXPECT_TRUE(isUsual({0.0, 2.0, -0.0}, 2.0));
+  EXPECT_FALSE(isUsual({0.0, 2.0, 0.0}, numbers::Above(2.0)));
+  EXPECT_FALSE(isUsual({0.0, 2.0, 0.0}, -numbers::kDenormal));
+  EXPECT_FALSE(isUsual({0.0, 2.0, 0.0}, numbers::kNaN));
+  EXPECT_FALSE(isUsual({0.0, 2.0, numbers::kDenormal}, 0.5));
+  EXPECT_FALSE(isUsual({0.0, 2.0, 1.0}, 0.5));
+  EXPECT_FALSE(isUsual({0.0, numbers::kNaN, 0.0}, 0.5));
+}
+
+TEST(IsUsualDirection, HasALengthBetweenTheOrdinarySizes) {
+  const auto isUsual = [](double length) {
+    return gsl_kernel::IsUsualDirection({{0.0, length, 0.0}, length}, 0.0);
+  };
+  EXPECT_FALSE(isUsual(gsl_kernel::kLeastOrdinarySize));
+  EXPECT_TRUE(isUsual(numbers::Above(gsl_kernel::kLeastOrdinarySize)));
+  EXPECT_FALSE(isUsual(gsl_kernel::kLargestOrdinarySize));
+  EXPECT_TRUE(isUsual(numbers::Below(gsl_kernel::kLargestOrdinarySize)));
+}
+
 TEST(MeetFlatEnds, FindsWhatTheStepsFindWhereItDecides) {
   RandomNumbers random(kSeed);
   long decided = 0, met = 0, missed = 0;
@@ -808,6 +872,77 @@ TEST(MeetFlatEnds, LeavesWhatIsNotUsualToTheSteps) {
   EXPECT_FALSE(isDecided(SegmentBetween({-1e101, 3.0, 0.0}, {1e101, 3.0, 0.0}), 0.0));
 }
 
+/// Returns whether MeetFlatEnds decides along Y.
+bool IsDecidedForward(const SweptSegment& a, const SweptSegment& b, double linearTolerance) {
+  gsl_kernel::EndGaps gaps;
+  const bool decided = MeetFlatEnds(a, b, kForward, linearTolerance, gaps);
+  EXPECT_EQ(MeetFlatEnds(b, a, kForward, linearTolerance, gaps), decided);
+  return decided;
+}
+
+TEST(MeetFlatEnds, DecidesUpToTheToleranceBeyondAnEnd) {
+  // B ends at `x`. The end of A at 1 is beyond it or not.
+  const auto isDecided = [](double x, double tolerance) {
+    return IsDecidedForward(SegmentBetween({1.0, 0.0, 0.0}, {-1.0, 0.0, 0.0}),
+                            SegmentBetween({-3.0, 3.0, 0.0}, {x, 3.0, 0.0}), tolerance);
+  };
+  EXPECT_TRUE(isDecided(0.8, 0.25)) << "four fifths of the tolerance beyond";
+  EXPECT_TRUE(isDecided(1.125, 0.0)) << "close to the end";
+  EXPECT_TRUE(isDecided(1.0, 0.0)) << "at the end";
+}
+
+TEST(MeetFlatEnds, EachBodyHasTheSignOfItsOwnZeroHeight) {
+  // The end of B at 1.125 meets A in front of its start: -0.0 + 0.0 * -0.125 is -0.0.
+  const SweptSegment a = SegmentBetween({1.0, 0.0, -0.0}, {-1.0, 0.0, -0.0});
+  const SweptSegment b = SegmentBetween({-3.0, 3.0, 0.0}, {1.125, 3.0, 0.0});
+  gsl_kernel::EndGaps gaps;
+  ASSERT_TRUE(MeetFlatEnds(a, b, kForward, 0.25, gaps));
+  EXPECT_TRUE(numbers::SameBits(gaps.met[0].z, 0.0));
+  EXPECT_TRUE(numbers::SameBits(gaps.met[3].z, -0.0));
+  const gsl_kernel::EndGaps steps = MeetEveryEnd(a, b, kForward, 0.25);
+  EXPECT_TRUE(numbers::SameBits(steps.met[0].z, 0.0));
+  EXPECT_TRUE(numbers::SameBits(steps.met[3].z, -0.0));
+}
+
+TEST(MeetFlatEnds, LeavesExtremeLengthsToTheSteps) {
+  const auto isDecided = [](double reachOfA, double reachOfB, double length) {
+    SweptSegment b = SegmentBetween({0.0, 3.0, 0.0}, {reachOfB, 3.0, 0.0});
+    b.edge.magnitude = length;
+    return IsDecidedForward(SegmentBetween({0.0, 0.0, 0.0}, {reachOfA, 0.0, 0.0}), b, 0.0);
+  };
+  const double least = gsl_kernel::kLeastOrdinarySize, most = gsl_kernel::kLargestOrdinarySize;
+  EXPECT_FALSE(isDecided(-1e11, least, least));
+  EXPECT_TRUE(isDecided(-1e11, least, numbers::Above(least)));
+  EXPECT_FALSE(isDecided(-1.0, -most, most));
+  EXPECT_TRUE(isDecided(-1.0, -most, numbers::Below(most)));
+}
+
+TEST(MeetFlatEnds, LeavesTheLeastSineToTheSteps) {
+  // The cosine is the height of B, and its square is 1 - 2^-20.
+  const auto isDecided = [](double cosine) {
+    SweptSegment b = SegmentBetween({0.0, 0.0, 0.0}, {0x1p-10, cosine, 0.0});
+    b.edge.magnitude = 1.0;
+    return IsDecidedForward(SegmentBetween({1.0, -5.0, 0.0}, {-1.0, -5.0, 0.0}), b, 0.0);
+  };
+  const double cosine = std::sqrt(1.0 - gsl_kernel::kCrossingSineSquare);
+  ASSERT_EQ(1.0 - cosine * cosine, gsl_kernel::kCrossingSineSquare);
+  EXPECT_FALSE(isDecided(cosine));
+  EXPECT_TRUE(isDecided(numbers::Below(cosine)));
+}
+
+TEST(MeetFlatEnds, LeavesTinyPositionsToTheSteps) {
+  // The first end of A is `beyond` the first end of B, which has a length of 1.
+  const auto isDecided = [](double beyond, double tolerance) {
+    return IsDecidedForward(SegmentBetween({beyond, 0.0, 0.0}, {-0.5, 0.0, 0.0}),
+                            SegmentBetween({0.0, 3.0, 0.0}, {-1.0, 3.0, 0.0}), tolerance);
+  };
+  const double least = gsl_kernel::kLeastDecidedPosition;
+  EXPECT_FALSE(isDecided(least, 0.0));
+  EXPECT_TRUE(isDecided(numbers::Above(least), 0.0));
+  EXPECT_FALSE(isDecided(least / 2, least));
+  EXPECT_TRUE(isDecided(least / 2, numbers::Above(least)));
+}
+
 TEST(AcceptedEnd, IsTheFirstOfTheLeastGapsBelowTheDistance) {
   const auto accepted = [](double a0, double a1, double b0, double b1, double distance) {
     bool isContact = true;
@@ -828,6 +963,9 @@ TEST(AcceptedEnd, IsTheFirstOfTheLeastGapsBelowTheDistance) {
   EXPECT_EQ(accepted(3.0, 3.0, 2.0, 2.0, 9.0), 2u);
   EXPECT_EQ(accepted(0.0, -0.0, -0.0, 0.0, 9.0), 0u);
   EXPECT_EQ(accepted(std::nan(""), 3.0, std::nan(""), std::nan(""), 9.0), 1u);
+  EXPECT_EQ(accepted(std::nan(""), 3.0, 4.0, 4.0, 9.0), 1u);
+  EXPECT_EQ(accepted(4.0, 4.0, std::nan(""), 3.0, 9.0), 3u);
+  EXPECT_EQ(accepted(1.0, 1.0, 1.0, 1.0, -1.0), gsl_kernel::kNoEnd) << "the distance is no end";
 }
 
 TEST(AcceptedEnd, EndsAtAnEndThatWasPassed) {
@@ -841,6 +979,8 @@ TEST(AcceptedEnd, EndsAtAnEndThatWasPassed) {
 TEST(AcceptedEnd, LaterEndsMustBeatEarlierEndsByTheMargin) {
   bool isContact = true;
   EXPECT_EQ(gsl_kernel::AcceptedEnd({{4.0, 3.5, 2.5, 2.0, 9.0}, {}}, 1.0, isContact), 2u);
+  EXPECT_EQ(gsl_kernel::AcceptedEnd({{0.0, 2.0, 2.0, 2.0, 9.0}, {}}, 1.0, isContact), 0u)
+      << "an end that touches is not passed";
   EXPECT_EQ(gsl_kernel::AcceptedEnd({{8.0, 8.5, 8.5, 8.0, 9.0}, {}}, 1.0, isContact),
             gsl_kernel::kNoEnd);
   EXPECT_EQ(gsl_kernel::AcceptedEnd({{4.0, 4.5, 3.5, 3.8, 9.0}, {}}, -1.0, isContact), 2u)

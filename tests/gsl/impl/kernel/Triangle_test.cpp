@@ -199,4 +199,82 @@ TEST(TriangleTest, NaNIsInside) {
       ByTest({{{std::nan(""), 0.0, 0.0}, {1.0, 0.0, 0.0}, {0.0, 1.0, 0.0}}}, {9.0, 9.0, 0.0}));
 }
 
+TEST(TriangleTest, LeastDecidedWeightIsOutsideByMoreThanTheSlackAlone) {
+  // The square of the tolerance is the least decided weight, or the number below it. The weight is
+  // half of the slack nearer.
+  const double squared = gsl_kernel::kLeastDecidedWeight;
+  double tolerance = std::sqrt(squared);
+  while (tolerance * tolerance > squared)
+    tolerance = Below(tolerance);
+  const double nearer = (1.0 - gsl_kernel::kWeightSlack / 2.0) * squared;
+  ASSERT_LT(nearer, tolerance * tolerance);
+  const Triangle t = RightAngled(1.0);
+  EXPECT_TRUE(
+      gsl_kernel::TriangleTest(t.p[0], t.p[1], t.p[2], tolerance).Contains({0.5, -nearer, 0.0}));
+}
+
+/// Returns ContainsCorners by the weights of one corner after the other.
+unsigned CornersByWeights(const Triangle& t, const Triangle& other) {
+  unsigned bits = 0;
+  for (unsigned k = 0; k < 3; ++k)
+    bits |= static_cast<unsigned>(ByWeights(t, other.p[k])) << k;
+  return bits;
+}
+
+unsigned CornersByTest(const Triangle& t, const Triangle& other) {
+  return gsl_kernel::TriangleTest(t.p[0], t.p[1], t.p[2], kTolerance)
+      .ContainsCorners(other.p[0], other.p[1], other.p[2]);
+}
+
+TEST(TriangleTest, EachCornerHasItsOwnBit) {
+  const Triangle t = RightAngled(1.0);
+  for (unsigned expected = 0; expected < 8; ++expected) {
+    Triangle other = {};
+    for (unsigned k = 0; k < 3; ++k)
+      other.p[k] = {0.25, (expected >> k & 1u) != 0 ? 0.25 : -0.25, 0.0};
+    EXPECT_EQ(CornersByTest(t, other), expected);
+  }
+}
+
+TEST(TriangleTest, CornersAgreeWithTheWeightsWithinRoundingOfTheLimit) {
+  RandomNumbers random(0x7722);
+  long counts[8] = {};
+  for (int i = 0; i < 100000; ++i) {
+    const double side = random.In(0.5, 2.0);
+    Triangle t = RightAngled(side), other = {};
+    t.p[2].x = random.In(0.0, side);
+    const double limit = kTolerance * kTolerance / (side * side * side);
+    for (Coord3& p : other.p) {
+      // Half of the corners are so close to the limit that only the quotients decide.
+      const double close[4] = {-1.0, 3.0, 1.0 + random.In(-0.5, 0.5) * gsl_kernel::kWeightSlack,
+                               1.0 + (random.Below(9) - 4) * 0x1p-52};
+      p = {side / 2, -limit * close[random.Below(4)], 0.0};
+    }
+    const unsigned expected = CornersByWeights(t, other);
+    ASSERT_EQ(CornersByTest(t, other), expected) << "case " << i;
+    ++counts[expected];
+  }
+  for (const long count : counts)
+    EXPECT_GT(count, 5000);
+}
+
+TEST(TriangleTest, InfiniteWeightIsOnlyOutsideWhereTheSquaredAreaIsFinite) {
+  const Coord3 beyond = {5e79, -1e80, 0.0};
+  EXPECT_EQ(CornersByTest(RightAngled(1e80), {{beyond, beyond, beyond}}), 7u);
+}
+
+TEST(TriangleTest, WeightOfNaNDoesNotHideAWeightThatIsOutside) {
+  // Far aside at a height between the corners the weights of the first and the last corner are
+  // infinite, and the weight of the second is a difference of infinite products.
+  const Triangle t = {{{0.0, -4.0, 0.0}, {4.0, 4.0, 0.0}, {8.0, -4.0, 0.0}}};
+  const Coord3 x = {1e308, 0.0, 0.0};
+  ASSERT_EQ(gsl_kernel::ScaledWeight(x, gsl_kernel::CornerAt(t.p[0], t.p[1], t.p[2])),
+            -numbers::kInfinity);
+  ASSERT_TRUE(
+      std::isnan(gsl_kernel::ScaledWeight(x, gsl_kernel::CornerAt(t.p[1], t.p[2], t.p[0]))));
+  EXPECT_FALSE(ByWeights(t, x));
+  EXPECT_FALSE(ByTest(t, x));
+  EXPECT_EQ(CornersByTest(t, {{x, x, x}}), 0u);
+}
+
 } // namespace

@@ -41,6 +41,20 @@ TEST(KernelTwoDoubles, ANaNOnTheLeftIsIgnored) {
   EXPECT_EQ(smaller[1], 1.0);
 }
 
+TEST(KernelTwoDoubles, OfEqualNumbersTheSecondIsReturned) {
+  EXPECT_TRUE(SameBits(gsl_kernel::Larger(-0.0, 0.0), 0.0));
+  EXPECT_TRUE(SameBits(gsl_kernel::Larger(0.0, -0.0), -0.0));
+  EXPECT_TRUE(SameBits(gsl_kernel::Smaller(-0.0, 0.0), 0.0));
+  EXPECT_TRUE(SameBits(gsl_kernel::Smaller(0.0, -0.0), -0.0));
+  const TwoDoubles first = {-0.0, 0.0}, second = {0.0, -0.0};
+  const TwoDoubles larger = gsl_kernel::Larger(first, second);
+  const TwoDoubles smaller = gsl_kernel::Smaller(first, second);
+  for (int k = 0; k < 2; ++k) {
+    EXPECT_TRUE(SameBits(larger[k], second[k]));
+    EXPECT_TRUE(SameBits(smaller[k], second[k]));
+  }
+}
+
 TEST(KernelTwoDoubles, EachLaneHasTheBitsOfTheFormulaOnDoubles) {
   RandomNumbers random(0x2D0B1E5);
   const auto any = [&random] {
