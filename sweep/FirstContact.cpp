@@ -15,9 +15,6 @@ constexpr double kInfinity = std::numeric_limits<double>::infinity();
 /// margin by which they are reduced. It decides how often pairs are compared, not the result.
 constexpr double kTieWindow = 0x1p-19;
 
-/// The triangles of a leaf that is this many times as large as a box are tested against the box.
-constexpr int kLargeLeaf = 16;
-
 /// A plane takes about as long as two pairs, so it is looked for when this many have tied.
 constexpr int kTiesBeforePlane = 4;
 
@@ -36,29 +33,11 @@ bool AreAside(const Scene<Scalar>& scene, const NodePair<Scalar>& pair) {
 } // namespace
 
 template <class Scalar>
-bool IsLargeLeafApart(const Scene<Scalar>& scene, LeafCache<Scalar>& movingCache,
-                      LeafCache<Scalar>& fixedCache, const NodePair<Scalar>& pair, double limit) {
-  const bool isMovingLeaf = pair.moving.ref.IsLeaf();
-  if (isMovingLeaf == pair.fixed.ref.IsLeaf() || !scene.filters) return false;
-  const Scalar moving = pair.moving.box.Size();
-  const Scalar fixed = pair.fixed.box.Size();
-  if (isMovingLeaf) {
-    if (!(moving > kLargeLeaf * fixed)) return false;
-    const LeafTriangles<Scalar>& leaf = movingCache.Moving(scene, pair.moving.ref.Index());
-    return LeafBeforeBox<Scalar, true>(scene, leaf, scene.fixed.At(pair.fixed.box)).AreApart(limit);
-  }
-  if (!(fixed > kLargeLeaf * moving)) return false;
-  const LeafTriangles<Scalar>& leaf =
-      fixedCache.Fixed(scene, pair.fixedBody, pair.fixed.ref.Index());
-  return LeafBeforeBox<Scalar, false>(scene, leaf, scene.moving.At(pair.moving.box))
-      .AreApart(limit);
-}
-
-template <class Scalar>
 FirstContact<Scalar>::FirstContact(const Scene<Scalar>& scene, double maxDistance,
                                    LeafCache<Scalar>& movingCache, LeafCache<Scalar>& fixedCache,
                                    const Watch& watch)
     : m_scene(scene), m_movingCache(movingCache), m_fixedCache(fixedCache),
+      m_largeLeaves(scene, movingCache, fixedCache),
       m_maxDistance(scene.scale.DownLength(maxDistance)), m_least(LeastEnd<Scalar>(scene.rule)),
       m_kernelLimit(JustBeyond(m_maxDistance)), m_watch(watch) {
   SetLimit(scene.MultipleAtLeast(m_maxDistance));
@@ -76,7 +55,6 @@ void FirstContact<Scalar>::SetLimit(double travel) {
 /// and an axis keeps its boxes apart for as long.
 template <class Scalar>
 bool FirstContact<Scalar>::IsSettled(const NodePair<Scalar>& pair) {
-  if (IsLargeLeafApart(m_scene, m_movingCache, m_fixedCache, pair, m_doubleLimit)) return true;
   if (!m_scene.hasExactBoxes || !(pair.from >= m_tieFloor)) return false;
   if (!m_best.PrecedesAll(pair.moving.least, pair.LeastFixed())) return false;
   return IsNotBefore(m_scene.moving.InKernel(pair.moving.box),
@@ -121,31 +99,23 @@ bool FirstContact<Scalar>::Judge(const NodePair<Scalar>& pair) {
   if (AreAside(m_scene, pair)) return true;
   const Leaf& moving = m_movingCache.Moving(m_scene, pair.moving.ref.Index());
   const Leaf& fixed = m_fixedCache.Fixed(m_scene, pair.fixedBody, pair.fixed.ref.Index());
-  const LeafPair<Scalar> leaves(m_scene, moving, fixed);
   const bool mayHold = m_tiePlane.IsSet();
-  const unsigned movingHeld =
-      mayHold ? moving.template HeldBy<true>(m_tiePlane, m_tiePlaneNumber, m_scene) : 0;
-  const unsigned fixedHeld =
-      mayHold ? fixed.template HeldBy<false>(m_tiePlane, m_tiePlaneNumber, m_scene) : 0;
+  const PairOfLeaves both{
+      LeafPair<Scalar>(m_scene, moving, fixed), pair.fixedBody,
+      mayHold ? moving.template HeldBy<true>(m_tiePlane, m_tiePlaneNumber, m_scene) : 0,
+      mayHold ? fixed.template HeldBy<false>(m_tiePlane, m_tiePlaneNumber, m_scene) : 0,
+      m_scene.filters && LargeLeaves<Scalar>::AreUnequal(pair.moving.box, pair.fixed.box)};
   const bool followsBest = m_best.PrecedesAll(pair.moving.least, pair.LeastFixed());
-  if (followsBest && (moving.distinct & ~movingHeld) == 0 && (fixed.distinct & ~fixedHeld) == 0)
+  if (followsBest && (moving.distinct & ~both.movingHeld) == 0 &&
+      (fixed.distinct & ~both.fixedHeld) == 0)
     return true;
+  const LeafPair<Scalar>& leaves = both.leaves;
   unsigned movingMask = moving.distinct;
   unsigned fixedMask = fixed.distinct;
   // A few pairs are looked at more cheaply than the two leaves.
-  const bool areLarge = moving.count * fixed.count > 4;
-  if (areLarge) {
-    movingMask &= leaves.template ThatReach<true>(m_scene.fixed.At(pair.fixed.box), Range());
-    fixedMask &= leaves.template ThatReach<false>(m_scene.moving.At(pair.moving.box), Range());
-  }
-  if (areLarge && m_scene.filters && m_doubleLimit < kInfinity) {
-    if (movingMask != 0)
-      movingMask &= leaves.template ThatReach<true>(pair.fixed.slab, m_doubleLimit);
-    // With an offset the slab of the moving body is at another place.
-    if (movingMask != 0 && fixedMask != 0 && !m_scene.moving.HasOffset())
-      fixedMask &= leaves.template ThatReach<false>(pair.moving.slab, m_doubleLimit);
-  }
+  if (moving.count * fixed.count > 4) ReachedLeaves(pair, leaves, movingMask, fixedMask);
   if (fixedMask == 0) return true;
+  Candidates candidates;
   for (int i = 0; i < moving.count; ++i) {
     if ((movingMask >> i & 1u) == 0) continue;
     for (int first = 0; first < fixed.count; first += 4) {
@@ -157,30 +127,80 @@ bool FirstContact<Scalar>::Judge(const NodePair<Scalar>& pair) {
       if (mask != 0 && m_scene.filters) mask &= leaves.ReachedByHeight(i, first, m_doubleLimit);
       for (int lane = 0; mask != 0; ++lane, mask >>= 1) {
         if ((mask & 1u) == 0) continue;
-        const int j = first + lane;
-        if (from[lane] > m_limit) continue;
-        if ((movingHeld >> i & fixedHeld >> j & 1u) != 0 &&
-            m_best.PrecedesAll(moving.number[i], FixedNumber(pair.fixedBody, fixed.number[j]))) {
-          continue;
-        }
-        if (from[lane] >= m_tieFloor &&
-            m_best.PrecedesAll(moving.number[i], FixedNumber(pair.fixedBody, fixed.number[j])) &&
-            IsNotBefore(m_scene.moving.ToKernel(moving.ExactBoxOf(i)),
-                        m_scene.fixed.ToKernel(fixed.ExactBoxOf(j)))) {
-          continue;
-        }
-        if (m_scene.filters && leaves.AreShadowsApart(i, j)) continue;
-        if (!JudgeTriangles(leaves, pair.fixedBody, i, j)) return false;
+        if (!JudgeOrCollect(both, i, first + lane, from[lane], candidates)) return false;
       }
     }
   }
+  return JudgeCandidates(both, candidates);
+}
+
+/// Clears the bits of the triangles that do not reach the box or the slab of the other leaf.
+template <class Scalar>
+void FirstContact<Scalar>::ReachedLeaves(const NodePair<Scalar>& pair,
+                                         const LeafPair<Scalar>& leaves, unsigned& movingMask,
+                                         unsigned& fixedMask) const {
+  movingMask &= leaves.template ThatReach<true>(m_scene.fixed.At(pair.fixed.box), Range());
+  fixedMask &= leaves.template ThatReach<false>(m_scene.moving.At(pair.moving.box), Range());
+  if (!m_scene.filters || !(m_doubleLimit < kInfinity)) return;
+  if (movingMask != 0)
+    movingMask &= leaves.template ThatReach<true>(pair.fixed.slab, m_doubleLimit);
+  // With an offset the slab of the moving body is at another place.
+  if (movingMask != 0 && fixedMask != 0 && !m_scene.moving.HasOffset())
+    fixedMask &= leaves.template ThatReach<false>(pair.moving.slab, m_doubleLimit);
+}
+
+/// Returns true when two triangles, whose boxes touch at `from`, cannot come before the best pair.
+template <class Scalar>
+bool FirstContact<Scalar>::IsSettled(const PairOfLeaves& pair, int i, int j, Scalar from) {
+  if (from > m_limit) return true;
+  const bool isHeld = (pair.movingHeld >> i & pair.fixedHeld >> j & 1u) != 0;
+  if (!isHeld && !(from >= m_tieFloor)) return false;
+  const Leaf& moving = pair.leaves.moving;
+  const Leaf& fixed = pair.leaves.fixed;
+  return m_best.PrecedesAll(moving.number[i], FixedNumber(pair.fixedBody, fixed.number[j])) &&
+         (isHeld || IsNotBefore(m_scene.moving.ToKernel(moving.ExactBoxOf(i)),
+                                m_scene.fixed.ToKernel(fixed.ExactBoxOf(j))));
+}
+
+/// To judge triangles of unequal sizes exactly takes long, so they are bounded, and the earliest
+/// are judged first. Returns false when the triangles touch at the start, or when the question is
+/// cancelled.
+template <class Scalar>
+bool FirstContact<Scalar>::JudgeOrCollect(const PairOfLeaves& pair, int i, int j, Scalar from,
+                                          Candidates& candidates) {
+  if (IsSettled(pair, i, j, from)) return true;
+  if (m_scene.filters && pair.leaves.AreShadowsApart(i, j)) return true;
+  if (!pair.areUnequal) return JudgeTriangles(pair.leaves, pair.fixedBody, i, j);
+  const double first = pair.leaves.FirstTravel(i, j);
+  if (!(first > m_doubleLimit)) candidates.Add({i, j, from, first});
   return true;
+}
+
+template <class Scalar>
+bool FirstContact<Scalar>::JudgeCandidates(const PairOfLeaves& pair, const Candidates& candidates) {
+  for (int k = 0; k < candidates.count; ++k) {
+    const Candidate& next = candidates.sorted[k];
+    if (next.first > m_doubleLimit) continue;
+    if (k > 0 && IsSettled(pair, next.moving, next.fixed, next.from)) continue;
+    if (!JudgeTriangles(pair.leaves, pair.fixedBody, next.moving, next.fixed)) return false;
+  }
+  return true;
+}
+
+/// Candidates of equal travels keep their order.
+template <class Scalar>
+void FirstContact<Scalar>::Candidates::Add(const Candidate& candidate) {
+  int place = count++;
+  for (; place > 0 && sorted[place - 1].first > candidate.first; --place)
+    sorted[place] = sorted[place - 1];
+  sorted[place] = candidate;
 }
 
 /// Returns false when the triangles touch at the start, or when the question is cancelled.
 template <class Scalar>
 bool FirstContact<Scalar>::JudgeTriangles(const LeafPair<Scalar>& leaves, std::size_t fixedBody,
                                           int i, int j) {
+  ++m_judgements;
   FoundPair found;
   found.moving = leaves.moving.number[i];
   found.fixed = FixedNumber(fixedBody, leaves.fixed.number[j]);
@@ -321,10 +341,6 @@ void FirstContact<Scalar>::ForgetTies() {
     tied = false;
 }
 
-template bool IsLargeLeafApart(const Scene<float>&, LeafCache<float>&, LeafCache<float>&,
-                               const NodePair<float>&, double);
-template bool IsLargeLeafApart(const Scene<double>&, LeafCache<double>&, LeafCache<double>&,
-                               const NodePair<double>&, double);
 template class FirstContact<float>;
 template class FirstContact<double>;
 

@@ -1,6 +1,7 @@
 #ifndef GSL_SWEEP_FIRST_CONTACT_H
 #define GSL_SWEEP_FIRST_CONTACT_H
 
+#include "LargeLeaves.h"
 #include "LeafPair.h"
 #include "RayCount.h"
 #include "TiePlane.h"
@@ -28,12 +29,6 @@ struct FoundPair : FoundTriangles {
   }
 };
 
-/// Returns true when one side of a pair is a leaf, far larger than the other side, and none of its
-/// triangles touches the other side within the limit, which is a travel.
-template <class Scalar>
-bool IsLargeLeafApart(const Scene<Scalar>& scene, LeafCache<Scalar>& movingCache,
-                      LeafCache<Scalar>& fixedCache, const NodePair<Scalar>& pair, double limit);
-
 /// The first contact ahead, found by judging the pairs of a walk. The walk ends early when a pair
 /// touches at the start.
 ///
@@ -51,12 +46,20 @@ public:
 
   TravelRange<Scalar> Range() const { return {m_least, m_limit}; }
   bool IsSettled(const NodePair<Scalar>& pair);
+  template <bool kMoving>
+  unsigned Raise(const NodePair<Scalar>& pair, const Boxes<Scalar>& boxes, unsigned mask,
+                 Four<Scalar>& from) {
+    const TravelRange<double> range{0.0, m_doubleLimit};
+    return m_largeLeaves.template Raise<kMoving, kFromEnd>(pair, boxes, mask, range, from);
+  }
   /// Returns false when the pair touches at the start, or when the question is cancelled.
   bool Judge(const NodePair<Scalar>& leaves);
   /// Returns true when the watch has returned false.
   bool IsCancelled() const { return m_isCancelled; }
 
   const FoundPair& Best() const { return m_best; }
+  /// Returns how many pairs of triangles were judged exactly.
+  std::size_t Judgements() const { return m_judgements; }
   /// Returns true when the best pair, of solids that meet after a positive travel, does not stop
   /// them. The travel is right, and another pair has it too. The result is arbitrary when the
   /// question is cancelled.
@@ -74,6 +77,31 @@ private:
   /// What a look from a point of a triangle into its own solid shows.
   enum class Look { TurnedOver, NotTurnedOver, PutOff };
 
+  /// Two triangles of a pair of leaves that no filter keeps apart.
+  struct Candidate {
+    int moving, fixed;
+    Scalar from;  ///< by their boxes
+    double first; ///< before this travel they do not touch
+  };
+  struct Candidates {
+    Candidate sorted[kLeafSize * kLeafSize]; ///< the earliest first
+    int count = 0;
+
+    void Add(const Candidate& candidate);
+  };
+  /// A pair of leaves, with the triangles that the plane holds.
+  struct PairOfLeaves {
+    LeafPair<Scalar> leaves;
+    std::size_t fixedBody;
+    unsigned movingHeld, fixedHeld;
+    bool areUnequal; ///< one leaf is far larger than the other
+  };
+
+  void ReachedLeaves(const NodePair<Scalar>& pair, const LeafPair<Scalar>& leaves,
+                     unsigned& movingMask, unsigned& fixedMask) const;
+  bool IsSettled(const PairOfLeaves& pair, int i, int j, Scalar from);
+  bool JudgeOrCollect(const PairOfLeaves& pair, int i, int j, Scalar from, Candidates& candidates);
+  bool JudgeCandidates(const PairOfLeaves& pair, const Candidates& candidates);
   bool JudgeTriangles(const LeafPair<Scalar>& leaves, std::size_t fixedBody, int i, int j);
   bool Goes();
   Look LookAlong(const InnerRay& ray, const PlacedSolid<Scalar>& solid, std::size_t most);
@@ -87,6 +115,7 @@ private:
   const Scene<Scalar>& m_scene;
   LeafCache<Scalar>& m_movingCache;
   LeafCache<Scalar>& m_fixedCache;
+  LargeLeaves<Scalar> m_largeLeaves;
   ScaledLength m_maxDistance;            ///< decides
   Scalar m_least;                        ///< pairs that part before this travel do not count
   Scalar m_limit;                        ///< travels of the walk beyond it do not matter
@@ -103,6 +132,7 @@ private:
   bool m_leavesOutTurnedOver = false;
   FoundPair m_earlier; ///< of the walk before
   const Watch& m_watch;
+  std::size_t m_judgements = 0;
   std::size_t m_looks = 0; ///< at nodes of solids
   bool m_isCancelled = false;
 };

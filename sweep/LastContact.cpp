@@ -10,16 +10,8 @@ namespace {
 /// margin by which they are enlarged. It decides how often pairs are compared, not the result.
 constexpr double kTieWindow = 0x1p-19;
 
-/// The triangles of a leaf that is this many times as large as a box are tested against the box.
-constexpr int kLargeLeaf = 16;
-
 /// A plane takes about as long as two pairs, so it is looked for when this many have tied.
 constexpr int kTiesBeforePlane = 4;
-
-template <class Scalar>
-bool AreUnequal(Scalar size, Scalar other) {
-  return size > kLargeLeaf * other || other > kLargeLeaf * size;
-}
 
 TravelDirection Backwards(const TravelDirection& direction) {
   const Coord3& d = direction.Vector();
@@ -32,6 +24,7 @@ template <class Scalar>
 LastContact<Scalar>::LastContact(const Scene<Scalar>& scene, double maxDistance,
                                  LeafCache<Scalar>& movingCache, LeafCache<Scalar>& fixedCache)
     : m_scene(scene), m_movingCache(movingCache), m_fixedCache(fixedCache),
+      m_largeLeaves(scene, movingCache, fixedCache),
       m_maxDistance(scene.scale.DownLength(maxDistance)),
       m_range{LeastEnd<Scalar>(scene.rule),
               scene.AtLeast(scene.WalkTravel(scene.MultipleAtLeast(m_maxDistance)))},
@@ -52,49 +45,6 @@ bool LastContact<Scalar>::IsSettled(const NodePair<Scalar>& pair) {
 template <class Scalar>
 bool LastContact<Scalar>::Follows(Scalar to, std::uint32_t moving, std::uint64_t fixed) const {
   return (m_isCut || to <= m_tieCeiling) && m_best.PrecedesAll(moving, fixed);
-}
-
-template <class Scalar>
-template <bool kMoves>
-const LeafTriangles<Scalar>& LastContact<Scalar>::LeafOf(const NodePair<Scalar>& pair,
-                                                         TreeRef ref) {
-  return kMoves ? m_movingCache.Moving(m_scene, ref.Index())
-                : m_fixedCache.Fixed(m_scene, pair.fixedBody, ref.Index());
-}
-
-template <class Scalar>
-template <bool kMoving>
-unsigned LastContact<Scalar>::Raise(const NodePair<Scalar>& pair, const Boxes<Scalar>& boxes,
-                                    unsigned mask, Four<Scalar>& from) {
-  const WalkSide<Scalar>& own = kMoving ? pair.moving : pair.fixed;
-  const WalkSide<Scalar>& one = kMoving ? pair.fixed : pair.moving;
-  const Scalar oneSize = one.box.Size();
-  const bool isOneLeaf = one.ref.IsLeaf();
-  if (!m_scene.filters || !(isOneLeaf || own.box.Size() > kLargeLeaf * oneSize)) return mask;
-  const Placement<Scalar>& place = kMoving ? m_scene.moving : m_scene.fixed;
-  const Placement<Scalar>& otherPlace = kMoving ? m_scene.fixed : m_scene.moving;
-  const auto& nodes = m_scene.template TreeOf<kMoving>(pair.fixedBody).tree->nodes;
-  const TreeRef(&child)[4] = nodes[own.ref.Index()].child;
-  for (int lane = 0; lane < 4; ++lane) {
-    if ((mask >> lane & 1u) == 0 || child[lane].IsNone()) continue;
-    const Box<Scalar> box = boxes.At(lane);
-    double last = Box<double>::kFar;
-    if (isOneLeaf && oneSize > kLargeLeaf * box.Size()) {
-      const LeafBeforeBox<Scalar, !kMoving> before(m_scene, LeafOf<!kMoving>(pair, one.ref),
-                                                   place.At(box));
-      last = before.LastTravel(m_doubleFrom);
-    } else if (!isOneLeaf && child[lane].IsLeaf() && box.Size() > kLargeLeaf * oneSize) {
-      const LeafBeforeBox<Scalar, kMoving> before(m_scene, LeafOf<kMoving>(pair, child[lane]),
-                                                  otherPlace.At(one.box));
-      last = before.LastTravel(m_doubleFrom);
-    }
-    if (last < m_doubleFrom) {
-      mask &= ~(1u << lane);
-    } else if (last < Box<double>::kFar) {
-      from.Set(lane, std::max(from[lane], -m_scene.AtLeast(last)));
-    }
-  }
-  return mask;
 }
 
 template <class Scalar>
@@ -119,7 +69,7 @@ bool LastContact<Scalar>::Judge(const NodePair<Scalar>& pair) {
   const unsigned fixedMask = fixed.distinct & leaves.template ThatReach<false>(
                                                   m_scene.moving.At(pair.moving.box), m_range);
   // To judge triangles of unequal sizes exactly takes long, so the latest are judged first.
-  const bool areUnequal = AreUnequal(pair.moving.box.Size(), pair.fixed.box.Size());
+  const bool areUnequal = LargeLeaves<Scalar>::AreUnequal(pair.moving.box, pair.fixed.box);
   Candidates candidates;
   for (int i = 0; i < moving.count; ++i) {
     if ((movingMask >> i & 1u) == 0) continue;
@@ -254,13 +204,5 @@ void LastContact<Scalar>::Take(const FoundPair& found, bool isCut) {
 
 template class LastContact<float>;
 template class LastContact<double>;
-template unsigned LastContact<float>::Raise<true>(const NodePair<float>&, const Boxes<float>&,
-                                                  unsigned, Float4&);
-template unsigned LastContact<float>::Raise<false>(const NodePair<float>&, const Boxes<float>&,
-                                                   unsigned, Float4&);
-template unsigned LastContact<double>::Raise<true>(const NodePair<double>&, const Boxes<double>&,
-                                                   unsigned, Double4&);
-template unsigned LastContact<double>::Raise<false>(const NodePair<double>&, const Boxes<double>&,
-                                                    unsigned, Double4&);
 
 } // namespace gsl_sweep

@@ -3,6 +3,7 @@
 
 #include "AxisGaps.h"
 #include "FirstContact.h"
+#include "LargeLeaves.h"
 #include "TiePlane.h"
 
 namespace gsl_sweep {
@@ -23,12 +24,12 @@ public:
 
   TravelRange<Scalar> Range() const { return m_range; }
   bool IsSettled(const NodePair<Scalar>& pair);
-  /// Raises `from`, the negatives of the last travels, of children of one side. It does so by
-  /// triangles that are far larger than the other side, whose boxes say little about when they
-  /// part.
   template <bool kMoving>
   unsigned Raise(const NodePair<Scalar>& pair, const Boxes<Scalar>& boxes, unsigned mask,
-                 Four<Scalar>& from);
+                 Four<Scalar>& from) {
+    const TravelRange<double> range{m_doubleFrom, Box<double>::kFar};
+    return m_largeLeaves.template Raise<kMoving, kFromEnd>(pair, boxes, mask, range, from);
+  }
   bool Judge(const NodePair<Scalar>& leaves);
 
   /// Returns the pair with its last contact. Of a pair that is cut only the numbers and the
@@ -59,8 +60,6 @@ private:
   };
 
   bool Follows(Scalar to, std::uint32_t moving, std::uint64_t fixed) const;
-  template <bool kMoves>
-  const Leaf& LeafOf(const NodePair<Scalar>& pair, TreeRef ref);
   void Collect(const PairOfLeaves& pair, int i, int first, unsigned mask, const Four<Scalar>& to,
                Candidates& candidates);
   void JudgeCandidates(const PairOfLeaves& pair, Candidates& candidates);
@@ -73,6 +72,7 @@ private:
   const Scene<Scalar>& m_scene;
   LeafCache<Scalar>& m_movingCache;
   LeafCache<Scalar>& m_fixedCache;
+  LargeLeaves<Scalar> m_largeLeaves;
   ScaledLength m_maxDistance; ///< decides
   TravelRange<Scalar> m_range;
   double m_doubleFrom = 0.0; ///< the beginning of the range, in double

@@ -9,10 +9,6 @@ namespace {
 
 constexpr double kUnit = 0x1p-53; ///< half a unit in the last place of 1
 
-/// Bounds the roundings of a sum of a linear function and a multiple of another one, as a part of
-/// the magnitudes of its terms: a product and up to ten sums, of 2^-53 each.
-constexpr double kCombined = 0x1p-49;
-
 template <class Scalar>
 double ReachOf(const LeafTriangles<Scalar>& leaf, int k, int c) {
   return std::fabs(leaf.corner[3 * c][k]) + std::fabs(leaf.corner[3 * c + 1][k]) +
@@ -222,26 +218,6 @@ private:
   int m_z, m_x, m_y;
   double m_slopeX, m_slopeY;
 };
-
-/// Returns the least, over m >= 0, of the greatest height + m * side at three corners: the greatest
-/// height at a mean of them whose side is not negative, up to roundings. It is least where two
-/// corners are equal, or at m = 0, which is left out.
-double GreatestWithin(const double (&height)[3], const double (&side)[3]) {
-  double least = Box<double>::kFar;
-  for (int a = 0; a < 3; ++a) {
-    const int b = a == 2 ? 0 : a + 1;
-    const double factor = (height[a] - height[b]) / (side[b] - side[a]);
-    if (!(factor > 0.0 && factor < Box<double>::kFar)) continue;
-    double greatest = -Box<double>::kFar;
-    for (int c = 0; c < 3; ++c) {
-      const double term = factor * side[c];
-      const double rounding = (std::fabs(height[c]) + std::fabs(term)) * kCombined;
-      greatest = std::max(greatest, height[c] + term + rounding);
-    }
-    least = std::min(least, greatest);
-  }
-  return least;
-}
 
 template <class Scalar>
 Double4 HeightOver(const LeafTriangles<Scalar>& planes, int first,
@@ -581,19 +557,18 @@ bool LeafPair<Scalar>::WriteInnerSides(const Shadows& shadows, int own, int edge
   return true;
 }
 
-/// A point that both shadows share is on the inner side of every edge. As a point of the one
-/// triangle it is a mean of three corners, and its height over the plane of the other is the same
-/// mean of theirs. For any m >= 0 the height is at most height + m * side there, and that is at
-/// most its greatest value at the corners.
+/// Returns at least every travel at which the triangles touch, or every such travel taken negative.
 //
-// Sides are bounded as in AreUnequalShadowsApart, and heights as in TouchingByHeight.
+// A point that both shadows share is on the inner side of every edge. As a point of the one
+// triangle it is a mean of three corners, and its height over the plane of the other is the same
+// mean of theirs. Sides are bounded as in AreUnequalShadowsApart, and heights as in
+// TouchingByHeight. A change of sign is exact.
 template <class Scalar>
-double LeafPair<Scalar>::LastTravel(int movingTriangle, int fixedTriangle) const {
+template <bool kNegative>
+double LeafPair<Scalar>::GreatestTravel(int movingTriangle, int fixedTriangle) const {
   const int i = movingTriangle;
   const int j = fixedTriangle;
   const bool isMovingSmaller = moving.BoxOf(i).Size() < fixed.BoxOf(j).Size();
-  Shadows shadows;
-  WriteShadows(i, j, isMovingSmaller ? 0 : 3, shadows);
   const bool isOverFixed = isMovingSmaller ? fixed.error[j] != 0.0 : moving.error[i] == 0.0;
   const LeafTriangles<Scalar>& planes = isOverFixed ? fixed : moving;
   const LeafTriangles<Scalar>& points = isOverFixed ? moving : fixed;
@@ -602,21 +577,33 @@ double LeafPair<Scalar>::LastTravel(int movingTriangle, int fixedTriangle) const
   if (planes.error[plane] == 0.0) return Box<double>::kFar;
   const double error = planes.error[plane] * (planes.planeReach + points.reach);
   double height[3];
-  double last = -Box<double>::kFar;
+  double greatest = -Box<double>::kFar;
   for (int c = 0; c < 3; ++c) {
     const double over =
         planes.offset[plane] - (planes.normal[0][plane] * points.corner[3 * c][point] +
                                 planes.normal[1][plane] * points.corner[3 * c + 1][point] +
                                 planes.normal[2][plane] * points.corner[3 * c + 2][point]);
-    height[c] = (isOverFixed ? over : -over) + error;
-    last = std::max(last, height[c]);
+    height[c] = (isOverFixed == kNegative ? -over : over) + error;
+    greatest = std::max(greatest, height[c]);
   }
+  Shadows shadows;
+  WriteShadows(i, j, isMovingSmaller ? 0 : 3, shadows);
   for (int edge = 0; edge < 3; ++edge) {
     double side[3];
     if (WriteInnerSides(shadows, isOverFixed ? 3 : 0, edge, side))
-      last = std::min(last, GreatestWithin(height, side));
+      greatest = std::min(greatest, GreatestWithin(height, side));
   }
-  return last;
+  return greatest;
+}
+
+template <class Scalar>
+double LeafPair<Scalar>::FirstTravel(int movingTriangle, int fixedTriangle) const {
+  return -GreatestTravel<true>(movingTriangle, fixedTriangle);
+}
+
+template <class Scalar>
+double LeafPair<Scalar>::LastTravel(int movingTriangle, int fixedTriangle) const {
+  return GreatestTravel<false>(movingTriangle, fixedTriangle);
 }
 
 template <class Scalar>
@@ -660,52 +647,55 @@ LeafBeforeBox<Scalar, kMoves>::LeafBeforeBox(const Scene<Scalar>& scene,
 }
 
 template <class Scalar, bool kMoves>
-bool LeafBeforeBox<Scalar, kMoves>::AreApart(double limit) const {
+double LeafBeforeBox<Scalar, kMoves>::FirstTravel(const TravelRange<double>& range) const {
+  return -GreatestTravel<true>(-range.to, -range.from);
+}
+
+template <class Scalar, bool kMoves>
+double LeafBeforeBox<Scalar, kMoves>::LastTravel(const TravelRange<double>& range) const {
+  return GreatestTravel<false>(range.from, range.to);
+}
+
+/// Returns at least every travel at which a triangle touches the box, or every such travel taken
+/// negative. It is infinity once it is at least `enough`, and loose below `least`.
+template <class Scalar, bool kMoves>
+template <bool kNegative>
+double LeafBeforeBox<Scalar, kMoves>::GreatestTravel(double least, double enough) const {
+  double greatest = -Box<double>::kFar;
   for (int k = 0; k < m_leaf.count; ++k) {
-    const Linear height = HeightsOf(k);
-    if (!(height.middle - SpreadOf(height) > limit) && !IsShadowApart(k)) return false;
+    greatest = std::max(greatest, GreatestTravelOf<kNegative>(k, least));
+    if (greatest >= enough) return Box<double>::kFar;
   }
-  return true;
+  return greatest;
 }
 
+/// A plane without heights, whose error is zero, says nothing. A point that both shadows share is
+/// on the inner side of every edge.
 template <class Scalar, bool kMoves>
-double LeafBeforeBox<Scalar, kMoves>::LastTravel(double from) const {
-  double last = -Box<double>::kFar;
-  for (int k = 0; k < m_leaf.count; ++k)
-    last = std::max(last, LastTravelOf(k, from));
-  return last;
-}
-
-/// A plane without heights, whose error is zero, says nothing.
-template <class Scalar, bool kMoves>
-double LeafBeforeBox<Scalar, kMoves>::LastTravelOf(int k, double from) const {
-  const Linear height = HeightsOf(k);
-  double last = height.error == 0.0 ? Box<double>::kFar : height.middle + SpreadOf(height);
-  if (last < from) return last;
+template <bool kNegative>
+double LeafBeforeBox<Scalar, kMoves>::GreatestTravelOf(int k, double least) const {
+  const Linear height = HeightsOf<kNegative>(k);
+  const bool hasHeights = height.error != 0.0;
+  double greatest = hasHeights ? height.middle + SpreadOf(height, m_half) : Box<double>::kFar;
+  if (greatest < least) return greatest;
   Side sides[3];
   SidesOf(k, sides);
   for (const Side& side : sides) {
     if (IsApart(side)) return -Box<double>::kFar;
-    if (height.error != 0.0) last = std::min(last, GreatestWithin(height, side));
+    // Where rounding hides which side is the inner one, the edge bounds nothing.
+    if (!hasHeights || (side.least < 0.0) == (side.most > 0.0)) continue;
+    const double sign = side.most > 0.0 ? 1.0 : -1.0;
+    greatest = std::min(greatest, GreatestWithin(height, side, sign, m_half));
   }
-  return last;
+  return greatest;
 }
 
-/// Returns how much a value in the box differs from the value in its middle, at most.
+/// Returns the travels at which points of the box meet the plane of a triangle, or their negatives.
+/// Twice the error of a point covers the middle and the sides of the box as well.
 template <class Scalar, bool kMoves>
-double LeafBeforeBox<Scalar, kMoves>::SpreadOf(const Linear& linear) const {
-  double spread = linear.error;
-  for (int x = 0; x < 3; ++x)
-    spread += std::fabs(linear.slope[x]) * m_half[x];
-  return spread;
-}
-
-/// Returns the travels at which points of the box meet the plane of a triangle. Twice the error of
-/// a point covers the middle and the sides of the box as well.
-template <class Scalar, bool kMoves>
-typename LeafBeforeBox<Scalar, kMoves>::Linear
-LeafBeforeBox<Scalar, kMoves>::HeightsOf(int k) const {
-  const double sign = kMoves ? -1.0 : 1.0;
+template <bool kNegative>
+Linear LeafBeforeBox<Scalar, kMoves>::HeightsOf(int k) const {
+  const double sign = kMoves == kNegative ? 1.0 : -1.0;
   Linear height{};
   height.middle = m_leaf.offset[k];
   height.error = 2.0 * m_leaf.error[k] * (m_leaf.planeReach + m_reach);
@@ -752,41 +742,8 @@ void LeafBeforeBox<Scalar, kMoves>::SidesOf(int k, Side (&sides)[3]) const {
 
 template <class Scalar, bool kMoves>
 bool LeafBeforeBox<Scalar, kMoves>::IsApart(const Side& side) const {
-  const double spread = SpreadOf(side);
+  const double spread = SpreadOf(side, m_half);
   return side.middle - spread > side.most || side.middle + spread < side.least;
-}
-
-template <class Scalar, bool kMoves>
-bool LeafBeforeBox<Scalar, kMoves>::IsShadowApart(int k) const {
-  Side sides[3];
-  SidesOf(k, sides);
-  return IsApart(sides[0]) || IsApart(sides[1]) || IsApart(sides[2]);
-}
-
-/// Returns at least the height of every point of the box that is on the inner side of an edge.
-//
-// There the side is not negative, so that for any m >= 0 the height is at most height + m * side,
-// which is linear again. Its greatest value over the box is least where it does not change along
-// one of the axes.
-template <class Scalar, bool kMoves>
-double LeafBeforeBox<Scalar, kMoves>::GreatestWithin(const Linear& height, const Side& side) const {
-  if ((side.least < 0.0) == (side.most > 0.0)) return Box<double>::kFar;
-  const double sign = side.most > 0.0 ? 1.0 : -1.0;
-  double least = Box<double>::kFar;
-  for (int axis = 0; axis < 3; ++axis) {
-    const double factor = -height.slope[axis] / (sign * side.slope[axis]);
-    if (!(factor > 0.0 && factor < Box<double>::kFar)) continue;
-    const double signedFactor = sign * factor;
-    double greatest =
-        height.middle + signedFactor * side.middle + height.error + factor * side.error;
-    double terms = std::fabs(height.middle) + factor * std::fabs(side.middle);
-    for (int x = 0; x < 3; ++x) {
-      greatest += std::fabs(height.slope[x] + signedFactor * side.slope[x]) * m_half[x];
-      terms += (std::fabs(height.slope[x]) + factor * std::fabs(side.slope[x])) * m_half[x];
-    }
-    least = std::min(least, greatest + terms * kCombined);
-  }
-  return least;
 }
 
 template struct LeafTriangles<float>;

@@ -2,6 +2,7 @@
 #define GSL_SWEEP_LEAF_PAIR_H
 
 #include "Scene.h"
+#include "WithinEdge.h"
 
 #include <algorithm>
 #include <memory>
@@ -82,30 +83,28 @@ public:
   LeafBeforeBox(const Scene<Scalar>& scene, const LeafTriangles<Scalar>& leaf,
                 const Box<Scalar>& box);
 
-  /// Returns true when no triangle touches the box within the limit.
-  bool AreApart(double limit) const;
+  /// Returns a travel before which no triangle touches the box. It is infinity where none ever
+  /// does, and minus infinity where a triangle lies along the direction. It is loose outside the
+  /// range.
+  double FirstTravel(const TravelRange<double>& range) const;
   /// Returns a travel after which no triangle touches the box. It is minus infinity where none ever
-  /// does, and infinity where a triangle lies along the direction. It is loose below `from`.
-  double LastTravel(double from) const;
+  /// does, and infinity where a triangle lies along the direction. It is loose outside the range.
+  double LastTravel(const TravelRange<double>& range) const;
 
 private:
-  /// A linear function over the box: its value in the middle and its slopes along the axes.
-  struct Linear {
-    double middle, slope[3];
-    double error; ///< of any value in the box
-  };
   /// The side of an edge of a triangle on which a point is, as seen along the direction.
   struct Side : Linear {
     double least, most; ///< of the triangle, up to its own error
   };
 
-  double SpreadOf(const Linear& linear) const;
+  template <bool kNegative>
+  double GreatestTravel(double least, double enough) const;
+  template <bool kNegative>
+  double GreatestTravelOf(int k, double least) const;
+  template <bool kNegative>
   Linear HeightsOf(int k) const;
   void SidesOf(int k, Side (&sides)[3]) const;
   bool IsApart(const Side& side) const;
-  bool IsShadowApart(int k) const;
-  double LastTravelOf(int k, double from) const;
-  double GreatestWithin(const Linear& height, const Side& side) const;
 
   const Scene<Scalar>& m_scene;
   const LeafTriangles<Scalar>& m_leaf;
@@ -177,6 +176,9 @@ public:
   /// Returns true when the triangles touch at no travel: a line along an edge separates their
   /// shadows.
   bool AreShadowsApart(int movingTriangle, int fixedTriangle) const;
+  /// Returns a travel before which the triangles do not touch, or minus infinity where the planes
+  /// of both are along the direction.
+  double FirstTravel(int movingTriangle, int fixedTriangle) const;
   /// Returns a travel after which the triangles do not touch, or infinity where the planes of both
   /// are along the direction.
   double LastTravel(int movingTriangle, int fixedTriangle) const;
@@ -199,6 +201,8 @@ private:
   }
   void WriteShadows(int movingTriangle, int fixedTriangle, int origin, Shadows& shadows) const;
   bool AreUnequalShadowsApart(int movingTriangle, int fixedTriangle) const;
+  template <bool kNegative>
+  double GreatestTravel(int movingTriangle, int fixedTriangle) const;
   static bool WriteInnerSides(const Shadows& shadows, int own, int edge, double (&side)[3]);
 
   const Scene<Scalar>& m_scene;

@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -33,6 +34,11 @@ struct Counting {
   static constexpr bool kFromEnd = false;
   TravelRange<Scalar> Range() const { return judgement.Range(); }
   bool IsSettled(const NodePair<Scalar>& pair) { return judgement.IsSettled(pair); }
+  template <bool kMoving>
+  unsigned Raise(const NodePair<Scalar>& pair, const Boxes<Scalar>& boxes, unsigned mask,
+                 Four<Scalar>& from) {
+    return judgement.template Raise<kMoving>(pair, boxes, mask, from);
+  }
   bool Judge(const NodePair<Scalar>& pair) {
     ++judged;
     return judgement.Judge(pair);
@@ -41,14 +47,21 @@ struct Counting {
   std::size_t judged = 0;
 };
 
-/// Two plates face to face, so that every pair of triangles one above the other ties.
+const Coord3 kDirection{0.25, 0.5, -1.0};
+
+struct Found {
+  FoundPair best;
+  std::size_t judgedLeaves = 0, judgedPairs = 0;
+};
+
 template <class Scalar>
-std::size_t JudgedLeaves(const Mesh& moving, const Mesh& fixed, FoundPair& best) {
+Found Search(const Mesh& moving, const Mesh& fixed, const Coord3& vector = kDirection,
+             double largest = 8.0) {
   const PreparedBody a(ViewOf(moving));
   const PreparedBody b(ViewOf(fixed));
   const SceneBodies bodies{&a, {&b}};
-  const TravelDirection direction({0.25, 0.5, -1.0});
-  const RangeScale scale(8.0);
+  const TravelDirection direction(vector);
+  const RangeScale scale(largest);
   Question question;
   const Scene<Scalar> scene(bodies, direction, scale, question, true);
   LeafCache<Scalar> movingCache;
@@ -59,8 +72,15 @@ std::size_t JudgedLeaves(const Mesh& moving, const Mesh& fixed, FoundPair& best)
   std::vector<NodePair<Scalar>> stack;
   Walk<Scalar, Counting<Scalar>> walk(scene, counting, none, stack);
   EXPECT_EQ(walk.Run(), WalkEnd::Done);
-  best = first.Best();
-  return counting.judged;
+  return {first.Best(), counting.judged, first.Judgements()};
+}
+
+/// Two plates face to face, so that every pair of triangles one above the other ties.
+template <class Scalar>
+std::size_t JudgedLeaves(const Mesh& moving, const Mesh& fixed, FoundPair& best) {
+  const Found found = Search<Scalar>(moving, fixed);
+  best = found.best;
+  return found.judgedLeaves;
 }
 
 TEST(FirstContact, TiesAcrossAnAxisAreSettledWithoutJudgingThem) {
@@ -77,10 +97,11 @@ TEST(FirstContact, TiesAcrossAnAxisAreSettledWithoutJudgingThem) {
 }
 
 /// Judges every pair of triangles.
-FoundPair FirstOfAll(const Mesh& moving, const Mesh& fixed, const TravelDirection& direction) {
+FoundPair FirstOfAll(const Mesh& moving, const Mesh& fixed, const TravelDirection& direction,
+                     const RangeScale& scale = RangeScale(8.0)) {
   const auto triangle = [&](const Mesh& mesh, std::size_t k) {
     const Coord3* c = mesh.corners.data() + 3 * k;
-    return MakeTriangle(direction, c[0], c[1], c[2]);
+    return MakeTriangle(direction, scale.Down(c[0]), scale.Down(c[1]), scale.Down(c[2]));
   };
   FoundPair best;
   for (std::uint32_t i = 0; i < moving.corners.size() / 3; ++i) {
@@ -96,10 +117,18 @@ FoundPair FirstOfAll(const Mesh& moving, const Mesh& fixed, const TravelDirectio
       best.any = true;
       best.moving = i;
       best.fixed = j;
+      best.contact = contact;
       best.travel = travel;
     }
   }
   return best;
+}
+
+void ExpectSame(const FoundPair& found, const FoundPair& expected) {
+  EXPECT_EQ(found.any, expected.any);
+  EXPECT_EQ(found.moving, expected.moving);
+  EXPECT_EQ(found.fixed, expected.fixed);
+  EXPECT_EQ(found.contact.travel, expected.contact.travel);
 }
 
 /// Makes planes z = constant oblique to the axes, exactly.
@@ -131,7 +160,7 @@ TEST(FirstContact, TiesOfWholeObliqueFacesGoToTheFirstPair) {
     for (const auto& [moving, fixed] :
          {std::pair{above, plate}, std::pair{Backwards(above), Backwards(plate)},
           std::pair{Repeated(above, 3), Backwards(Repeated(plate, 2))}}) {
-      const FoundPair expected = FirstOfAll(moving, fixed, TravelDirection({0.25, 0.5, -1.0}));
+      const FoundPair expected = FirstOfAll(moving, fixed, TravelDirection(kDirection));
       ASSERT_TRUE(expected.any);
       FoundPair best;
       JudgedLeaves<float>(moving, fixed, best);
@@ -141,6 +170,115 @@ TEST(FirstContact, TiesOfWholeObliqueFacesGoToTheFirstPair) {
       EXPECT_EQ(best.moving, expected.moving);
       EXPECT_EQ(best.fixed, expected.fixed);
     }
+  }
+}
+
+/// Returns a narrow triangle that leads to a point so far away.
+Mesh LeadingFar(double far) {
+  Mesh mesh;
+  sweep_shapes::AddTriangle(mesh, {-1.0, -1.0, 0.5}, {-1.0, -0.96875, 0.5}, {0.5 * far, far, -far});
+  return mesh;
+}
+
+/// A narrow triangle leads from the lower body to a point far away. The upper body is below it and
+/// rises, with its whole surface under the triangle.
+TEST(FirstContact, FewPairsAreJudgedBelowATriangleThatLeadsFarAway) {
+  for (const double far : {1e6, 1e30}) {
+    Mesh lower = Bowl(32, 0.25);
+    sweep_shapes::Append(lower, LeadingFar(far));
+    const Mesh upper = sweep_shapes::Moved(Bowl(32, -0.25), {1.0, 2.0, -4.0});
+    for (const bool moves : {false, true}) {
+      const Mesh& moving = moves ? lower : upper;
+      const Mesh& fixed = moves ? upper : lower;
+      const Coord3 vector =
+          moves ? kDirection : Coord3{-kDirection.x, -kDirection.y, -kDirection.z};
+      const TravelDirection direction(vector);
+      const FoundPair expected = FirstOfAll(moving, fixed, direction, RangeScale(far));
+      ASSERT_TRUE(expected.any);
+      EXPECT_EQ(moves ? expected.moving : expected.fixed, 2048u);
+      for (const Found& found : {Search<float>(moving, fixed, vector, far),
+                                 Search<double>(moving, fixed, vector, far)}) {
+        ExpectSame(found.best, expected);
+        EXPECT_LT(found.judgedLeaves, 30u);
+        EXPECT_LT(found.judgedPairs, 20u);
+      }
+    }
+  }
+}
+
+TEST(FirstContact, IsTheFirstByNumberOfTiesWithATriangleThatLeadsFarAway) {
+  // The plate is parallel to the triangles, so that it meets them everywhere at once.
+  Mesh fans;
+  for (const double y : {-0.5, 0.0, 0.0, 0.25})
+    sweep_shapes::AddTriangle(fans, {-2.0, y, 0.5}, {-2.0, y + 0.0625, 0.5}, {1e9, y, 0.5});
+  const Mesh plate = sweep_shapes::Moved(Bowl(16, 0.0), {-1.0, -2.0, 4.5});
+  for (const Mesh& moving : {plate, Backwards(plate), FromBothEnds(plate)}) {
+    for (const Mesh& fixed : {fans, Backwards(fans)}) {
+      const FoundPair expected =
+          FirstOfAll(moving, fixed, TravelDirection(kDirection), RangeScale(1e9));
+      ASSERT_TRUE(expected.any);
+      ExpectSame(Search<float>(moving, fixed, kDirection, 1e9).best, expected);
+      ExpectSame(Search<double>(moving, fixed, kDirection, 1e9).best, expected);
+    }
+  }
+}
+
+TEST(FirstContact, IsFoundBesideTrianglesFarLargerThanTheOthers) {
+  for (unsigned seed = 0; seed < 12; ++seed) {
+    SCOPED_TRACE(seed);
+    const double far = seed % 3 == 0 ? 1e30 : 1e6;
+    Mesh moving = sweep_shapes::Moved(Soup(seed + 50, 200), {0.0, 0.0, 4.0});
+    Mesh fixed = Soup(seed, 200);
+    Mesh& mesh = seed % 2 == 0 ? fixed : moving;
+    mesh.corners[3] = {far, 2.0 * far, seed % 4 < 2 ? -far : far};
+    mesh.corners[100] = {-far, 0.0, 0.5 * far};
+    const RangeScale scale(4.0 * far);
+    const FoundPair expected = FirstOfAll(moving, fixed, TravelDirection(kDirection), scale);
+    if (!expected.any) continue;
+    ExpectSame(Search<float>(moving, fixed, kDirection, 4.0 * far).best, expected);
+    ExpectSame(Search<double>(moving, fixed, kDirection, 4.0 * far).best, expected);
+  }
+}
+
+/// Filters are left out where rounding is not relative, and the answer is the same.
+TEST(FirstContact, IsFoundAtEveryScaleBesideATriangleThatLeadsFarAway) {
+  Mesh lower = Bowl(8, 0.25);
+  sweep_shapes::Append(lower, LeadingFar(0x1p20));
+  const Mesh upper = sweep_shapes::Moved(Bowl(8, -0.25), {1.0, 2.0, -4.0});
+  Question question;
+  question.direction = {-kDirection.x, -kDirection.y, -kDirection.z};
+  const auto scaled = [](Mesh mesh, int exponent) {
+    for (Coord3& p : mesh.corners)
+      p = {std::ldexp(p.x, exponent), std::ldexp(p.y, exponent), std::ldexp(p.z, exponent)};
+    return mesh;
+  };
+  const sweep_ask::Answer plain = sweep_ask::PairOf(upper, lower).First(question);
+  ASSERT_EQ(plain.status, SweepStatus::Contact);
+  for (const int exponent : {-950, -500, -200, -90, 90, 110, 300, 500, 1000}) {
+    const sweep_ask::Answer answer =
+        sweep_ask::PairOf(scaled(upper, exponent), scaled(lower, exponent)).First(question);
+    EXPECT_EQ(answer.status, plain.status);
+    EXPECT_EQ(answer.contact.travel, std::ldexp(plain.contact.travel, exponent)) << exponent;
+    EXPECT_EQ(answer.contact.movingTriangle, plain.contact.movingTriangle) << exponent;
+    EXPECT_EQ(answer.contact.fixedTriangle, plain.contact.fixedTriangle) << exponent;
+  }
+}
+
+TEST(FirstContact, IsFoundBesideATriangleThatLeadsToTheEndOfTheRange) {
+  Question question;
+  question.direction = {-kDirection.x, -kDirection.y, -kDirection.z};
+  const Mesh upper = sweep_shapes::Moved(Bowl(8, -0.25), {1.0, 2.0, -4.0});
+  for (const double far : {1e36, 1e39, 1e80, 1e150, 1e300}) {
+    Mesh lower = Bowl(8, 0.25);
+    sweep_shapes::Append(lower, LeadingFar(far));
+    const FoundPair expected =
+        FirstOfAll(upper, lower, TravelDirection(question.direction), RangeScale(far));
+    const sweep_ask::Answer answer = sweep_ask::PairOf(upper, lower).First(question);
+    ASSERT_EQ(answer.status == SweepStatus::Contact, expected.any) << far;
+    if (!expected.any) continue;
+    EXPECT_EQ(answer.contact.movingTriangle, expected.moving) << far;
+    EXPECT_EQ(answer.contact.fixedTriangle, expected.fixed & 0xffffffffu) << far;
+    EXPECT_EQ(answer.contact.travel, RangeScale(far).UpTravel(expected.contact.travel)) << far;
   }
 }
 

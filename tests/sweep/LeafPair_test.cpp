@@ -36,8 +36,65 @@ Mesh SomeTriangle(std::mt19937_64& random, const Coord3& around, double size) {
 
 struct Counts {
   int ahead = 0, touching = 0, apart = 0, byHeight = 0, byShadow = 0, atStart = 0, byBox = 0;
-  int parting = 0, afterByHeight = 0, afterBox = 0, afterPair = 0;
+  int parting = 0, afterByHeight = 0, afterBox = 0, afterPair = 0, beforeBox = 0, beforePair = 0;
 };
+
+/// The travels that matter to a search without limits.
+constexpr TravelRange<double> kAnyTravel{-kInfinity, kInfinity};
+
+/// Returns whether a bound is at most a travel, up to the last bit that is known of the travel.
+template <class Scalar>
+bool IsAtMost(double bound, const Scene<Scalar>& scene, const DoubleDouble& travel) {
+  const double high = scene.WalkTravel(travel.hi);
+  return bound < high || (bound == high && travel.lo >= 0.0);
+}
+
+/// The bounds of the travels of a pair of triangles.
+struct TravelBounds {
+  double ofPair, ofMovingBox, ofFixedBox;
+};
+
+template <class Scalar>
+TravelBounds FirstTravels(const Scene<Scalar>& scene, const LeafPair<Scalar>& pair,
+                          double limit = kInfinity) {
+  const TravelRange<double> range{-kInfinity, limit};
+  const LeafBeforeBox<Scalar, true> moving(scene, pair.moving, pair.fixed.BoxOf(0));
+  const LeafBeforeBox<Scalar, false> fixed(scene, pair.fixed, pair.moving.BoxOf(0));
+  return {pair.FirstTravel(0, 0), fixed.FirstTravel(range), moving.FirstTravel(range)};
+}
+
+template <class Scalar>
+TravelBounds LastTravels(const Scene<Scalar>& scene, const LeafPair<Scalar>& pair) {
+  const LeafBeforeBox<Scalar, true> moving(scene, pair.moving, pair.fixed.BoxOf(0));
+  const LeafBeforeBox<Scalar, false> fixed(scene, pair.fixed, pair.moving.BoxOf(0));
+  return {pair.LastTravel(0, 0), fixed.LastTravel(kAnyTravel), moving.LastTravel(kAnyTravel)};
+}
+
+/// The motion backwards brings together last what parts first, so the bounds are the same numbers.
+/// `parted` is the exact end of the motion where there is one.
+template <class Scalar>
+void CompareBackwards(const Scene<Scalar>& scene, const TravelBounds& last,
+                      const DoubleDouble* parted, LeafCache<Scalar>& movingCache,
+                      LeafCache<Scalar>& fixedCache) {
+  const Coord3& d = scene.direction.Vector();
+  const TravelDirection backwards({-d.x, -d.y, -d.z});
+  Question question;
+  question.offset = scene.moving.Offset();
+  const Scene<Scalar> scene2(scene.bodies, backwards, scene.scale, question, true);
+  movingCache.Forget();
+  fixedCache.Forget();
+  const LeafPair<Scalar> pair(scene2, movingCache.Moving(scene2, 0),
+                              fixedCache.Fixed(scene2, 0, 0));
+  const TravelBounds first = FirstTravels(scene2, pair);
+  EXPECT_EQ(first.ofPair, -last.ofPair);
+  EXPECT_EQ(first.ofMovingBox, -last.ofMovingBox);
+  EXPECT_EQ(first.ofFixedBox, -last.ofFixedBox);
+  if (parted == nullptr) return;
+  const DoubleDouble met{-parted->hi, -parted->lo};
+  EXPECT_TRUE(IsAtMost(first.ofPair, scene2, met));
+  EXPECT_TRUE(IsAtMost(first.ofMovingBox, scene2, met));
+  EXPECT_TRUE(IsAtMost(first.ofFixedBox, scene2, met));
+}
 
 /// No filter of a pair contradicts the exact judgement.
 template <class Scalar>
@@ -69,29 +126,30 @@ void Compare(const Mesh& moving, const Mesh& fixed, const Coord3& vector, const 
   const ScaledLength noLimit{kInfinity, 0};
   PairContact last{};
   ExactRatio lastTravel;
-  if (JudgeLast(direction, triangle(left), triangle(right), Rule::Touch, noLimit, 0.0, last,
-                lastTravel) == LastOutcome::Parts) {
+  const bool parts = JudgeLast(direction, triangle(left), triangle(right), Rule::Touch, noLimit,
+                               0.0, last, lastTravel) == LastOutcome::Parts;
+  if (parts) {
     ++counts.parting;
     const double end = scene.WalkTravel(Reduced(lastTravel.rounded.hi));
     EXPECT_EQ(pair.TouchingByHeight(0, 0, end) & 1u, 1u);
     Four<Scalar> from, to;
     EXPECT_EQ(pair.Reached(0, 0, {scene.AtMost(end), Box<Scalar>::kFar}, from, to) & 1u, 1u);
     counts.afterByHeight += (pair.TouchingByHeight(0, 0, 1.1 * end) & 1u) == 0 ? 1 : 0;
-    const double ofMoving =
-        LeafBeforeBox<Scalar, true>(scene, left, right.BoxOf(0)).LastTravel(-kInfinity);
-    const double ofFixed =
-        LeafBeforeBox<Scalar, false>(scene, right, left.BoxOf(0)).LastTravel(-kInfinity);
-    EXPECT_GE(ofMoving, end);
-    EXPECT_GE(ofFixed, end);
-    EXPECT_GE(pair.LastTravel(0, 0), end);
-    counts.afterPair += pair.LastTravel(0, 0) < 1.001 * end ? 1 : 0;
-    counts.afterBox += std::min(ofMoving, ofFixed) < static_cast<double>(to[0]) ? 1 : 0;
+    const TravelBounds bounds = LastTravels(scene, pair);
+    const DoubleDouble parted{-lastTravel.rounded.hi, -lastTravel.rounded.lo};
+    EXPECT_TRUE(IsAtMost(-bounds.ofPair, scene, parted));
+    EXPECT_TRUE(IsAtMost(-bounds.ofMovingBox, scene, parted));
+    EXPECT_TRUE(IsAtMost(-bounds.ofFixedBox, scene, parted));
+    counts.afterPair += bounds.ofPair < 1.001 * end ? 1 : 0;
+    const double ofBoxes = std::min(bounds.ofMovingBox, bounds.ofFixedBox);
+    counts.afterBox += ofBoxes < static_cast<double>(to[0]) ? 1 : 0;
   }
   const bool isShadowApart = pair.AreShadowsApart(0, 0);
   const bool isApartAtStart = pair.AreApartAtStart(0, 0);
   const auto isBoxApart = [&](double limit) {
-    return LeafBeforeBox<Scalar, true>(scene, left, right.BoxOf(0)).AreApart(limit) ||
-           LeafBeforeBox<Scalar, false>(scene, right, left.BoxOf(0)).AreApart(limit);
+    const TravelBounds first = FirstTravels(scene, pair, limit);
+    const double most = std::max(first.ofMovingBox, first.ofFixedBox);
+    return most > limit || most == kInfinity;
   };
   counts.byShadow += isShadowApart ? 1 : 0;
   counts.atStart += isApartAtStart ? 1 : 0;
@@ -100,6 +158,7 @@ void Compare(const Mesh& moving, const Mesh& fixed, const Coord3& vector, const 
     EXPECT_FALSE(isShadowApart);
     EXPECT_FALSE(isApartAtStart);
     EXPECT_FALSE(isBoxApart(0.0));
+    EXPECT_LE(pair.FirstTravel(0, 0), 0.0);
     EXPECT_EQ(pair.ReachedByHeight(0, 0, 0.0) & 1u, 1u);
   } else if (outcome == PairOutcome::Ahead) {
     ++counts.ahead;
@@ -111,10 +170,19 @@ void Compare(const Mesh& moving, const Mesh& fixed, const Coord3& vector, const 
     const Scalar above = std::nextafter(static_cast<Scalar>(limit), Box<Scalar>::kFar);
     EXPECT_EQ(pair.Reached(0, 0, {0, above}, from, to) & 1u, 1u);
     counts.byHeight += (pair.ReachedByHeight(0, 0, 0.9 * limit) & 1u) == 0 ? 1 : 0;
+    const TravelBounds first = FirstTravels(scene, pair);
+    EXPECT_TRUE(IsAtMost(first.ofPair, scene, travel.rounded));
+    EXPECT_TRUE(IsAtMost(first.ofMovingBox, scene, travel.rounded));
+    EXPECT_TRUE(IsAtMost(first.ofFixedBox, scene, travel.rounded));
+    counts.beforePair += first.ofPair > 0.999 * limit ? 1 : 0;
+    const double ofBoxes = std::max(first.ofMovingBox, first.ofFixedBox);
+    counts.beforeBox += ofBoxes > static_cast<double>(from[0]) ? 1 : 0;
   } else {
     ++counts.apart;
     counts.byBox += isBoxApart(kInfinity) ? 1 : 0;
   }
+  CompareBackwards(scene, LastTravels(scene, pair), parts ? &lastTravel.rounded : nullptr,
+                   movingCache, fixedCache);
 }
 
 /// Sends a corner of one of the triangles far away.
@@ -155,6 +223,8 @@ void CompareMany() {
   EXPECT_GT(counts.afterByHeight, counts.parting / 2);
   EXPECT_GT(counts.afterBox, counts.parting / 4);
   EXPECT_GT(counts.afterPair, counts.parting / 2);
+  EXPECT_GT(counts.beforeBox, counts.ahead / 4);
+  EXPECT_GT(counts.beforePair, counts.ahead / 2);
   EXPECT_GT(counts.byShadow, counts.apart / 2);
   EXPECT_GT(counts.byBox, counts.apart / 4);
   EXPECT_GT(counts.atStart, 5000);
@@ -173,7 +243,8 @@ TEST(LeafPair, FiltersNeverContradictTheExactJudgementInDouble) {
 struct Fan {
   /// The plane of the fan is z = slope * x.
   Fan(const Mesh& triangle, bool fanMoves, double slope = 0.0)
-      : fan(MeshOf({0.0, 0.0, 0.0}, {0.125, 0.0, 0.125 * slope}, {0.0, 0x1p100, 0.0})),
+      : doesFanMove(fanMoves),
+        fan(MeshOf({0.0, 0.0, 0.0}, {0.125, 0.0, 0.125 * slope}, {0.0, 0x1p100, 0.0})),
         one(triangle), fanBody(ViewOf(fan)),
         oneBody(ViewOf(one)), bodies{fanMoves ? &fanBody : &oneBody,
                                      {fanMoves ? &oneBody : &fanBody}},
@@ -188,7 +259,19 @@ struct Fan {
   LeafPair<float> Pair() {
     return LeafPair<float>(scene, moving.Moving(scene, 0), fixed.Fixed(scene, 0, 0));
   }
+  /// Bounds by the leaf of the fan, before the box of the other triangle.
+  double FirstTravelBeforeBox(const TravelRange<double>& range) {
+    const LeafPair<float> pair = Pair();
+    if (doesFanMove)
+      return LeafBeforeBox<float, true>(scene, pair.moving, pair.fixed.BoxOf(0)).FirstTravel(range);
+    return LeafBeforeBox<float, false>(scene, pair.fixed, pair.moving.BoxOf(0)).FirstTravel(range);
+  }
+  double LastTravelBeforeBox() {
+    const TravelBounds bounds = LastTravels(scene, Pair());
+    return doesFanMove ? bounds.ofFixedBox : bounds.ofMovingBox;
+  }
 
+  bool doesFanMove;
   Mesh fan, one;
   PreparedBody fanBody, oneBody;
   SceneBodies bodies;
@@ -218,21 +301,18 @@ TEST(LeafBeforeBox, DecidesBesideATriangleThatLeadsFarAway) {
   const auto at = [](double x) {
     return Fan::MeshOf({x, 5.0, 1.0}, {x, 5.125, 1.0}, {x + 0.0625, 5.0, 1.125});
   };
-  const auto areApart = [](Fan& fan, bool fanMoves, double limit) {
-    const LeafTriangles<float>& moving = fan.moving.Moving(fan.scene, 0);
-    const LeafTriangles<float>& fixed = fan.fixed.Fixed(fan.scene, 0, 0);
-    return fanMoves
-               ? LeafBeforeBox<float, true>(fan.scene, moving, fixed.BoxOf(0)).AreApart(limit)
-               : LeafBeforeBox<float, false>(fan.scene, fixed, moving.BoxOf(0)).AreApart(limit);
-  };
   for (const bool fanMoves : {false, true}) {
     Fan over(at(0.03125), fanMoves);
-    EXPECT_FALSE(areApart(over, fanMoves, 2.0));
-    EXPECT_TRUE(areApart(over, fanMoves, 2.0 - 0x1p-40));
+    const double first = over.FirstTravelBeforeBox(kAnyTravel);
+    EXPECT_LE(first, 2.0);
+    EXPECT_GE(first, 2.0 - 0x1p-40);
+    // Beyond what matters, the bound may be loose.
+    EXPECT_GT(over.FirstTravelBeforeBox({0.0, 1.75}), 1.75);
+    EXPECT_LE(over.FirstTravelBeforeBox({2.125, 3.0}), 2.125);
     Fan beside(at(0.1250001), fanMoves);
-    EXPECT_TRUE(areApart(beside, fanMoves, kInfinity));
+    EXPECT_EQ(beside.FirstTravelBeforeBox(kAnyTravel), kInfinity);
     Fan besideToo(at(-0.0625001), fanMoves);
-    EXPECT_TRUE(areApart(besideToo, fanMoves, kInfinity));
+    EXPECT_EQ(besideToo.FirstTravelBeforeBox(kAnyTravel), kInfinity);
   }
 }
 
@@ -240,28 +320,20 @@ TEST(LeafBeforeBox, BoundsTheLastTravelBesideATriangleThatLeadsFarAway) {
   const auto at = [](double x) {
     return Fan::MeshOf({x, 5.0, 1.0}, {x, 5.125, 1.0}, {x + 0.0625, 5.0, 1.125});
   };
-  const auto lastTravel = [](Fan& fan, bool fanMoves) {
-    const LeafTriangles<float>& moving = fan.moving.Moving(fan.scene, 0);
-    const LeafTriangles<float>& fixed = fan.fixed.Fixed(fan.scene, 0, 0);
-    return fanMoves ? LeafBeforeBox<float, true>(fan.scene, moving, fixed.BoxOf(0))
-                          .LastTravel(-kInfinity)
-                    : LeafBeforeBox<float, false>(fan.scene, fixed, moving.BoxOf(0))
-                          .LastTravel(-kInfinity);
-  };
   for (const bool fanMoves : {false, true}) {
     // The box ends at a height of 9/8 over the plane of the fan.
     Fan over(at(0.03125), fanMoves);
-    EXPECT_GE(lastTravel(over, fanMoves), 2.25);
-    EXPECT_LE(lastTravel(over, fanMoves), 2.25 + 0x1p-40);
+    EXPECT_GE(over.LastTravelBeforeBox(), 2.25);
+    EXPECT_LE(over.LastTravelBeforeBox(), 2.25 + 0x1p-40);
     Fan beside(at(0.1250001), fanMoves);
-    EXPECT_EQ(lastTravel(beside, fanMoves), -kInfinity);
+    EXPECT_EQ(beside.LastTravelBeforeBox(), -kInfinity);
     Fan besideToo(at(-0.0625001), fanMoves);
-    EXPECT_EQ(lastTravel(besideToo, fanMoves), -kInfinity);
+    EXPECT_EQ(besideToo.LastTravelBeforeBox(), -kInfinity);
     // What is beyond the fan has passed it.
     Fan beyond(Fan::MeshOf({0.03125, 5.0, -1.0}, {0.03125, 5.125, -1.0}, {0.0625, 5.0, -1.125}),
                fanMoves);
-    EXPECT_LE(lastTravel(beyond, fanMoves), -2.0 + 0x1p-40);
-    EXPECT_GE(lastTravel(beyond, fanMoves), -2.0);
+    EXPECT_LE(beyond.LastTravelBeforeBox(), -2.0 + 0x1p-40);
+    EXPECT_GE(beyond.LastTravelBeforeBox(), -2.0);
   }
 }
 
@@ -272,28 +344,40 @@ TEST(LeafBeforeBox, BoundsTheLastTravelWithinTheEdgesOfATriangle) {
     Fan wide(one, fanMoves, 8.0);
     const LeafPair<float> pair = wide.Pair();
     ASSERT_FALSE(pair.AreShadowsApart(0, 0));
-    const double ofBox =
-        fanMoves ? LeafBeforeBox<float, true>(wide.scene, pair.moving, pair.fixed.BoxOf(0))
-                       .LastTravel(0.0)
-                 : LeafBeforeBox<float, false>(wide.scene, pair.fixed, pair.moving.BoxOf(0))
-                       .LastTravel(0.0);
-    for (const double last : {ofBox, pair.LastTravel(0, 0)}) {
+    for (const double last : {wide.LastTravelBeforeBox(), pair.LastTravel(0, 0)}) {
       EXPECT_GE(last, 2.0);
       EXPECT_LE(last, 2.0 + 0x1p-30);
     }
   }
 }
 
+/// The travel to the plane of the fan is 2 * z + 16 * x, and the fan begins at x = 0.
+TEST(LeafBeforeBox, BoundsTheFirstTravelWithinTheEdgesOfATriangle) {
+  const Mesh one = Fan::MeshOf({-1.0, 5.0, 1.0}, {1.0, 5.0, 1.0}, {1.0, 5.125, 1.0});
+  for (const bool fanMoves : {false, true}) {
+    Fan wide(one, fanMoves, -8.0);
+    const LeafPair<float> pair = wide.Pair();
+    ASSERT_FALSE(pair.AreShadowsApart(0, 0));
+    for (const double first : {wide.FirstTravelBeforeBox(kAnyTravel), pair.FirstTravel(0, 0)}) {
+      EXPECT_LE(first, 2.0);
+      EXPECT_GE(first, 2.0 - 0x1p-30);
+    }
+  }
+}
+
 /// Such a triangle has no height over its plane.
-TEST(LeafBeforeBox, DoesNotBoundTheLastTravelOfATriangleAlongTheDirection) {
+TEST(LeafBeforeBox, DoesNotBoundTheTravelsOfATriangleAlongTheDirection) {
   Fan edgeOn(Fan::MeshOf({0.03125, 5.0, 1.0}, {0.0625, 5.0, 1.0}, {0.03125, 5.25, 0.0}), false);
   const LeafTriangles<float>& moving = edgeOn.moving.Moving(edgeOn.scene, 0);
   const LeafTriangles<float>& fixed = edgeOn.fixed.Fixed(edgeOn.scene, 0, 0);
   const LeafBeforeBox<float, true> before(edgeOn.scene, moving, fixed.BoxOf(0));
-  EXPECT_EQ(before.LastTravel(-kInfinity), kInfinity);
+  EXPECT_EQ(before.LastTravel(kAnyTravel), kInfinity);
+  EXPECT_EQ(before.FirstTravel(kAnyTravel), -kInfinity);
   // The plane of the fan, which is larger, still bounds the pair.
   EXPECT_GE(edgeOn.Pair().LastTravel(0, 0), 2.0);
   EXPECT_LE(edgeOn.Pair().LastTravel(0, 0), 2.0 + 0x1p-30);
+  EXPECT_LE(edgeOn.Pair().FirstTravel(0, 0), 0.0);
+  EXPECT_GE(edgeOn.Pair().FirstTravel(0, 0), -0x1p-30);
 }
 
 /// Returns a body of one triangle.
