@@ -125,6 +125,7 @@ bool FirstContact<Scalar>::Judge(const NodePair<Scalar>& pair) {
       if (mask != 0 && m_scene.filters && m_scene.rule == Rule::Solid)
         mask &= leaves.SharingShadow(i, first);
       if (mask != 0 && m_scene.filters) mask &= leaves.ReachedByHeight(i, first, m_doubleLimit);
+      if (mask != 0 && both.areUnequal) mask &= leaves.TouchingByHeight(i, first, 0.0);
       for (int lane = 0; mask != 0; ++lane, mask >>= 1) {
         if ((mask & 1u) == 0) continue;
         if (!JudgeOrCollect(both, i, first + lane, from[lane], candidates)) return false;

@@ -30,6 +30,8 @@ public:
 private:
   /// A leaf that is this many times as large as a box is tested against it.
   static constexpr Scalar kFactor = 16;
+  /// A travel that would be raised by less than this part of it is left alone.
+  static constexpr double kLeastRaise = 0x1p-10;
 
   template <bool kMoves>
   const LeafTriangles<Scalar>& LeafOf(const NodePair<Scalar>& pair, TreeRef ref) {
@@ -52,10 +54,15 @@ unsigned LargeLeaves<Scalar>::Raise(const NodePair<Scalar>& pair, const Boxes<Sc
                                     Four<Scalar>& from) {
   if (!m_scene.filters) return mask;
   const WalkSide<Scalar>& one = kMoving ? pair.fixed : pair.moving;
+  const WalkSide<Scalar>& own = kMoving ? pair.moving : pair.fixed;
   const bool isOneLeaf = one.ref.IsLeaf();
+  const Scalar ownSize = own.box.Size();
+  const Scalar size = one.box.Size();
+  // Children are seldom smaller than a quarter of their parent, and theirs are tested later.
+  if (isOneLeaf ? !(4 * size > kFactor * ownSize) : !(ownSize > kFactor * size)) return mask;
   const Four<Scalar> sizes = (boxes.high[0] - boxes.low[0]) + (boxes.high[1] - boxes.low[1]) +
                              (boxes.high[2] - boxes.low[2]);
-  const Four<Scalar> oneSize = Four<Scalar>::Of(one.box.Size());
+  const Four<Scalar> oneSize = Four<Scalar>::Of(size);
   const Four<Scalar> factor = Four<Scalar>::Of(kFactor);
   const unsigned unequal =
       mask & ~(isOneLeaf ? AtMost(oneSize, factor * sizes) : AtMost(sizes, factor * oneSize));
@@ -63,7 +70,7 @@ unsigned LargeLeaves<Scalar>::Raise(const NodePair<Scalar>& pair, const Boxes<Sc
   const Placement<Scalar>& place = kMoving ? m_scene.moving : m_scene.fixed;
   const Placement<Scalar>& otherPlace = kMoving ? m_scene.fixed : m_scene.moving;
   const auto& nodes = m_scene.template TreeOf<kMoving>(pair.fixedBody).tree->nodes;
-  const auto& node = nodes[kMoving ? pair.moving.ref.Index() : pair.fixed.ref.Index()];
+  const auto& node = nodes[own.ref.Index()];
   for (int lane = 0; lane < 4; ++lane) {
     const TreeRef child = node.child[lane];
     if ((unequal >> lane & 1u) == 0 || child.IsNone()) continue;
@@ -87,7 +94,8 @@ void LargeLeaves<Scalar>::RaiseOne(const LeafTriangles<Scalar>& leaf, const Box<
   const LeafBeforeBox<Scalar, kMoves> before(m_scene, leaf, box);
   const double known = from[lane];
   if (kFromEnd) {
-    const double last = before.LastTravel({range.from, -known});
+    const double enough = std::max(-known * (1.0 - kLeastRaise), range.from);
+    const double last = before.LastTravel(range, enough);
     if (last < range.from) {
       mask &= ~(1u << lane);
     } else if (last < -known) {
@@ -95,7 +103,8 @@ void LargeLeaves<Scalar>::RaiseOne(const LeafTriangles<Scalar>& leaf, const Box<
     }
     return;
   }
-  const double first = before.FirstTravel({known, range.to});
+  const double enough = std::min(known * (1.0 + kLeastRaise), range.to);
+  const double first = before.FirstTravel(range, enough);
   // It is infinite where nothing touches, and the range can be infinite too.
   if (first > range.to || first == Box<double>::kFar) {
     mask &= ~(1u << lane);

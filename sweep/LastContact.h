@@ -27,7 +27,7 @@ public:
   template <bool kMoving>
   unsigned Raise(const NodePair<Scalar>& pair, const Boxes<Scalar>& boxes, unsigned mask,
                  Four<Scalar>& from) {
-    const TravelRange<double> range{m_doubleFrom, Box<double>::kFar};
+    const TravelRange<double> range{m_doubleFrom, m_range.to};
     return m_largeLeaves.template Raise<kMoving, kFromEnd>(pair, boxes, mask, range, from);
   }
   bool Judge(const NodePair<Scalar>& leaves);

@@ -647,23 +647,26 @@ LeafBeforeBox<Scalar, kMoves>::LeafBeforeBox(const Scene<Scalar>& scene,
 }
 
 template <class Scalar, bool kMoves>
-double LeafBeforeBox<Scalar, kMoves>::FirstTravel(const TravelRange<double>& range) const {
-  return -GreatestTravel<true>(-range.to, -range.from);
+double LeafBeforeBox<Scalar, kMoves>::FirstTravel(const TravelRange<double>& range,
+                                                  double enough) const {
+  return -GreatestTravel<true>({-range.to, -range.from}, -enough);
 }
 
 template <class Scalar, bool kMoves>
-double LeafBeforeBox<Scalar, kMoves>::LastTravel(const TravelRange<double>& range) const {
-  return GreatestTravel<false>(range.from, range.to);
+double LeafBeforeBox<Scalar, kMoves>::LastTravel(const TravelRange<double>& range,
+                                                 double enough) const {
+  return GreatestTravel<false>(range, enough);
 }
 
-/// Returns at least every travel at which a triangle touches the box, or every such travel taken
-/// negative. It is infinity once it is at least `enough`, and loose below `least`.
+/// Returns at least every travel within the range at which a triangle touches the box. All travels
+/// can be taken negative.
 template <class Scalar, bool kMoves>
 template <bool kNegative>
-double LeafBeforeBox<Scalar, kMoves>::GreatestTravel(double least, double enough) const {
+double LeafBeforeBox<Scalar, kMoves>::GreatestTravel(const TravelRange<double>& range,
+                                                     double enough) const {
   double greatest = -Box<double>::kFar;
   for (int k = 0; k < m_leaf.count; ++k) {
-    greatest = std::max(greatest, GreatestTravelOf<kNegative>(k, least));
+    greatest = std::max(greatest, GreatestTravelOf<kNegative>(k, range));
     if (greatest >= enough) return Box<double>::kFar;
   }
   return greatest;
@@ -673,11 +676,17 @@ double LeafBeforeBox<Scalar, kMoves>::GreatestTravel(double least, double enough
 /// on the inner side of every edge.
 template <class Scalar, bool kMoves>
 template <bool kNegative>
-double LeafBeforeBox<Scalar, kMoves>::GreatestTravelOf(int k, double least) const {
+double LeafBeforeBox<Scalar, kMoves>::GreatestTravelOf(int k,
+                                                       const TravelRange<double>& range) const {
   const Linear height = HeightsOf<kNegative>(k);
   const bool hasHeights = height.error != 0.0;
-  double greatest = hasHeights ? height.middle + SpreadOf(height, m_half) : Box<double>::kFar;
-  if (greatest < least) return greatest;
+  double greatest = Box<double>::kFar;
+  if (hasHeights) {
+    const double spread = SpreadOf(height, m_half);
+    greatest = height.middle + spread;
+    if (greatest < range.from) return greatest;
+    if (height.middle - spread > range.to) return -Box<double>::kFar;
+  }
   Side sides[3];
   SidesOf(k, sides);
   for (const Side& side : sides) {

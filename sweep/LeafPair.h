@@ -83,13 +83,14 @@ public:
   LeafBeforeBox(const Scene<Scalar>& scene, const LeafTriangles<Scalar>& leaf,
                 const Box<Scalar>& box);
 
-  /// Returns a travel before which no triangle touches the box. It is infinity where none ever
-  /// does, and minus infinity where a triangle lies along the direction. It is loose outside the
-  /// range.
-  double FirstTravel(const TravelRange<double>& range) const;
-  /// Returns a travel after which no triangle touches the box. It is minus infinity where none ever
-  /// does, and infinity where a triangle lies along the direction. It is loose outside the range.
-  double LastTravel(const TravelRange<double>& range) const;
+  /// Returns a travel before which no triangle touches the box within the range. It is infinity
+  /// where none ever does, loose after the range, and minus infinity where it would be at most
+  /// `enough`.
+  double FirstTravel(const TravelRange<double>& range, double enough = -Box<double>::kFar) const;
+  /// Returns a travel after which no triangle touches the box within the range. It is minus
+  /// infinity where none ever does, loose before the range, and infinity where it would be at least
+  /// `enough`.
+  double LastTravel(const TravelRange<double>& range, double enough = Box<double>::kFar) const;
 
 private:
   /// The side of an edge of a triangle on which a point is, as seen along the direction.
@@ -98,9 +99,9 @@ private:
   };
 
   template <bool kNegative>
-  double GreatestTravel(double least, double enough) const;
+  double GreatestTravel(const TravelRange<double>& range, double enough) const;
   template <bool kNegative>
-  double GreatestTravelOf(int k, double least) const;
+  double GreatestTravelOf(int k, const TravelRange<double>& range) const;
   template <bool kNegative>
   Linear HeightsOf(int k) const;
   void SidesOf(int k, Side (&sides)[3]) const;

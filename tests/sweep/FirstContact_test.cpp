@@ -240,6 +240,22 @@ TEST(FirstContact, IsFoundBesideTrianglesFarLargerThanTheOthers) {
   }
 }
 
+/// What a far larger triangle has passed already is left out without exact judgements.
+TEST(FirstContact, NoPairsAreJudgedAheadOfATriangleThatLeadsFarAway) {
+  // The plane of the triangle is below the whole bowl, which rises.
+  const Mesh bowl = sweep_shapes::Moved(Bowl(32, -0.25), {0.0, 0.0, 4.0});
+  Mesh below = sweep_shapes::Moved(Bowl(4, 0.0), {0.0, 0.0, 40.0});
+  sweep_shapes::AddTriangle(below, {-4.0, -4.0, -2.0}, {1e6, 1e6, 1e6}, {4.0, -4.0, -2.5});
+  const TravelDirection up({0.0, 0.0, 1.0});
+  const FoundPair expected = FirstOfAll(bowl, below, up, RangeScale(1e6));
+  ASSERT_TRUE(expected.any);
+  for (const Found& found : {Search<float>(bowl, below, {0.0, 0.0, 1.0}, 1e6),
+                             Search<double>(bowl, below, {0.0, 0.0, 1.0}, 1e6)}) {
+    ExpectSame(found.best, expected);
+    EXPECT_LT(found.judgedPairs, 60u);
+  }
+}
+
 /// Filters are left out where rounding is not relative, and the answer is the same.
 TEST(FirstContact, IsFoundAtEveryScaleBesideATriangleThatLeadsFarAway) {
   Mesh lower = Bowl(8, 0.25);

@@ -70,6 +70,23 @@ TravelBounds LastTravels(const Scene<Scalar>& scene, const LeafPair<Scalar>& pai
   return {pair.LastTravel(0, 0), fixed.LastTravel(kAnyTravel), moving.LastTravel(kAnyTravel)};
 }
 
+/// A triangle that touches at a travel is never left out of a range that begins there, or ends
+/// there.
+template <class Scalar>
+void ExpectTouchAt(const Scene<Scalar>& scene, const LeafPair<Scalar>& pair,
+                   const DoubleDouble& travel) {
+  const double at = scene.WalkTravel(travel.hi);
+  const TravelRange<double> after{travel.lo < 0.0 ? std::nextafter(at, -kInfinity) : at, kInfinity};
+  const TravelRange<double> before{-kInfinity,
+                                   travel.lo > 0.0 ? std::nextafter(at, kInfinity) : at};
+  const LeafBeforeBox<Scalar, true> moving(scene, pair.moving, pair.fixed.BoxOf(0));
+  const LeafBeforeBox<Scalar, false> fixed(scene, pair.fixed, pair.moving.BoxOf(0));
+  EXPECT_LT(moving.FirstTravel(after), kInfinity);
+  EXPECT_LT(fixed.FirstTravel(after), kInfinity);
+  EXPECT_GT(moving.LastTravel(before), -kInfinity);
+  EXPECT_GT(fixed.LastTravel(before), -kInfinity);
+}
+
 /// The motion backwards brings together last what parts first, so the bounds are the same numbers.
 /// `parted` is the exact end of the motion where there is one.
 template <class Scalar>
@@ -136,6 +153,7 @@ void Compare(const Mesh& moving, const Mesh& fixed, const Coord3& vector, const 
     EXPECT_EQ(pair.Reached(0, 0, {scene.AtMost(end), Box<Scalar>::kFar}, from, to) & 1u, 1u);
     counts.afterByHeight += (pair.TouchingByHeight(0, 0, 1.1 * end) & 1u) == 0 ? 1 : 0;
     const TravelBounds bounds = LastTravels(scene, pair);
+    ExpectTouchAt(scene, pair, lastTravel.rounded);
     const DoubleDouble parted{-lastTravel.rounded.hi, -lastTravel.rounded.lo};
     EXPECT_TRUE(IsAtMost(-bounds.ofPair, scene, parted));
     EXPECT_TRUE(IsAtMost(-bounds.ofMovingBox, scene, parted));
@@ -170,6 +188,7 @@ void Compare(const Mesh& moving, const Mesh& fixed, const Coord3& vector, const 
     const Scalar above = std::nextafter(static_cast<Scalar>(limit), Box<Scalar>::kFar);
     EXPECT_EQ(pair.Reached(0, 0, {0, above}, from, to) & 1u, 1u);
     counts.byHeight += (pair.ReachedByHeight(0, 0, 0.9 * limit) & 1u) == 0 ? 1 : 0;
+    ExpectTouchAt(scene, pair, travel.rounded);
     const TravelBounds first = FirstTravels(scene, pair);
     EXPECT_TRUE(IsAtMost(first.ofPair, scene, travel.rounded));
     EXPECT_TRUE(IsAtMost(first.ofMovingBox, scene, travel.rounded));
@@ -260,15 +279,18 @@ struct Fan {
     return LeafPair<float>(scene, moving.Moving(scene, 0), fixed.Fixed(scene, 0, 0));
   }
   /// Bounds by the leaf of the fan, before the box of the other triangle.
-  double FirstTravelBeforeBox(const TravelRange<double>& range) {
+  double FirstTravelBeforeBox(const TravelRange<double>& range, double enough = -kInfinity) {
     const LeafPair<float> pair = Pair();
-    if (doesFanMove)
-      return LeafBeforeBox<float, true>(scene, pair.moving, pair.fixed.BoxOf(0)).FirstTravel(range);
-    return LeafBeforeBox<float, false>(scene, pair.fixed, pair.moving.BoxOf(0)).FirstTravel(range);
+    const LeafBeforeBox<float, true> ofMoving(scene, pair.moving, pair.fixed.BoxOf(0));
+    const LeafBeforeBox<float, false> ofFixed(scene, pair.fixed, pair.moving.BoxOf(0));
+    return doesFanMove ? ofMoving.FirstTravel(range, enough) : ofFixed.FirstTravel(range, enough);
   }
-  double LastTravelBeforeBox() {
-    const TravelBounds bounds = LastTravels(scene, Pair());
-    return doesFanMove ? bounds.ofFixedBox : bounds.ofMovingBox;
+  double LastTravelBeforeBox(const TravelRange<double>& range = kAnyTravel,
+                             double enough = kInfinity) {
+    const LeafPair<float> pair = Pair();
+    const LeafBeforeBox<float, true> ofMoving(scene, pair.moving, pair.fixed.BoxOf(0));
+    const LeafBeforeBox<float, false> ofFixed(scene, pair.fixed, pair.moving.BoxOf(0));
+    return doesFanMove ? ofMoving.LastTravel(range, enough) : ofFixed.LastTravel(range, enough);
   }
 
   bool doesFanMove;
@@ -306,9 +328,13 @@ TEST(LeafBeforeBox, DecidesBesideATriangleThatLeadsFarAway) {
     const double first = over.FirstTravelBeforeBox(kAnyTravel);
     EXPECT_LE(first, 2.0);
     EXPECT_GE(first, 2.0 - 0x1p-40);
-    // Beyond what matters, the bound may be loose.
+    // The box is passed from travel 2 to 2.25.
     EXPECT_GT(over.FirstTravelBeforeBox({0.0, 1.75}), 1.75);
-    EXPECT_LE(over.FirstTravelBeforeBox({2.125, 3.0}), 2.125);
+    EXPECT_LE(over.FirstTravelBeforeBox({2.125, 3.0}), 2.0);
+    EXPECT_LE(over.FirstTravelBeforeBox({2.25, 3.0}), 2.0);
+    EXPECT_EQ(over.FirstTravelBeforeBox({2.25 + 0x1p-40, 3.0}), kInfinity);
+    EXPECT_EQ(over.FirstTravelBeforeBox(kAnyTravel, 2.0), -kInfinity);
+    EXPECT_GE(over.FirstTravelBeforeBox(kAnyTravel, 2.0 - 0x1p-40), 2.0 - 0x1p-40);
     Fan beside(at(0.1250001), fanMoves);
     EXPECT_EQ(beside.FirstTravelBeforeBox(kAnyTravel), kInfinity);
     Fan besideToo(at(-0.0625001), fanMoves);
@@ -325,6 +351,10 @@ TEST(LeafBeforeBox, BoundsTheLastTravelBesideATriangleThatLeadsFarAway) {
     Fan over(at(0.03125), fanMoves);
     EXPECT_GE(over.LastTravelBeforeBox(), 2.25);
     EXPECT_LE(over.LastTravelBeforeBox(), 2.25 + 0x1p-40);
+    EXPECT_LT(over.LastTravelBeforeBox({2.5, 3.0}), 2.5);
+    EXPECT_GE(over.LastTravelBeforeBox({0.0, 2.0}), 2.0);
+    EXPECT_EQ(over.LastTravelBeforeBox({0.0, 2.0 - 0x1p-40}), -kInfinity);
+    EXPECT_EQ(over.LastTravelBeforeBox(kAnyTravel, 2.25), kInfinity);
     Fan beside(at(0.1250001), fanMoves);
     EXPECT_EQ(beside.LastTravelBeforeBox(), -kInfinity);
     Fan besideToo(at(-0.0625001), fanMoves);
@@ -414,6 +444,48 @@ TEST(LeafBeforeBox, LastTravelAllowsForTheErrorOfTheSides) {
   Compare(moving, fixed, {-0x1p-55, 0.0, -0x1p-1}, {0.0, 0.0, 0.0}, movingCache, fixedCache,
           counts);
   EXPECT_EQ(counts.parting, 1);
+}
+
+/// The first contact is of a point, and the height of the point is off by a rounding.
+TEST(LeafPair, FirstTravelAllowsForTheErrorOfTheHeights) {
+  const Coord3 point{0x1.dp-3, 0x1.fp-4, -0x1.4p-6};
+  const Mesh moving = OneTriangle(point, point, point);
+  const Mesh fixed =
+      OneTriangle({0x1.2p-2, 0x1.5p-3, -0x1.4p-6}, {-0x1.3p-1, -0x1.3p-1, -0x1.cp-6},
+                  {-0x1.cec25e58a5017p+28, 0x1.af6ff556d2b28p+27, 0x1.0d3162bc747ecp+27});
+  Counts counts;
+  LeafCache<double> movingCache, fixedCache;
+  Compare(moving, fixed, {-0x1.7a44ae1818p-1, -0x1.2p-2, 0x1.4eaep-1}, {0.0, 0.0, 0.0}, movingCache,
+          fixedCache, counts);
+  EXPECT_EQ(counts.ahead, 1);
+}
+
+/// The first contact is on an edge of the larger triangle.
+TEST(LeafPair, FirstTravelAllowsForTheErrorOfTheSides) {
+  const Mesh moving = OneTriangle({0x1.164be8ep-2, 0x1.4f8c734203cp-4, -0x1.a518d3fap-1},
+                                  {0x1.164b096ap-2, 0x1.4f9645e003cp-4, -0x1.a5179149p-1},
+                                  {0x1.1649a7b7p-2, 0x1.4f9a026e03cp-4, -0x1.a517e96dp-1});
+  const Mesh fixed =
+      OneTriangle({0x1.56ec6be5p-1, -0x1.697da2a7p-3, -0x1.31ae72e1p-1},
+                  {0x1.56ec6d9f6ceeep-1, -0x1.697db17258b1ap-3, -0x1.31ae6f63ab44dp-1},
+                  {0x1.cafa6b730017dp-5, 0x1.c6b02324fe607p-3, -0x1.e3a82bc37d229p-1});
+  Counts counts;
+  LeafCache<double> movingCache, fixedCache;
+  Compare(moving, fixed, {-0x1.53p-1, 0x1.b83f88p-2, -0x1.8p-2}, {0.0, 0.0, 0.0}, movingCache,
+          fixedCache, counts);
+  EXPECT_EQ(counts.ahead, 1);
+}
+
+TEST(LeafBeforeBox, FirstTravelAllowsForTheErrorOfTheSides) {
+  const Coord3 point{0x1.4000000002ep+2, 0x1.000000001506p+1, -0x1.0000000004bp+1};
+  const Mesh moving = OneTriangle(point, point, point);
+  const Mesh fixed = OneTriangle({0x1p+2, 0x1.8p+1, -0x1p+1}, {0x1.cp+1, 0x1.4p+1, -0x1.cp+0},
+                                 {0x1.4p+2, 0x1p+1, -0x1p+1});
+  Counts counts;
+  LeafCache<double> movingCache, fixedCache;
+  Compare(moving, fixed, {-0x1.7p-4, -0x1.506p-2, 0x1.2cp-4}, {0.0, 0.0, 0.0}, movingCache,
+          fixedCache, counts);
+  EXPECT_EQ(counts.ahead, 1);
 }
 
 TEST(LeafPair, CopiesOfTheTriangleBeforeAreNotDistinct) {
