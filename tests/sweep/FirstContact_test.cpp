@@ -200,7 +200,7 @@ TEST(FirstContact, FewPairsAreJudgedBelowATriangleThatLeadsFarAway) {
                                  Search<double>(moving, fixed, vector, far)}) {
         ExpectSame(found.best, expected);
         EXPECT_LT(found.judgedLeaves, 30u);
-        EXPECT_LT(found.judgedPairs, 20u);
+        EXPECT_LE(found.judgedPairs, far == 1e6 ? 1u : 3u);
       }
     }
   }
