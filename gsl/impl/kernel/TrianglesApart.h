@@ -9,9 +9,11 @@
 /// evaluation is documented here: TriangleSweepBounds.h derives what is certain.
 namespace gsl_kernel {
 
+/// Returns the largest of three, and ignores a NaN of the first two.
 inline double LargestOf(double a, double b, double c) {
   return Larger(a, Larger(b, c));
 }
+/// Returns the smallest of three, and ignores a NaN of the first two.
 inline double SmallestOf(double a, double b, double c) {
   return Smaller(a, Smaller(b, c));
 }

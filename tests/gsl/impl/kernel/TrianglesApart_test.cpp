@@ -16,6 +16,7 @@ using gsl_kernel::Coord3;
 using gsl_kernel::kComputed;
 using gsl_kernel::Measured3;
 using gsl_kernel::SourcedTriangle;
+using numbers::Above;
 using numbers::kInfinity;
 using numbers::kNaN;
 
@@ -35,6 +36,15 @@ TEST(TrianglesApart, LargestAndSmallestAreOfThree) {
   EXPECT_EQ(gsl_kernel::SmallestOf(2.0, 3.0, 1.0), 1.0);
 }
 
+TEST(TrianglesApart, LargestAndSmallestIgnoreANaNOfTheFirstTwo) {
+  EXPECT_EQ(gsl_kernel::LargestOf(kNaN, 1.0, 2.0), 2.0);
+  EXPECT_EQ(gsl_kernel::LargestOf(3.0, kNaN, 2.0), 3.0);
+  EXPECT_TRUE(std::isnan(gsl_kernel::LargestOf(1.0, 2.0, kNaN)));
+  EXPECT_EQ(gsl_kernel::SmallestOf(kNaN, 1.0, 2.0), 1.0);
+  EXPECT_EQ(gsl_kernel::SmallestOf(1.0, kNaN, 2.0), 1.0);
+  EXPECT_TRUE(std::isnan(gsl_kernel::SmallestOf(1.0, 2.0, kNaN)));
+}
+
 TEST(TrianglesApart, BoxesHaveTheirGapTheirSizeAndTheirReach) {
   const SourcedTriangle a = At({-4.0, 1.0, 2.0}, {-3.0, 2.0, 2.0}, {-3.5, 1.5, 2.0});
   const SourcedTriangle s = At({1.0, 1.0, 2.0}, {2.0, 3.0, 2.0}, {1.5, 1.0, 2.0});
@@ -47,10 +57,35 @@ TEST(TrianglesApart, BoxesHaveTheirGapTheirSizeAndTheirReach) {
 }
 
 TEST(TrianglesApart, SquaresAreOfTheDoubledAreaAndOfTheEdges) {
-  const gsl_kernel::TriangleSquares squares(At({0.0, 0.0, 1.0}, {3.0, 0.0, 1.0}, {0.0, 4.0, 1.0}));
-  EXPECT_EQ(squares.area, 144.0);
-  EXPECT_EQ(squares.shortest, 9.0);
-  EXPECT_EQ(squares.longest, 25.0);
+  const Coord3 corners[3] = {{0.0, 0.0, 1.0}, {3.0, 0.0, 1.0}, {0.0, 4.0, 1.0}};
+  for (int k = 0; k < 3; ++k) {
+    const gsl_kernel::TriangleSquares squares(
+        At(corners[k], corners[(k + 1) % 3], corners[(k + 2) % 3]));
+    EXPECT_EQ(squares.area, 144.0);
+    EXPECT_EQ(squares.shortest, 9.0);
+    EXPECT_EQ(squares.longest, 25.0);
+  }
+}
+
+TEST(TrianglesApart, WeightsAreBelowWhereTheGapAndTheAreaExceedTheirLimits) {
+  gsl_kernel::TwoBoxes boxes(Level(0.0), Level(2.0));
+  gsl_kernel::TriangleSquares squares(Level(0.0));
+  boxes.size = 4.0;
+  squares.longest = 16.0;
+  const auto areBelow = [&](double gap, double area, double tolerance2) {
+    boxes.gap = gap;
+    squares.area = area;
+    return AreWeightsBelow(boxes, squares, tolerance2);
+  };
+  // The error is 2^-46 4^2 16, which is 2^-38. So the product must exceed 8 * 4 * 2^-38.
+  EXPECT_FALSE(areBelow(0x1p-13, 0x1p-20, 0.0));
+  EXPECT_TRUE(areBelow(Above(0x1p-13), 0x1p-20, 0.0));
+  // With the square of the tolerance the sum is 2^-36.
+  EXPECT_FALSE(areBelow(0x1p-11, 0x1p-20, 3.0 * 0x1p-38));
+  EXPECT_TRUE(areBelow(Above(0x1p-11), 0x1p-20, 3.0 * 0x1p-38));
+  // The square of the area must exceed 2^-34 16^2.
+  EXPECT_FALSE(areBelow(1.0, 0x1p-26, 0.0));
+  EXPECT_TRUE(areBelow(1.0, Above(0x1p-26), 0.0));
 }
 
 TEST(TrianglesApart, OrdinaryTrianglesWithAGapAreApartAndOthersAreNot) {
@@ -64,6 +99,66 @@ TEST(TrianglesApart, OrdinaryTrianglesWithAGapAreApartAndOthersAreNot) {
 TEST(TrianglesApart, TheGapMustBeWiderThanFourTolerances) {
   EXPECT_TRUE(AreApart(Level(0.0, 8.0), Level(9.0, 8.0), 5.0, 0.24));
   EXPECT_FALSE(AreApart(Level(0.0, 8.0), Level(9.0, 8.0), 5.0, 0.25));
+}
+
+TEST(TrianglesApart, TheGapMustBeWiderThanAPartOfTheSize) {
+  constexpr double kGap = 0x1p-8;
+  const auto areApart = [](double gap) {
+    // The size is 2 and the gap along x, and 2 less kGap along y.
+    const SourcedTriangle shadow =
+        At({1.0 + gap, 0.0, 0.0}, {2.0 + gap, 0.0, 0.0}, {1.0 + gap, 2.0 - kGap, 0.0});
+    return AreApart(Level(0.0), shadow, 5.0, 0.0);
+  };
+  EXPECT_FALSE(areApart(kGap)) << "2^-10 of the size 4";
+  EXPECT_TRUE(areApart(kGap + 0x1p-40));
+}
+
+TEST(TrianglesApart, EveryEdgeMustBeLongerThanTwoTolerances) {
+  const auto areApart = [](double edgeOfA, double edgeOfS) {
+    const SourcedTriangle a = At({0.0, 0.0, 0.0}, {edgeOfA, 0.0, 0.0}, {2.0, 10.0, 0.0});
+    const SourcedTriangle s = At({20.0, 0.0, 0.0}, {20.0 + edgeOfS, 0.0, 0.0}, {22.0, 10.0, 0.0});
+    return AreApart(a, s, 5.0, 2.0);
+  };
+  EXPECT_FALSE(areApart(4.0, 5.0));
+  EXPECT_FALSE(areApart(5.0, 4.0));
+  EXPECT_TRUE(areApart(4.0 + 0x1p-20, 5.0));
+  EXPECT_TRUE(areApart(5.0, 4.0 + 0x1p-20));
+}
+
+TEST(TrianglesApart, TriangleWhoseBandIsWiderThanTheGapIsNotDecided) {
+  // The test of a triangle compares the weight times the square of the doubled area.
+  constexpr double kWide = 0.01;
+  const SourcedTriangle small = Level(0.0, 0.025), large = Level(1.0);
+  double weights[3];
+  EXPECT_TRUE(gsl_kernel::PointInTriangle(large.p[0].c, small.p[0].c, small.p[1].c, small.p[2].c,
+                                          kWide, weights));
+  EXPECT_FALSE(AreApart(small, large, 5.0, kWide));
+  EXPECT_FALSE(AreApart(large, small, 5.0, kWide));
+  EXPECT_TRUE(AreApart(small, large, 5.0, kTolerance));
+}
+
+TEST(TrianglesApart, TheTiltOfAThinTriangleAndTheDistanceFromTheOriginAddUp) {
+  for (const double scale : {0x1p-40, 1.0, 0x1p40}) {
+    // A is 1 long and 2^-16 high, and its shortest edge is about 2^-9 or 2^-11. The size is 4 and
+    // the gap 1. So G l |n| is 2^-25 or 2^-27, and 2^-30 D^2 L^2 is 2^-26.
+    const auto areApart = [scale](double shortest, double height, double longest) {
+      const double z = scale * height;
+      const SourcedTriangle a =
+          At({0.0, 0.0, z}, {scale, 0.0, z}, {scale * shortest, scale * 0x1p-16, z});
+      SourcedTriangle s = Level(2.0 * scale, scale);
+      for (gsl_kernel::SourcedPoint& p : s.p)
+        p.c.z = z;
+      return AreApart(a, s, longest * scale, 0.0);
+    };
+    EXPECT_TRUE(areApart(0x1p-9, 0.0, 0.0)) << scale;
+    EXPECT_FALSE(areApart(0x1p-11, 0.0, 0.0)) << scale;
+    // 2^-25 D |n| times 2^13 is 2^-26, the rest of the product.
+    EXPECT_TRUE(areApart(0x1p-9, 0.0, 0.5 * 0x1p13)) << scale;
+    EXPECT_FALSE(areApart(0x1p-9, 0.0, 1.5 * 0x1p13)) << scale;
+    EXPECT_TRUE(areApart(0x1p-9, 0.75 * 0x1p13, 0.0)) << scale;
+    EXPECT_TRUE(areApart(0x1p-9, 0.0, 0.75 * 0x1p13)) << scale;
+    EXPECT_FALSE(areApart(0x1p-9, 0.75 * 0x1p13, 0.75 * 0x1p13)) << scale;
+  }
 }
 
 TEST(TrianglesApart, UnusualSizesAreNotDecided) {
