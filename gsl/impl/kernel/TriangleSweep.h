@@ -170,11 +170,10 @@ inline void ForEachEdgeCrossing(const SourcedTriangle& a, const SourcedTriangle&
   }
 }
 
-/// Finds where two faces' edges cross, as CrossEdges does, without its divisions where they are not
-/// needed. The tolerance must not be negative.
-inline bool CrossOpenPair(const EdgeCrossings& crossings, int pair, double linearTolerance,
-                          Coord3& p) {
-  const int i = pair / 3, j = pair % 3;
+/// Returns whether CrossEdges certainly returns true for edge i of the first triangle and edge j of
+/// the second. It may return false for edges that cross.
+inline bool AreCertainToCross(const EdgeCrossings& crossings, int i, int j,
+                              double linearTolerance) {
   const PreparedEdges &first = crossings.first, &second = crossings.second;
   const CrossingRow& row = crossings.row[i];
   const int k = j / 2, lane = j % 2;
@@ -184,20 +183,30 @@ inline bool CrossOpenPair(const EdgeCrossings& crossings, int pair, double linea
   const double beyondU = std::fabs(wu - wv * c - halfU) - halfU;
   const double beyondV = std::fabs(wu * c - wv - halfV) - halfV;
   const double border = -crossings.margin * sine2;
-  const Coord3 u = first.Unit(i);
-  const double skew =
-      std::fabs(Dot(Subtract(second.Start(j), first.Start(i)), Cross(u, second.Unit(j)))) +
-      kSkewRounding * crossings.reach;
-  const bool isCertain = (beyondU < border) & (beyondV < border) & (sine2 > kCrossingSineSquare) &
-                         (skew * skew < 0.25 * linearTolerance * linearTolerance * sine2) &
-                         (crossings.reach < kLargestApart) & first.haveUnits & second.haveUnits &
-                         (linearTolerance >= 0.0);
-  if (!isCertain) {
+  const double skew = std::fabs(Dot(Subtract(second.Start(j), first.Start(i)),
+                                    Cross(first.Unit(i), second.Unit(j)))) +
+                      kSkewRounding * crossings.reach;
+  return (beyondU < border) & (beyondV < border) & (sine2 > kCrossingSineSquare) &
+         (skew * skew < 0.25 * linearTolerance * linearTolerance * sine2) &
+         (crossings.reach < kLargestApart) & first.haveUnits & second.haveUnits &
+         (linearTolerance >= 0.0);
+}
+
+/// Finds where two faces' edges cross, as CrossEdges does, without its divisions where they are not
+/// needed.
+inline bool CrossOpenPair(const EdgeCrossings& crossings, int pair, double linearTolerance,
+                          Coord3& p) {
+  const int i = pair / 3, j = pair % 3;
+  const PreparedEdges &first = crossings.first, &second = crossings.second;
+  if (!AreCertainToCross(crossings, i, j, linearTolerance)) {
     double weights[2];
     return CrossEdges(first, i, second, j, linearTolerance, p, weights);
   }
+  const CrossingRow& row = crossings.row[i];
+  const int k = j / 2, lane = j % 2;
+  const double c = row.cosine[k][lane], wu = row.wu[k][lane], wv = row.wv[k][lane];
   // Is ClosestOfNonParallel.
-  p = Add(first.Start(i), Multiply(u, (wv * c - wu) / (c * c - 1.0)));
+  p = Add(first.Start(i), Multiply(first.Unit(i), (wv * c - wu) / (c * c - 1.0)));
   return true;
 }
 

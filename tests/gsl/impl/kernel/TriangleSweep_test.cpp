@@ -130,6 +130,69 @@ TEST(KernelEdgeCrossing, ReachIsTheRootOfEightTimesTheSquares) {
   EXPECT_EQ(gsl_kernel::PreparedEdges::ReachOf(a, b), 16.0);
 }
 
+TEST(KernelEdgeCrossing, MarginIsAPartOfTheReachAndTwoTolerances) {
+  // The reach is 16, as above.
+  const SourcedTriangle a = OfA({1, 0, 0}, {1, 2, 0}, {4, 0, 0});
+  const SourcedTriangle b = OfB({0, 0, 1}, {0, 0, 2}, {4, 0, 1});
+  EXPECT_EQ(gsl_kernel::EdgeCrossings(a, b, 0.25).margin, 0x1p-23 + 0.5);
+  EXPECT_EQ(gsl_kernel::EdgeCrossings(a, b, -0.25).margin, 0x1p-23 + 0.5);
+  EXPECT_EQ(gsl_kernel::EdgeCrossings(a, b, 4.0).margin, 0x1p-23 + 8.0);
+}
+
+/// Returns the triangle with edges of the lengths 4, 5 and 3, from its corner k on. Edge 2 - k is
+/// the shortest.
+SourcedTriangle RightAngled(int k, double scale = 1.0) {
+  const Coord3 corners[3] = {{0, 0, 0}, {4 * scale, 0, 0}, {0, 0, 3 * scale}};
+  return OfA(corners[k], corners[(k + 1) % 3], corners[(k + 2) % 3]);
+}
+
+TEST(KernelEdgeCrossing, EdgeShorterThanTheToleranceHasNoUnit) {
+  for (int k = 0; k < 3; ++k) {
+    const SourcedTriangle triangle = RightAngled(k);
+    const gsl_kernel::PreparedEdges at(triangle, 3.0), above(triangle, Above(3.0));
+    EXPECT_TRUE(at.haveUnits);
+    EXPECT_FALSE(above.haveUnits);
+    for (int i = 0; i < 3; ++i) {
+      EXPECT_NEAR(Length(at.Unit(i)), 1.0, 1e-15);
+      if (i != 2 - k) {
+        EXPECT_NEAR(Length(above.Unit(i)), 1.0, 1e-15);
+      }
+    }
+    EXPECT_XYZ(at.Unit(2 - k), 0.0, 0.0, -1.0);
+    EXPECT_XYZ(above.Unit(2 - k), 0.0, 0.0, 0.0);
+  }
+}
+
+TEST(KernelEdgeCrossing, EdgeWhoseSquareLosesItsDigitsHasNoUsableUnit) {
+  for (int k = 0; k < 3; ++k) {
+    const SourcedTriangle tiny = RightAngled(k, 3e-121), small = RightAngled(k, 4e-121);
+    EXPECT_FALSE(gsl_kernel::PreparedEdges(tiny, 0.0).haveUnits) << "the shortest has 9e-121";
+    EXPECT_TRUE(gsl_kernel::PreparedEdges(small, 0.0).haveUnits) << "the shortest has 1.2e-120";
+  }
+}
+
+TEST(KernelEdgeCrossing, OnlyThePairsThatMeetWithinBothEdgesAreOpen) {
+  // The sides of A are y = 0, 3 x + 2 y = 24 and 3 x = 2 y. Edge 0 of B crosses sides 1 and 2, edge
+  // 1 crosses sides 0 and 1, and edge 2 crosses sides 0 and 2.
+  const SourcedTriangle a = OfA({0, 0, 0}, {8, 0, 0}, {4, 6, 0});
+  const SourcedTriangle b = OfB({1, 4, 0}, {7, 4.5, 0}, {4, -3, 0});
+  EXPECT_EQ(gsl_kernel::EdgeCrossings(a, b, 1e-6).open, 0b101011110u);
+  const SourcedTriangle aside = OfB({8.5, 4, 0}, {14.5, 4.5, 0}, {11.5, -3, 0});
+  EXPECT_EQ(gsl_kernel::EdgeCrossings(a, aside, 1e-6).open, 0u);
+}
+
+TEST(KernelEdgeCrossing, EveryPairIsOpenWhereAnEdgeHasNoUnit) {
+  const SourcedTriangle a = OfA({0, 0, 0}, {8, 0, 0}, {4, 6, 0});
+  const SourcedTriangle aside = OfB({38.5, 4, 0}, {44.5, 4.5, 0}, {41.5, -3, 0});
+  EXPECT_EQ(gsl_kernel::EdgeCrossings(a, aside, 1.0).open, 0u);
+  const SourcedTriangle shortA = OfA({0, 0, 0}, {0.5, 0, 0}, {4, 6, 0});
+  const SourcedTriangle shortB = OfB({38.5, 4, 0}, {44.5, 4.5, 0}, {38.5, 4.5, 0});
+  constexpr unsigned kEveryPair = 0b111111111u;
+  EXPECT_EQ(gsl_kernel::EdgeCrossings(shortA, aside, 1.0).open, kEveryPair);
+  EXPECT_EQ(gsl_kernel::EdgeCrossings(a, shortB, 1.0).open, kEveryPair);
+  EXPECT_EQ(gsl_kernel::EdgeCrossings(shortA, shortB, 1.0).open, kEveryPair);
+}
+
 TEST(KernelEdgeCrossing, EdgesThatCrossBeyondTheMarginMiss) {
   // Two edges of length 1, with a cosine of 0.6. They cross at s and t along their lines.
   const SourcedTriangle triangle = OfA({0, 0, 0}, {1, 0, 0}, {0, 0, 9});
@@ -149,6 +212,133 @@ TEST(KernelEdgeCrossing, EdgesThatCrossBeyondTheMarginMiss) {
   EXPECT_TRUE(isBeyond(0.5, -0.26));
   EXPECT_FALSE(isBeyond(0.5, 1.24));
   EXPECT_TRUE(isBeyond(0.5, 1.26));
+}
+
+/// A first edge of length 2 along x, and a second of length 4. Their lines cross at s and t along
+/// them, and the second is at the height z.
+struct CertainPair {
+  double s = 1.0, t = 2.0, z = 0.0;
+  Coord3 way = {0.6, 0.8, 0.0}; ///< along the second edge
+  double margin = 0.25, reach = 0.0;
+  double tolerance = 0.5;
+  double third = 9.0; ///< how far the third corners are from the first
+
+  bool IsCertain() const {
+    const SourcedTriangle a = OfA({0, 0, 0}, {2, 0, 0}, {0, 0, third});
+    const Coord3 start = {s - way.x * t, -way.y * t, z};
+    const Coord3 end = gsl_kernel::Add(start, gsl_kernel::Multiply(way, 4.0));
+    const SourcedTriangle b = OfB(start, end, {start.x, start.y, z + 9.0});
+    gsl_kernel::EdgeCrossings ab(a, b, 0.5), ba(b, a, 0.5);
+    ab.margin = ba.margin = margin;
+    ab.reach = ba.reach = reach;
+    const bool isCertain = AreCertainToCross(ab, 0, 0, tolerance);
+    EXPECT_EQ(AreCertainToCross(ba, 0, 0, tolerance), isCertain);
+    return isCertain;
+  }
+};
+
+TEST(KernelEdgeCrossing, CrossingIsCertainWithinBothEdgesByTheMargin) {
+  const auto isCertain = [](double s, double t) {
+    CertainPair pair;
+    pair.s = s;
+    pair.t = t;
+    return pair.IsCertain();
+  };
+  for (const double middle : {0.26, 1.0, 1.74}) {
+    EXPECT_TRUE(isCertain(middle, 0.26));
+    EXPECT_TRUE(isCertain(middle, 3.74));
+    for (const double beside : {-1.0, 0.24, 3.76, 5.0})
+      EXPECT_FALSE(isCertain(middle, beside)) << middle << ' ' << beside;
+  }
+  for (const double middle : {0.26, 2.0, 3.74}) {
+    for (const double beside : {-1.0, 0.24, 1.76, 3.0})
+      EXPECT_FALSE(isCertain(beside, middle)) << middle << ' ' << beside;
+  }
+  EXPECT_FALSE(isCertain(0.1, 0.1));
+}
+
+TEST(KernelEdgeCrossing, CrossingAtTheMarginIsNotCertain) {
+  CertainPair pair;
+  pair.way = {0.0, 1.0, 0.0};
+  for (double CertainPair::*const position : {&CertainPair::s, &CertainPair::t}) {
+    CertainPair at = pair;
+    at.*position = 0.25;
+    EXPECT_FALSE(at.IsCertain());
+    at.*position = 0.25 + 0x1p-40;
+    EXPECT_TRUE(at.IsCertain());
+  }
+}
+
+TEST(KernelEdgeCrossing, CrossingIsCertainWithinHalfTheTolerance) {
+  const auto isCertain = [](double z, double reach) {
+    CertainPair pair;
+    pair.z = z;
+    pair.reach = reach;
+    return pair.IsCertain();
+  };
+  EXPECT_TRUE(isCertain(0.24, 0.0));
+  EXPECT_TRUE(isCertain(-0.24, 0.0));
+  EXPECT_FALSE(isCertain(0.26, 0.0));
+  EXPECT_FALSE(isCertain(-0.26, 0.0));
+  // The height times the sine of 0.8, and 2^-46 of the reach, must be below 0.2.
+  const double reach = 0x1p46 * 0.1;
+  EXPECT_TRUE(isCertain(0.12, reach));
+  EXPECT_FALSE(isCertain(0.13, reach));
+  EXPECT_FALSE(isCertain(-0.13, reach));
+  CertainPair across;
+  across.way = {0.0, 1.0, 0.0};
+  across.z = 0.25;
+  EXPECT_FALSE(across.IsCertain()) << "at half the tolerance";
+  across.z = Below(0.25);
+  EXPECT_TRUE(across.IsCertain());
+}
+
+TEST(KernelEdgeCrossing, UnusualPairsAreNeverCertain) {
+  EXPECT_TRUE(CertainPair().IsCertain());
+  for (const double tolerance : {-0.5, 0.0, kNaN}) {
+    CertainPair pair;
+    pair.tolerance = tolerance;
+    EXPECT_FALSE(pair.IsCertain()) << tolerance;
+  }
+  CertainPair shortEdge;
+  shortEdge.third = 0.25;
+  EXPECT_FALSE(shortEdge.IsCertain());
+  CertainPair nearlyParallel;
+  nearlyParallel.way = {1.0, 0x1p-11, 0.0};
+  EXPECT_FALSE(nearlyParallel.IsCertain()) << "the square of the sine is 2^-22";
+  nearlyParallel.way.y = 0x1p-9;
+  EXPECT_TRUE(nearlyParallel.IsCertain());
+  CertainPair large;
+  large.tolerance = 1e38; // 2^-46 of the reach is below half of it
+  large.reach = Below(gsl_kernel::kLargestApart);
+  EXPECT_TRUE(large.IsCertain());
+  for (const double reach : {gsl_kernel::kLargestApart, 1e51, kInfinity, kNaN}) {
+    large.reach = reach;
+    EXPECT_FALSE(large.IsCertain()) << reach;
+  }
+}
+
+TEST(KernelEdgeCrossing, CertainCrossingOfAnyPairHasTheBitsOfTheSteps) {
+  const Coord3 a[3] = {{0.1, 0.2, 0.3}, {2.3, 0.1, 0.2}, {0.7, -5.0, 7.0}};
+  const Coord3 b[3] = {{0.5, -1.1, 0.25}, {1.7, 1.9, 0.25}, {-9.0, 3.0, -6.0}};
+  for (int k = 0; k < 9; ++k) {
+    // Edge i of the first triangle and edge j of the second are the edges that cross.
+    const int i = k / 3, j = k % 3;
+    const SourcedTriangle first = OfA(a[(3 - i) % 3], a[(4 - i) % 3], a[(5 - i) % 3]);
+    const SourcedTriangle second = OfB(b[(3 - j) % 3], b[(4 - j) % 3], b[(5 - j) % 3]);
+    const gsl_kernel::EdgeCrossings crossings(first, second, 0.25);
+    EXPECT_TRUE(AreCertainToCross(crossings, i, j, 0.25)) << k;
+    for (int pair = 0; pair < 9; ++pair) {
+      Coord3 p, q;
+      double weights[2];
+      EXPECT_EQ(CrossOpenPair(crossings, pair, 0.25, p), pair == k) << k << ' ' << pair;
+      EXPECT_EQ(CrossEdges(crossings.first, pair / 3, crossings.second, pair % 3, 0.25, q, weights),
+                pair == k);
+      if (pair == k) {
+        EXPECT_XYZ(p, q.x, q.y, q.z);
+      }
+    }
+  }
 }
 
 TEST(KernelEdgeCrossing, EdgeAsLongAsTheToleranceIsMetNearItsStart) {
@@ -371,6 +561,118 @@ TEST(KernelFaceToFace, CrossingOfEdgesLiesOnTheEdgeOfA) {
   EXPECT_EQ(contacts.point[0].source, kComputed);
 }
 
+TEST(KernelFaceToFace, CornerOfTheShadowStaysTheContactBesideCrossings) {
+  // B rises from (2, 2, 5) to z = 9 on x + y = -2. Its edges from this corner cross two edges of A.
+  const SourcedTriangle b = OfB({-4, 2, 9}, {2, -4, 9}, {2, 2, 5});
+  const Plane planeB = {b.p[0].c, gsl_kernel::NormalOf(b, 1e-10)};
+  SweepContacts contacts = Within(kInfinity);
+  EXPECT_TRUE(
+      FaceToFaceDist(kBelow, b, Level(0.0), planeB, kUp, kTolerances, &NeverAsked, contacts));
+  EXPECT_NEAR(contacts.distance, 5.0, 1e-12);
+  ExpectContact(contacts.point[0], 2, 2, 0, kComputed);
+}
+
+TEST(KernelFaceToFace, FirstCrossingFollowsTheSixCorners) {
+  const gsl_kernel::ContactsOnA contacts(kBelow, kAbove, 7.0);
+  EXPECT_EQ(contacts.count, 6u);
+  EXPECT_EQ(contacts.distance, 7.0);
+  for (int i = 0; i < 3; ++i) {
+    EXPECT_EQ(contacts.point[i].source, i);
+    EXPECT_EQ(contacts.point[i + 3].source, i + 3);
+  }
+}
+
+TEST(KernelFaceToFace, ShadowDecidesWhetherBIsAside) {
+  // B is 50 along the direction above (1, 1), and 30 aside of it.
+  SourcedTriangle b = OfB({31, 1, 40}, {31, 2, 40}, {32, 1, 40});
+  for (SourcedPoint& p : b.p)
+    p.source = kComputed;
+  SweepContacts contacts = Within(kInfinity);
+  EXPECT_TRUE(FaceToFaceDist(kBelow, b, Level(0.0), Level(40.0), Measure({0.6, 0.0, 0.8}),
+                             kTolerances, &NeverAsked, contacts));
+  EXPECT_NEAR(contacts.distance, 50.0, 1e-12);
+  EXPECT_XYZ_NEAR(contacts.point[0].c, 1.0, 1.0, 0.0, 1e-12);
+}
+
+// The shadow of B is 13 aside of A. The boxes have a size of 30, and the shortest edge is 1.
+const SourcedTriangle kAside = OfB({21, 1, 5}, {21, 2, 5}, {22, 1, 5});
+
+bool PassesAside(const SourcedTriangle& a, const SourcedTriangle& b, const Measured3& d,
+                 double tolerance) {
+  const SourcedTriangle shadow = ProjectTriangleAlong(b, Level(0.0), d, {tolerance, 1e-10});
+  return ShadowPassesAside(a, b, shadow, Level(0.0), d, tolerance);
+}
+
+TEST(KernelShadowAside, NeedsAToleranceAndAUsualLengthOfTheDirection) {
+  const SourcedTriangle shadow = ProjectTriangleAlong(kAside, Level(0.0), kUp, kTolerances);
+  const auto passes = [&shadow](double length, double tolerance) {
+    return ShadowPassesAside(kBelow, kAside, shadow, Level(0.0), {kUp.c, length}, tolerance);
+  };
+  for (const double tolerance : {0.0, 1e-6}) {
+    EXPECT_TRUE(passes(1.0, tolerance));
+  }
+  for (const double tolerance : {-1e-6, kNaN}) {
+    EXPECT_FALSE(passes(1.0, tolerance));
+  }
+  EXPECT_TRUE(passes(Above(0.5), 1e-6));
+  EXPECT_TRUE(passes(Below(2.0), 1e-6));
+  for (const double length : {0.0, 0.5, 2.0, 4.0, -1.0, kNaN})
+    EXPECT_FALSE(passes(length, 1e-6)) << length;
+}
+
+TEST(KernelShadowAside, EveryCornerMustHaveMoved) {
+  EXPECT_TRUE(PassesAside(kBelow, kAside, kUp, 1e-6));
+  for (int i = 0; i < 3; ++i) {
+    SourcedTriangle b = kAside;
+    b.p[i].c.z = 0.0;
+    EXPECT_FALSE(PassesAside(kBelow, b, kUp, 1e-6)) << i;
+  }
+}
+
+TEST(KernelShadowAside, NoWayMayBeLong) {
+  // The way must be below 2^25 times the gap of 13 by the size of 30: 1.45e7.
+  for (int i = 0; i < 3; ++i) {
+    SourcedTriangle b = kAside;
+    b.p[i].c.z = 1e7;
+    EXPECT_TRUE(PassesAside(kBelow, b, kUp, 1e-6)) << i;
+    b.p[i].c.z = 2e7;
+    EXPECT_FALSE(PassesAside(kBelow, b, kUp, 1e-6)) << i;
+  }
+  const Measured3 oblique = Measure({0.96, 0.0, 0.28});
+  const auto passesFrom = [&oblique](double distance) {
+    SourcedTriangle b = kAside;
+    for (SourcedPoint& p : b.p)
+      p.c = gsl_kernel::Add({p.c.x, p.c.y, 0.0}, gsl_kernel::Multiply(oblique.c, distance));
+    return PassesAside(kBelow, b, oblique, 1e-6);
+  };
+  EXPECT_TRUE(passesFrom(1e7));
+  EXPECT_FALSE(passesFrom(2e7)) << "the height alone is below the limit";
+}
+
+TEST(KernelShadowAside, DoesNotDependOnTheScale) {
+  for (const double scale : {0x1p-30, 0x1p30}) {
+    SourcedTriangle a = kBelow, b = kAside;
+    for (int i = 0; i < 3; ++i) {
+      a.p[i].c = gsl_kernel::Multiply(a.p[i].c, scale);
+      b.p[i].c = gsl_kernel::Multiply(b.p[i].c, scale);
+    }
+    EXPECT_TRUE(PassesAside(a, b, kUp, 0.0)) << scale;
+  }
+}
+
+TEST(KernelShadowAside, TiltsWithThePlaneOfA) {
+  // An edge of the thin triangle is 2^-11 long, and the error of its normal moves a far shadow.
+  const SourcedTriangle thin = OfA({0, 0, 0}, {1, 0, 0}, {0x1p-11, 0x1p-16, 0});
+  const SourcedTriangle wide = OfA({2, 0, 0}, {3, 0, 0}, {2, 1, 0});
+  const auto raised = [](SourcedTriangle tri) {
+    for (SourcedPoint& p : tri.p)
+      p.c.z = 5.0;
+    return tri;
+  };
+  EXPECT_FALSE(PassesAside(thin, raised(wide), kUp, 0.0));
+  EXPECT_TRUE(PassesAside(wide, raised(thin), kUp, 0.0));
+}
+
 TEST(KernelFaceToFace, FacesThatPassEachOtherWriteNothing) {
   const SourcedTriangle aside = OfB({21, 1, 5}, {21, 2, 5}, {22, 1, 5});
   SweepContacts contacts = Within(kInfinity);
@@ -397,6 +699,10 @@ TEST(KernelSlab, HoldsTheParametersOfAllCornersInEveryOrder) {
       gsl_kernel::SlabsAlong(kUp.c, OfA(corners[0], {0, 0, kNaN}, corners[2]), tri);
   EXPECT_EQ(later.min[0], -2.0) << "a NaN is neither below nor above";
   EXPECT_EQ(later.max[0], 0.0);
+  const gsl_kernel::Slabs last =
+      gsl_kernel::SlabsAlong(kUp.c, OfA(corners[0], corners[1], {0, 0, kNaN}), tri);
+  EXPECT_EQ(last.min[0], -4.0);
+  EXPECT_EQ(last.max[0], 0.0);
 }
 
 TEST(KernelSlab, RejectsATriangleStrictlyBehindOrBeyondTheReach) {
