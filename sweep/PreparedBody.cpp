@@ -1,12 +1,13 @@
 #include "PreparedBody.h"
 
-#include "RayCount.h"
+#include "InwardRays.h"
 
 #include "gsl_Matrix.h"
 #include "gsl_Point.h"
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace gsl_sweep {
 
@@ -56,24 +57,28 @@ const SolidSurface& PreparedBody::Surface() const {
 /// Looks for a component that is inside out: the surface winds the wrong way around points beside
 /// its triangles.
 void PreparedBody::TestComponents() const {
-  const auto isInsideOut = [this](auto scalar, std::uint32_t place) {
+  double largest = 0.0;
+  for (int k = 0; k < 3; ++k)
+    largest = std::max({largest, std::fabs(m_bounds.low[k]), std::fabs(m_bounds.high[k])});
+  const auto turnsUnderAndOver = [this, largest](auto scalar) {
     using Scalar = decltype(scalar);
-    double largest = 0.0;
-    for (int k = 0; k < 3; ++k)
-      largest = std::max({largest, std::fabs(m_bounds.low[k]), std::fabs(m_bounds.high[k])});
     const Placement<Scalar> placement({0.0, 0.0, 0.0}, RangeScale(largest));
     const PlacedBody<Scalar> self(*this, placement);
-    const auto always = [] { return true; };
-    return TurnsAround(Beside::Over, self, place, self, always) < 0 ||
-           TurnsAround(Beside::Under, self, place, self, always) < 0;
+    InwardRays rays;
+    for (const std::uint32_t place : m_surface.components) {
+      SurfaceTriangle face = self.TriangleAt(place);
+      rays.Add(face);
+      std::swap(face.corner[1], face.corner[2]);
+      rays.Add(face);
+    }
+    return rays.TurnsAround(self, [] { return true; });
   };
-  Solidity& solidity = m_surface.solidity;
-  for (const std::uint32_t place : m_surface.components) {
-    if (!(m_isComfortable ? isInsideOut(0.0f, place) : isInsideOut(0.0, place))) continue;
-    solidity.fault = SolidityFault::WrongOrientation;
-    solidity.triangle = m_corners.Number(place);
-    return;
-  }
+  const std::vector<int> turns = m_isComfortable ? turnsUnderAndOver(0.0f) : turnsUnderAndOver(0.0);
+  const auto wrong = std::find_if(turns.begin(), turns.end(), [](int turn) { return turn < 0; });
+  if (wrong == turns.end()) return;
+  const auto ray = static_cast<std::size_t>(wrong - turns.begin());
+  m_surface.solidity.fault = SolidityFault::WrongOrientation;
+  m_surface.solidity.triangle = m_corners.Number(m_surface.components[ray / 2]);
 }
 
 const Tree<float>& PreparedBody::SingleTree() const {

@@ -2,13 +2,10 @@
 #define GSL_SWEEP_RAY_COUNT_H
 
 #include "InnerPoint.h"
-#include "InwardRay.h"
 #include "Placement.h"
 #include "PreparedBody.h"
 #include "Scene.h"
 
-#include <cmath>
-#include <utility>
 #include <vector>
 
 namespace gsl_sweep {
@@ -48,43 +45,6 @@ inline Box<double> BoxAround(const SurfaceTriangle& t) {
   return box;
 }
 
-/// The boxes that a ray can reach, in the coordinates of the walk.
-//
-// The beginning of the ray is computed with three roundings of numbers of at most four times the
-// largest coordinate, divided by four: it is off by less than 2^-51 of that coordinate.
-class RayReach {
-public:
-  RayReach(const InwardRay& ray, const Coord3& a, const Coord3& b, const Coord3& c)
-      : m_axis(ray.Axis()), m_sense(ray.Sense()) {
-    const double coordinates[3][3] = {{a.x, b.x, c.x}, {a.y, b.y, c.y}, {a.z, b.z, c.z}};
-    for (int k = 0; k < 3; ++k) {
-      const double* p = coordinates[k];
-      const double at = 0.25 * (2.0 * p[0] + p[1] + p[2]);
-      const double error = 0x1p-50 * (std::fabs(p[0]) + std::fabs(p[1]) + std::fabs(p[2]));
-      m_low[k] = at - error;
-      m_high[k] = at + error;
-    }
-  }
-
-  template <class Scalar>
-  bool Meets(const Box<Scalar>& box) const {
-    for (int k = 0; k < 3; ++k) {
-      const bool isOpenAbove = k == m_axis && m_sense > 0;
-      const bool isOpenBelow = k == m_axis && m_sense < 0;
-      if (!isOpenAbove && m_high[k] < static_cast<double>(box.low[k])) return false;
-      if (!isOpenBelow && m_low[k] > static_cast<double>(box.high[k])) return false;
-    }
-    return true;
-  }
-
-private:
-  int m_axis, m_sense;
-  double m_low[3], m_high[3];
-};
-
-/// The points just inside a triangle of a surface, and just outside it.
-enum class Beside { Under, Over };
-
 /// Calls use(place) for the triangles of a body whose boxes `meets` accepts, until `goesOn`, which
 /// is called for each node, returns false. Boxes are in the coordinates of the walk.
 template <class Scalar, class Meets, class GoesOn, class Use>
@@ -110,23 +70,6 @@ void EachTriangle(const PlacedBody<Scalar>& body, const Meets& meets, const Goes
       if (meets(body.placement.At(node.boxes.At(lane)))) stack.push_back(node.child[lane]);
     }
   }
-}
-
-/// Returns how often the surface of `other` winds around points beside a triangle of `one`, which
-/// may be the same body. Requires a triangle with area. The result is arbitrary when `goesOn`,
-/// which is called for each node, has returned false.
-template <class Scalar, class GoesOn>
-int TurnsAround(Beside beside, const PlacedBody<Scalar>& one, std::size_t place,
-                const PlacedBody<Scalar>& other, const GoesOn& goesOn) {
-  SurfaceTriangle face = one.TriangleAt(place);
-  if (beside == Beside::Over) std::swap(face.corner[1], face.corner[2]);
-  const InwardRay ray(face);
-  const RayReach reach(ray, one.Corner(place, 0), one.Corner(place, 1), one.Corner(place, 2));
-  int turns = 0;
-  EachTriangle(
-      other, [&reach](const auto& box) { return reach.Meets(box); }, goesOn,
-      [&](std::size_t k) { turns += ray.Crossing(other.TriangleAt(k)); });
-  return turns;
 }
 
 /// The moving body, or all fixed bodies. Several bodies are one solid.

@@ -127,7 +127,8 @@ struct PlacedUse {
 /// edge from each of its corners to the next.
 ///
 /// An edge leaves the table with its last use. So the table stays small, and in the nearest cache,
-/// while triangles come in an order in which neighbours follow each other closely.
+/// while triangles come in an order in which neighbours follow each other closely. All uses of an
+/// edge that are in the table at once are in one direction, and share a slot.
 template <class Reader>
 class EdgeTable {
 public:
@@ -173,7 +174,7 @@ public:
     for (int corner = 0; corner < 3; ++corner) {
       const Edge edge = EdgeAt(place, corner);
       for (std::size_t k = Home(hash[corner]); m_slots[k].place != kFree; k = After(k)) {
-        const Edge other = EdgeAt(m_slots[k].place, m_slots[k].corner);
+        const Edge other = EdgeAt(m_slots[k].place, static_cast<int>(m_slots[k].corner));
         if (edge.IsSame(other) || edge.IsOpposite(other)) return corner;
       }
     }
@@ -197,9 +198,11 @@ private:
   };
   struct Slot {
     std::uint64_t hash = 0;
-    std::uint32_t place = kFree;
-    int corner = 0;
+    std::uint32_t place = kFree; ///< of the first use
+    std::uint32_t corner : 2;    ///< of the first use
+    std::uint32_t further : 30;  ///< uses of the same edge
   };
+  static constexpr std::uint32_t kMostFurther = (1u << 30) - 1; ///< then another slot is taken
 
   Edge EdgeAt(std::size_t place, int corner) const {
     return {m_reader.At(place, corner), m_reader.At(place, NextCorner(corner))};
@@ -231,19 +234,36 @@ private:
     std::size_t k = Home(hash);
     bool isThere = false;
     for (; m_slots[k].place != kFree; k = After(k)) {
-      if (m_slots[k].hash != hash) continue;
-      if (!edge.IsOpposite(EdgeAt(m_slots[k].place, m_slots[k].corner))) {
-        isThere = true;
-        continue;
+      Slot& slot = m_slots[k];
+      if (slot.hash != hash) continue;
+      const Edge other = EdgeAt(slot.place, static_cast<int>(slot.corner));
+      if (edge.IsOpposite(other)) {
+        Cancel(k, place);
+        return;
       }
-      m_joined.Join(static_cast<std::uint32_t>(place), m_slots[k].place);
-      Remove(k);
-      m_seen.Take(hash);
+      isThere = true;
+      if (!edge.IsSame(other) || slot.further == kMostFurther) continue;
+      ++slot.further;
+      if (m_leftOut == nullptr) m_suspects.push_back(hash);
       return;
     }
     if (m_leftOut == nullptr && (isThere || m_seen.MayHave(hash))) m_suspects.push_back(hash);
-    m_slots[k] = {hash, static_cast<std::uint32_t>(place), corner};
+    m_slots[k] = {hash, static_cast<std::uint32_t>(place), static_cast<std::uint32_t>(corner) & 3u,
+                  0};
     if (2 * ++m_count > m_slots.size()) Grow();
+  }
+
+  /// Takes away a use by a use in the opposite direction. Where a slot has further uses, more than
+  /// two triangles use the edge, and they are joined later.
+  void Cancel(std::size_t k, std::size_t place) {
+    Slot& slot = m_slots[k];
+    m_joined.Join(static_cast<std::uint32_t>(place), slot.place);
+    m_seen.Take(slot.hash);
+    if (slot.further > 0) {
+      --slot.further;
+    } else {
+      Remove(k);
+    }
   }
 
   /// Moves later slots up, so that no slot is cut off from its home.

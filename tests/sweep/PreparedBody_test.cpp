@@ -146,6 +146,25 @@ TEST(PreparedBody, CountsTheMemoryOfItsComponents) {
   EXPECT_EQ(many.Components().size(), 100u);
 }
 
+TEST(PreparedBody, AComponentOfManyThatIsInsideOutIsFound) {
+  // Nested boxes are shells. The walls of boxes 60 and 70 face the wrong way.
+  Mesh mesh;
+  const auto add = [&mesh](int k, bool isTurned) {
+    const double reach = 100.0 - k;
+    const Mesh box = sweep_shapes::Box({-reach, -reach, -reach}, {reach, reach, reach});
+    sweep_shapes::Append(mesh, isTurned ? TurnedOver(box) : box);
+  };
+  for (int k = 0; k < 80; ++k)
+    add(k, k % 2 == 1);
+  EXPECT_TRUE(PreparedBody(ViewOf(mesh)).AsSolid());
+  mesh = Mesh();
+  for (int k = 0; k < 80; ++k)
+    add(k, k % 2 == 1 || k == 60 || k == 70);
+  const Solidity fault = PreparedBody(ViewOf(mesh)).AsSolid();
+  EXPECT_EQ(fault.fault, SolidityFault::WrongOrientation);
+  EXPECT_EQ(fault.triangle, 12u * 60);
+}
+
 TEST(PreparedBody, SlabsThatAreGivenUpAreMadeLater) {
   const Mesh mesh = Bowl(200, 0.3);
   const PreparedBody body(ViewOf(mesh));
