@@ -48,10 +48,72 @@ const SolidSurface& PreparedBody::Surface() const {
   NeedLeaves();
   std::call_once(m_surfaceOnce, [this] {
     m_surface = SolidSurfaceOf(m_corners);
-    m_surfaceBytes = m_surface.Bytes();
     if (m_surface.components.size() > 1) TestComponents();
+    MakeParts();
+    m_surfaceBytes = m_surface.Bytes();
   });
   return m_surface;
+}
+
+const PreparedBody& PreparedBody::Distinct() const {
+  Surface();
+  return m_distinct == nullptr ? *this : *m_distinct;
+}
+
+const PreparedBody& PreparedBody::Counted() const {
+  Surface();
+  return m_counted == nullptr ? *this : *m_counted;
+}
+
+/// Returns a body with the triangles at some places, in the order of their numbers.
+std::unique_ptr<PreparedBody> PreparedBody::PartOf(const std::vector<std::uint32_t>& places) const {
+  std::vector<std::uint32_t> byNumber = places;
+  std::sort(byNumber.begin(), byNumber.end(), [this](std::uint32_t a, std::uint32_t b) {
+    return m_corners.Number(a) < m_corners.Number(b);
+  });
+  std::vector<double> vertices;
+  std::vector<std::uint32_t> numbers;
+  for (const std::uint32_t place : byNumber) {
+    numbers.push_back(m_corners.Number(place));
+    for (int k = 0; k < 3; ++k) {
+      const Coord3 p = m_corners.At(place, k);
+      vertices.insert(vertices.end(), {p.x, p.y, p.z});
+    }
+  }
+  TriangleView view;
+  view.vertices = vertices.data();
+  view.vertexCount = 3 * numbers.size();
+  view.triangleCount = numbers.size();
+  auto part = std::make_unique<PreparedBody>(view);
+  part->m_wholeNumbers = std::move(numbers);
+  return part;
+}
+
+/// Makes the bodies without the copies of triangles.
+void PreparedBody::MakeParts() const {
+  const TriangleCopies& copies = m_surface.copies;
+  std::vector<int> weightOf(copies.weights.empty() ? 0 : m_triangleCount, 1);
+  for (const TriangleCopies::Weight& weight : copies.weights)
+    weightOf[weight.place] = weight.weight;
+  std::vector<std::uint32_t> distinct;
+  std::vector<std::uint32_t> counted;
+  auto repeated = copies.repeated.begin();
+  for (std::uint32_t place = 0; place < weightOf.size(); ++place) {
+    if (weightOf[place] != 0) counted.push_back(place);
+    if (repeated != copies.repeated.end() && *repeated == place) {
+      ++repeated;
+    } else {
+      distinct.push_back(place);
+    }
+  }
+  if (!copies.repeated.empty()) m_distinct = PartOf(distinct);
+  if (copies.weights.empty()) return;
+  m_counted = PartOf(counted);
+  std::sort(counted.begin(), counted.end(), [this](std::uint32_t a, std::uint32_t b) {
+    return m_corners.Number(a) < m_corners.Number(b);
+  });
+  for (const std::uint32_t place : counted)
+    m_counted->m_weights.push_back(weightOf[place]);
 }
 
 /// Looks for a component that is inside out: the surface winds the wrong way around points beside
@@ -130,7 +192,12 @@ std::size_t PreparedBody::Bytes() const {
     bytes += m_leaves.Count() * sizeof(Box<float>);
   }
   if (m_hasDouble) bytes += m_double.Bytes();
-  bytes += m_surfaceBytes;
+  if (m_surfaceBytes > 0) {
+    bytes += m_surfaceBytes;
+    for (const auto& part : {m_distinct.get(), m_counted.get()})
+      if (part != nullptr) bytes += part->Bytes();
+  }
+  bytes += m_wholeNumbers.capacity() * sizeof(std::uint32_t) + m_weights.capacity() * sizeof(int);
   if (const Slabs* slabs = SlabsIfMade()) bytes += slabs->Bytes();
   if (const FineTree* fine = FineIfMade()) bytes += fine->Bytes();
   if (const Facings* facings = FacingsIfMade()) bytes += facings->Bytes();

@@ -9,6 +9,7 @@
 #include <atomic>
 #include <memory>
 #include <mutex>
+#include <vector>
 
 namespace gsl_sweep {
 
@@ -59,6 +60,23 @@ public:
     return componentOf.empty() ? 0 : componentOf[place];
   }
 
+  /// Returns a body with the triangles of this solid that differ in their corners or in the order
+  /// of the corners: of equal triangles the one with the lowest number. It is this body when no
+  /// triangle is there twice.
+  const PreparedBody& Distinct() const;
+  /// Returns a body with the triangles that count where the surface of this solid is summed up,
+  /// with their weights. It is this body when no triangle has copies. So walls of zero thickness,
+  /// which cancel themselves, and equal components take no time.
+  const PreparedBody& Counted() const;
+  /// Returns how often the triangle at a place counts, of a body that Counted has returned.
+  int WeightOf(std::size_t place) const {
+    return m_weights.empty() ? 1 : m_weights[m_corners.Number(place)];
+  }
+  /// Returns the number of a triangle in the whole body, of a body that Distinct has returned.
+  std::uint32_t WholeNumber(std::uint32_t number) const {
+    return m_wholeNumbers.empty() ? number : m_wholeNumbers[number];
+  }
+
   const Tree<float>& SingleTree() const;
   /// Returns the tree over the exact coordinates, wherever the body is.
   const Tree<double>& DoubleTree() const;
@@ -90,6 +108,8 @@ private:
   void NeedLeaves() const;
   const SolidSurface& Surface() const;
   void TestComponents() const;
+  std::unique_ptr<PreparedBody> PartOf(const std::vector<std::uint32_t>& places) const;
+  void MakeParts() const;
 
   mutable Corners m_corners; ///< sorted when the leaves are made
   bool m_isComfortable;
@@ -101,6 +121,9 @@ private:
   mutable Array<Box<float>> m_leafBoxes; ///< until the tree is made
   mutable std::once_flag m_surfaceOnce, m_singleOnce, m_doubleOnce;
   mutable SolidSurface m_surface;
+  mutable std::unique_ptr<PreparedBody> m_distinct, m_counted; ///< null: this body
+  std::vector<std::uint32_t> m_wholeNumbers; ///< by number, of a part of another body
+  std::vector<int> m_weights;                ///< by number, of a counted body
   mutable Tree<float> m_single;
   mutable Tree<double> m_double;
   mutable std::atomic<bool> m_hasSingle{false}, m_hasDouble{false};

@@ -72,19 +72,20 @@ void EachTriangle(const PlacedBody<Scalar>& body, const Meets& meets, const Goes
   }
 }
 
-/// The moving body, or all fixed bodies. Several bodies are one solid.
+/// The moving body, or all fixed bodies. Several bodies are one solid. Copies of triangles count
+/// together, see PreparedBody::Counted.
 template <class Scalar>
 using PlacedSolid = std::vector<PlacedBody<Scalar>>;
 
 template <class Scalar>
 PlacedSolid<Scalar> MovingSolid(const Scene<Scalar>& scene) {
-  return {{*scene.bodies.moving, scene.moving}};
+  return {{scene.bodies.moving->Counted(), scene.moving}};
 }
 template <class Scalar>
 PlacedSolid<Scalar> FixedSolid(const Scene<Scalar>& scene) {
   PlacedSolid<Scalar> solid;
   for (const PreparedBody* body : scene.bodies.fixed)
-    solid.emplace_back(*body, scene.fixed);
+    solid.emplace_back(body->Counted(), scene.fixed);
   return solid;
 }
 
@@ -99,8 +100,9 @@ int SumOver(const PlacedSolid<Scalar>& solid, const Meets& meets, const CountOf&
       return meets(body.placement.ToKernel(Box<double>{{box.low[0], box.low[1], box.low[2]},
                                                        {box.high[0], box.high[1], box.high[2]}}));
     };
-    EachTriangle(body, inKernel, goesOn,
-                 [&](std::size_t k) { count += countOf(body.TriangleAt(k)); });
+    EachTriangle(body, inKernel, goesOn, [&](std::size_t k) {
+      count += body.body.WeightOf(k) * countOf(body.TriangleAt(k));
+    });
   }
   return count;
 }

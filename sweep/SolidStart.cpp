@@ -44,7 +44,11 @@ std::vector<std::uint32_t> ComponentsWithArea(const PlacedBody<Scalar>& placed) 
 template <class Scalar>
 SolidStart<Scalar>::SolidStart(const Scene<Scalar>& scene, const Watch& watch)
     : m_scene(scene), m_watch(watch), m_moving(MovingSolid(scene)), m_fixed(FixedSolid(scene)),
-      m_underFixed(scene.bodies.fixed.size()) {}
+      m_underFixed(scene.bodies.fixed.size()) {
+  m_distinctMoving.emplace_back(scene.bodies.moving->Distinct(), scene.moving);
+  for (const PreparedBody* body : scene.bodies.fixed)
+    m_distinctFixed.emplace_back(body->Distinct(), scene.fixed);
+}
 
 /// Returns false when the question is cancelled.
 template <class Scalar>
@@ -86,7 +90,7 @@ bool SolidStart<Scalar>::VisitPairs(std::size_t fixedBody) {
     if (!Goes()) return false;
     if (!ShareAPoint(m_scene.moving.At(visit.movingBox), m_scene.fixed.At(visit.fixedBox)))
       continue;
-    if (m_best.PrecedesAll(visit.leastMoving, FixedNumber(fixedBody, visit.leastFixed))) continue;
+    if (BestPrecedesAll(visit.leastMoving, fixedBody, visit.leastFixed)) continue;
     if (visit.moving.IsLeaf() && visit.fixed.IsLeaf()) {
       JudgeLeaves(visit, fixedBody);
     } else if (visit.fixed.IsLeaf() ||
@@ -157,11 +161,13 @@ template <class Scalar>
 void SolidStart<Scalar>::JudgePlaces(std::size_t movingPlace, const SurfaceTriangle& moving,
                                      std::size_t fixedPlace, const SurfaceTriangle& fixed,
                                      std::size_t fixedBody) {
+  const auto number = [](const Placed& placed, std::size_t place) {
+    return placed.body.WholeNumber(placed.corners.Number(place));
+  };
   FoundPair pair;
   pair.any = true;
-  pair.moving = m_scene.bodies.moving->Triangles().Number(movingPlace);
-  pair.fixed =
-      FixedNumber(fixedBody, m_scene.bodies.fixed[fixedBody]->Triangles().Number(fixedPlace));
+  pair.moving = number(Moving(), movingPlace);
+  pair.fixed = FixedNumber(fixedBody, number(Fixed(fixedBody), fixedPlace));
   if (m_best.PrecedesAll(pair.moving, pair.fixed)) return;
   const SolidMeeting meeting = MeetAtRest(moving, fixed);
   if (meeting == SolidMeeting::Apart) return;
@@ -186,8 +192,8 @@ void SolidStart<Scalar>::JudgeTouch(std::size_t movingPlace, std::size_t fixedPl
   UnderEach& underFixed = m_underFixed[fixedBody];
   if (!m_hasLooked) {
     if (m_best.any) return;
-    underMoving.resize(m_scene.bodies.moving->Triangles().Count(), Under::Unknown);
-    underFixed.resize(m_scene.bodies.fixed[fixedBody]->Triangles().Count(), Under::Unknown);
+    underMoving.resize(Moving().corners.Count(), Under::Unknown);
+    underFixed.resize(Fixed(fixedBody).corners.Count(), Under::Unknown);
     underMoving[movingPlace] = underFixed[fixedPlace] = Under::ToLookAt;
     return;
   }
@@ -265,7 +271,7 @@ bool SolidStart<Scalar>::FindInside(const Placed& inner, const Solid& own, const
     found.fixedPoint = found.movingPoint;
     if (!isMoving) return true;
     while (found.fixedBody + 1 < m_fixed.size() &&
-           !IsInside(inner, place, own, {Fixed(found.fixedBody)}) && Goes())
+           !IsInside(inner, place, own, {m_fixed[found.fixedBody]}) && Goes())
       ++found.fixedBody;
     return true;
   }
@@ -275,10 +281,11 @@ bool SolidStart<Scalar>::FindInside(const Placed& inner, const Solid& own, const
 /// Looks for a component that is inside the moving body or inside a fixed body.
 template <class Scalar>
 bool SolidStart<Scalar>::FindComponentInside() {
-  if (FindInside(Moving(), m_moving, m_fixed, m_inside)) return true;
+  const SceneBodies& bodies = m_scene.bodies;
+  if (FindInside({*bodies.moving, m_scene.moving}, m_moving, m_fixed, m_inside)) return true;
   for (std::size_t body = 0; body < m_fixed.size(); ++body) {
     m_inside.fixedBody = body;
-    if (FindInside(Fixed(body), m_fixed, m_moving, m_inside)) return true;
+    if (FindInside({*bodies.fixed[body], m_scene.fixed}, m_fixed, m_moving, m_inside)) return true;
   }
   return false;
 }

@@ -32,6 +32,9 @@ enum class SolidState {
 // What goes through a triangle that is turned over goes through those that cover it too.
 //
 // Several fixed bodies are one solid. So the numbers are those of one body that holds them all.
+//
+// Equal triangles of one body meet others alike. So pairs are made of the first of each, and where
+// a solid is summed up, all copies of a triangle count at once, see PreparedBody.
 template <class Scalar>
 class SolidStart {
 public:
@@ -60,8 +63,17 @@ private:
   enum class Under : unsigned char { Unknown, ToLookAt, Nothing, OtherBody };
   using UnderEach = std::vector<Under>; ///< by place; empty when nothing may touch
 
-  const Placed& Moving() const { return m_moving.front(); }
-  const Placed& Fixed(std::size_t body) const { return m_fixed[body]; }
+  /// Return the bodies without equal triangles, to which places refer.
+  const Placed& Moving() const { return m_distinctMoving.front(); }
+  const Placed& Fixed(std::size_t body) const { return m_distinctFixed[body]; }
+  /// Returns true when no pair whose numbers in these bodies are at least so low comes before the
+  /// best pair.
+  bool BestPrecedesAll(std::uint32_t leastMoving, std::size_t fixedBody,
+                       std::uint32_t leastFixed) const {
+    return m_best.PrecedesAll(
+        Moving().body.WholeNumber(leastMoving),
+        FixedNumber(fixedBody, Fixed(fixedBody).body.WholeNumber(leastFixed)));
+  }
   bool Goes();
 
   bool VisitAllPairs();
@@ -83,6 +95,7 @@ private:
   const Scene<Scalar>& m_scene;
   const Watch& m_watch;
   Solid m_moving, m_fixed;
+  std::vector<Placed> m_distinctMoving, m_distinctFixed;
   std::vector<Visit> m_stack;
   std::size_t m_visits = 0;
   bool m_isCancelled = false;

@@ -580,6 +580,27 @@ std::vector<std::uint32_t> ComponentsOf(const Corners& corners, const Tetrahedra
   return lowest;
 }
 
+/// Returns the places of triangles that may have copies. All edges of a copy are crowded, because
+/// they have as many uses back, unless it is one side of a wall that is a component of its own.
+std::vector<std::uint32_t> PlacesOfCopies(const std::vector<PlacedUse>& crowded,
+                                          const std::vector<std::uint32_t>& componentOf) {
+  std::vector<std::uint32_t> uses;
+  for (const PlacedUse& use : crowded)
+    uses.push_back(use.place);
+  std::sort(uses.begin(), uses.end());
+  std::vector<std::uint32_t> places;
+  for (std::size_t k = 2; k < uses.size(); ++k)
+    if (uses[k] == uses[k - 2]) places.push_back(uses[k]);
+  std::vector<std::uint32_t> sizes(componentOf.size(), 0);
+  for (const std::uint32_t component : componentOf)
+    ++sizes[component];
+  for (std::size_t place = 0; place < componentOf.size(); ++place)
+    if (sizes[componentOf[place]] == 2) places.push_back(static_cast<std::uint32_t>(place));
+  std::sort(places.begin(), places.end());
+  places.erase(std::unique(places.begin(), places.end()), places.end());
+  return places;
+}
+
 } // namespace
 
 SolidSurface SolidSurfaceOf(const Corners& corners) {
@@ -597,14 +618,14 @@ SolidSurface SolidSurfaceOf(const Corners& corners) {
   const int volume = tetrahedra.VolumeSign();
   if (volume == 0) return surface;
   surface.solidity.fault = volume < 0 ? SolidityFault::WrongOrientation : SolidityFault::None;
-  if (!suspects.empty()) {
-    const std::vector<PlacedUse> crowded = FindCrowdedUses(corners, suspects);
-    if (!crowded.empty()) JoinAgain(corners, crowded, tetrahedra, joined);
-  }
+  std::vector<PlacedUse> crowded;
+  if (!suspects.empty()) crowded = FindCrowdedUses(corners, suspects);
+  if (!crowded.empty()) JoinAgain(corners, crowded, tetrahedra, joined);
   surface.components = ComponentsOf(corners, tetrahedra, joined);
   const std::size_t count = joined.Count();
   surface.hasFlatComponent = count > surface.components.size();
   if (count > 1) surface.componentOf = joined.Tops();
+  surface.copies = FindCopies(corners, PlacesOfCopies(crowded, surface.componentOf));
   if (volume < 0) surface.solidity.triangle = corners.Number(surface.components.front());
   return surface;
 }

@@ -2,6 +2,7 @@
 #define GSL_SWEEP_SOLIDITY_H
 
 #include "Corners.h"
+#include "TriangleCopies.h"
 
 #include <vector>
 
@@ -19,9 +20,13 @@ struct SolidSurface {
   std::vector<std::uint32_t> componentOf;
   /// No triangle of some component has area.
   bool hasFlatComponent = false;
+  /// The triangles that are there several times.
+  TriangleCopies copies;
 
   std::size_t Bytes() const {
-    return (components.capacity() + componentOf.capacity()) * sizeof(std::uint32_t);
+    return (components.capacity() + componentOf.capacity() + copies.repeated.capacity()) *
+               sizeof(std::uint32_t) +
+           copies.weights.capacity() * sizeof(TriangleCopies::Weight);
   }
 };
 

@@ -161,13 +161,29 @@ inline Mesh Sheet(double z, double reach) {
   return mesh;
 }
 
-/// Returns a box from z = 1 to 2 whose bottom has so many walls of zero thickness at one place, the
-/// first triangles of the body.
+/// Returns a box from z = 1 to 2 whose bottom has so many walls of zero thickness, the first
+/// triangles of the body. Each wall is two triangles, whose reach is from `least` to 1.
+inline Mesh Walls(int count, double least) {
+  Mesh mesh;
+  for (int k = 0; k < count; ++k) {
+    const double reach = 1.0 - (1.0 - least) * k / count;
+    sweep_shapes::Append(mesh, TurnedOver(Sheet(1, reach)));
+    sweep_shapes::Append(mesh, Sheet(1, reach));
+  }
+  sweep_shapes::Append(mesh, sweep_shapes::Box({-2, -2, 1}, {2, 2, 2}));
+  return mesh;
+}
+
+/// Returns the same with walls of different reach, whose triangles do not cancel each other: one
+/// side of each wall is divided. All walls are around the first.
 inline Mesh ManyWalls(int count) {
   Mesh mesh;
   for (int k = 0; k < count; ++k) {
-    sweep_shapes::Append(mesh, TurnedOver(Sheet(1, 1)));
-    sweep_shapes::Append(mesh, Sheet(1, 1));
+    const Mesh side = Sheet(1, 0.5 + 0.5 * k / count);
+    sweep_shapes::Append(mesh, TurnedOver(side));
+    const Coord3 middle{0, 0, 1};
+    for (std::size_t c = 0; c < 3; ++c)
+      sweep_shapes::AddTriangle(mesh, side.corners[c], side.corners[(c + 1) % 3], middle);
   }
   sweep_shapes::Append(mesh, sweep_shapes::Box({-2, -2, 1}, {2, 2, 2}));
   return mesh;

@@ -146,6 +146,38 @@ TEST(PreparedBody, CountsTheMemoryOfItsComponents) {
   EXPECT_EQ(many.Components().size(), 100u);
 }
 
+TEST(PreparedBody, IsDistinctAndCountedItselfWithoutCopies) {
+  Mesh mesh = sweep_shapes::Box({0, 0, 0}, {1, 1, 1});
+  sweep_shapes::Append(mesh, sweep_shapes::Box({1, 1, 0}, {2, 2, 1})); // one edge has four uses
+  const PreparedBody body(ViewOf(mesh));
+  EXPECT_EQ(&body.Distinct(), &body);
+  EXPECT_EQ(&body.Counted(), &body);
+  EXPECT_EQ(body.WeightOf(7), 1);
+  EXPECT_EQ(body.WholeNumber(7), 7u);
+}
+
+TEST(PreparedBody, CopiesOfTrianglesCountAtOnce) {
+  // A box, a wall of zero thickness, and two more boxes at the place of the first.
+  const Mesh box = sweep_shapes::Box({0, 0, 0}, {1, 1, 1});
+  Mesh mesh = box;
+  sweep_shapes::Append(mesh, Sheet(3, 1));
+  sweep_shapes::Append(mesh, TurnedOver(Sheet(3, 1)));
+  sweep_shapes::Append(mesh, box);
+  sweep_shapes::Append(mesh, box);
+  const PreparedBody body(ViewOf(mesh));
+  EXPECT_TRUE(body.AsSolid());
+  const std::size_t before = PreparedBody(ViewOf(mesh)).Bytes();
+  const PreparedBody& distinct = body.Distinct();
+  ASSERT_EQ(distinct.TriangleCount(), 14u);
+  for (std::uint32_t number = 0; number < 14; ++number)
+    EXPECT_EQ(distinct.WholeNumber(number), number);
+  const PreparedBody& counted = body.Counted();
+  ASSERT_EQ(counted.TriangleCount(), 12u);
+  for (std::size_t place = 0; place < 12; ++place)
+    EXPECT_EQ(counted.WeightOf(place), 3) << place;
+  EXPECT_GT(body.Bytes(), before + distinct.Bytes() + counted.Bytes());
+}
+
 TEST(PreparedBody, AComponentOfManyThatIsInsideOutIsFound) {
   // Nested boxes are shells. The walls of boxes 60 and 70 face the wrong way.
   Mesh mesh;

@@ -517,6 +517,65 @@ TEST(SolidStart, ATipThatTouchesFromInsideTakesAsLongAsItsFanHasTriangles) {
   }
 }
 
+/// Returns walls of zero thickness in the bottom of a box, and the same upside down: in its top.
+Mesh WallsBelow(int count, double least) {
+  return sweep_shapes::Moved(Walls(count, least), {0, 0, -1});
+}
+Mesh WallsAbove(int count, double least) {
+  Mesh mesh = sweep_shapes::Stretched(WallsBelow(count, least), {1, 1, -1});
+  return TurnedOver(mesh);
+}
+
+TEST(SolidStart, WallsOfOnePlaceTakeAsLongAsThereAreTriangles) {
+  // The box rests on a table, and walls in its bottom face as the top of the table does.
+  const Mesh table = BoxOf({-4, -4, -2}, {4, 4, 0});
+  const Mesh lid = BoxOf({-4, -4, 0}, {4, 4, 2});
+  ASSERT_TRUE(sweep_ask::BodyOf(WallsBelow(20, 0.5)).IsSolid());
+  for (const double least : {0.5, 1.0}) { // all different, or all equal
+    const Mesh few = WallsBelow(200, least);
+    const Mesh many = WallsBelow(800, least);
+    const int calls = WatchCalls<float>(few, table, SolidState::Apart);
+    EXPECT_LT(WatchCalls<float>(many, table, SolidState::Apart), 6 * calls + 3) << least;
+    EXPECT_LT(WatchCalls<double>(many, table, SolidState::Apart), 6 * calls + 3) << least;
+    EXPECT_LT(WatchCalls<float>(table, many, SolidState::Apart), 6 * calls + 3) << least;
+    EXPECT_LT(WatchCalls<float>(WallsAbove(800, least), lid, SolidState::Apart), 6 * calls + 3);
+  }
+  // The pairs of equal walls of both bodies are as many as the pairs of one wall of each.
+  const int both = WatchCalls<float>(WallsBelow(1000, 1), WallsAbove(1000, 1), SolidState::Apart);
+  EXPECT_LT(WatchCalls<float>(WallsBelow(4000, 1), WallsAbove(4000, 1), SolidState::Apart),
+            6 * both);
+}
+
+TEST(SolidStart, CopiesOfTrianglesHaveTheNumbersOfTheFirst) {
+  // The second and the third box of each body are equal, and come before the first in no order.
+  Mesh moving = BoxOf({90, 0, 0}, {91, 1, 1});
+  for (int k = 0; k < 3; ++k)
+    Append(moving, block);
+  Mesh fixed = BoxOf({-91, 0, 0}, {-90, 1, 1});
+  Append(fixed, BoxOf({-81, 0, 0}, {-80, 1, 1}));
+  for (int k = 0; k < 3; ++k)
+    Append(fixed, block);
+  const Rest equal(moving, {fixed});
+  EXPECT_EQ(equal.state, SolidState::Overlapping);
+  EXPECT_EQ(equal.best.moving, 12u);
+  EXPECT_EQ(equal.best.fixed, 24u);
+  const Rest second(moving, {BoxOf({-91, 0, 0}, {-90, 1, 1}), fixed});
+  EXPECT_EQ(second.best.moving, 12u);
+  EXPECT_EQ(second.best.fixed, (std::uint64_t{1} << 32) + 24);
+  // Copies of a box around a box, and copies of its cavity: two walls are left around it.
+  Mesh shell;
+  for (int k = 0; k < 3; ++k)
+    Append(shell, BoxOf({-2, -2, -2}, {6, 6, 6}));
+  const Mesh room = BoxOf({-1, -1, -1}, {5, 5, 5});
+  Append(shell, TurnedOver(room));
+  const Mesh inner = BoxOf({1, 1, 1}, {2, 2, 2});
+  EXPECT_EQ(Rest(inner, {shell}).state, SolidState::Inside);
+  Append(shell, TurnedOver(room));
+  EXPECT_EQ(Rest(inner, {shell}).state, SolidState::Inside);
+  Append(shell, TurnedOver(room));
+  EXPECT_EQ(Rest(inner, {shell}).state, SolidState::Apart);
+}
+
 TEST(SolidStart, StopsWhenItIsCancelled) {
   // Two slabs with a bent surface in common, so that every triangle of it may touch.
   const Mesh bent = Single(Bowl(60, 0.1));
