@@ -36,6 +36,15 @@ struct Box {
   }
 };
 
+/// Returns true when two boxes have a point in common.
+template <class Scalar>
+bool ShareAPoint(const Box<Scalar>& a, const Box<Scalar>& b) {
+  for (int k = 0; k < 3; ++k) {
+    if (a.high[k] < b.low[k] || b.high[k] < a.low[k]) return false;
+  }
+  return true;
+}
+
 /// Returns the float at or below x. A number whose magnitude is below 2^-100 becomes 0 or -2^-100,
 /// so that differences of such floats are never subnormal.
 inline float RoundedDown(double x) {

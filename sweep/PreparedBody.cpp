@@ -65,7 +65,6 @@ const PreparedBody& PreparedBody::Counted() const {
   return m_counted == nullptr ? *this : *m_counted;
 }
 
-/// Returns a body with the triangles at some places, in the order of their numbers.
 std::unique_ptr<PreparedBody> PreparedBody::PartOf(const std::vector<std::uint32_t>& places) const {
   std::vector<std::uint32_t> byNumber = places;
   std::sort(byNumber.begin(), byNumber.end(), [this](std::uint32_t a, std::uint32_t b) {
@@ -74,7 +73,7 @@ std::unique_ptr<PreparedBody> PreparedBody::PartOf(const std::vector<std::uint32
   std::vector<double> vertices;
   std::vector<std::uint32_t> numbers;
   for (const std::uint32_t place : byNumber) {
-    numbers.push_back(m_corners.Number(place));
+    numbers.push_back(WholeNumber(m_corners.Number(place)));
     for (int k = 0; k < 3; ++k) {
       const Coord3 p = m_corners.At(place, k);
       vertices.insert(vertices.end(), {p.x, p.y, p.z});

@@ -72,7 +72,9 @@ public:
   int WeightOf(std::size_t place) const {
     return m_weights.empty() ? 1 : m_weights[m_corners.Number(place)];
   }
-  /// Returns the number of a triangle in the whole body, of a body that Distinct has returned.
+  /// Returns a body with the triangles at some places, in the order of their numbers.
+  std::unique_ptr<PreparedBody> PartOf(const std::vector<std::uint32_t>& places) const;
+  /// Returns the number of a triangle in the whole body, of a part or a body of Distinct.
   std::uint32_t WholeNumber(std::uint32_t number) const {
     return m_wholeNumbers.empty() ? number : m_wholeNumbers[number];
   }
@@ -108,7 +110,6 @@ private:
   void NeedLeaves() const;
   const SolidSurface& Surface() const;
   void TestComponents() const;
-  std::unique_ptr<PreparedBody> PartOf(const std::vector<std::uint32_t>& places) const;
   void MakeParts() const;
 
   mutable Corners m_corners; ///< sorted when the leaves are made

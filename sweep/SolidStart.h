@@ -1,9 +1,13 @@
 #ifndef GSL_SWEEP_SOLID_START_H
 #define GSL_SWEEP_SOLID_START_H
 
+#include "FanPairs.h"
 #include "FirstContact.h"
 #include "RayCount.h"
 #include "Walk.h"
+
+#include <memory>
+#include <vector>
 
 namespace gsl_sweep {
 
@@ -35,6 +39,11 @@ enum class SolidState {
 //
 // Equal triangles of one body meet others alike. So pairs are made of the first of each, and where
 // a solid is summed up, all copies of a triangle count at once, see PreparedBody.
+//
+// Where many triangles of both bodies have a corner in common, all pairs of them touch there. Seen
+// from that corner most are in different directions. They share no other point, so that they show
+// no overlap. So the bodies are divided, and the triangles of both at such a corner are compared by
+// their directions.
 template <class Scalar>
 class SolidStart {
 public:
@@ -59,43 +68,66 @@ private:
   using Placed = PlacedBody<Scalar>;
   using Solid = PlacedSolid<Scalar>;
   struct LeafAtRest;
+  struct FanAtRest;
+  /// A triangle with its number in the whole body.
+  struct Numbered {
+    std::uint32_t number;
+    SurfaceTriangle triangle;
+  };
+  /// The moving body and a fixed body without equal triangles. Each is in parts: first the
+  /// triangles at no common tip, and then those at each.
+  struct Division {
+    std::vector<Placed> moving, fixed;
+    std::vector<Coord3> tips;
+    std::size_t triangles = 0;
+    bool isLookedAt = false; ///< for common tips
+  };
   /// What is just under a triangle. It is looked at where the triangle may touch the other body.
   enum class Under : unsigned char { Unknown, ToLookAt, Nothing, OtherBody };
-  using UnderEach = std::vector<Under>; ///< by place; empty when nothing may touch
+  using UnderEach = std::vector<Under>; ///< by number; empty when nothing may touch
 
-  /// Return the bodies without equal triangles, to which places refer.
-  const Placed& Moving() const { return m_distinctMoving.front(); }
-  const Placed& Fixed(std::size_t body) const { return m_distinctFixed[body]; }
-  /// Returns true when no pair whose numbers in these bodies are at least so low comes before the
-  /// best pair.
-  bool BestPrecedesAll(std::uint32_t leastMoving, std::size_t fixedBody,
-                       std::uint32_t leastFixed) const {
-    return m_best.PrecedesAll(
-        Moving().body.WholeNumber(leastMoving),
-        FixedNumber(fixedBody, Fixed(fixedBody).body.WholeNumber(leastFixed)));
+  /// Returns true when no pair whose numbers in parts of the bodies are at least so low comes
+  /// before the best pair.
+  bool BestPrecedesAll(const Placed& moving, std::uint32_t leastMoving, const Placed& fixed,
+                       std::size_t fixedBody, std::uint32_t leastFixed) const {
+    return m_best.PrecedesAll(moving.body.WholeNumber(leastMoving),
+                              FixedNumber(fixedBody, fixed.body.WholeNumber(leastFixed)));
   }
   bool Goes();
 
   bool VisitAllPairs();
   bool VisitPairs(std::size_t fixedBody);
+  bool VisitDivision(std::size_t fixedBody);
+  bool VisitParts(const Placed& moving, const Placed& fixed, std::size_t fixedBody);
   template <bool kMoving>
-  void Expand(const Visit& visit, std::size_t fixedBody);
-  void JudgeLeaves(const Visit& visit, std::size_t fixedBody);
-  void JudgePlaces(std::size_t movingPlace, const SurfaceTriangle& moving, std::size_t fixedPlace,
-                   const SurfaceTriangle& fixed, std::size_t fixedBody);
-  void JudgeTouch(std::size_t movingPlace, std::size_t fixedPlace, std::size_t fixedBody,
-                  const FoundPair& pair);
+  void Expand(const Visit& visit, const Placed& side);
+  bool VisitFan(std::size_t fan, std::size_t fixedBody);
+  void NameInFan(const FanAtRest& moving, const FanAtRest& fixed, std::size_t fixedBody);
+  void Divide(std::size_t fixedBody);
+  std::vector<PlacedCorner> CornersOf(const Placed& placed) const;
+  void AddParts(const PreparedBody& body, const Placement<Scalar>& placement,
+                const std::vector<const std::vector<std::uint32_t>*>& fans,
+                std::vector<Placed>& parts);
+  void JudgeLeaves(const LeafAtRest& moving, const LeafAtRest& fixed, std::size_t fixedBody);
+  void Judge(const Numbered& moving, const Numbered& fixed, std::size_t fixedBody);
+  void JudgeTouch(std::size_t fixedBody, const FoundPair& pair);
+  UnderEach& UnderMoving();
+  UnderEach& UnderFixed(std::size_t fixedBody);
   bool LookUnder(const Placed& one, const Solid& own, const Solid& others, UnderEach& under);
   bool LookUnderAll();
   bool FindInside(const Placed& inner, const Solid& own, const Solid& others, Contact& found);
   bool FindComponentInside();
   bool ShowsOverlap(const SurfaceTriangle& moving, const SurfaceTriangle& fixed);
+  int TurnsUnder(const SurfaceTriangle& face, const Solid& others);
   bool IsInside(const Placed& one, std::size_t place, const Solid& own, const Solid& others);
 
   const Scene<Scalar>& m_scene;
   const Watch& m_watch;
   Solid m_moving, m_fixed;
-  std::vector<Placed> m_distinctMoving, m_distinctFixed;
+  std::vector<Division> m_divisions; ///< by fixed body
+  std::vector<std::unique_ptr<PreparedBody>> m_parts;
+  std::size_t m_touchesLeft = 0;    ///< before common tips are looked for
+  bool m_anySeemsToOverlap = false; ///< a pair overlaps by itself
   std::vector<Visit> m_stack;
   std::size_t m_visits = 0;
   bool m_isCancelled = false;

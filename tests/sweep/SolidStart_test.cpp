@@ -517,6 +517,78 @@ TEST(SolidStart, ATipThatTouchesFromInsideTakesAsLongAsItsFanHasTriangles) {
   }
 }
 
+/// Turns a body so that no plane of it is along the axes, in single precision.
+Mesh Oblique(Mesh mesh) {
+  for (Coord3& p : mesh.corners)
+    p = Turned(p);
+  return Single(mesh);
+}
+
+TEST(SolidStart, TipsThatTouchEachOtherTakeAsLongAsTheirFansHaveTriangles) {
+  // Four times the triangles may take six times as long. At a quadratic cost it would be sixteen.
+  const auto above = [](int count) {
+    return sweep_shapes::Moved(DoubleCone(count, 4, -2), {0, 0, 2});
+  };
+  const auto below = [](int count) {
+    return sweep_shapes::Moved(DoubleCone(count, 2, -3), {0, 0, -2});
+  };
+  for (const auto& turned : {+[](Mesh mesh) { return mesh; }, Oblique}) {
+    for (const auto& ordered : {+[](const Mesh& mesh) { return mesh; }, Backwards, FromBothEnds}) {
+      const auto calls = [&](auto scalar, int count, int other) {
+        using Scalar = decltype(scalar);
+        return WatchCalls<Scalar>(ordered(turned(above(count))), turned(below(other)),
+                                  SolidState::Apart);
+      };
+      const int few = calls(0.0f, 500, 500);
+      EXPECT_GT(few, 3);
+      EXPECT_LT(calls(0.0f, 2000, 2000), 6 * few);
+      EXPECT_LT(calls(0.0, 2000, 2000), 6 * few);
+      EXPECT_LT(calls(0.0f, 2000, 500), 6 * few);
+    }
+  }
+}
+
+TEST(SolidStart, TipsThatTouchShowWhatTheirPairsShow) {
+  // A few triangles at each tip are compared with all others, many by their directions.
+  for (const int count : {6, 300}) {
+    const Mesh above = sweep_shapes::Moved(DoubleCone(count, 4, -2), {0, 0, 2});
+    const Mesh wide = sweep_shapes::Moved(DoubleCone(count, 4, -1), {0, 0, 1});
+    const Mesh below = sweep_shapes::Moved(DoubleCone(count, 2, -3), {0, 0, -2});
+    EXPECT_EQ(Rest(above, {below}).state, SolidState::Apart);
+    EXPECT_EQ(Rest(above, {below}, {0, 0, -0x1p-10}).state, SolidState::Overlapping);
+    // Beside each other they go through each other.
+    const Rest equal(above, {above});
+    EXPECT_EQ(equal.state, SolidState::Overlapping);
+    EXPECT_EQ(equal.best.moving, 0u);
+    EXPECT_EQ(equal.best.fixed, 0u);
+    // A cone in another with the same tip shows no pair that overlaps. The triangles of the tip
+    // come first in the lower fan.
+    const Rest inside(above, {wide});
+    EXPECT_EQ(inside.state, SolidState::Overlapping);
+    const Mesh tilted = Oblique(above);
+    EXPECT_EQ(Rest(tilted, {Oblique(below)}).state, SolidState::Apart);
+    EXPECT_EQ(Rest(tilted, {Oblique(wide)}).state, SolidState::Overlapping);
+  }
+}
+
+TEST(SolidStart, ATipInAPitIsNamedByTheFirstTriangleOfTheOther) {
+  // A cone whose tip is at the bottom of a pit of many sides, from below: nothing but the tip
+  // touches, and the cone is in the body around the pit. The first triangles of both are at the
+  // tip.
+  const int count = 400;
+  Mesh pitted = Fan(count, {0, 0, 0}, 1.0);
+  Append(pitted, TurnedOver(Fan(count, {0, 0, -4}, 1.0)));
+  ASSERT_TRUE(sweep_ask::BodyOf(pitted).IsSolid());
+  Mesh cone = sweep_shapes::Stretched(DoubleCone(count, 4, 2), {0.25, 0.25, 0.25});
+  cone = sweep_shapes::Moved(cone, {0, 0, -1});
+  const Rest below(cone, {pitted});
+  EXPECT_EQ(below.state, SolidState::Overlapping);
+  EXPECT_EQ(below.best.moving, 0u);
+  EXPECT_EQ(below.best.fixed, 0u);
+  const Mesh above = sweep_shapes::Moved(DoubleCone(count, 9, -6), {0, 0, 6});
+  EXPECT_EQ(Rest(above, {pitted}).state, SolidState::Apart);
+}
+
 /// Returns walls of zero thickness in the bottom of a box, and the same upside down: in its top.
 Mesh WallsBelow(int count, double least) {
   return sweep_shapes::Moved(Walls(count, least), {0, 0, -1});
