@@ -562,7 +562,8 @@ bool LeafPair<Scalar>::WriteInnerSides(const Shadows& shadows, int own, int edge
 // A point that both shadows share is on the inner side of every edge. As a point of the one
 // triangle it is a mean of three corners, and its height over the plane of the other is the same
 // mean of theirs. Sides are bounded as in AreUnequalShadowsApart, and heights as in
-// TouchingByHeight. A change of sign is exact.
+// TouchingByHeight. A change of sign is exact. No height is infinite or NaN: filters are used with
+// comfortable coordinates and directions alone.
 template <class Scalar>
 template <bool kNegative>
 double LeafPair<Scalar>::GreatestTravel(int movingTriangle, int fixedTriangle) const {

@@ -15,7 +15,8 @@
 namespace gsl_sweep {
 
 /// Bounds the roundings of a sum of a linear function and a multiple of another one, as a part of
-/// the magnitudes of its terms: a product and up to ten sums, of 2^-53 each.
+/// the magnitudes of its terms: a product and up to ten sums, of 2^-53 each. The errors that are
+/// added too are not terms, because they are larger than what they bound by more than that.
 constexpr double kCombined = 0x1p-49;
 
 /// Returns at least the height of every mean of three corners whose side is not negative: height
