@@ -585,6 +585,7 @@ std::vector<std::uint32_t> ComponentsOf(const Corners& corners, const Tetrahedra
 std::vector<std::uint32_t> PlacesOfCopies(const std::vector<PlacedUse>& crowded,
                                           const std::vector<std::uint32_t>& componentOf) {
   std::vector<std::uint32_t> uses;
+  uses.reserve(crowded.size());
   for (const PlacedUse& use : crowded)
     uses.push_back(use.place);
   std::sort(uses.begin(), uses.end());
