@@ -4,6 +4,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cstdint>
+#include <numeric>
+#include <random>
 #include <string>
 #include <vector>
 
@@ -587,6 +591,16 @@ TEST(SolidStart, ATipInAPitIsNamedByTheFirstTriangleOfTheOther) {
   EXPECT_EQ(below.best.fixed, 0u);
   const Mesh above = sweep_shapes::Moved(DoubleCone(count, 9, -6), {0, 0, 6});
   EXPECT_EQ(Rest(above, {pitted}).state, SolidState::Apart);
+  // Triangles that come first and touch nothing: the numbers are those in the whole bodies.
+  Mesh later = BoxOf({90, 0, 0}, {91, 1, 1});
+  Append(later, cone);
+  Mesh laterPitted = BoxOf({-91, 0, 0}, {-90, 1, 1});
+  Append(laterPitted, BoxOf({-81, 0, 0}, {-80, 1, 1}));
+  Append(laterPitted, pitted);
+  const Rest shifted(later, {laterPitted});
+  EXPECT_EQ(shifted.state, SolidState::Overlapping);
+  EXPECT_EQ(shifted.best.moving, 12u);
+  EXPECT_EQ(shifted.best.fixed, 24u);
 }
 
 /// Returns walls of zero thickness in the bottom of a box, and the same upside down: in its top.
@@ -646,6 +660,50 @@ TEST(SolidStart, CopiesOfTrianglesHaveTheNumbersOfTheFirst) {
   EXPECT_EQ(Rest(inner, {shell}).state, SolidState::Inside);
   Append(shell, TurnedOver(room));
   EXPECT_EQ(Rest(inner, {shell}).state, SolidState::Apart);
+}
+
+/// Cuts each triangle in four.
+Mesh Quartered(const Mesh& mesh) {
+  const auto middle = [](const Coord3& p, const Coord3& q) {
+    return Coord3{(p.x + q.x) / 2, (p.y + q.y) / 2, (p.z + q.z) / 2};
+  };
+  Mesh cut;
+  for (std::size_t k = 0; k < mesh.corners.size(); k += 3) {
+    const Coord3* const p = &mesh.corners[k];
+    const Coord3 q[3] = {middle(p[0], p[1]), middle(p[1], p[2]), middle(p[2], p[0])};
+    for (int c = 0; c < 3; ++c)
+      sweep_shapes::AddTriangle(cut, p[c], q[c], q[(c + 2) % 3]);
+    sweep_shapes::AddTriangle(cut, q[0], q[1], q[2]);
+  }
+  return cut;
+}
+
+Mesh Shuffled(const Mesh& mesh, std::uint64_t seed) {
+  std::vector<std::size_t> order(mesh.corners.size() / 3);
+  std::iota(order.begin(), order.end(), std::size_t{0});
+  std::shuffle(order.begin(), order.end(), std::mt19937_64(seed));
+  Mesh shuffled;
+  for (const std::size_t k : order)
+    sweep_shapes::AddTriangle(shuffled, mesh.corners[3 * k], mesh.corners[3 * k + 1],
+                              mesh.corners[3 * k + 2]);
+  return shuffled;
+}
+
+TEST(SolidStart, CopiesCountAtTheirOwnTrianglesInAnyOrder) {
+  // Three boxes around two cavities leave one layer around the inner box, and none around three.
+  const Mesh outer = Quartered(Quartered(BoxOf({-2, -2, -2}, {6, 6, 6})));
+  const Mesh room = TurnedOver(Quartered(Quartered(BoxOf({-1, -1, -1}, {5, 5, 5}))));
+  const Mesh inner = BoxOf({1, 1, 1}, {2, 2, 2});
+  Mesh shell = room;
+  Append(shell, room);
+  for (int k = 0; k < 3; ++k)
+    Append(shell, outer);
+  Mesh hollow = shell;
+  Append(hollow, room);
+  for (std::uint64_t seed = 1; seed <= 20; ++seed) {
+    EXPECT_EQ(Rest(inner, {Shuffled(shell, seed)}).state, SolidState::Inside) << seed;
+    EXPECT_EQ(Rest(inner, {Shuffled(hollow, seed)}).state, SolidState::Apart) << seed;
+  }
 }
 
 TEST(SolidStart, StopsWhenItIsCancelled) {
