@@ -125,16 +125,16 @@ MESSAGE = re.compile(r"^([^\s:]+):(\d+):(\d+):\s+(?:(?:fatal )?(error):|(note): 
 
 
 def places_of(name, messages):
-    """Returns the lines and columns of the file that errors are about. Where an error is in another file, that is
-    the code that needed it."""
-    found, needed, is_other = [], [], False
+    """Returns a list for each error: the lines and columns of the file that it may come from. That of the error comes
+    first, then the code that needed the instance of a template."""
+    found, needed = [], []
     for file, line, column, error, note in MESSAGE.findall(messages):
         place = [(int(line), int(column))] if file == name else []
         if error:
-            found += place or needed
-            needed, is_other = [], not place
+            found.append(place + needed)
+            needed = []
         elif note:
-            found += place if is_other else []
+            found[-1:] = [known + place for known in found[-1:]]
         else:
             needed += place
     return found
@@ -144,10 +144,12 @@ def to_blame(source, name, messages):
     """Returns the numbers of the mutants that the compiler does not accept, by its messages."""
     lines = source.split("\n")[2:]
     blamed = set()
-    for line, column in places_of(name, messages):
-        code = lines[line - 1]
-        before = [match for match in ON.finditer(code) if match.start() < column]
-        match = before[-1] if before else ON.search(code)
-        if match:
-            blamed.add(int(match.group(1)))
+    for places in places_of(name, messages):
+        for line, column in places:
+            code = lines[line - 1]
+            before = [match for match in ON.finditer(code) if match.start() < column]
+            match = before[-1] if before else ON.search(code)
+            if match:
+                blamed.add(int(match.group(1)))
+                break
     return blamed

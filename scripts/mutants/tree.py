@@ -19,6 +19,8 @@ import schemata
 # with hundreds of them are inlined, and these passes run, one kernel takes gcc a quarter of an hour instead of a second.
 FLAGS = ("-O1 -DNDEBUG -w -fno-finite-loops -fno-inline -fno-tree-dominator-opts -fno-tree-pre -fno-tree-fre "
          "-Dalways_inline=unused")
+# A table that the compiler computes takes many more steps with mutants in it.
+STEPS = "-fconstexpr-steps=100000000"
 # A compiler refuses a place for reasons that the tree does not show; each round leaves out what it refuses.
 ROUNDS = 20
 
@@ -168,7 +170,7 @@ class Tree:
         for _ in range(ROUNDS):
             source = schemata.instrumented(text, list(enumerate(kept, 1)), self.header, name)
             run = subprocess.run(["clang++", "-fsyntax-only", "-w", "-Wno-c++11-narrowing", "-ferror-limit=0",
-                                  "-fno-caret-diagnostics", *flags, "-x", "c++", "-"], input=source,
+                                  "-fno-caret-diagnostics", STEPS, *flags, "-x", "c++", "-"], input=source,
                                  capture_output=True, encoding="latin-1", check=False)
             blamed = schemata.to_blame(source, name, run.stderr) if kept else set()
             if not blamed:

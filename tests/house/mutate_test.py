@@ -215,6 +215,8 @@ class Schemata(unittest.TestCase):
             self.assertEqual(schemata.to_blame(source, "f.cpp", messages), {5})
             own = f"{messages}\nf.cpp:2:9: error: no".replace("g.h:1:1: error: no", "f.cpp:2:9: error: no")
             self.assertEqual(schemata.to_blame(source, "f.cpp", own), {4})
+            # No mutant is on the line of the error, which a template has.
+            self.assertEqual(schemata.to_blame(source, "f.cpp", messages.replace("g.h", "f.cpp")), {5})
 
 
 class Batches(unittest.TestCase):
