@@ -94,6 +94,7 @@ def run(command, folder, environment, limit):
     """Returns how the command ended, "" when it passed, with its output and its seconds. Its temporary files and its
     children end with it."""
     scratch = tempfile.mkdtemp(prefix="mutant-")
+    os.chmod(scratch, 0o755)  # a test becomes another user
     start = time.monotonic()
     with tempfile.TemporaryFile() as said:
         process = subprocess.Popen(command, cwd=folder, env={**os.environ, **environment, "TMPDIR": scratch},
