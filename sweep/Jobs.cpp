@@ -16,9 +16,14 @@ constexpr std::chrono::microseconds kStartOfThread{100};
 /// beside the start of a thread.
 constexpr std::chrono::microseconds kShortest{20};
 
+std::size_t ThreadCount(const Run& run) {
+  // Asking the system takes longer than a short question.
+  static const unsigned processors = std::max(std::thread::hardware_concurrency(), 1u);
+  return run.threads != 0 ? run.threads : processors;
+}
+
 std::size_t ThreadCount(const Run& run, std::size_t count) {
-  const unsigned wanted = run.threads != 0 ? run.threads : std::thread::hardware_concurrency();
-  return std::min<std::size_t>(std::max(wanted, 1u), count);
+  return std::min(ThreadCount(run), count);
 }
 
 } // namespace
@@ -57,6 +62,140 @@ void RunJobs(const Run& run, std::size_t count, const std::function<void(std::si
         [] {});
   }
   error.Rethrow();
+}
+
+Team& Team::Alone() {
+  static Team alone;
+  return alone;
+}
+
+Team::Team(const Run& run, std::size_t worthwhile)
+    : m_executor(run.executor ? &run.executor : nullptr),
+      m_threads(std::min(ThreadCount(run), std::max<std::size_t>(worthwhile, 1))) {}
+
+Team::~Team() {
+  {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_isEnded = true;
+  }
+  m_changed.notify_all();
+  for (std::thread& other : m_others)
+    other.join();
+}
+
+std::size_t Team::Width() const {
+  constexpr std::size_t kOfExecutor = 4;
+  return m_executor != nullptr ? kOfExecutor : m_threads;
+}
+
+void Team::Loop::Run() {
+  for (std::size_t k = next++; k < count; k = next++) {
+    try {
+      job(k);
+    } catch (...) {
+      error.Keep(k);
+    }
+  }
+}
+
+void Team::ForEach(std::size_t count, const Job& job) {
+  Loop loop{job, count};
+  if (m_executor != nullptr && count > 1) {
+    (*m_executor)(count, [&](std::size_t k) {
+      try {
+        job(k);
+      } catch (...) {
+        loop.error.Keep(k);
+      }
+    });
+  } else if (m_executor != nullptr || m_threads < 2 || count < 2) {
+    loop.Run();
+  } else {
+    Open(loop);
+    loop.Run();
+    Close(loop);
+  }
+  loop.error.Rethrow();
+}
+
+void Team::Open(Loop& loop) {
+  {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    loop.number = ++m_opened;
+    loop.before = m_open;
+    m_open = &loop;
+    m_wanted += loop.count - 1;
+    StartThreads(std::min(m_wanted, m_threads - 1));
+  }
+  m_changed.notify_all();
+}
+
+void Team::StartThreads(std::size_t wanted) {
+  try {
+    while (m_others.size() < wanted)
+      m_others.emplace_back([this] { Serve(); });
+  } catch (const std::system_error&) {
+    // The threads that have started do the work.
+  } catch (const std::bad_alloc&) {
+    // The same.
+  }
+}
+
+/// Waits for the threads that help. Meanwhile the calling thread helps in loops that were opened
+/// later, which may be within the jobs that it waits for.
+void Team::Close(Loop& loop) {
+  std::unique_lock<std::mutex> lock(m_mutex);
+  while (loop.helpers > 0) {
+    if (Loop* later = FindWork(loop.number)) {
+      Help(*later, lock);
+    } else {
+      m_changed.wait(lock);
+    }
+  }
+  Loop** at = &m_open;
+  while (*at != &loop)
+    at = &(*at)->before;
+  *at = loop.before;
+}
+
+/// Returns the last loop that was opened after loop `after` and has jobs that nobody has begun.
+Team::Loop* Team::FindWork(std::size_t after) const {
+  for (Loop* loop = m_open; loop != nullptr && loop->number > after; loop = loop->before) {
+    if (loop->next < loop->count) return loop;
+  }
+  return nullptr;
+}
+
+void Team::Help(Loop& loop, std::unique_lock<std::mutex>& lock) {
+  ++loop.helpers;
+  lock.unlock();
+  loop.Run();
+  lock.lock();
+  if (--loop.helpers == 0) m_changed.notify_all();
+}
+
+void Team::Serve() {
+  std::unique_lock<std::mutex> lock(m_mutex);
+  while (!m_isEnded) {
+    if (Loop* loop = FindWork(0)) {
+      Help(*loop, lock);
+    } else {
+      m_changed.wait(lock);
+    }
+  }
+}
+
+bool GoesOn::Ask() {
+  if (!m_goesOn) return true;
+  const std::unique_lock<std::mutex> lock(m_mutex, std::try_to_lock);
+  if (!lock.owns_lock() || IsStopped()) return !IsStopped();
+  try {
+    if (!m_goesOn()) m_isStopped = true;
+  } catch (...) {
+    m_isStopped = true;
+    throw;
+  }
+  return !IsStopped();
 }
 
 UnevenJobs::UnevenJobs(const Run& run, std::size_t count, std::function<Job()> start)
