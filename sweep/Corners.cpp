@@ -1,6 +1,7 @@
 #include "Corners.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cmath>
 #include <limits>
 #include <stdexcept>
@@ -12,6 +13,8 @@ namespace {
 
 /// The count of numbers that are converted and compared at once, within the nearest cache.
 constexpr std::size_t kBlock = 4096;
+/// The count of numbers that a thread takes at once.
+constexpr std::size_t kTaken = std::size_t{1} << 16;
 
 constexpr double kLeastComfortable = 0x1p-100;
 constexpr double kMostComfortable = 0x1p120;
@@ -70,19 +73,27 @@ bool IsEachComfortable(const Scalar* numbers, std::size_t count) {
 }
 
 /// Copies numbers with `copy`, a block at a time while it is in the nearest cache, and a zero after
-/// the last. Returns false as soon as `copy` does. `areComfortable` receives whether all are.
+/// the last. Returns false when `copy` does. `areComfortable` receives whether all are.
 template <class Scalar, class Copy>
-bool CopyNumbers(const double* from, std::size_t count, const Copy& copy, Array<Scalar>& to,
-                 bool& areComfortable) {
+bool CopyNumbers(const double* from, std::size_t count, const Copy& copy, Team& team,
+                 Array<Scalar>& to, bool& areComfortable) {
   to = Array<Scalar>(count + 1);
   to[count] = Scalar{0};
-  areComfortable = true;
-  for (std::size_t begin = 0; begin < count; begin += kBlock) {
-    const std::size_t size = std::min(kBlock, count - begin);
-    if (!copy(from + begin, to.data() + begin, size)) return false;
-    areComfortable = IsEachComfortable(to.data() + begin, size) && areComfortable;
-  }
-  return true;
+  std::atomic<bool> isCopied{true};
+  std::atomic<bool> isOutside{false};
+  const Blocks taken(count, kTaken);
+  taken.ForEach(team, [&](std::size_t k) {
+    for (std::size_t begin = taken.Begin(k); begin < taken.End(k) && isCopied; begin += kBlock) {
+      const std::size_t size = std::min(kBlock, taken.End(k) - begin);
+      if (!copy(from + begin, to.data() + begin, size)) {
+        isCopied = false;
+      } else if (!IsEachComfortable(to.data() + begin, size)) {
+        isOutside = true;
+      }
+    }
+  });
+  areComfortable = !isOutside;
+  return isCopied;
 }
 
 void RequireCounts(const TriangleView& view) {
@@ -111,53 +122,59 @@ void RequireCounts(const TriangleView& view) {
 }
 
 /// Copies the corners, and a zero after the last.
-Array<std::uint32_t> CopyOfCorners(const TriangleView& view) {
+Array<std::uint32_t> CopyOfCorners(const TriangleView& view, Team& team) {
   const std::size_t count = 3 * view.triangleCount;
   Array<std::uint32_t> corners(count + 1);
   corners[count] = 0;
-  for (std::size_t begin = 0; begin < count; begin += kBlock) {
-    const std::size_t end = std::min(begin + kBlock, count);
-    std::copy(view.corners + begin, view.corners + end, corners.data() + begin);
-    std::uint32_t greatest = 0;
-    for (std::size_t k = begin; k < end; ++k)
-      greatest = std::max(greatest, corners[k]);
-    if (greatest >= view.vertexCount) RefuseCorners(view);
-  }
+  std::atomic<bool> isRefused{false};
+  const Blocks taken(count, kTaken);
+  taken.ForEach(team, [&](std::size_t taking) {
+    for (std::size_t begin = taken.Begin(taking); begin < taken.End(taking); begin += kBlock) {
+      if (isRefused) return;
+      const std::size_t end = std::min(begin + kBlock, taken.End(taking));
+      std::copy(view.corners + begin, view.corners + end, corners.data() + begin);
+      std::uint32_t greatest = 0;
+      for (std::size_t k = begin; k < end; ++k)
+        greatest = std::max(greatest, corners[k]);
+      if (greatest >= view.vertexCount) isRefused = true;
+    }
+  });
+  if (isRefused) RefuseCorners(view);
   return corners;
 }
 
 } // namespace
 
-Corners::Corners(const TriangleView& view)
+Corners::Corners(const TriangleView& view, Team& team)
     : m_count(view.triangleCount), m_vertexCount(view.vertexCount),
       m_isIndexed(view.corners != nullptr) {
   RequireCounts(view);
-  if (view.corners != nullptr) m_corners = CopyOfCorners(view);
-  TakeVertices(view.vertices);
+  if (view.corners != nullptr) m_corners = CopyOfCorners(view, team);
+  TakeVertices(view.vertices, team);
 }
 
-Corners::Corners(const Corners& other, const double* vertices)
+Corners::Corners(const Corners& other, const double* vertices, Team& team)
     : m_count(other.m_count), m_vertexCount(other.m_vertexCount), m_skipped(other.m_skipped),
       m_isIndexed(other.m_isIndexed) {
   m_corners = other.m_corners.Copy();
   m_numbers = other.m_numbers.Copy();
-  TakeVertices(vertices);
+  TakeVertices(vertices, team);
 }
 
-void Corners::TakeVertices(const double* vertices) {
-  CopyVertices(vertices);
+void Corners::TakeVertices(const double* vertices, Team& team) {
+  CopyVertices(vertices, team);
   m_leastMagnitude = kLeastComfortable;
   if (m_isComfortable) return; // and finite
-  SkipUnfit();
+  SkipUnfit(team);
   SettleComfort();
 }
 
-void Corners::CopyVertices(const double* vertices) {
+void Corners::CopyVertices(const double* vertices, Team& team) {
   const std::size_t count = 3 * m_vertexCount;
-  m_isSingle = CopyNumbers(vertices, count, ConvertBlock, m_single, m_isComfortable);
+  m_isSingle = CopyNumbers(vertices, count, ConvertBlock, team, m_single, m_isComfortable);
   if (m_isSingle) return;
   m_single = Array<float>();
-  CopyNumbers(vertices, count, CopyBlock, m_double, m_isComfortable);
+  CopyNumbers(vertices, count, CopyBlock, team, m_double, m_isComfortable);
 }
 
 /// Every vertex counts at first. One that is outside may belong to no triangle, or to a triangle
@@ -180,7 +197,7 @@ void Corners::SettleComfort() {
 }
 
 /// Drops the triangles with a NaN or infinite corner.
-void Corners::SkipUnfit() {
+void Corners::SkipUnfit(Team& team) {
   const auto isFinite = [](const Coord3& p) {
     return std::isfinite(p.x) && std::isfinite(p.y) && std::isfinite(p.z);
   };
@@ -192,7 +209,8 @@ void Corners::SkipUnfit() {
   }
   if (fitCount == m_count) return;
   m_skipped += m_count - fitCount;
-  Reorder(fitCount, [&fit](std::size_t k) { return fit[k]; });
+  Reorder(
+      fitCount, [&fit](std::size_t k) { return fit[k]; }, team);
 }
 
 } // namespace gsl_sweep

@@ -2,6 +2,7 @@
 #define GSL_SWEEP_CORNERS_H
 
 #include "Array.h"
+#include "Jobs.h"
 #include "Lanes.h"
 
 #include "gsl_Sweep.h"
@@ -40,9 +41,9 @@ struct CornerReader {
 class Corners {
 public:
   /// Errors     see Body.
-  explicit Corners(const TriangleView& view);
+  explicit Corners(const TriangleView& view, Team& team = Team::Alone());
   /// Holds the same triangles with other vertices, three numbers each.
-  Corners(const Corners& other, const double* vertices);
+  Corners(const Corners& other, const double* vertices, Team& team = Team::Alone());
 
   std::size_t Count() const { return m_count; }
   std::size_t VertexCount() const { return m_vertexCount; }
@@ -91,13 +92,13 @@ public:
 
   /// Puts the triangle of place order(k) at place k, for k below `count`; the others are dropped.
   template <class Order>
-  void Reorder(std::size_t count, const Order& order);
+  void Reorder(std::size_t count, const Order& order, Team& team = Team::Alone());
 
 private:
   bool IsIndexed() const { return m_isIndexed; }
-  void TakeVertices(const double* vertices);
-  void CopyVertices(const double* vertices);
-  void SkipUnfit();
+  void TakeVertices(const double* vertices, Team& team);
+  void CopyVertices(const double* vertices, Team& team);
+  void SkipUnfit(Team& team);
   void SettleComfort();
 
   std::size_t m_count = 0, m_vertexCount = 0, m_skipped = 0;
@@ -113,30 +114,41 @@ private:
 /// The number of triangles that a gather fetches ahead.
 constexpr std::size_t kFetchAhead = 16;
 
+/// The number of triangles that a thread works on at a time.
+constexpr std::size_t kTriangleBlock = std::size_t{1} << 14;
+
 template <class T, class Order>
-void GatherTriples(Array<T>& triples, std::size_t width, std::size_t count, const Order& order) {
+void GatherTriples(Array<T>& triples, std::size_t width, std::size_t count, const Order& order,
+                   Team& team) {
   Array<T> gathered(width * count + 1);
-  for (std::size_t k = 0; k < count; ++k) {
-    if (k + kFetchAhead < count) {
-      __builtin_prefetch(triples.data() + width * order(k + kFetchAhead));
+  const Blocks blocks(count, kTriangleBlock);
+  blocks.ForEach(team, [&](std::size_t block) {
+    for (std::size_t k = blocks.Begin(block); k < blocks.End(block); ++k) {
+      if (k + kFetchAhead < count) {
+        __builtin_prefetch(triples.data() + width * order(k + kFetchAhead));
+      }
+      std::memcpy(gathered.data() + width * k, triples.data() + width * order(k),
+                  width * sizeof(T));
     }
-    std::memcpy(gathered.data() + width * k, triples.data() + width * order(k), width * sizeof(T));
-  }
+  });
   gathered[width * count] = T{};
   triples = std::move(gathered);
 }
 
 template <class Order>
-void Corners::Reorder(std::size_t count, const Order& order) {
+void Corners::Reorder(std::size_t count, const Order& order, Team& team) {
   Array<std::uint32_t> numbers(count);
-  for (std::size_t k = 0; k < count; ++k)
-    numbers[k] = Number(order(k));
+  const Blocks blocks(count, kTriangleBlock);
+  blocks.ForEach(team, [&](std::size_t block) {
+    for (std::size_t k = blocks.Begin(block); k < blocks.End(block); ++k)
+      numbers[k] = Number(order(k));
+  });
   if (IsIndexed()) {
-    GatherTriples(m_corners, 3, count, order);
+    GatherTriples(m_corners, 3, count, order, team);
   } else if (m_isSingle) {
-    GatherTriples(m_single, 9, count, order);
+    GatherTriples(m_single, 9, count, order, team);
   } else {
-    GatherTriples(m_double, 9, count, order);
+    GatherTriples(m_double, 9, count, order, team);
   }
   m_numbers = std::move(numbers);
   m_count = count;

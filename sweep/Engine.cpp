@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <functional>
 #include <limits>
 #include <stdexcept>
 #include <string>
@@ -248,7 +249,8 @@ WalkEnd TouchBefore(const Scene<Scalar>& scene, const Question& question, const 
   workspace.fixedLeaves.Forget();
   Question touching = question;
   touching.clearance = 0.0;
-  const Scene<Scalar> bare(scene.bodies, scene.direction, scene.scale, touching, scene.filters);
+  const Scene<Scalar> bare(scene.bodies, scene.direction, scene.scale, touching, scene.filters,
+                           scene.team);
   FirstContact<Scalar> first(bare, question.maxDistance, workspace.movingLeaves,
                              workspace.fixedLeaves, watch);
   Walk<Scalar, FirstContact<Scalar>> walk(bare, first, watch, workspace.stack);
@@ -414,6 +416,7 @@ Question WithFittingClearance(const Question& question, double largest) {
 template <class Work>
 auto WithScene(const SceneBodies& bodies, const Question& question, Workspaces& workspaces,
                const Work& work) {
+  Team& team = workspaces.team != nullptr ? *workspaces.team : Team::Alone();
   return WithFiniteOffset(bodies, question, [&](const SceneBodies& finite, const Question& any) {
     const TravelDirection direction = DirectionOf(any);
     const double largest = LargestOfScene(finite, any.offset);
@@ -421,11 +424,11 @@ auto WithScene(const SceneBodies& bodies, const Question& question, Workspaces& 
     const RangeScale scale(std::max(largest, asked.clearance));
     const bool isAlongEnough = IsWithin(direction.Vector(), 0x1p-60, 1.0);
     if (isAlongEnough && AreComfortable(finite, asked) && CanUseSingle(finite, asked)) {
-      const Scene<float> scene(finite, direction, scale, asked, true);
+      const Scene<float> scene(finite, direction, scale, asked, true, team);
       return work(scene, asked, Need(workspaces.single));
     }
     const bool canFilter = isAlongEnough && AreComfortableInKernel(finite, asked, scale);
-    const Scene<double> scene(finite, direction, scale, asked, canFilter);
+    const Scene<double> scene(finite, direction, scale, asked, canFilter, team);
     return work(scene, asked, Need(workspaces.forDouble));
   });
 }
@@ -451,6 +454,20 @@ void RequireQuestion(const Question& question) {
   if (question.clearance != 0.0 && question.rule != Rule::Touch) {
     throw std::invalid_argument("a clearance is for Rule::Touch, not for the other rules");
   }
+}
+
+std::vector<const PreparedBody*> AllBodies(const SceneBodies& bodies) {
+  std::vector<const PreparedBody*> all = bodies.fixed;
+  all.push_back(bodies.moving);
+  std::sort(all.begin(), all.end(), std::less<>());
+  all.erase(std::unique(all.begin(), all.end()), all.end());
+  return all;
+}
+
+void DecideSolids(const SceneBodies& bodies, Team& team) {
+  if (team.IsAlone()) return; // each is decided when it is needed
+  const std::vector<const PreparedBody*> all = AllBodies(bodies);
+  team.ForEach(all.size(), [&](std::size_t k) { all[k]->AsSolid(); });
 }
 
 void RequireSolids(const SceneBodies& bodies, const Question& question) {

@@ -34,6 +34,7 @@ struct Workspace {
 };
 
 struct Workspaces {
+  Team* team = nullptr; ///< helps while a question is answered; null where all threads have work
   std::unique_ptr<Workspace<float>> single;
   std::unique_ptr<Workspace<double>> forDouble;
 };
@@ -41,8 +42,14 @@ struct Workspaces {
 /// Errors     std::invalid_argument, see Pair.
 void RequireQuestion(const Question& question);
 
+/// Decides of each body whether it is a solid, on several threads at a time.
+void DecideSolids(const SceneBodies& bodies, Team& team);
+
 /// Errors     std::invalid_argument when the question is about solids and a body is not a solid.
 void RequireSolids(const SceneBodies& bodies, const Question& question);
+
+/// Returns the bodies of a pair, each once.
+std::vector<const PreparedBody*> AllBodies(const SceneBodies& bodies);
 
 /// Answers a question that RequireQuestion accepted. The answer is Cancelled when `watch` returns
 /// false.

@@ -193,18 +193,53 @@ private:
 };
 
 /// Fills the nodes of a tree, from its last node to its first: children come after their parents.
+/// Several threads fill runs of nodes side by side.
 class FacingMaker {
 public:
-  FacingMaker(const Corners& corners, const Leaves& leaves, const Tree<float>& tree,
+  FacingMaker(const Corners& corners, const Leaves& leaves, const Tree<float>& tree, Team& team,
               Facings& facings)
-      : m_corners(corners), m_leaves(leaves), m_tree(tree), m_facings(facings),
-        m_ofLeaf(leaves.Count()), m_ofNode(tree.nodes.size()), m_numbers(facings.directions) {
+      : m_corners(corners), m_leaves(leaves), m_tree(tree), m_team(team), m_facings(facings),
+        m_ofLeaf(leaves.Count()), m_exact(leaves.Count()), m_ofNode(tree.nodes.size()),
+        m_numbers(facings.directions) {
     facings.nodes = Array<FacingNode>(tree.nodes.size());
   }
 
-  /// Comes first. Leaves are looked at in the order in which their triangles are stored.
-  void LookAtLeaf(std::size_t leaf) {
-    m_corners.Read([&](const auto& reader) { m_ofLeaf[leaf] = OfLeaf(reader, leaf); });
+  /// Returns false when `goesOn` stops the work.
+  bool Make(GoesOn& goesOn) {
+    LookAtLeaves(goesOn);
+    if (goesOn.IsStopped()) return false;
+    // Numbers depend on the order of the leaves.
+    for (std::size_t leaf = 0; leaf < m_leaves.Count(); ++leaf) {
+      if (m_ofLeaf[leaf].parallel != kUnnumbered) continue;
+      const Coord3& n = m_exact[leaf];
+      m_ofLeaf[leaf].parallel = m_numbers.Of({n.x, n.y, n.z});
+    }
+    const std::vector<NodeRun> runs = m_tree.RunsUpwards(m_team);
+    EachUpwards(runs, m_team, [&](std::size_t run) {
+      for (std::size_t k = runs[run].end; !goesOn.IsStopped() && k-- > runs[run].begin;) {
+        Fill(k);
+        if (k % kAskEvery == kAskEvery - 1) goesOn.Ask();
+      }
+    });
+    return !goesOn.IsStopped();
+  }
+
+private:
+  static constexpr std::size_t kAskEvery = 1024;
+  /// The direction is exact, and has no number yet.
+  static constexpr std::uint32_t kUnnumbered = FacingNode::kNone - 1;
+
+  void LookAtLeaves(GoesOn& goesOn) {
+    const Blocks blocks(m_leaves.Count(), kLeafBlock);
+    m_corners.Read([&](const auto& reader) {
+      blocks.ForEach(m_team, [&](std::size_t block) {
+        for (std::size_t leaf = blocks.Begin(block); leaf < blocks.End(block); ++leaf) {
+          if (goesOn.IsStopped()) return;
+          m_ofLeaf[leaf] = OfLeaf(reader, leaf);
+          if (leaf % kAskEvery == kAskEvery - 1) goesOn.Ask();
+        }
+      });
+    });
   }
 
   void Fill(std::size_t k) {
@@ -226,7 +261,6 @@ public:
     m_ofNode[k] = all;
   }
 
-private:
   template <class Reader>
   ManyNormals OfLeaf(const Reader& reader, std::size_t leaf) {
     const auto corner = [&reader](std::size_t place, int k) {
@@ -249,14 +283,19 @@ private:
       any = true;
     }
     if (!any) return {};
-    return {Outward(bounds), areParallel ? m_numbers.Of(exact) : FacingNode::kNone};
+    if (!areParallel) return {Outward(bounds), FacingNode::kNone};
+    m_exact[leaf] = {exact[0], exact[1], exact[2]};
+    return {Outward(bounds), kUnnumbered};
   }
 
   const Corners& m_corners;
   const Leaves& m_leaves;
   const Tree<float>& m_tree;
+  Team& m_team;
   Facings& m_facings;
-  Array<ManyNormals> m_ofLeaf, m_ofNode;
+  Array<ManyNormals> m_ofLeaf;
+  Array<Coord3> m_exact; ///< of each leaf whose direction is exact
+  Array<ManyNormals> m_ofNode;
   DirectionNumbers m_numbers;
 };
 
@@ -276,42 +315,55 @@ bool IsMultiple(double c, double unit) {
   return count >= 0x1p52 || (count + 0x1p52) - 0x1p52 == count;
 }
 
-void SetUnits(const Corners& corners, Facings& facings) {
-  for (int k = 0; k < 3; ++k) {
-    facings.unit[k] = Box<double>::kFar;
-    facings.reach[k] = 0.0;
-  }
-  for (std::size_t vertex = 0; vertex < corners.VertexCount(); ++vertex) {
-    const Coord3 p = corners.VertexAt(vertex);
+/// The units of vertices and how far they reach, as in Facings.
+struct Units {
+  double unit[3] = {Box<double>::kFar, Box<double>::kFar, Box<double>::kFar};
+  double reach[3] = {0.0, 0.0, 0.0};
+
+  void Include(const Coord3& p) {
     const double magnitudes[3] = {std::fabs(p.x), std::fabs(p.y), std::fabs(p.z)};
     for (int k = 0; k < 3; ++k) {
       const double c = magnitudes[k];
       if (c == 0.0 || !std::isfinite(c)) continue;
-      facings.reach[k] = std::max(facings.reach[k], c);
-      const bool isFirst = facings.unit[k] == Box<double>::kFar;
-      if (isFirst || !IsMultiple(c, facings.unit[k]))
-        facings.unit[k] = isFirst ? UnitOf(c) : std::min(facings.unit[k], UnitOf(c));
+      reach[k] = std::max(reach[k], c);
+      const bool isFirst = unit[k] == Box<double>::kFar;
+      if (isFirst || !IsMultiple(c, unit[k]))
+        unit[k] = isFirst ? UnitOf(c) : std::min(unit[k], UnitOf(c));
     }
   }
+  void Include(const Units& other) {
+    for (int k = 0; k < 3; ++k) {
+      unit[k] = std::min(unit[k], other.unit[k]);
+      reach[k] = std::max(reach[k], other.reach[k]);
+    }
+  }
+};
+
+void SetUnits(const Corners& corners, Team& team, Facings& facings) {
+  const Blocks blocks(corners.VertexCount(), kTriangleBlock);
+  std::vector<Units> ofBlock(blocks.Count());
+  blocks.ForEach(team, [&](std::size_t block) {
+    Units units;
+    for (std::size_t vertex = blocks.Begin(block); vertex < blocks.End(block); ++vertex)
+      units.Include(corners.VertexAt(vertex));
+    ofBlock[block] = units;
+  });
+  Units all;
+  for (const Units& units : ofBlock)
+    all.Include(units);
+  std::copy_n(all.unit, 3, facings.unit);
+  std::copy_n(all.reach, 3, facings.reach);
 }
 
 } // namespace
 
 std::unique_ptr<const Facings> Facings::Of(const Corners& corners, const Leaves& leaves,
                                            const Tree<float>& tree,
-                                           const std::function<bool()>& goesOn) {
-  constexpr std::size_t kAskEvery = 1024;
+                                           const std::function<bool()>& goesOn, Team& team) {
   auto facings = std::make_unique<Facings>();
-  FacingMaker maker(corners, leaves, tree, *facings);
-  for (std::size_t leaf = 0; leaf < leaves.Count(); ++leaf) {
-    maker.LookAtLeaf(leaf);
-    if (goesOn && leaf % kAskEvery == kAskEvery - 1 && !goesOn()) return nullptr;
-  }
-  for (std::size_t k = tree.nodes.size(); k-- > 0;) {
-    maker.Fill(k);
-    if (goesOn && k % kAskEvery == kAskEvery - 1 && !goesOn()) return nullptr;
-  }
-  SetUnits(corners, *facings);
+  GoesOn asked(goesOn);
+  if (!FacingMaker(corners, leaves, tree, team, *facings).Make(asked)) return nullptr;
+  SetUnits(corners, team, *facings);
   return facings;
 }
 

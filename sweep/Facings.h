@@ -32,7 +32,8 @@ struct Facings {
   /// returns false.
   static std::unique_ptr<const Facings> Of(const Corners& corners, const Leaves& leaves,
                                            const Tree<float>& tree,
-                                           const std::function<bool()>& goesOn = {});
+                                           const std::function<bool()>& goesOn = {},
+                                           Team& team = Team::Alone());
 
   /// Returns true when each triangle faces along or against a direction as before after an offset,
   /// each sum rounded, because no coordinate that matters is rounded.

@@ -20,7 +20,8 @@ struct FineTree {
   /// Returns null when `goesOn`, which is called now and then, returns false.
   static std::unique_ptr<const FineTree> Of(const Corners& corners, const Leaves& leaves,
                                             const Tree<float>& tree,
-                                            const std::function<bool()>& goesOn = {});
+                                            const std::function<bool()>& goesOn = {},
+                                            Team& team = Team::Alone());
 
   std::size_t Bytes() const {
     return leaves.begin.Bytes() + tree.Bytes() + slabs->Bytes() + ofLeaf.Bytes();

@@ -1,5 +1,6 @@
 #include "Leaves.h"
 
+#include "KeySort.h"
 #include "Morton.h"
 
 #include <cmath>
@@ -141,6 +142,11 @@ public:
       }
     }
   }
+  /// Takes bounds of triangles that come later. Of equal zeros, the first keeps its sign.
+  void Include(const Bounds& later) {
+    m_low = Least(later.m_low, m_low);
+    m_high = Most(later.m_high, m_high);
+  }
   Box<double> Get() const {
     return {{m_low[0], m_low[1], m_low[2]}, {m_high[0], m_high[1], m_high[2]}};
   }
@@ -208,130 +214,202 @@ bool IsScattered(const Reader& reader, std::size_t count) {
 
 /// Sorts by eight bits of each coordinate, in two passes.
 template <class Reader>
-Array<std::uint64_t> SortedAlongCurve(const Reader& reader, std::size_t count) {
-  constexpr std::uint32_t kDigits = 4096;
+Array<Key> SortedAlongCurve(const Reader& reader, std::size_t count, Team& team) {
   const auto middle = [&](std::size_t place, int axis) {
     return static_cast<double>(reader.At(place, 0)[axis]) +
            (static_cast<double>(reader.At(place, 1)[axis]) + reader.At(place, 2)[axis]);
   };
   const MortonCurve curve(count, middle);
-  std::vector<std::uint32_t> low(kDigits + 1), high(kDigits + 1);
-  Array<std::uint64_t> keys(count), other(count);
-  for (std::size_t place = 0; place < count; ++place) {
+  KeySort<12, 2> sort(count, team);
+  return sort.Sorted([&](std::size_t place) {
     if (place + kFetchAhead < count) {
       __builtin_prefetch(reader.At(place + kFetchAhead, 0));
       __builtin_prefetch(reader.At(place + kFetchAhead, 1));
     }
-    const std::uint32_t number =
-        curve.Number(middle(place, 0), middle(place, 1), middle(place, 2)) >> 6;
-    ++low[number % kDigits + 1];
-    ++high[number / kDigits + 1];
-    keys[place] = static_cast<std::uint64_t>(number) << 32 | place;
-  }
-  for (std::uint32_t digit = 0; digit < kDigits; ++digit) {
-    low[digit + 1] += low[digit];
-    high[digit + 1] += high[digit];
-  }
-  for (const std::uint64_t key : keys)
-    other[low[(key >> 32) % kDigits]++] = key;
-  for (const std::uint64_t key : other)
-    keys[high[(key >> 32) / kDigits]++] = key;
-  return keys;
+    return curve.Number(middle(place, 0), middle(place, 1), middle(place, 2)) >> 6;
+  });
 }
 
-void SortIfScattered(Corners& corners) {
-  Array<std::uint64_t> keys;
+void SortIfScattered(Corners& corners, Team& team) {
+  Array<Key> keys;
   corners.Read([&](const auto& reader) {
     const Measure measure(reader, corners.Count());
     const bool isScattered = WithMeasured(reader, measure, [&](const auto& measured) {
       return IsScattered(measured, corners.Count());
     });
-    if (isScattered) keys = SortedAlongCurve(reader, corners.Count());
+    if (isScattered) keys = SortedAlongCurve(reader, corners.Count(), team);
   });
   if (keys.size() == 0) return;
-  corners.Reorder(keys.size(), [&](std::size_t k) { return static_cast<std::uint32_t>(keys[k]); });
+  corners.Reorder(
+      keys.size(), [&](std::size_t k) { return static_cast<std::uint32_t>(keys[k]); }, team);
 }
 
-/// Calls `take` with the place and the box of each triangle, and `close` with each run and its box.
-template <class Reader, class Take, class Close>
-Leaves CutRuns(const Reader& reader, std::size_t count, const Take& take, const Close& close) {
-  // In the worst case every triangle is a leaf. Pages that are not touched cost nothing.
-  Leaves leaves{Array<std::uint32_t>(count + 1)};
-  RunCutter cutter;
-  std::size_t leafCount = 0;
-  Float4 low{};
-  Float4 high{};
-  for (std::size_t place = 0; place < count; ++place) {
-    const TriangleBox box(reader, place);
-    take(place, box);
-    if (cutter.Begins(box)) {
-      if (leafCount > 0) close(leafCount - 1, low, high);
-      leaves.begin[leafCount++] = static_cast<std::uint32_t>(place);
-    }
-    low = cutter.Low();
-    high = cutter.High();
+/// Runs, and their boxes unless they are measured later.
+struct RunList {
+  RunList() = default;
+  // In the worst case every triangle is a run. Pages that are not touched cost nothing.
+  explicit RunList(std::size_t triangles) : begin(triangles + 1), boxes(triangles) {}
+
+  Array<std::uint32_t> begin;
+  Array<Box<float>> boxes;
+  std::size_t count = 0;
+};
+
+/// Cuts a body into runs, block by block: no run is in two blocks, so that threads can cut blocks
+/// side by side. A `Bounded` includes the triangles of each block, and boxOf(low, high) returns the
+/// box of a run.
+template <class Reader, class Bounded, class BoxOf>
+class BodyCutter {
+public:
+  BodyCutter(const Reader& reader, std::size_t count, const BoxOf& boxOf)
+      : m_reader(reader), m_blocks(count, kTriangleBlock), m_count(count), m_boxOf(boxOf),
+        m_bounds(m_blocks.Count()) {}
+
+  /// Returns the bounds of all triangles, after Cut.
+  Bounded AllBounds() const {
+    Bounded all;
+    for (const Bounded& ofBlock : m_bounds)
+      all.Include(ofBlock);
+    return all;
   }
-  if (leafCount > 0) close(leafCount - 1, low, high);
-  leaves.begin[leafCount] = static_cast<std::uint32_t>(count);
-  leaves.begin.Shorten(leafCount + 1);
-  return leaves;
-}
+
+  RunList Cut(Team& team) {
+    RunList runs = team.IsAlone() || m_blocks.Count() < 2 ? OneAfterTheOther() : OnTeam(team);
+    runs.begin[runs.count] = static_cast<std::uint32_t>(m_count);
+    runs.begin.Shorten(runs.count + 1);
+    runs.boxes.Shorten(runs.count);
+    return runs;
+  }
+
+private:
+  RunList OneAfterTheOther() {
+    RunList runs(m_count);
+    for (std::size_t block = 0; block < m_blocks.Count(); ++block)
+      CutBlock(block, runs);
+    return runs;
+  }
+
+  RunList OnTeam(Team& team) {
+    std::vector<RunList> parts(m_blocks.Count());
+    m_blocks.ForEach(team, [&](std::size_t block) {
+      parts[block] = RunList(m_blocks.End(block) - m_blocks.Begin(block));
+      CutBlock(block, parts[block]);
+    });
+    std::vector<std::size_t> at;
+    std::size_t count = 0;
+    for (const RunList& part : parts) {
+      at.push_back(count);
+      count += part.count;
+    }
+    RunList runs(count);
+    runs.count = count;
+    m_blocks.ForEach(team, [&](std::size_t block) {
+      const RunList part = std::move(parts[block]);
+      std::copy_n(part.begin.data(), part.count, runs.begin.data() + at[block]);
+      std::copy_n(part.boxes.data(), part.count, runs.boxes.data() + at[block]);
+    });
+    return runs;
+  }
+
+  void CutBlock(std::size_t block, RunList& runs) {
+    RunCutter cutter;
+    Bounded bounds;
+    Float4 low{};
+    Float4 high{};
+    bool isFirst = true;
+    for (std::size_t place = m_blocks.Begin(block); place < m_blocks.End(block); ++place) {
+      const TriangleBox box(m_reader, place);
+      bounds.Include(m_reader, place, box);
+      if (cutter.Begins(box)) {
+        if (!isFirst) runs.boxes[runs.count - 1] = m_boxOf(low, high);
+        isFirst = false;
+        runs.begin[runs.count++] = static_cast<std::uint32_t>(place);
+      }
+      low = cutter.Low();
+      high = cutter.High();
+    }
+    runs.boxes[runs.count - 1] = m_boxOf(low, high);
+    m_bounds[block] = bounds;
+  }
+
+  const Reader& m_reader;
+  const Blocks m_blocks;
+  const std::size_t m_count;
+  const BoxOf m_boxOf;
+  std::vector<Bounded> m_bounds; ///< of each block
+};
+
+/// Bounds that nobody needs.
+struct NoBounds {
+  template <class Reader>
+  void Include(const Reader&, std::size_t, const TriangleBox&) {}
+};
 
 template <class Scalar, bool kIndexed>
 Leaves CutAndMeasure(const CornerReader<Scalar, kIndexed>& reader, std::size_t count,
-                     LeafBoxes& boxes) {
-  boxes.boxes = Array<Box<float>>(count);
-  Bounds<Scalar> bounds;
-  const auto take = [&](std::size_t place, const TriangleBox& box) {
-    bounds.Include(reader, place, box);
+                     LeafBoxes& boxes, Team& team) {
+  const auto boxOf = [](const Float4& low, const Float4& high) {
+    Box<float> box = Stored(low, high);
+    if constexpr (sizeof(Scalar) != sizeof(float)) WidenByOnePlace(box);
+    return box;
   };
-  const auto close = [&](std::size_t leaf, const Float4& low, const Float4& high) {
-    boxes.boxes[leaf] = Stored(low, high);
-    if constexpr (sizeof(Scalar) != sizeof(float)) WidenByOnePlace(boxes.boxes[leaf]);
-  };
-  Leaves leaves = CutRuns(reader, count, take, close);
-  boxes.boxes.Shorten(leaves.Count());
-  boxes.bounds = bounds.Get();
-  return leaves;
+  BodyCutter<CornerReader<Scalar, kIndexed>, Bounds<Scalar>, decltype(boxOf)> cutter(reader, count,
+                                                                                     boxOf);
+  RunList runs = cutter.Cut(team);
+  boxes.boxes = std::move(runs.boxes);
+  boxes.bounds = cutter.AllBounds().Get();
+  return {std::move(runs.begin)};
+}
+
+template <class Reader>
+Leaves CutMeasured(const MeasuredReader<Reader>& reader, std::size_t count, Team& team) {
+  BodyCutter<MeasuredReader<Reader>, NoBounds, decltype(&Stored)> cutter(reader, count, &Stored);
+  return {cutter.Cut(team).begin};
 }
 
 } // namespace
 
-Leaves MakeLeaves(Corners& corners, LeafBoxes& boxes) {
-  SortIfScattered(corners);
+Leaves MakeLeaves(Corners& corners, LeafBoxes& boxes, Team& team) {
+  SortIfScattered(corners, team);
   Leaves leaves;
   corners.Read([&](const auto& reader) {
     const Measure measure(reader, corners.Count());
     if (measure.IsPlain()) {
-      leaves = CutAndMeasure(reader, corners.Count(), boxes);
+      leaves = CutAndMeasure(reader, corners.Count(), boxes, team);
       return;
     }
     const MeasuredReader<std::decay_t<decltype(reader)>> measured{reader, measure};
-    leaves = CutRuns(
-        measured, corners.Count(), [](std::size_t, const TriangleBox&) {},
-        [](std::size_t, const Float4&, const Float4&) {});
-    MeasureLeaves(corners, leaves, boxes);
+    leaves = CutMeasured(measured, corners.Count(), team);
+    MeasureLeaves(corners, leaves, boxes, team);
   });
   return leaves;
 }
 
-void MeasureLeaves(const Corners& corners, const Leaves& leaves, LeafBoxes& boxes) {
+void MeasureLeaves(const Corners& corners, const Leaves& leaves, LeafBoxes& boxes, Team& team) {
   boxes.boxes = Array<Box<float>>(leaves.Count());
   corners.Read([&](const auto& reader) {
     using Scalar = std::decay_t<decltype(*reader.vertices)>;
-    Bounds<Scalar> bounds;
-    for (std::size_t leaf = 0; leaf < leaves.Count(); ++leaf) {
-      TriangleBox all(reader, leaves.begin[leaf]);
-      for (std::size_t place = leaves.begin[leaf]; place < leaves.begin[leaf + 1]; ++place) {
-        const TriangleBox triangle(reader, place);
-        all.low = Least(triangle.low, all.low);
-        all.high = Most(triangle.high, all.high);
-        bounds.Include(reader, place, triangle);
+    const Blocks blocks(leaves.Count(), kLeafBlock);
+    std::vector<Bounds<Scalar>> bounds(blocks.Count());
+    blocks.ForEach(team, [&](std::size_t block) {
+      Bounds<Scalar> ofBlock;
+      for (std::size_t leaf = blocks.Begin(block); leaf < blocks.End(block); ++leaf) {
+        TriangleBox all(reader, leaves.begin[leaf]);
+        for (std::size_t place = leaves.begin[leaf]; place < leaves.begin[leaf + 1]; ++place) {
+          const TriangleBox triangle(reader, place);
+          all.low = Least(triangle.low, all.low);
+          all.high = Most(triangle.high, all.high);
+          ofBlock.Include(reader, place, triangle);
+        }
+        boxes.boxes[leaf] = Stored(all.low, all.high);
+        if (sizeof(Scalar) != sizeof(float)) WidenByOnePlace(boxes.boxes[leaf]);
       }
-      boxes.boxes[leaf] = Stored(all.low, all.high);
-      if (sizeof(Scalar) != sizeof(float)) WidenByOnePlace(boxes.boxes[leaf]);
-    }
-    boxes.bounds = bounds.Get();
+      bounds[block] = ofBlock;
+    });
+    Bounds<Scalar> all;
+    for (const Bounds<Scalar>& ofBlock : bounds)
+      all.Include(ofBlock);
+    boxes.bounds = all.Get();
   });
 }
 

@@ -59,12 +59,17 @@ MortonCurve::MortonCurve(std::size_t count, const Middle& middle) {
       if (c == c) sample.push_back(c);
     }
     if (sample.empty()) continue;
-    std::sort(sample.begin(), sample.end());
-    const std::size_t beyond = sample.size() / 50;
-    const double low = sample[beyond];
-    const double high = sample[sample.size() - 1 - beyond];
-    m_low[axis] = std::max(sample.front(), low - (high - low));
-    size = std::max(size, std::min(sample.back(), high + (high - low)) - m_low[axis]);
+    const auto beyond = static_cast<std::ptrdiff_t>(sample.size() / 50);
+    const auto lowAt = sample.begin() + beyond;
+    const auto highAt = sample.end() - 1 - beyond;
+    std::nth_element(sample.begin(), lowAt, sample.end());
+    const double low = *lowAt;
+    const double least = *std::min_element(sample.begin(), lowAt + 1);
+    std::nth_element(lowAt, highAt, sample.end());
+    const double high = *highAt;
+    const double most = *std::max_element(highAt, sample.end());
+    m_low[axis] = std::max(least, low - (high - low));
+    size = std::max(size, std::min(most, high + (high - low)) - m_low[axis]);
   }
   m_scale = size > 0.0 ? (kCells - 1.0) / size : 0.0;
 }

@@ -15,6 +15,7 @@ namespace gsl_sweep {
 struct PairState {
   std::vector<Body> keptBodies; ///< share what the bodies point to
   SceneBodies bodies;
+  std::vector<const PreparedBody*> all; ///< each once
   std::atomic<std::size_t> questionCount{0};
   std::mutex idleMutex;
   std::vector<Workspaces> idle;
@@ -32,6 +33,7 @@ public:
     state.idle.pop_back();
   }
   ~Borrowed() {
+    m_workspaces.team = nullptr;
     try {
       const std::lock_guard<std::mutex> lock(m_state.idleMutex);
       m_state.idle.push_back(std::move(m_workspaces));
@@ -63,12 +65,28 @@ private:
   }
 }
 
-std::vector<const PreparedBody*> AllBodies(const SceneBodies& bodies) {
-  std::vector<const PreparedBody*> all = bodies.fixed;
-  all.push_back(bodies.moving);
-  std::sort(all.begin(), all.end(), std::less<>());
-  all.erase(std::unique(all.begin(), all.end()), all.end());
-  return all;
+std::size_t WorthwhileThreads(const std::vector<const PreparedBody*>& bodies) {
+  std::size_t threads = 0;
+  for (const PreparedBody* body : bodies)
+    threads += body->WorthwhileThreads();
+  return threads;
+}
+
+/// Calls work(body, team) for each body, side by side. What `work` does to a large body is divided
+/// among the team too.
+void WorkOnEach(const std::vector<const PreparedBody*>& bodies, Team& team,
+                const std::function<void(const PreparedBody&, Team&)>& work) {
+  if (!team.HasExecutor()) {
+    team.ForEach(bodies.size(), [&](std::size_t k) { work(*bodies[k], team); });
+    return;
+  }
+  const auto isLarge = [](const PreparedBody* body) { return body->WorthwhileThreads() > 1; };
+  std::vector<const PreparedBody*> small = bodies;
+  const auto large = std::partition(small.begin(), small.end(), std::not_fn(isLarge));
+  const auto smallCount = static_cast<std::size_t>(large - small.begin());
+  team.ForEach(smallCount, [&](std::size_t k) { work(*small[k], Team::Alone()); });
+  for (auto body = large; body != small.end(); ++body)
+    work(**body, team);
 }
 
 /// Makes the slabs, which take time and save time from the second question on, and fine trees where
@@ -81,11 +99,13 @@ void MakeSlabs(const SceneBodies& bodies, bool areSolids, const Run& run, Tally&
             !(body->DeservesFine() && !body->FineIfMade()));
   };
   lacking.erase(std::remove_if(lacking.begin(), lacking.end(), needsNone), lacking.end());
-  RunJobs(run, lacking.size(), [&](std::size_t k) {
+  if (lacking.empty()) return;
+  Team team(run, WorthwhileThreads(lacking));
+  WorkOnEach(lacking, team, [&](const PreparedBody& body, Team& its) {
     const auto goesOn = [&tally] { return tally.Continue(0.0); };
-    if (!tally.IsCancelled()) lacking[k]->MakeSlabs(goesOn);
-    if (!tally.IsCancelled() && areSolids) lacking[k]->MakeFacings(goesOn);
-    if (!tally.IsCancelled() && lacking[k]->DeservesFine()) lacking[k]->MakeFine(goesOn);
+    if (!tally.IsCancelled()) body.MakeSlabs(goesOn, its);
+    if (!tally.IsCancelled() && areSolids) body.MakeFacings(goesOn, its);
+    if (!tally.IsCancelled() && body.DeservesFine()) body.MakeFine(goesOn, its);
   });
 }
 
@@ -135,11 +155,18 @@ void RequireTouch(const Question& question) {
   }
 }
 
+void DecideSolidsOn(const Run& run, const PairState& state) {
+  Team team(run, WorthwhileThreads(state.all));
+  DecideSolids(state.bodies, team);
+}
+
 /// Answers one question by answer(bodies, question, watch, workspaces).
 template <class AnswerOne>
 auto AnswerAlone(PairState& state, const Question& question, const Run& run,
                  const AnswerOne& answer) {
   RequireQuestion(question);
+  Team team(run, WorthwhileThreads(state.all));
+  if (question.rule == Rule::Solid) DecideSolids(state.bodies, team);
   RequireSolids(state.bodies, question);
   using Result =
       decltype(answer(state.bodies, question, run.progress, std::declval<Workspaces&>()));
@@ -149,6 +176,7 @@ auto AnswerAlone(PairState& state, const Question& question, const Run& run,
     if (tally.IsCancelled()) return Result();
   }
   Borrowed borrowed(state);
+  borrowed.Get().team = &team;
   return answer(state.bodies, question, run.progress, borrowed.Get());
 }
 
@@ -156,10 +184,13 @@ auto AnswerAlone(PairState& state, const Question& question, const Run& run,
 template <class Require, class AnswerOne>
 void AnswerBatch(PairState& state, const Question* questions, std::size_t count, Answer* answers,
                  const Run& run, const Require& require, const AnswerOne& answer) {
+  bool areDecided = false;
   for (std::size_t k = 0; k < count; ++k) {
     try {
       require(questions[k]);
       RequireQuestion(questions[k]);
+      if (questions[k].rule == Rule::Solid && !std::exchange(areDecided, true))
+        DecideSolidsOn(run, state);
       RequireSolids(state.bodies, questions[k]);
     } catch (const std::invalid_argument&) {
       RethrowFor("question", k);
@@ -187,15 +218,13 @@ Pair::Pair(Body moving, std::vector<Body> fixed, const Run& run)
     bodies.fixed.push_back(body.m_prepared.get());
   m_state->keptBodies = std::move(fixed);
   m_state->keptBodies.push_back(std::move(moving));
-  const std::vector<const PreparedBody*> all = AllBodies(bodies);
+  m_state->all = AllBodies(bodies);
+  const std::vector<const PreparedBody*>& all = m_state->all;
   Tally tally(run, all.size());
-  RunJobs(run, all.size(), [&](std::size_t k) {
+  Team team(run, WorthwhileThreads(all));
+  WorkOnEach(all, team, [&tally](const PreparedBody& body, Team& its) {
     if (tally.IsCancelled()) return;
-    if (all[k]->IsComfortable()) {
-      all[k]->SingleTree();
-    } else {
-      all[k]->DoubleTree();
-    }
+    body.Prepare(its);
     tally.Add();
   });
 }
@@ -238,6 +267,7 @@ PatchSummary Pair::FindPatch(const Question& question, Contact* out, std::size_t
 std::vector<Answer> Pair::FirstOfEach(const Question& question, const Run& run) const {
   RequireQuestion(question);
   const SceneBodies& bodies = m_state->bodies;
+  if (question.rule == Rule::Solid) DecideSolidsOn(run, *m_state);
   RequireSolids(bodies, question);
   std::vector<Answer> answers(bodies.fixed.size());
   if (answers.empty()) return answers;

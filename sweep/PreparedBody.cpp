@@ -11,8 +11,8 @@
 
 namespace gsl_sweep {
 
-PreparedBody::PreparedBody(const TriangleView& view)
-    : m_corners(view), m_isComfortable(m_corners.AreComfortable()),
+PreparedBody::PreparedBody(const TriangleView& view, Team& team)
+    : m_corners(view, team), m_isComfortable(m_corners.AreComfortable()),
       m_leastMagnitude(m_corners.LeastMagnitude()), m_triangleCount(m_corners.Count()),
       m_skippedCount(m_corners.SkippedCount()) {}
 
@@ -35,10 +35,18 @@ PreparedBody::PreparedBody(const PreparedBody& other, const Array<double>& verti
   }
 }
 
-void PreparedBody::NeedLeaves() const {
-  std::call_once(m_leavesOnce, [this] {
+void PreparedBody::Prepare(Team& team) const {
+  if (m_isComfortable) {
+    NeedSingle(team);
+  } else {
+    NeedDouble(team);
+  }
+}
+
+void PreparedBody::NeedLeaves(Team& team) const {
+  std::call_once(m_leavesOnce, [this, &team] {
     LeafBoxes boxes;
-    m_leaves = MakeLeaves(m_corners, boxes);
+    m_leaves = MakeLeaves(m_corners, boxes, team);
     m_bounds = boxes.bounds;
     m_leafBoxes = std::move(boxes.boxes);
   });
@@ -142,43 +150,44 @@ void PreparedBody::TestComponents() const {
   m_surface.solidity.triangle = m_corners.Number(m_surface.components[ray / 2]);
 }
 
-const Tree<float>& PreparedBody::SingleTree() const {
-  NeedLeaves();
-  std::call_once(m_singleOnce, [this] {
-    m_single = Tree<float>::Over(m_corners, m_leaves, m_leafBoxes);
+const Tree<float>& PreparedBody::NeedSingle(Team& team) const {
+  NeedLeaves(team);
+  std::call_once(m_singleOnce, [this, &team] {
+    m_single = Tree<float>::Over(m_corners, m_leaves, m_leafBoxes, team);
     m_leafBoxes = Array<Box<float>>();
     m_hasSingle = true;
   });
   return m_single;
 }
 
-const Tree<double>& PreparedBody::DoubleTree() const {
-  NeedLeaves();
-  std::call_once(m_doubleOnce, [this] {
-    m_double = Tree<double>::Over(m_corners, m_leaves, ExactBoxes(m_corners, m_leaves));
+const Tree<double>& PreparedBody::NeedDouble(Team& team) const {
+  NeedLeaves(team);
+  std::call_once(m_doubleOnce, [this, &team] {
+    const Array<Box<double>> boxes = ExactBoxes(m_corners, m_leaves, team);
+    m_double = Tree<double>::Over(m_corners, m_leaves, boxes, team);
     m_hasDouble = true;
   });
   return m_double;
 }
 
-void PreparedBody::MakeSlabs(const std::function<bool()>& goesOn) const {
-  const Tree<float>& tree = SingleTree();
+void PreparedBody::MakeSlabs(const std::function<bool()>& goesOn, Team& team) const {
+  const Tree<float>& tree = NeedSingle(team);
   m_slabs.MakeOnce(goesOn, [&](const std::function<bool()>& asked) {
-    return Slabs::Of(m_corners, m_leaves, tree, asked);
+    return Slabs::Of(m_corners, m_leaves, tree, asked, team);
   });
 }
 
-void PreparedBody::MakeFine(const std::function<bool()>& goesOn) const {
-  const Tree<float>& tree = SingleTree();
+void PreparedBody::MakeFine(const std::function<bool()>& goesOn, Team& team) const {
+  const Tree<float>& tree = NeedSingle(team);
   m_fine.MakeOnce(goesOn, [&](const std::function<bool()>& asked) {
-    return FineTree::Of(m_corners, m_leaves, tree, asked);
+    return FineTree::Of(m_corners, m_leaves, tree, asked, team);
   });
 }
 
-void PreparedBody::MakeFacings(const std::function<bool()>& goesOn) const {
-  const Tree<float>& tree = SingleTree();
+void PreparedBody::MakeFacings(const std::function<bool()>& goesOn, Team& team) const {
+  const Tree<float>& tree = NeedSingle(team);
   m_facings.MakeOnce(goesOn, [&](const std::function<bool()>& asked) {
-    return Facings::Of(m_corners, m_leaves, tree, asked);
+    return Facings::Of(m_corners, m_leaves, tree, asked, team);
   });
 }
 

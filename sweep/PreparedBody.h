@@ -14,13 +14,19 @@
 namespace gsl_sweep {
 
 /// The part that bodies share: their triangles, the leaves and the trees over them. Leaves and
-/// trees are made once, when they are first needed, by the first thread that needs them. So the
-/// bodies of a pair are prepared side by side.
+/// trees are made once, when they are first needed, by the first thread that needs them and its
+/// team. So the bodies of a pair are prepared side by side.
 class PreparedBody {
 public:
-  explicit PreparedBody(const TriangleView& view);
+  explicit PreparedBody(const TriangleView& view, Team& team = Team::Alone());
   /// Holds the same triangles with other vertices, three numbers each, in the order of Triangles().
   PreparedBody(const PreparedBody& other, const Array<double>& vertices);
+
+  /// Makes the leaves, and the tree that questions about this body use.
+  void Prepare(Team& team) const;
+  /// Returns as many threads as it is worth to prepare the body: making what fewer triangles need
+  /// takes less time than starting a thread.
+  std::size_t WorthwhileThreads() const { return m_triangleCount >> 13; }
 
   std::size_t TriangleCount() const { return m_triangleCount; }
   std::size_t SkippedCount() const { return m_skippedCount; }
@@ -79,9 +85,9 @@ public:
     return m_wholeNumbers.empty() ? number : m_wholeNumbers[number];
   }
 
-  const Tree<float>& SingleTree() const;
+  const Tree<float>& SingleTree() const { return NeedSingle(Team::Alone()); }
   /// Returns the tree over the exact coordinates, wherever the body is.
-  const Tree<double>& DoubleTree() const;
+  const Tree<double>& DoubleTree() const { return NeedDouble(Team::Alone()); }
 
   /// Return null until they have been made.
   const Slabs* SlabsIfMade() const { return m_slabs.IfMade(); }
@@ -89,9 +95,9 @@ public:
   const Facings* FacingsIfMade() const { return m_facings.IfMade(); }
   /// Return at once where another thread is making them. Give up, so that they can be made later,
   /// when `goesOn`, which is called now and then, returns false.
-  void MakeSlabs(const std::function<bool()>& goesOn = {}) const;
-  void MakeFine(const std::function<bool()>& goesOn = {}) const;
-  void MakeFacings(const std::function<bool()>& goesOn = {}) const;
+  void MakeSlabs(const std::function<bool()>& goesOn = {}, Team& team = Team::Alone()) const;
+  void MakeFine(const std::function<bool()>& goesOn = {}, Team& team = Team::Alone()) const;
+  void MakeFacings(const std::function<bool()>& goesOn = {}, Team& team = Team::Alone()) const;
 
   /// Counts the visits of walks through the trees.
   void CountVisits(std::size_t count) const {
@@ -107,7 +113,9 @@ public:
 private:
   static constexpr std::size_t kLeastVisits = 10000;
 
-  void NeedLeaves() const;
+  void NeedLeaves(Team& team = Team::Alone()) const;
+  const Tree<float>& NeedSingle(Team& team) const;
+  const Tree<double>& NeedDouble(Team& team) const;
   const SolidSurface& Surface() const;
   void TestComponents() const;
   void MakeParts() const;

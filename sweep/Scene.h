@@ -56,8 +56,9 @@ struct TreeInUse {
 template <class Scalar>
 struct Scene {
   Scene(const SceneBodies& sceneBodies, const TravelDirection& travelDirection,
-        const RangeScale& rangeScale, const Question& question, bool canFilter)
-      : bodies(sceneBodies), direction(travelDirection), scale(rangeScale),
+        const RangeScale& rangeScale, const Question& question, bool canFilter,
+        Team& sceneTeam = Team::Alone())
+      : bodies(sceneBodies), team(sceneTeam), direction(travelDirection), scale(rangeScale),
         test(travelDirection.Vector()), slabTest(travelDirection.Vector()),
         shadowAxes(travelDirection), moving(question.offset, rangeScale, question.clearance),
         fixed({0.0, 0.0, 0.0}, rangeScale), clearance(rangeScale.Down(question.clearance)),
@@ -140,6 +141,7 @@ struct Scene {
   }
 
   const SceneBodies& bodies;
+  Team& team; ///< makes what the walk finds worth making
   const TravelDirection& direction;
   const RangeScale& scale;
   TravelTest<Scalar> test;

@@ -291,18 +291,44 @@ private:
 };
 
 /// Fills the slabs of a tree, from its last node to its first: children come after their parents.
+/// Several threads fill runs of nodes side by side.
 class SlabMaker {
 public:
-  SlabMaker(const Leaves& leaves, const Tree<float>& tree, Slabs& slabs)
-      : m_leaves(leaves), m_tree(tree), m_slabs(slabs), m_slabsOf(tree.nodes.size()) {
+  SlabMaker(const Leaves& leaves, const Tree<float>& tree, Team& team, Slabs& slabs)
+      : m_leaves(leaves), m_tree(tree), m_team(team), m_slabs(slabs),
+        m_runs(tree.RunsUpwards(team)), m_sidesOf(m_runs.size()), m_slabsOf(tree.nodes.size()) {
     slabs.nodes = Array<SlabNode>(tree.nodes.size());
-    // Pages that are not touched cost nothing.
-    slabs.sides = Array<SlabLanes>(tree.nodes.size());
     slabs.sidesOf = Array<std::uint32_t>(tree.nodes.size());
   }
 
+  /// Returns false when `goesOn` stops the work.
   template <class Reader>
-  void Fill(const Reader& reader, std::size_t k) {
+  bool Fill(const Reader& reader, GoesOn& goesOn) {
+    constexpr std::size_t kAskEvery = 1024;
+    EachUpwards(m_runs, m_team, [&](std::size_t run) {
+      const NodeRun& nodes = m_runs[run];
+      // Pages that are not touched cost nothing.
+      m_sidesOf[run].sides = Array<SlabLanes>(nodes.end - nodes.begin);
+      for (std::size_t k = nodes.end; !goesOn.IsStopped() && k-- > nodes.begin;) {
+        FillNode(reader, k, m_sidesOf[run]);
+        if (k % kAskEvery == kAskEvery - 1) goesOn.Ask();
+      }
+    });
+    if (goesOn.IsStopped()) return false;
+    m_slabs.root = m_slabsOf[0].slab;
+    NumberSides();
+    return true;
+  }
+
+private:
+  /// The side slabs of a run of nodes. Until all runs are done, numbers begin at 0 in each.
+  struct RunSides {
+    Array<SlabLanes> sides;
+    std::size_t count = 0, at = 0;
+  };
+
+  template <class Reader>
+  void FillNode(const Reader& reader, std::size_t k, RunSides& of) {
     const TreeNode<float>& node = m_tree.nodes[k];
     SlabNode filled{};
     SlabLanes sides{};
@@ -320,49 +346,63 @@ public:
       hasSide = true;
     }
     m_slabs.nodes[k] = filled;
-    m_slabs.sidesOf[k] = hasSide ? static_cast<std::uint32_t>(m_sideCount) : Slabs::kNoSide;
-    if (hasSide) m_slabs.sides[m_sideCount++] = sides;
+    m_slabs.sidesOf[k] = hasSide ? static_cast<std::uint32_t>(of.count) : Slabs::kNoSide;
+    if (hasSide) of.sides[of.count++] = sides;
     const SlabChildren children(node, filled, hasSide ? &sides : nullptr);
     m_slabsOf[k].slab = children.Make();
     m_slabsOf[k].side = children.MakeSide(m_slabsOf[k].slab);
-    if (k == 0) m_slabs.root = m_slabsOf[0].slab;
   }
 
-  /// Leaves out what is not needed.
-  void Finish() {
-    m_slabs.sides.Shorten(m_sideCount);
-    if (m_sideCount > 0) return;
-    m_slabs.sides = Array<SlabLanes>();
-    m_slabs.sidesOf = Array<std::uint32_t>();
+  /// Numbers the side slabs through, and leaves out what is not needed.
+  void NumberSides() {
+    std::size_t count = 0;
+    for (RunSides& of : m_sidesOf) {
+      of.at = count;
+      count += of.count;
+    }
+    if (count == 0) {
+      m_slabs.sidesOf = Array<std::uint32_t>();
+    } else if (m_runs.size() == 1) {
+      m_slabs.sides = std::move(m_sidesOf[0].sides);
+      m_slabs.sides.Shorten(count);
+    } else {
+      m_slabs.sides = Array<SlabLanes>(count);
+      Blocks(m_runs.size(), 1).ForEach(m_team, [&](std::size_t run) { PlaceSides(run); });
+    }
   }
 
-private:
+  void PlaceSides(std::size_t run) {
+    const RunSides of = std::move(m_sidesOf[run]);
+    std::copy_n(of.sides.data(), of.count, m_slabs.sides.data() + of.at);
+    for (std::size_t k = m_runs[run].begin; k < m_runs[run].end; ++k) {
+      std::uint32_t& number = m_slabs.sidesOf[k];
+      if (number != Slabs::kNoSide) number += static_cast<std::uint32_t>(of.at);
+    }
+  }
+
   const Leaves& m_leaves;
   const Tree<float>& m_tree;
+  Team& m_team;
   Slabs& m_slabs;
+  const std::vector<NodeRun> m_runs;
+  std::vector<RunSides> m_sidesOf; ///< of each run
   Array<TwoSlabs> m_slabsOf;
-  std::size_t m_sideCount = 0;
 };
 
 } // namespace
 
 std::unique_ptr<const Slabs> Slabs::Of(const Corners& corners, const Leaves& leaves,
-                                       const Tree<float>& tree,
-                                       const std::function<bool()>& goesOn) {
-  constexpr std::size_t kAskEvery = 1024;
+                                       const Tree<float>& tree, const std::function<bool()>& goesOn,
+                                       Team& team) {
   auto slabs = std::make_unique<Slabs>();
   bool isWhole = true;
   corners.Read([&](const auto& reader) {
-    if (tree.root.IsLeaf() && !tree.root.IsNone()) {
-      slabs->root = SlabsOfLeaf(reader, leaves, 0, tree.box).slab;
+    if (tree.root.IsLeaf()) {
+      if (!tree.root.IsNone()) slabs->root = SlabsOfLeaf(reader, leaves, 0, tree.box).slab;
       return;
     }
-    SlabMaker maker(leaves, tree, *slabs);
-    for (std::size_t k = tree.nodes.size(); isWhole && k-- > 0;) {
-      maker.Fill(reader, k);
-      if (goesOn && k % kAskEvery == kAskEvery - 1) isWhole = goesOn();
-    }
-    maker.Finish();
+    GoesOn asked(goesOn);
+    isWhole = SlabMaker(leaves, tree, team, *slabs).Fill(reader, asked);
   });
   if (!isWhole) return nullptr;
   return slabs;

@@ -74,7 +74,8 @@ struct Slabs {
   /// Returns null when `goesOn`, which is called now and then, returns false.
   static std::unique_ptr<const Slabs> Of(const Corners& corners, const Leaves& leaves,
                                          const Tree<float>& tree,
-                                         const std::function<bool()>& goesOn = {});
+                                         const std::function<bool()>& goesOn = {},
+                                         Team& team = Team::Alone());
 
   std::size_t Bytes() const { return nodes.Bytes() + sides.Bytes() + sidesOf.Bytes(); }
 };

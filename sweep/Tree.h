@@ -57,25 +57,47 @@ struct alignas(64) TreeNode {
   std::uint32_t least[4]; ///< triangle number below each child
 };
 
-/// A tree of boxes over the leaves of a body; every child comes after its parent.
+/// Nodes that follow each other, from `begin` to before `end`, for one thread at a time.
+struct NodeRun {
+  std::size_t begin, end;
+  int stage; ///< the nodes below belong to runs of earlier stages or to the run itself
+};
+
+/// The stage that takes its runs one after the other.
+constexpr int kLastStage = 2;
+
+/// Calls work(k) for each of some runs, stage by stage. All runs of a tree are in such an order
+/// that children come before their parents when each run is taken from its end.
+void EachUpwards(const std::vector<NodeRun>& runs, Team& team,
+                 const std::function<void(std::size_t)>& work);
+
+/// A tree of boxes over the leaves of a body. Every child comes after its parent, and the nodes
+/// below a node follow it without a gap, apart from the last ones, which have leaves alone.
 template <class Scalar>
 struct Tree {
   Array<TreeNode<Scalar>> nodes;
-  TreeRef root; ///< none for a body without triangles
+  std::size_t orderedCount = 0; ///< of the nodes before those last ones
+  TreeRef root;                 ///< none for a body without triangles
   Box<Scalar> box = Box<Scalar>::Empty();
   std::uint32_t least = 0;
 
   /// Returns the box of each leaf, which MakeLeaves computes for float.
-  static Tree Over(const Corners& corners, const Leaves& leaves, const Array<Box<Scalar>>& boxes);
+  static Tree Over(const Corners& corners, const Leaves& leaves, const Array<Box<Scalar>>& boxes,
+                   Team& team = Team::Alone());
 
   /// Builds the same tree with other boxes of its leaves.
   Tree Refitted(const Array<Box<Scalar>>& leafBoxes) const;
+
+  /// Returns runs that hold each node once, the last nodes first. A team of one thread gets one
+  /// run.
+  std::vector<NodeRun> RunsUpwards(const Team& team) const;
 
   std::size_t Bytes() const { return nodes.Bytes(); }
 };
 
 /// Returns the exact boxes of leaves.
-Array<Box<double>> ExactBoxes(const Corners& corners, const Leaves& leaves);
+Array<Box<double>> ExactBoxes(const Corners& corners, const Leaves& leaves,
+                              Team& team = Team::Alone());
 
 extern template struct Tree<float>;
 extern template struct Tree<double>;

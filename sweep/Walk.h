@@ -211,7 +211,7 @@ template <class GoesOn>
 bool Walk<Scalar, Judgement>::LearnFacings(const PreparedBody& body, const GoesOn& goesOn) {
   if (body.FacingsIfMade() != nullptr || m_visits < body.TriangleCount() / kTrianglesPerVisit)
     return false;
-  body.MakeFacings(goesOn);
+  body.MakeFacings(goesOn, m_scene.team);
   return body.FacingsIfMade() != nullptr;
 }
 
@@ -236,9 +236,10 @@ template <bool kMoving, class GoesOn>
 void Walk<Scalar, Judgement>::Improve(std::size_t fixedBody, const GoesOn& goesOn) {
   if (m_scene.template TreeOf<kMoving>(fixedBody).isFine) return;
   const PreparedBody& body = m_scene.template BodyOf<kMoving>(fixedBody);
+  Team& team = m_scene.team;
   body.CountVisits(kWatchEvery);
-  if (m_visits > kSlabsAfter && body.SlabsIfMade() == nullptr) body.MakeSlabs(goesOn);
-  if (body.DeservesFine() && body.FineIfMade() == nullptr) body.MakeFine(goesOn);
+  if (m_visits > kSlabsAfter && body.SlabsIfMade() == nullptr) body.MakeSlabs(goesOn, team);
+  if (body.DeservesFine() && body.FineIfMade() == nullptr) body.MakeFine(goesOn, team);
   const FineTree* fine = m_scene.template UseBestTree<kMoving>(fixedBody);
   if (fine == nullptr) return;
   for (NodePair<Scalar>& pair : m_stack) {

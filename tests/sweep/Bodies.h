@@ -1,13 +1,16 @@
 #ifndef GSL_TESTS_SWEEP_BODIES_H
 #define GSL_TESTS_SWEEP_BODIES_H
 
+#include "Jobs.h"
 #include "Leaves.h"
 #include "SweepAsk.h"
 #include "SweepShapes.h"
 #include "Tree.h"
 
 #include <cmath>
+#include <cstring>
 #include <random>
+#include <vector>
 
 /// Meshes and their prepared parts, for the tests of the engine.
 namespace sweep_bodies {
@@ -18,6 +21,7 @@ using gsl_sweep::Box;
 using gsl_sweep::Corners;
 using gsl_sweep::LeafBoxes;
 using gsl_sweep::Leaves;
+using gsl_sweep::Team;
 using gsl_sweep::Tree;
 using gsl_sweep::TreeRef;
 using gsl_tools::ViewOf;
@@ -196,9 +200,9 @@ inline Mesh Soup(unsigned seed, std::size_t count) {
 
 /// What a body is prepared with.
 struct Parts {
-  explicit Parts(const Mesh& mesh) : corners(ViewOf(mesh)) {
-    leaves = MakeLeaves(corners, boxes);
-    tree = Tree<float>::Over(corners, leaves, boxes.boxes);
+  explicit Parts(const Mesh& mesh, Team& team = Team::Alone()) : corners(ViewOf(mesh), team) {
+    leaves = MakeLeaves(corners, boxes, team);
+    tree = Tree<float>::Over(corners, leaves, boxes.boxes, team);
   }
 
   Corners corners;
@@ -206,6 +210,63 @@ struct Parts {
   Leaves leaves;
   Tree<float> tree;
 };
+
+/// Meshes that are large enough for several blocks: in order, in no order, with side slabs, in
+/// double precision with triangles that are skipped, and of coincident triangles.
+inline std::vector<Mesh> LargeMeshes() {
+  Mesh needles = Needles(12000, 1e-4);
+  Mesh skipped = Bowl(120, 0.3);
+  for (const std::size_t corner : {0u, 40000u, 80000u})
+    skipped.corners[corner].x = std::nan("");
+  Mesh copies = Single(Bowl(60, 0.3));
+  for (int k = 0; k < 20000; ++k)
+    sweep_shapes::AddTriangle(copies, {0.0, 0.0, 0.0}, {1.0, 0.0, 0.0}, {0.0, 1.0, 0.0});
+  return {Single(Bowl(120, 0.3)), Soup(17, 40000), Single(std::move(needles)), std::move(skipped),
+          std::move(copies)};
+}
+
+/// Calls check(team) for teams of several threads, and for one of an executor that goes backwards.
+template <class Check>
+void WithEachTeam(const Check& check) {
+  for (const unsigned threads : {2u, 3u, 8u}) {
+    gsl_sweep::Run run;
+    run.threads = threads;
+    Team team(run, threads);
+    check(team);
+  }
+  gsl_sweep::Run run;
+  run.executor = [](std::size_t count, const std::function<void(std::size_t)>& job) {
+    for (std::size_t k = count; k-- > 0;)
+      job(k);
+  };
+  Team team(run, 1);
+  check(team);
+}
+
+/// Returns true when two arrays have the same bytes. Elements have no padding.
+template <class T>
+bool SameBytes(const gsl_sweep::Array<T>& a, const gsl_sweep::Array<T>& b) {
+  return a.size() == b.size() && (a.size() == 0 || std::memcmp(a.data(), b.data(), a.Bytes()) == 0);
+}
+
+template <class Scalar>
+bool SameBytes(const Tree<Scalar>& a, const Tree<Scalar>& b) {
+  if (a.nodes.size() != b.nodes.size() || a.orderedCount != b.orderedCount || a.least != b.least ||
+      std::memcmp(&a.root, &b.root, sizeof a.root) != 0 ||
+      std::memcmp(&a.box, &b.box, sizeof a.box) != 0) {
+    return false;
+  }
+  for (std::size_t k = 0; k < a.nodes.size(); ++k) {
+    const auto& one = a.nodes[k];
+    const auto& other = b.nodes[k];
+    if (std::memcmp(&one.boxes, &other.boxes, sizeof one.boxes) != 0 ||
+        std::memcmp(one.child, other.child, sizeof one.child) != 0 ||
+        std::memcmp(one.least, other.least, sizeof one.least) != 0) {
+      return false;
+    }
+  }
+  return true;
+}
 
 /// Calls work(place) for each triangle below a lane.
 template <class Scalar, class Work>

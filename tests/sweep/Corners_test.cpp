@@ -1,9 +1,12 @@
 #include "Corners.h"
 
+#include "Bodies.h"
+
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <limits>
+#include <random>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -11,6 +14,7 @@
 namespace {
 
 using namespace gsl_sweep;
+using gsl_mesh::Mesh;
 
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
@@ -122,6 +126,62 @@ TEST(Corners, ReorderKeepsNumbersWithTheirTriangles) {
     EXPECT_EQ(corners.Number(place), place * 49 % 40);
     EXPECT_EQ(corners.At(place, 1).x, 9.0 * corners.Number(place) + 3.0);
   }
+}
+
+/// What a reader of all storages sees.
+void ExpectSame(const Corners& corners, const Corners& alone) {
+  ASSERT_EQ(corners.Count(), alone.Count());
+  EXPECT_EQ(corners.SkippedCount(), alone.SkippedCount());
+  EXPECT_EQ(corners.IsSingle(), alone.IsSingle());
+  EXPECT_EQ(corners.AreComfortable(), alone.AreComfortable());
+  EXPECT_EQ(corners.LeastMagnitude(), alone.LeastMagnitude());
+  EXPECT_EQ(corners.Bytes(), alone.Bytes());
+  for (std::size_t place = 0; place < alone.Count(); ++place) {
+    ASSERT_EQ(corners.Number(place), alone.Number(place));
+    for (int k = 0; k < 3; ++k) {
+      ASSERT_EQ(corners.VertexNumber(place, k), alone.VertexNumber(place, k));
+      const Coord3 p = corners.At(place, k);
+      const Coord3 q = alone.At(place, k);
+      ASSERT_TRUE(p.x == q.x && p.y == q.y && p.z == q.z);
+    }
+  }
+}
+
+TEST(Corners, AreTheSameForAnyTeam) {
+  std::vector<Mesh> meshes = sweep_bodies::LargeMeshes();
+  Mesh last = meshes.front(); // only the last vertex needs double precision, and is small
+  last.corners.back() = {0x1.000001p-120, 0.0, 0.0};
+  meshes.push_back(last);
+  std::mt19937 random(3);
+  for (const Mesh& mesh : meshes) {
+    const std::size_t vertexCount = mesh.corners.size();
+    std::vector<std::uint32_t> order(vertexCount);
+    for (std::uint32_t& corner : order)
+      corner = static_cast<std::uint32_t>(random() % vertexCount);
+    const TriangleView plain = gsl_tools::ViewOf(mesh);
+    const TriangleView indexed{plain.vertices, vertexCount, order.data(), vertexCount / 3};
+    for (const TriangleView& view : {plain, indexed}) {
+      const Corners alone(view);
+      sweep_bodies::WithEachTeam([&](Team& team) { ExpectSame(Corners(view, team), alone); });
+    }
+  }
+}
+
+TEST(Corners, ATeamNamesTheFirstWrongCorner) {
+  const Mesh mesh = sweep_bodies::LargeMeshes().front();
+  const std::size_t count = mesh.corners.size();
+  std::vector<std::uint32_t> order(count, 0);
+  order[70000] = 999999;
+  order[count - 1] = 888888;
+  const TriangleView view{gsl_tools::ViewOf(mesh).vertices, count, order.data(), count / 3};
+  sweep_bodies::WithEachTeam([&](Team& team) {
+    try {
+      const Corners corners(view, team);
+      FAIL();
+    } catch (const std::invalid_argument& error) {
+      EXPECT_EQ(std::string(error.what()).find("corner 70000 is vertex 999999, expected"), 0u);
+    }
+  });
 }
 
 } // namespace

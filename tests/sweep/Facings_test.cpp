@@ -5,7 +5,9 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <cmath>
+#include <vector>
 
 namespace {
 
@@ -183,6 +185,39 @@ TEST(Facings, KnowNothingOfOtherNodes) {
   const auto facings = Facings::Of(parts.corners, parts.leaves, parts.tree);
   FacedNodes nodes(*facings, parts.tree, {0.0, 0.0, 1.0});
   EXPECT_EQ(nodes.Of(parts.tree.nodes.size()), 15u);
+}
+
+TEST(Facings, AreTheSameForAnyTeam) {
+  std::vector<Mesh> meshes = LargeMeshes();
+  meshes.push_back(Squares(70, {0, 0, 0}, {1, 2, 3})); // whole nodes with one direction
+  for (const Mesh& mesh : meshes) {
+    const Parts parts(mesh);
+    const auto alone = Facings::Of(parts.corners, parts.leaves, parts.tree);
+    WithEachTeam([&](Team& team) {
+      const auto facings = Facings::Of(parts.corners, parts.leaves, parts.tree, {}, team);
+      EXPECT_TRUE(SameBytes(facings->nodes, alone->nodes));
+      ASSERT_EQ(facings->directions.size(), alone->directions.size());
+      for (std::size_t k = 0; k < alone->directions.size(); ++k)
+        EXPECT_EQ(std::memcmp(&facings->directions[k], &alone->directions[k], sizeof(Coord3)), 0);
+      EXPECT_EQ(std::memcmp(facings->unit, alone->unit, sizeof alone->unit), 0);
+      EXPECT_EQ(std::memcmp(facings->reach, alone->reach, sizeof alone->reach), 0);
+    });
+  }
+}
+
+TEST(Facings, AreGivenUpByATeam) {
+  const Parts parts(Soup(3, 60000));
+  WithEachTeam([&](Team& team) {
+    for (const int most : {0, 2, 10}) {
+      std::atomic<int> asked{0};
+      const auto goesOn = [&] { return ++asked <= most; };
+      const auto facings = Facings::Of(parts.corners, parts.leaves, parts.tree, goesOn, team);
+      // A thread does not wait to ask while another asks, so there may be fewer calls.
+      EXPECT_EQ(facings == nullptr, asked == most + 1);
+      EXPECT_LE(asked, most + 1);
+      EXPECT_TRUE(most > 0 || facings == nullptr);
+    }
+  });
 }
 
 } // namespace

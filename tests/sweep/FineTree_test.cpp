@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <vector>
 
 namespace {
@@ -108,6 +109,37 @@ TEST(FineTree, IsGivenUp) {
             nullptr);
   EXPECT_NE(FineTree::Of(parts.corners, parts.leaves, parts.tree, [&] { return ++asked > 0; }),
             nullptr);
+}
+
+TEST(FineTree, IsTheSameForAnyTeam) {
+  for (const Mesh& mesh : LargeMeshes()) {
+    const Parts parts(mesh);
+    const auto alone = FineTree::Of(parts.corners, parts.leaves, parts.tree);
+    WithEachTeam([&](Team& team) {
+      const auto fine = FineTree::Of(parts.corners, parts.leaves, parts.tree, {}, team);
+      EXPECT_TRUE(SameBytes(fine->leaves.begin, alone->leaves.begin));
+      EXPECT_TRUE(SameBytes(fine->tree, alone->tree));
+      EXPECT_TRUE(SameBytes(fine->ofLeaf, alone->ofLeaf));
+      EXPECT_TRUE(SameBytes(fine->slabs->nodes, alone->slabs->nodes));
+      EXPECT_TRUE(SameBytes(fine->slabs->sides, alone->slabs->sides));
+      EXPECT_TRUE(SameBytes(fine->slabs->sidesOf, alone->slabs->sidesOf));
+    });
+  }
+}
+
+TEST(FineTree, IsGivenUpByATeam) {
+  const Parts parts(Soup(3, 60000));
+  WithEachTeam([&](Team& team) {
+    for (const int most : {0, 1, 3}) {
+      std::atomic<int> asked{0};
+      const auto goesOn = [&] { return ++asked <= most; };
+      const auto fine = FineTree::Of(parts.corners, parts.leaves, parts.tree, goesOn, team);
+      // A thread does not wait to ask while another asks, so there may be fewer calls.
+      EXPECT_EQ(fine == nullptr, asked == most + 1);
+      EXPECT_LE(asked, most + 1);
+      EXPECT_TRUE(most > 1 || fine == nullptr);
+    }
+  });
 }
 
 } // namespace

@@ -139,4 +139,32 @@ TEST(Leaves, MeasuredAgainAreTheSame) {
   }
 }
 
+TEST(Leaves, AreTheSameForAnyTeam) {
+  for (Mesh& mesh : LargeMeshes()) {
+    for (const double shift : {0.0, 1000.0}) { // far away, runs are measured around their middle
+      const Mesh moved = sweep_shapes::Moved(mesh, {shift, 0.0, 0.0});
+      const Parts alone(moved);
+      WithEachTeam([&](Team& team) {
+        const Parts parts(moved, team);
+        EXPECT_TRUE(SameBytes(parts.leaves.begin, alone.leaves.begin));
+        EXPECT_TRUE(SameBytes(parts.boxes.boxes, alone.boxes.boxes));
+        EXPECT_EQ(std::memcmp(&parts.boxes.bounds, &alone.boxes.bounds, sizeof alone.boxes.bounds),
+                  0);
+        EXPECT_EQ(parts.corners.IsReordered(), alone.corners.IsReordered());
+        for (std::size_t place = 0; place < alone.corners.Count(); ++place)
+          ASSERT_EQ(parts.corners.Number(place), alone.corners.Number(place));
+        LeafBoxes measured;
+        MeasureLeaves(alone.corners, alone.leaves, measured, team);
+        EXPECT_TRUE(SameBytes(measured.boxes, alone.boxes.boxes));
+      });
+    }
+  }
+}
+
+TEST(Leaves, EndWhereABlockEnds) {
+  const Parts parts(Single(Bowl(120, 0.3)));
+  const Array<std::uint32_t>& begin = parts.leaves.begin;
+  EXPECT_TRUE(std::binary_search(begin.begin(), begin.end(), kTriangleBlock));
+}
+
 } // namespace

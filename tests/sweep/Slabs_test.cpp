@@ -5,6 +5,9 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <stdexcept>
+
 namespace {
 
 using namespace gsl_sweep;
@@ -380,6 +383,39 @@ TEST(SlabTest, RejectsPlatesThatStayApart) {
       EXPECT_FALSE(areApart({0.75, 0.5, along}, 128.0f));
     }
   }
+}
+
+bool AreTheSame(const Slabs& a, const Slabs& b) {
+  return SameBytes(a.nodes, b.nodes) && SameBytes(a.sides, b.sides) &&
+         SameBytes(a.sidesOf, b.sidesOf) && std::memcmp(&a.root, &b.root, sizeof a.root) == 0;
+}
+
+TEST(Slabs, AreTheSameForAnyTeam) {
+  std::size_t sides = 0;
+  for (const Mesh& mesh : LargeMeshes()) {
+    const Parts parts(mesh);
+    const auto alone = Slabs::Of(parts.corners, parts.leaves, parts.tree);
+    sides += alone->sides.size();
+    WithEachTeam([&](Team& team) {
+      const auto slabs = Slabs::Of(parts.corners, parts.leaves, parts.tree, {}, team);
+      EXPECT_TRUE(AreTheSame(*slabs, *alone));
+    });
+  }
+  EXPECT_GT(sides, 1000u);
+}
+
+TEST(Slabs, AreGivenUpByATeam) {
+  const Parts parts(Soup(3, 60000));
+  WithEachTeam([&](Team& team) {
+    std::atomic<int> asked{0};
+    const auto goesOn = [&] { return ++asked < 1; };
+    EXPECT_EQ(Slabs::Of(parts.corners, parts.leaves, parts.tree, goesOn, team), nullptr);
+    EXPECT_EQ(asked, 1); // nobody is asked again
+    const auto throws = []() -> bool { throw std::runtime_error("no"); };
+    EXPECT_THROW(Slabs::Of(parts.corners, parts.leaves, parts.tree, throws, team),
+                 std::runtime_error);
+    EXPECT_NE(Slabs::Of(parts.corners, parts.leaves, parts.tree, {}, team), nullptr);
+  });
 }
 
 } // namespace

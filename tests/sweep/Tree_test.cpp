@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <mutex>
 #include <vector>
 
 namespace {
@@ -76,6 +77,60 @@ TEST(Tree, RefittedHoldsTheMovedTriangles) {
     ExpectSound(refitted, moved, parts.leaves);
     EXPECT_FALSE(Holds(refitted.box, {0.0, 0.0, 0.0}));
   }
+}
+
+TEST(Tree, IsTheSameForAnyTeam) {
+  for (const Mesh& mesh : LargeMeshes()) {
+    const Parts alone(mesh);
+    const Array<Box<double>> boxes = ExactBoxes(alone.corners, alone.leaves);
+    const Tree<double> exact = Tree<double>::Over(alone.corners, alone.leaves, boxes);
+    EXPECT_EQ(alone.tree.orderedCount, alone.tree.nodes.size());
+    WithEachTeam([&](Team& team) {
+      EXPECT_TRUE(SameBytes(Parts(mesh, team).tree, alone.tree));
+      const Array<Box<double>> others = ExactBoxes(alone.corners, alone.leaves, team);
+      EXPECT_TRUE(SameBytes(others, boxes));
+      EXPECT_TRUE(SameBytes(Tree<double>::Over(alone.corners, alone.leaves, others, team), exact));
+    });
+  }
+}
+
+/// Runs hold every node once, from the last to the first, and no run needs a later one.
+TEST(Tree, RunsUpwardsHoldEachNodeAfterItsChildren) {
+  const Parts parts(Single(Bowl(160, 0.3)));
+  ASSERT_GT(parts.tree.nodes.size(), 3000u);
+  EXPECT_EQ(parts.tree.RunsUpwards(Team::Alone()).size(), 1u);
+  WithEachTeam([&](Team& team) {
+    const std::vector<NodeRun> runs = parts.tree.RunsUpwards(team);
+    EXPECT_GT(runs.size(), 2u);
+    std::vector<int> runOf(parts.tree.nodes.size());
+    std::size_t end = parts.tree.nodes.size();
+    for (std::size_t k = 0; k < runs.size(); ++k) {
+      EXPECT_EQ(runs[k].end, end);
+      end = runs[k].begin;
+      for (std::size_t node = runs[k].begin; node < runs[k].end; ++node)
+        runOf[node] = static_cast<int>(k);
+    }
+    EXPECT_EQ(end, 0u);
+    for (std::size_t node = 0; node < runOf.size(); ++node) {
+      for (const TreeRef child : parts.tree.nodes[node].child) {
+        if (child.IsNone() || child.IsLeaf()) continue;
+        const NodeRun& above = runs[static_cast<std::size_t>(runOf[node])];
+        const int below = runOf[child.Index()];
+        EXPECT_TRUE(below == runOf[node] ||
+                    runs[static_cast<std::size_t>(below)].stage < above.stage ||
+                    (above.stage == kLastStage && below < runOf[node]));
+      }
+    }
+    std::vector<std::size_t> order;
+    std::mutex mutex;
+    EachUpwards(runs, team, [&](std::size_t run) {
+      const std::lock_guard<std::mutex> lock(mutex);
+      for (const std::size_t before : order)
+        EXPECT_LE(runs[before].stage, runs[run].stage);
+      order.push_back(run);
+    });
+    EXPECT_EQ(order.size(), runs.size());
+  });
 }
 
 } // namespace
