@@ -62,11 +62,13 @@ double SecondsOfAnswer(const Pair& pair, const Question& question, Asked asked) 
 }
 
 Pair PairOf(const Scene& scene) {
-  return Pair(Body(scene.moving.View()), {Body(scene.fixed.View())}, OnOneThread());
+  const Run run = OnOneThread();
+  return Pair(Body(scene.moving.View(), run), {Body(scene.fixed.View(), run)}, run);
 }
 
 bool AreSolids(const Scene& scene) {
-  return Body(scene.moving.View()).IsSolid() && Body(scene.fixed.View()).IsSolid();
+  const Run run = OnOneThread();
+  return Body(scene.moving.View(), run).IsSolid() && Body(scene.fixed.View(), run).IsSolid();
 }
 
 /// Returns whether a scene is asked this.

@@ -65,8 +65,9 @@ OneShot MeasureOneShot(const Scene& scene, unsigned threads,
   const double begin = threads == 1 ? ProcessorSeconds() : WallSeconds();
   Question question;
   question.direction = scene.direction;
-  const Pair pair(Body(scene.moving.View()), {Body(scene.fixed.View())}, OnThreads(threads));
-  const Answer answer = pair.First(question, OnThreads(threads));
+  const Run run = OnThreads(threads);
+  const Pair pair(Body(scene.moving.View(), run), {Body(scene.fixed.View(), run)}, run);
+  const Answer answer = pair.First(question, run);
   const double end = threads == 1 ? ProcessorSeconds() : WallSeconds();
   return {end - begin, MemoryBytes("VmHWM") - held, answer.contact.travel, answer.status};
 }
@@ -92,9 +93,10 @@ struct Directions {
 
 /// A prepared pair: it has answered two questions.
 Pair Prepared(const Scene& scene, const std::vector<Question>& questions, unsigned threads) {
-  Pair pair(Body(scene.moving.View()), {Body(scene.fixed.View())}, OnThreads(threads));
+  const Run run = OnThreads(threads);
+  Pair pair(Body(scene.moving.View(), run), {Body(scene.fixed.View(), run)}, run);
   Answer answers[2];
-  pair.First(questions.data(), 2, answers, OnThreads(threads));
+  pair.First(questions.data(), 2, answers, run);
   return pair;
 }
 
@@ -140,8 +142,8 @@ struct SolidTimes {
 SolidTimes MeasureSolids(const Scene& scene, const std::vector<std::size_t>& processors) {
   PinToTheLast(processors);
   std::vector<Question> questions = EvenDirections(kDirections);
-  const Body moving(scene.moving.View());
-  const Body fixed(scene.fixed.View());
+  const Body moving(scene.moving.View(), OnThreads(1));
+  const Body fixed(scene.fixed.View(), OnThreads(1));
   const Pair pair(moving, {fixed}, OnThreads(1));
   Answer answers[2];
   pair.First(questions.data(), 2, answers, OnThreads(1));

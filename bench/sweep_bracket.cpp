@@ -150,7 +150,7 @@ Answer TimedSweep(const Mesh& moving, const Mesh& fixed, const Coord3& direction
   Run run;
   run.threads = threads;
   const auto start = Clock::now();
-  const Pair pair(Body(ViewOf(moving)), {Body(ViewOf(fixed))}, run);
+  const Pair pair(Body(ViewOf(moving), run), {Body(ViewOf(fixed), run)}, run);
   const Answer answer = pair.First(question, run);
   milliseconds = MillisecondsSince(start);
   return answer;

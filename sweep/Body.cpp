@@ -7,7 +7,18 @@
 
 namespace gsl_sweep {
 
-Body::Body(const TriangleView& view) : m_prepared(std::make_shared<PreparedBody>(view)) {}
+namespace {
+
+std::shared_ptr<const PreparedBody> Taken(const TriangleView& view, const Run& run) {
+  // Copying takes less time than starting a thread for fewer triangles.
+  Team team(run, view.triangleCount >> 16);
+  return std::make_shared<PreparedBody>(view, team);
+}
+
+} // namespace
+
+Body::Body(const TriangleView& view) : Body(view, Run()) {}
+Body::Body(const TriangleView& view, const Run& run) : m_prepared(Taken(view, run)) {}
 Body::Body(std::shared_ptr<const PreparedBody> prepared) : m_prepared(std::move(prepared)) {}
 Body::~Body() = default;
 Body::Body(const Body&) = default;

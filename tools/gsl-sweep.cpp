@@ -146,7 +146,9 @@ Part ReadPart(const std::string& file, const SweepOptions& options, Display& dis
   const std::string name = NameOfInput(file);
   display.Begin("Reading " + name, "read " + name);
   Mesh mesh = ReadBody(file, options, [&](double part) { display.Update(part); });
-  const Body body(ViewOf(mesh));
+  Run run;
+  run.threads = options.threads;
+  const Body body(ViewOf(mesh), run);
   if (body.SkippedCount() == body.TriangleCount()) {
     throw MeshError(mesh.file + ": every triangle has a NaN or infinite corner");
   }

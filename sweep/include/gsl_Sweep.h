@@ -103,7 +103,10 @@ public:
   /// Errors     std::invalid_argument for a corner that is not the number of a vertex (the text
   ///            names the first) and for counts that do not fit; std::length_error for more than
   ///            2^31 - 1 triangles; std::bad_alloc, as from every member that makes or asks.
+  ///
+  /// Run        more threads help with 2^17 triangles or more; `progress` is not called.
   explicit Body(const TriangleView& view);
+  Body(const TriangleView& view, const Run& run);
   ~Body();
   Body(const Body&);
   Body& operator=(const Body&);
@@ -329,7 +332,7 @@ struct Crossing {
 /// Degenerate A triangle without area has no crossings. It may be what joins two edges of which
 ///            the one is a part of the other.
 /// NaN        triangles that the body skips count as absent.
-/// Run        the first call prepares part of the body on one thread, which cannot be cancelled.
+/// Run        the first call prepares part of the body, which cannot be cancelled.
 std::size_t GSL_SWEEP_API Crossings(const Body& body, Crossing* out, std::size_t capacity,
                                     const Run& run = {});
 

@@ -6,6 +6,8 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <stdexcept>
+#include <string>
 #include <thread>
 #include <vector>
 
@@ -142,6 +144,118 @@ TEST(PairThreads, BodiesAreSharedMovedAndMeasuredWhileTheyAreAsked) {
     for (const std::vector<Answer>& answers : told) {
       for (std::size_t k = 0; k < kQuestions; ++k)
         EXPECT_TRUE(SameBits(answers[k], expected[k])) << k;
+    }
+  }
+}
+
+/// Two bowls, one above the other, of different sizes, so that threads share the larger one.
+struct LargeScene {
+  LargeScene()
+      : moving(sweep_shapes::Moved(sweep_bodies::Single(sweep_bodies::Bowl(60, 0.3)),
+                                   {0.01, 0.02, 2.0})),
+        fixed(sweep_bodies::Soup(41, 140000)), questions(6) {
+    for (std::size_t k = 0; k < questions.size(); ++k) {
+      questions[k].direction = {0.05 * static_cast<double>(k), -0.03, -1.0};
+      if (k == 4) questions[k].clearance = 0.01;
+    }
+  }
+
+  Pair PairOn(const gsl_sweep::Run& run) const {
+    return Pair(Body(gsl_tools::ViewOf(moving), run), {Body(gsl_tools::ViewOf(fixed), run)}, run);
+  }
+
+  Mesh moving, fixed;
+  std::vector<Question> questions;
+};
+
+gsl_sweep::Run OnExecutor() {
+  gsl_sweep::Run run;
+  run.executor = [](std::size_t count, const std::function<void(std::size_t)>& job) {
+    std::vector<std::thread> threads;
+    std::atomic<std::size_t> next{0};
+    for (int k = 0; k < 3; ++k) {
+      threads.emplace_back([&] {
+        for (std::size_t at = next++; at < count; at = next++)
+          job(at);
+      });
+    }
+    for (std::thread& thread : threads)
+      thread.join();
+  };
+  return run;
+}
+
+TEST(PairThreads, LargeBodiesHaveTheSameAnswersAndBytesForAnyThreads) {
+  const LargeScene scene;
+  const Pair alone = scene.PairOn(OnThreads(1));
+  std::vector<Answer> expected;
+  for (const Question& question : scene.questions)
+    expected.push_back(alone.First(question, OnThreads(1)));
+  const Answer last = alone.Last(scene.questions[1], OnThreads(1));
+  for (const gsl_sweep::Run& run : {OnThreads(2), OnThreads(3), OnThreads(8), OnExecutor()}) {
+    const Pair pair = scene.PairOn(run);
+    for (std::size_t k = 0; k < 3; ++k)
+      EXPECT_TRUE(SameBits(pair.First(scene.questions[k], run), expected[k])) << k;
+    std::vector<Answer> answers(scene.questions.size());
+    pair.First(scene.questions.data(), answers.size(), answers.data(), run);
+    for (std::size_t k = 0; k < answers.size(); ++k)
+      EXPECT_TRUE(SameBits(answers[k], expected[k])) << k;
+    EXPECT_TRUE(SameBits(pair.Last(scene.questions[1], run), last));
+  }
+}
+
+TEST(PairThreads, CancellingWhileThreadsShareABodyLeavesThePairWhole) {
+  const LargeScene scene;
+  const Answer expected = scene.PairOn(OnThreads(1)).First(scene.questions[1], OnThreads(1));
+  for (const gsl_sweep::Run& run : {OnThreads(3), OnExecutor()}) {
+    for (const int most : {0, 1, 2, 3, 5, 9, 20}) {
+      const Pair pair = scene.PairOn(run);
+      pair.First(scene.questions[0], run);
+      std::atomic<int> calls{0};
+      gsl_sweep::Run cancelling = run;
+      cancelling.progress = [&](double) { return ++calls <= most; };
+      const Answer answer = pair.First(scene.questions[1], cancelling);
+      if (answer.status != SweepStatus::Cancelled) {
+        EXPECT_LE(calls, most);
+        EXPECT_TRUE(SameBits(answer, expected));
+      } else {
+        EXPECT_EQ(calls, most + 1);
+      }
+      EXPECT_TRUE(SameBits(pair.First(scene.questions[1], run), expected));
+      cancelling.progress = [](double) -> bool { throw std::runtime_error("no"); };
+      const Pair other = scene.PairOn(run);
+      other.First(scene.questions[0], run);
+      EXPECT_THROW(other.First(scene.questions[1], cancelling), std::runtime_error);
+      EXPECT_TRUE(SameBits(other.First(scene.questions[1], run), expected));
+    }
+  }
+}
+
+TEST(PairThreads, SolidsAreDecidedSideBySide) {
+  const Mesh box = sweep_bodies::Squares(60, {0, 0, 2}, {1, 1, 3});
+  const Mesh plate = sweep_bodies::Squares(60, {-1, -1, 0}, {2, 2, 1});
+  Mesh open = plate;
+  open.corners.resize(open.corners.size() - 3);
+  Question question;
+  question.direction = {0.0, 0.0, -1.0};
+  question.rule = Rule::Solid;
+  for (const gsl_sweep::Run& run : {OnThreads(1), OnThreads(2), OnExecutor()}) {
+    const Pair pair(BodyOf(box), {BodyOf(plate)}, run);
+    EXPECT_EQ(pair.First(question, run).contact.travel, 1.0);
+    Answer answers[2];
+    const std::vector<Question> both{question, question};
+    Pair(BodyOf(box), {BodyOf(plate)}, run).First(both.data(), 2, answers, run);
+    EXPECT_EQ(answers[1].contact.travel, 1.0);
+    EXPECT_EQ(pair.FirstOfEach(question, run).at(0).contact.travel, 1.0);
+    for (const bool isMoving : {true, false}) {
+      const Pair wrong(BodyOf(isMoving ? open : box), {BodyOf(isMoving ? plate : open)}, run);
+      try {
+        wrong.First(question, run);
+        FAIL();
+      } catch (const std::invalid_argument& error) {
+        const std::string name = isMoving ? "the moving body" : "fixed body 0";
+        EXPECT_EQ(std::string(error.what()).find(name + " is not a solid: open edge"), 0u);
+      }
     }
   }
 }

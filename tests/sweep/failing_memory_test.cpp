@@ -27,6 +27,9 @@ constexpr Failing kAll = {WithoutMemory::MayManage, Allocations::All, 40,
 constexpr long kAllOnThreads = 60;
 constexpr long kStride = 7;
 constexpr std::size_t kTriangles = 20 + Scaled(40);
+constexpr std::size_t kLargeBody = 140000;
+constexpr long kAllOfLargeBodies = 3;
+constexpr long kStrideOfLargeBodies = kTestScaleDivisor == 1 ? 47 : 211;
 
 Mesh Soup(std::uint64_t seed, std::size_t count) {
   std::mt19937_64 random(seed);
@@ -181,6 +184,34 @@ TEST_F(FailingSweep, SolidsAreAnsweredOrThrow) {
     return isRight;
   };
   EXPECT_GT(FailEachAllocation("solid", asks, kAll), 20);
+}
+
+/// Bodies so large that threads share what is done to one of them.
+TEST_F(FailingSweep, LargeBodiesArePreparedOrNotOnThreads) {
+  const Mesh moving = sweep_shapes::Moved(Soup(3, kLargeBody), {0.0, 0.0, 4.0});
+  const Mesh fixed = Soup(4, kLargeBody);
+  const Answer expected = PairOf(moving, fixed).First(m_question, OnThreads(1));
+  gsl_sweep::Run executor;
+  executor.executor = [](std::size_t count, const std::function<void(std::size_t)>& job) {
+    for (std::size_t k = count; k-- > 0;)
+      job(k);
+  };
+  for (const gsl_sweep::Run& run : {OnThreads(3), executor}) {
+    const auto asks = [&] {
+      const Pair pair(Body(gsl_tools::ViewOf(moving), run), {Body(gsl_tools::ViewOf(fixed), run)},
+                      run);
+      bool isRight = true;
+      for (int k = 0; k < 2; ++k) {
+        const auto ask = [&] { return SameBits(pair.First(m_question, run), expected); };
+        ChangeOrLeave([&] { isRight = ask() && isRight; }, ask);
+      }
+      return isRight;
+    };
+    EXPECT_GT(FailEachAllocation("a large body", asks,
+                                 {WithoutMemory::MayManage, Allocations::All, kAllOfLargeBodies,
+                                  kStrideOfLargeBodies}),
+              100);
+  }
 }
 
 TEST_F(FailingSweep, BatchesAreWholeOrThrowOnOneThread) {
