@@ -37,25 +37,19 @@ public:
   template <class Number>
   Array<Key> Sorted(const Number& number) {
     // The digits of a single block stay in it, so they are counted once.
-    const int counted = m_blocks.Count() == 1 ? kPasses : 1;
+    const bool isOneBlock = m_blocks.Count() == 1;
     m_blocks.ForEach(m_team, [&](std::size_t block) {
-      std::uint32_t* begin = BeginOf(block, 0);
-      for (std::size_t place = m_blocks.Begin(block); place < m_blocks.End(block); ++place) {
-        const Key key = KeyOf(number(place), place);
-        m_keys[place] = key;
-        for (int pass = 0; pass < counted; ++pass)
-          ++begin[pass * kDigits + Digit(key, pass)];
+      if (isOneBlock) {
+        Fill<kPasses>(block, number);
+      } else {
+        Fill<1>(block, number);
       }
     });
     Array<Key> other(m_keys.size());
     for (int pass = 0; pass < kPasses; ++pass) {
-      if (pass >= counted) Count(pass);
+      if (pass > 0 && !isOneBlock) Count(pass);
       SumUp(pass);
-      m_blocks.ForEach(m_team, [&](std::size_t block) {
-        std::uint32_t* begin = BeginOf(block, pass);
-        for (std::size_t k = m_blocks.Begin(block); k < m_blocks.End(block); ++k)
-          other[begin[Digit(m_keys[k], pass)]++] = m_keys[k];
-      });
+      m_blocks.ForEach(m_team, [&](std::size_t block) { Spread(block, pass, other.data()); });
       m_keys.swap(other);
     }
     return std::move(m_keys);
@@ -71,6 +65,28 @@ private:
 
   std::uint32_t* BeginOf(std::size_t block, int pass) {
     return m_begin.data() + (block * kPasses + static_cast<std::size_t>(pass)) * kDigits;
+  }
+
+  /// Sets the keys of a block and counts the digits of the first passes.
+  template <int kCounted, class Number>
+  void Fill(std::size_t block, const Number& number) {
+    Key* keys = m_keys.data();
+    std::uint32_t* begin = BeginOf(block, 0);
+    const std::size_t end = m_blocks.End(block);
+    for (std::size_t place = m_blocks.Begin(block); place < end; ++place) {
+      const Key key = KeyOf(number(place), place);
+      keys[place] = key;
+      for (int pass = 0; pass < kCounted; ++pass)
+        ++begin[static_cast<std::size_t>(pass) * kDigits + Digit(key, pass)];
+    }
+  }
+
+  void Spread(std::size_t block, int pass, Key* to) {
+    const Key* keys = m_keys.data();
+    std::uint32_t* begin = BeginOf(block, pass);
+    const std::size_t end = m_blocks.End(block);
+    for (std::size_t k = m_blocks.Begin(block); k < end; ++k)
+      to[begin[Digit(keys[k], pass)]++] = keys[k];
   }
 
   void Count(int pass) {

@@ -312,23 +312,25 @@ private:
   }
 
   void CutBlock(std::size_t block, RunList& runs) {
+    const Reader reader = m_reader;
+    const std::size_t end = m_blocks.End(block);
     RunCutter cutter;
     Bounded bounds;
     Float4 low{};
     Float4 high{};
-    bool isFirst = true;
-    for (std::size_t place = m_blocks.Begin(block); place < m_blocks.End(block); ++place) {
-      const TriangleBox box(m_reader, place);
-      bounds.Include(m_reader, place, box);
+    std::size_t count = runs.count;
+    for (std::size_t place = m_blocks.Begin(block); place < end; ++place) {
+      const TriangleBox box(reader, place);
+      bounds.Include(reader, place, box);
       if (cutter.Begins(box)) {
-        if (!isFirst) runs.boxes[runs.count - 1] = m_boxOf(low, high);
-        isFirst = false;
-        runs.begin[runs.count++] = static_cast<std::uint32_t>(place);
+        if (count > runs.count) runs.boxes[count - 1] = m_boxOf(low, high);
+        runs.begin[count++] = static_cast<std::uint32_t>(place);
       }
       low = cutter.Low();
       high = cutter.High();
     }
-    runs.boxes[runs.count - 1] = m_boxOf(low, high);
+    runs.boxes[count - 1] = m_boxOf(low, high);
+    runs.count = count;
     m_bounds[block] = bounds;
   }
 
