@@ -1,6 +1,7 @@
 #include "KeySort.h"
 
 #include "Bodies.h"
+#include "TestScale.h"
 
 #include <gtest/gtest.h>
 
@@ -32,7 +33,9 @@ void ExpectSorted(const std::vector<std::uint32_t>& numbers, Team& team) {
 
 TEST(KeySort, SortsStablyForAnyTeam) {
   std::mt19937_64 random(7);
-  for (const std::size_t count : {0u, 1u, 2u, 32768u, 32769u, 100000u}) {
+  std::vector<std::size_t> counts{0, 2, 40000};
+  if (kTestScaleDivisor == 1) counts = {0, 1, 2, 32768, 32769, 100000};
+  for (const std::size_t count : counts) {
     for (const std::uint32_t most : {1u, 50u, (1u << 24) - 1}) {
       std::vector<std::uint32_t> numbers(count);
       for (std::uint32_t& number : numbers)
