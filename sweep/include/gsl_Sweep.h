@@ -103,10 +103,10 @@ public:
   /// Errors     std::invalid_argument for a corner that is not the number of a vertex (the text
   ///            names the first) and for counts that do not fit; std::length_error for more than
   ///            2^31 - 1 triangles; std::bad_alloc, as from every member that makes or asks.
-  ///
-  /// Run        more threads help with 2^17 triangles or more; `progress` is not called.
+  /// Threads    all processors copy 2^17 triangles or more, or the threads or the executor of
+  ///            `run`. Its `progress` is not called.
   explicit Body(const TriangleView& view);
-  Body(const TriangleView& view, const Run& run);
+  Body(const TriangleView& view, const Run& run); ///< does the same as `run` says
   ~Body();
   Body(const Body&);
   Body& operator=(const Body&);
