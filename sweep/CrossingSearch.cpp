@@ -174,7 +174,7 @@ std::size_t Search(const PreparedBody& body, const RangeScale& scale, Crossing* 
 std::size_t FindCrossings(const PreparedBody& body, Crossing* out, std::size_t capacity,
                           const Run& run) {
   if (body.IsEmpty()) return 0;
-  Team team(run, body.WorthwhileThreads());
+  Team team(run, WorthwhileThreads(body.TriangleCount()));
   body.Prepare(team);
   double largest = 0.0;
   for (int k = 0; k < 3; ++k) {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <functional>
+#include <iterator>
 #include <limits>
 #include <stdexcept>
 #include <string>
@@ -464,10 +465,12 @@ std::vector<const PreparedBody*> AllBodies(const SceneBodies& bodies) {
   return all;
 }
 
-void DecideSolids(const SceneBodies& bodies, Team& team) {
+void DecideSolids(const std::vector<const PreparedBody*>& bodies, Team& team) {
   if (team.IsAlone()) return; // each is decided when it is needed
-  const std::vector<const PreparedBody*> all = AllBodies(bodies);
-  team.ForEach(all.size(), [&](std::size_t k) { all[k]->AsSolid(); });
+  std::vector<const PreparedBody*> undecided;
+  std::copy_if(bodies.begin(), bodies.end(), std::back_inserter(undecided),
+               [](const PreparedBody* body) { return !body->IsDecided(); });
+  team.ForEach(undecided.size(), [&](std::size_t k) { undecided[k]->AsSolid(); });
 }
 
 void RequireSolids(const SceneBodies& bodies, const Question& question) {

@@ -42,8 +42,9 @@ struct Workspaces {
 /// Errors     std::invalid_argument, see Pair.
 void RequireQuestion(const Question& question);
 
-/// Decides of each body whether it is a solid, on several threads at a time.
-void DecideSolids(const SceneBodies& bodies, Team& team);
+/// Decides of each body whether it is a solid, on several threads at a time. Each body is there
+/// once.
+void DecideSolids(const std::vector<const PreparedBody*>& bodies, Team& team);
 
 /// Errors     std::invalid_argument when the question is about solids and a body is not a solid.
 void RequireSolids(const SceneBodies& bodies, const Question& question);

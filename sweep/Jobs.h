@@ -36,7 +36,8 @@ private:
 /// loop. Threads start when a loop needs them. A thread without work helps in any loop, so that a
 /// large job does not leave the others idle.
 ///
-/// An executor of the run takes the place of the threads. It must get no loop within a loop.
+/// An executor of the run takes the place of the threads. It must get no loop within a loop, and no
+/// loop inside a call_once or under a lock.
 class Team {
 public:
   using Job = std::function<void(std::size_t)>;
@@ -56,6 +57,10 @@ public:
   bool IsAlone() const { return m_executor == nullptr && m_threads < 2; }
   /// Returns true when jobs must not call ForEach.
   bool HasExecutor() const { return m_executor != nullptr; }
+  /// Returns this team, or Alone() where an executor would run the jobs. It is for work that other
+  /// threads wait for. A thread that waits in an executor may run any other job meanwhile, and that
+  /// job may wait for the same work.
+  Team& OwnThreads() { return HasExecutor() ? Alone() : *this; }
   /// Returns how many threads work on a long loop, as far as that is known.
   std::size_t Width() const;
 

@@ -18,24 +18,33 @@ public:
   const T* IfMade() const { return m_made.load(std::memory_order_acquire); }
 
   /// Keeps what make(goesOn) returns. Returns at once where another thread is making it. Gives up,
-  /// so that it can be made later, when make returns null or `goesOn` throws, and for good when
-  /// memory is short. What `goesOn` throws reaches the caller, whatever it is.
+  /// so that it can be made later, when make returns null or throws, or `goesOn` throws. Gives up
+  /// for good when memory is short. `goesOn` is not called again after it has thrown or returned
+  /// false.
+  ///
+  /// Errors     what `goesOn` throws, whatever it is, and what make throws but std::bad_alloc.
   template <class Make>
   void MakeOnce(const std::function<bool()>& goesOn, const Make& make) {
     if (m_isBegun.exchange(true)) return;
     std::exception_ptr thrown;
-    const auto asked = [&goesOn, &thrown] {
+    bool isStopped = false;
+    const auto asked = [&] {
+      if (isStopped) return false;
       try {
-        return !goesOn || goesOn();
+        isStopped = goesOn && !goesOn();
       } catch (...) {
         thrown = std::current_exception();
-        return false;
+        isStopped = true;
       }
+      return !isStopped;
     };
     try {
       m_own = make(asked);
     } catch (const std::bad_alloc&) {
-      return;
+      if (!thrown) return;
+    } catch (...) {
+      m_isBegun = false;
+      throw;
     }
     if (m_own) {
       m_made.store(m_own.get(), std::memory_order_release);

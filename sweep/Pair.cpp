@@ -16,6 +16,7 @@ struct PairState {
   std::vector<Body> keptBodies; ///< share what the bodies point to
   SceneBodies bodies;
   std::vector<const PreparedBody*> all; ///< each once
+  std::atomic<bool> isPrepared{false};  ///< each body is
   std::atomic<std::size_t> questionCount{0};
   std::mutex idleMutex;
   std::vector<Workspaces> idle;
@@ -66,10 +67,10 @@ private:
 }
 
 std::size_t WorthwhileThreads(const std::vector<const PreparedBody*>& bodies) {
-  std::size_t threads = 0;
+  std::size_t triangles = 0;
   for (const PreparedBody* body : bodies)
-    threads += body->WorthwhileThreads();
-  return threads;
+    triangles += body->TriangleCount();
+  return gsl_sweep::WorthwhileThreads(triangles);
 }
 
 /// Calls work(body, team) for each body, side by side. What `work` does to a large body is divided
@@ -80,9 +81,11 @@ void WorkOnEach(const std::vector<const PreparedBody*>& bodies, Team& team,
     team.ForEach(bodies.size(), [&](std::size_t k) { work(*bodies[k], team); });
     return;
   }
-  const auto isLarge = [](const PreparedBody* body) { return body->WorthwhileThreads() > 1; };
+  const auto isSmall = [](const PreparedBody* body) {
+    return gsl_sweep::WorthwhileThreads(body->TriangleCount()) < 2;
+  };
   std::vector<const PreparedBody*> small = bodies;
-  const auto large = std::partition(small.begin(), small.end(), std::not_fn(isLarge));
+  const auto large = std::partition(small.begin(), small.end(), isSmall);
   const auto smallCount = static_cast<std::size_t>(large - small.begin());
   team.ForEach(smallCount, [&](std::size_t k) { work(*small[k], Team::Alone()); });
   for (auto body = large; body != small.end(); ++body)
@@ -107,15 +110,23 @@ bool AreEven(const std::vector<const PreparedBody*>& bodies, std::size_t threads
   return most * static_cast<double>(threads) <= 1.4 * static_cast<double>(all);
 }
 
-/// Makes the leaves and the trees.
-void PrepareEach(const std::vector<const PreparedBody*>& bodies, const Run& run, Tally& tally) {
-  Team team(run, WorthwhileThreads(bodies));
-  const bool divides = team.HasExecutor() || !AreEven(bodies, team.Width());
-  WorkOnEach(bodies, team, [&](const PreparedBody& body, Team& its) {
+/// Makes the leaves and the trees, unless `tally` is cancelled, and calls afterOne() for each body.
+/// An executor gets whole bodies.
+template <class AfterOne>
+void PrepareEach(PairState& state, const Run& run, const Tally& tally, const AfterOne& afterOne) {
+  Team team(run, WorthwhileThreads(state.all));
+  Team& own = AreEven(state.all, team.Width()) ? Team::Alone() : team.OwnThreads();
+  team.ForEach(state.all.size(), [&](std::size_t k) {
     if (tally.IsCancelled()) return;
-    body.Prepare(divides ? its : Team::Alone());
-    tally.Add();
+    state.all[k]->Prepare(own);
+    afterOne();
   });
+  if (!tally.IsCancelled()) state.isPrepared = true;
+}
+
+/// Prepares the bodies that a cancelled constructor has left, before jobs of questions need them.
+void PrepareRest(PairState& state, const Run& run, Tally& tally) {
+  if (!state.isPrepared) PrepareEach(state, run, tally, [&tally] { tally.Continue(0.0); });
 }
 
 /// Makes the slabs, which take time and save time from the second question on, and fine trees where
@@ -184,9 +195,21 @@ void RequireTouch(const Question& question) {
   }
 }
 
-void DecideSolidsOn(const Run& run, const PairState& state) {
+/// Makes what saves time from the second question on, after all that a question needs, as far as
+/// `tally` is not cancelled.
+void MakeReady(PairState& state, bool areSolids, std::size_t count, const Run& run, Tally& tally) {
+  PrepareRest(state, run, tally);
+  if ((state.questionCount += count) > 1) MakeSlabs(state.bodies, areSolids, run, tally);
+}
+
+void DecideSolidsOn(PairState& state, const Run& run, Tally& tally) {
+  PrepareRest(state, run, tally);
   Team team(run, WorthwhileThreads(state.all));
-  DecideSolids(state.bodies, team);
+  DecideSolids(state.all, team);
+}
+
+bool IsOfSolids(const Question& question) {
+  return question.rule == Rule::Solid;
 }
 
 /// Answers one question by answer(bodies, question, watch, workspaces).
@@ -194,16 +217,14 @@ template <class AnswerOne>
 auto AnswerAlone(PairState& state, const Question& question, const Run& run,
                  const AnswerOne& answer) {
   RequireQuestion(question);
-  Team team(run, WorthwhileThreads(state.all));
-  if (question.rule == Rule::Solid) DecideSolids(state.bodies, team);
+  Tally tally(run, 1);
+  if (IsOfSolids(question)) DecideSolidsOn(state, run, tally);
   RequireSolids(state.bodies, question);
   using Result =
       decltype(answer(state.bodies, question, run.progress, std::declval<Workspaces&>()));
-  if (state.questionCount++ > 0) {
-    Tally tally(run, 1);
-    MakeSlabs(state.bodies, question.rule == Rule::Solid, run, tally);
-    if (tally.IsCancelled()) return Result();
-  }
+  MakeReady(state, IsOfSolids(question), 1, run, tally);
+  if (tally.IsCancelled()) return Result();
+  Team team(run, WorthwhileThreads(state.all));
   Borrowed borrowed(state);
   borrowed.Get().team = &team;
   return answer(state.bodies, question, run.progress, borrowed.Get());
@@ -213,13 +234,14 @@ auto AnswerAlone(PairState& state, const Question& question, const Run& run,
 template <class Require, class AnswerOne>
 void AnswerBatch(PairState& state, const Question* questions, std::size_t count, Answer* answers,
                  const Run& run, const Require& require, const AnswerOne& answer) {
-  bool areDecided = false;
+  Tally tally(run, count);
+  bool areSolids = false;
   for (std::size_t k = 0; k < count; ++k) {
     try {
       require(questions[k]);
       RequireQuestion(questions[k]);
-      if (questions[k].rule == Rule::Solid && !std::exchange(areDecided, true))
-        DecideSolidsOn(run, state);
+      if (IsOfSolids(questions[k]) && !std::exchange(areSolids, true))
+        DecideSolidsOn(state, run, tally);
       RequireSolids(state.bodies, questions[k]);
     } catch (const std::invalid_argument&) {
       RethrowFor("question", k);
@@ -227,10 +249,7 @@ void AnswerBatch(PairState& state, const Question* questions, std::size_t count,
   }
   std::fill_n(answers, count, Answer());
   if (count == 0) return;
-  Tally tally(run, count);
-  const auto isOfSolids = [](const Question& question) { return question.rule == Rule::Solid; };
-  if ((state.questionCount += count) > 1)
-    MakeSlabs(state.bodies, std::any_of(questions, questions + count, isOfSolids), run, tally);
+  MakeReady(state, areSolids, count, run, tally);
   AnswerEach(state, run, tally, count, "question",
              [&](std::size_t k, const Watch& watch, Workspaces& workspaces) {
                answers[k] = answer(state.bodies, questions[k], watch, workspaces);
@@ -249,7 +268,7 @@ Pair::Pair(Body moving, std::vector<Body> fixed, const Run& run)
   m_state->keptBodies.push_back(std::move(moving));
   m_state->all = AllBodies(bodies);
   Tally tally(run, m_state->all.size());
-  PrepareEach(m_state->all, run, tally);
+  PrepareEach(*m_state, run, tally, [&tally] { tally.Add(); });
 }
 
 Answer Pair::First(const Question& question, const Run& run) const {
@@ -290,13 +309,12 @@ PatchSummary Pair::FindPatch(const Question& question, Contact* out, std::size_t
 std::vector<Answer> Pair::FirstOfEach(const Question& question, const Run& run) const {
   RequireQuestion(question);
   const SceneBodies& bodies = m_state->bodies;
-  if (question.rule == Rule::Solid) DecideSolidsOn(run, *m_state);
-  RequireSolids(bodies, question);
   std::vector<Answer> answers(bodies.fixed.size());
-  if (answers.empty()) return answers;
   Tally tally(run, answers.size());
-  if ((m_state->questionCount += answers.size()) > 1)
-    MakeSlabs(bodies, question.rule == Rule::Solid, run, tally);
+  if (IsOfSolids(question)) DecideSolidsOn(*m_state, run, tally);
+  RequireSolids(bodies, question);
+  if (answers.empty()) return answers;
+  MakeReady(*m_state, IsOfSolids(question), answers.size(), run, tally);
   AnswerEach(*m_state, run, tally, answers.size(), "fixed body",
              [&](std::size_t k, const Watch& watch, Workspaces& workspaces) {
                const SceneBodies alone{bodies.moving, {bodies.fixed[k]}};

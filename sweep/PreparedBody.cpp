@@ -46,7 +46,7 @@ void PreparedBody::Prepare(Team& team) const {
 void PreparedBody::NeedLeaves(Team& team) const {
   std::call_once(m_leavesOnce, [this, &team] {
     LeafBoxes boxes;
-    m_leaves = MakeLeaves(m_corners, boxes, team);
+    m_leaves = MakeLeaves(m_corners, boxes, team.OwnThreads());
     m_bounds = boxes.bounds;
     m_leafBoxes = std::move(boxes.boxes);
   });
@@ -59,6 +59,7 @@ const SolidSurface& PreparedBody::Surface() const {
     if (m_surface.components.size() > 1) TestComponents();
     MakeParts();
     m_surfaceBytes = m_surface.Bytes();
+    m_isDecided = true;
   });
   return m_surface;
 }
@@ -153,7 +154,7 @@ void PreparedBody::TestComponents() const {
 const Tree<float>& PreparedBody::NeedSingle(Team& team) const {
   NeedLeaves(team);
   std::call_once(m_singleOnce, [this, &team] {
-    m_single = Tree<float>::Over(m_corners, m_leaves, m_leafBoxes, team);
+    m_single = Tree<float>::Over(m_corners, m_leaves, m_leafBoxes, team.OwnThreads());
     m_leafBoxes = Array<Box<float>>();
     m_hasSingle = true;
   });
@@ -163,8 +164,9 @@ const Tree<float>& PreparedBody::NeedSingle(Team& team) const {
 const Tree<double>& PreparedBody::NeedDouble(Team& team) const {
   NeedLeaves(team);
   std::call_once(m_doubleOnce, [this, &team] {
-    const Array<Box<double>> boxes = ExactBoxes(m_corners, m_leaves, team);
-    m_double = Tree<double>::Over(m_corners, m_leaves, boxes, team);
+    Team& own = team.OwnThreads();
+    const Array<Box<double>> boxes = ExactBoxes(m_corners, m_leaves, own);
+    m_double = Tree<double>::Over(m_corners, m_leaves, boxes, own);
     m_hasDouble = true;
   });
   return m_double;

@@ -14,8 +14,9 @@
 namespace gsl_sweep {
 
 /// The part that bodies share: their triangles, the leaves and the trees over them. Leaves and
-/// trees are made once, when they are first needed, by the first thread that needs them and its
-/// team. So the bodies of a pair are prepared side by side.
+/// trees are made once, when they are first needed, by the first thread that needs them and the
+/// threads of its team. Other threads that need them wait, so an executor gets no part of this
+/// work.
 class PreparedBody {
 public:
   explicit PreparedBody(const TriangleView& view, Team& team = Team::Alone());
@@ -24,10 +25,6 @@ public:
 
   /// Makes the leaves, and the tree that questions about this body use.
   void Prepare(Team& team) const;
-  /// Returns as many threads as it is worth to prepare the body: making what fewer triangles need
-  /// takes less time than starting a thread.
-  std::size_t WorthwhileThreads() const { return m_triangleCount >> 13; }
-
   std::size_t TriangleCount() const { return m_triangleCount; }
   std::size_t SkippedCount() const { return m_skippedCount; }
   bool IsEmpty() const { return m_triangleCount == 0; }
@@ -53,6 +50,8 @@ public:
   /// Returns a magnitude that no coordinate other than zero is below.
   double LeastMagnitude() const { return m_leastMagnitude; }
 
+  /// Returns whether it has been decided whether the triangles are the surface of a solid.
+  bool IsDecided() const { return m_isDecided; }
   /// Returns whether the triangles are the surface of a solid, decided by the first call.
   const Solidity& AsSolid() const { return Surface().solidity; }
   /// Returns a triangle of each component of a solid, see SolidSurface.
@@ -135,13 +134,19 @@ private:
   std::vector<int> m_weights;                ///< by number, of a counted body
   mutable Tree<float> m_single;
   mutable Tree<double> m_double;
-  mutable std::atomic<bool> m_hasSingle{false}, m_hasDouble{false};
+  mutable std::atomic<bool> m_hasSingle{false}, m_hasDouble{false}, m_isDecided{false};
   mutable std::atomic<std::size_t> m_surfaceBytes{0}; ///< of m_surface, when it is made
   mutable MadeLater<Slabs> m_slabs;
   mutable MadeLater<FineTree> m_fine;
   mutable MadeLater<Facings> m_facings;
   mutable std::atomic<std::size_t> m_visits{0};
 };
+
+/// Returns as many threads as it is worth to prepare so many triangles: making what fewer triangles
+/// need takes less time than starting a thread.
+constexpr std::size_t WorthwhileThreads(std::size_t triangleCount) {
+  return triangleCount >> 13;
+}
 
 /// The vertices of a body after a matrix, and after an offset, has moved them.
 Array<double> MovedVertices(const PreparedBody& body, const gsl_Matrix& matrix);

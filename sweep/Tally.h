@@ -10,7 +10,8 @@
 
 namespace gsl_sweep {
 
-/// The progress of jobs that end in any order.
+/// The progress of jobs that end in any order. After a call of the function has returned false or
+/// thrown, the work is cancelled and the function is not called again.
 class Tally {
 public:
   Tally(const Run& run, std::size_t count) : m_run(run), m_count(count) {}
@@ -40,7 +41,12 @@ private:
     if (!m_run.progress || IsCancelled()) return;
     const double done = (static_cast<double>(m_done) + part) / static_cast<double>(m_count);
     m_reported = std::max(m_reported, std::min(done, 1.0));
-    if (!m_run.progress(m_reported)) m_isCancelled = true;
+    try {
+      if (!m_run.progress(m_reported)) m_isCancelled = true;
+    } catch (...) {
+      m_isCancelled = true;
+      throw;
+    }
   }
 
   const Run& m_run;

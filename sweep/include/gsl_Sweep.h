@@ -103,10 +103,13 @@ public:
   /// Errors     std::invalid_argument for a corner that is not the number of a vertex (the text
   ///            names the first) and for counts that do not fit; std::length_error for more than
   ///            2^31 - 1 triangles; std::bad_alloc, as from every member that makes or asks.
-  /// Threads    all processors copy 2^17 triangles or more, or the threads or the executor of
-  ///            `run`. Its `progress` is not called.
   explicit Body(const TriangleView& view);
-  Body(const TriangleView& view, const Run& run); ///< does the same as `run` says
+  /// Does the same on the threads of `run`, or with its executor. The constructor above uses as many
+  /// threads as there are processors. The calling thread alone copies fewer than 2^17 triangles,
+  /// unless there is an executor. `progress` is not called.
+  ///
+  /// Errors     the same, and what the executor throws.
+  Body(const TriangleView& view, const Run& run);
   ~Body();
   Body(const Body&);
   Body& operator=(const Body&);
@@ -302,7 +305,11 @@ struct PatchSummary {
 };
 
 /// Runs job(0) to job(count - 1), each once, on any threads, and returns when all have returned. A
-/// job does not throw.
+/// job does not throw, does not call the executor, and does not wait for a job that has not begun.
+/// So one thread is enough. While a thread waits in the executor, it may run any other job, also a
+/// question about the same bodies.
+///
+/// Errors     what the executor throws reaches the caller. No job may run afterwards.
 using Executor =
     std::function<void(std::size_t count, const std::function<void(std::size_t)>& job)>;
 
@@ -311,7 +318,8 @@ struct Run {
   /// 0 means as many threads as there are processors. It is ignored when `executor` is set.
   unsigned threads = 0;
   /// Receives the part done, from 0 to 1, which never decreases; returning false cancels. Calls
-  /// never overlap, but they may come from any working thread.
+  /// never overlap, but they may come from any working thread. What it throws cancels too, and
+  /// reaches the caller. It must not wait for the executor.
   std::function<bool(double)> progress;
   Executor executor; ///< runs the jobs in place of threads of this library
 };
@@ -332,7 +340,8 @@ struct Crossing {
 /// Degenerate A triangle without area has no crossings. It may be what joins two edges of which
 ///            the one is a part of the other.
 /// NaN        triangles that the body skips count as absent.
-/// Run        the first call prepares part of the body, which cannot be cancelled.
+/// Run        the first call prepares part of the body, which cannot be cancelled. The threads of
+///            `run` share this work; an executor gets no part of it.
 std::size_t GSL_SWEEP_API Crossings(const Body& body, Crossing* out, std::size_t capacity,
                                     const Run& run = {});
 
@@ -355,8 +364,9 @@ struct LeftOut {
 /// C++ move   After a move from a pair, it can only be assigned to or destroyed.
 class GSL_SWEEP_API Pair {
 public:
-  /// Prepares the bodies that are not prepared yet, as `run` says. If that is cancelled, the first
-  /// question prepares the rest.
+  /// Prepares the bodies that are not prepared yet, as `run` says. The threads of `run` share a
+  /// large body; an executor gets whole bodies. If that is cancelled, the first question prepares
+  /// the rest.
   Pair(Body moving, std::vector<Body> fixed, const Run& run = {});
 
   /// Returns the first contact.
