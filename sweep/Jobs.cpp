@@ -18,8 +18,8 @@ constexpr std::chrono::microseconds kShortest{20};
 
 std::size_t ThreadCount(const Run& run) {
   // Asking the system takes longer than a short question.
-  static const unsigned processors = std::max(std::thread::hardware_concurrency(), 1u);
-  return run.threads != 0 ? run.threads : processors;
+  static const unsigned kProcessors = std::max(std::thread::hardware_concurrency(), 1u);
+  return run.threads != 0 ? run.threads : kProcessors;
 }
 
 std::size_t ThreadCount(const Run& run, std::size_t count) {

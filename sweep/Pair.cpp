@@ -96,6 +96,7 @@ void WorkOnEach(const std::vector<const PreparedBody*>& bodies, Team& team,
 /// bodies, which takes two fifths more time, would not be faster.
 bool AreEven(const std::vector<const PreparedBody*>& bodies, std::size_t threads) {
   std::vector<std::size_t> sizes;
+  sizes.reserve(bodies.size());
   for (const PreparedBody* body : bodies)
     sizes.push_back(body->TriangleCount());
   std::sort(sizes.begin(), sizes.end(), std::greater<>());

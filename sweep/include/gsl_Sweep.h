@@ -104,9 +104,9 @@ public:
   ///            names the first) and for counts that do not fit; std::length_error for more than
   ///            2^31 - 1 triangles; std::bad_alloc, as from every member that makes or asks.
   explicit Body(const TriangleView& view);
-  /// Does the same on the threads of `run`, or with its executor. The constructor above uses as many
-  /// threads as there are processors. The calling thread alone copies fewer than 2^17 triangles,
-  /// unless there is an executor. `progress` is not called.
+  /// Does the same on the threads of `run`, or with its executor. The constructor above uses as
+  /// many threads as there are processors. The calling thread alone copies fewer than 2^17
+  /// triangles, unless there is an executor. `progress` is not called.
   ///
   /// Errors     the same, and what the executor throws.
   Body(const TriangleView& view, const Run& run);
