@@ -53,8 +53,10 @@ if(GSL_SANITIZE MATCHES "fuzzer-no-link")
   string(APPEND GSL_LIGHTLY_INSTRUMENTED ",fuzzer-no-link")
 endif()
 if(GSL_COVERAGE)
-  add_compile_options(--coverage -fprofile-update=atomic)
-  add_link_options(--coverage)
+  # The counters are relocated so that a program can count in a file that it maps (scripts/coverage).
+  add_compile_options(-fprofile-instr-generate -fcoverage-mapping -fprofile-update=atomic
+                      "SHELL:-mllvm -runtime-counter-relocation")
+  add_link_options(-fprofile-instr-generate)
 endif()
 
 # The host's registrar keeps adapters, and the process keeps handlers, whose code is in these libraries,

@@ -30,7 +30,7 @@ packages_of() {
       ;;
     # The second compiler, formatting, lint, sanitizers, fuzzing, coverage, consumers.
     check)
-      echo clang libclang-rt-14-dev llvm clang-format clang-tidy gcovr make pkg-config
+      echo clang libclang-rt-14-dev llvm clang-format clang-tidy make pkg-config
       ;;
     # Other processors, for ./scripts/check bits.
     bits) echo g++-aarch64-linux-gnu qemu-user googletest ;;

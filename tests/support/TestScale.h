@@ -18,7 +18,7 @@
 
 /// Random tests run in full in an optimised build. A build that is instrumented or not optimised is
 /// slow, and runs a fraction of the cases.
-#if TEST_UNDER_SANITIZER || !defined(__OPTIMIZE__)
+#if TEST_UNDER_SANITIZER || !defined(__OPTIMIZE__) || defined(GSL_COVERAGE)
 constexpr int kTestScaleDivisor = 20;
 #else
 constexpr int kTestScaleDivisor = 1;
