@@ -92,16 +92,27 @@ class Region:
 CODE, SKIPPED = 0, 2
 
 
+def is_for_the_compiler(regions, lines):
+    """Whether a function is constexpr and was never called while a program ran."""
+    line, column = regions[0].begin
+    declared = [lines[line - 1][:column - 1]]
+    while line > 1 and (before := lines[line - 2].strip()) and before[-1] not in ";{}>":
+        declared.append(before)
+        line -= 1
+    return regions[0].count == 0 and any(re.search(r"\bconstexpr\b", text) for text in declared)
+
+
 def functions(exported, sources):
-    """Yields (name of the file, regions, branches) of each function in each of its files in a room."""
+    """Yields (name of the file, regions, branches) of each function in each of its files in a room, but not of those that
+    only the compiler runs."""
     for function in exported["data"][0]["functions"]:
         for index, filename in enumerate(function["filenames"]):
             if name := sources.name(filename):
                 regions = [Region((r[0], r[1]), (r[2], r[3]), r[4], r[5], r[7] if r[7] != 1 else CODE)
                            for r in function["regions"] if r[5] == index]
-                if regions:
-                    yield name, sorted(regions, key=lambda r: (r.begin, tuple(-k for k in r.end))), \
-                        [branch for branch in function["branches"] if branch[6] == index]
+                regions.sort(key=lambda region: (region.begin, tuple(-k for k in region.end)))
+                if regions and not is_for_the_compiler(regions, sources.lines[name]):
+                    yield name, regions, [branch for branch in function["branches"] if branch[6] == index]
 
 
 def count_lines(found, sources, counts):

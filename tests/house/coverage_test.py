@@ -99,6 +99,17 @@ class Coverage(unittest.TestCase):
         status, rows, _, missing = self.report(function((3, 4), (1, 3), (0, 0)))
         self.assertEqual((status, rows, missing), (0, ["| `room/` | 4 | 100.0 % | 4 | 100.0 % |"], []))
 
+    def test_functions_that_only_the_compiler_runs_do_not_count(self):
+        called, not_called = function((3, 4), (1, 3), (1, 2)), function((0, 0), (0, 0), (0, 0), entered=0, left=0)
+        for declared, lines in ((SOURCE.replace("int Sign", "constexpr int Sign"), 0), (SOURCE, 4)):
+            self.write("room/a.cpp", declared.replace("constexpr int Sign(int", "constexpr int\nSign(int"))
+            moved = json.loads(json.dumps(not_called))
+            if not lines:
+                for place in moved["regions"] + moved["branches"]:
+                    place[0], place[2] = place[0] + 1, place[2] + 1
+            self.assertEqual(len(self.report(moved)[3]), 10 if lines else 0)
+        self.assertEqual(self.report(not_called, called)[0], 0)
+
     def test_the_way_past_every_case_does_not_count(self):
         self.write("room/a.cpp", "int F(E e) {\n  switch (e) {\n  case A:\n    return 1;\n  }\n}\n")
         one = {"filenames": ["room/a.cpp"], "regions": [[1, 12, 6, 2, 3, 0, 0, 0], [2, 14, 5, 4, 0, 0, 0, 3],

@@ -19,7 +19,8 @@ public:
   /// How many calls have failed.
   int Failed() const { return m_failed; }
 
-  /// For the calls of the system. Returns whether this call fails; then writes its result and errno.
+  /// For the calls of the system. Returns whether this call fails; then writes its result and
+  /// errno.
   [[nodiscard]] static bool Fails(const char* name, long& result);
 
 private:
