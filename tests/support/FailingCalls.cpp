@@ -54,13 +54,20 @@ bool FailingCalls::Fails(const char* name, long& result) {
   return true;
 }
 
+// The calls of shared libraries come here too.
+#define REPLACED __attribute__((visibility("default")))
+
 extern "C" {
 
-int close(int descriptor) {
+REPLACED int close(int descriptor) {
   return Call<int>("close", descriptor);
 }
 
-int fcntl(int descriptor, int command, ...) {
+REPLACED int fchmod(int descriptor, mode_t mode) noexcept {
+  return Call<int>("fchmod", descriptor, mode);
+}
+
+REPLACED int fcntl(int descriptor, int command, ...) {
   va_list arguments;
   va_start(arguments, command);
   void* const argument = va_arg(arguments, void*);
@@ -68,44 +75,44 @@ int fcntl(int descriptor, int command, ...) {
   return Call<int>("fcntl", descriptor, command, argument);
 }
 
-int fstat(int descriptor, struct stat* status) noexcept {
+REPLACED int fstat(int descriptor, struct stat* status) noexcept {
   return Call<int>("fstat", descriptor, status);
 }
 
-int link(const char* from, const char* to) noexcept {
+REPLACED int link(const char* from, const char* to) noexcept {
   return Call<int>("link", from, to);
 }
 
-int pipe2(int* ends, int flags) noexcept {
+REPLACED int pipe2(int* ends, int flags) noexcept {
   return Call<int>("pipe2", ends, flags);
 }
 
-int poll(pollfd* waited, nfds_t count, int milliseconds) {
+REPLACED int poll(pollfd* waited, nfds_t count, int milliseconds) {
   return Call<int>("poll", waited, count, milliseconds);
 }
 
-ssize_t read(int descriptor, void* bytes, std::size_t size) {
+REPLACED ssize_t read(int descriptor, void* bytes, std::size_t size) {
   return Call<ssize_t>("read", descriptor, bytes, size);
 }
 
-int rename(const char* from, const char* to) noexcept {
+REPLACED int rename(const char* from, const char* to) noexcept {
   return Call<int>("rename", from, to);
 }
 
-int renameat2(int fromFolder, const char* from, int toFolder, const char* to,
-              unsigned flags) noexcept {
+REPLACED int renameat2(int fromFolder, const char* from, int toFolder, const char* to,
+                       unsigned flags) noexcept {
   return Call<int>("renameat2", fromFolder, from, toFolder, to, flags);
 }
 
-long sysconf(int name) noexcept {
+REPLACED long sysconf(int name) noexcept {
   return Call<long>("sysconf", name);
 }
 
-pid_t waitpid(pid_t process, int* status, int options) {
+REPLACED pid_t waitpid(pid_t process, int* status, int options) {
   return Call<pid_t>("waitpid", process, status, options);
 }
 
-ssize_t write(int descriptor, const void* bytes, std::size_t size) {
+REPLACED ssize_t write(int descriptor, const void* bytes, std::size_t size) {
   return Call<ssize_t>("write", descriptor, bytes, size);
 }
 

@@ -5,8 +5,8 @@
 
 /// Makes calls of the system fail in this process while this object lives, which is the only one.
 /// Programs that use it link FailingCalls.cpp, whose definitions of the calls come before those of
-/// the C library. The calls: close, fcntl, fstat, link, pipe2, poll, read, rename, renameat2,
-/// sysconf, waitpid and write.
+/// the C library. The calls: close, fchmod, fcntl, fstat, link, pipe2, poll, read, rename,
+/// renameat2, sysconf, waitpid and write.
 class FailingCalls {
 public:
   /// The next `count` calls of that name, after `skipped` others, return `result` and leave `error`
