@@ -31,3 +31,32 @@ TEST(PlainBuffer, ALargeArrayKeepsItsValuesWhileItGrows) {
   for (unsigned int i = 0; i < 2 * kCount; ++i)
     ASSERT_EQ(buffer[i], i);
 }
+
+TEST(PlainBuffer, WhatIsBorrowedIsCopiedBeforeItIsChanged) {
+  const int values[] = {1, 2, 3};
+  auto buffer = PlainBuffer<int>::Borrowed(values, 3);
+  EXPECT_EQ(buffer.BytesHeld(), 0u);
+  buffer.Truncate(2);
+  EXPECT_EQ(buffer.Begin(), values);
+  buffer.Append(7);
+  EXPECT_NE(buffer.Begin(), values);
+  EXPECT_EQ(buffer.Size(), 3u);
+  EXPECT_EQ(buffer[0], 1);
+  EXPECT_EQ(buffer[1], 2);
+  EXPECT_EQ(buffer[2], 7);
+  EXPECT_EQ(values[2], 3);
+}
+
+TEST(PlainBuffer, OwnCopiesWhatIsBorrowedOnce) {
+  const int values[] = {4, 5};
+  auto buffer = PlainBuffer<int>::Borrowed(values, 2);
+  buffer.Own();
+  const int* const own = buffer.Begin();
+  EXPECT_NE(own, values);
+  EXPECT_EQ(own[1], 5);
+  buffer.Own();
+  EXPECT_EQ(buffer.Begin(), own);
+  auto empty = PlainBuffer<int>::Borrowed(values, 0);
+  empty.Own();
+  EXPECT_EQ(empty.Begin(), nullptr);
+}
