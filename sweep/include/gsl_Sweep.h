@@ -309,8 +309,9 @@ struct PatchSummary {
 /// So one thread is enough. While a thread waits in the executor, it may run any other job, also a
 /// question about the same bodies.
 ///
-/// Errors     what the executor throws reaches the caller. No job may run afterwards. A std::bad_alloc
-///            counts as memory that runs short; where that only costs time, the answer is given.
+/// Errors     what the executor throws reaches the caller. No job may run afterwards. A
+///            std::bad_alloc counts as memory that runs short; where that only costs time, the
+///            answer is given.
 using Executor =
     std::function<void(std::size_t count, const std::function<void(std::size_t)>& job)>;
 
