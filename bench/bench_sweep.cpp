@@ -34,9 +34,12 @@ constexpr std::size_t kLargest = 3000000;
 /// A size is left out when the one before lets expect a longer one-shot time, in seconds.
 constexpr double kLongestOneShot = 3.0;
 constexpr double kLongestOneShotAtTheLargest = 1.0;
-/// Directions are asked until this many are answered or this much time has passed.
+/// Directions are asked until this many are answered or this much time has passed. Bodies that are
+/// hard to search make finer trees on the way, which takes up to a second, and the time of most
+/// directions is that with these trees.
 constexpr std::size_t kDirections = 1000;
-constexpr double kSecondsOfDirections = 0.6;
+constexpr double kSecondsOfDirections = 4.0;
+constexpr double kSecondsOfSolids = 1.2;
 /// Sizes of prepared pairs.
 constexpr std::size_t kPreparedSizes[] = {100000, 1000000};
 /// Sizes of the comparison with the peers.
@@ -164,7 +167,7 @@ SolidTimes MeasureSolids(const Scene& scene, const std::vector<std::size_t>& pro
       seconds[rule == Rule::Solid ? 1 : 0].push_back(asked - before);
       if (rule == Rule::Solid) result.starts += answer.status == SweepStatus::Start ? 1 : 0;
     }
-    if (asked - decided > 2.0 * kSecondsOfDirections) break;
+    if (asked - decided > kSecondsOfSolids) break;
   }
   result.firstSeconds = seconds[1].front();
   result.asked = seconds[1].size();
@@ -212,7 +215,7 @@ double MeasurePrepareWall(const Scene& scene, unsigned threads) {
 
 /// Small scenes are asked more often.
 int RoundsOf(double seconds) {
-  return std::clamp(static_cast<int>(0.2 / seconds), 3, 15);
+  return std::clamp(static_cast<int>(0.2 / seconds), 5, 15);
 }
 
 const char* NameOf(SweepStatus status) {
