@@ -173,9 +173,9 @@ TEST(GslBatch, SweepsOfTrianglesAreTheScalarCallsInOrder) {
         {{&first.p[0][3 * begin], 0}, {&first.p[1][3 * begin], 0}, {&first.p[2][3 * begin], 0}}};
     const gsl_BatchTriangles b = {
         {{&second.p[0][3 * begin]}, {&second.p[1][3 * begin]}, {&second.p[2][3 * begin]}}};
-    gsl_BatchContact contact = {1e3, {7.0, 7.0, 7.0}, {8.0, 8.0, 8.0}, 99};
+    gsl_BatchContact contact = {1e3, {7.0, 7.25, 7.5}, {8.0, 8.25, 8.5}, 99};
     const bool found = gsl_SweepTriangles(40, direction, a, b, twoSided, 0.5, contact);
-    gsl_Point contacts[2] = {{7.0, 7.0, 7.0}, {8.0, 8.0, 8.0}};
+    gsl_Point contacts[2] = {{7.0, 7.25, 7.5}, {8.0, 8.25, 8.5}};
     double distance = 1e3;
     bool expected = false;
     std::size_t pair = 99;
@@ -202,11 +202,11 @@ TEST(GslBatch, SweepsOfPreparedTrianglesAreTheScalarCallsInOrder) {
   const std::vector<double> a = PreparedOf(first), b = PreparedOf(second);
   for (std::size_t begin = 0; begin + 40 <= kCount; begin += 37) {
     const bool isShared = begin % 2 == 0;
-    gsl_BatchContact contact = {1e3, {7.0, 7.0, 7.0}, {8.0, 8.0, 8.0}, 99};
+    gsl_BatchContact contact = {1e3, {7.0, 7.25, 7.5}, {8.0, 8.25, 8.5}, 99};
     const bool found =
         gsl_SweepPreparedTriangles(40, direction, {a.data(), kCount, begin, isShared},
                                    {b.data(), kCount, begin}, twoSided, 0.5, contact);
-    gsl_Point contacts[2] = {{7.0, 7.0, 7.0}, {8.0, 8.0, 8.0}};
+    gsl_Point contacts[2] = {{7.0, 7.25, 7.5}, {8.0, 8.25, 8.5}};
     double distance = 1e3;
     bool expected = false;
     for (std::size_t k = begin; k < begin + 40; ++k) {
@@ -275,9 +275,9 @@ TEST(GslBatch, SweepsOfSegmentsAreTheScalarCallsInOrder) {
   for (std::size_t begin = 0; begin + 40 <= kCount; begin += 37) {
     const gsl_BatchSegments a = {{{&in.p[0][3 * begin], 0}, {&in.p[1][3 * begin], 0}}};
     const gsl_BatchSegments b = {{{&in.p[2][3 * begin]}, {&in.p[3][3 * begin]}}};
-    gsl_BatchContact contact = {1e3, {7.0, 7.0, 7.0}, {8.0, 8.0, 8.0}, 99};
+    gsl_BatchContact contact = {1e3, {7.0, 7.25, 7.5}, {8.0, 8.25, 8.5}, 99};
     const bool found = gsl_SweepSegments(40, direction, a, b, twoSided, 0.01, contact);
-    gsl_Point contacts[2] = {{7.0, 7.0, 7.0}, {8.0, 8.0, 8.0}};
+    gsl_Point contacts[2] = {{7.0, 7.25, 7.5}, {8.0, 8.25, 8.5}};
     double distance = 1e3;
     bool expected = false;
     std::size_t pair = 99;
@@ -294,6 +294,25 @@ TEST(GslBatch, SweepsOfSegmentsAreTheScalarCallsInOrder) {
     ASSERT_TRUE(SamePoint(contact.onA, contacts[0])) << begin;
     ASSERT_TRUE(SamePoint(contact.onB, contacts[1])) << begin;
   }
+}
+
+TEST(GslBatch, TheOrderOfTheEndsOfASegmentIsItsOrientation) {
+  // A segment faces its edge x Z: A faces along Y, and B faces A.
+  const double a[6] = {3.0, 0.0, 0.0, 1.0, 0.0, 0.0}, b[6] = {0.0, 2.0, 0.0, 10.0, 2.0, 0.0};
+  const gsl_BatchSegments ofA = {{{a, 0}, {a + 3, 0}}}, ofB = {{{b, 0}, {b + 3, 0}}};
+  const gsl_BatchSegments reversedA = {{{a + 3, 0}, {a, 0}}}, reversedB = {{{b + 3, 0}, {b, 0}}};
+  const bool twoSided[2] = {false, false};
+  const auto sweep = [&](const gsl_BatchSegments& first, const gsl_BatchSegments& second) {
+    gsl_BatchContact contact = {10.0, {}, {}, 99};
+    const bool found =
+        gsl_SweepSegments(16, gsl_Vector(0.0, 1.0, 0.0), first, second, twoSided, 0.0, contact);
+    EXPECT_EQ(contact.distance, found ? 2.0 : 10.0);
+    return found;
+  };
+  EXPECT_TRUE(sweep(ofA, ofB));
+  EXPECT_FALSE(sweep(reversedA, ofB));
+  EXPECT_FALSE(sweep(ofA, reversedB));
+  EXPECT_FALSE(sweep(reversedA, reversedB));
 }
 
 TEST(GslBatch, PreparingWritesAsManyNumbersAsItSays) {

@@ -8,6 +8,7 @@
 
 #include <pthread.h>
 #include <sys/mman.h>
+#include <unistd.h>
 
 #include <cstddef>
 #include <cstdint>
@@ -334,4 +335,28 @@ TEST(GslDepthFirstSearch, DeepPathWithoutMemoryNeedsNoStack) {
   // A frame of 16 bytes per vertex would not fit. Instrumented code has larger frames.
   EXPECT_EQ(path.CountOnStackOf((small ? 512 : 64) * 1024, true), 1);
   EXPECT_EQ(path.Labels(), std::vector<int>(static_cast<std::size_t>(n), 0));
+}
+
+TEST(GslDepthFirstSearch, NothingAfterTheMatrixIsRead) {
+  // The matrix ends where no memory can be read. Its last row leads on, so that it is searched.
+  const std::size_t page = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+  for (const int n : {5, 20, 64, 100, 200}) {
+    const std::size_t entries = static_cast<std::size_t>(n) * static_cast<std::size_t>(n);
+    const std::size_t readable = (entries + page - 1) / page * page;
+    void* const pages =
+        mmap(nullptr, readable + page, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    ASSERT_NE(pages, MAP_FAILED);
+    ASSERT_EQ(mprotect(static_cast<char*>(pages) + readable, page, PROT_NONE), 0);
+    bool* const matrix = static_cast<bool*>(pages) + (readable - entries);
+    matrix[n - 1] = true;       // 0 -> n - 1
+    matrix[entries - 2] = true; // n - 1 -> n - 2
+    std::vector<int> labels(static_cast<std::size_t>(n));
+    int count = kUnwritten;
+    gsl_DepthFirstSearch(matrix, n, labels.data(), count);
+    EXPECT_EQ(count, n - 2) << n;
+    std::vector<int> expected = UpTo(n);
+    expected[static_cast<std::size_t>(n - 1)] = expected[static_cast<std::size_t>(n - 2)] = 0;
+    EXPECT_EQ(labels, expected) << n;
+    munmap(pages, readable + page);
+  }
 }

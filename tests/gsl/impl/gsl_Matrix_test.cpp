@@ -717,15 +717,31 @@ TEST(GslMatrixGetAxisRotation, IsHeldInSinglePrecision) {
 }
 
 TEST(GslMatrixGetAxisRotation, ScalesByTheLastEntry) {
-  // m33 = 4: s = sqrt(3 + 4), w = s / 2, (x, y, z) = 0.5 / s * (0, 0, 2); all halved.
-  gsl_Matrix m;
-  m.m[3][3] = 4.0;
-  m.m[1][0] = 1.0;
-  m.m[0][1] = -1.0;
-  const AxisAngle r(m);
+  // About Z, m33 = 4: s = sqrt(3 + 4), w = s / 2, (x, y, z) = 0.5 / s * (0, 0, 2); all halved.
   const double s = std::sqrt(7.0);
-  EXPECT_NEAR(r.angle, 2.0 * std::atan2(1.0 / s / 2.0, s / 4.0), 1e-6);
-  EXPECT_XYZ_NEAR(r.axis, 0.0, 0.0, 1.0, 1e-7);
+  for (int k = 0; k < 3; ++k) {
+    const int i = (k + 1) % 3, j = (k + 2) % 3;
+    gsl_Matrix m;
+    m.m[3][3] = 4.0;
+    m.m[j][i] = 1.0;
+    m.m[i][j] = -1.0;
+    const AxisAngle r(m);
+    EXPECT_NEAR(r.angle, 2.0 * std::atan2(1.0 / s / 2.0, s / 4.0), 1e-6) << k;
+    EXPECT_XYZ_NEAR(r.axis, k == 0 ? 1.0 : 0.0, k == 1 ? 1.0 : 0.0, k == 2 ? 1.0 : 0.0, 1e-7);
+  }
+}
+
+TEST(GslMatrixGetAxisRotation, ANegativeLastEntryHasNoRootAtAnyTranslation) {
+  for (const double x : {0.0, 1.0, -1.0}) {
+    gsl_Matrix m;
+    m.SetTranslation(gsl_Vector(x, 0.0, 0.0));
+    m.m[1][0] = 1.0;
+    m.m[0][1] = -1.0;
+    m.m[3][3] = -1.0;
+    const AxisAngle r(m);
+    EXPECT_TRUE(std::isnan(r.angle)) << x;
+    EXPECT_XYZ(r.axis, 0.0, 0.0, 0.0);
+  }
 }
 
 TEST(GslMatrixGetAxisRotation, AxisNeedsAnAngleStrictlyAboveTheCosineTolerance) {

@@ -248,6 +248,26 @@ TEST(FailingMemory, TheSolverFailsUntouchedOrHasTheSameBits) {
   }
 }
 
+TEST(FailingMemory, ASolverOfSeveralMatricesKeepsNothingOfThem) {
+  constexpr std::size_t kSize = 20;
+  std::vector<double> entries(kSize * kSize), right(kSize, 1.0);
+  std::vector<double*> rows;
+  for (std::size_t i = 0; i < kSize; ++i) {
+    rows.push_back(&entries[i * kSize]);
+    rows[i][i] = 1.0;
+  }
+  const long live = LiveBlocks();
+  {
+    // The factors of the identity are the identity.
+    gsl_LinearEqnLUDSolver solver;
+    for (const unsigned int size : {17u, 20u, 3u, 16u, 18u}) {
+      solver.SetMatrix(rows.data(), size);
+      EXPECT_TRUE(solver.Solve(right.data(), right.data())) << size;
+    }
+  }
+  EXPECT_EQ(LiveBlocks(), live);
+}
+
 TEST(FailingMemory, TheSearchHasTheSameLabelsWithoutMemory) {
   // Vertex v leads to v + 2, so that the even and the odd vertices are the components.
   constexpr int kSize = 150;

@@ -1,5 +1,6 @@
 #include "FailEachAllocation.h"
 #include "Records.h"
+#include "cls_MetadataRegistrar.h"
 #include "cls_xo1DArrayList.h"
 #include "gsl_BBox.h"
 #include "gsl_Dot.h"
@@ -189,4 +190,28 @@ TEST_F(FailingRecords, ARefusalNeedsMemoryForItsMessage) {
                                  "Root 0 holds a record of class gsl_Dot, not gsl_Plane");
   };
   EXPECT_GT(FailEachAllocation("a record of another class", refuses), 2);
+}
+
+TEST_F(FailingRecords, ARegisteredDestructorFreesItsInstance) {
+  const gsl_RecordStore store = Written(
+      gsl_Point(1.0, 2.0, 3.0), gsl_PersistentVector(gsl_Vector(1.0, 2.0, 3.0)),
+      gsl_PersistentMatrix(), gsl_BBox(), gsl_Segment(gsl_Point(), gsl_Point(1.0, 2.0, 3.0)),
+      gsl_Dot(3, 4), gsl_Plane(), gsl_StLine(), gsl_ModelSegment());
+  const cls_ClassRegistrar& classes =
+      omi_Singleton<cls_MetadataRegistrar>::Instance().ClassRegistrar();
+  cls_Load load(store);
+  int destroyed = 0;
+  for (std::size_t i = 0; i < load.RootCount(); ++i) {
+    const cls_ClassMetadata& registered = *classes.FindClass(cls_ReadVisitor(load, i).TypeId());
+    if (registered.Dtor() == nullptr) continue;
+    const auto createsAndDestroys = [&] {
+      registered.Dtor()(registered.Adapter().Create(cls_ReadVisitor(load, i)));
+    };
+    createsAndDestroys(); // the load keeps the texts of the first instance
+    const long live = LiveBlocks();
+    createsAndDestroys();
+    EXPECT_EQ(LiveBlocks(), live) << registered.Name();
+    ++destroyed;
+  }
+  EXPECT_GT(destroyed, 0);
 }

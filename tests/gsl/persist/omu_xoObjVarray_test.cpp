@@ -266,6 +266,9 @@ TEST(OmuXoObjVarray, IteratesOverItsEntriesInOrder) {
   EXPECT_EQ(seen, "1.000000 null 3.000000 ");
   EXPECT_EQ(array.end() - array.begin(), 3);
   EXPECT_EQ(array.begin()[2], array[2]);
+  EXPECT_TRUE(array.end() >= array.begin());
+  EXPECT_TRUE(array.begin() >= array.begin());
+  EXPECT_FALSE(array.begin() >= array.end());
   EXPECT_EQ(std::count(array.begin(), array.end(), nullptr), 1);
   const auto isFar = [](const gsl_Dot* dot) { return dot != nullptr && dot->GetPoint().x > 2.0; };
   EXPECT_EQ(*std::find_if(array.begin(), array.end(), isFar), array[2]);
@@ -305,6 +308,10 @@ TEST(OmuXoObjVarray, MoveTakesElementsIdentitiesAndOwnersAlong) {
   EXPECT_EQ(CountedDot::alive, 2) << "what it had is deleted";
   EXPECT_EQ(source[0], first);
   EXPECT_EQ(source.Uid(), uid);
+  EXPECT_EQ(source.FirstOwner(), &owners[0]);
+  EXPECT_EQ(source.SecondOwner(), &owners[1]);
+  EXPECT_EQ(array.FirstOwner(), nullptr);  // NOLINT(bugprone-use-after-move)
+  EXPECT_EQ(array.SecondOwner(), nullptr); // NOLINT(bugprone-use-after-move)
   DotArray& same = source;
   source = std::move(same);
   EXPECT_EQ(source.Count(), 2u);

@@ -78,11 +78,12 @@ TEST(AtrTranslate, ADoubledPercentSignIsOne) {
 }
 
 TEST(AtrTranslate, TextThatIsNotAnArgumentStays) {
-  for (const char* format : {"", "%", "50%", "%x %5d %-d", "%1s", "%$s", "%99999$s"}) {
+  for (const char* format : {"", "%", "50%", "%x %5d %-d", "%1s", "%1sd", "%$s", "%99999$s"}) {
     atr_String message = atr_translate(format);
     EXPECT_STREQ(message.CStr(), format);
     EXPECT_FALSE(atr_SubstituteFormat(message, 1, "x")) << format;
     EXPECT_FALSE(atr_SubstituteFormat(message, 1, 1)) << format;
+    EXPECT_FALSE(atr_SubstituteFormat(message, 0, "x")) << format;
     EXPECT_STREQ(message.CStr(), format);
   }
   EXPECT_STREQ(atr_translate(nullptr).CStr(), "");

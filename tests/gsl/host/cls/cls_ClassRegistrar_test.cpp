@@ -1,6 +1,8 @@
 #include "cls_ClassRegistrar.h"
 
+#include "Records.h"
 #include "cls_ReadVisitor.h"
+#include "cls_RecordException.h"
 
 #include <gtest/gtest.h>
 
@@ -69,4 +71,24 @@ TEST(ClsClassRegistrar, BasesDeclaredInACircleEnd) {
   Add<2>(registrar, "b").AddBase(1, &Same);
   EXPECT_TRUE(registrar.InheritanceCheck(1, 2));
   EXPECT_FALSE(registrar.InheritanceCheck(1, 3));
+}
+
+TEST(ClsClassRegistrar, CreatesRegisteredClassesThatDeriveFromTheWantedOne) {
+  cls_ClassRegistrar registrar;
+  Add<1>(registrar, "wanted");
+  Add<2>(registrar, "another");
+  const auto create = [&](unsigned int typeId) -> std::string {
+    const gsl_RecordStore store = Recorded(typeId, cls_Uid(5, 6), [](const cls_WriteVisitor&) {});
+    cls_Load load(store);
+    try {
+      delete static_cast<Numbered<1>*>(registrar.Create(cls_ReadVisitor(load, 0), 1));
+    } catch (const cls_RecordException& e) {
+      EXPECT_EQ(e.Uid(), cls_Uid(5, 6));
+      return e.what();
+    }
+    return "created";
+  };
+  EXPECT_EQ(create(1), "created");
+  EXPECT_EQ(create(2), "A record is of another class than is wanted");
+  EXPECT_EQ(create(3), "A record is of an unknown class");
 }

@@ -157,6 +157,26 @@ TEST(ClsReadRun, TakesEachFieldAndLeavesTheVisitorAfterThem) {
   }
 }
 
+TEST(ClsReadRun, AfterARunTheFieldRightAfterItCountsAmongThoseOfOneName) {
+  const gsl_RecordStore store = Recorded(10, cls_Uid(3, 4), [](const cls_WriteVisitor& to) {
+    to.WriteInteger({-1, "_number"}, -300);
+    to.WriteDouble({-1, "_real"}, 0.5);
+    to.WriteString({-1, "_name"}, "second");
+    to.WriteBoolean({-1, "_flag"}, true);
+    WritePart(to);
+    to.WriteInteger({-1, "_number"}, 9);
+  });
+  cls_Load load(store);
+  const cls_ReadVisitor visitor(load, 0);
+  {
+    cls_ReadRun run(visitor, kFields);
+    ASSERT_TRUE(run.Fits());
+    TakePlain(run);
+    run.SkipObject(cls_ReadRun(run, kPartType, kPartFields));
+  }
+  EXPECT_EQ(visitor.ReadInteger({-1, "_number"}, 0), 9);
+}
+
 TEST(ClsReadRun, AnObjectMayBeReadThroughTheVisitor) {
   const gsl_RecordStore store = Sample(13);
   cls_Load load(store);
@@ -348,6 +368,29 @@ TEST(ClsReadRun, LongAndManyTextsAreFoundEachTime) {
     cls_ReadRun run(visitor, kOne);
     ASSERT_TRUE(run.Fits());
     EXPECT_EQ(run.TakeNamed(&kNames, LengthOf), static_cast<int>(i % 100));
+  }
+}
+
+TEST(ClsReadRun, ATextThatWasReadAsAStringHasItsOwnValueAmongTheNames) {
+  // The texts are more than are kept, so that each takes the place of another.
+  static constexpr cls_ReadRun::Field kText[] = {{"_name", cls_EnumerationAttribute}};
+  static constexpr cls_ReadRun::Fields kOne = {kText, 1};
+  constexpr std::size_t kTexts = 60;
+  gsl_RecordStore store;
+  cls_Save save(store);
+  for (std::size_t i = 0; i < kTexts; ++i) {
+    const cls_WriteVisitor to(save);
+    to.StartWrite(10, cls_Uid(3, 4));
+    to.WriteString({-1, "_name"}, std::string(i, 'n').c_str());
+  }
+  store.Finish();
+  cls_Load load(store);
+  for (std::size_t i = 0; i < kTexts; ++i) {
+    EXPECT_EQ(cls_ReadVisitor(load, i).ReadString({-1, "_name"}, "none").Length(), i);
+    const cls_ReadVisitor visitor(load, i);
+    cls_ReadRun run(visitor, kOne);
+    ASSERT_TRUE(run.Fits());
+    EXPECT_EQ(run.TakeNamed(&kNames, LengthOf), static_cast<int>(i));
   }
 }
 

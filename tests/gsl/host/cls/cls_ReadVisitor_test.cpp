@@ -151,6 +151,39 @@ TEST(ClsReadVisitor, ListOfAStoreReadsAsOfAnyOtherReader) {
   }
 }
 
+TEST(ClsReadVisitor, ShortTextsOfAnyOtherReaderAreToldApart) {
+  // These texts lie next to each other: some have the same length, and some begin another.
+  std::vector<std::string> texts;
+  for (char first = 'a'; first <= 'z'; ++first) {
+    texts.push_back(std::string(1, first) + "xy");
+    texts.push_back(std::string(1, first) + "x");
+  }
+  const gsl_RecordStore store = Recorded(1, cls_Uid(), [&](const cls_WriteVisitor& to) {
+    for (const std::string& text : texts)
+      to.WriteString(kField, text.c_str());
+  });
+  const ForwardingReader other(store);
+  cls_Load load(other);
+  const cls_ReadVisitor root(load, 0);
+  for (const std::string& text : texts)
+    EXPECT_EQ(root.ReadString(kField, "none"), cow_String(text.c_str()));
+}
+
+TEST(ClsReadVisitor, RecordOfAnotherClassIsRefusedByItsPlaceForEveryReader) {
+  const gsl_RecordStore store = Recorded(0x7F1000A0u, cls_Uid(), [](const cls_WriteVisitor& to) {
+    TestNode(1).DBWrite(cls_WriteVisitor(to, kField));
+  });
+  const ForwardingReader other(store);
+  for (const gsl_RecordReader* const reader :
+       std::initializer_list<const gsl_RecordReader*>{&store, &other}) {
+    cls_Load load(*reader);
+    const cls_ReadVisitor root(load, 0);
+    const cls_ReadVisitor child(root, kField);
+    EXPECT_EQ(MessageOf([&] { child.CheckTypeId(0x7F1000A1u); }),
+              "Field \"field\" of 0x7F1000A0 holds a record of class 0x7F100001, not 0x7F1000A1");
+  }
+}
+
 TEST(ClsReadVisitor, MissingFieldsReadAsTheCallersDefault) {
   const gsl_RecordStore store = Recorded(1, cls_Uid(), [](const cls_WriteVisitor&) {});
   cls_Load load(store);

@@ -1,5 +1,6 @@
 #include "omu_PrimEnumBase.h"
 
+#include "HostObjects.h"
 #include "Records.h"
 #include "omu_PrimTuple.h"
 
@@ -59,4 +60,16 @@ TEST(OmuPrimEnumBase, RecordHoldsTheNameAlone) {
   const Switch read = ReadBack<Switch>(store);
   EXPECT_EQ(read.AsString(), cow_String("on"));
   EXPECT_EQ(read.GetValue(), 0);
+}
+
+TEST(OmuPrimEnumBase, SharedObjectIsWrittenOnce) {
+  const auto shared = TestHolder<Switch>::Adopt(new Switch(1, "on"));
+  const gsl_RecordStore store = Recorded(1, cls_Uid(), [&](const cls_WriteVisitor& to) {
+    shared.Get()->DBWrite(cls_WriteVisitor(to, {-1, "first"}, shared));
+    shared.Get()->DBWrite(cls_WriteVisitor(to, {-1, "second"}, shared));
+  });
+  EXPECT_EQ(TextOf(store), "0x00000001\n"
+                           "  -1 first object 0x00450001\n"
+                           "    -1 _string string on\n"
+                           "  -1 second reference 0x00450001\n");
 }

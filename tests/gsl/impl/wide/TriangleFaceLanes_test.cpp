@@ -356,3 +356,17 @@ TEST(TriangleFaceLanes, AWeightWhoseQuotientLosesItsDigitsIsNotCertain) {
   static_cast<void>(within.Contains(at(1e34, 1e34)));
   EXPECT_NE(lanes::MaskOf(within.isCertain), 0u);
 }
+
+TEST(TriangleFaceLanes, TheReachOfCrossingsCountsACornerAndTwoEdgesOfEach) {
+  namespace lanes = gsl_wide::GSL_LANES_NAMESPACE;
+  const auto at = [](double x, double y) {
+    return lanes::Coords{lanes::Splat(x), lanes::Splat(y), lanes::Splat(0.0)};
+  };
+  // The first corner of A is 1 from the origin, and its edges at that corner are 2 and 3 long. The
+  // edges of the shadow at its first corner, the origin, are 6 and 8 long.
+  const lanes::LaneTriangle a = {{at(1.0, 0.0), at(1.0, 2.0), at(4.0, 0.0)}};
+  const lanes::LaneTriangle s = {{at(0.0, 0.0), at(6.0, 0.0), at(0.0, 8.0)}};
+  const lanes::LaneEdges ofA = lanes::EdgesOf(a), ofS = lanes::EdgesOf(s);
+  const lanes::LaneCrossings crossings(a, ofA, s, ofS, 1e-6);
+  EXPECT_NEAR(crossings.reach[0], std::sqrt(8.0 * (1.0 + 4.0 + 9.0 + 36.0 + 64.0)), 1e-12);
+}

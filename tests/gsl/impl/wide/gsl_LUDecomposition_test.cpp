@@ -13,6 +13,7 @@
 #include <functional>
 #include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 using gsl_wide::Broadcast;
@@ -152,6 +153,42 @@ TEST(GslLUDecomposition, SampledSizesTo700HaveTheBitsOfTheTextbook) {
       blocking.panel = k % 2 == 0 ? 128 : 256;
       if (n > 257) c.ExpectFromEveryWidth(blocking);
       if (HasFailure()) return;
+    }
+  }
+}
+
+TEST(GslLUDecomposition, AFewBlocksHaveTheBitsOfTheTextbook) {
+  RandomNumbers random(17);
+  for (const int n : {17, 24, 31}) {
+    const Case c(MakeMatrix(MatrixFamily::Random, n, random));
+    for (const bool inPlace : {false, true}) {
+      c.ExpectFromEveryWidth({8, 24, inPlace, Broadcast::InRegister});
+      c.ExpectFromEveryWidth({16, 8, inPlace, Broadcast::InOperand});
+    }
+  }
+}
+
+TEST(GslLUDecomposition, APivotKeepsItsSignUnlessItIsBelowTheTinyPivot) {
+  // The identity, but for one element of the diagonal and one at the end of its row. Nothing is
+  // exchanged, and nothing is subtracted.
+  const double tiny = gsl_wide::kTinyPivot;
+  const int n = 24;
+  for (const auto& [element, pivot] :
+       {std::pair(-tiny, -tiny), std::pair(-numbers::Below(tiny), tiny)}) {
+    for (const int at : {5, 13}) {
+      for (const Width& width : Widths()) {
+        SquareMatrix matrix =
+            matrix_families::Fill(n, [](int i, int j) { return i == j ? 1.0 : 0.0; });
+        matrix.At(at, n - 1) = 1.0;
+        SquareMatrix expected(matrix);
+        matrix.At(at, at) = element;
+        expected.At(at, at) = pivot;
+        std::vector<std::int32_t> pivots(n);
+        LuSystem system = {matrix.Rows(), n, pivots.data(), 1};
+        ASSERT_EQ(gsl_LUDecomposeBlocked(system, *width.kernels, {8, 24, false}),
+                  LuResult::Decomposed);
+        EXPECT_EQ(matrix.Data(), expected.Data()) << width.name;
+      }
     }
   }
 }

@@ -27,6 +27,10 @@ TEST(GslWideKernels, BaselineRunsEverywhere) {
   EXPECT_EQ(gsl_FindWideKernels(gsl_VectorWidth::Baseline), &gsl_WideKernelsBaseline);
 }
 
+TEST(GslWideKernels, AnUnknownWidthHasNoKernels) {
+  EXPECT_EQ(gsl_FindWideKernels(static_cast<gsl_VectorWidth>(3)), nullptr);
+}
+
 TEST(GslWideKernels, TheWidestOfTheProcessorIsChosen) {
   EXPECT_EQ(&gsl_BestWideKernels(), AllKernels().back());
 }
