@@ -152,12 +152,13 @@ TEST(ClsReadVisitor, ListOfAStoreReadsAsOfAnyOtherReader) {
 }
 
 TEST(ClsReadVisitor, ShortTextsOfAnyOtherReaderAreToldApart) {
-  // These texts lie next to each other: some have the same length, and some begin another.
+  // These are more texts than are kept, so that each takes the place of another: some have the same
+  // length, and then each begins the texts before it.
   std::vector<std::string> texts;
-  for (char first = 'a'; first <= 'z'; ++first) {
-    texts.push_back(std::string(1, first) + "xy");
-    texts.push_back(std::string(1, first) + "x");
-  }
+  for (int i = 10; i < 70; ++i)
+    texts.push_back("text " + std::to_string(i));
+  for (std::size_t length = 60; length > 0; --length)
+    texts.push_back(std::string(length, 'n'));
   const gsl_RecordStore store = Recorded(1, cls_Uid(), [&](const cls_WriteVisitor& to) {
     for (const std::string& text : texts)
       to.WriteString(kField, text.c_str());
