@@ -1,5 +1,7 @@
 #include "FileDescriptor.h"
 
+#include "ClosedInput.h"
+
 #include <gtest/gtest.h>
 
 #include <fcntl.h>
@@ -37,6 +39,15 @@ TEST(FileDescriptor, ClosesEarlyAndOnlyItsOwn) {
   ASSERT_EQ(other.Get(), value) << "the system gives the lowest free number";
   file.Close();
   EXPECT_TRUE(IsOpen(value));
+}
+
+TEST(FileDescriptor, NumberZeroIsClosedToo) {
+  const ClosedInput input;
+  {
+    const FileDescriptor file(OpenFile());
+    ASSERT_EQ(file.Get(), 0);
+  }
+  EXPECT_TRUE(input.IsStillClosed());
 }
 
 TEST(FileDescriptor, ReleasedIsLeftOpen) {

@@ -122,6 +122,35 @@ TEST(MeshFacts, AreaIsDecidedExactlyAtEverySize) {
   EXPECT_EQ(FactsOf(mesh).degenerate, 1u);
 }
 
+TEST(MeshFacts, TrianglesInOneLineHaveNoAreaWhereTheirSidesAreRounded) {
+  // All corners lie on y = 3 x exactly. The first is so near to the origin that its differences to
+  // the others are rounded, each in its own way.
+  Mesh mesh;
+  for (int k = 1; k <= 40; ++k) {
+    const double near = (2 * k + 1) * 0x1p-50, x = 1000003 + k, further = 1999993 - 7 * k;
+    AddTriangle(mesh, {near, 3 * near, 0}, {x, 3 * x, 0}, {further, 3 * further, 0});
+  }
+  EXPECT_EQ(FactsOf(mesh).degenerate, 40u);
+}
+
+TEST(MeshFacts, OfALargeSheetTakeAFractionOfASecond) {
+  // 200 x 200 squares of two triangles. A search that ended in the same place for every vertex
+  // would take seconds.
+  constexpr int kSide = 200;
+  Mesh mesh;
+  for (int x = 0; x < kSide; ++x) {
+    for (int y = 0; y < kSide; ++y) {
+      const auto at = [](int u, int v) { return Coord3{u / 8.0, v / 8.0, 0.0}; };
+      sweep_shapes::AddQuad(mesh, at(x, y), at(x + 1, y), at(x + 1, y + 1), at(x, y + 1));
+    }
+  }
+  const MeshFacts facts = FactsOf(mesh);
+  EXPECT_EQ(facts.vertices, std::size_t{(kSide + 1) * (kSide + 1)});
+  EXPECT_EQ(facts.openEdges, std::size_t{4 * kSide});
+  EXPECT_EQ(facts.edges, std::size_t{2 * kSide * (kSide + 1) + kSide * kSide});
+  EXPECT_DOUBLE_EQ(facts.area, 625.0);
+}
+
 TEST(MeshFacts, MeasuresBodiesOfAnySizeAnywhere) {
   const MeshFacts tiny = FactsOf(sweep_shapes::Box({0, 0, 0}, {0x1p-300, 0x1p-300, 0x1p-300}));
   EXPECT_EQ(tiny.volume, 0x1p-900);
@@ -139,6 +168,10 @@ TEST(MeshFacts, MeasuresBodiesOfAnySizeAnywhere) {
   const MeshFacts far = FactsOf(sweep_shapes::Box({0x1p30, 0, 0}, {0x1p30 + 1, 1, 1}));
   EXPECT_EQ(far.volume, 1.0);
   ExpectNear(far.centroid, {0x1p30 + 0.5, 0.5, 0.5}, 1e-14);
+  Mesh sheet;
+  sweep_shapes::AddQuad(sheet, {0, 0, 0}, {0x1p500, 0, 0}, {0x1p500, 0x1p500, 0}, {0, 0x1p500, 0});
+  EXPECT_EQ(FactsOf(sheet).area, 0x1p1000);
+  ExpectNear(FactsOf(sheet).centroid, {0x1p499, 0x1p499, 0}, 0x1p450);
 }
 
 TEST(MeshFacts, OfNoTriangles) {

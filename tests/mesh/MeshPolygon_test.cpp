@@ -66,6 +66,8 @@ void ExpectCoveredFromEverywhere(std::vector<Coord3> ring) {
 TEST(MeshPolygon, ConvexPolygonBecomesTheFanFromItsFirstCorner) {
   const std::vector<Triangle> expected{{0, 1, 2}, {0, 2, 3}, {0, 3, 4}};
   EXPECT_EQ(Cut({{0, 0, 0}, {2, 0, 0}, {3, 1, 0}, {2, 2, 0}, {0, 2, 0}}), expected);
+  // The second corner lies between its neighbours.
+  EXPECT_EQ(Cut({{0, 0, 0}, {1, 0, 0}, {2, 0, 0}, {2, 2, 0}, {0, 2, 0}}), expected);
 }
 
 TEST(MeshPolygon, QuadrangleIsHalvedFromItsFirstCornerWhicheverDiagonalIsShorter) {

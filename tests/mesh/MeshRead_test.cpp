@@ -1,5 +1,6 @@
 #include "MeshRead.h"
 
+#include "ClosedInput.h"
 #include "MeshSamples.h"
 #include "MeshWrite.h"
 
@@ -225,6 +226,14 @@ TEST(MeshRead, UnreadableFilesAreRefused) {
   const Chmod open(folder.Path(""), 0755);
   const OrdinaryUser reader;
   EXPECT_EQ(ErrorOfFile(path), path + ": cannot be opened: Permission denied");
+}
+
+TEST(MeshRead, AFileMayHaveTheDescriptorZero) {
+  const TemporaryFolder folder;
+  const std::string path = folder.Write("part.off", OffText());
+  const ClosedInput input;
+  ExpectCorners(gsl_mesh::ReadMesh(path), TetrahedronCorners());
+  EXPECT_TRUE(input.IsStillClosed());
 }
 
 TEST(MeshRead, FilesLargerThanTheMemoryAreRefused) {

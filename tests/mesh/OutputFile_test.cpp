@@ -1,6 +1,7 @@
 #include "OutputFile.h"
 
 #include "ChildProcess.h"
+#include "ClosedInput.h"
 #include "MeshSamples.h"
 
 #include <csignal>
@@ -50,6 +51,7 @@ TEST(OutputFile, AppearsWholeOnCommit) {
     EXPECT_EQ(folder.Names().size(), 1U);
     file.Commit();
     EXPECT_EQ(BytesOf(path), "abc");
+    EXPECT_EQ(ModeOf(path) & 0111U, 0U);
   }
   EXPECT_THAT(folder.Names(), ElementsAre("report.json"));
 }
@@ -61,6 +63,16 @@ TEST(OutputFile, LeavesNothingWithoutCommit) {
     file.Write("abc", 3);
   }
   EXPECT_THAT(folder.Names(), IsEmpty());
+}
+
+TEST(OutputFile, IsClosedWithoutCommitAlsoWhereItHasTheNumberZero) {
+  const TemporaryFolder folder;
+  const ClosedInput input;
+  {
+    const OutputFile file(folder.Path("report.json"), false);
+    EXPECT_FALSE(input.IsStillClosed());
+  }
+  EXPECT_TRUE(input.IsStillClosed());
 }
 
 TEST(OutputFile, ExistingFileIsKept) {

@@ -126,6 +126,42 @@ TEST(MeshReadPly, PrecisionIsThatOfTheWidestCoordinate) {
   EXPECT_EQ(PrecisionOfBinary({"float", "int", "float"}), Precision::Unknown);
 }
 
+TEST(MeshReadPly, PrecisionCountsTheFirstPropertyToo) {
+  std::string bytes = "ply\nformat binary_little_endian 1.0\nelement vertex 3\nproperty double x\n"
+                      "property float y\nproperty float z\n" +
+                      faceHeader + "end_header\n";
+  for (const Coord3& v : corners) {
+    AppendAs(bytes, "double", v.x, 'l');
+    AppendAs(bytes, "float", v.y, 'l');
+    AppendAs(bytes, "float", v.z, 'l');
+  }
+  AppendAs(bytes, "uchar", 3, 'l');
+  for (const int k : {0, 1, 2})
+    AppendAs(bytes, "int", k, 'l');
+  EXPECT_EQ(Read(bytes).precision, gsl_mesh::Precision::Double);
+}
+
+TEST(MeshReadPly, OnlyXYAndZAreCoordinates) {
+  // Longer names, a list, and the signs before and behind the three in the alphabet.
+  ExpectCorners(Read(TextWith("element vertex 3\nproperty float x\nproperty float y\n"
+                              "property float z\nproperty float xs\nproperty list uchar float x\n"
+                              "property float w\nproperty float {\n" +
+                                  faceHeader,
+                              "0 0 0 7 1 8 9 5\n1 0 0 7 0 9 5\n1 1 0 7 2 8 8 9 5\n3 0 1 2\n")),
+                corners);
+}
+
+TEST(MeshReadPly, HeadersMayHaveEmptyLines) {
+  ExpectCorners(Read(TextWith("\n" + vertexHeader + " \n" + faceHeader, vertices + "3 0 1 2\n")),
+                corners);
+}
+
+TEST(MeshReadPly, ElementsWithoutPropertiesTakeNoTimeWhateverTheirCount) {
+  ExpectCorners(Read(TextWith("element nothing 4000000000000000000\n" + vertexHeader + faceHeader,
+                              vertices + "3 0 1 2\n")),
+                corners);
+}
+
 TEST(MeshReadPly, ListsMayHaveEveryWholeType) {
   for (const char format : {'a', 'l', 'b'}) {
     for (const std::string& countType : wholeTypes) {

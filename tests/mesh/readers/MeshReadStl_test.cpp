@@ -133,7 +133,7 @@ TEST(MeshReadStl, TextMayHoldSeveralSolids) {
 }
 
 TEST(MeshReadStl, NormalsAreNotRead) {
-  const std::string text = TextWith("facet normal -nan(ind) 1,0 x outer loop vertex 0 0 0 "
+  const std::string text = TextWith("facet normal -nan(ind) 1,0 out outer loop vertex 0 0 0 "
                                     "vertex 1 0 0 vertex 0 1 0 endloop endfacet");
   EXPECT_EQ(Read(text).TriangleCount(), 1U);
 }
@@ -149,6 +149,8 @@ TEST(MeshReadStl, BrokenTextIsRefusedWithItsLine) {
        "line 7: expected 'endloop', found 'vertex' (a facet has three corners)"},
       {corners("vertex 0 0 0\nvertex 1 0 0\nendloop\nendfacet"),
        "line 6: expected 'vertex', found 'endloop'"},
+      {corners("vertex 0 0 0\nvertex 1 0 0\nvertex 1 1 0\nend"),
+       "line 7: expected 'endloop', found 'end'"},
       {corners("vertex 0 0\nvertex 1 0 0"), "line 5: a coordinate is not a number: 'vertex'"},
       {corners("vertex 0 0,5 0"), "line 4: a coordinate is not a number: '0,5'"},
       {TextWith("facet normal 0 0 outer loop"), "line 2: expected three components of a normal"},
