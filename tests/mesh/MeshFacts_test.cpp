@@ -127,7 +127,7 @@ TEST(MeshFacts, TrianglesInOneLineHaveNoAreaWhereTheirSidesAreRounded) {
   // the others are rounded, each in its own way.
   Mesh mesh;
   for (int k = 1; k <= 40; ++k) {
-    const double near = (2 * k + 1) * 0x1p-50, x = 1000003 + k, further = 1999993 - 7 * k;
+    const double near = (2 * k + 1) * 0x1p-36, x = 1000003 + k, further = 1999993 - 7 * k;
     AddTriangle(mesh, {near, 3 * near, 0}, {x, 3 * x, 0}, {further, 3 * further, 0});
   }
   EXPECT_EQ(FactsOf(mesh).degenerate, 40u);
