@@ -24,7 +24,7 @@ void RootList::Refresh(Database& database) {
     const auto word = [&](int column) { return static_cast<std::uint64_t>(row.Integer(column)); };
     Entry entry{std::string(row.Bytes(1)), row.Integer(2), static_cast<std::uint32_t>(word(3)),
                 {word(4), word(5)},        word(6),        word(7)};
-    if (!entry.name.empty() && m_ids.count(entry.name) != 0) {
+    if (m_ids.count(entry.name) != 0) {
       database.FailDamaged("two roots have the name \"" + entry.name + "\"");
     }
     Put(row.Integer(0), std::move(entry));
