@@ -129,9 +129,36 @@ TEST_F(GslDatabase, FileBesideAnEmptyFileStays) {
   EXPECT_EQ(BytesOf(m_path), "");
   EXPECT_EQ(BytesOf(path), "dear diary");
   // A journal that was begun, and no more, is that of a writer that was interrupted.
-  m_folder.Write("model.gslm-journal", std::string(512, '\0'));
+  for (const char* const magic : {"", "\xd9\xd5\x05"}) {
+    std::string begun = magic;
+    begun.resize(512, '\0');
+    m_folder.Write("model.gslm", "");
+    m_folder.Write("model.gslm-journal", begun);
+    EXPECT_EQ(MessageOfOpening(m_path, Access::Create), "no error");
+    EXPECT_EQ(m_folder.Names(), (std::vector<std::string>{"model.gslm"}));
+  }
+  m_folder.Write("model.gslm", "");
+  m_folder.Write("model.gslm-journal", "");
   EXPECT_EQ(MessageOfOpening(m_path, Access::Create), "no error");
-  EXPECT_EQ(m_folder.Names(), (std::vector<std::string>{"model.gslm"}));
+}
+
+TEST_F(GslDatabase, FolderInPlaceOfTheJournalStaysAndNothingElseIsRead) {
+  const std::string path = m_path + "-journal";
+  ASSERT_EQ(mkdir(path.c_str(), 0777), 0);
+  EXPECT_EQ(MessageOfOpening(m_path, Access::Create),
+            m_path + ": cannot be created: " + path +
+                " is beside it, and is not a journal that can be read");
+  EXPECT_EQ(m_folder.Names(), (std::vector<std::string>{"model.gslm-journal"}));
+  EXPECT_NE(fcntl(STDOUT_FILENO, F_GETFD), -1);
+}
+
+TEST_F(GslDatabase, ProgramWithoutAStandardInputReadsTheJournal) {
+  m_folder.Write("model.gslm-journal", std::string(512, '\0'));
+  const int input = dup(STDIN_FILENO);
+  close(STDIN_FILENO);
+  EXPECT_EQ(MessageOfOpening(m_path, Access::Create), "no error");
+  dup2(input, STDIN_FILENO);
+  close(input);
 }
 
 TEST_F(GslDatabase, CutFileIsRefused) {

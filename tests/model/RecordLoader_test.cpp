@@ -229,6 +229,11 @@ TEST_F(RecordLoaderTest, ChangesOfOtherProgramsAreRefusedWithTheNameOfTheRoot) {
             damaged + "the number of a field is too large");
   EXPECT_EQ(MessageAfter("UPDATE fields SET link = 2 WHERE link = 3"),
             damaged + "record 2 belongs to two places, but is not a shared object");
+  EXPECT_EQ(MessageAfter("UPDATE fields SET link = 1 WHERE kind = 5"),
+            damaged + "record 1 belongs to two places, but is not a shared object");
+  // Every number but 0 would be read as true.
+  EXPECT_EQ(MessageAfter("UPDATE fields SET value = 2 WHERE kind = 2"),
+            damaged + "record 1 has a field whose value is not of its kind");
 }
 
 TEST_F(RecordLoaderTest, RootOfAReferenceAloneHoldsTheObject) {

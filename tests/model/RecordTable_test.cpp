@@ -5,6 +5,7 @@
 #include "TemporaryFolder.h"
 #include "gsl_Model.h"
 
+#include <iterator>
 #include <memory>
 #include <new>
 
@@ -91,6 +92,44 @@ TEST(RecordTable, RemovedRootStaysRemovedWhenItsSuccessorIsTakenBack) {
   EXPECT_TRUE(table.Counts(1));
   table.TakeBack(second);
   EXPECT_FALSE(table.Counts(0));
+}
+
+TEST(RecordTable, RemovedRootIsTheOneOfTheName) {
+  RecordTable table;
+  for (const char* const name : {"a", "b"}) {
+    table.AddRoot(1, {});
+    table.NameRoot(name);
+  }
+  EXPECT_TRUE(table.RemoveRoot("a"));
+  EXPECT_TRUE(table.Counts(1));
+  EXPECT_TRUE(table.RemoveRoot("b"));
+  EXPECT_FALSE(table.RemoveRoot("b"));
+  EXPECT_FALSE(table.Counts(1));
+}
+
+TEST(RecordTable, RootThatWasReadCounts) {
+  RecordTable table;
+  table.AppendRoot(0, "");
+  table.AppendRoot(1, "b");
+  EXPECT_TRUE(table.Counts(0));
+  EXPECT_TRUE(table.Counts(1));
+}
+
+TEST(RecordTable, FieldsOfOneNameKeepTheirNumbers) {
+  RecordTable table;
+  const gsl_RecordIndex root = table.AddRoot(1, {});
+  // The second "y" comes after the same field as the first one.
+  const gsl_RecordPlace places[] = {{"x", 1}, {"y", 2}, {"x", 1}, {"y", 3}, {"x", 1}, {"z", 3}};
+  for (const gsl_RecordPlace& place : places)
+    table.AddInteger(root, place, 0);
+  std::size_t i = 0;
+  for (const gsl_RecordField& field : table.Fields(table.Root(0))) {
+    ASSERT_LT(i, std::size(places));
+    EXPECT_EQ(field.name, places[i].name) << i;
+    EXPECT_EQ(field.index, places[i].index) << i;
+    ++i;
+  }
+  EXPECT_EQ(i, std::size(places));
 }
 
 TEST(RecordTable, NameThatFindsNoMemoryIsNotGiven) {

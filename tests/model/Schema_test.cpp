@@ -56,6 +56,33 @@ TEST_F(GslModelSchema, TriggerIsRefused) {
             m_path + ": has a trigger t, but a model has no triggers");
 }
 
+/// A writer checks indices too; a reader does not use them.
+TEST_F(GslModelSchema, IndexThatDoesNotFitItsTableIsRefusedByAWriter) {
+  RunSql(m_path, "CREATE INDEX further ON records(serial)");
+  std::string bytes = BytesOf(m_path);
+  const std::size_t column = bytes.find("further ON records(serial)") + 19;
+  bytes.replace(column, 6, "prefix");
+  m_folder.Write("model.gslm", bytes);
+  EXPECT_EQ(MessageOfReading(m_path), "no error");
+  const std::string message =
+      MessageOf([&] { const Model model(m_path, Access::Write, kNoPatience); });
+  EXPECT_EQ(message.find(m_path + ": is damaged: row "), 0u) << message;
+}
+
+TEST_F(GslModelSchema, MessageOfADamagedFileIsTheProblemWithoutItsTitle) {
+  const std::int64_t page =
+      NumberFrom(m_path, "SELECT rootpage FROM sqlite_schema WHERE name = 'names'");
+  const std::int64_t pageSize = NumberFrom(m_path, "PRAGMA page_size");
+  std::string bytes = BytesOf(m_path);
+  // How many bytes of the page are free between its rows.
+  bytes[static_cast<std::size_t>((page - 1) * pageSize + 7)] ^= 1;
+  m_folder.Write("model.gslm", bytes);
+  const std::string message = MessageOfReading(m_path);
+  EXPECT_EQ(message.find(m_path + ": is damaged: "), 0u) << message;
+  EXPECT_EQ(message.find('*'), std::string::npos) << message;
+  EXPECT_NE(message.find("page " + std::to_string(page)), std::string::npos) << message;
+}
+
 TEST_F(GslModelSchema, TablesAreStrictAndTheConnectionIsCareful) {
   Database database(m_path, Database::Access::Read, kNoPatience);
   EXPECT_EQ(database.Integer("SELECT count(*) FROM pragma_table_list WHERE type = 'table' AND "

@@ -111,6 +111,18 @@ TEST(RecordChecker, NeighbouringDoublesEndWhereTheyShould) {
             "A boolean in the bytes is neither true nor false");
 }
 
+TEST(RecordChecker, LongRecordThatIsCutIsRefused) {
+  // The longest serial, then four doubles without their last byte.
+  Bytes record = {0, 1};
+  record.resize(11, 0xFF);
+  record.push_back(0x01);
+  record.resize(record.size() + 4 * 8 - 1, 0);
+  const std::vector<gsl_RecordKind> kinds(4, kDouble);
+  EXPECT_EQ(ErrorOf(BodyWith(kinds, 0, record)), "The bytes end inside a record");
+  record.push_back(0);
+  EXPECT_EQ(ErrorOf(BodyWith(kinds, 0, record)), "");
+}
+
 TEST(RecordChecker, NumbersHaveTheirLimits) {
   const Bytes most = {0, 1, 5, 0xFF, 0xFF, 0xFF, 0xFF, 0x0F};
   EXPECT_EQ(ErrorOf(BodyWith({kInteger}, 0, most)), "");

@@ -135,6 +135,20 @@ TEST(RecordData, EqualRecordsAreFoundInAnyOrderOfSerials) {
     EXPECT_EQ(store.Identity(store.Root(i)).serial, serials[i % 12]) << i;
 }
 
+TEST(RecordData, SerialsOfTwoClassesAreKeptApart) {
+  gsl_RecordStore store;
+  const auto add = [&](std::uint32_t typeId, std::uint64_t serial) {
+    store.AddRoot(typeId, {4, serial});
+    store.Finish();
+  };
+  add(1, 5);
+  add(1, 6);
+  add(2, 5);
+  add(1, 5);
+  EXPECT_EQ(store.RecordCount(), 3u);
+  EXPECT_EQ(store.Root(3), store.Root(0));
+}
+
 TEST(RecordData, RecordsOfOneSerialAreCompared) {
   // A run of one serial in ascending order, longer and shorter than what is kept of it.
   for (const int different : {1, 2, 3, 4, 5, 9}) {
@@ -177,6 +191,24 @@ TEST(RecordData, SerialOfARecordThatWasTakenBackIsNewAgain) {
   add(7, 4);
   EXPECT_EQ(store.RecordCount(), 4u);
   EXPECT_EQ(FieldsOf(store, store.Root(5))[0].integer, 4);
+}
+
+TEST(RecordData, SerialsAfterARootThatWasTakenBackAreKnown) {
+  gsl_RecordStore store;
+  const auto add = [&](std::uint32_t typeId, std::uint64_t serial) {
+    const gsl_RecordIndex root = store.AddRoot(typeId, {4, serial});
+    store.Finish();
+    return root;
+  };
+  add(1, 5);
+  // A serial that does not ascend makes the store look at all serials up to this record.
+  store.TakeBack(add(1, 3));
+  // The record at the place of the record that is gone.
+  add(2, 1);
+  add(2, 2);
+  add(2, 1);
+  EXPECT_EQ(store.RecordCount(), 3u);
+  EXPECT_EQ(store.Root(3), store.Root(1));
 }
 
 TEST(RecordData, EqualRecordWithoutAnIdentityIsFound) {

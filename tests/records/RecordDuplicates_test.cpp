@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <random>
 #include <set>
 #include <vector>
@@ -45,6 +46,29 @@ TEST(RecordDuplicates, RecordsThatStayAreFoundWhenOthersAreForgotten) {
           known.Find(hashes[record], [&](Number other) { return other == record; });
       ASSERT_EQ(found, record < first ? record : kNone) << n;
     }
+  }
+}
+
+TEST(RecordDuplicates, RecordAfterARecordOfItsOwnPlaceIsFoundWhenThatIsForgotten) {
+  // The first table has 64 places. The first two records have its last place, so that the second
+  // goes to place 0, and comes before the first when a larger table takes them.
+  gsl_records::RecordDuplicates known;
+  known.Insert(127, 0);
+  known.Insert(127, 1);
+  for (Number record = 2; record <= 40; ++record)
+    known.Insert(record, record);
+  known.Truncate(1);
+  EXPECT_EQ(known.Find(127, [](Number) { return true; }), 0u);
+}
+
+TEST(RecordDuplicates, TakesMemoryInProportionToItsRecords) {
+  // A table of twice the size is made when half of its places are taken.
+  constexpr std::size_t kPlace = sizeof(std::uint32_t) + sizeof(Number);
+  gsl_records::RecordDuplicates known;
+  for (Number record = 0; record < 5000; ++record) {
+    known.Insert(record, record);
+    const std::size_t most = std::max<std::size_t>(64, 4 * (record + 1));
+    ASSERT_LE(known.BytesHeld(), most * kPlace) << record;
   }
 }
 

@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <string>
 
 using gsl_records::Number;
@@ -29,8 +30,8 @@ TEST(RecordShapes, OneClassWithTheSameFieldsIsOneShape) {
   EXPECT_EQ(shapeOf(1, "b", 0, 1), 2u);
   EXPECT_EQ(shapeOf(1, "a", 1, 1), 3u);
   EXPECT_EQ(shapeOf(1, "a", 0, 2), 4u);
-  // Class 17 has the place of class 1 among the classes that were used lately.
-  EXPECT_EQ(shapeOf(17, "a", 0, 1), 5u);
+  // Class 65 has the place of class 1 among the classes that were used lately.
+  EXPECT_EQ(shapeOf(65, "a", 0, 1), 5u);
   EXPECT_EQ(shapeOf(1, "a", 0, 1), 0u);
   EXPECT_EQ(shapes.Shapes().size(), 6u);
   EXPECT_EQ(shapes.Names().Size(), 2u);
@@ -67,6 +68,46 @@ TEST(RecordShapes, NumberOfANameLeadsWhereTheNameLeads) {
   const Number further = shapes.NextOfNumber(x, 1, 2, 3);
   EXPECT_EQ(shapes.Next(x, "y", 2, 3), further);
   EXPECT_NE(shapes.Next(x, "y", 2, 4), further);
+}
+
+TEST(RecordShapes, ClassesOfOnePlaceStayTwo) {
+  RecordShapes shapes;
+  const Number first = shapes.Start(1, kNoCollection);
+  const Number second = shapes.Start(65, kNoCollection);
+  EXPECT_NE(second, first);
+  EXPECT_EQ(shapes.Start(1, kNoCollection), first);
+  EXPECT_EQ(shapes.Start(65, kNoCollection), second);
+}
+
+TEST(RecordShapes, NameIsWhatFollowsItsFirstCharacter) {
+  RecordShapes shapes;
+  const Number start = shapes.Start(1, kNoCollection);
+  const Number ab = shapes.Next(start, "ab", 0, 1);
+  // The name "a", before which there is what follows the "a" of the other name.
+  const char reversed[] = {'\0', 'b', 'a', '\0'};
+  EXPECT_NE(shapes.Next(start, reversed + 2, 0, 1), ab);
+  EXPECT_EQ(shapes.Names().Size(), 2u);
+}
+
+TEST(RecordShapes, MemoryCountsEachNodeAndEachShape) {
+  RecordShapes shapes;
+  // A step has three numbers, a kind and its padding, and leads to a number; about three pointers
+  // are around it. A node has no less than the step.
+  constexpr std::size_t kStep = 4 * sizeof(std::uint32_t);
+  constexpr std::size_t kItem = kStep + sizeof(Number) + 3 * sizeof(void*);
+  constexpr std::uint32_t kCount = 100;
+  std::size_t least = ~std::size_t{0};
+  for (std::uint32_t typeId = 0; typeId < kCount; ++typeId) {
+    const std::size_t before = shapes.BytesHeld();
+    shapes.Start(typeId, kNoCollection);
+    least = std::min(least, shapes.BytesHeld() - before);
+  }
+  // Most nodes find room in the array.
+  EXPECT_EQ(least, kItem);
+  const std::size_t ofNodes = shapes.BytesHeld();
+  EXPECT_GE(ofNodes, kCount * (kItem + kStep));
+  shapes.ShapeOf(shapes.Start(0, kNoCollection));
+  EXPECT_GE(shapes.BytesHeld(), ofNodes + sizeof(gsl_records::Shape) + sizeof(ShapeField));
 }
 
 TEST(RecordShapes, EmptyNameIsRefused) {

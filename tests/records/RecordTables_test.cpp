@@ -50,6 +50,29 @@ TEST(PrefixTable, EachPrefixHasOneNumberInTheOrderOfFirstUse) {
   EXPECT_EQ(table.NumberOf(0), 0u);
 }
 
+TEST(PrefixTable, MemoryCountsTheHashTable) {
+  // An item has a prefix and its number with its padding; about three pointers are around it.
+  constexpr std::size_t kItem = 2 * sizeof(std::uint64_t) + 3 * sizeof(void*);
+  gsl_records::PrefixTable table;
+  std::size_t least = ~std::size_t{0};
+  for (std::uint64_t prefix = 0; prefix < 100; ++prefix) {
+    const std::size_t before = table.BytesHeld();
+    table.NumberOf(prefix);
+    least = std::min(least, table.BytesHeld() - before);
+  }
+  // Most prefixes find room in the array.
+  EXPECT_EQ(least, kItem);
+  EXPECT_GE(table.BytesHeld(), 100 * (kItem + sizeof(std::uint64_t)));
+}
+
+/// The first outputs of the published generator with the seed 0.
+TEST(MixedHash, MixesAsPublished) {
+  constexpr std::uint64_t kStep = 0x9E3779B97F4A7C15u;
+  EXPECT_EQ(gsl_records::MixedHash()(kStep), 0xE220A8397B1DCDAFu);
+  EXPECT_EQ(gsl_records::MixedHash()(2 * kStep), 0x6E789E6AA1B965F4u);
+  EXPECT_EQ(gsl_records::MixedHash()(3 * kStep), 0x06C45D188009454Fu);
+}
+
 TEST(MixedHash, NumbersOfOneRemainderSpread) {
   for (const std::size_t buckets : {1031u, 15173u, 65536u}) {
     std::vector<int> sizes(buckets, 0);

@@ -539,6 +539,36 @@ TEST(GslRecordBytes, NumbersHaveTheirWidth) {
   }
 }
 
+TEST(GslRecordBytes, TypeIdHas32Bits) {
+  // One class without a name; no text, no prefix, no shape, no object, no root, no record.
+  const Bytes rest = {0, 0, 0, 0, 0, 0, 0};
+  Bytes body = {0, 0, 1, 0xFF, 0xFF, 0xFF, 0xFF, 0x0F};
+  body.insert(body.end(), rest.begin(), rest.end());
+  EXPECT_EQ(MessageOf(RawFrame(body)), "accepted");
+  body = {0, 0, 1, 0x80, 0x80, 0x80, 0x80, 0x10};
+  body.insert(body.end(), rest.begin(), rest.end());
+  ExpectRefused(RawFrame(body), "A number in the bytes is too large");
+}
+
+TEST(GslRecordBytes, TableMayTakeNearlyAllBytes) {
+  constexpr unsigned char kCount = 26;
+  Bytes names = {0, kCount};
+  for (char letter = 'a'; letter <= 'z'; ++letter) {
+    names.push_back(1);
+    names.push_back(static_cast<unsigned char>(letter));
+  }
+  names.resize(names.size() + 7, 0);
+  EXPECT_EQ(MessageOf(RawFrame(names)), "accepted");
+  // Classes without names.
+  Bytes classes = {0, 0, kCount};
+  for (unsigned char typeId = 0; typeId < kCount; ++typeId) {
+    classes.push_back(typeId);
+    classes.push_back(0);
+  }
+  classes.resize(classes.size() + 6, 0);
+  EXPECT_EQ(MessageOf(RawFrame(classes)), "accepted");
+}
+
 TEST(GslRecordBytes, RecordHoldsRecordsBeforeItself) {
   const std::string why = "A field in the bytes must hold a record before its own record";
   for (const unsigned char held : Bytes{1, 2, 9})

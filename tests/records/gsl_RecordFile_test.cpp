@@ -9,6 +9,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>
@@ -63,6 +64,15 @@ TEST(GslRecordFile, WhatWasSavedIsLoaded) {
   gsl_SaveRecords(Marked(2, 300000), path);
   EXPECT_TRUE(SameRecords(gsl_LoadRecords(path), Marked(2, 300000)));
   EXPECT_EQ(folder.Names(), (std::vector<std::string>{"model.gslr"}));
+}
+
+TEST(GslRecordFile, ErrorOfAnEarlierCallIsNotThatOfTheFile) {
+  const TemporaryFolder folder;
+  const std::string path = folder.Path("model.gslr");
+  errno = EINTR;
+  gsl_SaveRecords(Marked(1), path);
+  errno = EINTR;
+  EXPECT_EQ(gsl_LoadRecords(path).RootCount(), 10u);
 }
 
 TEST(GslRecordFile, NewFileHasTheUsualPermissionsAndAReplacedOneKeepsItsOwn) {

@@ -79,6 +79,25 @@ TEST(GslRecordStore, EveryKindOfFieldComesBackInWriteOrder) {
   EXPECT_EQ(inner[0].object, fields[4].object);
 }
 
+TEST(GslRecordStore, ShapeHasTheNamesTheNumbersAndTheKindsOfItsFields) {
+  gsl_RecordStore store;
+  const gsl_RecordIndex root = store.AddRoot(6, {});
+  store.AddInteger(root, {"i", 7}, 1);
+  store.AddString(root, {"s", -1}, "text");
+  store.Finish();
+  gsl_RecordCollection collection = gsl_RecordCollection::Objects;
+  std::vector<gsl_RecordField> fields(5);
+  EXPECT_EQ(store.ReadShape(0, collection, fields), 6u);
+  EXPECT_EQ(collection, gsl_RecordCollection::None);
+  ASSERT_EQ(fields.size(), 2u);
+  EXPECT_EQ(fields[0].name, "i");
+  EXPECT_EQ(fields[0].index, 7);
+  EXPECT_EQ(fields[0].kind, Kind::Integer);
+  EXPECT_EQ(fields[1].name, "s");
+  EXPECT_EQ(fields[1].index, -1);
+  EXPECT_EQ(fields[1].kind, Kind::String);
+}
+
 TEST(GslRecordStore, ArraysComeBackAndAreEmptyForAnotherCollection) {
   gsl_RecordStore store;
   Fill(store, 1);
@@ -160,6 +179,7 @@ TEST(GslRecordStore, RecordThatEndedTakesNoFurtherFields) {
     }
   };
   gsl_RecordStore store;
+  expectEnded(store, 0);
   const gsl_RecordIndex first = store.AddRoot(1, {});
   const gsl_RecordIndex child = store.AddRecord(first, {"child", 0}, false, 2, {});
   const gsl_RecordIndex inner = store.AddRecord(child, {"inner", 0}, false, 2, {});
