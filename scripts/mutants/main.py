@@ -41,9 +41,9 @@ PROGRAMS = {
                          "gsl_entity_reference_tests", "gsl_in_plane_reference_tests", "gsl_sweep_reference_tests",
                          "gsl_batch_tests"],
     "gsl/impl/wide/": ["gsl_solver_tests", "gsl_batch_tests", "gsl_golden_tests"],
-    "mesh/": ["mesh_tests", "mesh_without_assimp_tests", "mesh_memory_tests"],
+    "mesh/": ["mesh_tests", "mesh_without_assimp_tests", "mesh_calls_tests", "mesh_memory_tests"],
     "model/": ["model_tests", "model_memory_tests"],
-    "records/": ["records_tests", "records_memory_tests", "host_persist_tests"],
+    "records/": ["records_tests", "records_calls_tests", "records_memory_tests", "host_persist_tests"],
     "sweep/": ["sweep_tests", "sweep_golden_tests", "sweep_memory_tests"],
     "sweep/PairKernel.": ["sweep_tests", "sweep_golden_tests"],
 }
