@@ -15,7 +15,7 @@ class Refiner {
 public:
   Refiner(const Corners& corners, const Leaves& leaves, const Tree<float>& tree, Team& team)
       : m_corners(corners), m_leaves(leaves), m_tree(tree), m_team(team),
-        m_blocks(leaves.Count(), kLeafBlock), m_begin(m_blocks.Count() + 1) {}
+        m_blocks(leaves.Count(), kLeafBlock), m_begin(m_blocks.Count()) {}
 
   FineTree Make() {
     Cut();
@@ -136,7 +136,7 @@ private:
   const Tree<float>& m_tree;
   Team& m_team;
   const Blocks m_blocks;      ///< of leaves
-  std::vector<Begin> m_begin; ///< of each block, and the end of the last one
+  std::vector<Begin> m_begin; ///< of each block
   FineTree m_fine;
 };
 

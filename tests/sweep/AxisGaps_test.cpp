@@ -50,7 +50,7 @@ TEST(AxisGaps, AnyAxisCanPartAndAnAxisAcrossTheDirectionCannot) {
   const TravelDirection direction({-0.5, 0.0, 0.75});
   AxisGaps gaps(direction);
   gaps.SetTravel(Ratio(4.0, 1.0));
-  const Box<double> fixed{{0.0, 0.0, 0.0}, {1.0, 1.0, 9.0}};
+  const Box<double> fixed{{0.0, -3.0, 0.0}, {1.0, 1.0, 9.0}};
   // Along x the gap is -2 and closes after 4, whatever y is.
   EXPECT_TRUE(gaps.ArePartedAfter({{1.0, 7.0, 0.0}, {2.0, 8.0, 1.0}}, fixed));
   EXPECT_FALSE(gaps.ArePartedAfter({{1.0, 7.0, 0.0}, {2.5, 8.0, 1.0}}, fixed));

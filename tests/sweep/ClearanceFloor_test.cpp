@@ -55,7 +55,7 @@ struct CornerAboveFace {
     for (int k = 0; k < 3; ++k) {
       corner[k].x = draw(x[k] - 0.125, x[k] + 0.125);
       corner[k].y = draw(y[k] - 0.125, y[k] + 0.125);
-      corner[k].z = draw(-0.25, 0.0);
+      corner[k].z = k == 2 ? draw(-0x1p-14, 0.0) : draw(-0.25, 0.0);
     }
     fixed = MakeTriangle(kDirection, corner[0], corner[1], corner[2]);
     tip.x = draw(-0.25, -0.125);
@@ -169,6 +169,20 @@ TEST(ClearanceFloor, APlaneKeepsPairsApartForever) {
   closing.SetNever({0.0, 0.0, 0.5});
   EXPECT_FALSE(closing.IsNotBefore(flat(-0.5, 0.5).corner, flat(0.5, 0.75).corner));
   EXPECT_TRUE(closing.IsNotBefore(flat(-0.5, 0.5).corner, flat(0.5, 0.75 + 0x1p-16).corner));
+}
+
+TEST(ClearanceFloor, AMultipleOf16OrMoreSetsNone) {
+  // 0.9375 / (3 / 64) is 20, beyond the range for which the errors are derived.
+  const TravelDirection slow({0.0, 0.0, -0.046875});
+  const Triangle moving = MakeTriangle(slow, {-0.25, 0, 1}, {-0.125, 0, 1}, {-0.25, 0.125, 1});
+  const Triangle fixed = MakeTriangle(slow, {-1, -1, 0}, {1, -1, 0}, {0, 1, 0});
+  ClearanceContact found{};
+  ASSERT_EQ(JudgeClearance(slow, moving, fixed, 0.0625, 99.0, found), ClearanceOutcome::Ahead);
+  EXPECT_EQ(found.multiple.hi, 20.0);
+  ClearanceFloor floor(slow, 0.0625);
+  floor.Set(moving, fixed, found);
+  EXPECT_FALSE(floor.Holds());
+  EXPECT_FALSE(floor.IsNotBefore(moving.corner, fixed.corner));
 }
 
 } // namespace

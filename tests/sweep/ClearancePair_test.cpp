@@ -4,7 +4,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
+#include <random>
 
 namespace {
 
@@ -193,6 +195,151 @@ TEST(ClearancePair, EstimatesTellGapsOfARoundingFromTheClearance) {
   EXPECT_FALSE(falling.isApart);
   EXPECT_GT(falling.least, 0.0);
   EXPECT_LE(falling.least, 0x1p-53); // the vector is half as long as the direction
+}
+
+TEST(ClearancePair, AFootThatIsHardlyInsideIsInside) {
+  // The corner or edge beside it is farther away by less than the travel tells.
+  const Triangle flat = Of({0, 0, 9}, {8, 0, 9}, {0, 8, 9});
+  Ahead(flat, Of({4, 0x1p-30, 0}, {4, 1, -3}, {5, 1, -3}), 2.0, ContactKind::FaceVertex, 7.0);
+  Ahead(Of({4, 0x1p-30, 9}, {4, 1, 12}, {5, 1, 12}), kFloor, 2.0, ContactKind::VertexFace, 7.0);
+  const Triangle fixed = Of({0, 0, 0}, {8, 0, 0}, {4, 0, -5});
+  for (const double x : {0x1p-30, 8.0 - 0x1p-30})
+    Ahead(Of({x, -2, 9}, {x, 2, 9}, {x, 0, 20}), fixed, 1.0, ContactKind::EdgeEdge, 8.0);
+  for (const double y : {0x1p-30, 2.0 - 0x1p-30}) {
+    Ahead(Of({4, y - 2, 9}, {4, y, 9}, {4, 0, 20}), fixed, 1.0, ContactKind::EdgeEdge, 8.0);
+  }
+}
+
+TEST(ClearancePair, EstimatesAreNarrowWhereEdgesCross) {
+  // Edges that are shorter than 1 cross obliquely, at three quarters of each.
+  const Triangle moving = Of({-0.375, 0, 1}, {0.125, 0, 1}, {0, 0.125, 2});
+  const Triangle fixed = Of({-0.1875, -0.1875, 0}, {0.0625, 0.0625, 0}, {0, 0, -1});
+  Ahead(moving, fixed, 0.25, ContactKind::EdgeEdge, 0.75);
+  for (const bool isSwapped : {false, true}) {
+    const TravelDirection along({0.0, 0.0, isSwapped ? 1.0 : -1.0});
+    const ClearanceEstimate estimate =
+        isSwapped ? EstimateClearance(along, fixed, moving, 0.25, kInfinity)
+                  : EstimateClearance(along, moving, fixed, 0.25, kInfinity);
+    EXPECT_LE(estimate.least, 0.75);
+    EXPECT_GE(estimate.most, 0.75);
+    EXPECT_LT(estimate.most - estimate.least, 1e-8);
+  }
+}
+
+TEST(ClearancePair, APathAlongAnyAxisGrazesAtTheClearance) {
+  for (int axis = 0; axis < 3; ++axis) {
+    double along[3] = {0.0, 0.0, 0.0};
+    double from[3] = {0.0, 0.0, 0.0};
+    along[axis] = 1.0;
+    from[axis] = -1.0;
+    from[axis == 2 ? 0 : axis + 1] = 0.25;
+    const TravelDirection direction({along[0], along[1], along[2]});
+    const Coord3 p{from[0], from[1], from[2]};
+    const Coord3 q{along[0], along[1], along[2]};
+    const Triangle moving = MakeTriangle(direction, p, p, p);
+    const Triangle fixed = MakeTriangle(direction, q, q, q);
+    ClearanceContact found{};
+    ASSERT_EQ(JudgeClearance(direction, moving, fixed, 0.25, kInfinity, found),
+              ClearanceOutcome::Ahead);
+    EXPECT_EQ(found.contact.travel, 2.0);
+    const double less = std::nextafter(0.25, 0.0);
+    EXPECT_EQ(JudgeClearance(direction, moving, fixed, less, kInfinity, found),
+              ClearanceOutcome::Apart);
+  }
+}
+
+TEST(ClearancePair, AGapOfARoundingThatClosesFastIsNotOverestimated) {
+  // A corner before the middle of a face, both across the direction (1, 1, 1).
+  const TravelDirection along({1.0, 1.0, 1.0});
+  const Triangle fixed = MakeTriangle(along, {1, 0, -1}, {-1, 1, 0}, {0, -1, 1});
+  const Coord3 p{-0.25, -0.25, -0.25};
+  const Triangle moving = MakeTriangle(along, p, p, p);
+  const double clearance = std::nextafter(0.25 * std::sqrt(3.0), 0.0);
+  ClearanceContact found{};
+  ASSERT_EQ(JudgeClearance(along, moving, fixed, clearance, kInfinity, found),
+            ClearanceOutcome::Ahead);
+  EXPECT_LT(found.multiple.hi, 0x1p-53);
+  const ClearanceEstimate estimate = EstimateClearance(along, moving, fixed, clearance, kInfinity);
+  EXPECT_TRUE(estimate.isApartAtRest);
+  EXPECT_GT(estimate.least, 0.0);
+  EXPECT_LE(estimate.least, found.multiple.hi);
+}
+
+TEST(ClearancePair, EstimatesTellSuchGapsBesideAnyFeatures) {
+  const TravelDirection along({1.0, 0.0, 0.0});
+  // A face that passes a corner.
+  const Triangle face =
+      MakeTriangle(along, {-0.5, 0, 0.25}, {-0.25, 0.125, 0.25}, {-0.4375, 0.25, 0.25});
+  const Coord3 above{0, 0.125, 0.5};
+  const Triangle corner = MakeTriangle(along, above, above, above);
+  EXPECT_TRUE(EstimateClearance(along, face, corner, 0.25 - 0x1p-54, kInfinity).isApartByPlane);
+  EXPECT_FALSE(EstimateClearance(along, face, corner, 0.25, kInfinity).isApart);
+  // A corner that passes along an edge, 3 / 16 and 4 / 16 away.
+  const Coord3 below{-0.5, -0.1875, 0.25};
+  const Triangle point = MakeTriangle(along, below, below, below);
+  const Coord3 ends[] = {{0, 0, 0.5}, {0.75, 0, 0.5}, {0.25, 0.5, 0.75}};
+  for (int k = 0; k < 3; ++k) {
+    const Triangle edge = MakeTriangle(along, ends[k], ends[(k + 1) % 3], ends[(k + 2) % 3]);
+    EXPECT_TRUE(EstimateClearance(along, point, edge, 0.3125 - 0x1p-54, kInfinity).isApartByPlane);
+    EXPECT_FALSE(EstimateClearance(along, point, edge, 0.3125, kInfinity).isApart);
+  }
+}
+
+/// Two triangles, and a direction along which a point of an edge of one meets one of the other.
+struct EdgesThatMeet {
+  Coord3 moving[3], fixed[3], direction;
+
+  explicit EdgesThatMeet(std::mt19937_64& random) {
+    std::uniform_real_distribution<double> real(-1.0, 1.0);
+    const auto draw = [&] {
+      const double x = real(random), y = real(random);
+      return Coord3{x, y, real(random)};
+    };
+    for (int k = 0; k < 3; ++k) {
+      moving[k] = draw();
+      fixed[k] = draw();
+    }
+    const auto onEdge = [&](const Coord3& a, const Coord3& b) {
+      return gsl_arithmetic::Multiply(gsl_arithmetic::Add(a, b), 0.5);
+    };
+    const Coord3 way =
+        gsl_arithmetic::Subtract(onEdge(fixed[0], fixed[1]), onEdge(moving[0], moving[1]));
+    const double most = std::max({std::fabs(way.x), std::fabs(way.y), std::fabs(way.z)});
+    direction = gsl_arithmetic::Multiply(way, 1.0 / most);
+  }
+};
+
+TEST(ClearancePair, TheMultipleItselfIsNoLimitForTinyClearances) {
+  std::mt19937_64 random(5);
+  int ahead = 0;
+  for (int round = 0; round < 400; ++round) {
+    const EdgesThatMeet edges(random);
+    const TravelDirection direction(edges.direction);
+    const auto& a = edges.moving;
+    const auto& b = edges.fixed;
+    const Triangle moving = MakeTriangle(direction, a[0], a[1], a[2]);
+    const Triangle fixed = MakeTriangle(direction, b[0], b[1], b[2]);
+    const double clearance = std::ldexp(1.0, -10 - round % 4 * 12);
+    ClearanceContact found{};
+    if (JudgeClearance(direction, moving, fixed, clearance, kInfinity, found) !=
+        ClearanceOutcome::Ahead) {
+      continue;
+    }
+    ++ahead;
+    const double limit = std::nextafter(found.multiple.hi, kInfinity);
+    ClearanceContact limited{};
+    ASSERT_EQ(JudgeClearance(direction, moving, fixed, clearance, limit, limited),
+              ClearanceOutcome::Ahead)
+        << round;
+    EXPECT_EQ(limited.contact.travel, found.contact.travel) << round;
+    EXPECT_EQ(limited.contact.kind, found.contact.kind) << round;
+    const ClearanceEstimate estimate =
+        EstimateClearance(direction, moving, fixed, clearance, limit);
+    EXPECT_FALSE(estimate.isApart) << round;
+    EXPECT_LE(estimate.least, limit) << round;
+    EXPECT_GE(estimate.most, found.multiple.hi) << round;
+  }
+  EXPECT_GT(ahead, 100);
 }
 
 } // namespace

@@ -359,4 +359,102 @@ TEST(ClearanceSearch, PairsThatAreWithinTheClearanceEndTheWalk) {
   EXPECT_EQ(FirstOf<double>(moving, fixed, 4.0).end, WalkEnd::Stopped);
 }
 
+/// A search for two bodies whose leaves are judged one by one.
+struct ByLeaves {
+  ByLeaves(const Mesh& moving, const Mesh& fixed, double clearance, const Coord3& along)
+      : a(ViewOf(moving)), b(ViewOf(fixed)), direction(along), question(Within(clearance)),
+        scene(bodies, direction, kScale, question, true),
+        search(scene, kInfinity, caches[0], caches[1]) {}
+
+  static Question Within(double clearance) {
+    Question question;
+    question.clearance = clearance;
+    return question;
+  }
+  /// The pair of a leaf of the moving body and the first leaf of the fixed one.
+  NodePair<float> PairOf(std::size_t leaf) const {
+    NodePair<float> pair{};
+    pair.moving = {TreeRef::Leaf(leaf), 0, a.SingleTree().box, {}};
+    pair.fixed = {TreeRef::Leaf(0), 0, b.SingleTree().box, {}};
+    return pair;
+  }
+
+  PreparedBody a, b;
+  SceneBodies bodies{&a, {&b}};
+  TravelDirection direction;
+  Question question;
+  Scene<float> scene;
+  LeafCache<float> caches[2];
+  ClearanceSearch<float> search;
+};
+
+TEST(ClearanceSearch, PairsAreSettledByTheNearestCornersOfTheirBoxes) {
+  // A corner 3 before the plane x - y - z = 0, whose normal has both signs.
+  const Coord3 tip{-1.0, -1.0, 3.0};
+  Mesh moving, fixed;
+  sweep_shapes::AddTriangle(moving, tip, {-1.0, -1.0, 4.0}, {-1.0, -0.75, 4.0});
+  sweep_shapes::AddTriangle(fixed, {-2.0, -2.0, 0.0}, {2.0, -1.0, 3.0}, {0.0, 2.0, -2.0});
+  ByLeaves by(moving, fixed, 0.125, kDirection);
+  NodePair<float> pair = by.PairOf(0);
+  EXPECT_FALSE(by.search.IsSettled(pair));
+  ASSERT_TRUE(by.search.Judge(pair));
+  ASSERT_TRUE(by.search.Finish().any);
+  const auto isSettled = [&](int axis, float more) {
+    pair.moving.box = {{-1.0f, -1.0f, 3.0f}, {-1.0f, -1.0f, 3.0f}};
+    pair.fixed.box = {{2.0f, -1.0f, 3.0f}, {2.0f, -1.0f, 3.0f}};
+    (more < 0.0f ? pair.moving.box.low : pair.moving.box.high)[axis] += more;
+    const bool ofMoving = by.search.IsSettled(pair);
+    // As much nearer or farther on the other side.
+    pair.moving.box = {{-1.0f, -1.0f, 3.0f}, {-1.0f, -1.0f, 3.0f}};
+    (more < 0.0f ? pair.fixed.box.high : pair.fixed.box.low)[axis] -= more;
+    EXPECT_EQ(by.search.IsSettled(pair), ofMoving) << axis << ' ' << more;
+    return ofMoving;
+  };
+  EXPECT_TRUE(isSettled(0, 0.0f));
+  EXPECT_TRUE(isSettled(0, -0.5f));
+  EXPECT_TRUE(isSettled(1, 0.5f));
+  EXPECT_TRUE(isSettled(2, 0.5f));
+  EXPECT_FALSE(isSettled(0, 0.5f));
+  EXPECT_FALSE(isSettled(1, -0.5f));
+  EXPECT_FALSE(isSettled(2, -0.5f));
+}
+
+TEST(ClearanceSearch, ANearerLeafIsJudgedThoughAllFixedTrianglesAreHeld) {
+  Mesh moving, fixed;
+  for (int k = 0; k < 16; ++k) {
+    const double x = k < 8 ? -4.0 : 4.0;
+    const double z = k < 8 ? 4.0 : 3.0;
+    sweep_shapes::AddTriangle(moving, {x, 0.0, z}, {x + 1.0, 0.0, z + 1.0}, {x, 1.0, z + 1.0});
+  }
+  sweep_shapes::AddTriangle(fixed, {-8.0, -8.0, 0.0}, {8.0, -8.0, 0.0}, {0.0, 8.0, 0.0});
+  ByLeaves by(moving, fixed, 0.125, {0.0, 0.0, -1.0});
+  ASSERT_EQ(by.a.Runs().Count(), 2u);
+  ASSERT_TRUE(by.search.Judge(by.PairOf(0)));
+  EXPECT_EQ(by.search.Finish().moving, 0u);
+  ASSERT_TRUE(by.search.Judge(by.PairOf(1)));
+  EXPECT_EQ(by.search.Finish().moving, 8u);
+}
+
+TEST(ClearanceSearch, APlaneThatHardlyPartsLeavesOutNothingWithoutALimit) {
+  // The first moving triangle rises by 2^-47 of its way from the slope. The second meets the wall.
+  Mesh moving, fixed;
+  sweep_shapes::AddTriangle(moving, {0.0, 0.0, 0.5}, {0.125, 0.0, 0.5}, {0.0, 0.0, 0.625});
+  sweep_shapes::AddTriangle(moving, {0.0, 0.0, 4.0}, {0.125, 0.0, 4.0}, {0.0, 0.125, 4.0});
+  for (const bool isWallFirst : {true, false}) {
+    fixed = Mesh();
+    const auto addWall = [&] {
+      sweep_shapes::AddTriangle(fixed, {2.0, -1.0, 3.5}, {2.0, 1.0, 3.5}, {2.0, 0.0, 6.0});
+    };
+    if (isWallFirst) addWall();
+    sweep_shapes::AddTriangle(fixed, {-8.0, -2.0, -1.5}, {8.0, -2.0, -1.5}, {0.0, 2.0, 1.5});
+    if (!isWallFirst) addWall();
+    ByLeaves by(moving, fixed, 0.125, {1.0, 0.0, 0x1p-47});
+    ASSERT_TRUE(by.search.Judge(by.PairOf(0)));
+    const FoundPair& best = by.search.Finish();
+    ASSERT_TRUE(best.any);
+    EXPECT_EQ(best.moving, 1u);
+    EXPECT_EQ(best.fixed, isWallFirst ? 0u : 1u);
+  }
+}
+
 } // namespace

@@ -184,4 +184,19 @@ TEST(Corners, ATeamNamesTheFirstWrongCorner) {
   });
 }
 
+TEST(Corners, AreComfortableFrom2ToTheMinus100On) {
+  const std::vector<std::uint32_t> corners{0, 1, 2};
+  for (const double other : {0.5, std::nextafter(0.5, 1.0)}) {
+    std::vector<double> vertices(9, other);
+    vertices[7] = 0x1p-100;
+    EXPECT_TRUE(Corners(ViewOf(vertices, corners)).AreComfortable());
+    vertices[7] = 0x1p-101;
+    const Corners tiny(ViewOf(vertices, corners));
+    EXPECT_FALSE(tiny.AreComfortable());
+    EXPECT_EQ(tiny.LeastMagnitude(), 0x1p-101);
+    vertices[7] = 0.0;
+    EXPECT_TRUE(Corners(ViewOf(vertices, corners)).AreComfortable());
+  }
+}
+
 } // namespace

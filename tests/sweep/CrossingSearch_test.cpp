@@ -149,4 +149,19 @@ TEST(CrossingSearch, ProgressGrowsToOneAndCancels) {
   EXPECT_THROW(Crossings(body, nullptr, 0, run), std::runtime_error);
 }
 
+TEST(CrossingSearch, LooksAtEveryLeafOnce) {
+  // Pairs of triangles that cross, in a row.
+  constexpr std::size_t kPairs = 1500;
+  Mesh mesh;
+  std::vector<Crossing> expected;
+  for (std::size_t k = 0; k < kPairs; ++k) {
+    const double x = 4.0 * static_cast<double>(k);
+    sweep_shapes::AddTriangle(mesh, {x, 0, 0}, {x + 3, 0, 0}, {x, 3, 0});
+    sweep_shapes::AddTriangle(mesh, {x + 1, 1, -1}, {x + 1, 1, 1}, {x + 1, 2, 1});
+    expected.push_back({2 * k, 2 * k + 1});
+  }
+  ExpectSame(AllOf(mesh, 1), expected);
+  ExpectSame(AllOf(mesh, 3), expected);
+}
+
 } // namespace

@@ -387,4 +387,36 @@ TEST(Engine, EveryCallCanCancelAQuestionAboutSolids) {
   }
 }
 
+/// The wall of a round bar along z, one row of flat quads.
+Mesh Around(int count, double radius) {
+  Mesh mesh;
+  const auto at = [&](int k, double z) {
+    const double angle = 6.283185307179586 * k / count;
+    return Coord3{radius * std::cos(angle), radius * std::sin(angle), z};
+  };
+  for (int k = 0; k < count; ++k)
+    sweep_shapes::AddQuad(mesh, at(k, 0), at(k + 1, 0), at(k + 1, 1), at(k, 1));
+  return mesh;
+}
+
+TEST(Engine, AStartThatALookWithoutTheClearanceFindsIsNamedWithIt) {
+  // Two walls slide along each other, nearer than their boxes tell, but never within the clearance.
+  // So many pairs give no limit that a contact without the clearance is looked for, and the last
+  // triangle touches at the start. The one before it is within the clearance.
+  constexpr int kAround = 2048;
+  constexpr std::uint32_t kLast = 2 * kAround;
+  Mesh moving = Around(kAround, 1.0 - 0x1p-8);
+  Mesh fixed = Around(kAround, 1.0);
+  sweep_shapes::AddTriangle(fixed, {1.5, 0, 0}, {1.625, 0, 0}, {1.5, 0.125, 0});
+  sweep_shapes::AddTriangle(moving, {1.5, 0, 0x1p-9}, {1.625, 0, 0x1p-9}, {1.5, 0.125, 0x1p-9});
+  sweep_shapes::AddTriangle(moving, {1.5, 0, 0}, {1.5, 0, 0.125}, {1.625, 0, 0.125});
+  Question question = Towards({0.0, 0.0, 1.0});
+  question.clearance = 0.75 * 0x1p-8;
+  Workspaces workspaces;
+  const Answer answer = Ask(moving, fixed, question, workspaces);
+  EXPECT_EQ(answer.status, SweepStatus::Start);
+  EXPECT_EQ(answer.contact.movingTriangle, kLast);
+  EXPECT_EQ(answer.contact.fixedTriangle, kLast);
+}
+
 } // namespace

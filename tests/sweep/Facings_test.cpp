@@ -220,4 +220,56 @@ TEST(Facings, AreGivenUpByATeam) {
   });
 }
 
+/// Expects that a leaf with both triangles, in either order, is left out for a direction where
+/// `faces` is false, and that it is kept where it is true. Another leaf is far away.
+void ExpectOfLeaf(const Mesh& one, const Mesh& other, const Coord3& direction, bool faces) {
+  for (const bool isTurned : {false, true}) {
+    Mesh mesh;
+    for (int k = 0; k < 4; ++k) {
+      sweep_shapes::Append(mesh, isTurned ? other : one);
+      sweep_shapes::Append(mesh, isTurned ? one : other);
+    }
+    for (int k = 0; k < 8; ++k)
+      sweep_shapes::AddTriangle(mesh, {64, 0, 0}, {65, 0, 0}, {64, 1, 0});
+    const Parts parts(mesh);
+    ASSERT_EQ(parts.leaves.Count(), 2u);
+    const auto facings = Facings::Of(parts.corners, parts.leaves, parts.tree);
+    const Count count = CountOf(parts, *facings, direction);
+    EXPECT_EQ(count.facing, faces ? 1u : 0u);
+    EXPECT_EQ(count.kept, count.facing);
+  }
+}
+
+Mesh TriangleOf(const Coord3& a, const Coord3& b, const Coord3& c) {
+  Mesh mesh;
+  sweep_shapes::AddTriangle(mesh, a, b, c);
+  return mesh;
+}
+
+TEST(Facings, TellNormalsApartByEveryComponent) {
+  // Normals (1, 0, 2) and (1, 2, 2): the direction is against the one and along the other.
+  ExpectOfLeaf(TriangleOf({0, 0, 0}, {0, 1, 0}, {-2, 0, 1}),
+               TriangleOf({0, 0, 0}, {0, 1, -1}, {-2, 1, 0}), {-1.0, 1.0, 0.0}, true);
+  // The two sides of a plane that the direction hardly falls below.
+  ExpectOfLeaf(TriangleOf({0, 0, 0}, {1, 0, 0}, {0, 1, 0}),
+               TriangleOf({0, 0, 0}, {0, 1, 0}, {1, 0, 0}), {1.0, 0.0, -0x1p-30}, true);
+  // Normals (1, 2, 2) and (2, 4, 4), and a direction along their plane.
+  const Mesh small = TriangleOf({0, 0, 0}, {0, 1, -1}, {-2, 1, 0});
+  ExpectOfLeaf(small, TriangleOf({0, 0, 0}, {0, 2, -2}, {-2, 1, 0}), {0.0, 1.0, -1.0}, false);
+  // The normal (1 + 2^-60, 1, 1) is not exact in its first component alone.
+  const Mesh turned = TriangleOf({1, -1, -0x1p-60}, {0, 0, 0}, {0, -1, 1});
+  ExpectOfLeaf(turned, turned, {1.0, -1.0, 0.0}, true);
+}
+
+TEST(Facings, KnowTheUnitsAndTheReachAlongEachAxis) {
+  const Parts parts(TriangleOf({8, 0.5, 2}, {-1.25, 4, 1}, {0, -1, -2}));
+  const auto facings = Facings::Of(parts.corners, parts.leaves, parts.tree);
+  const double units[] = {0.25, 0.5, 1.0};
+  const double reaches[] = {8.0, 4.0, 2.0};
+  for (int k = 0; k < 3; ++k) {
+    EXPECT_EQ(facings->unit[k], units[k]);
+    EXPECT_EQ(facings->reach[k], reaches[k]);
+  }
+}
+
 } // namespace

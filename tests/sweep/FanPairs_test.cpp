@@ -179,4 +179,16 @@ TEST(FindSharedFans, ATriangleIsInOneFan) {
   EXPECT_EQ(fans[1].moving, Places{0});
 }
 
+TEST(FindSharedFans, AFanWhoseTrianglesAreAllTakenIsNone) {
+  // Triangle 1 of the moving body, the only one at the second corner, is in the first fan.
+  std::vector<PlacedCorner> moving = At({0, 0, 0}, 0, 2);
+  Add(moving, At({1, 0, 0}, 1, 1));
+  std::vector<PlacedCorner> fixed = At({0, 0, 0}, 0, 2);
+  Add(fixed, At({1, 0, 0}, 5, 2));
+  const std::vector<SharedFan> fans = FindSharedFans(moving, fixed, 1);
+  ASSERT_EQ(fans.size(), 1u);
+  EXPECT_EQ(fans[0].moving, (Places{0, 1}));
+  EXPECT_TRUE(FindSharedFans(fixed, moving, 1).size() == 1u);
+}
+
 } // namespace

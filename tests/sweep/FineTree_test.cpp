@@ -142,4 +142,31 @@ TEST(FineTree, IsGivenUpByATeam) {
   });
 }
 
+TEST(FineTree, TellsCopiesByEveryCoordinate) {
+  // In a plane across each axis the corners have one coordinate in common.
+  for (int axis = 0; axis < 3; ++axis) {
+    Mesh mesh;
+    for (int k = 0; k < 8; ++k) {
+      const auto at = [axis, k](double u, double v) {
+        double c[3] = {2.0, 2.0, 2.0};
+        c[(axis + 1) % 3] = u + 0.125 * k;
+        c[(axis + 2) % 3] = v + 0.0625 * k;
+        return Coord3{c[0], c[1], c[2]};
+      };
+      sweep_shapes::AddTriangle(mesh, at(0, 0), at(1, 0), at(0, 1));
+    }
+    const Parts parts(mesh);
+    EXPECT_EQ(FineTree::Of(parts.corners, parts.leaves, parts.tree)->leaves.Count(), 4u) << axis;
+  }
+  // The triangle after the last copy is another one.
+  Mesh copies;
+  for (int k = 0; k < 16; ++k) {
+    const double x = k < 8 ? 1.0 : 9.0;
+    sweep_shapes::AddTriangle(copies, {x, 0.0, 0.0}, {x + 1.0, 0.0, 0.0}, {x, 1.0, 0.0});
+  }
+  const Parts parts(copies);
+  ASSERT_EQ(parts.leaves.Count(), 2u);
+  EXPECT_EQ(FineTree::Of(parts.corners, parts.leaves, parts.tree)->leaves.Count(), 2u);
+}
+
 } // namespace

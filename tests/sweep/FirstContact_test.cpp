@@ -488,4 +488,37 @@ TEST(Walk, SeesEveryPairWhenItGoesOnWithFineTrees) {
   }
 }
 
+TEST(FirstContact, APairOfBoxesIsSettledWhereAnAxisKeepsItApartForAsLong) {
+  // A corner falls on a floor from a height of 4.
+  Mesh moving, fixed;
+  sweep_shapes::AddTriangle(moving, {0, 0, 4}, {1, 0, 5}, {0, 1, 5});
+  sweep_shapes::AddTriangle(fixed, {-8, -8, 0}, {8, -8, 0}, {0, 8, 0});
+  const PreparedBody a(ViewOf(moving));
+  const PreparedBody b(ViewOf(fixed));
+  const SceneBodies bodies{&a, {&b}};
+  const TravelDirection direction({0.25, 0.5, -0.75}); // 4 / (3 / 4) is no double
+  const RangeScale scale(8.0);
+  const Scene<double> scene(bodies, direction, scale, Question(), true);
+  const auto isSettled = [&](double height, double width) {
+    LeafCache<double> caches[2];
+    const Watch none;
+    FirstContact<double> first(scene, std::numeric_limits<double>::infinity(), caches[0], caches[1],
+                               none);
+    NodePair<double> pair{};
+    pair.moving = {a.DoubleTree().root, 0, a.DoubleTree().box, {}};
+    pair.fixed = {b.DoubleTree().root, 0, b.DoubleTree().box, {}};
+    EXPECT_FALSE(first.IsSettled(pair));
+    EXPECT_TRUE(first.Judge(pair));
+    EXPECT_TRUE(first.Best().any);
+    pair.moving.box = {{0, 0, height}, {width, width, 5}};
+    pair.from = scene.WalkTravel(first.Best().travel.rounded.hi);
+    return first.IsSettled(pair);
+  };
+  EXPECT_TRUE(isSettled(4.0, 1.0));
+  EXPECT_TRUE(isSettled(std::nextafter(4.0, 5.0), 1.0));
+  EXPECT_TRUE(isSettled(4.0 + 0x1p-40, 1.0));
+  EXPECT_FALSE(isSettled(std::nextafter(4.0, 0.0), 1.0));
+  EXPECT_FALSE(isSettled(4.0 - 0x1p-40, 1.0));
+}
+
 } // namespace

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cmath>
 #include <numeric>
 
 namespace {
@@ -165,6 +166,17 @@ TEST(Leaves, EndWhereABlockEnds) {
   const Parts parts(Single(Bowl(120, 0.3)));
   const Array<std::uint32_t>& begin = parts.leaves.begin;
   EXPECT_TRUE(std::binary_search(begin.begin(), begin.end(), kTriangleBlock));
+}
+
+TEST(Box, RoundsOutwardAndKeepsMagnitudesFrom2ToTheMinus100On) {
+  EXPECT_EQ(RoundedDown(0x1p-100), 0x1p-100f);
+  EXPECT_EQ(RoundedUp(-0x1p-100), -0x1p-100f);
+  const double less = std::nextafter(0x1p-100, 0.0);
+  EXPECT_EQ(RoundedDown(less), 0.0f);
+  EXPECT_EQ(RoundedUp(less), 0x1p-100f);
+  EXPECT_EQ(RoundedDown(-less), -0x1p-100f);
+  EXPECT_EQ(RoundedDown(std::nextafter(1.0, 0.0)), std::nextafter(1.0f, 0.0f));
+  EXPECT_EQ(RoundedUp(std::nextafter(1.0, 2.0)), std::nextafter(1.0f, 2.0f));
 }
 
 } // namespace
