@@ -171,18 +171,4 @@ TEST(ClearanceFloor, APlaneKeepsPairsApartForever) {
   EXPECT_TRUE(closing.IsNotBefore(flat(-0.5, 0.5).corner, flat(0.5, 0.75 + 0x1p-16).corner));
 }
 
-TEST(ClearanceFloor, AMultipleOf16OrMoreSetsNone) {
-  // 0.9375 / (3 / 64) is 20, beyond the range for which the errors are derived.
-  const TravelDirection slow({0.0, 0.0, -0.046875});
-  const Triangle moving = MakeTriangle(slow, {-0.25, 0, 1}, {-0.125, 0, 1}, {-0.25, 0.125, 1});
-  const Triangle fixed = MakeTriangle(slow, {-1, -1, 0}, {1, -1, 0}, {0, 1, 0});
-  ClearanceContact found{};
-  ASSERT_EQ(JudgeClearance(slow, moving, fixed, 0.0625, 99.0, found), ClearanceOutcome::Ahead);
-  EXPECT_EQ(found.multiple.hi, 20.0);
-  ClearanceFloor floor(slow, 0.0625);
-  floor.Set(moving, fixed, found);
-  EXPECT_FALSE(floor.Holds());
-  EXPECT_FALSE(floor.IsNotBefore(moving.corner, fixed.corner));
-}
-
 } // namespace

@@ -220,8 +220,9 @@ TEST(ClearancePair, EstimatesAreNarrowWhereEdgesCross) {
     const ClearanceEstimate estimate =
         isSwapped ? EstimateClearance(along, fixed, moving, 0.25, kInfinity)
                   : EstimateClearance(along, moving, fixed, 0.25, kInfinity);
-    EXPECT_LE(estimate.least, 0.75);
-    EXPECT_GE(estimate.most, 0.75);
+    const double multiple = 0.75 / along.Length().hi;
+    EXPECT_LE(estimate.least, multiple);
+    EXPECT_GE(estimate.most, multiple);
     EXPECT_LT(estimate.most - estimate.least, 1e-8);
   }
 }

@@ -371,11 +371,10 @@ struct ByLeaves {
     question.clearance = clearance;
     return question;
   }
-  /// The pair of a leaf of the moving body and the first leaf of the fixed one.
-  NodePair<float> PairOf(std::size_t leaf) const {
+  NodePair<float> PairOf(std::size_t movingLeaf, std::size_t fixedLeaf = 0) const {
     NodePair<float> pair{};
-    pair.moving = {TreeRef::Leaf(leaf), 0, a.SingleTree().box, {}};
-    pair.fixed = {TreeRef::Leaf(0), 0, b.SingleTree().box, {}};
+    pair.moving = {TreeRef::Leaf(movingLeaf), 0, a.SingleTree().box, {}};
+    pair.fixed = {TreeRef::Leaf(fixedLeaf), 0, b.SingleTree().box, {}};
     return pair;
   }
 
@@ -449,7 +448,10 @@ TEST(ClearanceSearch, APlaneThatHardlyPartsLeavesOutNothingWithoutALimit) {
     sweep_shapes::AddTriangle(fixed, {-8.0, -2.0, -1.5}, {8.0, -2.0, -1.5}, {0.0, 2.0, 1.5});
     if (!isWallFirst) addWall();
     ByLeaves by(moving, fixed, 0.125, {1.0, 0.0, 0x1p-47});
-    ASSERT_TRUE(by.search.Judge(by.PairOf(0)));
+    for (std::size_t i = 0; i < by.a.Runs().Count(); ++i) {
+      for (std::size_t j = 0; j < by.b.Runs().Count(); ++j)
+        ASSERT_TRUE(by.search.Judge(by.PairOf(i, j)));
+    }
     const FoundPair& best = by.search.Finish();
     ASSERT_TRUE(best.any);
     EXPECT_EQ(best.moving, 1u);
