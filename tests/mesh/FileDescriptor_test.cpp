@@ -1,6 +1,6 @@
 #include "FileDescriptor.h"
 
-#include "ClosedInput.h"
+#include "ChildProcess.h"
 
 #include <gtest/gtest.h>
 
@@ -41,13 +41,14 @@ TEST(FileDescriptor, ClosesEarlyAndOnlyItsOwn) {
   EXPECT_TRUE(IsOpen(value));
 }
 
-TEST(FileDescriptor, NumberZeroIsClosedToo) {
-  const ClosedInput input;
-  {
-    const FileDescriptor file(OpenFile());
-    ASSERT_EQ(file.Get(), 0);
-  }
-  EXPECT_TRUE(input.IsStillClosed());
+TEST(FileDescriptor, ClosesTheLowestDescriptorToo) {
+  const int status = StatusInChild([] {
+    close(0);
+    const int value = FileDescriptor(OpenFile()).Get();
+    if (value != 0) return 1;
+    return IsOpen(0) ? 2 : 0;
+  });
+  EXPECT_EQ(status, 0);
 }
 
 TEST(FileDescriptor, ReleasedIsLeftOpen) {

@@ -66,8 +66,22 @@ void ExpectCoveredFromEverywhere(std::vector<Coord3> ring) {
 TEST(MeshPolygon, ConvexPolygonBecomesTheFanFromItsFirstCorner) {
   const std::vector<Triangle> expected{{0, 1, 2}, {0, 2, 3}, {0, 3, 4}};
   EXPECT_EQ(Cut({{0, 0, 0}, {2, 0, 0}, {3, 1, 0}, {2, 2, 0}, {0, 2, 0}}), expected);
-  // The second corner lies between its neighbours.
+}
+
+TEST(MeshPolygon, ConvexPolygonWithACornerInLineBecomesTheFanToo) {
+  const std::vector<Triangle> expected{{0, 1, 2}, {0, 2, 3}, {0, 3, 4}};
   EXPECT_EQ(Cut({{0, 0, 0}, {1, 0, 0}, {2, 0, 0}, {2, 2, 0}, {0, 2, 0}}), expected);
+}
+
+TEST(MeshPolygon, LongerPolygonBeforeChangesNothing) {
+  PolygonTriangulator triangulator;
+  // The fifth corner is on the other side of the last edge of the square below.
+  const std::vector<Coord3> longer{{0, 0, 0}, {4, 0, 0}, {5, 1, 0},
+                                   {5, 3, 0}, {4, 4, 0}, {0, 4, 0}};
+  ASSERT_EQ(triangulator.Triangulate(longer.data(), longer.size())->size(), 4u);
+  const std::vector<Coord3> square{{0, 0, 0}, {2, 0, 0}, {2, 2, 0}, {0, 2, 0}};
+  const std::vector<Triangle> expected{{0, 1, 2}, {0, 2, 3}};
+  EXPECT_EQ(*triangulator.Triangulate(square.data(), square.size()), expected);
 }
 
 TEST(MeshPolygon, QuadrangleIsHalvedFromItsFirstCornerWhicheverDiagonalIsShorter) {
@@ -110,6 +124,16 @@ TEST(MeshPolygon, CornersInLineAreKept) {
                                {1, 1, 0},
                                {1, 3, 0},
                                {0, 3, 0}});
+}
+
+TEST(MeshPolygon, NoDiagonalGoesThroughACorner) {
+  // Corner 3 is in the middle of the diagonal from 2 to 0, and corner 5 keeps the fan from
+  // covering.
+  const std::vector<Coord3> ring{{0, 0, 0}, {4, 0, 0}, {4, 4, 0},
+                                 {2, 2, 0}, {0, 6, 0}, {0.5, 3, 0}};
+  ExpectCoveredFromEverywhere(ring);
+  for (const Triangle& t : Cut(ring))
+    EXPECT_NE(t, (Triangle{0, 1, 2}));
 }
 
 TEST(MeshPolygon, RepeatedCornersAreKept) {

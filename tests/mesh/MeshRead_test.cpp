@@ -1,6 +1,7 @@
 #include "MeshRead.h"
 
-#include "ClosedInput.h"
+#include "ChildProcess.h"
+#include "MeshImportProtocol.h"
 #include "MeshSamples.h"
 #include "MeshWrite.h"
 
@@ -228,14 +229,6 @@ TEST(MeshRead, UnreadableFilesAreRefused) {
   EXPECT_EQ(ErrorOfFile(path), path + ": cannot be opened: Permission denied");
 }
 
-TEST(MeshRead, AFileMayHaveTheDescriptorZero) {
-  const TemporaryFolder folder;
-  const std::string path = folder.Write("part.off", OffText());
-  const ClosedInput input;
-  ExpectCorners(gsl_mesh::ReadMesh(path), TetrahedronCorners());
-  EXPECT_TRUE(input.IsStillClosed());
-}
-
 TEST(MeshRead, FilesLargerThanTheMemoryAreRefused) {
   const TemporaryFolder folder;
   const std::string path = folder.Write("part.stl", "solid");
@@ -246,6 +239,33 @@ TEST(MeshRead, FilesLargerThanTheMemoryAreRefused) {
   if (error) GTEST_SKIP() << "no file of " << size << " bytes here: " << error.message();
   EXPECT_EQ(ErrorOfFile(path), path + ": has " + std::to_string(size) +
                                    " bytes, more than the memory of this machine");
+}
+
+TEST(MeshRead, WorksWithoutStandardInput) {
+  const TemporaryFolder folder;
+  const std::string path = folder.Write("part.off", OffText());
+  const int status = StatusInChild([&] {
+    close(STDIN_FILENO); // the file takes its descriptor
+    return ReadMesh(path).corners.size() == TetrahedronCorners().size() ? 0 : 2;
+  });
+  EXPECT_EQ(status, 0);
+}
+
+TEST(MeshRead, AnswerThatNoMemoryHoldsIsRefused) {
+  const TemporaryFolder folder;
+  // No error, then 2^64 - 1 warnings.
+  const std::string answer =
+      folder.Write("answer", std::string(gsl_mesh::import_protocol::kGreeting) +
+                                 std::string(9, '\0') + std::string(8, '\xff'));
+  const std::string program = folder.Write("program", "#!/bin/sh\ncat '" + answer + "' >&3\n");
+  const Chmod executable(program, 0755);
+  const std::string path = folder.Write("part.glb", Glb());
+  const std::string expected = path + ": not enough memory to read it";
+  const int status = StatusInChild([&] {
+    setenv("GSL_MESH_IMPORT", program.c_str(), 1);
+    return ErrorOfFile(path) == expected ? 0 : 2;
+  });
+  EXPECT_EQ(status, 0);
 }
 
 TEST(MeshRead, MessagesAreOneLineForEveryFileName) {

@@ -16,7 +16,8 @@ TEST(MeshSource, LinesEndInEveryWay) {
 }
 
 TEST(MeshSource, QuotesAreShortAndPrintable) {
-  EXPECT_EQ(gsl_mesh::Quoted("a c~"), "'a c~'");
+  EXPECT_EQ(gsl_mesh::Quoted("abc"), "'abc'");
+  EXPECT_EQ(gsl_mesh::Quoted("\x1f !a }~\x7f"), "'? !a }~?'");
   EXPECT_EQ(gsl_mesh::Quoted("a\nb\x1b[2J\xff"), "'a?b?[2J?'");
   EXPECT_EQ(gsl_mesh::Quoted(std::string(41, 'x')), "'" + std::string(40, 'x') + "...'");
 }

@@ -1,14 +1,17 @@
 #include "OutputFile.h"
 
 #include "ChildProcess.h"
-#include "ClosedInput.h"
 #include "MeshSamples.h"
+#include "TemporaryFiles.h"
 
 #include <csignal>
 #include <filesystem>
+#include <list>
 
+#include <fcntl.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 using namespace gsl_mesh_samples;
 using gsl_mesh::CheckOutputPath;
@@ -51,7 +54,6 @@ TEST(OutputFile, AppearsWholeOnCommit) {
     EXPECT_EQ(folder.Names().size(), 1U);
     file.Commit();
     EXPECT_EQ(BytesOf(path), "abc");
-    EXPECT_EQ(ModeOf(path) & 0111U, 0U);
   }
   EXPECT_THAT(folder.Names(), ElementsAre("report.json"));
 }
@@ -63,16 +65,6 @@ TEST(OutputFile, LeavesNothingWithoutCommit) {
     file.Write("abc", 3);
   }
   EXPECT_THAT(folder.Names(), IsEmpty());
-}
-
-TEST(OutputFile, IsClosedWithoutCommitAlsoWhereItHasTheNumberZero) {
-  const TemporaryFolder folder;
-  const ClosedInput input;
-  {
-    const OutputFile file(folder.Path("report.json"), false);
-    EXPECT_FALSE(input.IsStillClosed());
-  }
-  EXPECT_TRUE(input.IsStillClosed());
 }
 
 TEST(OutputFile, ExistingFileIsKept) {
@@ -114,6 +106,40 @@ TEST(OutputFile, NewFileFollowsTheMask) {
   WriteTextFile(folder.Path("report.json"), "x", false);
   umask(old);
   EXPECT_EQ(ModeOf(folder.Path("report.json")), 0640U);
+}
+
+TEST(OutputFile, NewFileIsNotExecutableWithoutAMask) {
+  const TemporaryFolder folder;
+  const mode_t old = umask(0);
+  WriteTextFile(folder.Path("report.json"), "x", false);
+  umask(old);
+  EXPECT_EQ(ModeOf(folder.Path("report.json")), 0666U);
+}
+
+TEST(OutputFile, LowestDescriptorIsClosedToo) {
+  const int status = StatusInChild([] {
+    const TemporaryFolder folder;
+    close(0);
+    {
+      const OutputFile file(folder.Path("report.json"), false);
+      if (fcntl(0, F_GETFD) < 0) return 1;
+    }
+    return fcntl(0, F_GETFD) < 0 ? 0 : 2;
+  });
+  EXPECT_EQ(status, 0);
+}
+
+TEST(OutputFile, CommittedFilesDoNotKeepOthersFromBeingRemovedOnASignal) {
+  const TemporaryFolder folder;
+  const TemporaryFolder other;
+  std::list<OutputFile> committed;
+  for (int k = 0; k < 100; ++k)
+    committed.emplace_back(folder.Path(std::to_string(k)), false).Commit();
+  const OutputFile file(other.Path("report.json"), false);
+  ASSERT_EQ(other.Names().size(), 1U);
+  gsl_mesh::RemoveTemporaryFiles();
+  EXPECT_THAT(other.Names(), IsEmpty());
+  EXPECT_EQ(folder.Names().size(), 100U);
 }
 
 TEST(OutputFile, SymbolicLinkStaysAndItsTargetIsReplaced) {

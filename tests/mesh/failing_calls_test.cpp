@@ -94,6 +94,18 @@ TEST(FailingCalls, MemoryOfAMachineThatDoesNotSayItIsUnknown) {
   EXPECT_EQ(MemoryOfMachine(), 0U);
 }
 
+TEST(FailingCalls, MemoryOfTheLeastMachineIsOneByte) {
+  const FailingCalls calls("sysconf", 0, 2, 0, 1);
+  EXPECT_EQ(MemoryOfMachine(), 1U);
+}
+
+TEST(FailingCalls, FileLargerThanTheMemoryIsRefused) {
+  const TemporaryFolder folder;
+  const std::string path = folder.Write("part.off", std::string(65, ' '));
+  const FailingCalls calls("sysconf", 0, 2, 0, 8); // eight pages of eight bytes
+  EXPECT_EQ(ErrorOfFile(path), path + ": has 65 bytes, more than the memory of this machine");
+}
+
 TEST(FailingCalls, StreamIsReadWhereTheMemoryIsUnknown) {
   const TemporaryFolder folder;
   const int file = open(folder.Write("part.off", OffText()).c_str(), O_RDONLY);
@@ -157,18 +169,20 @@ TEST(FailingCalls, EndOfTheImportMayBeUnknown) {
 }
 
 TEST(FailingCalls, InterruptedAnswerOfTheImporterIsRepeated) {
-  const auto importer = [](int error) {
-    return StatusInChild([error] {
+  const auto importer = [](int error, long result = -1) {
+    return StatusInChild([error, result] {
       dup2(open("/dev/null", O_WRONLY), protocol::kAnswerDescriptor);
       const std::string parent = std::to_string(getppid());
       const char* const arguments[protocol::Count] = {"program", protocol::kGreeting, "0",
                                                       parent.c_str(), "file"};
-      const FailingCalls calls("write", error, 2);
+      const FailingCalls calls("write", error, 2, 0, result);
       return RunMeshImporter(protocol::Count, arguments, [](const std::string&) { return Mesh(); });
     });
   };
   EXPECT_EQ(importer(EINTR), 0);
   EXPECT_EQ(importer(EPIPE), 1);
+  // A call that writes nothing is no interrupted call, whatever it leaves in errno.
+  EXPECT_EQ(importer(EINTR, 0), 1);
 }
 
 TEST_F(FailingCallsOfOutput, InterruptedWriteIsRepeated) {

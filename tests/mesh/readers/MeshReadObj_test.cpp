@@ -59,8 +59,14 @@ TEST(MeshReadObj, PositiveIndicesMayPointForward) {
 TEST(MeshReadObj, LinesMayBeContinued) {
   ExpectCorners(Read("v 0 0 \\\n0\nv 1 \\ \r\n 0 \\\r\n 0\nv 1 1 0\nf 1 \\\n2 \\\n\\\n3 # end\n"),
                 firstHalf);
-  // An empty line continues a line and ends it.
-  EXPECT_EQ(Read(square + "f 1 2 3 \\\n\nf 1 3 4\n").TriangleCount(), 2U);
+}
+
+TEST(MeshReadObj, EmptyLineEndsAContinuedStatement) {
+  for (const char* empty : {"\n\n", "\r\n\r\n", "\r\r"}) {
+    SCOPED_TRACE(empty);
+    ExpectCorners(Read("v 0 0 0 \\" + std::string(empty) + "v 1 0 0\nv 1 1 0\nf 1 2 3\n"),
+                  firstHalf);
+  }
 }
 
 TEST(MeshReadObj, NamesAndCommentsAreNotContinued) {

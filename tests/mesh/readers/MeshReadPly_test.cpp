@@ -1,5 +1,6 @@
 #include "MeshSamples.h"
 #include "RandomNumbers.h"
+#include "readers/MeshReaders.h"
 
 #include <random>
 
@@ -102,15 +103,15 @@ TEST(MeshReadPly, CoordinatesMayHaveEveryType) {
 /// Returns the precision of a binary file whose coordinates have these types.
 gsl_mesh::Precision PrecisionOfBinary(const std::vector<std::string>& types) {
   std::string bytes = "ply\nformat binary_little_endian 1.0\nelement vertex 3\n";
-  bytes += "property double quality\n";
   for (std::size_t c = 0; c < 3; ++c)
     bytes += "property " + types[c] + " " + "xyz"[c] + "\n";
+  bytes += "property double quality\n";
   bytes += faceHeader + "end_header\n";
   for (const Coord3& v : {Coord3{0, 0, 0}, Coord3{1, 0, 0}, Coord3{1, 1, 0}}) {
-    AppendAs(bytes, "double", 0.5, 'l');
     AppendAs(bytes, types[0], v.x, 'l');
     AppendAs(bytes, types[1], v.y, 'l');
     AppendAs(bytes, types[2], v.z, 'l');
+    AppendAs(bytes, "double", 0.5, 'l');
   }
   AppendAs(bytes, "uchar", 3, 'l');
   for (const int k : {0, 1, 2})
@@ -121,45 +122,10 @@ gsl_mesh::Precision PrecisionOfBinary(const std::vector<std::string>& types) {
 TEST(MeshReadPly, PrecisionIsThatOfTheWidestCoordinate) {
   using gsl_mesh::Precision;
   EXPECT_EQ(PrecisionOfBinary({"float", "float", "float"}), Precision::Single);
+  EXPECT_EQ(PrecisionOfBinary({"double", "float", "float"}), Precision::Double);
   EXPECT_EQ(PrecisionOfBinary({"float", "double", "float"}), Precision::Double);
   EXPECT_EQ(PrecisionOfBinary({"int", "float", "double"}), Precision::Double);
   EXPECT_EQ(PrecisionOfBinary({"float", "int", "float"}), Precision::Unknown);
-}
-
-TEST(MeshReadPly, PrecisionCountsTheFirstPropertyToo) {
-  std::string bytes = "ply\nformat binary_little_endian 1.0\nelement vertex 3\nproperty double x\n"
-                      "property float y\nproperty float z\n" +
-                      faceHeader + "end_header\n";
-  for (const Coord3& v : corners) {
-    AppendAs(bytes, "double", v.x, 'l');
-    AppendAs(bytes, "float", v.y, 'l');
-    AppendAs(bytes, "float", v.z, 'l');
-  }
-  AppendAs(bytes, "uchar", 3, 'l');
-  for (const int k : {0, 1, 2})
-    AppendAs(bytes, "int", k, 'l');
-  EXPECT_EQ(Read(bytes).precision, gsl_mesh::Precision::Double);
-}
-
-TEST(MeshReadPly, OnlyXYAndZAreCoordinates) {
-  // Longer names, a list, and the signs before and behind the three in the alphabet.
-  ExpectCorners(Read(TextWith("element vertex 3\nproperty float x\nproperty float y\n"
-                              "property float z\nproperty float xs\nproperty list uchar float x\n"
-                              "property float w\nproperty float {\n" +
-                                  faceHeader,
-                              "0 0 0 7 1 8 9 5\n1 0 0 7 0 9 5\n1 1 0 7 2 8 8 9 5\n3 0 1 2\n")),
-                corners);
-}
-
-TEST(MeshReadPly, HeadersMayHaveEmptyLines) {
-  ExpectCorners(Read(TextWith("\n" + vertexHeader + " \n" + faceHeader, vertices + "3 0 1 2\n")),
-                corners);
-}
-
-TEST(MeshReadPly, ElementsWithoutPropertiesTakeNoTimeWhateverTheirCount) {
-  ExpectCorners(Read(TextWith("element nothing 4000000000000000000\n" + vertexHeader + faceHeader,
-                              vertices + "3 0 1 2\n")),
-                corners);
 }
 
 TEST(MeshReadPly, ListsMayHaveEveryWholeType) {
@@ -229,6 +195,36 @@ TEST(MeshReadPly, TextKeepsEveryDigitOfADouble) {
     body += Text(ring.back()) + "\n";
   }
   ExpectCorners(Read(TextWith(vertexHeader + faceHeader, body + "3 0 1 2")), ring);
+}
+
+TEST(MeshReadPly, OnlyTheNameOfAnAxisAloneIsACoordinate) {
+  const std::string header = "element vertex 3\nproperty float x\nproperty float xn\n"
+                             "property float y\nproperty list uchar float y\n"
+                             "property float w\nproperty float z\nproperty float {\n"
+                             "property float zeta\n";
+  const std::string body = "0 9 0 1 9 9 0 9 9\n1 9 0 0 9 0 9 9\n1 9 1 2 9 9 9 0 9 9\n3 0 1 2\n";
+  ExpectCorners(Read(TextWith(header + faceHeader, body)), corners);
+}
+
+TEST(MeshReadPly, ElementWithoutPropertiesHasNoValuesWhateverItsCount) {
+  const std::string header = "element nothing 9000000000000000000\n" + vertexHeader + faceHeader;
+  ExpectCorners(Read(TextWith(header, vertices + "3 0 1 2\n")), corners);
+}
+
+TEST(MeshReadPly, HeaderMayHoldEmptyLines) {
+  ExpectCorners(
+      Read(TextWith("\n" + vertexHeader + " \t\n" + faceHeader + "\n", vertices + "3 0 1 2\n")),
+      corners);
+}
+
+TEST(MeshReadPly, FirstReportOfBinaryDataIsWhereTheyBegin) {
+  const std::string bytes = PlyBinary(false);
+  const std::size_t header = bytes.find("end_header\n") + 11;
+  std::vector<double> parts;
+  const gsl_mesh::MeshProgress progress = [&](double part) { parts.push_back(part); };
+  ExpectCorners(gsl_mesh::ReadPly({bytes, "sample", &progress}), TetrahedronCorners());
+  ASSERT_FALSE(parts.empty());
+  EXPECT_EQ(parts[0], static_cast<double>(header) / static_cast<double>(bytes.size()));
 }
 
 TEST(MeshReadPly, TextMayHaveOddWhiteSpace) {

@@ -133,7 +133,7 @@ TEST(MeshReadStl, TextMayHoldSeveralSolids) {
 }
 
 TEST(MeshReadStl, NormalsAreNotRead) {
-  const std::string text = TextWith("facet normal -nan(ind) 1,0 out outer loop vertex 0 0 0 "
+  const std::string text = TextWith("facet normal -nan(ind) 1,0 x outer loop vertex 0 0 0 "
                                     "vertex 1 0 0 vertex 0 1 0 endloop endfacet");
   EXPECT_EQ(Read(text).TriangleCount(), 1U);
 }
@@ -147,13 +147,14 @@ TEST(MeshReadStl, BrokenTextIsRefusedWithItsLine) {
   } rows[] = {
       {corners("vertex 0 0 0\nvertex 1 0 0\nvertex 1 1 0\nvertex 0 1 0\nendloop\nendfacet"),
        "line 7: expected 'endloop', found 'vertex' (a facet has three corners)"},
+      {corners("vertex 0 0 0\nvertex 1 0 0\nvertex 1 1 0\nendfacet"),
+       "line 7: expected 'endloop', found 'endfacet'"},
       {corners("vertex 0 0 0\nvertex 1 0 0\nendloop\nendfacet"),
        "line 6: expected 'vertex', found 'endloop'"},
-      {corners("vertex 0 0 0\nvertex 1 0 0\nvertex 1 1 0\nend"),
-       "line 7: expected 'endloop', found 'end'"},
       {corners("vertex 0 0\nvertex 1 0 0"), "line 5: a coordinate is not a number: 'vertex'"},
       {corners("vertex 0 0,5 0"), "line 4: a coordinate is not a number: '0,5'"},
       {TextWith("facet normal 0 0 outer loop"), "line 2: expected three components of a normal"},
+      {TextWith("facet normal 0 0 OUTER loop"), "line 2: expected three components of a normal"},
       {TextWith("face normal"), "line 2: expected 'facet' or 'endsolid', found 'face'"},
       {"solid a\n" + facet, "line 3: the file ends before 'endsolid'"},
       {"solid a\nfacet normal 0 0 1\nouter", "line 3: the file ends here; expected 'loop'"},
