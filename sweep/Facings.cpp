@@ -53,6 +53,7 @@ struct Normal {
 
 private:
   void SetComponent(int k, const Edge (&edges)[3]);
+  void SettleAxis();
 };
 
 Normal::Normal(const Coord3 (&p)[3]) {
@@ -60,6 +61,7 @@ Normal::Normal(const Coord3 (&p)[3]) {
   for (int k = 0; k < 3; ++k)
     SetComponent(k, edges);
   isExact = error[0] == 0.0 && error[1] == 0.0 && error[2] == 0.0;
+  if (!isExact) SettleAxis();
 }
 
 /// Any two edges in turn have the same product. The one with the smallest terms is taken: a term of
@@ -90,6 +92,19 @@ void Normal::SetComponent(int k, const Edge (&edges)[3]) {
       error[k] = 0.0;
       return;
     }
+  }
+}
+
+/// A normal along an axis is known but for its length.
+void Normal::SettleAxis() {
+  for (int k = 0; k < 3; ++k) {
+    const bool isAlong = std::fabs(n[k]) > error[k];
+    const int i = Next(k);
+    const int j = Next(i);
+    if (!isAlong || n[i] != 0.0 || error[i] != 0.0 || n[j] != 0.0 || error[j] != 0.0) continue;
+    n[k] = n[k] > 0.0 ? 1.0 : -1.0;
+    error[k] = 0.0;
+    isExact = true;
   }
 }
 
