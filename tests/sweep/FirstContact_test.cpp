@@ -298,19 +298,24 @@ TEST(FirstContact, IsFoundBesideATriangleThatLeadsToTheEndOfTheRange) {
   }
 }
 
-/// A search for the first contact of solids along -z whose own watch is counted, and ends it at a
-/// given call. The walk has no watch.
+Question AboutSolids() {
+  Question question;
+  question.rule = Rule::Solid;
+  return question;
+}
+
+/// A search for the first contact along -z, of solids unless it is asked otherwise, whose own watch
+/// is counted, and ends it at a given call. The walk has no watch.
 template <class Scalar>
 struct SolidSearch {
-  SolidSearch(const Mesh& moving, const std::vector<Mesh>& fixed, int endsAt = 0)
+  SolidSearch(const Mesh& moving, const std::vector<Mesh>& fixed, int endsAt = 0,
+              const Question& question = AboutSolids())
       : watch([this, endsAt](double) { return ++calls != endsAt; }), movingBody(ViewOf(moving)) {
     bodies.moving = &movingBody;
     for (const Mesh& mesh : fixed) {
       fixedBodies.push_back(std::make_unique<PreparedBody>(ViewOf(mesh)));
       bodies.fixed.push_back(fixedBodies.back().get());
     }
-    Question question;
-    question.rule = Rule::Solid;
     scene.emplace(bodies, direction, scale, question, true);
     first.emplace(*scene, question.maxDistance, movingCache, fixedCache, watch);
   }
@@ -320,7 +325,7 @@ struct SolidSearch {
     return Walk<Scalar, FirstContact<Scalar>>(*scene, *first, none, stack).Run();
   }
   /// Judges the pair of the moving body and a fixed body, which have one leaf each.
-  bool JudgeBody(std::size_t fixedBody) {
+  bool JudgeBody(std::size_t fixedBody, const Slab& movingSlab = {}) {
     const auto sideOf = [](const TreeInUse<Scalar>& used) {
       WalkSide<Scalar> side{};
       side.ref = used.tree->root;
@@ -332,6 +337,8 @@ struct SolidSearch {
     pair.moving = sideOf(scene->template TreeOf<true>(0));
     pair.fixed = sideOf(scene->template TreeOf<false>(fixedBody));
     pair.fixedBody = static_cast<std::uint32_t>(fixedBody);
+    pair.moving.slab = movingSlab;
+    EXPECT_TRUE(pair.moving.ref.IsLeaf() && pair.fixed.ref.IsLeaf());
     return first->Judge(pair);
   }
   double Travel() const { return scale.UpTravel(first->Best().contact.travel); }
@@ -382,6 +389,42 @@ TEST(FirstContact, ASecondWalkKeepsTheTravelOfTheFirst) {
   const auto beyond = begun();
   EXPECT_TRUE(beyond->JudgeBody(3));
   EXPECT_FALSE(beyond->first->Best().any);
+}
+
+TEST(FirstContact, TiesAreCountedAnewAtALesserTravel) {
+  // The plates are oblique, so that no axis settles them. The last one has seven of the triangles
+  // that tie, and one that is higher beside the moving plate.
+  const Mesh plate = Sheared(Bowl(2, 0.0));
+  const Mesh nearer = sweep_shapes::Moved(plate, {0.0, 0.0, 1.0});
+  Mesh last = nearer;
+  last.corners.resize(21);
+  sweep_shapes::AddTriangle(last, {1.25, 0.0, 2.5}, {1.5, 0.0, 2.75}, {1.25, 0.5, 2.5});
+  SolidSearch<float> search(sweep_shapes::Moved(plate, {0.0, 0.0, 4.0}), {plate, nearer, last}, 0,
+                            Question());
+  EXPECT_EQ(search.first->Judgements(), 0u);
+  EXPECT_TRUE(search.JudgeBody(0));
+  EXPECT_EQ(search.Travel(), 4.0);
+  EXPECT_TRUE(search.JudgeBody(1));
+  EXPECT_EQ(search.Travel(), 3.0);
+  const std::size_t judged = search.first->Judgements();
+  EXPECT_GT(judged, 10u);
+  // The plane of the ties at travel 3 holds whatever the moving plate can meet.
+  EXPECT_TRUE(search.JudgeBody(2));
+  EXPECT_EQ(search.first->Judgements(), judged);
+  EXPECT_EQ(search.first->Best().fixed >> 32, 1u);
+}
+
+TEST(FirstContact, AnOffsetMovesABodyOutOfItsSlab) {
+  // The slab is 12 above the fixed plate, farther than the greatest distance.
+  const Mesh plate = Bowl(2, 0.0);
+  Question question;
+  question.offset = {0.0, 0.0, -10.0};
+  question.maxDistance = 8.0;
+  SolidSearch<float> search(sweep_shapes::Moved(plate, {0.0, 0.0, 14.0}),
+                            {sweep_shapes::Moved(plate, {0.0, 0.0, 2.0})}, 0, question);
+  EXPECT_TRUE(search.JudgeBody(0, {{0.0f, 0.0f, 1.0f}, 14.0f, 14.0f}));
+  ASSERT_TRUE(search.first->Best().any);
+  EXPECT_EQ(search.Travel(), 2.0);
 }
 
 TEST(FirstContact, ALookAtManyTrianglesOfOnePlaceCanBeCancelled) {

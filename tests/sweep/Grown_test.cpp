@@ -1,5 +1,6 @@
 #include "Grown.h"
 
+#include "RandomNumbers.h"
 #include "SweepAsk.h"
 #include "SweepShapes.h"
 #include "support/MeshView.h"
@@ -207,8 +208,47 @@ TEST(Grown, TurningOverIsRefusedWithTheFirstTriangle) {
   // The walls are triangles 4 and up. At -0.25 they lose their area.
   EXPECT_EQ(RefusalOf(plate, -0.25), "triangle 4 turns over when the body grows by -0.25");
   EXPECT_EQ(RefusalOf(plate, -0.5), "triangle 4 turns over when the body grows by -0.5");
-  EXPECT_EQ(RefusalOf(sweep_shapes::Box({0, 0, 0}, {1.5e308, 1, 1}), 1e308),
-            "triangle 0 leaves the range of double when the body grows by 1e+308");
+  for (const Coord3& high : {Coord3{1.5e308, 1, 1}, Coord3{1, 1.5e308, 1}}) {
+    EXPECT_EQ(RefusalOf(sweep_shapes::Box({0, 0, 0}, high), 1e308),
+              "triangle 0 leaves the range of double when the body grows by 1e+308");
+  }
+}
+
+TEST(Grown, EachCornerOfATriangleStaysWithinTheRange) {
+  // The triangle is in the plane x + z = 0 and faces along x. One corner leaves the range.
+  const Coord3 p[3] = {{1.797e308, 0, -1.797e308}, {0, 1e308, 0}, {0, 0, 0}};
+  for (int k = 0; k < 3; ++k) {
+    Mesh mesh;
+    AddTriangle(mesh, p[k], p[(k + 1) % 3], p[(k + 2) % 3]);
+    EXPECT_EQ(RefusalOf(mesh, 1e307),
+              "triangle 0 leaves the range of double when the body grows by 1e+307");
+  }
+}
+
+TEST(Grown, TurningOverIsRefusedAtEveryScale) {
+  const double unit = 0x1p-600;
+  const Mesh plate = sweep_shapes::Box({0, 0, 0}, {4 * unit, 4 * unit, 0.5 * unit});
+  EXPECT_EQ(RefusalOf(plate, -0.24 * unit), "");
+  EXPECT_EQ(RefusalOf(plate, -0.5 * unit).find("triangle 4 turns over"), 0u);
+}
+
+TEST(Grown, ATriangleAloneMovesAlongItsNormal) {
+  RandomNumbers random(5);
+  const auto any = [&random] { return random.Unit(); };
+  for (int round = 0; round < 200; ++round) {
+    const Coord3 p[3] = {{any(), any(), any()}, {any(), any(), any()}, {any(), any(), any()}};
+    const Coord3 n = gsl_arithmetic::Cross(gsl_arithmetic::Subtract(p[1], p[0]),
+                                           gsl_arithmetic::Subtract(p[2], p[0]));
+    const double length = gsl_arithmetic::Length(n);
+    if (length < 0.1) continue;
+    Mesh mesh;
+    AddTriangle(mesh, p[0], p[1], p[2]);
+    const std::vector<Coord3> corners = GrownCorners(mesh, 0.5);
+    for (std::size_t k = 0; k < 3; ++k) {
+      const Coord3 moved = gsl_arithmetic::Add(p[k], gsl_arithmetic::Multiply(n, 0.5 / length));
+      EXPECT_LT(gsl_arithmetic::Length(gsl_arithmetic::Subtract(corners[k], moved)), 0x1p-45);
+    }
+  }
 }
 
 TEST(Grown, ABodyTurnedInsideOutIsRefused) {
@@ -276,6 +316,33 @@ TEST(Grown, SliversAreAsLowAsFourUnitsOfSinglePrecision) {
   EXPECT_NEAR(movedY(0x1p-22, 0.0), 1.0, 0x1p-45);
   EXPECT_NEAR(movedY(0x1p-21, 0.0), 1.0 - 0x1p-30, 0x1p-45);
   EXPECT_NEAR(movedY(0x1p-22, 0x1p-40), 1.0 - 0x1p-30, 0x1p-45); // not in single precision
+}
+
+TEST(Grown, EveryCoordinateOfASliverIsInSinglePrecision) {
+  // As above, with one coordinate that is off by 2^-40. The first corner is that of both triangles.
+  for (int k = 0; k < 9; ++k) {
+    double steep[3][3] = {{1, 1, 1}, {1 + 0x1p-6, 1, 1}, {1 + 0x1p-7, 1, 1 + 0x1p-22}};
+    steep[k / 3][k % 3] += 0x1p-40;
+    const auto at = [&steep](int c) { return Coord3{steep[c][0], steep[c][1], steep[c][2]}; };
+    Mesh mesh;
+    AddTriangle(mesh, at(0), {1 + 0x1p-6, 1, 1}, {1, 1 + 0x1p-6, 1});
+    AddTriangle(mesh, at(0), at(1), at(2));
+    const Coord3 corner = GrownCorners(mesh, 0x1p-30)[0];
+    EXPECT_NEAR(corner.y, at(0).y - 0x1p-30, 0x1p-45) << k;
+  }
+}
+
+TEST(Grown, TheLongestEdgeTellsHowLowASliverIs) {
+  // Half of the longest edge to both sides of one corner; the limit for its height is 2^-22.
+  const Coord3 p[3] = {{0, 0, 0}, {-0.5, 0, -0x1p-23}, {0.5, 0, -0x1p-23}};
+  for (int k = 0; k < 3; ++k) {
+    Mesh mesh;
+    AddTriangle(mesh, p[0], {1, 0, 0}, {0, 1, 0});
+    AddTriangle(mesh, p[k], p[(k + 1) % 3], p[(k + 2) % 3]);
+    const Coord3 corner = GrownCorners(mesh, 0.25)[0];
+    EXPECT_EQ(corner.y, 0.0) << k;
+    EXPECT_EQ(corner.z, 0.25) << k;
+  }
 }
 
 TEST(Grown, ACornerOfSliversAloneMovesWithThem) {

@@ -66,6 +66,50 @@ TEST(InnerPoint, ACrossingIsNotRounded) {
   }
 }
 
+TEST(InnerPoint, ACrossingIsFoundWhereRoundingHidesTheSides) {
+  // The ends are one unit in the last place above the plane z = x, and twice that below it. So the
+  // crossing is a third of the way, at (2, 0, 2).
+  const Coord3 oblique{1, 0, 1};
+  InnerPoint point;
+  point.AddCrossing({1, 0, 1 + 0x1p-52}, {4, 0, 4 - 0x1p-51}, {&origin, &oblique},
+                    {&origin, &axes[1]}, origin);
+  EXPECT_EQ(SideOfX(point, 1.5), 1);
+  EXPECT_EQ(SideOfX(point, 2), 0);
+  EXPECT_EQ(SideOfX(point, 2.5), -1);
+  const Box<double> reach = point.Reach();
+  EXPECT_LE(reach.low[0], 2.0);
+  EXPECT_GE(reach.high[0], 2.0);
+  EXPECT_LT(reach.high[0] - reach.low[0], 1e-12);
+}
+
+TEST(InnerPoint, TheReachHoldsACrossing) {
+  RandomNumbers random(11);
+  const auto any = [&random] { return random.Unit(); };
+  for (int round = 0; round < 2000; ++round) {
+    // Ends near a plane, on both sides, whose heights over it are rounded.
+    const Coord3 u{1 + any(), any(), any()};
+    const Coord3 v{any(), 1 + any(), any()};
+    const auto near = [&](double x, double y, double above) {
+      const double det = u.x * v.y - u.y * v.x;
+      const double a = (x * v.y - y * v.x) / det;
+      const double b = (y * u.x - x * u.y) / det;
+      return Coord3{x, y, a * u.z + b * v.z + above};
+    };
+    const double height = std::ldexp(1.0, -12 - round % 32);
+    const Coord3 p = near(1 + any(), any(), height * (0.5 + any()));
+    const Coord3 q = near(-any(), p.x, -height * (0.5 + any()));
+    InnerPoint point;
+    point.AddCrossing(p, q, {&origin, &u}, {&origin, &v}, origin);
+    const Box<double> reach = point.Reach();
+    EXPECT_GE(SideOfX(point, reach.low[0]), 0) << round;
+    EXPECT_LE(SideOfX(point, reach.high[0]), 0) << round;
+    EXPECT_GE(SideOfY(point, reach.low[1]), 0) << round;
+    EXPECT_LE(SideOfY(point, reach.high[1]), 0) << round;
+    EXPECT_GE(SideOfZ(point, reach.low[2]), 0) << round;
+    EXPECT_LE(SideOfZ(point, reach.high[2]), 0) << round;
+  }
+}
+
 TEST(InnerPoint, APlaceAlongADirectionIsInThePlane) {
   // From (1, 1, 5) along (1, 0, -3) the plane z = 4 is met at x = 4/3.
   InnerPoint point;
@@ -94,7 +138,9 @@ TEST(InnerPoint, PointsInAShadowAreInsideBothTriangles) {
   const SurfaceTriangle base{{{0, 0, 0}, {6, 0, 0}, {3, 6, 0}}};
   const SurfaceTriangle star{{{0, 4, 2}, {6, 4, 2}, {3, -2, 2}}};
   const SurfaceTriangle within{{{2, 1, 0}, {4, 1, 0}, {3, 2, 0}}};
-  for (const SurfaceTriangle& other : {star, within, base}) {
+  // Two edges are on one line, and each ends outside of the other triangle.
+  const SurfaceTriangle beside{{{2, 0, 0}, {10, 0, 0}, {6, 6, 0}}};
+  for (const SurfaceTriangle& other : {star, within, base, beside}) {
     SharedPoints points = PointsInShadow(base, other, {0, 0, 1});
     EXPECT_GE(points.count, 3u);
     EXPECT_EQ(points.onSecond.PlaceCount(), points.count);
@@ -105,6 +151,13 @@ TEST(InnerPoint, PointsInAShadowAreInsideBothTriangles) {
       ExpectInside(points.onSecond, other);
       EXPECT_EQ(SideOfZ(points.onFirst, 0), 0);
       EXPECT_EQ(SideOfZ(points.onSecond, other.corner[0].z), 0);
+      // The first places of both are on one line along the direction.
+      const Box<double> first = points.onFirst.Reach();
+      const Box<double> second = points.onSecond.Reach();
+      for (int axis = 0; axis < 2; ++axis) {
+        EXPECT_LE(first.low[axis], second.high[axis]);
+        EXPECT_LE(second.low[axis], first.high[axis]);
+      }
     }
   }
 }

@@ -99,6 +99,33 @@ TEST(InwardRays, HaveTheSumsOfEachRayInASoup) {
   ExpectTheSumsOfEachRay(Single(Soup(4, 300)));
 }
 
+TEST(InwardRays, OfTinyTrianglesAreNotRounded) {
+  // Pairs of triangles in one plane, whose rays begin at one point. Products of three coordinates
+  // are rounded, and near the end of the range.
+  std::mt19937_64 random(6);
+  const WholesIn<int> any(-0x10000, 0x10000);
+  const double unit = 0x1p-326;
+  Mesh mesh;
+  for (int k = 0; k < 40; ++k) {
+    double at[2][3][3];
+    for (int axis = 0; axis < 3; ++axis) {
+      const double middle = any(random);
+      const double b = 2.0 * any(random);
+      const double c = 2.0 * any(random);
+      for (int size = 1; size <= 2; ++size) {
+        at[size - 1][0][axis] = unit * (middle - size * 0.5 * (b + c));
+        at[size - 1][1][axis] = unit * (middle + size * b);
+        at[size - 1][2][axis] = unit * (middle + size * c);
+      }
+    }
+    for (const auto& t : at) {
+      sweep_shapes::AddTriangle(mesh, {t[0][0], t[0][1], t[0][2]}, {t[1][0], t[1][1], t[1][2]},
+                                {t[2][0], t[2][1], t[2][2]});
+    }
+  }
+  ExpectTheSumsOfEachRay<double>(mesh, 1);
+}
+
 TEST(InwardRays, WindAsOftenAsThereAreBoxesAround) {
   // Box k is inside the boxes before it. So as many are around a point just outside of its faces,
   // and one more around a point just under them.
@@ -174,7 +201,7 @@ std::vector<BoxesOfOnePlace> AllBoxes() {
          const double reach = part(k, count);
          return sweep_shapes::Box({-reach, -reach, -reach}, {reach, reach, reach});
        }},
-      {"nested outwards",
+      {"nested_outwards",
        [part](int k, int count) {
          const double reach = part(count - k, count);
          return Each(sweep_shapes::Box({-reach, -reach, -reach}, {reach, reach, reach}), Turned);
@@ -183,30 +210,34 @@ std::vector<BoxesOfOnePlace> AllBoxes() {
        [](int, int) {
          return sweep_shapes::Box({-1, -1, -1}, {1, 1, 1});
        }},
-      {"plates with common faces",
+      {"plates_with_common_faces",
        [part](int k, int count) {
          const double reach = part(k, count);
          return sweep_shapes::Box({-reach, -2 * reach, 0}, {2 * reach, reach, 0x1p-6});
        }},
-      {"a stack of plates",
+      {"stack_of_plates",
        [](int k, int) {
          return sweep_shapes::Box({-1, -1, 2.0 * k}, {1, 1, 2.0 * k + 2});
        }},
-      {"a row", [](int k, int) {
+      {"row", [](int k, int) {
          return sweep_shapes::Box({2.0 * k, 0, 0}, {2.0 * k + 1, 1, 1});
        }}};
 }
 
-TEST(InwardRays, TakeAsManyStepsAsThereAreTriangles) {
+class InwardRaysOf : public testing::TestWithParam<BoxesOfOnePlace> {};
+
+TEST_P(InwardRaysOf, TakeAsManyStepsAsThereAreTriangles) {
   // Four times the boxes may take six times the steps. At a quadratic cost it would be sixteen.
-  for (const BoxesOfOnePlace& boxes : AllBoxes()) {
-    SCOPED_TRACE(boxes.name);
-    const Mesh few = Boxes(256, boxes.make);
-    const Mesh many = Boxes(1024, boxes.make);
-    EXPECT_LT(StepsOf<float>(many), 6 * StepsOf<float>(few));
-    EXPECT_LT(StepsOf<double>(many), 6 * StepsOf<double>(few));
-  }
+  const Mesh few = Boxes(256, GetParam().make);
+  const Mesh many = Boxes(1024, GetParam().make);
+  EXPECT_LT(StepsOf<float>(many), 6 * StepsOf<float>(few));
+  EXPECT_LT(StepsOf<double>(many), 6 * StepsOf<double>(few));
 }
+
+INSTANTIATE_TEST_SUITE_P(Boxes, InwardRaysOf, testing::ValuesIn(AllBoxes()),
+                         [](const testing::TestParamInfo<BoxesOfOnePlace>& tested) {
+                           return tested.param.name;
+                         });
 
 TEST(InwardRays, StopWhenTheCallerDoes) {
   const PreparedBody body(ViewOf(LatticeBoxes(1, 50)));

@@ -97,6 +97,25 @@ TEST(Team, IsAsLargeAsTheRunAllowsAndTheWorkDeserves) {
   EXPECT_TRUE(Team(backwards, 0).HasExecutor());
 }
 
+TEST(Team, HasNoMoreThreadsThanTheRunAllows) {
+  gsl_sweep::Run run;
+  run.threads = 2;
+  Team team(run, 2);
+  std::mutex mutex;
+  std::set<std::thread::id> threads;
+  const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(50);
+  // A third thread would have the time to take the third job.
+  team.ForEach(3, [&](std::size_t) {
+    for (std::size_t seen = 0; seen < 3 && std::chrono::steady_clock::now() < end;) {
+      std::this_thread::yield();
+      const std::lock_guard<std::mutex> lock(mutex);
+      threads.insert(std::this_thread::get_id());
+      seen = threads.size();
+    }
+  });
+  EXPECT_LE(threads.size(), 2u);
+}
+
 TEST(Team, WithoutOtherThreadsGoesInOrderOnTheCallingThread) {
   std::vector<std::size_t> order;
   Team::Alone().ForEach(3, [&](std::size_t k) { order.push_back(k); });

@@ -181,6 +181,48 @@ TEST(LargeLeaves, LeavesAloneWhatIsKnownAsWell) {
   }
 }
 
+/// The leaves of a node of triangles that lead far away, 3 above the origin of a bowl that is 1/2
+/// high, say how far it is to the box of the bowl.
+TEST(LargeLeaves, RaisesTheTravelsToASmallNode) {
+  Mesh far;
+  for (int k = 0; k < 32; ++k) {
+    const double y = 0.0625 * (k - 16);
+    sweep_shapes::AddTriangle(far, {-2.0, y, 3.0}, {-2.0, y + 0.0625, 3.0}, {0x1p40, y, 3.0});
+  }
+  const PreparedBody farBody(ViewOf(far));
+  const Mesh bowl = Bowl(8, 0.25);
+  const PreparedBody bowlBody(ViewOf(bowl));
+  const RangeScale scale(0x1p41);
+  for (const bool farMoves : {false, true}) {
+    const SceneBodies bodies{farMoves ? &farBody : &bowlBody, {farMoves ? &bowlBody : &farBody}};
+    const TravelDirection direction({0.0, 0.0, farMoves ? -1.0 : 1.0});
+    const Scene<float> scene(bodies, direction, scale, Question(), true);
+    NodePair<float> pair{};
+    pair.moving = RootOf(scene.template TreeOf<true>(0));
+    pair.fixed = RootOf(scene.template TreeOf<false>(0));
+    ASSERT_FALSE(pair.moving.ref.IsLeaf() || pair.fixed.ref.IsLeaf());
+    const WalkSide<float>& own = farMoves ? pair.moving : pair.fixed;
+    const Tree<float>& tree = farBody.SingleTree();
+    const TreeNode<float>& node = tree.nodes[own.ref.Index()];
+    LeafCache<float> movingCache, fixedCache;
+    LargeLeaves<float> leaves(scene, movingCache, fixedCache);
+    const TravelRange<double> all{0.0, kInfinity};
+    Float4 from = Float4::Of(0.0f);
+    if (farMoves) {
+      leaves.Raise<true, false>(pair, node.boxes, 15u, all, from);
+    } else {
+      leaves.Raise<false, false>(pair, node.boxes, 15u, all, from);
+    }
+    for (int lane = 0; lane < 4; ++lane) {
+      if (node.child[lane].IsNone()) continue;
+      ASSERT_TRUE(node.child[lane].IsLeaf());
+      const double length = from[lane] * direction.Length().hi;
+      EXPECT_LE(length, 2.5);
+      EXPECT_GT(length, 2.4999);
+    }
+  }
+}
+
 TEST(LargeLeaves, BoxesAreUnequalBeyondAFactorOfSixteen) {
   const Box<float> one{{0, 0, 0}, {1, 1, 1}};
   const Box<float> large{{0, 0, 0}, {16, 16, 16}};

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cmath>
 #include <limits>
 #include <random>
 
@@ -238,6 +239,31 @@ TEST(LastContact, PairsThatPartAtZeroCountUnlessTheyLeave) {
   EXPECT_EQ(touching.best.contact.travel, 0.0);
   EXPECT_FALSE(LastOf<float>(moving, fixed, kInfinity, Rule::NotLeaving).best.any);
   EXPECT_FALSE(LastOf<double>(moving, fixed, kInfinity, Rule::NotLeaving).best.any);
+}
+
+TEST(LastContact, FewLeavesOfASmallSheetAreJudged) {
+  const Mesh fixed = Bowl(24, 0.0);
+  const Mesh moving = sweep_shapes::Moved(fixed, {0.0, 0.0, 4.0});
+  EXPECT_LT(LastOf<float>(moving, fixed).judged, 30u);
+  EXPECT_LT(LastOf<double>(moving, fixed).judged, 30u);
+}
+
+TEST(LastContact, APairThatPartsJustBeforeTheGreatestDistanceIsNotCut) {
+  // The plate leaves the lowest corner of the first triangle after the direction once, and that of
+  // the second one later.
+  Mesh moving;
+  sweep_shapes::AddTriangle(moving, {-4, -4, 1}, {4, -4, 1}, {0, 4, 1});
+  Mesh fixed;
+  sweep_shapes::AddTriangle(fixed, {0, 0, 0}, {0.5, 0, 0.5}, {0, 0.5, 0.5});
+  sweep_shapes::AddTriangle(fixed, {0, 0, -0.5}, {0.5, 0, 0.5}, {0, 0.5, 0.5});
+  // The least double above the length of the direction, which is the root of 1.3125.
+  double greatest = std::sqrt(1.3125);
+  if (std::fma(greatest, greatest, -1.3125) < 0.0) greatest = std::nextafter(greatest, 2.0);
+  for (const Found& found :
+       {LastOf<float>(moving, fixed, greatest), LastOf<double>(moving, fixed, greatest)}) {
+    EXPECT_TRUE(found.isCut);
+    EXPECT_EQ(found.best.fixed, 1u);
+  }
 }
 
 } // namespace

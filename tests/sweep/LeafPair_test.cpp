@@ -257,6 +257,34 @@ TEST(LeafPair, FiltersNeverContradictTheExactJudgementInDouble) {
   CompareMany<double>();
 }
 
+/// As above, for a fixed triangle far ahead, nearly along one axis. So the corners of its plane
+/// reach farther than what meets it.
+template <class Scalar>
+void CompareFarAhead() {
+  std::mt19937_64 random(31);
+  RealsIn unit(-1.0, 1.0);
+  Counts counts;
+  LeafCache<Scalar> movingCache;
+  LeafCache<Scalar> fixedCache;
+  for (int round = 0; round < 1500 && !testing::Test::HasFailure(); ++round) {
+    SCOPED_TRACE(testing::Message() << "round " << round);
+    double d[3];
+    for (int axis = 0; axis < 3; ++axis)
+      d[axis] =
+          axis == round % 3 ? 1.0 : std::ldexp(unit(random), -static_cast<int>(random() % 30));
+    const double far = std::ldexp(1.0, 10 + static_cast<int>(random() % 20));
+    const Mesh fixed = SomeTriangle(random, {far * d[0], far * d[1], far * d[2]}, 1.0);
+    const Mesh moving = SomeTriangle(random, {0.0, 0.0, 0.0}, 1.0);
+    Compare(moving, fixed, {d[0], d[1], d[2]}, {0.0, 0.0, 0.0}, movingCache, fixedCache, counts);
+  }
+  EXPECT_GT(counts.ahead, 200);
+}
+
+TEST(LeafPair, FiltersNeverContradictTheExactJudgementFarAhead) {
+  CompareFarAhead<float>();
+  CompareFarAhead<double>();
+}
+
 /// A thin triangle that leads to a point as far away as a stray vertex. The direction vector has
 /// length 1/2 along z.
 struct Fan {
