@@ -72,6 +72,35 @@ TEST(TiePlane, HoldsWhatIsExactlyOnItsSide) {
   }
 }
 
+TEST(TiePlane, HoldsNothingThatIsLessThanARoundingBeyondIt) {
+  const TravelDirection direction({1.0, 0.0, 0.0});
+  const auto planeOf = [&](const Triangle& moving, const Triangle& fixed) {
+    const Judged judged = JudgeAll(direction, moving, fixed);
+    EXPECT_EQ(judged.outcome, PairOutcome::Ahead);
+    TiePlane plane;
+    plane.Find(direction, moving, fixed, judged.contact, judged.travel);
+    EXPECT_TRUE(plane.IsSet());
+    return plane;
+  };
+  // The plane is x = y - 1 at first, and the normal is (16, -16, 0).
+  const TiePlane two = planeOf(MakeTriangle(direction, {0, 1, 1}, {1, 2, 1}, {0, 1, 2}),
+                               MakeTriangle(direction, {0, 0, 0}, {4, 4, 0}, {0, 0, 4}));
+  const auto holds = [](const TiePlane& plane, const Coord3& p) {
+    return plane.HoldsMoving({p, p, p});
+  };
+  EXPECT_TRUE(holds(two, {0x1p44, 0x1p44 + 1.0, 1.0}));
+  // The terms are 2^48 + 1/2 and 1/2 - 2^48, of which the sizes add up to 2^49.
+  EXPECT_FALSE(holds(two, {0x1p44 + 0x1p-5, 0x1p44 + 1.0 - 0x1p-5, 1.0}));
+  // The difference of the y, 2^60 - 1, takes two doubles.
+  EXPECT_FALSE(holds(two, {0x1p60, 0x1p60, 1.0}));
+  // The plane is x + y + z = -1 at first. Two of the terms cancel, and the third is far smaller.
+  const TiePlane three = planeOf(MakeTriangle(direction, {-3, 1, 1}, {-4, 2, 1}, {-4, 1, 2}),
+                                 MakeTriangle(direction, {0, 0, 0}, {-4, 4, 0}, {-4, 0, 4}));
+  EXPECT_TRUE(holds(three, {0x1p40 - 3.0, 1.0, 1.0 - 0x1p40}));
+  EXPECT_FALSE(holds(three, {0x1p40 - 3.0, 1.0 + 0x1p-20, 1.0 - 0x1p40}));
+  EXPECT_TRUE(holds(three, {0x1p40 - 3.0, 1.0 - 0x1p-20, 1.0 - 0x1p40}));
+}
+
 TEST(TiePlane, IsForgotten) {
   Faces faces;
   faces.plane.Forget();

@@ -94,6 +94,19 @@ TEST(TriangleCopies, TheFirstCornerMakesADifferenceForRepeatsAlone) {
   EXPECT_EQ(sum, 4);
 }
 
+TEST(TriangleCopies, LargeCornersAreComparedWithEachOtherAlone) {
+  const Coord3 p{1e300, 0, 0};
+  const Coord3 q{2e300, 0, 0};
+  const Coord3 r{3e300, 1, 0};
+  Mesh mesh;
+  AddTriangle(mesh, p, q, r);
+  AddTriangle(mesh, q, r, p);
+  AddTriangle(mesh, r, p, q);
+  const Found found(mesh);
+  EXPECT_EQ(found.repeated, Places());
+  EXPECT_EQ(found.weights, (Weights{{0, 3}, {1, 0}, {2, 0}}));
+}
+
 TEST(TriangleCopies, ZerosOfBothSignsAreEqual) {
   Mesh mesh;
   AddTriangle(mesh, a, b, c);

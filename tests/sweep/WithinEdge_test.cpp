@@ -154,6 +154,25 @@ TEST(WithinEdge, TermsBeyondTheRangeOfDoubleBoundNothingFalsely) {
   EXPECT_GE(bound, 0.0);
 }
 
+TEST(WithinEdge, ACornerOnTheEdgeCountsWhereOthersAreEquallyFarOutside) {
+  // Only the last corner is not outside, and its height is 5.
+  EXPECT_GE(GreatestWithin({1.0, 0.0, 5.0}, {-1.0, -1.0, 0.0}), 5.0);
+}
+
+TEST(WithinEdge, ACornerBeyondTheRangeOfDoubleHidesNoOther) {
+  // The first corner is on the edge, at height 0. A term of the second is below the range.
+  EXPECT_GE(GreatestWithin({0.0, 1.5e308, 0.0}, {0.0, -2.0, -0.5}), 0.0);
+}
+
+TEST(WithinEdge, TheRoundingsOfATiltedEdgeAreNeverLess) {
+  // At (0.75, 1) the side is 0, and the height is 0.75.
+  const Linear along{0.0, {1.0, 0.0, 0.0}, 0.0};
+  EXPECT_GE(GreatestWithin(along, {0.25, {-1.0, 0.5, 0.0}, 0.0}, 1.0, {1.0, 1.0, 1.0}), 0.75);
+  // At (2^-33, 1) the side is 0, and the height is 1 + 2^-53, which a double does not hold.
+  const Linear steep{0.0, {0x1p-20, 1.0, 0.0}, 0.0};
+  EXPECT_GT(GreatestWithin(steep, {0.0, {-1.0, 0x1p-33, 0.0}, 0.0}, 1.0, {1.0, 1.0, 0.0}), 1.0);
+}
+
 TEST(WithinEdge, SpreadIsTheGreatestDifferenceInTheBox) {
   EXPECT_EQ(SpreadOf({7.0, {1.0, -2.0, 4.0}, 0.5}, {1.0, 2.0, 0.25}), 6.5);
 }
