@@ -580,29 +580,83 @@ TEST(SolidStart, TipsThatTouchShowWhatTheirPairsShow) {
 TEST(SolidStart, ATipInAPitIsNamedByTheFirstTriangleOfTheOther) {
   // A cone whose tip is at the bottom of a pit of many sides, from below: nothing but the tip
   // touches, and the cone is in the body around the pit. The first triangles of both are at the
-  // tip.
-  const int count = 400;
-  Mesh pitted = Fan(count, {0, 0, 0}, 1.0);
-  Append(pitted, TurnedOver(Fan(count, {0, 0, -4}, 1.0)));
-  ASSERT_TRUE(sweep_ask::BodyOf(pitted).IsSolid());
-  Mesh cone = sweep_shapes::Stretched(DoubleCone(count, 4, 2), {0.25, 0.25, 0.25});
-  cone = sweep_shapes::Moved(cone, {0, 0, -1});
-  const Rest below(cone, {pitted});
-  EXPECT_EQ(below.state, SolidState::Overlapping);
-  EXPECT_EQ(below.best.moving, 0u);
-  EXPECT_EQ(below.best.fixed, 0u);
-  const Mesh above = sweep_shapes::Moved(DoubleCone(count, 9, -6), {0, 0, 6});
-  EXPECT_EQ(Rest(above, {pitted}).state, SolidState::Apart);
-  // Triangles that come first and touch nothing: the numbers are those in the whole bodies.
-  Mesh later = BoxOf({90, 0, 0}, {91, 1, 1});
-  Append(later, cone);
-  Mesh laterPitted = BoxOf({-91, 0, 0}, {-90, 1, 1});
-  Append(laterPitted, BoxOf({-81, 0, 0}, {-80, 1, 1}));
-  Append(laterPitted, pitted);
-  const Rest shifted(later, {laterPitted});
-  EXPECT_EQ(shifted.state, SolidState::Overlapping);
-  EXPECT_EQ(shifted.best.moving, 12u);
-  EXPECT_EQ(shifted.best.fixed, 24u);
+  // tip. Few triangles there are compared one by one.
+  for (const int count : {8, 128}) {
+    SCOPED_TRACE(count);
+    Mesh pitted = Fan(count, {0, 0, 0}, 1.0);
+    Append(pitted, TurnedOver(Fan(count, {0, 0, -4}, 1.0)));
+    ASSERT_TRUE(sweep_ask::BodyOf(pitted).IsSolid());
+    Mesh cone = sweep_shapes::Stretched(DoubleCone(count, 4, 2), {0.25, 0.25, 0.25});
+    cone = sweep_shapes::Moved(cone, {0, 0, -1});
+    for (const bool isConeMoving : {true, false}) {
+      const Rest below(isConeMoving ? cone : pitted, {isConeMoving ? pitted : cone});
+      EXPECT_EQ(below.state, SolidState::Overlapping);
+      EXPECT_EQ(below.best.moving, 0u);
+      EXPECT_EQ(below.best.fixed, 0u);
+    }
+    const Mesh above = sweep_shapes::Moved(DoubleCone(count, 9, -6), {0, 0, 6});
+    EXPECT_EQ(Rest(above, {pitted}).state, SolidState::Apart);
+    // Triangles that come first and touch nothing: the numbers are those in the whole bodies.
+    Mesh later = BoxOf({90, 0, 0}, {91, 1, 1});
+    Append(later, cone);
+    Mesh laterPitted = BoxOf({-91, 0, 0}, {-90, 1, 1});
+    Append(laterPitted, BoxOf({-81, 0, 0}, {-80, 1, 1}));
+    Append(laterPitted, pitted);
+    const Rest shifted(later, {laterPitted});
+    EXPECT_EQ(shifted.state, SolidState::Overlapping);
+    EXPECT_EQ(shifted.best.moving, 12u);
+    EXPECT_EQ(shifted.best.fixed, 24u);
+    const Rest exchanged(laterPitted, {later});
+    EXPECT_EQ(exchanged.state, SolidState::Overlapping);
+    EXPECT_EQ(exchanged.best.moving, 24u);
+    EXPECT_EQ(exchanged.best.fixed, 12u);
+  }
+}
+
+TEST(SolidStart, AnOffsetMayFlattenAllTrianglesAtATip) {
+  // Beyond 2^52 a coordinate is a whole number. So the small body becomes a point, the tip of a
+  // cone with whole coordinates.
+  const double far = 0x1p52;
+  const int count = 100;
+  const Mesh small = sweep_shapes::Stretched(DoubleCone(count, 4, -4), {0x1p-8, 0x1p-8, 0x1p-8});
+  Mesh cone;
+  const auto ring = [far](int k) {
+    const double angle = 2.0 * 3.14159265358979 * (k % count) / count;
+    return Coord3{far + std::round(1000 * std::cos(angle)),
+                  far + std::round(1000 * std::sin(angle)), far - 500};
+  };
+  for (int k = 0; k < count; ++k) {
+    sweep_shapes::AddTriangle(cone, {far, far, far}, ring(k), ring(k + 1));
+    sweep_shapes::AddTriangle(cone, {far, far, far - 900}, ring(k + 1), ring(k));
+  }
+  ASSERT_TRUE(sweep_ask::BodyOf(small).IsSolid());
+  ASSERT_TRUE(sweep_ask::BodyOf(cone).IsSolid());
+  Question question;
+  question.rule = Rule::Solid;
+  question.offset = {far, far, far};
+  question.direction = {0, 0, 1};
+  EXPECT_EQ(Pair(sweep_ask::BodyOf(small), {sweep_ask::BodyOf(cone)}).First(question).status,
+            SweepStatus::None);
+}
+
+TEST(SolidStart, ATurnedOverTriangleIsLookedUnderAtItsFirstCorner) {
+  // The fixed body is under the second corner of the triangle that is turned over, and not under
+  // the first. So its wall goes through the triangle. Many plates are far under the first corner,
+  // so that a look from there takes long.
+  const Mesh standing = BoxWithSliver(4, 1, 0);
+  Mesh fixed = BoxOf({2.5, 0, 0}, {4, 4, 4});
+  for (int k = 0; k < 200; ++k)
+    Append(fixed, BoxOf({-1, -1, -10.0 - 2 * k}, {1, 1, -9.0 - 2 * k}));
+  EXPECT_EQ(Rest(standing, {fixed}).state, SolidState::Apart);
+  EXPECT_EQ(Rest(fixed, {standing}).state, SolidState::Apart);
+  EXPECT_EQ(Rest(standing, {fixed}, {0, 0, -0.5}).state, SolidState::Overlapping);
+}
+
+TEST(SolidStart, PairsThatComeAfterTheBestAreNotLookedAt) {
+  // All triangles of two equal bodies touch, and the first two show the overlap.
+  const Mesh mesh = Squares(24, {0, 0, 0}, {4, 4, 4});
+  const int calls = WatchCalls<float>(mesh, mesh, SolidState::Overlapping);
+  EXPECT_LT(calls, 2);
 }
 
 /// Returns walls of zero thickness in the bottom of a box, and the same upside down: in its top.
@@ -727,6 +781,28 @@ TEST(SolidStart, StopsWhenItIsCancelled) {
   SolidStart<float> cut(scene, stops);
   EXPECT_EQ(cut.Run(), SolidState::Cancelled);
   EXPECT_EQ(calls, 3);
+}
+
+TEST(SolidStart, StopsWhenItIsCancelledWhileNothingTouches) {
+  // Two slabs with bent surfaces so near each other that their boxes meet.
+  Mesh below = Single(Bowl(60, 0.1));
+  Append(below, TurnedOver(sweep_shapes::Moved(below, {0, 0, -1})));
+  const PreparedBody lower(ViewOf(below));
+  const PreparedBody upper(ViewOf(sweep_shapes::Moved(below, {0, 0, 1.0 + 0x1p-10})));
+  const SceneBodies bodies{&upper, {&lower}};
+  const TravelDirection direction({0, 0, 1});
+  const RangeScale scale(4.0);
+  const Scene<float> scene(bodies, direction, scale, Question{}, true);
+  int calls = 0;
+  const Watch counts = [&calls](double) { return ++calls > 0; };
+  SolidStart<float> whole(scene, counts);
+  EXPECT_EQ(whole.Run(), SolidState::Apart);
+  ASSERT_GT(calls, 1);
+  calls = 0;
+  const Watch stops = [&calls](double) { return ++calls < 2; };
+  SolidStart<float> cut(scene, stops);
+  EXPECT_EQ(cut.Run(), SolidState::Cancelled);
+  EXPECT_EQ(calls, 2);
 }
 
 TEST(SolidStart, StopsWhenItIsCancelledWhileComponentsAreLookedFor) {
