@@ -613,6 +613,20 @@ TEST(SolidStart, ATipInAPitIsNamedByTheFirstTriangleOfTheOther) {
   }
 }
 
+TEST(SolidStart, ATipInAPitIsNamedWhereManyTrianglesOfItsBodyComeFirst) {
+  // The fixed body has two cones with one tip. The first is in the pit and overlaps nothing, and
+  // the second, of few triangles, is in the moving body.
+  const int count = 600;
+  Mesh pitted = Fan(count, {0, 0, 0}, 1.0);
+  Append(pitted, TurnedOver(Fan(count, {0, 0, -4}, 1.0)));
+  const Mesh first = sweep_shapes::Moved(DoubleCone(count, 9, -6), {0, 0, 6});
+  const Mesh second = sweep_shapes::Stretched(DoubleCone(8, 4, 2), {0.25, 0.25, 0.25});
+  const Rest rest(pitted, {Both(first, sweep_shapes::Moved(second, {0, 0, -1}))});
+  EXPECT_EQ(rest.state, SolidState::Overlapping);
+  EXPECT_EQ(rest.best.moving, 0u);
+  EXPECT_EQ(rest.best.fixed, 2u * count);
+}
+
 TEST(SolidStart, AnOffsetMayFlattenAllTrianglesAtATip) {
   // Beyond 2^52 a coordinate is a whole number. So the small body becomes a point, the tip of a
   // cone with whole coordinates.
