@@ -531,6 +531,103 @@ TEST(Walk, SeesEveryPairWhenItGoesOnWithFineTrees) {
   }
 }
 
+TEST(Walk, SeesEveryPairOfSeveralBodiesWhenItGoesOnWithFineTrees) {
+  // The walk comes to the bowl first, which is the second body. The first body is one leaf.
+  for (int size = 30; size < 34; ++size) {
+    SCOPED_TRACE(size);
+    const Mesh bowl = Bowl(size, 0.3);
+    const Mesh above = sweep_shapes::Moved(bowl, {0.013, -0.021, 2.0});
+    Mesh floor;
+    sweep_shapes::AddQuad(floor, {-1, -1, -2}, {1, -1, -2}, {1, 1, -2}, {-1, 1, -2});
+    std::size_t counts[3];
+    for (const int body : {0, 1, 2}) {
+      const PreparedBody a(ViewOf(above));
+      const PreparedBody b(ViewOf(floor));
+      const PreparedBody c(ViewOf(bowl));
+      if (body == 1) a.CountVisits(1000000);
+      if (body == 2) c.CountVisits(1000000);
+      const SceneBodies bodies{&a, {&b, &c}};
+      const TravelDirection direction({0.25, 0.125, -1.0});
+      const RangeScale scale(1.0);
+      const Scene<float> scene(bodies, direction, scale, Question(), true);
+      MeetingPairs meeting{scene, {}, {}};
+      std::vector<NodePair<float>> stack;
+      const Watch none;
+      Walk<float, MeetingPairs> walk(scene, meeting, none, stack);
+      EXPECT_EQ(walk.Run(), WalkEnd::Done);
+      EXPECT_EQ(a.FineIfMade() != nullptr, body == 1);
+      EXPECT_EQ(c.FineIfMade() != nullptr, body == 2);
+      counts[body] = meeting.count;
+    }
+    EXPECT_GT(counts[0], 1000u);
+    EXPECT_EQ(counts[1], counts[0]);
+    EXPECT_EQ(counts[2], counts[0]);
+  }
+}
+
+/// Takes every pair of leaves, which costs so many visits.
+struct AllLeaves {
+  static constexpr bool kFromEnd = false;
+  TravelRange<float> Range() const { return {0.0f, 16.0f}; }
+  bool IsSettled(const NodePair<float>&) const { return false; }
+  bool Judge(const NodePair<float>&) {
+    ++judged;
+    return true;
+  }
+  std::size_t ExtraVisits() const { return cost * judged; }
+
+  std::size_t cost = 0, judged = 0;
+};
+
+/// A walk of a surface down to its copy, with the calls of its watch.
+struct WatchedWalk {
+  WatchedWalk(int size, std::size_t cost, Rule rule)
+      : fixed(ViewOf(Bowl(size, 0.3))),
+        moving(ViewOf(sweep_shapes::Moved(Bowl(size, 0.3), {0.0, 0.0, 2.0}))) {
+    const SceneBodies bodies{&moving, {&fixed}};
+    const TravelDirection direction({0.25, 0.125, -1.0});
+    const RangeScale scale(1.0);
+    Question question;
+    question.rule = rule;
+    const Scene<float> scene(bodies, direction, scale, question, true);
+    AllLeaves leaves;
+    leaves.cost = cost;
+    std::vector<NodePair<float>> stack;
+    const Watch watch = [this](double) { return ++calls > 0; };
+    Walk<float, AllLeaves> walk(scene, leaves, watch, stack);
+    EXPECT_EQ(walk.Run(), WalkEnd::Done);
+    judged = leaves.judged;
+  }
+
+  PreparedBody fixed, moving;
+  std::size_t calls = 0, judged = 0;
+};
+
+TEST(Walk, CallsTheWatchForWhatItsPairsCost) {
+  // A call comes after 1024 visits, so after 11 pairs of leaves of 100 each. The visits of the walk
+  // itself are far fewer.
+  const WatchedWalk free(20, 0, Rule::Touch);
+  const WatchedWalk costly(20, 100, Rule::Touch);
+  EXPECT_EQ(costly.judged, free.judged);
+  EXPECT_EQ(costly.calls - free.calls, costly.judged / 11);
+}
+
+TEST(Walk, MakesWhatItDeserves) {
+  // A call comes for 1024 visits. Slabs are made after 5000.
+  const WatchedWalk brief(30, 0, Rule::Solid);
+  ASSERT_GE(brief.calls, 1u);
+  ASSERT_LE(brief.calls, 4u);
+  EXPECT_EQ(brief.moving.SlabsIfMade(), nullptr);
+  EXPECT_EQ(brief.fixed.SlabsIfMade(), nullptr);
+  EXPECT_NE(brief.moving.FacingsIfMade(), nullptr);
+  EXPECT_NE(brief.fixed.FacingsIfMade(), nullptr);
+  const WatchedWalk longer(60, 0, Rule::Touch);
+  ASSERT_GE(longer.calls, 5u);
+  EXPECT_NE(longer.moving.SlabsIfMade(), nullptr);
+  EXPECT_NE(longer.fixed.SlabsIfMade(), nullptr);
+  EXPECT_EQ(longer.moving.FacingsIfMade(), nullptr);
+}
+
 TEST(FirstContact, APairOfBoxesIsSettledWhereAnAxisKeepsItApartForAsLong) {
   // A corner falls on a floor from a height of 4.
   Mesh moving, fixed;
