@@ -25,7 +25,8 @@ bool IsCopy(const LeafTriangles<Scalar>& leaf, int k) {
   return true;
 }
 
-/// Writes the plane of triangle k as heights along d, with their error.
+/// Writes the plane of triangle k as heights along d, with their error. All numbers are zero
+/// before.
 //
 // With u = 2^-53, e1, e2 the edges, n = e1 x e2 and N = n / (n . d):
 //   an edge's component      1 u of itself
@@ -82,9 +83,6 @@ void WritePlane(LeafTriangles<Scalar>& leaf, int k, const Coord3& direction, dou
     along += n[x] * d[x];
     alongTerms += na[x] * std::fabs(d[x]);
   }
-  leaf.offset[k] = leaf.error[k] = leaf.lift[k] = 0.0;
-  for (int x = 0; x < 3; ++x)
-    leaf.normal[x][k] = 0.0;
   if (!(std::fabs(along) > 0x1p-30 * alongTerms)) return;
   const double reciprocal = 1.0 / along;
   const double delta = 9.0 * kUnit * alongTerms * std::fabs(reciprocal);

@@ -516,6 +516,128 @@ TEST(LeafBeforeBox, FirstTravelAllowsForTheErrorOfTheSides) {
   EXPECT_EQ(counts.ahead, 1);
 }
 
+/// The heights of one plane do not depend on the triangles beside it in the leaf.
+TEST(LeafPair, LastHeightsAllowForTheErrorOfTheirOwnPlane) {
+  std::mt19937_64 random(53);
+  RealsIn unit(-1.0, 1.0);
+  LeafCache<double> movingCache, fixedCache;
+  int parting = 0;
+  for (int round = 0; round < 3000; ++round) {
+    SCOPED_TRACE(testing::Message() << "round " << round);
+    const Coord3 d{unit(random), unit(random), unit(random)};
+    const Mesh fixed = SomeTriangle(random, {0.0, 0.0, 0.0}, 1.0);
+    const Mesh one = SomeTriangle(random, {0.0, 0.0, 0.0}, 1.0);
+    // A plane across the direction has nearly no error.
+    Mesh moving = OneTriangle({0.0, 0.0, 0.0}, {d.y, -d.x, 0.0},
+                              {d.z * d.x, d.z * d.y, -d.x * d.x - d.y * d.y});
+    sweep_shapes::AddTriangle(moving, one.corners[0], one.corners[1], one.corners[2]);
+    const PreparedBody a(ViewOf(moving));
+    const PreparedBody b(ViewOf(fixed));
+    const SceneBodies bodies{&a, {&b}};
+    const TravelDirection direction(d);
+    const Scene<double> scene(bodies, direction, RangeScale(1.0), Question(), true);
+    movingCache.Forget();
+    fixedCache.Forget();
+    const LeafTriangles<double>& left = movingCache.Moving(scene, 0);
+    const LeafTriangles<double>& right = fixedCache.Fixed(scene, 0, 0);
+    if (left.count != 2) continue;
+    PairContact last{};
+    ExactRatio travel;
+    if (JudgeLast(direction, left.InKernel(scene, 1), right.InKernel(scene, 0), Rule::Touch,
+                  ScaledLength{kInfinity, 0}, 0.0, last, travel) != LastOutcome::Parts) {
+      continue;
+    }
+    ++parting;
+    const LeafPair<double> pair(scene, left, right);
+    ASSERT_EQ(pair.TouchingByHeight(1, 0, Reduced(travel.rounded.hi)) & 1u, 1u);
+  }
+  EXPECT_GT(parting, 100);
+}
+
+/// A scene of two bodies without limits, and its leaves.
+template <class Scalar>
+struct TwoBodies {
+  TwoBodies(const Mesh& moving, const Mesh& fixed, const Coord3& vector,
+            const Question& question = {})
+      : movingBody(ViewOf(moving)), fixedBody(ViewOf(fixed)), bodies{&movingBody, {&fixedBody}},
+        direction(vector), scene(bodies, direction, RangeScale(1.0), question, true) {}
+
+  const LeafTriangles<Scalar>& Moving() { return movingCache.Moving(scene, 0); }
+  const LeafTriangles<Scalar>& Fixed() { return fixedCache.Fixed(scene, 0, 0); }
+
+  PreparedBody movingBody, fixedBody;
+  SceneBodies bodies;
+  TravelDirection direction;
+  Scene<Scalar> scene;
+  LeafCache<Scalar> movingCache, fixedCache;
+};
+
+/// The plane is z = 4 y - 8 x, so its normal per unit of height has the length 9. The product of
+/// its edges cancels, so the plane may be steeper than it seems.
+TEST(LeafPair, ClearanceIsMetAtLeastAsEarlyAsTheSlopeSays) {
+  const Mesh steep = OneTriangle({0.0, 0.0, 0.0}, {512.0, 1024.0, 0.0}, {512.0, 1026.0, 8.0});
+  const Mesh other = OneTriangle({0.0, 0.0, 0.0}, {1.0, 0.0, 0.0}, {0.0, 1.0, 0.0});
+  Question question;
+  question.clearance = 2.0;
+  TwoBodies<double> scene(steep, other, {0.0, 0.0, -1.0}, question);
+  const double lift = scene.Moving().lift[0];
+  EXPECT_GT(lift, 18.0 * (1.0 + 0x1p-46));
+  EXPECT_LT(lift, 18.0 * (1.0 + 0x1p-30));
+}
+
+/// The box of the small triangle is within that of the large one in every case.
+TEST(LeafPair, TrianglesOnEitherSideOfAPlaneAreApartAtTheStart) {
+  const Mesh large = OneTriangle({0.0, 0.0, 0.0}, {4.0, 0.0, 4.0}, {0.0, 4.0, 0.0}); // z = x
+  const auto areApart = [&](double z, bool isLargeMoving) {
+    const Mesh small = OneTriangle({1.0, 1.0, z}, {1.125, 1.0, z}, {1.0, 1.0, z + 0.25});
+    TwoBodies<double> scene(isLargeMoving ? large : small, isLargeMoving ? small : large,
+                            {0.0, 0.0, -1.0});
+    const LeafPair<double> pair(scene.scene, scene.Moving(), scene.Fixed());
+    return pair.AreApartAtStart(0, 0);
+  };
+  for (const bool isLargeMoving : {false, true}) {
+    EXPECT_TRUE(areApart(2.0, isLargeMoving));
+    EXPECT_FALSE(areApart(0.875, isLargeMoving));
+    EXPECT_TRUE(areApart(0.5, isLargeMoving));
+  }
+}
+
+/// The plane is too nearly along the direction for heights, but the shadow of the triangle has an
+/// inner side.
+TEST(LeafBeforeBox, DoesNotBoundTheTravelsOfATriangleNearlyAlongTheDirection) {
+  const Mesh nearly = OneTriangle({0.0, 0.0, 0.0}, {1.0, 1.0, 0.0}, {0.5, 0.5 + 0x1p-34, 1.0});
+  const Mesh box = OneTriangle({0.375, 0.375, 5.0}, {0.625, 0.5, 5.0}, {0.5, 0.625, 5.25});
+  TwoBodies<double> scene(box, nearly, {0.0, 0.0, -1.0});
+  ASSERT_EQ(scene.Fixed().error[0], 0.0);
+  const LeafBeforeBox<double, false> before(scene.scene, scene.Fixed(), scene.Moving().BoxOf(0));
+  EXPECT_EQ(before.LastTravel(kAnyTravel), kInfinity);
+  EXPECT_EQ(before.FirstTravel(kAnyTravel), -kInfinity);
+}
+
+TEST(LeafPair, ExtentsOfTrianglesAreThoseOfTheirCorners) {
+  std::mt19937_64 random(59);
+  const Mesh mesh = sweep_shapes::Soup(random, 8, 0.25, 1.0, 0.0);
+  TwoBodies<double> scene(mesh, mesh, {0.0, 0.0, -1.0});
+  const LeafTriangles<double>& leaf = scene.Fixed();
+  ASSERT_GT(leaf.count, 4);
+  for (int first = 0; first < leaf.count; first += 4) {
+    for (int axis = 0; axis < 3; ++axis) {
+      const Double4 low = leaf.LowFrom(first, axis);
+      const Double4 high = leaf.HighFrom(first, axis);
+      for (int k = first; k < std::min(first + 4, leaf.count); ++k) {
+        double numbers[3];
+        for (int c = 0; c < 3; ++c) {
+          const Coord3 p = leaf.Corner(k, c);
+          numbers[c] = axis == 0 ? p.x : axis == 1 ? p.y : p.z;
+        }
+        std::sort(numbers, numbers + 3);
+        EXPECT_EQ(low[k - first], numbers[0]);
+        EXPECT_EQ(high[k - first], numbers[2]);
+      }
+    }
+  }
+}
+
 TEST(LeafPair, CopiesOfTheTriangleBeforeAreNotDistinct) {
   Mesh mesh;
   for (const double x : {0.0, 0.0, 1.0, 0.0, 0.0})

@@ -108,6 +108,9 @@ TEST(Leaves, SizeAndPlaceOfABodyDoNotMatter) {
   }
   // Too far from the origin for single precision: four triangles to one unit in its last place.
   expectTheSame(sweep_shapes::Moved(mesh, {0x1p40, 0.0, -0x1p41}), 0);
+  expectTheSame(sweep_shapes::Moved(mesh, {0x1p40, 0.0, 0.0}), 0);
+  expectTheSame(sweep_shapes::Moved(mesh, {0.0, 0x1p40, 0.0}), 0);
+  expectTheSame(sweep_shapes::Moved(mesh, {0.0, 0.0, 0x1p40}), 0);
 }
 
 TEST(Leaves, AHugeTriangleIsALeafOfItsOwn) {
@@ -125,6 +128,14 @@ TEST(Leaves, AHugeTriangleIsALeafOfItsOwn) {
       EXPECT_EQ(end - begin, 1u);
     }
   }
+}
+
+TEST(Leaves, PointsAtOnePlaceShareLeaves) {
+  Mesh mesh;
+  for (int k = 0; k < 4 * kLeafSize; ++k)
+    sweep_shapes::AddTriangle(mesh, {1.0, 2.0, 3.0}, {1.0, 2.0, 3.0}, {1.0, 2.0, 3.0});
+  const Parts parts(mesh);
+  EXPECT_EQ(parts.leaves.Count(), 4u);
 }
 
 TEST(Leaves, MeasuredAgainAreTheSame) {

@@ -91,4 +91,18 @@ TEST(PatchSearch, CountsAllPairsAndKeepsTheFirst) {
   }
 }
 
+/// A pair that comes after others were dropped is compared with those that stay.
+TEST(PatchSearch, KeepsTheFirstOfManyAtEveryCapacity) {
+  std::mt19937_64 random(5);
+  const Mesh moving = sweep_shapes::Soup(random, 300, 1.0, 0.75, 0.0);
+  const Mesh fixed = sweep_shapes::Soup(random, 300, 1.0, 0.75, 0.0);
+  const Numbers all = AllAtStart(moving, fixed);
+  ASSERT_GT(all.size(), 600u);
+  for (std::size_t capacity = 1; capacity < 150; capacity += 1 + capacity / 8) {
+    Numbers expected = all;
+    expected.resize(capacity);
+    EXPECT_EQ(PatchAtStart<float>(moving, fixed, capacity).kept, expected) << capacity;
+  }
+}
+
 } // namespace
