@@ -178,6 +178,30 @@ TEST(PreparedBody, CopiesOfTrianglesCountAtOnce) {
   EXPECT_GT(body.Bytes(), before + distinct.Bytes() + counted.Bytes());
 }
 
+TEST(PreparedBody, ATriangleAfterCopiesKeepsItsNumberInTheWhole) {
+  // Two boxes at one place, then another box beside them.
+  const Mesh box = sweep_shapes::Box({0, 0, 0}, {1, 1, 1});
+  Mesh mesh = box;
+  sweep_shapes::Append(mesh, box);
+  sweep_shapes::Append(mesh, sweep_shapes::Box({2, 0, 0}, {3, 1, 1}));
+  const PreparedBody body(ViewOf(mesh));
+  EXPECT_TRUE(body.AsSolid());
+  const PreparedBody& distinct = body.Distinct();
+  ASSERT_EQ(distinct.TriangleCount(), 24u);
+  for (std::uint32_t number = 0; number < 24; ++number)
+    EXPECT_EQ(distinct.WholeNumber(number), number < 12 ? number : number + 12);
+}
+
+TEST(PreparedBody, MemoryIsTheSumOfItsParts) {
+  const Mesh mesh = Bowl(30, 0.3);
+  const PreparedBody body(ViewOf(mesh));
+  const std::size_t unprepared = body.Bytes();
+  const std::size_t leaves = body.Triangles().Bytes() + body.Runs().begin.Bytes();
+  EXPECT_EQ(unprepared, leaves + body.Runs().Count() * sizeof(Box<float>));
+  const std::size_t tree = body.SingleTree().Bytes();
+  EXPECT_EQ(body.Bytes(), leaves + tree);
+}
+
 TEST(PreparedBody, AComponentOfManyThatIsInsideOutIsFound) {
   // Nested boxes are shells. The walls of boxes 60 and 70 face the wrong way.
   Mesh mesh;

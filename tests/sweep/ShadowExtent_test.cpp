@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
+#include <cstdint>
 #include <random>
 
 namespace {
@@ -27,7 +29,9 @@ TEST(ShadowExtent, ShadowsThatShareABorderShareNoArea) {
   EXPECT_FALSE(low.MayShareArea(beside));
   EXPECT_FALSE(beside.MayShareArea(low));
   EXPECT_TRUE(low.MayShareArea(over));
-  EXPECT_FALSE(Around(axes, {0.0, 1.0, 0.0}, {1.0, 2.0, 0.0}).MayShareArea(low));
+  const ShadowExtent above = Around(axes, {0.0, 1.0, 0.0}, {1.0, 2.0, 0.0});
+  EXPECT_FALSE(above.MayShareArea(low));
+  EXPECT_FALSE(low.MayShareArea(above));
 }
 
 TEST(ShadowExtent, BoundsThatAreRoundedAreWider) {
@@ -38,6 +42,27 @@ TEST(ShadowExtent, BoundsThatAreRoundedAreWider) {
   EXPECT_TRUE(low.MayShareArea(beside));
   const ShadowExtent apart = Around(axes, {1.0 + 0x1p-45 + 0.1 * third, 0.0, 0.1}, {3.0, 1.0, 0.1});
   EXPECT_FALSE(low.MayShareArea(apart));
+}
+
+/// Both terms are of size 2^14 and have up to 62 bits. In whole numbers all is exact.
+TEST(ShadowExtent, BoundsHoldWhatRoundingLosesOfLargeCoordinates) {
+  std::mt19937_64 random(6);
+  const auto draw = [&random](int bits) {
+    return static_cast<std::int64_t>(random() >> (64 - bits)) | std::int64_t{1} << (bits - 1);
+  };
+  for (int round = 0; round < 500; ++round) {
+    const std::int64_t z = draw(30);
+    const std::int64_t y = draw(30);
+    const std::int64_t d = draw(31);
+    // Coordinates have the unit 2^-16, and the direction is (0, d / 2^32, 1) times a power of two.
+    const TravelDirection direction({0.0, std::ldexp(static_cast<double>(d), -32), 1.0});
+    const double factor = direction.Vector().z;
+    const ShadowExtent extent = ShadowAxes(direction).Of(
+        {0.0, 0x1p-16 * static_cast<double>(y), 0x1p-16 * static_cast<double>(z)});
+    const std::int64_t across = (y << 32) - z * d; // in units of 2^-48
+    EXPECT_LE(0x1p48L * extent.low[1] / factor, static_cast<long double>(across));
+    EXPECT_GE(0x1p48L * extent.high[1] / factor, static_cast<long double>(across));
+  }
 }
 
 TEST(ShadowExtent, OfABoxHoldsItsPoints) {

@@ -138,6 +138,14 @@ TEST(Slabs, SidesAreAsWideAsTheStripsTogether) {
   EXPECT_EQ(leaves, 16u);
 }
 
+TEST(SlabShift, ReachesAsFarAsItsOffset) {
+  for (const Coord3& offset : {Coord3{5.0, 0.0, 0.0}, Coord3{0.0, -5.0, 0.0}, Coord3{0.0, 0.0, 5.0},
+                               Coord3{2.0, -2.0, 1.0}}) {
+    EXPECT_GE(SlabShift(offset).Reach(), 5.0f);
+    EXPECT_LE(SlabShift(offset).Reach(), 5.0001f);
+  }
+}
+
 TEST(SlabShift, MovesSidesWithTheirCorners) {
   const Parts parts(Needles(64, 0.5));
   const auto made = Slabs::Of(parts.corners, parts.leaves, parts.tree);
